@@ -1,0 +1,90 @@
+// Lookups of entries by name and id, and the rules on versions and order of entries.
+// Held by tests/rules/entry_lookup_test.cpp, entry_version_test.cpp and entry_order_test.cpp.
+#include "common/meta_view.h"
+#include "common/modify_table.h"
+#include "common/refuse.h"
+
+using namespace korvel;
+
+// The first entry of that name. A missing name is silent and leaves `entry_offset`; bad arguments and a meta without entries are
+// reported, yet the caller goes on as if the name were missing.
+LPQMXMETAENTRY ModifyTable::CheckWhetherExistEntry(const char* entry_name, LPQMXMETA meta, int& entry_offset,
+                                                   LPVESKCATEGORYINST log_handle) const {
+  if (entry_name == nullptr || meta == nullptr) {
+    Report(HERE, kNameOrMeta);
+    return nullptr;
+  }
+  if (EntryCount(meta) <= 0) {
+    Report(HERE, kNoEntries, qmx_get_meta_name(meta));
+    return nullptr;
+  }
+  for (const auto [index, entry] : Entries(meta)) {
+    if (SameName(qmx_get_entry_name(entry), entry_name)) {
+      entry_offset = index;
+      return entry;
+    }
+  }
+  return nullptr;
+}
+
+// The first entry of that id, on the same terms. 0 is an id; a negative one is a bad argument.
+LPQMXMETAENTRY ModifyTable::CheckWhetherExistEntryById(int entry_id, LPQMXMETA meta, LPVESKCATEGORYINST log_handle) const {
+  if (entry_id < 0 || meta == nullptr) {
+    Report(HERE, kNameOrMeta);
+    return nullptr;
+  }
+  if (EntryCount(meta) <= 0) {
+    Report(HERE, kNoEntries, qmx_get_meta_name(meta));
+    return nullptr;
+  }
+  for (const auto [index, entry] : Entries(meta)) {
+    if (qmx_get_entry_id(entry) == entry_id) return entry;
+  }
+  return nullptr;
+}
+
+// A kept entry keeps its version; an added one is above the old library's. Removed entries are not looked at.
+int ModifyTable::CompareVersion(LPQMXMETA old_meta, LPQMXMETA new_meta, int old_metalib_version,
+                                LPVESKCATEGORYINST log_handle) const {
+  if (old_meta == nullptr || new_meta == nullptr) return Refuse(HERE, kMetaNull);
+  for (const auto [index, pstNewEntry] : Entries(new_meta)) {
+    int entry_offset = 0;
+    const char* name = qmx_get_entry_name(pstNewEntry);
+    const LPQMXMETAENTRY pstOldEntry = CheckWhetherExistEntry(name, old_meta, entry_offset, log_handle);
+    const int version = qmx_get_entry_version(pstNewEntry);
+    if (pstOldEntry != nullptr && version != qmx_get_entry_version(pstOldEntry)) {
+      return Refuse(HERE, kEntryVersion, qmx_get_entry_name(pstOldEntry), qmx_get_meta_name(old_meta));
+    }
+    if (pstOldEntry == nullptr && version <= old_metalib_version) {
+      return Refuse(HERE, kNewEntryVersion, name, qmx_get_meta_name(new_meta));
+    }
+    // The old entry alone decides whether to descend, also where there is none.
+    if (!IsComposite(qmx_get_entry_type(pstOldEntry))) continue;
+    const LPQMXMETA old_meta1 = qmx_get_entry_type_meta(OwnerOf(old_meta), pstOldEntry);
+    const LPQMXMETA new_meta1 = qmx_get_entry_type_meta(OwnerOf(new_meta), pstNewEntry);
+    if (const int ret = CompareVersion(old_meta1, new_meta1, old_metalib_version, log_handle); ret != 0) return ret;
+  }
+  return CHECK_TABLE_SUCCESS;
+}
+
+// Kept entries keep their order; each added one shifts those behind it by one. Trailing entries may go unnoticed.
+int ModifyTable::CompareOrder(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVESKCATEGORYINST log_handle) const {
+  if (old_meta == nullptr || new_meta == nullptr) return Refuse(HERE, kMetaNull);
+  int curr_num_of_new_entry = 0;
+  for (const auto [index, pstNewEntry] : Entries(new_meta)) {
+    int entry_offset = 0;
+    const LPQMXMETAENTRY pstEntry = CheckWhetherExistEntry(qmx_get_entry_name(pstNewEntry), old_meta, entry_offset, log_handle);
+    if (pstEntry == nullptr) {
+      ++curr_num_of_new_entry;
+      continue;
+    }
+    if (entry_offset + curr_num_of_new_entry != index) {
+      return Refuse(HERE, kEntryOrder, qmx_get_entry_name(pstEntry), qmx_get_meta_name(old_meta));
+    }
+    if (!IsComposite(qmx_get_entry_type(pstEntry))) continue;
+    const LPQMXMETA old_meta1 = qmx_get_entry_type_meta(OwnerOf(old_meta), pstEntry);
+    const LPQMXMETA new_meta1 = qmx_get_entry_type_meta(OwnerOf(new_meta), pstNewEntry);
+    if (const int ret = CompareOrder(old_meta1, new_meta1, log_handle); ret != 0) return ret;
+  }
+  return CHECK_TABLE_SUCCESS;
+}

@@ -1,0 +1,66 @@
+// Indexes: the same names, each with the same set of columns; none at all on a list table.
+// Held by tests/rules/index_test.cpp.
+#include "common/meta_view.h"
+#include "common/modify_table.h"
+#include "common/refuse.h"
+
+using namespace korvel;
+
+namespace {
+
+constexpr int kGenericTable = 0;
+constexpr int kListTable = 1;
+
+}  // namespace
+
+// The order of indexes is not compared. Every text names the old meta.
+int ModifyTable::CompareIndex(LPQMXMETA old_meta, LPQMXMETA new_meta, int table_type, LPVESKCATEGORYINST log_handle) {
+  if (old_meta == nullptr || new_meta == nullptr) return Refuse(HERE, kMetaNull);
+  const char* old_name = qmx_get_meta_name(old_meta);
+  if (table_type != kGenericTable && table_type != kListTable) return Refuse(HERE, kIndexTableType, old_name);
+  if (table_type == kListTable) {
+    const bool none = IndexCount(old_meta) == 0 && IndexCount(new_meta) == 0;
+    return none ? CHECK_TABLE_SUCCESS : Refuse(HERE, kIndexOnList, old_name);
+  }
+  if (IndexCount(old_meta) != IndexCount(new_meta)) return Refuse(HERE, kIndexCount, old_name);
+  for (auto* new_index : Indexes(new_meta)) {
+    const char* name = IndexName(new_meta, new_index);
+    const LPQMXMETAINDEX old_index = CheckWhetherIndexField(old_meta, name);
+    if (old_index == nullptr) return Refuse(HERE, kIndexName, name, old_name);
+    if (CompareIndexColumn(old_index, new_index, old_meta, new_meta, log_handle) != 0) {
+      return Refuse(HERE, kIndexColumns, name, old_name);
+    }
+  }
+  return CHECK_TABLE_SUCCESS;
+}
+
+LPQMXMETAINDEX ModifyTable::CheckWhetherIndexField(LPQMXMETA pstTabMeta, const char* szIndexName) {
+  for (auto* index : Indexes(pstTabMeta)) {
+    if (SameName(IndexName(pstTabMeta, index), szIndexName)) return index;
+  }
+  return nullptr;
+}
+
+// Column order, directions and prefix lengths are not compared.
+int ModifyTable::CompareIndexColumn(LPQMXMETAINDEX pstIndex_old, LPQMXMETAINDEX pstIndex_new, LPQMXMETA pstoldMeta,
+                                    LPQMXMETA pstnewMeta, LPVESKCATEGORYINST log_handle) {
+  if (pstIndex_old == nullptr || pstIndex_new == nullptr) return Refuse(HERE, kIndexNull);
+  if (pstIndex_old->iColumnNum != pstIndex_new->iColumnNum) return Refuse(HERE, kColumnSet, qmx_get_meta_name(pstoldMeta));
+  for (const auto* column : Columns(pstnewMeta, pstIndex_new)) {
+    const char* name = MemberName(pstnewMeta, column);
+    if (const int ret = CheckWhetherColumnField(name, pstIndex_old, pstoldMeta, log_handle); ret != 0) {
+      Report(HERE, kColumnField, name, qmx_get_meta_name(pstoldMeta));
+      return ret;
+    }
+  }
+  return CHECK_TABLE_SUCCESS;
+}
+
+int ModifyTable::CheckWhetherColumnField(const char* szFieldName, LPQMXMETAINDEX pstIndex_old, LPQMXMETA pstTabMeta,
+                                         LPVESKCATEGORYINST log_handle) {
+  if (szFieldName == nullptr || pstIndex_old == nullptr) return Refuse(HERE, kColumnSet, qmx_get_meta_name(pstTabMeta));
+  for (const auto* column : Columns(pstTabMeta, pstIndex_old)) {
+    if (SameName(MemberName(pstTabMeta, column), szFieldName)) return CHECK_TABLE_SUCCESS;
+  }
+  return Refuse(HERE, kColumnSet, qmx_get_meta_name(pstTabMeta));
+}

@@ -1,0 +1,153 @@
+// Does a table keep its kind? Table type, list length, sort settings and data protocol, as CheckTable derives them.
+// Held by tests/rules/list_test.cpp and sortlist_test.cpp.
+#include <cstring>
+
+#include "common/check_table.h"
+#include "common/meta_view.h"
+#include "common/modify_table.h"
+#include "common/refuse.h"
+
+using namespace korvel;
+
+namespace {
+
+constexpr Message<Text, int, int> kTypesTrace("CheckListMetaInfo(%s) old_table_type:%d,new_table_type:%d");
+
+// One side's kind of table.
+struct TableKind {
+  // Success and "no attributes" are answers; anything else is CheckTable's failure.
+  bool Failed() const { return ret != CHECK_TABLE_SUCCESS && !IsOldKind(); }
+  bool IsOldKind() const { return ret == ERROR_OLD_TABLE_DEFINE; }
+  // A sorted list is a list in every comparison.
+  int FoldedType() const { return table_type == TABLE_TYPE_SORTLIST ? TABLE_TYPE_LIST : table_type; }
+
+  int ret = 0;
+  int table_type = 0;
+  int list_num = 0;
+  int sort_field_num = 0;
+  int sort_rule = 0;
+  char data_protocol[8] = {};
+};
+
+TableKind DeriveKind(CheckTable& check, LPQMXMETALIB metalib, const char* metaname, LPVESKCATEGORYINST log_handle) {
+  TableKind kind;
+  kind.ret = check.CheckTableTypeByCustomAttr(metalib, metaname, kind.table_type, kind.list_num, kind.sort_field_num,
+                                              kind.sort_rule, kind.data_protocol, false, log_handle);
+  return kind;
+}
+
+bool IsEmpty(const char* text) { return text == nullptr || *text == '\0'; }
+
+// What a search for a sort attribute in the old meta found.
+struct OldAttribute {
+  const char* text = nullptr;  // null: no entry of that name carries the attribute
+  int unreadable = -1;         // position of an entry that ended the search
+  int nameless = -1;           // position of an entry without a name that ended the search
+};
+
+// The second custom attribute of the first entry of that name which carries one. Entries without the attribute are passed over
+// before their names are read, and nothing behind the match is looked at.
+OldAttribute FindOldAttribute(LPQMXMETALIB metalib, LPQMXMETA meta, const char* name) {
+  OldAttribute found;
+  const int entry_num = EntryCount(meta);
+  for (int j = 0; j < entry_num; ++j) {
+    const LPQMXMETAENTRY entry = qmx_get_entry_by_index(meta, j);
+    if (entry == nullptr) {
+      found.unreadable = j;
+      return found;
+    }
+    const char* attribute = qmx_get_entry_customattr2(metalib, entry);
+    if (IsEmpty(attribute)) continue;
+    const char* entry_name = qmx_get_entry_name(entry);
+    if (entry_name == nullptr) {
+      found.nameless = j;
+      return found;
+    }
+    if (std::strcmp(entry_name, name) == 0) {
+      found.text = attribute;
+      return found;
+    }
+  }
+  return found;
+}
+
+}  // namespace
+
+int ModifyTable::CheckListMetaInfo(const char* metaname, LPQMXMETALIB oldPstMetaLib, LPQMXMETALIB newPstMetaLib,
+                                   LPVESKCATEGORYINST log_handle, int maybe_table_type, int maybe_list_num) const {
+  CheckTable pCheck(m_svr_ver);
+  const TableKind old_kind = DeriveKind(pCheck, oldPstMetaLib, metaname, log_handle);
+  if (old_kind.Failed()) return RefuseWithFormat(HERE, CHECK_TABLE_ERROR_INVALID_PARAMETER, pCheck.m_szErrorType);
+  const TableKind new_kind = DeriveKind(pCheck, newPstMetaLib, metaname, log_handle);
+  if (new_kind.Failed()) return RefuseWithFormat(HERE, CHECK_TABLE_ERROR_SYSTEM_ERROR, pCheck.m_szErrorType);
+
+  if (old_kind.IsOldKind() && new_kind.IsOldKind()) return CHECK_TABLE_SUCCESS;
+  const int old_type = old_kind.FoldedType();
+  const int new_type = new_kind.FoldedType();
+  if (old_kind.IsOldKind()) {
+    // The attributes must describe what the server holds. Its type is not folded.
+    if (new_kind.sort_field_num > 0) return Refuse(HERE, kToSortList, metaname);
+    if (new_type != maybe_table_type) {
+      return Refuse(HERE, kDeclaredType, metaname, GetDescStr(maybe_table_type), GetDescStr(new_type));
+    }
+    if (maybe_table_type == TABLE_TYPE_LIST && new_kind.list_num != maybe_list_num) {
+      return Refuse(HERE, kDeclaredListNum, metaname, maybe_list_num, new_kind.list_num);
+    }
+    return CHECK_TABLE_SUCCESS;
+  }
+  if (new_kind.IsOldKind()) return Refuse(HERE, kToOldFormat, metaname);
+
+  LogOnly(HERE, VESK_PRIORITY_INFO, kTypesTrace, metaname, old_kind.table_type, new_kind.table_type);
+  if (old_type != new_type) return Refuse(HERE, kKind, GetDescStr(old_type), GetDescStr(new_type));
+  if (old_kind.list_num > new_kind.list_num) return Refuse(HERE, kListNum, old_kind.list_num, new_kind.list_num);
+  if (old_kind.sort_field_num != new_kind.sort_field_num) {
+    return Refuse(HERE, kSortFieldNum, old_kind.sort_field_num, new_kind.sort_field_num);
+  }
+  if (old_kind.sort_rule != new_kind.sort_rule) {
+    return Refuse(HERE, kSortRule, GetOrderStr(old_kind.sort_rule), GetOrderStr(new_kind.sort_rule));
+  }
+  if (!IsEmpty(old_kind.data_protocol) && std::strcmp(old_kind.data_protocol, new_kind.data_protocol) != 0) {
+    return Refuse(HERE, kDataProtocol, old_kind.data_protocol, new_kind.data_protocol);
+  }
+  if (old_kind.sort_field_num == 0) return CHECK_TABLE_SUCCESS;
+
+  // A sorted list: a field that carried the attribute before must carry the same one; others may gain it.
+  const LPQMXMETA newPstMeta = qmx_get_meta_by_name(newPstMetaLib, metaname);
+  const LPQMXMETA oldPstMeta = qmx_get_meta_by_name(oldPstMetaLib, metaname);
+  const int new_entry_num = EntryCount(newPstMeta);
+  for (int i = 0; i < new_entry_num; ++i) {
+    const LPQMXMETAENTRY pstEntry = qmx_get_entry_by_index(newPstMeta, i);
+    if (pstEntry == nullptr) return Refuse(HERE, kNewEntryNull, i);
+    const char* new_cus = qmx_get_entry_customattr2(newPstMetaLib, pstEntry);
+    if (IsEmpty(new_cus)) continue;
+    const char* new_name = qmx_get_entry_name(pstEntry);
+    if (new_name == nullptr) return Refuse(HERE, kNewEntryName, i);
+    const OldAttribute old_cus = FindOldAttribute(oldPstMetaLib, oldPstMeta, new_name);
+    if (old_cus.unreadable >= 0) return Refuse(HERE, kOldEntryNull, old_cus.unreadable);
+    if (old_cus.nameless >= 0) return Refuse(HERE, kOldEntryName, old_cus.nameless);
+    if (old_cus.text != nullptr && std::strcmp(old_cus.text, new_cus) != 0) {
+      return Refuse(HERE, kSortAttribute, old_cus.text, new_cus);
+    }
+  }
+  return CHECK_TABLE_SUCCESS;
+}
+
+// Only the sort fields count here: type, list length, sort rule and protocol are derived and not compared.
+int ModifyTable::CompareSortListInfo(const char* srcMetaname, const char* dstMetaname, LPQMXMETALIB srcPstMetaLib,
+                                     LPQMXMETALIB dstPstMetaLib, LPVESKCATEGORYINST log_handle) const {
+  CheckTable pCheck;
+  const TableKind source = DeriveKind(pCheck, srcPstMetaLib, srcMetaname, log_handle);
+  if (source.Failed()) return RefuseWithFormat(HERE, CHECK_TABLE_ERROR_INVALID_PARAMETER, pCheck.m_szErrorType);
+  const TableKind destination = DeriveKind(pCheck, dstPstMetaLib, dstMetaname, log_handle);
+  if (destination.Failed()) return RefuseWithFormat(HERE, CHECK_TABLE_ERROR_SYSTEM_ERROR, pCheck.m_szErrorType);
+
+  if (source.IsOldKind()) {
+    const bool becomes_sorted = !destination.IsOldKind() && destination.sort_field_num > 0;
+    return becomes_sorted ? Refuse(HERE, kToSortList, dstMetaname) : CHECK_TABLE_SUCCESS;
+  }
+  if (destination.IsOldKind()) return Refuse(HERE, kToOldFormat, srcMetaname);
+  if (source.sort_field_num > destination.sort_field_num) {
+    return Refuse(HERE, kSortFieldNum, source.sort_field_num, destination.sort_field_num);
+  }
+  return CHECK_TABLE_SUCCESS;
+}

@@ -1,0 +1,41 @@
+// Field names of a table: identifiers of at most 31 bytes. The names inside sub-structures are not looked at.
+// Held by tests/rules/field_name_test.cpp.
+#include <algorithm>
+#include <string_view>
+
+#include "common/meta_view.h"
+#include "common/modify_table.h"
+#include "common/refuse.h"
+
+using namespace korvel;
+
+namespace {
+
+constexpr std::size_t kMaxNameLength = 31;
+
+constexpr Message<> kPreset("entry name is too long:");
+constexpr Message<Text, std::size_t> kNameTrace("length of entry name %s is %lu");
+
+// Not those of <cctype>: a locale must not change the answer.
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
+bool IsLegal(char c) { return IsDigit(c) || IsLetter(c) || c == '_'; }
+
+}  // namespace
+
+int ModifyTable::CheckFieldNameValidate(LPQMXMETA meta, LPVESKCATEGORYINST log_handle) {
+  if (meta == nullptr) return Refuse(HERE, kNameMetaNull);
+  // Stays in the buffer when every name passes; part of the interface.
+  WriteText(HERE, kPreset);
+  for (const auto [index, entry] : Entries(meta)) {
+    const char* given = qmx_get_entry_name(entry);
+    const char* name = given == nullptr ? "" : given;
+    const std::string_view bytes(name);
+    LogOnly(HERE, VESK_PRIORITY_INFO, kNameTrace, name, bytes.size());
+    if (bytes.empty()) return Refuse(HERE, kNameEmpty);
+    if (IsDigit(bytes.front())) return Refuse(HERE, kNameDigit, name);
+    if (!std::all_of(bytes.begin(), bytes.end(), IsLegal)) return Refuse(HERE, kNameCharacter, name);
+    if (bytes.size() > kMaxNameLength) return Refuse(HERE, kNameLength, name);
+  }
+  return CHECK_TABLE_SUCCESS;
+}

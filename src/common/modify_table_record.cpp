@@ -1,0 +1,68 @@
+// Field rules of the record format: fields are matched by name.
+// Held by tests/rules/record_test.cpp.
+#include <string_view>
+
+#include "common/meta_view.h"
+#include "common/modify_table.h"
+#include "common/refuse.h"
+
+using namespace korvel;
+
+namespace {
+
+// The second custom attribute of an entry; a missing one is empty.
+std::string_view CustomAttr2(LPQMXMETALIB metalib, LPQMXMETAENTRY entry) {
+  const char* text = qmx_get_entry_customattr2(metalib, entry);
+  return text == nullptr ? std::string_view() : text;
+}
+
+}  // namespace
+
+// Positions, versions and added entries are not looked at. Of key and refer properties only the old entry's count.
+int ModifyTable::CompareEntryValueField(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVESKCATEGORYINST log_handle) const {
+  if (old_meta == nullptr) return Refuse(HERE, kMetaNull);
+  const char* old_meta_name = qmx_get_meta_name(old_meta);
+  if (new_meta == nullptr) return Refuse(HERE, kStructMissing, old_meta_name);
+  const char* new_meta_name = qmx_get_meta_name(new_meta);
+  if (!SameName(old_meta_name, new_meta_name)) return Refuse(HERE, kStructName, old_meta_name, new_meta_name);
+
+  const LPQMXMETALIB ptrOldMetalib = OwnerOf(old_meta);
+  const LPQMXMETALIB ptrNewMetalib = OwnerOf(new_meta);
+  const bool ids_are_kept = IsTlv(ptrOldMetalib) && IsTlv(ptrNewMetalib);
+  for (const auto [index, pstOldEntry] : Entries(old_meta)) {
+    int entry_offset = 0;
+    const char* name = qmx_get_entry_name(pstOldEntry);
+    const LPQMXMETAENTRY pstNewEntry = CheckWhetherExistEntry(name, new_meta, entry_offset, log_handle);
+    if (pstNewEntry == nullptr) return Refuse(HERE, kEntryMissing, name, old_meta_name);
+    const int old_id = qmx_get_entry_id(pstOldEntry);
+    if (ids_are_kept && old_id != qmx_get_entry_id(pstNewEntry)) return Refuse(HERE, kEntryId, old_id, old_meta_name);
+
+    const std::size_t old_size = qmx_get_entry_unitsize(pstOldEntry);
+    const std::size_t new_size = qmx_get_entry_unitsize(pstNewEntry);
+    if (IsPrimaryKeyMember(pstOldEntry)) {
+      if (old_size != new_size) return Refuse(HERE, kPrimaryKeySize, name, old_meta_name);
+    } else if (old_size > new_size) {
+      return Refuse(HERE, kEntrySize, name, old_meta_name);
+    }
+    const int old_type = qmx_get_entry_type(pstOldEntry);
+    if (old_type != qmx_get_entry_type(pstNewEntry)) return Refuse(HERE, kEntryType, name, old_meta_name);
+    const int old_count = qmx_get_entry_count(pstOldEntry);
+    const int new_count = qmx_get_entry_count(pstNewEntry);
+    if (qmx_get_entry_refer(pstOldEntry) != nullptr) {
+      if (new_count < old_count) return Refuse(HERE, kReferCount, name, old_meta_name);
+    } else if (new_count != old_count) {
+      return Refuse(HERE, kFixedCount, name, old_meta_name);
+    }
+
+    if (IsComposite(old_type)) {
+      const LPQMXMETA old_meta1 = qmx_get_entry_type_meta(ptrOldMetalib, pstOldEntry);
+      const LPQMXMETA new_meta1 = qmx_get_entry_type_meta(ptrNewMetalib, pstNewEntry);
+      // The inner text stays; every inner code becomes this one.
+      if (CompareEntryValueField(old_meta1, new_meta1, log_handle) != 0) return ERROR_VALUE_FIELD;
+    }
+    if (CustomAttr2(ptrOldMetalib, pstOldEntry) != CustomAttr2(ptrNewMetalib, pstNewEntry)) {
+      return Refuse(HERE, kCustomAttr2, name, old_meta_name);
+    }
+  }
+  return CHECK_TABLE_SUCCESS;
+}
