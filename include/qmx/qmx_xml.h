@@ -1,0 +1,39 @@
+// Reads the text form of a schema library (XML; the elements and attributes are listed in docs/schema-files.md).
+//
+// Strict: what is not part of the form is refused, and every fault of a file is reported, not the first one. A syntax error ends
+// the reading, since nothing behind it can be trusted.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "qmx/qmx_builder.h"
+#include "qmx/qmx_source_map.h"
+
+namespace qmx {
+
+// Largest file that is read, in bytes.
+inline constexpr std::size_t kMaxFileBytes = std::size_t{1} << 30;
+
+struct ReadError {
+  LineColumn place;
+  std::string text;  // "what is wrong; what is allowed", one line, without file and place
+};
+
+struct Schema {
+  Metalib metalib;
+  SourceMap source_map;
+};
+
+struct ReadResult {
+  std::optional<Schema> schema;   // set if and only if `errors` is empty
+  std::vector<ReadError> errors;  // in the order of the file
+};
+
+// Reads a whole file held in memory. UTF-8 only. Linear in its size.
+ReadResult ReadXml(std::string_view text);
+
+}  // namespace qmx

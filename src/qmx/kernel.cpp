@@ -1,0 +1,157 @@
+// Read operations over schema libraries: no more than arithmetic on the offsets that qmx_types.h describes.
+//
+// Nothing is verified here: whoever makes a library (the builder) or takes one from outside answers for its offsets.
+#include "qmx/qmx_metalib_kernel.h"
+
+#include <cstring>
+#include <string_view>
+
+namespace {
+
+char* DataOf(LPQMXMETALIB metalib) { return metalib->data; }
+char* DataOf(LPQMXMETA meta) { return reinterpret_cast<char*>(meta) - meta->ptrMeta; }
+char* DataOf(LPQMXMETAENTRY entry) { return reinterpret_cast<char*>(entry) - entry->ptrEntry; }
+
+// The record or text `offset` bytes behind `base`; null for the offset that refers to nothing.
+template <typename Record>
+Record* Resolve(char* base, std::int64_t offset) {
+  return offset == QMX_NO_REF ? nullptr : reinterpret_cast<Record*>(base + offset);
+}
+
+// The meta at a position of one of the library's two lists. REQUIRES: 0 <= position < iMetaNum.
+LPQMXMETA MetaOfList(LPQMXMETALIB metalib, std::int64_t list, std::int64_t position) {
+  const auto* offsets = Resolve<std::int64_t>(DataOf(metalib), list);
+  return offsets == nullptr ? nullptr : Resolve<tagQMXMeta>(DataOf(metalib), offsets[position]);
+}
+
+std::string_view NameOrEmpty(LPQMXMETA meta) {
+  const char* name = qmx_get_meta_name(meta);
+  return name == nullptr ? std::string_view() : std::string_view(name);
+}
+
+// Position in the list by name of the first meta whose name is not before `name`; iMetaNum if all are.
+std::int64_t LowerBound(LPQMXMETALIB metalib, std::string_view name) {
+  std::int64_t low = 0;
+  std::int64_t high = metalib->iMetaNum;
+  while (low < high) {
+    const std::int64_t middle = low + (high - low) / 2;
+    if (NameOrEmpty(MetaOfList(metalib, metalib->ptrMetasByName, middle)) < name) {
+      low = middle + 1;
+    } else {
+      high = middle;
+    }
+  }
+  return low;
+}
+
+// Why a splittable key has no text.
+char no_meta[] = "no meta";
+char no_key[] = "the meta has no splittable key";
+char no_name[] = "a member of the splittable key has no name";
+char no_room[] = "the buffer is too small for the text of the splittable key";
+
+// Appends to a buffer of fixed size, always keeping room for the terminating zero.
+class BufferWriter {
+ public:
+  BufferWriter(char* buffer, std::size_t size) : at_(buffer), left_(size) {}
+
+  bool Append(std::string_view text) {
+    if (text.size() >= left_) return false;
+    std::memcpy(at_, text.data(), text.size());
+    at_ += text.size();
+    left_ -= text.size();
+    *at_ = '\0';
+    return true;
+  }
+
+ private:
+  char* at_;
+  std::size_t left_;
+};
+
+// Null on success, else the reason.
+char* WriteSplittableKey(LPQMXMETA meta, char* buffer, std::size_t size) {
+  if (meta == nullptr) return no_meta;
+  if (meta->stSplitTableKey.ptrEntry == QMX_NO_REF) return no_key;
+  const auto* members = Resolve<tagQMXDBKeyInfo>(reinterpret_cast<char*>(meta), meta->ptrSplitTableKeyBase);
+  if (members == nullptr) return no_key;
+  BufferWriter writer(buffer, size);
+  for (std::int32_t i = 0; i < meta->iSplitTableKeyMemberNum; ++i) {
+    const char* name = qmx_get_entry_name(Resolve<tagQMXMetaEntry>(DataOf(meta), members[i].ptrEntry));
+    if (name == nullptr) return no_name;
+    if ((i > 0 && !writer.Append(",")) || !writer.Append(name)) return no_room;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+int qmx_get_metalib_version(LPQMXMETALIB metalib) { return metalib == nullptr ? -1 : metalib->iVersion; }
+
+LPQMXMETA qmx_get_meta_by_name(LPQMXMETALIB metalib, const char* name) {
+  if (metalib == nullptr || name == nullptr) return nullptr;
+  const std::int64_t position = LowerBound(metalib, name);
+  if (position >= metalib->iMetaNum) return nullptr;
+  LPQMXMETA meta = MetaOfList(metalib, metalib->ptrMetasByName, position);
+  const char* found = qmx_get_meta_name(meta);
+  return found != nullptr && std::strcmp(found, name) == 0 ? meta : nullptr;
+}
+
+int qmx_get_meta_num(LPQMXMETALIB metalib) { return metalib == nullptr ? 0 : metalib->iMetaNum; }
+
+LPQMXMETA qmx_get_meta_by_index(LPQMXMETALIB metalib, int index) {
+  if (metalib == nullptr || index < 0 || index >= metalib->iMetaNum) return nullptr;
+  return MetaOfList(metalib, metalib->ptrMetas, index);
+}
+
+const char* qmx_get_meta_name(LPQMXMETA meta) { return meta == nullptr ? nullptr : Resolve<char>(DataOf(meta), meta->ptrName); }
+
+const char* qmx_get_meta_customattr(LPQMXMETA meta) {
+  return meta == nullptr ? nullptr : Resolve<char>(DataOf(meta), meta->ptrCustomAttr);
+}
+
+int qmx_get_meta_splittablekey(LPQMXMETA meta, char* buffer, std::size_t size, char** error) {
+  if (buffer == nullptr) size = 0;
+  if (size > 0) buffer[0] = '\0';
+  char* reason = WriteSplittableKey(meta, buffer, size);
+  if (reason == nullptr) return 0;
+  if (size > 0) buffer[0] = '\0';
+  if (error != nullptr) *error = reason;
+  return -1;
+}
+
+int qmx_get_entry_num(LPQMXMETA meta) { return meta == nullptr ? 0 : meta->iEntriesNum; }
+
+LPQMXMETAENTRY qmx_get_entry_by_index(LPQMXMETA meta, int index) {
+  if (meta == nullptr || index < 0 || index >= meta->iEntriesNum) return nullptr;
+  auto* entries = Resolve<tagQMXMetaEntry>(reinterpret_cast<char*>(meta), meta->ptrEntries);
+  return entries == nullptr ? nullptr : entries + index;
+}
+
+const char* qmx_get_entry_name(LPQMXMETAENTRY entry) {
+  return entry == nullptr ? nullptr : Resolve<char>(DataOf(entry), entry->ptrName);
+}
+
+int qmx_get_entry_id(LPQMXMETAENTRY entry) { return entry == nullptr ? -1 : entry->iID; }
+
+int qmx_get_entry_version(LPQMXMETAENTRY entry) { return entry == nullptr ? -1 : entry->iVersion; }
+
+int qmx_get_entry_type(LPQMXMETAENTRY entry) { return entry == nullptr ? QMX_TYPE_NONE : entry->iType; }
+
+LPQMXMETA qmx_get_entry_type_meta(LPQMXMETALIB metalib, LPQMXMETAENTRY entry) {
+  if (metalib == nullptr || entry == nullptr) return nullptr;
+  return Resolve<tagQMXMeta>(DataOf(metalib), entry->ptrTypeMeta);
+}
+
+std::size_t qmx_get_entry_unitsize(LPQMXMETAENTRY entry) { return entry == nullptr ? 0 : entry->iUnitSize; }
+
+int qmx_get_entry_count(LPQMXMETAENTRY entry) { return entry == nullptr ? 0 : entry->iCount; }
+
+LPQMXMETAENTRY qmx_get_entry_refer(LPQMXMETAENTRY entry) {
+  return entry == nullptr ? nullptr : Resolve<tagQMXMetaEntry>(DataOf(entry), entry->ptrRefer);
+}
+
+const char* qmx_get_entry_customattr2(LPQMXMETALIB metalib, LPQMXMETAENTRY entry) {
+  if (metalib == nullptr || entry == nullptr) return nullptr;
+  return Resolve<char>(DataOf(metalib), entry->ptrCustomAttr2);
+}

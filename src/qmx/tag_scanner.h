@@ -1,0 +1,34 @@
+// Finds the attributes of a start tag again in the bytes of a file that an XML parser has accepted so far.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string_view>
+
+#include "qmx/qmx_source_map.h"
+
+namespace qmx {
+
+struct AttributeSpans {
+  Span name;
+  Span value;  // between the quotes
+};
+
+// Walks over the attributes of one tag, in order.
+class TagScanner {
+ public:
+  // `element` is the offset of the tag's '<'.
+  TagScanner(std::string_view text, std::size_t element);
+
+  // The next attribute; nullopt behind the last one. Stays inside the text whatever stands there.
+  std::optional<AttributeSpans> Next();
+
+ private:
+  void SkipTo(std::string_view any_of);
+  void SkipBlanks();
+
+  std::string_view text_;
+  std::size_t at_;
+};
+
+}  // namespace qmx

@@ -1,0 +1,267 @@
+// Turns the elements of a schema file into calls of the builder. Which elements and attributes there are stands in
+// schema_form.cpp; here is what connects them.
+#include "qmx_xml/schema_handler.h"
+
+#include <algorithm>
+
+#include "qmx/did_you_mean.h"
+#include "qmx/quote.h"
+
+namespace qmx {
+namespace {
+
+using Kind = ElementId::Kind;
+
+constexpr std::string_view kBlanks = " \t\r\n";
+
+std::vector<std::string_view> Words(std::string_view text) {
+  std::vector<std::string_view> words;
+  for (std::size_t begin = text.find_first_not_of(kBlanks); begin < text.size(); begin = text.find_first_not_of(kBlanks, begin)) {
+    const std::size_t end = std::min(text.find_first_of(kBlanks, begin), text.size());
+    words.push_back(text.substr(begin, end - begin));
+    begin = end;
+  }
+  return words;
+}
+
+Protocol ProtocolOf(std::optional<std::string_view> text) {
+  if (!text) return Protocol::kUnset;
+  return *text == "TLV" ? Protocol::kTlv : Protocol::kQmx;
+}
+
+// Numbers of the form fit the type by their range; a refused or absent one counts as `otherwise`.
+std::int32_t Int32Of(std::optional<std::uint64_t> number, std::int32_t otherwise) {
+  return number ? static_cast<std::int32_t>(*number) : otherwise;
+}
+
+}  // namespace
+
+void SchemaHandler::OnStart(std::string_view name, const char** attributes, std::size_t offset) {
+  is_text_reported_ = false;
+  const ElementForm* form = refused_depth_ > 0 ? nullptr : FindElement(name);
+  if (refused_depth_ > 0 || Refuses(form, name, offset)) {
+    ++refused_depth_;
+  } else {
+    open_.push_back(form);
+    StartTag tag(*form, attributes, text_, offset, errors_);
+    Dispatch(tag);
+  }
+  has_root_ = true;
+}
+
+bool SchemaHandler::Refuses(const ElementForm* form, std::string_view name, std::size_t offset) {
+  const ElementForm* parent = open_.empty() ? nullptr : open_.back();
+  const bool is_root_place = parent == nullptr && !has_root_;
+  const bool is_in_place = form != nullptr && (form->IsOutermost() ? is_root_place : parent && form->parent == parent->kind);
+  if (is_in_place) return false;
+  meta_.is_empty = index_.is_empty = false;
+  const std::vector<std::string_view> allowed = ChildNames(parent);
+  const std::string where = parent == nullptr ? " as the outermost element" : " in element " + Quote(parent->name);
+  errors_.Add(offset, (form == nullptr ? "unknown element " + Quote(name) + DidYouMean(name, allowed)
+                                       : "element " + Quote(name) + " in the wrong place") +
+                          "; allowed" + where + ": " + Listed(allowed));
+  return true;
+}
+
+void SchemaHandler::Dispatch(StartTag& tag) {
+  switch (tag.form().kind) {
+    case Kind::kMetalib:
+      return StartMetalib(tag);
+    case Kind::kMeta:
+      return StartMeta(tag);
+    case Kind::kEntry:
+      return StartEntry(tag);
+    case Kind::kPrimaryKey:
+    case Kind::kSplittableKey:
+      return StartKey(tag);
+    case Kind::kIndex:
+      return StartIndex(tag);
+    case Kind::kColumn:
+      return StartColumn(tag);
+  }
+}
+
+void SchemaHandler::StartMetalib(const StartTag& tag) {
+  protocol_ = ProtocolOf(tag.Text(Attribute::kProtocol));
+  builder_.emplace(tag.Text(Attribute::kName).value_or(""), Int32Of(tag.Number(Attribute::kVersion), 0), protocol_);
+  source_map_.Add({Kind::kMetalib}, tag.offset());
+}
+
+void SchemaHandler::StartMeta(const StartTag& tag) {
+  ++metas_;
+  const std::optional<std::string_view> name = tag.Text(Attribute::kName);
+  const bool is_union = tag.Text(Attribute::kKind) == "union";
+  meta_ = OpenMeta{.name = std::string(name.value_or("")), .offset = tag.offset(), .ids = {}};
+  if (name) meta_names_.Add(*name, tag.offset());
+  builder_->AddMeta(meta_.name, is_union ? QMX_TYPE_UNION : QMX_TYPE_STRUCT, tag.Text(Attribute::kCustomAttr));
+  source_map_.Add(Id(Kind::kMeta), tag.offset());
+}
+
+void SchemaHandler::StartEntry(StartTag& tag) {
+  meta_.is_empty = false;
+  const std::optional<std::string_view> name = tag.Text(Attribute::kName);
+  if (name) entry_names_.Add(*name, tag.offset());
+  CheckSize(tag, name.value_or(""));
+  CheckId(tag, name.value_or(""));
+  if (!name) return;
+  if (tag.Text(Attribute::kRefer) == "") {
+    tag.Refuse(Attribute::kRefer,
+               "'refer' is empty; allowed: an integer entry with count 1, declared before it in the same meta");
+  }
+  EntryDecl entry;
+  entry.name = *name;
+  entry.type = tag.Text(Attribute::kType).value_or("int32");
+  entry.size = tag.Number(Attribute::kSize).value_or(1);
+  entry.id = Int32Of(tag.Number(Attribute::kId), -1);
+  entry.version = Int32Of(tag.Number(Attribute::kVersion), 1);
+  entry.count = Int32Of(tag.Number(Attribute::kCount), 1);
+  entry.refer = tag.Text(Attribute::kRefer).value_or("");
+  entry.customattr2 = tag.Text(Attribute::kCustomAttr2);
+  builder_->AddEntry(entry);
+  source_map_.Add(Id(Kind::kEntry, meta_.entries++), tag.offset());
+}
+
+void SchemaHandler::CheckSize(StartTag& tag, std::string_view name) {
+  const std::optional<std::string_view> type = tag.Text(Attribute::kType);
+  if (!type) return;
+  const SimpleType* simple = FindSimpleType(*type);
+  const bool needs_size = simple != nullptr && simple->unit_size == 0;
+  if (needs_size && !tag.Has(Attribute::kSize)) {
+    tag.Refuse(Attribute::kSize, "entry " + Quote(name) + " has no attribute 'size'; required for type " + Quote(*type));
+  }
+  if (!needs_size && tag.Has(Attribute::kSize)) {
+    tag.Refuse(Attribute::kSize, "'size' is given for type " + Quote(*type) + "; allowed for types: string, bytes");
+  }
+}
+
+void SchemaHandler::CheckId(StartTag& tag, std::string_view name) {
+  if (protocol_ != Protocol::kTlv) return;
+  if (!tag.Has(Attribute::kId)) {
+    tag.Refuse(Attribute::kId, "entry " + Quote(name) + " has no attribute 'id'; required in a TLV library");
+  }
+  if (const auto id = tag.Number(Attribute::kId)) meta_.ids.emplace_back(*id, tag.offset());
+}
+
+void SchemaHandler::StartKey(StartTag& tag) {
+  const bool is_primary = tag.form().kind == Kind::kPrimaryKey;
+  bool& has_key = is_primary ? meta_.has_primary_key : meta_.has_splittable_key;
+  if (has_key) {
+    errors_.Add(tag.offset(), "a second " + Quote(tag.form().name) + " in meta " + Quote(meta_.name) + "; allowed: at most one");
+    return;
+  }
+  has_key = true;
+  source_map_.Add(Id(tag.form().kind), tag.offset());
+  if (!tag.Has(Attribute::kEntries)) return;
+  const std::vector<std::string_view> entries = Words(*tag.Text(Attribute::kEntries));
+  if (entries.empty()) {
+    tag.Refuse(Attribute::kEntries, "'entries' names no entry; allowed: one or more names, separated by blanks");
+  } else if (is_primary) {
+    builder_->SetPrimaryKey(entries);
+  } else {
+    builder_->SetSplittableKey(entries);
+  }
+}
+
+void SchemaHandler::StartIndex(const StartTag& tag) {
+  const std::optional<std::string_view> name = tag.Text(Attribute::kName);
+  index_ = OpenIndex{.name = std::string(name.value_or("")), .offset = tag.offset(), .columns = {}};
+  if (name) index_names_.Add(*name, tag.offset());
+  source_map_.Add(Id(Kind::kIndex, meta_.indexes), tag.offset());
+}
+
+void SchemaHandler::StartColumn(const StartTag& tag) {
+  index_.is_empty = false;
+  const std::optional<std::string_view> entry = tag.Text(Attribute::kEntry);
+  if (!entry) return;
+  source_map_.Add(Id(Kind::kColumn, meta_.indexes, static_cast<std::uint32_t>(index_.columns.size())), tag.offset());
+  index_.columns.emplace_back(*entry, tag.Text(Attribute::kDesc) == "true");
+}
+
+void SchemaHandler::OnEnd() {
+  is_text_reported_ = false;
+  if (refused_depth_ > 0) {
+    --refused_depth_;
+    return;
+  }
+  const Kind kind = open_.back()->kind;
+  open_.pop_back();
+  if (kind == Kind::kMeta) EndMeta();
+  if (kind == Kind::kIndex) EndIndex();
+}
+
+std::string SchemaHandler::InnermostOpen() const {
+  if (refused_depth_ > 0) return "a refused element";
+  return open_.empty() ? "" : "element " + Quote(open_.back()->name);
+}
+
+void SchemaHandler::EndMeta() {
+  if (meta_.is_empty) errors_.Add(meta_.offset, "meta " + Quote(meta_.name) + " has no entries; allowed: at least one");
+  const std::string rest = " in meta " + Quote(meta_.name) + "; allowed: names that differ";
+  entry_names_.ReportRepeats([&](std::string_view name, std::size_t element) {
+    errors_.Add(PlaceOf(element, "name"), "a second entry " + Quote(name) + rest);
+  });
+  index_names_.ReportRepeats([&](std::string_view name, std::size_t element) {
+    errors_.Add(PlaceOf(element, "name"), "a second index " + Quote(name) + rest);
+  });
+  ReportRepeatedIds();
+}
+
+void SchemaHandler::ReportRepeatedIds() {
+  std::ranges::sort(meta_.ids);
+  for (std::size_t i = 1; i < meta_.ids.size(); ++i) {
+    const auto [id, element] = meta_.ids[i];
+    if (id != meta_.ids[i - 1].first) continue;
+    errors_.Add(PlaceOf(element, "id"), "a second entry with id " + std::to_string(id) + " in meta " + Quote(meta_.name) +
+                                            "; allowed in a TLV library: ids that differ");
+  }
+}
+
+void SchemaHandler::EndIndex() {
+  if (index_.is_empty) errors_.Add(index_.offset, "index " + Quote(index_.name) + " has no columns; allowed: at least one");
+  std::vector<ColumnDecl> columns;
+  for (const auto& [entry, descending] : index_.columns) columns.push_back({entry, descending});
+  builder_->AddIndex(index_.name, columns);
+  ++meta_.indexes;
+}
+
+void SchemaHandler::OnText(std::string_view piece, std::size_t offset) {
+  const std::size_t begin = piece.find_first_not_of(kBlanks);
+  if (refused_depth_ > 0 || is_text_reported_ || begin == std::string_view::npos) return;
+  is_text_reported_ = true;
+  // A character reference stands for other bytes than those of the file: then the place is that of the reference.
+  const bool is_verbatim = text_.substr(std::min(offset, text_.size()), piece.size()) == piece;
+  errors_.Add(is_verbatim ? offset + begin : offset,
+              "text " + Quote(piece.substr(begin)) + " between elements; allowed: elements and comments");
+}
+
+std::optional<Schema> SchemaHandler::Finish() {
+  meta_names_.ReportRepeats([&](std::string_view name, std::size_t element) {
+    errors_.Add(PlaceOf(element, "name"), "a second meta " + Quote(name) + "; allowed: names that differ");
+  });
+  if (!builder_) return std::nullopt;
+  BuildResult result = builder_->Finish();
+  ReportBuildErrors(result.errors);
+  if (!errors_.empty()) return std::nullopt;
+  return Schema{std::move(*result.metalib), std::move(source_map_)};
+}
+
+void SchemaHandler::ReportBuildErrors(const std::vector<BuildError>& errors) {
+  std::size_t last_element = text_.size();
+  std::string_view last_attribute;
+  std::size_t place = 0;
+  for (const BuildError& error : errors) {
+    const std::size_t element = source_map_.Find(error.where).value_or(0);
+    // A key of many unknown members would otherwise be scanned again for each.
+    if (element != last_element || error.attribute != last_attribute) place = PlaceOf(element, error.attribute);
+    last_element = element;
+    last_attribute = error.attribute;
+    errors_.Add(place, error.text);
+  }
+}
+
+std::size_t SchemaHandler::PlaceOf(std::size_t element, std::string_view attribute) const {
+  const std::optional<Span> value = FindAttributeValue(text_, element, attribute);
+  return value ? value->begin : element;
+}
+
+}  // namespace qmx

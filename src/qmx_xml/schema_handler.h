@@ -1,0 +1,95 @@
+// Turns the elements of a schema file into calls of the builder, and refuses what has no place in one.
+//
+// An element that is refused as a whole (unknown, in the wrong place) is passed over with all that it holds. One with a bad
+// attribute still takes part under its name, so that a mistake does not make every reference to it another one.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "qmx/qmx_xml.h"
+#include "qmx_xml/error_list.h"
+#include "qmx_xml/start_tag.h"
+#include "qmx_xml/unique_names.h"
+
+namespace qmx {
+
+class SchemaHandler {
+ public:
+  // Both must outlive the handler.
+  SchemaHandler(std::string_view text, ErrorList& errors) : text_(text), errors_(errors) {}
+
+  // What the parser meets; offsets are places in the file.
+  void OnStart(std::string_view name, const char** attributes, std::size_t offset);
+  void OnEnd();
+  void OnText(std::string_view piece, std::size_t offset);
+
+  // The innermost open element, for messages: "element 'meta'", "a refused element", or empty if none is open.
+  std::string InnermostOpen() const;
+
+  // Resolves what was read. REQUIRES: the whole file was read without a syntax error. Nullopt if the file has errors.
+  std::optional<Schema> Finish();
+
+ private:
+  // The meta that is being read.
+  struct OpenMeta {
+    std::string name;
+    std::size_t offset = 0;
+    std::uint32_t entries = 0;
+    std::uint32_t indexes = 0;
+    bool is_empty = true;  // holds neither entries nor elements that were refused
+    bool has_primary_key = false;
+    bool has_splittable_key = false;
+    std::vector<std::pair<std::uint64_t, std::size_t>> ids;  // id and offset of the element
+  };
+
+  struct OpenIndex {
+    std::string name;
+    std::size_t offset = 0;
+    bool is_empty = true;
+    std::vector<std::pair<std::string, bool>> columns;  // entry, descending
+  };
+
+  bool Refuses(const ElementForm* form, std::string_view name, std::size_t offset);
+  void Dispatch(StartTag& tag);
+  void StartMetalib(const StartTag& tag);
+  void StartMeta(const StartTag& tag);
+  void StartEntry(StartTag& tag);
+  void CheckSize(StartTag& tag, std::string_view name);
+  void CheckId(StartTag& tag, std::string_view name);
+  void StartKey(StartTag& tag);
+  void StartIndex(const StartTag& tag);
+  void StartColumn(const StartTag& tag);
+  void EndMeta();
+  void EndIndex();
+  void ReportRepeatedIds();
+  void ReportBuildErrors(const std::vector<BuildError>& errors);
+
+  // Offset of an attribute's value, or of the element if it has no such attribute.
+  std::size_t PlaceOf(std::size_t element, std::string_view attribute) const;
+
+  ElementId Id(ElementId::Kind kind, std::uint32_t item = 0, std::uint32_t column = 0) const {
+    return {kind, metas_ - 1, item, column};
+  }
+
+  std::string_view text_;
+  ErrorList& errors_;
+  std::vector<const ElementForm*> open_;
+  std::size_t refused_depth_ = 0;  // open elements from the refused one on
+  bool has_root_ = false;
+  bool is_text_reported_ = false;  // since the last tag
+  std::optional<MetalibBuilder> builder_;
+  SourceMap source_map_;
+  Protocol protocol_ = Protocol::kUnset;
+  std::uint32_t metas_ = 0;
+  OpenMeta meta_;
+  OpenIndex index_;
+  UniqueNames meta_names_, entry_names_, index_names_;
+};
+
+}  // namespace qmx

@@ -1,0 +1,99 @@
+// What can be wrong with a file before or instead of being XML, and the texts for it.
+#include "qmx_xml/xml_faults.h"
+
+#include <expat.h>
+
+#include <algorithm>
+
+#include "qmx/qmx_xml.h"
+#include "qmx/quote.h"
+
+namespace qmx {
+namespace {
+
+struct SyntaxText {
+  int code;
+  const char* text;
+};
+
+constexpr SyntaxText kSyntaxTexts[] = {
+    {XML_ERROR_UNCLOSED_TOKEN, "the file ends inside a tag, comment or instruction; allowed: a complete one"},
+    {XML_ERROR_PARTIAL_CHAR, "the file ends inside a character; allowed: complete UTF-8"},
+    {XML_ERROR_TAG_MISMATCH, "the end tag does not match its start tag; allowed: the end tag of the innermost open element"},
+    {XML_ERROR_DUPLICATE_ATTRIBUTE, "the attribute stands twice; allowed: once in a tag"},
+    {XML_ERROR_JUNK_AFTER_DOC_ELEMENT, "something follows the outermost element; allowed: comments"},
+    {XML_ERROR_BAD_CHAR_REF, "a reference to a character that XML does not have; allowed: those of XML 1.0"},
+    {XML_ERROR_UNCLOSED_CDATA_SECTION, "the file ends inside a CDATA section; allowed: a complete one"},
+    {XML_ERROR_MISPLACED_XML_PI, "an XML declaration that is not at the start; allowed: as the first bytes of the file"},
+    {XML_ERROR_XML_DECL, "a broken XML declaration; allowed: <?xml version=\"1.0\" encoding=\"UTF-8\"?>"},
+    {XML_ERROR_INVALID_TOKEN, "not well-formed XML; allowed: XML 1.0 in UTF-8"},
+    {XML_ERROR_SYNTAX, "not well-formed XML; allowed: XML 1.0 in UTF-8"},
+};
+
+std::string MissingEnd(std::string_view open_element) {
+  if (open_element.empty()) return "no element; allowed: exactly one 'metalib'";
+  return "the file ends inside " + std::string(open_element) + "; allowed: elements with an end tag";
+}
+
+// The parser gives the place of the tag for a reference in one of its values: the first reference to no known entity is meant.
+FileFault UndefinedEntity(std::string_view text, std::size_t offset) {
+  constexpr std::string_view kKnown[] = {"&#", "&lt;", "&gt;", "&amp;", "&apos;", "&quot;"};
+  const auto is_known = [&](std::size_t at) {
+    return std::ranges::any_of(kKnown, [&](std::string_view known) { return text.substr(at).starts_with(known); });
+  };
+  std::size_t at = text.find('&', offset);
+  while (at != std::string_view::npos && is_known(at)) at = text.find('&', at + 1);
+  if (at == std::string_view::npos) at = offset;
+  const std::size_t end = std::min(text.find(';', at), text.size());
+  return {at, "undefined entity " + Quote(text.substr(at, end + 1 - at)) +
+                  "; allowed: &lt; &gt; &amp; &apos; &quot; and character references"};
+}
+
+std::string HexByte(char byte) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  const auto value = static_cast<unsigned char>(byte);
+  return {'0', 'x', kDigits[value >> 4], kDigits[value & 15]};
+}
+
+char Upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+
+}  // namespace
+
+std::optional<FileFault> FindFileFault(std::string_view text) {
+  if (text.size() > kMaxFileBytes) {
+    return FileFault{0,
+                     "the file has " + std::to_string(text.size()) + " bytes; allowed: at most " + std::to_string(kMaxFileBytes)};
+  }
+  if (text.empty()) return FileFault{0, "the file is empty; allowed: exactly one 'metalib'"};
+  if (text.starts_with("\xFE\xFF") || text.starts_with("\xFF\xFE")) {
+    return FileFault{0, "the file is encoded in UTF-16 or UTF-32; allowed: UTF-8"};
+  }
+  if (const std::size_t zero = text.find('\0'); zero != std::string_view::npos) {
+    return FileFault{zero, "a zero byte; allowed: text in UTF-8"};
+  }
+  const std::size_t begin = text.find_first_not_of(" \t\r\n", text.starts_with("\xEF\xBB\xBF") ? 3 : 0);
+  if (begin != std::string_view::npos && text[begin] != '<') {
+    return FileFault{begin, "not XML, the file begins with " + Quote(text.substr(begin)) + "; allowed: XML 1.0 in UTF-8"};
+  }
+  return std::nullopt;
+}
+
+FileFault DescribeSyntaxError(int code, std::string_view text, std::size_t offset, std::string_view open_element) {
+  const std::string_view rest = text.substr(std::min(offset, text.size()));
+  if (code == XML_ERROR_NO_ELEMENTS) return {offset, MissingEnd(open_element)};
+  if (code == XML_ERROR_UNDEFINED_ENTITY) return UndefinedEntity(text, offset);
+  if (code == XML_ERROR_INVALID_TOKEN && !rest.empty() && Utf8Length(rest) == 0) {
+    return {offset, "byte " + HexByte(rest.front()) + " is not UTF-8; allowed: UTF-8"};
+  }
+  const auto known = std::ranges::find(kSyntaxTexts, code, &SyntaxText::code);
+  if (known != std::end(kSyntaxTexts)) return {offset, known->text};
+  const char* described = XML_ErrorString(static_cast<XML_Error>(code));
+  return {offset, std::string(described == nullptr ? "syntax error" : described) + "; allowed: XML 1.0 in UTF-8"};
+}
+
+bool IsAllowedEncoding(std::string_view name) {
+  const auto is = [name](std::string_view other) { return std::ranges::equal(name, other, {}, Upper); };
+  return is("UTF-8") || is("US-ASCII");
+}
+
+}  // namespace qmx

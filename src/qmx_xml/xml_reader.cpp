@@ -1,0 +1,116 @@
+// Reads the text form of a schema library: the events of expat, the only part that knows the parser.
+#include <expat.h>
+
+#include <memory>
+
+#include "qmx/qmx_xml.h"
+#include "qmx/quote.h"
+#include "qmx_xml/error_list.h"
+#include "qmx_xml/schema_handler.h"
+#include "qmx_xml/xml_faults.h"
+
+namespace qmx {
+namespace {
+
+class XmlReader {
+ public:
+  explicit XmlReader(std::string_view text) : text_(text), parser_(XML_ParserCreate("UTF-8")), handler_(text, errors_) {}
+
+  ReadResult Run() {
+    ReadResult result;
+    if (const auto fault = FindFileFault(text_)) {
+      errors_.Add(fault->offset, fault->text);
+    } else if (Parse()) {
+      result.schema = handler_.Finish();
+    }
+    result.errors = errors_.Locate(text_);
+    return result;
+  }
+
+ private:
+  struct ParserDeleter {
+    void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
+  };
+
+  // False if the reading ended early.
+  bool Parse() {
+    if (parser_ == nullptr) {
+      errors_.Add(0, "out of memory; allowed: files that fit into memory");
+      return false;
+    }
+    XML_SetUserData(parser_.get(), this);
+    XML_SetElementHandler(parser_.get(), OnStart, OnEnd);
+    XML_SetCharacterDataHandler(parser_.get(), OnText);
+    XML_SetXmlDeclHandler(parser_.get(), OnXmlDeclaration);
+    XML_SetStartDoctypeDeclHandler(parser_.get(), OnDoctype);
+    // All in one piece: expat would scan a long tag again for each piece of it. kMaxFileBytes fits its int.
+    if (XML_Parse(parser_.get(), text_.data(), static_cast<int>(text_.size()), XML_TRUE) == XML_STATUS_OK) return !is_stopped_;
+    if (!is_stopped_) {
+      const FileFault fault = DescribeSyntaxError(XML_GetErrorCode(parser_.get()), text_, Offset(), handler_.InnermostOpen());
+      errors_.Add(fault.offset, fault.text);
+    }
+    return false;
+  }
+
+  // Place of the current event; the end of the file if the parser has none.
+  std::size_t Offset() const {
+    const XML_Index index = XML_GetCurrentByteIndex(parser_.get());
+    return index < 0 ? text_.size() : static_cast<std::size_t>(index);
+  }
+
+  void Stop() {
+    is_stopped_ = true;
+    XML_StopParser(parser_.get(), XML_FALSE);
+  }
+
+  static XmlReader& Self(void* self) { return *static_cast<XmlReader*>(self); }
+
+  static void OnStart(void* self, const char* name, const char** attributes) {
+    XmlReader& reader = Self(self);
+    if (reader.is_stopped_) return;
+    reader.handler_.OnStart(name, attributes, reader.Offset());
+    if (reader.errors_.IsFull()) reader.Stop();
+  }
+
+  static void OnEnd(void* self, const char*) {
+    XmlReader& reader = Self(self);
+    if (reader.is_stopped_) return;
+    reader.handler_.OnEnd();
+    if (reader.errors_.IsFull()) reader.Stop();
+  }
+
+  static void OnText(void* self, const char* piece, int size) {
+    XmlReader& reader = Self(self);
+    if (reader.is_stopped_) return;
+    reader.handler_.OnText({piece, static_cast<std::size_t>(size)}, reader.Offset());
+    if (reader.errors_.IsFull()) reader.Stop();
+  }
+
+  static void OnXmlDeclaration(void* self, const char*, const char* encoding, int) {
+    XmlReader& reader = Self(self);
+    if (encoding == nullptr || IsAllowedEncoding(encoding)) return;
+    const std::size_t declaration = reader.Offset();
+    const auto value = FindAttributeValue(reader.text_, declaration, "encoding");
+    reader.errors_.Add(value ? value->begin : declaration, "encoding " + Quote(encoding) + "; allowed: UTF-8, US-ASCII");
+    reader.Stop();
+  }
+
+  static void OnDoctype(void* self, const char*, const char*, const char*, int) {
+    XmlReader& reader = Self(self);
+    const std::size_t begin = reader.text_.rfind("<!DOCTYPE", reader.Offset());
+    reader.errors_.Add(begin == std::string_view::npos ? 0 : begin, "a document type (DTD); allowed: none");
+    reader.Stop();
+  }
+
+  std::string_view text_;
+  std::unique_ptr<XML_ParserStruct, ParserDeleter> parser_;
+  ErrorList errors_;
+  SchemaHandler handler_;
+  bool is_stopped_ = false;
+};
+
+}  // namespace
+
+ReadResult ReadXml(std::string_view text) { return XmlReader(text).Run(); }
+
+}  // namespace qmx
