@@ -1,0 +1,184 @@
+// Categories over spdlog, which is seen only here: it stamps the time, takes turns between threads, decides when to flush and
+// keeps what goes wrong away from the caller. Which bytes make up a line is record_line.cpp's. Held by
+// tests/vesk/log_category_test.cpp.
+#include "vesk/log_category.h"
+
+#include <spdlog/logger.h>
+#include <spdlog/pattern_formatter.h>
+#include <spdlog/sinks/base_sink.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <exception>
+#include <mutex>
+#include <utility>
+
+#include "vesk/record_line.h"
+
+namespace vesk {
+namespace {
+
+constexpr char kTextPattern[] = "%Y-%m-%dT%H:%M:%S.%eZ %v";
+constexpr char kJsonPattern[] = "{\"time\":\"%Y-%m-%dT%H:%M:%S.%eZ\",%v}";
+
+std::string ErrorText(int error) { return std::system_category().message(error); }
+
+// Lines into a stream that is already open. spdlog's own file sinks make missing directories, and those for standard error pass
+// over failures. The exceptions end in the logger.
+class StreamSink final : public spdlog::sinks::base_sink<std::mutex> {
+ public:
+  explicit StreamSink(std::FILE* stream) : stream_(stream) {}
+  ~StreamSink() override { static_cast<void>(Close()); }
+  StreamSink(const StreamSink&) = delete;
+  StreamSink& operator=(const StreamSink&) = delete;
+
+  // 0, or the errno of what could not be written out.
+  int Close() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    std::FILE* stream = std::exchange(stream_, nullptr);
+    if (stream == nullptr) return 0;
+    const int result = stream == stderr ? std::fflush(stream) : std::fclose(stream);
+    return result == 0 ? 0 : errno;
+  }
+
+ protected:
+  void sink_it_(const spdlog::details::log_msg& message) override {
+    if (stream_ == nullptr) return;
+    spdlog::memory_buf_t line;
+    formatter_->format(message, line);
+    if (std::fwrite(line.data(), 1, line.size(), stream_) != line.size()) ThrowWriteFailure();
+  }
+
+  void flush_() override {
+    if (stream_ != nullptr && std::fflush(stream_) != 0) ThrowWriteFailure();
+  }
+
+ private:
+  [[noreturn]] static void ThrowWriteFailure() { spdlog::throw_spdlog_ex(ErrorText(errno)); }
+
+  std::FILE* stream_;  // null once closed
+};
+
+class FirstFailure {
+ public:
+  void Note(const std::string& reason) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (text_.empty()) text_ = "cannot write the log: " + reason;
+  }
+
+  std::string Text() const {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return text_;
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  std::string text_;
+};
+
+// The message whole, however long it is.
+std::string FormatMessage(const char* format, va_list arguments) {
+  va_list again;
+  va_copy(again, arguments);
+  char first_try[1024];
+  const int length = std::vsnprintf(first_try, sizeof(first_try), format, arguments);
+  std::string message = "(a message that cannot be formatted)";
+  if (length >= 0) {
+    message.resize(static_cast<std::size_t>(length));
+    std::vsnprintf(message.data(), message.size() + 1, format, again);
+  }
+  va_end(again);
+  return message;
+}
+
+std::string_view TextOrEmpty(const char* text) { return text == nullptr ? std::string_view() : std::string_view(text); }
+
+Record MakeRecord(const tagVeskEvent& event, std::string_view message) {
+  Record record;
+  record.priority = event.evt_priority;
+  record.message = message;
+  if (const vesk_loc_info_t* location = event.evt_loc) {
+    record.file = TextOrEmpty(location->loc_file);
+    record.line = location->loc_line;
+    record.function = TextOrEmpty(location->loc_function);
+  }
+  return record;
+}
+
+}  // namespace
+
+// What a handle points to: the record of the interface first, the rest behind it.
+struct LogCategory::Instance : VESKCATEGORYINST {
+  Instance(const LogSettings& settings, std::FILE* stream)
+      : VESKCATEGORYINST{nullptr, nullptr},
+        format(settings.format),
+        gravest(settings.gravest.value_or(0)),
+        least_grave(settings.least_grave.value_or(0)),
+        sink(std::make_shared<StreamSink>(stream)),
+        logger(std::string(), sink) {
+    if (settings.gravest) piPriorityHigh = &gravest;
+    if (settings.least_grave) piPriorityLow = &least_grave;
+    logger.set_level(spdlog::level::trace);
+    logger.flush_on(spdlog::level::err);
+    logger.set_pattern(format == LineFormat::kJson ? kJsonPattern : kTextPattern, spdlog::pattern_time_type::utc);
+    logger.set_error_handler([this](const std::string& reason) { failure.Note(reason); });
+  }
+
+  bool CanWrite(int priority) const {
+    const bool grave_enough = piPriorityLow == nullptr || *piPriorityLow == -1 || *piPriorityLow >= priority;
+    return open && grave_enough && (piPriorityHigh == nullptr || *piPriorityHigh <= priority);
+  }
+
+  void Write(const Record& record) {
+    // spdlog's level decides about flushing alone: the checker's priorities are finer, and stand in the line.
+    const auto level = record.priority <= VESK_PRIORITY_ERROR ? spdlog::level::err : spdlog::level::info;
+    logger.log(level, format == LineFormat::kJson ? JsonMembers(record) : TextLine(record));
+  }
+
+  LineFormat format;
+  int gravest;
+  int least_grave;
+  std::shared_ptr<StreamSink> sink;
+  spdlog::logger logger;
+  FirstFailure failure;
+  std::atomic<bool> open{true};
+};
+
+std::unique_ptr<LogCategory> LogCategory::Open(const LogSettings& settings, std::string& error) {
+  // "e": programs started from here do not inherit the file.
+  std::FILE* stream = settings.file ? std::fopen(settings.file->c_str(), "ae") : stderr;
+  if (stream == nullptr) {
+    error = "cannot open the log '" + *settings.file + "': " + ErrorText(errno);
+    return nullptr;
+  }
+  return std::unique_ptr<LogCategory>(new LogCategory(std::make_unique<Instance>(settings, stream)));
+}
+
+LogCategory::LogCategory(std::unique_ptr<Instance> instance) : instance_(std::move(instance)) {}
+LogCategory::~LogCategory() = default;
+
+LPVESKCATEGORYINST LogCategory::handle() { return instance_.get(); }
+
+void LogCategory::Close() {
+  instance_->open = false;
+  if (const int error = instance_->sink->Close()) instance_->failure.Note(ErrorText(error));
+}
+
+std::string LogCategory::WriteFailure() const { return instance_->failure.Text(); }
+
+}  // namespace vesk
+
+int vesk_category_can_write(LPVESKCATEGORYINST category, int priority, int /*id*/, int /*cls*/) {
+  return category != nullptr && static_cast<vesk::LogCategory::Instance*>(category)->CanWrite(priority) ? 1 : 0;
+}
+
+void vesk_category_logv(LPVESKCATEGORYINST category, const tagVeskEvent* event, const char* format, va_list arguments) {
+  if (category == nullptr || event == nullptr || format == nullptr) return;
+  auto* instance = static_cast<vesk::LogCategory::Instance*>(category);
+  try {
+    instance->Write(vesk::MakeRecord(*event, vesk::FormatMessage(format, arguments)));
+  } catch (const std::exception& failure) {
+    instance->failure.Note(failure.what());
+  }
+}
