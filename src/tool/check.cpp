@@ -1,0 +1,37 @@
+// check: may the tables of OLD become those of NEW? Held by tests/tool/check_test.cpp.
+#include "tool/command.h"
+#include "tool/judge.h"
+
+namespace korvel::tool {
+namespace {
+
+TableResult NewTable(const Pair& pair, const std::string& table) {
+  TableResult result;
+  result.table = table;
+  result.status = Status::kNew;
+  result.place = PlaceOf(pair.second, table);
+  return result;
+}
+
+Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
+  const std::vector<Input> inputs = LoadInputs(options.inputs);
+  const Pair pair{inputs[0], inputs[1]};
+  const Selection selection = SelectTables(pair, options.tables);
+  Report report = StartReport(command, inputs);
+  for (const std::string& table : selection.compared) {
+    report.tables.push_back(JudgeChange(pair, table, options.given, log));
+  }
+  for (const std::string& table : selection.added) report.tables.push_back(NewTable(pair, table));
+  return report;
+}
+
+}  // namespace
+
+const Command kCheckCommand{"check",
+                            "is this change of a schema allowed?",
+                            {"OLD", "old"},
+                            {"NEW", "new"},
+                            kTableOption | kCreatedAsOption | kSettingOptions,
+                            Run};
+
+}  // namespace korvel::tool

@@ -1,0 +1,31 @@
+// The list of commands.
+#include "tool/command.h"
+
+#include <cstddef>
+
+namespace korvel::tool {
+
+std::span<const Command* const> Commands() {
+  static constexpr const Command* kCommands[] = {&kCheckCommand, &kCompatCommand,   &kValuesCommand,
+                                                 &kSameCommand,  &kSortlistCommand, &kLintCommand};
+  return kCommands;
+}
+
+const Command* FindCommand(std::string_view name) {
+  for (const Command* command : Commands()) {
+    if (name == command->name) return command;
+  }
+  return nullptr;
+}
+
+Report StartReport(const Command& command, const std::vector<Input>& inputs) {
+  Report report;
+  report.command = command.name;
+  const bool pair = command.second.role != nullptr;
+  for (std::size_t i = 0; i < inputs.size(); ++i) {
+    report.inputs.push_back({pair && i == 1 ? command.second.role : command.first.role, inputs[i].name});
+  }
+  return report;
+}
+
+}  // namespace korvel::tool

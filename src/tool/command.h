@@ -1,0 +1,55 @@
+// The commands of the program, each in a file of its own.
+#pragma once
+
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "tool/options.h"
+#include "tool/report.h"
+
+namespace korvel::tool {
+
+// Which options a command takes beside those of output and log.
+enum OptionSet : unsigned {
+  kTableOption = 1,      // --table
+  kDstTableOption = 2,   // --dst-table
+  kCreatedAsOption = 4,  // --created-as
+  kSettingOptions = 8,   // the other settings of a table
+};
+
+// What help and reports call an input file.
+struct InputName {
+  const char* argument;  // "OLD"
+  const char* role;      // "old"
+};
+
+inline constexpr InputName kNoInput{nullptr, nullptr};
+
+struct Command {
+  const char* name;
+  const char* summary;
+  InputName first;
+  InputName second;  // kNoInput: any number of files like the first
+  unsigned options;  // OptionSet, joined
+  // Throws CannotAsk. `log` is never null.
+  Report (*run)(const Command& command, const Options& options, LPVESKCATEGORYINST log);
+};
+
+extern const Command kCheckCommand;
+extern const Command kCompatCommand;
+extern const Command kValuesCommand;
+extern const Command kSameCommand;
+extern const Command kSortlistCommand;
+extern const Command kLintCommand;
+
+// In the order in which help shows them.
+std::span<const Command* const> Commands();
+
+// Null for an unknown name.
+const Command* FindCommand(std::string_view name);
+
+// A report of the command without tables yet, about the files read.
+Report StartReport(const Command& command, const std::vector<Input>& inputs);
+
+}  // namespace korvel::tool

@@ -1,0 +1,26 @@
+// compat: can records written under OLD be read under NEW? Held by tests/tool/pair_commands_test.cpp.
+#include "tool/command.h"
+#include "tool/judge.h"
+
+namespace korvel::tool {
+namespace {
+
+Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
+  const std::vector<Input> inputs = LoadInputs(options.inputs);
+  const Pair pair{inputs[0], inputs[1]};
+  Report report = StartReport(command, inputs);
+  for (const std::string& table : SelectFromFirst(pair, options.tables)) {
+    report.tables.push_back(Judge(pair, {table, table}, [&](ModifyTable& checker) {
+      return checker.CheckTableMetaCompatible(pair.first.Library(), pair.second.Library(), table.c_str(), log);
+    }));
+  }
+  return report;
+}
+
+}  // namespace
+
+const Command kCompatCommand{"compat",       "can records written under the old schema be read under the new one?",
+                             {"OLD", "old"}, {"NEW", "new"},
+                             kTableOption,   Run};
+
+}  // namespace korvel::tool

@@ -1,0 +1,34 @@
+// Asks the checker and notes its answer. No rule is decided here. Held by tests/tool/check_test.cpp.
+#include "tool/judge.h"
+
+#include "common/refusals.h"
+
+namespace korvel::tool {
+
+TableResult Judge(const Pair& pair, const TableNames& table, const std::function<int(ModifyTable&)>& ask) {
+  TableResult result;
+  result.table = table.first;
+  const bool in_second = pair.second.HasMeta(table.second);
+  result.place = in_second ? PlaceOf(pair.second, table.second) : PlaceOf(pair.first, table.first);
+  ModifyTable checker;
+  result.code = ask(checker);
+  result.status = result.code == 0 ? Status::kAllowed : Status::kRefused;
+  if (result.status == Status::kAllowed) return result;
+  result.gone = !in_second;
+  result.text = checker.GetErrType();
+  if (const RefusalRow* row = Identify(result.text)) result.rule = row->id;
+  return result;
+}
+
+TableResult JudgeChange(const Pair& pair, const std::string& table, const Settings& given, LPVESKCATEGORYINST log) {
+  const Settings settings = ResolveSettings(given, pair.first, table);
+  TableResult result = Judge(pair, {table, table}, [&](ModifyTable& checker) {
+    return checker.KorvelModifyTable(pair.first.Library(), pair.second.Library(), table.c_str(), *settings.type,
+                                     *settings.created_as, log, *settings.server_version, *settings.whitelist,
+                                     *settings.list_num);
+  });
+  result.settings = settings;
+  return result;
+}
+
+}  // namespace korvel::tool

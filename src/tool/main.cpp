@@ -1,0 +1,123 @@
+// korvelcheck: finds the command, runs it, writes its report and turns what happened into the exit code.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <exception>
+#include <memory>
+#include <new>
+#include <stdexcept>
+
+#include "qmx/did_you_mean.h"
+#include "qmx/quote.h"
+#include "tool/cannot_ask.h"
+#include "tool/command.h"
+#include "tool/file_descriptor.h"
+#include "tool/output.h"
+#include "tool/render.h"
+#include "vesk/log_category.h"
+
+namespace korvel::tool {
+namespace {
+
+// Part of the interface: scripts depend on them.
+enum ExitCode : int { kAllAllowed = 0, kSomeRefused = 1, kNotAsked = 2, kFault = 3 };
+
+void PrintErrors(const std::vector<std::string>& lines) {
+  std::string text;
+  for (const std::string& line : lines) text += line + "\n";
+  static_cast<void>(WriteAll(STDERR_FILENO, text));  // there is nowhere left to complain
+}
+
+// Takes the numbers of closed standard streams, the wrong way round: using such a stream stays an error, and no file that is
+// opened later gets its number.
+void OccupyClosedStreams() {
+  for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (::fcntl(fd, F_GETFD) == -1) static_cast<void>(::open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+  }
+}
+
+std::string Help() {
+  std::string text =
+      "korvelcheck: may the tables of the Korvel store go from an old schema to a new one?\n\n"
+      "Usage: korvelcheck COMMAND [OPTIONS] FILES\n\nCommands:\n";
+  for (const Command* command : Commands()) {
+    const std::string name = command->name;
+    text += "  " + name + std::string(10 - name.size(), ' ') + command->summary + "\n";
+  }
+  return text +
+         "\n'korvelcheck COMMAND --help' lists a command's options; 'korvelcheck --version' tells the version.\n"
+         "Exit codes: 0 all allowed, 1 something refused, 2 the question could not be asked, 3 internal fault.\n";
+}
+
+[[noreturn]] void RefuseCommand(const std::string& name) {
+  std::vector<std::string_view> known;
+  for (const Command* command : Commands()) known.emplace_back(command->name);
+  throw CannotAsk{{Said("unknown command " + qmx::Quote(name) + qmx::DidYouMean(name, known)), "Try 'korvelcheck --help'."}};
+}
+
+// Without --log, a category whose bound lets nothing through: field lengths cannot be checked without a category.
+std::unique_ptr<vesk::LogCategory> OpenLog(const std::optional<vesk::LogSettings>& wanted) {
+  vesk::LogSettings closed;
+  closed.least_grave = 0;
+  std::string error;
+  std::unique_ptr<vesk::LogCategory> log = vesk::LogCategory::Open(wanted.value_or(closed), error);
+  if (log == nullptr) throw CannotAsk{{Said(error)}};
+  return log;
+}
+
+void Write(const Report& report, const Options& options) {
+  const std::string text = options.json ? RenderJson(report) : RenderText(report, !options.output && CanColour());
+  options.output ? WriteFile(*options.output, text) : WriteStandardOutput(text);
+}
+
+int RunCommand(const Command& command, const std::vector<std::string>& arguments) {
+  std::string help;
+  const std::optional<Options> options = ParseOptions(command, arguments, help);
+  if (!options) {
+    WriteStandardOutput(help);
+    return kAllAllowed;
+  }
+  const std::unique_ptr<vesk::LogCategory> log = OpenLog(options->log);
+  const Report report = command.run(command, *options, log->handle());
+  log->Close();
+  Write(report, *options);
+  if (const std::string failure = log->WriteFailure(); !failure.empty()) throw std::runtime_error(failure);
+  return Summarize(report).refused == 0 ? kAllAllowed : kSomeRefused;
+}
+
+int Run(const std::vector<std::string>& arguments) {
+  if (arguments.empty()) throw CannotAsk{{Said("a command is missing"), "Try 'korvelcheck --help'."}};
+  const std::string& first = arguments.front();
+  if (first == "--help" || first == "-h") {
+    WriteStandardOutput(Help());
+  } else if (first == "--version") {
+    WriteStandardOutput("korvelcheck " KORVEL_VERSION "\n");
+  } else {
+    const Command* const command = FindCommand(first);
+    if (command == nullptr) RefuseCommand(first);
+    return RunCommand(*command, {arguments.begin() + 1, arguments.end()});
+  }
+  return kAllAllowed;
+}
+
+}  // namespace
+}  // namespace korvel::tool
+
+int main(int argc, char** argv) {
+  using namespace korvel::tool;
+  std::signal(SIGPIPE, SIG_IGN);
+  OccupyClosedStreams();
+  try {
+    return Run({argv + (argc > 0 ? 1 : 0), argv + argc});
+  } catch (const CannotAsk& reason) {
+    PrintErrors(reason.lines);
+    return kNotAsked;
+  } catch (const std::bad_alloc&) {
+    PrintErrors({Said("out of memory")});
+    return kFault;
+  } catch (const std::exception& fault) {
+    PrintErrors({Said(fault.what())});
+    return kFault;
+  }
+}

@@ -1,0 +1,190 @@
+// Command lines, through CLI11, which is seen only here. Held by tests/tool/usage_test.cpp.
+#include "tool/options.h"
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <algorithm>
+#include <charconv>
+#include <string_view>
+
+#include "qmx/did_you_mean.h"
+#include "qmx/quote.h"
+#include "tool/cannot_ask.h"
+#include "tool/choice.h"
+#include "tool/command.h"
+#include "tool/one_line.h"
+
+namespace korvel::tool {
+namespace {
+
+constexpr Choice kReportFormats[] = {{"text", 0}, {"json", 1}};
+constexpr Choice kLogFormats[] = {{"text", static_cast<int>(vesk::LineFormat::kText)},
+                                  {"json", static_cast<int>(vesk::LineFormat::kJson)}};
+constexpr Choice kLogLevels[] = {{"error", VESK_PRIORITY_ERROR}, {"warn", VESK_PRIORITY_WARN}, {"info", VESK_PRIORITY_INFO}};
+
+[[noreturn]] void RefuseValue(const std::string& option, const std::string& value, const std::string& allowed) {
+  throw CLI::ValidationError(option, qmx::Quote(value) + " is not allowed; allowed: " + allowed);
+}
+
+// An option that takes one of several words; `set` gets the word's code.
+template <class Set>
+CLI::Option* AddChoice(CLI::App& app, const std::string& option, std::span<const Choice> choices, const std::string& description,
+                       Set set) {
+  const auto take = [option, choices, set](const std::string& value) {
+    const std::optional<int> code = CodeOf(choices, value);
+    if (!code) RefuseValue(option, value, NamesOf(choices));
+    set(*code);
+  };
+  return app.add_option_function<std::string>(option, take, description)->type_name(NamesOf(choices));
+}
+
+// Whether `text` is numbers joined by dots.
+bool IsVersion(std::string_view text) {
+  bool number = false;  // the byte before was a digit
+  for (const char c : text) {
+    const bool digit = c >= '0' && c <= '9';
+    if (!digit && !(c == '.' && number)) return false;
+    number = digit;
+  }
+  return number;
+}
+
+std::optional<int> ParseCount(std::string_view text) {
+  int value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size() || value < 0) return std::nullopt;
+  return value;
+}
+
+void AddSettings(CLI::App& app, Settings& given) {
+  AddChoice(app, "--type", kTableTypes, "kind of the table; default: as the old schema's attributes say, else generic",
+            [&given](int code) { given.type = code; });
+  const auto take_version = [&given](const std::string& value) {
+    if (!IsVersion(value)) RefuseValue("--server-version", value, "numbers joined by dots, like 3.29.0");
+    given.server_version = value;
+  };
+  app.add_option_function<std::string>("--server-version", take_version,
+                                       "oldest server that runs the table; without it field lengths are not checked")
+      ->type_name("VERSION");
+  app.add_option("--whitelist", given.whitelist, "fields that may exceed the length limit, joined by ';'")->type_name("A;B");
+  const auto take_list_num = [&given](const std::string& value) {
+    given.list_num = ParseCount(value);
+    if (!given.list_num) RefuseValue("--list-num", value, "0 to 2147483647");
+  };
+  app.add_option_function<std::string>("--list-num", take_list_num,
+                                       "list length on the server; default: as the old schema's attributes say, else 0")
+      ->type_name("N");
+}
+
+void AddTableOptions(CLI::App& app, const Command& command, Options& options) {
+  if ((command.options & kTableOption) != 0) {
+    app.add_option("--table", options.tables, "compare this table only; may be given again; default: all")
+        ->type_name("NAME")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->allow_extra_args(false);
+  }
+  if ((command.options & kDstTableOption) != 0) {
+    app.add_option("--dst-table", options.dst_table, "the table's name in DST, for one --table; default: the same")
+        ->type_name("NAME")
+        ->needs("--table");
+  }
+  if ((command.options & kCreatedAsOption) != 0) {
+    AddChoice(app, "--created-as", kProtocols, "protocol the table was created in; default: as the first schema says, else qmx",
+              [&options](int code) { options.given.created_as = code; });
+  }
+  if ((command.options & kSettingOptions) != 0) AddSettings(app, options.given);
+}
+
+void AddOutputOptions(CLI::App& app, Options& options, vesk::LogSettings& log) {
+  AddChoice(app, "--format", kReportFormats, "form of the report; default: text",
+            [&options](int code) { options.json = code == 1; });
+  app.add_option("-o,--output", options.output, "write the report to FILE, whole or not at all; '-' or default: standard output")
+      ->type_name("FILE");
+  const auto take_log = [&options, &log](const std::string& value) {
+    options.log.emplace();
+    if (value != "-") log.file = value;
+  };
+  CLI::Option* const log_option =
+      app.add_option_function<std::string>("--log", take_log, "append the checker's log to FILE; '-': standard error")
+          ->type_name("FILE");
+  AddChoice(app, "--log-format", kLogFormats, "form of log lines; default: text", [&log](int code) {
+    log.format = static_cast<vesk::LineFormat>(code);
+  })->needs(log_option);
+  AddChoice(app, "--log-level", kLogLevels, "least grave level to log; default: info", [&log](int code) {
+    log.least_grave = code;
+  })->needs(log_option);
+}
+
+void AddInputs(CLI::App& app, const Command& command, Options& options) {
+  const bool pair = command.second.argument != nullptr;
+  if (!pair) {
+    app.add_option(command.first.argument, options.inputs, "schema files; '-': standard input")->required()->type_name("");
+    return;
+  }
+  options.inputs.resize(2);
+  app.add_option(command.first.argument, options.inputs[0], "schema file; '-': standard input")->required()->type_name("");
+  app.add_option(command.second.argument, options.inputs[1], "schema file; '-': standard input")->required()->type_name("");
+}
+
+std::string LikeOption(const CLI::App& app, const std::string& word) {
+  std::vector<std::string> names;
+  for (const CLI::Option* option : app.get_options()) {
+    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+  }
+  return qmx::DidYouMean(word, std::vector<std::string_view>(names.begin(), names.end()));
+}
+
+// What to say about arguments that fit no option; empty if there are none. An unknown option explains more than what it hides.
+std::string AboutLeftOver(const CLI::App& app) {
+  const std::vector<std::string> left = app.remaining();
+  const auto is_option = [](const std::string& argument) { return argument.size() > 1 && argument.front() == '-'; };
+  const auto found = std::find_if(left.begin(), left.end(), is_option);
+  if (found == left.end()) return left.empty() ? "" : "unexpected argument " + qmx::Quote(left.front());
+  const std::string name = found->substr(0, found->find('='));
+  return "unknown option " + qmx::Quote(name) + LikeOption(app, name);
+}
+
+[[noreturn]] void RefuseUsage(const Command& command, const std::string& what) {
+  const std::string name = command.name;
+  throw CannotAsk{{Said(name + ": " + OneLine(what)), "Try 'korvelcheck " + name + " --help'."}};
+}
+
+void Parse(CLI::App& app, const Command& command, const std::vector<std::string>& arguments) {
+  try {
+    app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+  } catch (const CLI::CallForHelp&) {
+    throw;
+  } catch (const CLI::ParseError& error) {
+    const std::string left_over = AboutLeftOver(app);
+    RefuseUsage(command, left_over.empty() ? error.what() : left_over);
+  }
+}
+
+}  // namespace
+
+std::optional<Options> ParseOptions(const Command& command, const std::vector<std::string>& arguments, std::string& help) {
+  Options options;
+  vesk::LogSettings log;
+  log.least_grave = VESK_PRIORITY_INFO;
+  CLI::App app(command.summary, std::string("korvelcheck ") + command.name);
+  AddInputs(app, command, options);
+  AddTableOptions(app, command, options);
+  AddOutputOptions(app, options, log);
+  try {
+    Parse(app, command, arguments);
+  } catch (const CLI::CallForHelp&) {
+    help = app.help();
+    return std::nullopt;
+  }
+  if (!options.dst_table.empty() && options.tables.size() != 1) RefuseUsage(command, "--dst-table goes with one --table");
+  if (std::count(options.inputs.begin(), options.inputs.end(), "-") > 1) {
+    RefuseUsage(command, "'-' (standard input) is given twice; allowed: once");
+  }
+  if (options.output == "-") options.output.reset();
+  if (options.log) options.log = log;
+  return options;
+}
+
+}  // namespace korvel::tool

@@ -1,0 +1,29 @@
+// The options of a call.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tool/settings.h"
+#include "vesk/log_category.h"
+
+namespace korvel::tool {
+
+struct Command;
+
+struct Options {
+  std::vector<std::string> inputs;  // paths, "-" = standard input
+  std::vector<std::string> tables;  // --table; empty = all
+  std::string dst_table;            // --dst-table; empty = as --table
+  Settings given;
+  bool json = false;
+  std::optional<std::string> output;  // absent = standard output
+  std::optional<vesk::LogSettings> log;
+};
+
+// Reads the arguments behind the command's name. Returns nullopt, and the text in `help`, when help is asked for.
+// Throws CannotAsk for wrong usage.
+std::optional<Options> ParseOptions(const Command& command, const std::vector<std::string>& arguments, std::string& help);
+
+}  // namespace korvel::tool

@@ -1,0 +1,29 @@
+// same: have the tables of SRC and DST the same set of fields? Held by tests/tool/pair_commands_test.cpp.
+#include "qmx/qmx_metalib_kernel.h"
+#include "tool/command.h"
+#include "tool/judge.h"
+
+namespace korvel::tool {
+namespace {
+
+Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
+  const std::vector<Input> inputs = LoadInputs(options.inputs);
+  const Pair pair{inputs[0], inputs[1]};
+  const std::vector<std::string> tables = SelectFromFirst(pair, options.tables);
+  RequireTables(pair.second, tables);
+  Report report = StartReport(command, inputs);
+  for (const std::string& table : tables) {
+    report.tables.push_back(Judge(pair, {table, table}, [&](ModifyTable& checker) {
+      return checker.CompareTableField(qmx_get_meta_by_name(pair.first.Library(), table.c_str()),
+                                       qmx_get_meta_by_name(pair.second.Library(), table.c_str()), log);
+    }));
+  }
+  return report;
+}
+
+}  // namespace
+
+const Command kSameCommand{
+    "same", "have two schemas the same set of fields?", {"SRC", "source"}, {"DST", "destination"}, kTableOption, Run};
+
+}  // namespace korvel::tool

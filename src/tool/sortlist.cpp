@@ -1,0 +1,36 @@
+// sortlist: does DST keep the sort fields of SRC? Held by tests/tool/pair_commands_test.cpp.
+#include "tool/command.h"
+#include "tool/judge.h"
+
+namespace korvel::tool {
+namespace {
+
+TableNames NamesOf(const std::string& table, const Options& options) {
+  return {table, options.dst_table.empty() ? table : options.dst_table};
+}
+
+Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
+  const std::vector<Input> inputs = LoadInputs(options.inputs);
+  const Pair pair{inputs[0], inputs[1]};
+  if (!options.dst_table.empty()) RequireTables(pair.second, {options.dst_table});
+  Report report = StartReport(command, inputs);
+  for (const std::string& table : SelectFromFirst(pair, options.tables)) {
+    const TableNames names = NamesOf(table, options);
+    report.tables.push_back(Judge(pair, names, [&](ModifyTable& checker) {
+      return checker.CompareSortListInfo(names.first.c_str(), names.second.c_str(), pair.first.Library(), pair.second.Library(),
+                                         log);
+    }));
+  }
+  return report;
+}
+
+}  // namespace
+
+const Command kSortlistCommand{"sortlist",
+                               "does the destination keep the sort fields of the source?",
+                               {"SRC", "source"},
+                               {"DST", "destination"},
+                               kTableOption | kDstTableOption,
+                               Run};
+
+}  // namespace korvel::tool

@@ -1,0 +1,40 @@
+// values: do the fields of SRC and DST fit, by the rules of their protocols? Held by tests/tool/pair_commands_test.cpp.
+#include "qmx/qmx_metalib_kernel.h"
+#include "tool/command.h"
+#include "tool/judge.h"
+
+namespace korvel::tool {
+namespace {
+
+TableResult JudgeValues(const Pair& pair, const std::string& table, const Settings& given, LPVESKCATEGORYINST log) {
+  const int created_as = *ResolveSettings(given, pair.first, table).created_as;
+  const LPQMXMETALIB source = pair.first.Library();
+  const LPQMXMETALIB destination = pair.second.Library();
+  TableResult result = Judge(pair, {table, table}, [&](ModifyTable& checker) {
+    return checker.CompareValue(qmx_get_meta_by_name(source, table.c_str()), qmx_get_meta_by_name(destination, table.c_str()),
+                                source, destination, created_as, log);
+  });
+  result.settings.created_as = created_as;
+  return result;
+}
+
+Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
+  const std::vector<Input> inputs = LoadInputs(options.inputs);
+  const Pair pair{inputs[0], inputs[1]};
+  const std::vector<std::string> tables = SelectFromFirst(pair, options.tables);
+  RequireTables(pair.second, tables);
+  Report report = StartReport(command, inputs);
+  for (const std::string& table : tables) report.tables.push_back(JudgeValues(pair, table, options.given, log));
+  return report;
+}
+
+}  // namespace
+
+const Command kValuesCommand{"values",
+                             "do the fields of two schemas fit, by the rules of their protocols?",
+                             {"SRC", "source"},
+                             {"DST", "destination"},
+                             kTableOption | kCreatedAsOption,
+                             Run};
+
+}  // namespace korvel::tool
