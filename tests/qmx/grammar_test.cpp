@@ -1,0 +1,198 @@
+// The grammar docs/qmx.rng and the reader give the same verdict on the same files. What a grammar of this kind cannot say is
+// listed as such: there the reader refuses and the grammar does not.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "qmx/qmx_xml.h"
+
+namespace {
+
+struct Case {
+  std::string name;
+  std::string xml;
+};
+
+std::ostream& operator<<(std::ostream& out, const Case& test) { return out << test.name << ": " << test.xml; }
+
+bool ReaderAccepts(const std::string& xml) { return qmx::ReadXml(xml).schema.has_value(); }
+
+bool GrammarAccepts(const std::string& name, const std::string& xml) {
+  const auto path =
+      std::filesystem::temp_directory_path() / ("qmx_grammar_test_" + name + "_" + std::to_string(getpid()) + ".xml");
+  std::ofstream(path, std::ios::binary) << xml;
+  const std::string command = std::string("'") + KORVEL_XMLLINT + "' --noout --nonet --relaxng '" + KORVEL_GRAMMAR + "' '" +
+                              path.string() + "' >/dev/null 2>&1";
+  const int status = std::system(command.c_str());
+  std::filesystem::remove(path);
+  const int code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  // 1: not well-formed, 3: not valid. Anything else says nothing of the file.
+  EXPECT_TRUE(code == 0 || code == 1 || code == 3) << "xmllint ended with " << code;
+  return code == 0;
+}
+
+std::string Lib(const std::string& content, const std::string& attributes = "") {
+  return "<metalib name='m' version='1' " + attributes + ">" + content + "</metalib>";
+}
+
+std::string Table(const std::string& content, const std::string& attributes = "") {
+  return Lib("<meta name='t'><entry name='a' id='1' type='int32'/>" + content + "</meta>", attributes);
+}
+
+std::string Entry(const std::string& attributes) { return Table("<entry name='b' " + attributes + "/>"); }
+
+std::string Index(const std::string& content) { return Table("<index name='i'>" + content + "</index>"); }
+
+std::vector<Case> Accepted() {
+  return {
+      {"Smallest", "<metalib name='' version='0'/>"},
+      {"Declaration", "<?xml version='1.0' encoding='UTF-8'?><!-- c --><?p i?>\n" + Lib(" <!-- c --> ") + "\n"},
+      {"ProtocolQmx", Table("", "protocol='QMX'")},
+      {"ProtocolTlv", Table("<entry id='2' name='b' type='int8'/>", "protocol='TLV'")},
+      {"Descriptions", Lib("<meta name='t' desc='x'><entry name='a' type='int8' desc=''/><primarykey entries='a' desc='x'/>"
+                           "<splittablekey entries='a' desc='x'/><index name='i' desc='x'><column entry='a'/></index></meta>",
+                           "desc='x'")},
+      {"Kinds", Lib("<meta name='t' kind='union'><entry name='a' type='int8'/></meta>"
+                    "<meta name='u' kind='structure' customattr='x'><entry name='a' type='t'/></meta>")},
+      {"EntryInFull", Entry("id='007' type='string' size='5' version='0' count='2147483647' refer='a' customattr2='x' desc='x'")},
+      {"NumbersAtTheirLimits", Entry("id='2147483647' type='bytes' size='9223372036854775807' version='2147483647'")},
+      {"KeysBeforeEntries",
+       Lib("<meta name='t'><index name='i'><column entry='a' desc='true'/><column entry='a' desc='false'/></index>"
+           "<splittablekey entries=' a '/><primarykey entries='a&#10;a'/><entry name='a' type='int8'/>"
+           "<index name='j'><column entry='a'/></index></meta>")},
+      {"OddNames", Lib("<meta name='&lt;&#9;'><entry name='' type='int8'/><entry name='表 %' type='int8'/></meta>")},
+      {"BlankCdata", Table("<![CDATA[ ]]>&#32;")},
+  };
+}
+
+std::vector<Case> RefusedByBoth() {
+  std::vector<Case> cases = {
+      {"Empty", ""},
+      {"NotXml", "metalib"},
+      {"CutOff", "<metalib name='m' version='1'>"},
+      {"UnknownRoot", "<schema/>"},
+      {"MetaAsRoot", "<meta name='t'><entry name='a' type='int8'/></meta>"},
+      {"TwoRoots", Lib("") + Lib("")},
+      {"UnknownElement", Table("<sortkey/>")},
+      {"EntryInMetalib", Lib("<entry name='a' type='int8'/>")},
+      {"MetaInMeta", Table("<meta name='u'><entry name='a' type='int8'/></meta>")},
+      {"ElementInEntry", Table("<entry name='b' type='int8'><x/></entry>")},
+      {"ColumnInMeta", Table("<column entry='a'/>")},
+      {"EntryInIndex", Index("<column entry='a'/><entry name='b' type='int8'/>")},
+      {"Text", Table("text")},
+      {"TextInCdata", Table("<![CDATA[x]]>")},
+      {"TextInMetalib", Lib("text")},
+      {"UnknownAttribute", Entry("type='int8' sze='1'")},
+      {"UnknownAttributeOfRoot", Lib("", "owner='x'")},
+      {"CustomattrOfEntry", Entry("type='int8' customattr='x'")},
+      {"DefaultNamespace", "<metalib xmlns='urn:x' name='m' version='1'/>"},
+      {"XmlAttribute", Lib("", "xml:lang='en'")},
+      {"AttributeTwice", Entry("type='int8' type='int8'")},
+      {"NoLibraryName", "<metalib version='1'/>"},
+      {"NoLibraryVersion", "<metalib name='m'/>"},
+      {"NoMetaName", Lib("<meta><entry name='a' type='int8'/></meta>")},
+      {"NoEntryName", Table("<entry type='int8'/>")},
+      {"NoType", Table("<entry name='b'/>")},
+      {"NoKeyEntries", Table("<primarykey/>")},
+      {"NoIndexName", Table("<index><column entry='a'/></index>")},
+      {"NoColumnEntry", Index("<column/>")},
+      {"MetaWithoutEntries", Lib("<meta name='t'/>")},
+      {"IndexWithoutColumns", Index("")},
+      {"SecondPrimaryKey", Table("<primarykey entries='a'/><primarykey entries='a'/>")},
+      {"SecondSplittableKey", Table("<splittablekey entries='a'/><splittablekey entries='a'/>")},
+      {"EmptyKey", Table("<primarykey entries=''/>")},
+      {"BlankKey", Table("<primarykey entries=' &#9;&#10;&#13;'/>")},
+      {"Protocol", Lib("", "protocol='qmx'")},
+      {"ProtocolWithBlank", Lib("", "protocol=' QMX'")},
+      {"Kind", Lib("<meta name='t' kind='struct'><entry name='a' type='int8'/></meta>")},
+      {"Direction", Index("<column entry='a' desc='yes'/>")},
+      {"TlvWithoutId", Table("<entry name='b' type='int8'/>", "protocol='TLV'")},
+      {"StringWithoutSize", Entry("type='string'")},
+      {"BytesWithoutSize", Entry("type='bytes'")},
+      {"SizeOfANumber", Entry("type='int8' size='1'")},
+      {"SizeOfAStructure",
+       Lib("<meta name='t'><entry name='a' type='u' size='1'/></meta><meta name='u'><entry name='a' type='int8'/></meta>")},
+      {"ReferEmpty", Entry("type='int8' refer=''")},
+      {"SizeZero", Entry("type='string' size='0'")},
+      {"SizeTooLarge", Entry("type='string' size='9223372036854775808'")},
+      {"CountZero", Entry("type='int8' count='0'")},
+      {"CountTooLarge", Entry("type='int8' count='2147483648'")},
+      {"IdTooLarge", Entry("type='int8' id='2147483648'")},
+      {"VersionTooLarge", Entry("type='int8' version='2147483648'")},
+  };
+  int number = 0;
+  for (const char* bad : {"", " 1", "1 ", "+1", "-1", "-0", "0x1", "1e3", "1.0", "one"}) {
+    cases.push_back({"NotANumber" + std::to_string(++number), Entry("type='int8' id='" + std::string(bad) + "'")});
+  }
+  return cases;
+}
+
+// What the grammar cannot say.
+std::vector<Case> RefusedByTheReaderAlone() {
+  return {
+      {"UnknownType", Entry("type='nothing'")},
+      {"UnknownRefer", Entry("type='int8' refer='nothing'")},
+      {"ReferOfAnotherType", Table("<entry name='f' type='float'/><entry name='b' type='int8' refer='f'/>")},
+      {"UnknownKeyEntry", Table("<primarykey entries='a nothing'/>")},
+      {"UnknownColumn", Index("<column entry='nothing'/>")},
+      {"SecondMeta",
+       Lib("<meta name='t'><entry name='a' type='int8'/></meta><meta name='t'><entry name='a' type='int8'/></meta>")},
+      {"SecondEntry", Entry("type='int8'").replace(Entry("").find("'a'"), 3, "'b'")},
+      {"SecondIndex", Table("<index name='i'><column entry='a'/></index><index name='i'><column entry='a'/></index>")},
+      {"SecondId", Table("<entry name='b' id='1' type='int8'/>", "protocol='TLV'")},
+      {"Cycle", Lib("<meta name='t'><entry name='a' type='t'/></meta>")},
+      {"SizeOverflow", Entry("type='string' size='9223372036854775807' count='3'")},
+      {"Doctype", "<!DOCTYPE metalib>" + Lib("")},
+      {"Entity", "<!DOCTYPE metalib [<!ENTITY n 'm'>]>" + Table("<entry name='&n;' type='int8'/>")},
+      {"OtherEncoding", "<?xml version='1.0' encoding='ISO-8859-1'?>" + Lib("")},
+      {"NamespacePrefix", Lib("", "xmlns:x='urn:x'")},
+  };
+}
+
+class AcceptedByBoth : public ::testing::TestWithParam<Case> {};
+class Refused : public ::testing::TestWithParam<Case> {};
+class BeyondTheGrammar : public ::testing::TestWithParam<Case> {};
+
+TEST_P(AcceptedByBoth, Verdict) {
+  EXPECT_TRUE(ReaderAccepts(GetParam().xml));
+  EXPECT_TRUE(GrammarAccepts(GetParam().name, GetParam().xml));
+}
+
+TEST_P(Refused, Verdict) {
+  EXPECT_FALSE(ReaderAccepts(GetParam().xml));
+  EXPECT_FALSE(GrammarAccepts(GetParam().name, GetParam().xml));
+}
+
+TEST_P(BeyondTheGrammar, Verdict) {
+  EXPECT_FALSE(ReaderAccepts(GetParam().xml));
+  EXPECT_TRUE(GrammarAccepts(GetParam().name, GetParam().xml));
+}
+
+TEST(ShippedExamples, AreAcceptedByBoth) {
+  int files = 0;
+  for (const auto& file : std::filesystem::recursive_directory_iterator(KORVEL_EXAMPLES)) {
+    if (file.path().extension() != ".xml") continue;
+    SCOPED_TRACE(file.path());
+    std::ifstream in(file.path(), std::ios::binary);
+    const std::string xml((std::istreambuf_iterator<char>(in)), {});
+    EXPECT_TRUE(ReaderAccepts(xml));
+    EXPECT_TRUE(GrammarAccepts("example", xml));
+    ++files;
+  }
+  EXPECT_GT(files, 0);
+}
+
+std::string NameOf(const ::testing::TestParamInfo<Case>& info) { return info.param.name; }
+
+INSTANTIATE_TEST_SUITE_P(Grammar, AcceptedByBoth, ::testing::ValuesIn(Accepted()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Grammar, Refused, ::testing::ValuesIn(RefusedByBoth()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Grammar, BeyondTheGrammar, ::testing::ValuesIn(RefusedByTheReaderAlone()), NameOf);
+
+}  // namespace

@@ -1,0 +1,210 @@
+// The reader on files that no one would write: cut off, mangled, random, huge. It never crashes, never accepts what is broken and
+// always says where.
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <chrono>
+#include <random>
+#include <string>
+
+#include "qmx/layout_check.h"
+#include "qmx/qmx_metalib_kernel.h"
+#include "qmx/qmx_xml.h"
+
+namespace {
+
+const std::string kSmall =
+    "<?xml version='1.0' encoding='UTF-8'?>\n<!-- small -->\n<metalib name='m&amp;ä' version='1' protocol='TLV'>\n"
+    "<meta name='t' customattr='TableType=GENERIC'><entry name='a' id='1' type='int32'/>"
+    "<entry name='b' id='2' type='u' count='3' refer='a'/><primarykey entries='a'/><splittablekey entries='a'/>"
+    "<index name='i'><column entry='a' desc='true'/></index></meta>\n"
+    "<meta name='u' kind='union'><entry name='x' id='1' type='string' size='5'/></meta>\n</metalib>";
+
+// That every error lies inside the file and takes one line.
+void ExpectPlacesInside(const qmx::ReadResult& result, std::string_view text) {
+  const auto lines = static_cast<std::size_t>(1 + std::ranges::count(text, '\n') + std::ranges::count(text, '\r'));
+  for (const qmx::ReadError& error : result.errors) {
+    EXPECT_GE(error.place.line, 1u);
+    EXPECT_LE(error.place.line, lines);
+    EXPECT_GE(error.place.column, 1u);
+    EXPECT_LE(error.place.column, text.size() + 1);
+    EXPECT_EQ(error.text.find_first_of("\n\r"), std::string::npos) << error.text;
+  }
+}
+
+void ExpectRefused(std::string_view text) {
+  const qmx::ReadResult result = qmx::ReadXml(text);
+  EXPECT_FALSE(result.schema);
+  EXPECT_FALSE(result.errors.empty());
+  ExpectPlacesInside(result, text);
+}
+
+// Either a library that keeps its layout or errors.
+void ExpectVerdict(std::string_view text) {
+  const qmx::ReadResult result = qmx::ReadXml(text);
+  ASSERT_EQ(result.schema.has_value(), result.errors.empty());
+  ExpectPlacesInside(result, text);
+  if (!result.schema) return;
+  EXPECT_EQ(layout::Faults(result.schema->metalib), std::vector<std::string>{});
+}
+
+TEST(Hostile, WholeFileIsAccepted) { EXPECT_TRUE(qmx::ReadXml(kSmall).schema); }
+
+TEST(Hostile, CutOffAnywhere) {
+  for (std::size_t size = 0; size < kSmall.size(); ++size) {
+    SCOPED_TRACE(size);
+    // Of its own memory, so that reading behind the end is seen.
+    ExpectRefused(std::string(kSmall.begin(), kSmall.begin() + static_cast<std::ptrdiff_t>(size)));
+  }
+}
+
+TEST(Hostile, BeginningMissing) {
+  for (std::size_t begin = 1; begin < kSmall.size(); ++begin) {
+    SCOPED_TRACE(begin);
+    const std::string rest = kSmall.substr(begin);
+    // Declaration and comment may be absent as a whole.
+    const bool is_whole = rest.starts_with("\n<") || rest.starts_with("<!--") || rest.starts_with("<metalib");
+    if (is_whole && rest.find("</metalib") > rest.find("<metalib")) {
+      EXPECT_TRUE(qmx::ReadXml(rest).schema);
+    } else {
+      ExpectRefused(rest);
+    }
+  }
+}
+
+TEST(Hostile, EveryByteReplaced) {
+  for (std::size_t at = 0; at < kSmall.size(); ++at) {
+    for (const char byte : {'\0', '<', '>', '"', '\'', '&', ' ', '/', '\n', '\x80', '\xFF', 'Z'}) {
+      std::string text = kSmall;
+      text[at] = byte;
+      ExpectVerdict(text);
+    }
+  }
+}
+
+TEST(Hostile, EveryByteAlone) {
+  for (int byte = 0; byte < 256; ++byte) ExpectRefused(std::string(1, static_cast<char>(byte)));
+}
+
+TEST(Hostile, RandomBytes) {
+  std::mt19937 random(7);
+  for (int round = 0; round < 500; ++round) {
+    std::string text(1 + random() % 300, '\0');
+    for (char& byte : text) byte = static_cast<char>(random());
+    if (round % 2 == 0) text = "<metalib>" + text;
+    ExpectRefused(text);
+  }
+}
+
+TEST(Hostile, RandomPiecesOfTheForm) {
+  const std::vector<std::string> pieces = {"<metalib name='m' version='1'>",
+                                           "</metalib>",
+                                           "<meta name='t'>",
+                                           "</meta>",
+                                           "<entry name='a' type='int8'/>",
+                                           "<entry name='a' type='t'>",
+                                           "</entry>",
+                                           "<primarykey entries='a'/>",
+                                           "<index name='i'>",
+                                           "</index>",
+                                           "<column entry='a'/>",
+                                           "<column>",
+                                           "</column>",
+                                           "text",
+                                           "&amp;",
+                                           "<![CDATA[x]]>",
+                                           "<!-- c -->",
+                                           "<foo>",
+                                           "</foo>"};
+  std::mt19937 random(11);
+  for (int round = 0; round < 2000; ++round) {
+    std::string text = random() % 2 == 0 ? pieces.front() : "";
+    for (auto count = random() % 12; count > 0; --count) text += pieces[random() % pieces.size()];
+    ExpectVerdict(text);
+  }
+}
+
+TEST(Hostile, DeepUnknownElements) {
+  std::string text = "<metalib name='m' version='1'>";
+  for (int i = 0; i < 100'000; ++i) text += "<a>";
+  ExpectRefused(text);
+}
+
+TEST(Hostile, DeepComposites) {
+  std::string text = "<metalib name='m' version='1'>";
+  for (int i = 0; i < 20'000; ++i) {
+    text += "<meta name='m" + std::to_string(i) + "'><entry name='a' type='m" + std::to_string((i + 1) % 20'000) + "'/></meta>";
+  }
+  ExpectRefused(text + "</metalib>");
+}
+
+TEST(Hostile, ManyErrorsAreCounted) {
+  std::string text = "<metalib name='m' version='1'>\n";
+  for (int i = 0; i < 5000; ++i) text += "<x/>\n";
+  const qmx::ReadResult result = qmx::ReadXml(text + "</metalib>");
+  ASSERT_EQ(result.errors.size(), qmx::kMaxErrors + 1);
+  EXPECT_EQ(result.errors.back().text, "too many errors; only the first 1000 found are shown");
+  EXPECT_EQ(result.errors.back().place.line, 1001u);
+}
+
+TEST(Hostile, ManyErrorsInOneTag) {
+  std::string text = "<metalib name='m' version='1' desc='" + std::string(100'000, 'd') + "'";
+  for (int i = 0; i < 5000; ++i) text += " x" + std::to_string(i) + "=''";
+  EXPECT_EQ(qmx::ReadXml(text + "/>").errors.size(), qmx::kMaxErrors + 1);
+}
+
+// A mapping that nobody touches costs nothing: the size alone is refused.
+TEST(Hostile, FileOverOneGibibyte) {
+  const std::size_t size = qmx::kMaxFileBytes + 1;
+  void* memory = mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  ASSERT_NE(memory, MAP_FAILED);
+  const qmx::ReadResult result = qmx::ReadXml({static_cast<const char*>(memory), size});
+  munmap(memory, size);
+  ASSERT_EQ(result.errors.size(), 1u);
+  EXPECT_EQ(result.errors[0].text, "the file has 1073741825 bytes; allowed: at most 1073741824");
+  EXPECT_EQ(result.errors[0].place.line, 1u);
+}
+
+// One meta of many entries with equally many key members and columns.
+std::string Wide(int entries) {
+  std::string rows, names, columns;
+  for (int i = 0; i < entries; ++i) {
+    const std::string name = "a_rather_long_common_beginning_" + std::to_string(i);
+    rows += "<entry name='" + name + "' type='uint8'" + (i > 0 ? " refer='a_rather_long_common_beginning_0'" : "") + "/>\n";
+    names += name + " ";
+    columns += "<column entry='" + name + "'/>\n";
+  }
+  return "<metalib name='m' version='1'><meta name='t'><splittablekey entries='" + names + "'/>" + rows + "<index name='i'>" +
+         columns + "</index></meta></metalib>";
+}
+
+double SecondsFor(const std::string& text) {
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_TRUE(qmx::ReadXml(text).schema);
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+}
+
+// Eight times the file may take well more than eight times as long on a busy machine, but never 64 times.
+TEST(Hostile, TimeGrowsWithTheFile) {
+  const std::string small = Wide(4'000);
+  const std::string large = Wide(32'000);
+  const double once = std::min({SecondsFor(small), SecondsFor(small), SecondsFor(small)});
+  EXPECT_LT(SecondsFor(large), 40 * once + 0.05);
+}
+
+TEST(Hostile, LargeFile) {
+  std::string text = "<metalib name='m' version='1'>";
+  int metas = 0;
+  for (; text.size() < 4'000'000; ++metas) {
+    text += "<meta name='m" + std::to_string(metas) + "'>";
+    for (int i = 0; i < 20; ++i) text += "<entry name='e" + std::to_string(i) + "' type='uint64' desc='some words'/>\n";
+    text += "<primarykey entries='e0'/></meta>\n";
+  }
+  const qmx::ReadResult result = qmx::ReadXml(text + "</metalib>");
+  ASSERT_TRUE(result.schema);
+  EXPECT_EQ(qmx_get_meta_num(result.schema->metalib.get()), metas);
+  EXPECT_EQ(layout::Faults(result.schema->metalib), std::vector<std::string>{});
+}
+
+}  // namespace

@@ -1,0 +1,183 @@
+// check: verdicts, exit codes, tables that are new, gone, asked for or unknown.
+#include <gmock/gmock.h>
+
+#include "tool_test.h"
+
+namespace tool_test {
+namespace {
+
+using testing::HasSubstr;
+
+class CheckTest : public ToolTest {
+ protected:
+  // The report's block of the one refused table, or everything that went otherwise.
+  std::string Refusal(const std::vector<std::string>& options = {}) const {
+    std::vector<std::string> arguments = {"check", "old.xml", "new.xml"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    const Outcome outcome = Korvelcheck(arguments);
+    const std::string start = "verdict: refused\nnew.xml:2:1: refused ";
+    const std::string end = "1 table refused, 0 allowed; 1 compared, 0 new, 0 gone\n";
+    if (outcome.exit_code != 1 || !outcome.out.starts_with(start) || !outcome.out.ends_with(end))
+      return outcome.out + outcome.err;
+    return outcome.out.substr(start.size(), outcome.out.size() - start.size() - end.size());
+  }
+};
+
+TEST_F(CheckTest, AnAllowedChangeEndsWithZero) {
+  ExpectOutcome(Korvelcheck({"check", "old.xml", "same.xml"}), 0, kAllowedReport, "");
+}
+
+TEST_F(CheckTest, ARefusedChangeEndsWithOne) { ExpectOutcome(Korvelcheck({"check", "old.xml", "wide.xml"}), 1, kWideReport, ""); }
+
+TEST_F(CheckTest, ANewFieldWithANewVersionIsAllowed) {
+  Write("new.xml", Library(6, {Table({.fields = "<entry name=\"note\" id=\"2\" type=\"string\" size=\"8\" version=\"6\"/>"}),
+                               Table({.name = "users"})}));
+  EXPECT_EQ(Korvelcheck({"check", "old.xml", "new.xml"}).exit_code, 0);
+}
+
+TEST_F(CheckTest, ATableThatIsGoneIsRefusedByTheChecker) {
+  Write("new.xml", Library(5, {Table()}));
+  ExpectOutcome(Korvelcheck({"check", "old.xml", "new.xml"}), 1,
+                "verdict: refused\n"
+                "new.xml:2:1: allowed: table orders\n"
+                "old.xml:3:1: refused [library.table] Get meta info failed, please check the table name ! table:'users'\n"
+                "   table users: -2 CHECK_TABLE_ERROR_SYSTEM_ERROR (gone)\n"
+                "1 table refused, 1 allowed; 2 compared, 0 new, 1 gone\n",
+                "");
+}
+
+TEST_F(CheckTest, ATableThatIsNewIsReportedAndNotCompared) {
+  Write("new.xml", Library(5, {Table({.name = "zones"}), Table({.name = "users"}), Table()}));
+  ExpectOutcome(Korvelcheck({"check", "old.xml", "new.xml"}), 0,
+                "verdict: allowed\n"
+                "new.xml:4:1: allowed: table orders\n"
+                "new.xml:3:1: allowed: table users\n"
+                "new.xml:2:1: new: table zones (not compared)\n"
+                "0 tables refused, 2 allowed; 2 compared, 1 new, 0 gone\n",
+                "");
+}
+
+TEST_F(CheckTest, OnlyTheTablesAskedForAreCompared) {
+  ExpectOutcome(Korvelcheck({"check", "old.xml", "wide.xml", "--table", "users"}), 0,
+                "verdict: allowed\nwide.xml:3:1: allowed: table users\n0 tables refused, 1 allowed; 1 compared, 0 new, 0 gone\n",
+                "");
+}
+
+TEST_F(CheckTest, TablesAskedForComeInTheirOrderAndOnce) {
+  ExpectOutcome(Korvelcheck({"check", "old.xml", "same.xml", "--table", "users", "--table", "orders", "--table", "users"}), 0,
+                "verdict: allowed\nsame.xml:3:1: allowed: table users\nsame.xml:2:1: allowed: table orders\n"
+                "0 tables refused, 2 allowed; 2 compared, 0 new, 0 gone\n",
+                "");
+}
+
+TEST_F(CheckTest, AnAskedTableOnlyInTheNewFileIsReportedAsNew) {
+  Write("new.xml", Library(5, {Table(), Table({.name = "zones"})}));
+  ExpectOutcome(Korvelcheck({"check", "old.xml", "new.xml", "--table", "zones", "--table", "orders"}), 0,
+                "verdict: allowed\nnew.xml:2:1: allowed: table orders\nnew.xml:3:1: new: table zones (not compared)\n"
+                "0 tables refused, 1 allowed; 1 compared, 1 new, 0 gone\n",
+                "");
+}
+
+TEST_F(CheckTest, NothingComparedIsNeverClean) {
+  Write("new.xml", Library(5, {Table(), Table({.name = "zones"})}));
+  ExpectNotAsked(Korvelcheck({"check", "old.xml", "new.xml", "--table", "zones"}),
+                 "korvelcheck: nothing was compared: old.xml has none of the tables asked for\n");
+  Write("plain.xml", Library(5, {"<meta name=\"item\"><entry name=\"a\" id=\"1\" type=\"int8\"/></meta>"}));
+  ExpectNotAsked(Korvelcheck({"check", "plain.xml", "old.xml"}),
+                 "korvelcheck: nothing was compared: plain.xml has no table (a meta with a primary key)\n");
+}
+
+TEST_F(CheckTest, UnknownTablesAreAllTold) {
+  ExpectNotAsked(Korvelcheck({"check", "old.xml", "same.xml", "--table", "ordres", "--table", "orders", "--table", "x"}),
+                 "korvelcheck: table 'ordres' is neither in old.xml nor in same.xml (did you mean 'orders'?)\n"
+                 "korvelcheck: table 'x' is neither in old.xml nor in same.xml\n");
+}
+
+// A structure that is asked for by name is put to the checker like a table.
+TEST_F(CheckTest, AStructureAskedForIsJudged) {
+  const std::string text = Library(5, {"<meta name=\"item\"><entry name=\"a\" id=\"1\" type=\"int8\"/></meta>"});
+  Write("old.xml", text);
+  Write("new.xml", text);
+  EXPECT_EQ(Refusal({"--table", "item"}),
+            "[primary-key.missing] Primaykey is invalid! table:'item'\n   table item: -4 ERROR_PRIMARYKEY_FIELD\n");
+}
+
+TEST_F(CheckTest, ALowerLibraryVersionIsRefused) {
+  Write("old.xml", Library(5, {Table()}));
+  Write("new.xml", Library(4, {Table()}));
+  EXPECT_EQ(Refusal(),
+            "[library.version] LibVersion invalid, newVersion 4 < oldVersion 5\n"
+            "   table orders: -1 CHECK_TABLE_ERROR_INVALID_PARAMETER\n");
+}
+
+// The rule's own text is replaced by the driver's, its code is not.
+TEST_F(CheckTest, ABadFieldNameKeepsItsCode) {
+  Write("old.xml", Library(5, {Table()}));
+  Write("new.xml", Library(6, {Table({.fields = "<entry name=\"1st\" id=\"2\" type=\"int8\" version=\"6\"/>"})}));
+  EXPECT_EQ(Refusal(),
+            "[field-name.invalid] CheckFieldNameValidate failed! table:'orders'\n"
+            "   table orders: -17 ERROR_FIELD_NAME_STARTWITH_DIGIT\n");
+}
+
+class GrowthTest : public CheckTest {
+ protected:
+  GrowthTest() {
+    Write("old.xml", Library(5, {WithHistory(131072)}));
+    Write("new.xml", Library(5, {WithHistory(524288)}));
+  }
+  static std::string WithHistory(int size) {
+    return Table({.fields = "<entry name=\"history\" id=\"2\" type=\"bytes\" size=\"" + std::to_string(size) + "\"/>"});
+  }
+};
+
+TEST_F(GrowthTest, WithoutAServerVersionLengthsAreNotChecked) {
+  EXPECT_EQ(Korvelcheck({"check", "old.xml", "new.xml"}).exit_code, 0);
+  EXPECT_EQ(Korvelcheck({"check", "old.xml", "new.xml", "--whitelist", "history"}).exit_code, 0);
+}
+
+TEST_F(GrowthTest, AnOversizedFieldIsRefused) {
+  EXPECT_EQ(Refusal({"--server-version", "3.38.9"}),
+            "[length.limit] ERR_ENTRY_LEN;history|\n   table orders: -2 CHECK_TABLE_ERROR_SYSTEM_ERROR\n");
+}
+
+TEST_F(GrowthTest, AWhitelistedFieldThatGrewIsRefusedWithItsSizes) {
+  EXPECT_EQ(Refusal({"--server-version", "3.29.0", "--whitelist", "payload;history"}),
+            "[length.whitelist] WARNING_WHITELIST:entry:history size 131072 -> 524288 |\n"
+            "   table orders: -35 ERROR_ENTRY_LENGTH_NOT_LEGAL\n");
+}
+
+TEST_F(GrowthTest, ANewerServerAllowsTheSize) {
+  EXPECT_EQ(Korvelcheck({"check", "old.xml", "new.xml", "--server-version", "3.39.0"}).exit_code, 0);
+}
+
+// What one table left in the checker must not show in the next.
+TEST_F(GrowthTest, EveryTableIsJudgedByItself) {
+  const std::string large = "<entry name=\"history\" id=\"2\" type=\"bytes\" size=\"524288\"/>";
+  const std::string users = Table({.name = "users", .fields = large});
+  Write("old.xml", Library(5, {WithHistory(131072), users}));
+  Write("new.xml", Library(5, {WithHistory(524288), users}));
+  const Outcome outcome = Korvelcheck({"check", "old.xml", "new.xml", "--server-version", "3.29.0", "--whitelist", "history"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_THAT(outcome.out, HasSubstr("new.xml:3:1: allowed: table users\n1 table refused, 1 allowed;"));
+}
+
+// The answer depends on the bytes of the files alone.
+TEST_F(CheckTest, TheLocaleChangesNothing) {
+  const std::string name = "\xc3\xa4\xc4\xb1 orders";
+  Write("old.xml", Library(5, {Table({.name = name})}));
+  Write("new.xml", Library(5, {Table({.name = name, .key_type = "uint8"})}));
+  const Call call{.arguments = {"check", "old.xml", "new.xml"}};
+  Call german = call;
+  Call plain = call;
+  Call unicode = call;
+  plain.environment = {"LC_ALL=C"};
+  unicode.environment = {"LC_ALL=C.UTF-8"};
+  german.environment = {"LC_ALL=de_DE.UTF-8", "LANGUAGE=de"};
+  const Outcome expected = Korvelcheck(plain);
+  EXPECT_EQ(expected.exit_code, 1);
+  EXPECT_THAT(expected.out, HasSubstr("metaname:'" + name + "'\n"));
+  for (const Call& other : {call, unicode, german}) ExpectOutcome(Korvelcheck(other), 1, expected.out, expected.err);
+}
+
+}  // namespace
+}  // namespace tool_test

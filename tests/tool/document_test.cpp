@@ -1,0 +1,105 @@
+// Holds docs/command-line.md against the program: its example is run, its options are those of the help.
+#include <gmock/gmock.h>
+
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <sstream>
+
+#include "tool_test.h"
+
+namespace tool_test {
+namespace {
+
+std::vector<std::string> DocumentLines() {
+  std::ifstream document(KORVEL_COMMAND_LINE_DOCUMENT);
+  EXPECT_TRUE(document.good());
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(document, line);) lines.push_back(line);
+  return lines;
+}
+
+// A fenced block, and the last line of text before it.
+struct Block {
+  std::string language;
+  std::string title;
+  std::vector<std::string> lines;
+};
+
+std::vector<Block> Blocks() {
+  std::vector<Block> blocks;
+  std::string title;
+  bool inside = false;
+  for (const std::string& line : DocumentLines()) {
+    if (line.starts_with("```")) {
+      inside = !inside;
+      if (inside) blocks.push_back({line.substr(3), title, {}});
+    } else if (inside) {
+      blocks.back().lines.push_back(line);
+    } else if (!line.empty()) {
+      title = line;
+    }
+  }
+  return blocks;
+}
+
+std::string Joined(const std::vector<std::string>& lines) {
+  std::string text;
+  for (const std::string& line : lines) text += line + "\n";
+  return text;
+}
+
+std::vector<std::string> Words(const std::string& text) {
+  std::istringstream stream(text);
+  return {std::istream_iterator<std::string>(stream), {}};
+}
+
+class DocumentTest : public ToolTest {
+ protected:
+  // The block with what the program prints now behind each of its commands.
+  std::vector<std::string> Typed(const std::vector<std::string>& lines) const {
+    const std::string call = "$ korvelcheck ";
+    std::vector<std::string> typed;
+    int exit_code = -1;
+    for (const std::string& line : lines) {
+      if (!line.starts_with("$ ")) continue;
+      typed.push_back(line);
+      if (line == "$ echo $?") {
+        typed.push_back(std::to_string(exit_code));
+      } else {
+        EXPECT_TRUE(line.starts_with(call)) << line;
+        const Outcome outcome = Korvelcheck(Words(line.substr(call.size())));
+        exit_code = outcome.exit_code;
+        std::istringstream printed(outcome.out + outcome.err);
+        for (std::string text; std::getline(printed, text);) typed.push_back(text);
+      }
+    }
+    return typed;
+  }
+};
+
+TEST_F(DocumentTest, TheExampleSaysWhatTheProgramPrints) {
+  int consoles = 0;
+  for (const Block& block : Blocks()) {
+    if (block.language == "xml") Write(block.title.substr(1, block.title.find('`', 1) - 1), Joined(block.lines));
+    if (block.language != "console") continue;
+    ++consoles;
+    EXPECT_EQ(Joined(block.lines), Joined(Typed(block.lines)));
+  }
+  EXPECT_EQ(consoles, 1);
+}
+
+TEST_F(DocumentTest, EveryOptionOfTheHelpIsDocumented) {
+  const std::string document = Joined(DocumentLines());
+  const std::regex option("--[a-z-]+");
+  for (const char* command : {"check", "compat", "values", "same", "sortlist", "lint"}) {
+    EXPECT_THAT(document, testing::HasSubstr(std::string("\n| `") + command + " "));
+    const std::string help = Korvelcheck({command, "--help"}).out;
+    for (std::sregex_iterator found(help.begin(), help.end(), option), end; found != end; ++found) {
+      EXPECT_THAT(document, testing::ContainsRegex("`" + found->str() + "[ `]")) << command;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace tool_test

@@ -1,0 +1,142 @@
+// Where schemas come from: files, standard input, and everything that is no schema.
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <thread>
+
+#include "tool_test.h"
+
+namespace tool_test {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class InputTest : public ToolTest {};
+
+TEST_F(InputTest, StandardInputTakesTheOldOrTheNewPlace) {
+  const std::string old_text = Read("old.xml");
+  ExpectOutcome(Korvelcheck(Call{.arguments = {"check", "-", "wide.xml"}, .input = old_text}), 1, kWideReport, "");
+  const Outcome outcome = Korvelcheck(Call{.arguments = {"check", "wide.xml", "-"}, .input = old_text});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_THAT(outcome.out, HasSubstr("\n<stdin>:2:1: refused [primary-key.size] "));
+}
+
+TEST_F(InputTest, StandardInputHasItsErrorsLocated) {
+  ExpectNotAsked(Korvelcheck(Call{.arguments = {"lint", "-"}, .input = ""}),
+                 "<stdin>:1:1: error: the file is empty; allowed: exactly one 'metalib'\n");
+}
+
+TEST_F(InputTest, ClosedStandardInputIsAnError) {
+  ExpectNotAsked(Korvelcheck(Call{.arguments = {"lint", "-"}, .input_closed = true}),
+                 "korvelcheck: <stdin>: cannot be read: Bad file descriptor\n");
+}
+
+// A file opened next would get the number of the closed stream, and the report would go there.
+TEST_F(InputTest, ClosedStandardInputDoesNotHarmFiles) {
+  ExpectOutcome(Korvelcheck(Call{.arguments = {"check", "old.xml", "same.xml"}, .input_closed = true}), 0, kAllowedReport, "");
+}
+
+TEST_F(InputTest, FaultsOfBothFilesAreTold) {
+  std::filesystem::create_directory(PathOf("sub"));
+  ExpectNotAsked(Korvelcheck({"check", "missing.xml", "sub"}),
+                 "korvelcheck: missing.xml: No such file or directory\n"
+                 "korvelcheck: sub: is a directory; allowed: a schema file, or '-' for standard input\n");
+}
+
+TEST_F(InputTest, AnEmptyPathIsNoFile) {
+  ExpectNotAsked(Korvelcheck({"check", "", "same.xml"}), "korvelcheck: : No such file or directory\n");
+}
+
+TEST_F(InputTest, DanglingAndCircularLinksAreTold) {
+  std::filesystem::create_symlink("nowhere", PathOf("dangling.xml"));
+  std::filesystem::create_symlink("circle.xml", PathOf("circle.xml"));
+  ExpectNotAsked(Korvelcheck({"check", "dangling.xml", "circle.xml"}),
+                 "korvelcheck: dangling.xml: No such file or directory\n"
+                 "korvelcheck: circle.xml: Too many levels of symbolic links\n");
+}
+
+TEST_F(InputTest, AnUnreadableFileIsTold) {
+  if (::geteuid() == 0) GTEST_SKIP() << "root reads every file";
+  ::chmod(PathOf("old.xml").c_str(), 0);
+  ExpectNotAsked(Korvelcheck({"check", "old.xml", "same.xml"}), "korvelcheck: old.xml: Permission denied\n");
+}
+
+// Opened, but not to be read: the error comes with the first read.
+TEST_F(InputTest, AReadErrorIsTold) {
+  ExpectNotAsked(Korvelcheck({"lint", "/proc/self/mem"}), "korvelcheck: /proc/self/mem: cannot be read: Input/output error\n");
+}
+
+TEST_F(InputTest, ATooLargeFileIsRefusedUnread) {
+  { const std::ofstream create(PathOf("large.xml")); }
+  ASSERT_EQ(::truncate(PathOf("large.xml").c_str(), (off_t{1} << 30) + 1), 0);
+  ExpectNotAsked(Korvelcheck({"lint", "large.xml"}), "korvelcheck: large.xml: is too large; allowed: up to 1073741824 bytes\n");
+}
+
+TEST_F(InputTest, ANamedPipeIsRead) {
+  ASSERT_EQ(::mkfifo(PathOf("pipe.xml").c_str(), 0600), 0);
+  const std::string text = Library(5, {Table({.fields = "<!--" + std::string(300000, '.') + "-->"})});
+  std::thread writer([&] { Write("pipe.xml", text); });
+  const Outcome outcome = Korvelcheck({"lint", "pipe.xml"});
+  writer.join();
+  ExpectOutcome(outcome, 0,
+                "verdict: allowed\npipe.xml:2:1: allowed: table orders\n"
+                "0 tables refused, 1 allowed; 1 compared, 0 new, 0 gone\n",
+                "");
+}
+
+TEST_F(InputTest, SchemaErrorsOfBothFilesAreShown) {
+  Write("one.xml", "<metalib name=\"m\" version=\"1\">\n  <meta/>\n  <meta name=\"a\"><entry name=\"b\"/></meta>\n</metalib>\n");
+  Write("two.xml", "<metalib name=\"m\" version=\"1\">\n</meta>\n");
+  const Outcome outcome = Korvelcheck({"check", "one.xml", "two.xml"});
+  EXPECT_EQ(outcome.exit_code, 2);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_THAT(outcome.err, StartsWith("one.xml:2:3: error: "));
+  EXPECT_THAT(outcome.err, HasSubstr("\none.xml:3:18: error: "));
+  EXPECT_THAT(outcome.err, HasSubstr("\ntwo.xml:2:3: error: "));
+}
+
+TEST_F(InputTest, BinaryFilesAreNoSchemas) {
+  Write("program.bin", std::string("\x7f"
+                                   "ELF\x02\x01\x01\0\0\0\0\0\0\0\0\0\x03\0\x3e\0",
+                                   20));
+  Write("noise.bin", std::string("\xff\xfe\x80\x00\xc0\xaf", 6));
+  Write("byte.xml", "x");
+  Write("cut.xml", Read("old.xml").substr(0, 100));
+  for (const std::string file : {"program.bin", "noise.bin", "byte.xml", "cut.xml"}) {
+    const Outcome outcome = Korvelcheck({"check", file, "same.xml"});
+    EXPECT_EQ(outcome.exit_code, 2) << file;
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_THAT(outcome.err, StartsWith(file + ":"));
+    EXPECT_THAT(outcome.err, HasSubstr(": error: "));
+  }
+}
+
+TEST_F(InputTest, OneFileMayTakeBothPlaces) { EXPECT_EQ(Korvelcheck({"check", "old.xml", "old.xml"}).exit_code, 0); }
+
+// The place of a table is told in characters, also where all tables share a line.
+TEST_F(InputTest, PlacesAreCountedFromThePlaceBefore) {
+  Write("line.xml", "<metalib name=\"m\" version=\"1\" desc=\"\xc3\xa4\xc3\xb6\">" + Table() + Table({.name = "users"}) + "\n " +
+                        Table({.name = "zones"}) + "</metalib>");
+  const std::size_t users_column = 41 + Table().size();
+  ExpectOutcome(Korvelcheck({"lint", "line.xml"}), 0,
+                "verdict: allowed\nline.xml:1:41: allowed: table orders\nline.xml:1:" + std::to_string(users_column) +
+                    ": allowed: table users\nline.xml:2:2: allowed: table zones\n"
+                    "0 tables refused, 3 allowed; 3 compared, 0 new, 0 gone\n",
+                "");
+}
+
+// What no code foresaw ends as a fault, never as a verdict.
+TEST_F(InputTest, WithoutMemoryTheCallIsAFault) {
+  if (KORVEL_SANITIZED) GTEST_SKIP() << "sanitizers need address space";
+  { const std::ofstream create(PathOf("large.xml")); }
+  ASSERT_EQ(::truncate(PathOf("large.xml").c_str(), off_t{900} << 20), 0);
+  const Outcome outcome = Korvelcheck(Call{.arguments = {"lint", "large.xml"},
+
+                                           .launcher = {"/bin/sh", "-c", "ulimit -v 100000; exec \"$0\" \"$@\""}});
+  ExpectOutcome(outcome, 3, "", "korvelcheck: out of memory\n");
+}
+}  // namespace
+}  // namespace tool_test

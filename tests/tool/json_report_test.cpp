@@ -1,0 +1,142 @@
+// The report as JSON, member by member and in order.
+#include <gmock/gmock.h>
+
+#include <nlohmann/json.hpp>
+
+#include "tool_test.h"
+
+namespace tool_test {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+class JsonReportTest : public ToolTest {
+ protected:
+  Json Report(const std::vector<std::string>& arguments, int exit_code) const {
+    std::vector<std::string> all = arguments;
+    all.insert(all.end(), {"--format", "json"});
+    const Outcome outcome = Korvelcheck(all);
+    EXPECT_EQ(outcome.exit_code, exit_code);
+    EXPECT_EQ(outcome.err, "");
+    return Json::parse(outcome.out, nullptr, false);
+  }
+};
+
+std::vector<std::string> Keys(const Json& object) {
+  std::vector<std::string> keys;
+  for (const auto& item : object.items()) keys.push_back(item.key());
+  return keys;
+}
+
+Json PlaceOf(const char* file, int line, int column) { return {{"file", file}, {"line", line}, {"column", column}}; }
+
+TEST_F(JsonReportTest, TheReportOfACheckIsThis) {
+  Write("new.xml", Library(5, {Table({.key_type = "uint32"}), Table({.name = "zones"}), Table({.name = "carts"})}));
+  Write("old.xml", Library(5, {Table(), Table({.name = "users"}), Table({.name = "carts"})}));
+  const Json settings = {{"type", "generic"}, {"created_as", "qmx"}, {"server_version", ""}, {"whitelist", ""}, {"list_num", 0}};
+  const Json orders = {{"table", "orders"},
+                       {"status", "refused"},
+                       {"code", -3},
+                       {"code_name", "ERROR_VALUE_FIELD"},
+                       {"rule", "primary-key.size"},
+                       {"text", "The size of primarykey can't be modified! entry:'uid' metaname:'orders'"},
+                       {"gone", false},
+                       {"place", PlaceOf("new.xml", 2, 1)},
+                       {"settings", settings}};
+  const Json users = {{"table", "users"},
+                      {"status", "refused"},
+                      {"code", -2},
+                      {"code_name", "CHECK_TABLE_ERROR_SYSTEM_ERROR"},
+                      {"rule", "library.table"},
+                      {"text", "Get meta info failed, please check the table name ! table:'users'"},
+                      {"gone", true},
+                      {"place", PlaceOf("old.xml", 3, 1)},
+                      {"settings", settings}};
+  const Json carts = {{"table", "carts"},
+                      {"status", "allowed"},
+                      {"code", 0},
+                      {"code_name", "CHECK_TABLE_SUCCESS"},
+                      {"place", PlaceOf("new.xml", 4, 1)},
+                      {"settings", settings}};
+  const Json zones = {{"table", "zones"}, {"status", "new"}, {"place", PlaceOf("new.xml", 3, 1)}, {"settings", Json::object()}};
+  const Json old_input = {{"role", "old"}, {"file", "old.xml"}};
+  const Json new_input = {{"role", "new"}, {"file", "new.xml"}};
+  const Json expected = {{"tool", "korvelcheck"},
+                         {"version", KORVEL_VERSION},
+                         {"command", "check"},
+                         {"verdict", "refused"},
+                         {"inputs", Json::array({old_input, new_input})},
+                         {"tables", Json::array({orders, users, carts, zones})},
+                         {"summary", {{"compared", 3}, {"allowed", 1}, {"refused", 2}, {"new", 1}, {"gone", 1}}}};
+  EXPECT_EQ(Report({"check", "old.xml", "new.xml"}, 1).dump(2), expected.dump(2)) << "members and their order";
+}
+
+TEST_F(JsonReportTest, AnAllowedReportHasTheVerdict) {
+  const Json report = Report({"check", "old.xml", "same.xml"}, 0);
+  EXPECT_EQ(report["verdict"], "allowed");
+  EXPECT_EQ(report["summary"], Json({{"compared", 2}, {"allowed", 2}, {"refused", 0}, {"new", 0}, {"gone", 0}}));
+}
+
+struct CommandCase {
+  std::vector<std::string> arguments;
+  std::vector<std::string> roles;
+  std::vector<std::string> settings;
+};
+
+TEST_F(JsonReportTest, EveryCommandNamesItsInputsAndSettings) {
+  const std::vector<std::string> all = {"type", "created_as", "server_version", "whitelist", "list_num"};
+  const CommandCase kCases[] = {
+      {{"check", "old.xml", "same.xml"}, {"old", "new"}, all},
+      {{"compat", "old.xml", "same.xml"}, {"old", "new"}, {}},
+      {{"values", "old.xml", "same.xml"}, {"source", "destination"}, {"created_as"}},
+      {{"same", "old.xml", "same.xml"}, {"source", "destination"}, {}},
+      {{"sortlist", "old.xml", "same.xml"}, {"source", "destination"}, {}},
+      {{"lint", "old.xml", "same.xml", "wide.xml"}, {"file", "file", "file"}, all},
+  };
+  for (const CommandCase& test : kCases) {
+    const Json report = Report(test.arguments, 0);
+    EXPECT_EQ(report["command"], test.arguments.front());
+    std::vector<std::string> roles;
+    std::vector<std::string> files = {test.arguments.front()};
+    for (const Json& input : report["inputs"]) {
+      roles.push_back(input["role"]);
+      files.push_back(input["file"]);
+    }
+    EXPECT_EQ(roles, test.roles);
+    EXPECT_EQ(files, test.arguments);
+    for (const Json& table : report["tables"]) EXPECT_EQ(Keys(table["settings"]), test.settings);
+  }
+}
+
+TEST_F(JsonReportTest, ARefusalWithoutTextHasNoRule) {
+  Write("new.xml", Library(5, {Table()}));
+  const Json report = Report({"compat", "old.xml", "new.xml", "--table", "users"}, 1);
+  const Json& table = report["tables"][0];
+  EXPECT_EQ(Keys(table),
+            (std::vector<std::string>{"table", "status", "code", "code_name", "rule", "text", "gone", "place", "settings"}));
+  EXPECT_TRUE(table["rule"].is_null());
+  EXPECT_EQ(table["text"], "");
+}
+
+TEST_F(JsonReportTest, NamesAreVerbatim) {
+  Write("odd.xml", Library(5, {Table({.name = "a&#10;&quot;\\\xe2\x82\xac"})}));
+  EXPECT_EQ(Report({"lint", "odd.xml"}, 0)["tables"][0]["table"], "a\n\"\\\xe2\x82\xac");
+}
+
+// The checker cuts its texts at 1023 bytes, in the middle of a character if need be.
+TEST_F(JsonReportTest, BytesThatAreNoUtf8BecomeReplacements) {
+  const std::string before = "Get meta info failed, please check the table name ! table:'";
+  std::string name = (1023 - before.size()) % 2 == 0 ? "x" : "";
+  while (name.size() < 1100) name += "\xc3\xa4";
+  Write("old.xml", Library(5, {Table({.name = name})}));
+  const std::string text = Report({"check", "old.xml", "same.xml"}, 1)["tables"][0]["text"];
+  EXPECT_EQ(text, before + name.substr(0, 1022 - before.size()) + "\xef\xbf\xbd");
+}
+
+TEST_F(JsonReportTest, TheSameBytesComeEveryTime) {
+  const std::vector<std::string> arguments = {"check", "old.xml", "wide.xml", "--format", "json"};
+  EXPECT_EQ(Korvelcheck(arguments).out, Korvelcheck(arguments).out);
+}
+
+}  // namespace
+}  // namespace tool_test

@@ -1,0 +1,94 @@
+// lint: files that are no schemas, tables that would be refused, and files that are fine.
+#include <gmock/gmock.h>
+
+#include "tool_test.h"
+
+namespace tool_test {
+namespace {
+
+using testing::HasSubstr;
+
+class LintTest : public ToolTest {};
+
+TEST_F(LintTest, SeveralFilesMakeOneReport) {
+  ExpectOutcome(Korvelcheck({"lint", "old.xml", "wide.xml"}), 0,
+                "verdict: allowed\n"
+                "old.xml:2:1: allowed: table orders\n"
+                "old.xml:3:1: allowed: table users\n"
+                "wide.xml:2:1: allowed: table orders\n"
+                "wide.xml:3:1: allowed: table users\n"
+                "0 tables refused, 4 allowed; 4 compared, 0 new, 0 gone\n",
+                "");
+}
+
+TEST_F(LintTest, ATableThatWouldBeRefusedEndsWithOne) {
+  Write("bad.xml", Library(5, {Table({.fields = "<entry name=\"a-b\" id=\"2\" type=\"int8\"/>"})}));
+  ExpectOutcome(Korvelcheck({"lint", "old.xml", "bad.xml"}), 1,
+                "verdict: refused\n"
+                "old.xml:2:1: allowed: table orders\n"
+                "old.xml:3:1: allowed: table users\n"
+                "bad.xml:2:1: refused [field-name.invalid] CheckFieldNameValidate failed! table:'orders'\n"
+                "   table orders: -18 ERROR_FIELD_NAME_HAS_ILLEGAL_CHAR\n"
+                "1 table refused, 2 allowed; 3 compared, 0 new, 0 gone\n",
+                "");
+}
+
+// A table is judged as what its attributes say it is: an index is right on a generic table and wrong on a list.
+TEST_F(LintTest, AttributesDecideHowATableIsAsked) {
+  const std::string table = Table({.attributes = "TableType=LIST;ListNum=7"});
+  const std::string index = "<index name=\"by_uid\"><column entry=\"uid\"/></index></meta>";
+  Write("indexed.xml", Library(5, {table.substr(0, table.size() - 7) + index}));
+  Write("plain.xml", Library(5, {table}));
+  Write("generic.xml", Library(5, {Table().substr(0, Table().size() - 7) + index}));
+  const Outcome outcome = Korvelcheck({"lint", "indexed.xml"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_THAT(outcome.out, HasSubstr(" refused [index.list-table] "));
+  EXPECT_EQ(Korvelcheck({"lint", "plain.xml"}).exit_code, 0);
+  EXPECT_EQ(Korvelcheck({"lint", "generic.xml"}).exit_code, 0);
+}
+
+TEST_F(LintTest, SettingsAreThoseOfCheck) {
+  Write("large.xml", Library(5, {Table({.fields = "<entry name=\"blob\" id=\"2\" type=\"bytes\" size=\"131073\"/>"})}));
+  EXPECT_EQ(Korvelcheck({"lint", "large.xml"}).exit_code, 0);
+  const Outcome outcome = Korvelcheck({"lint", "large.xml", "--server-version", "3.28.9"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_THAT(outcome.out, HasSubstr(" refused [length.limit] ERR_ENTRY_LEN;blob|\n"));
+  EXPECT_EQ(Korvelcheck({"lint", "large.xml", "--server-version", "3.29.0"}).exit_code, 0);
+}
+
+TEST_F(LintTest, ATlvSchemaIsAcceptedAsItself) {
+  Write("tlv.xml", Library(5, {Table()}, "TLV"));
+  EXPECT_EQ(Korvelcheck({"lint", "tlv.xml"}).exit_code, 0);
+}
+
+TEST_F(LintTest, MalformedAttributesAreRefusedWithTheirText) {
+  Write("bad.xml", Library(5, {Table({.attributes = "TableType=LIST"})}));
+  ExpectOutcome(
+      Korvelcheck({"lint", "bad.xml"}), 1,
+      "verdict: refused\n"
+      "bad.xml:2:1: refused [table.attributes] Table attributes are invalid! table:'orders', ListNum is missing; a list "
+      "table needs it\n"
+      "   table orders: -1 CHECK_TABLE_ERROR_INVALID_PARAMETER\n"
+      "1 table refused, 0 allowed; 1 compared, 0 new, 0 gone\n",
+      "");
+}
+
+TEST_F(LintTest, ErrorsOfEveryFileAreShown) {
+  Write("one.xml", "<metalib");
+  Write("two.xml", "<metalib name=\"m\" version=\"1\" colour=\"red\"/>");
+  const Outcome outcome = Korvelcheck({"lint", "one.xml", "old.xml", "missing.xml", "two.xml"});
+  EXPECT_EQ(outcome.exit_code, 2);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_THAT(outcome.err, testing::StartsWith("one.xml:1:"));
+  EXPECT_THAT(outcome.err, HasSubstr("\nkorvelcheck: missing.xml: No such file or directory\ntwo.xml:1:"));
+}
+
+TEST_F(LintTest, AFileWithoutATableIsNoAnswer) {
+  Write("plain.xml", Library(5, {"<meta name=\"item\"><entry name=\"a\" type=\"int8\"/></meta>"}));
+  ExpectNotAsked(Korvelcheck({"lint", "plain.xml", "old.xml", "plain.xml"}),
+                 "korvelcheck: plain.xml: no table (a meta with a primary key)\n"
+                 "korvelcheck: plain.xml: no table (a meta with a primary key)\n");
+}
+
+}  // namespace
+}  // namespace tool_test

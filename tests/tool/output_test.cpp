@@ -1,0 +1,130 @@
+// Where the report goes, and what happens when it cannot get there.
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tool_test.h"
+
+namespace tool_test {
+namespace {
+
+class OutputTest : public ToolTest {
+ protected:
+  Outcome CheckWide(Stream output) const {
+    return Korvelcheck(Call{.arguments = {"check", "old.xml", "wide.xml"}, .output = output});
+  }
+  Outcome CheckWideInto(const std::string& file) const { return Korvelcheck({"check", "old.xml", "wide.xml", "-o", file}); }
+  unsigned ModeOf(const std::string& file) const {
+    struct stat status {};
+    EXPECT_EQ(::stat(PathOf(file).c_str(), &status), 0);
+    return status.st_mode & 07777;
+  }
+};
+
+TEST_F(OutputTest, AReaderThatGoesAwayChangesNothing) {
+  ExpectOutcome(CheckWide(Stream::kReaderGone), 1, "", "");
+  ExpectOutcome(Korvelcheck(Call{.arguments = {"check", "old.xml", "same.xml"}, .output = Stream::kReaderGone}), 0, "", "");
+}
+
+TEST_F(OutputTest, AFullDeviceIsAFault) {
+  ExpectOutcome(CheckWide(Stream::kFull), 3, "", "korvelcheck: cannot write standard output: No space left on device\n");
+}
+
+TEST_F(OutputTest, AClosedStandardOutputIsAFault) {
+  ExpectOutcome(CheckWide(Stream::kClosed), 3, "", "korvelcheck: cannot write standard output: Bad file descriptor\n");
+}
+
+// The log must not get the number of the closed stream: the report would end up in it.
+TEST_F(OutputTest, AClosedStandardOutputDoesNotReachTheLog) {
+  const Outcome outcome =
+      Korvelcheck(Call{.arguments = {"check", "old.xml", "wide.xml", "--log", "log"}, .output = Stream::kClosed});
+  EXPECT_EQ(outcome.exit_code, 3);
+  EXPECT_THAT(Read("log"), Not(testing::HasSubstr("verdict:")));
+}
+
+TEST_F(OutputTest, AFileTakesTheReport) {
+  for (const char* option : {"-o", "--output"}) {
+    ExpectOutcome(Korvelcheck({"check", "old.xml", "wide.xml", option, "report"}), 1, "", "");
+    EXPECT_EQ(Read("report"), kWideReport);
+    EXPECT_EQ(Files(), (std::vector<std::string>{"old.xml", "report", "same.xml", "wide.xml"}));
+  }
+}
+
+TEST_F(OutputTest, AMinusIsStandardOutput) { ExpectOutcome(CheckWideInto("-"), 1, kWideReport, ""); }
+
+TEST_F(OutputTest, AFileIsReplaced) {
+  Write("report", std::string(5000, 'x'));
+  CheckWideInto("report");
+  EXPECT_EQ(Read("report"), kWideReport);
+}
+
+TEST_F(OutputTest, PermissionBitsAreKept) {
+  Write("report", "");
+  ::chmod(PathOf("report").c_str(), 0640);
+  CheckWideInto("report");
+  EXPECT_EQ(ModeOf("report"), 0640u);
+}
+
+TEST_F(OutputTest, ANewFileHasUsualPermissionBits) {
+  const mode_t mask = ::umask(027);
+  CheckWideInto("report");
+  ::umask(mask);
+  EXPECT_EQ(ModeOf("report"), 0640u);
+}
+
+TEST_F(OutputTest, ALinkKeepsItsPlace) {
+  std::filesystem::create_directory(PathOf("sub"));
+  Write("sub/real", "");
+  std::filesystem::create_symlink("sub/real", PathOf("report"));
+  CheckWideInto("report");
+  EXPECT_TRUE(std::filesystem::is_symlink(PathOf("report")));
+  EXPECT_EQ(Read("sub/real"), kWideReport);
+}
+
+TEST_F(OutputTest, AnImpossibleFileIsAFaultAndLeavesNothing) {
+  std::filesystem::create_directory(PathOf("sub"));
+  ExpectOutcome(CheckWideInto("no/report"), 3, "", "korvelcheck: cannot write no/report: No such file or directory\n");
+  const Outcome outcome = CheckWideInto("sub");
+  EXPECT_EQ(outcome.exit_code, 3);
+  EXPECT_THAT(outcome.err, testing::EndsWith("/sub: is no regular file\n"));
+  EXPECT_EQ(Files(), (std::vector<std::string>{"old.xml", "same.xml", "sub", "wide.xml"}));
+}
+
+// A rename would put a file in the place of the device.
+TEST_F(OutputTest, DevicesAreNotReplaced) {
+  ExpectOutcome(CheckWideInto("/dev/null"), 3, "", "korvelcheck: cannot write /dev/null: is no regular file\n");
+}
+
+TEST_F(OutputTest, AnUnwritableDirectoryKeepsTheOldFile) {
+  if (::geteuid() == 0) GTEST_SKIP() << "root writes everywhere";
+  std::filesystem::create_directory(PathOf("sub"));
+  Write("sub/report", "old");
+  ::chmod(PathOf("sub").c_str(), 0500);
+  const Outcome outcome = CheckWideInto("sub/report");
+  ::chmod(PathOf("sub").c_str(), 0700);
+  EXPECT_EQ(outcome.exit_code, 3);
+  EXPECT_EQ(Read("sub/report"), "old");
+}
+
+// A limit on the size of files fails the write itself, for every user.
+TEST_F(OutputTest, AFailedWriteKeepsTheOldFileAndLeavesNothing) {
+  Write("report", "old");
+  Write("many.xml", Library(5, {Table({.name = std::string(5000, 'n')})}));
+  const std::vector<std::string> before = Files();
+  const Outcome outcome = Korvelcheck(Call{.arguments = {"lint", "many.xml", "-o", "report"},
+
+                                           .launcher = {"/bin/sh", "-c", "trap '' XFSZ; ulimit -f 1; exec \"$0\" \"$@\""}});
+  EXPECT_EQ(outcome.exit_code, 3);
+  EXPECT_THAT(outcome.err, testing::EndsWith("/report: File too large\n"));
+  EXPECT_EQ(Read("report"), "old");
+  EXPECT_EQ(Files(), before);
+}
+
+TEST_F(OutputTest, NothingIsWrittenWithoutAnAnswer) {
+  Write("report", "old");
+  EXPECT_EQ(Korvelcheck({"check", "old.xml", "missing.xml", "-o", "report"}).exit_code, 2);
+  EXPECT_EQ(Read("report"), "old");
+}
+
+}  // namespace
+}  // namespace tool_test

@@ -1,0 +1,36 @@
+// Runs the built program as a process of its own.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tool_test {
+
+struct Outcome {
+  int exit_code = -1;  // -1: ended by a signal
+  std::string out;     // standard output
+  std::string err;     // standard error
+};
+
+// Where a stream of the process goes.
+enum class Stream {
+  kCaptured,
+  kClosed,      // the process starts without the stream
+  kFull,        // a device without space
+  kReaderGone,  // a pipe that nobody reads any more
+  kTerminal,    // captured through a terminal
+};
+
+struct Call {
+  std::vector<std::string> arguments;
+  std::string directory = {};                 // working directory
+  std::vector<std::string> launcher = {};     // a program and arguments that starts what follows; empty = none
+  std::string input = {};                     // standard input
+  bool input_closed = false;                  // the process starts without standard input
+  Stream output = Stream::kCaptured;          // standard output
+  std::vector<std::string> environment = {};  // "NAME=value"; nothing else is handed on but the sanitizers' settings
+};
+
+Outcome RunProgram(const Call& call);
+
+}  // namespace tool_test

@@ -1,0 +1,76 @@
+// The report as text: lines that stay lines, colour where it is wanted. Its words are held by the tests of each command.
+#include <gmock/gmock.h>
+
+#include "tool_test.h"
+
+namespace tool_test {
+namespace {
+
+using testing::HasSubstr;
+
+class TextReportTest : public ToolTest {
+ protected:
+  Outcome OnTerminal(const std::vector<std::string>& environment) const {
+    return Korvelcheck(
+        Call{.arguments = {"check", "old.xml", "wide.xml"}, .output = Stream::kTerminal, .environment = environment});
+  }
+};
+
+constexpr char kEscape[] = "\x1b";
+
+// A table's name may hold anything a character reference can bring in.
+TEST_F(TextReportTest, NamesDoNotBreakLines) {
+  const std::string name = "a&#10;b&#9;c&#13;d&#x85;e&#x7f;f&#x2028;g\xc3\xa9";
+  Write("odd.xml", Library(5, {Table({.name = name})}));
+  Write("refused.xml", Library(5, {Table({.name = name, .fields = "<entry name=\"&#10;\" type=\"int8\"/>"})}));
+  const std::string shown = "a\\nb\\tc\\rd\\xc2\\x85e\\x7ff\\xe2\\x80\\xa8g\xc3\xa9";
+  ExpectOutcome(
+      Korvelcheck({"lint", "odd.xml"}), 0,
+      "verdict: allowed\nodd.xml:2:1: allowed: table " + shown + "\n0 tables refused, 1 allowed; 1 compared, 0 new, 0 gone\n",
+      "");
+  ExpectOutcome(Korvelcheck({"lint", "refused.xml"}), 1,
+                "verdict: refused\nrefused.xml:2:1: refused [field-name.invalid] CheckFieldNameValidate failed! table:'" + shown +
+                    "'\n   table " + shown +
+                    ": -18 ERROR_FIELD_NAME_HAS_ILLEGAL_CHAR\n1 table refused, 0 allowed; 1 compared, 0 new, 0 gone\n",
+                "");
+}
+
+TEST_F(TextReportTest, PathsDoNotBreakLines) {
+  Write("a\nb.xml", Read("old.xml"));
+  EXPECT_THAT(Korvelcheck({"lint", "a\nb.xml"}).out, HasSubstr("\na\\nb.xml:2:1: allowed: table orders\n"));
+}
+
+// Percent signs of names pass through the checker's formats unharmed.
+TEST_F(TextReportTest, PercentSignsAreKept) {
+  Write("old.xml", Library(5, {Table({.name = "%s%n%d"})}));
+  Write("new.xml", Library(5, {Table({.name = "%s%n%d", .key_type = "uint8"})}));
+  EXPECT_THAT(Korvelcheck({"check", "old.xml", "new.xml"}).out, HasSubstr("entry:'uid' metaname:'%s%n%d'\n   table %s%n%d: -3 "));
+}
+
+TEST_F(TextReportTest, StatusWordsAreColouredOnATerminal) {
+  const Outcome outcome = OnTerminal({"TERM=xterm"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_THAT(outcome.out, HasSubstr("verdict: \x1b[31mrefused\x1b[0m\r\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("wide.xml:2:1: \x1b[31mrefused\x1b[0m [primary-key.size]"));
+  EXPECT_THAT(outcome.out, HasSubstr("wide.xml:3:1: \x1b[32m"
+                                     "allowed\x1b[0m: table users"));
+}
+
+TEST_F(TextReportTest, NoColourWhereItIsNotWanted) {
+  EXPECT_THAT(OnTerminal({"TERM=xterm", "NO_COLOR=1"}).out, Not(HasSubstr(kEscape)));
+  EXPECT_THAT(OnTerminal({"TERM=dumb"}).out, Not(HasSubstr(kEscape)));
+  EXPECT_THAT(OnTerminal({}).out, Not(HasSubstr(kEscape)));
+  EXPECT_THAT(OnTerminal({"TERM=xterm", "NO_COLOR="}).out, HasSubstr(kEscape)) << "an empty NO_COLOR asks for nothing";
+}
+
+TEST_F(TextReportTest, NoColourInFilesAndPipes) {
+  EXPECT_EQ(Korvelcheck(Call{.arguments = {"check", "old.xml", "wide.xml"}, .environment = {"TERM=xterm"}}).out, kWideReport);
+  Korvelcheck(Call{.arguments = {"check", "old.xml", "wide.xml", "-o", "report"},
+
+                   .output = Stream::kTerminal,
+                   .environment = {"TERM=xterm"}});
+  EXPECT_EQ(Read("report"), kWideReport);
+}
+
+}  // namespace
+}  // namespace tool_test

@@ -1,0 +1,73 @@
+#include "tool_test.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+namespace tool_test {
+
+std::string Library(int version, const std::vector<std::string>& tables, const std::string& protocol) {
+  const std::string attribute = protocol.empty() ? "" : " protocol=\"" + protocol + "\"";
+  std::string text = "<metalib name=\"mall\" version=\"" + std::to_string(version) + "\"" + attribute + ">\n";
+  for (const std::string& table : tables) text += table + "\n";
+  return text + "</metalib>\n";
+}
+
+std::string Table(const TableText& table) {
+  const std::string attributes = table.attributes.empty() ? "" : " customattr=\"" + table.attributes + "\"";
+  return "<meta name=\"" + table.name + "\"" + attributes + "><entry name=\"uid\" id=\"1\" type=\"" + table.key_type + "\"/>" +
+         table.fields + "<primarykey entries=\"uid\"/></meta>";
+}
+
+ToolTest::ToolTest() {
+  std::string name = testing::TempDir() + "korvelcheck-XXXXXX";
+  if (::mkdtemp(name.data()) == nullptr) std::abort();
+  directory_ = name;
+  const std::string users = Table({.name = "users"});
+  Write("old.xml", Library(5, {Table(), users}));
+  Write("same.xml", Library(5, {Table(), users}));
+  Write("wide.xml", Library(5, {Table({.key_type = "uint32"}), users}));
+}
+
+ToolTest::~ToolTest() { std::filesystem::remove_all(directory_); }
+
+void ToolTest::Write(const std::string& file, const std::string& text) const {
+  std::ofstream stream(PathOf(file), std::ios::binary);
+  stream << text;
+  ASSERT_TRUE(stream.good()) << file;
+}
+
+std::string ToolTest::Read(const std::string& file) const {
+  std::ifstream stream(PathOf(file), std::ios::binary);
+  EXPECT_TRUE(stream.good()) << file;
+  std::stringstream text;
+  text << stream.rdbuf();
+  return text.str();
+}
+
+std::vector<std::string> ToolTest::Files() const {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(directory_)) names.push_back(entry.path().filename());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+Outcome ToolTest::Korvelcheck(const std::vector<std::string>& arguments) const {
+  return Korvelcheck(Call{.arguments = arguments});
+}
+
+Outcome ToolTest::Korvelcheck(Call call) const {
+  call.directory = directory_;
+  return RunProgram(call);
+}
+
+void ExpectOutcome(const Outcome& outcome, int exit_code, const std::string& out, const std::string& err) {
+  EXPECT_EQ(outcome.exit_code, exit_code);
+  EXPECT_EQ(outcome.out, out);
+  EXPECT_EQ(outcome.err, err);
+}
+
+void ExpectNotAsked(const Outcome& outcome, const std::string& err) { ExpectOutcome(outcome, 2, "", err); }
+
+}  // namespace tool_test

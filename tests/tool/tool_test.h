@@ -1,0 +1,65 @@
+// What the tests of the program share: a directory with schema files, and the program run in it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "process.h"
+
+namespace tool_test {
+
+// A schema file. Lines: the library stands on line 1, each table of `tables` on a line of its own.
+std::string Library(int version, const std::vector<std::string>& tables, const std::string& protocol = "QMX");
+
+// A table on one line, of a key field `uid`, other fields and attributes.
+struct TableText {
+  std::string name = "orders";
+  std::string attributes = {};  // text of customattr; empty = none
+  std::string key_type = "uint64";
+  std::string fields = {};  // entry elements
+};
+std::string Table(const TableText& table = {});
+
+// The usual files: old.xml and same.xml hold orders and users, wide.xml changes the key of orders.
+class ToolTest : public testing::Test {
+ protected:
+  ToolTest();
+  ~ToolTest() override;
+
+  void Write(const std::string& file, const std::string& text) const;
+  std::string Read(const std::string& file) const;
+  std::filesystem::path PathOf(const std::string& file) const { return directory_ / file; }
+  // Names of all files, sorted.
+  std::vector<std::string> Files() const;
+
+  // Runs the program in the directory.
+  Outcome Korvelcheck(const std::vector<std::string>& arguments) const;
+  Outcome Korvelcheck(Call call) const;
+
+ private:
+  std::filesystem::path directory_;
+};
+
+// What text reports of the usual files say.
+inline constexpr char kAllowedReport[] =
+    "verdict: allowed\n"
+    "same.xml:2:1: allowed: table orders\n"
+    "same.xml:3:1: allowed: table users\n"
+    "0 tables refused, 2 allowed; 2 compared, 0 new, 0 gone\n";
+inline constexpr char kWideReport[] =
+    "verdict: refused\n"
+    "wide.xml:2:1: refused [primary-key.size] The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
+    "   table orders: -3 ERROR_VALUE_FIELD\n"
+    "wide.xml:3:1: allowed: table users\n"
+    "1 table refused, 1 allowed; 2 compared, 0 new, 0 gone\n";
+
+// The whole outcome at once.
+void ExpectOutcome(const Outcome& outcome, int exit_code, const std::string& out, const std::string& err);
+
+// Exit code 2, nothing on standard output, this on standard error.
+void ExpectNotAsked(const Outcome& outcome, const std::string& err);
+
+}  // namespace tool_test

@@ -1,0 +1,126 @@
+// Commands and options as typed: help, version, and every kind of wrong usage.
+#include <gmock/gmock.h>
+
+#include "tool_test.h"
+
+namespace tool_test {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class UsageTest : public ToolTest {};
+
+constexpr const char* kCommands[] = {"check", "compat", "values", "same", "sortlist", "lint"};
+
+TEST_F(UsageTest, HelpListsEveryCommand) {
+  for (const char* option : {"--help", "-h"}) {
+    const Outcome outcome = Korvelcheck({option});
+    EXPECT_EQ(outcome.exit_code, 0);
+    EXPECT_EQ(outcome.err, "");
+    for (const char* command : kCommands) EXPECT_THAT(outcome.out, HasSubstr(std::string("\n  ") + command + " "));
+  }
+}
+
+TEST_F(UsageTest, EveryCommandHasHelp) {
+  for (const char* command : kCommands) {
+    const Outcome outcome = Korvelcheck({command, "--help"});
+    EXPECT_EQ(outcome.exit_code, 0);
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_THAT(outcome.out, HasSubstr(std::string("Usage: korvelcheck ") + command + " [OPTIONS] "));
+    EXPECT_THAT(outcome.out, HasSubstr("--format text|json"));
+  }
+}
+
+TEST_F(UsageTest, HelpShowsOnlyTheOptionsThatACommandTakes) {
+  EXPECT_THAT(Korvelcheck({"check", "--help"}).out, HasSubstr("--list-num N"));
+  EXPECT_THAT(Korvelcheck({"compat", "--help"}).out, Not(HasSubstr("--list-num")));
+  EXPECT_THAT(Korvelcheck({"values", "--help"}).out, HasSubstr("--created-as qmx|tlv"));
+  EXPECT_THAT(Korvelcheck({"same", "--help"}).out, Not(HasSubstr("--created-as")));
+  EXPECT_THAT(Korvelcheck({"sortlist", "--help"}).out, HasSubstr("--dst-table NAME"));
+  EXPECT_THAT(Korvelcheck({"lint", "--help"}).out, Not(HasSubstr("--table")));
+}
+
+TEST_F(UsageTest, VersionIsOneLine) { ExpectOutcome(Korvelcheck({"--version"}), 0, "korvelcheck " KORVEL_VERSION "\n", ""); }
+
+TEST_F(UsageTest, HelpThatCannotBeWrittenIsAFault) {
+  const Outcome outcome = Korvelcheck(Call{.arguments = {"--help"}, .output = Stream::kFull});
+  EXPECT_EQ(outcome.exit_code, 3);
+  EXPECT_EQ(outcome.err, "korvelcheck: cannot write standard output: No space left on device\n");
+}
+
+TEST_F(UsageTest, WrongCommandsAreRefused) {
+  const std::string hint = "\nTry 'korvelcheck --help'.\n";
+  ExpectNotAsked(Korvelcheck(std::vector<std::string>{}), "korvelcheck: a command is missing" + hint);
+  ExpectNotAsked(Korvelcheck({"chek"}), "korvelcheck: unknown command 'chek' (did you mean 'check'?)" + hint);
+  ExpectNotAsked(Korvelcheck({"frobnicate", "a"}), "korvelcheck: unknown command 'frobnicate'" + hint);
+  ExpectNotAsked(Korvelcheck({""}), "korvelcheck: unknown command ''" + hint);
+}
+
+struct WrongUsage {
+  std::vector<std::string> arguments;
+  std::string text;  // behind the command's name
+};
+
+TEST_F(UsageTest, WrongOptionsAreRefusedBeforeAnyFileIsRead) {
+  const WrongUsage kCases[] = {
+      {{"check"}, "OLD is required"},
+      {{"check", "no.xml"}, "NEW is required"},
+      {{"check", "a", "b", "c"}, "unexpected argument 'c'"},
+      {{"check", "--tabel", "x", "a", "b"}, "unknown option '--tabel' (did you mean '--table'?)"},
+      {{"check", "--tabel=x", "a"}, "unknown option '--tabel' (did you mean '--table'?)"},
+      {{"check", "a", "b", "-x"}, "unknown option '-x'"},
+      {{"same", "a", "b", "--type", "list"}, "unknown option '--type'"},
+      {{"check", "-", "-"}, "'-' (standard input) is given twice; allowed: once"},
+      {{"lint", "-", "a", "-"}, "'-' (standard input) is given twice; allowed: once"},
+      {{"check", "a", "b", "--type", "heap"}, "--type: 'heap' is not allowed; allowed: generic|list"},
+      {{"check", "a", "b", "--created-as", "QMX"}, "--created-as: 'QMX' is not allowed; allowed: qmx|tlv"},
+      {{"check", "a", "b", "--format", "xml"}, "--format: 'xml' is not allowed; allowed: text|json"},
+      {{"check", "a", "b", "--list-num", "-1"}, "--list-num: '-1' is not allowed; allowed: 0 to 2147483647"},
+      {{"check", "a", "b", "--list-num", "2147483648"}, "--list-num: '2147483648' is not allowed; allowed: 0 to 2147483647"},
+      {{"check", "a", "b", "--list-num", "7x"}, "--list-num: '7x' is not allowed; allowed: 0 to 2147483647"},
+      {{"check", "a", "b", "--log-level", "warn"}, "--log-level requires --log"},
+      {{"check", "a", "b", "--log-format", "json"}, "--log-format requires --log"},
+      {{"check", "a", "b", "--log", "-", "--log-level", "all"}, "--log-level: 'all' is not allowed; allowed: error|warn|info"},
+      {{"sortlist", "a", "b", "--dst-table", "x"}, "--dst-table requires --table"},
+      {{"sortlist", "a", "b", "--dst-table", "x", "--table", "y", "--table", "z"}, "--dst-table goes with one --table"},
+      {{"lint"}, "FILE is required"},
+  };
+  for (const auto& [arguments, text] : kCases) {
+    const std::string& command = arguments.front();
+    ExpectNotAsked(Korvelcheck(arguments),
+                   "korvelcheck: " + command + ": " + text + "\nTry 'korvelcheck " + command + " --help'.\n");
+  }
+}
+
+TEST_F(UsageTest, ServerVersionsAreNumbersJoinedByDots) {
+  for (const char* wrong : {"", ".", "3.", ".3", "3..2", "v3", "3.29.0 ", "3,29", "-3"}) {
+    const Outcome outcome = Korvelcheck({"check", "old.xml", "same.xml", "--server-version", wrong});
+    EXPECT_EQ(outcome.exit_code, 2) << wrong;
+    EXPECT_THAT(outcome.err, StartsWith("korvelcheck: check: --server-version: '" + std::string(wrong) + "' is not allowed"));
+  }
+  for (const char* right : {"3", "3.29.0", "10.0.0.12345678901234567890"}) {
+    EXPECT_EQ(Korvelcheck({"check", "old.xml", "same.xml", "--server-version", right}).exit_code, 0) << right;
+  }
+}
+
+TEST_F(UsageTest, AnOptionGivenTwiceIsRefused) {
+  const Outcome outcome = Korvelcheck({"check", "old.xml", "same.xml", "--type", "list", "--type", "generic"});
+  EXPECT_EQ(outcome.exit_code, 2);
+  EXPECT_THAT(outcome.err, StartsWith("korvelcheck: check: --type: "));
+}
+
+TEST_F(UsageTest, OptionsStandAnywhere) {
+  const std::string out = Korvelcheck({"check", "old.xml", "same.xml", "--format", "json", "--table", "users"}).out;
+  EXPECT_THAT(out, HasSubstr("\"users\""));
+  EXPECT_EQ(Korvelcheck({"check", "--table", "users", "old.xml", "--format=json", "same.xml"}).out, out);
+  EXPECT_EQ(Korvelcheck({"check", "--format", "json", "--table=users", "--", "old.xml", "same.xml"}).out, out);
+}
+
+// A terminal must not obey a file name.
+TEST_F(UsageTest, OddArgumentsStayOnTheirLine) {
+  ExpectNotAsked(Korvelcheck({"lint", "a\nb\x1b[31m"}), "korvelcheck: a\\nb\\x1b[31m: No such file or directory\n");
+}
+
+}  // namespace
+}  // namespace tool_test
