@@ -1,0 +1,54 @@
+# The commands that people type. CMake does the work: see CMakePresets.json for the build trees, build/NAME each.
+#
+# On a system without Debian packages, install what scripts/install-deps lists by hand and add INSTALL_DEPS=true.
+INSTALL_DEPS ?= scripts/install-deps
+JOBS ?= $(shell nproc)
+PREFIX ?= /usr/local
+
+.DEFAULT_GOAL := help
+.PHONY: help example test clang sanitize coverage goldens lint format install
+
+help: ## list these commands
+	@sed -n 's/^\([a-z]*\):.* ## /\1\t/p' $(MAKEFILE_LIST) | expand -t 12
+
+example: ## install what is missing, build, check the shipped example
+	$(INSTALL_DEPS) example
+	cmake --preset release
+	cmake --build --preset release -j $(JOBS) --target korvelcheck
+	scripts/example.sh build/release/src/tool/korvelcheck
+
+test: ## install what is missing, build, run every test
+	$(INSTALL_DEPS) test
+	scripts/test-preset test $(JOBS)
+
+clang: ## every test, built with clang
+	$(INSTALL_DEPS) ci
+	scripts/test-preset clang $(JOBS)
+
+sanitize: ## every test under the address and undefined-behaviour sanitizers
+	$(INSTALL_DEPS) ci
+	scripts/test-preset sanitize $(JOBS)
+
+coverage: ## line and branch coverage of src/common
+	$(INSTALL_DEPS) ci
+	scripts/coverage $(JOBS)
+
+goldens: ## remake tests/cases/*/*/expected; look at the difference before you commit it
+	$(INSTALL_DEPS) test
+	cmake --preset test
+	cmake --build --preset test -j $(JOBS) --target cases_test
+	KORVEL_UPDATE_GOLDENS=1 build/test/tests/cases/cases_test
+
+lint: ## format, clang-tidy, who includes whom, headers by themselves
+	$(INSTALL_DEPS) ci
+	scripts/lint $(JOBS)
+
+format: ## format every C++ file
+	$(INSTALL_DEPS) ci
+	scripts/cxx-files | xargs clang-format -i
+
+install: ## build and install the tool under PREFIX (/usr/local)
+	$(INSTALL_DEPS) example
+	cmake --preset release
+	cmake --build --preset release -j $(JOBS)
+	cmake --install build/release --prefix $(PREFIX)
