@@ -162,7 +162,11 @@ constexpr Message<Text> kUnknownTable("CheckTable: the library has no table:'%s'
 
 }  // namespace
 
+CheckTable::CheckTable() : CheckTable(std::string()) {}
+
 CheckTable::CheckTable(const std::string& svr_ver) : m_szErrorType{}, m_svr_ver(svr_ver) {}
+
+CheckTable::~CheckTable() = default;
 
 int CheckTable::CheckTableTypeByCustomAttr(LPQMXMETALIB metalib, const char* metaname, int& table_type, int& list_num,
                                            int& sort_field_num, int& sort_rule, char* data_protocol, bool /*flag*/,

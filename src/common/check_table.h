@@ -21,8 +21,9 @@ inline constexpr int SORT_RULE_DESC = 1;
 // Reads the attributes of a table ("TableType=LIST;ListNum=1024;DataProtocol=QMX") from its meta.
 class CheckTable {
  public:
-  CheckTable() : CheckTable(std::string()) {}
+  CheckTable();
   explicit CheckTable(const std::string& svr_ver);
+  ~CheckTable();
 
   // Derives the type of table `metaname` of `metalib`.
   //

@@ -14,7 +14,10 @@ namespace korvel {
 
 // --- Libraries ---
 
-inline bool IsTlv(LPQMXMETALIB metalib) { return metalib->iFlag != QMX_FLAG_UNSET && (metalib->iFlag & QMX_FLAG_TLV) != 0; }
+// A missing library is in no protocol.
+inline bool IsTlv(LPQMXMETALIB metalib) {
+  return metalib != nullptr && metalib->iFlag != QMX_FLAG_UNSET && (metalib->iFlag & QMX_FLAG_TLV) != 0;
+}
 
 inline char* DataOf(LPQMXMETA meta) { return reinterpret_cast<char*>(meta) - meta->ptrMeta; }
 

@@ -19,6 +19,11 @@ constexpr Message<Text, std::size_t, std::size_t> kWhitelistTrace("entry %s old_
 constexpr Message<Text, std::size_t> kTooLong329("entry %s length(%zu) is greater than 128kB");
 constexpr Message<Text, std::size_t> kTooLong("entry %s length(%zu) is greater than 256KB");
 
+// An empty name matches no field, whatever the whitelist was split into.
+bool IsWhitelisted(const std::set<std::string>& whitelist, const char* name) {
+  return name != nullptr && *name != '\0' && whitelist.count(name) != 0;
+}
+
 bool IsAtLeast(const std::string& version, const char* other) { return RealCmpVersion(version.c_str(), other, false) >= 0; }
 
 // What follows "WARNING_WHITELIST:".
@@ -56,7 +61,7 @@ int ModifyTable::CheckWhiteListFieldLen(const char* metaname, LPQMXMETALIB oldPs
     const std::size_t size = EntrySize(entry);
     if (size <= limit) continue;
     const char* name = qmx_get_entry_name(entry);
-    if (name != nullptr && whiteVec.count(name) != 0) {
+    if (IsWhitelisted(whiteVec, name)) {
       std::size_t old_len = 0;
       const bool isMod = CheckWhiteFieldIsModify(oldPstMeta, size, name, old_len);
       LogOnly(HERE, VESK_PRIORITY_INFO, kWhitelistTrace, name, old_len, size);

@@ -1,6 +1,6 @@
 // Field rules of the record format: fields are matched by name.
 // Held by tests/rules/record_test.cpp.
-#include <string_view>
+#include <string>
 
 #include "common/meta_view.h"
 #include "common/modify_table.h"
@@ -10,10 +10,11 @@ using namespace korvel;
 
 namespace {
 
-// The second custom attribute of an entry; a missing one is empty.
-std::string_view CustomAttr2(LPQMXMETALIB metalib, LPQMXMETAENTRY entry) {
+// A copy of the second custom attribute of an entry, for a library may answer for two entries from one place. A missing one is
+// empty.
+std::string CustomAttr2(LPQMXMETALIB metalib, LPQMXMETAENTRY entry) {
   const char* text = qmx_get_entry_customattr2(metalib, entry);
-  return text == nullptr ? std::string_view() : text;
+  return text == nullptr ? "" : text;
 }
 
 }  // namespace
@@ -60,7 +61,8 @@ int ModifyTable::CompareEntryValueField(LPQMXMETA old_meta, LPQMXMETA new_meta, 
       // The inner text stays; every inner code becomes this one.
       if (CompareEntryValueField(old_meta1, new_meta1, log_handle) != 0) return ERROR_VALUE_FIELD;
     }
-    if (CustomAttr2(ptrOldMetalib, pstOldEntry) != CustomAttr2(ptrNewMetalib, pstNewEntry)) {
+    const std::string old_cus_attr_string_2 = CustomAttr2(ptrOldMetalib, pstOldEntry);
+    if (old_cus_attr_string_2 != CustomAttr2(ptrNewMetalib, pstNewEntry)) {
       return Refuse(HERE, kCustomAttr2, name, old_meta_name);
     }
   }

@@ -3,6 +3,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 
 namespace korvel {
 namespace {
@@ -19,9 +20,12 @@ bool MayLog(LPVESKCATEGORYINST log, int priority) {
 void FormatText(char* buffer, const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
-  const int length = std::vsnprintf(buffer, kErrorTextSize, format, arguments);
+  // Formatted aside: an argument may be the text that the buffer still holds.
+  char text[kErrorTextSize];
+  const int length = std::vsnprintf(text, sizeof(text), format, arguments);
   va_end(arguments);
-  if (length < 0) buffer[0] = '\0';
+  if (length < 0) text[0] = '\0';
+  std::memcpy(buffer, text, std::strlen(text) + 1);
 }
 
 void LogRecord(const Site& site, int priority, const char* format, ...) {

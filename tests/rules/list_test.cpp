@@ -70,6 +70,8 @@ std::vector<Row> KeepRows() {
        Differs(-15, 2, 2, "Can't change sort_rule from INSC to DESC")},
       {"sort_rule_given_as_it_was_meant", Kind(one, Mall(sort + ";SortRule=INSC", "sort=1")), Passed(2, 2)},
       {"protocol_gained", Kind(list, Mall(std::string(kList8) + ";DataProtocol=TLV")), Passed(1, 1)},
+      {"protocol_kept", Kind(Mall(std::string(kList8) + ";DataProtocol=TLV"), Mall(std::string(kList8) + ";DataProtocol=TLV")),
+       Passed(1, 1)},
       {"protocol_changed", Kind(Mall(std::string(kList8) + ";DataProtocol=QMX"), Mall(std::string(kList8) + ";DataProtocol=TLV")),
        Differs(-16, 1, 1, "Can't change DataProtocolType from QMX to TLV")},
       {"protocol_lost", Kind(Mall(std::string(kList8) + ";DataProtocol=QMX"), list),

@@ -156,6 +156,13 @@ TEST(ErrorText, ALaterTextReplacesALongOne) {
 }
 
 // No name can bring this about but one of two gigabytes; a wide character that no locale knows can.
+TEST(ErrorText, AnArgumentMayBeTheBufferItself) {
+  ModifyTable checker;
+  std::strcpy(checker.m_szErrorType, "orders");
+  EXPECT_EQ(checker.KorvelModifyTable(nullptr, nullptr, checker.GetErrType(), 0, 1, nullptr, "", "", 0), -1);
+  EXPECT_STREQ(checker.GetErrType(), "Tnvaild parameter，please check the parameter! table: 'orders'");
+}
+
 TEST(ErrorText, AFormattingErrorLeavesTheBufferEmpty) {
   char buffer[korvel::kErrorTextSize] = "what was written before";
   korvel::FormatText(buffer, "all of it: %lc", static_cast<std::wint_t>(0x7FFFFFFF));

@@ -81,6 +81,14 @@ TEST(Values, ProtocolIsTheLowestBitOfASetFlagWord) {
   EXPECT_EQ(judge(-1), -3);
 }
 
+TEST(Values, MissingLibrariesDoNotCrash) {
+  ModifyTable checker;
+  EXPECT_EQ(checker.CompareValue(nullptr, nullptr, nullptr, nullptr, 2, nullptr), 0);
+  EXPECT_STREQ(checker.GetErrType(), "");
+  EXPECT_EQ(checker.CompareValue(nullptr, nullptr, nullptr, nullptr, 1, nullptr), -1);
+  EXPECT_STREQ(checker.GetErrType(), "Invalid parameter, meta is null");
+}
+
 TEST(Values, AFieldWhoseVersionDiffersIsRefused) {
   Library source = Mall(Protocol::kQmx);
   source.tables[0].fields[1].version = 3;

@@ -50,6 +50,17 @@ TEST_F(Boundary, AnEmptyWhitelistIsNotSplit) {
   EXPECT_TRUE(checker.whiteVec.empty());
 }
 
+TEST_F(Boundary, AnEmptyPieceOfTheWhitelistMatchesNoField) {
+  TheWorld().comparisons = {{"3.29.0", -1}, {"3.39.0", -1}};
+  TheWorld().whitelist = {""};
+  FakeLibrary large("large");
+  large.AddMeta("mall%s", {EntryFacts{.name = "", .unit_size = 131073}});
+  ModifyTable checker;
+  support::CaptureCategory log;
+  EXPECT_EQ(checker.CheckWhiteListFieldLen("mall%s", large.Lib(), large.Lib(), "1", ";", &log), -2);
+  EXPECT_STREQ(checker.GetErrType(), "ERR_ENTRY_LEN;|");
+}
+
 TEST_F(Boundary, WithoutAServerVersionNothingIsCompared) {
   ModifyTable checker;
   EXPECT_EQ(Modify(checker, nullptr), 0);

@@ -111,6 +111,7 @@ std::vector<ListRow> KeepRows() {
       {"sort_rule_1_to_0", Sorted(1, 1), Sorted(1, 0), 0, 0, Differs(-15, 2, 2, rule_text + "DESC to INSC")},
       {"sort_rule_counts_without_sort_fields", Sorted(0, 0), Sorted(0, 1), 0, 0, Differs(-15, 2, 2, rule_text + "INSC to DESC")},
       {"protocol_gained", Protocol(""), Protocol("TLV"), 0, 0, Passed(1, 1)},
+      {"protocol_kept", Protocol("QMX"), Protocol("QMX"), 0, 0, Passed(1, 1)},
       {"protocol_lost", Protocol("QMX"), Protocol(""), 0, 0, Differs(-16, 1, 1, "Can't change DataProtocolType from QMX to ")},
       {"protocol_changed", Protocol("QMX"), Protocol("TLV"), 0, 0,
        Differs(-16, 1, 1, "Can't change DataProtocolType from QMX to TLV")},

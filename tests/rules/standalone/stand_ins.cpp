@@ -190,7 +190,11 @@ const char* qmx_get_entry_customattr2(LPQMXMETALIB metalib, LPQMXMETAENTRY entry
 
 }  // extern "C"
 
+CheckTable::CheckTable() : CheckTable(std::string()) {}
+
 CheckTable::CheckTable(const std::string& svr_ver) : m_szErrorType{}, m_svr_ver(svr_ver) {}
+
+CheckTable::~CheckTable() = default;
 
 int CheckTable::CheckTableTypeByCustomAttr(LPQMXMETALIB metalib, const char* metaname, int& table_type, int& list_num,
                                            int& sort_field_num, int& sort_rule, char* data_protocol, bool flag,
