@@ -96,7 +96,7 @@ class RecordList {
   class Iterator {
    public:
     Iterator(Record* first, int index) : first_(first), index_(index) {}
-    Record* operator*() const { return first_ == nullptr ? nullptr : first_ + index_; }
+    Record* operator*() const { return At(first_, index_); }
     Iterator& operator++() {
       ++index_;
       return *this;
@@ -114,8 +114,12 @@ class RecordList {
   }
   Iterator begin() const { return {first_, 0}; }
   Iterator end() const { return {first_, count_}; }
+  int size() const { return count_; }
+  Record* operator[](int index) const { return At(first_, index); }
 
  private:
+  static Record* At(Record* first, int index) { return first == nullptr ? nullptr : first + index; }
+
   Record* first_;
   int count_;
 };

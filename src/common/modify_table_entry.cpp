@@ -1,5 +1,6 @@
 // Lookups of entries by name and id, and the rules on versions and order of entries.
 // Held by tests/rules/entry_lookup_test.cpp, entry_version_test.cpp and entry_order_test.cpp.
+#include "common/lookup.h"
 #include "common/meta_view.h"
 #include "common/modify_table.h"
 #include "common/refuse.h"
@@ -14,17 +15,15 @@ LPQMXMETAENTRY ModifyTable::CheckWhetherExistEntry(const char* entry_name, LPQMX
     Report(HERE, kNameOrMeta);
     return nullptr;
   }
-  if (EntryCount(meta) <= 0) {
+  const int count = EntryCount(meta);
+  if (count <= 0) {
     Report(HERE, kNoEntries, qmx_get_meta_name(meta));
     return nullptr;
   }
-  for (const auto [index, entry] : Entries(meta)) {
-    if (SameName(qmx_get_entry_name(entry), entry_name)) {
-      entry_offset = index;
-      return entry;
-    }
-  }
-  return nullptr;
+  const int position = PositionByName(meta, count, entry_name);
+  if (position < 0) return nullptr;
+  entry_offset = position;
+  return qmx_get_entry_by_index(meta, position);
 }
 
 // The first entry of that id, on the same terms. 0 is an id; a negative one is a bad argument.
@@ -33,20 +32,20 @@ LPQMXMETAENTRY ModifyTable::CheckWhetherExistEntryById(int entry_id, LPQMXMETA m
     Report(HERE, kNameOrMeta);
     return nullptr;
   }
-  if (EntryCount(meta) <= 0) {
+  const int count = EntryCount(meta);
+  if (count <= 0) {
     Report(HERE, kNoEntries, qmx_get_meta_name(meta));
     return nullptr;
   }
-  for (const auto [index, entry] : Entries(meta)) {
-    if (qmx_get_entry_id(entry) == entry_id) return entry;
-  }
-  return nullptr;
+  const int position = PositionById(meta, count, entry_id);
+  return position < 0 ? nullptr : qmx_get_entry_by_index(meta, position);
 }
 
 // A kept entry keeps its version; an added one is above the old library's. Removed entries are not looked at.
 int ModifyTable::CompareVersion(LPQMXMETA old_meta, LPQMXMETA new_meta, int old_metalib_version,
                                 LPVESKCATEGORYINST log_handle) const {
   if (old_meta == nullptr || new_meta == nullptr) return Refuse(HERE, kMetaNull);
+  const CallMemory::Scope memory;
   for (const auto [index, pstNewEntry] : Entries(new_meta)) {
     int entry_offset = 0;
     const char* name = qmx_get_entry_name(pstNewEntry);
@@ -62,7 +61,9 @@ int ModifyTable::CompareVersion(LPQMXMETA old_meta, LPQMXMETA new_meta, int old_
     if (!IsComposite(qmx_get_entry_type(pstOldEntry))) continue;
     const LPQMXMETA old_meta1 = qmx_get_entry_type_meta(OwnerOf(old_meta), pstOldEntry);
     const LPQMXMETA new_meta1 = qmx_get_entry_type_meta(OwnerOf(new_meta), pstNewEntry);
-    if (const int ret = CompareVersion(old_meta1, new_meta1, old_metalib_version, log_handle); ret != 0) return ret;
+    const int ret = memory->Once(CallMemory::Rule::kVersion, old_meta1, new_meta1, m_szErrorType,
+                                 [&] { return CompareVersion(old_meta1, new_meta1, old_metalib_version, log_handle); });
+    if (ret != 0) return ret;
   }
   return CHECK_TABLE_SUCCESS;
 }
@@ -70,6 +71,7 @@ int ModifyTable::CompareVersion(LPQMXMETA old_meta, LPQMXMETA new_meta, int old_
 // Kept entries keep their order; each added one shifts those behind it by one. Trailing entries may go unnoticed.
 int ModifyTable::CompareOrder(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVESKCATEGORYINST log_handle) const {
   if (old_meta == nullptr || new_meta == nullptr) return Refuse(HERE, kMetaNull);
+  const CallMemory::Scope memory;
   int curr_num_of_new_entry = 0;
   for (const auto [index, pstNewEntry] : Entries(new_meta)) {
     int entry_offset = 0;
@@ -84,7 +86,9 @@ int ModifyTable::CompareOrder(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVESKCATE
     if (!IsComposite(qmx_get_entry_type(pstEntry))) continue;
     const LPQMXMETA old_meta1 = qmx_get_entry_type_meta(OwnerOf(old_meta), pstEntry);
     const LPQMXMETA new_meta1 = qmx_get_entry_type_meta(OwnerOf(new_meta), pstNewEntry);
-    if (const int ret = CompareOrder(old_meta1, new_meta1, log_handle); ret != 0) return ret;
+    const int ret = memory->Once(CallMemory::Rule::kOrder, old_meta1, new_meta1, m_szErrorType,
+                                 [&] { return CompareOrder(old_meta1, new_meta1, log_handle); });
+    if (ret != 0) return ret;
   }
   return CHECK_TABLE_SUCCESS;
 }

@@ -1,5 +1,6 @@
 // Do two structures have the same fields? No rule of a check asks it; it is offered to the store's other components.
 // Held by tests/rules/fieldset_test.cpp.
+#include "common/lookup.h"
 #include "common/meta_view.h"
 #include "common/modify_table.h"
 #include "common/refuse.h"
@@ -9,13 +10,6 @@ using namespace korvel;
 namespace {
 
 constexpr Message<Text> kSameFields("CompareValueField between new and old table:%s successed");
-
-LPQMXMETAENTRY FindByName(LPQMXMETA meta, const char* name) {
-  for (const auto [index, entry] : Entries(meta)) {
-    if (SameName(qmx_get_entry_name(entry), name)) return entry;
-  }
-  return nullptr;
-}
 
 // What of an entry has to be the same.
 struct Shape {
@@ -41,10 +35,12 @@ int ModifyTable::CompareTableField(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVES
   if (old_value_field_num != new_value_field_num) {
     return Refuse(HERE, kFieldNum, old_meta_name, old_value_field_num, new_meta_name, new_value_field_num);
   }
+  const CallMemory::Scope memory;
   for (const auto [index, old_entry] : Entries(old_meta)) {
     const char* name = qmx_get_entry_name(old_entry);
-    const LPQMXMETAENTRY new_entry = FindByName(new_meta, name);
-    if (new_entry == nullptr) return Refuse(HERE, kFieldMissing, name, new_meta_name);
+    const int position = PositionByName(new_meta, new_value_field_num, name);
+    if (position < 0) return Refuse(HERE, kFieldMissing, name, new_meta_name);
+    const LPQMXMETAENTRY new_entry = qmx_get_entry_by_index(new_meta, position);
     const Shape old_shape(old_entry);
     const Shape new_shape(new_entry);
     if (old_shape != new_shape) {
@@ -54,7 +50,9 @@ int ModifyTable::CompareTableField(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVES
     if (!IsComposite(old_shape.type)) continue;
     const LPQMXMETA old_sub_meta = qmx_get_entry_type_meta(OwnerOf(old_meta), old_entry);
     const LPQMXMETA new_sub_meta = qmx_get_entry_type_meta(OwnerOf(new_meta), new_entry);
-    if (const int ret = CompareTableField(old_sub_meta, new_sub_meta, log_handle); ret != 0) return ret;
+    const int ret = memory->Once(CallMemory::Rule::kFieldSet, old_sub_meta, new_sub_meta, m_szErrorType,
+                                 [&] { return CompareTableField(old_sub_meta, new_sub_meta, log_handle); });
+    if (ret != 0) return ret;
   }
   LogOnly(HERE, VESK_PRIORITY_INFO, kSameFields, old_meta_name);
   return CHECK_TABLE_SUCCESS;

@@ -1,5 +1,6 @@
 // Indexes: the same names, each with the same set of columns; none at all on a list table.
 // Held by tests/rules/index_test.cpp.
+#include "common/lookup.h"
 #include "common/meta_view.h"
 #include "common/modify_table.h"
 #include "common/refuse.h"
@@ -23,6 +24,7 @@ int ModifyTable::CompareIndex(LPQMXMETA old_meta, LPQMXMETA new_meta, int table_
     return none ? CHECK_TABLE_SUCCESS : Refuse(HERE, kIndexOnList, old_name);
   }
   if (IndexCount(old_meta) != IndexCount(new_meta)) return Refuse(HERE, kIndexCount, old_name);
+  const CallMemory::Scope memory;
   for (auto* new_index : Indexes(new_meta)) {
     const char* name = IndexName(new_meta, new_index);
     const LPQMXMETAINDEX old_index = CheckWhetherIndexField(old_meta, name);
@@ -35,10 +37,7 @@ int ModifyTable::CompareIndex(LPQMXMETA old_meta, LPQMXMETA new_meta, int table_
 }
 
 LPQMXMETAINDEX ModifyTable::CheckWhetherIndexField(LPQMXMETA pstTabMeta, const char* szIndexName) {
-  for (auto* index : Indexes(pstTabMeta)) {
-    if (SameName(IndexName(pstTabMeta, index), szIndexName)) return index;
-  }
-  return nullptr;
+  return IndexByName(pstTabMeta, szIndexName);
 }
 
 // Column order, directions and prefix lengths are not compared.
@@ -46,6 +45,7 @@ int ModifyTable::CompareIndexColumn(LPQMXMETAINDEX pstIndex_old, LPQMXMETAINDEX 
                                     LPQMXMETA pstnewMeta, LPVESKCATEGORYINST log_handle) {
   if (pstIndex_old == nullptr || pstIndex_new == nullptr) return Refuse(HERE, kIndexNull);
   if (pstIndex_old->iColumnNum != pstIndex_new->iColumnNum) return Refuse(HERE, kColumnSet, qmx_get_meta_name(pstoldMeta));
+  const CallMemory::Scope memory;
   for (const auto* column : Columns(pstnewMeta, pstIndex_new)) {
     const char* name = MemberName(pstnewMeta, column);
     if (const int ret = CheckWhetherColumnField(name, pstIndex_old, pstoldMeta, log_handle); ret != 0) {
@@ -59,8 +59,6 @@ int ModifyTable::CompareIndexColumn(LPQMXMETAINDEX pstIndex_old, LPQMXMETAINDEX 
 int ModifyTable::CheckWhetherColumnField(const char* szFieldName, LPQMXMETAINDEX pstIndex_old, LPQMXMETA pstTabMeta,
                                          LPVESKCATEGORYINST log_handle) {
   if (szFieldName == nullptr || pstIndex_old == nullptr) return Refuse(HERE, kColumnSet, qmx_get_meta_name(pstTabMeta));
-  for (const auto* column : Columns(pstTabMeta, pstIndex_old)) {
-    if (SameName(MemberName(pstTabMeta, column), szFieldName)) return CHECK_TABLE_SUCCESS;
-  }
+  if (IsColumnName(pstTabMeta, pstIndex_old, szFieldName)) return CHECK_TABLE_SUCCESS;
   return Refuse(HERE, kColumnSet, qmx_get_meta_name(pstTabMeta));
 }

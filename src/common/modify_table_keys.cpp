@@ -1,5 +1,6 @@
 // Primary key and splittable key. Types and sizes of key fields are the field rules' concern.
 // Held by tests/rules/primary_key_test.cpp and splittable_key_test.cpp.
+#include "common/lookup.h"
 #include "common/meta_view.h"
 #include "common/modify_table.h"
 #include "common/refuse.h"
@@ -28,6 +29,7 @@ int ModifyTable::ComparePrimaryKey(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVES
   if (old_meta->nPrimayKeyMemberNum != new_meta->nPrimayKeyMemberNum) {
     return Refuse(HERE, kPrimaryKeyCount, qmx_get_meta_name(new_meta));
   }
+  const CallMemory::Scope memory;
   for (const auto* member : PrimaryKeyMembers(new_meta)) {
     const char* name = MemberName(new_meta, member);
     if (CheckWhetherPrimaryKey(name, old_meta, log_handle) != 0) {
@@ -40,9 +42,7 @@ int ModifyTable::ComparePrimaryKey(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVES
 int ModifyTable::CheckWhetherPrimaryKey(const char* entry_name, LPQMXMETA meta, LPVESKCATEGORYINST log_handle) {
   if (entry_name == nullptr || meta == nullptr) return Refuse(HERE, kNameOrMeta);
   if (!HasPrimaryKey(meta)) return Refuse(HERE, kNoPrimaryKey, qmx_get_meta_name(meta));
-  for (const auto* member : PrimaryKeyMembers(meta)) {
-    if (SameName(MemberName(meta, member), entry_name)) return CHECK_TABLE_SUCCESS;
-  }
+  if (IsPrimaryKeyName(meta, entry_name)) return CHECK_TABLE_SUCCESS;
   return Refuse(HERE, kNotPrimaryKey, entry_name, qmx_get_meta_name(meta));
 }
 

@@ -1,5 +1,6 @@
 // Field lengths by server version, and the whitelist of fields that may exceed them.
 // Held by tests/rules/length_test.cpp.
+#include "common/lookup.h"
 #include "common/meta_view.h"
 #include "common/modify_table.h"
 #include "common/refuse.h"
@@ -53,6 +54,7 @@ int ModifyTable::CheckWhiteListFieldLen(const char* metaname, LPQMXMETALIB oldPs
   const std::size_t limit = ge339 ? kMaxField339 : ge329 ? kMaxField329 : kMaxField;
 
   std::string oversized;  // what follows "ERR_ENTRY_LEN;"
+  const CallMemory::Scope memory;
   const int new_entry_num = EntryCount(newPstMeta);
   for (int i = 0; i < new_entry_num; ++i) {
     const LPQMXMETAENTRY entry = qmx_get_entry_by_index(newPstMeta, i);
@@ -83,16 +85,12 @@ int ModifyTable::CheckWhiteListFieldLen(const char* metaname, LPQMXMETALIB oldPs
   return kWhitelistGrown.code;
 }
 
-// Whether the field is strictly smaller in the old meta, whose size of it goes to `old_len`.
+// Whether the field is strictly smaller in the old meta, whose size of it goes to `old_len`. What stands behind a missing entry
+// is not searched.
 bool ModifyTable::CheckWhiteFieldIsModify(LPQMXMETA oldPstMeta, std::size_t new_len, const char* entry_name,
                                           std::size_t& old_len) {
-  const int old_entry_num = EntryCount(oldPstMeta);
-  for (int i = 0; i < old_entry_num; ++i) {
-    const LPQMXMETAENTRY entry = qmx_get_entry_by_index(oldPstMeta, i);
-    if (entry == nullptr) return false;  // what stands behind it is not searched
-    if (!SameName(qmx_get_entry_name(entry), entry_name)) continue;
-    old_len = EntrySize(entry);
-    return old_len < new_len;
-  }
-  return false;
+  const int position = PositionUpToMissing(oldPstMeta, entry_name);
+  if (position < 0) return false;
+  old_len = EntrySize(qmx_get_entry_by_index(oldPstMeta, position));
+  return old_len < new_len;
 }

@@ -1,7 +1,10 @@
 // Does a table keep its kind? Table type, list length, sort settings and data protocol, as CheckTable derives them.
 // Held by tests/rules/list_test.cpp and sortlist_test.cpp.
 #include <cstring>
+#include <optional>
+#include <string_view>
 
+#include "common/call_memory.h"
 #include "common/check_table.h"
 #include "common/meta_view.h"
 #include "common/modify_table.h"
@@ -38,38 +41,46 @@ TableKind DeriveKind(CheckTable& check, LPQMXMETALIB metalib, const char* metana
 
 bool IsEmpty(const char* text) { return text == nullptr || *text == '\0'; }
 
-// What a search for a sort attribute in the old meta found.
-struct OldAttribute {
-  const char* text = nullptr;  // null: no entry of that name carries the attribute
-  int unreadable = -1;         // position of an entry that ended the search
-  int nameless = -1;           // position of an entry without a name that ended the search
-};
+// The entries of a meta that carry a second custom attribute. A search ends at the first entry that cannot be had, or that
+// carries the attribute and has no name; entries without the attribute are passed over before their names are read.
+class AttributedEntries {
+ public:
+  AttributedEntries(LPQMXMETALIB metalib, LPQMXMETA meta)
+      : metalib_(metalib), meta_(meta), count_(EntryCount(meta)), end_(count_) {}
 
-// The second custom attribute of the first entry of that name which carries one. Entries without the attribute are passed over
-// before their names are read, and nothing behind the match is looked at.
-OldAttribute FindOldAttribute(LPQMXMETALIB metalib, LPQMXMETA meta, const char* name) {
-  OldAttribute found;
-  const int entry_num = EntryCount(meta);
-  for (int j = 0; j < entry_num; ++j) {
-    const LPQMXMETAENTRY entry = qmx_get_entry_by_index(meta, j);
-    if (entry == nullptr) {
-      found.unreadable = j;
-      return found;
-    }
-    const char* attribute = qmx_get_entry_customattr2(metalib, entry);
-    if (IsEmpty(attribute)) continue;
-    const char* entry_name = qmx_get_entry_name(entry);
-    if (entry_name == nullptr) {
-      found.nameless = j;
-      return found;
-    }
-    if (std::strcmp(entry_name, name) == 0) {
-      found.text = attribute;
-      return found;
-    }
+  // The attribute of the first of that name; null if the search did not meet one.
+  const char* Find(const char* name) {
+    const CallMemory::Scope memory;
+    const int position = memory->FindFirst(CallMemory::List::kAttributedEntries, meta_, count_, std::string_view(name),
+                                           [this](int i) { return KeyAt(i); });
+    return position < 0 ? nullptr : attribute_;  // the match is what was looked at last
   }
-  return found;
-}
+
+  // Where and why a search that met nothing ended early.
+  bool EndsEarly() const { return end_ < count_; }
+  bool EndsAtMissingEntry() const { return qmx_get_entry_by_index(meta_, end_) == nullptr; }
+  int end() const { return end_; }
+
+ private:
+  std::optional<std::string_view> KeyAt(int i) {
+    if (i >= end_) return std::nullopt;
+    const LPQMXMETAENTRY entry = qmx_get_entry_by_index(meta_, i);
+    attribute_ = entry == nullptr ? nullptr : qmx_get_entry_customattr2(metalib_, entry);
+    if (entry != nullptr && IsEmpty(attribute_)) return std::nullopt;
+    const char* name = EntryName(entry);
+    if (name == nullptr) {
+      end_ = i;
+      return std::nullopt;
+    }
+    return name;
+  }
+
+  LPQMXMETALIB metalib_;
+  LPQMXMETA meta_;
+  int count_;
+  int end_;                          // the entry that ends every search, as far as it was met
+  const char* attribute_ = nullptr;  // of the entry looked at last
+};
 
 }  // namespace
 
@@ -114,6 +125,8 @@ int ModifyTable::CheckListMetaInfo(const char* metaname, LPQMXMETALIB oldPstMeta
   // A sorted list: a field that carried the attribute before must carry the same one; others may gain it.
   const LPQMXMETA newPstMeta = qmx_get_meta_by_name(newPstMetaLib, metaname);
   const LPQMXMETA oldPstMeta = qmx_get_meta_by_name(oldPstMetaLib, metaname);
+  const CallMemory::Scope memory;
+  AttributedEntries old_entries(oldPstMetaLib, oldPstMeta);
   const int new_entry_num = EntryCount(newPstMeta);
   for (int i = 0; i < new_entry_num; ++i) {
     const LPQMXMETAENTRY pstEntry = qmx_get_entry_by_index(newPstMeta, i);
@@ -122,12 +135,11 @@ int ModifyTable::CheckListMetaInfo(const char* metaname, LPQMXMETALIB oldPstMeta
     if (IsEmpty(new_cus)) continue;
     const char* new_name = qmx_get_entry_name(pstEntry);
     if (new_name == nullptr) return Refuse(HERE, kNewEntryName, i);
-    const OldAttribute old_cus = FindOldAttribute(oldPstMetaLib, oldPstMeta, new_name);
-    if (old_cus.unreadable >= 0) return Refuse(HERE, kOldEntryNull, old_cus.unreadable);
-    if (old_cus.nameless >= 0) return Refuse(HERE, kOldEntryName, old_cus.nameless);
-    if (old_cus.text != nullptr && std::strcmp(old_cus.text, new_cus) != 0) {
-      return Refuse(HERE, kSortAttribute, old_cus.text, new_cus);
+    const char* old_cus = old_entries.Find(new_name);
+    if (old_cus == nullptr && old_entries.EndsEarly()) {
+      return Refuse(HERE, old_entries.EndsAtMissingEntry() ? kOldEntryNull : kOldEntryName, old_entries.end());
     }
+    if (old_cus != nullptr && std::strcmp(old_cus, new_cus) != 0) return Refuse(HERE, kSortAttribute, old_cus, new_cus);
   }
   return CHECK_TABLE_SUCCESS;
 }

@@ -2,6 +2,7 @@
 // Held by tests/rules/record_test.cpp.
 #include <string>
 
+#include "common/call_memory.h"
 #include "common/meta_view.h"
 #include "common/modify_table.h"
 #include "common/refuse.h"
@@ -27,6 +28,7 @@ int ModifyTable::CompareEntryValueField(LPQMXMETA old_meta, LPQMXMETA new_meta, 
   const char* new_meta_name = qmx_get_meta_name(new_meta);
   if (!SameName(old_meta_name, new_meta_name)) return Refuse(HERE, kStructName, old_meta_name, new_meta_name);
 
+  const CallMemory::Scope memory;
   const LPQMXMETALIB ptrOldMetalib = OwnerOf(old_meta);
   const LPQMXMETALIB ptrNewMetalib = OwnerOf(new_meta);
   const bool ids_are_kept = IsTlv(ptrOldMetalib) && IsTlv(ptrNewMetalib);
@@ -59,7 +61,9 @@ int ModifyTable::CompareEntryValueField(LPQMXMETA old_meta, LPQMXMETA new_meta, 
       const LPQMXMETA old_meta1 = qmx_get_entry_type_meta(ptrOldMetalib, pstOldEntry);
       const LPQMXMETA new_meta1 = qmx_get_entry_type_meta(ptrNewMetalib, pstNewEntry);
       // The inner text stays; every inner code becomes this one.
-      if (CompareEntryValueField(old_meta1, new_meta1, log_handle) != 0) return ERROR_VALUE_FIELD;
+      const int ret = memory->Once(CallMemory::Rule::kRecord, old_meta1, new_meta1, m_szErrorType,
+                                   [&] { return CompareEntryValueField(old_meta1, new_meta1, log_handle); });
+      if (ret != 0) return ERROR_VALUE_FIELD;
     }
     const std::string old_cus_attr_string_2 = CustomAttr2(ptrOldMetalib, pstOldEntry);
     if (old_cus_attr_string_2 != CustomAttr2(ptrNewMetalib, pstNewEntry)) {

@@ -1,5 +1,6 @@
 // Field rules of the TLV protocol: fields are matched by id, and sub-structures follow a looser set of rules than tables.
 // Held by tests/rules/tlv_test.cpp.
+#include "common/lookup.h"
 #include "common/meta_view.h"
 #include "common/modify_table.h"
 #include "common/refuse.h"
@@ -17,6 +18,7 @@ int ModifyTable::CompareEntryValueFieldTLV(LPQMXMETA old_meta, LPQMXMETA new_met
   if (old_meta == nullptr) return Refuse(HERE, kMetaNull);
   const char* old_meta_name = qmx_get_meta_name(old_meta);
   if (new_meta == nullptr) return Refuse(HERE, kStructMissing, old_meta_name);
+  const CallMemory::Scope memory;
   const int old_entry_num = EntryCount(old_meta);
   for (int i = 0; i < old_entry_num; ++i) {
     // An entry that cannot be had did not survive either.
@@ -49,7 +51,9 @@ int ModifyTable::CompareEntryValueFieldTLV(LPQMXMETA old_meta, LPQMXMETA new_met
     if (!IsComposite(old_type)) continue;
     const LPQMXMETA old_meta1 = qmx_get_entry_type_meta(OwnerOf(old_meta), pstOldEntry);
     const LPQMXMETA new_meta1 = qmx_get_entry_type_meta(OwnerOf(new_meta), pstNewEntry);
-    if (CompareEntrySubMetaFieldTLV(old_meta1, new_meta1, log_handle) != 0) return ERROR_VALUE_FIELD;
+    const int ret = memory->Once(CallMemory::Rule::kTlv, old_meta1, new_meta1, m_szErrorType,
+                                 [&] { return CompareEntrySubMetaFieldTLV(old_meta1, new_meta1, log_handle); });
+    if (ret != 0) return ERROR_VALUE_FIELD;
   }
   return CHECK_TABLE_SUCCESS;
 }
@@ -60,22 +64,20 @@ bool ModifyTable::CheckWhetherExistEntryOfTLV(LPQMXMETAENTRY needCheckPstEntry, 
     Report(HERE, kNothingToFind);
     return false;
   }
-  if (EntryCount(new_meta) <= 0) {
+  const int entry_num = EntryCount(new_meta);
+  if (entry_num <= 0) {
     Report(HERE, kNoEntries, qmx_get_meta_name(new_meta));
     return false;
   }
-  const int entry_id = qmx_get_entry_id(needCheckPstEntry);
-  const char* name = qmx_get_entry_name(needCheckPstEntry);
-  for (const auto [index, pstEntry] : Entries(new_meta)) {
-    if (qmx_get_entry_id(pstEntry) == entry_id && SameName(qmx_get_entry_name(pstEntry), name)) return true;
-  }
-  return false;
+  return PositionByIdAndName(new_meta, entry_num, qmx_get_entry_id(needCheckPstEntry), qmx_get_entry_name(needCheckPstEntry)) >=
+         0;
 }
 
 // Names, keys and refer properties are not looked at; an entry whose id is gone is passed over.
 int ModifyTable::CompareEntrySubMetaFieldTLV(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVESKCATEGORYINST log_handle) const {
   if (old_meta == nullptr || new_meta == nullptr) return Refuse(HERE, kMetaNull);
   const char* old_meta_name = qmx_get_meta_name(old_meta);
+  const CallMemory::Scope memory;
   for (const auto [index, pstOldEntry] : Entries(old_meta)) {
     const int id = qmx_get_entry_id(pstOldEntry);
     const LPQMXMETAENTRY pstNewEntry = CheckWhetherExistEntryById(id, new_meta, log_handle);
@@ -92,7 +94,9 @@ int ModifyTable::CompareEntrySubMetaFieldTLV(LPQMXMETA old_meta, LPQMXMETA new_m
     if (!IsComposite(old_type)) continue;
     const LPQMXMETA old_meta1 = qmx_get_entry_type_meta(OwnerOf(old_meta), pstOldEntry);
     const LPQMXMETA new_meta1 = qmx_get_entry_type_meta(OwnerOf(new_meta), pstNewEntry);
-    if (CompareEntrySubMetaFieldTLV(old_meta1, new_meta1, log_handle) != 0) return ERROR_VALUE_FIELD;
+    const int ret = memory->Once(CallMemory::Rule::kTlv, old_meta1, new_meta1, m_szErrorType,
+                                 [&] { return CompareEntrySubMetaFieldTLV(old_meta1, new_meta1, log_handle); });
+    if (ret != 0) return ERROR_VALUE_FIELD;
   }
   return CHECK_TABLE_SUCCESS;
 }

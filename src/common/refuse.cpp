@@ -8,16 +8,22 @@
 namespace korvel {
 namespace {
 
+thread_local Traces traces;
+
 bool MayLog(LPVESKCATEGORYINST log, int priority) {
   if (log == nullptr) return false;
   if (log->piPriorityLow != nullptr && *log->piPriorityLow != -1 && *log->piPriorityLow < priority) return false;
   if (log->piPriorityHigh != nullptr && *log->piPriorityHigh > priority) return false;
+  ++traces.records;
   return vesk_category_can_write(log, priority, 0, 0) != 0;
 }
 
 }  // namespace
 
+Traces TracesOfThread() { return traces; }
+
 void FormatText(char* buffer, const char* format, ...) {
+  ++traces.texts;
   va_list arguments;
   va_start(arguments, format);
   // Formatted aside: an argument may be the text that the buffer still holds.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <type_traits>
 
 #include "common/message.h"
@@ -22,6 +23,13 @@ struct Site {
 
 // The site of the rule it stands in, a member of ModifyTable with a parameter log_handle.
 #define HERE (::korvel::Site{m_szErrorType, log_handle, {__FILE__, __LINE__, static_cast<const char*>(__func__), nullptr}})
+
+// How many texts and records this thread has written so far; a record counts when its bounds let it through.
+struct Traces {
+  std::uint64_t texts = 0;
+  std::uint64_t records = 0;
+};
+Traces TracesOfThread();
 
 // Formats into an error buffer. A text that does not fit is cut; one that cannot be formatted leaves the buffer empty.
 void FormatText(char* buffer, const char* format, ...);

@@ -1,0 +1,113 @@
+// What a call remembers cannot be observed, and keeps the cost of a call linear.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "linear/ask.h"
+#include "linear/random_pair.h"
+
+namespace linear {
+namespace {
+
+constexpr Operation kOperations[] = {Operation::kModifyQmx, Operation::kModifyTlv, Operation::kCompat, Operation::kValuesQmx,
+                                     Operation::kValuesTlv, Operation::kSame,      Operation::kRecord, Operation::kTlv,
+                                     Operation::kVersion,   Operation::kOrder};
+
+struct Gate {
+  bool with_log;
+  std::optional<int> low_bound;
+};
+
+// No category; one open to all; one closed to INFO; one closed to all.
+constexpr Gate kGates[] = {{false, {}}, {true, {}}, {true, 300}, {true, 0}};
+
+std::uint64_t Number(const char* variable, std::uint64_t otherwise) {
+  const char* text = std::getenv(variable);
+  return text == nullptr ? otherwise : std::strtoull(text, nullptr, 10);
+}
+
+// KORVEL_SEED and KORVEL_PAIRS choose another run.
+TEST(Memory, CannotBeObserved) {
+  const std::uint64_t seed = Number("KORVEL_SEED", 20261121);
+  const std::uint64_t pairs = Number("KORVEL_PAIRS", 3000);
+  std::uint64_t passed = 0;
+  std::uint64_t left_text = 0;  // passed, with a lookup's text in the buffer
+  for (std::uint64_t i = 0; i < pairs; ++i) {
+    std::mt19937_64 random(seed + i);
+    const Pair pair = RandomPair(random);
+    const support::Schema old_schema = pair.old_lib.Build();
+    const support::Schema new_schema = pair.new_lib.Build();
+    for (const Operation operation : kOperations) {
+      for (const Gate& gate : kGates) {
+        const Question question{operation, old_schema.Lib(), new_schema.Lib(), gate.with_log, gate.low_bound};
+        const Answer plain = AskPlain(question);
+        const Answer product = AskProduct(question);
+        ASSERT_EQ(product.code, plain.code) << "seed " << seed + i;
+        ASSERT_EQ(product.buffer, plain.buffer) << "seed " << seed + i;
+        ASSERT_EQ(product.log, plain.log) << "seed " << seed + i;
+        ASSERT_EQ(product.grown, plain.grown) << "seed " << seed + i;
+        passed += plain.code == 0;
+        left_text += plain.code == 0 && plain.buffer.starts_with("Table dose not have entry");
+      }
+    }
+  }
+  RecordProperty("seed", std::to_string(seed));
+  std::printf("seed %llu: %llu pairs, %llu answers 0, %llu of them with a text\n", static_cast<unsigned long long>(seed),
+              static_cast<unsigned long long>(pairs), static_cast<unsigned long long>(passed),
+              static_cast<unsigned long long>(left_text));
+  // The comparison means little unless many pairs pass, with and without traces.
+  EXPECT_GT(passed, pairs * 5);
+  EXPECT_GT(left_text, pairs / 10);
+}
+
+// Each structure is two fields of the one below: walked for every path, this would never end.
+support::Library Tower(int levels, bool empty_at_the_bottom) {
+  support::Library library = support::Of({});
+  library.protocol = qmx::Protocol::kTlv;
+  for (int i = 0; i < levels; ++i) {
+    const std::string below = i == 0 ? "int32" : "s" + std::to_string(i - 1);
+    const std::string name = i + 1 == levels ? "t" : "s" + std::to_string(i);
+    library.tables.push_back({.name = name, .fields = {{"n3", below, 0, 1}, {"n20", below, 0, 2}}});
+  }
+  library.tables.back().fields.push_back({"k", "int32", 0, 3});
+  library.tables.back().key = {"k"};
+  if (empty_at_the_bottom) library.pokes.push_back(support::EntryNumber("s0", 0));
+  return library;
+}
+
+TEST(Memory, SharedStructuresAreWalkedOnce) {
+  // Sizes double with each level and fit 64 bits up to here; both fields are whitelisted.
+  const support::Schema tower = Tower(60, false).Build();
+  for (const Operation operation : kOperations) {
+    EXPECT_EQ(AskProduct({operation, tower.Lib(), tower.Lib(), false, {}}).code, 0);
+    // Only the records of successes of one rule could not be left out.
+    EXPECT_EQ(AskProduct({operation, tower.Lib(), tower.Lib(), true, 300}).code, 0);
+  }
+}
+
+TEST(Memory, SharedStructuresThatLeaveATextAreWalkedOnceWhereNothingIsLogged) {
+  const support::Schema old_tower = Tower(60, true).Build();
+  const support::Schema new_tower = Tower(60, false).Build();
+  const Answer quiet = AskProduct({Operation::kOrder, old_tower.Lib(), new_tower.Lib(), false, {}});
+  EXPECT_EQ(quiet.code, 0);
+  EXPECT_EQ(quiet.buffer, "Table dose not have entry, table:'s0'");
+  const Answer closed = AskProduct({Operation::kOrder, old_tower.Lib(), new_tower.Lib(), true, 299});
+  EXPECT_EQ(closed.buffer, "Table dose not have entry, table:'s0'");
+}
+
+// The text of the structure met last stays, also where it was met before.
+TEST(Memory, APairPassedOverLeavesItsTextAgain) {
+  support::Library filled = support::Of({{.name = "s0", .fields = {{"x"}}},
+                                         {.name = "s1", .fields = {{"x"}}},
+                                         {.name = "t", .fields = {{"a", "s0"}, {"b", "s1"}, {"c", "s0"}}, .key = {"a"}}});
+  support::Library emptied = filled;
+  emptied.pokes = {support::EntryNumber("s0", 0), support::EntryNumber("s1", 0)};
+  const support::Schema old_schema = emptied.Build();
+  const support::Schema new_schema = filled.Build();
+  const Question question{Operation::kOrder, old_schema.Lib(), new_schema.Lib(), false, {}};
+  EXPECT_EQ(AskProduct(question).buffer, "Table dose not have entry, table:'s0'");
+  EXPECT_EQ(AskPlain(question), AskProduct(question));
+}
+
+}  // namespace
+}  // namespace linear

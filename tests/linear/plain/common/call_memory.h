@@ -1,0 +1,46 @@
+// The memory of a call that remembers nothing: every lookup walks from the first item, every pair is walked each time it is met.
+// The rules compiled against this one are what those of the product must not be told from.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "common/refuse.h"
+#include "qmx/qmx_types.h"
+
+namespace korvel {
+
+struct CallMemory {
+  enum class List : std::uint8_t {
+    kEntryNames,
+    kEntryIds,
+    kEntryIdsAndNames,
+    kEntriesUpToMissing,
+    kAttributedEntries,
+    kPrimaryKey,
+    kIndexes,
+    kColumns
+  };
+  enum class Rule : std::uint8_t { kRecord, kTlv, kVersion, kOrder, kFieldSet };
+
+  struct [[maybe_unused]] Scope {
+    CallMemory* operator->() const { return nullptr; }
+  };
+
+  template <class Key, class KeyAt>
+  static int FindFirst(List, const void*, int count, const Key& wanted, KeyAt key_at) {
+    for (int i = 0; i < count; ++i) {
+      if (key_at(i) == wanted) return i;
+    }
+    return -1;
+  }
+
+  template <class Walk>
+  static int Once(Rule, LPQMXMETA, LPQMXMETA, const char*, Walk walk) {
+    return walk();
+  }
+};
+
+}  // namespace korvel
