@@ -1,6 +1,6 @@
 #!/bin/sh
-# Types every command of README.md and compares what it prints with what stands there.
-# Usage: examples/check.sh PATH_TO_TOOL [--update]    (--update writes the README instead; read the change before you keep it)
+# Types every command of the README here and of the one above, and compares what it prints with what stands there.
+# Usage: examples/check.sh PATH_TO_TOOL [--update]    (--update writes them instead; read the change before you keep it)
 set -u
 
 if [ $# -lt 1 ]; then
@@ -14,28 +14,34 @@ cd "$(dirname "$0")/.." || exit 2
 typed=$(mktemp) || exit 2
 trap 'rm -f "$typed"' EXIT
 
-# Copies the README; in its console blocks, what follows a command is replaced by what the command prints now.
-TOOL=$tool awk '
-  /^```/ { console = ($0 == "```console") }
-  console && /^\$ korvelcheck / {
-    print
-    command = "\"$TOOL\" " substr($0, length("$ korvelcheck ") + 1) " 2>&1"
-    while ((command | getline line) > 0) print line
-    close(command)
-    next
-  }
-  console && !/^```/ { next }
-  { print }
-' examples/README.md > "$typed"
+# Copies a document; in its console blocks, what follows a command is replaced by what the command prints now.
+type_commands() {
+  TOOL=$tool awk '
+    /^```/ { console = ($0 == "```console") }
+    console && /^\$ korvelcheck / {
+      print
+      command = "\"$TOOL\" " substr($0, length("$ korvelcheck ") + 1) " 2>&1"
+      while ((command | getline line) > 0) print line
+      close(command)
+      next
+    }
+    console && !/^```/ { next }
+    { print }
+  ' "$1"
+}
 
 status=0
 for file in examples/*/*.xml; do
-  grep -q "^\$ korvelcheck .*$file" "$typed" || { echo "check.sh: $file stands in no command of examples/README.md" >&2; status=1; }
+  grep -q "^\$ korvelcheck .*$file" examples/README.md ||
+    { echo "check.sh: $file stands in no command of examples/README.md" >&2; status=1; }
 done
-if [ "${2-}" = --update ]; then
-  cat "$typed" > examples/README.md
-elif ! diff -u examples/README.md "$typed"; then
-  echo "check.sh: examples/README.md does not say what the tool prints; examples/check.sh TOOL --update corrects it" >&2
-  status=1
-fi
+for document in README.md examples/README.md; do
+  type_commands "$document" > "$typed"
+  if [ "${2-}" = --update ]; then
+    cat "$typed" > "$document"
+  elif ! diff -u "$document" "$typed"; then
+    echo "check.sh: $document does not say what the tool prints; examples/check.sh TOOL --update corrects it" >&2
+    status=1
+  fi
+done
 exit $status
