@@ -1,5 +1,5 @@
 // The object, its text tables and the drivers that run the rules in order. The rules themselves stand in modify_table_*.cpp, a
-// family a file. Held by tests/rules/driver_test.cpp, compat_test.cpp and values_test.cpp.
+// family a file. Held by tests/rules: driver_test, driver_protocol_test, compat_test and values_test.
 #include "common/modify_table.h"
 
 #include "common/meta_view.h"

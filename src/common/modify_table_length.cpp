@@ -1,5 +1,5 @@
 // Field lengths by server version, and the whitelist of fields that may exceed them.
-// Held by tests/rules/length_test.cpp.
+// Held by tests/rules: length_test and standalone/.
 #include "common/lookup.h"
 #include "common/meta_view.h"
 #include "common/modify_table.h"

@@ -1,5 +1,5 @@
 // Does a table keep its kind? Table type, list length, sort settings and data protocol, as CheckTable derives them.
-// Held by tests/rules/list_test.cpp and sortlist_test.cpp.
+// Held by tests/rules: list_test, sortlist_test and standalone/.
 #include <cstring>
 #include <optional>
 #include <string_view>

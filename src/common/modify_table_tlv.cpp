@@ -1,5 +1,5 @@
 // Field rules of the TLV protocol: fields are matched by id, and sub-structures follow a looser set of rules than tables.
-// Held by tests/rules/tlv_test.cpp.
+// Held by tests/rules/tlv_test.cpp and tlv_structure_test.cpp.
 #include "common/lookup.h"
 #include "common/meta_view.h"
 #include "common/modify_table.h"

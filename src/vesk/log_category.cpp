@@ -12,6 +12,8 @@
 #include <cstdio>
 #include <exception>
 #include <mutex>
+#include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "vesk/record_line.h"

@@ -75,7 +75,7 @@ Outcome Stopped(int code, const std::string& text, const Settings& settings = {}
 const Outcome kAllowed = After(0, kPreset, {kNoSplit, kUid, kZone, kDone});
 const Outcome kAllowedGrown = After(0, kPreset, {kNoSplit, kUid, kZone, kNote, kDone});
 
-// Step 2 leaves no trace line.
+// A bad parameter is refused before the trace line.
 Outcome BadParameter(const std::string& name) {
   Outcome outcome = Refused(-1, kEntry, "Tnvaild parameter\xef\xbc\x8cplease check the parameter! table: '" + name + "'");
   outcome.server = "9.9";
