@@ -33,7 +33,7 @@ struct ReadResult {
   std::vector<ReadError> errors;  // in the order of the file
 };
 
-// Reads a whole file held in memory. UTF-8 only. Linear in its size.
+// Reads a whole file held in memory. UTF-8 only. Linear in its size. Throws nothing but std::bad_alloc.
 ReadResult ReadXml(std::string_view text);
 
 }  // namespace qmx

@@ -2,6 +2,8 @@
 #include <expat.h>
 
 #include <memory>
+#include <new>
+#include <utility>
 
 #include "qmx/qmx_xml.h"
 #include "qmx/quote.h"
@@ -34,10 +36,7 @@ class XmlReader {
 
   // False if the reading ended early.
   bool Parse() {
-    if (parser_ == nullptr) {
-      errors_.Add(0, "out of memory; allowed: files that fit into memory");
-      return false;
-    }
+    if (parser_ == nullptr) throw std::bad_alloc();
     XML_SetUserData(parser_.get(), this);
     XML_SetElementHandler(parser_.get(), OnStart, OnEnd);
     XML_SetCharacterDataHandler(parser_.get(), OnText);
@@ -45,6 +44,8 @@ class XmlReader {
     XML_SetStartDoctypeDeclHandler(parser_.get(), OnDoctype);
     // All in one piece: expat would scan a long tag again for each piece of it. kMaxFileBytes fits its int.
     if (XML_Parse(parser_.get(), text_.data(), static_cast<int>(text_.size()), XML_TRUE) == XML_STATUS_OK) return !is_stopped_;
+    // Then the file is not to blame.
+    if (XML_GetErrorCode(parser_.get()) == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
     if (!is_stopped_) {
       const FileFault fault = DescribeSyntaxError(XML_GetErrorCode(parser_.get()), text_, Offset(), handler_.InnermostOpen());
       errors_.Add(fault.offset, fault.text);
@@ -86,13 +87,20 @@ class XmlReader {
     if (reader.errors_.IsFull()) reader.Stop();
   }
 
-  static void OnXmlDeclaration(void* self, const char*, const char* encoding, int) {
+  static void OnXmlDeclaration(void* self, const char* version, const char* encoding, int) {
     XmlReader& reader = Self(self);
-    if (encoding == nullptr || IsAllowedEncoding(encoding)) return;
-    const std::size_t declaration = reader.Offset();
-    const auto value = FindAttributeValue(reader.text_, declaration, "encoding");
-    reader.errors_.Add(value ? value->begin : declaration, "encoding " + Quote(encoding) + "; allowed: UTF-8, US-ASCII");
-    reader.Stop();
+    if (version != nullptr && std::string_view(version) != "1.0") {
+      reader.RefuseDeclaration("version", "XML version " + Quote(version) + "; allowed: 1.0");
+    } else if (encoding != nullptr && !IsAllowedEncoding(encoding)) {
+      reader.RefuseDeclaration("encoding", "encoding " + Quote(encoding) + "; allowed: UTF-8, US-ASCII");
+    }
+  }
+
+  void RefuseDeclaration(std::string_view attribute, std::string what) {
+    const std::size_t declaration = Offset();
+    const auto value = FindAttributeValue(text_, declaration, attribute);
+    errors_.Add(value ? value->begin : declaration, std::move(what));
+    Stop();
   }
 
   static void OnDoctype(void* self, const char*, const char*, const char*, int) {

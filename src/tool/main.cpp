@@ -4,15 +4,18 @@
 
 #include <csignal>
 #include <exception>
+#include <filesystem>
 #include <memory>
 #include <new>
 #include <stdexcept>
+#include <system_error>
 
 #include "qmx/did_you_mean.h"
 #include "qmx/quote.h"
 #include "tool/cannot_ask.h"
 #include "tool/command.h"
 #include "tool/file_descriptor.h"
+#include "tool/one_line.h"
 #include "tool/output.h"
 #include "tool/render.h"
 #include "vesk/log_category.h"
@@ -66,6 +69,25 @@ std::unique_ptr<vesk::LogCategory> OpenLog(const std::optional<vesk::LogSettings
   return log;
 }
 
+bool IsSameFile(const std::string& a, const std::string& b) {
+  std::error_code ignored;
+  return a == b || std::filesystem::equivalent(a, b, ignored);
+}
+
+// A report or log must not replace what is read, nor each other.
+void RefuseOverlaps(const Options& options) {
+  const std::string log = options.log ? options.log->file.value_or("") : "";
+  const std::string output = options.output.value_or("");
+  for (const std::string& input : options.inputs) {
+    if (!output.empty() && IsSameFile(output, input))
+      throw CannotAsk{{Said("-o " + OneLine(output) + " would replace an input")}};
+    if (!log.empty() && IsSameFile(log, input)) throw CannotAsk{{Said("--log " + OneLine(log) + " would change an input")}};
+  }
+  if (!output.empty() && !log.empty() && IsSameFile(output, log)) {
+    throw CannotAsk{{Said("-o and --log name the same file: " + OneLine(output))}};
+  }
+}
+
 void Write(const Report& report, const Options& options) {
   const std::string text = options.json ? RenderJson(report) : RenderText(report, !options.output && CanColour());
   options.output ? WriteFile(*options.output, text) : WriteStandardOutput(text);
@@ -78,6 +100,7 @@ int RunCommand(const Command& command, const std::vector<std::string>& arguments
     WriteStandardOutput(help);
     return kAllAllowed;
   }
+  RefuseOverlaps(*options);
   const std::unique_ptr<vesk::LogCategory> log = OpenLog(options->log);
   const Report report = command.run(command, *options, log->handle());
   log->Close();
@@ -107,6 +130,7 @@ int Run(const std::vector<std::string>& arguments) {
 int main(int argc, char** argv) {
   using namespace korvel::tool;
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);  // a file at its size limit is a failed write
   OccupyClosedStreams();
   try {
     return Run({argv + (argc > 0 ? 1 : 0), argv + argc});

@@ -6,13 +6,16 @@
 namespace korvel::tool {
 namespace {
 
-// Length of the control character at the start of `text`, 0 if there is none: C0, DEL, C1 (U+0080 to U+009F) and the line and
-// paragraph separators (U+2028, U+2029).
+// Length of the control character at the start of `text`, 0 if there is none: C0, DEL, C1 (U+0080 to U+009F), the line and
+// paragraph separators and the marks that change the direction of writing (U+2028 to U+202E, U+2066 to U+2069).
 std::size_t ControlLength(std::string_view text) {
   const auto byte = static_cast<unsigned char>(text.front());
   if (byte < 0x20 || byte == 0x7f) return 1;
   if (byte == 0xc2 && text.size() > 1) return static_cast<unsigned char>(text[1]) < 0xa0 ? 2 : 0;
-  return text.starts_with("\xe2\x80\xa8") || text.starts_with("\xe2\x80\xa9") ? 3 : 0;
+  if (byte != 0xe2 || text.size() < 3) return 0;
+  const auto last = static_cast<unsigned char>(text[2]);
+  const bool is_mark = (text[1] == '\x80' && last >= 0xa8 && last <= 0xae) || (text[1] == '\x81' && last >= 0xa6 && last <= 0xa9);
+  return is_mark ? 3 : 0;
 }
 
 std::string Escaped(char c) {

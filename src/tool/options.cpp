@@ -178,7 +178,7 @@ std::optional<Options> ParseOptions(const Command& command, const std::vector<st
     help = app.help();
     return std::nullopt;
   }
-  if (!options.dst_table.empty() && options.tables.size() != 1) RefuseUsage(command, "--dst-table goes with one --table");
+  if (options.dst_table && options.tables.size() != 1) RefuseUsage(command, "--dst-table goes with one --table");
   if (std::count(options.inputs.begin(), options.inputs.end(), "-") > 1) {
     RefuseUsage(command, "'-' (standard input) is given twice; allowed: once");
   }

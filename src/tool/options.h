@@ -13,9 +13,9 @@ namespace korvel::tool {
 struct Command;
 
 struct Options {
-  std::vector<std::string> inputs;  // paths, "-" = standard input
-  std::vector<std::string> tables;  // --table; empty = all
-  std::string dst_table;            // --dst-table; empty = as --table
+  std::vector<std::string> inputs;       // paths, "-" = standard input
+  std::vector<std::string> tables;       // --table; empty = all
+  std::optional<std::string> dst_table;  // --dst-table; absent = as --table
   Settings given;
   bool json = false;
   std::optional<std::string> output;  // absent = standard output

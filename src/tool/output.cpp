@@ -2,6 +2,7 @@
 #include "tool/output.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -52,14 +53,35 @@ class TemporaryFile {
   bool moved_ = false;
 };
 
-// The file behind a link, so that the link stays; the path itself where there is none.
+// The file behind a link, so that the link stays; the path itself where there is no file yet.
 std::string BehindLinks(const std::string& path) {
   char* const resolved = ::realpath(path.c_str(), nullptr);
-  if (resolved == nullptr) return path;
+  if (resolved == nullptr) {
+    struct stat status {};
+    if (::lstat(path.c_str(), &status) == 0) Fail(path, "is a symbolic link to no file");
+    return path;
+  }
   std::string target = resolved;
   ::free(resolved);
   return target;
 }
+
+// Holds back the signals that end a program while a temporary file is in place: it would be left behind.
+class SignalsHeldBack {
+ public:
+  SignalsHeldBack() {
+    sigset_t signals;
+    ::sigemptyset(&signals);
+    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) ::sigaddset(&signals, signal);
+    ::sigprocmask(SIG_BLOCK, &signals, &before_);
+  }
+  SignalsHeldBack(const SignalsHeldBack&) = delete;
+  SignalsHeldBack& operator=(const SignalsHeldBack&) = delete;
+  ~SignalsHeldBack() { ::sigprocmask(SIG_SETMASK, &before_, nullptr); }
+
+ private:
+  sigset_t before_{};
+};
 
 // The permission bits of the file that is replaced, or those of any new file.
 mode_t ModeFor(const std::string& path) {
@@ -91,6 +113,7 @@ void WriteStandardOutput(const std::string& text) {
 void WriteFile(const std::string& path, const std::string& text) {
   const std::string destination = BehindLinks(path);
   const mode_t mode = ModeFor(destination);
+  const SignalsHeldBack signals;
   TemporaryFile file(destination);
   file.Write(text, mode);
   file.Move();

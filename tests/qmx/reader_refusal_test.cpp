@@ -320,6 +320,7 @@ std::vector<Case> SyntaxCases() {
       {"DeclaredLatin",
        "<?xml version='1.0' encoding='ISO-8859-1'?>" + Lib("<foo/>"),
        {"1:31: encoding 'ISO-8859-1'; allowed: UTF-8, US-ASCII"}},
+      {"OtherXmlVersion", "<?xml version='1.1'?>" + Lib(""), {"1:16: XML version '1.1'; allowed: 1.0"}},
       {"DeclaredUtf16",
        "<?xml version='1.0' encoding='UTF-16'?>" + Lib(""),
        {"1:31: encoding 'UTF-16'; allowed: UTF-8, US-ASCII"}},

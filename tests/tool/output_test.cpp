@@ -50,6 +50,30 @@ TEST_F(OutputTest, AFileTakesTheReport) {
   }
 }
 
+// An input that was replaced by a report would be a lost schema.
+TEST_F(OutputTest, AnInputIsNotReplaced) {
+  std::filesystem::create_symlink("old.xml", PathOf("link"));
+  for (const char* name : {"old.xml", "./old.xml", "link", "wide.xml"}) {
+    const std::string path = name;
+    ExpectNotAsked(CheckWideInto(path), "korvelcheck: -o " + path + " would replace an input\n");
+    ExpectNotAsked(Korvelcheck({"check", "old.xml", "wide.xml", "--log", path}),
+                   "korvelcheck: --log " + path + " would change an input\n");
+  }
+  ExpectNotAsked(Korvelcheck({"check", "old.xml", "wide.xml", "-o", "out", "--log", "out"}),
+                 "korvelcheck: -o and --log name the same file: out\n");
+  EXPECT_EQ(Files(), (std::vector<std::string>{"link", "old.xml", "same.xml", "wide.xml"}));
+}
+
+TEST_F(OutputTest, ALinkToNoFileIsRefused) {
+  std::filesystem::create_symlink("nowhere", PathOf("dangling"));
+  std::filesystem::create_symlink("loop", PathOf("loop"));
+  for (const char* name : {"dangling", "loop"}) {
+    ExpectOutcome(CheckWideInto(name), 3, "",
+                  "korvelcheck: cannot write " + std::string(name) + ": is a symbolic link to no file\n");
+    EXPECT_TRUE(std::filesystem::is_symlink(PathOf(name)));
+  }
+}
+
 TEST_F(OutputTest, AMinusIsStandardOutput) { ExpectOutcome(CheckWideInto("-"), 1, kWideReport, ""); }
 
 TEST_F(OutputTest, AFileIsReplaced) {
@@ -113,7 +137,7 @@ TEST_F(OutputTest, AFailedWriteKeepsTheOldFileAndLeavesNothing) {
   const std::vector<std::string> before = Files();
   const Outcome outcome = Korvelcheck(Call{.arguments = {"lint", "many.xml", "-o", "report"},
 
-                                           .launcher = {"/bin/sh", "-c", "trap '' XFSZ; ulimit -f 1; exec \"$0\" \"$@\""}});
+                                           .launcher = {"/bin/sh", "-c", "ulimit -f 1; exec \"$0\" \"$@\""}});
   EXPECT_EQ(outcome.exit_code, 3);
   EXPECT_THAT(outcome.err, testing::EndsWith("/report: File too large\n"));
   EXPECT_EQ(Read("report"), "old");

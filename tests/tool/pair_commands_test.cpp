@@ -90,6 +90,7 @@ TEST_F(PairCommandsTest, TheDestinationOfSortlistMayHaveAnotherName) {
                 "   table ranks: -6 ERROR_INDEX_FIELD\n"
                 "1 table refused, 0 allowed; 1 compared, 0 new, 0 gone\n",
                 "");
+  EXPECT_EQ(Korvelcheck({"sortlist", "src.xml", "dst.xml", "--table", "ranks", "--dst-table", ""}).exit_code, 2);
   ExpectNotAsked(Korvelcheck({"sortlist", "src.xml", "dst.xml", "--table", "ranks", "--dst-table", "rank_new"}),
                  "korvelcheck: table 'rank_new' is not in dst.xml (did you mean 'ranks_new'?)\n");
 }
