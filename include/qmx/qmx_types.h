@@ -121,7 +121,7 @@ struct tagQMXMetaLib {
   std::int64_t ptrMetasByName;  // the same offsets ordered by name (bytes), equal names in declaration order
   std::int32_t iVersion;
   std::int32_t iMetaNum;
-  char data[8];  // first bytes of the data area, which is iDataSize bytes long
+  char data[1];  // first byte of the data area, which is iDataSize bytes long
 };
 
 typedef struct tagQMXMetaLib* LPQMXMETALIB;
