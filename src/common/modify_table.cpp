@@ -36,7 +36,7 @@ char* ConstantText(const char* text) { return const_cast<char*>(text); }
 
 }  // namespace
 
-ModifyTable::ModifyTable() : m_szErrorType{} {}
+ModifyTable::ModifyTable() = default;
 
 ModifyTable::~ModifyTable() = default;
 

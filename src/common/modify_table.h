@@ -145,7 +145,7 @@ class ModifyTable {
   bool CheckWhiteFieldIsModify(LPQMXMETA oldPstMeta, std::size_t new_len, const char* entry_name, std::size_t& old_len);
 
   // What was written last: the text of a failure, mostly. Const rules write it too.
-  mutable char m_szErrorType[1024];
+  mutable char m_szErrorType[1024] = {};
   std::vector<PrintNode> printVec;  // whitelisted fields that grew
   std::set<std::string> whiteVec;   // the whitelist
   std::string m_svr_ver;            // server version of the last KorvelModifyTable

@@ -22,7 +22,7 @@ constexpr Message<Text, std::size_t> kTooLong("entry %s length(%zu) is greater t
 
 // An empty name matches no field, whatever the whitelist was split into.
 bool IsWhitelisted(const std::set<std::string>& whitelist, const char* name) {
-  return name != nullptr && *name != '\0' && whitelist.count(name) != 0;
+  return name != nullptr && *name != '\0' && whitelist.contains(name);
 }
 
 bool IsAtLeast(const std::string& version, const char* other) { return RealCmpVersion(version.c_str(), other, false) >= 0; }

@@ -23,15 +23,14 @@ bool MayLog(LPVESKCATEGORYINST log, int priority) {
 Traces TracesOfThread() { return traces; }
 
 void FormatText(char* buffer, const char* format, ...) {
-  ++traces.texts;
+  char text[kErrorTextSize] = "";  // formatted aside: an argument may be the text that the buffer still holds
   va_list arguments;
   va_start(arguments, format);
-  // Formatted aside: an argument may be the text that the buffer still holds.
-  char text[kErrorTextSize];
   const int length = std::vsnprintf(text, sizeof(text), format, arguments);
   va_end(arguments);
   if (length < 0) text[0] = '\0';
   std::memcpy(buffer, text, std::strlen(text) + 1);
+  ++traces.texts;
 }
 
 void LogRecord(const Site& site, int priority, const char* format, ...) {

@@ -125,7 +125,7 @@ TEST_P(CaseTest, FolderHoldsWhatACaseHolds) {
 std::string TestName(const testing::TestParamInfo<std::string>& info) {
   constexpr std::string_view kAllowed = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
   std::string name = info.param;
-  for (char& c : name) c = kAllowed.find(c) == kAllowed.npos ? '_' : c;
+  for (char& c : name) c = kAllowed.find(c) == std::string_view::npos ? '_' : c;
   return name;
 }
 

@@ -120,7 +120,8 @@ TEST_F(UsageTest, OptionsStandAnywhere) {
 // A terminal must not obey a file name.
 TEST_F(UsageTest, OddArgumentsStayOnTheirLine) {
   ExpectNotAsked(Korvelcheck({"lint", "a\nb\x1b[31m"}), "korvelcheck: a\\nb\\x1b[31m: No such file or directory\n");
-  ExpectNotAsked(Korvelcheck({"lint", "a\xe2\x80\xaelmx"}), "korvelcheck: a\\xe2\\x80\\xaelmx: No such file or directory\n");
+  ExpectNotAsked(Korvelcheck({"lint", std::string("a\xe2\x80") + "\xaelmx"}),
+                 "korvelcheck: a\\xe2\\x80\\xaelmx: No such file or directory\n");
 }
 
 }  // namespace
