@@ -1,8 +1,9 @@
 // Read operations over loaded schema libraries.
 //
-// The checker calls these and nothing else of the metadata library; a store with a library of its own provides them instead of
-// src/qmx. None throws, none changes what it reads. A handle must be null or lie in a well-formed library that outlives the
-// returned pointers; every returned pointer is borrowed from that library. All take constant time unless said otherwise.
+// The checker calls these (but for qmx_get_meta_num and qmx_get_meta_by_index, which the tool needs) and reads some members of
+// qmx_types.h; a store with a library of its own provides them instead of src/qmx. None throws, none changes what it reads. A
+// handle must be null or lie in a well-formed library that outlives the returned pointers; every returned pointer is borrowed
+// from that library. All take constant time unless said otherwise.
 #pragma once
 
 #include <cstddef>
@@ -30,7 +31,7 @@ const char* qmx_get_meta_customattr(LPQMXMETA meta);
 
 // Writes the names of the splittable key's entries, in order, joined by commas, into buffer[0, size) with a terminating zero.
 // 0 on success. Non-zero, with *error set to a constant text unless error is null, when the meta is null, has no splittable key
-// or the text does not fit; buffer[0] is then zero where size permits.
+// or the text does not fit; buffer[0] is then zero where size permits. Linear in the members of the key.
 int qmx_get_meta_splittablekey(LPQMXMETA meta, char* buffer, std::size_t size, char** error);
 
 // Number of entries of a meta, and the entry at a 0-based position in declaration order; 0 and null out of range.

@@ -25,7 +25,7 @@ inline constexpr std::int64_t QMX_FLAG_TLV = 0x1;
 // Bit of tagQMXMetaEntry::chDBFlag that marks a member of the primary key.
 inline constexpr std::uint8_t QMX_DBFLAG_PRIMARY_KEY = 0x10;
 
-// Type codes of entries. Stored in images: do not change.
+// Type codes of entries. Libraries may be stored as they lie: do not change.
 // The first two are composite: the value of such an entry is described by another meta of the same library.
 enum enQMXType : std::int32_t {
   QMX_TYPE_UNION = 0,
@@ -131,6 +131,6 @@ typedef struct tagQMXMetaIndex* LPQMXMETAINDEX;
 typedef struct tagQMXColumnInfo* LPQMXCOLUMNINFO;
 typedef struct tagQMXDBKeyInfo* LPQMXDBKEYINFO;
 
-// Stored in images: do not change.
+// Libraries may be stored as they lie: do not change.
 static_assert(sizeof(tagQMXDBKeyInfo) == 16 && sizeof(tagQMXColumnInfo) == 16 && sizeof(tagQMXMetaIndex) == 24);
 static_assert(sizeof(tagQMXMetaEntry) == 72 && sizeof(tagQMXMeta) == 120 && offsetof(tagQMXMetaLib, data) == 48);

@@ -1,5 +1,5 @@
-// What one public call remembers, so that its cost stays linear in the size of the libraries: indexes of long lists, and the
-// pairs of sub-structures that a rule has passed.
+// What one public call remembers, so that its cost stays linear in the size of the libraries and of what it logs: indexes of
+// long lists, and the pairs of sub-structures that a rule has passed.
 //
 // None of it can be observed: a lookup answers as a walk from the first item would, and a pair is passed over only where walking
 // it again would leave the same buffer and no record. Held by tests/linear/linear_test.cpp.
@@ -9,7 +9,6 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <tuple>
 #include <utility>
 

@@ -2,6 +2,7 @@
 #include "common/first_index.h"
 
 #include <chrono>
+#include <cstring>
 
 namespace korvel {
 namespace {

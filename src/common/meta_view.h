@@ -1,7 +1,8 @@
 // Views over the records of a schema library: the owner of a meta, and walks over entries, key members, indexes and columns.
 // The only place of the checker that does offset arithmetic.
 //
-// A null meta has nothing in it. Where a meta counts records but refers to no list, every record of the walk is null.
+// A null meta has no entries and no indexes; the other views need a meta. Where a meta counts key members, indexes or columns but
+// refers to no list of them, every record of the walk is null.
 #pragma once
 
 #include <cstddef>

@@ -31,7 +31,7 @@ bool IsMissing(LPQMXMETALIB old_metalib, LPQMXMETALIB new_metalib, const char* m
   return new_metalib == nullptr || metaname == nullptr || old_metalib == nullptr || *metaname == '\0';
 }
 
-// Constant texts are handed out as char*, which is part of the interface; nobody may write through it.
+// The two text operations answer char*, as they always have; nobody may write through it.
 char* ConstantText(const char* text) { return const_cast<char*>(text); }
 
 }  // namespace
@@ -90,7 +90,7 @@ int ModifyTable::KorvelModifyTable(LPQMXMETALIB old_metalib, LPQMXMETALIB new_me
     if (const int ret = CompareEntryValueField(old_meta, new_meta, log_handle); ret != 0) return ret;
     if (const int ret = CompareOrder(old_meta, new_meta, log_handle); ret != 0) return ret;
     const int version = qmx_get_metalib_version(old_metalib);
-    if (version < 0) return CHECK_TABLE_ERROR_SYSTEM_ERROR;  // the one refusal without a text
+    if (version < 0) return CHECK_TABLE_ERROR_SYSTEM_ERROR;  // without a text
     if (const int ret = CompareVersion(old_meta, new_meta, version, log_handle); ret != 0) return ret;
   }
   if (!by_tlv_rules && !by_record_rules) {

@@ -2,13 +2,15 @@
 //
 // Construct a ModifyTable, call one public operation, read the result code and, on failure, GetErrType(). An object serves one
 // thread at a time; separate objects share nothing. The checker reads the libraries it is handed and changes nothing in them,
-// throws nothing, and does no input or output but logging.
+// throws nothing but std::bad_alloc, and does no input or output but logging.
 //
 // Common to all operations:
 //   - Old comes before new, and the log category last. Everything handed in is borrowed for the call.
 //   - 0 is success; a failure is a negative code of enCheckModifyTableError. The first rule that refuses ends the check.
-//   - A refusing rule formats one line into the error buffer (cut at 1023 bytes) and logs the same text at ERROR (300).
+//   - A refusing rule formats one line into the error buffer (cut at 1023 bytes) and logs the same text at ERROR (300); of field
+//     lengths, the list of oversized fields is not logged, and the list of whitelisted ones that grew is logged at WARN (400).
 //     Texts are part of the interface, misspellings included. A null category logs nothing.
+//   - A refusal that is named below as without a text leaves the buffer as it was.
 //   - A null pointer where an operation names no result for it matches nothing and is passed over.
 #pragma once
 
@@ -46,11 +48,11 @@ class ModifyTable {
   //    0   allowed. GetErrType() then holds what the last rules left there, not a failure
   //   -1   CHECK_TABLE_ERROR_INVALID_PARAMETER: bad argument, TLV to record format, older library version, kind of table changed
   //   -2   CHECK_TABLE_ERROR_SYSTEM_ERROR: no such table, protocols that cannot be compared, oversized fields, old library
-  //        without a version (the only refusal without a text)
+  //        without a version (without a text)
   //   -35  ERROR_ENTRY_LENGTH_NOT_LEGAL: whitelisted fields grew; GetErrType() lists them
   //   any other code comes from the rule that refused
   //
-  // printVec, whiteVec and m_svr_ver are not cleared between calls on one object: use a fresh one for each check.
+  // printVec and whiteVec are not cleared between calls on one object: use a fresh one for each check.
   int KorvelModifyTable(LPQMXMETALIB old_metalib, LPQMXMETALIB new_metalib, const char* metaname, const int table_type,
                         const int init_qmx_version, LPVESKCATEGORYINST log_handle, const std::string& svrMinVersion,
                         const std::string& whiteliststr, const int maybe_list_num);
@@ -68,7 +70,7 @@ class ModifyTable {
   const char* GetErrType() const;
 
   // Tells whether the indexes are the same by name and each has the same set of columns by name.
-  // Not compared: the order of indexes and of columns, uniqueness, directions.
+  // Not compared: the order of indexes and of columns, directions, prefix lengths.
   //    0 they are; -1 a meta is null; -6 ERROR_INDEX_FIELD: they differ, a list table (table_type 1) has an index, or table_type
   //   is neither 0 nor 1
   int CompareIndex(LPQMXMETA old_meta, LPQMXMETA new_meta, int table_type, LPVESKCATEGORYINST log_handle);

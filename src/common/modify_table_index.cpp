@@ -1,5 +1,6 @@
 // Indexes: the same names, each with the same set of columns; none at all on a list table.
 // Held by tests/rules/index_test.cpp.
+#include "common/check_table.h"
 #include "common/lookup.h"
 #include "common/meta_view.h"
 #include "common/modify_table.h"
@@ -7,19 +8,12 @@
 
 using namespace korvel;
 
-namespace {
-
-constexpr int kGenericTable = 0;
-constexpr int kListTable = 1;
-
-}  // namespace
-
 // The order of indexes is not compared. Every text names the old meta.
 int ModifyTable::CompareIndex(LPQMXMETA old_meta, LPQMXMETA new_meta, int table_type, LPVESKCATEGORYINST log_handle) {
   if (old_meta == nullptr || new_meta == nullptr) return Refuse(HERE, kMetaNull);
   const char* old_name = qmx_get_meta_name(old_meta);
-  if (table_type != kGenericTable && table_type != kListTable) return Refuse(HERE, kIndexTableType, old_name);
-  if (table_type == kListTable) {
+  if (table_type != TABLE_TYPE_GENERIC && table_type != TABLE_TYPE_LIST) return Refuse(HERE, kIndexTableType, old_name);
+  if (table_type == TABLE_TYPE_LIST) {
     const bool none = IndexCount(old_meta) == 0 && IndexCount(new_meta) == 0;
     return none ? CHECK_TABLE_SUCCESS : Refuse(HERE, kIndexOnList, old_name);
   }

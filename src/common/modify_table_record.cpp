@@ -20,7 +20,8 @@ std::string CustomAttr2(LPQMXMETALIB metalib, LPQMXMETAENTRY entry) {
 
 }  // namespace
 
-// Positions, versions and added entries are not looked at. Of key and refer properties only the old entry's count.
+// Positions, versions and added entries are not looked at. Whether a field is a key field or has
+// a refer property is asked of the old entry alone.
 int ModifyTable::CompareEntryValueField(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVESKCATEGORYINST log_handle) const {
   if (old_meta == nullptr) return Refuse(HERE, kMetaNull);
   const char* old_meta_name = qmx_get_meta_name(old_meta);

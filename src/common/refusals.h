@@ -1,4 +1,4 @@
-// The catalogue of refusals: id, code, text and summary of each, written once. Rules, tool and documents read the same rows.
+// The catalogue of refusals: id, code, text and a summary for people of each, written once. Rules and tool read the same rows.
 //
 // Texts are part of the interface, with their misspellings, double blanks and full-width commas. An id never changes its meaning.
 #pragma once
@@ -101,9 +101,9 @@ inline constexpr Refusal<Text, Text> kSplitKeyChanged{"splittable-key.changed", 
                                                       "Splittablekey can't be modified! splittablekey:'%s' table:'%s'",
                                                       "the splittable key's fields changed"};
 inline constexpr Refusal<Text> kSplitKeyNewText{"splittable-key.new-text", -5, "Can't get new splittablekey! table:'%s'",
-                                                "the new splittable key's text is too long to compare"};
+                                                "the new splittable key's text cannot be had"};
 inline constexpr Refusal<Text> kSplitKeyOldText{"splittable-key.old-text", -5, "Can't get old splittablekey! table:'%s'",
-                                                "the old splittable key's text is too long to compare"};
+                                                "the old splittable key's text cannot be had"};
 
 // --- Indexes ---
 

@@ -1,4 +1,4 @@
-// Text helpers of the store. Held by tests/rules/text_helpers_test.cpp.
+// Splitting and version comparison. Held by tests/rules/text_helpers_test.cpp.
 #include "common/text_helpers.h"
 
 #include <algorithm>

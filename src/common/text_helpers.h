@@ -1,4 +1,4 @@
-// Text helpers of the store that the checker calls.
+// Splitting and version comparison for the length rules. Built with the checker; a store may link its own instead.
 #pragma once
 
 #include <set>

@@ -1,4 +1,4 @@
-// What the builder has collected, and the three steps that turn it into a block: names, sizes, layout.
+// What the builder has collected, and the steps that turn it into a block: names, sizes, keys, layout.
 #pragma once
 
 #include <cstdint>

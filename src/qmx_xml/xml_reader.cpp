@@ -1,4 +1,5 @@
-// Reads the text form of a schema library: the events of expat, the only part that knows the parser.
+// Reads the text form of a schema library: the events of expat. Only this file and xml_faults.cpp know the
+// parser.
 #include <expat.h>
 
 #include <memory>

@@ -76,20 +76,15 @@ CannotAsk SchemaErrors(const std::string& name, const std::vector<qmx::ReadError
   return faults;
 }
 
-// Fills in what is known of each meta. Places are found in one pass, each from the one before.
+// Fills in what is known of each meta. Metas stand in the order of the file.
 void ListMetas(std::string_view text, Input& input) {
-  std::size_t from = 0;
-  qmx::LineColumn place;
+  qmx::PlaceCounter places(text);
   const int number = qmx_get_meta_num(input.Library());
   for (int i = 0; i < number; ++i) {
     const qmx::ElementId id{qmx::ElementId::Kind::kMeta, static_cast<std::uint32_t>(i), 0, 0};
-    const std::size_t offset = input.schema.source_map.Find(id).value_or(from);
-    const qmx::LineColumn step = qmx::Locate(text.substr(from, offset - from), offset - from);
-    place = {place.line + step.line - 1, step.line > 1 ? step.column : place.column + step.column - 1};
-    from = offset;
     const LPQMXMETA meta = qmx_get_meta_by_index(input.Library(), i);
     const std::string_view name = qmx_get_meta_name(meta);
-    input.meta_places.emplace(name, place);
+    input.meta_places.emplace(name, places.At(input.schema.source_map.Find(id).value_or(0)));
     if (HasPrimaryKey(meta)) input.tables.push_back(name);
   }
 }

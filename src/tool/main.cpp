@@ -69,9 +69,13 @@ std::unique_ptr<vesk::LogCategory> OpenLog(const std::optional<vesk::LogSettings
   return log;
 }
 
+// Whether two paths lead to the same file, or would once it is there.
 bool IsSameFile(const std::string& a, const std::string& b) {
   std::error_code ignored;
-  return a == b || std::filesystem::equivalent(a, b, ignored);
+  const auto resolved = [&](const std::string& path) {
+    return std::filesystem::weakly_canonical(std::filesystem::absolute(path, ignored), ignored);
+  };
+  return std::filesystem::equivalent(a, b, ignored) || resolved(a) == resolved(b);
 }
 
 // A report or log must not replace what is read, nor each other.

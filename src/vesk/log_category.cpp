@@ -83,8 +83,7 @@ class FirstFailure {
 std::string FormatMessage(const char* format, va_list arguments) {
   va_list again;
   va_copy(again, arguments);
-  char first_try[1024];
-  const int length = std::vsnprintf(first_try, sizeof(first_try), format, arguments);
+  const int length = std::vsnprintf(nullptr, 0, format, arguments);
   std::string message = "(a message that cannot be formatted)";
   if (length >= 0) {
     message.resize(static_cast<std::size_t>(length));
