@@ -42,17 +42,21 @@ bool IsIntegerType(int code);
 
 enum class Protocol { kUnset, kQmx, kTlv };
 
-// Owns the block of one library. The handle stays valid while the Metalib lives, moves included.
+// One library and what keeps its block alive: memory of its own or a mapped file. Copies share the block; the handle stays valid
+// while one of them lives.
 class Metalib {
  public:
-  // Takes a block that holds a well-formed library at its start. REQUIRES: `size` >= the header's size.
-  Metalib(std::unique_ptr<std::uint64_t[]> block, std::size_t size) : block_(std::move(block)), size_(size) {}
+  // REQUIRES: a well-formed library of `size` bytes (header included) stands at `library`, aligned to 8 bytes, as long as `owner`
+  // lives.
+  Metalib(std::shared_ptr<void> owner, LPQMXMETALIB library, std::size_t size)
+      : owner_(std::move(owner)), library_(library), size_(size) {}
 
-  LPQMXMETALIB get() const { return reinterpret_cast<LPQMXMETALIB>(block_.get()); }
+  LPQMXMETALIB get() const { return library_; }
   std::size_t size() const { return size_; }  // bytes, header included
 
  private:
-  std::unique_ptr<std::uint64_t[]> block_;
+  std::shared_ptr<void> owner_;
+  LPQMXMETALIB library_;
   std::size_t size_;
 };
 

@@ -16,7 +16,7 @@ extern "C" {
 int qmx_get_metalib_version(LPQMXMETALIB metalib);
 
 // The meta of that name, the first one if several share it; null if there is none or an argument is null.
-// Logarithmic in the number of metas.
+// Linear in the length of the name, whatever the number of metas.
 LPQMXMETA qmx_get_meta_by_name(LPQMXMETALIB metalib, const char* name);
 
 // Number of metas, and the meta at a 0-based position in declaration order; 0 and null out of range.

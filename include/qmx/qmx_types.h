@@ -112,16 +112,24 @@ struct tagQMXMeta {
   std::int16_t nReserved[3];
 };
 
+// A slot of the table that finds metas by name.
+struct tagQMXMetaSlot {
+  std::uint32_t iHash;  // upper half of the name's hash; 0 in a free slot
+  std::int32_t iMeta;   // the first meta of that name, by its position in declaration order; -1 = the slot is free
+};
+
 // Header of a library.
 struct tagQMXMetaLib {
   std::int64_t iFlag;      // QMX_FLAG_UNSET, or bits of which QMX_FLAG_TLV is the lowest
   std::int64_t iDataSize;  // size of the data area in bytes
   std::int64_t ptrName;
-  std::int64_t ptrMetas;        // list of iMetaNum offsets (int64) of metas in declaration order
-  std::int64_t ptrMetasByName;  // the same offsets ordered by name (bytes), equal names in declaration order
+  std::int64_t ptrMetas;      // list of iMetaNum offsets (int64) of metas in declaration order
+  std::int64_t ptrMetaSlots;  // list of iMetaSlotNum tagQMXMetaSlot
   std::int32_t iVersion;
   std::int32_t iMetaNum;
-  char data[1];  // first byte of the data area, which is iDataSize bytes long
+  std::int32_t iMetaSlotNum;    // a power of two, at least twice iMetaNum; 0 in a library without metas
+  std::uint32_t iMetaSlotSeed;  // what names are hashed with (src/qmx/meta_slots.h)
+  char data[1];                 // first byte of the data area, which is iDataSize bytes long
 };
 
 typedef struct tagQMXMetaLib* LPQMXMETALIB;
@@ -133,4 +141,5 @@ typedef struct tagQMXDBKeyInfo* LPQMXDBKEYINFO;
 
 // Libraries may be stored as they lie: do not change.
 static_assert(sizeof(tagQMXDBKeyInfo) == 16 && sizeof(tagQMXColumnInfo) == 16 && sizeof(tagQMXMetaIndex) == 24);
-static_assert(sizeof(tagQMXMetaEntry) == 72 && sizeof(tagQMXMeta) == 120 && offsetof(tagQMXMetaLib, data) == 48);
+static_assert(sizeof(tagQMXMetaEntry) == 72 && sizeof(tagQMXMeta) == 120);
+static_assert(sizeof(tagQMXMetaSlot) == 8 && offsetof(tagQMXMetaLib, data) == 56);

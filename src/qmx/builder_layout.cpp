@@ -5,7 +5,7 @@
 #include <new>
 
 #include "qmx/builder_state.h"
-#include "qmx/name_table.h"
+#include "qmx/meta_slots.h"
 #include "qmx/quote.h"
 
 namespace qmx {
@@ -204,10 +204,11 @@ std::int64_t FlagWord(Protocol protocol) {
   return QMX_FLAG_UNSET;
 }
 
-std::vector<std::uint32_t> OrderByName(const DeclaredLibrary& library) {
+std::vector<std::string_view> MetaNames(const DeclaredLibrary& library) {
   std::vector<std::string_view> names;
+  names.reserve(library.metas.size());
   for (const DeclaredMeta& meta : library.metas) names.push_back(meta.name);
-  return NameTable(names).Order();
+  return names;
 }
 
 }  // namespace
@@ -240,7 +241,8 @@ Metalib LayOut(const DeclaredLibrary& library) {
   const std::size_t metas = library.metas.size();
   Cursor cursor;
   const std::int64_t list = cursor.TakeList<std::int64_t>(metas);
-  const std::int64_t list_by_name = cursor.TakeList<std::int64_t>(metas);
+  const MetaSlots slots = MakeMetaSlots(MetaNames(library));
+  const std::int64_t slot_list = cursor.TakeList<tagQMXMetaSlot>(slots.slots.size());
   const std::int64_t name = cursor.Take(TextBytes(library.name));
   std::vector<MetaPlan> plans;
   plans.reserve(metas);
@@ -248,12 +250,14 @@ Metalib LayOut(const DeclaredLibrary& library) {
 
   const std::int64_t data_size = cursor.Take(0);
   const std::size_t size = kHeaderSize + static_cast<std::size_t>(data_size);
-  auto block = std::make_unique<std::uint64_t[]>(size / 8);
+  auto block = std::make_shared<std::uint64_t[]>(size / 8);
   auto* header = new (block.get()) tagQMXMetaLib{};
   header->iFlag = FlagWord(library.protocol);
   header->iDataSize = data_size;
   header->ptrMetas = list;
-  header->ptrMetasByName = list_by_name;
+  header->ptrMetaSlots = slot_list;
+  header->iMetaSlotNum = static_cast<std::int32_t>(slots.slots.size());
+  header->iMetaSlotSeed = slots.seed;
   header->iVersion = library.version;
   header->iMetaNum = static_cast<std::int32_t>(metas);
 
@@ -261,10 +265,9 @@ Metalib LayOut(const DeclaredLibrary& library) {
   out.TextsAt(name);
   header->ptrName = out.Text(library.name);
   for (std::size_t i = 0; i < metas; ++i) out.At<std::int64_t>(list, i) = plans[i].meta;
-  std::size_t rank = 0;
-  for (const std::uint32_t meta : OrderByName(library)) out.At<std::int64_t>(list_by_name, rank++) = plans[meta].meta;
+  for (std::size_t i = 0; i < slots.slots.size(); ++i) out.At<tagQMXMetaSlot>(slot_list, i) = slots.slots[i];
   for (std::size_t i = 0; i < metas; ++i) MetaWriter(library.metas[i], plans, i, out).Run();
-  return Metalib(std::move(block), size);
+  return Metalib(std::move(block), header, size);
 }
 
 }  // namespace qmx

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "qmx/meta_slots.h"
+
 namespace {
 
 char* DataOf(LPQMXMETALIB metalib) { return metalib->data; }
@@ -16,32 +18,6 @@ char* DataOf(LPQMXMETAENTRY entry) { return reinterpret_cast<char*>(entry) - ent
 template <typename Record>
 Record* Resolve(char* base, std::int64_t offset) {
   return offset == QMX_NO_REF ? nullptr : reinterpret_cast<Record*>(base + offset);
-}
-
-// The meta at a position of one of the library's two lists. REQUIRES: 0 <= position < iMetaNum.
-LPQMXMETA MetaOfList(LPQMXMETALIB metalib, std::int64_t list, std::int64_t position) {
-  const auto* offsets = Resolve<std::int64_t>(DataOf(metalib), list);
-  return offsets == nullptr ? nullptr : Resolve<tagQMXMeta>(DataOf(metalib), offsets[position]);
-}
-
-std::string_view NameOrEmpty(LPQMXMETA meta) {
-  const char* name = qmx_get_meta_name(meta);
-  return name == nullptr ? std::string_view() : std::string_view(name);
-}
-
-// Position in the list by name of the first meta whose name is not before `name`; iMetaNum if all are.
-std::int64_t LowerBound(LPQMXMETALIB metalib, std::string_view name) {
-  std::int64_t low = 0;
-  std::int64_t high = metalib->iMetaNum;
-  while (low < high) {
-    const std::int64_t middle = low + (high - low) / 2;
-    if (NameOrEmpty(MetaOfList(metalib, metalib->ptrMetasByName, middle)) < name) {
-      low = middle + 1;
-    } else {
-      high = middle;
-    }
-  }
-  return low;
 }
 
 // Why a splittable key has no text.
@@ -89,19 +65,24 @@ char* WriteSplittableKey(LPQMXMETA meta, char* buffer, std::size_t size) {
 int qmx_get_metalib_version(LPQMXMETALIB metalib) { return metalib == nullptr ? -1 : metalib->iVersion; }
 
 LPQMXMETA qmx_get_meta_by_name(LPQMXMETALIB metalib, const char* name) {
-  if (metalib == nullptr || name == nullptr) return nullptr;
-  const std::int64_t position = LowerBound(metalib, name);
-  if (position >= metalib->iMetaNum) return nullptr;
-  LPQMXMETA meta = MetaOfList(metalib, metalib->ptrMetasByName, position);
-  const char* found = qmx_get_meta_name(meta);
-  return found != nullptr && std::strcmp(found, name) == 0 ? meta : nullptr;
+  if (metalib == nullptr || name == nullptr || metalib->iMetaSlotNum == 0) return nullptr;
+  const auto* slots = Resolve<tagQMXMetaSlot>(DataOf(metalib), metalib->ptrMetaSlots);
+  if (slots == nullptr) return nullptr;
+  const auto has_name = [&](std::int32_t meta) {
+    const char* found = qmx_get_meta_name(qmx_get_meta_by_index(metalib, meta));
+    return found != nullptr && std::strcmp(found, name) == 0;
+  };
+  const qmx::MetaHash hash(name, metalib->iMetaSlotSeed);
+  const qmx::MetaProbe probe = qmx::FindMetaSlot(slots, static_cast<std::size_t>(metalib->iMetaSlotNum), hash, has_name);
+  return qmx_get_meta_by_index(metalib, slots[probe.slot].iMeta);
 }
 
 int qmx_get_meta_num(LPQMXMETALIB metalib) { return metalib == nullptr ? 0 : metalib->iMetaNum; }
 
 LPQMXMETA qmx_get_meta_by_index(LPQMXMETALIB metalib, int index) {
   if (metalib == nullptr || index < 0 || index >= metalib->iMetaNum) return nullptr;
-  return MetaOfList(metalib, metalib->ptrMetas, index);
+  const auto* offsets = Resolve<std::int64_t>(DataOf(metalib), metalib->ptrMetas);
+  return offsets == nullptr ? nullptr : Resolve<tagQMXMeta>(DataOf(metalib), offsets[index]);
 }
 
 const char* qmx_get_meta_name(LPQMXMETA meta) { return meta == nullptr ? nullptr : Resolve<char>(DataOf(meta), meta->ptrName); }

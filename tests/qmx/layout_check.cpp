@@ -20,7 +20,6 @@ class Checker {
 
   std::vector<std::string> Run() {
     ListOfMetas(lib_->ptrMetas, "ptrMetas");
-    ListOfMetas(lib_->ptrMetasByName, "ptrMetasByName");
     Text(lib_->ptrName, "library name");
     std::int64_t end = 0;
     for (int i = 0; i < lib_->iMetaNum; ++i) Collect(qmx_get_meta_by_index(lib_, i));
@@ -64,11 +63,11 @@ class Checker {
   }
 
   void ByName() {
-    for (int i = 1; i < lib_->iMetaNum; ++i) {
-      const auto* list = reinterpret_cast<const std::int64_t*>(lib_->data + lib_->ptrMetasByName);
-      const auto meta = [&](int at) { return reinterpret_cast<LPQMXMETA>(lib_->data + list[at]); };
-      const int order = std::strcmp(qmx_get_meta_name(meta(i - 1)), qmx_get_meta_name(meta(i)));
-      Expect(order < 0 || (order == 0 && list[i - 1] < list[i]), "order by name");
+    for (int i = 0; i < lib_->iMetaNum; ++i) {
+      LPQMXMETA meta = qmx_get_meta_by_index(lib_, i);
+      LPQMXMETA found = qmx_get_meta_by_name(lib_, qmx_get_meta_name(meta));
+      Expect(found != nullptr && found <= meta && std::strcmp(qmx_get_meta_name(found), qmx_get_meta_name(meta)) == 0,
+             "meta by name");
     }
   }
 

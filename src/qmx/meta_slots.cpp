@@ -1,0 +1,39 @@
+// Fills the table by which a library finds its metas by name.
+#include "qmx/meta_slots.h"
+
+#include <bit>
+
+namespace qmx {
+namespace {
+
+// Random names need one seed; a hundred bad ones in a row are no accident, and no attack that anybody can pay for.
+constexpr std::uint32_t kMaxSeeds = 100;
+
+// False if the search for a name looks at more slots than allowed.
+bool Fill(MetaSlots& table, const std::vector<std::string_view>& names, std::size_t max_probes) {
+  table.slots.assign(MetaSlotNum(names.size()), {0, -1});
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    const MetaHash hash(names[i], table.seed);
+    const auto has_name = [&](std::int32_t meta) { return names[static_cast<std::size_t>(meta)] == names[i]; };
+    const MetaProbe probe = FindMetaSlot(table.slots.data(), table.slots.size(), hash, has_name);
+    if (probe.probes > max_probes) return false;
+    tagQMXMetaSlot& slot = table.slots[probe.slot];
+    if (slot.iMeta < 0) slot = {hash.tag, static_cast<std::int32_t>(i)};
+  }
+  return true;
+}
+
+}  // namespace
+
+std::size_t MetaSlotNum(std::size_t metas) { return metas == 0 ? 0 : std::bit_ceil(2 * metas); }
+
+MetaSlots MakeMetaSlots(const std::vector<std::string_view>& names) {
+  MetaSlots table;
+  for (; table.seed < kMaxSeeds; ++table.seed) {
+    if (Fill(table, names, kMaxProbes)) return table;
+  }
+  Fill(table, names, names.size());
+  return table;
+}
+
+}  // namespace qmx

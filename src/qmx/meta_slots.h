@@ -1,0 +1,58 @@
+// The table by which a library finds its metas by name: open addressing, linear probing, at most half full.
+//
+// The table lies in the block, so its seed cannot be a secret. Instead the builder tries seeds until every name is found within
+// kMaxProbes slots: a file whose names collide under one seed is hashed with the next.
+#pragma once
+
+#define XXH_INLINE_ALL
+#include <xxhash.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "qmx/qmx_types.h"
+
+namespace qmx {
+
+// Stored in images: do not change. Most slots that a search looks at; a million random names need about 40.
+inline constexpr std::size_t kMaxProbes = 256;
+
+// Stored in images: do not change. The hash of a name: 64-bit XXH3.
+struct MetaHash {
+  MetaHash(std::string_view name, std::uint32_t seed)
+      : place(XXH3_64bits_withSeed(name.data(), name.size(), seed)), tag(static_cast<std::uint32_t>(place >> 32)) {}
+
+  std::uint64_t place;  // its low bits are the slot where the search begins
+  std::uint32_t tag;    // tagQMXMetaSlot::iHash
+};
+
+struct MetaProbe {
+  std::size_t slot;    // of the name, or the free one where it would stand
+  std::size_t probes;  // slots looked at
+};
+
+// Searches for a name. `has_name(meta)` tells whether the meta at a position bears it. REQUIRES: a slot is free.
+template <class HasName>
+MetaProbe FindMetaSlot(const tagQMXMetaSlot* slots, std::size_t slot_num, const MetaHash& hash, HasName has_name) {
+  MetaProbe probe{hash.place & (slot_num - 1), 1};
+  while (slots[probe.slot].iMeta >= 0 && !(slots[probe.slot].iHash == hash.tag && has_name(slots[probe.slot].iMeta))) {
+    probe.slot = (probe.slot + 1) & (slot_num - 1);
+    ++probe.probes;
+  }
+  return probe;
+}
+
+struct MetaSlots {
+  std::vector<tagQMXMetaSlot> slots;
+  std::uint32_t seed = 0;
+};
+
+// The number of slots for so many metas: what tagQMXMetaLib::iMetaSlotNum says.
+std::size_t MetaSlotNum(std::size_t metas);
+
+// The table of these names in declaration order. The same names give the same table.
+MetaSlots MakeMetaSlots(const std::vector<std::string_view>& names);
+
+}  // namespace qmx

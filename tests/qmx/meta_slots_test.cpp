@@ -1,0 +1,77 @@
+// The table that finds metas by name: the first of a name, near where its search begins, the same table for the same names.
+#include "qmx/meta_slots.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+namespace {
+
+std::vector<std::string> NumberedNames(std::size_t count) {
+  std::vector<std::string> names;
+  for (std::size_t i = 0; i < count; ++i) names.push_back("table_" + std::to_string(i));
+  return names;
+}
+
+std::vector<std::string_view> Views(const std::vector<std::string>& names) { return {names.begin(), names.end()}; }
+
+// Where a name is found and how far the search went.
+struct Found {
+  std::int32_t meta;
+  std::size_t probes;
+};
+
+Found Find(const qmx::MetaSlots& table, const std::vector<std::string_view>& names, std::string_view name) {
+  const auto has_name = [&](std::int32_t meta) { return names[static_cast<std::size_t>(meta)] == name; };
+  const qmx::MetaProbe probe =
+      qmx::FindMetaSlot(table.slots.data(), table.slots.size(), qmx::MetaHash(name, table.seed), has_name);
+  return {table.slots[probe.slot].iMeta, probe.probes};
+}
+
+TEST(MetaSlots, NumberIsAPowerOfTwoAtMostHalfFull) {
+  EXPECT_EQ(qmx::MetaSlotNum(0), 0u);
+  EXPECT_EQ(qmx::MetaSlotNum(1), 2u);
+  EXPECT_EQ(qmx::MetaSlotNum(2), 4u);
+  EXPECT_EQ(qmx::MetaSlotNum(3), 8u);
+  EXPECT_EQ(qmx::MetaSlotNum(65536), 131072u);
+}
+
+TEST(MetaSlots, EveryNameIsFoundNearby) {
+  const std::vector<std::string> texts = NumberedNames(100'000);
+  const std::vector<std::string_view> names = Views(texts);
+  const qmx::MetaSlots table = qmx::MakeMetaSlots(names);
+  std::size_t farthest = 0;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    const Found found = Find(table, names, names[i]);
+    ASSERT_EQ(found.meta, static_cast<std::int32_t>(i));
+    farthest = std::max(farthest, found.probes);
+  }
+  EXPECT_LE(farthest, qmx::kMaxProbes);
+  EXPECT_EQ(Find(table, names, "table_100000").meta, -1);
+  EXPECT_EQ(Find(table, names, "").meta, -1);
+}
+
+TEST(MetaSlots, ARepeatedNameMeansTheFirst) {
+  const std::vector<std::string_view> names = {"a", "b", "a", "", ""};
+  const qmx::MetaSlots table = qmx::MakeMetaSlots(names);
+  EXPECT_EQ(Find(table, names, "a").meta, 0);
+  EXPECT_EQ(Find(table, names, "b").meta, 1);
+  EXPECT_EQ(Find(table, names, "").meta, 3);
+}
+
+TEST(MetaSlots, NamesThatCollideUnderOneSeedAreHashedWithTheNext) {
+  // More names than a search may pass, all in one slot under seed 0.
+  std::vector<std::string> texts;
+  for (std::size_t i = 0; texts.size() < 300; ++i) {
+    std::string name = "n" + std::to_string(i);
+    if ((qmx::MetaHash(name, 0).place & 1023) == 7) texts.push_back(std::move(name));
+  }
+  const std::vector<std::string_view> names = Views(texts);
+  const qmx::MetaSlots table = qmx::MakeMetaSlots(names);
+  EXPECT_EQ(table.slots.size(), 1024u);
+  EXPECT_EQ(table.seed, 1u);
+  for (std::size_t i = 0; i < names.size(); ++i) EXPECT_EQ(Find(table, names, names[i]).meta, static_cast<std::int32_t>(i));
+}
+
+}  // namespace
