@@ -5,6 +5,7 @@
 // the reader's and the rules' business, so tests and other loaders can build odd libraries on purpose.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -27,13 +28,13 @@ inline constexpr std::size_t kMaxErrors = 1000;
 
 // A simple type of schema files.
 struct SimpleType {
-  const char* name;  // "int32"
+  std::string_view name;  // "int32"
   enQMXType code;
   std::uint64_t unit_size;  // bytes; 0 = each entry gives its own ("string", "bytes")
 };
 
 // All simple types, and the one of a name or code (null if there is none).
-const std::vector<SimpleType>& SimpleTypes();
+const std::array<SimpleType, 14>& SimpleTypes();
 const SimpleType* FindSimpleType(std::string_view name);
 const SimpleType* FindSimpleType(int code);
 
@@ -88,8 +89,9 @@ struct BuildResult {
   std::vector<BuildError> errors;  // in declaration order, at most kMaxErrors
 };
 
-// Every text is copied; nothing is borrowed after a call returns. Names may be any bytes but zero. A name that stands twice means
-// the first of its kind. What is added before the first meta is dropped.
+// Declarations go into the block as they come; beside it stand a few bytes for each name. Every text is copied; nothing is
+// borrowed after a call returns. Names may be any bytes but zero. A name that stands twice means the first of its kind. What is
+// added before the first meta is dropped.
 class MetalibBuilder {
  public:
   MetalibBuilder(std::string_view name, std::int32_t version, Protocol protocol);
@@ -98,19 +100,22 @@ class MetalibBuilder {
   MetalibBuilder& operator=(const MetalibBuilder&) = delete;
 
   // Begins a meta; the calls below add to the meta begun last. `kind` is QMX_TYPE_STRUCT or QMX_TYPE_UNION.
-  void AddMeta(std::string_view name, enQMXType kind = QMX_TYPE_STRUCT,
+  // False if a meta of that name stood before.
+  bool AddMeta(std::string_view name, enQMXType kind = QMX_TYPE_STRUCT,
                std::optional<std::string_view> customattr = std::nullopt);
 
-  void AddEntry(const EntryDecl& entry);
+  // False if an entry of that name stood before in the meta.
+  bool AddEntry(const EntryDecl& decl);
 
   // Key members and columns name entries of the meta, which may be added before or after; the first of a name is meant.
   // Members of the primary key get QMX_DBFLAG_PRIMARY_KEY. A member may stand twice. No members, no key; a second call replaces
   // the key.
   void SetPrimaryKey(const std::vector<std::string_view>& entries);
   void SetSplittableKey(const std::vector<std::string_view>& entries);
-  void AddIndex(std::string_view name, const std::vector<ColumnDecl>& columns);
+  // False if an index of that name stood before in the meta.
+  bool AddIndex(std::string_view name, const std::vector<ColumnDecl>& columns);
 
-  // Resolves all names and lays the library out. Linear in what was declared, but for sorting names. The builder is spent
+  // Resolves all names and lays the library out. Linear in what was declared. The builder is spent
   // afterwards: only its destruction is left.
   BuildResult Finish();
 

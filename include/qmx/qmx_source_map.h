@@ -58,27 +58,40 @@ class PlaceCounter {
 // tag has no such attribute. REQUIRES: `text` was read without a syntax error. Linear in the length of the tag.
 std::optional<Span> FindAttributeValue(std::string_view text, std::size_t element, std::string_view attribute);
 
-// Maps elements to the byte offset of their start tag ('<'). Filled by the reader in file order.
+// Maps elements to the byte offset of their start tag ('<'). Filled by the reader in file order; 4 bytes an element.
 class SourceMap {
  public:
-  // Records the place of an element. REQUIRES: elements of one kind and parent arrive in order, each parent before its children;
-  // keys at most once for each meta.
+  // Records the place of an element. REQUIRES: elements of one kind and parent arrive in order, each parent before its children
+  // and behind the children of the parent before; keys at most once for each meta; offsets below 2^32.
   void Add(const ElementId& id, std::size_t offset);
 
   // The place of an element; nullopt for one that was never added. Constant time.
   std::optional<std::size_t> Find(const ElementId& id) const;
 
  private:
+  using Offset = std::uint32_t;
+  static constexpr Offset kNowhere = 0xFFFFFFFF;
+
+  // Children stand in lists of their own, those of one parent together: each parent knows where its own begin.
   struct MetaPlaces {
-    std::size_t meta = 0;
-    std::optional<std::size_t> primary_key;
-    std::optional<std::size_t> splittable_key;
-    std::vector<std::size_t> entries;
-    std::vector<std::vector<std::size_t>> indexes;  // the index itself, then its columns
+    Offset meta = 0;
+    Offset primary_key = kNowhere;
+    Offset splittable_key = kNowhere;
+    std::uint32_t first_entry = 0;
+    std::uint32_t first_index = 0;
   };
+  struct IndexPlaces {
+    Offset index = 0;
+    std::uint32_t first_column = 0;
+  };
+
+  std::optional<std::size_t> FindColumn(std::uint32_t index, std::uint32_t column) const;
 
   std::optional<std::size_t> metalib_;
   std::vector<MetaPlaces> metas_;
+  std::vector<Offset> entries_;
+  std::vector<IndexPlaces> indexes_;
+  std::vector<Offset> columns_;
 };
 
 }  // namespace qmx

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -35,5 +36,25 @@ struct ReadResult {
 
 // Reads a whole file held in memory. UTF-8 only. Linear in its size. Throws nothing but std::bad_alloc.
 ReadResult ReadXml(std::string_view text);
+
+// Memory for a file that is read in place: ReadXml copies what it gets, this does not.
+class XmlBuffer {
+ public:
+  // REQUIRES: 0 < capacity <= kMaxFileBytes. Throws std::bad_alloc.
+  explicit XmlBuffer(std::size_t capacity);
+  ~XmlBuffer();
+  XmlBuffer(const XmlBuffer&) = delete;
+  XmlBuffer& operator=(const XmlBuffer&) = delete;
+
+  // Where the caller puts the file's bytes, up to the capacity. They stay as they are, and stay readable, while the buffer lives.
+  char* data() const { return bytes_; }
+
+  // As ReadXml of the first `size` bytes. At most once.
+  ReadResult Read(std::size_t size);
+
+ private:
+  std::shared_ptr<void> parser_;
+  char* bytes_ = nullptr;  // the parser's
+};
 
 }  // namespace qmx

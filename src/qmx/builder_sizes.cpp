@@ -3,6 +3,7 @@
 // Every meta is visited once, however often it is used, and the walk keeps its own stack: neither a wide nor a deep library can
 // make it slow or overflow.
 #include <algorithm>
+#include <span>
 
 #include "qmx/builder_state.h"
 #include "qmx/quote.h"
@@ -11,23 +12,88 @@ namespace qmx {
 namespace {
 
 using Kind = ElementId::Kind;
+using Stage = BuildErrors::Stage;
 
 // Most metas that a message names of a cycle; of a longer one the middle is left out.
 constexpr std::size_t kMaxCycleShown = 8;
+constexpr auto kFarthest = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
 
 // The attribute that makes an entry large.
-std::string_view SizeAttribute(const DeclaredEntry& entry) {
-  if (entry.decl.count > 1) return "count";
-  return entry.type == QMX_TYPE_STRING || entry.type == QMX_TYPE_BYTES ? "size" : "type";
+std::string_view SizeAttribute(const tagQMXMetaEntry& entry) {
+  if (entry.iCount > 1) return "count";
+  return entry.iType == QMX_TYPE_STRING || entry.iType == QMX_TYPE_BYTES ? "size" : "type";
+}
+
+// Adds the entry to the size of its meta; false if the size overflows.
+bool Grow(tagQMXMeta& meta, const tagQMXMetaEntry& entry) {
+  std::uint64_t size = 0;
+  if (__builtin_mul_overflow(entry.iUnitSize, Elements(entry), &size)) return false;
+  if (meta.iType != QMX_TYPE_UNION) return !__builtin_add_overflow(meta.iUnitSize, size, &meta.iUnitSize);
+  meta.iUnitSize = std::max(meta.iUnitSize, size);
+  return true;
+}
+
+// Places of the entries in a packed record, in bytes; all zero in a union.
+std::vector<std::uint64_t> RecordOffsets(Library& library, std::uint32_t meta) {
+  std::vector<std::uint64_t> offsets(library.EntryNum(meta));
+  if (library.Meta(meta).iType == QMX_TYPE_UNION) return offsets;
+  std::uint64_t offset = 0;
+  for (std::uint32_t i = 0; i < offsets.size(); ++i) {
+    offsets[i] = offset;
+    offset += library.Entry(meta, i).iUnitSize * Elements(library.Entry(meta, i));
+  }
+  return offsets;
+}
+
+void PlaceKey(Library& library, const ElementId& key, std::span<tagQMXDBKeyInfo> members,
+              const std::vector<std::uint64_t>& offsets) {
+  const std::int64_t first_entry = library.metas[key.meta] + std::int64_t{sizeof(tagQMXMeta)};
+  for (tagQMXDBKeyInfo& member : members) {
+    if (member.ptrEntry == QMX_NO_REF) continue;  // that is reported
+    const auto entry = Position(static_cast<std::size_t>(member.ptrEntry - first_entry) / sizeof(tagQMXMetaEntry));
+    member.iHOff = static_cast<std::int64_t>(offsets[entry]);
+    if (offsets[entry] <= kFarthest) continue;
+    library.errors.Add(Stage::kKeys, key, "entries",
+                       "key member " + Quote(library.EntryName(key.meta, entry)) + " stands at byte " +
+                           std::to_string(offsets[entry]) + " of the record; allowed: at most byte " + std::to_string(kFarthest));
+  }
+}
+
+// Writes where key members stand in a record.
+void PlaceKeys(Library& library, std::uint32_t position) {
+  tagQMXMeta& meta = library.Meta(position);
+  const auto members = [&](std::int64_t base, std::int32_t count) {
+    return std::span(&library.block.At<tagQMXDBKeyInfo>(meta.ptrMeta + base), static_cast<std::size_t>(count));
+  };
+  if (meta.ptrPrimayKeyBase == QMX_NO_REF && meta.ptrSplitTableKeyBase == QMX_NO_REF) return;
+  const std::vector<std::uint64_t> offsets = RecordOffsets(library, position);
+  if (meta.ptrPrimayKeyBase != QMX_NO_REF) {
+    PlaceKey(library, {Kind::kPrimaryKey, position}, members(meta.ptrPrimayKeyBase, meta.nPrimayKeyMemberNum), offsets);
+  }
+  if (meta.ptrSplitTableKeyBase != QMX_NO_REF) {
+    const auto key = members(meta.ptrSplitTableKeyBase, meta.iSplitTableKeyMemberNum);
+    PlaceKey(library, {Kind::kSplittableKey, position}, key, offsets);
+    meta.stSplitTableKey = key.front();
+  }
 }
 
 class Sizer {
  public:
-  Sizer(DeclaredLibrary& library, BuildErrors& errors)
-      : metas_(library.metas), errors_(errors), states_(metas_.size(), State::kUntouched), depths_(metas_.size()) {}
+  explicit Sizer(Library& library)
+      : library_(library), states_(library.metas.size(), State::kDone), levels_(library.metas.size(), 1) {
+    composites_.reserve(states_.size() + 1);
+    std::size_t next = 0;
+    for (std::uint32_t meta = 0; meta < states_.size(); ++meta) {
+      composites_.push_back(next);
+      while (next < library.composites.size() && library.composites[next].meta == meta) ++next;
+      if (next > composites_.back()) states_[meta] = State::kUntouched;
+    }
+    composites_.push_back(next);
+    depths_.resize(states_.size());
+  }
 
   void Run() {
-    for (std::uint32_t meta = 0; meta < metas_.size() && !errors_.IsFull(); ++meta) {
+    for (std::uint32_t meta = 0; meta < states_.size() && !library_.errors.IsFull(); ++meta) {
       if (states_[meta] == State::kUntouched) Visit(meta);
     }
   }
@@ -37,35 +103,34 @@ class Sizer {
 
   struct Step {
     std::uint32_t meta;
-    std::uint32_t next_entry;
+    std::size_t next;  // composite entry
   };
 
   void Open(std::uint32_t meta) {
     states_[meta] = State::kOpen;
     depths_[meta] = stack_.size();
-    stack_.push_back({meta, 0});
+    stack_.push_back({meta, composites_[meta]});
   }
 
   void Visit(std::uint32_t root) {
     Open(root);
-    while (!stack_.empty() && !errors_.IsFull()) {
+    while (!stack_.empty() && !library_.errors.IsFull()) {
       Step& step = stack_.back();
-      if (step.next_entry == metas_[step.meta].entries.size()) {
+      if (step.next == composites_[step.meta + 1]) {
         Close(step.meta);
       } else {
-        Descend(step);
+        Descend(library_.composites[step.next++]);
       }
     }
   }
 
-  // Opens the meta of the step's next entry, or passes the entry over.
-  void Descend(Step& step) {
-    const std::uint32_t entry = step.next_entry++;
-    const std::uint32_t inner = metas_[step.meta].entries[entry].type_meta;
+  // Opens the meta of an entry, or passes the entry over.
+  void Descend(CompositeEntry& composite) {
+    const std::uint32_t inner = composite.type_meta;
     if (inner == kNone || states_[inner] == State::kDone) return;
     if (states_[inner] == State::kUntouched) return Open(inner);
-    metas_[step.meta].entries[entry].type_meta = kNone;
-    errors_.Add({Kind::kEntry, step.meta, entry}, "type", CycleText(inner));
+    composite.type_meta = kNone;
+    library_.errors.Add(Stage::kSizes, {Kind::kEntry, composite.meta, composite.entry}, "type", CycleText(inner));
   }
 
   // REQUIRES: `meta` is on the stack.
@@ -78,66 +143,61 @@ class Sizer {
         path += "... -> ";
         i = length - kMaxCycleShown / 2;
       }
-      path += Quote(metas_[stack_[first + i].meta].name) + " -> ";
+      path += Quote(library_.MetaName(stack_[first + i].meta)) + " -> ";
     }
-    const std::string name = Quote(metas_[meta].name);
+    const std::string name = Quote(library_.MetaName(meta));
     return "structure " + name + " contains itself: " + path + name + "; allowed: structures without cycles";
   }
 
   void Close(std::uint32_t meta) {
     stack_.pop_back();
     states_[meta] = State::kDone;
-    SumUp(meta);
-  }
-
-  // Size and levels of a meta whose composite entries all are done. After an error the meta counts as empty or, too deep, as one
-  // level too deep for all above it, so that a fault is reported once, where it begins.
-  void SumUp(std::uint32_t position) {
-    DeclaredMeta& meta = metas_[position];
-    meta.levels = 1;
-    for (std::uint32_t i = 0; i < meta.entries.size(); ++i) {
-      DeclaredEntry& entry = meta.entries[i];
-      if (entry.type_meta != kNone) {
-        entry.unit_size = metas_[entry.type_meta].unit_size;
-        Deepen(meta, {Kind::kEntry, position, i}, metas_[entry.type_meta].levels);
-      }
-      if (!Grow(meta, entry)) {
-        errors_.Add({Kind::kEntry, position, i}, SizeAttribute(entry),
-                    "entry " + Quote(entry.decl.name) + " makes meta " + Quote(meta.name) +
-                        " larger than can be counted; allowed: at most 18446744073709551615 bytes");
-        meta.unit_size = 0;
-        break;
-      }
+    for (std::size_t i = composites_[meta]; i < composites_[meta + 1]; ++i) {
+      const CompositeEntry& composite = library_.composites[i];
+      if (composite.type_meta == kNone) continue;
+      library_.Entry(meta, composite.entry).iUnitSize = library_.Meta(composite.type_meta).iUnitSize;
+      Deepen({Kind::kEntry, meta, composite.entry}, levels_[composite.type_meta]);
     }
+    SizeMeta(library_, meta);
   }
 
-  void Deepen(DeclaredMeta& meta, const ElementId& where, int inner_levels) {
-    if (inner_levels == kMaxNesting && meta.levels <= kMaxNesting) {
-      errors_.Add(where, "type",
-                  "meta " + Quote(meta.name) + " nests structures " + std::to_string(kMaxNesting + 1) +
-                      " levels deep; allowed: at most " + std::to_string(kMaxNesting));
+  // A meta that is too deep counts as one level too deep for all above it, so that the fault is reported once, where it begins.
+  void Deepen(const ElementId& where, int inner_levels) {
+    int& levels = levels_[where.meta];
+    if (inner_levels == kMaxNesting && levels <= kMaxNesting) {
+      library_.errors.Add(Stage::kSizes, where, "type",
+                          "meta " + Quote(library_.MetaName(where.meta)) + " nests structures " +
+                              std::to_string(kMaxNesting + 1) + " levels deep; allowed: at most " + std::to_string(kMaxNesting));
     }
-    meta.levels = std::min(std::max(meta.levels, inner_levels + 1), kMaxNesting + 1);
+    levels = std::min(std::max(levels, inner_levels + 1), kMaxNesting + 1);
   }
 
-  // Adds the entry to the size of its meta; false if the size overflows.
-  static bool Grow(DeclaredMeta& meta, const DeclaredEntry& entry) {
-    std::uint64_t size = 0;
-    if (__builtin_mul_overflow(entry.unit_size, Elements(entry), &size)) return false;
-    if (meta.kind != QMX_TYPE_UNION) return !__builtin_add_overflow(meta.unit_size, size, &meta.unit_size);
-    meta.unit_size = std::max(meta.unit_size, size);
-    return true;
-  }
-
-  std::vector<DeclaredMeta>& metas_;
-  BuildErrors& errors_;
-  std::vector<State> states_;
-  std::vector<std::size_t> depths_;  // of an open meta: its position on the stack
+  Library& library_;
+  std::vector<State> states_;            // metas without composite entries are done
+  std::vector<int> levels_;              // 1 if no entry is composite
+  std::vector<std::size_t> composites_;  // where those of each meta begin
+  std::vector<std::size_t> depths_;      // of an open meta: its position on the stack
   std::vector<Step> stack_;
 };
 
 }  // namespace
 
-void ResolveSizes(DeclaredLibrary& library, BuildErrors& errors) { Sizer(library, errors).Run(); }
+void SizeMeta(Library& library, std::uint32_t position) {
+  tagQMXMeta& meta = library.Meta(position);
+  for (std::uint32_t i = 0; i < library.EntryNum(position); ++i) {
+    const tagQMXMetaEntry& entry = library.Entry(position, i);
+    if (Grow(meta, entry)) continue;
+    library.errors.Add(Stage::kSizes, {Kind::kEntry, position, i}, SizeAttribute(entry),
+                       "entry " + Quote(library.EntryName(position, i)) + " makes meta " + Quote(library.MetaName(position)) +
+                           " larger than can be counted; allowed: at most 18446744073709551615 bytes");
+    meta.iUnitSize = 0;  // so that the fault is reported once, where it begins
+    return;
+  }
+  if (!library.errors.IsFull()) PlaceKeys(library, position);
+}
+
+void SizeComposites(Library& library) {
+  if (!library.composites.empty()) Sizer(library).Run();
+}
 
 }  // namespace qmx

@@ -13,10 +13,7 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 // Whether the byte continues a UTF-8 character that began before it.
 bool Continues(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
 
-template <typename List>
-bool Holds(const List& list, std::uint32_t position) {
-  return position < list.size();
-}
+std::uint32_t Size(const auto& list) { return static_cast<std::uint32_t>(list.size()); }
 
 }  // namespace
 
@@ -47,56 +44,67 @@ std::optional<Span> FindAttributeValue(std::string_view text, std::size_t elemen
 }
 
 void SourceMap::Add(const ElementId& id, std::size_t offset) {
+  const auto at = static_cast<Offset>(offset);
   switch (id.kind) {
     case ElementId::Kind::kMetalib:
       metalib_ = offset;
       break;
     case ElementId::Kind::kMeta:
-      metas_.emplace_back().meta = offset;
+      metas_.push_back({at, kNowhere, kNowhere, Size(entries_), Size(indexes_)});
       break;
     case ElementId::Kind::kEntry:
-      metas_.back().entries.push_back(offset);
+      entries_.push_back(at);
       break;
     case ElementId::Kind::kPrimaryKey:
-      metas_.back().primary_key = offset;
+      metas_.back().primary_key = at;
       break;
     case ElementId::Kind::kSplittableKey:
-      metas_.back().splittable_key = offset;
+      metas_.back().splittable_key = at;
       break;
     case ElementId::Kind::kIndex:
-      metas_.back().indexes.push_back({offset});
+      indexes_.push_back({at, Size(columns_)});
       break;
     case ElementId::Kind::kColumn:
-      metas_.back().indexes.back().push_back(offset);
+      columns_.push_back(at);
       break;
   }
 }
 
 std::optional<std::size_t> SourceMap::Find(const ElementId& id) const {
   if (id.kind == ElementId::Kind::kMetalib) return metalib_;
-  if (!Holds(metas_, id.meta)) return std::nullopt;
+  if (id.meta >= metas_.size()) return std::nullopt;
   const MetaPlaces& places = metas_[id.meta];
-  const auto index_part = [&](std::size_t part) -> std::optional<std::size_t> {
-    if (!Holds(places.indexes, id.item) || part >= places.indexes[id.item].size()) return std::nullopt;
-    return places.indexes[id.item][part];
-  };
+  const bool is_last = id.meta + 1 == metas_.size();
+  const std::uint32_t entries = (is_last ? Size(entries_) : metas_[id.meta + 1].first_entry) - places.first_entry;
+  const std::uint32_t indexes = (is_last ? Size(indexes_) : metas_[id.meta + 1].first_index) - places.first_index;
+  const auto key = [](Offset place) { return place == kNowhere ? std::nullopt : std::optional<std::size_t>(place); };
   switch (id.kind) {
     case ElementId::Kind::kMetalib:
       break;
     case ElementId::Kind::kMeta:
       return places.meta;
     case ElementId::Kind::kEntry:
-      return Holds(places.entries, id.item) ? std::optional(places.entries[id.item]) : std::nullopt;
+      if (id.item < entries) return entries_[places.first_entry + id.item];
+      break;
     case ElementId::Kind::kPrimaryKey:
-      return places.primary_key;
+      return key(places.primary_key);
     case ElementId::Kind::kSplittableKey:
-      return places.splittable_key;
+      return key(places.splittable_key);
     case ElementId::Kind::kIndex:
-      return index_part(0);
+      if (id.item < indexes) return indexes_[places.first_index + id.item].index;
+      break;
     case ElementId::Kind::kColumn:
-      return index_part(std::size_t{id.column} + 1);
+      if (id.item < indexes) return FindColumn(places.first_index + id.item, id.column);
+      break;
   }
   return std::nullopt;
+}
+
+std::optional<std::size_t> SourceMap::FindColumn(std::uint32_t index, std::uint32_t column) const {
+  const bool is_last = index + 1 == indexes_.size();
+  const std::uint32_t first = indexes_[index].first_column;
+  const std::uint32_t count = (is_last ? Size(columns_) : indexes_[index + 1].first_column) - first;
+  return column < count ? std::optional<std::size_t>(columns_[first + column]) : std::nullopt;
 }
 
 }  // namespace qmx

@@ -2,6 +2,7 @@
 #include "qmx_xml/schema_form.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace qmx {
 namespace {
@@ -13,13 +14,13 @@ constexpr std::uint64_t kMaxInt64 = 9223372036854775807;
 constexpr bool kRequired = true;
 constexpr bool kOptional = false;
 
-AttributeForm Text(Attribute id, std::string_view name, bool is_required) { return {id, name, is_required}; }
+AttributeForm Text(Attribute id, const char* name, bool is_required) { return {id, name, is_required}; }
 
-AttributeForm Number(Attribute id, std::string_view name, bool is_required, std::uint64_t lowest, std::uint64_t highest) {
+AttributeForm Number(Attribute id, const char* name, bool is_required, std::uint64_t lowest, std::uint64_t highest) {
   return {id, name, is_required, ValueForm::kNumber, lowest, highest};
 }
 
-AttributeForm Choice(Attribute id, std::string_view name, std::vector<std::string_view> choices) {
+AttributeForm Choice(Attribute id, const char* name, std::vector<std::string_view> choices) {
   return {id, name, kOptional, ValueForm::kChoice, 0, 0, std::move(choices)};
 }
 
@@ -29,7 +30,7 @@ const AttributeForm& Name() {
 }
 
 const AttributeForm& Desc() {
-  static const AttributeForm form = Text(Attribute::kDesc, "desc", kOptional);
+  static const AttributeForm form = {Attribute::kDesc, "desc", kOptional, ValueForm::kComment};
   return form;
 }
 
@@ -69,30 +70,37 @@ const std::vector<ElementForm>& Elements() {
   return elements;
 }
 
+template <class Form>
+const Form* FindByName(const std::vector<Form>& forms, const char* name) {
+  const std::uint64_t number = ShortName(name);
+  const auto found = std::ranges::find_if(forms, [&](const Form& form) { return form.name.Is(name, number); });
+  return found == forms.end() ? nullptr : &*found;
+}
+
 }  // namespace
 
-const AttributeForm* ElementForm::Find(std::string_view attribute) const {
-  const auto found = std::ranges::find(attributes, attribute, &AttributeForm::name);
-  return found == attributes.end() ? nullptr : &*found;
+ElementForm::ElementForm(ElementId::Kind kind_, const char* name_, ElementId::Kind parent_,
+                         std::vector<AttributeForm> attributes_)
+    : kind(kind_), name(name_), parent(parent_), attributes(std::move(attributes_)) {
+  for (const AttributeForm& attribute : attributes) required.set(static_cast<std::size_t>(attribute.id), attribute.is_required);
 }
 
-const ElementForm* FindElement(std::string_view name) {
-  const auto found = std::ranges::find(Elements(), name, &ElementForm::name);
-  return found == Elements().end() ? nullptr : &*found;
-}
+const AttributeForm* ElementForm::Find(const char* attribute) const { return FindByName(attributes, attribute); }
+
+const ElementForm* FindElement(const char* name) { return FindByName(Elements(), name); }
 
 std::vector<std::string_view> ChildNames(const ElementForm* parent) {
   std::vector<std::string_view> names;
   for (const ElementForm& element : Elements()) {
     const bool is_child = parent == nullptr ? element.IsOutermost() : !element.IsOutermost() && element.parent == parent->kind;
-    if (is_child) names.push_back(element.name);
+    if (is_child) names.emplace_back(element.name);
   }
   return names;
 }
 
 std::vector<std::string_view> AttributeNames(const ElementForm& element) {
   std::vector<std::string_view> names;
-  for (const AttributeForm& attribute : element.attributes) names.push_back(attribute.name);
+  for (const AttributeForm& attribute : element.attributes) names.emplace_back(attribute.name);
   return names;
 }
 

@@ -1,12 +1,16 @@
 // The elements and attributes of schema files, as data.
 #pragma once
 
+#include <bitset>
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "qmx/qmx_source_map.h"
+#include "qmx/short_name.h"
 
 namespace qmx {
 
@@ -29,11 +33,24 @@ enum class Attribute {
   kNumberOfAttributes
 };
 
-enum class ValueForm { kText, kNumber, kChoice };
+enum class ValueForm { kText, kNumber, kChoice, kComment };  // kComment: any text, which nobody reads
+
+// A word of the form.
+struct FormName {
+  FormName(const char* name) : text(name), number(ShortName(name)) {}
+
+  bool Is(const char* other, std::uint64_t other_number) const {
+    return number == other_number && (IsWholeName(number) || std::strcmp(text, other) == 0);
+  }
+  operator std::string_view() const { return text; }
+
+  const char* text;
+  std::uint64_t number;  // ShortName of it
+};
 
 struct AttributeForm {
   Attribute id;
-  std::string_view name;
+  FormName name;
   bool is_required = false;
   ValueForm form = ValueForm::kText;
   std::uint64_t lowest = 0;                    // kNumber
@@ -41,18 +58,23 @@ struct AttributeForm {
   std::vector<std::string_view> choices = {};  // kChoice
 };
 
+using AttributeSet = std::bitset<static_cast<std::size_t>(Attribute::kNumberOfAttributes)>;
+
 struct ElementForm {
+  ElementForm(ElementId::Kind kind, const char* name, ElementId::Kind parent, std::vector<AttributeForm> attributes);
+
   ElementId::Kind kind;
-  std::string_view name;
+  FormName name;
   ElementId::Kind parent;  // itself for the outermost element
   std::vector<AttributeForm> attributes;
+  AttributeSet required;
 
   bool IsOutermost() const { return parent == kind; }
-  const AttributeForm* Find(std::string_view attribute) const;  // null if there is none
+  const AttributeForm* Find(const char* attribute) const;  // null if there is none
 };
 
 // The form of an element by name; null if there is none.
-const ElementForm* FindElement(std::string_view name);
+const ElementForm* FindElement(const char* name);
 
 // Names of the elements that may stand in an element, or outermost for null.
 std::vector<std::string_view> ChildNames(const ElementForm* parent);

@@ -14,6 +14,8 @@ using Kind = ElementId::Kind;
 
 constexpr std::string_view kBlanks = " \t\r\n";
 
+bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
 std::vector<std::string_view> Words(std::string_view text) {
   std::vector<std::string_view> words;
   for (std::size_t begin = text.find_first_not_of(kBlanks); begin < text.size(); begin = text.find_first_not_of(kBlanks, begin)) {
@@ -36,7 +38,7 @@ std::int32_t Int32Of(std::optional<std::uint64_t> number, std::int32_t otherwise
 
 }  // namespace
 
-void SchemaHandler::OnStart(std::string_view name, const char** attributes, std::size_t offset) {
+void SchemaHandler::OnStart(const char* name, const char** attributes, std::size_t offset) {
   is_text_reported_ = false;
   const ElementForm* form = refused_depth_ > 0 ? nullptr : FindElement(name);
   if (refused_depth_ > 0 || Refuses(form, name, offset)) {
@@ -91,16 +93,17 @@ void SchemaHandler::StartMeta(const StartTag& tag) {
   ++metas_;
   const std::optional<std::string_view> name = tag.Text(Attribute::kName);
   const bool is_union = tag.Text(Attribute::kKind) == "union";
-  meta_ = OpenMeta{.name = std::string(name.value_or("")), .offset = tag.offset(), .ids = {}};
-  if (name) meta_names_.Add(*name, tag.offset());
-  builder_->AddMeta(meta_.name, is_union ? QMX_TYPE_UNION : QMX_TYPE_STRUCT, tag.Text(Attribute::kCustomAttr));
+  meta_ = OpenMeta{.name = std::string(name.value_or("")), .offset = tag.offset()};
+  ids_.clear();
+  const bool is_new =
+      builder_->AddMeta(meta_.name, is_union ? QMX_TYPE_UNION : QMX_TYPE_STRUCT, tag.Text(Attribute::kCustomAttr));
+  if (name && !is_new) RefuseRepeat(tag.offset(), "a second meta " + Quote(*name));
   source_map_.Add(Id(Kind::kMeta), tag.offset());
 }
 
 void SchemaHandler::StartEntry(StartTag& tag) {
   meta_.is_empty = false;
   const std::optional<std::string_view> name = tag.Text(Attribute::kName);
-  if (name) entry_names_.Add(*name, tag.offset());
   CheckSize(tag, name.value_or(""));
   CheckId(tag, name.value_or(""));
   if (!name) return;
@@ -117,7 +120,7 @@ void SchemaHandler::StartEntry(StartTag& tag) {
   entry.count = Int32Of(tag.Number(Attribute::kCount), 1);
   entry.refer = tag.Text(Attribute::kRefer).value_or("");
   entry.customattr2 = tag.Text(Attribute::kCustomAttr2);
-  builder_->AddEntry(entry);
+  if (!builder_->AddEntry(entry)) RefuseRepeat(tag.offset(), "a second entry " + Quote(*name) + InMeta());
   source_map_.Add(Id(Kind::kEntry, meta_.entries++), tag.offset());
 }
 
@@ -139,7 +142,7 @@ void SchemaHandler::CheckId(StartTag& tag, std::string_view name) {
   if (!tag.Has(Attribute::kId)) {
     tag.Refuse(Attribute::kId, "entry " + Quote(name) + " has no attribute 'id'; required in a TLV library");
   }
-  if (const auto id = tag.Number(Attribute::kId)) meta_.ids.emplace_back(*id, tag.offset());
+  if (const auto id = tag.Number(Attribute::kId)) ids_.emplace_back(*id, tag.offset());
 }
 
 void SchemaHandler::StartKey(StartTag& tag) {
@@ -164,8 +167,8 @@ void SchemaHandler::StartKey(StartTag& tag) {
 
 void SchemaHandler::StartIndex(const StartTag& tag) {
   const std::optional<std::string_view> name = tag.Text(Attribute::kName);
-  index_ = OpenIndex{.name = std::string(name.value_or("")), .offset = tag.offset(), .columns = {}};
-  if (name) index_names_.Add(*name, tag.offset());
+  index_ = OpenIndex{.name = std::nullopt, .offset = tag.offset(), .columns = {}};
+  if (name) index_.name = *name;
   source_map_.Add(Id(Kind::kIndex, meta_.indexes), tag.offset());
 }
 
@@ -196,37 +199,39 @@ std::string SchemaHandler::InnermostOpen() const {
 
 void SchemaHandler::EndMeta() {
   if (meta_.is_empty) errors_.Add(meta_.offset, "meta " + Quote(meta_.name) + " has no entries; allowed: at least one");
-  const std::string rest = " in meta " + Quote(meta_.name) + "; allowed: names that differ";
-  entry_names_.ReportRepeats([&](std::string_view name, std::size_t element) {
-    errors_.Add(PlaceOf(element, "name"), "a second entry " + Quote(name) + rest);
-  });
-  index_names_.ReportRepeats([&](std::string_view name, std::size_t element) {
-    errors_.Add(PlaceOf(element, "name"), "a second index " + Quote(name) + rest);
-  });
   ReportRepeatedIds();
 }
 
+std::string SchemaHandler::InMeta() const { return " in meta " + Quote(meta_.name); }
+
+void SchemaHandler::RefuseRepeat(std::size_t element, const std::string& what) {
+  errors_.Add(PlaceOf(element, "name"), what + "; allowed: names that differ");
+}
+
 void SchemaHandler::ReportRepeatedIds() {
-  std::ranges::sort(meta_.ids);
-  for (std::size_t i = 1; i < meta_.ids.size(); ++i) {
-    const auto [id, element] = meta_.ids[i];
-    if (id != meta_.ids[i - 1].first) continue;
-    errors_.Add(PlaceOf(element, "id"), "a second entry with id " + std::to_string(id) + " in meta " + Quote(meta_.name) +
-                                            "; allowed in a TLV library: ids that differ");
+  if (!std::ranges::is_sorted(ids_)) std::ranges::sort(ids_);
+  for (std::size_t i = 1; i < ids_.size(); ++i) {
+    const auto [id, element] = ids_[i];
+    if (id != ids_[i - 1].first) continue;
+    errors_.Add(PlaceOf(element, "id"),
+                "a second entry with id " + std::to_string(id) + InMeta() + "; allowed in a TLV library: ids that differ");
   }
 }
 
 void SchemaHandler::EndIndex() {
-  if (index_.is_empty) errors_.Add(index_.offset, "index " + Quote(index_.name) + " has no columns; allowed: at least one");
+  const std::string name = index_.name.value_or("");
+  if (index_.is_empty) errors_.Add(index_.offset, "index " + Quote(name) + " has no columns; allowed: at least one");
   std::vector<ColumnDecl> columns;
   for (const auto& [entry, descending] : index_.columns) columns.push_back({entry, descending});
-  builder_->AddIndex(index_.name, columns);
+  const bool is_new = builder_->AddIndex(name, columns);
+  if (index_.name && !is_new) RefuseRepeat(index_.offset, "a second index " + Quote(name) + InMeta());
   ++meta_.indexes;
 }
 
 void SchemaHandler::OnText(std::string_view piece, std::size_t offset) {
-  const std::size_t begin = piece.find_first_not_of(kBlanks);
-  if (refused_depth_ > 0 || is_text_reported_ || begin == std::string_view::npos) return;
+  const auto* const first = std::ranges::find_if_not(piece, IsBlank);
+  if (first == piece.end() || refused_depth_ > 0 || is_text_reported_) return;
+  const auto begin = static_cast<std::size_t>(first - piece.begin());
   is_text_reported_ = true;
   // A character reference stands for other bytes than those of the file: then the place is that of the reference.
   const bool is_verbatim = text_.substr(std::min(offset, text_.size()), piece.size()) == piece;
@@ -235,9 +240,6 @@ void SchemaHandler::OnText(std::string_view piece, std::size_t offset) {
 }
 
 std::optional<Schema> SchemaHandler::Finish() {
-  meta_names_.ReportRepeats([&](std::string_view name, std::size_t element) {
-    errors_.Add(PlaceOf(element, "name"), "a second meta " + Quote(name) + "; allowed: names that differ");
-  });
   if (!builder_) return std::nullopt;
   BuildResult result = builder_->Finish();
   ReportBuildErrors(result.errors);

@@ -15,7 +15,6 @@
 #include "qmx/qmx_xml.h"
 #include "qmx_xml/error_list.h"
 #include "qmx_xml/start_tag.h"
-#include "qmx_xml/unique_names.h"
 
 namespace qmx {
 
@@ -25,7 +24,7 @@ class SchemaHandler {
   SchemaHandler(std::string_view text, ErrorList& errors) : text_(text), errors_(errors) {}
 
   // What the parser meets; offsets are places in the file.
-  void OnStart(std::string_view name, const char** attributes, std::size_t offset);
+  void OnStart(const char* name, const char** attributes, std::size_t offset);
   void OnEnd();
   void OnText(std::string_view piece, std::size_t offset);
 
@@ -45,11 +44,10 @@ class SchemaHandler {
     bool is_empty = true;  // holds neither entries nor elements that were refused
     bool has_primary_key = false;
     bool has_splittable_key = false;
-    std::vector<std::pair<std::uint64_t, std::size_t>> ids;  // id and offset of the element
   };
 
   struct OpenIndex {
-    std::string name;
+    std::optional<std::string> name;
     std::size_t offset = 0;
     bool is_empty = true;
     std::vector<std::pair<std::string, bool>> columns;  // entry, descending
@@ -67,6 +65,8 @@ class SchemaHandler {
   void StartColumn(const StartTag& tag);
   void EndMeta();
   void EndIndex();
+  void RefuseRepeat(std::size_t element, const std::string& what);
+  std::string InMeta() const;
   void ReportRepeatedIds();
   void ReportBuildErrors(const std::vector<BuildError>& errors);
 
@@ -88,8 +88,8 @@ class SchemaHandler {
   Protocol protocol_ = Protocol::kUnset;
   std::uint32_t metas_ = 0;
   OpenMeta meta_;
+  std::vector<std::pair<std::uint64_t, std::size_t>> ids_;  // of its entries, each with the offset of the element
   OpenIndex index_;
-  UniqueNames meta_names_, entry_names_, index_names_;
 };
 
 }  // namespace qmx

@@ -2,7 +2,6 @@
 #include "qmx_xml/start_tag.h"
 
 #include <algorithm>
-#include <charconv>
 
 #include "qmx/did_you_mean.h"
 #include "qmx/quote.h"
@@ -14,55 +13,70 @@ bool IsDecimal(std::string_view text) {
   return !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
 }
 
+// Nullopt for what is no number in decimal digits, or too large. By hand, since the parser has just written these bytes one by
+// one: reading them at once, as strlen does, would wait for them.
+std::optional<std::uint64_t> ParseDecimal(const char* text) {
+  std::uint64_t number = 0;
+  const char* at = text;
+  for (; *at >= '0' && *at <= '9'; ++at) {
+    const auto digit = static_cast<std::uint64_t>(*at - '0');
+    if (__builtin_mul_overflow(number, 10U, &number) || __builtin_add_overflow(number, digit, &number)) return std::nullopt;
+  }
+  return at == text || *at != '\0' ? std::nullopt : std::optional(number);
+}
+
 }  // namespace
 
 StartTag::StartTag(const ElementForm& form, const char** attributes, std::string_view text, std::size_t offset, ErrorList& errors)
-    : form_(form), text_(text), offset_(offset), errors_(errors) {
+    : form_(form), attributes_(attributes), text_(text), offset_(offset), errors_(errors) {
   for (std::size_t i = 0; attributes[2 * i] != nullptr && !errors_.IsFull(); ++i) {
-    if (const AttributeForm* attribute = form_.Find(attributes[2 * i])) {
-      Take(*attribute, i, attributes[2 * i + 1]);
+    const char* const name = attributes[2 * i];
+    if (const AttributeForm* attribute = form_.Find(name)) {
+      Take(*attribute, attributes[2 * i + 1]);
     } else {
-      RefuseUnknown(i, attributes[2 * i]);
+      RefuseUnknown(i, name);
     }
   }
-  RefuseMissing();
+  if ((form_.required & ~present_).any()) RefuseMissing();
 }
 
-void StartTag::Take(const AttributeForm& attribute, std::size_t position, std::string_view value) {
-  At(attribute.id).position = position;
+void StartTag::Take(const AttributeForm& attribute, const char* value) {
+  const std::size_t index = Index(attribute.id);
+  present_.set(index);
   switch (attribute.form) {
     case ValueForm::kText:
-      At(attribute.id).text = value;
+      texts_[index] = value;
+      accepted_.set(index);
       break;
     case ValueForm::kNumber:
-      TakeNumber(attribute, value);
+      accepted_.set(index, TakeNumber(attribute, value));
       break;
     case ValueForm::kChoice:
-      TakeChoice(attribute, value);
+      accepted_.set(index, TakeChoice(attribute, value));
+      break;
+    case ValueForm::kComment:
       break;
   }
 }
 
-void StartTag::TakeNumber(const AttributeForm& attribute, std::string_view value) {
-  std::uint64_t number = 0;
-  const auto result = std::from_chars(value.data(), value.data() + value.size(), number);
-  const bool is_in_range = result.ec == std::errc() && number >= attribute.lowest && number <= attribute.highest;
-  if (IsDecimal(value) && is_in_range) {
-    At(attribute.id).number = number;
-    return;
+bool StartTag::TakeNumber(const AttributeForm& attribute, const char* value) {
+  const std::optional<std::uint64_t> number = ParseDecimal(value);
+  if (number && *number >= attribute.lowest && *number <= attribute.highest) {
+    numbers_[Index(attribute.id)] = *number;
+    return true;
   }
   Refuse(attribute.id, Quote(attribute.name) + " is " + Quote(value) +
                            (IsDecimal(value) ? ", out of range" : ", which is not a number") +
                            "; allowed: " + std::to_string(attribute.lowest) + " to " + std::to_string(attribute.highest));
+  return false;
 }
 
-void StartTag::TakeChoice(const AttributeForm& attribute, std::string_view value) {
-  if (std::ranges::find(attribute.choices, value) != attribute.choices.end()) {
-    At(attribute.id).text = value;
-    return;
-  }
+bool StartTag::TakeChoice(const AttributeForm& attribute, std::string_view value) {
+  texts_[Index(attribute.id)] = value;
+  if (std::ranges::find(attribute.choices, value) != attribute.choices.end()) return true;
   Refuse(attribute.id, Quote(attribute.name) + " is " + Quote(value) + DidYouMean(value, attribute.choices) +
                            "; allowed: " + Listed(attribute.choices));
+  return false;
 }
 
 void StartTag::RefuseUnknown(std::size_t position, std::string_view name) {
@@ -74,7 +88,7 @@ void StartTag::RefuseUnknown(std::size_t position, std::string_view name) {
 void StartTag::RefuseMissing() {
   std::vector<std::string_view> required;
   for (const AttributeForm& attribute : form_.attributes) {
-    if (attribute.is_required) required.push_back(attribute.name);
+    if (attribute.is_required) required.emplace_back(attribute.name);
   }
   for (const AttributeForm& attribute : form_.attributes) {
     if (!attribute.is_required || Has(attribute.id)) continue;
@@ -84,8 +98,12 @@ void StartTag::RefuseMissing() {
 }
 
 void StartTag::Refuse(Attribute id, std::string what) {
-  const std::optional<std::size_t> position = At(id).position;
-  errors_.Add(position ? SpansOf(*position).value.begin : offset_, std::move(what));
+  std::size_t place = offset_;
+  for (std::size_t i = 0; attributes_[2 * i] != nullptr; ++i) {
+    const AttributeForm* attribute = form_.Find(attributes_[2 * i]);
+    if (attribute != nullptr && attribute->id == id) place = SpansOf(i).value.begin;
+  }
+  errors_.Add(place, std::move(what));
 }
 
 AttributeSpans StartTag::SpansOf(std::size_t position) {

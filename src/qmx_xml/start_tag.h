@@ -26,28 +26,26 @@ class StartTag {
   std::size_t offset() const { return offset_; }
 
   // Whether the attribute stands in the tag, refused or not.
-  bool Has(Attribute id) const { return At(id).position.has_value(); }
+  bool Has(Attribute id) const { return present_[Index(id)]; }
 
   // The value; nullopt where it is absent or was refused.
-  std::optional<std::string_view> Text(Attribute id) const { return At(id).text; }
-  std::optional<std::uint64_t> Number(Attribute id) const { return At(id).number; }
+  std::optional<std::string_view> Text(Attribute id) const {
+    return accepted_[Index(id)] ? std::optional(texts_[Index(id)]) : std::nullopt;
+  }
+  std::optional<std::uint64_t> Number(Attribute id) const {
+    return accepted_[Index(id)] ? std::optional(numbers_[Index(id)]) : std::nullopt;
+  }
 
   // Refuses the value of an attribute of the tag, or the tag if it has no such attribute.
   void Refuse(Attribute id, std::string what);
 
  private:
-  struct Value {
-    std::optional<std::size_t> position;  // among the attributes of the tag
-    std::optional<std::string_view> text;
-    std::optional<std::uint64_t> number;
-  };
+  static constexpr std::size_t kAttributes = static_cast<std::size_t>(Attribute::kNumberOfAttributes);
+  static std::size_t Index(Attribute id) { return static_cast<std::size_t>(id); }
 
-  Value& At(Attribute id) { return values_[static_cast<std::size_t>(id)]; }
-  const Value& At(Attribute id) const { return values_[static_cast<std::size_t>(id)]; }
-
-  void Take(const AttributeForm& attribute, std::size_t position, std::string_view value);
-  void TakeNumber(const AttributeForm& attribute, std::string_view value);
-  void TakeChoice(const AttributeForm& attribute, std::string_view value);
+  void Take(const AttributeForm& attribute, const char* value);
+  bool TakeNumber(const AttributeForm& attribute, const char* value);
+  bool TakeChoice(const AttributeForm& attribute, std::string_view value);
   void RefuseUnknown(std::size_t position, std::string_view name);
   void RefuseMissing();
 
@@ -55,11 +53,15 @@ class StartTag {
   AttributeSpans SpansOf(std::size_t position);
 
   const ElementForm& form_;
+  const char** attributes_;
   std::string_view text_;
   std::size_t offset_;
   ErrorList& errors_;
-  std::array<Value, static_cast<std::size_t>(Attribute::kNumberOfAttributes)> values_;
-  std::vector<AttributeSpans> spans_;  // filled when the first one is asked for
+  AttributeSet present_;
+  AttributeSet accepted_;
+  std::array<std::string_view, kAttributes> texts_;  // of accepted texts and choices
+  std::array<std::uint64_t, kAttributes> numbers_;   // of accepted numbers
+  std::vector<AttributeSpans> spans_;                // filled when the first one is asked for
 };
 
 }  // namespace qmx

@@ -11,6 +11,8 @@
 namespace qmx {
 namespace {
 
+constexpr char kZeroByte[] = "a zero byte; allowed: text in UTF-8";
+
 struct SyntaxText {
   int code;
   const char* text;
@@ -68,9 +70,8 @@ std::optional<FileFault> FindFileFault(std::string_view text) {
   if (text.starts_with("\xFE\xFF") || text.starts_with("\xFF\xFE")) {
     return FileFault{0, "the file is encoded in UTF-16 or UTF-32; allowed: UTF-8"};
   }
-  if (const std::size_t zero = text.find('\0'); zero != std::string_view::npos) {
-    return FileFault{zero, "a zero byte; allowed: text in UTF-8"};
-  }
+  // UTF-16 and UTF-32 without a mark; the parser finds the zeros of other files.
+  if (const std::size_t zero = text.substr(0, 4).find('\0'); zero != std::string_view::npos) return FileFault{zero, kZeroByte};
   const std::size_t begin = text.find_first_not_of(" \t\r\n", text.starts_with("\xEF\xBB\xBF") ? 3 : 0);
   if (begin != std::string_view::npos && text[begin] != '<') {
     return FileFault{begin, "not XML, the file begins with " + Quote(text.substr(begin)) + "; allowed: XML 1.0 in UTF-8"};
@@ -82,6 +83,7 @@ FileFault DescribeSyntaxError(int code, std::string_view text, std::size_t offse
   const std::string_view rest = text.substr(std::min(offset, text.size()));
   if (code == XML_ERROR_NO_ELEMENTS) return {offset, MissingEnd(open_element)};
   if (code == XML_ERROR_UNDEFINED_ENTITY) return UndefinedEntity(text, offset);
+  if (code == XML_ERROR_INVALID_TOKEN && rest.starts_with('\0')) return {offset, kZeroByte};
   if (code == XML_ERROR_INVALID_TOKEN && !rest.empty() && Utf8Length(rest) == 0) {
     return {offset, "byte " + HexByte(rest.front()) + " is not UTF-8; allowed: UTF-8"};
   }

@@ -13,7 +13,7 @@ struct FileFault {
   std::string text;
 };
 
-// Looks at the bytes alone: size, encoding marks, zero bytes, and whether it begins as XML does.
+// Looks at the bytes alone: size, encoding marks, and whether it begins as XML does.
 std::optional<FileFault> FindFileFault(std::string_view text);
 
 // What an error code of the parser at a place of the file means. `open_element` describes the innermost open element, or is

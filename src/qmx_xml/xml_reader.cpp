@@ -2,6 +2,7 @@
 // parser.
 #include <expat.h>
 
+#include <algorithm>
 #include <memory>
 #include <new>
 #include <utility>
@@ -17,7 +18,8 @@ namespace {
 
 class XmlReader {
  public:
-  explicit XmlReader(std::string_view text) : text_(text), parser_(XML_ParserCreate("UTF-8")), handler_(text, errors_) {}
+  // `text` lies in the parser's buffer.
+  XmlReader(XML_Parser parser, std::string_view text) : text_(text), parser_(parser), handler_(text, errors_) {}
 
   ReadResult Run() {
     ReadResult result;
@@ -31,24 +33,19 @@ class XmlReader {
   }
 
  private:
-  struct ParserDeleter {
-    void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
-  };
-
   // False if the reading ended early.
   bool Parse() {
-    if (parser_ == nullptr) throw std::bad_alloc();
-    XML_SetUserData(parser_.get(), this);
-    XML_SetElementHandler(parser_.get(), OnStart, OnEnd);
-    XML_SetCharacterDataHandler(parser_.get(), OnText);
-    XML_SetXmlDeclHandler(parser_.get(), OnXmlDeclaration);
-    XML_SetStartDoctypeDeclHandler(parser_.get(), OnDoctype);
+    XML_SetUserData(parser_, this);
+    XML_SetElementHandler(parser_, OnStart, OnEnd);
+    XML_SetCharacterDataHandler(parser_, OnText);
+    XML_SetXmlDeclHandler(parser_, OnXmlDeclaration);
+    XML_SetStartDoctypeDeclHandler(parser_, OnDoctype);
     // All in one piece: expat would scan a long tag again for each piece of it. kMaxFileBytes fits its int.
-    if (XML_Parse(parser_.get(), text_.data(), static_cast<int>(text_.size()), XML_TRUE) == XML_STATUS_OK) return !is_stopped_;
+    if (XML_ParseBuffer(parser_, static_cast<int>(text_.size()), XML_TRUE) == XML_STATUS_OK) return !is_stopped_;
     // Then the file is not to blame.
-    if (XML_GetErrorCode(parser_.get()) == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
+    if (XML_GetErrorCode(parser_) == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
     if (!is_stopped_) {
-      const FileFault fault = DescribeSyntaxError(XML_GetErrorCode(parser_.get()), text_, Offset(), handler_.InnermostOpen());
+      const FileFault fault = DescribeSyntaxError(XML_GetErrorCode(parser_), text_, Offset(), handler_.InnermostOpen());
       errors_.Add(fault.offset, fault.text);
     }
     return false;
@@ -56,13 +53,13 @@ class XmlReader {
 
   // Place of the current event; the end of the file if the parser has none.
   std::size_t Offset() const {
-    const XML_Index index = XML_GetCurrentByteIndex(parser_.get());
+    const XML_Index index = XML_GetCurrentByteIndex(parser_);
     return index < 0 ? text_.size() : static_cast<std::size_t>(index);
   }
 
   void Stop() {
     is_stopped_ = true;
-    XML_StopParser(parser_.get(), XML_FALSE);
+    XML_StopParser(parser_, XML_FALSE);
   }
 
   static XmlReader& Self(void* self) { return *static_cast<XmlReader*>(self); }
@@ -112,7 +109,7 @@ class XmlReader {
   }
 
   std::string_view text_;
-  std::unique_ptr<XML_ParserStruct, ParserDeleter> parser_;
+  XML_Parser parser_;
   ErrorList errors_;
   SchemaHandler handler_;
   bool is_stopped_ = false;
@@ -120,6 +117,23 @@ class XmlReader {
 
 }  // namespace
 
-ReadResult ReadXml(std::string_view text) { return XmlReader(text).Run(); }
+XmlBuffer::XmlBuffer(std::size_t capacity) {
+  const XML_Parser parser = XML_ParserCreate("UTF-8");
+  if (parser == nullptr) throw std::bad_alloc();
+  parser_.reset(parser, XML_ParserFree);
+  bytes_ = static_cast<char*>(XML_GetBuffer(parser, static_cast<int>(capacity)));
+  if (bytes_ == nullptr) throw std::bad_alloc();
+}
+
+XmlBuffer::~XmlBuffer() = default;
+
+ReadResult XmlBuffer::Read(std::size_t size) { return XmlReader(static_cast<XML_Parser>(parser_.get()), {bytes_, size}).Run(); }
+
+ReadResult ReadXml(std::string_view text) {
+  if (text.empty() || text.size() > kMaxFileBytes) return {std::nullopt, {{{}, FindFileFault(text)->text}}};
+  XmlBuffer buffer(text.size());
+  std::ranges::copy(text, buffer.data());
+  return buffer.Read(text.size());
+}
 
 }  // namespace qmx

@@ -4,7 +4,6 @@
 #include <string>
 
 #include "qmx/did_you_mean.h"
-#include "qmx/name_table.h"
 #include "qmx/quote.h"
 
 namespace {
@@ -85,25 +84,6 @@ TEST(DidYouMean, HasLimits) {
   EXPECT_EQ(Suggested("work", many), "");
   many.erase(many.begin());
   EXPECT_EQ(Suggested("work", many), " (did you mean 'word'?)");
-}
-
-using Positions = std::vector<std::uint32_t>;
-
-TEST(NameTable, FindsTheFirst) {
-  const qmx::NameTable table({"b", "a", "b", "", "a", "b"});
-  EXPECT_EQ(table.Find("b"), 0u);
-  EXPECT_EQ(table.Find("a"), 1u);
-  EXPECT_EQ(table.Find(""), 3u);
-  EXPECT_EQ(table.Find("c"), std::nullopt);
-  EXPECT_EQ(table.Find("aa"), std::nullopt);
-  EXPECT_EQ(qmx::NameTable({}).Find(""), std::nullopt);
-}
-
-TEST(NameTable, OrderAndRepeats) {
-  const qmx::NameTable table({"b", "a", "b", "", "a", "b"});
-  EXPECT_EQ(table.Order(), (Positions{3, 1, 4, 0, 2, 5}));
-  EXPECT_EQ(table.Repeats(), (Positions{2, 4, 5}));
-  EXPECT_EQ(qmx::NameTable({"x", "y"}).Repeats(), Positions{});
 }
 
 }  // namespace

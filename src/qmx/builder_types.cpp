@@ -1,0 +1,47 @@
+// Finds the metas that entries of composite types mean.
+#include "qmx/builder_state.h"
+#include "qmx/did_you_mean.h"
+#include "qmx/quote.h"
+
+namespace qmx {
+namespace {
+
+using Stage = BuildErrors::Stage;
+
+std::vector<std::string_view> KnownTypes(const Library& library) {
+  std::vector<std::string_view> words;
+  for (const SimpleType& type : SimpleTypes()) words.push_back(type.name);
+  for (std::uint32_t meta = 0; meta < library.metas.size(); ++meta) words.push_back(library.MetaName(meta));
+  return words;
+}
+
+std::string Unknown(std::string_view type, const std::vector<std::string_view>& known) {
+  std::string text = "unknown type " + Quote(type) + DidYouMean(type, known) + "; allowed: ";
+  for (const SimpleType& simple : SimpleTypes()) text += std::string(simple.name) + ", ";
+  return text + "or a meta of this library";
+}
+
+}  // namespace
+
+void ResolveTypes(Library& library) {
+  const auto name_at = [&](std::uint32_t meta) { return library.MetaName(meta); };
+  std::vector<std::string_view> known;  // filled for the first unknown type
+  for (CompositeEntry& composite : library.composites) {
+    const std::string_view type = library.types.At(composite.type);
+    if (const auto meta = library.meta_index.Find(type, name_at)) {
+      composite.type_meta = *meta;
+      tagQMXMetaEntry& entry = library.Entry(composite.meta, composite.entry);
+      entry.iType = library.Meta(*meta).iType;
+      entry.ptrTypeMeta = library.metas[*meta];
+    } else if (!library.errors.IsFull()) {
+      if (known.empty()) known = KnownTypes(library);
+      library.errors.Add(Stage::kTypes, {ElementId::Kind::kEntry, composite.meta, composite.entry}, "type", Unknown(type, known));
+    }
+  }
+  for (ReferToComposite& refer : library.refers_to_composites) {
+    if (library.composites[refer.composite].type_meta == kNone) continue;  // that is what is wrong
+    library.errors.Add(Stage::kNames, refer.error.where, refer.error.attribute, std::move(refer.error.text));
+  }
+}
+
+}  // namespace qmx
