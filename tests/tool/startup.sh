@@ -1,0 +1,30 @@
+#!/bin/sh
+# Holds what the released tool costs before it does anything: tests/tool/startup.sh PROGRAM
+#
+# The everyday call is a check of one table of 20 fields before a commit: a process that is over before a loader of shared
+# libraries would have found its names.
+set -eu
+program=${1:?usage: tests/tool/startup.sh PROGRAM}
+. "$(dirname "$0")/instructions.sh"
+status=0
+
+# at_most LIMIT WHAT COMMAND...
+at_most() {
+  limit=$1 what=$2
+  shift 2
+  count=$(instructions "$@")
+  echo "$what: $count instructions; allowed: $limit"
+  [ "$count" -le "$limit" ] || status=1
+}
+
+if readelf --dynamic --program-headers "$program" | grep -E '\(NEEDED\)|INTERP'; then
+  echo 'the program needs what stands above; allowed: no shared library'
+  status=1
+fi
+
+require_valgrind
+schema 1 20 >"$work/old.xml"
+cp "$work/old.xml" "$work/new.xml"
+at_most 250000 'version' "$program" --version
+at_most 1700000 'check of 1 table of 20 fields' "$program" check "$work/old.xml" "$work/new.xml"
+exit "$status"
