@@ -59,12 +59,11 @@ std::string Help() {
   throw CannotAsk{{Said("unknown command " + qmx::Quote(name) + qmx::DidYouMean(name, known)), "Try 'korvelcheck --help'."}};
 }
 
-// Without --log, a category whose bound lets nothing through: field lengths cannot be checked without a category.
+// Without --log, a closed category: field lengths cannot be checked without one.
 std::unique_ptr<vesk::LogCategory> OpenLog(const std::optional<vesk::LogSettings>& wanted) {
-  vesk::LogSettings closed;
-  closed.least_grave = 0;
+  if (!wanted) return vesk::LogCategory::Closed();
   std::string error;
-  std::unique_ptr<vesk::LogCategory> log = vesk::LogCategory::Open(wanted.value_or(closed), error);
+  std::unique_ptr<vesk::LogCategory> log = vesk::LogCategory::Open(*wanted, error);
   if (log == nullptr) throw CannotAsk{{Said(error)}};
   return log;
 }

@@ -107,43 +107,62 @@ Record MakeRecord(const tagVeskEvent& event, std::string_view message) {
   return record;
 }
 
-}  // namespace
-
-// What a handle points to: the record of the interface first, the rest behind it.
-struct LogCategory::Instance : VESKCATEGORYINST {
-  Instance(const LogSettings& settings, std::FILE* stream)
-      : VESKCATEGORYINST{nullptr, nullptr},
-        format(settings.format),
-        gravest(settings.gravest.value_or(0)),
-        least_grave(settings.least_grave.value_or(0)),
-        sink(std::make_shared<StreamSink>(stream)),
-        logger(std::string(), sink) {
-    if (settings.gravest) piPriorityHigh = &gravest;
-    if (settings.least_grave) piPriorityLow = &least_grave;
-    logger.set_level(spdlog::level::trace);
-    logger.flush_on(spdlog::level::err);
-    logger.set_pattern(format == LineFormat::kJson ? kJsonPattern : kTextPattern, spdlog::pattern_time_type::utc);
-    logger.set_error_handler([this](const std::string& reason) { failure.Note(reason); });
+// Where the records of an open category go.
+class LogWriter {
+ public:
+  LogWriter(LineFormat format, std::FILE* stream)
+      : format_(format), sink_(std::make_shared<StreamSink>(stream)), logger_(std::string(), sink_) {
+    logger_.set_level(spdlog::level::trace);
+    logger_.flush_on(spdlog::level::err);
+    logger_.set_pattern(format == LineFormat::kJson ? kJsonPattern : kTextPattern, spdlog::pattern_time_type::utc);
+    logger_.set_error_handler([this](const std::string& reason) { failure_.Note(reason); });
   }
 
-  bool CanWrite(int priority) const {
-    const bool grave_enough = piPriorityLow == nullptr || *piPriorityLow == -1 || *piPriorityLow >= priority;
-    return open && grave_enough && (piPriorityHigh == nullptr || *piPriorityHigh <= priority);
-  }
+  bool IsOpen() const { return open_; }
 
   void Write(const Record& record) {
     // spdlog's level decides about flushing alone: the checker's priorities are finer, and stand in the line.
     const auto level = record.priority <= VESK_PRIORITY_ERROR ? spdlog::level::err : spdlog::level::info;
-    logger.log(level, format == LineFormat::kJson ? JsonMembers(record) : TextLine(record));
+    logger_.log(level, format_ == LineFormat::kJson ? JsonMembers(record) : TextLine(record));
   }
 
-  LineFormat format;
-  int gravest;
-  int least_grave;
-  std::shared_ptr<StreamSink> sink;
-  spdlog::logger logger;
-  FirstFailure failure;
-  std::atomic<bool> open{true};
+  void Close() {
+    open_ = false;
+    if (const int error = sink_->Close()) failure_.Note(ErrorText(error));
+  }
+
+  void NoteFailure(const std::string& reason) { failure_.Note(reason); }
+  std::string Failure() const { return failure_.Text(); }
+
+ private:
+  LineFormat format_;
+  std::shared_ptr<StreamSink> sink_;
+  spdlog::logger logger_;
+  FirstFailure failure_;
+  std::atomic<bool> open_{true};
+};
+
+}  // namespace
+
+// What a handle points to: the record of the interface first, the rest behind it.
+struct LogCategory::Instance : VESKCATEGORYINST {
+  Instance() : VESKCATEGORYINST{nullptr, &least_grave} {}
+
+  Instance(const LogSettings& settings, std::FILE* stream)
+      : VESKCATEGORYINST{nullptr, nullptr}, gravest(settings.gravest.value_or(0)), least_grave(settings.least_grave.value_or(0)) {
+    if (settings.gravest) piPriorityHigh = &gravest;
+    if (settings.least_grave) piPriorityLow = &least_grave;
+    writer.emplace(settings.format, stream);
+  }
+
+  bool CanWrite(int priority) const {
+    const bool grave_enough = piPriorityLow == nullptr || *piPriorityLow == -1 || *piPriorityLow >= priority;
+    return writer && writer->IsOpen() && grave_enough && (piPriorityHigh == nullptr || *piPriorityHigh <= priority);
+  }
+
+  int gravest = 0;
+  int least_grave = 0;
+  std::optional<LogWriter> writer;  // none in a category that was never open
 };
 
 std::unique_ptr<LogCategory> LogCategory::Open(const LogSettings& settings, std::string& error) {
@@ -156,17 +175,20 @@ std::unique_ptr<LogCategory> LogCategory::Open(const LogSettings& settings, std:
   return std::unique_ptr<LogCategory>(new LogCategory(std::make_unique<Instance>(settings, stream)));
 }
 
+std::unique_ptr<LogCategory> LogCategory::Closed() {
+  return std::unique_ptr<LogCategory>(new LogCategory(std::make_unique<Instance>()));
+}
+
 LogCategory::LogCategory(std::unique_ptr<Instance> instance) : instance_(std::move(instance)) {}
 LogCategory::~LogCategory() = default;
 
 LPVESKCATEGORYINST LogCategory::handle() { return instance_.get(); }
 
 void LogCategory::Close() {
-  instance_->open = false;
-  if (const int error = instance_->sink->Close()) instance_->failure.Note(ErrorText(error));
+  if (instance_->writer) instance_->writer->Close();
 }
 
-std::string LogCategory::WriteFailure() const { return instance_->failure.Text(); }
+std::string LogCategory::WriteFailure() const { return instance_->writer ? instance_->writer->Failure() : std::string(); }
 
 }  // namespace vesk
 
@@ -176,10 +198,11 @@ int vesk_category_can_write(LPVESKCATEGORYINST category, int priority, int /*id*
 
 void vesk_category_logv(LPVESKCATEGORYINST category, const tagVeskEvent* event, const char* format, va_list arguments) {
   if (category == nullptr || event == nullptr || format == nullptr) return;
-  auto* instance = static_cast<vesk::LogCategory::Instance*>(category);
+  std::optional<vesk::LogWriter>& writer = static_cast<vesk::LogCategory::Instance*>(category)->writer;
+  if (!writer) return;
   try {
-    instance->Write(vesk::MakeRecord(*event, vesk::FormatMessage(format, arguments)));
+    writer->Write(vesk::MakeRecord(*event, vesk::FormatMessage(format, arguments)));
   } catch (const std::exception& failure) {
-    instance->failure.Note(failure.what());
+    writer->NoteFailure(failure.what());
   }
 }

@@ -190,6 +190,20 @@ TEST_F(LogCategoryTest, ClosedCategoryWritesNothing) {
   EXPECT_EQ(category->WriteFailure(), "");
 }
 
+TEST_F(LogCategoryTest, CategoryThatWasNeverOpenWritesNothing) {
+  const std::unique_ptr<LogCategory> log = LogCategory::Closed();
+  ASSERT_NE(log->handle()->piPriorityLow, nullptr);
+  EXPECT_EQ(*log->handle()->piPriorityLow, 0);  // the checker asks the bound first, and formats nothing
+  EXPECT_EQ(vesk_category_can_write(log->handle(), VESK_PRIORITY_ERROR, 0, 0), 0);
+  *log->handle()->piPriorityLow = -1;
+  EXPECT_EQ(vesk_category_can_write(log->handle(), VESK_PRIORITY_ERROR, 0, 0), 0);
+  ::testing::internal::CaptureStderr();
+  LogAt(log->handle(), &kHere, VESK_PRIORITY_ERROR, "nobody hears this");
+  log->Close();
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
+  EXPECT_EQ(log->WriteFailure(), "");
+}
+
 TEST_F(LogCategoryTest, NullCategoryWritesNothing) { EXPECT_EQ(vesk_category_can_write(nullptr, VESK_PRIORITY_ERROR, 0, 0), 0); }
 
 TEST_F(LogCategoryTest, LinesReachTheFileWithAnErrorAndAtTheEnd) {
