@@ -6,7 +6,7 @@ JOBS ?= $(shell nproc)
 PREFIX ?= /usr/local
 
 .DEFAULT_GOAL := help
-.PHONY: help example test clang sanitize coverage goldens lint format install
+.PHONY: help example test bench clang sanitize coverage goldens lint format install
 
 help: ## list these commands
 	@sed -n 's/^\([a-z]*\):.* ## /\1\t/p' $(MAKEFILE_LIST) | expand -t 12
@@ -20,6 +20,12 @@ example: ## install what is missing, build, check the shipped example
 test: ## install what is missing, build, run every test
 	$(INSTALL_DEPS) test
 	scripts/test-preset test $(JOBS)
+
+bench: ## what things cost; BENCH_ARGS are handed on (--benchmark_filter=, --benchmark_format=json)
+	$(INSTALL_DEPS) bench
+	cmake --preset bench
+	cmake --build --preset bench -j $(JOBS)
+	build/bench/bench/library/korvel_library_bench $(BENCH_ARGS)
 
 clang: ## every test, built with clang
 	$(INSTALL_DEPS) ci
