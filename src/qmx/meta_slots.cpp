@@ -1,6 +1,7 @@
 // Fills the table by which a library finds its metas by name.
 #include "qmx/meta_slots.h"
 
+#include <algorithm>
 #include <bit>
 
 namespace qmx {
@@ -9,8 +10,19 @@ namespace {
 // Random names need one seed; a hundred bad ones in a row are no accident, and no attack that anybody can pay for.
 constexpr std::uint32_t kMaxSeeds = 100;
 
-// False if the search for a name looks at more slots than allowed.
-bool Fill(MetaSlots& table, const std::vector<std::string_view>& names, std::size_t max_probes) {
+// Whether a search that finds nothing may look at more than so many slots: it goes on to the next free one.
+bool HasLongRun(const std::vector<tagQMXMetaSlot>& slots, std::size_t max_probes) {
+  std::size_t run = 0;
+  for (std::size_t i = 0; i < slots.size() + std::min(max_probes, slots.size()); ++i) {
+    run = slots[i % slots.size()].iMeta < 0 ? 0 : run + 1;
+    if (run >= max_probes) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+bool FillMetaSlots(MetaSlots& table, const std::vector<std::string_view>& names, std::size_t max_probes) {
   table.slots.assign(MetaSlotNum(names.size()), {0, -1});
   for (std::size_t i = 0; i < names.size(); ++i) {
     const MetaHash hash(names[i], table.seed);
@@ -20,19 +32,17 @@ bool Fill(MetaSlots& table, const std::vector<std::string_view>& names, std::siz
     tagQMXMetaSlot& slot = table.slots[probe.slot];
     if (slot.iMeta < 0) slot = {hash.tag, static_cast<std::int32_t>(i)};
   }
-  return true;
+  return !HasLongRun(table.slots, max_probes);
 }
-
-}  // namespace
 
 std::size_t MetaSlotNum(std::size_t metas) { return metas == 0 ? 0 : std::bit_ceil(2 * metas); }
 
 MetaSlots MakeMetaSlots(const std::vector<std::string_view>& names) {
   MetaSlots table;
   for (; table.seed < kMaxSeeds; ++table.seed) {
-    if (Fill(table, names, kMaxProbes)) return table;
+    if (FillMetaSlots(table, names, kMaxProbes)) return table;
   }
-  Fill(table, names, names.size());
+  FillMetaSlots(table, names, names.size());
   return table;
 }
 

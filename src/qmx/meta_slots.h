@@ -1,6 +1,6 @@
 // The table by which a library finds its metas by name: open addressing, linear probing, at most half full.
 //
-// The table lies in the block, so its seed cannot be a secret. Instead the builder tries seeds until every name is found within
+// The table lies in the block, so its seed cannot be a secret. Instead the builder tries seeds until every search ends within
 // kMaxProbes slots: a file whose names collide under one seed is hashed with the next.
 #pragma once
 
@@ -51,6 +51,9 @@ struct MetaSlots {
 
 // The number of slots for so many metas: what tagQMXMetaLib::iMetaSlotNum says.
 std::size_t MetaSlotNum(std::size_t metas);
+
+// Fills the table under its seed. False if a search looks at more than `max_probes` slots, whether or not it finds its name.
+bool FillMetaSlots(MetaSlots& table, const std::vector<std::string_view>& names, std::size_t max_probes);
 
 // The table of these names in declaration order. The same names give the same table.
 MetaSlots MakeMetaSlots(const std::vector<std::string_view>& names);

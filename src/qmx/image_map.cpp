@@ -1,0 +1,137 @@
+// Opens images, mapped or in memory; image_write.cpp makes them. What the block holds is verified in image_verify.cpp.
+// Held by tests/qmx/image_test.cpp.
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#define XXH_INLINE_ALL
+#include <xxhash.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <iterator>
+#include <utility>
+
+#include "qmx/image_header.h"
+#include "qmx/quote.h"
+
+namespace qmx {
+namespace {
+
+using Fault = std::optional<VerifyError>;
+
+Fault HeaderFault(const char* field, std::size_t offset, std::string reason) {
+  return VerifyError{std::string("header: ") + field, offset, std::move(reason)};
+}
+
+template <class Number>
+Fault WrongNumber(const char* field, std::size_t offset, Number found, Number allowed) {
+  return HeaderFault(field, offset, "is " + std::to_string(found) + "; allowed: " + std::to_string(allowed));
+}
+
+const char* NameOfByteOrder(bool is_own) {
+  const bool little = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
+  return little == is_own ? "little-endian" : "big-endian";
+}
+
+Fault WrongByteOrder(std::uint32_t found) {
+  const std::string is = found == kForeignByteOrder ? NameOfByteOrder(false) : "unknown (" + std::to_string(found) + ")";
+  return HeaderFault("byte order", offsetof(ImageHeader, byte_order),
+                     "is " + is + "; allowed: " + NameOfByteOrder(true) + ", that of this machine");
+}
+
+Fault WrongBlockSize(const ImageHeader& header, std::uint64_t behind) {
+  const char* what = header.block_size > behind ? "the image is cut short" : "the image has bytes behind its end";
+  return HeaderFault("block size", offsetof(ImageHeader, block_size),
+                     "is " + std::to_string(header.block_size) + " and " + std::to_string(behind) +
+                         " bytes follow the header; allowed: as many as that, " + what);
+}
+
+// Fields in the order in which one decides how the next is read.
+Fault CheckHeader(const ImageHeader& header, std::uint64_t behind) {
+  const std::string_view magic(header.magic, sizeof(header.magic));
+  if (magic != kImageMagic) {
+    return HeaderFault("magic", 0, "is " + Quote(magic) + "; allowed: " + Quote(kImageMagic));
+  }
+  if (header.byte_order != kByteOrder) return WrongByteOrder(header.byte_order);
+  if (header.version != kImageVersion) {
+    return WrongNumber("format version", offsetof(ImageHeader, version), header.version, kImageVersion);
+  }
+  if (header.header_size != kImageHeaderSize) {
+    return WrongNumber("header size", offsetof(ImageHeader, header_size), header.header_size, std::uint32_t{kImageHeaderSize});
+  }
+  if (header.reserved != 0) {
+    return WrongNumber("reserved", offsetof(ImageHeader, reserved), header.reserved, std::uint32_t{0});
+  }
+  for (const std::uint64_t& word : header.reserved_2) {
+    const auto offset = static_cast<std::size_t>(reinterpret_cast<const char*>(&word) - header.magic);
+    if (word != 0) return WrongNumber("reserved", offset, word, std::uint64_t{0});
+  }
+  if (header.block_size != behind) return WrongBlockSize(header, behind);
+  return std::nullopt;
+}
+
+Fault CheckImage(const char* bytes, std::uint64_t size, const Limits& limits) {
+  if (size > limits.max_bytes) {
+    return VerifyError{"file", 0, "has " + std::to_string(size) + " bytes; allowed: up to " + std::to_string(limits.max_bytes)};
+  }
+  if (size < kImageHeaderSize) {
+    return VerifyError{"header", size, "is cut short; allowed: " + std::to_string(kImageHeaderSize) + " bytes"};
+  }
+  const auto& header = *reinterpret_cast<const ImageHeader*>(bytes);
+  if (Fault fault = CheckHeader(header, size - kImageHeaderSize)) return fault;
+  const char* const block = bytes + kImageHeaderSize;
+  const std::uint64_t checksum = XXH3_64bits(block, header.block_size);
+  if (checksum != header.checksum) {
+    return WrongNumber("checksum", offsetof(ImageHeader, checksum), header.checksum, checksum);
+  }
+  Fault fault = Verify(block, header.block_size, limits);
+  if (fault) fault->offset += kImageHeaderSize;
+  return fault;
+}
+
+// The library of an image that `owner` keeps.
+ImageResult Open(std::shared_ptr<void> owner, std::size_t size, const Limits& limits) {
+  char* const bytes = static_cast<char*>(owner.get());
+  if (Fault fault = CheckImage(bytes, size, limits)) return {std::nullopt, std::move(*fault)};
+  auto* const library = reinterpret_cast<LPQMXMETALIB>(bytes + kImageHeaderSize);
+  return {Metalib(std::move(owner), library, size - kImageHeaderSize), {}};
+}
+
+ImageResult CannotRead() { return {std::nullopt, {"file", 0, std::string("cannot be read: ") + std::strerror(errno)}}; }
+
+}  // namespace
+
+std::string Describe(const VerifyError& error) {
+  return error.part + " at byte " + std::to_string(error.offset) + " " + error.reason;
+}
+
+bool IsImage(std::string_view bytes) { return bytes.starts_with(kImageMagic); }
+
+ImageResult LoadImage(std::unique_ptr<char[]> bytes, std::size_t size, const Limits& limits) {
+  return Open(std::shared_ptr<char[]>(std::move(bytes)), size, limits);
+}
+
+ImageResult MapImage(int fd, const Limits& limits) {
+  struct stat status {};
+  if (::fstat(fd, &status) != 0) return CannotRead();
+  const auto size = static_cast<std::size_t>(status.st_size);
+  // Nothing can be mapped of an empty file, and nothing need be of one that is refused by its size.
+  if (size < kImageHeaderSize || size > limits.max_bytes) return {std::nullopt, *CheckImage(nullptr, size, limits)};
+  // All of it is read below, so its pages are wanted at once.
+  void* const mapping = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, fd, 0);
+  if (mapping == MAP_FAILED) return CannotRead();
+  return Open(std::shared_ptr<void>(mapping, [size](void* begin) { ::munmap(begin, size); }), size, limits);
+}
+
+ImageResult MapImage(const std::string& path, const Limits& limits) {
+  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return CannotRead();
+  ImageResult result = MapImage(fd, limits);
+  ::close(fd);
+  return result;
+}
+
+}  // namespace qmx

@@ -1,0 +1,184 @@
+// Images: what is written is read again, and everything else is refused by what is wrong with it.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+
+#include "qmx/image_header.h"
+#include "qmx/image_reading.h"
+
+namespace {
+
+using qmx::ImageHeader;
+using qmx::ImageResult;
+
+std::string Bytes(const qmx::Metalib& metalib) { return {reinterpret_cast<const char*>(metalib.get()), metalib.size()}; }
+
+qmx::Metalib EmptyLibrary(qmx::Protocol protocol = qmx::Protocol::kUnset) {
+  return *qmx::MetalibBuilder("", 0, protocol).Finish().metalib;
+}
+
+std::string Why(const ImageResult& result) { return result.metalib ? "accepted" : qmx::Describe(result.error); }
+
+class ImageFile {
+ public:
+  explicit ImageFile(const std::string& bytes) : path_(testing::TempDir() + "image-" + std::to_string(::getpid())) {
+    std::ofstream(path_, std::ios::binary) << bytes;
+  }
+  ImageFile(const ImageFile&) = delete;
+  ImageFile& operator=(const ImageFile&) = delete;
+  ~ImageFile() { std::remove(path_.c_str()); }
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+TEST(Image, WhatIsWrittenIsReadAgain) {
+  const qmx::Metalib library = image::FullLibrary();
+  const std::string written = qmx::WriteImage(library);
+  const ImageResult loaded = image::Load(written);
+  ASSERT_TRUE(loaded.metalib) << Why(loaded);
+  EXPECT_EQ(Bytes(*loaded.metalib), Bytes(library));
+  EXPECT_EQ(qmx::WriteImage(*loaded.metalib), written);
+}
+
+TEST(Image, AFileIsMappedAndOutlivesItsName) {
+  const qmx::Metalib library = image::FullLibrary();
+  ImageResult mapped;
+  {
+    const ImageFile file(qmx::WriteImage(library));
+    mapped = qmx::MapImage(file.path());
+  }
+  ASSERT_TRUE(mapped.metalib) << Why(mapped);
+  EXPECT_EQ(Bytes(*mapped.metalib), Bytes(library));
+  EXPECT_EQ(image::ReadEverything(mapped.metalib->get()), image::ReadEverything(library.get()));
+}
+
+TEST(Image, EqualLibrariesGiveEqualBytes) {
+  EXPECT_EQ(qmx::WriteImage(image::FullLibrary()), qmx::WriteImage(image::FullLibrary()));
+}
+
+TEST(Image, ALibraryWithoutMetasIsOne) {
+  for (const auto protocol : {qmx::Protocol::kUnset, qmx::Protocol::kQmx, qmx::Protocol::kTlv}) {
+    const ImageResult loaded = image::Load(qmx::WriteImage(EmptyLibrary(protocol)));
+    EXPECT_TRUE(loaded.metalib) << Why(loaded);
+  }
+}
+
+TEST(Image, IsToldFromTextByItsFirstBytes) {
+  EXPECT_TRUE(qmx::IsImage(qmx::WriteImage(EmptyLibrary())));
+  EXPECT_TRUE(qmx::IsImage("QMXIMAGE"));
+  EXPECT_FALSE(qmx::IsImage("QMXIMAG"));
+  EXPECT_FALSE(qmx::IsImage("<metalib name=\"QMXIMAGE\"/>"));
+  EXPECT_FALSE(qmx::IsImage(""));
+}
+
+// A number of the header, what is put there, and what is said then.
+struct Damage {
+  std::size_t offset;
+  std::size_t width;  // bytes
+  std::uint64_t value;
+  const char* text;
+};
+
+TEST(Image, DamagedHeadersAreRefused) {
+  const std::string image = qmx::WriteImage(EmptyLibrary());
+  const Damage kDamages[] = {
+      {0, 1, 'X', "header: magic at byte 0 is 'XMXIMAGE'; allowed: 'QMXIMAGE'"},
+      {offsetof(ImageHeader, byte_order), 4, 0x04030201,
+       "header: byte order at byte 8 is big-endian; allowed: little-endian, that of this machine"},
+      {offsetof(ImageHeader, byte_order), 4, 7,
+       "header: byte order at byte 8 is unknown (7); allowed: little-endian, that of this machine"},
+      {offsetof(ImageHeader, version), 4, 2, "header: format version at byte 12 is 2; allowed: 1"},
+      {offsetof(ImageHeader, header_size), 4, 72, "header: header size at byte 16 is 72; allowed: 64"},
+      {offsetof(ImageHeader, reserved), 4, 1, "header: reserved at byte 20 is 1; allowed: 0"},
+      {offsetof(ImageHeader, reserved_2) + 16, 8, 5, "header: reserved at byte 56 is 5; allowed: 0"},
+      {offsetof(ImageHeader, block_size), 8, 72,
+       "header: block size at byte 24 is 72 and 64 bytes follow the header; allowed: as many as that, the image is cut short"},
+      {offsetof(ImageHeader, block_size), 8, 56,
+       "header: block size at byte 24 is 56 and 64 bytes follow the header; allowed: as many as that, "
+       "the image has bytes behind its end"},
+  };
+  ASSERT_EQ(image.size(), 128u);
+  for (const Damage& damage : kDamages) {
+    std::string damaged = image;
+    std::memcpy(damaged.data() + damage.offset, &damage.value, damage.width);
+    EXPECT_EQ(Why(image::Load(damaged)), damage.text);
+  }
+}
+
+TEST(Image, AWrongChecksumIsRefused) {
+  std::string image = qmx::WriteImage(image::FullLibrary());
+  image.back() = 1;
+  EXPECT_EQ(Why(image::Load(image)).find("header: checksum at byte 32 is "), 0u);
+}
+
+TEST(Image, AnImageThatIsCutAnywhereIsRefused) {
+  const std::string image = qmx::WriteImage(image::FullLibrary());
+  for (std::size_t size = 0; size < image.size(); ++size) {
+    const std::string why = Why(image::Load(image.substr(0, size)));
+    if (size < qmx::kImageHeaderSize) {
+      ASSERT_EQ(why, "header at byte " + std::to_string(size) + " is cut short; allowed: 64 bytes");
+    } else {
+      ASSERT_NE(why.find("the image is cut short"), std::string::npos) << size << ": " << why;
+    }
+  }
+}
+
+TEST(Image, BytesBehindTheEndAreRefused) {
+  EXPECT_NE(Why(image::Load(qmx::WriteImage(image::FullLibrary()) + std::string(8, '\0'))).find("bytes behind its end"),
+            std::string::npos);
+}
+
+TEST(Image, AFlippedBitIsRefused) {
+  const std::string image = qmx::WriteImage(image::FullLibrary());
+  for (std::size_t bit = 0; bit < 8 * image.size(); ++bit) {
+    std::string damaged = image;
+    damaged[bit / 8] = static_cast<char>(damaged[bit / 8] ^ (1 << bit % 8));
+    ASSERT_FALSE(image::Load(damaged).metalib) << "bit " << bit;
+  }
+}
+
+// What slips through must be safe to use: names with other letters, ids, versions.
+TEST(Image, AFlippedBitUnderAMendedChecksumIsRefusedOrHarmless) {
+  const std::string image = qmx::WriteImage(image::FullLibrary());
+  std::size_t accepted = 0;
+  std::size_t refused = 0;
+  for (std::size_t bit = 8 * qmx::kImageHeaderSize; bit < 8 * image.size(); ++bit) {
+    std::string damaged = image;
+    damaged[bit / 8] = static_cast<char>(damaged[bit / 8] ^ (1 << bit % 8));
+    image::MendChecksum(damaged);
+    const ImageResult result = image::Load(damaged);
+    ++(result.metalib ? accepted : refused);
+    if (!result.metalib) continue;
+    ASSERT_LE(image::ReadEverything(result.metalib->get()), result.metalib->size()) << "bit " << bit;
+  }
+  EXPECT_GT(accepted, 0u);
+  EXPECT_GT(refused, accepted);
+}
+
+TEST(Image, LimitsAreKept) {
+  const std::string image = qmx::WriteImage(image::FullLibrary());
+  const auto load = [&](const qmx::Limits& limits) {
+    auto copy = std::make_unique<char[]>(image.size());
+    image.copy(copy.get(), image.size());
+    return Why(qmx::LoadImage(std::move(copy), image.size(), limits));
+  };
+  EXPECT_EQ(load({.max_bytes = image.size()}), "accepted");
+  EXPECT_EQ(load({.max_bytes = 100}), "file at byte 0 has " + std::to_string(image.size()) + " bytes; allowed: up to 100");
+  EXPECT_EQ(load({.max_depth = 3}), "accepted");
+  EXPECT_NE(load({.max_depth = 2}).find("structures nested up to 2 levels deep"), std::string::npos);
+}
+
+TEST(Image, FilesThatCannotBeMappedAreTold) {
+  EXPECT_EQ(Why(qmx::MapImage("no such file")), "file at byte 0 cannot be read: No such file or directory");
+  EXPECT_EQ(Why(qmx::MapImage(-1)), "file at byte 0 cannot be read: Bad file descriptor");
+  EXPECT_EQ(Why(qmx::MapImage(testing::TempDir())), "file at byte 0 cannot be read: No such device");
+  const ImageFile empty("");
+  EXPECT_EQ(Why(qmx::MapImage(empty.path())), "header at byte 0 is cut short; allowed: 64 bytes");
+}
+
+}  // namespace
