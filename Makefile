@@ -21,11 +21,12 @@ test: ## install what is missing, build, run every test
 	$(INSTALL_DEPS) test
 	scripts/test-preset test $(JOBS)
 
-bench: ## what things cost; BENCH_ARGS are handed on (--benchmark_filter=, --benchmark_format=json)
+bench: ## what things cost; BENCH_ARGS go to the library's part (--benchmark_filter=), PROCESS_ARGS to that of processes (--all)
 	$(INSTALL_DEPS) bench
 	cmake --preset bench
 	cmake --build --preset bench -j $(JOBS)
-	build/bench/bench/library/korvel_library_bench $(BENCH_ARGS)
+	build/bench/bench/library/korvel_library_bench --benchmark_out=build/bench/library.json $(BENCH_ARGS)
+	build/bench/bench/process/korvel_process_bench $(PROCESS_ARGS) build/bench
 
 clang: ## every test, built with clang
 	$(INSTALL_DEPS) ci

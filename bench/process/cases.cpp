@@ -1,0 +1,68 @@
+// The cases as tables, and what a quick run leaves out.
+#include "process/cases.h"
+
+namespace bench {
+namespace {
+
+struct ShapeRow {
+  const char* name;
+  Shape shape;
+  enum Extent { kOnlyInFull, kPlain, kEveryKind } extent;  // what of it a quick run measures
+};
+
+constexpr ShapeRow kShapes[] = {
+    {"1 x 20", {1, 20, 0}, ShapeRow::kPlain},
+    {"100 x 100", {100, 100, 0}, ShapeRow::kPlain},
+    {"1000 x 100", {1000, 100, 0}, ShapeRow::kEveryKind},
+    {"10000 x 100", {10000, 100, 0}, ShapeRow::kOnlyInFull},
+    {"1 x 10000", {1, 10000, 0}, ShapeRow::kPlain},
+    {"1 x 100000", {1, 100000, 0}, ShapeRow::kPlain},
+    {"1 x 1000000", {1, 1000000, 0}, ShapeRow::kOnlyInFull},
+    {"20 levels", {1, 2, 20}, ShapeRow::kPlain},
+    {"28 levels", {1, 2, 28}, ShapeRow::kPlain},
+    {"60 levels", {1, 2, 60}, ShapeRow::kPlain},
+};
+
+struct KindRow {
+  const char* name;
+  Kind kind;
+};
+
+constexpr KindRow kKinds[] = {
+    {"identical", Kind::kIdentical}, {"one added", Kind::kOneAdded}, {"one refused", Kind::kOneRefused}};
+
+bool IsMeasured(const ShapeRow& row, Kind kind, qmx::Protocol protocol, bool all) {
+  const bool plain = kind == Kind::kIdentical && protocol == qmx::Protocol::kQmx;
+  if (row.shape.levels > 0 && kind != Kind::kIdentical) return false;
+  return all || row.extent == ShapeRow::kEveryKind || (row.extent == ShapeRow::kPlain && plain);
+}
+
+const char* NameOf(Kind kind) {
+  for (const KindRow& row : kKinds) {
+    if (row.kind == kind) return row.name;
+  }
+  return "";
+}
+
+}  // namespace
+
+std::string NameOf(const Case& measured) {
+  return measured.shape_name + ", " + NameOf(measured.kind) + ", " + (measured.protocol == qmx::Protocol::kTlv ? "TLV" : "QMX") +
+         ", " + (measured.form == Form::kXml ? "XML" : "image");
+}
+
+std::vector<Case> Cases(bool all, bool with_images) {
+  std::vector<Case> cases;
+  for (const ShapeRow& row : kShapes) {
+    for (const KindRow& kind : kKinds) {
+      for (const qmx::Protocol protocol : {qmx::Protocol::kQmx, qmx::Protocol::kTlv}) {
+        if (!IsMeasured(row, kind.kind, protocol, all)) continue;
+        cases.push_back({row.name, row.shape, kind.kind, protocol, Form::kXml});
+        if (with_images) cases.push_back({row.name, row.shape, kind.kind, protocol, Form::kImage});
+      }
+    }
+  }
+  return cases;
+}
+
+}  // namespace bench
