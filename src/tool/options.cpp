@@ -117,6 +117,9 @@ void AddOutputOptions(CLI::App& app, Options& options, vesk::LogSettings& log) {
   })->needs(log_option);
 }
 
+// Whether a word may be an option, and no path.
+bool IsOption(std::string_view argument) { return argument.size() > 1 && argument.front() == '-'; }
+
 void AddInputs(CLI::App& app, const Command& command, Options& options) {
   const bool pair = command.second.argument != nullptr;
   if (!pair) {
@@ -139,8 +142,7 @@ std::string LikeOption(const CLI::App& app, const std::string& word) {
 // What to say about arguments that fit no option; empty if there are none. An unknown option explains more than what it hides.
 std::string AboutLeftOver(const CLI::App& app) {
   const std::vector<std::string> left = app.remaining();
-  const auto is_option = [](const std::string& argument) { return argument.size() > 1 && argument.front() == '-'; };
-  const auto found = std::find_if(left.begin(), left.end(), is_option);
+  const auto found = std::find_if(left.begin(), left.end(), IsOption);
   if (found == left.end()) return left.empty() ? "" : "unexpected argument " + qmx::Quote(left.front());
   const std::string name = found->substr(0, found->find('='));
   return "unknown option " + qmx::Quote(name) + LikeOption(app, name);
@@ -170,8 +172,11 @@ std::optional<Options> ParseOptions(const Command& command, const std::vector<st
   log.least_grave = VESK_PRIORITY_INFO;
   CLI::App app(command.summary, std::string("korvelcheck ") + command.name);
   AddInputs(app, command, options);
-  AddTableOptions(app, command, options);
-  AddOutputOptions(app, options, log);
+  // Declaring them takes longer than reading a small file: a call without options does without.
+  if (std::any_of(arguments.begin(), arguments.end(), IsOption)) {
+    AddTableOptions(app, command, options);
+    AddOutputOptions(app, options, log);
+  }
   try {
     Parse(app, command, arguments);
   } catch (const CLI::CallForHelp&) {
