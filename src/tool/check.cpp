@@ -9,15 +9,14 @@ TableResult NewTable(const Pair& pair, const std::string& table) {
   TableResult result;
   result.table = table;
   result.status = Status::kNew;
-  result.place = PlaceOf(pair.second, table);
+  result.declared = {&pair.second, table};
   return result;
 }
 
 Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
-  const std::vector<Input> inputs = LoadInputs(options.inputs);
-  const Pair pair{inputs[0], inputs[1]};
+  Report report = StartReport(command, LoadInputs(options.inputs));
+  const Pair pair = PairOf(report);
   const Selection selection = SelectTables(pair, options.tables);
-  Report report = StartReport(command, inputs);
   for (const std::string& table : selection.compared) {
     report.tables.push_back(JudgeChange(pair, table, options.given, log));
   }

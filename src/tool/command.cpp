@@ -2,12 +2,13 @@
 #include "tool/command.h"
 
 #include <cstddef>
+#include <utility>
 
 namespace korvel::tool {
 
 std::span<const Command* const> Commands() {
-  static constexpr const Command* kCommands[] = {&kCheckCommand, &kCompatCommand,   &kValuesCommand,
-                                                 &kSameCommand,  &kSortlistCommand, &kLintCommand};
+  static constexpr const Command* kCommands[] = {&kCheckCommand,    &kCompatCommand, &kValuesCommand,  &kSameCommand,
+                                                 &kSortlistCommand, &kLintCommand,   &kCompileCommand, &kDumpCommand};
   return kCommands;
 }
 
@@ -18,12 +19,12 @@ const Command* FindCommand(std::string_view name) {
   return nullptr;
 }
 
-Report StartReport(const Command& command, const std::vector<Input>& inputs) {
+Report StartReport(const Command& command, std::vector<Input> inputs) {
   Report report;
   report.command = command.name;
   const bool pair = command.second.role != nullptr;
   for (std::size_t i = 0; i < inputs.size(); ++i) {
-    report.inputs.push_back({pair && i == 1 ? command.second.role : command.first.role, inputs[i].name});
+    report.inputs.push_back({pair && i == 1 ? command.second.role : command.first.role, std::move(inputs[i])});
   }
   return report;
 }

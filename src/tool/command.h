@@ -2,6 +2,7 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -16,6 +17,7 @@ enum OptionSet : unsigned {
   kDstTableOption = 2,   // --dst-table
   kCreatedAsOption = 4,  // --created-as
   kSettingOptions = 8,   // the other settings of a table
+  kNeedsOutput = 16,     // --output must be given
 };
 
 // What help and reports call an input file.
@@ -25,15 +27,20 @@ struct InputName {
 };
 
 inline constexpr InputName kNoInput{nullptr, nullptr};
+inline constexpr InputName kAnyNumber{"", nullptr};
 
 struct Command {
   const char* name;
   const char* summary;
   InputName first;
-  InputName second;  // kNoInput: any number of files like the first
+  InputName second;  // kNoInput: only the first; kAnyNumber: any number of files like the first
   unsigned options;  // OptionSet, joined
-  // Throws CannotAsk. `log` is never null.
-  Report (*run)(const Command& command, const Options& options, LPVESKCATEGORYINST log);
+  // One of the two. Both throw CannotAsk.
+  //
+  // Asks the checker. `log` is never null.
+  Report (*run)(const Command& command, const Options& options, LPVESKCATEGORYINST log) = nullptr;
+  // Makes the bytes of a file.
+  std::string (*make)(const Options& options) = nullptr;
 };
 
 extern const Command kCheckCommand;
@@ -42,6 +49,8 @@ extern const Command kValuesCommand;
 extern const Command kSameCommand;
 extern const Command kSortlistCommand;
 extern const Command kLintCommand;
+extern const Command kCompileCommand;
+extern const Command kDumpCommand;
 
 // In the order in which help shows them.
 std::span<const Command* const> Commands();
@@ -50,6 +59,6 @@ std::span<const Command* const> Commands();
 const Command* FindCommand(std::string_view name);
 
 // A report of the command without tables yet, about the files read.
-Report StartReport(const Command& command, const std::vector<Input>& inputs);
+Report StartReport(const Command& command, std::vector<Input> inputs);
 
 }  // namespace korvel::tool

@@ -6,9 +6,8 @@ namespace korvel::tool {
 namespace {
 
 Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
-  const std::vector<Input> inputs = LoadInputs(options.inputs);
-  const Pair pair{inputs[0], inputs[1]};
-  Report report = StartReport(command, inputs);
+  Report report = StartReport(command, LoadInputs(options.inputs));
+  const Pair pair = PairOf(report);
   for (const std::string& table : SelectFromFirst(pair, options.tables)) {
     report.tables.push_back(Judge(pair, {table, table}, [&](ModifyTable& checker) {
       return checker.CheckTableMetaCompatible(pair.first.Library(), pair.second.Library(), table.c_str(), log);

@@ -1,71 +1,27 @@
-// Reads schema files. What a schema may hold is not decided here. Held by tests/tool/input_test.cpp.
+// Loads schemas. What a schema may hold is not decided here. Held by tests/tool/input_test.cpp and image_test.cpp.
 #include "tool/input.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include <algorithm>
-#include <cstdint>
-#include <cstring>
-#include <optional>
+#include <atomic>
+#include <exception>
+#include <system_error>
+#include <thread>
 #include <utility>
 
 #include "common/meta_view.h"
+#include "qmx/qmx_image.h"
 #include "qmx/qmx_metalib_kernel.h"
+#include "qmx/qmx_xml.h"
 #include "tool/cannot_ask.h"
-#include "tool/file_descriptor.h"
+#include "tool/file_bytes.h"
 #include "tool/one_line.h"
+#include "tool/shrunk_file.h"
 
 namespace korvel::tool {
 namespace {
 
-constexpr char kStandardInput[] = "-";
-constexpr std::size_t kFirstPiece = std::size_t{64} << 10;  // bytes; for pipes, whose size is not known
-
-std::string ShownName(const std::string& path) { return path == kStandardInput ? "<stdin>" : path; }
-
-[[noreturn]] void RefuseFile(const std::string& name, const std::string& reason) {
-  throw CannotAsk{{Said(OneLine(name) + ": " + reason)}};
-}
-
-[[noreturn]] void RefuseTooLarge(const std::string& name) {
-  RefuseFile(name, "is too large; allowed: up to " + std::to_string(qmx::kMaxFileBytes) + " bytes");
-}
-
-FileDescriptor Open(const std::string& path) {
-  // A pipe without a writer waits for one here, like any reader.
-  const int fd = path == kStandardInput ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0) : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) RefuseFile(ShownName(path), std::strerror(errno));
-  return FileDescriptor(fd);
-}
-
-// The size by which reading begins: one byte more than a file holds, so that its end is seen without growing.
-std::size_t FirstSize(int fd, const std::string& name) {
-  struct stat status {};
-  if (::fstat(fd, &status) != 0) RefuseFile(name, std::strerror(errno));
-  if (S_ISDIR(status.st_mode)) RefuseFile(name, "is a directory; allowed: a schema file, or '-' for standard input");
-  if (!S_ISREG(status.st_mode)) return kFirstPiece;
-  if (static_cast<std::uintmax_t>(status.st_size) > qmx::kMaxFileBytes) RefuseTooLarge(name);
-  return std::max(static_cast<std::size_t>(status.st_size) + 1, kFirstPiece);
-}
-
-std::string ReadBytes(const std::string& path) {
-  const FileDescriptor file = Open(path);
-  const std::string name = ShownName(path);
-  std::string text(FirstSize(file.get(), name), '\0');
-  std::size_t size = 0;
-  while (true) {
-    const ssize_t got = ::read(file.get(), text.data() + size, text.size() - size);
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) RefuseFile(name, std::string("cannot be read: ") + std::strerror(errno));
-    if (got == 0) break;
-    size += static_cast<std::size_t>(got);
-    if (size > qmx::kMaxFileBytes) RefuseTooLarge(name);
-    if (size == text.size()) text.resize(std::min(size * 2, qmx::kMaxFileBytes + 1));
-  }
-  text.resize(size);
-  return text;
-}
+// From here on loading a file takes so much longer than starting a thread that the thread pays; less in an image than in text.
+constexpr std::size_t kLargeFile = std::size_t{256} << 10;  // bytes
 
 CannotAsk SchemaErrors(const std::string& name, const std::vector<qmx::ReadError>& errors) {
   CannotAsk faults;
@@ -76,36 +32,94 @@ CannotAsk SchemaErrors(const std::string& name, const std::vector<qmx::ReadError
   return faults;
 }
 
-// Fills in what is known of each meta. Metas stand in the order of the file.
-void ListMetas(std::string_view text, Input& input) {
-  qmx::PlaceCounter places(text);
+Input FromText(const std::string& name, Bytes bytes) {
+  qmx::ReadResult result = qmx::ReadXml(bytes.View());
+  if (!result.schema) throw SchemaErrors(name, result.errors);
+  return {name, std::move(result.schema->metalib), SchemaText{std::move(bytes), std::move(result.schema->source_map)}, {}};
+}
+
+Input FromImage(const std::string& name, qmx::ImageResult result) {
+  if (!result.metalib) throw CannotAsk{{OneLine(name + ": error: " + qmx::Describe(result.error))}};
+  return {name, std::move(*result.metalib), std::nullopt, {}};
+}
+
+Input MapFile(const OpenFile& file) {
+  EndOnShrunkFile();
+  return FromImage(file.name, qmx::MapImage(file.descriptor.get()));
+}
+
+Input ReadFile(const OpenFile& file) {
+  Bytes bytes = ReadAll(file);
+  if (!qmx::IsImage(bytes.View())) return FromText(file.name, std::move(bytes));
+  return FromImage(file.name, qmx::LoadImage(std::move(bytes.data), bytes.size));
+}
+
+void ListTables(Input& input) {
   const int number = qmx_get_meta_num(input.Library());
   for (int i = 0; i < number; ++i) {
-    const qmx::ElementId id{qmx::ElementId::Kind::kMeta, static_cast<std::uint32_t>(i), 0, 0};
     const LPQMXMETA meta = qmx_get_meta_by_index(input.Library(), i);
-    const std::string_view name = qmx_get_meta_name(meta);
-    input.meta_places.emplace(name, places.At(input.schema.source_map.Find(id).value_or(0)));
-    if (HasPrimaryKey(meta)) input.tables.push_back(name);
+    if (HasPrimaryKey(meta)) input.tables.emplace_back(qmx_get_meta_name(meta));
   }
 }
 
 Input LoadInput(const std::string& path) {
-  const std::string text = ReadBytes(path);
-  qmx::ReadResult result = qmx::ReadXml(text);
-  if (!result.schema) throw SchemaErrors(ShownName(path), result.errors);
-  Input input{ShownName(path), std::move(*result.schema), {}, {}};
-  ListMetas(text, input);
+  const OpenFile file = OpenInput(path);
+  Input input = file.is_mappable_image ? MapFile(file) : ReadFile(file);
+  ListTables(input);
   return input;
+}
+
+// What came of a file: an input, or why there is none.
+struct Loaded {
+  std::optional<Input> input;
+  std::exception_ptr fault;
+};
+
+Loaded TryToLoad(const std::string& path) {
+  try {
+    return {LoadInput(path), nullptr};
+  } catch (...) {
+    return {std::nullopt, std::current_exception()};
+  }
+}
+
+// How many threads are of use.
+std::size_t UsefulThreads(const std::vector<std::string>& paths) {
+  const auto is_large = [](const std::string& path) { return SizeOf(path) >= kLargeFile; };
+  const auto large = static_cast<std::size_t>(std::ranges::count_if(paths, is_large));
+  return large < 2 ? 1 : std::min<std::size_t>(large, std::thread::hardware_concurrency());
+}
+
+// Loads the files, each by the first thread that is free.
+std::vector<Loaded> LoadAll(const std::vector<std::string>& paths) {
+  std::vector<Loaded> loaded(paths.size());
+  std::atomic<std::size_t> next = 0;
+  const auto work = [&] {
+    for (std::size_t i = next++; i < paths.size(); i = next++) loaded[i] = TryToLoad(paths[i]);
+  };
+  std::vector<std::jthread> helpers;
+  const std::size_t wanted = UsefulThreads(paths);
+  try {
+    while (helpers.size() + 1 < wanted) helpers.emplace_back(work);
+  } catch (const std::system_error&) {
+    // As many as the system gives: this thread does what is left.
+  }
+  work();
+  helpers.clear();
+  return loaded;
 }
 
 }  // namespace
 
+bool Input::HasMeta(const std::string& meta) const { return qmx_get_meta_by_name(Library(), meta.c_str()) != nullptr; }
+
 std::vector<Input> LoadInputs(const std::vector<std::string>& paths) {
   std::vector<Input> inputs;
   CannotAsk faults;
-  for (const std::string& path : paths) {
+  for (Loaded& loaded : LoadAll(paths)) {
     try {
-      inputs.push_back(LoadInput(path));
+      if (loaded.fault != nullptr) std::rethrow_exception(loaded.fault);
+      inputs.push_back(std::move(*loaded.input));
     } catch (const CannotAsk& fault) {
       faults.lines.insert(faults.lines.end(), fault.lines.begin(), fault.lines.end());
     }

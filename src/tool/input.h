@@ -1,28 +1,45 @@
-// Schema files as the commands see them: read, parsed, with the place of each of their metas.
+// Schemas as the commands see them: read from schema files or images, whichever the file holds.
 #pragma once
 
+#include <cstddef>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
+#include "qmx/qmx_builder.h"
 #include "qmx/qmx_source_map.h"
-#include "qmx/qmx_xml.h"
 
 namespace korvel::tool {
 
-struct Input {
-  std::string name;  // as shown: the path, or "<stdin>"
-  qmx::Schema schema;
-  std::vector<std::string_view> tables;                               // metas with a primary key, in declaration order
-  std::unordered_map<std::string_view, qmx::LineColumn> meta_places;  // of every meta, by name
+// Bytes of a file, in memory that was not touched before they were read.
+struct Bytes {
+  std::string_view View() const { return {data.get(), size}; }
 
-  LPQMXMETALIB Library() const { return schema.metalib.get(); }
-  bool HasMeta(std::string_view meta) const { return meta_places.contains(meta); }
+  std::unique_ptr<char[]> data;
+  std::size_t size = 0;
 };
 
-// Reads the files; "-" is standard input. Throws CannotAsk with every fault of every file: one that cannot be read
-// or is larger than qmx::kMaxFileBytes has one line, a schema error is "file:line:column: error: what".
+// A schema file as it was read: what places are found in.
+struct SchemaText {
+  Bytes bytes;
+  qmx::SourceMap source_map;
+};
+
+struct Input {
+  std::string name;  // as shown: the path, or "<stdin>"
+  qmx::Metalib metalib;
+  std::optional<SchemaText> text;        // an image has none
+  std::vector<std::string_view> tables;  // metas with a primary key, in declaration order
+
+  LPQMXMETALIB Library() const { return metalib.get(); }
+  bool HasMeta(const std::string& meta) const;
+};
+
+// Reads the files; "-" is standard input. Large ones are read at the same time. Throws CannotAsk with every fault of every file,
+// in the order of the paths: one that cannot be read or is larger than qmx::kMaxFileBytes has one line, and so has an image that
+// is refused, "file: error: what"; an error of a schema file is "file:line:column: error: what".
 std::vector<Input> LoadInputs(const std::vector<std::string>& paths);
 
 }  // namespace korvel::tool

@@ -9,7 +9,7 @@ TableResult Judge(const Pair& pair, const TableNames& table, const std::function
   TableResult result;
   result.table = table.first;
   const bool in_second = pair.second.HasMeta(table.second);
-  result.place = in_second ? PlaceOf(pair.second, table.second) : PlaceOf(pair.first, table.first);
+  result.declared = in_second ? MetaOf{&pair.second, table.second} : MetaOf{&pair.first, table.first};
   ModifyTable checker;
   result.code = ask(checker);
   result.status = result.code == 0 ? Status::kAllowed : Status::kRefused;

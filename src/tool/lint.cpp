@@ -7,9 +7,9 @@
 namespace korvel::tool {
 namespace {
 
-void RequireTablesInEach(const std::vector<Input>& inputs) {
+void RequireTablesInEach(const std::vector<ReportInput>& inputs) {
   CannotAsk empty;
-  for (const Input& input : inputs) {
+  for (const auto& [role, input] : inputs) {
     if (input.tables.empty()) empty.lines.push_back(Said(OneLine(input.name) + ": no table (a meta with a primary key)"));
   }
   if (!empty.lines.empty()) throw empty;
@@ -17,10 +17,9 @@ void RequireTablesInEach(const std::vector<Input>& inputs) {
 
 // A table is accepted if it may stay as it is.
 Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
-  const std::vector<Input> inputs = LoadInputs(options.inputs);
-  RequireTablesInEach(inputs);
-  Report report = StartReport(command, inputs);
-  for (const Input& input : inputs) {
+  Report report = StartReport(command, LoadInputs(options.inputs));
+  RequireTablesInEach(report.inputs);
+  for (const auto& [role, input] : report.inputs) {
     for (const std::string_view table : input.tables) {
       report.tables.push_back(JudgeChange({input, input}, std::string(table), options.given, log));
     }
@@ -33,7 +32,7 @@ Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST lo
 const Command kLintCommand{"lint",
                            "are schemas well formed, and would their tables be accepted?",
                            {"FILE", "file"},
-                           kNoInput,
+                           kAnyNumber,
                            kCreatedAsOption | kSettingOptions,
                            Run};
 

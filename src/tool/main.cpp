@@ -14,6 +14,7 @@
 #include "qmx/quote.h"
 #include "tool/cannot_ask.h"
 #include "tool/command.h"
+#include "tool/exit_code.h"
 #include "tool/file_descriptor.h"
 #include "tool/one_line.h"
 #include "tool/output.h"
@@ -22,9 +23,6 @@
 
 namespace korvel::tool {
 namespace {
-
-// Part of the interface: scripts depend on them.
-enum ExitCode : int { kAllAllowed = 0, kSomeRefused = 1, kNotAsked = 2, kFault = 3 };
 
 void PrintErrors(const std::vector<std::string>& lines) {
   std::string text;
@@ -91,9 +89,12 @@ void RefuseOverlaps(const Options& options) {
   }
 }
 
-void Write(const Report& report, const Options& options) {
-  const std::string text = options.json ? RenderJson(report) : RenderText(report, !options.output && CanColour());
+void Write(const std::string& text, const Options& options) {
   options.output ? WriteFile(*options.output, text) : WriteStandardOutput(text);
+}
+
+std::string Render(const Report& report, const Options& options) {
+  return options.json ? RenderJson(report) : RenderText(report, !options.output && CanColour());
 }
 
 int RunCommand(const Command& command, const std::vector<std::string>& arguments) {
@@ -104,10 +105,14 @@ int RunCommand(const Command& command, const std::vector<std::string>& arguments
     return kAllAllowed;
   }
   RefuseOverlaps(*options);
+  if (command.make != nullptr) {
+    Write(command.make(*options), *options);
+    return kAllAllowed;
+  }
   const std::unique_ptr<vesk::LogCategory> log = OpenLog(options->log);
   const Report report = command.run(command, *options, log->handle());
   log->Close();
-  Write(report, *options);
+  Write(Render(report, *options), *options);
   if (const std::string failure = log->WriteFailure(); !failure.empty()) throw std::runtime_error(failure);
   return Summarize(report).refused == 0 ? kAllAllowed : kSomeRefused;
 }

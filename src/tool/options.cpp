@@ -97,11 +97,17 @@ void AddTableOptions(CLI::App& app, const Command& command, Options& options) {
   if ((command.options & kSettingOptions) != 0) AddSettings(app, options.given);
 }
 
-void AddOutputOptions(CLI::App& app, Options& options, vesk::LogSettings& log) {
+void AddOutput(CLI::App& app, const Command& command, Options& options) {
+  const bool needed = (command.options & kNeedsOutput) != 0;
+  app.add_option("-o,--output", options.output,
+                 std::string("write to FILE, whole or not at all; '-'") + (needed ? "" : " or default") + ": standard output")
+      ->type_name("FILE")
+      ->required(needed);
+}
+
+void AddReportOptions(CLI::App& app, Options& options, vesk::LogSettings& log) {
   AddChoice(app, "--format", kReportFormats, "form of the report; default: text",
             [&options](int code) { options.json = code == 1; });
-  app.add_option("-o,--output", options.output, "write the report to FILE, whole or not at all; '-' or default: standard output")
-      ->type_name("FILE");
   const auto take_log = [&options, &log](const std::string& value) {
     options.log.emplace();
     if (value != "-") log.file = value;
@@ -121,14 +127,17 @@ void AddOutputOptions(CLI::App& app, Options& options, vesk::LogSettings& log) {
 bool IsOption(std::string_view argument) { return argument.size() > 1 && argument.front() == '-'; }
 
 void AddInputs(CLI::App& app, const Command& command, Options& options) {
-  const bool pair = command.second.argument != nullptr;
-  if (!pair) {
-    app.add_option(command.first.argument, options.inputs, "schema files; '-': standard input")->required()->type_name("");
+  constexpr char kWhat[] = "schema file or image; '-': standard input";
+  if (command.second.argument == kAnyNumber.argument) {
+    app.add_option(command.first.argument, options.inputs, "schema files or images; '-': standard input")
+        ->required()
+        ->type_name("");
     return;
   }
-  options.inputs.resize(2);
-  app.add_option(command.first.argument, options.inputs[0], "schema file; '-': standard input")->required()->type_name("");
-  app.add_option(command.second.argument, options.inputs[1], "schema file; '-': standard input")->required()->type_name("");
+  const bool pair = command.second.argument != nullptr;
+  options.inputs.resize(pair ? 2 : 1);
+  app.add_option(command.first.argument, options.inputs[0], kWhat)->required()->type_name("");
+  if (pair) app.add_option(command.second.argument, options.inputs[1], kWhat)->required()->type_name("");
 }
 
 std::string LikeOption(const CLI::App& app, const std::string& word) {
@@ -172,10 +181,11 @@ std::optional<Options> ParseOptions(const Command& command, const std::vector<st
   log.least_grave = VESK_PRIORITY_INFO;
   CLI::App app(command.summary, std::string("korvelcheck ") + command.name);
   AddInputs(app, command, options);
-  // Declaring them takes longer than reading a small file: a call without options does without.
-  if (std::any_of(arguments.begin(), arguments.end(), IsOption)) {
+  // Declaring them takes longer than reading a small file: a call without options does without, unless one is needed.
+  if ((command.options & kNeedsOutput) != 0 || std::any_of(arguments.begin(), arguments.end(), IsOption)) {
     AddTableOptions(app, command, options);
-    AddOutputOptions(app, options, log);
+    AddOutput(app, command, options);
+    if (command.run != nullptr) AddReportOptions(app, options, log);
   }
   try {
     Parse(app, command, arguments);

@@ -33,10 +33,11 @@ Json ToJson(const Settings& settings) {
 }
 
 Json ToJson(const Place& place) {
-  return {{"file", place.file}, {"line", place.position.line}, {"column", place.position.column}};
+  const auto number = [&](std::size_t qmx::LineColumn::*part) { return place.position ? Json((*place.position).*part) : Json(); };
+  return {{"file", place.file}, {"line", number(&qmx::LineColumn::line)}, {"column", number(&qmx::LineColumn::column)}};
 }
 
-Json ToJson(const TableResult& result) {
+Json ToJson(const TableResult& result, const Place& place) {
   Json json = {{"table", result.table}, {"status", Shown(result.status)}};
   if (result.status != Status::kNew) {
     json["code"] = result.code;
@@ -47,7 +48,7 @@ Json ToJson(const TableResult& result) {
     json["text"] = result.text;
     json["gone"] = result.gone;
   }
-  json["place"] = ToJson(result.place);
+  json["place"] = ToJson(place);
   json["settings"] = ToJson(result.settings);
   return json;
 }
@@ -69,9 +70,10 @@ std::string RenderJson(const Report& report) {
                {"command", report.command},
                {"verdict", Shown(summary.refused == 0 ? Status::kAllowed : Status::kRefused)}};
   Json& inputs = json["inputs"] = Json::array();
-  for (const InputRole& input : report.inputs) inputs.push_back({{"role", input.role}, {"file", input.file}});
+  for (const auto& [role, input] : report.inputs) inputs.push_back({{"role", role}, {"file", input.name}});
   Json& tables = json["tables"] = Json::array();
-  for (const TableResult& result : report.tables) tables.push_back(ToJson(result));
+  const std::vector<Place> places = FindPlaces(report);
+  for (std::size_t i = 0; i < places.size(); ++i) tables.push_back(ToJson(report.tables[i], places[i]));
   json["summary"] = ToJson(summary);
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }

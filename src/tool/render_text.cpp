@@ -31,7 +31,9 @@ std::string Shown(Status status, bool colour) {
 }
 
 std::string Shown(const Place& place) {
-  return OneLine(place.file) + ":" + std::to_string(place.position.line) + ":" + std::to_string(place.position.column) + ": ";
+  const std::string file = OneLine(place.file) + ":";
+  if (!place.position) return file + " ";
+  return file + std::to_string(place.position->line) + ":" + std::to_string(place.position->column) + ": ";
 }
 
 // What follows the status of a refusal.
@@ -43,8 +45,8 @@ std::string Refusal(const TableResult& result) {
          ResultCodeName(result.code) + gone + "\n";
 }
 
-std::string Block(const TableResult& result, bool colour) {
-  const std::string start = Shown(result.place) + Shown(result.status, colour);
+std::string Block(const TableResult& result, const Place& place, bool colour) {
+  const std::string start = Shown(place) + Shown(result.status, colour);
   if (result.status == Status::kRefused) return start + Refusal(result);
   const std::string note = result.status == Status::kNew ? " (not compared)" : "";
   return start + ": table " + OneLine(result.table) + note + "\n";
@@ -62,7 +64,8 @@ std::string Shown(const Summary& summary) {
 std::string RenderText(const Report& report, bool colour) {
   const Summary summary = Summarize(report);
   std::string text = "verdict: " + Shown(summary.refused == 0 ? Status::kAllowed : Status::kRefused, colour) + "\n";
-  for (const TableResult& result : report.tables) text += Block(result, colour);
+  const std::vector<Place> places = FindPlaces(report);
+  for (std::size_t i = 0; i < places.size(); ++i) text += Block(report.tables[i], places[i], colour);
   return text + Shown(summary);
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,19 +14,17 @@ namespace korvel::tool {
 
 enum class Status { kAllowed, kRefused, kNew };
 
-struct Place {
-  std::string file;
-  qmx::LineColumn position;
+// A meta of an input of the report.
+struct MetaOf {
+  const Input* input = nullptr;
+  std::string meta;
 };
-
-// Where a file declares a meta. REQUIRES: it does.
-Place PlaceOf(const Input& input, const std::string& meta);
 
 // The answer for one table.
 struct TableResult {
   std::string table;
   Status status = Status::kNew;
-  Place place;        // the table's meta in the second file, or in the first if the second has none
+  MetaOf declared;    // the table's meta in the second file, or in the first if the second has none
   bool gone = false;  // the second file has no such table; kRefused only
   int code = 0;       // the checker's; 0 unless kRefused
   std::string rule;   // id in the catalogue; empty if the text has no row there
@@ -33,16 +32,25 @@ struct TableResult {
   Settings settings;  // those that the checker was told
 };
 
-struct InputRole {
+struct ReportInput {
   std::string role;  // "old", "new", "source", "destination", "file"
-  std::string file;
+  Input input;
 };
 
 struct Report {
   std::string command;
-  std::vector<InputRole> inputs;
+  std::vector<ReportInput> inputs;
   std::vector<TableResult> tables;
 };
+
+// Where a file declares something.
+struct Place {
+  std::string file;
+  std::optional<qmx::LineColumn> position;  // none in an image
+};
+
+// The places of the tables of a report, in their order. One pass over each file, and none over one that no table is declared in.
+std::vector<Place> FindPlaces(const Report& report);
 
 // Numbers of tables. compared = allowed + refused; those gone are among the refused.
 struct Summary {

@@ -50,6 +50,8 @@ Selection SelectAll(const Pair& pair) {
 
 }  // namespace
 
+Pair PairOf(const Report& report) { return {report.inputs[0].input, report.inputs[1].input}; }
+
 Selection SelectTables(const Pair& pair, const std::vector<std::string>& asked) {
   Selection selection = asked.empty() ? SelectAll(pair) : SelectAsked(pair, asked);
   if (!selection.compared.empty()) return selection;

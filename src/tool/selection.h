@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tool/input.h"
+#include "tool/report.h"
 
 namespace korvel::tool {
 
@@ -13,6 +14,9 @@ struct Pair {
   const Input& first;
   const Input& second;
 };
+
+// The two inputs of a report, which must outlive the pair.
+Pair PairOf(const Report& report);
 
 struct Selection {
   std::vector<std::string> compared;  // at least one; all in the first file

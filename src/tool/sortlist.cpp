@@ -8,10 +8,9 @@ namespace {
 TableNames NamesOf(const std::string& table, const Options& options) { return {table, options.dst_table.value_or(table)}; }
 
 Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
-  const std::vector<Input> inputs = LoadInputs(options.inputs);
-  const Pair pair{inputs[0], inputs[1]};
+  Report report = StartReport(command, LoadInputs(options.inputs));
+  const Pair pair = PairOf(report);
   if (options.dst_table) RequireTables(pair.second, {*options.dst_table});
-  Report report = StartReport(command, inputs);
   for (const std::string& table : SelectFromFirst(pair, options.tables)) {
     const TableNames names = NamesOf(table, options);
     report.tables.push_back(Judge(pair, names, [&](ModifyTable& checker) {

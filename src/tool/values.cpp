@@ -19,11 +19,10 @@ TableResult JudgeValues(const Pair& pair, const std::string& table, const Settin
 }
 
 Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
-  const std::vector<Input> inputs = LoadInputs(options.inputs);
-  const Pair pair{inputs[0], inputs[1]};
+  Report report = StartReport(command, LoadInputs(options.inputs));
+  const Pair pair = PairOf(report);
   const std::vector<std::string> tables = SelectFromFirst(pair, options.tables);
   RequireTables(pair.second, tables);
-  Report report = StartReport(command, inputs);
   for (const std::string& table : tables) report.tables.push_back(JudgeValues(pair, table, options.given, log));
   return report;
 }

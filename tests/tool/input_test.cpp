@@ -43,7 +43,7 @@ TEST_F(InputTest, FaultsOfBothFilesAreTold) {
   std::filesystem::create_directory(PathOf("sub"));
   ExpectNotAsked(Korvelcheck({"check", "missing.xml", "sub"}),
                  "korvelcheck: missing.xml: No such file or directory\n"
-                 "korvelcheck: sub: is a directory; allowed: a schema file, or '-' for standard input\n");
+                 "korvelcheck: sub: is a directory; allowed: a schema file, an image, or '-' for standard input\n");
 }
 
 TEST_F(InputTest, AnEmptyPathIsNoFile) {

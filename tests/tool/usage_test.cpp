@@ -11,7 +11,7 @@ using testing::StartsWith;
 
 class UsageTest : public ToolTest {};
 
-constexpr const char* kCommands[] = {"check", "compat", "values", "same", "sortlist", "lint"};
+constexpr const char* kCommands[] = {"check", "compat", "values", "same", "sortlist", "lint", "compile", "dump"};
 
 TEST_F(UsageTest, HelpListsEveryCommand) {
   for (const char* option : {"--help", "-h"}) {
@@ -28,7 +28,7 @@ TEST_F(UsageTest, EveryCommandHasHelp) {
     EXPECT_EQ(outcome.exit_code, 0);
     EXPECT_EQ(outcome.err, "");
     EXPECT_THAT(outcome.out, HasSubstr(std::string("Usage: korvelcheck ") + command + " [OPTIONS] "));
-    EXPECT_THAT(outcome.out, HasSubstr("--format text|json"));
+    EXPECT_THAT(outcome.out, HasSubstr("--output FILE"));
   }
 }
 
@@ -39,6 +39,9 @@ TEST_F(UsageTest, HelpShowsOnlyTheOptionsThatACommandTakes) {
   EXPECT_THAT(Korvelcheck({"same", "--help"}).out, Not(HasSubstr("--created-as")));
   EXPECT_THAT(Korvelcheck({"sortlist", "--help"}).out, HasSubstr("--dst-table NAME"));
   EXPECT_THAT(Korvelcheck({"lint", "--help"}).out, Not(HasSubstr("--table")));
+  EXPECT_THAT(Korvelcheck({"lint", "--help"}).out, HasSubstr("--format text|json"));
+  EXPECT_THAT(Korvelcheck({"compile", "--help"}).out, Not(HasSubstr("--format")));
+  EXPECT_THAT(Korvelcheck({"dump", "--help"}).out, Not(HasSubstr("--log")));
 }
 
 TEST_F(UsageTest, VersionIsOneLine) { ExpectOutcome(Korvelcheck({"--version"}), 0, "korvelcheck " KORVEL_VERSION "\n", ""); }
@@ -85,6 +88,12 @@ TEST_F(UsageTest, WrongOptionsAreRefusedBeforeAnyFileIsRead) {
       {{"sortlist", "a", "b", "--dst-table", "x"}, "--dst-table requires --table"},
       {{"sortlist", "a", "b", "--dst-table", "x", "--table", "y", "--table", "z"}, "--dst-table goes with one --table"},
       {{"lint"}, "FILE is required"},
+      {{"compile", "a"}, "--output is required"},
+      {{"compile", "-o", "b"}, "FILE is required"},
+      {{"compile", "a", "b", "-o", "c"}, "unexpected argument 'b'"},
+      {{"compile", "a", "-o", "c", "--format", "json"}, "unknown option '--format'"},
+      {{"dump"}, "IMAGE is required"},
+      {{"dump", "a", "b"}, "unexpected argument 'b'"},
   };
   for (const auto& [arguments, text] : kCases) {
     const std::string& command = arguments.front();

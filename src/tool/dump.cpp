@@ -1,0 +1,24 @@
+// dump: an image as a schema file again. Held by tests/tool/image_test.cpp.
+#include "tool/command.h"
+#include "tool/schema_file.h"
+
+namespace korvel::tool {
+namespace {
+
+std::string Make(const Options& options) {
+  const std::vector<Input> inputs = LoadInputs(options.inputs);
+  return SchemaFile(inputs.front());
+}
+
+}  // namespace
+
+const Command kDumpCommand{
+    .name = "dump",
+    .summary = "write an image as a schema file that compiles to the same image",
+    .first = {"IMAGE", "file"},
+    .second = kNoInput,
+    .options = 0,
+    .make = Make,
+};
+
+}  // namespace korvel::tool

@@ -1,0 +1,29 @@
+// Opens and reads the files that a call names.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "tool/file_descriptor.h"
+#include "tool/input.h"
+
+namespace korvel::tool {
+
+// A file that is open and can be read.
+struct OpenFile {
+  std::string name;  // as shown
+  FileDescriptor descriptor;
+  std::size_t size = 0;            // bytes; 0 where it is not known before the end is read: pipes, devices
+  bool is_mappable_image = false;  // a regular file, at its first byte, that begins as an image does
+};
+
+// Size in bytes of the file at a path, "-" being standard input; 0 where it is not known: pipes, devices, what is not there.
+std::size_t SizeOf(const std::string& path);
+
+// Opens a path; "-" is standard input. Throws CannotAsk with one line for what cannot be opened, is a directory or too large.
+OpenFile OpenInput(const std::string& path);
+
+// Reads from where the file stands to its end. Throws CannotAsk with one line.
+Bytes ReadAll(const OpenFile& file);
+
+}  // namespace korvel::tool

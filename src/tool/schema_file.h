@@ -1,0 +1,17 @@
+// Writes schema files.
+#pragma once
+
+#include <string>
+
+#include "tool/input.h"
+
+namespace korvel::tool {
+
+// The input's library as a schema file in XML, which read again gives the same library byte for byte. Descriptions, comments and
+// layout of a schema file are not part of its library: they are gone.
+//
+// Throws CannotAsk with one line for a library that no schema file can say: images may hold characters that XML has not, names
+// that stand twice, and more that the reader of schema files refuses.
+std::string SchemaFile(const Input& input);
+
+}  // namespace korvel::tool
