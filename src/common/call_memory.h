@@ -1,19 +1,23 @@
 // What one public call remembers, so that its cost stays linear in the size of the libraries and of what it logs: indexes of
-// long lists, and the pairs of sub-structures that a rule has passed.
+// long lists, what both sides begin with, and the pairs of sub-structures that a rule has passed.
 //
-// None of it can be observed: a lookup answers as a walk from the first item would, and a pair is passed over only where walking
-// it again would leave the same buffer and no record. Held by tests/linear/linear_test.cpp.
+// None of it can be observed: a lookup answers as a walk from the first item would, and an entry or a pair is passed over only
+// where judging it would leave the same buffer and no record. Held by tests/linear/linear_test.cpp.
 #pragma once
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
-#include <map>
+#include <memory_resource>
 #include <optional>
 #include <string>
 #include <tuple>
-#include <utility>
+#include <unordered_map>
 
 #include "common/first_index.h"
 #include "common/refuse.h"
+#include "common/unchanged.h"
 #include "qmx/qmx_types.h"
 
 namespace korvel {
@@ -25,7 +29,7 @@ class CallMemory {
     kEntryNames,
     kEntryIds,
     kEntryIdsAndNames,
-    kEntriesUpToMissing,
+    kMissingEntries,
     kAttributedEntries,
     kPrimaryKey,
     kIndexes,
@@ -36,27 +40,45 @@ class CallMemory {
 
   class Scope;
 
-  // Position of the first of `count` items whose key is `wanted`; -1 if there is none. `key_at(i)` is the key of item i or
-  // nullopt.
+  CallMemory(const CallMemory&) = delete;
+  CallMemory& operator=(const CallMemory&) = delete;
+
+  // Position of the first of `count` items whose key is `wanted`; -1 if there is none. `key_at(i)` is the key of item i.
   template <class Key, class KeyAt>
   int FindFirst(List list, const void* owner, int count, const Key& wanted, KeyAt key_at) {
-    if (count <= kShortList) {
-      for (int i = 0; i < count; ++i) {
-        if (key_at(i) == wanted) return i;
-      }
-      return -1;
+    if (count > kShortList) return IndexOf(list, owner, count).Find(wanted, key_at);
+    for (int i = 0; i < count; ++i) {
+      if (key_at(i) == wanted) return i;
     }
-    const auto id = std::pair(list, owner);
-    auto found = indexes_.find(id);
-    if (found == indexes_.end()) found = indexes_.emplace(id, FirstIndex(count, key_at)).first;
-    return found->second.Find(wanted, key_at);
+    return -1;
+  }
+
+  // What two metas of `old_count` and `new_count` entries begin with: `likeness(i)` compares the entries at a position,
+  // `key_at(i)` is a key of the new one, in `list`.
+  template <class KeyAt, class LikenessAt>
+  const Unchanged& FindUnchanged(List list, LPQMXMETA old_meta, int old_count, LPQMXMETA new_meta, int new_count, KeyAt key_at,
+                                 LikenessAt likeness) {
+    const auto [found, is_new] = unchanged_.try_emplace(Question(list, old_meta, new_meta));
+    Unchanged& unchanged = found->second;
+    if (!is_new) return unchanged;
+    FirstIndex& index = IndexOf(list, new_meta, new_count);
+    for (int& i = unchanged.end; i < std::min(old_count, new_count); ++i) {
+      const Likeness alike = likeness(i);
+      if (alike == Likeness::kNone || !index.IsFirst(i, key_at)) break;
+      if (alike == Likeness::kComposite) unchanged.composites.push_back(i);
+    }
+    // What is known of the new side's keys is true of the old side's as well.
+    if (!index.SharesKeys()) {
+      indexes_.try_emplace(Question(list, old_meta), &arena_, old_count, index, unchanged.end);
+    }
+    return unchanged;
   }
 
   // Walks a pair of sub-structures by `walk`, which returns a result code, or passes it over if the rule has passed it before:
   // then the buffer gets the text that it left there, if it left one. A pair that left a record is walked every time.
   template <class Walk>
   int Once(Rule rule, LPQMXMETA old_meta, LPQMXMETA new_meta, char* buffer, Walk walk) {
-    const auto pair = std::tuple(rule, old_meta, new_meta);
+    const Question pair(rule, old_meta, new_meta);
     if (const auto found = passed_.find(pair); found != passed_.end()) {
       if (found->second) FormatText(buffer, "%s", found->second->c_str());
       return 0;
@@ -74,8 +96,51 @@ class CallMemory {
   // Up to this length a walk is faster than an index.
   static constexpr int kShortList = 16;
 
-  std::map<std::pair<List, const void*>, FirstIndex> indexes_;
-  std::map<std::tuple<Rule, LPQMXMETA, LPQMXMETA>, std::optional<std::string>> passed_;
+  // Something asked about one record or two.
+  struct Question {
+    template <class Topic>
+    Question(Topic asked, const void* old_record, const void* new_record = nullptr)
+        : topic(static_cast<int>(asked)), old_side(old_record), new_side(new_record) {}
+    bool operator==(const Question&) const = default;
+
+    int topic;
+    const void* old_side;
+    const void* new_side;
+  };
+  struct Hash {
+    std::size_t operator()(const Question& question) const {
+      const auto a = reinterpret_cast<std::uintptr_t>(question.old_side);
+      const auto b = reinterpret_cast<std::uintptr_t>(question.new_side);
+      return FoldedProduct(FoldedProduct(a ^ kMix, static_cast<std::uint64_t>(question.topic) + kMix) ^ b, kMix);
+    }
+  };
+  template <class Answer>
+  using Answers = std::pmr::unordered_map<Question, Answer, Hash>;
+
+  CallMemory() = default;
+  ~CallMemory() = default;
+
+  // Most lookups ask for the list of the one before.
+  FirstIndex& IndexOf(List list, const void* owner, int count) {
+    Used& used = used_[static_cast<std::size_t>(list)];
+    if (used.owner != owner) {
+      used = {owner, &indexes_.try_emplace(Question(list, owner), &arena_, count).first->second};
+    }
+    return *used.index;
+  }
+
+  struct Used {
+    const void* owner = nullptr;
+    FirstIndex* index = nullptr;
+  };
+
+  // Enough for a table of a hundred fields.
+  alignas(std::max_align_t) std::array<std::byte, 4096> first_piece_;
+  std::pmr::monotonic_buffer_resource arena_{first_piece_.data(), first_piece_.size()};
+  std::array<Used, 8> used_;
+  Answers<FirstIndex> indexes_{&arena_};
+  Answers<Unchanged> unchanged_{&arena_};
+  Answers<std::optional<std::string>> passed_{&arena_};
 };
 
 // Joins the call that runs on this thread, or begins one that ends with the scope. Every operation that looks up or descends
@@ -90,7 +155,7 @@ class CallMemory::Scope {
 
  private:
   CallMemory* memory_;
-  std::optional<CallMemory> own_;  // of the outermost scope
+  bool is_outermost_;
 };
 
 }  // namespace korvel

@@ -3,65 +3,188 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
+#include <cstring>
+#include <memory_resource>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace korvel {
 
-// Hashes of keys. They are mixed with a number that differs from run to run, so that no file can be written to collide.
-std::uint64_t HashOf(std::string_view key);
-std::uint64_t HashOf(int key);
-inline std::uint64_t HashOf(const std::pair<int, std::string_view>& key) { return HashOf(key.second) ^ (HashOf(key.first) << 1); }
+// Hashes are mixed with a number that differs from run to run, so that no file can be written to collide.
+std::uint64_t HashSeed();
 
-// A hash table from keys to positions. Keys are not kept: they are asked for again to tell equal hashes apart.
+// Multiplies to 128 bits and folds them.
+inline std::uint64_t FoldedProduct(std::uint64_t a, std::uint64_t b) {
+  __extension__ using Wide = unsigned __int128;
+  const Wide product = static_cast<Wide>(a) * b;
+  return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+}
+
+inline constexpr std::uint64_t kMix = 0x9e3779b97f4a7c15;  // the golden ratio in 64 bits: odd, and without a pattern
+
+inline std::uint64_t HashOf(std::string_view key, std::uint64_t seed) {
+  std::uint64_t hash = seed ^ key.size();
+  while (key.size() >= sizeof(std::uint64_t)) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, key.data(), sizeof(word));
+    hash = FoldedProduct(hash ^ word, seed + kMix);
+    key.remove_prefix(sizeof(word));
+  }
+  std::uint64_t rest = 0;
+  std::memcpy(&rest, key.data(), key.size());
+  return FoldedProduct(hash ^ rest, kMix ^ seed);
+}
+
+// Keys. One that is missing is false, and equals nothing.
+struct NameKey {
+  const char* name;
+  explicit operator bool() const { return name != nullptr; }
+  bool operator==(const NameKey& other) const {
+    return name != nullptr && other.name != nullptr && std::strcmp(name, other.name) == 0;
+  }
+  std::uint64_t Hash(std::uint64_t seed) const { return HashOf(name, seed); }
+};
+
+struct IdKey {
+  bool is_there;
+  int id;
+  explicit operator bool() const { return is_there; }
+  bool operator==(const IdKey& other) const { return is_there && other.is_there && id == other.id; }
+  std::uint64_t Hash(std::uint64_t seed) const { return FoldedProduct(seed ^ static_cast<std::uint32_t>(id), kMix); }
+};
+
+struct IdAndNameKey {
+  int id;
+  NameKey name;
+  explicit operator bool() const { return static_cast<bool>(name); }
+  bool operator==(const IdAndNameKey& other) const { return id == other.id && name == other.name; }
+  std::uint64_t Hash(std::uint64_t seed) const { return name.Hash(seed) ^ (IdKey{true, id}.Hash(seed) << 1); }
+};
+
+// A hash table from keys to positions, filled no further than it was asked for. Keys are not kept: they are asked for again to
+// tell equal hashes apart. `key_at(i)` below is the key of item i, 0 <= i < count, the same in every call.
 class FirstIndex {
  public:
-  // `key_at(i)` is the key of item i, 0 <= i < count, or nullopt for an item without one.
-  template <class KeyAt>
-  FirstIndex(int count, KeyAt key_at) : slots_(SlotCount(count)) {
-    for (int i = 0; i < count; ++i) {
-      const auto key = key_at(i);
-      if (!key) continue;
-      Slot& slot = Probe(*key, key_at);
-      if (slot.position < 0) slot = {Tag(HashOf(*key)), i};
-    }
+  FirstIndex(std::pmr::memory_resource* memory, int count) : seed_(HashSeed()), count_(count), slots_(memory) {}
+
+  // Of a list whose first `shared` items have the keys of those of `base`, each a key of its own.
+  // REQUIRES: `base` is longer lived, shares nothing itself and has been asked for these items.
+  FirstIndex(std::pmr::memory_resource* memory, int count, const FirstIndex& base, int shared) : FirstIndex(memory, count) {
+    base_ = &base;
+    shared_ = shared;
+    indexed_ = shared;
   }
 
-  // Position of the first item with the key; -1 if there is none. `key_at` as above.
+  bool SharesKeys() const { return base_ != nullptr; }
+
+  // Position of the first item with the key; -1 if there is none. Fastest where items are asked for in their order.
   template <class Key, class KeyAt>
-  int Find(const Key& key, KeyAt key_at) {
-    return Probe(key, key_at).position;
+  int Find(const Key& wanted, KeyAt key_at) {
+    const int position = next_ < count_ && IsExpected(wanted, key_at) ? TakeExpected(key_at) : Search(wanted, key_at);
+    if (position >= 0) next_ = position + 1;
+    return position;
+  }
+
+  // Whether item i has a key, and is the first with it.
+  template <class KeyAt>
+  bool IsFirst(int i, KeyAt key_at) {
+    while (indexed_ < i) Add(key_at);
+    if (indexed_ == i) return Add(key_at) == i;
+    const auto key = key_at(i);
+    return key && (all_differ_ || Known(key, key_at) == i);
   }
 
  private:
   struct Slot {
     std::uint32_t tag = 0;
-    std::int32_t position = -1;
+    std::uint32_t place = 0;  // position + 1; 0 = free
   };
 
-  static std::uint32_t Tag(std::uint64_t hash) { return static_cast<std::uint32_t>(hash >> 32); }
+  // Whether the item behind the one found last has the key, and is at once known to be the first, or about to be indexed.
+  template <class Key, class KeyAt>
+  bool IsExpected(const Key& wanted, KeyAt key_at) const {
+    return (all_differ_ || next_ == indexed_) && key_at(next_) == wanted;
+  }
 
-  // A power of two, at most half of which is filled.
-  static std::size_t SlotCount(int count) {
-    std::size_t slots = 2;
-    while (slots < 2 * static_cast<std::size_t>(count)) slots *= 2;
-    return slots;
+  template <class KeyAt>
+  int TakeExpected(KeyAt key_at) {
+    return next_ < indexed_ ? next_ : Add(key_at);
+  }
+
+  template <class Key, class KeyAt>
+  int Search(const Key& wanted, KeyAt key_at) {
+    int position = Known(wanted, key_at);
+    while (position < 0 && indexed_ < count_) {
+      const int added = indexed_;
+      if (Add(key_at) == added && key_at(added) == wanted) position = added;
+    }
+    return position;
+  }
+
+  // Indexes the next item. Position of the first item with its key: its own, unless the key was met before; -1 without a key.
+  template <class KeyAt>
+  int Add(KeyAt key_at) {
+    const int added = indexed_++;
+    const auto key = key_at(added);
+    if (!key) return -1;
+    const std::uint64_t hash = key.Hash(seed_);
+    int first = base_ == nullptr ? -1 : base_->PositionOf(hash, key, key_at, shared_);
+    if (first < 0) {
+      if (slots_.empty()) slots_.resize(SlotCount());
+      Slot& slot = slots_[Probe(hash, key, key_at, count_)];
+      if (slot.place == 0) slot = {Tag(hash), static_cast<std::uint32_t>(added) + 1};
+      first = Position(slot);
+    }
+    all_differ_ = all_differ_ && first == added;
+    return first;
+  }
+
+  // Position of the first indexed item with the key; -1 if there is none.
+  template <class Key, class KeyAt>
+  int Known(const Key& key, KeyAt key_at) const {
+    const std::uint64_t hash = key.Hash(seed_);
+    const int shared = base_ == nullptr ? -1 : base_->PositionOf(hash, key, key_at, shared_);
+    return shared >= 0 ? shared : PositionOf(hash, key, key_at, count_);
+  }
+
+  // The same among the items before `end`, which alone `key_at` may be asked for.
+  template <class Key, class KeyAt>
+  int PositionOf(std::uint64_t hash, const Key& key, KeyAt key_at, int end) const {
+    return slots_.empty() ? -1 : Position(slots_[Probe(hash, key, key_at, end)]);
   }
 
   // The slot of the key, or the free one where it belongs.
   template <class Key, class KeyAt>
-  Slot& Probe(const Key& key, KeyAt key_at) {
-    const std::uint64_t hash = HashOf(key);
-    std::size_t at = hash & (slots_.size() - 1);
-    while (slots_[at].position >= 0 && !(slots_[at].tag == Tag(hash) && key_at(slots_[at].position) == key)) {
-      at = (at + 1) & (slots_.size() - 1);
-    }
-    return slots_[at];
+  std::size_t Probe(std::uint64_t hash, const Key& key, KeyAt key_at, int end) const {
+    const std::size_t mask = slots_.size() - 1;
+    std::size_t at = hash & mask;
+    while (slots_[at].place != 0 && !Holds(slots_[at], hash, key, key_at, end)) at = (at + 1) & mask;
+    return at;
   }
 
-  std::vector<Slot> slots_;
+  template <class Key, class KeyAt>
+  static bool Holds(const Slot& slot, std::uint64_t hash, const Key& key, KeyAt key_at, int end) {
+    return slot.tag == Tag(hash) && Position(slot) < end && key_at(Position(slot)) == key;
+  }
+
+  static int Position(const Slot& slot) { return static_cast<int>(slot.place) - 1; }
+  static std::uint32_t Tag(std::uint64_t hash) { return static_cast<std::uint32_t>(hash >> 32); }
+
+  // A power of two, at most half of which is filled.
+  std::size_t SlotCount() const {
+    std::size_t slots = 4;
+    while (slots < 2 * static_cast<std::size_t>(count_ - shared_)) slots *= 2;
+    return slots;
+  }
+
+  std::uint64_t seed_;
+  int count_;
+  int shared_ = 0;
+  int indexed_ = 0;         // the items before this one are in the table, or in that of the base
+  int next_ = 0;            // behind the one found last; never past `indexed_`
+  bool all_differ_ = true;  // every key met so far is a key of its own
+  const FirstIndex* base_ = nullptr;
+  std::pmr::vector<Slot> slots_;
 };
 
 }  // namespace korvel

@@ -1,72 +1,135 @@
 // Lookups through the memory of the running call. Held by tests/linear/linear_test.cpp.
 #include "common/lookup.h"
 
+#include <climits>
+
 #include "common/meta_view.h"
 
 namespace korvel {
 namespace {
 
 using List = CallMemory::List;
-using Name = std::optional<std::string_view>;
-using IdAndName = std::pair<int, std::string_view>;
 
-Name NameKey(const char* name) { return name == nullptr ? Name() : Name(name); }
+// What the entries of a meta are found by.
+struct NameAt {
+  NameKey operator()(int i) const { return {EntryName(qmx_get_entry_by_index(meta, i))}; }
+  LPQMXMETA meta;
+};
+
+struct IdAt {
+  IdKey operator()(int i) const {
+    const LPQMXMETAENTRY entry = qmx_get_entry_by_index(meta, i);
+    return entry == nullptr ? IdKey{false, 0} : IdKey{true, qmx_get_entry_id(entry)};
+  }
+  LPQMXMETA meta;
+};
+
+struct IdAndNameAt {
+  IdAndNameKey operator()(int i) const {
+    const LPQMXMETAENTRY entry = qmx_get_entry_by_index(meta, i);
+    return entry == nullptr ? IdAndNameKey{0, {nullptr}} : IdAndNameKey{qmx_get_entry_id(entry), {qmx_get_entry_name(entry)}};
+  }
+  LPQMXMETA meta;
+};
 
 // The position in one of a meta's lists of names.
-template <class NameAt>
-int Position(List list, const void* owner, int count, const char* name, NameAt name_at) {
+template <class KeyAt>
+int Position(List list, const void* owner, int count, const char* name, KeyAt key_at) {
   if (name == nullptr) return -1;
   const CallMemory::Scope memory;
-  return memory->FindFirst(list, owner, count, std::string_view(name), [&](int i) { return NameKey(name_at(i)); });
+  return memory->FindFirst(list, owner, count, NameKey{name}, key_at);
 }
+
+// Compares the entries of two metas at a position. An id below the least one is like no other.
+struct LikenessAt {
+  LikenessAt(LPQMXMETA an_old_meta, LPQMXMETA a_new_meta, int a_least_id)
+      : old_meta(an_old_meta),
+        new_meta(a_new_meta),
+        old_lib(OwnerOf(an_old_meta)),
+        new_lib(OwnerOf(a_new_meta)),
+        least_id(a_least_id) {}
+
+  Likeness operator()(int i) const {
+    const LPQMXMETAENTRY a = qmx_get_entry_by_index(old_meta, i);
+    const LPQMXMETAENTRY b = qmx_get_entry_by_index(new_meta, i);
+    if (a == nullptr || b == nullptr) return Likeness::kNone;
+    const int type = qmx_get_entry_type(a);
+    const int id = qmx_get_entry_id(a);
+    const bool is_same = id >= least_id && id == qmx_get_entry_id(b) && qmx_get_entry_version(a) == qmx_get_entry_version(b) &&
+                         type == qmx_get_entry_type(b) && qmx_get_entry_unitsize(a) == qmx_get_entry_unitsize(b) &&
+                         qmx_get_entry_count(a) == qmx_get_entry_count(b) &&
+                         SameName(qmx_get_entry_name(a), qmx_get_entry_name(b)) && SameCustomAttr2(old_lib, a, new_lib, b);
+    if (!is_same) return Likeness::kNone;
+    return IsComposite(type) ? Likeness::kComposite : Likeness::kSame;
+  }
+
+  LPQMXMETA old_meta;
+  LPQMXMETA new_meta;
+  LPQMXMETALIB old_lib;
+  LPQMXMETALIB new_lib;
+  int least_id;
+};
 
 }  // namespace
 
 int PositionByName(LPQMXMETA meta, int count, const char* name) {
-  return Position(List::kEntryNames, meta, count, name, [meta](int i) { return EntryName(qmx_get_entry_by_index(meta, i)); });
+  return Position(List::kEntryNames, meta, count, name, NameAt{meta});
 }
 
 int PositionUpToMissing(LPQMXMETA meta, const char* name) {
   const int count = EntryCount(meta);
-  return Position(List::kEntriesUpToMissing, meta, count, name, [meta, end = count](int i) mutable -> const char* {
-    const LPQMXMETAENTRY entry = qmx_get_entry_by_index(meta, i);
-    if (entry == nullptr && i < end) end = i;
-    return i < end ? EntryName(entry) : nullptr;
+  const int position = PositionByName(meta, count, name);
+  if (position < 0) return -1;
+  const CallMemory::Scope memory;
+  const int missing = memory->FindFirst(List::kMissingEntries, meta, count, IdKey{true, 0}, [meta](int i) {
+    return IdKey{qmx_get_entry_by_index(meta, i) == nullptr, 0};
   });
+  return missing < 0 || position < missing ? position : -1;
 }
 
 int PositionById(LPQMXMETA meta, int count, int id) {
   const CallMemory::Scope memory;
-  return memory->FindFirst(List::kEntryIds, meta, count, id, [meta](int i) {
-    const LPQMXMETAENTRY entry = qmx_get_entry_by_index(meta, i);
-    return entry == nullptr ? std::nullopt : std::optional<int>(qmx_get_entry_id(entry));
-  });
+  return memory->FindFirst(List::kEntryIds, meta, count, IdKey{true, id}, IdAt{meta});
 }
 
+// The first of the id nearly always has the name.
 int PositionByIdAndName(LPQMXMETA meta, int count, int id, const char* name) {
-  if (name == nullptr) return -1;
+  const int first = PositionById(meta, count, id);
+  if (first < 0 || name == nullptr) return -1;
+  if (SameName(qmx_get_entry_name(qmx_get_entry_by_index(meta, first)), name)) return first;
   const CallMemory::Scope memory;
-  return memory->FindFirst(List::kEntryIdsAndNames, meta, count, IdAndName(id, name), [meta](int i) {
-    const LPQMXMETAENTRY entry = qmx_get_entry_by_index(meta, i);
-    const char* found = EntryName(entry);
-    return found == nullptr ? std::nullopt : std::optional<IdAndName>(std::in_place, qmx_get_entry_id(entry), found);
-  });
+  return memory->FindFirst(List::kEntryIdsAndNames, meta, count, IdAndNameKey{id, {name}}, IdAndNameAt{meta});
+}
+
+const Unchanged* UnchangedByName(LPQMXMETA old_meta, LPQMXMETA new_meta) {
+  const CallMemory::Scope memory;
+  return &memory->FindUnchanged(List::kEntryNames, old_meta, EntryCount(old_meta), new_meta, EntryCount(new_meta),
+                                NameAt{new_meta}, LikenessAt(old_meta, new_meta, INT_MIN));
+}
+
+// A negative id is none, and found by none.
+const Unchanged* UnchangedById(LPQMXMETA old_meta, LPQMXMETA new_meta) {
+  const CallMemory::Scope memory;
+  return &memory->FindUnchanged(List::kEntryIds, old_meta, EntryCount(old_meta), new_meta, EntryCount(new_meta), IdAt{new_meta},
+                                LikenessAt(old_meta, new_meta, 0));
 }
 
 bool IsPrimaryKeyName(LPQMXMETA meta, const char* name) {
   const auto members = PrimaryKeyMembers(meta);
-  return Position(List::kPrimaryKey, meta, members.size(), name, [&](int i) { return MemberName(meta, members[i]); }) >= 0;
+  return Position(List::kPrimaryKey, meta, members.size(), name, [&](int i) { return NameKey{MemberName(meta, members[i])}; }) >=
+         0;
 }
 
 LPQMXMETAINDEX IndexByName(LPQMXMETA meta, const char* name) {
   const auto indexes = Indexes(meta);
-  const int position = Position(List::kIndexes, meta, indexes.size(), name, [&](int i) { return IndexName(meta, indexes[i]); });
+  const int position =
+      Position(List::kIndexes, meta, indexes.size(), name, [&](int i) { return NameKey{IndexName(meta, indexes[i])}; });
   return position < 0 ? nullptr : indexes[position];
 }
 
 bool IsColumnName(LPQMXMETA meta, LPQMXMETAINDEX index, const char* name) {
   const auto columns = Columns(meta, index);
-  return Position(List::kColumns, index, columns.size(), name, [&](int i) { return MemberName(meta, columns[i]); }) >= 0;
+  return Position(List::kColumns, index, columns.size(), name, [&](int i) { return NameKey{MemberName(meta, columns[i])}; }) >= 0;
 }
 
 }  // namespace korvel

@@ -5,9 +5,12 @@
 // refers to no list of them, every record of the walk is null.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <string>
 
+#include "common/unchanged.h"
 #include "qmx/qmx_metalib_kernel.h"
 #include "qmx/qmx_types.h"
 
@@ -47,7 +50,17 @@ inline std::size_t EntrySize(LPQMXMETAENTRY entry) {
   return qmx_get_entry_unitsize(entry) * static_cast<std::size_t>(qmx_get_entry_count(entry));
 }
 
-// The entries of a meta by index, those that cannot be had passed over:
+// Whether the second custom attributes of two entries are the same; a missing one is empty. The old one is copied, for a library
+// may answer for two entries from one place.
+inline bool SameCustomAttr2(LPQMXMETALIB old_metalib, LPQMXMETAENTRY old_entry, LPQMXMETALIB new_metalib,
+                            LPQMXMETAENTRY new_entry) {
+  const char* text = qmx_get_entry_customattr2(old_metalib, old_entry);
+  const std::string old_text(text == nullptr ? "" : text);
+  text = qmx_get_entry_customattr2(new_metalib, new_entry);
+  return old_text == (text == nullptr ? "" : text);
+}
+
+// The entries of a meta by index, those that cannot be had passed over, and of what is unchanged all but the composite ones:
 //   for (const auto [index, entry] : Entries(meta))
 class Entries {
  public:
@@ -58,33 +71,41 @@ class Entries {
 
   class Iterator {
    public:
-    Iterator(LPQMXMETA meta, int index, int count) : meta_(meta), count_(count), item_{index, nullptr} { PassOverNull(); }
+    Iterator(LPQMXMETA meta, const Unchanged* unchanged, int index, int count)
+        : meta_(meta), unchanged_(unchanged), count_(count), item_{index, nullptr} {
+      PassOver();
+    }
     Item operator*() const { return item_; }
     Iterator& operator++() {
       ++item_.index;
-      PassOverNull();
+      PassOver();
       return *this;
     }
     bool operator!=(const Iterator& other) const { return item_.index != other.item_.index; }
 
    private:
-    void PassOverNull() {
-      while (item_.index < count_ && (item_.entry = qmx_get_entry_by_index(meta_, item_.index)) == nullptr) ++item_.index;
+    void PassOver() {
+      for (; item_.index < count_; ++item_.index) {
+        if (unchanged_ != nullptr) item_.index = unchanged_->Next(item_.index);
+        if (item_.index < count_ && (item_.entry = qmx_get_entry_by_index(meta_, item_.index)) != nullptr) return;
+      }
+      item_.index = count_;
     }
 
     LPQMXMETA meta_;
+    const Unchanged* unchanged_;
     int count_;
     Item item_;
   };
 
-  explicit Entries(LPQMXMETA meta) : meta_(meta), count_(EntryCount(meta)) {
-    if (count_ < 0) count_ = 0;
-  }
-  Iterator begin() const { return {meta_, 0, count_}; }
-  Iterator end() const { return {meta_, count_, count_}; }
+  explicit Entries(LPQMXMETA meta, const Unchanged* unchanged = nullptr)
+      : meta_(meta), unchanged_(unchanged), count_(std::max(EntryCount(meta), 0)) {}
+  Iterator begin() const { return {meta_, unchanged_, 0, count_}; }
+  Iterator end() const { return {meta_, unchanged_, count_, count_}; }
 
  private:
   LPQMXMETA meta_;
+  const Unchanged* unchanged_;
   int count_;
 };
 

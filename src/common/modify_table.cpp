@@ -2,6 +2,7 @@
 // family a file. Held by tests/rules: driver_test, driver_protocol_test, compat_test and values_test.
 #include "common/modify_table.h"
 
+#include "common/call_memory.h"
 #include "common/meta_view.h"
 #include "common/refuse.h"
 
@@ -70,6 +71,7 @@ int ModifyTable::KorvelModifyTable(LPQMXMETALIB old_metalib, LPQMXMETALIB new_me
   const LPQMXMETA new_meta = qmx_get_meta_by_name(new_metalib, metaname);
   if (old_meta == nullptr || new_meta == nullptr) return Refuse(HERE, kTableMissing, metaname);
 
+  const CallMemory::Scope memory;
   if (const int ret = ComparePrimaryKey(old_meta, new_meta, log_handle); ret != 0) return ret;
   if (const int ret = CompareSplittableKey(old_meta, new_meta, log_handle); ret != 0) return ret;
   if (const int ret = CompareIndex(old_meta, new_meta, table_type, log_handle); ret != 0) return ret;
@@ -118,6 +120,7 @@ int ModifyTable::CheckTableMetaCompatible(LPQMXMETALIB old_metalib, LPQMXMETALIB
   const LPQMXMETA new_meta = qmx_get_meta_by_name(new_metalib, metaname);
   if (old_meta == nullptr || new_meta == nullptr) return RefuseInLog(HERE, kTableMissing, metaname);
 
+  const CallMemory::Scope memory;
   if (const int ret = ComparePrimaryKey(old_meta, new_meta, log_handle); ret != 0) {
     LogOnly(HERE, VESK_PRIORITY_ERROR, kCompatKeyFailed, metaname);
     return ret;

@@ -46,7 +46,7 @@ int ModifyTable::CompareVersion(LPQMXMETA old_meta, LPQMXMETA new_meta, int old_
                                 LPVESKCATEGORYINST log_handle) const {
   if (old_meta == nullptr || new_meta == nullptr) return Refuse(HERE, kMetaNull);
   const CallMemory::Scope memory;
-  for (const auto [index, pstNewEntry] : Entries(new_meta)) {
+  for (const auto [index, pstNewEntry] : Entries(new_meta, UnchangedByName(old_meta, new_meta))) {
     int entry_offset = 0;
     const char* name = qmx_get_entry_name(pstNewEntry);
     const LPQMXMETAENTRY pstOldEntry = CheckWhetherExistEntry(name, old_meta, entry_offset, log_handle);
@@ -73,7 +73,7 @@ int ModifyTable::CompareOrder(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVESKCATE
   if (old_meta == nullptr || new_meta == nullptr) return Refuse(HERE, kMetaNull);
   const CallMemory::Scope memory;
   int curr_num_of_new_entry = 0;
-  for (const auto [index, pstNewEntry] : Entries(new_meta)) {
+  for (const auto [index, pstNewEntry] : Entries(new_meta, UnchangedByName(old_meta, new_meta))) {
     int entry_offset = 0;
     const LPQMXMETAENTRY pstEntry = CheckWhetherExistEntry(qmx_get_entry_name(pstNewEntry), old_meta, entry_offset, log_handle);
     if (pstEntry == nullptr) {

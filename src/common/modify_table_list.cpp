@@ -1,8 +1,6 @@
 // Does a table keep its kind? Table type, list length, sort settings and data protocol, as CheckTable derives them.
 // Held by tests/rules: list_test, sortlist_test and standalone/.
 #include <cstring>
-#include <optional>
-#include <string_view>
 
 #include "common/call_memory.h"
 #include "common/check_table.h"
@@ -51,9 +49,10 @@ class AttributedEntries {
   // The attribute of the first of that name; null if the search did not meet one.
   const char* Find(const char* name) {
     const CallMemory::Scope memory;
-    const int position = memory->FindFirst(CallMemory::List::kAttributedEntries, meta_, count_, std::string_view(name),
-                                           [this](int i) { return KeyAt(i); });
-    return position < 0 ? nullptr : attribute_;  // the match is what was looked at last
+    const int position =
+        memory->FindFirst(CallMemory::List::kAttributedEntries, meta_, count_, NameKey{name}, [this](int i) { return KeyAt(i); });
+    if (position >= 0 && position != looked_at_) KeyAt(position);
+    return position < 0 ? nullptr : attribute_;
   }
 
   // Where and why a search that met nothing ended early.
@@ -62,24 +61,23 @@ class AttributedEntries {
   int end() const { return end_; }
 
  private:
-  std::optional<std::string_view> KeyAt(int i) {
-    if (i >= end_) return std::nullopt;
+  NameKey KeyAt(int i) {
+    if (i >= end_) return {nullptr};
+    looked_at_ = i;
     const LPQMXMETAENTRY entry = qmx_get_entry_by_index(meta_, i);
     attribute_ = entry == nullptr ? nullptr : qmx_get_entry_customattr2(metalib_, entry);
-    if (entry != nullptr && IsEmpty(attribute_)) return std::nullopt;
+    if (entry != nullptr && IsEmpty(attribute_)) return {nullptr};
     const char* name = EntryName(entry);
-    if (name == nullptr) {
-      end_ = i;
-      return std::nullopt;
-    }
-    return name;
+    if (name == nullptr) end_ = i;
+    return {name};
   }
 
   LPQMXMETALIB metalib_;
   LPQMXMETA meta_;
   int count_;
   int end_;                          // the entry that ends every search, as far as it was met
-  const char* attribute_ = nullptr;  // of the entry looked at last
+  int looked_at_ = -1;               // the entry that was
+  const char* attribute_ = nullptr;  // its attribute
 };
 
 }  // namespace

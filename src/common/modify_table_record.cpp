@@ -1,24 +1,11 @@
 // Field rules of the record format: fields are matched by name.
 // Held by tests/rules/record_test.cpp.
-#include <string>
-
-#include "common/call_memory.h"
+#include "common/lookup.h"
 #include "common/meta_view.h"
 #include "common/modify_table.h"
 #include "common/refuse.h"
 
 using namespace korvel;
-
-namespace {
-
-// A copy of the second custom attribute of an entry, for a library may answer for two entries from one place. A missing one is
-// empty.
-std::string CustomAttr2(LPQMXMETALIB metalib, LPQMXMETAENTRY entry) {
-  const char* text = qmx_get_entry_customattr2(metalib, entry);
-  return text == nullptr ? "" : text;
-}
-
-}  // namespace
 
 // Positions, versions and added entries are not looked at. Whether a field is a key field or has
 // a refer property is asked of the old entry alone.
@@ -33,7 +20,7 @@ int ModifyTable::CompareEntryValueField(LPQMXMETA old_meta, LPQMXMETA new_meta, 
   const LPQMXMETALIB ptrOldMetalib = OwnerOf(old_meta);
   const LPQMXMETALIB ptrNewMetalib = OwnerOf(new_meta);
   const bool ids_are_kept = IsTlv(ptrOldMetalib) && IsTlv(ptrNewMetalib);
-  for (const auto [index, pstOldEntry] : Entries(old_meta)) {
+  for (const auto [index, pstOldEntry] : Entries(old_meta, UnchangedByName(old_meta, new_meta))) {
     int entry_offset = 0;
     const char* name = qmx_get_entry_name(pstOldEntry);
     const LPQMXMETAENTRY pstNewEntry = CheckWhetherExistEntry(name, new_meta, entry_offset, log_handle);
@@ -66,8 +53,7 @@ int ModifyTable::CompareEntryValueField(LPQMXMETA old_meta, LPQMXMETA new_meta, 
                                    [&] { return CompareEntryValueField(old_meta1, new_meta1, log_handle); });
       if (ret != 0) return ERROR_VALUE_FIELD;
     }
-    const std::string old_cus_attr_string_2 = CustomAttr2(ptrOldMetalib, pstOldEntry);
-    if (old_cus_attr_string_2 != CustomAttr2(ptrNewMetalib, pstNewEntry)) {
+    if (!SameCustomAttr2(ptrOldMetalib, pstOldEntry, ptrNewMetalib, pstNewEntry)) {
       return Refuse(HERE, kCustomAttr2, name, old_meta_name);
     }
   }

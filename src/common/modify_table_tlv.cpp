@@ -19,8 +19,9 @@ int ModifyTable::CompareEntryValueFieldTLV(LPQMXMETA old_meta, LPQMXMETA new_met
   const char* old_meta_name = qmx_get_meta_name(old_meta);
   if (new_meta == nullptr) return Refuse(HERE, kStructMissing, old_meta_name);
   const CallMemory::Scope memory;
+  const Unchanged* unchanged = UnchangedById(old_meta, new_meta);
   const int old_entry_num = EntryCount(old_meta);
-  for (int i = 0; i < old_entry_num; ++i) {
+  for (int i = unchanged->Next(0); i < old_entry_num; i = unchanged->Next(i + 1)) {
     // An entry that cannot be had did not survive either.
     const LPQMXMETAENTRY pstOldEntry = qmx_get_entry_by_index(old_meta, i);
     const char* name = EntryName(pstOldEntry);
@@ -78,7 +79,7 @@ int ModifyTable::CompareEntrySubMetaFieldTLV(LPQMXMETA old_meta, LPQMXMETA new_m
   if (old_meta == nullptr || new_meta == nullptr) return Refuse(HERE, kMetaNull);
   const char* old_meta_name = qmx_get_meta_name(old_meta);
   const CallMemory::Scope memory;
-  for (const auto [index, pstOldEntry] : Entries(old_meta)) {
+  for (const auto [index, pstOldEntry] : Entries(old_meta, UnchangedById(old_meta, new_meta))) {
     const int id = qmx_get_entry_id(pstOldEntry);
     const LPQMXMETAENTRY pstNewEntry = CheckWhetherExistEntryById(id, new_meta, log_handle);
     if (pstNewEntry == nullptr) continue;

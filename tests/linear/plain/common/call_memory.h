@@ -1,13 +1,12 @@
-// The memory of a call that remembers nothing: every lookup walks from the first item, every pair is walked each time it is met.
-// The rules compiled against this one are what those of the product must not be told from.
+// The memory of a call that remembers nothing: every lookup walks from the first item, every entry is looked at, every pair is
+// walked each time it is met. The rules compiled against this one are what those of the product must not be told from.
 #pragma once
 
 #include <cstdint>
-#include <optional>
-#include <string_view>
-#include <utility>
 
+#include "common/first_index.h"
 #include "common/refuse.h"
+#include "common/unchanged.h"
 #include "qmx/qmx_types.h"
 
 namespace korvel {
@@ -17,7 +16,7 @@ struct CallMemory {
     kEntryNames,
     kEntryIds,
     kEntryIdsAndNames,
-    kEntriesUpToMissing,
+    kMissingEntries,
     kAttributedEntries,
     kPrimaryKey,
     kIndexes,
@@ -35,6 +34,12 @@ struct CallMemory {
       if (key_at(i) == wanted) return i;
     }
     return -1;
+  }
+
+  template <class KeyAt, class LikenessAt>
+  static const Unchanged& FindUnchanged(List, LPQMXMETA, int, LPQMXMETA, int, KeyAt, LikenessAt) {
+    static const Unchanged none;
+    return none;
   }
 
   template <class Walk>
