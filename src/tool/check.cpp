@@ -17,9 +17,8 @@ Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST lo
   Report report = StartReport(command, LoadInputs(options.inputs));
   const Pair pair = PairOf(report);
   const Selection selection = SelectTables(pair, options.tables);
-  for (const std::string& table : selection.compared) {
-    report.tables.push_back(JudgeChange(pair, table, options.given, log));
-  }
+  JudgeEach(report, options, selection.compared,
+            [&](const std::string& table) { return JudgeChange(pair, table, options.given, log); });
   for (const std::string& table : selection.added) report.tables.push_back(NewTable(pair, table));
   return report;
 }

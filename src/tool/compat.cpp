@@ -8,11 +8,11 @@ namespace {
 Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
   Report report = StartReport(command, LoadInputs(options.inputs));
   const Pair pair = PairOf(report);
-  for (const std::string& table : SelectFromFirst(pair, options.tables)) {
-    report.tables.push_back(Judge(pair, {table, table}, [&](ModifyTable& checker) {
+  JudgeEach(report, options, SelectFromFirst(pair, options.tables), [&](const std::string& table) {
+    return Judge(pair, {table, table}, [&](ModifyTable& checker) {
       return checker.CheckTableMetaCompatible(pair.first.Library(), pair.second.Library(), table.c_str(), log);
-    }));
-  }
+    });
+  });
   return report;
 }
 

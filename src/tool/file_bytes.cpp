@@ -72,21 +72,25 @@ OpenFile OpenInput(const std::string& path) {
   return file;
 }
 
-Bytes ReadAll(const OpenFile& file) {
-  Bytes bytes;
-  // One byte more than a file holds, so that its end is seen without growing.
-  std::size_t capacity = std::max(file.size + 1, kFirstPiece);
-  Grow(bytes, capacity);
-  while (true) {
-    const ssize_t got = ::read(file.descriptor.get(), bytes.data.get() + bytes.size, capacity - bytes.size);
+std::size_t ReadUpTo(const OpenFile& file, char* to, std::size_t capacity) {
+  std::size_t size = 0;
+  while (size < capacity) {
+    const ssize_t got = ::read(file.descriptor.get(), to + size, capacity - size);
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) RefuseFile(file.name, std::string("cannot be read: ") + std::strerror(errno));
-    if (got == 0) return bytes;
-    bytes.size += static_cast<std::size_t>(got);
-    if (bytes.size > qmx::kMaxFileBytes) RefuseTooLarge(file.name);
-    if (bytes.size < capacity) continue;
-    capacity = std::min(capacity * 2, qmx::kMaxFileBytes + 1);
+    if (got == 0) break;
+    size += static_cast<std::size_t>(got);
+  }
+  return size;
+}
+
+Bytes ReadAll(const OpenFile& file) {
+  Bytes bytes;
+  for (std::size_t capacity = kFirstPiece;; capacity = std::min(capacity * 2, qmx::kMaxFileBytes + 1)) {
     Grow(bytes, capacity);
+    bytes.size += ReadUpTo(file, bytes.data.get() + bytes.size, capacity - bytes.size);
+    if (bytes.size > qmx::kMaxFileBytes) RefuseTooLarge(file.name);
+    if (bytes.size < capacity) return bytes;
   }
 }
 

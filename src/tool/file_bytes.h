@@ -2,10 +2,11 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
+#include <string_view>
 
 #include "tool/file_descriptor.h"
-#include "tool/input.h"
 
 namespace korvel::tool {
 
@@ -22,6 +23,17 @@ std::size_t SizeOf(const std::string& path);
 
 // Opens a path; "-" is standard input. Throws CannotAsk with one line for what cannot be opened, is a directory or too large.
 OpenFile OpenInput(const std::string& path);
+
+// Bytes of a file, in memory that was not touched before they were read.
+struct Bytes {
+  std::string_view View() const { return {data.get(), size}; }
+
+  std::unique_ptr<char[]> data;
+  std::size_t size = 0;
+};
+
+// Reads from where the file stands to its end, but at most `capacity` bytes. Their number. Throws CannotAsk with one line.
+std::size_t ReadUpTo(const OpenFile& file, char* to, std::size_t capacity);
 
 // Reads from where the file stands to its end. Throws CannotAsk with one line.
 Bytes ReadAll(const OpenFile& file);

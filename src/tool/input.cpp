@@ -2,26 +2,20 @@
 #include "tool/input.h"
 
 #include <algorithm>
-#include <atomic>
 #include <exception>
-#include <system_error>
-#include <thread>
 #include <utility>
 
 #include "common/meta_view.h"
 #include "qmx/qmx_image.h"
 #include "qmx/qmx_metalib_kernel.h"
-#include "qmx/qmx_xml.h"
 #include "tool/cannot_ask.h"
 #include "tool/file_bytes.h"
 #include "tool/one_line.h"
+#include "tool/parallel.h"
 #include "tool/shrunk_file.h"
 
 namespace korvel::tool {
 namespace {
-
-// From here on loading a file takes so much longer than starting a thread that the thread pays; less in an image than in text.
-constexpr std::size_t kLargeFile = std::size_t{256} << 10;  // bytes
 
 CannotAsk SchemaErrors(const std::string& name, const std::vector<qmx::ReadError>& errors) {
   CannotAsk faults;
@@ -32,10 +26,12 @@ CannotAsk SchemaErrors(const std::string& name, const std::vector<qmx::ReadError
   return faults;
 }
 
-Input FromText(const std::string& name, Bytes bytes) {
-  qmx::ReadResult result = qmx::ReadXml(bytes.View());
+Input FromText(const std::string& name, std::shared_ptr<qmx::XmlBuffer> buffer, std::size_t size) {
+  qmx::ReadResult result = buffer->Read(size);
   if (!result.schema) throw SchemaErrors(name, result.errors);
-  return {name, std::move(result.schema->metalib), SchemaText{std::move(bytes), std::move(result.schema->source_map)}, {}};
+  const std::string_view bytes(buffer->data(), size);
+  return {
+      name, std::move(result.schema->metalib), SchemaText{std::move(buffer), bytes, std::move(result.schema->source_map)}, {}};
 }
 
 Input FromImage(const std::string& name, qmx::ImageResult result) {
@@ -48,10 +44,30 @@ Input MapFile(const OpenFile& file) {
   return FromImage(file.name, qmx::MapImage(file.descriptor.get()));
 }
 
-Input ReadFile(const OpenFile& file) {
+Input FromImageBytes(const OpenFile& file, std::string_view bytes) {
+  auto copy = std::make_unique_for_overwrite<char[]>(bytes.size());
+  std::ranges::copy(bytes, copy.get());
+  return FromImage(file.name, qmx::LoadImage(std::move(copy), bytes.size()));
+}
+
+// Puts the bytes where the parser reads them.
+Input ReadRegular(const OpenFile& file) {
+  auto buffer = std::make_shared<qmx::XmlBuffer>(file.size);
+  const std::size_t size = ReadUpTo(file, buffer->data(), file.size);
+  char more = 0;
+  if (ReadUpTo(file, &more, 1) > 0) throw CannotAsk{{Said(OneLine(file.name) + ": has grown while it was read; try again")}};
+  if (const std::string_view bytes(buffer->data(), size); qmx::IsImage(bytes)) return FromImageBytes(file, bytes);
+  return FromText(file.name, std::move(buffer), size);
+}
+
+// A pipe: its size shows at its end.
+Input ReadStream(const OpenFile& file) {
   Bytes bytes = ReadAll(file);
-  if (!qmx::IsImage(bytes.View())) return FromText(file.name, std::move(bytes));
-  return FromImage(file.name, qmx::LoadImage(std::move(bytes.data), bytes.size));
+  if (qmx::IsImage(bytes.View())) return FromImage(file.name, qmx::LoadImage(std::move(bytes.data), bytes.size));
+  auto buffer = std::make_shared<qmx::XmlBuffer>(std::max<std::size_t>(bytes.size, 1));
+  std::ranges::copy(bytes.View(), buffer->data());
+  bytes.data.reset();
+  return FromText(file.name, std::move(buffer), bytes.size);
 }
 
 void ListTables(Input& input) {
@@ -64,7 +80,7 @@ void ListTables(Input& input) {
 
 Input LoadInput(const std::string& path) {
   const OpenFile file = OpenInput(path);
-  Input input = file.is_mappable_image ? MapFile(file) : ReadFile(file);
+  Input input = file.is_mappable_image ? MapFile(file) : file.size > 0 ? ReadRegular(file) : ReadStream(file);
   ListTables(input);
   return input;
 }
@@ -83,30 +99,10 @@ Loaded TryToLoad(const std::string& path) {
   }
 }
 
-// How many threads are of use.
+// How many threads are of use. A large image would pay less than a large text; both do.
 std::size_t UsefulThreads(const std::vector<std::string>& paths) {
-  const auto is_large = [](const std::string& path) { return SizeOf(path) >= kLargeFile; };
-  const auto large = static_cast<std::size_t>(std::ranges::count_if(paths, is_large));
-  return large < 2 ? 1 : std::min<std::size_t>(large, std::thread::hardware_concurrency());
-}
-
-// Loads the files, each by the first thread that is free.
-std::vector<Loaded> LoadAll(const std::vector<std::string>& paths) {
-  std::vector<Loaded> loaded(paths.size());
-  std::atomic<std::size_t> next = 0;
-  const auto work = [&] {
-    for (std::size_t i = next++; i < paths.size(); i = next++) loaded[i] = TryToLoad(paths[i]);
-  };
-  std::vector<std::jthread> helpers;
-  const std::size_t wanted = UsefulThreads(paths);
-  try {
-    while (helpers.size() + 1 < wanted) helpers.emplace_back(work);
-  } catch (const std::system_error&) {
-    // As many as the system gives: this thread does what is left.
-  }
-  work();
-  helpers.clear();
-  return loaded;
+  const auto is_large = [](const std::string& path) { return SizeOf(path) >= kWorthAThread; };
+  return static_cast<std::size_t>(std::ranges::count_if(paths, is_large));
 }
 
 }  // namespace
@@ -116,7 +112,9 @@ bool Input::HasMeta(const std::string& meta) const { return qmx_get_meta_by_name
 std::vector<Input> LoadInputs(const std::vector<std::string>& paths) {
   std::vector<Input> inputs;
   CannotAsk faults;
-  for (Loaded& loaded : LoadAll(paths)) {
+  std::vector<Loaded> files(paths.size());
+  ForEach(paths.size(), UsefulThreads(paths), [&](std::size_t i) { files[i] = TryToLoad(paths[i]); });
+  for (Loaded& loaded : files) {
     try {
       if (loaded.fault != nullptr) std::rethrow_exception(loaded.fault);
       inputs.push_back(std::move(*loaded.input));

@@ -1,7 +1,6 @@
 // Schemas as the commands see them: read from schema files or images, whichever the file holds.
 #pragma once
 
-#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,20 +9,14 @@
 
 #include "qmx/qmx_builder.h"
 #include "qmx/qmx_source_map.h"
+#include "qmx/qmx_xml.h"
 
 namespace korvel::tool {
 
-// Bytes of a file, in memory that was not touched before they were read.
-struct Bytes {
-  std::string_view View() const { return {data.get(), size}; }
-
-  std::unique_ptr<char[]> data;
-  std::size_t size = 0;
-};
-
 // A schema file as it was read: what places are found in.
 struct SchemaText {
-  Bytes bytes;
+  std::shared_ptr<qmx::XmlBuffer> buffer;  // keeps the bytes
+  std::string_view bytes;
   qmx::SourceMap source_map;
 };
 

@@ -1,7 +1,10 @@
 // Asks the checker and notes its answer. No rule is decided here. Held by tests/tool/check_test.cpp.
 #include "tool/judge.h"
 
+#include <thread>
+
 #include "common/refusals.h"
+#include "tool/parallel.h"
 
 namespace korvel::tool {
 
@@ -29,6 +32,15 @@ TableResult JudgeChange(const Pair& pair, const std::string& table, const Settin
   });
   result.settings = settings;
   return result;
+}
+
+void JudgeEach(Report& report, const Options& options, const std::vector<std::string>& tables,
+               const std::function<TableResult(const std::string&)>& judge) {
+  const std::size_t first = report.tables.size();
+  report.tables.resize(first + tables.size());
+  const bool is_worth_threads = !options.log && report.inputs.front().input.metalib.size() >= kWorthAThread;
+  ForEach(tables.size(), is_worth_threads ? std::thread::hardware_concurrency() : 1,
+          [&](std::size_t i) { report.tables[first + i] = judge(tables[i]); });
 }
 
 }  // namespace korvel::tool

@@ -3,8 +3,10 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "common/modify_table.h"
+#include "tool/options.h"
 #include "tool/report.h"
 #include "tool/selection.h"
 
@@ -21,5 +23,10 @@ TableResult Judge(const Pair& pair, const TableNames& table, const std::function
 
 // The whole check of one table, with the settings given or found in the first file.
 TableResult JudgeChange(const Pair& pair, const std::string& table, const Settings& given, LPVESKCATEGORYINST log);
+
+// Judges tables and adds the answers to the report in the order of the tables. On several threads where that pays, unless a log
+// wants the tables one after the other.
+void JudgeEach(Report& report, const Options& options, const std::vector<std::string>& tables,
+               const std::function<TableResult(const std::string&)>& judge);
 
 }  // namespace korvel::tool

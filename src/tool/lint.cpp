@@ -20,9 +20,9 @@ Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST lo
   Report report = StartReport(command, LoadInputs(options.inputs));
   RequireTablesInEach(report.inputs);
   for (const auto& [role, input] : report.inputs) {
-    for (const std::string_view table : input.tables) {
-      report.tables.push_back(JudgeChange({input, input}, std::string(table), options.given, log));
-    }
+    JudgeEach(report, options, {input.tables.begin(), input.tables.end()}, [&](const std::string& table) {
+      return JudgeChange({input, input}, table, options.given, log);
+    });
   }
   return report;
 }

@@ -45,7 +45,7 @@ std::vector<Place> FindPlaces(const Report& report) {
   const Input* input = nullptr;
   qmx::PlaceCounter counter{""};
   for (const Sought& sought : SoughtTables(report)) {
-    if (sought.input != input) counter = qmx::PlaceCounter(sought.input->text->bytes.View());
+    if (sought.input != input) counter = qmx::PlaceCounter(sought.input->text->bytes);
     input = sought.input;
     places[sought.table].position = counter.At(sought.offset);
   }

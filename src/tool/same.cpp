@@ -11,12 +11,12 @@ Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST lo
   const Pair pair = PairOf(report);
   const std::vector<std::string> tables = SelectFromFirst(pair, options.tables);
   RequireTables(pair.second, tables);
-  for (const std::string& table : tables) {
-    report.tables.push_back(Judge(pair, {table, table}, [&](ModifyTable& checker) {
+  JudgeEach(report, options, tables, [&](const std::string& table) {
+    return Judge(pair, {table, table}, [&](ModifyTable& checker) {
       return checker.CompareTableField(qmx_get_meta_by_name(pair.first.Library(), table.c_str()),
                                        qmx_get_meta_by_name(pair.second.Library(), table.c_str()), log);
-    }));
-  }
+    });
+  });
   return report;
 }
 

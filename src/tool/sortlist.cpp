@@ -11,13 +11,13 @@ Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST lo
   Report report = StartReport(command, LoadInputs(options.inputs));
   const Pair pair = PairOf(report);
   if (options.dst_table) RequireTables(pair.second, {*options.dst_table});
-  for (const std::string& table : SelectFromFirst(pair, options.tables)) {
+  JudgeEach(report, options, SelectFromFirst(pair, options.tables), [&](const std::string& table) {
     const TableNames names = NamesOf(table, options);
-    report.tables.push_back(Judge(pair, names, [&](ModifyTable& checker) {
+    return Judge(pair, names, [&](ModifyTable& checker) {
       return checker.CompareSortListInfo(names.first.c_str(), names.second.c_str(), pair.first.Library(), pair.second.Library(),
                                          log);
-    }));
-  }
+    });
+  });
   return report;
 }
 

@@ -23,7 +23,7 @@ Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST lo
   const Pair pair = PairOf(report);
   const std::vector<std::string> tables = SelectFromFirst(pair, options.tables);
   RequireTables(pair.second, tables);
-  for (const std::string& table : tables) report.tables.push_back(JudgeValues(pair, table, options.given, log));
+  JudgeEach(report, options, tables, [&](const std::string& table) { return JudgeValues(pair, table, options.given, log); });
   return report;
 }
 
