@@ -47,6 +47,8 @@ class PlaceCounter {
   LineColumn At(std::size_t offset);
 
  private:
+  // Passes the lines that end before the offset without looking at each of their characters, if all lines end in LF.
+  void PassLines(std::size_t offset);
   void Pass(char byte);
 
   std::string_view text_;

@@ -20,8 +20,18 @@ std::uint32_t Size(const auto& list) { return static_cast<std::uint32_t>(list.si
 LineColumn PlaceCounter::At(std::size_t offset) {
   offset = std::min(offset, text_.size());
   for (int i = 0; i < 3 && offset > 0 && offset < text_.size() && Continues(text_[offset]); ++i) --offset;
+  PassLines(offset);
   for (; at_ < offset; ++at_) Pass(text_[at_]);
   return place_;
+}
+
+void PlaceCounter::PassLines(std::size_t offset) {
+  const std::string_view passed = text_.substr(0, offset);
+  if (passed.find('\r', at_) != std::string_view::npos) return;
+  for (std::size_t end = passed.find('\n', at_); end != std::string_view::npos; end = passed.find('\n', at_)) {
+    at_ = end + 1;
+    place_ = {place_.line + 1, 1};
+  }
 }
 
 void PlaceCounter::Pass(char byte) {

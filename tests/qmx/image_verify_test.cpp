@@ -260,6 +260,16 @@ TEST(Verify, ABlockWithoutAHeaderIsRefused) {
   EXPECT_TRUE(qmx::Verify(reinterpret_cast<char*>(&block.Lib()) + 4, block.size() - 8));
 }
 
+TEST(Verify, ALibraryWithoutMetasHasNoLists) {
+  const qmx::Metalib empty = *qmx::MetalibBuilder("", 0, qmx::Protocol::kQmx).Finish().metalib;
+  Block block(empty);
+  EXPECT_EQ(block.Fault(), "");
+  block.Lib().ptrMetaSlots = 0;
+  EXPECT_EQ(block.Fault(), "library: ptrMetaSlots is 0; allowed: -1, for a list of nothing");
+  block.Lib().ptrMetas = 0;
+  EXPECT_EQ(block.Fault(), "library: ptrMetas is 0; allowed: -1, for a list of nothing");
+}
+
 TEST(Verify, TextsMustEndInTheirMeta) {
   Block block(image::FullLibrary());
   // Whatever lies between the last text of a meta and the next meta is made part of that text.
