@@ -35,6 +35,8 @@ inline LPQMXMETALIB OwnerOf(LPQMXMETA meta) {
 // Whether two names are the same bytes. A missing name equals nothing, not even a missing one.
 inline bool SameName(const char* a, const char* b) { return a != nullptr && b != nullptr && std::strcmp(a, b) == 0; }
 
+inline bool IsEmpty(const char* text) { return text == nullptr || *text == '\0'; }
+
 // --- Entries ---
 
 inline bool IsComposite(int type_code) { return type_code == QMX_TYPE_STRUCT || type_code == QMX_TYPE_UNION; }
@@ -54,10 +56,11 @@ inline std::size_t EntrySize(LPQMXMETAENTRY entry) {
 // may answer for two entries from one place.
 inline bool SameCustomAttr2(LPQMXMETALIB old_metalib, LPQMXMETAENTRY old_entry, LPQMXMETALIB new_metalib,
                             LPQMXMETAENTRY new_entry) {
-  const char* text = qmx_get_entry_customattr2(old_metalib, old_entry);
-  const std::string old_text(text == nullptr ? "" : text);
-  text = qmx_get_entry_customattr2(new_metalib, new_entry);
-  return old_text == (text == nullptr ? "" : text);
+  const char* old_text = qmx_get_entry_customattr2(old_metalib, old_entry);
+  if (IsEmpty(old_text)) return IsEmpty(qmx_get_entry_customattr2(new_metalib, new_entry));
+  const std::string copy(old_text);
+  const char* new_text = qmx_get_entry_customattr2(new_metalib, new_entry);
+  return new_text != nullptr && copy == new_text;
 }
 
 // The entries of a meta by index, those that cannot be had passed over, and of what is unchanged all but the composite ones:

@@ -37,8 +37,6 @@ TableKind DeriveKind(CheckTable& check, LPQMXMETALIB metalib, const char* metana
   return kind;
 }
 
-bool IsEmpty(const char* text) { return text == nullptr || *text == '\0'; }
-
 // The entries of a meta that carry a second custom attribute. A search ends at the first entry that cannot be had, or that
 // carries the attribute and has no name; entries without the attribute are passed over before their names are read.
 class AttributedEntries {

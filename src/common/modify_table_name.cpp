@@ -1,6 +1,7 @@
 // Field names of a table: identifiers of at most 31 bytes. The names inside sub-structures are not looked at.
 // Held by tests/rules/field_name_test.cpp.
 #include <algorithm>
+#include <array>
 #include <string_view>
 
 #include "common/meta_view.h"
@@ -17,9 +18,19 @@ constexpr Message<> kPreset("entry name is too long:");
 constexpr Message<Text, std::size_t> kNameTrace("length of entry name %s is %lu");
 
 // Not those of <cctype>: a locale must not change the answer.
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-bool IsLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
-bool IsLegal(char c) { return IsDigit(c) || IsLetter(c) || c == '_'; }
+constexpr bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+constexpr bool IsLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
+
+// Whether a byte may stand in a name, by its value.
+constexpr auto kLegal = [] {
+  std::array<bool, 256> legal{};
+  for (int byte = 0; byte < 128; ++byte) {
+    const char c = static_cast<char>(byte);
+    legal[static_cast<unsigned char>(c)] = IsDigit(c) || IsLetter(c) || c == '_';
+  }
+  return legal;
+}();
+bool IsLegal(char c) { return kLegal[static_cast<unsigned char>(c)]; }
 
 }  // namespace
 
