@@ -15,7 +15,7 @@ alignas(CallMemory) thread_local std::array<std::byte, sizeof(CallMemory)> place
 
 CallMemory::Scope::Scope() : memory_(current), is_outermost_(memory_ == nullptr) {
   if (!is_outermost_) return;
-  memory_ = new (place.data()) CallMemory();
+  memory_ = new (place.data()) CallMemory;  // not (): its first piece needs no zeros
   current = memory_;
 }
 

@@ -174,9 +174,8 @@ int CheckTable::CheckTableTypeByCustomAttr(LPQMXMETALIB metalib, const char* met
   if (metalib == nullptr || metaname == nullptr || *metaname == '\0' || data_protocol == nullptr) {
     return Fail(*this, CHECK_TABLE_ERROR_INVALID_PARAMETER, kNoTable);
   }
-  const std::string name = Escaped(metaname);
   const LPQMXMETA meta = qmx_get_meta_by_name(metalib, metaname);
-  if (meta == nullptr) return Fail(*this, CHECK_TABLE_ERROR_SYSTEM_ERROR, kUnknownTable, name.c_str());
+  if (meta == nullptr) return Fail(*this, CHECK_TABLE_ERROR_SYSTEM_ERROR, kUnknownTable, Escaped(metaname).c_str());
   const char* customattr = qmx_get_meta_customattr(meta);
 
   Attributes attributes;
@@ -184,7 +183,9 @@ int CheckTable::CheckTableTypeByCustomAttr(LPQMXMETALIB metalib, const char* met
   if (fault.empty() && !attributes.table_type.has_value()) return ERROR_OLD_TABLE_DEFINE;
   int sort_fields = 0;
   if (fault.empty() && attributes.table_type == TABLE_TYPE_SORTLIST) fault = CountSortFields(metalib, meta, sort_fields);
-  if (!fault.empty()) return Fail(*this, kTableAttributes.code, kTableAttributes, name.c_str(), Escaped(fault).c_str());
+  if (!fault.empty()) {
+    return Fail(*this, kTableAttributes.code, kTableAttributes, Escaped(metaname).c_str(), Escaped(fault).c_str());
+  }
 
   table_type = *attributes.table_type;
   list_num = attributes.list_num.value_or(0);

@@ -1,8 +1,8 @@
 // Field names of a table: identifiers of at most 31 bytes. The names inside sub-structures are not looked at.
 // Held by tests/rules/field_name_test.cpp.
-#include <algorithm>
 #include <array>
-#include <string_view>
+#include <cstddef>
+#include <cstring>
 
 #include "common/meta_view.h"
 #include "common/modify_table.h"
@@ -12,7 +12,7 @@ using namespace korvel;
 
 namespace {
 
-constexpr std::size_t kMaxNameLength = 31;
+constexpr std::ptrdiff_t kMaxNameLength = 31;
 
 constexpr Message<> kPreset("entry name is too long:");
 constexpr Message<Text, std::size_t> kNameTrace("length of entry name %s is %lu");
@@ -21,7 +21,7 @@ constexpr Message<Text, std::size_t> kNameTrace("length of entry name %s is %lu"
 constexpr bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 constexpr bool IsLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 
-// Whether a byte may stand in a name, by its value.
+// Whether a byte may stand in a name, by its value. The zero behind a name may not.
 constexpr auto kLegal = [] {
   std::array<bool, 256> legal{};
   for (int byte = 0; byte < 128; ++byte) {
@@ -41,12 +41,13 @@ int ModifyTable::CheckFieldNameValidate(LPQMXMETA meta, LPVESKCATEGORYINST log_h
   for (const auto [index, entry] : Entries(meta)) {
     const char* given = qmx_get_entry_name(entry);
     const char* name = given == nullptr ? "" : given;
-    const std::string_view bytes(name);
-    LogOnly(HERE, VESK_PRIORITY_INFO, kNameTrace, name, bytes.size());
-    if (bytes.empty()) return Refuse(HERE, kNameEmpty);
-    if (IsDigit(bytes.front())) return Refuse(HERE, kNameDigit, name);
-    if (!std::all_of(bytes.begin(), bytes.end(), IsLegal)) return Refuse(HERE, kNameCharacter, name);
-    if (bytes.size() > kMaxNameLength) return Refuse(HERE, kNameLength, name);
+    if (log_handle != nullptr) LogOnly(HERE, VESK_PRIORITY_INFO, kNameTrace, name, std::strlen(name));
+    if (*name == '\0') return Refuse(HERE, kNameEmpty);
+    if (IsDigit(*name)) return Refuse(HERE, kNameDigit, name);
+    const char* end = name;
+    while (IsLegal(*end)) ++end;
+    if (*end != '\0') return Refuse(HERE, kNameCharacter, name);
+    if (end - name > kMaxNameLength) return Refuse(HERE, kNameLength, name);
   }
   return CHECK_TABLE_SUCCESS;
 }
