@@ -107,7 +107,7 @@ std::vector<std::string_view> AttributeNames(const ElementForm& element) {
 std::string Listed(const std::vector<std::string_view>& words) {
   if (words.empty()) return "none";
   std::string list;
-  for (const std::string_view word : words) list += (list.empty() ? "" : ", ") + std::string(word);
+  for (const std::string_view word : words) list.append(list.empty() ? "" : ", ").append(word);
   return list;
 }
 

@@ -34,7 +34,7 @@ inline const char* NameOf(std::span<const Choice> choices, int code) {
 // "generic|list"
 inline std::string NamesOf(std::span<const Choice> choices) {
   std::string names;
-  for (const Choice& choice : choices) names += (names.empty() ? "" : "|") + std::string(choice.name);
+  for (const Choice& choice : choices) names.append(names.empty() ? "" : "|").append(choice.name);
   return names;
 }
 
