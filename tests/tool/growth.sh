@@ -1,5 +1,5 @@
 #!/bin/sh
-# Holds that the cost of a whole check, reading included, grows with the size of the files and no faster:
+# Holds that the cost of reading and of a whole check grows with the size of the files and no faster:
 # tests/tool/growth.sh PROGRAM
 set -eu
 program=${1:?usage: tests/tool/growth.sh PROGRAM}
@@ -13,6 +13,11 @@ check_of() {
   instructions "$program" check "$work/old.xml" "$work/new.xml"
 }
 
+reading_of_wide() {
+  wide "$1" >"$work/wide.xml"
+  instructions "$program" compile "$work/wide.xml" -o "$work/wide.qmb"
+}
+
 # doubling WHAT SMALL LARGE: numbers of instructions of a size and of twice that size.
 doubling() {
   echo "twice the $1: $2 -> $3 instructions; allowed: 2.2 times"
@@ -23,4 +28,6 @@ fields=$(check_of 1 2000) twice=$(check_of 1 4000)
 doubling fields "$fields" "$twice"
 metas=$(check_of 500 4) twice=$(check_of 1000 4)
 doubling metas "$metas" "$twice"
+members=$(reading_of_wide 4000) twice=$(reading_of_wide 8000)
+doubling 'key members and columns' "$members" "$twice"
 exit "$status"

@@ -31,5 +31,20 @@ schema() {
   }'
 }
 
+# wide ENTRIES: prints a table whose entries all are counted by the first, members of its keys and columns of its index, with ids that
+# go down. At most 32767 entries.
+wide() {
+  awk -v entries="$1" 'BEGIN {
+    print "<metalib name=\"wide\" version=\"1\" protocol=\"TLV\">\n<meta name=\"table\">"
+    for (e = 0; e < entries; ++e) {
+      printf "<entry name=\"field_%d\" id=\"%d\" type=\"int32\"%s/>\n", e, entries - e, e == 0 ? "" : " refer=\"field_0\""
+      names = names " field_" e
+      columns = columns "<column entry=\"field_" e "\"/>\n"
+    }
+    print "<primarykey entries=\"" names "\"/>\n<splittablekey entries=\"" names "\"/>"
+    print "<index name=\"by_all\">" columns "</index>\n</meta>\n</metalib>"
+  }'
+}
+
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT

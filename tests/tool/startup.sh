@@ -26,5 +26,5 @@ require_valgrind
 schema 1 20 >"$work/old.xml"
 cp "$work/old.xml" "$work/new.xml"
 at_most 250000 'version' "$program" --version
-at_most 1500000 'check of 1 table of 20 fields' "$program" check "$work/old.xml" "$work/new.xml"
+at_most 1050000 'check of 1 table of 20 fields' "$program" check "$work/old.xml" "$work/new.xml"
 exit "$status"
