@@ -11,13 +11,14 @@
 
 namespace korvel::tool {
 
-// Which options a command takes beside those of output and log.
+// Which files and options a command takes beside its one or two files and the options of output and log.
 enum OptionSet : unsigned {
   kTableOption = 1,      // --table
   kDstTableOption = 2,   // --dst-table
   kCreatedAsOption = 4,  // --created-as
   kSettingOptions = 8,   // the other settings of a table
   kNeedsOutput = 16,     // --output must be given
+  kManyInputs = 32,      // any number of files like the first
 };
 
 // What help and reports call an input file.
@@ -27,13 +28,12 @@ struct InputName {
 };
 
 inline constexpr InputName kNoInput{nullptr, nullptr};
-inline constexpr InputName kAnyNumber{"", nullptr};
 
 struct Command {
   const char* name;
   const char* summary;
   InputName first;
-  InputName second;  // kNoInput: only the first; kAnyNumber: any number of files like the first
+  InputName second;  // kNoInput: none
   unsigned options;  // OptionSet, joined
   // One of the two. Both throw CannotAsk.
   //

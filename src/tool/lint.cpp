@@ -32,8 +32,8 @@ Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST lo
 const Command kLintCommand{"lint",
                            "are schemas well formed, and would their tables be accepted?",
                            {"FILE", "file"},
-                           kAnyNumber,
-                           kCreatedAsOption | kSettingOptions,
+                           kNoInput,
+                           kCreatedAsOption | kSettingOptions | kManyInputs,
                            Run};
 
 }  // namespace korvel::tool

@@ -128,7 +128,7 @@ bool IsOption(std::string_view argument) { return argument.size() > 1 && argumen
 
 void AddInputs(CLI::App& app, const Command& command, Options& options) {
   constexpr char kWhat[] = "schema file or image; '-': standard input";
-  if (command.second.argument == kAnyNumber.argument) {
+  if ((command.options & kManyInputs) != 0) {
     app.add_option(command.first.argument, options.inputs, "schema files or images; '-': standard input")
         ->required()
         ->type_name("");
