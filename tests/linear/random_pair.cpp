@@ -76,10 +76,15 @@ class Maker {
     }
   }
 
+  // Whether a key, an index or a poke may name the field.
+  static bool IsNamed(const Table& table, const Field& field) {
+    return table.name != "t" || !table.indexes.empty() || field.name == table.key.front();
+  }
+
   void Edit(Library& library) {
     Table& table = library.tables[static_cast<std::size_t>(Below(static_cast<int>(library.tables.size())))];
     Field& field = table.fields[static_cast<std::size_t>(Below(static_cast<int>(table.fields.size())))];
-    switch (Below(8)) {
+    switch (Below(10)) {
       case 0:
         field.version += Below(3);
         break;
@@ -98,9 +103,16 @@ class Maker {
       case 5:
         std::ranges::reverse(table.indexes);
         break;
+      case 6:
+        if (!IsNamed(table, field)) field.name = Name(Below(60));
+        break;
+      case 7:
+        if (!IsNamed(table, field)) table.fields.erase(table.fields.begin() + (&field - table.fields.data()));
+        break;
       default:
-        // An added field, mostly one that may be added.
-        table.fields.push_back({.name = Name(50 + Below(9)), .id = 50 + Below(9), .version = OneIn(4) ? 5 : 6});
+        // An added field, mostly one that may be added, at the end or before another.
+        table.fields.insert(OneIn(2) ? table.fields.end() : table.fields.begin() + (&field - table.fields.data()),
+                            {.name = Name(50 + Below(9)), .id = 50 + Below(9), .version = OneIn(4) ? 5 : 6});
     }
   }
 

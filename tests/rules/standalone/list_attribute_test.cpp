@@ -133,6 +133,37 @@ TEST_F(AttributeSearch, AnUnsortedListDoesNotReachTheComparison) {
   EXPECT_TRUE(TheWorld().Asked("meta of").empty());
 }
 
+// Long lists are not walked: the attribute is the match's, in whatever order entries were looked at.
+TEST_F(AttributeSearch, LongListsAnswerAsShortOnes) {
+  Entries old_entries, new_entries;
+  for (int i = 0; i < 40; ++i) old_entries.emplace_back(With("f" + std::to_string(i), "a" + std::to_string(i)));
+  old_entries.emplace_back(With("f3", "another"));
+  for (int i = 39; i >= 0; --i) new_entries.emplace_back(old_entries[static_cast<std::size_t>(i)]);
+  Old(old_entries);
+  LPQMXMETA new_meta = New(new_entries);
+  EXPECT_EQ(Compare(), 0);
+  TheWorld()
+      .entries
+      .at(TheWorld().metas.at(new_meta).entries[36])  // "f3"
+      .attr2 = "b";
+  const auto ask = [&](ModifyTable& checker, auto log) {
+    return checker.CheckListMetaInfo("mall%s", old_.Lib(), new_.Lib(), log, 0, 0);
+  };
+  EXPECT_EQ(Judge(ask), Differs(-11, "System error:old_customattr2:a3,new_customattr2:b"));
+}
+
+TEST_F(AttributeSearch, LongListsEndAtAMissingEntry) {
+  Entries entries;
+  for (int i = 0; i < 20; ++i) entries.emplace_back(With("f" + std::to_string(i), "a"));
+  New(entries);
+  entries[15] = kNull;
+  Old(entries);
+  const auto ask = [&](ModifyTable& checker, auto log) {
+    return checker.CheckListMetaInfo("mall%s", old_.Lib(), new_.Lib(), log, 0, 0);
+  };
+  EXPECT_EQ(Judge(ask), Differs(-9, "System error:get entry(15) failed <-9>"));
+}
+
 TEST_F(AttributeSearch, LongAttributesAreCut) {
   const std::string text(2000, 'a');
   Old({With("level", text)});

@@ -137,6 +137,20 @@ TEST_F(NullEntriesInLengths, EndTheSearchForTheOldSize) {
   EXPECT_EQ(size, 8U);
 }
 
+// Long lists are not walked.
+TEST_F(NullEntriesInLengths, EndTheSearchInALongListToo) {
+  Entries entries;
+  for (int i = 0; i < 20; ++i) entries.emplace_back(EntryFacts{.name = "f" + std::to_string(i)});
+  entries[15] = kNull;
+  LPQMXMETA meta = Old(entries);
+  ModifyTable checker;
+  std::size_t size = 77;
+  EXPECT_FALSE(checker.CheckWhiteFieldIsModify(meta, 200000, "f16", size));
+  EXPECT_EQ(size, 77U);
+  EXPECT_TRUE(checker.CheckWhiteFieldIsModify(meta, 200000, "f14", size));
+  EXPECT_EQ(size, 4U);
+}
+
 TEST_F(NullEntriesInLengths, CutTheTableNameInTheRefusal) {
   const std::string table(2000, 'm');
   new_.AddMeta(table, {kNull});
