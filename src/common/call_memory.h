@@ -46,11 +46,7 @@ class CallMemory {
   // Position of the first of `count` items whose key is `wanted`; -1 if there is none. `key_at(i)` is the key of item i.
   template <class Key, class KeyAt>
   int FindFirst(List list, const void* owner, int count, const Key& wanted, KeyAt key_at) {
-    if (count > kShortList) return IndexOf(list, owner, count).Find(wanted, key_at);
-    for (int i = 0; i < count; ++i) {
-      if (key_at(i) == wanted) return i;
-    }
-    return -1;
+    return count > kShortList ? IndexOf(list, owner, count).Find(wanted, key_at) : WalkTo(wanted, count, key_at);
   }
 
   // What two metas of `old_count` and `new_count` entries begin with: `likeness(i)` compares the entries at a position,
@@ -61,15 +57,16 @@ class CallMemory {
     const auto [found, is_new] = unchanged_.try_emplace(Question(list, old_meta, new_meta));
     Unchanged& unchanged = found->second;
     if (!is_new) return unchanged;
-    FirstIndex& index = IndexOf(list, new_meta, new_count);
+    FirstIndex* index = new_count > kShortList ? &IndexOf(list, new_meta, new_count) : nullptr;
     for (int& i = unchanged.end; i < std::min(old_count, new_count); ++i) {
       const Likeness alike = likeness(i);
-      if (alike == Likeness::kNone || !index.IsFirst(i, key_at)) break;
+      if (alike == Likeness::kNone) break;
+      if (index != nullptr ? !index->IsFirst(i, key_at) : WalkTo(key_at(i), i + 1, key_at) != i) break;
       if (alike == Likeness::kComposite) unchanged.composites.push_back(i);
     }
     // What is known of the new side's keys is true of the old side's as well.
-    if (!index.SharesKeys()) {
-      indexes_.try_emplace(Question(list, old_meta), &arena_, old_count, index, unchanged.end);
+    if (index != nullptr && !index->SharesKeys()) {
+      indexes_.try_emplace(Question(list, old_meta), &arena_, old_count, *index, unchanged.end);
     }
     return unchanged;
   }
@@ -94,7 +91,7 @@ class CallMemory {
 
  private:
   // Up to this length a walk is faster than an index.
-  static constexpr int kShortList = 16;
+  static constexpr int kShortList = 8;
 
   // Something asked about one record or two.
   struct Question {
@@ -119,6 +116,14 @@ class CallMemory {
 
   CallMemory() = default;
   ~CallMemory() = default;
+
+  template <class Key, class KeyAt>
+  static int WalkTo(const Key& wanted, int count, KeyAt key_at) {
+    for (int i = 0; i < count; ++i) {
+      if (key_at(i) == wanted) return i;
+    }
+    return -1;
+  }
 
   // Most lookups ask for the list of the one before.
   FirstIndex& IndexOf(List list, const void* owner, int count) {

@@ -1,6 +1,8 @@
 // Finds the first of many items by its key in constant time, as a walk from the first item would find it.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -22,17 +24,29 @@ inline std::uint64_t FoldedProduct(std::uint64_t a, std::uint64_t b) {
 
 inline constexpr std::uint64_t kMix = 0x9e3779b97f4a7c15;  // the golden ratio in 64 bits: odd, and without a pattern
 
-inline std::uint64_t HashOf(std::string_view key, std::uint64_t seed) {
-  std::uint64_t hash = seed ^ key.size();
-  while (key.size() >= sizeof(std::uint64_t)) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, key.data(), sizeof(word));
-    hash = FoldedProduct(hash ^ word, seed + kMix);
-    key.remove_prefix(sizeof(word));
+template <class Word>
+Word WordAt(const char* bytes) {
+  Word word = 0;
+  std::memcpy(&word, bytes, sizeof(word));
+  return word;
+}
+
+// The last 8 bytes of a text, or all of a shorter one.
+inline std::uint64_t TailOf(std::string_view text) {
+  const char* end = text.data() + text.size();
+  if (text.size() >= 8) return WordAt<std::uint64_t>(end - 8);
+  if (text.size() >= 4) return (std::uint64_t{WordAt<std::uint32_t>(text.data())} << 32) | WordAt<std::uint32_t>(end - 4);
+  std::uint64_t tail = 0;
+  for (const char c : text) tail = (tail << 8) | static_cast<unsigned char>(c);
+  return tail;
+}
+
+inline std::uint64_t HashOf(std::string_view text, std::uint64_t seed) {
+  std::uint64_t hash = seed ^ text.size();
+  for (; text.size() > 8; text.remove_prefix(8)) {
+    hash = FoldedProduct(hash ^ WordAt<std::uint64_t>(text.data()), seed + kMix);
   }
-  std::uint64_t rest = 0;
-  std::memcpy(&rest, key.data(), key.size());
-  return FoldedProduct(hash ^ rest, kMix ^ seed);
+  return FoldedProduct(hash ^ TailOf(text), kMix ^ seed);
 }
 
 // Keys. One that is missing is false, and equals nothing.
@@ -71,8 +85,7 @@ class FirstIndex {
   // REQUIRES: `base` is longer lived, shares nothing itself and has been asked for these items.
   FirstIndex(std::pmr::memory_resource* memory, int count, const FirstIndex& base, int shared) : FirstIndex(memory, count) {
     base_ = &base;
-    shared_ = shared;
-    indexed_ = shared;
+    shared_ = indexed_ = announced_ = shared;
   }
 
   bool SharesKeys() const { return base_ != nullptr; }
@@ -125,13 +138,13 @@ class FirstIndex {
   template <class KeyAt>
   int Add(KeyAt key_at) {
     const int added = indexed_++;
-    const auto key = key_at(added);
-    if (!key) return -1;
-    const std::uint64_t hash = key.Hash(seed_);
-    int first = base_ == nullptr ? -1 : base_->PositionOf(hash, key, key_at, shared_);
+    Announce(added + kAhead, key_at);
+    const std::uint64_t hash = HashAhead(added);
+    if (hash == kNoKey) return -1;
+    const auto has_key = [&](int position) { return key_at(position) == key_at(added); };
+    int first = base_ == nullptr ? -1 : base_->PositionOf(hash, shared_, has_key);
     if (first < 0) {
-      if (slots_.empty()) slots_.resize(SlotCount());
-      Slot& slot = slots_[Probe(hash, key, key_at, count_)];
+      Slot& slot = slots_[Probe(hash, count_, has_key)];
       if (slot.place == 0) slot = {Tag(hash), static_cast<std::uint32_t>(added) + 1};
       first = Position(slot);
     }
@@ -139,32 +152,49 @@ class FirstIndex {
     return first;
   }
 
+  // Hashes the items before `end` ahead of their turn, so that their slots are on the way when they are added: in a long list,
+  // each is far from the others.
+  template <class KeyAt>
+  void Announce(int end, KeyAt key_at) {
+    if (slots_.empty()) slots_.resize(SlotCount());
+    for (; announced_ < std::min(end, count_); ++announced_) {
+      const auto key = key_at(announced_);
+      const std::uint64_t hash = key ? HashWithMark(key) : kNoKey;
+      HashAhead(announced_) = hash;
+      __builtin_prefetch(&slots_[hash & (slots_.size() - 1)], 1);
+    }
+  }
+
+  std::uint64_t& HashAhead(int i) { return ahead_[static_cast<std::size_t>(i) % kAhead]; }
+
+  template <class Key>
+  std::uint64_t HashWithMark(const Key& key) const {
+    return key.Hash(seed_) | (std::uint64_t{1} << 63);
+  }
+
   // Position of the first indexed item with the key; -1 if there is none.
   template <class Key, class KeyAt>
   int Known(const Key& key, KeyAt key_at) const {
-    const std::uint64_t hash = key.Hash(seed_);
-    const int shared = base_ == nullptr ? -1 : base_->PositionOf(hash, key, key_at, shared_);
-    return shared >= 0 ? shared : PositionOf(hash, key, key_at, count_);
+    const std::uint64_t hash = HashWithMark(key);
+    const auto has_key = [&](int position) { return key_at(position) == key; };
+    const int shared = base_ == nullptr ? -1 : base_->PositionOf(hash, shared_, has_key);
+    return shared >= 0 ? shared : PositionOf(hash, count_, has_key);
   }
 
-  // The same among the items before `end`, which alone `key_at` may be asked for.
-  template <class Key, class KeyAt>
-  int PositionOf(std::uint64_t hash, const Key& key, KeyAt key_at, int end) const {
-    return slots_.empty() ? -1 : Position(slots_[Probe(hash, key, key_at, end)]);
+  // The same among the items before `end`, which alone `has_key` may be asked for.
+  template <class HasKey>
+  int PositionOf(std::uint64_t hash, int end, HasKey has_key) const {
+    return slots_.empty() ? -1 : Position(slots_[Probe(hash, end, has_key)]);
   }
 
   // The slot of the key, or the free one where it belongs.
-  template <class Key, class KeyAt>
-  std::size_t Probe(std::uint64_t hash, const Key& key, KeyAt key_at, int end) const {
+  template <class HasKey>
+  std::size_t Probe(std::uint64_t hash, int end, HasKey has_key) const {
     const std::size_t mask = slots_.size() - 1;
+    const auto holds = [&](const Slot& slot) { return slot.tag == Tag(hash) && Position(slot) < end && has_key(Position(slot)); };
     std::size_t at = hash & mask;
-    while (slots_[at].place != 0 && !Holds(slots_[at], hash, key, key_at, end)) at = (at + 1) & mask;
+    while (slots_[at].place != 0 && !holds(slots_[at])) at = (at + 1) & mask;
     return at;
-  }
-
-  template <class Key, class KeyAt>
-  static bool Holds(const Slot& slot, std::uint64_t hash, const Key& key, KeyAt key_at, int end) {
-    return slot.tag == Tag(hash) && Position(slot) < end && key_at(Position(slot)) == key;
   }
 
   static int Position(const Slot& slot) { return static_cast<int>(slot.place) - 1; }
@@ -177,13 +207,18 @@ class FirstIndex {
     return slots;
   }
 
+  static constexpr int kAhead = 16;
+  static constexpr std::uint64_t kNoKey = 0;  // every hash has its highest bit set
+
   std::uint64_t seed_;
   int count_;
   int shared_ = 0;
   int indexed_ = 0;         // the items before this one are in the table, or in that of the base
+  int announced_ = 0;       // the items before this one have been hashed
   int next_ = 0;            // behind the one found last; never past `indexed_`
   bool all_differ_ = true;  // every key met so far is a key of its own
   const FirstIndex* base_ = nullptr;
+  std::array<std::uint64_t, kAhead> ahead_{};
   std::pmr::vector<Slot> slots_;
 };
 
