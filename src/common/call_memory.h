@@ -54,7 +54,7 @@ class CallMemory {
   template <class KeyAt, class LikenessAt>
   const Unchanged& FindUnchanged(List list, LPQMXMETA old_meta, int old_count, LPQMXMETA new_meta, int new_count, KeyAt key_at,
                                  LikenessAt likeness) {
-    const auto [found, is_new] = unchanged_.try_emplace(Question(list, old_meta, new_meta));
+    const auto [found, is_new] = unchanged_.try_emplace(Ask(list, old_meta, new_meta));
     Unchanged& unchanged = found->second;
     if (!is_new) return unchanged;
     FirstIndex* index = new_count > kShortList ? &IndexOf(list, new_meta, new_count) : nullptr;
@@ -66,7 +66,7 @@ class CallMemory {
     }
     // What is known of the new side's keys is true of the old side's as well.
     if (index != nullptr && !index->SharesKeys()) {
-      indexes_.try_emplace(Question(list, old_meta), &arena_, old_count, *index, unchanged.end);
+      indexes_.try_emplace(Ask(list, old_meta), &arena_, old_count, *index, unchanged.end);
     }
     return unchanged;
   }
@@ -75,7 +75,7 @@ class CallMemory {
   // then the buffer gets the text that it left there, if it left one. A pair that left a record is walked every time.
   template <class Walk>
   int Once(Rule rule, LPQMXMETA old_meta, LPQMXMETA new_meta, char* buffer, Walk walk) {
-    const Question pair(rule, old_meta, new_meta);
+    const Question pair = Ask(rule, old_meta, new_meta);
     if (const auto found = passed_.find(pair); found != passed_.end()) {
       if (found->second) FormatText(buffer, "%s", found->second->c_str());
       return 0;
@@ -94,21 +94,17 @@ class CallMemory {
   static constexpr int kShortList = 8;
 
   // Something asked about one record or two.
-  struct Question {
-    template <class Topic>
-    Question(Topic asked, const void* old_record, const void* new_record = nullptr)
-        : topic(static_cast<int>(asked)), old_side(old_record), new_side(new_record) {}
-    bool operator==(const Question&) const = default;
-
-    int topic;
-    const void* old_side;
-    const void* new_side;
-  };
+  using Question = std::tuple<int, const void*, const void*>;
+  template <class Topic>
+  static Question Ask(Topic topic, const void* old_record, const void* new_record = nullptr) {
+    return {static_cast<int>(topic), old_record, new_record};
+  }
   struct Hash {
     std::size_t operator()(const Question& question) const {
-      const auto a = reinterpret_cast<std::uintptr_t>(question.old_side);
-      const auto b = reinterpret_cast<std::uintptr_t>(question.new_side);
-      return FoldedProduct(FoldedProduct(a ^ kMix, static_cast<std::uint64_t>(question.topic) + kMix) ^ b, kMix);
+      const auto& [topic, old_record, new_record] = question;
+      const auto a = reinterpret_cast<std::uintptr_t>(old_record);
+      const auto b = reinterpret_cast<std::uintptr_t>(new_record);
+      return FoldedProduct(FoldedProduct(a ^ kMix, static_cast<std::uint64_t>(topic) + kMix) ^ b, kMix);
     }
   };
   template <class Answer>
@@ -129,7 +125,7 @@ class CallMemory {
   FirstIndex& IndexOf(List list, const void* owner, int count) {
     Used& used = used_[static_cast<std::size_t>(list)];
     if (used.owner != owner) {
-      used = {owner, &indexes_.try_emplace(Question(list, owner), &arena_, count).first->second};
+      used = {owner, &indexes_.try_emplace(Ask(list, owner), &arena_, count).first->second};
     }
     return *used.index;
   }

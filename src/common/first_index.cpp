@@ -6,7 +6,7 @@
 namespace korvel {
 
 // Where the program was loaded and when it first asked: enough that no file can know it, from sources that cannot fail.
-std::uint64_t HashSeed() {
+std::uint64_t HashSeed() noexcept {
   static const std::uint64_t seed = [] {
     const auto place = reinterpret_cast<std::uintptr_t>(&HashSeed);
     const auto time = static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());

@@ -13,10 +13,10 @@
 namespace korvel {
 
 // Hashes are mixed with a number that differs from run to run, so that no file can be written to collide.
-std::uint64_t HashSeed();
+std::uint64_t HashSeed() noexcept;
 
 // Multiplies to 128 bits and folds them.
-inline std::uint64_t FoldedProduct(std::uint64_t a, std::uint64_t b) {
+inline std::uint64_t FoldedProduct(std::uint64_t a, std::uint64_t b) noexcept {
   __extension__ using Wide = unsigned __int128;
   const Wide product = static_cast<Wide>(a) * b;
   return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
@@ -25,14 +25,14 @@ inline std::uint64_t FoldedProduct(std::uint64_t a, std::uint64_t b) {
 inline constexpr std::uint64_t kMix = 0x9e3779b97f4a7c15;  // the golden ratio in 64 bits: odd, and without a pattern
 
 template <class Word>
-Word WordAt(const char* bytes) {
+Word WordAt(const char* bytes) noexcept {
   Word word = 0;
   std::memcpy(&word, bytes, sizeof(word));
   return word;
 }
 
 // The last 8 bytes of a text, or all of a shorter one.
-inline std::uint64_t TailOf(std::string_view text) {
+inline std::uint64_t TailOf(std::string_view text) noexcept {
   const char* end = text.data() + text.size();
   if (text.size() >= 8) return WordAt<std::uint64_t>(end - 8);
   if (text.size() >= 4) return (std::uint64_t{WordAt<std::uint32_t>(text.data())} << 32) | WordAt<std::uint32_t>(end - 4);
@@ -41,7 +41,7 @@ inline std::uint64_t TailOf(std::string_view text) {
   return tail;
 }
 
-inline std::uint64_t HashOf(std::string_view text, std::uint64_t seed) {
+inline std::uint64_t HashOf(std::string_view text, std::uint64_t seed) noexcept {
   std::uint64_t hash = seed ^ text.size();
   for (; text.size() > 8; text.remove_prefix(8)) {
     hash = FoldedProduct(hash ^ WordAt<std::uint64_t>(text.data()), seed + kMix);
@@ -49,30 +49,28 @@ inline std::uint64_t HashOf(std::string_view text, std::uint64_t seed) {
   return FoldedProduct(hash ^ TailOf(text), kMix ^ seed);
 }
 
-// Keys. One that is missing is false, and equals nothing.
+// Keys. One that is missing is false, and equals nothing; what is wanted is never missing.
 struct NameKey {
   const char* name;
-  explicit operator bool() const { return name != nullptr; }
-  bool operator==(const NameKey& other) const {
-    return name != nullptr && other.name != nullptr && std::strcmp(name, other.name) == 0;
-  }
-  std::uint64_t Hash(std::uint64_t seed) const { return HashOf(name, seed); }
+  explicit operator bool() const noexcept { return name != nullptr; }
+  bool operator==(const NameKey& wanted) const noexcept { return name != nullptr && std::strcmp(name, wanted.name) == 0; }
+  std::uint64_t Hash(std::uint64_t seed) const noexcept { return HashOf(name, seed); }
 };
 
 struct IdKey {
   bool is_there;
   int id;
-  explicit operator bool() const { return is_there; }
-  bool operator==(const IdKey& other) const { return is_there && other.is_there && id == other.id; }
-  std::uint64_t Hash(std::uint64_t seed) const { return FoldedProduct(seed ^ static_cast<std::uint32_t>(id), kMix); }
+  explicit operator bool() const noexcept { return is_there; }
+  bool operator==(const IdKey& wanted) const noexcept { return is_there && id == wanted.id; }
+  std::uint64_t Hash(std::uint64_t seed) const noexcept { return FoldedProduct(seed ^ static_cast<std::uint32_t>(id), kMix); }
 };
 
 struct IdAndNameKey {
   int id;
   NameKey name;
-  explicit operator bool() const { return static_cast<bool>(name); }
-  bool operator==(const IdAndNameKey& other) const { return id == other.id && name == other.name; }
-  std::uint64_t Hash(std::uint64_t seed) const { return name.Hash(seed) ^ (IdKey{true, id}.Hash(seed) << 1); }
+  explicit operator bool() const noexcept { return static_cast<bool>(name); }
+  bool operator==(const IdAndNameKey& wanted) const noexcept { return id == wanted.id && name == wanted.name; }
+  std::uint64_t Hash(std::uint64_t seed) const noexcept { return name.Hash(seed) ^ (IdKey{true, id}.Hash(seed) << 1); }
 };
 
 // A hash table from keys to positions, filled no further than it was asked for. Keys are not kept: they are asked for again to
@@ -101,10 +99,9 @@ class FirstIndex {
   // Whether item i has a key, and is the first with it.
   template <class KeyAt>
   bool IsFirst(int i, KeyAt key_at) {
-    while (indexed_ < i) Add(key_at);
     if (indexed_ == i) return Add(key_at) == i;
     const auto key = key_at(i);
-    return key && (all_differ_ || Known(key, key_at) == i);
+    return key && Find(key, key_at) == i;
   }
 
  private:

@@ -10,14 +10,14 @@ namespace {
 
 using List = CallMemory::List;
 
-// What the entries of a meta are found by.
+// What the entries of a meta are found by. None of the operations throws.
 struct NameAt {
-  NameKey operator()(int i) const { return {EntryName(qmx_get_entry_by_index(meta, i))}; }
+  NameKey operator()(int i) const noexcept { return {EntryName(qmx_get_entry_by_index(meta, i))}; }
   LPQMXMETA meta;
 };
 
 struct IdAt {
-  IdKey operator()(int i) const {
+  IdKey operator()(int i) const noexcept {
     const LPQMXMETAENTRY entry = qmx_get_entry_by_index(meta, i);
     return entry == nullptr ? IdKey{false, 0} : IdKey{true, qmx_get_entry_id(entry)};
   }
@@ -25,7 +25,7 @@ struct IdAt {
 };
 
 struct IdAndNameAt {
-  IdAndNameKey operator()(int i) const {
+  IdAndNameKey operator()(int i) const noexcept {
     const LPQMXMETAENTRY entry = qmx_get_entry_by_index(meta, i);
     return entry == nullptr ? IdAndNameKey{0, {nullptr}} : IdAndNameKey{qmx_get_entry_id(entry), {qmx_get_entry_name(entry)}};
   }
@@ -81,7 +81,7 @@ int PositionUpToMissing(LPQMXMETA meta, const char* name) {
   const int position = PositionByName(meta, count, name);
   if (position < 0) return -1;
   const CallMemory::Scope memory;
-  const int missing = memory->FindFirst(List::kMissingEntries, meta, count, IdKey{true, 0}, [meta](int i) {
+  const int missing = memory->FindFirst(List::kMissingEntries, meta, count, IdKey{true, 0}, [meta](int i) noexcept {
     return IdKey{qmx_get_entry_by_index(meta, i) == nullptr, 0};
   });
   return missing < 0 || position < missing ? position : -1;
@@ -116,20 +116,21 @@ const Unchanged* UnchangedById(LPQMXMETA old_meta, LPQMXMETA new_meta) {
 
 bool IsPrimaryKeyName(LPQMXMETA meta, const char* name) {
   const auto members = PrimaryKeyMembers(meta);
-  return Position(List::kPrimaryKey, meta, members.size(), name, [&](int i) { return NameKey{MemberName(meta, members[i])}; }) >=
-         0;
+  return Position(List::kPrimaryKey, meta, members.size(), name,
+                  [&](int i) noexcept { return NameKey{MemberName(meta, members[i])}; }) >= 0;
 }
 
 LPQMXMETAINDEX IndexByName(LPQMXMETA meta, const char* name) {
   const auto indexes = Indexes(meta);
   const int position =
-      Position(List::kIndexes, meta, indexes.size(), name, [&](int i) { return NameKey{IndexName(meta, indexes[i])}; });
+      Position(List::kIndexes, meta, indexes.size(), name, [&](int i) noexcept { return NameKey{IndexName(meta, indexes[i])}; });
   return position < 0 ? nullptr : indexes[position];
 }
 
 bool IsColumnName(LPQMXMETA meta, LPQMXMETAINDEX index, const char* name) {
   const auto columns = Columns(meta, index);
-  return Position(List::kColumns, index, columns.size(), name, [&](int i) { return NameKey{MemberName(meta, columns[i])}; }) >= 0;
+  return Position(List::kColumns, index, columns.size(), name,
+                  [&](int i) noexcept { return NameKey{MemberName(meta, columns[i])}; }) >= 0;
 }
 
 }  // namespace korvel

@@ -47,8 +47,8 @@ class AttributedEntries {
   // The attribute of the first of that name; null if the search did not meet one.
   const char* Find(const char* name) {
     const CallMemory::Scope memory;
-    const int position =
-        memory->FindFirst(CallMemory::List::kAttributedEntries, meta_, count_, NameKey{name}, [this](int i) { return KeyAt(i); });
+    const int position = memory->FindFirst(CallMemory::List::kAttributedEntries, meta_, count_, NameKey{name},
+                                           [this](int i) noexcept { return KeyAt(i); });
     if (position >= 0 && position != looked_at_) KeyAt(position);
     return position < 0 ? nullptr : attribute_;
   }

@@ -15,7 +15,7 @@ int Run(ModifyTable& checker, const Question& question, LPVESKCATEGORYINST log) 
   const LPQMXMETA new_meta = qmx_get_meta_by_name(question.new_lib, "t");
   const auto modify = [&](int init) {
     return checker.KorvelModifyTable(question.old_lib, question.new_lib, "t", 0, init, log, log == nullptr ? "" : "3.28.0",
-                                     "n20;n3;n25", 0);
+                                     "n3;n20;name_of_number_3;name_of_number_20", 0);
   };
   switch (question.operation) {
     case Operation::kModifyQmx:

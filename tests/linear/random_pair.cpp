@@ -33,7 +33,10 @@ class Maker {
   int Below(int bound) { return std::uniform_int_distribution<int>(0, bound - 1)(random_); }
   bool OneIn(int n) { return Below(n) == 0; }
 
-  static std::string Name(int number) { return "n" + std::to_string(number); }
+  // Some longer than what is hashed at once.
+  static std::string Name(int number) {
+    return (number % 7 == 1 ? "n" : number % 7 == 2 ? "number_" : "name_of_number_") + std::to_string(number);
+  }
 
   // Structures come before what uses them; "t" is the last one and uses any of them, many twice.
   Library MakeLibrary() {
@@ -84,7 +87,7 @@ class Maker {
   void Edit(Library& library) {
     Table& table = library.tables[static_cast<std::size_t>(Below(static_cast<int>(library.tables.size())))];
     Field& field = table.fields[static_cast<std::size_t>(Below(static_cast<int>(table.fields.size())))];
-    switch (Below(10)) {
+    switch (Below(11)) {
       case 0:
         field.version += Below(3);
         break;
@@ -108,6 +111,10 @@ class Maker {
         break;
       case 7:
         if (!IsNamed(table, field)) table.fields.erase(table.fields.begin() + (&field - table.fields.data()));
+        break;
+      case 8:
+        // Another structure, or the same; it may be met in a pair with another one too.
+        if (field.type.starts_with('s')) field.type = "s" + std::to_string(Below(std::stoi(field.type.substr(1)) + 1));
         break;
       default:
         // An added field, mostly one that may be added, at the end or before another.
