@@ -19,7 +19,8 @@ void RequireTablesInEach(const std::vector<ReportInput>& inputs) {
 Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
   Report report = StartReport(command, LoadInputs(options.inputs));
   RequireTablesInEach(report.inputs);
-  for (const auto& [role, input] : report.inputs) {
+  for (const ReportInput& read : report.inputs) {
+    const Input& input = read.input;
     JudgeEach(report, options, {input.tables.begin(), input.tables.end()}, [&](const std::string& table) {
       return JudgeChange({input, input}, table, options.given, log);
     });
