@@ -81,15 +81,17 @@ void Measure(benchmark::State& state, const Shape& shape, const Question& questi
   for (const auto& unused : state) {
     static_cast<void>(unused);
     int refused = 0;
-    checks.push_back(Seconds([&] {
-                       for (int i = 0; i < repeats; ++i) refused += CheckTables(pair, question);
-                     }) /
+    checks.push_back(Seconds(ThreadClock,
+                             [&] {
+                               for (int i = 0; i < repeats; ++i) refused += CheckTables(pair, question);
+                             }) /
                      repeats);
     if (refused != expected_refusals * repeats) state.SkipWithError("another number of tables was refused than should be");
-    walks.push_back(Seconds([&] {
-                      for (int i = 0; i < repeats; ++i)
-                        benchmark::DoNotOptimize(Lockstep(pair.old_lib.get(), pair.new_lib.get()));
-                    }) /
+    walks.push_back(Seconds(ThreadClock,
+                            [&] {
+                              for (int i = 0; i < repeats; ++i)
+                                benchmark::DoNotOptimize(Lockstep(pair.old_lib.get(), pair.new_lib.get()));
+                            }) /
                     repeats);
     state.SetIterationTime(checks.back());
   }

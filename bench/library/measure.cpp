@@ -1,4 +1,4 @@
-// Medians and growth exponents.
+// Clocks, medians and growth exponents.
 #include "library/measure.h"
 
 #include <algorithm>
@@ -7,11 +7,18 @@
 
 namespace bench {
 
-double ThreadSeconds() {
+namespace {
+
+double Now(clockid_t clock) {
   timespec now{};
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  clock_gettime(clock, &now);
   return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
+
+}  // namespace
+
+double ThreadClock() { return Now(CLOCK_THREAD_CPUTIME_ID); }
+double WallClock() { return Now(CLOCK_MONOTONIC); }
 
 double Median(std::vector<double> values) {
   const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);

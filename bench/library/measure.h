@@ -3,20 +3,21 @@
 
 #include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace bench {
 
-// Processor time of this thread so far, in seconds: the wall clock would count what else the machine does.
-double ThreadSeconds();
+// Clocks, in seconds. That of this thread's processor time does not count what else the machine does; nor what other processes do
+// for this one, which only the wall clock counts.
+double ThreadClock();
+double WallClock();
 
-// Seconds that `work` takes.
+// Seconds that `work` takes by a clock.
 template <class Work>
-double Seconds(Work work) {
-  const double begin = ThreadSeconds();
+double Seconds(double (*clock)(), Work work) {
+  const double begin = clock();
   work();
-  return ThreadSeconds() - begin;
+  return clock() - begin;
 }
 
 // REQUIRES: `values` is not empty.

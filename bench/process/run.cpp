@@ -59,7 +59,7 @@ int Run(const Program& program, Cost& cost) {
   rusage usage{};
   int status = 0;
   pid_t child = 0;
-  cost.wall_ms = 1e3 * Seconds([&] {
+  cost.wall_ms = 1e3 * Seconds(WallClock, [&] {
                    child = Start(program);
                    ::wait4(child, &status, 0, &usage);
                  });
@@ -73,7 +73,7 @@ std::vector<Cost> Medians(const std::vector<Program>& programs, int& rounds) {
   std::vector<std::vector<Cost>> costs(programs.size());
   double seconds = 0;
   for (rounds = 0; rounds < kMostRounds && (rounds < kLeastRounds || seconds < kSeconds); ++rounds) {
-    seconds += Seconds([&] {
+    seconds += Seconds(WallClock, [&] {
       for (std::size_t i = 0; i < programs.size(); ++i) costs[i].push_back(RunAsExpected(programs[i]));
     });
   }
