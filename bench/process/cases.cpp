@@ -51,14 +51,13 @@ std::string NameOf(const Case& measured) {
          ", " + (measured.form == Form::kXml ? "XML" : "image");
 }
 
-std::vector<Case> Cases(bool all, bool with_images) {
+std::vector<Case> Cases(bool all) {
   std::vector<Case> cases;
   for (const ShapeRow& row : kShapes) {
     for (const KindRow& kind : kKinds) {
       for (const qmx::Protocol protocol : {qmx::Protocol::kQmx, qmx::Protocol::kTlv}) {
         if (!IsMeasured(row, kind.kind, protocol, all)) continue;
-        cases.push_back({row.name, row.shape, kind.kind, protocol, Form::kXml});
-        if (with_images) cases.push_back({row.name, row.shape, kind.kind, protocol, Form::kImage});
+        for (const Form form : {Form::kXml, Form::kImage}) cases.push_back({row.name, row.shape, kind.kind, protocol, form});
       }
     }
   }

@@ -22,6 +22,6 @@ struct Case {
 std::string NameOf(const Case& measured);
 
 // All cases; or, in a few minutes, all shapes but the largest as they are in the record format, and one shape in everything.
-std::vector<Case> Cases(bool all, bool with_images);
+std::vector<Case> Cases(bool all);
 
 }  // namespace bench

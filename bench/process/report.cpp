@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <map>
 #include <nlohmann/json.hpp>
-#include <optional>
 
 #include "library/measure.h"
 

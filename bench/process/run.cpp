@@ -31,20 +31,11 @@ pid_t Start(const Program& program) {
   posix_spawn_file_actions_t actions;
   ::posix_spawn_file_actions_init(&actions);
   ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-  if (program.quiet) ::posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
   pid_t child = 0;
   const int error = ::posix_spawn(&child, arguments.front(), &actions, nullptr, arguments.data(), environ);
   ::posix_spawn_file_actions_destroy(&actions);
   if (error != 0) throw std::runtime_error("cannot start " + program.command.front() + ": " + std::strerror(error));
   return child;
-}
-
-Cost RunAsExpected(const Program& program) {
-  Cost cost;
-  const int status = Run(program, cost);
-  if (status == program.status) return cost;
-  throw std::runtime_error(program.name + " ended with status " + std::to_string(status) + " instead of " +
-                           std::to_string(program.status));
 }
 
 double MedianOf(const std::vector<Cost>& costs, double Cost::*figure) {
@@ -55,7 +46,8 @@ double MedianOf(const std::vector<Cost>& costs, double Cost::*figure) {
 
 }  // namespace
 
-int Run(const Program& program, Cost& cost) {
+Cost Run(const Program& program) {
+  Cost cost;
   rusage usage{};
   int status = 0;
   pid_t child = 0;
@@ -65,16 +57,18 @@ int Run(const Program& program, Cost& cost) {
                  });
   cost.cpu_ms = Milliseconds(usage.ru_utime) + Milliseconds(usage.ru_stime);
   cost.peak_mb = static_cast<double>(usage.ru_maxrss) * 1024 / 1e6;
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  if (WIFEXITED(status) && WEXITSTATUS(status) == program.status) return cost;
+  const std::string end = WIFEXITED(status) ? "status " + std::to_string(WEXITSTATUS(status)) : "a signal";
+  throw std::runtime_error(program.name + " ended with " + end + " instead of status " + std::to_string(program.status));
 }
 
 std::vector<Cost> Medians(const std::vector<Program>& programs, int& rounds) {
-  for (const Program& program : programs) RunAsExpected(program);
+  for (const Program& program : programs) Run(program);
   std::vector<std::vector<Cost>> costs(programs.size());
   double seconds = 0;
   for (rounds = 0; rounds < kMostRounds && (rounds < kLeastRounds || seconds < kSeconds); ++rounds) {
     seconds += Seconds(WallClock, [&] {
-      for (std::size_t i = 0; i < programs.size(); ++i) costs[i].push_back(RunAsExpected(programs[i]));
+      for (std::size_t i = 0; i < programs.size(); ++i) costs[i].push_back(Run(programs[i]));
     });
   }
   std::vector<Cost> medians;

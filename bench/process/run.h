@@ -10,8 +10,7 @@ namespace bench {
 struct Program {
   std::string name;
   std::vector<std::string> command;
-  int status = 0;      // that it must exit with
-  bool quiet = false;  // whether its standard error is dropped too
+  int status = 0;  // that it must exit with
 };
 
 struct Cost {
@@ -20,13 +19,11 @@ struct Cost {
   double peak_mb = 0;  // resident memory, 10^6 bytes; at least what the runner itself holds
 };
 
-// Runs the program once, and tells its exit status: -1 when it did not exit by itself. Throws std::runtime_error when it cannot
-// be started.
-int Run(const Program& program, Cost& cost);
+// Runs the program once. Throws std::runtime_error when it cannot be started or exits with another status than it must.
+Cost Run(const Program& program);
 
 // The median of each figure of each program over some rounds; every round runs all of them, one after the other, so that whatever
-// else the machine does meets all alike. A round before them is not counted. Throws std::runtime_error when a program exits with
-// another status than it must.
+// else the machine does meets all alike. A round before them is not counted. Throws as Run does.
 std::vector<Cost> Medians(const std::vector<Program>& programs, int& rounds);
 
 }  // namespace bench
