@@ -8,21 +8,27 @@ namespace {
 
 thread_local CallMemory* current = nullptr;
 
-// Where it stands: neither on a stack that rules descend on nor asked of the heap.
+// Where the first one stands: neither on a stack that rules descend on nor asked of the heap.
 alignas(CallMemory) thread_local std::array<std::byte, sizeof(CallMemory)> place;
 
 }  // namespace
 
-CallMemory::Scope::Scope() : memory_(current), is_outermost_(memory_ == nullptr) {
-  if (!is_outermost_) return;
-  memory_ = new (place.data()) CallMemory;  // not (): its first piece needs no zeros
+CallMemory::Scope::Scope() : Scope(current == nullptr ? nullptr : current->object_) {}
+
+CallMemory::Scope::Scope(const void* object) : interrupted_(current), memory_(current) {
+  if (current != nullptr && current->object_ == object) return;
+  memory_ = current == nullptr ? new (place.data()) CallMemory(object) : new CallMemory(object);
   current = memory_;
 }
 
 CallMemory::Scope::~Scope() {
-  if (!is_outermost_) return;
-  current = nullptr;
-  memory_->~CallMemory();
+  if (memory_ == interrupted_) return;
+  current = interrupted_;
+  if (interrupted_ == nullptr) {
+    memory_->~CallMemory();
+  } else {
+    delete memory_;
+  }
 }
 
 }  // namespace korvel

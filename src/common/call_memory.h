@@ -110,7 +110,7 @@ class CallMemory {
   template <class Answer>
   using Answers = std::pmr::unordered_map<Question, Answer, Hash>;
 
-  CallMemory() = default;
+  explicit CallMemory(const void* object) : object_(object) {}
   ~CallMemory() = default;
 
   template <class Key, class KeyAt>
@@ -135,6 +135,7 @@ class CallMemory {
     FirstIndex* index = nullptr;
   };
 
+  const void* object_;  // whose call it is
   // Enough for a table of a hundred fields.
   alignas(std::max_align_t) std::array<std::byte, 4096> first_piece_;
   std::pmr::monotonic_buffer_resource arena_{first_piece_.data(), first_piece_.size()};
@@ -144,10 +145,13 @@ class CallMemory {
   Answers<std::optional<std::string>> passed_{&arena_};
 };
 
-// Joins the call that runs on this thread, or begins one that ends with the scope. Every operation that looks up or descends
-// opens a scope, so the memory lives as long as the outermost of them, which is what the caller called.
+// Joins the call that its object runs on this thread, or begins one that ends with the scope. Every operation that looks up or
+// descends opens a scope, so the memory lives as long as the outermost of them, which is what the caller called. Another object
+// that is asked in the midst of a call, by a log category, has a memory of its own meanwhile: objects share nothing.
 class CallMemory::Scope {
  public:
+  explicit Scope(const void* object);
+  // Of a lookup: for the object that is running.
   Scope();
   ~Scope();
   Scope(const Scope&) = delete;
@@ -155,8 +159,8 @@ class CallMemory::Scope {
   CallMemory* operator->() const { return memory_; }
 
  private:
+  CallMemory* interrupted_;  // the memory of the thread before; null if it had none
   CallMemory* memory_;
-  bool is_outermost_;
 };
 
 }  // namespace korvel

@@ -71,7 +71,7 @@ int ModifyTable::KorvelModifyTable(LPQMXMETALIB old_metalib, LPQMXMETALIB new_me
   const LPQMXMETA new_meta = qmx_get_meta_by_name(new_metalib, metaname);
   if (old_meta == nullptr || new_meta == nullptr) return Refuse(HERE, kTableMissing, metaname);
 
-  const CallMemory::Scope memory;
+  const CallMemory::Scope memory(this);
   if (const int ret = ComparePrimaryKey(old_meta, new_meta, log_handle); ret != 0) return ret;
   if (const int ret = CompareSplittableKey(old_meta, new_meta, log_handle); ret != 0) return ret;
   if (const int ret = CompareIndex(old_meta, new_meta, table_type, log_handle); ret != 0) return ret;
@@ -120,7 +120,7 @@ int ModifyTable::CheckTableMetaCompatible(LPQMXMETALIB old_metalib, LPQMXMETALIB
   const LPQMXMETA new_meta = qmx_get_meta_by_name(new_metalib, metaname);
   if (old_meta == nullptr || new_meta == nullptr) return RefuseInLog(HERE, kTableMissing, metaname);
 
-  const CallMemory::Scope memory;
+  const CallMemory::Scope memory(this);
   if (const int ret = ComparePrimaryKey(old_meta, new_meta, log_handle); ret != 0) {
     LogOnly(HERE, VESK_PRIORITY_ERROR, kCompatKeyFailed, metaname);
     return ret;

@@ -45,7 +45,7 @@ LPQMXMETAENTRY ModifyTable::CheckWhetherExistEntryById(int entry_id, LPQMXMETA m
 int ModifyTable::CompareVersion(LPQMXMETA old_meta, LPQMXMETA new_meta, int old_metalib_version,
                                 LPVESKCATEGORYINST log_handle) const {
   if (old_meta == nullptr || new_meta == nullptr) return Refuse(HERE, kMetaNull);
-  const CallMemory::Scope memory;
+  const CallMemory::Scope memory(this);
   for (const auto [index, pstNewEntry] : Entries(new_meta, UnchangedByName(old_meta, new_meta))) {
     int entry_offset = 0;
     const char* name = qmx_get_entry_name(pstNewEntry);
@@ -71,7 +71,7 @@ int ModifyTable::CompareVersion(LPQMXMETA old_meta, LPQMXMETA new_meta, int old_
 // Kept entries keep their order; each added one shifts those behind it by one. Trailing entries may go unnoticed.
 int ModifyTable::CompareOrder(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVESKCATEGORYINST log_handle) const {
   if (old_meta == nullptr || new_meta == nullptr) return Refuse(HERE, kMetaNull);
-  const CallMemory::Scope memory;
+  const CallMemory::Scope memory(this);
   int curr_num_of_new_entry = 0;
   for (const auto [index, pstNewEntry] : Entries(new_meta, UnchangedByName(old_meta, new_meta))) {
     int entry_offset = 0;

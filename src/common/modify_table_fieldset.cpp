@@ -35,7 +35,7 @@ int ModifyTable::CompareTableField(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVES
   if (old_value_field_num != new_value_field_num) {
     return Refuse(HERE, kFieldNum, old_meta_name, old_value_field_num, new_meta_name, new_value_field_num);
   }
-  const CallMemory::Scope memory;
+  const CallMemory::Scope memory(this);
   for (const auto [index, old_entry] : Entries(old_meta, UnchangedByName(old_meta, new_meta))) {
     const char* name = qmx_get_entry_name(old_entry);
     const int position = PositionByName(new_meta, new_value_field_num, name);

@@ -18,7 +18,7 @@ int ModifyTable::CompareIndex(LPQMXMETA old_meta, LPQMXMETA new_meta, int table_
     return none ? CHECK_TABLE_SUCCESS : Refuse(HERE, kIndexOnList, old_name);
   }
   if (IndexCount(old_meta) != IndexCount(new_meta)) return Refuse(HERE, kIndexCount, old_name);
-  const CallMemory::Scope memory;
+  const CallMemory::Scope memory(this);
   for (auto* new_index : Indexes(new_meta)) {
     const char* name = IndexName(new_meta, new_index);
     const LPQMXMETAINDEX old_index = CheckWhetherIndexField(old_meta, name);
@@ -39,7 +39,7 @@ int ModifyTable::CompareIndexColumn(LPQMXMETAINDEX pstIndex_old, LPQMXMETAINDEX 
                                     LPQMXMETA pstnewMeta, LPVESKCATEGORYINST log_handle) {
   if (pstIndex_old == nullptr || pstIndex_new == nullptr) return Refuse(HERE, kIndexNull);
   if (pstIndex_old->iColumnNum != pstIndex_new->iColumnNum) return Refuse(HERE, kColumnSet, qmx_get_meta_name(pstoldMeta));
-  const CallMemory::Scope memory;
+  const CallMemory::Scope memory(this);
   for (const auto* column : Columns(pstnewMeta, pstIndex_new)) {
     const char* name = MemberName(pstnewMeta, column);
     if (const int ret = CheckWhetherColumnField(name, pstIndex_old, pstoldMeta, log_handle); ret != 0) {

@@ -29,7 +29,7 @@ int ModifyTable::ComparePrimaryKey(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVES
   if (old_meta->nPrimayKeyMemberNum != new_meta->nPrimayKeyMemberNum) {
     return Refuse(HERE, kPrimaryKeyCount, qmx_get_meta_name(new_meta));
   }
-  const CallMemory::Scope memory;
+  const CallMemory::Scope memory(this);
   for (const auto* member : PrimaryKeyMembers(new_meta)) {
     const char* name = MemberName(new_meta, member);
     if (CheckWhetherPrimaryKey(name, old_meta, log_handle) != 0) {

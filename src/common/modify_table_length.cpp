@@ -54,7 +54,7 @@ int ModifyTable::CheckWhiteListFieldLen(const char* metaname, LPQMXMETALIB oldPs
   const std::size_t limit = ge339 ? kMaxField339 : ge329 ? kMaxField329 : kMaxField;
 
   std::string oversized;  // what follows "ERR_ENTRY_LEN;"
-  const CallMemory::Scope memory;
+  const CallMemory::Scope memory(this);
   const int new_entry_num = EntryCount(newPstMeta);
   for (int i = 0; i < new_entry_num; ++i) {
     const LPQMXMETAENTRY entry = qmx_get_entry_by_index(newPstMeta, i);

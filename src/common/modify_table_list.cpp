@@ -121,7 +121,7 @@ int ModifyTable::CheckListMetaInfo(const char* metaname, LPQMXMETALIB oldPstMeta
   // A sorted list: a field that carried the attribute before must carry the same one; others may gain it.
   const LPQMXMETA newPstMeta = qmx_get_meta_by_name(newPstMetaLib, metaname);
   const LPQMXMETA oldPstMeta = qmx_get_meta_by_name(oldPstMetaLib, metaname);
-  const CallMemory::Scope memory;
+  const CallMemory::Scope memory(this);
   AttributedEntries old_entries(oldPstMetaLib, oldPstMeta);
   const int new_entry_num = EntryCount(newPstMeta);
   for (int i = 0; i < new_entry_num; ++i) {

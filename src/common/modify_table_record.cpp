@@ -16,7 +16,7 @@ int ModifyTable::CompareEntryValueField(LPQMXMETA old_meta, LPQMXMETA new_meta, 
   const char* new_meta_name = qmx_get_meta_name(new_meta);
   if (!SameName(old_meta_name, new_meta_name)) return Refuse(HERE, kStructName, old_meta_name, new_meta_name);
 
-  const CallMemory::Scope memory;
+  const CallMemory::Scope memory(this);
   const LPQMXMETALIB ptrOldMetalib = OwnerOf(old_meta);
   const LPQMXMETALIB ptrNewMetalib = OwnerOf(new_meta);
   const bool ids_are_kept = IsTlv(ptrOldMetalib) && IsTlv(ptrNewMetalib);

@@ -18,7 +18,7 @@ int ModifyTable::CompareEntryValueFieldTLV(LPQMXMETA old_meta, LPQMXMETA new_met
   if (old_meta == nullptr) return Refuse(HERE, kMetaNull);
   const char* old_meta_name = qmx_get_meta_name(old_meta);
   if (new_meta == nullptr) return Refuse(HERE, kStructMissing, old_meta_name);
-  const CallMemory::Scope memory;
+  const CallMemory::Scope memory(this);
   const Unchanged* unchanged = UnchangedById(old_meta, new_meta);
   const int old_entry_num = EntryCount(old_meta);
   for (int i = unchanged->Next(0); i < old_entry_num; i = unchanged->Next(i + 1)) {
@@ -78,7 +78,7 @@ bool ModifyTable::CheckWhetherExistEntryOfTLV(LPQMXMETAENTRY needCheckPstEntry, 
 int ModifyTable::CompareEntrySubMetaFieldTLV(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVESKCATEGORYINST log_handle) const {
   if (old_meta == nullptr || new_meta == nullptr) return Refuse(HERE, kMetaNull);
   const char* old_meta_name = qmx_get_meta_name(old_meta);
-  const CallMemory::Scope memory;
+  const CallMemory::Scope memory(this);
   for (const auto [index, pstOldEntry] : Entries(old_meta, UnchangedById(old_meta, new_meta))) {
     const int id = qmx_get_entry_id(pstOldEntry);
     const LPQMXMETAENTRY pstNewEntry = CheckWhetherExistEntryById(id, new_meta, log_handle);

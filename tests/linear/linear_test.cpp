@@ -3,8 +3,10 @@
 
 #include <cstdlib>
 
+#include "common/modify_table.h"
 #include "linear/ask.h"
 #include "linear/random_pair.h"
+#include "support/log_capture.h"
 
 namespace linear {
 namespace {
@@ -107,6 +109,25 @@ TEST(Memory, APairPassedOverLeavesItsTextAgain) {
   const Question question{Operation::kOrder, old_schema.Lib(), new_schema.Lib(), false, {}};
   EXPECT_EQ(AskProduct(question).buffer, "Table dose not have entry, table:'s0'");
   EXPECT_EQ(AskPlain(question), AskProduct(question));
+}
+
+// A log category may ask an object of its own. What that one passes without a record is not passed for the first.
+TEST(Memory, IsNotSharedWithAnObjectThatIsAskedWhileARecordIsWritten) {
+  support::Library library = support::Of({{.name = "s0", .fields = {{"x", "int32", 0, -1}}},
+                                          {.name = "t", .fields = {{"k", "int32", 0, 1}, {"a", "s0", 0, 2}}, .key = {"k"}}});
+  library.protocol = qmx::Protocol::kTlv;
+  const support::Schema schema = library.Build();
+  const auto check = [&](LPVESKCATEGORYINST log) {
+    ModifyTable checker;
+    return checker.KorvelModifyTable(schema.Lib(), schema.Lib(), "t", 0, 2, log, "", "", 0);
+  };
+  support::CaptureCategory undisturbed;
+  EXPECT_EQ(check(&undisturbed), 0);
+  EXPECT_EQ(undisturbed.Lines().at(2), support::Error("CheckWhetherExistEntryById", "Entry_name or meta is invalid"));
+  support::CaptureCategory disturbed;
+  disturbed.on_record = [&] { EXPECT_EQ(check(nullptr), 0); };
+  EXPECT_EQ(check(&disturbed), 0);
+  EXPECT_EQ(disturbed.Lines(), undisturbed.Lines());
 }
 
 }  // namespace

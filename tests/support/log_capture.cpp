@@ -103,7 +103,9 @@ void vesk_category_logv(LPVESKCATEGORYINST category, const tagVeskEvent* event, 
   record.format = format;
   record.text = support::FormatV(format, arguments);
   record.as_agreed = support::IsAsAgreed(*event);
-  static_cast<support::CaptureCategory*>(category)->records.push_back(record);
+  auto* capture = static_cast<support::CaptureCategory*>(category);
+  capture->records.push_back(record);
+  if (capture->on_record) capture->on_record();
 }
 
 }  // extern "C"

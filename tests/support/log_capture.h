@@ -2,6 +2,7 @@
 // this needs no other implementation of vesk_category.h.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -55,6 +56,7 @@ class CaptureCategory : public tagVeskCategoryInst {
 
   std::vector<LogRecord> records;
   std::vector<Question> questions;
+  std::function<void()> on_record;  // called after each record, if set
 
  private:
   friend int ::vesk_category_can_write(LPVESKCATEGORYINST, int, int, int);

@@ -25,6 +25,8 @@ struct CallMemory {
   enum class Rule : std::uint8_t { kRecord, kTlv, kVersion, kOrder, kFieldSet };
 
   struct [[maybe_unused]] Scope {
+    Scope() = default;
+    explicit Scope(const void*) {}
     CallMemory* operator->() const { return nullptr; }
   };
 
