@@ -252,8 +252,8 @@ class Verifier {
   }
 
   bool IsEntry(std::int64_t offset) const {
-    const std::int64_t from_first = offset - (begin_ + kMetaSize);
-    return from_first >= 0 && from_first < meta_->iEntriesNum * kEntrySize && from_first % kEntrySize == 0;
+    const std::int64_t first = begin_ + kMetaSize;
+    return offset >= first && offset < first + meta_->iEntriesNum * kEntrySize && (offset - first) % kEntrySize == 0;
   }
 
   template <class Record>

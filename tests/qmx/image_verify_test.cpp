@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <string>
 
@@ -207,6 +208,8 @@ const Corruption kCorruptions[] = {
      "meta 1, entry 1: iUnitSize"},
 
     {"key member of another meta", [](Block& b) { return Put(b.Key(2, 1).ptrEntry, b.Entry(0, 0).ptrEntry); },
+     "meta 2, primary key member 1: ptrEntry"},
+    {"key member before everything", [](Block& b) { return Put(b.Key(2, 1).ptrEntry, std::numeric_limits<std::int64_t>::min()); },
      "meta 2, primary key member 1: ptrEntry"},
     {"key member behind the entries", [](Block& b) { return Put(b.Key(2, 0).ptrEntry, b.Entry(2, kItems).ptrEntry + 72); },
      "meta 2, primary key member 0: ptrEntry"},
