@@ -7,6 +7,7 @@
 
 #include "qmx/builder_state.h"
 #include "qmx/meta_slots.h"
+#include "qmx/quote.h"
 
 namespace qmx {
 namespace {
@@ -153,6 +154,12 @@ BuildResult MetalibBuilder::Finish() {
 
 void BuildErrors::Add(Stage stage, const ElementId& where, std::string_view attribute, std::string text) {
   if (!IsFull()) errors_.emplace_back(stage, BuildError{where, attribute, std::move(text)});
+}
+
+void BuildErrors::AddRefer(const ElementId& where, std::string_view name, const std::string& refers_to) {
+  Add(Stage::kNames, where, "refer",
+      "entry " + Quote(name) + " refers to " + refers_to +
+          "; allowed: an integer entry with count 1, declared before it in the same meta");
 }
 
 std::vector<BuildError> BuildErrors::Take() {

@@ -50,39 +50,31 @@ class MetaCloser {
     if (*found == counted) return Quote(name) + ", the entry itself";
     if (*found > counted) return Quote(name) + ", which is declared after it";
     const tagQMXMetaEntry& counter = Entry(*found);
-    if (!IsIntegerType(counter.iType)) return Quote(name) + " of type " + Quote(TypeName(*found));
+    if (!IsIntegerType(counter.iType)) return Quote(name) + " of type " + Quote(FindSimpleType(counter.iType)->name);
     if (counter.iCount != 1) return Quote(name) + " with count " + std::to_string(counter.iCount);
     return "";
   }
 
+  // REQUIRES: the entry is composite. They are kept in the order of the entries.
   std::size_t CompositeOf(std::uint32_t entry) const {
-    std::size_t at = open_.first_composite;
-    while (library_.composites[at].entry != entry) ++at;
-    return at;
-  }
-
-  std::string_view TypeName(std::uint32_t entry) {
-    if (const SimpleType* simple = FindSimpleType(Entry(entry).iType)) return simple->name;
-    return library_.types.At(library_.composites[CompositeOf(entry)].type);
+    const auto first = library_.composites.begin() + static_cast<std::ptrdiff_t>(open_.first_composite);
+    const auto found = std::ranges::lower_bound(first, library_.composites.end(), entry, {}, &CompositeEntry::entry);
+    return static_cast<std::size_t>(found - library_.composites.begin());
   }
 
   void ResolveRefer(const OpenMeta::Refer& refer) {
     if (library_.errors.IsFull()) return;
     const std::string_view name = open_.words.At(refer.name);
     const std::optional<std::uint32_t> found = Find(name);
+    if (found && *found < refer.entry && Entry(*found).iType == QMX_TYPE_NONE) {
+      library_.refers_to_composites.push_back({CompositeOf(*found), refer.entry});
+      return;
+    }
     const std::string why = WhyNoCount(name, found, refer.entry);
     if (why.empty()) {
       Entry(refer.entry).ptrRefer = Entry(*found).ptrEntry;
-      return;
-    }
-    BuildError error{{Kind::kEntry, position_, refer.entry},
-                     "refer",
-                     "entry " + Quote(EntryName(refer.entry)) + " refers to " + why +
-                         "; allowed: an integer entry with count 1, declared before it in the same meta"};
-    if (found && *found < refer.entry && Entry(*found).iType == QMX_TYPE_NONE) {
-      library_.refers_to_composites.push_back({CompositeOf(*found), std::move(error)});
     } else {
-      library_.errors.Add(Stage::kNames, error.where, error.attribute, std::move(error.text));
+      library_.errors.AddRefer({Kind::kEntry, position_, refer.entry}, EntryName(refer.entry), why);
     }
   }
 

@@ -86,6 +86,9 @@ class BuildErrors {
 
   void Add(Stage stage, const ElementId& where, std::string_view attribute, std::string text);
 
+  // Adds that the entry `where`, called `name`, cannot be counted by what it refers to.
+  void AddRefer(const ElementId& where, std::string_view name, const std::string& refers_to);
+
   // Whether nothing more would be reported, so that the search for faults can end: it would only cost time.
   bool IsFull() const { return errors_.size() == kMaxErrors; }
 
@@ -96,10 +99,11 @@ class BuildErrors {
   std::vector<std::pair<Stage, BuildError>> errors_;
 };
 
-// A fault that is one only if the type of a composite entry is known.
+// An entry whose elements a composite one before it shall count: a fault of its own only if the type of that one is known. Held
+// as positions, for there may be as many as entries.
 struct ReferToComposite {
   std::size_t composite;
-  BuildError error;
+  std::uint32_t entry;  // of the same meta
 };
 
 struct Library {

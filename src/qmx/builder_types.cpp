@@ -21,6 +21,17 @@ std::string Unknown(std::string_view type, const std::vector<std::string_view>& 
   return text + "or a meta of this library";
 }
 
+void ReportRefersToComposites(Library& library) {
+  for (const ReferToComposite& refer : library.refers_to_composites) {
+    if (library.errors.IsFull()) return;
+    const CompositeEntry& counter = library.composites[refer.composite];
+    if (counter.type_meta == kNone) continue;  // that is what is wrong
+    library.errors.AddRefer(
+        {ElementId::Kind::kEntry, counter.meta, refer.entry}, library.EntryName(counter.meta, refer.entry),
+        Quote(library.EntryName(counter.meta, counter.entry)) + " of type " + Quote(library.types.At(counter.type)));
+  }
+}
+
 }  // namespace
 
 void ResolveTypes(Library& library) {
@@ -38,10 +49,7 @@ void ResolveTypes(Library& library) {
       library.errors.Add(Stage::kTypes, {ElementId::Kind::kEntry, composite.meta, composite.entry}, "type", Unknown(type, known));
     }
   }
-  for (ReferToComposite& refer : library.refers_to_composites) {
-    if (library.composites[refer.composite].type_meta == kNone) continue;  // that is what is wrong
-    library.errors.Add(Stage::kNames, refer.error.where, refer.error.attribute, std::move(refer.error.text));
-  }
+  ReportRefersToComposites(library);
 }
 
 }  // namespace qmx

@@ -198,6 +198,21 @@ TEST(Hostile, WideMeta) {
   EXPECT_EQ(layout::Faults(result.schema->metalib), std::vector<std::string>{});
 }
 
+// Looking for each counter among all composite entries would not end.
+TEST(Hostile, ManyCountsByCompositeEntries) {
+  constexpr int kEntries = 300'000;
+  std::string text = "<metalib name='m' version='1'><meta name='s'><entry name='x' type='int8'/></meta><meta name='t'>\n";
+  for (int i = 0; i < kEntries; ++i) text += "<entry name='c" + std::to_string(i) + "' type='s'/>\n";
+  const std::string last = "c" + std::to_string(kEntries - 1);
+  for (int i = 0; i < kEntries; ++i) text += "<entry name='r" + std::to_string(i) + "' type='int8' refer='" + last + "'/>\n";
+  const qmx::ReadResult result = qmx::ReadXml(text + "</meta></metalib>");
+  ASSERT_EQ(result.errors.size(), qmx::kMaxErrors + 1);
+  EXPECT_EQ(result.errors[0].text,
+            "entry 'r0' refers to '" + last +
+                "' of type 's'; allowed: an integer entry with count 1, declared before it in the same meta");
+  EXPECT_EQ(result.errors[0].place.line, kEntries + 2u);
+}
+
 TEST(Hostile, LargeFile) {
   std::string text = "<metalib name='m' version='1'>";
   int metas = 0;
