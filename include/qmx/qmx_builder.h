@@ -1,8 +1,9 @@
 // Declares a schema library piece by piece and lays it into one block.
 //
 // The builder refuses only what cannot be laid out: names that refer to nothing, counts held by what cannot hold a count,
-// structures that contain themselves, sizes that do not fit. Whether names are unique or legal, ids present and keys sensible is
-// the reader's and the rules' business, so tests and other loaders can build odd libraries on purpose.
+// structures that contain themselves, sizes that do not fit, names of metas made to collide. Whether names are unique or legal,
+// ids present and keys sensible is the reader's and the rules' business, so tests and other loaders can build odd libraries on
+// purpose.
 #pragma once
 
 #include <array>
@@ -80,7 +81,7 @@ struct ColumnDecl {
 // Something that cannot be laid out.
 struct BuildError {
   ElementId where;
-  std::string_view attribute;  // of schema files: "type", "refer", "entries", "entry", "count", "size"; a constant
+  std::string_view attribute;  // of schema files: "type", "refer", "entries", "entry", "count", "size"; empty: the element
   std::string text;            // one line, without a place
 };
 

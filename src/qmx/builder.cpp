@@ -28,12 +28,15 @@ std::int64_t AddOptional(Texts& texts, const std::optional<std::string_view>& te
   return text ? texts.Add(*text) : QMX_NO_REF;
 }
 
-// Appends what finds the metas, and the header's account of it.
-void FinishBlock(Library& library) {
+std::optional<MetaSlots> SlotsOf(const Library& library) {
   std::vector<std::string_view> names;
   names.reserve(library.metas.size());
   for (std::uint32_t meta = 0; meta < library.metas.size(); ++meta) names.push_back(library.MetaName(meta));
-  const MetaSlots slots = MakeMetaSlots(names);
+  return MakeMetaSlots(names);
+}
+
+// Appends what finds the metas, and the header's account of it.
+void FinishBlock(Library& library, const MetaSlots& slots) {
   const std::int64_t list = library.block.Append<std::int64_t>(library.metas.size());
   for (std::size_t i = 0; i < library.metas.size(); ++i) library.block.At<std::int64_t>(list, i) = library.metas[i];
   const std::int64_t slot_list = library.block.Append<tagQMXMetaSlot>(slots.slots.size());
@@ -145,9 +148,13 @@ BuildResult MetalibBuilder::Finish() {
   ResolveTypes(library);
   SizeComposites(library);
   BuildResult result{std::nullopt, library.errors.Take()};
-  if (result.errors.empty()) {
-    FinishBlock(library);
+  if (!result.errors.empty()) return result;
+  if (const std::optional<MetaSlots> slots = SlotsOf(library)) {
+    FinishBlock(library, *slots);
     result.metalib = library.block.Finish();
+  } else {
+    result.errors.push_back(
+        {{ElementId::Kind::kMetalib}, "", "the names of the metas are made to collide; allowed: names that can be found fast"});
   }
   return result;
 }

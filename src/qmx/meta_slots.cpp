@@ -7,8 +7,9 @@
 namespace qmx {
 namespace {
 
-// Random names need one seed; a hundred bad ones in a row are no accident, and no attack that anybody can pay for.
-constexpr std::uint32_t kMaxSeeds = 100;
+// Random names need one seed. Names can be made to collide under any number of them, a few hundred for each, so what is made to
+// collide under these is refused.
+constexpr std::uint32_t kMaxSeeds = 16;
 
 // Whether a search that finds nothing may look at more than so many slots: it goes on to the next free one.
 bool HasLongRun(const std::vector<tagQMXMetaSlot>& slots, std::size_t max_probes) {
@@ -37,13 +38,12 @@ bool FillMetaSlots(MetaSlots& table, const std::vector<std::string_view>& names,
 
 std::size_t MetaSlotNum(std::size_t metas) { return metas == 0 ? 0 : std::bit_ceil(2 * metas); }
 
-MetaSlots MakeMetaSlots(const std::vector<std::string_view>& names) {
+std::optional<MetaSlots> MakeMetaSlots(const std::vector<std::string_view>& names) {
   MetaSlots table;
   for (; table.seed < kMaxSeeds; ++table.seed) {
     if (FillMetaSlots(table, names, kMaxProbes)) return table;
   }
-  FillMetaSlots(table, names, names.size());
-  return table;
+  return std::nullopt;
 }
 
 }  // namespace qmx

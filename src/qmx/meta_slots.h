@@ -1,7 +1,8 @@
 // The table by which a library finds its metas by name: open addressing, linear probing, at most half full.
 //
 // The table lies in the block, so its seed cannot be a secret. Instead the builder tries seeds until every search ends within
-// kMaxProbes slots: a file whose names collide under one seed is hashed with the next.
+// kMaxProbes slots: a file whose names collide under one seed is hashed with the next. Names that collide under many seeds in a
+// row were made to, and are refused.
 #pragma once
 
 #define XXH_INLINE_ALL
@@ -9,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -55,7 +57,8 @@ std::size_t MetaSlotNum(std::size_t metas);
 // Fills the table under its seed. False if a search looks at more than `max_probes` slots, whether or not it finds its name.
 bool FillMetaSlots(MetaSlots& table, const std::vector<std::string_view>& names, std::size_t max_probes);
 
-// The table of these names in declaration order. The same names give the same table.
-MetaSlots MakeMetaSlots(const std::vector<std::string_view>& names);
+// The table of these names in declaration order. The same names give the same table. Nullopt for names that collide under every
+// seed that is tried.
+std::optional<MetaSlots> MakeMetaSlots(const std::vector<std::string_view>& names);
 
 }  // namespace qmx

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <string>
 
+#include "qmx/qmx_builder.h"
+
 namespace {
 
 std::vector<std::string> NumberedNames(std::size_t count) {
@@ -40,7 +42,7 @@ TEST(MetaSlots, NumberIsAPowerOfTwoAtMostHalfFull) {
 TEST(MetaSlots, EveryNameIsFoundNearby) {
   const std::vector<std::string> texts = NumberedNames(100'000);
   const std::vector<std::string_view> names = Views(texts);
-  const qmx::MetaSlots table = qmx::MakeMetaSlots(names);
+  const qmx::MetaSlots table = qmx::MakeMetaSlots(names).value();
   std::size_t farthest = 0;
   for (std::size_t i = 0; i < names.size(); ++i) {
     const Found found = Find(table, names, names[i]);
@@ -54,7 +56,7 @@ TEST(MetaSlots, EveryNameIsFoundNearby) {
 
 TEST(MetaSlots, ARepeatedNameMeansTheFirst) {
   const std::vector<std::string_view> names = {"a", "b", "a", "", ""};
-  const qmx::MetaSlots table = qmx::MakeMetaSlots(names);
+  const qmx::MetaSlots table = qmx::MakeMetaSlots(names).value();
   EXPECT_EQ(Find(table, names, "a").meta, 0);
   EXPECT_EQ(Find(table, names, "b").meta, 1);
   EXPECT_EQ(Find(table, names, "").meta, 3);
@@ -68,10 +70,32 @@ TEST(MetaSlots, NamesThatCollideUnderOneSeedAreHashedWithTheNext) {
     if ((qmx::MetaHash(name, 0).place & 1023) == 7) texts.push_back(std::move(name));
   }
   const std::vector<std::string_view> names = Views(texts);
-  const qmx::MetaSlots table = qmx::MakeMetaSlots(names);
+  const qmx::MetaSlots table = qmx::MakeMetaSlots(names).value();
   EXPECT_EQ(table.slots.size(), 1024u);
   EXPECT_EQ(table.seed, 1u);
   for (std::size_t i = 0; i < names.size(); ++i) EXPECT_EQ(Find(table, names, names[i]).meta, static_cast<std::int32_t>(i));
+}
+
+// Each seed is no dearer to attack than the first, so a further one is no answer to names that collide under many.
+TEST(MetaSlots, NamesThatCollideUnderEverySeedAreRefused) {
+  constexpr std::uint32_t kSeeds = 16;
+  constexpr std::size_t kNames = 300;  // for each seed
+  const std::size_t slots = qmx::MetaSlotNum(kSeeds * kNames);
+  qmx::MetalibBuilder builder("x", 1, qmx::Protocol::kQmx);
+  std::vector<std::string> texts;
+  for (std::uint32_t seed = 0, number = 0; seed < kSeeds; ++seed) {
+    for (; texts.size() < (seed + 1) * kNames; ++number) {
+      std::string name = "n" + std::to_string(number);
+      if ((qmx::MetaHash(name, seed).place & (slots - 1)) < 64) texts.push_back(std::move(name));
+    }
+  }
+  EXPECT_FALSE(qmx::MakeMetaSlots(Views(texts)));
+  for (const std::string& name : texts) builder.AddMeta(name);
+  const qmx::BuildResult result = builder.Finish();
+  EXPECT_FALSE(result.metalib);
+  ASSERT_EQ(result.errors.size(), 1u);
+  EXPECT_EQ(result.errors[0].where.kind, qmx::ElementId::Kind::kMetalib);
+  EXPECT_EQ(result.errors[0].text, "the names of the metas are made to collide; allowed: names that can be found fast");
 }
 
 }  // namespace
