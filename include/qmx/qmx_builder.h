@@ -116,8 +116,8 @@ class MetalibBuilder {
   // False if an index of that name stood before in the meta.
   bool AddIndex(std::string_view name, const std::vector<ColumnDecl>& columns);
 
-  // Resolves all names and lays the library out. Linear in what was declared. The builder is spent
-  // afterwards: only its destruction is left.
+  // Resolves what is open and gives the library away. Linear in what was declared. The builder is spent afterwards: only its
+  // destruction is left.
   BuildResult Finish();
 
  private:

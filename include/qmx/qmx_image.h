@@ -54,8 +54,8 @@ std::string Describe(const VerifyError& error);
 // names are legal or differ, ids differ, versions, counts and attributes make sense, and bytes that nothing uses; that is the
 // business of the reader of schema files and of the rules.
 //
-// One pass over the block, linear in `size` whatever stands there; beside it a table of a sixtieth of the size and a
-// few bytes for each meta. Throws nothing but std::bad_alloc. Returns nullopt, or the first fault.
+// One pass over the block, linear in `size` whatever stands there; beside it a table of a sixtieth of the size and up to 48 bytes
+// for each meta. Throws nothing but std::bad_alloc. Returns nullopt, or the first fault.
 std::optional<VerifyError> Verify(const void* block, std::size_t size, const Limits& limits = {});
 
 // Whether a file that begins with these bytes (kImageMagic.size() are enough) is meant as an image.

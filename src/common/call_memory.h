@@ -12,7 +12,6 @@
 #include <memory_resource>
 #include <optional>
 #include <string>
-#include <tuple>
 #include <unordered_map>
 
 #include "common/first_index.h"
@@ -33,7 +32,8 @@ class CallMemory {
     kAttributedEntries,
     kPrimaryKey,
     kIndexes,
-    kColumns
+    kColumns,
+    kNumberOfLists
   };
   // Who passed a pair.
   enum class Rule : std::uint8_t { kRecord, kTlv, kVersion, kOrder, kFieldSet };
@@ -139,7 +139,7 @@ class CallMemory {
   // Enough for a table of a hundred fields.
   alignas(std::max_align_t) std::array<std::byte, 4096> first_piece_;
   std::pmr::monotonic_buffer_resource arena_{first_piece_.data(), first_piece_.size()};
-  std::array<Used, 8> used_;
+  std::array<Used, static_cast<std::size_t>(List::kNumberOfLists)> used_;
   Answers<FirstIndex> indexes_{&arena_};
   Answers<Unchanged> unchanged_{&arena_};
   Answers<std::optional<std::string>> passed_{&arena_};

@@ -74,8 +74,8 @@ class AttributedEntries {
   LPQMXMETA meta_;
   int count_;
   int end_;                          // the entry that ends every search, as far as it was met
-  int looked_at_ = -1;               // the entry that was
-  const char* attribute_ = nullptr;  // its attribute
+  int looked_at_ = -1;               // the entry whose attribute was asked for last
+  const char* attribute_ = nullptr;  // that attribute
 };
 
 }  // namespace

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <limits>
 #include <memory>
 #include <utility>
@@ -23,7 +22,6 @@ char* Resized(char* bytes, std::size_t capacity) {
 }  // namespace
 
 Block::Block() : bytes_(Resized(nullptr, kFirstCapacity)), size_(kHeaderSize), capacity_(kFirstCapacity) {
-  std::memset(bytes_, 0, kHeaderSize);
   new (bytes_) tagQMXMetaLib{};
 }
 
@@ -43,9 +41,7 @@ std::int64_t Block::Grow(std::size_t size) {
 
 std::int64_t Block::AppendBytes(std::string_view bytes) {
   const std::int64_t offset = Grow(bytes.size());
-  std::memcpy(data() + offset, bytes.data(), bytes.size());
-  char* const end = bytes_ + size_;
-  std::memset(data() + offset + bytes.size(), 0, static_cast<std::size_t>(end - (data() + offset)) - bytes.size());
+  std::fill(std::copy(bytes.begin(), bytes.end(), data() + offset), bytes_ + size_, '\0');
   return offset;
 }
 

@@ -7,7 +7,6 @@
 
 #include <cstdint>
 #include <limits>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -145,7 +144,7 @@ void ResolveTypes(Library& library);
 // Sizes the metas that have composite entries and looks at their nesting. An entry without a type is passed over.
 void SizeComposites(Library& library);
 
-// Sums the size of a meta up, all of whose entries have their size, and places its keys.
+// Sums up the size of a meta and places its keys. REQUIRES: each of its entries has its size.
 void SizeMeta(Library& library, std::uint32_t position);
 
 }  // namespace qmx

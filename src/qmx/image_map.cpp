@@ -8,10 +8,8 @@
 #define XXH_INLINE_ALL
 #include <xxhash.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <iterator>
 #include <utility>
 
 #include "qmx/image_header.h"

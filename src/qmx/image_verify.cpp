@@ -1,7 +1,4 @@
 // Verifies a block from outside in one pass. What is allowed is what the builder does. Held by tests/qmx/image_verify_test.cpp.
-//
-// Texts are not measured, names of metas apart: if the last byte of a meta is zero every text that begins inside it ends there,
-// and texts that begin at ascending places, each behind a zero, share no byte.
 #include <algorithm>
 #include <cstring>
 #include <span>

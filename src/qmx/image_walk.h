@@ -1,7 +1,7 @@
 // What the verifier of images knows while it goes over a block, and its innermost loop.
 //
-// Texts are not measured: if the last byte of a meta is zero every text that begins inside it ends there, and texts that begin at
-// ascending places, each behind a zero, share no byte.
+// Texts are not measured, names of metas apart: if the last byte of a meta is zero every text that begins inside it ends there,
+// and texts that begin at ascending places, each behind a zero, share no byte.
 #pragma once
 
 #include <algorithm>

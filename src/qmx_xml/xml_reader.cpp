@@ -1,9 +1,7 @@
-// Reads the text form of a schema library: the events of expat. Only this file and xml_faults.cpp know the
-// parser.
+// Reads the text form of a schema library: the events of expat. Only this file and xml_faults.cpp know the parser.
 #include <expat.h>
 
 #include <algorithm>
-#include <memory>
 #include <new>
 #include <utility>
 

@@ -2,7 +2,6 @@
 #include "tool/schema_file.h"
 
 #include <cstring>
-#include <optional>
 
 #include "common/meta_view.h"
 #include "qmx/qmx_metalib_kernel.h"

@@ -5,7 +5,6 @@
 #include <iterator>
 #include <sstream>
 #include <string>
-#include <vector>
 
 #include "qmx/image_header.h"
 #include "qmx/qmx_image.h"

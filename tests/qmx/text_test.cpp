@@ -1,4 +1,4 @@
-// The helpers for messages and names: quoting, suggestions, the table of names.
+// What messages are made with: quoting and suggestions.
 #include <gtest/gtest.h>
 
 #include <string>
