@@ -10,12 +10,17 @@ status=0
 check_of() {
   schema "$1" "$2" >"$work/old.xml"
   cp "$work/old.xml" "$work/new.xml"
-  instructions "$program" check "$work/old.xml" "$work/new.xml"
+  instructions 0 "$program" check "$work/old.xml" "$work/new.xml"
 }
 
 reading_of_wide() {
   wide "$1" >"$work/wide.xml"
-  instructions "$program" compile "$work/wide.xml" -o "$work/wide.qmb"
+  instructions 0 "$program" compile "$work/wide.xml" -o "$work/wide.qmb"
+}
+
+refusing_counts() {
+  counted_by_structure "$1" >"$work/wrong.xml"
+  instructions 2 "$program" lint "$work/wrong.xml"
 }
 
 # doubling WHAT SMALL LARGE: numbers of instructions of a size and of twice that size.
@@ -30,4 +35,6 @@ metas=$(check_of 500 4) twice=$(check_of 1000 4)
 doubling metas "$metas" "$twice"
 members=$(reading_of_wide 4000) twice=$(reading_of_wide 8000)
 doubling 'key members and columns' "$members" "$twice"
+refusals=$(refusing_counts 4000) twice=$(refusing_counts 8000)
+doubling 'entries that a structure is to count' "$refusals" "$twice"
 exit "$status"

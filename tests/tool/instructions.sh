@@ -7,10 +7,13 @@ require_valgrind() {
   exit 77
 }
 
-# instructions COMMAND...: prints the number. The command must succeed.
+# instructions STATUS COMMAND...: prints the number. The command must end with that status.
 instructions() {
-  valgrind --tool=callgrind --callgrind-out-file=/dev/null --log-file="$work/callgrind.log" "$@" >"$work/output" 2>&1 || {
-    echo "failed: $*" >&2
+  wanted=$1 ended=0
+  shift
+  valgrind --tool=callgrind --callgrind-out-file=/dev/null --log-file="$work/callgrind.log" "$@" >"$work/output" 2>&1 || ended=$?
+  [ "$ended" -eq "$wanted" ] || {
+    echo "ended with status $ended instead of $wanted: $*" >&2
     cat "$work/callgrind.log" "$work/output" >&2
     return 1
   }
@@ -43,6 +46,16 @@ wide() {
     }
     print "<primarykey entries=\"" names "\"/>\n<splittablekey entries=\"" names "\"/>"
     print "<index name=\"by_all\">" columns "</index>\n</meta>\n</metalib>"
+  }'
+}
+
+# counted_by_structure ENTRIES: prints a table with so many structures, and so many entries that the last of them is to count.
+counted_by_structure() {
+  awk -v entries="$1" 'BEGIN {
+    print "<metalib name=\"wrong\" version=\"1\">\n<meta name=\"s\"><entry name=\"a\" type=\"int8\"/></meta>\n<meta name=\"table\">"
+    for (e = 1; e <= entries; ++e) print "<entry name=\"s_" e "\" type=\"s\"/>"
+    for (e = 1; e <= entries; ++e) print "<entry name=\"field_" e "\" type=\"int8\" refer=\"s_" entries "\"/>"
+    print "</meta>\n</metalib>"
   }'
 }
 

@@ -12,7 +12,7 @@ status=0
 at_most() {
   limit=$1 what=$2
   shift 2
-  count=$(instructions "$@")
+  count=$(instructions 0 "$@")
   echo "$what: $count instructions; allowed: $limit"
   [ "$count" -le "$limit" ] || status=1
 }
