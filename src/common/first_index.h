@@ -134,8 +134,8 @@ class FirstIndex {
   // Indexes the next item. Position of the first item with its key: its own, unless the key was met before; -1 without a key.
   template <class KeyAt>
   int Add(KeyAt key_at) {
+    if (indexed_ == announced_) Announce(key_at);
     const int added = indexed_++;
-    Announce(added + kAhead, key_at);
     const std::uint64_t hash = HashAhead(added);
     if (hash == kNoKey) return -1;
     const auto has_key = [&](int position) { return key_at(position) == key_at(added); };
@@ -149,17 +149,21 @@ class FirstIndex {
     return first;
   }
 
-  // Hashes the items before `end` ahead of their turn, so that their slots are on the way when they are added: in a long list,
-  // each is far from the others.
+  // Hashes the next items ahead of their turn, so that their slots are on the way when they are added: in a long list, each is
+  // far from the others. Flattened, so that keys are had without a call where they can be.
   template <class KeyAt>
-  void Announce(int end, KeyAt key_at) {
+  [[gnu::flatten]] void Announce(KeyAt key_at) {
     if (slots_.empty()) slots_.resize(SlotCount());
-    for (; announced_ < std::min(end, count_); ++announced_) {
-      const auto key = key_at(announced_);
+    const Slot* slots = slots_.data();
+    const std::size_t mask = slots_.size() - 1;
+    const int end = std::min(indexed_ + kAhead, count_);
+    for (int i = indexed_; i < end; ++i) {
+      const auto key = key_at(i);
       const std::uint64_t hash = key ? HashWithMark(key) : kNoKey;
-      HashAhead(announced_) = hash;
-      __builtin_prefetch(&slots_[hash & (slots_.size() - 1)], 1);
+      HashAhead(i) = hash;
+      __builtin_prefetch(slots + (hash & mask), 1);
     }
+    announced_ = end;
   }
 
   std::uint64_t& HashAhead(int i) { return ahead_[static_cast<std::size_t>(i) % kAhead]; }

@@ -52,15 +52,19 @@ inline std::size_t EntrySize(LPQMXMETAENTRY entry) {
   return qmx_get_entry_unitsize(entry) * static_cast<std::size_t>(qmx_get_entry_count(entry));
 }
 
-// Whether the second custom attributes of two entries are the same; a missing one is empty. The old one is copied, for a library
-// may answer for two entries from one place.
+// Whether an entry's second custom attribute is this text, of which a copy is asked for: a library may answer for two entries
+// from one place.
+[[gnu::noinline]] inline bool HasCustomAttr2(LPQMXMETALIB metalib, LPQMXMETAENTRY entry, const std::string& copy) {
+  const char* text = qmx_get_entry_customattr2(metalib, entry);
+  return text != nullptr && copy == text;
+}
+
+// Whether the second custom attributes of two entries are the same; a missing one is empty.
 inline bool SameCustomAttr2(LPQMXMETALIB old_metalib, LPQMXMETAENTRY old_entry, LPQMXMETALIB new_metalib,
                             LPQMXMETAENTRY new_entry) {
   const char* old_text = qmx_get_entry_customattr2(old_metalib, old_entry);
-  if (IsEmpty(old_text)) return IsEmpty(qmx_get_entry_customattr2(new_metalib, new_entry));
-  const std::string copy(old_text);
-  const char* new_text = qmx_get_entry_customattr2(new_metalib, new_entry);
-  return new_text != nullptr && copy == new_text;
+  return IsEmpty(old_text) ? IsEmpty(qmx_get_entry_customattr2(new_metalib, new_entry))
+                           : HasCustomAttr2(new_metalib, new_entry, old_text);
 }
 
 // The entries of a meta by index, those that cannot be had passed over, and of what is unchanged all but the composite ones:
