@@ -53,7 +53,7 @@ inline std::size_t EntrySize(LPQMXMETAENTRY entry) {
 }
 
 // Whether an entry's second custom attribute is this text, of which a copy is asked for: a library may answer for two entries
-// from one place.
+// from one place. Out of line, for most entries have none.
 [[gnu::noinline]] inline bool HasCustomAttr2(LPQMXMETALIB metalib, LPQMXMETAENTRY entry, const std::string& copy) {
   const char* text = qmx_get_entry_customattr2(metalib, entry);
   return text != nullptr && copy == text;
