@@ -3,8 +3,8 @@
 //   check/FAMILY/PROTOCOL/KIND/LOG/METAS/FIELDS    families: one (table), fields, metas; depth/.../LEVELS
 //   threads/...                                    10,000 tables of 20 fields, dealt out to 1 and 2 threads
 //
-// Counters: `check_ns` and `walk_ns` an entry pair (medians, taken by turns), `ratio` of the two, and `exponent`, the growth
-// exponent over the family's runs so far. A refused check ends its table, not the run.
+// Counters: `check_ns` and `walk_ns` an entry pair (medians, taken by turns), `ratio` of the two, and `exponent` and
+// `walk_exponent`, the growth exponents over the family's runs so far. A refused check ends its table, not the run.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -70,6 +70,11 @@ Growth& TheGrowth() {
   return growth;
 }
 
+void NoteGrowth(benchmark::State& state, const char* counter, const std::string& family, double size, double seconds) {
+  TheGrowth().Note(family, size, seconds);
+  if (const double exponent = TheGrowth().Exponent(family); exponent != 0) state.counters[counter] = exponent;
+}
+
 // Check and walk take turns, so that both meet the same machine; a turn repeats short ones until the clock does not count.
 void Measure(benchmark::State& state, const Shape& shape, const Question& question, double size) {
   constexpr double kPairsATurn = 20000;
@@ -97,12 +102,12 @@ void Measure(benchmark::State& state, const Shape& shape, const Question& questi
   }
   const double check = Median(checks);
   const double walk = Median(walks);
-  TheGrowth().Note(question.family, size, check);
   state.SetComplexityN(static_cast<benchmark::IterationCount>(size));
   state.counters["check_ns"] = check * 1e9 / pair.entry_pairs;
   state.counters["walk_ns"] = walk * 1e9 / pair.entry_pairs;
   state.counters["ratio"] = check / walk;
-  if (const double exponent = TheGrowth().Exponent(question.family); exponent != 0) state.counters["exponent"] = exponent;
+  NoteGrowth(state, "exponent", question.family, size, check);
+  NoteGrowth(state, "walk_exponent", question.family + "/walk", size, walk);
 }
 
 void RunTables(benchmark::State& state, const Question& question) {
