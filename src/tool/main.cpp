@@ -79,7 +79,8 @@ bool IsSameFile(const std::string& a, const std::string& b) {
 void RefuseOverlaps(const Options& options) {
   const std::string log = options.log ? options.log->file.value_or("") : "";
   const std::string output = options.output.value_or("");
-  for (const std::string& input : options.inputs) {
+  for (const std::string& path : options.inputs) {
+    const std::string input = path == "-" ? "/dev/stdin" : path;  // which may be a file, and leads to it
     if (!output.empty() && IsSameFile(output, input))
       throw CannotAsk{{Said("-o " + OneLine(output) + " would replace an input")}};
     if (!log.empty() && IsSameFile(log, input)) throw CannotAsk{{Said("--log " + OneLine(log) + " would change an input")}};

@@ -59,6 +59,9 @@ TEST_F(OutputTest, AnInputIsNotReplaced) {
     ExpectNotAsked(Korvelcheck({"check", "old.xml", "wide.xml", "--log", path}),
                    "korvelcheck: --log " + path + " would change an input\n");
   }
+  const std::vector<std::string> from_old = {"/bin/sh", "-c", "exec \"$0\" \"$@\" < old.xml"};
+  ExpectNotAsked(Korvelcheck(Call{.arguments = {"check", "-", "wide.xml", "-o", "old.xml"}, .launcher = from_old}),
+                 "korvelcheck: -o old.xml would replace an input\n");
   for (const char* log : {"out", "./out"}) {
     ExpectNotAsked(Korvelcheck({"check", "old.xml", "wide.xml", "-o", "out", "--log", log}),
                    "korvelcheck: -o and --log name the same file: out\n");
