@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
 #include <string_view>
 
@@ -12,8 +13,12 @@
 namespace korvel::tool {
 namespace {
 
-// Only what is safe wherever the program was interrupted.
+std::atomic_flag is_said;
+
+// Only what is safe wherever the program was interrupted. Several threads may be reading such a file: the first one speaks, and
+// the others wait for the end.
 extern "C" void OnBusError(int) {
+  while (is_said.test_and_set()) ::pause();
   constexpr std::string_view kText = "korvelcheck: a file became shorter while it was read\n";
   static_cast<void>(WriteAll(STDERR_FILENO, kText));
   ::_exit(kFault);
