@@ -12,6 +12,7 @@
 #include <memory_resource>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <unordered_map>
 
 #include "common/first_index.h"

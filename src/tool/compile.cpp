@@ -28,6 +28,7 @@ std::string Make(const Options& options) {
   const Input input = std::move(LoadInputs(options.inputs).front());
   std::string image = qmx::WriteImage(input.metalib);
   RequireReadable(input.name, input.metalib, image);
+  RequireUnchanged(input);
   return image;
 }
 

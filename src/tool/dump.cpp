@@ -7,7 +7,9 @@ namespace {
 
 std::string Make(const Options& options) {
   const std::vector<Input> inputs = LoadInputs(options.inputs);
-  return SchemaFile(inputs.front());
+  std::string text = SchemaFile(inputs.front());
+  RequireUnchanged(inputs.front());
+  return text;
 }
 
 }  // namespace

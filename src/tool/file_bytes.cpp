@@ -68,8 +68,17 @@ OpenFile OpenInput(const std::string& path) {
   if (!S_ISREG(status.st_mode)) return file;
   if (static_cast<std::uintmax_t>(status.st_size) > qmx::kMaxFileBytes) RefuseTooLarge(file.name);
   file.size = static_cast<std::size_t>(status.st_size);
+  file.written = status.st_mtim;
   file.is_mappable_image = IsMappableImage(file.descriptor.get());
   return file;
+}
+
+void RequireUnchanged(const OpenFile& file) {
+  struct stat status {};
+  if (file.size == 0 || ::fstat(file.descriptor.get(), &status) != 0) return;
+  const bool is_same = static_cast<std::size_t>(status.st_size) == file.size && status.st_mtim.tv_sec == file.written.tv_sec &&
+                       status.st_mtim.tv_nsec == file.written.tv_nsec;
+  if (!is_same) RefuseFile(file.name, "was written to while it was read; try again");
 }
 
 std::size_t ReadUpTo(const OpenFile& file, char* to, std::size_t capacity) {

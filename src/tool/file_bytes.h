@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <ctime>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -16,6 +17,7 @@ struct OpenFile {
   FileDescriptor descriptor;
   std::size_t size = 0;            // bytes; 0 where it is not known before the end is read: pipes, devices
   bool is_mappable_image = false;  // a regular file, at its first byte, that begins as an image does
+  timespec written = {};           // when it was written last; of a regular file
 };
 
 // Size in bytes of the file at a path, "-" being standard input; 0 where it is not known: pipes, devices, what is not there.
@@ -23,6 +25,10 @@ std::size_t SizeOf(const std::string& path);
 
 // Opens a path; "-" is standard input. Throws CannotAsk with one line for what cannot be opened, is a directory or too large.
 OpenFile OpenInput(const std::string& path);
+
+// Throws CannotAsk with one line if a file of known size has been written since it was opened: what was read of it may be of
+// before and after. One that was replaced as a whole is still what it was.
+void RequireUnchanged(const OpenFile& file);
 
 // Bytes of a file, in memory that was not touched before they were read.
 struct Bytes {

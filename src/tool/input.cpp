@@ -30,18 +30,23 @@ Input FromText(const std::string& name, std::shared_ptr<qmx::XmlBuffer> buffer, 
   qmx::ReadResult result = buffer->Read(size);
   if (!result.schema) throw SchemaErrors(name, result.errors);
   const std::string_view bytes(buffer->data(), size);
-  return {
-      name, std::move(result.schema->metalib), SchemaText{std::move(buffer), bytes, std::move(result.schema->source_map)}, {}};
+  return {name,
+          std::move(result.schema->metalib),
+          SchemaText{std::move(buffer), bytes, std::move(result.schema->source_map)},
+          nullptr,
+          {}};
 }
 
 Input FromImage(const std::string& name, qmx::ImageResult result) {
   if (!result.metalib) throw CannotAsk{{OneLine(name + ": error: " + qmx::Describe(result.error))}};
-  return {name, std::move(*result.metalib), std::nullopt, {}};
+  return {name, std::move(*result.metalib), std::nullopt, nullptr, {}};
 }
 
-Input MapFile(const OpenFile& file) {
+Input MapFile(OpenFile file) {
   EndOnShrunkFile();
-  return FromImage(file.name, qmx::MapImage(file.descriptor.get()));
+  Input input = FromImage(file.name, qmx::MapImage(file.descriptor.get()));
+  input.mapped = std::make_shared<OpenFile>(std::move(file));
+  return input;
 }
 
 Input FromImageBytes(const OpenFile& file, std::string_view bytes) {
@@ -54,8 +59,7 @@ Input FromImageBytes(const OpenFile& file, std::string_view bytes) {
 Input ReadRegular(const OpenFile& file) {
   auto buffer = std::make_shared<qmx::XmlBuffer>(file.size);
   const std::size_t size = ReadUpTo(file, buffer->data(), file.size);
-  char more = 0;
-  if (ReadUpTo(file, &more, 1) > 0) throw CannotAsk{{Said(OneLine(file.name) + ": has grown while it was read; try again")}};
+  RequireUnchanged(file);
   if (const std::string_view bytes(buffer->data(), size); qmx::IsImage(bytes)) return FromImageBytes(file, bytes);
   return FromText(file.name, std::move(buffer), size);
 }
@@ -79,8 +83,8 @@ void ListTables(Input& input) {
 }
 
 Input LoadInput(const std::string& path) {
-  const OpenFile file = OpenInput(path);
-  Input input = file.is_mappable_image ? MapFile(file) : file.size > 0 ? ReadRegular(file) : ReadStream(file);
+  OpenFile file = OpenInput(path);
+  Input input = file.is_mappable_image ? MapFile(std::move(file)) : file.size > 0 ? ReadRegular(file) : ReadStream(file);
   ListTables(input);
   return input;
 }
@@ -108,6 +112,10 @@ std::size_t UsefulThreads(const std::vector<std::string>& paths) {
 }  // namespace
 
 bool Input::HasMeta(const std::string& meta) const { return qmx_get_meta_by_name(Library(), meta.c_str()) != nullptr; }
+
+void RequireUnchanged(const Input& input) {
+  if (input.mapped != nullptr) RequireUnchanged(*input.mapped);
+}
 
 std::vector<Input> LoadInputs(const std::vector<std::string>& paths) {
   std::vector<Input> inputs;

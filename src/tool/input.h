@@ -13,6 +13,8 @@
 
 namespace korvel::tool {
 
+struct OpenFile;
+
 // A schema file as it was read: what places are found in.
 struct SchemaText {
   std::shared_ptr<qmx::XmlBuffer> buffer;  // keeps the bytes
@@ -23,12 +25,16 @@ struct SchemaText {
 struct Input {
   std::string name;  // as shown: the path, or "<stdin>"
   qmx::Metalib metalib;
-  std::optional<SchemaText> text;        // an image has none
-  std::vector<std::string_view> tables;  // metas with a primary key, in declaration order
+  std::optional<SchemaText> text;          // an image has none
+  std::shared_ptr<const OpenFile> mapped;  // the file in which the library lies; null if it lies in memory
+  std::vector<std::string_view> tables;    // metas with a primary key, in declaration order
 
   LPQMXMETALIB Library() const { return metalib.get(); }
   bool HasMeta(const std::string& meta) const;
 };
+
+// Throws CannotAsk if a mapped file has been written to: what was concluded from it may be wrong.
+void RequireUnchanged(const Input& input);
 
 // Reads the files; "-" is standard input. Large ones are read at the same time. Throws CannotAsk with every fault of every file,
 // in the order of the paths: one that cannot be read or is larger than qmx::kMaxFileBytes has one line, and so has an image that

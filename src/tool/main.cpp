@@ -114,6 +114,7 @@ int RunCommand(const Command& command, const std::vector<std::string>& arguments
   // Lives as long as the process, whose end gives the memory of its schemas back faster than destructors do.
   static const Report& report = *new Report(command.run(command, *options, log->handle()));
   log->Close();
+  for (const ReportInput& read : report.inputs) RequireUnchanged(read.input);
   Write(Render(report, *options), *options);
   if (const std::string failure = log->WriteFailure(); !failure.empty()) throw std::runtime_error(failure);
   return Summarize(report).refused == 0 ? kAllAllowed : kSomeRefused;

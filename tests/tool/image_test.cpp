@@ -1,4 +1,5 @@
 // Images as inputs of every command, and the two commands that make one form from the other.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
@@ -166,6 +167,22 @@ TEST_F(ImageTest, AFileThatBecomesShorterIsAFault) {
   const Outcome outcome = Korvelcheck({"check", "old.qmb", "pipe.xml"});
   writer.join();
   ExpectOutcome(outcome, 3, "", "korvelcheck: a file became shorter while it was read\n");
+}
+
+// What the checker saw may be of before and after: no answer.
+TEST_F(ImageTest, AnImageThatIsWrittenToMeanwhileIsNotJudged) {
+  const timespec long_ago[2] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
+  ASSERT_EQ(::utimensat(AT_FDCWD, PathOf("old.qmb").c_str(), long_ago, 0), 0);
+  ASSERT_EQ(::mkfifo(PathOf("pipe.xml").c_str(), 0600), 0);
+  std::thread writer([&] {
+    std::ofstream pipe(PathOf("pipe.xml"), std::ios::binary);
+    pipe << "<metalib name=\"mall\" version=\"5\">" << Padding(1'000'000) << std::flush;
+    std::fstream(PathOf("old.qmb"), std::ios::in | std::ios::out | std::ios::binary).put('Q');  // the byte that stood there
+    pipe << Table() << "</metalib>";
+  });
+  const Outcome outcome = Korvelcheck({"check", "old.qmb", "pipe.xml"});
+  writer.join();
+  ExpectOutcome(outcome, 2, "", "korvelcheck: old.qmb: was written to while it was read; try again\n");
 }
 
 // --- compile ---
