@@ -37,6 +37,10 @@ FileDescriptor Open(const std::string& path) {
   return FileDescriptor(fd);
 }
 
+bool StatusOf(const std::string& path, struct stat& status) {
+  return (path == kStandardInput ? ::fstat(STDIN_FILENO, &status) : ::stat(path.c_str(), &status)) == 0;
+}
+
 // Standard input may be a file of which somebody has read a part.
 bool IsMappableImage(int fd) {
   char first[qmx::kImageMagic.size()];
@@ -55,8 +59,7 @@ void Grow(Bytes& bytes, std::size_t capacity) {
 
 std::size_t SizeOf(const std::string& path) {
   struct stat status {};
-  const int failed = path == kStandardInput ? ::fstat(STDIN_FILENO, &status) : ::stat(path.c_str(), &status);
-  return failed == 0 && S_ISREG(status.st_mode) ? static_cast<std::size_t>(status.st_size) : 0;
+  return StatusOf(path, status) && S_ISREG(status.st_mode) ? static_cast<std::size_t>(status.st_size) : 0;
 }
 
 OpenFile OpenInput(const std::string& path) {
@@ -68,17 +71,17 @@ OpenFile OpenInput(const std::string& path) {
   if (!S_ISREG(status.st_mode)) return file;
   if (static_cast<std::uintmax_t>(status.st_size) > qmx::kMaxFileBytes) RefuseTooLarge(file.name);
   file.size = static_cast<std::size_t>(status.st_size);
-  file.written = status.st_mtim;
+  file.state = {path, status.st_dev, status.st_ino, file.size, status.st_mtim};
   file.is_mappable_image = IsMappableImage(file.descriptor.get());
   return file;
 }
 
-void RequireUnchanged(const OpenFile& file) {
-  struct stat status {};
-  if (file.size == 0 || ::fstat(file.descriptor.get(), &status) != 0) return;
-  const bool is_same = static_cast<std::size_t>(status.st_size) == file.size && status.st_mtim.tv_sec == file.written.tv_sec &&
-                       status.st_mtim.tv_nsec == file.written.tv_nsec;
-  if (!is_same) RefuseFile(file.name, "was written to while it was read; try again");
+void RequireUnchanged(const std::string& name, const FileState& state) {
+  struct stat now {};
+  if (!StatusOf(state.path, now) || now.st_dev != state.device || now.st_ino != state.number) return;
+  const bool is_same = static_cast<std::size_t>(now.st_size) == state.size && now.st_mtim.tv_sec == state.written.tv_sec &&
+                       now.st_mtim.tv_nsec == state.written.tv_nsec;
+  if (!is_same) RefuseFile(name, "was written to while it was read; try again");
 }
 
 std::size_t ReadUpTo(const OpenFile& file, char* to, std::size_t capacity) {

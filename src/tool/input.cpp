@@ -33,19 +33,19 @@ Input FromText(const std::string& name, std::shared_ptr<qmx::XmlBuffer> buffer, 
   return {name,
           std::move(result.schema->metalib),
           SchemaText{std::move(buffer), bytes, std::move(result.schema->source_map)},
-          nullptr,
+          std::nullopt,
           {}};
 }
 
 Input FromImage(const std::string& name, qmx::ImageResult result) {
   if (!result.metalib) throw CannotAsk{{OneLine(name + ": error: " + qmx::Describe(result.error))}};
-  return {name, std::move(*result.metalib), std::nullopt, nullptr, {}};
+  return {name, std::move(*result.metalib), std::nullopt, std::nullopt, {}};
 }
 
-Input MapFile(OpenFile file) {
+Input MapFile(const OpenFile& file) {
   EndOnShrunkFile();
   Input input = FromImage(file.name, qmx::MapImage(file.descriptor.get()));
-  input.mapped = std::make_shared<OpenFile>(std::move(file));
+  input.mapped = file.state;
   return input;
 }
 
@@ -59,7 +59,7 @@ Input FromImageBytes(const OpenFile& file, std::string_view bytes) {
 Input ReadRegular(const OpenFile& file) {
   auto buffer = std::make_shared<qmx::XmlBuffer>(file.size);
   const std::size_t size = ReadUpTo(file, buffer->data(), file.size);
-  RequireUnchanged(file);
+  RequireUnchanged(file.name, file.state);
   if (const std::string_view bytes(buffer->data(), size); qmx::IsImage(bytes)) return FromImageBytes(file, bytes);
   return FromText(file.name, std::move(buffer), size);
 }
@@ -83,8 +83,8 @@ void ListTables(Input& input) {
 }
 
 Input LoadInput(const std::string& path) {
-  OpenFile file = OpenInput(path);
-  Input input = file.is_mappable_image ? MapFile(std::move(file)) : file.size > 0 ? ReadRegular(file) : ReadStream(file);
+  const OpenFile file = OpenInput(path);
+  Input input = file.is_mappable_image ? MapFile(file) : file.size > 0 ? ReadRegular(file) : ReadStream(file);
   ListTables(input);
   return input;
 }
@@ -114,7 +114,7 @@ std::size_t UsefulThreads(const std::vector<std::string>& paths) {
 bool Input::HasMeta(const std::string& meta) const { return qmx_get_meta_by_name(Library(), meta.c_str()) != nullptr; }
 
 void RequireUnchanged(const Input& input) {
-  if (input.mapped != nullptr) RequireUnchanged(*input.mapped);
+  if (input.mapped) RequireUnchanged(input.name, *input.mapped);
 }
 
 std::vector<Input> LoadInputs(const std::vector<std::string>& paths) {

@@ -10,10 +10,9 @@
 #include "qmx/qmx_builder.h"
 #include "qmx/qmx_source_map.h"
 #include "qmx/qmx_xml.h"
+#include "tool/file_bytes.h"
 
 namespace korvel::tool {
-
-struct OpenFile;
 
 // A schema file as it was read: what places are found in.
 struct SchemaText {
@@ -25,9 +24,9 @@ struct SchemaText {
 struct Input {
   std::string name;  // as shown: the path, or "<stdin>"
   qmx::Metalib metalib;
-  std::optional<SchemaText> text;          // an image has none
-  std::shared_ptr<const OpenFile> mapped;  // the file in which the library lies; null if it lies in memory
-  std::vector<std::string_view> tables;    // metas with a primary key, in declaration order
+  std::optional<SchemaText> text;        // an image has none
+  std::optional<FileState> mapped;       // of the file in which the library lies; none if it lies in memory
+  std::vector<std::string_view> tables;  // metas with a primary key, in declaration order
 
   LPQMXMETALIB Library() const { return metalib.get(); }
   bool HasMeta(const std::string& meta) const;

@@ -1,6 +1,7 @@
 // Images as inputs of every command, and the two commands that make one form from the other.
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <fstream>
@@ -152,6 +153,20 @@ TEST_F(ImageTest, ManyLargeFilesAreAllRead) {
     expected += name + ":3:1: allowed: table orders\n";
   }
   ExpectOutcome(Korvelcheck(arguments), 0, expected + "0 tables refused, 9 allowed; 9 compared, 0 new, 0 gone\n", "");
+}
+
+// A call may name more images than files may be open.
+TEST_F(ImageTest, NoImageIsKeptOpen) {
+  rlimit limit{};
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &limit), 0);
+  const rlimit few{32, limit.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+  std::vector<std::string> arguments = {"lint"};
+  arguments.resize(101, "old.qmb");
+  const Outcome outcome = Korvelcheck(arguments);
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &limit), 0);
+  EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
+  EXPECT_THAT(outcome.out, HasSubstr("200 allowed; 200 compared"));
 }
 
 // A mapped file has no byte any more where the program looks: the signal must not look like an answer, nor like a crash.
