@@ -9,18 +9,20 @@ TableResult NewTable(const Pair& pair, const std::string& table) {
   TableResult result;
   result.table = table;
   result.status = Status::kNew;
-  result.declared = {&pair.second, table};
+  result.second = &pair.second;
+  result.declared = DeclaredAt(pair.second, table);
   return result;
 }
 
-Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
-  Report report = StartReport(command, LoadInputs(options.inputs));
+Answer Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
+  Answer answer = StartAnswer(command, LoadInputs(options.inputs));
+  Report& report = answer.report;
   const Pair pair = PairOf(report);
   const Selection selection = SelectTables(pair, options.tables);
   JudgeEach(report, options, selection.compared,
             [&](const std::string& table) { return JudgeChange(pair, table, options.given, log); });
   for (const std::string& table : selection.added) report.tables.push_back(NewTable(pair, table));
-  return report;
+  return answer;
 }
 
 }  // namespace

@@ -19,14 +19,14 @@ const Command* FindCommand(std::string_view name) {
   return nullptr;
 }
 
-Report StartReport(const Command& command, std::vector<Input> inputs) {
-  Report report;
-  report.command = command.name;
+Answer StartAnswer(const Command& command, std::vector<Input> inputs) {
+  Answer answer{std::move(inputs), {}};
+  answer.report.command = command.name;
   const bool pair = command.second.role != nullptr;
-  for (std::size_t i = 0; i < inputs.size(); ++i) {
-    report.inputs.push_back({pair && i == 1 ? command.second.role : command.first.role, std::move(inputs[i])});
+  for (std::size_t i = 0; i < answer.inputs.size(); ++i) {
+    answer.report.inputs.push_back({pair && i == 1 ? command.second.role : command.first.role, &answer.inputs[i]});
   }
-  return report;
+  return answer;
 }
 
 }  // namespace korvel::tool

@@ -6,8 +6,9 @@
 #include <string_view>
 #include <vector>
 
+#include "report/report.h"
+#include "tool/input.h"
 #include "tool/options.h"
-#include "tool/report.h"
 
 namespace korvel::tool {
 
@@ -29,6 +30,12 @@ struct InputName {
 
 inline constexpr InputName kNoInput{nullptr, nullptr};
 
+// What a command found out, and what it is about.
+struct Answer {
+  std::vector<Input> inputs;
+  Report report;
+};
+
 struct Command {
   const char* name;
   const char* summary;
@@ -38,7 +45,7 @@ struct Command {
   // One of the two. Both throw CannotAsk.
   //
   // Asks the checker. `log` is never null.
-  Report (*run)(const Command& command, const Options& options, LPVESKCATEGORYINST log) = nullptr;
+  Answer (*run)(const Command& command, const Options& options, LPVESKCATEGORYINST log) = nullptr;
   // Makes the bytes of a file.
   std::string (*make)(const Options& options) = nullptr;
 };
@@ -58,7 +65,7 @@ std::span<const Command* const> Commands();
 // Null for an unknown name.
 const Command* FindCommand(std::string_view name);
 
-// A report of the command without tables yet, about the files read.
-Report StartReport(const Command& command, std::vector<Input> inputs);
+// The answer of the command without tables yet, about the files read.
+Answer StartAnswer(const Command& command, std::vector<Input> inputs);
 
 }  // namespace korvel::tool

@@ -5,15 +5,16 @@
 namespace korvel::tool {
 namespace {
 
-Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
-  Report report = StartReport(command, LoadInputs(options.inputs));
+Answer Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
+  Answer answer = StartAnswer(command, LoadInputs(options.inputs));
+  Report& report = answer.report;
   const Pair pair = PairOf(report);
   JudgeEach(report, options, SelectFromFirst(pair, options.tables), [&](const std::string& table) {
     return Judge(pair, {table, table}, [&](ModifyTable& checker) {
       return checker.CheckTableMetaCompatible(pair.first.Library(), pair.second.Library(), table.c_str(), log);
     });
   });
-  return report;
+  return answer;
 }
 
 }  // namespace

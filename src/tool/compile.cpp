@@ -2,9 +2,9 @@
 #include <unistd.h>
 
 #include "qmx/qmx_image.h"
+#include "report/one_line.h"
 #include "tool/cannot_ask.h"
 #include "tool/command.h"
-#include "tool/one_line.h"
 
 namespace korvel::tool {
 namespace {

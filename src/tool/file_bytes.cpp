@@ -11,8 +11,8 @@
 
 #include "qmx/qmx_image.h"
 #include "qmx/qmx_xml.h"
+#include "report/one_line.h"
 #include "tool/cannot_ask.h"
-#include "tool/one_line.h"
 
 namespace korvel::tool {
 namespace {
@@ -23,7 +23,7 @@ constexpr std::size_t kFirstPiece = std::size_t{64} << 10;  // bytes; for pipes,
 std::string ShownName(const std::string& path) { return path == kStandardInput ? "<stdin>" : path; }
 
 [[noreturn]] void RefuseFile(const std::string& name, const std::string& reason) {
-  throw CannotAsk{{Said(OneLine(name) + ": " + reason)}};
+  throw CannotAsk{{Said(report::OneLine(name) + ": " + reason)}};
 }
 
 [[noreturn]] void RefuseTooLarge(const std::string& name) {

@@ -5,12 +5,11 @@
 #include <exception>
 #include <utility>
 
-#include "common/meta_view.h"
 #include "qmx/qmx_image.h"
-#include "qmx/qmx_metalib_kernel.h"
+#include "qmx/qmx_xml.h"
+#include "report/one_line.h"
 #include "tool/cannot_ask.h"
 #include "tool/file_bytes.h"
-#include "tool/one_line.h"
 #include "tool/parallel.h"
 #include "tool/shrunk_file.h"
 
@@ -30,16 +29,13 @@ Input FromText(const std::string& name, std::shared_ptr<qmx::XmlBuffer> buffer, 
   qmx::ReadResult result = buffer->Read(size);
   if (!result.schema) throw SchemaErrors(name, result.errors);
   const std::string_view bytes(buffer->data(), size);
-  return {name,
-          std::move(result.schema->metalib),
-          SchemaText{std::move(buffer), bytes, std::move(result.schema->source_map)},
-          std::nullopt,
-          {}};
+  report::SchemaText schema{std::move(buffer), bytes, std::move(result.schema->source_map)};
+  return {{name, std::move(result.schema->metalib), std::move(schema), {}}, std::nullopt};
 }
 
 Input FromImage(const std::string& name, qmx::ImageResult result) {
   if (!result.metalib) throw CannotAsk{{OneLine(name + ": error: " + qmx::Describe(result.error))}};
-  return {name, std::move(*result.metalib), std::nullopt, std::nullopt, {}};
+  return {{name, std::move(*result.metalib), std::nullopt, {}}, std::nullopt};
 }
 
 Input MapFile(const OpenFile& file) {
@@ -74,14 +70,6 @@ Input ReadStream(const OpenFile& file) {
   return FromText(file.name, std::move(buffer), bytes.size);
 }
 
-void ListTables(Input& input) {
-  const int number = qmx_get_meta_num(input.Library());
-  for (int i = 0; i < number; ++i) {
-    const LPQMXMETA meta = qmx_get_meta_by_index(input.Library(), i);
-    if (HasPrimaryKey(meta)) input.tables.emplace_back(qmx_get_meta_name(meta));
-  }
-}
-
 Input LoadInput(const std::string& path) {
   const OpenFile file = OpenInput(path);
   Input input = file.is_mappable_image ? MapFile(file) : file.size > 0 ? ReadRegular(file) : ReadStream(file);
@@ -110,8 +98,6 @@ std::size_t UsefulThreads(const std::vector<std::string>& paths) {
 }
 
 }  // namespace
-
-bool Input::HasMeta(const std::string& meta) const { return qmx_get_meta_by_name(Library(), meta.c_str()) != nullptr; }
 
 void RequireUnchanged(const Input& input) {
   if (input.mapped) RequireUnchanged(input.name, *input.mapped);

@@ -11,8 +11,10 @@ namespace korvel::tool {
 TableResult Judge(const Pair& pair, const TableNames& table, const std::function<int(ModifyTable&)>& ask) {
   TableResult result;
   result.table = table.first;
+  result.first = &pair.first;
+  result.second = &pair.second;
   const bool in_second = pair.second.HasMeta(table.second);
-  result.declared = in_second ? MetaOf{&pair.second, table.second} : MetaOf{&pair.first, table.first};
+  result.declared = in_second ? DeclaredAt(pair.second, table.second) : DeclaredAt(pair.first, table.first);
   ModifyTable checker;
   result.code = ask(checker);
   result.status = result.code == 0 ? Status::kAllowed : Status::kRefused;
@@ -38,7 +40,7 @@ void JudgeEach(Report& report, const Options& options, const std::vector<std::st
                const std::function<TableResult(const std::string&)>& judge) {
   const std::size_t first = report.tables.size();
   report.tables.resize(first + tables.size());
-  const bool is_worth_threads = !options.log && report.inputs.front().input.metalib.size() >= kWorthAThread;
+  const bool is_worth_threads = !options.log && report.inputs.front().source->metalib.size() >= kWorthAThread;
   ForEach(tables.size(), is_worth_threads ? std::thread::hardware_concurrency() : 1,
           [&](std::size_t i) { report.tables[first + i] = judge(tables[i]); });
 }

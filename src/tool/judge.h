@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "common/modify_table.h"
+#include "report/report.h"
 #include "tool/options.h"
-#include "tool/report.h"
 #include "tool/selection.h"
 
 namespace korvel::tool {

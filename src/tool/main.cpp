@@ -12,13 +12,12 @@
 
 #include "qmx/did_you_mean.h"
 #include "qmx/quote.h"
+#include "report/one_line.h"
 #include "tool/cannot_ask.h"
 #include "tool/command.h"
 #include "tool/exit_code.h"
 #include "tool/file_descriptor.h"
-#include "tool/one_line.h"
 #include "tool/output.h"
-#include "tool/render.h"
 #include "vesk/log_category.h"
 
 namespace korvel::tool {
@@ -94,10 +93,6 @@ void Write(const std::string& text, const Options& options) {
   options.output ? WriteFile(*options.output, text) : WriteStandardOutput(text);
 }
 
-std::string Render(const Report& report, const Options& options) {
-  return options.json ? RenderJson(report) : RenderText(report, !options.output && CanColour());
-}
-
 int RunCommand(const Command& command, const std::vector<std::string>& arguments) {
   std::string help;
   const std::optional<Options> options = ParseOptions(command, arguments, help);
@@ -112,12 +107,13 @@ int RunCommand(const Command& command, const std::vector<std::string>& arguments
   }
   const std::unique_ptr<vesk::LogCategory> log = OpenLog(options->log);
   // Lives as long as the process, whose end gives the memory of its schemas back faster than destructors do.
-  static const Report& report = *new Report(command.run(command, *options, log->handle()));
+  static const Answer& answer = *new Answer(command.run(command, *options, log->handle()));
+  const Report& report = answer.report;
   log->Close();
-  for (const ReportInput& read : report.inputs) RequireUnchanged(read.input);
-  Write(Render(report, *options), *options);
+  for (const Input& input : answer.inputs) RequireUnchanged(input);
+  Write(options->format->render(report, !options->output && CanColour()), *options);
   if (const std::string failure = log->WriteFailure(); !failure.empty()) throw std::runtime_error(failure);
-  return Summarize(report).refused == 0 ? kAllAllowed : kSomeRefused;
+  return Summarize(report).failing == 0 ? kAllAllowed : kSomeRefused;
 }
 
 int Run(const std::vector<std::string>& arguments) {

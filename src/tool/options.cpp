@@ -10,15 +10,14 @@
 
 #include "qmx/did_you_mean.h"
 #include "qmx/quote.h"
+#include "report/choice.h"
+#include "report/one_line.h"
 #include "tool/cannot_ask.h"
-#include "tool/choice.h"
 #include "tool/command.h"
-#include "tool/one_line.h"
 
 namespace korvel::tool {
 namespace {
 
-constexpr Choice kReportFormats[] = {{"text", 0}, {"json", 1}};
 constexpr Choice kLogFormats[] = {{"text", static_cast<int>(vesk::LineFormat::kText)},
                                   {"json", static_cast<int>(vesk::LineFormat::kJson)}};
 constexpr Choice kLogLevels[] = {{"error", VESK_PRIORITY_ERROR}, {"warn", VESK_PRIORITY_WARN}, {"info", VESK_PRIORITY_INFO}};
@@ -105,9 +104,16 @@ void AddOutput(CLI::App& app, const Command& command, Options& options) {
       ->required(needed);
 }
 
+std::vector<Choice> FormatChoices() {
+  std::vector<Choice> choices;
+  for (const Format& format : Formats()) choices.push_back({format.name, static_cast<int>(choices.size())});
+  return choices;
+}
+
 void AddReportOptions(CLI::App& app, Options& options, vesk::LogSettings& log) {
-  AddChoice(app, "--format", kReportFormats, "form of the report; default: text",
-            [&options](int code) { options.json = code == 1; });
+  static const std::vector<Choice> formats = FormatChoices();  // the option keeps looking at them
+  AddChoice(app, "--format", formats, "form of the report; default: text",
+            [&options](int code) { options.format = &Formats()[static_cast<std::size_t>(code)]; });
   const auto take_log = [&options, &log](const std::string& value) {
     options.log.emplace();
     if (value != "-") log.file = value;

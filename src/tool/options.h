@@ -5,7 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "tool/settings.h"
+#include "report/render.h"
+#include "report/settings.h"
+#include "tool/reports.h"
 #include "vesk/log_category.h"
 
 namespace korvel::tool {
@@ -17,7 +19,7 @@ struct Options {
   std::vector<std::string> tables;       // --table; empty = all
   std::optional<std::string> dst_table;  // --dst-table; absent = as --table
   Settings given;
-  bool json = false;
+  const Format* format = report::Formats().data();
   std::optional<std::string> output;  // absent = standard output
   std::optional<vesk::LogSettings> log;
 };

@@ -12,14 +12,14 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "report/one_line.h"
 #include "tool/file_descriptor.h"
-#include "tool/one_line.h"
 
 namespace korvel::tool {
 namespace {
 
 [[noreturn]] void Fail(const std::string& path, const std::string& reason) {
-  throw std::runtime_error("cannot write " + OneLine(path) + ": " + reason);
+  throw std::runtime_error("cannot write " + report::OneLine(path) + ": " + reason);
 }
 
 // A file beside its destination, removed unless it gets there.

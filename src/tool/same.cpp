@@ -6,8 +6,9 @@
 namespace korvel::tool {
 namespace {
 
-Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
-  Report report = StartReport(command, LoadInputs(options.inputs));
+Answer Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
+  Answer answer = StartAnswer(command, LoadInputs(options.inputs));
+  Report& report = answer.report;
   const Pair pair = PairOf(report);
   const std::vector<std::string> tables = SelectFromFirst(pair, options.tables);
   RequireTables(pair.second, tables);
@@ -17,7 +18,7 @@ Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST lo
                                        qmx_get_meta_by_name(pair.second.Library(), table.c_str()), log);
     });
   });
-  return report;
+  return answer;
 }
 
 }  // namespace

@@ -7,8 +7,8 @@
 #include "qmx/qmx_metalib_kernel.h"
 #include "qmx/qmx_xml.h"
 #include "qmx/quote.h"
+#include "report/one_line.h"
 #include "tool/cannot_ask.h"
-#include "tool/one_line.h"
 
 namespace korvel::tool {
 namespace {

@@ -7,8 +7,8 @@
 
 #include "qmx/did_you_mean.h"
 #include "qmx/quote.h"
+#include "report/one_line.h"
 #include "tool/cannot_ask.h"
-#include "tool/one_line.h"
 
 namespace korvel::tool {
 namespace {
@@ -50,7 +50,7 @@ Selection SelectAll(const Pair& pair) {
 
 }  // namespace
 
-Pair PairOf(const Report& report) { return {report.inputs[0].input, report.inputs[1].input}; }
+Pair PairOf(const Report& report) { return {*report.inputs[0].source, *report.inputs[1].source}; }
 
 Selection SelectTables(const Pair& pair, const std::vector<std::string>& asked) {
   Selection selection = asked.empty() ? SelectAll(pair) : SelectAsked(pair, asked);
@@ -65,7 +65,7 @@ std::vector<std::string> SelectFromFirst(const Pair& pair, const std::vector<std
   return std::move(selection.compared);
 }
 
-void RequireTables(const Input& input, const std::vector<std::string>& names) {
+void RequireTables(const Source& input, const std::vector<std::string>& names) {
   CannotAsk missing;
   for (const std::string& name : names) {
     if (input.HasMeta(name)) continue;

@@ -4,15 +4,15 @@
 #include <string>
 #include <vector>
 
+#include "report/report.h"
 #include "tool/input.h"
-#include "tool/report.h"
 
 namespace korvel::tool {
 
 // Two schemas to compare: old and new, or source and destination. For a schema against itself both are the same.
 struct Pair {
-  const Input& first;
-  const Input& second;
+  const Source& first;
+  const Source& second;
 };
 
 // The two inputs of a report, which must outlive the pair.
@@ -31,6 +31,6 @@ Selection SelectTables(const Pair& pair, const std::vector<std::string>& asked);
 std::vector<std::string> SelectFromFirst(const Pair& pair, const std::vector<std::string>& asked);
 
 // Throws CannotAsk if `input` has no meta of one of the names, with one line for each.
-void RequireTables(const Input& input, const std::vector<std::string>& names);
+void RequireTables(const Source& input, const std::vector<std::string>& names);
 
 }  // namespace korvel::tool

@@ -7,8 +7,9 @@ namespace {
 
 TableNames NamesOf(const std::string& table, const Options& options) { return {table, options.dst_table.value_or(table)}; }
 
-Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
-  Report report = StartReport(command, LoadInputs(options.inputs));
+Answer Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
+  Answer answer = StartAnswer(command, LoadInputs(options.inputs));
+  Report& report = answer.report;
   const Pair pair = PairOf(report);
   if (options.dst_table) RequireTables(pair.second, {*options.dst_table});
   JudgeEach(report, options, SelectFromFirst(pair, options.tables), [&](const std::string& table) {
@@ -18,7 +19,7 @@ Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST lo
                                          log);
     });
   });
-  return report;
+  return answer;
 }
 
 }  // namespace

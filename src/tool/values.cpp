@@ -18,13 +18,14 @@ TableResult JudgeValues(const Pair& pair, const std::string& table, const Settin
   return result;
 }
 
-Report Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
-  Report report = StartReport(command, LoadInputs(options.inputs));
+Answer Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
+  Answer answer = StartAnswer(command, LoadInputs(options.inputs));
+  Report& report = answer.report;
   const Pair pair = PairOf(report);
   const std::vector<std::string> tables = SelectFromFirst(pair, options.tables);
   RequireTables(pair.second, tables);
   JudgeEach(report, options, tables, [&](const std::string& table) { return JudgeValues(pair, table, options.given, log); });
-  return report;
+  return answer;
 }
 
 }  // namespace

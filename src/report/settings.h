@@ -4,9 +4,9 @@
 #include <optional>
 #include <string>
 
-#include "tool/input.h"
+#include "report/source.h"
 
-namespace korvel::tool {
+namespace korvel::report {
 
 // Absent members are not given (on the command line) or not used (by a command).
 struct Settings {
@@ -17,8 +17,8 @@ struct Settings {
   std::optional<int> list_num;                // slots
 };
 
-// Every setting of a table: as given, else from the table's attributes and protocol in `old_input`, else the default: a generic
+// Every setting of a table: as given, else from the table's attributes and protocol in `old_source`, else the default: a generic
 // table in the record format, no server version, an empty whitelist, 0 slots. All members of the result are set.
-Settings ResolveSettings(const Settings& given, const Input& old_input, const std::string& table);
+Settings ResolveSettings(const Settings& given, const Source& old_source, const std::string& table);
 
-}  // namespace korvel::tool
+}  // namespace korvel::report

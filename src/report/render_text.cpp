@@ -2,10 +2,10 @@
 #include <algorithm>
 
 #include "common/result_codes.h"
-#include "tool/one_line.h"
-#include "tool/render.h"
+#include "report/one_line.h"
+#include "report/render.h"
 
-namespace korvel::tool {
+namespace korvel::report {
 namespace {
 
 struct StatusWord {
@@ -69,4 +69,4 @@ std::string RenderText(const Report& report, bool colour) {
   return text + Shown(summary);
 }
 
-}  // namespace korvel::tool
+}  // namespace korvel::report

@@ -4,10 +4,10 @@
 #include <string>
 #include <string_view>
 
-namespace korvel::tool {
+namespace korvel::report {
 
 // The text with its control characters and line separators escaped (\n, \r, \t, \x1b), every other byte as it is. Names of a
 // schema and of files may hold any of them.
 std::string OneLine(std::string_view text);
 
-}  // namespace korvel::tool
+}  // namespace korvel::report

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace korvel::tool {
+namespace korvel::report {
 
 struct Choice {
   const char* name;
@@ -38,4 +38,4 @@ inline std::string NamesOf(std::span<const Choice> choices) {
   return names;
 }
 
-}  // namespace korvel::tool
+}  // namespace korvel::report

@@ -1,26 +1,26 @@
 // Derives a table's settings. Attributes that CheckTable refuses give the defaults: the checker refuses them by itself.
 // Held by tests/tool/settings_test.cpp.
-#include "tool/settings.h"
+#include "report/settings.h"
 
 #include <string_view>
 
 #include "common/check_table.h"
 #include "common/meta_view.h"
-#include "tool/choice.h"
+#include "report/choice.h"
 
-namespace korvel::tool {
+namespace korvel::report {
 namespace {
 
-Settings FromSchema(const Input& input, const std::string& table) {
+Settings FromSchema(const Source& source, const std::string& table) {
   int table_type = TABLE_TYPE_GENERIC;
   int list_num = 0;
   int sort_field_num = 0;
   int sort_rule = 0;
   char protocol[8] = "";
   // Every result but 0 leaves the values above as they are.
-  CheckTable().CheckTableTypeByCustomAttr(input.Library(), table.c_str(), table_type, list_num, sort_field_num, sort_rule,
+  CheckTable().CheckTableTypeByCustomAttr(source.Library(), table.c_str(), table_type, list_num, sort_field_num, sort_rule,
                                           protocol, false, nullptr);
-  const bool tlv = *protocol == '\0' ? IsTlv(input.Library()) : std::string_view(protocol) == "TLV";
+  const bool tlv = *protocol == '\0' ? IsTlv(source.Library()) : std::string_view(protocol) == "TLV";
   Settings settings;
   // The checker knows a sorted list as a list.
   settings.type = *CodeOf(kTableTypes, table_type == TABLE_TYPE_GENERIC ? "generic" : "list");
@@ -33,8 +33,8 @@ Settings FromSchema(const Input& input, const std::string& table) {
 
 }  // namespace
 
-Settings ResolveSettings(const Settings& given, const Input& old_input, const std::string& table) {
-  Settings settings = FromSchema(old_input, table);
+Settings ResolveSettings(const Settings& given, const Source& old_source, const std::string& table) {
+  Settings settings = FromSchema(old_source, table);
   if (given.type) settings.type = given.type;
   if (given.created_as) settings.created_as = given.created_as;
   if (given.server_version) settings.server_version = given.server_version;
@@ -43,4 +43,4 @@ Settings ResolveSettings(const Settings& given, const Input& old_input, const st
   return settings;
 }
 
-}  // namespace korvel::tool
+}  // namespace korvel::report

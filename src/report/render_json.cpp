@@ -2,10 +2,10 @@
 #include <nlohmann/json.hpp>
 
 #include "common/result_codes.h"
-#include "tool/choice.h"
-#include "tool/render.h"
+#include "report/choice.h"
+#include "report/render.h"
 
-namespace korvel::tool {
+namespace korvel::report {
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -70,7 +70,7 @@ std::string RenderJson(const Report& report) {
                {"command", report.command},
                {"verdict", Shown(summary.refused == 0 ? Status::kAllowed : Status::kRefused)}};
   Json& inputs = json["inputs"] = Json::array();
-  for (const auto& [role, input] : report.inputs) inputs.push_back({{"role", role}, {"file", input.name}});
+  for (const auto& [role, source] : report.inputs) inputs.push_back({{"role", role}, {"file", source->name}});
   Json& tables = json["tables"] = Json::array();
   const std::vector<Place> places = FindPlaces(report);
   for (std::size_t i = 0; i < places.size(); ++i) tables.push_back(ToJson(report.tables[i], places[i]));
@@ -78,4 +78,4 @@ std::string RenderJson(const Report& report) {
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-}  // namespace korvel::tool
+}  // namespace korvel::report

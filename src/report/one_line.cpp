@@ -1,9 +1,9 @@
 // Escapes what would break or colour a line. Nothing else is changed: the checker's texts are part of its interface.
-#include "tool/one_line.h"
+#include "report/one_line.h"
 
 #include <cstddef>
 
-namespace korvel::tool {
+namespace korvel::report {
 namespace {
 
 // Length of the control character at the start of `text`, 0 if there is none: C0, DEL, C1 (U+0080 to U+009F), the line and
@@ -47,4 +47,4 @@ std::string OneLine(std::string_view text) {
   return line;
 }
 
-}  // namespace korvel::tool
+}  // namespace korvel::report
