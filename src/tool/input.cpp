@@ -8,9 +8,9 @@
 #include "qmx/qmx_image.h"
 #include "qmx/qmx_xml.h"
 #include "report/one_line.h"
+#include "report/parallel.h"
 #include "tool/cannot_ask.h"
 #include "tool/file_bytes.h"
-#include "tool/parallel.h"
 #include "tool/shrunk_file.h"
 
 namespace korvel::tool {

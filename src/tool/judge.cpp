@@ -3,8 +3,8 @@
 
 #include <thread>
 
-#include "common/refusals.h"
-#include "tool/parallel.h"
+#include "report/ask_checker.h"
+#include "report/parallel.h"
 
 namespace korvel::tool {
 
@@ -16,12 +16,12 @@ TableResult Judge(const Pair& pair, const TableNames& table, const std::function
   const bool in_second = pair.second.HasMeta(table.second);
   result.declared = in_second ? DeclaredAt(pair.second, table.second) : DeclaredAt(pair.first, table.first);
   ModifyTable checker;
-  result.code = ask(checker);
-  result.status = result.code == 0 ? Status::kAllowed : Status::kRefused;
-  if (result.status == Status::kAllowed) return result;
-  result.gone = !in_second;
-  result.text = checker.GetErrType();
-  if (const RefusalRow* row = Identify(result.text)) result.rule = row->id;
+  const Verdict verdict = VerdictOf(ask(checker), checker);
+  result.status = verdict.Refused() ? Status::kRefused : Status::kAllowed;
+  result.gone = verdict.Refused() && !in_second;
+  result.code = verdict.code;
+  result.rule = verdict.rule;
+  result.text = verdict.text;
   return result;
 }
 

@@ -1,5 +1,5 @@
-// Spreads independent work over the cores. Held by tests/tool/parallel_test.cpp.
-#include "tool/parallel.h"
+// Spreads independent work over the cores. Held by tests/report/parallel_test.cpp.
+#include "report/parallel.h"
 
 #include <algorithm>
 #include <atomic>
@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-namespace korvel::tool {
+namespace korvel::report {
 namespace {
 
 // The fault of the lowest piece of work.
@@ -58,4 +58,4 @@ void ForEach(std::size_t count, std::size_t threads, const std::function<void(st
   fault.Rethrow();
 }
 
-}  // namespace korvel::tool
+}  // namespace korvel::report
