@@ -3,6 +3,7 @@
 
 #include "common/result_codes.h"
 #include "report/choice.h"
+#include "report/places.h"
 #include "report/render.h"
 
 namespace korvel::report {
@@ -32,12 +33,12 @@ Json ToJson(const Settings& settings) {
   return json;
 }
 
-Json ToJson(const Place& place) {
-  const auto number = [&](std::size_t qmx::LineColumn::*part) { return place.position ? Json((*place.position).*part) : Json(); };
+Json ToJson(const Mark& place) {
+  const auto number = [&](std::size_t qmx::LineColumn::*part) { return place.begin ? Json((*place.begin).*part) : Json(); };
   return {{"file", place.file}, {"line", number(&qmx::LineColumn::line)}, {"column", number(&qmx::LineColumn::column)}};
 }
 
-Json ToJson(const TableResult& result, const Place& place) {
+Json ToJson(const TableResult& result, const Mark& place) {
   Json json = {{"table", result.table}, {"status", Shown(result.status)}};
   if (result.status != Status::kNew) {
     json["code"] = result.code;
@@ -72,8 +73,10 @@ std::string RenderJson(const Report& report) {
   Json& inputs = json["inputs"] = Json::array();
   for (const auto& [role, source] : report.inputs) inputs.push_back({{"role", role}, {"file", source->name}});
   Json& tables = json["tables"] = Json::array();
-  const std::vector<Place> places = FindPlaces(report);
-  for (std::size_t i = 0; i < places.size(); ++i) tables.push_back(ToJson(report.tables[i], places[i]));
+  std::vector<Location> locations;
+  for (const TableResult& table : report.tables) locations.push_back(table.declared);
+  const Marks marks(std::move(locations));
+  for (const TableResult& table : report.tables) tables.push_back(ToJson(table, *marks.Find(table.declared)));
   json["summary"] = ToJson(summary);
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }

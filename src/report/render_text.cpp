@@ -3,6 +3,7 @@
 
 #include "common/result_codes.h"
 #include "report/one_line.h"
+#include "report/places.h"
 #include "report/render.h"
 
 namespace korvel::report {
@@ -30,10 +31,10 @@ std::string Shown(Status status, bool colour) {
   return colour ? std::string("\x1b[") + word.colour + "m" + word.text + "\x1b[0m" : word.text;
 }
 
-std::string Shown(const Place& place) {
-  const std::string file = OneLine(place.file) + ":";
-  if (!place.position) return file + " ";
-  return file + std::to_string(place.position->line) + ":" + std::to_string(place.position->column) + ": ";
+std::string Shown(const Mark& mark) {
+  const std::string file = OneLine(mark.file) + ":";
+  if (!mark.begin) return file + " ";
+  return file + std::to_string(mark.begin->line) + ":" + std::to_string(mark.begin->column) + ": ";
 }
 
 // What follows the status of a refusal.
@@ -45,7 +46,7 @@ std::string Refusal(const TableResult& result) {
          ResultCodeName(result.code) + gone + "\n";
 }
 
-std::string Block(const TableResult& result, const Place& place, bool colour) {
+std::string Block(const TableResult& result, const Mark& place, bool colour) {
   const std::string start = Shown(place) + Shown(result.status, colour);
   if (result.status == Status::kRefused) return start + Refusal(result);
   const std::string note = result.status == Status::kNew ? " (not compared)" : "";
@@ -64,8 +65,10 @@ std::string Shown(const Summary& summary) {
 std::string RenderText(const Report& report, bool colour) {
   const Summary summary = Summarize(report);
   std::string text = "verdict: " + Shown(summary.refused == 0 ? Status::kAllowed : Status::kRefused, colour) + "\n";
-  const std::vector<Place> places = FindPlaces(report);
-  for (std::size_t i = 0; i < places.size(); ++i) text += Block(report.tables[i], places[i], colour);
+  std::vector<Location> locations;
+  for (const TableResult& table : report.tables) locations.push_back(table.declared);
+  const Marks marks(std::move(locations));
+  for (const TableResult& table : report.tables) text += Block(table, *marks.Find(table.declared), colour);
   return text + Shown(summary);
 }
 

@@ -59,15 +59,6 @@ struct Report {
   std::vector<ProjectFinding> project;
 };
 
-// Where a file declares something.
-struct Place {
-  std::string file;
-  std::optional<qmx::LineColumn> position;  // none in an image
-};
-
-// The places of the tables of a report, in their order. One pass over each file, and none over one that no table is declared in.
-std::vector<Place> FindPlaces(const Report& report);
-
 // Numbers of tables. compared = allowed + refused; those gone are among the refused.
 struct Summary {
   std::size_t compared = 0;
