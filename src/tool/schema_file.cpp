@@ -8,40 +8,11 @@
 #include "qmx/qmx_xml.h"
 #include "qmx/quote.h"
 #include "report/one_line.h"
+#include "report/xml_escape.h"
 #include "tool/cannot_ask.h"
 
 namespace korvel::tool {
 namespace {
-
-// Length of the character at the start of `text`; 0 if XML has no such character.
-std::size_t XmlCharacterLength(std::string_view text) {
-  if (text.starts_with("\xEF\xBF\xBE") || text.starts_with("\xEF\xBF\xBF")) return 0;
-  const auto byte = static_cast<unsigned char>(text.front());
-  if (byte >= 0x80) return qmx::Utf8Length(text);
-  return byte >= 0x20 || byte == '\t' || byte == '\n' || byte == '\r' ? 1 : 0;
-}
-
-// The reference that stands for a character in the value of an attribute; null for one that stands for itself.
-const char* ReferenceFor(char c) {
-  switch (c) {
-    case '&':
-      return "&amp;";
-    case '<':
-      return "&lt;";
-    case '>':
-      return "&gt;";
-    case '"':
-      return "&quot;";
-    case '\t':
-      return "&#9;";
-    case '\n':
-      return "&#10;";
-    case '\r':
-      return "&#13;";
-    default:
-      return nullptr;
-  }
-}
 
 class Writer {
  public:
@@ -66,14 +37,9 @@ class Writer {
 
   void Attribute(const char* name, std::string_view value) {
     text_.append(" ").append(name).append("=\"");
-    for (std::string_view rest = value; !rest.empty();) {
-      const std::size_t length = XmlCharacterLength(rest);
-      if (length == 0)
-        Refuse("'" + std::string(name) + "' is " + qmx::Quote(value) + "; allowed: characters of XML 1.0 in UTF-8");
-      const char* const reference = ReferenceFor(rest.front());
-      reference == nullptr ? text_.append(rest.substr(0, length)) : text_.append(reference);
-      rest.remove_prefix(length);
-    }
+    const std::optional<std::string> escaped = XmlEscaped(value);
+    if (!escaped) Refuse("'" + std::string(name) + "' is " + qmx::Quote(value) + "; allowed: characters of XML 1.0 in UTF-8");
+    text_ += *escaped;
     text_ += '"';
     // A few bytes of an image may stand for a long name.
     if (text_.size() > qmx::kMaxFileBytes) {
