@@ -20,6 +20,8 @@ enum OptionSet : unsigned {
   kSettingOptions = 8,   // the other settings of a table
   kNeedsOutput = 16,     // --output must be given
   kManyInputs = 32,      // any number of files like the first
+  kSecondIsOptional = 64,
+  kTextOrJson = 128,  // --format text|json, of a command that makes its own text
 };
 
 // What help and reports call an input file.
@@ -58,6 +60,7 @@ extern const Command kSortlistCommand;
 extern const Command kLintCommand;
 extern const Command kCompileCommand;
 extern const Command kDumpCommand;
+extern const Command kLayoutCommand;
 
 // In the order in which help shows them.
 std::span<const Command* const> Commands();

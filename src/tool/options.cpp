@@ -129,6 +129,11 @@ void AddReportOptions(CLI::App& app, Options& options, vesk::LogSettings& log) {
   })->needs(log_option);
 }
 
+void AddTextOrJson(CLI::App& app, Options& options) {
+  static constexpr Choice kForms[] = {{"text", 0}, {"json", 1}};
+  AddChoice(app, "--format", kForms, "form of the output; default: text", [&options](int code) { options.json = code == 1; });
+}
+
 // Whether a word may be an option, and no path.
 bool IsOption(std::string_view argument) { return argument.size() > 1 && argument.front() == '-'; }
 
@@ -143,7 +148,8 @@ void AddInputs(CLI::App& app, const Command& command, Options& options) {
   const bool pair = command.second.argument != nullptr;
   options.inputs.resize(pair ? 2 : 1);
   app.add_option(command.first.argument, options.inputs[0], kWhat)->required()->type_name("");
-  if (pair) app.add_option(command.second.argument, options.inputs[1], kWhat)->required()->type_name("");
+  const bool optional = (command.options & kSecondIsOptional) != 0;
+  if (pair) app.add_option(command.second.argument, options.inputs[1], kWhat)->required(!optional)->type_name("");
 }
 
 std::string LikeOption(const CLI::App& app, const std::string& word) {
@@ -192,6 +198,7 @@ std::optional<Options> ParseOptions(const Command& command, const std::vector<st
     AddTableOptions(app, command, options);
     AddOutput(app, command, options);
     if (command.run != nullptr) AddReportOptions(app, options, log);
+    if ((command.options & kTextOrJson) != 0) AddTextOrJson(app, options);
   }
   try {
     Parse(app, command, arguments);
@@ -199,6 +206,8 @@ std::optional<Options> ParseOptions(const Command& command, const std::vector<st
     help = app.help();
     return std::nullopt;
   }
+  const bool may_lack_second = (command.options & kSecondIsOptional) != 0;
+  if (may_lack_second && app.get_option(command.second.argument)->empty()) options.inputs.pop_back();
   if (options.dst_table && options.tables.size() != 1) RefuseUsage(command, "--dst-table goes with one --table");
   if (std::count(options.inputs.begin(), options.inputs.end(), "-") > 1) {
     RefuseUsage(command, "'-' (standard input) is given twice; allowed: once");

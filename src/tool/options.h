@@ -20,6 +20,7 @@ struct Options {
   std::optional<std::string> dst_table;  // --dst-table; absent = as --table
   Settings given;
   const Format* format = report::Formats().data();
+  bool json = false;                  // --format of commands that take kTextOrJson
   std::optional<std::string> output;  // absent = standard output
   std::optional<vesk::LogSettings> log;
 };

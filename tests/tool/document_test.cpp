@@ -92,7 +92,7 @@ TEST_F(DocumentTest, TheExampleSaysWhatTheProgramPrints) {
 TEST_F(DocumentTest, EveryOptionOfTheHelpIsDocumented) {
   const std::string document = Joined(DocumentLines());
   const std::regex option("--[a-z-]+");
-  for (const char* command : {"check", "compat", "values", "same", "sortlist", "lint", "compile", "dump"}) {
+  for (const char* command : {"check", "compat", "values", "same", "sortlist", "lint", "compile", "dump", "layout"}) {
     EXPECT_THAT(document, testing::HasSubstr(std::string("\n| `") + command + " "));
     const std::string help = Korvelcheck({command, "--help"}).out;
     for (std::sregex_iterator found(help.begin(), help.end(), option), end; found != end; ++found) {

@@ -11,7 +11,7 @@ using testing::StartsWith;
 
 class UsageTest : public ToolTest {};
 
-constexpr const char* kCommands[] = {"check", "compat", "values", "same", "sortlist", "lint", "compile", "dump"};
+constexpr const char* kCommands[] = {"check", "compat", "values", "same", "sortlist", "lint", "compile", "dump", "layout"};
 
 TEST_F(UsageTest, HelpListsEveryCommand) {
   for (const char* option : {"--help", "-h"}) {
