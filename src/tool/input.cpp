@@ -1,4 +1,5 @@
-// Loads schemas. What a schema may hold is not decided here. Held by tests/tool/input_test.cpp and image_test.cpp.
+// Loads schemas. What a schema may hold is not decided here. Held by tests/tool/input_test.cpp,
+// image_test.cpp and git_test.cpp.
 #include "tool/input.h"
 
 #include <algorithm>
@@ -11,6 +12,7 @@
 #include "report/parallel.h"
 #include "tool/cannot_ask.h"
 #include "tool/file_bytes.h"
+#include "tool/git.h"
 #include "tool/shrunk_file.h"
 
 namespace korvel::tool {
@@ -38,6 +40,14 @@ Input FromImage(const std::string& name, qmx::ImageResult result) {
   return {{name, std::move(*result.metalib), std::nullopt, {}}, std::nullopt};
 }
 
+Input FromBytes(const std::string& name, Bytes bytes) {
+  if (qmx::IsImage(bytes.View())) return FromImage(name, qmx::LoadImage(std::move(bytes.data), bytes.size));
+  auto buffer = std::make_shared<qmx::XmlBuffer>(std::max<std::size_t>(bytes.size, 1));
+  std::ranges::copy(bytes.View(), buffer->data());
+  bytes.data.reset();
+  return FromText(name, std::move(buffer), bytes.size);
+}
+
 Input MapFile(const OpenFile& file) {
   EndOnShrunkFile();
   Input input = FromImage(file.name, qmx::MapImage(file.descriptor.get()));
@@ -61,18 +71,16 @@ Input ReadRegular(const OpenFile& file) {
 }
 
 // A pipe: its size shows at its end.
-Input ReadStream(const OpenFile& file) {
-  Bytes bytes = ReadAll(file);
-  if (qmx::IsImage(bytes.View())) return FromImage(file.name, qmx::LoadImage(std::move(bytes.data), bytes.size));
-  auto buffer = std::make_shared<qmx::XmlBuffer>(std::max<std::size_t>(bytes.size, 1));
-  std::ranges::copy(bytes.View(), buffer->data());
-  bytes.data.reset();
-  return FromText(file.name, std::move(buffer), bytes.size);
+Input ReadStream(const OpenFile& file) { return FromBytes(file.name, ReadAll(file)); }
+
+Input LoadFile(const std::string& path) {
+  const OpenFile file = OpenInput(path);
+  return file.is_mappable_image ? MapFile(file) : file.size > 0 ? ReadRegular(file) : ReadStream(file);
 }
 
-Input LoadInput(const std::string& path) {
-  const OpenFile file = OpenInput(path);
-  Input input = file.is_mappable_image ? MapFile(file) : file.size > 0 ? ReadRegular(file) : ReadStream(file);
+Input Load(const std::string& path, Git& git) {
+  const std::optional<GitPath> in_git = ParseGitPath(path);
+  Input input = in_git ? FromBytes(path, git.Read(*in_git)) : LoadFile(path);
   ListTables(input);
   return input;
 }
@@ -83,9 +91,9 @@ struct Loaded {
   std::exception_ptr fault;
 };
 
-Loaded TryToLoad(const std::string& path) {
+Loaded TryToLoad(const std::string& path, Git& git) {
   try {
-    return {LoadInput(path), nullptr};
+    return {Load(path, git), nullptr};
   } catch (...) {
     return {std::nullopt, std::current_exception()};
   }
@@ -103,11 +111,18 @@ void RequireUnchanged(const Input& input) {
   if (input.mapped) RequireUnchanged(input.name, *input.mapped);
 }
 
+Input LoadBytes(const std::string& name, Bytes bytes) {
+  Input input = FromBytes(name, std::move(bytes));
+  ListTables(input);
+  return input;
+}
+
 std::vector<Input> LoadInputs(const std::vector<std::string>& paths) {
   std::vector<Input> inputs;
   CannotAsk faults;
   std::vector<Loaded> files(paths.size());
-  ForEach(paths.size(), UsefulThreads(paths), [&](std::size_t i) { files[i] = TryToLoad(paths[i]); });
+  Git git;
+  ForEach(paths.size(), UsefulThreads(paths), [&](std::size_t i) { files[i] = TryToLoad(paths[i], git); });
   for (Loaded& loaded : files) {
     try {
       if (loaded.fault != nullptr) std::rethrow_exception(loaded.fault);

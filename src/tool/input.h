@@ -18,9 +18,13 @@ struct Input : Source {
 // Throws CannotAsk if a mapped file has been written to: what was concluded from it may be wrong.
 void RequireUnchanged(const Input& input);
 
-// Reads the files; "-" is standard input. Large ones are read at the same time. Throws CannotAsk with every fault of every file,
-// in the order of the paths: one that cannot be read or is larger than qmx::kMaxFileBytes has one line, and so has an image that
-// is refused, "file: error: what"; an error of a schema file is "file:line:column: error: what".
+// The schema in bytes that were read. Throws CannotAsk as LoadInputs.
+Input LoadBytes(const std::string& name, Bytes bytes);
+
+// Reads the files; "-" is standard input, "git:REV:PATH" a file of a commit. Large ones are read at the same time. Throws
+// CannotAsk with every fault of every file, in the order of the paths: one that cannot be read or is larger than
+// qmx::kMaxFileBytes has one line, and so has an image that is refused, "file: error: what"; an error of a schema file is
+// "file:line:column: error: what".
 std::vector<Input> LoadInputs(const std::vector<std::string>& paths);
 
 }  // namespace korvel::tool

@@ -1,0 +1,30 @@
+// A directory of schema files that is a git repository.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tool_test.h"
+
+namespace tool_test {
+
+class GitTest : public ToolTest {
+ protected:
+  GitTest();
+
+  // Runs git in the directory; the test fails if git does. What git printed.
+  std::string Git(const std::vector<std::string>& arguments) const { return GitIn("", arguments); }
+  std::string GitIn(const std::string& directory, const std::vector<std::string>& arguments) const;
+  // Commits everything that is there. The commit's id.
+  std::string Commit(const std::string& subject) const;
+  // Runs the program with git's settings, in a directory below.
+  Outcome Run(const std::vector<std::string>& arguments, const std::string& directory = "") const;
+  // What the program says when the question cannot be asked.
+  void ExpectRefused(const std::vector<std::string>& arguments, const std::string& err) const;
+  // Puts a program named git before the real one: a script for the shell, which finds that one as $REAL_GIT.
+  void ReplaceGit(const std::string& script);
+
+  std::vector<std::string> environment_;
+};
+
+}  // namespace tool_test

@@ -1,0 +1,248 @@
+// Schemas out of real git repositories, and everything that git cannot give.
+#include <gmock/gmock.h>
+
+#include "git_repository.h"
+
+namespace tool_test {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class GitInputTest : public GitTest {
+ protected:
+  // Whether old.xml of the last commit, under another path there, is read.
+  void ExpectAllowed(const std::string& argument, const std::string& directory = "") const {
+    const Outcome outcome = Run({"check", argument, PathOf("same.xml")}, directory);
+    EXPECT_EQ(outcome.exit_code, 0) << argument << ": " << outcome.err;
+    EXPECT_EQ(outcome.err, "");
+  }
+};
+
+TEST_F(GitInputTest, BothSidesComeFromCommits) {
+  Commit("first");
+  Write("old.xml", Read("wide.xml"));
+  Commit("second");
+  const Outcome outcome = Run({"check", "git:HEAD~1:old.xml", "git:HEAD:old.xml"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_THAT(outcome.out, HasSubstr("git:HEAD:old.xml:2:"));
+  EXPECT_THAT(outcome.out, HasSubstr("[primary-key.size]"));
+}
+
+TEST_F(GitInputTest, ImagesAreRead) {
+  ASSERT_EQ(Run({"compile", "old.xml", "-o", "old.qmb"}).exit_code, 0);
+  Commit("first");
+  ExpectAllowed("git:HEAD:old.qmb");
+}
+
+TEST_F(GitInputTest, RevisionsAreWhatGitTakes) {
+  const std::string id = Commit("first: one");
+  Git({"tag", "-a", "-m", "t", "v1"});
+  for (const std::string revision : {"HEAD", "main", "refs/heads/main", "v1", "@", "HEAD^{/first: one}", "HEAD^{tree}"}) {
+    ExpectAllowed("git:" + revision + ":old.xml");
+  }
+  ExpectAllowed("git:" + id + ":old.xml");
+  ExpectAllowed("git:" + id.substr(0, 7) + ":old.xml");
+}
+
+TEST_F(GitInputTest, PathsStartAtTheTopOrHere) {
+  std::filesystem::create_directories(PathOf("sub/deep"));
+  Write("sub/deep/inner.xml", Read("old.xml"));
+  Commit("first");
+  ExpectAllowed("git:HEAD:sub/deep/inner.xml");
+  ExpectAllowed("git:HEAD:sub/deep/inner.xml", "sub/deep");
+  ExpectAllowed("git:HEAD:./inner.xml", "sub/deep");
+  ExpectAllowed("git:HEAD:../../old.xml", "sub/deep");
+  ExpectAllowed("git:HEAD:sub//deep/./inner.xml");
+  ExpectNotAsked(Run({"lint", "git:HEAD:../../../old.xml"}, "sub/deep"),
+                 "korvelcheck: git:HEAD:../../../old.xml: leads out of the repository\n");
+}
+
+TEST_F(GitInputTest, OddPathsAreRead) {
+  const std::string kOdd[] = {"with blank.xml", "new\nline.xml", "-leading.xml", ":colon:.xml", "\xff\xfe.xml",
+                              "*.xml",          "\"quote\".xml", "tab\t.xml",    "\xc3\xa4.xml"};
+  for (const std::string& path : kOdd) Write(path, Read("old.xml"));
+  Commit("first");
+  for (const std::string& path : kOdd) ExpectAllowed("git:HEAD:" + path);
+}
+
+TEST_F(GitInputTest, ALineBreakInAPathStaysOnItsLine) {
+  Commit("first");
+  ExpectRefused({"lint", "git:HEAD:a\nb"}, "korvelcheck: git:HEAD:a\\nb: is not in that commit\n");
+}
+
+TEST_F(GitInputTest, GitsEnvironmentIsHonoured) {
+  Commit("first");
+  std::filesystem::create_directory(PathOf("elsewhere"));
+  environment_.push_back("GIT_DIR=" + PathOf(".git").string());
+  ExpectAllowed("git:HEAD:old.xml", "elsewhere");
+}
+
+TEST_F(GitInputTest, TheLanguageOfGitDoesNotMatter) {
+  Commit("first");
+  environment_.push_back("LC_ALL=de_DE.UTF-8");
+  environment_.push_back("LANGUAGE=de");
+  ExpectAllowed("git:HEAD:old.xml");
+}
+
+TEST_F(GitInputTest, SchemaErrorsAreLocatedInTheCommit) {
+  Write("bad.xml", "<metalib name=\"m\" version=\"1\">\n  <meta/>\n</metalib>\n");
+  Commit("first");
+  EXPECT_THAT(Run({"lint", "git:HEAD:bad.xml"}).err, StartsWith("git:HEAD:bad.xml:2:3: error: "));
+}
+
+TEST_F(GitInputTest, WrongFormsAreRefused) {
+  Commit("first");
+  ExpectRefused({"lint", "git:HEAD"}, "korvelcheck: git:HEAD: the path is missing; allowed: git:REV:PATH\n");
+  ExpectRefused({"lint", "git:HEAD:"}, "korvelcheck: git:HEAD:: the path is missing; allowed: git:REV:PATH\n");
+  ExpectRefused({"lint", "git::old.xml"}, "korvelcheck: git::old.xml: the revision is missing\n");
+  ExpectRefused({"lint", "git:--all:old.xml"}, "korvelcheck: git:--all:old.xml: a revision begins with no '-'\n");
+}
+
+TEST_F(GitInputTest, AFileOfSuchANameIsGivenAsAPath) {
+  Write("git:HEAD:x", Read("old.xml"));
+  ExpectAllowed("./git:HEAD:x");
+}
+
+TEST_F(GitInputTest, WithoutGitTheCallSaysSo) {
+  Commit("first");
+  environment_.front() = "PATH=/nonexistent";
+  ExpectRefused({"lint", "git:HEAD:old.xml"}, "korvelcheck: git:HEAD:old.xml: needs git, which is not installed\n");
+}
+
+TEST_F(GitInputTest, OutsideOfARepositoryTheCallSaysSo) {
+  std::filesystem::remove_all(PathOf(".git"));
+  ExpectRefused({"lint", "git:HEAD:old.xml"},
+                "korvelcheck: git:HEAD:old.xml: not a git repository (or any of the parent directories): .git\n");
+}
+
+TEST_F(GitInputTest, ARepositoryWithoutACommitSaysSo) {
+  ExpectRefused({"lint", "git:HEAD:old.xml"}, "korvelcheck: git:HEAD:old.xml: the repository has no commit yet\n");
+  ExpectRefused({"lint", "git:main:old.xml"}, "korvelcheck: git:main:old.xml: the repository has no commit yet\n");
+}
+
+TEST_F(GitInputTest, UnknownRevisionsAreToldWithWhatWasMeant) {
+  Commit("first");
+  Git({"tag", "release-1"});
+  ExpectRefused({"lint", "git:mian:old.xml"}, "korvelcheck: git:mian:old.xml: unknown revision 'mian' (did you mean 'main'?)\n");
+  ExpectRefused({"lint", "git:relaese-1:old.xml"},
+                "korvelcheck: git:relaese-1:old.xml: unknown revision 'relaese-1' (did you mean 'release-1'?)\n");
+  ExpectRefused({"lint", "git:HEAD~7:old.xml"}, "korvelcheck: git:HEAD~7:old.xml: unknown revision 'HEAD~7'\n");
+}
+
+TEST_F(GitInputTest, AMissingCommitIsTold) {
+  Commit("first");
+  const std::string id(40, 'a');
+  const std::string argument = "git:" + id + ":old.xml";
+  const std::string text = "korvelcheck: " + argument + ": commit " + id + " is not in this clone";
+  ExpectRefused({"lint", argument}, text + "\n");
+  Git({"remote", "add", "upstream", "nowhere"});
+  ExpectRefused({"lint", argument}, text + "; bring it with: git fetch upstream " + id + "\n");
+}
+
+// What a job sees that clones with depth 1.
+class ShallowTest : public GitInputTest {
+ protected:
+  ShallowTest() {
+    first_ = Commit("first");
+    Git({"branch", "base"});
+    Commit("second");
+    Git({"clone", "-q", "--depth=1", "file://" + PathOf("").string(), "clone"});
+  }
+  void ExpectHelped(const std::string& revision, const std::string& what, const std::string& command) const {
+    const std::string argument = "git:" + revision + ":old.xml";
+    ExpectNotAsked(Run({"lint", argument}, "clone"),
+                   "korvelcheck: " + argument + ": " + what + "; bring it with: " + command + "\n");
+    GitIn("clone", Words(command.substr(4)));
+    EXPECT_EQ(Run({"lint", argument}, "clone").exit_code, 0) << command;
+  }
+  static std::vector<std::string> Words(std::string text) {
+    std::vector<std::string> words;
+    for (std::size_t end = text.find(' '); end != std::string::npos; end = text.find(' ')) {
+      words.push_back(text.substr(0, end));
+      text.erase(0, end + 1);
+    }
+    words.push_back(text);
+    return words;
+  }
+
+  std::string first_;
+};
+
+TEST_F(ShallowTest, TheCommandBringsAMissingCommit) {
+  ExpectHelped(first_, "commit " + first_ + " is not in this clone", "git fetch --depth=1 origin " + first_);
+}
+
+TEST_F(ShallowTest, TheCommandBringsTheRestOfTheHistory) {
+  ExpectHelped("HEAD~1", "'HEAD~1' lies beyond the end of this shallow clone", "git fetch --unshallow");
+}
+
+TEST_F(ShallowTest, TheCommandBringsAnotherBranch) {
+  ExpectHelped("origin/base", "unknown revision 'origin/base'", "git fetch --depth=1 origin base:refs/remotes/origin/base");
+}
+
+TEST_F(GitInputTest, PathsThatAreNotInTheCommitAreToldWithWhatWasMeant) {
+  std::filesystem::create_directory(PathOf("schemas"));
+  Write("schemas/orders.xml", Read("old.xml"));
+  Commit("first");
+  ExpectRefused({"lint", "git:HEAD:schemas/odrers.xml"},
+                "korvelcheck: git:HEAD:schemas/odrers.xml: is not in that commit (did you mean 'schemas/orders.xml'?)\n");
+  ExpectRefused({"lint", "git:HEAD:orders.xml"},
+                "korvelcheck: git:HEAD:orders.xml: is not in that commit (did you mean 'schemas/orders.xml'?)\n");
+  ExpectRefused({"lint", "git:HEAD:nothing.like.it"}, "korvelcheck: git:HEAD:nothing.like.it: is not in that commit\n");
+}
+
+TEST_F(GitInputTest, OnlyFilesAreRead) {
+  std::filesystem::create_directory(PathOf("schemas"));
+  Write("schemas/orders.xml", Read("old.xml"));
+  std::filesystem::create_symlink("old.xml", PathOf("link.xml"));
+  const std::string id = Commit("first");
+  Git({"update-index", "--add", "--cacheinfo", "160000," + id + ",module"});
+  Git({"commit", "-q", "-m", "second"});
+  ExpectRefused({"lint", "git:HEAD:schemas"}, "korvelcheck: git:HEAD:schemas: is a directory in that commit; allowed: a file\n");
+  ExpectRefused({"lint", "git:HEAD:./"}, "korvelcheck: git:HEAD:./: is a directory in that commit; allowed: a file\n");
+  ExpectRefused({"lint", "git:HEAD:link.xml"},
+                "korvelcheck: git:HEAD:link.xml: is a symbolic link in that commit; allowed: a file\n");
+  ExpectRefused({"lint", "git:HEAD:module"}, "korvelcheck: git:HEAD:module: is a submodule in that commit; allowed: a file\n");
+}
+
+// A program in git's place, for what the real one does once in a lifetime.
+TEST_F(GitInputTest, ATooLargeFileIsRefusedUnread) {
+  Commit("first");
+  ReplaceGit("[ \"$1\" = cat-file ] || exec \"$REAL_GIT\" \"$@\"\nread object; echo \"$object blob 1073741825\"; exec sleep 100");
+  ExpectRefused({"lint", "git:HEAD:old.xml"}, "korvelcheck: git:HEAD:old.xml: is too large; allowed: up to 1073741824 bytes\n");
+}
+
+TEST_F(GitInputTest, AGitThatDiesInTheMiddleIsTold) {
+  Commit("first");
+  ReplaceGit("[ \"$1\" = cat-file ] || exec \"$REAL_GIT\" \"$@\"\nread object; echo \"$object blob 100\"; kill -9 $$");
+  ExpectRefused({"lint", "git:HEAD:old.xml"},
+                "korvelcheck: git:HEAD:old.xml: git cat-file ended in the middle with exit code 137\n");
+  ReplaceGit("[ \"$1\" = cat-file ] || exec \"$REAL_GIT\" \"$@\"\necho 'fatal: no space' >&2; exit 5");
+  ExpectRefused({"lint", "git:HEAD:old.xml"},
+                "korvelcheck: git:HEAD:old.xml: git cat-file ended in the middle with exit code 5: no space\n");
+}
+
+TEST_F(GitInputTest, AGitThatFailsIsTold) {
+  Commit("first");
+  ReplaceGit("[ \"$2\" = ls-tree ] || exec \"$REAL_GIT\" \"$@\"\necho 'fatal: out of luck' >&2; exit 128");
+  ExpectRefused({"lint", "git:HEAD:old.xml"}, "korvelcheck: git:HEAD:old.xml: git ls-tree fails: out of luck\n");
+}
+
+TEST_F(GitInputTest, ADamagedRepositoryIsTold) {
+  Commit("first");
+  const std::string id = Git({"rev-parse", "HEAD:old.xml"}).substr(0, 40);
+  std::filesystem::remove(PathOf(".git/objects/" + id.substr(0, 2) + "/" + id.substr(2)));
+  ExpectRefused({"lint", "git:HEAD:old.xml"},
+                "korvelcheck: git:HEAD:old.xml: the repository lacks its object " + id + "; 'git fsck' tells more\n");
+}
+
+TEST_F(GitInputTest, FaultsOfEverySideAreTold) {
+  Commit("first");
+  ExpectRefused({"check", "git:HEAD:no.xml", "git:no:old.xml"},
+                "korvelcheck: git:HEAD:no.xml: is not in that commit\n"
+                "korvelcheck: git:no:old.xml: unknown revision 'no'\n");
+}
+
+}  // namespace
+}  // namespace tool_test
