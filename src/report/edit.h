@@ -50,12 +50,14 @@ struct Edit {
   // What changes in it: the entry, the index, the key of customattr; empty for the others. The new name of what was added, the
   // old one of everything else.
   std::string item;
-  std::string before;  // as schema files say it, "" where there is none: "uint32", "5", "uid zone"
+  // As schema files say it, "" where there is none: "uint32", "string(32)", "5", "uid zone". Of what was added or removed its
+  // type or columns ("zone desc, uid"). Of what is moved the entry or index behind which it stands, "" at the front.
+  std::string before;
   std::string after;
-  // The ways from the table to the place, in the order of the fields, at most kMaxPaths of them: "orders.items[].price",
-  // "orders" for the table itself, "" for the library.
+  // The ways from the table to the place as the old side has them, in the order of the fields, at most kMaxPaths:
+  // "orders.items[].price", "orders" for the table itself, its keys and indexes, "" for the library.
   std::vector<std::string> paths;
-  std::size_t path_count = 0;  // of all ways; 1 unless the meta is used more than once. Counted up to 2^32
+  std::size_t path_count = 0;  // of all ways; 1 unless the meta is embedded more than once. Counted up to 2^32
   Location old_place;          // nowhere for what was added
   Location new_place;          // for what was removed, the nearest element that encloses its place
 };

@@ -19,8 +19,8 @@ struct EntryModel {
   std::int32_t id = -1;    // -1 = none
   std::int32_t version = 1;
   std::int32_t count = 1;
-  std::string refer;  // empty = fixed count
-  std::optional<std::string> customattr2;
+  std::string refer = {};  // empty = fixed count
+  std::optional<std::string> customattr2 = {};
 
   bool operator==(const EntryModel&) const = default;
 };
@@ -42,11 +42,11 @@ struct IndexModel {
 struct MetaModel {
   std::string name;
   enQMXType kind = QMX_TYPE_STRUCT;
-  std::optional<std::string> customattr;
-  std::vector<EntryModel> entries;
-  std::vector<std::string> primary_key;
-  std::vector<std::string> splittable_key;
-  std::vector<IndexModel> indexes;
+  std::optional<std::string> customattr = {};
+  std::vector<EntryModel> entries = {};
+  std::vector<std::string> primary_key = {};
+  std::vector<std::string> splittable_key = {};
+  std::vector<IndexModel> indexes = {};
   std::uint32_t position = 0;  // in the library it was read from; no part of what it is
 
   bool operator==(const MetaModel& other) const;
