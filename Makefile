@@ -6,7 +6,7 @@ JOBS ?= $(shell nproc)
 PREFIX ?= /usr/local
 
 .DEFAULT_GOAL := help
-.PHONY: help example test bench clang sanitize coverage goldens lint format install
+.PHONY: help example test bench clang sanitize coverage goldens docs lint format install
 
 help: ## list these commands
 	@sed -n 's/^\([a-z]*\):.* ## /\1\t/p' $(MAKEFILE_LIST) | expand -t 12
@@ -45,6 +45,12 @@ goldens: ## remake tests/cases/*/*/expected; look at the difference before you c
 	cmake --preset test
 	cmake --build --preset test -j $(JOBS) --target cases_test
 	KORVEL_UPDATE_GOLDENS=1 build/test/tests/cases/cases_test
+
+docs: ## remake docs/rules from the rule book
+	$(INSTALL_DEPS) example
+	cmake --preset release
+	cmake --build --preset release -j $(JOBS) --target korvelcheck
+	scripts/make-docs build/release/src/tool/korvelcheck
 
 lint: ## format, clang-tidy, who includes whom, headers by themselves
 	$(INSTALL_DEPS) ci

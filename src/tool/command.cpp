@@ -7,9 +7,9 @@
 namespace korvel::tool {
 
 std::span<const Command* const> Commands() {
-  static constexpr const Command* kCommands[] = {&kCheckCommand,   &kCompatCommand,   &kValuesCommand,
-                                                 &kSameCommand,    &kSortlistCommand, &kLintCommand,
-                                                 &kCompileCommand, &kDumpCommand,     &kLayoutCommand};
+  static constexpr const Command* kCommands[] = {&kCheckCommand,    &kCompatCommand, &kValuesCommand,  &kSameCommand,
+                                                 &kSortlistCommand, &kLintCommand,   &kCompileCommand, &kDumpCommand,
+                                                 &kLayoutCommand,   &kRulesCommand,  &kExplainCommand};
   return kCommands;
 }
 

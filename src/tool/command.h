@@ -21,7 +21,10 @@ enum OptionSet : unsigned {
   kNeedsOutput = 16,     // --output must be given
   kManyInputs = 32,      // any number of files like the first
   kSecondIsOptional = 64,
-  kTextOrJson = 128,  // --format text|json, of a command that makes its own text
+  kTextOrJson = 128,    // --format text|json, of a command that makes its own text
+  kTakesWord = 256,     // the first argument is a word and no file
+  kBookOption = 512,    // --format, of the rule book
+  kCodesOption = 1024,  // --codes
 };
 
 // What help and reports call an input file.
@@ -41,7 +44,7 @@ struct Answer {
 struct Command {
   const char* name;
   const char* summary;
-  InputName first;
+  InputName first;   // kNoInput: takes no files
   InputName second;  // kNoInput: none
   unsigned options;  // OptionSet, joined
   // One of the two. Both throw CannotAsk.
@@ -61,6 +64,8 @@ extern const Command kLintCommand;
 extern const Command kCompileCommand;
 extern const Command kDumpCommand;
 extern const Command kLayoutCommand;
+extern const Command kRulesCommand;
+extern const Command kExplainCommand;
 
 // In the order in which help shows them.
 std::span<const Command* const> Commands();

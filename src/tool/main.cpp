@@ -43,7 +43,7 @@ std::string Help() {
       "Usage: korvelcheck COMMAND [OPTIONS] FILES\n\nCommands:\n";
   for (const Command* command : Commands()) {
     const std::string name = command->name;
-    text += "  " + name + std::string(10 - name.size(), ' ') + command->summary + "\n";
+    text += "  " + name + std::string(12 - name.size(), ' ') + command->summary + "\n";
   }
   return text +
          "\n'korvelcheck COMMAND --help' lists a command's options; 'korvelcheck --version' tells the version.\n"

@@ -110,6 +110,21 @@ std::vector<Choice> FormatChoices() {
   return choices;
 }
 
+std::vector<Choice> BookFormatChoices() {
+  std::vector<Choice> choices;
+  for (const BookFormat* format : BookFormats()) choices.push_back({format->name, static_cast<int>(choices.size())});
+  return choices;
+}
+
+void AddBookOptions(CLI::App& app, const Command& command, Options& options) {
+  static const std::vector<Choice> formats = BookFormatChoices();  // the option keeps looking at them
+  if ((command.options & kBookOption) != 0) {
+    AddChoice(app, "--format", formats, "form of the page; default: text",
+              [&options](int code) { options.book_format = BookFormats()[static_cast<std::size_t>(code)]; });
+  }
+  if ((command.options & kCodesOption) != 0) app.add_flag("--codes", options.codes, "list the result codes, not the rules");
+}
+
 void AddReportOptions(CLI::App& app, Options& options, vesk::LogSettings& log) {
   static const std::vector<Choice> formats = FormatChoices();  // the option keeps looking at them
   AddChoice(app, "--format", formats, "form of the report; default: text",
@@ -139,6 +154,13 @@ bool IsOption(std::string_view argument) { return argument.size() > 1 && argumen
 
 void AddInputs(CLI::App& app, const Command& command, Options& options) {
   constexpr char kWhat[] = "schema file or image; '-': standard input";
+  if (command.first.argument == nullptr) return;
+  if ((command.options & kTakesWord) != 0) {
+    app.add_option(command.first.argument, options.word, "a rule, a result code or its name, or a text of the checker")
+        ->required()
+        ->type_name("");
+    return;
+  }
   if ((command.options & kManyInputs) != 0) {
     app.add_option(command.first.argument, options.inputs, "schema files or images; '-': standard input")
         ->required()
@@ -197,6 +219,7 @@ std::optional<Options> ParseOptions(const Command& command, const std::vector<st
   if ((command.options & kNeedsOutput) != 0 || std::any_of(arguments.begin(), arguments.end(), IsOption)) {
     AddTableOptions(app, command, options);
     AddOutput(app, command, options);
+    AddBookOptions(app, command, options);
     if (command.run != nullptr) AddReportOptions(app, options, log);
     if ((command.options & kTextOrJson) != 0) AddTextOrJson(app, options);
   }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "report/book_format.h"
 #include "report/render.h"
 #include "report/settings.h"
 #include "tool/reports.h"
@@ -20,8 +21,11 @@ struct Options {
   std::optional<std::string> dst_table;  // --dst-table; absent = as --table
   Settings given;
   const Format* format = report::Formats().data();
-  bool json = false;                  // --format of commands that take kTextOrJson
-  std::optional<std::string> output;  // absent = standard output
+  bool json = false;                                   // --format of commands that take kTextOrJson
+  std::string word;                                    // of commands that take kTakesWord
+  const BookFormat* book_format = &report::kBookText;  // --format of commands that take kBookOption
+  bool codes = false;                                  // --codes
+  std::optional<std::string> output;                   // absent = standard output
   std::optional<vesk::LogSettings> log;
 };
 

@@ -1,11 +1,13 @@
 // Every row of the catalogue that schema files can bring about has a case in which it fires; the others are named here.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <set>
 
 #include "case_run.h"
 #include "common/refusals.h"
+#include "report/rule_book.h"
 
 namespace cases {
 namespace {
@@ -33,6 +35,9 @@ const std::map<std::string, std::string> kNotFromFiles = {
     {"length.field-missing", "fields that are counted can be had"},
 };
 
+// Rows that only an operation that is handed no structure says: it is asked so where a file lacks the table.
+const std::set<std::string> kOnlyWithoutStructure = {"arguments.meta", "arguments.old-meta", "arguments.new-meta"};
+
 void Collect(const std::string& text, std::set<std::string>& ids) {
   if (const korvel::RefusalRow* row = korvel::Identify(text)) ids.insert(row->id);
 }
@@ -53,6 +58,26 @@ TEST(Catalogue, EveryRowFiresInACaseOrIsNamed) {
   for (const korvel::RefusalRow* row : korvel::AllRefusals()) {
     EXPECT_NE(fired.contains(row->id), kNotFromFiles.contains(row->id))
         << row->id << (fired.contains(row->id) ? ": fires, yet is named as one that files cannot bring about" : ": has no case");
+  }
+}
+
+TEST(Catalogue, TheBookHasAnExampleOfEveryRowThatFilesBringAbout) {
+  for (const korvel::report::RulePage& page : korvel::report::AllPages()) {
+    const bool from_files = !kNotFromFiles.contains(page.id) && !kOnlyWithoutStructure.contains(page.id);
+    EXPECT_EQ(korvel::report::HasExample(page), from_files) << page.id;
+  }
+}
+
+// Under every operation: the code that comes with a text is one that its page names, and the page of the code names the rule.
+TEST(Catalogue, TheBookNamesTheCodesThatAreReturned) {
+  for (const std::string& name : Names()) {
+    for (const Answer& answer : AskAll(Load(name))) {
+      const korvel::RefusalRow* row = korvel::Identify(answer.text);
+      if (answer.code.value_or(0) == 0 || row == nullptr) continue;
+      const std::vector<int> codes = korvel::report::CodesOf(*korvel::report::FindPage(row->id));
+      EXPECT_EQ(std::count(codes.begin(), codes.end(), *answer.code), 1)
+          << name << ": " << answer.operation << " returns " << *answer.code << " with " << row->id;
+    }
   }
 }
 

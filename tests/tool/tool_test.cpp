@@ -62,6 +62,16 @@ Outcome ToolTest::Korvelcheck(Call call) const {
   return RunProgram(call);
 }
 
+// The names stand behind two blanks each, below the line "Commands:".
+std::vector<std::string> ToolTest::CommandNames() const {
+  std::istringstream help(Korvelcheck({"--help"}).out);
+  std::vector<std::string> names;
+  std::string line;
+  while (std::getline(help, line) && line != "Commands:") continue;
+  while (std::getline(help, line) && line.starts_with("  ")) names.push_back(line.substr(2, line.find(' ', 2) - 2));
+  return names;
+}
+
 void ExpectOutcome(const Outcome& outcome, int exit_code, const std::string& out, const std::string& err) {
   EXPECT_EQ(outcome.exit_code, exit_code);
   EXPECT_EQ(outcome.out, out);

@@ -39,6 +39,9 @@ class ToolTest : public testing::Test {
   Outcome Korvelcheck(const std::vector<std::string>& arguments) const;
   Outcome Korvelcheck(Call call) const;
 
+  // The commands that the program's help lists.
+  std::vector<std::string> CommandNames() const;
+
  private:
   std::filesystem::path directory_;
 };
