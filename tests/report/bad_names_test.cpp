@@ -1,0 +1,40 @@
+// Every bad name is found, with the checker's answer about it.
+#include "report/bad_names.h"
+
+#include <gmock/gmock.h>
+
+namespace report_test {
+namespace {
+
+using korvel::report::BadName;
+using korvel::report::FindBadNames;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// "position: code" of each.
+std::vector<std::string> Found(const std::vector<std::string>& names, std::size_t most = 1000) {
+  std::vector<std::string> shown;
+  for (const BadName& bad : FindBadNames("orders", names, most)) {
+    shown.push_back(std::to_string(bad.position) + ": " + std::to_string(bad.verdict.code));
+    EXPECT_EQ(bad.verdict.text, "CheckFieldNameValidate failed! table:'orders'");
+    EXPECT_EQ(bad.verdict.rule, "field-name.invalid");
+  }
+  return shown;
+}
+
+TEST(BadNames, AllOfThemAreFound) {
+  EXPECT_THAT(Found({"uid", "9x", "zone", "a-b", "", std::string(32, 'n'), std::string(31, 'n')}),
+              ElementsAre("1: -17", "3: -18", "4: -19", "5: -9"));
+}
+
+TEST(BadNames, GoodNamesAreNone) {
+  EXPECT_THAT(Found({"uid", "_", "k", "K9"}), IsEmpty());
+  EXPECT_THAT(Found({}), IsEmpty());
+}
+
+TEST(BadNames, ANameThatStandsTwiceIsBadTwice) { EXPECT_THAT(Found({"9x", "9x", "x"}), ElementsAre("0: -17", "1: -17")); }
+
+TEST(BadNames, StopsAtTheMost) { EXPECT_THAT(Found({"a", "1", "2", "3"}, 2), ElementsAre("1: -17", "2: -17")); }
+
+}  // namespace
+}  // namespace report_test
