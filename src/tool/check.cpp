@@ -20,7 +20,7 @@ Answer Run(const Command& command, const Options& options, LPVESKCATEGORYINST lo
   const Pair pair = PairOf(report);
   const Selection selection = SelectTables(pair, options.tables);
   JudgeEach(report, options, selection.compared,
-            [&](const std::string& table) { return JudgeChange(pair, table, options.given, log); });
+            [&](const std::string& table) { return JudgeChange(pair, table, GivenFor(options, table), log); });
   for (const std::string& table : selection.added) report.tables.push_back(NewTable(pair, table));
   return answer;
 }

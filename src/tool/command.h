@@ -73,6 +73,9 @@ std::span<const Command* const> Commands();
 // Null for an unknown name.
 const Command* FindCommand(std::string_view name);
 
+// Whether the settings of a project count for the command.
+inline bool UsesProject(const Command& command) { return (command.options & (kCreatedAsOption | kSettingOptions)) != 0; }
+
 // The answer of the command without tables yet, about the files read.
 Answer StartAnswer(const Command& command, std::vector<Input> inputs);
 

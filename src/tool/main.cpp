@@ -95,11 +95,12 @@ void Write(const std::string& text, const Options& options) {
 
 int RunCommand(const Command& command, const std::vector<std::string>& arguments) {
   std::string help;
-  const std::optional<Options> options = ParseOptions(command, arguments, help);
+  std::optional<Options> options = ParseOptions(command, arguments, help);
   if (!options) {
     WriteStandardOutput(help);
     return kAllAllowed;
   }
+  if (UsesProject(command)) options->project = ProjectOf(*options);
   RefuseOverlaps(*options);
   if (command.make != nullptr) {
     Write(command.make(*options), *options);

@@ -5,7 +5,6 @@
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <algorithm>
-#include <charconv>
 #include <string_view>
 
 #include "qmx/did_you_mean.h"
@@ -14,6 +13,7 @@
 #include "report/one_line.h"
 #include "tool/cannot_ask.h"
 #include "tool/command.h"
+#include "tool/setting_values.h"
 
 namespace korvel::tool {
 namespace {
@@ -38,29 +38,11 @@ CLI::Option* AddChoice(CLI::App& app, const std::string& option, std::span<const
   return app.add_option_function<std::string>(option, take, description)->type_name(NamesOf(choices));
 }
 
-// Whether `text` is numbers joined by dots.
-bool IsVersion(std::string_view text) {
-  bool number = false;  // the byte before was a digit
-  for (const char c : text) {
-    const bool digit = c >= '0' && c <= '9';
-    if (!digit && !(c == '.' && number)) return false;
-    number = digit;
-  }
-  return number;
-}
-
-std::optional<int> ParseCount(std::string_view text) {
-  int value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size() || value < 0) return std::nullopt;
-  return value;
-}
-
 void AddSettings(CLI::App& app, Settings& given) {
   AddChoice(app, "--type", kTableTypes, "kind of the table; default: as the old schema's attributes say, else generic",
             [&given](int code) { given.type = code; });
   const auto take_version = [&given](const std::string& value) {
-    if (!IsVersion(value)) RefuseValue("--server-version", value, "numbers joined by dots, like 3.29.0");
+    if (!IsVersion(value)) RefuseValue("--server-version", value, kAllowedVersion);
     given.server_version = value;
   };
   app.add_option_function<std::string>("--server-version", take_version,
@@ -69,11 +51,18 @@ void AddSettings(CLI::App& app, Settings& given) {
   app.add_option("--whitelist", given.whitelist, "fields that may exceed the length limit, joined by ';'")->type_name("A;B");
   const auto take_list_num = [&given](const std::string& value) {
     given.list_num = ParseCount(value);
-    if (!given.list_num) RefuseValue("--list-num", value, "0 to 2147483647");
+    if (!given.list_num) RefuseValue("--list-num", value, kAllowedListNum);
   };
   app.add_option_function<std::string>("--list-num", take_list_num,
                                        "list length on the server; default: as the old schema's attributes say, else 0")
       ->type_name("N");
+}
+
+void AddProjectOptions(CLI::App& app, Options& options) {
+  CLI::Option* const named = app.add_option("--project", options.project_file,
+                                            "project file; default: korvelcheck.toml here or in the nearest directory above")
+                                 ->type_name("FILE");
+  app.add_flag("--no-project", options.no_project, "use no project file")->excludes(named);
 }
 
 void AddTableOptions(CLI::App& app, const Command& command, Options& options) {
@@ -94,6 +83,7 @@ void AddTableOptions(CLI::App& app, const Command& command, Options& options) {
               [&options](int code) { options.given.created_as = code; });
   }
   if ((command.options & kSettingOptions) != 0) AddSettings(app, options.given);
+  if (UsesProject(command)) AddProjectOptions(app, options);
 }
 
 void AddOutput(CLI::App& app, const Command& command, Options& options) {

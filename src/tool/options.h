@@ -8,6 +8,7 @@
 #include "report/book_format.h"
 #include "report/render.h"
 #include "report/settings.h"
+#include "tool/project.h"
 #include "tool/reports.h"
 #include "vesk/log_category.h"
 
@@ -20,6 +21,9 @@ struct Options {
   std::vector<std::string> tables;       // --table; empty = all
   std::optional<std::string> dst_table;  // --dst-table; absent = as --table
   Settings given;
+  std::optional<std::string> project_file;  // --project
+  bool no_project = false;
+  std::optional<Project> project;  // that of the call, once it was read
   const Format* format = report::Formats().data();
   bool json = false;                                   // --format of commands that take kTextOrJson
   std::string word;                                    // of commands that take kTakesWord

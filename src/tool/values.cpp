@@ -24,7 +24,8 @@ Answer Run(const Command& command, const Options& options, LPVESKCATEGORYINST lo
   const Pair pair = PairOf(report);
   const std::vector<std::string> tables = SelectFromFirst(pair, options.tables);
   RequireTables(pair.second, tables);
-  JudgeEach(report, options, tables, [&](const std::string& table) { return JudgeValues(pair, table, options.given, log); });
+  JudgeEach(report, options, tables,
+            [&](const std::string& table) { return JudgeValues(pair, table, GivenFor(options, table), log); });
   return answer;
 }
 

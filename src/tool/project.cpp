@@ -1,0 +1,64 @@
+// Finds project files. Their form is project_file.cpp's business. Held by tests/tool/project_file_test.cpp.
+#include "tool/project.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "tool/file_bytes.h"
+#include "tool/options.h"
+
+namespace korvel::tool {
+namespace {
+
+using report::Settings;
+
+template <class T>
+void FillIn(std::optional<T>& setting, const std::optional<T>& other) {
+  if (!setting) setting = other;
+}
+
+void FillIn(Settings& settings, const Settings& others) {
+  FillIn(settings.type, others.type);
+  FillIn(settings.created_as, others.created_as);
+  FillIn(settings.server_version, others.server_version);
+  FillIn(settings.whitelist, others.whitelist);
+  FillIn(settings.list_num, others.list_num);
+}
+
+}  // namespace
+
+Project ReadProject(const std::string& path) {
+  const Bytes bytes = ReadAll(OpenInput(path));
+  return ParseProject(path, std::filesystem::path(path).parent_path(), std::string(bytes.View()));
+}
+
+// As a way upwards, so that what is shown can be opened from here.
+std::optional<std::string> FindProjectFile() {
+  std::error_code error;
+  std::string up;
+  for (std::filesystem::path directory = std::filesystem::current_path(error); !error; directory = directory.parent_path()) {
+    const std::string path = up + kProjectFileName;
+    if (std::filesystem::exists(path, error)) return path;
+    if (directory == directory.parent_path()) break;
+    up += "../";
+  }
+  return std::nullopt;
+}
+
+std::optional<Project> ProjectOf(const Options& options) {
+  if (options.no_project) return std::nullopt;
+  const std::optional<std::string> path = options.project_file ? options.project_file : FindProjectFile();
+  if (!path) return std::nullopt;
+  return ReadProject(*path);
+}
+
+Settings GivenFor(const Options& options, const std::string& table) {
+  Settings settings = options.given;
+  if (!options.project) return settings;
+  const auto found = options.project->tables.find(table);
+  if (found != options.project->tables.end()) FillIn(settings, found->second);
+  FillIn(settings, options.project->defaults);
+  return settings;
+}
+
+}  // namespace korvel::tool

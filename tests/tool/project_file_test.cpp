@@ -1,0 +1,165 @@
+// korvelcheck.toml: where it is found, what it sets, and every fault of one.
+#include <gmock/gmock.h>
+
+#include "tool_test.h"
+
+namespace tool_test {
+namespace {
+
+using testing::HasSubstr;
+
+class ProjectFileTest : public ToolTest {
+ protected:
+  Outcome Check(const std::vector<std::string>& more = {}, const std::string& directory = "") const {
+    std::vector<std::string> arguments = {"check", PathOf("old.xml"), PathOf("same.xml"), "--format", "json"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return RunProgram(Call{.arguments = arguments, .directory = PathOf(directory)});
+  }
+  // What a check under this project says about the file.
+  void ExpectFaults(const std::string& text, const std::string& faults) const {
+    Write("korvelcheck.toml", text);
+    ExpectNotAsked(Check(), faults);
+  }
+};
+
+constexpr char kList[] = "[defaults]\nlist-num = 77\n";
+
+TEST_F(ProjectFileTest, TheNearestOneAboveCounts) {
+  std::filesystem::create_directories(PathOf("a/b/c"));
+  Write("korvelcheck.toml", kList);
+  Write("a/korvelcheck.toml", "[defaults]\nlist-num = 78\n");
+  EXPECT_THAT(Check().out, HasSubstr("\"list_num\": 77"));
+  EXPECT_THAT(Check({}, "a/b/c").out, HasSubstr("\"list_num\": 78"));
+}
+
+TEST_F(ProjectFileTest, OneIsNamedOrNoneIsUsed) {
+  Write("korvelcheck.toml", kList);
+  Write("other.toml", "[defaults]\nlist-num = 5\n");
+  EXPECT_THAT(Check({"--project", "other.toml"}).out, HasSubstr("\"list_num\": 5"));
+  EXPECT_THAT(Check({"--no-project"}).out, HasSubstr("\"list_num\": 0"));
+  ExpectNotAsked(Check({"--project", "no.toml"}), "korvelcheck: no.toml: No such file or directory\n");
+  EXPECT_EQ(Check({"--project", "other.toml", "--no-project"}).exit_code, 2);
+}
+
+TEST_F(ProjectFileTest, OptionsCountBeforeTheTableTheDefaultsAndTheSchema) {
+  Write("old.xml", Library(5, {Table({.attributes = "TableType=LIST;ListNum=9"}), Table({.name = "users"})}));
+  Write("same.xml", Read("old.xml"));
+  EXPECT_THAT(Check({"--table", "orders"}).out, HasSubstr("\"list_num\": 9"));
+  Write("korvelcheck.toml", "[defaults]\nlist-num = 10\ntype = \"list\"\n[tables.orders]\nlist-num = 11\n");
+  EXPECT_THAT(Check({"--table", "orders"}).out, HasSubstr("\"list_num\": 11"));
+  EXPECT_THAT(Check({"--table", "orders"}).out, HasSubstr("\"type\": \"list\""));
+  EXPECT_THAT(Check({"--table", "users"}).out, HasSubstr("\"list_num\": 10"));
+  EXPECT_THAT(Check({"--table", "orders", "--list-num", "12"}).out, HasSubstr("\"list_num\": 12"));
+}
+
+TEST_F(ProjectFileTest, EverySettingIsRead) {
+  Write("korvelcheck.toml",
+        "[tables.\"orders\"]\ntype = \"generic\"\ncreated-as = \"tlv\"\nserver-version = \"3.29.0\"\n"
+        "whitelist = [\"note\", \"mail\"]\nlist-num = 3\n");
+  const std::string out = Check({"--table", "orders"}).out;
+  for (const char* setting : {"\"type\": \"generic\"", "\"created_as\": \"tlv\"", "\"server_version\": \"3.29.0\"",
+                              "\"whitelist\": \"note;mail\"", "\"list_num\": 3"}) {
+    EXPECT_THAT(out, HasSubstr(setting));
+  }
+  Write("korvelcheck.toml", "[defaults]\nwhitelist = \"a;b\"\n");
+  EXPECT_THAT(Check().out, HasSubstr("\"whitelist\": \"a;b\""));
+}
+
+TEST_F(ProjectFileTest, AnEmptyOneSetsNothing) {
+  Write("korvelcheck.toml", "");
+  EXPECT_EQ(Check().exit_code, 0);
+}
+
+TEST_F(ProjectFileTest, TheExampleIsOne) {
+  const Outcome outcome = Check({"--project", KORVEL_SOURCE_DIR "/examples/korvelcheck.toml"});
+  EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
+  EXPECT_THAT(outcome.out, HasSubstr("\"server_version\": \"3.29.0\""));
+}
+
+TEST_F(ProjectFileTest, OtherCommandsDoWithout) {
+  Write("korvelcheck.toml", "not TOML");
+  EXPECT_EQ(Korvelcheck({"same", "old.xml", "same.xml"}).exit_code, 0);
+  EXPECT_EQ(Korvelcheck({"lint", "old.xml"}).exit_code, 2);
+}
+
+TEST_F(ProjectFileTest, UnknownKeysAreTold) {
+  ExpectFaults("[schema]\n",
+               "korvelcheck.toml:1:2: error: unknown key 'schema' (did you mean 'schemas'?); allowed: schemas, "
+               "defaults, tables, waivers\n");
+  ExpectFaults("[schemas]\npaths = []\n  path = []\n",
+               "korvelcheck.toml:3:3: error: unknown key 'path' in [schemas] (did you mean 'paths'?); allowed: paths, exclude, "
+               "against\n");
+  ExpectFaults("[tables.'a b']\ncreated_as = 'qmx'\n",
+               "korvelcheck.toml:2:1: error: unknown key 'created_as' in [tables.'a b'] (did you mean 'created-as'?); allowed: "
+               "type, created-as, server-version, whitelist, list-num\n");
+}
+
+TEST_F(ProjectFileTest, WrongTypesAndValuesAreTold) {
+  struct Wrong {
+    const char* text;
+    const char* fault;
+  };
+  const Wrong kCases[] = {
+      {"schemas = 1", "1:11: error: [schemas] is a number; allowed: a table"},
+      {"[schemas]\npaths = 'a'",
+       "2:9: error: paths is a text; allowed: a list of paths below the project file, with '*', '?' and '**'"},
+      {"[schemas]\npaths = ['a', 2]",
+       "2:15: error: paths[1] is a number; allowed: paths below the project file, with '*', '?' and '**'"},
+      {"[schemas]\npaths = ['../a']",
+       "2:10: error: paths has '../a'; allowed: paths below the project file, with '*', '?' and '**'"},
+      {"[schemas]\nexclude = ['/a']",
+       "2:12: error: exclude has '/a'; allowed: paths below the project file, with '*', '?' and '**'"},
+      {"[schemas]\npaths = ['']", "2:10: error: paths has ''; allowed: paths below the project file, with '*', '?' and '**'"},
+      {"[schemas]\nagainst = true", "2:11: error: against is a truth value; allowed: 'git:REV' or a directory"},
+      {"[schemas]\nagainst = ''", "2:11: error: against is empty; allowed: 'git:REV' or a directory"},
+      {"[defaults]\ntype = 'heap'", "2:8: error: type is 'heap'; allowed: generic|list"},
+      {"[defaults]\ntype = 1.5", "2:8: error: type is a number; allowed: generic|list"},
+      {"[defaults]\ncreated-as = 'QMX'", "2:14: error: created-as is 'QMX'; allowed: qmx|tlv"},
+      {"[defaults]\nserver-version = 3",
+       "2:18: error: server-version is a number; allowed: a text of numbers joined by dots, like 3.29.0"},
+      {"[defaults]\nserver-version = 'v3'", "2:18: error: server-version is 'v3'; allowed: numbers joined by dots, like 3.29.0"},
+      {"[defaults]\nwhitelist = 3", "2:13: error: whitelist is a number; allowed: a list of names of fields"},
+      {"[defaults]\nwhitelist = ['a;b']", "2:14: error: whitelist has 'a;b'; allowed: names of fields without ';'"},
+      {"[defaults]\nlist-num = '3'", "2:12: error: list-num is a text; allowed: 0 to 2147483647"},
+      {"[defaults]\nlist-num = -1", "2:12: error: list-num is -1; allowed: 0 to 2147483647"},
+      {"[defaults]\nlist-num = 2147483648", "2:12: error: list-num is 2147483648; allowed: 0 to 2147483647"},
+      {"tables = []", "1:10: error: tables is a list; allowed: tables like [tables.\"NAME\"]"},
+      {"[tables]\na = 1", "2:5: error: [tables.'a'] is a number; allowed: a table"},
+      {"waivers = 2026-01-01", "1:11: error: waivers is a date; allowed: tables like [[waivers]]"},
+      {"[[waivers]]\nreason = 5", "2:10: error: reason is a number; allowed: a text"},
+      {"[[waivers]]\nuntil = 5", "2:9: error: until is a number; allowed: a day like 2027-01-31"},
+  };
+  for (const auto& [text, fault] : kCases) ExpectFaults(text, std::string("korvelcheck.toml:") + fault + "\n");
+}
+
+TEST_F(ProjectFileTest, AllFaultsAreToldAtOnce) {
+  Write("korvelcheck.toml", "[schemas]\npath = []\n[defaults]\ntype = 3\n[tables.a]\nlist-num = -5\n");
+  const std::string err = Check().err;
+  EXPECT_EQ(std::count(err.begin(), err.end(), '\n'), 3) << err;
+}
+
+TEST_F(ProjectFileTest, WhatIsNoTomlHasALineAndAColumn) {
+  const Outcome outcome = [&] {
+    Write("korvelcheck.toml", "[schemas]\npaths = [\n");
+    return Check();
+  }();
+  EXPECT_EQ(outcome.exit_code, 2);
+  EXPECT_THAT(outcome.err, testing::MatchesRegex("korvelcheck.toml:[23]:[0-9]+: error: [^\n]+\n"));
+  for (const std::string& text :
+       {std::string("\xff\xfe"), std::string("a\0b", 3), std::string("a = 1\na = 2\n"), std::string(5000, '[')}) {
+    Write("korvelcheck.toml", text);
+    const Outcome odd = Check();
+    EXPECT_EQ(odd.exit_code, 2);
+    EXPECT_THAT(odd.err, testing::MatchesRegex("korvelcheck.toml:[0-9]+:[0-9]+: error: [^\n]+\n"));
+  }
+}
+
+TEST_F(ProjectFileTest, ADirectoryOfTheNameIsAnError) {
+  std::filesystem::create_directory(PathOf("korvelcheck.toml"));
+  const Outcome outcome = Check();
+  EXPECT_EQ(outcome.exit_code, 2);
+  EXPECT_THAT(outcome.err, HasSubstr("korvelcheck.toml: is a directory"));
+}
+
+}  // namespace
+}  // namespace tool_test
