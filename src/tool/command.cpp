@@ -9,7 +9,7 @@ namespace korvel::tool {
 std::span<const Command* const> Commands() {
   static constexpr const Command* kCommands[] = {&kCheckCommand,    &kCompatCommand, &kValuesCommand,  &kSameCommand,
                                                  &kSortlistCommand, &kLintCommand,   &kCompileCommand, &kDumpCommand,
-                                                 &kLayoutCommand,   &kRulesCommand,  &kExplainCommand};
+                                                 &kLayoutCommand,   &kDiffCommand,   &kRulesCommand,   &kExplainCommand};
   return kCommands;
 }
 

@@ -64,6 +64,7 @@ extern const Command kLintCommand;
 extern const Command kCompileCommand;
 extern const Command kDumpCommand;
 extern const Command kLayoutCommand;
+extern const Command kDiffCommand;
 extern const Command kRulesCommand;
 extern const Command kExplainCommand;
 
