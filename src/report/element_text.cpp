@@ -180,10 +180,17 @@ void TextEdits::InsertBefore(std::size_t element, std::string_view inserted) {
   Add(place, place, blanks + std::string(inserted) + (own_line ? std::string(LineEndAt(text_, element)) : ""));
 }
 
+// What is taken out goes with blanks around it, which another element on the line may take as well, and at whose edge something
+// may be inserted.
 std::vector<Replacement> TextEdits::Finish() {
   std::ranges::stable_sort(edits_, [](const Replacement& a, const Replacement& b) {
     return std::pair(a.span.begin, a.span.end) < std::pair(b.span.begin, b.span.end);
   });
+  std::size_t done = 0;
+  for (Replacement& edit : edits_) {
+    edit.span = {std::max(edit.span.begin, done), std::max(edit.span.end, done)};
+    done = edit.span.end;
+  }
   return std::move(edits_);
 }
 

@@ -135,6 +135,14 @@ TEST(InsertBefore, HasALineOfItsOwnWhereTheOtherHas) {
              [](Text& text) { text.edits().InsertBefore(text.Named("x"), "<n/>"); });
 }
 
+TEST(TextEdits, NeighboursOnALineShareTheirBlanks) {
+  Text text("<m>\n  <e name=\"x\"/>  <e name=\"y\"/>  <z/>\n</m>");
+  text.edits().Remove(text.Named("x"));
+  text.edits().Remove(text.Named("y"));
+  text.edits().InsertBehind(text.Named("x"), "<n/>");
+  EXPECT_EQ(text.Result(), "<m>\n  <n/>  <z/>\n</m>");
+}
+
 TEST(TextEdits, InsertionsAtOnePlaceKeepTheirOrderAndLieBeforeWhatIsTakenOut) {
   Text text("<m>\n  <e name=\"x\"/>\n  <e name=\"y\"/>\n</m>");
   text.edits().Remove(text.Named("y"));
