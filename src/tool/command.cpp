@@ -7,9 +7,10 @@
 namespace korvel::tool {
 
 std::span<const Command* const> Commands() {
-  static constexpr const Command* kCommands[] = {&kCheckCommand,    &kCompatCommand, &kValuesCommand,  &kSameCommand,
-                                                 &kSortlistCommand, &kLintCommand,   &kCompileCommand, &kDumpCommand,
-                                                 &kLayoutCommand,   &kDiffCommand,   &kRulesCommand,   &kExplainCommand};
+  static constexpr const Command* kCommands[] = {
+      &kCheckCommand, &kCompatCommand, &kValuesCommand, &kSameCommand,  &kSortlistCommand, &kLintCommand,       &kCompileCommand,
+      &kDumpCommand,  &kLayoutCommand, &kDiffCommand,   &kRulesCommand, &kExplainCommand,  &kCompletionCommand, &kManCommand,
+  };
   return kCommands;
 }
 

@@ -30,7 +30,7 @@ enum OptionSet : unsigned {
 // What help and reports call an input file.
 struct InputName {
   const char* argument;  // "OLD"
-  const char* role;      // "old"
+  const char* role;      // "old"; of a word, what it may be
 };
 
 inline constexpr InputName kNoInput{nullptr, nullptr};
@@ -53,6 +53,8 @@ struct Command {
   Answer (*run)(const Command& command, const Options& options, LPVESKCATEGORYINST log) = nullptr;
   // Makes the bytes of a file.
   std::string (*make)(const Options& options) = nullptr;
+  // With kTakesWord: words that it takes, for completions. Null where they cannot be listed.
+  std::vector<std::string> (*words)() = nullptr;
 };
 
 extern const Command kCheckCommand;
@@ -67,6 +69,8 @@ extern const Command kLayoutCommand;
 extern const Command kDiffCommand;
 extern const Command kRulesCommand;
 extern const Command kExplainCommand;
+extern const Command kCompletionCommand;
+extern const Command kManCommand;
 
 // In the order in which help shows them.
 std::span<const Command* const> Commands();

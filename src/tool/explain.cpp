@@ -25,10 +25,16 @@ std::optional<int> ParseCode(const std::string& word) {
   return std::nullopt;
 }
 
+std::vector<std::string> Words() {
+  std::vector<std::string> words;
+  for (const RefusalRow* row : AllRefusals()) words.emplace_back(row->id);
+  for (int code = 0; code > -kResultCodeCount; --code) words.emplace_back(ResultCodeName(code));
+  return words;
+}
+
 [[noreturn]] void RefuseWord(const std::string& word) {
-  std::vector<std::string_view> known;
-  for (const RefusalRow* row : AllRefusals()) known.emplace_back(row->id);
-  for (int code = 0; code > -kResultCodeCount; --code) known.emplace_back(ResultCodeName(code));
+  const std::vector<std::string> words = Words();
+  const std::vector<std::string_view> known(words.begin(), words.end());
   throw CannotAsk{{Said("explain: " + qmx::Quote(word) + " is neither a rule nor a result code nor a text of the checker" +
                         qmx::DidYouMean(word, known)),
                    "'korvelcheck rules' lists the rules, 'korvelcheck rules --codes' the codes: 0 to " +
@@ -48,10 +54,11 @@ std::string Make(const Options& options) {
 const Command kExplainCommand{
     .name = "explain",
     .summary = "explain a refusal, by its rule or its text, or a result code",
-    .first = {"RULE-OR-CODE", nullptr},
+    .first = {"RULE-OR-CODE", "a rule, a result code or its name, or a text of the checker"},
     .second = kNoInput,
     .options = kBookOption | kTakesWord,
     .make = Make,
+    .words = Words,
 };
 
 }  // namespace korvel::tool

@@ -14,6 +14,7 @@
 #include "tool/cannot_ask.h"
 #include "tool/command.h"
 #include "tool/setting_values.h"
+#include "tool/usage.h"
 
 namespace korvel::tool {
 namespace {
@@ -146,9 +147,7 @@ void AddInputs(CLI::App& app, const Command& command, Options& options) {
   constexpr char kWhat[] = "schema file or image; '-': standard input";
   if (command.first.argument == nullptr) return;
   if ((command.options & kTakesWord) != 0) {
-    app.add_option(command.first.argument, options.word, "a rule, a result code or its name, or a text of the checker")
-        ->required()
-        ->type_name("");
+    app.add_option(command.first.argument, options.word, command.first.role)->required()->type_name("");
     return;
   }
   if ((command.options & kManyInputs) != 0) {
@@ -197,7 +196,40 @@ void Parse(CLI::App& app, const Command& command, const std::vector<std::string>
   }
 }
 
+void AddOptions(CLI::App& app, const Command& command, Options& options, vesk::LogSettings& log) {
+  AddTableOptions(app, command, options);
+  AddOutput(app, command, options);
+  AddBookOptions(app, command, options);
+  if (command.run != nullptr) AddReportOptions(app, options, log);
+  if ((command.options & kTextOrJson) != 0) AddTextOrJson(app, options);
+}
+
+Argument Described(const CLI::Option& option) {
+  Argument argument;
+  for (const std::string& name : option.get_snames()) argument.names.push_back("-" + name);
+  for (const std::string& name : option.get_lnames()) argument.names.push_back("--" + name);
+  argument.is_option = !argument.names.empty();
+  if (!argument.is_option) argument.names.push_back(option.get_name(true));
+  if (option.get_items_expected_max() != 0) argument.value = option.get_type_name();
+  argument.description = option.get_description();
+  argument.is_required = option.get_required();
+  argument.is_repeated =
+      option.get_items_expected_max() > 1 || option.get_multi_option_policy() == CLI::MultiOptionPolicy::TakeAll;
+  return argument;
+}
+
 }  // namespace
+
+std::vector<Argument> ArgumentsOf(const Command& command) {
+  Options options;
+  vesk::LogSettings log;
+  CLI::App app;
+  AddInputs(app, command, options);
+  AddOptions(app, command, options, log);
+  std::vector<Argument> arguments;
+  for (const CLI::Option* option : app.get_options()) arguments.push_back(Described(*option));
+  return arguments;
+}
 
 std::optional<Options> ParseOptions(const Command& command, const std::vector<std::string>& arguments, std::string& help) {
   Options options;
@@ -207,11 +239,7 @@ std::optional<Options> ParseOptions(const Command& command, const std::vector<st
   AddInputs(app, command, options);
   // Declaring them takes longer than reading a small file: a call without options does without, unless one is needed.
   if ((command.options & kNeedsOutput) != 0 || std::any_of(arguments.begin(), arguments.end(), IsOption)) {
-    AddTableOptions(app, command, options);
-    AddOutput(app, command, options);
-    AddBookOptions(app, command, options);
-    if (command.run != nullptr) AddReportOptions(app, options, log);
-    if ((command.options & kTextOrJson) != 0) AddTextOrJson(app, options);
+    AddOptions(app, command, options, log);
   }
   try {
     Parse(app, command, arguments);

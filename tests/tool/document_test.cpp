@@ -93,7 +93,7 @@ TEST_F(DocumentTest, EveryOptionOfTheHelpIsDocumented) {
   const std::string document = Joined(DocumentLines());
   const std::regex option("--[a-z-]+");
   for (const std::string& command : CommandNames()) {
-    EXPECT_THAT(document, testing::HasSubstr("\n| `" + command + " "));
+    EXPECT_THAT(document, testing::ContainsRegex("\n[|] `" + command + "[ `]"));
     const std::string help = Korvelcheck({command, "--help"}).out;
     for (std::sregex_iterator found(help.begin(), help.end(), option), end; found != end; ++found) {
       EXPECT_THAT(document, testing::ContainsRegex("`" + found->str() + "[ `]")) << command;
