@@ -19,8 +19,9 @@ Answer Run(const Command& command, const Options& options, LPVESKCATEGORYINST lo
   Report& report = answer.report;
   const Pair pair = PairOf(report);
   const Selection selection = SelectTables(pair, options.tables);
-  JudgeEach(report, options, selection.compared,
-            [&](const std::string& table) { return JudgeChange(pair, table, GivenFor(options, table), log); });
+  JudgeEach(report, options, selection.compared, [&](const std::string& table) {
+    return JudgeChange(pair, table, GivenFor(options, table), options.max_findings, log);
+  });
   for (const std::string& table : selection.added) report.tables.push_back(NewTable(pair, table));
   return answer;
 }
@@ -31,7 +32,7 @@ const Command kCheckCommand{"check",
                             "is this change of a schema allowed?",
                             {"OLD", "old"},
                             {"NEW", "new"},
-                            kTableOption | kCreatedAsOption | kSettingOptions,
+                            kTableOption | kCreatedAsOption | kSettingOptions | kFindingsOption,
                             Run};
 
 }  // namespace korvel::tool

@@ -21,10 +21,11 @@ enum OptionSet : unsigned {
   kNeedsOutput = 16,     // --output must be given
   kManyInputs = 32,      // any number of files like the first
   kSecondIsOptional = 64,
-  kTextOrJson = 128,    // --format text|json, of a command that makes its own text
-  kTakesWord = 256,     // the first argument is a word and no file
-  kBookOption = 512,    // --format, of the rule book
-  kCodesOption = 1024,  // --codes
+  kTextOrJson = 128,       // --format text|json, of a command that makes its own text
+  kTakesWord = 256,        // the first argument is a word and no file
+  kBookOption = 512,       // --format, of the rule book
+  kCodesOption = 1024,     // --codes
+  kFindingsOption = 2048,  // --max-findings
 };
 
 // What help and reports call an input file.

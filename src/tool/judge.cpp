@@ -3,7 +3,7 @@
 
 #include <thread>
 
-#include "report/ask_checker.h"
+#include "report/findings.h"
 #include "report/parallel.h"
 
 namespace korvel::tool {
@@ -25,7 +25,8 @@ TableResult Judge(const Pair& pair, const TableNames& table, const std::function
   return result;
 }
 
-TableResult JudgeChange(const Pair& pair, const std::string& table, const Settings& given, LPVESKCATEGORYINST log) {
+TableResult JudgeChange(const Pair& pair, const std::string& table, const Settings& given, std::size_t max_findings,
+                        LPVESKCATEGORYINST log) {
   const Settings settings = ResolveSettings(given, pair.first, table);
   TableResult result = Judge(pair, {table, table}, [&](ModifyTable& checker) {
     return checker.KorvelModifyTable(pair.first.Library(), pair.second.Library(), table.c_str(), *settings.type,
@@ -33,6 +34,13 @@ TableResult JudgeChange(const Pair& pair, const std::string& table, const Settin
                                      *settings.list_num);
   });
   result.settings = settings;
+  const Verdict whole{result.code, result.text, result.rule};
+  if (pair.first.HasMeta(table) && pair.second.HasMeta(table)) {
+    result.changes =
+        FindChanges(Difference(pair.first, pair.second, table), pair.first, pair.second, table, settings, whole, max_findings);
+  } else {
+    result.changes = FindGone(pair.first, pair.second, table, whole);
+  }
   return result;
 }
 

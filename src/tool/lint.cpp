@@ -22,7 +22,7 @@ Answer Run(const Command& command, const Options& options, LPVESKCATEGORYINST lo
   RequireTablesInEach(answer.inputs);
   for (const Input& input : answer.inputs) {
     JudgeEach(report, options, {input.tables.begin(), input.tables.end()}, [&](const std::string& table) {
-      return JudgeChange({input, input}, table, GivenFor(options, table), log);
+      return JudgeChange({input, input}, table, GivenFor(options, table), options.max_findings, log);
     });
   }
   return answer;
@@ -30,11 +30,7 @@ Answer Run(const Command& command, const Options& options, LPVESKCATEGORYINST lo
 
 }  // namespace
 
-const Command kLintCommand{"lint",
-                           "are schemas well formed, and would their tables be accepted?",
-                           {"FILE", "file"},
-                           kNoInput,
-                           kCreatedAsOption | kSettingOptions | kManyInputs,
-                           Run};
+const Command kLintCommand{"lint",   "are schemas well formed, and would their tables be accepted?",     {"FILE", "file"},
+                           kNoInput, kCreatedAsOption | kSettingOptions | kFindingsOption | kManyInputs, Run};
 
 }  // namespace korvel::tool

@@ -66,6 +66,17 @@ void AddProjectOptions(CLI::App& app, Options& options) {
   app.add_flag("--no-project", options.no_project, "use no project file")->excludes(named);
 }
 
+void AddMaxFindings(CLI::App& app, std::size_t& max_findings) {
+  const auto take = [&max_findings](const std::string& value) {
+    const std::optional<int> count = ParseCount(value);
+    if (count.value_or(0) == 0) RefuseValue("--max-findings", value, "1 to 2147483647");
+    max_findings = static_cast<std::size_t>(*count);
+  };
+  app.add_option_function<std::string>("--max-findings", take,
+                                       "stop at so many refused changes of a table; default: " + std::to_string(max_findings))
+      ->type_name("N");
+}
+
 void AddTableOptions(CLI::App& app, const Command& command, Options& options) {
   if ((command.options & kTableOption) != 0) {
     app.add_option("--table", options.tables, "compare this table only; may be given again; default: all")
@@ -85,6 +96,7 @@ void AddTableOptions(CLI::App& app, const Command& command, Options& options) {
   }
   if ((command.options & kSettingOptions) != 0) AddSettings(app, options.given);
   if (UsesProject(command)) AddProjectOptions(app, options);
+  if ((command.options & kFindingsOption) != 0) AddMaxFindings(app, options.max_findings);
 }
 
 void AddOutput(CLI::App& app, const Command& command, Options& options) {

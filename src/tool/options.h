@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "report/book_format.h"
+#include "report/findings.h"
 #include "report/render.h"
 #include "report/settings.h"
 #include "tool/project.h"
@@ -23,7 +24,8 @@ struct Options {
   Settings given;
   std::optional<std::string> project_file;  // --project
   bool no_project = false;
-  std::optional<Project> project;  // that of the call, once it was read
+  std::optional<Project> project;                   // that of the call, once it was read
+  std::size_t max_findings = report::kMaxFindings;  // --max-findings
   const Format* format = report::Formats().data();
   bool json = false;                                   // --format of commands that take kTextOrJson
   std::string word;                                    // of commands that take kTakesWord

@@ -1,0 +1,174 @@
+#include "asked.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "report/bad_names.h"
+#include "report/one_line.h"
+
+namespace report_test {
+
+using korvel::report::Changes;
+using korvel::report::Difference;
+using korvel::report::Edit;
+using korvel::report::EditKind;
+using korvel::report::EditStatus;
+using korvel::report::Finding;
+using korvel::report::Settings;
+using korvel::report::Source;
+using korvel::report::Verdict;
+
+Verdict Asked::Whole() const { return AskChecker(old_source.Library(), new_source.Library(), table, settings); }
+
+Changes Asked::TakeApart(std::size_t max_findings) const {
+  return FindChanges(Difference(old_source, new_source, table), old_source, new_source, table, settings, Whole(), max_findings);
+}
+
+Asked Ask(const Source& old_source, const Source& new_source, const std::string& table, const Settings& given) {
+  return {old_source, new_source, table, ResolveSettings(given, old_source, table)};
+}
+
+namespace {
+
+std::string Shown(const Edit& edit) {
+  std::string text(NameOf(edit.kind));
+  if (!edit.meta.empty()) text += " " + edit.meta;
+  if (!edit.item.empty()) text += "." + edit.item;
+  return korvel::report::OneLine(text);
+}
+
+std::string Shown(EditStatus status) {
+  return status == EditStatus::kAllowed ? "allowed" : status == EditStatus::kRefused ? "refused" : "waits";
+}
+
+std::string Shown(const Finding& finding, const std::vector<Edit>& edits) {
+  std::string text = "[" + finding.verdict.rule + "] " + std::to_string(finding.verdict.code);
+  for (const std::size_t edit : finding.edits) text += (edit == finding.edits.front() ? " " : " + ") + Shown(edits[edit]);
+  if (finding.edits.empty()) text += " (standing)";
+  return text + "\n  " + korvel::report::OneLine(finding.path) + " " + finding.fingerprint + "\n  " +
+         korvel::report::OneLine(finding.verdict.text) + "\n";
+}
+
+}  // namespace
+
+std::string Shown(const Changes& changes) {
+  std::string text;
+  for (std::size_t i = 0; i < changes.edits.size(); ++i) {
+    text += Shown(changes.status[i]) + " " + Shown(changes.edits[i]) + "\n";
+  }
+  for (const Finding& finding : changes.findings) text += Shown(finding, changes.edits);
+  const Verdict& together = changes.allowed_together;
+  text += "together: " + (together.Refused() ? std::to_string(together.code) + " " + together.text : "allowed") + "\n";
+  return text + (changes.stopped ? "stopped\n" : "");
+}
+
+namespace {
+
+class Laws {
+ public:
+  Laws(const Asked& asked, const Changes& changes)
+      : asked_(asked), changes_(changes), difference_(asked.old_source, asked.new_source, asked.table), nothing_(*Answer({})) {}
+
+  void Expect() const {
+    EXPECT_EQ(asked_.Whole().Refused(), !changes_.findings.empty());
+    ASSERT_EQ(changes_.status.size(), changes_.edits.size());
+    ExpectTogether();
+    for (const Finding& finding : changes_.findings) ExpectFinding(finding);
+    ExpectStatuses();
+  }
+
+ private:
+  using Edits = std::vector<std::size_t>;
+
+  std::optional<Verdict> AnswerTo(const std::vector<bool>& chosen) const {
+    const std::optional<qmx::Metalib> built = difference_.Build(chosen);
+    if (!built) return std::nullopt;
+    return AskChecker(asked_.old_source.Library(), built->get(), asked_.table, asked_.settings);
+  }
+
+  // About the edits and what they need.
+  std::optional<Verdict> Answer(const Edits& edits) const {
+    std::vector<bool> chosen(difference_.edits().size());
+    for (const std::size_t edit : edits) {
+      chosen[edit] = true;
+      for (const std::size_t needed : difference_.Needs(edit)) chosen[needed] = true;
+    }
+    return AnswerTo(chosen);
+  }
+
+  bool IsStanding(const Verdict& verdict) const {
+    if (!verdict.Refused() || (verdict.code == nothing_.code && verdict.text == nothing_.text)) return true;
+    return nothing_.Refused() && verdict.rule == "field-name.invalid";
+  }
+
+  void ExpectTogether() const {
+    std::vector<bool> allowed;
+    for (const EditStatus status : changes_.status) allowed.push_back(status == EditStatus::kAllowed);
+    if (asked_.Whole().Refused()) {
+      const std::optional<Verdict> answer = AnswerTo(allowed);
+      ASSERT_TRUE(answer);
+      EXPECT_EQ(answer->text, changes_.allowed_together.text);
+      EXPECT_EQ(answer->code, changes_.allowed_together.code);
+      EXPECT_TRUE(IsStanding(*answer)) << answer->text;
+    } else {
+      EXPECT_EQ(std::ranges::count(allowed, true), std::ssize(allowed));
+    }
+  }
+
+  void ExpectFinding(const Finding& finding) const {
+    EXPECT_TRUE(finding.verdict.Refused());
+    EXPECT_EQ(finding.fingerprint.size(), 16u);
+    if (finding.edits.empty()) return;
+    const std::optional<Verdict> answer = Answer(finding.edits);
+    ASSERT_TRUE(answer);
+    if (finding.verdict.rule == "field-name.invalid" && answer->text != finding.verdict.text) {
+      ExpectBadName(finding);
+      return;
+    }
+    EXPECT_EQ(answer->code, finding.verdict.code);
+    EXPECT_EQ(answer->text, finding.verdict.text);
+    if (finding.edits.size() > 1) ExpectNoneCanBeLeftOut(finding.edits);
+  }
+
+  void ExpectBadName(const Finding& finding) const {
+    const Edit& edit = changes_.edits[finding.edits.front()];
+    const std::string name = edit.kind == EditKind::kEntryAdded ? edit.item : edit.after;
+    EXPECT_EQ(korvel::report::FindBadNames(asked_.table, {name}, 1).size(), 1u) << name;
+  }
+
+  void ExpectNoneCanBeLeftOut(const Edits& edits) const {
+    for (const std::size_t edit : edits) {
+      Edits rest = edits;
+      std::erase(rest, edit);
+      const std::optional<Verdict> answer = Answer(rest);
+      if (!answer || IsStanding(*answer)) continue;
+      // It makes up for another of them, so that without it the allowed part would be refused.
+      std::erase_if(rest, [&](std::size_t one) { return changes_.status[one] != EditStatus::kAllowed; });
+      const std::optional<Verdict> without = Answer(rest);
+      EXPECT_TRUE(!without || !IsStanding(*without)) << "edit " << edit << " can be left out";
+    }
+  }
+
+  void ExpectStatuses() const {
+    std::vector<bool> found(changes_.edits.size());
+    for (const Finding& finding : changes_.findings) {
+      for (const std::size_t edit : finding.edits) found[edit] = true;
+    }
+    for (std::size_t i = 0; i < found.size(); ++i) {
+      if (changes_.status[i] == EditStatus::kAllowed) continue;  // it may be part of a combination
+      EXPECT_EQ(found[i], changes_.status[i] == EditStatus::kRefused) << "edit " << i;
+    }
+  }
+
+  const Asked& asked_;
+  const Changes& changes_;
+  Difference difference_;
+  Verdict nothing_;
+};
+
+}  // namespace
+
+void ExpectLaws(const Asked& asked, const Changes& changes) { Laws(asked, changes).Expect(); }
+
+}  // namespace report_test
