@@ -1,6 +1,7 @@
 // The commands of the program, each in a file of its own.
 #pragma once
 
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -26,6 +27,7 @@ enum OptionSet : unsigned {
   kBookOption = 512,       // --format, of the rule book
   kCodesOption = 1024,     // --codes
   kFindingsOption = 2048,  // --max-findings
+  kAgainstOption = 4096,   // --against, with any number of files or directories in the place of the two files
 };
 
 // What help and reports call an input file.
@@ -40,6 +42,7 @@ inline constexpr InputName kNoInput{nullptr, nullptr};
 struct Answer {
   std::vector<Input> inputs;
   Report report;
+  std::vector<std::shared_ptr<Input>> kept = {};  // more sources of the report; may hold null
 };
 
 struct Command {

@@ -44,6 +44,15 @@ TableResult JudgeChange(const Pair& pair, const std::string& table, const Settin
   return result;
 }
 
+TableResult NewTable(const Source& source, const std::string& table) {
+  TableResult result;
+  result.table = table;
+  result.status = Status::kNew;
+  result.second = &source;
+  result.declared = DeclaredAt(source, table);
+  return result;
+}
+
 void JudgeEach(Report& report, const Options& options, const std::vector<std::string>& tables,
                const std::function<TableResult(const std::string&)>& judge) {
   const std::size_t first = report.tables.size();

@@ -25,6 +25,9 @@ TableResult Judge(const Pair& pair, const TableNames& table, const std::function
 TableResult JudgeChange(const Pair& pair, const std::string& table, const Settings& given, std::size_t max_findings,
                         LPVESKCATEGORYINST log);
 
+// The result for a table that only the new file has.
+TableResult NewTable(const Source& source, const std::string& table);
+
 // Judges tables and adds the answers to the report in the order of the tables. On several threads where that pays, unless a log
 // wants the tables one after the other.
 void JudgeEach(Report& report, const Options& options, const std::vector<std::string>& tables,

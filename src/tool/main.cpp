@@ -4,11 +4,9 @@
 
 #include <csignal>
 #include <exception>
-#include <filesystem>
 #include <memory>
 #include <new>
 #include <stdexcept>
-#include <system_error>
 
 #include "qmx/did_you_mean.h"
 #include "qmx/quote.h"
@@ -65,30 +63,6 @@ std::unique_ptr<vesk::LogCategory> OpenLog(const std::optional<vesk::LogSettings
   return log;
 }
 
-// Whether two paths lead to the same file, or would once it is there.
-bool IsSameFile(const std::string& a, const std::string& b) {
-  std::error_code ignored;
-  const auto resolved = [&](const std::string& path) {
-    return std::filesystem::weakly_canonical(std::filesystem::absolute(path, ignored), ignored);
-  };
-  return std::filesystem::equivalent(a, b, ignored) || resolved(a) == resolved(b);
-}
-
-// A report or log must not replace what is read, nor each other.
-void RefuseOverlaps(const Options& options) {
-  const std::string log = options.log ? options.log->file.value_or("") : "";
-  const std::string output = options.output.value_or("");
-  for (const std::string& path : options.inputs) {
-    const std::string input = path == "-" ? "/dev/stdin" : path;  // which may be a file, and leads to it
-    if (!output.empty() && IsSameFile(output, input))
-      throw CannotAsk{{Said("-o " + OneLine(output) + " would replace an input")}};
-    if (!log.empty() && IsSameFile(log, input)) throw CannotAsk{{Said("--log " + OneLine(log) + " would change an input")}};
-  }
-  if (!output.empty() && !log.empty() && IsSameFile(output, log)) {
-    throw CannotAsk{{Said("-o and --log name the same file: " + OneLine(output))}};
-  }
-}
-
 void Write(const std::string& text, const Options& options) {
   options.output ? WriteFile(*options.output, text) : WriteStandardOutput(text);
 }
@@ -101,7 +75,7 @@ int RunCommand(const Command& command, const std::vector<std::string>& arguments
     return kAllAllowed;
   }
   if (UsesProject(command)) options->project = ProjectOf(*options);
-  RefuseOverlaps(*options);
+  RefuseOverlaps(*options, options->inputs);
   if (command.make != nullptr) {
     Write(command.make(*options), *options);
     return kAllAllowed;

@@ -95,6 +95,10 @@ void AddTableOptions(CLI::App& app, const Command& command, Options& options) {
               [&options](int code) { options.given.created_as = code; });
   }
   if ((command.options & kSettingOptions) != 0) AddSettings(app, options.given);
+  if ((command.options & kAgainstOption) != 0) {
+    app.add_option("--against", options.against, "compare the project's schema files with those of a commit or directory")
+        ->type_name("git:REV|DIR");
+  }
   if (UsesProject(command)) AddProjectOptions(app, options);
   if ((command.options & kFindingsOption) != 0) AddMaxFindings(app, options.max_findings);
 }
@@ -162,6 +166,11 @@ void AddInputs(CLI::App& app, const Command& command, Options& options) {
     app.add_option(command.first.argument, options.word, command.first.role)->required()->type_name("");
     return;
   }
+  if ((command.options & kAgainstOption) != 0) {
+    app.add_option("FILES", options.inputs, "OLD and NEW, schema files or images; with --against, files and directories")
+        ->type_name("");
+    return;
+  }
   if ((command.options & kManyInputs) != 0) {
     app.add_option(command.first.argument, options.inputs, "schema files or images; '-': standard input")
         ->required()
@@ -192,9 +201,11 @@ std::string AboutLeftOver(const CLI::App& app) {
   return "unknown option " + qmx::Quote(name) + LikeOption(app, name);
 }
 
-[[noreturn]] void RefuseUsage(const Command& command, const std::string& what) {
-  const std::string name = command.name;
-  throw CannotAsk{{Said(name + ": " + OneLine(what)), "Try 'korvelcheck " + name + " --help'."}};
+// Without --against there are two files, or none where a project says what to compare with.
+void RequirePair(const Command& command, const Options& options) {
+  if (options.against) return;
+  if (options.inputs.size() == 1) RefuseUsage(command, std::string(command.second.argument) + " is required");
+  if (options.inputs.size() > 2) RefuseUsage(command, "unexpected argument " + qmx::Quote(options.inputs[2]));
 }
 
 void Parse(CLI::App& app, const Command& command, const std::vector<std::string>& arguments) {
@@ -243,6 +254,11 @@ std::vector<Argument> ArgumentsOf(const Command& command) {
   return arguments;
 }
 
+void RefuseUsage(const Command& command, const std::string& what) {
+  const std::string name = command.name;
+  throw CannotAsk{{Said(name + ": " + OneLine(what)), "Try 'korvelcheck " + name + " --help'."}};
+}
+
 std::optional<Options> ParseOptions(const Command& command, const std::vector<std::string>& arguments, std::string& help) {
   Options options;
   vesk::LogSettings log;
@@ -259,6 +275,7 @@ std::optional<Options> ParseOptions(const Command& command, const std::vector<st
     help = app.help();
     return std::nullopt;
   }
+  if ((command.options & kAgainstOption) != 0) RequirePair(command, options);
   const bool may_lack_second = (command.options & kSecondIsOptional) != 0;
   if (may_lack_second && app.get_option(command.second.argument)->empty()) options.inputs.pop_back();
   if (options.dst_table && options.tables.size() != 1) RefuseUsage(command, "--dst-table goes with one --table");

@@ -21,6 +21,7 @@ struct Options {
   std::vector<std::string> inputs;       // paths, "-" = standard input
   std::vector<std::string> tables;       // --table; empty = all
   std::optional<std::string> dst_table;  // --dst-table; absent = as --table
+  std::optional<std::string> against;    // --against: "git:REV" or a directory
   Settings given;
   std::optional<std::string> project_file;  // --project
   bool no_project = false;
@@ -34,6 +35,12 @@ struct Options {
   std::optional<std::string> output;                   // absent = standard output
   std::optional<vesk::LogSettings> log;
 };
+
+// Throws CannotAsk if the report or the log would replace or change one of the files that are read.
+void RefuseOverlaps(const Options& options, const std::vector<std::string>& inputs);
+
+// Throws CannotAsk about wrong usage of a command.
+[[noreturn]] void RefuseUsage(const Command& command, const std::string& what);
 
 // Reads the arguments behind the command's name. Returns nullopt, and the text in `help`, when help is asked for.
 // Throws CannotAsk for wrong usage.

@@ -1,0 +1,236 @@
+// Compares two states of a project. Which files belong to it is decided by project_files.cpp, the tables are judged as those of
+// any two files. Held by tests/tool/against_test.cpp.
+#include "tool/against.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <exception>
+#include <iterator>
+#include <map>
+#include <thread>
+#include <unordered_set>
+
+#include "qmx/did_you_mean.h"
+#include "qmx/quote.h"
+#include "report/model.h"
+#include "report/one_line.h"
+#include "report/parallel.h"
+#include "tool/cannot_ask.h"
+#include "tool/file_descriptor.h"
+#include "tool/judge.h"
+#include "tool/moved_files.h"
+#include "tool/progress.h"
+#include "tool/project_files.h"
+
+namespace korvel::tool {
+namespace {
+
+// One schema file in both states, and what came of it.
+struct FilePair {
+  std::string old_path;  // empty: it was not there
+  std::string new_path;  // empty: it is gone
+  std::shared_ptr<Input> first;
+  std::shared_ptr<Input> second;  // the same as `first` if the file is the same byte for byte
+  std::vector<TableResult> tables = {};
+  std::vector<std::string> faults = {};
+
+  const std::string& Place() const { return new_path.empty() ? old_path : new_path; }
+};
+
+std::shared_ptr<Input> LoadFrom(FileTree& state, const std::string& path, Bytes bytes) {
+  return std::make_shared<Input>(LoadBytes(state.Shown(path), std::move(bytes)));
+}
+
+// The side without tables that a file which is gone is compared with.
+std::shared_ptr<Input> WithoutTables(const Input& old_input, const std::string& shown) {
+  report::Model model = report::ModelOf(old_input, std::string(old_input.tables.front()));
+  model.metas.clear();
+  return std::make_shared<Input>(Input{{shown, std::move(*report::Build(model)), std::nullopt, {}}, std::nullopt});
+}
+
+class Comparison {
+ public:
+  Comparison(const Options& options, LPVESKCATEGORYINST log) : options_(options), log_(log), states_(StatesOf(options)) {
+    const ProjectFiles files = FilesOf(options, states_);
+    for (const std::string& given : files.twice) Say(OneLine(given) + " is given twice; it is compared once");
+    for (const std::string& path : files.in_new) pairs_.push_back({files.in_old.contains(path) ? path : "", path, {}, {}});
+    for (const std::string& path : files.in_old) {
+      if (!files.in_new.contains(path)) pairs_.push_back({path, "", {}, {}});
+    }
+  }
+
+  Answer Run(const Command& command) {
+    RefuseToReplace();
+    EachPair("files", [&](FilePair& pair) { Load(pair); });
+    RefuseFaults();
+    PairMoved();
+    std::ranges::sort(pairs_, {}, &FilePair::Place);
+    RequireTables();
+    EachPair("files judged", [&](FilePair& pair) { JudgeTables(pair); });
+    return Collected(command);
+  }
+
+ private:
+  static void Say(const std::string& text) { static_cast<void>(WriteAll(STDERR_FILENO, Said(text) + "\n")); }
+
+  void EachPair(const char* what, const std::function<void(FilePair&)>& work) {
+    Progress progress(STDERR_FILENO, pairs_.size(), what);
+    ForEach(pairs_.size(), options_.log ? 1 : std::thread::hardware_concurrency(), [&](std::size_t i) {
+      work(pairs_[i]);
+      progress.Step();
+    });
+  }
+
+  // A report must not take the place of a schema.
+  void RefuseToReplace() const {
+    std::vector<std::string> inputs;
+    for (const FilePair& pair : pairs_) inputs.push_back(states_.new_state->Shown(pair.Place()));
+    RefuseOverlaps(options_, inputs);
+  }
+
+  void Load(FilePair& pair) {
+    Bytes new_bytes;
+    try {
+      if (!pair.new_path.empty()) new_bytes = states_.new_state->Read(pair.new_path);
+      if (!pair.old_path.empty()) LoadOld(pair, new_bytes);
+      if (!pair.new_path.empty() && pair.second == nullptr) {
+        pair.second = LoadFrom(*states_.new_state, pair.new_path, std::move(new_bytes));
+      }
+    } catch (const CannotAsk& fault) {
+      pair.faults.insert(pair.faults.end(), fault.lines.begin(), fault.lines.end());
+    }
+  }
+
+  // Most files of a large project are what they were: such a file is read into one library, not into two.
+  void LoadOld(FilePair& pair, const Bytes& new_bytes) {
+    FileTree& state = *states_.old_state;
+    try {
+      Bytes bytes = state.Read(pair.old_path);
+      if (!pair.new_path.empty() && bytes.View() == new_bytes.View()) return;
+      pair.first = LoadFrom(state, pair.old_path, std::move(bytes));
+    } catch (const CannotAsk& fault) {
+      pair.faults = fault.lines;
+      const std::string shown = OneLine(states_.new_state->Shown(pair.Place()));
+      pair.faults.push_back(Said(shown + ": cannot be compared with " + OneLine(state.Shown(pair.old_path))));
+    }
+  }
+
+  void RefuseFaults() const {
+    CannotAsk faults;
+    for (const FilePair& pair : pairs_) faults.lines.insert(faults.lines.end(), pair.faults.begin(), pair.faults.end());
+    if (!faults.lines.empty()) throw faults;
+  }
+
+  // Puts the old side of what was moved to its new side.
+  void PairMoved() {
+    std::vector<std::size_t> gone;
+    std::vector<std::size_t> added;
+    std::vector<const Source*> gone_sources;
+    std::vector<const Source*> added_sources;
+    for (std::size_t i = 0; i < pairs_.size(); ++i) {
+      if (pairs_[i].new_path.empty()) gone.push_back(i), gone_sources.push_back(pairs_[i].first.get());
+      if (pairs_[i].old_path.empty()) added.push_back(i), added_sources.push_back(pairs_[i].second.get());
+    }
+    std::vector<bool> is_taken(pairs_.size());
+    for (const auto& [from, to] : FindMoved(gone_sources, added_sources)) {
+      FilePair& old_pair = pairs_[gone[from]];
+      pairs_[added[to]].old_path = old_pair.old_path;
+      pairs_[added[to]].first = std::move(old_pair.first);
+      is_taken[gone[from]] = true;
+    }
+    std::size_t position = 0;
+    std::erase_if(pairs_, [&](const FilePair&) { return is_taken[position++]; });
+  }
+
+  // Whether an asked table is there; one that is nowhere is a mistake.
+  void RequireTables() const {
+    std::vector<std::string_view> known;
+    for (const FilePair& pair : pairs_) {
+      for (const auto& input : {pair.first, pair.second}) {
+        if (input != nullptr) known.insert(known.end(), input->tables.begin(), input->tables.end());
+      }
+    }
+    CannotAsk unknown;
+    for (const std::string& name : options_.tables) {
+      if (std::ranges::find(known, name) != known.end()) continue;
+      unknown.lines.push_back(Said("table " + qmx::Quote(name) + " is in no file" + qmx::DidYouMean(name, known)));
+    }
+    if (!unknown.lines.empty()) throw unknown;
+  }
+
+  bool IsWanted(std::string_view table) const {
+    return options_.tables.empty() || std::ranges::find(options_.tables, table) != options_.tables.end();
+  }
+
+  void JudgeTables(FilePair& pair) {
+    if (pair.old_path.empty()) {
+      AddNewTables(*pair.second, {}, pair);
+      return;
+    }
+    if (pair.first == nullptr) pair.first = pair.second;
+    if (pair.second == nullptr && !pair.first->tables.empty()) {
+      pair.second = WithoutTables(*pair.first, states_.new_state->Shown(pair.old_path));
+    }
+    for (const std::string_view name : pair.first->tables) {
+      const std::string table(name);
+      if (IsWanted(table)) pair.tables.push_back(JudgeOne({*pair.first, *pair.second}, table));
+    }
+    if (pair.second != nullptr) AddNewTables(*pair.second, pair.first->tables, pair);
+  }
+
+  TableResult JudgeOne(const Pair& pair, const std::string& table) const {
+    return JudgeChange(pair, table, GivenFor(options_, table), options_.max_findings, log_);
+  }
+
+  void AddNewTables(const Input& input, const std::vector<std::string_view>& old_tables, FilePair& pair) const {
+    const std::unordered_set<std::string_view> known(old_tables.begin(), old_tables.end());
+    for (const std::string_view table : input.tables) {
+      if (IsWanted(table) && !known.contains(table)) pair.tables.push_back(NewTable(input, std::string(table)));
+    }
+  }
+
+  Answer Collected(const Command& command) {
+    Answer answer;
+    Report& report = answer.report;
+    report.command = command.name;
+    for (FilePair& pair : pairs_) {
+      if (const auto note = Note(pair)) report.files.push_back(*note);
+      if (pair.first != nullptr && pair.first != pair.second) report.inputs.push_back({command.first.role, pair.first.get()});
+      if (pair.second != nullptr && !pair.new_path.empty()) report.inputs.push_back({command.second.role, pair.second.get()});
+      std::ranges::move(pair.tables, std::back_inserter(report.tables));
+      answer.kept.insert(answer.kept.end(), {pair.first, pair.second});
+    }
+    const bool is_compared =
+        std::ranges::any_of(report.tables, [](const TableResult& one) { return one.status != Status::kNew; });
+    if (!is_compared) RefuseNothing(report);
+    return answer;
+  }
+
+  std::optional<FileNote> Note(const FilePair& pair) const {
+    using Kind = FileNote::Kind;
+    if (pair.old_path == pair.new_path) return std::nullopt;
+    const std::string old_file = pair.old_path.empty() ? "" : states_.old_state->Shown(pair.old_path);
+    const std::string new_file = pair.new_path.empty() ? "" : states_.new_state->Shown(pair.new_path);
+    return FileNote{old_file.empty() ? Kind::kAdded : new_file.empty() ? Kind::kDeleted : Kind::kMoved, old_file, new_file};
+  }
+
+  [[noreturn]] static void RefuseNothing(const Report& report) {
+    const bool has_new = !report.tables.empty();
+    throw CannotAsk{{Said(std::string("nothing was compared: ") +
+                          (has_new ? "all tables are new; 'korvelcheck lint' judges them alone" : "the files have no tables"))}};
+  }
+
+  const Options& options_;
+  LPVESKCATEGORYINST log_;
+  ProjectStates states_;
+  std::vector<FilePair> pairs_;
+};
+
+}  // namespace
+
+Answer CheckAgainst(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
+  return Comparison(options, log).Run(command);
+}
+
+}  // namespace korvel::tool

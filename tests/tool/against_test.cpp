@@ -1,0 +1,261 @@
+// A project's schema files against those of a commit or of a directory.
+#include <gmock/gmock.h>
+
+#include <nlohmann/json.hpp>
+
+#include "git_repository.h"
+
+namespace tool_test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+class AgainstTest : public GitTest {
+ protected:
+  AgainstTest() {
+    for (const char* file : {"old.xml", "same.xml", "wide.xml"}) std::filesystem::remove(PathOf(file));
+    std::filesystem::create_directories(PathOf("schemas/deep"));
+    Write("korvelcheck.toml", "[schemas]\npaths = [\"schemas/**/*.xml\"]\n");
+    Write("schemas/orders.xml", Schema("orders"));
+    Write("schemas/users.xml", Schema("users"));
+    Write("schemas/deep/items.xml", Schema("items"));
+    Commit("first");
+  }
+
+  // A library of one table of its name.
+  static std::string Schema(const std::string& name, const std::string& key_type = "uint64") {
+    return "<metalib name=\"" + name + "\" version=\"5\" protocol=\"QMX\">\n" + Table({.name = name, .key_type = key_type}) +
+           "\n</metalib>\n";
+  }
+
+  Outcome Against(const std::vector<std::string>& more = {}, const std::string& directory = "") const {
+    std::vector<std::string> arguments = {"check", "--against", "git:HEAD"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return Run(arguments, directory);
+  }
+
+  // "FILE: table status" of each table, in the order of the report.
+  static std::vector<std::string> Tables(const Outcome& outcome) {
+    std::vector<std::string> lines;
+    const auto json = nlohmann::json::parse(outcome.out, nullptr, false);
+    if (json.is_discarded()) return {"no report: " + outcome.err};
+    for (const auto& table : json["tables"]) {
+      lines.push_back(table["place"]["file"].get<std::string>() + ": " + table["table"].get<std::string>() + " " +
+                      table["status"].get<std::string>() + (table.value("gone", false) ? " gone" : ""));
+    }
+    return lines;
+  }
+};
+
+TEST_F(AgainstTest, EveryFileOfTheProjectIsCompared) {
+  Write("schemas/users.xml", Schema("users", "uint32"));
+  const Outcome outcome = Against({"--format", "json"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_THAT(Tables(outcome), ElementsAre("schemas/deep/items.xml: items allowed", "schemas/orders.xml: orders allowed",
+                                           "schemas/users.xml: users refused"));
+}
+
+TEST_F(AgainstTest, NothingChangedIsAllowed) {
+  const Outcome outcome = Against();
+  EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
+  EXPECT_THAT(outcome.out, HasSubstr("3 compared"));
+}
+
+TEST_F(AgainstTest, TheProjectSaysAgainstWhat) {
+  Write("korvelcheck.toml", "[schemas]\npaths = [\"schemas/**/*.xml\"]\nagainst = \"git:HEAD\"\n");
+  EXPECT_EQ(Run({"check"}).exit_code, 0);
+  EXPECT_EQ(Run({"check"}, "schemas/deep").exit_code, 0);
+  EXPECT_THAT(Run({"check", "--against", "git:no"}).err, HasSubstr("unknown revision 'no'"));
+}
+
+TEST_F(AgainstTest, PathsAreThoseOfTheWorkingDirectory) {
+  Write("schemas/users.xml", Schema("users", "uint32"));
+  EXPECT_THAT(Tables(Against({"--format", "json"}, "schemas/deep")),
+              ElementsAre("items.xml: items allowed", "../orders.xml: orders allowed", "../users.xml: users refused"));
+  EXPECT_THAT(Tables(Against({"--format", "json", "../users.xml"}, "schemas/deep")), ElementsAre("../users.xml: users refused"));
+}
+
+TEST_F(AgainstTest, GivenFilesAndDirectoriesAreComparedAlone) {
+  EXPECT_THAT(Tables(Against({"--format", "json", "schemas/orders.xml"})), ElementsAre("schemas/orders.xml: orders allowed"));
+  EXPECT_THAT(Tables(Against({"--format", "json", "schemas/deep/"})), ElementsAre("schemas/deep/items.xml: items allowed"));
+  EXPECT_THAT(Tables(Against({"--format", "json", PathOf("schemas/deep").string()})),
+              ElementsAre("schemas/deep/items.xml: items allowed"));
+  EXPECT_THAT(Tables(Against({"--format", "json", "--no-project", "schemas"})).size(), 3);
+  ExpectNotAsked(Against({"--no-project"}),
+                 "korvelcheck: nothing says which files are schemas; allowed: files and directories behind the options, or "
+                 "'paths' in [schemas] of korvelcheck.toml\n");
+}
+
+TEST_F(AgainstTest, AFileGivenTwiceIsComparedOnce) {
+  const Outcome outcome = Against({"--format", "json", "schemas/orders.xml", "./schemas/../schemas/orders.xml"});
+  EXPECT_THAT(Tables(outcome), ElementsAre("schemas/orders.xml: orders allowed"));
+  EXPECT_EQ(outcome.err, "korvelcheck: ./schemas/../schemas/orders.xml is given twice; it is compared once\n");
+}
+
+TEST_F(AgainstTest, AnAddedFileIsNew) {
+  Write("schemas/carts.xml", Schema("carts"));
+  const Outcome outcome = Against({"--format", "json"});
+  EXPECT_EQ(outcome.exit_code, 0);
+  EXPECT_THAT(Tables(outcome), testing::Contains("schemas/carts.xml: carts new"));
+}
+
+TEST_F(AgainstTest, ADeletedFileTakesItsTablesWithIt) {
+  std::filesystem::remove(PathOf("schemas/orders.xml"));
+  const Outcome outcome = Against({"--format", "json"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_THAT(Tables(outcome), testing::Contains("git:HEAD:schemas/orders.xml: orders refused gone"));
+}
+
+TEST_F(AgainstTest, AMovedFileIsComparedWithItsOldPlace) {
+  std::filesystem::rename(PathOf("schemas/orders.xml"), PathOf("schemas/deep/sales.xml"));
+  EXPECT_EQ(Against().exit_code, 0);
+  Write("schemas/deep/sales.xml", Schema("orders", "uint32"));
+  const Outcome outcome = Against({"--format", "json"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_THAT(Tables(outcome), testing::Contains("schemas/deep/sales.xml: orders refused"));
+  EXPECT_THAT(Tables(outcome), Not(testing::Contains(HasSubstr("gone"))));
+}
+
+// Two files of one library: the one that is the same byte for byte is the same file.
+TEST_F(AgainstTest, TheSameBytesTellMoreThanTheName) {
+  Write("schemas/a.xml", Schema("mall"));
+  Write("schemas/b.xml", Schema("mall", "uint32"));
+  Commit("second");
+  std::filesystem::rename(PathOf("schemas/a.xml"), PathOf("schemas/z.xml"));
+  std::filesystem::rename(PathOf("schemas/b.xml"), PathOf("schemas/y.xml"));
+  EXPECT_EQ(Against().exit_code, 0);
+}
+
+TEST_F(AgainstTest, TablesAreChosenInAllFiles) {
+  EXPECT_THAT(Tables(Against({"--format", "json", "--table", "orders"})), ElementsAre("schemas/orders.xml: orders allowed"));
+  ExpectNotAsked(Against({"--table", "oders"}), "korvelcheck: table 'oders' is in no file (did you mean 'orders'?)\n");
+}
+
+TEST_F(AgainstTest, WhereNothingIsComparedTheCallFails) {
+  Write("new.xml", Schema("new"));
+  ExpectNotAsked(Against({"new.xml"}),
+                 "korvelcheck: nothing was compared: all tables are new; 'korvelcheck lint' judges them alone\n");
+  Write("schemas/orders.xml",
+        "<metalib name=\"m\" version=\"1\">\n<meta name=\"a\"><entry name=\"b\" type=\"int8\"/></meta>\n</metalib>");
+  Commit("second");
+  ExpectNotAsked(Against({"schemas/orders.xml"}), "korvelcheck: nothing was compared: the files have no tables\n");
+}
+
+TEST_F(AgainstTest, PathsThatAreNowhereAreToldWithWhatWasMeant) {
+  ExpectNotAsked(Against({"schemas/oders.xml", "empty"}),
+                 "korvelcheck: schemas/oders.xml: no schema file is there, neither now nor before (did you mean "
+                 "'schemas/orders.xml'?)\n"
+                 "korvelcheck: empty: no schema file is there, neither now nor before\n");
+  const Outcome outside = Against({"../x.xml"});
+  EXPECT_EQ(outside.exit_code, 2);
+  EXPECT_THAT(outside.err, HasSubstr("korvelcheck: ../x.xml: is not below "));
+}
+
+TEST_F(AgainstTest, APatternThatMatchesNothingIsAnError) {
+  Write("korvelcheck.toml", "[schemas]\npaths = [\"schemas/*.xml\",\n  \"schema/*.xml\"]\n");
+  ExpectNotAsked(Against(),
+                 "korvelcheck.toml:3:3: error: 'schema/*.xml' matches no file; allowed: patterns of files that are there "
+                 "now or were there before\n");
+}
+
+TEST_F(AgainstTest, ExcludedFilesAreLeftOut) {
+  Write("schemas/note.xml", "<note/>");
+  const Outcome outcome = Against();
+  EXPECT_EQ(outcome.exit_code, 2);
+  EXPECT_THAT(outcome.err, testing::StartsWith("schemas/note.xml:1:1: error: "));
+  Write("korvelcheck.toml", "[schemas]\npaths = [\"schemas/**/*.xml\"]\nexclude = [\"**/note.xml\"]\n");
+  EXPECT_EQ(Against().exit_code, 0);
+}
+
+TEST_F(AgainstTest, AFaultOfTheOldStateNamesBothFiles) {
+  Write("schemas/orders.xml", "<note/>");
+  Commit("second");
+  Write("schemas/orders.xml", Schema("orders"));
+  const Outcome outcome = Against();
+  EXPECT_EQ(outcome.exit_code, 2);
+  EXPECT_THAT(outcome.err, testing::StartsWith("git:HEAD:schemas/orders.xml:1:1: error: "));
+  EXPECT_THAT(outcome.err, HasSubstr("\nkorvelcheck: schemas/orders.xml: cannot be compared with git:HEAD:schemas/orders.xml\n"));
+}
+
+TEST_F(AgainstTest, ALinkInTheCommitIsNoFile) {
+  std::filesystem::create_symlink("orders.xml", PathOf("schemas/link.xml"));
+  Commit("second");
+  ExpectNotAsked(Against(),
+                 "korvelcheck: git:HEAD:schemas/link.xml: is a symbolic link in that commit; allowed: a file\n"
+                 "korvelcheck: schemas/link.xml: cannot be compared with git:HEAD:schemas/link.xml\n");
+}
+
+TEST_F(AgainstTest, OddNamesAreCompared) {
+  for (const char* name : {"schemas/a b.xml", "schemas/new\nline.xml", "schemas/\xff.xml", "schemas/-x.xml", "schemas/:y.xml"}) {
+    Write(name, Schema("odd"));
+  }
+  Commit("second");
+  const Outcome outcome = Against();
+  EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
+  EXPECT_THAT(outcome.out, HasSubstr("8 compared"));
+}
+
+TEST_F(AgainstTest, ADirectoryIsAnEarlierStateToo) {
+  std::filesystem::create_directory(PathOf("before"));
+  std::filesystem::copy(PathOf("schemas"), PathOf("before/schemas"), std::filesystem::copy_options::recursive);
+  std::filesystem::remove_all(PathOf(".git"));
+  Write("schemas/users.xml", Schema("users", "uint32"));
+  const Outcome outcome = Run({"check", "--against", "before", "--format", "json"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_THAT(Tables(outcome), ElementsAre("schemas/deep/items.xml: items allowed", "schemas/orders.xml: orders allowed",
+                                           "schemas/users.xml: users refused"));
+  std::filesystem::remove(PathOf("schemas/users.xml"));
+  EXPECT_THAT(Tables(Run({"check", "--against", "../before", "--format", "json"}, "schemas")),
+              testing::Contains("../before/schemas/users.xml: users refused gone"));
+  ExpectNotAsked(Run({"check", "--against", "nowhere"}),
+                 "korvelcheck: nowhere: No such file or directory; allowed: git:REV or a directory\n");
+  ExpectNotAsked(Run({"check", "--against", "schemas/orders.xml"}),
+                 "korvelcheck: schemas/orders.xml: is no directory; allowed: git:REV or a directory\n");
+}
+
+TEST_F(AgainstTest, WrongStatesAreRefused) {
+  ExpectNotAsked(Run({"check", "--against", "git:HEAD:schemas"}),
+                 "korvelcheck: git:HEAD:schemas: names a path; allowed: git:REV\n");
+  ExpectNotAsked(Run({"check", "--against", "git:"}), "korvelcheck: git:: the revision is missing\n");
+  ExpectNotAsked(Run({"check", "--against", "git:-x"}), "korvelcheck: git:-x: a revision begins with no '-'\n");
+  std::filesystem::remove_all(PathOf(".git"));
+  ExpectNotAsked(Against(), "korvelcheck: git:HEAD: not a git repository (or any of the parent directories): .git\n");
+}
+
+TEST_F(AgainstTest, ASchemaIsNotReplacedByTheReport) {
+  const std::string before = Read("schemas/orders.xml");
+  ExpectNotAsked(Against({"-o", "schemas/orders.xml"}), "korvelcheck: -o schemas/orders.xml would replace an input\n");
+  ExpectNotAsked(Against({"--log", "schemas/orders.xml"}), "korvelcheck: --log schemas/orders.xml would change an input\n");
+  EXPECT_EQ(Read("schemas/orders.xml"), before);
+}
+
+TEST_F(AgainstTest, SettingsOfTheProjectCount) {
+  Write("korvelcheck.toml", "[schemas]\npaths = [\"schemas/*.xml\"]\n[tables.users]\nlist-num = 12\n");
+  EXPECT_THAT(Against({"--format", "json", "--table", "users"}).out, HasSubstr("\"list_num\": 12"));
+}
+
+// The order is that of the paths, whichever thread is first; a log makes them take turns.
+TEST_F(AgainstTest, AThousandFilesAreComparedInTheirOrder) {
+  constexpr int kFiles = 1000;
+  std::filesystem::create_directory(PathOf("schemas/many"));
+  const auto name = [](int i) { return "t" + std::to_string(10000 + i); };
+  for (int i = 0; i < kFiles; ++i) Write("schemas/many/" + name(i) + ".xml", Schema(name(i)));
+  Commit("many");
+  for (int i = 0; i < kFiles; i += 10) Write("schemas/many/" + name(i) + ".xml", Schema(name(i), "uint32"));
+  const Outcome outcome = Against({"--format", "json", "schemas/many"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_EQ(outcome.err, "");
+  std::vector<std::string> expected;
+  for (int i = 0; i < kFiles; ++i) {
+    expected.push_back("schemas/many/" + name(i) + ".xml: " + name(i) + (i % 10 == 0 ? " refused" : " allowed"));
+  }
+  EXPECT_EQ(Tables(outcome), expected);
+  EXPECT_EQ(Against({"--format", "json", "schemas/many", "--log", "log"}).out, outcome.out);
+}
+
+}  // namespace
+}  // namespace tool_test

@@ -1,0 +1,77 @@
+// The bar: on a terminal alone, not before its time, gone at the end.
+#include "tool/progress.h"
+
+#include <gmock/gmock.h>
+#include <pty.h>
+#include <unistd.h>
+
+#include <array>
+#include <string>
+
+namespace {
+
+using korvel::tool::Progress;
+using std::chrono_literals::operator""ms;
+using std::chrono_literals::operator""h;
+
+// A terminal and what is seen on it.
+class Terminal {
+ public:
+  Terminal() { EXPECT_EQ(::openpty(&screen_, &program_, nullptr, nullptr, nullptr), 0); }
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+  ~Terminal() { ::close(screen_); }
+
+  int fd() const { return program_; }
+
+  // Ends the writing side.
+  std::string Seen() {
+    ::close(program_);
+    std::string text;
+    std::array<char, 4096> piece;
+    for (ssize_t got = ::read(screen_, piece.data(), piece.size()); got > 0; got = ::read(screen_, piece.data(), piece.size())) {
+      text.append(piece.data(), static_cast<std::size_t>(got));
+    }
+    return text;
+  }
+
+ private:
+  int screen_ = -1;
+  int program_ = -1;
+};
+
+TEST(Progress, IsDrawnOnATerminalAndGoneAtTheEnd) {
+  Terminal terminal;
+  {
+    Progress progress(terminal.fd(), 4, "files", 0ms);
+    for (int i = 0; i < 4; ++i) progress.Step();
+  }
+  const std::string seen = terminal.Seen();
+  EXPECT_THAT(seen, testing::HasSubstr("\r\x1b[K[###############               ] 2 of 4 files"));
+  EXPECT_THAT(seen, testing::HasSubstr("[##############################] 4 of 4 files"));
+  EXPECT_THAT(seen, testing::EndsWith("\r\x1b[K"));
+}
+
+TEST(Progress, NothingIsDrawnBeforeItsTime) {
+  Terminal terminal;
+  {
+    Progress progress(terminal.fd(), 4, "files", 1h);
+    for (int i = 0; i < 4; ++i) progress.Step();
+  }
+  EXPECT_EQ(terminal.Seen(), "");
+}
+
+TEST(Progress, NothingIsDrawnElsewhere) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(::pipe(ends.data()), 0);
+  {
+    Progress progress(ends[1], 4, "files", 0ms);
+    for (int i = 0; i < 4; ++i) progress.Step();
+  }
+  ::close(ends[1]);
+  char byte = 0;
+  EXPECT_EQ(::read(ends[0], &byte, 1), 0);
+  ::close(ends[0]);
+}
+
+}  // namespace
