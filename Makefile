@@ -40,11 +40,12 @@ coverage: ## line and branch coverage of src/common
 	$(INSTALL_DEPS) ci
 	scripts/coverage $(JOBS)
 
-goldens: ## remake tests/cases/*/*/expected; look at the difference before you commit it
+goldens: ## remake tests/cases/*/*/expected and tests/report/edits.expected; look at the difference before you commit it
 	$(INSTALL_DEPS) test
 	cmake --preset test
-	cmake --build --preset test -j $(JOBS) --target cases_test
+	cmake --build --preset test -j $(JOBS) --target cases_test --target report_test
 	KORVEL_UPDATE_GOLDENS=1 build/test/tests/cases/cases_test
+	KORVEL_UPDATE_GOLDENS=1 build/test/tests/report/report_test
 
 docs: ## remake docs/rules from the rule book
 	$(INSTALL_DEPS) example

@@ -85,7 +85,8 @@ class NodeNeeds {
     return counter < anchors_[pair_.entries().NewPosition(slot)];
   }
 
-  // Which attributes a table takes depends on its type: keys that come or go do so together with a change of it.
+  // Attributes of a table and marks of its sort fields make sense together alone: which keys there may be depends on the type,
+  // and the marks are numbered without gaps.
   void BindAttributes() {
     std::vector<std::size_t> bound;
     bool type_changes = false;
@@ -96,11 +97,33 @@ class NodeNeeds {
       type_changes = type_changes || is_type;
       if (is_type || edit.before.empty() || edit.after.empty()) bound.push_back(i);
     }
-    if (!type_changes) return;
-    for (const std::size_t one : bound) {
-      for (const std::size_t other : bound) {
-        if (one != other) parts_.needs[one].push_back(other);
-      }
+    if (!type_changes) bound.clear();
+    for (std::size_t i = node_.first_edit; i < node_.end_edit; ++i) {
+      if (ChangesSortMark(i)) bound.push_back(i);
+    }
+    NeedEachOther(bound);
+  }
+
+  static bool IsSortMark(const EntryModel& entry) { return entry.customattr2 && entry.customattr2->starts_with("sort="); }
+
+  bool ChangesSortMark(std::size_t edit) const {
+    const Slot slot = parts_.slots[edit];
+    switch (parts_.edits[edit].kind) {
+      case EditKind::kEntryAdded:
+        return IsSortMark(pair_.NewEntry(slot));
+      case EditKind::kEntryRemoved:
+        return IsSortMark(pair_.OldEntry(slot));
+      case EditKind::kEntryCustomAttr2:
+        return IsSortMark(pair_.OldEntry(slot)) || IsSortMark(pair_.NewEntry(slot));
+      default:
+        return false;
+    }
+  }
+
+  // In a circle: what needs one needs all.
+  void NeedEachOther(const std::vector<std::size_t>& edits) {
+    for (std::size_t i = 0; i < edits.size() && edits.size() > 1; ++i) {
+      parts_.needs[edits[i]].push_back(edits[(i + 1) % edits.size()]);
     }
   }
 

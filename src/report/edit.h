@@ -50,8 +50,9 @@ struct Edit {
   // What changes in it: the entry, the index, the key of customattr; empty for the others. The new name of what was added, the
   // old one of everything else.
   std::string item;
-  // As schema files say it, "" where there is none: "uint32", "string(32)", "5", "uid zone". Of what was added or removed its
-  // type or columns ("zone desc, uid"). Of what is moved the entry or index behind which it stands, "" at the front.
+  // As schema files say it, "" where there is none, two quotes for an empty attribute: "uint32", "string(32)", "5", "uid zone".
+  // Of what was added or removed its type or columns ("zone desc, uid"). Of what is moved the entry or index behind which it
+  // stands, "" at the front.
   std::string before;
   std::string after;
   // The ways from the table to the place as the old side has them, in the order of the fields, at most kMaxPaths:
@@ -63,6 +64,9 @@ struct Edit {
 };
 
 inline constexpr std::size_t kMaxPaths = 8;
+
+// An attribute as `before` and `after` say it.
+inline std::string ValueText(std::string_view text) { return text.empty() ? "\"\"" : std::string(text); }
 
 // One line: "type of uid: uint32 -> uint64", "field note added", "field zone moved behind n_items".
 std::string Describe(const Edit& edit);

@@ -14,8 +14,6 @@ void TakeType(qmx::EntryDecl& to, const EntryModel& from) {
   to.size = from.size;
 }
 
-std::string TextOf(const std::optional<std::string>& text) { return text.value_or(""); }
-
 constexpr EntryAttribute kAttributes[] = {
     {EditKind::kEntryRenamed, "name", [](const EntryModel& a, const EntryModel& b) { return a.name != b.name; },
      [](const EntryModel& entry) { return entry.name; }, [](qmx::EntryDecl& to, const EntryModel& from) { to.name = from.name; }},
@@ -37,7 +35,7 @@ constexpr EntryAttribute kAttributes[] = {
      [](qmx::EntryDecl& to, const EntryModel& from) { to.count = from.count; }},
     {EditKind::kEntryCustomAttr2, "customattr2",
      [](const EntryModel& a, const EntryModel& b) { return a.customattr2 != b.customattr2; },
-     [](const EntryModel& entry) { return TextOf(entry.customattr2); },
+     [](const EntryModel& entry) { return entry.customattr2 ? ValueText(*entry.customattr2) : ""; },
      [](qmx::EntryDecl& to, const EntryModel& from) {
        to.customattr2.reset();
        if (from.customattr2) to.customattr2 = *from.customattr2;

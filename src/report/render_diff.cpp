@@ -119,7 +119,7 @@ class TextWriter {
     bool is_first = true;
     for (const Embedding& embedding : structure.embeddings) {
       for (const std::string& path : embedding.paths) {
-        text_ += (is_first ? "" : ", ") + OneLine(path);
+        text_.append(is_first ? "" : ", ").append(OneLine(path));
         is_first = false;
       }
       if (embedding.path_count > embedding.paths.size()) {

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "report/edit.h"
+
 namespace korvel::report {
 namespace {
 
@@ -21,15 +23,17 @@ bool KeysDiffer(const Pairs& pairs) {
   return std::ranges::adjacent_find(keys) == keys.end();
 }
 
+std::string Shown(const std::optional<std::string>& text) { return text ? ValueText(*text) : ""; }
+
 std::vector<AttributeChange> ComparePairs(const Pairs& old_pairs, const Pairs& new_pairs) {
   std::vector<AttributeChange> changes;
   for (const auto& [key, value] : old_pairs) {
     const AttributePair* const after = Find(new_pairs, key);
     if (after != nullptr && after->value == value) continue;
-    changes.push_back({std::string(key), std::string(value), after == nullptr ? "" : std::string(after->value)});
+    changes.push_back({std::string(key), ValueText(value), after == nullptr ? "" : ValueText(after->value)});
   }
   for (const auto& [key, value] : new_pairs) {
-    if (Find(old_pairs, key) == nullptr) changes.push_back({std::string(key), "", std::string(value)});
+    if (Find(old_pairs, key) == nullptr) changes.push_back({std::string(key), "", ValueText(value)});
   }
   return changes;
 }
@@ -57,7 +61,7 @@ std::vector<AttributeChange> CompareAttributes(const std::optional<std::string>&
   const std::optional<Pairs> new_pairs = SplitAttributes(new_text);
   std::vector<AttributeChange> changes;
   if (old_pairs && new_pairs) changes = ComparePairs(*old_pairs, *new_pairs);
-  if (changes.empty()) changes.push_back({"", old_text.value_or(""), new_text.value_or("")});
+  if (changes.empty()) changes.push_back({"", Shown(old_text), Shown(new_text)});
   return changes;
 }
 

@@ -1,0 +1,124 @@
+// The edits of every case and example, compared with edits.expected; and the checker, which must answer about a model's library
+// as about the whole one.
+//
+// KORVEL_UPDATE_GOLDENS=1 writes the list instead; read it before it is kept.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "models.h"
+#include "read_source.h"
+#include "report/findings.h"
+
+namespace report_test {
+namespace {
+
+namespace fs = std::filesystem;
+using korvel::report::Difference;
+using korvel::report::Source;
+
+std::string ReadFile(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  EXPECT_TRUE(file.good()) << path;
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+struct SourcePair {
+  std::string name;
+  Source old_source;
+  Source new_source;
+};
+
+SourcePair Load(const std::string& name, const fs::path& old_path, const fs::path& new_path) {
+  return {name, ReadSource("old.xml", ReadFile(old_path)), ReadSource("new.xml", ReadFile(new_path))};
+}
+
+// All cases, and each example beside the version before it, sorted.
+std::vector<SourcePair> AllPairs() {
+  const fs::path top = KORVEL_SOURCE_DIR;
+  std::vector<SourcePair> pairs;
+  for (const auto& family : fs::directory_iterator(top / "tests/cases")) {
+    if (!family.is_directory()) continue;
+    for (const auto& folder : fs::directory_iterator(family)) {
+      const std::string name = family.path().filename().string() + "/" + folder.path().filename().string();
+      pairs.push_back(Load(name, folder.path() / "old.xml", folder.path() / "new.xml"));
+    }
+  }
+  for (const auto& [folder, base] : {std::pair("shop", "v6.xml"), std::pair("game", "v12.xml")}) {
+    for (const auto& file : fs::directory_iterator(top / "examples" / folder)) {
+      if (file.path().extension() != ".xml") continue;
+      pairs.push_back(Load("examples/" + std::string(folder) + "/" + file.path().filename().string(),
+                           top / "examples" / folder / base, file.path()));
+    }
+  }
+  std::ranges::sort(pairs, {}, &SourcePair::name);
+  return pairs;
+}
+
+std::string Listed(const SourcePair& pair) {
+  std::string text = pair.name + "\n";
+  for (const std::string_view table : pair.old_source.tables) {
+    text += "  table " + std::string(table) + "\n";
+    if (!pair.new_source.HasMeta(std::string(table))) continue;
+    for (const std::string& line : Lines(Difference(pair.old_source, pair.new_source, std::string(table)))) {
+      text += "    " + line + "\n";
+    }
+  }
+  return text;
+}
+
+TEST(DiffCases, HaveTheseEdits) {
+  std::string text;
+  for (const SourcePair& pair : AllPairs()) text += Listed(pair);
+  const fs::path golden = fs::path(KORVEL_SOURCE_DIR) / "tests/report/edits.expected";
+  if (std::getenv("KORVEL_UPDATE_GOLDENS") != nullptr) {
+    std::ofstream(golden, std::ios::binary) << text;
+    GTEST_SKIP() << "written: " << golden;
+  }
+  EXPECT_EQ(ReadFile(golden), text);
+}
+
+void ExpectSameAnswer(const SourcePair& pair, const std::string& table) {
+  SCOPED_TRACE(pair.name + " " + table);
+  const auto settings = ResolveSettings({}, pair.old_source, table);
+  const auto whole = AskChecker(pair.old_source.Library(), pair.new_source.Library(), table, settings);
+  const std::optional<qmx::Metalib> old_library = Build(ModelOf(pair.old_source, table));
+  const std::optional<qmx::Metalib> new_library = Build(ModelOf(pair.new_source, table));
+  ASSERT_TRUE(old_library && new_library);
+  const auto part = AskChecker(old_library->get(), new_library->get(), table, settings);
+  EXPECT_EQ(part.code, whole.code);
+  EXPECT_EQ(part.text, whole.text);
+}
+
+TEST(DiffCases, TheCheckerAnswersTheSameAboutTheirModels) {
+  std::size_t tables = 0;
+  for (const SourcePair& pair : AllPairs()) {
+    for (const std::string_view table : pair.old_source.tables) {
+      if (!pair.new_source.HasMeta(std::string(table))) continue;
+      ExpectSameAnswer(pair, std::string(table));
+      ++tables;
+    }
+  }
+  EXPECT_GT(tables, 150u);
+}
+
+// All edits together are the new side, none the old one.
+TEST(DiffCases, AreMadeOfTheirEdits) {
+  for (const SourcePair& pair : AllPairs()) {
+    for (const std::string_view table : pair.old_source.tables) {
+      if (!pair.new_source.HasMeta(std::string(table))) continue;
+      SCOPED_TRACE(pair.name + " " + std::string(table));
+      const Difference difference(pair.old_source, pair.new_source, std::string(table));
+      const std::size_t edits = difference.edits().size();
+      EXPECT_EQ(difference.Apply(std::vector<bool>(edits, true)), ModelOf(pair.new_source, std::string(table)));
+      EXPECT_EQ(difference.Apply(std::vector<bool>(edits, false)), ModelOf(pair.old_source, std::string(table)));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace report_test

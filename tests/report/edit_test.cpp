@@ -1,0 +1,103 @@
+// Names and sentences of edits, and where they point.
+#include "report/edit.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "read_source.h"
+#include "report/diff.h"
+
+namespace report_test {
+namespace {
+
+using korvel::report::Describe;
+using korvel::report::Difference;
+using korvel::report::Edit;
+using korvel::report::EditKind;
+using korvel::report::Location;
+using korvel::report::NameOf;
+
+TEST(Edit, NamesDiffer) {
+  std::set<std::string_view> names;
+  for (int i = 0; i <= static_cast<int>(EditKind::kEntryMeta); ++i) {
+    EXPECT_FALSE(NameOf(static_cast<EditKind>(i)).empty());
+    EXPECT_TRUE(names.insert(NameOf(static_cast<EditKind>(i))).second);
+  }
+}
+
+TEST(Edit, IsDescribedOnOneLine) {
+  const auto describe = [](EditKind kind, const char* item, const char* before, const char* after) {
+    Edit edit;
+    edit.kind = kind;
+    edit.meta = "orders";
+    edit.item = item;
+    edit.before = before;
+    edit.after = after;
+    return Describe(edit);
+  };
+  EXPECT_EQ(describe(EditKind::kLibraryVersion, "", "5", "6"), "version of the library: 5 -> 6");
+  EXPECT_EQ(describe(EditKind::kTableAttribute, "ListNum", "5", ""), "attribute ListNum of orders: 5 -> none");
+  EXPECT_EQ(describe(EditKind::kTableAttribute, "", "a", "b"), "attribute of orders: a -> b");
+  EXPECT_EQ(describe(EditKind::kPrimaryKey, "", "uid", "uid zone"), "primary key of orders: uid -> uid zone");
+  EXPECT_EQ(describe(EditKind::kEntryType, "uid", "uint32", "uint64"), "type of uid: uint32 -> uint64");
+  EXPECT_EQ(describe(EditKind::kEntryMoved, "zone", "uid", "n_items"), "field zone moved behind n_items");
+  EXPECT_EQ(describe(EditKind::kEntryMoved, "zone", "uid", ""), "field zone moved to the front");
+  EXPECT_EQ(describe(EditKind::kEntryAdded, "a\nb", "", "int8"), "field a\\nb added");
+  EXPECT_EQ(describe(EditKind::kIndexColumns, "by_zone", "zone", "zone desc"), "columns of index by_zone: zone -> zone desc");
+}
+
+// The text at a location: the value of its attribute, or the name of its element.
+std::string TextAt(const Location& location) {
+  if (!location) return "(nowhere)";
+  const korvel::report::SchemaText& text = *location.source->text;
+  const std::size_t element = text.source_map.Find(location.element).value();
+  const std::string place = location.source->name + " ";
+  if (location.attribute.empty()) {
+    const std::size_t length = text.bytes.substr(element).find('"', text.bytes.substr(element).find('"') + 1) + 1;
+    return place + std::string(text.bytes.substr(element, length));
+  }
+  const auto value = qmx::FindAttributeValue(text.bytes, element, location.attribute);
+  return value ? place + std::string(location.attribute) + "=" +
+                     std::string(text.bytes.substr(value->begin, value->end - value->begin))
+               : place + "no " + std::string(location.attribute);
+}
+
+TEST(Edit, PointsAtBothPlaces) {
+  const auto old_source =
+      ReadSource("old", R"(<metalib name="m" version="1"><meta name="other"><entry name="o" type="int8"/></meta>
+<meta name="t" customattr="A=1"><entry name="a" type="int8"/><entry name="b" type="int8" id="4"/><entry name="c" type="int16"/>
+<entry name="d" type="bytes" size="3"/><primarykey entries="a"/><index name="i"><column entry="a"/></index>
+<index name="j"><column entry="a"/></index></meta></metalib>)");
+  const auto new_source = ReadSource("new", R"(<metalib name="m" version="2" protocol="QMX">
+<meta name="t" customattr="A=2;B=1"><entry name="new" type="int8"/><entry name="c" type="int32"/>
+<entry name="a" type="int8" customattr2="x"/><entry name="e" type="int8" id="4"/><primarykey entries="c a"/>
+<splittablekey entries="c"/><index name="i"><column entry="c"/></index><index name="k"><column entry="c"/></index></meta></metalib>)");
+  std::vector<std::string> places;
+  const Difference difference(old_source, new_source, "t");
+  for (const Edit& edit : difference.edits()) {
+    places.push_back(std::string(NameOf(edit.kind)) + " " + edit.item + ": " + TextAt(edit.old_place) + ", " +
+                     TextAt(edit.new_place));
+  }
+  const std::vector<std::string> expected = {
+      "library-version : old version=1, new version=2",
+      "library-protocol : old <metalib name=\"m\", new protocol=QMX",
+      "table-attribute A: old customattr=A=1, new customattr=A=2;B=1",
+      "table-attribute B: old customattr=A=1, new customattr=A=2;B=1",
+      "entry-added new: (nowhere), new <entry name=\"new\"",
+      "entry-moved c: old <entry name=\"c\", new <entry name=\"c\"",
+      "entry-type c: old type=int16, new type=int32",
+      "entry-customattr2 a: old <entry name=\"a\", new customattr2=x",
+      "entry-renamed b: old name=b, new name=e",
+      "entry-removed d: old <entry name=\"d\", new <meta name=\"t\"",
+      "primary-key : old entries=a, new entries=c a",
+      "splittable-key : old <meta name=\"t\", new entries=c",
+      "index-columns i: old <index name=\"i\", new <index name=\"i\"",
+      "index-removed j: old <index name=\"j\", new <meta name=\"t\"",
+      "index-added k: (nowhere), new <index name=\"k\"",
+  };
+  EXPECT_EQ(places, expected);
+}
+
+}  // namespace
+}  // namespace report_test
