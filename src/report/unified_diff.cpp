@@ -10,6 +10,7 @@ namespace korvel::report {
 namespace {
 
 constexpr std::size_t kContext = 3;
+constexpr int kMaxDepth = 16;  // of gaps within gaps, each a pass over all lines
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
 using Lines = std::vector<std::string_view>;  // each with its line end
@@ -49,43 +50,44 @@ std::vector<Match> LongestAscending(const std::vector<Match>& matches) {
   return run;
 }
 
-// Lines that stand once in either text.
-std::vector<Match> UniqueMatches(const Lines& old_lines, const Lines& new_lines) {
+// Lines that stand once on either side of a gap.
+std::vector<Match> UniqueMatches(const Lines& old_lines, const Lines& new_lines, const Change& gap) {
   struct Seen {
     std::size_t old_count = 0, new_count = 0, new_line = 0;
   };
   std::unordered_map<std::string_view, Seen> seen;
-  for (const std::string_view line : old_lines) ++seen[line].old_count;
-  for (std::size_t i = 0; i < new_lines.size(); ++i) {
+  for (std::size_t i = gap.old_begin; i < gap.old_end; ++i) ++seen[old_lines[i]].old_count;
+  for (std::size_t i = gap.new_begin; i < gap.new_end; ++i) {
     Seen& line = seen[new_lines[i]];
     ++line.new_count;
     line.new_line = i;
   }
   std::vector<Match> matches;
-  for (std::size_t i = 0; i < old_lines.size(); ++i) {
+  for (std::size_t i = gap.old_begin; i < gap.old_end; ++i) {
     const Seen& line = seen[old_lines[i]];
     if (line.old_count == 1 && line.new_count == 1) matches.push_back({i, line.new_line});
   }
   return matches;
 }
 
-// What lies between two matches, less the lines at its ends that are the same.
-std::vector<Change> FindChanges(const Lines& old_lines, const Lines& new_lines) {
-  std::vector<Match> anchors = LongestAscending(UniqueMatches(old_lines, new_lines));
-  anchors.push_back({old_lines.size(), new_lines.size()});
-  std::vector<Change> changes;
-  Change gap{};
+// Adds what differs in a gap: what lies between two matches is a smaller gap, less the lines at its ends that are the same.
+void FindChanges(const Lines& old_lines, const Lines& new_lines, Change gap, int depth, std::vector<Change>& changes) {
+  const auto has_both = [&] { return gap.old_begin < gap.old_end && gap.new_begin < gap.new_end; };
+  while (has_both() && old_lines[gap.old_begin] == new_lines[gap.new_begin]) ++gap.old_begin, ++gap.new_begin;
+  while (has_both() && old_lines[gap.old_end - 1] == new_lines[gap.new_end - 1]) --gap.old_end, --gap.new_end;
+  if (gap.old_begin == gap.old_end && gap.new_begin == gap.new_end) return;
+  std::vector<Match> anchors;
+  if (has_both() && depth < kMaxDepth) anchors = LongestAscending(UniqueMatches(old_lines, new_lines, gap));
+  if (anchors.empty()) return changes.push_back(gap);
+  anchors.push_back({gap.old_end, gap.new_end});
+  Change inner{gap.old_begin, 0, gap.new_begin, 0};
   for (const Match& anchor : anchors) {
-    gap.old_end = anchor.old_line;
-    gap.new_end = anchor.new_line;
-    const auto differs = [&] { return gap.old_begin < gap.old_end && gap.new_begin < gap.new_end; };
-    while (differs() && old_lines[gap.old_begin] == new_lines[gap.new_begin]) ++gap.old_begin, ++gap.new_begin;
-    while (differs() && old_lines[gap.old_end - 1] == new_lines[gap.new_end - 1]) --gap.old_end, --gap.new_end;
-    if (gap.old_begin < gap.old_end || gap.new_begin < gap.new_end) changes.push_back(gap);
-    gap.old_begin = anchor.old_line + 1;
-    gap.new_begin = anchor.new_line + 1;
+    inner.old_end = anchor.old_line;
+    inner.new_end = anchor.new_line;
+    FindChanges(old_lines, new_lines, inner, depth + 1, changes);
+    inner.old_begin = anchor.old_line + 1;
+    inner.new_begin = anchor.new_line + 1;
   }
-  return changes;
 }
 
 void WriteLines(std::string& text, char mark, const Lines& lines, std::size_t begin, std::size_t end) {
@@ -130,7 +132,8 @@ std::string UnifiedDiff(std::string_view old_name, std::string_view old_text, st
   if (old_text == new_text) return "";
   const Lines old_lines = SplitLines(old_text);
   const Lines new_lines = SplitLines(new_text);
-  const std::vector<Change> changes = FindChanges(old_lines, new_lines);
+  std::vector<Change> changes;
+  FindChanges(old_lines, new_lines, {0, old_lines.size(), 0, new_lines.size()}, 0, changes);
   std::string text = Header("--- ", old_name) + Header("+++ ", new_name);
   const Change* const end = changes.data() + changes.size();
   for (const Change* first = changes.data(); first != end;) {

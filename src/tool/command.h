@@ -28,6 +28,7 @@ enum OptionSet : unsigned {
   kCodesOption = 1024,     // --codes
   kFindingsOption = 2048,  // --max-findings
   kAgainstOption = 4096,   // --against, with any number of files or directories in the place of the two files
+  kSuggestOptions = 8192,  // --diff, --file
 };
 
 // What help and reports call an input file.
@@ -69,6 +70,7 @@ extern const Command kSortlistCommand;
 extern const Command kLintCommand;
 extern const Command kCompileCommand;
 extern const Command kDumpCommand;
+extern const Command kSuggestCommand;
 extern const Command kLayoutCommand;
 extern const Command kDiffCommand;
 extern const Command kRulesCommand;

@@ -5,6 +5,7 @@
 
 #include "report/findings.h"
 #include "report/parallel.h"
+#include "report/ways_out.h"
 
 namespace korvel::tool {
 
@@ -36,10 +37,12 @@ TableResult JudgeChange(const Pair& pair, const std::string& table, const Settin
   result.settings = settings;
   const Verdict whole{result.code, result.text, result.rule};
   if (pair.first.HasMeta(table) && pair.second.HasMeta(table)) {
-    result.changes =
-        FindChanges(Difference(pair.first, pair.second, table), pair.first, pair.second, table, settings, whole, max_findings);
+    const Difference difference(pair.first, pair.second, table);
+    result.changes = FindChanges(difference, pair.first, pair.second, table, settings, whole, max_findings);
+    if (whole.Refused()) FindWaysOut(difference, pair.first, pair.second, table, settings, *result.changes);
   } else {
     result.changes = FindGone(pair.first, pair.second, table, whole);
+    FindWaysOutOfGone(pair.first, pair.second, table, settings, *result.changes);
   }
   return result;
 }

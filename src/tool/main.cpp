@@ -16,6 +16,7 @@
 #include "tool/exit_code.h"
 #include "tool/file_descriptor.h"
 #include "tool/output.h"
+#include "tool/refused.h"
 #include "vesk/log_category.h"
 
 namespace korvel::tool {
@@ -119,6 +120,9 @@ int main(int argc, char** argv) {
   } catch (const CannotAsk& reason) {
     PrintErrors(reason.lines);
     return kNotAsked;
+  } catch (const Refused& reasons) {
+    PrintErrors(reasons.lines);
+    return kSomeRefused;
   } catch (const std::bad_alloc&) {
     PrintErrors({Said("out of memory")});
     return kFault;

@@ -151,6 +151,14 @@ void AddReportOptions(CLI::App& app, Options& options, vesk::LogSettings& log) {
   })->needs(log_option);
 }
 
+void AddSuggestOptions(CLI::App& app, const Command& command, Options& options) {
+  if ((command.options & kSuggestOptions) == 0) return;
+  CLI::Option* const file = app.add_flag("--file", options.whole_file, "the whole suggested schema file");
+  app.add_flag_function(
+         "--diff", [](std::int64_t) {}, "unified difference from NEW to it; the default")
+      ->excludes(file);
+}
+
 void AddTextOrJson(CLI::App& app, Options& options) {
   static constexpr Choice kForms[] = {{"text", 0}, {"json", 1}};
   AddChoice(app, "--format", kForms, "form of the output; default: text", [&options](int code) { options.json = code == 1; });
@@ -223,6 +231,7 @@ void AddOptions(CLI::App& app, const Command& command, Options& options, vesk::L
   AddTableOptions(app, command, options);
   AddOutput(app, command, options);
   AddBookOptions(app, command, options);
+  AddSuggestOptions(app, command, options);
   if (command.run != nullptr) AddReportOptions(app, options, log);
   if ((command.options & kTextOrJson) != 0) AddTextOrJson(app, options);
 }

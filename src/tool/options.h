@@ -32,6 +32,7 @@ struct Options {
   std::string word;                                    // of commands that take kTakesWord
   const BookFormat* book_format = &report::kBookText;  // --format of commands that take kBookOption
   bool codes = false;                                  // --codes
+  bool whole_file = false;                             // --file of commands that take kSuggestOptions
   std::optional<std::string> output;                   // absent = standard output
   std::optional<vesk::LogSettings> log;
 };

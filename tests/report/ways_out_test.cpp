@@ -1,0 +1,262 @@
+// Ways out: what is offered for which change, that the checker allows it, and that a fix makes that and nothing else.
+#include "report/ways_out.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "read_source.h"
+#include "report/element_text.h"
+#include "report/findings.h"
+
+namespace report_test {
+namespace {
+
+using namespace korvel::report;
+
+struct Sides {
+  std::string old_fields;
+  std::string new_fields;
+  std::string protocol = "QMX";
+  int old_version = 5;
+  int new_version = 6;
+  std::string old_attributes = "";
+  std::string new_attributes = "";
+  Settings given = {};
+};
+
+std::string Library(int version, const std::string& protocol, const std::string& attributes, const std::string& fields) {
+  return "<metalib name=\"m\" version=\"" + std::to_string(version) + "\" protocol=\"" + protocol + "\">\n" +
+         "<meta name=\"box\"><entry name=\"a\" id=\"1\" type=\"int8\"/></meta>\n" +
+         "<meta name=\"bag\"><entry name=\"a\" id=\"1\" type=\"int8\"/></meta>\n<meta name=\"t\"" +
+         (attributes.empty() ? "" : " customattr=\"" + attributes + "\"") +
+         ">\n<entry name=\"uid\" id=\"1\" type=\"uint32\"/>\n" + fields + "<primarykey entries=\"uid\"/>\n</meta>\n</metalib>\n";
+}
+
+// The findings of a change, and what became of it.
+struct Mended {
+  Changes changes;
+  Suggestion suggestion;
+  std::vector<std::string> fixed;  // of each finding, the file with its fix
+};
+
+Mended Mend(const Sides& sides) {
+  const Source old_source =
+      ReadSource("old.xml", Library(sides.old_version, sides.protocol, sides.old_attributes, sides.old_fields));
+  const Source new_source =
+      ReadSource("new.xml", Library(sides.new_version, sides.protocol, sides.new_attributes, sides.new_fields));
+  const Settings settings = ResolveSettings(sides.given, old_source, "t");
+  const Verdict whole = AskChecker(old_source.Library(), new_source.Library(), "t", settings);
+  const Difference difference(old_source, new_source, "t");
+  Mended mended;
+  mended.changes = FindChanges(difference, old_source, new_source, "t", settings, whole, kMaxFindings);
+  mended.suggestion = FindWaysOut(difference, old_source, new_source, "t", settings, mended.changes);
+  const auto built = Build(mended.suggestion.model);
+  EXPECT_TRUE(built);
+  const bool refused = AskChecker(old_source.Library(), built->get(), "t", settings).Refused();
+  EXPECT_EQ(mended.suggestion.allowed, !refused) << "what it says about the suggestion";
+  for (const Finding& finding : mended.changes.findings) {
+    mended.fixed.push_back(Replaced(new_source.text->bytes, finding.fix));
+    EXPECT_FALSE(finding.way_out.empty());
+  }
+  return mended;
+}
+
+struct LegalForm {
+  const char* label;
+  Sides sides;
+  bool has_legal_form;
+  const char* way_out;
+  const char* fixed;  // stands in the fixed file
+};
+
+const LegalForm kLegalForms[] = {
+    {"an added field without a version",
+     {"", "<entry name=\"note\" id=\"2\" type=\"int8\"/>\n"},
+     true,
+     "give note version 6, which is above the old library's 5",
+     "<entry name=\"note\" id=\"2\" type=\"int8\" version=\"6\"/>\n"},
+    {"the library keeps its version",
+     {"", "<entry name=\"note\" id=\"2\" type=\"int8\" version=\"5\"/>\n", "QMX", 5, 5},
+     true,
+     "give note version 6, which is above the old library's 5",
+     "<metalib name=\"m\" version=\"6\" protocol=\"QMX\">"},
+    {"a name of other bytes",
+     {"", "<entry name=\"net price\" id=\"2\" type=\"int8\" version=\"6\"/>\n"},
+     true,
+     "call it net_price",
+     "<entry name=\"net_price\" id=\"2\""},
+    {"a name that starts with a digit",
+     {"", "<entry name=\"2nd\" id=\"2\" type=\"int8\" version=\"6\"/>\n"},
+     true,
+     "call it _2nd",
+     "name=\"_2nd\""},
+    {"an empty name", {"", "<entry name=\"\" id=\"2\" type=\"int8\" version=\"6\"/>\n"}, true, "call it field", "name=\"field\""},
+    {"a name that is too long, while what it is cut to is taken",
+     {"<entry name=\"nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn\" id=\"2\" type=\"int8\"/>\n",
+      "<entry name=\"nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn\" id=\"2\" type=\"int8\"/>\n"
+      "<entry name=\"nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn\" id=\"3\" type=\"int8\" version=\"6\"/>\n"},
+     true,
+     "call it nnnnnnnnnnnnnnnnnnnnnnnnnnnnn_2",
+     "name=\"nnnnnnnnnnnnnnnnnnnnnnnnnnnnn_2\" id=\"3\""},
+    {"both a name and a version",
+     {"", "<entry name=\"a-b\" id=\"2\" type=\"int8\"/>\n"},
+     true,
+     "give a-b version 6, which is above the old library's 5; call it a_b",
+     "<entry name=\"a_b\" id=\"2\" type=\"int8\" version=\"6\"/>\n"},
+    {"a field of another type",
+     {"<entry name=\"zone\" id=\"2\" type=\"uint32\"/>\n", "<entry name=\"zone\" id=\"2\" type=\"int64\"/>\n"},
+     true,
+     "keep zone as it is; add a new field zone_2 (int64, id 3, version 6) for the new values",
+     "<entry name=\"zone\" id=\"2\" type=\"uint32\"/>\n<entry name=\"zone_2\" id=\"3\" type=\"int64\" version=\"6\"/>\n"},
+    {"more of a field whose count is fixed",
+     {"<entry name=\"zone\" id=\"2\" type=\"int8\" count=\"3\"/>\n",
+      "<entry name=\"zone\" id=\"2\" type=\"int8\" count=\"4\"/>\n"},
+     true,
+     "keep zone as it is; add a new field zone_2 (int8 x 4, id 3, version 6) for the new values",
+     "<entry name=\"zone_2\" id=\"3\" type=\"int8\" version=\"6\" count=\"4\"/>\n"},
+    {"fewer of them",
+     {"<entry name=\"zone\" id=\"2\" type=\"int8\" count=\"3\"/>\n",
+      "<entry name=\"zone\" id=\"2\" type=\"int8\" count=\"2\"/>\n"},
+     false,
+     "leave the change out: keep zone at a count of 3",
+     "<entry name=\"zone\" id=\"2\" type=\"int8\" count=\"3\"/>\n"},
+    {"another structure",
+     {"<entry name=\"in\" id=\"2\" type=\"box\"/>\n", "<entry name=\"in\" id=\"2\" type=\"bag\"/>\n"},
+     true,
+     "keep in as it is; add a new field in_2 (bag, id 3, version 6) for the new values",
+     "<entry name=\"in\" id=\"2\" type=\"box\"/>\n"},
+    {"a smaller text",
+     {"<entry name=\"s\" id=\"2\" type=\"string\" size=\"9\"/>\n", "<entry name=\"s\" id=\"2\" type=\"string\" size=\"8\"/>\n"},
+     false,
+     "leave the change out: keep s at 9 bytes",
+     "size=\"9\""},
+    {"a removed field",
+     {"<entry name=\"s\" id=\"2\" type=\"int8\"/>\n", ""},
+     false,
+     "leave the change out: keep field s; whoever does not need it any more may stop writing it",
+     "<entry name=\"s\" id=\"2\" type=\"int8\"/>\n"},
+    {"a renamed field",
+     {"<entry name=\"s\" id=\"2\" type=\"int8\"/>\n", "<entry name=\"r\" id=\"2\" type=\"int8\"/>\n", "TLV"},
+     false,
+     "leave the change out: keep the name s",
+     "<entry name=\"s\" id=\"2\" type=\"int8\"/>\n"},
+    {"a moved field",
+     {"<entry name=\"s\" id=\"2\" type=\"int8\"/>\n<entry name=\"r\" id=\"3\" type=\"int8\"/>\n",
+      "<entry name=\"r\" id=\"3\" type=\"int8\"/>\n<entry name=\"s\" id=\"2\" type=\"int8\"/>\n"},
+     false,
+     "leave the change out: leave field r where it is",
+     "<entry name=\"s\" id=\"2\" type=\"int8\"/>\n<entry name=\"r\" id=\"3\" type=\"int8\"/>\n"},
+    {"an index",
+     {"", "<index name=\"i\"><column entry=\"uid\"/></index>\n"},
+     false,
+     "leave the change out: do without index i; a new table may have it from its first day",
+     "<primarykey entries=\"uid\"/>\n</meta>"},
+    {"slots of a list that the server has not",
+     {"", "", "QMX", 5, 6, "", "TableType=LIST;ListNum=12", {1, std::nullopt, std::nullopt, std::nullopt, 10}},
+     true,
+     "say ListNum=10, which is what the server holds",
+     "customattr=\"TableType=LIST;ListNum=10\""},
+    {"fewer slots",
+     {"", "", "QMX", 5, 6, "TableType=LIST;ListNum=12", "TableType=LIST;ListNum=10"},
+     false,
+     "leave the change out: keep ListNum of table t: 12",
+     "customattr=\"TableType=LIST;ListNum=12\""},
+};
+
+TEST(WaysOut, OfEachChange) {
+  for (const LegalForm& form : kLegalForms) {
+    SCOPED_TRACE(form.label);
+    const Mended mended = Mend(form.sides);
+    ASSERT_FALSE(mended.changes.findings.empty());
+    for (const Finding& finding : mended.changes.findings) {
+      EXPECT_EQ(finding.way_out, form.way_out);
+      EXPECT_EQ(finding.has_legal_form, form.has_legal_form);
+    }
+    EXPECT_NE(mended.fixed.front().find(form.fixed), std::string::npos) << mended.fixed.front();
+    EXPECT_TRUE(mended.suggestion.allowed);
+  }
+}
+
+TEST(WaysOut, AnAllowedChangeIsItsOwnSuggestion) {
+  const Mended mended = Mend({"", "<entry name=\"note\" id=\"2\" type=\"int8\" version=\"6\"/>\n"});
+  EXPECT_TRUE(mended.changes.findings.empty());
+  EXPECT_TRUE(mended.suggestion.allowed);
+  EXPECT_EQ(mended.suggestion.model.metas.front().entries.back().name, "note");
+}
+
+// In TLV, ids are for ever.
+TEST(WaysOut, AUsedIdGoesBackToItsField) {
+  const Mended mended = Mend({"<entry name=\"leader\" id=\"3\" type=\"uint64\"/>\n",
+                              "<entry name=\"motto\" id=\"3\" type=\"string\" size=\"9\" version=\"6\"/>\n"
+                              "<entry name=\"leader\" id=\"6\" type=\"uint64\"/>\n",
+                              "TLV"});
+  ASSERT_TRUE(mended.suggestion.allowed);
+  const std::vector<EntryModel> expected = {{.name = "uid", .type = "uint32", .id = 1},
+                                            {.name = "leader", .type = "uint64", .id = 3},
+                                            {.name = "motto", .type = "string", .size = 9, .id = 7, .version = 6}};
+  EXPECT_EQ(mended.suggestion.model.metas.front().entries, expected);
+}
+
+TEST(WaysOut, WhatWaitsForARefusedFieldGoesWithItsForm) {
+  const Mended mended = Mend({"",
+                              "<entry name=\"n\" id=\"2\" type=\"uint32\"/>\n"
+                              "<entry name=\"list\" id=\"3\" type=\"int8\" count=\"9\" refer=\"n\"/>\n"});
+  ASSERT_TRUE(mended.suggestion.allowed);
+  const auto& entries = mended.suggestion.model.metas.front().entries;
+  ASSERT_EQ(entries.size(), 3u);
+  EXPECT_EQ(entries[2].refer, "n");
+  EXPECT_EQ(entries[2].version, 6);
+}
+
+TEST(WaysOut, EachFixMakesOneFormAlone) {
+  const Mended mended = Mend({"<entry name=\"s\" id=\"2\" type=\"int16\"/>\n",
+                              "<entry name=\"s\" id=\"2\" type=\"int8\"/>\n<entry name=\"n\" id=\"3\" type=\"int8\"/>\n"});
+  ASSERT_EQ(mended.changes.findings.size(), 2u);
+  EXPECT_NE(mended.fixed[0].find("name=\"s\" id=\"2\" type=\"int16\""), std::string::npos) << mended.fixed[0];
+  EXPECT_NE(mended.fixed[0].find("<entry name=\"n\" id=\"3\" type=\"int8\"/>"), std::string::npos) << mended.fixed[0];
+  EXPECT_NE(mended.fixed[1].find("name=\"s\" id=\"2\" type=\"int8\""), std::string::npos) << mended.fixed[1];
+  EXPECT_NE(mended.fixed[1].find("<entry name=\"n\" id=\"3\" type=\"int8\" version=\"6\"/>"), std::string::npos)
+      << mended.fixed[1];
+}
+
+// An added field would need a version above it.
+TEST(WaysOut, NothingComesAfterTheLargestVersion) {
+  const Mended mended = Mend({"", "<entry name=\"n\" id=\"2\" type=\"int8\"/>\n", "QMX", 2147483647, 2147483647});
+  ASSERT_EQ(mended.changes.findings.size(), 1u);
+  EXPECT_EQ(mended.changes.findings[0].way_out, "leave the change out: do without field n");
+  EXPECT_FALSE(mended.changes.findings[0].has_legal_form);
+  EXPECT_TRUE(mended.suggestion.allowed);
+}
+
+TEST(WaysOut, WhatIsRefusedAsItStoodHasNone) {
+  const std::string field = "<entry name=\"a-b\" id=\"2\" type=\"int8\"/>\n";
+  const Mended mended = Mend({field, field + "<entry name=\"n\" id=\"3\" type=\"int8\"/>\n"});
+  EXPECT_FALSE(mended.suggestion.allowed);
+  bool found = false;
+  for (const Finding& finding : mended.changes.findings) {
+    EXPECT_FALSE(finding.has_legal_form) << "nothing can be verified on top of it";
+    if (!finding.edits.empty()) continue;
+    found = true;
+    EXPECT_TRUE(finding.way_out.starts_with("no form of this change is allowed: ")) << finding.way_out;
+  }
+  EXPECT_TRUE(found);
+}
+
+TEST(WaysOut, ATableThatIsGoneIsPutBack) {
+  const Source old_source = ReadSource("old.xml", Library(5, "QMX", "", ""));
+  const Source new_source = ReadSource(
+      "new.xml",
+      "<metalib name=\"m\" version=\"6\" protocol=\"QMX\"><meta name=\"s\"><entry name=\"a\" type=\"int8\"/></meta></metalib>");
+  const Settings settings = ResolveSettings({}, old_source, "t");
+  const Verdict whole = AskChecker(old_source.Library(), new_source.Library(), "t", settings);
+  Changes changes = FindGone(old_source, new_source, "t", whole);
+  const Suggestion suggestion = FindWaysOutOfGone(old_source, new_source, "t", settings, changes);
+  EXPECT_TRUE(suggestion.allowed);
+  EXPECT_EQ(suggestion.model.version, 6);
+  EXPECT_EQ(changes.findings.at(0).way_out, "no form of this change is allowed: keep table t, used or not");
+  EXPECT_FALSE(changes.findings[0].has_legal_form);
+}
+
+}  // namespace
+}  // namespace report_test
