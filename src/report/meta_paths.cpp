@@ -1,4 +1,4 @@
-// Counts ways without walking them all. Held by tests/report/meta_paths_test.cpp.
+// Counts ways without walking them all. Held by tests/report/diff_test.cpp.
 #include "report/meta_paths.h"
 
 #include <algorithm>

@@ -1,0 +1,87 @@
+// What an edit needs to be made by itself.
+#include <gmock/gmock.h>
+
+#include "models.h"
+#include "read_source.h"
+
+namespace report_test {
+namespace {
+
+using korvel::report::Difference;
+using testing::ElementsAre;
+
+std::string Table(const std::string& content) {
+  return "<metalib name=\"m\" version=\"1\"><meta name=\"t\">" + content + "</meta></metalib>";
+}
+
+std::string Entry(const std::string& name, const std::string& type, const std::string& more = "") {
+  return "<entry name=\"" + name + "\" type=\"" + type + "\" " + more + "/>";
+}
+
+std::vector<std::string> EditsOf(const std::string& before, const std::string& after) {
+  const korvel::report::Source old_source = ReadSource("old.xml", Table(before));
+  const korvel::report::Source new_source = ReadSource("new.xml", Table(after));
+  return Lines(Difference(old_source, new_source, "t"));
+}
+
+constexpr char kCounted[] = "count=\"9\" refer=\"n\"";
+
+TEST(Needs, ACountedFieldNeedsItsCounterToBeThere) {
+  EXPECT_THAT(EditsOf(Entry("a", "int8"), Entry("a", "int8") + Entry("n", "int8") + Entry("list", "int8", kCounted)),
+              ElementsAre("entry-added t.n: field n added", "entry-added t.list: field list added; needs 0"));
+}
+
+TEST(Needs, ACountedFieldNeedsACounterThatCanCount) {
+  EXPECT_THAT(EditsOf(Entry("n", "float", "count=\"2\"") + Entry("list", "int8", "count=\"9\""),
+                      Entry("n", "int8") + Entry("list", "int8", kCounted)),
+              ElementsAre("entry-type t.n: type of n: float -> int8", "entry-count t.n: count of n: 2 -> 1",
+                          "entry-refer t.list: refer of list: none -> n; needs 0 1"));
+  // Both can count: nothing is needed.
+  EXPECT_THAT(
+      EditsOf(Entry("n", "int16") + Entry("list", "int8", "count=\"9\""), Entry("n", "int8") + Entry("list", "int8", kCounted)),
+      ElementsAre("entry-type t.n: type of n: int16 -> int8", "entry-refer t.list: refer of list: none -> n"));
+}
+
+TEST(Needs, ACountedFieldNeedsItsCounterBeforeIt) {
+  const std::string fixed = Entry("list", "int8", "count=\"9\"");
+  EXPECT_THAT(
+      EditsOf(fixed + Entry("a", "int8") + Entry("n", "int8"),
+              Entry("n", "int8") + Entry("list", "int8", kCounted) + Entry("a", "int8")),
+      ElementsAre("entry-moved t.n: field n moved to the front", "entry-refer t.list: refer of list: none -> n; needs 0"));
+  EXPECT_THAT(EditsOf(Entry("a", "int8") + Entry("b", "int8") + Entry("n", "int8"),
+                      Entry("n", "int8") + Entry("list", "int8", kCounted) + Entry("a", "int8") + Entry("b", "int8")),
+              ElementsAre("entry-moved t.n: field n moved to the front", "entry-added t.list: field list added; needs 0"));
+  // It stands before where the added field is put: the move is not needed.
+  EXPECT_THAT(EditsOf(Entry("a", "int8") + Entry("b", "int8") + Entry("n", "int8") + Entry("z", "int8"),
+                      Entry("n", "int8") + Entry("a", "int8") + Entry("b", "int8") + Entry("list", "int8", kCounted) +
+                          Entry("z", "int8")),
+              ElementsAre("entry-moved t.n: field n moved to the front", "entry-added t.list: field list added"));
+}
+
+TEST(Needs, KeysAndIndexesNeedTheirFields) {
+  const std::string keys =
+      "<primarykey entries=\"a x\"/><splittablekey entries=\"y\"/><index name=\"i\"><column entry=\"y\"/></index>";
+  EXPECT_THAT(EditsOf(Entry("a", "int8") + "<primarykey entries=\"a\"/><index name=\"i\"><column entry=\"a\"/></index>",
+                      Entry("a", "int8") + Entry("x", "int8") + Entry("y", "int8") + keys),
+              ElementsAre("entry-added t.x: field x added", "entry-added t.y: field y added",
+                          "primary-key t: primary key of t: a -> a x; needs 0",
+                          "splittable-key t: splittable key of t: none -> y; needs 1",
+                          "index-columns t: columns of index i: a -> y; needs 1"));
+}
+
+// A counter that is added itself needs nothing; what it counts needs it, and what that needs.
+TEST(Needs, AreTransitive) {
+  const korvel::report::Source old_source =
+      ReadSource("old.xml", "<metalib name=\"m\" version=\"1\" protocol=\"TLV\"><meta name=\"t\">" +
+                                Entry("n", "int8", "id=\"1\"") + "</meta></metalib>");
+  const korvel::report::Source new_source =
+      ReadSource("new.xml", "<metalib name=\"m\" version=\"1\" protocol=\"TLV\"><meta name=\"t\">" +
+                                Entry("old_n", "int8", "id=\"1\"") + Entry("n", "int8", "id=\"2\"") +
+                                Entry("list", "int8", std::string("id=\"3\" ") + kCounted) + "</meta></metalib>");
+  EXPECT_THAT(Lines(Difference(old_source, new_source, "t")),
+              ElementsAre("entry-renamed t.n: field n renamed to old_n", "entry-added t.n: field n added; needs 0",
+                          "entry-added t.list: field list added; needs 0 1"));
+}
+
+}  // namespace
+}  // namespace report_test
