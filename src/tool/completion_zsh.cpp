@@ -38,7 +38,7 @@ std::string Quoted(const std::string& text) {
 
 // Behind the option's name: "[description]:FILE:_files".
 std::string Meaning(const Argument& argument) {
-  const std::string text = "[" + Escaped(argument.description, "[]\\", "\\") + "]";
+  std::string text = "[" + Escaped(argument.description, "[]\\", "\\") + "]";
   if (argument.value.empty()) return text;
   const std::vector<std::string> choices = ChoicesOf(argument);
   const std::string action = !choices.empty() ? "(" + Spaced(choices) + ")" : TakesFile(argument) ? "_files" : "";

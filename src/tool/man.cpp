@@ -62,6 +62,14 @@ When set and not empty, nothing is coloured.
 When unset or
 .BR dumb ,
 nothing is coloured.
+.TP
+.B SOURCE_DATE_EPOCH
+Seconds since 1970: the day by which waivers expire, in place of today.
+.SH FILES
+.TP
+.I korvelcheck.toml
+Schema files and settings of a project.
+It is looked for in the working directory and in those above.
 .SH EXAMPLES
 Check a change of all tables:
 .PP
