@@ -8,7 +8,7 @@ namespace {
 
 // Whether nothing but waived findings speaks against a refused table.
 bool IsWaived(const TableResult& result) {
-  return result.changes &&
+  return result.changes && !result.changes->stopped && !result.changes->findings.empty() &&
          std::ranges::all_of(result.changes->findings, [](const Finding& one) { return one.waiver.has_value(); });
 }
 

@@ -2,6 +2,7 @@
 #include "tool/against.h"
 #include "tool/command.h"
 #include "tool/judge.h"
+#include "tool/waivers.h"
 
 namespace korvel::tool {
 namespace {
@@ -19,10 +20,12 @@ Answer CheckPair(const Command& command, const Options& options, LPVESKCATEGORYI
 }
 
 Answer Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
-  if (options.against) return CheckAgainst(command, options, log);
-  if (!options.inputs.empty()) return CheckPair(command, options, log);
-  if (options.project && options.project->against) return CheckAgainst(command, options, log);
-  RefuseUsage(command, "OLD is required");
+  const bool is_whole = options.inputs.empty();
+  const bool has_state = options.against || (is_whole && options.project && options.project->against);
+  if (is_whole && !has_state) RefuseUsage(command, "OLD is required");
+  Answer answer = has_state ? CheckAgainst(command, options, log) : CheckPair(command, options, log);
+  if (options.project) ApplyWaivers(*options.project, is_whole && options.tables.empty(), answer.report);
+  return answer;
 }
 
 }  // namespace

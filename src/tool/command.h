@@ -29,6 +29,8 @@ enum OptionSet : unsigned {
   kFindingsOption = 2048,  // --max-findings
   kAgainstOption = 4096,   // --against, with any number of files or directories in the place of the two files
   kSuggestOptions = 8192,  // --diff, --file
+  kHistoryOption = 16384,  // --git
+  kWaiverOptions = 32768,  // --reason, --until and --project
 };
 
 // What help and reports call an input file.
@@ -46,18 +48,26 @@ struct Answer {
   std::vector<std::shared_ptr<Input>> kept = {};  // more sources of the report; may hold null
 };
 
+// What a command says that has a report of its own.
+struct Told {
+  std::string text;
+  bool refused;  // something was refused
+};
+
 struct Command {
   const char* name;
   const char* summary;
   InputName first;   // kNoInput: takes no files
   InputName second;  // kNoInput: none
   unsigned options;  // OptionSet, joined
-  // One of the two. Both throw CannotAsk.
+  // One of the three. All throw CannotAsk.
   //
   // Asks the checker. `log` is never null.
   Answer (*run)(const Command& command, const Options& options, LPVESKCATEGORYINST log) = nullptr;
   // Makes the bytes of a file.
   std::string (*make)(const Options& options) = nullptr;
+  // Asks the checker, too.
+  Told (*tell)(const Command& command, const Options& options) = nullptr;
   // With kTakesWord: words that it takes, for completions. Null where they cannot be listed.
   std::vector<std::string> (*words)() = nullptr;
 };
@@ -77,6 +87,8 @@ extern const Command kRulesCommand;
 extern const Command kExplainCommand;
 extern const Command kCompletionCommand;
 extern const Command kManCommand;
+extern const Command kWaiveCommand;
+extern const Command kHistoryCommand;
 
 // In the order in which help shows them.
 std::span<const Command* const> Commands();

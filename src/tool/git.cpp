@@ -148,11 +148,18 @@ std::string Git::Top(const std::string& argument) {
   return WithoutLineEnd(answer.out);
 }
 
+bool Git::IsShallow(const std::string& argument) {
+  return CallGit({"rev-parse", "--is-shallow-repository"}, argument).out == "true\n";
+}
+
 std::vector<std::string> Git::CommitsOf(const std::string& path, const std::string& argument) {
   const std::string from_top = FromTop(path, argument);
   if (CallGit({"rev-parse", "--verify", "--quiet", "HEAD"}, argument).status != 0) RefuseRevision("HEAD", argument);
   const std::string top = Top(argument);
-  return SplitAt(AskGit({"-C", top, "log", "--reverse", "--format=%H", "HEAD", "--", from_top}, argument), '\n');
+  return SplitAt(
+      AskGit({"-C", top, "log", "--first-parent", "--diff-filter=AMT", "--reverse", "--format=%h", "HEAD", "--", from_top},
+             argument),
+      '\n');
 }
 
 std::string Git::TreeOf(const std::string& revision, const std::string& argument) {

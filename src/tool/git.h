@@ -56,7 +56,11 @@ class Git {
   // The top of the work tree.
   std::string Top(const std::string& argument);
 
-  // The commits that changed a file, oldest first. `path` is as in GitPath.
+  // Whether commits are left out of the clone.
+  static bool IsShallow(const std::string& argument);
+
+  // The commits in which a file is as in none before, along the first parents, oldest first, as short as git thinks safe. `path`
+  // is as in GitPath. Commits that removed it are none.
   std::vector<std::string> CommitsOf(const std::string& path, const std::string& argument);
 
  private:

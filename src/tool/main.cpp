@@ -81,6 +81,11 @@ int RunCommand(const Command& command, const std::vector<std::string>& arguments
     Write(command.make(*options), *options);
     return kAllAllowed;
   }
+  if (command.tell != nullptr) {
+    const Told told = command.tell(command, *options);
+    Write(told.text, *options);
+    return told.refused ? kSomeRefused : kAllAllowed;
+  }
   const std::unique_ptr<vesk::LogCategory> log = OpenLog(options->log);
   // Lives as long as the process, whose end gives the memory of its schemas back faster than destructors do.
   static const Answer& answer = *new Answer(command.run(command, *options, log->handle()));

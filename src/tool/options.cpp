@@ -59,6 +59,14 @@ void AddSettings(CLI::App& app, Settings& given) {
       ->type_name("N");
 }
 
+void AddWaiverOptions(CLI::App& app, Options& options) {
+  app.add_option("--reason", options.reason, "why the finding may pass")->type_name("TEXT")->required();
+  app.add_option("--until", options.until, "the last day on which it may, like 2027-01-31")->type_name("DAY")->required();
+  app.add_option("--project", options.project_file,
+                 "project file; default: korvelcheck.toml here or in the nearest directory above, else a new one here")
+      ->type_name("FILE");
+}
+
 void AddProjectOptions(CLI::App& app, Options& options) {
   CLI::Option* const named = app.add_option("--project", options.project_file,
                                             "project file; default: korvelcheck.toml here or in the nearest directory above")
@@ -229,6 +237,10 @@ void Parse(CLI::App& app, const Command& command, const std::vector<std::string>
 
 void AddOptions(CLI::App& app, const Command& command, Options& options, vesk::LogSettings& log) {
   AddTableOptions(app, command, options);
+  if ((command.options & kHistoryOption) != 0) {
+    app.add_flag("--git", options.git_history, "VERSION is a path: all commits that changed the file, oldest first");
+  }
+  if ((command.options & kWaiverOptions) != 0) AddWaiverOptions(app, options);
   AddOutput(app, command, options);
   AddBookOptions(app, command, options);
   AddSuggestOptions(app, command, options);
@@ -275,7 +287,7 @@ std::optional<Options> ParseOptions(const Command& command, const std::vector<st
   CLI::App app(command.summary, std::string("korvelcheck ") + command.name);
   AddInputs(app, command, options);
   // Declaring them takes longer than reading a small file: a call without options does without, unless one is needed.
-  if ((command.options & kNeedsOutput) != 0 || std::any_of(arguments.begin(), arguments.end(), IsOption)) {
+  if ((command.options & (kNeedsOutput | kWaiverOptions)) != 0 || std::any_of(arguments.begin(), arguments.end(), IsOption)) {
     AddOptions(app, command, options, log);
   }
   try {

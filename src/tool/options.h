@@ -25,6 +25,9 @@ struct Options {
   Settings given;
   std::optional<std::string> project_file;  // --project
   bool no_project = false;
+  bool git_history = false;                         // --git
+  std::string reason;                               // --reason
+  std::string until;                                // --until
   std::optional<Project> project;                   // that of the call, once it was read
   std::size_t max_findings = report::kMaxFindings;  // --max-findings
   const Format* format = report::Formats().data();

@@ -1,0 +1,66 @@
+// Applies waivers. What one looks like is project_file.cpp's business. Held by tests/tool/waiver_test.cpp.
+#include "tool/waivers.h"
+
+#include <algorithm>
+#include <string>
+
+#include "qmx/quote.h"
+#include "tool/calendar.h"
+
+namespace korvel::tool {
+namespace {
+
+using report::Finding;
+
+// The path of a finding without the table in front, "" for the table itself.
+std::string EntryOf(const std::string& path, const std::string& table) {
+  return path.starts_with(table + ".") ? path.substr(table.size() + 1) : "";
+}
+
+bool IsFor(const WaiverEntry& waiver, const std::string& table, const Finding& finding) {
+  if (!waiver.fingerprint.empty()) return waiver.fingerprint == finding.fingerprint;
+  return waiver.table == table && waiver.rule == finding.verdict.rule && waiver.entry == EntryOf(finding.path, table);
+}
+
+// Whether there was a finding for it.
+bool Apply(const WaiverEntry& waiver, report::Report& report) {
+  bool is_used = false;
+  for (report::TableResult& table : report.tables) {
+    if (!table.changes) continue;
+    for (Finding& finding : table.changes->findings) {
+      if (!IsFor(waiver, table.table, finding)) continue;
+      is_used = true;
+      if (!finding.waiver) finding.waiver = {waiver.reason, waiver.until};
+    }
+  }
+  return is_used;
+}
+
+// What a waiver is for, in words.
+std::string NameOf(const WaiverEntry& waiver) {
+  if (!waiver.fingerprint.empty()) return "the waiver of " + waiver.fingerprint;
+  const std::string entry = waiver.entry.empty() ? "" : ", entry " + qmx::Quote(waiver.entry);
+  return "the waiver of " + qmx::Quote(waiver.rule) + " in table " + qmx::Quote(waiver.table) + entry;
+}
+
+}  // namespace
+
+void ApplyWaivers(const Project& project, bool all_compared, report::Report& report) {
+  const std::string today = project.waivers.empty() ? "" : Today();
+  for (const WaiverEntry& waiver : project.waivers) {
+    const auto note = [&](const char* rule, const std::string& text, const char* way_out) {
+      report.project.push_back({rule, project.file, waiver.place, text, way_out});
+    };
+    if (!waiver.fault.empty()) {
+      note("waiver.malformed", "the waiver is none: " + waiver.fault,
+           "complete the waiver or remove it; 'korvelcheck waive' writes whole ones");
+    } else if (waiver.until < today) {
+      note("waiver.expired", NameOf(waiver) + " held until " + waiver.until + "; today is " + today,
+           "remove it, and the change with it; or decide again, with a later day");
+    } else if (!Apply(waiver, report) && all_compared) {
+      note("waiver.unused", NameOf(waiver) + " is for no finding", "remove it");
+    }
+  }
+}
+
+}  // namespace korvel::tool

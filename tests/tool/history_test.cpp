@@ -1,0 +1,150 @@
+// history: steps, each version against the newest, and the pair that broke a table.
+#include <gmock/gmock.h>
+
+#include <nlohmann/json.hpp>
+
+#include "git_repository.h"
+
+namespace tool_test {
+namespace {
+
+using testing::HasSubstr;
+
+constexpr char kNote[] = "<entry name=\"note\" id=\"2\" type=\"uint32\" version=\"6\"/>";
+
+class HistoryTest : public GitTest {
+ protected:
+  // v1 and v2 differ by a new field; v3 widens the key; v4 is as v3.
+  HistoryTest() {
+    Write("v1.xml", Library(5, {Table()}));
+    Write("v2.xml", Library(6, {Table({.fields = kNote})}));
+    Write("v3.xml", Library(6, {Table({.key_type = "uint32", .fields = kNote})}));
+    Write("v4.xml", Read("v3.xml"));
+  }
+};
+
+TEST_F(HistoryTest, StepsThatAreAllowed) {
+  ExpectOutcome(Run({"history", "v1.xml", "v2.xml"}), 0,
+                "verdict: allowed\n"
+                "step 1: v1.xml -> v2.xml: allowed\n"
+                "0 of 1 step refused; from 0 of 1 older versions the newest is refused\n",
+                "");
+}
+
+TEST_F(HistoryTest, ThePairAndTheEditThatBrokeATableAreNamed) {
+  ExpectOutcome(Run({"history", "v1.xml", "v2.xml", "v3.xml", "v4.xml"}), 1,
+                "verdict: refused\n"
+                "step 1: v1.xml -> v2.xml: allowed\n"
+                "step 2: v2.xml -> v3.xml: refused\n"
+                "   table orders: refused [primary-key.size] -3 ERROR_VALUE_FIELD\n"
+                "      The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
+                "      broken by: type of uid: uint64 -> uint32\n"
+                "step 3: v3.xml -> v4.xml: allowed\n"
+                "each version against the newest, v4.xml:\n"
+                "v1.xml -> v4.xml: refused\n"
+                "   table orders: refused [primary-key.size] -3 ERROR_VALUE_FIELD\n"
+                "      The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
+                "      broken by: type of uid: uint64 -> uint32, in step 2: v2.xml -> v3.xml\n"
+                "v2.xml -> v4.xml: refused\n"
+                "   table orders: refused [primary-key.size] -3 ERROR_VALUE_FIELD\n"
+                "      The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
+                "      broken by: type of uid: uint64 -> uint32, in step 2: v2.xml -> v3.xml\n"
+                "1 of 3 steps refused; from 2 of 3 older versions the newest is refused\n",
+                "");
+}
+
+TEST_F(HistoryTest, JsonSaysTheSame) {
+  const Outcome outcome = Run({"history", "v1.xml", "v2.xml", "v3.xml", "--format", "json"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  const auto json = nlohmann::json::parse(outcome.out);
+  EXPECT_EQ(json["verdict"], "refused");
+  EXPECT_EQ(json["versions"], (nlohmann::json{"v1.xml", "v2.xml", "v3.xml"}));
+  ASSERT_EQ(json["steps"].size(), 2);
+  EXPECT_EQ(json["steps"][0]["verdict"], "allowed");
+  EXPECT_EQ(json["steps"][1]["tables"][0]["broken_by"], "type of uid: uint64 -> uint32");
+  ASSERT_EQ(json["to_newest"].size(), 2);
+  EXPECT_EQ(json["to_newest"][0]["from"], "v1.xml");
+  EXPECT_EQ(json["to_newest"][0]["tables"][0]["step"], 2);
+  EXPECT_EQ(json["to_newest"][1]["from"], "v2.xml");
+}
+
+TEST_F(HistoryTest, TablesThatComeAndGoAreTold) {
+  Write("more.xml", Library(6, {Table(), Table({.name = "carts"})}));
+  const Outcome outcome = Run({"history", "v1.xml", "more.xml", "v1.xml"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_THAT(outcome.out, HasSubstr("step 1: v1.xml -> more.xml: allowed\n   table carts: new\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("broken by: the table is gone"));
+}
+
+// A field that is taken back and given again: neither step breaks what the two together do.
+TEST_F(HistoryTest, AVersionMayBreakThoughEveryStepIsAllowed) {
+  const auto tlv = [](int version, const std::string& fields) { return Library(version, {Table({.fields = fields})}, "TLV"); };
+  Write("t1.xml", tlv(5, "<entry name=\"a\" id=\"2\" type=\"uint32\"/>"));
+  Write("t2.xml", tlv(6, ""));
+  Write("t3.xml", tlv(7, "<entry name=\"a\" id=\"2\" type=\"string\" size=\"9\" version=\"7\"/>"));
+  const Outcome outcome = Run({"history", "t1.xml", "t2.xml", "t3.xml", "--created-as", "tlv"});
+  const auto json =
+      nlohmann::json::parse(Run({"history", "t1.xml", "t2.xml", "t3.xml", "--created-as", "tlv", "--format", "json"}).out);
+  const bool steps_allowed = json["steps"][0]["verdict"] == "allowed" && json["steps"][1]["verdict"] == "allowed";
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_EQ(outcome.out.find(", though every step is allowed\n") != std::string::npos, steps_allowed) << outcome.out;
+}
+
+TEST_F(HistoryTest, ImagesStandardInputAndCommitsAreVersions) {
+  ASSERT_EQ(Run({"compile", "v2.xml", "-o", "v2.qmb"}).exit_code, 0);
+  Commit("first");
+  const Outcome outcome = RunProgram(Call{.arguments = {"history", "git:HEAD:v1.xml", "v2.qmb", "-"},
+                                          .directory = PathOf(""),
+                                          .input = Read("v2.xml"),
+                                          .environment = environment_});
+  EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
+  EXPECT_THAT(outcome.out, HasSubstr("step 2: v2.qmb -> <stdin>: allowed"));
+}
+
+TEST_F(HistoryTest, TheCommitsOfAFileAreItsVersions) {
+  std::filesystem::create_directory(PathOf("sub"));
+  const auto write = [&](const char* version) { Write("sub/orders.xml", Read(version)); };
+  write("v1.xml");
+  const std::string first = Commit("first");
+  Commit("nothing");
+  write("v2.xml");
+  Commit("second");
+  std::filesystem::remove(PathOf("sub/orders.xml"));
+  Commit("removed");
+  write("v3.xml");
+  const std::string last = Commit("third");
+  for (const auto& [path, directory] : {std::pair("sub/orders.xml", ""), std::pair("./orders.xml", "sub")}) {
+    const Outcome outcome = Run({"history", "--git", path, "--format", "json"}, directory);
+    EXPECT_EQ(outcome.exit_code, 1) << outcome.err;
+    const auto json = nlohmann::json::parse(outcome.out);
+    ASSERT_EQ(json["versions"].size(), 3);
+    EXPECT_EQ(json["versions"][0], "git:" + first.substr(0, 7) + ":" + path);
+    EXPECT_EQ(json["steps"][1]["to"], "git:" + last.substr(0, 7) + ":" + path);
+  }
+  Git({"clone", "-q", "--depth=2", "file://" + PathOf("").string(), "clone"});
+  const Outcome shallow = Run({"history", "--git", "sub/orders.xml"}, "clone");
+  EXPECT_EQ(shallow.exit_code, 2);
+  EXPECT_EQ(shallow.err,
+            "korvelcheck: this clone is shallow: versions before its first commit are left out\n"
+            "korvelcheck: history: sub/orders.xml is in one commit; allowed: a file of at least two\n");
+}
+
+TEST_F(HistoryTest, WhatCannotBeAskedIsTold) {
+  const std::string hint = "\nTry 'korvelcheck history --help'.\n";
+  ExpectNotAsked(Run({"history", "v1.xml"}), "korvelcheck: history: at least two versions are required" + hint);
+  ExpectNotAsked(Run({"history", "--git", "a", "b"}), "korvelcheck: history: --git goes with one path" + hint);
+  ExpectNotAsked(Run({"history", "v1.xml", "no.xml"}), "korvelcheck: no.xml: No such file or directory\n");
+  ExpectNotAsked(Run({"history", "v1.xml", "v2.xml", "--table", "nowhere"}), "korvelcheck: table 'nowhere' is in no version\n");
+  ExpectNotAsked(Run({"history", "--git", "v1.xml"}), "korvelcheck: v1.xml: the repository has no commit yet\n");
+  Commit("first");
+  ExpectNotAsked(Run({"history", "--git", "v1.xml"}),
+                 "korvelcheck: history: v1.xml is in one commit; allowed: a file of at least two\n");
+  ExpectNotAsked(Run({"history", "--git", "no.xml"}),
+                 "korvelcheck: history: no.xml is in no commit; allowed: a file of at least two\n");
+  Write("none.xml", "<metalib name=\"m\" version=\"1\"/>");
+  ExpectNotAsked(Run({"history", "none.xml", "v1.xml"}),
+                 "korvelcheck: nothing was compared: no version but the last has such a table\n");
+}
+
+}  // namespace
+}  // namespace tool_test
