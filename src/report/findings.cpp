@@ -242,9 +242,11 @@ Changes FindChanges(const Difference& difference, const Source& old_source, cons
   return changes;
 }
 
-Changes FindGone(const Source& old_source, const Source& new_source, const std::string& table, const Verdict& whole) {
+Changes FindGone(const Source& old_source, const Source& new_source, const std::string& table, const Settings& settings,
+                 const Verdict& whole) {
   Changes changes;
-  changes.findings.push_back(AboutTable({old_source, new_source, table, Settings()}, whole));
+  changes.findings.push_back(AboutTable({old_source, new_source, table, settings}, whole));
+  changes.allowed_together = AskChecker(old_source.Library(), old_source.Library(), table, settings);
   Finding& finding = changes.findings.front();
   finding.fingerprint = FingerprintOf(NameOfLibrary(old_source), finding, {});
   return changes;

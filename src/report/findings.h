@@ -23,6 +23,7 @@ Changes FindChanges(const Difference& difference, const Source& old_source, cons
                     const Settings& settings, const Verdict& whole, std::size_t max_findings);
 
 // The same for a table that only one of the sources has: one finding, without edits.
-Changes FindGone(const Source& old_source, const Source& new_source, const std::string& table, const Verdict& whole);
+Changes FindGone(const Source& old_source, const Source& new_source, const std::string& table, const Settings& settings,
+                 const Verdict& whole);
 
 }  // namespace korvel::report

@@ -76,7 +76,7 @@ struct Round {
 Suggestion Mended(const Source& old_source, const Source& source, const Refused& refused, Changes& changes) {
   const auto& [table, settings] = *refused.question;
   if (!source.HasMeta(table)) {
-    changes = FindGone(old_source, source, table, refused.verdict);
+    changes = FindGone(old_source, source, table, settings, refused.verdict);
     return FindWaysOutOfGone(old_source, source, table, settings, changes);
   }
   const Difference difference(old_source, source, table);

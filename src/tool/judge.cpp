@@ -41,7 +41,7 @@ TableResult JudgeChange(const Pair& pair, const std::string& table, const Settin
     result.changes = FindChanges(difference, pair.first, pair.second, table, settings, whole, max_findings);
     if (whole.Refused()) FindWaysOut(difference, pair.first, pair.second, table, settings, *result.changes);
   } else {
-    result.changes = FindGone(pair.first, pair.second, table, whole);
+    result.changes = FindGone(pair.first, pair.second, table, settings, whole);
     FindWaysOutOfGone(pair.first, pair.second, table, settings, *result.changes);
   }
   return result;

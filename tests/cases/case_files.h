@@ -3,6 +3,7 @@
 //   FAMILY/CASE/old.xml     the schema before
 //   FAMILY/CASE/new.xml     the schema after
 //   FAMILY/CASE/expected    the answers (case_run.h)
+//   FAMILY/CASE/findings    the change taken apart (report/asked.h)
 //   FAMILY/CASE/settings    optional lines "key: value"; the keys are type (generic, list), created-as (qmx, tlv),
 //   server-version,
 //                           whitelist, list-num and table

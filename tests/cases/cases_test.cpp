@@ -115,7 +115,7 @@ TEST_P(CaseTest, NameSaysWhetherAllowed) {
 }
 
 TEST_P(CaseTest, FolderHoldsWhatACaseHolds) {
-  static const std::set<std::string> kFiles = {"old.xml", "new.xml", "expected"};
+  static const std::set<std::string> kFiles = {"old.xml", "new.xml", "expected", "findings"};
   std::set<std::string> found;
   for (const auto& file : std::filesystem::directory_iterator(Folder(GetParam()))) found.insert(file.path().filename().string());
   found.erase("settings");

@@ -22,6 +22,7 @@ using korvel::report::Verdict;
 Verdict Asked::Whole() const { return AskChecker(old_source.Library(), new_source.Library(), table, settings); }
 
 Changes Asked::TakeApart(std::size_t max_findings) const {
+  if (!IsOnBothSides()) return FindGone(old_source, new_source, table, settings, Whole());
   return FindChanges(Difference(old_source, new_source, table), old_source, new_source, table, settings, Whole(), max_findings);
 }
 

@@ -17,6 +17,7 @@ struct Asked {
   korvel::report::Settings settings;  // all of them
 
   korvel::report::Verdict Whole() const;
+  bool IsOnBothSides() const { return old_source.HasMeta(table) && new_source.HasMeta(table); }
   korvel::report::Changes TakeApart(std::size_t max_findings = korvel::report::kMaxFindings) const;
 };
 

@@ -250,7 +250,7 @@ TEST(WaysOut, ATableThatIsGoneIsPutBack) {
       "<metalib name=\"m\" version=\"6\" protocol=\"QMX\"><meta name=\"s\"><entry name=\"a\" type=\"int8\"/></meta></metalib>");
   const Settings settings = ResolveSettings({}, old_source, "t");
   const Verdict whole = AskChecker(old_source.Library(), new_source.Library(), "t", settings);
-  Changes changes = FindGone(old_source, new_source, "t", whole);
+  Changes changes = FindGone(old_source, new_source, "t", settings, whole);
   const Suggestion suggestion = FindWaysOutOfGone(old_source, new_source, "t", settings, changes);
   EXPECT_TRUE(suggestion.allowed);
   EXPECT_EQ(suggestion.model.version, 6);

@@ -1,0 +1,79 @@
+// Every case taken apart: each edit with its status, every finding and no other, compared with `findings` beside the case.
+//
+// KORVEL_UPDATE_GOLDENS=1 writes the files instead; read them before they are kept.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+
+#include "asked.h"
+#include "cases/case_files.h"
+#include "read_source.h"
+
+namespace report_test {
+namespace {
+
+using korvel::report::Changes;
+using korvel::report::Settings;
+using korvel::report::Source;
+
+Settings AskedIn(const cases::Settings& given) {
+  Settings settings;
+  settings.type = given.table_type;
+  settings.created_as = given.created_as;
+  settings.server_version = given.server_version;
+  settings.whitelist = given.whitelist;
+  settings.list_num = given.list_num;
+  return settings;
+}
+
+class FindingsCaseTest : public testing::TestWithParam<std::string> {
+ protected:
+  FindingsCaseTest() {
+    const cases::Settings given = cases::Load(GetParam()).settings;
+    table_ = given.table;
+    settings_ = AskedIn(given);
+  }
+
+  Source Read(const std::string& file) const { return ReadSource(file, cases::ReadFile(cases::Folder(GetParam()) / file)); }
+
+  std::string table_;
+  Settings settings_;
+};
+
+TEST_P(FindingsCaseTest, HasExactlyTheseFindings) {
+  const Source old_source = Read("old.xml");
+  const Source new_source = Read("new.xml");
+  const Asked asked{old_source, new_source, table_, settings_};
+  const Changes changes = asked.TakeApart();
+  if (asked.IsOnBothSides()) ExpectLaws(asked, changes);
+  const auto golden = cases::Folder(GetParam()) / "findings";
+  if (std::getenv("KORVEL_UPDATE_GOLDENS") != nullptr) {
+    std::ofstream(golden, std::ios::binary) << Shown(changes);
+    GTEST_SKIP() << "written: " << golden;
+  }
+  EXPECT_EQ(cases::ReadFile(golden), Shown(changes));
+}
+
+// A schema against itself has no edits: it is allowed, or refused as it was.
+TEST_P(FindingsCaseTest, EitherSideAgainstItselfHasNoEdits) {
+  for (const char* file : {"old.xml", "new.xml"}) {
+    const Source source = Read(file);
+    if (!source.HasMeta(table_)) continue;
+    const Asked asked{source, source, table_, settings_};
+    const Changes changes = asked.TakeApart();
+    ExpectLaws(asked, changes);
+    EXPECT_TRUE(changes.edits.empty());
+  }
+}
+
+std::string TestName(const testing::TestParamInfo<std::string>& info) {
+  std::string name = info.param;
+  for (char& c : name) c = c == '/' || c == '-' ? '_' : c;
+  return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(All, FindingsCaseTest, testing::ValuesIn(cases::Names()), TestName);
+
+}  // namespace
+}  // namespace report_test

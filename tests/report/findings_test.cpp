@@ -1,0 +1,240 @@
+// Labelled changes of a schema, and exactly what is found about each.
+#include "report/findings.h"
+
+#include <gmock/gmock.h>
+
+#include "asked.h"
+#include "read_source.h"
+
+namespace report_test {
+namespace {
+
+using korvel::report::Changes;
+using korvel::report::EditStatus;
+using korvel::report::Finding;
+using korvel::report::Settings;
+using korvel::report::Source;
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr char kMall[] = R"(<metalib name="mall" version="5" protocol="QMX">
+  <meta name="price"><entry name="amount" type="int64"/><entry name="unit" type="int32"/></meta>
+  <meta name="item"><entry name="sku" type="string" size="32"/><entry name="cost" type="price"/></meta>
+  <meta name="orders">
+    <entry name="uid" type="uint32"/>
+    <entry name="zone" type="uint32"/>
+    <entry name="n_items" type="uint32"/>
+    <entry name="items" type="item" count="10" refer="n_items"/>
+    <entry name="gift" type="item"/>
+    <entry name="tags" type="int16" count="4"/>
+    <primarykey entries="uid"/>
+    <index name="by_zone"><column entry="zone"/></index>
+  </meta>
+</metalib>
+)";
+
+// Replaces one piece of a text after the other: old, new, old, new.
+std::string With(std::string text, const std::vector<std::string>& pieces) {
+  for (std::size_t i = 0; i + 1 < pieces.size(); i += 2) {
+    const std::size_t at = text.find(pieces[i]);
+    if (at == std::string::npos) {
+      ADD_FAILURE() << "not there: " << pieces[i];
+      continue;
+    }
+    text.replace(at, pieces[i].size(), pieces[i + 1]);
+  }
+  return text;
+}
+
+constexpr char kEnd[] = "    <primarykey entries=\"uid\"/>";
+
+// An added field behind the others.
+std::vector<std::string> Add(const std::string& attributes) { return {kEnd, "    <entry " + attributes + "/>\n" + kEnd}; }
+
+std::vector<std::string> operator+(std::vector<std::string> a, const std::vector<std::string>& b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
+}
+
+std::string StatusWord(EditStatus status) {
+  return status == EditStatus::kAllowed ? "allowed" : status == EditStatus::kRefused ? "refused" : "waits";
+}
+
+// "refused type of uid: uint32 -> uint64" for each edit, then "primary-key.size at orders.uid" for each finding.
+std::vector<std::string> Told(const Changes& changes) {
+  std::vector<std::string> told;
+  for (std::size_t i = 0; i < changes.edits.size(); ++i) {
+    told.push_back(StatusWord(changes.status[i]) + " " + Describe(changes.edits[i]));
+  }
+  for (const Finding& finding : changes.findings) told.push_back(finding.verdict.rule + " at " + finding.path);
+  return told;
+}
+
+struct Mutation {
+  const char* name;
+  std::vector<std::string> pieces;
+  std::vector<std::string> told;
+};
+
+const std::vector<Mutation>& Mutations() {
+  static const std::vector<Mutation> kMutations = {
+      {"GrowCountWithRefer", {"count=\"10\"", "count=\"20\""}, {"allowed count of items: 10 -> 20"}},
+      {"ShrinkCountWithRefer",
+       {"count=\"10\"", "count=\"9\""},
+       {"refused count of items: 10 -> 9", "field.count-refer at orders.items"}},
+      {"GrowFixedCount", {"count=\"4\"", "count=\"5\""}, {"refused count of tags: 4 -> 5", "field.count at orders.tags"}},
+      {"WiderField",
+       {"name=\"zone\" type=\"uint32\"", "name=\"zone\" type=\"uint64\""},
+       {"refused type of zone: uint32 -> uint64", "field.type at orders.zone"}},
+      {"WiderString", {"size=\"32\"", "size=\"64\""}, {"allowed size of sku: 32 -> 64"}},
+      {"NarrowerString", {"size=\"32\"", "size=\"16\""}, {"refused size of sku: 32 -> 16", "field.size at orders.items[].sku"}},
+      {"AddField", Add(R"(name="note" type="int32" version="6")"), {"allowed field note added"}},
+      {"AddFieldWithOldVersion",
+       Add(R"(name="note" type="int32" version="5")"),
+       {"refused field note added", "field.new-version at orders.note"}},
+      {"AddFieldWithBadName",
+       Add(R"(name="9note" type="int32" version="6")"),
+       {"refused field 9note added", "field-name.invalid at orders.9note"}},
+      // Another rule speaks about the edit alone; that of names is told as well.
+      {"AddFieldWithBadNameAndOldVersion",
+       Add(R"(name="9note" type="int32" version="5")"),
+       {"refused field 9note added", "field.new-version at orders.9note", "field-name.invalid at orders.9note"}},
+      {"TwoRefusedAndTwoAllowed",
+       std::vector<std::string>{"version=\"5\" protocol", "version=\"6\" protocol", "count=\"4\"", "count=\"5\"",
+                                "name=\"uid\" type=\"uint32\"", "name=\"uid\" type=\"uint64\""} +
+           Add(R"(name="note" type="int32" version="6")"),
+       {"allowed version of the library: 5 -> 6", "refused type of uid: uint32 -> uint64", "refused count of tags: 4 -> 5",
+        "allowed field note added", "primary-key.size at orders.uid", "field.count at orders.tags"}},
+      // The structure is met on two ways, and told once.
+      {"SharedStructure",
+       {"name=\"unit\" type=\"int32\"", "name=\"unit\" type=\"float\""},
+       {"refused type of unit: int32 -> float", "field.type at orders.items[].cost.unit"}},
+      {"IndexOfANewField",
+       Add(R"(name="note" type="int32" version="6")") +
+           std::vector<std::string>{"</index>", "</index><index name=\"by_note\"><column entry=\"note\"/></index>"},
+       {"allowed field note added", "refused index by_note added", "index.count at orders"}},
+      {"KeyOfARefusedField",
+       Add(R"(name="note" type="int32" version="5")") +
+           std::vector<std::string>{"<column entry=\"zone\"/>", "<column entry=\"note\"/>"},
+       {"refused field note added", "refused columns of index by_zone: zone -> note", "field.new-version at orders.note",
+        "index.columns at orders"}},
+  };
+  return kMutations;
+}
+
+class RefusedMutationTest : public testing::TestWithParam<Mutation> {};
+
+TEST_P(RefusedMutationTest, IsTakenApartLikeThis) {
+  const Source old_source = ReadSource("old.xml", kMall);
+  const Source new_source = ReadSource("new.xml", With(kMall, GetParam().pieces));
+  const Asked asked = Ask(old_source, new_source, "orders");
+  const Changes changes = asked.TakeApart();
+  EXPECT_THAT(Told(changes), ElementsAreArray(GetParam().told));
+  ExpectLaws(asked, changes);
+}
+
+std::string NameOf(const testing::TestParamInfo<Mutation>& info) { return info.param.name; }
+
+INSTANTIATE_TEST_SUITE_P(All, RefusedMutationTest, testing::ValuesIn(Mutations()), NameOf);
+
+// --- Others ---
+
+constexpr char kRanking[] = R"(<metalib name="game" version="5" protocol="TLV">
+  <meta name="ranking" customattr="TableType=SORTLIST;ListNum=10">
+    <entry name="uid" id="1" type="uint64"/>
+    <entry name="score" id="2" type="uint32" customattr2="sort=1"/>
+    <entry name="name" id="3" type="string" size="16"/>
+    <entry name="level" id="4" type="uint32"/>
+    <primarykey entries="uid"/>
+  </meta>
+</metalib>
+)";
+
+// A list sorted by nothing is refused, and so is one with two first sort fields; to sort it by another field is not.
+TEST(FindChanges, EditsThatMakeUpForEachOtherMayGo) {
+  const Source old_source = ReadSource("old.xml", kRanking);
+  const Source new_source = ReadSource("new.xml", With(kRanking, {" customattr2=\"sort=1\"", "", "size=\"16\"", "size=\"8\"",
+                                                                  "id=\"4\"", "id=\"4\" customattr2=\"sort=1\""}));
+  const Asked asked = Ask(old_source, new_source, "ranking");
+  const Changes changes = asked.TakeApart();
+  EXPECT_THAT(Told(changes), ElementsAre("allowed customattr2 of score: sort=1 -> none", "refused size of name: 16 -> 8",
+                                         "allowed customattr2 of level: none -> sort=1", "field.size at ranking.name"));
+  ExpectLaws(asked, changes);
+}
+
+// A field's length is size times count: either may grow a little, not both.
+TEST(FindChanges, ACombinationIsReportedWithTheSmallestSet) {
+  const std::string old_text = With(kMall, {"name=\"tags\" type=\"int16\" count=\"4\"",
+                                            "name=\"tags\" type=\"bytes\" size=\"1000\" count=\"100\" refer=\"n_items\""});
+  const Source old_source = ReadSource("old.xml", old_text);
+  const Source new_source = ReadSource(
+      "new.xml", With(old_text, {"size=\"1000\" count=\"100\"", "size=\"1200\" count=\"120\"", "count=\"10\"", "count=\"11\""}));
+  Settings given;
+  given.server_version = "3.0.0";
+  const Asked asked = Ask(old_source, new_source, "orders", given);
+  const Changes changes = asked.TakeApart();
+  EXPECT_THAT(Told(changes), ElementsAre("allowed count of items: 10 -> 11", "allowed size of tags: 1000 -> 1200",
+                                         "refused count of tags: 100 -> 120", "length.limit at orders.tags"));
+  ASSERT_EQ(changes.findings.size(), 1u);
+  EXPECT_THAT(changes.findings.front().edits, ElementsAre(1, 2));
+  ExpectLaws(asked, changes);
+}
+
+TEST(FindChanges, WhatIsRefusedAsItWasStandsAtTheName) {
+  const std::string old_text = With(kMall, {"name=\"gift\"", "name=\"a gift\"", "name=\"tags\"", "name=\"9tags\""});
+  const Source old_source = ReadSource("old.xml", old_text);
+  const Source new_source = ReadSource("new.xml", With(old_text, {"count=\"10\"", "count=\"9\"", "\"9tags\"", "\"tags\""}));
+  const Asked asked = Ask(old_source, new_source, "orders");
+  const Changes changes = asked.TakeApart();
+  EXPECT_THAT(Told(changes),
+              ElementsAre("refused count of items: 10 -> 9", "refused field 9tags removed", "refused field tags added",
+                          "field-name.invalid at orders.a gift", "field.count-refer at orders.items",
+                          "field.missing at orders.9tags", "field.new-version at orders.tags"));
+  const Finding& standing = changes.findings.front();
+  EXPECT_THAT(standing.edits, IsEmpty());
+  EXPECT_EQ(standing.new_place.attribute, "name");
+  EXPECT_EQ(standing.new_place.element.item, 4u);
+  EXPECT_EQ(standing.old_place.source, &old_source);
+  EXPECT_TRUE(changes.allowed_together.Refused());
+  ExpectLaws(asked, changes);
+}
+
+TEST(FindChanges, StopsAtTheMostFindings) {
+  const Source old_source = ReadSource("old.xml", kMall);
+  const Source new_source = ReadSource(
+      "new.xml", With(kMall, {"count=\"10\"", "count=\"9\"", "count=\"4\"", "count=\"5\"", "size=\"32\"", "size=\"8\""}));
+  const Asked asked = Ask(old_source, new_source, "orders");
+  EXPECT_FALSE(asked.TakeApart(3).stopped);
+  const Changes changes = asked.TakeApart(1);
+  EXPECT_TRUE(changes.stopped);
+  EXPECT_THAT(Told(changes), ElementsAre("refused count of items: 10 -> 9", "waits count of tags: 4 -> 5",
+                                         "waits size of sku: 32 -> 8", "field.count-refer at orders.items"));
+  ExpectLaws(asked, changes);
+}
+
+TEST(FindChanges, AFindingHasThePlacesOfItsEdit) {
+  const Source old_source = ReadSource("old.xml", kMall);
+  const Source new_source = ReadSource("new.xml", With(kMall, {"count=\"10\"", "count=\"9\""}));
+  const Finding finding = Ask(old_source, new_source, "orders").TakeApart().findings.at(0);
+  EXPECT_EQ(finding.old_place.source, &old_source);
+  EXPECT_EQ(finding.new_place.source, &new_source);
+  EXPECT_EQ(finding.new_place.attribute, "count");
+  EXPECT_EQ(finding.new_place.element.item, 3u);
+}
+
+TEST(FindGone, ATableThatIsGoneHasOneFindingAtTheLibrary) {
+  const Source old_source = ReadSource("old.xml", kMall);
+  const Source new_source = ReadSource("new.xml", "<metalib name=\"mall\" version=\"6\"/>");
+  const Changes changes = Ask(old_source, new_source, "orders").TakeApart();
+  EXPECT_THAT(Told(changes), ElementsAre("library.table at orders"));
+  const Finding& finding = changes.findings.front();
+  EXPECT_EQ(finding.old_place.element.kind, qmx::ElementId::Kind::kMeta);
+  EXPECT_EQ(finding.new_place.source, &new_source);
+  EXPECT_EQ(finding.new_place.element.kind, qmx::ElementId::Kind::kMetalib);
+  EXPECT_FALSE(changes.allowed_together.Refused());
+}
+
+}  // namespace
+}  // namespace report_test
