@@ -92,10 +92,12 @@ void Draft::Rename(const std::string& meta, const std::string& entry, const std:
 }
 
 std::optional<Model> Draft::Take() {
-  for (auto& [name, touched] : touched_) {
+  for (const auto& item : touched_) {
+    const Touched& touched = item.second;
     if (!touched.meta) continue;
     MetaModel& meta = MetaOf(touched);
-    std::ranges::stable_partition(meta.entries, [&](const EntryModel& entry) { return !touched.to_end.contains(entry.name); });
+    std::stable_partition(meta.entries.begin(), meta.entries.end(),
+                          [&](const EntryModel& entry) { return !touched.to_end.contains(entry.name); });
     if (!CanBeWritten(meta, model_.protocol == qmx::Protocol::kTlv)) return std::nullopt;
   }
   return std::move(model_);
