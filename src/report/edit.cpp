@@ -64,7 +64,7 @@ std::string Owner(const Edit& edit, const Wording& wording) {
 }
 
 std::string Event(const Edit& edit, const Wording& wording) {
-  const std::string text = std::string(wording.thing) + " " + edit.item + " " + std::string(wording.event);
+  std::string text = std::string(wording.thing) + " " + edit.item + " " + std::string(wording.event);
   if (wording.event == "renamed") return text + " to " + edit.after;
   if (wording.event != "moved") return text;
   return text + (edit.after.empty() ? " to the front" : " behind " + edit.after);

@@ -58,10 +58,9 @@ std::string MetaPaths::PathOf(std::size_t visit) const {
     const std::size_t outer = visits_[visits_[visit].before].meta;
     entries.push_back(&model_.metas[outer].entries[visits_[visit].entry]);
   }
+  std::ranges::reverse(entries);
   std::string path = model_.metas.front().name;
-  for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry) {
-    path.append(".").append((*entry)->name).append((*entry)->count == 1 ? "" : "[]");
-  }
+  for (const EntryModel* entry : entries) path.append(".").append(entry->name).append(entry->count == 1 ? "" : "[]");
   return path;
 }
 

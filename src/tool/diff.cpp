@@ -11,7 +11,7 @@ std::string Make(const Options& options) {
   const std::vector<Input> inputs = LoadInputs(options.inputs);
   const Selection selection = SelectTables({inputs[0], inputs[1]}, options.tables);
   const Listing listing = ListChanges(inputs[0], inputs[1], selection.compared, selection.added);
-  const std::string text = options.json ? RenderDiffJson(listing) : RenderDiffText(listing);
+  std::string text = options.json ? RenderDiffJson(listing) : RenderDiffText(listing);
   for (const Input& input : inputs) RequireUnchanged(input);
   return text;
 }
