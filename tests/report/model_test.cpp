@@ -66,7 +66,8 @@ TEST(Model, OfALibraryOfAModelIsTheModel) {
 std::vector<std::string> RefersOf(std::vector<EntryModel> entries) {
   const Model model{"lib", 1, qmx::Protocol::kQmx, {{.name = "t", .entries = std::move(entries)}}};
   std::vector<std::string> refers;
-  for (const EntryModel& entry : ModelOf(SourceOf("made", model), "t").metas[0].entries) refers.push_back(entry.refer);
+  const Model made = ModelOf(SourceOf("made", model), "t");
+  for (const EntryModel& entry : made.metas[0].entries) refers.push_back(entry.refer);
   return refers;
 }
 
