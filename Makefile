@@ -40,7 +40,7 @@ coverage: ## line and branch coverage of src/common
 	$(INSTALL_DEPS) ci
 	scripts/coverage $(JOBS)
 
-goldens: ## remake what tests compare with: tests/cases/*/*/expected and findings, tests/report/edits.expected; read the difference
+goldens: ## remake what tests compare with (tests/cases, tests/report); look at the difference before you commit it
 	$(INSTALL_DEPS) test
 	cmake --preset test
 	cmake --build --preset test -j $(JOBS) --target cases_test --target report_test

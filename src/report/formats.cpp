@@ -2,11 +2,25 @@
 #include "report/render.h"
 
 namespace korvel::report {
+namespace {
+
+// A form that no terminal shows in colours.
+template <std::string (*render)(const Report&)>
+std::string Plain(const Report& report, bool /*colour*/) {
+  return render(report);
+}
+
+}  // namespace
 
 std::span<const Format> Formats() {
   static constexpr Format kFormats[] = {
       {"text", RenderText},
-      {"json", [](const Report& report, bool) { return RenderJson(report); }},
+      {"json", Plain<RenderJson>},
+      {"sarif", Plain<RenderSarif>},
+      {"junit", Plain<RenderJunit>},
+      {"github", Plain<RenderGithub>},
+      {"gitlab", Plain<RenderGitlab>},
+      {"markdown", Plain<RenderMarkdown>},
   };
   return kFormats;
 }

@@ -3,12 +3,15 @@
 
 #include <algorithm>
 
+#include "report/fold.h"
+
 namespace korvel::report {
 namespace {
 
-// Whether nothing but waived findings speaks against a refused table.
+// Whether nothing but waived findings speaks against a refused table. Not where the search for them stopped: the next may be
+// none.
 bool IsWaived(const TableResult& result) {
-  return result.changes && !result.changes->stopped && !result.changes->findings.empty() &&
+  return result.changes && !result.changes->findings.empty() && !result.changes->stopped &&
          std::ranges::all_of(result.changes->findings, [](const Finding& one) { return one.waiver.has_value(); });
 }
 
@@ -25,6 +28,15 @@ Summary Summarize(const Report& report) {
     if (result.gone) ++summary.gone;
   }
   summary.compared = summary.allowed + summary.refused;
+  for (const FoldedFinding& folded : Fold(report)) {
+    ++summary.findings;
+    if (folded.finding->waiver) ++summary.waived;
+  }
+  for (const FileNote& note : report.files) {
+    if (note.kind == FileNote::Kind::kAdded) ++summary.files_added;
+    if (note.kind == FileNote::Kind::kDeleted) ++summary.files_deleted;
+    if (note.kind == FileNote::Kind::kMoved) ++summary.files_moved;
+  }
   return summary;
 }
 

@@ -59,14 +59,21 @@ struct Report {
   std::vector<ProjectFinding> project;
 };
 
-// Numbers of tables. compared = allowed + refused; those gone are among the refused.
 struct Summary {
+  // Numbers of tables. compared = allowed + refused; those gone are among the refused.
   std::size_t compared = 0;
   std::size_t allowed = 0;
   std::size_t refused = 0;
   std::size_t added = 0;
   std::size_t gone = 0;
   std::size_t failing = 0;  // refused tables with a finding that nothing lets pass, and findings about the project file
+  // Numbers of findings; one that several tables have counts once.
+  std::size_t findings = 0;
+  std::size_t waived = 0;  // of them
+  // Numbers of schema files.
+  std::size_t files_added = 0;
+  std::size_t files_deleted = 0;
+  std::size_t files_moved = 0;
 };
 
 Summary Summarize(const Report& report);

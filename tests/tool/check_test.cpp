@@ -10,16 +10,16 @@ using testing::HasSubstr;
 
 class CheckTest : public ToolTest {
  protected:
-  // The report's block of the one refused table, or everything that went otherwise.
+  // What the report says of the one refused table and its finding, or everything that went otherwise.
   std::string Refusal(const std::vector<std::string>& options = {}) const {
     std::vector<std::string> arguments = {"check", "old.xml", "new.xml"};
     arguments.insert(arguments.end(), options.begin(), options.end());
     const Outcome outcome = Korvelcheck(arguments);
-    const std::string start = "verdict: refused\nnew.xml:2:1: refused ";
-    const std::string end = "1 table refused, 0 allowed; 1 compared, 0 new, 0 gone\n";
-    if (outcome.exit_code != 1 || !outcome.out.starts_with(start) || !outcome.out.ends_with(end))
-      return outcome.out + outcome.err;
-    return outcome.out.substr(start.size(), outcome.out.size() - start.size() - end.size());
+    const std::string start = "verdict: refused\nnew.xml:2:1: refused";
+    const std::string end = "1 table refused, 0 allowed; 1 compared, 0 new, 0 gone; 1 finding, 0 waived\n";
+    const std::string verdicts = Verdicts(outcome.out);
+    if (outcome.exit_code != 1 || !verdicts.starts_with(start) || !verdicts.ends_with(end)) return outcome.out + outcome.err;
+    return verdicts.substr(start.size(), verdicts.size() - start.size() - end.size());
   }
 };
 
@@ -27,7 +27,7 @@ TEST_F(CheckTest, AnAllowedChangeEndsWithZero) {
   ExpectOutcome(Korvelcheck({"check", "old.xml", "same.xml"}), 0, kAllowedReport, "");
 }
 
-TEST_F(CheckTest, ARefusedChangeEndsWithOne) { ExpectOutcome(Korvelcheck({"check", "old.xml", "wide.xml"}), 1, kWideReport, ""); }
+TEST_F(CheckTest, ARefusedChangeEndsWithOne) { ExpectVerdicts(Korvelcheck({"check", "old.xml", "wide.xml"}), 1, kWideFinding); }
 
 TEST_F(CheckTest, ANewFieldWithANewVersionIsAllowed) {
   Write("new.xml", Library(6, {Table({.fields = "<entry name=\"note\" id=\"2\" type=\"string\" size=\"8\" version=\"6\"/>"}),
@@ -37,13 +37,12 @@ TEST_F(CheckTest, ANewFieldWithANewVersionIsAllowed) {
 
 TEST_F(CheckTest, ATableThatIsGoneIsRefusedByTheChecker) {
   Write("new.xml", Library(5, {Table()}));
-  ExpectOutcome(Korvelcheck({"check", "old.xml", "new.xml"}), 1,
-                "verdict: refused\n"
-                "new.xml:2:1: allowed: table orders\n"
-                "old.xml:3:1: refused [library.table] Get meta info failed, please check the table name ! table:'users'\n"
-                "   table users: -2 CHECK_TABLE_ERROR_SYSTEM_ERROR (gone)\n"
-                "1 table refused, 1 allowed; 2 compared, 0 new, 1 gone\n",
-                "");
+  ExpectVerdicts(Korvelcheck({"check", "old.xml", "new.xml"}), 1,
+                 "verdict: refused\n"
+                 "new.xml:2:1: allowed: table orders\n"
+                 "old.xml:3:1: refused: table users: -2 CHECK_TABLE_ERROR_SYSTEM_ERROR (gone)\n"
+                 "old.xml:3:1: refused [library.table] Get meta info failed, please check the table name ! table:'users'\n"
+                 "1 table refused, 1 allowed; 2 compared, 0 new, 1 gone; 1 finding, 0 waived\n");
 }
 
 TEST_F(CheckTest, ATableThatIsNewIsReportedAndNotCompared) {
@@ -99,15 +98,16 @@ TEST_F(CheckTest, AStructureAskedForIsJudged) {
   Write("old.xml", text);
   Write("new.xml", text);
   EXPECT_EQ(Refusal({"--table", "item"}),
-            "[primary-key.missing] Primaykey is invalid! table:'item'\n   table item: -4 ERROR_PRIMARYKEY_FIELD\n");
+            ": table item: -4 ERROR_PRIMARYKEY_FIELD\n"
+            "new.xml:2:1: refused [primary-key.missing] Primaykey is invalid! table:'item'\n");
 }
 
 TEST_F(CheckTest, ALowerLibraryVersionIsRefused) {
   Write("old.xml", Library(5, {Table()}));
   Write("new.xml", Library(4, {Table()}));
   EXPECT_EQ(Refusal(),
-            "[library.version] LibVersion invalid, newVersion 4 < oldVersion 5\n"
-            "   table orders: -1 CHECK_TABLE_ERROR_INVALID_PARAMETER\n");
+            ": table orders: -1 CHECK_TABLE_ERROR_INVALID_PARAMETER\n"
+            "new.xml:1:31: refused [library.version] LibVersion invalid, newVersion 4 < oldVersion 5\n");
 }
 
 // The rule's own text is replaced by the driver's, its code is not.
@@ -115,8 +115,8 @@ TEST_F(CheckTest, ABadFieldNameKeepsItsCode) {
   Write("old.xml", Library(5, {Table()}));
   Write("new.xml", Library(6, {Table({.fields = "<entry name=\"1st\" id=\"2\" type=\"int8\" version=\"6\"/>"})}));
   EXPECT_EQ(Refusal(),
-            "[field-name.invalid] CheckFieldNameValidate failed! table:'orders'\n"
-            "   table orders: -17 ERROR_FIELD_NAME_STARTWITH_DIGIT\n");
+            ": table orders: -17 ERROR_FIELD_NAME_STARTWITH_DIGIT\n"
+            "new.xml:2:61: refused [field-name.invalid] CheckFieldNameValidate failed! table:'orders'\n");
 }
 
 class GrowthTest : public CheckTest {
@@ -137,13 +137,13 @@ TEST_F(GrowthTest, WithoutAServerVersionLengthsAreNotChecked) {
 
 TEST_F(GrowthTest, AnOversizedFieldIsRefused) {
   EXPECT_EQ(Refusal({"--server-version", "3.38.9"}),
-            "[length.limit] ERR_ENTRY_LEN;history|\n   table orders: -2 CHECK_TABLE_ERROR_SYSTEM_ERROR\n");
+            ": table orders: -2 CHECK_TABLE_ERROR_SYSTEM_ERROR\nnew.xml:2:109: refused [length.limit] ERR_ENTRY_LEN;history|\n");
 }
 
 TEST_F(GrowthTest, AWhitelistedFieldThatGrewIsRefusedWithItsSizes) {
   EXPECT_EQ(Refusal({"--server-version", "3.29.0", "--whitelist", "payload;history"}),
-            "[length.whitelist] WARNING_WHITELIST:entry:history size 131072 -> 524288 |\n"
-            "   table orders: -35 ERROR_ENTRY_LENGTH_NOT_LEGAL\n");
+            ": table orders: -35 ERROR_ENTRY_LENGTH_NOT_LEGAL\n"
+            "new.xml:2:109: refused [length.whitelist] WARNING_WHITELIST:entry:history size 131072 -> 524288 |\n");
 }
 
 TEST_F(GrowthTest, ANewerServerAllowsTheSize) {

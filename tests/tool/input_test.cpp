@@ -18,10 +18,10 @@ class InputTest : public ToolTest {};
 
 TEST_F(InputTest, StandardInputTakesTheOldOrTheNewPlace) {
   const std::string old_text = Read("old.xml");
-  ExpectOutcome(Korvelcheck(Call{.arguments = {"check", "-", "wide.xml"}, .input = old_text}), 1, kWideReport, "");
+  ExpectVerdicts(Korvelcheck(Call{.arguments = {"check", "-", "wide.xml"}, .input = old_text}), 1, kWideFinding);
   const Outcome outcome = Korvelcheck(Call{.arguments = {"check", "wide.xml", "-"}, .input = old_text});
   EXPECT_EQ(outcome.exit_code, 1);
-  EXPECT_THAT(outcome.out, HasSubstr("\n<stdin>:2:1: refused [primary-key.size] "));
+  EXPECT_THAT(outcome.out, HasSubstr("\n<stdin>:2:52: refused [primary-key.size] "));
 }
 
 TEST_F(InputTest, StandardInputHasItsErrorsLocated) {

@@ -84,7 +84,7 @@ TEST_F(LogTest, LevelsLetThroughWhatIsGraveEnough) {
 }
 
 TEST_F(LogTest, TheLogDoesNotChangeTheReport) {
-  EXPECT_EQ(Korvelcheck({"check", "old.xml", "wide.xml", "--log", "-"}).out, kWideReport);
+  EXPECT_EQ(Korvelcheck({"check", "old.xml", "wide.xml", "--log", "-"}).out, Korvelcheck({"check", "old.xml", "wide.xml"}).out);
 }
 
 TEST_F(LogTest, ALogThatCannotBeOpenedIsNoAnswer) {

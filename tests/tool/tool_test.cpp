@@ -78,6 +78,19 @@ void ExpectOutcome(const Outcome& outcome, int exit_code, const std::string& out
   EXPECT_EQ(outcome.err, err);
 }
 
+std::string Verdicts(const std::string& report) {
+  std::string verdicts;
+  std::istringstream lines(report);
+  for (std::string line; std::getline(lines, line);) {
+    if (!line.starts_with(" ") || line.starts_with("   table ")) verdicts += line + "\n";
+  }
+  return verdicts;
+}
+
+void ExpectVerdicts(const Outcome& outcome, int exit_code, const std::string& verdicts) {
+  ExpectOutcome({outcome.exit_code, Verdicts(outcome.out), outcome.err}, exit_code, verdicts, "");
+}
+
 void ExpectNotAsked(const Outcome& outcome, const std::string& err) { ExpectOutcome(outcome, 2, "", err); }
 
 }  // namespace tool_test

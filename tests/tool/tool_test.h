@@ -58,9 +58,22 @@ inline constexpr char kWideReport[] =
     "   table orders: -3 ERROR_VALUE_FIELD\n"
     "wide.xml:3:1: allowed: table users\n"
     "1 table refused, 1 allowed; 2 compared, 0 new, 0 gone\n";
+// The same of a command that takes the change apart, as Verdicts gives it.
+inline constexpr char kWideFinding[] =
+    "verdict: refused\n"
+    "wide.xml:2:1: refused: table orders: -3 ERROR_VALUE_FIELD\n"
+    "wide.xml:2:52: refused [primary-key.size] The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
+    "wide.xml:3:1: allowed: table users\n"
+    "1 table refused, 1 allowed; 2 compared, 0 new, 0 gone; 1 finding, 0 waived\n";
+
+// What a text report says of tables and findings, without what it shows and explains about them.
+std::string Verdicts(const std::string& report);
 
 // The whole outcome at once.
 void ExpectOutcome(const Outcome& outcome, int exit_code, const std::string& out, const std::string& err);
+
+// The same with no more than the verdicts of the report, and nothing on standard error.
+void ExpectVerdicts(const Outcome& outcome, int exit_code, const std::string& verdicts);
 
 // Exit code 2, nothing on standard output, this on standard error.
 void ExpectNotAsked(const Outcome& outcome, const std::string& err);

@@ -1,0 +1,228 @@
+// Every format over reports made by hand: whole documents, read before they were kept; and, with names that would break out of
+// any of them, held against parsers that are not ours.
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <nlohmann/json.hpp>
+
+#include "report/render.h"
+#include "sample_report.h"
+#include "support/golden.h"
+
+namespace report_test {
+namespace {
+
+using korvel::report::Format;
+using korvel::report::Formats;
+using test_support::ExpectGolden;
+
+namespace fs = std::filesystem;
+
+const fs::path kHere = fs::path(KORVEL_SOURCE_DIR) / "tests" / "report";
+const fs::path kGoldens = kHere / "golden" / "samples";
+
+struct NamedReport {
+  const char* name;
+  Sample (*make)();
+};
+
+constexpr NamedReport kReports[] = {
+    {"everything", [] { return EverythingReport(); }},
+    {"allowed", AllowedReport},
+};
+
+std::string WithoutVersion(std::string text) {
+  const std::string version = "\"" KORVEL_VERSION "\"";
+  for (std::size_t at; (at = text.find(version)) != std::string::npos;) text.replace(at, version.size(), "\"VERSION\"");
+  return text;
+}
+
+TEST(Formats, SayThis) {
+  std::set<std::string> known;
+  for (const NamedReport& report : kReports) {
+    for (const Format& format : Formats()) {
+      const std::string name = std::string(report.name) + "." + format.name;
+      known.insert(name);
+      ExpectGolden(kGoldens / name, WithoutVersion(format.render(report.make().report, false)));
+    }
+  }
+  test_support::ExpectNoOtherGoldens(kGoldens, known);
+}
+
+TEST(Formats, TextIsColouredWhereThatIsAsked) {
+  const Sample sample = EverythingReport();
+  const std::string text = Formats().front().render(sample.report, true);
+  EXPECT_THAT(text, testing::StartsWith("verdict: \x1b[31mrefused\x1b[0m\n"));
+  EXPECT_THAT(text, testing::HasSubstr(": \x1b[33mwaived\x1b[0m [field.count]"));
+  EXPECT_THAT(text, testing::HasSubstr(": \x1b[32m"
+                                       "allowed\x1b[0m: table logs"));
+  for (const Format& format : Formats().subspan(1)) {
+    EXPECT_EQ(format.render(sample.report, true), format.render(sample.report, false)) << format.name;
+  }
+}
+
+// --- Documents that stay whole ---
+
+// Marks and ends of everything that a report is put into, control characters, bytes that are no UTF-8.
+constexpr char kOdd[] =
+    "\n\r\t\x01\x1b[31m\x7f]]>-->\"'<b>&amp;|`*_[x](y)@all #1 %0A::error::\\\xc2\x85\xe2\x80\xa8\xef\xbf\xbf\xc3\xff";
+
+class ADocument : public testing::TestWithParam<std::string> {
+ protected:
+  ADocument() : path_(fs::temp_directory_path() / ("korvel_" + GetParam() + "." + std::to_string(::getpid()))) {}
+  ~ADocument() override { fs::remove(path_); }
+
+  std::string Render(const Sample& sample) const {
+    const auto format = std::ranges::find(Formats(), GetParam(), &Format::name);
+    return format->render(sample.report, false);
+  }
+
+  // Whether a program takes the document, whose path stands behind the command.
+  testing::AssertionResult Takes(const std::string& command, const std::string& document) const {
+    std::ofstream(path_, std::ios::binary) << document;
+    std::string said;
+    FILE* const pipe = ::popen((command + " '" + path_.string() + "' 2>&1").c_str(), "r");
+    for (int c; (c = std::fgetc(pipe)) != EOF;) said += static_cast<char>(c);
+    if (::pclose(pipe) == 0) return testing::AssertionSuccess();
+    return testing::AssertionFailure() << command << ":\n" << said << "\n" << document;
+  }
+
+  testing::AssertionResult IsValid(const fs::path& schema, const std::string& document) const {
+    return Takes("python3 '" + (kHere / "validate.py").string() + "' '" + schema.string() + "'", document);
+  }
+
+ private:
+  fs::path path_;
+};
+
+// No control characters but ends of lines.
+testing::AssertionResult IsPlainText(const std::string& document) {
+  const auto is_control = [](char c) { return (static_cast<unsigned char>(c) < 0x20 && c != '\n') || c == '\x7f'; };
+  const auto found = std::ranges::find_if(document, is_control);
+  if (found == document.end()) return testing::AssertionSuccess();
+  return testing::AssertionFailure() << "a control character behind "
+                                     << document.substr(0, static_cast<std::size_t>(found - document.begin()));
+}
+
+// Every line is a command that the runner knows, and the odd name starts none.
+testing::AssertionResult AreCommands(const std::string& document) {
+  std::istringstream lines(document);
+  for (std::string line; std::getline(lines, line);) {
+    if (!line.starts_with("::error ") && !line.starts_with("::notice ")) return testing::AssertionFailure() << line;
+  }
+  return IsPlainText(document);
+}
+
+TEST_P(ADocument, IsWholeWhateverTheNames) {
+  const std::string format = GetParam();
+  for (const Sample& sample : {EverythingReport(kOdd), EverythingReport(), AllowedReport()}) {
+    const std::string document = Render(sample);
+    EXPECT_FALSE(document.empty());
+    if (format == "text" || format == "markdown") {
+      EXPECT_TRUE(IsPlainText(document));
+    } else if (format == "json") {
+      EXPECT_TRUE(IsValid(fs::path(KORVEL_SOURCE_DIR) / "docs" / "report.schema.json", document));
+    } else if (format == "sarif") {
+      EXPECT_TRUE(IsValid(kHere / "schemas" / "sarif-2.1.0.json", document));
+    } else if (format == "gitlab") {
+      EXPECT_TRUE(IsValid(kHere / "schemas" / "gitlab-code-quality.json", document));
+    } else if (format == "junit") {
+      EXPECT_TRUE(Takes("xmllint --noout", document));
+    } else if (format == "github") {
+      EXPECT_TRUE(AreCommands(document));
+    } else {
+      EXPECT_EQ(format, "html") << "a format that nothing parses";  // the browser does: tests/browser
+    }
+  }
+}
+
+std::vector<std::string> NamesOfFormats() {
+  std::vector<std::string> names;
+  for (const Format& format : Formats()) names.emplace_back(format.name);
+  return names;
+}
+
+INSTANTIATE_TEST_SUITE_P(Every, ADocument, testing::ValuesIn(NamesOfFormats()), [](const auto& format) { return format.param; });
+
+// --- Members that other programs live on ---
+
+using Json = nlohmann::json;
+
+Json Parsed(const char* format, const Sample& sample) {
+  return Json::parse(std::ranges::find(Formats(), std::string_view(format), &Format::name)->render(sample.report, false));
+}
+
+TEST(Sarif, NamesRulesByTheirPosition) {
+  const Json run = Parsed("sarif", EverythingReport())["runs"][0];
+  const Json& rules = run["tool"]["driver"]["rules"];
+  ASSERT_EQ(run["results"].size(), 7u);
+  for (const Json& result : run["results"]) EXPECT_EQ(rules.at(result["ruleIndex"].get<std::size_t>())["id"], result["ruleId"]);
+  EXPECT_EQ(run["invocations"][0]["exitCode"], 1);
+  EXPECT_EQ(Parsed("sarif", AllowedReport())["runs"][0]["invocations"][0]["exitCode"], 0);
+}
+
+TEST(Sarif, AWaivedFindingIsSuppressed) {
+  const Json results = Parsed("sarif", EverythingReport())["runs"][0]["results"];
+  EXPECT_EQ(results[3]["suppressions"][0]["justification"], "nobody has mail");
+  EXPECT_FALSE(results[0].contains("suppressions"));
+}
+
+TEST(Sarif, AFixReplacesWhatTheFindingPointsAt) {
+  const Json result = Parsed("sarif", EverythingReport())["runs"][0]["results"][0];
+  const Json part = result["fixes"][0]["artifactChanges"][0]["replacements"][0];
+  Json region = result["locations"][0]["physicalLocation"]["region"];
+  region.erase("snippet");
+  Json deleted = part["deletedRegion"];
+  EXPECT_EQ(deleted["byteLength"], 6);
+  deleted.erase("byteOffset");
+  deleted.erase("byteLength");
+  EXPECT_EQ(deleted, region);
+  EXPECT_EQ(part["insertedContent"]["text"], "uint32");
+}
+
+TEST(Sarif, PathsAreUris) {
+  Sample sample = EverythingReport();
+  sample.new_source->name = "a b/\xc3\xa9%[x]:1.xml";
+  EXPECT_EQ(Parsed("sarif", sample)["runs"][0]["results"][0]["locations"][0]["physicalLocation"]["artifactLocation"]["uri"],
+            "a%20b/%C3%A9%25%5Bx%5D%3A1.xml");
+}
+
+TEST(Gitlab, NoTwoEntriesHaveOneFingerprint) {
+  Sample sample = EverythingReport();
+  for (auto& finding : sample.report.tables[0].changes->findings) finding.fingerprint = "00";
+  std::set<std::string> fingerprints;
+  const Json entries = Parsed("gitlab", sample);
+  for (const Json& entry : entries) fingerprints.insert(entry["fingerprint"]);
+  EXPECT_EQ(fingerprints.size(), entries.size());
+}
+
+// A refused table of a command that takes nothing apart, and a refusal without a text or a rule.
+TEST(Formats, ATableThatWasNotTakenApartIsAFinding) {
+  Sample sample = AllowedReport();
+  korvel::report::TableResult& table = sample.report.tables[0];
+  table.status = korvel::report::Status::kRefused;
+  table.code = -2;
+  const Json result = Parsed("sarif", sample)["runs"][0]["results"][0];
+  EXPECT_EQ(result["ruleId"], "refused");
+  EXPECT_EQ(result["message"]["text"], "(the checker gives no text)\ntable carts: -2 CHECK_TABLE_ERROR_SYSTEM_ERROR");
+  EXPECT_EQ(Parsed("gitlab", sample)[0]["location"]["lines"]["begin"], 12);
+}
+
+// An image has no lines, and services want one.
+TEST(Formats, AnImageHasNoLines) {
+  Sample sample = EverythingReport();
+  sample.old_source->text.reset();
+  sample.new_source->text.reset();
+  sample.report.tables[0].changes->findings[0].fix.clear();
+  EXPECT_FALSE(Parsed("sarif", sample)["runs"][0]["results"][0]["locations"][0]["physicalLocation"].contains("region"));
+  EXPECT_EQ(Parsed("gitlab", sample)[0]["location"]["lines"]["begin"], 1);
+  for (const Format& format : Formats()) EXPECT_FALSE(format.render(sample.report, false).empty()) << format.name;
+}
+
+}  // namespace
+}  // namespace report_test

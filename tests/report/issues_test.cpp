@@ -1,0 +1,32 @@
+// Paths as services know them.
+#include "report/issues.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace report_test {
+namespace {
+
+using korvel::report::ServicePath;
+
+TEST(ServicePath, IsRelativeToTheWorkingDirectory) {
+  const std::string here = std::filesystem::current_path().string();
+  EXPECT_EQ(ServicePath("a/b.xml"), "a/b.xml");
+  EXPECT_EQ(ServicePath("./a//b.xml"), "a/b.xml");
+  EXPECT_EQ(ServicePath("../b.xml"), "../b.xml");
+  EXPECT_EQ(ServicePath(here + "/a/b.xml"), "a/b.xml");
+  EXPECT_EQ(ServicePath(here + "/a/../b.xml"), "b.xml");
+  EXPECT_EQ(ServicePath("/elsewhere/b.xml"), "/elsewhere/b.xml");
+  EXPECT_EQ(ServicePath(here + "2/b.xml"), here + "2/b.xml");
+}
+
+TEST(ServicePath, IsThatOfAFileInACommit) {
+  EXPECT_EQ(ServicePath("git:HEAD~2:a/b.xml"), "a/b.xml");
+  EXPECT_EQ(ServicePath("git:main:./a:b.xml"), "a:b.xml");
+  EXPECT_EQ(ServicePath("git:x"), "git:x") << "no revision, so a name";
+  EXPECT_EQ(ServicePath("<stdin>"), "");
+}
+
+}  // namespace
+}  // namespace report_test
