@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
-"""Runs what .pre-commit-hooks.yaml would run, in repositories made here.
+"""Runs what .pre-commit-hooks.yaml, action.yml and packaging/gitlab/korvelcheck.yml would run, in repositories made here.
 
 pipelines_test.py SOURCE_DIRECTORY KORVELCHECK
 """
 
+import json
 import os
 import shutil
 import subprocess
@@ -27,6 +28,11 @@ OLD = SCHEMA.format(version=1, key="uint32", more="")
 GROWN = SCHEMA.format(version=2, key="uint32", more='<entry name="zone" type="uint32" version="2"/>')
 WIDE_KEY = SCHEMA.format(version=2, key="uint64", more="")
 REFUSAL = "The size of primarykey can't be modified! entry:'uid' metaname:'orders'"
+
+
+def load(path):
+    with open(os.path.join(SOURCE, path), encoding="utf-8") as file:
+        return yaml.safe_load(file)
 
 
 class Repository(unittest.TestCase):
@@ -76,6 +82,148 @@ class Repository(unittest.TestCase):
         self.git("add", "--all")
         self.git("commit", "--quiet", "-m", "schema")
         return self.git("rev-parse", "HEAD")
+
+    def read(self, name):
+        with open(self.path(name), encoding="utf-8") as file:
+            return file.read()
+
+
+class Action(Repository):
+    """action.yml"""
+
+    def steps(self):
+        return {step["name"]: step for step in load("action.yml")["runs"]["steps"]}
+
+    def step(self, name, directory=None, **environment):
+        """Runs the shell of a step as the runner does; its variables are given by name."""
+        step = self.steps()[name]
+        self.assertEqual(set(step["env"]), set(environment), "the variables of the step")
+        self.assertEqual(step["shell"], "bash")
+        script = self.path("step")
+        with open(script, "w", encoding="utf-8") as file:
+            file.write(step["run"])
+        command = ["bash", "--noprofile", "--norc", "-eo", "pipefail", script]
+        files = {name: self.path(name) for name in ("GITHUB_OUTPUT", "GITHUB_STEP_SUMMARY")}
+        return self.run_in(directory or self.repository, command, **files, **environment)
+
+    def check(self, text, paths="schemas\n", sarif=""):
+        base = self.git("rev-parse", "HEAD")
+        self.commit(text)
+        return self.step("Check", BASE=base, SCHEMA_PATHS=paths, SARIF=sarif)
+
+    def test_inputs_are_used(self):
+        action = load("action.yml")
+        text = json.dumps(action["runs"])
+        for name in action["inputs"]:
+            self.assertIn(f"inputs.{name}", text)
+
+    def test_every_step_is_a_script_that_bash_understands(self):
+        for step in self.steps().values():
+            if "run" in step:
+                done = subprocess.run(["bash", "-n"], input=step["run"], text=True, capture_output=True, check=False)
+                self.assertEqual((done.returncode, done.stderr), (0, ""))
+
+    def test_the_build_step_builds_what_is_there(self):
+        words = self.steps()["Build korvelcheck"]["run"]
+        with open(os.path.join(SOURCE, "CMakePresets.json"), encoding="utf-8") as file:
+            presets = json.load(file)
+        self.assertIn("release", [preset["name"] for preset in presets["buildPresets"]])
+        self.assertIn("cmake --preset release\n", words)
+        self.assertTrue(os.access(os.path.join(SOURCE, "scripts/install-deps"), os.X_OK))
+
+    def test_allowed_change(self):
+        done = self.check(GROWN)
+        self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+        self.assertNotIn("::error", done.stdout)
+        self.assertIn("korvelcheck: allowed", self.read("GITHUB_STEP_SUMMARY"))
+
+    def test_refused_change(self):
+        done = self.check(WIDE_KEY, sarif=self.path("sarif"))
+        self.assertEqual(done.returncode, 1, done.stderr)
+        self.assertIn("::error file=schemas/my orders.xml,line=3,", done.stdout)
+        self.assertIn(REFUSAL, done.stdout)
+        self.assertIn("primary-key.size", self.read("GITHUB_STEP_SUMMARY"))
+        results = json.loads(self.read("sarif"))["runs"][0]["results"]
+        self.assertEqual([result["ruleId"] for result in results], ["primary-key.size"])
+
+    def test_path_with_a_blank(self):
+        done = self.check(WIDE_KEY, paths="\n  \nschemas/my orders.xml\n")
+        self.assertEqual(done.returncode, 1, done.stderr)
+
+    def test_what_cannot_be_asked_fails_at_once(self):
+        done = self.check(GROWN, paths="scheams")
+        self.assertEqual(done.returncode, 2)
+        self.assertIn("scheams", done.stderr)
+        self.assertFalse(os.path.exists(self.path("GITHUB_STEP_SUMMARY")))
+
+    def test_base_that_is_here(self):
+        base = self.git("rev-parse", "HEAD")
+        for against in (base, "main"):
+            done = self.step("Find what to compare with", AGAINST=against)
+            self.assertEqual(done.returncode, 0, done.stderr)
+            self.assertEqual(self.read("GITHUB_OUTPUT").splitlines()[-1], f"commit={base}")
+
+    def test_base_that_a_shallow_clone_lacks(self):
+        base = self.git("rev-parse", "HEAD")
+        self.commit(WIDE_KEY)
+        self.git("config", "uploadpack.allowAnySHA1InWant", "true")
+        clone = self.path("clone")
+        self.git("clone", "--quiet", "--depth=1", f"file://{self.repository}", clone)
+        done = self.step("Find what to compare with", clone, AGAINST=base)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertEqual(self.read("GITHUB_OUTPUT"), f"commit={base}\n")
+        done = self.step("Check", clone, BASE=base, SCHEMA_PATHS="schemas", SARIF="")
+        self.assertEqual(done.returncode, 1, done.stderr)
+
+    def test_no_base(self):
+        for against in ("", "0" * 40):
+            done = self.step("Find what to compare with", AGAINST=against)
+            self.assertEqual(done.returncode, 2)
+            self.assertIn("::error::korvelcheck: there is nothing to compare with", done.stdout)
+
+
+class Template(Repository):
+    """packaging/gitlab/korvelcheck.yml"""
+
+    def job(self):
+        return load("packaging/gitlab/korvelcheck.yml")["korvelcheck"]
+
+    def run_job(self, base, paths="schemas"):
+        lines = self.job()["before_script"] + self.job()["script"]
+        script = "set -eo pipefail\n" + "\n".join(lines)
+        return self.run_in(
+            self.repository, ["bash", "-c", script], CI_MERGE_REQUEST_DIFF_BASE_SHA=base, KORVELCHECK_PATHS=paths
+        )
+
+    def report(self):
+        return json.loads(self.read("repository/" + self.job()["artifacts"]["reports"]["codequality"]))
+
+    def test_variables_are_used(self):
+        script = "\n".join(self.job()["before_script"] + self.job()["script"])
+        for name in self.job()["variables"]:
+            self.assertIn(f"${name}", script)
+
+    def test_allowed_change(self):
+        base = self.git("rev-parse", "HEAD")
+        self.commit(GROWN)
+        done = self.run_job(base)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertIn("verdict: allowed\n", done.stdout)
+        self.assertEqual(self.report(), [])
+
+    def test_refused_change(self):
+        base = self.git("rev-parse", "HEAD")
+        self.commit(WIDE_KEY)
+        done = self.run_job(base)
+        self.assertEqual(done.returncode, 1, done.stderr)
+        self.assertIn(REFUSAL, done.stdout)
+        self.assertEqual([finding["check_name"] for finding in self.report()], ["primary-key.size"])
+        self.assertEqual(self.report()[0]["location"]["path"], self.SCHEMA_FILE)
+
+    def test_what_cannot_be_asked_fails_at_once(self):
+        done = self.run_job(self.git("rev-parse", "HEAD"), paths="scheams")
+        self.assertEqual(done.returncode, 2)
+        self.assertNotIn("verdict", done.stdout)
 
 
 @unittest.skipUnless(shutil.which("pre-commit"), "pre-commit is not installed")
