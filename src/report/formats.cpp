@@ -21,6 +21,7 @@ std::span<const Format> Formats() {
       {"github", Plain<RenderGithub>},
       {"gitlab", Plain<RenderGitlab>},
       {"markdown", Plain<RenderMarkdown>},
+      {"html", Plain<RenderHtml>},
   };
   return kFormats;
 }

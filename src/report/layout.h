@@ -1,6 +1,7 @@
 // Where the fields of a packed record lie, of one schema or of two beside each other.
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -59,7 +60,10 @@ struct FieldPair {
   const FieldLayout* after;   // null if removed
   std::size_t level = 1;      // 1 = the table's own
 
-  const FieldLayout& Either() const { return after != nullptr ? *after : *before; }
+  const FieldLayout& Either() const {
+    assert(before != nullptr || after != nullptr);
+    return after != nullptr ? *after : *before;
+  }
 };
 
 // The fields of both layouts in the order of the new one, removed ones behind what they followed. Within a structure fields are

@@ -22,6 +22,9 @@ std::string RenderGithub(const Report& report);    // commands of a workflow, on
 std::string RenderGitlab(const Report& report);    // a code quality report
 std::string RenderMarkdown(const Report& report);  // the description of a merge request
 
+// For people with a browser: one page that needs nothing else.
+std::string RenderHtml(const Report& report);
+
 // A value of --format.
 struct Format {
   const char* name;

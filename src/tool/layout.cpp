@@ -28,7 +28,7 @@ std::string Make(const Options& options) {
     request.before = &inputs.front();
     request.tables = TablesOf(inputs.front(), last, options.tables);
   }
-  const std::string text = options.json ? RenderLayoutJson(request) : RenderLayoutText(request);
+  std::string text = options.json ? RenderLayoutJson(request) : RenderLayoutText(request);
   for (const Input& input : inputs) RequireUnchanged(input);
   return text;
 }

@@ -1,0 +1,39 @@
+// Escapes of HTML pages: nothing that a schema holds becomes markup.
+#include "report/html_text.h"
+
+#include <gmock/gmock.h>
+
+namespace report_test {
+namespace {
+
+using namespace korvel::report;
+
+TEST(HtmlText, MarkupIsEscaped) {
+  EXPECT_EQ(Html("<b a=\"1\" b='2'>&amp;</b>"), "&lt;b a=&quot;1&quot; b=&#39;2&#39;&gt;&amp;amp;&lt;/b&gt;");
+  EXPECT_EQ(Html(""), "");
+  EXPECT_EQ(Html("größe"), "größe");
+}
+
+// A mark that turns the direction of writing. Byte by byte: written as text it would turn what stands behind it here.
+constexpr char kTurned[] = {'\xE2', '\x80', '\xAE', 'x', '\0'};
+
+TEST(HtmlText, ControlCharactersAreShown) {
+  EXPECT_EQ(Html("a\nb\tc\x1b[31m\x7f"), "a\\nb\\tc\\x1b[31m\\x7f");
+  EXPECT_EQ(Html(kTurned), "\\xe2\\x80\\xaex");
+  EXPECT_EQ(Html(std::string_view("a\0b", 3)), "a\\x00b");
+}
+
+TEST(HtmlText, BytesThatAreNoUtf8AreReplaced) {
+  EXPECT_EQ(Html("a\xff"), "a\xEF\xBF\xBD");
+  EXPECT_EQ(Html("\xc3<"), "\xEF\xBF\xBD&lt;") << "half a character does not swallow what stands behind it";
+}
+
+TEST(HtmlText, LinesKeepTheirTabs) { EXPECT_EQ(HtmlLine("\t<a>\tb\r"), "\t&lt;a&gt;\tb\\r"); }
+
+TEST(HtmlText, LinksNeedATarget) {
+  EXPECT_EQ(Link("f1", "F1"), "<a href=\"#f1\">F1</a>");
+  EXPECT_EQ(Link("", "F1"), "F1");
+}
+
+}  // namespace
+}  // namespace report_test
