@@ -81,7 +81,7 @@ std::vector<std::string> PathsOf(const Options& options) {
   Git git;
   std::vector<std::string> paths;
   for (const std::string& commit : git.CommitsOf(path, path)) paths.push_back("git:" + commit + ":" + path);
-  if (git.IsShallow(path)) {
+  if (Git::IsShallow(path)) {
     const std::string note = Said("this clone is shallow: versions before its first commit are left out") + "\n";
     static_cast<void>(WriteAll(STDERR_FILENO, note));
   }
