@@ -44,7 +44,7 @@ class Draft {
     std::unordered_set<std::string> to_end;
   };
 
-  Touched& Touch(const std::string& meta);
+  Touched& Touch(const std::string& name);
   MetaModel& MetaOf(const Touched& touched) { return model_.metas[*touched.meta]; }
 
   Model model_;

@@ -3,11 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <random>
+
+#include "models.h"
 
 namespace report_test {
 namespace {
@@ -69,10 +72,9 @@ class PatchTest : public testing::Test {
 
 // Few different lines, so that most of them stand more than once; every kind of line end.
 TEST_F(PatchTest, PatchMakesTheNewTextOfRandomOnes) {
-  const char* const given = std::getenv("KORVEL_TEST_SEED");
-  const unsigned seed = given == nullptr ? 20240611u : static_cast<unsigned>(std::stoul(given));
-  std::cout << "KORVEL_TEST_SEED=" << seed << "\n";
-  std::mt19937 random(seed);
+  const std::uint64_t seed = NumberFrom("KORVEL_SEED", 20261121);
+  std::printf("seed %llu\n", static_cast<unsigned long long>(seed));
+  std::mt19937_64 random(seed);
   const std::string lines[] = {"a\n", "b\n", "c\r\n", "\n", "d\re\n", " f\n", "-g\n", "+h\n", "@@ -1 +1 @@\n", "i\n", "--- j\n"};
   const auto make = [&](std::size_t most) {
     std::string text;
