@@ -138,6 +138,7 @@ std::vector<std::vector<std::size_t>> ClustersOf(const std::vector<Edit>& edits)
     of_kind[{edits[i].meta, edits[i].kind}].push_back(i);
   }
   std::vector<std::vector<std::size_t>> clusters;
+  clusters.reserve(of_meta.size() + of_kind.size());
   for (auto& [meta, cluster] : of_meta) clusters.push_back(std::move(cluster));
   for (auto& [kind, cluster] : of_kind) clusters.push_back(std::move(cluster));
   return clusters;

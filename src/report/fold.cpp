@@ -8,27 +8,21 @@
 namespace korvel::report {
 namespace {
 
-// What makes two findings the same one.
-struct Cause {
-  const Source* first;
-  const Source* second;
-  std::vector<std::tuple<EditKind, std::string, std::string>> edits;
-  std::string path;  // of a finding without edits: such a one is its table's own
-  std::string rule;
-  int code;
+using EditNames = std::vector<std::tuple<EditKind, std::string, std::string>>;
 
-  auto operator<=>(const Cause&) const = default;
-};
+// What makes two findings the same one: the pair of sources, the edits, the path of a finding without any (such a one is its
+// table's own), the rule and the code.
+using Cause = std::tuple<const Source*, const Source*, EditNames, std::string, std::string, int>;
 
 Cause CauseOf(const TableResult& table, const Finding& finding) {
-  Cause cause{table.first, table.second, {}, {}, finding.verdict.rule, finding.verdict.code};
+  EditNames edits;
   for (const std::size_t i : finding.edits) {
     const Edit& edit = table.changes->edits[i];
-    cause.edits.emplace_back(edit.kind, edit.meta, edit.item);
+    edits.emplace_back(edit.kind, edit.meta, edit.item);
   }
-  std::ranges::sort(cause.edits);
-  if (cause.edits.empty()) cause.path = finding.path;
-  return cause;
+  std::ranges::sort(edits);
+  const std::string path = edits.empty() ? finding.path : "";
+  return {table.first, table.second, std::move(edits), path, finding.verdict.rule, finding.verdict.code};
 }
 
 // The ways to a finding but the one that it is named by.

@@ -25,10 +25,10 @@ class Searcher {
       : input_(input), questions_(input), base_(input.needs.size()), order_(input.needs.size()), position_(input.needs.size()) {
     std::iota(order_.begin(), order_.end(), std::size_t{0});
     // What is needed comes before what needs it, and last what cannot pass, one by one.
-    const auto blocked_behind = std::ranges::stable_partition(order_, [&](std::size_t edit) { return !IsBlocked(edit); });
-    std::ranges::stable_sort(order_.begin(), blocked_behind.begin(), {},
-                             [&](std::size_t edit) { return input_.needs[edit].size(); });
-    const auto free = static_cast<std::size_t>(blocked_behind.begin() - order_.begin());
+    const auto blocked = std::stable_partition(order_.begin(), order_.end(), [&](std::size_t edit) { return !IsBlocked(edit); });
+    std::stable_sort(order_.begin(), blocked,
+                     [&](std::size_t a, std::size_t b) { return input_.needs[a].size() < input_.needs[b].size(); });
+    const auto free = static_cast<std::size_t>(blocked - order_.begin());
     for (std::size_t i = 0; i < order_.size(); ++i) position_[order_[i]] = i;
     for (std::size_t i = order_.size(); i > free; --i) pending_.push_back({i - 1, i});
     if (free > 0) pending_.push_back({0, free});

@@ -16,7 +16,6 @@ using korvel::report::Settings;
 using korvel::report::Source;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 constexpr char kMall[] = R"(<metalib name="mall" version="5" protocol="QMX">
