@@ -310,8 +310,9 @@ class Others(Browser):
         self.open(PAGES["large"])
         self.assertIn("Only lines near a finding or change are shown", self.one("main").text)
         self.assertLess(DRIVER.execute_script("return document.querySelectorAll('*').length"), 300_000)
-        self.type("n")
-        self.assertEqual(self.focused(), "f1")
+        for item in ("c1", "f1"):  # the library's version, then the first refused field
+            self.type("n")
+            self.assertEqual(self.focused(), item)
 
 
 def need(reason):
