@@ -108,8 +108,8 @@ std::vector<std::optional<Mark>> FindMarks(const std::vector<Location>& location
 
 Marks::Marks(std::vector<Location> locations) : locations_(std::move(locations)) {
   std::ranges::sort(locations_, std::less<>(), KeyOf);
-  const auto repeated = std::ranges::unique(locations_, std::equal_to<>(), KeyOf);
-  locations_.erase(repeated.begin(), repeated.end());
+  const auto is_same = [](const Location& one, const Location& other) { return KeyOf(one) == KeyOf(other); };
+  locations_.erase(std::unique(locations_.begin(), locations_.end(), is_same), locations_.end());
   marks_ = FindMarks(locations_);
 }
 
