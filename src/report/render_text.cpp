@@ -1,5 +1,5 @@
 // The report as text: its frame, one block a table. Every line stays one line, whatever a name holds. Findings are laid out by
-// text_findings.cpp. Held by tests/report/render_text_test.cpp and tests/tool/text_report_test.cpp.
+// text_findings.cpp. Held by tests/report/formats_test.cpp and tests/tool/text_report_test.cpp.
 #include <set>
 
 #include "report/one_line.h"

@@ -1,5 +1,5 @@
 // Puts the suggestions for several tables into one file. How each change is mended is ways_out.cpp's concern, how it is written
-// rewrite.cpp's. Held by tests/report/suggest_test.cpp and tests/tool/suggest_test.cpp.
+// rewrite.cpp's. Held by tests/tool/suggest_test.cpp.
 #include "report/suggest.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// One finding as a block of text. Held by tests/report/render_text_test.cpp.
+// One finding as a block of text. Held by tests/report/formats_test.cpp.
 #include "report/text_findings.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// Reads texts back. Held by tests/report/suggest_test.cpp.
+// Reads texts back. Held by tests/report/rewrite_test.cpp.
 #include "report/text_source.h"
 
 #include <memory>

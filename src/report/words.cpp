@@ -1,4 +1,4 @@
-// Wordings that several formats share. What is special to one stands there. Held by tests/report/words_test.cpp.
+// Wordings that several formats share. What is special to one stands there. Held by tests/report/formats_test.cpp.
 #include "report/words.h"
 
 #include <algorithm>
