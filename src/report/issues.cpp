@@ -106,10 +106,11 @@ namespace {
 
 void AddFindingTo(std::vector<std::string>& lines, const Issue& issue) {
   const Finding& finding = *issue.folded->finding;
-  const std::string whole = TextOf(issue.table->text);
+  const TableResult& table = *issue.folded->table;
+  const std::string whole = TextOf(table.text);
   if (whole != issue.text) lines.push_back("the whole check says: " + whole);
-  const std::vector<std::string> edits = EditsOf(*issue.table, finding);
-  if (edits.empty() && WasRefusedBefore(*issue.table)) lines.emplace_back("the schema is refused as it already was");
+  const std::vector<std::string> edits = EditsOf(table, finding);
+  if (edits.empty() && WasRefusedBefore(table)) lines.emplace_back("the schema is refused as it already was");
   for (const std::string& edit : edits) lines.push_back((edits.size() == 1 ? "change: " : "only together: ") + edit);
   lines.push_back("path: " + OneLine(finding.path));
   for (const std::string& also : AlsoOf(*issue.folded)) lines.push_back("also: " + also);
