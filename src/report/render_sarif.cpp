@@ -83,13 +83,13 @@ class SarifLog {
     Json results = Json::array();
     for (const Issue& issue : issues_.all()) results.push_back(ResultOf(issue));
     Json run = {{"tool", {{"driver", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}, {"rules", rules_}}}}},
-                {"invocations", {InvocationOf(summary)}},
+                {"invocations", Json::array({InvocationOf(summary)})},
                 {"columnKind", "unicodeCodePoints"},
                 {"results", std::move(results)},
                 {"properties", {{"verdict", WordOf(VerdictOf(summary))}, {"summary", Told(summary)}}}};
     return {{"$schema", "https://docs.oasis-open.org/sarif/sarif/v2.1.0/errata01/os/schemas/sarif-schema-2.1.0.json"},
             {"version", "2.1.0"},
-            {"runs", {std::move(run)}}};
+            {"runs", Json::array({std::move(run)})}};
   }
 
  private:
@@ -124,12 +124,12 @@ class SarifLog {
                  {"ruleIndex", rule_positions_.at(issue.rule)},
                  {"level", "error"},
                  {"message", MessageOf(message)},
-                 {"locations", {std::move(location)}},
+                 {"locations", Json::array({std::move(location)})},
                  {"partialFingerprints", {{"korvelcheck/v1", issue.fingerprint}}}};
     if (issue.old_place) {
-      json["relatedLocations"] = {{{"id", 1},
-                                   {"message", MessageOf("was: " + Told(*issue.old_place))},
-                                   {"physicalLocation", PhysicalLocation(*issue.old_place)}}};
+      json["relatedLocations"] = Json::array({{{"id", 1},
+                                               {"message", MessageOf("was: " + Told(*issue.old_place))},
+                                               {"physicalLocation", PhysicalLocation(*issue.old_place)}}});
     }
     if (issue.folded != nullptr) AddFindingTo(json, issue);
     return json;
@@ -137,16 +137,16 @@ class SarifLog {
 
   void AddFindingTo(Json& json, const Issue& issue) const {
     const Finding& finding = *issue.folded->finding;
-    if (!finding.fix.empty()) json["fixes"] = {FixOf(*issue.table->second, finding)};
+    if (!finding.fix.empty()) json["fixes"] = Json::array({FixOf(*issue.table->second, finding)});
     if (!finding.waiver) return;
-    json["suppressions"] = {{{"kind", "external"},
-                             {"status", "accepted"},
-                             {"justification", finding.waiver->reason},
-                             {"properties", {{"until", finding.waiver->until}}}}};
+    json["suppressions"] = Json::array({{{"kind", "external"},
+                                         {"status", "accepted"},
+                                         {"justification", finding.waiver->reason},
+                                         {"properties", {{"until", finding.waiver->until}}}}});
   }
 
   static Json LogicalLocations(const FoldedFinding& folded) {
-    Json json = {{{"fullyQualifiedName", folded.finding->path}, {"kind", "member"}}};
+    Json json = Json::array({{{"fullyQualifiedName", folded.finding->path}, {"kind", "member"}}});
     for (const FoldedFinding::Embedding& also : folded.also)
       json.push_back({{"fullyQualifiedName", also.path}, {"kind", "member"}});
     return json;
@@ -161,7 +161,8 @@ class SarifLog {
       replacements.push_back({{"deletedRegion", std::move(region)}, {"insertedContent", MessageOf(text)}});
     }
     return {{"description", MessageOf(finding.way_out)},
-            {"artifactChanges", {{{"artifactLocation", ArtifactOf(source.name)}, {"replacements", std::move(replacements)}}}}};
+            {"artifactChanges",
+             Json::array({{{"artifactLocation", ArtifactOf(source.name)}, {"replacements", std::move(replacements)}}})}};
   }
 
   const Report& report_;

@@ -35,7 +35,7 @@ struct Source {
 void ListTables(Source& source);
 
 // Position of a meta in declaration order; nullopt if the library has none of the name. Logarithmic.
-std::optional<std::uint32_t> PositionOf(const Source& source, const std::string& meta);
+std::optional<std::uint32_t> PositionOf(const Source& source, const std::string& name);
 
 // An element of a source and, where one attribute of it is meant, that attribute.
 struct Location {

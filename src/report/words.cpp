@@ -41,7 +41,7 @@ std::string Told(const Summary& summary) {
 std::string TextOf(const std::string& text) { return text.empty() ? "(the checker gives no text)" : OneLine(text); }
 
 std::string Told(const Mark& mark) {
-  const std::string file = OneLine(mark.file);
+  std::string file = OneLine(mark.file);
   if (!mark.begin) return file;
   return file + ":" + std::to_string(mark.begin->line) + ":" + std::to_string(mark.begin->column);
 }
