@@ -29,7 +29,7 @@ fs::path Absolute(const std::string& path) {
 
 // The way from a directory to what is below it, "" to itself.
 std::string Below(const fs::path& path, const std::string& top, const std::string& shown) {
-  const std::string way = path.lexically_relative(top);
+  std::string way = path.lexically_relative(top);
   if (way == ".") return "";
   if (way.empty() || way == ".." || way.starts_with("../")) {
     throw CannotAsk{{Said(OneLine(shown) + ": is not below " + OneLine(top))}};
