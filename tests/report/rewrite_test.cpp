@@ -24,7 +24,6 @@ using korvel::report::MetaModel;
 using korvel::report::Model;
 using korvel::report::ModelOf;
 using korvel::report::Replaced;
-using korvel::report::Replacement;
 using korvel::report::Rewriter;
 using korvel::report::Source;
 using korvel::report::SourceOfText;
