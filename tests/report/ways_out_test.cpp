@@ -20,8 +20,8 @@ struct Sides {
   std::string protocol = "QMX";
   int old_version = 5;
   int new_version = 6;
-  std::string old_attributes = "";
-  std::string new_attributes = "";
+  std::string old_attributes = {};
+  std::string new_attributes = {};
   Settings given = {};
 };
 
