@@ -80,8 +80,8 @@ TEST_F(GitInputTest, GitsEnvironmentIsHonoured) {
 
 TEST_F(GitInputTest, TheLanguageOfGitDoesNotMatter) {
   Commit("first");
-  environment_.push_back("LC_ALL=de_DE.UTF-8");
-  environment_.push_back("LANGUAGE=de");
+  environment_.emplace_back("LC_ALL=de_DE.UTF-8");
+  environment_.emplace_back("LANGUAGE=de");
   ExpectAllowed("git:HEAD:old.xml");
 }
 

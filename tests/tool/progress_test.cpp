@@ -11,8 +11,7 @@
 namespace {
 
 using korvel::tool::Progress;
-using std::chrono_literals::operator""ms;
-using std::chrono_literals::operator""h;
+using namespace std::chrono_literals;
 
 // A terminal and what is seen on it.
 class Terminal {
