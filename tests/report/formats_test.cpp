@@ -108,7 +108,7 @@ class ADocument : public testing::TestWithParam<std::string> {
   }
 
   testing::AssertionResult IsValid(const fs::path& schema, const std::string& document) const {
-    return Takes("python3 '" + (kHere / "validate.py").string() + "' '" + schema.string() + "'", document);
+    return Takes(KORVEL_PYTHON " '" + (kHere / "validate.py").string() + "' '" + schema.string() + "'", document);
   }
 
  private:
