@@ -11,13 +11,12 @@ namespace tool_test {
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 
 // In the constructor, wide.xml narrows the key of orders: one refused table, one finding.
 class WaiverTest : public GitTest {
  protected:
   WaiverTest() {
-    environment_.push_back("SOURCE_DATE_EPOCH=1767225600");  // 2026-01-01
+    environment_.emplace_back("SOURCE_DATE_EPOCH=1767225600");  // 2026-01-01
   }
 
   Outcome Check(const std::vector<std::string>& more = {}) const {
