@@ -25,8 +25,8 @@ bench: ## what things cost; BENCH_ARGS go to the library's part (--benchmark_fil
 	$(INSTALL_DEPS) bench
 	cmake --preset bench
 	cmake --build --preset bench -j $(JOBS)
-	build/bench/bench/library/korvel_library_bench --benchmark_out=build/bench/library.json $(BENCH_ARGS)
-	build/bench/bench/process/korvel_process_bench $(PROCESS_ARGS) build/bench
+	build/release/bench/library/korvel_library_bench --benchmark_out=build/release/library.json $(BENCH_ARGS)
+	build/release/bench/process/korvel_process_bench $(PROCESS_ARGS) build/release
 
 clang: ## every test, built with clang
 	$(INSTALL_DEPS) ci
