@@ -1,7 +1,7 @@
 # Writes a source file that holds the style and the script of HTML reports, with their hashes as a Content-Security-Policy wants
 # them: what is in the page runs, and nothing else does.
 #
-#   cmake -DDIRECTORY=src/report/html -DOUTPUT=html_assets.cpp -P cmake/EmbedPage.cmake
+#   cmake -DDIRECTORY=src/report/render/html -DOUTPUT=html_assets.cpp -P cmake/EmbedPage.cmake
 
 # SHA-256 of a file in base64.
 function(base64_hash file result)
@@ -26,8 +26,8 @@ file(READ "${DIRECTORY}/page.css" style)
 file(READ "${DIRECTORY}/page.js" script)
 base64_hash("${DIRECTORY}/page.css" style_hash)
 base64_hash("${DIRECTORY}/page.js" script_hash)
-file(WRITE "${OUTPUT}" "// Made by cmake/EmbedPage.cmake out of src/report/html.
-#include \"report/html_assets.h\"
+file(WRITE "${OUTPUT}" "// Made by cmake/EmbedPage.cmake out of src/report/render/html.
+#include \"report/render/html_assets.h\"
 
 namespace korvel::report {
 

@@ -13,9 +13,9 @@
 
 #include "qmx/did_you_mean.h"
 #include "qmx/quote.h"
-#include "report/model.h"
-#include "report/one_line.h"
-#include "report/parallel.h"
+#include "report/edit/model.h"
+#include "report/finding/parallel.h"
+#include "report/text/one_line.h"
 #include "tool/cannot_ask.h"
 #include "tool/file_descriptor.h"
 #include "tool/judge.h"

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "report/report.h"
+#include "report/result/report.h"
 #include "tool/input.h"
 #include "tool/options.h"
 

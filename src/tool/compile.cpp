@@ -2,7 +2,7 @@
 #include <unistd.h>
 
 #include "qmx/qmx_image.h"
-#include "report/one_line.h"
+#include "report/text/one_line.h"
 #include "tool/cannot_ask.h"
 #include "tool/command.h"
 

@@ -1,5 +1,5 @@
 // diff: what has changed between two schemas? Nothing is judged. Held by tests/tool/diff_test.cpp.
-#include "report/render_diff.h"
+#include "report/render/render_diff.h"
 
 #include "tool/command.h"
 #include "tool/selection.h"

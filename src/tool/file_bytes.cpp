@@ -11,7 +11,7 @@
 
 #include "qmx/qmx_image.h"
 #include "qmx/qmx_xml.h"
-#include "report/one_line.h"
+#include "report/text/one_line.h"
 #include "tool/cannot_ask.h"
 
 namespace korvel::tool {

@@ -6,7 +6,7 @@
 #include <system_error>
 #include <utility>
 
-#include "report/one_line.h"
+#include "report/text/one_line.h"
 #include "tool/cannot_ask.h"
 
 namespace korvel::tool {

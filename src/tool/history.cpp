@@ -1,13 +1,13 @@
 // history: every step of several versions of a schema, and each version against the newest. Held by tests/tool/history_test.cpp.
-#include "report/history.h"
+#include "report/result/history.h"
 
 #include <unistd.h>
 
 #include <algorithm>
 #include <thread>
 
-#include "report/one_line.h"
-#include "report/parallel.h"
+#include "report/finding/parallel.h"
+#include "report/text/one_line.h"
 #include "tool/cannot_ask.h"
 #include "tool/command.h"
 #include "tool/file_descriptor.h"

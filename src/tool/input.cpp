@@ -8,8 +8,8 @@
 
 #include "qmx/qmx_image.h"
 #include "qmx/qmx_xml.h"
-#include "report/one_line.h"
-#include "report/parallel.h"
+#include "report/finding/parallel.h"
+#include "report/text/one_line.h"
 #include "tool/cannot_ask.h"
 #include "tool/file_bytes.h"
 #include "tool/git.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "report/source.h"
+#include "report/source/source.h"
 #include "tool/file_bytes.h"
 #include "tool/reports.h"
 

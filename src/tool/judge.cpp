@@ -3,9 +3,9 @@
 
 #include <thread>
 
-#include "report/findings.h"
-#include "report/parallel.h"
-#include "report/ways_out.h"
+#include "report/finding/findings.h"
+#include "report/finding/parallel.h"
+#include "report/way_out/ways_out.h"
 
 namespace korvel::tool {
 

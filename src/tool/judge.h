@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "common/modify_table.h"
-#include "report/report.h"
+#include "report/result/report.h"
 #include "tool/options.h"
 #include "tool/selection.h"
 

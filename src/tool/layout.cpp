@@ -1,5 +1,5 @@
 // layout: where do the fields of a record lie, and what becomes of them? Held by tests/tool/layout_test.cpp.
-#include "report/render_layout.h"
+#include "report/render/render_layout.h"
 
 #include "tool/command.h"
 #include "tool/selection.h"

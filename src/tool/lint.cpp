@@ -1,5 +1,5 @@
 // lint: are these schemas well formed, and would their tables be accepted? Held by tests/tool/lint_test.cpp.
-#include "report/one_line.h"
+#include "report/text/one_line.h"
 #include "tool/cannot_ask.h"
 #include "tool/command.h"
 #include "tool/judge.h"

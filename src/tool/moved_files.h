@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "report/source.h"
+#include "report/source/source.h"
 
 namespace korvel::tool {
 

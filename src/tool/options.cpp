@@ -9,8 +9,8 @@
 
 #include "qmx/did_you_mean.h"
 #include "qmx/quote.h"
-#include "report/choice.h"
-#include "report/one_line.h"
+#include "report/source/choice.h"
+#include "report/text/one_line.h"
 #include "tool/cannot_ask.h"
 #include "tool/command.h"
 #include "tool/setting_values.h"

@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "report/book_format.h"
-#include "report/findings.h"
-#include "report/render.h"
-#include "report/settings.h"
+#include "report/book/book_format.h"
+#include "report/finding/findings.h"
+#include "report/render/render.h"
+#include "report/source/settings.h"
 #include "tool/project.h"
 #include "tool/reports.h"
 #include "vesk/log_category.h"

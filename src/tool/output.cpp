@@ -12,7 +12,7 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "report/one_line.h"
+#include "report/text/one_line.h"
 #include "tool/file_descriptor.h"
 
 namespace korvel::tool {

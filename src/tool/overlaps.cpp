@@ -2,7 +2,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "report/one_line.h"
+#include "report/text/one_line.h"
 #include "tool/cannot_ask.h"
 #include "tool/options.h"
 

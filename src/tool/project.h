@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "qmx/qmx_source_map.h"
-#include "report/settings.h"
+#include "report/source/settings.h"
 
 namespace korvel::tool {
 

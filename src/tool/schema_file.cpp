@@ -7,8 +7,8 @@
 #include "qmx/qmx_metalib_kernel.h"
 #include "qmx/qmx_xml.h"
 #include "qmx/quote.h"
-#include "report/one_line.h"
-#include "report/xml_escape.h"
+#include "report/text/one_line.h"
+#include "report/text/xml_escape.h"
 #include "tool/cannot_ask.h"
 
 namespace korvel::tool {

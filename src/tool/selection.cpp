@@ -7,7 +7,7 @@
 
 #include "qmx/did_you_mean.h"
 #include "qmx/quote.h"
-#include "report/one_line.h"
+#include "report/text/one_line.h"
 #include "tool/cannot_ask.h"
 
 namespace korvel::tool {

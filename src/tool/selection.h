@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "report/report.h"
+#include "report/result/report.h"
 #include "tool/input.h"
 
 namespace korvel::tool {

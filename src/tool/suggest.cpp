@@ -1,12 +1,12 @@
 // suggest: NEW with its refused changes mended. Held by tests/tool/suggest_test.cpp.
-#include "report/suggest.h"
+#include "report/way_out/suggest.h"
 
 #include <unistd.h>
 
 #include "qmx/quote.h"
-#include "report/one_line.h"
-#include "report/text_source.h"
-#include "report/unified_diff.h"
+#include "report/source/text_source.h"
+#include "report/text/one_line.h"
+#include "report/text/unified_diff.h"
 #include "tool/cannot_ask.h"
 #include "tool/command.h"
 #include "tool/file_descriptor.h"

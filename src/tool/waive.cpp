@@ -4,7 +4,7 @@
 #include <system_error>
 
 #include "qmx/quote.h"
-#include "report/one_line.h"
+#include "report/text/one_line.h"
 #include "tool/calendar.h"
 #include "tool/cannot_ask.h"
 #include "tool/command.h"

@@ -1,7 +1,7 @@
 // Lets findings pass that a project has waived.
 #pragma once
 
-#include "report/report.h"
+#include "report/result/report.h"
 #include "tool/project.h"
 
 namespace korvel::tool {

@@ -7,7 +7,7 @@
 
 #include "case_run.h"
 #include "common/refusals.h"
-#include "report/rule_book.h"
+#include "report/book/rule_book.h"
 
 namespace cases {
 namespace {

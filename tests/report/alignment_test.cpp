@@ -1,5 +1,5 @@
 // Two orders side by side: what moves, and every order in between.
-#include "report/alignment.h"
+#include "report/edit/alignment.h"
 
 #include <gmock/gmock.h>
 

@@ -1,10 +1,10 @@
 // The checker's answers as reports keep them.
-#include "report/ask_checker.h"
+#include "report/finding/ask_checker.h"
 
 #include <gtest/gtest.h>
 
 #include "read_source.h"
-#include "report/settings.h"
+#include "report/source/settings.h"
 
 namespace report_test {
 namespace {

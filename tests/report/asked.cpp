@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "report/bad_names.h"
-#include "report/one_line.h"
+#include "report/finding/bad_names.h"
+#include "report/text/one_line.h"
 
 namespace report_test {
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "report/diff.h"
-#include "report/findings.h"
+#include "report/edit/diff.h"
+#include "report/finding/findings.h"
 
 namespace report_test {
 

@@ -1,5 +1,5 @@
 // Every bad name is found, with the checker's answer about it.
-#include "report/bad_names.h"
+#include "report/finding/bad_names.h"
 
 #include <gmock/gmock.h>
 

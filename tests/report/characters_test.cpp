@@ -1,5 +1,5 @@
 // Characters: where they end, how wide they stand, what of them can be shown.
-#include "report/characters.h"
+#include "report/text/characters.h"
 
 #include <gtest/gtest.h>
 

@@ -12,7 +12,7 @@
 
 #include "models.h"
 #include "read_source.h"
-#include "report/findings.h"
+#include "report/finding/findings.h"
 
 namespace report_test {
 namespace {

@@ -1,5 +1,5 @@
 // Which edits a change is: one mutation a row, with the exact list.
-#include "report/diff.h"
+#include "report/edit/diff.h"
 
 #include <gmock/gmock.h>
 

@@ -1,12 +1,12 @@
 // Names and sentences of edits, and where they point.
-#include "report/edit.h"
+#include "report/edit/edit.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
 
 #include "read_source.h"
-#include "report/diff.h"
+#include "report/edit/diff.h"
 
 namespace report_test {
 namespace {

@@ -1,5 +1,5 @@
 // Changes of elements in odd layouts: what changes, and that nothing else does.
-#include "report/element_text.h"
+#include "report/way_out/element_text.h"
 
 #include <gtest/gtest.h>
 

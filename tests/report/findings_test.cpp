@@ -1,5 +1,5 @@
 // Labelled changes of a schema, and exactly what is found about each.
-#include "report/findings.h"
+#include "report/finding/findings.h"
 
 #include <gmock/gmock.h>
 

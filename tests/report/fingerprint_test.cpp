@@ -1,5 +1,5 @@
 // Fingerprints stay while rule, place and kind of a change stay, and are others else.
-#include "report/fingerprint.h"
+#include "report/finding/fingerprint.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Findings of several tables that have one cause stand once.
-#include "report/fold.h"
+#include "report/result/fold.h"
 
 #include <gmock/gmock.h>
 

@@ -10,7 +10,7 @@
 #include <functional>
 #include <nlohmann/json.hpp>
 
-#include "report/render.h"
+#include "report/render/render.h"
 #include "sample_report.h"
 #include "support/golden.h"
 

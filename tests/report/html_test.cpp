@@ -7,10 +7,10 @@
 
 #include "asked.h"
 #include "read_source.h"
-#include "report/html_layout.h"
-#include "report/html_page.h"
-#include "report/html_source.h"
-#include "report/render.h"
+#include "report/render/html_layout.h"
+#include "report/render/html_page.h"
+#include "report/render/html_source.h"
+#include "report/render/render.h"
 
 namespace report_test {
 namespace {

@@ -1,5 +1,5 @@
 // Escapes of HTML pages: nothing that a schema holds becomes markup.
-#include "report/html_text.h"
+#include "report/render/html_text.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,5 @@
 // Paths as services know them.
-#include "report/issues.h"
+#include "report/result/issues.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
 // Layouts: offsets and sizes of packed records, what is opened, and two of them beside each other.
-#include "report/layout.h"
+#include "report/result/layout.h"
 
 #include <gmock/gmock.h>
 
 #include "read_source.h"
-#include "report/columns.h"
-#include "report/render_layout.h"
+#include "report/render/render_layout.h"
+#include "report/text/columns.h"
 
 namespace report_test {
 namespace {

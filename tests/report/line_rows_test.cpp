@@ -1,5 +1,5 @@
 // Texts side by side: every line once, equal ones beside each other, those of one change as far as that goes.
-#include "report/line_rows.h"
+#include "report/text/line_rows.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,5 @@
 // Texts in Markdown mean what they say, whatever they are.
-#include "report/markdown_text.h"
+#include "report/text/markdown_text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Models: what they hold of a library, and the library made of one.
-#include "report/model.h"
+#include "report/edit/model.h"
 
 #include <gmock/gmock.h>
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "report/diff.h"
-#include "report/model.h"
+#include "report/edit/diff.h"
+#include "report/edit/model.h"
 
 namespace report_test {
 

@@ -1,5 +1,5 @@
 // Work that is spread over threads: everything once, whatever the number of threads, and faults like those of a loop.
-#include "report/parallel.h"
+#include "report/finding/parallel.h"
 
 #include <gtest/gtest.h>
 

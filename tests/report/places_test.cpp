@@ -1,5 +1,5 @@
 // Marks: from an element and an attribute to a line, a column and a span.
-#include "report/places.h"
+#include "report/result/places.h"
 
 #include <gmock/gmock.h>
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "report/source.h"
+#include "report/source/source.h"
 
 namespace report_test {
 

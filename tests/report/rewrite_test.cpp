@@ -1,5 +1,5 @@
 // Files rewritten to say what a model says: whole texts for the usual changes, and a law for random ones in odd layouts.
-#include "report/rewrite.h"
+#include "report/way_out/rewrite.h"
 
 #include <gtest/gtest.h>
 
@@ -9,8 +9,8 @@
 
 #include "models.h"
 #include "read_source.h"
-#include "report/model_text.h"
-#include "report/text_source.h"
+#include "report/source/text_source.h"
+#include "report/way_out/model_text.h"
 
 namespace report_test {
 namespace {

@@ -1,12 +1,12 @@
 // The rule book: a page for every row of the catalogue, a meaning for every result code, and no page that says less than it
 // should. Whether its examples are true is asked in tests/tool/explain_test.cpp.
-#include "report/rule_book.h"
+#include "report/book/rule_book.h"
 
 #include <gmock/gmock.h>
 
 #include <set>
 
-#include "report/book_format.h"
+#include "report/book/book_format.h"
 
 namespace report_test {
 namespace {

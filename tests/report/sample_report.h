@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "report/report.h"
+#include "report/result/report.h"
 
 namespace report_test {
 

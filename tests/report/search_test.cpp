@@ -1,5 +1,5 @@
 // The search for refused edits, against rules that a test makes up: which sets of edits are refused, and by what.
-#include "report/search.h"
+#include "report/finding/search.h"
 
 #include <gmock/gmock.h>
 

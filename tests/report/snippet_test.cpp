@@ -1,7 +1,7 @@
 // Snippets: the line, and a caret that stands under what is meant.
 #include <gtest/gtest.h>
 
-#include "report/places.h"
+#include "report/result/places.h"
 
 namespace report_test {
 namespace {

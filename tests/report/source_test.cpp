@@ -1,5 +1,5 @@
 // Sources: which tables they have and where they declare a meta.
-#include "report/source.h"
+#include "report/source/source.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,5 @@
 // Attributes of tables as pairs: compared, and changed in part.
-#include "report/table_attributes.h"
+#include "report/edit/table_attributes.h"
 
 #include <gmock/gmock.h>
 

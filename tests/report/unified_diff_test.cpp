@@ -1,5 +1,5 @@
 // Differences of texts, as they are written and as `patch` takes them.
-#include "report/unified_diff.h"
+#include "report/text/unified_diff.h"
 
 #include <gtest/gtest.h>
 

@@ -1,13 +1,13 @@
 // Ways out: what is offered for which change, that the checker allows it, and that a fix makes that and nothing else.
-#include "report/ways_out.h"
+#include "report/way_out/ways_out.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
 
 #include "read_source.h"
-#include "report/element_text.h"
-#include "report/findings.h"
+#include "report/finding/findings.h"
+#include "report/way_out/element_text.h"
 
 namespace report_test {
 namespace {

@@ -7,7 +7,7 @@
 #include <set>
 #include <sstream>
 
-#include "report/book_format.h"
+#include "report/book/book_format.h"
 #include "tool_test.h"
 
 namespace tool_test {

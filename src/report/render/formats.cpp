@@ -1,0 +1,29 @@
+// The list of formats.
+#include "report/render/render.h"
+
+namespace korvel::report {
+namespace {
+
+// A form that no terminal shows in colours.
+template <std::string (*render)(const Report&)>
+std::string Plain(const Report& report, bool /*colour*/) {
+  return render(report);
+}
+
+}  // namespace
+
+std::span<const Format> Formats() {
+  static constexpr Format kFormats[] = {
+      {"text", RenderText},
+      {"json", Plain<RenderJson>},
+      {"sarif", Plain<RenderSarif>},
+      {"junit", Plain<RenderJunit>},
+      {"github", Plain<RenderGithub>},
+      {"gitlab", Plain<RenderGitlab>},
+      {"markdown", Plain<RenderMarkdown>},
+      {"html", Plain<RenderHtml>},
+  };
+  return kFormats;
+}
+
+}  // namespace korvel::report

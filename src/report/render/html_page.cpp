@@ -1,0 +1,113 @@
+// Numbers what a page lists. Nothing is written here. Held by tests/report/html_test.cpp.
+#include "report/render/html_page.h"
+
+#include <algorithm>
+#include <tuple>
+
+#include "report/result/words.h"
+
+namespace korvel::report {
+
+const LookWords& WordsOf(Look look) {
+  static constexpr LookWords kWords[] = {{"refused", "\u2717", "refused"},
+                                         {"waived", "~", "waived"},
+                                         {"waits", "\u2026", "waits"},
+                                         {"allowed", "\u2713", "allowed"}};
+  return kWords[static_cast<std::size_t>(look)];
+}
+
+std::string LabelOf(const std::string& id) {
+  std::string label = id;
+  label.front() = static_cast<char>(label.front() - 'a' + 'A');
+  return label;
+}
+
+namespace {
+
+// Whether what the edit is about has no place on the new side, only what encloses it has.
+bool IsRemoval(const Edit& edit) {
+  const bool is_key = edit.kind == EditKind::kPrimaryKey || edit.kind == EditKind::kSplittableKey;
+  return edit.kind == EditKind::kEntryRemoved || edit.kind == EditKind::kIndexRemoved || (is_key && edit.after.empty());
+}
+
+}  // namespace
+
+Page::Page(const Report& report, const HtmlLimits& limits) : report_(report), limits_(limits), marks_(LocationsOf(report, true)) {
+  for (const TableResult& table : report.tables) {
+    const auto [found, is_new] = pair_of_.try_emplace({table.first, table.second}, pairs_.size());
+    if (is_new) pairs_.push_back({table.first, table.second, {}, {}, {}});
+  }
+  ListFindings();
+  ListChanges();
+  for (PagePair& pair : pairs_) {
+    std::ranges::stable_sort(pair.old_marks, {}, &LineMark::line);
+    std::ranges::stable_sort(pair.new_marks, {}, &LineMark::line);
+  }
+}
+
+void Page::ListFindings() {
+  for (FoldedFinding& folded : Fold(report_)) {
+    if (findings_.size() == limits_.findings) {
+      ++findings_left_out_;
+      continue;
+    }
+    findings_.push_back({std::move(folded), "f" + std::to_string(findings_.size() + 1)});
+    const PageFinding& listed = findings_.back();
+    const TableResult& table = *listed.folded.table;
+    const Finding& finding = *listed.folded.finding;
+    for (std::size_t i = 0; i < finding.edits.size(); ++i) AddMarks(table, listed.EditAt(i), listed.GetLook(), listed.id);
+    if (!finding.edits.empty()) continue;
+    PagePair& pair = pairs_[PairOf(table)];
+    if (!pair.IsOne()) AddMark(pair.old_marks, finding.old_place, listed.GetLook(), listed.id);
+    if (!table.gone) AddMark(pair.new_marks, finding.new_place, listed.GetLook(), listed.id);
+  }
+}
+
+void Page::ListChanges() {
+  using Key = std::tuple<std::size_t, EditKind, std::string, std::string, EditStatus>;
+  std::map<Key, std::size_t> known;  // tables of a pair share what changes in shared structures and in the library
+  for (const TableResult& table : report_.tables) {
+    if (!table.changes) continue;
+    for (std::size_t i = 0; i < table.changes->edits.size(); ++i) {
+      const Edit& edit = table.changes->edits[i];
+      const EditStatus status = table.changes->status[i];
+      if (status == EditStatus::kRefused) continue;
+      const auto [found, is_new] = known.try_emplace({PairOf(table), edit.kind, edit.meta, edit.item, status}, changes_.size());
+      if (!is_new) {
+        if (found->second < changes_.size()) ++changes_[found->second].also;
+        continue;
+      }
+      if (changes_.size() == limits_.changes) {
+        ++changes_left_out_;
+        continue;
+      }
+      const Look look = status == EditStatus::kAllowed ? Look::kAllowed : Look::kWaits;
+      changes_.push_back({&table, &edit, look, "c" + std::to_string(changes_.size() + 1)});
+      if (!changes_.back().OfLibrary()) listing_.insert(&table);
+      AddMarks(table, edit, look, changes_.back().id);
+    }
+  }
+}
+
+void Page::AddMarks(const TableResult& table, const Edit& edit, Look look, const std::string& id) {
+  PagePair& pair = pairs_[PairOf(table)];
+  AddMark(pair.old_marks, edit.old_place, look, id);
+  if (!IsRemoval(edit)) AddMark(pair.new_marks, edit.new_place, look, id);
+  const Mark* const old_mark = marks_.Find(edit.old_place);
+  const Mark* const new_mark = marks_.Find(edit.new_place);
+  const bool both = old_mark != nullptr && new_mark != nullptr && old_mark->begin && new_mark->begin;
+  if (both && !IsRemoval(edit)) pair.known.push_back({old_mark->begin->line, new_mark->begin->line});
+}
+
+void Page::AddMark(std::vector<LineMark>& marks, const Location& location, Look look, const std::string& id) const {
+  const Mark* const mark = marks_.Find(location);
+  if (mark == nullptr || !mark->begin) return;
+  LineMark line{mark->begin->line, {}, look, id};
+  if (!location.attribute.empty()) {
+    line.span.begin = mark->span.begin - mark->line_begin;
+    line.span.end = std::min(mark->span.end - mark->line_begin, mark->line.size());
+  }
+  marks.push_back(line);
+}
+
+}  // namespace korvel::report

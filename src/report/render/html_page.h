@@ -1,0 +1,117 @@
+// What an HTML report lists: each finding and each change once, numbered, and the lines of source that they mark.
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "report/result/fold.h"
+#include "report/result/places.h"
+#include "report/result/report.h"
+#include "report/text/line_changes.h"
+
+namespace korvel::report {
+
+// Bounds, so that a browser opens the page whatever is reported. What is left out is told on the page.
+struct HtmlLimits {
+  std::size_t findings = 2'000;
+  std::size_t changes = 5'000;      // allowed and waiting ones
+  std::size_t pictures = 50;        // of layouts
+  std::size_t whole_lines = 2'000;  // of the two files of a pair together; of longer ones only lines near a mark are shown
+  std::size_t lines = 20'000;       // rows of source on the page
+};
+
+inline constexpr HtmlLimits kHtmlLimits{};
+
+// How a finding or change looks, the gravest first.
+enum class Look { kRefused, kWaived, kWaits, kAllowed };
+
+struct LookWords {
+  const char* name;  // a class of the style, and the word of the filter
+  const char* sign;
+  const char* word;
+};
+
+const LookWords& WordsOf(Look look);
+
+struct PageFinding {
+  FoldedFinding folded;
+  std::string id;  // "f1"; its label is "F1"
+
+  Look GetLook() const { return folded.finding->waiver ? Look::kWaived : Look::kRefused; }
+  const Edit& EditAt(std::size_t i) const { return folded.table->changes->edits[folded.finding->edits[i]]; }
+};
+
+// An edit that is not refused.
+struct PageChange {
+  const TableResult* table;  // the first that has it
+  const Edit* edit;
+  Look look;
+  std::string id;        // "c1"
+  std::size_t also = 0;  // tables that have it, too
+
+  bool OfLibrary() const { return edit->meta.empty(); }
+};
+
+// Part of a line that belongs to a finding or change.
+struct LineMark {
+  std::size_t line;  // from 1
+  qmx::Span span;    // in bytes of the line: the value of an attribute; empty for an element as a whole
+  Look look;
+  std::string id;  // of the finding or change
+};
+
+// Two files that are compared, or one with itself.
+struct PagePair {
+  const Source* first;  // null if the tables are only in the second one
+  const Source* second;
+  std::vector<LineMark> old_marks;  // ascending in the line
+  std::vector<LineMark> new_marks;
+  std::vector<LineMatch> known;  // lines of one edit on both sides
+
+  bool IsOne() const { return first == nullptr || first == second; }
+};
+
+class Page {
+ public:
+  explicit Page(const Report& report, const HtmlLimits& limits = kHtmlLimits);
+
+  const Report& report() const { return report_; }
+  const HtmlLimits& limits() const { return limits_; }
+  const std::vector<PageFinding>& findings() const { return findings_; }
+  const std::vector<PageChange>& changes() const { return changes_; }
+  const std::vector<PagePair>& pairs() const { return pairs_; }
+  std::size_t findings_left_out() const { return findings_left_out_; }
+  std::size_t changes_left_out() const { return changes_left_out_; }
+
+  // The pair of a table, by its position.
+  std::size_t PairOf(const TableResult& table) const { return pair_of_.at({table.first, table.second}); }
+  const Mark* Find(const Location& location) const { return marks_.Find(location); }
+  // Whether it is the table with which a change is listed.
+  bool ListsChangeOf(const TableResult& table) const { return listing_.contains(&table); }
+
+ private:
+  void ListFindings();
+  void ListChanges();
+  void AddMarks(const TableResult& table, const Edit& edit, Look look, const std::string& id);
+  void AddMark(std::vector<LineMark>& marks, const Location& location, Look look, const std::string& id) const;
+
+  const Report& report_;
+  HtmlLimits limits_;
+  Marks marks_;
+  std::vector<PageFinding> findings_;
+  std::vector<PageChange> changes_;
+  std::vector<PagePair> pairs_;
+  std::map<std::pair<const Source*, const Source*>, std::size_t> pair_of_;
+  std::set<const TableResult*> listing_;
+  std::size_t findings_left_out_ = 0;
+  std::size_t changes_left_out_ = 0;
+};
+
+// "F1" of the id "f1".
+std::string LabelOf(const std::string& id);
+
+}  // namespace korvel::report

@@ -1,0 +1,59 @@
+// Escapes. Held by tests/report/html_text_test.cpp.
+#include "report/render/html_text.h"
+
+#include "report/text/characters.h"
+#include "report/text/one_line.h"
+
+namespace korvel::report {
+namespace {
+
+void AppendEscaped(std::string& html, std::string_view text) {
+  for (const char c : text) {
+    switch (c) {
+      case '&':
+        html += "&amp;";
+        break;
+      case '<':
+        html += "&lt;";
+        break;
+      case '>':
+        html += "&gt;";
+        break;
+      case '"':
+        html += "&quot;";
+        break;
+      case '\'':
+        html += "&#39;";
+        break;
+      default:
+        html += c;
+    }
+  }
+}
+
+}  // namespace
+
+std::string Html(std::string_view text) {
+  std::string html;
+  AppendEscaped(html, OneLine(ValidUtf8(text)));
+  return html;
+}
+
+std::string HtmlLine(std::string_view text) {
+  std::string html;
+  for (;;) {
+    const std::size_t tab = text.find('\t');
+    html += Html(text.substr(0, tab));
+    if (tab == std::string_view::npos) return html;
+    html += '\t';
+    text.remove_prefix(tab + 1);
+  }
+}
+
+std::string Code(std::string_view text) { return "<code>" + Html(text) + "</code>"; }
+
+std::string Link(const std::string& target, const std::string& content) {
+  return target.empty() ? content : "<a href=\"#" + target + "\">" + content + "</a>";
+}
+
+}  // namespace korvel::report

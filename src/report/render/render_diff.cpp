@@ -1,0 +1,222 @@
+// Edits as text and JSON; docs/command-line.md describes both. Held by tests/tool/diff_test.cpp.
+#include "report/render/render_diff.h"
+
+#include <nlohmann/json.hpp>
+
+#include "report/result/places.h"
+#include "report/text/one_line.h"
+
+namespace korvel::report {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+struct Totals {
+  std::size_t changed = 0;
+  std::size_t same = 0;
+  std::size_t added = 0;
+  std::size_t gone = 0;
+  std::size_t changes = 0;  // each edit once
+};
+
+Totals TotalsOf(const Listing& listing) {
+  Totals totals;
+  totals.changes = listing.library.size();
+  for (const TableEdits& table : listing.tables) {
+    totals.added += table.status == TableEdits::Status::kNew ? 1 : 0;
+    totals.gone += table.status == TableEdits::Status::kGone ? 1 : 0;
+    if (table.status == TableEdits::Status::kCompared) ++(table.HasEdits() ? totals.changed : totals.same);
+    totals.changes += table.edits.size();
+  }
+  for (const StructureEdits& structure : listing.structures) totals.changes += structure.edits.size();
+  return totals;
+}
+
+// Calls `take` with each edit.
+template <class Take>
+void ForEachEdit(const Listing& listing, Take take) {
+  for (const Edit& edit : listing.library) take(edit);
+  for (const TableEdits& table : listing.tables) std::ranges::for_each(table.edits, take);
+  for (const StructureEdits& structure : listing.structures) std::ranges::for_each(structure.edits, take);
+}
+
+Marks MarksOf(const Listing& listing) {
+  std::vector<Location> locations;
+  for (const TableEdits& table : listing.tables) locations.push_back(table.declared);
+  ForEachEdit(listing, [&](const Edit& edit) {
+    locations.push_back(edit.old_place);
+    locations.push_back(edit.new_place);
+  });
+  return Marks(std::move(locations));
+}
+
+const char* WordFor(const TableEdits& table) {
+  if (table.status == TableEdits::Status::kNew) return "new";
+  if (table.status == TableEdits::Status::kGone) return "gone";
+  return table.HasEdits() ? "changed" : "same";
+}
+
+// --- Text ---
+
+std::string Counted(std::size_t number, const std::string& thing) {
+  return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
+}
+
+class TextWriter {
+ public:
+  explicit TextWriter(const Listing& listing) : listing_(listing), marks_(MarksOf(listing)) {}
+
+  std::string Write() {
+    if (!listing_.library.empty()) text_ += "library: " + Counted(listing_.library.size(), "change") + "\n";
+    AddEdits(listing_.library);
+    for (const TableEdits& table : listing_.tables) AddTable(table);
+    for (const StructureEdits& structure : listing_.structures) AddStructure(structure);
+    AddTotals();
+    return std::move(text_);
+  }
+
+ private:
+  std::string Place(const Location& location) const {
+    const Mark& mark = *marks_.Find(location);
+    const std::string file = OneLine(mark.file);
+    return mark.begin ? file + ":" + std::to_string(mark.begin->line) + ":" + std::to_string(mark.begin->column) : file;
+  }
+
+  // What was removed stands at its old place.
+  void AddEdits(const std::vector<Edit>& edits) {
+    for (const Edit& edit : edits) {
+      const bool is_removed = edit.kind == EditKind::kEntryRemoved || edit.kind == EditKind::kIndexRemoved;
+      const bool has_two = edit.old_place && !is_removed;
+      text_ += "   " + Place(is_removed ? edit.old_place : edit.new_place) + ": " + Describe(edit);
+      text_ += has_two ? " (was at " + Place(edit.old_place) + ")\n" : "\n";
+    }
+  }
+
+  void AddTable(const TableEdits& table) {
+    text_ += Place(table.declared) + ": table " + OneLine(table.table) + ": ";
+    if (table.status != TableEdits::Status::kCompared) {
+      text_ += std::string(WordFor(table)) + "\n";
+    } else if (!table.HasEdits()) {
+      text_ += "no change\n";
+    } else {
+      text_ +=
+          (table.edits.empty() ? "changes" : Counted(table.edits.size(), "change") + (table.structures.empty() ? "" : "; more"));
+      text_ += Inside(table) + "\n";
+      AddEdits(table.edits);
+    }
+  }
+
+  static std::string Inside(const TableEdits& table) {
+    std::string text;
+    for (const std::string& structure : table.structures) {
+      text.append(text.empty() ? " in " : ", ").append(OneLine(structure));
+    }
+    return text;
+  }
+
+  void AddStructure(const StructureEdits& structure) {
+    text_ += "structure " + OneLine(structure.structure) + ": " + Counted(structure.edits.size(), "change") + "; embedded as ";
+    bool is_first = true;
+    for (const Embedding& embedding : structure.embeddings) {
+      for (const std::string& path : embedding.paths) {
+        text_.append(is_first ? "" : ", ").append(OneLine(path));
+        is_first = false;
+      }
+      if (embedding.path_count > embedding.paths.size()) {
+        text_ += " and " + std::to_string(embedding.path_count - embedding.paths.size()) + " more ways";
+      }
+    }
+    text_ += "\n";
+    AddEdits(structure.edits);
+  }
+
+  void AddTotals() {
+    const Totals totals = TotalsOf(listing_);
+    text_ += Counted(totals.changes, "change") + "; " + Counted(totals.changed, "table") + " changed, " +
+             std::to_string(totals.same) + " without change, " + std::to_string(totals.added) + " new, " +
+             std::to_string(totals.gone) + " gone\n";
+  }
+
+  const Listing& listing_;
+  Marks marks_;
+  std::string text_;
+};
+
+// --- JSON ---
+
+class JsonWriter {
+ public:
+  explicit JsonWriter(const Listing& listing) : listing_(listing), marks_(MarksOf(listing)) {}
+
+  Json Write() const {
+    Json json = {{"tool", "korvelcheck"}, {"version", KORVEL_VERSION}, {"command", "diff"}};
+    json["inputs"] = {{{"role", "old"}, {"file", listing_.old_source->name}},
+                      {{"role", "new"}, {"file", listing_.new_source->name}}};
+    json["library"] = EditsJson(listing_.library);
+    Json& tables = json["tables"] = Json::array();
+    for (const TableEdits& table : listing_.tables) tables.push_back(TableJson(table));
+    Json& structures = json["structures"] = Json::array();
+    for (const StructureEdits& structure : listing_.structures) structures.push_back(StructureJson(structure));
+    const Totals totals = TotalsOf(listing_);
+    json["summary"] = {{"changes", totals.changes},
+                       {"changed", totals.changed},
+                       {"same", totals.same},
+                       {"new", totals.added},
+                       {"gone", totals.gone}};
+    return json;
+  }
+
+ private:
+  Json PlaceJson(const Location& location) const {
+    const Mark* const mark = marks_.Find(location);
+    if (mark == nullptr) return nullptr;
+    const bool has_line = mark->begin.has_value();
+    return {{"file", mark->file},
+            {"line", has_line ? Json(mark->begin->line) : Json()},
+            {"column", has_line ? Json(mark->begin->column) : Json()}};
+  }
+
+  Json EditsJson(const std::vector<Edit>& edits) const {
+    Json list = Json::array();
+    for (const Edit& edit : edits) {
+      list.push_back({{"kind", NameOf(edit.kind)},
+                      {"meta", edit.meta},
+                      {"item", edit.item},
+                      {"text", Describe(edit)},
+                      {"before", edit.before},
+                      {"after", edit.after},
+                      {"old_place", PlaceJson(edit.old_place)},
+                      {"new_place", PlaceJson(edit.new_place)}});
+    }
+    return list;
+  }
+
+  Json TableJson(const TableEdits& table) const {
+    return {{"table", table.table},
+            {"status", WordFor(table)},
+            {"place", PlaceJson(table.declared)},
+            {"changes", EditsJson(table.edits)},
+            {"structures", table.structures}};
+  }
+
+  Json StructureJson(const StructureEdits& structure) const {
+    Json embeddings = Json::array();
+    for (const Embedding& one : structure.embeddings) {
+      embeddings.push_back({{"table", one.table}, {"paths", one.paths}, {"path_count", one.path_count}});
+    }
+    return {{"structure", structure.structure}, {"embedded", embeddings}, {"changes", EditsJson(structure.edits)}};
+  }
+
+  const Listing& listing_;
+  Marks marks_;
+};
+
+}  // namespace
+
+std::string RenderDiffText(const Listing& listing) { return TextWriter(listing).Write(); }
+
+std::string RenderDiffJson(const Listing& listing) {
+  return JsonWriter(listing).Write().dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace korvel::report

@@ -1,0 +1,34 @@
+// A list of GitLab's code quality report. A finding that is waived is worth knowing and no more. Held by
+// tests/report/formats_test.cpp.
+#include <nlohmann/json.hpp>
+
+#include "report/render/render.h"
+#include "report/result/issues.h"
+#include "report/text/markdown_text.h"
+
+namespace korvel::report {
+
+std::string RenderGitlab(const Report& report) {
+  using Json = nlohmann::ordered_json;
+  Json json = Json::array();
+  const Issues issues(report);
+  for (const Issue& issue : issues.all()) {
+    std::string body;
+    for (const std::string& line : DetailsOf(issue)) body += "- " + MarkdownText(line) + "\n";
+    const std::string path = ServicePath(issue.place.file);
+    // Every entry needs a line: that of a file without lines is its first.
+    const std::size_t line = issue.place.begin ? issue.place.begin->line : 1;
+    const std::size_t end = issue.place.begin ? issue.place.end.line : 1;
+    json.push_back(
+        {{"description", issue.text},
+         {"check_name", issue.rule},
+         {"fingerprint", issue.fingerprint},
+         {"severity", issue.waived ? "info" : "major"},
+         {"categories", {"Compatibility"}},
+         {"content", {{"body", body}}},
+         {"location", {{"path", path.empty() ? issue.place.file : path}, {"lines", {{"begin", line}, {"end", end}}}}}});
+  }
+  return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace korvel::report

@@ -1,0 +1,86 @@
+// The report for the description of a merge request: a table of findings, each told in full below. Held by
+// tests/report/formats_test.cpp.
+#include <algorithm>
+
+#include "report/render/render.h"
+#include "report/result/issues.h"
+#include "report/text/markdown_text.h"
+#include "report/text/one_line.h"
+
+namespace korvel::report {
+namespace {
+
+// Services cut or refuse long texts; the findings that are told in full end here, those in the table later.
+constexpr std::size_t kMaxTold = 50;
+constexpr std::size_t kMaxListed = 500;
+
+std::string Row(const Issue& issue) {
+  return std::string("| ") + (issue.waived ? "waived" : "refused") + " | " + MarkdownCode(issue.rule) + " | " +
+         MarkdownCode(Told(issue.place)) + " | " + MarkdownText(issue.text) + " |\n";
+}
+
+std::string More(std::size_t all, std::size_t shown, const char* what) {
+  return all <= shown ? "" : "\n" + std::to_string(all - shown) + " more " + what + ".\n";
+}
+
+std::string TableOf(const std::vector<Issue>& issues) {
+  if (issues.empty()) return "";
+  std::string text = "\n| | rule | place | what the checker says |\n|---|---|---|---|\n";
+  const std::size_t shown = std::min(issues.size(), kMaxListed);
+  for (std::size_t i = 0; i < shown; ++i) text += Row(issues[i]);
+  return text + More(issues.size(), shown, "findings are left out");
+}
+
+// The lines of both sides, cut as people see them.
+std::string DiffOf(const Issue& issue) {
+  std::string lines;
+  const auto add = [&](char sign, const Mark& mark) {
+    if (const auto snippet = SnippetOf(mark)) lines += std::string(1, sign) + snippet->text + "\n";
+  };
+  const bool removed =
+      issue.folded != nullptr && &LeadOf(*issue.table, *issue.folded->finding) == &issue.folded->finding->old_place;
+  if (issue.old_place) add('-', *issue.old_place);
+  if (!removed) add(issue.old_place ? '+' : ' ', issue.place);
+  return lines.empty() ? "" : "\n" + MarkdownBlock("diff", lines);
+}
+
+std::string ToldInFull(const Issue& issue) {
+  std::string text = "\n<details>\n<summary>" + MarkdownCode(issue.rule) + " " + MarkdownCode(Told(issue.place)) +
+                     "</summary>\n\n" + MarkdownText(issue.text) + "\n";
+  text += DiffOf(issue) + "\n";
+  for (const std::string& line : DetailsOf(issue)) text += "- " + MarkdownText(line) + "\n";
+  return text + "- fingerprint " + MarkdownCode(issue.fingerprint) + "\n\n</details>\n";
+}
+
+std::string PartOf(const TableResult& table) {
+  if (!table.changes || table.status != Status::kRefused || table.changes->edits.empty()) return "";
+  const Changes& changes = *table.changes;
+  std::string text = "\n**Table " + MarkdownText(table.table) + "**: " + MarkdownText(AllowedPart(changes)) + "\n\n";
+  std::size_t shown = 0;
+  for (std::size_t i = 0; i < changes.edits.size() && shown < kMaxTold; ++i) {
+    if (changes.status[i] != EditStatus::kAllowed) continue;
+    text += "- " + MarkdownText(Describe(changes.edits[i])) + "\n";
+    ++shown;
+  }
+  return text + More(NumberOf(changes, EditStatus::kAllowed), shown, "changes may go");
+}
+
+}  // namespace
+
+std::string RenderMarkdown(const Report& report) {
+  const Summary summary = Summarize(report);
+  const Issues all(report);
+  const std::vector<Issue>& issues = all.all();
+  std::string text = std::string("### korvelcheck: ") + WordOf(VerdictOf(summary)) + (IsWaived(summary) ? " (all waived)" : "") +
+                     "\n\n" + MarkdownText(Told(summary)) + "\n";
+  if (!report.files.empty()) text += "\n";
+  for (const FileNote& note : report.files) text += "- " + MarkdownText(Told(note)) + "\n";
+  text += TableOf(issues);
+  const std::size_t told = std::min(issues.size(), kMaxTold);
+  for (std::size_t i = 0; i < told; ++i) text += ToldInFull(issues[i]);
+  text += More(issues.size(), told, "findings are not told in full");
+  for (const TableResult& table : report.tables) text += PartOf(table);
+  return text;
+}
+
+}  // namespace korvel::report

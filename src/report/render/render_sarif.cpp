@@ -1,0 +1,181 @@
+// The report in the Static Analysis Results Interchange Format, version 2.1.0. Held by tests/report/formats_test.cpp, which
+// validates it with the schema of the standard.
+#include <algorithm>
+#include <map>
+#include <nlohmann/json.hpp>
+
+#include "common/refusals.h"
+#include "report/render/render.h"
+#include "report/result/issues.h"
+
+namespace korvel::report {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// A path as a URI: everything but letters, digits and what is harmless is percent-encoded.
+std::string UriOf(const std::string& path) {
+  constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string uri = path.starts_with('/') ? "file://" : "";
+  for (const char c : path) {
+    const auto byte = static_cast<unsigned char>(c);
+    kPlain.find(c) != std::string_view::npos ? uri.append(1, c) : uri.append({'%', kDigits[byte >> 4U], kDigits[byte & 0xfU]});
+  }
+  return uri;
+}
+
+Json ArtifactOf(const std::string& file) {
+  const std::string path = ServicePath(file);
+  return {{"uri", UriOf(path.empty() ? file : path)}};
+}
+
+Json MessageOf(const std::string& text) { return {{"text", text}}; }
+
+Json RegionOf(const qmx::LineColumn& begin, const qmx::LineColumn& end) {
+  return {{"startLine", begin.line}, {"startColumn", begin.column}, {"endLine", end.line}, {"endColumn", end.column}};
+}
+
+Json PhysicalLocation(const Mark& mark) {
+  Json json = {{"artifactLocation", ArtifactOf(mark.file)}};
+  if (!mark.begin) return json;
+  Json& region = json["region"] = RegionOf(*mark.begin, mark.end);
+  const bool is_shown = mark.begin->line == mark.end.line && !mark.line.empty();
+  if (is_shown)
+    region["snippet"] =
+        MessageOf(std::string(mark.line.substr(mark.span.begin - mark.line_begin, mark.span.end - mark.span.begin)));
+  return json;
+}
+
+// Lines and columns of what fixes replace: of all findings at once, for a file is passed through each time.
+class Positions {
+ public:
+  explicit Positions(const std::vector<Issue>& issues) {
+    for (const Issue& issue : issues) {
+      if (issue.folded == nullptr) continue;
+      for (const Replacement& part : issue.folded->finding->fix) {
+        offsets_[issue.table->second].insert(offsets_[issue.table->second].end(), {part.span.begin, part.span.end});
+      }
+    }
+    for (auto& [source, offsets] : offsets_) {
+      std::ranges::sort(offsets);
+      positions_[source] = FindPositions(source->text ? source->text->bytes : "", offsets);
+    }
+  }
+
+  qmx::LineColumn At(const Source* source, std::size_t offset) const {
+    const std::vector<std::size_t>& offsets = offsets_.at(source);
+    const auto found = std::ranges::lower_bound(offsets, offset) - offsets.begin();
+    return positions_.at(source)[static_cast<std::size_t>(found)];
+  }
+
+ private:
+  std::map<const Source*, std::vector<std::size_t>> offsets_;  // sorted
+  std::map<const Source*, std::vector<qmx::LineColumn>> positions_;
+};
+
+class SarifLog {
+ public:
+  explicit SarifLog(const Report& report) : report_(report), issues_(report), positions_(issues_.all()) { ListRules(); }
+
+  Json Log() const {
+    const Summary summary = Summarize(report_);
+    Json results = Json::array();
+    for (const Issue& issue : issues_.all()) results.push_back(ResultOf(issue));
+    Json run = {{"tool", {{"driver", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}, {"rules", rules_}}}}},
+                {"invocations", Json::array({InvocationOf(summary)})},
+                {"columnKind", "unicodeCodePoints"},
+                {"results", std::move(results)},
+                {"properties", {{"verdict", WordOf(VerdictOf(summary))}, {"summary", Told(summary)}}}};
+    return {{"$schema", "https://docs.oasis-open.org/sarif/sarif/v2.1.0/errata01/os/schemas/sarif-schema-2.1.0.json"},
+            {"version", "2.1.0"},
+            {"runs", Json::array({std::move(run)})}};
+  }
+
+ private:
+  // The catalogue, and what a project file can do wrong.
+  void ListRules() {
+    rules_ = Json::array();
+    for (const RefusalRow* row : AllRefusals()) {
+      AddRule(row->id);
+      rules_.back()["shortDescription"] = MessageOf(row->summary);
+    }
+    for (const Issue& issue : issues_.all()) AddRule(issue.rule);
+  }
+
+  void AddRule(const std::string& id) {
+    if (rule_positions_.try_emplace(id, rules_.size()).second) rules_.push_back({{"id", id}});
+  }
+
+  Json InvocationOf(const Summary& summary) const {
+    Json notes = Json::array();
+    for (const FileNote& note : report_.files) notes.push_back({{"level", "note"}, {"message", MessageOf(Told(note))}});
+    return {{"executionSuccessful", true},
+            {"exitCode", summary.failing == 0 ? 0 : 1},
+            {"toolExecutionNotifications", std::move(notes)}};
+  }
+
+  Json ResultOf(const Issue& issue) const {
+    std::string message = issue.text;
+    for (const std::string& line : DetailsOf(issue)) message += "\n" + line;
+    Json location = {{"physicalLocation", PhysicalLocation(issue.place)}};
+    if (issue.folded != nullptr) location["logicalLocations"] = LogicalLocations(*issue.folded);
+    Json json = {{"ruleId", issue.rule},
+                 {"ruleIndex", rule_positions_.at(issue.rule)},
+                 {"level", "error"},
+                 {"message", MessageOf(message)},
+                 {"locations", Json::array({std::move(location)})},
+                 {"partialFingerprints", {{"korvelcheck/v1", issue.fingerprint}}}};
+    if (issue.old_place) {
+      json["relatedLocations"] = Json::array({{{"id", 1},
+                                               {"message", MessageOf("was: " + Told(*issue.old_place))},
+                                               {"physicalLocation", PhysicalLocation(*issue.old_place)}}});
+    }
+    if (issue.folded != nullptr) AddFindingTo(json, issue);
+    return json;
+  }
+
+  void AddFindingTo(Json& json, const Issue& issue) const {
+    const Finding& finding = *issue.folded->finding;
+    if (!finding.fix.empty()) json["fixes"] = Json::array({FixOf(*issue.table->second, finding)});
+    if (!finding.waiver) return;
+    json["suppressions"] = Json::array({{{"kind", "external"},
+                                         {"status", "accepted"},
+                                         {"justification", finding.waiver->reason},
+                                         {"properties", {{"until", finding.waiver->until}}}}});
+  }
+
+  static Json LogicalLocations(const FoldedFinding& folded) {
+    Json json = Json::array({{{"fullyQualifiedName", folded.finding->path}, {"kind", "member"}}});
+    for (const FoldedFinding::Embedding& also : folded.also)
+      json.push_back({{"fullyQualifiedName", also.path}, {"kind", "member"}});
+    return json;
+  }
+
+  Json FixOf(const Source& source, const Finding& finding) const {
+    Json replacements = Json::array();
+    for (const auto& [span, text] : finding.fix) {
+      Json region = RegionOf(positions_.At(&source, span.begin), positions_.At(&source, span.end));
+      region["byteOffset"] = span.begin;
+      region["byteLength"] = span.end - span.begin;
+      replacements.push_back({{"deletedRegion", std::move(region)}, {"insertedContent", MessageOf(text)}});
+    }
+    return {{"description", MessageOf(finding.way_out)},
+            {"artifactChanges",
+             Json::array({{{"artifactLocation", ArtifactOf(source.name)}, {"replacements", std::move(replacements)}}})}};
+  }
+
+  const Report& report_;
+  Issues issues_;
+  Positions positions_;
+  Json rules_;
+  std::map<std::string, std::size_t> rule_positions_;
+};
+
+}  // namespace
+
+std::string RenderSarif(const Report& report) {
+  return SarifLog(report).Log().dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace korvel::report

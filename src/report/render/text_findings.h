@@ -1,0 +1,23 @@
+// Findings as blocks of text.
+#pragma once
+
+#include <string>
+
+#include "report/result/fold.h"
+#include "report/result/places.h"
+
+namespace korvel::report {
+
+// The text between the codes that colour it on a terminal. `colour` is an SGR number.
+std::string Coloured(const char* text, const char* colour, bool wanted);
+
+// Lines of text below a heading, the first behind `label`, each on one line whatever it holds.
+std::string Indented(const std::string& label, const std::string& lines);
+
+// A finding with its snippets, old place, way out and the other ways to it.
+std::string TextOfFinding(const FoldedFinding& folded, const Marks& marks, bool colour);
+
+// One line for a finding that was told with an earlier table.
+std::string TextOfRepeated(const TableResult& table, const Finding& finding, const Marks& marks);
+
+}  // namespace korvel::report

@@ -1,0 +1,156 @@
+// The faults of a report, one by one. Held by tests/report/issues_test.cpp.
+#include "report/result/issues.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+
+#include "report/text/one_line.h"
+
+namespace korvel::report {
+namespace {
+
+constexpr char kNoRule[] = "refused";
+
+// A fingerprint for what has none of its own: rule and name, no line and no file, so that it stays while the schema moves.
+std::string FingerprintOf(std::string_view rule, std::string_view name) {
+  std::uint64_t hash = 0xcbf29ce484222325;  // FNV-1a
+  const auto add = [&](std::string_view text) {
+    for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3;
+    hash = (hash ^ 0xff) * 0x100000001b3;
+  };
+  add(rule);
+  add(name);
+  constexpr char kDigits[] = "0123456789abcdef";
+  std::string digits(16, '0');
+  for (std::size_t i = 16; i-- > 0; hash >>= 4U) digits[i] = kDigits[hash & 0xfU];
+  return digits;
+}
+
+bool IsSamePlace(const Mark& a, const Mark& b) { return a.file == b.file && a.span.begin == b.span.begin; }
+
+std::string RuleOf(const std::string& rule) { return rule.empty() ? kNoRule : rule; }
+
+// Each finding of each table, as if no other had it.
+std::vector<FoldedFinding> Unfolded(const Report& report) {
+  std::vector<FoldedFinding> findings;
+  for (const TableResult& table : report.tables) {
+    if (!table.changes) continue;
+    for (const Finding& finding : table.changes->findings) findings.push_back({&table, &finding, {}});
+  }
+  return findings;
+}
+
+}  // namespace
+
+Issues::Issues(const Report& report, Repeats repeats)
+    : marks_(LocationsOf(report, false)), folded_(repeats == Repeats::kFolded ? Fold(report) : Unfolded(report)) {
+  auto next = folded_.cbegin();
+  for (const TableResult& table : report.tables) {
+    if (table.status == Status::kRefused && (!table.changes || table.changes->findings.empty())) AddTable(table);
+    for (; next != folded_.cend() && next->table == &table; ++next) AddFinding(*next);
+  }
+  for (const ProjectFinding& finding : report.project) AddProjectFinding(finding);
+  MakeFingerprintsUnique();
+}
+
+void Issues::AddTable(const TableResult& table) {
+  Issue issue;
+  issue.rule = RuleOf(table.rule);
+  issue.text = TextOf(table.text);
+  issue.fingerprint = FingerprintOf(issue.rule, table.table);
+  issue.place = *marks_.Find(table.declared);
+  issue.table = &table;
+  issues_.push_back(std::move(issue));
+}
+
+void Issues::AddFinding(const FoldedFinding& folded) {
+  const Finding& finding = *folded.finding;
+  Issue issue;
+  issue.rule = RuleOf(finding.verdict.rule);
+  issue.text = TextOf(finding.verdict.text);
+  issue.waived = finding.waiver.has_value();
+  issue.fingerprint = finding.fingerprint.empty() ? FingerprintOf(issue.rule, finding.path) : finding.fingerprint;
+  issue.way_out = finding.way_out;
+  issue.table = folded.table;
+  issue.folded = &folded;
+  const Mark* const place = marks_.Find(finding.new_place ? finding.new_place : finding.old_place);
+  const Mark* const old_place = marks_.Find(finding.old_place);
+  issue.place = place == nullptr ? *marks_.Find(folded.table->declared) : *place;
+  if (old_place != nullptr && !IsSamePlace(*old_place, issue.place)) issue.old_place = *old_place;
+  issues_.push_back(std::move(issue));
+}
+
+void Issues::AddProjectFinding(const ProjectFinding& finding) {
+  Issue issue;
+  issue.rule = finding.rule;
+  issue.text = OneLine(finding.text);
+  issue.fingerprint = FingerprintOf(finding.rule, finding.text);
+  issue.place.file = finding.file;
+  issue.place.begin = finding.position;
+  issue.place.end = finding.position;
+  issue.way_out = finding.way_out;
+  issues_.push_back(std::move(issue));
+}
+
+// The same library may stand in a report twice, in two files.
+void Issues::MakeFingerprintsUnique() {
+  std::map<std::string, int> seen;
+  for (Issue& issue : issues_) {
+    const int times = ++seen[issue.fingerprint];
+    if (times > 1) issue.fingerprint += "-" + std::to_string(times);
+  }
+}
+
+namespace {
+
+void AddFindingTo(std::vector<std::string>& lines, const Issue& issue) {
+  const Finding& finding = *issue.folded->finding;
+  const TableResult& table = *issue.folded->table;
+  const std::string whole = TextOf(table.text);
+  if (whole != issue.text) lines.push_back("the whole check says: " + whole);
+  const std::vector<std::string> edits = EditsOf(table, finding);
+  if (edits.empty() && WasRefusedBefore(table)) lines.emplace_back("the schema is refused as it already was");
+  for (const std::string& edit : edits) lines.push_back((edits.size() == 1 ? "change: " : "only together: ") + edit);
+  lines.push_back("path: " + OneLine(finding.path));
+  for (const std::string& also : AlsoOf(*issue.folded)) lines.push_back("also: " + also);
+  if (finding.waiver) lines.push_back("waived until " + OneLine(finding.waiver->until) + ": " + OneLine(finding.waiver->reason));
+}
+
+}  // namespace
+
+std::vector<std::string> DetailsOf(const Issue& issue) {
+  std::vector<std::string> lines;
+  if (issue.table != nullptr) {
+    const int code = issue.folded == nullptr ? issue.table->code : issue.folded->finding->verdict.code;
+    lines.push_back("table " + OneLine(issue.table->table) + ": " + std::to_string(code) + " " + CodeNameOf(code) +
+                    (issue.table->gone ? " (gone)" : ""));
+  }
+  if (issue.folded != nullptr) AddFindingTo(lines, issue);
+  if (issue.old_place) lines.push_back("was: " + Told(*issue.old_place));
+  std::string label = "way out: ";
+  for (std::string_view rest = issue.way_out; !rest.empty(); label.clear()) {
+    const std::string_view line = rest.substr(0, rest.find('\n'));
+    lines.push_back(label + OneLine(line));
+    rest.remove_prefix(std::min(rest.size(), line.size() + 1));
+  }
+  return lines;
+}
+
+std::string ServicePath(const std::string& file) {
+  if (file == "<stdin>") return "";
+  std::string path = file;
+  constexpr std::string_view kGit = "git:";
+  if (const std::size_t colon = path.find(':', kGit.size()); path.starts_with(kGit) && colon != std::string::npos) {
+    path.erase(0, colon + 1);
+  }
+  namespace fs = std::filesystem;
+  const fs::path normal = fs::path(path).lexically_normal();
+  if (!normal.is_absolute()) return normal.generic_string();
+  std::error_code failed;
+  const fs::path relative = normal.lexically_relative(fs::current_path(failed));
+  const bool is_below = !failed && !relative.empty() && *relative.begin() != "..";
+  return is_below ? relative.generic_string() : normal.generic_string();
+}
+
+}  // namespace korvel::report

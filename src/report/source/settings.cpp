@@ -1,0 +1,46 @@
+// Derives a table's settings. Attributes that CheckTable refuses give the defaults: the checker refuses them by itself.
+// Held by tests/tool/settings_test.cpp.
+#include "report/source/settings.h"
+
+#include <string_view>
+
+#include "common/check_table.h"
+#include "common/meta_view.h"
+#include "report/source/choice.h"
+
+namespace korvel::report {
+namespace {
+
+Settings FromSchema(const Source& source, const std::string& table) {
+  int table_type = TABLE_TYPE_GENERIC;
+  int list_num = 0;
+  int sort_field_num = 0;
+  int sort_rule = 0;
+  char protocol[8] = "";
+  // Every result but 0 leaves the values above as they are.
+  CheckTable().CheckTableTypeByCustomAttr(source.Library(), table.c_str(), table_type, list_num, sort_field_num, sort_rule,
+                                          protocol, false, nullptr);
+  const bool tlv = *protocol == '\0' ? IsTlv(source.Library()) : std::string_view(protocol) == "TLV";
+  Settings settings;
+  // The checker knows a sorted list as a list.
+  settings.type = *CodeOf(kTableTypes, table_type == TABLE_TYPE_GENERIC ? "generic" : "list");
+  settings.created_as = *CodeOf(kProtocols, tlv ? "tlv" : "qmx");
+  settings.server_version = "";
+  settings.whitelist = "";
+  settings.list_num = list_num;
+  return settings;
+}
+
+}  // namespace
+
+Settings ResolveSettings(const Settings& given, const Source& old_source, const std::string& table) {
+  Settings settings = FromSchema(old_source, table);
+  if (given.type) settings.type = given.type;
+  if (given.created_as) settings.created_as = given.created_as;
+  if (given.server_version) settings.server_version = given.server_version;
+  if (given.whitelist) settings.whitelist = given.whitelist;
+  if (given.list_num) settings.list_num = given.list_num;
+  return settings;
+}
+
+}  // namespace korvel::report

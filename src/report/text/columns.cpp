@@ -1,0 +1,34 @@
+// Puts cells into columns. Held by tests/report/layout_test.cpp.
+#include "report/text/columns.h"
+
+#include <algorithm>
+
+#include "qmx/quote.h"
+
+namespace korvel::report {
+
+std::size_t CharacterCount(std::string_view text) {
+  std::size_t count = 0;
+  for (; !text.empty(); ++count) text.remove_prefix(std::max<std::size_t>(qmx::Utf8Length(text), 1));
+  return count;
+}
+
+std::string InColumns(const std::vector<Align>& columns, const std::vector<std::vector<std::string>>& rows) {
+  std::vector<std::size_t> widths(columns.size());
+  for (const auto& row : rows) {
+    for (std::size_t i = 0; i < columns.size(); ++i) widths[i] = std::max(widths[i], CharacterCount(row[i]));
+  }
+  std::string text;
+  for (const auto& row : rows) {
+    std::string line;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+      const std::string padding(widths[i] - CharacterCount(row[i]), ' ');
+      line += columns[i] == Align::kLeft ? row[i] + padding : padding + row[i];
+      line += "  ";
+    }
+    text += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
+  }
+  return text;
+}
+
+}  // namespace korvel::report

@@ -1,0 +1,106 @@
+// Changes models. Whether the checker likes them is not asked here. Held by tests/report/ways_out_test.cpp.
+#include "report/way_out/draft.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "report/edit/declaration.h"
+
+namespace korvel::report {
+namespace {
+
+void Replace(std::vector<std::string>& names, const std::string& name, const std::string& by) {
+  std::ranges::replace(names, name, by);
+}
+
+// Names of the reader's rules, asked here to spare the checker models that no file can hold; the file is read again in the end.
+bool CanBeWritten(const MetaModel& meta, bool needs_ids) {
+  std::unordered_set<std::string_view> names;
+  std::unordered_set<std::int32_t> ids;
+  for (const EntryModel& entry : meta.entries) {
+    if (!names.insert(entry.name).second) return false;
+    if (needs_ids && (entry.id < 0 || !ids.insert(entry.id).second)) return false;
+  }
+  MetaDecl decl = DeclOf(meta);
+  DropLooseReferences(decl);
+  return ModelOf(decl) == meta;
+}
+
+}  // namespace
+
+void Draft::RaiseVersion(std::int32_t version) { model_.version = std::max(model_.version, version); }
+
+Draft::Touched& Draft::Touch(const std::string& name) {
+  const auto [found, is_new] = touched_.try_emplace(name);
+  Touched& touched = found->second;
+  if (!is_new) return touched;
+  const auto meta = std::ranges::find(model_.metas, name, &MetaModel::name);
+  if (meta == model_.metas.end()) return touched;
+  touched.meta = static_cast<std::size_t>(meta - model_.metas.begin());
+  for (std::size_t i = 0; i < meta->entries.size(); ++i) touched.positions.emplace(meta->entries[i].name, i);
+  return touched;
+}
+
+MetaModel* Draft::FindMeta(const std::string& meta) {
+  const Touched& touched = Touch(meta);
+  return touched.meta ? &MetaOf(touched) : nullptr;
+}
+
+EntryModel* Draft::Find(const std::string& meta, const std::string& entry) {
+  const Touched& touched = Touch(meta);
+  const auto found = touched.positions.find(entry);
+  return found == touched.positions.end() ? nullptr : &MetaOf(touched).entries[found->second];
+}
+
+void Draft::Add(const std::string& meta, EntryModel entry) {
+  Touched& touched = Touch(meta);
+  if (!touched.meta || touched.positions.contains(entry.name)) return;
+  touched.positions.emplace(entry.name, MetaOf(touched).entries.size());
+  MetaOf(touched).entries.push_back(std::move(entry));
+}
+
+void Draft::Bring(const Model& from, const std::string& type) {
+  if (std::ranges::find(model_.metas, type, &MetaModel::name) != model_.metas.end()) return;
+  const auto meta = std::ranges::find(from.metas, type, &MetaModel::name);
+  if (meta == from.metas.end()) return;
+  model_.metas.push_back(*meta);
+  touched_.erase(type);
+  for (const EntryModel& entry : meta->entries) Bring(from, entry.type);
+}
+
+void Draft::MoveToEnd(const std::string& meta, const std::string& entry) { Touch(meta).to_end.insert(entry); }
+
+void Draft::Rename(const std::string& meta, const std::string& entry, const std::string& name) {
+  Touched& touched = Touch(meta);
+  auto node = touched.positions.extract(entry);
+  if (node.empty()) return;
+  MetaModel& owner = MetaOf(touched);
+  owner.entries[node.mapped()].name = name;
+  node.key() = name;
+  touched.positions.insert(std::move(node));
+  if (touched.to_end.erase(entry) > 0) touched.to_end.insert(name);
+  for (EntryModel& other : owner.entries) {
+    if (!other.refer.empty() && other.refer == entry) other.refer = name;
+  }
+  Replace(owner.primary_key, entry, name);
+  Replace(owner.splittable_key, entry, name);
+  for (IndexModel& index : owner.indexes) {
+    for (ColumnModel& column : index.columns) {
+      if (column.entry == entry) column.entry = name;
+    }
+  }
+}
+
+std::optional<Model> Draft::Take() {
+  for (const auto& item : touched_) {
+    const Touched& touched = item.second;
+    if (!touched.meta) continue;
+    MetaModel& meta = MetaOf(touched);
+    std::stable_partition(meta.entries.begin(), meta.entries.end(),
+                          [&](const EntryModel& entry) { return !touched.to_end.contains(entry.name); });
+    if (!CanBeWritten(meta, model_.protocol == qmx::Protocol::kTlv)) return std::nullopt;
+  }
+  return std::move(model_);
+}
+
+}  // namespace korvel::report

@@ -1,0 +1,36 @@
+// What may be done instead of a refused change.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "report/edit/diff.h"
+#include "report/finding/finding.h"
+#include "report/source/settings.h"
+
+namespace korvel::report {
+
+// The new schema with every allowed edit and, for each refused one, its nearest legal form (which may be to leave it out).
+struct Suggestion {
+  Model model;
+  bool allowed = false;  // what the checker answered about it
+};
+
+inline constexpr std::size_t kMaxWork = 10'000'000;  // fields that are looked at: a table's each time it is asked about
+
+// `changes` are those that FindChanges found for the same sources, table and settings, all members of which are set. A form is
+// chosen only if the checker allows it together with all allowed edits and all other forms that are chosen. What would take more
+// than kMaxWork is left out.
+Suggestion Suggest(const Difference& difference, const Source& old_source, const std::string& table, const Settings& settings,
+                   const Changes& changes);
+
+// The same, and fills in way_out, has_legal_form and fix of every finding. What a fix makes of the new file is that one form
+// alone; when all fixes together take more than kMaxWork, the last ones are missing.
+Suggestion FindWaysOut(const Difference& difference, const Source& old_source, const Source& new_source, const std::string& table,
+                       const Settings& settings, Changes& changes);
+
+// For a table that is gone from the new source: it is put back, with what it reaches.
+Suggestion FindWaysOutOfGone(const Source& old_source, const Source& new_source, const std::string& table,
+                             const Settings& settings, Changes& changes);
+
+}  // namespace korvel::report
