@@ -8,6 +8,7 @@
 
 #include "asked.h"
 #include "cases/case_files.h"
+#include "judged.h"
 #include "read_source.h"
 
 namespace report_test {
@@ -16,16 +17,6 @@ namespace {
 using korvel::report::Changes;
 using korvel::report::Settings;
 using korvel::report::Source;
-
-Settings AskedIn(const cases::Settings& given) {
-  Settings settings;
-  settings.type = given.table_type;
-  settings.created_as = given.created_as;
-  settings.server_version = given.server_version;
-  settings.whitelist = given.whitelist;
-  settings.list_num = given.list_num;
-  return settings;
-}
 
 class FindingsCaseTest : public testing::TestWithParam<std::string> {
  protected:

@@ -10,7 +10,10 @@
 #include <functional>
 #include <nlohmann/json.hpp>
 
+#include "golden_text.h"
+#include "report/book/rule_book.h"
 #include "report/render/render.h"
+#include "report/render/sarif_rules.h"
 #include "sample_report.h"
 #include "support/golden.h"
 
@@ -36,34 +39,13 @@ constexpr NamedReport kReports[] = {
     {"allowed", AllowedReport},
 };
 
-std::string WithoutVersion(std::string text) {
-  const std::string version = "\"" KORVEL_VERSION "\"";
-  for (std::size_t at; (at = text.find(version)) != std::string::npos;) text.replace(at, version.size(), "\"VERSION\"");
-  for (std::size_t at; (at = text.find("korvelcheck " KORVEL_VERSION "<")) != std::string::npos;) {
-    text.replace(at + 12, std::string_view(KORVEL_VERSION).size(), "VERSION");
-  }
-  return text;
-}
-
-// A page less its style and script, which have files of their own, and their hashes.
-std::string WithoutAssets(std::string text) {
-  for (const auto& [begin, end] :
-       {std::pair{"<style>", "</style>"}, {"<script>", "</script>"}, {"'sha256-", "'"}, {"'sha256-", "'"}}) {
-    const std::size_t at = text.find(begin);
-    if (at == std::string::npos) continue;
-    const std::size_t inside = at + std::string_view(begin).size();
-    text.replace(at, text.find(end, inside) - at, std::string(1, *begin) + "...");
-  }
-  return text;
-}
-
 TEST(Formats, SayThis) {
   std::set<std::string> known;
   for (const NamedReport& report : kReports) {
     for (const Format& format : Formats()) {
       const std::string name = std::string(report.name) + "." + format.name;
       known.insert(name);
-      ExpectGolden(kGoldens / name, WithoutAssets(WithoutVersion(format.render(report.make().report, false))));
+      ExpectGolden(kGoldens / name, GoldenText(format, report.make().report));
     }
   }
   test_support::ExpectNoOtherGoldens(kGoldens, known);
@@ -179,6 +161,34 @@ TEST(Sarif, NamesRulesByTheirPosition) {
   for (const Json& result : run["results"]) EXPECT_EQ(rules.at(result["ruleIndex"].get<std::size_t>())["id"], result["ruleId"]);
   EXPECT_EQ(run["invocations"][0]["exitCode"], 1);
   EXPECT_EQ(Parsed("sarif", AllowedReport())["runs"][0]["invocations"][0]["exitCode"], 0);
+}
+
+// A service shows what a rule is for, and what else may be done, to people who have nothing but the log.
+TEST(Sarif, EveryRuleIsDescribed) {
+  const Json rules = Parsed("sarif", EverythingReport())["runs"][0]["tool"]["driver"]["rules"];
+  std::size_t pages = 0;
+  for (const Json& rule : rules) {
+    SCOPED_TRACE(rule["id"]);
+    EXPECT_NE(rule["shortDescription"]["text"], "");
+    EXPECT_EQ(rule["defaultConfiguration"]["level"], "error");
+    const auto* const page = korvel::report::FindPage(rule["id"].get<std::string>());
+    if (page == nullptr) continue;
+    ++pages;
+    EXPECT_EQ(rule["fullDescription"]["text"], page->protects);
+    EXPECT_LE(std::string_view(page->protects).size(), 1024u) << "services cut longer ones";
+    for (const char* form : {"text", "markdown"}) {
+      EXPECT_THAT(rule["help"][form].get<std::string>(), testing::StartsWith(page->protects)) << form;
+      EXPECT_THAT(rule["help"][form].get<std::string>(), testing::HasSubstr(page->allowed)) << form;
+    }
+  }
+  EXPECT_EQ(pages, korvel::report::AllPages().size());
+  EXPECT_GT(rules.size(), pages) << "a waiver is expired in this report";
+}
+
+TEST(Sarif, WhatIsNoRuleOfTheCatalogueIsDescribedToo) {
+  for (const char* id : {"refused", "waiver.expired", "waiver.malformed", "waiver.unused"}) {
+    EXPECT_TRUE(korvel::report::SarifRule(id).contains("shortDescription")) << id;
+  }
 }
 
 TEST(Sarif, AWaivedFindingIsSuppressed) {

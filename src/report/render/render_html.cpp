@@ -224,7 +224,8 @@ class Writer {
     const std::size_t pair = page_.PairOf(*listed.folded.table);
     html_ += "<article class=\"item " + std::string(words.name) + "\" id=\"" + listed.id + "\" tabindex=\"0\" data-look=\"" +
              words.name + "\" aria-labelledby=\"" + listed.id + "h\">\n<h3 id=\"" + listed.id + "h\">" +
-             Link(listed.id, LabelOf(listed.id)) + " " + Badge(listed.GetLook()) + " " + Code(finding.path) + "</h3>\n";
+             Link(listed.id, LabelOf(listed.id)) + " " + Badge(listed.GetLook()) + " " +
+             (finding.path.empty() ? "the library" : Code(finding.path)) + "</h3>\n";
     html_ +=
         "<p class=\"said\">" + Html(TextOf(finding.verdict.text)) + "</p>\n" + Answer(finding.verdict.rule, finding.verdict.code);
     html_ += "<dl>\n" + Term(EditsTerm(finding), List(EditsOf(*listed.folded.table, finding)));

@@ -39,8 +39,12 @@ std::string DiffOf(const Issue& issue) {
   };
   const bool removed =
       issue.folded != nullptr && &LeadOf(*issue.table, *issue.folded->finding) == &issue.folded->finding->old_place;
-  if (issue.old_place) add('-', *issue.old_place);
-  if (!removed) add(issue.old_place ? '+' : ' ', issue.place);
+  if (issue.old_place && issue.old_place->line == issue.place.line) {
+    add(' ', issue.place);  // what did not change is no difference
+  } else {
+    if (issue.old_place) add('-', *issue.old_place);
+    if (!removed) add(issue.old_place ? '+' : ' ', issue.place);
+  }
   return lines.empty() ? "" : "\n" + MarkdownBlock("diff", lines);
 }
 
@@ -52,10 +56,15 @@ std::string ToldInFull(const Issue& issue) {
   return text + "- fingerprint " + MarkdownCode(issue.fingerprint) + "\n\n</details>\n";
 }
 
-std::string PartOf(const TableResult& table) {
+// Tables of several pairs of files may have one name.
+std::string NameOf(const TableResult& table, bool with_file) {
+  return "**Table " + MarkdownText(table.table) + "**" + (with_file ? " of " + MarkdownCode(table.second->name) : "");
+}
+
+std::string PartOf(const TableResult& table, bool with_file) {
   if (!table.changes || table.status != Status::kRefused || table.changes->edits.empty()) return "";
   const Changes& changes = *table.changes;
-  std::string text = "\n**Table " + MarkdownText(table.table) + "**: " + MarkdownText(AllowedPart(changes)) + "\n\n";
+  std::string text = "\n" + NameOf(table, with_file) + ": " + MarkdownText(AllowedPart(changes)) + "\n\n";
   std::size_t shown = 0;
   for (std::size_t i = 0; i < changes.edits.size() && shown < kMaxTold; ++i) {
     if (changes.status[i] != EditStatus::kAllowed) continue;
@@ -79,7 +88,7 @@ std::string RenderMarkdown(const Report& report) {
   const std::size_t told = std::min(issues.size(), kMaxTold);
   for (std::size_t i = 0; i < told; ++i) text += ToldInFull(issues[i]);
   text += More(issues.size(), told, "findings are not told in full");
-  for (const TableResult& table : report.tables) text += PartOf(table);
+  for (const TableResult& table : report.tables) text += PartOf(table, report.inputs.size() > 2);
   return text;
 }
 

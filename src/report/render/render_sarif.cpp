@@ -6,6 +6,7 @@
 
 #include "common/refusals.h"
 #include "report/render/render.h"
+#include "report/render/sarif_rules.h"
 #include "report/result/issues.h"
 
 namespace korvel::report {
@@ -93,18 +94,15 @@ class SarifLog {
   }
 
  private:
-  // The catalogue, and what a project file can do wrong.
+  // The catalogue, and what else there are results for.
   void ListRules() {
     rules_ = Json::array();
-    for (const RefusalRow* row : AllRefusals()) {
-      AddRule(row->id);
-      rules_.back()["shortDescription"] = MessageOf(row->summary);
-    }
+    for (const RefusalRow* row : AllRefusals()) AddRule(row->id);
     for (const Issue& issue : issues_.all()) AddRule(issue.rule);
   }
 
   void AddRule(const std::string& id) {
-    if (rule_positions_.try_emplace(id, rules_.size()).second) rules_.push_back({{"id", id}});
+    if (rule_positions_.try_emplace(id, rules_.size()).second) rules_.push_back(SarifRule(id));
   }
 
   Json InvocationOf(const Summary& summary) const {
@@ -145,10 +143,14 @@ class SarifLog {
                                          {"properties", {{"until", finding.waiver->until}}}}});
   }
 
+  // No way leads to what is the library's: the tables that have it say so.
   static Json LogicalLocations(const FoldedFinding& folded) {
-    Json json = Json::array({{{"fullyQualifiedName", folded.finding->path}, {"kind", "member"}}});
-    for (const FoldedFinding::Embedding& also : folded.also)
-      json.push_back({{"fullyQualifiedName", also.path}, {"kind", "member"}});
+    Json json = Json::array();
+    const auto add = [&](const TableResult& table, const std::string& path) {
+      json.push_back({{"fullyQualifiedName", path.empty() ? table.table : path}, {"kind", path.empty() ? "type" : "member"}});
+    };
+    add(*folded.table, folded.finding->path);
+    for (const FoldedFinding::Embedding& also : folded.also) add(*also.table, also.path);
     return json;
   }
 

@@ -23,6 +23,12 @@ std::string LinesOf(const Mark* mark) {
 
 std::string RuleOf(const Verdict& verdict) { return verdict.rule.empty() ? "" : " [" + verdict.rule + "]"; }
 
+// The table says its own.
+std::string CodeOf(const TableResult& table, const Finding& finding) {
+  const int code = finding.verdict.code;
+  return code == table.code ? "" : "   code: " + std::to_string(code) + " " + CodeNameOf(code) + "\n";
+}
+
 // The side that does not lead: where it was, or where it would be.
 std::string OtherSide(const TableResult& table, const Finding& finding, const Marks& marks) {
   const bool leads_old = &LeadOf(table, finding) == &finding.old_place;
@@ -81,7 +87,7 @@ std::string TextOfFinding(const FoldedFinding& folded, const Marks& marks, bool 
   std::string text = lead == nullptr ? "" : Told(*lead) + ": ";
   text += finding.waiver ? Coloured("waived", "33", colour) : Coloured("refused", "31", colour);
   text += RuleOf(finding.verdict) + " " + TextOf(finding.verdict.text) + "\n" + LinesOf(lead);
-  text += Cause(table, finding, marks) + OtherSide(table, finding, marks) + Also(folded);
+  text += CodeOf(table, finding) + Cause(table, finding, marks) + OtherSide(table, finding, marks) + Also(folded);
   if (finding.waiver) text += "   waived until " + OneLine(finding.waiver->until) + ": " + OneLine(finding.waiver->reason) + "\n";
   text += Indented("way out: ", finding.way_out);
   return finding.fingerprint.empty() ? text : text + "   fingerprint: " + finding.fingerprint + "\n";
@@ -89,8 +95,8 @@ std::string TextOfFinding(const FoldedFinding& folded, const Marks& marks, bool 
 
 std::string TextOfRepeated(const TableResult& table, const Finding& finding, const Marks& marks) {
   const Mark* const lead = marks.Find(LeadOf(table, finding));
-  return "   told above:" + (lead == nullptr ? "" : " " + Told(*lead)) + RuleOf(finding.verdict) + ", here at " +
-         OneLine(finding.path) + "\n";
+  return "   told above:" + (lead == nullptr ? "" : " " + Told(*lead)) + RuleOf(finding.verdict) +
+         (finding.path.empty() ? "" : ", here at " + OneLine(finding.path)) + "\n";
 }
 
 }  // namespace korvel::report

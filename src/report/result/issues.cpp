@@ -112,7 +112,7 @@ void AddFindingTo(std::vector<std::string>& lines, const Issue& issue) {
   const std::vector<std::string> edits = EditsOf(table, finding);
   if (edits.empty() && WasRefusedBefore(table)) lines.emplace_back("the schema is refused as it already was");
   for (const std::string& edit : edits) lines.push_back((edits.size() == 1 ? "change: " : "only together: ") + edit);
-  lines.push_back("path: " + OneLine(finding.path));
+  if (!finding.path.empty()) lines.push_back("path: " + OneLine(finding.path));
   for (const std::string& also : AlsoOf(*issue.folded)) lines.push_back("also: " + also);
   if (finding.waiver) lines.push_back("waived until " + OneLine(finding.waiver->until) + ": " + OneLine(finding.waiver->reason));
 }

@@ -89,7 +89,9 @@ bool WasRefusedBefore(const TableResult& table) { return !table.gone && table.fi
 
 std::vector<std::string> AlsoOf(const FoldedFinding& folded) {
   std::vector<std::string> told;
-  for (const FoldedFinding::Embedding& also : folded.also) told.push_back(OneLine(also.path));
+  for (const FoldedFinding::Embedding& also : folded.also) {
+    told.push_back(OneLine(also.path.empty() ? "table " + also.table->table : also.path));
+  }
   return told;
 }
 

@@ -51,7 +51,8 @@ std::vector<std::string> EditsOf(const TableResult& table, const Finding& findin
 // Whether a finding without edits means that the old schema was refused, too: nothing is old in a schema by itself.
 bool WasRefusedBefore(const TableResult& table);
 
-// The tables and ways beside the first by which a finding is reached: "orders.items[].price", "carts.items[].price".
+// The tables and ways beside the first by which a finding is reached: "orders.items[].price", "carts.items[].price"; "table
+// carts" for what is the library's, to which no way leads.
 std::vector<std::string> AlsoOf(const FoldedFinding& folded);
 
 // "7 of 9 changes may go now (asked as one change: allowed)". REQUIRES: there are edits.

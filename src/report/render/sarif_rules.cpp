@@ -1,0 +1,53 @@
+// Rules as SARIF describes them, in the words of the rule book. Services show them beside a result, to people who may not have
+// the program at hand. There is no helpUri: the pages of docs/rules have no address that is known here. Held by
+// tests/report/formats_test.cpp.
+#include "report/render/sarif_rules.h"
+
+#include <algorithm>
+
+#include "report/book/rule_book.h"
+
+namespace korvel::report {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// What reports find fault with beside the checker's refusals.
+struct OtherRule {
+  std::string_view id;
+  const char* summary;
+};
+
+constexpr OtherRule kOtherRules[] = {
+    {"refused", "the checker refuses the table with a text that is not in its catalogue, or with none"},
+    {"waiver.expired", "the last day of a waiver is over; it lets nothing pass any more"},
+    {"waiver.malformed", "a waiver of the project file lacks something, or has what none may have"},
+    {"waiver.unused", "a waiver of the project file is for no finding"},
+};
+
+Json Message(const std::string& text) { return {{"text", text}}; }
+
+// The same words twice: services that read no Markdown take the text.
+Json HelpOf(const RulePage& page) {
+  const std::string protects = page.protects, allowed = page.allowed, call = std::string("korvelcheck explain ") + page.id;
+  const std::string more = HasExample(page) ? " shows the smallest example." : " tells more.";
+  return {{"text", protects + "\n\nWhat is allowed instead: " + allowed + "\n\n'" + call + "'" + more},
+          {"markdown", protects + "\n\n**What is allowed instead:** " + allowed + "\n\n`" + call + "`" + more}};
+}
+
+}  // namespace
+
+Json SarifRule(const std::string& id) {
+  Json rule = {{"id", id}};
+  if (const RulePage* const page = FindPage(id)) {
+    rule["shortDescription"] = Message(FindRow(id)->summary);
+    rule["fullDescription"] = Message(page->protects);
+    rule["help"] = HelpOf(*page);
+  } else if (const auto* const other = std::ranges::find(kOtherRules, id, &OtherRule::id); other != std::end(kOtherRules)) {
+    rule["shortDescription"] = Message(other->summary);
+  }
+  rule["defaultConfiguration"] = {{"level", "error"}};
+  return rule;
+}
+
+}  // namespace korvel::report

@@ -1,0 +1,192 @@
+#!/usr/bin/env python3
+"""Holds reports in every format against the schemas of the formats, against the sources that they point into, and against each other.
+
+Usage: validate_reports.py TOP DIRECTORY
+
+TOP is the project, from where reports name their files; DIRECTORY has a document NAME.FORMAT for each format. Prints each fault
+as NAME.FORMAT: what is wrong; the status is 1 when there is one.
+"""
+
+import collections
+import html.parser
+import json
+import pathlib
+import re
+import sys
+import urllib.parse
+import xml.etree.ElementTree
+
+import jsonschema
+
+# Elements of HTML that have no end.
+VOID = {"br", "input", "link", "meta"}
+PROPERTY = r"[a-zA-Z]+=[^,:\n]+"
+COMMAND = re.compile(rf"::(error|notice) {PROPERTY}(,{PROPERTY})*::\S.*")
+
+
+def validator_of(path):
+    schema = json.loads(path.read_text(encoding="utf-8"))
+    kind = jsonschema.validators.validator_for(schema)
+    kind.check_schema(schema)
+    return kind(schema)
+
+
+class Tags(html.parser.HTMLParser):
+    """Which tags of a page are not closed in the order in which they are opened."""
+
+    def __init__(self):
+        super().__init__()
+        self.open, self.faults = [], []
+
+    def handle_starttag(self, tag, attributes):
+        names = [name for name, _ in attributes]
+        if len(names) != len(set(names)):
+            self.faults.append(f"<{tag}> has an attribute twice at {self.getpos()}")
+        if tag not in VOID:
+            self.open.append(tag)
+
+    def handle_endtag(self, tag):
+        if not self.open or self.open.pop() != tag:
+            self.faults.append(f"</{tag}> at {self.getpos()} ends what did not begin there")
+
+
+class Reports:
+    """One report in all formats."""
+
+    def __init__(self, top, directory, name, validators):
+        self.top, self.name, self.validators, self.faults = top, name, validators, []
+        self.documents = {path.suffix[1:]: path.read_text(encoding="utf-8") for path in directory.glob(name + ".*")}
+        report = json.loads(self.documents["json"])
+        tables = report["tables"]
+        self.findings = [tables[at["table"]]["changes"]["findings"][at["finding"]] for at in report["findings"]]
+        self.report = report
+
+    def expect(self, holds, name, what):
+        if not holds:
+            self.faults.append(f"{self.name}.{name}: {what}")
+
+    def check(self):
+        for name in self.documents:
+            getattr(self, "check_" + name)(self.documents[name])
+        return self.faults
+
+    def is_valid(self, name, document):
+        for fault in self.validators[name].iter_errors(document):
+            self.expect(False, name, f"{'.'.join(map(str, fault.absolute_path))}: {fault.message[:500]}")
+
+    def has_all_findings(self, name, fingerprints):
+        """Each once; a service wants no fingerprint twice, so those that repeat have a number behind them."""
+        self.expect(len(fingerprints) == len(set(fingerprints)), name, "a fingerprint stands twice")
+        found = collections.Counter(fingerprint.split("-")[0] for fingerprint in fingerprints)
+        self.expect(found == collections.Counter(finding["fingerprint"] for finding in self.findings), name, "other findings than json")
+
+    def tells_all_findings(self, name, text):
+        """The words of each, in a form that is free to escape them."""
+        for finding in self.findings:
+            for said in (finding["fingerprint"], finding["rule"], finding["code_name"]):
+                self.expect(not said or said in text, name, f"{said} is not there")
+
+    def check_text(self, text):
+        self.tells_all_findings("text", text)
+        self.expect(text.startswith(f"verdict: {self.report['verdict']}\n"), "text", "another verdict")
+        carets = len(re.findall(r"^ +\| [ \t]*\^~*$", text, re.MULTILINE))
+        self.expect(carets >= len(self.findings), "text", f"{carets} carets for {len(self.findings)} findings")
+
+    def check_json(self, text):
+        self.is_valid("json", json.loads(text))
+        summary = self.report["summary"]
+        self.expect(summary["findings"] == len(self.findings), "json", "the summary counts other findings")
+        statuses = collections.Counter(table["status"] for table in self.report["tables"])
+        for status in ("allowed", "refused", "new"):
+            self.expect(summary[status] == statuses[status], "json", f"the summary counts other {status} tables")
+
+    def check_sarif(self, text):
+        log = json.loads(text)
+        self.is_valid("sarif", log)
+        run = log["runs"][0]
+        rules = run["tool"]["driver"]["rules"]
+        self.has_all_findings("sarif", [result["partialFingerprints"]["korvelcheck/v1"] for result in run["results"]])
+        for result in run["results"]:
+            self.expect(rules[result["ruleIndex"]]["id"] == result["ruleId"], "sarif", "a rule at another index")
+            for location in result["locations"] + result.get("relatedLocations", []):
+                self.check_region(location["physicalLocation"])
+            for fix in result.get("fixes", []):
+                for change in fix["artifactChanges"]:
+                    self.check_fix(change)
+
+    def source_of(self, location):
+        return (self.top / urllib.parse.unquote(location["uri"])).read_bytes()
+
+    def piece(self, source, region):
+        """What lies between the lines and columns of a region."""
+        lines = source.decode().splitlines(keepends=True) + [""]
+        def offset(line, column):
+            return sum(map(len, lines[:line - 1])) + column - 1
+        begin, end = (offset(region[side + "Line"], region[side + "Column"]) for side in ("start", "end"))
+        return source.decode()[begin:end]
+
+    def check_region(self, place):
+        found = self.piece(self.source_of(place["artifactLocation"]), place["region"])
+        snippet = place["region"].get("snippet", {"text": found})["text"]
+        self.expect(found == snippet, "sarif", f"{place} is {found!r}")
+
+    def check_fix(self, change):
+        source = self.source_of(change["artifactLocation"])
+        for part in change["replacements"]:
+            region = part["deletedRegion"]
+            piece = source[region["byteOffset"]:region["byteOffset"] + region["byteLength"]].decode()
+            self.expect(self.piece(source, region) == piece, "sarif", f"{region} is two pieces")
+
+    def check_junit(self, text):
+        root = xml.etree.ElementTree.fromstring(text)
+        for suite in [root, *root]:
+            for count, path in (("tests", ".//testcase"), ("failures", ".//testcase[failure]"), ("skipped", ".//testcase[skipped]")):
+                self.expect(int(suite.get(count)) == len(suite.findall(path)), "junit", f"{count} of {suite.get('name')}")
+        each = [finding for table in self.report["tables"] for finding in table.get("changes", {"findings": []})["findings"]]
+        types = collections.Counter(failure.get("type") for failure in root.iter("failure"))
+        self.expect(types == collections.Counter(finding["rule"] for finding in each), "junit", "other failures than json has findings")
+        self.expect(len(root.findall(".//testcase")) == len(self.report["tables"]), "junit", "other tests than json has tables")
+
+    def check_github(self, text):
+        lines = text.splitlines()
+        self.expect(len(lines) == 1 + len(self.findings), "github", f"{len(lines)} commands")
+        for line in lines:
+            self.expect(COMMAND.fullmatch(line), "github", f"no command: {line}")
+
+    def check_gitlab(self, text):
+        entries = json.loads(text)
+        self.is_valid("gitlab", entries)
+        self.has_all_findings("gitlab", [entry["fingerprint"] for entry in entries])
+
+    def check_markdown(self, text):
+        rows = [line for line in text.splitlines() if line.startswith("| ")][1:]
+        self.expect(len(rows) == len(self.findings), "markdown", f"{len(rows)} rows")
+        for row in rows:
+            self.expect(row.count("|") == 5, "markdown", f"other cells than four: {row}")
+        if len(self.findings) <= 50:
+            self.tells_all_findings("markdown", text)
+
+    def check_html(self, text):
+        tags = Tags()
+        tags.feed(text)
+        self.expect(not tags.open and not tags.faults, "html", f"{tags.open} {tags.faults[:3]}")
+        self.tells_all_findings("html", text)
+
+
+def main():
+    top, directory = map(pathlib.Path, sys.argv[1:])
+    schemas = top / "tests/report/schemas"
+    validators = {
+        "json": validator_of(top / "docs/report.schema.json"),
+        "sarif": validator_of(schemas / "sarif-2.1.0.json"),
+        "gitlab": validator_of(schemas / "gitlab-code-quality.json"),
+    }
+    faults = []
+    for path in sorted(directory.glob("*.json")):
+        faults += Reports(top, directory, path.stem, validators).check()
+    print("".join(fault + "\n" for fault in faults), end="")
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
