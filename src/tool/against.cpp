@@ -180,7 +180,7 @@ class Comparison {
   }
 
   TableResult JudgeOne(const Pair& pair, const std::string& table) const {
-    return JudgeChange(pair, table, GivenFor(options_, table), options_.max_findings, log_);
+    return JudgeChange(pair, table, GivenFor(options_, table), options_, log_);
   }
 
   void AddNewTables(const Input& input, const std::vector<std::string_view>& old_tables, FilePair& pair) const {

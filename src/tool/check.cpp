@@ -12,9 +12,8 @@ Answer CheckPair(const Command& command, const Options& options, LPVESKCATEGORYI
   Report& report = answer.report;
   const Pair pair = PairOf(report);
   const Selection selection = SelectTables(pair, options.tables);
-  JudgeEach(report, options, selection.compared, [&](const std::string& table) {
-    return JudgeChange(pair, table, GivenFor(options, table), options.max_findings, log);
-  });
+  JudgeEach(report, options, selection.compared,
+            [&](const std::string& table) { return JudgeChange(pair, table, GivenFor(options, table), options, log); });
   for (const std::string& table : selection.added) report.tables.push_back(NewTable(pair.second, table));
   return answer;
 }

@@ -43,7 +43,7 @@ class Judging {
       const std::string table(name);
       if (!IsWanted(table)) continue;
       const Settings given = GivenFor(options_, table);
-      passage.tables.push_back(JudgeChange({older, newer}, table, given, options_.max_findings, log_->handle()));
+      passage.tables.push_back(JudgeChange({older, newer}, table, given, options_, log_->handle()));
     }
     for (const std::string_view name : newer.tables) {
       const std::string table(name);

@@ -26,7 +26,7 @@ TableResult Judge(const Pair& pair, const TableNames& table, const std::function
   return result;
 }
 
-TableResult JudgeChange(const Pair& pair, const std::string& table, const Settings& given, std::size_t max_findings,
+TableResult JudgeChange(const Pair& pair, const std::string& table, const Settings& given, const Options& options,
                         LPVESKCATEGORYINST log) {
   const Settings settings = ResolveSettings(given, pair.first, table);
   TableResult result = Judge(pair, {table, table}, [&](ModifyTable& checker) {
@@ -38,8 +38,9 @@ TableResult JudgeChange(const Pair& pair, const std::string& table, const Settin
   const Verdict whole{result.code, result.text, result.rule};
   if (pair.first.HasMeta(table) && pair.second.HasMeta(table)) {
     const Difference difference(pair.first, pair.second, table);
-    result.changes = FindChanges(difference, pair.first, pair.second, table, settings, whole, max_findings);
-    if (whole.Refused()) FindWaysOut(difference, pair.first, pair.second, table, settings, *result.changes);
+    result.changes = FindChanges(difference, pair.first, pair.second, table, settings, whole, options.max_findings);
+    const bool with_fixes = options.format->shows_fixes;
+    if (whole.Refused()) FindWaysOut(difference, pair.first, pair.second, table, settings, *result.changes, with_fixes);
   } else {
     result.changes = FindGone(pair.first, pair.second, table, settings, whole);
     FindWaysOutOfGone(pair.first, pair.second, table, settings, *result.changes);

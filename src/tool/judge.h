@@ -21,8 +21,9 @@ struct TableNames {
 // Asks a fresh checker about one table of the first file; `ask` calls one operation of it and returns the result code.
 TableResult Judge(const Pair& pair, const TableNames& table, const std::function<int(ModifyTable&)>& ask);
 
-// The whole check of one table, with the settings given or found in the first file, and what changed about it.
-TableResult JudgeChange(const Pair& pair, const std::string& table, const Settings& given, std::size_t max_findings,
+// The whole check of one table, with the settings given or found in the first file, and what changed about it, as far as the
+// options want it.
+TableResult JudgeChange(const Pair& pair, const std::string& table, const Settings& given, const Options& options,
                         LPVESKCATEGORYINST log);
 
 // The result for a table that only the new file has.

@@ -22,7 +22,7 @@ Answer Run(const Command& command, const Options& options, LPVESKCATEGORYINST lo
   RequireTablesInEach(answer.inputs);
   for (const Input& input : answer.inputs) {
     JudgeEach(report, options, {input.tables.begin(), input.tables.end()}, [&](const std::string& table) {
-      return JudgeChange({input, input}, table, GivenFor(options, table), options.max_findings, log);
+      return JudgeChange({input, input}, table, GivenFor(options, table), options, log);
     });
   }
   return answer;

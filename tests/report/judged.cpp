@@ -6,7 +6,7 @@
 
 #include "cases/case_files.h"
 #include "read_source.h"
-#include "report/finding/findings.h"
+#include "report/render/render.h"
 #include "tool/judge.h"
 #include "vesk/log_category.h"
 
@@ -32,11 +32,18 @@ korvel::tool::Pair AddPair(Judged& judged, const std::string& old_file, const st
   return {**(judged.sources.end() - 2), *judged.sources.back()};
 }
 
+// All formats are made of one report, so it has the fixes that some of them show.
+korvel::tool::Options WithFixes() {
+  korvel::tool::Options options;
+  options.format = &*std::ranges::find_if(korvel::report::Formats(), &korvel::report::Format::shows_fixes);
+  return options;
+}
+
 void AddTable(Judged& judged, const korvel::tool::Pair& pair, const std::string& table, const Settings& settings) {
   const std::unique_ptr<vesk::LogCategory> log = vesk::LogCategory::Closed();
-  judged.report.tables.push_back(
-      pair.first.HasMeta(table) ? korvel::tool::JudgeChange(pair, table, settings, korvel::report::kMaxFindings, log->handle())
-                                : korvel::tool::NewTable(pair.second, table));
+  judged.report.tables.push_back(pair.first.HasMeta(table)
+                                     ? korvel::tool::JudgeChange(pair, table, settings, WithFixes(), log->handle())
+                                     : korvel::tool::NewTable(pair.second, table));
 }
 
 // "v13-reused-id" -> 13

@@ -10,8 +10,9 @@
 namespace korvel::report {
 namespace {
 
-constexpr std::size_t kBatch = 64;  // sets that are asked about at once; the same on every machine
-constexpr int kMostTrials = 8;      // rounds in which refused edits are tried again while each round lets some pass
+constexpr std::size_t kBatch = 64;   // sets that are asked about at once; the same on every machine
+constexpr std::size_t kEnough = 32;  // edits that are judged before their share of refusals tells what is to come
+constexpr int kMostTrials = 8;       // rounds in which refused edits are tried again while each round lets some pass
 
 // Edits by their positions in the order of the search.
 struct Run {
@@ -83,21 +84,24 @@ class Searcher {
       sets.push_back(questions_.Only(EditsOf(runs.back())));
     }
     const std::vector<Answer> answers = questions_.Ask(sets);
-    std::vector<Run> halves;
-    for (std::size_t i = 0; i < runs.size(); ++i) Note(runs[i], answers[i], passed, halves);
-    pending_.insert(pending_.end(), halves.rbegin(), halves.rend());
+    std::vector<Run> parts;
+    for (std::size_t i = 0; i < runs.size(); ++i) Note(runs[i], answers[i], passed, parts);
+    pending_.insert(pending_.end(), parts.rbegin(), parts.rend());
   }
 
-  void Note(const Run& run, const Answer& answer, std::vector<std::size_t>& passed, std::vector<Run>& halves) {
+  // Where most are refused, halves would only be asked about on the way to each.
+  bool AreMostRefused() const { return judged_ >= kEnough && refused_.size() * 2 > judged_; }
+
+  void Note(const Run& run, const Answer& answer, std::vector<std::size_t>& passed, std::vector<Run>& parts) {
     const std::vector<std::size_t> edits = EditsOf(run);
+    if (questions_.Passes(answer) || edits.size() == 1) judged_ += edits.size();
     if (questions_.Passes(answer)) {
       if (!IsBlocked(edits.front())) passed.insert(passed.end(), edits.begin(), edits.end());
     } else if (edits.size() == 1) {
       NoteRefused(edits, answer);
     } else {
-      const std::size_t middle = run.begin + edits.size() / 2;
-      halves.push_back({run.begin, middle});
-      halves.push_back({middle, run.end});
+      const std::size_t step = AreMostRefused() ? 1 : edits.size() - edits.size() / 2;
+      for (std::size_t i = run.begin; i < run.end; i += step) parts.push_back({i, std::min(i + step, run.end)});
     }
   }
 
@@ -156,8 +160,9 @@ class Searcher {
     return edits;
   }
 
-  // Whether any passes.
+  // Whether any passes. On top of nothing each was asked about before.
   bool TryEachAgain() {
+    if (std::ranges::find(base_, true) == base_.end()) return false;
     const std::vector<std::size_t> edits = MayBeTriedAgain();
     bool any = false;
     for (std::size_t begin = 0; begin < edits.size(); begin += kBatch) {
@@ -228,6 +233,7 @@ class Searcher {
   std::vector<Run> pending_;                // runs to ask about, the next one last
   std::map<std::size_t, Refusal> refused_;  // by the edit that is not in the base for it
   std::vector<std::size_t> unbuildable_;    // edits that make no schema, alone or with the base
+  std::size_t judged_ = 0;                  // edits that passed, or did not, as AskNext came to them
   bool stopped_ = false;
 };
 

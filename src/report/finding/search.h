@@ -1,7 +1,7 @@
 // Divides edits into those that may go together and those that are refused, by asking about sets of them.
 //
 // Knows nothing of schemas: the answers decide. Works by halving, so that it asks about (refused edits) x log(edits) sets and not
-// about every edit.
+// about every edit; one by one where most are refused.
 #pragma once
 
 #include <cstddef>

@@ -15,8 +15,8 @@ std::string Plain(const Report& report, bool /*colour*/) {
 std::span<const Format> Formats() {
   static constexpr Format kFormats[] = {
       {"text", RenderText},
-      {"json", Plain<RenderJson>},
-      {"sarif", Plain<RenderSarif>},
+      {"json", Plain<RenderJson>, true},
+      {"sarif", Plain<RenderSarif>, true},
       {"junit", Plain<RenderJunit>},
       {"github", Plain<RenderGithub>},
       {"gitlab", Plain<RenderGitlab>},

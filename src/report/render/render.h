@@ -29,6 +29,7 @@ std::string RenderHtml(const Report& report);
 struct Format {
   const char* name;
   std::string (*render)(const Report& report, bool colour);  // `colour` is for forms that people read on a terminal
+  bool shows_fixes = false;                                  // as replacements in the new file; they take time to find
 };
 
 // The first is the default.

@@ -39,7 +39,8 @@ constexpr Kind KindOf(const IndexModel&) { return Kind::kIndex; }
 // Makes an element say `wanted`. `base` is where the text of `edits` begins in that of `from`.
 bool Change(TextEdits& edits, std::size_t base, const MetaText& from, std::size_t position, const EntryModel& was,
             const EntryModel& wanted) {
-  return edits.ChangeAttributes(from.Place(Kind::kEntry, position) - base, AttributesOf(was), AttributesOf(wanted));
+  return was == wanted ||
+         edits.ChangeAttributes(from.Place(Kind::kEntry, position) - base, AttributesOf(was), AttributesOf(wanted));
 }
 
 bool Change(TextEdits& edits, std::size_t base, const MetaText& from, std::size_t position, const IndexModel& was,

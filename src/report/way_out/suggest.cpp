@@ -106,7 +106,7 @@ std::vector<std::string> WaysOut(const Source& old_source, const Source& source,
   if (source.HasMeta(table)) {
     const Difference difference(old_source, source, table);
     changes = FindChanges(difference, old_source, source, table, settings, refused.verdict, kMaxFindings);
-    FindWaysOut(difference, old_source, source, table, settings, changes);
+    FindWaysOut(difference, old_source, source, table, settings, changes, false);
   } else {
     Mended(old_source, source, refused, changes);
   }

@@ -196,7 +196,7 @@ Suggestion Suggest(const Difference& difference, const Source& old_source, const
 }
 
 Suggestion FindWaysOut(const Difference& difference, const Source& old_source, const Source& new_source, const std::string& table,
-                       const Settings& settings, Changes& changes) {
+                       const Settings& settings, Changes& changes, bool with_fixes) {
   Search search(old_source, difference, table, settings, changes);
   search.Run();
   Rewriter rewriter(new_source, old_source);
@@ -208,7 +208,7 @@ Suggestion FindWaysOut(const Difference& difference, const Source& old_source, c
     }
     FillText(search, changes, finding);
     work += search.cost();
-    if (!new_source.text || work > kMaxWork) continue;
+    if (!with_fixes || !new_source.text || work > kMaxWork) continue;
     if (const std::optional<Model> alone = search.Alone(finding)) finding.fix = rewriter.Rewrite(*alone).value_or(finding.fix);
   }
   return search.Suggest();
