@@ -34,6 +34,7 @@ struct FilePair {
   std::shared_ptr<Input> second;  // the same as `first` if the file is the same byte for byte
   std::vector<TableResult> tables = {};
   std::vector<std::string> faults = {};
+  bool is_asked = true;  // false: it is looked at only because a file that the call names may have been there
 
   const std::string& Place() const { return new_path.empty() ? old_path : new_path; }
 };
@@ -58,13 +59,16 @@ class Comparison {
     for (const std::string& path : files.in_old) {
       if (!files.in_new.contains(path)) pairs_.push_back({path, "", {}, {}});
     }
+    for (const std::string& path : files.gone_elsewhere) pairs_.push_back({path, "", {}, {}, {}, {}, false});
   }
 
   Answer Run(const Command& command) {
     RefuseToReplace();
     EachPair("files", [&](FilePair& pair) { Load(pair); });
+    DropUnasked([](const FilePair& pair) { return !pair.faults.empty(); });
     RefuseFaults();
     PairMoved();
+    DropUnasked([](const FilePair&) { return true; });
     std::ranges::sort(pairs_, {}, &FilePair::Place);
     RequireTables();
     EachPair("files judged", [&](FilePair& pair) { JudgeTables(pair); });
@@ -114,6 +118,11 @@ class Comparison {
       const std::string shown = OneLine(states_.new_state->Shown(pair.Place()));
       pair.faults.push_back(Said(shown + ": cannot be compared with " + OneLine(state.Shown(pair.old_path))));
     }
+  }
+
+  template <class Condition>
+  void DropUnasked(Condition condition) {
+    std::erase_if(pairs_, [&](const FilePair& pair) { return !pair.is_asked && condition(pair); });
   }
 
   void RefuseFaults() const {
@@ -203,7 +212,8 @@ class Comparison {
     }
     const bool is_compared =
         std::ranges::any_of(report.tables, [](const TableResult& one) { return one.status != Status::kNew; });
-    if (!is_compared) RefuseNothing(report);
+    const bool may_pass = options_.allow_new && !report.tables.empty();
+    if (!is_compared && !may_pass) RefuseNothing(report);
     return answer;
   }
 
@@ -218,7 +228,8 @@ class Comparison {
   [[noreturn]] static void RefuseNothing(const Report& report) {
     const bool has_new = !report.tables.empty();
     throw CannotAsk{{Said(std::string("nothing was compared: ") +
-                          (has_new ? "all tables are new; 'korvelcheck lint' judges them alone" : "the files have no tables"))}};
+                          (has_new ? "all tables are new; 'korvelcheck lint' judges them alone, --allow-new lets them pass"
+                                   : "the files have no tables"))}};
   }
 
   const Options& options_;

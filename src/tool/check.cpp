@@ -22,6 +22,7 @@ Answer Run(const Command& command, const Options& options, LPVESKCATEGORYINST lo
   const bool is_whole = options.inputs.empty();
   const bool has_state = options.against || (is_whole && options.project && options.project->against);
   if (is_whole && !has_state) RefuseUsage(command, "OLD is required");
+  if (options.allow_new && !has_state) RefuseUsage(command, "--allow-new goes with --against");
   Answer answer = has_state ? CheckAgainst(command, options, log) : CheckPair(command, options, log);
   if (options.project) ApplyWaivers(*options.project, is_whole && options.tables.empty(), answer.report);
   return answer;

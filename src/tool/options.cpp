@@ -106,6 +106,7 @@ void AddTableOptions(CLI::App& app, const Command& command, Options& options) {
   if ((command.options & kAgainstOption) != 0) {
     app.add_option("--against", options.against, "compare the project's schema files with those of a commit or directory")
         ->type_name("git:REV|DIR");
+    app.add_flag("--allow-new", options.allow_new, "let the call pass where all tables are new and none can be compared");
   }
   if (UsesProject(command)) AddProjectOptions(app, options);
   if ((command.options & kFindingsOption) != 0) AddMaxFindings(app, options.max_findings);

@@ -22,6 +22,7 @@ struct Options {
   std::vector<std::string> tables;       // --table; empty = all
   std::optional<std::string> dst_table;  // --dst-table; absent = as --table
   std::optional<std::string> against;    // --against: "git:REV" or a directory
+  bool allow_new = false;                // --allow-new
   Settings given;
   std::optional<std::string> project_file;  // --project
   bool no_project = false;

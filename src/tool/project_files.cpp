@@ -106,14 +106,28 @@ ProjectFiles FilesOfPatterns(const Patterns& patterns, const ProjectStates& stat
   return files;
 }
 
+bool IsSchemaOf(const Patterns& patterns, const std::string& path) {
+  return patterns.IsEmpty() ? HasSchemaSuffix(path) : patterns.MatchAny(path);
+}
+
 // The files that a given path stands for in one state.
 std::set<std::string> Named(const FileTree& state, const Patterns& patterns, const std::string& path) {
   if (state.HasFile(path)) return {path};
   std::set<std::string> files;
   for (const std::string& file : state.Below(path)) {
-    if (patterns.IsEmpty() ? HasSchemaSuffix(file) : patterns.MatchAny(file)) files.insert(file);
+    if (IsSchemaOf(patterns, file)) files.insert(file);
   }
   return files;
+}
+
+// Who names the new place of a moved file alone, as hooks do, means the moved file and no new one.
+std::vector<std::string> GoneElsewhere(const ProjectFiles& files, const Patterns& patterns, const ProjectStates& states) {
+  std::vector<std::string> gone;
+  if (std::ranges::includes(files.in_old, files.in_new)) return gone;
+  for (const std::string& file : states.old_state->Below("")) {
+    if (IsSchemaOf(patterns, file) && !files.in_old.contains(file) && !states.new_state->HasFile(file)) gone.push_back(file);
+  }
+  return gone;
 }
 
 std::string Missing(const ProjectStates& states, const std::string& given, const std::string& path) {
@@ -140,6 +154,7 @@ ProjectFiles NamedFiles(const Options& options, const Patterns& patterns, const 
     files.in_new.merge(in_new);
   }
   if (!missing.lines.empty()) throw missing;
+  files.gone_elsewhere = GoneElsewhere(files, patterns, states);
   return files;
 }
 

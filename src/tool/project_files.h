@@ -25,6 +25,8 @@ ProjectStates StatesOf(const Options& options);
 struct ProjectFiles {
   std::set<std::string> in_old;
   std::set<std::string> in_new;
+  // Of the old state, not named by the call and gone: from where a new file that it names may have been moved.
+  std::vector<std::string> gone_elsewhere;
   std::vector<std::string> twice;  // as given: paths that stand for what others stand for
 };
 

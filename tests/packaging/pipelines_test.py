@@ -26,6 +26,7 @@ SCHEMA = """<metalib name="shop" version="{version}" protocol="QMX">
 """
 OLD = SCHEMA.format(version=1, key="uint32", more="")
 GROWN = SCHEMA.format(version=2, key="uint32", more='<entry name="zone" type="uint32" version="2"/>')
+NEW = OLD.replace("shop", "mall")
 WIDE_KEY = SCHEMA.format(version=2, key="uint64", more="")
 REFUSAL = "The size of primarykey can't be modified! entry:'uid' metaname:'orders'"
 
@@ -146,6 +147,15 @@ class Action(Repository):
         results = json.loads(self.read("sarif"))["runs"][0]["results"]
         self.assertEqual([result["ruleId"] for result in results], ["primary-key.size"])
 
+    def test_a_new_file_alone_passes(self):
+        base = self.git("rev-parse", "HEAD")
+        self.write(NEW, "schemas/mall.xml")
+        self.commit(OLD)
+        done = self.step("Check", BASE=base, SCHEMA_PATHS="schemas/mall.xml", SARIF=self.path("sarif"))
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertIn("nothing was compared: all tables are new", self.read("GITHUB_STEP_SUMMARY"))
+        self.assertEqual(json.loads(self.read("sarif"))["runs"][0]["results"], [])
+
     def test_path_with_a_blank(self):
         done = self.check(WIDE_KEY, paths="\n  \nschemas/my orders.xml\n")
         self.assertEqual(done.returncode, 1, done.stderr)
@@ -220,6 +230,14 @@ class Template(Repository):
         self.assertEqual([finding["check_name"] for finding in self.report()], ["primary-key.size"])
         self.assertEqual(self.report()[0]["location"]["path"], self.SCHEMA_FILE)
 
+    def test_a_new_file_alone_passes(self):
+        base = self.git("rev-parse", "HEAD")
+        self.write(NEW, "schemas/mall.xml")
+        self.commit(OLD)
+        done = self.run_job(base, paths="schemas/mall.xml")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertIn("nothing was compared: all tables are new", done.stdout)
+
     def test_what_cannot_be_asked_fails_at_once(self):
         done = self.run_job(self.git("rev-parse", "HEAD"), paths="scheams")
         self.assertEqual(done.returncode, 2)
@@ -264,14 +282,28 @@ class Hooks(Repository):
 
     def test_other_files_are_left_alone(self):
         self.write("text\n", "notes.txt")
+        self.assertIn("Skipped", self.staged("korvelcheck").stdout)
+        self.assertIn("Passed", self.staged("korvelcheck-project").stdout)
+
+    def test_a_new_file_alone_passes(self):
+        self.write(NEW, "schemas/mall.xml")
         for hook in ("korvelcheck", "korvelcheck-project"):
-            self.assertIn("Skipped", self.staged(hook).stdout)
+            done = self.staged(hook)
+            self.assertEqual(done.returncode, 0, done.stdout)
+            self.assertIn("Passed", done.stdout)
+
+    def test_a_moved_file_is_compared_with_its_old_place(self):
+        os.remove(os.path.join(self.repository, self.SCHEMA_FILE))
+        self.write(WIDE_KEY, "schemas/orders.xml")
+        for hook in ("korvelcheck", "korvelcheck-project"):
+            done = self.staged(hook)
+            self.assertEqual(done.returncode, 1, done.stdout)
+            self.assertIn(REFUSAL, done.stdout)
 
     def test_a_deleted_file_is_seen_by_the_project_hook(self):
-        self.write(SCHEMA.format(version=1, key="uint32", more="").replace("shop", "mall"), "schemas/mall.xml")
+        self.write(NEW, "schemas/mall.xml")
         self.commit(OLD)
         os.remove(os.path.join(self.repository, "schemas/mall.xml"))
-        self.write(GROWN)
         done = self.staged("korvelcheck-project")
         self.assertEqual(done.returncode, 1, done.stdout)
         self.assertIn("mall.xml", done.stdout)

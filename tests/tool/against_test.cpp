@@ -137,11 +137,50 @@ TEST_F(AgainstTest, TablesAreChosenInAllFiles) {
 TEST_F(AgainstTest, WhereNothingIsComparedTheCallFails) {
   Write("new.xml", Schema("new"));
   ExpectNotAsked(Against({"new.xml"}),
-                 "korvelcheck: nothing was compared: all tables are new; 'korvelcheck lint' judges them alone\n");
+                 "korvelcheck: nothing was compared: all tables are new; 'korvelcheck lint' judges them alone, --allow-new lets "
+                 "them pass\n");
   Write("schemas/orders.xml",
         "<metalib name=\"m\" version=\"1\">\n<meta name=\"a\"><entry name=\"b\" type=\"int8\"/></meta>\n</metalib>");
   Commit("second");
   ExpectNotAsked(Against({"schemas/orders.xml"}), "korvelcheck: nothing was compared: the files have no tables\n");
+}
+
+TEST_F(AgainstTest, NewTablesAlonePassWhereTheCallSaysSo) {
+  Write("new.xml", Schema("new"));
+  ExpectOutcome(Against({"new.xml", "--allow-new"}), 0,
+                "verdict: allowed (nothing was compared: all tables are new)\n"
+                "added: new.xml (nothing to compare it with)\n"
+                "new.xml:2:1: new: table new (not compared)\n"
+                "0 tables refused, 0 allowed; 0 compared, 1 new, 0 gone; files: 1 added, 0 deleted, 0 moved\n",
+                "");
+  for (const char* format : {"github", "markdown", "html"}) {
+    EXPECT_THAT(Against({"new.xml", "--allow-new", "--format", format}).out,
+                HasSubstr("allowed (nothing was compared: all tables are new)"));
+  }
+  Write("empty.xml", "<metalib name=\"m\" version=\"1\">\n<meta name=\"a\"><entry name=\"b\" type=\"int8\"/></meta>\n</metalib>");
+  ExpectNotAsked(Against({"empty.xml", "--allow-new"}), "korvelcheck: nothing was compared: the files have no tables\n");
+  Write("schemas/users.xml", Schema("users", "uint32"));
+  EXPECT_EQ(Against({"new.xml", "schemas/users.xml", "--allow-new"}).exit_code, 1);
+  ExpectNotAsked(Run({"check", "new.xml", "new.xml", "--allow-new"}),
+                 "korvelcheck: check: --allow-new goes with --against\nTry 'korvelcheck check --help'.\n");
+}
+
+// The new place of a moved file was a new file to a call that named it alone, and any change of it passed as new.
+TEST_F(AgainstTest, AMovedFileIsFoundByItsNewPlaceAlone) {
+  std::filesystem::remove(PathOf("schemas/users.xml"));
+  Write("schemas/deep/people.xml", Schema("users", "uint32"));
+  const Outcome outcome = Against({"schemas/deep/people.xml", "--allow-new", "--format", "json"});
+  EXPECT_EQ(outcome.exit_code, 1) << outcome.err;
+  EXPECT_THAT(Tables(outcome), ElementsAre("schemas/deep/people.xml: users refused"));
+  EXPECT_THAT(outcome.out, HasSubstr("\"old_file\": \"git:HEAD:schemas/users.xml\""));
+}
+
+TEST_F(AgainstTest, WhatElseIsGoneIsNotAsked) {
+  Write("broken.xml", "no schema");
+  Commit("second");
+  for (const char* file : {"broken.xml", "schemas/users.xml"}) std::filesystem::remove(PathOf(file));
+  Write("new.xml", Schema("new"));
+  EXPECT_THAT(Tables(Against({"--no-project", "new.xml", "--allow-new", "--format", "json"})), ElementsAre("new.xml: new new"));
 }
 
 TEST_F(AgainstTest, PathsThatAreNowhereAreToldWithWhatWasMeant) {

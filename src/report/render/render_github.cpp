@@ -49,8 +49,7 @@ std::string Command(const Issue& issue) {
 
 std::string RenderGithub(const Report& report) {
   const Summary summary = Summarize(report);
-  std::string message =
-      std::string("verdict: ") + WordOf(VerdictOf(summary)) + (IsWaived(summary) ? " (all waived)" : "") + "\n" + Told(summary);
+  std::string message = std::string("verdict: ") + WordOf(VerdictOf(summary)) + RemarkOn(summary) + "\n" + Told(summary);
   for (const FileNote& note : report.files) message += "\n" + Told(note);
   std::string text = "::notice title=korvelcheck::" + Escaped(ValidUtf8(message), false) + "\n";
   const Issues issues(report);

@@ -86,7 +86,7 @@ class Writer {
     const bool allowed = VerdictOf(summary_) == Status::kAllowed;
     const LookWords& words = WordsOf(allowed ? Look::kAllowed : Look::kRefused);
     std::string html = "<p class=\"verdict " + std::string(words.name) + "\"><span aria-hidden=\"true\">" + words.sign +
-                       "</span> " + "verdict: " + words.word + (IsWaived(summary_) ? ", every refusal is waived" : "") + "</p>\n";
+                       "</span> " + "verdict: " + words.word + RemarkOn(summary_) + "</p>\n";
     return html + "<h1>" + Title() + "</h1>\n<p>" + Html(Told(summary_)) + "</p>\n";
   }
 

@@ -80,8 +80,8 @@ std::string RenderMarkdown(const Report& report) {
   const Summary summary = Summarize(report);
   const Issues all(report);
   const std::vector<Issue>& issues = all.all();
-  std::string text = std::string("### korvelcheck: ") + WordOf(VerdictOf(summary)) + (IsWaived(summary) ? " (all waived)" : "") +
-                     "\n\n" + MarkdownText(Told(summary)) + "\n";
+  std::string text = std::string("### korvelcheck: ") + WordOf(VerdictOf(summary)) + RemarkOn(summary) + "\n\n" +
+                     MarkdownText(Told(summary)) + "\n";
   if (!report.files.empty()) text += "\n";
   for (const FileNote& note : report.files) text += "- " + MarkdownText(Told(note)) + "\n";
   text += TableOf(issues);

@@ -26,7 +26,7 @@ class TextReport {
   std::string Text() {
     const Summary summary = Summarize(report_);
     const Status verdict = VerdictOf(summary);
-    text_ = "verdict: " + Word(verdict) + (IsWaived(summary) ? " (all waived)" : "") + "\n";
+    text_ = "verdict: " + Word(verdict) + RemarkOn(summary) + "\n";
     for (const FileNote& note : report_.files) text_ += Told(note) + "\n";
     auto next = folded_.cbegin();
     for (const TableResult& table : report_.tables) {

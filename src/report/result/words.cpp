@@ -20,7 +20,11 @@ const char* WordOf(EditStatus status) {
 
 Status VerdictOf(const Summary& summary) { return summary.refused == 0 ? Status::kAllowed : Status::kRefused; }
 
-bool IsWaived(const Summary& summary) { return summary.refused > 0 && summary.failing == 0; }
+const char* RemarkOn(const Summary& summary) {
+  if (summary.refused > 0 && summary.failing == 0) return " (all waived)";
+  if (summary.compared == 0 && summary.added > 0) return " (nothing was compared: all tables are new)";
+  return "";
+}
 
 std::string Counted(std::size_t number, const std::string& noun) {
   return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");

@@ -21,8 +21,9 @@ const char* WordOf(EditStatus status);
 // The verdict about all tables. The checker's, whatever is waived.
 Status VerdictOf(const Summary& summary);
 
-// Whether every refusal is waived.
-bool IsWaived(const Summary& summary);
+// What must be said behind the verdict, lest it be read for more than it is: " (all waived)" where every refusal is waived,
+// " (nothing was compared: all tables are new)"; mostly "".
+const char* RemarkOn(const Summary& summary);
 
 // "1 table", "2 tables"
 std::string Counted(std::size_t number, const std::string& noun);
