@@ -152,7 +152,7 @@ class Comparison {
     std::erase_if(pairs_, [&](const FilePair&) { return is_taken[position++]; });
   }
 
-  // Whether an asked table is there; one that is nowhere is a mistake.
+  // Whether an asked table is there; one that is nowhere is a mistake. So are settings of none: they would not count.
   void RequireTables() const {
     std::vector<std::string_view> known;
     for (const FilePair& pair : pairs_) {
@@ -165,7 +165,18 @@ class Comparison {
       if (std::ranges::find(known, name) != known.end()) continue;
       unknown.lines.push_back(Said("table " + qmx::Quote(name) + " is in no file" + qmx::DidYouMean(name, known)));
     }
+    if (options_.project && options_.inputs.empty()) AddUnknownSettings(*options_.project, known, unknown);
     if (!unknown.lines.empty()) throw unknown;
+  }
+
+  static void AddUnknownSettings(const Project& project, const std::vector<std::string_view>& known, CannotAsk& unknown) {
+    const std::unordered_set<std::string_view> tables(known.begin(), known.end());
+    for (const auto& [name, settings] : project.tables) {
+      if (tables.contains(name)) continue;
+      const std::string place = std::to_string(settings.place.line) + ":" + std::to_string(settings.place.column);
+      unknown.lines.push_back(OneLine(project.file + ":" + place + ": error: [tables." + qmx::Quote(name) +
+                                      "] is for a table that no schema file has" + qmx::DidYouMean(name, known)));
+    }
   }
 
   bool IsWanted(std::string_view table) const {

@@ -3,6 +3,7 @@
 #include "tool/cannot_ask.h"
 #include "tool/command.h"
 #include "tool/judge.h"
+#include "tool/waivers.h"
 
 namespace korvel::tool {
 namespace {
@@ -25,6 +26,7 @@ Answer Run(const Command& command, const Options& options, LPVESKCATEGORYINST lo
       return JudgeChange({input, input}, table, GivenFor(options, table), options, log);
     });
   }
+  if (options.project) ApplyWaivers(*options.project, false, report);
   return answer;
 }
 

@@ -35,10 +35,12 @@ Project ReadProject(const std::string& path) {
 // As a way upwards, so that what is shown can be opened from here.
 std::optional<std::string> FindProjectFile() {
   std::error_code error;
+  std::error_code ignored;
   std::string up;
   for (std::filesystem::path directory = std::filesystem::current_path(error); !error; directory = directory.parent_path()) {
     const std::string path = up + kProjectFileName;
-    if (std::filesystem::exists(path, error)) return path;
+    // A link to no file is an error when it is opened; without it the call would miss what the project says.
+    if (std::filesystem::exists(std::filesystem::symlink_status(path, ignored))) return path;
     if (directory == directory.parent_path()) break;
     up += "../";
   }
@@ -56,7 +58,7 @@ Settings GivenFor(const Options& options, const std::string& table) {
   Settings settings = options.given;
   if (!options.project) return settings;
   const auto found = options.project->tables.find(table);
-  if (found != options.project->tables.end()) FillIn(settings, found->second);
+  if (found != options.project->tables.end()) FillIn(settings, found->second.settings);
   FillIn(settings, options.project->defaults);
   return settings;
 }

@@ -33,6 +33,11 @@ struct WaiverEntry {
   std::string fault;  // why it is none: what is wrong and what is allowed; empty if it is one
 };
 
+struct TableSettings {
+  qmx::LineColumn place;
+  report::Settings settings;
+};
+
 struct Project {
   std::string file;                  // as shown
   std::string directory;             // in which it lies, and where its paths start; "" = the working directory
@@ -40,7 +45,7 @@ struct Project {
   std::vector<ProjectText> exclude;  // and of those among them that are none
   std::optional<ProjectText> against;
   report::Settings defaults;
-  std::map<std::string, report::Settings> tables;
+  std::map<std::string, TableSettings> tables;
   std::vector<WaiverEntry> waivers;
 };
 

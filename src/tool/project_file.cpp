@@ -1,8 +1,11 @@
 // Reads korvelcheck.toml through toml++, which is seen only here. Held by tests/tool/project_file_test.cpp.
 #include <algorithm>
 #include <limits>
+#include <map>
 #include <span>
 #include <string_view>
+#include <tuple>
+#include <utility>
 
 // toml++ takes for granted what a wrong file breaks, "[[[" for one: by an assertion or, in a release, by a promise to the
 // compiler. Without either it reports the fault.
@@ -12,6 +15,7 @@
 
 #include "qmx/did_you_mean.h"
 #include "qmx/quote.h"
+#include "report/book/rule_book.h"
 #include "report/source/choice.h"
 #include "report/text/one_line.h"
 #include "tool/calendar.h"
@@ -53,7 +57,7 @@ class Reader {
 
   void Fault(qmx::LineColumn place, const std::string& text) {
     const std::string at = file_ + ":" + std::to_string(place.line) + ":" + std::to_string(place.column);
-    faults_.lines.push_back(report::OneLine(at + ": error: " + text));
+    faults_.emplace(std::pair(place.line, place.column), report::OneLine(at + ": error: " + text));
   }
 
   void Refuse(const Value& value, const std::string& found, const std::string& allowed) {
@@ -126,7 +130,7 @@ class Reader {
   }
 
   std::string file_;
-  CannotAsk faults_;
+  std::multimap<std::pair<std::size_t, std::size_t>, std::string> faults_;  // by line and column: keys are read in another order
 };
 
 // --- [schemas] ---
@@ -231,8 +235,9 @@ void ReadTables(Reader& reader, const Value& value, Project& project) {
     return;
   }
   for (const auto& [name, settings] : *tables) {
-    reader.ReadTable<report::Settings>({"[tables." + qmx::Quote(name.str()) + "]", settings}, kSettingKeys,
-                                       project.tables[std::string(name.str())]);
+    TableSettings& table = project.tables[std::string(name.str())];
+    table.place = PlaceOf(settings);
+    reader.ReadTable<report::Settings>({"[tables." + qmx::Quote(name.str()) + "]", settings}, kSettingKeys, table.settings);
   }
 }
 
@@ -267,6 +272,26 @@ constexpr Key<WaiverEntry> kWaiverKeys[] = {
     {"until", ReadUntil},
 };
 
+// Why no finding can have this rule; empty if one can.
+std::string FaultOfRule(const std::string& rule) {
+  if (rule.empty() || report::FindRow(rule) != nullptr) return "";
+  std::vector<std::string_view> known;
+  for (const RefusalRow* row : AllRefusals()) known.emplace_back(row->id);
+  return "rule is " + qmx::Quote(rule) + qmx::DidYouMean(rule, known) + "; allowed: what 'korvelcheck rules' lists";
+}
+
+bool IsForTheSame(const WaiverEntry& one, const WaiverEntry& other) {
+  return std::tie(one.fingerprint, one.table, one.rule, one.entry) ==
+         std::tie(other.fingerprint, other.table, other.rule, other.entry);
+}
+
+// The second of two would be told to be for no finding, or hide that the first one has expired.
+std::string FaultOfRepeated(const WaiverEntry& waiver, const Project& before) {
+  const auto other = std::ranges::find_if(before.waivers, [&](const WaiverEntry& one) { return IsForTheSame(one, waiver); });
+  if (other == before.waivers.end()) return "";
+  return before.file + ":" + std::to_string(other->place.line) + " has one for the same finding; allowed: one, change it there";
+}
+
 // What is wrong with a waiver; empty if nothing is.
 std::string FaultOf(const WaiverEntry& waiver, const toml::table& table) {
   const bool has_fingerprint = !waiver.fingerprint.empty();
@@ -278,6 +303,7 @@ std::string FaultOf(const WaiverEntry& waiver, const toml::table& table) {
   if (has_fingerprint && !IsFingerprint(waiver.fingerprint)) {
     return "fingerprint is " + qmx::Quote(waiver.fingerprint) + "; allowed: 16 hexadecimal digits, as reports show them";
   }
+  if (const std::string fault = FaultOfRule(waiver.rule); !fault.empty()) return fault;
   if (waiver.reason.find_first_not_of(" \t\r\n") == std::string::npos) return "it has no reason; allowed: a text";
   if (waiver.until.empty()) return "it has no end; allowed: until = \"2027-01-31\"";
   if (!IsDay(waiver.until)) return "until is " + qmx::Quote(waiver.until) + "; allowed: a day like 2027-01-31";
@@ -295,6 +321,7 @@ void ReadWaivers(Reader& reader, const Value& value, Project& project) {
     waiver.place = PlaceOf(node);
     reader.ReadTable<WaiverEntry>({"[[waivers]]", node}, kWaiverKeys, waiver);
     if (const toml::table* const table = node.as_table()) waiver.fault = FaultOf(waiver, *table);
+    if (waiver.fault.empty()) waiver.fault = FaultOfRepeated(waiver, project);
     project.waivers.push_back(std::move(waiver));
   }
 }
@@ -313,7 +340,10 @@ void Reader::Run(const std::string& text, Project& project) {
   } catch (const toml::parse_error& error) {
     Fault(PlaceOf(error.source().begin), std::string(error.description()));
   }
-  if (!faults_.lines.empty()) throw faults_;
+  if (faults_.empty()) return;
+  CannotAsk all;
+  for (const auto& [place, line] : faults_) all.lines.push_back(line);
+  throw all;
 }
 
 }  // namespace

@@ -277,6 +277,15 @@ TEST_F(AgainstTest, SettingsOfTheProjectCount) {
 }
 
 // The order is that of the paths, whichever thread is first; a log makes them take turns.
+// A misspelt name left its table with other settings than the project gives it.
+TEST_F(AgainstTest, SettingsOfATableThatIsNowhereAreAnError) {
+  Write("korvelcheck.toml", "[schemas]\npaths = [\"schemas/**/*.xml\"]\n[tables.oders]\ntype = \"list\"\n");
+  ExpectNotAsked(
+      Against(),
+      "korvelcheck.toml:3:1: error: [tables.'oders'] is for a table that no schema file has (did you mean 'orders'?)\n");
+  EXPECT_EQ(Against({"schemas/orders.xml"}).exit_code, 0);
+}
+
 TEST_F(AgainstTest, AThousandFilesAreComparedInTheirOrder) {
   constexpr int kFiles = 1000;
   std::filesystem::create_directory(PathOf("schemas/many"));

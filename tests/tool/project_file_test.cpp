@@ -132,10 +132,16 @@ TEST_F(ProjectFileTest, WrongTypesAndValuesAreTold) {
   for (const auto& [text, fault] : kCases) ExpectFaults(text, std::string("korvelcheck.toml:") + fault + "\n");
 }
 
-TEST_F(ProjectFileTest, AllFaultsAreToldAtOnce) {
-  Write("korvelcheck.toml", "[schemas]\npath = []\n[defaults]\ntype = 3\n[tables.a]\nlist-num = -5\n");
-  const std::string err = Check().err;
-  EXPECT_EQ(std::count(err.begin(), err.end(), '\n'), 3) << err;
+TEST_F(ProjectFileTest, AllFaultsAreToldAtOnceInTheOrderOfTheFile) {
+  Write("korvelcheck.toml", "[schemas]\npath = []\n[tables.a]\nlist-num = -5\n[defaults]\ntype = 3\n");
+  EXPECT_THAT(Check().err,
+              testing::MatchesRegex("korvelcheck.toml:2:[^\n]+\nkorvelcheck.toml:4:[^\n]+\nkorvelcheck.toml:6:[^\n]+\n"));
+}
+
+// The file above counted, or none, as if the link were not there.
+TEST_F(ProjectFileTest, ALinkToNoFileIsAnError) {
+  std::filesystem::create_symlink("nowhere", PathOf("korvelcheck.toml"));
+  ExpectNotAsked(Check(), "korvelcheck: korvelcheck.toml: No such file or directory\n");
 }
 
 TEST_F(ProjectFileTest, WhatIsNoTomlHasALineAndAColumn) {

@@ -122,6 +122,8 @@ TEST_F(WaiverTest, MalformedWaiversAreFindings) {
        "until is 'soon'; allowed: a day like 2027-01-31"},
       {"fingerprint = \"0123456789abcdef\"\nreason = \"r\"\nuntil = \"2027-02-29\"\n",
        "until is '2027-02-29'; allowed: a day like 2027-01-31"},
+      {"table = \"t\"\nrule = \"primary-key.sise\"\nentry = \"\"\nreason = \"r\"\nuntil = 2027-01-31\n",
+       "rule is 'primary-key.sise' (did you mean 'primary-key.size'?); allowed: what 'korvelcheck rules' lists"},
   };
   for (const auto& [members, text] : kCases) {
     Waive(members);
@@ -129,6 +131,27 @@ TEST_F(WaiverTest, MalformedWaiversAreFindings) {
     EXPECT_EQ(outcome.exit_code, 1) << members;
     EXPECT_EQ(About(outcome), std::string("waiver.malformed: the waiver is none: ") + text + "\n");
   }
+}
+
+TEST_F(WaiverTest, TheSecondOfTwoForOneFindingIsAFinding) {
+  const std::string one = "fingerprint = \"" + Fingerprint() + "\"\nreason = \"r\"\nuntil = 2027-01-31\n";
+  Waive(one + "[[waivers]]\n" + one);
+  const Outcome outcome = Check();
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_EQ(
+      About(outcome),
+      "waiver.malformed: the waiver is none: korvelcheck.toml:1 has one for the same finding; allowed: one, change it there\n");
+}
+
+// The finding has the same fingerprint in both, but lint did not heed the waiver.
+TEST_F(WaiverTest, LintHeedsWaiversToo) {
+  Write("odd.xml", Library(5, {Table({.fields = "<entry name=\"2nd\" type=\"int8\"/>"})}));
+  EXPECT_EQ(Run({"lint", "odd.xml"}).exit_code, 1);
+  Waive("table = \"orders\"\nrule = \"field-name.invalid\"\nentry = \"2nd\"\nreason = \"r\"\nuntil = 2027-01-31\n");
+  const Outcome outcome = Run({"lint", "odd.xml"});
+  EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
+  EXPECT_THAT(outcome.out, HasSubstr("verdict: refused (all waived)"));
+  EXPECT_EQ(Run({"lint", "old.xml"}).exit_code, 0);
 }
 
 TEST_F(WaiverTest, AnUnusedWaiverIsAFindingWhereAllWasCompared) {
@@ -187,7 +210,8 @@ TEST_F(WaiverTest, WhatIsNoWaiverIsNotWritten) {
       {{"fedcba9876543210", "--reason", "\xff", "--until", "2027-01-01"},
        "korvelcheck.toml cannot have a waiver at its end: 'waivers' is no list of [[waivers]] there, or the reason is not UTF-8"},
       {{"0123456789abcdef", "--reason", "r", "--until", "2027-01-01"},
-       "korvelcheck.toml:1 has a waiver of 0123456789abcdef already; change it there"},
+       "korvelcheck.toml:1 has one for the same finding; allowed: one, change it there"},
+      {{"fedcba9876543210", "--reason", "r", "--until", "2027-01-01", "--project", "-"}, "--project is '-'; allowed: a file"},
   };
   for (const auto& [arguments, text] : kCases) {
     ExpectNotAsked(WaiveFinding(arguments), std::string("korvelcheck: waive: ") + text + "\n");
