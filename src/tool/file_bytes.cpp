@@ -20,7 +20,7 @@ namespace {
 constexpr char kStandardInput[] = "-";
 constexpr std::size_t kFirstPiece = std::size_t{64} << 10;  // bytes; for pipes, whose size is not known
 
-std::string ShownName(const std::string& path) { return path == kStandardInput ? "<stdin>" : path; }
+std::string ShownName(const std::string& path) { return path == kStandardInput ? "<stdin>" : path.empty() ? "''" : path; }
 
 [[noreturn]] void RefuseFile(const std::string& name, const std::string& reason) {
   throw CannotAsk{{Said(report::OneLine(name) + ": " + reason)}};
@@ -66,8 +66,7 @@ OpenFile OpenInput(const std::string& path) {
   OpenFile file{ShownName(path), Open(path)};
   struct stat status {};
   if (::fstat(file.descriptor.get(), &status) != 0) RefuseFile(file.name, std::strerror(errno));
-  if (S_ISDIR(status.st_mode))
-    RefuseFile(file.name, "is a directory; allowed: a schema file, an image, or '-' for standard input");
+  if (S_ISDIR(status.st_mode)) RefuseFile(file.name, "is a directory; allowed: a file, or '-' for standard input");
   if (!S_ISREG(status.st_mode)) return file;
   if (static_cast<std::uintmax_t>(status.st_size) > qmx::kMaxFileBytes) RefuseTooLarge(file.name);
   file.size = static_cast<std::size_t>(status.st_size);

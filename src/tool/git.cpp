@@ -30,7 +30,9 @@ std::size_t EndOfRevision(std::string_view text) {
 
 void RequireRevision(const std::string& revision, const std::string& argument) {
   if (revision.empty()) RefuseArgument(argument, "the revision is missing");
-  if (revision.front() == '-') RefuseArgument(argument, "a revision begins with no '-'");
+  for (const char* const mark : {"-", "^"}) {  // an option; what git takes to be left out
+    if (revision.starts_with(mark)) RefuseArgument(argument, std::string("a revision begins with no '") + mark + "'");
+  }
 }
 
 // "a/./b/../c" as "a/c"; nullopt for what leads out of the top.

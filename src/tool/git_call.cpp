@@ -16,6 +16,12 @@ namespace {
 
 std::string FirstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
 
+// What git offers to do about a repository of somebody else, as jobs in containers have it: "; allow it with: git config ..."
+std::string WayOut(const std::string& text) {
+  const std::size_t begin = text.find("git config --global --add safe.directory ");
+  return begin == std::string::npos ? "" : "; allow it with: " + report::OneLine(FirstLine(text.substr(begin)));
+}
+
 bool IsHexadecimal(std::string_view text) { return text.find_first_not_of("0123456789abcdef") == std::string_view::npos; }
 
 // Whether a revision is the id of an object, in full.
@@ -34,6 +40,7 @@ class Diagnosis {
     if (CallGit({"rev-list", "--all", "-n", "1"}, argument_).out.empty() && !IsKnown("HEAD")) {
       return "the repository has no commit yet";
     }
+    if (IsFile()) return qmx::Quote(revision_) + " is a file; allowed: a commit, or a tree of one";
     if (IsObjectId(revision_)) return "commit " + revision_ + " is not in this clone" + FetchOfObject();
     if (IsBeyondShallow()) return qmx::Quote(revision_) + " lies beyond the end of this shallow clone; " + kFetchAll;
     if (const std::string fetch = FetchOfBranch(); !fetch.empty()) return Unknown() + "; bring it with: " + fetch;
@@ -48,6 +55,8 @@ class Diagnosis {
   bool IsKnown(const std::string& revision) const {
     return CallGit({"rev-parse", "--verify", "--quiet", "--end-of-options", revision + "^{tree}"}, argument_).status == 0;
   }
+
+  bool IsFile() const { return CallGit({"cat-file", "-t", revision_}, argument_).out == "blob\n"; }
 
   // main~50: there is a main, but not that far back.
   bool IsBeyondShallow() const {
@@ -74,7 +83,12 @@ class Diagnosis {
   }
 
   std::string LikeReference() const {
-    const std::vector<std::string> names = SplitAt(CallGit({"for-each-ref", "--format=%(refname:short)"}, argument_).out, '\n');
+    std::vector<std::string> names = SplitAt(CallGit({"for-each-ref", "--format=%(refname:short)"}, argument_).out, '\n');
+    // A clone for a job has the branches of others as those of its remote alone.
+    for (const std::string& name : names) {
+      if (name.ends_with("/" + revision_)) return " (did you mean " + qmx::Quote(name) + "?)";
+    }
+    if (revision_.find_first_of("~^@") == std::string::npos) names.emplace_back("HEAD");
     return qmx::DidYouMean(revision_, std::vector<std::string_view>(names.begin(), names.end()));
   }
 
@@ -116,7 +130,8 @@ GitAnswer CallGit(const std::vector<std::string>& arguments, const std::string& 
     GitAnswer answer;
     answer.out = git.ReadAll();
     answer.status = git.Wait();
-    answer.error = FirstComplaint(git.ErrorText());
+    const std::string errors = git.ErrorText();
+    answer.error = FirstComplaint(errors) + WayOut(errors);
     return answer;
   } catch (const std::system_error& fault) {
     if (fault.code() == std::errc::no_such_file_or_directory) RefuseArgument(argument, "needs git, which is not installed");

@@ -225,6 +225,12 @@ void RequirePair(const Command& command, const Options& options) {
   if (options.inputs.size() > 2) RefuseUsage(command, "unexpected argument " + qmx::Quote(options.inputs[2]));
 }
 
+std::string Told(const CLI::ParseError& error) {
+  const std::string text = error.what();
+  const std::size_t too_often = text.find(": At Most 1 required");
+  return too_often == std::string::npos ? text : text.substr(0, too_often) + " is given more than once; allowed: once";
+}
+
 void Parse(CLI::App& app, const Command& command, const std::vector<std::string>& arguments) {
   try {
     app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
@@ -232,7 +238,7 @@ void Parse(CLI::App& app, const Command& command, const std::vector<std::string>
     throw;
   } catch (const CLI::ParseError& error) {
     const std::string left_over = AboutLeftOver(app);
-    RefuseUsage(command, left_over.empty() ? error.what() : left_over);
+    RefuseUsage(command, left_over.empty() ? Told(error) : left_over);
   }
 }
 

@@ -89,6 +89,8 @@ mode_t ModeFor(const std::string& path) {
   if (::stat(path.c_str(), &status) == 0) {
     // A device or pipe would be replaced by a file.
     if (!S_ISREG(status.st_mode)) Fail(path, "is no regular file");
+    // Its directory alone decides whether it can be replaced; who protects a file means the file.
+    if (::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) Fail(path, std::strerror(errno));
     return status.st_mode & 0777;
   }
   const mode_t mask = ::umask(0);

@@ -97,6 +97,7 @@ TEST_F(GitInputTest, WrongFormsAreRefused) {
   ExpectRefused({"lint", "git:HEAD:"}, "korvelcheck: git:HEAD:: the path is missing; allowed: git:REV:PATH\n");
   ExpectRefused({"lint", "git::old.xml"}, "korvelcheck: git::old.xml: the revision is missing\n");
   ExpectRefused({"lint", "git:--all:old.xml"}, "korvelcheck: git:--all:old.xml: a revision begins with no '-'\n");
+  ExpectRefused({"lint", "git:^HEAD:old.xml"}, "korvelcheck: git:^HEAD:old.xml: a revision begins with no '^'\n");
 }
 
 TEST_F(GitInputTest, AFileOfSuchANameIsGivenAsAPath) {
@@ -128,6 +129,29 @@ TEST_F(GitInputTest, UnknownRevisionsAreToldWithWhatWasMeant) {
   ExpectRefused({"lint", "git:relaese-1:old.xml"},
                 "korvelcheck: git:relaese-1:old.xml: unknown revision 'relaese-1' (did you mean 'release-1'?)\n");
   ExpectRefused({"lint", "git:HEAD~7:old.xml"}, "korvelcheck: git:HEAD~7:old.xml: unknown revision 'HEAD~7'\n");
+  ExpectRefused({"lint", "git:HAED:old.xml"}, "korvelcheck: git:HAED:old.xml: unknown revision 'HAED' (did you mean 'HEAD'?)\n");
+  Git({"update-ref", "refs/remotes/origin/stable", "HEAD"});
+  ExpectRefused({"lint", "git:stable:old.xml"},
+                "korvelcheck: git:stable:old.xml: unknown revision 'stable' (did you mean 'origin/stable'?)\n");
+}
+
+// It was said not to be in the clone.
+TEST_F(GitInputTest, TheIdOfAFileIsNoRevision) {
+  Commit("first");
+  std::string id = Git({"rev-parse", "HEAD:old.xml"});
+  id.pop_back();
+  ExpectRefused({"lint", "git:" + id + ":old.xml"},
+                "korvelcheck: git:" + id + ":old.xml: '" + id + "' is a file; allowed: a commit, or a tree of one\n");
+}
+
+// As in a container whose user is another one than the files'.
+TEST_F(GitInputTest, ARepositoryOfSomebodyElseIsToldWithWhatAllowsIt) {
+  Commit("first");
+  environment_.emplace_back("GIT_TEST_ASSUME_DIFFERENT_OWNER=1");
+  const Outcome outcome = Run({"lint", "git:HEAD:old.xml"});
+  EXPECT_EQ(outcome.exit_code, 2);
+  EXPECT_THAT(outcome.err, testing::MatchesRegex("korvelcheck: git:HEAD:old.xml: detected dubious ownership in repository at "
+                                                 "'[^\n]+'; allow it with: git config --global --add safe.directory [^\n]+\n"));
 }
 
 TEST_F(GitInputTest, AMissingCommitIsTold) {

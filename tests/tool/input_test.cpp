@@ -43,11 +43,11 @@ TEST_F(InputTest, FaultsOfBothFilesAreTold) {
   std::filesystem::create_directory(PathOf("sub"));
   ExpectNotAsked(Korvelcheck({"check", "missing.xml", "sub"}),
                  "korvelcheck: missing.xml: No such file or directory\n"
-                 "korvelcheck: sub: is a directory; allowed: a schema file, an image, or '-' for standard input\n");
+                 "korvelcheck: sub: is a directory; allowed: a file, or '-' for standard input\n");
 }
 
 TEST_F(InputTest, AnEmptyPathIsNoFile) {
-  ExpectNotAsked(Korvelcheck({"check", "", "same.xml"}), "korvelcheck: : No such file or directory\n");
+  ExpectNotAsked(Korvelcheck({"check", "", "same.xml"}), "korvelcheck: '': No such file or directory\n");
 }
 
 TEST_F(InputTest, DanglingAndCircularLinksAreTold) {

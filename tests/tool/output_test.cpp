@@ -124,6 +124,17 @@ TEST_F(OutputTest, DevicesAreNotReplaced) {
   ExpectOutcome(CheckWideInto("/dev/null"), 3, "", "korvelcheck: cannot write /dev/null: is no regular file\n");
 }
 
+// Its directory let it be replaced.
+TEST_F(OutputTest, AWriteProtectedFileStays) {
+  if (::geteuid() == 0) GTEST_SKIP() << "root writes everywhere";
+  Write("report", "old");
+  ::chmod(PathOf("report").c_str(), 0400);
+  const Outcome outcome = CheckWideInto("report");
+  EXPECT_EQ(outcome.exit_code, 3);
+  EXPECT_THAT(outcome.err, testing::EndsWith("report: Permission denied\n"));
+  EXPECT_EQ(Read("report"), "old");
+}
+
 TEST_F(OutputTest, AnUnwritableDirectoryKeepsTheOldFile) {
   if (::geteuid() == 0) GTEST_SKIP() << "root writes everywhere";
   std::filesystem::create_directory(PathOf("sub"));
