@@ -11,8 +11,9 @@ namespace bench {
 // What the new library has that the old one has not.
 enum class Kind {
   kIdentical,
-  kOneAdded,   // one field more in each meta
-  kOneRefused  // a field of the last table shrinks
+  kOneAdded,     // one field more in each meta
+  kOneRefused,   // a field of the last table shrinks
+  kTenthRefused  // every tenth field shrinks; of processes only
 };
 
 // `metas` tables of `fields` fields each; or, with levels, one table on top of that many structures, each of which is two fields

@@ -90,7 +90,7 @@ Program OnFiles(const std::string& name, std::vector<std::string> command, const
 
 Result Measure(const Case& measured, const std::string& directory) {
   const Files files(directory, measured);
-  const int verdict = measured.kind == Kind::kOneRefused ? 1 : 0;
+  const int verdict = measured.kind == Kind::kOneRefused || measured.kind == Kind::kTenthRefused ? 1 : 0;
   const char* const reader = measured.form == Form::kXml ? BOUND_READ_PATH : BOUND_SUM_PATH;
   Result result;
   result.measured = measured;

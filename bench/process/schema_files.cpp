@@ -20,8 +20,9 @@ const char* TypeOf(int position) { return kTypes[position % 4]; }
 // `change` is what this table shows of the change.
 void WriteTable(std::FILE* file, int number, int fields, Kind change) {
   std::fprintf(file, "  <meta name=\"table_%d\" desc=\"table %d\">\n", number, number);
-  for (int i = 0; i + 1 < fields; ++i) WriteEntry(file, i, TypeOf(i), 1);
-  WriteEntry(file, fields - 1, change == Kind::kOneRefused ? kRefusedType : TypeOf(fields - 1), 1);
+  const auto is_refused = [&](int i) { return change == Kind::kTenthRefused && i % 10 == 9; };  // the key is field 0
+  for (int i = 0; i + 1 < fields; ++i) WriteEntry(file, i, is_refused(i) ? kRefusedType : TypeOf(i), 1);
+  WriteEntry(file, fields - 1, change == Kind::kOneRefused || is_refused(fields - 1) ? kRefusedType : TypeOf(fields - 1), 1);
   if (change == Kind::kOneAdded) WriteEntry(file, fields, TypeOf(fields), kNewVersion);
   std::fputs("    <primarykey entries=\"field_0\"/>\n  </meta>\n", file);
 }
