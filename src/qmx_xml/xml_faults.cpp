@@ -51,6 +51,12 @@ FileFault UndefinedEntity(std::string_view text, std::size_t offset) {
                   "; allowed: &lt; &gt; &amp; &apos; &quot; and character references"};
 }
 
+// "<<<<<<< HEAD", at the start of a line.
+bool IsMergeMark(std::string_view text, std::size_t offset) {
+  const std::size_t before = text.rfind('\n', offset);
+  return text.substr(before == std::string_view::npos ? 0 : before + 1).starts_with("<<<<<<<");
+}
+
 std::string HexByte(char byte) {
   constexpr char kDigits[] = "0123456789ABCDEF";
   const auto value = static_cast<unsigned char>(byte);
@@ -86,6 +92,9 @@ FileFault DescribeSyntaxError(int code, std::string_view text, std::size_t offse
   if (code == XML_ERROR_INVALID_TOKEN && rest.starts_with('\0')) return {offset, kZeroByte};
   if (code == XML_ERROR_INVALID_TOKEN && !rest.empty() && Utf8Length(rest) == 0) {
     return {offset, "byte " + HexByte(rest.front()) + " is not UTF-8; allowed: UTF-8"};
+  }
+  if (code == XML_ERROR_INVALID_TOKEN && IsMergeMark(text, offset)) {
+    return {offset, "the mark of a merge that was not finished; allowed: XML 1.0 in UTF-8"};
   }
   const auto known = std::ranges::find(kSyntaxTexts, code, &SyntaxText::code);
   if (known != std::end(kSyntaxTexts)) return {offset, known->text};

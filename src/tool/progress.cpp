@@ -1,9 +1,12 @@
 // Draws a bar. Held by tests/tool/progress_test.cpp.
 #include "tool/progress.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <string_view>
 #include <utility>
 
 #include "tool/file_descriptor.h"
@@ -14,11 +17,22 @@ namespace {
 constexpr std::size_t kBarWidth = 30;      // characters
 constexpr char kClearLine[] = "\r\x1b[K";  // to the start of the line, which is emptied
 
+bool UnderstandsClearLine(int fd) {
+  const char* const terminal = std::getenv("TERM");
+  return ::isatty(fd) == 1 && (terminal == nullptr || std::string_view(terminal) != "dumb");
+}
+
+// A line that is longer than the terminal goes on in the next one and would stay there.
+bool IsTooNarrow(int fd, const std::string& line) {
+  struct winsize size {};
+  return ::ioctl(fd, TIOCGWINSZ, &size) == 0 && size.ws_col != 0 && line.size() >= size.ws_col;
+}
+
 }  // namespace
 
 Progress::Progress(int fd, std::size_t total, std::string what, std::chrono::milliseconds delay)
     : fd_(fd),
-      on_terminal_(::isatty(fd) == 1),
+      on_terminal_(UnderstandsClearLine(fd)),
       total_(total),
       what_(std::move(what)),
       delay_(delay),
@@ -35,8 +49,10 @@ void Progress::Step() {
   const Clock::time_point now = Clock::now();
   if (now < next_) return;
   next_ = now + std::min(kBetweenDrawings, delay_);
+  const std::string line = Line();
+  if (IsTooNarrow(fd_, line)) return;
   drawn_ = true;
-  static_cast<void>(WriteAll(fd_, kClearLine + Line()));
+  static_cast<void>(WriteAll(fd_, kClearLine + line));
 }
 
 std::string Progress::Line() const {

@@ -9,7 +9,7 @@
 namespace korvel::tool {
 
 // A line that is drawn again and again, and gone at the end. Nothing is drawn before `delay` is over, nor anywhere but on a
-// terminal.
+// terminal that is wide enough and not dumb.
 class Progress {
  public:
   using Clock = std::chrono::steady_clock;

@@ -3,9 +3,12 @@
 
 #include <gmock/gmock.h>
 #include <pty.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <array>
+#include <cstdint>
+#include <cstdlib>
 #include <string>
 
 namespace {
@@ -16,7 +19,12 @@ using namespace std::chrono_literals;
 // A terminal and what is seen on it.
 class Terminal {
  public:
-  Terminal() { EXPECT_EQ(::openpty(&screen_, &program_, nullptr, nullptr, nullptr), 0); }
+  // No columns: a terminal that does not tell.
+  explicit Terminal(std::uint16_t columns = 0) {
+    winsize size{};
+    size.ws_col = columns;
+    EXPECT_EQ(::openpty(&screen_, &program_, nullptr, nullptr, &size), 0);
+  }
   Terminal(const Terminal&) = delete;
   Terminal& operator=(const Terminal&) = delete;
   ~Terminal() { ::close(screen_); }
@@ -49,6 +57,31 @@ TEST(Progress, IsDrawnOnATerminalAndGoneAtTheEnd) {
   EXPECT_THAT(seen, testing::HasSubstr("\r\x1b[K[###############               ] 2 of 4 files"));
   EXPECT_THAT(seen, testing::HasSubstr("[##############################] 4 of 4 files"));
   EXPECT_THAT(seen, testing::EndsWith("\r\x1b[K"));
+}
+
+// What did not fit went on in the next line and stayed there.
+TEST(Progress, IsDrawnWhereItFits) {
+  for (const auto columns : {std::uint16_t{45}, std::uint16_t{46}}) {
+    Terminal terminal(columns);
+    {
+      Progress progress(terminal.fd(), 4, "files", 0ms);
+      for (int i = 0; i < 4; ++i) progress.Step();
+    }
+    EXPECT_EQ(terminal.Seen().empty(), columns == 45) << columns;
+  }
+}
+
+TEST(Progress, IsNotDrawnOnADumbTerminal) {
+  const char* const before = std::getenv("TERM");
+  const std::string kept = before == nullptr ? "" : before;
+  ::setenv("TERM", "dumb", 1);
+  Terminal terminal;
+  {
+    Progress progress(terminal.fd(), 1, "files", 0ms);
+    progress.Step();
+  }
+  before == nullptr ? ::unsetenv("TERM") : ::setenv("TERM", kept.c_str(), 1);
+  EXPECT_EQ(terminal.Seen(), "");
 }
 
 TEST(Progress, NothingIsDrawnBeforeItsTime) {
