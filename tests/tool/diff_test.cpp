@@ -75,6 +75,9 @@ TEST_F(DiffTest, WhatWasRemovedStandsAtItsOldPlace) {
   Write("less.xml", Library(5, {Table()}));
   EXPECT_THAT(Korvelcheck({"diff", "more.xml", "less.xml"}).out, HasSubstr("\n   more.xml:2:61: field note removed\n"));
   EXPECT_THAT(Korvelcheck({"diff", "less.xml", "more.xml"}).out, HasSubstr("\n   more.xml:2:61: field note added\n"));
+  Write("more.xml", Library(5, {Table({.fields = R"(<splittablekey entries="uid"/>)"})}));
+  EXPECT_THAT(Korvelcheck({"diff", "more.xml", "less.xml"}).out,
+              HasSubstr("\n   more.xml:2:85: splittable key of orders: uid -> none\n"));
 }
 
 // A table that another one embeds has its edits at its own place, once.

@@ -40,6 +40,19 @@ TEST_F(TextReportTest, PathsDoNotBreakLines) {
   EXPECT_THAT(Korvelcheck({"lint", "a\nb.xml"}).out, HasSubstr("\na\\nb.xml:2:1: allowed: table orders\n"));
 }
 
+// A field that moved to the front stood behind another one and stands behind none: it was taken for one that is gone, and told
+// at its old place.
+TEST_F(TextReportTest, WhatMovedToTheFrontIsToldWhereItIsNow) {
+  const std::string note = "<entry name=\"note\" type=\"int8\"/>";
+  Write("old.xml", Library(5, {Table({.fields = "<entry name=\"zone\" type=\"int8\"/>" + note})}));
+  std::string moved = Read("old.xml");
+  moved.erase(moved.find(note), note.size());
+  moved.insert(moved.find("<entry"), note);
+  Write("new.xml", moved);
+  EXPECT_THAT(Korvelcheck({"check", "old.xml", "new.xml"}).out,
+              AllOf(HasSubstr("\nnew.xml:2:21: refused [field.order]"), HasSubstr("\n   was: old.xml:2:")));
+}
+
 // Percent signs of names pass through the checker's formats unharmed.
 TEST_F(TextReportTest, PercentSignsAreKept) {
   Write("old.xml", Library(5, {Table({.name = "%s%n%d"})}));

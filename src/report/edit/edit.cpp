@@ -80,6 +80,11 @@ std::string Change(const Edit& edit, const Wording& wording) {
 
 std::string_view NameOf(EditKind kind) { return WordingOf(kind).name; }
 
+bool TakesElementAway(const Edit& edit) {
+  const bool is_key = edit.kind == EditKind::kPrimaryKey || edit.kind == EditKind::kSplittableKey;
+  return WordingOf(edit.kind).event == "removed" || (is_key && edit.after.empty());
+}
+
 std::string Describe(const Edit& edit) {
   const Wording& wording = WordingOf(edit.kind);
   return OneLine(wording.event.empty() ? Change(edit, wording) : Event(edit, wording));

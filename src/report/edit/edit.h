@@ -68,6 +68,9 @@ inline constexpr std::size_t kMaxPaths = 8;
 // An attribute as `before` and `after` say it.
 inline std::string ValueText(std::string_view text) { return text.empty() ? "\"\"" : std::string(text); }
 
+// Whether the element that it is about is gone from the new side, whose place then is that of what encloses it.
+bool TakesElementAway(const Edit& edit);
+
 // One line: "type of uid: uint32 -> uint64", "field note added", "field zone moved behind n_items".
 std::string Describe(const Edit& edit);
 

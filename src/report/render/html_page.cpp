@@ -22,15 +22,7 @@ std::string LabelOf(const std::string& id) {
   return label;
 }
 
-namespace {
-
-// Whether what the edit is about has no place on the new side, only what encloses it has.
-bool IsRemoval(const Edit& edit) {
-  const bool is_key = edit.kind == EditKind::kPrimaryKey || edit.kind == EditKind::kSplittableKey;
-  return edit.kind == EditKind::kEntryRemoved || edit.kind == EditKind::kIndexRemoved || (is_key && edit.after.empty());
-}
-
-}  // namespace
+namespace {}  // namespace
 
 Page::Page(const Report& report, const HtmlLimits& limits) : report_(report), limits_(limits), marks_(LocationsOf(report, true)) {
   for (const TableResult& table : report.tables) {
@@ -92,11 +84,11 @@ void Page::ListChanges() {
 void Page::AddMarks(const TableResult& table, const Edit& edit, Look look, const std::string& id) {
   PagePair& pair = pairs_[PairOf(table)];
   AddMark(pair.old_marks, edit.old_place, look, id);
-  if (!IsRemoval(edit)) AddMark(pair.new_marks, edit.new_place, look, id);
+  if (!TakesElementAway(edit)) AddMark(pair.new_marks, edit.new_place, look, id);
   const Mark* const old_mark = marks_.Find(edit.old_place);
   const Mark* const new_mark = marks_.Find(edit.new_place);
   const bool both = old_mark != nullptr && new_mark != nullptr && old_mark->begin && new_mark->begin;
-  if (both && !IsRemoval(edit)) pair.known.push_back({old_mark->begin->line, new_mark->begin->line});
+  if (both && !TakesElementAway(edit)) pair.known.push_back({old_mark->begin->line, new_mark->begin->line});
 }
 
 void Page::AddMark(std::vector<LineMark>& marks, const Location& location, Look look, const std::string& id) const {

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "report/result/places.h"
+#include "report/result/words.h"
 #include "report/text/one_line.h"
 
 namespace korvel::report {
@@ -58,10 +59,6 @@ const char* WordFor(const TableEdits& table) {
 
 // --- Text ---
 
-std::string Counted(std::size_t number, const std::string& thing) {
-  return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
-}
-
 class TextWriter {
  public:
   explicit TextWriter(const Listing& listing) : listing_(listing), marks_(MarksOf(listing)) {}
@@ -76,16 +73,12 @@ class TextWriter {
   }
 
  private:
-  std::string Place(const Location& location) const {
-    const Mark& mark = *marks_.Find(location);
-    const std::string file = OneLine(mark.file);
-    return mark.begin ? file + ":" + std::to_string(mark.begin->line) + ":" + std::to_string(mark.begin->column) : file;
-  }
+  std::string Place(const Location& location) const { return Told(*marks_.Find(location)); }
 
   // What was removed stands at its old place.
   void AddEdits(const std::vector<Edit>& edits) {
     for (const Edit& edit : edits) {
-      const bool is_removed = edit.kind == EditKind::kEntryRemoved || edit.kind == EditKind::kIndexRemoved;
+      const bool is_removed = TakesElementAway(edit);
       const bool has_two = edit.old_place && !is_removed;
       text_ += "   " + Place(is_removed ? edit.old_place : edit.new_place) + ": " + Describe(edit);
       text_ += has_two ? " (was at " + Place(edit.old_place) + ")\n" : "\n";

@@ -69,10 +69,10 @@ std::string CodeNameOf(int code) {
 
 namespace {
 
-// Whether nothing of what the edit is about is left on the new side.
+// Whether nothing of what the edit is about is left on the new side. What moved to the front stands behind nothing there.
 bool IsRemoval(const Edit& edit) {
-  return edit.kind == EditKind::kEntryRemoved || edit.kind == EditKind::kIndexRemoved ||
-         (edit.after.empty() && !edit.before.empty());
+  const bool moves = edit.kind == EditKind::kEntryMoved || edit.kind == EditKind::kIndexMoved;
+  return TakesElementAway(edit) || (!moves && edit.after.empty() && !edit.before.empty());
 }
 
 }  // namespace
