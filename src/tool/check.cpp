@@ -21,7 +21,7 @@ Answer CheckPair(const Command& command, const Options& options, LPVESKCATEGORYI
 Answer Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
   const bool is_whole = options.inputs.empty();
   const bool has_state = options.against || (is_whole && options.project && options.project->against);
-  if (is_whole && !has_state) RefuseUsage(command, "OLD is required");
+  if (is_whole && !has_state) RefuseUsage(command, "OLD and NEW are required, or --against");
   if (options.allow_new && !has_state) RefuseUsage(command, "--allow-new goes with --against");
   Answer answer = has_state ? CheckAgainst(command, options, log) : CheckPair(command, options, log);
   if (options.project) ApplyWaivers(*options.project, is_whole && options.tables.empty(), answer.report);

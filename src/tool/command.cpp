@@ -8,9 +8,9 @@ namespace korvel::tool {
 
 std::span<const Command* const> Commands() {
   static constexpr const Command* kCommands[] = {
-      &kCheckCommand,   &kCompatCommand,     &kValuesCommand,  &kSameCommand,   &kSortlistCommand, &kLintCommand,
-      &kCompileCommand, &kDumpCommand,       &kSuggestCommand, &kLayoutCommand, &kDiffCommand,     &kRulesCommand,
-      &kExplainCommand, &kCompletionCommand, &kManCommand,     &kWaiveCommand,  &kHistoryCommand,
+      &kCheckCommand,    &kSuggestCommand, &kHistoryCommand, &kLintCommand,       &kDiffCommand,   &kLayoutCommand,
+      &kRulesCommand,    &kExplainCommand, &kWaiveCommand,   &kCompatCommand,     &kValuesCommand, &kSameCommand,
+      &kSortlistCommand, &kCompileCommand, &kDumpCommand,    &kCompletionCommand, &kManCommand,
   };
   return kCommands;
 }

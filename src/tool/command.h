@@ -90,7 +90,7 @@ extern const Command kManCommand;
 extern const Command kWaiveCommand;
 extern const Command kHistoryCommand;
 
-// In the order in which help shows them.
+// In the order in which help shows them: what people ask every day first.
 std::span<const Command* const> Commands();
 
 // Null for an unknown name.

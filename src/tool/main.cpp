@@ -40,7 +40,10 @@ void OccupyClosedStreams() {
 std::string Help() {
   std::string text =
       "korvelcheck: may the tables of the Korvel store go from an old schema to a new one?\n\n"
-      "Usage: korvelcheck COMMAND [OPTIONS] FILES\n\nCommands:\n";
+      "Usage: korvelcheck COMMAND [OPTIONS] FILES\n\n"
+      "  korvelcheck check old.xml new.xml               every table of a schema file\n"
+      "  korvelcheck check --against git:origin/main     every schema file of a project\n\n"
+      "Commands:\n";
   for (const Command* command : Commands()) {
     const std::string name = command->name;
     text += "  " + name + std::string(12 - name.size(), ' ') + command->summary + "\n";

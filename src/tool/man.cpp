@@ -44,15 +44,16 @@ constexpr char kEnd[] = R"(.SH EXIT STATUS
 Everything that was compared is allowed.
 .TP
 .B 1
-At least one table is refused.
+At least one table is refused, and not all of its findings are waived; or a
+waiver is malformed, expired or unused; or there is no suggestion.
 .TP
 .B 2
 The question could not be asked: wrong usage, a file that cannot be read, a
 schema error, nothing to compare.
 .TP
 .B 3
-A fault: the result could not be written, memory ran out, or the program is
-wrong.
+A fault: the result or the log could not be written, memory ran out, or the
+program is wrong.
 .SH ENVIRONMENT
 .TP
 .B NO_COLOR
@@ -68,7 +69,7 @@ Seconds since 1970: the day by which waivers expire, in place of today.
 .SH FILES
 .TP
 .I korvelcheck.toml
-Schema files and settings of a project.
+Schema files, settings and waivers of a project.
 It is looked for in the working directory and in those above.
 .SH EXAMPLES
 Check a change of all tables:
@@ -76,6 +77,22 @@ Check a change of all tables:
 .RS 4
 .EX
 korvelcheck check old.xml new.xml
+.EE
+.RE
+.PP
+Check every schema file of a directory against its last committed state:
+.PP
+.RS 4
+.EX
+korvelcheck check \-\-against git:HEAD schemas
+.EE
+.RE
+.PP
+Make of a refused schema one that is allowed:
+.PP
+.RS 4
+.EX
+korvelcheck suggest old.xml new.xml | patch \-p0
 .EE
 .RE
 .PP
@@ -87,7 +104,8 @@ korvelcheck explain primary\-key.size
 .EE
 .RE
 .SH SEE ALSO
-.BR git (1)
+.BR git (1),
+.BR patch (1)
 )";
 
 // The text as troff shows it as it is: hyphens that can be copied, no escapes. No line of ours begins with a period.

@@ -5,6 +5,7 @@
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <algorithm>
+#include <memory>
 #include <string_view>
 
 #include "qmx/did_you_mean.h"
@@ -22,6 +23,16 @@ namespace {
 constexpr Choice kLogFormats[] = {{"text", static_cast<int>(vesk::LineFormat::kText)},
                                   {"json", static_cast<int>(vesk::LineFormat::kJson)}};
 constexpr Choice kLogLevels[] = {{"error", VESK_PRIORITY_ERROR}, {"warn", VESK_PRIORITY_WARN}, {"info", VESK_PRIORITY_INFO}};
+
+// Help names what an option takes. What it needs or excludes its description says.
+class HelpFormatter : public CLI::Formatter {
+ public:
+  std::string make_option_opts(const CLI::Option* option) const override {
+    const bool repeated = option->get_expected_max() == CLI::detail::expected_max_vector_size;
+    const std::string value = option->get_items_expected_max() == 0 ? "" : option->get_type_name();
+    return (value.empty() ? "" : " " + value) + (repeated ? " ..." : "") + (option->get_required() ? " REQUIRED" : "");
+  }
+};
 
 [[noreturn]] void RefuseValue(const std::string& option, const std::string& value, const std::string& allowed) {
   throw CLI::ValidationError(option, qmx::Quote(value) + " is not allowed; allowed: " + allowed);
@@ -152,10 +163,10 @@ void AddReportOptions(CLI::App& app, Options& options, vesk::LogSettings& log) {
   CLI::Option* const log_option =
       app.add_option_function<std::string>("--log", take_log, "append the checker's log to FILE; '-': standard error")
           ->type_name("FILE");
-  AddChoice(app, "--log-format", kLogFormats, "form of log lines; default: text", [&log](int code) {
+  AddChoice(app, "--log-format", kLogFormats, "form of log lines, with --log; default: text", [&log](int code) {
     log.format = static_cast<vesk::LineFormat>(code);
   })->needs(log_option);
-  AddChoice(app, "--log-level", kLogLevels, "least grave level to log; default: info", [&log](int code) {
+  AddChoice(app, "--log-level", kLogLevels, "least grave level to log, with --log; default: info", [&log](int code) {
     log.least_grave = code;
   })->needs(log_option);
 }
@@ -292,6 +303,7 @@ std::optional<Options> ParseOptions(const Command& command, const std::vector<st
   vesk::LogSettings log;
   log.least_grave = VESK_PRIORITY_INFO;
   CLI::App app(command.summary, std::string("korvelcheck ") + command.name);
+  app.formatter(std::make_shared<HelpFormatter>());
   AddInputs(app, command, options);
   // Declaring them takes longer than reading a small file: a call without options does without, unless one is needed.
   if ((command.options & (kNeedsOutput | kWaiverOptions)) != 0 || std::any_of(arguments.begin(), arguments.end(), IsOption)) {

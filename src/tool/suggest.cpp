@@ -75,7 +75,7 @@ std::string Make(const Options& options) {
 
 const Command kSuggestCommand{
     .name = "suggest",
-    .summary = "NEW with its refused changes mended, as a difference or a file",
+    .summary = "write NEW with its refused changes mended, as a difference or a file",
     .first = {"OLD", "old"},
     .second = {"NEW", "new"},
     .options = kTableOption | kCreatedAsOption | kSettingOptions | kSuggestOptions,

@@ -43,6 +43,16 @@ TEST_F(UsageTest, HelpShowsOnlyTheOptionsThatACommandTakes) {
   EXPECT_THAT(Korvelcheck({"dump", "--help"}).out, Not(HasSubstr("--log")));
 }
 
+// As they are typed: whether a value is taken for an option of its own shows at a glance.
+TEST_F(UsageTest, HelpNamesWhatAnOptionTakesAndNoMore) {
+  const std::string check = Korvelcheck({"check", "--help"}).out;
+  EXPECT_THAT(check, HasSubstr("\n  --project FILE              project file; "));
+  EXPECT_THAT(check, HasSubstr("\n  --no-project                use no project file\n"));
+  EXPECT_THAT(check, HasSubstr("\n  --log-format text|json      form of log lines, with --log; "));
+  EXPECT_THAT(check, HasSubstr("\n  FILES ...                   OLD and NEW, "));
+  EXPECT_THAT(Korvelcheck({"waive", "--help"}).out, HasSubstr("\n  --until DAY REQUIRED        the last day "));
+}
+
 TEST_F(UsageTest, VersionIsOneLine) { ExpectOutcome(Korvelcheck({"--version"}), 0, "korvelcheck " KORVEL_VERSION "\n", ""); }
 
 TEST_F(UsageTest, HelpThatCannotBeWrittenIsAFault) {
@@ -66,7 +76,7 @@ struct WrongUsage {
 
 TEST_F(UsageTest, WrongOptionsAreRefusedBeforeAnyFileIsRead) {
   const WrongUsage kCases[] = {
-      {{"check"}, "OLD is required"},
+      {{"check"}, "OLD and NEW are required, or --against"},
       {{"check", "no.xml"}, "NEW is required"},
       {{"check", "a", "b", "c"}, "unexpected argument 'c'"},
       {{"check", "--tabel", "x", "a", "b"}, "unknown option '--tabel' (did you mean '--table'?)"},
