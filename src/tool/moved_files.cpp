@@ -12,8 +12,6 @@ namespace {
 
 using report::Source;
 
-std::string_view LibraryName(const Source& source) { return source.Library()->data + source.Library()->ptrName; }
-
 // What two files must have in common, the strictest first. The name of the library is always part of it.
 std::string_view Bytes(const Source& source) {
   if (source.text) return source.text->bytes;
@@ -38,7 +36,7 @@ std::vector<std::pair<std::size_t, std::size_t>> FindMoved(std::span<const Sourc
   std::vector<bool> is_paired(added.size());
   std::vector<bool> is_gone(gone.size(), true);
   for (const auto common : kCommon) {
-    const auto mark = [&](const Source& source) { return Mark(LibraryName(source), common(source)); };
+    const auto mark = [&](const Source& source) { return Mark(source.LibraryName(), common(source)); };
     std::multimap<Mark, std::size_t> free;
     for (std::size_t i = 0; i < added.size(); ++i) {
       if (!is_paired[i]) free.emplace(mark(*added[i]), i);

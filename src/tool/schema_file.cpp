@@ -1,14 +1,17 @@
 // Writes schema files; src/qmx_xml reads them. Held by tests/tool/image_test.cpp.
 #include "tool/schema_file.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "common/meta_view.h"
 #include "qmx/qmx_metalib_kernel.h"
 #include "qmx/qmx_xml.h"
 #include "qmx/quote.h"
+#include "report/edit/model.h"
 #include "report/text/one_line.h"
 #include "report/text/xml_escape.h"
+#include "report/way_out/model_text.h"
 #include "tool/cannot_ask.h"
 
 namespace korvel::tool {
@@ -19,13 +22,10 @@ class Writer {
   explicit Writer(const Input& input) : input_(input), library_(input.Library()) {}
 
   std::string Run() {
-    text_ = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<metalib";
-    Attribute("name", library_->data + library_->ptrName);
-    Number("version", library_->iVersion);
-    if (library_->iFlag != QMX_FLAG_UNSET) Attribute("protocol", IsTlv(library_) ? "TLV" : "QMX");
-    text_ += ">\n";
+    text_ = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+    Element("", "metalib", AttributesOf(report::HeadOf(library_)), ">");
     for (int i = 0; i < qmx_get_meta_num(library_); ++i) Meta(qmx_get_meta_by_index(library_, i));
-    text_ += "</metalib>\n";
+    text_ += "\n</metalib>\n";
     RequireSame();
     return std::move(text_);
   }
@@ -35,89 +35,52 @@ class Writer {
     throw CannotAsk{{OneLine(input_.name + ": error: no schema file can say this: " + what)}};
   }
 
-  void Attribute(const char* name, std::string_view value) {
-    text_.append(" ").append(name).append("=\"");
+  // The start tag of an element, on a line of its own.
+  void Element(const char* indent, std::string_view element, const std::vector<AttributeText>& attributes, const char* end) {
+    text_.append("\n").append(indent).append("<").append(element);
+    for (const auto& [name, value] : attributes) {
+      if (value) Attribute(name, *value);
+    }
+    text_ += end;
+  }
+
+  void Attribute(std::string_view name, const std::string& value) {
     const std::optional<std::string> escaped = XmlEscaped(value);
-    if (!escaped) Refuse("'" + std::string(name) + "' is " + qmx::Quote(value) + "; allowed: characters of XML 1.0 in UTF-8");
-    text_ += *escaped;
-    text_ += '"';
+    if (!escaped) Refuse(qmx::Quote(name) + " is " + qmx::Quote(value) + "; allowed: characters of XML 1.0 in UTF-8");
+    text_.append(" ").append(name).append("=\"").append(*escaped).append("\"");
     // A few bytes of an image may stand for a long name.
     if (text_.size() > qmx::kMaxFileBytes) {
       Refuse("it has more than " + std::to_string(qmx::kMaxFileBytes) + " bytes; allowed: up to that");
     }
   }
 
-  template <class Value>
-  void Number(const char* name, Value value) {
-    Attribute(name, std::to_string(value));
-  }
-
-  void OptionalAttribute(const char* name, const char* value) {
-    if (value != nullptr) Attribute(name, value);
-  }
-
   void Meta(LPQMXMETA meta) {
-    text_ += "  <meta";
-    Attribute("name", qmx_get_meta_name(meta));
-    if (meta->iType == QMX_TYPE_UNION) Attribute("kind", "union");
-    OptionalAttribute("customattr", qmx_get_meta_customattr(meta));
-    text_ += ">\n";
+    const report::MetaModel model = report::MetaOf(library_, meta);
+    Element("  ", "meta", AttributesOf(model), ">");
     // Texts lie in the order in which the file declares what they belong to: an index may stand between entries.
     int index = 0;
+    const auto write_index = [&] { Index(model.indexes[static_cast<std::size_t>(index++)]); };
     for (const auto [position, entry] : Entries(meta)) {
-      while (index < IndexCount(meta) && Indexes(meta)[index]->ptrName < entry->ptrName) Index(meta, Indexes(meta)[index++]);
-      Entry(entry);
+      while (index < IndexCount(meta) && Indexes(meta)[index]->ptrName < entry->ptrName) write_index();
+      Element("    ", "entry", AttributesOf(model.entries[static_cast<std::size_t>(position)]), "/>");
     }
-    Key("primarykey", meta, PrimaryKeyMembers(meta));
-    Key("splittablekey", meta, {meta, meta->ptrSplitTableKeyBase, meta->iSplitTableKeyMemberNum});
-    while (index < IndexCount(meta)) Index(meta, Indexes(meta)[index++]);
-    text_ += "  </meta>\n";
+    Key("primarykey", model.primary_key);
+    Key("splittablekey", model.splittable_key);
+    while (index < IndexCount(meta)) write_index();
+    text_ += "\n  </meta>";
   }
 
-  void Entry(LPQMXMETAENTRY entry) {
-    text_ += "    <entry";
-    Attribute("name", qmx_get_entry_name(entry));
-    if (entry->iID != -1) Number("id", entry->iID);
-    if (const LPQMXMETA meta = qmx_get_entry_type_meta(library_, entry)) {
-      Attribute("type", qmx_get_meta_name(meta));
-    } else {
-      const qmx::SimpleType& type = *qmx::FindSimpleType(entry->iType);
-      Attribute("type", type.name);
-      if (type.unit_size == 0) Number("size", entry->iUnitSize);
-    }
-    if (entry->iVersion != 1) Number("version", entry->iVersion);
-    if (entry->iCount != 1) Number("count", entry->iCount);
-    OptionalAttribute("refer", qmx_get_entry_name(qmx_get_entry_refer(entry)));
-    OptionalAttribute("customattr2", qmx_get_entry_customattr2(library_, entry));
-    text_ += "/>\n";
+  void Key(const char* element, const std::vector<std::string>& members) {
+    if (members.empty()) return;
+    if (const auto attributes = KeyAttributes(members)) return Element("    ", element, *attributes, "/>");
+    const auto odd = std::ranges::find_if(members, [](const std::string& one) { return !KeyAttributes({one}); });
+    Refuse(qmx::Quote(element) + " names " + qmx::Quote(*odd) + "; allowed: names without blanks");
   }
 
-  void Key(const char* element, LPQMXMETA meta, const RecordList<tagQMXDBKeyInfo>& members) {
-    if (members.size() == 0) return;
-    std::string names;
-    for (const auto* member : members) {
-      const std::string name = MemberName(meta, member);
-      if (name.empty() || name.find_first_of(" \t\r\n") != std::string::npos) {
-        Refuse("'" + std::string(element) + "' names " + qmx::Quote(name) + "; allowed: names without blanks");
-      }
-      names += (names.empty() ? "" : " ") + name;
-    }
-    text_.append("    <").append(element);
-    Attribute("entries", names);
-    text_ += "/>\n";
-  }
-
-  void Index(LPQMXMETA meta, LPQMXMETAINDEX index) {
-    text_ += "    <index";
-    Attribute("name", IndexName(meta, index));
-    text_ += ">\n";
-    for (const auto* column : Columns(meta, index)) {
-      text_ += "      <column";
-      Attribute("entry", MemberName(meta, column));
-      if (column->iIsDesc != 0) Attribute("desc", "true");
-      text_ += "/>\n";
-    }
-    text_ += "    </index>\n";
+  void Index(const report::IndexModel& index) {
+    Element("    ", "index", AttributesOf(index), ">");
+    for (const report::ColumnModel& column : index.columns) Element("      ", "column", AttributesOf(column), "/>");
+    text_ += "\n    </index>";
   }
 
   // Whatever else an image may hold and a schema file may not shows when the file is read again.

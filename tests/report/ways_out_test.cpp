@@ -50,7 +50,8 @@ Mended Mend(const Sides& sides) {
   const Difference difference(old_source, new_source, "t");
   Mended mended;
   mended.changes = FindChanges(difference, old_source, new_source, "t", settings, whole, kMaxFindings);
-  mended.suggestion = FindWaysOut(difference, old_source, new_source, "t", settings, mended.changes, true);
+  mended.suggestion = Suggest(difference, old_source, "t", settings, mended.changes);
+  FindWaysOut(difference, old_source, new_source, "t", settings, mended.changes, true);
   const auto built = Build(mended.suggestion.model);
   EXPECT_TRUE(built);
   const bool refused = AskChecker(old_source.Library(), built->get(), "t", settings).Refused();

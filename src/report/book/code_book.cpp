@@ -13,24 +13,20 @@ namespace {
 constexpr std::array<const char*, kResultCodeCount> kMeanings = {
     "Success: the change is allowed, or the two sides fit.",
     "The question is wrong, or what it is about is of the wrong kind: an argument is missing or unknown, the library goes back "
-    "in "
-    "version or from TLV to the record format, or the kind of the table changed. The whole check returns it without a text where "
-    "field lengths are to be checked and there is no log category.",
+    "in version or from TLV to the record format, or the kind of the table changed. The whole check returns it without a text "
+    "where field lengths are to be checked and there is no log category.",
     "What is needed cannot be had: the table is missing, no rule fits the protocols, or the attributes of the new side cannot be "
     "understood; or fields are larger than the servers allow. The whole check returns it without a text where the old library "
-    "has no "
-    "version.",
+    "has no version.",
     "A field changed in a way that stored records do not stand: it is gone, or its id, size, type, count, structure or attribute "
     "changed.",
     "The primary key changed. Of the rule on kinds of tables: the type of the table changed.",
     "The splittable key changed. Of the rule on kinds of tables: the length of the list was reduced or is not the server's.",
     "The indexes changed, or a list table has one. Of the rule on kinds of tables: the number of sort fields changed.",
     "A field is not where it was looked for. Callers see it from the rule on kinds of tables alone, where a new field cannot be "
-    "read; "
-    "of keys and indexes the codes of the rules that look stand for it.",
+    "read; of keys and indexes the codes of the rules that look stand for it.",
     "The version of a kept field changed, that of an added one is not above the old library's, or kept fields changed places. Of "
-    "the "
-    "rule on kinds of tables: a new field has no name.",
+    "the rule on kinds of tables: a new field has no name.",
     "The name of a field is longer than 31 bytes. Of the rule on kinds of tables: an old field cannot be read.",
     "By its name, a table's name is too long. The rule on kinds of tables returns it where an old field has no name.",
     "By its name, a table's name is empty. The rule on kinds of tables returns it where the attribute of a sort field changed.",
@@ -38,8 +34,7 @@ constexpr std::array<const char*, kResultCodeCount> kMeanings = {
     "By its name, a table's name has a character that names may not have.",
     "By its name, there is such a table already.",
     "By its name, a table has no primary key. The rule on kinds of tables and `sortlist` return it where attributes were "
-    "removed, the "
-    "former also where the sort rule changed.",
+    "removed, the former also where the sort rule changed.",
     "By its name, a field's type is not allowed. The rule on kinds of tables returns it where the data protocol changed.",
     "The name of a field begins with a digit.",
     "The name of a field has a byte other than letters, digits and underscore.",
@@ -75,8 +70,7 @@ constexpr std::array<const char*, kResultCodeCount> kMeanings = {
     "By its name, an index was to be changed.",
     "By its name, a table that is defined in the new way has an error.",
     "The attributes of a table cannot be understood. CheckTable tells the checker so; the checker itself returns -1 for the old "
-    "side "
-    "and -2 for the new one.",
+    "side and -2 for the new one.",
     "By its name, a field's name stands twice.",
 };
 

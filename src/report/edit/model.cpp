@@ -66,15 +66,8 @@ class Reader {
 
  private:
   MetaModel Read(LPQMXMETA meta) const {
-    MetaModel model;
-    model.name = qmx_get_meta_name(meta);
-    model.kind = static_cast<enQMXType>(meta->iType);
-    if (const char* text = qmx_get_meta_customattr(meta)) model.customattr = text;
-    for (const auto [index, entry] : Entries(meta)) model.entries.push_back(ReadEntry(library_, entry));
+    MetaModel model = MetaOf(library_, meta);
     DropLooseRefers(model.entries);  // images may count by what no schema file could
-    model.primary_key = ReadKey(meta, PrimaryKeyMembers(meta));
-    model.splittable_key = ReadKey(meta, {meta, meta->ptrSplitTableKeyBase, meta->iSplitTableKeyMemberNum});
-    for (const LPQMXMETAINDEX index : Indexes(meta)) model.indexes.push_back(ReadIndex(meta, index));
     model.position = *PositionOf(source_, model.name);
     return model;
   }
@@ -94,9 +87,23 @@ bool MetaModel::operator==(const MetaModel& other) const {
   return parts(*this) == parts(other);
 }
 
+Model HeadOf(LPQMXMETALIB library) { return {library->data + library->ptrName, library->iVersion, ProtocolOf(library), {}}; }
+
+MetaModel MetaOf(LPQMXMETALIB library, LPQMXMETA meta) {
+  MetaModel model;
+  model.name = qmx_get_meta_name(meta);
+  model.kind = static_cast<enQMXType>(meta->iType);
+  if (const char* text = qmx_get_meta_customattr(meta)) model.customattr = text;
+  for (const auto [index, entry] : Entries(meta)) model.entries.push_back(ReadEntry(library, entry));
+  model.primary_key = ReadKey(meta, PrimaryKeyMembers(meta));
+  model.splittable_key = ReadKey(meta, {meta, meta->ptrSplitTableKeyBase, meta->iSplitTableKeyMemberNum});
+  for (const LPQMXMETAINDEX index : Indexes(meta)) model.indexes.push_back(ReadIndex(meta, index));
+  return model;
+}
+
 Model ModelOf(const Source& source, const std::string& table) {
   const LPQMXMETALIB library = source.Library();
-  Model model{library->data + library->ptrName, library->iVersion, ProtocolOf(library), {}};
+  Model model = HeadOf(library);
   Reader(source, model).Visit(qmx_get_meta_by_name(library, table.c_str()));
   return model;
 }

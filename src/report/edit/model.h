@@ -61,6 +61,12 @@ struct Model {
   bool operator==(const Model&) const = default;
 };
 
+// A library without its metas.
+Model HeadOf(LPQMXMETALIB library);
+
+// A meta as it stands in its library, references that no schema file could say and all. Its position is not looked for.
+MetaModel MetaOf(LPQMXMETALIB library, LPQMXMETA meta);
+
 // The model of one table of a library. REQUIRES: the source has the meta. Linear in what the table reaches.
 Model ModelOf(const Source& source, const std::string& table);
 

@@ -221,11 +221,6 @@ void TakeApart(const Case& asked, const Difference& difference, const Verdict& w
   if (changes.findings.empty()) AddWhole(asked, whole, changes);
 }
 
-std::string NameOfLibrary(const Source& source) {
-  const LPQMXMETALIB library = source.Library();
-  return library->ptrName == QMX_NO_REF ? "" : library->data + library->ptrName;
-}
-
 }  // namespace
 
 Changes FindChanges(const Difference& difference, const Source& old_source, const Source& new_source, const std::string& table,
@@ -238,7 +233,7 @@ Changes FindChanges(const Difference& difference, const Source& old_source, cons
     changes.status.assign(changes.edits.size(), EditStatus::kAllowed);
   }
   for (Finding& finding : changes.findings) {
-    finding.fingerprint = FingerprintOf(NameOfLibrary(old_source), finding, changes.edits);
+    finding.fingerprint = FingerprintOf(old_source.LibraryName(), finding, changes.edits);
   }
   return changes;
 }
@@ -249,7 +244,7 @@ Changes FindGone(const Source& old_source, const Source& new_source, const std::
   changes.findings.push_back(AboutTable({old_source, new_source, table, settings}, whole));
   changes.allowed_together = AskChecker(old_source.Library(), old_source.Library(), table, settings);
   Finding& finding = changes.findings.front();
-  finding.fingerprint = FingerprintOf(NameOfLibrary(old_source), finding, {});
+  finding.fingerprint = FingerprintOf(old_source.LibraryName(), finding, {});
   return changes;
 }
 

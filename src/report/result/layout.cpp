@@ -20,17 +20,6 @@ std::string TypeName(LPQMXMETALIB library, LPQMXMETAENTRY entry) {
   return type == nullptr ? "?" : std::string(type->name);
 }
 
-bool IsSortList(const Source& source, const std::string& table) {
-  int table_type = TABLE_TYPE_GENERIC;
-  int list_num = 0;
-  int sort_field_num = 0;
-  int sort_rule = 0;
-  char protocol[8] = "";
-  CheckTable().CheckTableTypeByCustomAttr(source.Library(), table.c_str(), table_type, list_num, sort_field_num, sort_rule,
-                                          protocol, false, nullptr);
-  return table_type == TABLE_TYPE_SORTLIST;
-}
-
 constexpr std::size_t kLongPath = 512;  // bytes
 
 // Where a structure's fields are put.
@@ -45,7 +34,7 @@ struct Frame {
 class Walk {
  public:
   Walk(const Source& source, TableLayout& layout) : library_(source.Library()), layout_(layout) {
-    sort_list_ = IsSortList(source, layout.table);
+    sort_list_ = TableAttributesOf(source, layout.table).type == TABLE_TYPE_SORTLIST;
   }
 
   void Run(LPQMXMETA table) {

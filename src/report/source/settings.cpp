@@ -2,8 +2,6 @@
 // Held by tests/tool/settings_test.cpp.
 #include "report/source/settings.h"
 
-#include <string_view>
-
 #include "common/check_table.h"
 #include "common/meta_view.h"
 #include "report/source/choice.h"
@@ -12,26 +10,31 @@ namespace korvel::report {
 namespace {
 
 Settings FromSchema(const Source& source, const std::string& table) {
-  int table_type = TABLE_TYPE_GENERIC;
-  int list_num = 0;
-  int sort_field_num = 0;
-  int sort_rule = 0;
-  char protocol[8] = "";
-  // Every result but 0 leaves the values above as they are.
-  CheckTable().CheckTableTypeByCustomAttr(source.Library(), table.c_str(), table_type, list_num, sort_field_num, sort_rule,
-                                          protocol, false, nullptr);
-  const bool tlv = *protocol == '\0' ? IsTlv(source.Library()) : std::string_view(protocol) == "TLV";
+  const TableAttributes declared = TableAttributesOf(source, table);
+  const bool tlv = declared.protocol.empty() ? IsTlv(source.Library()) : declared.protocol == "TLV";
   Settings settings;
   // The checker knows a sorted list as a list.
-  settings.type = *CodeOf(kTableTypes, table_type == TABLE_TYPE_GENERIC ? "generic" : "list");
+  settings.type = *CodeOf(kTableTypes, declared.type == TABLE_TYPE_GENERIC ? "generic" : "list");
   settings.created_as = *CodeOf(kProtocols, tlv ? "tlv" : "qmx");
   settings.server_version = "";
   settings.whitelist = "";
-  settings.list_num = list_num;
+  settings.list_num = declared.list_num;
   return settings;
 }
 
 }  // namespace
+
+TableAttributes TableAttributesOf(const Source& source, const std::string& table) {
+  TableAttributes declared{TABLE_TYPE_GENERIC, 0, ""};
+  int sort_field_num = 0;
+  int sort_rule = 0;
+  char protocol[8] = "";
+  // Every result but 0 leaves the values above as they are.
+  CheckTable().CheckTableTypeByCustomAttr(source.Library(), table.c_str(), declared.type, declared.list_num, sort_field_num,
+                                          sort_rule, protocol, false, nullptr);
+  declared.protocol = protocol;
+  return declared;
+}
 
 Settings ResolveSettings(const Settings& given, const Source& old_source, const std::string& table) {
   Settings settings = FromSchema(old_source, table);

@@ -17,6 +17,15 @@ struct Settings {
   std::optional<int> list_num;                // slots
 };
 
+// What the attributes of a table say. Those that CheckTable refuses, and absent ones, say what is in brackets.
+struct TableAttributes {
+  int type;              // TABLE_TYPE_... (generic)
+  int list_num;          // slots (0)
+  std::string protocol;  // "QMX" or "TLV" ("")
+};
+
+TableAttributes TableAttributesOf(const Source& source, const std::string& table);
+
 // Every setting of a table: as given, else from the table's attributes and protocol in `old_source`, else the default: a generic
 // table in the record format, no server version, an empty whitelist, 0 slots. All members of the result are set.
 Settings ResolveSettings(const Settings& given, const Source& old_source, const std::string& table);

@@ -28,6 +28,7 @@ struct Source {
   std::vector<std::string_view> tables;  // metas with a primary key, in declaration order
 
   LPQMXMETALIB Library() const { return metalib.get(); }
+  const char* LibraryName() const { return Library()->data + Library()->ptrName; }
   bool HasMeta(const std::string& meta) const;
 };
 

@@ -12,12 +12,12 @@ namespace korvel::report {
 class MetaBook {
  public:
   // The source outlives the book.
-  explicit MetaBook(const Source& source);
+  explicit MetaBook(const Source& source) : source_(source), head_(HeadOf(source.Library())) {}
 
   // Null if the source has no meta of the name.
   const MetaModel* Find(const std::string& name);
 
-  // The library without its metas. Of one that has none only an empty model.
+  // The library without its metas.
   const Model& head() const { return head_; }
 
  private:

@@ -178,9 +178,8 @@ void FillStanding(Finding& finding) { finding.way_out = "no form of this change 
 // A table that is gone comes back with what it reaches. The library goes on as it is.
 Suggestion PutBack(const Source& old_source, const Source& new_source, const std::string& table, const Settings& settings) {
   Model model = ModelOf(old_source, table);
-  const LPQMXMETALIB library = new_source.Library();
-  model.name = library->data + library->ptrName;
-  model.version = std::max(model.version, library->iVersion);
+  model.name = new_source.LibraryName();
+  model.version = std::max(model.version, new_source.Library()->iVersion);
   const auto built = Build(model);
   const bool allowed = built && !AskChecker(old_source.Library(), built->get(), table, settings).Refused();
   return {std::move(model), allowed};
@@ -195,8 +194,8 @@ Suggestion Suggest(const Difference& difference, const Source& old_source, const
   return search.Suggest();
 }
 
-Suggestion FindWaysOut(const Difference& difference, const Source& old_source, const Source& new_source, const std::string& table,
-                       const Settings& settings, Changes& changes, bool with_fixes) {
+void FindWaysOut(const Difference& difference, const Source& old_source, const Source& new_source, const std::string& table,
+                 const Settings& settings, Changes& changes, bool with_fixes) {
   Search search(old_source, difference, table, settings, changes);
   search.Run();
   Rewriter rewriter(new_source, old_source);
@@ -211,7 +210,6 @@ Suggestion FindWaysOut(const Difference& difference, const Source& old_source, c
     if (!with_fixes || !new_source.text || work > kMaxWork) continue;
     if (const std::optional<Model> alone = search.Alone(finding)) finding.fix = rewriter.Rewrite(*alone).value_or(finding.fix);
   }
-  return search.Suggest();
 }
 
 Suggestion FindWaysOutOfGone(const Source& old_source, const Source& new_source, const std::string& table,

@@ -24,10 +24,10 @@ inline constexpr std::size_t kMaxWork = 10'000'000;  // fields that are looked a
 Suggestion Suggest(const Difference& difference, const Source& old_source, const std::string& table, const Settings& settings,
                    const Changes& changes);
 
-// The same, and fills in way_out, has_legal_form and, if wanted, fix of every finding. What a fix makes of the new file is that
-// one form alone; when all fixes together take more than kMaxWork, the last ones are missing.
-Suggestion FindWaysOut(const Difference& difference, const Source& old_source, const Source& new_source, const std::string& table,
-                       const Settings& settings, Changes& changes, bool with_fixes);
+// Finds the same forms and fills in way_out, has_legal_form and, if wanted, fix of every finding. What a fix makes of the new
+// file is that one form alone; when all fixes together take more than kMaxWork, the last ones are missing.
+void FindWaysOut(const Difference& difference, const Source& old_source, const Source& new_source, const std::string& table,
+                 const Settings& settings, Changes& changes, bool with_fixes);
 
 // For a table that is gone from the new source: it is put back, with what it reaches.
 Suggestion FindWaysOutOfGone(const Source& old_source, const Source& new_source, const std::string& table,
