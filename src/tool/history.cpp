@@ -1,5 +1,5 @@
 // history: every step of several versions of a schema, and each version against the newest. Held by tests/tool/history_test.cpp.
-#include "report/result/history.h"
+#include "report/render/render_history.h"
 
 #include <unistd.h>
 

@@ -5,6 +5,7 @@
 
 #include "read_source.h"
 #include "report/render/render_layout.h"
+#include "report/text/characters.h"
 #include "report/text/columns.h"
 
 namespace report_test {

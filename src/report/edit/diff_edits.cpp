@@ -99,29 +99,40 @@ class PairEdits {
   void AddEntryEdits(Slot slot) {
     const Alignment& entries = pair_.entries();
     if (entries.IsAdded(slot)) {
-      Edit& edit = Add(EditKind::kEntryAdded, pair_.NewEntry(slot).name, slot);
-      edit.after = TypeText(pair_.NewEntry(slot));
-      edit.new_place = NewPlace(Kind::kEntry, entries.NewPosition(slot), "");
+      const EntryModel& entry = pair_.NewEntry(slot);
+      AddAdded(EditKind::kEntryAdded, entry.name, TypeText(entry), Kind::kEntry, entries, slot);
     } else if (entries.IsRemoved(slot)) {
-      Edit& edit = Add(EditKind::kEntryRemoved, pair_.OldEntry(slot).name, slot);
-      edit.before = TypeText(pair_.OldEntry(slot));
-      edit.old_place = OldPlace(Kind::kEntry, slot, "");
-      edit.new_place = NewPlace(Kind::kMeta, 0, "");
+      const EntryModel& entry = pair_.OldEntry(slot);
+      AddRemoved(EditKind::kEntryRemoved, entry.name, TypeText(entry), Kind::kEntry, slot);
     } else {
-      AddMove(slot);
+      AddMove(EditKind::kEntryMoved, Kind::kEntry, &MetaModel::entries, entries, slot);
       AddAttributes(slot);
       AddRefer(slot);
     }
   }
 
-  void AddMove(Slot slot) {
-    const Alignment& entries = pair_.entries();
-    if (!entries.IsMoved(slot)) return;
-    Edit& edit = Add(EditKind::kEntryMoved, pair_.OldEntry(slot).name, slot);
-    edit.before = NameBefore(pair_.old_meta().entries, slot);
-    edit.after = NameBefore(pair_.new_meta().entries, entries.NewPosition(slot));
-    edit.old_place = OldPlace(Kind::kEntry, slot, "");
-    edit.new_place = NewPlace(Kind::kEntry, entries.NewPosition(slot), "");
+  void AddAdded(EditKind kind, const std::string& name, std::string text, Kind element, const Alignment& items, Slot slot) {
+    Edit& edit = Add(kind, name, slot);
+    edit.after = std::move(text);
+    edit.new_place = NewPlace(element, items.NewPosition(slot), "");
+  }
+
+  void AddRemoved(EditKind kind, const std::string& name, std::string text, Kind element, Slot slot) {
+    Edit& edit = Add(kind, name, slot);
+    edit.before = std::move(text);
+    edit.old_place = OldPlace(element, slot, "");
+    edit.new_place = NewPlace(Kind::kMeta, 0, "");
+  }
+
+  template <class Item>
+  void AddMove(EditKind kind, Kind element, std::vector<Item> MetaModel::*list, const Alignment& items, Slot slot) {
+    if (!items.IsMoved(slot)) return;
+    const std::vector<Item>& old_list = pair_.old_meta().*list;
+    Edit& edit = Add(kind, old_list[slot].name, slot);
+    edit.before = NameBefore(old_list, slot);
+    edit.after = NameBefore(pair_.new_meta().*list, items.NewPosition(slot));
+    edit.old_place = OldPlace(element, slot, "");
+    edit.new_place = NewPlace(element, items.NewPosition(slot), "");
   }
 
   void AddAttributes(Slot slot) {
@@ -167,29 +178,19 @@ class PairEdits {
   void AddIndexEdits(Slot slot) {
     const Alignment& indexes = pair_.indexes();
     if (indexes.IsAdded(slot)) {
-      Edit& edit = Add(EditKind::kIndexAdded, pair_.NewIndex(slot).name, slot);
-      edit.after = ColumnsText(pair_.NewIndex(slot));
-      edit.new_place = NewPlace(Kind::kIndex, indexes.NewPosition(slot), "");
+      const IndexModel& index = pair_.NewIndex(slot);
+      AddAdded(EditKind::kIndexAdded, index.name, ColumnsText(index), Kind::kIndex, indexes, slot);
     } else if (indexes.IsRemoved(slot)) {
-      Edit& edit = Add(EditKind::kIndexRemoved, pair_.OldIndex(slot).name, slot);
-      edit.before = ColumnsText(pair_.OldIndex(slot));
-      edit.old_place = OldPlace(Kind::kIndex, slot, "");
-      edit.new_place = NewPlace(Kind::kMeta, 0, "");
+      const IndexModel& index = pair_.OldIndex(slot);
+      AddRemoved(EditKind::kIndexRemoved, index.name, ColumnsText(index), Kind::kIndex, slot);
     } else {
-      AddIndexChanges(slot);
+      AddMove(EditKind::kIndexMoved, Kind::kIndex, &MetaModel::indexes, indexes, slot);
+      AddColumns(slot);
     }
   }
 
-  void AddIndexChanges(Slot slot) {
-    const Alignment& indexes = pair_.indexes();
-    const std::size_t position = indexes.NewPosition(slot);
-    if (indexes.IsMoved(slot)) {
-      Edit& edit = Add(EditKind::kIndexMoved, pair_.OldIndex(slot).name, slot);
-      edit.before = NameBefore(pair_.old_meta().indexes, slot);
-      edit.after = NameBefore(pair_.new_meta().indexes, position);
-      edit.old_place = OldPlace(Kind::kIndex, slot, "");
-      edit.new_place = NewPlace(Kind::kIndex, position, "");
-    }
+  void AddColumns(Slot slot) {
+    const std::size_t position = pair_.indexes().NewPosition(slot);
     const Members& columns = pair_.new_references().columns[position];
     if (pair_.WithoutRemoved(pair_.old_references().columns[slot]) == columns) return;
     Edit& edit = Add(EditKind::kIndexColumns, pair_.OldIndex(slot).name, slot);

@@ -11,30 +11,24 @@
 namespace korvel::report {
 namespace {
 
-// Resolves the names of one side.
-class Resolver {
- public:
-  // `slot_of(position)` is the slot of an entry of the side.
-  template <class SlotOf>
-  static References Resolve(const MetaModel& meta, SlotOf slot_of) {
-    NameFinder finder(meta.entries);
-    const auto find = [&](std::string_view name) {
-      const std::size_t position = finder.Find(name);
-      return position == kNowhere ? kNoSlot : slot_of(position);
-    };
-    References references;
-    for (const EntryModel& entry : meta.entries) {
-      references.refers.push_back(entry.refer.empty() ? kNoSlot : find(entry.refer));
-    }
-    for (const std::string& name : meta.primary_key) references.primary_key.push_back({find(name)});
-    for (const std::string& name : meta.splittable_key) references.splittable_key.push_back({find(name)});
-    for (const IndexModel& index : meta.indexes) {
-      Members& columns = references.columns.emplace_back();
-      for (const ColumnModel& column : index.columns) columns.push_back({find(column.entry), column.descending});
-    }
-    return references;
+// Resolves the names of one side. `slot_of(position)` is the slot of an entry of the side.
+template <class SlotOf>
+References Resolve(const MetaModel& meta, SlotOf slot_of) {
+  NameFinder finder(meta.entries);
+  const auto find = [&](std::string_view name) {
+    const std::size_t position = finder.Find(name);
+    return position == kNowhere ? kNoSlot : slot_of(position);
+  };
+  References references;
+  for (const EntryModel& entry : meta.entries) references.refers.push_back(entry.refer.empty() ? kNoSlot : find(entry.refer));
+  for (const std::string& name : meta.primary_key) references.primary_key.push_back({find(name)});
+  for (const std::string& name : meta.splittable_key) references.splittable_key.push_back({find(name)});
+  for (const IndexModel& index : meta.indexes) {
+    Members& columns = references.columns.emplace_back();
+    for (const ColumnModel& column : index.columns) columns.push_back({find(column.entry), column.descending});
   }
-};
+  return references;
+}
 
 }  // namespace
 
@@ -43,8 +37,8 @@ MetaPair::MetaPair(const MetaModel& old_meta, const MetaModel& new_meta, bool id
       new_(&new_meta),
       entries_(old_meta.entries.size(), MatchEntries(old_meta, new_meta, id_first)),
       indexes_(old_meta.indexes.size(), MatchIndexes(old_meta, new_meta)),
-      old_references_(Resolver::Resolve(old_meta, [](std::size_t i) { return static_cast<Slot>(i); })),
-      new_references_(Resolver::Resolve(new_meta, [this](std::size_t j) { return entries_.OfNew(j); })) {}
+      old_references_(Resolve(old_meta, [](std::size_t i) { return static_cast<Slot>(i); })),
+      new_references_(Resolve(new_meta, [this](std::size_t j) { return entries_.OfNew(j); })) {}
 
 Members MetaPair::WithoutRemoved(const Members& members) const {
   Members kept;

@@ -10,7 +10,6 @@
 #include "report/result/layout.h"
 #include "report/result/words.h"
 #include "report/text/characters.h"
-#include "report/text/columns.h"
 
 namespace korvel::report {
 namespace {
@@ -28,15 +27,7 @@ constexpr std::size_t kManyFields = 40;  // of more, those that stay beside each
 constexpr std::size_t kMaxBlocks = 150;
 constexpr std::size_t kMaxRows = 200;  // of the table below
 
-struct ChangeLook {
-  const char* name;  // a class of the style, and of a pattern
-  const char* sign;
-};
-
-ChangeLook LookOf(FieldChange change) {
-  constexpr ChangeLook kLooks[] = {{"same", "="}, {"moved", ">"}, {"changed", "~"}, {"added", "+"}, {"removed", "-"}};
-  return kLooks[static_cast<std::size_t>(change)];
-}
+// The word for what became of a field is a class of the style and the name of a pattern, too.
 
 // One side of a block.
 struct Piece {
@@ -158,16 +149,16 @@ std::string Attribute(const char* name, double value) { return std::string(" ") 
 
 // A piece of a record; its label where there is room.
 std::string Rectangle(const Block& block, const Piece& piece, double top) {
-  const ChangeLook look = LookOf(block.change);
+  const FieldChangeWords words = WordsOf(block.change);
   const std::string label = LabelOf(block);
-  std::string html = "<g class=\"" + std::string(look.name) + "\"><title>" + Html(label) + ": " + Counted(piece.size, "byte") +
+  std::string html = "<g class=\"" + std::string(words.word) + "\"><title>" + Html(label) + ": " + Counted(piece.size, "byte") +
                      " at " + std::to_string(piece.offset) + (block.what.empty() ? "" : ", " + Html(block.what)) + "</title>";
   const std::string box =
       Attribute("x", piece.x) + Attribute("y", top) + Attribute("width", piece.width) + Attribute("height", kBar);
-  html += "<rect class=\"box\"" + box + "/><rect" + box + " fill=\"url(#hatch-" + look.name + ")\"/>";
+  html += "<rect class=\"box\"" + box + "/><rect" + box + " fill=\"url(#hatch-" + words.word + ")\"/>";
   const double needed = static_cast<double>(CharacterCount(label) + 2) * kCharacter + 8;
   if (needed <= piece.width) {
-    html += "<text" + Attribute("x", piece.x + piece.width / 2) + Attribute("y", top + kBar / 2 + 4) + ">" + look.sign + " " +
+    html += "<text" + Attribute("x", piece.x + piece.width / 2) + Attribute("y", top + kBar / 2 + 4) + ">" + words.sign + " " +
             Html(label) + "</text>";
   }
   return html + "</g>\n";
@@ -178,8 +169,8 @@ std::string Bridge(const Block& block) {
   if (!block.on_old || !block.on_new) return "";
   const auto point = [](double x, double y) { return Number(x) + "," + Number(y); };
   const double top = kOldTop + kBar;
-  return "<polygon class=\"bridge " + std::string(LookOf(block.change).name) + "\" points=\"" + point(block.before.x, top) + " " +
-         point(block.before.x + block.before.width, top) + " " + point(block.after.x + block.after.width, kNewTop) + " " +
+  return "<polygon class=\"bridge " + std::string(WordsOf(block.change).word) + "\" points=\"" + point(block.before.x, top) +
+         " " + point(block.before.x + block.before.width, top) + " " + point(block.after.x + block.after.width, kNewTop) + " " +
          point(block.after.x, kNewTop) + "\"/>\n";
 }
 
@@ -236,8 +227,8 @@ std::string Rows(const std::vector<FieldPair>& pairs, bool tlv) {
   for (const FieldPair& pair : pairs) {
     const FieldChange change = ChangeOf(pair, tlv);
     if (change == FieldChange::kSame || ++number > kMaxRows) continue;
-    const ChangeLook look = LookOf(change);
-    rows += "<tr><td>" + std::string(look.sign) + "</td><td>" + Code(pair.Either().path) + "</td>" + Cell(pair.before, tlv) +
+    const FieldChangeWords words = WordsOf(change);
+    rows += "<tr><td>" + std::string(words.sign) + "</td><td>" + Code(pair.Either().path) + "</td>" + Cell(pair.before, tlv) +
             Cell(pair.after, tlv) + "<td>" + Html(DescribeChange(pair, tlv)) + "</td></tr>\n";
   }
   const std::size_t left_out = number > kMaxRows ? number - kMaxRows : 0;
@@ -272,11 +263,11 @@ std::string LayoutLegend() {
   std::string html = "<p class=\"legend\">Pictures of records: ";
   for (const FieldChange change :
        {FieldChange::kSame, FieldChange::kMoved, FieldChange::kChanged, FieldChange::kAdded, FieldChange::kRemoved}) {
-    const ChangeLook look = LookOf(change);
+    const FieldChangeWords words = WordsOf(change);
     html += "<span><svg class=\"swatch\" width=\"28\" height=\"16\" aria-hidden=\"true\" focusable=\"false\"><g class=\"" +
-            std::string(look.name) +
-            "\"><rect class=\"box\" width=\"28\" height=\"16\"/><rect width=\"28\" height=\"16\" fill=\"url(#hatch-" + look.name +
-            ")\"/></g></svg> " + Html(look.sign) + " " + look.name + "</span> ";
+            std::string(words.word) +
+            "\"><rect class=\"box\" width=\"28\" height=\"16\"/><rect width=\"28\" height=\"16\" fill=\"url(#hatch-" +
+            words.word + ")\"/></g></svg> " + Html(words.sign) + " " + words.word + "</span> ";
   }
   return html + "</p>\n";
 }

@@ -1,6 +1,6 @@
 // A history as text. Held by tests/tool/history_test.cpp.
+#include "report/render/render_history.h"
 #include "common/result_codes.h"
-#include "report/result/history.h"
 #include "report/text/one_line.h"
 
 namespace korvel::report {

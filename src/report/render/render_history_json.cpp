@@ -2,7 +2,7 @@
 #include <nlohmann/json.hpp>
 
 #include "common/result_codes.h"
-#include "report/result/history.h"
+#include "report/render/render_history.h"
 
 namespace korvel::report {
 namespace {

@@ -19,27 +19,6 @@ std::uint64_t PerMille(std::uint64_t part, std::uint64_t whole) {
   return static_cast<std::uint64_t>(static_cast<long double>(part) * 1000 / static_cast<long double>(whole) + 0.5L);
 }
 
-struct ChangeWord {
-  const char* sign;
-  const char* word;
-};
-
-ChangeWord WordFor(FieldChange change) {
-  switch (change) {
-    case FieldChange::kSame:
-      return {"=", "same"};
-    case FieldChange::kMoved:
-      return {">", "moved"};
-    case FieldChange::kChanged:
-      return {"~", "changed"};
-    case FieldChange::kAdded:
-      return {"+", "added"};
-    case FieldChange::kRemoved:
-      break;
-  }
-  return {"-", "removed"};
-}
-
 // --- Text ---
 
 std::string Offset(const FieldLayout& field) { return (field.in_element ? "+" : "") + std::to_string(field.offset); }
@@ -89,7 +68,7 @@ std::string SingleTable(const TableLayout& layout) {
 Row PairRow(const FieldPair& pair, bool tlv) {
   const auto offset = [tlv](const FieldLayout* field) { return field == nullptr ? "" : tlv ? "-" : Offset(*field); };
   const auto size = [](const FieldLayout* field) { return field == nullptr ? "" : std::to_string(field->size); };
-  return {WordFor(ChangeOf(pair, tlv)).sign,
+  return {WordsOf(ChangeOf(pair, tlv)).sign,
           offset(pair.before),
           size(pair.before),
           offset(pair.after),
@@ -203,7 +182,7 @@ Json PairJson(const TableLayout& before, const TableLayout& after) {
   Json json = {{"table", after.table}, {"old", Head(before)}, {"new", Head(after)}};
   Json& fields = json["fields"] = Json::array();
   for (const FieldPair& pair : PairFields(before, after)) {
-    fields.push_back({{"change", WordFor(ChangeOf(pair, tlv)).word},
+    fields.push_back({{"change", WordsOf(ChangeOf(pair, tlv)).word},
                       {"text", DescribeChange(pair, tlv)},
                       {"old", pair.before == nullptr ? Json() : ToJson(*pair.before, before)},
                       {"new", pair.after == nullptr ? Json() : ToJson(*pair.after, after)}});

@@ -34,7 +34,4 @@ const Passage* BreakingStep(const History& history, std::size_t from, const std:
 // What broke a table: its first refused edit, else the checker's text. One line.
 std::string Breaker(const TableResult& result);
 
-std::string RenderHistoryText(const History& history, bool colour);
-std::string RenderHistoryJson(const History& history);
-
 }  // namespace korvel::report

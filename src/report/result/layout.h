@@ -70,6 +70,13 @@ struct FieldPair {
 // the same that have the same name, else the same id; in two TLV libraries the same id, else the same name. Borrows from both.
 std::vector<FieldPair> PairFields(const TableLayout& before, const TableLayout& after);
 
+struct FieldChangeWords {
+  const char* sign;  // ">"
+  const char* word;  // "moved"
+};
+
+FieldChangeWords WordsOf(FieldChange change);
+
 FieldChange ChangeOf(const FieldPair& pair, bool tlv);
 
 // What happened to it, for people: "grew by 4, moved by +4"; empty for nothing. Offsets do not count in TLV records.

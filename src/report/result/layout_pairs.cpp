@@ -140,6 +140,11 @@ std::vector<FieldPair> PairFields(const TableLayout& before, const TableLayout& 
   return pairs;
 }
 
+FieldChangeWords WordsOf(FieldChange change) {
+  constexpr FieldChangeWords kWords[] = {{"=", "same"}, {">", "moved"}, {"~", "changed"}, {"+", "added"}, {"-", "removed"}};
+  return kWords[static_cast<std::size_t>(change)];
+}
+
 FieldChange ChangeOf(const FieldPair& pair, bool tlv) {
   if (pair.before == nullptr) return FieldChange::kAdded;
   if (pair.after == nullptr) return FieldChange::kRemoved;

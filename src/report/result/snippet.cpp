@@ -23,19 +23,13 @@ std::size_t Back(std::string_view text, std::size_t at, std::size_t count) {
   return at;
 }
 
-std::size_t Characters(std::string_view text) {
-  std::size_t count = 0;
-  for (std::size_t at = 0; at < text.size(); at = Forward(text, at, 1)) ++count;
-  return count;
-}
-
 // What is shown of a line: the part that is marked, and as much around it as fits.
 qmx::Span Window(std::string_view line, qmx::Span marked) {
   const std::size_t stop = std::min(marked.end, Forward(line, marked.begin, kMaxSnippet));
-  const std::size_t left = kMaxSnippet - Characters(line.substr(marked.begin, stop - marked.begin));
+  const std::size_t left = kMaxSnippet - CharacterCount(line.substr(marked.begin, stop - marked.begin));
   const std::size_t first = Back(line, marked.begin, left);
-  const std::size_t before = Characters(line.substr(first, marked.begin - first));
-  const std::size_t after = Characters(line.substr(stop, Forward(line, stop, left) - stop));
+  const std::size_t before = CharacterCount(line.substr(first, marked.begin - first));
+  const std::size_t after = CharacterCount(line.substr(stop, Forward(line, stop, left) - stop));
   const std::size_t taken = std::min(before, std::max(left / 2, left - after));
   return {Back(line, marked.begin, taken), Forward(line, stop, left - taken)};
 }

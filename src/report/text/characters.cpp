@@ -50,6 +50,12 @@ bool IsUtf8(std::string_view character) { return qmx::Utf8Length(character) != 0
 
 std::size_t CharacterLength(std::string_view text) { return std::max<std::size_t>(qmx::Utf8Length(text), 1); }
 
+std::size_t CharacterCount(std::string_view text) {
+  std::size_t count = 0;
+  for (; !text.empty(); ++count) text.remove_prefix(CharacterLength(text));
+  return count;
+}
+
 std::string ValidUtf8(std::string_view text) {
   std::string valid;
   while (!text.empty()) {

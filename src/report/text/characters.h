@@ -10,6 +10,9 @@ namespace korvel::report {
 // Length in bytes of the UTF-8 character at the start of a text that is not empty; 1 for a byte that starts none.
 std::size_t CharacterLength(std::string_view text);
 
+// Number of characters of a text; a byte that is no part of one counts as one.
+std::size_t CharacterCount(std::string_view text);
+
 // The text with every byte that is no UTF-8 replaced by U+FFFD.
 std::string ValidUtf8(std::string_view text);
 

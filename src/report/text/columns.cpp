@@ -3,15 +3,9 @@
 
 #include <algorithm>
 
-#include "qmx/quote.h"
+#include "report/text/characters.h"
 
 namespace korvel::report {
-
-std::size_t CharacterCount(std::string_view text) {
-  std::size_t count = 0;
-  for (; !text.empty(); ++count) text.remove_prefix(std::max<std::size_t>(qmx::Utf8Length(text), 1));
-  return count;
-}
 
 std::string InColumns(const std::vector<Align>& columns, const std::vector<std::vector<std::string>>& rows) {
   std::vector<std::size_t> widths(columns.size());

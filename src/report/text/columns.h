@@ -8,9 +8,6 @@
 
 namespace korvel::report {
 
-// Number of characters (UTF-8 code points) of a text; a byte that is no part of one counts as one.
-std::size_t CharacterCount(std::string_view text);
-
 enum class Align { kLeft, kRight };
 
 // The rows as lines, each cell padded with blanks to the width of its column, columns two blanks apart, no blanks at the end of

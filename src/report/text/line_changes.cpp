@@ -1,14 +1,14 @@
 // Compares two texts line by line. Held by tests/report/unified_diff_test.cpp and tests/report/line_rows_test.cpp.
 #include "report/text/line_changes.h"
 
-#include <algorithm>
 #include <unordered_map>
+
+#include "report/text/longest_increasing.h"
 
 namespace korvel::report {
 namespace {
 
 constexpr int kMaxDepth = 16;  // of gaps within gaps, each a pass over all lines
-constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
 // Lines that stand once on either side of a gap.
 std::vector<LineMatch> UniqueMatches(const Lines& old_lines, const Lines& new_lines, const LineChange& gap) {
@@ -53,17 +53,10 @@ void FindChanges(const Lines& old_lines, const Lines& new_lines, LineChange gap,
 }  // namespace
 
 std::vector<LineMatch> LongestAscending(const std::vector<LineMatch>& matches) {
-  std::vector<std::size_t> tails;  // of the shortest ends of runs of each length, the match
-  std::vector<std::size_t> before(matches.size(), kNone);
-  for (std::size_t i = 0; i < matches.size(); ++i) {
-    const auto place =
-        std::ranges::lower_bound(tails, matches[i].new_line, {}, [&](std::size_t tail) { return matches[tail].new_line; });
-    if (place != tails.begin()) before[i] = *(place - 1);
-    place == tails.end() ? tails.push_back(i) : void(*place = i);
-  }
   std::vector<LineMatch> run;
-  for (std::size_t i = tails.empty() ? kNone : tails.back(); i != kNone; i = before[i]) run.push_back(matches[i]);
-  std::ranges::reverse(run);
+  for (const std::size_t i : LongestIncreasing(matches, [](const LineMatch& match) { return match.new_line; })) {
+    run.push_back(matches[i]);
+  }
   return run;
 }
 
