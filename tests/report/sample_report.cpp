@@ -164,7 +164,7 @@ TableResult Orders(const Maker& maker) {
   changes.findings = {
       maker.MakeFinding(changes, {0}, -3, "primary-key.size",
                         "The size of primarykey can't be modified! entry:'uid' metaname:'orders'",
-                        "keep uid at 4 bytes;\nadd a new entry with a version above 5 for the wider value", "0000000000000001"),
+                        "keep uid at 4 bytes; add a new entry with a version above 5 for the wider value", "0000000000000001"),
       maker.MakeFinding(changes, {1, 2}, -3, "field.missing", "The entry can't be found! entry_name:'gone' metaname:'orders'",
                         "keep gone", "0000000000000002"),
       maker.MakeFinding(changes, {4}, -3, "field.size", kSmaller, "keep price at 8 bytes", "0000000000000003"),

@@ -41,7 +41,7 @@ struct Finding {
   std::string path;  // "orders.items[].price"
   Location old_place;
   Location new_place;
-  std::string way_out;           // one line or more of text for people; never empty
+  std::string way_out;           // one line for people; never empty
   bool has_legal_form = false;   // whether something other than leaving the edit out is known that the checker allows
   std::vector<Replacement> fix;  // in the new file, in its order: what makes the checker allow it; may be empty
   std::string fingerprint;       // 16 hexadecimal digits: stable while rule, root of the change and kinds of edits stay

@@ -230,24 +230,13 @@ class Writer {
         "<p class=\"said\">" + Html(TextOf(finding.verdict.text)) + "</p>\n" + Answer(finding.verdict.rule, finding.verdict.code);
     html_ += "<dl>\n" + Term(EditsTerm(finding), List(EditsOf(*listed.folded.table, finding)));
     html_ += Term("New", PlaceOf(finding.new_place, pair)) + Term("Old", PlaceOf(finding.old_place, pair));
-    html_ += Term("Way out", WayOut(finding));
+    html_ += Term("Way out", Html(finding.way_out));
     html_ += Term("Reached also by", List(AlsoOf(listed.folded)));
     if (finding.waiver) html_ += Term("Waived", Html(finding.waiver->reason) + " (until " + Html(finding.waiver->until) + ")");
     html_ += Term("Fingerprint", finding.fingerprint.empty() ? "" : Code(finding.fingerprint)) + "</dl>\n</article>\n";
   }
 
   static std::string EditsTerm(const report::Finding& finding) { return finding.edits.size() > 1 ? "Only together" : "Change"; }
-
-  static std::string WayOut(const report::Finding& finding) {
-    std::string html;
-    std::string_view rest = finding.way_out;
-    while (!rest.empty()) {
-      const std::size_t end = std::min(rest.find('\n'), rest.size());
-      html += (html.empty() ? "" : "<br>") + Html(rest.substr(0, end));
-      rest.remove_prefix(std::min(end + 1, rest.size()));
-    }
-    return html;
-  }
 
   std::string Change(const PageChange& change) const {
     const std::size_t pair = page_.PairOf(*change.table);

@@ -107,7 +107,7 @@ class TextReport {
   void AddProjectFinding(const ProjectFinding& finding) {
     text_ += OneLine(finding.file) + ":" + std::to_string(finding.position.line) + ":" + std::to_string(finding.position.column) +
              ": " + Coloured("error", "31", colour_) + " [" + finding.rule + "] " + OneLine(finding.text) + "\n";
-    if (!finding.way_out.empty()) text_ += Indented("way out: ", finding.way_out);
+    if (!finding.way_out.empty()) text_ += "   way out: " + OneLine(finding.way_out) + "\n";
   }
 
   const Report& report_;

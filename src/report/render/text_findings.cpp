@@ -68,18 +68,6 @@ std::string Coloured(const char* text, const char* colour, bool wanted) {
   return wanted ? std::string("\x1b[") + colour + "m" + text + "\x1b[0m" : text;
 }
 
-std::string Indented(const std::string& label, const std::string& lines) {
-  std::string text;
-  std::string before = "   " + label;
-  for (std::string_view rest = lines; !rest.empty();) {
-    const std::string_view line = rest.substr(0, rest.find('\n'));
-    text += before + OneLine(line) + "\n";
-    before = std::string(before.size(), ' ');
-    rest.remove_prefix(std::min(rest.size(), line.size() + 1));
-  }
-  return text;
-}
-
 std::string TextOfFinding(const FoldedFinding& folded, const Marks& marks, bool colour) {
   const TableResult& table = *folded.table;
   const Finding& finding = *folded.finding;
@@ -89,7 +77,7 @@ std::string TextOfFinding(const FoldedFinding& folded, const Marks& marks, bool 
   text += RuleOf(finding.verdict) + " " + TextOf(finding.verdict.text) + "\n" + LinesOf(lead);
   text += CodeOf(table, finding) + Cause(table, finding, marks) + OtherSide(table, finding, marks) + Also(folded);
   if (finding.waiver) text += "   waived until " + OneLine(finding.waiver->until) + ": " + OneLine(finding.waiver->reason) + "\n";
-  text += Indented("way out: ", finding.way_out);
+  text += "   way out: " + OneLine(finding.way_out) + "\n";
   return finding.fingerprint.empty() ? text : text + "   fingerprint: " + finding.fingerprint + "\n";
 }
 

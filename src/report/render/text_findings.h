@@ -11,9 +11,6 @@ namespace korvel::report {
 // The text between the codes that colour it on a terminal. `colour` is an SGR number.
 std::string Coloured(const char* text, const char* colour, bool wanted);
 
-// Lines of text below a heading, the first behind `label`, each on one line whatever it holds.
-std::string Indented(const std::string& label, const std::string& lines);
-
 // A finding with its snippets, old place, way out and the other ways to it.
 std::string TextOfFinding(const FoldedFinding& folded, const Marks& marks, bool colour);
 

@@ -128,12 +128,7 @@ std::vector<std::string> DetailsOf(const Issue& issue) {
   }
   if (issue.folded != nullptr) AddFindingTo(lines, issue);
   if (issue.old_place) lines.push_back("was: " + Told(*issue.old_place));
-  std::string label = "way out: ";
-  for (std::string_view rest = issue.way_out; !rest.empty(); label.clear()) {
-    const std::string_view line = rest.substr(0, rest.find('\n'));
-    lines.push_back(label + OneLine(line));
-    rest.remove_prefix(std::min(rest.size(), line.size() + 1));
-  }
+  if (!issue.way_out.empty()) lines.push_back("way out: " + OneLine(issue.way_out));
   return lines;
 }
 
