@@ -156,6 +156,7 @@ bool Git::IsShallow(const std::string& argument) {
 
 std::vector<std::string> Git::CommitsOf(const std::string& path, const std::string& argument) {
   const std::string from_top = FromTop(path, argument);
+  if (from_top.empty()) RefuseArgument(argument, "is the top of the repository; allowed: a file in it");
   if (CallGit({"rev-parse", "--verify", "--quiet", "HEAD"}, argument).status != 0) RefuseRevision("HEAD", argument);
   const std::string top = Top(argument);
   return SplitAt(

@@ -139,6 +139,7 @@ TEST_F(HistoryTest, WhatCannotBeAskedIsTold) {
   Commit("first");
   ExpectNotAsked(Run({"history", "--git", "v1.xml"}),
                  "korvelcheck: history: v1.xml is in one commit; allowed: a file of at least two\n");
+  ExpectNotAsked(Run({"history", "--git", "."}), "korvelcheck: .: is the top of the repository; allowed: a file in it\n");
   ExpectNotAsked(Run({"history", "--git", "no.xml"}),
                  "korvelcheck: history: no.xml is in no commit; allowed: a file of at least two\n");
   Write("none.xml", "<metalib name=\"m\" version=\"1\"/>");
