@@ -36,8 +36,9 @@ class Disk : public FileTree {
     fs::recursive_directory_iterator entry(OnDisk(directory), error);
     if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory) return files;
     for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
-      if (entry->path().filename() == ".git") entry.disable_recursion_pending();
       std::error_code ignored;
+      const bool is_directory = entry->is_directory(ignored);
+      if (is_directory && (entry->path().filename() == ".git" || IsLeftOut(entry->path()))) entry.disable_recursion_pending();
       if (!entry->is_regular_file(ignored)) continue;
       files.push_back(Joined(directory, entry->path().lexically_relative(OnDisk(directory)).string()));
     }
@@ -58,6 +59,9 @@ class Disk : public FileTree {
 
   std::string Shown(const std::string& path) const override { return Joined(shown_, path); }
 
+ protected:
+  virtual bool IsLeftOut(const fs::path&) const { return false; }
+
  private:
   std::string OnDisk(const std::string& path) const { return Joined(top_, path); }
 
@@ -74,6 +78,18 @@ class DiskSeenFrom : public Disk {
  private:
   fs::path here_;
   fs::path above_;
+};
+
+class WorkTree : public DiskSeenFrom {
+ public:
+  using DiskSeenFrom::DiskSeenFrom;
+
+ protected:
+  // A submodule has commits of its own: this one's do not hold its files, which all would be new.
+  bool IsLeftOut(const fs::path& directory) const override {
+    std::error_code ignored;
+    return fs::exists(directory / ".git", ignored);
+  }
 };
 
 class Commit : public FileTree {
@@ -118,6 +134,10 @@ std::unique_ptr<FileTree> DiskTree(const std::string& top, const std::string& sh
 
 std::unique_ptr<FileTree> DiskTreeSeenFrom(const std::string& here, const std::string& top) {
   return std::make_unique<DiskSeenFrom>(here, top);
+}
+
+std::unique_ptr<FileTree> WorkTreeSeenFrom(const std::string& here, const std::string& top) {
+  return std::make_unique<WorkTree>(here, top);
 }
 
 std::unique_ptr<FileTree> CommitTree(const std::string& revision, const std::string& argument) {

@@ -31,6 +31,9 @@ std::unique_ptr<FileTree> DiskTree(const std::string& top, const std::string& sh
 // The same with the way from the directory `here` in front. Both directories are absolute.
 std::unique_ptr<FileTree> DiskTreeSeenFrom(const std::string& here, const std::string& top);
 
+// The same of a work tree of git, without the repositories in it.
+std::unique_ptr<FileTree> WorkTreeSeenFrom(const std::string& here, const std::string& top);
+
 // The files of a commit. `argument` ("git:REV") is what the files are shown with, and what errors speak of.
 std::unique_ptr<FileTree> CommitTree(const std::string& revision, const std::string& argument);
 

@@ -174,6 +174,7 @@ ProjectStates StatesOf(const Options& options) {
   if (const auto revision = ParseGitRevision(against)) {
     states.top = Absolute(Git().Top(against));
     states.old_state = CommitTree(*revision, against);
+    states.new_state = WorkTreeSeenFrom(Absolute(""), states.top);
   } else {
     std::error_code error;
     if (!fs::is_directory(against, error)) {
@@ -182,8 +183,8 @@ ProjectStates StatesOf(const Options& options) {
     }
     states.top = Absolute(ProjectDirectory(options));
     states.old_state = DiskTree(against, against);
+    states.new_state = DiskTreeSeenFrom(Absolute(""), states.top);
   }
-  states.new_state = DiskTreeSeenFrom(Absolute(""), states.top);
   return states;
 }
 

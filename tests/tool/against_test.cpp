@@ -227,6 +227,16 @@ TEST_F(AgainstTest, ALinkInTheCommitIsNoFile) {
                  "korvelcheck: schemas/link.xml: cannot be compared with git:HEAD:schemas/link.xml\n");
 }
 
+// Its files were all new.
+TEST_F(AgainstTest, ARepositoryInsideIsNotSearched) {
+  std::filesystem::create_directories(PathOf("schemas/module"));
+  GitIn("schemas/module", {"init", "-q"});
+  Write("schemas/module/new.xml", Schema("new"));
+  const Outcome outcome = Against({"--format", "json"});
+  EXPECT_THAT(Tables(outcome), ElementsAre("schemas/deep/items.xml: items allowed", "schemas/orders.xml: orders allowed",
+                                           "schemas/users.xml: users allowed"));
+}
+
 TEST_F(AgainstTest, OddNamesAreCompared) {
   for (const char* name : {"schemas/a b.xml", "schemas/new\nline.xml", "schemas/\xff.xml", "schemas/-x.xml", "schemas/:y.xml"}) {
     Write(name, Schema("odd"));
