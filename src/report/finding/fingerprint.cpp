@@ -15,15 +15,15 @@ constexpr char kEnd = '\0';  // behind each part; no name holds it
 // A refusal without a row in the catalogue is known by its number.
 std::string RuleOf(const Verdict& verdict) { return verdict.rule.empty() ? std::to_string(verdict.code) : verdict.rule; }
 
-std::string HashOf(const std::string& text) {
+}  // namespace
+
+std::string FingerprintOf(const std::string& text) {
   constexpr int kDigits = 16;
   std::uint64_t hash = XXH3_64bits(text.data(), text.size());
   std::string digits(kDigits, '0');
   for (auto digit = digits.rbegin(); digit != digits.rend(); ++digit, hash >>= 4) *digit = "0123456789abcdef"[hash & 0xF];
   return digits;
 }
-
-}  // namespace
 
 std::string FingerprintOf(const std::string& library, const Finding& finding, const std::vector<Edit>& edits) {
   std::vector<std::string> parts;
@@ -35,7 +35,7 @@ std::string FingerprintOf(const std::string& library, const Finding& finding, co
   if (parts.empty()) parts.push_back(finding.path + kEnd);
   std::string text = library + kEnd + RuleOf(finding.verdict) + kEnd;
   for (const std::string& part : parts) text += part;
-  return HashOf(text);
+  return FingerprintOf(text);
 }
 
 }  // namespace korvel::report

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <map>
 
+#include "report/finding/fingerprint.h"
 #include "report/text/one_line.h"
 
 namespace korvel::report {
@@ -13,19 +14,7 @@ namespace {
 constexpr char kNoRule[] = "refused";
 
 // A fingerprint for what has none of its own: rule and name, no line and no file, so that it stays while the schema moves.
-std::string FingerprintOf(std::string_view rule, std::string_view name) {
-  std::uint64_t hash = 0xcbf29ce484222325;  // FNV-1a
-  const auto add = [&](std::string_view text) {
-    for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3;
-    hash = (hash ^ 0xff) * 0x100000001b3;
-  };
-  add(rule);
-  add(name);
-  constexpr char kDigits[] = "0123456789abcdef";
-  std::string digits(16, '0');
-  for (std::size_t i = 16; i-- > 0; hash >>= 4U) digits[i] = kDigits[hash & 0xfU];
-  return digits;
-}
+std::string FaultFingerprint(const std::string& rule, const std::string& name) { return FingerprintOf(rule + '\0' + name); }
 
 bool IsSamePlace(const Mark& a, const Mark& b) { return a.file == b.file && a.span.begin == b.span.begin; }
 
@@ -58,7 +47,7 @@ void Issues::AddTable(const TableResult& table) {
   Issue issue;
   issue.rule = RuleOf(table.rule);
   issue.text = TextOf(table.text);
-  issue.fingerprint = FingerprintOf(issue.rule, table.table);
+  issue.fingerprint = FaultFingerprint(issue.rule, table.table);
   issue.place = *marks_.Find(table.declared);
   issue.table = &table;
   issues_.push_back(std::move(issue));
@@ -70,7 +59,7 @@ void Issues::AddFinding(const FoldedFinding& folded) {
   issue.rule = RuleOf(finding.verdict.rule);
   issue.text = TextOf(finding.verdict.text);
   issue.waived = finding.waiver.has_value();
-  issue.fingerprint = finding.fingerprint.empty() ? FingerprintOf(issue.rule, finding.path) : finding.fingerprint;
+  issue.fingerprint = finding.fingerprint.empty() ? FaultFingerprint(issue.rule, finding.path) : finding.fingerprint;
   issue.way_out = finding.way_out;
   issue.table = folded.table;
   issue.folded = &folded;
@@ -85,7 +74,7 @@ void Issues::AddProjectFinding(const ProjectFinding& finding) {
   Issue issue;
   issue.rule = finding.rule;
   issue.text = OneLine(finding.text);
-  issue.fingerprint = FingerprintOf(finding.rule, finding.text);
+  issue.fingerprint = FaultFingerprint(finding.rule, finding.text);
   issue.place.file = finding.file;
   issue.place.begin = finding.position;
   issue.place.end = finding.position;
