@@ -160,6 +160,8 @@ const std::vector<Mutation> kMutations = {
      {}},
 };
 
+void PrintTo(const Mutation& mutation, std::ostream* out) { *out << mutation.label; }
+
 class MutationTest : public testing::TestWithParam<Mutation> {};
 
 TEST_P(MutationTest, IsTheseEdits) {

@@ -19,6 +19,8 @@ struct Shell {
   std::vector<std::string> start;  // before the script
 };
 
+void PrintTo(const Shell& shell, std::ostream* out) { *out << shell.name; }
+
 class CompletionTest : public ToolTest, public testing::WithParamInterface<Shell> {
  protected:
   // What the shell offers at the end of a line, sorted.

@@ -10,6 +10,12 @@
 #include "report/book/book_format.h"
 #include "tool_test.h"
 
+namespace korvel::report {
+
+inline void PrintTo(const RulePage& page, std::ostream* out) { *out << page.id; }
+
+}  // namespace korvel::report
+
 namespace tool_test {
 namespace {
 
