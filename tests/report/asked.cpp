@@ -100,6 +100,7 @@ class Laws {
 
   bool IsStanding(const Verdict& verdict) const {
     if (!verdict.Refused() || (verdict.code == nothing_.code && verdict.text == nothing_.text)) return true;
+    if (verdict.rule == "length.limit" && verdict.rule == nothing_.rule) return verdict.text.size() <= nothing_.text.size();
     return nothing_.Refused() && verdict.rule == "field-name.invalid";
   }
 

@@ -69,6 +69,33 @@ TEST(Needs, KeysAndIndexesNeedTheirFields) {
                           "index-columns t: columns of index i: a -> y; needs 1"));
 }
 
+// In a TLV library each entry has an id.
+TEST(Needs, AnEntryWithoutAnIdNeedsAnotherProtocol) {
+  const auto edits_of = [](const std::string& protocol, const std::string& entries, const std::string& new_protocol,
+                           const std::string& new_entries) {
+    const auto library = [](const std::string& of, const std::string& content) {
+      return "<metalib name=\"m\" version=\"1\" protocol=\"" + of + "\"><meta name=\"t\">" + content + "</meta></metalib>";
+    };
+    const korvel::report::Source old_source = ReadSource("old.xml", library(protocol, entries));
+    const korvel::report::Source new_source = ReadSource("new.xml", library(new_protocol, new_entries));
+    return Lines(Difference(old_source, new_source, "t"));
+  };
+  const std::string kept = Entry("a", "int8", "id=\"1\"");
+  EXPECT_THAT(edits_of("TLV", kept, "QMX", kept + Entry("b", "int8") + Entry("c", "int8", "id=\"2\"")),
+              ElementsAre("library-protocol : protocol of the library: TLV -> QMX", "entry-added t.b: field b added; needs 0",
+                          "entry-added t.c: field c added"));
+  EXPECT_THAT(edits_of("QMX", kept + Entry("b", "int8") + Entry("c", "int8", "id=\"2\""), "TLV", kept),
+              ElementsAre("library-protocol : protocol of the library: QMX -> TLV; needs 1", "entry-removed t.b: field b removed",
+                          "entry-removed t.c: field c removed"));
+  // Nor may two have the same one.
+  EXPECT_THAT(edits_of("TLV", kept, "QMX", kept + Entry("b", "int8", "id=\"1\"")),
+              ElementsAre("library-protocol : protocol of the library: TLV -> QMX", "entry-added t.b: field b added; needs 0"));
+  EXPECT_THAT(edits_of("QMX", kept + Entry("b", "int8", "id=\"2\"") + Entry("c", "int8", "id=\"3\""), "TLV",
+                       kept + Entry("c", "int8", "id=\"2\"")),
+              ElementsAre("library-protocol : protocol of the library: QMX -> TLV; needs 1 2",
+                          "entry-removed t.b: field b removed", "entry-id t.c: id of c: 3 -> 2"));
+}
+
 // A counter that is added itself needs nothing; what it counts needs it, and what that needs.
 TEST(Needs, AreTransitive) {
   const korvel::report::Source old_source =

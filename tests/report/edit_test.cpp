@@ -44,6 +44,9 @@ TEST(Edit, IsDescribedOnOneLine) {
   EXPECT_EQ(describe(EditKind::kEntryMoved, "zone", "uid", "n_items"), "field zone moved behind n_items");
   EXPECT_EQ(describe(EditKind::kEntryMoved, "zone", "uid", ""), "field zone moved to the front");
   EXPECT_EQ(describe(EditKind::kEntryAdded, "a\nb", "", "int8"), "field a\\nb added");
+  EXPECT_EQ(describe(EditKind::kEntryAdded, "", "", "int8"), "field \"\" added");
+  EXPECT_EQ(describe(EditKind::kEntryRenamed, "note", "note", ""), "field note renamed to \"\"");
+  EXPECT_EQ(describe(EditKind::kEntryType, "", "uint32", "uint64"), "type of \"\": uint32 -> uint64");
   EXPECT_EQ(describe(EditKind::kIndexColumns, "by_zone", "zone", "zone desc"), "columns of index by_zone: zone -> zone desc");
 }
 

@@ -123,6 +123,8 @@ const std::vector<Mutation>& Mutations() {
   return kMutations;
 }
 
+void PrintTo(const Mutation& mutation, std::ostream* out) { *out << mutation.name; }
+
 class RefusedMutationTest : public testing::TestWithParam<Mutation> {};
 
 TEST_P(RefusedMutationTest, IsTakenApartLikeThis) {
@@ -198,6 +200,49 @@ TEST(FindChanges, WhatIsRefusedAsItWasStandsAtTheName) {
   EXPECT_EQ(standing.old_place.source, &old_source);
   EXPECT_TRUE(changes.allowed_together.Refused());
   ExpectLaws(asked, changes);
+}
+
+constexpr char kLarge[] = R"(<metalib name="shop" version="5" protocol="TLV">
+  <meta name="goods">
+    <entry name="uid" id="1" type="uint64"/>
+    <entry name="text" id="2" type="string" size="9"/>
+    <entry name="photo" id="3" type="bytes" size="200000"/>
+    <entry name="film" id="4" type="bytes" size="200000"/>
+    <primarykey entries="uid"/>
+  </meta>
+</metalib>
+)";
+
+// The check of lengths names all fields that are too large at once, in their order.
+TEST(FindChanges, FieldsThatWereTooLargeMayChangePlaces) {
+  const std::string changed =
+      With(kLarge, {"\"photo\" id=\"3\"", "\"film\" id=\"4\"", "\"film\" id=\"4\" type=\"bytes\" size=\"200000\"/>\n    <p",
+                    "\"photo\" id=\"3\" type=\"bytes\" size=\"200000\"/>\n    <p"});
+  const Source old_source = ReadSource("old.xml", kLarge);
+  const Source moved = ReadSource("new.xml", changed);
+  Settings given;
+  given.server_version = "3.0.0";
+  const Asked asked = Ask(old_source, moved, "goods", given);
+  const Changes changes = asked.TakeApart();
+  EXPECT_THAT(Told(changes), ElementsAre("allowed field film moved behind text", "length.limit at goods"));
+  ExpectLaws(asked, changes);
+
+  const Source larger = ReadSource("new.xml", With(changed, {"size=\"9\"", "size=\"300000\""}));
+  const Asked also_asked = Ask(old_source, larger, "goods", given);
+  const Changes also = also_asked.TakeApart();
+  EXPECT_THAT(Told(also), ElementsAre("refused size of text: 9 -> 300000", "allowed field film moved behind text",
+                                      "length.limit at goods", "length.limit at goods.text"));
+  ExpectLaws(also_asked, also);
+}
+
+// The caret stands under what is wrong about the field.
+TEST(FindChanges, ABadNameIsPointedAt) {
+  const Source old_source = ReadSource("old.xml", kMall);
+  const Source new_source = ReadSource("new.xml", With(kMall, Add(R"(name="9note" type="int32" version="6")")));
+  const Changes changes = Ask(old_source, new_source, "orders").TakeApart();
+  ASSERT_EQ(changes.findings.size(), 1u);
+  EXPECT_EQ(changes.findings.front().new_place.attribute, "name");
+  EXPECT_EQ(changes.findings.front().new_place.element.item, 6u);
 }
 
 TEST(FindChanges, StopsAtTheMostFindings) {

@@ -1,13 +1,15 @@
 // Ways out: what is offered for which change, that the checker allows it, and that a fix makes that and nothing else.
 #include "report/way_out/ways_out.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <functional>
 
 #include "read_source.h"
 #include "report/finding/findings.h"
+#include "report/source/text_source.h"
 #include "report/way_out/element_text.h"
+#include "report/way_out/suggest.h"
 
 namespace report_test {
 namespace {
@@ -158,6 +160,26 @@ const LegalForm kLegalForms[] = {
      true,
      "say ListNum=10, which is what the server holds",
      "customattr=\"TableType=LIST;ListNum=10\""},
+    {"an attribute more",
+     {"", "", "QMX", 5, 6, "TableType=GENERIC;DataProtocol=QMX", "odd"},
+     false,
+     "leave the change out: keep the attributes of table t: TableType=GENERIC;DataProtocol=QMX",
+     "customattr=\"TableType=GENERIC;DataProtocol=QMX\""},
+    {"another type of table where none was said",
+     {"", "", "QMX", 5, 6, "", "TableType=GENERIC", {1, std::nullopt, std::nullopt, std::nullopt, 10}},
+     false,
+     "leave the change out: do without TableType of table t",
+     "<meta name=\"t\">"},
+    {"a splittable key",
+     {"", "<splittablekey entries=\"uid\"/>\n"},
+     false,
+     "leave the change out: do without a splittable key; a new table may have one from its first day",
+     "<primarykey entries=\"uid\"/>\n</meta>"},
+    {"a second attribute",
+     {"<entry name=\"s\" id=\"2\" type=\"int8\"/>\n", "<entry name=\"s\" id=\"2\" type=\"int8\" customattr2=\"pii\"/>\n"},
+     false,
+     "leave the change out: do without a customattr2 of s",
+     "<entry name=\"s\" id=\"2\" type=\"int8\"/>\n"},
     {"fewer slots",
      {"", "", "QMX", 5, 6, "TableType=LIST;ListNum=12", "TableType=LIST;ListNum=10"},
      false,
@@ -184,6 +206,59 @@ TEST(WaysOut, AnAllowedChangeIsItsOwnSuggestion) {
   EXPECT_TRUE(mended.changes.findings.empty());
   EXPECT_TRUE(mended.suggestion.allowed);
   EXPECT_EQ(mended.suggestion.model.metas.front().entries.back().name, "note");
+}
+
+// Library, "t" and another table "u" of one field.
+std::string TwoTables(const std::string& protocol, const std::string& fields, const std::string& other_id) {
+  return "<metalib name=\"m\" version=\"5\" protocol=\"" + protocol +
+         "\">\n<meta name=\"t\"><entry name=\"uid\" id=\"1\" type=\"int8\"/>" + fields +
+         "<primarykey entries=\"uid\"/></meta>\n<meta name=\"u\"><entry name=\"uid\" " + other_id +
+         " type=\"int8\"/><primarykey entries=\"uid\"/></meta>\n</metalib>\n";
+}
+
+// The findings of "t" with their ways out.
+Changes WaysOutOf(const std::string& before, const Source& new_source) {
+  const Source old_source = ReadSource("old.xml", before);
+  const Settings settings = ResolveSettings({}, old_source, "t");
+  const Verdict whole = AskChecker(old_source.Library(), new_source.Library(), "t", settings);
+  const Difference difference(old_source, new_source, "t");
+  Changes changes = FindChanges(difference, old_source, new_source, "t", settings, whole, kMaxFindings);
+  FindWaysOut(difference, old_source, new_source, "t", settings, changes, true);
+  return changes;
+}
+
+// A file whose protocol goes back to TLV while a field of any table has no id would be no schema file.
+TEST(WaysOut, AFixThatNobodyCouldReadIsNotOffered) {
+  const Source without_ids = ReadSource("new.xml", TwoTables("QMX", "", ""));
+  const Changes changes = WaysOutOf(TwoTables("TLV", "", "id=\"1\""), without_ids);
+  ASSERT_EQ(changes.findings.size(), 1u);
+  EXPECT_EQ(changes.findings[0].verdict.rule, "library.tlv-to-qmx");
+  EXPECT_THAT(changes.findings[0].fix, testing::IsEmpty());
+  const Source with_ids = ReadSource("new.xml", TwoTables("QMX", "", "id=\"1\""));
+  EXPECT_EQ(WaysOutOf(TwoTables("TLV", "", "id=\"1\""), with_ids).findings.at(0).fix.size(), 1u);
+}
+
+TEST(WaysOut, AFieldWithoutAnIdGetsOneInTlv) {
+  const Source new_source =
+      ReadSource("new.xml", TwoTables("QMX", "<entry name=\"n\" type=\"int8\" version=\"6\"/>", "id=\"1\""));
+  const Source old_source = ReadSource("old.xml", TwoTables("TLV", "", "id=\"1\""));
+  const Settings settings = ResolveSettings({}, old_source, "t");
+  const SchemaSuggestion suggestion = SuggestSchema(old_source, new_source, {{"t", settings}});
+  EXPECT_THAT(suggestion.refused, testing::IsEmpty());
+  EXPECT_THAT(suggestion.text, testing::HasSubstr("protocol=\"TLV\""));
+  EXPECT_THAT(suggestion.text, testing::HasSubstr("<entry name=\"n\" id=\"2\" type=\"int8\" version=\"6\"/>"));
+}
+
+// Fields that only the new side has cannot all be left out where no old one stayed.
+TEST(WaysOut, AFixLeavesNoStructureWithoutFields) {
+  const auto library = [](const std::string& field) {
+    return "<metalib name=\"m\" version=\"5\" protocol=\"QMX\">\n<meta name=\"t\"><entry name=\"" + field +
+           "\" type=\"int8\" version=\"6\"/><primarykey entries=\"" + field + "\"/></meta>\n</metalib>\n";
+  };
+  const Source new_source = ReadSource("new.xml", library("9b"));
+  for (const Finding& finding : WaysOutOf(library("a"), new_source).findings) {
+    EXPECT_NE(SourceOfText("fixed.xml", Replaced(new_source.text->bytes, finding.fix)), std::nullopt) << finding.verdict.text;
+  }
 }
 
 // In TLV, ids are for ever.

@@ -116,7 +116,7 @@ TEST_F(CheckTest, ABadFieldNameKeepsItsCode) {
   Write("new.xml", Library(6, {Table({.fields = "<entry name=\"1st\" id=\"2\" type=\"int8\" version=\"6\"/>"})}));
   EXPECT_EQ(Refusal(),
             ": table orders: -17 ERROR_FIELD_NAME_STARTWITH_DIGIT\n"
-            "new.xml:2:61: refused [field-name.invalid] CheckFieldNameValidate failed! table:'orders'\n");
+            "new.xml:2:74: refused [field-name.invalid] CheckFieldNameValidate failed! table:'orders'\n");
 }
 
 class GrowthTest : public CheckTest {

@@ -135,17 +135,52 @@ class NodeNeeds {
   std::vector<Slot> anchors_;  // once they are asked for
 };
 
-// In a TLV library each entry has an id: a library becomes one with them, and loses them when it no longer is one.
-void BindIds(DifferenceParts& parts) {
-  const auto protocol = std::ranges::find(parts.edits, EditKind::kLibraryProtocol, &Edit::kind);
-  if (protocol == parts.edits.end()) return;
-  const auto position = static_cast<std::size_t>(protocol - parts.edits.begin());
-  for (std::size_t i = 0; i < parts.edits.size(); ++i) {
-    if (parts.edits[i].kind != EditKind::kEntryId) continue;
-    if (protocol->after == "TLV") parts.needs[position].push_back(i);
-    if (protocol->before == "TLV" && parts.edits[i].after.empty()) parts.needs[i].push_back(position);
-  }
+std::unordered_set<std::int32_t> IdsOf(const MetaModel& meta) {
+  std::unordered_set<std::int32_t> ids;
+  for (const EntryModel& entry : meta.entries) ids.insert(entry.id);
+  return ids;
 }
+
+// In a TLV library each entry has an id of its own: a library becomes one with them, and may be without when it no longer is one.
+class ProtocolNeeds {
+ public:
+  ProtocolNeeds(DifferenceParts& parts, std::size_t protocol) : parts_(parts), protocol_(protocol) {}
+
+  void Find() {
+    const bool begins = parts_.edits[protocol_].after == "TLV";
+    const bool ends = parts_.edits[protocol_].before == "TLV";
+    for (const MetaNode& node : parts_.nodes) {
+      if (!node.pair) continue;
+      const std::unordered_set<std::int32_t> old_ids = IdsOf(node.pair->old_meta());
+      const std::unordered_set<std::int32_t> new_ids = IdsOf(node.pair->new_meta());
+      for (std::size_t i = node.first_edit; i < node.end_edit; ++i) {
+        if (begins && MakesWay(*node.pair, i, new_ids)) parts_.needs[protocol_].push_back(i);
+        if (ends && IsInTheWay(*node.pair, i, old_ids)) parts_.needs[i].push_back(protocol_);
+      }
+    }
+  }
+
+ private:
+  // Whether an edit gives an entry its id, or takes away one that has none or that of another.
+  bool MakesWay(const MetaPair& pair, std::size_t edit, const std::unordered_set<std::int32_t>& new_ids) const {
+    const EditKind kind = parts_.edits[edit].kind;
+    if (kind == EditKind::kEntryId) return true;
+    if (kind != EditKind::kEntryRemoved) return false;
+    const std::int32_t id = pair.OldEntry(parts_.slots[edit]).id;
+    return id == -1 || new_ids.contains(id);
+  }
+
+  // Whether an edit brings an entry without an id, or with that of another.
+  bool IsInTheWay(const MetaPair& pair, std::size_t edit, const std::unordered_set<std::int32_t>& old_ids) const {
+    const EditKind kind = parts_.edits[edit].kind;
+    if (kind != EditKind::kEntryId && kind != EditKind::kEntryAdded) return false;
+    const std::int32_t id = pair.NewEntry(parts_.slots[edit]).id;
+    return id == -1 || old_ids.contains(id);
+  }
+
+  DifferenceParts& parts_;
+  std::size_t protocol_;
+};
 
 }  // namespace
 
@@ -154,7 +189,9 @@ void FindNeeds(DifferenceParts& parts) {
   for (const MetaNode& node : parts.nodes) {
     if (node.pair) NodeNeeds(node, parts).Find();
   }
-  BindIds(parts);
+  const auto protocol = std::ranges::find(parts.edits, EditKind::kLibraryProtocol, &Edit::kind);
+  if (protocol == parts.edits.end()) return;
+  ProtocolNeeds(parts, static_cast<std::size_t>(protocol - parts.edits.begin())).Find();
 }
 
 std::vector<std::size_t> AllNeeds(const DifferenceParts& parts, std::size_t edit) {

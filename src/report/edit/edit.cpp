@@ -59,13 +59,14 @@ std::string Value(const std::string& text) { return text.empty() ? "none" : text
 // What the attribute belongs to: an entry or index by its name, else the meta or the library.
 std::string Owner(const Edit& edit, const Wording& wording) {
   if (edit.kind <= EditKind::kLibraryProtocol) return "the library";
-  if (edit.kind == EditKind::kTableAttribute || edit.item.empty()) return edit.meta;
-  return wording.thing.empty() ? edit.item : std::string(wording.thing) + " " + edit.item;
+  if (edit.kind < EditKind::kIndexAdded) return edit.meta;
+  const std::string item = ValueText(edit.item);
+  return wording.thing.empty() ? item : std::string(wording.thing) + " " + item;
 }
 
 std::string Event(const Edit& edit, const Wording& wording) {
-  std::string text = std::string(wording.thing) + " " + edit.item + " " + std::string(wording.event);
-  if (wording.event == "renamed") return text + " to " + edit.after;
+  std::string text = std::string(wording.thing) + " " + ValueText(edit.item) + " " + std::string(wording.event);
+  if (wording.event == "renamed") return text + " to " + ValueText(edit.after);
   if (wording.event != "moved") return text;
   return text + (edit.after.empty() ? " to the front" : " behind " + edit.after);
 }

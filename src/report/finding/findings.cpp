@@ -109,7 +109,11 @@ Location NamePlace(const Source& source, const Model& model, const std::string& 
 }
 
 Finding AboutBadField(const Case& asked, const Difference& difference, const BadField& field) {
-  if (field.edit) return AboutEdits(difference.edits(), {*field.edit}, field.verdict);
+  if (field.edit) {
+    Finding finding = AboutEdits(difference.edits(), {*field.edit}, field.verdict);
+    finding.new_place.attribute = "name";
+    return finding;
+  }
   Finding finding = AboutTable(asked, field.verdict);
   finding.path += "." + field.name;
   finding.old_place = NamePlace(asked.old_source, difference.old_model(), field.name);
@@ -167,10 +171,11 @@ bool Says(const Finding& finding, const std::vector<std::size_t>& edits, const V
   return finding.edits == edits && finding.verdict.code == verdict.code && finding.verdict.text == verdict.text;
 }
 
-void AddUnlessSaid(std::vector<Finding>& findings, Finding finding) {
-  const bool said = std::ranges::any_of(
+// One that is there already is replaced: this one knows that it is about the name.
+void AddOrReplace(std::vector<Finding>& findings, Finding finding) {
+  const auto same = std::ranges::find_if(
       findings, [&](const Finding& other) { return Says(other, finding.edits, finding.verdict) && other.path == finding.path; });
-  if (!said) findings.push_back(std::move(finding));
+  same == findings.end() ? findings.push_back(std::move(finding)) : static_cast<void>(*same = std::move(finding));
 }
 
 // The schema as it would be with the allowed edits is still refused, as it was: unless a name says why, the table does.
@@ -211,7 +216,7 @@ void TakeApart(const Case& asked, const Difference& difference, const Verdict& w
   for (Refusal& refusal : found.refusals) {
     changes.findings.push_back(AboutEdits(changes.edits, std::move(refusal.edits), refusal.verdict));
   }
-  for (const BadField& field : bad_fields) AddUnlessSaid(changes.findings, AboutBadField(asked, difference, field));
+  for (const BadField& field : bad_fields) AddOrReplace(changes.findings, AboutBadField(asked, difference, field));
   std::ranges::stable_sort(changes.findings, {}, &Finding::edits);
   AddStanding(asked, found.together, changes.findings);
   changes.stopped = found.stopped || changes.findings.size() > most;

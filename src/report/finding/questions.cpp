@@ -2,6 +2,10 @@
 #include "report/finding/questions.h"
 
 #include <algorithm>
+#include <string>
+#include <string_view>
+
+#include "common/refusals.h"
 
 namespace korvel::report {
 
@@ -19,9 +23,34 @@ EditSet Questions::With(const EditSet& base, const std::vector<std::size_t>& edi
   return set;
 }
 
+namespace {
+
+// "a|b|" of a refusal that names all oversized fields at once; empty for others.
+std::string_view OversizedFields(const Verdict& verdict) {
+  constexpr std::string_view kFormat = kOversized.RefusalRow::text;
+  if (verdict.rule != kOversized.id) return {};
+  return std::string_view(verdict.text).substr(kFormat.find('%'));
+}
+
+// Whether a refusal names some of the oversized fields of another one and no more.
+bool NamesNoOthers(const Verdict& known, const Verdict& verdict) {
+  const std::string all = "|" + std::string(OversizedFields(known));
+  std::string_view rest = OversizedFields(verdict);
+  if (rest.empty() || all.size() == 1) return false;
+  while (!rest.empty()) {
+    const std::size_t length = rest.find('|') + 1;
+    if (all.find("|" + std::string(rest.substr(0, length))) == std::string::npos) return false;
+    rest.remove_prefix(length);
+  }
+  return true;
+}
+
+}  // namespace
+
 bool Questions::Refuses(const Answer& answer) const {
   if (!answer || !answer->Refused()) return false;
-  return std::ranges::none_of(standing_, [&](const Verdict& known) { return SameRefusal(known, *answer); });
+  return std::ranges::none_of(standing_,
+                              [&](const Verdict& known) { return SameRefusal(known, *answer) || NamesNoOthers(known, *answer); });
 }
 
 namespace {

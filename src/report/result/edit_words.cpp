@@ -3,6 +3,7 @@
 #include "report/result/edit_words.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 
 #include "report/book/rule_book.h"
@@ -11,7 +12,7 @@
 namespace korvel::report {
 namespace {
 
-// {item}, {meta}, {before} and {after} stand for those of the edit; "none" for an empty value.
+// {item}, {meta}, {before} and {after} stand for those of the edit; "none" for an empty value. Every kind has a row.
 struct KindWords {
   EditKind kind;
   std::string_view text;
@@ -43,12 +44,23 @@ constexpr KindWords kByKind[] = {
     {EditKind::kEntryMeta, "keep {item} a {before}; a new field may have the structure {after}"},
 };
 
+// Where there was nothing before, if that is said in other words.
+constexpr KindWords kOfNothing[] = {
+    {EditKind::kLibraryProtocol, "leave the library without a protocol; records in another one need new tables and a copy"},
+    {EditKind::kTableAttribute, "do without {item} of table {meta}"},
+    {EditKind::kSplittableKey, "do without a splittable key; a new table may have one from its first day"},
+    {EditKind::kEntryId, "leave {item} without an id"},
+    {EditKind::kEntryRefer, "leave {item} with a fixed count"},
+    {EditKind::kEntryCustomAttr2, "do without a customattr2 of {item}"},
+};
+
 std::string ValueOf(std::string_view placeholder, const Edit& edit) {
-  const std::string& value = placeholder == "{before}"  ? edit.before
-                             : placeholder == "{after}" ? edit.after
-                             : placeholder == "{meta}"  ? edit.meta
-                                                        : edit.item;
-  return value.empty() ? "none" : OneLine(value);
+  if (placeholder == "{before}") return edit.before.empty() ? "none" : OneLine(edit.before);
+  if (placeholder == "{after}") return edit.after.empty() ? "none" : OneLine(edit.after);
+  if (placeholder == "{meta}") return OneLine(edit.meta);
+  // The attributes of a table as a whole have no name.
+  if (edit.kind == EditKind::kTableAttribute && edit.item.empty()) return "the attributes";
+  return OneLine(ValueText(edit.item));
 }
 
 std::string Filled(std::string_view words, const Edit& edit) {
@@ -73,11 +85,9 @@ std::string ShapeOf(const EntryModel& entry) {
 }
 
 std::string LeavingOut(const Edit& edit) {
-  std::string text;
-  for (const KindWords& words : kByKind) {
-    if (words.kind == edit.kind) text = Filled(words.text, edit);
-  }
-  return text;
+  const auto of_nothing = std::ranges::find(kOfNothing, edit.kind, &KindWords::kind);
+  if (edit.before.empty() && of_nothing != std::end(kOfNothing)) return Filled(of_nothing->text, edit);
+  return Filled(std::ranges::find(kByKind, edit.kind, &KindWords::kind)->text, edit);
 }
 
 std::string StandingWayOut(const Verdict& verdict) {

@@ -15,6 +15,7 @@ void Replace(std::vector<std::string>& names, const std::string& name, const std
 
 // Names of the reader's rules, asked here to spare the checker models that no file can hold; the file is read again in the end.
 bool CanBeWritten(const MetaModel& meta, bool needs_ids) {
+  if (meta.entries.empty()) return false;
   std::unordered_set<std::string_view> names;
   std::unordered_set<std::int32_t> ids;
   for (const EntryModel& entry : meta.entries) {
@@ -27,6 +28,11 @@ bool CanBeWritten(const MetaModel& meta, bool needs_ids) {
 }
 
 }  // namespace
+
+bool CanBeWritten(const Model& model) {
+  const bool needs_ids = model.protocol == qmx::Protocol::kTlv;
+  return std::ranges::all_of(model.metas, [&](const MetaModel& meta) { return CanBeWritten(meta, needs_ids); });
+}
 
 void Draft::RaiseVersion(std::int32_t version) { model_.version = std::max(model_.version, version); }
 

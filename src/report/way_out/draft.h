@@ -13,6 +13,10 @@
 
 namespace korvel::report {
 
+// Whether a file can hold it: names and, where they are needed, ids that differ, entries in each structure, counts with what
+// holds them. Linear.
+bool CanBeWritten(const Model& model);
+
 // What is to be changed and is not there is passed over: a form that loses its field that way is refused by whoever is asked.
 class Draft {
  public:
@@ -34,7 +38,7 @@ class Draft {
   // Keys, columns and refers follow.
   void Rename(const std::string& meta, const std::string& entry, const std::string& name);
 
-  // The model; nullopt if no file can hold it: names or ids of changed metas that stand twice, counts without what holds them.
+  // The model; nullopt if no file can hold it, so far as its changed metas tell.
   std::optional<Model> Take();
 
  private:

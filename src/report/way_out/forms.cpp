@@ -129,7 +129,8 @@ std::vector<Form> FormMaker::OfAdded(const Edit& edit) {
     parts.push_back(
         {[edit](Draft& draft) { draft.MoveToEnd(edit.meta, edit.item); }, "put " + name + " behind all other fields"});
   }
-  if (entry->id >= 0 && TakenIn(edit.meta).old_ids.contains(entry->id)) {
+  const bool needs_id = entry->id < 0 && difference_.old_model().protocol == qmx::Protocol::kTlv;
+  if (needs_id || (entry->id >= 0 && TakenIn(edit.meta).old_ids.contains(entry->id))) {
     const std::int32_t id = NextId(edit.meta);
     parts.push_back({[edit, id](Draft& draft) {
                        if (EntryModel* field = draft.Find(edit.meta, edit.item)) field->id = id;

@@ -8,6 +8,7 @@
 
 #include "report/finding/ask_checker.h"
 #include "report/result/edit_words.h"
+#include "report/source/text_source.h"
 #include "report/text/one_line.h"
 #include "report/way_out/forms.h"
 #include "report/way_out/rewrite.h"
@@ -26,6 +27,11 @@ struct Choice {
   const Form* Chosen() const { return chosen == kNone ? nullptr : &forms[chosen]; }
 };
 
+// Nothing spoke against the edit but what it needs, which may have found a form. Whether that is enough shows in its structure.
+Form AsItIs(const Edit& edit) {
+  return {true, [meta = edit.meta](Draft& draft) { draft.FindMeta(meta); }, ""};
+}
+
 std::size_t EntriesOf(const Model& model) {
   std::size_t count = 1;
   for (const MetaModel& meta : model.metas) count += meta.entries.size();
@@ -43,8 +49,7 @@ class Search {
     for (std::size_t i = 0; i < changes.edits.size(); ++i) {
       if (changes.status[i] == EditStatus::kAllowed) continue;
       Choice choice{i, maker.FormsOf(changes.edits[i]), kNone};
-      // Nothing spoke against it but what it needs, which may have found a form.
-      if (changes.status[i] == EditStatus::kWaits) choice.forms.insert(choice.forms.begin(), Form{});
+      if (changes.status[i] == EditStatus::kWaits) choice.forms.insert(choice.forms.begin(), AsItIs(changes.edits[i]));
       positions_.emplace(i, choices_.size());
       choices_.push_back(std::move(choice));
     }
@@ -68,7 +73,7 @@ class Search {
 
   Suggestion Suggest() const {
     std::optional<Model> model = Compose();
-    if (!model) return {difference_.old_model(), false};  // not reached: without a form nothing was touched
+    if (!model) return {difference_.old_model(), false};  // no file can hold what may go
     const bool allowed = IsAllowed(*model);
     return {std::move(*model), allowed};
   }
@@ -90,7 +95,8 @@ class Search {
       if (form != nullptr) forms.push_back(form);
     }
     LeaveOutDependents(chosen);
-    return Made(chosen, forms);
+    std::optional<Model> model = Made(chosen, forms);
+    return model && CanBeWritten(*model) ? std::move(model) : std::nullopt;
   }
 
  private:
@@ -130,12 +136,14 @@ class Search {
     for (const Form* form : forms) {
       if (form->change) form->change(draft);
     }
-    return draft.Take();
+    std::optional<Model> model = draft.Take();
+    // What another protocol asks of structures may be missing in those that no form touched.
+    const bool may_miss = difference_.old_model().protocol != difference_.new_model().protocol;
+    return model && (!may_miss || CanBeWritten(*model)) ? std::move(model) : std::nullopt;
   }
 
   void LeaveOutDependents(std::vector<bool>& chosen) const {
     for (const Choice& choice : choices_) {
-      if (changes_.status[choice.edit] != EditStatus::kWaits) continue;
       const auto& needs = difference_.Needs(choice.edit);
       if (std::ranges::any_of(needs, [&](std::size_t need) { return !chosen[need]; })) chosen[choice.edit] = false;
     }
@@ -167,6 +175,17 @@ void FillText(const Search& search, const Changes& changes, Finding& finding) {
   finding.has_legal_form = !forms.empty();
   if (!left_out.empty()) left_out.insert(0, "leave the change out: ");
   finding.way_out = forms + (forms.empty() || left_out.empty() ? "" : "; ") + left_out;
+}
+
+void FillFix(const Search& search, const Difference& difference, const Source& new_source, Rewriter& rewriter, Finding& finding) {
+  const std::optional<Model> alone = search.Alone(finding);
+  if (!alone) return;
+  std::optional<std::vector<Replacement>> fix = rewriter.Rewrite(*alone);
+  if (!fix) return;
+  // Another protocol is that of all tables, and may ask of them what they have not.
+  const bool concerns_all = alone->protocol != difference.new_model().protocol;
+  if (concerns_all && !SourceOfText(new_source.name, Replaced(new_source.text->bytes, *fix))) return;
+  finding.fix = std::move(*fix);
 }
 
 bool IsStanding(const Finding& finding, const Changes& changes) {
@@ -208,7 +227,7 @@ void FindWaysOut(const Difference& difference, const Source& old_source, const S
     FillText(search, changes, finding);
     work += search.cost();
     if (!with_fixes || !new_source.text || work > kMaxWork) continue;
-    if (const std::optional<Model> alone = search.Alone(finding)) finding.fix = rewriter.Rewrite(*alone).value_or(finding.fix);
+    FillFix(search, difference, new_source, rewriter, finding);
   }
 }
 
