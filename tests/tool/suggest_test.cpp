@@ -174,6 +174,21 @@ TEST_F(SuggestTest, TablesThatShareAStructureAgree) {
                 "");
 }
 
+// A table that embeds a structure again takes it as the other one may have it by now.
+TEST_F(SuggestTest, AStructureThatComesBackKeepsWhatMayGo) {
+  const auto library = [](const std::string& item, const std::string& prize) {
+    return Library(5, {"<meta name=\"item\"><entry name=\"sku\" type=\"int32\"/>" + item + "</meta>",
+                       "<meta name=\"reward\"><entry name=\"prize\" type=\"" + prize + "\"/></meta>",
+                       Table({.name = "mail", .fields = "<entry name=\"gift\" type=\"reward\"/>"}),
+                       Table({.name = "bag", .fields = "<entry name=\"thing\" type=\"item\"/>"})});
+  };
+  const std::string added = "<entry name=\"amount\" type=\"int32\" version=\"6\"/>";
+  Write("old.xml", library("", "item"));
+  Write("new.xml", library(added, "int64"));
+  ExpectSuggestion({});
+  EXPECT_THAT(Read("suggested.xml"), AllOf(HasSubstr(added), HasSubstr("name=\"prize\" type=\"item\"")));
+}
+
 TEST_F(SuggestTest, OnlyTheTablesAskedForAreMended) {
   Write("old.xml", kOld);
   Write("new.xml", kNew);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <string_view>
 #include <unordered_set>
 #include <utility>
 
@@ -73,15 +74,27 @@ struct Round {
   bool is_rewritten = true;
 };
 
+// A structure that comes back with what embeds it stays as the file has it for others; whether that is allowed, the next round
+// asks.
+void LeaveToOthers(const Source& source, const std::vector<MetaModel>& reached, Model& wanted) {
+  std::unordered_set<std::string_view> names;
+  for (const MetaModel& meta : reached) names.insert(meta.name);
+  std::erase_if(wanted.metas, [&](const MetaModel& meta) { return source.HasMeta(meta.name) && !names.contains(meta.name); });
+}
+
 Suggestion Mended(const Source& old_source, const Source& source, const Refused& refused, Changes& changes) {
   const auto& [table, settings] = *refused.question;
   if (!source.HasMeta(table)) {
     changes = FindGone(old_source, source, table, settings, refused.verdict);
-    return FindWaysOutOfGone(old_source, source, table, settings, changes);
+    Suggestion suggestion = FindWaysOutOfGone(old_source, source, table, settings, changes);
+    LeaveToOthers(source, {}, suggestion.model);
+    return suggestion;
   }
   const Difference difference(old_source, source, table);
   changes = FindChanges(difference, old_source, source, table, settings, refused.verdict, kMaxFindings);
-  return Suggest(difference, old_source, table, settings, changes);
+  Suggestion suggestion = Suggest(difference, old_source, table, settings, changes);
+  LeaveToOthers(source, difference.new_model().metas, suggestion.model);
+  return suggestion;
 }
 
 Round Mend(const Source& old_source, const Source& source, const std::vector<Refused>& refused) {
