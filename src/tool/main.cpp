@@ -18,6 +18,7 @@
 #include "tool/file_descriptor.h"
 #include "tool/output.h"
 #include "tool/refused.h"
+#include "tool/schema_file.h"
 #include "vesk/log_category.h"
 
 namespace korvel::tool {
@@ -81,6 +82,13 @@ void Write(const std::string& text, const Options& options) {
   options.output ? WriteFile(*options.output, text) : WriteStandardOutput(text);
 }
 
+void AddDumps(Answer& answer) {
+  for (Input& input : answer.inputs) AddDump(input);
+  for (const std::shared_ptr<Input>& input : answer.kept) {
+    if (input != nullptr) AddDump(*input);
+  }
+}
+
 int RunCommand(const Command& command, const std::vector<std::string>& arguments) {
   std::string help;
   std::optional<Options> options = ParseOptions(command, arguments, help);
@@ -101,9 +109,10 @@ int RunCommand(const Command& command, const std::vector<std::string>& arguments
   }
   const std::unique_ptr<vesk::LogCategory> log = OpenLog(options->log);
   // Lives as long as the process, whose end gives the memory of its schemas back faster than destructors do.
-  static const Answer& answer = *new Answer(command.run(command, *options, log->handle()));
+  static Answer& answer = *new Answer(command.run(command, *options, log->handle()));
   const Report& report = answer.report;
   log->Close();
+  if (options->format->shows_sources) AddDumps(answer);
   for (const Input& input : answer.inputs) RequireUnchanged(input);
   Write(options->format->render(report, !options->output && CanColour()), *options);
   if (const std::string failure = log->WriteFailure(); !failure.empty()) throw std::runtime_error(failure);

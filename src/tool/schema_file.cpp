@@ -101,4 +101,16 @@ class Writer {
 
 std::string SchemaFile(const Input& input) { return Writer(input).Run(); }
 
+void AddDump(Input& input) {
+  if (input.text) return;
+  try {
+    auto bytes = std::make_shared<std::string>(SchemaFile(input));
+    qmx::ReadResult read = qmx::ReadXml(*bytes);
+    const std::string_view view = *bytes;
+    input.text = {std::move(bytes), view, std::move(read.schema->source_map), true};
+  } catch (const CannotAsk&) {
+    // The report says that there is no text to show.
+  }
+}
+
 }  // namespace korvel::tool

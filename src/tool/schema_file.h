@@ -14,4 +14,8 @@ namespace korvel::tool {
 // that stand twice, and more that the reader of schema files refuses.
 std::string SchemaFile(const Input& input);
 
+// Gives an image the text of its schema file, whose places are then those of the input. Nothing happens to an input that has a
+// text, and to an image that no schema file can say.
+void AddDump(Input& input);
+
 }  // namespace korvel::tool

@@ -152,11 +152,33 @@ TEST(Html, WaivedFindingsSayWhyAndUntilWhen) {
   EXPECT_THAT(html, HasSubstr("agreed &lt;b&gt; (until 2027-01-31)"));
 }
 
+// The legend stood below the first layout even where that said in words that nothing had moved.
+TEST(Html, TheFirstPictureIsExplained) {
+  constexpr char kLegend[] = "<p class=\"legend\">";
+  EXPECT_THAT(RenderHtml(TwoChanges().report), HasSubstr(kLegend));
+  const std::string stays =
+      RenderHtml(Check(Meta("orders", kUid), Meta("orders", Entry("uid", "uint32", " version=\"4\""))).report);
+  EXPECT_THAT(stays, HasSubstr("<p>Unchanged: "));
+  EXPECT_THAT(stays, Not(HasSubstr(kLegend)));
+}
+
+TEST(Html, LinesThatAreInNoFileAreSaidToBeSo) {
+  Checked checked = TwoChanges();
+  const std::string note =
+      "Compiled, so that its lines are those that <code>korvelcheck dump</code> writes: <code>new.xml</code>";
+  EXPECT_THAT(RenderHtml(checked.report), Not(HasSubstr(note)));
+  checked.sources.back().text->is_dump = true;
+  EXPECT_THAT(RenderHtml(checked.report), HasSubstr(note));
+}
+
 TEST(Html, AnImageHasNoSourceButALayout) {
   Checked checked = TwoChanges();
   checked.sources.back().text.reset();
   const std::string html = RenderHtml(checked.report);
-  EXPECT_THAT(html, HasSubstr("There is no text to show: <code>new.xml</code> holds a compiled schema"));
+  EXPECT_THAT(
+      html,
+      HasSubstr(
+          "no text to show. Compiled, with no lines of its own, and more than a schema file can say: <code>new.xml</code>"));
   EXPECT_THAT(html, HasSubstr("role=\"img\""));
   EXPECT_THAT(html, Not(HasSubstr("<table class=\"source")));
   ExpectLinked(html);

@@ -324,6 +324,36 @@ TEST_F(ImageTest, WhatNoSchemaFileCanSayIsTold) {
   expect({.name = "a", .type = "int8", .count = 0}, "'count' is '0', out of range; allowed: 1 to 2147483647");
 }
 
+// A page about images had no source on either side, not even where one of the two was a schema file.
+TEST_F(ImageTest, APageShowsTheLinesThatDumpWrites) {
+  for (const char* name : {"old", "wide"}) {
+    ASSERT_EQ(Korvelcheck({"compile", std::string(name) + ".xml", "-o", std::string(name) + ".qmb"}).exit_code, 0);
+  }
+  const std::string dump = Korvelcheck({"dump", "wide.qmb"}).out;
+  const std::string before = dump.substr(0, dump.find("type=\"uint32\""));
+  const std::string place = std::to_string(std::ranges::count(before, '\n') + 1) + ":" +
+                            std::to_string(before.size() - before.rfind('\n') + std::string("type=\"").size());
+  for (const char* old_file : {"old.qmb", "old.xml"}) {
+    const Outcome page = Korvelcheck({"check", old_file, "wide.qmb", "--format", "html"});
+    EXPECT_EQ(page.exit_code, 1);
+    EXPECT_THAT(page.out, HasSubstr("lines are those that <code>korvelcheck dump</code> writes"));
+    EXPECT_THAT(page.out, HasSubstr("type=&quot;<mark class=\"refused\">uint32</mark>&quot;"));
+    EXPECT_THAT(page.out, HasSubstr(">wide.qmb:" + place + "</a>"));
+  }
+  EXPECT_THAT(Korvelcheck({"check", "old.qmb", "wide.qmb"}).out, Not(HasSubstr("wide.qmb:" + place)));
+}
+
+TEST_F(ImageTest, APageAboutWhatNoSchemaFileCanSaySaysSo) {
+  qmx::MetalibBuilder builder("odd", 1, qmx::Protocol::kQmx);
+  builder.AddMeta("table");
+  builder.AddEntry({.name = "uid", .type = "int8"});
+  builder.AddEntry({.name = "a\x01z", .type = "int8"});
+  builder.SetPrimaryKey({"uid"});
+  WriteImage("odd.qmb", builder);
+  EXPECT_THAT(Korvelcheck({"lint", "odd.qmb", "--format", "html"}).out,
+              HasSubstr("more than a schema file can say: <code>odd.qmb"));
+}
+
 // The file would mean the simple type.
 TEST_F(ImageTest, AStructureThatIsCalledLikeASimpleTypeIsTold) {
   qmx::MetalibBuilder builder("odd", 1, qmx::Protocol::kQmx);

@@ -21,7 +21,7 @@ std::span<const Format> Formats() {
       {"github", Plain<RenderGithub>},
       {"gitlab", Plain<RenderGitlab>},
       {"markdown", Plain<RenderMarkdown>},
-      {"html", Plain<RenderHtml>},
+      {.name = "html", .render = Plain<RenderHtml>, .shows_sources = true},
   };
   return kFormats;
 }

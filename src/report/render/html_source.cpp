@@ -104,17 +104,29 @@ std::string Heading(const PagePair& pair) {
   return side("old: ", *pair.first) + side("new: ", *pair.second);
 }
 
+// The names of those sources of a pair about which something holds.
+template <typename Holds>
+std::string NamesOf(const PagePair& pair, const Holds& holds) {
+  std::string names;
+  for (const Source* source : {pair.IsOne() ? nullptr : pair.first, pair.second}) {
+    if (source != nullptr && holds(*source)) names += (names.empty() ? "" : ", ") + Code(source->name);
+  }
+  return names;
+}
+
 // Why a pair has no text to show; empty if it has.
 std::string WhyNoText(const PagePair& pair) {
-  std::string images;
-  const auto add = [&](const Source* source) {
-    if (source != nullptr && !source->text) images += (images.empty() ? "" : " and ") + Code(source->name);
-  };
-  if (!pair.IsOne()) add(pair.first);
-  add(pair.second);
+  const std::string images = NamesOf(pair, [](const Source& source) { return !source.text; });
   if (images.empty()) return "";
-  return "<p class=\"note\">There is no text to show: " + images +
-         " holds a compiled schema, which has no lines. <code>korvelcheck dump</code> writes it as a schema file.</p>\n";
+  return "<p class=\"note\">There is no text to show. Compiled, with no lines of its own, and more than a schema file can say: " +
+         images + "</p>\n";
+}
+
+// Lines that people do not find in their file.
+std::string WhoseLines(const PagePair& pair) {
+  const std::string images = NamesOf(pair, [](const Source& source) { return source.text && source.text->is_dump; });
+  return images.empty() ? ""
+                        : "Compiled, so that its lines are those that <code>korvelcheck dump</code> writes: " + images + ". ";
 }
 
 }  // namespace
@@ -164,7 +176,7 @@ std::string HtmlSources::Section(std::size_t number) {
   }
   if (gap > 0) body += Gap(gap, columns);
 
-  std::string notes;
+  std::string notes = WhoseLines(pair);
   if (!whole) notes += "Only lines near a finding or change are shown: " + std::to_string(kContext) + " on either side. ";
   if (rows_left_ == 0) notes += "The page shows " + std::to_string(page_.limits().lines) + " rows of source and no more. ";
   if (!notes.empty()) notes = "<p class=\"note\">" + notes + "</p>\n";

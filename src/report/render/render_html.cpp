@@ -169,9 +169,15 @@ class Writer {
       html_ += "<p class=\"said\">whole change: " + Html(TextOf(table.text)) + "</p>\n" + Answer(table.rule, table.code);
     if (table.changes) Changed(table, *table.changes);
     const bool has_layout = HasOwnEdits(table) && table.first != table.second && !table.gone;
-    if (has_layout && pictures_++ < page_.limits().pictures)
-      html_ += LayoutSection(table, id) + (pictures_ == 1 ? LayoutLegend() : "");
+    if (has_layout && pictures_++ < page_.limits().pictures) html_ += WithLegend(LayoutSection(table, id));
     html_ += "</section>\n";
+  }
+
+  // The first picture explains all.
+  std::string WithLegend(std::string layout) {
+    const bool explains = !is_explained_ && layout.find("<svg") != std::string::npos;
+    is_explained_ = is_explained_ || explains;
+    return explains ? std::move(layout += LayoutLegend()) : std::move(layout);
   }
 
   std::string Answer(const std::string& rule, int code) const {
@@ -286,7 +292,8 @@ class Writer {
   Page page_;
   HtmlSources sources_;
   Summary summary_ = Summarize(report_);
-  std::size_t pictures_ = 0;  // wanted so far
+  std::size_t pictures_ = 0;   // wanted so far
+  bool is_explained_ = false;  // what pictures show
   std::string html_;
 };
 

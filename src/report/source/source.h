@@ -19,12 +19,13 @@ struct SchemaText {
   std::shared_ptr<void> keeper;  // keeps the bytes
   std::string_view bytes;
   qmx::SourceMap source_map;
+  bool is_dump = false;  // no file has it: it was written for an image, so that there are lines to show
 };
 
 struct Source {
   std::string name;  // as shown: the path, "<stdin>", or "git:REV:PATH"
   qmx::Metalib metalib;
-  std::optional<SchemaText> text;        // an image has none
+  std::optional<SchemaText> text;        // an image has none of its own
   std::vector<std::string_view> tables;  // metas with a primary key, in declaration order
 
   LPQMXMETALIB Library() const { return metalib.get(); }
