@@ -1,6 +1,8 @@
 // check: verdicts, exit codes, tables that are new, gone, asked for or unknown.
 #include <gmock/gmock.h>
 
+#include <nlohmann/json.hpp>
+
 #include "tool_test.h"
 
 namespace tool_test {
@@ -54,6 +56,39 @@ TEST_F(CheckTest, ATableThatIsNewIsReportedAndNotCompared) {
                 "new.xml:2:1: new: table zones (not compared)\n"
                 "0 tables refused, 2 allowed; 2 compared, 1 new, 0 gone\n",
                 "");
+}
+
+// Tables keep the order of the old file; findings are numbered within their table.
+TEST_F(CheckTest, TablesOfEveryFateStandInOneReport) {
+  const TableText stays{.name = "carts"};
+  Write("old.xml", Library(5, {Table(), Table({.name = "users"}), Table(stays), Table({.name = "stock"})}));
+  Write("new.xml", Library(5, {Table({.key_type = "uint32"}), Table({.name = "stock", .key_type = "uint8"}), Table(stays),
+                               Table({.name = "zones"})}));
+  ExpectVerdicts(
+      Korvelcheck({"check", "old.xml", "new.xml"}), 1,
+      "verdict: refused\n"
+      "new.xml:2:1: refused: table orders: -3 ERROR_VALUE_FIELD\n"
+      "new.xml:2:52: refused [primary-key.size] The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
+      "old.xml:3:1: refused: table users: -2 CHECK_TABLE_ERROR_SYSTEM_ERROR (gone)\n"
+      "old.xml:3:1: refused [library.table] Get meta info failed, please check the table name ! table:'users'\n"
+      "new.xml:4:1: allowed: table carts\n"
+      "new.xml:3:1: refused: table stock: -3 ERROR_VALUE_FIELD\n"
+      "new.xml:3:51: refused [primary-key.size] The size of primarykey can't be modified! entry:'uid' metaname:'stock'\n"
+      "new.xml:5:1: new: table zones (not compared)\n"
+      "3 tables refused, 1 allowed; 4 compared, 1 new, 1 gone; 3 findings, 0 waived\n");
+  const auto report = nlohmann::json::parse(Korvelcheck({"check", "old.xml", "new.xml", "--format", "json"}).out);
+  std::vector<std::string> fates;
+  for (const auto& table : report["tables"]) {
+    const bool is_compared = table.contains("changes");
+    fates.push_back(table["table"].get<std::string>() + " " + table["status"].get<std::string>() + " " +
+                    (is_compared ? std::to_string(table["changes"]["findings"].size()) : "-"));
+  }
+  EXPECT_THAT(fates,
+              testing::ElementsAre("orders refused 1", "users refused 1", "carts allowed 0", "stock refused 1", "zones new -"));
+  const auto finding = [](int table) {
+    return nlohmann::json{{"table", table}, {"finding", 0}, {"also", nlohmann::json::array()}};
+  };
+  EXPECT_EQ(report["findings"], nlohmann::json::array({finding(0), finding(1), finding(3)}));
 }
 
 TEST_F(CheckTest, OnlyTheTablesAskedForAreCompared) {
