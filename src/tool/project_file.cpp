@@ -303,7 +303,7 @@ std::string FaultOf(const WaiverEntry& waiver, const toml::table& table) {
   if (has_fingerprint && !IsFingerprint(waiver.fingerprint)) {
     return "fingerprint is " + qmx::Quote(waiver.fingerprint) + "; allowed: 16 hexadecimal digits, as reports show them";
   }
-  if (const std::string fault = FaultOfRule(waiver.rule); !fault.empty()) return fault;
+  if (std::string fault = FaultOfRule(waiver.rule); !fault.empty()) return fault;
   if (waiver.reason.find_first_not_of(" \t\r\n") == std::string::npos) return "it has no reason; allowed: a text";
   if (waiver.until.empty()) return "it has no end; allowed: until = \"2027-01-31\"";
   if (!IsDay(waiver.until)) return "until is " + qmx::Quote(waiver.until) + "; allowed: a day like 2027-01-31";
