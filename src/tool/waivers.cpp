@@ -55,7 +55,8 @@ void ApplyWaivers(const Project& project, bool all_compared, report::Report& rep
       note("waiver.malformed", "the waiver is none: " + waiver.fault,
            "complete the waiver or remove it; 'korvelcheck waive' writes whole ones");
     } else if (waiver.until < today) {
-      note("waiver.expired", NameOf(waiver) + " held until " + waiver.until + "; today is " + today,
+      // Without today's date: the fault is the same one tomorrow.
+      note("waiver.expired", NameOf(waiver) + " held until " + waiver.until,
            "remove it, and the change with it; or decide again, with a later day");
     } else if (!Apply(waiver, report) && all_compared) {
       note("waiver.unused", NameOf(waiver) + " is for no finding", "remove it");

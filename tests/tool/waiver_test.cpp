@@ -92,7 +92,7 @@ TEST_F(WaiverTest, AnExpiredWaiverLetsNothingPass) {
   Waive("fingerprint = \"" + fingerprint + "\"\nreason = \"r\"\nuntil = 2025-12-31\n");
   const Outcome outcome = Check();
   EXPECT_EQ(outcome.exit_code, 1);
-  EXPECT_EQ(About(outcome), "waiver.expired: the waiver of " + fingerprint + " held until 2025-12-31; today is 2026-01-01\n");
+  EXPECT_EQ(About(outcome), "waiver.expired: the waiver of " + fingerprint + " held until 2025-12-31\n");
   EXPECT_EQ(Run({"check", "old.xml", "same.xml"}).exit_code, 1);
 }
 

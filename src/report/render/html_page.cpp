@@ -22,8 +22,6 @@ std::string LabelOf(const std::string& id) {
   return label;
 }
 
-namespace {}  // namespace
-
 Page::Page(const Report& report, const HtmlLimits& limits) : report_(report), limits_(limits), marks_(LocationsOf(report, true)) {
   for (const TableResult& table : report.tables) {
     const auto [found, is_new] = pair_of_.try_emplace({table.first, table.second}, pairs_.size());
