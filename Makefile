@@ -6,7 +6,7 @@ JOBS ?= $(shell nproc)
 PREFIX ?= /usr/local
 
 .DEFAULT_GOAL := help
-.PHONY: help example test bench clang sanitize coverage goldens docs lint format install
+.PHONY: help example test bench clang sanitize fuzz coverage goldens docs lint format install
 
 help: ## list these commands
 	@sed -n 's/^\([a-z]*\):.* ## /\1\t/p' $(MAKEFILE_LIST) | expand -t 12
@@ -35,6 +35,10 @@ clang: ## every test, built with clang
 sanitize: ## every test under the address and undefined-behaviour sanitizers
 	$(INSTALL_DEPS) ci
 	scripts/test-preset sanitize $(JOBS)
+
+fuzz: ## every fuzzer for TIME seconds (60), then a table of what they did
+	$(INSTALL_DEPS) ci
+	scripts/fuzz $(or $(TIME),60) $(JOBS)
 
 coverage: ## line and branch coverage of src/common
 	$(INSTALL_DEPS) ci

@@ -1,0 +1,50 @@
+#include "fuzz/ask_all.h"
+
+#include <cstring>
+#include <functional>
+#include <memory>
+
+#include "fuzz/require.h"
+#include "qmx/qmx_metalib_kernel.h"
+#include "vesk/log_category.h"
+
+namespace fuzz {
+namespace {
+
+using Question = std::function<int(ModifyTable&)>;
+
+void Ask(const Question& question) {
+  ModifyTable first;
+  ModifyTable second;
+  const int code = question(first);
+  Require(question(second) == code, "the same question has the same answer");
+  constexpr std::size_t kBuffer = 1024;  // of the checker's text
+  const std::size_t length = ::strnlen(first.GetErrType(), kBuffer);
+  Require(length < kBuffer, "a text has an end");
+  Require(std::strcmp(first.GetErrType(), second.GetErrType()) == 0, "the same answer has the same text");
+}
+
+}  // namespace
+
+void AskAll(LPQMXMETALIB old_library, LPQMXMETALIB new_library, const Settings& settings) {
+  // Field lengths are checked only where there is a category.
+  static const std::unique_ptr<vesk::LogCategory> closed = vesk::LogCategory::Closed();
+  for (int i = 0; i < qmx_get_meta_num(old_library); ++i) {
+    const LPQMXMETA old_meta = qmx_get_meta_by_index(old_library, i);
+    const char* const name = qmx_get_meta_name(old_meta);
+    Ask([&](ModifyTable& checker) {
+      return checker.KorvelModifyTable(old_library, new_library, name, settings.type, settings.created_as, closed->handle(),
+                                       settings.server_version, settings.whitelist, settings.list_num);
+    });
+    Ask([&](ModifyTable& checker) { return checker.CheckTableMetaCompatible(old_library, new_library, name, nullptr); });
+    Ask([&](ModifyTable& checker) { return checker.CompareSortListInfo(name, name, old_library, new_library, nullptr); });
+    const LPQMXMETA new_meta = qmx_get_meta_by_name(new_library, name);
+    if (new_meta == nullptr) continue;
+    Ask([&](ModifyTable& checker) {
+      return checker.CompareValue(old_meta, new_meta, old_library, new_library, settings.created_as, nullptr);
+    });
+    Ask([&](ModifyTable& checker) { return checker.CompareTableField(old_meta, new_meta, nullptr); });
+  }
+}
+
+}  // namespace fuzz

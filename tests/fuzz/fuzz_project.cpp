@@ -1,0 +1,22 @@
+// Project files: what is read, or faults that all have a place.
+#include <cstdint>
+#include <string>
+
+#include "fuzz/require.h"
+#include "tool/cannot_ask.h"
+#include "tool/project.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string text(reinterpret_cast<const char*>(data), size);
+  try {
+    const korvel::tool::Project project = korvel::tool::ParseProject("p.toml", "", text);
+    fuzz::Require(project.file == "p.toml", "a project knows its file");
+  } catch (const korvel::tool::CannotAsk& reason) {
+    fuzz::Require(!reason.lines.empty(), "a wrong project file has faults");
+    for (const std::string& line : reason.lines) {
+      fuzz::Require(line.rfind("p.toml:", 0) == 0, "a fault has a place");
+      fuzz::Require(line.find('\n') == std::string::npos, "a fault is one line");
+    }
+  }
+  return 0;
+}

@@ -1,0 +1,44 @@
+// The reader of schema files. What it accepts is a library that can be used, written and read again; what it refuses has a
+// reason and a place in the file.
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "fuzz/require.h"
+#include "qmx/image_reading.h"
+#include "qmx/qmx_image.h"
+#include "qmx/qmx_xml.h"
+
+namespace {
+
+void RequireErrors(const qmx::ReadResult& result, std::string_view text) {
+  fuzz::Require(!result.errors.empty(), "a file that is no schema has an error");
+  fuzz::Require(result.errors.size() <= qmx::kMaxErrors + 1, "the errors are limited");
+  // A carriage return alone ends a line, too.
+  const auto is_end = [](char c) { return c == '\n' || c == '\r'; };
+  const auto lines = static_cast<std::size_t>(std::count_if(text.begin(), text.end(), is_end)) + 1;
+  for (const qmx::ReadError& error : result.errors) {
+    fuzz::Require(error.place.line >= 1 && error.place.line <= lines, "an error stands in a line of the file");
+    fuzz::Require(error.place.column >= 1 && error.place.column <= text.size() + 1, "an error stands in a column of the file");
+    fuzz::Require(!error.text.empty() && error.text.find('\n') == std::string::npos, "an error is one line");
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string_view text(reinterpret_cast<const char*>(data), size);
+  const qmx::ReadResult result = qmx::ReadXml(text);
+  if (!result.schema) {
+    RequireErrors(result, text);
+    return 0;
+  }
+  fuzz::Require(result.errors.empty(), "a schema has no errors");
+  image::ReadEverything(result.schema->metalib.get());
+  const std::string image = qmx::WriteImage(result.schema->metalib);
+  const qmx::ImageResult again = image::Load(image);
+  fuzz::Require(again.metalib.has_value(), "the image of a schema is right");
+  fuzz::Require(qmx::WriteImage(*again.metalib) == image, "the same library gives the same bytes");
+  return 0;
+}

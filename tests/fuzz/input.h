@@ -1,0 +1,57 @@
+// Takes the bytes of a fuzzer apart. Whatever the bytes are, every call gives something; when they are used up, zero and "".
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+namespace fuzz {
+
+class Input {
+ public:
+  Input(const std::uint8_t* data, std::size_t size) : rest_(reinterpret_cast<const char*>(data), size) {}
+
+  bool IsEmpty() const { return rest_.empty(); }
+
+  std::uint8_t Byte() {
+    if (rest_.empty()) return 0;
+    const auto byte = static_cast<std::uint8_t>(rest_.front());
+    rest_.remove_prefix(1);
+    return byte;
+  }
+
+  // 0 <= result < bound. REQUIRES: 0 < bound <= 256.
+  int Below(int bound) { return Byte() % bound; }
+
+  // Any number: the small ones and those at the ends of the range more often than a throw of the dice would.
+  std::int32_t Number() {
+    const std::uint8_t kind = Byte();
+    if (kind < 224) return kind % 32 - 2;
+    std::int32_t number = 0;
+    std::memcpy(&number, rest_.data(), std::min(rest_.size(), sizeof(number)));
+    rest_.remove_prefix(std::min(rest_.size(), sizeof(number)));
+    return number;
+  }
+
+  // Up to the next line end, which is left out.
+  std::string Line() {
+    const std::size_t end = std::min(rest_.find('\n'), rest_.size());
+    std::string line(rest_.substr(0, end));
+    rest_.remove_prefix(std::min(end + 1, rest_.size()));
+    return line;
+  }
+
+  std::string Rest() {
+    std::string text(rest_);
+    rest_ = {};
+    return text;
+  }
+
+ private:
+  std::string_view rest_;
+};
+
+}  // namespace fuzz
