@@ -6,7 +6,7 @@ JOBS ?= $(shell nproc)
 PREFIX ?= /usr/local
 
 .DEFAULT_GOAL := help
-.PHONY: help example test bench clang sanitize fuzz coverage goldens docs lint format install
+.PHONY: help example test bench clang sanitize fuzz mutants coverage goldens docs lint format install
 
 help: ## list these commands
 	@sed -n 's/^\([a-z]*\):.* ## /\1\t/p' $(MAKEFILE_LIST) | expand -t 12
@@ -39,6 +39,10 @@ sanitize: ## every test under the address and undefined-behaviour sanitizers
 fuzz: ## every fuzzer for TIME seconds (60), then a table of what they did
 	$(INSTALL_DEPS) ci
 	scripts/fuzz $(or $(TIME),60) $(JOBS)
+
+mutants: ## change the rules in small ways; a test must fail for each. MUTANTS_ARGS as scripts/mutants takes them
+	$(INSTALL_DEPS) ci
+	scripts/mutants --jobs $(JOBS) $(MUTANTS_ARGS)
 
 coverage: ## line and branch coverage of src/common
 	$(INSTALL_DEPS) ci

@@ -1,0 +1,68 @@
+// The linker puts these in the place of malloc and its like (--wrap), for our own objects and those of static libraries; the
+// operators below serve C++. Only FailEach arms them.
+#include "memory/failing_memory.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+constexpr long kNever = -1;
+std::atomic<long> left = kNever;  // allocations until one fails
+std::atomic<bool> failed = false;
+
+bool Fails() {
+  if (left.load() == kNever) return false;
+  if (left.fetch_sub(1) > 0) return false;
+  left = kNever;  // one failure is asked about at a time; what copes with it may allocate
+  failed = true;
+  return true;
+}
+
+}  // namespace
+
+// Names that the linker gives: __real_X is X itself, calls of X go to __wrap_X.
+void* RealMalloc(std::size_t size) __asm__("__real_malloc");
+void* RealCalloc(std::size_t count, std::size_t size) __asm__("__real_calloc");
+void* RealRealloc(void* block, std::size_t size) __asm__("__real_realloc");
+void* WrappedMalloc(std::size_t size) __asm__("__wrap_malloc");
+void* WrappedCalloc(std::size_t count, std::size_t size) __asm__("__wrap_calloc");
+void* WrappedRealloc(void* block, std::size_t size) __asm__("__wrap_realloc");
+
+void* WrappedMalloc(std::size_t size) { return Fails() ? nullptr : RealMalloc(size); }
+void* WrappedCalloc(std::size_t count, std::size_t size) { return Fails() ? nullptr : RealCalloc(count, size); }
+void* WrappedRealloc(void* block, std::size_t size) { return Fails() ? nullptr : RealRealloc(block, size); }
+
+void* operator new(std::size_t size) {
+  void* const block = Fails() ? nullptr : RealMalloc(size == 0 ? 1 : size);
+  if (block == nullptr) throw std::bad_alloc();
+  return block;
+}
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+
+namespace memory {
+
+long FailEach(const std::function<void()>& work) {
+  for (long count = 0;; ++count) {
+    bool ended = false;
+    failed = false;
+    left = count;
+    try {
+      work();
+    } catch (const std::bad_alloc&) {
+      ended = true;
+    }
+    left = kNever;
+    if (!failed) {
+      EXPECT_FALSE(ended) << "memory ran out without a failure";
+      return count;
+    }
+  }
+}
+
+}  // namespace memory

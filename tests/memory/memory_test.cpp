@@ -1,0 +1,79 @@
+// Memory that runs out at any moment: no crash, no leak (under the address sanitizer), and what was there before still is.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "cases/case_files.h"
+#include "memory/failing_memory.h"
+#include "qmx/image_reading.h"
+#include "qmx/qmx_image.h"
+#include "qmx/qmx_xml.h"
+#include "report/judged.h"
+#include "report/read_source.h"
+#include "report/render/render.h"
+#include "tool/judge.h"
+#include "vesk/log_category.h"
+
+namespace memory {
+namespace {
+
+std::string Example(const std::string& file) { return cases::ReadFile(KORVEL_SOURCE_DIR "/examples/shop/" + file); }
+
+TEST(OutOfMemory, EndsTheReadingOfASchemaFile) {
+  const std::string text = Example("v5.xml");
+  const long failures = FailEach([&] { static_cast<void>(qmx::ReadXml(text)); });
+  EXPECT_GT(failures, 100);
+  RecordProperty("failures", std::to_string(failures));
+}
+
+TEST(OutOfMemory, EndsTheReadingOfAFileThatIsNoSchema) {
+  std::string text = Example("v5.xml");
+  text.replace(text.find("type=\"uint64\""), 13, "type=\"uint65\" colour=\"red\"");
+  const long failures = FailEach([&] { static_cast<void>(qmx::ReadXml(text)); });
+  EXPECT_GT(failures, 100);
+  RecordProperty("failures", std::to_string(failures));
+}
+
+TEST(OutOfMemory, EndsTheWritingAndOpeningOfAnImage) {
+  const qmx::Metalib library = image::FullLibrary();
+  const std::string wanted = qmx::WriteImage(library);
+  const long failures = FailEach([&] {
+    const qmx::ImageResult opened = image::Load(qmx::WriteImage(library));
+    if (!opened.metalib) throw std::runtime_error("an image was taken for a wrong one");
+  });
+  EXPECT_GT(failures, 2);
+  EXPECT_EQ(qmx::WriteImage(library), wanted);
+  RecordProperty("failures", std::to_string(failures));
+}
+
+TEST(OutOfMemory, EndsTheSearchForRefusedChanges) {
+  const korvel::report::Source old_source = report_test::ReadSource("v6.xml", Example("v6.xml"));
+  const korvel::report::Source new_source = report_test::ReadSource("v7.xml", Example("v7-wider-key.xml"));
+  const std::unique_ptr<vesk::LogCategory> log = vesk::LogCategory::Closed();
+  korvel::tool::Options options;
+  options.format = &korvel::report::Formats()[1];  // JSON, which wants everything
+  const long failures = FailEach([&] {
+    const auto result = korvel::tool::JudgeChange({old_source, new_source}, "orders", {}, options, log->handle());
+    if (result.status != korvel::report::Status::kRefused) throw std::runtime_error("a refused change was allowed");
+  });
+  EXPECT_GT(failures, 1000);
+  RecordProperty("failures", std::to_string(failures));
+}
+
+TEST(OutOfMemory, EndsTheWritingOfAReport) {
+  const report_test::Judged judged =
+      report_test::JudgeExample({"wider-key", "examples/shop/v6.xml", "examples/shop/v7-wider-key.xml"});
+  for (const korvel::report::Format& format : korvel::report::Formats()) {
+    SCOPED_TRACE(format.name);
+    const std::string wanted = format.render(judged.report, false);
+    const long failures = FailEach([&] { static_cast<void>(format.render(judged.report, false)); });
+    EXPECT_GT(failures, 100);
+    EXPECT_EQ(format.render(judged.report, false), wanted);
+    RecordProperty(format.name, std::to_string(failures));
+  }
+}
+
+}  // namespace
+}  // namespace memory
