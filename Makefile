@@ -4,9 +4,11 @@
 INSTALL_DEPS ?= scripts/install-deps
 JOBS ?= $(shell nproc)
 PREFIX ?= /usr/local
+SEED ?= 1
+PAIRS ?= 5000000
 
 .DEFAULT_GOAL := help
-.PHONY: help example test bench clang sanitize fuzz mutants coverage goldens docs lint format install
+.PHONY: help example test model bench clang sanitize fuzz mutants coverage goldens docs lint format install
 
 help: ## list these commands
 	@sed -n 's/^\([a-z]*\):.* ## /\1\t/p' $(MAKEFILE_LIST) | expand -t 12
@@ -20,6 +22,12 @@ example: ## install what is missing, build, check the shipped example
 test: ## install what is missing, build, run every test
 	$(INSTALL_DEPS) test
 	scripts/test-preset test $(JOBS)
+
+model: ## the checker against its plain model on PAIRS random pairs, the first of them made from SEED
+	$(INSTALL_DEPS) test
+	cmake --preset test
+	cmake --build --preset test -j $(JOBS) --target korvel_model_test
+	KORVEL_SEED=$(SEED) KORVEL_PAIRS=$(PAIRS) build/test/tests/model/korvel_model_test --gtest_filter='Model.*'
 
 bench: ## what things cost; BENCH_ARGS go to the library's part (--benchmark_filter=), PROCESS_ARGS to that of processes (--all)
 	$(INSTALL_DEPS) bench

@@ -1,0 +1,169 @@
+// The checker against its plain model, on random pairs of libraries: code, buffer, log records and members after each call.
+// KORVEL_SEED and KORVEL_PAIRS choose another run; a pair that differs is printed as small as it gets.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+
+#include "model/edits.h"
+#include "model/mutations.h"
+#include "model/random_scenario.h"
+#include "model/shrink.h"
+
+namespace model {
+namespace {
+
+constexpr std::uint64_t kUsualPairs = 50000;
+constexpr std::uint64_t kMostPrinted = 3;
+constexpr int kTriesForAMutation = 60;
+
+std::uint64_t NumberFrom(const char* variable, std::uint64_t otherwise) {
+  const char* const text = std::getenv(variable);
+  return text == nullptr ? otherwise : std::strtoull(text, nullptr, 10);
+}
+
+bool Differ(const Scenario& scenario) {
+  const std::optional<Answers> answers = Ask(scenario);
+  return answers && answers->checker != answers->model;
+}
+
+struct Counts {
+  std::uint64_t pairs = 0;
+  std::uint64_t questions = 0;
+  std::uint64_t not_laid_out = 0;
+  std::uint64_t differences = 0;
+};
+
+void PrintShrunk(const Scenario& scenario, std::uint64_t seed) {
+  const Scenario smallest = Shrink(scenario, Differ);
+  ADD_FAILURE() << "KORVEL_SEED=" << seed << " KORVEL_PAIRS=1\n" << Print(smallest) << PrintDifference(*Ask(smallest));
+}
+
+Counts Compare(std::uint64_t seed, std::uint64_t pairs) {
+  Counts counts;
+  for (std::uint64_t i = 0; i < pairs; ++i) {
+    Random random(seed + i);
+    const Scenario scenario = RandomScenario(random);
+    const std::optional<Answers> answers = Ask(scenario);
+    counts.pairs += answers ? 1 : 0;
+    counts.not_laid_out += answers ? 0 : 1;
+    counts.questions += answers ? answers->model.size() : 0;
+    if (!answers || answers->checker == answers->model) continue;
+    if (++counts.differences <= kMostPrinted) PrintShrunk(scenario, seed + i);
+  }
+  return counts;
+}
+
+// What no public operation brings about: each is asked for by a rule that has looked before.
+const std::vector<Said> kNeverSaid = {Said::kNoKey};
+
+void PrintTimesSaid() {
+  for (const TextRow& row : Texts()) {
+    std::printf("%12llu  %s\n", static_cast<unsigned long long>(TimesSaid()[static_cast<std::size_t>(row.said)]),
+                std::string(row.wording).c_str());
+  }
+}
+
+TEST(Model, AgreesWithTheCheckerOnRandomPairs) {
+  const std::uint64_t seed = NumberFrom("KORVEL_SEED", 20261121);
+  const std::uint64_t pairs = NumberFrom("KORVEL_PAIRS", kUsualPairs);
+  TimesSaid().fill(0);
+  const Counts counts = Compare(seed, pairs);
+  std::printf("seed %llu: %llu pairs compared, %llu questions, %llu differences; %llu pairs could not be laid out\n",
+              static_cast<unsigned long long>(seed), static_cast<unsigned long long>(counts.pairs),
+              static_cast<unsigned long long>(counts.questions), static_cast<unsigned long long>(counts.differences),
+              static_cast<unsigned long long>(counts.not_laid_out));
+  EXPECT_EQ(counts.differences, 0U);
+  if (pairs > kUsualPairs) PrintTimesSaid();
+  if (pairs < kUsualPairs) return;
+  EXPECT_LT(counts.not_laid_out, pairs / 10);
+  for (const TextRow& row : Texts()) {
+    const bool is_never_said = std::ranges::find(kNeverSaid, row.said) != kNeverSaid.end();
+    EXPECT_EQ(TimesSaid()[static_cast<std::size_t>(row.said)] == 0, is_never_said) << row.wording;
+  }
+}
+
+TEST(Model, TextsStandInTheOrderOfTheirNames) {
+  ASSERT_EQ(Texts().size(), static_cast<std::size_t>(Said::kEnd));
+  for (std::size_t i = 0; i < Texts().size(); ++i) EXPECT_EQ(static_cast<std::size_t>(Texts()[i].said), i) << Texts()[i].wording;
+}
+
+// --- Changes whose verdict is known when they are made ---
+
+std::vector<Mutation> KnownMutations() {
+  std::vector<Mutation> known(FieldMutations().begin(), FieldMutations().end());
+  known.insert(known.end(), TableMutations().begin(), TableMutations().end());
+  std::erase_if(known, [](const Mutation& one) { return one.record == Said::kEnd && one.tlv == Said::kEnd; });
+  return known;
+}
+
+class MutationTest : public testing::TestWithParam<Mutation> {};
+
+// What the change of a sound library must come to; false if there was nothing to change so.
+bool ExpectVerdict(const Mutation& mutation, std::int64_t flag, Said verdict, Random& random) {
+  Scenario scenario;
+  scenario.old_library = RandomLibrary(Taste::kSound, random);
+  scenario.old_library.flag = flag;
+  scenario.new_library = scenario.old_library;
+  scenario.questions = {FittingQuestion(scenario.old_library)};
+  if (!mutation.apply(scenario.new_library, random)) return false;
+  const std::optional<Answers> answers = Ask(scenario);
+  if (!answers) return false;
+  EXPECT_EQ(answers->checker, answers->model) << Print(scenario) << PrintDifference(*answers);
+  EXPECT_EQ(answers->checker[0].code == 0, verdict == Said::kSucceeded) << Print(scenario) << answers->checker[0].state.buffer;
+  if (verdict == Said::kSucceeded) return true;
+  EXPECT_EQ(answers->last_failure, verdict) << Print(scenario) << answers->checker[0].state.buffer;
+  return true;
+}
+
+TEST_P(MutationTest, ComesToWhatIsKnown) {
+  const Mutation& mutation = GetParam();
+  const std::uint64_t seed = NumberFrom("KORVEL_SEED", 20261121);
+  for (const std::int64_t flag : {0, 1}) {
+    const Said verdict = flag == 0 ? mutation.record : mutation.tlv;
+    int applied = verdict == Said::kEnd ? 1 : 0;
+    for (std::uint64_t i = 0; i < kTriesForAMutation && verdict != Said::kEnd && !HasFailure(); ++i) {
+      SCOPED_TRACE(std::string(mutation.label) + ", KORVEL_SEED=" + std::to_string(seed + i));
+      Random random(seed + i);
+      applied += ExpectVerdict(mutation, flag, verdict, random) ? 1 : 0;
+    }
+    EXPECT_GT(applied, 0) << mutation.label;
+  }
+}
+
+std::string LabelOf(const testing::TestParamInfo<Mutation>& info) {
+  std::string name = info.param.label;
+  std::ranges::replace_if(
+      name, [](char byte) { return std::isalnum(static_cast<unsigned char>(byte)) == 0; }, '_');
+  return name;
+}
+INSTANTIATE_TEST_SUITE_P(Known, MutationTest, testing::ValuesIn(KnownMutations()), LabelOf);
+
+// --- Making a pair smaller ---
+
+TEST(Shrink, LeavesNothingThatIsNotNeeded) {
+  const auto is_out_of_order = [](const Scenario& scenario) {
+    const std::optional<Answers> answers = Ask(scenario);
+    return answers && answers->checker.back().state.buffer.starts_with("Order of the entry");
+  };
+  std::uint64_t seed = 1;
+  Scenario scenario;
+  do {
+    Random random(seed++);
+    scenario.old_library = RandomLibrary(Taste::kSound, random);
+    scenario.new_library = scenario.old_library;
+    std::swap(Table(scenario.new_library)->fields.front(), Table(scenario.new_library)->fields.back());
+    scenario.questions = RandomQuestions(scenario.old_library, scenario.new_library, random);
+  } while (!is_out_of_order(scenario) || scenario.old_library.metas.size() < 3);
+  const Scenario smallest = Shrink(scenario, is_out_of_order);
+  SCOPED_TRACE(Print(scenario) + "\nbecame\n" + Print(smallest));
+  EXPECT_EQ(smallest.questions.size(), 1U);
+  ASSERT_EQ(smallest.old_library.metas.size(), 1U);
+  ASSERT_EQ(smallest.new_library.metas.size(), 1U);
+  EXPECT_EQ(smallest.old_library.metas[0].fields.size(), 2U);
+  EXPECT_EQ(smallest.new_library.metas[0].attr, std::nullopt);
+}
+
+}  // namespace
+}  // namespace model

@@ -1,0 +1,223 @@
+// Libraries and questions by chance. Not here: how a library changes (mutations_*.cpp). Held by model_test.cpp, which counts that
+// every text of the checker comes up.
+#include "model/random_scenario.h"
+
+#include <algorithm>
+
+#include "model/mutations.h"
+
+namespace model {
+namespace {
+
+const std::vector<std::int64_t> kFlags = {0, 0, 0, 0, 1, 1, 1, 1, -1};
+const std::vector<std::int64_t> kOddFlags = {2, 3, -2, -3, 5};
+const std::vector<std::uint64_t> kLargeSizes = {131071, 131072, 131073, 262144, 262145, 10485760, 10485761};
+const std::vector<std::string> kIntegerTypes = {"int8", "uint8", "int16", "uint16", "int32", "uint32", "int64", "uint64"};
+const std::vector<std::string> kOtherTypes = {"float", "double", "bool", "datetime", "string", "bytes"};
+
+FieldDecl RandomField(const std::string& name, const std::vector<std::string>& structures, int version, Random& random) {
+  FieldDecl field{.name = name};
+  field.type =
+      !structures.empty() && random.OneIn(3) ? random.Of(structures) : random.Of(random.OneIn(2) ? kIntegerTypes : kOtherTypes);
+  const bool has_size = field.type == "string" || field.type == "bytes";
+  if (has_size) field.size = random.OneIn(8) ? random.Of(kLargeSizes) : 2 + random.Below(40);
+  field.version = 1 + static_cast<int>(random.Below(static_cast<std::size_t>(version)));
+  if (random.OneIn(3)) field.count = 2 + static_cast<int>(random.Below(7));
+  if (random.OneIn(60)) field.count = 131073;
+  if (random.OneIn(8)) field.attr2 = random.OneIn(3) ? "" : "pii";
+  return field;
+}
+
+bool IsOneOf(const std::vector<std::string>& types, const FieldDecl& field) {
+  return std::ranges::find(types, field.type) != types.end();
+}
+
+bool IsSimple(const FieldDecl& field) { return IsOneOf(kIntegerTypes, field) || IsOneOf(kOtherTypes, field); }
+bool CanHoldACount(const FieldDecl& field) { return field.count == 1 && IsOneOf(kIntegerTypes, field); }
+
+void AddFields(std::size_t number, const std::string& prefix, const std::vector<std::string>& structures, int version,
+               MetaDecl& meta, Random& random) {
+  for (std::size_t i = 0; i < number; ++i) {
+    FieldDecl field = RandomField(prefix + std::to_string(i), structures, version, random);
+    field.id = static_cast<int>(meta.fields.size());  // from 0
+    if (field.count > 1 && !meta.fields.empty() && random.OneIn(2)) {
+      const FieldDecl& before = random.Of(meta.fields);
+      if (CanHoldACount(before)) field.refer = before.name;
+    }
+    meta.fields.push_back(std::move(field));
+  }
+}
+
+void AddKeys(MetaDecl& table, Random& random) {
+  for (const FieldDecl& field : table.fields) {
+    const bool is_wanted = table.key.empty() || (table.key.size() < 3 && random.OneIn(2));
+    if (is_wanted && IsSimple(field)) table.key.push_back(field.name);
+  }
+  if (random.OneIn(2)) return;
+  table.split = table.key;
+  table.split.resize(1 + random.Below(table.key.size()));
+}
+
+void AddIndexes(MetaDecl& table, Random& random) {
+  const std::size_t number = random.Below(3);
+  for (std::size_t i = 0; i < number; ++i) {
+    IndexDecl index{"i" + std::to_string(i), {}};
+    index.columns.resize(1 + random.Below(3));
+    for (std::string& column : index.columns) column = random.Of(table.fields).name;
+    table.indexes.push_back(std::move(index));
+  }
+}
+
+void AddSortFields(std::size_t number, MetaDecl& table, Random& random) {
+  for (std::size_t i = 0; i < number; ++i) {
+    table.fields.push_back({.name = "o" + std::to_string(i), .id = 50 + static_cast<int>(i)});
+    table.fields.back().type = random.Of(kIntegerTypes);
+    table.fields.back().attr2 = "sort=" + std::to_string(i + 1);
+  }
+}
+
+// Makes it a table of some kind: what its attributes say, and the fields they speak of.
+void AddKind(MetaDecl& table, Random& random) {
+  const std::string protocol = random.OneIn(2) ? "" : random.OneIn(2) ? ";DataProtocol=QMX" : ";DataProtocol=TLV";
+  const std::string rule = random.OneIn(2) ? "" : random.OneIn(2) ? ";SortRule=INSC" : ";SortRule=DESC";
+  switch (random.Below(5)) {
+    case 0:
+      table.attr = "TableType=GENERIC" + protocol;
+      break;
+    case 1:
+      table.attr = "TableType=LIST;ListNum=10" + rule + protocol;
+      table.indexes.clear();
+      break;
+    case 2:
+      table.attr = "ListNum=10" + rule + ";TableType=SORTLIST" + protocol;
+      table.indexes.clear();
+      AddSortFields(1 + random.Below(4), table, random);
+      break;
+    case 3:
+      if (random.OneIn(2)) table.attr = random.Of<std::string>({"", "ListNum=8", "DataProtocol=TLV", "SortRule=DESC"});
+      break;
+    default:
+      break;
+  }
+}
+
+MetaDecl RandomTable(const std::string& name, const std::vector<std::string>& structures, int version, Random& random) {
+  MetaDecl table{.name = name};
+  const bool is_text = random.OneIn(2);
+  table.fields.push_back({.name = "k", .type = is_text ? "string" : "uint64", .size = is_text ? 16U : 0U, .id = 100});
+  AddFields(1 + random.Below(6), "f", structures, version, table, random);
+  AddKeys(table, random);
+  AddIndexes(table, random);
+  AddKind(table, random);
+  return table;
+}
+
+bool IsList(const MetaDecl& table) { return table.attr && table.attr->find("LIST") != std::string::npos; }
+
+const MetaDecl* FindTable(const LibraryDecl& library) {
+  const auto found = std::ranges::find(library.metas, "t", &MetaDecl::name);
+  return found == library.metas.end() ? nullptr : &*found;
+}
+
+Name RandomTableName(Random& random) {
+  if (random.OneIn(150)) return std::nullopt;
+  if (random.OneIn(150)) return random.Of<std::string>({"", "none", "s0", "%s%n", std::string(1100, 'z')});
+  return random.OneIn(20) ? "u" : "t";
+}
+
+std::string RandomWhitelist(const LibraryDecl& library, Random& random) {
+  std::string text = random.OneIn(3) ? ";" : "";
+  const MetaDecl* const table = FindTable(library);
+  if (table == nullptr || random.OneIn(3)) return text;
+  for (const FieldDecl& field : table->fields) {
+    if (!random.OneIn(4)) text += field.name + (random.OneIn(8) ? ";;" : ";");
+  }
+  return text;
+}
+
+const std::vector<std::string> kServers = {"3.28.9",   "3.29.0",  "3.29", "3.29.0.0", "3.38.99",    "3.39.0",
+                                           "3.39.0.1", "3.039.0", "4",    "2.99",     "3.29.0-rc1", "99999999999999999999.1",
+                                           "x",        ".",       "3..",  "03.39",    "3.x.5",      "%s",
+                                           "3.40",     "10.0.0"};
+
+Question RandomQuestion(const LibraryDecl& old_library, const LibraryDecl& new_library, Random& random) {
+  Question question = FittingQuestion(random.OneIn(3) ? new_library : old_library);
+  if (random.OneIn(2)) question.operation = static_cast<Operation>(random.Below(static_cast<std::size_t>(Operation::kEnd)));
+  question.old_table = RandomTableName(random);
+  question.new_table = random.OneIn(10) ? RandomTableName(random) : question.old_table;
+  question.without_old = random.OneIn(150);
+  question.without_new = random.OneIn(150);
+  if (random.OneIn(25)) question.table_type = random.Of<int>({0, 1, 2, -1, 7});
+  if (random.OneIn(5)) question.init_version = 1;
+  if (random.OneIn(40)) question.init_version = random.Of<int>({0, 2, 3, -1});
+  if (random.OneIn(2)) question.server = random.Of(kServers);
+  question.whitelist = RandomWhitelist(new_library, random);
+  if (random.OneIn(4)) question.list_num = random.Of<int>({0, 9, 11, -1});
+  return question;
+}
+
+}  // namespace
+
+LibraryDecl RandomLibrary(Taste taste, Random& random) {
+  LibraryDecl library;
+  library.version = 1 + static_cast<int>(random.Below(6));
+  library.flag = random.Of(kFlags);
+  std::vector<std::string> structures;
+  const std::size_t number = random.Below(4);
+  for (std::size_t i = 0; i < number; ++i) {
+    MetaDecl structure{.name = "s" + std::to_string(i), .is_union = random.OneIn(4)};
+    AddFields(1 + random.Below(4), "m", structures, library.version, structure, random);
+    structures.push_back(structure.name);
+    library.metas.push_back(std::move(structure));
+  }
+  const auto place = static_cast<std::ptrdiff_t>(random.Below(library.metas.size() + 1));
+  library.metas.insert(library.metas.begin() + place, RandomTable("t", structures, library.version, random));
+  if (random.OneIn(6)) library.metas.push_back(RandomTable("u", structures, library.version, random));
+  if (taste == Taste::kSound) return library;
+  if (random.OneIn(20)) library.flag = random.Of(kOddFlags);
+  while (random.OneIn(3)) ApplyAny(OddMutations(), library, random);
+  return library;
+}
+
+Question FittingQuestion(const LibraryDecl& library) {
+  Question question{.init_version = library.flag != -1 && (library.flag & 1) == 1 ? 2 : 1, .list_num = 10};
+  const MetaDecl* const table = FindTable(library);
+  question.table_type = table != nullptr && IsList(*table) ? 1 : 0;
+  return question;
+}
+
+std::vector<Question> RandomQuestions(const LibraryDecl& old_library, const LibraryDecl& new_library, Random& random) {
+  std::vector<Question> questions;
+  do {
+    questions.push_back(RandomQuestion(old_library, new_library, random));
+  } while (random.OneIn(2));
+  return questions;
+}
+
+LogGate RandomGate(Random& random) {
+  const std::vector<int> bounds = {-1, 0, 299, 300, 301, 399, 400, 401, 599, 600, 601};
+  LogGate gate;
+  gate.absent = random.OneIn(15);
+  if (random.OneIn(5)) gate.high = random.Of(bounds);
+  if (random.OneIn(5)) gate.low = random.Of(bounds);
+  gate.answer = !random.OneIn(30);
+  return gate;
+}
+
+Scenario RandomScenario(Random& random) {
+  Scenario scenario;
+  scenario.old_library = RandomLibrary(random.OneIn(3) ? Taste::kOdd : Taste::kSound, random);
+  scenario.new_library = scenario.old_library;
+  std::size_t changes = random.OneIn(2) ? 1 : random.Below(6);
+  while (changes-- > 0) {
+    const std::size_t kind = random.Below(10);
+    const auto mutations = kind < 5 ? FieldMutations() : kind < 8 ? TableMutations() : OddMutations();
+    ApplyAny(mutations, scenario.new_library, random);
+  }
+  if (random.OneIn(5)) std::swap(scenario.old_library, scenario.new_library);
+  scenario.gate = RandomGate(random);
+  scenario.questions = RandomQuestions(scenario.old_library, scenario.new_library, random);
+  return scenario;
+}
+
+}  // namespace model

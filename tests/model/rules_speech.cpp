@@ -1,0 +1,41 @@
+// How the plain model of the checker speaks: the buffer, and the gate before the log. Not here: any rule. Held by model_test.cpp.
+#include "model/rules.h"
+
+namespace model {
+namespace {
+
+constexpr std::size_t kBufferText = 1023;
+constexpr int kError = 300;
+
+bool IsLet(Checker& checker, int priority) {
+  const LogGate& gate = checker.gate;
+  if (gate.absent) return false;
+  if (gate.low && *gate.low != -1 && *gate.low < priority) return false;
+  if (gate.high && *gate.high > priority) return false;
+  checker.state.asked.push_back(priority);
+  return gate.answer;
+}
+
+}  // namespace
+
+std::string Shown(const Name& name) { return name ? *name : "(null)"; }
+
+void Write(Checker& checker, const std::string& text) { checker.state.buffer = text.substr(0, kBufferText); }
+
+void LogBuffer(Checker& checker, int priority, const char* method) {
+  if (IsLet(checker, priority)) checker.state.log.push_back({priority, method, true, checker.state.buffer});
+}
+
+void LogOnly(Checker& checker, int priority, const char* method, Said said, const Values& values) {
+  const std::string text = Fill(said, values);
+  if (IsLet(checker, priority)) checker.state.log.push_back({priority, method, false, text});
+}
+
+int Fail(Checker& checker, int code, const char* method, Said said, const Values& values) {
+  checker.last_failure = said;
+  Write(checker, Fill(said, values));
+  LogBuffer(checker, kError, method);
+  return code;
+}
+
+}  // namespace model
