@@ -47,6 +47,8 @@ bool AddField(MetaDecl* meta, std::size_t place, int version) {
   return true;
 }
 
+bool AddFieldSomewhere(MetaDecl* meta, int version, Random& random) { return AddField(meta, random.Below(8), version); }
+
 bool Rename(MetaDecl* meta, Random& random, IsWanted is_wanted) {
   FieldDecl* const field = AnyField(meta, random, is_wanted);
   if (field == nullptr) return false;
@@ -142,10 +144,10 @@ using R = Random;
 constexpr Mutation kMutations[] = {
     {"nothing", kSucceeded, kSucceeded, [](L&, R&) { return true; }},
     {"add a field at the end", kSucceeded, kSucceeded, [](L& l, R&) { return AddField(Table(l), 1000, l.version + 1); }},
-    {"add a field somewhere", kSucceeded, kSucceeded, [](L& l, R& r) { return AddField(Table(l), r.Below(8), l.version + 1); }},
+    {"add a field somewhere", kSucceeded, kSucceeded, [](L& l, R& r) { return AddFieldSomewhere(Table(l), l.version + 1, r); }},
     {"add a field as old as the library", kNewVersionLow, kSucceeded,
-     [](L& l, R& r) { return AddField(Table(l), r.Below(8), l.version); }},
-    {"add a field of version 0", kNewVersionLow, kSucceeded, [](L& l, R& r) { return AddField(Table(l), r.Below(8), 0); }},
+     [](L& l, R& r) { return AddFieldSomewhere(Table(l), l.version, r); }},
+    {"add a field of version 0", kNewVersionLow, kSucceeded, [](L& l, R& r) { return AddFieldSomewhere(Table(l), 0, r); }},
     {"drop a field", kEntryGone, kEntryGoneTlv, Drop},
     {"rename a field", kEntryGone, kEntryGoneTlv, [](L& l, R& r) { return Rename(Table(l), r, IsFreeAndNoKey); }},
     {"rename a key field", kKeyChanged, kKeyChanged,
@@ -185,14 +187,17 @@ constexpr Mutation kMutations[] = {
      }},
     {"swap two fields", kOrder, kSucceeded, [](L& l, R& r) { return SwapNeighbours(Table(l), r); }},
     {"another version of a field", kVersionChanged, kSucceeded,
-     [](L& l, R& r) { return Add(&FieldDecl::version, r.OneIn(2) ? 1 : -1, AnyField(Table(l), r, IsAny)); }},
+     [](L& l, R& r) {
+       FieldDecl* const field = AnyField(Table(l), r, IsAny);
+       return Add(&FieldDecl::version, r.OneIn(2) ? 1 : -1, field);
+     }},
     {"another id of a field", kSucceeded, kEntryGoneTlv,
      [](L& l, R& r) { return Add(&FieldDecl::id, 1000, AnyField(Table(l), r, IsAny)); }},
     {"another structure with the same fields", kStructureChanged, kSucceeded, ReplaceStructure},
 
-    {"add a field inside", kSucceeded, kSucceeded, [](L& l, R& r) { return AddField(Inside(l, r), r.Below(6), l.version + 1); }},
+    {"add a field inside", kSucceeded, kSucceeded, [](L& l, R& r) { return AddFieldSomewhere(Inside(l, r), l.version + 1, r); }},
     {"add a field inside as old as the library", kNewVersionLow, kSucceeded,
-     [](L& l, R& r) { return AddField(Inside(l, r), r.Below(6), l.version); }},
+     [](L& l, R& r) { return AddFieldSomewhere(Inside(l, r), l.version, r); }},
     {"drop a field inside", kEnd, kEnd, DropInside},
     {"drop a field inside and widen another", kEnd, kEnd, DropInsideAndGrow},
     {"rename a field inside", kEntryGone, kSucceeded, [](L& l, R& r) { return Rename(Inside(l, r), r, IsAny); }},

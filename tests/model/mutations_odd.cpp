@@ -95,7 +95,8 @@ bool OddKeyList(LibraryDecl& library, Random& random) {
   if (table == nullptr) return false;
   table->without_key_list = random.OneIn(2);
   const std::size_t most = table->without_key_list ? 5 : table->key.size() + 1;
-  table->odd_key_count = static_cast<std::int16_t>(static_cast<int>(random.Below(most)) - (random.OneIn(5) ? 1 : 0));
+  const int least = random.OneIn(5) ? -1 : 0;
+  table->odd_key_count = static_cast<std::int16_t>(least + static_cast<int>(random.Below(most)));
   return true;
 }
 
@@ -108,9 +109,10 @@ bool TwiceTheMeta(LibraryDecl& library, Random& random) {
 }
 
 template <typename Member, typename Value>
-bool Set(Member FieldDecl::*member, const Value& value, FieldDecl* field) {
+bool SetAny(Member FieldDecl::*member, const std::vector<Value>& values, LibraryDecl& library, Random& random) {
+  FieldDecl* const field = AnyField(Anything(library, random), random, IsAny);
   if (field == nullptr) return false;
-  field->*member = value;
+  field->*member = random.Of(values);
   return true;
 }
 
@@ -127,6 +129,8 @@ bool TwiceTheIndex(LibraryDecl& library, Random& random) {
 using L = LibraryDecl;
 using R = Random;
 
+const std::vector<bool> kYes = {true};
+const std::vector<int> kNoId = {-1};
 const std::vector<std::uint64_t> kSizes = {0, 1, 131072, 131073, 10485761, UINT64_MAX, UINT64_MAX / 2 + 1};
 const std::vector<std::int32_t> kCounts = {0, -1, 1, 2, INT32_MAX, INT32_MIN, 65536};
 const std::vector<std::uint8_t> kFlags = {0, 0x10, 0xff, 0xef, 0x01};
@@ -143,17 +147,13 @@ constexpr Mutation kMutations[] = {
     {"an odd list of key fields", kEnd, kEnd, OddKeyList},
     {"an index name twice", kEnd, kEnd, TwiceTheIndex},
     {"a structure's name twice", kEnd, kEnd, TwiceTheMeta},
-    {"a field without a name", kEnd, kEnd,
-     [](L& l, R& r) { return Set(&FieldDecl::nameless, true, AnyField(Anything(l, r), r, IsAny)); }},
+    {"a field without a name", kEnd, kEnd, [](L& l, R& r) { return SetAny(&FieldDecl::nameless, kYes, l, r); }},
     {"a composite field without a structure", kEnd, kEnd,
-     [](L& l, R& r) { return Set(&FieldDecl::without_structure, true, AnyField(Anything(l, r), r, IsAny)); }},
-    {"an odd unit size", kEnd, kEnd,
-     [](L& l, R& r) { return Set(&FieldDecl::odd_unit_size, r.Of(kSizes), AnyField(Anything(l, r), r, IsAny)); }},
-    {"an odd count", kEnd, kEnd,
-     [](L& l, R& r) { return Set(&FieldDecl::odd_count, r.Of(kCounts), AnyField(Anything(l, r), r, IsAny)); }},
-    {"odd flags", kEnd, kEnd,
-     [](L& l, R& r) { return Set(&FieldDecl::odd_flags, r.Of(kFlags), AnyField(Anything(l, r), r, IsAny)); }},
-    {"no id", kEnd, kEnd, [](L& l, R& r) { return Set(&FieldDecl::id, -1, AnyField(Anything(l, r), r, IsAny)); }},
+     [](L& l, R& r) { return SetAny(&FieldDecl::without_structure, kYes, l, r); }},
+    {"an odd unit size", kEnd, kEnd, [](L& l, R& r) { return SetAny(&FieldDecl::odd_unit_size, kSizes, l, r); }},
+    {"an odd count", kEnd, kEnd, [](L& l, R& r) { return SetAny(&FieldDecl::odd_count, kCounts, l, r); }},
+    {"odd flags", kEnd, kEnd, [](L& l, R& r) { return SetAny(&FieldDecl::odd_flags, kFlags, l, r); }},
+    {"no id", kEnd, kEnd, [](L& l, R& r) { return SetAny(&FieldDecl::id, kNoId, l, r); }},
     {"a flag word", kEnd, kEnd, [](L& l, R& r) { return l.flag = static_cast<int>(r.Below(8)) - 4, true; }},
     {"a library without a version", kEnd, kEnd, [](L& l, R&) { return l.version = -1, true; }},
 };

@@ -17,7 +17,7 @@ class Random {
   bool OneIn(std::size_t number) { return Below(number) == 0; }
 
   template <typename Item>
-  const Item& Of(const std::vector<Item>& items) {
+  Item Of(const std::vector<Item>& items) {
     return items[Below(items.size())];
   }
 

@@ -48,6 +48,11 @@ void AddFields(std::size_t number, const std::string& prefix, const std::vector<
   }
 }
 
+// A few; at times so many that the checker looks them up in another way than one after the other.
+std::size_t RandomWidth(std::size_t few, Random& random) {
+  return random.OneIn(40) ? 15 + random.Below(60) : 1 + random.Below(few);
+}
+
 void AddKeys(MetaDecl& table, Random& random) {
   for (const FieldDecl& field : table.fields) {
     const bool is_wanted = table.key.empty() || (table.key.size() < 3 && random.OneIn(2));
@@ -70,7 +75,7 @@ void AddIndexes(MetaDecl& table, Random& random) {
 
 void AddSortFields(std::size_t number, MetaDecl& table, Random& random) {
   for (std::size_t i = 0; i < number; ++i) {
-    table.fields.push_back({.name = "o" + std::to_string(i), .id = 50 + static_cast<int>(i)});
+    table.fields.push_back({.name = "o" + std::to_string(i), .id = 500 + static_cast<int>(i)});
     table.fields.back().type = random.Of(kIntegerTypes);
     table.fields.back().attr2 = "sort=" + std::to_string(i + 1);
   }
@@ -104,8 +109,8 @@ void AddKind(MetaDecl& table, Random& random) {
 MetaDecl RandomTable(const std::string& name, const std::vector<std::string>& structures, int version, Random& random) {
   MetaDecl table{.name = name};
   const bool is_text = random.OneIn(2);
-  table.fields.push_back({.name = "k", .type = is_text ? "string" : "uint64", .size = is_text ? 16U : 0U, .id = 100});
-  AddFields(1 + random.Below(6), "f", structures, version, table, random);
+  table.fields.push_back({.name = "k", .type = is_text ? "string" : "uint64", .size = is_text ? 16U : 0U, .id = 900});
+  AddFields(RandomWidth(6, random), "f", structures, version, table, random);
   AddKeys(table, random);
   AddIndexes(table, random);
   AddKind(table, random);
@@ -163,10 +168,10 @@ LibraryDecl RandomLibrary(Taste taste, Random& random) {
   library.version = 1 + static_cast<int>(random.Below(6));
   library.flag = random.Of(kFlags);
   std::vector<std::string> structures;
-  const std::size_t number = random.Below(4);
+  const std::size_t number = random.OneIn(20) ? 6 : random.Below(4);
   for (std::size_t i = 0; i < number; ++i) {
     MetaDecl structure{.name = "s" + std::to_string(i), .is_union = random.OneIn(4)};
-    AddFields(1 + random.Below(4), "m", structures, library.version, structure, random);
+    AddFields(RandomWidth(4, random), "m", structures, library.version, structure, random);
     structures.push_back(structure.name);
     library.metas.push_back(std::move(structure));
   }
@@ -197,7 +202,7 @@ std::vector<Question> RandomQuestions(const LibraryDecl& old_library, const Libr
 LogGate RandomGate(Random& random) {
   const std::vector<int> bounds = {-1, 0, 299, 300, 301, 399, 400, 401, 599, 600, 601};
   LogGate gate;
-  gate.absent = random.OneIn(15);
+  gate.absent = random.OneIn(8);
   if (random.OneIn(5)) gate.high = random.Of(bounds);
   if (random.OneIn(5)) gate.low = random.Of(bounds);
   gate.answer = !random.OneIn(30);
