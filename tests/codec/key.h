@@ -1,0 +1,19 @@
+// The keys of a record as bytes, as a store would find it by them.
+#pragma once
+
+#include <string>
+
+#include "codec/record.h"
+
+namespace codec {
+
+// The values of the members in the order of the key, one behind the other, packed.
+struct Keys {
+  std::string primary;
+  std::string splittable;
+  bool operator==(const Keys&) const = default;
+};
+
+Keys KeysOf(const Value& record, LPQMXMETA meta);
+
+}  // namespace codec

@@ -1,0 +1,13 @@
+// Random changes of one table, most of them small: libraries of up to three structures and a table, and a new side that is the
+// old one after up to three edits.
+#pragma once
+
+#include <random>
+
+#include "codec/promise.h"
+
+namespace codec {
+
+Change RandomChange(std::mt19937_64& random);
+
+}  // namespace codec
