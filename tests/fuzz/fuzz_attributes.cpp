@@ -12,12 +12,6 @@
 
 namespace {
 
-// The builder takes any bytes but zero.
-std::string Line(fuzz::Input& input) {
-  std::string line = input.Line();
-  return line.substr(0, line.find('\0'));
-}
-
 qmx::Metalib Build(const std::string& attributes, const std::string& mark) {
   qmx::MetalibBuilder builder("fuzz", 5, qmx::Protocol::kQmx);
   builder.AddMeta("t", QMX_TYPE_STRUCT, attributes);
@@ -51,9 +45,9 @@ void RequireKind(LPQMXMETALIB library) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   fuzz::Input input(data, size);
-  const std::string old_attributes = Line(input);
-  const std::string new_attributes = Line(input);
-  const std::string mark = Line(input);
+  const std::string old_attributes = input.Text();
+  const std::string new_attributes = input.Text();
+  const std::string mark = input.Text();
   const qmx::Metalib old_library = Build(old_attributes, mark);
   const qmx::Metalib new_library = Build(new_attributes, mark);
   RequireKind(old_library.get());

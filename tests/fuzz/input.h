@@ -14,8 +14,6 @@ class Input {
  public:
   Input(const std::uint8_t* data, std::size_t size) : rest_(reinterpret_cast<const char*>(data), size) {}
 
-  bool IsEmpty() const { return rest_.empty(); }
-
   std::uint8_t Byte() {
     if (rest_.empty()) return 0;
     const auto byte = static_cast<std::uint8_t>(rest_.front());
@@ -44,10 +42,10 @@ class Input {
     return line;
   }
 
-  std::string Rest() {
-    std::string text(rest_);
-    rest_ = {};
-    return text;
+  // The next line, up to its first zero byte: what C takes for a text.
+  std::string Text() {
+    const std::string line = Line();
+    return line.substr(0, line.find('\0'));
   }
 
  private:
