@@ -37,8 +37,11 @@ void* WrappedMalloc(std::size_t size) { return Fails() ? nullptr : RealMalloc(si
 void* WrappedCalloc(std::size_t count, std::size_t size) { return Fails() ? nullptr : RealCalloc(count, size); }
 void* WrappedRealloc(void* block, std::size_t size) { return Fails() ? nullptr : RealRealloc(block, size); }
 
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return Fails() ? nullptr : RealMalloc(size == 0 ? 1 : size);
+}
 void* operator new(std::size_t size) {
-  void* const block = Fails() ? nullptr : RealMalloc(size == 0 ? 1 : size);
+  void* const block = operator new(size, std::nothrow);
   if (block == nullptr) throw std::bad_alloc();
   return block;
 }
