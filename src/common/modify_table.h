@@ -11,7 +11,8 @@
 //     lengths, the list of oversized fields is not logged, and the list of whitelisted ones that grew is logged at WARN (400).
 //     Texts are part of the interface, misspellings included. A null category logs nothing.
 //   - A refusal that is named below as without a text leaves the buffer as it was.
-//   - A null pointer where an operation names no result for it matches nothing and is passed over.
+//   - A null pointer where an operation names no result for it matches nothing and is passed over; a field without a
+//     name is refused as one with an empty name.
 #pragma once
 
 #include <cstddef>
