@@ -160,6 +160,40 @@ TEST_F(ProjectFileTest, WhatIsNoTomlHasALineAndAColumn) {
   }
 }
 
+// What looked for blanks promised the compiler that some characters are never there.
+TEST_F(ProjectFileTest, CharactersThatMayStandInTextsOnlyAreTold) {
+  struct Wrong {
+    const char* text;
+    const char* fault;
+  };
+  const Wrong kCases[] = {
+      {"\u00e9 = 1", "1:1: error: Error while parsing root table: expected keys, tables, whitespace or comments, saw '\u00e9'"},
+      {"[schemas]\npaths = \u0436", "2:9: error: Error while parsing value: could not determine value type"},
+      {"[schemas]\u0499", "1:10: error: Error while parsing table header: expected a comment or whitespace, saw '\u0499'"},
+      {"[schemas]\npaths = []\ufb26",
+       "2:11: error: Error while parsing key-value pair: expected a comment or whitespace, saw '\ufb26'"},
+      {"[schemas]\npaths = [\ufefe]", "2:10: error: Error while parsing value: could not determine value type"},
+      {"[schemas]\u00a0", "1:10: error: Error while parsing table header: expected space or tab, saw '\\u00A0'"},
+  };
+  for (const auto& [text, fault] : kCases) ExpectFaults(text, std::string("korvelcheck.toml:") + fault + "\n");
+  Write("korvelcheck.toml", "[schemas]  # \u00e9\npaths = ['\u00e9/\ufb26.xml']\n");
+  EXPECT_EQ(Check().exit_code, 0);
+}
+
+// Some editors put it first.
+TEST_F(ProjectFileTest, AByteOrderMarkIsPassedOver) {
+  const std::string mark = "\xef\xbb\xbf";
+  for (const char* text : {"", "\n", "[schemas]\npaths = []\n"}) {
+    Write("korvelcheck.toml", mark + text);
+    EXPECT_EQ(Check().exit_code, 0) << text;
+  }
+  ExpectFaults(mark + "schemas = 1", "korvelcheck.toml:1:11: error: [schemas] is a number; allowed: a table\n");
+  ExpectFaults(mark + mark,
+               "korvelcheck.toml:1:1: error: Error while parsing root table: expected space or tab, saw '\\uFEFF'\n");
+  ExpectFaults(mark + "\xff", "korvelcheck.toml:1:1: error: Encountered invalid utf-8 sequence\n");
+  ExpectFaults(mark.substr(0, 2), "korvelcheck.toml:1:1: error: Encountered EOF during incomplete utf-8 code point sequence\n");
+}
+
 TEST_F(ProjectFileTest, ADirectoryOfTheNameIsAnError) {
   std::filesystem::create_directory(PathOf("korvelcheck.toml"));
   const Outcome outcome = Check();
