@@ -52,7 +52,7 @@ mutants: ## change the rules in small ways; a test must fail for each. MUTANTS_A
 	$(INSTALL_DEPS) ci
 	scripts/mutants --jobs $(JOBS) $(MUTANTS_ARGS)
 
-coverage: ## line and branch coverage of src/common
+coverage: ## every line and branch of src/common must be taken by a test, or explained
 	$(INSTALL_DEPS) ci
 	scripts/coverage $(JOBS)
 

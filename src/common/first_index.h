@@ -96,12 +96,10 @@ class FirstIndex {
     return position;
   }
 
-  // Whether item i has a key, and is the first with it.
+  // Whether item i is the first with its key. REQUIRES: it has one.
   template <class KeyAt>
   bool IsFirst(int i, KeyAt key_at) {
-    if (indexed_ == i) return Add(key_at) == i;
-    const auto key = key_at(i);
-    return key && Find(key, key_at) == i;
+    return indexed_ == i ? Add(key_at) == i : Find(key_at(i), key_at) == i;
   }
 
  private:

@@ -19,7 +19,7 @@ struct NameAt {
 struct IdAt {
   IdKey operator()(int i) const noexcept {
     const LPQMXMETAENTRY entry = qmx_get_entry_by_index(meta, i);
-    return entry == nullptr ? IdKey{false, 0} : IdKey{true, qmx_get_entry_id(entry)};
+    return entry == nullptr ? IdKey{} : IdKey{true, qmx_get_entry_id(entry)};
   }
   LPQMXMETA meta;
 };
@@ -27,7 +27,7 @@ struct IdAt {
 struct IdAndNameAt {
   IdAndNameKey operator()(int i) const noexcept {
     const LPQMXMETAENTRY entry = qmx_get_entry_by_index(meta, i);
-    return entry == nullptr ? IdAndNameKey{0, {nullptr}} : IdAndNameKey{qmx_get_entry_id(entry), {qmx_get_entry_name(entry)}};
+    return entry == nullptr ? IdAndNameKey{} : IdAndNameKey{qmx_get_entry_id(entry), {qmx_get_entry_name(entry)}};
   }
   LPQMXMETA meta;
 };

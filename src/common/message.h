@@ -32,16 +32,20 @@ template <class... Args>
 struct Message {
   consteval Message(const char* format) : text(format) {
     (Expect<Args>(format), ...);
-    if (NextConversion(format) != nullptr) throw "a conversion without an argument";
+    if (NextConversion(format) != nullptr) AConversionHasNoArgument();
   }
 
   const char* text;
 
  private:
+  // Cannot be called when compiled: what says why a message does not compile.
+  static void AConversionHasNoArgument();
+  static void AConversionDoesNotFitItsArgument();
+
   template <class T>
   static consteval void Expect(const char*& format) {
     format = NextConversion(format);
-    if (!Prints<T>(format)) throw "a conversion that does not fit its argument";
+    if (!Prints<T>(format)) AConversionDoesNotFitItsArgument();
   }
 };
 

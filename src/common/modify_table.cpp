@@ -80,7 +80,7 @@ int ModifyTable::KorvelModifyTable(LPQMXMETALIB old_metalib, LPQMXMETALIB new_me
   }
 
   // A table created in the record format whose libraries are TLV by now must satisfy both sets of field rules.
-  const bool by_tlv_rules = old_is_tlv && new_is_tlv;
+  const bool by_tlv_rules = old_is_tlv;  // so is the new one, then
   const bool by_record_rules = init_qmx_version == kInitQmx;
   if (by_tlv_rules) {
     if (const int ret = CompareEntryValueFieldTLV(old_meta, new_meta, log_handle); ret != 0) {

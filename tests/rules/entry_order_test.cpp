@@ -103,6 +103,25 @@ std::vector<Row> StructureRows() {
 INSTANTIATE_TEST_SUITE_P(Order, RuleTest, testing::ValuesIn(Rows()), RowName);
 INSTANTIATE_TEST_SUITE_P(OrderStructure, RuleTest, testing::ValuesIn(StructureRows()), RowName);
 
+// Two metas of one library: the middle structure is the new one of a pair, then the old one of the next.
+TEST(Order, AStructureMayBeOldInOnePairAndNewInTheNext) {
+  const auto box = [](const std::string& name) {
+    Table table{.name = name, .fields = Fields({"e1", "e2", "e3", "e4", "e5", "e6", "e7", "e8", "e9"})};
+    table.fields[3].type = "leaf";
+    return table;
+  };
+  const Schema schema = Of({{.name = "leaf", .fields = Fields({"x"})},
+                            box("a"),
+                            box("b"),
+                            box("c"),
+                            {.name = "mall%s", .fields = {{"first", "b"}, {"second", "a"}}},
+                            {.name = "shop%s", .fields = {{"first", "c"}, {"second", "b"}}}})
+                            .Build();
+  ModifyTable checker;
+  EXPECT_EQ(checker.CompareOrder(schema.Meta("mall%s"), schema.Meta("shop%s"), nullptr), 0);
+  EXPECT_STREQ(checker.GetErrType(), "");
+}
+
 TEST(Order, ARefusalInsideComesBeforeTheNextEntry) {
   const Library old_library = Boxed("mall%s", {}, "box%s", {"a", "b"});
   Library new_library = Boxed("shop%s", {}, "bag%s", {"b", "a"});

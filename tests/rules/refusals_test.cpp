@@ -73,7 +73,8 @@ TEST(Refusals, CutTextsLeadToARowThatBeginsAlike) {
 
 TEST(Refusals, OtherTextsLeadNowhere) {
   for (const char* text : {"", "entry name is too long:", "ModifyTable successed! table:'uid'",
-                           "Primaykey is invalid! table:'uid", "The entry can't be found", "x Invalid parameter, meta is null"}) {
+                           "Primaykey is invalid! table:'uid", "The entry can't be found", "x Invalid parameter, meta is null",
+                           "Invalid parameter, meta is null!", "Primaykey is invalid! table:'uid' or so"}) {
     EXPECT_EQ(IdOf(text), "(none)") << text;
   }
 }

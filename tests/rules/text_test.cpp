@@ -155,7 +155,17 @@ TEST(ErrorText, ALaterTextReplacesALongOne) {
   EXPECT_STREQ(checker.GetErrType(), "Invalid parameter, meta is null");
 }
 
-// No name can bring this about but one of two gigabytes; a wide character that no locale knows can.
+TEST(ErrorText, ATextThatIsAFormatIsCutAt1023BytesToo) {
+  struct {
+    char text[korvel::kErrorTextSize];
+    char behind = '!';
+  } buffer;
+  const korvel::Site site{buffer.text, nullptr, {}};
+  EXPECT_EQ(korvel::RefuseWithFormat(site, -2, std::string(1022, 't').append("%%%%").c_str()), -2);
+  EXPECT_EQ(buffer.text, std::string(1022, 't') + "%");
+  EXPECT_EQ(buffer.behind, '!');
+}
+
 TEST(ErrorText, AnArgumentMayBeTheBufferItself) {
   ModifyTable checker;
   std::strcpy(checker.m_szErrorType, "orders");
@@ -163,6 +173,7 @@ TEST(ErrorText, AnArgumentMayBeTheBufferItself) {
   EXPECT_STREQ(checker.GetErrType(), "Tnvaild parameter，please check the parameter! table: 'orders'");
 }
 
+// No name can bring this about but one of two gigabytes; a wide character that no locale knows can.
 TEST(ErrorText, AFormattingErrorLeavesTheBufferEmpty) {
   char buffer[korvel::kErrorTextSize] = "what was written before";
   korvel::FormatText(buffer, "all of it: %lc", static_cast<std::wint_t>(0x7FFFFFFF));

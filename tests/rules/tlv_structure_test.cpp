@@ -154,6 +154,22 @@ TEST(TlvStructure, AskedDirectlyANullMetaIsMinusOne) {
   EXPECT_EQ(Judge(ask(Old({}), Absent())), null_meta);
 }
 
+// The second old structure is judged when all ids of the new one are known: the second entry of an id is not like the first.
+TEST(TlvStructure, TheFirstOfAnIdIsMeantInAStructureThatIsAskedTwice) {
+  std::vector<Field> twice = {Id("a", 1), Id("b", 2), Id("c", 3), Id("d", 4), Id("e", 5),
+                              Id("f", 6), Id("g", 7), Id("h", 8), Id("i", 9), {.name = "j", .type = "int64", .id = 6}};
+  const std::vector<Field> once = {Id("i", 9), Id("b", 2)};
+  const auto library = [](const std::string& first, const std::vector<Table>& boxes) {
+    Library made = Of({{.fields = {{.name = "x", .type = first, .id = 1}, {.name = "y", .type = "bag%s", .id = 2}}}});
+    made.tables.insert(made.tables.end(), boxes.begin(), boxes.end());
+    return made.With(support::UnitSize("mall%s", "x", 64));
+  };
+  const Library old_library = library("box%s", {{.name = "box%s", .fields = once}, {.name = "bag%s", .fields = twice}});
+  const Library new_library = library("bag%s", {{.name = "bag%s", .fields = twice}});
+  const Outcome refused = Refused(-3, kInside, "The type of entry can't be modified!  entry_id:'6' metaname:'bag%s'");
+  EXPECT_EQ(Judge(Fields(old_library, new_library)), refused);
+}
+
 TEST(TlvStructure, DeletingAMemberPassesWhereDeletingAFieldDoesNot) {
   EXPECT_EQ(Judge(Fields(Old({Id("x", 4), Id("y", 5)}), New({Id("y", 5)}))).code, 0);
   Library no_items = New({Id("x", 4)});

@@ -1,5 +1,6 @@
 // Entries that cannot be read: passed over, except where an operation names a result for them.
 
+#include "qmx/qmx_metalib_kernel.h"
 #include "rules/standalone/stand_in_test.h"
 
 namespace standalone {
@@ -73,6 +74,13 @@ TEST_F(NullEntries, NewOnesArePassedOverByTheSurvivalTest) {
   LPQMXMETA old_meta = Old({kUid}), new_meta = New({kNull, kUid});
   EXPECT_EQ(Judge([&](ModifyTable& checker, auto log) { return checker.CompareEntryValueFieldTLV(old_meta, new_meta, log); }),
             Outcome{});
+}
+
+TEST_F(NullEntries, NewOnesArePassedOverWhereTheFirstOfTheIdHasAnotherName) {
+  LPQMXMETA old_meta = Old({kUid}), new_meta = New({EntryFacts{.name = "other", .id = 1}, kNull, kUid});
+  ModifyTable checker;
+  EXPECT_TRUE(checker.CheckWhetherExistEntryOfTLV(qmx_get_entry_by_index(old_meta, 0), new_meta, nullptr));
+  EXPECT_STREQ(checker.GetErrType(), "");
 }
 
 TEST_F(NullEntries, MembersOfStructuresArePassedOver) {
