@@ -10,6 +10,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <new>
 #include <string_view>
 #include <system_error>
 
@@ -17,6 +18,7 @@ namespace korvel::tool {
 namespace {
 
 void RequireDone(int error, const char* what) {
+  if (error == ENOMEM) throw std::bad_alloc();
   if (error != 0) throw std::system_error(error, std::generic_category(), what);
 }
 

@@ -16,6 +16,7 @@
 #include "tool/command.h"
 #include "tool/exit_code.h"
 #include "tool/file_descriptor.h"
+#include "tool/last_words.h"
 #include "tool/output.h"
 #include "tool/refused.h"
 #include "tool/schema_file.h"
@@ -141,6 +142,7 @@ int main(int argc, char** argv) {
   using namespace korvel::tool;
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);  // a file at its size limit is a failed write
+  EndOnUncaught();
   OccupyClosedStreams();
   KeepFreedMemory();
   try {
@@ -152,7 +154,7 @@ int main(int argc, char** argv) {
     PrintErrors(reasons.lines);
     return kSomeRefused;
   } catch (const std::bad_alloc&) {
-    PrintErrors({Said("out of memory")});
+    SayOutOfMemory();
     return kFault;
   } catch (const std::exception& fault) {
     PrintErrors({Said(fault.what())});

@@ -202,6 +202,8 @@ void vesk_category_logv(LPVESKCATEGORYINST category, const tagVeskEvent* event, 
   if (!writer) return;
   try {
     writer->Write(vesk::MakeRecord(*event, vesk::FormatMessage(format, arguments)));
+  } catch (const std::bad_alloc&) {
+    writer->NoteFailure("out of memory");
   } catch (const std::exception& failure) {
     writer->NoteFailure(failure.what());
   }

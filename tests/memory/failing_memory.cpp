@@ -1,11 +1,12 @@
 // The linker puts these in the place of malloc and its like (--wrap), for our own objects and those of static libraries; the
-// operators below serve C++. Only FailEach arms them.
+// operators below serve C++. Only FailAfter arms them.
 #include "memory/failing_memory.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <cstddef>
+#include <cstdio>
 #include <cstdlib>
 #include <new>
 
@@ -13,15 +14,24 @@ namespace {
 
 constexpr long kNever = -1;
 std::atomic<long> left = kNever;  // allocations until one fails
-std::atomic<bool> failed = false;
+std::atomic<bool> is_rest = false;
+std::atomic<bool>* told = nullptr;
 
 bool Fails() {
   if (left.load() == kNever) return false;
-  if (left.fetch_sub(1) > 0) return false;
-  left = kNever;  // one failure is asked about at a time; what copes with it may allocate
-  failed = true;
+  if (left.load() > 0 && left.fetch_sub(1) > 0) return false;
+  if (!is_rest) left = kNever;  // what copes with it may allocate
+  *told = true;
   return true;
 }
+
+// Tells the number of failures.
+class Total : public testing::Environment {
+ public:
+  void TearDown() override { std::printf("%ld allocations failed on purpose\n", count); }
+  long count = 0;
+};
+Total* const total = static_cast<Total*>(testing::AddGlobalTestEnvironment(new Total));
 
 }  // namespace
 
@@ -50,19 +60,31 @@ void operator delete(void* block, std::size_t) noexcept { std::free(block); }
 
 namespace memory {
 
+void FailAfter(long count, Failing failing, std::atomic<bool>& failed) {
+  failed = false;
+  told = &failed;
+  is_rest = failing == Failing::kRest;
+  left = count;
+}
+
+void FailNever() { left = kNever; }
+
+void CountFailures(long count) { total->count += count; }
+
 long FailEach(const std::function<void()>& work) {
+  std::atomic<bool> failed = false;
   for (long count = 0;; ++count) {
     bool ended = false;
-    failed = false;
-    left = count;
+    FailAfter(count, Failing::kOne, failed);
     try {
       work();
     } catch (const std::bad_alloc&) {
       ended = true;
     }
-    left = kNever;
+    FailNever();
     if (!failed) {
       EXPECT_FALSE(ended) << "memory ran out without a failure";
+      CountFailures(count);
       return count;
     }
   }

@@ -62,7 +62,8 @@ TEST(OutOfMemory, EndsTheSearchForRefusedChanges) {
   RecordProperty("failures", std::to_string(failures));
 }
 
-// Forms that are made of a JSON document are left out: its library allocates in a destructor, where a failure ends the program.
+// Forms that are made of a JSON document are left to tool_memory_test.cpp: its library allocates in a destructor, where a failure
+// ends the program.
 bool IsOfJson(const std::string& format) { return format == "json" || format == "sarif" || format == "gitlab"; }
 
 TEST(OutOfMemory, EndsTheWritingOfAReport) {
