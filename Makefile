@@ -8,7 +8,7 @@ SEED ?= 1
 PAIRS ?= 5000000
 
 .DEFAULT_GOAL := help
-.PHONY: help example test model bench clang sanitize fuzz mutants coverage goldens docs lint format install
+.PHONY: help example test model bench clang sanitize thread memcheck fuzz mutants coverage goldens docs lint format install
 
 help: ## list these commands
 	@sed -n 's/^\([a-z]*\):.* ## /\1\t/p' $(MAKEFILE_LIST) | expand -t 12
@@ -43,6 +43,16 @@ clang: ## every test, built with clang
 sanitize: ## every test under the address and undefined-behaviour sanitizers
 	$(INSTALL_DEPS) ci
 	scripts/test-preset sanitize $(JOBS)
+
+thread: ## checks at the same time, under the thread sanitizer
+	$(INSTALL_DEPS) ci
+	scripts/test-preset thread $(JOBS)
+
+memcheck: ## the tests of the checker and of the metadata library under valgrind
+	$(INSTALL_DEPS) test
+	cmake --preset test
+	cmake --build --preset test -j $(JOBS)
+	scripts/memcheck $(JOBS)
 
 fuzz: ## every fuzzer for TIME seconds (60), then a table of what they did
 	$(INSTALL_DEPS) ci
