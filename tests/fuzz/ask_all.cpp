@@ -2,11 +2,10 @@
 
 #include <cstring>
 #include <functional>
-#include <memory>
 
 #include "fuzz/require.h"
 #include "qmx/qmx_metalib_kernel.h"
-#include "vesk/log_category.h"
+#include "support/log_capture.h"
 
 namespace fuzz {
 namespace {
@@ -28,12 +27,13 @@ void Ask(const Question& question) {
 
 void AskAll(LPQMXMETALIB old_library, LPQMXMETALIB new_library, const Settings& settings) {
   // Field lengths are checked only where there is a category.
-  static const std::unique_ptr<vesk::LogCategory> closed = vesk::LogCategory::Closed();
+  support::CaptureCategory closed;
+  closed.SetAnswer(0);
   for (int i = 0; i < qmx_get_meta_num(old_library); ++i) {
     const LPQMXMETA old_meta = qmx_get_meta_by_index(old_library, i);
     const char* const name = qmx_get_meta_name(old_meta);
     Ask([&](ModifyTable& checker) {
-      return checker.KorvelModifyTable(old_library, new_library, name, settings.type, settings.created_as, closed->handle(),
+      return checker.KorvelModifyTable(old_library, new_library, name, settings.type, settings.created_as, &closed,
                                        settings.server_version, settings.whitelist, settings.list_num);
     });
     Ask([&](ModifyTable& checker) { return checker.CheckTableMetaCompatible(old_library, new_library, name, nullptr); });

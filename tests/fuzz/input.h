@@ -35,8 +35,11 @@ class Input {
   }
 
   // Up to the next line end, which is left out.
-  std::string Line() {
-    const std::size_t end = std::min(rest_.find('\n'), rest_.size());
+  std::string Line() { return UpTo('\n'); }
+
+  // Up to the next byte of that value, which is left out.
+  std::string UpTo(char mark) {
+    const std::size_t end = std::min(rest_.find(mark), rest_.size());
     std::string line(rest_.substr(0, end));
     rest_.remove_prefix(std::min(end + 1, rest_.size()));
     return line;

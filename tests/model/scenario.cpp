@@ -71,21 +71,6 @@ State StateOf(const ModifyTable& checker, const support::CaptureCategory& catego
   return state;
 }
 
-std::vector<Answer> AskChecker(const Scenario& scenario, LPQMXMETALIB old_library, LPQMXMETALIB new_library) {
-  ModifyTable checker;
-  support::CaptureCategory category;
-  SetGate(scenario.gate, category);
-  std::vector<Answer> answers;
-  for (const Question& question : scenario.questions) {
-    category.records.clear();
-    category.questions.clear();
-    const LPVESKCATEGORYINST log = scenario.gate.absent ? nullptr : &category;
-    const int code = AskChecker(question, old_library, new_library, log, checker);
-    answers.push_back({code, StateOf(checker, category)});
-  }
-  return answers;
-}
-
 // --- The model ---
 
 int AskModel(const Question& question, const PlainLibrary* old_library, const PlainLibrary* new_library, Checker& checker) {
@@ -166,14 +151,33 @@ std::vector<Answer> AskModel(const Scenario& scenario, LPQMXMETALIB old_library,
 
 }  // namespace
 
+std::vector<Answer> AskChecker(const Scenario& scenario, LPQMXMETALIB old_library, LPQMXMETALIB new_library) {
+  ModifyTable checker;
+  support::CaptureCategory category;
+  SetGate(scenario.gate, category);
+  std::vector<Answer> answers;
+  for (const Question& question : scenario.questions) {
+    category.records.clear();
+    category.questions.clear();
+    const LPVESKCATEGORYINST log = scenario.gate.absent ? nullptr : &category;
+    const int code = AskChecker(question, old_library, new_library, log, checker);
+    answers.push_back({code, StateOf(checker, category)});
+  }
+  return answers;
+}
+
+Answers Ask(const Scenario& scenario, LPQMXMETALIB old_library, LPQMXMETALIB new_library) {
+  Answers answers;
+  answers.checker = AskChecker(scenario, old_library, new_library);
+  answers.model = AskModel(scenario, old_library, new_library, answers.last_failure);
+  return answers;
+}
+
 std::optional<Answers> Ask(const Scenario& scenario) {
   const std::optional<qmx::Metalib> old_library = Build(scenario.old_library);
   const std::optional<qmx::Metalib> new_library = Build(scenario.new_library);
   if (!old_library || !new_library) return std::nullopt;
-  Answers answers;
-  answers.checker = AskChecker(scenario, old_library->get(), new_library->get());
-  answers.model = AskModel(scenario, old_library->get(), new_library->get(), answers.last_failure);
-  return answers;
+  return Ask(scenario, old_library->get(), new_library->get());
 }
 
 }  // namespace model

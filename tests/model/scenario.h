@@ -49,6 +49,10 @@ struct Answers {
 };
 std::optional<Answers> Ask(const Scenario& scenario);
 
+// The same of libraries that lie there, whatever those of the scenario are: of both sides, and of the checker alone.
+Answers Ask(const Scenario& scenario, LPQMXMETALIB old_library, LPQMXMETALIB new_library);
+std::vector<Answer> AskChecker(const Scenario& scenario, LPQMXMETALIB old_library, LPQMXMETALIB new_library);
+
 // Both libraries as schema files, the calls, and what each side answered where they differ.
 std::string Print(const Scenario& scenario);
 std::string PrintDifference(const Answers& answers);

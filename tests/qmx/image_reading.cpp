@@ -44,6 +44,7 @@ class Reader {
 
   std::uint64_t Run() {
     Text(reinterpret_cast<const char*>(library_->data) + library_->ptrName);
+    static_cast<void>(qmx_get_metalib_version(library_));
     for (int i = 0; i < qmx_get_meta_num(library_); ++i) Meta(qmx_get_meta_by_index(library_, i));
     static_cast<void>(qmx_get_meta_by_name(library_, "no such meta"));
     return bytes_;
@@ -59,9 +60,8 @@ class Reader {
     const char* name = qmx_get_meta_name(meta);
     Text(name);
     Text(qmx_get_meta_customattr(meta));
-    char key[1024];
-    static_cast<void>(qmx_get_meta_splittablekey(meta, key, sizeof(key), nullptr));
-    for (const auto [index, entry] : korvel::Entries(meta)) Entry(entry);
+    SplittableKey(meta);
+    for (int i = 0; i < qmx_get_entry_num(meta); ++i) Entry(qmx_get_entry_by_index(meta, i));
     for (auto* index : korvel::Indexes(meta)) {
       bytes_ += sizeof(*index);
       Text(korvel::IndexName(meta, index));
@@ -69,6 +69,21 @@ class Reader {
     }
     for (auto* member : korvel::PrimaryKeyMembers(meta)) Member(meta, member);
     Check(qmx_get_meta_by_name(library_, name), name);
+  }
+
+  // Into buffers of every size up to one that is large enough: cut nowhere, and never a byte too far.
+  void SplittableKey(LPQMXMETA meta) {
+    char all[1024];
+    if (qmx_get_meta_splittablekey(meta, all, sizeof(all), nullptr) != 0) return;
+    const std::size_t length = std::strlen(all);
+    for (std::size_t size = 0; size <= length + 1; ++size) {
+      const auto exact = std::make_unique<char[]>(size);
+      char* error = nullptr;
+      const bool fits = qmx_get_meta_splittablekey(meta, exact.get(), size, &error) == 0;
+      const char* const expected = fits ? all : "";
+      const bool is_right = size == 0 || std::strcmp(exact.get(), expected) == 0;
+      if (fits != (size > length) || !is_right || (!fits && error == nullptr)) std::abort();
+    }
   }
 
   template <class Record>
@@ -81,6 +96,11 @@ class Reader {
     bytes_ += sizeof(*entry);
     Text(qmx_get_entry_name(entry));
     Text(qmx_get_entry_customattr2(library_, entry));
+    if (qmx_get_entry_id(entry) != entry->iID || qmx_get_entry_version(entry) != entry->iVersion ||
+        qmx_get_entry_type(entry) != entry->iType || qmx_get_entry_unitsize(entry) != entry->iUnitSize ||
+        qmx_get_entry_count(entry) != entry->iCount) {
+      std::abort();
+    }
     static_cast<void>(qmx_get_entry_name(qmx_get_entry_refer(entry)));
     static_cast<void>(qmx_get_meta_name(qmx_get_entry_type_meta(library_, entry)));
   }

@@ -1,0 +1,157 @@
+// Scenarios as bytes and back: both go over the same members in the same order, which is written once. Held by mutate_test.cpp.
+#include "fuzz/scenario_bytes.h"
+
+#include <concepts>
+#include <optional>
+#include <type_traits>
+#include <vector>
+
+#include "fuzz/input.h"
+
+namespace fuzz {
+namespace {
+
+constexpr unsigned kBits = 7;  // of a number, in each of its bytes; the eighth says that another byte follows
+
+// --- Members ---
+
+template <class Bytes, class... Member>
+void Pass(Bytes& bytes, Member&... member) {
+  (bytes.Take(member), ...);
+}
+
+template <class Bytes>
+void Members(Bytes& bytes, model::FieldDecl& field) {
+  Pass(bytes, field.name, field.type, field.size, field.id, field.version, field.count, field.refer, field.attr2, field.nameless,
+       field.without_structure, field.odd_unit_size, field.odd_count, field.odd_flags);
+}
+
+template <class Bytes>
+void Members(Bytes& bytes, model::IndexDecl& index) {
+  Pass(bytes, index.name, index.columns);
+}
+
+template <class Bytes>
+void Members(Bytes& bytes, model::MetaDecl& meta) {
+  Pass(bytes, meta.name, meta.is_union, meta.fields, meta.key, meta.split, meta.indexes, meta.attr, meta.without_key_list,
+       meta.odd_key_count);
+}
+
+template <class Bytes>
+void Members(Bytes& bytes, model::LibraryDecl& library) {
+  Pass(bytes, library.version, library.flag, library.metas);
+}
+
+template <class Bytes>
+void Members(Bytes& bytes, model::LogGate& gate) {
+  Pass(bytes, gate.absent, gate.high, gate.low, gate.answer);
+}
+
+template <class Bytes>
+void Members(Bytes& bytes, model::Question& question) {
+  auto operation = static_cast<unsigned>(question.operation);
+  Pass(bytes, operation, question.old_table, question.new_table, question.without_old, question.without_new, question.table_type,
+       question.init_version, question.server, question.whitelist, question.list_num);
+  question.operation = static_cast<model::Operation>(operation % static_cast<unsigned>(model::Operation::kEnd));
+}
+
+template <class Bytes>
+void Members(Bytes& bytes, model::Scenario& scenario) {
+  Pass(bytes, scenario.gate, scenario.questions, scenario.old_library, scenario.new_library);
+}
+
+// --- Writing ---
+
+struct Writer {
+  void Take(bool& flag) { text += flag ? '\1' : '\0'; }
+
+  // Small numbers on both sides of zero are short.
+  template <std::integral Number>
+  void Take(Number& number) {
+    const auto wide = static_cast<std::int64_t>(number);
+    auto rest = (static_cast<std::uint64_t>(wide) << 1) ^ static_cast<std::uint64_t>(wide >> 63);
+    for (; rest >> kBits != 0; rest >>= kBits) text += static_cast<char>(rest % (1U << kBits) + (1U << kBits));
+    text += static_cast<char>(rest);
+  }
+
+  void Take(std::string& value) { text.append(value.c_str()) += '\0'; }
+
+  template <class Value>
+  void Take(std::optional<Value>& value) {
+    bool is_there = value.has_value();
+    Take(is_there);
+    if (is_there) Take(*value);
+  }
+
+  // A byte in front of each item, so that no count from an input is believed.
+  template <class Item>
+  void Take(std::vector<Item>& items) {
+    for (Item& item : items) {
+      bool follows = true;
+      Pass(*this, follows, item);
+    }
+    text += '\0';
+  }
+
+  template <class Struct>
+  requires std::is_class_v<Struct>
+  void Take(Struct& value) { Members(*this, value); }
+
+  std::string text;
+};
+
+// --- Reading ---
+
+struct Reader {
+  void Take(bool& flag) { flag = input.Byte() % 2 == 1; }
+
+  template <std::integral Number>
+  void Take(Number& number) {
+    std::uint64_t value = 0;
+    for (unsigned shift = 0; shift < 64; shift += kBits) {
+      const std::uint64_t byte = input.Byte();
+      value |= byte % (1U << kBits) << shift;
+      if (byte >> kBits == 0) break;
+    }
+    number = static_cast<Number>((value >> 1) ^ (~(value & 1) + 1));
+  }
+
+  void Take(std::string& value) { value = input.UpTo('\0'); }
+
+  template <class Value>
+  void Take(std::optional<Value>& value) {
+    bool is_there = false;
+    Take(is_there);
+    value.reset();
+    if (is_there) Take(value.emplace());
+  }
+
+  template <class Item>
+  void Take(std::vector<Item>& items) {
+    for (bool follows = false; Take(follows), follows;) Take(items.emplace_back());
+  }
+
+  template <class Struct>
+  requires std::is_class_v<Struct>
+  void Take(Struct& value) { Members(*this, value); }
+
+  Input input;
+};
+
+}  // namespace
+
+std::string BytesOf(const model::Scenario& scenario) {
+  model::Scenario copy = scenario;  // reading fills in the very members that writing goes over
+  Writer writer;
+  writer.Take(copy);
+  return std::move(writer.text);
+}
+
+model::Scenario ScenarioOf(const std::uint8_t* data, std::size_t size) {
+  Reader reader{Input(data, size)};
+  model::Scenario scenario;
+  reader.Take(scenario);
+  return scenario;
+}
+
+}  // namespace fuzz
