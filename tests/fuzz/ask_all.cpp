@@ -44,6 +44,12 @@ void AskAll(LPQMXMETALIB old_library, LPQMXMETALIB new_library, const Settings& 
       return checker.CompareValue(old_meta, new_meta, old_library, new_library, settings.created_as, nullptr);
     });
     Ask([&](ModifyTable& checker) { return checker.CompareTableField(old_meta, new_meta, nullptr); });
+    Ask([&](ModifyTable& checker) { return checker.ComparePrimaryKey(old_meta, new_meta, nullptr); });
+    Ask([&](ModifyTable& checker) { return checker.CompareSplittableKey(old_meta, new_meta, nullptr); });
+    Ask([&](ModifyTable& checker) { return checker.CompareIndex(old_meta, new_meta, 0, nullptr); });
+    Ask([&](ModifyTable& checker) {
+      return checker.CheckListMetaInfo(name, old_library, new_library, nullptr, settings.type, settings.list_num);
+    });
   }
 }
 

@@ -4,49 +4,25 @@
 // library.
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
-#include <map>
 #include <string>
+#include <vector>
 
 #include "common/result_codes.h"
+#include "fuzz/ask_model.h"
 #include "fuzz/mutate.h"
 #include "fuzz/require.h"
 #include "fuzz/rules_reached.h"
 #include "fuzz/scenario_bytes.h"
 #include "qmx/image_reading.h"
 #include "qmx/qmx_image.h"
-#include "qmx/qmx_metalib_kernel.h"
 
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t max_size);
 
 namespace {
 
 using Answers = std::vector<model::Answer>;
-using Paths = std::map<LPQMXMETA, std::uint64_t>;
-
 constexpr std::size_t kMostQuestions = 8;
-constexpr std::uint64_t kMostPaths = 2000;
-
-// Ways into a structure and the structures in it, as many as kMostPaths. The model walks each of them: it is slow on purpose.
-std::uint64_t PathsIn(LPQMXMETALIB library, LPQMXMETA meta, Paths& known) {
-  if (meta == nullptr) return 0;
-  if (const auto found = known.find(meta); found != known.end()) return found->second;
-  std::uint64_t paths = 1;
-  for (int i = 0; i < qmx_get_entry_num(meta); ++i) {
-    paths += PathsIn(library, qmx_get_entry_type_meta(library, qmx_get_entry_by_index(meta, i)), known);
-  }
-  return known[meta] = std::min(paths, kMostPaths);
-}
-
-bool IsSimple(LPQMXMETALIB library) {
-  Paths known;
-  std::uint64_t most = 0;
-  for (int i = 0; i < qmx_get_meta_num(library); ++i) {
-    most = std::max(most, PathsIn(library, qmx_get_meta_by_index(library, i), known));
-  }
-  return most < kMostPaths;
-}
 
 void RequireAnswers(const Answers& answers) {
   for (const model::Answer& answer : answers) {
@@ -72,12 +48,7 @@ void Check(const model::Scenario& scenario, const qmx::Metalib& old_library, con
   RequireAnswers(answers);
   fuzz::Require(qmx::WriteImage(old_library) == old_image && qmx::WriteImage(new_library) == new_image, "asking changes nothing");
   RequireSameOfImages(scenario, old_image, new_image, answers);
-  if (!IsSimple(old_library.get()) || !IsSimple(new_library.get())) return;
-  const model::Answers again = model::Ask(scenario, old_library.get(), new_library.get());
-  fuzz::Require(again.checker == answers, "the same questions have the same answers");
-  if (again.model == answers) return;
-  std::fputs((model::Print(scenario) + model::PrintDifference(again)).c_str(), stderr);
-  fuzz::Require(false, "the model gives the same answers");
+  fuzz::RequireModel(scenario, old_library.get(), new_library.get(), answers);
 }
 
 }  // namespace

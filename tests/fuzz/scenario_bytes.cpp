@@ -74,7 +74,7 @@ struct Writer {
     text += static_cast<char>(rest);
   }
 
-  void Take(std::string& value) { text.append(value.c_str()) += '\0'; }
+  void Take(std::string& value) { text.append(value) += '\0'; }
 
   template <class Value>
   void Take(std::optional<Value>& value) {

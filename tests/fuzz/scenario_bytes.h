@@ -11,7 +11,7 @@
 
 namespace fuzz {
 
-// Texts in it end at their first zero byte.
+// REQUIRES: no text in it holds a zero byte.
 std::string BytesOf(const model::Scenario& scenario);
 
 model::Scenario ScenarioOf(const std::uint8_t* data, std::size_t size);
