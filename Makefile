@@ -54,9 +54,9 @@ memcheck: ## the tests of the checker and of the metadata library under valgrind
 	cmake --build --preset test -j $(JOBS)
 	scripts/memcheck $(JOBS)
 
-fuzz: ## every fuzzer for TIME seconds (60), then a table of what they did
+fuzz: ## every fuzzer for TIME seconds (60) from SEED on, then a table of what they did; fails at a find
 	$(INSTALL_DEPS) ci
-	scripts/fuzz $(or $(TIME),60) $(JOBS)
+	SEED=$(SEED) scripts/fuzz $(or $(TIME),60) $(JOBS)
 
 mutants: ## change the rules in small ways; a test must fail for each. MUTANTS_ARGS as scripts/mutants takes them
 	$(INSTALL_DEPS) ci
