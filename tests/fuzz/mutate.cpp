@@ -51,12 +51,4 @@ void Mutate(Scenario& scenario, Random& random) {
   } while (random.OneIn(2));
 }
 
-Scenario Cross(const Scenario& one, const Scenario& other, Random& random) {
-  Scenario both = random.OneIn(2) ? one : other;
-  if (random.OneIn(2)) both.old_library = other.new_library;
-  if (random.OneIn(2)) both.new_library = one.old_library;
-  if (random.OneIn(2)) both.questions = other.questions;
-  return both;
-}
-
 }  // namespace fuzz

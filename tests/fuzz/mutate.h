@@ -9,7 +9,4 @@ namespace fuzz {
 // A change of a library (or a few), of the relation of the two libraries, of the questions or of the log; or all anew.
 void Mutate(model::Scenario& scenario, model::Random& random);
 
-// Each part from one of the two.
-model::Scenario Cross(const model::Scenario& one, const model::Scenario& other, model::Random& random);
-
 }  // namespace fuzz

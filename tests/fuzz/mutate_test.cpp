@@ -121,7 +121,6 @@ TEST(Mutate, ReachesEveryRuleFromNothing) {
     Mutate(scenario, random);
     Collect(scenario, ids);
     if (random.OneIn(30)) std::swap(scenario, before);
-    if (random.OneIn(30)) scenario = Cross(scenario, before, random);
   }
   SCOPED_TRACE("KORVEL_SEED=" + std::to_string(seed));
   ExpectAllReached(ids);
