@@ -62,7 +62,7 @@ std::string Joined(const Items& items, Name name) {
 }
 
 std::optional<int> ParsePositive(std::string_view text) {
-  int value = 0;
+  int value{};
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (error != std::errc() || end != text.data() + text.size() || value < 1) return std::nullopt;
   return value;

@@ -58,8 +58,8 @@ struct NameKey {
 };
 
 struct IdKey {
-  bool is_there;
   int id;
+  bool is_there = true;
   explicit operator bool() const noexcept { return is_there; }
   bool operator==(const IdKey& wanted) const noexcept { return is_there && id == wanted.id; }
   std::uint64_t Hash(std::uint64_t seed) const noexcept { return FoldedProduct(seed ^ static_cast<std::uint32_t>(id), kMix); }
@@ -70,7 +70,7 @@ struct IdAndNameKey {
   NameKey name;
   explicit operator bool() const noexcept { return static_cast<bool>(name); }
   bool operator==(const IdAndNameKey& wanted) const noexcept { return id == wanted.id && name == wanted.name; }
-  std::uint64_t Hash(std::uint64_t seed) const noexcept { return name.Hash(seed) ^ (IdKey{true, id}.Hash(seed) << 1); }
+  std::uint64_t Hash(std::uint64_t seed) const noexcept { return name.Hash(seed) ^ (IdKey{id}.Hash(seed) << 1); }
 };
 
 // A hash table from keys to positions, filled no further than it was asked for. Keys are not kept: they are asked for again to

@@ -19,7 +19,7 @@ struct NameAt {
 struct IdAt {
   IdKey operator()(int i) const noexcept {
     const LPQMXMETAENTRY entry = qmx_get_entry_by_index(meta, i);
-    return entry == nullptr ? IdKey{} : IdKey{true, qmx_get_entry_id(entry)};
+    return entry == nullptr ? IdKey{{}, false} : IdKey{qmx_get_entry_id(entry)};
   }
   LPQMXMETA meta;
 };
@@ -80,17 +80,16 @@ int PositionByName(LPQMXMETA meta, int count, const char* name) {
 int PositionUpToMissing(LPQMXMETA meta, const char* name) {
   const int count = EntryCount(meta);
   const int position = PositionByName(meta, count, name);
-  if (position < 0) return -1;
   const CallMemory::Scope memory;
-  const int missing = memory->FindFirst(List::kMissingEntries, meta, count, IdKey{true, 0}, [meta](int i) noexcept {
-    return IdKey{qmx_get_entry_by_index(meta, i) == nullptr, 0};
+  const int missing = memory->FindFirst(List::kMissingEntries, meta, count, IdKey{0}, [meta](int i) noexcept {
+    return IdKey{0, qmx_get_entry_by_index(meta, i) == nullptr};
   });
   return missing < 0 || position < missing ? position : -1;
 }
 
 int PositionById(LPQMXMETA meta, int count, int id) {
   const CallMemory::Scope memory;
-  return memory->FindFirst(List::kEntryIds, meta, count, IdKey{true, id}, IdAt{meta});
+  return memory->FindFirst(List::kEntryIds, meta, count, IdKey{id}, IdAt{meta});
 }
 
 // The first of the id nearly always has the name.

@@ -16,10 +16,7 @@ LPQMXMETAENTRY ModifyTable::CheckWhetherExistEntry(const char* entry_name, LPQMX
     return nullptr;
   }
   const int count = EntryCount(meta);
-  if (count <= 0) {
-    Report(HERE, kNoEntries, qmx_get_meta_name(meta));
-    return nullptr;
-  }
+  if (count <= 0) Report(HERE, kNoEntries, qmx_get_meta_name(meta));
   const int position = PositionByName(meta, count, entry_name);
   if (position < 0) return nullptr;
   entry_offset = position;
@@ -33,10 +30,7 @@ LPQMXMETAENTRY ModifyTable::CheckWhetherExistEntryById(int entry_id, LPQMXMETA m
     return nullptr;
   }
   const int count = EntryCount(meta);
-  if (count <= 0) {
-    Report(HERE, kNoEntries, qmx_get_meta_name(meta));
-    return nullptr;
-  }
+  if (count <= 0) Report(HERE, kNoEntries, qmx_get_meta_name(meta));
   const int position = PositionById(meta, count, entry_id);
   return position < 0 ? nullptr : qmx_get_entry_by_index(meta, position);
 }
@@ -47,9 +41,9 @@ int ModifyTable::CompareVersion(LPQMXMETA old_meta, LPQMXMETA new_meta, int old_
   if (old_meta == nullptr || new_meta == nullptr) return Refuse(HERE, kMetaNull);
   const CallMemory::Scope memory(this);
   for (const auto [index, pstNewEntry] : Entries(new_meta, UnchangedByName(old_meta, new_meta))) {
-    int entry_offset = 0;
+    int unused{};  // a position
     const char* name = qmx_get_entry_name(pstNewEntry);
-    const LPQMXMETAENTRY pstOldEntry = CheckWhetherExistEntry(name, old_meta, entry_offset, log_handle);
+    const LPQMXMETAENTRY pstOldEntry = CheckWhetherExistEntry(name, old_meta, unused, log_handle);
     const int version = qmx_get_entry_version(pstNewEntry);
     if (pstOldEntry != nullptr && version != qmx_get_entry_version(pstOldEntry)) {
       return Refuse(HERE, kEntryVersion, qmx_get_entry_name(pstOldEntry), qmx_get_meta_name(old_meta));
@@ -74,7 +68,7 @@ int ModifyTable::CompareOrder(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVESKCATE
   const CallMemory::Scope memory(this);
   int curr_num_of_new_entry = 0;
   for (const auto [index, pstNewEntry] : Entries(new_meta, UnchangedByName(old_meta, new_meta))) {
-    int entry_offset = 0;
+    int entry_offset{};
     const LPQMXMETAENTRY pstEntry = CheckWhetherExistEntry(qmx_get_entry_name(pstNewEntry), old_meta, entry_offset, log_handle);
     if (pstEntry == nullptr) {
       ++curr_num_of_new_entry;

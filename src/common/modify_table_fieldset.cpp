@@ -44,8 +44,8 @@ int ModifyTable::CompareTableField(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVES
     const Shape old_shape(old_entry);
     const Shape new_shape(new_entry);
     if (old_shape != new_shape) {
-      return Refuse(HERE, kFieldShape, old_meta_name, name, old_shape.type, new_meta_name, qmx_get_entry_name(new_entry),
-                    new_shape.type, old_shape.count, new_shape.count, old_shape.size, new_shape.size);
+      return Refuse(HERE, kFieldShape, old_meta_name, name, old_shape.type, new_meta_name, name, new_shape.type, old_shape.count,
+                    new_shape.count, old_shape.size, new_shape.size);
     }
     if (!IsComposite(old_shape.type)) continue;
     const LPQMXMETA old_sub_meta = qmx_get_entry_type_meta(OwnerOf(old_meta), old_entry);

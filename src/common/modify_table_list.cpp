@@ -22,7 +22,7 @@ struct TableKind {
   // A sorted list is a list in every comparison.
   int FoldedType() const { return table_type == TABLE_TYPE_SORTLIST ? TABLE_TYPE_LIST : table_type; }
 
-  int ret = 0;
+  int ret{};
   int table_type = 0;
   int list_num = 0;
   int sort_field_num = 0;

@@ -11,38 +11,38 @@ using namespace korvel;
 // a refer property is asked of the old entry alone.
 int ModifyTable::CompareEntryValueField(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVESKCATEGORYINST log_handle) const {
   if (old_meta == nullptr) return Refuse(HERE, kMetaNull);
-  const char* old_meta_name = qmx_get_meta_name(old_meta);
-  if (new_meta == nullptr) return Refuse(HERE, kStructMissing, old_meta_name);
-  const char* new_meta_name = qmx_get_meta_name(new_meta);
-  if (!SameName(old_meta_name, new_meta_name)) return Refuse(HERE, kStructName, old_meta_name, new_meta_name);
+  const char* meta_name = qmx_get_meta_name(old_meta);
+  if (new_meta == nullptr) return Refuse(HERE, kStructMissing, meta_name);
+  const char* other_name = qmx_get_meta_name(new_meta);
+  if (!SameName(meta_name, other_name)) return Refuse(HERE, kStructName, meta_name, other_name);
 
   const CallMemory::Scope memory(this);
   const LPQMXMETALIB ptrOldMetalib = OwnerOf(old_meta);
   const LPQMXMETALIB ptrNewMetalib = OwnerOf(new_meta);
   const bool ids_are_kept = IsTlv(ptrOldMetalib) && IsTlv(ptrNewMetalib);
   for (const auto [index, pstOldEntry] : Entries(old_meta, UnchangedByName(old_meta, new_meta))) {
-    int entry_offset = 0;
+    int unused{};  // a position
     const char* name = qmx_get_entry_name(pstOldEntry);
-    const LPQMXMETAENTRY pstNewEntry = CheckWhetherExistEntry(name, new_meta, entry_offset, log_handle);
-    if (pstNewEntry == nullptr) return Refuse(HERE, kEntryMissing, name, old_meta_name);
+    const LPQMXMETAENTRY pstNewEntry = CheckWhetherExistEntry(name, new_meta, unused, log_handle);
+    if (pstNewEntry == nullptr) return Refuse(HERE, kEntryMissing, name, meta_name);
     const int old_id = qmx_get_entry_id(pstOldEntry);
-    if (ids_are_kept && old_id != qmx_get_entry_id(pstNewEntry)) return Refuse(HERE, kEntryId, old_id, old_meta_name);
+    if (ids_are_kept && old_id != qmx_get_entry_id(pstNewEntry)) return Refuse(HERE, kEntryId, old_id, meta_name);
 
     const std::size_t old_size = qmx_get_entry_unitsize(pstOldEntry);
     const std::size_t new_size = qmx_get_entry_unitsize(pstNewEntry);
     if (IsPrimaryKeyMember(pstOldEntry)) {
-      if (old_size != new_size) return Refuse(HERE, kPrimaryKeySize, name, old_meta_name);
+      if (old_size != new_size) return Refuse(HERE, kPrimaryKeySize, name, meta_name);
     } else if (old_size > new_size) {
-      return Refuse(HERE, kEntrySize, name, old_meta_name);
+      return Refuse(HERE, kEntrySize, name, meta_name);
     }
     const int old_type = qmx_get_entry_type(pstOldEntry);
-    if (old_type != qmx_get_entry_type(pstNewEntry)) return Refuse(HERE, kEntryType, name, old_meta_name);
+    if (old_type != qmx_get_entry_type(pstNewEntry)) return Refuse(HERE, kEntryType, name, meta_name);
     const int old_count = qmx_get_entry_count(pstOldEntry);
     const int new_count = qmx_get_entry_count(pstNewEntry);
     if (qmx_get_entry_refer(pstOldEntry) != nullptr) {
-      if (new_count < old_count) return Refuse(HERE, kReferCount, name, old_meta_name);
+      if (new_count < old_count) return Refuse(HERE, kReferCount, name, meta_name);
     } else if (new_count != old_count) {
-      return Refuse(HERE, kFixedCount, name, old_meta_name);
+      return Refuse(HERE, kFixedCount, name, meta_name);
     }
 
     if (IsComposite(old_type)) {
@@ -54,7 +54,7 @@ int ModifyTable::CompareEntryValueField(LPQMXMETA old_meta, LPQMXMETA new_meta, 
       if (ret != 0) return ERROR_VALUE_FIELD;
     }
     if (!SameCustomAttr2(ptrOldMetalib, pstOldEntry, ptrNewMetalib, pstNewEntry)) {
-      return Refuse(HERE, kCustomAttr2, name, old_meta_name);
+      return Refuse(HERE, kCustomAttr2, name, meta_name);
     }
   }
   return CHECK_TABLE_SUCCESS;

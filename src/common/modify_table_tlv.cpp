@@ -66,10 +66,7 @@ bool ModifyTable::CheckWhetherExistEntryOfTLV(LPQMXMETAENTRY needCheckPstEntry, 
     return false;
   }
   const int entry_num = EntryCount(new_meta);
-  if (entry_num <= 0) {
-    Report(HERE, kNoEntries, qmx_get_meta_name(new_meta));
-    return false;
-  }
+  if (entry_num <= 0) Report(HERE, kNoEntries, qmx_get_meta_name(new_meta));
   return PositionByIdAndName(new_meta, entry_num, qmx_get_entry_id(needCheckPstEntry), qmx_get_entry_name(needCheckPstEntry)) >=
          0;
 }

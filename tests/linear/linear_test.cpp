@@ -111,6 +111,50 @@ TEST(Memory, APairPassedOverLeavesItsTextAgain) {
   EXPECT_EQ(AskPlain(question), AskProduct(question));
 }
 
+constexpr Operation kRules[] = {Operation::kSame, Operation::kRecord, Operation::kTlv, Operation::kVersion, Operation::kOrder};
+
+// A table of two structures of one name. The second is the first one's, or "b", with which every rule finds fault.
+support::Library TwoBoxes(int fields, const std::string& second) {
+  support::Table a{.name = "a"}, b{.name = "b"};
+  for (int i = 0; i < fields; ++i) {
+    a.fields.push_back({"f" + std::to_string(i), "int32", 0, i});
+    b.fields.insert(b.fields.begin(), {"f" + std::to_string(i), "uint32", 0, i, 2});
+  }
+  return support::Of({a, b, {.name = "t", .fields = {{"first", "a", 0, 1}, {"second", second, 0, 2}}}})
+      .With(support::UnitSize("t", "first", 64))
+      .With(support::UnitSize("t", "second", 64))
+      .With([](const support::Schema& schema) { schema.Meta("b")->ptrName = schema.Meta("a")->ptrName; });
+}
+
+TEST(Memory, OfAPairSaysNothingOfAnotherWithTheSameOldOrNewStructure) {
+  for (const int fields : {2, 12}) {
+    const support::Schema same = TwoBoxes(fields, "a").Build(), again = TwoBoxes(fields, "a").Build();
+    const support::Schema other = TwoBoxes(fields, "b").Build();
+    for (const Operation rule : kRules) {
+      EXPECT_EQ(AskProduct({rule, same.Lib(), again.Lib(), false, {}}).code, 0);
+      for (const Question& question :
+           {Question{rule, same.Lib(), other.Lib(), true, {}}, Question{rule, other.Lib(), same.Lib(), true, {}}}) {
+        EXPECT_NE(AskProduct(question).code, 0);
+        EXPECT_EQ(AskProduct(question), AskPlain(question));
+      }
+    }
+  }
+}
+
+// The last field stands behind as many as the old structure has, and is asked for before those that were indexed ahead of it.
+TEST(Memory, OfALongListReachesItsEnd) {
+  const auto table = [](const std::vector<int>& ids) {
+    support::Table made{.name = "t"};
+    for (const int id : ids) made.fields.push_back({"f" + std::to_string(id), "int32", 0, id});
+    return support::Of({made}).Build();
+  };
+  const support::Schema old_schema = table({1, 2, 3, 4, 5, 12, 6, 7, 8, 9, 10, 11});
+  const support::Schema new_schema = table({1, 2, 3, 4, 5, 99, 6, 7, 8, 9, 10, 11, 12});
+  for (const Operation rule : {Operation::kRecord, Operation::kTlv}) {
+    EXPECT_EQ(AskProduct({rule, old_schema.Lib(), new_schema.Lib(), false, {}}).code, 0);
+  }
+}
+
 // A log category may ask an object of its own. What that one passes without a record is not passed for the first.
 TEST(Memory, IsNotSharedWithAnObjectThatIsAskedWhileARecordIsWritten) {
   support::Library library = support::Of({{.name = "s0", .fields = {{"x", "int32", 0, -1}}},

@@ -1,6 +1,8 @@
 // CheckListMetaInfo over tables whose attributes CheckTable reads. What no attributes can bring about is held by the tests with
 // stand-ins.
 
+#include <algorithm>
+
 #include "rules/list_table.h"
 
 namespace rules {
@@ -89,6 +91,20 @@ std::vector<Row> KeepRows() {
 
 INSTANTIATE_TEST_SUITE_P(ListGain, RuleTest, testing::ValuesIn(GainRows()), RowName);
 INSTANTIATE_TEST_SUITE_P(ListKeep, RuleTest, testing::ValuesIn(KeepRows()), RowName);
+
+// In a long list fields are found in any order, each with the attribute of its own.
+TEST(List, ASortedListOfManyAttributesMayBeReordered) {
+  Library old_library = Mall("TableType=SORTLIST;ListNum=8", "sort=1");
+  for (int i = 0; i < 20; ++i) {
+    old_library.tables[0].fields.push_back({.name = "f" + std::to_string(i), .attr2 = "of field " + std::to_string(i)});
+  }
+  Library new_library = old_library;
+  std::reverse(new_library.tables[0].fields.begin(), new_library.tables[0].fields.end());
+  EXPECT_EQ(Judge(Kind(old_library, new_library)), Passed(2, 2));
+  new_library.tables[0].fields[3].attr2 = "another";
+  EXPECT_EQ(Judge(Kind(old_library, new_library)),
+            Differs(-11, 2, 2, "System error:old_customattr2:of field 16,new_customattr2:another"));
+}
 
 // The text is passed through, and says old (-1) or new (-2).
 TEST(List, FaultyAttributesAreReportedInCheckTablesWords) {

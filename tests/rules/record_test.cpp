@@ -148,6 +148,9 @@ std::vector<Row> CountRows() {
   return {
       CountRow("refer_grows", true, 10, true, 20, {}),
       CountRow("refer_same", true, 10, true, 10, {}),
+      {"refer_same_behind_an_added_entry",
+       Fields(Mall({{"n"}, {.name = "list", .refer = "n"}}), Mall({{"added"}, {"n"}, {.name = "list", .refer = "n"}})),
+       {}},
       CountRow("refer_shrinks", true, 10, true, 9, refer),
       CountRow("fixed_grows", false, 10, false, 20, fixed),
       CountRow("fixed_shrinks", false, 10, false, 9, fixed),

@@ -1,5 +1,6 @@
 // Entries that cannot be read: passed over, except where an operation names a result for them.
 
+#include "common/lookup.h"
 #include "qmx/qmx_metalib_kernel.h"
 #include "rules/standalone/stand_in_test.h"
 
@@ -154,6 +155,7 @@ TEST_F(NullEntriesInLengths, EndTheSearchInALongListToo) {
   ModifyTable checker;
   std::size_t size = 77;
   EXPECT_FALSE(checker.CheckWhiteFieldIsModify(meta, 200000, "f16", size));
+  EXPECT_EQ(korvel::PositionUpToMissing(meta, "f16"), -1);
   EXPECT_EQ(size, 77U);
   EXPECT_TRUE(checker.CheckWhiteFieldIsModify(meta, 200000, "f14", size));
   EXPECT_EQ(size, 4U);
