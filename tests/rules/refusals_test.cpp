@@ -59,6 +59,21 @@ TEST(Refusals, NumbersMayHaveASign) {
   for (const RefusalRow* row : AllRefusals()) EXPECT_EQ(IdOf(Filled(row->text, "uid", "-2147483648")), row->id);
 }
 
+// A byte of a format that belongs to no conversion has to stand in the text.
+TEST(Refusals, ATextWithAnyOtherByteIsNotOfTheRow) {
+  for (const RefusalRow* row : AllRefusals()) {
+    const std::string format = row->text;
+    for (std::size_t i = 0; i < format.size(); ++i) {
+      const bool in_conversion =
+          format[i] == '%' || (i > 0 && format[i - 1] == '%') || (i > 1 && format.compare(i - 2, 2, "%z") == 0);
+      if (in_conversion) continue;
+      std::string other = format;
+      other[i] = '\x01';
+      EXPECT_NE(IdOf(Filled(other, "uid", "42")), row->id) << "byte " << i;
+    }
+  }
+}
+
 // A text that lost its end is found by what it has left, if that is more than a name. Rows that begin alike cannot be told apart
 // then: the row found has to begin as the text does.
 TEST(Refusals, CutTextsLeadToARowThatBeginsAlike) {
@@ -71,10 +86,17 @@ TEST(Refusals, CutTextsLeadToARowThatBeginsAlike) {
   }
 }
 
+// Where a name holds what another row says, the row of which more stands in the text is meant.
+TEST(Refusals, OfTwoRowsThatFitTheOneWithMoreOfItsOwnIsFound) {
+  EXPECT_EQ(IdOf("can not find value_entry:uid in a ValueFieldNum(1) is not equal to b ValueFieldNum(2)"), korvel::kFieldNum.id);
+  EXPECT_EQ(IdOf("can not find value_entry:a ValueFieldNum(1) in b"), korvel::kFieldMissing.id);
+}
+
 TEST(Refusals, OtherTextsLeadNowhere) {
   for (const char* text : {"", "entry name is too long:", "ModifyTable successed! table:'uid'",
                            "Primaykey is invalid! table:'uid", "The entry can't be found", "x Invalid parameter, meta is null",
-                           "Invalid parameter, meta is null!", "Primaykey is invalid! table:'uid' or so"}) {
+                           "Invalid parameter, meta is null!", "Primaykey is invalid! table:'uid' or so",
+                           "Primaykey is invalid! table:'", "The size of primarykey can't be modified! entry:'uid' metaname:'"}) {
     EXPECT_EQ(IdOf(text), "(none)") << text;
   }
 }
