@@ -37,6 +37,9 @@ struct ReadResult {
 // Reads a whole file held in memory. UTF-8 only. Linear in its size. Throws nothing but std::bad_alloc.
 ReadResult ReadXml(std::string_view text);
 
+// Whether a file that begins with these bytes may be XML. If not, reading it tells the same fault, whatever follows.
+bool MayBeXml(std::string_view beginning);
+
 // Memory for a file that is read in place: ReadXml copies what it gets, this does not.
 class XmlBuffer {
  public:

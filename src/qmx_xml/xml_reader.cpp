@@ -127,6 +127,8 @@ XmlBuffer::~XmlBuffer() = default;
 
 ReadResult XmlBuffer::Read(std::size_t size) { return XmlReader(static_cast<XML_Parser>(parser_.get()), {bytes_, size}).Run(); }
 
+bool MayBeXml(std::string_view beginning) { return !FindFileFault(beginning); }
+
 ReadResult ReadXml(std::string_view text) {
   if (text.empty() || text.size() > kMaxFileBytes) return {std::nullopt, {{{}, FindFileFault(text)->text}}};
   XmlBuffer buffer(text.size());

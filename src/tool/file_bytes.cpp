@@ -95,13 +95,13 @@ std::size_t ReadUpTo(const OpenFile& file, char* to, std::size_t capacity) {
   return size;
 }
 
-Bytes ReadAll(const OpenFile& file) {
+Bytes ReadAll(const OpenFile& file, bool (*is_enough)(std::string_view bytes)) {
   Bytes bytes;
   for (std::size_t capacity = kFirstPiece;; capacity = std::min(capacity * 2, qmx::kMaxFileBytes + 1)) {
     Grow(bytes, capacity);
     bytes.size += ReadUpTo(file, bytes.data.get() + bytes.size, capacity - bytes.size);
     if (bytes.size > qmx::kMaxFileBytes) RefuseTooLarge(file.name);
-    if (bytes.size < capacity) return bytes;
+    if (bytes.size < capacity || (is_enough != nullptr && is_enough(bytes.View()))) return bytes;
   }
 }
 

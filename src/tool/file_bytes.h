@@ -52,7 +52,7 @@ struct Bytes {
 // Reads from where the file stands to its end, but at most `capacity` bytes. Their number. Throws CannotAsk with one line.
 std::size_t ReadUpTo(const OpenFile& file, char* to, std::size_t capacity);
 
-// Reads from where the file stands to its end. Throws CannotAsk with one line.
-Bytes ReadAll(const OpenFile& file);
+// Reads from where the file stands to its end, or until `is_enough` of the bytes so far. Throws CannotAsk with one line.
+Bytes ReadAll(const OpenFile& file, bool (*is_enough)(std::string_view bytes) = nullptr);
 
 }  // namespace korvel::tool

@@ -70,8 +70,11 @@ Input ReadRegular(const OpenFile& file) {
   return FromText(file.name, std::move(buffer), size);
 }
 
-// A pipe: its size shows at its end.
-Input ReadStream(const OpenFile& file) { return FromBytes(file.name, ReadAll(file)); }
+// A pipe or device: its size shows at its end, which may never come. What begins as no schema is none, whatever follows.
+Input ReadStream(const OpenFile& file) {
+  return FromBytes(file.name,
+                   ReadAll(file, [](std::string_view bytes) { return !qmx::IsImage(bytes) && !qmx::MayBeXml(bytes); }));
+}
 
 Input LoadFile(const std::string& path) {
   const OpenFile file = OpenInput(path);

@@ -13,6 +13,8 @@
 // compiler. Without either it reports the fault.
 #undef NDEBUG
 #define TOML_ASSERT(condition) static_cast<void>(0)
+// Values within values: more than any key takes. Each takes some of the stack.
+#define TOML_MAX_NESTED_VALUES 16
 // It also promises that no character from U+00A1 to U+0499 stands outside of texts and comments, where it looks for blanks. Such
 // a character is no blank.
 #include <toml++/impl/preprocessor.h>

@@ -111,7 +111,7 @@ class ToolOutOfMemory : public tool_test::ToolTest, public testing::WithParamInt
     int status = 0;
     while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
     }
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), out_.Text(), err_.Text()};
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, out_.Text(), err_.Text(), WIFSIGNALED(status) ? WTERMSIG(status) : 0};
   }
 
   // What the files of the directory hold, by name, but for the log, which grows line by line.
@@ -163,7 +163,7 @@ TEST_P(ToolOutOfMemory, EndsWithTheAnswerOrALine) {
       if (is_answer) {
         ASSERT_EQ(Contents(), after);
       } else {
-        ASSERT_EQ(outcome.exit_code, 3) << outcome.err;
+        ASSERT_EQ(outcome.exit_code, 3) << outcome.signal << outcome.err;
         ASSERT_THAT(outcome.err, testing::AnyOfArray(kLastWords));
         ASSERT_THAT(outcome.out, testing::AnyOf("", wanted.out));
         ASSERT_THAT(Contents(), testing::AnyOf(before, after));

@@ -100,11 +100,12 @@ int OpenOutput(Stream stream, int captured, int& terminal) {
   return -1;
 }
 
-int WaitFor(pid_t process) {
+void WaitFor(pid_t process, Outcome& outcome) {
   int status = 0;
   while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
   }
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  if (WIFEXITED(status)) outcome.exit_code = WEXITSTATUS(status);
+  if (WIFSIGNALED(status)) outcome.signal = WTERMSIG(status);
 }
 
 pid_t Spawn(const Call& call, const Actions& actions) {
@@ -138,8 +139,9 @@ Outcome RunProgram(const Call& call) {
   if (output >= 0) ::close(output);
   Outcome outcome;
   if (process < 0) return outcome;
+  if (call.meanwhile) call.meanwhile(process);
   if (terminal >= 0) outcome.out = ReadTerminal(terminal);
-  outcome.exit_code = WaitFor(process);
+  WaitFor(process, outcome);
   if (terminal >= 0) ::close(terminal);
   if (call.output == Stream::kCaptured) outcome.out = out.Text();
   outcome.err = err.Text();

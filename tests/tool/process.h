@@ -1,6 +1,9 @@
 // Runs the built program as a process of its own.
 #pragma once
 
+#include <sys/types.h>
+
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -10,6 +13,7 @@ struct Outcome {
   int exit_code = -1;  // -1: ended by a signal
   std::string out;     // standard output
   std::string err;     // standard error
+  int signal = 0;      // what ended it; 0: nothing did
 };
 
 // Where a stream of the process goes.
@@ -29,6 +33,7 @@ struct Call {
   bool input_closed = false;                  // the process starts without standard input
   Stream output = Stream::kCaptured;          // standard output
   std::vector<std::string> environment = {};  // "NAME=value"; nothing else is handed on but the sanitizers' settings
+  std::function<void(pid_t)> meanwhile = {};  // called when the process, or its launcher, has started
 };
 
 Outcome RunProgram(const Call& call);

@@ -1,0 +1,70 @@
+// Reports in programs that have set a locale, with other decimal points and other rules for upper and lower case: the tool sets
+// none, a store that links the checker may.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <clocale>
+#include <cstdlib>
+#include <filesystem>
+#include <locale>
+#include <string>
+
+#include "report/judged.h"
+#include "report/render/render.h"
+
+namespace report_test {
+namespace {
+
+// Reads, judges and shows some changes, in every form.
+std::string AllReports() {
+  std::string all;
+  for (const std::string proposal : {"v7.xml", "v7-wider-key.xml", "v7-several-changes.xml"}) {
+    const Judged judged = JudgeExample({"locale", "examples/shop/v6.xml", "examples/shop/" + proposal});
+    for (const korvel::report::Format& format : korvel::report::Formats()) all += format.render(judged.report, false);
+  }
+  return all;
+}
+
+class OddNumbers : public std::numpunct<char> {
+  char do_decimal_point() const override { return ','; }
+  char do_thousands_sep() const override { return '.'; }
+  std::string do_grouping() const override { return "\1"; }
+};
+
+TEST(Locale, OfStreamsChangesNoReport) {
+  const std::string wanted = AllReports();
+  const std::locale before = std::locale::global(std::locale(std::locale::classic(), new OddNumbers));
+  const std::string reports = AllReports();
+  std::locale::global(before);
+  EXPECT_EQ(reports, wanted);
+}
+
+// Makes a locale in a directory of its own, without a right to install one. False where the system lacks what it is made of.
+bool MakeLocale(const std::string& directory, const std::string& name) {
+  const std::string make =
+      "localedef --no-archive -i " + name + " -f UTF-8 '" + directory + "/" + name + ".UTF-8' >'" + directory + "/log' 2>&1";
+  return std::system(make.c_str()) == 0;
+}
+
+TEST(Locale, OfTheCLibraryChangesNoReport) {
+  std::string directory = testing::TempDir() + "locales-XXXXXX";
+  ASSERT_NE(::mkdtemp(directory.data()), nullptr);
+  const std::string wanted = AllReports();
+  int tried = 0;
+  for (const std::string name : {"de_DE", "tr_TR"}) {
+    if (!MakeLocale(directory, name)) continue;
+    ::setenv("LOCPATH", directory.c_str(), 1);
+    const bool is_set = std::setlocale(LC_ALL, (name + ".UTF-8").c_str()) != nullptr;
+    const std::string reports = AllReports();
+    std::setlocale(LC_ALL, "C");
+    ::unsetenv("LOCPATH");
+    EXPECT_TRUE(is_set) << name;
+    EXPECT_EQ(reports, wanted) << name;
+    ++tried;
+  }
+  std::filesystem::remove_all(directory);
+  if (tried == 0) GTEST_SKIP() << "no localedef, or nothing to make a locale of";
+}
+
+}  // namespace
+}  // namespace report_test

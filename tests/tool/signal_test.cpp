@@ -1,0 +1,90 @@
+// Signals in the middle of a call: it ends at once, and what it was to write is there whole or not at all.
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/inotify.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstdlib>
+
+#include "tool_test.h"
+
+namespace tool_test {
+namespace {
+
+class SignalTest : public ToolTest {};
+
+constexpr int kSignals[] = {SIGHUP, SIGINT, SIGTERM};
+
+TEST_F(SignalTest, EndsACallThatReads) {
+  ASSERT_EQ(::mkfifo(PathOf("pipe.xml").c_str(), 0600), 0);
+  Write("report", "old");
+  for (const int signal : kSignals) {
+    int pipe = -1;
+    const auto send = [&](pid_t process) {
+      pipe = ::open(PathOf("pipe.xml").c_str(), O_WRONLY | O_CLOEXEC);  // returns when the program has opened it
+      EXPECT_EQ(::write(pipe, "<metalib", 8), 8);
+      ::kill(process, signal);
+    };
+    const Outcome outcome = Korvelcheck(Call{.arguments = {"check", "old.xml", "pipe.xml", "-o", "report"}, .meanwhile = send});
+    ::close(pipe);
+    EXPECT_EQ(outcome.signal, signal);
+    EXPECT_EQ(outcome.out + outcome.err, "");
+    EXPECT_EQ(Read("report"), "old");
+  }
+}
+
+TEST_F(SignalTest, EndsACallThatWaitsForAPipe) {
+  ASSERT_EQ(::mkfifo(PathOf("pipe.xml").c_str(), 0600), 0);
+  const auto send = [](pid_t process) { ::kill(process, SIGINT); };
+  const Outcome outcome = Korvelcheck(Call{.arguments = {"check", "old.xml", "pipe.xml"}, .meanwhile = send});
+  EXPECT_EQ(outcome.signal, SIGINT);
+}
+
+// Waits until a file is made in a directory.
+class Creation {
+ public:
+  explicit Creation(const std::filesystem::path& directory) : events_(::inotify_init1(IN_CLOEXEC)) {
+    if (::inotify_add_watch(events_, directory.c_str(), IN_CREATE) < 0) std::abort();
+  }
+  Creation(const Creation&) = delete;
+  Creation& operator=(const Creation&) = delete;
+  ~Creation() { ::close(events_); }
+
+  void Wait() const {
+    alignas(inotify_event) std::array<char, 4096> buffer;
+    EXPECT_GT(::read(events_, buffer.data(), buffer.size()), 0);
+  }
+
+ private:
+  int events_;
+};
+
+// The file beside its place, under a name of its own, was left behind.
+TEST_F(SignalTest, WaitsForAFileThatIsBeingWritten) {
+  std::vector<std::string> tables;
+  for (int i = 0; i < 300; ++i) tables.push_back(Table({.name = "t" + std::to_string(i), .attributes = std::string(2000, 'x')}));
+  Write("many.xml", Library(5, tables));
+  ASSERT_EQ(Korvelcheck({"dump", "many.xml", "-o", "whole"}).exit_code, 0);
+  std::vector<std::string> files = Files();
+  files.emplace_back("report");
+  std::ranges::sort(files);
+  for (const int signal : kSignals) {
+    Write("report", "old");
+    const Creation temporary(PathOf(""));
+    const auto send = [&](pid_t process) {
+      temporary.Wait();
+      ::kill(process, signal);
+    };
+    const Outcome outcome = Korvelcheck(Call{.arguments = {"dump", "many.xml", "-o", "report"}, .meanwhile = send});
+    EXPECT_THAT(outcome.signal, testing::AnyOf(signal, 0)) << outcome.err;  // 0: it was the faster one
+    EXPECT_EQ(Files(), files);
+    EXPECT_TRUE(Read("report") == Read("whole"));
+  }
+}
+
+}  // namespace
+}  // namespace tool_test

@@ -1,0 +1,106 @@
+// Every command and format where its standard output cannot take what it says.
+#include <gmock/gmock.h>
+
+#include "tool_test.h"
+
+namespace tool_test {
+namespace {
+
+struct Said {
+  std::vector<std::string> arguments;
+  std::vector<std::string> formats = {"text"};
+};
+
+const Said kSaid[] = {
+    {{"check", "old.xml", "wide.xml"}, {"text", "json", "sarif", "junit", "github", "gitlab", "markdown", "html"}},
+    {{"lint", "old.xml"}, {"text", "json", "sarif", "junit", "github", "gitlab", "markdown", "html"}},
+    {{"compat", "old.xml", "wide.xml"}, {"text", "json", "sarif", "junit", "github", "gitlab", "markdown", "html"}},
+    {{"values", "old.xml", "wide.xml"}, {"text", "json"}},
+    {{"same", "old.xml", "same.xml"}, {"text", "json"}},
+    {{"sortlist", "old.xml", "same.xml"}, {"text", "json"}},
+    {{"history", "old.xml", "same.xml", "wide.xml"}, {"text", "json"}},
+    {{"diff", "old.xml", "wide.xml"}, {"text", "json"}},
+    {{"layout", "old.xml", "wide.xml"}, {"text", "json"}},
+    {{"rules"}, {"text", "json", "markdown"}},
+    {{"explain", "primary-key.size"}, {"text", "json", "markdown"}},
+    {{"suggest", "old.xml", "wide.xml"}, {}},
+    {{"suggest", "old.xml", "wide.xml", "--file"}, {}},
+    {{"compile", "old.xml", "-o", "-"}, {}},
+    {{"dump", "old.xml"}, {}},
+    {{"completion", "bash"}, {}},
+    {{"man"}, {}},
+    {{"check", "--help"}, {}},
+    {{"--help"}, {}},
+    {{"--version"}, {}},
+};
+
+class StreamsTest : public ToolTest {
+ protected:
+  // Hands every call that says something to `expect`, with what it answers when all is well.
+  template <class Expect>
+  void ForEachCall(Expect expect) const {
+    for (const Said& said : kSaid) {
+      std::vector<std::vector<std::string>> calls;
+      for (const std::string& format : said.formats) {
+        calls.push_back(said.arguments);
+        calls.back().insert(calls.back().end(), {"--format", format});
+      }
+      if (calls.empty()) calls.push_back(said.arguments);
+      for (const auto& arguments : calls) {
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        const Outcome usual = Korvelcheck(arguments);
+        ASSERT_THAT(usual.exit_code, testing::AnyOf(0, 1)) << usual.err;
+        ASSERT_NE(usual.out, "");
+        expect(arguments, usual);
+      }
+    }
+  }
+};
+
+// The answer stays what it is, and the signal of a pipe ends nothing.
+TEST_F(StreamsTest, AReaderThatGoesAwayChangesNoAnswer) {
+  ForEachCall([this](const std::vector<std::string>& arguments, const Outcome& usual) {
+    ExpectOutcome(Korvelcheck(Call{.arguments = arguments, .output = Stream::kReaderGone}), usual.exit_code, "", "");
+  });
+}
+
+TEST_F(StreamsTest, WhatCannotBeWrittenIsAFault) {
+  ForEachCall([this](const std::vector<std::string>& arguments, const Outcome& /*usual*/) {
+    ExpectOutcome(Korvelcheck(Call{.arguments = arguments, .output = Stream::kFull}), 3, "",
+                  "korvelcheck: cannot write standard output: No space left on device\n");
+    ExpectOutcome(Korvelcheck(Call{.arguments = arguments, .output = Stream::kClosed}), 3, "",
+                  "korvelcheck: cannot write standard output: Bad file descriptor\n");
+  });
+}
+
+TEST_F(StreamsTest, EveryCommandIsTried) {
+  std::vector<std::string> tried;
+  for (const Said& said : kSaid) tried.push_back(said.arguments.front());
+  tried.emplace_back("waive");  // says nothing
+  for (const std::string& name : CommandNames()) EXPECT_THAT(tried, testing::Contains(name));
+}
+
+// Runs the program with streams as a shell redirects them.
+Call Redirected(const std::vector<std::string>& arguments, const std::string& redirections) {
+  return {.arguments = arguments, .launcher = {"/bin/sh", "-c", "exec \"$0\" \"$@\" " + redirections}};
+}
+
+// A file opened next would get the number of the closed stream, and be complained into.
+TEST_F(StreamsTest, ClosedStreamsHarmNoFile) {
+  ExpectOutcome(Korvelcheck(Redirected({"check", "old.xml", "wide.xml", "-o", "report"}, "<&- >&- 2>&-")), 1, "", "");
+  EXPECT_EQ(Verdicts(Read("report")), kWideFinding);
+  const std::string before = Read("old.xml");
+  ExpectOutcome(Korvelcheck(Redirected({"check", "old.xml", "none.xml", "--log", "log"}, "<&- >&- 2>&-")), 2, "", "");
+  EXPECT_EQ(Read("old.xml"), before);
+  EXPECT_EQ(Read("log"), "");
+}
+
+TEST_F(StreamsTest, WhatCannotBeComplainedAboutKeepsItsExitCode) {
+  for (const char* const errors : {"2>&-", "2>/dev/full"}) {
+    ExpectOutcome(Korvelcheck(Redirected({"check", "old.xml", "none.xml"}, errors)), 2, "", "");
+    ExpectOutcome(Korvelcheck(Redirected({"check", "old.xml", "same.xml"}, std::string("> /dev/full ") + errors)), 3, "", "");
+  }
+}
+
+}  // namespace
+}  // namespace tool_test

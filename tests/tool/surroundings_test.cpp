@@ -1,0 +1,150 @@
+// Places and limits that a call finds itself in: whatever they are, it answers or says what is missing.
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include "qmx/quote.h"
+#include "tool_test.h"
+
+namespace tool_test {
+namespace {
+
+using testing::AnyOf;
+using testing::HasSubstr;
+
+class SurroundingsTest : public ToolTest {
+ protected:
+  // Runs the program behind some lines of a shell, which knows it as "$0" "$@".
+  Outcome Behind(const std::string& shell, const std::vector<std::string>& arguments) const {
+    return Korvelcheck(Call{.arguments = arguments, .launcher = {"/bin/sh", "-c", shell}});
+  }
+  static std::string Limited(const std::string& limit) { return "ulimit " + limit + " && exec \"$0\" \"$@\""; }
+};
+
+TEST_F(SurroundingsTest, ADeletedDirectoryIsNoObstacle) {
+  const std::string lost = "mkdir lost && cd lost && rmdir ../lost && exec \"$0\" \"$@\"";
+  const Outcome outcome = Behind(lost, {"check", PathOf("old.xml"), PathOf("same.xml")});
+  EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
+  ExpectNotAsked(Behind(lost, {"check", "old.xml", "same.xml"}),
+                 "korvelcheck: old.xml: No such file or directory\nkorvelcheck: same.xml: No such file or directory\n");
+  const Outcome written = Behind(lost, {"check", PathOf("old.xml"), PathOf("same.xml"), "-o", "report"});
+  ExpectOutcome(written, 3, "", "korvelcheck: cannot write report: No such file or directory\n");
+}
+
+bool IsUtf8(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t length = qmx::Utf8Length(text);
+    if (length == 0) return false;
+    text.remove_prefix(length);
+  }
+  return true;
+}
+
+// Programs read UTF-8; people get the name as it is.
+TEST_F(SurroundingsTest, NamesThatAreNotUtf8AreTaken) {
+  const std::string odd = "o\xffld\xc3.xml";
+  std::filesystem::copy_file(PathOf("wide.xml"), PathOf(odd));
+  EXPECT_THAT(Korvelcheck({"check", "old.xml", odd}).out, HasSubstr("\n" + odd + ":2:1: refused: table orders"));
+  for (const char* const format : {"json", "sarif", "junit", "github", "gitlab", "markdown", "html"}) {
+    const Outcome outcome = Korvelcheck({"check", "old.xml", odd, "--format", format});
+    EXPECT_EQ(outcome.exit_code, 1) << outcome.err;
+    EXPECT_TRUE(IsUtf8(outcome.out)) << format;
+  }
+  EXPECT_EQ(Korvelcheck({"check", "old.xml", odd, "-o", odd + "\xfe"}).exit_code, 1);
+  EXPECT_EQ(Verdicts(Read(odd + "\xfe")).substr(0, 17), "verdict: refused\n");
+  for (const std::vector<std::string>& wrong : {std::vector<std::string>{"lint", "none\xff"},
+                                                {"check\xff"},
+                                                {"lint", "old.xml", "--format", "\xff"},
+                                                {"lint", "old.xml", "--\xff"},
+                                                {"explain", "\xff"},
+                                                {"check", "old.xml", "wide.xml", "--table", "\xff"},
+                                                {"check", "git:\xff:old.xml", "wide.xml"}}) {
+    const Outcome outcome = Korvelcheck(wrong);
+    EXPECT_EQ(outcome.exit_code, 2) << outcome.out;
+    EXPECT_NE(outcome.err, "");
+  }
+}
+
+// The end of such a file never comes: what it begins with is enough.
+TEST_F(SurroundingsTest, AnEndlessFileThatIsNoSchemaIsRefused) {
+  ExpectNotAsked(Korvelcheck({"lint", "/dev/zero"}), "/dev/zero:1:1: error: a zero byte; allowed: text in UTF-8\n");
+  const Outcome outcome = Behind("yes 'no schema' | \"$0\" \"$@\"", {"lint", "-"});
+  EXPECT_EQ(outcome.exit_code, 2);
+  EXPECT_THAT(outcome.err, testing::StartsWith("<stdin>:1:1: error: not XML, the file begins with 'no schema"));
+}
+
+TEST_F(SurroundingsTest, AFileWithoutReadPermissionIsTold) {
+  std::filesystem::permissions(PathOf("old.xml"), std::filesystem::perms::none);
+  // The administrator reads every file: not so without that capability.
+  const std::string plain = ::geteuid() == 0 ? "exec setpriv --bounding-set=-dac_override,-dac_read_search --inh-caps=-all " : "";
+  if (Behind(plain + "true", {}).exit_code != 0) GTEST_SKIP() << "no right to give up rights";
+  ExpectNotAsked(Behind(plain + "\"$0\" \"$@\"", {"check", "old.xml", "same.xml"}), "korvelcheck: old.xml: Permission denied\n");
+}
+
+// Structures within structures, as deep as they may be, and lists in the project file that are deeper.
+TEST_F(SurroundingsTest, ASmallStackIsEnough) {
+  if (KORVEL_SANITIZED) GTEST_SKIP() << "sanitizers need more stack";
+  const auto deep = [](const std::string& type) {
+    std::string text = "<metalib name=\"mall\" version=\"5\" protocol=\"QMX\">\n<meta name=\"s0\"><entry name=\"a\" type=\"" +
+                       type + "\"/></meta>\n";
+    for (int i = 1; i <= 30; ++i) {
+      text += "<meta name=\"s" + std::to_string(i) + "\"><entry name=\"a\" type=\"s" + std::to_string(i - 1) + "\"/></meta>\n";
+    }
+    return text + Table({.fields = "<entry name=\"deep\" id=\"2\" type=\"s30\"/>"}) + "\n</metalib>\n";
+  };
+  Write("deep.xml", deep("int32"));
+  Write("deeper.xml", deep("int16"));
+  Write("list.toml", "a = " + std::string(100'000, '['));
+  for (const char* const format : {"json", "html"}) {
+    const Outcome outcome = Behind(Limited("-s 256"), {"check", "deep.xml", "deeper.xml", "--format", format});
+    EXPECT_EQ(outcome.exit_code, 1) << outcome.signal << outcome.err;
+  }
+  EXPECT_EQ(Behind(Limited("-s 256"), {"check", "old.xml", "same.xml", "--project", "list.toml"}).exit_code, 2);
+}
+
+TEST_F(SurroundingsTest, FewOpenFilesAreEnough) {
+  std::filesystem::create_directory(PathOf("base"));
+  for (int i = 0; i < 100; ++i) {
+    const std::string name = "p" + std::to_string(i) + ".xml";
+    std::filesystem::copy_file(PathOf("old.xml"), PathOf(name));
+    std::filesystem::copy_file(PathOf("old.xml"), PathOf("base") / name);
+  }
+  Write("korvelcheck.toml", "[schemas]\npaths = [\"p*.xml\"]\n");
+  const Outcome outcome = Behind(Limited("-n 12"), {"check", "--against", "base"});
+  EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
+  EXPECT_THAT(outcome.out, HasSubstr("0 tables refused, 200 allowed; 200 compared"));
+}
+
+// From the least memory that the program starts in to what is enough.
+TEST_F(SurroundingsTest, AnyAmountOfMemoryIsEnoughOrTold) {
+  if (KORVEL_SANITIZED) GTEST_SKIP() << "sanitizers need address space";
+  std::vector<std::string> old_tables;
+  std::vector<std::string> new_tables;
+  for (int i = 0; i < 2000; ++i) {
+    const std::string name = "t" + std::to_string(i);
+    old_tables.push_back(Table({.name = name}));
+    new_tables.push_back(Table({.name = name, .fields = "<entry name=\"more\" id=\"2\" type=\"int32\" version=\"6\"/>"}));
+  }
+  Write("old.xml", Library(5, old_tables));
+  Write("new.xml", Library(6, new_tables));
+  Write("report", "old");
+  const std::vector<std::string> check = {"check", "old.xml", "new.xml", "-o", "report"};
+  const std::vector<std::string> files = Files();
+  int told = 0;
+  for (int limit = 2 << 10;; limit += 512) {  // KiB
+    ASSERT_LT(limit, 4 << 20) << "it never is";
+    const std::string limited = Limited("-v " + std::to_string(limit));
+    if (Behind(limited, {"--version"}).exit_code != 0) continue;  // not loaded, or not even the shell is
+    const Outcome outcome = Behind(limited, check);
+    ASSERT_EQ(Files(), files);
+    if (outcome.exit_code == 0) break;
+    ASSERT_EQ(outcome.exit_code, 3) << limit << " " << outcome.signal << outcome.err;
+    ASSERT_THAT(outcome.err, AnyOf("korvelcheck: out of memory\n", "korvelcheck: out of memory, or an internal fault\n"));
+    ASSERT_EQ(Read("report"), "old");
+    ++told;
+  }
+  EXPECT_GT(told, 3);
+  EXPECT_THAT(Read("report"), HasSubstr("0 tables refused, 2000 allowed"));
+}
+
+}  // namespace
+}  // namespace tool_test
