@@ -80,25 +80,45 @@ TEST_F(SurroundingsTest, AFileWithoutReadPermissionIsTold) {
   ExpectNotAsked(Behind(plain + "\"$0\" \"$@\"", {"check", "old.xml", "same.xml"}), "korvelcheck: old.xml: Permission denied\n");
 }
 
-// Structures within structures, as deep as they may be, and lists in the project file that are deeper.
+// A table of structures within structures, the innermost with a field of this type.
+std::string Nested(int structures, const std::string& innermost) {
+  std::vector<std::string> metas;
+  std::string type = innermost;
+  for (int i = 0; i < structures; ++i) {
+    metas.push_back("<meta name=\"s" + std::to_string(i) + "\"><entry name=\"a\" type=\"" + type + "\"/></meta>");
+    type = "s" + std::to_string(i);
+  }
+  metas.push_back(Table({.fields = "<entry name=\"deep\" id=\"2\" type=\"" + type + "\"/>"}));
+  return Library(5, metas);
+}
+
+// Structures are as deep as they may be, lists of the project file deeper.
 TEST_F(SurroundingsTest, ASmallStackIsEnough) {
   if (KORVEL_SANITIZED) GTEST_SKIP() << "sanitizers need more stack";
-  const auto deep = [](const std::string& type) {
-    std::string text = "<metalib name=\"mall\" version=\"5\" protocol=\"QMX\">\n<meta name=\"s0\"><entry name=\"a\" type=\"" +
-                       type + "\"/></meta>\n";
-    for (int i = 1; i <= 30; ++i) {
-      text += "<meta name=\"s" + std::to_string(i) + "\"><entry name=\"a\" type=\"s" + std::to_string(i - 1) + "\"/></meta>\n";
-    }
-    return text + Table({.fields = "<entry name=\"deep\" id=\"2\" type=\"s30\"/>"}) + "\n</metalib>\n";
-  };
-  Write("deep.xml", deep("int32"));
-  Write("deeper.xml", deep("int16"));
+  Write("deep.xml", Nested(127, "int32"));
+  Write("changed.xml", Nested(127, "int16"));
+  Write("deeper.xml", Nested(128, "int32"));
   Write("list.toml", "a = " + std::string(100'000, '['));
-  for (const char* const format : {"json", "html"}) {
-    const Outcome outcome = Behind(Limited("-s 256"), {"check", "deep.xml", "deeper.xml", "--format", format});
-    EXPECT_EQ(outcome.exit_code, 1) << outcome.signal << outcome.err;
+  struct Asked {
+    std::vector<std::string> arguments;
+    int exit_code;
+  };
+  const Asked kAsked[] = {
+      {{"check", "deep.xml", "changed.xml", "--format", "json"}, 1},
+      {{"check", "deep.xml", "changed.xml", "--format", "html"}, 1},
+      {{"suggest", "deep.xml", "changed.xml"}, 0},
+      {{"history", "deep.xml", "changed.xml"}, 1},
+      {{"diff", "deep.xml", "changed.xml"}, 0},
+      {{"layout", "deep.xml"}, 0},
+      {{"compile", "deep.xml", "-o", "deep.qmb"}, 0},
+      {{"lint", "deep.qmb"}, 0},
+      {{"lint", "deeper.xml"}, 2},
+      {{"check", "old.xml", "same.xml", "--project", "list.toml"}, 2},
+  };
+  for (const auto& [arguments, exit_code] : kAsked) {
+    const Outcome outcome = Behind(Limited("-s 256"), arguments);  // KiB
+    EXPECT_EQ(outcome.exit_code, exit_code) << testing::PrintToString(arguments) << outcome.signal << outcome.err;
   }
-  EXPECT_EQ(Behind(Limited("-s 256"), {"check", "old.xml", "same.xml", "--project", "list.toml"}).exit_code, 2);
 }
 
 TEST_F(SurroundingsTest, FewOpenFilesAreEnough) {
