@@ -1,9 +1,9 @@
 // Where the report goes, and what happens when it cannot get there.
 #include <gmock/gmock.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "tool_test.h"
+#include "unprivileged.h"
 
 namespace tool_test {
 namespace {
@@ -13,7 +13,9 @@ class OutputTest : public ToolTest {
   Outcome CheckWide(Stream output) const {
     return Korvelcheck(Call{.arguments = {"check", "old.xml", "wide.xml"}, .output = output});
   }
-  Outcome CheckWideInto(const std::string& file) const { return Korvelcheck({"check", "old.xml", "wide.xml", "-o", file}); }
+  Outcome CheckWideInto(const std::string& file, const std::vector<std::string>& launcher = {}) const {
+    return Korvelcheck(Call{.arguments = {"check", "old.xml", "wide.xml", "-o", file}, .launcher = launcher});
+  }
   unsigned ModeOf(const std::string& file) const {
     struct stat status {};
     EXPECT_EQ(::stat(PathOf(file).c_str(), &status), 0);
@@ -126,21 +128,23 @@ TEST_F(OutputTest, DevicesAreNotReplaced) {
 
 // Its directory let it be replaced.
 TEST_F(OutputTest, AWriteProtectedFileStays) {
-  if (::geteuid() == 0) GTEST_SKIP() << "root writes everywhere";
+  const auto launcher = Unprivileged();
+  if (!launcher) GTEST_SKIP() << "the administrator writes everywhere";
   Write("report", "old");
   ::chmod(PathOf("report").c_str(), 0400);
-  const Outcome outcome = CheckWideInto("report");
+  const Outcome outcome = CheckWideInto("report", *launcher);
   EXPECT_EQ(outcome.exit_code, 3);
   EXPECT_THAT(outcome.err, testing::EndsWith("report: Permission denied\n"));
   EXPECT_EQ(Read("report"), "old");
 }
 
 TEST_F(OutputTest, AnUnwritableDirectoryKeepsTheOldFile) {
-  if (::geteuid() == 0) GTEST_SKIP() << "root writes everywhere";
+  const auto launcher = Unprivileged();
+  if (!launcher) GTEST_SKIP() << "the administrator writes everywhere";
   std::filesystem::create_directory(PathOf("sub"));
   Write("sub/report", "old");
   ::chmod(PathOf("sub").c_str(), 0500);
-  const Outcome outcome = CheckWideInto("sub/report");
+  const Outcome outcome = CheckWideInto("sub/report", *launcher);
   ::chmod(PathOf("sub").c_str(), 0700);
   EXPECT_EQ(outcome.exit_code, 3);
   EXPECT_EQ(Read("sub/report"), "old");

@@ -1,9 +1,9 @@
 // Places and limits that a call finds itself in: whatever they are, it answers or says what is missing.
 #include <gmock/gmock.h>
-#include <unistd.h>
 
 #include "qmx/quote.h"
 #include "tool_test.h"
+#include "unprivileged.h"
 
 namespace tool_test {
 namespace {
@@ -74,10 +74,10 @@ TEST_F(SurroundingsTest, AnEndlessFileThatIsNoSchemaIsRefused) {
 
 TEST_F(SurroundingsTest, AFileWithoutReadPermissionIsTold) {
   std::filesystem::permissions(PathOf("old.xml"), std::filesystem::perms::none);
-  // The administrator reads every file: not so without that capability.
-  const std::string plain = ::geteuid() == 0 ? "exec setpriv --bounding-set=-dac_override,-dac_read_search --inh-caps=-all " : "";
-  if (Behind(plain + "true", {}).exit_code != 0) GTEST_SKIP() << "no right to give up rights";
-  ExpectNotAsked(Behind(plain + "\"$0\" \"$@\"", {"check", "old.xml", "same.xml"}), "korvelcheck: old.xml: Permission denied\n");
+  const auto launcher = Unprivileged();
+  if (!launcher) GTEST_SKIP() << "the administrator reads every file";
+  ExpectNotAsked(Korvelcheck(Call{.arguments = {"check", "old.xml", "same.xml"}, .launcher = *launcher}),
+                 "korvelcheck: old.xml: Permission denied\n");
 }
 
 // A table of structures within structures, the innermost with a field of this type.
