@@ -2,9 +2,8 @@
 //
 // The plain model must give the same answers, asking changes nothing, and the image of a library is answered about as the
 // library.
-#include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -70,9 +69,7 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
   if (random.OneIn(8)) return LLVMFuzzerMutate(data, size, max_size);  // what no change of a schema brings about
   model::Scenario scenario = fuzz::ScenarioOf(data, size);
   fuzz::Mutate(scenario, random);
-  const std::string bytes = fuzz::BytesOf(scenario);
-  const std::size_t new_size = std::min(bytes.size(), max_size);  // what does not fit is the end of the new library
-  std::memcpy(data, bytes.data(), new_size);
-  return new_size;
+  // What does not fit is the end of the new library.
+  return fuzz::BytesOf(scenario).copy(reinterpret_cast<char*>(data), max_size);
 }
 #endif
