@@ -109,11 +109,10 @@ Fault ParseAttributes(std::string_view text, Attributes& attributes) {
 
 bool IsInteger(int type_code) { return type_code >= QMX_TYPE_INT8 && type_code <= QMX_TYPE_UINT64; }
 
-// Counts the sort fields of a sorted list: those marked sort=1, sort=2 ... by their second custom attribute.
+// Adds up the sort fields of a sorted list: those marked sort=1, sort=2 ... by their second custom attribute.
 Fault CountSortFields(LPQMXMETALIB metalib, LPQMXMETA meta, int& sort_field_num) {
   constexpr std::string_view kMark = "sort=";
   std::array<const char*, KORVEL_MAX_LIST_SORT_NUM> fields{};
-  sort_field_num = 0;
   for (const auto [index, entry] : Entries(meta)) {
     const char* customattr2 = qmx_get_entry_customattr2(metalib, entry);
     if (customattr2 == nullptr || !std::string_view(customattr2).starts_with(kMark)) continue;

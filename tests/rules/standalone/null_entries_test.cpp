@@ -24,9 +24,10 @@ TEST_F(NullEntries, LookupByNameCountsTheirPositions) {
 }
 
 TEST_F(NullEntries, LookupByIdPassesThemOver) {
-  LPQMXMETA meta = Old({kNull, kUid});
+  LPQMXMETA meta = Old({kNull, kUid, EntryFacts{.name = "first", .id = 0}});
   ModifyTable checker;
   EXPECT_NE(checker.CheckWhetherExistEntryById(1, meta, nullptr), nullptr);
+  EXPECT_NE(checker.CheckWhetherExistEntryById(0, meta, nullptr), nullptr);
   EXPECT_EQ(checker.CheckWhetherExistEntryById(2, meta, nullptr), nullptr);
   EXPECT_STREQ(checker.GetErrType(), "");
 }
