@@ -139,7 +139,7 @@ class ToolOutOfMemory : public tool_test::ToolTest, public testing::WithParamInt
 
 long Step() {
   const char* const step = std::getenv("KORVEL_STEP");
-  return step != nullptr ? std::max(1L, std::strtol(step, nullptr, 10)) : KORVEL_SANITIZED ? 499 : 61;
+  return step != nullptr ? std::max(1L, std::strtol(step, nullptr, 10)) : KORVEL_SANITIZED ? 199 : 61;
 }
 
 const char* const kLastWords[] = {
@@ -175,7 +175,7 @@ TEST_P(ToolOutOfMemory, EndsWithTheAnswerOrALine) {
       ++failures;
     }
   }
-  EXPECT_GT(failures, 2);
+  EXPECT_GT(failures, 1);  // of one allocation, and of one with the rest
   CountFailures(failures);
 }
 
