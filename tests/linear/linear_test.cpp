@@ -132,10 +132,12 @@ TEST(Memory, OfAPairSaysNothingOfAnotherWithTheSameOldOrNewStructure) {
     const support::Schema other = TwoBoxes(fields, "b").Build();
     for (const Operation rule : kRules) {
       EXPECT_EQ(AskProduct({rule, same.Lib(), again.Lib(), false, {}}).code, 0);
-      for (const Question& question :
-           {Question{rule, same.Lib(), other.Lib(), true, {}}, Question{rule, other.Lib(), same.Lib(), true, {}}}) {
-        EXPECT_NE(AskProduct(question).code, 0);
-        EXPECT_EQ(AskProduct(question), AskPlain(question));
+      for (const Gate& gate : kGates) {
+        for (const auto& [old_lib, new_lib] : {std::pair(same.Lib(), other.Lib()), std::pair(other.Lib(), same.Lib())}) {
+          const Question question{rule, old_lib, new_lib, gate.with_log, gate.low_bound};
+          EXPECT_NE(AskProduct(question).code, 0);
+          EXPECT_EQ(AskProduct(question), AskPlain(question));
+        }
       }
     }
   }

@@ -38,8 +38,9 @@ Outcome RefusedBy(int code, const std::string& rule, const std::string& text) {
 std::vector<Row> Rows() {
   const Library mall = Mall();
   const Library shop = Of({{.name = "shop%s", .fields = {{"uid"}}, .key = {"uid"}}});
-  Library keyless = mall, shrunk = mall, moved = mall, early = mall, odd = Mall(Protocol::kTlv, 1);
+  Library keyless = mall, wider = mall, shrunk = mall, moved = mall, early = mall, odd = Mall(Protocol::kTlv, 1);
   keyless.tables[0].key = {};
+  wider.tables[0].key = {"uid", "zone"};
   shrunk.tables[0].fields[1].type = "uint16";
   std::swap(moved.tables[0].fields[0], moved.tables[0].fields[1]);
   early.tables[0].fields.push_back({.name = "note", .version = 5});
@@ -59,6 +60,8 @@ std::vector<Row> Rows() {
       {"table_only_in_old", Compatible(mall, shop), missing},
       {"same", Compatible(mall, mall), {}},
       {"primary_key", Compatible(mall, keyless), RefusedBy(-4, "ComparePrimaryKey", "Primaykey is invalid! table:'mall%s'")},
+      {"primary_key_of_more_fields", Compatible(mall, wider),
+       RefusedBy(-4, "ComparePrimaryKey", "Primarykey number can't be modified!  table:'mall%s'")},
       {"fields", Compatible(mall, shrunk),
        RefusedBy(-3, "CompareEntryValueField", "The size of entry can't be reduced! entry:'zone' metaname:'mall%s'")},
       {"order", Compatible(mall, moved), order},
