@@ -57,6 +57,18 @@ TEST(Model, HoldsWhatTheTableReaches) {
   EXPECT_EQ(model.metas[0], orders);
 }
 
+// Indexes were not counted, and a table of thousands of them kept the search for ways out busy for hours.
+TEST(Model, CountsAllOfItsParts) {
+  const Model model = {.name = "m",
+                       .metas = {{.name = "t",
+                                  .entries = {{.name = "a", .type = "s"}, {.name = "b", .type = "int8"}},
+                                  .primary_key = {"b"},
+                                  .splittable_key = {"b", "b"},
+                                  .indexes = {{"i", {{"a"}, {"b"}}}, {"j", {{"a"}}}}},
+                                 {.name = "s", .entries = {{.name = "x", .type = "int8"}}}}};
+  EXPECT_EQ(PartsOf(model), 2u + 3u + 1u + 2u + 2u + 3u);
+}
+
 TEST(Model, OfALibraryOfAModelIsTheModel) {
   const Model model = ModelOf(ReadSource("mall.xml", kMall), "orders");
   EXPECT_EQ(ModelOf(SourceOf("made", model), "orders"), model);

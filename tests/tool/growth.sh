@@ -23,6 +23,65 @@ refusing_counts() {
   instructions 2 "$program" lint "$work/wrong.xml"
 }
 
+# tables TABLES TYPE BETWEEN: prints a library of tables with a key and a field of that type, each table on a line of its own or, with
+# nothing between, all on one line.
+tables() {
+  awk -v tables="$1" -v type="$2" -v between="$3" 'BEGIN {
+    printf "<metalib name=\"generated\" version=\"1\">"
+    for (t = 0; t < tables; ++t)
+      printf "%s<meta name=\"%s_%d\"><entry name=\"key\" type=\"int8\"/><entry name=\"field\" type=\"%s\"/>" \
+        "<primarykey entries=\"key\"/></meta>", between, type, t, type
+    print between "</metalib>"
+  }'
+}
+
+# Every table comes back, each before the one that follows it in the old file.
+suggesting_gone() {
+  tables "$1" int8 '\n' >"$work/old.xml"
+  tables 1 int16 '\n' >"$work/new.xml"
+  instructions 0 "$program" suggest "$work/old.xml" "$work/new.xml"
+}
+
+# Every table is refused and gets a fix, all in one long line.
+fixing_one_line() {
+  tables "$1" int16 '' >"$work/old.xml"
+  sed 's/type="int16"/type="int8"/g' "$work/old.xml" >"$work/new.xml"
+  instructions 1 "$program" check --format json "$work/old.xml" "$work/new.xml"
+}
+
+# Attributes that no element has, of which the first 1000 are told.
+refusing_attributes() {
+  awk -v attributes="$1" 'BEGIN {
+    printf "<metalib name=\"wrong\" version=\"1\""
+    for (a = 0; a < attributes; ++a) printf " attribute_%d=\"\"", a
+    print "/>"
+  }' >"$work/wrong.xml"
+  instructions 2 "$program" lint "$work/wrong.xml"
+}
+
+# A description of so many entities, and an error behind it on the same line.
+reading_entities() {
+  awk -v entities="$1" 'BEGIN {
+    printf "<metalib name=\"wrong\" version=\"1\"><meta name=\"table\" desc=\""
+    for (e = 0; e < entities; ++e) printf "&amp;"
+    print "\"><entry name=\"a\" type=\"none\"/></meta></metalib>"
+  }' >"$work/wrong.xml"
+  instructions 2 "$program" lint "$work/wrong.xml"
+}
+
+# Unions of two of the one below: twice as many ways to the lowest with every level.
+showing_levels() {
+  awk -v levels="$1" 'BEGIN {
+    print "<metalib name=\"deep\" version=\"1\">\n<meta name=\"u_0\"><entry name=\"a\" type=\"int8\"/></meta>"
+    for (l = 1; l < levels; ++l)
+      print "<meta name=\"u_" l "\" kind=\"union\"><entry name=\"a\" type=\"u_" l - 1 "\"/><entry name=\"b\" type=\"u_" l - 1 "\"/></meta>"
+    print "<meta name=\"table\"><entry name=\"k\" type=\"int8\"/><entry name=\"a\" type=\"u_" levels - 1 "\"/><primarykey entries=\"k\"/></meta>"
+    print "</metalib>"
+  }' >"$work/old.xml"
+  sed 's/type="int8"/type="int16"/' "$work/old.xml" >"$work/new.xml"
+  instructions 1 "$program" check --format html "$work/old.xml" "$work/new.xml"
+}
+
 # doubling WHAT SMALL LARGE: numbers of instructions of a size and of twice that size.
 doubling() {
   echo "twice the $1: $2 -> $3 instructions; allowed: 2.2 times"
@@ -37,4 +96,14 @@ members=$(reading_of_wide 4000) twice=$(reading_of_wide 8000)
 doubling 'key members and columns' "$members" "$twice"
 refusals=$(refusing_counts 4000) twice=$(refusing_counts 8000)
 doubling 'entries that a structure is to count' "$refusals" "$twice"
+gone=$(suggesting_gone 1000) twice=$(suggesting_gone 2000)
+doubling 'tables that come back' "$gone" "$twice"
+fixes=$(fixing_one_line 250) twice=$(fixing_one_line 500)
+doubling 'tables that are fixed on one line' "$fixes" "$twice"
+unknown=$(refusing_attributes 10000) twice=$(refusing_attributes 20000)
+doubling 'unknown attributes of an element' "$unknown" "$twice"
+entities=$(reading_entities 100000) twice=$(reading_entities 200000)
+doubling 'entities in an attribute' "$entities" "$twice"
+levels=$(showing_levels 50) twice=$(showing_levels 100)
+doubling 'levels of unions, each twice in the next' "$levels" "$twice"
 exit "$status"

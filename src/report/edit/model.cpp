@@ -108,6 +108,15 @@ Model ModelOf(const Source& source, const std::string& table) {
   return model;
 }
 
+std::size_t PartsOf(const Model& model) {
+  std::size_t count = 0;
+  for (const MetaModel& meta : model.metas) {
+    count += 1 + meta.entries.size() + meta.primary_key.size() + meta.splittable_key.size() + meta.indexes.size();
+    for (const IndexModel& index : meta.indexes) count += index.columns.size();
+  }
+  return count;
+}
+
 std::optional<qmx::Metalib> Build(const Model& model) {
   qmx::MetalibBuilder builder(model.name, model.version, model.protocol);
   for (const MetaModel& meta : model.metas) {

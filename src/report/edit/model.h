@@ -3,6 +3,7 @@
 // Holds what schema files can say, and that alone. The checker never sees a model: Build makes a library of it.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -60,6 +61,9 @@ struct Model {
 
   bool operator==(const Model&) const = default;
 };
+
+// How much there is to look at: structures, entries, key members, indexes and columns.
+std::size_t PartsOf(const Model& model);
 
 // A library without its metas.
 Model HeadOf(LPQMXMETALIB library);

@@ -13,6 +13,7 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t";
 constexpr std::string_view kLineEnds = "\r\n";
+constexpr std::size_t kFarLineEnd = 4096;  // bytes; a file of one line would otherwise be searched through for each element
 
 std::size_t FindOrEnd(std::string_view text, std::string_view what, std::size_t from) {
   const std::size_t at = text.find(what, from);
@@ -67,12 +68,11 @@ std::size_t NextLine(std::string_view text, std::size_t line_end) {
 
 // Behind the comments that follow `at` and end on its line.
 std::size_t BehindComments(std::string_view text, std::size_t at) {
-  const std::size_t line_end = std::min(text.find_first_of(kLineEnds, at), text.size());
   for (;;) {
     const std::size_t next = SkipBlanks(text, at);
     if (!text.substr(next).starts_with("<!--")) return at;
     const std::size_t end = MarkupAt(text, next).end;
-    if (end > line_end) return at;
+    if (text.substr(at, end - at).find_first_of(kLineEnds) != std::string_view::npos) return at;
     at = end;
   }
 }
@@ -211,7 +211,7 @@ std::string_view WithComments(std::string_view text, std::size_t element) {
 }
 
 std::string_view LineEndAt(std::string_view text, std::size_t offset) {
-  const std::size_t at = text.find_first_of(kLineEnds, offset);
+  const std::size_t at = text.substr(0, std::min(offset + kFarLineEnd, text.size())).find_first_of(kLineEnds, offset);
   return at == std::string_view::npos ? "\n" : text.substr(at, NextLine(text, at) - at);
 }
 

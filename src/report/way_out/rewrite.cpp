@@ -146,6 +146,15 @@ class MetaRewrite {
   }
 
  private:
+  // What the other source has of a kind.
+  template <class Item>
+  struct Others {
+    explicit Others(const std::vector<Item>& items_) : items(items_), positions(items_) {}
+
+    const std::vector<Item>& items;
+    Positions<Item> positions;
+  };
+
   // The last of entries and keys in the text.
   std::size_t BehindKeys() const {
     std::size_t last = text_.Place(Kind::kEntry, present_.entries.size() - 1);
@@ -187,6 +196,8 @@ class MetaRewrite {
       if (alignment.IsRemoved(slot)) edits_.Remove(place(slot));
       if (alignment.IsMoved(slot)) edits_.RemoveWithComments(place(slot));
     }
+    static const std::vector<Item> kNothing;
+    const Others<Item> others(other_ == nullptr ? kNothing : other_meta_->*items);
     std::optional<std::size_t> anchor;
     for (std::size_t i = 0; i < wanted.size(); ++i) {
       const Slot slot = alignment.OfNew(i);
@@ -196,7 +207,7 @@ class MetaRewrite {
       } else {
         const bool in_front = !anchor && !present.empty();
         const std::size_t beside = in_front ? place(0) : anchor.value_or(fallback);
-        const auto text = alignment.IsAdded(slot) ? TextOfAdded(items, wanted[i], LayoutAt(beside))
+        const auto text = alignment.IsAdded(slot) ? TextOfAdded(others, wanted[i], LayoutAt(beside))
                                                   : Copied(text_, slot, present[slot], wanted[i]);
         Insert(text, in_front ? &TextEdits::InsertBefore : &TextEdits::InsertBehind, beside);
       }
@@ -204,14 +215,11 @@ class MetaRewrite {
   }
 
   template <class Item>
-  std::optional<std::string> TextOfAdded(std::vector<Item> MetaModel::*items, const Item& wanted, const Layout& layout) {
-    if (other_ != nullptr) {
-      const std::vector<Item>& others = other_meta_->*items;
-      const auto found = std::ranges::find(others, wanted.name, &Item::name);
-      if (found != others.end() && HaveSameShape(*found, wanted)) {
-        const auto copied = Copied(*other_, static_cast<std::size_t>(found - others.begin()), *found, wanted);
-        if (copied) return WithLineEnds(*copied, layout.line_end);
-      }
+  std::optional<std::string> TextOfAdded(const Others<Item>& others, const Item& wanted, const Layout& layout) {
+    const Slot slot = others.positions.Find(wanted.name);
+    if (slot != kNoSlot && HaveSameShape(others.items[slot], wanted)) {
+      const auto copied = Copied(*other_, slot, others.items[slot], wanted);
+      if (copied) return WithLineEnds(*copied, layout.line_end);
     }
     return Written(wanted, layout);
   }
@@ -245,15 +253,24 @@ bool Rewriter::RewriteMeta(TextEdits& edits, const MetaModel& wanted) {
   return MetaRewrite(edits, *text, *present, other ? &*other : nullptr, other_meta).Run(wanted);
 }
 
+const std::vector<std::optional<std::uint32_t>>& Rewriter::Followers() {
+  const LPQMXMETALIB other = other_.Library();
+  const auto count = static_cast<std::size_t>(qmx_get_meta_num(other));
+  if (!followers_.empty()) return followers_;
+  followers_.resize(count);
+  std::optional<std::uint32_t> next;
+  for (std::size_t i = count; i > 0; --i) {
+    const auto here = PositionOf(source_, qmx_get_meta_name(qmx_get_meta_by_index(other, static_cast<int>(i - 1))));
+    if (here) next = here;
+    followers_[i - 1] = next;
+  }
+  return followers_;
+}
+
 // Before the first meta that follows it in the other source and that the file has, too; else at the end.
 bool Rewriter::AddMeta(TextEdits& edits, const MetaModel& wanted) {
-  const LPQMXMETALIB other = other_.Library();
   const std::optional<std::uint32_t> position = PositionOf(other_, wanted.name);
-  const auto count = static_cast<std::uint32_t>(qmx_get_meta_num(other));
-  std::optional<std::uint32_t> follower;
-  for (std::uint32_t i = position.value_or(count); i < count && !follower; ++i) {
-    follower = PositionOf(source_, qmx_get_meta_name(qmx_get_meta_by_index(other, static_cast<int>(i))));
-  }
+  const std::optional<std::uint32_t> follower = position ? Followers()[*position] : std::nullopt;
   const auto last = static_cast<std::uint32_t>(qmx_get_meta_num(source_.Library()) - 1);
   const std::string_view text = source_.text->bytes;
   const std::size_t beside = *source_.text->source_map.Find({Kind::kMeta, follower.value_or(last)});

@@ -1,6 +1,7 @@
 // Makes a schema file say what a model says, by changes of its text.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -29,10 +30,14 @@ class Rewriter {
   bool RewriteMeta(TextEdits& edits, const MetaModel& wanted);
   bool AddMeta(TextEdits& edits, const MetaModel& wanted);
 
+  // For each meta of the other source, the position in the file of the first one, from it on, that the file has, too.
+  const std::vector<std::optional<std::uint32_t>>& Followers();
+
   const Source& source_;
   const Source& other_;
   MetaBook present_;
   MetaBook others_;
+  std::vector<std::optional<std::uint32_t>> followers_;  // filled when first asked for
 };
 
 }  // namespace korvel::report

@@ -32,19 +32,13 @@ Form AsItIs(const Edit& edit) {
   return {true, [meta = edit.meta](Draft& draft) { draft.FindMeta(meta); }, ""};
 }
 
-std::size_t EntriesOf(const Model& model) {
-  std::size_t count = 1;
-  for (const MetaModel& meta : model.metas) count += meta.entries.size();
-  return count;
-}
-
 // Puts suggestions for one table together.
 class Search {
  public:
   Search(const Source& old_source, const Difference& difference, const std::string& table, const Settings& settings,
          const Changes& changes)
       : old_source_(old_source), difference_(difference), table_(table), settings_(settings), changes_(changes) {
-    cost_ = EntriesOf(difference.old_model()) + EntriesOf(difference.new_model());
+    cost_ = PartsOf(difference.old_model()) + PartsOf(difference.new_model());
     FormMaker maker(difference, settings);
     for (std::size_t i = 0; i < changes.edits.size(); ++i) {
       if (changes.status[i] == EditStatus::kAllowed) continue;
