@@ -15,17 +15,11 @@
 #include <string_view>
 #include <vector>
 
+#include "qmx/qmx_limits.h"
 #include "qmx/qmx_source_map.h"
 #include "qmx/qmx_types.h"
 
 namespace qmx {
-
-// How deep composite entries may nest: a table's own entries stand at level 1.
-inline constexpr int kMaxNesting = 128;
-// Most members a primary key can have (tagQMXMeta::nPrimayKeyMemberNum has 16 bits).
-inline constexpr std::size_t kMaxPrimaryKeyMembers = 32767;
-// Most errors that are reported for one library; the rest are left out.
-inline constexpr std::size_t kMaxErrors = 1000;
 
 // A simple type of schema files.
 struct SimpleType {

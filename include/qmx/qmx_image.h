@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "qmx/qmx_builder.h"
+#include "qmx/qmx_limits.h"
 #include "qmx/qmx_types.h"
 
 namespace qmx {
@@ -24,14 +25,10 @@ inline constexpr std::uint32_t kImageVersion = 1;
 // Bytes of the header in front of the block. A multiple of 8, so that the block of a mapped file is aligned.
 inline constexpr std::size_t kImageHeaderSize = 64;
 
-// Bytes of entries' names that key members and columns may stand for, as a multiple of the size of the block. A member takes 16
-// bytes however long its name is, yet a rule looks at all of the name: a few bytes of image must not make much work.
-inline constexpr std::size_t kMaxRepeatedNames = 16;
-
 // What an image may ask of its reader.
 struct Limits {
-  std::uint64_t max_bytes = std::uint64_t{1} << 30;  // of the whole image, its header included
-  int max_depth = kMaxNesting;                       // levels of nested structures; more than kMaxNesting counts as kMaxNesting
+  std::uint64_t max_bytes = kMaxFileBytes;  // of the whole image, its header included
+  int max_depth = kMaxNesting;              // levels of nested structures; more than kMaxNesting counts as kMaxNesting
 };
 
 // What is wrong with an image or block.

@@ -12,12 +12,10 @@
 #include <vector>
 
 #include "qmx/qmx_builder.h"
+#include "qmx/qmx_limits.h"
 #include "qmx/qmx_source_map.h"
 
 namespace qmx {
-
-// Largest file that is read, in bytes.
-inline constexpr std::size_t kMaxFileBytes = std::size_t{1} << 30;
 
 struct ReadError {
   LineColumn place;

@@ -75,7 +75,9 @@ class Verifier {
 
   bool CheckList() {
     const std::int32_t& count = library_->iMetaNum;
-    if (count < 0) return Refuse("library", "iMetaNum", count, "0 or more");
+    if (count < 0 || static_cast<std::size_t>(count) > kMaxMetas) {
+      return Refuse("library", "iMetaNum", count, "0 to " + std::to_string(kMaxMetas));
+    }
     if (!CheckLibraryList("ptrMetas", library_->ptrMetas, count, sizeof(std::int64_t))) return false;
     metas_ = {At<std::int64_t>(count == 0 ? 0 : library_->ptrMetas), static_cast<std::size_t>(count)};
     table_ = MetaTable(data_size_);
@@ -168,6 +170,9 @@ class Verifier {
   bool CheckParts() {
     const tagQMXMeta& meta = *meta_;
     texts_ = begin_ + kMetaSize;
+    if (meta.iEntriesNum > static_cast<std::int64_t>(kMaxEntries)) {
+      return Refuse(Meta(), "iEntriesNum", meta.iEntriesNum, "0 to " + std::to_string(kMaxEntries));
+    }
     return CheckPart<tagQMXMetaEntry>("ptrEntries", meta.ptrEntries, "iEntriesNum", meta.iEntriesNum) &&
            CheckPart<tagQMXDBKeyInfo>("ptrPrimayKeyBase", meta.ptrPrimayKeyBase, "nPrimayKeyMemberNum",
                                       meta.nPrimayKeyMemberNum) &&

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "qmx/qmx_limits.h"
+
 namespace qmx {
 namespace {
 
@@ -14,7 +16,9 @@ constexpr std::uint64_t kMaxInt64 = 9223372036854775807;
 constexpr bool kRequired = true;
 constexpr bool kOptional = false;
 
-AttributeForm Text(Attribute id, const char* name, bool is_required) { return {id, name, is_required}; }
+AttributeForm Text(Attribute id, const char* name, bool is_required, std::size_t longest = kMaxAttributeBytes) {
+  return {id, name, is_required, ValueForm::kText, 0, longest};
+}
 
 AttributeForm Number(Attribute id, const char* name, bool is_required, std::uint64_t lowest, std::uint64_t highest) {
   return {id, name, is_required, ValueForm::kNumber, lowest, highest};
@@ -25,7 +29,7 @@ AttributeForm Choice(Attribute id, const char* name, std::vector<std::string_vie
 }
 
 const AttributeForm& Name() {
-  static const AttributeForm form = Text(Attribute::kName, "name", kRequired);
+  static const AttributeForm form = Text(Attribute::kName, "name", kRequired, kMaxNameBytes);
   return form;
 }
 

@@ -54,7 +54,7 @@ struct AttributeForm {
   bool is_required = false;
   ValueForm form = ValueForm::kText;
   std::uint64_t lowest = 0;                    // kNumber
-  std::uint64_t highest = 0;                   // kNumber
+  std::uint64_t highest = 0;                   // kNumber; of a kText its length in bytes
   std::vector<std::string_view> choices = {};  // kChoice
 };
 

@@ -90,6 +90,7 @@ void SchemaHandler::StartMetalib(const StartTag& tag) {
 }
 
 void SchemaHandler::StartMeta(const StartTag& tag) {
+  if (metas_ == kMaxMetas) RefuseMore(tag, "metas", kMaxMetas);
   ++metas_;
   const std::optional<std::string_view> name = tag.Text(Attribute::kName);
   const bool is_union = tag.Text(Attribute::kKind) == "union";
@@ -107,6 +108,7 @@ void SchemaHandler::StartEntry(StartTag& tag) {
   CheckSize(tag, name.value_or(""));
   CheckId(tag, name.value_or(""));
   if (!name) return;
+  if (meta_.entries == kMaxEntries) RefuseMore(tag, "entries" + InMeta(), kMaxEntries);
   if (tag.Text(Attribute::kRefer) == "") {
     tag.Refuse(Attribute::kRefer,
                "'refer' is empty; allowed: an integer entry with count 1, declared before it in the same meta");
@@ -122,6 +124,10 @@ void SchemaHandler::StartEntry(StartTag& tag) {
   entry.customattr2 = tag.Text(Attribute::kCustomAttr2);
   if (!builder_->AddEntry(entry)) RefuseRepeat(tag.offset(), "a second entry " + Quote(*name) + InMeta());
   source_map_.Add(Id(Kind::kEntry, meta_.entries++), tag.offset());
+}
+
+void SchemaHandler::RefuseMore(const StartTag& tag, const std::string& what, std::size_t most) {
+  errors_.Add(tag.offset(), "more than " + std::to_string(most) + " " + what + "; allowed: up to that");
 }
 
 void SchemaHandler::CheckSize(StartTag& tag, std::string_view name) {
@@ -154,8 +160,9 @@ void SchemaHandler::StartKey(StartTag& tag) {
   }
   has_key = true;
   source_map_.Add(Id(tag.form().kind), tag.offset());
-  if (!tag.Has(Attribute::kEntries)) return;
-  const std::vector<std::string_view> entries = Words(*tag.Text(Attribute::kEntries));
+  const std::optional<std::string_view> names = tag.Text(Attribute::kEntries);
+  if (!names) return;
+  const std::vector<std::string_view> entries = Words(*names);
   if (entries.empty()) {
     tag.Refuse(Attribute::kEntries, "'entries' names no entry; allowed: one or more names, separated by blanks");
   } else if (is_primary) {

@@ -58,6 +58,8 @@ class SchemaHandler {
   void StartMetalib(const StartTag& tag);
   void StartMeta(const StartTag& tag);
   void StartEntry(StartTag& tag);
+  // Told once, at the first that is too many.
+  void RefuseMore(const StartTag& tag, const std::string& what, std::size_t most);
   void CheckSize(StartTag& tag, std::string_view name);
   void CheckId(StartTag& tag, std::string_view name);
   void StartKey(StartTag& tag);

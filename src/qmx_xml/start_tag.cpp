@@ -45,8 +45,7 @@ void StartTag::Take(const AttributeForm& attribute, const char* value) {
   present_.set(index);
   switch (attribute.form) {
     case ValueForm::kText:
-      texts_[index] = value;
-      accepted_.set(index);
+      accepted_.set(index, TakeText(attribute, value));
       break;
     case ValueForm::kNumber:
       accepted_.set(index, TakeNumber(attribute, value));
@@ -57,6 +56,14 @@ void StartTag::Take(const AttributeForm& attribute, const char* value) {
     case ValueForm::kComment:
       break;
   }
+}
+
+bool StartTag::TakeText(const AttributeForm& attribute, std::string_view value) {
+  texts_[Index(attribute.id)] = value;
+  if (value.size() <= attribute.highest) return true;
+  Refuse(attribute.id, Quote(attribute.name) + " has " + std::to_string(value.size()) + " bytes; allowed: up to " +
+                           std::to_string(attribute.highest));
+  return false;
 }
 
 bool StartTag::TakeNumber(const AttributeForm& attribute, const char* value) {

@@ -44,6 +44,7 @@ class StartTag {
   static std::size_t Index(Attribute id) { return static_cast<std::size_t>(id); }
 
   void Take(const AttributeForm& attribute, const char* value);
+  bool TakeText(const AttributeForm& attribute, std::string_view value);
   bool TakeNumber(const AttributeForm& attribute, const char* value);
   bool TakeChoice(const AttributeForm& attribute, std::string_view value);
   void RefuseUnknown(std::size_t position, std::string_view name);

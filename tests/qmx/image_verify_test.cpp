@@ -85,12 +85,13 @@ const Corruption kCorruptions[] = {
     {"library name missing", [](Block& b) { return Put(b.Lib().ptrName, -1); }, "library: ptrName"},
     {"library name past the end", [](Block& b) { return Put(b.Lib().ptrName, b.Lib().iDataSize); }, "library: ptrName"},
     {"number of metas negative", [](Block& b) { return Put(b.Lib().iMetaNum, -1); }, "library: iMetaNum"},
+    {"number of metas above the limit", [](Block& b) { return Put(b.Lib().iMetaNum, qmx::kMaxMetas + 1); }, "library: iMetaNum"},
     {"list of metas missing", [](Block& b) { return Put(b.Lib().ptrMetas, -1); }, "library: ptrMetas"},
     {"list of metas not aligned", [](Block& b) { return Put(b.Lib().ptrMetas, b.Lib().ptrMetas + 1); }, "library: ptrMetas"},
     {"list of metas past the end", [](Block& b) { return Put(b.Lib().ptrMetas, kFar); }, "library: ptrMetas"},
     {"list of metas too long",
      [](Block& b) {
-       b.Lib().iMetaNum = 1 << 30;
+       b.Lib().iMetaNum = qmx::kMaxMetas;
        return Put(b.Lib().ptrMetas, b.Lib().ptrMetas);
      },
      "library: ptrMetas"},

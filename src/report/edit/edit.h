@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "report/source/source.h"
+#include "report/text/limits.h"
 
 namespace korvel::report {
 
@@ -62,8 +63,6 @@ struct Edit {
   Location old_place;          // nowhere for what was added
   Location new_place;          // for what was removed, the nearest element that encloses its place
 };
-
-inline constexpr std::size_t kMaxPaths = 8;
 
 // An attribute as `before` and `after` say it.
 inline std::string ValueText(std::string_view text) { return text.empty() ? "\"\"" : std::string(text); }

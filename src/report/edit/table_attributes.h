@@ -7,15 +7,14 @@
 #include <string_view>
 #include <vector>
 
+#include "report/text/limits.h"
+
 namespace korvel::report {
 
 struct AttributePair {
   std::string_view key;
   std::string_view value;
 };
-
-// More pairs than any table has.
-inline constexpr std::size_t kMaxAttributePairs = 64;
 
 // The pairs of "key=value;key=value", of which there are none in no text and in an empty one; nullopt if it does not split into
 // pairs whose keys differ, or into more than kMaxAttributePairs.

@@ -8,10 +8,9 @@
 #include "report/finding/ask_checker.h"
 #include "report/finding/finding.h"
 #include "report/source/settings.h"
+#include "report/text/limits.h"
 
 namespace korvel::report {
-
-inline constexpr std::size_t kMaxFindings = 1000;  // when a call does not say otherwise
 
 // Takes the change of a table apart. `whole` is the answer about all of it, that of AskChecker or a call with a log; every member
 // of `settings` is set. Ways out and waivers are left open. Stops after `max_findings`, at least 1.

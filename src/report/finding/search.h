@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "report/finding/finding.h"
+#include "report/text/limits.h"
 
 namespace korvel::report {
 
@@ -28,7 +29,7 @@ struct SearchInput {
   EditSet hopeless = {};               // edits that are refused whatever the answers are; empty = none
   // Edits that may make up for each other: where none of a cluster may go alone, all of it is tried.
   std::vector<std::vector<std::size_t>> clusters = {};
-  std::size_t max_refusals = 1000;
+  std::size_t max_refusals = kMaxFindings;
 };
 
 struct Refusal {

@@ -8,12 +8,9 @@
 #include <vector>
 
 #include "report/source/source.h"
+#include "report/text/limits.h"
 
 namespace korvel::report {
-
-// Most fields inside structures that the layout of one table lists: structures may nest in ways beyond number. The table's own
-// fields are always listed. A structure is opened with all of its fields or not at all.
-inline constexpr std::size_t kMaxInnerFields = 10'000;
 
 struct FieldLayout {
   std::string path;  // below the table: "lines[].price_cents"

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "report/source/source.h"
+#include "report/text/limits.h"
 
 namespace korvel::report {
 
@@ -47,8 +48,6 @@ struct Snippet {
   std::string text;   // the line; of one that is longer than kMaxSnippet, what stands around the mark, with … where it is cut
   std::string caret;  // "     ^~~~", to stand under the text in a font whose wide characters take two cells
 };
-
-inline constexpr std::size_t kMaxSnippet = 160;  // characters
 
 // Nullopt for a mark in an image. Of a mark that goes over several lines the first is shown.
 std::optional<Snippet> SnippetOf(const Mark& mark);

@@ -7,6 +7,7 @@
 #include "report/edit/diff.h"
 #include "report/finding/finding.h"
 #include "report/source/settings.h"
+#include "report/text/limits.h"
 
 namespace korvel::report {
 
@@ -15,8 +16,6 @@ struct Suggestion {
   Model model;
   bool allowed = false;  // what the checker answered about it
 };
-
-inline constexpr std::size_t kMaxWork = 10'000'000;  // fields that are looked at: a table's each time it is asked about
 
 // `changes` are those that FindChanges found for the same sources, table and settings, all members of which are set. A form is
 // chosen only if the checker allows it together with all allowed edits and all other forms that are chosen. What would take more
