@@ -66,12 +66,13 @@ coverage: ## every line and branch of src/common must be taken by a test, or exp
 	$(INSTALL_DEPS) ci
 	scripts/coverage $(JOBS)
 
-goldens: ## remake what tests compare with (tests/cases, tests/report); look at the difference before you commit it
+goldens: ## remake what tests compare with (tests/cases, tests/report, tests/tool); look at the difference before you commit it
 	$(INSTALL_DEPS) test
 	cmake --preset test
-	cmake --build --preset test -j $(JOBS) --target cases_test --target report_test
+	cmake --build --preset test -j $(JOBS) --target cases_test --target report_test --target tool_test
 	KORVEL_UPDATE_GOLDENS=1 build/test/tests/cases/cases_test
 	KORVEL_UPDATE_GOLDENS=1 build/test/tests/report/report_test
+	KORVEL_UPDATE_GOLDENS=1 build/test/tests/tool/tool_test --gtest_filter='Hostile*'
 
 docs: ## remake docs/rules from the rule book
 	$(INSTALL_DEPS) example
