@@ -58,8 +58,8 @@ std::string Replaced(std::string_view text, const std::vector<Replacement>& repl
 // The bytes of an element, together with the comments behind it on its line.
 std::string_view WithComments(std::string_view text, std::size_t element);
 
-// The end of the line that `offset` is on: "\n", "\r\n" or "\r"; "\n" on a last line without one, and where it is thousands of bytes
-// away.
+// The end of the line that `offset` is on: "\n", "\r\n" or "\r"; "\n" on a last line without one, and where it is thousands of
+// bytes away.
 std::string_view LineEndAt(std::string_view text, std::size_t offset);
 
 // The blanks in front of an element that stands first on its line; nullopt if something else stands before it there.
