@@ -95,9 +95,11 @@ INSTANTIATE_TEST_SUITE_P(ListKeep, RuleTest, testing::ValuesIn(KeepRows()), RowN
 // In a long list fields are found in any order, each with the attribute of its own.
 TEST(List, ASortedListOfManyAttributesMayBeReordered) {
   Library old_library = Mall("TableType=SORTLIST;ListNum=8", "sort=1");
+  old_library.tables[0].fields[0].attr2 = "of the first";
   for (int i = 0; i < 20; ++i) {
     old_library.tables[0].fields.push_back({.name = "f" + std::to_string(i), .attr2 = "of field " + std::to_string(i)});
   }
+  EXPECT_EQ(Judge(Kind(old_library, old_library)), Passed(2, 2));
   Library new_library = old_library;
   std::reverse(new_library.tables[0].fields.begin(), new_library.tables[0].fields.end());
   EXPECT_EQ(Judge(Kind(old_library, new_library)), Passed(2, 2));

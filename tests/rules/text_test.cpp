@@ -166,6 +166,12 @@ TEST(ErrorText, ATextThatIsAFormatIsCutAt1023BytesToo) {
   EXPECT_EQ(buffer.behind, '!');
 }
 
+TEST(ErrorText, NothingIsWrittenBehindATextThatIsAFormat) {
+  std::string buffer(korvel::kErrorTextSize, 'x');
+  korvel::RefuseWithFormat(korvel::Site{buffer.data(), nullptr, {}}, -2, "wrong");
+  EXPECT_EQ(buffer, "wrong" + std::string(1, '\0') + std::string(korvel::kErrorTextSize - 6, 'x'));
+}
+
 TEST(ErrorText, AnArgumentMayBeTheBufferItself) {
   ModifyTable checker;
   std::strcpy(checker.m_szErrorType, "orders");
