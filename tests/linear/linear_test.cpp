@@ -113,23 +113,26 @@ TEST(Memory, APairPassedOverLeavesItsTextAgain) {
 
 constexpr Operation kRules[] = {Operation::kSame, Operation::kRecord, Operation::kTlv, Operation::kVersion, Operation::kOrder};
 
-// A table of two structures of one name. The second is the first one's, or "b", with which every rule finds fault.
-support::Library TwoBoxes(int fields, const std::string& second) {
+// Two structures of one name, in a table or in a structure of it. The second is the first one's, or "b", with which every rule
+// finds fault.
+support::Library TwoBoxes(int fields, bool deep, const std::string& second) {
   support::Table a{.name = "a"}, b{.name = "b"};
   for (int i = 0; i < fields; ++i) {
     a.fields.push_back({"f" + std::to_string(i), "int32", 0, i});
     b.fields.insert(b.fields.begin(), {"f" + std::to_string(i), "uint32", 0, i, 2});
   }
-  return support::Of({a, b, {.name = "t", .fields = {{"first", "a", 0, 1}, {"second", second, 0, 2}}}})
-      .With(support::UnitSize("t", "first", 64))
-      .With(support::UnitSize("t", "second", 64))
+  const std::string owner = deep ? "outer" : "t";
+  support::Library library = support::Of({a, b, {.name = owner, .fields = {{"first", "a", 0, 1}, {"second", second, 0, 2}}}});
+  if (deep) library.tables.push_back({.name = "t", .fields = {{"box", "outer", 0, 1}}});
+  return library.With(support::UnitSize(owner, "first", 64))
+      .With(support::UnitSize(owner, "second", 64))
       .With([](const support::Schema& schema) { schema.Meta("b")->ptrName = schema.Meta("a")->ptrName; });
 }
 
 TEST(Memory, OfAPairSaysNothingOfAnotherWithTheSameOldOrNewStructure) {
-  for (const int fields : {2, 12}) {
-    const support::Schema same = TwoBoxes(fields, "a").Build(), again = TwoBoxes(fields, "a").Build();
-    const support::Schema other = TwoBoxes(fields, "b").Build();
+  for (const auto& [fields, deep] : {std::pair(2, false), std::pair(12, false), std::pair(2, true), std::pair(12, true)}) {
+    const support::Schema same = TwoBoxes(fields, deep, "a").Build(), again = TwoBoxes(fields, deep, "a").Build();
+    const support::Schema other = TwoBoxes(fields, deep, "b").Build();
     for (const Operation rule : kRules) {
       EXPECT_EQ(AskProduct({rule, same.Lib(), again.Lib(), false, {}}).code, 0);
       for (const Gate& gate : kGates) {

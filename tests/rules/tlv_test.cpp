@@ -122,6 +122,10 @@ std::vector<Row> CountRows() {
   return {
       CountRow("refer_grows", true, 10, true, 20, {}),
       CountRow("refer_same", true, 10, true, 10, {}),
+      {"refer_same_behind_an_added_entry",
+       Fields(Old({Id("n", 1), {.name = "list", .id = 2, .refer = "n"}}),
+              New({Id("added", 9), Id("n", 1), {.name = "list", .id = 2, .refer = "n"}})),
+       {}},
       CountRow("refer_shrinks", true, 10, true, 9, refer),
       CountRow("fixed_grows", false, 10, false, 20, fixed),
       CountRow("fixed_shrinks", false, 10, false, 9, fixed),
