@@ -59,6 +59,18 @@ refusing_attributes() {
   instructions 2 "$program" lint "$work/wrong.xml"
 }
 
+# Tables, and fields of a table, that all have the name and the id of the first one.
+refusing_duplicates() {
+  awk -v copies="$1" 'BEGIN {
+    print "<metalib name=\"wrong\" version=\"1\">"
+    for (m = 0; m < copies; ++m) print "<meta name=\"table\" id=\"1\"><entry name=\"a\" type=\"int8\"/></meta>"
+    print "<meta name=\"last\">"
+    for (e = 0; e < copies; ++e) print "<entry name=\"a\" id=\"1\" type=\"int8\"/>"
+    print "</meta></metalib>"
+  }' >"$work/wrong.xml"
+  instructions 2 "$program" lint "$work/wrong.xml"
+}
+
 # A description of so many entities, and an error behind it on the same line.
 reading_entities() {
   awk -v entities="$1" 'BEGIN {
@@ -102,6 +114,8 @@ fixes=$(fixing_one_line 250) twice=$(fixing_one_line 500)
 doubling 'tables that are fixed on one line' "$fixes" "$twice"
 unknown=$(refusing_attributes 10000) twice=$(refusing_attributes 20000)
 doubling 'unknown attributes of an element' "$unknown" "$twice"
+duplicates=$(refusing_duplicates 5000) twice=$(refusing_duplicates 10000)
+doubling 'tables and fields of one name and id' "$duplicates" "$twice"
 entities=$(reading_entities 100000) twice=$(reading_entities 200000)
 doubling 'entities in an attribute' "$entities" "$twice"
 levels=$(showing_levels 50) twice=$(showing_levels 100)
