@@ -29,10 +29,10 @@ base64_hash("${DIRECTORY}/page.js" script_hash)
 file(WRITE "${OUTPUT}" "// Made by cmake/EmbedPage.cmake out of src/report/render/html.
 #include \"report/render/html_assets.h\"
 
-namespace korvel::report {
+namespace korvel {
 
 const Asset kPageStyle{R\"asset(${style})asset\", \"${style_hash}\"};
 const Asset kPageScript{R\"asset(${script})asset\", \"${script_hash}\"};
 
-}  // namespace korvel::report
+}  // namespace korvel
 ")

@@ -3,20 +3,11 @@
 // Texts are part of the interface, with their misspellings, double blanks and full-width commas. An id never changes its meaning.
 #pragma once
 
-#include <span>
-#include <string_view>
-
+#include "common/catalog.h"
 #include "common/message.h"
 #include "common/result_codes.h"
 
 namespace korvel {
-
-struct RefusalRow {
-  const char* id;       // "primary-key.count"
-  int code;             // what the refusing operation returns; 0 = the code of the rule it reports
-  const char* text;     // a format
-  const char* summary;  // one line: what is refused
-};
 
 // A row whose text takes exactly Args.
 template <class... Args>
@@ -26,12 +17,6 @@ struct Refusal : RefusalRow, Message<Args...> {
 };
 
 using Text = const char*;
-
-// All rows, ordered by family.
-std::span<const RefusalRow* const> AllRefusals();
-
-// The row whose text, filled in, reads `text`: the most specific one that fits; null if none does.
-const RefusalRow* Identify(std::string_view text);
 
 // What a lookup writes where the structure has no fields; the caller then takes the field for missing.
 inline constexpr Message<Text> kNoEntries("Table dose not have entry, table:'%s'");

@@ -5,12 +5,14 @@
 #include <algorithm>
 #include <tuple>
 
+#include "base/quote.h"
 #include "qmx/builder_state.h"
 #include "qmx/meta_slots.h"
-#include "qmx/quote.h"
 
 namespace qmx {
 namespace {
+
+using korvel::Quote;
 
 std::int64_t FlagWord(Protocol protocol) {
   switch (protocol) {

@@ -4,12 +4,15 @@
 #include <algorithm>
 #include <span>
 
+#include "base/did_you_mean.h"
+#include "base/quote.h"
 #include "qmx/builder_state.h"
-#include "qmx/did_you_mean.h"
-#include "qmx/quote.h"
 
 namespace qmx {
 namespace {
+
+using korvel::DidYouMean;
+using korvel::Quote;
 
 using Kind = ElementId::Kind;
 using Stage = BuildErrors::Stage;

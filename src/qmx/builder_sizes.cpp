@@ -5,11 +5,13 @@
 #include <algorithm>
 #include <span>
 
+#include "base/quote.h"
 #include "qmx/builder_state.h"
-#include "qmx/quote.h"
 
 namespace qmx {
 namespace {
+
+using korvel::Quote;
 
 using Kind = ElementId::Kind;
 using Stage = BuildErrors::Stage;

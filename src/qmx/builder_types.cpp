@@ -1,10 +1,13 @@
 // Finds the metas that entries of composite types mean.
+#include "base/did_you_mean.h"
+#include "base/quote.h"
 #include "qmx/builder_state.h"
-#include "qmx/did_you_mean.h"
-#include "qmx/quote.h"
 
 namespace qmx {
 namespace {
+
+using korvel::DidYouMean;
+using korvel::Quote;
 
 using Stage = BuildErrors::Stage;
 

@@ -12,11 +12,13 @@
 #include <cstring>
 #include <utility>
 
+#include "base/quote.h"
 #include "qmx/image_header.h"
-#include "qmx/quote.h"
 
 namespace qmx {
 namespace {
+
+using korvel::Quote;
 
 using Fault = std::optional<VerifyError>;
 

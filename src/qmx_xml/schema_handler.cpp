@@ -4,11 +4,14 @@
 
 #include <algorithm>
 
-#include "qmx/did_you_mean.h"
-#include "qmx/quote.h"
+#include "base/did_you_mean.h"
+#include "base/quote.h"
 
 namespace qmx {
 namespace {
+
+using korvel::DidYouMean;
+using korvel::Quote;
 
 using Kind = ElementId::Kind;
 

@@ -3,11 +3,14 @@
 
 #include <algorithm>
 
-#include "qmx/did_you_mean.h"
-#include "qmx/quote.h"
+#include "base/did_you_mean.h"
+#include "base/quote.h"
 
 namespace qmx {
 namespace {
+
+using korvel::DidYouMean;
+using korvel::Quote;
 
 bool IsDecimal(std::string_view text) {
   return !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });

@@ -5,11 +5,14 @@
 
 #include <algorithm>
 
+#include "base/quote.h"
 #include "qmx/qmx_xml.h"
-#include "qmx/quote.h"
 
 namespace qmx {
 namespace {
+
+using korvel::Quote;
+using korvel::Utf8Length;
 
 constexpr char kZeroByte[] = "a zero byte; allowed: text in UTF-8";
 

@@ -5,14 +5,16 @@
 #include <new>
 #include <utility>
 
+#include "base/quote.h"
 #include "qmx/qmx_xml.h"
-#include "qmx/quote.h"
 #include "qmx_xml/error_list.h"
 #include "qmx_xml/schema_handler.h"
 #include "qmx_xml/xml_faults.h"
 
 namespace qmx {
 namespace {
+
+using korvel::Quote;
 
 class XmlReader {
  public:

@@ -9,17 +9,18 @@
 #include <new>
 #include <stdexcept>
 
-#include "qmx/did_you_mean.h"
-#include "qmx/quote.h"
-#include "report/text/one_line.h"
-#include "tool/cannot_ask.h"
-#include "tool/command.h"
-#include "tool/exit_code.h"
-#include "tool/file_descriptor.h"
-#include "tool/last_words.h"
-#include "tool/output.h"
-#include "tool/refused.h"
-#include "tool/schema_file.h"
+#include "base/did_you_mean.h"
+#include "base/file_descriptor.h"
+#include "base/input_error.h"
+#include "base/one_line.h"
+#include "base/quote.h"
+#include "schema/schema_file.h"
+#include "tool/cli/command.h"
+#include "tool/cli/exit_code.h"
+#include "tool/io/output.h"
+#include "tool/io/refused.h"
+#include "tool/io/sigbus_handler.h"
+#include "tool/io/terminate_handler.h"
 #include "vesk/log_category.h"
 
 namespace korvel::tool {
@@ -58,7 +59,7 @@ std::string Help() {
 [[noreturn]] void RefuseCommand(const std::string& name) {
   std::vector<std::string_view> known;
   for (const Command* command : Commands()) known.emplace_back(command->name);
-  throw CannotAsk{{Said("unknown command " + qmx::Quote(name) + qmx::DidYouMean(name, known)), "Try 'korvelcheck --help'."}};
+  throw InputError{{ToolMessage("unknown command " + Quote(name) + DidYouMean(name, known)), "Try 'korvelcheck --help'."}};
 }
 
 // Libraries of the size of a file are laid out a thousand times to judge changes one by one: what one leaves serves the next,
@@ -75,7 +76,7 @@ std::unique_ptr<vesk::LogCategory> OpenLog(const std::optional<vesk::LogSettings
   if (!wanted) return vesk::LogCategory::Closed();
   std::string error;
   std::unique_ptr<vesk::LogCategory> log = vesk::LogCategory::Open(*wanted, error);
-  if (log == nullptr) throw CannotAsk{{Said(error)}};
+  if (log == nullptr) throw InputError{{ToolMessage(error)}};
   return log;
 }
 
@@ -83,7 +84,7 @@ void Write(const std::string& text, const Options& options) {
   options.output ? WriteFile(*options.output, text) : WriteStandardOutput(text);
 }
 
-void AddDumps(Answer& answer) {
+void AddDumps(CommandResult& answer) {
   for (Input& input : answer.inputs) AddDump(input);
   for (const std::shared_ptr<Input>& input : answer.kept) {
     if (input != nullptr) AddDump(*input);
@@ -104,13 +105,13 @@ int RunCommand(const Command& command, const std::vector<std::string>& arguments
     return kAllAllowed;
   }
   if (command.tell != nullptr) {
-    const Told told = command.tell(command, *options);
+    const TextResult told = command.tell(command, *options);
     Write(told.text, *options);
     return told.refused ? kSomeRefused : kAllAllowed;
   }
   const std::unique_ptr<vesk::LogCategory> log = OpenLog(options->log);
   // Lives as long as the process, whose end gives the memory of its schemas back faster than destructors do.
-  static Answer& answer = *new Answer(command.run(command, *options, log->handle()));
+  static CommandResult& answer = *new CommandResult(command.run(command, *options, log->handle()));
   const Report& report = answer.report;
   log->Close();
   if (options->format->shows_sources) AddDumps(answer);
@@ -121,7 +122,7 @@ int RunCommand(const Command& command, const std::vector<std::string>& arguments
 }
 
 int Run(const std::vector<std::string>& arguments) {
-  if (arguments.empty()) throw CannotAsk{{Said("a command is missing"), "Try 'korvelcheck --help'."}};
+  if (arguments.empty()) throw InputError{{ToolMessage("a command is missing"), "Try 'korvelcheck --help'."}};
   const std::string& first = arguments.front();
   if (first == "--help" || first == "-h") {
     WriteStandardOutput(Help());
@@ -142,12 +143,13 @@ int main(int argc, char** argv) {
   using namespace korvel::tool;
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);  // a file at its size limit is a failed write
-  EndOnUncaught();
+  InstallTerminateHandler();
+  InstallSigbusHandler();
   OccupyClosedStreams();
   KeepFreedMemory();
   try {
     return Run({argv + (argc > 0 ? 1 : 0), argv + argc});
-  } catch (const CannotAsk& reason) {
+  } catch (const korvel::InputError& reason) {
     PrintErrors(reason.lines);
     return kNotAsked;
   } catch (const Refused& reasons) {
@@ -157,7 +159,7 @@ int main(int argc, char** argv) {
     SayOutOfMemory();
     return kFault;
   } catch (const std::exception& fault) {
-    PrintErrors({Said(fault.what())});
+    PrintErrors({korvel::ToolMessage(fault.what())});
     return kFault;
   }
 }

@@ -7,7 +7,7 @@
 
 #include "case_run.h"
 #include "common/refusals.h"
-#include "report/book/rule_book.h"
+#include "rule_docs/rule_book.h"
 
 namespace cases {
 namespace {
@@ -62,9 +62,9 @@ TEST(Catalogue, EveryRowFiresInACaseOrIsNamed) {
 }
 
 TEST(Catalogue, TheBookHasAnExampleOfEveryRowThatFilesBringAbout) {
-  for (const korvel::report::RulePage& page : korvel::report::AllPages()) {
+  for (const korvel::RulePage& page : korvel::AllPages()) {
     const bool from_files = !kNotFromFiles.contains(page.id) && !kOnlyWithoutStructure.contains(page.id);
-    EXPECT_EQ(korvel::report::HasExample(page), from_files) << page.id;
+    EXPECT_EQ(korvel::HasExample(page), from_files) << page.id;
   }
 }
 
@@ -74,7 +74,7 @@ TEST(Catalogue, TheBookNamesTheCodesThatAreReturned) {
     for (const Answer& answer : AskAll(Load(name))) {
       const korvel::RefusalRow* row = korvel::Identify(answer.text);
       if (answer.code.value_or(0) == 0 || row == nullptr) continue;
-      const std::vector<int> codes = korvel::report::CodesOf(*korvel::report::FindPage(row->id));
+      const std::vector<int> codes = korvel::CodesOf(*korvel::FindPage(row->id));
       EXPECT_EQ(std::count(codes.begin(), codes.end(), *answer.code), 1)
           << name << ": " << answer.operation << " returns " << *answer.code << " with " << row->id;
     }

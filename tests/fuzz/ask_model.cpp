@@ -14,9 +14,9 @@ namespace {
 
 using Paths = std::map<LPQMXMETA, std::uint64_t>;
 
-constexpr std::uint64_t kMostPaths = 2000;
+constexpr std::uint64_t kMaxShownPaths = 2000;
 
-// Ways into a structure and the structures in it, as many as kMostPaths.
+// Ways into a structure and the structures in it, as many as kMaxShownPaths.
 std::uint64_t PathsIn(LPQMXMETALIB library, LPQMXMETA meta, Paths& known) {
   if (meta == nullptr) return 0;
   if (const auto found = known.find(meta); found != known.end()) return found->second;
@@ -24,7 +24,7 @@ std::uint64_t PathsIn(LPQMXMETALIB library, LPQMXMETA meta, Paths& known) {
   for (int i = 0; i < qmx_get_entry_num(meta); ++i) {
     paths += PathsIn(library, qmx_get_entry_type_meta(library, qmx_get_entry_by_index(meta, i)), known);
   }
-  return known[meta] = std::min(paths, kMostPaths);
+  return known[meta] = std::min(paths, kMaxShownPaths);
 }
 
 bool IsSimple(LPQMXMETALIB library) {
@@ -33,7 +33,7 @@ bool IsSimple(LPQMXMETALIB library) {
   for (int i = 0; i < qmx_get_meta_num(library); ++i) {
     most = std::max(most, PathsIn(library, qmx_get_meta_by_index(library, i), known));
   }
-  return most < kMostPaths;
+  return most < kMaxShownPaths;
 }
 
 }  // namespace

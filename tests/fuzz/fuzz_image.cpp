@@ -59,8 +59,8 @@ void Use(const qmx::ImageResult& result) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string image(reinterpret_cast<const char*>(data), size);
   Use(image::Load(image));
-  const std::string mended = fuzz::Mended(image);
-  if (mended != image) Use(image::Load(mended));
+  const std::string fixed = fuzz::Fixed(image);
+  if (fixed != image) Use(image::Load(fixed));
   return 0;
 }
 

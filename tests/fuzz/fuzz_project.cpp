@@ -2,16 +2,16 @@
 #include <cstdint>
 #include <string>
 
+#include "base/input_error.h"
 #include "fuzz/require.h"
-#include "tool/cannot_ask.h"
-#include "tool/project.h"
+#include "project/project.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string text(reinterpret_cast<const char*>(data), size);
   try {
-    const korvel::tool::Project project = korvel::tool::ParseProject("p.toml", "", text);
+    const korvel::Project project = korvel::ParseProject("p.toml", "", text);
     fuzz::Require(project.file == "p.toml", "a project knows its file");
-  } catch (const korvel::tool::CannotAsk& reason) {
+  } catch (const korvel::InputError& reason) {
     fuzz::Require(!reason.lines.empty(), "a wrong project file has faults");
     for (const std::string& line : reason.lines) {
       fuzz::Require(line.rfind("p.toml:", 0) == 0, "a fault has a place");

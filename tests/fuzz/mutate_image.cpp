@@ -71,7 +71,7 @@ std::string AnyImage(Random& random) {
 
 }  // namespace
 
-std::string Mended(std::string image) {
+std::string Fixed(std::string image) {
   if (image.size() < qmx::kImageHeaderSize) return image;
   const std::uint64_t block_size = image.size() - qmx::kImageHeaderSize;
   std::memcpy(image.data() + offsetof(qmx::ImageHeader, block_size), &block_size, sizeof(block_size));
@@ -85,7 +85,7 @@ void MutateImage(std::string& image, Random& random) {
   do {
     random.OneIn(2) ? ChangeNumber<std::int64_t>(image, random) : ChangeNumber<std::int32_t>(image, random);
   } while (random.OneIn(3));
-  image = Mended(std::move(image));
+  image = Fixed(std::move(image));
 }
 
 }  // namespace fuzz

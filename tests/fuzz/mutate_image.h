@@ -8,7 +8,7 @@
 namespace fuzz {
 
 // The image with the size and the checksum that fit its block.
-std::string Mended(std::string image);
+std::string Fixed(std::string image);
 
 // Some numbers of its records, or another library. The size and the checksum fit afterwards.
 void MutateImage(std::string& image, model::Random& random);

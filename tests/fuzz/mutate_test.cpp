@@ -137,7 +137,7 @@ TEST(MutateImage, PassesTheVerifierOftenAndFailsInEveryPart) {
   for (int i = 0; i < 20'000; ++i) {
     const std::string before = image;
     MutateImage(image, random);
-    ASSERT_EQ(Mended(image), image);
+    ASSERT_EQ(Fixed(image), image);
     const qmx::ImageResult result = image::Load(image);
     accepted += result.metalib ? 1 : 0;
     if (result.metalib) continue;

@@ -5,15 +5,15 @@
 #include <stdexcept>
 #include <string>
 
+#include "analysis/check_table_change.h"
 #include "cases/case_files.h"
 #include "memory/failing_memory.h"
 #include "qmx/image_reading.h"
 #include "qmx/qmx_image.h"
 #include "qmx/qmx_xml.h"
-#include "report/judged.h"
+#include "report/checked.h"
 #include "report/read_source.h"
 #include "report/render/render.h"
-#include "tool/judge.h"
 #include "vesk/log_category.h"
 
 namespace memory {
@@ -49,14 +49,13 @@ TEST(OutOfMemory, EndsTheWritingAndOpeningOfAnImage) {
 }
 
 TEST(OutOfMemory, EndsTheSearchForRefusedChanges) {
-  const korvel::report::Source old_source = report_test::ReadSource("v6.xml", Example("v6.xml"));
-  const korvel::report::Source new_source = report_test::ReadSource("v7.xml", Example("v7-wider-key.xml"));
+  const korvel::Source old_source = report_test::ReadSource("v6.xml", Example("v6.xml"));
+  const korvel::Source new_source = report_test::ReadSource("v7.xml", Example("v7-wider-key.xml"));
   const std::unique_ptr<vesk::LogCategory> log = vesk::LogCategory::Closed();
-  korvel::tool::Options options;
-  options.format = &korvel::report::Formats()[1];  // JSON, which wants everything
   const long failures = FailEach([&] {
-    const auto result = korvel::tool::JudgeChange({old_source, new_source}, "orders", {}, options, log->handle());
-    if (result.status != korvel::report::Status::kRefused) throw std::runtime_error("a refused change was allowed");
+    const auto result = korvel::CheckTableChange(
+        {.sources = {old_source, new_source}, .table = "orders", .given = {}, .wants_fixes = true, .log = log->handle()});
+    if (result.status != korvel::Status::kRefused) throw std::runtime_error("a refused change was allowed");
   });
   EXPECT_GT(failures, 1000);
   RecordProperty("failures", std::to_string(failures));
@@ -67,15 +66,15 @@ TEST(OutOfMemory, EndsTheSearchForRefusedChanges) {
 bool IsOfJson(const std::string& format) { return format == "json" || format == "sarif" || format == "gitlab"; }
 
 TEST(OutOfMemory, EndsTheWritingOfAReport) {
-  const report_test::Judged judged =
+  const report_test::Judged checked =
       report_test::JudgeExample({"wider-key", "examples/shop/v6.xml", "examples/shop/v7-wider-key.xml"});
-  for (const korvel::report::Format& format : korvel::report::Formats()) {
+  for (const korvel::Format& format : korvel::Formats()) {
     if (IsOfJson(format.name)) continue;
     SCOPED_TRACE(format.name);
-    const std::string wanted = format.render(judged.report, false);
-    const long failures = FailEach([&] { static_cast<void>(format.render(judged.report, false)); });
+    const std::string wanted = format.render(checked.report, false);
+    const long failures = FailEach([&] { static_cast<void>(format.render(checked.report, false)); });
     EXPECT_GT(failures, 100);
-    EXPECT_EQ(format.render(judged.report, false), wanted);
+    EXPECT_EQ(format.render(checked.report, false), wanted);
     RecordProperty(format.name, std::to_string(failures));
   }
 }

@@ -3,48 +3,48 @@
 
 #include <string>
 
-#include "qmx/did_you_mean.h"
-#include "qmx/quote.h"
+#include "base/did_you_mean.h"
+#include "base/quote.h"
 
 namespace {
 
 TEST(Quote, PlainText) {
-  EXPECT_EQ(qmx::Quote(""), "''");
-  EXPECT_EQ(qmx::Quote("a b"), "'a b'");
-  EXPECT_EQ(qmx::Quote("ä€😀"), "'ä€😀'");
+  EXPECT_EQ(korvel::Quote(""), "''");
+  EXPECT_EQ(korvel::Quote("a b"), "'a b'");
+  EXPECT_EQ(korvel::Quote("ä€😀"), "'ä€😀'");
 }
 
 TEST(Quote, StaysOnOneLine) {
-  EXPECT_EQ(qmx::Quote("a\n\r\tb"), "'a\\n\\r\\tb'");
-  EXPECT_EQ(qmx::Quote("\x01\x1B[31m\x7F"), "'\\x01\\x1B[31m\\x7F'");
-  EXPECT_EQ(qmx::Quote(std::string_view("\0", 1)), "'\\x00'");
+  EXPECT_EQ(korvel::Quote("a\n\r\tb"), "'a\\n\\r\\tb'");
+  EXPECT_EQ(korvel::Quote("\x01\x1B[31m\x7F"), "'\\x01\\x1B[31m\\x7F'");
+  EXPECT_EQ(korvel::Quote(std::string_view("\0", 1)), "'\\x00'");
 }
 
 TEST(Quote, InvisibleAndTurningCharactersAreEscaped) {
   // In pieces, so that no literal here turns the direction itself.
   const std::string turn = "\xE2\x80";
-  EXPECT_EQ(qmx::Quote("\xC2\x85"), "'\\u0085'");
-  EXPECT_EQ(qmx::Quote("\xE2\x80\xA8" + turn + "\xAE"), "'\\u2028\\u202E'");
-  EXPECT_EQ(qmx::Quote("\xE2\x81" + std::string("\xA6\xEF\xBB\xBF\xE2\x80\x8B")), "'\\u2066\\uFEFF\\u200B'");
+  EXPECT_EQ(korvel::Quote("\xC2\x85"), "'\\u0085'");
+  EXPECT_EQ(korvel::Quote("\xE2\x80\xA8" + turn + "\xAE"), "'\\u2028\\u202E'");
+  EXPECT_EQ(korvel::Quote("\xE2\x81" + std::string("\xA6\xEF\xBB\xBF\xE2\x80\x8B")), "'\\u2066\\uFEFF\\u200B'");
 }
 
 TEST(Quote, BytesThatAreNoUtf8) {
-  EXPECT_EQ(qmx::Quote("\xFF\x80"), "'\\xFF\\x80'");
-  EXPECT_EQ(qmx::Quote("\xE2\x82"), "'\\xE2\\x82'") << "cut off";
-  EXPECT_EQ(qmx::Quote("\xC0\xAF"), "'\\xC0\\xAF'") << "overlong";
-  EXPECT_EQ(qmx::Quote("\xED\xA0\x80"), "'\\xED\\xA0\\x80'") << "surrogate";
-  EXPECT_EQ(qmx::Quote("\xF4\x90\x80\x80"), "'\\xF4\\x90\\x80\\x80'") << "past the last character";
+  EXPECT_EQ(korvel::Quote("\xFF\x80"), "'\\xFF\\x80'");
+  EXPECT_EQ(korvel::Quote("\xE2\x82"), "'\\xE2\\x82'") << "cut off";
+  EXPECT_EQ(korvel::Quote("\xC0\xAF"), "'\\xC0\\xAF'") << "overlong";
+  EXPECT_EQ(korvel::Quote("\xED\xA0\x80"), "'\\xED\\xA0\\x80'") << "surrogate";
+  EXPECT_EQ(korvel::Quote("\xF4\x90\x80\x80"), "'\\xF4\\x90\\x80\\x80'") << "past the last character";
 }
 
 TEST(Quote, LongTextIsCutBetweenCharacters) {
-  EXPECT_EQ(qmx::Quote(std::string(60, 'a')), "'" + std::string(60, 'a') + "'");
-  EXPECT_EQ(qmx::Quote(std::string(61, 'a')), "'" + std::string(60, 'a') + "...'");
-  EXPECT_EQ(qmx::Quote(std::string(59, 'a') + "ä"), "'" + std::string(59, 'a') + "...'");
-  EXPECT_EQ(qmx::Quote(std::string(58, 'a') + "ä"), "'" + std::string(58, 'a') + "ä'");
+  EXPECT_EQ(korvel::Quote(std::string(60, 'a')), "'" + std::string(60, 'a') + "'");
+  EXPECT_EQ(korvel::Quote(std::string(61, 'a')), "'" + std::string(60, 'a') + "...'");
+  EXPECT_EQ(korvel::Quote(std::string(59, 'a') + "ä"), "'" + std::string(59, 'a') + "...'");
+  EXPECT_EQ(korvel::Quote(std::string(58, 'a') + "ä"), "'" + std::string(58, 'a') + "ä'");
 }
 
 std::string Suggested(std::string_view word, std::vector<std::string_view> candidates) {
-  return qmx::DidYouMean(word, candidates);
+  return korvel::DidYouMean(word, candidates);
 }
 
 TEST(DidYouMean, NearWords) {

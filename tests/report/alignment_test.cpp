@@ -1,5 +1,5 @@
 // Two orders side by side: what moves, and every order in between.
-#include "report/edit/alignment.h"
+#include "analysis/diff/alignment.h"
 
 #include <gmock/gmock.h>
 
@@ -12,9 +12,9 @@
 namespace report_test {
 namespace {
 
-using korvel::report::Alignment;
-using korvel::report::kNoSlot;
-using korvel::report::Slot;
+using korvel::Alignment;
+using korvel::kNoSlot;
+using korvel::Slot;
 using testing::ElementsAre;
 
 constexpr auto kAll = [](Slot) { return true; };

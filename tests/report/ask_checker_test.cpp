@@ -1,19 +1,19 @@
 // The checker's answers as reports keep them.
-#include "report/finding/ask_checker.h"
+#include "analysis/findings/ask_checker.h"
 
 #include <gtest/gtest.h>
 
 #include "read_source.h"
-#include "report/source/settings.h"
+#include "schema/settings.h"
 
 namespace report_test {
 namespace {
 
-using korvel::report::AskChecker;
-using korvel::report::ResolveSettings;
-using korvel::report::Settings;
-using korvel::report::Source;
-using korvel::report::Verdict;
+using korvel::AskChecker;
+using korvel::ResolveSettings;
+using korvel::Settings;
+using korvel::Source;
+using korvel::Verdict;
 
 Source Orders(const std::string& fields) {
   return ReadSource("orders.xml", "<metalib name=\"mall\" version=\"2\" protocol=\"QMX\"><meta name=\"orders\">" + fields +

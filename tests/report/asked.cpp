@@ -4,25 +4,25 @@
 
 #include <algorithm>
 
-#include "report/finding/bad_names.h"
-#include "report/text/one_line.h"
+#include "analysis/findings/bad_names.h"
+#include "base/one_line.h"
 
 namespace report_test {
 
-using korvel::report::Changes;
-using korvel::report::Difference;
-using korvel::report::Edit;
-using korvel::report::EditKind;
-using korvel::report::EditStatus;
-using korvel::report::Finding;
-using korvel::report::Settings;
-using korvel::report::Source;
-using korvel::report::Verdict;
+using korvel::Changes;
+using korvel::Difference;
+using korvel::Edit;
+using korvel::EditKind;
+using korvel::EditStatus;
+using korvel::Finding;
+using korvel::Settings;
+using korvel::Source;
+using korvel::Verdict;
 
 Verdict Asked::Whole() const { return AskChecker(old_source.Library(), new_source.Library(), table, settings); }
 
 Changes Asked::TakeApart(std::size_t max_findings) const {
-  if (!IsOnBothSides()) return FindGone(old_source, new_source, table, settings, Whole());
+  if (!IsOnBothSides()) return FindRemovedTable(old_source, new_source, table, settings, Whole());
   return FindChanges(Difference(old_source, new_source, table), old_source, new_source, table, settings, Whole(), max_findings);
 }
 
@@ -36,7 +36,7 @@ std::string Shown(const Edit& edit) {
   std::string text(NameOf(edit.kind));
   if (!edit.meta.empty()) text += " " + edit.meta;
   if (!edit.item.empty()) text += "." + edit.item;
-  return korvel::report::OneLine(text);
+  return korvel::OneLine(text);
 }
 
 std::string Shown(EditStatus status) {
@@ -47,8 +47,8 @@ std::string Shown(const Finding& finding, const std::vector<Edit>& edits) {
   std::string text = "[" + finding.verdict.rule + "] " + std::to_string(finding.verdict.code);
   for (const std::size_t edit : finding.edits) text += (edit == finding.edits.front() ? " " : " + ") + Shown(edits[edit]);
   if (finding.edits.empty()) text += " (standing)";
-  return text + "\n  " + korvel::report::OneLine(finding.path) + " " + finding.fingerprint + "\n  " +
-         korvel::report::OneLine(finding.verdict.text) + "\n";
+  return text + "\n  " + korvel::OneLine(finding.path) + " " + finding.fingerprint + "\n  " +
+         korvel::OneLine(finding.verdict.text) + "\n";
 }
 
 }  // namespace
@@ -98,7 +98,7 @@ class Laws {
     return AnswerTo(chosen);
   }
 
-  bool IsStanding(const Verdict& verdict) const {
+  bool IsPreexisting(const Verdict& verdict) const {
     if (!verdict.Refused() || (verdict.code == nothing_.code && verdict.text == nothing_.text)) return true;
     if (verdict.rule == "length.limit" && verdict.rule == nothing_.rule) return verdict.text.size() <= nothing_.text.size();
     return nothing_.Refused() && verdict.rule == "field-name.invalid";
@@ -112,7 +112,7 @@ class Laws {
       ASSERT_TRUE(answer);
       EXPECT_EQ(answer->text, changes_.allowed_together.text);
       EXPECT_EQ(answer->code, changes_.allowed_together.code);
-      EXPECT_TRUE(IsStanding(*answer)) << answer->text;
+      EXPECT_TRUE(IsPreexisting(*answer)) << answer->text;
     } else {
       EXPECT_EQ(std::ranges::count(allowed, true), std::ssize(allowed));
     }
@@ -136,7 +136,7 @@ class Laws {
   void ExpectBadName(const Finding& finding) const {
     const Edit& edit = changes_.edits[finding.edits.front()];
     const std::string name = edit.kind == EditKind::kEntryAdded ? edit.item : edit.after;
-    EXPECT_EQ(korvel::report::FindBadNames(asked_.table, {name}, 1).size(), 1u) << name;
+    EXPECT_EQ(korvel::FindBadNames(asked_.table, {name}, 1).size(), 1u) << name;
   }
 
   void ExpectNoneCanBeLeftOut(const Edits& edits) const {
@@ -144,11 +144,11 @@ class Laws {
       Edits rest = edits;
       std::erase(rest, edit);
       const std::optional<Verdict> answer = Answer(rest);
-      if (!answer || IsStanding(*answer)) continue;
+      if (!answer || IsPreexisting(*answer)) continue;
       // It makes up for another of them, so that without it the allowed part would be refused.
       std::erase_if(rest, [&](std::size_t one) { return changes_.status[one] != EditStatus::kAllowed; });
       const std::optional<Verdict> without = Answer(rest);
-      EXPECT_TRUE(!without || !IsStanding(*without)) << "edit " << edit << " can be left out";
+      EXPECT_TRUE(!without || !IsPreexisting(*without)) << "edit " << edit << " can be left out";
     }
   }
 

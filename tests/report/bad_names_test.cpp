@@ -1,13 +1,13 @@
 // Every bad name is found, with the checker's answer about it.
-#include "report/finding/bad_names.h"
+#include "analysis/findings/bad_names.h"
 
 #include <gmock/gmock.h>
 
 namespace report_test {
 namespace {
 
-using korvel::report::BadName;
-using korvel::report::FindBadNames;
+using korvel::BadName;
+using korvel::FindBadNames;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

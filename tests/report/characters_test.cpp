@@ -1,15 +1,15 @@
 // Characters: where they end, how wide they stand, what of them can be shown.
-#include "report/text/characters.h"
+#include "base/characters.h"
 
 #include <gtest/gtest.h>
 
 namespace report_test {
 namespace {
 
-using korvel::report::CellsOf;
-using korvel::report::CharacterLength;
-using korvel::report::ValidUtf8;
-using korvel::report::VisibleCharacter;
+using korvel::CellsOf;
+using korvel::CharacterLength;
+using korvel::ValidUtf8;
+using korvel::VisibleCharacter;
 
 TEST(Characters, EndWhereUtf8Says) {
   EXPECT_EQ(CharacterLength("ab"), 1u);

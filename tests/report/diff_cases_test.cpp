@@ -10,16 +10,16 @@
 #include <fstream>
 #include <iterator>
 
+#include "analysis/findings/findings.h"
 #include "models.h"
 #include "read_source.h"
-#include "report/finding/findings.h"
 
 namespace report_test {
 namespace {
 
 namespace fs = std::filesystem;
-using korvel::report::Difference;
-using korvel::report::Source;
+using korvel::Difference;
+using korvel::Source;
 
 std::string ReadFile(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);

@@ -11,12 +11,12 @@
 namespace report_test {
 namespace {
 
-using korvel::report::Difference;
-using korvel::report::EditKind;
-using korvel::report::EntryModel;
-using korvel::report::MetaModel;
-using korvel::report::Model;
-using korvel::report::Source;
+using korvel::Difference;
+using korvel::EditKind;
+using korvel::EntryModel;
+using korvel::MetaModel;
+using korvel::Model;
+using korvel::Source;
 
 using Chosen = std::vector<bool>;
 
@@ -53,13 +53,13 @@ void ExpectFewestMoves(const Difference& difference) {
   for (const MetaModel& old_meta : difference.old_model().metas) {
     const MetaModel* new_meta = FindMeta(difference.new_model(), old_meta.name);
     if (new_meta == nullptr) continue;
-    std::set<std::string> gone;
+    std::set<std::string> removed;
     std::set<std::string> added;
     std::map<std::string, std::string> renamed;
     std::size_t moves = 0;
-    for (const korvel::report::Edit& edit : difference.edits()) {
+    for (const korvel::Edit& edit : difference.edits()) {
       if (edit.meta != old_meta.name) continue;
-      if (edit.kind == EditKind::kEntryRemoved) gone.insert(edit.item);
+      if (edit.kind == EditKind::kEntryRemoved) removed.insert(edit.item);
       if (edit.kind == EditKind::kEntryAdded) added.insert(edit.item);
       if (edit.kind == EditKind::kEntryRenamed) renamed[edit.item] = edit.after;
       if (edit.kind == EditKind::kEntryMoved) ++moves;
@@ -67,7 +67,7 @@ void ExpectFewestMoves(const Difference& difference) {
     std::vector<std::string> before;
     std::vector<std::string> after;
     for (const EntryModel& entry : old_meta.entries) {
-      if (!gone.contains(entry.name)) before.push_back(renamed.contains(entry.name) ? renamed[entry.name] : entry.name);
+      if (!removed.contains(entry.name)) before.push_back(renamed.contains(entry.name) ? renamed[entry.name] : entry.name);
     }
     for (const EntryModel& entry : new_meta->entries) {
       if (!added.contains(entry.name)) after.push_back(entry.name);
@@ -125,7 +125,7 @@ TEST(DiffLaws, HoldOnRandomPairs) {
     const ModelPair models = RandomModels(random);
     ExpectLaws(models, random);
     const Difference difference(SourceOf("old", models.old_model), SourceOf("new", models.new_model), "t");
-    for (const korvel::report::Edit& edit : difference.edits()) kinds.insert(edit.kind);
+    for (const korvel::Edit& edit : difference.edits()) kinds.insert(edit.kind);
   }
   if (pairs < 500) return;
   EXPECT_EQ(kinds.size(), static_cast<std::size_t>(EditKind::kEntryMeta) + 1) << "every kind of edit comes up";

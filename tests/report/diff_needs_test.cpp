@@ -7,7 +7,7 @@
 namespace report_test {
 namespace {
 
-using korvel::report::Difference;
+using korvel::Difference;
 using testing::ElementsAre;
 
 std::string Table(const std::string& content) {
@@ -19,8 +19,8 @@ std::string Entry(const std::string& name, const std::string& type, const std::s
 }
 
 std::vector<std::string> EditsOf(const std::string& before, const std::string& after) {
-  const korvel::report::Source old_source = ReadSource("old.xml", Table(before));
-  const korvel::report::Source new_source = ReadSource("new.xml", Table(after));
+  const korvel::Source old_source = ReadSource("old.xml", Table(before));
+  const korvel::Source new_source = ReadSource("new.xml", Table(after));
   return Lines(Difference(old_source, new_source, "t"));
 }
 
@@ -76,8 +76,8 @@ TEST(Needs, AnEntryWithoutAnIdNeedsAnotherProtocol) {
     const auto library = [](const std::string& of, const std::string& content) {
       return "<metalib name=\"m\" version=\"1\" protocol=\"" + of + "\"><meta name=\"t\">" + content + "</meta></metalib>";
     };
-    const korvel::report::Source old_source = ReadSource("old.xml", library(protocol, entries));
-    const korvel::report::Source new_source = ReadSource("new.xml", library(new_protocol, new_entries));
+    const korvel::Source old_source = ReadSource("old.xml", library(protocol, entries));
+    const korvel::Source new_source = ReadSource("new.xml", library(new_protocol, new_entries));
     return Lines(Difference(old_source, new_source, "t"));
   };
   const std::string kept = Entry("a", "int8", "id=\"1\"");
@@ -98,10 +98,9 @@ TEST(Needs, AnEntryWithoutAnIdNeedsAnotherProtocol) {
 
 // A counter that is added itself needs nothing; what it counts needs it, and what that needs.
 TEST(Needs, AreTransitive) {
-  const korvel::report::Source old_source =
-      ReadSource("old.xml", "<metalib name=\"m\" version=\"1\" protocol=\"TLV\"><meta name=\"t\">" +
-                                Entry("n", "int8", "id=\"1\"") + "</meta></metalib>");
-  const korvel::report::Source new_source =
+  const korvel::Source old_source = ReadSource("old.xml", "<metalib name=\"m\" version=\"1\" protocol=\"TLV\"><meta name=\"t\">" +
+                                                              Entry("n", "int8", "id=\"1\"") + "</meta></metalib>");
+  const korvel::Source new_source =
       ReadSource("new.xml", "<metalib name=\"m\" version=\"1\" protocol=\"TLV\"><meta name=\"t\">" +
                                 Entry("old_n", "int8", "id=\"1\"") + Entry("n", "int8", "id=\"2\"") +
                                 Entry("list", "int8", std::string("id=\"3\" ") + kCounted) + "</meta></metalib>");

@@ -1,5 +1,5 @@
 // Which edits a change is: one mutation a row, with the exact list.
-#include "report/edit/diff.h"
+#include "analysis/diff/diff.h"
 
 #include <gmock/gmock.h>
 
@@ -9,8 +9,8 @@
 namespace report_test {
 namespace {
 
-using korvel::report::Difference;
-using korvel::report::Edit;
+using korvel::Difference;
+using korvel::Edit;
 using testing::ElementsAre;
 
 constexpr char kOld[] = R"(<metalib name="mall" version="5" protocol="QMX">
@@ -168,8 +168,8 @@ TEST_P(MutationTest, IsTheseEdits) {
   const auto& [label, replacements, edits] = GetParam();
   std::string changed = kOld;
   for (const auto& [from, to] : replacements) changed = With(changed, from, to);
-  const korvel::report::Source old_source = ReadSource("old.xml", kOld);
-  const korvel::report::Source new_source = ReadSource("new.xml", changed);
+  const korvel::Source old_source = ReadSource("old.xml", kOld);
+  const korvel::Source new_source = ReadSource("new.xml", changed);
   const Difference difference(old_source, new_source, "orders");
   EXPECT_EQ(Lines(difference), edits) << label;
   EXPECT_EQ(difference.Apply(std::vector<bool>(edits.size(), true)), ModelOf(new_source, "orders"));
@@ -229,23 +229,23 @@ TEST(Difference, SharedStructuresAreListedOnceWithTheirWays) {
             below + "\"/></meta>";
   }
   text += "</metalib>";
-  const korvel::report::Source old_source = ReadSource("old.xml", text);
-  const korvel::report::Source new_source = ReadSource("new.xml", With(text, "\"a\" type=\"int8\"", "\"a\" type=\"uint8\""));
+  const korvel::Source old_source = ReadSource("old.xml", text);
+  const korvel::Source new_source = ReadSource("new.xml", With(text, "\"a\" type=\"int8\"", "\"a\" type=\"uint8\""));
   const Difference three(old_source, new_source, "s2");
   ASSERT_EQ(three.edits().size(), 1u);
   EXPECT_THAT(three.edits()[0].paths, ElementsAre("s2.a.a.a", "s2.a.b.a", "s2.b.a.a", "s2.b.b.a"));
   EXPECT_EQ(three.edits()[0].path_count, 4u);
   const Difference many(old_source, new_source, "s39");
   ASSERT_EQ(many.edits().size(), 1u);
-  EXPECT_EQ(many.edits()[0].paths.size(), korvel::report::kMaxPaths);
+  EXPECT_EQ(many.edits()[0].paths.size(), korvel::kMaxPaths);
   EXPECT_EQ(many.edits()[0].path_count, std::size_t{1} << 32);
 }
 
 // An image may hold names that no schema file can: in order, they are the same.
 TEST(Difference, NamesThatStandTwiceAreMatchedInOrder) {
-  korvel::report::Model old_model{
+  korvel::Model old_model{
       "lib", 1, qmx::Protocol::kQmx, {{.name = "t", .entries = {{"x", "int8"}, {"x", "int16"}, {"x", "int32"}}}}};
-  korvel::report::Model new_model = old_model;
+  korvel::Model new_model = old_model;
   new_model.metas[0].entries[1].type = "uint16";
   new_model.metas[0].entries.pop_back();
   const Difference difference(SourceOf("old", old_model), SourceOf("new", new_model), "t");
@@ -264,14 +264,14 @@ class PartsOfAChange : public testing::Test {
     }
     EXPECT_EQ(std::ranges::count(chosen, true), std::ssize(descriptions));
     std::string names;
-    const korvel::report::Model model = difference.Apply(chosen);
+    const korvel::Model model = difference.Apply(chosen);
     for (const auto& entry : model.metas.front().entries) names += entry.name;
     return names;
   }
 
   static Difference Between(const std::string& old_names, const std::string& new_names) {
     const auto source = [](const std::string& names) {
-      korvel::report::Model model{"lib", 1, qmx::Protocol::kQmx, {{.name = "t"}}};
+      korvel::Model model{"lib", 1, qmx::Protocol::kQmx, {{.name = "t"}}};
       for (const char name : names) model.metas[0].entries.push_back({.name = std::string(1, name), .type = "int8"});
       return SourceOf("made", model);
     };

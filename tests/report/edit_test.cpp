@@ -1,22 +1,22 @@
 // Names and sentences of edits, and where they point.
-#include "report/edit/edit.h"
+#include "analysis/diff/edit.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
 
+#include "analysis/diff/diff.h"
 #include "read_source.h"
-#include "report/edit/diff.h"
 
 namespace report_test {
 namespace {
 
-using korvel::report::Describe;
-using korvel::report::Difference;
-using korvel::report::Edit;
-using korvel::report::EditKind;
-using korvel::report::Location;
-using korvel::report::NameOf;
+using korvel::Describe;
+using korvel::Difference;
+using korvel::Edit;
+using korvel::EditKind;
+using korvel::Location;
+using korvel::NameOf;
 
 TEST(Edit, NamesDiffer) {
   std::set<std::string_view> names;
@@ -53,7 +53,7 @@ TEST(Edit, IsDescribedOnOneLine) {
 // The text at a location: the value of its attribute, or the name of its element.
 std::string TextAt(const Location& location) {
   if (!location) return "(nowhere)";
-  const korvel::report::SchemaText& text = *location.source->text;
+  const korvel::SchemaText& text = *location.source->text;
   const std::size_t element = text.source_map.Find(location.element).value();
   const std::string place = location.source->name + " ";
   if (location.attribute.empty()) {
@@ -79,8 +79,8 @@ TEST(Edit, PointsAtBothPlaces) {
   std::vector<std::string> places;
   const Difference difference(old_source, new_source, "t");
   for (const Edit& edit : difference.edits()) {
-    places.push_back(std::string(NameOf(edit.kind)) + " " + edit.item + ": " + TextAt(edit.old_place) + ", " +
-                     TextAt(edit.new_place));
+    places.push_back(std::string(NameOf(edit.kind)) + " " + edit.item + ": " + TextAt(edit.old_location) + ", " +
+                     TextAt(edit.new_location));
   }
   const std::vector<std::string> expected = {
       "library-version : old version=1, new version=2",

@@ -1,5 +1,5 @@
 // Changes of elements in odd layouts: what changes, and that nothing else does.
-#include "report/way_out/element_text.h"
+#include "analysis/suggest/element_text.h"
 
 #include <gtest/gtest.h>
 
@@ -8,10 +8,10 @@
 namespace report_test {
 namespace {
 
-using korvel::report::AttributeText;
-using korvel::report::ElementEnd;
-using korvel::report::Replaced;
-using korvel::report::TextEdits;
+using korvel::AttributeText;
+using korvel::ElementEnd;
+using korvel::Replaced;
+using korvel::TextEdits;
 
 struct Case {
   const char* name;

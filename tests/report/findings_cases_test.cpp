@@ -8,15 +8,15 @@
 
 #include "asked.h"
 #include "cases/case_files.h"
-#include "judged.h"
+#include "checked.h"
 #include "read_source.h"
 
 namespace report_test {
 namespace {
 
-using korvel::report::Changes;
-using korvel::report::Settings;
-using korvel::report::Source;
+using korvel::Changes;
+using korvel::Settings;
+using korvel::Source;
 
 class FindingsCaseTest : public testing::TestWithParam<std::string> {
  protected:

@@ -9,9 +9,9 @@
 namespace report_test {
 namespace {
 
-using korvel::report::Changes;
-using korvel::report::Settings;
-using korvel::report::Source;
+using korvel::Changes;
+using korvel::Settings;
+using korvel::Source;
 
 Settings RandomSettings(std::mt19937_64& random) {
   Settings settings;

@@ -1,5 +1,5 @@
 // Labelled changes of a schema, and exactly what is found about each.
-#include "report/finding/findings.h"
+#include "analysis/findings/findings.h"
 
 #include <gmock/gmock.h>
 
@@ -9,11 +9,11 @@
 namespace report_test {
 namespace {
 
-using korvel::report::Changes;
-using korvel::report::EditStatus;
-using korvel::report::Finding;
-using korvel::report::Settings;
-using korvel::report::Source;
+using korvel::Changes;
+using korvel::EditStatus;
+using korvel::Finding;
+using korvel::Settings;
+using korvel::Source;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
@@ -62,7 +62,7 @@ std::string StatusWord(EditStatus status) {
 }
 
 // "refused type of uid: uint32 -> uint64" for each edit, then "primary-key.size at orders.uid" for each finding.
-std::vector<std::string> Told(const Changes& changes) {
+std::vector<std::string> ToText(const Changes& changes) {
   std::vector<std::string> told;
   for (std::size_t i = 0; i < changes.edits.size(); ++i) {
     told.push_back(StatusWord(changes.status[i]) + " " + Describe(changes.edits[i]));
@@ -132,7 +132,7 @@ TEST_P(RefusedMutationTest, IsTakenApartLikeThis) {
   const Source new_source = ReadSource("new.xml", With(kMall, GetParam().pieces));
   const Asked asked = Ask(old_source, new_source, "orders");
   const Changes changes = asked.TakeApart();
-  EXPECT_THAT(Told(changes), ElementsAreArray(GetParam().told));
+  EXPECT_THAT(ToText(changes), ElementsAreArray(GetParam().told));
   ExpectLaws(asked, changes);
 }
 
@@ -160,8 +160,8 @@ TEST(FindChanges, EditsThatMakeUpForEachOtherMayGo) {
                                                                   "id=\"4\"", "id=\"4\" customattr2=\"sort=1\""}));
   const Asked asked = Ask(old_source, new_source, "ranking");
   const Changes changes = asked.TakeApart();
-  EXPECT_THAT(Told(changes), ElementsAre("allowed customattr2 of score: sort=1 -> none", "refused size of name: 16 -> 8",
-                                         "allowed customattr2 of level: none -> sort=1", "field.size at ranking.name"));
+  EXPECT_THAT(ToText(changes), ElementsAre("allowed customattr2 of score: sort=1 -> none", "refused size of name: 16 -> 8",
+                                           "allowed customattr2 of level: none -> sort=1", "field.size at ranking.name"));
   ExpectLaws(asked, changes);
 }
 
@@ -176,8 +176,8 @@ TEST(FindChanges, ACombinationIsReportedWithTheSmallestSet) {
   given.server_version = "3.0.0";
   const Asked asked = Ask(old_source, new_source, "orders", given);
   const Changes changes = asked.TakeApart();
-  EXPECT_THAT(Told(changes), ElementsAre("allowed count of items: 10 -> 11", "allowed size of tags: 1000 -> 1200",
-                                         "refused count of tags: 100 -> 120", "length.limit at orders.tags"));
+  EXPECT_THAT(ToText(changes), ElementsAre("allowed count of items: 10 -> 11", "allowed size of tags: 1000 -> 1200",
+                                           "refused count of tags: 100 -> 120", "length.limit at orders.tags"));
   ASSERT_EQ(changes.findings.size(), 1u);
   EXPECT_THAT(changes.findings.front().edits, ElementsAre(1, 2));
   ExpectLaws(asked, changes);
@@ -189,15 +189,15 @@ TEST(FindChanges, WhatIsRefusedAsItWasStandsAtTheName) {
   const Source new_source = ReadSource("new.xml", With(old_text, {"count=\"10\"", "count=\"9\"", "\"9tags\"", "\"tags\""}));
   const Asked asked = Ask(old_source, new_source, "orders");
   const Changes changes = asked.TakeApart();
-  EXPECT_THAT(Told(changes),
+  EXPECT_THAT(ToText(changes),
               ElementsAre("refused count of items: 10 -> 9", "refused field 9tags removed", "refused field tags added",
                           "field-name.invalid at orders.a gift", "field.count-refer at orders.items",
                           "field.missing at orders.9tags", "field.new-version at orders.tags"));
-  const Finding& standing = changes.findings.front();
-  EXPECT_THAT(standing.edits, IsEmpty());
-  EXPECT_EQ(standing.new_place.attribute, "name");
-  EXPECT_EQ(standing.new_place.element.item, 4u);
-  EXPECT_EQ(standing.old_place.source, &old_source);
+  const Finding& preexisting = changes.findings.front();
+  EXPECT_THAT(preexisting.edits, IsEmpty());
+  EXPECT_EQ(preexisting.new_location.attribute, "name");
+  EXPECT_EQ(preexisting.new_location.element.item, 4u);
+  EXPECT_EQ(preexisting.old_location.source, &old_source);
   EXPECT_TRUE(changes.allowed_together.Refused());
   ExpectLaws(asked, changes);
 }
@@ -224,14 +224,14 @@ TEST(FindChanges, FieldsThatWereTooLargeMayChangePlaces) {
   given.server_version = "3.0.0";
   const Asked asked = Ask(old_source, moved, "goods", given);
   const Changes changes = asked.TakeApart();
-  EXPECT_THAT(Told(changes), ElementsAre("allowed field film moved behind text", "length.limit at goods"));
+  EXPECT_THAT(ToText(changes), ElementsAre("allowed field film moved behind text", "length.limit at goods"));
   ExpectLaws(asked, changes);
 
   const Source larger = ReadSource("new.xml", With(changed, {"size=\"9\"", "size=\"300000\""}));
   const Asked also_asked = Ask(old_source, larger, "goods", given);
   const Changes also = also_asked.TakeApart();
-  EXPECT_THAT(Told(also), ElementsAre("refused size of text: 9 -> 300000", "allowed field film moved behind text",
-                                      "length.limit at goods", "length.limit at goods.text"));
+  EXPECT_THAT(ToText(also), ElementsAre("refused size of text: 9 -> 300000", "allowed field film moved behind text",
+                                        "length.limit at goods", "length.limit at goods.text"));
   ExpectLaws(also_asked, also);
 }
 
@@ -241,8 +241,8 @@ TEST(FindChanges, ABadNameIsPointedAt) {
   const Source new_source = ReadSource("new.xml", With(kMall, Add(R"(name="9note" type="int32" version="6")")));
   const Changes changes = Ask(old_source, new_source, "orders").TakeApart();
   ASSERT_EQ(changes.findings.size(), 1u);
-  EXPECT_EQ(changes.findings.front().new_place.attribute, "name");
-  EXPECT_EQ(changes.findings.front().new_place.element.item, 6u);
+  EXPECT_EQ(changes.findings.front().new_location.attribute, "name");
+  EXPECT_EQ(changes.findings.front().new_location.element.item, 6u);
 }
 
 TEST(FindChanges, StopsAtTheMostFindings) {
@@ -253,8 +253,8 @@ TEST(FindChanges, StopsAtTheMostFindings) {
   EXPECT_FALSE(asked.TakeApart(3).stopped);
   const Changes changes = asked.TakeApart(1);
   EXPECT_TRUE(changes.stopped);
-  EXPECT_THAT(Told(changes), ElementsAre("refused count of items: 10 -> 9", "waits count of tags: 4 -> 5",
-                                         "waits size of sku: 32 -> 8", "field.count-refer at orders.items"));
+  EXPECT_THAT(ToText(changes), ElementsAre("refused count of items: 10 -> 9", "waits count of tags: 4 -> 5",
+                                           "waits size of sku: 32 -> 8", "field.count-refer at orders.items"));
   ExpectLaws(asked, changes);
 }
 
@@ -262,21 +262,21 @@ TEST(FindChanges, AFindingHasThePlacesOfItsEdit) {
   const Source old_source = ReadSource("old.xml", kMall);
   const Source new_source = ReadSource("new.xml", With(kMall, {"count=\"10\"", "count=\"9\""}));
   const Finding finding = Ask(old_source, new_source, "orders").TakeApart().findings.at(0);
-  EXPECT_EQ(finding.old_place.source, &old_source);
-  EXPECT_EQ(finding.new_place.source, &new_source);
-  EXPECT_EQ(finding.new_place.attribute, "count");
-  EXPECT_EQ(finding.new_place.element.item, 3u);
+  EXPECT_EQ(finding.old_location.source, &old_source);
+  EXPECT_EQ(finding.new_location.source, &new_source);
+  EXPECT_EQ(finding.new_location.attribute, "count");
+  EXPECT_EQ(finding.new_location.element.item, 3u);
 }
 
-TEST(FindGone, ATableThatIsGoneHasOneFindingAtTheLibrary) {
+TEST(FindRemovedTable, ATableThatIsGoneHasOneFindingAtTheLibrary) {
   const Source old_source = ReadSource("old.xml", kMall);
   const Source new_source = ReadSource("new.xml", "<metalib name=\"mall\" version=\"6\"/>");
   const Changes changes = Ask(old_source, new_source, "orders").TakeApart();
-  EXPECT_THAT(Told(changes), ElementsAre("library.table at orders"));
+  EXPECT_THAT(ToText(changes), ElementsAre("library.table at orders"));
   const Finding& finding = changes.findings.front();
-  EXPECT_EQ(finding.old_place.element.kind, qmx::ElementId::Kind::kMeta);
-  EXPECT_EQ(finding.new_place.source, &new_source);
-  EXPECT_EQ(finding.new_place.element.kind, qmx::ElementId::Kind::kMetalib);
+  EXPECT_EQ(finding.old_location.element.kind, qmx::ElementId::Kind::kMeta);
+  EXPECT_EQ(finding.new_location.source, &new_source);
+  EXPECT_EQ(finding.new_location.element.kind, qmx::ElementId::Kind::kMetalib);
   EXPECT_FALSE(changes.allowed_together.Refused());
 }
 

@@ -1,5 +1,5 @@
 // Fingerprints stay while rule, place and kind of a change stay, and are others else.
-#include "report/finding/fingerprint.h"
+#include "analysis/findings/fingerprint.h"
 
 #include <gtest/gtest.h>
 
@@ -11,12 +11,12 @@
 namespace report_test {
 namespace {
 
-using korvel::report::Changes;
-using korvel::report::Edit;
-using korvel::report::EditKind;
-using korvel::report::Finding;
-using korvel::report::FingerprintOf;
-using korvel::report::Source;
+using korvel::Changes;
+using korvel::Edit;
+using korvel::EditKind;
+using korvel::Finding;
+using korvel::FingerprintOf;
+using korvel::Source;
 
 Edit EditOf(EditKind kind, const std::string& meta, const std::string& item) {
   Edit edit;

@@ -8,14 +8,14 @@
 namespace report_test {
 namespace {
 
-using korvel::report::Edit;
-using korvel::report::EditKind;
-using korvel::report::Finding;
-using korvel::report::Fold;
-using korvel::report::FoldedFinding;
-using korvel::report::Report;
-using korvel::report::Source;
-using korvel::report::TableResult;
+using korvel::Edit;
+using korvel::EditKind;
+using korvel::Finding;
+using korvel::Fold;
+using korvel::FoldedFinding;
+using korvel::Report;
+using korvel::Source;
+using korvel::TableResult;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

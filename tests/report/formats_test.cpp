@@ -11,17 +11,17 @@
 #include <nlohmann/json.hpp>
 
 #include "golden_text.h"
-#include "report/book/rule_book.h"
 #include "report/render/render.h"
 #include "report/render/sarif_rules.h"
+#include "rule_docs/rule_book.h"
 #include "sample_report.h"
 #include "support/golden.h"
 
 namespace report_test {
 namespace {
 
-using korvel::report::Format;
-using korvel::report::Formats;
+using korvel::Format;
+using korvel::Formats;
 using test_support::ExpectGolden;
 
 namespace fs = std::filesystem;
@@ -171,7 +171,7 @@ TEST(Sarif, EveryRuleIsDescribed) {
     SCOPED_TRACE(rule["id"]);
     EXPECT_NE(rule["shortDescription"]["text"], "");
     EXPECT_EQ(rule["defaultConfiguration"]["level"], "error");
-    const auto* const page = korvel::report::FindPage(rule["id"].get<std::string>());
+    const auto* const page = korvel::FindPage(rule["id"].get<std::string>());
     if (page == nullptr) continue;
     ++pages;
     EXPECT_EQ(rule["fullDescription"]["text"], page->protects);
@@ -181,13 +181,13 @@ TEST(Sarif, EveryRuleIsDescribed) {
       EXPECT_THAT(rule["help"][form].get<std::string>(), testing::HasSubstr(page->allowed)) << form;
     }
   }
-  EXPECT_EQ(pages, korvel::report::AllPages().size());
+  EXPECT_EQ(pages, korvel::AllPages().size());
   EXPECT_GT(rules.size(), pages) << "a waiver is expired in this report";
 }
 
 TEST(Sarif, WhatIsNoRuleOfTheCatalogueIsDescribedToo) {
   for (const char* id : {"refused", "waiver.expired", "waiver.malformed", "waiver.unused"}) {
-    EXPECT_TRUE(korvel::report::SarifRule(id).contains("shortDescription")) << id;
+    EXPECT_TRUE(korvel::SarifRule(id).contains("shortDescription")) << id;
   }
 }
 
@@ -229,8 +229,8 @@ TEST(Gitlab, NoTwoEntriesHaveOneFingerprint) {
 // A refused table of a command that takes nothing apart, and a refusal without a text or a rule.
 TEST(Formats, ATableThatWasNotTakenApartIsAFinding) {
   Sample sample = AllowedReport();
-  korvel::report::TableResult& table = sample.report.tables[0];
-  table.status = korvel::report::Status::kRefused;
+  korvel::TableResult& table = sample.report.tables[0];
+  table.status = korvel::Status::kRefused;
   table.code = -2;
   const Json result = Parsed("sarif", sample)["runs"][0]["results"][0];
   EXPECT_EQ(result["ruleId"], "refused");

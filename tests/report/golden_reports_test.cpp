@@ -11,15 +11,15 @@
 #include <fstream>
 #include <map>
 
+#include "checked.h"
 #include "golden_text.h"
-#include "judged.h"
 #include "support/golden.h"
 
 namespace report_test {
 namespace {
 
-using korvel::report::Format;
-using korvel::report::Formats;
+using korvel::Format;
+using korvel::Formats;
 using test_support::ExpectGolden;
 
 namespace fs = std::filesystem;
@@ -53,11 +53,11 @@ std::map<std::string, std::vector<std::string>> Families() {
 const std::set<std::string> kPages = {"game-v13-ladder-by-time", "shop-v7", "shop-v7-several-changes", "shop-v9-back-to-records"};
 
 // Adds the names of the goldens to those `known`.
-void ExpectGoldens(const fs::path& directory, const std::string& name, const Judged& judged, std::set<std::string>& known) {
+void ExpectGoldens(const fs::path& directory, const std::string& name, const Judged& checked, std::set<std::string>& known) {
   for (const Format& format : Formats()) {
     if (std::string_view(format.name) == "html" && !kPages.contains(name)) continue;
     const std::string file = name + "." + format.name;
-    ExpectGolden(directory / file, GoldenText(format, judged.report));
+    ExpectGolden(directory / file, GoldenText(format, checked.report));
     known.insert(file);
   }
 }
@@ -65,8 +65,8 @@ void ExpectGoldens(const fs::path& directory, const std::string& name, const Jud
 TEST(GoldenReports, OfEveryCaseAsText) {
   std::set<std::string> known;
   for (const auto& [family, names] : Families()) {
-    const Judged judged = JudgeCases(names);
-    ExpectGolden(kGoldens / "cases" / (family + ".text"), GoldenText(Formats().front(), judged.report));
+    const Judged checked = JudgeCases(names);
+    ExpectGolden(kGoldens / "cases" / (family + ".text"), GoldenText(Formats().front(), checked.report));
     known.insert(family + ".text");
   }
   test_support::ExpectNoOtherGoldens(kGoldens / "cases", known);
@@ -97,9 +97,9 @@ class Documents {
   Documents(const Documents&) = delete;
   Documents& operator=(const Documents&) = delete;
 
-  void Add(const std::string& name, const Judged& judged) const {
+  void Add(const std::string& name, const Judged& checked) const {
     for (const Format& format : Formats()) {
-      std::ofstream(directory_ / (name + "." + format.name), std::ios::binary) << format.render(judged.report, false);
+      std::ofstream(directory_ / (name + "." + format.name), std::ios::binary) << format.render(checked.report, false);
     }
   }
 

@@ -36,7 +36,7 @@ std::string WithoutRules(const std::string& text) {
 
 }  // namespace
 
-std::string GoldenText(const korvel::report::Format& format, const korvel::report::Report& report) {
+std::string GoldenText(const korvel::Format& format, const korvel::Report& report) {
   const std::string text = WithoutAssets(WithoutVersion(format.render(report, false)));
   return std::string_view(format.name) == "sarif" ? WithoutRules(text) : text;
 }

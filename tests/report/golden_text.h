@@ -9,6 +9,6 @@ namespace report_test {
 
 // The report without what changes with the program's version, and what has tests of its own: of a page its style and script, of a
 // SARIF log its rules (Sarif.EveryRuleIsDescribed).
-std::string GoldenText(const korvel::report::Format& format, const korvel::report::Report& report);
+std::string GoldenText(const korvel::Format& format, const korvel::Report& report);
 
 }  // namespace report_test

@@ -15,7 +15,7 @@
 namespace report_test {
 namespace {
 
-using namespace korvel::report;
+using namespace korvel;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
@@ -34,18 +34,19 @@ void Answer(TableResult& table) {
   table.code = whole.code;
   table.rule = whole.rule;
   table.text = whole.text;
-  table.changes = table.gone ? FindGone(*table.first, *table.second, table.table, asked.settings, whole) : asked.TakeApart();
+  table.changes =
+      table.removed ? FindRemovedTable(*table.first, *table.second, table.table, asked.settings, whole) : asked.TakeApart();
 }
 
-void Judge(Checked& checked, const std::string& name, bool ask) {
+void CheckOperation(Checked& checked, const std::string& name, bool ask) {
   const Source& old_source = checked.sources.front();
   const Source& new_source = checked.sources.back();
   TableResult table;
   table.table = name;
   table.first = &old_source;
   table.second = &new_source;
-  table.gone = !new_source.HasMeta(name);
-  table.declared = DeclaredAt(table.gone ? old_source : new_source, name);
+  table.removed = !new_source.HasMeta(name);
+  table.declared = DeclaredAt(table.removed ? old_source : new_source, name);
   checked.report.tables.push_back(table);
   if (!ask) return;
   Answer(checked.report.tables.back());
@@ -61,7 +62,7 @@ Checked Check(const std::string& old_metas, const std::string& new_metas, bool a
   checked.sources.push_back(ReadSource("new.xml", library(6, new_metas)));
   checked.report.command = "check";
   checked.report.inputs = {{"old", &checked.sources.front()}, {"new", &checked.sources.back()}};
-  for (const std::string_view name : checked.sources.front().tables) Judge(checked, std::string(name), ask);
+  for (const std::string_view name : checked.sources.front().tables) CheckOperation(checked, std::string(name), ask);
   return checked;
 }
 

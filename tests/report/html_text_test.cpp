@@ -6,7 +6,7 @@
 namespace report_test {
 namespace {
 
-using namespace korvel::report;
+using namespace korvel;
 
 TEST(HtmlText, MarkupIsEscaped) {
   EXPECT_EQ(Html("<b a=\"1\" b='2'>&amp;</b>"), "&lt;b a=&quot;1&quot; b=&#39;2&#39;&gt;&amp;amp;&lt;/b&gt;");

@@ -8,7 +8,7 @@
 namespace report_test {
 namespace {
 
-using korvel::report::ServicePath;
+using korvel::ServicePath;
 
 TEST(ServicePath, IsRelativeToTheWorkingDirectory) {
   const std::string here = std::filesystem::current_path().string();

@@ -3,15 +3,15 @@
 
 #include <gmock/gmock.h>
 
+#include "base/characters.h"
+#include "base/columns.h"
 #include "read_source.h"
 #include "report/render/render_layout.h"
-#include "report/text/characters.h"
-#include "report/text/columns.h"
 
 namespace report_test {
 namespace {
 
-using namespace korvel::report;
+using namespace korvel;
 using testing::ElementsAre;
 
 Source Library(const std::string& metas, const std::string& protocol = "QMX") {

@@ -5,14 +5,14 @@
 #include <regex>
 #include <string>
 
+#include "base/limits.h"
 #include "cases/case_files.h"
 #include "qmx/qmx_limits.h"
-#include "report/text/limits.h"
 
 namespace report_test {
 namespace {
 
-using namespace korvel::report;
+using namespace korvel;
 using Values = std::map<std::string, std::string>;
 
 const std::string kRoot = KORVEL_SOURCE_DIR "/";

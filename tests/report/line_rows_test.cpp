@@ -1,5 +1,5 @@
 // Texts side by side: every line once, equal ones beside each other, those of one change as far as that goes.
-#include "report/text/line_rows.h"
+#include "base/line_rows.h"
 
 #include <gmock/gmock.h>
 
@@ -10,7 +10,7 @@
 namespace report_test {
 namespace {
 
-using namespace korvel::report;
+using namespace korvel;
 using testing::ElementsAre;
 
 // "1=1" for equal lines, "2~2" for lines of one row that differ, "3-" and "+3" for lines alone.

@@ -9,7 +9,7 @@
 #include <locale>
 #include <string>
 
-#include "report/judged.h"
+#include "report/checked.h"
 #include "report/render/render.h"
 
 namespace report_test {
@@ -19,8 +19,8 @@ namespace {
 std::string AllReports() {
   std::string all;
   for (const std::string proposal : {"v7.xml", "v7-wider-key.xml", "v7-several-changes.xml"}) {
-    const Judged judged = JudgeExample({"locale", "examples/shop/v6.xml", "examples/shop/" + proposal});
-    for (const korvel::report::Format& format : korvel::report::Formats()) all += format.render(judged.report, false);
+    const Judged checked = JudgeExample({"locale", "examples/shop/v6.xml", "examples/shop/" + proposal});
+    for (const korvel::Format& format : korvel::Formats()) all += format.render(checked.report, false);
   }
   return all;
 }

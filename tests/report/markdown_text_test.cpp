@@ -1,14 +1,14 @@
 // Texts in Markdown mean what they say, whatever they are.
-#include "report/text/markdown_text.h"
+#include "base/markdown_text.h"
 
 #include <gtest/gtest.h>
 
 namespace report_test {
 namespace {
 
-using korvel::report::MarkdownBlock;
-using korvel::report::MarkdownCode;
-using korvel::report::MarkdownText;
+using korvel::MarkdownBlock;
+using korvel::MarkdownCode;
+using korvel::MarkdownText;
 
 struct TextCase {
   const char* what;

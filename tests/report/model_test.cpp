@@ -1,5 +1,5 @@
 // Models: what they hold of a library, and the library made of one.
-#include "report/edit/model.h"
+#include "schema/model.h"
 
 #include <gmock/gmock.h>
 
@@ -9,9 +9,9 @@
 namespace report_test {
 namespace {
 
-using korvel::report::EntryModel;
-using korvel::report::MetaModel;
-using korvel::report::Model;
+using korvel::EntryModel;
+using korvel::MetaModel;
+using korvel::Model;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -101,12 +101,12 @@ TEST(Build, DropsMembersAndColumnsOfNoEntry) {
   const MetaModel made = ModelOf(SourceOf("made", {"lib", 1, qmx::Protocol::kQmx, {meta}}), "t").metas[0];
   EXPECT_THAT(made.primary_key, ElementsAre("a"));
   EXPECT_THAT(made.splittable_key, IsEmpty());
-  EXPECT_THAT(made.indexes, ElementsAre(korvel::report::IndexModel{"one", {{"a", true}}}));
+  EXPECT_THAT(made.indexes, ElementsAre(korvel::IndexModel{"one", {{"a", true}}}));
 }
 
 TEST(Build, RefusesWhatCannotBeLaidOut) {
   const auto build = [](std::vector<MetaModel> metas) {
-    return korvel::report::Build({"lib", 1, qmx::Protocol::kQmx, std::move(metas)});
+    return korvel::Build({"lib", 1, qmx::Protocol::kQmx, std::move(metas)});
   };
   EXPECT_FALSE(build({{.name = "t", .entries = {{.name = "a", .type = "t"}}}}));
   EXPECT_FALSE(build({{.name = "t", .entries = {{.name = "a", .type = "no_such_type"}}}}));

@@ -7,16 +7,16 @@
 
 namespace report_test {
 
-using korvel::report::Edit;
-using korvel::report::EntryModel;
-using korvel::report::IndexModel;
-using korvel::report::MetaModel;
-using korvel::report::Model;
+using korvel::Edit;
+using korvel::EntryModel;
+using korvel::IndexModel;
+using korvel::MetaModel;
+using korvel::Model;
 
-korvel::report::Source SourceOf(const std::string& name, const Model& model) {
+korvel::Source SourceOf(const std::string& name, const Model& model) {
   std::optional<qmx::Metalib> library = Build(model);
   if (!library) throw std::runtime_error(name + " cannot be laid out");
-  korvel::report::Source source{name, std::move(*library), std::nullopt, {}};
+  korvel::Source source{name, std::move(*library), std::nullopt, {}};
   ListTables(source);
   return source;
 }
@@ -28,7 +28,7 @@ std::uint64_t NumberFrom(const char* variable, std::uint64_t otherwise) {
   return text == nullptr ? otherwise : std::strtoull(text, nullptr, 10);
 }
 
-std::vector<std::string> Lines(const korvel::report::Difference& difference) {
+std::vector<std::string> Lines(const korvel::Difference& difference) {
   std::vector<std::string> lines;
   for (std::size_t i = 0; i < difference.edits().size(); ++i) {
     const Edit& edit = difference.edits()[i];

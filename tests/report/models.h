@@ -6,20 +6,20 @@
 #include <string>
 #include <vector>
 
-#include "report/edit/diff.h"
-#include "report/edit/model.h"
+#include "analysis/diff/diff.h"
+#include "schema/model.h"
 
 namespace report_test {
 
 // A library without a text, as from an image. REQUIRES: it can be laid out.
-korvel::report::Source SourceOf(const std::string& name, const korvel::report::Model& model);
+korvel::Source SourceOf(const std::string& name, const korvel::Model& model);
 
 // The bytes of a library.
 std::string BytesOf(const qmx::Metalib& metalib);
 
 struct ModelPair {
-  korvel::report::Model old_model;
-  korvel::report::Model new_model;
+  korvel::Model old_model;
+  korvel::Model new_model;
 };
 
 // Table "t" and up to six structures, shared or not; the new side is the old one after a few changes of any kind.
@@ -29,6 +29,6 @@ ModelPair RandomModels(std::mt19937_64& random);
 std::uint64_t NumberFrom(const char* variable, std::uint64_t otherwise);
 
 // "entry-type orders.uid: type of uid: uint32 -> uint64", one line an edit, with the edits that it needs ("needs 0 2").
-std::vector<std::string> Lines(const korvel::report::Difference& difference);
+std::vector<std::string> Lines(const korvel::Difference& difference);
 
 }  // namespace report_test

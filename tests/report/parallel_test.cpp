@@ -1,5 +1,5 @@
 // Work that is spread over threads: everything once, whatever the number of threads, and faults like those of a loop.
-#include "report/finding/parallel.h"
+#include "base/parallel.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 
 namespace {
 
-using korvel::report::ForEach;
+using korvel::ForEach;
 
 class Parallel : public ::testing::TestWithParam<std::size_t> {};
 

@@ -8,15 +8,15 @@
 
 namespace report_test {
 
-korvel::report::Source ReadSource(const std::string& name, const std::string& text) {
+korvel::Source ReadSource(const std::string& name, const std::string& text) {
   auto bytes = std::make_shared<std::string>(text);
   qmx::ReadResult read = qmx::ReadXml(*bytes);
   for (const qmx::ReadError& error : read.errors) ADD_FAILURE() << name << ":" << error.place.line << ": " << error.text;
   if (!read.schema) throw std::runtime_error(name + " is no schema");
   const std::string_view view = *bytes;
-  korvel::report::SchemaText schema{std::move(bytes), view, std::move(read.schema->source_map)};
-  korvel::report::Source source{name, std::move(read.schema->metalib), std::move(schema), {}};
-  korvel::report::ListTables(source);
+  korvel::SchemaText schema{std::move(bytes), view, std::move(read.schema->source_map)};
+  korvel::Source source{name, std::move(read.schema->metalib), std::move(schema), {}};
+  korvel::ListTables(source);
   return source;
 }
 

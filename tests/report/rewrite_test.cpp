@@ -1,5 +1,5 @@
 // Files rewritten to say what a model says: whole texts for the usual changes, and a law for random ones in odd layouts.
-#include "report/way_out/rewrite.h"
+#include "analysis/suggest/rewrite.h"
 
 #include <gtest/gtest.h>
 
@@ -9,24 +9,24 @@
 
 #include "models.h"
 #include "read_source.h"
-#include "report/source/text_source.h"
-#include "report/way_out/model_text.h"
+#include "schema/model_text.h"
+#include "schema/text_source.h"
 
 namespace report_test {
 namespace {
 
-using korvel::report::AttributesOf;
-using korvel::report::AttributeText;
-using korvel::report::EntryModel;
-using korvel::report::IndexModel;
-using korvel::report::KeyAttributes;
-using korvel::report::MetaModel;
-using korvel::report::Model;
-using korvel::report::ModelOf;
-using korvel::report::Replaced;
-using korvel::report::Rewriter;
-using korvel::report::Source;
-using korvel::report::SourceOfText;
+using korvel::AttributesOf;
+using korvel::AttributeText;
+using korvel::EntryModel;
+using korvel::IndexModel;
+using korvel::KeyAttributes;
+using korvel::MetaModel;
+using korvel::Model;
+using korvel::ModelOf;
+using korvel::Replaced;
+using korvel::Rewriter;
+using korvel::Source;
+using korvel::SourceOfText;
 
 constexpr char kOld[] = R"(<metalib name="mall" version="5" protocol="QMX">
   <meta name="item"><entry name="sku" type="uint32"/></meta>
@@ -251,7 +251,7 @@ class OddWriter {
 
 // Any model that some of the edits make.
 Model AnyModel(const Source& old_source, const Source& new_source, std::mt19937_64& random) {
-  const korvel::report::Difference difference(old_source, new_source, "t");
+  const korvel::Difference difference(old_source, new_source, "t");
   std::vector<bool> chosen(difference.edits().size());
   for (std::size_t i = 0; i < chosen.size(); ++i) {
     if (random() % 2 == 0) continue;

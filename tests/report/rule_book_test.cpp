@@ -1,17 +1,17 @@
 // The rule book: a page for every row of the catalogue, a meaning for every result code, and no page that says less than it
 // should. Whether its examples are true is asked in tests/tool/explain_test.cpp.
-#include "report/book/rule_book.h"
+#include "rule_docs/rule_book.h"
 
 #include <gmock/gmock.h>
 
 #include <set>
 
-#include "report/book/book_format.h"
+#include "rule_docs/book_format.h"
 
 namespace report_test {
 namespace {
 
-using namespace korvel::report;
+using namespace korvel;
 using korvel::AllRefusals;
 using korvel::RefusalRow;
 using testing::ElementsAre;

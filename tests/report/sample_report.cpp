@@ -5,16 +5,16 @@
 namespace report_test {
 namespace {
 
-using korvel::report::Changes;
-using korvel::report::Edit;
-using korvel::report::EditKind;
-using korvel::report::EditStatus;
-using korvel::report::FileNote;
-using korvel::report::Finding;
-using korvel::report::Location;
-using korvel::report::Source;
-using korvel::report::Status;
-using korvel::report::TableResult;
+using korvel::Changes;
+using korvel::Edit;
+using korvel::EditKind;
+using korvel::EditStatus;
+using korvel::FileNote;
+using korvel::Finding;
+using korvel::Location;
+using korvel::Source;
+using korvel::Status;
+using korvel::TableResult;
 using Kind = qmx::ElementId::Kind;
 
 constexpr char kOld[] = R"(<metalib name="mall" version="5" protocol="QMX">
@@ -96,22 +96,22 @@ class Maker {
   }
 
   Edit MakeEdit(EditKind kind, const std::string& meta, const std::string& item, const std::string& before,
-                const std::string& after, Location old_place, Location new_place) const {
+                const std::string& after, Location old_location, Location new_location) const {
     const std::string path = meta == "item" ? "orders.items[].price" : meta + "." + item;
-    return {kind, meta + suffix_, item + suffix_, before, after, {path + suffix_}, 1, old_place, new_place};
+    return {kind, meta + suffix_, item + suffix_, before, after, {path + suffix_}, 1, old_location, new_location};
   }
 
   // The finding of some edits, at the first of them.
   Finding MakeFinding(const Changes& changes, std::vector<std::size_t> edits, int code, const std::string& rule,
-                      const std::string& text, const std::string& way_out, const std::string& fingerprint) const {
+                      const std::string& text, const std::string& suggestion, const std::string& fingerprint) const {
     Finding finding;
     const Edit& first = changes.edits[edits.front()];
     finding.edits = std::move(edits);
     finding.verdict = {code, text + suffix_, rule};
     finding.path = first.paths.front();
-    finding.old_place = first.old_place;
-    finding.new_place = first.new_place;
-    finding.way_out = way_out + suffix_;
+    finding.old_location = first.old_location;
+    finding.new_location = first.new_location;
+    finding.suggestion = suggestion + suffix_;
     finding.fingerprint = fingerprint;
     return finding;
   }
@@ -160,7 +160,7 @@ TableResult Orders(const Maker& maker) {
       maker.MakeEdit(EditKind::kEntryMoved, "orders", "items", "", "", old_entry(3, ""), new_entry(2, "")),
   };
   changes.status = {EditStatus::kRefused, EditStatus::kRefused, EditStatus::kRefused,
-                    EditStatus::kAllowed, EditStatus::kRefused, EditStatus::kWaits};
+                    EditStatus::kAllowed, EditStatus::kRefused, EditStatus::kBlocked};
   changes.findings = {
       maker.MakeFinding(changes, {0}, -3, "primary-key.size",
                         "The size of primarykey can't be modified! entry:'uid' metaname:'orders'",
@@ -169,7 +169,7 @@ TableResult Orders(const Maker& maker) {
                         "keep gone", "0000000000000002"),
       maker.MakeFinding(changes, {4}, -3, "field.size", kSmaller, "keep price at 8 bytes", "0000000000000003"),
   };
-  changes.findings[0].has_legal_form = true;
+  changes.findings[0].has_fix = true;
   const std::string_view bytes = maker.InNew({}, "").source->text->bytes;
   const std::size_t wide = bytes.find("uint64");
   changes.findings[0].fix = {{{wide, wide + 6}, "uint32" + maker.suffix()}};
@@ -203,15 +203,15 @@ TableResult Users(const Maker& maker) {
 
 TableResult Zones(const Maker& maker) {
   TableResult table = maker.Table("zones", Status::kRefused, kOldZones, 0);
-  table.gone = true;
+  table.removed = true;
   table.declared = maker.InOld({Kind::kMeta, kOldZones}, "");
   Finding finding;
   finding.verdict = {-2, "Get meta info failed, please check the table name ! table:'zones" + maker.suffix() + "'",
                      "library.table"};
   finding.path = "zones" + maker.suffix();
-  finding.old_place = table.declared;
-  finding.new_place = maker.InNew({Kind::kMetalib}, "");
-  finding.way_out = "no form of this change is allowed";
+  finding.old_location = table.declared;
+  finding.new_location = maker.InNew({Kind::kMetalib}, "");
+  finding.suggestion = "no form of this change is allowed";
   finding.fingerprint = "0000000000000005";
   table.changes.emplace().findings = {finding};
   Answer(table);
@@ -223,9 +223,9 @@ TableResult OldStyle(const Maker& maker) {
   Finding finding;
   finding.verdict = {-18, "field name[a-b] has illegal character." + maker.suffix(), "field-name.character"};
   finding.path = "old_style.a-b" + maker.suffix();
-  finding.old_place = maker.InOld({Kind::kEntry, kOldStyle, 1}, "name");
-  finding.new_place = maker.InNew({Kind::kEntry, kNewStyle, 1}, "name");
-  finding.way_out = "no form of this change is allowed";
+  finding.old_location = maker.InOld({Kind::kEntry, kOldStyle, 1}, "name");
+  finding.new_location = maker.InNew({Kind::kEntry, kNewStyle, 1}, "name");
+  finding.suggestion = "no form of this change is allowed";
   finding.fingerprint = "0000000000000006";
   table.changes.emplace().findings = {finding};
   table.changes->allowed_together = finding.verdict;
@@ -241,7 +241,7 @@ TableResult OldStyle(const Maker& maker) {
 
 Sample EverythingReport(const std::string& suffix) {
   Maker maker(suffix);
-  korvel::report::Report& report = maker.sample().report;
+  korvel::Report& report = maker.sample().report;
   report.tables = {Orders(maker),
                    Carts(maker),
                    Users(maker),

@@ -11,9 +11,9 @@ namespace report_test {
 // A report and the sources that it is about. Every name in it ends in `suffix`, so that a test can put into all of them whatever
 // may not break out of a format.
 struct Sample {
-  std::unique_ptr<korvel::report::Source> old_source;
-  std::unique_ptr<korvel::report::Source> new_source;
-  korvel::report::Report report;
+  std::unique_ptr<korvel::Source> old_source;
+  std::unique_ptr<korvel::Source> new_source;
+  korvel::Report report;
 };
 
 // Tables: orders (of its six changes two are refused alone, two only together, one waits), carts (refused by what it

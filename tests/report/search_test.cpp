@@ -1,5 +1,5 @@
 // The search for refused edits, against rules that a test makes up: which sets of edits are refused, and by what.
-#include "report/finding/search.h"
+#include "analysis/findings/search.h"
 
 #include <gmock/gmock.h>
 
@@ -9,13 +9,13 @@
 namespace report_test {
 namespace {
 
-using korvel::report::Answer;
-using korvel::report::EditSet;
-using korvel::report::Refusal;
-using korvel::report::Search;
-using korvel::report::SearchInput;
-using korvel::report::SearchResult;
-using korvel::report::Verdict;
+using korvel::CheckAnswer;
+using korvel::EditSet;
+using korvel::RejectedSet;
+using korvel::Search;
+using korvel::SearchInput;
+using korvel::SearchResult;
+using korvel::Verdict;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -33,7 +33,7 @@ class World {
   explicit World(std::size_t edits, std::vector<Rule> rules = {}) : rules_(std::move(rules)) {
     input_.needs.resize(edits);
     input_.ask = [this](const std::vector<EditSet>& sets) {
-      std::vector<Answer> answers;
+      std::vector<CheckAnswer> answers;
       for (const EditSet& set : sets) answers.push_back(AnswerTo(set));
       asked_ += sets.size();
       return answers;
@@ -52,7 +52,7 @@ class World {
     return Search(input_);
   }
 
-  Answer AnswerTo(const EditSet& set) const {
+  CheckAnswer AnswerTo(const EditSet& set) const {
     for (std::size_t i = 0; i < rules_.size(); ++i) {
       if (!Speaks(rules_[i], set)) continue;
       if (rules_[i].no_schema) return std::nullopt;
@@ -90,9 +90,9 @@ Edits Chosen(const EditSet& set) {
 }
 
 // "1: rule 0" for each refusal.
-std::vector<std::string> Shown(const std::vector<Refusal>& refusals) {
+std::vector<std::string> Shown(const std::vector<RejectedSet>& refusals) {
   std::vector<std::string> shown;
-  for (const Refusal& refusal : refusals) {
+  for (const RejectedSet& refusal : refusals) {
     std::string text;
     for (const std::size_t edit : refusal.edits) text += (text.empty() ? "" : "+") + std::to_string(edit);
     shown.push_back(text + ": " + refusal.verdict.text);
@@ -195,14 +195,14 @@ TEST(Search, StandingRefusalsSpeakAgainstNoEdit) {
 TEST(Search, KnownStandingRefusalsMayShowLater) {
   World world(3, {{{}, {1}}, {{}, {}}});  // 1 takes away the first reason, so that the second shows
   EXPECT_THAT(Shown(world.Find().refusals), ElementsAre("1: rule 1"));
-  world.input().standing = {Verdict{-1, "rule 1", ""}};
+  world.input().preexisting = {Verdict{-1, "rule 1", ""}};
   EXPECT_THAT(world.Find().refusals, IsEmpty());
 }
 
 TEST(Search, HopelessEditsNeverPass) {
   World world(4);
   world.SetNeeds(3, {1});
-  world.input().hopeless = {false, true, false, false};
+  world.input().known_refused = {false, true, false, false};
   const SearchResult result = world.Find();
   EXPECT_THAT(Chosen(result.allowed), ElementsAre(0, 2));
   EXPECT_THAT(result.refusals, IsEmpty());
@@ -317,16 +317,16 @@ class SearchLaws {
     EXPECT_EQ(world_.AnswerTo(result_.allowed)->text, result_.together->text);
     EXPECT_EQ(world_.Closed(Chosen(result_.allowed)), result_.allowed);
     EXPECT_LE(result_.refusals.size(), world_.input().max_refusals);
-    for (const Refusal& refusal : result_.refusals) CheckRefusal(refusal);
+    for (const RejectedSet& refusal : result_.refusals) CheckRefusal(refusal);
     CheckThatTheWholeIsExplained();
   }
 
  private:
-  bool Refuses(const Answer& answer) const { return answer && answer->Refused() && answer->text != nothing_->text; }
-  bool Passes(const Answer& answer) const { return answer && !Refuses(answer); }
+  bool Refuses(const CheckAnswer& answer) const { return answer && answer->Refused() && answer->text != nothing_->text; }
+  bool Passes(const CheckAnswer& answer) const { return answer && !Refuses(answer); }
 
-  void CheckRefusal(const Refusal& refusal) const {
-    const Answer answer = world_.AnswerTo(world_.Closed(refusal.edits));
+  void CheckRefusal(const RejectedSet& refusal) const {
+    const CheckAnswer answer = world_.AnswerTo(world_.Closed(refusal.edits));
     ASSERT_TRUE(Refuses(answer));
     EXPECT_EQ(answer->text, refusal.verdict.text);
     const auto stays_out = std::ranges::find_if(refusal.edits, [&](std::size_t edit) { return !result_.allowed[edit]; });
@@ -350,13 +350,13 @@ class SearchLaws {
   void CheckThatTheWholeIsExplained() const {
     if (result_.stopped) return;
     EditSet refused(result_.allowed.size());
-    for (const Refusal& refusal : result_.refusals) {
+    for (const RejectedSet& refusal : result_.refusals) {
       for (const std::size_t edit : refusal.edits) refused[edit] = true;
     }
     for (std::size_t edit = 0; edit < refused.size(); ++edit) {
       if (result_.allowed[edit] || refused[edit]) continue;
-      const bool waits = std::ranges::any_of(world_.Needs(edit), [&](std::size_t needed) { return refused[needed]; });
-      EXPECT_TRUE(waits || !world_.AnswerTo(Joined(edit))) << "edit " << edit << " is not explained";
+      const bool blocked = std::ranges::any_of(world_.Needs(edit), [&](std::size_t needed) { return refused[needed]; });
+      EXPECT_TRUE(blocked || !world_.AnswerTo(Joined(edit))) << "edit " << edit << " is not explained";
     }
   }
 
@@ -368,7 +368,7 @@ class SearchLaws {
 
   World& world_;
   SearchResult result_;
-  Answer nothing_;
+  CheckAnswer nothing_;
 };
 
 TEST(Search, LawsHoldInRandomWorlds) {

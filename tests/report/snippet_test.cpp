@@ -1,19 +1,19 @@
 // Snippets: the line, and a caret that stands under what is meant.
 #include <gtest/gtest.h>
 
-#include "report/result/places.h"
+#include "report/result/text_ranges.h"
 
 namespace report_test {
 namespace {
 
-using korvel::report::kMaxSnippet;
-using korvel::report::Mark;
-using korvel::report::Snippet;
-using korvel::report::SnippetOf;
+using korvel::kMaxSnippet;
+using korvel::Snippet;
+using korvel::SnippetOf;
+using korvel::TextRange;
 
 // The mark of `marked` in a line that stands behind 100 other bytes of a file.
-Mark MarkOf(std::string_view line, std::string_view marked) {
-  Mark mark;
+TextRange MarkOf(std::string_view line, std::string_view marked) {
+  TextRange mark;
   mark.begin = {7, 1};
   mark.line = line;
   mark.line_begin = 100;
@@ -65,7 +65,7 @@ TEST(Snippet, CaretsStandRightUnderAnything) {
 }
 
 TEST(Snippet, AnEmptyValueHasACaret) {
-  Mark mark = MarkOf("a=\"\"/>", "\"/>");
+  TextRange mark = MarkOf("a=\"\"/>", "\"/>");
   mark.span.end = mark.span.begin;
   EXPECT_EQ(SnippetOf(mark)->caret, "   ^");
   mark.span = {106, 106};
@@ -73,7 +73,7 @@ TEST(Snippet, AnEmptyValueHasACaret) {
 }
 
 TEST(Snippet, OfSeveralLinesTheFirstIsShown) {
-  Mark mark = MarkOf("<entry", "<entry");
+  TextRange mark = MarkOf("<entry", "<entry");
   mark.span.end += 50;
   EXPECT_EQ(SnippetOf(mark)->text, "<entry");
   EXPECT_EQ(SnippetOf(mark)->caret, "^~~~~~");
@@ -104,7 +104,7 @@ TEST(Snippet, ALongMarkIsCutAtItsEnd) {
   EXPECT_EQ(snippet.caret, " ^" + Repeated("~", kMaxSnippet - 1));
 }
 
-TEST(Snippet, AnImageHasNone) { EXPECT_EQ(SnippetOf(Mark{}), std::nullopt); }
+TEST(Snippet, AnImageHasNone) { EXPECT_EQ(SnippetOf(TextRange{}), std::nullopt); }
 
 }  // namespace
 }  // namespace report_test

@@ -1,5 +1,5 @@
 // Sources: which tables they have and where they declare a meta.
-#include "report/source/source.h"
+#include "schema/source.h"
 
 #include <gmock/gmock.h>
 
@@ -20,7 +20,7 @@ TEST(Source, TablesAreMetasWithAPrimaryKeyInDeclarationOrder) {
 }
 
 TEST(Source, MetasAreDeclaredAtTheirPosition) {
-  const korvel::report::Source mall = ReadSource("mall.xml", kMall);
+  const korvel::Source mall = ReadSource("mall.xml", kMall);
   EXPECT_EQ(PositionOf(mall, "item"), 0u);
   EXPECT_EQ(PositionOf(mall, "carts"), 2u);
   EXPECT_EQ(PositionOf(mall, "cart"), std::nullopt);

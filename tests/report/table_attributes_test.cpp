@@ -1,15 +1,15 @@
 // Attributes of tables as pairs: compared, and changed in part.
-#include "report/edit/table_attributes.h"
+#include "analysis/diff/table_attributes.h"
 
 #include <gmock/gmock.h>
 
 namespace report_test {
 namespace {
 
-using korvel::report::AttributeChange;
-using korvel::report::ChangeAttributes;
-using korvel::report::CompareAttributes;
-using korvel::report::SplitAttributes;
+using korvel::AttributeChange;
+using korvel::ChangeAttributes;
+using korvel::CompareAttributes;
+using korvel::SplitAttributes;
 using Text = std::optional<std::string>;
 
 // "ListNum: 4 -> 5", joined by ", ".
@@ -32,7 +32,7 @@ TEST(TableAttributes, SplitIntoPairsWithKeysThatDiffer) {
 // A text that was made to be slow is compared as a whole.
 TEST(TableAttributes, OfManyPairsAreOneText) {
   std::string text = "K0=0";
-  for (std::size_t i = 1; i < korvel::report::kMaxAttributePairs; ++i) text += ";K" + std::to_string(i) + "=0";
+  for (std::size_t i = 1; i < korvel::kMaxAttributePairs; ++i) text += ";K" + std::to_string(i) + "=0";
   EXPECT_TRUE(SplitAttributes(text));
   EXPECT_FALSE(SplitAttributes(text + ";one=more"));
 }

@@ -1,5 +1,5 @@
 // Differences of texts, as they are written and as `patch` takes them.
-#include "report/text/unified_diff.h"
+#include "base/unified_diff.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@
 namespace report_test {
 namespace {
 
-using korvel::report::UnifiedDiff;
+using korvel::UnifiedDiff;
 
 TEST(UnifiedDiff, EqualTextsHaveNone) { EXPECT_EQ(UnifiedDiff("a", "x\n", "b", "x\n"), ""); }
 

@@ -7,22 +7,22 @@
 #include <set>
 #include <sstream>
 
-#include "report/book/book_format.h"
+#include "rule_docs/book_format.h"
 #include "tool_test.h"
 
-namespace korvel::report {
+namespace korvel {
 
 inline void PrintTo(const RulePage& page, std::ostream* out) { *out << page.id; }
 
-}  // namespace korvel::report
+}  // namespace korvel
 
 namespace tool_test {
 namespace {
 
 namespace fs = std::filesystem;
-using korvel::report::AllPages;
-using korvel::report::RuleExample;
-using korvel::report::RulePage;
+using korvel::AllPages;
+using korvel::RuleExample;
+using korvel::RulePage;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -189,7 +189,7 @@ TEST_F(ExplainTest, JsonHasTheSame) {
   EXPECT_EQ(rule["example"]["call"], "korvelcheck check old.xml new.xml");
   EXPECT_EQ(rule["example"]["code"], -1);
   EXPECT_EQ(rule["example"]["answer"], "Can't reduce list_num from 16 to 8");
-  EXPECT_EQ(rule["example"]["old"], OldText(korvel::report::FindPage("table.list-num")->example));
+  EXPECT_EQ(rule["example"]["old"], OldText(korvel::FindPage("table.list-num")->example));
 
   EXPECT_EQ(nlohmann::json::parse(Printed({"explain", "index.null", "--format", "json"}))["example"], nullptr);
   const nlohmann::json code = nlohmann::json::parse(Printed({"explain", "14", "--format=json"}));
@@ -254,7 +254,7 @@ TEST_F(ExplainTest, TheDocumentsAreWhatIsPrinted) {
   std::map<std::string, std::string> expected = {{"README.md", Printed({"rules", "--format", "markdown"})},
                                                  {"result-codes.md", Printed({"rules", "--codes", "--format", "markdown"})}};
   for (const RulePage& page : AllPages()) {
-    expected[korvel::report::PageFile(page.id)] = Printed({"explain", page.id, "--format", "markdown"});
+    expected[korvel::PageFile(page.id)] = Printed({"explain", page.id, "--format", "markdown"});
   }
   const std::map<std::string, std::string> documents = Documents();
   for (const auto& [file, text] : documents) EXPECT_TRUE(expected.contains(file)) << "docs/rules/" << file << " is no rule's";

@@ -1,5 +1,5 @@
 // Patterns of paths, case by case.
-#include "tool/glob.h"
+#include "project/glob.h"
 
 #include <gtest/gtest.h>
 
@@ -7,8 +7,8 @@
 
 namespace {
 
-using korvel::tool::FixedDirectory;
-using korvel::tool::MatchesGlob;
+using korvel::FixedDirectory;
+using korvel::MatchesGlob;
 
 struct Case {
   const char* pattern;

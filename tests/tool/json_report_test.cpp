@@ -28,7 +28,7 @@ std::vector<std::string> Keys(const Json& object) {
   return keys;
 }
 
-Json PlaceOf(const char* file, int line, int column) { return {{"file", file}, {"line", line}, {"column", column}}; }
+Json LocationOf(const char* file, int line, int column) { return {{"file", file}, {"line", line}, {"column", column}}; }
 
 // Numbers in the order of the members; those left out are 0.
 Json SummaryOf(std::vector<int> numbers) {
@@ -51,7 +51,7 @@ TEST_F(JsonReportTest, TheReportOfACheckIsThis) {
                        {"rule", "primary-key.size"},
                        {"text", "The size of primarykey can't be modified! entry:'uid' metaname:'orders'"},
                        {"gone", false},
-                       {"place", PlaceOf("new.xml", 2, 1)},
+                       {"place", LocationOf("new.xml", 2, 1)},
                        {"settings", settings}};
   const Json users = {{"table", "users"},
                       {"status", "refused"},
@@ -60,15 +60,16 @@ TEST_F(JsonReportTest, TheReportOfACheckIsThis) {
                       {"rule", "library.table"},
                       {"text", "Get meta info failed, please check the table name ! table:'users'"},
                       {"gone", true},
-                      {"place", PlaceOf("old.xml", 3, 1)},
+                      {"place", LocationOf("old.xml", 3, 1)},
                       {"settings", settings}};
   const Json carts = {{"table", "carts"},
                       {"status", "allowed"},
                       {"code", 0},
                       {"code_name", "CHECK_TABLE_SUCCESS"},
-                      {"place", PlaceOf("new.xml", 4, 1)},
+                      {"place", LocationOf("new.xml", 4, 1)},
                       {"settings", settings}};
-  const Json zones = {{"table", "zones"}, {"status", "new"}, {"place", PlaceOf("new.xml", 3, 1)}, {"settings", Json::object()}};
+  const Json zones = {
+      {"table", "zones"}, {"status", "new"}, {"place", LocationOf("new.xml", 3, 1)}, {"settings", Json::object()}};
   const Json old_input = {{"role", "old"}, {"file", "old.xml"}};
   const Json new_input = {{"role", "new"}, {"file", "new.xml"}};
   const Json expected = {{"tool", "korvelcheck"},

@@ -1,5 +1,5 @@
 // The bar: on a terminal alone, not before its time, gone at the end.
-#include "tool/progress.h"
+#include "tool/io/progress.h"
 
 #include <gmock/gmock.h>
 #include <pty.h>

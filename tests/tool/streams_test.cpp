@@ -6,12 +6,12 @@
 namespace tool_test {
 namespace {
 
-struct Said {
+struct ToolMessage {
   std::vector<std::string> arguments;
   std::vector<std::string> formats = {"text"};
 };
 
-const Said kSaid[] = {
+const ToolMessage kSaid[] = {
     {{"check", "old.xml", "wide.xml"}, {"text", "json", "sarif", "junit", "github", "gitlab", "markdown", "html"}},
     {{"lint", "old.xml"}, {"text", "json", "sarif", "junit", "github", "gitlab", "markdown", "html"}},
     {{"compat", "old.xml", "wide.xml"}, {"text", "json", "sarif", "junit", "github", "gitlab", "markdown", "html"}},
@@ -39,7 +39,7 @@ class StreamsTest : public ToolTest {
   // Hands every call that says something to `expect`, with what it answers when all is well.
   template <class Expect>
   void ForEachCall(Expect expect) const {
-    for (const Said& said : kSaid) {
+    for (const ToolMessage& said : kSaid) {
       std::vector<std::vector<std::string>> calls;
       for (const std::string& format : said.formats) {
         calls.push_back(said.arguments);
@@ -75,7 +75,7 @@ TEST_F(StreamsTest, WhatCannotBeWrittenIsAFault) {
 
 TEST_F(StreamsTest, EveryCommandIsTried) {
   std::vector<std::string> tried;
-  for (const Said& said : kSaid) tried.push_back(said.arguments.front());
+  for (const ToolMessage& said : kSaid) tried.push_back(said.arguments.front());
   tried.emplace_back("waive");  // says nothing
   for (const std::string& name : CommandNames()) EXPECT_THAT(tried, testing::Contains(name));
 }

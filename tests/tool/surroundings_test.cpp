@@ -1,7 +1,7 @@
 // Places and limits that a call finds itself in: whatever they are, it answers or says what is missing.
 #include <gmock/gmock.h>
 
-#include "qmx/quote.h"
+#include "base/quote.h"
 #include "tool_test.h"
 #include "unprivileged.h"
 
@@ -32,7 +32,7 @@ TEST_F(SurroundingsTest, ADeletedDirectoryIsNoObstacle) {
 
 bool IsUtf8(std::string_view text) {
   while (!text.empty()) {
-    const std::size_t length = qmx::Utf8Length(text);
+    const std::size_t length = korvel::Utf8Length(text);
     if (length == 0) return false;
     text.remove_prefix(length);
   }

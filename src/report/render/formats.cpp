@@ -1,7 +1,7 @@
 // The list of formats.
 #include "report/render/render.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 // A form that no terminal shows in colours.
@@ -26,4 +26,4 @@ std::span<const Format> Formats() {
   return kFormats;
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-namespace korvel::report {
+namespace korvel {
 
 struct Asset {
   std::string_view text;
@@ -13,4 +13,4 @@ struct Asset {
 extern const Asset kPageStyle;
 extern const Asset kPageScript;
 
-}  // namespace korvel::report
+}  // namespace korvel

@@ -6,12 +6,12 @@
 #include <cstdint>
 #include <vector>
 
+#include "base/characters.h"
 #include "report/render/html_text.h"
 #include "report/result/layout.h"
 #include "report/result/words.h"
-#include "report/text/characters.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 // Of the picture, in its own units.
@@ -298,4 +298,4 @@ std::string LayoutSection(const TableResult& table, const std::string& id) {
   return html + Table(pairs, tlv);
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

@@ -6,7 +6,7 @@
 
 #include "report/result/report.h"
 
-namespace korvel::report {
+namespace korvel {
 
 // Patterns and their meaning, once for all pictures of a page.
 std::string LayoutPatterns();
@@ -16,4 +16,4 @@ std::string LayoutLegend();
 // Says so in a sentence where there is nothing to draw. REQUIRES: both sources have the table.
 std::string LayoutSection(const TableResult& table, const std::string& id);
 
-}  // namespace korvel::report
+}  // namespace korvel

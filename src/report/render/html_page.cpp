@@ -6,13 +6,13 @@
 
 #include "report/result/words.h"
 
-namespace korvel::report {
+namespace korvel {
 
-const LookWords& WordsOf(Look look) {
-  static constexpr LookWords kWords[] = {{"refused", "\u2717", "refused"},
-                                         {"waived", "~", "waived"},
-                                         {"waits", "\u2026", "waits"},
-                                         {"allowed", "\u2713", "allowed"}};
+const StatusText& WordsOf(StatusStyle look) {
+  static constexpr StatusText kWords[] = {{"refused", "\u2717", "refused"},
+                                          {"waived", "~", "waived"},
+                                          {"waits", "\u2026", "waits"},
+                                          {"allowed", "\u2713", "allowed"}};
   return kWords[static_cast<std::size_t>(look)];
 }
 
@@ -45,11 +45,11 @@ void Page::ListFindings() {
     const PageFinding& listed = findings_.back();
     const TableResult& table = *listed.folded.table;
     const Finding& finding = *listed.folded.finding;
-    for (std::size_t i = 0; i < finding.edits.size(); ++i) AddMarks(table, listed.EditAt(i), listed.GetLook(), listed.id);
+    for (std::size_t i = 0; i < finding.edits.size(); ++i) AddMarks(table, listed.EditAt(i), listed.GetStatusStyle(), listed.id);
     if (!finding.edits.empty()) continue;
     PagePair& pair = pairs_[PairOf(table)];
-    if (!pair.IsOne()) AddMark(pair.old_marks, finding.old_place, listed.GetLook(), listed.id);
-    if (!table.gone) AddMark(pair.new_marks, finding.new_place, listed.GetLook(), listed.id);
+    if (!pair.IsOne()) AddMark(pair.old_marks, finding.old_location, listed.GetStatusStyle(), listed.id);
+    if (!table.removed) AddMark(pair.new_marks, finding.new_location, listed.GetStatusStyle(), listed.id);
   }
 }
 
@@ -71,7 +71,7 @@ void Page::ListChanges() {
         ++changes_left_out_;
         continue;
       }
-      const Look look = status == EditStatus::kAllowed ? Look::kAllowed : Look::kWaits;
+      const StatusStyle look = status == EditStatus::kAllowed ? StatusStyle::kAllowed : StatusStyle::kBlocked;
       changes_.push_back({&table, &edit, look, "c" + std::to_string(changes_.size() + 1)});
       if (!changes_.back().OfLibrary()) listing_.insert(&table);
       AddMarks(table, edit, look, changes_.back().id);
@@ -79,18 +79,18 @@ void Page::ListChanges() {
   }
 }
 
-void Page::AddMarks(const TableResult& table, const Edit& edit, Look look, const std::string& id) {
+void Page::AddMarks(const TableResult& table, const Edit& edit, StatusStyle look, const std::string& id) {
   PagePair& pair = pairs_[PairOf(table)];
-  AddMark(pair.old_marks, edit.old_place, look, id);
-  if (!TakesElementAway(edit)) AddMark(pair.new_marks, edit.new_place, look, id);
-  const Mark* const old_mark = marks_.Find(edit.old_place);
-  const Mark* const new_mark = marks_.Find(edit.new_place);
+  AddMark(pair.old_marks, edit.old_location, look, id);
+  if (!TakesElementAway(edit)) AddMark(pair.new_marks, edit.new_location, look, id);
+  const TextRange* const old_mark = marks_.Find(edit.old_location);
+  const TextRange* const new_mark = marks_.Find(edit.new_location);
   const bool both = old_mark != nullptr && new_mark != nullptr && old_mark->begin && new_mark->begin;
   if (both && !TakesElementAway(edit)) pair.known.push_back({old_mark->begin->line, new_mark->begin->line});
 }
 
-void Page::AddMark(std::vector<LineMark>& marks, const Location& location, Look look, const std::string& id) const {
-  const Mark* const mark = marks_.Find(location);
+void Page::AddMark(std::vector<LineMark>& marks, const Location& location, StatusStyle look, const std::string& id) const {
+  const TextRange* const mark = marks_.Find(location);
   if (mark == nullptr || !mark->begin) return;
   LineMark line{mark->begin->line, {}, look, id};
   if (!location.attribute.empty()) {
@@ -100,4 +100,4 @@ void Page::AddMark(std::vector<LineMark>& marks, const Location& location, Look 
   marks.push_back(line);
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

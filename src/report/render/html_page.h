@@ -8,12 +8,12 @@
 #include <utility>
 #include <vector>
 
+#include "base/line_changes.h"
 #include "report/result/fold.h"
-#include "report/result/places.h"
 #include "report/result/report.h"
-#include "report/text/line_changes.h"
+#include "report/result/text_ranges.h"
 
-namespace korvel::report {
+namespace korvel {
 
 // Bounds, so that a browser opens the page whatever is reported. What is left out is told on the page.
 struct HtmlLimits {
@@ -27,21 +27,21 @@ struct HtmlLimits {
 inline constexpr HtmlLimits kHtmlLimits{};
 
 // How a finding or change looks, the gravest first.
-enum class Look { kRefused, kWaived, kWaits, kAllowed };
+enum class StatusStyle { kRefused, kWaived, kBlocked, kAllowed };
 
-struct LookWords {
+struct StatusText {
   const char* name;  // a class of the style, and the word of the filter
   const char* sign;
   const char* word;
 };
 
-const LookWords& WordsOf(Look look);
+const StatusText& WordsOf(StatusStyle look);
 
 struct PageFinding {
   FoldedFinding folded;
   std::string id;  // "f1"; its label is "F1"
 
-  Look GetLook() const { return folded.finding->waiver ? Look::kWaived : Look::kRefused; }
+  StatusStyle GetStatusStyle() const { return folded.finding->waiver ? StatusStyle::kWaived : StatusStyle::kRefused; }
   const Edit& EditAt(std::size_t i) const { return folded.table->changes->edits[folded.finding->edits[i]]; }
 };
 
@@ -49,7 +49,7 @@ struct PageFinding {
 struct PageChange {
   const TableResult* table;  // the first that has it
   const Edit* edit;
-  Look look;
+  StatusStyle look;
   std::string id;        // "c1"
   std::size_t also = 0;  // tables that have it, too
 
@@ -60,7 +60,7 @@ struct PageChange {
 struct LineMark {
   std::size_t line;  // from 1
   qmx::Span span;    // in bytes of the line: the value of an attribute; empty for an element as a whole
-  Look look;
+  StatusStyle look;
   std::string id;  // of the finding or change
 };
 
@@ -89,19 +89,19 @@ class Page {
 
   // The pair of a table, by its position.
   std::size_t PairOf(const TableResult& table) const { return pair_of_.at({table.first, table.second}); }
-  const Mark* Find(const Location& location) const { return marks_.Find(location); }
+  const TextRange* Find(const Location& location) const { return marks_.Find(location); }
   // Whether it is the table with which a change is listed.
   bool ListsChangeOf(const TableResult& table) const { return listing_.contains(&table); }
 
  private:
   void ListFindings();
   void ListChanges();
-  void AddMarks(const TableResult& table, const Edit& edit, Look look, const std::string& id);
-  void AddMark(std::vector<LineMark>& marks, const Location& location, Look look, const std::string& id) const;
+  void AddMarks(const TableResult& table, const Edit& edit, StatusStyle look, const std::string& id);
+  void AddMark(std::vector<LineMark>& marks, const Location& location, StatusStyle look, const std::string& id) const;
 
   const Report& report_;
   HtmlLimits limits_;
-  Marks marks_;
+  TextRanges marks_;
   std::vector<PageFinding> findings_;
   std::vector<PageChange> changes_;
   std::vector<PagePair> pairs_;
@@ -114,4 +114,4 @@ class Page {
 // "F1" of the id "f1".
 std::string LabelOf(const std::string& id);
 
-}  // namespace korvel::report
+}  // namespace korvel

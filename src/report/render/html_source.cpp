@@ -4,12 +4,12 @@
 #include <algorithm>
 #include <span>
 
+#include "base/characters.h"
+#include "base/line_rows.h"
 #include "report/render/html_text.h"
 #include "report/result/words.h"
-#include "report/text/characters.h"
-#include "report/text/line_rows.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 constexpr std::size_t kContext = 3;    // rows shown around a marked one
@@ -21,11 +21,11 @@ std::string IdOf(std::size_t pair, bool is_new, std::size_t line) {
 }
 
 // The marks of a line, which stand together.
-std::span<const LineMark> MarksOf(const std::vector<LineMark>& marks, std::size_t line) {
+std::span<const LineMark> TextRangesOf(const std::vector<LineMark>& marks, std::size_t line) {
   return {std::ranges::lower_bound(marks, line, {}, &LineMark::line), std::ranges::upper_bound(marks, line, {}, &LineMark::line)};
 }
 
-Look GravestOf(std::span<const LineMark> marks) { return std::ranges::min_element(marks, {}, &LineMark::look)->look; }
+StatusStyle GravestOf(std::span<const LineMark> marks) { return std::ranges::min_element(marks, {}, &LineMark::look)->look; }
 
 std::string LinksOf(std::span<const LineMark> marks) {
   std::string html;
@@ -35,7 +35,7 @@ std::string LinksOf(std::span<const LineMark> marks) {
     if (mark.id == last) continue;
     last = mark.id;
     if (++number > kMaxLinks) continue;
-    const LookWords& words = WordsOf(mark.look);
+    const StatusText& words = WordsOf(mark.look);
     html += "<a class=\"mark " + std::string(words.name) + "\" href=\"#" + mark.id + "\"><span aria-hidden=\"true\">" +
             words.sign + "</span> <span class=\"hidden\">" + words.word + " </span>" + LabelOf(mark.id) + "</a> ";
   }
@@ -69,7 +69,7 @@ std::string TextOf(std::string_view line, std::span<const LineMark> marks) {
 // One side of a row: marks, number, text.
 std::string Cells(std::size_t pair, bool is_new, std::size_t number, const Lines& lines, const std::vector<LineMark>& all) {
   if (number == 0) return "<td class=\"none\"></td><td class=\"none\"></td><td class=\"none\"></td>";
-  const std::span<const LineMark> marks = MarksOf(all, number);
+  const std::span<const LineMark> marks = TextRangesOf(all, number);
   const std::string look = marks.empty() ? "" : std::string(" ") + WordsOf(GravestOf(marks)).name;
   return "<td class=\"marks\">" + LinksOf(marks) + "</td><td class=\"number\" id=\"" + IdOf(pair, is_new, number) + "\">" +
          std::to_string(number) + "</td><td class=\"line" + look + "\">" + TextOf(lines[number - 1], marks) + "</td>";
@@ -79,7 +79,8 @@ std::string Cells(std::size_t pair, bool is_new, std::size_t number, const Lines
 std::vector<bool> Near(const std::vector<LineRow>& rows, const PagePair& pair, bool whole) {
   std::vector<bool> near(rows.size(), whole);
   for (std::size_t i = 0; i < rows.size() && !whole; ++i) {
-    if (MarksOf(pair.old_marks, rows[i].old_line).empty() && MarksOf(pair.new_marks, rows[i].new_line).empty()) continue;
+    if (TextRangesOf(pair.old_marks, rows[i].old_line).empty() && TextRangesOf(pair.new_marks, rows[i].new_line).empty())
+      continue;
     const std::size_t end = std::min(i + kContext + 1, rows.size());
     for (std::size_t k = i - std::min(i, kContext); k < end; ++k) near[k] = true;
   }
@@ -186,4 +187,4 @@ std::string HtmlSources::Section(std::size_t number) {
          "</tbody>\n</table>\n</div>\n";
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

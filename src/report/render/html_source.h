@@ -7,7 +7,7 @@
 
 #include "report/render/html_page.h"
 
-namespace korvel::report {
+namespace korvel {
 
 // Renders the sources of every pair, and knows then which lines the page shows.
 class HtmlSources {
@@ -34,4 +34,4 @@ class HtmlSources {
   std::vector<std::string> sections_;
 };
 
-}  // namespace korvel::report
+}  // namespace korvel

@@ -1,10 +1,10 @@
 // Escapes. Held by tests/report/html_text_test.cpp.
 #include "report/render/html_text.h"
 
-#include "report/text/characters.h"
-#include "report/text/one_line.h"
+#include "base/characters.h"
+#include "base/one_line.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 void AppendEscaped(std::string& html, std::string_view text) {
@@ -56,4 +56,4 @@ std::string Link(const std::string& target, const std::string& content) {
   return target.empty() ? content : "<a href=\"#" + target + "\">" + content + "</a>";
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

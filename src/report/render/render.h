@@ -6,7 +6,7 @@
 
 #include "report/result/report.h"
 
-namespace korvel::report {
+namespace korvel {
 
 // For people: the verdict, one block a table, a summary. `colour` marks the status words for a terminal.
 std::string RenderText(const Report& report, bool colour);
@@ -36,4 +36,4 @@ struct Format {
 // The first is the default.
 std::span<const Format> Formats();
 
-}  // namespace korvel::report
+}  // namespace korvel

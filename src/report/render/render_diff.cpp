@@ -3,11 +3,11 @@
 
 #include <nlohmann/json.hpp>
 
-#include "report/result/places.h"
+#include "base/one_line.h"
+#include "report/result/text_ranges.h"
 #include "report/result/words.h"
-#include "report/text/one_line.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -16,7 +16,7 @@ struct Totals {
   std::size_t changed = 0;
   std::size_t same = 0;
   std::size_t added = 0;
-  std::size_t gone = 0;
+  std::size_t removed = 0;
   std::size_t changes = 0;  // each edit once
 };
 
@@ -25,7 +25,7 @@ Totals TotalsOf(const Listing& listing) {
   totals.changes = listing.library.size();
   for (const TableEdits& table : listing.tables) {
     totals.added += table.status == TableEdits::Status::kNew ? 1 : 0;
-    totals.gone += table.status == TableEdits::Status::kGone ? 1 : 0;
+    totals.removed += table.status == TableEdits::Status::kRemoved ? 1 : 0;
     if (table.status == TableEdits::Status::kCompared) ++(table.HasEdits() ? totals.changed : totals.same);
     totals.changes += table.edits.size();
   }
@@ -41,19 +41,19 @@ void ForEachEdit(const Listing& listing, Take take) {
   for (const StructureEdits& structure : listing.structures) std::ranges::for_each(structure.edits, take);
 }
 
-Marks MarksOf(const Listing& listing) {
+TextRanges TextRangesOf(const Listing& listing) {
   std::vector<Location> locations;
   for (const TableEdits& table : listing.tables) locations.push_back(table.declared);
   ForEachEdit(listing, [&](const Edit& edit) {
-    locations.push_back(edit.old_place);
-    locations.push_back(edit.new_place);
+    locations.push_back(edit.old_location);
+    locations.push_back(edit.new_location);
   });
-  return Marks(std::move(locations));
+  return TextRanges(std::move(locations));
 }
 
 const char* WordFor(const TableEdits& table) {
   if (table.status == TableEdits::Status::kNew) return "new";
-  if (table.status == TableEdits::Status::kGone) return "gone";
+  if (table.status == TableEdits::Status::kRemoved) return "gone";
   return table.HasEdits() ? "changed" : "same";
 }
 
@@ -61,7 +61,7 @@ const char* WordFor(const TableEdits& table) {
 
 class TextWriter {
  public:
-  explicit TextWriter(const Listing& listing) : listing_(listing), marks_(MarksOf(listing)) {}
+  explicit TextWriter(const Listing& listing) : listing_(listing), marks_(TextRangesOf(listing)) {}
 
   std::string Write() {
     if (!listing_.library.empty()) text_ += "library: " + Counted(listing_.library.size(), "change") + "\n";
@@ -73,15 +73,15 @@ class TextWriter {
   }
 
  private:
-  std::string Place(const Location& location) const { return Told(*marks_.Find(location)); }
+  std::string Place(const Location& location) const { return ToText(*marks_.Find(location)); }
 
   // What was removed stands at its old place.
   void AddEdits(const std::vector<Edit>& edits) {
     for (const Edit& edit : edits) {
       const bool is_removed = TakesElementAway(edit);
-      const bool has_two = edit.old_place && !is_removed;
-      text_ += "   " + Place(is_removed ? edit.old_place : edit.new_place) + ": " + Describe(edit);
-      text_ += has_two ? " (was at " + Place(edit.old_place) + ")\n" : "\n";
+      const bool has_two = edit.old_location && !is_removed;
+      text_ += "   " + Place(is_removed ? edit.old_location : edit.new_location) + ": " + Describe(edit);
+      text_ += has_two ? " (was at " + Place(edit.old_location) + ")\n" : "\n";
     }
   }
 
@@ -127,11 +127,11 @@ class TextWriter {
     const Totals totals = TotalsOf(listing_);
     text_ += Counted(totals.changes, "change") + "; " + Counted(totals.changed, "table") + " changed, " +
              std::to_string(totals.same) + " without change, " + std::to_string(totals.added) + " new, " +
-             std::to_string(totals.gone) + " gone\n";
+             std::to_string(totals.removed) + " gone\n";
   }
 
   const Listing& listing_;
-  Marks marks_;
+  TextRanges marks_;
   std::string text_;
 };
 
@@ -139,7 +139,7 @@ class TextWriter {
 
 class JsonWriter {
  public:
-  explicit JsonWriter(const Listing& listing) : listing_(listing), marks_(MarksOf(listing)) {}
+  explicit JsonWriter(const Listing& listing) : listing_(listing), marks_(TextRangesOf(listing)) {}
 
   Json Write() const {
     Json json = {{"tool", "korvelcheck"}, {"version", KORVEL_VERSION}, {"command", "diff"}};
@@ -155,13 +155,13 @@ class JsonWriter {
                        {"changed", totals.changed},
                        {"same", totals.same},
                        {"new", totals.added},
-                       {"gone", totals.gone}};
+                       {"gone", totals.removed}};
     return json;
   }
 
  private:
-  Json PlaceJson(const Location& location) const {
-    const Mark* const mark = marks_.Find(location);
+  Json LocationJson(const Location& location) const {
+    const TextRange* const mark = marks_.Find(location);
     if (mark == nullptr) return nullptr;
     const bool has_line = mark->begin.has_value();
     return {{"file", mark->file},
@@ -178,8 +178,8 @@ class JsonWriter {
                       {"text", Describe(edit)},
                       {"before", edit.before},
                       {"after", edit.after},
-                      {"old_place", PlaceJson(edit.old_place)},
-                      {"new_place", PlaceJson(edit.new_place)}});
+                      {"old_place", LocationJson(edit.old_location)},
+                      {"new_place", LocationJson(edit.new_location)}});
     }
     return list;
   }
@@ -187,7 +187,7 @@ class JsonWriter {
   Json TableJson(const TableEdits& table) const {
     return {{"table", table.table},
             {"status", WordFor(table)},
-            {"place", PlaceJson(table.declared)},
+            {"place", LocationJson(table.declared)},
             {"changes", EditsJson(table.edits)},
             {"structures", table.structures}};
   }
@@ -201,7 +201,7 @@ class JsonWriter {
   }
 
   const Listing& listing_;
-  Marks marks_;
+  TextRanges marks_;
 };
 
 }  // namespace
@@ -212,4 +212,4 @@ std::string RenderDiffJson(const Listing& listing) {
   return JsonWriter(listing).Write().dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

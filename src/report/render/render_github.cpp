@@ -1,11 +1,11 @@
 // Commands that a GitHub workflow turns into annotations, one a line. Held by tests/report/formats_test.cpp.
 #include <algorithm>
 
+#include "base/characters.h"
 #include "report/render/render.h"
 #include "report/result/issues.h"
-#include "report/text/characters.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 // As the runner undoes it: '%' and line ends everywhere, ':' and ',' in properties. Other control characters of a path stay
@@ -26,7 +26,7 @@ std::string Property(const char* name, const std::string& value) {
 }
 
 // The last column that is marked; end columns may be given only where the mark stays on its line.
-std::string PlaceProperties(const Mark& place) {
+std::string LocationProperties(const TextRange& place) {
   const std::string path = ServicePath(place.file);
   if (path.empty()) return "";
   std::string text = Property("file", path) + ",";
@@ -41,7 +41,7 @@ std::string PlaceProperties(const Mark& place) {
 std::string Command(const Issue& issue) {
   std::string message = issue.text;
   for (const std::string& line : DetailsOf(issue)) message += "\n" + line;
-  return std::string("::") + (issue.waived ? "notice " : "error ") + PlaceProperties(issue.place) +
+  return std::string("::") + (issue.waived ? "notice " : "error ") + LocationProperties(issue.place) +
          Property("title", "korvelcheck: " + issue.rule) + "::" + Escaped(ValidUtf8(message), false) + "\n";
 }
 
@@ -49,12 +49,12 @@ std::string Command(const Issue& issue) {
 
 std::string RenderGithub(const Report& report) {
   const Summary summary = Summarize(report);
-  std::string message = std::string("verdict: ") + WordOf(VerdictOf(summary)) + RemarkOn(summary) + "\n" + Told(summary);
-  for (const FileNote& note : report.files) message += "\n" + Told(note);
+  std::string message = std::string("verdict: ") + WordOf(VerdictOf(summary)) + RemarkOn(summary) + "\n" + ToText(summary);
+  for (const FileNote& note : report.files) message += "\n" + ToText(note);
   std::string text = "::notice title=korvelcheck::" + Escaped(ValidUtf8(message), false) + "\n";
   const Issues issues(report);
   for (const Issue& issue : issues.all()) text += Command(issue);
   return text;
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

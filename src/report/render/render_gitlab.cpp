@@ -2,11 +2,11 @@
 // tests/report/formats_test.cpp.
 #include <nlohmann/json.hpp>
 
+#include "base/markdown_text.h"
 #include "report/render/render.h"
 #include "report/result/issues.h"
-#include "report/text/markdown_text.h"
 
-namespace korvel::report {
+namespace korvel {
 
 std::string RenderGitlab(const Report& report) {
   using Json = nlohmann::ordered_json;
@@ -31,4 +31,4 @@ std::string RenderGitlab(const Report& report) {
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

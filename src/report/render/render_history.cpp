@@ -1,9 +1,9 @@
 // A history as text. Held by tests/tool/history_test.cpp.
 #include "report/render/render_history.h"
+#include "base/one_line.h"
 #include "common/result_codes.h"
-#include "report/text/one_line.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 class Text {
@@ -12,9 +12,10 @@ class Text {
 
   std::string Run() {
     text_ = "verdict: " + Shown(history_.Refused()) + "\n";
-    for (const Passage& step : history_.steps) Step(step);
-    if (!history_.to_newest.empty()) text_ += "each version against the newest, " + Name(history_.versions.size() - 1) + ":\n";
-    for (const Passage& passage : history_.to_newest) ToNewest(passage);
+    for (const VersionStep& step : history_.steps) Step(step);
+    if (!history_.against_newest.empty())
+      text_ += "each version against the newest, " + Name(history_.versions.size() - 1) + ":\n";
+    for (const VersionStep& passage : history_.against_newest) AgainstNewest(passage);
     Count();
     return text_;
   }
@@ -27,11 +28,11 @@ class Text {
     return colour_ ? std::string("\x1b[") + (refused ? "31" : "32") + "m" + word + "\x1b[0m" : word;
   }
 
-  std::string Heading(const Passage& passage) const {
+  std::string Heading(const VersionStep& passage) const {
     return Name(passage.from) + " -> " + Name(passage.to) + ": " + Shown(passage.Refused()) + "\n";
   }
 
-  void Step(const Passage& step) {
+  void Step(const VersionStep& step) {
     text_ += "step " + std::to_string(step.to) + ": " + Heading(step);
     for (const TableResult& result : step.tables) {
       if (result.status == Status::kNew) text_ += "   table " + OneLine(result.table) + ": new\n";
@@ -43,14 +44,14 @@ class Text {
     const std::string rule = result.rule.empty() ? "" : " [" + result.rule + "]";
     return "   table " + OneLine(result.table) + ": refused" + rule + " " + std::to_string(result.code) + " " +
            ResultCodeName(result.code) + "\n      " + (result.text.empty() ? "" : OneLine(result.text) + "\n      ") +
-           "broken by: " + Breaker(result);
+           "broken by: " + CauseOf(result);
   }
 
-  void ToNewest(const Passage& passage) {
+  void AgainstNewest(const VersionStep& passage) {
     text_ += Heading(passage);
     for (const TableResult& result : passage.tables) {
       if (result.status != Status::kRefused) continue;
-      const Passage* const step = BreakingStep(history_, passage.from, result.table);
+      const VersionStep* const step = FirstRefusedStep(history_, passage.from, result.table);
       text_ += Refusal(result) +
                (step == nullptr ? ", though every step is allowed"
                                 : ", in step " + std::to_string(step->to) + ": " + Name(step->from) + " -> " + Name(step->to)) +
@@ -61,8 +62,8 @@ class Text {
   void Count() {
     std::size_t refused_steps = 0;
     std::size_t refused_versions = 0;
-    for (const Passage& step : history_.steps) refused_steps += step.Refused() ? 1 : 0;
-    for (const Passage& passage : history_.to_newest) refused_versions += passage.Refused() ? 1 : 0;
+    for (const VersionStep& step : history_.steps) refused_steps += step.Refused() ? 1 : 0;
+    for (const VersionStep& passage : history_.against_newest) refused_versions += passage.Refused() ? 1 : 0;
     refused_versions += history_.steps.back().Refused() ? 1 : 0;
     const std::size_t steps = history_.steps.size();
     text_ += std::to_string(refused_steps) + " of " + std::to_string(steps) + (steps == 1 ? " step" : " steps") +
@@ -79,4 +80,4 @@ class Text {
 
 std::string RenderHistoryText(const History& history, bool colour) { return Text(history, colour).Run(); }
 
-}  // namespace korvel::report
+}  // namespace korvel

@@ -4,7 +4,7 @@
 #include "common/result_codes.h"
 #include "report/render/render_history.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -19,12 +19,12 @@ Json ToJson(const TableResult& result) {
   if (!refused) return json;
   json["rule"] = result.rule.empty() ? Json() : Json(result.rule);
   json["text"] = result.text;
-  json["gone"] = result.gone;
-  json["broken_by"] = Breaker(result);
+  json["gone"] = result.removed;
+  json["broken_by"] = CauseOf(result);
   return json;
 }
 
-Json ToJson(const Passage& passage, const History& history) {
+Json ToJson(const VersionStep& passage, const History& history) {
   Json tables = Json::array();
   for (const TableResult& result : passage.tables) tables.push_back(ToJson(result));
   return {{"from", history.versions[passage.from]->name},
@@ -34,11 +34,11 @@ Json ToJson(const Passage& passage, const History& history) {
 }
 
 // With the step that broke each refused table, counted from 1.
-Json WithSteps(const Passage& passage, const History& history) {
+Json WithSteps(const VersionStep& passage, const History& history) {
   Json json = ToJson(passage, history);
   for (std::size_t i = 0; i < passage.tables.size(); ++i) {
     if (passage.tables[i].status != Status::kRefused) continue;
-    const Passage* const step = BreakingStep(history, passage.from, passage.tables[i].table);
+    const VersionStep* const step = FirstRefusedStep(history, passage.from, passage.tables[i].table);
     json["tables"][i]["step"] = step == nullptr ? Json() : Json(step->to);
   }
   return json;
@@ -52,11 +52,11 @@ std::string RenderHistoryJson(const History& history) {
   Json& versions = json["versions"] = Json::array();
   for (const Source* version : history.versions) versions.push_back(version->name);
   Json& steps = json["steps"] = Json::array();
-  for (const Passage& step : history.steps) steps.push_back(ToJson(step, history));
-  Json& to_newest = json["to_newest"] = Json::array();
-  for (const Passage& passage : history.to_newest) to_newest.push_back(WithSteps(passage, history));
-  to_newest.push_back(WithSteps(history.steps.back(), history));
+  for (const VersionStep& step : history.steps) steps.push_back(ToJson(step, history));
+  Json& against_newest = json["to_newest"] = Json::array();
+  for (const VersionStep& passage : history.against_newest) against_newest.push_back(WithSteps(passage, history));
+  against_newest.push_back(WithSteps(history.steps.back(), history));
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

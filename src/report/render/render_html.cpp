@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <set>
 
+#include "base/one_line.h"
 #include "report/render/html_assets.h"
 #include "report/render/html_layout.h"
 #include "report/render/html_page.h"
@@ -11,17 +12,16 @@
 #include "report/render/html_text.h"
 #include "report/render/render.h"
 #include "report/result/words.h"
-#include "report/text/one_line.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 std::string Badge(const char* name, const char* sign, const std::string& word) {
   return "<span class=\"badge " + std::string(name) + "\"><span aria-hidden=\"true\">" + sign + "</span> " + word + "</span>";
 }
 
-std::string Badge(Look look) {
-  const LookWords& words = WordsOf(look);
+std::string Badge(StatusStyle look) {
+  const StatusText& words = WordsOf(look);
   return Badge(words.name, words.sign, words.word);
 }
 
@@ -84,17 +84,17 @@ class Writer {
 
   std::string Verdict() const {
     const bool allowed = VerdictOf(summary_) == Status::kAllowed;
-    const LookWords& words = WordsOf(allowed ? Look::kAllowed : Look::kRefused);
+    const StatusText& words = WordsOf(allowed ? StatusStyle::kAllowed : StatusStyle::kRefused);
     std::string html = "<p class=\"verdict " + std::string(words.name) + "\"><span aria-hidden=\"true\">" + words.sign +
                        "</span> " + "verdict: " + words.word + RemarkOn(summary_) + "</p>\n";
-    return html + "<h1>" + Title() + "</h1>\n<p>" + Html(Told(summary_)) + "</p>\n";
+    return html + "<h1>" + Title() + "</h1>\n<p>" + Html(ToText(summary_)) + "</p>\n";
   }
 
   std::string Contents() const {
     std::string items;
     for (std::size_t i = 0; i < report_.tables.size(); ++i) {
       const TableResult& table = report_.tables[i];
-      if (IsQuiet(table)) continue;
+      if (HasNothingToShow(table)) continue;
       items += "<li><a href=\"#t" + std::to_string(i + 1) + "\">" + Html(table.table) + "</a> " + StatusBadge(table) + "</li>\n";
     }
     return items.empty() ? "" : "<nav aria-label=\"tables\"><ul>\n" + items + "</ul></nav>\n";
@@ -108,7 +108,7 @@ class Writer {
       html += "<label><input type=\"radio\" name=\"look\" value=\"" + name + "\"" + checked + "> " + label + "</label>\n";
     };
     add("all", "all", " checked");
-    for (const Look look : {Look::kRefused, Look::kWaived, Look::kWaits, Look::kAllowed}) {
+    for (const StatusStyle look : {StatusStyle::kRefused, StatusStyle::kWaived, StatusStyle::kBlocked, StatusStyle::kAllowed}) {
       add(WordsOf(look).name, std::string(WordsOf(look).sign) + " " + WordsOf(look).word, "");
     }
     return html +
@@ -124,14 +124,14 @@ class Writer {
     if (report_.files.empty() && report_.project.empty()) return;
     html_ += "<section>\n<h2>Project</h2>\n";
     std::vector<std::string> files;
-    for (const FileNote& note : report_.files) files.push_back(Told(note));
+    for (const FileNote& note : report_.files) files.push_back(ToText(note));
     html_ += List(files);
     for (const ProjectFinding& finding : report_.project) {
-      html_ += "<article class=\"item refused\" tabindex=\"0\" data-look=\"refused\">\n<h3>" + Badge(Look::kRefused) + " " +
-               Code(finding.rule) + "</h3>\n<p class=\"said\">" + Html(finding.text) + "</p>\n<dl>\n" +
+      html_ += "<article class=\"item refused\" tabindex=\"0\" data-look=\"refused\">\n<h3>" + Badge(StatusStyle::kRefused) +
+               " " + Code(finding.rule) + "</h3>\n<p class=\"said\">" + Html(finding.text) + "</p>\n<dl>\n" +
                Term("Place", Code(OneLine(finding.file) + ":" + std::to_string(finding.position.line) + ":" +
                                   std::to_string(finding.position.column))) +
-               Term("Way out", Html(finding.way_out)) + "</dl>\n</article>\n";
+               Term("Way out", Html(finding.suggestion)) + "</dl>\n</article>\n";
     }
     html_ += "</section>\n";
   }
@@ -143,11 +143,11 @@ class Writer {
       case Status::kNew:
         return Badge("new", "+", "new");
       case Status::kAllowed:
-        return Badge(Look::kAllowed);
+        return Badge(StatusStyle::kAllowed);
       case Status::kRefused:
         break;
     }
-    return Badge(Look::kRefused) + (table.gone ? " (gone)" : "");
+    return Badge(StatusStyle::kRefused) + (table.removed ? " (gone)" : "");
   }
 
   // Whether more changes about it than what is the library's.
@@ -156,19 +156,19 @@ class Writer {
   }
 
   // Whether there is nothing to tell about a table but that it is allowed or new.
-  bool IsQuiet(const TableResult& table) const {
+  bool HasNothingToShow(const TableResult& table) const {
     return table.status != Status::kRefused && !HasOwnEdits(table) && !page_.ListsChangeOf(table);
   }
 
   void Table(const TableResult& table, std::size_t position) {
-    if (IsQuiet(table)) return;
+    if (HasNothingToShow(table)) return;
     const std::string id = "t" + std::to_string(position + 1);
     html_ += "<section class=\"table\" id=\"" + id + "\">\n<h2>" + Code(table.table) + " " + StatusBadge(table) + "</h2>\n" +
-             "<p class=\"place\">" + PlaceOf(table.declared, page_.PairOf(table)) + "</p>\n";
+             "<p class=\"place\">" + LocationOf(table.declared, page_.PairOf(table)) + "</p>\n";
     if (table.status == Status::kRefused)
       html_ += "<p class=\"said\">whole change: " + Html(TextOf(table.text)) + "</p>\n" + Answer(table.rule, table.code);
     if (table.changes) Changed(table, *table.changes);
-    const bool has_layout = HasOwnEdits(table) && table.first != table.second && !table.gone;
+    const bool has_layout = HasOwnEdits(table) && table.first != table.second && !table.removed;
     if (has_layout && pictures_++ < page_.limits().pictures) html_ += WithLegend(LayoutSection(table, id));
     html_ += "</section>\n";
   }
@@ -193,7 +193,7 @@ class Writer {
     for (const PageFinding& finding : page_.findings()) {
       if (finding.folded.table == &table) Finding(finding);
     }
-    Elsewhere(table);
+    SharedFindings(table);
     if (!changes.edits.empty()) html_ += "<p class=\"part\">" + Html(AllowedPart(changes)) + ".</p>\n";
     std::string items;
     for (const PageChange& change : page_.changes()) {
@@ -213,7 +213,7 @@ class Writer {
   }
 
   // Findings of the table that stand with another one.
-  void Elsewhere(const TableResult& table) {
+  void SharedFindings(const TableResult& table) {
     std::string links;
     for (const PageFinding& finding : page_.findings()) {
       if (finding.folded.table == &table) continue;
@@ -225,43 +225,43 @@ class Writer {
   }
 
   void Finding(const PageFinding& listed) {
-    const report::Finding& finding = *listed.folded.finding;
-    const LookWords& words = WordsOf(listed.GetLook());
+    const korvel::Finding& finding = *listed.folded.finding;
+    const StatusText& words = WordsOf(listed.GetStatusStyle());
     const std::size_t pair = page_.PairOf(*listed.folded.table);
     html_ += "<article class=\"item " + std::string(words.name) + "\" id=\"" + listed.id + "\" tabindex=\"0\" data-look=\"" +
              words.name + "\" aria-labelledby=\"" + listed.id + "h\">\n<h3 id=\"" + listed.id + "h\">" +
-             Link(listed.id, LabelOf(listed.id)) + " " + Badge(listed.GetLook()) + " " +
+             Link(listed.id, LabelOf(listed.id)) + " " + Badge(listed.GetStatusStyle()) + " " +
              (finding.path.empty() ? "the library" : Code(finding.path)) + "</h3>\n";
     html_ +=
         "<p class=\"said\">" + Html(TextOf(finding.verdict.text)) + "</p>\n" + Answer(finding.verdict.rule, finding.verdict.code);
     html_ += "<dl>\n" + Term(EditsTerm(finding), List(EditsOf(*listed.folded.table, finding)));
-    html_ += Term("New", PlaceOf(finding.new_place, pair)) + Term("Old", PlaceOf(finding.old_place, pair));
-    html_ += Term("Way out", Html(finding.way_out));
+    html_ += Term("New", LocationOf(finding.new_location, pair)) + Term("Old", LocationOf(finding.old_location, pair));
+    html_ += Term("Way out", Html(finding.suggestion));
     html_ += Term("Reached also by", List(AlsoOf(listed.folded)));
     if (finding.waiver) html_ += Term("Waived", Html(finding.waiver->reason) + " (until " + Html(finding.waiver->until) + ")");
     html_ += Term("Fingerprint", finding.fingerprint.empty() ? "" : Code(finding.fingerprint)) + "</dl>\n</article>\n";
   }
 
-  static std::string EditsTerm(const report::Finding& finding) { return finding.edits.size() > 1 ? "Only together" : "Change"; }
+  static std::string EditsTerm(const korvel::Finding& finding) { return finding.edits.size() > 1 ? "Only together" : "Change"; }
 
   std::string Change(const PageChange& change) const {
     const std::size_t pair = page_.PairOf(*change.table);
-    const LookWords& words = WordsOf(change.look);
+    const StatusText& words = WordsOf(change.look);
     std::string html = "<li class=\"item " + std::string(words.name) + "\" id=\"" + change.id + "\" tabindex=\"0\" data-look=\"" +
                        words.name + "\">" + Link(change.id, LabelOf(change.id)) + " " + Badge(change.look) + " " +
                        Html(Describe(*change.edit));
     if (!change.edit->paths.empty() && !change.edit->paths.front().empty()) html += " " + Code(change.edit->paths.front());
     if (change.also > 0 && !change.OfLibrary()) html += " (and " + Counted(change.also, "other table") + ")";
-    const Location& place = change.edit->new_place ? change.edit->new_place : change.edit->old_place;
-    return html + " <span class=\"place\">" + PlaceOf(place, pair) + "</span></li>\n";
+    const Location& place = change.edit->new_location ? change.edit->new_location : change.edit->old_location;
+    return html + " <span class=\"place\">" + LocationOf(place, pair) + "</span></li>\n";
   }
 
   // A place with its line, linked where the page shows it.
-  std::string PlaceOf(const Location& location, std::size_t pair) const {
-    const Mark* const mark = page_.Find(location);
+  std::string LocationOf(const Location& location, std::size_t pair) const {
+    const TextRange* const mark = page_.Find(location);
     if (mark == nullptr) return "";
     const bool is_new = location.source == page_.pairs()[pair].second;
-    return Link(mark->begin ? sources_.LineId(pair, is_new, mark->begin->line) : "", Html(Told(*mark)));
+    return Link(mark->begin ? sources_.LineId(pair, is_new, mark->begin->line) : "", Html(ToText(*mark)));
   }
 
   // --- The end ---
@@ -269,7 +269,7 @@ class Writer {
   void Quiet() {
     std::vector<std::string> names;
     for (const TableResult& table : report_.tables) {
-      if (!IsQuiet(table)) continue;
+      if (!HasNothingToShow(table)) continue;
       names.push_back(table.table +
                       (table.status == Status::kNew ? ": new, not compared" : ": allowed, nothing changed about it"));
     }
@@ -301,4 +301,4 @@ class Writer {
 
 std::string RenderHtml(const Report& report) { return Writer(report).Run(); }
 
-}  // namespace korvel::report
+}  // namespace korvel

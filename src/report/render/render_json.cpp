@@ -5,9 +5,9 @@
 #include "common/result_codes.h"
 #include "report/render/render.h"
 #include "report/result/words.h"
-#include "report/source/choice.h"
+#include "schema/choice.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -24,13 +24,13 @@ Json ToJson(const Settings& settings) {
 
 Json NameOrNull(const std::string& name) { return name.empty() ? Json() : Json(name); }
 
-Json ToJson(const Mark& place) {
+Json ToJson(const TextRange& place) {
   const auto number = [&](std::size_t qmx::LineColumn::*part) { return place.begin ? Json((*place.begin).*part) : Json(); };
   return {{"file", place.file}, {"line", number(&qmx::LineColumn::line)}, {"column", number(&qmx::LineColumn::column)}};
 }
 
 // A place with its end; null for none.
-Json SpanToJson(const Mark* mark) {
+Json SpanToJson(const TextRange* mark) {
   if (mark == nullptr) return {};
   Json json = ToJson(*mark);
   json["end_line"] = mark->begin ? Json(mark->end.line) : Json();
@@ -45,7 +45,7 @@ Json ToJson(const Verdict& verdict) {
           {"text", verdict.text}};
 }
 
-Json ToJson(const Edit& edit, EditStatus status, const Marks& marks) {
+Json ToJson(const Edit& edit, EditStatus status, const TextRanges& marks) {
   return {{"kind", NameOf(edit.kind)},
           {"meta", edit.meta},
           {"item", edit.item},
@@ -55,8 +55,8 @@ Json ToJson(const Edit& edit, EditStatus status, const Marks& marks) {
           {"status", WordOf(status)},
           {"paths", edit.paths},
           {"path_count", edit.path_count},
-          {"old_place", SpanToJson(marks.Find(edit.old_place))},
-          {"new_place", SpanToJson(marks.Find(edit.new_place))}};
+          {"old_place", SpanToJson(marks.Find(edit.old_location))},
+          {"new_place", SpanToJson(marks.Find(edit.new_location))}};
 }
 
 Json ToJson(const std::vector<Replacement>& fix) {
@@ -66,21 +66,21 @@ Json ToJson(const std::vector<Replacement>& fix) {
   return json;
 }
 
-Json ToJson(const Finding& finding, const Marks& marks) {
+Json ToJson(const Finding& finding, const TextRanges& marks) {
   Json json = {{"edits", finding.edits}};
   json.update(ToJson(finding.verdict));
   json["path"] = finding.path;
-  json["old_place"] = SpanToJson(marks.Find(finding.old_place));
-  json["new_place"] = SpanToJson(marks.Find(finding.new_place));
-  json["way_out"] = finding.way_out;
-  json["has_legal_form"] = finding.has_legal_form;
+  json["old_place"] = SpanToJson(marks.Find(finding.old_location));
+  json["new_place"] = SpanToJson(marks.Find(finding.new_location));
+  json["way_out"] = finding.suggestion;
+  json["has_legal_form"] = finding.has_fix;
   json["fix"] = ToJson(finding.fix);
   json["fingerprint"] = finding.fingerprint;
   json["waiver"] = finding.waiver ? Json{{"reason", finding.waiver->reason}, {"until", finding.waiver->until}} : Json();
   return json;
 }
 
-Json ToJson(const Changes& changes, const Marks& marks) {
+Json ToJson(const Changes& changes, const TextRanges& marks) {
   Json edits = Json::array();
   for (std::size_t i = 0; i < changes.edits.size(); ++i) edits.push_back(ToJson(changes.edits[i], changes.status[i], marks));
   Json findings = Json::array();
@@ -91,7 +91,7 @@ Json ToJson(const Changes& changes, const Marks& marks) {
           {"stopped", changes.stopped}};
 }
 
-Json ToJson(const TableResult& result, const Marks& marks) {
+Json ToJson(const TableResult& result, const TextRanges& marks) {
   Json json = {{"table", result.table}, {"status", WordOf(result.status)}};
   if (result.status != Status::kNew) {
     json["code"] = result.code;
@@ -100,7 +100,7 @@ Json ToJson(const TableResult& result, const Marks& marks) {
   if (result.status == Status::kRefused) {
     json["rule"] = NameOrNull(result.rule);
     json["text"] = result.text;
-    json["gone"] = result.gone;
+    json["gone"] = result.removed;
   }
   json["place"] = ToJson(*marks.Find(result.declared));
   json["settings"] = ToJson(result.settings);
@@ -133,7 +133,7 @@ Json ToJson(const ProjectFinding& finding) {
   return {{"rule", finding.rule},
           {"place", {{"file", finding.file}, {"line", finding.position.line}, {"column", finding.position.column}}},
           {"text", finding.text},
-          {"way_out", finding.way_out}};
+          {"way_out", finding.suggestion}};
 }
 
 Json ToJson(const Summary& summary) {
@@ -141,7 +141,7 @@ Json ToJson(const Summary& summary) {
           {"allowed", summary.allowed},
           {"refused", summary.refused},
           {"new", summary.added},
-          {"gone", summary.gone},
+          {"gone", summary.removed},
           {"failing", summary.failing},
           {"findings", summary.findings},
           {"waived", summary.waived},
@@ -160,7 +160,7 @@ Json List(const auto& values) {
 
 std::string RenderJson(const Report& report) {
   const Summary summary = Summarize(report);
-  const Marks marks(LocationsOf(report, true));
+  const TextRanges marks(LocationsOf(report, true));
   Json json = {
       {"tool", "korvelcheck"}, {"version", KORVEL_VERSION}, {"command", report.command}, {"verdict", WordOf(VerdictOf(summary))}};
   Json& inputs = json["inputs"] = Json::array();
@@ -174,4 +174,4 @@ std::string RenderJson(const Report& report) {
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

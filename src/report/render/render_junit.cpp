@@ -2,12 +2,12 @@
 // no failure and stands in the output of its case. Held by tests/report/formats_test.cpp.
 #include <algorithm>
 
+#include "base/characters.h"
+#include "base/xml_escape.h"
 #include "report/render/render.h"
 #include "report/result/issues.h"
-#include "report/text/characters.h"
-#include "report/text/xml_escape.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 struct Case {
@@ -50,7 +50,7 @@ std::string Counts(std::size_t tests, std::size_t failures, std::size_t skipped)
 }
 
 void AddIssue(Case& test, const Issue& issue) {
-  std::string text = Told(issue.place) + ": " + issue.text + "\n";
+  std::string text = ToText(issue.place) + ": " + issue.text + "\n";
   for (const std::string& line : DetailsOf(issue)) text += line + "\n";
   if (issue.waived) {
     test.body += "      <system-out>" + XmlText(text) + "</system-out>\n";
@@ -68,7 +68,7 @@ Case CaseOf(const TableResult& table) {
 }
 
 Case ProjectCase(const Issue& issue) {
-  Case test{issue.rule + " at " + Told(issue.place), ServicePath(issue.place.file), "", false, false};
+  Case test{issue.rule + " at " + ToText(issue.place), ServicePath(issue.place.file), "", false, false};
   AddIssue(test, issue);
   return test;
 }
@@ -116,4 +116,4 @@ std::string RenderJunit(const Report& report) {
          Counts(tests, failures, skipped) + ">\n" + body + "</testsuites>\n";
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

@@ -3,11 +3,11 @@
 
 #include <nlohmann/json.hpp>
 
+#include "base/columns.h"
+#include "base/one_line.h"
 #include "report/result/layout.h"
-#include "report/text/columns.h"
-#include "report/text/one_line.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -216,4 +216,4 @@ std::string RenderLayoutJson(const LayoutRequest& request) {
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "report/source/source.h"
+#include "schema/source.h"
 
-namespace korvel::report {
+namespace korvel {
 
 struct LayoutRequest {
   const Source* before;  // null: one schema alone
@@ -23,4 +23,4 @@ std::string RenderLayoutJson(const LayoutRequest& request);
 // "98.1": the part of a record that a field takes, in percent; "0.0" of an empty record. Independent of the locale.
 std::string Percent(std::uint64_t part, std::uint64_t whole);
 
-}  // namespace korvel::report
+}  // namespace korvel

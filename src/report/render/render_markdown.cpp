@@ -2,21 +2,21 @@
 // tests/report/formats_test.cpp.
 #include <algorithm>
 
+#include "base/markdown_text.h"
+#include "base/one_line.h"
 #include "report/render/render.h"
 #include "report/result/issues.h"
-#include "report/text/markdown_text.h"
-#include "report/text/one_line.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 // Services cut or refuse long texts; the findings that are told in full end here, those in the table later.
-constexpr std::size_t kMaxTold = 50;
+constexpr std::size_t kMaxShown = 50;
 constexpr std::size_t kMaxListed = 500;
 
 std::string Row(const Issue& issue) {
   return std::string("| ") + (issue.waived ? "waived" : "refused") + " | " + MarkdownCode(issue.rule) + " | " +
-         MarkdownCode(Told(issue.place)) + " | " + MarkdownText(issue.text) + " |\n";
+         MarkdownCode(ToText(issue.place)) + " | " + MarkdownText(issue.text) + " |\n";
 }
 
 std::string More(std::size_t all, std::size_t shown, const char* what) {
@@ -34,22 +34,22 @@ std::string TableOf(const std::vector<Issue>& issues) {
 // The lines of both sides, cut as people see them.
 std::string DiffOf(const Issue& issue) {
   std::string lines;
-  const auto add = [&](char sign, const Mark& mark) {
+  const auto add = [&](char sign, const TextRange& mark) {
     if (const auto snippet = SnippetOf(mark)) lines += std::string(1, sign) + snippet->text + "\n";
   };
   const bool removed =
-      issue.folded != nullptr && &LeadOf(*issue.table, *issue.folded->finding) == &issue.folded->finding->old_place;
-  if (issue.old_place && issue.old_place->line == issue.place.line) {
+      issue.folded != nullptr && &LeadOf(*issue.table, *issue.folded->finding) == &issue.folded->finding->old_location;
+  if (issue.old_location && issue.old_location->line == issue.place.line) {
     add(' ', issue.place);  // what did not change is no difference
   } else {
-    if (issue.old_place) add('-', *issue.old_place);
-    if (!removed) add(issue.old_place ? '+' : ' ', issue.place);
+    if (issue.old_location) add('-', *issue.old_location);
+    if (!removed) add(issue.old_location ? '+' : ' ', issue.place);
   }
   return lines.empty() ? "" : "\n" + MarkdownBlock("diff", lines);
 }
 
-std::string ToldInFull(const Issue& issue) {
-  std::string text = "\n<details>\n<summary>" + MarkdownCode(issue.rule) + " " + MarkdownCode(Told(issue.place)) +
+std::string ShownInFull(const Issue& issue) {
+  std::string text = "\n<details>\n<summary>" + MarkdownCode(issue.rule) + " " + MarkdownCode(ToText(issue.place)) +
                      "</summary>\n\n" + MarkdownText(issue.text) + "\n";
   text += DiffOf(issue) + "\n";
   for (const std::string& line : DetailsOf(issue)) text += "- " + MarkdownText(line) + "\n";
@@ -66,7 +66,7 @@ std::string PartOf(const TableResult& table, bool with_file) {
   const Changes& changes = *table.changes;
   std::string text = "\n" + NameOf(table, with_file) + ": " + MarkdownText(AllowedPart(changes)) + "\n\n";
   std::size_t shown = 0;
-  for (std::size_t i = 0; i < changes.edits.size() && shown < kMaxTold; ++i) {
+  for (std::size_t i = 0; i < changes.edits.size() && shown < kMaxShown; ++i) {
     if (changes.status[i] != EditStatus::kAllowed) continue;
     text += "- " + MarkdownText(Describe(changes.edits[i])) + "\n";
     ++shown;
@@ -81,15 +81,15 @@ std::string RenderMarkdown(const Report& report) {
   const Issues all(report);
   const std::vector<Issue>& issues = all.all();
   std::string text = std::string("### korvelcheck: ") + WordOf(VerdictOf(summary)) + RemarkOn(summary) + "\n\n" +
-                     MarkdownText(Told(summary)) + "\n";
+                     MarkdownText(ToText(summary)) + "\n";
   if (!report.files.empty()) text += "\n";
-  for (const FileNote& note : report.files) text += "- " + MarkdownText(Told(note)) + "\n";
+  for (const FileNote& note : report.files) text += "- " + MarkdownText(ToText(note)) + "\n";
   text += TableOf(issues);
-  const std::size_t told = std::min(issues.size(), kMaxTold);
-  for (std::size_t i = 0; i < told; ++i) text += ToldInFull(issues[i]);
+  const std::size_t told = std::min(issues.size(), kMaxShown);
+  for (std::size_t i = 0; i < told; ++i) text += ShownInFull(issues[i]);
   text += More(issues.size(), told, "findings are not told in full");
   for (const TableResult& table : report.tables) text += PartOf(table, report.inputs.size() > 2);
   return text;
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

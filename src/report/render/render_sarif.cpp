@@ -4,12 +4,12 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
-#include "common/refusals.h"
+#include "common/catalog.h"
 #include "report/render/render.h"
 #include "report/render/sarif_rules.h"
 #include "report/result/issues.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -37,7 +37,7 @@ Json RegionOf(const qmx::LineColumn& begin, const qmx::LineColumn& end) {
   return {{"startLine", begin.line}, {"startColumn", begin.column}, {"endLine", end.line}, {"endColumn", end.column}};
 }
 
-Json PhysicalLocation(const Mark& mark) {
+Json PhysicalLocation(const TextRange& mark) {
   Json json = {{"artifactLocation", ArtifactOf(mark.file)}};
   if (!mark.begin) return json;
   Json& region = json["region"] = RegionOf(*mark.begin, mark.end);
@@ -87,7 +87,7 @@ class SarifLog {
                 {"invocations", Json::array({InvocationOf(summary)})},
                 {"columnKind", "unicodeCodePoints"},
                 {"results", std::move(results)},
-                {"properties", {{"verdict", WordOf(VerdictOf(summary))}, {"summary", Told(summary)}}}};
+                {"properties", {{"verdict", WordOf(VerdictOf(summary))}, {"summary", ToText(summary)}}}};
     return {{"$schema", "https://docs.oasis-open.org/sarif/sarif/v2.1.0/errata01/os/schemas/sarif-schema-2.1.0.json"},
             {"version", "2.1.0"},
             {"runs", Json::array({std::move(run)})}};
@@ -107,7 +107,7 @@ class SarifLog {
 
   Json InvocationOf(const Summary& summary) const {
     Json notes = Json::array();
-    for (const FileNote& note : report_.files) notes.push_back({{"level", "note"}, {"message", MessageOf(Told(note))}});
+    for (const FileNote& note : report_.files) notes.push_back({{"level", "note"}, {"message", MessageOf(ToText(note))}});
     return {{"executionSuccessful", true},
             {"exitCode", summary.failing == 0 ? 0 : 1},
             {"toolExecutionNotifications", std::move(notes)}};
@@ -124,10 +124,10 @@ class SarifLog {
                  {"message", MessageOf(message)},
                  {"locations", Json::array({std::move(location)})},
                  {"partialFingerprints", {{"korvelcheck/v1", issue.fingerprint}}}};
-    if (issue.old_place) {
+    if (issue.old_location) {
       json["relatedLocations"] = Json::array({{{"id", 1},
-                                               {"message", MessageOf("was: " + Told(*issue.old_place))},
-                                               {"physicalLocation", PhysicalLocation(*issue.old_place)}}});
+                                               {"message", MessageOf("was: " + ToText(*issue.old_location))},
+                                               {"physicalLocation", PhysicalLocation(*issue.old_location)}}});
     }
     if (issue.folded != nullptr) AddFindingTo(json, issue);
     return json;
@@ -162,7 +162,7 @@ class SarifLog {
       region["byteLength"] = span.end - span.begin;
       replacements.push_back({{"deletedRegion", std::move(region)}, {"insertedContent", MessageOf(text)}});
     }
-    return {{"description", MessageOf(finding.way_out)},
+    return {{"description", MessageOf(finding.suggestion)},
             {"artifactChanges",
              Json::array({{{"artifactLocation", ArtifactOf(source.name)}, {"replacements", std::move(replacements)}}})}};
   }
@@ -180,4 +180,4 @@ std::string RenderSarif(const Report& report) {
   return SarifLog(report).Log().dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

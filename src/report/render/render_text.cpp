@@ -2,12 +2,12 @@
 // text_findings.cpp. Held by tests/report/formats_test.cpp and tests/tool/text_report_test.cpp.
 #include <set>
 
+#include "base/one_line.h"
 #include "report/render/render.h"
 #include "report/render/text_findings.h"
 #include "report/result/words.h"
-#include "report/text/one_line.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 // Most edits of one kind that are listed; the JSON report has all.
@@ -27,7 +27,7 @@ class TextReport {
     const Summary summary = Summarize(report_);
     const Status verdict = VerdictOf(summary);
     text_ = "verdict: " + Word(verdict) + RemarkOn(summary) + "\n";
-    for (const FileNote& note : report_.files) text_ += Told(note) + "\n";
+    for (const FileNote& note : report_.files) text_ += ToText(note) + "\n";
     auto next = folded_.cbegin();
     for (const TableResult& table : report_.tables) {
       auto end = next;
@@ -36,12 +36,12 @@ class TextReport {
       next = end;
     }
     for (const ProjectFinding& finding : report_.project) AddProjectFinding(finding);
-    return text_ + Told(summary) + "\n";
+    return text_ + ToText(summary) + "\n";
   }
 
  private:
   std::string Word(Status status) const { return Coloured(WordOf(status), ColourOf(status), colour_); }
-  std::string Place(const TableResult& table) const { return Told(*marks_.Find(table.declared)) + ":"; }
+  std::string Place(const TableResult& table) const { return ToText(*marks_.Find(table.declared)) + ":"; }
 
   void AddTable(const TableResult& table, std::span<const FoldedFinding> findings) {
     const std::string name = "table " + OneLine(table.table);
@@ -53,7 +53,7 @@ class TextReport {
     // The first finding says it again, at the very place.
     const bool is_said_next = !findings.empty() && findings.front().finding->verdict.text == table.text && !table.text.empty();
     const std::string answer =
-        name + ": " + std::to_string(table.code) + " " + CodeNameOf(table.code) + (table.gone ? " (gone)" : "");
+        name + ": " + std::to_string(table.code) + " " + CodeNameOf(table.code) + (table.removed ? " (gone)" : "");
     if (is_said_next) {
       text_ += ": " + answer + "\n";
     } else {
@@ -87,9 +87,9 @@ class TextReport {
       text_ += "   " + std::to_string(refused) + (refused == 1 ? " is refused:\n" : " are refused:\n");
       AddEdits(changes, EditStatus::kRefused);
     }
-    if (const std::size_t waits = NumberOf(changes, EditStatus::kWaits); waits > 0) {
-      text_ += "   " + std::to_string(waits) + (waits == 1 ? " waits for others:\n" : " wait for others:\n");
-      AddEdits(changes, EditStatus::kWaits);
+    if (const std::size_t blocked = NumberOf(changes, EditStatus::kBlocked); blocked > 0) {
+      text_ += "   " + std::to_string(blocked) + (blocked == 1 ? " waits for others:\n" : " wait for others:\n");
+      AddEdits(changes, EditStatus::kBlocked);
     }
   }
 
@@ -107,12 +107,12 @@ class TextReport {
   void AddProjectFinding(const ProjectFinding& finding) {
     text_ += OneLine(finding.file) + ":" + std::to_string(finding.position.line) + ":" + std::to_string(finding.position.column) +
              ": " + Coloured("error", "31", colour_) + " [" + finding.rule + "] " + OneLine(finding.text) + "\n";
-    if (!finding.way_out.empty()) text_ += "   way out: " + OneLine(finding.way_out) + "\n";
+    if (!finding.suggestion.empty()) text_ += "   way out: " + OneLine(finding.suggestion) + "\n";
   }
 
   const Report& report_;
   bool colour_;
-  Marks marks_;
+  TextRanges marks_;
   std::vector<FoldedFinding> folded_;
   std::string text_;
 };
@@ -121,4 +121,4 @@ class TextReport {
 
 std::string RenderText(const Report& report, bool colour) { return TextReport(report, colour).Text(); }
 
-}  // namespace korvel::report
+}  // namespace korvel

@@ -5,9 +5,9 @@
 
 #include <algorithm>
 
-#include "report/book/rule_book.h"
+#include "rule_docs/rule_book.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -50,4 +50,4 @@ Json SarifRule(const std::string& id) {
   return rule;
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

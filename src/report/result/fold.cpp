@@ -5,7 +5,7 @@
 #include <map>
 #include <tuple>
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 using EditNames = std::vector<std::tuple<EditKind, std::string, std::string>>;
@@ -51,4 +51,4 @@ std::vector<FoldedFinding> Fold(const Report& report) {
   return folded;
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

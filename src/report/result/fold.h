@@ -6,7 +6,7 @@
 
 #include "report/result/report.h"
 
-namespace korvel::report {
+namespace korvel {
 
 struct FoldedFinding {
   const TableResult* table;  // the first in which it was found
@@ -22,4 +22,4 @@ struct FoldedFinding {
 // several tables stands once.
 std::vector<FoldedFinding> Fold(const Report& report);
 
-}  // namespace korvel::report
+}  // namespace korvel

@@ -3,33 +3,33 @@
 
 #include <algorithm>
 
-#include "report/text/one_line.h"
+#include "base/one_line.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 bool IsRefused(const TableResult& result) { return result.status == Status::kRefused; }
 
 }  // namespace
 
-bool Passage::Refused() const { return std::ranges::any_of(tables, IsRefused); }
+bool VersionStep::Refused() const { return std::ranges::any_of(tables, IsRefused); }
 
 bool History::Refused() const {
-  const auto refused = [](const Passage& passage) { return passage.Refused(); };
-  return std::ranges::any_of(steps, refused) || std::ranges::any_of(to_newest, refused);
+  const auto refused = [](const VersionStep& passage) { return passage.Refused(); };
+  return std::ranges::any_of(steps, refused) || std::ranges::any_of(against_newest, refused);
 }
 
-const Passage* BreakingStep(const History& history, std::size_t from, const std::string& table) {
+const VersionStep* FirstRefusedStep(const History& history, std::size_t from, const std::string& table) {
   for (std::size_t i = from; i < history.steps.size(); ++i) {
-    const Passage& step = history.steps[i];
+    const VersionStep& step = history.steps[i];
     const auto breaks = [&](const TableResult& result) { return IsRefused(result) && result.table == table; };
     if (std::ranges::any_of(step.tables, breaks)) return &step;
   }
   return nullptr;
 }
 
-std::string Breaker(const TableResult& result) {
-  if (result.gone) return "the table is gone";
+std::string CauseOf(const TableResult& result) {
+  if (result.removed) return "the table is gone";
   if (result.changes) {
     for (const Finding& finding : result.changes->findings) {
       if (!finding.edits.empty()) return OneLine(Describe(result.changes->edits[finding.edits.front()]));
@@ -38,4 +38,4 @@ std::string Breaker(const TableResult& result) {
   return result.text.empty() ? "(the checker gives no text)" : OneLine(result.text);
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

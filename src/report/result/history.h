@@ -7,10 +7,10 @@
 
 #include "report/result/report.h"
 
-namespace korvel::report {
+namespace korvel {
 
 // A version that became another one, not necessarily the next.
-struct Passage {
+struct VersionStep {
   std::size_t from = 0;  // positions in History::versions
   std::size_t to = 0;
   std::vector<TableResult> tables;  // of the older version, then those that only the newer one has
@@ -21,17 +21,18 @@ struct Passage {
 // Does not own what it is about.
 struct History {
   std::vector<const Source*> versions;  // oldest first, at least two
-  std::vector<Passage> steps;           // each version to the next one
-  std::vector<Passage> to_newest;       // each version but the last two to the newest; that of the last step is the step itself
+  std::vector<VersionStep> steps;       // each version to the next one
+  std::vector<VersionStep>
+      against_newest;  // each version but the last two to the newest; that of the last step is the step itself
 
   bool Refused() const;
 };
 
 // The step that broke the way of a table from a version to the newest: the first one from there that is refused. Null if every
 // step is allowed by itself.
-const Passage* BreakingStep(const History& history, std::size_t from, const std::string& table);
+const VersionStep* FirstRefusedStep(const History& history, std::size_t from, const std::string& table);
 
 // What broke a table: its first refused edit, else the checker's text. One line.
-std::string Breaker(const TableResult& result);
+std::string CauseOf(const TableResult& result);
 
-}  // namespace korvel::report
+}  // namespace korvel

@@ -5,10 +5,10 @@
 #include <filesystem>
 #include <map>
 
-#include "report/finding/fingerprint.h"
-#include "report/text/one_line.h"
+#include "analysis/findings/fingerprint.h"
+#include "base/one_line.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 constexpr char kNoRule[] = "refused";
@@ -16,7 +16,7 @@ constexpr char kNoRule[] = "refused";
 // A fingerprint for what has none of its own: rule and name, no line and no file, so that it stays while the schema moves.
 std::string FaultFingerprint(const std::string& rule, const std::string& name) { return FingerprintOf(rule + '\0' + name); }
 
-bool IsSamePlace(const Mark& a, const Mark& b) { return a.file == b.file && a.span.begin == b.span.begin; }
+bool IsSameLocation(const TextRange& a, const TextRange& b) { return a.file == b.file && a.span.begin == b.span.begin; }
 
 std::string RuleOf(const std::string& rule) { return rule.empty() ? kNoRule : rule; }
 
@@ -60,13 +60,13 @@ void Issues::AddFinding(const FoldedFinding& folded) {
   issue.text = TextOf(finding.verdict.text);
   issue.waived = finding.waiver.has_value();
   issue.fingerprint = finding.fingerprint.empty() ? FaultFingerprint(issue.rule, finding.path) : finding.fingerprint;
-  issue.way_out = finding.way_out;
+  issue.suggestion = finding.suggestion;
   issue.table = folded.table;
   issue.folded = &folded;
-  const Mark* const place = marks_.Find(finding.new_place ? finding.new_place : finding.old_place);
-  const Mark* const old_place = marks_.Find(finding.old_place);
+  const TextRange* const place = marks_.Find(finding.new_location ? finding.new_location : finding.old_location);
+  const TextRange* const old_location = marks_.Find(finding.old_location);
   issue.place = place == nullptr ? *marks_.Find(folded.table->declared) : *place;
-  if (old_place != nullptr && !IsSamePlace(*old_place, issue.place)) issue.old_place = *old_place;
+  if (old_location != nullptr && !IsSameLocation(*old_location, issue.place)) issue.old_location = *old_location;
   issues_.push_back(std::move(issue));
 }
 
@@ -78,7 +78,7 @@ void Issues::AddProjectFinding(const ProjectFinding& finding) {
   issue.place.file = finding.file;
   issue.place.begin = finding.position;
   issue.place.end = finding.position;
-  issue.way_out = finding.way_out;
+  issue.suggestion = finding.suggestion;
   issues_.push_back(std::move(issue));
 }
 
@@ -113,11 +113,11 @@ std::vector<std::string> DetailsOf(const Issue& issue) {
   if (issue.table != nullptr) {
     const int code = issue.folded == nullptr ? issue.table->code : issue.folded->finding->verdict.code;
     lines.push_back("table " + OneLine(issue.table->table) + ": " + std::to_string(code) + " " + CodeNameOf(code) +
-                    (issue.table->gone ? " (gone)" : ""));
+                    (issue.table->removed ? " (gone)" : ""));
   }
   if (issue.folded != nullptr) AddFindingTo(lines, issue);
-  if (issue.old_place) lines.push_back("was: " + Told(*issue.old_place));
-  if (!issue.way_out.empty()) lines.push_back("way out: " + OneLine(issue.way_out));
+  if (issue.old_location) lines.push_back("was: " + ToText(*issue.old_location));
+  if (!issue.suggestion.empty()) lines.push_back("way out: " + OneLine(issue.suggestion));
   return lines;
 }
 
@@ -137,4 +137,4 @@ std::string ServicePath(const std::string& file) {
   return is_below ? relative.generic_string() : normal.generic_string();
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

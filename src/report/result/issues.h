@@ -7,7 +7,7 @@
 
 #include "report/result/words.h"
 
-namespace korvel::report {
+namespace korvel {
 
 struct Issue {
   std::string rule;  // id; "refused" for a refusal that has none in the catalogue
@@ -15,9 +15,9 @@ struct Issue {
   bool waived = false;
   std::string fingerprint;  // no two issues of a report have the same
   // In the new file; of what was removed the nearest place that encloses it there; in the old file for want of any.
-  Mark place;
-  std::optional<Mark> old_place;  // where that is another
-  std::string way_out;            // "" for none
+  TextRange place;
+  std::optional<TextRange> old_location;  // where that is another
+  std::string suggestion;                 // "" for none
   // What it is about; null for a finding about the project file, and the second as well for a table that was not taken apart.
   const TableResult* table = nullptr;
   const FoldedFinding* folded = nullptr;
@@ -45,7 +45,7 @@ class Issues {
   void AddProjectFinding(const ProjectFinding& finding);
   void MakeFingerprintsUnique();
 
-  Marks marks_;
+  TextRanges marks_;
   std::vector<FoldedFinding> folded_;
   std::vector<Issue> issues_;
 };
@@ -57,4 +57,4 @@ std::vector<std::string> DetailsOf(const Issue& issue);
 // alone of "git:REV:PATH"; "" for standard input.
 std::string ServicePath(const std::string& file);
 
-}  // namespace korvel::report
+}  // namespace korvel

@@ -8,10 +8,10 @@
 #include "common/check_table.h"
 #include "common/meta_view.h"
 #include "qmx/qmx_metalib_kernel.h"
-#include "report/source/choice.h"
-#include "report/source/settings.h"
+#include "schema/choice.h"
+#include "schema/settings.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 std::string TypeName(LPQMXMETALIB library, LPQMXMETAENTRY entry) {
@@ -71,12 +71,12 @@ class Walk {
     field.offset = offset;
     field.in_element = frame.in_element;
     field.in_record = field.size * frame.times;
-    if (frame.is_table) Mark(entry, field);
+    if (frame.is_table) TextRange(entry, field);
     return field;
   }
 
   // Keys and sort fields are those of the table alone.
-  void Mark(LPQMXMETAENTRY entry, FieldLayout& field) const {
+  void TextRange(LPQMXMETAENTRY entry, FieldLayout& field) const {
     field.key = IsPrimaryKeyMember(entry);
     field.splittable = splittable_.contains(field.name);
     const char* const mark = qmx_get_entry_customattr2(library_, entry);
@@ -126,4 +126,4 @@ TableLayout LayoutOf(const Source& source, const std::string& table) {
   return layout;
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "report/source/source.h"
-#include "report/text/limits.h"
+#include "base/limits.h"
+#include "schema/source.h"
 
-namespace korvel::report {
+namespace korvel {
 
 struct FieldLayout {
   std::string path;  // below the table: "lines[].price_cents"
@@ -79,4 +79,4 @@ FieldChange ChangeOf(const FieldPair& pair, bool tlv);
 // What happened to it, for people: "grew by 4, moved by +4"; empty for nothing. Offsets do not count in TLV records.
 std::string DescribeChange(const FieldPair& pair, bool tlv);
 
-}  // namespace korvel::report
+}  // namespace korvel

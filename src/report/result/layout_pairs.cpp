@@ -5,7 +5,7 @@
 
 #include "report/result/layout.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 // The fields of one structure, or those of the table: fields [begin, end) of a layout and what is in them.
@@ -27,11 +27,11 @@ struct Part {
 };
 
 using Fields = std::vector<const FieldLayout*>;
-using Partners = std::vector<std::optional<std::size_t>>;  // of each old field, the position of its new one
+using Matches = std::vector<std::optional<std::size_t>>;  // of each old field, the position of its new one
 
 // Gives those a partner that have none yet and share a key. The first of a key is meant; fields without one stay alone.
 template <class Key, class KeyOf>
-void Match(const Fields& before, const Fields& after, KeyOf key_of, Partners& partners, std::vector<bool>& taken) {
+void Match(const Fields& before, const Fields& after, KeyOf key_of, Matches& partners, std::vector<bool>& taken) {
   std::unordered_map<Key, std::size_t> known;
   for (std::size_t i = 0; i < after.size(); ++i) {
     if (const std::optional<Key> key = key_of(*after[i]); key && !taken[i]) known.emplace(*key, i);
@@ -54,7 +54,7 @@ class Pairing {
     const Fields old_fields = before.Children();
     const Fields new_fields = after.Children();
     std::vector<std::optional<std::size_t>> origin(new_fields.size());  // of each new field, the position of its old one
-    const Partners partners = Find(old_fields, new_fields);
+    const Matches partners = Find(old_fields, new_fields);
     for (std::size_t i = 0; i < partners.size(); ++i) {
       if (partners[i]) origin[*partners[i]] = i;
     }
@@ -72,8 +72,8 @@ class Pairing {
   }
 
  private:
-  Partners Find(const Fields& before, const Fields& after) const {
-    Partners partners(before.size());
+  Matches Find(const Fields& before, const Fields& after) const {
+    Matches partners(before.size());
     std::vector<bool> taken(after.size());
     const auto by_name = [&] {
       const auto name = [](const FieldLayout& field) { return std::optional<std::string_view>(field.name); };
@@ -161,4 +161,4 @@ std::string DescribeChange(const FieldPair& pair, bool tlv) {
   return words.text();
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

@@ -5,9 +5,9 @@
 #include <unordered_map>
 #include <utility>
 
-#include "report/edit/diff.h"
+#include "analysis/diff/diff.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 class Lister {
@@ -23,7 +23,7 @@ class Lister {
   void AddCompared(const std::string& table) {
     const Source& after = *listing_.new_source;
     if (!compared_.contains(table)) {
-      listing_.tables.push_back({table, TableEdits::Status::kGone, DeclaredAt(*listing_.old_source, table), {}, {}});
+      listing_.tables.push_back({table, TableEdits::Status::kRemoved, DeclaredAt(*listing_.old_source, table), {}, {}});
       return;
     }
     TableEdits& added = listing_.tables.emplace_back();
@@ -98,4 +98,4 @@ Listing ListChanges(const Source& old_source, const Source& new_source, const st
   return lister.Take();
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

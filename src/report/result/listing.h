@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "report/edit/edit.h"
+#include "analysis/diff/edit.h"
 
-namespace korvel::report {
+namespace korvel {
 
 // Where a table embeds a structure.
 struct Embedding {
@@ -25,7 +25,7 @@ struct StructureEdits {
 };
 
 struct TableEdits {
-  enum class Status : std::uint8_t { kCompared, kNew, kGone };
+  enum class Status : std::uint8_t { kCompared, kNew, kRemoved };
 
   std::string table;
   Status status = Status::kCompared;
@@ -49,4 +49,4 @@ struct Listing {
 Listing ListChanges(const Source& old_source, const Source& new_source, const std::vector<std::string>& old_tables,
                     const std::vector<std::string>& added_tables);
 
-}  // namespace korvel::report
+}  // namespace korvel

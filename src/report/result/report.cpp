@@ -5,7 +5,7 @@
 
 #include "report/result/fold.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 // Whether nothing but waived findings speaks against a refused table. Not where the search for them stopped: the next may be
@@ -25,7 +25,7 @@ Summary Summarize(const Report& report) {
     if (result.status == Status::kAllowed) ++summary.allowed;
     if (result.status == Status::kRefused) ++summary.refused;
     if (result.status == Status::kRefused && !IsWaived(result)) ++summary.failing;
-    if (result.gone) ++summary.gone;
+    if (result.removed) ++summary.removed;
   }
   summary.compared = summary.allowed + summary.refused;
   for (const FoldedFinding& folded : Fold(report)) {
@@ -40,4 +40,4 @@ Summary Summarize(const Report& report) {
   return summary;
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

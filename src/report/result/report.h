@@ -6,28 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "analysis/table_result.h"
 #include "qmx/qmx_source_map.h"
-#include "report/finding/finding.h"
-#include "report/source/settings.h"
 
-namespace korvel::report {
-
-enum class Status { kAllowed, kRefused, kNew };
-
-// The answer for one table.
-struct TableResult {
-  std::string table;
-  Status status = Status::kNew;
-  const Source* first = nullptr;   // old; the same as `second` for a schema against itself. Null for a new table
-  const Source* second = nullptr;  // new
-  Location declared;               // the table's meta in the second file, or in the first if the second has none
-  bool gone = false;               // the second file has no such table; kRefused only
-  int code = 0;                    // the checker's; 0 unless kRefused
-  std::string rule;                // id in the catalogue; empty if the text has no row there
-  std::string text;                // the checker's, verbatim; empty unless kRefused, and for a refusal without a text
-  Settings settings;               // those that the checker was told
-  std::optional<Changes> changes;  // by commands that take the change apart
-};
+namespace korvel {
 
 struct ReportInput {
   std::string role;  // "old", "new", "source", "destination", "file"
@@ -47,7 +29,7 @@ struct ProjectFinding {
   std::string file;
   qmx::LineColumn position;
   std::string text;
-  std::string way_out;
+  std::string suggestion;
 };
 
 // Does not own what it is about: sources outlive it.
@@ -65,7 +47,7 @@ struct Summary {
   std::size_t allowed = 0;
   std::size_t refused = 0;
   std::size_t added = 0;
-  std::size_t gone = 0;
+  std::size_t removed = 0;
   std::size_t failing = 0;  // refused tables with a finding that nothing lets pass, and findings about the project file
   // Numbers of findings; one that several tables have counts once.
   std::size_t findings = 0;
@@ -78,4 +60,4 @@ struct Summary {
 
 Summary Summarize(const Report& report);
 
-}  // namespace korvel::report
+}  // namespace korvel

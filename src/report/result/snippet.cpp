@@ -1,10 +1,10 @@
 // The line of a mark, cut to what people can look at, and the caret under it. Held by tests/report/snippet_test.cpp.
 #include <algorithm>
 
-#include "report/result/places.h"
-#include "report/text/characters.h"
+#include "base/characters.h"
+#include "report/result/text_ranges.h"
 
-namespace korvel::report {
+namespace korvel {
 namespace {
 
 // The offset `count` characters behind `at`, or the end.
@@ -62,7 +62,7 @@ class Writer {
 
 }  // namespace
 
-std::optional<Snippet> SnippetOf(const Mark& mark) {
+std::optional<Snippet> SnippetOf(const TextRange& mark) {
   if (!mark.begin) return std::nullopt;
   const std::string_view line = mark.line;
   const auto in_line = [&](std::size_t offset) { return std::min(offset - std::min(offset, mark.line_begin), line.size()); };
@@ -81,4 +81,4 @@ std::optional<Snippet> SnippetOf(const Mark& mark) {
   return snippet;
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

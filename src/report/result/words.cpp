@@ -3,10 +3,10 @@
 
 #include <algorithm>
 
+#include "base/one_line.h"
 #include "common/result_codes.h"
-#include "report/text/one_line.h"
 
-namespace korvel::report {
+namespace korvel {
 
 const char* WordOf(Status status) {
   constexpr const char* kWords[] = {"allowed", "refused", "new"};
@@ -30,10 +30,11 @@ std::string Counted(std::size_t number, const std::string& noun) {
   return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
 }
 
-std::string Told(const Summary& summary) {
+std::string ToText(const Summary& summary) {
   const auto number = [](std::size_t n) { return std::to_string(n); };
   std::string told = Counted(summary.refused, "table") + " refused, " + number(summary.allowed) + " allowed; " +
-                     number(summary.compared) + " compared, " + number(summary.added) + " new, " + number(summary.gone) + " gone";
+                     number(summary.compared) + " compared, " + number(summary.added) + " new, " + number(summary.removed) +
+                     " gone";
   if (summary.findings > 0) told += "; " + Counted(summary.findings, "finding") + ", " + number(summary.waived) + " waived";
   if (summary.files_added + summary.files_deleted + summary.files_moved > 0) {
     told += "; files: " + number(summary.files_added) + " added, " + number(summary.files_deleted) + " deleted, " +
@@ -44,13 +45,13 @@ std::string Told(const Summary& summary) {
 
 std::string TextOf(const std::string& text) { return text.empty() ? "(the checker gives no text)" : OneLine(text); }
 
-std::string Told(const Mark& mark) {
+std::string ToText(const TextRange& mark) {
   std::string file = OneLine(mark.file);
   if (!mark.begin) return file;
   return file + ":" + std::to_string(mark.begin->line) + ":" + std::to_string(mark.begin->column);
 }
 
-std::string Told(const FileNote& note) {
+std::string ToText(const FileNote& note) {
   switch (note.kind) {
     case FileNote::Kind::kAdded:
       return "added: " + OneLine(note.new_file) + " (nothing to compare it with)";
@@ -78,9 +79,9 @@ bool IsRemoval(const Edit& edit) {
 }  // namespace
 
 const Location& LeadOf(const TableResult& table, const Finding& finding) {
-  const bool is_removal = finding.edits.empty() ? table.gone : IsRemoval(table.changes->edits[finding.edits.front()]);
-  const bool is_old = finding.old_place && (is_removal || !finding.new_place);
-  return is_old ? finding.old_place : finding.new_place;
+  const bool is_removal = finding.edits.empty() ? table.removed : IsRemoval(table.changes->edits[finding.edits.front()]);
+  const bool is_old = finding.old_location && (is_removal || !finding.new_location);
+  return is_old ? finding.old_location : finding.new_location;
 }
 
 std::vector<std::string> EditsOf(const TableResult& table, const Finding& finding) {
@@ -89,7 +90,7 @@ std::vector<std::string> EditsOf(const TableResult& table, const Finding& findin
   return told;
 }
 
-bool WasRefusedBefore(const TableResult& table) { return !table.gone && table.first != table.second; }
+bool WasRefusedBefore(const TableResult& table) { return !table.removed && table.first != table.second; }
 
 std::vector<std::string> AlsoOf(const FoldedFinding& folded) {
   std::vector<std::string> told;
@@ -118,8 +119,8 @@ std::string AllowedPart(const Changes& changes) {
 std::vector<Location> LocationsOf(const Report& report, bool with_edits) {
   std::vector<Location> locations;
   const auto add = [&](const auto& placed) {
-    locations.push_back(placed.old_place);
-    locations.push_back(placed.new_place);
+    locations.push_back(placed.old_location);
+    locations.push_back(placed.new_location);
   };
   for (const TableResult& table : report.tables) {
     locations.push_back(table.declared);
@@ -133,4 +134,4 @@ std::vector<Location> LocationsOf(const Report& report, bool with_edits) {
   return locations;
 }
 
-}  // namespace korvel::report
+}  // namespace korvel

@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "report/result/fold.h"
-#include "report/result/places.h"
 #include "report/result/report.h"
+#include "report/result/text_ranges.h"
 
-namespace korvel::report {
+namespace korvel {
 
 // "allowed", "refused", "new"
 const char* WordOf(Status status);
@@ -29,16 +29,16 @@ const char* RemarkOn(const Summary& summary);
 std::string Counted(std::size_t number, const std::string& noun);
 
 // "1 table refused, 2 allowed; 3 compared, 0 new, 1 gone", and what there is of findings, waivers and files.
-std::string Told(const Summary& summary);
+std::string ToText(const Summary& summary);
 
 // A text of the checker on one line; a refusal may have none.
 std::string TextOf(const std::string& text);
 
 // "FILE:LINE:COLUMN", on one line; "FILE" for a mark in an image.
-std::string Told(const Mark& mark);
+std::string ToText(const TextRange& mark);
 
 // "added: FILE (nothing to compare it with)", on one line.
-std::string Told(const FileNote& note);
+std::string ToText(const FileNote& note);
 
 // "ERROR_VALUE_FIELD"; "" for a number that is no result code.
 std::string CodeNameOf(int code);
@@ -64,4 +64,4 @@ std::size_t NumberOf(const Changes& changes, EditStatus status);
 // Every location that a report points at, those of all edits if `with_edits`, else those of findings.
 std::vector<Location> LocationsOf(const Report& report, bool with_edits);
 
-}  // namespace korvel::report
+}  // namespace korvel

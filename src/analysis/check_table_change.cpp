@@ -1,0 +1,59 @@
+// Runs the checker and collects its answer. No rule is decided here. Tested by tests/tool/check_test.cpp and tests/report.
+#include "analysis/check_table_change.h"
+
+#include "analysis/findings/findings.h"
+#include "analysis/suggest/suggestions.h"
+
+namespace korvel {
+
+TableResult CheckOperation(const Pair& pair, const TableNames& table, const std::function<int(ModifyTable&)>& run) {
+  TableResult result;
+  result.table = table.first;
+  result.first = &pair.first;
+  result.second = &pair.second;
+  const bool in_second = pair.second.HasMeta(table.second);
+  result.declared = in_second ? DeclaredAt(pair.second, table.second) : DeclaredAt(pair.first, table.first);
+  ModifyTable checker;
+  const Verdict verdict = VerdictOf(run(checker), checker);
+  result.status = verdict.Refused() ? Status::kRefused : Status::kAllowed;
+  result.removed = verdict.Refused() && !in_second;
+  result.code = verdict.code;
+  result.rule = verdict.rule;
+  result.text = verdict.text;
+  return result;
+}
+
+TableResult CheckTableChange(const TableCheck& check) {
+  const auto& [old_source, new_source] = check.sources;
+  const std::string& table = check.table;
+  const Settings settings = ResolveSettings(check.given, old_source, table);
+  TableResult result = CheckOperation(check.sources, {table, table}, [&](ModifyTable& checker) {
+    return checker.KorvelModifyTable(old_source.Library(), new_source.Library(), table.c_str(), *settings.type,
+                                     *settings.created_as, check.log, *settings.server_version, *settings.whitelist,
+                                     *settings.list_num);
+  });
+  result.settings = settings;
+  const Verdict whole{result.code, result.text, result.rule};
+  if (old_source.HasMeta(table) && new_source.HasMeta(table)) {
+    const Difference difference(old_source, new_source, table);
+    result.changes = FindChanges(difference, old_source, new_source, table, settings, whole, check.max_findings);
+    if (whole.Refused()) {
+      FindSuggestions(difference, old_source, new_source, table, settings, *result.changes, check.wants_fixes);
+    }
+  } else {
+    result.changes = FindRemovedTable(old_source, new_source, table, settings, whole);
+    FindSuggestionsForRemovedTable(old_source, new_source, table, settings, *result.changes);
+  }
+  return result;
+}
+
+TableResult NewTable(const Source& source, const std::string& table) {
+  TableResult result;
+  result.table = table;
+  result.status = Status::kNew;
+  result.second = &source;
+  result.declared = DeclaredAt(source, table);
+  return result;
+}
+
+}  // namespace korvel

@@ -1,0 +1,43 @@
+// Checks one table: the verdict of the checker, and what the caller wants to know about it.
+//
+// Functions here may run on several threads at once; the sources are only read and must outlive the results.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+
+#include "analysis/table_result.h"
+#include "base/limits.h"
+#include "common/modify_table.h"
+#include "schema/selection.h"
+
+namespace korvel {
+
+// One table under two schemas, and how much to find out about it.
+struct TableCheck {
+  Pair sources;  // at least the first has the table
+  std::string table;
+  Settings given;                           // settings that are absent are found in the old source (ResolveSettings)
+  std::size_t max_findings = kMaxFindings;  // at least 1
+  bool wants_fixes = false;                 // edits of the new file for each finding; they take time to find
+  LPVESKCATEGORYINST log;                   // not null
+};
+
+// The whole check of a table: verdict, changes, findings and a suggestion for each finding.
+TableResult CheckTableChange(const TableCheck& check);
+
+// A table's name in either file; the same unless the destination has another name.
+struct TableNames {
+  std::string first;
+  std::string second;
+};
+
+// Runs one operation of a fresh checker about one table of the first file; `run` calls it and returns the result code. The
+// result has no changes and no settings.
+TableResult CheckOperation(const Pair& pair, const TableNames& table, const std::function<int(ModifyTable&)>& run);
+
+// The result for a table that only the new file has.
+TableResult NewTable(const Source& source, const std::string& table);
+
+}  // namespace korvel

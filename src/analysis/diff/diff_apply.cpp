@@ -1,0 +1,111 @@
+// Makes chosen edits. Held by tests/report/diff_law_test.cpp.
+#include <algorithm>
+#include <utility>
+
+#include "analysis/diff/diff_parts.h"
+
+namespace korvel {
+namespace {
+
+constexpr EditKinds kEntryKinds = Bit(EditKind::kEntryAdded) | Bit(EditKind::kEntryRemoved) | Bit(EditKind::kEntryRenamed) |
+                                  Bit(EditKind::kEntryMoved) | Bit(EditKind::kEntryId) | Bit(EditKind::kEntryVersion) |
+                                  Bit(EditKind::kEntryType) | Bit(EditKind::kEntrySize) | Bit(EditKind::kEntryCount) |
+                                  Bit(EditKind::kEntryRefer) | Bit(EditKind::kEntryCustomAttr2) | Bit(EditKind::kEntryMeta);
+constexpr EditKinds kIndexKinds =
+    Bit(EditKind::kIndexAdded) | Bit(EditKind::kIndexRemoved) | Bit(EditKind::kIndexColumns) | Bit(EditKind::kIndexMoved);
+
+class Applier {
+ public:
+  Applier(const DifferenceParts& parts, const std::vector<bool>& chosen)
+      : parts_(parts), chosen_(chosen), kinds_(LibraryKinds()), finder_(parts.nodes) {}
+
+  const Model& Side(EditKind kind) const { return (kinds_ & Bit(kind)) != 0 ? parts_.new_model : parts_.old_model; }
+
+  // Calls `take` with each meta that the table reaches, once, in the order in which a walk meets them.
+  template <class Take>
+  void Walk(Take take) {
+    std::vector<bool> is_met(parts_.nodes.size(), false);
+    std::vector<std::size_t> waiting{0};
+    while (!waiting.empty()) {
+      const std::size_t node = waiting.back();
+      waiting.pop_back();
+      if (is_met[node]) continue;
+      is_met[node] = true;
+      MetaDecl decl = Make(parts_.nodes[node]);
+      const auto first = static_cast<std::ptrdiff_t>(waiting.size());
+      for (const qmx::EntryDecl& entry : decl.entries) {
+        if (!IsCompositeType(entry.type)) continue;
+        if (const std::size_t inner = finder_.Find(entry.type); inner != kNowhere && !is_met[inner]) waiting.push_back(inner);
+      }
+      std::reverse(waiting.begin() + first, waiting.end());
+      take(decl);
+    }
+  }
+
+ private:
+  EditKinds LibraryKinds() const {
+    EditKinds kinds = 0;
+    for (std::size_t i = 0; i < parts_.nodes.front().first_edit; ++i) {
+      if (chosen_[i]) kinds |= Bit(parts_.edits[i].kind);
+    }
+    return kinds;
+  }
+
+  MetaDecl Make(const MetaNode& node) const {
+    const auto first = chosen_.begin() + static_cast<std::ptrdiff_t>(node.first_edit);
+    const auto end = chosen_.begin() + static_cast<std::ptrdiff_t>(node.end_edit);
+    if (std::find(first, end, true) == end) return DeclOf(node.old_meta == nullptr ? *node.new_meta : *node.old_meta);
+    return node.pair->Make(ChosenOf(node));
+  }
+
+  ChosenEdits ChosenOf(const MetaNode& node) const {
+    ChosenEdits chosen;
+    chosen.entries.resize(node.pair->entries().slot_count());
+    chosen.indexes.resize(node.pair->indexes().slot_count());
+    for (std::size_t i = node.first_edit; i < node.end_edit; ++i) {
+      if (!chosen_[i]) continue;
+      const Edit& edit = parts_.edits[i];
+      const EditKinds kind = Bit(edit.kind);
+      if ((kind & kEntryKinds) != 0) {
+        chosen.entries[parts_.slots[i]] |= kind;
+      } else if ((kind & kIndexKinds) != 0) {
+        chosen.indexes[parts_.slots[i]] |= kind;
+      } else if (edit.kind == EditKind::kTableAttribute) {
+        chosen.attributes.push_back(edit.item);
+      } else {
+        chosen.meta |= kind;
+      }
+    }
+    return chosen;
+  }
+
+  const DifferenceParts& parts_;
+  const std::vector<bool>& chosen_;
+  EditKinds kinds_;  // of the library
+  NameFinder<MetaNode> finder_;
+};
+
+}  // namespace
+
+Model Difference::Apply(const std::vector<bool>& chosen) const {
+  Applier applier(*parts_, chosen);
+  Model model{applier.Side(EditKind::kLibraryName).name,
+              applier.Side(EditKind::kLibraryVersion).version,
+              applier.Side(EditKind::kLibraryProtocol).protocol,
+              {}};
+  applier.Walk([&](const MetaDecl& decl) { model.metas.push_back(ModelOf(decl)); });
+  return model;
+}
+
+std::optional<qmx::Metalib> Difference::Build(const std::vector<bool>& chosen) const {
+  Applier applier(*parts_, chosen);
+  qmx::MetalibBuilder builder(applier.Side(EditKind::kLibraryName).name, applier.Side(EditKind::kLibraryVersion).version,
+                              applier.Side(EditKind::kLibraryProtocol).protocol);
+  applier.Walk([&](MetaDecl& decl) {
+    DropLooseReferences(decl);  // a name that stands twice while only some edits are made means the first
+    AddTo(builder, decl);
+  });
+  return builder.Finish().metalib;
+}
+
+}  // namespace korvel

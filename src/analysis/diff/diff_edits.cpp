@@ -1,0 +1,253 @@
+// Lists the edits of a difference: what each is called, says and points at. Held by tests/report/diff_test.cpp.
+#include <utility>
+
+#include "analysis/diff/diff_parts.h"
+#include "analysis/diff/entry_attributes.h"
+#include "analysis/diff/meta_paths.h"
+#include "analysis/diff/table_attributes.h"
+
+namespace korvel {
+namespace {
+
+using Kind = qmx::ElementId::Kind;
+
+std::string KindText(const MetaModel& meta) { return meta.kind == QMX_TYPE_UNION ? "union" : "structure"; }
+
+std::string ProtocolText(qmx::Protocol protocol) {
+  if (protocol == qmx::Protocol::kUnset) return "";
+  return protocol == qmx::Protocol::kTlv ? "TLV" : "QMX";
+}
+
+std::string Joined(const std::vector<std::string>& names) {
+  std::string text;
+  for (const std::string& name : names) text.append(text.empty() ? "" : " ").append(name);
+  return text;
+}
+
+// "zone desc, uid"
+std::string ColumnsText(const IndexModel& index) {
+  std::string text;
+  for (const ColumnModel& column : index.columns) {
+    text.append(text.empty() ? "" : ", ").append(column.entry).append(column.descending ? " desc" : "");
+  }
+  return text;
+}
+
+// What stands before a position; "" at the front.
+template <class Item>
+std::string NameBefore(const std::vector<Item>& items, std::size_t position) {
+  return position == 0 ? "" : items[position - 1].name;
+}
+
+// Fills in the edits of one pair of metas.
+class PairEdits {
+ public:
+  PairEdits(const Source& old_source, const Source& new_source, const MetaPair& pair, DifferenceParts& parts)
+      : old_source_(old_source), new_source_(new_source), pair_(pair), parts_(parts) {}
+
+  void List() {
+    AddMetaEdits();
+    const Alignment& entries = pair_.entries();
+    for (const Slot slot : entries.Order([&](Slot one) { return !entries.IsRemoved(one); })) AddEntryEdits(slot);
+    AddKeyEdits();
+    const Alignment& indexes = pair_.indexes();
+    for (const Slot slot : indexes.Order([&](Slot one) { return !indexes.IsRemoved(one); })) AddIndexEdits(slot);
+  }
+
+ private:
+  // The edit still lacks its texts and places.
+  Edit& Add(EditKind kind, const std::string& item, Slot slot = 0) {
+    Edit& edit = parts_.edits.emplace_back();
+    parts_.slots.push_back(slot);
+    edit.kind = kind;
+    edit.meta = pair_.old_meta().name;
+    edit.item = item;
+    return edit;
+  }
+
+  Location OldLocation(Kind kind, std::size_t item, std::string_view attribute) const {
+    return {&old_source_, {kind, pair_.old_meta().position, static_cast<std::uint32_t>(item)}, attribute};
+  }
+  Location NewLocation(Kind kind, std::size_t item, std::string_view attribute) const {
+    return {&new_source_, {kind, pair_.new_meta().position, static_cast<std::uint32_t>(item)}, attribute};
+  }
+
+  // Of an attribute that a side may lack: then the place is the element.
+  void Point(Edit& edit, Kind kind, std::size_t old_item, std::size_t new_item, std::string_view attribute) const {
+    edit.old_location = OldLocation(kind, old_item, edit.before.empty() ? "" : attribute);
+    edit.new_location = NewLocation(kind, new_item, edit.after.empty() ? "" : attribute);
+  }
+
+  void AddMetaEdits() {
+    const MetaModel& old_meta = pair_.old_meta();
+    const MetaModel& new_meta = pair_.new_meta();
+    if (old_meta.kind != new_meta.kind) {
+      Edit& edit = Add(EditKind::kMetaKind, "");
+      edit.before = KindText(old_meta);
+      edit.after = KindText(new_meta);
+      Point(edit, Kind::kMeta, 0, 0, "kind");
+    }
+    for (AttributeChange& change : CompareAttributes(old_meta.customattr, new_meta.customattr)) {
+      Edit& edit = Add(EditKind::kTableAttribute, change.key);
+      edit.before = std::move(change.before);
+      edit.after = std::move(change.after);
+      edit.old_location = OldLocation(Kind::kMeta, 0, old_meta.customattr ? "customattr" : "");
+      edit.new_location = NewLocation(Kind::kMeta, 0, new_meta.customattr ? "customattr" : "");
+    }
+  }
+
+  void AddEntryEdits(Slot slot) {
+    const Alignment& entries = pair_.entries();
+    if (entries.IsAdded(slot)) {
+      const EntryModel& entry = pair_.NewEntry(slot);
+      AddAdded(EditKind::kEntryAdded, entry.name, TypeText(entry), Kind::kEntry, entries, slot);
+    } else if (entries.IsRemoved(slot)) {
+      const EntryModel& entry = pair_.OldEntry(slot);
+      AddRemoved(EditKind::kEntryRemoved, entry.name, TypeText(entry), Kind::kEntry, slot);
+    } else {
+      AddMove(EditKind::kEntryMoved, Kind::kEntry, &MetaModel::entries, entries, slot);
+      AddAttributes(slot);
+      AddRefer(slot);
+    }
+  }
+
+  void AddAdded(EditKind kind, const std::string& name, std::string text, Kind element, const Alignment& items, Slot slot) {
+    Edit& edit = Add(kind, name, slot);
+    edit.after = std::move(text);
+    edit.new_location = NewLocation(element, items.NewPosition(slot), "");
+  }
+
+  void AddRemoved(EditKind kind, const std::string& name, std::string text, Kind element, Slot slot) {
+    Edit& edit = Add(kind, name, slot);
+    edit.before = std::move(text);
+    edit.old_location = OldLocation(element, slot, "");
+    edit.new_location = NewLocation(Kind::kMeta, 0, "");
+  }
+
+  template <class Item>
+  void AddMove(EditKind kind, Kind element, std::vector<Item> MetaModel::*list, const Alignment& items, Slot slot) {
+    if (!items.IsMoved(slot)) return;
+    const std::vector<Item>& old_list = pair_.old_meta().*list;
+    Edit& edit = Add(kind, old_list[slot].name, slot);
+    edit.before = NameBefore(old_list, slot);
+    edit.after = NameBefore(pair_.new_meta().*list, items.NewPosition(slot));
+    edit.old_location = OldLocation(element, slot, "");
+    edit.new_location = NewLocation(element, items.NewPosition(slot), "");
+  }
+
+  void AddAttributes(Slot slot) {
+    const EntryModel& old_entry = pair_.OldEntry(slot);
+    const EntryModel& new_entry = pair_.NewEntry(slot);
+    if (old_entry == new_entry) return;
+    for (const EntryAttribute& attribute : EntryAttributes()) {
+      if (!attribute.differs(old_entry, new_entry)) continue;
+      Edit& edit = Add(attribute.kind, old_entry.name, slot);
+      edit.before = attribute.text(old_entry);
+      edit.after = attribute.text(new_entry);
+      Point(edit, Kind::kEntry, slot, pair_.entries().NewPosition(slot), attribute.name);
+    }
+  }
+
+  void AddRefer(Slot slot) {
+    const std::size_t position = pair_.entries().NewPosition(slot);
+    if (pair_.WithoutRemoved(pair_.old_references().refers[slot]) == pair_.new_references().refers[position]) return;
+    Edit& edit = Add(EditKind::kEntryRefer, pair_.OldEntry(slot).name, slot);
+    edit.before = pair_.OldEntry(slot).refer;
+    edit.after = pair_.NewEntry(slot).refer;
+    Point(edit, Kind::kEntry, slot, position, "refer");
+  }
+
+  void AddKeyEdits() {
+    AddKeyEdit(EditKind::kPrimaryKey, Kind::kPrimaryKey, &References::primary_key, &MetaModel::primary_key);
+    AddKeyEdit(EditKind::kSplittableKey, Kind::kSplittableKey, &References::splittable_key, &MetaModel::splittable_key);
+  }
+
+  void AddKeyEdit(EditKind kind, Kind element, Members References::*members, std::vector<std::string> MetaModel::*names) {
+    const Members kept = pair_.WithoutRemoved(pair_.old_references().*members);
+    if (kept == pair_.new_references().*members) return;
+    const auto& old_names = pair_.old_meta().*names;
+    const auto& new_names = pair_.new_meta().*names;
+    Edit& edit = Add(kind, "");
+    edit.before = Joined(old_names);
+    edit.after = Joined(new_names);
+    // A side without the key has the meta for its place.
+    edit.old_location = old_names.empty() ? OldLocation(Kind::kMeta, 0, "") : OldLocation(element, 0, "entries");
+    edit.new_location = new_names.empty() ? NewLocation(Kind::kMeta, 0, "") : NewLocation(element, 0, "entries");
+  }
+
+  void AddIndexEdits(Slot slot) {
+    const Alignment& indexes = pair_.indexes();
+    if (indexes.IsAdded(slot)) {
+      const IndexModel& index = pair_.NewIndex(slot);
+      AddAdded(EditKind::kIndexAdded, index.name, ColumnsText(index), Kind::kIndex, indexes, slot);
+    } else if (indexes.IsRemoved(slot)) {
+      const IndexModel& index = pair_.OldIndex(slot);
+      AddRemoved(EditKind::kIndexRemoved, index.name, ColumnsText(index), Kind::kIndex, slot);
+    } else {
+      AddMove(EditKind::kIndexMoved, Kind::kIndex, &MetaModel::indexes, indexes, slot);
+      AddColumns(slot);
+    }
+  }
+
+  void AddColumns(Slot slot) {
+    const std::size_t position = pair_.indexes().NewPosition(slot);
+    const Members& columns = pair_.new_references().columns[position];
+    if (pair_.WithoutRemoved(pair_.old_references().columns[slot]) == columns) return;
+    Edit& edit = Add(EditKind::kIndexColumns, pair_.OldIndex(slot).name, slot);
+    edit.before = ColumnsText(pair_.OldIndex(slot));
+    edit.after = ColumnsText(pair_.NewIndex(slot));
+    edit.old_location = OldLocation(Kind::kIndex, slot, "");
+    edit.new_location = NewLocation(Kind::kIndex, position, "");
+  }
+
+  const Source& old_source_;
+  const Source& new_source_;
+  const MetaPair& pair_;
+  DifferenceParts& parts_;
+};
+
+void ListLibraryEdits(const Source& old_source, const Source& new_source, DifferenceParts& parts) {
+  const auto compare = [&](EditKind kind, std::string_view attribute, auto text) {
+    std::string before = text(parts.old_model);
+    std::string after = text(parts.new_model);
+    if (before == after) return;
+    Edit& edit = parts.edits.emplace_back();
+    parts.slots.push_back(0);
+    edit.kind = kind;
+    edit.old_location = {&old_source, {Kind::kMetalib}, before.empty() ? "" : attribute};
+    edit.new_location = {&new_source, {Kind::kMetalib}, after.empty() ? "" : attribute};
+    edit.before = std::move(before);
+    edit.after = std::move(after);
+    edit.paths = {""};
+    edit.path_count = 1;
+  };
+  compare(EditKind::kLibraryName, "name", [](const Model& model) { return model.name; });
+  compare(EditKind::kLibraryVersion, "version", [](const Model& model) { return std::to_string(model.version); });
+  compare(EditKind::kLibraryProtocol, "protocol", [](const Model& model) { return ProtocolText(model.protocol); });
+}
+
+// Gives the edits of a node the ways that lead to them.
+void AddPaths(const MetaPaths& paths, std::size_t meta, const MetaNode& node, std::vector<Edit>& edits) {
+  if (node.first_edit == node.end_edit) return;
+  const std::vector<std::string> ways = paths.PathsTo(meta);
+  for (std::size_t i = node.first_edit; i < node.end_edit; ++i) {
+    const bool is_entry = edits[i].kind >= EditKind::kEntryAdded;
+    for (const std::string& way : ways) edits[i].paths.push_back(is_entry ? way + "." + edits[i].item : way);
+    edits[i].path_count = paths.CountTo(meta);
+  }
+}
+
+}  // namespace
+
+void ListEdits(const Source& old_source, const Source& new_source, DifferenceParts& parts) {
+  ListLibraryEdits(old_source, new_source, parts);
+  const MetaPaths paths(parts.old_model);
+  for (MetaNode& node : parts.nodes) {
+    node.first_edit = parts.edits.size();
+    if (node.pair) PairEdits(old_source, new_source, *node.pair, parts).List();
+    node.end_edit = parts.edits.size();
+    if (node.pair) AddPaths(paths, static_cast<std::size_t>(node.old_meta - parts.old_model.metas.data()), node, parts.edits);
+  }
+}
+
+}  // namespace korvel

@@ -1,0 +1,214 @@
+// What an edit needs so that the schema it makes can be said by a schema file: names that differ, fields that are there, counters
+// that can count. Whether the checker allows it is not asked here. Held by tests/report/diff_needs_test.cpp.
+#include <algorithm>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "analysis/diff/diff_parts.h"
+
+namespace korvel {
+namespace {
+
+class NodeNeeds {
+ public:
+  NodeNeeds(const MetaNode& node, DifferenceParts& parts)
+      : node_(node), pair_(*node.pair), parts_(parts), old_names_(pair_.old_meta().entries) {
+    for (std::size_t i = node.first_edit; i < node.end_edit; ++i) edits_.emplace(Key(parts.edits[i].kind, parts.slots[i]), i);
+  }
+
+  void Find() {
+    for (std::size_t i = node_.first_edit; i < node_.end_edit; ++i) FindOf(i);
+    BindAttributes();
+  }
+
+ private:
+  static std::uint64_t Key(EditKind kind, Slot slot) { return (std::uint64_t{slot} << 8) | static_cast<std::uint64_t>(kind); }
+
+  void FindOf(std::size_t edit) {
+    const Slot slot = parts_.slots[edit];
+    switch (parts_.edits[edit].kind) {
+      case EditKind::kEntryAdded:
+        NeedName(edit, slot);
+        return NeedCounter(edit, slot);
+      case EditKind::kEntryRenamed:
+        return NeedName(edit, slot);
+      case EditKind::kEntryRefer:
+        return NeedCounter(edit, slot);
+      case EditKind::kPrimaryKey:
+        return NeedMembers(edit, pair_.new_references().primary_key);
+      case EditKind::kSplittableKey:
+        return NeedMembers(edit, pair_.new_references().splittable_key);
+      case EditKind::kIndexAdded:
+      case EditKind::kIndexColumns:
+        return NeedMembers(edit, pair_.new_references().columns[pair_.indexes().NewPosition(slot)]);
+      default:
+        return;
+    }
+  }
+
+  // Notes that `edit` needs the edit of that kind and entry, if there is one.
+  void Need(std::size_t edit, EditKind kind, Slot slot) {
+    const auto found = edits_.find(Key(kind, slot));
+    if (found != edits_.end()) parts_.needs[edit].push_back(found->second);
+  }
+
+  // An entry that gets a name needs the one that has it to give it up.
+  void NeedName(std::size_t edit, Slot slot) {
+    const std::size_t holder = old_names_.Find(pair_.NewEntry(slot).name);
+    if (holder == kNowhere || holder == slot) return;
+    Need(edit, EditKind::kEntryRenamed, static_cast<Slot>(holder));
+    Need(edit, EditKind::kEntryRemoved, static_cast<Slot>(holder));
+  }
+
+  void NeedMembers(std::size_t edit, const Members& members) {
+    for (const Member& member : members) Need(edit, EditKind::kEntryAdded, member.entry);
+  }
+
+  // An entry that is counted needs its counter: there, before it, one integer.
+  void NeedCounter(std::size_t edit, Slot slot) {
+    const Slot counter = pair_.new_references().refers[pair_.entries().NewPosition(slot)];
+    if (counter == kNoSlot) return;
+    Need(edit, EditKind::kEntryAdded, counter);
+    if (pair_.entries().IsAdded(counter)) return;
+    const EntryModel& old_counter = pair_.OldEntry(counter);
+    if (!CanHoldCount(old_counter.type, 1)) Need(edit, EditKind::kEntryType, counter);
+    if (old_counter.count != 1) Need(edit, EditKind::kEntryCount, counter);
+    if (StandsBefore(counter, slot)) return;
+    Need(edit, EditKind::kEntryMoved, counter);
+    Need(edit, EditKind::kEntryMoved, slot);
+  }
+
+  // Whether the old counter stands before the entry without a move.
+  bool StandsBefore(Slot counter, Slot slot) {
+    if (!pair_.entries().IsAdded(slot)) return counter < slot;
+    if (anchors_.empty()) anchors_ = pair_.entries().Anchors();
+    return counter < anchors_[pair_.entries().NewPosition(slot)];
+  }
+
+  // Attributes of a table and marks of its sort fields make sense together alone: which keys there may be depends on the type,
+  // and the marks are numbered without gaps.
+  void BindAttributes() {
+    std::vector<std::size_t> bound;
+    bool type_changes = false;
+    for (std::size_t i = node_.first_edit; i < node_.end_edit; ++i) {
+      const Edit& edit = parts_.edits[i];
+      if (edit.kind != EditKind::kTableAttribute) continue;
+      const bool is_type = edit.item == "TableType";
+      type_changes = type_changes || is_type;
+      if (is_type || edit.before.empty() || edit.after.empty()) bound.push_back(i);
+    }
+    if (!type_changes) bound.clear();
+    for (std::size_t i = node_.first_edit; i < node_.end_edit; ++i) {
+      if (ChangesSortMark(i)) bound.push_back(i);
+    }
+    NeedEachOther(bound);
+  }
+
+  static bool IsSortMark(const EntryModel& entry) { return entry.customattr2 && entry.customattr2->starts_with("sort="); }
+
+  bool ChangesSortMark(std::size_t edit) const {
+    const Slot slot = parts_.slots[edit];
+    switch (parts_.edits[edit].kind) {
+      case EditKind::kEntryAdded:
+        return IsSortMark(pair_.NewEntry(slot));
+      case EditKind::kEntryRemoved:
+        return IsSortMark(pair_.OldEntry(slot));
+      case EditKind::kEntryCustomAttr2:
+        return IsSortMark(pair_.OldEntry(slot)) || IsSortMark(pair_.NewEntry(slot));
+      default:
+        return false;
+    }
+  }
+
+  // In a circle: what needs one needs all.
+  void NeedEachOther(const std::vector<std::size_t>& edits) {
+    for (std::size_t i = 0; i < edits.size() && edits.size() > 1; ++i) {
+      parts_.needs[edits[i]].push_back(edits[(i + 1) % edits.size()]);
+    }
+  }
+
+  const MetaNode& node_;
+  const MetaPair& pair_;
+  DifferenceParts& parts_;
+  NameFinder<EntryModel> old_names_;
+  std::unordered_map<std::uint64_t, std::size_t> edits_;
+  std::vector<Slot> anchors_;  // once they are asked for
+};
+
+std::unordered_set<std::int32_t> IdsOf(const MetaModel& meta) {
+  std::unordered_set<std::int32_t> ids;
+  for (const EntryModel& entry : meta.entries) ids.insert(entry.id);
+  return ids;
+}
+
+// In a TLV library each entry has an id of its own: a library becomes one with them, and may be without when it no longer is one.
+class ProtocolNeeds {
+ public:
+  ProtocolNeeds(DifferenceParts& parts, std::size_t protocol) : parts_(parts), protocol_(protocol) {}
+
+  void Find() {
+    const bool begins = parts_.edits[protocol_].after == "TLV";
+    const bool ends = parts_.edits[protocol_].before == "TLV";
+    for (const MetaNode& node : parts_.nodes) {
+      if (!node.pair) continue;
+      const std::unordered_set<std::int32_t> old_ids = IdsOf(node.pair->old_meta());
+      const std::unordered_set<std::int32_t> new_ids = IdsOf(node.pair->new_meta());
+      for (std::size_t i = node.first_edit; i < node.end_edit; ++i) {
+        if (begins && MakesWay(*node.pair, i, new_ids)) parts_.needs[protocol_].push_back(i);
+        if (ends && IsInTheWay(*node.pair, i, old_ids)) parts_.needs[i].push_back(protocol_);
+      }
+    }
+  }
+
+ private:
+  // Whether an edit gives an entry its id, or takes away one that has none or that of another.
+  bool MakesWay(const MetaPair& pair, std::size_t edit, const std::unordered_set<std::int32_t>& new_ids) const {
+    const EditKind kind = parts_.edits[edit].kind;
+    if (kind == EditKind::kEntryId) return true;
+    if (kind != EditKind::kEntryRemoved) return false;
+    const std::int32_t id = pair.OldEntry(parts_.slots[edit]).id;
+    return id == -1 || new_ids.contains(id);
+  }
+
+  // Whether an edit brings an entry without an id, or with that of another.
+  bool IsInTheWay(const MetaPair& pair, std::size_t edit, const std::unordered_set<std::int32_t>& old_ids) const {
+    const EditKind kind = parts_.edits[edit].kind;
+    if (kind != EditKind::kEntryId && kind != EditKind::kEntryAdded) return false;
+    const std::int32_t id = pair.NewEntry(parts_.slots[edit]).id;
+    return id == -1 || old_ids.contains(id);
+  }
+
+  DifferenceParts& parts_;
+  std::size_t protocol_;
+};
+
+}  // namespace
+
+void FindNeeds(DifferenceParts& parts) {
+  parts.needs.resize(parts.edits.size());
+  for (const MetaNode& node : parts.nodes) {
+    if (node.pair) NodeNeeds(node, parts).Find();
+  }
+  const auto protocol = std::ranges::find(parts.edits, EditKind::kLibraryProtocol, &Edit::kind);
+  if (protocol == parts.edits.end()) return;
+  ProtocolNeeds(parts, static_cast<std::size_t>(protocol - parts.edits.begin())).Find();
+}
+
+std::vector<std::size_t> AllNeeds(const DifferenceParts& parts, std::size_t edit) {
+  std::vector<std::size_t> found;
+  std::vector<std::size_t> waiting{edit};
+  std::unordered_set<std::size_t> met{edit};
+  while (!waiting.empty()) {
+    const std::size_t next = waiting.back();
+    waiting.pop_back();
+    for (const std::size_t need : parts.needs[next]) {
+      if (!met.insert(need).second) continue;
+      found.push_back(need);
+      waiting.push_back(need);
+    }
+  }
+  std::ranges::sort(found);
+  return found;
+}
+
+}  // namespace korvel

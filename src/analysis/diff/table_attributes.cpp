@@ -1,0 +1,92 @@
+// Pairs of table attributes. Held by tests/report/table_attributes_test.cpp.
+#include "analysis/diff/table_attributes.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "analysis/diff/edit.h"
+
+namespace korvel {
+namespace {
+
+using Pairs = std::vector<AttributePair>;
+
+const AttributePair* Find(const Pairs& pairs, std::string_view key) {
+  const auto found = std::ranges::find(pairs, key, &AttributePair::key);
+  return found == pairs.end() ? nullptr : &*found;
+}
+
+bool KeysDiffer(const Pairs& pairs) {
+  std::vector<std::string_view> keys;
+  for (const AttributePair& pair : pairs) keys.push_back(pair.key);
+  std::ranges::sort(keys);
+  return std::ranges::adjacent_find(keys) == keys.end();
+}
+
+std::string Shown(const std::optional<std::string>& text) { return text ? ValueText(*text) : ""; }
+
+std::vector<AttributeChange> ComparePairs(const Pairs& old_pairs, const Pairs& new_pairs) {
+  std::vector<AttributeChange> changes;
+  for (const auto& [key, value] : old_pairs) {
+    const AttributePair* const after = Find(new_pairs, key);
+    if (after != nullptr && after->value == value) continue;
+    changes.push_back({std::string(key), ValueText(value), after == nullptr ? "" : ValueText(after->value)});
+  }
+  for (const auto& [key, value] : new_pairs) {
+    if (Find(old_pairs, key) == nullptr) changes.push_back({std::string(key), "", ValueText(value)});
+  }
+  return changes;
+}
+
+}  // namespace
+
+std::optional<Pairs> SplitAttributes(const std::optional<std::string>& text) {
+  Pairs pairs;
+  if (!text || text->empty()) return pairs;
+  for (std::string_view rest = *text;;) {
+    const std::string_view pair = rest.substr(0, rest.find(';'));
+    const std::size_t sign = pair.find('=');
+    if (sign == std::string_view::npos || sign == 0 || pairs.size() == kMaxAttributePairs) return std::nullopt;
+    pairs.push_back({pair.substr(0, sign), pair.substr(sign + 1)});
+    if (pair.size() == rest.size()) break;
+    rest.remove_prefix(pair.size() + 1);
+  }
+  return KeysDiffer(pairs) ? std::optional(std::move(pairs)) : std::nullopt;
+}
+
+std::vector<AttributeChange> CompareAttributes(const std::optional<std::string>& old_text,
+                                               const std::optional<std::string>& new_text) {
+  if (old_text == new_text) return {};
+  const std::optional<Pairs> old_pairs = SplitAttributes(old_text);
+  const std::optional<Pairs> new_pairs = SplitAttributes(new_text);
+  std::vector<AttributeChange> changes;
+  if (old_pairs && new_pairs) changes = ComparePairs(*old_pairs, *new_pairs);
+  if (changes.empty()) changes.push_back({"", Shown(old_text), Shown(new_text)});
+  return changes;
+}
+
+std::optional<std::string> ChangeAttributes(const std::optional<std::string>& old_text,
+                                            const std::optional<std::string>& new_text,
+                                            const std::vector<std::string_view>& chosen_keys) {
+  if (chosen_keys.empty()) return old_text;
+  if (chosen_keys.size() == CompareAttributes(old_text, new_text).size()) return new_text;
+  // Only changes of single keys can be chosen in part.
+  const Pairs old_pairs = *SplitAttributes(old_text);
+  const Pairs new_pairs = *SplitAttributes(new_text);
+  const auto is_chosen = [&](std::string_view key) { return std::ranges::find(chosen_keys, key) != chosen_keys.end(); };
+  std::string text;
+  const auto add = [&text](const AttributePair& pair) {
+    text.append(text.empty() ? "" : ";").append(pair.key).append("=").append(pair.value);
+  };
+  for (const AttributePair& pair : old_pairs) {
+    const AttributePair* const after = Find(new_pairs, pair.key);
+    if (!is_chosen(pair.key)) add(pair);
+    if (is_chosen(pair.key) && after != nullptr) add(*after);
+  }
+  for (const AttributePair& pair : new_pairs) {
+    if (Find(old_pairs, pair.key) == nullptr && is_chosen(pair.key)) add(pair);
+  }
+  return text.empty() ? std::nullopt : std::optional(text);
+}
+
+}  // namespace korvel

@@ -1,0 +1,256 @@
+// Findings out of the search's refusals, with their places. No rule is decided here. Held by tests/report: findings_test,
+// findings_law_test and findings_cases_test.
+#include "analysis/findings/findings.h"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <thread>
+
+#include "analysis/findings/bad_names.h"
+#include "analysis/findings/fingerprint.h"
+#include "analysis/findings/search.h"
+#include "base/parallel.h"
+
+namespace korvel {
+namespace {
+
+// The two sides of a change, and what the checker is told about the table.
+struct Case {
+  const Source& old_source;
+  const Source& new_source;
+  const std::string& table;
+  const Settings& settings;
+};
+
+Location LocationOf(const Source& source, const std::string& table) {
+  return source.HasMeta(table) ? DeclaredAt(source, table) : Location{&source, {}, {}};
+}
+
+// A finding without edits, about the table as a whole.
+Finding AboutTable(const Case& asked, const Verdict& verdict) {
+  Finding finding;
+  finding.verdict = verdict;
+  finding.path = asked.table;
+  finding.old_location = LocationOf(asked.old_source, asked.table);
+  finding.new_location = LocationOf(asked.new_source, asked.table);
+  return finding;
+}
+
+Finding AboutEdits(const std::vector<Edit>& edits, std::vector<std::size_t> refused, const Verdict& verdict) {
+  const Edit& first = edits[refused.front()];
+  Finding finding;
+  finding.edits = std::move(refused);
+  finding.verdict = verdict;
+  finding.path = first.paths.empty() ? "" : first.paths.front();
+  finding.old_location = first.old_location;
+  finding.new_location = first.new_location;
+  return finding;
+}
+
+// --- Names ---
+
+std::vector<std::string> FieldNames(const Model& model) {
+  std::vector<std::string> names;
+  for (const EntryModel& entry : model.metas.front().entries) names.push_back(entry.name);
+  return names;
+}
+
+// A field whose name is refused, and the edit that brought it; none if it was there before.
+struct BadField {
+  std::string name;
+  Verdict verdict;
+  std::optional<std::size_t> edit;
+};
+
+class EditsByName {
+ public:
+  EditsByName(const std::vector<Edit>& edits, const std::string& table) {
+    for (std::size_t i = 0; i < edits.size(); ++i) {
+      if (edits[i].meta != table) continue;
+      if (edits[i].kind == EditKind::kEntryAdded) edits_.emplace(edits[i].item, i);
+      if (edits[i].kind == EditKind::kEntryRenamed) edits_.emplace(edits[i].after, i);
+    }
+  }
+
+  std::optional<std::size_t> Find(const std::string& name) const {
+    const auto found = edits_.find(name);
+    return found == edits_.end() ? std::nullopt : std::optional(found->second);
+  }
+
+ private:
+  std::map<std::string, std::size_t> edits_;
+};
+
+std::vector<BadField> FindBadFields(const Difference& difference, const std::string& table, std::size_t most) {
+  const std::vector<std::string> names = FieldNames(difference.new_model());
+  std::vector<BadField> fields;
+  std::optional<EditsByName> edits;
+  for (BadName& bad : FindBadNames(table, names, most)) {
+    if (!edits) edits.emplace(difference.edits(), table);
+    fields.push_back({names[bad.position], std::move(bad.verdict), edits->Find(names[bad.position])});
+  }
+  return fields;
+}
+
+// Position of the first entry of a name; none if it is not there.
+std::optional<std::uint32_t> EntryPosition(const Model& model, const std::string& name) {
+  const std::vector<EntryModel>& entries = model.metas.front().entries;
+  const auto found = std::ranges::find(entries, name, &EntryModel::name);
+  if (found == entries.end()) return std::nullopt;
+  return static_cast<std::uint32_t>(found - entries.begin());
+}
+
+Location NameLocation(const Source& source, const Model& model, const std::string& name) {
+  const std::optional<std::uint32_t> entry = EntryPosition(model, name);
+  if (!entry) return {};
+  const std::uint32_t meta = *PositionOf(source, model.metas.front().name);
+  return {&source, {qmx::ElementId::Kind::kEntry, meta, *entry}, "name"};
+}
+
+Finding AboutBadField(const Case& asked, const Difference& difference, const BadField& field) {
+  if (field.edit) {
+    Finding finding = AboutEdits(difference.edits(), {*field.edit}, field.verdict);
+    finding.new_location.attribute = "name";
+    return finding;
+  }
+  Finding finding = AboutTable(asked, field.verdict);
+  finding.path += "." + field.name;
+  finding.old_location = NameLocation(asked.old_source, difference.old_model(), field.name);
+  finding.new_location = NameLocation(asked.new_source, difference.new_model(), field.name);
+  return finding;
+}
+
+// --- The search ---
+
+std::vector<CheckAnswer> AskAll(const Case& asked, const Difference& difference, const std::vector<EditSet>& sets) {
+  const std::size_t size = asked.old_source.metalib.size() + asked.new_source.metalib.size();
+  std::vector<CheckAnswer> answers(sets.size());
+  ForEach(sets.size(), size < kWorthAThread ? 1 : std::thread::hardware_concurrency(), [&](std::size_t i) {
+    const std::optional<qmx::Metalib> built = difference.Build(sets[i]);
+    if (built) answers[i] = AskChecker(asked.old_source.Library(), built->get(), asked.table, asked.settings);
+  });
+  return answers;
+}
+
+// Those of one structure, and of these those of one kind.
+std::vector<std::vector<std::size_t>> ClustersOf(const std::vector<Edit>& edits) {
+  std::map<std::string, std::vector<std::size_t>> of_meta;
+  std::map<std::pair<std::string, EditKind>, std::vector<std::size_t>> of_kind;
+  for (std::size_t i = 0; i < edits.size(); ++i) {
+    of_meta[edits[i].meta].push_back(i);
+    of_kind[{edits[i].meta, edits[i].kind}].push_back(i);
+  }
+  std::vector<std::vector<std::size_t>> clusters;
+  clusters.reserve(of_meta.size() + of_kind.size());
+  for (auto& [meta, cluster] : of_meta) clusters.push_back(std::move(cluster));
+  for (auto& [kind, cluster] : of_kind) clusters.push_back(std::move(cluster));
+  return clusters;
+}
+
+SearchResult SearchEdits(const Case& asked, const Difference& difference, const std::vector<BadField>& bad_fields,
+                         std::size_t most) {
+  SearchInput input;
+  for (std::size_t i = 0; i < difference.edits().size(); ++i) input.needs.push_back(difference.Needs(i));
+  input.ask = [&](const std::vector<EditSet>& sets) { return AskAll(asked, difference, sets); };
+  for (BadName& bad : FindBadNames(asked.table, FieldNames(difference.old_model()), most)) {
+    input.preexisting.push_back(std::move(bad.verdict));
+  }
+  input.known_refused.resize(input.needs.size());
+  for (const BadField& field : bad_fields) {
+    if (field.edit) input.known_refused[*field.edit] = true;
+  }
+  input.clusters = ClustersOf(difference.edits());
+  input.max_refusals = most;
+  return Search(input);
+}
+
+// --- The whole ---
+
+bool Says(const Finding& finding, const std::vector<std::size_t>& edits, const Verdict& verdict) {
+  return finding.edits == edits && finding.verdict.code == verdict.code && finding.verdict.text == verdict.text;
+}
+
+// One that is there already is replaced: this one knows that it is about the name.
+void AddOrReplace(std::vector<Finding>& findings, Finding finding) {
+  const auto same = std::ranges::find_if(
+      findings, [&](const Finding& other) { return Says(other, finding.edits, finding.verdict) && other.path == finding.path; });
+  same == findings.end() ? findings.push_back(std::move(finding)) : static_cast<void>(*same = std::move(finding));
+}
+
+// The schema as it would be with the allowed edits is still refused, as it was: unless a name says why, the table does.
+void AddPreexisting(const Case& asked, const CheckAnswer& together, std::vector<Finding>& findings) {
+  if (!together || !together->Refused()) return;
+  const bool said = std::ranges::any_of(findings, [&](const Finding& one) { return Says(one, {}, *together); });
+  if (!said) findings.insert(findings.begin(), AboutTable(asked, *together));
+}
+
+std::vector<EditStatus> StatusesOf(const EditSet& allowed, const std::vector<Finding>& findings) {
+  std::vector<EditStatus> status(allowed.size(), EditStatus::kBlocked);
+  for (const Finding& finding : findings) {
+    for (const std::size_t edit : finding.edits) status[edit] = EditStatus::kRefused;
+  }
+  for (std::size_t i = 0; i < allowed.size(); ++i) {
+    if (allowed[i]) status[i] = EditStatus::kAllowed;
+  }
+  return status;
+}
+
+std::vector<std::size_t> AllOf(const std::vector<Edit>& edits) {
+  std::vector<std::size_t> all(edits.size());
+  for (std::size_t i = 0; i < all.size(); ++i) all[i] = i;
+  return all;
+}
+
+// What an image holds beyond what schema files can say is no edit, yet the checker may look at it.
+void AddWhole(const Case& asked, const Verdict& whole, Changes& changes) {
+  changes.findings.push_back(changes.edits.empty() ? AboutTable(asked, whole)
+                                                   : AboutEdits(changes.edits, AllOf(changes.edits), whole));
+  changes.status.assign(changes.edits.size(), EditStatus::kRefused);
+  changes.allowed_together = AskChecker(asked.old_source.Library(), asked.old_source.Library(), asked.table, asked.settings);
+}
+
+void TakeApart(const Case& asked, const Difference& difference, const Verdict& whole, std::size_t most, Changes& changes) {
+  const std::vector<BadField> bad_fields = FindBadFields(difference, asked.table, most);
+  SearchResult found = SearchEdits(asked, difference, bad_fields, most);
+  for (RejectedSet& refusal : found.refusals) {
+    changes.findings.push_back(AboutEdits(changes.edits, std::move(refusal.edits), refusal.verdict));
+  }
+  for (const BadField& field : bad_fields) AddOrReplace(changes.findings, AboutBadField(asked, difference, field));
+  std::ranges::stable_sort(changes.findings, {}, &Finding::edits);
+  AddPreexisting(asked, found.together, changes.findings);
+  changes.stopped = found.stopped || changes.findings.size() > most;
+  if (changes.findings.size() > most) changes.findings.resize(most);
+  changes.status = StatusesOf(found.allowed, changes.findings);
+  if (found.together) changes.allowed_together = *found.together;
+  if (changes.findings.empty()) AddWhole(asked, whole, changes);
+}
+
+}  // namespace
+
+Changes FindChanges(const Difference& difference, const Source& old_source, const Source& new_source, const std::string& table,
+                    const Settings& settings, const Verdict& whole, std::size_t max_findings) {
+  Changes changes;
+  changes.edits = difference.edits();
+  if (whole.Refused()) {
+    TakeApart({old_source, new_source, table, settings}, difference, whole, max_findings, changes);
+  } else {
+    changes.status.assign(changes.edits.size(), EditStatus::kAllowed);
+  }
+  for (Finding& finding : changes.findings) {
+    finding.fingerprint = FingerprintOf(old_source.LibraryName(), finding, changes.edits);
+  }
+  return changes;
+}
+
+Changes FindRemovedTable(const Source& old_source, const Source& new_source, const std::string& table, const Settings& settings,
+                         const Verdict& whole) {
+  Changes changes;
+  changes.findings.push_back(AboutTable({old_source, new_source, table, settings}, whole));
+  changes.allowed_together = AskChecker(old_source.Library(), old_source.Library(), table, settings);
+  Finding& finding = changes.findings.front();
+  finding.fingerprint = FingerprintOf(old_source.LibraryName(), finding, {});
+  return changes;
+}
+
+}  // namespace korvel

@@ -1,0 +1,289 @@
+// Finds out what differs between a file and a model, meta by meta; element_text.cpp changes the bytes. Whether the model is any
+// good is not asked here. Held by tests/report/rewrite_test.cpp.
+#include "analysis/suggest/rewrite.h"
+
+#include <algorithm>
+#include <string_view>
+#include <unordered_map>
+
+#include "analysis/diff/alignment.h"
+#include "qmx/qmx_metalib_kernel.h"
+#include "schema/model_text.h"
+
+namespace korvel {
+namespace {
+
+using Kind = qmx::ElementId::Kind;
+
+// One meta in the text of a source.
+struct MetaText {
+  std::string_view text;
+  const qmx::SourceMap& places;
+  std::uint32_t meta;
+
+  std::optional<std::size_t> Find(Kind kind, std::size_t item = 0, std::size_t column = 0) const {
+    return places.Find({kind, meta, static_cast<std::uint32_t>(item), static_cast<std::uint32_t>(column)});
+  }
+  // REQUIRES: the element is there.
+  std::size_t Place(Kind kind, std::size_t item = 0, std::size_t column = 0) const { return *Find(kind, item, column); }
+};
+
+std::optional<MetaText> TextOf(const Source& source, const std::string& meta) {
+  if (!source.text) return std::nullopt;
+  return MetaText{source.text->bytes, source.text->source_map, *PositionOf(source, meta)};
+}
+
+constexpr Kind KindOf(const EntryModel&) { return Kind::kEntry; }
+constexpr Kind KindOf(const IndexModel&) { return Kind::kIndex; }
+
+// Makes an element say `wanted`. `base` is where the text of `edits` begins in that of `from`.
+bool Change(TextEdits& edits, std::size_t base, const MetaText& from, std::size_t position, const EntryModel& was,
+            const EntryModel& wanted) {
+  return was == wanted ||
+         edits.ChangeAttributes(from.Place(Kind::kEntry, position) - base, AttributesOf(was), AttributesOf(wanted));
+}
+
+bool Change(TextEdits& edits, std::size_t base, const MetaText& from, std::size_t position, const IndexModel& was,
+            const IndexModel& wanted) {
+  bool said = edits.ChangeAttributes(from.Place(Kind::kIndex, position) - base, AttributesOf(was), AttributesOf(wanted));
+  for (std::size_t i = 0; i < wanted.columns.size(); ++i) {
+    const std::size_t place = from.Place(Kind::kColumn, position, i) - base;
+    said = edits.ChangeAttributes(place, AttributesOf(was.columns[i]), AttributesOf(wanted.columns[i])) && said;
+  }
+  return said;
+}
+
+// Whether an element can become another one without a child more or less.
+bool HaveSameShape(const EntryModel&, const EntryModel&) { return true; }
+bool HaveSameShape(const IndexModel& was, const IndexModel& wanted) { return was.columns.size() == wanted.columns.size(); }
+
+std::optional<std::string> Written(const EntryModel& entry, const Layout&) { return ElementOf(entry); }
+std::optional<std::string> Written(const IndexModel& index, const Layout& layout) { return ElementOf(index, layout); }
+
+// An element's own text, with what has to be different.
+template <class Item>
+std::optional<std::string> Copied(const MetaText& from, std::size_t position, const Item& was, const Item& wanted) {
+  const std::size_t place = from.Place(KindOf(was), position);
+  const std::string_view text = WithComments(from.text, place);
+  TextEdits edits(text);
+  if (!Change(edits, place, from, position, was, wanted)) return std::nullopt;
+  return Replaced(text, edits.Finish());
+}
+
+template <class Item>
+class Positions {
+ public:
+  explicit Positions(const std::vector<Item>& items) {
+    for (std::size_t i = 0; i < items.size(); ++i) positions_.emplace(items[i].name, static_cast<Slot>(i));
+  }
+  Slot Find(const std::string& name) const {
+    const auto found = positions_.find(name);
+    return found == positions_.end() ? kNoSlot : found->second;
+  }
+
+ private:
+  std::unordered_map<std::string_view, Slot> positions_;
+};
+
+// Pairs what is wanted with what is present, by name.
+template <class Item>
+std::vector<Slot> MatchByName(const std::vector<Item>& present, const std::vector<Item>& wanted) {
+  const Positions<Item> positions(present);
+  std::vector<Slot> partners;
+  for (const Item& item : wanted) {
+    const Slot found = positions.Find(item.name);
+    partners.push_back(found != kNoSlot && HaveSameShape(present[found], item) ? found : kNoSlot);
+  }
+  return partners;
+}
+
+std::vector<Slot> MatchItems(const std::vector<IndexModel>& present, const std::vector<IndexModel>& wanted) {
+  return MatchByName(present, wanted);
+}
+
+// Entries under another name, too.
+std::vector<Slot> MatchItems(const std::vector<EntryModel>& present, const std::vector<EntryModel>& wanted) {
+  std::vector<Slot> partners = MatchByName(present, wanted);
+  std::vector<bool> taken(present.size());
+  for (const Slot partner : partners) {
+    if (partner != kNoSlot) taken[partner] = true;
+  }
+  std::unordered_map<std::int32_t, Slot> by_id;
+  for (std::size_t i = 0; i < present.size(); ++i) {
+    if (!taken[i] && present[i].id >= 0) by_id.emplace(present[i].id, static_cast<Slot>(i));
+  }
+  for (std::size_t i = 0; i < wanted.size(); ++i) {
+    if (partners[i] != kNoSlot) continue;
+    const auto same_id = by_id.find(wanted[i].id);
+    const Slot follower = i == 0 ? 0 : partners[i - 1] + (partners[i - 1] == kNoSlot ? 0 : 1);
+    if (same_id != by_id.end() && !taken[same_id->second]) {
+      partners[i] = same_id->second;
+    } else if (follower < present.size() && !taken[follower] && present[follower].id == wanted[i].id &&
+               present[follower].type == wanted[i].type) {
+      partners[i] = follower;
+    }
+    if (partners[i] != kNoSlot) taken[partners[i]] = true;
+  }
+  return partners;
+}
+
+// Changes one meta of the text.
+class MetaRewrite {
+ public:
+  // `other` and `other_meta` are null if the other source has no such meta or no text.
+  MetaRewrite(TextEdits& edits, const MetaText& text, const MetaModel& present, const MetaText* other,
+              const MetaModel* other_meta)
+      : edits_(edits), text_(text), present_(present), other_(other), other_meta_(other_meta) {}
+
+  // False if no schema file can say it.
+  bool Run(const MetaModel& wanted) {
+    said_ = edits_.ChangeAttributes(text_.Place(Kind::kMeta), AttributesOf(present_), AttributesOf(wanted));
+    ChangeItems(&MetaModel::entries, wanted, text_.Place(Kind::kEntry, present_.entries.size() - 1));
+    ChangeKey("primarykey", Kind::kPrimaryKey, present_.primary_key, wanted.primary_key);
+    ChangeKey("splittablekey", Kind::kSplittableKey, present_.splittable_key, wanted.splittable_key);
+    ChangeItems(&MetaModel::indexes, wanted, BehindKeys());
+    return said_;
+  }
+
+ private:
+  // What the other source has of a kind.
+  template <class Item>
+  struct Others {
+    explicit Others(const std::vector<Item>& items_) : items(items_), positions(items_) {}
+
+    const std::vector<Item>& items;
+    Positions<Item> positions;
+  };
+
+  // The last of entries and keys in the text.
+  std::size_t BehindKeys() const {
+    std::size_t last = text_.Place(Kind::kEntry, present_.entries.size() - 1);
+    for (const Kind key : {Kind::kPrimaryKey, Kind::kSplittableKey}) last = std::max(last, text_.Find(key).value_or(0));
+    return last;
+  }
+
+  Layout LayoutAt(std::size_t element) const {
+    return {std::string(IndentOf(text_.text, element).value_or("")), LineEndAt(text_.text, element)};
+  }
+
+  void Insert(std::optional<std::string> text, void (TextEdits::*insert)(std::size_t, std::string_view), std::size_t element) {
+    text ? (edits_.*insert)(element, *text) : void(said_ = false);
+  }
+
+  void ChangeKey(std::string_view element, Kind kind, const std::vector<std::string>& was,
+                 const std::vector<std::string>& wanted) {
+    if (was == wanted) return;
+    if (wanted.empty()) {
+      edits_.Remove(text_.Place(kind));
+    } else if (was.empty()) {
+      Insert(KeyElement(element, wanted), &TextEdits::InsertBehind, BehindKeys());
+    } else {
+      const auto attributes = KeyAttributes(wanted);
+      // What the text says now was read from it.
+      said_ = said_ && attributes && edits_.ChangeAttributes(text_.Place(kind), *KeyAttributes(was), *attributes);
+    }
+  }
+
+  // `fallback` is the element behind which the first item goes where there is none.
+  template <class Item>
+  void ChangeItems(std::vector<Item> MetaModel::*items, const MetaModel& wanted_meta, std::size_t fallback) {
+    const std::vector<Item>& present = present_.*items;
+    const std::vector<Item>& wanted = wanted_meta.*items;
+    if (present == wanted) return;
+    const auto place = [&](Slot slot) { return text_.Place(KindOf(present[slot]), slot); };
+    const Alignment alignment(present.size(), MatchItems(present, wanted));
+    for (Slot slot = 0; slot < present.size(); ++slot) {
+      if (alignment.IsRemoved(slot)) edits_.Remove(place(slot));
+      if (alignment.IsMoved(slot)) edits_.RemoveWithComments(place(slot));
+    }
+    static const std::vector<Item> kNothing;
+    const Others<Item> others(other_ == nullptr ? kNothing : other_meta_->*items);
+    std::optional<std::size_t> anchor;
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+      const Slot slot = alignment.OfNew(i);
+      if (alignment.IsStill(slot)) {
+        said_ = Change(edits_, 0, text_, slot, present[slot], wanted[i]) && said_;
+        anchor = place(slot);
+      } else {
+        const bool in_front = !anchor && !present.empty();
+        const std::size_t beside = in_front ? place(0) : anchor.value_or(fallback);
+        const auto text = alignment.IsAdded(slot) ? TextOfAdded(others, wanted[i], LayoutAt(beside))
+                                                  : Copied(text_, slot, present[slot], wanted[i]);
+        Insert(text, in_front ? &TextEdits::InsertBefore : &TextEdits::InsertBehind, beside);
+      }
+    }
+  }
+
+  template <class Item>
+  std::optional<std::string> TextOfAdded(const Others<Item>& others, const Item& wanted, const Layout& layout) {
+    const Slot slot = others.positions.Find(wanted.name);
+    if (slot != kNoSlot && HaveSameShape(others.items[slot], wanted)) {
+      const auto copied = Copied(*other_, slot, others.items[slot], wanted);
+      if (copied) return WithLineEnds(*copied, layout.line_end);
+    }
+    return Written(wanted, layout);
+  }
+
+  TextEdits& edits_;
+  const MetaText& text_;
+  const MetaModel& present_;
+  const MetaText* other_;
+  const MetaModel* other_meta_;
+  bool said_ = true;
+};
+
+}  // namespace
+
+std::optional<std::vector<Replacement>> Rewriter::Rewrite(const Model& target) {
+  if (!source_.text || qmx_get_meta_num(source_.Library()) == 0) return std::nullopt;
+  TextEdits edits(source_.text->bytes);
+  const std::size_t outermost = *source_.text->source_map.Find({});
+  bool said = edits.ChangeAttributes(outermost, AttributesOf(present_.head()), AttributesOf(target));
+  for (const MetaModel& meta : target.metas) said = said && RewriteMeta(edits, meta);
+  return said ? std::optional(edits.Finish()) : std::nullopt;
+}
+
+bool Rewriter::RewriteMeta(TextEdits& edits, const MetaModel& wanted) {
+  const MetaModel* const present = present_.Find(wanted.name);
+  if (present == nullptr) return AddMeta(edits, wanted);
+  if (*present == wanted) return true;
+  const std::optional<MetaText> text = TextOf(source_, wanted.name);
+  const MetaModel* const other_meta = others_.Find(wanted.name);
+  const std::optional<MetaText> other = other_meta == nullptr ? std::nullopt : TextOf(other_, wanted.name);
+  return MetaRewrite(edits, *text, *present, other ? &*other : nullptr, other_meta).Run(wanted);
+}
+
+const std::vector<std::optional<std::uint32_t>>& Rewriter::NextPresent() {
+  const LPQMXMETALIB other = other_.Library();
+  const auto count = static_cast<std::size_t>(qmx_get_meta_num(other));
+  if (!followers_.empty()) return followers_;
+  followers_.resize(count);
+  std::optional<std::uint32_t> next;
+  for (std::size_t i = count; i > 0; --i) {
+    const auto here = PositionOf(source_, qmx_get_meta_name(qmx_get_meta_by_index(other, static_cast<int>(i - 1))));
+    if (here) next = here;
+    followers_[i - 1] = next;
+  }
+  return followers_;
+}
+
+// Before the first meta that follows it in the other source and that the file has, too; else at the end.
+bool Rewriter::AddMeta(TextEdits& edits, const MetaModel& wanted) {
+  const std::optional<std::uint32_t> position = PositionOf(other_, wanted.name);
+  const std::optional<std::uint32_t> follower = position ? NextPresent()[*position] : std::nullopt;
+  const auto last = static_cast<std::uint32_t>(qmx_get_meta_num(source_.Library()) - 1);
+  const std::string_view text = source_.text->bytes;
+  const std::size_t beside = *source_.text->source_map.Find({Kind::kMeta, follower.value_or(last)});
+  const Layout layout{std::string(IndentOf(text, beside).value_or("")), LineEndAt(text, beside)};
+  std::optional<std::string> added = ElementOf(wanted, layout);
+  const MetaModel* const other_meta = others_.Find(wanted.name);
+  if (other_meta != nullptr && *other_meta == wanted && other_.text) {
+    added =
+        WithLineEnds(WithComments(other_.text->bytes, *other_.text->source_map.Find({Kind::kMeta, *position})), layout.line_end);
+  }
+  if (!added) return false;
+  follower ? edits.InsertBefore(beside, *added) : edits.InsertBehind(beside, *added);
+  return true;
+}
+
+}  // namespace korvel

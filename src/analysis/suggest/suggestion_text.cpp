@@ -1,0 +1,99 @@
+// Ways out as tables. What is allowed stands in the checker alone; these are words for it. Held by
+// tests/report/ways_out_test.cpp.
+#include "analysis/suggest/suggestion_text.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
+#include "base/one_line.h"
+#include "rule_docs/rule_book.h"
+
+namespace korvel {
+namespace {
+
+// {item}, {meta}, {before} and {after} stand for those of the edit; "none" for an empty value. Every kind has a row.
+struct KindWords {
+  EditKind kind;
+  std::string_view text;
+};
+
+constexpr KindWords kByKind[] = {
+    {EditKind::kLibraryName, "keep the library's name {before}"},
+    {EditKind::kLibraryVersion, "keep the library's version {before} or raise it"},
+    {EditKind::kLibraryProtocol, "keep the library's protocol {before}; records in another one need new tables and a copy"},
+    {EditKind::kMetaKind, "keep {meta} a {before}"},
+    {EditKind::kTableAttribute, "keep {item} of table {meta}: {before}"},
+    {EditKind::kPrimaryKey, "keep the primary key {before}; another key needs a new table and a copy of the records"},
+    {EditKind::kSplittableKey, "keep the splittable key {before}; another one needs a new table and a copy of the records"},
+    {EditKind::kIndexAdded, "do without index {item}; a new table may have it from its first day"},
+    {EditKind::kIndexRemoved, "keep index {item}"},
+    {EditKind::kIndexColumns, "keep the columns of index {item}: {before}"},
+    {EditKind::kIndexMoved, "leave index {item} where it is"},
+    {EditKind::kEntryAdded, "do without field {item}"},
+    {EditKind::kEntryRemoved, "keep field {item}; whoever does not need it any more may stop writing it"},
+    {EditKind::kEntryRenamed, "keep the name {item}"},
+    {EditKind::kEntryMoved, "leave field {item} where it is"},
+    {EditKind::kEntryId, "keep the id of {item}: {before}"},
+    {EditKind::kEntryVersion, "keep version {before} of {item}, the one it came with"},
+    {EditKind::kEntryType, "keep {item} as {before}"},
+    {EditKind::kEntrySize, "keep {item} at {before} bytes"},
+    {EditKind::kEntryCount, "keep {item} at a count of {before}"},
+    {EditKind::kEntryRefer, "keep the refer of {item}: {before}"},
+    {EditKind::kEntryCustomAttr2, "keep the customattr2 of {item}: {before}"},
+    {EditKind::kEntryMeta, "keep {item} a {before}; a new field may have the structure {after}"},
+};
+
+// Where there was nothing before, if that is said in other words.
+constexpr KindWords kOfNothing[] = {
+    {EditKind::kLibraryProtocol, "leave the library without a protocol; records in another one need new tables and a copy"},
+    {EditKind::kTableAttribute, "do without {item} of table {meta}"},
+    {EditKind::kSplittableKey, "do without a splittable key; a new table may have one from its first day"},
+    {EditKind::kEntryId, "leave {item} without an id"},
+    {EditKind::kEntryRefer, "leave {item} with a fixed count"},
+    {EditKind::kEntryCustomAttr2, "do without a customattr2 of {item}"},
+};
+
+std::string ValueOf(std::string_view placeholder, const Edit& edit) {
+  if (placeholder == "{before}") return edit.before.empty() ? "none" : OneLine(edit.before);
+  if (placeholder == "{after}") return edit.after.empty() ? "none" : OneLine(edit.after);
+  if (placeholder == "{meta}") return OneLine(edit.meta);
+  // The attributes of a table as a whole have no name.
+  if (edit.kind == EditKind::kTableAttribute && edit.item.empty()) return "the attributes";
+  return OneLine(ValueText(edit.item));
+}
+
+std::string Filled(std::string_view words, const Edit& edit) {
+  std::string text;
+  while (!words.empty()) {
+    const std::size_t begin = std::min(words.find('{'), words.size());
+    text += words.substr(0, begin);
+    words.remove_prefix(begin);
+    if (words.empty()) break;
+    const std::size_t end = words.find('}') + 1;
+    text += ValueOf(words.substr(0, end), edit);
+    words.remove_prefix(end);
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string ShapeOf(const EntryModel& entry) {
+  const std::string size = entry.size == 0 ? "" : " of " + std::to_string(entry.size) + " bytes";
+  return OneLine(entry.type) + size + (entry.count == 1 ? "" : " x " + std::to_string(entry.count));
+}
+
+std::string LeavingOut(const Edit& edit) {
+  const auto of_nothing = std::ranges::find(kOfNothing, edit.kind, &KindWords::kind);
+  if (edit.before.empty() && of_nothing != std::end(kOfNothing)) return Filled(of_nothing->text, edit);
+  return Filled(std::ranges::find(kByKind, edit.kind, &KindWords::kind)->text, edit);
+}
+
+std::string PreexistingSuggestion(const Verdict& verdict) {
+  const RulePage* const page = FindPage(verdict.rule);
+  const std::string why = "the schema is refused as it stands already";
+  return page == nullptr ? why : why + "; what a new table may have instead: " + page->allowed;
+}
+
+}  // namespace korvel

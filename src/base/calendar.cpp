@@ -1,0 +1,55 @@
+// Days. Held by tests/tool/waiver_test.cpp.
+#include "base/calendar.h"
+
+#include <array>
+#include <charconv>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+
+#include "base/input_error.h"
+#include "base/quote.h"
+
+namespace korvel {
+namespace {
+
+template <class Number>
+bool Parse(std::string_view text, Number& number) {
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  return error == std::errc() && end == text.data() + text.size();
+}
+
+constexpr long long kLastSecond = 253402300799;  // of the year 9999
+
+std::chrono::system_clock::time_point Now() {
+  const char* const fixed = std::getenv("SOURCE_DATE_EPOCH");
+  if (fixed == nullptr) return std::chrono::system_clock::now();
+  long long seconds = 0;
+  if (!Parse<long long>(fixed, seconds) || seconds < 0 || seconds > kLastSecond) {
+    throw InputError{
+        {ToolMessage("SOURCE_DATE_EPOCH is " + Quote(fixed) + "; allowed: 0 to " + std::to_string(kLastSecond) + " seconds")}};
+  }
+  return std::chrono::system_clock::time_point(std::chrono::seconds(seconds));
+}
+
+}  // namespace
+
+bool IsDay(std::string_view text) {
+  if (text.size() != 10 || text[4] != '-' || text[7] != '-') return false;
+  unsigned year = 0;
+  unsigned month = 0;
+  unsigned day = 0;
+  if (!Parse(text.substr(0, 4), year) || !Parse(text.substr(5, 2), month) || !Parse(text.substr(8, 2), day)) return false;
+  return std::chrono::year_month_day(std::chrono::year(static_cast<int>(year)), std::chrono::month(month), std::chrono::day(day))
+      .ok();
+}
+
+std::string Today() {
+  const std::chrono::year_month_day day(std::chrono::floor<std::chrono::days>(Now()));
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%04d-%02u-%02u", static_cast<int>(day.year()), static_cast<unsigned>(day.month()),
+                static_cast<unsigned>(day.day()));
+  return text.data();
+}
+
+}  // namespace korvel

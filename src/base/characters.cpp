@@ -1,0 +1,82 @@
+// Characters of a text. What counts as wide is a short list of ranges, not a Unicode database: it only decides where a caret
+// stands. Held by tests/report/characters_test.cpp.
+#include "base/characters.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "base/one_line.h"
+#include "base/quote.h"
+
+namespace korvel {
+namespace {
+
+struct CellRange {
+  char32_t first;
+  char32_t last;
+  std::size_t cells;
+};
+
+// Sorted by code point.
+constexpr CellRange kRanges[] = {
+    {0x0300, 0x036F, 0},    // combining marks
+    {0x1100, 0x115F, 2},    // Hangul letters
+    {0x200B, 0x200D, 0},    // joiners
+    {0x2E80, 0x303E, 2},    // CJK radicals, punctuation
+    {0x3041, 0xA4CF, 2},    // kana to Yi
+    {0xAC00, 0xD7A3, 2},    // Hangul
+    {0xF900, 0xFAFF, 2},    // CJK compatibility
+    {0xFE00, 0xFE0F, 0},    // variation selectors
+    {0xFE30, 0xFE6F, 2},    // CJK forms
+    {0xFF01, 0xFF60, 2},    // full-width forms
+    {0xFFE0, 0xFFE6, 2},    // full-width signs
+    {0x1F300, 0x1F64F, 2},  // pictures
+    {0x1F680, 0x1F6FF, 2},  // vehicles
+    {0x1F900, 0x1F9FF, 2},  // more pictures
+    {0x20000, 0x3FFFD, 2},  // rare ideographs
+};
+
+char32_t CodePoint(std::string_view character) {
+  const auto first = static_cast<unsigned char>(character.front());
+  if (character.size() == 1) return first;
+  char32_t code = first & (0xFFU >> (character.size() + 1));
+  for (const char byte : character.substr(1)) code = code << 6U | (static_cast<unsigned char>(byte) & 0x3FU);
+  return code;
+}
+
+bool IsUtf8(std::string_view character) { return Utf8Length(character) != 0; }
+
+}  // namespace
+
+std::size_t CharacterLength(std::string_view text) { return std::max<std::size_t>(Utf8Length(text), 1); }
+
+std::size_t CharacterCount(std::string_view text) {
+  std::size_t count = 0;
+  for (; !text.empty(); ++count) text.remove_prefix(CharacterLength(text));
+  return count;
+}
+
+std::string ValidUtf8(std::string_view text) {
+  std::string valid;
+  while (!text.empty()) {
+    const std::string_view character = text.substr(0, CharacterLength(text));
+    valid += IsUtf8(character) ? character : "\xEF\xBF\xBD";
+    text.remove_prefix(character.size());
+  }
+  return valid;
+}
+
+std::string VisibleCharacter(std::string_view character) {
+  if (IsUtf8(character)) return OneLine(character);
+  constexpr char kDigits[] = "0123456789abcdef";
+  const auto byte = static_cast<unsigned char>(character.front());
+  return {'\\', 'x', kDigits[byte >> 4U], kDigits[byte & 0xFU]};
+}
+
+std::size_t CellsOf(std::string_view character) {
+  const char32_t code = CodePoint(character);
+  const auto* const range = std::ranges::lower_bound(kRanges, code, std::less<>(), &CellRange::last);
+  return range == std::end(kRanges) || code < range->first ? 1 : range->cells;
+}
+
+}  // namespace korvel

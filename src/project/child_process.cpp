@@ -1,0 +1,166 @@
+// Starts programs and talks to them through pipes. What they say is not understood here. Held by tests/tool/git_test.cpp.
+#include "project/child_process.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <new>
+#include <string_view>
+#include <system_error>
+
+namespace korvel {
+namespace {
+
+void RequireDone(int error, const char* what) {
+  if (error == ENOMEM) throw std::bad_alloc();
+  if (error != 0) throw std::system_error(error, std::generic_category(), what);
+}
+
+struct Pipe {
+  Pipe() {
+    std::array<int, 2> ends{};
+    RequireDone(::pipe2(ends.data(), O_CLOEXEC) == 0 ? 0 : errno, "no pipe");
+    reading = ends[0];
+    writing = ends[1];
+  }
+  int reading = -1;
+  int writing = -1;
+};
+
+class Actions {
+ public:
+  Actions() { RequireDone(::posix_spawn_file_actions_init(&actions_), "no process"); }
+  Actions(const Actions&) = delete;
+  Actions& operator=(const Actions&) = delete;
+  ~Actions() { ::posix_spawn_file_actions_destroy(&actions_); }
+
+  void Use(const FileDescriptor& file, int as) {
+    RequireDone(::posix_spawn_file_actions_adddup2(&actions_, file.get(), as), "no process");
+  }
+  const posix_spawn_file_actions_t* get() const { return &actions_; }
+
+ private:
+  posix_spawn_file_actions_t actions_{};
+};
+
+// The signals that this program ignores have their usual effect in others.
+class Attributes {
+ public:
+  Attributes() {
+    RequireDone(::posix_spawnattr_init(&attributes_), "no process");
+    sigset_t signals;
+    ::sigemptyset(&signals);
+    for (const int signal : {SIGPIPE, SIGXFSZ}) ::sigaddset(&signals, signal);
+    ::posix_spawnattr_setsigdefault(&attributes_, &signals);
+    ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF);
+  }
+  Attributes(const Attributes&) = delete;
+  Attributes& operator=(const Attributes&) = delete;
+  ~Attributes() { ::posix_spawnattr_destroy(&attributes_); }
+
+  const posix_spawnattr_t* get() const { return &attributes_; }
+
+ private:
+  posix_spawnattr_t attributes_{};
+};
+
+std::vector<std::string> EnglishEnvironment() {
+  std::vector<std::string> variables;
+  for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable) {
+    if (!std::string_view(*variable).starts_with("LC_ALL=")) variables.emplace_back(*variable);
+  }
+  variables.emplace_back("LC_ALL=C");
+  return variables;
+}
+
+std::vector<char*> Pointers(std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
+  for (std::string& text : texts) pointers.push_back(text.data());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+// A file without a name, not a pipe: nobody has to read while the program runs.
+FileDescriptor ErrorFile() {
+  FileDescriptor file(::memfd_create("errors", MFD_CLOEXEC));
+  RequireDone(file.IsOpen() ? 0 : errno, "no memory file");
+  return file;
+}
+
+}  // namespace
+
+ChildProcess::ChildProcess(const std::vector<std::string>& command) : errors_(ErrorFile()) {
+  const Pipe to_program;
+  const FileDescriptor its_input(to_program.reading);
+  input_.Reset(to_program.writing);
+  const Pipe from_program;
+  const FileDescriptor its_output(from_program.writing);
+  output_.Reset(from_program.reading);
+  Actions actions;
+  actions.Use(its_input, STDIN_FILENO);
+  actions.Use(its_output, STDOUT_FILENO);
+  actions.Use(errors_, STDERR_FILENO);
+  const Attributes attributes;
+  std::vector<std::string> arguments = command;
+  std::vector<std::string> environment = EnglishEnvironment();
+  RequireDone(::posix_spawnp(&process_, arguments.front().c_str(), actions.get(), attributes.get(), Pointers(arguments).data(),
+                             Pointers(environment).data()),
+              "no process");
+}
+
+ChildProcess::~ChildProcess() {
+  if (process_ < 0) return;
+  ::kill(process_, SIGKILL);
+  Wait();
+}
+
+bool ChildProcess::Write(std::string_view text) { return WriteAll(input_.get(), text) == 0; }
+
+std::size_t ChildProcess::Read(char* to, std::size_t capacity) {
+  std::size_t size = 0;
+  while (size < capacity) {
+    const ssize_t got = ::read(output_.get(), to + size, capacity - size);
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) break;
+    size += static_cast<std::size_t>(got);
+  }
+  return size;
+}
+
+std::string ChildProcess::ReadAll() {
+  input_.Reset();
+  std::string text;
+  std::array<char, 1 << 16> piece;
+  for (std::size_t got = Read(piece.data(), piece.size()); got > 0; got = Read(piece.data(), piece.size())) {
+    text.append(piece.data(), got);
+  }
+  return text;
+}
+
+int ChildProcess::Wait() {
+  input_.Reset();
+  int status = 0;
+  while (::waitpid(process_, &status, 0) < 0 && errno == EINTR) {
+  }
+  process_ = -1;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+std::string ChildProcess::ErrorText() const {
+  std::string text;
+  std::array<char, 4096> piece;
+  for (;;) {
+    const ssize_t got = ::pread(errors_.get(), piece.data(), piece.size(), static_cast<off_t>(text.size()));
+    if (got <= 0) return text;
+    text.append(piece.data(), static_cast<std::size_t>(got));
+  }
+}
+
+}  // namespace korvel

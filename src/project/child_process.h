@@ -1,0 +1,42 @@
+// Another program, run without a shell.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "base/file_descriptor.h"
+
+namespace korvel {
+
+// Starts a program with pipes at its standard input and output. Its messages are in English, whatever the locale is.
+class ChildProcess {
+ public:
+  // Looks the first word up in PATH. Throws std::system_error if it cannot be started.
+  explicit ChildProcess(const std::vector<std::string>& command);
+  ChildProcess(const ChildProcess&) = delete;
+  ChildProcess& operator=(const ChildProcess&) = delete;
+  // Ends the program if it is still running.
+  ~ChildProcess();
+
+  // False if the program reads no more.
+  bool Write(std::string_view text);
+  // Waits for up to `capacity` bytes and gives the number of those that came: fewer only at the end of the output.
+  std::size_t Read(char* to, std::size_t capacity);
+  // Waits for the end of the output.
+  std::string ReadAll();
+  // Waits for the program. Its exit code, 128 and the signal's number for one that a signal ended.
+  int Wait();
+  // What it said on standard error so far.
+  std::string ErrorText() const;
+
+ private:
+  FileDescriptor errors_;
+  FileDescriptor input_{-1};
+  FileDescriptor output_{-1};
+  pid_t process_ = -1;
+};
+
+}  // namespace korvel

@@ -1,0 +1,147 @@
+// Lists and reads the files of a state. What they hold is not looked at. Held by tests/tool/against_test.cpp.
+#include "project/file_tree.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "base/input_error.h"
+#include "base/one_line.h"
+
+namespace korvel {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Of an empty directory the path itself is the way to what is in it.
+std::string Joined(const std::string& directory, const std::string& path) {
+  if (directory.empty() || path.empty()) return directory + path;
+  return directory.ends_with('/') ? directory + path : directory + "/" + path;
+}
+
+class Disk : public FileTree {
+ public:
+  Disk(std::string top, std::string shown) : top_(std::move(top)), shown_(std::move(shown)) {}
+
+  bool HasFile(const std::string& path) const override {
+    std::error_code ignored;
+    const fs::file_status status = fs::status(OnDisk(path), ignored);
+    return fs::exists(status) && !fs::is_directory(status);
+  }
+
+  std::vector<std::string> Below(const std::string& directory) const override {
+    std::vector<std::string> files;
+    std::error_code error;
+    fs::recursive_directory_iterator entry(OnDisk(directory), error);
+    if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory) return files;
+    for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
+      std::error_code ignored;
+      const bool is_directory = entry->is_directory(ignored);
+      if (is_directory && (entry->path().filename() == ".git" || IsLeftOut(entry->path()))) entry.disable_recursion_pending();
+      if (!entry->is_regular_file(ignored)) continue;
+      files.push_back(Joined(directory, entry->path().lexically_relative(OnDisk(directory)).string()));
+    }
+    if (error) {
+      throw InputError{{ToolMessage(OneLine(Shown(directory)) + ": its files cannot be listed: " + error.message())}};
+    }
+    std::ranges::sort(files);
+    return files;
+  }
+
+  Bytes Read(const std::string& path) override {
+    OpenFile file = OpenInput(OnDisk(path));
+    file.name = Shown(path);
+    Bytes bytes = ReadAll(file);
+    if (file.size > 0) RequireUnchanged(file.name, file.state);
+    return bytes;
+  }
+
+  std::string Shown(const std::string& path) const override { return Joined(shown_, path); }
+
+ protected:
+  virtual bool IsLeftOut(const fs::path&) const { return false; }
+
+ private:
+  std::string OnDisk(const std::string& path) const { return Joined(top_, path); }
+
+  std::string top_;
+  std::string shown_;
+};
+
+class DiskSeenFrom : public Disk {
+ public:
+  DiskSeenFrom(std::string here, const std::string& top) : Disk(top, ""), here_(std::move(here)), above_(top) {}
+
+  std::string Shown(const std::string& path) const override { return (above_ / path).lexically_relative(here_).string(); }
+
+ private:
+  fs::path here_;
+  fs::path above_;
+};
+
+class WorkTree : public DiskSeenFrom {
+ public:
+  using DiskSeenFrom::DiskSeenFrom;
+
+ protected:
+  // A submodule has commits of its own: this one's do not hold its files, which all would be new.
+  bool IsLeftOut(const fs::path& directory) const override {
+    std::error_code ignored;
+    return fs::exists(directory / ".git", ignored);
+  }
+};
+
+class Commit : public FileTree {
+ public:
+  Commit(const std::string& revision, std::string argument)
+      : argument_(std::move(argument)), files_(git_.Files(revision, argument_)) {
+    std::ranges::sort(files_, {}, &GitFile::path);
+  }
+
+  bool HasFile(const std::string& path) const override { return Find(path) != nullptr; }
+
+  std::vector<std::string> Below(const std::string& directory) const override {
+    const std::string prefix = directory.empty() ? "" : directory + "/";
+    std::vector<std::string> files;
+    for (auto file = std::ranges::lower_bound(files_, prefix, {}, &GitFile::path); file != files_.end(); ++file) {
+      if (!file->path.starts_with(prefix)) break;
+      files.push_back(file->path);
+    }
+    return files;
+  }
+
+  Bytes Read(const std::string& path) override { return git_.ReadFile(*Find(path), Shown(path)); }
+
+  std::string Shown(const std::string& path) const override { return argument_ + ":" + path; }
+
+ private:
+  const GitFile* Find(const std::string& path) const {
+    const auto file = std::ranges::lower_bound(files_, path, {}, &GitFile::path);
+    return file != files_.end() && file->path == path ? &*file : nullptr;
+  }
+
+  std::string argument_;
+  Git git_;
+  std::vector<GitFile> files_;
+};
+
+}  // namespace
+
+std::unique_ptr<FileTree> DiskTree(const std::string& top, const std::string& shown) {
+  return std::make_unique<Disk>(top, shown);
+}
+
+std::unique_ptr<FileTree> DiskTreeSeenFrom(const std::string& here, const std::string& top) {
+  return std::make_unique<DiskSeenFrom>(here, top);
+}
+
+std::unique_ptr<FileTree> WorkTreeSeenFrom(const std::string& here, const std::string& top) {
+  return std::make_unique<WorkTree>(here, top);
+}
+
+std::unique_ptr<FileTree> CommitTree(const std::string& revision, const std::string& argument) {
+  return std::make_unique<Commit>(revision, argument);
+}
+
+}  // namespace korvel

@@ -1,0 +1,232 @@
+// Reads files out of commits. Why git has no answer is told by git_call.cpp. Held by tests/tool/git_test.cpp.
+#include "project/git.h"
+
+#include <algorithm>
+#include <charconv>
+#include <string_view>
+#include <system_error>
+
+#include "base/did_you_mean.h"
+#include "base/input_error.h"
+#include "base/quote.h"
+#include "project/git_call.h"
+#include "qmx/qmx_xml.h"
+
+namespace korvel {
+namespace {
+
+constexpr std::string_view kMark = "git:";
+
+// Where the revision ends: at a colon that is not part of it, as in HEAD^{/fix: the key}.
+std::size_t EndOfRevision(std::string_view text) {
+  int depth = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '{') ++depth;
+    if (text[i] == '}') --depth;
+    if (text[i] == ':' && depth <= 0) return i;
+  }
+  return std::string_view::npos;
+}
+
+void RequireRevision(const std::string& revision, const std::string& argument) {
+  if (revision.empty()) RefuseArgument(argument, "the revision is missing");
+  for (const char* const mark : {"-", "^"}) {  // an option; what git takes to be left out
+    if (revision.starts_with(mark)) RefuseArgument(argument, std::string("a revision begins with no '") + mark + "'");
+  }
+}
+
+// "a/./b/../c" as "a/c"; nullopt for what leads out of the top.
+std::optional<std::string> Normal(const std::string& path) {
+  std::vector<std::string> parts;
+  for (const std::string& part : SplitAt(path, '/')) {
+    if (part == ".." && parts.empty()) return std::nullopt;
+    if (part == "..") {
+      parts.pop_back();
+    } else if (!part.empty() && part != ".") {
+      parts.push_back(part);
+    }
+  }
+  std::string normal;
+  for (const std::string& part : parts) normal += (normal.empty() ? "" : "/") + part;
+  return normal;
+}
+
+// Lines of "git ls-tree -z": MODE SP TYPE SP OBJECT TAB PATH NUL.
+std::vector<GitFile> Listed(const std::string& output) {
+  std::vector<GitFile> files;
+  for (const std::string& line : SplitAt(output, '\0')) {
+    const std::size_t mode_end = line.find(' ');
+    const std::size_t type_end = line.find(' ', mode_end + 1);
+    const std::size_t object_end = line.find('\t', type_end + 1);
+    if (object_end == std::string::npos) continue;
+    files.push_back(
+        {line.substr(object_end + 1), line.substr(0, mode_end), line.substr(type_end + 1, object_end - type_end - 1)});
+  }
+  return files;
+}
+
+std::string_view NameOf(std::string_view path) { return path.substr(path.rfind('/') + 1); }
+
+// The file of the same name elsewhere, else one that is written nearly like it.
+std::string LikePath(const std::string& path, const std::vector<GitFile>& files) {
+  std::vector<std::string_view> near;
+  for (const GitFile& file : files) {
+    if (NameOf(file.path) == NameOf(path)) return " (did you mean " + Quote(file.path) + "?)";
+    const bool may_be_near = file.path.size() <= path.size() + 2 && path.size() <= file.path.size() + 2;
+    if (may_be_near) near.emplace_back(file.path);
+  }
+  return DidYouMean(path, near);
+}
+
+struct ModeName {
+  std::string_view mode;
+  const char* what;
+};
+
+void RequireFile(const GitFile& file, const std::string& argument) {
+  static constexpr ModeName kNoFiles[] = {{"040000", "a directory"}, {"120000", "a symbolic link"}, {"160000", "a submodule"}};
+  for (const auto& [mode, what] : kNoFiles) {
+    if (file.mode == mode) RefuseArgument(argument, std::string("is ") + what + " in that commit; allowed: a file");
+  }
+}
+
+std::string WithoutLineEnd(std::string text) {
+  if (text.ends_with('\n')) text.pop_back();
+  return text;
+}
+
+}  // namespace
+
+std::optional<GitPath> ParseGitPath(const std::string& argument) {
+  if (!argument.starts_with(kMark)) return std::nullopt;
+  const std::string rest = argument.substr(kMark.size());
+  const std::size_t colon = EndOfRevision(rest);
+  if (colon == std::string::npos) RefuseArgument(argument, "the path is missing; allowed: git:REV:PATH");
+  GitPath path{rest.substr(0, colon), rest.substr(colon + 1)};
+  RequireRevision(path.revision, argument);
+  if (path.path.empty()) RefuseArgument(argument, "the path is missing; allowed: git:REV:PATH");
+  return path;
+}
+
+std::optional<std::string> ParseGitRevision(const std::string& argument) {
+  if (!argument.starts_with(kMark)) return std::nullopt;
+  std::string revision = argument.substr(kMark.size());
+  if (EndOfRevision(revision) != std::string::npos) RefuseArgument(argument, "names a path; allowed: git:REV");
+  RequireRevision(revision, argument);
+  return revision;
+}
+
+Bytes Git::Read(const GitPath& path) {
+  const std::scoped_lock lock(mutex_);
+  const std::string argument = std::string(kMark) + path.revision + ":" + path.path;
+  const GitFile file = Find(path, argument);
+  RequireFile(file, argument);
+  return ReadObject(file.object, argument);
+}
+
+std::vector<GitFile> Git::Files(const std::string& revision, const std::string& argument) {
+  const std::scoped_lock lock(mutex_);
+  return Listed(AskGit({"ls-tree", "-r", "-z", "--full-tree", TreeOf(revision, argument)}, argument));
+}
+
+Bytes Git::ReadFile(const GitFile& file, const std::string& argument) {
+  RequireFile(file, argument);
+  const std::scoped_lock lock(mutex_);
+  return ReadObject(file.object, argument);
+}
+
+std::string Git::Prefix(const std::string& argument) {
+  if (!prefix_) {
+    const GitAnswer answer = CallGit({"rev-parse", "--show-prefix"}, argument);
+    if (answer.status != 0) RefuseArgument(argument, answer.error);
+    prefix_ = WithoutLineEnd(answer.out);
+  }
+  return *prefix_;
+}
+
+std::string Git::Top(const std::string& argument) {
+  const GitAnswer answer = CallGit({"rev-parse", "--show-toplevel"}, argument);
+  if (answer.status != 0) RefuseArgument(argument, answer.error);
+  return WithoutLineEnd(answer.out);
+}
+
+bool Git::IsShallow(const std::string& argument) {
+  return CallGit({"rev-parse", "--is-shallow-repository"}, argument).out == "true\n";
+}
+
+std::vector<std::string> Git::CommitsOf(const std::string& path, const std::string& argument) {
+  const std::string from_top = FromTop(path, argument);
+  if (from_top.empty()) RefuseArgument(argument, "is the top of the repository; allowed: a file in it");
+  if (CallGit({"rev-parse", "--verify", "--quiet", "HEAD"}, argument).status != 0) RefuseRevision("HEAD", argument);
+  const std::string top = Top(argument);
+  return SplitAt(
+      AskGit({"-C", top, "log", "--first-parent", "--diff-filter=AMT", "--reverse", "--format=%h", "HEAD", "--", from_top},
+             argument),
+      '\n');
+}
+
+std::string Git::TreeOf(const std::string& revision, const std::string& argument) {
+  std::string& tree = trees_[revision];
+  if (tree.empty()) {
+    const GitAnswer answer = CallGit({"rev-parse", "--verify", "--quiet", "--end-of-options", revision + "^{tree}"}, argument);
+    if (answer.status != 0) RefuseRevision(revision, argument);
+    tree = WithoutLineEnd(answer.out);
+  }
+  return tree;
+}
+
+std::string Git::FromTop(const std::string& path, const std::string& argument) {
+  const bool is_relative = path.starts_with("./") || path.starts_with("../");
+  const std::optional<std::string> normal = Normal(is_relative ? Prefix(argument) + path : path);
+  if (!normal) RefuseArgument(argument, "leads out of the repository");
+  return *normal;
+}
+
+GitFile Git::Find(const GitPath& path, const std::string& argument) {
+  const std::string tree = TreeOf(path.revision, argument);
+  const std::string from_top = FromTop(path.path, argument);
+  if (from_top.empty()) RequireFile({"", "040000", tree}, argument);
+  const std::vector<GitFile> found = Listed(AskGit({"ls-tree", "-z", "--full-tree", tree, "--", from_top}, argument));
+  if (found.size() == 1) return found.front();
+  const std::vector<GitFile> all = Listed(AskGit({"ls-tree", "-r", "-z", "--full-tree", tree}, argument));
+  RefuseArgument(argument, "is not in that commit" + LikePath(from_top, all));
+}
+
+Bytes Git::ReadObject(const std::string& object, const std::string& argument) {
+  Bytes bytes;
+  const std::size_t size = AskForObject(object, argument);
+  bytes.data = std::make_unique_for_overwrite<char[]>(size + 1);
+  // The object is followed by the end of a line.
+  if (objects_->Read(bytes.data.get(), size + 1) != size + 1) RefuseEnded(argument);
+  bytes.size = size;
+  return bytes;
+}
+
+// Size of the object, whose bytes come next.
+std::size_t Git::AskForObject(const std::string& object, const std::string& argument) {
+  if (objects_ == nullptr) objects_ = std::make_unique<ChildProcess>(std::vector<std::string>{"git", "cat-file", "--batch"});
+  if (!objects_->Write(object + "\n")) RefuseEnded(argument);
+  std::string header;  // OBJECT SP TYPE SP SIZE, or OBJECT SP "missing"
+  for (char byte = 0;; header += byte) {
+    if (objects_->Read(&byte, 1) == 0) RefuseEnded(argument);
+    if (byte == '\n') break;
+  }
+  std::size_t size = 0;
+  const std::string_view number = std::string_view(header).substr(header.rfind(' ') + 1);
+  if (std::from_chars(number.data(), number.data() + number.size(), size).ec != std::errc()) {
+    RefuseArgument(argument, "the repository lacks its object " + object + "; 'git fsck' tells more");
+  }
+  if (size <= qmx::kMaxFileBytes) return size;
+  objects_.reset();  // which would write all of it first
+  RefuseArgument(argument, "is too large; allowed: up to " + std::to_string(qmx::kMaxFileBytes) + " bytes");
+}
+
+void Git::RefuseEnded(const std::string& argument) {
+  const int status = objects_->Wait();
+  const std::string complaint = FirstComplaint(objects_->ErrorText());
+  objects_.reset();
+  RefuseArgument(argument, "git cat-file ended in the middle with exit code " + std::to_string(status) +
+                               (complaint.empty() ? "" : ": " + complaint));
+}
+
+}  // namespace korvel

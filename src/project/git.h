@@ -1,0 +1,80 @@
+// Files in the commits of a git repository, read through the git program.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "project/child_process.h"
+#include "schema/file_bytes.h"
+
+namespace korvel {
+
+// "git:REV:PATH" taken apart.
+struct GitPath {
+  std::string revision;  // anything that names a commit or a tree, as git understands it
+  std::string path;      // from the top of the repository; from the working directory if it begins with "./" or "../"
+};
+
+// Nullopt for what does not begin with "git:". Throws InputError, with one line, for what does and is no such thing.
+std::optional<GitPath> ParseGitPath(const std::string& argument);
+
+// REV of "git:REV". Nullopt for what does not begin with "git:"; throws InputError for an empty one and one with a path.
+std::optional<std::string> ParseGitRevision(const std::string& argument);
+
+// A file of a tree: not a directory, but maybe a link or a submodule.
+struct GitFile {
+  std::string path;    // from the top
+  std::string mode;    // "100644"
+  std::string object;  // its id
+};
+
+// The repository of the working directory, or the one that git's environment variables name. Nothing is asked before it is
+// needed.
+//
+// Every function throws InputError, with a line for people, when git is not installed, knows no repository here, or fails. All of
+// them may be called by several threads, which then wait for each other.
+class Git {
+ public:
+  // The bytes of a file.
+  Bytes Read(const GitPath& path);
+
+  // All files of the tree of a revision, ordered by path. `argument` is what errors speak of.
+  std::vector<GitFile> Files(const std::string& revision, const std::string& argument);
+
+  // The bytes of a file of a tree. `argument` is what errors speak of.
+  Bytes ReadFile(const GitFile& file, const std::string& argument);
+
+  // The way from the top of the work tree to the working directory: "" or "sub/dir/".
+  std::string Prefix(const std::string& argument);
+
+  // The top of the work tree.
+  std::string Top(const std::string& argument);
+
+  // Whether commits are left out of the clone.
+  static bool IsShallow(const std::string& argument);
+
+  // The commits in which a file is as in none before, along the first parents, oldest first, as short as git thinks safe. `path`
+  // is as in GitPath. Commits that removed it are none.
+  std::vector<std::string> CommitsOf(const std::string& path, const std::string& argument);
+
+ private:
+  std::string TreeOf(const std::string& revision, const std::string& argument);
+  std::string FromTop(const std::string& path, const std::string& argument);
+  GitFile Find(const GitPath& path, const std::string& argument);
+  Bytes ReadObject(const std::string& object, const std::string& argument);
+  std::size_t AskForObject(const std::string& object, const std::string& argument);
+  [[noreturn]] void RefuseEnded(const std::string& argument);
+
+  std::mutex mutex_;
+  std::map<std::string, std::string> trees_;  // by revision
+  std::optional<std::string> prefix_;
+  std::unique_ptr<ChildProcess> objects_;  // git cat-file --batch, once an object was asked for
+};
+
+}  // namespace korvel

@@ -1,0 +1,61 @@
+// Loads schemas for commands, several files at a time. Tested by tests/tool/input_test.cpp and git_test.cpp.
+#include "project/load_inputs.h"
+
+#include <algorithm>
+#include <exception>
+#include <optional>
+#include <utility>
+
+#include "base/input_error.h"
+#include "base/parallel.h"
+#include "project/git.h"
+
+namespace korvel {
+namespace {
+
+Input Load(const std::string& path, Git& git) {
+  const std::optional<GitPath> in_git = ParseGitPath(path);
+  return in_git ? LoadBytes(path, git.Read(*in_git)) : LoadFile(path);
+}
+
+// What came of a file: an input, or why there is none.
+struct Loaded {
+  std::optional<Input> input;
+  std::exception_ptr fault;
+};
+
+Loaded TryToLoad(const std::string& path, Git& git) {
+  try {
+    return {Load(path, git), nullptr};
+  } catch (...) {
+    return {std::nullopt, std::current_exception()};
+  }
+}
+
+// How many threads are of use. A large image would pay less than a large text; both do.
+std::size_t UsefulThreads(const std::vector<std::string>& paths) {
+  const auto is_large = [](const std::string& path) { return SizeOf(path) >= kWorthAThread; };
+  return static_cast<std::size_t>(std::ranges::count_if(paths, is_large));
+}
+
+}  // namespace
+
+std::vector<Input> LoadInputs(const std::vector<std::string>& paths) {
+  std::vector<Input> inputs;
+  InputError faults;
+  std::vector<Loaded> files(paths.size());
+  Git git;
+  ForEach(paths.size(), UsefulThreads(paths), [&](std::size_t i) { files[i] = TryToLoad(paths[i], git); });
+  for (Loaded& loaded : files) {
+    try {
+      if (loaded.fault != nullptr) std::rethrow_exception(loaded.fault);
+      inputs.push_back(std::move(*loaded.input));
+    } catch (const InputError& fault) {
+      faults.lines.insert(faults.lines.end(), fault.lines.begin(), fault.lines.end());
+    }
+  }
+  if (!faults.lines.empty()) throw faults;
+  return inputs;
+}
+
+}  // namespace korvel

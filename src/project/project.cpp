@@ -1,0 +1,56 @@
+// Finds project files. Their form is project_file.cpp's business. Held by tests/tool/project_file_test.cpp.
+#include "project/project.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "schema/file_bytes.h"
+
+namespace korvel {
+namespace {
+
+template <class T>
+void FillIn(std::optional<T>& setting, const std::optional<T>& other) {
+  if (!setting) setting = other;
+}
+
+void FillIn(Settings& settings, const Settings& others) {
+  FillIn(settings.type, others.type);
+  FillIn(settings.created_as, others.created_as);
+  FillIn(settings.server_version, others.server_version);
+  FillIn(settings.whitelist, others.whitelist);
+  FillIn(settings.list_num, others.list_num);
+}
+
+}  // namespace
+
+Project ReadProject(const std::string& path) {
+  const Bytes bytes = ReadAll(OpenInput(path));
+  return ParseProject(path, std::filesystem::path(path).parent_path(), std::string(bytes.View()));
+}
+
+// As a way upwards, so that what is shown can be opened from here.
+std::optional<std::string> FindProjectFile() {
+  std::error_code error;
+  std::error_code ignored;
+  std::string up;
+  for (std::filesystem::path directory = std::filesystem::current_path(error); !error; directory = directory.parent_path()) {
+    const std::string path = up + kProjectFileName;
+    // A link to no file is an error when it is opened; without it the call would miss what the project says.
+    if (std::filesystem::exists(std::filesystem::symlink_status(path, ignored))) return path;
+    if (directory == directory.parent_path()) break;
+    up += "../";
+  }
+  return std::nullopt;
+}
+
+Settings GivenFor(const Settings& given, const std::optional<Project>& project, const std::string& table) {
+  Settings settings = given;
+  if (!project) return settings;
+  const auto found = project->tables.find(table);
+  if (found != project->tables.end()) FillIn(settings, found->second.settings);
+  FillIn(settings, project->defaults);
+  return settings;
+}
+
+}  // namespace korvel

@@ -1,0 +1,62 @@
+// What a project says about its schemas, once for all calls: korvelcheck.toml.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "qmx/qmx_source_map.h"
+#include "schema/settings.h"
+
+namespace korvel {
+
+inline constexpr char kProjectFileName[] = "korvelcheck.toml";
+
+// A text of the project file and where it stands.
+struct ProjectText {
+  std::string text;
+  qmx::LineColumn place;
+};
+
+// Lets one finding pass, until a day.
+struct WaiverEntry {
+  qmx::LineColumn place;
+  std::string fingerprint;  // of the finding; empty: it is the one of the table, the rule and the entry
+  std::string table;
+  std::string rule;
+  std::string entry;
+  std::string reason;
+  std::string until;  // the last day on which it holds
+  std::string fault;  // why it is none: what is wrong and what is allowed; empty if it is one
+};
+
+struct TableSettings {
+  qmx::LineColumn place;
+  Settings settings;
+};
+
+struct Project {
+  std::string file;                  // as shown
+  std::string directory;             // in which it lies, and where its paths start; "" = the working directory
+  std::vector<ProjectText> paths;    // patterns of schema files
+  std::vector<ProjectText> exclude;  // and of those among them that are none
+  std::optional<ProjectText> against;
+  Settings defaults;
+  std::map<std::string, TableSettings> tables;
+  std::vector<WaiverEntry> waivers;
+};
+
+// Reads a project file. Throws InputError with all of its errors, one line each: "file:line:column: error: what; allowed".
+Project ReadProject(const std::string& path);
+
+// The same of a text.
+Project ParseProject(const std::string& file, const std::string& directory, const std::string& text);
+
+// The path of the project file in the working directory or the nearest one above it; nullopt if there is none.
+std::optional<std::string> FindProjectFile();
+
+// The settings given for a table: those of the call first, then the project's for the table, then the project's defaults.
+Settings GivenFor(const Settings& given, const std::optional<Project>& project, const std::string& table);
+
+}  // namespace korvel

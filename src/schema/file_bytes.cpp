@@ -1,0 +1,108 @@
+// Opens and reads files. What they hold is not looked at but for the first bytes. Held by tests/tool/input_test.cpp.
+#include "schema/file_bytes.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+
+#include "base/input_error.h"
+#include "base/one_line.h"
+#include "qmx/qmx_image.h"
+#include "qmx/qmx_xml.h"
+
+namespace korvel {
+namespace {
+
+constexpr char kStandardInput[] = "-";
+constexpr std::size_t kFirstPiece = std::size_t{64} << 10;  // bytes; for pipes, whose size is not known
+
+std::string ShownName(const std::string& path) { return path == kStandardInput ? "<stdin>" : path.empty() ? "''" : path; }
+
+[[noreturn]] void RefuseFile(const std::string& name, const std::string& reason) {
+  throw InputError{{ToolMessage(OneLine(name) + ": " + reason)}};
+}
+
+[[noreturn]] void RefuseTooLarge(const std::string& name) {
+  RefuseFile(name, "is too large; allowed: up to " + std::to_string(qmx::kMaxFileBytes) + " bytes");
+}
+
+FileDescriptor Open(const std::string& path) {
+  // A pipe without a writer waits for one here, like any reader.
+  const int fd = path == kStandardInput ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0) : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) RefuseFile(ShownName(path), std::strerror(errno));
+  return FileDescriptor(fd);
+}
+
+bool StatusOf(const std::string& path, struct stat& status) {
+  return (path == kStandardInput ? ::fstat(STDIN_FILENO, &status) : ::stat(path.c_str(), &status)) == 0;
+}
+
+// Standard input may be a file of which somebody has read a part.
+bool IsMappableImage(int fd) {
+  char first[qmx::kImageMagic.size()];
+  const ssize_t got = ::pread(fd, first, sizeof(first), 0);
+  return got == static_cast<ssize_t>(sizeof(first)) && qmx::IsImage({first, sizeof(first)}) && ::lseek(fd, 0, SEEK_CUR) == 0;
+}
+
+// Memory of `capacity` bytes that begins with those read so far.
+void Grow(Bytes& bytes, std::size_t capacity) {
+  auto larger = std::make_unique_for_overwrite<char[]>(capacity);
+  if (bytes.size > 0) std::memcpy(larger.get(), bytes.data.get(), bytes.size);
+  bytes.data = std::move(larger);
+}
+
+}  // namespace
+
+std::size_t SizeOf(const std::string& path) {
+  struct stat status {};
+  return StatusOf(path, status) && S_ISREG(status.st_mode) ? static_cast<std::size_t>(status.st_size) : 0;
+}
+
+OpenFile OpenInput(const std::string& path) {
+  OpenFile file{ShownName(path), Open(path)};
+  struct stat status {};
+  if (::fstat(file.descriptor.get(), &status) != 0) RefuseFile(file.name, std::strerror(errno));
+  if (S_ISDIR(status.st_mode)) RefuseFile(file.name, "is a directory; allowed: a file, or '-' for standard input");
+  if (!S_ISREG(status.st_mode)) return file;
+  if (static_cast<std::uintmax_t>(status.st_size) > qmx::kMaxFileBytes) RefuseTooLarge(file.name);
+  file.size = static_cast<std::size_t>(status.st_size);
+  file.state = {path, status.st_dev, status.st_ino, file.size, status.st_mtim};
+  file.is_mappable_image = IsMappableImage(file.descriptor.get());
+  return file;
+}
+
+void RequireUnchanged(const std::string& name, const FileState& state) {
+  struct stat now {};
+  if (!StatusOf(state.path, now) || now.st_dev != state.device || now.st_ino != state.number) return;
+  const bool is_same = static_cast<std::size_t>(now.st_size) == state.size && now.st_mtim.tv_sec == state.written.tv_sec &&
+                       now.st_mtim.tv_nsec == state.written.tv_nsec;
+  if (!is_same) RefuseFile(name, "was written to while it was read; try again");
+}
+
+std::size_t ReadUpTo(const OpenFile& file, char* to, std::size_t capacity) {
+  std::size_t size = 0;
+  while (size < capacity) {
+    const ssize_t got = ::read(file.descriptor.get(), to + size, capacity - size);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) RefuseFile(file.name, std::string("cannot be read: ") + std::strerror(errno));
+    if (got == 0) break;
+    size += static_cast<std::size_t>(got);
+  }
+  return size;
+}
+
+Bytes ReadAll(const OpenFile& file, bool (*is_enough)(std::string_view bytes)) {
+  Bytes bytes;
+  for (std::size_t capacity = kFirstPiece;; capacity = std::min(capacity * 2, qmx::kMaxFileBytes + 1)) {
+    Grow(bytes, capacity);
+    bytes.size += ReadUpTo(file, bytes.data.get() + bytes.size, capacity - bytes.size);
+    if (bytes.size > qmx::kMaxFileBytes) RefuseTooLarge(file.name);
+    if (bytes.size < capacity || (is_enough != nullptr && is_enough(bytes.View()))) return bytes;
+  }
+}
+
+}  // namespace korvel

@@ -1,0 +1,76 @@
+// Chooses tables. Held by tests/tool/check_test.cpp and pair_commands_test.cpp.
+#include "schema/selection.h"
+
+#include <string_view>
+#include <unordered_set>
+#include <utility>
+
+#include "base/did_you_mean.h"
+#include "base/input_error.h"
+#include "base/one_line.h"
+#include "base/quote.h"
+
+namespace korvel {
+namespace {
+
+std::string UnknownTable(const Pair& pair, const std::string& name) {
+  std::vector<std::string_view> known = pair.first.tables;
+  known.insert(known.end(), pair.second.tables.begin(), pair.second.tables.end());
+  return ToolMessage("table " + Quote(name) + " is neither in " + OneLine(pair.first.name) + " nor in " +
+                     OneLine(pair.second.name) + DidYouMean(name, known));
+}
+
+Selection SelectAsked(const Pair& pair, const std::vector<std::string>& asked) {
+  Selection selection;
+  InputError unknown;
+  std::unordered_set<std::string_view> seen;
+  for (const std::string& name : asked) {
+    if (!seen.insert(name).second) continue;
+    if (pair.first.HasMeta(name)) {
+      selection.compared.push_back(name);
+    } else if (pair.second.HasMeta(name)) {
+      selection.added.push_back(name);
+    } else {
+      unknown.lines.push_back(UnknownTable(pair, name));
+    }
+  }
+  if (!unknown.lines.empty()) throw unknown;
+  return selection;
+}
+
+Selection SelectAll(const Pair& pair) {
+  Selection selection;
+  selection.compared.assign(pair.first.tables.begin(), pair.first.tables.end());
+  const std::unordered_set<std::string_view> known(pair.first.tables.begin(), pair.first.tables.end());
+  for (const std::string_view name : pair.second.tables) {
+    if (!known.contains(name)) selection.added.emplace_back(name);
+  }
+  return selection;
+}
+
+}  // namespace
+
+Selection SelectTables(const Pair& pair, const std::vector<std::string>& asked) {
+  Selection selection = asked.empty() ? SelectAll(pair) : SelectAsked(pair, asked);
+  if (!selection.compared.empty()) return selection;
+  const std::string why = asked.empty() ? " has no table (a meta with a primary key)" : " has none of the tables asked for";
+  throw InputError{{ToolMessage("nothing was compared: " + OneLine(pair.first.name) + why)}};
+}
+
+std::vector<std::string> SelectFromFirst(const Pair& pair, const std::vector<std::string>& asked) {
+  Selection selection = SelectTables(pair, asked);
+  if (!asked.empty()) RequireTables(pair.first, selection.added);
+  return std::move(selection.compared);
+}
+
+void RequireTables(const Source& input, const std::vector<std::string>& names) {
+  InputError missing;
+  for (const std::string& name : names) {
+    if (input.HasMeta(name)) continue;
+    missing.lines.push_back(
+        ToolMessage("table " + Quote(name) + " is not in " + OneLine(input.name) + DidYouMean(name, input.tables)));
+  }
+  if (!missing.lines.empty()) throw missing;
+}
+
+}  // namespace korvel

@@ -1,0 +1,34 @@
+// Sources. Places in them are found by places.cpp. Held by tests/tool/input_test.cpp.
+#include "schema/source.h"
+
+#include <algorithm>
+
+#include "common/meta_view.h"
+#include "qmx/qmx_metalib_kernel.h"
+
+namespace korvel {
+
+bool Source::HasMeta(const std::string& meta) const { return qmx_get_meta_by_name(Library(), meta.c_str()) != nullptr; }
+
+void ListTables(Source& source) {
+  const int number = qmx_get_meta_num(source.Library());
+  for (int i = 0; i < number; ++i) {
+    const LPQMXMETA meta = qmx_get_meta_by_index(source.Library(), i);
+    if (HasPrimaryKey(meta)) source.tables.emplace_back(qmx_get_meta_name(meta));
+  }
+}
+
+std::optional<std::uint32_t> PositionOf(const Source& source, const std::string& name) {
+  const LPQMXMETALIB library = source.Library();
+  const LPQMXMETA meta = qmx_get_meta_by_name(library, name.c_str());
+  if (meta == nullptr) return std::nullopt;
+  // Metas lie in memory in declaration order.
+  const auto* const metas = reinterpret_cast<const std::int64_t*>(library->data + library->ptrMetas);
+  return static_cast<std::uint32_t>(std::lower_bound(metas, metas + library->iMetaNum, meta->ptrMeta) - metas);
+}
+
+Location DeclaredAt(const Source& source, const std::string& meta) {
+  return {&source, {qmx::ElementId::Kind::kMeta, *PositionOf(source, meta)}, {}};
+}
+
+}  // namespace korvel

@@ -1,0 +1,200 @@
+// Chooses files. What is done with them is against.cpp's business. Held by tests/tool/against_test.cpp.
+#include "tool/commands/project_files.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
+#include "base/did_you_mean.h"
+#include "base/input_error.h"
+#include "base/one_line.h"
+#include "base/quote.h"
+#include "project/glob.h"
+
+namespace korvel::tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The directory in which a path stands, without links, and its last name as it is: a link to a file is that file's other name.
+fs::path Absolute(const std::string& path) {
+  std::error_code ignored;
+  std::string normal = fs::absolute(path.empty() ? "." : path, ignored).lexically_normal();
+  while (normal.size() > 1 && normal.back() == '/') normal.pop_back();
+  const fs::path whole = normal;
+  return fs::is_directory(whole, ignored) ? fs::weakly_canonical(whole, ignored)
+                                          : fs::weakly_canonical(whole.parent_path(), ignored) / whole.filename();
+}
+
+// The way from a directory to what is below it, "" to itself.
+std::string Below(const fs::path& path, const std::string& top, const std::string& shown) {
+  std::string way = path.lexically_relative(top);
+  if (way == ".") return "";
+  if (way.empty() || way == ".." || way.starts_with("../")) {
+    throw InputError{{ToolMessage(OneLine(shown) + ": is not below " + OneLine(top))}};
+  }
+  return way;
+}
+
+std::string ProjectDirectory(const Options& options) { return options.project ? options.project->directory : ""; }
+
+// The patterns of the project, from the top of its states.
+class Patterns {
+ public:
+  Patterns(const Options& options, const ProjectStates& states) {
+    if (!options.project) return;
+    project_ = &*options.project;
+    prefix_ = Below(Absolute(project_->directory), states.top, project_->file);
+    if (!prefix_.empty()) prefix_ += '/';
+  }
+
+  bool IsEmpty() const { return project_ == nullptr || project_->paths.empty(); }
+  const std::vector<ProjectText>& All() const { return project_->paths; }
+
+  bool Match(const ProjectText& pattern, const std::string& path) const {
+    if (!path.starts_with(prefix_)) return false;
+    const std::string_view below = std::string_view(path).substr(prefix_.size());
+    const auto matches = [&](const ProjectText& one) { return MatchesGlob(one.text, below); };
+    return matches(pattern) && std::ranges::none_of(project_->exclude, matches);
+  }
+
+  bool MatchAny(const std::string& path) const {
+    return std::ranges::any_of(All(), [&](const ProjectText& pattern) { return Match(pattern, path); });
+  }
+
+  // Where the files of a pattern are.
+  std::string Directory(const ProjectText& pattern) const {
+    std::string directory = prefix_ + std::string(FixedDirectory(pattern.text));
+    if (directory.ends_with('/')) directory.pop_back();
+    return directory;
+  }
+
+  std::string Place(const ProjectText& pattern) const {
+    return project_->file + ":" + std::to_string(pattern.place.line) + ":" + std::to_string(pattern.place.column);
+  }
+
+ private:
+  const Project* project_ = nullptr;
+  std::string prefix_;
+};
+
+bool HasSchemaSuffix(const std::string& path) { return path.ends_with(".xml") || path.ends_with(".qmb"); }
+
+void AddMatching(const FileTree& state, const Patterns& patterns, const ProjectText& pattern, std::set<std::string>& files) {
+  for (const std::string& file : state.Below(patterns.Directory(pattern))) {
+    if (patterns.Match(pattern, file)) files.insert(file);
+  }
+}
+
+ProjectFiles FilesOfPatterns(const Patterns& patterns, const ProjectStates& states) {
+  ProjectFiles files;
+  InputError faults;
+  for (const ProjectText& pattern : patterns.All()) {
+    std::set<std::string> in_old;
+    std::set<std::string> in_new;
+    AddMatching(*states.old_state, patterns, pattern, in_old);
+    AddMatching(*states.new_state, patterns, pattern, in_new);
+    if (in_old.empty() && in_new.empty()) {
+      faults.lines.push_back(OneLine(patterns.Place(pattern) + ": error: " + Quote(pattern.text) +
+                                     " matches no file; allowed: patterns of files that are there now or were there before"));
+    }
+    files.in_old.merge(in_old);
+    files.in_new.merge(in_new);
+  }
+  if (!faults.lines.empty()) throw faults;
+  return files;
+}
+
+bool IsSchemaOf(const Patterns& patterns, const std::string& path) {
+  return patterns.IsEmpty() ? HasSchemaSuffix(path) : patterns.MatchAny(path);
+}
+
+// The files that a given path stands for in one state.
+std::set<std::string> Named(const FileTree& state, const Patterns& patterns, const std::string& path) {
+  if (state.HasFile(path)) return {path};
+  std::set<std::string> files;
+  for (const std::string& file : state.Below(path)) {
+    if (IsSchemaOf(patterns, file)) files.insert(file);
+  }
+  return files;
+}
+
+// Who names the new place of a moved file alone, as hooks do, means the moved file and no new one.
+std::vector<std::string> RemovedElsewhere(const ProjectFiles& files, const Patterns& patterns, const ProjectStates& states) {
+  std::vector<std::string> removed;
+  if (std::ranges::includes(files.in_old, files.in_new)) return removed;
+  for (const std::string& file : states.old_state->Below("")) {
+    if (IsSchemaOf(patterns, file) && !files.in_old.contains(file) && !states.new_state->HasFile(file)) removed.push_back(file);
+  }
+  return removed;
+}
+
+std::string Missing(const ProjectStates& states, const std::string& given, const std::string& path) {
+  const std::string directory = path.substr(0, path.rfind('/') == std::string::npos ? 0 : path.rfind('/'));
+  std::vector<std::string> files = states.new_state->Below(directory);
+  std::vector<std::string_view> near(files.begin(), files.end());
+  return ToolMessage(OneLine(given) + ": no schema file is there, neither now nor before" + DidYouMean(path, near));
+}
+
+ProjectFiles NamedFiles(const Options& options, const Patterns& patterns, const ProjectStates& states) {
+  ProjectFiles files;
+  InputError missing;
+  std::set<std::string> seen;
+  for (const std::string& given : options.inputs) {
+    const std::string path = Below(Absolute(given), states.top, given);
+    if (!seen.insert(path).second) {
+      files.twice.push_back(given);
+      continue;
+    }
+    std::set<std::string> in_old = Named(*states.old_state, patterns, path);
+    std::set<std::string> in_new = Named(*states.new_state, patterns, path);
+    if (in_old.empty() && in_new.empty()) missing.lines.push_back(Missing(states, given, path));
+    files.in_old.merge(in_old);
+    files.in_new.merge(in_new);
+  }
+  if (!missing.lines.empty()) throw missing;
+  files.removed_elsewhere = RemovedElsewhere(files, patterns, states);
+  return files;
+}
+
+// A directory stays where it was given: from the working directory on the command line, from its own in the project file.
+std::string EarlierState(const Options& options) {
+  if (options.against) return *options.against;
+  const std::string& against = options.project->against->text;
+  if (against.starts_with("git:")) return against;
+  return (fs::path(options.project->directory) / against).string();
+}
+
+}  // namespace
+
+ProjectStates StatesOf(const Options& options) {
+  const std::string against = EarlierState(options);
+  ProjectStates states;
+  if (const auto revision = ParseGitRevision(against)) {
+    states.top = Absolute(Git().Top(against));
+    states.old_state = CommitTree(*revision, against);
+    states.new_state = WorkTreeSeenFrom(Absolute(""), states.top);
+  } else {
+    std::error_code error;
+    if (!fs::is_directory(against, error)) {
+      const std::string reason = error ? error.message() : "is no directory";
+      throw InputError{{ToolMessage(OneLine(against) + ": " + reason + "; allowed: git:REV or a directory")}};
+    }
+    states.top = Absolute(ProjectDirectory(options));
+    states.old_state = DiskTree(against, against);
+    states.new_state = DiskTreeSeenFrom(Absolute(""), states.top);
+  }
+  return states;
+}
+
+ProjectFiles FilesOf(const Options& options, const ProjectStates& states) {
+  const Patterns patterns(options, states);
+  if (!options.inputs.empty()) return NamedFiles(options, patterns, states);
+  if (!patterns.IsEmpty()) return FilesOfPatterns(patterns, states);
+  throw InputError{
+      {ToolMessage("nothing says which files are schemas; allowed: files and directories behind the options, or 'paths' in "
+                   "[schemas] of korvelcheck.toml")}};
+}
+
+}  // namespace korvel::tool

@@ -1,0 +1,124 @@
+// Writes reports. Held by tests/tool/output_test.cpp.
+#include "tool/io/output.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+#include <string_view>
+
+#include "base/file_descriptor.h"
+#include "base/one_line.h"
+
+namespace korvel::tool {
+namespace {
+
+[[noreturn]] void Fail(const std::string& path, const std::string& reason) {
+  throw std::runtime_error("cannot write " + OneLine(path) + ": " + reason);
+}
+
+// A file beside its destination, removed unless it gets there.
+class TemporaryFile {
+ public:
+  explicit TemporaryFile(const std::string& destination)
+      : destination_(destination), path_(destination + ".XXXXXX"), file_(::mkostemp(path_.data(), O_CLOEXEC)) {
+    if (!file_.IsOpen()) Fail(destination_, std::strerror(errno));
+  }
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+  ~TemporaryFile() {
+    if (!moved_) ::unlink(path_.c_str());
+  }
+
+  void Write(const std::string& text, mode_t mode) {
+    int error = WriteAll(file_.get(), text);
+    if (error == 0 && (::fchmod(file_.get(), mode) != 0 || ::fsync(file_.get()) != 0)) error = errno;
+    if (error != 0) Fail(destination_, std::strerror(error));
+  }
+
+  void Move() {
+    if (::rename(path_.c_str(), destination_.c_str()) != 0) Fail(destination_, std::strerror(errno));
+    moved_ = true;
+  }
+
+ private:
+  std::string destination_;
+  std::string path_;
+  FileDescriptor file_;
+  bool moved_ = false;
+};
+
+// The file behind a link, so that the link stays; the path itself where there is no file yet.
+std::string BehindLinks(const std::string& path) {
+  char* const resolved = ::realpath(path.c_str(), nullptr);
+  if (resolved == nullptr) {
+    struct stat status {};
+    if (::lstat(path.c_str(), &status) == 0) Fail(path, "is a symbolic link to no file");
+    return path;
+  }
+  std::string target = resolved;
+  ::free(resolved);
+  return target;
+}
+
+// Holds back the signals that end a program while a temporary file is in place: it would be left behind.
+class SignalsHeldBack {
+ public:
+  SignalsHeldBack() {
+    sigset_t signals;
+    ::sigemptyset(&signals);
+    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) ::sigaddset(&signals, signal);
+    ::sigprocmask(SIG_BLOCK, &signals, &before_);
+  }
+  SignalsHeldBack(const SignalsHeldBack&) = delete;
+  SignalsHeldBack& operator=(const SignalsHeldBack&) = delete;
+  ~SignalsHeldBack() { ::sigprocmask(SIG_SETMASK, &before_, nullptr); }
+
+ private:
+  sigset_t before_{};
+};
+
+// The permission bits of the file that is replaced, or those of any new file.
+mode_t ModeFor(const std::string& path) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) == 0) {
+    // A device or pipe would be replaced by a file.
+    if (!S_ISREG(status.st_mode)) Fail(path, "is no regular file");
+    // Its directory alone decides whether it can be replaced; who protects a file means the file.
+    if (::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) Fail(path, std::strerror(errno));
+    return status.st_mode & 0777;
+  }
+  const mode_t mask = ::umask(0);
+  ::umask(mask);
+  return 0666 & ~mask;
+}
+
+}  // namespace
+
+bool CanColour() {
+  const char* const refused = std::getenv("NO_COLOR");
+  const char* const terminal = std::getenv("TERM");
+  if (refused != nullptr && *refused != '\0') return false;
+  return ::isatty(STDOUT_FILENO) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
+}
+
+void WriteStandardOutput(const std::string& text) {
+  const int error = WriteAll(STDOUT_FILENO, text);
+  if (error != 0 && error != EPIPE) Fail("standard output", std::strerror(error));
+}
+
+void WriteFile(const std::string& path, const std::string& text) {
+  const std::string destination = BehindLinks(path);
+  const mode_t mode = ModeFor(destination);
+  const SignalsHeldBack signals;
+  TemporaryFile file(destination);
+  file.Write(text, mode);
+  file.Move();
+}
+
+}  // namespace korvel::tool

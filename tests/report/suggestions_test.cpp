@@ -1,0 +1,337 @@
+// Ways out: what is offered for which change, that the checker allows it, and that a fix makes that and nothing else.
+#include "analysis/suggest/suggestions.h"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+
+#include "analysis/findings/findings.h"
+#include "analysis/suggest/element_text.h"
+#include "analysis/suggest/suggest.h"
+#include "read_source.h"
+#include "schema/text_source.h"
+
+namespace report_test {
+namespace {
+
+using namespace korvel;
+
+struct Sides {
+  std::string old_fields;
+  std::string new_fields;
+  std::string protocol = "QMX";
+  int old_version = 5;
+  int new_version = 6;
+  std::string old_attributes = {};
+  std::string new_attributes = {};
+  Settings given = {};
+};
+
+std::string Library(int version, const std::string& protocol, const std::string& attributes, const std::string& fields) {
+  return "<metalib name=\"m\" version=\"" + std::to_string(version) + "\" protocol=\"" + protocol + "\">\n" +
+         "<meta name=\"box\"><entry name=\"a\" id=\"1\" type=\"int8\"/></meta>\n" +
+         "<meta name=\"bag\"><entry name=\"a\" id=\"1\" type=\"int8\"/></meta>\n<meta name=\"t\"" +
+         (attributes.empty() ? "" : " customattr=\"" + attributes + "\"") +
+         ">\n<entry name=\"uid\" id=\"1\" type=\"uint32\"/>\n" + fields + "<primarykey entries=\"uid\"/>\n</meta>\n</metalib>\n";
+}
+
+// The findings of a change, and what became of it.
+struct Fixed {
+  Changes changes;
+  Suggestion suggestion;
+  std::vector<std::string> fixed;  // of each finding, the file with its fix
+};
+
+Fixed Fix(const Sides& sides) {
+  const Source old_source =
+      ReadSource("old.xml", Library(sides.old_version, sides.protocol, sides.old_attributes, sides.old_fields));
+  const Source new_source =
+      ReadSource("new.xml", Library(sides.new_version, sides.protocol, sides.new_attributes, sides.new_fields));
+  const Settings settings = ResolveSettings(sides.given, old_source, "t");
+  const Verdict whole = AskChecker(old_source.Library(), new_source.Library(), "t", settings);
+  const Difference difference(old_source, new_source, "t");
+  Fixed fixed;
+  fixed.changes = FindChanges(difference, old_source, new_source, "t", settings, whole, kMaxFindings);
+  fixed.suggestion = Suggest(difference, old_source, "t", settings, fixed.changes);
+  FindSuggestions(difference, old_source, new_source, "t", settings, fixed.changes, true);
+  const auto built = Build(fixed.suggestion.model);
+  EXPECT_TRUE(built);
+  const bool refused = AskChecker(old_source.Library(), built->get(), "t", settings).Refused();
+  EXPECT_EQ(fixed.suggestion.allowed, !refused) << "what it says about the suggestion";
+  for (const Finding& finding : fixed.changes.findings) {
+    fixed.fixed.push_back(Replaced(new_source.text->bytes, finding.fix));
+    EXPECT_FALSE(finding.suggestion.empty());
+  }
+  return fixed;
+}
+
+struct LegalForm {
+  const char* label;
+  Sides sides;
+  bool has_fix;
+  const char* suggestion;
+  const char* fixed;  // stands in the fixed file
+};
+
+const LegalForm kLegalForms[] = {
+    {"an added field without a version",
+     {"", "<entry name=\"note\" id=\"2\" type=\"int8\"/>\n"},
+     true,
+     "give note version 6, which is above the old library's 5",
+     "<entry name=\"note\" id=\"2\" type=\"int8\" version=\"6\"/>\n"},
+    {"the library keeps its version",
+     {"", "<entry name=\"note\" id=\"2\" type=\"int8\" version=\"5\"/>\n", "QMX", 5, 5},
+     true,
+     "give note version 6, which is above the old library's 5",
+     "<metalib name=\"m\" version=\"6\" protocol=\"QMX\">"},
+    {"a name of other bytes",
+     {"", "<entry name=\"net price\" id=\"2\" type=\"int8\" version=\"6\"/>\n"},
+     true,
+     "call it net_price",
+     "<entry name=\"net_price\" id=\"2\""},
+    {"a name that starts with a digit",
+     {"", "<entry name=\"2nd\" id=\"2\" type=\"int8\" version=\"6\"/>\n"},
+     true,
+     "call it _2nd",
+     "name=\"_2nd\""},
+    {"an empty name", {"", "<entry name=\"\" id=\"2\" type=\"int8\" version=\"6\"/>\n"}, true, "call it field", "name=\"field\""},
+    {"a name that is too long, while what it is cut to is taken",
+     {"<entry name=\"nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn\" id=\"2\" type=\"int8\"/>\n",
+      "<entry name=\"nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn\" id=\"2\" type=\"int8\"/>\n"
+      "<entry name=\"nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn\" id=\"3\" type=\"int8\" version=\"6\"/>\n"},
+     true,
+     "call it nnnnnnnnnnnnnnnnnnnnnnnnnnnnn_2",
+     "name=\"nnnnnnnnnnnnnnnnnnnnnnnnnnnnn_2\" id=\"3\""},
+    {"both a name and a version",
+     {"", "<entry name=\"a-b\" id=\"2\" type=\"int8\"/>\n"},
+     true,
+     "give a-b version 6, which is above the old library's 5; call it a_b",
+     "<entry name=\"a_b\" id=\"2\" type=\"int8\" version=\"6\"/>\n"},
+    {"a field of another type",
+     {"<entry name=\"zone\" id=\"2\" type=\"uint32\"/>\n", "<entry name=\"zone\" id=\"2\" type=\"int64\"/>\n"},
+     true,
+     "keep zone as it is; add a new field zone_2 (int64, id 3, version 6) for the new values",
+     "<entry name=\"zone\" id=\"2\" type=\"uint32\"/>\n<entry name=\"zone_2\" id=\"3\" type=\"int64\" version=\"6\"/>\n"},
+    {"more of a field whose count is fixed",
+     {"<entry name=\"zone\" id=\"2\" type=\"int8\" count=\"3\"/>\n",
+      "<entry name=\"zone\" id=\"2\" type=\"int8\" count=\"4\"/>\n"},
+     true,
+     "keep zone as it is; add a new field zone_2 (int8 x 4, id 3, version 6) for the new values",
+     "<entry name=\"zone_2\" id=\"3\" type=\"int8\" version=\"6\" count=\"4\"/>\n"},
+    {"fewer of them",
+     {"<entry name=\"zone\" id=\"2\" type=\"int8\" count=\"3\"/>\n",
+      "<entry name=\"zone\" id=\"2\" type=\"int8\" count=\"2\"/>\n"},
+     false,
+     "leave the change out: keep zone at a count of 3",
+     "<entry name=\"zone\" id=\"2\" type=\"int8\" count=\"3\"/>\n"},
+    {"another structure",
+     {"<entry name=\"in\" id=\"2\" type=\"box\"/>\n", "<entry name=\"in\" id=\"2\" type=\"bag\"/>\n"},
+     true,
+     "keep in as it is; add a new field in_2 (bag, id 3, version 6) for the new values",
+     "<entry name=\"in\" id=\"2\" type=\"box\"/>\n"},
+    {"a smaller text",
+     {"<entry name=\"s\" id=\"2\" type=\"string\" size=\"9\"/>\n", "<entry name=\"s\" id=\"2\" type=\"string\" size=\"8\"/>\n"},
+     false,
+     "leave the change out: keep s at 9 bytes",
+     "size=\"9\""},
+    {"a removed field",
+     {"<entry name=\"s\" id=\"2\" type=\"int8\"/>\n", ""},
+     false,
+     "leave the change out: keep field s; whoever does not need it any more may stop writing it",
+     "<entry name=\"s\" id=\"2\" type=\"int8\"/>\n"},
+    {"a renamed field",
+     {"<entry name=\"s\" id=\"2\" type=\"int8\"/>\n", "<entry name=\"r\" id=\"2\" type=\"int8\"/>\n", "TLV"},
+     false,
+     "leave the change out: keep the name s",
+     "<entry name=\"s\" id=\"2\" type=\"int8\"/>\n"},
+    {"a moved field",
+     {"<entry name=\"s\" id=\"2\" type=\"int8\"/>\n<entry name=\"r\" id=\"3\" type=\"int8\"/>\n",
+      "<entry name=\"r\" id=\"3\" type=\"int8\"/>\n<entry name=\"s\" id=\"2\" type=\"int8\"/>\n"},
+     false,
+     "leave the change out: leave field r where it is",
+     "<entry name=\"s\" id=\"2\" type=\"int8\"/>\n<entry name=\"r\" id=\"3\" type=\"int8\"/>\n"},
+    {"an index",
+     {"", "<index name=\"i\"><column entry=\"uid\"/></index>\n"},
+     false,
+     "leave the change out: do without index i; a new table may have it from its first day",
+     "<primarykey entries=\"uid\"/>\n</meta>"},
+    {"slots of a list that the server has not",
+     {"", "", "QMX", 5, 6, "", "TableType=LIST;ListNum=12", {1, std::nullopt, std::nullopt, std::nullopt, 10}},
+     true,
+     "say ListNum=10, which is what the server holds",
+     "customattr=\"TableType=LIST;ListNum=10\""},
+    {"an attribute more",
+     {"", "", "QMX", 5, 6, "TableType=GENERIC;DataProtocol=QMX", "odd"},
+     false,
+     "leave the change out: keep the attributes of table t: TableType=GENERIC;DataProtocol=QMX",
+     "customattr=\"TableType=GENERIC;DataProtocol=QMX\""},
+    {"another type of table where none was said",
+     {"", "", "QMX", 5, 6, "", "TableType=GENERIC", {1, std::nullopt, std::nullopt, std::nullopt, 10}},
+     false,
+     "leave the change out: do without TableType of table t",
+     "<meta name=\"t\">"},
+    {"a splittable key",
+     {"", "<splittablekey entries=\"uid\"/>\n"},
+     false,
+     "leave the change out: do without a splittable key; a new table may have one from its first day",
+     "<primarykey entries=\"uid\"/>\n</meta>"},
+    {"a second attribute",
+     {"<entry name=\"s\" id=\"2\" type=\"int8\"/>\n", "<entry name=\"s\" id=\"2\" type=\"int8\" customattr2=\"pii\"/>\n"},
+     false,
+     "leave the change out: do without a customattr2 of s",
+     "<entry name=\"s\" id=\"2\" type=\"int8\"/>\n"},
+    {"fewer slots",
+     {"", "", "QMX", 5, 6, "TableType=LIST;ListNum=12", "TableType=LIST;ListNum=10"},
+     false,
+     "leave the change out: keep ListNum of table t: 12",
+     "customattr=\"TableType=LIST;ListNum=12\""},
+};
+
+TEST(WaysOut, OfEachChange) {
+  for (const LegalForm& form : kLegalForms) {
+    SCOPED_TRACE(form.label);
+    const Fixed fixed = Fix(form.sides);
+    ASSERT_FALSE(fixed.changes.findings.empty());
+    for (const Finding& finding : fixed.changes.findings) {
+      EXPECT_EQ(finding.suggestion, form.suggestion);
+      EXPECT_EQ(finding.has_fix, form.has_fix);
+    }
+    EXPECT_NE(fixed.fixed.front().find(form.fixed), std::string::npos) << fixed.fixed.front();
+    EXPECT_TRUE(fixed.suggestion.allowed);
+  }
+}
+
+TEST(WaysOut, AnAllowedChangeIsItsOwnSuggestion) {
+  const Fixed fixed = Fix({"", "<entry name=\"note\" id=\"2\" type=\"int8\" version=\"6\"/>\n"});
+  EXPECT_TRUE(fixed.changes.findings.empty());
+  EXPECT_TRUE(fixed.suggestion.allowed);
+  EXPECT_EQ(fixed.suggestion.model.metas.front().entries.back().name, "note");
+}
+
+// Library, "t" and another table "u" of one field.
+std::string TwoTables(const std::string& protocol, const std::string& fields, const std::string& other_id) {
+  return "<metalib name=\"m\" version=\"5\" protocol=\"" + protocol +
+         "\">\n<meta name=\"t\"><entry name=\"uid\" id=\"1\" type=\"int8\"/>" + fields +
+         "<primarykey entries=\"uid\"/></meta>\n<meta name=\"u\"><entry name=\"uid\" " + other_id +
+         " type=\"int8\"/><primarykey entries=\"uid\"/></meta>\n</metalib>\n";
+}
+
+// The findings of "t" with their ways out.
+Changes WaysOutOf(const std::string& before, const Source& new_source) {
+  const Source old_source = ReadSource("old.xml", before);
+  const Settings settings = ResolveSettings({}, old_source, "t");
+  const Verdict whole = AskChecker(old_source.Library(), new_source.Library(), "t", settings);
+  const Difference difference(old_source, new_source, "t");
+  Changes changes = FindChanges(difference, old_source, new_source, "t", settings, whole, kMaxFindings);
+  FindSuggestions(difference, old_source, new_source, "t", settings, changes, true);
+  return changes;
+}
+
+// A file whose protocol goes back to TLV while a field of any table has no id would be no schema file.
+TEST(WaysOut, AFixThatNobodyCouldReadIsNotOffered) {
+  const Source without_ids = ReadSource("new.xml", TwoTables("QMX", "", ""));
+  const Changes changes = WaysOutOf(TwoTables("TLV", "", "id=\"1\""), without_ids);
+  ASSERT_EQ(changes.findings.size(), 1u);
+  EXPECT_EQ(changes.findings[0].verdict.rule, "library.tlv-to-qmx");
+  EXPECT_THAT(changes.findings[0].fix, testing::IsEmpty());
+  const Source with_ids = ReadSource("new.xml", TwoTables("QMX", "", "id=\"1\""));
+  EXPECT_EQ(WaysOutOf(TwoTables("TLV", "", "id=\"1\""), with_ids).findings.at(0).fix.size(), 1u);
+}
+
+TEST(WaysOut, AFieldWithoutAnIdGetsOneInTlv) {
+  const Source new_source =
+      ReadSource("new.xml", TwoTables("QMX", "<entry name=\"n\" type=\"int8\" version=\"6\"/>", "id=\"1\""));
+  const Source old_source = ReadSource("old.xml", TwoTables("TLV", "", "id=\"1\""));
+  const Settings settings = ResolveSettings({}, old_source, "t");
+  const SchemaSuggestion suggestion = SuggestSchema(old_source, new_source, {{"t", settings}});
+  EXPECT_THAT(suggestion.refused, testing::IsEmpty());
+  EXPECT_THAT(suggestion.text, testing::HasSubstr("protocol=\"TLV\""));
+  EXPECT_THAT(suggestion.text, testing::HasSubstr("<entry name=\"n\" id=\"2\" type=\"int8\" version=\"6\"/>"));
+}
+
+// Fields that only the new side has cannot all be left out where no old one stayed.
+TEST(WaysOut, AFixLeavesNoStructureWithoutFields) {
+  const auto library = [](const std::string& field) {
+    return "<metalib name=\"m\" version=\"5\" protocol=\"QMX\">\n<meta name=\"t\"><entry name=\"" + field +
+           "\" type=\"int8\" version=\"6\"/><primarykey entries=\"" + field + "\"/></meta>\n</metalib>\n";
+  };
+  const Source new_source = ReadSource("new.xml", library("9b"));
+  for (const Finding& finding : WaysOutOf(library("a"), new_source).findings) {
+    EXPECT_NE(SourceOfText("fixed.xml", Replaced(new_source.text->bytes, finding.fix)), std::nullopt) << finding.verdict.text;
+  }
+}
+
+// In TLV, ids are for ever.
+TEST(WaysOut, AUsedIdGoesBackToItsField) {
+  const Fixed fixed = Fix({"<entry name=\"leader\" id=\"3\" type=\"uint64\"/>\n",
+                           "<entry name=\"motto\" id=\"3\" type=\"string\" size=\"9\" version=\"6\"/>\n"
+                           "<entry name=\"leader\" id=\"6\" type=\"uint64\"/>\n",
+                           "TLV"});
+  ASSERT_TRUE(fixed.suggestion.allowed);
+  const std::vector<EntryModel> expected = {{.name = "uid", .type = "uint32", .id = 1},
+                                            {.name = "leader", .type = "uint64", .id = 3},
+                                            {.name = "motto", .type = "string", .size = 9, .id = 7, .version = 6}};
+  EXPECT_EQ(fixed.suggestion.model.metas.front().entries, expected);
+}
+
+TEST(WaysOut, WhatWaitsForARefusedFieldGoesWithItsForm) {
+  const Fixed fixed = Fix({"",
+                           "<entry name=\"n\" id=\"2\" type=\"uint32\"/>\n"
+                           "<entry name=\"list\" id=\"3\" type=\"int8\" count=\"9\" refer=\"n\"/>\n"});
+  ASSERT_TRUE(fixed.suggestion.allowed);
+  const auto& entries = fixed.suggestion.model.metas.front().entries;
+  ASSERT_EQ(entries.size(), 3u);
+  EXPECT_EQ(entries[2].refer, "n");
+  EXPECT_EQ(entries[2].version, 6);
+}
+
+TEST(WaysOut, EachFixMakesOneFormAlone) {
+  const Fixed fixed = Fix({"<entry name=\"s\" id=\"2\" type=\"int16\"/>\n",
+                           "<entry name=\"s\" id=\"2\" type=\"int8\"/>\n<entry name=\"n\" id=\"3\" type=\"int8\"/>\n"});
+  ASSERT_EQ(fixed.changes.findings.size(), 2u);
+  EXPECT_NE(fixed.fixed[0].find("name=\"s\" id=\"2\" type=\"int16\""), std::string::npos) << fixed.fixed[0];
+  EXPECT_NE(fixed.fixed[0].find("<entry name=\"n\" id=\"3\" type=\"int8\"/>"), std::string::npos) << fixed.fixed[0];
+  EXPECT_NE(fixed.fixed[1].find("name=\"s\" id=\"2\" type=\"int8\""), std::string::npos) << fixed.fixed[1];
+  EXPECT_NE(fixed.fixed[1].find("<entry name=\"n\" id=\"3\" type=\"int8\" version=\"6\"/>"), std::string::npos) << fixed.fixed[1];
+}
+
+// An added field would need a version above it.
+TEST(WaysOut, NothingComesAfterTheLargestVersion) {
+  const Fixed fixed = Fix({"", "<entry name=\"n\" id=\"2\" type=\"int8\"/>\n", "QMX", 2147483647, 2147483647});
+  ASSERT_EQ(fixed.changes.findings.size(), 1u);
+  EXPECT_EQ(fixed.changes.findings[0].suggestion, "leave the change out: do without field n");
+  EXPECT_FALSE(fixed.changes.findings[0].has_fix);
+  EXPECT_TRUE(fixed.suggestion.allowed);
+}
+
+TEST(WaysOut, WhatIsRefusedAsItStoodHasNone) {
+  const std::string field = "<entry name=\"a-b\" id=\"2\" type=\"int8\"/>\n";
+  const Fixed fixed = Fix({field, field + "<entry name=\"n\" id=\"3\" type=\"int8\"/>\n"});
+  EXPECT_FALSE(fixed.suggestion.allowed);
+  bool found = false;
+  for (const Finding& finding : fixed.changes.findings) {
+    EXPECT_FALSE(finding.has_fix) << "nothing can be verified on top of it";
+    if (!finding.edits.empty()) continue;
+    found = true;
+    EXPECT_TRUE(finding.suggestion.starts_with("no form of this change is allowed: ")) << finding.suggestion;
+  }
+  EXPECT_TRUE(found);
+}
+
+TEST(WaysOut, ATableThatIsGoneIsPutBack) {
+  const Source old_source = ReadSource("old.xml", Library(5, "QMX", "", ""));
+  const Source new_source = ReadSource(
+      "new.xml",
+      "<metalib name=\"m\" version=\"6\" protocol=\"QMX\"><meta name=\"s\"><entry name=\"a\" type=\"int8\"/></meta></metalib>");
+  const Settings settings = ResolveSettings({}, old_source, "t");
+  const Verdict whole = AskChecker(old_source.Library(), new_source.Library(), "t", settings);
+  Changes changes = FindRemovedTable(old_source, new_source, "t", settings, whole);
+  const Suggestion suggestion = FindSuggestionsForRemovedTable(old_source, new_source, "t", settings, changes);
+  EXPECT_TRUE(suggestion.allowed);
+  EXPECT_EQ(suggestion.model.version, 6);
+  EXPECT_EQ(changes.findings.at(0).suggestion, "no form of this change is allowed: keep table t, used or not");
+  EXPECT_FALSE(changes.findings[0].has_fix);
+}
+
+}  // namespace
+}  // namespace report_test

@@ -1,0 +1,132 @@
+// Marks: from an element and an attribute to a line, a column and a span.
+#include "report/result/text_ranges.h"
+
+#include <gmock/gmock.h>
+
+#include "read_source.h"
+
+namespace report_test {
+namespace {
+
+using korvel::FindPositions;
+using korvel::FindTextRanges;
+using korvel::Location;
+using korvel::Source;
+using korvel::TextRange;
+using korvel::TextRanges;
+using qmx::ElementId;
+using Kind = ElementId::Kind;
+
+constexpr char kMall[] =
+    "<metalib name=\"mall\" version=\"1\" protocol=\"QMX\">\n"
+    "  <meta name=\"orders\">\n"
+    "\t<entry name=\"\xc3\xa9\" type='uint32' desc=\"a > b\"/><entry name=\"zone\" type=\"uint8\"/>\n"
+    "    <entry\n"
+    "      name=\"note\" size=\"64\" type=\"string\"/>\n"
+    "    <primarykey entries=\"zone\n zone\"/>\n"
+    "  </meta>\n"
+    "</metalib>\n";
+
+// "LINE:COLUMN-LINE:COLUMN text"
+std::string ToText(const Source& source, const TextRange& mark) {
+  if (!mark.begin) return mark.file;
+  const auto place = [](const qmx::LineColumn& at) { return std::to_string(at.line) + ":" + std::to_string(at.column); };
+  return place(*mark.begin) + "-" + place(mark.end) + " " +
+         std::string(source.text->bytes.substr(mark.span.begin, mark.span.end - mark.span.begin));
+}
+
+struct PlaceCase {
+  const char* what;
+  ElementId element;
+  const char* attribute;
+  const char* told;
+};
+
+constexpr PlaceCase kCases[] = {
+    {"the library", {Kind::kMetalib}, "", "1:1-1:49 <metalib name=\"mall\" version=\"1\" protocol=\"QMX\">"},
+    {"an attribute of it", {Kind::kMetalib}, "version", "1:31-1:32 1"},
+    {"a meta", {Kind::kMeta, 0}, "", "2:3-2:23 <meta name=\"orders\">"},
+    {"columns count characters", {Kind::kEntry, 0, 0}, "type", "3:24-3:30 uint32"},
+    {"a tag ends behind its values",
+     {Kind::kEntry, 0, 0},
+     "",
+     "3:2-3:46 <entry name=\"\xc3\xa9\" type='uint32' desc=\"a > b\"/>"},
+    {"the second of a line", {Kind::kEntry, 0, 1}, "name", "3:59-3:63 zone"},
+    {"a tag over lines", {Kind::kEntry, 0, 2}, "", "4:5-5:44 <entry\n      name=\"note\" size=\"64\" type=\"string\"/>"},
+    {"an attribute that is not there is its element", {Kind::kMeta, 0}, "customattr", "2:3-2:23 <meta name=\"orders\">"},
+    {"an attribute over lines", {Kind::kPrimaryKey, 0}, "entries", "6:26-7:6 zone\n zone"},
+};
+
+TEST(FindTextRanges, PlacesAreThese) {
+  const Source mall = ReadSource("mall.xml", kMall);
+  for (const PlaceCase& test : kCases) {
+    const auto marks = FindTextRanges({Location{&mall, test.element, test.attribute}});
+    ASSERT_TRUE(marks.at(0)) << test.what;
+    EXPECT_EQ(ToText(mall, *marks[0]), test.told) << test.what;
+    EXPECT_EQ(marks[0]->file, "mall.xml");
+  }
+}
+
+TEST(FindTextRanges, ManyAtOnceAreWhatEachIsAlone) {
+  const Source mall = ReadSource("mall.xml", kMall);
+  const Source other = ReadSource("other.xml", kMall);
+  std::vector<Location> locations;
+  for (const PlaceCase& test : kCases) {
+    locations.insert(locations.begin(), {&mall, test.element, test.attribute});
+    locations.push_back({&other, test.element, test.attribute});
+    locations.push_back({});
+  }
+  const auto marks = FindTextRanges(locations);
+  ASSERT_EQ(marks.size(), locations.size());
+  for (std::size_t i = 0; i < marks.size(); ++i) {
+    ASSERT_EQ(marks[i].has_value(), locations[i].source != nullptr);
+    if (!marks[i]) continue;
+    const auto alone = FindTextRanges({locations[i]});
+    EXPECT_EQ(ToText(*locations[i].source, *marks[i]), ToText(*locations[i].source, *alone[0]));
+    EXPECT_EQ(marks[i]->line, alone[0]->line);
+    EXPECT_EQ(marks[i]->line_begin, alone[0]->line_begin);
+  }
+}
+
+TEST(FindTextRanges, LinesAreWhatStandsBetweenTheirEnds) {
+  const Source crlf = ReadSource("crlf.xml",
+                                 "\xef\xbb\xbf<metalib name=\"m\" version=\"1\">\r\n<meta name=\"a\">\r"
+                                 "<entry name=\"x\" type=\"int8\"/>\n</meta></metalib>");
+  const auto marks = FindTextRanges({{&crlf, {Kind::kMetalib}, ""}, {&crlf, {Kind::kMeta}, ""}, {&crlf, {Kind::kEntry}, "name"}});
+  EXPECT_EQ(marks[0]->line, "<metalib name=\"m\" version=\"1\">") << "without the byte order mark";
+  EXPECT_EQ(marks[0]->line_begin, 3u);
+  EXPECT_EQ(marks[0]->begin->column, 1u);
+  EXPECT_EQ(marks[1]->line, "<meta name=\"a\">");
+  EXPECT_EQ(marks[2]->line, "<entry name=\"x\" type=\"int8\"/>");
+}
+
+TEST(FindTextRanges, AnImageHasNoLines) {
+  Source image = ReadSource("mall.qmb", kMall);
+  image.text.reset();
+  const auto marks = FindTextRanges({{&image, {Kind::kMeta}, "name"}});
+  EXPECT_EQ(marks[0]->file, "mall.qmb");
+  EXPECT_EQ(marks[0]->begin, std::nullopt);
+}
+
+TEST(TextRanges, AreFoundByTheirLocation) {
+  const Source mall = ReadSource("mall.xml", kMall);
+  const Location type{&mall, {Kind::kEntry, 0, 0}, "type"};
+  const Location name{&mall, {Kind::kEntry, 0, 1}, "name"};
+  const TextRanges marks({name, type, {}, type});
+  EXPECT_EQ(ToText(mall, *marks.Find(type)), "3:24-3:30 uint32");
+  EXPECT_EQ(ToText(mall, *marks.Find(name)), "3:59-3:63 zone");
+  EXPECT_EQ(marks.Find({}), nullptr);
+}
+
+TEST(FindPositions, KeepTheOrderOfTheOffsets) {
+  const auto positions = FindPositions("ab\ncd\n", {4, 0, 3, 6});
+  ASSERT_EQ(positions.size(), 4u);
+  EXPECT_EQ(positions[0].line, 2u);
+  EXPECT_EQ(positions[0].column, 2u);
+  EXPECT_EQ(positions[1].line, 1u);
+  EXPECT_EQ(positions[2].column, 1u);
+  EXPECT_EQ(positions[3].line, 3u);
+}
+
+}  // namespace
+}  // namespace report_test
