@@ -1,6 +1,6 @@
-# The commands that people type. CMake does the work: see CMakePresets.json for the build trees, build/NAME each.
+# Shortcuts for common commands. CMake does the work: CMakePresets.json defines the build trees, build/NAME each.
 #
-# On a system without Debian packages, install what scripts/install-deps lists by hand and add INSTALL_DEPS=true.
+# On a system without Debian packages, install the packages that scripts/install-deps lists by hand and add INSTALL_DEPS=true.
 INSTALL_DEPS ?= scripts/install-deps
 JOBS ?= $(shell nproc)
 PREFIX ?= /usr/local
@@ -13,60 +13,60 @@ PAIRS ?= 5000000
 help: ## list these commands
 	@sed -n 's/^\([a-z]*\):.* ## /\1\t/p' $(MAKEFILE_LIST) | expand -t 12
 
-example: ## install what is missing, build, check the shipped example
+example: ## install missing packages, build, check the shipped example
 	$(INSTALL_DEPS) example
 	cmake --preset release
 	cmake --build --preset release -j $(JOBS) --target korvelcheck
 	scripts/example.sh build/release/src/tool/korvelcheck
 
-test: ## install what is missing, build, run every test
+test: ## install missing packages, build, run every test
 	$(INSTALL_DEPS) test
 	scripts/test-preset test $(JOBS)
 
-model: ## the checker against its plain model on PAIRS random pairs, the first of them made from SEED
+model: ## compare the checker with its plain model on PAIRS random pairs, starting from SEED
 	$(INSTALL_DEPS) test
 	cmake --preset test
 	cmake --build --preset test -j $(JOBS) --target korvel_model_test
 	KORVEL_SEED=$(SEED) KORVEL_PAIRS=$(PAIRS) build/test/tests/model/korvel_model_test --gtest_filter='Model.*'
 
-bench: ## what things cost; BENCH_ARGS go to the library's part (--benchmark_filter=), PROCESS_ARGS to that of processes (--all)
+bench: ## run the benchmarks; BENCH_ARGS go to the library's (--benchmark_filter=), PROCESS_ARGS to the process's (--all)
 	$(INSTALL_DEPS) bench
 	cmake --preset bench
 	cmake --build --preset bench -j $(JOBS)
 	build/release/bench/library/korvel_library_bench --benchmark_out=build/release/library.json $(BENCH_ARGS)
 	build/release/bench/process/korvel_process_bench $(PROCESS_ARGS) build/release
 
-clang: ## every test, built with clang
+clang: ## run every test, built with clang
 	$(INSTALL_DEPS) ci
 	scripts/test-preset clang $(JOBS)
 
-sanitize: ## every test under the address and undefined-behaviour sanitizers
+sanitize: ## run every test under the address and undefined-behavior sanitizers
 	$(INSTALL_DEPS) ci
 	scripts/test-preset sanitize $(JOBS)
 
-thread: ## checks at the same time, under the thread sanitizer
+thread: ## run concurrent checks under the thread sanitizer
 	$(INSTALL_DEPS) ci
 	scripts/test-preset thread $(JOBS)
 
-memcheck: ## the tests of the checker and of the metadata library under valgrind
+memcheck: ## run the tests of the checker and of the metadata library under valgrind
 	$(INSTALL_DEPS) test
 	cmake --preset test
 	cmake --build --preset test -j $(JOBS)
 	scripts/memcheck $(JOBS)
 
-fuzz: ## every fuzzer for TIME seconds (60) from SEED on, then a table of what they did; fails at a find
+fuzz: ## run every fuzzer for TIME seconds (60), starting from SEED, and print a summary; fail if one finds a bug
 	$(INSTALL_DEPS) ci
 	SEED=$(SEED) scripts/fuzz $(or $(TIME),60) $(JOBS)
 
-mutants: ## change the rules in small ways; a test must fail for each. MUTANTS_ARGS as scripts/mutants takes them
+mutants: ## run the mutation tests: a test must fail for each small change to the rules. MUTANTS_ARGS go to scripts/mutants
 	$(INSTALL_DEPS) ci
 	scripts/mutants --jobs $(JOBS) $(MUTANTS_ARGS)
 
-coverage: ## every line and branch of src/common must be taken by a test, or explained
+coverage: ## measure coverage: a test must take every line and branch of src/common that is not explained
 	$(INSTALL_DEPS) ci
 	scripts/coverage $(JOBS)
 
-goldens: ## remake what tests compare with (tests/cases, tests/report, tests/tool); look at the difference before you commit it
+goldens: ## regenerate the golden files (tests/cases, tests/report, tests/tool); review the diff before you commit it
 	$(INSTALL_DEPS) test
 	cmake --preset test
 	cmake --build --preset test -j $(JOBS) --target cases_test --target report_test --target tool_test
@@ -74,13 +74,13 @@ goldens: ## remake what tests compare with (tests/cases, tests/report, tests/too
 	KORVEL_UPDATE_GOLDENS=1 build/test/tests/report/report_test
 	KORVEL_UPDATE_GOLDENS=1 build/test/tests/tool/tool_test --gtest_filter='Hostile*'
 
-docs: ## remake docs/rules from the rule book
+docs: ## regenerate docs/rules
 	$(INSTALL_DEPS) example
 	cmake --preset release
 	cmake --build --preset release -j $(JOBS) --target korvelcheck
 	scripts/make-docs build/release/src/tool/korvelcheck
 
-lint: ## format, clang-tidy, who includes whom, headers by themselves
+lint: ## check formatting, clang-tidy, include dependencies and self-contained headers
 	$(INSTALL_DEPS) ci
 	scripts/lint $(JOBS)
 

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""What a check of a project against its last commit costs.
+"""Measures the check of a project against its last commit.
 
 against.py KORVELCHECK [FILES]
 
-Makes a repository of so many schema files, each of one table of 20 fields, in which the second commit changes some, and runs
-`korvelcheck check --against git:HEAD~1 schemas` in it. Prints one line a change: the medians of wall and processor time over
-the runs, and the highest peak of resident memory. Processor time and memory are those of the program without git's.
+Creates a repository of FILES schema files, each of one table of 20 fields, whose second commit changes some of them. Runs
+`korvelcheck check --against git:HEAD~1 schemas` in it. Prints one line for each kind of change: the medians of wall and processor
+time over the runs, and the highest peak of resident memory. Processor time and memory do not include those of git.
 """
 
 import os
@@ -16,7 +16,7 @@ import tempfile
 import time
 
 RUNS = 5
-# Of how many files one is changed, and the type of its key then.
+# Name -> (N, type): one in N files is changed, and its key then has this type.
 CHANGES = {
     "none": (0, "uint64"),
     "1 in 100, allowed": (100, "uint64"),
@@ -46,7 +46,7 @@ def git(directory, *arguments):
 
 
 def run(tool, directory):
-    """Wall and processor seconds, MB and exit code of one call."""
+    """Returns wall and processor seconds, peak MB and exit code of one run."""
     start = time.monotonic()
     call = [tool, "check", "--no-project", "--against", "git:HEAD~1", "schemas"]
     with subprocess.Popen(call, cwd=directory, stdout=subprocess.DEVNULL) as process:

@@ -1,7 +1,7 @@
-# Decides whether the tool is linked without shared libraries. Most of the time that a small check takes would go to the dynamic
-# loader, which looks up thousands of names for the C++ library alone.
+# Decides whether to link the tool without shared libraries. With them, a small check would spend most of its time in the dynamic
+# loader, which resolves thousands of symbols for the C++ library alone.
 #
-# Sets KORVEL_PROGRAM_LINK_OPTIONS for the tool, and lets find_package look for static libraries.
+# Sets KORVEL_PROGRAM_LINK_OPTIONS for the tool, and makes find_package search for static libraries.
 set(KORVEL_PROGRAM_LINK_OPTIONS -Wl,-z,relro,-z,now)
 if(NOT KORVEL_STATIC OR KORVEL_SANITIZE OR KORVEL_COVERAGE)
   return()
@@ -21,11 +21,11 @@ unset(CMAKE_REQUIRED_LIBRARIES)
 if(KORVEL_LINKS_STATIC)
   set(CMAKE_FIND_LIBRARY_SUFFIXES .a)
   if(NOT EXPAT_LIBRARY MATCHES "\\.a$")
-    unset(EXPAT_LIBRARY CACHE)  # found before, in a tree that was configured otherwise
+    unset(EXPAT_LIBRARY CACHE)  # cached by an earlier configuration with other options
   endif()
-  # What no function reaches is left out.
+  # Drop unreachable functions and data.
   target_compile_options(korvel_flags INTERFACE -fPIE -ffunction-sections -fdata-sections)
   list(APPEND KORVEL_PROGRAM_LINK_OPTIONS -static-pie -Wl,--gc-sections)
 else()
-  message(WARNING "This system lacks a static library: the tool needs shared ones and starts more slowly.")
+  message(WARNING "A static library is missing on this system: the tool will use shared libraries and start more slowly.")
 endif()

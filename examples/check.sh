@@ -1,6 +1,6 @@
 #!/bin/sh
-# Types every command of the README here and of the one above, and compares what it prints with what stands there.
-# Usage: examples/check.sh PATH_TO_TOOL [--update]    (--update writes them instead; read the change before you keep it)
+# Runs every command of examples/README.md and README.md, and compares its output with the output shown there.
+# Usage: examples/check.sh PATH_TO_TOOL [--update]    (--update rewrites the pages instead; review the diff)
 set -u
 
 if [ $# -lt 1 ]; then
@@ -14,7 +14,7 @@ cd "$(dirname "$0")/.." || exit 2
 typed=$(mktemp) || exit 2
 trap 'rm -f "$typed"' EXIT
 
-# Copies a document; in its console blocks, what follows a command is replaced by what the command prints now.
+# Prints a page with the output in its console blocks replaced by the current output of each command.
 type_commands() {
   TOOL=$tool awk '
     /^```/ { console = ($0 == "```console") }
@@ -33,14 +33,14 @@ type_commands() {
 status=0
 for file in examples/*/*.xml; do
   grep -q "^\$ korvelcheck .*$file" examples/README.md ||
-    { echo "check.sh: $file stands in no command of examples/README.md" >&2; status=1; }
+    { echo "check.sh: no command of examples/README.md uses $file" >&2; status=1; }
 done
 for document in README.md examples/README.md; do
   type_commands "$document" > "$typed"
   if [ "${2-}" = --update ]; then
     cat "$typed" > "$document"
   elif ! diff -u "$document" "$typed"; then
-    echo "check.sh: $document does not say what the tool prints; examples/check.sh TOOL --update corrects it" >&2
+    echo "check.sh: $document differs from the output of the tool; to update it: examples/check.sh TOOL --update" >&2
     status=1
   fi
 done

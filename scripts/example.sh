@@ -1,7 +1,7 @@
 #!/bin/sh
-# Shows the checker at work on the shop of examples/: one step that is allowed and one that is refused.
+# Demonstrates the checker on the shop of examples/: one change that is allowed and one that is refused.
 # Usage: scripts/example.sh PATH_TO_TOOL
-# Fails if the tool does not answer as the examples promise (exit code 0, then 1).
+# Fails if the tool does not give the expected results (exit code 0, then 1).
 set -u
 
 if [ $# -ne 1 ]; then
@@ -15,7 +15,7 @@ case $tool in
 esac
 cd "$(dirname "$0")/.." || exit 2
 
-# step WANTED_EXIT_CODE TITLE ARGUMENT...: prints the command as one would type it, runs it, checks its exit code.
+# step WANTED_EXIT_CODE TITLE ARGUMENT...: prints the command, runs it, and checks its exit code.
 step() {
   wanted=$1 title=$2
   shift 2
@@ -30,13 +30,13 @@ step() {
   fi
 }
 
-echo "A web shop keeps its tables in the Korvel store. Their schema is examples/shop/v5.xml, and two changes are proposed."
+echo "A web shop stores its tables in the Korvel store. The schema is examples/shop/v5.xml. Two changes are proposed."
 
-step 0 "1. New fields, longer carts, longer reviews: is every record that was written so far still readable?" \
+step 0 "1. New fields, longer carts, longer reviews: existing records must stay readable:" \
   check examples/shop/v5.xml examples/shop/v6.xml
 
 step 1 "2. Order numbers of 64 bits instead of 32. They are part of the key, and records are found by the bytes of their key:" \
   check examples/shop/v6.xml examples/shop/v7-wider-key.xml
 
 echo
-echo "Both answers are as they should be. More changes, and the way out of each refusal: examples/README.md"
+echo "Both results are as expected. For more changes, and what to do about each refusal, see examples/README.md"

@@ -169,7 +169,7 @@ class Action(Repository):
     def test_base_that_is_here(self):
         base = self.git("rev-parse", "HEAD")
         for against in (base, "main"):
-            done = self.step("Find what to compare with", AGAINST=against)
+            done = self.step("Find the base commit", AGAINST=against)
             self.assertEqual(done.returncode, 0, done.stderr)
             self.assertEqual(self.read("GITHUB_OUTPUT").splitlines()[-1], f"commit={base}")
 
@@ -179,7 +179,7 @@ class Action(Repository):
         self.git("config", "uploadpack.allowAnySHA1InWant", "true")
         clone = self.path("clone")
         self.git("clone", "--quiet", "--depth=1", f"file://{self.repository}", clone)
-        done = self.step("Find what to compare with", clone, AGAINST=base)
+        done = self.step("Find the base commit", clone, AGAINST=base)
         self.assertEqual(done.returncode, 0, done.stderr)
         self.assertEqual(self.read("GITHUB_OUTPUT"), f"commit={base}\n")
         done = self.step("Check", clone, BASE=base, SCHEMA_PATHS="schemas", SARIF="")
@@ -187,7 +187,7 @@ class Action(Repository):
 
     def test_no_base(self):
         for against in ("", "0" * 40):
-            done = self.step("Find what to compare with", AGAINST=against)
+            done = self.step("Find the base commit", AGAINST=against)
             self.assertEqual(done.returncode, 2)
             self.assertIn("::error::korvelcheck: there is nothing to compare with", done.stdout)
 
