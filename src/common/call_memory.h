@@ -15,9 +15,10 @@
 #include <tuple>
 #include <unordered_map>
 
+#include "common/common_prefix.h"
+#include "common/entry_match.h"
 #include "common/first_index.h"
 #include "common/refuse.h"
-#include "common/unchanged.h"
 #include "qmx/qmx_types.h"
 
 namespace korvel {
@@ -50,26 +51,26 @@ class CallMemory {
     return count > kShortList ? IndexOf(list, owner, count).Find(wanted, key_at) : WalkTo(wanted, count, key_at);
   }
 
-  // What two metas of `old_count` and `new_count` entries begin with: `likeness(i)` compares the entries at a position,
+  // What two metas of `old_count` and `new_count` entries begin with: `match_at(i)` compares the entries at a position,
   // `key_at(i)` is a key of the new one, in `list`.
-  template <class KeyAt, class LikenessAt>
-  const Unchanged& FindUnchanged(List list, LPQMXMETA old_meta, int old_count, LPQMXMETA new_meta, int new_count, KeyAt key_at,
-                                 LikenessAt likeness) {
-    const auto [found, is_new] = unchanged_.try_emplace(Ask(list, old_meta, new_meta));
-    Unchanged& unchanged = found->second;
-    if (!is_new) return unchanged;
+  template <class KeyAt, class MatchAt>
+  const CommonPrefix& FindPrefix(List list, LPQMXMETA old_meta, int old_count, LPQMXMETA new_meta, int new_count, KeyAt key_at,
+                                 MatchAt match_at) {
+    const auto [found, is_new] = prefixes_.try_emplace(Ask(list, old_meta, new_meta));
+    CommonPrefix& prefix = found->second;
+    if (!is_new) return prefix;
     FirstIndex* index = new_count > kShortList ? &IndexOf(list, new_meta, new_count) : nullptr;
-    for (int& i = unchanged.end; i < std::min(old_count, new_count); ++i) {
-      const Likeness alike = likeness(i);
-      if (alike == Likeness::kNone) break;
+    for (int& i = prefix.end; i < std::min(old_count, new_count); ++i) {
+      const EntryMatch match = match_at(i);
+      if (match == EntryMatch::kDifferent) break;
       if (index != nullptr ? !index->IsFirst(i, key_at) : WalkTo(key_at(i), i + 1, key_at) != i) break;
-      if (alike == Likeness::kComposite) unchanged.composites.push_back(i);
+      if (match == EntryMatch::kSameComposite) prefix.composites.push_back(i);
     }
     // What is known of the new side's keys is true of the old side's as well.
     if (index != nullptr && !index->SharesKeys()) {
-      indexes_.try_emplace(Ask(list, old_meta), &arena_, old_count, *index, unchanged.end);
+      indexes_.try_emplace(Ask(list, old_meta), &arena_, old_count, *index, prefix.end);
     }
-    return unchanged;
+    return prefix;
   }
 
   // Walks a pair of sub-structures by `walk`, which returns a result code, or passes it over if the rule has passed it before:
@@ -142,7 +143,7 @@ class CallMemory {
   std::pmr::monotonic_buffer_resource arena_{first_piece_.data(), first_piece_.size()};
   std::array<Used, static_cast<std::size_t>(List::kNumberOfLists)> used_;
   Answers<FirstIndex> indexes_{&arena_};
-  Answers<Unchanged> unchanged_{&arena_};
+  Answers<CommonPrefix> prefixes_{&arena_};
   Answers<std::optional<std::string>> passed_{&arena_};
 };
 

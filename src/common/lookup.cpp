@@ -3,6 +3,7 @@
 
 #include <climits>
 
+#include "common/entry_match.h"
 #include "common/meta_view.h"
 
 namespace korvel {
@@ -40,28 +41,19 @@ int Position(List list, const void* owner, int count, const char* name, KeyAt ke
   return memory->FindFirst(list, owner, count, NameKey{name}, key_at);
 }
 
-// Compares the entries of two metas at a position. An id below the least one is like no other. Flattened, as it takes a dozen
-// operations of the metadata library for every entry: where these can be put in line, they are.
-struct LikenessAt {
-  LikenessAt(LPQMXMETA an_old_meta, LPQMXMETA a_new_meta, int a_least_id)
+// Compares the entries of two metas at a position. An id below the least one matches no other.
+struct MatchAt {
+  MatchAt(LPQMXMETA an_old_meta, LPQMXMETA a_new_meta, int a_least_id)
       : old_meta(an_old_meta),
         new_meta(a_new_meta),
         old_lib(OwnerOf(an_old_meta)),
         new_lib(OwnerOf(a_new_meta)),
         least_id(a_least_id) {}
 
-  [[gnu::flatten]] Likeness operator()(int i) const {
-    const LPQMXMETAENTRY a = qmx_get_entry_by_index(old_meta, i);
-    const LPQMXMETAENTRY b = qmx_get_entry_by_index(new_meta, i);
-    if (a == nullptr || b == nullptr) return Likeness::kNone;
-    const int type = qmx_get_entry_type(a);
-    const int id = qmx_get_entry_id(a);
-    const bool is_same = id >= least_id && id == qmx_get_entry_id(b) && qmx_get_entry_version(a) == qmx_get_entry_version(b) &&
-                         type == qmx_get_entry_type(b) && qmx_get_entry_unitsize(a) == qmx_get_entry_unitsize(b) &&
-                         qmx_get_entry_count(a) == qmx_get_entry_count(b) &&
-                         SameName(qmx_get_entry_name(a), qmx_get_entry_name(b)) && SameCustomAttr2(old_lib, a, new_lib, b);
-    if (!is_same) return Likeness::kNone;
-    return IsComposite(type) ? Likeness::kComposite : Likeness::kSame;
+  [[gnu::flatten]] EntryMatch operator()(int i) const {
+    const LPQMXMETAENTRY new_entry = qmx_get_entry_by_index(new_meta, i);
+    if (new_entry == nullptr || qmx_get_entry_id(new_entry) < least_id) return EntryMatch::kDifferent;
+    return MatchEntries(old_lib, qmx_get_entry_by_index(old_meta, i), new_lib, new_entry);
   }
 
   LPQMXMETA old_meta;
@@ -101,17 +93,17 @@ int PositionByIdAndName(LPQMXMETA meta, int count, int id, const char* name) {
   return memory->FindFirst(List::kEntryIdsAndNames, meta, count, IdAndNameKey{id, {name}}, IdAndNameAt{meta});
 }
 
-const Unchanged* UnchangedByName(LPQMXMETA old_meta, LPQMXMETA new_meta) {
+const CommonPrefix* PrefixByName(LPQMXMETA old_meta, LPQMXMETA new_meta) {
   const CallMemory::Scope memory;
-  return &memory->FindUnchanged(List::kEntryNames, old_meta, EntryCount(old_meta), new_meta, EntryCount(new_meta),
-                                NameAt{new_meta}, LikenessAt(old_meta, new_meta, INT_MIN));
+  return &memory->FindPrefix(List::kEntryNames, old_meta, EntryCount(old_meta), new_meta, EntryCount(new_meta), NameAt{new_meta},
+                             MatchAt(old_meta, new_meta, INT_MIN));
 }
 
 // A negative id is none, and found by none.
-const Unchanged* UnchangedById(LPQMXMETA old_meta, LPQMXMETA new_meta) {
+const CommonPrefix* PrefixById(LPQMXMETA old_meta, LPQMXMETA new_meta) {
   const CallMemory::Scope memory;
-  return &memory->FindUnchanged(List::kEntryIds, old_meta, EntryCount(old_meta), new_meta, EntryCount(new_meta), IdAt{new_meta},
-                                LikenessAt(old_meta, new_meta, 0));
+  return &memory->FindPrefix(List::kEntryIds, old_meta, EntryCount(old_meta), new_meta, EntryCount(new_meta), IdAt{new_meta},
+                             MatchAt(old_meta, new_meta, 0));
 }
 
 bool IsPrimaryKeyName(LPQMXMETA meta, const char* name) {

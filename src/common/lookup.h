@@ -15,10 +15,10 @@ int PositionByIdAndName(LPQMXMETA meta, int count, int id, const char* name);
 // By name among the entries before the first that cannot be had.
 int PositionUpToMissing(LPQMXMETA meta, const char* name);
 
-// What two metas begin with, where fields are matched by name, or by id: see unchanged.h. Belongs to the running call.
+// What two metas begin with, where fields are matched by name, or by id: see common_prefix.h. Belongs to the running call.
 // REQUIRES: no null.
-const Unchanged* UnchangedByName(LPQMXMETA old_meta, LPQMXMETA new_meta);
-const Unchanged* UnchangedById(LPQMXMETA old_meta, LPQMXMETA new_meta);
+const CommonPrefix* PrefixByName(LPQMXMETA old_meta, LPQMXMETA new_meta);
+const CommonPrefix* PrefixById(LPQMXMETA old_meta, LPQMXMETA new_meta);
 
 // Whether an entry of that name forms a member of the primary key. REQUIRES: the meta has one.
 bool IsPrimaryKeyName(LPQMXMETA meta, const char* name);

@@ -40,7 +40,7 @@ int ModifyTable::CompareVersion(LPQMXMETA old_meta, LPQMXMETA new_meta, int old_
                                 LPVESKCATEGORYINST log_handle) const {
   if (old_meta == nullptr || new_meta == nullptr) return Refuse(HERE, kMetaNull);
   const CallMemory::Scope memory(this);
-  for (const auto [index, pstNewEntry] : Entries(new_meta, UnchangedByName(old_meta, new_meta))) {
+  for (const auto [index, pstNewEntry] : Entries(new_meta, PrefixByName(old_meta, new_meta))) {
     int unused{};  // a position
     const char* name = qmx_get_entry_name(pstNewEntry);
     const LPQMXMETAENTRY pstOldEntry = CheckWhetherExistEntry(name, old_meta, unused, log_handle);
@@ -67,7 +67,7 @@ int ModifyTable::CompareOrder(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVESKCATE
   if (old_meta == nullptr || new_meta == nullptr) return Refuse(HERE, kMetaNull);
   const CallMemory::Scope memory(this);
   int curr_num_of_new_entry = 0;
-  for (const auto [index, pstNewEntry] : Entries(new_meta, UnchangedByName(old_meta, new_meta))) {
+  for (const auto [index, pstNewEntry] : Entries(new_meta, PrefixByName(old_meta, new_meta))) {
     int entry_offset{};
     const LPQMXMETAENTRY pstEntry = CheckWhetherExistEntry(qmx_get_entry_name(pstNewEntry), old_meta, entry_offset, log_handle);
     if (pstEntry == nullptr) {

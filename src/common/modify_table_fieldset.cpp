@@ -36,7 +36,7 @@ int ModifyTable::CompareTableField(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVES
     return Refuse(HERE, kFieldNum, old_meta_name, old_value_field_num, new_meta_name, new_value_field_num);
   }
   const CallMemory::Scope memory(this);
-  for (const auto [index, old_entry] : Entries(old_meta, UnchangedByName(old_meta, new_meta))) {
+  for (const auto [index, old_entry] : Entries(old_meta, PrefixByName(old_meta, new_meta))) {
     const char* name = qmx_get_entry_name(old_entry);
     const int position = PositionByName(new_meta, new_value_field_num, name);
     if (position < 0) return Refuse(HERE, kFieldMissing, name, new_meta_name);

@@ -20,7 +20,7 @@ int ModifyTable::CompareEntryValueField(LPQMXMETA old_meta, LPQMXMETA new_meta, 
   const LPQMXMETALIB ptrOldMetalib = OwnerOf(old_meta);
   const LPQMXMETALIB ptrNewMetalib = OwnerOf(new_meta);
   const bool ids_are_kept = IsTlv(ptrOldMetalib) && IsTlv(ptrNewMetalib);
-  for (const auto [index, pstOldEntry] : Entries(old_meta, UnchangedByName(old_meta, new_meta))) {
+  for (const auto [index, pstOldEntry] : Entries(old_meta, PrefixByName(old_meta, new_meta))) {
     int unused{};  // a position
     const char* name = qmx_get_entry_name(pstOldEntry);
     const LPQMXMETAENTRY pstNewEntry = CheckWhetherExistEntry(name, new_meta, unused, log_handle);
@@ -39,7 +39,7 @@ int ModifyTable::CompareEntryValueField(LPQMXMETA old_meta, LPQMXMETA new_meta, 
     if (old_type != qmx_get_entry_type(pstNewEntry)) return Refuse(HERE, kEntryType, name, meta_name);
     const int old_count = qmx_get_entry_count(pstOldEntry);
     const int new_count = qmx_get_entry_count(pstNewEntry);
-    if (qmx_get_entry_refer(pstOldEntry) != nullptr) {
+    if (HasRefer(pstOldEntry)) {
       if (new_count < old_count) return Refuse(HERE, kReferCount, name, meta_name);
     } else if (new_count != old_count) {
       return Refuse(HERE, kFixedCount, name, meta_name);

@@ -19,9 +19,9 @@ int ModifyTable::CompareEntryValueFieldTLV(LPQMXMETA old_meta, LPQMXMETA new_met
   const char* old_meta_name = qmx_get_meta_name(old_meta);
   if (new_meta == nullptr) return Refuse(HERE, kStructMissing, old_meta_name);
   const CallMemory::Scope memory(this);
-  const Unchanged* unchanged = UnchangedById(old_meta, new_meta);
+  const CommonPrefix* prefix = PrefixById(old_meta, new_meta);
   const int old_entry_num = EntryCount(old_meta);
-  for (int i = unchanged->Next(0); i < old_entry_num; i = unchanged->Next(i + 1)) {
+  for (int i = prefix->Next(0); i < old_entry_num; i = prefix->Next(i + 1)) {
     // An entry that cannot be had did not survive either.
     const LPQMXMETAENTRY pstOldEntry = qmx_get_entry_by_index(old_meta, i);
     const char* name = EntryName(pstOldEntry);
@@ -43,7 +43,7 @@ int ModifyTable::CompareEntryValueFieldTLV(LPQMXMETA old_meta, LPQMXMETA new_met
     if (old_type != qmx_get_entry_type(pstNewEntry)) return Refuse(HERE, kEntryType, name, old_meta_name);
     const int old_count = qmx_get_entry_count(pstOldEntry);
     const int new_count = qmx_get_entry_count(pstNewEntry);
-    if (qmx_get_entry_refer(pstOldEntry) != nullptr) {
+    if (HasRefer(pstOldEntry)) {
       if (new_count < old_count) return Refuse(HERE, kReferCount, name, old_meta_name);
     } else if (new_count != old_count) {
       return Refuse(HERE, kFixedCount, name, old_meta_name);
@@ -76,7 +76,7 @@ int ModifyTable::CompareEntrySubMetaFieldTLV(LPQMXMETA old_meta, LPQMXMETA new_m
   if (old_meta == nullptr || new_meta == nullptr) return Refuse(HERE, kMetaNull);
   const char* old_meta_name = qmx_get_meta_name(old_meta);
   const CallMemory::Scope memory(this);
-  for (const auto [index, pstOldEntry] : Entries(old_meta, UnchangedById(old_meta, new_meta))) {
+  for (const auto [index, pstOldEntry] : Entries(old_meta, PrefixById(old_meta, new_meta))) {
     const int id = qmx_get_entry_id(pstOldEntry);
     const LPQMXMETAENTRY pstNewEntry = CheckWhetherExistEntryById(id, new_meta, log_handle);
     if (pstNewEntry == nullptr) continue;

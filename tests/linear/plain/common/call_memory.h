@@ -4,9 +4,10 @@
 
 #include <cstdint>
 
+#include "common/common_prefix.h"
+#include "common/entry_match.h"
 #include "common/first_index.h"
 #include "common/refuse.h"
-#include "common/unchanged.h"
 #include "qmx/qmx_types.h"
 
 namespace korvel {
@@ -38,9 +39,9 @@ struct CallMemory {
     return -1;
   }
 
-  template <class KeyAt, class LikenessAt>
-  static const Unchanged& FindUnchanged(List, LPQMXMETA, int, LPQMXMETA, int, KeyAt, LikenessAt) {
-    static const Unchanged none;
+  template <class KeyAt, class MatchAt>
+  static const CommonPrefix& FindPrefix(List, LPQMXMETA, int, LPQMXMETA, int, KeyAt, MatchAt) {
+    static const CommonPrefix none;
     return none;
   }
 
