@@ -1,5 +1,5 @@
 // Parses a table's attributes and finds its sort fields. What a change of them means is not decided here.
-// Held by tests/rules/check_table_test.cpp.
+// Tested by tests/rules/check_table_test.cpp.
 #include "common/check_table.h"
 
 #include <algorithm>
@@ -9,8 +9,9 @@
 #include <span>
 #include <string_view>
 
+#include "common/error_text.h"
 #include "common/meta_view.h"
-#include "common/refuse.h"
+#include "common/refusals.h"
 
 using namespace korvel;
 
@@ -148,7 +149,7 @@ std::string Escaped(std::string_view text) {
 
 // Writes a text and returns the code. A cut does not leave half of an escaped '%'.
 template <class... Args>
-int Fail(CheckTable& check, int code, const Message<Args...>& message, Exactly<Args>... args) {
+int Fail(CheckTable& check, int code, const TextFormat<Args...>& message, Exactly<Args>... args) {
   FormatText(check.m_szErrorType, message.text, args...);
   const std::string_view text(check.m_szErrorType);
   const std::size_t last_other = text.find_last_not_of('%') + 1;
@@ -156,8 +157,8 @@ int Fail(CheckTable& check, int code, const Message<Args...>& message, Exactly<A
   return code;
 }
 
-constexpr Message<> kNoTable("CheckTable: the library, the table's name or the place for its protocol is missing");
-constexpr Message<Text> kUnknownTable("CheckTable: the library has no table:'%s'");
+constexpr TextFormat<> kNoTable("CheckTable: the library, the table's name or the place for its protocol is missing");
+constexpr TextFormat<CString> kUnknownTable("CheckTable: the library has no table:'%s'");
 
 }  // namespace
 

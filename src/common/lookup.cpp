@@ -1,16 +1,17 @@
-// Lookups through the memory of the running call. Held by tests/linear/linear_test.cpp.
+// Searches, and the indexes and prefixes that they share. Tested by tests/rules/lookup_test.cpp.
 #include "common/lookup.h"
 
+#include <algorithm>
+#include <chrono>
 #include <climits>
 
+#include "common/entry_match.h"
 #include "common/meta_view.h"
 
 namespace korvel {
 namespace {
 
-using List = CallMemory::List;
-
-// What the entries of a meta are found by. None of the operations throws.
+// The keys of the entries of a meta. None of the operations throws.
 struct NameAt {
   NameKey operator()(int i) const noexcept { return {EntryName(qmx_get_entry_by_index(meta, i))}; }
   LPQMXMETA meta;
@@ -32,36 +33,19 @@ struct IdAndNameAt {
   LPQMXMETA meta;
 };
 
-// The position in one of a meta's lists of names.
-template <class KeyAt>
-int Position(List list, const void* owner, int count, const char* name, KeyAt key_at) {
-  if (name == nullptr) return -1;
-  const CallMemory::Scope memory;
-  return memory->FindFirst(list, owner, count, NameKey{name}, key_at);
-}
-
-// Compares the entries of two metas at a position. An id below the least one is like no other. Flattened, as it takes a dozen
-// operations of the metadata library for every entry: where these can be put in line, they are.
-struct LikenessAt {
-  LikenessAt(LPQMXMETA an_old_meta, LPQMXMETA a_new_meta, int a_least_id)
+// Compares the entries of two metas at a position. An id below `least_id` matches no other.
+struct MatchAt {
+  MatchAt(LPQMXMETA an_old_meta, LPQMXMETA a_new_meta, int a_least_id)
       : old_meta(an_old_meta),
         new_meta(a_new_meta),
         old_lib(OwnerOf(an_old_meta)),
         new_lib(OwnerOf(a_new_meta)),
         least_id(a_least_id) {}
 
-  [[gnu::flatten]] Likeness operator()(int i) const {
-    const LPQMXMETAENTRY a = qmx_get_entry_by_index(old_meta, i);
-    const LPQMXMETAENTRY b = qmx_get_entry_by_index(new_meta, i);
-    if (a == nullptr || b == nullptr) return Likeness::kNone;
-    const int type = qmx_get_entry_type(a);
-    const int id = qmx_get_entry_id(a);
-    const bool is_same = id >= least_id && id == qmx_get_entry_id(b) && qmx_get_entry_version(a) == qmx_get_entry_version(b) &&
-                         type == qmx_get_entry_type(b) && qmx_get_entry_unitsize(a) == qmx_get_entry_unitsize(b) &&
-                         qmx_get_entry_count(a) == qmx_get_entry_count(b) &&
-                         SameName(qmx_get_entry_name(a), qmx_get_entry_name(b)) && SameCustomAttr2(old_lib, a, new_lib, b);
-    if (!is_same) return Likeness::kNone;
-    return IsComposite(type) ? Likeness::kComposite : Likeness::kSame;
+  [[gnu::flatten]] EntryMatch operator()(int i) const {
+    const LPQMXMETAENTRY new_entry = qmx_get_entry_by_index(new_meta, i);
+    if (new_entry == nullptr || qmx_get_entry_id(new_entry) < least_id) return EntryMatch::kDifferent;
+    return MatchEntries(old_lib, qmx_get_entry_by_index(old_meta, i), new_lib, new_entry);
   }
 
   LPQMXMETA old_meta;
@@ -71,65 +55,101 @@ struct LikenessAt {
   int least_id;
 };
 
-}  // namespace
-
-int PositionByName(LPQMXMETA meta, int count, const char* name) {
-  return Position(List::kEntryNames, meta, count, name, NameAt{meta});
+// A number that no schema file can know, so that none can be written whose keys collide: when and where it is asked for.
+std::uint64_t MakeSeed(const void* place) {
+  const auto address = reinterpret_cast<std::uintptr_t>(place);
+  const auto time = static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
+  return FoldedProduct(address ^ kMix, time ^ kMix) | 1;
 }
 
-int PositionUpToMissing(LPQMXMETA meta, const char* name) {
+// What an index or a prefix of this kind is kept under: the address of a constant of its own.
+const void* TopicOf(IndexKind kind) {
+  static constexpr char kTopics[static_cast<std::size_t>(IndexKind::kNumberOfKinds)] = {};
+  return &kTopics[static_cast<std::size_t>(kind)];
+}
+
+}  // namespace
+
+KeyIndex& Lookup::IndexOf(IndexKind kind, const void* owner, int count) {
+  LastUsed& last = last_used_[static_cast<std::size_t>(kind)];
+  if (last.owner == owner) return *last.index;
+  if (seed_ == 0) seed_ = MakeSeed(this);
+  last = {owner, &indexes_.try_emplace({TopicOf(kind), owner, nullptr}, memory_, seed_, count).first->second};
+  return *last.index;
+}
+
+template <class KeyAt, class MatchAt>
+const CommonPrefix& Lookup::FindPrefix(IndexKind kind, LPQMXMETA old_meta, LPQMXMETA new_meta, KeyAt key_at, MatchAt match_at) {
+  const auto [found, is_new] =
+      prefixes_.try_emplace({TopicOf(kind), old_meta, new_meta}, CommonPrefix{0, std::pmr::vector<int>(memory_)});
+  CommonPrefix& prefix = found->second;
+  if (!is_new) return prefix;
+  const int old_count = EntryCount(old_meta);
+  const int new_count = EntryCount(new_meta);
+  KeyIndex* index = new_count > kShortList ? &IndexOf(kind, new_meta, new_count) : nullptr;
+  for (int& i = prefix.end; i < std::min(old_count, new_count); ++i) {
+    const EntryMatch match = match_at(i);
+    if (match == EntryMatch::kDifferent) break;
+    const bool is_first = index != nullptr ? index->IsFirst(i, key_at) : FindFirst(kind, new_meta, i + 1, key_at(i), key_at) == i;
+    if (!is_first) break;
+    if (match == EntryMatch::kSameComposite) prefix.composites.push_back(i);
+  }
+  // What is known of the new side's keys is true of the old side's as well.
+  if (index != nullptr && !index->SharesKeys()) {
+    indexes_.try_emplace({TopicOf(kind), old_meta, nullptr}, memory_, old_count, *index, prefix.end);
+  }
+  return prefix;
+}
+
+int Lookup::PositionByName(LPQMXMETA meta, int count, const char* name) {
+  return FindName(IndexKind::kEntryNames, meta, count, name, NameAt{meta});
+}
+
+int Lookup::PositionBeforeMissing(LPQMXMETA meta, const char* name) {
   const int count = EntryCount(meta);
   const int position = PositionByName(meta, count, name);
-  const CallMemory::Scope memory;
-  const int missing = memory->FindFirst(List::kMissingEntries, meta, count, IdKey{0}, [meta](int i) noexcept {
+  const int missing = FindFirst(IndexKind::kMissingEntries, meta, count, IdKey{0}, [meta](int i) noexcept {
     return IdKey{0, qmx_get_entry_by_index(meta, i) == nullptr};
   });
   return missing < 0 || position < missing ? position : -1;
 }
 
-int PositionById(LPQMXMETA meta, int count, int id) {
-  const CallMemory::Scope memory;
-  return memory->FindFirst(List::kEntryIds, meta, count, IdKey{id}, IdAt{meta});
+int Lookup::PositionById(LPQMXMETA meta, int count, int id) {
+  return FindFirst(IndexKind::kEntryIds, meta, count, IdKey{id}, IdAt{meta});
 }
 
 // The first of the id nearly always has the name.
-int PositionByIdAndName(LPQMXMETA meta, int count, int id, const char* name) {
+int Lookup::PositionByIdAndName(LPQMXMETA meta, int count, int id, const char* name) {
   const int first = PositionById(meta, count, id);
   if (first < 0 || name == nullptr) return -1;
   if (SameName(qmx_get_entry_name(qmx_get_entry_by_index(meta, first)), name)) return first;
-  const CallMemory::Scope memory;
-  return memory->FindFirst(List::kEntryIdsAndNames, meta, count, IdAndNameKey{id, {name}}, IdAndNameAt{meta});
+  return FindFirst(IndexKind::kEntryIdsAndNames, meta, count, IdAndNameKey{id, {name}}, IdAndNameAt{meta});
 }
 
-const Unchanged* UnchangedByName(LPQMXMETA old_meta, LPQMXMETA new_meta) {
-  const CallMemory::Scope memory;
-  return &memory->FindUnchanged(List::kEntryNames, old_meta, EntryCount(old_meta), new_meta, EntryCount(new_meta),
-                                NameAt{new_meta}, LikenessAt(old_meta, new_meta, INT_MIN));
+const CommonPrefix& Lookup::Prefix(LPQMXMETA old_meta, LPQMXMETA new_meta, MatchBy match_by) {
+  if (match_by == MatchBy::kName) {
+    return FindPrefix(IndexKind::kEntryNames, old_meta, new_meta, NameAt{new_meta}, MatchAt(old_meta, new_meta, INT_MIN));
+  }
+  // A negative id is no id: rules report it, and find nothing by it.
+  return FindPrefix(IndexKind::kEntryIds, old_meta, new_meta, IdAt{new_meta}, MatchAt(old_meta, new_meta, 0));
 }
 
-// A negative id is none, and found by none.
-const Unchanged* UnchangedById(LPQMXMETA old_meta, LPQMXMETA new_meta) {
-  const CallMemory::Scope memory;
-  return &memory->FindUnchanged(List::kEntryIds, old_meta, EntryCount(old_meta), new_meta, EntryCount(new_meta), IdAt{new_meta},
-                                LikenessAt(old_meta, new_meta, 0));
-}
-
-bool IsPrimaryKeyName(LPQMXMETA meta, const char* name) {
+bool Lookup::IsPrimaryKeyName(LPQMXMETA meta, const char* name) {
   const auto members = PrimaryKeyMembers(meta);
-  return Position(List::kPrimaryKey, meta, members.size(), name,
+  return FindName(IndexKind::kPrimaryKey, meta, members.size(), name,
                   [&](int i) noexcept { return NameKey{MemberName(meta, members[i])}; }) >= 0;
 }
 
-LPQMXMETAINDEX IndexByName(LPQMXMETA meta, const char* name) {
+LPQMXMETAINDEX Lookup::IndexByName(LPQMXMETA meta, const char* name) {
   const auto indexes = Indexes(meta);
-  const int position =
-      Position(List::kIndexes, meta, indexes.size(), name, [&](int i) noexcept { return NameKey{IndexName(meta, indexes[i])}; });
+  const int position = FindName(IndexKind::kIndexes, meta, indexes.size(), name,
+                                [&](int i) noexcept { return NameKey{IndexName(meta, indexes[i])}; });
   return position < 0 ? nullptr : indexes[position];
 }
 
-bool IsColumnName(LPQMXMETA meta, LPQMXMETAINDEX index, const char* name) {
+bool Lookup::IsColumnName(LPQMXMETA meta, LPQMXMETAINDEX index, const char* name) {
   const auto columns = Columns(meta, index);
-  return Position(List::kColumns, index, columns.size(), name,
+  return FindName(IndexKind::kColumns, index, columns.size(), name,
                   [&](int i) noexcept { return NameKey{MemberName(meta, columns[i])}; }) >= 0;
 }
 

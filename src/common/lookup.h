@@ -1,32 +1,118 @@
-// Positions of entries, key members, indexes and columns by name or id: always the first that matches, -1 if none does. A missing
-// name matches nothing, and what cannot be had is passed over.
+// Finds entries, key members, indexes and columns by name or id, and what two metas begin with.
+//
+// A lookup answers as a walk from the first item would: the position of the first item that matches, -1 if there is none. A
+// missing name matches nothing, and a missing entry is skipped. Lists longer than a few items are indexed when they are first
+// searched, so that the cost of a run stays linear in the size of the libraries.
+//
+// Only for class Run: what a Lookup has found is valid while the libraries do not change, and it lives no longer than one run.
+// Tested by tests/rules/lookup_test.cpp, and by tests/model, which searches by walking.
 #pragma once
 
-#include "common/call_memory.h"
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory_resource>
+#include <tuple>
+#include <unordered_map>
+
+#include "common/common_prefix.h"
+#include "common/key_index.h"
 #include "qmx/qmx_types.h"
 
 namespace korvel {
 
-// `count` is the meta's number of entries, asked for once by the caller.
-int PositionByName(LPQMXMETA meta, int count, const char* name);
-int PositionById(LPQMXMETA meta, int count, int id);
-int PositionByIdAndName(LPQMXMETA meta, int count, int id, const char* name);
+// By what the entries of two metas are matched.
+enum class MatchBy : std::uint8_t { kName, kId };
 
-// By name among the entries before the first that cannot be had.
-int PositionUpToMissing(LPQMXMETA meta, const char* name);
+// Lists that are searched. Each has an index for each record that owns such a list.
+enum class IndexKind : std::uint8_t {
+  kEntryNames,
+  kEntryIds,
+  kEntryIdsAndNames,
+  kMissingEntries,
+  kAttributedEntries,
+  kPrimaryKey,
+  kIndexes,
+  kColumns,
+  kNumberOfKinds
+};
 
-// What two metas begin with, where fields are matched by name, or by id: see unchanged.h. Belongs to the running call.
-// REQUIRES: no null.
-const Unchanged* UnchangedByName(LPQMXMETA old_meta, LPQMXMETA new_meta);
-const Unchanged* UnchangedById(LPQMXMETA old_meta, LPQMXMETA new_meta);
+// One or two records, and what is remembered about them. Records are told apart by their addresses.
+using RecordKey = std::tuple<const void*, const void*, const void*>;
 
-// Whether an entry of that name forms a member of the primary key. REQUIRES: the meta has one.
-bool IsPrimaryKeyName(LPQMXMETA meta, const char* name);
+struct RecordKeyHash {
+  std::size_t operator()(const RecordKey& key) const {
+    const auto number = [](const void* record) { return reinterpret_cast<std::uintptr_t>(record); };
+    const auto& [topic, old_record, new_record] = key;
+    return FoldedProduct(FoldedProduct(number(old_record) ^ kMix, number(topic) + kMix) ^ number(new_record), kMix);
+  }
+};
 
-// The first index of that name; null if there is none.
-LPQMXMETAINDEX IndexByName(LPQMXMETA meta, const char* name);
+template <class Value>
+using RecordMap = std::pmr::unordered_map<RecordKey, Value, RecordKeyHash>;
 
-// Whether an entry of that name forms a column of the index.
-bool IsColumnName(LPQMXMETA meta, LPQMXMETAINDEX index, const char* name);
+class Lookup {
+ public:
+  // Allocates from `memory`, which must outlive it; nothing before the first search of a long list.
+  explicit Lookup(std::pmr::memory_resource* memory) : memory_(memory), indexes_(memory), prefixes_(memory) {}
+  Lookup(const Lookup&) = delete;
+  Lookup& operator=(const Lookup&) = delete;
+
+  // `count` is the meta's number of entries.
+  int PositionByName(LPQMXMETA meta, int count, const char* name);
+  int PositionById(LPQMXMETA meta, int count, int id);
+  int PositionByIdAndName(LPQMXMETA meta, int count, int id, const char* name);
+
+  // By name among the entries before the first missing one.
+  int PositionBeforeMissing(LPQMXMETA meta, const char* name);
+
+  // The entries that two metas begin with (common_prefix.h). Valid until this object ends. REQUIRES: no null.
+  const CommonPrefix& Prefix(LPQMXMETA old_meta, LPQMXMETA new_meta, MatchBy match_by);
+
+  // Whether an entry of that name is a member of the primary key. REQUIRES: the meta has one.
+  bool IsPrimaryKeyName(LPQMXMETA meta, const char* name);
+
+  // The first index of that name; null if there is none.
+  LPQMXMETAINDEX IndexByName(LPQMXMETA meta, const char* name);
+
+  // Whether an entry of that name is a column of the index.
+  bool IsColumnName(LPQMXMETA meta, LPQMXMETAINDEX index, const char* name);
+
+  // Position of the first of `count` items whose key equals `wanted`; -1 if there is none. `key_at(i)` is the key of item i
+  // (key_index.h), and the same in every search of the list that `kind` and `owner` stand for.
+  template <class Key, class KeyAt>
+  int FindFirst(IndexKind kind, const void* owner, int count, const Key& wanted, KeyAt key_at) {
+    if (count > kShortList) return IndexOf(kind, owner, count).Find(wanted, key_at);
+    for (int i = 0; i < count; ++i) {
+      if (key_at(i) == wanted) return i;
+    }
+    return -1;
+  }
+
+ private:
+  // Up to this length a walk is faster than an index.
+  static constexpr int kShortList = 8;
+
+  struct LastUsed {
+    const void* owner = nullptr;
+    KeyIndex* index = nullptr;
+  };
+
+  template <class KeyAt>
+  int FindName(IndexKind kind, const void* owner, int count, const char* name, KeyAt key_at) {
+    return name == nullptr ? -1 : FindFirst(kind, owner, count, NameKey{name}, key_at);
+  }
+
+  template <class KeyAt, class MatchAt>
+  const CommonPrefix& FindPrefix(IndexKind kind, LPQMXMETA old_meta, LPQMXMETA new_meta, KeyAt key_at, MatchAt match_at);
+
+  KeyIndex& IndexOf(IndexKind kind, const void* owner, int count);
+
+  std::pmr::memory_resource* memory_;
+  std::uint64_t seed_ = 0;                                                               // of all indexes; 0 = there is none yet
+  std::array<LastUsed, static_cast<std::size_t>(IndexKind::kNumberOfKinds)> last_used_;  // most searches repeat the list before
+  RecordMap<KeyIndex> indexes_;
+  RecordMap<CommonPrefix> prefixes_;
+};
 
 }  // namespace korvel

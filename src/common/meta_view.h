@@ -10,7 +10,7 @@
 #include <cstring>
 #include <string>
 
-#include "common/unchanged.h"
+#include "common/common_prefix.h"
 #include "qmx/qmx_metalib_kernel.h"
 #include "qmx/qmx_types.h"
 
@@ -43,6 +43,9 @@ inline bool IsComposite(int type_code) { return type_code == QMX_TYPE_STRUCT || 
 
 inline bool IsPrimaryKeyMember(LPQMXMETAENTRY entry) { return (entry->chDBFlag & QMX_DBFLAG_PRIMARY_KEY) != 0; }
 
+// Whether the element count of an entry is given by another field.
+inline bool HasRefer(LPQMXMETAENTRY entry) { return qmx_get_entry_refer(entry) != nullptr; }
+
 inline int EntryCount(LPQMXMETA meta) { return meta == nullptr ? 0 : qmx_get_entry_num(meta); }
 
 inline const char* EntryName(LPQMXMETAENTRY entry) { return entry == nullptr ? nullptr : qmx_get_entry_name(entry); }
@@ -67,7 +70,7 @@ inline bool SameCustomAttr2(LPQMXMETALIB old_metalib, LPQMXMETAENTRY old_entry, 
                            : HasCustomAttr2(new_metalib, new_entry, old_text);
 }
 
-// The entries of a meta by index, those that cannot be had passed over, and of what is unchanged all but the composite ones:
+// The entries of a meta by index, those that cannot be had passed over, and of a common prefix all but the composite ones:
 //   for (const auto [index, entry] : Entries(meta))
 class Entries {
  public:
@@ -78,8 +81,8 @@ class Entries {
 
   class Iterator {
    public:
-    Iterator(LPQMXMETA meta, const Unchanged* unchanged, int index, int count)
-        : meta_(meta), unchanged_(unchanged), count_(count), item_{index, nullptr} {
+    Iterator(LPQMXMETA meta, const CommonPrefix* prefix, int index, int count)
+        : meta_(meta), prefix_(prefix), count_(count), item_{index, nullptr} {
       PassOver();
     }
     Item operator*() const { return item_; }
@@ -93,26 +96,26 @@ class Entries {
    private:
     void PassOver() {
       for (; item_.index < count_; ++item_.index) {
-        if (unchanged_ != nullptr) item_.index = unchanged_->Next(item_.index);
+        if (prefix_ != nullptr) item_.index = prefix_->Next(item_.index);
         if (item_.index < count_ && (item_.entry = qmx_get_entry_by_index(meta_, item_.index)) != nullptr) return;
       }
       item_.index = count_;
     }
 
     LPQMXMETA meta_;
-    const Unchanged* unchanged_;
+    const CommonPrefix* prefix_;
     int count_;
     Item item_;
   };
 
-  explicit Entries(LPQMXMETA meta, const Unchanged* unchanged = nullptr)
-      : meta_(meta), unchanged_(unchanged), count_(std::max(EntryCount(meta), 0)) {}
-  Iterator begin() const { return {meta_, unchanged_, 0, count_}; }
-  Iterator end() const { return {meta_, unchanged_, count_, count_}; }
+  explicit Entries(LPQMXMETA meta, const CommonPrefix* prefix = nullptr)
+      : meta_(meta), prefix_(prefix), count_(std::max(EntryCount(meta), 0)) {}
+  Iterator begin() const { return {meta_, prefix_, 0, count_}; }
+  Iterator end() const { return {meta_, prefix_, count_, count_}; }
 
  private:
   LPQMXMETA meta_;
-  const Unchanged* unchanged_;
+  const CommonPrefix* prefix_;
   int count_;
 };
 

@@ -1,18 +1,30 @@
-// The schema-change checker: may a table go from its old schema to a new one?
+// The schema-change checker: checks whether a table may change from its old schema to a new one.
 //
-// Construct a ModifyTable, call one public operation, read the result code and, on failure, GetErrType(). An object serves one
-// thread at a time; separate objects share nothing. The checker reads the libraries it is handed and changes nothing in them,
-// throws nothing but std::bad_alloc, and does no input or output but logging.
+// Construct a ModifyTable, call one public operation, read the result code and, on failure, GetErrType() and GetRefusal(). An
+// object is used by one thread at a time; separate objects share nothing. The checker reads the libraries that it is given and
+// changes nothing in them, throws nothing but std::bad_alloc, and does no input or output but logging.
 //
 // Common to all operations:
-//   - Old comes before new, and the log category last. Everything handed in is borrowed for the call.
+//   - Old comes before new, and the log category last. Everything passed in is borrowed for the call.
 //   - 0 is success; a failure is a negative code of enCheckModifyTableError. The first rule that refuses ends the check.
 //   - A refusing rule formats one line into the error buffer (cut at 1023 bytes) and logs the same text at ERROR (300); of field
 //     lengths, the list of oversized fields is not logged, and the list of whitelisted ones that grew is logged at WARN (400).
 //     Texts are part of the interface, misspellings included. A null category logs nothing.
 //   - A refusal that is named below as without a text leaves the buffer as it was.
-//   - A null pointer where an operation names no result for it matches nothing and is passed over; a field without a
-//     name is refused as one with an empty name.
+//   - A null pointer for which an operation names no result matches nothing and is skipped. So a field without a name is found by
+//   no
+//     other; the check of field names treats it as one with an empty name (ERROR_FIELD_NAME_EMPTY).
+//
+// What a log category may do while it writes a record, or says whether it would:
+//   - Use another ModifyTable, on the same libraries or others. Neither check affects the other.
+//   - Use the same ModifyTable. The outer operation goes on with what the buffer, printVec and whiteVec then hold, and its result
+//   is
+//     the same; its text is still in the buffer if it wrote it after the record.
+//   - Switch to another stack and come back, in any order, also to one on which another check is under way.
+//   - Throw, or leave by longjmp or by never coming back. The object can be used again, and holds what the operation had written.
+//   What
+//     an operation left otherwise than by an exception had allocated is leaked; nothing else.
+//   - Not: change the libraries of a check that is under way, or use one object on two threads at the same time.
 #pragma once
 
 #include <cstddef>
@@ -23,6 +35,11 @@
 #include "common/result_codes.h"
 #include "qmx/qmx_types.h"
 #include "vesk/vesk_category.h"
+
+namespace korvel {
+class Run;
+struct RefusalRow;
+}  // namespace korvel
 
 // A whitelisted field whose size grew. Sizes in bytes, all elements together.
 struct PrintNode {
@@ -36,7 +53,7 @@ class ModifyTable {
   ModifyTable();
   ~ModifyTable();
 
-  // Tells whether table `metaname` may change from the old library to the new one: keys, indexes, kind of table, fields by
+  // Checks whether table `metaname` may change from the old library to the new one: keys, indexes, kind of table, fields by
   // protocol, field names and, when `svrMinVersion` is not empty, field lengths.
   //
   //   table_type        0 generic, 1 list
@@ -58,8 +75,8 @@ class ModifyTable {
                         const int init_qmx_version, LPVESKCATEGORYINST log_handle, const std::string& svrMinVersion,
                         const std::string& whiteliststr, const int maybe_list_num);
 
-  // Tells whether records of table `metaname` written under the old library can be read under the new one: primary key and
-  // fields, always by the rules of the record format. Not looked at: protocols, library versions, indexes, splittable key, names.
+  // Checks whether records of table `metaname` written under the old library can be read under the new one: primary key and
+  // fields, always by the rules of the record format. Not compared: protocols, library versions, indexes, splittable key, names.
   //
   //    0   readable; -1 a null library, a null or empty name; -2 no such table, or the old library has no version
   //   any other code comes from the rule that refused; GetErrType() holds that rule's text. This operation's own texts are only
@@ -70,30 +87,37 @@ class ModifyTable {
   // Text of the last failure, or of what was written last; "" for a new object. Borrowed from the object.
   const char* GetErrType() const;
 
-  // Tells whether the indexes are the same by name and each has the same set of columns by name.
+  // The row of the catalog of refusals (refusals.h) whose text the last operation left in the buffer when it refused. Where an
+  // operation writes its own text over that of a rule, the row is that of its own text.
+  // Null for a new object, after success, after a refusal without a text in the buffer, while an operation runs, after one that
+  // did not return, and where the text is not in the catalog (that of a store's own CheckTable, or of a table that it cannot
+  // find). The row is constant and lives as long as the program.
+  const korvel::RefusalRow* GetRefusal() const;
+
+  // Checks whether the indexes are the same by name and each has the same set of columns by name.
   // Not compared: the order of indexes and of columns, directions, prefix lengths.
   //    0 they are; -1 a meta is null; -6 ERROR_INDEX_FIELD: they differ, a list table (table_type 1) has an index, or table_type
   //   is neither 0 nor 1
   int CompareIndex(LPQMXMETA old_meta, LPQMXMETA new_meta, int table_type, LPVESKCATEGORYINST log_handle);
 
-  // Tells whether the new meta has as many primary-key fields as the old one, each of them an old one.
+  // Checks whether the new meta has as many primary-key fields as the old one, each of them an old one.
   // Names only, byte for byte. Not compared: key order, repeats ((id, zone) -> (id, id) passes), types and sizes.
   //    0 it has; -1 a meta is null
   //   -4 ERROR_PRIMARYKEY_FIELD: no key on a side, another number of key fields, or a field that was no key field
   int ComparePrimaryKey(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVESKCATEGORYINST log_handle);
 
-  // Tells whether the splittable key has the same text on both sides, or is absent on both (logged at INFO).
-  //    0 it has; -1 a meta is null; -5 ERROR_SPLITTABLE_FIELD: added, removed, changed, or its text cannot be had
+  // Checks whether the splittable key has the same text on both sides, or is absent on both (logged at INFO).
+  //    0 it has; -1 a meta is null; -5 ERROR_SPLITTABLE_FIELD: added, removed, changed, or its text cannot be read
   int CompareSplittableKey(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVESKCATEGORYINST log_handle);
 
-  // Tells whether two metas have the same entries by name, with the same type, count and unit size, at every depth.
+  // Checks whether two metas have the same entries by name, with the same type, count and unit size, at every depth.
   // Not compared: order, ids, versions, keys. Each depth that passes is logged at INFO, inner ones first.
   //    0 they have; -1 a meta is null; -33 ERROR_VALUE_NUM_NOT_EQUAL: another number of entries
   //   -34 ERROR_VALUE_ENTRY_NOT_EQUAL: an old entry is missing or has another shape
   int CompareTableField(LPQMXMETA old_meta, LPQMXMETA new_meta, LPVESKCATEGORYINST log_handle);
 
-  // Tells whether the table keeps its kind (table type, list length, sort settings, data protocol), as CheckTable derives it from
-  // each library. `maybe_table_type` and `maybe_list_num` are what the server holds; they are read only when the old schema
+  // Checks whether the table keeps its kind (table type, list length, sort settings, data protocol), as CheckTable derives it
+  // from each library. `maybe_table_type` and `maybe_list_num` are what the server holds; they are read only when the old schema
   // carries no table attributes and the new one does.
   //    0 it does
   //   -1, -2 CheckTable failed on the old, the new side (its text)      -3  table without attributes to sorted list
@@ -103,7 +127,7 @@ class ModifyTable {
   int CheckListMetaInfo(const char* metaname, LPQMXMETALIB oldPstMetaLib, LPQMXMETALIB newPstMetaLib,
                         LPVESKCATEGORYINST log_handle, int maybe_table_type, int maybe_list_num) const;
 
-  // Tells whether the destination table keeps the sort fields of the source; the tables may have different names.
+  // Checks whether the destination table keeps the sort fields of the source; the tables may have different names.
   // Not compared: table type, list length, sort rule, protocol, attributes of the fields. More sort fields pass.
   //    0 it does; -1, -2 CheckTable failed on the source, the destination (its text)
   //   -3 source without attributes, destination a sorted list; -6 fewer sort fields; -15 attributes removed
@@ -149,7 +173,10 @@ class ModifyTable {
 
   // What was written last: the text of a failure, mostly. Const rules write it too.
   mutable char m_szErrorType[1024] = {};
-  std::vector<PrintNode> printVec;  // whitelisted fields that grew
-  std::set<std::string> whiteVec;   // the whitelist
-  std::string m_svr_ver;            // server version of the last KorvelModifyTable
+  std::vector<PrintNode> printVec;                        // whitelisted fields that grew
+  std::set<std::string> whiteVec;                         // the whitelist
+  std::string m_svr_ver;                                  // server version of the last KorvelModifyTable
+  mutable const korvel::RefusalRow* m_refusal = nullptr;  // see GetRefusal
+
+  friend class korvel::Run;
 };

@@ -1,13 +1,10 @@
 // Field lengths by server version, and the whitelist of fields that may exceed them.
-// Held by tests/rules: length_test and standalone/.
-#include "common/lookup.h"
+// Tested by tests/rules: length_test and standalone/.
 #include "common/meta_view.h"
-#include "common/modify_table.h"
-#include "common/refuse.h"
+#include "common/run.h"
 #include "common/text_helpers.h"
 
-using namespace korvel;
-
+namespace korvel {
 namespace {
 
 // Largest field in bytes, from the version named on.
@@ -15,10 +12,10 @@ constexpr std::size_t kMaxField = 131072;       // 128 KiB
 constexpr std::size_t kMaxField329 = 262144;    // 256 KiB
 constexpr std::size_t kMaxField339 = 10485760;  // 10 MiB
 
-constexpr Message<Text, std::size_t, std::size_t> kWhitelistTrace("entry %s old_len:%zu,new_len:%zu");
-// The two texts stand swapped against the limits, and a 3.39.0 server reports the first; part of the interface.
-constexpr Message<Text, std::size_t> kTooLong329("entry %s length(%zu) is greater than 128kB");
-constexpr Message<Text, std::size_t> kTooLong("entry %s length(%zu) is greater than 256KB");
+constexpr TextFormat<CString, std::size_t, std::size_t> kWhitelistTrace("entry %s old_len:%zu,new_len:%zu");
+// The two texts are swapped relative to the limits, and a 3.39.0 server reports the first; part of the interface.
+constexpr TextFormat<CString, std::size_t> kTooLong329("entry %s length(%zu) is greater than 128kB");
+constexpr TextFormat<CString, std::size_t> kTooLong("entry %s length(%zu) is greater than 256KB");
 
 // An empty name matches no field, whatever the whitelist was split into.
 bool IsWhitelisted(const std::set<std::string>& whitelist, const char* name) {
@@ -27,7 +24,7 @@ bool IsWhitelisted(const std::set<std::string>& whitelist, const char* name) {
 
 bool IsAtLeast(const std::string& version, const char* other) { return RealCmpVersion(version.c_str(), other, false) >= 0; }
 
-// What follows "WARNING_WHITELIST:".
+// The text behind "WARNING_WHITELIST:".
 std::string GrownReport(const std::vector<PrintNode>& grown) {
   std::string report;
   for (const PrintNode& node : grown) {
@@ -40,21 +37,19 @@ std::string GrownReport(const std::vector<PrintNode>& grown) {
 }  // namespace
 
 // Key fields are never tested. All oversized fields are collected before the check refuses.
-int ModifyTable::CheckWhiteListFieldLen(const char* metaname, LPQMXMETALIB oldPstMetaLib, LPQMXMETALIB newPstMetaLib,
-                                        const std::string& svrMinVersion, const std::string& whiteliststr,
-                                        LPVESKCATEGORYINST log_handle) {
-  if (metaname == nullptr || *metaname == '\0' || oldPstMetaLib == nullptr || newPstMetaLib == nullptr || log_handle == nullptr) {
+int Run::CheckWhiteListFieldLen(const char* metaname, LPQMXMETALIB oldPstMetaLib, LPQMXMETALIB newPstMetaLib,
+                                const std::string& svrMinVersion, const std::string& whiteliststr, WhitelistMembers whitelist) {
+  if (metaname == nullptr || *metaname == '\0' || oldPstMetaLib == nullptr || newPstMetaLib == nullptr || log_ == nullptr) {
     return CHECK_TABLE_ERROR_INVALID_PARAMETER;
   }
-  if (!whiteliststr.empty()) SplitString(whiteliststr.c_str(), ";", whiteVec);
+  if (!whiteliststr.empty()) SplitString(whiteliststr.c_str(), ";", whitelist.names);
   const LPQMXMETA newPstMeta = qmx_get_meta_by_name(newPstMetaLib, metaname);
   const LPQMXMETA oldPstMeta = qmx_get_meta_by_name(oldPstMetaLib, metaname);
   const bool ge329 = IsAtLeast(svrMinVersion, "3.29.0");
   const bool ge339 = IsAtLeast(svrMinVersion, "3.39.0");
   const std::size_t limit = ge339 ? kMaxField339 : ge329 ? kMaxField329 : kMaxField;
 
-  std::string oversized;  // what follows "ERR_ENTRY_LEN;"
-  const CallMemory::Scope memory(this);
+  std::string oversized;  // the text behind "ERR_ENTRY_LEN;"
   const int new_entry_num = EntryCount(newPstMeta);
   for (int i = 0; i < new_entry_num; ++i) {
     const LPQMXMETAENTRY entry = qmx_get_entry_by_index(newPstMeta, i);
@@ -63,11 +58,11 @@ int ModifyTable::CheckWhiteListFieldLen(const char* metaname, LPQMXMETALIB oldPs
     const std::size_t size = EntrySize(entry);
     if (size <= limit) continue;
     const char* name = qmx_get_entry_name(entry);
-    if (IsWhitelisted(whiteVec, name)) {
+    if (IsWhitelisted(whitelist.names, name)) {
       std::size_t old_len = 0;
       const bool isMod = CheckWhiteFieldIsModify(oldPstMeta, size, name, old_len);
       LogOnly(HERE, VESK_PRIORITY_INFO, kWhitelistTrace, name, old_len, size);
-      if (isMod) printVec.push_back({name, old_len, size});
+      if (isMod) whitelist.grown.push_back({name, old_len, size});
     } else {
       LogOnly(HERE, VESK_PRIORITY_ERROR, ge329 ? kTooLong329 : kTooLong, name, size);
       oversized += std::string(name == nullptr ? "" : name) + "|";
@@ -75,22 +70,23 @@ int ModifyTable::CheckWhiteListFieldLen(const char* metaname, LPQMXMETALIB oldPs
   }
 
   if (!oversized.empty()) {
-    WriteText(HERE, kOversized, oversized.c_str());
-    return kOversized.code;
+    WriteText(kOversized, oversized.c_str());
+    return Refused(kOversized);
   }
   // Nodes of earlier calls count too: the list is never cleared.
-  if (printVec.empty()) return CHECK_TABLE_SUCCESS;
-  WriteText(HERE, kWhitelistGrown, GrownReport(printVec).c_str());
+  if (whitelist.grown.empty()) return CHECK_TABLE_SUCCESS;
+  WriteText(kWhitelistGrown, GrownReport(whitelist.grown).c_str());
   LogBuffer(HERE, VESK_PRIORITY_WARN);
-  return kWhitelistGrown.code;
+  return Refused(kWhitelistGrown);
 }
 
-// Whether the field is strictly smaller in the old meta, whose size of it goes to `old_len`. What stands behind a missing entry
-// is not searched.
-bool ModifyTable::CheckWhiteFieldIsModify(LPQMXMETA oldPstMeta, std::size_t new_len, const char* entry_name,
-                                          std::size_t& old_len) {
-  const int position = PositionUpToMissing(oldPstMeta, entry_name);
+// Whether the field is strictly smaller in the old meta; its size there goes to `old_len`. Entries behind a missing one are not
+// searched.
+bool Run::CheckWhiteFieldIsModify(LPQMXMETA oldPstMeta, std::size_t new_len, const char* entry_name, std::size_t& old_len) {
+  const int position = lookup_.PositionBeforeMissing(oldPstMeta, entry_name);
   if (position < 0) return false;
   old_len = EntrySize(qmx_get_entry_by_index(oldPstMeta, position));
   return old_len < new_len;
 }
+
+}  // namespace korvel

@@ -1,22 +1,19 @@
-// Does a table keep its kind? Table type, list length, sort settings and data protocol, as CheckTable derives them.
-// Held by tests/rules: list_test, sortlist_test and standalone/.
+// Whether a table keeps its kind: table type, list length, sort settings and data protocol, as CheckTable derives them.
+// Tested by tests/rules: list_test, sortlist_test and standalone/.
 #include <cstring>
 
-#include "common/call_memory.h"
 #include "common/check_table.h"
 #include "common/meta_view.h"
-#include "common/modify_table.h"
-#include "common/refuse.h"
+#include "common/run.h"
 
-using namespace korvel;
-
+namespace korvel {
 namespace {
 
-constexpr Message<Text, int, int> kTypesTrace("CheckListMetaInfo(%s) old_table_type:%d,new_table_type:%d");
+constexpr TextFormat<CString, int, int> kTypesTrace("CheckListMetaInfo(%s) old_table_type:%d,new_table_type:%d");
 
 // One side's kind of table.
 struct TableKind {
-  // Success and "no attributes" are answers; anything else is CheckTable's failure.
+  // Anything but success and "no attributes" is CheckTable's failure.
   bool Failed() const { return ret != CHECK_TABLE_SUCCESS && !IsOldKind(); }
   bool IsOldKind() const { return ret == ERROR_OLD_TABLE_DEFINE; }
   // A sorted list is a list in every comparison.
@@ -30,30 +27,29 @@ struct TableKind {
   char data_protocol[8] = {};
 };
 
-TableKind DeriveKind(CheckTable& check, LPQMXMETALIB metalib, const char* metaname, LPVESKCATEGORYINST log_handle) {
+TableKind DeriveKind(CheckTable& check, LPQMXMETALIB metalib, const char* metaname, LPVESKCATEGORYINST log) {
   TableKind kind;
   kind.ret = check.CheckTableTypeByCustomAttr(metalib, metaname, kind.table_type, kind.list_num, kind.sort_field_num,
-                                              kind.sort_rule, kind.data_protocol, false, log_handle);
+                                              kind.sort_rule, kind.data_protocol, false, log);
   return kind;
 }
 
-// The entries of a meta that carry a second custom attribute. A search ends at the first entry that cannot be had, or that
-// carries the attribute and has no name; entries without the attribute are passed over before their names are read.
+// The entries of a meta that carry a second custom attribute. A search ends at the first entry that is missing, or that carries
+// the attribute and has no name; entries without the attribute are skipped before their names are read.
 class AttributedEntries {
  public:
-  AttributedEntries(LPQMXMETALIB metalib, LPQMXMETA meta)
-      : metalib_(metalib), meta_(meta), count_(EntryCount(meta)), end_(count_) {}
+  AttributedEntries(LPQMXMETALIB metalib, LPQMXMETA meta, Lookup& lookup)
+      : metalib_(metalib), meta_(meta), lookup_(lookup), count_(EntryCount(meta)), end_(count_) {}
 
-  // The attribute of the first of that name; null if the search did not meet one.
+  // The attribute of the first of that name; null if the search found none.
   const char* Find(const char* name) {
-    const CallMemory::Scope memory;
-    const int position = memory->FindFirst(CallMemory::List::kAttributedEntries, meta_, count_, NameKey{name},
+    const int position = lookup_.FindFirst(IndexKind::kAttributedEntries, meta_, count_, NameKey{name},
                                            [this](int i) noexcept { return KeyAt(i); });
     if (position >= 0 && position != looked_at_) KeyAt(position);
     return position < 0 ? nullptr : attribute_;
   }
 
-  // Where and why a search that met nothing ended early.
+  // Where and why a search that found nothing ended early.
   bool EndsEarly() const { return end_ < count_; }
   bool EndsAtMissingEntry() const { return qmx_get_entry_by_index(meta_, end_) == nullptr; }
   int end() const { return end_; }
@@ -72,21 +68,27 @@ class AttributedEntries {
 
   LPQMXMETALIB metalib_;
   LPQMXMETA meta_;
+  Lookup& lookup_;
   int count_;
-  int end_;                          // the entry that ends every search, as far as it was met
-  int looked_at_ = -1;               // the entry whose attribute was asked for last
+  int end_;                          // the entry that ends every search, as far as it was reached
+  int looked_at_ = -1;               // the entry whose attribute was read last
   const char* attribute_ = nullptr;  // that attribute
 };
 
 }  // namespace
 
-int ModifyTable::CheckListMetaInfo(const char* metaname, LPQMXMETALIB oldPstMetaLib, LPQMXMETALIB newPstMetaLib,
-                                   LPVESKCATEGORYINST log_handle, int maybe_table_type, int maybe_list_num) const {
-  CheckTable pCheck(m_svr_ver);
-  const TableKind old_kind = DeriveKind(pCheck, oldPstMetaLib, metaname, log_handle);
-  if (old_kind.Failed()) return RefuseWithFormat(HERE, CHECK_TABLE_ERROR_INVALID_PARAMETER, pCheck.m_szErrorType);
-  const TableKind new_kind = DeriveKind(pCheck, newPstMetaLib, metaname, log_handle);
-  if (new_kind.Failed()) return RefuseWithFormat(HERE, CHECK_TABLE_ERROR_SYSTEM_ERROR, pCheck.m_szErrorType);
+const char* TableTypeText(int table_type) { return table_type == TABLE_TYPE_GENERIC ? "GENERIC" : "LIST"; }
+
+// "INSC" is part of the interface.
+const char* SortRuleText(int sort_rule) { return sort_rule == SORT_RULE_INSC ? "INSC" : "DESC"; }
+
+int Run::CheckListMetaInfo(const char* metaname, LPQMXMETALIB oldPstMetaLib, LPQMXMETALIB newPstMetaLib, int maybe_table_type,
+                           int maybe_list_num) {
+  CheckTable pCheck(object_.m_svr_ver);
+  const TableKind old_kind = DeriveKind(pCheck, oldPstMetaLib, metaname, log_);
+  if (old_kind.Failed()) return RefuseWithFormat(HERE, CHECK_TABLE_ERROR_INVALID_PARAMETER, pCheck.m_szErrorType, old_kind.ret);
+  const TableKind new_kind = DeriveKind(pCheck, newPstMetaLib, metaname, log_);
+  if (new_kind.Failed()) return RefuseWithFormat(HERE, CHECK_TABLE_ERROR_SYSTEM_ERROR, pCheck.m_szErrorType, new_kind.ret);
 
   if (old_kind.IsOldKind() && new_kind.IsOldKind()) return CHECK_TABLE_SUCCESS;
   const int old_type = old_kind.FoldedType();
@@ -95,7 +97,7 @@ int ModifyTable::CheckListMetaInfo(const char* metaname, LPQMXMETALIB oldPstMeta
     // The attributes must describe what the server holds. Its type is not folded.
     if (new_kind.sort_field_num > 0) return Refuse(HERE, kToSortList, metaname);
     if (new_type != maybe_table_type) {
-      return Refuse(HERE, kDeclaredType, metaname, GetDescStr(maybe_table_type), GetDescStr(new_type));
+      return Refuse(HERE, kDeclaredType, metaname, TableTypeText(maybe_table_type), TableTypeText(new_type));
     }
     if (maybe_table_type == TABLE_TYPE_LIST && new_kind.list_num != maybe_list_num) {
       return Refuse(HERE, kDeclaredListNum, metaname, maybe_list_num, new_kind.list_num);
@@ -105,13 +107,13 @@ int ModifyTable::CheckListMetaInfo(const char* metaname, LPQMXMETALIB oldPstMeta
   if (new_kind.IsOldKind()) return Refuse(HERE, kToOldFormat, metaname);
 
   LogOnly(HERE, VESK_PRIORITY_INFO, kTypesTrace, metaname, old_kind.table_type, new_kind.table_type);
-  if (old_type != new_type) return Refuse(HERE, kKind, GetDescStr(old_type), GetDescStr(new_type));
+  if (old_type != new_type) return Refuse(HERE, kKind, TableTypeText(old_type), TableTypeText(new_type));
   if (old_kind.list_num > new_kind.list_num) return Refuse(HERE, kListNum, old_kind.list_num, new_kind.list_num);
   if (old_kind.sort_field_num != new_kind.sort_field_num) {
     return Refuse(HERE, kSortFieldNum, old_kind.sort_field_num, new_kind.sort_field_num);
   }
   if (old_kind.sort_rule != new_kind.sort_rule) {
-    return Refuse(HERE, kSortRule, GetOrderStr(old_kind.sort_rule), GetOrderStr(new_kind.sort_rule));
+    return Refuse(HERE, kSortRule, SortRuleText(old_kind.sort_rule), SortRuleText(new_kind.sort_rule));
   }
   if (!IsEmpty(old_kind.data_protocol) && std::strcmp(old_kind.data_protocol, new_kind.data_protocol) != 0) {
     return Refuse(HERE, kDataProtocol, old_kind.data_protocol, new_kind.data_protocol);
@@ -121,8 +123,7 @@ int ModifyTable::CheckListMetaInfo(const char* metaname, LPQMXMETALIB oldPstMeta
   // A sorted list: a field that carried the attribute before must carry the same one; others may gain it.
   const LPQMXMETA newPstMeta = qmx_get_meta_by_name(newPstMetaLib, metaname);
   const LPQMXMETA oldPstMeta = qmx_get_meta_by_name(oldPstMetaLib, metaname);
-  const CallMemory::Scope memory(this);
-  AttributedEntries old_entries(oldPstMetaLib, oldPstMeta);
+  AttributedEntries old_entries(oldPstMetaLib, oldPstMeta, lookup_);
   const int new_entry_num = EntryCount(newPstMeta);
   for (int i = 0; i < new_entry_num; ++i) {
     const LPQMXMETAENTRY pstEntry = qmx_get_entry_by_index(newPstMeta, i);
@@ -140,14 +141,16 @@ int ModifyTable::CheckListMetaInfo(const char* metaname, LPQMXMETALIB oldPstMeta
   return CHECK_TABLE_SUCCESS;
 }
 
-// Only the sort fields count here: type, list length, sort rule and protocol are derived and not compared.
-int ModifyTable::CompareSortListInfo(const char* srcMetaname, const char* dstMetaname, LPQMXMETALIB srcPstMetaLib,
-                                     LPQMXMETALIB dstPstMetaLib, LPVESKCATEGORYINST log_handle) const {
+// Only the sort fields are compared: not type, list length, sort rule and protocol.
+int Run::CompareSortListInfo(const char* srcMetaname, const char* dstMetaname, LPQMXMETALIB srcPstMetaLib,
+                             LPQMXMETALIB dstPstMetaLib) {
   CheckTable pCheck;
-  const TableKind source = DeriveKind(pCheck, srcPstMetaLib, srcMetaname, log_handle);
-  if (source.Failed()) return RefuseWithFormat(HERE, CHECK_TABLE_ERROR_INVALID_PARAMETER, pCheck.m_szErrorType);
-  const TableKind destination = DeriveKind(pCheck, dstPstMetaLib, dstMetaname, log_handle);
-  if (destination.Failed()) return RefuseWithFormat(HERE, CHECK_TABLE_ERROR_SYSTEM_ERROR, pCheck.m_szErrorType);
+  const TableKind source = DeriveKind(pCheck, srcPstMetaLib, srcMetaname, log_);
+  if (source.Failed()) return RefuseWithFormat(HERE, CHECK_TABLE_ERROR_INVALID_PARAMETER, pCheck.m_szErrorType, source.ret);
+  const TableKind destination = DeriveKind(pCheck, dstPstMetaLib, dstMetaname, log_);
+  if (destination.Failed()) {
+    return RefuseWithFormat(HERE, CHECK_TABLE_ERROR_SYSTEM_ERROR, pCheck.m_szErrorType, destination.ret);
+  }
 
   if (source.IsOldKind()) {
     const bool becomes_sorted = !destination.IsOldKind() && destination.sort_field_num > 0;
@@ -159,3 +162,5 @@ int ModifyTable::CompareSortListInfo(const char* srcMetaname, const char* dstMet
   }
   return CHECK_TABLE_SUCCESS;
 }
+
+}  // namespace korvel

@@ -1,27 +1,25 @@
-// Field names of a table: identifiers of at most 31 bytes. The names inside sub-structures are not looked at.
-// Held by tests/rules/field_name_test.cpp.
+// Field names of a table: identifiers of at most 31 bytes. Names inside sub-structures are not checked.
+// Tested by tests/rules/field_name_test.cpp.
 #include <array>
 #include <cstddef>
 #include <cstring>
 
 #include "common/meta_view.h"
-#include "common/modify_table.h"
-#include "common/refuse.h"
+#include "common/run.h"
 
-using namespace korvel;
-
+namespace korvel {
 namespace {
 
 constexpr std::ptrdiff_t kMaxNameLength = 31;
 
-constexpr Message<> kPreset("entry name is too long:");
-constexpr Message<Text, std::size_t> kNameTrace("length of entry name %s is %lu");
+constexpr TextFormat<> kPreset("entry name is too long:");
+constexpr TextFormat<CString, std::size_t> kNameTrace("length of entry name %s is %lu");
 
-// Not those of <cctype>: a locale must not change the answer.
+// Not those of <cctype>, whose answers depend on the locale.
 constexpr bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 constexpr bool IsLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 
-// Whether a byte may stand in a name, by its value. The zero behind a name may not.
+// Whether a byte is allowed in a name, by its value. The zero behind a name is not.
 constexpr auto kLegal = [] {
   std::array<bool, 256> legal{};
   for (int byte = 0; byte < 128; ++byte) {
@@ -34,14 +32,14 @@ bool IsLegal(char c) { return kLegal[static_cast<unsigned char>(c)]; }
 
 }  // namespace
 
-int ModifyTable::CheckFieldNameValidate(LPQMXMETA meta, LPVESKCATEGORYINST log_handle) {
+int Run::CheckFieldNameValidate(LPQMXMETA meta) {
   if (meta == nullptr) return Refuse(HERE, kNameMetaNull);
   // Stays in the buffer when every name passes; part of the interface.
-  WriteText(HERE, kPreset);
+  WriteText(kPreset);
   for (const auto [index, entry] : Entries(meta)) {
     const char* given = qmx_get_entry_name(entry);
     const char* name = given == nullptr ? "" : given;
-    if (log_handle != nullptr) LogOnly(HERE, VESK_PRIORITY_INFO, kNameTrace, name, std::strlen(name));
+    if (log_ != nullptr) LogOnly(HERE, VESK_PRIORITY_INFO, kNameTrace, name, std::strlen(name));
     if (*name == '\0') return Refuse(HERE, kNameEmpty);
     if (IsDigit(*name)) return Refuse(HERE, kNameDigit, name);
     const char* end = name;
@@ -51,3 +49,5 @@ int ModifyTable::CheckFieldNameValidate(LPQMXMETA meta, LPVESKCATEGORYINST log_h
   }
   return CHECK_TABLE_SUCCESS;
 }
+
+}  // namespace korvel

@@ -1,4 +1,4 @@
-// The catalogue as a list, and the way back from a text to its row. Held by tests/rules/refusals_test.cpp.
+// The catalogue as a list, and the way back from a text to its row. Tested by tests/rules/refusals_test.cpp.
 #include "common/refusals.h"
 
 #include <cstddef>

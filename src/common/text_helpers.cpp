@@ -1,4 +1,4 @@
-// Splitting and version comparison. Held by tests/rules/text_helpers_test.cpp.
+// Splitting and version comparison. Tested by tests/rules/text_helpers_test.cpp.
 #include "common/text_helpers.h"
 
 #include <algorithm>

@@ -10,12 +10,14 @@
 #include "model/mutations.h"
 #include "model/random_scenario.h"
 #include "model/shrink.h"
+#include "qmx/qmx_metalib_kernel.h"
 
 namespace model {
 namespace {
 
 constexpr std::uint64_t kUsualPairs = 50000;
 constexpr std::uint64_t kMostPrinted = 3;
+constexpr std::uint64_t kPairsWithUnreadMembers = 10000;
 constexpr int kTriesForAMutation = 60;
 
 std::uint64_t NumberFrom(const char* variable, std::uint64_t otherwise) {
@@ -87,6 +89,50 @@ TEST(Model, AgreesWithTheCheckerOnRandomPairs) {
 TEST(Model, TextsStandInTheOrderOfTheirNames) {
   ASSERT_EQ(Texts().size(), static_cast<std::size_t>(Said::kEnd));
   for (std::size_t i = 0; i < Texts().size(); ++i) EXPECT_EQ(static_cast<std::size_t>(Texts()[i].said), i) << Texts()[i].wording;
+}
+
+// --- Members of an entry that the checker does not compare (src/common/entry_match.h) ---
+
+// Lays the new library out elsewhere: other offsets, the same schema.
+LibraryDecl Moved(LibraryDecl library) {
+  library.metas.insert(library.metas.begin(), {.name = "only_to_move_the_others", .fields = {{.name = "x"}}});
+  return library;
+}
+
+// Changes everything else in an entry that no rule reads.
+void ChangeUnreadMembers(LPQMXMETAENTRY entry, LPQMXMETAENTRY another, LPQMXMETA meta, Random& random) {
+  constexpr std::uint8_t kKeyBit = 0x10;
+  for (std::uint8_t& byte : entry->chReserved) byte = static_cast<std::uint8_t>(random.Below(256));
+  entry->chDBFlag = static_cast<std::uint8_t>((entry->chDBFlag & kKeyBit) | (random.Below(256) & ~std::size_t{kKeyBit}));
+  if (entry->ptrRefer != -1) entry->ptrRefer = another->ptrEntry;
+  if (entry->iType != 0 && entry->iType != 1) entry->ptrTypeMeta = meta->ptrMeta;
+}
+
+void ChangeUnreadMembers(LPQMXMETALIB library, Random& random) {
+  for (int i = 0; i < qmx_get_meta_num(library); ++i) {
+    const LPQMXMETA meta = qmx_get_meta_by_index(library, i);
+    for (int j = 0; j < qmx_get_entry_num(meta); ++j) {
+      ChangeUnreadMembers(qmx_get_entry_by_index(meta, j), qmx_get_entry_by_index(meta, 0), meta, random);
+    }
+  }
+}
+
+TEST(Model, MembersThatAreNotComparedChangeNoAnswer) {
+  const std::uint64_t seed = NumberFrom("KORVEL_SEED", 20261121);
+  for (std::uint64_t i = 0; i < kPairsWithUnreadMembers; ++i) {
+    Random random(seed + i);
+    const Scenario scenario = RandomScenario(random);
+    const std::optional<Answers> before = Ask(scenario);
+    if (!before) continue;
+    const std::optional<qmx::Metalib> old_library = Build(scenario.old_library);
+    const std::optional<qmx::Metalib> new_library = Build(Moved(scenario.new_library));
+    ASSERT_TRUE(old_library && new_library);
+    ChangeUnreadMembers(old_library->get(), random);
+    ChangeUnreadMembers(new_library->get(), random);
+    const Answers after = Ask(scenario, old_library->get(), new_library->get());
+    ASSERT_EQ(after.checker, before->checker) << "KORVEL_SEED=" << seed + i << "\n" << Print(scenario);
+    ASSERT_EQ(after.checker, after.model) << "KORVEL_SEED=" << seed + i << "\n" << Print(scenario) << PrintDifference(after);
+  }
 }
 
 // --- Changes whose verdict is known when they are made ---

@@ -40,7 +40,9 @@ std::string Print(const Answer& answer) {
   for (const std::string& name : answer.state.white) text += "  white [" + name + "]\n";
   text += "  server [" + answer.state.server + "]\n  asked";
   for (const int priority : answer.state.asked) text += " " + std::to_string(priority);
-  return text + "\n";
+  text += "\n";
+  if (!answer.refusal_fault.empty()) text += "  GetRefusal(): " + answer.refusal_fault + "\n";
+  return text;
 }
 
 }  // namespace

@@ -1,11 +1,13 @@
-// Puts the same questions to the checker and to its plain model. Not here: choosing them (random_scenario.cpp). Held by
+// Puts the same questions to the checker and to its plain model. Not here: choosing them (random_scenario.cpp). Tested by
 // model_test.cpp.
 #include "model/scenario.h"
 
 #include <functional>
 
 #include "common/check_table.h"
+#include "common/error_text.h"
 #include "common/modify_table.h"
+#include "common/refusals.h"
 #include "qmx/qmx_metalib_kernel.h"
 #include "support/log_capture.h"
 
@@ -52,6 +54,23 @@ int AskChecker(const Question& question, LPQMXMETALIB old_library, LPQMXMETALIB 
     default:
       return checker.CheckListMetaInfo(old_table, old_library, new_library, log, question.table_type, question.list_num);
   }
+}
+
+bool BeginsAlike(std::string_view text, std::string_view format) { return text.starts_with(format.substr(0, format.find('%'))); }
+
+// The row that the checker names must be that of the text in the buffer, and there must be one where a text refuses.
+std::string RefusalFault(int code, const ModifyTable& checker, const std::string& buffer_before) {
+  const std::string buffer = checker.GetErrType();
+  const korvel::RefusalRow* const row = checker.GetRefusal();
+  const korvel::RefusalRow* const of_text = korvel::Identify(buffer);
+  if (code == 0) return row == nullptr ? "" : std::string("a success has the row ") + row->id;
+  // A text that was cut may have lost what tells its row from others: then only its beginning counts.
+  const bool is_cut = buffer.size() == korvel::kErrorTextSize - 1;
+  if (row != nullptr && is_cut && BeginsAlike(buffer, row->text)) return "";
+  if (row != nullptr) return row == of_text ? "" : std::string("the text is not that of the row ") + row->id;
+  // A refusal without a text leaves what was there, or what a lookup wrote: that is no refusal of an operation.
+  if (of_text == nullptr || of_text == &korvel::kNameOrMeta || buffer == buffer_before) return "";
+  return std::string("there is no row, but the text of ") + of_text->id;
 }
 
 State StateOf(const ModifyTable& checker, const support::CaptureCategory& category) {
@@ -143,7 +162,7 @@ std::vector<Answer> AskModel(const Scenario& scenario, LPQMXMETALIB old_library,
     checker.state.asked.clear();
     checker.last_failure.reset();
     const int code = AskModel(question, &old_plain, &new_plain, checker);
-    answers.push_back({code, checker.state});
+    answers.push_back({code, checker.state, {}});
   }
   last_failure = checker.last_failure;
   return answers;
@@ -160,8 +179,10 @@ std::vector<Answer> AskChecker(const Scenario& scenario, LPQMXMETALIB old_librar
     category.records.clear();
     category.questions.clear();
     const LPVESKCATEGORYINST log = scenario.gate.absent ? nullptr : &category;
+    const std::string buffer_before = checker.GetErrType();
+    checker.m_refusal = nullptr;  // some questions are not asked
     const int code = AskChecker(question, old_library, new_library, log, checker);
-    answers.push_back({code, StateOf(checker, category)});
+    answers.push_back({code, StateOf(checker, category), RefusalFault(code, checker, buffer_before)});
   }
   return answers;
 }

@@ -38,6 +38,7 @@ struct Scenario {
 struct Answer {
   int code = 0;
   State state;
+  std::string refusal_fault = {};  // what is wrong with the checker's GetRefusal(); the model has no such fault
   bool operator==(const Answer&) const = default;
 };
 

@@ -2,8 +2,6 @@
 
 #include <climits>
 
-#include "common/lookup.h"
-#include "common/meta_view.h"
 #include "rules/rule_test.h"
 
 namespace rules {
@@ -125,18 +123,6 @@ TEST(LookupById, TheHighestIdIsFound) { EXPECT_EQ(ById(INT_MAX, Mall()), (Found{
 
 TEST(LookupById, ANamelessEntryIsFoundByItsId) {
   EXPECT_EQ(ById(0, Mall().With(support::NoName("mall%s", "zone"))), (Found{"zone"}));
-}
-
-TEST(Position, OfWhatIsNowhereIsMinusOne) {
-  const Schema schema = Mall().Build();
-  const int count = korvel::EntryCount(schema.Meta());
-  EXPECT_EQ(korvel::PositionByName(schema.Meta(), count, "far"), -1);
-  EXPECT_EQ(korvel::PositionByName(schema.Meta(), count, nullptr), -1);
-  EXPECT_EQ(korvel::PositionUpToMissing(schema.Meta(), "far"), -1);
-  EXPECT_EQ(korvel::PositionById(schema.Meta(), count, 5), -1);
-  EXPECT_EQ(korvel::PositionByIdAndName(schema.Meta(), count, 5, "uid%d"), -1);
-  EXPECT_EQ(korvel::PositionByIdAndName(schema.Meta(), count, 4, "far"), -1);
-  EXPECT_EQ(korvel::PositionByIdAndName(schema.Meta(), count, 4, nullptr), -1);
 }
 
 TEST(Lookup, LongTableNameIsCutAtTheEndOfTheBuffer) {

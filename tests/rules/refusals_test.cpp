@@ -1,4 +1,4 @@
-// The catalogue of refusals: its rows, and the way back from a text to its row.
+// The catalog of refusals: its rows, the way back from a text to its row, and the row that an object names.
 
 #include "common/refusals.h"
 
@@ -6,6 +6,9 @@
 
 #include <set>
 #include <string>
+
+#include "common/modify_table.h"
+#include "support/schema.h"
 
 namespace {
 
@@ -99,6 +102,76 @@ TEST(Refusals, OtherTextsLeadNowhere) {
                            "Primaykey is invalid! table:'", "The size of primarykey can't be modified! entry:'uid' metaname:'"}) {
     EXPECT_EQ(IdOf(text), "(none)") << text;
   }
+}
+
+// --- The row that an object names ---
+
+TEST(GetRefusal, IsNullForANewObject) { EXPECT_EQ(ModifyTable().GetRefusal(), nullptr); }
+
+TEST(GetRefusal, IsThatOfTheLastOperation) {
+  ModifyTable checker;
+  EXPECT_EQ(checker.CompareTableField(nullptr, nullptr, nullptr), -1);
+  EXPECT_EQ(checker.GetRefusal(), &korvel::kOldMetaNull);
+  EXPECT_EQ(checker.ComparePrimaryKey(nullptr, nullptr, nullptr), -1);
+  EXPECT_EQ(checker.GetRefusal(), &korvel::kMetaNull);
+}
+
+TEST(GetRefusal, IsNullAfterSuccessAndAfterARefusalWithoutAText) {
+  const support::Schema schema = support::Of({{.name = "t", .fields = {{"k"}}, .key = {"k"}}}).Build();
+  ModifyTable checker;
+  const auto refuse = [&] { EXPECT_EQ(checker.ComparePrimaryKey(nullptr, nullptr, nullptr), -1); };
+  refuse();
+  EXPECT_EQ(checker.ComparePrimaryKey(schema.Meta(), schema.Meta(), nullptr), 0);
+  EXPECT_EQ(checker.GetRefusal(), nullptr);
+  refuse();
+  EXPECT_EQ(checker.CheckTableMetaCompatible(nullptr, nullptr, "t", nullptr), -1);
+  EXPECT_EQ(checker.GetRefusal(), nullptr);
+  EXPECT_STREQ(checker.GetErrType(), "Invalid parameter, meta is null");
+  refuse();
+  EXPECT_EQ(checker.CheckWhiteListFieldLen("t", schema.Lib(), schema.Lib(), "1", "", nullptr), -1);
+  EXPECT_EQ(checker.GetRefusal(), nullptr);
+}
+
+// A text of a lookup alone refuses nothing: its caller goes on.
+TEST(GetRefusal, IsNullWhereALookupLeftAText) {
+  ModifyTable checker;
+  EXPECT_EQ(checker.CheckWhetherExistEntryById(-1, nullptr, nullptr), nullptr);
+  EXPECT_STREQ(checker.GetErrType(), "Entry_name or meta is invalid");
+  EXPECT_EQ(checker.GetRefusal(), nullptr);
+}
+
+TEST(GetRefusal, IsTheOuterRowWhereItsTextReplacesTheInnerOne) {
+  const support::Schema schema = support::Of({{.name = "t", .fields = {{"9"}}, .key = {"9"}}}).Build();
+  ModifyTable checker;
+  EXPECT_EQ(checker.CheckFieldNameValidate(schema.Meta(), nullptr), -17);
+  EXPECT_EQ(checker.GetRefusal(), &korvel::kNameDigit);
+  EXPECT_EQ(checker.KorvelModifyTable(schema.Lib(), schema.Lib(), "t", 0, 1, nullptr, "", "", 0), -17);
+  EXPECT_EQ(checker.GetRefusal(), &korvel::kFieldNames);
+}
+
+TEST(GetRefusal, IsTheInnerRowWhereAStructureIsRefused) {
+  const auto box = [](const char* type) {
+    return support::Of({{.name = "s", .fields = {{"x", type}}}, {.name = "t", .fields = {{"k"}, {"b", "s"}}, .key = {"k"}}})
+        .Build();
+  };
+  const support::Schema old_schema = box("uint32"), new_schema = box("int32");
+  ModifyTable checker;
+  EXPECT_EQ(checker.CheckTableMetaCompatible(old_schema.Lib(), new_schema.Lib(), "t", nullptr), -3);
+  EXPECT_EQ(checker.GetRefusal(), &korvel::kEntryType);
+}
+
+TEST(GetRefusal, IsThatOfTableAttributesForCheckTablesText) {
+  const auto table = [](const char* attr) {
+    return support::Of({{.name = "t", .fields = {{"k"}}, .key = {"k"}, .attr = attr}}).Build();
+  };
+  const support::Schema right = table("TableType=GENERIC"), wrong = table("TableType=");
+  ModifyTable checker;
+  EXPECT_EQ(checker.CompareSortListInfo("t", "t", wrong.Lib(), right.Lib(), nullptr), -1);
+  EXPECT_EQ(checker.GetRefusal(), &korvel::kTableAttributes);
+  EXPECT_EQ(checker.CheckListMetaInfo("t", right.Lib(), wrong.Lib(), nullptr, 0, 0), -2);
+  EXPECT_EQ(checker.GetRefusal(), &korvel::kTableAttributes);
+  EXPECT_EQ(checker.CompareSortListInfo("u", "t", right.Lib(), right.Lib(), nullptr), -1);
+  EXPECT_EQ(checker.GetRefusal(), nullptr) << checker.GetErrType();
 }
 
 }  // namespace

@@ -26,10 +26,19 @@ Outcome Lengthened(const Outcome& plain) {
   return outcome;
 }
 
-// Whether a refusal that left a text can be found in the catalogue by it.
-bool IsInTheCatalogue(const Outcome& outcome) {
+// Whether a refusal that left a text can be found in the catalog by it.
+bool IsInTheCatalog(const Outcome& outcome) {
   const bool is_refused_with_a_text = outcome.code < 0 && outcome.buffer != kUntouched;
   return !is_refused_with_a_text || korvel::Identify(outcome.buffer) != nullptr;
+}
+
+// Whether the object names the row of the text that it left, and none where it refuses nothing or without a text.
+void ExpectRow(const Ask& ask) {
+  ModifyTable checker;
+  support::CaptureCategory log;
+  const Outcome outcome = Observe(checker, log, ask);
+  const korvel::RefusalRow* const of_text = outcome.code < 0 ? korvel::Identify(outcome.buffer) : nullptr;
+  EXPECT_EQ(checker.GetRefusal(), of_text) << outcome.buffer;
 }
 
 }  // namespace
@@ -52,7 +61,8 @@ Ask Between(Library old_library, Library new_library, Compare compare) {
 TEST_P(RuleTest, AnswersExactly) {
   const Outcome outcome = Judge(GetParam().ask, GetParam().quiet);
   EXPECT_EQ(outcome, GetParam().expected);
-  EXPECT_TRUE(IsInTheCatalogue(outcome));
+  EXPECT_TRUE(IsInTheCatalog(outcome));
+  ExpectRow(GetParam().ask);
 }
 
 TEST_P(RuleTest, CutsLongTexts) {

@@ -7,7 +7,7 @@
 #include <new>
 #include <type_traits>
 
-#include "common/refuse.h"
+#include "common/error_text.h"
 #include "rules/rule_test.h"
 
 namespace rules {
@@ -160,15 +160,14 @@ TEST(ErrorText, ATextThatIsAFormatIsCutAt1023BytesToo) {
     char text[korvel::kErrorTextSize];
     char behind = '!';
   } buffer;
-  const korvel::Site site{buffer.text, nullptr, {}};
-  EXPECT_EQ(korvel::RefuseWithFormat(site, -2, std::string(1022, 't').append("%%%%").c_str()), -2);
+  korvel::CopyFormat(buffer.text, std::string(1022, 't').append("%%%%").c_str());
   EXPECT_EQ(buffer.text, std::string(1022, 't') + "%");
   EXPECT_EQ(buffer.behind, '!');
 }
 
 TEST(ErrorText, NothingIsWrittenBehindATextThatIsAFormat) {
   std::string buffer(korvel::kErrorTextSize, 'x');
-  korvel::RefuseWithFormat(korvel::Site{buffer.data(), nullptr, {}}, -2, "wrong");
+  korvel::CopyFormat(buffer.data(), "wrong");
   EXPECT_EQ(buffer, "wrong" + std::string(1, '\0') + std::string(korvel::kErrorTextSize - 6, 'x'));
 }
 

@@ -33,6 +33,18 @@ bool IsAsAgreed(const tagVeskEvent& event) {
          event.evt_loc->loc_line > 0 && file.starts_with("src/common/modify_table") && file.ends_with(".cpp");
 }
 
+LogRecord MakeRecord(const tagVeskEvent& event, const char* format, va_list arguments) {
+  LogRecord record;
+  record.priority = event.evt_priority;
+  record.function = event.evt_loc->loc_function;
+  record.file = event.evt_loc->loc_file;
+  record.line = event.evt_loc->loc_line;
+  record.format = format;
+  record.text = FormatV(format, arguments);
+  record.as_agreed = IsAsAgreed(event);
+  return record;
+}
+
 // A text that was cut stays as long as it was: the word LINE and the number need not have the same length.
 std::string ReplaceLine(const LogRecord& record) {
   const std::string place = record.file + "(" + std::to_string(record.line) + ")-<";
@@ -90,21 +102,14 @@ int vesk_category_can_write(LPVESKCATEGORYINST category, int priority, int id, i
   return capture->answer_;
 }
 
+// Holds nothing of its own when it calls `on_record`, which may never return.
 void vesk_category_logv(LPVESKCATEGORYINST category, const tagVeskEvent* event, const char* format, va_list arguments) {
   if (category == nullptr) {
     ++support::calls_without_category;
     return;
   }
-  support::LogRecord record;
-  record.priority = event->evt_priority;
-  record.function = event->evt_loc->loc_function;
-  record.file = event->evt_loc->loc_file;
-  record.line = event->evt_loc->loc_line;
-  record.format = format;
-  record.text = support::FormatV(format, arguments);
-  record.as_agreed = support::IsAsAgreed(*event);
   auto* capture = static_cast<support::CaptureCategory*>(category);
-  capture->records.push_back(record);
+  capture->records.push_back(support::MakeRecord(*event, format, arguments));
   if (capture->on_record) capture->on_record();
 }
 

@@ -1,4 +1,4 @@
-// Entries that cannot be read: passed over, except where an operation names a result for them.
+// Entries that cannot be read: skipped, except where an operation names a result for them.
 
 #include "common/lookup.h"
 #include "qmx/qmx_metalib_kernel.h"
@@ -156,7 +156,8 @@ TEST_F(NullEntriesInLengths, EndTheSearchInALongListToo) {
   ModifyTable checker;
   std::size_t size = 77;
   EXPECT_FALSE(checker.CheckWhiteFieldIsModify(meta, 200000, "f16", size));
-  EXPECT_EQ(korvel::PositionUpToMissing(meta, "f16"), -1);
+  korvel::Lookup lookup(std::pmr::get_default_resource());
+  EXPECT_EQ(lookup.PositionBeforeMissing(meta, "f16"), -1);
   EXPECT_EQ(size, 77U);
   EXPECT_TRUE(checker.CheckWhiteFieldIsModify(meta, 200000, "f14", size));
   EXPECT_EQ(size, 4U);

@@ -12,9 +12,6 @@
 
 namespace korvel {
 
-// Hashes are mixed with a number that differs from run to run, so that no file can be written to collide.
-std::uint64_t HashSeed() noexcept;
-
 // Multiplies to 128 bits and folds them.
 inline std::uint64_t FoldedProduct(std::uint64_t a, std::uint64_t b) noexcept {
   __extension__ using Wide = unsigned __int128;
@@ -75,13 +72,13 @@ struct IdAndNameKey {
 
 // A hash table from keys to positions, filled no further than it was asked for. Keys are not kept: they are asked for again to
 // tell equal hashes apart. `key_at(i)` below is the key of item i, 0 <= i < count, the same in every call.
-class FirstIndex {
+class KeyIndex {
  public:
-  FirstIndex(std::pmr::memory_resource* memory, int count) : seed_(HashSeed()), count_(count), slots_(memory) {}
+  KeyIndex(std::pmr::memory_resource* memory, std::uint64_t seed, int count) : seed_(seed), count_(count), slots_(memory) {}
 
   // Of a list whose first `shared` items have the keys of those of `base`, each a key of its own.
   // REQUIRES: `base` is longer lived, shares nothing itself and has been asked for these items.
-  FirstIndex(std::pmr::memory_resource* memory, int count, const FirstIndex& base, int shared) : FirstIndex(memory, count) {
+  KeyIndex(std::pmr::memory_resource* memory, int count, const KeyIndex& base, int shared) : KeyIndex(memory, base.seed_, count) {
     base_ = &base;
     shared_ = indexed_ = announced_ = shared;
   }
@@ -216,7 +213,7 @@ class FirstIndex {
   int announced_ = 0;       // the items before this one have been hashed
   int next_ = 0;            // behind the one found last; never past `indexed_`
   bool all_differ_ = true;  // every key met so far is a key of its own
-  const FirstIndex* base_ = nullptr;
+  const KeyIndex* base_ = nullptr;
   std::array<std::uint64_t, kAhead> ahead_{};
   std::pmr::vector<Slot> slots_;
 };

@@ -1,10 +1,13 @@
-// A text with conversions, checked against the types of its arguments when compiled.
+// Formats of texts, checked against the types of their arguments at compile time.
 #pragma once
 
 #include <cstddef>
 #include <type_traits>
 
 namespace korvel {
+
+// How the conversions of a format are read; used by TextFormat alone.
+namespace text_format_detail {
 
 // The next conversion of a format, behind its '%'; null if there is none.
 consteval const char* NextConversion(const char* format) {
@@ -16,7 +19,7 @@ consteval const char* NextConversion(const char* format) {
   return nullptr;
 }
 
-// Whether the conversion prints a T: %s a text, %d an int, %zu or %lu a size.
+// Whether the conversion prints a T: %s a string, %d an int, %zu or %lu a size.
 template <class T>
 consteval bool Prints(const char* conversion) {
   static_assert(std::is_same_v<T, const char*> || std::is_same_v<T, int> || std::is_same_v<T, std::size_t>);
@@ -27,25 +30,28 @@ consteval bool Prints(const char* conversion) {
 }
 static_assert(std::is_same_v<std::size_t, unsigned long>, "%lu prints a size");
 
-// A format for exactly Args. Any other number or kind of conversions does not compile.
+}  // namespace text_format_detail
+
+// A printf format for exactly Args: any other number or kind of conversions does not compile. Holds a pointer to a string
+// literal.
 template <class... Args>
-struct Message {
-  consteval Message(const char* format) : text(format) {
+struct TextFormat {
+  consteval TextFormat(const char* format) : text(format) {
     (Expect<Args>(format), ...);
-    if (NextConversion(format) != nullptr) AConversionHasNoArgument();
+    if (text_format_detail::NextConversion(format) != nullptr) AConversionHasNoArgument();
   }
 
   const char* text;
 
  private:
-  // Cannot be called when compiled: what says why a message does not compile.
+  // Not constexpr: a format that calls one of these does not compile, and the compiler names it.
   static void AConversionHasNoArgument();
   static void AConversionDoesNotFitItsArgument();
 
   template <class T>
   static consteval void Expect(const char*& format) {
-    format = NextConversion(format);
-    if (!Prints<T>(format)) AConversionDoesNotFitItsArgument();
+    format = text_format_detail::NextConversion(format);
+    if (!text_format_detail::Prints<T>(format)) AConversionDoesNotFitItsArgument();
   }
 };
 

@@ -1,0 +1,252 @@
+// What a log category may do while a record is written: start another check, throw, leave by longjmp, switch stacks. Nothing of
+// an interrupted or abandoned run may be seen by another one.
+
+#include <ucontext.h>
+
+#include <csetjmp>
+#include <stdexcept>
+
+#include "common/refusals.h"
+#include "rules/rule_test.h"
+
+namespace rules {
+namespace {
+
+using support::CaptureCategory;
+
+// So many fields that lookups are indexed; and so many that a run needs more memory than it brings along, which is leaked if the
+// run is abandoned.
+constexpr int kSomeFields = 20;
+constexpr int kManyFields = 200;
+
+// A table with two fields of one structure, so that pairs are remembered. The structure has a field without an id: the TLV rules
+// log that wherever they meet it.
+Library Shop(int fields) {
+  Table table{.name = "t", .fields = {{"k", "int32", 0, fields}}, .key = {"k"}};
+  for (int i = 0; i < fields; ++i) table.fields.push_back({"f" + std::to_string(i), "int32", 0, i});
+  table.fields.push_back({"first", "s", 0, fields + 1});
+  table.fields.push_back({"second", "s", 0, fields + 2});
+  Library library = Of({{.name = "s", .fields = {{"x", "int32", 0, -1}, {"y", "int32", 0, 2}}}, table});
+  library.protocol = qmx::Protocol::kTlv;
+  return library;
+}
+
+// An old and a new library that are the same, until the new one is changed where it is.
+struct Change {
+  explicit Change(int fields) : old_schema(Shop(fields).Build()), new_schema(Shop(fields).Build()) {}
+  // From now on the change must be refused.
+  void MakeForbidden() const { ++new_schema.Entry("t", "f" + std::to_string(kSomeFields - 1))->iVersion; }
+
+  Schema old_schema;
+  Schema new_schema;
+};
+
+constexpr int kAllowed = 0;
+constexpr int kForbidden = -8;
+
+int Check(ModifyTable& checker, const Change& change, LPVESKCATEGORYINST log) {
+  return checker.KorvelModifyTable(change.old_schema.Lib(), change.new_schema.Lib(), "t", 0, 1, log, "", "", 0);
+}
+
+std::vector<std::string> UndisturbedLog(int fields = kSomeFields) {
+  const Change change(fields);
+  ModifyTable checker;
+  CaptureCategory log;
+  EXPECT_EQ(Check(checker, change, &log), kAllowed);
+  EXPECT_GT(log.records.size(), 20U);
+  return log.Lines();
+}
+
+// Whether the run has done everything but return.
+bool IsAtTheEnd(const CaptureCategory& log) { return log.records.back().text.starts_with("ModifyTable successed!"); }
+
+// --- Another check ---
+
+// What the other check passes without a record has not passed for the first one, which would log it.
+TEST(Callback, MayUseAnotherObject) {
+  const Change change(kSomeFields);
+  ModifyTable checker;
+  CaptureCategory log;
+  log.on_record = [&] {
+    ModifyTable other;
+    EXPECT_EQ(Check(other, change, nullptr), kAllowed);
+  };
+  EXPECT_EQ(Check(checker, change, &log), kAllowed);
+  EXPECT_EQ(log.Lines(), UndisturbedLog());
+}
+
+TEST(Callback, MayUseTheSameObject) {
+  const Change change(kSomeFields);
+  ModifyTable checker;
+  CaptureCategory log;
+  log.on_record = [&] { EXPECT_EQ(Check(checker, change, nullptr), kAllowed); };
+  EXPECT_EQ(Check(checker, change, &log), kAllowed);
+  EXPECT_EQ(log.Lines().size(), UndisturbedLog().size());
+}
+
+// Two records: that of the key field's lookup, and that of the rule, whose text replaces the lookup's.
+class SameObjectAtRecord : public testing::TestWithParam<std::size_t> {};
+
+TEST_P(SameObjectAtRecord, TheOuterRunGoesOnWithWhatTheBufferHolds) {
+  const Schema old_schema = Of({{.fields = {{"uid"}, {"zone"}}, .key = {"uid"}}}).Build();
+  const Schema new_schema = Of({{.fields = {{"uid"}, {"zone"}}, .key = {"zone"}}}).Build();
+  ModifyTable checker;
+  CaptureCategory log;
+  log.on_record = [&] {
+    if (log.records.size() != GetParam()) return;
+    EXPECT_EQ(checker.GetRefusal(), nullptr) << "while an operation runs";
+    EXPECT_EQ(checker.ComparePrimaryKey(nullptr, nullptr, nullptr), -1);
+    EXPECT_EQ(checker.GetRefusal(), &korvel::kMetaNull);
+  };
+  EXPECT_EQ(checker.ComparePrimaryKey(old_schema.Meta(), new_schema.Meta(), &log), -4);
+  const std::string text = "Primaykey can't be modified! primaykey:'zone' table:'mall%s'";
+  ASSERT_EQ(log.records.size(), 2U);
+  EXPECT_EQ(log.records[1].text, text);
+  EXPECT_EQ(checker.GetErrType(), GetParam() == 1 ? text : "Invalid parameter, meta is null");
+  EXPECT_EQ(checker.GetRefusal(), &korvel::kPrimaryKeyField);
+}
+
+INSTANTIATE_TEST_SUITE_P(Callback, SameObjectAtRecord, testing::Values(1U, 2U));
+
+TEST(Callback, ThatUsesTheSameObjectAtTheLastRecordHasTheLastText) {
+  const Change change(kSomeFields);
+  ModifyTable checker;
+  CaptureCategory log;
+  log.on_record = [&] {
+    if (IsAtTheEnd(log)) {
+      EXPECT_EQ(checker.ComparePrimaryKey(nullptr, nullptr, nullptr), -1);
+    }
+  };
+  EXPECT_EQ(Check(checker, change, &log), kAllowed);
+  EXPECT_STREQ(checker.GetErrType(), "Invalid parameter, meta is null");
+  EXPECT_EQ(checker.GetRefusal(), nullptr) << "the operation that ended last was a success";
+}
+
+// --- Throw ---
+
+TEST(Callback, MayThrow) {
+  const Change change(kSomeFields);
+  ModifyTable checker;
+  CaptureCategory log;
+  log.on_record = [&] {
+    if (IsAtTheEnd(log)) throw std::runtime_error("the disk is full");
+  };
+  EXPECT_THROW(Check(checker, change, &log), std::runtime_error);
+  change.MakeForbidden();
+  EXPECT_EQ(Check(checker, change, nullptr), kForbidden);
+}
+
+// --- longjmp ---
+
+constexpr int kLeft = 1;
+
+std::jmp_buf landing;
+
+int CheckAndLand(ModifyTable& checker, const Change& change, LPVESKCATEGORYINST log) {
+  if (setjmp(landing) != 0) return kLeft;
+  return Check(checker, change, log);
+}
+
+// A checker that kept what the abandoned run had found, by the addresses of the records, allowed the change.
+TEST(Callback, MayLeaveByLongjmp) {
+  const Change change(kSomeFields);
+  ModifyTable checker;
+  CaptureCategory log;
+  log.on_record = [&] {
+    if (IsAtTheEnd(log)) std::longjmp(landing, kLeft);
+  };
+  EXPECT_EQ(CheckAndLand(checker, change, &log), kLeft);
+  EXPECT_EQ(checker.GetRefusal(), nullptr);
+  change.MakeForbidden();
+  EXPECT_EQ(Check(checker, change, nullptr), kForbidden);
+  ModifyTable other;
+  EXPECT_EQ(Check(other, change, nullptr), kForbidden);
+}
+
+// --- Stacks ---
+
+// A check on a stack of its own, which goes back to its starter at every record.
+class Fiber {
+ public:
+  explicit Fiber(const Change& change) : change_(change), stack_(std::size_t{1} << 18) {
+    log.on_record = [this] { swapcontext(&fiber_, &starter_); };
+    getcontext(&fiber_);
+    fiber_.uc_stack.ss_sp = stack_.data();
+    fiber_.uc_stack.ss_size = stack_.size();
+    fiber_.uc_link = &starter_;
+    makecontext(&fiber_, &Fiber::Body, 0);
+  }
+  Fiber(const Fiber&) = delete;
+  Fiber& operator=(const Fiber&) = delete;
+
+  // Runs to the next record, or to the end.
+  void Resume() {
+    running = this;
+    swapcontext(&starter_, &fiber_);
+  }
+  bool IsDone() const { return code.has_value(); }
+
+  ModifyTable checker;
+  CaptureCategory log;
+  std::optional<int> code;
+
+ private:
+  static void Body() {
+    Fiber& fiber = *running;
+    fiber.code = Check(fiber.checker, fiber.change_, &fiber.log);
+  }
+
+  static Fiber* running;
+  const Change& change_;
+  std::vector<char> stack_;
+  ucontext_t fiber_{};
+  ucontext_t starter_{};
+};
+
+Fiber* Fiber::running = nullptr;
+
+TEST(Callback, MaySwitchToAnotherStackWhereAnotherObjectIsUsed) {
+  const Change change(kManyFields);
+  Fiber one(change), two(change);
+  while (!one.IsDone() || !two.IsDone()) {
+    for (Fiber* fiber : {&one, &two}) {
+      if (!fiber->IsDone()) fiber->Resume();
+    }
+  }
+  const std::vector<std::string> undisturbed = UndisturbedLog(kManyFields);
+  for (Fiber* fiber : {&one, &two}) {
+    EXPECT_EQ(fiber->code, kAllowed);
+    EXPECT_EQ(fiber->log.Lines(), undisturbed);
+  }
+  change.MakeForbidden();
+  for (Fiber* fiber : {&one, &two}) EXPECT_EQ(Check(fiber->checker, change, nullptr), kForbidden);
+}
+
+// The second begins when the first is under way, and ends before it.
+TEST(Callback, MaySwitchBackInAnyOrder) {
+  const Change change(kManyFields);
+  Fiber one(change), two(change);
+  one.Resume();
+  two.Resume();
+  while (!one.IsDone()) one.Resume();
+  change.MakeForbidden();
+  while (!two.IsDone()) two.Resume();
+  EXPECT_EQ(one.code, kAllowed);
+  EXPECT_EQ(two.code, kForbidden);
+  EXPECT_EQ(Check(one.checker, change, nullptr), kForbidden);
+}
+
+TEST(Callback, MayNeverComeBack) {
+  const Change change(kSomeFields);
+  ModifyTable other;
+  {
+    Fiber abandoned(change);
+    while (abandoned.log.records.empty() || !IsAtTheEnd(abandoned.log)) abandoned.Resume();
+    change.MakeForbidden();
+    EXPECT_EQ(Check(abandoned.checker, change, nullptr), kForbidden);
+  }
+  EXPECT_EQ(Check(other, change, nullptr), kForbidden);
+}
+
+}  // namespace
+}  // namespace rules
