@@ -1,5 +1,5 @@
 // man: the manual page, of the commands and options as they are declared. Held by tests/tool/man_test.cpp.
-#include "report/book/book_format.h"
+#include "rule_docs/rule_doc_format.h"
 #include "tool/command.h"
 #include "tool/completion.h"
 #include "tool/usage.h"

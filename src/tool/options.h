@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "report/book/book_format.h"
 #include "report/finding/findings.h"
 #include "report/render/render.h"
 #include "report/source/settings.h"
+#include "rule_docs/rule_doc_format.h"
 #include "tool/project.h"
 #include "tool/reports.h"
 #include "vesk/log_category.h"
@@ -32,12 +32,12 @@ struct Options {
   std::optional<Project> project;                   // that of the call, once it was read
   std::size_t max_findings = report::kMaxFindings;  // --max-findings
   const Format* format = report::Formats().data();
-  bool json = false;                                   // --format of commands that take kTextOrJson
-  std::string word;                                    // of commands that take kTakesWord
-  const BookFormat* book_format = &report::kBookText;  // --format of commands that take kBookOption
-  bool codes = false;                                  // --codes
-  bool whole_file = false;                             // --file of commands that take kSuggestOptions
-  std::optional<std::string> output;                   // absent = standard output
+  bool json = false;                                     // --format of commands that take kTextOrJson
+  std::string word;                                      // of commands that take kTakesWord
+  const RuleDocFormat* rule_doc_format = &kRuleDocText;  // --format of commands that take kRuleDocOption
+  bool codes = false;                                    // --codes
+  bool whole_file = false;                               // --file of commands that take kSuggestOptions
+  std::optional<std::string> output;                     // absent = standard output
   std::optional<vesk::LogSettings> log;
 };
 

@@ -27,9 +27,9 @@
 
 #include "qmx/did_you_mean.h"
 #include "qmx/quote.h"
-#include "report/book/rule_book.h"
 #include "report/source/choice.h"
 #include "report/text/one_line.h"
+#include "rule_docs/rule_docs.h"
 #include "tool/calendar.h"
 #include "tool/cannot_ask.h"
 #include "tool/project.h"
@@ -286,7 +286,7 @@ constexpr Key<WaiverEntry> kWaiverKeys[] = {
 
 // Why no finding can have this rule; empty if one can.
 std::string FaultOfRule(const std::string& rule) {
-  if (rule.empty() || report::FindRow(rule) != nullptr) return "";
+  if (rule.empty() || FindRefusal(rule) != nullptr) return "";
   std::vector<std::string_view> known;
   for (const RefusalRow* row : AllRefusals()) known.emplace_back(row->id);
   return "rule is " + qmx::Quote(rule) + qmx::DidYouMean(rule, known) + "; allowed: what 'korvelcheck rules' lists";

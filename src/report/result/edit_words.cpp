@@ -6,8 +6,8 @@
 #include <iterator>
 #include <string_view>
 
-#include "report/book/rule_book.h"
 #include "report/text/one_line.h"
+#include "rule_docs/rule_docs.h"
 
 namespace korvel::report {
 namespace {
@@ -91,9 +91,9 @@ std::string LeavingOut(const Edit& edit) {
 }
 
 std::string StandingWayOut(const Verdict& verdict) {
-  const RulePage* const page = FindPage(verdict.rule);
+  const RuleDoc* const doc = FindRuleDoc(verdict.rule);
   const std::string why = "the schema is refused as it stands already";
-  return page == nullptr ? why : why + "; what a new table may have instead: " + page->allowed;
+  return doc == nullptr ? why : why + "; what a new table may have instead: " + doc->allowed;
 }
 
 }  // namespace korvel::report
