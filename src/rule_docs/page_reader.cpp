@@ -11,7 +11,7 @@ constexpr std::string_view kFence = "```";
 // Whether the line continues a paragraph: neither a heading, a table row, a list item, a block, nor a line with stray blanks.
 bool IsPlainText(std::string_view line) {
   const bool is_block = line.starts_with(kFence) || line.find_first_of("#|-*> ") == 0;
-  return !line.empty() && !is_block && line.back() != ' ' && line.find("  ") == line.npos;
+  return !line.empty() && !is_block && line.back() != ' ' && line.find("  ") == std::string_view::npos;
 }
 
 }  // namespace

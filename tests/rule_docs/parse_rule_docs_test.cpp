@@ -73,7 +73,7 @@ std::string Page() {
 
 std::string Changed(const std::string& from, const std::string& to) {
   std::string page = Page();
-  EXPECT_NE(page.find(from), page.npos) << from;
+  EXPECT_NE(page.find(from), std::string::npos) << from;
   return page.replace(page.find(from), from.size(), to);
 }
 
@@ -130,7 +130,7 @@ TEST(ParseRuleDoc, ReadsTheRuleThatReplacesTheText) {
 
 TEST(ParseRuleDoc, ReadsWhyThereIsNoExample) {
   std::string text = Page();
-  text.replace(text.find("## Example"), text.npos, "## No example\n\nBecause.\n");
+  text.replace(text.find("## Example"), std::string::npos, "## No example\n\nBecause.\n");
   const auto [doc, fault] = Parse(text);
   EXPECT_EQ(fault, "");
   EXPECT_EQ(doc.no_example_reason, "Because.");
