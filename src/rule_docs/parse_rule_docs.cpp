@@ -110,8 +110,12 @@ void TakeSections(PageReader& page, RuleDoc& doc) {
   }
 }
 
+// Null if the file is not named after a rule.
 const RefusalRow* RowOf(const RuleDocFile& file) {
-  return *std::ranges::find_if(AllRefusals(), [&](const RefusalRow* row) { return RuleDocFileName(row->id) == file.name; });
+  for (const RefusalRow* row : AllRefusals()) {
+    if (RuleDocFileName(row->id) == file.name) return row;
+  }
+  return nullptr;
 }
 
 // "| -3 | ERROR_VALUE_FIELD | A field changed. |", in one of the two tables of result codes.
@@ -150,6 +154,10 @@ ParsedRuleDoc ParseRuleDoc(const RuleDocFile& file) {
   RuleDoc doc;
   doc.row = RowOf(file);
   doc.page = file.text;
+  if (doc.row == nullptr) {
+    page.Fail("a file that is named after a rule");
+    return {doc, page.fault()};
+  }
   TakeHead(page, doc);
   TakeSections(page, doc);
   page.TakeEnd();

@@ -7,13 +7,12 @@
 namespace korvel {
 
 struct ParsedRuleDoc {
-  RuleDoc doc;        // up to the fault; doc.row is never null
+  RuleDoc doc;        // up to the fault; doc.row is null if the file is not named after a rule
   std::string fault;  // the first: "docs/rules/field-size.md:3: expected ..., found ..."; "" = none
 };
 
-// Checked: the headings and their order, that id, summary, text and code names are those of the catalog, that paragraphs and code
-// blocks are complete. Not checked: whether the example is true.
-// REQUIRES: the file is named after a rule.
+// Checked: the file name, the headings and their order, that id, summary, text and code names are those of the catalog, that
+// paragraphs and code blocks are complete. Not checked: whether the example is true.
 ParsedRuleDoc ParseRuleDoc(const RuleDocFile& file);
 
 struct ParsedCodeDocs {

@@ -142,6 +142,11 @@ TEST(ParseRuleDoc, ReportsTheFirstFaultWithFileAndLine) {
             "docs/rules/field-size.md:1: expected '# field.size', found '# field.type'");
 }
 
+TEST(ParseRuleDoc, ReportsAPageWithoutARule) {
+  EXPECT_EQ(ParseRuleDoc({.name = "field-sise.md", .text = "# field.size\n"}).fault,
+            "docs/rules/field-sise.md:1: expected a file that is named after a rule, found '# field.size'");
+}
+
 TEST(ParseRuleDoc, ReportsWhatDiffersFromTheCatalog) {
   const std::string summary = Page().substr(14, Page().find('\n', 14) - 14);
   EXPECT_EQ(FaultOf(Changed(summary, "It shrank.")), "3: expected '" + summary + "', found 'It shrank.'");

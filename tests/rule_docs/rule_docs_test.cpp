@@ -17,13 +17,10 @@ using namespace korvel;
 using testing::Contains;
 using testing::ElementsAre;
 
-TEST(RuleDocs, EveryRuleHasAPageAndEveryPageARule) {
-  std::multiset<std::string> expected;
-  for (const RefusalRow* row : AllRefusals()) expected.insert(RuleDocFileName(row->id));
-  std::multiset<std::string> files;
-  for (const RuleDocFile& file : RuleDocFiles()) files.emplace(file.name);
-  EXPECT_EQ(files, expected);
-  EXPECT_EQ(AllRuleDocs().size(), expected.size());
+TEST(RuleDocs, EveryRuleHasAPage) {
+  for (const RefusalRow* row : AllRefusals()) {
+    EXPECT_NE(FindRuleDoc(row->id), nullptr) << "docs/rules/" << RuleDocFileName(row->id) << " is missing";
+  }
 }
 
 TEST(RuleDocs, EveryRuleHasAFileOfItsOwn) {
@@ -31,7 +28,7 @@ TEST(RuleDocs, EveryRuleHasAFileOfItsOwn) {
   for (const RefusalRow* row : AllRefusals()) EXPECT_TRUE(files.insert(RuleDocFileName(row->id)).second) << row->id;
 }
 
-// A failure names file and line.
+// A failure names file and line, also of a page without a rule.
 TEST(RuleDocs, EveryPageIsWellFormed) {
   for (const RuleDocFile& file : RuleDocFiles()) EXPECT_EQ(ParseRuleDoc(file).fault, "");
   EXPECT_EQ(ParseCodeDocs(ResultCodesFile()).fault, "");
