@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <utility>
 
 #include "rule_docs/page_reader.h"
 #include "rule_docs/rule_doc_format.h"
@@ -19,12 +20,21 @@ bool Skip(std::string_view& text, std::string_view prefix) {
   return true;
 }
 
+// Skips the number of a result code.
+std::optional<int> SkipNumber(std::string_view& text) {
+  int code = 1;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), code);
+  if (error != std::errc() || code > 0 || code <= -kResultCodeCount) return std::nullopt;
+  text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+  return code;
+}
+
 // Skips "`-3 ERROR_VALUE_FIELD`" at the start of `text`.
 std::optional<int> SkipCode(std::string_view& text) {
-  for (int code = 0; code > -kResultCodeCount; --code) {
-    if (Skip(text, "`" + CodeWithName(code) + "`")) return code;
-  }
-  return std::nullopt;
+  if (!Skip(text, "`")) return std::nullopt;
+  const std::optional<int> code = SkipNumber(text);
+  const bool has_name = code && Skip(text, " ") && Skip(text, ResultCodeName(*code)) && Skip(text, "`");
+  return has_name ? code : std::nullopt;
 }
 
 std::vector<int> TakeCodes(PageReader& page) {
@@ -85,8 +95,19 @@ RuleDocExample TakeExample(PageReader& page) {
   return example;
 }
 
+// Null if the file is not named after the rule of the heading.
+const RefusalRow* TakeRule(PageReader& page, std::string_view file_name) {
+  std::string_view heading = page.Line();
+  const RefusalRow* const row = Skip(heading, "# ") ? FindRefusal(heading) : nullptr;
+  if (row == nullptr || file_name != RuleDocFileName(row->id)) {
+    page.Fail("'# RULE', the rule that the file is named after");
+    return nullptr;
+  }
+  page.TakeLine();
+  return row;
+}
+
 void TakeHead(PageReader& page, RuleDoc& doc) {
-  page.TakeLine("# " + std::string(doc.row->id));
   page.TakeLine(SentenceOf(doc.row->summary));
   doc.codes = TakeCodes(page);
   page.TakeLine("Message:");
@@ -110,25 +131,14 @@ void TakeSections(PageReader& page, RuleDoc& doc) {
   }
 }
 
-// Null if the file is not named after a rule.
-const RefusalRow* RowOf(const RuleDocFile& file) {
-  for (const RefusalRow* row : AllRefusals()) {
-    if (RuleDocFileName(row->id) == file.name) return row;
-  }
-  return nullptr;
-}
-
 // "| -3 | ERROR_VALUE_FIELD | A field changed. |", in one of the two tables of result codes.
 void TakeCodeRow(PageReader& page, bool returned, std::vector<CodeDoc>& codes) {
   std::string_view line = page.Line();
-  Skip(line, "| ");
-  int code = 1;
-  std::from_chars(line.data(), line.data() + line.size(), code);
-  const bool is_known = code <= 0 && code > -kResultCodeCount;
-  const std::string cells = is_known ? std::to_string(code) + " | `" + ResultCodeName(code) + "` | " : "";
-  if (!is_known || !Skip(line, cells) || !line.ends_with(". |")) {
+  const std::optional<int> code = Skip(line, "| ") ? SkipNumber(line) : std::nullopt;
+  const bool has_name = code && Skip(line, " | `") && Skip(line, ResultCodeName(*code)) && Skip(line, "` | ");
+  if (!has_name || !line.ends_with(". |")) {
     page.Fail("'| CODE | `NAME` | MEANING. |'");
-  } else if (CodeDoc& doc = codes[static_cast<std::size_t>(-code)]; !doc.meaning.empty()) {
+  } else if (CodeDoc& doc = codes[static_cast<std::size_t>(-*code)]; !doc.meaning.empty()) {
     page.Fail("a code that has no row yet");
   } else {
     doc.returned = returned;
@@ -152,16 +162,14 @@ void TakeCodeTable(PageReader& page, bool returned, std::vector<CodeDoc>& codes)
 ParsedRuleDoc ParseRuleDoc(const RuleDocFile& file) {
   PageReader page(file);
   RuleDoc doc;
-  doc.row = RowOf(file);
   doc.page = file.text;
-  if (doc.row == nullptr) {
-    page.Fail("a file that is named after a rule");
-    return {doc, page.fault()};
+  doc.row = TakeRule(page, file.name);
+  if (doc.row != nullptr) {
+    TakeHead(page, doc);
+    TakeSections(page, doc);
+    page.TakeEnd();
   }
-  TakeHead(page, doc);
-  TakeSections(page, doc);
-  page.TakeEnd();
-  return {doc, page.fault()};
+  return {std::move(doc), page.fault()};
 }
 
 ParsedCodeDocs ParseCodeDocs(const RuleDocFile& file) {
@@ -179,7 +187,7 @@ ParsedCodeDocs ParseCodeDocs(const RuleDocFile& file) {
     if (doc.meaning.empty()) page.Fail("a row for `" + CodeWithName(doc.code) + "`");
   }
   page.TakeEnd();
-  return {codes, page.fault()};
+  return {std::move(codes), page.fault()};
 }
 
 }  // namespace korvel

@@ -7,10 +7,11 @@
 namespace korvel {
 
 struct ParsedRuleDoc {
-  RuleDoc doc;        // up to the fault; doc.row is null if the file is not named after a rule
+  RuleDoc doc;        // up to the fault; doc.row is null if the file is not named after its rule
   std::string fault;  // the first: "docs/rules/field-size.md:3: expected ..., found ..."; "" = none
 };
 
+// The text of the file must outlive the result.
 // Checked: the file name, the headings and their order, that id, summary, text and code names are those of the catalog, that
 // paragraphs and code blocks are complete. Not checked: whether the example is true.
 ParsedRuleDoc ParseRuleDoc(const RuleDocFile& file);

@@ -47,7 +47,7 @@ std::string Rules() {
 
 std::string Codes() { return std::string(ResultCodesFile().text); }
 
-std::string Rule(const RuleDoc& doc) { return doc.page; }
+std::string Rule(const RuleDoc& doc) { return std::string(doc.page); }
 
 std::string Code(const CodeDoc& doc) {
   std::string text = "# " + CodeWithName(doc.code) + "\n\n" + Wrapped(doc.meaning, kWidth);

@@ -2,6 +2,7 @@
 #include "rule_docs/rule_docs.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "rule_docs/parse_rule_docs.h"
 
@@ -13,7 +14,10 @@ std::vector<RuleDoc> ParseRuleDocs() {
   std::vector<RuleDoc> docs;
   for (const RefusalRow* row : AllRefusals()) {
     const auto file = std::ranges::find(RuleDocFiles(), RuleDocFileName(row->id), &RuleDocFile::name);
-    if (file != RuleDocFiles().end()) docs.push_back(ParseRuleDoc(*file).doc);
+    if (file == RuleDocFiles().end()) continue;
+    RuleDoc doc = ParseRuleDoc(*file).doc;
+    doc.row = row;
+    docs.push_back(std::move(doc));
   }
   return docs;
 }

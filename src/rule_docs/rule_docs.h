@@ -28,7 +28,7 @@ struct RuleDocExample {
 // Texts are plain: without the backticks of the page.
 struct RuleDoc {
   const RefusalRow* row = nullptr;  // of the catalog
-  std::string page;                 // the Markdown file, byte for byte
+  std::string_view page;            // the Markdown file, byte for byte
   std::vector<int> codes;           // returned with the rule's text; the rule's own code first
   std::string replaced_by;          // the rule whose text callers get, while this rule's text is only logged; "" = none
   std::string protects;             // what the rule protects, and why

@@ -139,12 +139,12 @@ TEST(ParseRuleDoc, ReadsWhyThereIsNoExample) {
 
 TEST(ParseRuleDoc, ReportsTheFirstFaultWithFileAndLine) {
   EXPECT_EQ(Parse(Changed("# field.size", "# field.type")).fault,
-            "docs/rules/field-size.md:1: expected '# field.size', found '# field.type'");
+            "docs/rules/field-size.md:1: expected '# RULE', the rule that the file is named after, found '# field.type'");
 }
 
 TEST(ParseRuleDoc, ReportsAPageWithoutARule) {
   EXPECT_EQ(ParseRuleDoc({.name = "field-sise.md", .text = "# field.size\n"}).fault,
-            "docs/rules/field-sise.md:1: expected a file that is named after a rule, found '# field.size'");
+            "docs/rules/field-sise.md:1: expected '# RULE', the rule that the file is named after, found '# field.size'");
 }
 
 TEST(ParseRuleDoc, ReportsWhatDiffersFromTheCatalog) {
@@ -170,7 +170,7 @@ TEST(ParseRuleDoc, ReportsMissingAndSurplusSections) {
   EXPECT_EQ(FaultOf(Changed("## Allowed instead\n", "")), "18: expected '## Allowed instead', found ''");
   EXPECT_EQ(FaultOf(Changed("## Example\n", "## More\n\nText.\n\n## Example\n")), "22: expected '## Example', found '## More'");
   EXPECT_EQ(FaultOf(Page() + "\nMore.\n"), "50: expected the end of the file, found 'More.'");
-  EXPECT_EQ(FaultOf(""), "1: expected '# field.size', found the end of the file");
+  EXPECT_EQ(FaultOf(""), "1: expected '# RULE', the rule that the file is named after, found the end of the file");
 }
 
 TEST(ParseRuleDoc, ReportsBrokenParagraphsAndBlocks) {
