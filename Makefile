@@ -74,7 +74,7 @@ goldens: ## regenerate the golden files (tests/cases, tests/report, tests/tool);
 	KORVEL_UPDATE_GOLDENS=1 build/test/tests/report/report_test
 	KORVEL_UPDATE_GOLDENS=1 build/test/tests/tool/tool_test --gtest_filter='Hostile*'
 
-docs: ## regenerate docs/rules
+docs: ## write the index of docs/rules, and the summary of each page from the catalog
 	$(INSTALL_DEPS) example
 	cmake --preset release
 	cmake --build --preset release -j $(JOBS) --target korvelcheck

@@ -16,6 +16,9 @@ struct RefusalRow {
 // All rows, ordered by family.
 std::span<const RefusalRow* const> AllRefusals();
 
+// The row of that id; null if there is none. Linear in the number of rows.
+const RefusalRow* FindRefusal(std::string_view id);
+
 // The row whose text, filled in, reads `text`: the most specific one that fits; null if none does.
 const RefusalRow* Identify(std::string_view text);
 

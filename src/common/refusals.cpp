@@ -64,6 +64,13 @@ std::size_t Fit(std::string_view format, std::string_view text) {
 
 std::span<const RefusalRow* const> AllRefusals() { return kRows; }
 
+const RefusalRow* FindRefusal(std::string_view id) {
+  for (const RefusalRow* row : kRows) {
+    if (id == row->id) return row;
+  }
+  return nullptr;
+}
+
 const RefusalRow* Identify(std::string_view text) {
   const RefusalRow* best = nullptr;
   std::size_t best_fit = 0;

@@ -31,7 +31,7 @@
 #include "base/one_line.h"
 #include "base/quote.h"
 #include "project/project.h"
-#include "rule_docs/rule_book.h"
+#include "rule_docs/rule_docs.h"
 #include "schema/choice.h"
 #include "schema/setting_values.h"
 
@@ -284,7 +284,7 @@ constexpr Key<WaiverEntry> kWaiverKeys[] = {
 
 // Why no finding can have this rule; empty if one can.
 std::string FaultOfRule(const std::string& rule) {
-  if (rule.empty() || FindRow(rule) != nullptr) return "";
+  if (rule.empty() || FindRefusal(rule) != nullptr) return "";
   std::vector<std::string_view> known;
   for (const RefusalRow* row : AllRefusals()) known.emplace_back(row->id);
   return "rule is " + Quote(rule) + DidYouMean(rule, known) + "; allowed: what 'korvelcheck rules' lists";

@@ -7,7 +7,7 @@
 
 #include "case_run.h"
 #include "common/refusals.h"
-#include "rule_docs/rule_book.h"
+#include "rule_docs/rule_docs.h"
 
 namespace cases {
 namespace {
@@ -61,20 +61,20 @@ TEST(Catalogue, EveryRowFiresInACaseOrIsNamed) {
   }
 }
 
-TEST(Catalogue, TheBookHasAnExampleOfEveryRowThatFilesBringAbout) {
-  for (const korvel::RulePage& page : korvel::AllPages()) {
-    const bool from_files = !kNotFromFiles.contains(page.id) && !kOnlyWithoutStructure.contains(page.id);
-    EXPECT_EQ(korvel::HasExample(page), from_files) << page.id;
+TEST(Catalogue, PagesHaveAnExampleOfEveryRowThatFilesTrigger) {
+  for (const korvel::RuleDoc& doc : korvel::AllRuleDocs()) {
+    const bool from_files = !kNotFromFiles.contains(doc.row->id) && !kOnlyWithoutStructure.contains(doc.row->id);
+    EXPECT_EQ(doc.example.has_value(), from_files) << doc.row->id;
   }
 }
 
 // Under every operation: the code that comes with a text is one that its page names, and the page of the code names the rule.
-TEST(Catalogue, TheBookNamesTheCodesThatAreReturned) {
+TEST(Catalogue, PagesNameTheCodesThatAreReturned) {
   for (const std::string& name : Names()) {
     for (const Answer& answer : AskAll(Load(name))) {
       const korvel::RefusalRow* row = korvel::Identify(answer.text);
       if (answer.code.value_or(0) == 0 || row == nullptr) continue;
-      const std::vector<int> codes = korvel::CodesOf(*korvel::FindPage(row->id));
+      const std::vector<int> codes = korvel::FindRuleDoc(row->id)->codes;
       EXPECT_EQ(std::count(codes.begin(), codes.end(), *answer.code), 1)
           << name << ": " << answer.operation << " returns " << *answer.code << " with " << row->id;
     }

@@ -13,7 +13,7 @@
 #include "golden_text.h"
 #include "report/render/render.h"
 #include "report/render/sarif_rules.h"
-#include "rule_docs/rule_book.h"
+#include "rule_docs/rule_docs.h"
 #include "sample_report.h"
 #include "support/golden.h"
 
@@ -171,17 +171,17 @@ TEST(Sarif, EveryRuleIsDescribed) {
     SCOPED_TRACE(rule["id"]);
     EXPECT_NE(rule["shortDescription"]["text"], "");
     EXPECT_EQ(rule["defaultConfiguration"]["level"], "error");
-    const auto* const page = korvel::FindPage(rule["id"].get<std::string>());
-    if (page == nullptr) continue;
+    const auto* const doc = korvel::FindRuleDoc(rule["id"].get<std::string>());
+    if (doc == nullptr) continue;
     ++pages;
-    EXPECT_EQ(rule["fullDescription"]["text"], page->protects);
-    EXPECT_LE(std::string_view(page->protects).size(), 1024u) << "services cut longer ones";
+    EXPECT_EQ(rule["fullDescription"]["text"], doc->protects);
+    EXPECT_LE(doc->protects.size(), 1024u) << "services cut longer ones";
     for (const char* form : {"text", "markdown"}) {
-      EXPECT_THAT(rule["help"][form].get<std::string>(), testing::StartsWith(page->protects)) << form;
-      EXPECT_THAT(rule["help"][form].get<std::string>(), testing::HasSubstr(page->allowed)) << form;
+      EXPECT_THAT(rule["help"][form].get<std::string>(), testing::StartsWith(doc->protects)) << form;
+      EXPECT_THAT(rule["help"][form].get<std::string>(), testing::HasSubstr(doc->allowed)) << form;
     }
   }
-  EXPECT_EQ(pages, korvel::AllPages().size());
+  EXPECT_EQ(pages, korvel::AllRuleDocs().size());
   EXPECT_GT(rules.size(), pages) << "a waiver is expired in this report";
 }
 

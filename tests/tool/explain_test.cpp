@@ -1,4 +1,4 @@
-// rules and explain: every example of the rule book is put to the program as it stands there, and docs/rules is what they print.
+// rules and explain: every example of a rule page is run as the page shows it, and docs/rules is what they print.
 #include <gmock/gmock.h>
 
 #include <fstream>
@@ -7,12 +7,13 @@
 #include <set>
 #include <sstream>
 
-#include "rule_docs/book_format.h"
+#include "rule_docs/rule_doc_files.h"
+#include "rule_docs/rule_doc_format.h"
 #include "tool_test.h"
 
 namespace korvel {
 
-inline void PrintTo(const RulePage& page, std::ostream* out) { *out << page.id; }
+inline void PrintTo(const RuleDoc& doc, std::ostream* out) { *out << doc.row->id; }
 
 }  // namespace korvel
 
@@ -20,9 +21,9 @@ namespace tool_test {
 namespace {
 
 namespace fs = std::filesystem;
-using korvel::AllPages;
-using korvel::RuleExample;
-using korvel::RulePage;
+using korvel::AllRuleDocs;
+using korvel::RuleDoc;
+using korvel::RuleDocExample;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -31,74 +32,77 @@ std::vector<std::string> Words(const std::string& text) {
   return {std::istream_iterator<std::string>(stream), {}};
 }
 
-std::string Id(const testing::TestParamInfo<RulePage>& info) {
-  std::string name = info.param.id;
+std::string Id(const testing::TestParamInfo<RuleDoc>& info) {
+  std::string name = info.param.row->id;
   for (char& c : name) c = c == '.' || c == '-' ? '_' : c;
   return name;
 }
 
-std::vector<RulePage> PagesWithExample() {
-  std::vector<RulePage> pages;
-  for (const RulePage& page : AllPages()) {
-    if (HasExample(page)) pages.push_back(page);
+std::vector<RuleDoc> DocsWithExample() {
+  std::vector<RuleDoc> docs;
+  for (const RuleDoc& doc : AllRuleDocs()) {
+    if (doc.example) docs.push_back(doc);
   }
-  return pages;
+  return docs;
 }
 
-class ExampleTest : public ToolTest, public testing::WithParamInterface<RulePage> {
+class ExampleTest : public ToolTest, public testing::WithParamInterface<RuleDoc> {
  protected:
   ExampleTest() {
-    Write("old.xml", OldText(Example()));
-    Write("new.xml", NewText(Example()));
+    Write("old.xml", Example().old_schema);
+    Write("new.xml", Example().new_schema);
   }
-  const RuleExample& Example() const { return GetParam().example; }
-  // The example's own call about two files.
-  Outcome Ask(const std::string& old_file, const std::string& new_file, const std::string& more) const {
-    return Korvelcheck(
-        Words(std::string(Example().command) + " " + old_file + " " + new_file + " " + Example().options + " " + more));
+  const RuleDocExample& Example() const { return *GetParam().example; }
+  std::string Rule() const { return GetParam().row->id; }
+  // The call of the example, with further options.
+  Outcome Call(const std::string& options = "") const {
+    const std::string program = "korvelcheck ";
+    EXPECT_THAT(Example().call, StartsWith(program));
+    return Korvelcheck(Words(Example().call.substr(program.size()) + " " + options));
   }
 };
 
 TEST_P(ExampleTest, IsRefusedByTheRule) {
-  const Outcome outcome = Ask("old.xml", "new.xml", "--format json");
+  const Outcome outcome = Call("--format json");
   ASSERT_EQ(outcome.exit_code, 1) << outcome.err;
   const nlohmann::json table = nlohmann::json::parse(outcome.out)["tables"][0];
-  EXPECT_EQ(table["rule"], GetParam().replaced_by == nullptr ? GetParam().id : GetParam().replaced_by);
+  EXPECT_EQ(table["rule"], GetParam().replaced_by.empty() ? Rule() : GetParam().replaced_by);
   EXPECT_EQ(table["code"], Example().code);
   EXPECT_EQ(table["text"], Example().answer);
 }
 
 TEST_P(ExampleTest, LeavesTheTextInTheLog) {
-  if (GetParam().id == std::string("length.limit")) GTEST_SKIP() << "the list of oversized fields is not logged";
+  if (Rule() == "length.limit") GTEST_SKIP() << "the list of oversized fields is not logged";
   std::set<std::string> logged;
-  std::istringstream log(Ask("old.xml", "new.xml", "--log - --log-format json").err);
+  std::istringstream log(Call("--log - --log-format json").err);
   for (std::string line; std::getline(log, line);) {
     const std::string message = nlohmann::json::parse(line)["message"];
     if (const korvel::RefusalRow* row = korvel::Identify(message)) logged.insert(row->id);
   }
-  EXPECT_TRUE(logged.contains(GetParam().id));
+  EXPECT_TRUE(logged.contains(Rule()));
 }
 
-// Old schemas that are refused as they are.
+// Rules whose old schema is refused even if nothing changes.
 const std::set<std::string> kRefusedAlready = {
     "library.protocols",        // a table created in TLV has no rules while its library is in the record format
     "splittable-key.old-text",  // no change of such a table can be judged
 };
 
 TEST_P(ExampleTest, OldAgainstOldIsAllowed) {
-  const Outcome outcome = Ask("old.xml", "old.xml", "");
-  EXPECT_EQ(outcome.exit_code, kRefusedAlready.contains(GetParam().id) ? 1 : 0) << outcome.out << outcome.err;
+  Write("new.xml", Example().old_schema);
+  const Outcome outcome = Call();
+  EXPECT_EQ(outcome.exit_code, kRefusedAlready.contains(Rule()) ? 1 : 0) << outcome.out << outcome.err;
 }
 
-TEST_P(ExampleTest, WhatIsAllowedInsteadIsAllowed) {
-  EXPECT_EQ(HasInstead(GetParam()), !kRefusedAlready.contains(GetParam().id));
-  if (!HasInstead(GetParam())) return;
-  Write("new.xml", InsteadText(Example()));
-  const Outcome outcome = Ask("old.xml", "new.xml", "");
+TEST_P(ExampleTest, AllowedSchemaIsAllowed) {
+  EXPECT_EQ(!Example().allowed_schema.empty(), !kRefusedAlready.contains(Rule()));
+  if (Example().allowed_schema.empty()) return;
+  Write("new.xml", Example().allowed_schema);
+  const Outcome outcome = Call();
   EXPECT_EQ(outcome.exit_code, 0) << outcome.out << outcome.err;
 }
 
-INSTANTIATE_TEST_SUITE_P(All, ExampleTest, testing::ValuesIn(PagesWithExample()), Id);
+INSTANTIATE_TEST_SUITE_P(All, ExampleTest, testing::ValuesIn(DocsWithExample()), Id);
 
 class ExplainTest : public ToolTest {
  protected:
@@ -117,14 +121,15 @@ TEST_F(ExplainTest, PrintsARule) {
             "  text  old_meta is NULL!\n"
             "\n"
             "What it protects\n"
-            "  Whether two structures have the same fields can be told only where both are there.\n"
+            "  The field sets of two structures can be compared only if both structures exist. Here the old one\n"
+            "  is missing.\n"
             "\n"
-            "What is allowed instead\n"
-            "  Hand over both structures.\n"
+            "Allowed instead\n"
+            "  Pass both structures.\n"
             "\n"
-            "Why there is no example\n"
-            "  `korvelcheck same` asks about tables that both files have. A program that calls CompareTableField\n"
-            "  itself hears it.\n");
+            "No example\n"
+            "  korvelcheck same compares only tables that both files contain. Programs that call\n"
+            "  CompareTableField themselves can get this refusal.\n");
 }
 
 TEST_F(ExplainTest, PrintsTheExampleOfARule) {
@@ -151,7 +156,7 @@ TEST_F(ExplainTest, PrintsTheExampleOfARule) {
                                 "  -17 ERROR_FIELD_NAME_STARTWITH_DIGIT\n"
                                 "  CheckFieldNameValidate failed! table:'orders'\n"
                                 "\n"
-                                "new.xml as it would be allowed\n"
+                                "Allowed new.xml\n"
                                 "  <metalib name=\"shop\" version=\"2\" protocol=\"QMX\">\n"
                                 "    <meta name=\"orders\">\n"
                                 "      <entry name=\"uid\" type=\"uint32\"/>\n"
@@ -165,14 +170,14 @@ TEST_F(ExplainTest, PrintsACode) {
   const std::string page = Printed({"explain", "-35"});
   EXPECT_EQ(page,
             "-35 ERROR_ENTRY_LENGTH_NOT_LEGAL\n"
-            "  Fields on the whitelist grew. The text lists their sizes, for a person to confirm.\n"
+            "  Whitelisted fields grew. The message lists their sizes for a person to confirm.\n"
             "\n"
-            "Returned with\n"
+            "Rules\n"
             "  length.whitelist          whitelisted fields above the limit grew; to be confirmed by hand\n");
   EXPECT_EQ(Printed({"explain", "35"}), page);
   EXPECT_EQ(Printed({"explain", "ERROR_ENTRY_LENGTH_NOT_LEGAL"}), page);
   EXPECT_EQ(Printed({"explain", "-51"}),
-            "-51 ERROR_REPEATED_FIELD_NAME\n  By its name, a field's name stands twice.\n  Never returned by this checker.\n");
+            "-51 ERROR_REPEATED_FIELD_NAME\n  A field name is used twice.\n  Never returned by this checker.\n");
 }
 
 TEST_F(ExplainTest, KnowsARuleByItsText) {
@@ -185,11 +190,11 @@ TEST_F(ExplainTest, JsonHasTheSame) {
   EXPECT_EQ(rule["codes"], nlohmann::json::parse(R"([{"code": -5, "code_name": "ERROR_SPLITTABLE_FIELD"},
                                                      {"code": -1, "code_name": "CHECK_TABLE_ERROR_INVALID_PARAMETER"}])"));
   EXPECT_EQ(rule["replaced_by"], nullptr);
-  EXPECT_EQ(rule["unheard"], nullptr);
+  EXPECT_EQ(rule["no_example_reason"], nullptr);
   EXPECT_EQ(rule["example"]["call"], "korvelcheck check old.xml new.xml");
   EXPECT_EQ(rule["example"]["code"], -1);
   EXPECT_EQ(rule["example"]["answer"], "Can't reduce list_num from 16 to 8");
-  EXPECT_EQ(rule["example"]["old"], OldText(korvel::FindPage("table.list-num")->example));
+  EXPECT_EQ(rule["example"]["old"], korvel::FindRuleDoc("table.list-num")->example->old_schema);
 
   EXPECT_EQ(nlohmann::json::parse(Printed({"explain", "index.null", "--format", "json"}))["example"], nullptr);
   const nlohmann::json code = nlohmann::json::parse(Printed({"explain", "14", "--format=json"}));
@@ -234,7 +239,7 @@ TEST_F(ExplainTest, RulesListsTheCodes) {
   EXPECT_EQ(nlohmann::json::parse(Printed({"rules", "--codes", "--format", "json"}))["codes"].size(), 52u);
 }
 
-TEST_F(ExplainTest, TheBookGoesToAFileAsReportsDo) {
+TEST_F(ExplainTest, PagesCanBeWrittenToAFile) {
   ExpectOutcome(Korvelcheck({"explain", "4", "-o", "page"}), 0, "", "");
   EXPECT_EQ(Read("page"), Printed({"explain", "4"}));
 }
@@ -249,15 +254,16 @@ std::map<std::string, std::string> Documents() {
   return documents;
 }
 
-// `make docs` mends it.
-TEST_F(ExplainTest, TheDocumentsAreWhatIsPrinted) {
+// `make docs` writes the index and the summaries anew.
+TEST_F(ExplainTest, DocumentsAreWhatIsPrinted) {
   std::map<std::string, std::string> expected = {{"README.md", Printed({"rules", "--format", "markdown"})},
                                                  {"result-codes.md", Printed({"rules", "--codes", "--format", "markdown"})}};
-  for (const RulePage& page : AllPages()) {
-    expected[korvel::PageFile(page.id)] = Printed({"explain", page.id, "--format", "markdown"});
+  for (const RuleDoc& doc : AllRuleDocs()) {
+    expected[korvel::RuleDocFileName(doc.row->id)] = Printed({"explain", doc.row->id, "--format", "markdown"});
   }
   const std::map<std::string, std::string> documents = Documents();
-  for (const auto& [file, text] : documents) EXPECT_TRUE(expected.contains(file)) << "docs/rules/" << file << " is no rule's";
+  for (const auto& [file, text] : documents)
+    EXPECT_TRUE(expected.contains(file)) << "docs/rules/" << file << " is not the page of a rule";
   for (const auto& [file, text] : expected) {
     const auto found = documents.find(file);
     EXPECT_EQ(found == documents.end() ? "(missing)" : found->second, text) << "docs/rules/" << file;

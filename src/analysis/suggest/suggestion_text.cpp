@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "base/one_line.h"
-#include "rule_docs/rule_book.h"
+#include "rule_docs/rule_docs.h"
 
 namespace korvel {
 namespace {
@@ -91,9 +91,9 @@ std::string LeavingOut(const Edit& edit) {
 }
 
 std::string PreexistingSuggestion(const Verdict& verdict) {
-  const RulePage* const page = FindPage(verdict.rule);
+  const RuleDoc* const doc = FindRuleDoc(verdict.rule);
   const std::string why = "the schema is refused as it stands already";
-  return page == nullptr ? why : why + "; what a new table may have instead: " + page->allowed;
+  return doc == nullptr ? why : why + "; what a new table may have instead: " + doc->allowed;
 }
 
 }  // namespace korvel

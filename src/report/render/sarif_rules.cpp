@@ -1,11 +1,11 @@
-// Rules as SARIF describes them, in the words of the rule book. Services show them beside a result, to people who may not have
-// the program at hand. There is no helpUri: the pages of docs/rules have no address that is known here. Held by
+// Rules as SARIF describes them, in the words of their pages. Services show them beside a result, to people who may not have
+// the program at hand. There is no helpUri: the pages of docs/rules have no address that is known here. Tested by
 // tests/report/formats_test.cpp.
 #include "report/render/sarif_rules.h"
 
 #include <algorithm>
 
-#include "rule_docs/rule_book.h"
+#include "rule_docs/rule_docs.h"
 
 namespace korvel {
 namespace {
@@ -28,21 +28,21 @@ constexpr OtherRule kOtherRules[] = {
 Json Message(const std::string& text) { return {{"text", text}}; }
 
 // The same words twice: services that read no Markdown take the text.
-Json HelpOf(const RulePage& page) {
-  const std::string protects = page.protects, allowed = page.allowed, call = std::string("korvelcheck explain ") + page.id;
-  const std::string more = HasExample(page) ? " shows the smallest example." : " tells more.";
-  return {{"text", protects + "\n\nWhat is allowed instead: " + allowed + "\n\n'" + call + "'" + more},
-          {"markdown", protects + "\n\n**What is allowed instead:** " + allowed + "\n\n`" + call + "`" + more}};
+Json HelpOf(const RuleDoc& doc) {
+  const std::string call = std::string("korvelcheck explain ") + doc.row->id;
+  const std::string more = doc.example ? " shows an example." : " shows the whole page.";
+  return {{"text", doc.protects + "\n\nAllowed instead: " + doc.allowed + "\n\n'" + call + "'" + more},
+          {"markdown", doc.protects + "\n\n**Allowed instead:** " + doc.allowed + "\n\n`" + call + "`" + more}};
 }
 
 }  // namespace
 
 Json SarifRule(const std::string& id) {
   Json rule = {{"id", id}};
-  if (const RulePage* const page = FindPage(id)) {
-    rule["shortDescription"] = Message(FindRow(id)->summary);
-    rule["fullDescription"] = Message(page->protects);
-    rule["help"] = HelpOf(*page);
+  if (const RuleDoc* const doc = FindRuleDoc(id)) {
+    rule["shortDescription"] = Message(doc->row->summary);
+    rule["fullDescription"] = Message(doc->protects);
+    rule["help"] = HelpOf(*doc);
   } else if (const auto* const other = std::ranges::find(kOtherRules, id, &OtherRule::id); other != std::end(kOtherRules)) {
     rule["shortDescription"] = Message(other->summary);
   }

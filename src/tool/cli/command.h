@@ -24,7 +24,7 @@ enum OptionSet : unsigned {
   kSecondIsOptional = 64,
   kTextOrJson = 128,       // --format text|json, of a command that makes its own text
   kTakesWord = 256,        // the first argument is a word and no file
-  kBookOption = 512,       // --format, of the rule book
+  kRuleDocOption = 512,    // --format of rule pages
   kCodesOption = 1024,     // --codes
   kFindingsOption = 2048,  // --max-findings
   kAgainstOption = 4096,   // --against, with any number of files or directories in the place of the two files

@@ -1,5 +1,5 @@
 // man: the manual page, of the commands and options as they are declared. Held by tests/tool/man_test.cpp.
-#include "rule_docs/book_format.h"
+#include "rule_docs/rule_doc_format.h"
 #include "tool/cli/command.h"
 #include "tool/cli/completion.h"
 #include "tool/cli/usage.h"

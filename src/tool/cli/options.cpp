@@ -137,17 +137,17 @@ std::vector<Choice> FormatChoices() {
   return choices;
 }
 
-std::vector<Choice> BookFormatChoices() {
+std::vector<Choice> RuleDocFormatChoices() {
   std::vector<Choice> choices;
-  for (const BookFormat* format : BookFormats()) choices.push_back({format->name, static_cast<int>(choices.size())});
+  for (const RuleDocFormat* format : RuleDocFormats()) choices.push_back({format->name, static_cast<int>(choices.size())});
   return choices;
 }
 
-void AddBookOptions(CLI::App& app, const Command& command, Options& options) {
-  static const std::vector<Choice> formats = BookFormatChoices();  // the option keeps looking at them
-  if ((command.options & kBookOption) != 0) {
+void AddRuleDocOptions(CLI::App& app, const Command& command, Options& options) {
+  static const std::vector<Choice> formats = RuleDocFormatChoices();  // the option keeps looking at them
+  if ((command.options & kRuleDocOption) != 0) {
     AddChoice(app, "--format", formats, "form of the page; default: text",
-              [&options](int code) { options.book_format = BookFormats()[static_cast<std::size_t>(code)]; });
+              [&options](int code) { options.rule_doc_format = RuleDocFormats()[static_cast<std::size_t>(code)]; });
   }
   if ((command.options & kCodesOption) != 0) app.add_flag("--codes", options.codes, "list the result codes, not the rules");
 }
@@ -260,7 +260,7 @@ void AddOptions(CLI::App& app, const Command& command, Options& options, vesk::L
   }
   if ((command.options & kWaiverOptions) != 0) AddWaiverOptions(app, options);
   AddOutput(app, command, options);
-  AddBookOptions(app, command, options);
+  AddRuleDocOptions(app, command, options);
   AddSuggestOptions(app, command, options);
   if (command.run != nullptr) AddReportOptions(app, options, log);
   if ((command.options & kTextOrJson) != 0) AddTextOrJson(app, options);

@@ -8,7 +8,7 @@
 #include "analysis/findings/findings.h"
 #include "project/project.h"
 #include "report/render/render.h"
-#include "rule_docs/book_format.h"
+#include "rule_docs/rule_doc_format.h"
 #include "schema/settings.h"
 #include "vesk/log_category.h"
 
@@ -33,7 +33,7 @@ struct Options {
   const Format* format = Formats().data();
   bool json = false;                           // --format of commands that take kTextOrJson
   std::string word;                            // of commands that take kTakesWord
-  const BookFormat* book_format = &kBookText;  // --format of commands that take kBookOption
+  const RuleDocFormat* rule_doc_format = &kRuleDocText;  // --format of commands that take kRuleDocOption
   bool codes = false;                          // --codes
   bool whole_file = false;                     // --file of commands that take kSuggestOptions
   std::optional<std::string> output;           // absent = standard output

@@ -43,9 +43,9 @@ std::vector<std::string> Words() {
 
 std::string Make(const Options& options) {
   const std::string& word = options.word;
-  if (const RulePage* page = FindPage(word)) return options.book_format->rule(*page);
-  if (const std::optional<int> code = ParseCode(word)) return options.book_format->code(FindCode(*code));
-  if (const RefusalRow* row = Identify(word)) return options.book_format->rule(*FindPage(row->id));
+  if (const RuleDoc* doc = FindRuleDoc(word)) return options.rule_doc_format->rule(*doc);
+  if (const std::optional<int> code = ParseCode(word)) return options.rule_doc_format->code(FindCodeDoc(*code));
+  if (const RefusalRow* row = Identify(word)) return options.rule_doc_format->rule(*FindRuleDoc(row->id));
   RefuseWord(word);
 }
 
@@ -56,7 +56,7 @@ const Command kExplainCommand{
     .summary = "explain a refusal, by its rule or its text, or a result code",
     .first = {"RULE-OR-CODE", "a rule, a result code or its name, or a text of the checker"},
     .second = kNoInput,
-    .options = kBookOption | kTakesWord,
+    .options = kRuleDocOption | kTakesWord,
     .make = Make,
     .words = Words,
 };

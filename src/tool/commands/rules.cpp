@@ -4,7 +4,9 @@
 namespace korvel::tool {
 namespace {
 
-std::string Make(const Options& options) { return options.codes ? options.book_format->codes() : options.book_format->rules(); }
+std::string Make(const Options& options) {
+  return options.codes ? options.rule_doc_format->codes() : options.rule_doc_format->rules();
+}
 
 }  // namespace
 
@@ -13,7 +15,7 @@ const Command kRulesCommand{
     .summary = "list every refusal of the checker, or every result code",
     .first = kNoInput,
     .second = kNoInput,
-    .options = kBookOption | kCodesOption,
+    .options = kRuleDocOption | kCodesOption,
     .make = Make,
 };
 

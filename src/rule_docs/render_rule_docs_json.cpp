@@ -1,0 +1,77 @@
+// Rules and result codes for programs; docs/command-line.md lists the members. Tested by tests/tool/explain_test.cpp.
+#include <nlohmann/json.hpp>
+
+#include "rule_docs/rule_doc_format.h"
+
+namespace korvel {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json OrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
+
+Json CodeJson(int code) { return {{"code", code}, {"code_name", ResultCodeName(code)}}; }
+
+Json RowJson(const RuleDoc& doc) {
+  Json codes = Json::array();
+  for (const int code : doc.codes) codes.push_back(CodeJson(code));
+  return {{"rule", doc.row->id}, {"codes", codes}, {"summary", doc.row->summary}, {"text", doc.row->text}};
+}
+
+Json ToJson(const CodeDoc& doc) {
+  Json json = CodeJson(doc.code);
+  json["meaning"] = doc.meaning;
+  json["returned"] = doc.returned;
+  Json& rules = json["rules"] = Json::array();
+  for (const RefusalRow* row : doc.rules) rules.push_back(row->id);
+  return json;
+}
+
+Json ExampleJson(const RuleDocExample& example) {
+  Json json = {{"call", example.call}, {"old", example.old_schema}, {"new", example.new_schema}};
+  json.update(CodeJson(example.code));
+  json["answer"] = example.answer;
+  json["instead"] = OrNull(example.allowed_schema);
+  return json;
+}
+
+std::string ToText(const Json& json) { return json.dump(2) + "\n"; }
+
+Json Header() { return {{"tool", "korvelcheck"}, {"version", KORVEL_VERSION}}; }
+
+std::string Rules() {
+  Json json = Header();
+  Json& rules = json["rules"] = Json::array();
+  for (const RuleDoc& doc : AllRuleDocs()) rules.push_back(RowJson(doc));
+  return ToText(json);
+}
+
+std::string Codes() {
+  Json json = Header();
+  Json& codes = json["codes"] = Json::array();
+  for (const CodeDoc& doc : AllCodeDocs()) codes.push_back(ToJson(doc));
+  return ToText(json);
+}
+
+std::string Rule(const RuleDoc& doc) {
+  Json json = Header();
+  json.update(RowJson(doc));
+  json["protects"] = doc.protects;
+  json["allowed"] = doc.allowed;
+  json["replaced_by"] = OrNull(doc.replaced_by);
+  json["no_example_reason"] = OrNull(doc.no_example_reason);
+  json["example"] = doc.example ? ExampleJson(*doc.example) : Json();
+  return ToText(json);
+}
+
+std::string Code(const CodeDoc& doc) {
+  Json json = Header();
+  json.update(ToJson(doc));
+  return ToText(json);
+}
+
+}  // namespace
+
+const RuleDocFormat kRuleDocJson{"json", Rules, Codes, Rule, Code};
+
+}  // namespace korvel

@@ -1,0 +1,63 @@
+// The pages of docs/rules as they are, and the index that `make docs` writes to docs/rules/README.md. Tested by
+// tests/tool/explain_test.cpp.
+#include "rule_docs/rule_doc_files.h"
+#include "rule_docs/rule_doc_format.h"
+
+namespace korvel {
+namespace {
+
+constexpr std::size_t kWidth = 130;
+constexpr char kIndexHead[] =
+    "<!-- Written by `make docs`. -->\n"
+    "\n"
+    "# Rules\n"
+    "\n"
+    "Every refusal of the checker, in its own order. Each page says what the rule protects and what is allowed instead, and "
+    "shows a\n"
+    "minimal example. `korvelcheck explain RULE` prints the same.\n"
+    "\n"
+    "| Rule | Result code | Refused because |\n"
+    "|---|---|---|\n";
+constexpr char kCodesHead[] =
+    "\n"
+    "## Rules by result code\n"
+    "\n"
+    "[Result codes](result-codes.md) says what each code means.\n"
+    "\n"
+    "| Result code | Rules |\n"
+    "|---|---|\n";
+
+std::string Links(const CodeDoc& doc) {
+  std::string links;
+  for (const RefusalRow* row : doc.rules) links += (links.empty() ? "" : ", ") + LinkToRule(row->id);
+  return links;
+}
+
+std::string Rules() {
+  std::string text = kIndexHead;
+  for (const RuleDoc& doc : AllRuleDocs()) {
+    text += "| " + LinkToRule(doc.row->id) + " | " + CodeNumbers(doc.codes) + " | " + doc.row->summary + " |\n";
+  }
+  text += kCodesHead;
+  for (const CodeDoc& doc : AllCodeDocs()) {
+    if (!doc.rules.empty()) text += "| `" + CodeWithName(doc.code) + "` | " + Links(doc) + " |\n";
+  }
+  return text;
+}
+
+std::string Codes() { return std::string(ResultCodesFile().text); }
+
+std::string Rule(const RuleDoc& doc) { return std::string(doc.page); }
+
+std::string Code(const CodeDoc& doc) {
+  std::string text = "# " + CodeWithName(doc.code) + "\n\n" + Wrapped(doc.meaning, kWidth);
+  if (!doc.returned) text += "\nNever returned by this checker.\n";
+  if (!doc.rules.empty()) text += "\n" + Wrapped("Rules: " + Links(doc), kWidth);
+  return text;
+}
+
+}  // namespace
+
+const RuleDocFormat kRuleDocMarkdown{"markdown", Rules, Codes, Rule, Code};
+
+}  // namespace korvel

@@ -1,0 +1,46 @@
+// The output formats of `rules` and `explain`, and what they share.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "rule_docs/rule_docs.h"
+
+namespace korvel {
+
+struct RuleDocFormat {
+  const char* name;
+  std::string (*rules)();                   // all rules
+  std::string (*codes)();                   // all result codes
+  std::string (*rule)(const RuleDoc& doc);  // one of them
+  std::string (*code)(const CodeDoc& doc);
+};
+
+// For people, the default.
+extern const RuleDocFormat kRuleDocText;
+// For programs: one JSON object each.
+extern const RuleDocFormat kRuleDocJson;
+// The pages of docs/rules as they are, and their index.
+extern const RuleDocFormat kRuleDocMarkdown;
+
+std::span<const RuleDocFormat* const> RuleDocFormats();
+
+// "-3 ERROR_VALUE_FIELD"
+std::string CodeWithName(int code);
+
+// "-3, -1"
+std::string CodeNumbers(const std::vector<int>& codes);
+
+// "A field's size was reduced." for the summary "a field's size was reduced".
+std::string SentenceOf(std::string_view summary);
+
+// "[field.size](field-size.md)"
+std::string LinkToRule(std::string_view rule_id);
+
+// Breaks lines at blanks so that none is longer than `width` bytes, the indent included; a longer word has a line of its own.
+// Every line ends with a line end.
+std::string Wrapped(std::string_view text, std::size_t width, std::string_view indent = "");
+
+}  // namespace korvel

@@ -1,0 +1,52 @@
+// Parses the embedded pages once and looks them up. Tested by tests/rule_docs/rule_docs_test.cpp.
+#include "rule_docs/rule_docs.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "rule_docs/parse_rule_docs.h"
+
+namespace korvel {
+namespace {
+
+// A page that does not parse keeps what could be read; the tests fail on it.
+std::vector<RuleDoc> ParseRuleDocs() {
+  std::vector<RuleDoc> docs;
+  for (const RefusalRow* row : AllRefusals()) {
+    const auto file = std::ranges::find(RuleDocFiles(), RuleDocFileName(row->id), &RuleDocFile::name);
+    if (file == RuleDocFiles().end()) continue;
+    RuleDoc doc = ParseRuleDoc(*file).doc;
+    doc.row = row;
+    docs.push_back(std::move(doc));
+  }
+  return docs;
+}
+
+std::vector<CodeDoc> ParseCodes() {
+  std::vector<CodeDoc> codes = ParseCodeDocs(ResultCodesFile()).codes;
+  for (const RuleDoc& doc : AllRuleDocs()) {
+    for (const int code : doc.codes) codes[static_cast<std::size_t>(-code)].rules.push_back(doc.row);
+  }
+  return codes;
+}
+
+}  // namespace
+
+std::span<const RuleDoc> AllRuleDocs() {
+  static const std::vector<RuleDoc> docs = ParseRuleDocs();
+  return docs;
+}
+
+const RuleDoc* FindRuleDoc(std::string_view rule_id) {
+  const auto found = std::ranges::find_if(AllRuleDocs(), [&](const RuleDoc& doc) { return rule_id == doc.row->id; });
+  return found == AllRuleDocs().end() ? nullptr : &*found;
+}
+
+std::span<const CodeDoc> AllCodeDocs() {
+  static const std::vector<CodeDoc> codes = ParseCodes();
+  return codes;
+}
+
+const CodeDoc& FindCodeDoc(int code) { return AllCodeDocs()[static_cast<std::size_t>(-code)]; }
+
+}  // namespace korvel

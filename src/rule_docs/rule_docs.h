@@ -1,0 +1,59 @@
+// The documentation page of each rule and of each result code, as data.
+//
+// The source is docs/rules/*.md, which the build embeds; the pages are parsed on first use, so a command that needs none pays
+// nothing. Id, code, text and summary belong to the catalog (common/catalog.h). Pages repeat them for their readers, and the
+// parser reports a page that differs. Every example is run through the checker by tests/tool/explain_test.cpp.
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "common/catalog.h"
+#include "common/result_codes.h"
+
+namespace korvel {
+
+// A minimal pair of schema files that the rule refuses.
+struct RuleDocExample {
+  std::string old_schema;      // the text of old.xml
+  std::string new_schema;      // the text of new.xml
+  std::string call;            // "korvelcheck check old.xml new.xml --type list"
+  int code = 0;                // what the call reports
+  std::string answer;          // the checker's text that it reports
+  std::string allowed_schema;  // the text of a new.xml that is allowed; "" = there is no allowed alternative
+};
+
+// Texts are plain: without the backticks of the page.
+struct RuleDoc {
+  const RefusalRow* row = nullptr;  // of the catalog
+  std::string_view page;            // the Markdown file, byte for byte
+  std::vector<int> codes;           // returned with the rule's text; the rule's own code first
+  std::string replaced_by;          // the rule whose text callers get, while this rule's text is only logged; "" = none
+  std::string protects;             // what the rule protects, and why
+  std::string allowed;              // what is allowed instead
+  std::optional<RuleDocExample> example;
+  std::string no_example_reason;  // why no pair of schema files triggers the rule; "" = there is an example
+};
+
+// All pages, in the order of the catalog.
+std::span<const RuleDoc> AllRuleDocs();
+
+// Null if `rule_id` is not a rule.
+const RuleDoc* FindRuleDoc(std::string_view rule_id);
+struct CodeDoc {
+  int code = 0;
+  std::string meaning;
+  bool returned = false;                 // by an operation of the checker
+  std::vector<const RefusalRow*> rules;  // with which it is returned, in the order of the catalog
+};
+
+// All result codes, 0 first.
+std::span<const CodeDoc> AllCodeDocs();
+
+// REQUIRES: ResultCodeName(code) is not null.
+const CodeDoc& FindCodeDoc(int code);
+
+}  // namespace korvel

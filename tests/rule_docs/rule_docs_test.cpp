@@ -1,0 +1,98 @@
+// The catalog and docs/rules agree: one well-formed page for every rule, one meaning for every result code. Whether the examples
+// are true is tested in tests/tool/explain_test.cpp.
+#include "rule_docs/rule_docs.h"
+
+#include <gmock/gmock.h>
+
+#include <set>
+
+#include "rule_docs/parse_rule_docs.h"
+#include "rule_docs/rule_doc_files.h"
+#include "rule_docs/rule_doc_format.h"
+
+namespace rule_docs_test {
+namespace {
+
+using namespace korvel;
+using testing::Contains;
+using testing::ElementsAre;
+
+TEST(RuleDocs, EveryRuleHasAPage) {
+  for (const RefusalRow* row : AllRefusals()) {
+    EXPECT_NE(FindRuleDoc(row->id), nullptr) << "docs/rules/" << RuleDocFileName(row->id) << " is missing";
+  }
+}
+
+TEST(RuleDocs, EveryRuleHasAFileOfItsOwn) {
+  std::set<std::string> files;
+  for (const RefusalRow* row : AllRefusals()) EXPECT_TRUE(files.insert(RuleDocFileName(row->id)).second) << row->id;
+}
+
+// A failure names file and line, also of a page without a rule.
+TEST(RuleDocs, EveryPageIsWellFormed) {
+  for (const RuleDocFile& file : RuleDocFiles()) EXPECT_EQ(ParseRuleDoc(file).fault, "");
+  EXPECT_EQ(ParseCodeDocs(ResultCodesFile()).fault, "");
+}
+
+TEST(RuleDocs, EveryPageHasAnExampleOrAReason) {
+  for (const RuleDoc& doc : AllRuleDocs()) EXPECT_NE(doc.example.has_value(), !doc.no_example_reason.empty()) << doc.row->id;
+}
+
+TEST(RuleDocs, ReplacedTextsGiveWayToThoseThatCallersGet) {
+  for (const RuleDoc& doc : AllRuleDocs()) {
+    if (doc.replaced_by.empty()) continue;
+    const RuleDoc* reported = FindRuleDoc(doc.replaced_by);
+    ASSERT_NE(reported, nullptr) << doc.row->id;
+    EXPECT_EQ(reported->replaced_by, "") << doc.row->id;
+    for (const int code : doc.codes) EXPECT_THAT(reported->codes, Contains(code)) << doc.row->id;
+  }
+}
+
+TEST(RuleDocs, FindsPagesAndRowsByTheWholeId) {
+  EXPECT_STREQ(FindRuleDoc("primary-key.size")->row->id, "primary-key.size");
+  EXPECT_EQ(FindRuleDoc("primary-key.siz"), nullptr);
+  EXPECT_STREQ(FindRefusal("primary-key.size-tlv")->id, "primary-key.size-tlv");
+  EXPECT_EQ(FindRefusal(""), nullptr);
+}
+
+TEST(RuleDocs, CodesAreThoseThatCallersGet) {
+  EXPECT_THAT(FindRuleDoc("primary-key.size")->codes, ElementsAre(-3));
+  EXPECT_THAT(FindRuleDoc("primary-key.member")->codes, ElementsAre(-4));  // its own, -7, is not returned
+  EXPECT_THAT(FindRuleDoc("table.list-num")->codes, ElementsAre(-5, -1));  // of the rule, of the whole check
+  EXPECT_THAT(FindRuleDoc("length.whitelist")->codes, ElementsAre(-35));
+}
+
+TEST(RuleDocs, EveryExampleReportsACodeOfItsPage) {
+  for (const RuleDoc& doc : AllRuleDocs()) {
+    if (!doc.example) continue;
+    EXPECT_THAT(doc.codes, Contains(doc.example->code)) << doc.row->id;
+  }
+}
+
+TEST(CodeDocs, ACodeIsReturnedIfARuleReturnsIt) {
+  for (const CodeDoc& doc : AllCodeDocs()) EXPECT_EQ(doc.returned, doc.code == 0 || !doc.rules.empty()) << doc.code;
+}
+
+TEST(CodeDocs, ListsTheReturnedCodes) {
+  std::vector<int> returned;
+  for (const CodeDoc& doc : AllCodeDocs()) {
+    if (doc.returned) returned.push_back(doc.code);
+  }
+  EXPECT_THAT(returned, ElementsAre(0, -1, -2, -3, -4, -5, -6, -7, -8, -9, -10, -11, -15, -16, -17, -18, -19, -33, -34, -35));
+}
+
+TEST(CodeDocs, ListsTheRulesOfACode) {
+  std::vector<std::string> rules;
+  for (const RefusalRow* row : FindCodeDoc(-9).rules) rules.emplace_back(row->id);
+  EXPECT_THAT(rules, ElementsAre("field-name.invalid", "field-name.length", "table.old-field"));
+}
+
+TEST(RuleDocFormat, WrapsAtBlanks) {
+  EXPECT_EQ(Wrapped("one two three", 7), "one two\nthree\n");
+  EXPECT_EQ(Wrapped("one two three", 6, "  "), "  one\n  two\n  three\n");
+  EXPECT_EQ(Wrapped("longer-than-that", 4), "longer-than-that\n");
+  EXPECT_EQ(Wrapped("", 4), "\n");
+}
+
+}  // namespace
+}  // namespace rule_docs_test
