@@ -55,7 +55,7 @@ struct MatchAt {
   int least_id;
 };
 
-// A number that no schema file can know, so that none can be written whose keys collide: when and where it is asked for.
+// A number that no schema file can know, so that none can be written whose keys collide: from the clock and an address.
 std::uint64_t MakeSeed(const void* place) {
   const auto address = reinterpret_cast<std::uintptr_t>(place);
   const auto time = static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
