@@ -1,4 +1,4 @@
-// What kind of table a meta's attributes describe.
+// Reads what kind of table a meta's attributes describe.
 #pragma once
 
 #include <string>
@@ -6,7 +6,7 @@
 #include "qmx/qmx_types.h"
 #include "vesk/vesk_category.h"
 
-// Most sort fields a sorted list can have.
+// Largest number of sort fields of a sorted list.
 inline constexpr int KORVEL_MAX_LIST_SORT_NUM = 4;
 
 // Table type codes as CheckTable derives them.
@@ -38,7 +38,7 @@ class CheckTable {
   //   -2  CHECK_TABLE_ERROR_SYSTEM_ERROR        no such table
   //   -50 ERROR_ATTEMPT_MODIFY_TABLE_CUSTOMATTR_STYLE   an attribute or a sort field is malformed
   // Below 0 but -46, m_szErrorType holds one line that says what is wrong and where, and the outputs are unchanged. The checker
-  // takes that line for a format: a '%' of a name or attribute stands doubled in it.
+  // uses that line as a format: a '%' of a name or attribute is doubled in it.
   // The flag has no effect. Nothing is logged: the caller reports.
   int CheckTableTypeByCustomAttr(LPQMXMETALIB metalib, const char* metaname, int& table_type, int& list_num, int& sort_field_num,
                                  int& sort_rule, char* data_protocol, bool flag, LPVESKCATEGORYINST log_handle);

@@ -55,7 +55,7 @@ struct MatchAt {
   int least_id;
 };
 
-// A number that no schema file can know, so that none can be written whose keys collide: when and where it is asked for.
+// A number that no schema file can know, so that none can be written whose keys collide: from the clock and an address.
 std::uint64_t MakeSeed(const void* place) {
   const auto address = reinterpret_cast<std::uintptr_t>(place);
   const auto time = static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
@@ -70,12 +70,15 @@ const void* TopicOf(IndexKind kind) {
 
 }  // namespace
 
-KeyIndex& Lookup::IndexOf(IndexKind kind, const void* owner, int count) {
-  LastUsed& last = last_used_[static_cast<std::size_t>(kind)];
-  if (last.owner == owner) return *last.index;
+std::uint64_t Lookup::Seed() {
   if (seed_ == 0) seed_ = MakeSeed(this);
-  last = {owner, &indexes_.try_emplace({TopicOf(kind), owner, nullptr}, memory_, seed_, count).first->second};
-  return *last.index;
+  return seed_;
+}
+
+Lookup::List& Lookup::ListOf(IndexKind kind, const void* owner) {
+  LastUsed& last = last_used_[static_cast<std::size_t>(kind)];
+  if (last.owner != owner) last = {owner, &lists_.try_emplace({TopicOf(kind), owner, nullptr}).first->second};
+  return *last.list;
 }
 
 template <class KeyAt, class MatchAt>
@@ -86,17 +89,22 @@ const CommonPrefix& Lookup::FindPrefix(IndexKind kind, LPQMXMETA old_meta, LPQMX
   if (!is_new) return prefix;
   const int old_count = EntryCount(old_meta);
   const int new_count = EntryCount(new_meta);
-  KeyIndex* index = new_count > kShortList ? &IndexOf(kind, new_meta, new_count) : nullptr;
+  List* new_list = new_count > kShortList ? &ListOf(kind, new_meta) : nullptr;
+  const bool is_indexed = new_list != nullptr && new_list->base == nullptr;
+  const bool all_differ = is_indexed && IndexOf(*new_list, new_count, key_at).AllDiffer();
   for (int& i = prefix.end; i < std::min(old_count, new_count); ++i) {
     const EntryMatch match = match_at(i);
     if (match == EntryMatch::kDifferent) break;
-    const bool is_first = index != nullptr ? index->IsFirst(i, key_at) : FindFirst(kind, new_meta, i + 1, key_at(i), key_at) == i;
-    if (!is_first) break;
+    if (!all_differ && FindFirst(kind, new_meta, new_count, key_at(i), key_at) != i) break;
     if (match == EntryMatch::kSameComposite) prefix.composites.push_back(i);
   }
-  // What is known of the new side's keys is true of the old side's as well.
-  if (index != nullptr && !index->SharesKeys()) {
-    indexes_.try_emplace({TopicOf(kind), old_meta, nullptr}, memory_, old_count, *index, prefix.end);
+  // What is known of the new side's keys is true of the old side's too.
+  if (is_indexed && old_count > kShortList) {
+    List& old_list = ListOf(kind, old_meta);
+    if (!old_list.index && old_list.base == nullptr && &old_list != new_list) {
+      old_list.base = &*new_list->index;
+      old_list.shared = prefix.end;
+    }
   }
   return prefix;
 }

@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory_resource>
+#include <optional>
 #include <tuple>
 #include <unordered_map>
 
@@ -54,7 +55,7 @@ using RecordMap = std::pmr::unordered_map<RecordKey, Value, RecordKeyHash>;
 class Lookup {
  public:
   // Allocates from `memory`, which must outlive it; nothing before the first search of a long list.
-  explicit Lookup(std::pmr::memory_resource* memory) : memory_(memory), indexes_(memory), prefixes_(memory) {}
+  explicit Lookup(std::pmr::memory_resource* memory) : memory_(memory), lists_(memory), prefixes_(memory) {}
   Lookup(const Lookup&) = delete;
   Lookup& operator=(const Lookup&) = delete;
 
@@ -82,8 +83,14 @@ class Lookup {
   // (key_index.h), and the same in every search of the list that `kind` and `owner` stand for.
   template <class Key, class KeyAt>
   int FindFirst(IndexKind kind, const void* owner, int count, const Key& wanted, KeyAt key_at) {
-    if (count > kShortList) return IndexOf(kind, owner, count).Find(wanted, key_at);
-    for (int i = 0; i < count; ++i) {
+    int begin = 0;
+    if (count > kShortList) {
+      List& list = ListOf(kind, owner);
+      begin = list.shared;
+      if (const int position = list.base == nullptr ? -1 : list.base->Find(wanted, begin, key_at); position >= 0) return position;
+      if (count - begin > kShortList) return IndexOf(list, count, key_at).Find(wanted, count, key_at);
+    }
+    for (int i = begin; i < count; ++i) {
       if (key_at(i) == wanted) return i;
     }
     return -1;
@@ -92,10 +99,16 @@ class Lookup {
  private:
   // Up to this length a walk is faster than an index.
   static constexpr int kShortList = 8;
-
+  // A long list. Its first `shared` items have the keys of those of another list, which is indexed, and each a key of its own;
+  // only the items behind them are indexed here.
+  struct List {
+    std::optional<KeyIndex> index = std::nullopt;
+    const KeyIndex* base = nullptr;
+    int shared = 0;
+  };
   struct LastUsed {
     const void* owner = nullptr;
-    KeyIndex* index = nullptr;
+    List* list = nullptr;
   };
 
   template <class KeyAt>
@@ -106,12 +119,19 @@ class Lookup {
   template <class KeyAt, class MatchAt>
   const CommonPrefix& FindPrefix(IndexKind kind, LPQMXMETA old_meta, LPQMXMETA new_meta, KeyAt key_at, MatchAt match_at);
 
-  KeyIndex& IndexOf(IndexKind kind, const void* owner, int count);
+  List& ListOf(IndexKind kind, const void* owner);
+  std::uint64_t Seed();
+
+  template <class KeyAt>
+  const KeyIndex& IndexOf(List& list, int count, KeyAt key_at) {
+    if (!list.index) list.index.emplace(memory_, Seed(), list.shared, count, key_at);
+    return *list.index;
+  }
 
   std::pmr::memory_resource* memory_;
   std::uint64_t seed_ = 0;                                                               // of all indexes; 0 = there is none yet
   std::array<LastUsed, static_cast<std::size_t>(IndexKind::kNumberOfKinds)> last_used_;  // most searches repeat the list before
-  RecordMap<KeyIndex> indexes_;
+  RecordMap<List> lists_;
   RecordMap<CommonPrefix> prefixes_;
 };
 

@@ -55,8 +55,8 @@ inline std::size_t EntrySize(LPQMXMETAENTRY entry) {
   return qmx_get_entry_unitsize(entry) * static_cast<std::size_t>(qmx_get_entry_count(entry));
 }
 
-// Whether an entry's second custom attribute is this text, of which a copy is asked for: a library may answer for two entries
-// from one place. Out of line, for most entries have none.
+// Whether an entry's second custom attribute is this text, of which the caller makes a copy: a library may return the texts of
+// two entries from one place. Out of line, for most entries have none.
 [[gnu::noinline]] inline bool HasCustomAttr2(LPQMXMETALIB metalib, LPQMXMETAENTRY entry, const std::string& copy) {
   const char* text = qmx_get_entry_customattr2(metalib, entry);
   return text != nullptr && copy == text;
@@ -70,7 +70,7 @@ inline bool SameCustomAttr2(LPQMXMETALIB old_metalib, LPQMXMETAENTRY old_entry, 
                            : HasCustomAttr2(new_metalib, new_entry, old_text);
 }
 
-// The entries of a meta by index, those that cannot be had passed over, and of a common prefix all but the composite ones:
+// The entries of a meta by index. Skips missing ones, and of a common prefix all but the composite ones:
 //   for (const auto [index, entry] : Entries(meta))
 class Entries {
  public:

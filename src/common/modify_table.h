@@ -12,18 +12,15 @@
 //     Texts are part of the interface, misspellings included. A null category logs nothing.
 //   - A refusal that is named below as without a text leaves the buffer as it was.
 //   - A null pointer for which an operation names no result matches nothing and is skipped. So a field without a name is found by
-//   no
-//     other; the check of field names treats it as one with an empty name (ERROR_FIELD_NAME_EMPTY).
+//     no other; the check of field names treats it as one with an empty name (ERROR_FIELD_NAME_EMPTY).
 //
 // What a log category may do while it writes a record, or says whether it would:
 //   - Use another ModifyTable, on the same libraries or others. Neither check affects the other.
-//   - Use the same ModifyTable. The outer operation goes on with what the buffer, printVec and whiteVec then hold, and its result
-//   is
-//     the same; its text is still in the buffer if it wrote it after the record.
+//   - Use the same ModifyTable. The outer operation goes on with what the buffer, printVec and whiteVec then hold. Its result is
+//     not affected; its text is in the buffer afterwards only if it was written after the record.
 //   - Switch to another stack and come back, in any order, also to one on which another check is under way.
-//   - Throw, or leave by longjmp or by never coming back. The object can be used again, and holds what the operation had written.
-//   What
-//     an operation left otherwise than by an exception had allocated is leaked; nothing else.
+//   - Throw, or leave by longjmp, or never come back. The object can be used again, and holds what the operation had written.
+//     Except after an exception, the memory that the operation had allocated is leaked; nothing else.
 //   - Not: change the libraries of a check that is under way, or use one object on two threads at the same time.
 #pragma once
 

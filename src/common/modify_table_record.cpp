@@ -5,7 +5,7 @@
 
 namespace korvel {
 
-// Whether a field is a key field or has a refer property is asked of the old entry alone.
+// The old entry alone decides whether a field is a key field and whether it has a refer property.
 int Run::CompareShape(const Here& here, LPQMXMETA old_meta, EntryPair entries, const ShapeRule& rule) {
   const auto [old_entry, new_entry] = entries;
   const char* name = qmx_get_entry_name(old_entry);

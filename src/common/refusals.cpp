@@ -1,4 +1,4 @@
-// The catalogue as a list, and the way back from a text to its row. Tested by tests/rules/refusals_test.cpp.
+// The catalog as a list, and the way back from a text to its row. Tested by tests/rules/refusals_test.cpp.
 #include "common/refusals.h"
 
 #include <cstddef>
@@ -39,7 +39,7 @@ std::string_view TakeFixed(std::string_view& format) {
   return fixed;
 }
 
-// How many fixed bytes of `format` stand in `text`; 0 if the text is not this format filled in. Arguments may be any bytes.
+// How many fixed bytes of `format` are in `text`; 0 if the text is not this format filled in. Arguments may be any bytes.
 std::size_t Fit(std::string_view format, std::string_view text) {
   const bool may_be_cut = text.size() == kCutLength;
   bool more = format.find('%') != std::string_view::npos;
@@ -50,7 +50,7 @@ std::size_t Fit(std::string_view format, std::string_view text) {
   while (more) {
     more = format.find('%') != std::string_view::npos;
     const std::string_view fixed = TakeFixed(format);
-    // The last fixed part ends the text; those between stand somewhere before it.
+    // The last fixed part ends the text; those between are somewhere before it.
     const std::size_t at = more ? text.find(fixed) : text.rfind(fixed);
     const bool fits = at != std::string_view::npos && (more || at + fixed.size() == text.size());
     if (!fits) return may_be_cut ? found : 0;

@@ -1,4 +1,4 @@
-// The catalogue of refusals: id, code, text and a summary for people of each, written once. Rules and tool read the same rows.
+// The catalog of refusals: id, code, text and a one-line summary of each, written once. Rules and tool read the same rows.
 //
 // Texts are part of the interface, with their misspellings, double blanks and full-width commas. An id never changes its meaning.
 #pragma once
@@ -105,7 +105,7 @@ inline constexpr Refusal<CString, CString> kIndexColumns{
 inline constexpr Refusal<> kIndexNull{"index.null", -1, "Invaild parameter! pstIndex is null", "an index is missing"};
 inline constexpr Refusal<CString> kColumnSet{"index.column-set", -7, "Index column has been modified! table:'%s'",
                                              "an index has another number of columns, or a column it had not"};
-// The column's field stands where the text says index; part of the interface.
+// The text says index where it names the column's field; part of the interface.
 inline constexpr Refusal<CString, CString> kColumnField{
     "index.column-field", -7, "Index column has been modified!index:'%s' table:'%s'", "a field became a column of an index"};
 

@@ -1,8 +1,10 @@
 // Class Lookup, which every search of a rule goes through, and the index of long lists.
 #include "common/lookup.h"
 
+#include <algorithm>
 #include <climits>
 #include <random>
+#include <set>
 
 #include "common/meta_view.h"
 #include "rules/rule_test.h"
@@ -66,40 +68,41 @@ TEST(KeyIndex, FindsTheFirstAsAWalkDoes) {
   for (int round = 0; round < 2000; ++round) {
     const List list = RandomList(random);
     const auto count = static_cast<int>(list.names.size());
-    korvel::KeyIndex index(std::pmr::get_default_resource(), random() | 1, count);
     const auto key_at = [&](int i) { return list.At(i); };
-    for (int i = 0; i < 2 * count; ++i) {
-      const std::string& wanted = list.names[random() % list.names.size()];
-      if (!wanted.empty()) {
-        ASSERT_EQ(index.Find(korvel::NameKey{wanted.c_str()}, key_at), list.Walk(wanted)) << wanted;
-      }
-      const std::string absent = "absent" + std::to_string(i);
-      ASSERT_EQ(index.Find(korvel::NameKey{absent.c_str()}, key_at), -1);
+    const korvel::KeyIndex index(std::pmr::get_default_resource(), random() | 1, 0, count, key_at);
+    std::set<std::string> different;
+    std::size_t named = 0;
+    for (const std::string& name : list.names) {
+      if (name.empty()) continue;
+      ASSERT_EQ(index.Find(korvel::NameKey{name.c_str()}, count, key_at), list.Walk(name)) << name;
+      const std::string absent = "absent" + name;
+      ASSERT_EQ(index.Find(korvel::NameKey{absent.c_str()}, count, key_at), -1);
+      different.insert(name);
+      ++named;
     }
-  }
-}
-
-TEST(KeyIndex, KnowsWhetherAnItemIsTheFirstOfItsKey) {
-  std::mt19937_64 random(20261121);
-  for (int round = 0; round < 2000; ++round) {
-    const List list = RandomList(random);
-    const auto count = static_cast<int>(list.names.size());
-    korvel::KeyIndex index(std::pmr::get_default_resource(), random() | 1, count);
-    const auto key_at = [&](int i) { return list.At(i); };
-    for (int i = 0; i < count && !list.names[static_cast<std::size_t>(i)].empty(); ++i) {
-      ASSERT_EQ(index.IsFirst(i, key_at), list.Walk(list.names[static_cast<std::size_t>(i)]) == i);
-    }
+    ASSERT_EQ(index.AllDiffer(), different.size() == named);
   }
 }
 
 TEST(KeyIndex, KeepsIdsApartFromMissingEntries) {
   const std::vector<korvel::IdKey> ids = {{0, false}, {INT_MIN}, {0}, {INT_MAX}, {0}};
-  korvel::KeyIndex index(std::pmr::get_default_resource(), 1, static_cast<int>(ids.size()));
+  const auto count = static_cast<int>(ids.size());
   const auto key_at = [&](int i) { return ids[static_cast<std::size_t>(i)]; };
-  EXPECT_EQ(index.Find(korvel::IdKey{0}, key_at), 2);
-  EXPECT_EQ(index.Find(korvel::IdKey{INT_MAX}, key_at), 3);
-  EXPECT_EQ(index.Find(korvel::IdKey{INT_MIN}, key_at), 1);
-  EXPECT_EQ(index.Find(korvel::IdKey{-1}, key_at), -1);
+  const korvel::KeyIndex index(std::pmr::get_default_resource(), 1, 0, count, key_at);
+  EXPECT_EQ(index.Find(korvel::IdKey{0}, count, key_at), 2);
+  EXPECT_EQ(index.Find(korvel::IdKey{INT_MAX}, count, key_at), 3);
+  EXPECT_EQ(index.Find(korvel::IdKey{INT_MIN}, count, key_at), 1);
+  EXPECT_EQ(index.Find(korvel::IdKey{-1}, count, key_at), -1);
+}
+
+TEST(KeyIndex, OfAPartHoldsNoOtherItems) {
+  const std::vector<korvel::IdKey> ids = {{7}, {8}, {7}, {9}, {8}, {6}};
+  const auto key_at = [&](int i) { return ids[static_cast<std::size_t>(i)]; };
+  const korvel::KeyIndex index(std::pmr::get_default_resource(), 1, 2, 5, key_at);
+  EXPECT_EQ(index.Find(korvel::IdKey{7}, 5, key_at), 2);
+  EXPECT_EQ(index.Find(korvel::IdKey{8}, 5, key_at), 4);
+  EXPECT_EQ(index.Find(korvel::IdKey{8}, 4, key_at), -1);
+  EXPECT_EQ(index.Find(korvel::IdKey{6}, 5, key_at), -1);
 }
 
 }  // namespace
