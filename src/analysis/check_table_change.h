@@ -16,15 +16,18 @@ namespace korvel {
 
 // One table under two schemas, and how much to find out about it.
 struct TableCheck {
-  Pair sources;  // at least the first has the table
+  Pair sources;  // the first has the table
   std::string table;
   Settings given;                           // settings that are absent are found in the old source (ResolveSettings)
   std::size_t max_findings = kMaxFindings;  // at least 1
-  bool wants_fixes = false;                 // edits of the new file for each finding; they take time to find
+  bool wants_allowed_changes = false;       // the changes of an allowed table; the verdict alone is much cheaper
+  bool wants_suggestions = true;            // a suggestion for each finding
+  bool wants_fixes = false;                 // with wants_suggestions: edits of the new file for each finding; expensive
   LPVESKCATEGORYINST log;                   // not null
 };
 
-// The whole check of a table: verdict, changes, findings and a suggestion for each finding.
+// The whole check of a table. A refused table has changes and findings, and what else `check` wants. An allowed table has changes
+// only if `check` wants them: otherwise the cost is that of the checker alone, and no model of the table is built.
 TableResult CheckTableChange(const TableCheck& check);
 
 // A table's name in either file; the same unless the destination has another name.

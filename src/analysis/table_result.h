@@ -22,7 +22,7 @@ struct TableResult {
   std::string rule;                // id in the catalog; empty for a refusal without a text
   std::string text;                // the checker's, verbatim; empty unless kRefused, and for a refusal without a text
   Settings settings;               // those that the checker got
-  std::optional<Changes> changes;  // what changed and which of it is refused, where the caller wanted it
+  std::optional<Changes> changes;  // what changed and which of it is refused; see CheckTableChange
 };
 
 }  // namespace korvel

@@ -30,6 +30,7 @@ struct Format {
   const char* name;
   std::string (*render)(const Report& report, bool colour);  // `colour` is for forms that people read on a terminal
   bool shows_fixes = false;                                  // as replacements in the new file; they take time to find
+  bool shows_allowed_changes = false;                        // lists the changes of tables that are allowed
   bool shows_sources = false;                                // whole files: images need a text for it
 };
 

@@ -14,6 +14,7 @@ TableCheck CheckFor(const Pair& pair, const std::string& table, const Options& o
           .table = table,
           .given = GivenFor(options, table),
           .max_findings = options.max_findings,
+          .wants_allowed_changes = options.format->shows_allowed_changes,
           .wants_fixes = options.format->shows_fixes,
           .log = log};
 }

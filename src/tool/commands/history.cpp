@@ -40,7 +40,9 @@ class StepChecker {
     for (const std::string_view name : older.tables) {
       const std::string table(name);
       if (!IsWanted(table)) continue;
-      passage.tables.push_back(CheckTableChange(CheckFor({older, newer}, table, options_, log_->handle())));
+      TableCheck check = CheckFor({older, newer}, table, options_, log_->handle());
+      check.wants_allowed_changes = check.wants_suggestions = check.wants_fixes = false;
+      passage.tables.push_back(CheckTableChange(check));
     }
     for (const std::string_view name : newer.tables) {
       const std::string table(name);
