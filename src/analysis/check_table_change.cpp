@@ -1,7 +1,9 @@
-// Runs the checker and collects its answer. No rule is decided here. Tested by tests/tool/check_test.cpp and tests/report.
+// Runs the checker on one table and collects what the caller wants. No rule is decided here. Tested by tests/tool/check_test.cpp
+// and tests/report.
 #include "analysis/check_table_change.h"
 
 #include "analysis/findings/findings.h"
+#include "analysis/findings/run_checker.h"
 #include "analysis/suggest/suggestions.h"
 
 namespace korvel {

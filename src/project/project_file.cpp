@@ -32,7 +32,6 @@
 #include "base/quote.h"
 #include "project/project.h"
 #include "rule_docs/rule_docs.h"
-#include "schema/choice.h"
 #include "schema/setting_values.h"
 
 namespace korvel {
@@ -181,7 +180,7 @@ void ReadSchemas(Reader& reader, const Value& value, Project& project) {
 
 // --- Settings ---
 
-std::optional<int> ReadChoice(Reader& reader, const Value& value, std::span<const Choice> choices) {
+std::optional<int> ReadChoice(Reader& reader, const Value& value, std::span<const NamedCode> choices) {
   const std::string allowed = NamesOf(choices);
   const auto text = reader.Text(value, allowed);
   if (!text) return std::nullopt;

@@ -11,6 +11,7 @@
 #include <iterator>
 
 #include "analysis/findings/findings.h"
+#include "analysis/findings/run_checker.h"
 #include "models.h"
 #include "read_source.h"
 
@@ -85,11 +86,11 @@ TEST(DiffCases, HaveTheseEdits) {
 void ExpectSameAnswer(const SourcePair& pair, const std::string& table) {
   SCOPED_TRACE(pair.name + " " + table);
   const auto settings = ResolveSettings({}, pair.old_source, table);
-  const auto whole = AskChecker(pair.old_source.Library(), pair.new_source.Library(), table, settings);
+  const auto whole = RunChecker(pair.old_source.Library(), pair.new_source.Library(), table, settings);
   const std::optional<qmx::Metalib> old_library = Build(ModelOf(pair.old_source, table));
   const std::optional<qmx::Metalib> new_library = Build(ModelOf(pair.new_source, table));
   ASSERT_TRUE(old_library && new_library);
-  const auto part = AskChecker(old_library->get(), new_library->get(), table, settings);
+  const auto part = RunChecker(old_library->get(), new_library->get(), table, settings);
   EXPECT_EQ(part.code, whole.code);
   EXPECT_EQ(part.text, whole.text);
 }

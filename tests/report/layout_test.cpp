@@ -4,7 +4,6 @@
 #include <gmock/gmock.h>
 
 #include "base/characters.h"
-#include "base/columns.h"
 #include "read_source.h"
 #include "report/render/render_layout.h"
 

@@ -6,10 +6,11 @@
 #include <functional>
 
 #include "analysis/findings/findings.h"
+#include "analysis/findings/run_checker.h"
 #include "analysis/suggest/element_text.h"
 #include "analysis/suggest/suggest.h"
 #include "read_source.h"
-#include "schema/text_source.h"
+#include "schema/source.h"
 
 namespace report_test {
 namespace {
@@ -48,7 +49,7 @@ Fixed Fix(const Sides& sides) {
   const Source new_source =
       ReadSource("new.xml", Library(sides.new_version, sides.protocol, sides.new_attributes, sides.new_fields));
   const Settings settings = ResolveSettings(sides.given, old_source, "t");
-  const Verdict whole = AskChecker(old_source.Library(), new_source.Library(), "t", settings);
+  const Verdict whole = RunChecker(old_source.Library(), new_source.Library(), "t", settings);
   const Difference difference(old_source, new_source, "t");
   Fixed fixed;
   fixed.changes = FindChanges(difference, old_source, new_source, "t", settings, whole, kMaxFindings);
@@ -56,10 +57,10 @@ Fixed Fix(const Sides& sides) {
   FindSuggestions(difference, old_source, new_source, "t", settings, fixed.changes, true);
   const auto built = Build(fixed.suggestion.model);
   EXPECT_TRUE(built);
-  const bool refused = AskChecker(old_source.Library(), built->get(), "t", settings).Refused();
+  const bool refused = RunChecker(old_source.Library(), built->get(), "t", settings).Refused();
   EXPECT_EQ(fixed.suggestion.allowed, !refused) << "what it says about the suggestion";
   for (const Finding& finding : fixed.changes.findings) {
-    fixed.fixed.push_back(Replaced(new_source.text->bytes, finding.fix));
+    fixed.fixed.push_back(ApplyReplacements(new_source.text->bytes, finding.fix));
     EXPECT_FALSE(finding.suggestion.empty());
   }
   return fixed;
@@ -220,7 +221,7 @@ std::string TwoTables(const std::string& protocol, const std::string& fields, co
 Changes WaysOutOf(const std::string& before, const Source& new_source) {
   const Source old_source = ReadSource("old.xml", before);
   const Settings settings = ResolveSettings({}, old_source, "t");
-  const Verdict whole = AskChecker(old_source.Library(), new_source.Library(), "t", settings);
+  const Verdict whole = RunChecker(old_source.Library(), new_source.Library(), "t", settings);
   const Difference difference(old_source, new_source, "t");
   Changes changes = FindChanges(difference, old_source, new_source, "t", settings, whole, kMaxFindings);
   FindSuggestions(difference, old_source, new_source, "t", settings, changes, true);
@@ -257,7 +258,8 @@ TEST(WaysOut, AFixLeavesNoStructureWithoutFields) {
   };
   const Source new_source = ReadSource("new.xml", library("9b"));
   for (const Finding& finding : WaysOutOf(library("a"), new_source).findings) {
-    EXPECT_NE(SourceOfText("fixed.xml", Replaced(new_source.text->bytes, finding.fix)), std::nullopt) << finding.verdict.text;
+    EXPECT_NE(SourceOfText("fixed.xml", ApplyReplacements(new_source.text->bytes, finding.fix)), std::nullopt)
+        << finding.verdict.text;
   }
 }
 
@@ -324,7 +326,7 @@ TEST(WaysOut, ATableThatIsGoneIsPutBack) {
       "new.xml",
       "<metalib name=\"m\" version=\"6\" protocol=\"QMX\"><meta name=\"s\"><entry name=\"a\" type=\"int8\"/></meta></metalib>");
   const Settings settings = ResolveSettings({}, old_source, "t");
-  const Verdict whole = AskChecker(old_source.Library(), new_source.Library(), "t", settings);
+  const Verdict whole = RunChecker(old_source.Library(), new_source.Library(), "t", settings);
   Changes changes = FindRemovedTable(old_source, new_source, "t", settings, whole);
   const Suggestion suggestion = FindSuggestionsForRemovedTable(old_source, new_source, "t", settings, changes);
   EXPECT_TRUE(suggestion.allowed);

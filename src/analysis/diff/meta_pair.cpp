@@ -1,5 +1,5 @@
-// Matches two metas and makes those between them. What an edit is called and where it stands is not known here.
-// Held by tests/report/diff_test.cpp and diff_law_test.cpp.
+// Matches two metas, and builds the meta that results from some of the edits. Does not name or locate edits: see diff_edits.cpp.
+// Tested by tests/report/diff_test.cpp and diff_law_test.cpp.
 #include "analysis/diff/meta_pair.h"
 
 #include <algorithm>
@@ -72,10 +72,10 @@ class MetaPair::Maker {
   void MakeEntries() {
     constexpr EditKinds kPlaced = Bit(EditKind::kEntryAdded) | Bit(EditKind::kEntryRemoved) | Bit(EditKind::kEntryMoved);
     order_ = pair_.entries_.Order([&](Slot slot) { return (chosen_.entries[slot] & kPlaced) != 0; });
-    places_.assign(pair_.entries_.slot_count(), kNoSlot);
+    positions_.assign(pair_.entries_.slot_count(), kNoSlot);
     decl_.entries.reserve(order_.size());
     for (const Slot slot : order_) {
-      places_[slot] = static_cast<Slot>(decl_.entries.size());
+      positions_[slot] = static_cast<Slot>(decl_.entries.size());
       decl_.entries.push_back(EntryOf(slot));
     }
   }
@@ -90,13 +90,13 @@ class MetaPair::Maker {
     return decl;
   }
 
-  // What refers to an entry that does not stand before it, or can hold no count, has a fixed count.
+  // A refer to an entry that does not come before it, or cannot be a counter, is dropped: the count is fixed.
   void MakeRefers() {
     for (std::size_t i = 0; i < order_.size(); ++i) {
       const Slot counter = CounterOf(order_[i]);
-      const Slot place = counter == kNoSlot ? kNoSlot : places_[counter];
-      const bool holds = place < i && CanHoldCount(decl_.entries[place].type, decl_.entries[place].count);
-      decl_.entries[i].refer = holds ? decl_.entries[place].name : std::string_view();
+      const Slot position = counter == kNoSlot ? kNoSlot : positions_[counter];
+      const bool holds = position < i && CanHoldCount(decl_.entries[position].type, decl_.entries[position].count);
+      decl_.entries[i].refer = holds ? decl_.entries[position].name : std::string_view();
     }
   }
 
@@ -105,13 +105,13 @@ class MetaPair::Maker {
     return is_new ? pair_.new_references_.refers[pair_.entries_.NewPosition(slot)] : pair_.old_references_.refers[slot];
   }
 
-  bool IsThere(const Member& member) const { return member.entry != kNoSlot && places_[member.entry] != kNoSlot; }
-  std::string_view NameOf(const Member& member) const { return decl_.entries[places_[member.entry]].name; }
+  bool IsPresent(const Member& member) const { return member.entry != kNoSlot && positions_[member.entry] != kNoSlot; }
+  std::string_view NameOf(const Member& member) const { return decl_.entries[positions_[member.entry]].name; }
 
   std::vector<std::string_view> Names(const Members& members) const {
     std::vector<std::string_view> names;
     for (const Member& member : members) {
-      if (IsThere(member)) names.push_back(NameOf(member));
+      if (IsPresent(member)) names.push_back(NameOf(member));
     }
     return names;
   }
@@ -125,9 +125,9 @@ class MetaPair::Maker {
       const Members& members = Side(is_new).columns[position];
       IndexDecl index{(is_new ? pair_.new_ : pair_.old_)->indexes[position].name, {}};
       for (const Member& member : members) {
-        if (IsThere(member)) index.columns.push_back({NameOf(member), member.descending});
+        if (IsPresent(member)) index.columns.push_back({NameOf(member), member.descending});
       }
-      // An index goes with the last of its fields.
+      // An index disappears with its last field.
       if (!index.columns.empty() || members.empty()) decl_.indexes.push_back(std::move(index));
     }
   }
@@ -136,7 +136,7 @@ class MetaPair::Maker {
   const ChosenEdits& chosen_;
   MetaDecl decl_;
   std::vector<Slot> order_;
-  std::vector<Slot> places_;  // of each slot among the entries; kNoSlot = it is not there
+  std::vector<Slot> positions_;  // of each slot among the made entries; kNoSlot = not made
 };
 
 MetaDecl MetaPair::Make(const ChosenEdits& chosen) const { return Maker(*this, chosen).Make(); }

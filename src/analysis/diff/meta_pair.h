@@ -1,4 +1,4 @@
-// A meta on both sides: what of it is the same, and the meta between them when only some edits are made.
+// A meta of both sides: how its entries and indexes match, and the meta that results from some of its edits.
 #pragma once
 
 #include <cstdint>
@@ -25,7 +25,7 @@ struct Member {
 };
 using Members = std::vector<Member>;
 
-// What one side refers to, by slots: names change and may stand twice.
+// The references of one side as slots, because names may change and may be duplicates.
 struct References {
   std::vector<Slot> refers;  // of each entry; kNoSlot = fixed count
   Members primary_key;
@@ -33,7 +33,7 @@ struct References {
   std::vector<Members> columns;  // of each index
 };
 
-// Edits of a meta that are to be made.
+// The edits of a meta to apply.
 struct ChosenEdits {
   EditKinds meta = 0;
   std::vector<EditKinds> entries;            // by slot
@@ -41,9 +41,10 @@ struct ChosenEdits {
   std::vector<std::string_view> attributes;  // keys of customattr
 };
 
+// Borrows both metas. Immutable; threads may use one pair at the same time.
 class MetaPair {
  public:
-  // REQUIRES: the metas outlive the pair. n log n.
+  // `id_first`: match entries by id before name. n log n.
   MetaPair(const MetaModel& old_meta, const MetaModel& new_meta, bool id_first);
 
   const MetaModel& old_meta() const { return *old_; }
@@ -58,12 +59,12 @@ class MetaPair {
   const IndexModel& OldIndex(Slot slot) const { return old_->indexes[slot]; }
   const IndexModel& NewIndex(Slot slot) const { return new_->indexes[indexes_.NewPosition(slot)]; }
 
-  // What removals make of a list of the old side.
+  // A list of the old side without removed entries.
   Members WithoutRemoved(const Members& members) const;
-  // What they make of a reference of the old side.
+  // A reference of the old side; kNoSlot if the entry is removed.
   Slot WithoutRemoved(Slot slot) const { return slot == kNoSlot || entries_.IsRemoved(slot) ? kNoSlot : slot; }
 
-  // The old meta with the chosen edits made; it borrows from both sides. Linear.
+  // The old meta after the chosen edits. Borrows from both sides. Linear.
   MetaDecl Make(const ChosenEdits& chosen) const;
 
  private:

@@ -1,5 +1,5 @@
-// Ways out as tables. What is allowed stands in the checker alone; these are words for it. Held by
-// tests/report/ways_out_test.cpp.
+// The words of suggestions, as tables. Contains no rules: what is allowed is decided by the checker alone.
+// Tested by tests/report/suggestions_test.cpp.
 #include "analysis/suggest/suggestion_text.h"
 
 #include <algorithm>
@@ -12,7 +12,7 @@
 namespace korvel {
 namespace {
 
-// {item}, {meta}, {before} and {after} stand for those of the edit; "none" for an empty value. Every kind has a row.
+// {item}, {meta}, {before} and {after} are replaced by the values of the edit, empty ones by "none". Every kind has a row.
 struct KindWords {
   EditKind kind;
   std::string_view text;
@@ -44,8 +44,8 @@ constexpr KindWords kByKind[] = {
     {EditKind::kEntryMeta, "keep {item} a {before}; a new field may have the structure {after}"},
 };
 
-// Where there was nothing before, if that is said in other words.
-constexpr KindWords kOfNothing[] = {
+// Texts for edits of values that the old side does not have, where they differ.
+constexpr KindWords kWithoutOldValue[] = {
     {EditKind::kLibraryProtocol, "leave the library without a protocol; records in another one need new tables and a copy"},
     {EditKind::kTableAttribute, "do without {item} of table {meta}"},
     {EditKind::kSplittableKey, "do without a splittable key; a new table may have one from its first day"},
@@ -85,8 +85,8 @@ std::string ShapeOf(const EntryModel& entry) {
 }
 
 std::string LeavingOut(const Edit& edit) {
-  const auto of_nothing = std::ranges::find(kOfNothing, edit.kind, &KindWords::kind);
-  if (edit.before.empty() && of_nothing != std::end(kOfNothing)) return Filled(of_nothing->text, edit);
+  const auto without_old = std::ranges::find(kWithoutOldValue, edit.kind, &KindWords::kind);
+  if (edit.before.empty() && without_old != std::end(kWithoutOldValue)) return Filled(without_old->text, edit);
   return Filled(std::ranges::find(kByKind, edit.kind, &KindWords::kind)->text, edit);
 }
 

@@ -82,11 +82,11 @@ void Page::ListChanges() {
 void Page::AddMarks(const TableResult& table, const Edit& edit, StatusStyle look, const std::string& id) {
   PagePair& pair = pairs_[PairOf(table)];
   AddMark(pair.old_marks, edit.old_location, look, id);
-  if (!TakesElementAway(edit)) AddMark(pair.new_marks, edit.new_location, look, id);
+  if (!RemovesElement(edit)) AddMark(pair.new_marks, edit.new_location, look, id);
   const TextRange* const old_mark = marks_.Find(edit.old_location);
   const TextRange* const new_mark = marks_.Find(edit.new_location);
   const bool both = old_mark != nullptr && new_mark != nullptr && old_mark->begin && new_mark->begin;
-  if (both && !TakesElementAway(edit)) pair.known.push_back({old_mark->begin->line, new_mark->begin->line});
+  if (both && !RemovesElement(edit)) pair.known.push_back({old_mark->begin->line, new_mark->begin->line});
 }
 
 void Page::AddMark(std::vector<LineMark>& marks, const Location& location, StatusStyle look, const std::string& id) const {

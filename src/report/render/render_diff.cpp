@@ -78,7 +78,7 @@ class TextWriter {
   // What was removed stands at its old place.
   void AddEdits(const std::vector<Edit>& edits) {
     for (const Edit& edit : edits) {
-      const bool is_removed = TakesElementAway(edit);
+      const bool is_removed = RemovesElement(edit);
       const bool has_two = edit.old_location && !is_removed;
       text_ += "   " + Place(is_removed ? edit.old_location : edit.new_location) + ": " + Describe(edit);
       text_ += has_two ? " (was at " + Place(edit.old_location) + ")\n" : "\n";

@@ -5,7 +5,7 @@
 #include "common/result_codes.h"
 #include "report/render/render.h"
 #include "report/result/words.h"
-#include "schema/choice.h"
+#include "schema/setting_values.h"
 
 namespace korvel {
 namespace {

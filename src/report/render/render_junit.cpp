@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "base/characters.h"
-#include "base/xml_escape.h"
 #include "report/render/render.h"
 #include "report/result/issues.h"
+#include "schema/xml_writer.h"
 
 namespace korvel {
 namespace {
@@ -35,7 +35,7 @@ std::string XmlText(std::string_view text) {
   for (std::string_view rest = valid; !rest.empty(); rest.remove_prefix(CharacterLength(rest))) {
     const std::string_view character = rest.substr(0, CharacterLength(rest));
     // U+FFFE and U+FFFF are UTF-8, but no characters of XML.
-    xml += character == "\n" ? "\n" : XmlEscaped(VisibleCharacter(character)).value_or("\xef\xbf\xbd");
+    xml += character == "\n" ? "\n" : EscapeForXml(VisibleCharacter(character)).value_or("\xef\xbf\xbd");
   }
   return xml;
 }

@@ -3,7 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "base/columns.h"
+#include "base/characters.h"
 #include "base/one_line.h"
 #include "report/result/layout.h"
 

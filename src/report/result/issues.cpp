@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <map>
 
-#include "analysis/findings/fingerprint.h"
+#include "analysis/findings/finding.h"
 #include "base/one_line.h"
 
 namespace korvel {

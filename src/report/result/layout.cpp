@@ -8,7 +8,7 @@
 #include "common/check_table.h"
 #include "common/meta_view.h"
 #include "qmx/qmx_metalib_kernel.h"
-#include "schema/choice.h"
+#include "schema/setting_values.h"
 #include "schema/settings.h"
 
 namespace korvel {

@@ -73,7 +73,7 @@ namespace {
 // Whether nothing of what the edit is about is left on the new side. What moved to the front stands behind nothing there.
 bool IsRemoval(const Edit& edit) {
   const bool moves = edit.kind == EditKind::kEntryMoved || edit.kind == EditKind::kIndexMoved;
-  return TakesElementAway(edit) || (!moves && edit.after.empty() && !edit.before.empty());
+  return RemovesElement(edit) || (!moves && edit.after.empty() && !edit.before.empty());
 }
 
 }  // namespace

@@ -12,7 +12,6 @@
 #include "base/input_error.h"
 #include "base/one_line.h"
 #include "base/quote.h"
-#include "schema/choice.h"
 #include "schema/setting_values.h"
 #include "tool/cli/command.h"
 #include "tool/cli/usage.h"
@@ -20,9 +19,9 @@
 namespace korvel::tool {
 namespace {
 
-constexpr Choice kLogFormats[] = {{"text", static_cast<int>(vesk::LineFormat::kText)},
-                                  {"json", static_cast<int>(vesk::LineFormat::kJson)}};
-constexpr Choice kLogLevels[] = {{"error", VESK_PRIORITY_ERROR}, {"warn", VESK_PRIORITY_WARN}, {"info", VESK_PRIORITY_INFO}};
+constexpr NamedCode kLogFormats[] = {{"text", static_cast<int>(vesk::LineFormat::kText)},
+                                     {"json", static_cast<int>(vesk::LineFormat::kJson)}};
+constexpr NamedCode kLogLevels[] = {{"error", VESK_PRIORITY_ERROR}, {"warn", VESK_PRIORITY_WARN}, {"info", VESK_PRIORITY_INFO}};
 
 // Help names what an option takes. What it needs or excludes its description says.
 class HelpFormatter : public CLI::Formatter {
@@ -40,8 +39,8 @@ class HelpFormatter : public CLI::Formatter {
 
 // An option that takes one of several words; `set` gets the word's code.
 template <class Set>
-CLI::Option* AddChoice(CLI::App& app, const std::string& option, std::span<const Choice> choices, const std::string& description,
-                       Set set) {
+CLI::Option* AddChoice(CLI::App& app, const std::string& option, std::span<const NamedCode> choices,
+                       const std::string& description, Set set) {
   const auto take = [option, choices, set](const std::string& value) {
     const std::optional<int> code = CodeOf(choices, value);
     if (!code) RefuseValue(option, value, NamesOf(choices));
@@ -131,20 +130,20 @@ void AddOutput(CLI::App& app, const Command& command, Options& options) {
       ->required(needed);
 }
 
-std::vector<Choice> FormatChoices() {
-  std::vector<Choice> choices;
+std::vector<NamedCode> FormatChoices() {
+  std::vector<NamedCode> choices;
   for (const Format& format : Formats()) choices.push_back({format.name, static_cast<int>(choices.size())});
   return choices;
 }
 
-std::vector<Choice> RuleDocFormatChoices() {
-  std::vector<Choice> choices;
+std::vector<NamedCode> RuleDocFormatChoices() {
+  std::vector<NamedCode> choices;
   for (const RuleDocFormat* format : RuleDocFormats()) choices.push_back({format->name, static_cast<int>(choices.size())});
   return choices;
 }
 
 void AddRuleDocOptions(CLI::App& app, const Command& command, Options& options) {
-  static const std::vector<Choice> formats = RuleDocFormatChoices();  // the option keeps looking at them
+  static const std::vector<NamedCode> formats = RuleDocFormatChoices();  // the option keeps looking at them
   if ((command.options & kRuleDocOption) != 0) {
     AddChoice(app, "--format", formats, "form of the page; default: text",
               [&options](int code) { options.rule_doc_format = RuleDocFormats()[static_cast<std::size_t>(code)]; });
@@ -153,7 +152,7 @@ void AddRuleDocOptions(CLI::App& app, const Command& command, Options& options) 
 }
 
 void AddReportOptions(CLI::App& app, Options& options, vesk::LogSettings& log) {
-  static const std::vector<Choice> formats = FormatChoices();  // the option keeps looking at them
+  static const std::vector<NamedCode> formats = FormatChoices();  // the option keeps looking at them
   AddChoice(app, "--format", formats, "form of the report; default: text",
             [&options](int code) { options.format = &Formats()[static_cast<std::size_t>(code)]; });
   const auto take_log = [&options, &log](const std::string& value) {
@@ -180,7 +179,7 @@ void AddSuggestOptions(CLI::App& app, const Command& command, Options& options) 
 }
 
 void AddTextOrJson(CLI::App& app, Options& options) {
-  static constexpr Choice kForms[] = {{"text", 0}, {"json", 1}};
+  static constexpr NamedCode kForms[] = {{"text", 0}, {"json", 1}};
   AddChoice(app, "--format", kForms, "form of the output; default: text", [&options](int code) { options.json = code == 1; });
 }
 

@@ -12,7 +12,7 @@
 #include "project/project.h"
 #include "schema/schema_file.h"
 #include "schema/selection.h"
-#include "schema/text_source.h"
+#include "schema/source.h"
 #include "tool/cli/command.h"
 #include "tool/io/refused.h"
 

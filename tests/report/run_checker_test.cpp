@@ -1,5 +1,5 @@
 // The checker's answers as reports keep them.
-#include "analysis/findings/ask_checker.h"
+#include "analysis/findings/run_checker.h"
 
 #include <gtest/gtest.h>
 
@@ -9,8 +9,8 @@
 namespace report_test {
 namespace {
 
-using korvel::AskChecker;
 using korvel::ResolveSettings;
+using korvel::RunChecker;
 using korvel::Settings;
 using korvel::Source;
 using korvel::Verdict;
@@ -23,10 +23,10 @@ Source Orders(const std::string& fields) {
 Verdict Ask(const Source& old_source, const Source& new_source, const std::string& server_version = "") {
   Settings given;
   given.server_version = server_version;
-  return AskChecker(old_source.Library(), new_source.Library(), "orders", ResolveSettings(given, old_source, "orders"));
+  return RunChecker(old_source.Library(), new_source.Library(), "orders", ResolveSettings(given, old_source, "orders"));
 }
 
-TEST(AskChecker, AnAllowedChangeHasNoText) {
+TEST(RunChecker, AnAllowedChangeHasNoText) {
   const Source source = Orders(R"(<entry name="uid" type="uint32"/>)");
   const Verdict verdict = Ask(source, source);
   EXPECT_FALSE(verdict.Refused());
@@ -34,7 +34,7 @@ TEST(AskChecker, AnAllowedChangeHasNoText) {
   EXPECT_EQ(verdict.rule, "");
 }
 
-TEST(AskChecker, ARefusedOneHasCodeTextAndRule) {
+TEST(RunChecker, ARefusedOneHasCodeTextAndRule) {
   const Verdict verdict = Ask(Orders(R"(<entry name="uid" type="uint32"/>)"), Orders(R"(<entry name="uid" type="uint64"/>)"));
   EXPECT_TRUE(verdict.Refused());
   EXPECT_EQ(verdict.code, -3);
@@ -43,7 +43,7 @@ TEST(AskChecker, ARefusedOneHasCodeTextAndRule) {
 }
 
 // The checker refuses to look at field lengths without a log category.
-TEST(AskChecker, FieldLengthsAreLookedAt) {
+TEST(RunChecker, FieldLengthsAreLookedAt) {
   const Source source = Orders(R"(<entry name="uid" type="uint32"/><entry name="blob" type="bytes" size="200000"/>)");
   EXPECT_EQ(Ask(source, source, "3.0.0").text, "ERR_ENTRY_LEN;blob|");
   EXPECT_FALSE(Ask(source, source, "3.29.0").Refused());

@@ -1,5 +1,5 @@
-// Fingerprints. Held by tests/report/fingerprint_test.cpp.
-#include "analysis/findings/fingerprint.h"
+// Computes fingerprints. Tested by tests/report/fingerprint_test.cpp.
+#include "analysis/findings/finding.h"
 
 #define XXH_INLINE_ALL
 #include <xxhash.h>
@@ -10,9 +10,9 @@
 namespace korvel {
 namespace {
 
-constexpr char kEnd = '\0';  // behind each part; no name holds it
+constexpr char kEnd = '\0';  // after each part; no name contains it
 
-// A refusal without a row in the catalogue is known by its number.
+// A refusal without a row in the catalog is identified by its code.
 std::string RuleOf(const Verdict& verdict) { return verdict.rule.empty() ? std::to_string(verdict.code) : verdict.rule; }
 
 }  // namespace

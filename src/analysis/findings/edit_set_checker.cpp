@@ -1,5 +1,5 @@
-// Asks about sets of edits, and finds the smallest that is refused. Held by tests/report/search_test.cpp.
-#include "analysis/findings/questions.h"
+// Checks sets of edits, and finds minimal refused sets by halving. Tested by tests/report/search_test.cpp.
+#include "analysis/findings/edit_set_checker.h"
 
 #include <algorithm>
 #include <string>
@@ -7,12 +7,12 @@
 
 namespace korvel {
 
-Questions::Questions(const SearchInput& input) : input_(input), preexisting_(input.preexisting) {
-  const CheckAnswer nothing = Ask(EditSet(input.needs.size()));
-  if (nothing && nothing->Refused()) preexisting_.push_back(*nothing);
+EditSetChecker::EditSetChecker(const SearchInput& input) : input_(input), preexisting_(input.preexisting) {
+  const CheckAnswer unchanged = Check(EditSet(input.needs.size()));
+  if (unchanged && unchanged->Refused()) preexisting_.push_back(*unchanged);
 }
 
-EditSet Questions::With(const EditSet& base, const std::vector<std::size_t>& edits) const {
+EditSet EditSetChecker::With(const EditSet& base, const std::vector<std::size_t>& edits) const {
   EditSet set = base;
   for (const std::size_t edit : edits) {
     set[edit] = true;
@@ -23,18 +23,18 @@ EditSet Questions::With(const EditSet& base, const std::vector<std::size_t>& edi
 
 namespace {
 
-// The rule that names all oversized fields in one text, and what stands in front of them there.
+// The rule whose text lists all oversized fields, and the part of the text before the list.
 constexpr std::string_view kOversizedRule = "length.limit";
 constexpr std::string_view kOversizedHead = "ERR_ENTRY_LEN;";
 
-// "a|b|" of a refusal that names all oversized fields at once; empty for others.
+// The list "a|b|" of a refusal for oversized fields; empty for other refusals.
 std::string_view OversizedFields(const Verdict& verdict) {
   if (verdict.rule != kOversizedRule) return {};
   return std::string_view(verdict.text).substr(kOversizedHead.size());
 }
 
-// Whether a refusal names some of the oversized fields of another one and no more.
-bool NamesNoOthers(const Verdict& known, const Verdict& verdict) {
+// Whether a refusal lists some of the oversized fields of another one and no others.
+bool ListsNoOthers(const Verdict& known, const Verdict& verdict) {
   const std::string all = "|" + std::string(OversizedFields(known));
   std::string_view rest = OversizedFields(verdict);
   if (rest.empty() || all.size() == 1) return false;
@@ -48,27 +48,27 @@ bool NamesNoOthers(const Verdict& known, const Verdict& verdict) {
 
 }  // namespace
 
-bool Questions::Refuses(const CheckAnswer& answer) const {
+bool EditSetChecker::Refuses(const CheckAnswer& answer) const {
   if (!answer || !answer->Refused()) return false;
   return std::ranges::none_of(preexisting_,
-                              [&](const Verdict& known) { return SameRefusal(known, *answer) || NamesNoOthers(known, *answer); });
+                              [&](const Verdict& known) { return SameRefusal(known, *answer) || ListsNoOthers(known, *answer); });
 }
 
 namespace {
 
-// The part of a set that an edit is refused with.
+// Finds the part of a set together with which an edit is refused.
 class MinimalConflict {
  public:
-  MinimalConflict(const Questions& questions, std::size_t edit) : questions_(questions), edit_(edit) {}
+  MinimalConflict(const EditSetChecker& checker, std::size_t edit) : checker_(checker), edit_(edit) {}
 
-  // Whether the edit is refused on top of these, which pass without it.
+  // Whether the edit is refused together with these edits, which pass without it.
   bool IsTriggeredBy(const std::vector<std::size_t>& edits) const {
-    const EditSet set = questions_.Only(edits);
-    return questions_.Refuses(questions_.Ask(questions_.With(set, {edit_}))) && questions_.Passes(questions_.Ask(set));
+    const EditSet set = checker_.Only(edits);
+    return checker_.Refuses(checker_.Check(checker_.With(set, {edit_}))) && checker_.Passes(checker_.Check(set));
   }
 
-  // The last edit of the shortest beginning of `candidates` that brings it about together with `known`; those behind it, and
-  // itself, leave the candidates. REQUIRES: all candidates do, and none of them does not.
+  // The last edit of the shortest prefix of `candidates` that triggers the refusal together with `known`. Removes this edit and
+  // all behind it from the candidates. REQUIRES: `known` with all candidates triggers it, `known` alone does not.
   std::size_t TakeLast(const std::vector<std::size_t>& known, std::vector<std::size_t>& candidates) const {
     std::size_t too_few = 0;
     std::size_t enough = candidates.size();
@@ -83,8 +83,8 @@ class MinimalConflict {
     return last;
   }
 
-  // Leaves out what can be left out, one at a time.
-  void LeaveOut(std::vector<std::size_t>& edits) const {
+  // Removes edits without which the refusal is still triggered, one at a time.
+  void Minimize(std::vector<std::size_t>& edits) const {
     for (std::size_t i = 0; i < edits.size();) {
       std::vector<std::size_t> rest = edits;
       rest.erase(rest.begin() + static_cast<std::ptrdiff_t>(i));
@@ -98,17 +98,17 @@ class MinimalConflict {
   }
 
  private:
-  const Questions& questions_;
+  const EditSetChecker& checker_;
   std::size_t edit_;
 };
 
 }  // namespace
 
-std::vector<std::size_t> SmallestSetAgainst(const Questions& questions, std::vector<std::size_t> base, std::size_t edit) {
-  const MinimalConflict conspiracy(questions, edit);
+std::vector<std::size_t> MinimalConflictWith(const EditSetChecker& checker, std::vector<std::size_t> base, std::size_t edit) {
+  const MinimalConflict conflict(checker, edit);
   std::vector<std::size_t> found;
-  while (!base.empty() && !conspiracy.IsTriggeredBy(found)) found.push_back(conspiracy.TakeLast(found, base));
-  conspiracy.LeaveOut(found);
+  while (!base.empty() && !conflict.IsTriggeredBy(found)) found.push_back(conflict.TakeLast(found, base));
+  conflict.Minimize(found);
   return found;
 }
 
