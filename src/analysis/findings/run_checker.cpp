@@ -61,7 +61,7 @@ Verdict VerdictOf(int code, const ModifyTable& checker) {
   verdict.code = code;
   if (code == 0) return verdict;
   verdict.text = checker.GetErrType();
-  if (const RefusalRow* row = Identify(verdict.text)) verdict.rule = row->id;
+  if (const RefusalRow* row = checker.GetRefusal()) verdict.rule = row->id;
   return verdict;
 }
 

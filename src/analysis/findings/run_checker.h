@@ -13,7 +13,7 @@
 
 namespace korvel {
 
-// The verdict of an operation that returned `code`, with the text that `checker` holds after it.
+// The verdict of the last operation of `checker`, which returned `code`: its text and the rule that wrote it.
 Verdict VerdictOf(int code, const ModifyTable& checker);
 
 // The whole check of `table`. REQUIRES: every member of `settings` is set.
