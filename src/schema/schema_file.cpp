@@ -19,7 +19,7 @@ namespace {
 constexpr char kHead[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
 
 [[noreturn]] void Refuse(const Input& input, const std::string& fault) {
-  throw InputError{{OneLine(input.name + ": error: no schema file can say this: " + fault)}};
+  throw InputError{{OneLine(input.name + ": error: cannot be written as XML: " + fault)}};
 }
 
 // The order of texts in the library is the order of declarations in the file: an index may come between entries.
@@ -44,7 +44,7 @@ void RequireSame(const Input& input, const std::string& text) {
   if (!read.schema) Refuse(input, read.errors.front().text);
   const qmx::Metalib& again = read.schema->metalib;
   const bool same = again.size() == input.metalib.size() && std::memcmp(again.get(), input.Library(), again.size()) == 0;
-  if (!same) Refuse(input, "read again it gives another library; allowed: what 'compile' makes of a schema file");
+  if (!same) Refuse(input, "reading it back gives another library; allowed: what 'compile' makes of a schema file");
 }
 
 }  // namespace

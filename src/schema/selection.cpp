@@ -53,7 +53,7 @@ Selection SelectAll(const Pair& pair) {
 Selection SelectTables(const Pair& pair, const std::vector<std::string>& requested) {
   Selection selection = requested.empty() ? SelectAll(pair) : SelectRequested(pair, requested);
   if (!selection.compared.empty()) return selection;
-  const std::string why = requested.empty() ? " has no table (a meta with a primary key)" : " has none of the tables asked for";
+  const std::string why = requested.empty() ? " has no table (a meta with a primary key)" : " has none of the requested tables";
   throw InputError{{ToolMessage("nothing was compared: " + OneLine(pair.first.name) + why)}};
 }
 

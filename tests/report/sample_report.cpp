@@ -211,7 +211,7 @@ TableResult Zones(const Maker& maker) {
   finding.path = "zones" + maker.suffix();
   finding.old_location = table.declared;
   finding.new_location = maker.InNew({Kind::kMetalib}, "");
-  finding.suggestion = "no form of this change is allowed";
+  finding.suggestion = "no allowed alternative";
   finding.fingerprint = "0000000000000005";
   table.changes.emplace().findings = {finding};
   Answer(table);
@@ -225,7 +225,7 @@ TableResult OldStyle(const Maker& maker) {
   finding.path = "old_style.a-b" + maker.suffix();
   finding.old_location = maker.InOld({Kind::kEntry, kOldStyle, 1}, "name");
   finding.new_location = maker.InNew({Kind::kEntry, kNewStyle, 1}, "name");
-  finding.suggestion = "no form of this change is allowed";
+  finding.suggestion = "no allowed alternative";
   finding.fingerprint = "0000000000000006";
   table.changes.emplace().findings = {finding};
   table.changes->allowed_together = finding.verdict;

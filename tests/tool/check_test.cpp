@@ -115,7 +115,7 @@ TEST_F(CheckTest, AnAskedTableOnlyInTheNewFileIsReportedAsNew) {
 TEST_F(CheckTest, NothingComparedIsNeverClean) {
   Write("new.xml", Library(5, {Table(), Table({.name = "zones"})}));
   ExpectNotAsked(Korvelcheck({"check", "old.xml", "new.xml", "--table", "zones"}),
-                 "korvelcheck: nothing was compared: old.xml has none of the tables asked for\n");
+                 "korvelcheck: nothing was compared: old.xml has none of the requested tables\n");
   Write("plain.xml", Library(5, {"<meta name=\"item\"><entry name=\"a\" id=\"1\" type=\"int8\"/></meta>"}));
   ExpectNotAsked(Korvelcheck({"check", "plain.xml", "old.xml"}),
                  "korvelcheck: nothing was compared: plain.xml has no table (a meta with a primary key)\n");

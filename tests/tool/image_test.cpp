@@ -301,7 +301,7 @@ TEST_F(ImageTest, DescriptionsAreGone) {
 }
 
 TEST_F(ImageTest, WhatNoSchemaFileCanSayIsTold) {
-  const std::string start = "odd.qmb: error: no schema file can say this: ";
+  const std::string start = "odd.qmb: error: cannot be written as XML: ";
   const auto expect = [&](const qmx::EntryDecl& entry, const std::string& text, bool is_key = false) {
     qmx::MetalibBuilder builder("odd", 1, qmx::Protocol::kQmx);
     builder.AddMeta("table");
@@ -368,7 +368,7 @@ TEST_F(ImageTest, AStructureThatIsCalledLikeASimpleTypeIsTold) {
   Write("odd.qmb", qmx::WriteImage(metalib));
   ExpectNotAsked(
       Korvelcheck({"dump", "odd.qmb"}),
-      "odd.qmb: error: no schema file can say this: read again it gives another library; allowed: what 'compile' makes "
+      "odd.qmb: error: cannot be written as XML: reading it back gives another library; allowed: what 'compile' makes "
       "of a schema file\n");
 }
 

@@ -111,7 +111,7 @@ TEST_F(PairCommandsTest, TablesOnlyInTheSecondFileCannotBeAskedFor) {
     ExpectNotAsked(Korvelcheck({command, "new.xml", "old.xml", "--table", "orders", "--table", "users"}),
                    "korvelcheck: table 'users' is not in new.xml\n");
     ExpectNotAsked(Korvelcheck({command, "new.xml", "old.xml", "--table", "users"}),
-                   "korvelcheck: nothing was compared: new.xml has none of the tables asked for\n");
+                   "korvelcheck: nothing was compared: new.xml has none of the requested tables\n");
     ExpectNotAsked(Korvelcheck({command, "new.xml", "old.xml", "--table", "oders"}),
                    "korvelcheck: table 'oders' is neither in new.xml nor in old.xml (did you mean 'orders'?)\n");
   }

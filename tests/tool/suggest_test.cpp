@@ -91,7 +91,7 @@ TEST_F(SuggestTest, EveryRefusedCaseHasOneOrIsKnownToHaveNone) {
         without.insert(name);
         EXPECT_EQ(outcome.out, "");
         EXPECT_THAT(outcome.err, HasSubstr("new.xml: error: there is no suggestion: table '"));
-        EXPECT_THAT(outcome.err, HasSubstr("\n   no form of this change is allowed: "));
+        EXPECT_THAT(outcome.err, HasSubstr("\n   no allowed alternative: "));
       } else {
         ++suggested;
         ExpectSuggestion(options);

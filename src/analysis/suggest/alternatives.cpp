@@ -123,12 +123,12 @@ std::vector<Alternative> AlternativeMaker::OfAdded(const Edit& edit) {
                        editor.RaiseVersion(version);
                        if (EntryModel* field = editor.Find(edit.meta, edit.item)) field->version = version;
                      },
-                     "give " + name + " version " + Text(version) + ", which is above the old library's " +
+                     "set the version of " + name + " to " + Text(version) + ", above the old library's " +
                          Text(difference_.old_model().version)});
   }
   if (new_metas_.at(edit.meta)->entries.back().name != edit.item) {
     parts.push_back(
-        {[edit](ModelEditor& editor) { editor.MoveToEnd(edit.meta, edit.item); }, "put " + name + " behind all other fields"});
+        {[edit](ModelEditor& editor) { editor.MoveToEnd(edit.meta, edit.item); }, "move " + name + " behind all other fields"});
   }
   const bool needs_id = entry->id < 0 && difference_.old_model().protocol == qmx::Protocol::kTlv;
   if (needs_id || (entry->id >= 0 && UsedIn(edit.meta).old_ids.contains(entry->id))) {
@@ -136,12 +136,13 @@ std::vector<Alternative> AlternativeMaker::OfAdded(const Edit& edit) {
     parts.push_back({[edit, id](ModelEditor& editor) {
                        if (EntryModel* field = editor.Find(edit.meta, edit.item)) field->id = id;
                      },
-                     "give " + name + " the id " + Text(id) + ", which no field had"});
+                     "set the id of " + name + " to " + Text(id) + ", which no field has used"});
   }
   // Last, because the other parts find the field by its old name.
   if (const std::string like = IdentifierLike(edit.item); like != edit.item) {
     const std::string unused = UniqueName(edit.meta, like);
-    parts.push_back({[edit, unused](ModelEditor& editor) { editor.Rename(edit.meta, edit.item, unused); }, "call it " + unused});
+    parts.push_back(
+        {[edit, unused](ModelEditor& editor) { editor.Rename(edit.meta, edit.item, unused); }, "rename it to " + unused});
   }
   return Combined(parts);
 }
@@ -173,7 +174,7 @@ std::vector<Alternative> AlternativeMaker::OfAttribute(const Edit& edit) const {
                        MetaModel* const table = editor.FindMeta(meta);
                        if (table != nullptr && table->customattr) SetValue(*table->customattr, key, value);
                      },
-                     "say " + key + "=" + value + ", which is what the server holds"});
+                     "set " + key + "=" + value + ", the value on the server"});
   };
   if (settings_.list_num.value_or(0) > 0) set("ListNum", Text(*settings_.list_num));
   if (settings_.type) set("TableType", *settings_.type == TABLE_TYPE_GENERIC ? "GENERIC" : "LIST");

@@ -18,7 +18,7 @@ namespace korvel {
 struct Alternative {
   bool makes_edit = true;                    // whether the edit itself is made, too; if not, `change` replaces it
   std::function<void(ModelEditor&)> change;  // applied after the edits; may be empty
-  std::string text;                          // for people, one line: "give note version 6"; empty: the edit as it is
+  std::string text;                          // for people, one line: "set the version of note to 6"; empty: the edit as it is
 };
 
 // Proposes alternatives for the edits of one difference. Names and ids that it proposes differ from those of both schemas and

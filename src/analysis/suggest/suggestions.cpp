@@ -166,12 +166,12 @@ void FillText(const SuggestionFinder& finder, const Changes& changes, Finding& f
     const Alternative* const alternative = finder.AlternativeOf(i);
     std::string& text = alternative == nullptr ? left_out : alternatives;
     std::string words = alternative == nullptr ? LeavingOut(changes.edits[i]) : alternative->text;
-    if (words.empty()) words = "once what it needs has another form, it may go as it is";
+    if (words.empty()) words = "keep it unchanged; it is allowed once the changes that it needs are replaced";
     AppendPart(text, "; ", words);
   }
   finding.has_fix = !alternatives.empty();
   finding.suggestion = alternatives;
-  if (!left_out.empty()) AppendPart(finding.suggestion, "; ", "leave the change out: " + left_out);
+  if (!left_out.empty()) AppendPart(finding.suggestion, "; ", "leave out the change: " + left_out);
 }
 
 void FillFix(const SuggestionFinder& finder, const Difference& difference, const Source& new_source, Rewriter& rewriter,
@@ -191,7 +191,7 @@ bool IsPreexisting(const Finding& finding, const Changes& changes) {
 }
 
 void FillPreexisting(Finding& finding) {
-  finding.suggestion = "no form of this change is allowed: " + PreexistingSuggestion(finding.verdict);
+  finding.suggestion = "no allowed alternative: " + PreexistingSuggestion(finding.verdict);
 }
 
 // Adds a removed table with all that it reaches. The library keeps its new name and at least its new version.
@@ -236,8 +236,8 @@ Suggestion FindSuggestionsForRemovedTable(const Source& old_source, const Source
   Suggestion suggestion = PutBack(old_source, new_source, table, settings);
   for (Finding& finding : changes.findings) {
     finding.suggestion =
-        "no form of this change is allowed: " +
-        (suggestion.allowed ? "keep table " + OneLine(table) + ", used or not" : PreexistingSuggestion(finding.verdict));
+        "no allowed alternative: " +
+        (suggestion.allowed ? "keep table " + OneLine(table) + ", even if it is unused" : PreexistingSuggestion(finding.verdict));
   }
   return suggestion;
 }
