@@ -42,8 +42,8 @@ class AgainstTest : public GitTest {
     const auto json = nlohmann::json::parse(outcome.out, nullptr, false);
     if (json.is_discarded()) return {"no report: " + outcome.err};
     for (const auto& table : json["tables"]) {
-      lines.push_back(table["place"]["file"].get<std::string>() + ": " + table["table"].get<std::string>() + " " +
-                      table["status"].get<std::string>() + (table.value("gone", false) ? " gone" : ""));
+      lines.push_back(table["location"]["file"].get<std::string>() + ": " + table["table"].get<std::string>() + " " +
+                      table["status"].get<std::string>() + (table.value("removed", false) ? " removed" : ""));
     }
     return lines;
   }
@@ -106,7 +106,7 @@ TEST_F(AgainstTest, ADeletedFileTakesItsTablesWithIt) {
   std::filesystem::remove(PathOf("schemas/orders.xml"));
   const Outcome outcome = Against({"--format", "json"});
   EXPECT_EQ(outcome.exit_code, 1);
-  EXPECT_THAT(Tables(outcome), testing::Contains("git:HEAD:schemas/orders.xml: orders refused gone"));
+  EXPECT_THAT(Tables(outcome), testing::Contains("git:HEAD:schemas/orders.xml: orders refused removed"));
 }
 
 TEST_F(AgainstTest, AMovedFileIsComparedWithItsOldPlace) {
@@ -116,7 +116,7 @@ TEST_F(AgainstTest, AMovedFileIsComparedWithItsOldPlace) {
   const Outcome outcome = Against({"--format", "json"});
   EXPECT_EQ(outcome.exit_code, 1);
   EXPECT_THAT(Tables(outcome), testing::Contains("schemas/deep/sales.xml: orders refused"));
-  EXPECT_THAT(Tables(outcome), Not(testing::Contains(HasSubstr("gone"))));
+  EXPECT_THAT(Tables(outcome), Not(testing::Contains(HasSubstr("removed"))));
 }
 
 // Two files of one library: the one that is the same byte for byte is the same file.
@@ -151,7 +151,7 @@ TEST_F(AgainstTest, NewTablesAlonePassWhereTheCallSaysSo) {
                 "verdict: allowed (nothing was compared: all tables are new)\n"
                 "added: new.xml (nothing to compare it with)\n"
                 "new.xml:2:1: new: table new (not compared)\n"
-                "0 tables refused, 0 allowed; 0 compared, 1 new, 0 gone; files: 1 added, 0 deleted, 0 moved\n",
+                "0 tables refused, 0 allowed; 0 compared, 1 new, 0 removed; files: 1 added, 0 deleted, 0 moved\n",
                 "");
   for (const char* format : {"github", "markdown", "html"}) {
     EXPECT_THAT(Against({"new.xml", "--allow-new", "--format", format}).out,
@@ -258,7 +258,7 @@ TEST_F(AgainstTest, ADirectoryIsAnEarlierStateToo) {
                                            "schemas/users.xml: users refused"));
   std::filesystem::remove(PathOf("schemas/users.xml"));
   EXPECT_THAT(Tables(Run({"check", "--against", "../before", "--format", "json"}, "schemas")),
-              testing::Contains("../before/schemas/users.xml: users refused gone"));
+              testing::Contains("../before/schemas/users.xml: users refused removed"));
   ExpectNotAsked(Run({"check", "--against", "nowhere"}),
                  "korvelcheck: nowhere: No such file or directory; allowed: git:REV or a directory\n");
   ExpectNotAsked(Run({"check", "--against", "schemas/orders.xml"}),

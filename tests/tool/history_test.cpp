@@ -27,7 +27,7 @@ TEST_F(HistoryTest, StepsThatAreAllowed) {
   ExpectOutcome(Run({"history", "v1.xml", "v2.xml"}), 0,
                 "verdict: allowed\n"
                 "step 1: v1.xml -> v2.xml: allowed\n"
-                "0 of 1 step refused; from 0 of 1 older versions the newest is refused\n",
+                "0 of 1 step refused; the newest version is refused from 0 of 1 older version\n",
                 "");
 }
 
@@ -36,20 +36,23 @@ TEST_F(HistoryTest, ThePairAndTheEditThatBrokeATableAreNamed) {
                 "verdict: refused\n"
                 "step 1: v1.xml -> v2.xml: allowed\n"
                 "step 2: v2.xml -> v3.xml: refused\n"
-                "   table orders: refused [primary-key.size] -3 ERROR_VALUE_FIELD\n"
-                "      The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
-                "      broken by: type of uid: uint64 -> uint32\n"
+                "  table orders: refused [primary-key.size] the size of a primary-key field changed (record format)\n"
+                "    checker: The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
+                "    code: -3 ERROR_VALUE_FIELD\n"
+                "    caused by: type of uid: uint64 -> uint32\n"
                 "step 3: v3.xml -> v4.xml: allowed\n"
                 "each version against the newest, v4.xml:\n"
                 "v1.xml -> v4.xml: refused\n"
-                "   table orders: refused [primary-key.size] -3 ERROR_VALUE_FIELD\n"
-                "      The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
-                "      broken by: type of uid: uint64 -> uint32, in step 2: v2.xml -> v3.xml\n"
+                "  table orders: refused [primary-key.size] the size of a primary-key field changed (record format)\n"
+                "    checker: The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
+                "    code: -3 ERROR_VALUE_FIELD\n"
+                "    caused by: type of uid: uint64 -> uint32, in step 2: v2.xml -> v3.xml\n"
                 "v2.xml -> v4.xml: refused\n"
-                "   table orders: refused [primary-key.size] -3 ERROR_VALUE_FIELD\n"
-                "      The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
-                "      broken by: type of uid: uint64 -> uint32, in step 2: v2.xml -> v3.xml\n"
-                "1 of 3 steps refused; from 2 of 3 older versions the newest is refused\n",
+                "  table orders: refused [primary-key.size] the size of a primary-key field changed (record format)\n"
+                "    checker: The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
+                "    code: -3 ERROR_VALUE_FIELD\n"
+                "    caused by: type of uid: uint64 -> uint32, in step 2: v2.xml -> v3.xml\n"
+                "1 of 3 steps refused; the newest version is refused from 2 of 3 older versions\n",
                 "");
 }
 
@@ -57,23 +60,24 @@ TEST_F(HistoryTest, JsonSaysTheSame) {
   const Outcome outcome = Run({"history", "v1.xml", "v2.xml", "v3.xml", "--format", "json"});
   EXPECT_EQ(outcome.exit_code, 1);
   const auto json = nlohmann::json::parse(outcome.out);
+  EXPECT_EQ(json["version"], 1);
   EXPECT_EQ(json["verdict"], "refused");
   EXPECT_EQ(json["versions"], (nlohmann::json{"v1.xml", "v2.xml", "v3.xml"}));
   ASSERT_EQ(json["steps"].size(), 2);
   EXPECT_EQ(json["steps"][0]["verdict"], "allowed");
-  EXPECT_EQ(json["steps"][1]["tables"][0]["broken_by"], "type of uid: uint64 -> uint32");
-  ASSERT_EQ(json["to_newest"].size(), 2);
-  EXPECT_EQ(json["to_newest"][0]["from"], "v1.xml");
-  EXPECT_EQ(json["to_newest"][0]["tables"][0]["step"], 2);
-  EXPECT_EQ(json["to_newest"][1]["from"], "v2.xml");
+  EXPECT_EQ(json["steps"][1]["tables"][0]["cause"], "type of uid: uint64 -> uint32");
+  ASSERT_EQ(json["against_newest"].size(), 2);
+  EXPECT_EQ(json["against_newest"][0]["from"], "v1.xml");
+  EXPECT_EQ(json["against_newest"][0]["tables"][0]["step"], 2);
+  EXPECT_EQ(json["against_newest"][1]["from"], "v2.xml");
 }
 
 TEST_F(HistoryTest, TablesThatComeAndGoAreTold) {
   Write("more.xml", Library(6, {Table(), Table({.name = "carts"})}));
   const Outcome outcome = Run({"history", "v1.xml", "more.xml", "v1.xml"});
   EXPECT_EQ(outcome.exit_code, 1);
-  EXPECT_THAT(outcome.out, HasSubstr("step 1: v1.xml -> more.xml: allowed\n   table carts: new\n"));
-  EXPECT_THAT(outcome.out, HasSubstr("broken by: the table is gone"));
+  EXPECT_THAT(outcome.out, HasSubstr("step 1: v1.xml -> more.xml: allowed\n  table carts: new\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("caused by: the table was removed"));
 }
 
 // A field that is taken back and given again: neither step breaks what the two together do.
@@ -87,7 +91,7 @@ TEST_F(HistoryTest, AVersionMayBreakThoughEveryStepIsAllowed) {
       nlohmann::json::parse(Run({"history", "t1.xml", "t2.xml", "t3.xml", "--created-as", "tlv", "--format", "json"}).out);
   const bool steps_allowed = json["steps"][0]["verdict"] == "allowed" && json["steps"][1]["verdict"] == "allowed";
   EXPECT_EQ(outcome.exit_code, 1);
-  EXPECT_EQ(outcome.out.find(", though every step is allowed\n") != std::string::npos, steps_allowed) << outcome.out;
+  EXPECT_EQ(outcome.out.find(", although each step alone is allowed\n") != std::string::npos, steps_allowed) << outcome.out;
 }
 
 TEST_F(HistoryTest, ImagesStandardInputAndCommitsAreVersions) {

@@ -42,7 +42,7 @@ TEST_F(ImageTest, ReportsShowTheFileAlone) {
   ExpectOutcome(Korvelcheck({"check", "old.qmb", "same.qmb"}), 0, WithoutPlaces(kAllowedReport), "");
   ExpectVerdicts(Korvelcheck({"check", "old.qmb", "wide.qmb"}), 1, WithoutPlaces(kWideFinding));
   EXPECT_THAT(Korvelcheck({"check", "old.qmb", "wide.qmb", "--format", "json"}).out,
-              HasSubstr("\"place\": {\n        \"file\": \"wide.qmb\",\n        \"line\": null,\n        \"column\": null\n"));
+              HasSubstr("\"location\": {\n        \"file\": \"wide.qmb\",\n        \"line\": null,\n        \"column\": null\n"));
 }
 
 TEST_F(ImageTest, FormsMayBeMixed) {
@@ -115,19 +115,19 @@ TEST_F(ImageTest, DamagedImagesAreNoSchemas) {
 
 TEST_F(ImageTest, ManyTablesOfManyFilesAreLocated) {
   Write("turned.xml", Library(5, {"", Table({.name = "users"}), Table({.key_type = "uint32"})}));
-  EXPECT_EQ(
-      Verdicts(Korvelcheck({"check", "old.xml", "turned.xml"}).out),
-      "verdict: refused\n"
-      "turned.xml:4:1: refused: table orders: -3 ERROR_VALUE_FIELD\n"
-      "turned.xml:4:52: refused [primary-key.size] The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
-      "turned.xml:3:1: allowed: table users\n"
-      "1 table refused, 1 allowed; 2 compared, 0 new, 0 gone; 1 finding, 0 waived\n");
+  EXPECT_EQ(Verdicts(Korvelcheck({"check", "old.xml", "turned.xml"}).out),
+            "verdict: refused\n"
+            "turned.xml:4:1: refused: table orders: -3 ERROR_VALUE_FIELD\n"
+            "turned.xml:4:52: refused [primary-key.size] the size of a primary-key field changed (record format)\n"
+            "  checker: The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
+            "turned.xml:3:1: allowed: table users\n"
+            "1 table refused, 1 allowed; 2 compared, 0 new, 0 removed; 1 finding, 0 waived\n");
   EXPECT_EQ(Korvelcheck({"lint", "turned.xml", "old.qmb", "old.xml"}).out,
             "verdict: allowed\n"
             "turned.xml:3:1: allowed: table users\nturned.xml:4:1: allowed: table orders\n"
             "old.qmb: allowed: table orders\nold.qmb: allowed: table users\n"
             "old.xml:2:1: allowed: table orders\nold.xml:3:1: allowed: table users\n"
-            "0 tables refused, 6 allowed; 6 compared, 0 new, 0 gone\n");
+            "0 tables refused, 6 allowed; 6 compared, 0 new, 0 removed\n");
 }
 
 // --- Large files are read at the same time ---
@@ -153,7 +153,7 @@ TEST_F(ImageTest, ManyLargeFilesAreAllRead) {
     arguments.push_back(name);
     expected += name + ":3:1: allowed: table orders\n";
   }
-  ExpectOutcome(Korvelcheck(arguments), 0, expected + "0 tables refused, 9 allowed; 9 compared, 0 new, 0 gone\n", "");
+  ExpectOutcome(Korvelcheck(arguments), 0, expected + "0 tables refused, 9 allowed; 9 compared, 0 new, 0 removed\n", "");
 }
 
 // A call may name more images than files may be open.
@@ -336,7 +336,7 @@ TEST_F(ImageTest, APageShowsTheLinesThatDumpWrites) {
   for (const char* old_file : {"old.qmb", "old.xml"}) {
     const Outcome page = Korvelcheck({"check", old_file, "wide.qmb", "--format", "html"});
     EXPECT_EQ(page.exit_code, 1);
-    EXPECT_THAT(page.out, HasSubstr("lines are those that <code>korvelcheck dump</code> writes"));
+    EXPECT_THAT(page.out, HasSubstr("the lines are the output of <code>korvelcheck dump</code>"));
     EXPECT_THAT(page.out, HasSubstr("type=&quot;<mark class=\"refused\">uint32</mark>&quot;"));
     EXPECT_THAT(page.out, HasSubstr(">wide.qmb:" + place + "</a>"));
   }
@@ -351,7 +351,7 @@ TEST_F(ImageTest, APageAboutWhatNoSchemaFileCanSaySaysSo) {
   builder.SetPrimaryKey({"uid"});
   WriteImage("odd.qmb", builder);
   EXPECT_THAT(Korvelcheck({"lint", "odd.qmb", "--format", "html"}).out,
-              HasSubstr("more than a schema file can say: <code>odd.qmb"));
+              HasSubstr("No source text: <code>odd.qmb</code> is compiled"));
 }
 
 // The file would mean the simple type.

@@ -77,7 +77,7 @@ TEST_F(InputTest, ANamedPipeIsRead) {
   writer.join();
   ExpectOutcome(outcome, 0,
                 "verdict: allowed\npipe.xml:2:1: allowed: table orders\n"
-                "0 tables refused, 1 allowed; 1 compared, 0 new, 0 gone\n",
+                "0 tables refused, 1 allowed; 1 compared, 0 new, 0 removed\n",
                 "");
 }
 
@@ -118,7 +118,7 @@ TEST_F(InputTest, PlacesAreCountedFromThePlaceBefore) {
   ExpectOutcome(Korvelcheck({"lint", "line.xml"}), 0,
                 "verdict: allowed\nline.xml:1:41: allowed: table orders\nline.xml:1:" + std::to_string(users_column) +
                     ": allowed: table users\nline.xml:2:2: allowed: table zones\n"
-                    "0 tables refused, 3 allowed; 3 compared, 0 new, 0 gone\n",
+                    "0 tables refused, 3 allowed; 3 compared, 0 new, 0 removed\n",
                 "");
 }
 

@@ -46,9 +46,11 @@ TEST_F(PairCommandsTest, ARefusalWithoutTextSaysSo) {
   Write("new.xml", Library(5, {Table()}));
   ExpectOutcome(Korvelcheck({"compat", "old.xml", "new.xml", "--table", "users"}), 1,
                 "verdict: refused\n"
-                "old.xml:3:1: refused (the checker gives no text)\n"
-                "   table users: -2 CHECK_TABLE_ERROR_SYSTEM_ERROR (gone)\n"
-                "1 table refused, 0 allowed; 1 compared, 0 new, 1 gone\n",
+                "old.xml:3:1: refused the table was removed\n"
+                "  checker: (no text)\n"
+                "  table users: -2 CHECK_TABLE_ERROR_SYSTEM_ERROR (removed)\n"
+                "1 table refused, 0 allowed; 1 compared, 0 new, 1 removed\n"
+                "Run 'korvelcheck explain CHECK_TABLE_ERROR_SYSTEM_ERROR' for the result code.\n",
                 "");
 }
 
@@ -67,8 +69,9 @@ TEST_F(PairCommandsTest, SameAnswers) {
   ExpectOutcome(Korvelcheck({"same", "old.xml", "same.xml"}), 0, kAllowedReport, "");
   const Outcome outcome = Korvelcheck({"same", "old.xml", "wide.xml", "--table", "orders"});
   EXPECT_EQ(outcome.exit_code, 1);
-  EXPECT_THAT(outcome.out, HasSubstr("wide.xml:2:1: refused [field-set.shape] orders value_entry:uid type(9) != orders"));
-  EXPECT_THAT(outcome.out, HasSubstr("\n   table orders: -34 ERROR_VALUE_ENTRY_NOT_EQUAL\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("wide.xml:2:1: refused [field-set.shape] a field has another type, count or size\n"
+                                     "  checker: orders value_entry:uid type(9) != orders"));
+  EXPECT_THAT(outcome.out, HasSubstr("\n  table orders: -34 ERROR_VALUE_ENTRY_NOT_EQUAL\n"));
 }
 
 TEST_F(PairCommandsTest, SortlistAnswers) {
@@ -76,9 +79,11 @@ TEST_F(PairCommandsTest, SortlistAnswers) {
   EXPECT_EQ(Korvelcheck({"sortlist", "src.xml", "dst.xml"}).exit_code, 0);
   ExpectOutcome(Korvelcheck({"sortlist", "dst.xml", "src.xml"}), 1,
                 "verdict: refused\n"
-                "src.xml:2:1: refused [table.sort-fields] Can't change sort_field_num from 3 to 2\n"
-                "   table ranks: -6 ERROR_INDEX_FIELD\n"
-                "1 table refused, 0 allowed; 1 compared, 0 new, 0 gone\n",
+                "src.xml:2:1: refused [table.sort-fields] the number of sort fields changed\n"
+                "  checker: Can't change sort_field_num from 3 to 2\n"
+                "  table ranks: -6 ERROR_INDEX_FIELD\n"
+                "1 table refused, 0 allowed; 1 compared, 0 new, 0 removed\n"
+                "Run 'korvelcheck explain table.sort-fields' for the rule.\n",
                 "");
 }
 
@@ -86,9 +91,11 @@ TEST_F(PairCommandsTest, TheDestinationOfSortlistMayHaveAnotherName) {
   WriteSortLists("ranks", 3, "ranks_new", 2);
   ExpectOutcome(Korvelcheck({"sortlist", "src.xml", "dst.xml", "--table", "ranks", "--dst-table", "ranks_new"}), 1,
                 "verdict: refused\n"
-                "dst.xml:2:1: refused [table.sort-fields] Can't change sort_field_num from 3 to 2\n"
-                "   table ranks: -6 ERROR_INDEX_FIELD\n"
-                "1 table refused, 0 allowed; 1 compared, 0 new, 0 gone\n",
+                "dst.xml:2:1: refused [table.sort-fields] the number of sort fields changed\n"
+                "  checker: Can't change sort_field_num from 3 to 2\n"
+                "  table ranks: -6 ERROR_INDEX_FIELD\n"
+                "1 table refused, 0 allowed; 1 compared, 0 new, 0 removed\n"
+                "Run 'korvelcheck explain table.sort-fields' for the rule.\n",
                 "");
   EXPECT_EQ(Korvelcheck({"sortlist", "src.xml", "dst.xml", "--table", "ranks", "--dst-table", ""}).exit_code, 2);
   ExpectNotAsked(Korvelcheck({"sortlist", "src.xml", "dst.xml", "--table", "ranks", "--dst-table", "rank_new"}),

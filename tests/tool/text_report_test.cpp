@@ -1,4 +1,4 @@
-// The report as text: lines that stay lines, colour where it is wanted. Its words are held by the tests of each command.
+// The report as text: lines that stay lines, colour where it is wanted. The wording is tested with each command.
 #include <gmock/gmock.h>
 
 #include "tool_test.h"
@@ -26,13 +26,13 @@ TEST_F(TextReportTest, NamesDoNotBreakLines) {
   const std::string shown = "a\\nb\\tc\\rd\\xc2\\x85e\\x7ff\\xe2\\x80\\xa8g\xc3\xa9";
   ExpectOutcome(
       Korvelcheck({"lint", "odd.xml"}), 0,
-      "verdict: allowed\nodd.xml:2:1: allowed: table " + shown + "\n0 tables refused, 1 allowed; 1 compared, 0 new, 0 gone\n",
+      "verdict: allowed\nodd.xml:2:1: allowed: table " + shown + "\n0 tables refused, 1 allowed; 1 compared, 0 new, 0 removed\n",
       "");
   ExpectVerdicts(Korvelcheck({"lint", "refused.xml"}), 1,
                  "verdict: refused\nrefused.xml:2:1: refused: table " + shown +
                      ": -18 ERROR_FIELD_NAME_HAS_ILLEGAL_CHAR\nrefused.xml:2:110: refused [field-name.invalid] "
-                     "CheckFieldNameValidate failed! table:'" +
-                     shown + "'\n1 table refused, 0 allowed; 1 compared, 0 new, 0 gone; 1 finding, 0 waived\n");
+                     "a field's name is no valid identifier\n  checker: CheckFieldNameValidate failed! table:'" +
+                     shown + "'\n1 table refused, 0 allowed; 1 compared, 0 new, 0 removed; 1 finding, 0 waived\n");
 }
 
 TEST_F(TextReportTest, PathsDoNotBreakLines) {
@@ -40,9 +40,8 @@ TEST_F(TextReportTest, PathsDoNotBreakLines) {
   EXPECT_THAT(Korvelcheck({"lint", "a\nb.xml"}).out, HasSubstr("\na\\nb.xml:2:1: allowed: table orders\n"));
 }
 
-// A field that moved to the front stood behind another one and stands behind none: it was taken for one that is gone, and told
-// at its old place.
-TEST_F(TextReportTest, WhatMovedToTheFrontIsToldWhereItIsNow) {
+// A field that moved to the front was reported at its old location, like a removed field.
+TEST_F(TextReportTest, ReportsFieldMovedToFrontAtNewLocation) {
   const std::string note = "<entry name=\"note\" type=\"int8\"/>";
   Write("old.xml", Library(5, {Table({.fields = "<entry name=\"zone\" type=\"int8\"/>" + note})}));
   std::string moved = Read("old.xml");
@@ -50,7 +49,7 @@ TEST_F(TextReportTest, WhatMovedToTheFrontIsToldWhereItIsNow) {
   moved.insert(moved.find("<entry"), note);
   Write("new.xml", moved);
   EXPECT_THAT(Korvelcheck({"check", "old.xml", "new.xml"}).out,
-              AllOf(HasSubstr("\nnew.xml:2:21: refused [field.order]"), HasSubstr("\n   was: old.xml:2:")));
+              AllOf(HasSubstr("\nnew.xml:2:21: refused [field.order]"), HasSubstr("\n  was: old.xml:2:")));
 }
 
 // Percent signs of names pass through the checker's formats unharmed.

@@ -82,7 +82,8 @@ std::string Verdicts(const std::string& report) {
   std::string verdicts;
   std::istringstream lines(report);
   for (std::string line; std::getline(lines, line);) {
-    if (!line.starts_with(" ") || line.starts_with("   table ")) verdicts += line + "\n";
+    const bool is_shown = line.starts_with("  table ") || line.starts_with("  checker: ") || !line.starts_with(" ");
+    if (is_shown && !line.starts_with("Run ")) verdicts += line + "\n";
   }
   return verdicts;
 }

@@ -1,12 +1,12 @@
-// The list of formats.
+// The list of report formats.
 #include "report/render/render.h"
 
 namespace korvel {
 namespace {
 
-// A form that no terminal shows in colours.
+// A format without colors.
 template <std::string (*render)(const Report&)>
-std::string Plain(const Report& report, bool /*colour*/) {
+std::string Plain(const Report& report, bool /*color*/) {
   return render(report);
 }
 

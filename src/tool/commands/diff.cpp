@@ -1,7 +1,6 @@
 // diff: what has changed between two schemas? Nothing is judged. Held by tests/tool/diff_test.cpp.
-#include "report/render/render_diff.h"
-
 #include "project/load_inputs.h"
+#include "report/render/render.h"
 #include "schema/selection.h"
 #include "tool/cli/command.h"
 

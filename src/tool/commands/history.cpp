@@ -1,6 +1,4 @@
 // history: every step of several versions of a schema, and each version against the newest. Held by tests/tool/history_test.cpp.
-#include "report/render/render_history.h"
-
 #include <unistd.h>
 
 #include <algorithm>
@@ -12,6 +10,7 @@
 #include "base/parallel.h"
 #include "project/git.h"
 #include "project/load_inputs.h"
+#include "report/render/render.h"
 #include "tool/cli/command.h"
 #include "tool/commands/check_tables.h"
 #include "tool/io/output.h"

@@ -1,7 +1,6 @@
 // layout: where do the fields of a record lie, and what becomes of them? Held by tests/tool/layout_test.cpp.
-#include "report/render/render_layout.h"
-
 #include "project/load_inputs.h"
+#include "report/render/render.h"
 #include "schema/selection.h"
 #include "tool/cli/command.h"
 
