@@ -44,9 +44,9 @@ std::optional<std::string> FindProjectFile() {
   return std::nullopt;
 }
 
-Settings GivenFor(const Settings& given, const std::optional<Project>& project, const std::string& table) {
+Settings GivenFor(const Settings& given, const Project* project, const std::string& table) {
   Settings settings = given;
-  if (!project) return settings;
+  if (project == nullptr) return settings;
   const auto found = project->tables.find(table);
   if (found != project->tables.end()) FillIn(settings, found->second.settings);
   FillIn(settings, project->defaults);

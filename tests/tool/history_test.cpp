@@ -125,8 +125,7 @@ TEST_F(HistoryTest, TheCommitsOfAFileAreItsVersions) {
   const Outcome shallow = Run({"history", "--git", "sub/orders.xml"}, "clone");
   EXPECT_EQ(shallow.exit_code, 2);
   EXPECT_EQ(shallow.err,
-            "korvelcheck: this clone is shallow: versions before its first commit are left out\n"
-            "korvelcheck: history: sub/orders.xml is in one commit; allowed: a file of at least two\n");
+            "korvelcheck: sub/orders.xml: is in only one commit of this shallow clone; allowed: a file with at least two versions\n");
 }
 
 TEST_F(HistoryTest, WhatCannotBeAskedIsTold) {
@@ -138,10 +137,10 @@ TEST_F(HistoryTest, WhatCannotBeAskedIsTold) {
   ExpectNotAsked(Run({"history", "--git", "v1.xml"}), "korvelcheck: v1.xml: the repository has no commit yet\n");
   Commit("first");
   ExpectNotAsked(Run({"history", "--git", "v1.xml"}),
-                 "korvelcheck: history: v1.xml is in one commit; allowed: a file of at least two\n");
+                 "korvelcheck: v1.xml: is in only one commit; allowed: a file with at least two versions\n");
   ExpectNotAsked(Run({"history", "--git", "."}), "korvelcheck: .: is the top of the repository; allowed: a file in it\n");
   ExpectNotAsked(Run({"history", "--git", "no.xml"}),
-                 "korvelcheck: history: no.xml is in no commit; allowed: a file of at least two\n");
+                 "korvelcheck: no.xml: is in no commit; allowed: a file with at least two versions\n");
   Write("none.xml", "<metalib name=\"m\" version=\"1\"/>");
   ExpectNotAsked(Run({"history", "none.xml", "v1.xml"}),
                  "korvelcheck: nothing was compared: no version but the last has such a table\n");

@@ -1,6 +1,9 @@
-// The completion of bash. Held by tests/tool/completion_test.cpp.
+// The completion of bash. Tested by tests/tool/completion_test.cpp.
+#include <algorithm>
+#include <iterator>
+
+#include "tool/cli/command.h"
 #include "tool/cli/completion.h"
-#include "tool/cli/usage.h"
 
 namespace korvel::tool {
 namespace {
@@ -43,23 +46,23 @@ complete -F _korvelcheck korvelcheck
 std::string ValueCase(const Argument& argument) {
   if (argument.value.empty()) return "";
   std::string text = "    ";
-  for (const std::string& name : argument.names) text += (name == argument.names.front() ? "" : " | ") + name;
-  const std::vector<std::string> choices = ChoicesOf(argument);
-  if (!choices.empty()) return text + ") _korvelcheck_words '" + Spaced(choices) + "' ;;\n";
-  return text + (TakesFile(argument) ? ") _korvelcheck_files ;;\n" : ") ;;\n");
+  for (const std::string& name : argument.Names()) text += (name == argument.Names().front() ? "" : " | ") + name;
+  const std::vector<std::string> choices = argument.Choices();
+  if (!choices.empty()) return text + ") _korvelcheck_words '" + Join(choices) + "' ;;\n";
+  return text + (argument.TakesFile() ? ") _korvelcheck_files ;;\n" : ") ;;\n");
 }
 
 std::string CommandCase(const Command& command) {
   std::string text = std::string("  ") + command.name + ")\n    case $previous in\n";
   std::vector<std::string> options;
   for (const Argument& argument : ArgumentsOf(command)) {
-    if (!argument.is_option) continue;
+    if (!argument.IsOption()) continue;
     text += ValueCase(argument);
-    options.insert(options.end(), argument.names.begin(), argument.names.end());
+    std::ranges::move(argument.Names(), std::back_inserter(options));
   }
-  text += "    *)\n      case $current in\n      -*) _korvelcheck_words '" + Spaced(options) + "' ;;\n";
+  text += "    *)\n      case $current in\n      -*) _korvelcheck_words '" + Join(options) + "' ;;\n";
   const std::vector<std::string> words = WordsOf(command);
-  if (!words.empty()) text += "      *) _korvelcheck_words '" + Spaced(words) + "' ;;\n";
+  if (!words.empty()) text += "      *) _korvelcheck_words '" + Join(words) + "' ;;\n";
   if (TakesFiles(command)) text += "      *) _korvelcheck_files ;;\n";
   return text + "      esac\n      ;;\n    esac\n    ;;\n";
 }
@@ -70,7 +73,7 @@ std::string BashCompletion() {
   std::vector<std::string> names;
   for (const Command* command : Commands()) names.emplace_back(command->name);
   names.insert(names.end(), {"--help", "--version"});
-  std::string text = kHead + std::string("  '') _korvelcheck_words '") + Spaced(names) + "' ;;\n";
+  std::string text = kHead + std::string("  '') _korvelcheck_words '") + Join(names) + "' ;;\n";
   for (const Command* command : Commands()) text += CommandCase(*command);
   return text + kTail;
 }

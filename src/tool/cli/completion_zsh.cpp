@@ -1,6 +1,6 @@
-// The completion of zsh. Held by tests/tool/completion_test.cpp.
+// The completion of zsh. Tested by tests/tool/completion_test.cpp.
+#include "tool/cli/command.h"
 #include "tool/cli/completion.h"
-#include "tool/cli/usage.h"
 
 namespace korvel::tool {
 namespace {
@@ -30,7 +30,7 @@ else
 fi
 )";
 
-std::string Quoted(const std::string& text) {
+std::string QuoteForZsh(const std::string& text) {
   std::string quoted = "'";
   for (const char c : text) c == '\'' ? quoted += "'\\''" : quoted += c;
   return quoted + "'";
@@ -38,20 +38,20 @@ std::string Quoted(const std::string& text) {
 
 // Behind the option's name: "[description]:FILE:_files".
 std::string Meaning(const Argument& argument) {
-  std::string text = "[" + Escaped(argument.description, "[]\\", "\\") + "]";
+  std::string text = "[" + EscapeWith(argument.description, "[]\\", "\\") + "]";
   if (argument.value.empty()) return text;
-  const std::vector<std::string> choices = ChoicesOf(argument);
-  const std::string action = !choices.empty() ? "(" + Spaced(choices) + ")" : TakesFile(argument) ? "_files" : "";
-  return text + ":" + (choices.empty() ? Escaped(argument.value, ":\\", "\\") : "value") + ":" + action;
+  const std::vector<std::string> choices = argument.Choices();
+  const std::string action = !choices.empty() ? "(" + Join(choices) + ")" : argument.TakesFile() ? "_files" : "";
+  return text + ":" + (choices.empty() ? EscapeWith(argument.value, ":\\", "\\") : "value") + ":" + action;
 }
 
 // One line for each name of an option; a name excludes the other ones, and itself unless it may be given again.
 std::string OptionLines(const Argument& argument) {
   std::string text;
-  for (const std::string& name : argument.names) {
+  for (const std::string& name : argument.Names()) {
     const std::string joint = argument.value.empty() ? "" : name.starts_with("--") ? "=" : "+";
-    const std::string before = argument.is_repeated ? "*" : "(" + Spaced(argument.names) + ")";
-    text += "        " + Quoted(before + name + joint + Meaning(argument)) + " \\\n";
+    const std::string before = argument.is_repeated ? "*" : "(" + Join(argument.Names()) + ")";
+    text += "        " + QuoteForZsh(before + name + joint + Meaning(argument)) + " \\\n";
   }
   return text;
 }
@@ -60,12 +60,12 @@ std::string CommandCase(const Command& command) {
   std::string text = std::string("    ") + command.name + ")\n      _arguments \\\n";
   const std::vector<std::string> words = WordsOf(command);
   for (const Argument& argument : ArgumentsOf(command)) {
-    if (argument.is_option) {
+    if (argument.IsOption()) {
       text += OptionLines(argument);
       continue;
     }
-    const std::string action = words.empty() ? TakesFiles(command) ? "_files" : "" : "(" + Spaced(words) + ")";
-    text += "        " + Quoted((argument.is_repeated ? "*:" : ":") + argument.names.front() + ":" + action) + " \\\n";
+    const std::string action = words.empty() ? TakesFiles(command) ? "_files" : "" : "(" + Join(words) + ")";
+    text += "        " + QuoteForZsh((argument.is_repeated ? "*:" : ":") + argument.Names().front() + ":" + action) + " \\\n";
   }
   text.erase(text.size() - 3, 2);  // of the last line
   return text + "      ;;\n";
@@ -76,7 +76,7 @@ std::string CommandCase(const Command& command) {
 std::string ZshCompletion() {
   std::string text = kHead;
   for (const Command* command : Commands()) {
-    text += "      " + Quoted(std::string(command->name) + ":" + command->summary) + "\n";
+    text += "      " + QuoteForZsh(std::string(command->name) + ":" + command->summary) + "\n";
   }
   text += "    )\n    _describe -t commands command commands\n    ;;\n  argument)\n    case $words[1] in\n";
   for (const Command* command : Commands()) text += CommandCase(*command);

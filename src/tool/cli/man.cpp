@@ -1,8 +1,9 @@
-// man: the manual page, of the commands and options as they are declared. Held by tests/tool/man_test.cpp.
+// The manual page, made from the declarations of the commands. Tested by tests/tool/man_test.cpp.
 #include "rule_docs/rule_doc_format.h"
 #include "tool/cli/command.h"
 #include "tool/cli/completion.h"
-#include "tool/cli/usage.h"
+#include "tool/cli/option_groups.h"
+#include "tool/io/exit.h"
 
 namespace korvel::tool {
 namespace {
@@ -133,14 +134,14 @@ std::string Sentence(std::string text) {
 
 // "FILE..." of what is no option, in the way it is typed.
 std::string Typed(const Argument& argument) {
-  const std::string name = argument.names.front() + (argument.is_repeated ? "..." : "");
+  const std::string name = argument.Names().front() + (argument.is_repeated ? "..." : "");
   return argument.is_required ? name : "[" + name + "]";
 }
 
 std::string CommandEntry(const Command& command) {
   std::string text = std::string(".TP\n\\fB") + Troff(command.name) + "\\fR";
   for (const Argument& argument : ArgumentsOf(command)) {
-    if (argument.is_option) continue;
+    if (argument.IsOption()) continue;
     text += " \\fI" + Troff(Typed(argument)) + "\\fR";
   }
   return text + "\n" + Sentence(command.summary);
@@ -152,7 +153,7 @@ struct OptionUse {
 };
 
 bool IsSame(const Argument& a, const Argument& b) {
-  return a.names == b.names && a.value == b.value && a.description == b.description;
+  return std::string_view(a.names) == b.names && a.value == b.value && a.description == b.description;
 }
 
 // Every option once, in the order in which the commands have them.
@@ -160,7 +161,7 @@ std::vector<OptionUse> OptionUses() {
   std::vector<OptionUse> uses;
   for (const Command* command : Commands()) {
     for (const Argument& argument : ArgumentsOf(*command)) {
-      if (!argument.is_option) continue;
+      if (!argument.IsOption()) continue;
       auto use = uses.begin();
       while (use != uses.end() && !IsSame(use->option, argument)) ++use;
       if (use == uses.end()) use = uses.insert(use, {argument, {}});
@@ -172,33 +173,32 @@ std::vector<OptionUse> OptionUses() {
 
 std::string OptionEntry(const OptionUse& use) {
   std::string text = ".TP\n";
-  for (const std::string& name : use.option.names) {
-    text += (name == use.option.names.front() ? "\\fB" : ", \\fB") + Troff(name) + "\\fR";
+  for (const std::string& name : use.option.Names()) {
+    text += (name == use.option.Names().front() ? "\\fB" : ", \\fB") + Troff(name) + "\\fR";
   }
   if (!use.option.value.empty()) text += " \\fI" + Troff(use.option.value) + "\\fR";
   text += "\n" + Sentence(use.option.description);
   if (use.commands.size() == Commands().size()) return text;
-  return text + Sentence("of " + Spaced(use.commands, ", "));
+  return text + Sentence("of " + Join(use.commands, ", "));
 }
 
-std::string Make(const Options& /*options*/) {
-  std::string text = kHead;
-  text += kDescription + std::string(".SH COMMANDS\n");
+struct ManArguments {
+  OutputOption output;
+
+  void AddTo(ArgumentList& arguments) { output.AddTo(arguments); }
+};
+
+int Run(const ManArguments& arguments) {
+  std::string text = std::string(kHead) + kDescription + ".SH COMMANDS\n";
   for (const Command* command : Commands()) text += CommandEntry(*command);
   text += ".SH OPTIONS\n";
   for (const OptionUse& use : OptionUses()) text += OptionEntry(use);
-  return text + kEnd;
+  arguments.output.Write(text + kEnd);
+  return kAllAllowed;
 }
 
 }  // namespace
 
-const Command kManCommand{
-    .name = "man",
-    .summary = "write the manual page, to be read with 'man -l -'",
-    .first = kNoInput,
-    .second = kNoInput,
-    .options = 0,
-    .make = Make,
-};
+const Command kManCommand{"man", "write the manual page, to be read with 'man -l -'", Declare<ManArguments, Run>};
 
 }  // namespace korvel::tool

@@ -100,7 +100,7 @@ mode_t ModeFor(const std::string& path) {
 
 }  // namespace
 
-bool CanColour() {
+bool CanColor() {
   const char* const refused = std::getenv("NO_COLOR");
   const char* const terminal = std::getenv("TERM");
   if (refused != nullptr && *refused != '\0') return false;

@@ -7,7 +7,7 @@
 namespace korvel::tool {
 
 // Whether status words may be coloured: standard output is a terminal that can, and NO_COLOR is not set.
-bool CanColour();
+bool CanColor();
 
 // Writes to standard output. A reader that went away is no failure; any other is thrown as std::runtime_error.
 void WriteStandardOutput(const std::string& text);

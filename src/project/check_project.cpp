@@ -1,96 +1,94 @@
-// Compares two states of a project. Which files belong to it is decided by project_files.cpp, the tables are judged as those of
-// any two files. Held by tests/tool/against_test.cpp.
-#include "tool/commands/against.h"
-
-#include <unistd.h>
+// Pairs the files of two states and checks their tables. project_files.cpp selects the files. Tested by
+// tests/tool/against_test.cpp.
+#include "project/check_project.h"
 
 #include <algorithm>
-#include <exception>
+#include <atomic>
 #include <iterator>
-#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
 #include <thread>
 #include <unordered_set>
+#include <utility>
 
 #include "base/did_you_mean.h"
-#include "base/file_descriptor.h"
 #include "base/input_error.h"
 #include "base/one_line.h"
 #include "base/parallel.h"
 #include "base/quote.h"
 #include "project/moved_files.h"
 #include "schema/model.h"
-#include "tool/commands/check_tables.h"
-#include "tool/commands/project_files.h"
-#include "tool/io/progress.h"
+#include "schema/schema_file.h"
 
-namespace korvel::tool {
+namespace korvel {
 namespace {
 
-// One schema file in both states, and what came of it.
+// One schema file in both states, and the results of its tables.
 struct FilePair {
-  std::string old_path;  // empty: it was not there
-  std::string new_path;  // empty: it is gone
-  std::shared_ptr<Input> first;
-  std::shared_ptr<Input> second;  // the same as `first` if the file is the same byte for byte
+  std::string old_path;  // empty: added
+  std::string new_path;  // empty: deleted
+  std::shared_ptr<Input> first = nullptr;
+  std::shared_ptr<Input> second = nullptr;  // the same as `first` if the file is the same byte for byte
   std::vector<TableResult> tables = {};
   std::vector<std::string> faults = {};
-  bool is_asked = true;  // false: it is looked at only because a file that the call names may have been there
+  bool is_requested = true;  // false: only a candidate for the old path of a moved file
 
-  const std::string& Place() const { return new_path.empty() ? old_path : new_path; }
+  const std::string& Path() const { return new_path.empty() ? old_path : new_path; }
 };
-
-std::shared_ptr<Input> LoadFrom(FileTree& state, const std::string& path, Bytes bytes) {
-  return std::make_shared<Input>(LoadBytes(state.Shown(path), std::move(bytes)));
-}
-
-// The side without tables that a file which is gone is compared with.
-std::shared_ptr<Input> WithoutTables(const Input& old_input, const std::string& shown) {
-  Model model = ModelOf(old_input, std::string(old_input.tables.front()));
-  model.metas.clear();
-  return std::make_shared<Input>(Input{{shown, std::move(*Build(model)), std::nullopt, {}}, std::nullopt});
-}
 
 class Comparison {
  public:
-  Comparison(const Options& options, LPVESKCATEGORYINST log) : options_(options), log_(log), states_(StatesOf(options)) {
-    const ProjectFiles files = FilesOf(options, states_);
-    for (const std::string& given : files.twice) Say(OneLine(given) + " is given twice; it is compared once");
-    for (const std::string& path : files.in_new) pairs_.push_back({files.in_old.contains(path) ? path : "", path, {}, {}});
+  explicit Comparison(const ProjectCheck& check) : check_(check), options_(check.options), states_(check.states) {
+    const ProjectFiles& files = check.files;
+    for (const std::string& path : files.in_new) pairs_.push_back({files.in_old.contains(path) ? path : "", path});
     for (const std::string& path : files.in_old) {
-      if (!files.in_new.contains(path)) pairs_.push_back({path, "", {}, {}});
+      if (!files.in_new.contains(path)) pairs_.push_back({path, ""});
     }
-    for (const std::string& path : files.removed_elsewhere) pairs_.push_back({path, "", {}, {}, {}, {}, false});
+    for (const std::string& path : files.removed_elsewhere) {
+      pairs_.push_back({.old_path = path, .new_path = "", .is_requested = false});
+    }
   }
 
-  CommandResult Run(const Command& command) {
-    RefuseToReplace();
-    EachPair("files", [&](FilePair& pair) { Load(pair); });
-    DropUnasked([](const FilePair& pair) { return !pair.faults.empty(); });
+  ProjectResult Run() {
+    EachPair(ProjectPhase::kLoad, [&](FilePair& pair) { Load(pair); });
+    DropCandidates([](const FilePair& pair) { return !pair.faults.empty(); });
     RefuseFaults();
     PairMoved();
-    DropUnasked([](const FilePair&) { return true; });
-    std::ranges::sort(pairs_, {}, &FilePair::Place);
+    DropCandidates([](const FilePair&) { return true; });
+    std::ranges::sort(pairs_, {}, &FilePair::Path);
     RequireTables();
-    EachPair("files judged", [&](FilePair& pair) { CheckTables(pair); });
-    return Collected(command);
+    EachPair(ProjectPhase::kCheck, [&](FilePair& pair) { CheckTables(pair); });
+    return Collect();
   }
 
  private:
-  static void Say(const std::string& text) { static_cast<void>(WriteAll(STDERR_FILENO, ToolMessage(text) + "\n")); }
-
-  void EachPair(const char* what, const std::function<void(FilePair&)>& work) {
-    Progress progress(STDERR_FILENO, pairs_.size(), what);
-    ForEach(pairs_.size(), options_.log ? 1 : std::thread::hardware_concurrency(), [&](std::size_t i) {
+  void EachPair(ProjectPhase phase, const std::function<void(FilePair&)>& work) {
+    const auto report = [&](std::size_t done) {
+      if (check_.on_progress) check_.on_progress(phase, done, pairs_.size());
+    };
+    report(0);
+    std::atomic<std::size_t> done = 0;
+    ForEach(pairs_.size(), options_.in_order ? 1 : std::thread::hardware_concurrency(), [&](std::size_t i) {
       work(pairs_[i]);
-      progress.Step();
+      report(++done);
     });
   }
 
-  // A report must not take the place of a schema.
-  void RefuseToReplace() const {
-    std::vector<std::string> inputs;
-    for (const FilePair& pair : pairs_) inputs.push_back(states_.new_state->Shown(pair.Place()));
-    RefuseOverlaps(options_, inputs);
+  std::shared_ptr<Input> Share(Input input) const {
+    if (check_.shows_sources) AddDump(input);
+    return std::make_shared<Input>(std::move(input));
+  }
+
+  std::shared_ptr<Input> LoadFrom(FileTree& state, const std::string& path, Bytes bytes) const {
+    return Share(LoadBytes(state.Shown(path), std::move(bytes)));
+  }
+
+  // The side without tables that a deleted file is compared with.
+  std::shared_ptr<Input> WithoutTables(const Input& old_input, const std::string& shown) const {
+    Model model = ModelOf(old_input, std::string(old_input.tables.front()));
+    model.metas.clear();
+    return Share(Input{{shown, std::move(*Build(model)), std::nullopt, {}}, std::nullopt});
   }
 
   void Load(FilePair& pair) {
@@ -106,7 +104,7 @@ class Comparison {
     }
   }
 
-  // Most files of a large project are what they were: such a file is read into one library, not into two.
+  // Most files of a large project are unchanged: such a file is read into one library, not into two.
   void LoadOld(FilePair& pair, const Bytes& new_bytes) {
     FileTree& state = *states_.old_state;
     try {
@@ -115,14 +113,14 @@ class Comparison {
       pair.first = LoadFrom(state, pair.old_path, std::move(bytes));
     } catch (const InputError& fault) {
       pair.faults = fault.lines;
-      const std::string shown = OneLine(states_.new_state->Shown(pair.Place()));
+      const std::string shown = OneLine(states_.new_state->Shown(pair.Path()));
       pair.faults.push_back(ToolMessage(shown + ": cannot be compared with " + OneLine(state.Shown(pair.old_path))));
     }
   }
 
   template <class Condition>
-  void DropUnasked(Condition condition) {
-    std::erase_if(pairs_, [&](const FilePair& pair) { return !pair.is_asked && condition(pair); });
+  void DropCandidates(Condition condition) {
+    std::erase_if(pairs_, [&](const FilePair& pair) { return !pair.is_requested && condition(pair); });
   }
 
   void RefuseFaults() const {
@@ -131,7 +129,7 @@ class Comparison {
     if (!faults.lines.empty()) throw faults;
   }
 
-  // Puts the old side of what was moved to its new side.
+  // Joins the two paths of each moved file in one pair.
   void PairMoved() {
     std::vector<std::size_t> removed;
     std::vector<std::size_t> added;
@@ -152,7 +150,7 @@ class Comparison {
     std::erase_if(pairs_, [&](const FilePair&) { return is_taken[position++]; });
   }
 
-  // Whether an asked table is there; one that is nowhere is a mistake. So are settings of none: they would not count.
+  // A requested table that no file has is an error. So are settings for such a table: they would have no effect.
   void RequireTables() const {
     std::vector<std::string_view> known;
     for (const FilePair& pair : pairs_) {
@@ -165,7 +163,7 @@ class Comparison {
       if (std::ranges::find(known, name) != known.end()) continue;
       unknown.lines.push_back(ToolMessage("table " + Quote(name) + " is in no file" + DidYouMean(name, known)));
     }
-    if (options_.project && options_.inputs.empty()) AddUnknownSettings(*options_.project, known, unknown);
+    if (options_.project != nullptr && check_.files.is_whole) AddUnknownSettings(*options_.project, known, unknown);
     if (!unknown.lines.empty()) throw unknown;
   }
 
@@ -173,14 +171,10 @@ class Comparison {
     const std::unordered_set<std::string_view> tables(known.begin(), known.end());
     for (const auto& [name, settings] : project.tables) {
       if (tables.contains(name)) continue;
-      const std::string place = std::to_string(settings.place.line) + ":" + std::to_string(settings.place.column);
-      unknown.lines.push_back(OneLine(project.file + ":" + place + ": error: [tables." + Quote(name) +
+      const std::string location = std::to_string(settings.place.line) + ":" + std::to_string(settings.place.column);
+      unknown.lines.push_back(OneLine(project.file + ":" + location + ": error: [tables." + Quote(name) +
                                       "] is for a table that no schema file has" + DidYouMean(name, known)));
     }
-  }
-
-  bool IsWanted(std::string_view table) const {
-    return options_.tables.empty() || std::ranges::find(options_.tables, table) != options_.tables.end();
   }
 
   void CheckTables(FilePair& pair) {
@@ -194,41 +188,38 @@ class Comparison {
     }
     for (const std::string_view name : pair.first->tables) {
       const std::string table(name);
-      if (IsWanted(table)) pair.tables.push_back(CheckOne({*pair.first, *pair.second}, table));
+      if (IsWanted(options_, table)) {
+        pair.tables.push_back(CheckTableChange(CheckFor({*pair.first, *pair.second}, table, options_)));
+      }
     }
     if (pair.second != nullptr) AddNewTables(*pair.second, pair.first->tables, pair);
-  }
-
-  TableResult CheckOne(const Pair& pair, const std::string& table) const {
-    return CheckTableChange(CheckFor(pair, table, options_, log_));
   }
 
   void AddNewTables(const Input& input, const std::vector<std::string_view>& old_tables, FilePair& pair) const {
     const std::unordered_set<std::string_view> known(old_tables.begin(), old_tables.end());
     for (const std::string_view table : input.tables) {
-      if (IsWanted(table) && !known.contains(table)) pair.tables.push_back(NewTable(input, std::string(table)));
+      if (IsWanted(options_, table) && !known.contains(table)) pair.tables.push_back(NewTable(input, std::string(table)));
     }
   }
 
-  CommandResult Collected(const Command& command) {
-    CommandResult answer;
-    Report& report = answer.report;
-    report.command = command.name;
+  ProjectResult Collect() {
+    ProjectResult result;
+    Report& report = result.report;
     for (FilePair& pair : pairs_) {
-      if (const auto note = Note(pair)) report.files.push_back(*note);
-      if (pair.first != nullptr && pair.first != pair.second) report.inputs.push_back({command.first.role, pair.first.get()});
-      if (pair.second != nullptr && !pair.new_path.empty()) report.inputs.push_back({command.second.role, pair.second.get()});
+      if (const auto note = NoteOf(pair)) report.files.push_back(*note);
+      if (pair.first != nullptr && pair.first != pair.second) report.inputs.push_back({"old", pair.first.get()});
+      if (pair.second != nullptr && !pair.new_path.empty()) report.inputs.push_back({"new", pair.second.get()});
       std::ranges::move(pair.tables, std::back_inserter(report.tables));
-      answer.kept.insert(answer.kept.end(), {pair.first, pair.second});
+      result.sources.insert(result.sources.end(), {pair.first, pair.second});
     }
     const bool is_compared =
         std::ranges::any_of(report.tables, [](const TableResult& one) { return one.status != Status::kNew; });
-    const bool may_pass = options_.allow_new && !report.tables.empty();
-    if (!is_compared && !may_pass) RefuseNothing(report);
-    return answer;
+    const bool is_allowed = check_.allow_new && !report.tables.empty();
+    if (!is_compared && !is_allowed) RefuseNothing(report);
+    return result;
   }
 
-  std::optional<FileNote> Note(const FilePair& pair) const {
+  std::optional<FileNote> NoteOf(const FilePair& pair) const {
     using Kind = FileNote::Kind;
     if (pair.old_path == pair.new_path) return std::nullopt;
     const std::string old_file = pair.old_path.empty() ? "" : states_.old_state->Shown(pair.old_path);
@@ -244,16 +235,14 @@ class Comparison {
                               : "the files have no tables"))}};
   }
 
-  const Options& options_;
-  LPVESKCATEGORYINST log_;
-  ProjectStates states_;
+  const ProjectCheck& check_;
+  const CheckOptions& options_;
+  const ProjectStates& states_;
   std::vector<FilePair> pairs_;
 };
 
 }  // namespace
 
-CommandResult CheckAgainst(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
-  return Comparison(options, log).Run(command);
-}
+ProjectResult CheckProject(const ProjectCheck& check) { return Comparison(check).Run(); }
 
-}  // namespace korvel::tool
+}  // namespace korvel

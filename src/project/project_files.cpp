@@ -1,5 +1,5 @@
-// Chooses files. What is done with them is against.cpp's business. Held by tests/tool/against_test.cpp.
-#include "tool/commands/project_files.h"
+// Selects files; check_project.cpp compares them. Tested by tests/tool/against_test.cpp.
+#include "project/project_files.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -12,7 +12,7 @@
 #include "base/quote.h"
 #include "project/glob.h"
 
-namespace korvel::tool {
+namespace korvel {
 namespace {
 
 namespace fs = std::filesystem;
@@ -37,14 +37,11 @@ std::string Below(const fs::path& path, const std::string& top, const std::strin
   return way;
 }
 
-std::string ProjectDirectory(const Options& options) { return options.project ? options.project->directory : ""; }
-
 // The patterns of the project, from the top of its states.
 class Patterns {
  public:
-  Patterns(const Options& options, const ProjectStates& states) {
-    if (!options.project) return;
-    project_ = &*options.project;
+  Patterns(const Project* project, const ProjectStates& states) : project_(project) {
+    if (project_ == nullptr) return;
     prefix_ = Below(Absolute(project_->directory), states.top, project_->file);
     if (!prefix_.empty()) prefix_ += '/';
   }
@@ -75,7 +72,7 @@ class Patterns {
   }
 
  private:
-  const Project* project_ = nullptr;
+  const Project* project_;
   std::string prefix_;
 };
 
@@ -89,6 +86,7 @@ void AddMatching(const FileTree& state, const Patterns& patterns, const ProjectT
 
 ProjectFiles FilesOfPatterns(const Patterns& patterns, const ProjectStates& states) {
   ProjectFiles files;
+  files.is_whole = true;
   InputError faults;
   for (const ProjectText& pattern : patterns.All()) {
     std::set<std::string> in_old;
@@ -137,14 +135,14 @@ std::string Missing(const ProjectStates& states, const std::string& given, const
   return ToolMessage(OneLine(given) + ": no schema file is there, neither now nor before" + DidYouMean(path, near));
 }
 
-ProjectFiles NamedFiles(const Options& options, const Patterns& patterns, const ProjectStates& states) {
+ProjectFiles FilesOfPaths(const std::vector<std::string>& paths, const Patterns& patterns, const ProjectStates& states) {
   ProjectFiles files;
   InputError missing;
   std::set<std::string> seen;
-  for (const std::string& given : options.inputs) {
+  for (const std::string& given : paths) {
     const std::string path = Below(Absolute(given), states.top, given);
     if (!seen.insert(path).second) {
-      files.twice.push_back(given);
+      files.repeated.push_back(given);
       continue;
     }
     std::set<std::string> in_old = Named(*states.old_state, patterns, path);
@@ -158,18 +156,18 @@ ProjectFiles NamedFiles(const Options& options, const Patterns& patterns, const 
   return files;
 }
 
-// A directory stays where it was given: from the working directory on the command line, from its own in the project file.
-std::string EarlierState(const Options& options) {
-  if (options.against) return *options.against;
-  const std::string& against = options.project->against->text;
-  if (against.starts_with("git:")) return against;
-  return (fs::path(options.project->directory) / against).string();
+// A directory is relative to the working directory if a call gives it, to the project file if that does.
+std::string Baseline(const std::optional<std::string>& baseline, const Project* project) {
+  if (baseline) return *baseline;
+  const std::string& text = project->against->text;
+  if (text.starts_with("git:")) return text;
+  return (fs::path(project->directory) / text).string();
 }
 
 }  // namespace
 
-ProjectStates StatesOf(const Options& options) {
-  const std::string against = EarlierState(options);
+ProjectStates OpenStates(const std::optional<std::string>& baseline, const Project* project) {
+  const std::string against = Baseline(baseline, project);
   ProjectStates states;
   if (const auto revision = ParseGitRevision(against)) {
     states.top = Absolute(Git().Top(against));
@@ -181,20 +179,29 @@ ProjectStates StatesOf(const Options& options) {
       const std::string reason = error ? error.message() : "is no directory";
       throw InputError{{ToolMessage(OneLine(against) + ": " + reason + "; allowed: git:REV or a directory")}};
     }
-    states.top = Absolute(ProjectDirectory(options));
+    states.top = Absolute(project == nullptr ? "" : project->directory);
     states.old_state = DiskTree(against, against);
     states.new_state = DiskTreeSeenFrom(Absolute(""), states.top);
   }
   return states;
 }
 
-ProjectFiles FilesOf(const Options& options, const ProjectStates& states) {
-  const Patterns patterns(options, states);
-  if (!options.inputs.empty()) return NamedFiles(options, patterns, states);
+ProjectFiles SelectFiles(const std::vector<std::string>& paths, const Project* project, const ProjectStates& states) {
+  const Patterns patterns(project, states);
+  if (!paths.empty()) return FilesOfPaths(paths, patterns, states);
   if (!patterns.IsEmpty()) return FilesOfPatterns(patterns, states);
   throw InputError{
       {ToolMessage("nothing says which files are schemas; allowed: files and directories behind the options, or 'paths' in "
                    "[schemas] of korvelcheck.toml")}};
 }
 
-}  // namespace korvel::tool
+std::vector<std::string> ShownFiles(const ProjectFiles& files, const ProjectStates& states) {
+  std::set<std::string> paths = files.in_old;
+  paths.insert(files.in_new.begin(), files.in_new.end());
+  paths.insert(files.removed_elsewhere.begin(), files.removed_elsewhere.end());
+  std::vector<std::string> shown;
+  for (const std::string& path : paths) shown.push_back(states.new_state->Shown(path));
+  return shown;
+}
+
+}  // namespace korvel
