@@ -46,7 +46,7 @@ void RequireCompared(const History& history) {
   const auto is_old = [](const TableResult& result) { return result.status != Status::kNew; };
   const auto is_compared = [&](const VersionStep& step) { return std::ranges::any_of(step.tables, is_old); };
   if (std::ranges::none_of(history.steps, is_compared)) {
-    throw InputError{{ToolMessage("nothing was compared: no version but the last has such a table")}};
+    throw InputError{{ToolMessage("nothing was compared: only the last version has such a table")}};
   }
 }
 

@@ -81,7 +81,7 @@ class Comparison {
   }
 
   std::shared_ptr<Input> LoadFrom(FileTree& state, const std::string& path, Bytes bytes) const {
-    return Share(LoadBytes(state.Shown(path), std::move(bytes)));
+    return Share(LoadBytes(state.Display(path), std::move(bytes)));
   }
 
   // The side without tables that a deleted file is compared with.
@@ -113,8 +113,8 @@ class Comparison {
       pair.first = LoadFrom(state, pair.old_path, std::move(bytes));
     } catch (const InputError& fault) {
       pair.faults = fault.lines;
-      const std::string shown = OneLine(states_.new_state->Shown(pair.Path()));
-      pair.faults.push_back(ToolMessage(shown + ": cannot be compared with " + OneLine(state.Shown(pair.old_path))));
+      const std::string shown = OneLine(states_.new_state->Display(pair.Path()));
+      pair.faults.push_back(ToolMessage(shown + ": cannot be compared with " + OneLine(state.Display(pair.old_path))));
     }
   }
 
@@ -171,7 +171,7 @@ class Comparison {
     const std::unordered_set<std::string_view> tables(known.begin(), known.end());
     for (const auto& [name, settings] : project.tables) {
       if (tables.contains(name)) continue;
-      const std::string location = std::to_string(settings.place.line) + ":" + std::to_string(settings.place.column);
+      const std::string location = std::to_string(settings.location.line) + ":" + std::to_string(settings.location.column);
       unknown.lines.push_back(OneLine(project.file + ":" + location + ": error: [tables." + Quote(name) +
                                       "] is for a table that no schema file has" + DidYouMean(name, known)));
     }
@@ -184,7 +184,7 @@ class Comparison {
     }
     if (pair.first == nullptr) pair.first = pair.second;
     if (pair.second == nullptr && !pair.first->tables.empty()) {
-      pair.second = WithoutTables(*pair.first, states_.new_state->Shown(pair.old_path));
+      pair.second = WithoutTables(*pair.first, states_.new_state->Display(pair.old_path));
     }
     for (const std::string_view name : pair.first->tables) {
       const std::string table(name);
@@ -222,8 +222,8 @@ class Comparison {
   std::optional<FileNote> NoteOf(const FilePair& pair) const {
     using Kind = FileNote::Kind;
     if (pair.old_path == pair.new_path) return std::nullopt;
-    const std::string old_file = pair.old_path.empty() ? "" : states_.old_state->Shown(pair.old_path);
-    const std::string new_file = pair.new_path.empty() ? "" : states_.new_state->Shown(pair.new_path);
+    const std::string old_file = pair.old_path.empty() ? "" : states_.old_state->Display(pair.old_path);
+    const std::string new_file = pair.new_path.empty() ? "" : states_.new_state->Display(pair.new_path);
     return FileNote{old_file.empty() ? Kind::kAdded : new_file.empty() ? Kind::kDeleted : Kind::kMoved, old_file, new_file};
   }
 
@@ -231,8 +231,8 @@ class Comparison {
     const bool has_new = !report.tables.empty();
     throw InputError{
         {ToolMessage(std::string("nothing was compared: ") +
-                     (has_new ? "all tables are new; 'korvelcheck lint' judges them alone, --allow-new lets them pass"
-                              : "the files have no tables"))}};
+                     (has_new ? "all tables are new; check them with 'korvelcheck lint', or accept them with --allow-new"
+                              : "no file has a table"))}};
   }
 
   const ProjectCheck& check_;

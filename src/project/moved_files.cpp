@@ -10,7 +10,7 @@
 namespace korvel {
 namespace {
 
-// What two files must have in common, the strictest first. The name of the library is always part of it.
+// What two files must have in common, strictest first, in addition to the name of the library.
 std::string_view Bytes(const Source& source) {
   if (source.text && !source.text->is_dump) return source.text->bytes;
   return {reinterpret_cast<const char*>(source.Library()), source.metalib.size()};

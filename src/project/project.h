@@ -1,4 +1,4 @@
-// What a project says about its schemas, once for all calls: korvelcheck.toml.
+// The project file, korvelcheck.toml: what every call about the project's schemas must know.
 #pragma once
 
 #include <map>
@@ -13,15 +13,15 @@ namespace korvel {
 
 inline constexpr char kProjectFileName[] = "korvelcheck.toml";
 
-// A text of the project file and where it stands.
+// A string of the project file.
 struct ProjectText {
   std::string text;
-  qmx::LineColumn place;
+  qmx::LineColumn location;
 };
 
 // A temporary exception for one finding.
 struct WaiverEntry {
-  qmx::LineColumn place = {};
+  qmx::LineColumn location = {};
   std::string fingerprint = {};  // of the finding; empty: table, rule and entry name it
   std::string table = {};
   std::string rule = {};
@@ -32,7 +32,7 @@ struct WaiverEntry {
 };
 
 struct TableSettings {
-  qmx::LineColumn place;
+  qmx::LineColumn location;
   Settings settings;
 };
 

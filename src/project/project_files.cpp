@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The directory in which a path stands, without links, and its last name as it is: a link to a file is that file's other name.
+// The directory of a path without links, and its last name as it is: a link to a file is another name of that file.
 fs::path Absolute(const std::string& path) {
   std::error_code ignored;
   std::string normal = fs::absolute(path.empty() ? "." : path, ignored).lexically_normal();
@@ -27,14 +27,14 @@ fs::path Absolute(const std::string& path) {
                                           : fs::weakly_canonical(whole.parent_path(), ignored) / whole.filename();
 }
 
-// The way from a directory to what is below it, "" to itself.
+// The path from a directory to something inside it, "" for itself.
 std::string Below(const fs::path& path, const std::string& top, const std::string& shown) {
-  std::string way = path.lexically_relative(top);
-  if (way == ".") return "";
-  if (way.empty() || way == ".." || way.starts_with("../")) {
-    throw InputError{{ToolMessage(OneLine(shown) + ": is not below " + OneLine(top))}};
+  std::string below = path.lexically_relative(top);
+  if (below == ".") return "";
+  if (below.empty() || below == ".." || below.starts_with("../")) {
+    throw InputError{{ToolMessage(OneLine(shown) + ": is not inside " + OneLine(top))}};
   }
-  return way;
+  return below;
 }
 
 // The patterns of the project, from the top of its states.
@@ -67,8 +67,8 @@ class Patterns {
     return directory;
   }
 
-  std::string Place(const ProjectText& pattern) const {
-    return project_->file + ":" + std::to_string(pattern.place.line) + ":" + std::to_string(pattern.place.column);
+  std::string LocationOf(const ProjectText& pattern) const {
+    return project_->file + ":" + std::to_string(pattern.location.line) + ":" + std::to_string(pattern.location.column);
   }
 
  private:
@@ -94,8 +94,8 @@ ProjectFiles FilesOfPatterns(const Patterns& patterns, const ProjectStates& stat
     AddMatching(*states.old_state, patterns, pattern, in_old);
     AddMatching(*states.new_state, patterns, pattern, in_new);
     if (in_old.empty() && in_new.empty()) {
-      faults.lines.push_back(OneLine(patterns.Place(pattern) + ": error: " + Quote(pattern.text) +
-                                     " matches no file; allowed: patterns of files that are there now or were there before"));
+      faults.lines.push_back(OneLine(patterns.LocationOf(pattern) + ": error: " + Quote(pattern.text) +
+                                     " matches no file; allowed: patterns that match a file of either state"));
     }
     files.in_old.merge(in_old);
     files.in_new.merge(in_new);
@@ -108,7 +108,7 @@ bool IsSchemaOf(const Patterns& patterns, const std::string& path) {
   return patterns.IsEmpty() ? HasSchemaSuffix(path) : patterns.MatchAny(path);
 }
 
-// The files that a given path stands for in one state.
+// The files that a given path selects in one state.
 std::set<std::string> Named(const FileTree& state, const Patterns& patterns, const std::string& path) {
   if (state.HasFile(path)) return {path};
   std::set<std::string> files;
@@ -118,7 +118,7 @@ std::set<std::string> Named(const FileTree& state, const Patterns& patterns, con
   return files;
 }
 
-// Who names the new place of a moved file alone, as hooks do, means the moved file and no new one.
+// A call may name only the new path of a moved file, as hooks do; the file is not new then.
 std::vector<std::string> RemovedElsewhere(const ProjectFiles& files, const Patterns& patterns, const ProjectStates& states) {
   std::vector<std::string> removed;
   if (std::ranges::includes(files.in_old, files.in_new)) return removed;
@@ -132,7 +132,7 @@ std::string Missing(const ProjectStates& states, const std::string& given, const
   const std::string directory = path.substr(0, path.rfind('/') == std::string::npos ? 0 : path.rfind('/'));
   std::vector<std::string> files = states.new_state->Below(directory);
   std::vector<std::string_view> near(files.begin(), files.end());
-  return ToolMessage(OneLine(given) + ": no schema file is there, neither now nor before" + DidYouMean(path, near));
+  return ToolMessage(OneLine(given) + ": no schema file in either state" + DidYouMean(path, near));
 }
 
 ProjectFiles FilesOfPaths(const std::vector<std::string>& paths, const Patterns& patterns, const ProjectStates& states) {
@@ -176,7 +176,7 @@ ProjectStates OpenStates(const std::optional<std::string>& baseline, const Proje
   } else {
     std::error_code error;
     if (!fs::is_directory(against, error)) {
-      const std::string reason = error ? error.message() : "is no directory";
+      const std::string reason = error ? error.message() : "is not a directory";
       throw InputError{{ToolMessage(OneLine(against) + ": " + reason + "; allowed: git:REV or a directory")}};
     }
     states.top = Absolute(project == nullptr ? "" : project->directory);
@@ -191,7 +191,7 @@ ProjectFiles SelectFiles(const std::vector<std::string>& paths, const Project* p
   if (!paths.empty()) return FilesOfPaths(paths, patterns, states);
   if (!patterns.IsEmpty()) return FilesOfPatterns(patterns, states);
   throw InputError{
-      {ToolMessage("nothing says which files are schemas; allowed: files and directories behind the options, or 'paths' in "
+      {ToolMessage("no schema files are selected; allowed: files and directories as arguments, or 'paths' in "
                    "[schemas] of korvelcheck.toml")}};
 }
 
@@ -200,7 +200,7 @@ std::vector<std::string> ShownFiles(const ProjectFiles& files, const ProjectStat
   paths.insert(files.in_new.begin(), files.in_new.end());
   paths.insert(files.removed_elsewhere.begin(), files.removed_elsewhere.end());
   std::vector<std::string> shown;
-  for (const std::string& path : paths) shown.push_back(states.new_state->Shown(path));
+  for (const std::string& path : paths) shown.push_back(states.new_state->Display(path));
   return shown;
 }
 

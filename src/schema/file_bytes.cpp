@@ -27,7 +27,7 @@ std::string ShownName(const std::string& path) { return path == kStandardInput ?
 }
 
 [[noreturn]] void RefuseTooLarge(const std::string& name) {
-  RefuseFile(name, "is too large; allowed: up to " + std::to_string(qmx::kMaxFileBytes) + " bytes");
+  RefuseFile(name, "is too large; allowed: at most " + std::to_string(qmx::kMaxFileBytes) + " bytes");
 }
 
 FileDescriptor Open(const std::string& path) {

@@ -32,7 +32,7 @@ class Writer {
 
  private:
   [[noreturn]] void Refuse(const std::string& what) const {
-    throw InputError{{OneLine(input_.name + ": error: no schema file can say this: " + what)}};
+    throw InputError{{OneLine(input_.name + ": error: cannot be written as XML: " + what)}};
   }
 
   // The start tag of an element, on a line of its own.
@@ -50,7 +50,7 @@ class Writer {
     text_.append(" ").append(name).append("=\"").append(*escaped).append("\"");
     // A few bytes of an image may stand for a long name.
     if (text_.size() > qmx::kMaxFileBytes) {
-      Refuse("it has more than " + std::to_string(qmx::kMaxFileBytes) + " bytes; allowed: up to that");
+      Refuse("it is too large; allowed: at most " + std::to_string(qmx::kMaxFileBytes) + " bytes");
     }
   }
 
@@ -89,7 +89,7 @@ class Writer {
     if (!read.schema) Refuse(read.errors.front().text);
     const qmx::Metalib& again = read.schema->metalib;
     const bool same = again.size() == input_.metalib.size() && std::memcmp(again.get(), library_, again.size()) == 0;
-    if (!same) Refuse("read again it gives another library; allowed: what 'compile' makes of a schema file");
+    if (!same) Refuse("it would be read back as another library; allowed: images that 'compile' writes");
   }
 
   const Input& input_;

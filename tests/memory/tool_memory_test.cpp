@@ -1,5 +1,5 @@
-// The program when memory runs out: every command ends with its answer or with exit code 3 and a line, never with a signal, and
-// what it was to write is there whole or not at all.
+// The program when memory runs out: every command ends with its result or with exit code 3 and one line, never with a signal, and
+// its output file is complete or absent.
 //
 // Not every allocation of every command fails, for the sake of time: each KORVEL_STEP-th does. KORVEL_STEP=1 takes minutes.
 #include <fcntl.h>
@@ -142,12 +142,12 @@ long Step() {
   return step != nullptr ? std::max(1L, std::strtol(step, nullptr, 10)) : KORVEL_SANITIZED ? 199 : 61;
 }
 
-const char* const kLastWords[] = {
+const char* const kErrorLines[] = {
     "korvelcheck: out of memory\n", "korvelcheck: cannot write the log: out of memory\n",
-    "korvelcheck: out of memory, or an internal fault\n",  // a library's function that throws what it promised not to
+    "korvelcheck: out of memory, or an internal error\n",  // a library's function that throws what it promised not to
 };
 
-TEST_P(ToolOutOfMemory, EndsWithTheAnswerOrALine) {
+TEST_P(ToolOutOfMemory, EndsWithTheResultOrOneErrorLine) {
   Restore();
   const auto before = Contents();
   const Outcome wanted = Run(kNoFailure, Failing::kOne);
@@ -164,7 +164,7 @@ TEST_P(ToolOutOfMemory, EndsWithTheAnswerOrALine) {
         ASSERT_EQ(Contents(), after);
       } else {
         ASSERT_EQ(outcome.exit_code, 3) << outcome.signal << outcome.err;
-        ASSERT_THAT(outcome.err, testing::AnyOfArray(kLastWords));
+        ASSERT_THAT(outcome.err, testing::AnyOfArray(kErrorLines));
         ASSERT_THAT(outcome.out, testing::AnyOf("", wanted.out));
         ASSERT_THAT(Contents(), testing::AnyOf(before, after));
       }

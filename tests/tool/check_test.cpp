@@ -1,4 +1,4 @@
-// check: verdicts, exit codes, tables that are new, gone, asked for or unknown.
+// check: verdicts, exit codes, and tables that are new, removed, requested or unknown.
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
@@ -12,7 +12,7 @@ using testing::HasSubstr;
 
 class CheckTest : public ToolTest {
  protected:
-  // What the report says of the one refused table and its finding, or everything that went otherwise.
+  // The part of the report about the refused table and its finding; the whole outcome if it is another one.
   std::string Refusal(const std::vector<std::string>& options = {}) const {
     std::vector<std::string> arguments = {"check", "old.xml", "new.xml"};
     arguments.insert(arguments.end(), options.begin(), options.end());
@@ -37,7 +37,7 @@ TEST_F(CheckTest, ANewFieldWithANewVersionIsAllowed) {
   EXPECT_EQ(Korvelcheck({"check", "old.xml", "new.xml"}).exit_code, 0);
 }
 
-TEST_F(CheckTest, ATableThatIsGoneIsRefusedByTheChecker) {
+TEST_F(CheckTest, RefusesRemovedTable) {
   Write("new.xml", Library(5, {Table()}));
   ExpectVerdicts(Korvelcheck({"check", "old.xml", "new.xml"}), 1,
                  "verdict: refused\n"
@@ -47,7 +47,7 @@ TEST_F(CheckTest, ATableThatIsGoneIsRefusedByTheChecker) {
                  "1 table refused, 1 allowed; 2 compared, 0 new, 1 gone; 1 finding, 0 waived\n");
 }
 
-TEST_F(CheckTest, ATableThatIsNewIsReportedAndNotCompared) {
+TEST_F(CheckTest, ReportsNewTableWithoutComparingIt) {
   Write("new.xml", Library(5, {Table({.name = "zones"}), Table({.name = "users"}), Table()}));
   ExpectOutcome(Korvelcheck({"check", "old.xml", "new.xml"}), 0,
                 "verdict: allowed\n"
@@ -59,7 +59,7 @@ TEST_F(CheckTest, ATableThatIsNewIsReportedAndNotCompared) {
 }
 
 // Tables keep the order of the old file; findings are numbered within their table.
-TEST_F(CheckTest, TablesOfEveryFateStandInOneReport) {
+TEST_F(CheckTest, ReportsAllStatuses) {
   const TableText stays{.name = "carts"};
   Write("old.xml", Library(5, {Table(), Table({.name = "users"}), Table(stays), Table({.name = "stock"})}));
   Write("new.xml", Library(5, {Table({.key_type = "uint32"}), Table({.name = "stock", .key_type = "uint8"}), Table(stays),
@@ -91,20 +91,20 @@ TEST_F(CheckTest, TablesOfEveryFateStandInOneReport) {
   EXPECT_EQ(report["findings"], nlohmann::json::array({finding(0), finding(1), finding(3)}));
 }
 
-TEST_F(CheckTest, OnlyTheTablesAskedForAreCompared) {
+TEST_F(CheckTest, ComparesOnlyRequestedTables) {
   ExpectOutcome(Korvelcheck({"check", "old.xml", "wide.xml", "--table", "users"}), 0,
                 "verdict: allowed\nwide.xml:3:1: allowed: table users\n0 tables refused, 1 allowed; 1 compared, 0 new, 0 gone\n",
                 "");
 }
 
-TEST_F(CheckTest, TablesAskedForComeInTheirOrderAndOnce) {
+TEST_F(CheckTest, ComparesRequestedTablesInOrderAndOnce) {
   ExpectOutcome(Korvelcheck({"check", "old.xml", "same.xml", "--table", "users", "--table", "orders", "--table", "users"}), 0,
                 "verdict: allowed\nsame.xml:3:1: allowed: table users\nsame.xml:2:1: allowed: table orders\n"
                 "0 tables refused, 2 allowed; 2 compared, 0 new, 0 gone\n",
                 "");
 }
 
-TEST_F(CheckTest, AnAskedTableOnlyInTheNewFileIsReportedAsNew) {
+TEST_F(CheckTest, ReportsRequestedTableOfTheNewFileAsNew) {
   Write("new.xml", Library(5, {Table(), Table({.name = "zones"})}));
   ExpectOutcome(Korvelcheck({"check", "old.xml", "new.xml", "--table", "zones", "--table", "orders"}), 0,
                 "verdict: allowed\nnew.xml:2:1: allowed: table orders\nnew.xml:3:1: new: table zones (not compared)\n"
@@ -112,23 +112,23 @@ TEST_F(CheckTest, AnAskedTableOnlyInTheNewFileIsReportedAsNew) {
                 "");
 }
 
-TEST_F(CheckTest, NothingComparedIsNeverClean) {
+TEST_F(CheckTest, NothingComparedIsAnError) {
   Write("new.xml", Library(5, {Table(), Table({.name = "zones"})}));
-  ExpectNotAsked(Korvelcheck({"check", "old.xml", "new.xml", "--table", "zones"}),
-                 "korvelcheck: nothing was compared: old.xml has none of the tables asked for\n");
+  ExpectInputError(Korvelcheck({"check", "old.xml", "new.xml", "--table", "zones"}),
+                   "korvelcheck: nothing was compared: old.xml has none of the tables asked for\n");
   Write("plain.xml", Library(5, {"<meta name=\"item\"><entry name=\"a\" id=\"1\" type=\"int8\"/></meta>"}));
-  ExpectNotAsked(Korvelcheck({"check", "plain.xml", "old.xml"}),
-                 "korvelcheck: nothing was compared: plain.xml has no table (a meta with a primary key)\n");
+  ExpectInputError(Korvelcheck({"check", "plain.xml", "old.xml"}),
+                   "korvelcheck: nothing was compared: plain.xml has no table (a meta with a primary key)\n");
 }
 
-TEST_F(CheckTest, UnknownTablesAreAllTold) {
-  ExpectNotAsked(Korvelcheck({"check", "old.xml", "same.xml", "--table", "ordres", "--table", "orders", "--table", "x"}),
-                 "korvelcheck: table 'ordres' is neither in old.xml nor in same.xml (did you mean 'orders'?)\n"
-                 "korvelcheck: table 'x' is neither in old.xml nor in same.xml\n");
+TEST_F(CheckTest, ReportsAllUnknownTables) {
+  ExpectInputError(Korvelcheck({"check", "old.xml", "same.xml", "--table", "ordres", "--table", "orders", "--table", "x"}),
+                   "korvelcheck: table 'ordres' is neither in old.xml nor in same.xml (did you mean 'orders'?)\n"
+                   "korvelcheck: table 'x' is neither in old.xml nor in same.xml\n");
 }
 
-// A structure that is asked for by name is put to the checker like a table.
-TEST_F(CheckTest, AStructureAskedForIsJudged) {
+// A requested structure is checked like a table.
+TEST_F(CheckTest, ChecksRequestedStructure) {
   const std::string text = Library(5, {"<meta name=\"item\"><entry name=\"a\" id=\"1\" type=\"int8\"/></meta>"});
   Write("old.xml", text);
   Write("new.xml", text);
@@ -145,7 +145,7 @@ TEST_F(CheckTest, ALowerLibraryVersionIsRefused) {
             "new.xml:1:31: refused [library.version] LibVersion invalid, newVersion 4 < oldVersion 5\n");
 }
 
-// The rule's own text is replaced by the driver's, its code is not.
+// The driver replaces the rule's text but not its code.
 TEST_F(CheckTest, ABadFieldNameKeepsItsCode) {
   Write("old.xml", Library(5, {Table()}));
   Write("new.xml", Library(6, {Table({.fields = "<entry name=\"1st\" id=\"2\" type=\"int8\" version=\"6\"/>"})}));
@@ -185,8 +185,8 @@ TEST_F(GrowthTest, ANewerServerAllowsTheSize) {
   EXPECT_EQ(Korvelcheck({"check", "old.xml", "new.xml", "--server-version", "3.39.0"}).exit_code, 0);
 }
 
-// What one table left in the checker must not show in the next.
-TEST_F(GrowthTest, EveryTableIsJudgedByItself) {
+// The check of one table must not affect the next.
+TEST_F(GrowthTest, ChecksEveryTableByItself) {
   const std::string large = "<entry name=\"history\" id=\"2\" type=\"bytes\" size=\"524288\"/>";
   const std::string users = Table({.name = "users", .fields = large});
   Write("old.xml", Library(5, {WithHistory(131072), users}));
@@ -196,7 +196,7 @@ TEST_F(GrowthTest, EveryTableIsJudgedByItself) {
   EXPECT_THAT(outcome.out, HasSubstr("new.xml:3:1: allowed: table users\n1 table refused, 1 allowed;"));
 }
 
-// The answer depends on the bytes of the files alone.
+// The result depends only on the bytes of the files.
 TEST_F(CheckTest, TheLocaleChangesNothing) {
   const std::string name = "\xc3\xa4\xc4\xb1 orders";
   Write("old.xml", Library(5, {Table({.name = name})}));

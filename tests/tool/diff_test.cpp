@@ -1,4 +1,4 @@
-// diff: every edit with its places, nothing judged.
+// diff: every edit with its locations; nothing is checked.
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
@@ -16,7 +16,7 @@ using Json = nlohmann::json;
 
 class DiffTest : public ToolTest {
  protected:
-  // Two tables with a structure between them, a table that goes and one that comes.
+  // Two tables that share a structure, a removed table and a new one.
   void WriteMall() const {
     const std::string items = R"(<entry name="items" id="2" type="item" count="9"/>)";
     Write("mall.xml", Library(5, {R"(<meta name="item"><entry name="sku" id="1" type="string" size="32"/></meta>)",
@@ -44,7 +44,7 @@ TEST_F(DiffTest, TablesWithoutEditsSaySo) {
                 "");
 }
 
-TEST_F(DiffTest, SharedStructuresAndTheLibraryAreToldOnce) {
+TEST_F(DiffTest, ListsSharedStructuresAndTheLibraryOnce) {
   WriteMall();
   ExpectOutcome(Korvelcheck({"diff", "mall.xml", "next.xml"}), 0,
                 "library: 1 change\n"
@@ -60,7 +60,7 @@ TEST_F(DiffTest, SharedStructuresAndTheLibraryAreToldOnce) {
                 "");
 }
 
-// Nothing is judged: what `check` refuses is exit code 0 here.
+// Nothing is checked: changes that `check` refuses end with exit code 0.
 TEST_F(DiffTest, RefusedChangesAreChanges) {
   EXPECT_EQ(Korvelcheck({"check", "old.xml", "wide.xml"}).exit_code, 1);
   ExpectOutcome(Korvelcheck({"diff", "old.xml", "wide.xml", "--table", "orders"}), 0,
@@ -70,7 +70,7 @@ TEST_F(DiffTest, RefusedChangesAreChanges) {
                 "");
 }
 
-TEST_F(DiffTest, WhatWasRemovedStandsAtItsOldPlace) {
+TEST_F(DiffTest, LocatesRemovedItemsInTheOldFile) {
   Write("more.xml", Library(5, {Table({.fields = R"(<entry name="note" id="2" type="uint8"/>)"})}));
   Write("less.xml", Library(5, {Table()}));
   EXPECT_THAT(Korvelcheck({"diff", "more.xml", "less.xml"}).out, HasSubstr("\n   more.xml:2:61: field note removed\n"));
@@ -80,7 +80,7 @@ TEST_F(DiffTest, WhatWasRemovedStandsAtItsOldPlace) {
               HasSubstr("\n   more.xml:2:85: splittable key of orders: uid -> none\n"));
 }
 
-// A table that another one embeds has its edits at its own place, once.
+// A table that another one embeds lists its edits once, under its own name.
 TEST_F(DiffTest, ATableInsideATableIsListedAsATable) {
   const std::string inner = R"(<entry name="user" id="2" type="users"/>)";
   Write("before.xml", Library(5, {Table({.fields = inner}), Table({.name = "users"})}));
@@ -108,7 +108,7 @@ TEST_F(DiffTest, NamesStayOnTheirLine) {
   EXPECT_THAT(Korvelcheck({"diff", "plain.xml", "odd.xml"}).out, HasSubstr("field a\\nb added\n"));
 }
 
-TEST_F(DiffTest, JsonHoldsTheSame) {
+TEST_F(DiffTest, JsonMatchesText) {
   WriteMall();
   const Json report = Report({"mall.xml", "next.xml"});
   EXPECT_EQ(report["command"], "diff");
@@ -129,7 +129,7 @@ TEST_F(DiffTest, JsonHoldsTheSame) {
                  "new_place": {"file": "next.xml", "line": 2, "column": 64}}]})"));
 }
 
-TEST_F(DiffTest, PlacesThatAreNotThereAreNull) {
+TEST_F(DiffTest, MissingLocationsAreNull) {
   Write("more.xml", Library(5, {Table({.fields = R"(<entry name="note" id="2" type="uint8"/>)"})}));
   Write("less.xml", Library(5, {Table()}));
   EXPECT_TRUE(Report({"less.xml", "more.xml"})["tables"][0]["changes"][0]["old_place"].is_null());
@@ -137,14 +137,14 @@ TEST_F(DiffTest, PlacesThatAreNotThereAreNull) {
 }
 
 TEST_F(DiffTest, OtherFormatsAndUnknownTablesAreRefused) {
-  ExpectNotAsked(Korvelcheck({"diff", "old.xml", "same.xml", "--format", "sarif"}),
-                 "korvelcheck: diff: --format: 'sarif' is not allowed; allowed: text|json\nTry 'korvelcheck diff --help'.\n");
-  ExpectNotAsked(Korvelcheck({"diff", "old.xml", "same.xml", "--table", "order"}),
-                 "korvelcheck: table 'order' is neither in old.xml nor in same.xml (did you mean 'orders'?)\n");
-  ExpectNotAsked(Korvelcheck({"diff", "old.xml", "no.xml"}), "korvelcheck: no.xml: No such file or directory\n");
+  ExpectInputError(Korvelcheck({"diff", "old.xml", "same.xml", "--format", "sarif"}),
+                   "korvelcheck: diff: --format: 'sarif' is not allowed; allowed: text|json\nTry 'korvelcheck diff --help'.\n");
+  ExpectInputError(Korvelcheck({"diff", "old.xml", "same.xml", "--table", "order"}),
+                   "korvelcheck: table 'order' is neither in old.xml nor in same.xml (did you mean 'orders'?)\n");
+  ExpectInputError(Korvelcheck({"diff", "old.xml", "no.xml"}), "korvelcheck: no.xml: No such file or directory\n");
   Write("bare.xml", Library(5, {R"(<meta name="item"><entry name="sku" id="1" type="uint8"/></meta>)"}));
-  ExpectNotAsked(Korvelcheck({"diff", "bare.xml", "old.xml"}),
-                 "korvelcheck: nothing was compared: bare.xml has no table (a meta with a primary key)\n");
+  ExpectInputError(Korvelcheck({"diff", "bare.xml", "old.xml"}),
+                   "korvelcheck: nothing was compared: bare.xml has no table (a meta with a primary key)\n");
 }
 
 }  // namespace

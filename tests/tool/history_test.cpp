@@ -23,7 +23,7 @@ class HistoryTest : public GitTest {
   }
 };
 
-TEST_F(HistoryTest, StepsThatAreAllowed) {
+TEST_F(HistoryTest, AllowsSteps) {
   ExpectOutcome(Run({"history", "v1.xml", "v2.xml"}), 0,
                 "verdict: allowed\n"
                 "step 1: v1.xml -> v2.xml: allowed\n"
@@ -31,7 +31,7 @@ TEST_F(HistoryTest, StepsThatAreAllowed) {
                 "");
 }
 
-TEST_F(HistoryTest, ThePairAndTheEditThatBrokeATableAreNamed) {
+TEST_F(HistoryTest, NamesTheStepAndTheChangeThatBrokeATable) {
   ExpectOutcome(Run({"history", "v1.xml", "v2.xml", "v3.xml", "v4.xml"}), 1,
                 "verdict: refused\n"
                 "step 1: v1.xml -> v2.xml: allowed\n"
@@ -53,7 +53,7 @@ TEST_F(HistoryTest, ThePairAndTheEditThatBrokeATableAreNamed) {
                 "");
 }
 
-TEST_F(HistoryTest, JsonSaysTheSame) {
+TEST_F(HistoryTest, JsonMatchesText) {
   const Outcome outcome = Run({"history", "v1.xml", "v2.xml", "v3.xml", "--format", "json"});
   EXPECT_EQ(outcome.exit_code, 1);
   const auto json = nlohmann::json::parse(outcome.out);
@@ -68,7 +68,7 @@ TEST_F(HistoryTest, JsonSaysTheSame) {
   EXPECT_EQ(json["to_newest"][1]["from"], "v2.xml");
 }
 
-TEST_F(HistoryTest, TablesThatComeAndGoAreTold) {
+TEST_F(HistoryTest, ReportsNewAndRemovedTables) {
   Write("more.xml", Library(6, {Table(), Table({.name = "carts"})}));
   const Outcome outcome = Run({"history", "v1.xml", "more.xml", "v1.xml"});
   EXPECT_EQ(outcome.exit_code, 1);
@@ -76,8 +76,8 @@ TEST_F(HistoryTest, TablesThatComeAndGoAreTold) {
   EXPECT_THAT(outcome.out, HasSubstr("broken by: the table is gone"));
 }
 
-// A field that is taken back and given again: neither step breaks what the two together do.
-TEST_F(HistoryTest, AVersionMayBreakThoughEveryStepIsAllowed) {
+// A field is removed and added again: each step is allowed, both together are not.
+TEST_F(HistoryTest, RefusesAVersionThoughEveryStepIsAllowed) {
   const auto tlv = [](int version, const std::string& fields) { return Library(version, {Table({.fields = fields})}, "TLV"); };
   Write("t1.xml", tlv(5, "<entry name=\"a\" id=\"2\" type=\"uint32\"/>"));
   Write("t2.xml", tlv(6, ""));
@@ -101,7 +101,7 @@ TEST_F(HistoryTest, ImagesStandardInputAndCommitsAreVersions) {
   EXPECT_THAT(outcome.out, HasSubstr("step 2: v2.qmb -> <stdin>: allowed"));
 }
 
-TEST_F(HistoryTest, TheCommitsOfAFileAreItsVersions) {
+TEST_F(HistoryTest, UsesTheCommitsOfAFile) {
   std::filesystem::create_directory(PathOf("sub"));
   const auto write = [&](const char* version) { Write("sub/orders.xml", Read(version)); };
   write("v1.xml");
@@ -124,26 +124,27 @@ TEST_F(HistoryTest, TheCommitsOfAFileAreItsVersions) {
   Git({"clone", "-q", "--depth=2", "file://" + PathOf("").string(), "clone"});
   const Outcome shallow = Run({"history", "--git", "sub/orders.xml"}, "clone");
   EXPECT_EQ(shallow.exit_code, 2);
-  EXPECT_EQ(shallow.err,
-            "korvelcheck: sub/orders.xml: is in only one commit of this shallow clone; allowed: a file with at least two versions\n");
+  EXPECT_EQ(
+      shallow.err,
+      "korvelcheck: sub/orders.xml: is in only one commit of this shallow clone; allowed: a file with at least two versions\n");
 }
 
-TEST_F(HistoryTest, WhatCannotBeAskedIsTold) {
+TEST_F(HistoryTest, ReportsInputErrors) {
   const std::string hint = "\nTry 'korvelcheck history --help'.\n";
-  ExpectNotAsked(Run({"history", "v1.xml"}), "korvelcheck: history: at least two versions are required" + hint);
-  ExpectNotAsked(Run({"history", "--git", "a", "b"}), "korvelcheck: history: --git goes with one path" + hint);
-  ExpectNotAsked(Run({"history", "v1.xml", "no.xml"}), "korvelcheck: no.xml: No such file or directory\n");
-  ExpectNotAsked(Run({"history", "v1.xml", "v2.xml", "--table", "nowhere"}), "korvelcheck: table 'nowhere' is in no version\n");
-  ExpectNotAsked(Run({"history", "--git", "v1.xml"}), "korvelcheck: v1.xml: the repository has no commit yet\n");
+  ExpectInputError(Run({"history", "v1.xml"}), "korvelcheck: history: at least two versions are required" + hint);
+  ExpectInputError(Run({"history", "--git", "a", "b"}), "korvelcheck: history: --git requires exactly one path" + hint);
+  ExpectInputError(Run({"history", "v1.xml", "no.xml"}), "korvelcheck: no.xml: No such file or directory\n");
+  ExpectInputError(Run({"history", "v1.xml", "v2.xml", "--table", "nowhere"}), "korvelcheck: table 'nowhere' is in no version\n");
+  ExpectInputError(Run({"history", "--git", "v1.xml"}), "korvelcheck: v1.xml: the repository has no commit yet\n");
   Commit("first");
-  ExpectNotAsked(Run({"history", "--git", "v1.xml"}),
-                 "korvelcheck: v1.xml: is in only one commit; allowed: a file with at least two versions\n");
-  ExpectNotAsked(Run({"history", "--git", "."}), "korvelcheck: .: is the top of the repository; allowed: a file in it\n");
-  ExpectNotAsked(Run({"history", "--git", "no.xml"}),
-                 "korvelcheck: no.xml: is in no commit; allowed: a file with at least two versions\n");
+  ExpectInputError(Run({"history", "--git", "v1.xml"}),
+                   "korvelcheck: v1.xml: is in only one commit; allowed: a file with at least two versions\n");
+  ExpectInputError(Run({"history", "--git", "."}), "korvelcheck: .: is the top of the repository; allowed: a file in it\n");
+  ExpectInputError(Run({"history", "--git", "no.xml"}),
+                   "korvelcheck: no.xml: is in no commit; allowed: a file with at least two versions\n");
   Write("none.xml", "<metalib name=\"m\" version=\"1\"/>");
-  ExpectNotAsked(Run({"history", "none.xml", "v1.xml"}),
-                 "korvelcheck: nothing was compared: no version but the last has such a table\n");
+  ExpectInputError(Run({"history", "none.xml", "v1.xml"}),
+                   "korvelcheck: nothing was compared: only the last version has such a table\n");
 }
 
 }  // namespace

@@ -40,7 +40,7 @@ Json SummaryOf(std::vector<int> numbers) {
   return summary;
 }
 
-TEST_F(JsonReportTest, TheReportOfACheckIsThis) {
+TEST_F(JsonReportTest, ReportHasTheseMembers) {
   Write("new.xml", Library(5, {Table({.key_type = "uint32"}), Table({.name = "zones"}), Table({.name = "carts"})}));
   Write("old.xml", Library(5, {Table(), Table({.name = "users"}), Table({.name = "carts"})}));
   const Json settings = {{"type", "generic"}, {"created_as", "qmx"}, {"server_version", ""}, {"whitelist", ""}, {"list_num", 0}};
@@ -142,7 +142,7 @@ TEST_F(JsonReportTest, NamesAreVerbatim) {
 }
 
 // The checker cuts its texts at 1023 bytes, in the middle of a character if need be.
-TEST_F(JsonReportTest, BytesThatAreNoUtf8BecomeReplacements) {
+TEST_F(JsonReportTest, ReplacesBytesThatAreNotUtf8) {
   const std::string before = "Get meta info failed, please check the table name ! table:'";
   std::string name = (1023 - before.size()) % 2 == 0 ? "x" : "";
   while (name.size() < 1100) name += "\xc3\xa4";

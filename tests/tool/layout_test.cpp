@@ -32,7 +32,7 @@ TEST_F(LayoutTest, PutsTwoSchemasSideBySide) {
   EXPECT_EQ(outcome.err, "");
 }
 
-TEST_F(LayoutTest, TablesOfOneSideAreToldAsSuch) {
+TEST_F(LayoutTest, ReportsTablesOfOneFile) {
   Write("first.xml", Library(5, {Table({.name = "orders"}), Table({.name = "gone"})}));
   Write("second.xml", Library(6, {Table({.name = "orders"}), Table({.name = "fresh"})}));
   const std::string out = Korvelcheck({"layout", "first.xml", "second.xml"}).out;
@@ -49,7 +49,7 @@ TEST_F(LayoutTest, OffsetsDoNotApplyToTlvRecords) {
   EXPECT_THAT(out, HasSubstr("\n     -     8  100.0%"));
 }
 
-TEST_F(LayoutTest, JsonHoldsTheSame) {
+TEST_F(LayoutTest, JsonMatchesText) {
   const Json one = Json::parse(Korvelcheck({"layout", "wide.xml", "--format", "json", "--table", "orders"}).out);
   EXPECT_EQ(one["command"], "layout");
   EXPECT_EQ(one["tables"].size(), 1u);
@@ -76,14 +76,15 @@ TEST_F(LayoutTest, NamesStayOnTheirLine) {
 }
 
 TEST_F(LayoutTest, UnknownTablesAreRefused) {
-  ExpectNotAsked(Korvelcheck({"layout", "old.xml", "--table", "order"}),
-                 "korvelcheck: table 'order' is not in old.xml (did you mean 'orders'?)\n");
-  ExpectNotAsked(Korvelcheck({"layout", "old.xml", "same.xml", "--table", "order"}),
-                 "korvelcheck: table 'order' is neither in old.xml nor in same.xml (did you mean 'orders'?)\n");
-  ExpectNotAsked(Korvelcheck({"layout", "old.xml", "--format", "sarif"}),
-                 "korvelcheck: layout: --format: 'sarif' is not allowed; allowed: text|json\nTry 'korvelcheck layout --help'.\n");
-  ExpectNotAsked(Korvelcheck({"layout", "old.xml", "same.xml", "wide.xml"}),
-                 "korvelcheck: layout: unexpected argument 'wide.xml'\nTry 'korvelcheck layout --help'.\n");
+  ExpectInputError(Korvelcheck({"layout", "old.xml", "--table", "order"}),
+                   "korvelcheck: table 'order' is not in old.xml (did you mean 'orders'?)\n");
+  ExpectInputError(Korvelcheck({"layout", "old.xml", "same.xml", "--table", "order"}),
+                   "korvelcheck: table 'order' is neither in old.xml nor in same.xml (did you mean 'orders'?)\n");
+  ExpectInputError(
+      Korvelcheck({"layout", "old.xml", "--format", "sarif"}),
+      "korvelcheck: layout: --format: 'sarif' is not allowed; allowed: text|json\nTry 'korvelcheck layout --help'.\n");
+  ExpectInputError(Korvelcheck({"layout", "old.xml", "same.xml", "wide.xml"}),
+                   "korvelcheck: layout: unexpected argument 'wide.xml'\nTry 'korvelcheck layout --help'.\n");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// lint: files that are no schemas, tables that would be refused, and files that are fine.
+// lint: files that are not schemas, tables that are not acceptable, and valid files.
 #include <gmock/gmock.h>
 
 #include "tool_test.h"
@@ -10,7 +10,7 @@ using testing::HasSubstr;
 
 class LintTest : public ToolTest {};
 
-TEST_F(LintTest, SeveralFilesMakeOneReport) {
+TEST_F(LintTest, ReportsSeveralFilesTogether) {
   ExpectOutcome(Korvelcheck({"lint", "old.xml", "wide.xml"}), 0,
                 "verdict: allowed\n"
                 "old.xml:2:1: allowed: table orders\n"
@@ -21,7 +21,7 @@ TEST_F(LintTest, SeveralFilesMakeOneReport) {
                 "");
 }
 
-TEST_F(LintTest, ATableThatWouldBeRefusedEndsWithOne) {
+TEST_F(LintTest, RefusedTableEndsWithOne) {
   Write("bad.xml", Library(5, {Table({.fields = "<entry name=\"a-b\" id=\"2\" type=\"int8\"/>"})}));
   ExpectVerdicts(Korvelcheck({"lint", "old.xml", "bad.xml"}), 1,
                  "verdict: refused\n"
@@ -32,8 +32,8 @@ TEST_F(LintTest, ATableThatWouldBeRefusedEndsWithOne) {
                  "1 table refused, 2 allowed; 3 compared, 0 new, 0 gone; 1 finding, 0 waived\n");
 }
 
-// A table is judged as what its attributes say it is: an index is right on a generic table and wrong on a list.
-TEST_F(LintTest, AttributesDecideHowATableIsAsked) {
+// A table is checked as its attributes say: an index is allowed on a generic table and refused on a list.
+TEST_F(LintTest, AttributesDecideHowATableIsChecked) {
   const std::string table = Table({.attributes = "TableType=LIST;ListNum=7"});
   const std::string index = "<index name=\"by_uid\"><column entry=\"uid\"/></index></meta>";
   Write("indexed.xml", Library(5, {table.substr(0, table.size() - 7) + index}));
@@ -80,11 +80,11 @@ TEST_F(LintTest, ErrorsOfEveryFileAreShown) {
   EXPECT_THAT(outcome.err, HasSubstr("\nkorvelcheck: missing.xml: No such file or directory\ntwo.xml:1:"));
 }
 
-TEST_F(LintTest, AFileWithoutATableIsNoAnswer) {
+TEST_F(LintTest, FileWithoutATableIsAnError) {
   Write("plain.xml", Library(5, {"<meta name=\"item\"><entry name=\"a\" type=\"int8\"/></meta>"}));
-  ExpectNotAsked(Korvelcheck({"lint", "plain.xml", "old.xml", "plain.xml"}),
-                 "korvelcheck: plain.xml: no table (a meta with a primary key)\n"
-                 "korvelcheck: plain.xml: no table (a meta with a primary key)\n");
+  ExpectInputError(Korvelcheck({"lint", "plain.xml", "old.xml", "plain.xml"}),
+                   "korvelcheck: plain.xml: no table (a meta with a primary key)\n"
+                   "korvelcheck: plain.xml: no table (a meta with a primary key)\n");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// What the tests of the program share: a directory with schema files, and the program run in it.
+// Shared by the tests of the program: a directory with schema files, and running the program in it.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@
 
 namespace tool_test {
 
-// A schema file. Lines: the library stands on line 1, each table of `tables` on a line of its own.
+// A schema file. The library is on line 1, each table of `tables` on a line of its own.
 std::string Library(int version, const std::vector<std::string>& tables, const std::string& protocol = "QMX");
 
 // A table on one line, of a key field `uid`, other fields and attributes.
@@ -46,7 +46,7 @@ class ToolTest : public testing::Test {
   std::filesystem::path directory_;
 };
 
-// What text reports of the usual files say.
+// The text reports about the usual files.
 inline constexpr char kAllowedReport[] =
     "verdict: allowed\n"
     "same.xml:2:1: allowed: table orders\n"
@@ -66,16 +66,16 @@ inline constexpr char kWideFinding[] =
     "wide.xml:3:1: allowed: table users\n"
     "1 table refused, 1 allowed; 2 compared, 0 new, 0 gone; 1 finding, 0 waived\n";
 
-// What a text report says of tables and findings, without what it shows and explains about them.
+// The lines of a text report with verdicts, without details.
 std::string Verdicts(const std::string& report);
 
 // The whole outcome at once.
 void ExpectOutcome(const Outcome& outcome, int exit_code, const std::string& out, const std::string& err);
 
-// The same with no more than the verdicts of the report, and nothing on standard error.
+// The same with only the verdicts of the report, and nothing on standard error.
 void ExpectVerdicts(const Outcome& outcome, int exit_code, const std::string& verdicts);
 
 // Exit code 2, nothing on standard output, this on standard error.
-void ExpectNotAsked(const Outcome& outcome, const std::string& err);
+void ExpectInputError(const Outcome& outcome, const std::string& err);
 
 }  // namespace tool_test

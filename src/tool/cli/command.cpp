@@ -17,18 +17,18 @@ namespace {
 
 std::string Help() {
   std::string text =
-      "korvelcheck: may the tables of the Korvel store go from an old schema to a new one?\n\n"
+      "korvelcheck: check schema changes of the Korvel table store\n\n"
       "Usage: korvelcheck COMMAND [OPTIONS] FILES\n\n"
-      "  korvelcheck check old.xml new.xml               every table of a schema file\n"
-      "  korvelcheck check --against git:origin/main     every schema file of a project\n\n"
+      "  korvelcheck check old.xml new.xml               compare two schema files\n"
+      "  korvelcheck check --against git:origin/main     compare all schema files of a project\n\n"
       "Commands:\n";
   for (const Command* command : Commands()) {
     const std::string name = command->name;
     text += "  " + name + std::string(12 - name.size(), ' ') + command->summary + "\n";
   }
   return text +
-         "\n'korvelcheck COMMAND --help' lists a command's options; 'korvelcheck --version' tells the version.\n"
-         "Exit codes: 0 all allowed, 1 something refused, 2 the question could not be asked, 3 internal fault.\n";
+         "\n'korvelcheck COMMAND --help' shows the options of a command, 'korvelcheck --version' the version.\n"
+         "Exit codes: 0 all allowed, 1 something refused, 2 usage or input error, 3 internal error.\n";
 }
 
 const Command& FindCommand(const std::string& name) {

@@ -63,7 +63,6 @@ std::string EscapeWith(const std::string& text, const std::string& characters, c
   return escaped;
 }
 
-const Command kCompletionCommand{"completion", "write what lets a shell complete korvelcheck's commands and options",
-                                 Declare<CompletionArguments, Run>, Words};
+const Command kCompletionCommand{"completion", "generate a shell completion script", Declare<CompletionArguments, Run>, Words};
 
 }  // namespace korvel::tool

@@ -61,7 +61,7 @@ void TableSelection::AddTo(ArgumentList& arguments) {
   };
   arguments.Add({.names = "--table",
                  .value = "NAME",
-                 .description = "compare this table only; may be given again; default: all",
+                 .description = "check only this table; may be repeated; default: all",
                  .set = set,
                  .is_repeated = true});
 }
@@ -74,27 +74,26 @@ void TableSettings::AddTo(ArgumentList& arguments) {
 void TableSettings::AddCreatedAsTo(ArgumentList& arguments) {
   arguments.AddChoice(
       "--created-as", kProtocols, [this](int code) { given.created_as = code; },
-      "protocol the table was created in; default: as the first schema says, else qmx");
+      "protocol of the table at its creation; default: from the first schema, else qmx");
 }
 
 void TableSettings::AddOthersTo(ArgumentList& arguments) {
   arguments.AddChoice(
       "--type", kTableTypes, [this](int code) { given.type = code; },
-      "kind of the table; default: as the old schema's attributes say, else generic");
+      "type of the table; default: from the old schema's attributes, else generic");
   arguments.Add({.names = "--server-version",
                  .value = "VERSION",
-                 .description = "oldest server that runs the table; without it field lengths are not checked",
+                 .description = "oldest server that runs the table; without it, field lengths are not checked",
                  .set = [this](const std::string& value) { return SetServerVersion(given, value); }});
-  arguments.AddText("--whitelist", "A;B", given.whitelist, "fields that may exceed the length limit, joined by ';'");
+  arguments.AddText("--whitelist", "A;B", given.whitelist, "fields that may exceed the length limit, separated by ';'");
   arguments.Add({.names = "--list-num",
                  .value = "N",
-                 .description = "list length on the server; default: as the old schema's attributes say, else 0",
+                 .description = "list length on the server; default: from the old schema's attributes, else 0",
                  .set = [this](const std::string& value) { return SetListNum(given, value); }});
 }
 
 void TableSettings::AddProjectTo(ArgumentList& arguments) {
-  arguments.AddText("--project", "FILE", project_file,
-                    "project file; default: korvelcheck.toml here or in the nearest directory above");
+  arguments.AddText("--project", "FILE", project_file, "project file; default: the nearest korvelcheck.toml here or above");
   arguments.AddFlag("--no-project", no_project, "use no project file").excludes = "--project";
 }
 
@@ -114,7 +113,7 @@ void FindingLimit::AddTo(ArgumentList& arguments) {
   };
   arguments.Add({.names = "--max-findings",
                  .value = "N",
-                 .description = "stop at so many refused changes of a table; default: " + std::to_string(kMaxFindings),
+                 .description = "stop after N findings per table; default: " + std::to_string(kMaxFindings),
                  .set = set});
 }
 
@@ -124,12 +123,12 @@ void OutputOption::AddTo(ArgumentList& arguments) {
     if (path != "-") file = path;
     return std::string();
   };
-  arguments.Add({.names = "-o,--output",
-                 .value = "FILE",
-                 .description = std::string("write to FILE, whole or not at all; '-'") + (is_required ? "" : " or default") +
-                                ": standard output",
-                 .set = set,
-                 .is_required = is_required});
+  arguments.Add(
+      {.names = "-o,--output",
+       .value = "FILE",
+       .description = std::string("write to FILE atomically; '-'") + (is_required ? "" : " or default") + ": standard output",
+       .set = set,
+       .is_required = is_required});
 }
 
 void OutputOption::Write(const std::string& text) const { file ? WriteFile(*file, text) : WriteStandardOutput(text); }
@@ -146,10 +145,9 @@ void LogOptions::AddTo(ArgumentList& arguments) {
   arguments.Add(
       {.names = "--log", .value = "FILE", .description = "append the checker's log to FILE; '-': standard error", .set = set});
   const auto set_format = [this](int code) { settings.format = static_cast<vesk::LineFormat>(code); };
-  arguments.AddChoice("--log-format", kLogFormats, set_format, "form of log lines, with --log; default: text").needs = "--log";
+  arguments.AddChoice("--log-format", kLogFormats, set_format, "log format, with --log; default: text").needs = "--log";
   const auto set_level = [this](int code) { settings.least_grave = code; };
-  arguments.AddChoice("--log-level", kLogLevels, set_level, "least grave level to log, with --log; default: info").needs =
-      "--log";
+  arguments.AddChoice("--log-level", kLogLevels, set_level, "minimum log level, with --log; default: info").needs = "--log";
 }
 
 void ReportOptions::AddTo(ArgumentList& arguments) {
@@ -157,20 +155,20 @@ void ReportOptions::AddTo(ArgumentList& arguments) {
   static const std::vector<Choice> choices = ChoicesOf(Formats(), [](const Format& one) { return one.name; });
   arguments.AddChoice(
       "--format", choices, [this](int code) { format = &Formats()[static_cast<std::size_t>(code)]; },
-      "form of the report; default: text");
+      "output format; default: text");
   log.AddTo(arguments);
 }
 
 void TextOrJson::AddTo(ArgumentList& arguments) {
   arguments.AddChoice(
-      "--format", kTextOrJson, [this](int code) { json = code == 1; }, "form of the output; default: text");
+      "--format", kTextOrJson, [this](int code) { json = code == 1; }, "output format; default: text");
 }
 
 void PageFormat::AddTo(ArgumentList& arguments) {
   static const std::vector<Choice> choices = ChoicesOf(RuleDocFormats(), [](const RuleDocFormat* one) { return one->name; });
   arguments.AddChoice(
       "--format", choices, [this](int code) { format = RuleDocFormats()[static_cast<std::size_t>(code)]; },
-      "form of the page; default: text");
+      "output format; default: text");
 }
 
 void RequireOneStandardInput(const std::vector<std::string>& inputs) {

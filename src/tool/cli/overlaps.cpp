@@ -33,7 +33,7 @@ void RefuseOverlaps(const std::vector<std::string>& inputs, const OutputOption& 
     }
   }
   if (!output_file.empty() && !log_file.empty() && IsSameFile(output_file, log_file)) {
-    throw InputError{{ToolMessage("-o and --log name the same file: " + OneLine(output_file))}};
+    throw InputError{{ToolMessage("-o and --log are the same file: " + OneLine(output_file))}};
   }
 }
 

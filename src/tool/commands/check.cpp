@@ -33,8 +33,8 @@ struct CheckArguments {
     selection.AddTo(arguments);
     settings.AddTo(arguments);
     arguments.AddText("--against", "git:REV|DIR", against,
-                      "compare the project's schema files with those of a commit or directory");
-    arguments.AddFlag("--allow-new", allow_new, "let the call pass where all tables are new and none can be compared");
+                      "compare the project's schema files with those of a commit or a directory");
+    arguments.AddFlag("--allow-new", allow_new, "succeed even if every table is new");
     settings.AddProjectTo(arguments);
     limit.AddTo(arguments);
     report.AddTo(arguments);
@@ -68,7 +68,7 @@ class ProjectProgress {
  public:
   void operator()(ProjectPhase phase, std::size_t done, std::size_t total) {
     if (done == 0) {
-      bar_.emplace(STDERR_FILENO, total, phase == ProjectPhase::kLoad ? "files" : "files judged");
+      bar_.emplace(STDERR_FILENO, total, phase == ProjectPhase::kLoad ? "files" : "files checked");
     } else {
       bar_->Step();
     }
@@ -81,7 +81,7 @@ class ProjectProgress {
 CommandResult CheckAgainst(const CheckArguments& arguments, const CheckOptions& options) {
   ProjectCheck check{.states = OpenStates(arguments.against, options.project), .files = {}, .options = options};
   check.files = SelectFiles(arguments.inputs.paths, options.project, check.states);
-  for (const std::string& path : check.files.repeated) Print(OneLine(path) + " is given twice; it is compared once");
+  for (const std::string& path : check.files.repeated) Print(OneLine(path) + " is given twice; it is compared only once");
   RefuseOverlaps(ShownFiles(check.files, check.states), arguments.report.output, arguments.report.log);
   check.allow_new = arguments.allow_new;
   check.shows_sources = arguments.report.format->shows_sources;
@@ -100,7 +100,7 @@ void RequireUsage(const CheckArguments& arguments, bool has_baseline) {
     if (paths.size() > 2) throw UsageError{"unexpected argument " + Quote(paths[2])};
   }
   if (paths.empty() && !has_baseline) throw UsageError{"OLD and NEW are required, or --against"};
-  if (arguments.allow_new && !has_baseline) throw UsageError{"--allow-new goes with --against"};
+  if (arguments.allow_new && !has_baseline) throw UsageError{"--allow-new requires --against"};
 }
 
 int Run(const CheckArguments& arguments) {
@@ -118,6 +118,6 @@ int Run(const CheckArguments& arguments) {
 
 }  // namespace
 
-const Command kCheckCommand{"check", "is this change of a schema allowed?", Declare<CheckArguments, Run>};
+const Command kCheckCommand{"check", "check a schema change", Declare<CheckArguments, Run>};
 
 }  // namespace korvel::tool

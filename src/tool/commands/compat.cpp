@@ -34,7 +34,7 @@ int Run(const CompatArguments& arguments) {
 
 }  // namespace
 
-const Command kCompatCommand{"compat", "can records written under the old schema be read under the new one?",
+const Command kCompatCommand{"compat", "check whether records of the old schema can be read under the new one",
                              Declare<CompatArguments, Run>};
 
 }  // namespace korvel::tool

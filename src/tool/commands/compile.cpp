@@ -29,9 +29,10 @@ void RequireValidImage(const std::string& name, const qmx::Metalib& metalib, con
   const qmx::Limits limits;
   std::string fault;
   if (image.size() > limits.max_bytes) {
-    fault = "the image would have " + std::to_string(image.size()) + " bytes; allowed: up to " + std::to_string(limits.max_bytes);
+    fault =
+        "the image would have " + std::to_string(image.size()) + " bytes; allowed: at most " + std::to_string(limits.max_bytes);
   } else if (const auto error = qmx::Verify(metalib.get(), metalib.size(), limits)) {
-    fault = "no image can be made: " + qmx::Describe(*error);
+    fault = "cannot be written as an image: " + qmx::Describe(*error);
   }
   if (!fault.empty()) throw InputError{{ToolMessage(OneLine(name) + ": " + fault)}};
 }
@@ -39,8 +40,7 @@ void RequireValidImage(const std::string& name, const qmx::Metalib& metalib, con
 int Run(const CompileArguments& arguments) {
   RequireDistinctFiles(arguments.inputs.paths, arguments.output);
   if (!arguments.output.file && ::isatty(STDOUT_FILENO) == 1) {
-    throw InputError{
-        {ToolMessage("compile: an image is not for a terminal; allowed: -o with a file, or standard output elsewhere")}};
+    throw InputError{{ToolMessage("compile: standard output is a terminal; allowed: a file or a pipe")}};
   }
   const Input input = std::move(LoadInputs(arguments.inputs.paths).front());
   const std::string image = qmx::WriteImage(input.metalib);
@@ -52,7 +52,6 @@ int Run(const CompileArguments& arguments) {
 
 }  // namespace
 
-const Command kCompileCommand{"compile", "write a schema as an image, which is read without parsing",
-                              Declare<CompileArguments, Run>};
+const Command kCompileCommand{"compile", "write a schema as an image", Declare<CompileArguments, Run>};
 
 }  // namespace korvel::tool

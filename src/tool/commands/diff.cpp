@@ -36,6 +36,6 @@ int Run(const DiffArguments& arguments) {
 
 }  // namespace
 
-const Command kDiffCommand{"diff", "what has changed between two schemas, without judgement", Declare<DiffArguments, Run>};
+const Command kDiffCommand{"diff", "list the changes between two schemas without checking them", Declare<DiffArguments, Run>};
 
 }  // namespace korvel::tool

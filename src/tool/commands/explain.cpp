@@ -87,9 +87,7 @@ int Explain(const ExplainArguments& arguments) {
 
 }  // namespace
 
-const Command kRulesCommand{"rules", "list every refusal of the checker, or every result code",
-                            Declare<RulesArguments, ListRules>};
-const Command kExplainCommand{"explain", "explain a refusal, by its rule or its text, or a result code",
-                              Declare<ExplainArguments, Explain>, Words};
+const Command kRulesCommand{"rules", "list the rules of the checker, or its result codes", Declare<RulesArguments, ListRules>};
+const Command kExplainCommand{"explain", "explain a rule or a result code", Declare<ExplainArguments, Explain>, Words};
 
 }  // namespace korvel::tool

@@ -28,7 +28,7 @@ struct HistoryArguments {
     settings.AddTo(arguments);
     settings.AddProjectTo(arguments);
     limit.AddTo(arguments);
-    arguments.AddFlag("--git", uses_git, "VERSION is a path: all commits that changed the file, oldest first");
+    arguments.AddFlag("--git", uses_git, "VERSION is a path: check all commits that changed the file");
     output.AddTo(arguments);
     format.AddTo(arguments);
   }
@@ -39,7 +39,7 @@ std::vector<std::string> PathsOf(const HistoryArguments& arguments) {
   if (!arguments.uses_git) return arguments.inputs.paths;
   GitVersions versions = VersionsInGit(arguments.inputs.paths.front());
   if (versions.is_shallow) {
-    const std::string note = ToolMessage("this clone is shallow: versions before its first commit are left out") + "\n";
+    const std::string note = ToolMessage("this clone is shallow: versions before its oldest commit are missing") + "\n";
     static_cast<void>(WriteAll(STDERR_FILENO, note));
   }
   return std::move(versions.paths);
@@ -49,7 +49,7 @@ int Run(const HistoryArguments& arguments) {
   const std::optional<Project> project = arguments.settings.ReadProject();
   RequireDistinctFiles(arguments.inputs.paths, arguments.output);
   const std::size_t count = arguments.inputs.paths.size();
-  if (arguments.uses_git && count != 1) throw UsageError{"--git goes with one path"};
+  if (arguments.uses_git && count != 1) throw UsageError{"--git requires exactly one path"};
   if (!arguments.uses_git && count < 2) throw UsageError{"at least two versions are required"};
   const std::vector<Input> versions = LoadInputs(PathsOf(arguments));
   const std::unique_ptr<vesk::LogCategory> log = vesk::LogCategory::Closed();
@@ -66,7 +66,7 @@ int Run(const HistoryArguments& arguments) {
 
 }  // namespace
 
-const Command kHistoryCommand{"history", "may each version of a schema become the next one, and the newest?",
+const Command kHistoryCommand{"history", "check every step between several versions, and each version against the newest",
                               Declare<HistoryArguments, Run>};
 
 }  // namespace korvel::tool

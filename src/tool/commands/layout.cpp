@@ -48,7 +48,6 @@ int Run(const LayoutArguments& arguments) {
 
 }  // namespace
 
-const Command kLayoutCommand{"layout", "where do the fields of a record lie; old and new side by side if given two",
-                             Declare<LayoutArguments, Run>};
+const Command kLayoutCommand{"layout", "show the record layout: offsets and sizes", Declare<LayoutArguments, Run>};
 
 }  // namespace korvel::tool

@@ -59,6 +59,6 @@ int Run(const LintArguments& arguments) {
 
 }  // namespace
 
-const Command kLintCommand{"lint", "are schemas well formed, and would their tables be accepted?", Declare<LintArguments, Run>};
+const Command kLintCommand{"lint", "check that schemas are well formed and their tables acceptable", Declare<LintArguments, Run>};
 
 }  // namespace korvel::tool

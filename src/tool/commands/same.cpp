@@ -37,6 +37,6 @@ int Run(const SameArguments& arguments) {
 
 }  // namespace
 
-const Command kSameCommand{"same", "have two schemas the same set of fields?", Declare<SameArguments, Run>};
+const Command kSameCommand{"same", "compare the field sets of two schemas", Declare<SameArguments, Run>};
 
 }  // namespace korvel::tool

@@ -17,15 +17,15 @@ struct SortlistArguments {
   void AddTo(ArgumentList& arguments) {
     inputs.AddPairTo(arguments, "SRC", "DST");
     selection.AddTo(arguments);
-    arguments.AddText("--dst-table", "NAME", dst_table, "the table's name in DST, for one --table; default: the same").needs =
-        "--table";
+    arguments.AddText("--dst-table", "NAME", dst_table, "name of the table in DST, with one --table; default: the same name")
+        .needs = "--table";
     report.AddTo(arguments);
   }
 };
 
 int Run(const SortlistArguments& arguments) {
   const std::optional<std::string>& dst_table = arguments.dst_table;
-  if (dst_table && arguments.selection.tables.size() != 1) throw UsageError{"--dst-table goes with one --table"};
+  if (dst_table && arguments.selection.tables.size() != 1) throw UsageError{"--dst-table requires exactly one --table"};
   return RunReport(arguments.report, arguments.inputs.paths, [&](LPVESKCATEGORYINST log) {
     CommandResult result = LoadForReport("sortlist", kSourceAndDestination, arguments.inputs.paths, *arguments.report.format);
     const Pair pair = PairOf(result.report);
@@ -44,7 +44,7 @@ int Run(const SortlistArguments& arguments) {
 
 }  // namespace
 
-const Command kSortlistCommand{"sortlist", "does the destination keep the sort fields of the source?",
+const Command kSortlistCommand{"sortlist", "check whether the destination keeps the sort fields of the source",
                                Declare<SortlistArguments, Run>};
 
 }  // namespace korvel::tool

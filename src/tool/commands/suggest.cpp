@@ -34,8 +34,8 @@ struct SuggestArguments {
     settings.AddTo(arguments);
     settings.AddProjectTo(arguments);
     output.AddTo(arguments);
-    arguments.AddFlag("--file", whole_file, "the whole suggested schema file");
-    arguments.AddFlag("--diff", is_diff, "unified difference from NEW to it; the default").excludes = "--file";
+    arguments.AddFlag("--file", whole_file, "print the whole fixed schema file");
+    arguments.AddFlag("--diff", is_diff, "print a unified diff from NEW to the fixed version; the default").excludes = "--file";
   }
 };
 
@@ -62,21 +62,21 @@ SchemaSuggestion Suggest(const Input& old_input, const Input& new_input, const s
   NothingAllowed reasons;
   for (const TableRefusal& one : refused) {
     const std::string rule = one.verdict.rule.empty() ? "" : " [" + one.verdict.rule + "]";
-    reasons.lines.push_back(OneLine(new_input.name + ": error: there is no suggestion: table " + Quote(one.table) +
-                                    " stays refused" + rule + " " + one.verdict.text));
+    reasons.lines.push_back(OneLine(new_input.name + ": error: no suggestion: table " + Quote(one.table) + " stays refused" +
+                                    rule + " " + one.verdict.text));
     for (const std::string& suggestion : one.suggestions) reasons.lines.push_back("   " + OneLine(suggestion));
   }
   throw reasons;
 }
 
 void PrintNothingToFix(const Input& input) {
-  const std::string line = ToolMessage(OneLine(input.name) + ": nothing to change: every table compared is allowed") + "\n";
+  const std::string line = ToolMessage(OneLine(input.name) + ": nothing to fix: every table that was compared is allowed") + "\n";
   static_cast<void>(WriteAll(STDERR_FILENO, line));  // there is nowhere left to complain
 }
 
 void RequireText(const Input& input, bool whole_file) {
   if (input.text || whole_file) return;
-  throw InputError{{ToolMessage(OneLine(input.name) + " is an image, which has no lines that could differ; allowed: --file")}};
+  throw InputError{{ToolMessage(OneLine(input.name) + " is an image, which has no lines to compare; allowed: --file")}};
 }
 
 int Run(const SuggestArguments& arguments) {
@@ -99,7 +99,7 @@ int Run(const SuggestArguments& arguments) {
 
 }  // namespace
 
-const Command kSuggestCommand{"suggest", "write NEW with its refused changes mended, as a difference or a file",
+const Command kSuggestCommand{"suggest", "print a fixed version of NEW, as a patch or a whole file",
                               Declare<SuggestArguments, Run>};
 
 }  // namespace korvel::tool

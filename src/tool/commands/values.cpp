@@ -50,7 +50,7 @@ int Run(const ValuesArguments& arguments) {
 
 }  // namespace
 
-const Command kValuesCommand{"values", "do the fields of two schemas fit, by the rules of their protocols?",
+const Command kValuesCommand{"values", "check whether the fields of two schemas are compatible, by their protocols",
                              Declare<ValuesArguments, Run>};
 
 }  // namespace korvel::tool

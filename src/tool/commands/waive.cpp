@@ -25,11 +25,12 @@ struct WaiveArguments {
   OutputOption output;
 
   void AddTo(ArgumentList& arguments) {
-    arguments.AddPositional("FINGERPRINT", "", fingerprints, "the finding's, as reports show it").is_required = true;
-    arguments.AddText("--reason", "TEXT", reason, "why the finding may pass").is_required = true;
-    arguments.AddText("--until", "DAY", until, "the last day on which it may, like 2027-01-31").is_required = true;
+    arguments.AddPositional("FINGERPRINT", "", fingerprints, "fingerprint of the finding, as shown in reports").is_required =
+        true;
+    arguments.AddText("--reason", "TEXT", reason, "reason for the waiver").is_required = true;
+    arguments.AddText("--until", "DAY", until, "last day of the waiver, like 2027-01-31").is_required = true;
     arguments.AddText("--project", "FILE", project_file,
-                      "project file; default: korvelcheck.toml here or in the nearest directory above, else a new one here");
+                      "project file; default: the nearest korvelcheck.toml here or above, else a new one here");
     output.AddTo(arguments);
   }
 };
@@ -77,13 +78,12 @@ void RequireWaiver(const std::string& path, const std::string& text, std::size_t
   try {
     project = ParseProject(path, "", text);
   } catch (const InputError&) {
-    Refuse(OneLine(path) +
-           " cannot have a waiver at its end: 'waivers' is no list of [[waivers]] there, or the reason is not UTF-8");
+    Refuse(OneLine(path) + " cannot take another waiver: 'waivers' is not a list of [[waivers]], or the reason is not UTF-8");
   }
-  if (project.waivers.size() != number) Refuse(OneLine(path) + " cannot have a waiver at its end");
+  if (project.waivers.size() != number) Refuse(OneLine(path) + " cannot take another waiver");
   if (const std::string& fault = project.waivers.back().fault; !fault.empty()) Refuse(fault);
   const WaiverEntry& waiver = project.waivers.back();
-  if (const std::string today = Today(); waiver.until < today) Refuse(waiver.until + " is over; today is " + today);
+  if (const std::string today = Today(); waiver.until < today) Refuse(waiver.until + " is in the past (today is " + today + ")");
 }
 
 int Run(const WaiveArguments& arguments) {
@@ -103,7 +103,6 @@ int Run(const WaiveArguments& arguments) {
 
 }  // namespace
 
-const Command kWaiveCommand{"waive", "let a finding pass until a day, by an entry in the project file",
-                            Declare<WaiveArguments, Run>};
+const Command kWaiveCommand{"waive", "add a temporary waiver to the project file", Declare<WaiveArguments, Run>};
 
 }  // namespace korvel::tool

@@ -31,13 +31,13 @@ void Print(std::string_view text) { static_cast<void>(WriteAll(STDERR_FILENO, te
   WaitUnlessFirst();
   try {
     if (std::current_exception() != nullptr) throw;
-    Print("korvelcheck: out of memory, or an internal fault\n");
+    Print("korvelcheck: out of memory, or an internal error\n");
   } catch (const std::bad_alloc&) {
     PrintOutOfMemory();
   } catch (const std::exception& fault) {
     for (const std::string_view part : {"korvelcheck: ", fault.what(), "\n"}) Print(part);
   } catch (...) {
-    Print("korvelcheck: internal fault\n");
+    Print("korvelcheck: internal error\n");
   }
   ::_exit(kInternalError);
 }
