@@ -8,7 +8,7 @@ SEED ?= 1
 PAIRS ?= 5000000
 
 .DEFAULT_GOAL := help
-.PHONY: help example test model bench clang sanitize thread memcheck fuzz mutants coverage goldens docs lint format install
+.PHONY: help example test model bench clang sanitize thread memcheck fuzz mutants coverage case goldens docs lint format install
 
 help: ## list these commands
 	@sed -n 's/^\([a-z]*\):.* ## /\1\t/p' $(MAKEFILE_LIST) | expand -t 12
@@ -65,6 +65,9 @@ mutants: ## run the mutation tests: a test must fail for each small change to th
 coverage: ## measure coverage: a test must take every line and branch of src/common that is not explained
 	$(INSTALL_DEPS) ci
 	scripts/coverage $(JOBS)
+
+case: ## create the directory of a case with template schemas: make case NAME=FAMILY/CASE
+	@scripts/new-case '$(NAME)'
 
 goldens: ## regenerate the golden files (tests/cases, tests/report, tests/tool); review the diff before you commit it
 	$(INSTALL_DEPS) test

@@ -1,7 +1,9 @@
-// Runs the checker and collects its answer. No rule is decided here. Tested by tests/tool/check_test.cpp and tests/report.
+// Runs the checker on one table and collects what the caller wants. No rule is decided here. Tested by tests/tool/check_test.cpp
+// and tests/report.
 #include "analysis/check_table_change.h"
 
 #include "analysis/findings/findings.h"
+#include "analysis/findings/run_checker.h"
 #include "analysis/suggest/suggestions.h"
 
 namespace korvel {
@@ -23,8 +25,29 @@ TableResult CheckOperation(const Pair& pair, const TableNames& table, const std:
   return result;
 }
 
-TableResult CheckTableChange(const TableCheck& check) {
+namespace {
+
+// Compares both sides of a checked table and finds what is refused.
+void AddChanges(const TableCheck& check, TableResult& result) {
   const auto& [old_source, new_source] = check.sources;
+  const Verdict whole{result.code, result.text, result.rule};
+  if (!new_source.HasMeta(check.table)) {
+    result.changes = FindRemovedTable(old_source, new_source, check.table, result.settings, whole);
+    if (!check.wants_suggestions) return;
+    FindSuggestionsForRemovedTable(old_source, new_source, check.table, result.settings, *result.changes);
+    return;
+  }
+  const Difference difference(old_source, new_source, check.table);
+  result.changes = FindChanges(difference, old_source, new_source, check.table, result.settings, whole, check.max_findings);
+  if (!whole.Refused() || !check.wants_suggestions) return;
+  FindSuggestions(difference, old_source, new_source, check.table, result.settings, *result.changes, check.wants_fixes);
+}
+
+}  // namespace
+
+TableResult CheckTableChange(const TableCheck& check) {
+  const Source& old_source = check.sources.first;
+  const Source& new_source = check.sources.second;
   const std::string& table = check.table;
   const Settings settings = ResolveSettings(check.given, old_source, table);
   TableResult result = CheckOperation(check.sources, {table, table}, [&](ModifyTable& checker) {
@@ -33,17 +56,7 @@ TableResult CheckTableChange(const TableCheck& check) {
                                      *settings.list_num);
   });
   result.settings = settings;
-  const Verdict whole{result.code, result.text, result.rule};
-  if (old_source.HasMeta(table) && new_source.HasMeta(table)) {
-    const Difference difference(old_source, new_source, table);
-    result.changes = FindChanges(difference, old_source, new_source, table, settings, whole, check.max_findings);
-    if (whole.Refused()) {
-      FindSuggestions(difference, old_source, new_source, table, settings, *result.changes, check.wants_fixes);
-    }
-  } else {
-    result.changes = FindRemovedTable(old_source, new_source, table, settings, whole);
-    FindSuggestionsForRemovedTable(old_source, new_source, table, settings, *result.changes);
-  }
+  if (result.status == Status::kRefused || check.wants_allowed_changes) AddChanges(check, result);
   return result;
 }
 

@@ -1,6 +1,7 @@
-// Checks one table: the verdict of the checker, and what the caller wants to know about it.
+// Checks one table: the verdict of the checker and, as far as the caller wants them, changes, findings and suggestions.
 //
-// Functions here may run on several threads at once; the sources are only read and must outlive the results.
+// Functions here may run on several threads at once, with a log category for each. The sources are only read and must outlive the
+// results, which borrow them. Nothing but std::bad_alloc is thrown.
 #pragma once
 
 #include <cstddef>
@@ -14,26 +15,29 @@
 
 namespace korvel {
 
-// One table under two schemas, and how much to find out about it.
+// A table under two schemas, and what to find out about it.
 struct TableCheck {
-  Pair sources;  // at least the first has the table
+  Pair sources;  // the first has the table
   std::string table;
   Settings given;                           // settings that are absent are found in the old source (ResolveSettings)
   std::size_t max_findings = kMaxFindings;  // at least 1
-  bool wants_fixes = false;                 // edits of the new file for each finding; they take time to find
+  bool wants_allowed_changes = false;       // the changes of an allowed table; the verdict alone is much cheaper
+  bool wants_suggestions = true;            // a suggestion for each finding
+  bool wants_fixes = false;                 // with wants_suggestions: edits of the new file for each finding; expensive
   LPVESKCATEGORYINST log;                   // not null
 };
 
-// The whole check of a table: verdict, changes, findings and a suggestion for each finding.
+// The whole check of a table. A refused table has changes and findings, and what else `check` wants. An allowed table has changes
+// only if `check` wants them: otherwise the cost is that of the checker alone, and no model of the table is built.
 TableResult CheckTableChange(const TableCheck& check);
 
-// A table's name in either file; the same unless the destination has another name.
+// A table's name in each file; the names differ only if the destination has another name.
 struct TableNames {
   std::string first;
   std::string second;
 };
 
-// Runs one operation of a fresh checker about one table of the first file; `run` calls it and returns the result code. The
+// Runs one operation of a new checker on a table of the first file: `run` calls the operation and returns its result code. The
 // result has no changes and no settings.
 TableResult CheckOperation(const Pair& pair, const TableNames& table, const std::function<int(ModifyTable&)>& run);
 

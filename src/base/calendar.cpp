@@ -1,4 +1,4 @@
-// Days. Held by tests/tool/waiver_test.cpp.
+// Parses days and reads the clock. Tested by tests/tool/waiver_test.cpp.
 #include "base/calendar.h"
 
 #include <array>

@@ -1,4 +1,4 @@
-// Days.
+// Days of the Gregorian calendar as texts. Knows no times of day and no time zones but UTC.
 #pragma once
 
 #include <string>
@@ -6,11 +6,12 @@
 
 namespace korvel {
 
-// Whether the text is a day of the calendar: "2027-01-31". Such texts are ordered as their days are.
+// Whether the text is an existing day in the form "2027-01-31", with a year of four digits. Texts of this form sort as their
+// days.
 bool IsDay(std::string_view text);
 
-// The day in UTC, by the clock; by the environment variable SOURCE_DATE_EPOCH (seconds since 1970) where it is set, so that a
-// call can be repeated. Throws InputError if that is no such number.
+// The current day in UTC. If the environment variable SOURCE_DATE_EPOCH (seconds since 1970) is set, the day of that time, which
+// makes a call repeatable. Throws InputError if the variable is not such a number.
 std::string Today();
 
 }  // namespace korvel

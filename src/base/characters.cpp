@@ -1,5 +1,5 @@
-// Characters of a text. What counts as wide is a short list of ranges, not a Unicode database: it only decides where a caret
-// stands. Held by tests/report/characters_test.cpp.
+// Splits text into characters and aligns columns. What counts as wide is a short list of ranges, not a Unicode database: it only
+// decides where a caret is put. Tested by tests/report/characters_test.cpp and layout_test.cpp.
 #include "base/characters.h"
 
 #include <algorithm>
@@ -77,6 +77,24 @@ std::size_t CellsOf(std::string_view character) {
   const char32_t code = CodePoint(character);
   const auto* const range = std::ranges::lower_bound(kRanges, code, std::less<>(), &CellRange::last);
   return range == std::end(kRanges) || code < range->first ? 1 : range->cells;
+}
+
+std::string InColumns(const std::vector<Align>& columns, const std::vector<std::vector<std::string>>& rows) {
+  std::vector<std::size_t> widths(columns.size());
+  for (const auto& row : rows) {
+    for (std::size_t i = 0; i < columns.size(); ++i) widths[i] = std::max(widths[i], CharacterCount(row[i]));
+  }
+  std::string text;
+  for (const auto& row : rows) {
+    std::string line;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+      const std::string padding(widths[i] - CharacterCount(row[i]), ' ');
+      line += columns[i] == Align::kLeft ? row[i] + padding : padding + row[i];
+      line += "  ";
+    }
+    text += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
+  }
+  return text;
 }
 
 }  // namespace korvel

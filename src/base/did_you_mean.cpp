@@ -1,4 +1,4 @@
-// Suggests the word that was probably meant, by the number of single-byte edits between two words.
+// Finds the nearest word by the number of single-byte edits. Tested by tests/qmx/text_test.cpp.
 #include "base/did_you_mean.h"
 
 #include <algorithm>
@@ -18,7 +18,7 @@ char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + '
 using Row = std::array<std::size_t, kMaxWord + 1>;
 
 // Edits that turn `a` into `b`, or `limit` + 1 if there are more: a byte added, left out, replaced or swapped with the next one.
-// Distances further than `limit` from the diagonal cannot count, so only the band around it is computed. REQUIRES: both at most
+// Only the band of `limit` cells around the diagonal can contribute, so nothing else is computed. REQUIRES: both at most
 // kMaxWord bytes long.
 std::size_t Distance(std::string_view a, std::string_view b, std::size_t limit) {
   const std::size_t too_far = limit + 1;

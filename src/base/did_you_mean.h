@@ -1,4 +1,4 @@
-// Suggests the word that was probably meant.
+// Suggests the word that was probably meant in place of an unknown one.
 #pragma once
 
 #include <span>
@@ -7,11 +7,11 @@
 
 namespace korvel {
 
-// " (did you mean 'entry'?)" for the candidate nearest to `word`, the first of equally near ones; empty when none is near. Near
-// is one edit for words of up to 5 bytes, two for longer ones, none for a single byte. An edit adds a byte, leaves one out,
-// replaces one or swaps it with the next. Upper and lower case are the same.
+// " (did you mean 'entry'?)" with the candidate nearest to `word`, the first of equally near ones; "" if no candidate is near.
+// Near is 0 edits for words of one byte, 1 for words of up to 5 bytes and 2 for longer words. An edit adds, drops or replaces a
+// byte, or swaps two neighbours. Case is ignored.
 //
-// Only the first 1,000 candidates are looked at, and no words over 64 bytes, so that a file full of mistakes stays cheap.
+// Only the first 1,000 candidates and words of up to 64 bytes are considered, so that a file full of mistakes stays cheap.
 std::string DidYouMean(std::string_view word, std::span<const std::string_view> candidates);
 
 }  // namespace korvel

@@ -1,4 +1,4 @@
-// Owns a file descriptor, and writes to one.
+// Owns a file descriptor; writes text to a file descriptor.
 #pragma once
 
 #include <unistd.h>
@@ -9,6 +9,7 @@
 
 namespace korvel {
 
+// Closes the descriptor at the end of its life. A negative descriptor is none.
 class FileDescriptor {
  public:
   explicit FileDescriptor(int fd) : fd_(fd) {}
@@ -16,7 +17,7 @@ class FileDescriptor {
   FileDescriptor& operator=(FileDescriptor&&) = delete;
   ~FileDescriptor() { Reset(); }
 
-  // Closes it, and owns another one from then on.
+  // Closes the descriptor and owns `fd` instead.
   void Reset(int fd = -1) {
     if (fd_ >= 0) ::close(fd_);
     fd_ = fd;
@@ -28,7 +29,7 @@ class FileDescriptor {
   int fd_;
 };
 
-// Writes all of `text`. 0, or the errno of what went wrong.
+// Writes all of `text`, however many calls that takes. 0, or the errno of the call that failed.
 inline int WriteAll(int fd, std::string_view text) {
   while (!text.empty()) {
     const ssize_t written = ::write(fd, text.data(), text.size());

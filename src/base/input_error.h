@@ -1,5 +1,4 @@
-// Ends a call whose question could not be asked: wrong usage, a file that cannot be read, a schema that is none, nothing to
-// compare.
+// Ends a call because of wrong usage or bad input: a file that cannot be read, an invalid schema, nothing to compare.
 #pragma once
 
 #include <string>
@@ -7,12 +6,12 @@
 
 namespace korvel {
 
-// Thrown; main prints the lines on standard error and ends with exit code 2. Lines are whole, without new line.
+// Thrown; main prints the lines on standard error and ends with exit code 2. Lines are complete and have no line end.
 struct InputError {
   std::vector<std::string> lines;
 };
 
-// What the program itself says: "korvelcheck: text".
+// A message of the program itself: "korvelcheck: text".
 inline std::string ToolMessage(const std::string& text) { return "korvelcheck: " + text; }
 
 }  // namespace korvel

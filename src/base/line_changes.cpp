@@ -1,4 +1,4 @@
-// Compares two texts line by line. Held by tests/report/unified_diff_test.cpp and tests/report/line_rows_test.cpp.
+// Compares two texts line by line. Tested by tests/report/unified_diff_test.cpp and tests/report/line_rows_test.cpp.
 #include "base/line_changes.h"
 
 #include <unordered_map>
@@ -8,9 +8,9 @@
 namespace korvel {
 namespace {
 
-constexpr int kMaxDepth = 16;  // of gaps within gaps, each a pass over all lines
+constexpr int kMaxDepth = 16;  // of nested gaps; each level takes a pass over all lines
 
-// Lines that stand once on either side of a gap.
+// Lines that occur exactly once on each side of a gap.
 std::vector<LineMatch> UniqueMatches(const Lines& old_lines, const Lines& new_lines, const LineChange& gap) {
   struct Seen {
     std::size_t old_count = 0, new_count = 0, new_line = 0;
@@ -30,7 +30,7 @@ std::vector<LineMatch> UniqueMatches(const Lines& old_lines, const Lines& new_li
   return matches;
 }
 
-// Adds what differs in a gap: what lies between two matches is a smaller gap, less the lines at its ends that are the same.
+// Adds the changes within a gap. Equal lines at its ends are cut off; matches of unique lines split the rest into smaller gaps.
 void FindChanges(const Lines& old_lines, const Lines& new_lines, LineChange gap, int depth, std::vector<LineChange>& changes) {
   const auto has_both = [&] { return gap.old_begin < gap.old_end && gap.new_begin < gap.new_end; };
   while (has_both() && old_lines[gap.old_begin] == new_lines[gap.new_begin]) ++gap.old_begin, ++gap.new_begin;

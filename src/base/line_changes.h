@@ -1,4 +1,4 @@
-// Which lines of two texts differ.
+// Finds the lines in which two texts differ. Line numbers are 0-based.
 #pragma once
 
 #include <cstddef>
@@ -7,7 +7,7 @@
 
 namespace korvel {
 
-using Lines = std::vector<std::string_view>;
+using Lines = std::vector<std::string_view>;  // borrowed from their text
 
 // Lines [old_begin, old_end) became [new_begin, new_end).
 struct LineChange {
@@ -18,11 +18,11 @@ struct LineMatch {
   std::size_t old_line, new_line;
 };
 
-// The longest run of matches that ascends on both sides. REQUIRES: they come ascending in the old line. n log n.
+// A longest sequence of matches that ascends on both sides. n log n. REQUIRES: the matches are sorted by the old line.
 std::vector<LineMatch> LongestAscending(const std::vector<LineMatch>& matches);
 
-// The changes between two texts, in order, with equal lines between them. Not always the fewest: of lines that stand more than
-// once in a text those beside others that match are matched. n log n.
+// The changes between two texts, in order, separated by equal lines. Not always the fewest: a line that occurs more than once is
+// matched only next to other matches. n log n.
 std::vector<LineChange> FindLineChanges(const Lines& old_lines, const Lines& new_lines);
 
 }  // namespace korvel

@@ -1,4 +1,4 @@
-// Aligns lines. What differs is found by line_changes.cpp. Held by tests/report/line_rows_test.cpp.
+// Aligns lines; line_changes.cpp finds the differences. Tested by tests/report/line_rows_test.cpp.
 #include "base/line_rows.h"
 
 #include <algorithm>
@@ -9,26 +9,28 @@ namespace {
 class Rows {
  public:
   void Same(std::size_t number) {
-    for (; number > 0; --number) Put(true, true, true);
+    for (; number > 0; --number) AddRow(true, true, true);
   }
 
-  // Lines of either side, each on a row of its own.
+  // Lines of either side, each in its own row.
   void Apart(std::size_t old_number, std::size_t new_number) {
-    for (; old_number > 0; --old_number) Put(true, false, false);
-    for (; new_number > 0; --new_number) Put(false, true, false);
+    for (; old_number > 0; --old_number) AddRow(true, false, false);
+    for (; new_number > 0; --new_number) AddRow(false, true, false);
   }
 
-  void Changed() { Put(true, true, false); }
+  void Changed() { AddRow(true, true, false); }
 
   std::size_t old_line() const { return old_line_; }
   std::size_t new_line() const { return new_line_; }
   std::vector<LineRow> Take() { return std::move(rows_); }
 
  private:
-  void Put(bool on_old, bool on_new, bool same) { rows_.push_back({on_old ? ++old_line_ : 0, on_new ? ++new_line_ : 0, same}); }
+  void AddRow(bool on_old, bool on_new, bool same) {
+    rows_.push_back({on_old ? ++old_line_ : 0, on_new ? ++new_line_ : 0, same});
+  }
 
   std::vector<LineRow> rows_;
-  std::size_t old_line_ = 0;  // put last
+  std::size_t old_line_ = 0;  // added last
   std::size_t new_line_ = 0;
 };
 

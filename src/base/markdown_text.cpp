@@ -1,4 +1,4 @@
-// Escapes text for Markdown. Held by tests/report/markdown_text_test.cpp.
+// Escapes text for Markdown. Tested by tests/report/markdown_text_test.cpp.
 #include "base/markdown_text.h"
 
 #include <algorithm>
@@ -14,7 +14,7 @@ bool IsWord(char c) {
   return IsDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || static_cast<unsigned char>(c) >= 0x80;
 }
 
-// Whether the character at `at` means itself wherever the text is put. What is doubtful is escaped.
+// Whether the character at `at` has no special meaning wherever the text is used. Doubtful ones are escaped.
 bool IsPlain(std::string_view text, std::size_t at) {
   const char c = text[at];
   const char before = at == 0 ? ' ' : text[at - 1];
@@ -50,7 +50,7 @@ bool IsPlain(std::string_view text, std::size_t at) {
   }
 }
 
-std::string Escaped(std::string_view text, bool is_code) {
+std::string EscapeForMarkdown(std::string_view text, bool is_code) {
   std::string markdown;
   const std::string valid = ValidUtf8(OneLine(text));
   for (std::size_t at = 0; at < valid.size(); ++at) {
@@ -59,7 +59,7 @@ std::string Escaped(std::string_view text, bool is_code) {
     if (IsPlain(valid, at) || (is_code && (c == '.' || c == ':'))) {
       markdown += c;
     } else if (!is_code && (c == '@' || c == '#')) {
-      markdown += "<code>" + reference + "</code>";  // even as a reference it would call someone, or link to an issue
+      markdown += "<code>" + reference + "</code>";  // even a reference would notify a user or link to an issue
     } else {
       markdown += reference;
     }
@@ -69,10 +69,10 @@ std::string Escaped(std::string_view text, bool is_code) {
 
 }  // namespace
 
-// References stand for their character alone, never for a mark: no parser differs about them as about backslashes.
-std::string MarkdownText(std::string_view text) { return Escaped(text, false); }
+// A character reference is never markup, in any parser; parsers differ about backslashes.
+std::string MarkdownText(std::string_view text) { return EscapeForMarkdown(text, false); }
 
-std::string MarkdownCode(std::string_view text) { return "<code>" + Escaped(text, true) + "</code>"; }
+std::string MarkdownCode(std::string_view text) { return "<code>" + EscapeForMarkdown(text, true) + "</code>"; }
 
 std::string MarkdownBlock(std::string_view language, std::string_view lines) {
   std::size_t longest = 0;

@@ -1,4 +1,4 @@
-// Finds the first thing of a name in a list that does not change meanwhile.
+// Finds items of a list by name.
 #pragma once
 
 #include <algorithm>
@@ -12,24 +12,25 @@ namespace korvel {
 
 inline constexpr std::size_t kNowhere = std::numeric_limits<std::size_t>::max();
 
-// Few searches pass over the list; before many the names are sorted. Hashing would be quicker for names that nobody chose to
-// collide.
+// The first kMaxScans searches scan the list, which is cheapest for few searches; then the names are sorted once (n log n) and
+// each search takes log n. Hashing would be faster, but an input could choose names that collide. Not for several threads at
+// once.
 template <class Item>
 class NameFinder {
  public:
-  // REQUIRES: the items outlive the finder. Each has a member `name`.
+  // Borrows the items, which must not change while the finder is used. Each item has a member `name`.
   explicit NameFinder(const std::vector<Item>& items) : items_(items) {}
 
-  // The position of the first one of that name, kNowhere if there is none.
+  // The position of the first item with that name; kNowhere if there is none.
   std::size_t Find(std::string_view name) {
-    if (++searches_ <= kFewSearches) return Scan(name);
+    if (++searches_ <= kMaxScans) return Scan(name);
     if (sorted_.empty()) Sort();
     const auto found = std::ranges::lower_bound(sorted_, name, {}, [this](std::size_t i) { return NameAt(i); });
     return found == sorted_.end() || NameAt(*found) != name ? kNowhere : *found;
   }
 
  private:
-  static constexpr int kFewSearches = 4;
+  static constexpr int kMaxScans = 4;
 
   std::string_view NameAt(std::size_t i) const { return items_[i].name; }
 

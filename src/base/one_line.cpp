@@ -1,4 +1,5 @@
-// Escapes what would break or colour a line. Nothing else is changed: the checker's texts are part of its interface.
+// Escapes what would break or colour a line; leaves everything else as it is, because the checker's texts are part of its
+// interface. Tested by tests/report/edit_test.cpp and tests/tool/usage_test.cpp.
 #include "base/one_line.h"
 
 #include <cstddef>
@@ -6,7 +7,7 @@
 namespace korvel {
 namespace {
 
-// Length of the control character at the start of `text`, 0 if there is none: C0, DEL, C1 (U+0080 to U+009F), the line and
+// Length of the control character at the start of `text`, 0 if it is none: C0, DEL, C1 (U+0080 to U+009F), the line and
 // paragraph separators and the marks that change the direction of writing (U+2028 to U+202E, U+2066 to U+2069).
 std::size_t ControlLength(std::string_view text) {
   const auto byte = static_cast<unsigned char>(text.front());
@@ -18,7 +19,7 @@ std::size_t ControlLength(std::string_view text) {
   return is_mark ? 3 : 0;
 }
 
-std::string Escaped(char c) {
+std::string EscapeControl(char c) {
   switch (c) {
     case '\n':
       return "\\n";
@@ -40,7 +41,7 @@ std::string OneLine(std::string_view text) {
   std::string line;
   while (!text.empty()) {
     const std::size_t control = ControlLength(text);
-    for (const char c : text.substr(0, control)) line += Escaped(c);
+    for (const char c : text.substr(0, control)) line += EscapeControl(c);
     if (control == 0) line += text.front();
     text.remove_prefix(control == 0 ? 1 : control);
   }

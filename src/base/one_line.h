@@ -1,4 +1,4 @@
-// Keeps a text on its line of a terminal.
+// Keeps a text on one line of a terminal.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 
 namespace korvel {
 
-// The text with its control characters and line separators escaped (\n, \r, \t, \x1b), every other byte as it is. Names of a
-// schema and of files may hold any of them.
+// The text with control characters, line separators and marks that change the direction of writing escaped (\n, \r, \t, \x1b),
+// every other byte unchanged. Names of schemas and files may contain any of them. Not cut: see Quote. Linear.
 std::string OneLine(std::string_view text);
 
 }  // namespace korvel

@@ -1,4 +1,4 @@
-// Spreads independent work over the cores. Held by tests/report/parallel_test.cpp.
+// Runs independent work on several threads. Tested by tests/report/parallel_test.cpp.
 #include "base/parallel.h"
 
 #include <algorithm>
@@ -12,7 +12,7 @@
 namespace korvel {
 namespace {
 
-// The fault of the lowest piece of work.
+// The exception of the piece of work with the lowest number. Thread-safe.
 class FirstFault {
  public:
   void Note(std::size_t piece) {
@@ -37,7 +37,7 @@ class FirstFault {
 void ForEach(std::size_t count, std::size_t threads, const std::function<void(std::size_t)>& work) {
   std::atomic<std::size_t> next = 0;
   FirstFault fault;
-  const auto take_what_is_left = [&] {
+  const auto work_until_done = [&] {
     for (std::size_t i = next++; i < count; i = next++) {
       try {
         work(i);
@@ -47,13 +47,13 @@ void ForEach(std::size_t count, std::size_t threads, const std::function<void(st
     }
   };
   std::vector<std::jthread> helpers;
-  const std::size_t wanted = std::min({threads, count, std::size_t{std::thread::hardware_concurrency()}});
+  const std::size_t limit = std::min({threads, count, std::size_t{std::thread::hardware_concurrency()}});
   try {
-    while (helpers.size() + 1 < wanted) helpers.emplace_back(take_what_is_left);
+    while (helpers.size() + 1 < limit) helpers.emplace_back(work_until_done);
   } catch (const std::system_error&) {
-    // This thread does what is left.
+    // This thread does the rest.
   }
-  take_what_is_left();
+  work_until_done();
   helpers.clear();
   fault.Rethrow();
 }

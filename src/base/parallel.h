@@ -1,4 +1,4 @@
-// Spreads independent work over the cores.
+// Runs independent work on several threads.
 #pragma once
 
 #include <cstddef>
@@ -6,12 +6,12 @@
 
 namespace korvel {
 
-// Calls `work(i)` once for every i in [0, count), each on the first of up to `threads` threads that is free, the caller's among
-// them. Fewer cores, or a system that gives no more threads, make it slower and nothing else. Throws what the work of the lowest
-// `i` threw, when all is done.
+// Calls `work(i)` once for every i in [0, count), on the calling thread and up to `threads` - 1 others, in no fixed order. Uses
+// fewer threads if there are fewer cores or the system refuses to start them. Returns when all work is done. If calls throw, the
+// others still run; then the exception of the lowest `i` is thrown.
 void ForEach(std::size_t count, std::size_t threads, const std::function<void(std::size_t)>& work);
 
-// Bytes of schemas from which on work on them takes so much longer than starting a thread that the thread pays.
+// Bytes of schemas above which the work on them takes much longer than starting a thread.
 inline constexpr std::size_t kWorthAThread = std::size_t{256} << 10;
 
 }  // namespace korvel

@@ -1,4 +1,4 @@
-// Shows untrusted text inside a message.
+// Decodes UTF-8 and escapes untrusted text for messages. Tested by tests/qmx/text_test.cpp.
 #include "base/quote.h"
 
 #include <cstdint>
@@ -16,7 +16,7 @@ struct Utf8Form {
 constexpr Utf8Form kUtf8Forms[] = {{0x80, 0x00, 1, 0}, {0xE0, 0xC0, 2, 0x80}, {0xF0, 0xE0, 3, 0x800}, {0xF8, 0xF0, 4, 0x10000}};
 
 struct Character {
-  std::size_t length = 0;  // 0: no character
+  std::size_t length = 0;  // in bytes; 0: no character
   std::uint32_t code_point = 0;
 };
 
@@ -42,26 +42,26 @@ Character FirstCharacter(std::string_view text) {
   return {};
 }
 
-// Characters that would break the line, hide text or turn its direction.
-bool IsShown(std::uint32_t code_point) {
+// False for characters that would break the line, hide text or change its direction.
+bool IsDisplayable(std::uint32_t code_point) {
   const auto within = [code_point](std::uint32_t low, std::uint32_t high) { return code_point >= low && code_point <= high; };
   return !(code_point < 0x20 || within(0x7F, 0x9F) || within(0x200B, 0x200F) || within(0x2028, 0x202E) ||
            within(0x2060, 0x2069) || code_point == 0xFEFF);
 }
 
-std::string Escape(const char* format, unsigned value) {
+std::string FormatEscape(const char* format, unsigned value) {
   char text[16];
   std::snprintf(text, sizeof text, format, value);
   return text;
 }
 
-std::string Shown(std::string_view text, const Character& first) {
-  if (first.length == 0) return Escape("\\x%02X", Byte(text, 0));
-  if (IsShown(first.code_point)) return std::string(text.substr(0, first.length));
+std::string Display(std::string_view text, const Character& first) {
+  if (first.length == 0) return FormatEscape("\\x%02X", Byte(text, 0));
+  if (IsDisplayable(first.code_point)) return std::string(text.substr(0, first.length));
   if (first.code_point == '\n') return "\\n";
   if (first.code_point == '\r') return "\\r";
   if (first.code_point == '\t') return "\\t";
-  return Escape(first.code_point < 0x80 ? "\\x%02X" : "\\u%04X", first.code_point);
+  return FormatEscape(first.code_point < 0x80 ? "\\x%02X" : "\\u%04X", first.code_point);
 }
 
 }  // namespace
@@ -75,7 +75,7 @@ std::string Quote(std::string_view text) {
     const Character first = FirstCharacter(text.substr(taken));
     const std::size_t length = first.length == 0 ? 1 : first.length;
     if (taken + length > kMaxQuoted) return quoted + "...'";
-    quoted += Shown(text.substr(taken), first);
+    quoted += Display(text.substr(taken), first);
     taken += length;
   }
   return quoted + "'";

@@ -1,4 +1,4 @@
-// Shows untrusted text inside a message.
+// Quotes untrusted text inside messages; decodes UTF-8.
 #pragma once
 
 #include <cstddef>
@@ -7,14 +7,15 @@
 
 namespace korvel {
 
-// Longest piece of a text that a message shows, in bytes of the text.
+// Longest piece of a text that a message shows, in bytes of the original text.
 inline constexpr std::size_t kMaxQuoted = 60;
 
-// The text between single quotes, on one line: control characters, invisible and direction-changing ones and bytes that are not
-// UTF-8 are escaped; what is longer than kMaxQuoted ends in "...", never in the middle of a character.
+// The text in single quotes, on one line: control characters, invisible ones, those that change the direction of writing, and
+// bytes that are not UTF-8 are escaped. A text longer than kMaxQuoted is cut between characters and ends in "...".
 std::string Quote(std::string_view text);
 
-// Length in bytes of the UTF-8 character at the start of `text`; 0 if there is none (overlong forms and surrogates are none).
+// Length in bytes of the UTF-8 character at the start of `text`: 1 to 4. 0 for an empty text, invalid bytes, overlong forms and
+// surrogates.
 std::size_t Utf8Length(std::string_view text);
 
 }  // namespace korvel

@@ -1,4 +1,4 @@
-// Writes hunks; line_changes.cpp compares. Held by tests/report/unified_diff_test.cpp.
+// Writes hunks; line_changes.cpp compares. Tested by tests/report/unified_diff_test.cpp.
 #include "base/unified_diff.h"
 
 #include <algorithm>
@@ -10,7 +10,7 @@
 namespace korvel {
 namespace {
 
-constexpr std::size_t kContext = 3;
+constexpr std::size_t kContext = 3;  // lines around a change
 
 // With their line ends.
 Lines SplitLines(std::string_view text) {
@@ -36,7 +36,7 @@ std::string Range(std::size_t begin, std::size_t end) {
   return std::to_string(begin + (begin < end ? 1 : 0)) + "," + std::to_string(end - begin);
 }
 
-// Changes [first, last), which stand so close that they share their context.
+// Changes [first, last), which are so close that they share their context.
 void WriteHunk(std::string& text, const Lines& old_lines, const Lines& new_lines, const LineChange* first,
                const LineChange* last) {
   const std::size_t above = std::min(first->old_begin, kContext);
@@ -53,7 +53,7 @@ void WriteHunk(std::string& text, const Lines& old_lines, const Lines& new_lines
   WriteLines(text, ' ', old_lines, at, at + below);
 }
 
-// A name with blanks ends in a tab: those who read it know then where.
+// A tab marks the end of a name that contains blanks.
 std::string Header(const char* mark, std::string_view name) {
   const bool has_blank = name.find(' ') != std::string_view::npos;
   return std::string(mark) + std::string(name) + (has_blank ? "\t\n" : "\n");

@@ -1,4 +1,4 @@
-// The difference of two texts as programs that patch files take it.
+// The difference of two texts as a patch.
 #pragma once
 
 #include <string>
@@ -6,9 +6,8 @@
 
 namespace korvel {
 
-// The unified form with three lines of context; empty for equal texts. Lines end in LF; a last line without one is marked as
-// such. Not always the shortest: of lines that stand more than once in a text those beside others that match are matched. n log
-// n.
+// A unified diff with three lines of context; "" for equal texts. Lines end in LF; a last line without LF is marked. Not always
+// the shortest diff: see FindLineChanges. n log n. Names are written as they are: REQUIRES: they are on one line.
 std::string UnifiedDiff(std::string_view old_name, std::string_view old_text, std::string_view new_name,
                         std::string_view new_text);
 

@@ -101,7 +101,7 @@ const CommonPrefix& Lookup::FindPrefix(IndexKind kind, LPQMXMETA old_meta, LPQMX
   // What is known of the new side's keys is true of the old side's too.
   if (is_indexed && old_count > kShortList) {
     List& old_list = ListOf(kind, old_meta);
-    if (!old_list.index && old_list.base == nullptr && &old_list != new_list) {
+    if (!old_list.index && old_list.base == nullptr) {
       old_list.base = &*new_list->index;
       old_list.shared = prefix.end;
     }

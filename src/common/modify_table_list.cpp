@@ -45,7 +45,7 @@ class AttributedEntries {
   const char* Find(const char* name) {
     const int position = lookup_.FindFirst(IndexKind::kAttributedEntries, meta_, count_, NameKey{name},
                                            [this](int i) noexcept { return KeyAt(i); });
-    if (position >= 0 && position != looked_at_) KeyAt(position);
+    // A search that finds an item reads its key last.
     return position < 0 ? nullptr : attribute_;
   }
 
@@ -57,7 +57,6 @@ class AttributedEntries {
  private:
   NameKey KeyAt(int i) {
     if (i >= end_) return {nullptr};
-    looked_at_ = i;
     const LPQMXMETAENTRY entry = qmx_get_entry_by_index(meta_, i);
     attribute_ = entry == nullptr ? nullptr : qmx_get_entry_customattr2(metalib_, entry);
     if (entry != nullptr && IsEmpty(attribute_)) return {nullptr};
@@ -71,8 +70,7 @@ class AttributedEntries {
   Lookup& lookup_;
   int count_;
   int end_;                          // the entry that ends every search, as far as it was reached
-  int looked_at_ = -1;               // the entry whose attribute was read last
-  const char* attribute_ = nullptr;  // that attribute
+  const char* attribute_ = nullptr;  // of the entry whose key was read last
 };
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Starts programs and talks to them through pipes. What they say is not understood here. Held by tests/tool/git_test.cpp.
+// Starts programs and exchanges bytes with them through pipes. Tested by tests/tool/git_test.cpp.
 #include "project/child_process.h"
 
 #include <fcntl.h>
@@ -87,7 +87,7 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
   return pointers;
 }
 
-// A file without a name, not a pipe: nobody has to read while the program runs.
+// An unnamed file, not a pipe: it need not be read while the program runs.
 FileDescriptor ErrorFile() {
   FileDescriptor file(::memfd_create("errors", MFD_CLOEXEC));
   RequireDone(file.IsOpen() ? 0 : errno, "no memory file");

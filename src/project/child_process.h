@@ -1,4 +1,4 @@
-// Another program, run without a shell.
+// A child process, started without a shell.
 #pragma once
 
 #include <sys/types.h>
@@ -21,15 +21,15 @@ class ChildProcess {
   // Ends the program if it is still running.
   ~ChildProcess();
 
-  // False if the program reads no more.
+  // Returns false if the program no longer reads.
   bool Write(std::string_view text);
-  // Waits for up to `capacity` bytes and gives the number of those that came: fewer only at the end of the output.
+  // Waits for `capacity` bytes and returns the number read: fewer only at the end of the output.
   std::size_t Read(char* to, std::size_t capacity);
   // Waits for the end of the output.
   std::string ReadAll();
-  // Waits for the program. Its exit code, 128 and the signal's number for one that a signal ended.
+  // Waits for the program. Returns its exit code, or 128 plus the signal that ended it.
   int Wait();
-  // What it said on standard error so far.
+  // Its standard error so far.
   std::string ErrorText() const;
 
  private:

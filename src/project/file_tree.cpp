@@ -1,4 +1,4 @@
-// Lists and reads the files of a state. What they hold is not looked at. Held by tests/tool/against_test.cpp.
+// Lists and reads the files of a state; does not interpret them. Tested by tests/tool/against_test.cpp.
 #include "project/file_tree.h"
 
 #include <algorithm>
@@ -14,8 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Of an empty directory the path itself is the way to what is in it.
-std::string Joined(const std::string& directory, const std::string& path) {
+// An empty directory or path adds nothing.
+std::string JoinPaths(const std::string& directory, const std::string& path) {
   if (directory.empty() || path.empty()) return directory + path;
   return directory.ends_with('/') ? directory + path : directory + "/" + path;
 }
@@ -40,10 +40,10 @@ class Disk : public FileTree {
       const bool is_directory = entry->is_directory(ignored);
       if (is_directory && (entry->path().filename() == ".git" || IsLeftOut(entry->path()))) entry.disable_recursion_pending();
       if (!entry->is_regular_file(ignored)) continue;
-      files.push_back(Joined(directory, entry->path().lexically_relative(OnDisk(directory)).string()));
+      files.push_back(JoinPaths(directory, entry->path().lexically_relative(OnDisk(directory)).string()));
     }
     if (error) {
-      throw InputError{{ToolMessage(OneLine(Shown(directory)) + ": its files cannot be listed: " + error.message())}};
+      throw InputError{{ToolMessage(OneLine(Display(directory)) + ": its files cannot be listed: " + error.message())}};
     }
     std::ranges::sort(files);
     return files;
@@ -51,19 +51,19 @@ class Disk : public FileTree {
 
   Bytes Read(const std::string& path) override {
     OpenFile file = OpenInput(OnDisk(path));
-    file.name = Shown(path);
+    file.name = Display(path);
     Bytes bytes = ReadAll(file);
     if (file.size > 0) RequireUnchanged(file.name, file.state);
     return bytes;
   }
 
-  std::string Shown(const std::string& path) const override { return Joined(shown_, path); }
+  std::string Display(const std::string& path) const override { return JoinPaths(shown_, path); }
 
  protected:
   virtual bool IsLeftOut(const fs::path&) const { return false; }
 
  private:
-  std::string OnDisk(const std::string& path) const { return Joined(top_, path); }
+  std::string OnDisk(const std::string& path) const { return JoinPaths(top_, path); }
 
   std::string top_;
   std::string shown_;
@@ -73,7 +73,7 @@ class DiskSeenFrom : public Disk {
  public:
   DiskSeenFrom(std::string here, const std::string& top) : Disk(top, ""), here_(std::move(here)), above_(top) {}
 
-  std::string Shown(const std::string& path) const override { return (above_ / path).lexically_relative(here_).string(); }
+  std::string Display(const std::string& path) const override { return (above_ / path).lexically_relative(here_).string(); }
 
  private:
   fs::path here_;
@@ -85,7 +85,7 @@ class WorkTree : public DiskSeenFrom {
   using DiskSeenFrom::DiskSeenFrom;
 
  protected:
-  // A submodule has commits of its own: this one's do not hold its files, which all would be new.
+  // A submodule has its own commits: those of this repository lack its files, which would all be new.
   bool IsLeftOut(const fs::path& directory) const override {
     std::error_code ignored;
     return fs::exists(directory / ".git", ignored);
@@ -111,9 +111,9 @@ class Commit : public FileTree {
     return files;
   }
 
-  Bytes Read(const std::string& path) override { return git_.ReadFile(*Find(path), Shown(path)); }
+  Bytes Read(const std::string& path) override { return git_.ReadFile(*Find(path), Display(path)); }
 
-  std::string Shown(const std::string& path) const override { return argument_ + ":" + path; }
+  std::string Display(const std::string& path) const override { return argument_ + ":" + path; }
 
  private:
   const GitFile* Find(const std::string& path) const {

@@ -19,22 +19,22 @@ class FileTree {
   virtual bool HasFile(const std::string& path) const = 0;
   // All files below a directory, ordered by path; none if it is no directory. Throws InputError.
   virtual std::vector<std::string> Below(const std::string& directory) const = 0;
-  // The bytes of a file. May be called by several threads. Throws InputError, with lines that begin with the name as shown.
+  // The bytes of a file. May be called by several threads. Throws InputError with lines that begin with Display(path).
   virtual Bytes Read(const std::string& path) = 0;
   // The file as reports show it.
-  virtual std::string Shown(const std::string& path) const = 0;
+  virtual std::string Display(const std::string& path) const = 0;
 };
 
-// The files on the disk below a directory; they are shown with `shown` in front. Links to directories and .git are left out.
+// The files on the disk below a directory, displayed with `shown` in front. Links to directories and .git are skipped.
 std::unique_ptr<FileTree> DiskTree(const std::string& top, const std::string& shown);
 
-// The same with the way from the directory `here` in front. Both directories are absolute.
+// The same, displayed as paths from the directory `here`. Both directories are absolute.
 std::unique_ptr<FileTree> DiskTreeSeenFrom(const std::string& here, const std::string& top);
 
 // The same of a work tree of git, without the repositories in it.
 std::unique_ptr<FileTree> WorkTreeSeenFrom(const std::string& here, const std::string& top);
 
-// The files of a commit. `argument` ("git:REV") is what the files are shown with, and what errors speak of.
+// The files of a commit. `argument` ("git:REV") is the prefix of displayed files; errors name it.
 std::unique_ptr<FileTree> CommitTree(const std::string& revision, const std::string& argument);
 
 }  // namespace korvel

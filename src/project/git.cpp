@@ -1,4 +1,4 @@
-// Reads files out of commits. Why git has no answer is told by git_call.cpp. Held by tests/tool/git_test.cpp.
+// Reads files from commits; git_call.cpp explains failures. Tested by tests/tool/git_test.cpp.
 #include "project/git.h"
 
 #include <algorithm>
@@ -15,7 +15,7 @@
 namespace korvel {
 namespace {
 
-constexpr std::string_view kMark = "git:";
+constexpr std::string_view kGitPrefix = "git:";
 
 // Where the revision ends: at a colon that is not part of it, as in HEAD^{/fix: the key}.
 std::size_t EndOfRevision(std::string_view text) {
@@ -31,7 +31,7 @@ std::size_t EndOfRevision(std::string_view text) {
 void RequireRevision(const std::string& revision, const std::string& argument) {
   if (revision.empty()) RefuseArgument(argument, "the revision is missing");
   for (const char* const mark : {"-", "^"}) {  // an option; what git takes to be left out
-    if (revision.starts_with(mark)) RefuseArgument(argument, std::string("a revision begins with no '") + mark + "'");
+    if (revision.starts_with(mark)) RefuseArgument(argument, std::string("a revision must not begin with '") + mark + "'");
   }
 }
 
@@ -68,7 +68,7 @@ std::vector<GitFile> Listed(const std::string& output) {
 std::string_view NameOf(std::string_view path) { return path.substr(path.rfind('/') + 1); }
 
 // The file of the same name elsewhere, else one that is written nearly like it.
-std::string LikePath(const std::string& path, const std::vector<GitFile>& files) {
+std::string SimilarPath(const std::string& path, const std::vector<GitFile>& files) {
   std::vector<std::string_view> near;
   for (const GitFile& file : files) {
     if (NameOf(file.path) == NameOf(path)) return " (did you mean " + Quote(file.path) + "?)";
@@ -98,8 +98,8 @@ std::string WithoutLineEnd(std::string text) {
 }  // namespace
 
 std::optional<GitPath> ParseGitPath(const std::string& argument) {
-  if (!argument.starts_with(kMark)) return std::nullopt;
-  const std::string rest = argument.substr(kMark.size());
+  if (!argument.starts_with(kGitPrefix)) return std::nullopt;
+  const std::string rest = argument.substr(kGitPrefix.size());
   const std::size_t colon = EndOfRevision(rest);
   if (colon == std::string::npos) RefuseArgument(argument, "the path is missing; allowed: git:REV:PATH");
   GitPath path{rest.substr(0, colon), rest.substr(colon + 1)};
@@ -109,8 +109,8 @@ std::optional<GitPath> ParseGitPath(const std::string& argument) {
 }
 
 std::optional<std::string> ParseGitRevision(const std::string& argument) {
-  if (!argument.starts_with(kMark)) return std::nullopt;
-  std::string revision = argument.substr(kMark.size());
+  if (!argument.starts_with(kGitPrefix)) return std::nullopt;
+  std::string revision = argument.substr(kGitPrefix.size());
   if (EndOfRevision(revision) != std::string::npos) RefuseArgument(argument, "names a path; allowed: git:REV");
   RequireRevision(revision, argument);
   return revision;
@@ -118,7 +118,7 @@ std::optional<std::string> ParseGitRevision(const std::string& argument) {
 
 Bytes Git::Read(const GitPath& path) {
   const std::scoped_lock lock(mutex_);
-  const std::string argument = std::string(kMark) + path.revision + ":" + path.path;
+  const std::string argument = std::string(kGitPrefix) + path.revision + ":" + path.path;
   const GitFile file = Find(path, argument);
   RequireFile(file, argument);
   return ReadObject(file.object, argument);
@@ -126,7 +126,7 @@ Bytes Git::Read(const GitPath& path) {
 
 std::vector<GitFile> Git::Files(const std::string& revision, const std::string& argument) {
   const std::scoped_lock lock(mutex_);
-  return Listed(AskGit({"ls-tree", "-r", "-z", "--full-tree", TreeOf(revision, argument)}, argument));
+  return Listed(GitOutput({"ls-tree", "-r", "-z", "--full-tree", TreeOf(revision, argument)}, argument));
 }
 
 Bytes Git::ReadFile(const GitFile& file, const std::string& argument) {
@@ -137,40 +137,40 @@ Bytes Git::ReadFile(const GitFile& file, const std::string& argument) {
 
 std::string Git::Prefix(const std::string& argument) {
   if (!prefix_) {
-    const GitAnswer answer = CallGit({"rev-parse", "--show-prefix"}, argument);
-    if (answer.status != 0) RefuseArgument(argument, answer.error);
-    prefix_ = WithoutLineEnd(answer.out);
+    const GitResult result = RunGit({"rev-parse", "--show-prefix"}, argument);
+    if (result.status != 0) RefuseArgument(argument, result.error);
+    prefix_ = WithoutLineEnd(result.out);
   }
   return *prefix_;
 }
 
 std::string Git::Top(const std::string& argument) {
-  const GitAnswer answer = CallGit({"rev-parse", "--show-toplevel"}, argument);
-  if (answer.status != 0) RefuseArgument(argument, answer.error);
-  return WithoutLineEnd(answer.out);
+  const GitResult result = RunGit({"rev-parse", "--show-toplevel"}, argument);
+  if (result.status != 0) RefuseArgument(argument, result.error);
+  return WithoutLineEnd(result.out);
 }
 
 bool Git::IsShallow(const std::string& argument) {
-  return CallGit({"rev-parse", "--is-shallow-repository"}, argument).out == "true\n";
+  return RunGit({"rev-parse", "--is-shallow-repository"}, argument).out == "true\n";
 }
 
 std::vector<std::string> Git::CommitsOf(const std::string& path, const std::string& argument) {
   const std::string from_top = FromTop(path, argument);
   if (from_top.empty()) RefuseArgument(argument, "is the top of the repository; allowed: a file in it");
-  if (CallGit({"rev-parse", "--verify", "--quiet", "HEAD"}, argument).status != 0) RefuseRevision("HEAD", argument);
+  if (RunGit({"rev-parse", "--verify", "--quiet", "HEAD"}, argument).status != 0) RefuseRevision("HEAD", argument);
   const std::string top = Top(argument);
   return SplitAt(
-      AskGit({"-C", top, "log", "--first-parent", "--diff-filter=AMT", "--reverse", "--format=%h", "HEAD", "--", from_top},
-             argument),
+      GitOutput({"-C", top, "log", "--first-parent", "--diff-filter=AMT", "--reverse", "--format=%h", "HEAD", "--", from_top},
+                argument),
       '\n');
 }
 
 std::string Git::TreeOf(const std::string& revision, const std::string& argument) {
   std::string& tree = trees_[revision];
   if (tree.empty()) {
-    const GitAnswer answer = CallGit({"rev-parse", "--verify", "--quiet", "--end-of-options", revision + "^{tree}"}, argument);
-    if (answer.status != 0) RefuseRevision(revision, argument);
-    tree = WithoutLineEnd(answer.out);
+    const GitResult result = RunGit({"rev-parse", "--verify", "--quiet", "--end-of-options", revision + "^{tree}"}, argument);
+    if (result.status != 0) RefuseRevision(revision, argument);
+    tree = WithoutLineEnd(result.out);
   }
   return tree;
 }
@@ -178,7 +178,7 @@ std::string Git::TreeOf(const std::string& revision, const std::string& argument
 std::string Git::FromTop(const std::string& path, const std::string& argument) {
   const bool is_relative = path.starts_with("./") || path.starts_with("../");
   const std::optional<std::string> normal = Normal(is_relative ? Prefix(argument) + path : path);
-  if (!normal) RefuseArgument(argument, "leads out of the repository");
+  if (!normal) RefuseArgument(argument, "is outside of the repository");
   return *normal;
 }
 
@@ -186,15 +186,15 @@ GitFile Git::Find(const GitPath& path, const std::string& argument) {
   const std::string tree = TreeOf(path.revision, argument);
   const std::string from_top = FromTop(path.path, argument);
   if (from_top.empty()) RequireFile({"", "040000", tree}, argument);
-  const std::vector<GitFile> found = Listed(AskGit({"ls-tree", "-z", "--full-tree", tree, "--", from_top}, argument));
+  const std::vector<GitFile> found = Listed(GitOutput({"ls-tree", "-z", "--full-tree", tree, "--", from_top}, argument));
   if (found.size() == 1) return found.front();
-  const std::vector<GitFile> all = Listed(AskGit({"ls-tree", "-r", "-z", "--full-tree", tree}, argument));
-  RefuseArgument(argument, "is not in that commit" + LikePath(from_top, all));
+  const std::vector<GitFile> all = Listed(GitOutput({"ls-tree", "-r", "-z", "--full-tree", tree}, argument));
+  RefuseArgument(argument, "is not in that commit" + SimilarPath(from_top, all));
 }
 
 Bytes Git::ReadObject(const std::string& object, const std::string& argument) {
   Bytes bytes;
-  const std::size_t size = AskForObject(object, argument);
+  const std::size_t size = RequestObject(object, argument);
   bytes.data = std::make_unique_for_overwrite<char[]>(size + 1);
   // The object is followed by the end of a line.
   if (objects_->Read(bytes.data.get(), size + 1) != size + 1) RefuseEnded(argument);
@@ -203,7 +203,7 @@ Bytes Git::ReadObject(const std::string& object, const std::string& argument) {
 }
 
 // Size of the object, whose bytes come next.
-std::size_t Git::AskForObject(const std::string& object, const std::string& argument) {
+std::size_t Git::RequestObject(const std::string& object, const std::string& argument) {
   if (objects_ == nullptr) objects_ = std::make_unique<ChildProcess>(std::vector<std::string>{"git", "cat-file", "--batch"});
   if (!objects_->Write(object + "\n")) RefuseEnded(argument);
   std::string header;  // OBJECT SP TYPE SP SIZE, or OBJECT SP "missing"
@@ -214,18 +214,18 @@ std::size_t Git::AskForObject(const std::string& object, const std::string& argu
   std::size_t size = 0;
   const std::string_view number = std::string_view(header).substr(header.rfind(' ') + 1);
   if (std::from_chars(number.data(), number.data() + number.size(), size).ec != std::errc()) {
-    RefuseArgument(argument, "the repository lacks its object " + object + "; 'git fsck' tells more");
+    RefuseArgument(argument, "the repository has no object " + object + "; run 'git fsck'");
   }
   if (size <= qmx::kMaxFileBytes) return size;
   objects_.reset();  // which would write all of it first
-  RefuseArgument(argument, "is too large; allowed: up to " + std::to_string(qmx::kMaxFileBytes) + " bytes");
+  RefuseArgument(argument, "is too large; allowed: at most " + std::to_string(qmx::kMaxFileBytes) + " bytes");
 }
 
 void Git::RefuseEnded(const std::string& argument) {
   const int status = objects_->Wait();
   const std::string complaint = FirstComplaint(objects_->ErrorText());
   objects_.reset();
-  RefuseArgument(argument, "git cat-file ended in the middle with exit code " + std::to_string(status) +
+  RefuseArgument(argument, "git cat-file ended unexpectedly with exit code " + std::to_string(status) +
                                (complaint.empty() ? "" : ": " + complaint));
 }
 

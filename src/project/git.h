@@ -17,14 +17,14 @@ namespace korvel {
 
 // "git:REV:PATH" taken apart.
 struct GitPath {
-  std::string revision;  // anything that names a commit or a tree, as git understands it
+  std::string revision;  // anything that git accepts as a commit or a tree
   std::string path;      // from the top of the repository; from the working directory if it begins with "./" or "../"
 };
 
-// Nullopt for what does not begin with "git:". Throws InputError, with one line, for what does and is no such thing.
+// Nullopt if it does not begin with "git:". Throws InputError, with one line, if it does and is not of this form.
 std::optional<GitPath> ParseGitPath(const std::string& argument);
 
-// REV of "git:REV". Nullopt for what does not begin with "git:"; throws InputError for an empty one and one with a path.
+// REV of "git:REV". Nullopt if it does not begin with "git:"; throws InputError if REV is empty or has a path.
 std::optional<std::string> ParseGitRevision(const std::string& argument);
 
 // A file of a tree: not a directory, but maybe a link or a submodule.
@@ -34,33 +34,33 @@ struct GitFile {
   std::string object;  // its id
 };
 
-// The repository of the working directory, or the one that git's environment variables name. Nothing is asked before it is
+// The repository of the working directory, or the one that git's environment variables name. Git is not run before it is
 // needed.
 //
-// Every function throws InputError, with a line for people, when git is not installed, knows no repository here, or fails. All of
+// Every function throws InputError, with one line, if git is not installed, finds no repository here, or fails. All of
 // them may be called by several threads, which then wait for each other.
 class Git {
  public:
   // The bytes of a file.
   Bytes Read(const GitPath& path);
 
-  // All files of the tree of a revision, ordered by path. `argument` is what errors speak of.
+  // All files of the tree of a revision, ordered by path. Errors name `argument`.
   std::vector<GitFile> Files(const std::string& revision, const std::string& argument);
 
-  // The bytes of a file of a tree. `argument` is what errors speak of.
+  // The bytes of a file of a tree. Errors name `argument`.
   Bytes ReadFile(const GitFile& file, const std::string& argument);
 
-  // The way from the top of the work tree to the working directory: "" or "sub/dir/".
+  // The path from the top of the work tree to the working directory: "" or "sub/dir/".
   std::string Prefix(const std::string& argument);
 
   // The top of the work tree.
   std::string Top(const std::string& argument);
 
-  // Whether commits are left out of the clone.
+  // Whether the clone is shallow.
   static bool IsShallow(const std::string& argument);
 
-  // The commits in which a file is as in none before, along the first parents, oldest first, as short as git thinks safe. `path`
-  // is as in GitPath. Commits that removed it are none.
+  // The commits in which a file is as in none before, along the first parents, oldest first, abbreviated as git does. `path`
+  // is as in GitPath. Commits that removed it do not count.
   std::vector<std::string> CommitsOf(const std::string& path, const std::string& argument);
 
  private:
@@ -68,13 +68,13 @@ class Git {
   std::string FromTop(const std::string& path, const std::string& argument);
   GitFile Find(const GitPath& path, const std::string& argument);
   Bytes ReadObject(const std::string& object, const std::string& argument);
-  std::size_t AskForObject(const std::string& object, const std::string& argument);
+  std::size_t RequestObject(const std::string& object, const std::string& argument);
   [[noreturn]] void RefuseEnded(const std::string& argument);
 
   std::mutex mutex_;
   std::map<std::string, std::string> trees_;  // by revision
   std::optional<std::string> prefix_;
-  std::unique_ptr<ChildProcess> objects_;  // git cat-file --batch, once an object was asked for
+  std::unique_ptr<ChildProcess> objects_;  // git cat-file --batch, once an object was requested
 };
 
 }  // namespace korvel

@@ -1,4 +1,4 @@
-// Asks the git program, and tells why it has no answer. Held by tests/tool/git_test.cpp.
+// Runs the git program, and explains why it failed. Tested by tests/tool/git_test.cpp.
 #include "project/git_call.h"
 
 #include <algorithm>
@@ -16,8 +16,8 @@ namespace {
 
 std::string FirstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
 
-// What git offers to do about a repository of somebody else, as jobs in containers have it: "; allow it with: git config ..."
-std::string WayOut(const std::string& text) {
+// The command that git suggests for a repository that another user owns, as in containers: "; allow it with: git config ..."
+std::string CommandToTrust(const std::string& text) {
   const std::size_t begin = text.find("git config --global --add safe.directory ");
   return begin == std::string::npos ? "" : "; allow it with: " + OneLine(FirstLine(text.substr(begin)));
 }
@@ -27,36 +27,36 @@ bool IsHexadecimal(std::string_view text) { return text.find_first_not_of("01234
 // Whether a revision is the id of an object, in full.
 bool IsObjectId(std::string_view revision) { return (revision.size() == 40 || revision.size() == 64) && IsHexadecimal(revision); }
 
-// What is missing about a revision, and which remotes could have it.
+// Finds out why a revision does not exist, and which remote may have it.
 class Diagnosis {
  public:
   Diagnosis(const std::string& revision, const std::string& argument)
       : revision_(revision),
         argument_(argument),
-        remotes_(SplitAt(CallGit({"remote"}, argument).out, '\n')),
-        is_shallow_(CallGit({"rev-parse", "--is-shallow-repository"}, argument).out == "true\n") {}
+        remotes_(SplitAt(RunGit({"remote"}, argument).out, '\n')),
+        is_shallow_(RunGit({"rev-parse", "--is-shallow-repository"}, argument).out == "true\n") {}
 
   std::string Text() const {
-    if (CallGit({"rev-list", "--all", "-n", "1"}, argument_).out.empty() && !IsKnown("HEAD")) {
+    if (RunGit({"rev-list", "--all", "-n", "1"}, argument_).out.empty() && !IsKnown("HEAD")) {
       return "the repository has no commit yet";
     }
     if (IsFile()) return Quote(revision_) + " is a file; allowed: a commit, or a tree of one";
     if (IsObjectId(revision_)) return "commit " + revision_ + " is not in this clone" + FetchOfObject();
-    if (IsBeyondShallow()) return Quote(revision_) + " lies beyond the end of this shallow clone; " + kFetchAll;
-    if (const std::string fetch = FetchOfBranch(); !fetch.empty()) return Unknown() + "; bring it with: " + fetch;
-    return Unknown() + LikeReference();
+    if (IsBeyondShallow()) return Quote(revision_) + " is older than the oldest commit of this shallow clone; " + kFetchAll;
+    if (const std::string fetch = FetchOfBranch(); !fetch.empty()) return Unknown() + "; fetch it with: " + fetch;
+    return Unknown() + SimilarReference();
   }
 
  private:
-  static constexpr const char* kFetchAll = "bring it with: git fetch --unshallow";
+  static constexpr const char* kFetchAll = "fetch it with: git fetch --unshallow";
 
   std::string Unknown() const { return "unknown revision " + Quote(revision_); }
 
   bool IsKnown(const std::string& revision) const {
-    return CallGit({"rev-parse", "--verify", "--quiet", "--end-of-options", revision + "^{tree}"}, argument_).status == 0;
+    return RunGit({"rev-parse", "--verify", "--quiet", "--end-of-options", revision + "^{tree}"}, argument_).status == 0;
   }
 
-  bool IsFile() const { return CallGit({"cat-file", "-t", revision_}, argument_).out == "blob\n"; }
+  bool IsFile() const { return RunGit({"cat-file", "-t", revision_}, argument_).out == "blob\n"; }
 
   // main~50: there is a main, but not that far back.
   bool IsBeyondShallow() const {
@@ -67,24 +67,24 @@ class Diagnosis {
   std::string FetchOfObject() const {
     if (remotes_.empty()) return "";
     const std::string depth = is_shallow_ ? "--depth=1 " : "";
-    return "; bring it with: git fetch " + depth + OneLine(remotes_.front()) + " " + revision_;
+    return "; fetch it with: git fetch " + depth + OneLine(remotes_.front()) + " " + revision_;
   }
 
-  // A clone of one branch has no other; to fetch one by name leaves no reference to it behind unless it is told to.
+  // A clone of one branch lacks the others; fetching one by name leaves a reference only if the command says so.
   std::string FetchOfBranch() const {
     for (const std::string& remote : remotes_) {
       const std::string branch = revision_.starts_with(remote + "/") ? revision_.substr(remote.size() + 1) : "";
-      if (branch.empty() || CallGit({"check-ref-format", "--branch", branch}, argument_).status != 0) continue;
-      if (!LikeReference().empty()) return "";
+      if (branch.empty() || RunGit({"check-ref-format", "--branch", branch}, argument_).status != 0) continue;
+      if (!SimilarReference().empty()) return "";
       const std::string depth = is_shallow_ ? "--depth=1 " : "";
       return OneLine("git fetch " + depth + remote + " " + branch + ":refs/remotes/" + remote + "/" + branch);
     }
     return "";
   }
 
-  std::string LikeReference() const {
-    std::vector<std::string> names = SplitAt(CallGit({"for-each-ref", "--format=%(refname:short)"}, argument_).out, '\n');
-    // A clone for a job has the branches of others as those of its remote alone.
+  std::string SimilarReference() const {
+    std::vector<std::string> names = SplitAt(RunGit({"for-each-ref", "--format=%(refname:short)"}, argument_).out, '\n');
+    // A clone of a pipeline has other branches only as branches of its remote.
     for (const std::string& name : names) {
       if (name.ends_with("/" + revision_)) return " (did you mean " + Quote(name) + "?)";
     }
@@ -122,32 +122,32 @@ void RefuseArgument(const std::string& argument, const std::string& reason) {
   throw InputError{{ToolMessage(OneLine(argument) + ": " + reason)}};
 }
 
-GitAnswer CallGit(const std::vector<std::string>& arguments, const std::string& argument) {
+GitResult RunGit(const std::vector<std::string>& arguments, const std::string& argument) {
   std::vector<std::string> command = {"git", "--literal-pathspecs"};
   command.insert(command.end(), arguments.begin(), arguments.end());
   try {
     ChildProcess git(command);
-    GitAnswer answer;
-    answer.out = git.ReadAll();
-    answer.status = git.Wait();
+    GitResult result;
+    result.out = git.ReadAll();
+    result.status = git.Wait();
     const std::string errors = git.ErrorText();
-    answer.error = FirstComplaint(errors) + WayOut(errors);
-    return answer;
+    result.error = FirstComplaint(errors) + CommandToTrust(errors);
+    return result;
   } catch (const std::system_error& fault) {
     if (fault.code() == std::errc::no_such_file_or_directory) RefuseArgument(argument, "needs git, which is not installed");
     RefuseArgument(argument, "git cannot be started: " + fault.code().message());
   }
 }
 
-std::string AskGit(const std::vector<std::string>& arguments, const std::string& argument) {
-  GitAnswer answer = CallGit(arguments, argument);
-  if (answer.status == 0) return std::move(answer.out);
-  const std::string reason = answer.error.empty() ? "exit code " + std::to_string(answer.status) : answer.error;
+std::string GitOutput(const std::vector<std::string>& arguments, const std::string& argument) {
+  GitResult result = RunGit(arguments, argument);
+  if (result.status == 0) return std::move(result.out);
+  const std::string reason = result.error.empty() ? "exit code " + std::to_string(result.status) : result.error;
   RefuseArgument(argument, "git " + arguments.front() + " fails: " + reason);
 }
 
 void RefuseRevision(const std::string& revision, const std::string& argument) {
-  const GitAnswer repository = CallGit({"rev-parse", "--git-dir"}, argument);
+  const GitResult repository = RunGit({"rev-parse", "--git-dir"}, argument);
   if (repository.status != 0) RefuseArgument(argument, repository.error);
   RefuseArgument(argument, Diagnosis(revision, argument).Text());
 }

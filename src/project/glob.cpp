@@ -1,4 +1,4 @@
-// Matches paths with patterns. Where files are is not looked at. Held by tests/tool/glob_test.cpp.
+// Matches paths with patterns; does not look at files. Tested by tests/tool/glob_test.cpp.
 #include "project/glob.h"
 
 #include <algorithm>
@@ -12,14 +12,14 @@ namespace {
 
 constexpr std::string_view kAnyDirectories = "**";
 
-// The part in front of the first separator, which is taken off `rest` with it; nullopt behind the last one.
+// The names of a path, first to last.
 class Parts {
  public:
   explicit Parts(std::string_view path) : rest_(path), left_(!path.empty()) {}
 
   bool AtEnd() const { return !left_; }
   std::string_view Front() const { return rest_.substr(0, rest_.find('/')); }
-  void Pass() {
+  void Skip() {
     const std::size_t end = rest_.find('/');
     left_ = end != std::string_view::npos;
     rest_ = left_ ? rest_.substr(end + 1) : std::string_view();
@@ -30,9 +30,9 @@ class Parts {
   bool left_;
 };
 
-void PassCharacter(std::string_view& text) { text.remove_prefix(std::max<std::size_t>(Utf8Length(text), 1)); }
+void SkipCharacter(std::string_view& text) { text.remove_prefix(std::max<std::size_t>(Utf8Length(text), 1)); }
 
-// Matches one name: goes back to the last '*' alone, for an earlier one could not take more than that one can.
+// Matches one name. Going back to the last '*' is enough: an earlier one could not match more.
 bool MatchesName(std::string_view pattern, std::string_view name) {
   std::optional<std::string_view> behind_star;
   std::string_view star_name;
@@ -43,12 +43,12 @@ bool MatchesName(std::string_view pattern, std::string_view name) {
       star_name = name;
     } else if (!pattern.empty() && pattern.front() == '?') {
       pattern.remove_prefix(1);
-      PassCharacter(name);
+      SkipCharacter(name);
     } else if (!pattern.empty() && pattern.front() == name.front()) {
       pattern.remove_prefix(1);
       name.remove_prefix(1);
     } else if (behind_star) {
-      PassCharacter(star_name);
+      SkipCharacter(star_name);
       pattern = *behind_star;
       name = star_name;
     } else {
@@ -69,15 +69,15 @@ bool MatchesGlob(std::string_view pattern, std::string_view path) {
   Parts any_names = names;
   while (!names.AtEnd()) {
     if (!patterns.AtEnd() && patterns.Front() == kAnyDirectories) {
-      patterns.Pass();
+      patterns.Skip();
       if (patterns.AtEnd()) return true;
       behind_any = patterns;
       any_names = names;
     } else if (!patterns.AtEnd() && MatchesName(patterns.Front(), names.Front())) {
-      patterns.Pass();
-      names.Pass();
+      patterns.Skip();
+      names.Skip();
     } else if (behind_any) {
-      any_names.Pass();
+      any_names.Skip();
       patterns = *behind_any;
       names = any_names;
     } else {
@@ -89,7 +89,7 @@ bool MatchesGlob(std::string_view pattern, std::string_view path) {
 
 std::string_view FixedDirectory(std::string_view pattern) {
   std::size_t end = 0;
-  for (Parts parts(pattern); !parts.AtEnd() && !HasWildcard(parts.Front()); parts.Pass()) {
+  for (Parts parts(pattern); !parts.AtEnd() && !HasWildcard(parts.Front()); parts.Skip()) {
     const std::size_t next = pattern.find('/', end == 0 ? 0 : end + 1);
     if (next == std::string_view::npos) break;
     end = next;

@@ -1,4 +1,4 @@
-// Patterns of paths.
+// Path patterns.
 #pragma once
 
 #include <string_view>

@@ -9,30 +9,33 @@
 #include "base/input_error.h"
 #include "base/parallel.h"
 #include "project/git.h"
+#include "schema/schema_file.h"
 
 namespace korvel {
 namespace {
 
-Input Load(const std::string& path, Git& git) {
+Input Load(const std::string& path, Git& git, Images images) {
   const std::optional<GitPath> in_git = ParseGitPath(path);
-  return in_git ? LoadBytes(path, git.Read(*in_git)) : LoadFile(path);
+  Input input = in_git ? LoadBytes(path, git.Read(*in_git)) : LoadFile(path);
+  if (images == Images::kWithText) AddDump(input);
+  return input;
 }
 
-// What came of a file: an input, or why there is none.
+// A loaded file, or why it could not be loaded.
 struct Loaded {
   std::optional<Input> input;
   std::exception_ptr fault;
 };
 
-Loaded TryToLoad(const std::string& path, Git& git) {
+Loaded TryToLoad(const std::string& path, Git& git, Images images) {
   try {
-    return {Load(path, git), nullptr};
+    return {Load(path, git, images), nullptr};
   } catch (...) {
     return {std::nullopt, std::current_exception()};
   }
 }
 
-// How many threads are of use. A large image would pay less than a large text; both do.
+// One thread for each large file.
 std::size_t UsefulThreads(const std::vector<std::string>& paths) {
   const auto is_large = [](const std::string& path) { return SizeOf(path) >= kWorthAThread; };
   return static_cast<std::size_t>(std::ranges::count_if(paths, is_large));
@@ -40,12 +43,12 @@ std::size_t UsefulThreads(const std::vector<std::string>& paths) {
 
 }  // namespace
 
-std::vector<Input> LoadInputs(const std::vector<std::string>& paths) {
+std::vector<Input> LoadInputs(const std::vector<std::string>& paths, Images images) {
   std::vector<Input> inputs;
   InputError faults;
   std::vector<Loaded> files(paths.size());
   Git git;
-  ForEach(paths.size(), UsefulThreads(paths), [&](std::size_t i) { files[i] = TryToLoad(paths[i], git); });
+  ForEach(paths.size(), UsefulThreads(paths), [&](std::size_t i) { files[i] = TryToLoad(paths[i], git, images); });
   for (Loaded& loaded : files) {
     try {
       if (loaded.fault != nullptr) std::rethrow_exception(loaded.fault);

@@ -1,4 +1,4 @@
-// Pairs files by what they hold. Held by tests/tool/against_test.cpp.
+// Pairs files by their content. Tested by tests/tool/against_test.cpp.
 #include "project/moved_files.h"
 
 #include <cstring>
@@ -10,9 +10,9 @@
 namespace korvel {
 namespace {
 
-// What two files must have in common, the strictest first. The name of the library is always part of it.
+// What two files must have in common, strictest first, in addition to the name of the library.
 std::string_view Bytes(const Source& source) {
-  if (source.text) return source.text->bytes;
+  if (source.text && !source.text->is_dump) return source.text->bytes;
   return {reinterpret_cast<const char*>(source.Library()), source.metalib.size()};
 }
 

@@ -1,4 +1,4 @@
-// Finds out which files were moved.
+// Finds moved files.
 #pragma once
 
 #include <cstddef>
@@ -10,10 +10,9 @@
 
 namespace korvel {
 
-// Of files that are gone and files that are new, the pairs (position in `gone`, position in `added`) that are one file at two
-// places: they hold a library of the same name. Where several do, those of the same bytes belong together first, then those whose
-// path ends in the same name, then the others in their order. Every file belongs to one pair at most. The members of neither list
-// are null.
+// Pairs (index in `removed`, index in `added`) that are one file under two paths: both hold a library of the same name. If
+// several do, those with the same bytes are paired first, then those with the same file name, then the others in their order.
+// Every file is in one pair at most. No member of the lists is null.
 std::vector<std::pair<std::size_t, std::size_t>> FindMoved(std::span<const Source* const> removed,
                                                            std::span<const Source* const> added);
 

@@ -1,4 +1,4 @@
-// Finds project files. Their form is project_file.cpp's business. Held by tests/tool/project_file_test.cpp.
+// Finds project files; project_file.cpp reads them. Tested by tests/tool/project_file_test.cpp.
 #include "project/project.h"
 
 #include <filesystem>
@@ -29,14 +29,14 @@ Project ReadProject(const std::string& path) {
   return ParseProject(path, std::filesystem::path(path).parent_path(), std::string(bytes.View()));
 }
 
-// As a way upwards, so that what is shown can be opened from here.
+// A relative path upwards, which can be opened from the working directory.
 std::optional<std::string> FindProjectFile() {
   std::error_code error;
   std::error_code ignored;
   std::string up;
   for (std::filesystem::path directory = std::filesystem::current_path(error); !error; directory = directory.parent_path()) {
     const std::string path = up + kProjectFileName;
-    // A link to no file is an error when it is opened; without it the call would miss what the project says.
+    // A dangling link counts: opening it is an error, and ignoring it would ignore the project's settings.
     if (std::filesystem::exists(std::filesystem::symlink_status(path, ignored))) return path;
     if (directory == directory.parent_path()) break;
     up += "../";
@@ -44,9 +44,9 @@ std::optional<std::string> FindProjectFile() {
   return std::nullopt;
 }
 
-Settings GivenFor(const Settings& given, const std::optional<Project>& project, const std::string& table) {
+Settings GivenFor(const Settings& given, const Project* project, const std::string& table) {
   Settings settings = given;
-  if (!project) return settings;
+  if (project == nullptr) return settings;
   const auto found = project->tables.find(table);
   if (found != project->tables.end()) FillIn(settings, found->second.settings);
   FillIn(settings, project->defaults);

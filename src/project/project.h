@@ -1,4 +1,4 @@
-// What a project says about its schemas, once for all calls: korvelcheck.toml.
+// The project file, korvelcheck.toml: what every call about the project's schemas must know.
 #pragma once
 
 #include <map>
@@ -13,26 +13,26 @@ namespace korvel {
 
 inline constexpr char kProjectFileName[] = "korvelcheck.toml";
 
-// A text of the project file and where it stands.
+// A string of the project file.
 struct ProjectText {
   std::string text;
-  qmx::LineColumn place;
+  qmx::LineColumn location;
 };
 
-// Lets one finding pass, until a day.
+// A temporary exception for one finding.
 struct WaiverEntry {
-  qmx::LineColumn place;
-  std::string fingerprint;  // of the finding; empty: it is the one of the table, the rule and the entry
-  std::string table;
-  std::string rule;
-  std::string entry;
-  std::string reason;
-  std::string until;  // the last day on which it holds
-  std::string fault;  // why it is none: what is wrong and what is allowed; empty if it is one
+  qmx::LineColumn location = {};
+  std::string fingerprint = {};  // of the finding; empty: table, rule and entry name it
+  std::string table = {};
+  std::string rule = {};
+  std::string entry = {};
+  std::string reason = {};
+  std::string until = {};  // the last day of the waiver
+  std::string fault = {};  // what is wrong with it and what is allowed; empty if it is valid
 };
 
 struct TableSettings {
-  qmx::LineColumn place;
+  qmx::LineColumn location;
   Settings settings;
 };
 
@@ -57,6 +57,7 @@ Project ParseProject(const std::string& file, const std::string& directory, cons
 std::optional<std::string> FindProjectFile();
 
 // The settings given for a table: those of the call first, then the project's for the table, then the project's defaults.
-Settings GivenFor(const Settings& given, const std::optional<Project>& project, const std::string& table);
+// `project` may be null.
+Settings GivenFor(const Settings& given, const Project* project, const std::string& table);
 
 }  // namespace korvel

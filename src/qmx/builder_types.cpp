@@ -1,6 +1,7 @@
 // Finds the metas that entries of composite types mean.
 #include "base/did_you_mean.h"
 #include "base/quote.h"
+#include "base/text.h"
 #include "qmx/builder_state.h"
 
 namespace qmx {
@@ -19,9 +20,8 @@ std::vector<std::string_view> KnownTypes(const Library& library) {
 }
 
 std::string Unknown(std::string_view type, const std::vector<std::string_view>& known) {
-  std::string text = "unknown type " + Quote(type) + DidYouMean(type, known) + "; allowed: ";
-  for (const SimpleType& simple : SimpleTypes()) text += std::string(simple.name) + ", ";
-  return text + "or a meta of this library";
+  return "unknown type " + Quote(type) + DidYouMean(type, known) +
+         "; allowed: " + korvel::Join(SimpleTypes(), ", ", &SimpleType::name) + ", or a meta of this library";
 }
 
 void ReportRefersToComposites(Library& library) {

@@ -1,5 +1,5 @@
 // Opens images, mapped or in memory; image_write.cpp makes them. What the block holds is verified in image_verify.cpp.
-// Held by tests/qmx/image_test.cpp.
+// Tested by tests/qmx/image_test.cpp.
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-// Verifies a block from outside in one pass. What is allowed is what the builder does. Held by tests/qmx/image_verify_test.cpp.
+// Verifies a block from outside in one pass. What is allowed is what the builder does. Tested by tests/qmx/image_verify_test.cpp.
 #include <algorithm>
 #include <cstring>
 #include <span>

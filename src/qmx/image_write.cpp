@@ -1,4 +1,4 @@
-// Writes images; image_map.cpp reads them. Held by tests/qmx/image_test.cpp.
+// Writes images; image_map.cpp reads them. Tested by tests/qmx/image_test.cpp.
 #define XXH_INLINE_ALL
 #include <xxhash.h>
 

@@ -1,4 +1,4 @@
-// Fills the table by which a library finds its metas by name. Held by tests/qmx/meta_slots_test.cpp.
+// Fills the table by which a library finds its metas by name. Tested by tests/qmx/meta_slots_test.cpp.
 #include "qmx/meta_slots.h"
 
 #include <algorithm>

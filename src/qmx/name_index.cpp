@@ -1,4 +1,4 @@
-// Hashes of names and the growth of their table. Held by tests/qmx/name_index_test.cpp.
+// Hashes of names and the growth of their table. Tested by tests/qmx/name_index_test.cpp.
 #include "qmx/name_index.h"
 
 #define XXH_INLINE_ALL

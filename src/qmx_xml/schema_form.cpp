@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/text.h"
 #include "qmx/qmx_limits.h"
 
 namespace qmx {
@@ -108,11 +109,6 @@ std::vector<std::string_view> AttributeNames(const ElementForm& element) {
   return names;
 }
 
-std::string Listed(const std::vector<std::string_view>& words) {
-  if (words.empty()) return "none";
-  std::string list;
-  for (const std::string_view word : words) list.append(list.empty() ? "" : ", ").append(word);
-  return list;
-}
+std::string Listed(const std::vector<std::string_view>& words) { return words.empty() ? "none" : korvel::Join(words, ", "); }
 
 }  // namespace qmx

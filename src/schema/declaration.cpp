@@ -1,4 +1,4 @@
-// Models to declarations, and back; nothing is compared here. Held by tests/report/model_test.cpp.
+// Converts models to declarations and back. Compares nothing. Tested by tests/report/model_test.cpp.
 #include "schema/declaration.h"
 
 #include <utility>

@@ -1,4 +1,4 @@
-// A meta as the builder takes it: names borrowed from models, references by name.
+// A meta in the form that the builder takes: names borrowed from models, references by name. Faster to make than a model.
 #pragma once
 
 #include <optional>
@@ -16,7 +16,7 @@ struct IndexDecl {
   std::vector<qmx::ColumnDecl> columns;
 };
 
-// Borrows every text but the attributes, which may be put together of two sides.
+// Borrows every text except the attributes, which may be combined from two sides.
 struct MetaDecl {
   std::string_view name;
   enQMXType kind = QMX_TYPE_STRUCT;
@@ -28,12 +28,13 @@ struct MetaDecl {
   std::uint32_t position = 0;
 };
 
+// Whether `type` is the name of a meta, not a simple type.
 inline bool IsCompositeType(std::string_view type) { return qmx::FindSimpleType(type) == nullptr; }
 
-// Whether an entry of that type and count can hold the number of another one's elements, if it stands before it.
+// Whether an entry of that type and count can be the counter (refer) of an entry behind it: a single integer.
 bool CanHoldCount(std::string_view type, std::int32_t count);
 
-// Takes away refer properties that name no entry, or none that can hold a count. Of EntryDecl or EntryModel.
+// Clears refer properties that do not name an earlier entry that can be a counter. For EntryDecl and EntryModel.
 template <class Entry>
 void DropLooseRefers(std::vector<Entry>& entries) {
   NameFinder<Entry> finder(entries);
@@ -44,14 +45,15 @@ void DropLooseRefers(std::vector<Entry>& entries) {
   }
 }
 
+// The results of DeclOf borrow from the model, those of ModelOf own their texts. Linear.
 qmx::EntryDecl DeclOf(const EntryModel& entry);
 MetaDecl DeclOf(const MetaModel& meta);
 MetaModel ModelOf(const MetaDecl& decl);
 
-// Takes away what refers to an entry that is not there or that can hold no count. An index that loses all its columns goes.
+// Removes references to entries that do not exist or cannot be counters. Removes an index that loses all its columns.
 void DropLooseReferences(MetaDecl& decl);
 
-// Adds the meta. REQUIRES: no loose references.
+// Adds the meta to a library. The builder borrows its texts. REQUIRES: no loose references.
 void AddTo(qmx::MetalibBuilder& builder, const MetaDecl& decl);
 
 }  // namespace korvel

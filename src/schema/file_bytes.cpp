@@ -1,4 +1,4 @@
-// Opens and reads files. What they hold is not looked at but for the first bytes. Held by tests/tool/input_test.cpp.
+// Opens and reads files. Examines only the first bytes of their content. Tested by tests/tool/input_test.cpp.
 #include "schema/file_bytes.h"
 
 #include <fcntl.h>
@@ -18,22 +18,22 @@ namespace korvel {
 namespace {
 
 constexpr char kStandardInput[] = "-";
-constexpr std::size_t kFirstPiece = std::size_t{64} << 10;  // bytes; for pipes, whose size is not known
+constexpr std::size_t kFirstPiece = std::size_t{64} << 10;  // bytes; for pipes, whose size is unknown
 
-std::string ShownName(const std::string& path) { return path == kStandardInput ? "<stdin>" : path.empty() ? "''" : path; }
+std::string DisplayName(const std::string& path) { return path == kStandardInput ? "<stdin>" : path.empty() ? "''" : path; }
 
 [[noreturn]] void RefuseFile(const std::string& name, const std::string& reason) {
   throw InputError{{ToolMessage(OneLine(name) + ": " + reason)}};
 }
 
 [[noreturn]] void RefuseTooLarge(const std::string& name) {
-  RefuseFile(name, "is too large; allowed: up to " + std::to_string(qmx::kMaxFileBytes) + " bytes");
+  RefuseFile(name, "is too large; allowed: at most " + std::to_string(qmx::kMaxFileBytes) + " bytes");
 }
 
 FileDescriptor Open(const std::string& path) {
-  // A pipe without a writer waits for one here, like any reader.
+  // Opening a pipe waits for its writer.
   const int fd = path == kStandardInput ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0) : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) RefuseFile(ShownName(path), std::strerror(errno));
+  if (fd < 0) RefuseFile(DisplayName(path), std::strerror(errno));
   return FileDescriptor(fd);
 }
 
@@ -41,14 +41,14 @@ bool StatusOf(const std::string& path, struct stat& status) {
   return (path == kStandardInput ? ::fstat(STDIN_FILENO, &status) : ::stat(path.c_str(), &status)) == 0;
 }
 
-// Standard input may be a file of which somebody has read a part.
+// Standard input may be a file of which a part has been read already.
 bool IsMappableImage(int fd) {
   char first[qmx::kImageMagic.size()];
   const ssize_t got = ::pread(fd, first, sizeof(first), 0);
   return got == static_cast<ssize_t>(sizeof(first)) && qmx::IsImage({first, sizeof(first)}) && ::lseek(fd, 0, SEEK_CUR) == 0;
 }
 
-// Memory of `capacity` bytes that begins with those read so far.
+// Enlarges the memory to `capacity` bytes and keeps the bytes read so far.
 void Grow(Bytes& bytes, std::size_t capacity) {
   auto larger = std::make_unique_for_overwrite<char[]>(capacity);
   if (bytes.size > 0) std::memcpy(larger.get(), bytes.data.get(), bytes.size);
@@ -63,7 +63,7 @@ std::size_t SizeOf(const std::string& path) {
 }
 
 OpenFile OpenInput(const std::string& path) {
-  OpenFile file{ShownName(path), Open(path)};
+  OpenFile file{DisplayName(path), Open(path)};
   struct stat status {};
   if (::fstat(file.descriptor.get(), &status) != 0) RefuseFile(file.name, std::strerror(errno));
   if (S_ISDIR(status.st_mode)) RefuseFile(file.name, "is a directory; allowed: a file, or '-' for standard input");

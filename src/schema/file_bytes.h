@@ -1,4 +1,4 @@
-// Opens and reads the files that a call names.
+// Opens and reads the files that a call names. Does not interpret their content: see input.h.
 #pragma once
 
 #include <sys/types.h>
@@ -13,7 +13,7 @@
 
 namespace korvel {
 
-// Which file a path led to, and when it was written last.
+// The file that a path led to, and the time of its last change.
 struct FileState {
   std::string path;
   dev_t device = 0;
@@ -22,26 +22,27 @@ struct FileState {
   timespec written = {};
 };
 
-// A file that is open and can be read.
+// An open file.
 struct OpenFile {
-  std::string name;  // as shown
+  std::string name;  // as messages show it
   FileDescriptor descriptor;
-  std::size_t size = 0;            // bytes; 0 where it is not known before the end is read: pipes, devices
-  bool is_mappable_image = false;  // a regular file, at its first byte, that begins as an image does
-  FileState state = {};            // of a file whose size is known
+  std::size_t size = 0;            // bytes; 0 if unknown before the end is read: pipes, devices
+  bool is_mappable_image = false;  // a regular file, at its first byte, that begins like an image
+  FileState state = {};            // of a regular file
 };
 
-// Size in bytes of the file at a path, "-" being standard input; 0 where it is not known: pipes, devices, what is not there.
+// Size in bytes of the regular file at a path, "-" for standard input; 0 for everything else.
 std::size_t SizeOf(const std::string& path);
 
-// Opens a path; "-" is standard input. Throws InputError with one line for what cannot be opened, is a directory or too large.
+// Opens a path, "-" for standard input. Throws InputError with one line if it cannot be opened, is a directory or is too large.
 OpenFile OpenInput(const std::string& path);
 
-// Throws InputError with one line if the file has been written to since: what was read of it may be of before and after. One that
-// was replaced as a whole is still what it was. No file is kept open for this: a call may name more than can be.
+// Throws InputError with one line if the file has been written to since `state`: the bytes read may mix old and new content. A
+// file that was replaced by another one counts as unchanged. Keeps no file open: a call may name more files than a process may
+// open.
 void RequireUnchanged(const std::string& name, const FileState& state);
 
-// Bytes of a file, in memory that was not touched before they were read.
+// Bytes of a file. The memory is not initialized before it is read into.
 struct Bytes {
   std::string_view View() const { return {data.get(), size}; }
 
@@ -49,10 +50,12 @@ struct Bytes {
   std::size_t size = 0;
 };
 
-// Reads from where the file stands to its end, but at most `capacity` bytes. Their number. Throws InputError with one line.
+// Reads from the current position to the end of the file, at most `capacity` bytes. Returns their number. Throws InputError with
+// one line if a read fails.
 std::size_t ReadUpTo(const OpenFile& file, char* to, std::size_t capacity);
 
-// Reads from where the file stands to its end, or until `is_enough` of the bytes so far. Throws InputError with one line.
+// Reads from the current position to the end of the file, or until `is_enough` returns true for the bytes so far. Throws
+// InputError with one line if a read fails or the file is larger than qmx::kMaxFileBytes.
 Bytes ReadAll(const OpenFile& file, bool (*is_enough)(std::string_view bytes) = nullptr);
 
 }  // namespace korvel

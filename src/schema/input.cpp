@@ -1,4 +1,4 @@
-// Loads schemas. What a schema may hold is not decided here. Held by tests/tool/input_test.cpp,
+// Loads schema files and images. src/qmx_xml and src/qmx decide what they may contain. Tested by tests/tool/input_test.cpp,
 // image_test.cpp and git_test.cpp.
 #include "schema/input.h"
 
@@ -7,6 +7,7 @@
 
 #include "base/input_error.h"
 #include "base/one_line.h"
+#include "base/text.h"
 #include "qmx/qmx_image.h"
 #include "qmx/qmx_xml.h"
 #include "schema/file_bytes.h"
@@ -17,8 +18,7 @@ namespace {
 InputError SchemaErrors(const std::string& name, const std::vector<qmx::ReadError>& errors) {
   InputError faults;
   for (const qmx::ReadError& error : errors) {
-    const std::string place = std::to_string(error.place.line) + ":" + std::to_string(error.place.column);
-    faults.lines.push_back(OneLine(name + ":" + place + ": error: " + error.text));
+    faults.lines.push_back(OneLine(FileLineColumn(name, error.place) + ": error: " + error.text));
   }
   return faults;
 }
@@ -56,7 +56,7 @@ Input FromImageBytes(const OpenFile& file, std::string_view bytes) {
   return FromImage(file.name, qmx::LoadImage(std::move(copy), bytes.size()));
 }
 
-// Puts the bytes where the parser reads them.
+// Reads the bytes directly into the buffer of the parser.
 Input ReadRegular(const OpenFile& file) {
   auto buffer = std::make_shared<qmx::XmlBuffer>(file.size);
   const std::size_t size = ReadUpTo(file, buffer->data(), file.size);
@@ -65,7 +65,7 @@ Input ReadRegular(const OpenFile& file) {
   return FromText(file.name, std::move(buffer), size);
 }
 
-// A pipe or device: its size shows at its end, which may never come. What begins as no schema is none, whatever follows.
+// A pipe or device, which may never end: stops early if the first bytes cannot begin a schema.
 Input ReadStream(const OpenFile& file) {
   return FromBytes(file.name,
                    ReadAll(file, [](std::string_view bytes) { return !qmx::IsImage(bytes) && !qmx::MayBeXml(bytes); }));

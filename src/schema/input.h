@@ -1,4 +1,4 @@
-// Schemas as the commands see them: read from schema files or images, whichever the file holds.
+// Loads schemas from schema files and images; the first bytes decide which of the two a file is.
 #pragma once
 
 #include <optional>
@@ -10,18 +10,19 @@
 namespace korvel {
 
 struct Input : Source {
-  std::optional<FileState> mapped;  // of the file in which the library lies; none if it lies in memory
+  std::optional<FileState> mapped;  // the file that is mapped as the library; nullopt if the library is in memory
 };
 
-// Throws InputError if a mapped file has been written to: what was concluded from it may be wrong.
+// Throws InputError if a mapped file has been written to since it was loaded: results based on it may be wrong.
 void RequireUnchanged(const Input& input);
 
-// The schema in bytes that were read. Throws InputError as LoadFile.
+// The schema in the bytes of a file; `name` is used in messages. Throws InputError as LoadFile.
 Input LoadBytes(const std::string& name, Bytes bytes);
 
-// The schema in the file at a path; "-" is standard input. An image in a regular file is mapped. Throws InputError with every
-// fault of the file: one that cannot be read or is larger than qmx::kMaxFileBytes has one line, and so has an image that is
-// refused, "file: error: what"; an error of a schema file is "file:line:column: error: what".
+// The schema in the file at a path, "-" for standard input. An image in a regular file is mapped. Throws InputError with every
+// error of the file: one line if it cannot be read or is larger than qmx::kMaxFileBytes; one line "FILE: error: WHAT" for a
+// refused image; "FILE:LINE:COLUMN: error: WHAT" for each error of a schema file. Linear. Threads may load different files at
+// once.
 Input LoadFile(const std::string& path);
 
 }  // namespace korvel

@@ -1,8 +1,10 @@
-// Reads models off libraries; declaration.cpp makes what a builder takes of them. Held by tests/report/model_test.cpp.
+// Reads models from libraries; declaration.cpp converts them for the builder. Tested by tests/report/model_test.cpp and
+// rewrite_test.cpp.
 #include "schema/model.h"
 
 #include <tuple>
 #include <unordered_set>
+#include <utility>
 
 #include "common/meta_view.h"
 #include "schema/declaration.h"
@@ -49,17 +51,17 @@ IndexModel ReadIndex(LPQMXMETA meta, LPQMXMETAINDEX index) {
   return model;
 }
 
-// Meets each meta once, depth first. The depth is limited when a library is read.
+// Visits each meta once, depth first. Recursion is limited because readers limit the nesting of libraries.
 class Reader {
  public:
   Reader(const Source& source, Model& model) : source_(source), library_(source.Library()), model_(model) {}
 
   void Visit(LPQMXMETA meta) {
-    if (!met_.insert(meta).second) return;
+    if (!visited_.insert(meta).second) return;
     model_.metas.push_back(Read(meta));
     for (const auto [index, entry] : Entries(meta)) {
       const LPQMXMETA inner = qmx_get_entry_type_meta(library_, entry);
-      // Of several metas of a name the first is meant.
+      // Of several metas with one name the first counts.
       if (inner != nullptr) Visit(qmx_get_meta_by_name(library_, qmx_get_meta_name(inner)));
     }
   }
@@ -67,7 +69,7 @@ class Reader {
  private:
   MetaModel Read(LPQMXMETA meta) const {
     MetaModel model = MetaOf(library_, meta);
-    DropLooseRefers(model.entries);  // images may count by what no schema file could
+    DropLooseRefers(model.entries);  // images may contain counters that schema files may not
     model.position = *PositionOf(source_, model.name);
     return model;
   }
@@ -75,7 +77,7 @@ class Reader {
   const Source& source_;
   LPQMXMETALIB library_;
   Model& model_;
-  std::unordered_set<LPQMXMETA> met_;
+  std::unordered_set<LPQMXMETA> visited_;
 };
 
 }  // namespace
@@ -106,6 +108,14 @@ Model ModelOf(const Source& source, const std::string& table) {
   Model model = HeadOf(library);
   Reader(source, model).Visit(qmx_get_meta_by_name(library, table.c_str()));
   return model;
+}
+
+const MetaModel* MetaCache::Find(const std::string& name) {
+  const auto [found, is_new] = metas_.try_emplace(name);
+  if (is_new && source_.HasMeta(name)) {
+    for (MetaModel& meta : ModelOf(source_, name).metas) metas_[meta.name] = std::move(meta);
+  }
+  return found->second ? &*found->second : nullptr;
 }
 
 std::size_t PartsOf(const Model& model) {

@@ -1,105 +1,67 @@
-// Writes schema files; src/qmx_xml reads them. Held by tests/tool/image_test.cpp.
+// Writes a library as a schema file, and reads it back to compare. Elements are written by xml_writer.cpp.
+// Tested by tests/tool/image_test.cpp.
 #include "schema/schema_file.h"
 
-#include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "base/input_error.h"
 #include "base/one_line.h"
-#include "base/quote.h"
-#include "base/xml_escape.h"
 #include "common/meta_view.h"
 #include "qmx/qmx_metalib_kernel.h"
 #include "qmx/qmx_xml.h"
 #include "schema/model.h"
-#include "schema/model_text.h"
+#include "schema/xml_writer.h"
 
 namespace korvel {
 namespace {
 
-class Writer {
- public:
-  explicit Writer(const Input& input) : input_(input), library_(input.Library()) {}
+constexpr char kHead[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
 
-  std::string Run() {
-    text_ = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
-    Element("", "metalib", AttributesOf(HeadOf(library_)), ">");
-    for (int i = 0; i < qmx_get_meta_num(library_); ++i) Meta(qmx_get_meta_by_index(library_, i));
-    text_ += "\n</metalib>\n";
-    RequireSame();
-    return std::move(text_);
+[[noreturn]] void Refuse(const Input& input, const std::string& fault) {
+  throw InputError{{OneLine(input.name + ": error: cannot be written as XML: " + fault)}};
+}
+
+// The order of texts in the library is the order of declarations in the file: an index may come between entries.
+void WriteMeta(XmlWriter& writer, LPQMXMETALIB library, LPQMXMETA meta) {
+  const MetaModel model = MetaOf(library, meta);
+  writer.Open("meta", AttributesOf(model));
+  int index = 0;
+  const auto write_index = [&] { writer.Index(model.indexes[static_cast<std::size_t>(index++)]); };
+  for (const auto [position, entry] : Entries(meta)) {
+    while (index < IndexCount(meta) && Indexes(meta)[index]->ptrName < entry->ptrName) write_index();
+    writer.Empty("entry", AttributesOf(model.entries[static_cast<std::size_t>(position)]));
   }
+  writer.Key("primarykey", model.primary_key);
+  writer.Key("splittablekey", model.splittable_key);
+  while (index < IndexCount(meta)) write_index();
+  writer.Close("meta");
+}
 
- private:
-  [[noreturn]] void Refuse(const std::string& what) const {
-    throw InputError{{OneLine(input_.name + ": error: no schema file can say this: " + what)}};
-  }
-
-  // The start tag of an element, on a line of its own.
-  void Element(const char* indent, std::string_view element, const std::vector<AttributeText>& attributes, const char* end) {
-    text_.append("\n").append(indent).append("<").append(element);
-    for (const auto& [name, value] : attributes) {
-      if (value) Attribute(name, *value);
-    }
-    text_ += end;
-  }
-
-  void Attribute(std::string_view name, const std::string& value) {
-    const std::optional<std::string> escaped = XmlEscaped(value);
-    if (!escaped) Refuse(Quote(name) + " is " + Quote(value) + "; allowed: characters of XML 1.0 in UTF-8");
-    text_.append(" ").append(name).append("=\"").append(*escaped).append("\"");
-    // A few bytes of an image may stand for a long name.
-    if (text_.size() > qmx::kMaxFileBytes) {
-      Refuse("it has more than " + std::to_string(qmx::kMaxFileBytes) + " bytes; allowed: up to that");
-    }
-  }
-
-  void Meta(LPQMXMETA meta) {
-    const MetaModel model = MetaOf(library_, meta);
-    Element("  ", "meta", AttributesOf(model), ">");
-    // Texts lie in the order in which the file declares what they belong to: an index may stand between entries.
-    int index = 0;
-    const auto write_index = [&] { Index(model.indexes[static_cast<std::size_t>(index++)]); };
-    for (const auto [position, entry] : Entries(meta)) {
-      while (index < IndexCount(meta) && Indexes(meta)[index]->ptrName < entry->ptrName) write_index();
-      Element("    ", "entry", AttributesOf(model.entries[static_cast<std::size_t>(position)]), "/>");
-    }
-    Key("primarykey", model.primary_key);
-    Key("splittablekey", model.splittable_key);
-    while (index < IndexCount(meta)) write_index();
-    text_ += "\n  </meta>";
-  }
-
-  void Key(const char* element, const std::vector<std::string>& members) {
-    if (members.empty()) return;
-    if (const auto attributes = KeyAttributes(members)) return Element("    ", element, *attributes, "/>");
-    const auto odd = std::ranges::find_if(members, [](const std::string& one) { return !KeyAttributes({one}); });
-    Refuse(Quote(element) + " names " + Quote(*odd) + "; allowed: names without blanks");
-  }
-
-  void Index(const IndexModel& index) {
-    Element("    ", "index", AttributesOf(index), ">");
-    for (const ColumnModel& column : index.columns) Element("      ", "column", AttributesOf(column), "/>");
-    text_ += "\n    </index>";
-  }
-
-  // Whatever else an image may hold and a schema file may not shows when the file is read again.
-  void RequireSame() const {
-    const qmx::ReadResult read = qmx::ReadXml(text_);
-    if (!read.schema) Refuse(read.errors.front().text);
-    const qmx::Metalib& again = read.schema->metalib;
-    const bool same = again.size() == input_.metalib.size() && std::memcmp(again.get(), library_, again.size()) == 0;
-    if (!same) Refuse("read again it gives another library; allowed: what 'compile' makes of a schema file");
-  }
-
-  const Input& input_;
-  LPQMXMETALIB library_;
-  std::string text_;
-};
+// Reading the text again finds everything else that an image may contain and a schema file may not.
+void RequireSame(const Input& input, const std::string& text) {
+  const qmx::ReadResult read = qmx::ReadXml(text);
+  if (!read.schema) Refuse(input, read.errors.front().text);
+  const qmx::Metalib& again = read.schema->metalib;
+  const bool same = again.size() == input.metalib.size() && std::memcmp(again.get(), input.Library(), again.size()) == 0;
+  if (!same) Refuse(input, "reading it back gives another library; allowed: what 'compile' makes of a schema file");
+}
 
 }  // namespace
 
-std::string SchemaFile(const Input& input) { return Writer(input).Run(); }
+std::string SchemaFile(const Input& input) {
+  const LPQMXMETALIB library = input.Library();
+  XmlWriter writer({}, kHead);
+  writer.Open("metalib", AttributesOf(HeadOf(library)));
+  for (int i = 0; i < qmx_get_meta_num(library) && writer.fault().empty(); ++i) {
+    WriteMeta(writer, library, qmx_get_meta_by_index(library, i));
+  }
+  writer.Close("metalib");
+  if (!writer.fault().empty()) Refuse(input, writer.fault());
+  std::string text = writer.Take() + "\n";
+  RequireSame(input, text);
+  return text;
+}
 
 void AddDump(Input& input) {
   if (input.text) return;

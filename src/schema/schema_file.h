@@ -1,4 +1,4 @@
-// Writes schema files.
+// Writes a library as a schema file.
 #pragma once
 
 #include <string>
@@ -7,15 +7,15 @@
 
 namespace korvel {
 
-// The input's library as a schema file in XML, which read again gives the same library byte for byte. Descriptions, comments and
-// layout of a schema file are not part of its library: they are gone.
+// The library as a schema file in XML; reading the text gives the same library byte for byte. Descriptions, comments and layout
+// of the original schema file are not part of a library, so they are lost. Linear.
 //
-// Throws InputError with one line for a library that no schema file can say: images may hold characters that XML has not, names
-// that stand twice, and more that the reader of schema files refuses.
+// Throws InputError with one line if the library cannot be written as XML: images may contain characters that XML does not have,
+// duplicate names, and more that the reader of schema files refuses.
 std::string SchemaFile(const Input& input);
 
-// Gives an image the text of its schema file, whose places are then those of the input. Nothing happens to an input that has a
-// text, and to an image that no schema file can say.
+// Gives an image the text of its schema file, marked as SchemaText::is_dump; locations in the input then refer to this text. Does
+// nothing if the input has a text, or if it cannot be written as XML.
 void AddDump(Input& input);
 
 }  // namespace korvel

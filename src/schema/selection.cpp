@@ -1,4 +1,4 @@
-// Chooses tables. Held by tests/tool/check_test.cpp and pair_commands_test.cpp.
+// Selects the tables that a command compares. Tested by tests/tool/check_test.cpp and pair_commands_test.cpp.
 #include "schema/selection.h"
 
 #include <string_view>
@@ -20,11 +20,11 @@ std::string UnknownTable(const Pair& pair, const std::string& name) {
                      OneLine(pair.second.name) + DidYouMean(name, known));
 }
 
-Selection SelectAsked(const Pair& pair, const std::vector<std::string>& asked) {
+Selection SelectRequested(const Pair& pair, const std::vector<std::string>& requested) {
   Selection selection;
   InputError unknown;
   std::unordered_set<std::string_view> seen;
-  for (const std::string& name : asked) {
+  for (const std::string& name : requested) {
     if (!seen.insert(name).second) continue;
     if (pair.first.HasMeta(name)) {
       selection.compared.push_back(name);
@@ -50,16 +50,16 @@ Selection SelectAll(const Pair& pair) {
 
 }  // namespace
 
-Selection SelectTables(const Pair& pair, const std::vector<std::string>& asked) {
-  Selection selection = asked.empty() ? SelectAll(pair) : SelectAsked(pair, asked);
+Selection SelectTables(const Pair& pair, const std::vector<std::string>& requested) {
+  Selection selection = requested.empty() ? SelectAll(pair) : SelectRequested(pair, requested);
   if (!selection.compared.empty()) return selection;
-  const std::string why = asked.empty() ? " has no table (a meta with a primary key)" : " has none of the tables asked for";
+  const std::string why = requested.empty() ? " has no table (a meta with a primary key)" : " has none of the requested tables";
   throw InputError{{ToolMessage("nothing was compared: " + OneLine(pair.first.name) + why)}};
 }
 
-std::vector<std::string> SelectFromFirst(const Pair& pair, const std::vector<std::string>& asked) {
-  Selection selection = SelectTables(pair, asked);
-  if (!asked.empty()) RequireTables(pair.first, selection.added);
+std::vector<std::string> SelectFromFirst(const Pair& pair, const std::vector<std::string>& requested) {
+  Selection selection = SelectTables(pair, requested);
+  if (!requested.empty()) RequireTables(pair.first, selection.added);
   return std::move(selection.compared);
 }
 

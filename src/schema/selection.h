@@ -1,4 +1,4 @@
-// Which tables of two files a command compares.
+// Selects the tables of two files that a command compares.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 
 namespace korvel {
 
-// Two schemas to compare: old and new, or source and destination. For a schema against itself both are the same.
+// Two schemas to compare: old and new, or source and destination. The same twice to check one schema alone. Borrows both.
 struct Pair {
   const Source& first;
   const Source& second;
@@ -19,12 +19,12 @@ struct Selection {
   std::vector<std::string> added;     // only in the second file
 };
 
-// The asked tables, each once, or, if none is asked, all tables of both files. An asked name may be that of any meta. Throws
-// InputError for a name that is in neither file, and when nothing is left to compare.
-Selection SelectTables(const Pair& pair, const std::vector<std::string>& asked);
+// The requested tables, each once; all tables of both files if none is requested. A request may name any meta. Throws InputError
+// with one line for each name that is in neither file, or one line if there is nothing to compare.
+Selection SelectTables(const Pair& pair, const std::vector<std::string>& requested);
 
-// The same from the first file alone: an asked name that is only in the second one is thrown, too.
-std::vector<std::string> SelectFromFirst(const Pair& pair, const std::vector<std::string>& asked);
+// The same from the first file alone: requests for tables that only the second file has are errors, too.
+std::vector<std::string> SelectFromFirst(const Pair& pair, const std::vector<std::string>& requested);
 
 // Throws InputError if `input` has no meta of one of the names, with one line for each.
 void RequireTables(const Source& input, const std::vector<std::string>& names);

@@ -1,4 +1,4 @@
-// Values of settings. Held by tests/tool/usage_test.cpp.
+// Parses and names values of settings. Tested by tests/tool/usage_test.cpp.
 #include "schema/setting_values.h"
 
 #include <charconv>
@@ -6,14 +6,27 @@
 
 namespace korvel {
 
-bool IsVersion(std::string_view text) {
-  bool number = false;  // the byte before was a digit
-  for (const char c : text) {
-    const bool digit = c >= '0' && c <= '9';
-    if (!digit && !(c == '.' && number)) return false;
-    number = digit;
+std::optional<int> CodeOf(std::span<const NamedCode> codes, std::string_view name) {
+  for (const NamedCode& row : codes) {
+    if (name == row.name) return row.code;
   }
-  return number;
+  return std::nullopt;
+}
+
+const char* NameOf(std::span<const NamedCode> codes, int code) {
+  const NamedCode* row = codes.data();
+  while (row->code != code) ++row;
+  return row->name;
+}
+
+bool IsVersion(std::string_view text) {
+  bool is_number = false;  // the byte before was a digit
+  for (const char c : text) {
+    const bool is_digit = c >= '0' && c <= '9';
+    if (!is_digit && !(c == '.' && is_number)) return false;
+    is_number = is_digit;
+  }
+  return is_number;
 }
 
 std::optional<int> ParseCount(std::string_view text) {

@@ -1,10 +1,10 @@
-// Derives a table's settings. Attributes that CheckTable refuses give the defaults: the checker refuses them by itself.
-// Held by tests/tool/settings_test.cpp.
+// Derives a table's settings from its attributes. If CheckTable refuses the attributes, the defaults apply: the checker refuses
+// them itself. Tested by tests/tool/settings_test.cpp.
 #include "schema/settings.h"
 
 #include "common/check_table.h"
 #include "common/meta_view.h"
-#include "schema/choice.h"
+#include "schema/setting_values.h"
 
 namespace korvel {
 namespace {
@@ -13,7 +13,7 @@ Settings FromSchema(const Source& source, const std::string& table) {
   const TableAttributes declared = TableAttributesOf(source, table);
   const bool tlv = declared.protocol.empty() ? IsTlv(source.Library()) : declared.protocol == "TLV";
   Settings settings;
-  // The checker knows a sorted list as a list.
+  // The checker treats a sorted list as a list.
   settings.type = *CodeOf(kTableTypes, declared.type == TABLE_TYPE_GENERIC ? "generic" : "list");
   settings.created_as = *CodeOf(kProtocols, tlv ? "tlv" : "qmx");
   settings.server_version = "";
@@ -29,7 +29,7 @@ TableAttributes TableAttributesOf(const Source& source, const std::string& table
   int sort_field_num = 0;
   int sort_rule = 0;
   char protocol[8] = "";
-  // Every result but 0 leaves the values above as they are.
+  // Every result except 0 leaves the values above unchanged.
   CheckTable().CheckTableTypeByCustomAttr(source.Library(), table.c_str(), declared.type, declared.list_num, sort_field_num,
                                           sort_rule, protocol, false, nullptr);
   declared.protocol = protocol;

@@ -1,4 +1,4 @@
-// What the checker must be told about a table beside its schemas.
+// The arguments of the checker about a table besides its schemas.
 #pragma once
 
 #include <optional>
@@ -8,7 +8,7 @@
 
 namespace korvel {
 
-// Absent members are not given (on the command line) or not used (by a command).
+// Absent members were not given on the command line, or the command does not use them.
 struct Settings {
   std::optional<int> type;                    // code of kTableTypes
   std::optional<int> created_as;              // code of kProtocols
@@ -17,7 +17,7 @@ struct Settings {
   std::optional<int> list_num;                // slots
 };
 
-// What the attributes of a table say. Those that CheckTable refuses, and absent ones, say what is in brackets.
+// Values from the attributes of a table; the value in brackets if an attribute is absent or CheckTable refuses the attributes.
 struct TableAttributes {
   int type;              // TABLE_TYPE_... (generic)
   int list_num;          // slots (0)
@@ -26,8 +26,8 @@ struct TableAttributes {
 
 TableAttributes TableAttributesOf(const Source& source, const std::string& table);
 
-// Every setting of a table: as given, else from the table's attributes and protocol in `old_source`, else the default: a generic
-// table in the record format, no server version, an empty whitelist, 0 slots. All members of the result are set.
+// All settings of a table, none absent: as given, else from the table's attributes and the protocol of `old_source`, else the
+// default: a generic table in the record format, no server version, an empty whitelist, 0 slots.
 Settings ResolveSettings(const Settings& given, const Source& old_source, const std::string& table);
 
 }  // namespace korvel

@@ -1,10 +1,13 @@
-// Sources. Places in them are found by places.cpp. Held by tests/tool/input_test.cpp.
+// Looks up metas of sources. Lines and columns are found by report/result/text_ranges.cpp. Tested by
+// tests/report/source_test.cpp, rewrite_test.cpp and tests/tool/input_test.cpp.
 #include "schema/source.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "common/meta_view.h"
 #include "qmx/qmx_metalib_kernel.h"
+#include "qmx/qmx_xml.h"
 
 namespace korvel {
 
@@ -22,13 +25,24 @@ std::optional<std::uint32_t> PositionOf(const Source& source, const std::string&
   const LPQMXMETALIB library = source.Library();
   const LPQMXMETA meta = qmx_get_meta_by_name(library, name.c_str());
   if (meta == nullptr) return std::nullopt;
-  // Metas lie in memory in declaration order.
+  // Metas are in memory in declaration order.
   const auto* const metas = reinterpret_cast<const std::int64_t*>(library->data + library->ptrMetas);
   return static_cast<std::uint32_t>(std::lower_bound(metas, metas + library->iMetaNum, meta->ptrMeta) - metas);
 }
 
 Location DeclaredAt(const Source& source, const std::string& meta) {
   return {&source, {qmx::ElementId::Kind::kMeta, *PositionOf(source, meta)}, {}};
+}
+
+std::optional<Source> SourceOfText(const std::string& name, std::string text) {
+  auto bytes = std::make_shared<std::string>(std::move(text));
+  qmx::ReadResult read = qmx::ReadXml(*bytes);
+  if (!read.schema) return std::nullopt;
+  const std::string_view view = *bytes;
+  SchemaText schema{std::move(bytes), view, std::move(read.schema->source_map)};
+  Source source{name, std::move(read.schema->metalib), std::move(schema), {}};
+  ListTables(source);
+  return source;
 }
 
 }  // namespace korvel

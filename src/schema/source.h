@@ -1,4 +1,4 @@
-// A schema library together with the file that it came from, as reports need it.
+// A schema library together with the file that it came from.
 #pragma once
 
 #include <cstddef>
@@ -14,18 +14,19 @@
 
 namespace korvel {
 
-// A schema file as it was read: what places are found in.
+// The text of a schema file as it was read, in which locations are found.
 struct SchemaText {
-  std::shared_ptr<void> keeper;  // keeps the bytes
+  std::shared_ptr<void> keeper;  // owns the bytes
   std::string_view bytes;
   qmx::SourceMap source_map;
-  bool is_dump = false;  // no file has it: it was written for an image, so that there are lines to show
+  bool is_dump = false;  // not from a file: written for an image, so that reports can show lines
 };
 
+// Movable and copyable; copies share the bytes. Const operations may run on several threads at once.
 struct Source {
-  std::string name;  // as shown: the path, "<stdin>", or "git:REV:PATH"
+  std::string name;  // as messages show it: the path, "<stdin>", or "git:REV:PATH"
   qmx::Metalib metalib;
-  std::optional<SchemaText> text;        // an image has none of its own
+  std::optional<SchemaText> text;        // absent for an image without dump
   std::vector<std::string_view> tables;  // metas with a primary key, in declaration order
 
   LPQMXMETALIB Library() const { return metalib.get(); }
@@ -36,19 +37,22 @@ struct Source {
 // Fills `tables`.
 void ListTables(Source& source);
 
-// Position of a meta in declaration order; nullopt if the library has none of the name. Logarithmic.
+// Position of a meta in declaration order, 0-based; nullopt if the library has no meta of the name. Logarithmic.
 std::optional<std::uint32_t> PositionOf(const Source& source, const std::string& name);
 
-// An element of a source and, where one attribute of it is meant, that attribute.
+// An element of a source, or one attribute of it. Borrows the source.
 struct Location {
-  const Source* source = nullptr;  // null: nowhere
+  const Source* source = nullptr;  // null: no location
   qmx::ElementId element;
-  std::string_view attribute;  // of schema files, a constant; empty: the element as a whole
+  std::string_view attribute;  // its name in schema files, a constant; empty: the element as a whole
 
   explicit operator bool() const { return source != nullptr; }
 };
 
 // Where a source declares a meta. REQUIRES: it has one of the name.
 Location DeclaredAt(const Source& source, const std::string& meta);
+
+// The source that a schema file of this text and name would give; nullopt if the text is not a schema. Linear.
+std::optional<Source> SourceOfText(const std::string& name, std::string text);
 
 }  // namespace korvel

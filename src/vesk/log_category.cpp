@@ -1,5 +1,5 @@
 // Categories over spdlog, which is seen only here: it stamps the time, takes turns between threads, decides when to flush and
-// keeps what goes wrong away from the caller. Which bytes make up a line is record_line.cpp's. Held by
+// keeps what goes wrong away from the caller. Which bytes make up a line is record_line.cpp's. Tested by
 // tests/vesk/log_category_test.cpp.
 #include "vesk/log_category.h"
 

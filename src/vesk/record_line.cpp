@@ -1,4 +1,4 @@
-// The bytes of a record's line. Time stamps and the writing are log_category.cpp's. Held by tests/vesk/record_line_test.cpp.
+// The bytes of a record's line. Time stamps and the writing are log_category.cpp's. Tested by tests/vesk/record_line_test.cpp.
 #include "vesk/record_line.h"
 
 #include <cstddef>

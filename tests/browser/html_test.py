@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Opens HTML reports in headless Chromium: what a person sees, reads and types.
+"""Tests HTML reports in headless Chromium: contents, filter, keys, accessibility.
 
     tests/browser/html_test.py KORVELCHECK SOURCE_DIRECTORY OUTPUT_DIRECTORY
 
-Leaves the pages and screenshots in the output directory. Ends with 77 where there is no browser; with KORVEL_NEED_BROWSER set,
-as in CI, that is a failure.
+Writes the pages and screenshots to the output directory. Exits with 77 if there is no browser, or fails if KORVEL_NEED_BROWSER
+is set, as in CI.
 """
 
 import os
@@ -27,7 +27,7 @@ except ImportError:
 KORVELCHECK, SOURCE, OUTPUT = None, None, None
 DRIVER = None
 
-# Names that would leave their place in a page that does not escape them.
+# Names that would become markup in a page that does not escape them.
 HOSTILE = {
     "markup": "&lt;script&gt;window.broken=1&lt;/script&gt;",
     "attribute": "&quot; autofocus onfocus=&quot;window.broken=2",
@@ -45,7 +45,7 @@ def library(version, tables):
 
 
 def hostile_pair():
-    """Every field changes its type, so that each name stands in findings, changes, sources and pictures."""
+    """Every field changes its type, so each name appears in findings, changes, sources and pictures."""
     def table(kind, keys):
         fields = "".join(f'    <entry name="{name}" type="{kind}"/>\n' for name in HOSTILE.values())
         return f'  <meta name="t&lt;b&gt;">\n    <entry name="uid" type="{keys}"/>\n{fields}    <primarykey entries="uid"/>\n  </meta>\n'
@@ -53,7 +53,7 @@ def hostile_pair():
 
 
 def wide_pair(fields=10_000, step=100):
-    """A table of many fields of which every hundredth changes to what is refused."""
+    """A table of many fields; every hundredth has a refused change."""
     def table(is_new):
         lines = ['  <meta name="wide">', '    <entry name="uid" type="uint64"/>']
         for i in range(fields):
@@ -104,9 +104,9 @@ const behind = (element) => {
   for (let at = element; at; at = at.parentElement) {
     const [r, g, b, a = 1] = channels(getComputedStyle(at).backgroundColor);
     if (a === 1) return [r, g, b];
-    if (a > 0) throw new Error('half transparent: ' + at.outerHTML.slice(0, 80));
+    if (a > 0) throw new Error('translucent: ' + at.outerHTML.slice(0, 80));
   }
-  throw new Error('nothing behind');
+  throw new Error('no background');
 };
 const walker = document.createTreeWalker(document.body, NodeFilter.SHOW_TEXT);
 const bad = [];
@@ -157,20 +157,20 @@ class Browser(unittest.TestCase):
     def tearDown(self):
         self.command("Emulation.clearDeviceMetricsOverride")
         self.scheme("light")
-        self.assertEqual(DRIVER.get_log("browser"), [], "the page complains")
+        self.assertEqual(DRIVER.get_log("browser"), [], "messages in the console")
 
 
 class Refused(Browser):
     def setUp(self):
         self.open(PAGES["refused"])
 
-    def test_says_the_verdict_first(self):
+    def test_shows_the_verdict_first(self):
         self.assertIn("verdict: refused", self.one("header p").text)
         self.assertTrue(DRIVER.title.startswith("refused"))
         self.assertGreaterEqual(len(self.all("article.item.refused")), 1)
         self.assertGreaterEqual(len(self.all("li.item.allowed")), 2)
 
-    def test_every_link_leads_to_one_place(self):
+    def test_every_link_has_one_target(self):
         ids = DRIVER.execute_script("return [...document.querySelectorAll('[id]')].map((e) => e.id)")
         self.assertEqual(len(ids), len(set(ids)))
         links = DRIVER.execute_script("return [...document.querySelectorAll('a')].map((e) => e.getAttribute('href'))")
@@ -185,20 +185,20 @@ class Refused(Browser):
         back[0].click()
         self.assertEqual(self.focused(), "f1")
 
-    def test_filters_by_look_and_words(self):
+    def test_filters_by_status_and_text(self):
         everything = self.shown()
         self.one("input[value=allowed]").click()
         self.assertEqual(self.shown(), [item for item in everything if item.startswith("c")])
         self.one("input[value=waived]").click()
         self.assertEqual(self.shown(), [])
         self.one("input[value=all]").click()
-        self.one("#words").send_keys("POSTCODE size")
+        self.one("#search").send_keys("POSTCODE size")
         self.assertEqual(self.shown(), ["f1"])
         self.assertEqual(self.one("#count").text, f"1 of {len(everything)} shown")
         self.type(Keys.ESCAPE)
         self.assertEqual(self.shown(), everything)
 
-    def test_a_link_to_something_hidden_shows_it(self):
+    def test_link_to_hidden_item_shows_it(self):
         self.one("input[value=allowed]").click()
         self.assertNotIn("f1", self.shown())
         DRIVER.execute_script("location.hash = '#f1'")
@@ -212,13 +212,13 @@ class Refused(Browser):
         self.type("p")
         self.assertEqual(self.focused(), items[0])
         self.type("k")
-        self.assertEqual(self.focused(), items[0], "there is none before")
+        self.assertEqual(self.focused(), items[0], "it is the first")
         self.type("/")
-        self.assertEqual(self.focused(), "words")
+        self.assertEqual(self.focused(), "search")
         self.type("n")
-        self.assertEqual(self.one("#words").get_attribute("value"), "n", "words are typed, not obeyed")
+        self.assertEqual(self.one("#search").get_attribute("value"), "n", "keys typed into the search box are text")
 
-    def test_tab_meets_the_skip_link_first_and_shows_where_it_is(self):
+    def test_first_tab_stop_is_the_skip_link(self):
         self.type(Keys.TAB)
         self.assertEqual(self.focused(), "skip")
         self.assertGreaterEqual(self.one(".skip").location["x"], 0)
@@ -228,23 +228,23 @@ class Refused(Browser):
         outline = DRIVER.execute_script("return getComputedStyle(document.activeElement).outlineWidth")
         self.assertEqual(outline, "3px")
 
-    def test_everything_of_the_page_is_reached_in_its_order(self):
+    def test_tab_order_is_the_order_of_the_page(self):
         order = DRIVER.execute_script("""
             return [...document.querySelectorAll('a, input, summary, [tabindex="0"]')].map((e) => e.tabIndex)""")
-        self.assertEqual(set(order), {0}, "nothing is taken out of the order of the page")
+        self.assertEqual(set(order), {0}, "no element changes the tab order")
 
-    def test_pictures_have_words(self):
+    def test_pictures_have_descriptions(self):
         for picture in self.all("svg[role=img]"):
             for name in picture.get_attribute("aria-labelledby").split():
                 text = DRIVER.execute_script("return document.getElementById(arguments[0]).textContent", name)
                 self.assertTrue(text)
         self.assertGreaterEqual(len(self.all("svg[role=img]")), 1)
 
-    def test_signs_stand_beside_colours(self):
-        for look, sign in (("refused", "\u2717"), ("allowed", "\u2713")):
-            for badge in self.all(f".badge.{look}"):
+    def test_statuses_have_signs_besides_colors(self):
+        for status, sign in (("refused", "\u2717"), ("allowed", "\u2713")):
+            for badge in self.all(f".badge.{status}"):
                 self.assertIn(sign, badge.text)
-                self.assertIn(look, badge.text)
+                self.assertIn(status, badge.text)
 
     def test_is_readable_without_script(self):
         self.command("Emulation.setScriptExecutionDisabled", value=True)
@@ -265,14 +265,14 @@ class Refused(Browser):
             found = DRIVER.execute_script("return document.documentElement.scrollWidth")
             self.assertLessEqual(found, width)
 
-    def test_text_stands_out_in_both_schemes(self):
+    def test_text_has_contrast_in_both_schemes(self):
         for scheme in ("light", "dark"):
             self.scheme(scheme)
             looked, bad = DRIVER.execute_script(CONTRAST)
             self.assertGreater(looked, 100)
             self.assertEqual(bad, [], scheme)
 
-    def test_pictures_for_people(self):
+    def test_screenshots(self):
         for name, width, scheme in (("wide-light", 1280, "light"), ("wide-dark", 1280, "dark"), ("narrow", 390, "light")):
             self.scheme(scheme)
             self.resize(width)
@@ -284,12 +284,12 @@ class Refused(Browser):
 
 
 class Others(Browser):
-    def test_an_allowed_change_says_so(self):
+    def test_allowed_change(self):
         self.open(PAGES["allowed"])
         self.assertIn("verdict: allowed", self.one("header p").text)
         self.assertEqual(self.all("article.item"), [])
 
-    def test_names_stay_names(self):
+    def test_names_do_not_become_markup(self):
         self.open(PAGES["hostile"])
         self.assertIsNone(DRIVER.execute_script("return window.broken"))
         self.assertEqual(self.all("img, b, svg script"), [])
@@ -300,13 +300,13 @@ class Others(Browser):
             self.assertIn(name, text)
         self.assertNotIn("\u202e", text)
 
-    def test_nothing_but_the_page_itself_runs(self):
+    def test_injected_scripts_do_not_run(self):
         self.open(PAGES["allowed"])
         DRIVER.execute_script("const s = document.createElement('script'); s.textContent = 'window.broken = 1'; document.body.append(s)")
         self.assertIsNone(DRIVER.execute_script("return window.broken"))
         self.assertIn("Content Security Policy", DRIVER.get_log("browser")[0]["message"])
 
-    def test_a_wide_table_stays_a_page(self):
+    def test_wide_table_fits_a_page(self):
         self.open(PAGES["large"])
         self.assertIn("Only lines near a finding or change are shown", self.one("main").text)
         self.assertLess(DRIVER.execute_script("return document.querySelectorAll('*').length"), 300_000)

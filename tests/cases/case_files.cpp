@@ -39,7 +39,7 @@ std::string FirstTable(LPQMXMETALIB library) {
 
 bool IsTlv(LPQMXMETALIB library) { return library->iFlag != QMX_FLAG_UNSET && (library->iFlag & QMX_FLAG_TLV) != 0; }
 
-// What the old schema itself says of the table.
+// Settings from the attributes of the old table.
 void ApplyAttributes(LPQMXMETALIB library, Settings& settings) {
   settings.created_as = IsTlv(library) ? kTlv : kRecordFormat;
   int type = 0, list_num = 0, sort_fields = 0, sort_rule = 0;

@@ -1,12 +1,10 @@
-// The case folders: what they hold and how they are read.
+// Case directories: their files, and how they are read.
 //
-//   FAMILY/CASE/old.xml     the schema before
-//   FAMILY/CASE/new.xml     the schema after
-//   FAMILY/CASE/expected    the answers (case_run.h)
-//   FAMILY/CASE/findings    the change taken apart (report/asked.h)
+//   FAMILY/CASE/old.xml     the old schema
+//   FAMILY/CASE/new.xml     the new schema
 //   FAMILY/CASE/settings    optional lines "key: value"; the keys are type (generic, list), created-as (qmx, tlv),
-//   server-version,
-//                           whitelist, list-num and table
+//                           server-version, whitelist, list-num and table
+//   FAMILY/CASE/expected    every result (expected_text.h)
 #pragma once
 
 #include <filesystem>
@@ -17,14 +15,14 @@
 
 namespace cases {
 
-// What is asked about the table, as the check takes it.
+// The table to check and its settings, as the checker takes them.
 struct Settings {
-  std::string table;           // the first table of the old schema when not given
-  int table_type = 0;          // 0 generic, 1 list; from the old table's attributes when not given
-  int created_as = 1;          // 1 record format, 2 TLV; from the old table's attributes, else from the old library
-  std::string server_version;  // empty = field lengths are not checked
+  std::string table;           // default: the first table of the old schema
+  int table_type = 0;          // 0 generic, 1 list; default: from the attributes of the old table
+  int created_as = 1;          // 1 record format, 2 TLV; default: from the attributes of the old table, else from the old library
+  std::string server_version;  // empty: field lengths are not checked
   std::string whitelist;
-  int list_num = 0;  // from the old table's attributes when not given
+  int list_num = 0;  // default: from the attributes of the old table
 };
 
 struct Case {
@@ -36,13 +34,13 @@ struct Case {
 // All cases as "FAMILY/CASE", sorted.
 std::vector<std::string> Names();
 
-// The folder of a case.
+// The directory of a case.
 std::filesystem::path Folder(const std::string& name);
 
-// The bytes of a file. Throws std::runtime_error when it cannot be read.
+// The bytes of a file. Throws std::runtime_error if it cannot be read.
 std::string ReadFile(const std::filesystem::path& path);
 
-// Reads a case without its expected answers. Throws std::runtime_error, with the file named, when a file is missing or malformed.
+// Reads the input of a case. Throws std::runtime_error with the name of the file if one is missing or malformed.
 Case Load(const std::string& name);
 
 }  // namespace cases

@@ -7,7 +7,7 @@
 namespace cases {
 namespace {
 
-// The two sides of a case as the operations take them.
+// The arguments of the operations.
 struct Sides {
   LPQMXMETALIB old_lib;
   LPQMXMETALIB new_lib;
@@ -24,7 +24,7 @@ Sides MakeSides(LPQMXMETALIB old_lib, LPQMXMETALIB new_lib, const Settings& sett
 
 struct Operation {
   const char* name;
-  std::optional<int> (*ask)(ModifyTable& check, const Sides& sides, LPVESKCATEGORYINST log);
+  std::optional<int> (*run)(ModifyTable& check, const Sides& sides, LPVESKCATEGORYINST log);
 };
 
 std::optional<int> Main(ModifyTable& check, const Sides& s, LPVESKCATEGORYINST log) {
@@ -71,44 +71,29 @@ constexpr Operation kOperations[] = {
     {"CompareTableField", TableField}, {"CheckListMetaInfo", ListMetaInfo},      {"CompareSortListInfo", SortListInfo},
 };
 
-Answer Ask(const Operation& operation, const Sides& sides) {
+OperationResult Run(const Operation& operation, const Sides& sides) {
   ModifyTable check;
   support::CaptureCategory log;
-  Answer answer;
-  answer.operation = operation.name;
-  answer.code = operation.ask(check, sides, &log);
-  answer.text = check.GetErrType();
-  answer.log = log.Lines();
-  for (const support::LogRecord& record : log.records) answer.texts.push_back(record.text);
-  return answer;
-}
-
-std::string CodeText(std::optional<int> code) {
-  if (!code) return "not asked: the table is missing on a side";
-  const char* name = ResultCodeName(*code);
-  return std::to_string(*code) + " " + (name == nullptr ? "(no result code)" : name);
+  OperationResult result;
+  result.operation = operation.name;
+  result.code = operation.run(check, sides, &log);
+  result.text = check.GetErrType();
+  result.log = log.Lines();
+  for (const support::LogRecord& record : log.records) result.texts.push_back(record.text);
+  return result;
 }
 
 }  // namespace
 
-std::vector<Answer> AskAll(const Case& input) {
+std::vector<OperationResult> RunOperations(const Case& input) {
   const Sides sides = MakeSides(input.old_lib.get(), input.new_lib.get(), input.settings);
-  std::vector<Answer> answers;
-  for (const Operation& operation : kOperations) answers.push_back(Ask(operation, sides));
-  return answers;
+  std::vector<OperationResult> results;
+  for (const Operation& operation : kOperations) results.push_back(Run(operation, sides));
+  return results;
 }
 
-int AskMain(LPQMXMETALIB old_lib, LPQMXMETALIB new_lib, const Settings& settings) {
-  return *Ask(kOperations[0], MakeSides(old_lib, new_lib, settings)).code;
-}
-
-std::string Print(const std::vector<Answer>& answers) {
-  std::string out;
-  for (const Answer& answer : answers) {
-    out += answer.operation + " " + CodeText(answer.code) + "\n  \"" + answer.text + "\"\n";
-    for (const std::string& line : answer.log) out += "  " + line + "\n";
-  }
-  return out;
+OperationResult RunMainCheck(LPQMXMETALIB old_lib, LPQMXMETALIB new_lib, const Settings& settings) {
+  return Run(kOperations[0], MakeSides(old_lib, new_lib, settings));
 }
 
 }  // namespace cases

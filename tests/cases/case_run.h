@@ -1,4 +1,4 @@
-// Runs a pair of schemas under every public operation of the checker.
+// Runs every public operation of the checker on a case.
 #pragma once
 
 #include <optional>
@@ -9,28 +9,19 @@
 
 namespace cases {
 
-// What one operation answered.
-struct Answer {
+// The result of one operation.
+struct OperationResult {
   std::string operation;
-  std::optional<int> code;         // nullopt: the operation may not be asked, since the table is missing on a side
-  std::string text;                // what the error buffer held afterwards
-  std::vector<std::string> log;    // "ERROR Method: text"
-  std::vector<std::string> texts;  // of the log records alone
+  std::optional<int> code;         // nullopt: not called, because the old or the new schema lacks the table
+  std::string text;                // the error buffer afterwards
+  std::vector<std::string> log;    // the log records as lines, see support::CaptureCategory::Lines
+  std::vector<std::string> texts;  // the texts of the log records
 };
 
-// The main check first, then the others; each on an object of its own.
-std::vector<Answer> AskAll(const Case& input);
+// The main check first, then the other operations. Each runs on its own object.
+std::vector<OperationResult> RunOperations(const Case& input);
 
-// The result of the main check between two libraries.
-int AskMain(LPQMXMETALIB old_lib, LPQMXMETALIB new_lib, const Settings& settings);
-
-// The answers as they stand in `expected`:
-//
-//   OPERATION CODE NAME
-//     "what the error buffer held"
-//     PRIORITY METHOD: each record of the log
-//
-// "log only" behind a method marks a text that never was in the buffer.
-std::string Print(const std::vector<Answer>& answers);
+// The main check alone.
+OperationResult RunMainCheck(LPQMXMETALIB old_lib, LPQMXMETALIB new_lib, const Settings& settings);
 
 }  // namespace cases

@@ -1,4 +1,4 @@
-// Every row of the catalogue that schema files can bring about has a case in which it fires; the others are named here.
+// Every row of the catalog has a case that triggers it, unless it is listed here with a reason.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -12,79 +12,79 @@
 namespace cases {
 namespace {
 
-// Rows that no pair of schema files brings about, and why.
-const std::map<std::string, std::string> kNotFromFiles = {
-    {"arguments.check", "files are there, and the table has a name"},
-    {"arguments.compat", "files are there, and the table has a name"},
+// Rows that no pair of schema files triggers, and why.
+const std::map<std::string, std::string> kNoCase = {
+    {"arguments.check", "the libraries exist, and the table has a name"},
+    {"arguments.compat", "the libraries exist, and the table has a name"},
     {"arguments.table-type", "settings name generic or list, nothing else"},
     {"index.table-type", "settings name generic or list, nothing else"},
     {"arguments.protocol", "settings name qmx or tlv, nothing else"},
-    {"arguments.name-meta", "names are checked after the table was found"},
-    {"arguments.lookup", "names are always there, and ids in TLV files start at 0"},
-    {"field.id-tlv", "ids in TLV files start at 0"},
-    {"library.no-version", "versions in files start at 0"},
-    {"library.no-source-version", "versions in files start at 0"},
-    {"primary-key.none", "keys are looked at after both were found"},
+    {"arguments.name-meta", "names are checked only after the table was found"},
+    {"arguments.lookup", "fields always have a name, and ids in TLV files are 0 or more"},
+    {"field.id-tlv", "ids in TLV files are 0 or more"},
+    {"library.no-version", "versions in files are 0 or more"},
+    {"library.no-source-version", "versions in files are 0 or more"},
+    {"primary-key.none", "keys are compared only after both were found"},
     {"primary-key.name-tlv", "ids in TLV files are unique"},
-    {"index.null", "an index is compared after it was found"},
-    {"field.structure-missing", "a composite field's structure is always in its file"},
-    {"table.new-field", "fields that are counted can be had"},
-    {"table.new-field-name", "fields have names, if only empty ones"},
-    {"table.old-field", "fields that are counted can be had"},
-    {"table.old-field-name", "fields have names, if only empty ones"},
-    {"length.field-missing", "fields that are counted can be had"},
+    {"index.null", "an index is compared only after it was found"},
+    {"field.structure-missing", "the structure of a composite field is always in its file"},
+    {"table.new-field", "a library contains every field that it counts"},
+    {"table.new-field-name", "fields always have a name, possibly an empty one"},
+    {"table.old-field", "a library contains every field that it counts"},
+    {"table.old-field-name", "fields always have a name, possibly an empty one"},
+    {"length.field-missing", "a library contains every field that it counts"},
 };
 
-// Rows that only an operation that is handed no structure says: it is asked so where a file lacks the table.
-const std::set<std::string> kOnlyWithoutStructure = {"arguments.meta", "arguments.old-meta", "arguments.new-meta"};
+// Rows that only operations on structures report: they get none if a schema lacks the table.
+const std::set<std::string> kStructureMissing = {"arguments.meta", "arguments.old-meta", "arguments.new-meta"};
 
 void Collect(const std::string& text, std::set<std::string>& ids) {
   if (const korvel::RefusalRow* row = korvel::Identify(text)) ids.insert(row->id);
 }
 
-std::set<std::string> FiredIds() {
+std::set<std::string> TriggeredIds() {
   std::set<std::string> ids;
   for (const std::string& name : Names()) {
-    for (const Answer& answer : AskAll(Load(name))) {
-      Collect(answer.text, ids);
-      for (const std::string& text : answer.texts) Collect(text, ids);
+    for (const OperationResult& result : RunOperations(Load(name))) {
+      Collect(result.text, ids);
+      for (const std::string& text : result.texts) Collect(text, ids);
     }
   }
   return ids;
 }
 
-TEST(Catalogue, EveryRowFiresInACaseOrIsNamed) {
-  const std::set<std::string> fired = FiredIds();
+TEST(Catalogue, EveryRowHasACaseOrReason) {
+  const std::set<std::string> triggered = TriggeredIds();
   for (const korvel::RefusalRow* row : korvel::AllRefusals()) {
-    EXPECT_NE(fired.contains(row->id), kNotFromFiles.contains(row->id))
-        << row->id << (fired.contains(row->id) ? ": fires, yet is named as one that files cannot bring about" : ": has no case");
+    EXPECT_NE(triggered.contains(row->id), kNoCase.contains(row->id))
+        << row->id << (triggered.contains(row->id) ? ": has a case, but is listed as one that has none" : ": has no case");
   }
 }
 
-TEST(Catalogue, PagesHaveAnExampleOfEveryRowThatFilesTrigger) {
+TEST(Catalogue, EveryRowThatFilesCanTriggerHasExample) {
   for (const korvel::RuleDoc& doc : korvel::AllRuleDocs()) {
-    const bool from_files = !kNotFromFiles.contains(doc.row->id) && !kOnlyWithoutStructure.contains(doc.row->id);
+    const bool from_files = !kNoCase.contains(doc.row->id) && !kStructureMissing.contains(doc.row->id);
     EXPECT_EQ(doc.example.has_value(), from_files) << doc.row->id;
   }
 }
 
-// Under every operation: the code that comes with a text is one that its page names, and the page of the code names the rule.
-TEST(Catalogue, PagesNameTheCodesThatAreReturned) {
+// The page of a rule lists every code that an operation returns with the text of the rule.
+TEST(Catalogue, PagesListReturnedCodes) {
   for (const std::string& name : Names()) {
-    for (const Answer& answer : AskAll(Load(name))) {
-      const korvel::RefusalRow* row = korvel::Identify(answer.text);
-      if (answer.code.value_or(0) == 0 || row == nullptr) continue;
+    for (const OperationResult& result : RunOperations(Load(name))) {
+      const korvel::RefusalRow* row = korvel::Identify(result.text);
+      if (result.code.value_or(0) == 0 || row == nullptr) continue;
       const std::vector<int> codes = korvel::FindRuleDoc(row->id)->codes;
-      EXPECT_EQ(std::count(codes.begin(), codes.end(), *answer.code), 1)
-          << name << ": " << answer.operation << " returns " << *answer.code << " with " << row->id;
+      EXPECT_EQ(std::count(codes.begin(), codes.end(), *result.code), 1)
+          << name << ": " << result.operation << " returns " << *result.code << " with " << row->id;
     }
   }
 }
 
-TEST(Catalogue, NamedRowsExist) {
+TEST(Catalogue, ListedRowsExist) {
   std::set<std::string> ids;
   for (const korvel::RefusalRow* row : korvel::AllRefusals()) ids.insert(row->id);
-  for (const auto& [id, reason] : kNotFromFiles) EXPECT_TRUE(ids.contains(id)) << id;
+  for (const auto& [id, reason] : kNoCase) EXPECT_TRUE(ids.contains(id)) << id;
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// What the checker's answer means for records: held over random changes. What it prints stands in docs/reliability.md.
+// Tests on random changes that records of an allowed change read back. docs/reliability.md contains the printed figures.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -10,23 +10,23 @@
 namespace codec {
 namespace {
 
-// For each change and form. Of a refused change most are broken by the first record; what some happen to hold should not count.
+// The number of records for each change and form. A refused change gets more: records that read back by chance must not count.
 constexpr int kRecords = 4;
 constexpr int kRecordsOfRefused = 64;
 
-std::uint64_t Number(const char* variable, std::uint64_t otherwise) {
+std::uint64_t Number(const char* variable, std::uint64_t default_value) {
   const char* text = std::getenv(variable);
-  return text == nullptr ? otherwise : std::strtoull(text, nullptr, 10);
+  return text == nullptr ? default_value : std::strtoull(text, nullptr, 10);
 }
 
 struct Refusals {
-  std::uint64_t made = 0;
-  std::uint64_t readable = 0;  // every record would have read back
+  std::uint64_t changes = 0;
+  std::uint64_t readable = 0;  // changes all of whose records read back
 };
 
 struct Tally {
   std::uint64_t allowed = 0;
-  std::uint64_t edited = 0;  // of the allowed ones: more than the library's version and protocol is another
+  std::uint64_t edited = 0;  // allowed changes of more than the version and the protocol of the library
   std::uint64_t read_back = 0;
   std::map<std::string, std::uint64_t> exceptions;
   std::map<std::string, Refusals> refusals;
@@ -39,13 +39,13 @@ bool IsEdited(const Change& change) {
   return old_lib.Build().Bytes() != change.new_lib.Build().Bytes();
 }
 
-void Judge(const Change& change, std::mt19937_64& random, std::uint64_t seed, Tally& tally) {
+void CheckChange(const Change& change, std::mt19937_64& random, std::uint64_t seed, Tally& tally) {
   const std::string refused = Refused(change);
   std::uint64_t read_back = 0;
   const std::optional<Broken> broken = ReadBack(change, refused.empty() ? kRecords : kRecordsOfRefused, random, read_back);
   if (!refused.empty()) {
     Refusals& refusals = tally.refusals[refused];
-    ++refusals.made;
+    ++refusals.changes;
     if (!broken) ++refusals.readable;
     return;
   }
@@ -66,22 +66,22 @@ void Print(std::uint64_t seed, std::uint64_t pairs, const Tally& tally) {
     std::printf("  allowed, not readable: %-14s %ju\n", id.c_str(), std::uintmax_t{changes});
   }
   for (const auto& [id, refusals] : tally.refusals) {
-    std::printf("  refused: %-26s %8ju, readable all the same: %ju\n", id.c_str(), std::uintmax_t{refusals.made},
+    std::printf("  refused: %-26s %8ju, but readable: %ju\n", id.c_str(), std::uintmax_t{refusals.changes},
                 std::uintmax_t{refusals.readable});
   }
 }
 
-// KORVEL_SEED and KORVEL_PAIRS choose another run.
-TEST(Answer, WhatIsAllowedReadsBack) {
+// KORVEL_SEED and KORVEL_PAIRS select another run.
+TEST(Answer, AllowedChangesReadBack) {
   const std::uint64_t seed = Number("KORVEL_SEED", 20261121);
   const std::uint64_t pairs = Number("KORVEL_PAIRS", 3000);
   Tally tally;
   for (std::uint64_t i = 0; i < pairs; ++i) {
     std::mt19937_64 random(seed + i);
-    ASSERT_NO_FATAL_FAILURE(Judge(RandomChange(random), random, seed + i, tally));
+    ASSERT_NO_FATAL_FAILURE(CheckChange(RandomChange(random), random, seed + i, tally));
   }
   Print(seed, pairs, tally);
-  // It would say little if few changes were allowed.
+  // The test is meaningless if few changes are allowed.
   EXPECT_GT(tally.edited, pairs / 5);
   EXPECT_GT(tally.read_back, tally.allowed * kRecords / 2);
 }

@@ -1,4 +1,4 @@
-// Numbers and runs of bytes in records: numbers are four bytes, the lowest first.
+// Numbers and texts in records. A number takes four bytes, little-endian.
 #pragma once
 
 #include <cstdint>
@@ -12,13 +12,13 @@ inline void PutNumber(std::string& out, std::uint32_t number) {
   for (int shift = 0; shift < 32; shift += 8) out += static_cast<char>(number >> shift & 0xff);
 }
 
-// The length first.
+// The length, then the bytes.
 inline void PutRun(std::string& out, std::string_view run) {
   PutNumber(out, static_cast<std::uint32_t>(run.size()));
   out += run;
 }
 
-// Takes from the front of `rest`; nothing, and `rest` unchanged, where it holds less.
+// Takes bytes from the front of `rest`. Returns nullopt and leaves `rest` unchanged if it is too short.
 inline std::optional<std::string_view> TakeBytes(std::string_view& rest, std::size_t size) {
   if (rest.size() < size) return std::nullopt;
   const std::string_view bytes = rest.substr(0, size);

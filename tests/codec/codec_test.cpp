@@ -1,4 +1,4 @@
-// The codecs themselves: the bytes that they write, what they refuse to read, and that they read what they write.
+// Tests the codecs: the bytes that they write, the bytes that they refuse, and that they read back what they write.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -22,7 +22,7 @@ Schema SchemaOf(std::vector<Field> fields, std::vector<std::string> key = {}) {
   return support::Of({Table{.name = "t", .fields = std::move(fields), .key = std::move(key)}}).Build();
 }
 
-// A record with these elements, field by field.
+// A record with these elements for each field.
 Value RecordOf(const Schema& schema, const std::vector<std::vector<std::string>>& elements) {
   Value record = Unread(schema.Meta("t"));
   for (std::size_t i = 0; i < elements.size(); ++i) {
@@ -33,7 +33,7 @@ Value RecordOf(const Schema& schema, const std::vector<std::vector<std::string>>
   return record;
 }
 
-// A number, a text, and bytes that the number counts.
+// A number, a text, and an array that the number counts.
 std::vector<Field> Usual() {
   return {{.name = "n", .type = "uint8", .id = 1},
           {.name = "text", .type = "string", .size = 4, .id = 2, .version = 3},
@@ -42,12 +42,12 @@ std::vector<Field> Usual() {
 
 const std::vector<std::vector<std::string>> kUsual = {{"\2"}, {"hi"}, {"\1\0"s, "\xff\xff"}};
 
-TEST(Packed, WritesFieldsInOrderBehindTheVersion) {
+TEST(Packed, WritesVersionThenFieldsInOrder) {
   const Schema schema = SchemaOf(Usual());
   EXPECT_EQ(WritePacked(RecordOf(schema, kUsual), 5), "\5\0\0\0"s + "\2" + "\2\0\0\0hi"s + "\1\0\xff\xff"s);
 }
 
-TEST(Packed, LeavesOutWhatIsAboveTheVersion) {
+TEST(Packed, OmitsFieldsAboveVersion) {
   const Schema schema = SchemaOf(Usual());
   EXPECT_EQ(WritePacked(RecordOf(schema, kUsual), 2), "\2\0\0\0\2"s);
   const std::optional<Value> read = ReadPacked("\2\0\0\0\2"s, schema.Meta("t"));
@@ -58,7 +58,7 @@ TEST(Packed, LeavesOutWhatIsAboveTheVersion) {
   EXPECT_TRUE(IsDefault(read->fields[2].elements.back()));
 }
 
-TEST(Packed, IsReadToItsEndAndNotFurther) {
+TEST(Packed, RefusesShortAndLongRecords) {
   const Schema schema = SchemaOf(Usual());
   const std::string record = WritePacked(RecordOf(schema, kUsual), 5);
   for (std::size_t size = 0; size < record.size(); ++size) {
@@ -68,19 +68,19 @@ TEST(Packed, IsReadToItsEndAndNotFurther) {
   EXPECT_FALSE(ReadPacked(record + "x", schema.Meta("t")).has_value());
 }
 
-TEST(Packed, DoesNotTakeWhatDoesNotFit) {
+TEST(Packed, RefusesValuesThatDoNotFit) {
   const Schema schema = SchemaOf(Usual());
   EXPECT_FALSE(ReadPacked("\5\0\0\0\0\4\0\0\0four"s, schema.Meta("t")).has_value()) << "no room for the terminating zero";
   EXPECT_FALSE(ReadPacked("\3\0\0\0\4\2\0\0\0hi"s, schema.Meta("t")).has_value()) << "counts more than there may be";
 }
 
-TEST(Tlv, WritesATagForEachElement) {
+TEST(Tlv, WritesTagForEachElement) {
   const Schema schema = SchemaOf(Usual());
   EXPECT_EQ(WriteTlv(RecordOf(schema, kUsual)),
             "\1\0\0\0\1\0\0\0\2"s + "\2\0\0\0\2\0\0\0hi"s + "\3\0\0\0\2\0\0\0\1\0"s + "\3\0\0\0\2\0\0\0\xff\xff"s);
 }
 
-TEST(Tlv, PassesOverUnknownTagsAndFillsInDefaults) {
+TEST(Tlv, SkipsUnknownTagsAndAddsDefaults) {
   const Schema schema = SchemaOf(Usual());
   const std::optional<Value> read = ReadTlv("\7\0\0\0\1\0\0\0x\1\0\0\0\1\0\0\0\1"s, schema.Meta("t"));
   ASSERT_TRUE(read.has_value());
@@ -99,7 +99,7 @@ TEST(Tlv, WidensIntegers) {
   EXPECT_FALSE(ReadTlv("\1\0\0\0\5\0\0\0....."s, schema.Meta("t")).has_value()) << "too wide";
 }
 
-TEST(Tlv, ATagCutOffIsRefused) {
+TEST(Tlv, RefusesTruncatedRecord) {
   const Schema schema = SchemaOf(Usual());
   const std::string record = "\1\0\0\0\1\0\0\0\1"s;
   for (std::size_t size = 1; size < record.size(); ++size) {
@@ -107,13 +107,13 @@ TEST(Tlv, ATagCutOffIsRefused) {
   }
 }
 
-TEST(Keys, AreTheMembersInOrder) {
+TEST(Keys, ContainMembersInOrder) {
   const Schema schema = SchemaOf(Usual(), {"text", "n"});
   EXPECT_EQ(KeysOf(RecordOf(schema, kUsual), schema.Meta("t")).primary, "\2\0\0\0hi\2"s);
   EXPECT_EQ(KeysOf(RecordOf(schema, kUsual), schema.Meta("t")).splittable, "");
 }
 
-TEST(Compare, TellsWhereValuesDiffer) {
+TEST(Compare, ReportsFirstDifference) {
   const Schema schema = SchemaOf(Usual());
   const Value usual = RecordOf(schema, kUsual);
   EXPECT_EQ(Difference(usual, usual, Match::kName), "");
@@ -125,7 +125,7 @@ TEST(Compare, TellsWhereValuesDiffer) {
   EXPECT_EQ(Difference(RecordOf(shorter, {{"\2"}}), usual, Match::kId), "text is new and not default");
 }
 
-// Any record of any of the random libraries is read as it was written.
+// Every record of every random library is read as it was written.
 TEST(Codecs, ReadWhatTheyWrite) {
   for (std::uint64_t seed = 0; seed < 500; ++seed) {
     std::mt19937_64 random(seed);

@@ -1,4 +1,4 @@
-// Compares two readings field by field. Held by codec_test.cpp.
+// Compares two values of a record field by field. Tested by codec_test.cpp.
 #include "codec/compare.h"
 
 #include <algorithm>
@@ -8,7 +8,7 @@
 namespace codec {
 namespace {
 
-// Sign and all: one byte more than the widest type.
+// The number with its sign, one byte wider than the widest type.
 std::string Number(const Value& value) {
   const bool is_negative = IsSigned(value.type) && (static_cast<unsigned char>(value.bytes.back()) & 0x80) != 0;
   std::string number = value.bytes;
@@ -49,7 +49,7 @@ std::string DifferentField(const FieldValue& before, const FieldValue& after, Ma
     if (!where.empty()) return "[" + std::to_string(i) + "]" + where;
   }
   const auto added = after.elements.begin() + static_cast<std::ptrdiff_t>(kept);
-  return std::all_of(added, after.elements.end(), IsDefault) ? "" : " has more than defaults behind its elements";
+  return std::all_of(added, after.elements.end(), IsDefault) ? "" : " has additional elements that are not default";
 }
 
 }  // namespace

@@ -7,13 +7,13 @@
 
 namespace codec {
 
-enum class Match { kName, kId };  // how a field of the one schema is found in the other: packed records, TLV
+enum class Match { kName, kId };  // how fields are matched: by name in packed records, by id in TLV
 
-// Where `after` holds other values than `before`: "lines[2].price"; empty if nowhere.
+// The first difference: "lines[2].price is another value"; empty if there is none.
 //
-// Same is: an integer of the same number, whatever its width; a string and bytes of the same bytes; elements of the same values,
-// and behind them, where the new count is fixed, default ones. A field that only the new schema has holds default values. A field
-// that only the old schema has is lost in a packed record and passed over in TLV.
+// Equal are: integers of the same number and any width; strings and bytes with the same bytes; and elements with equal values,
+// where a fixed new count may add default ones. A field that only the new schema has must have default values. A field that only
+// the old schema has counts as lost in a packed record and is skipped in TLV.
 std::string Difference(const Value& before, const Value& after, Match match);
 
 }  // namespace codec

@@ -1,4 +1,4 @@
-// Tells the kinds of exceptions. Held by exceptions_test.cpp, which has a smallest change for each.
+// Recognizes the kinds of exceptions. Tested by exceptions_test.cpp, which has the smallest change of each kind.
 #include "codec/exceptions.h"
 
 #include <algorithm>
@@ -27,13 +27,13 @@ const Field* Find(const Table& table, const Field& field, Form form) {
   return found == table.fields.end() ? nullptr : &*found;
 }
 
-// Which field counts the elements, as a reader of that form finds it; empty = none.
+// The field that counts the elements, as a reader of that form identifies it; empty: none.
 std::string Counter(const Table& table, const Field& field, Form form) {
   if (field.refer.empty() || form == Form::kPacked) return field.refer;
   return std::to_string(std::ranges::find(table.fields, field.refer, &Field::name)->id);
 }
 
-bool AnotherCounter(const Side& before, const Side& after, Form form) {
+bool HasOtherCounter(const Side& before, const Side& after, Form form) {
   return std::ranges::any_of(before.table.fields, [&](const Field& field) {
     const Field* counterpart = Find(after.table, field, form);
     if (counterpart == nullptr) return false;
@@ -41,12 +41,12 @@ bool AnotherCounter(const Side& before, const Side& after, Form form) {
     const Table* inner_before = Find(before.library, field.type);
     const Table* inner_after = Find(after.library, counterpart->type);
     return inner_before != nullptr && inner_after != nullptr &&
-           AnotherCounter({before.library, *inner_before}, {after.library, *inner_after}, form);
+           HasOtherCounter({before.library, *inner_before}, {after.library, *inner_after}, form);
   });
 }
 
-// A field that old records lack, counted by one that they have.
-bool CountedByOld(const Side& before, const Side& after, Form form) {
+// A new field that is counted by a field of old records.
+bool CountedByOldField(const Side& before, const Side& after, Form form) {
   return std::ranges::any_of(after.table.fields, [&](const Field& field) {
     const Field* counterpart = Find(before.table, field, form);
     if (counterpart == nullptr) {
@@ -56,21 +56,21 @@ bool CountedByOld(const Side& before, const Side& after, Form form) {
     const Table* inner_before = Find(before.library, counterpart->type);
     const Table* inner_after = Find(after.library, field.type);
     return inner_before != nullptr && inner_after != nullptr &&
-           CountedByOld({before.library, *inner_before}, {after.library, *inner_after}, form);
+           CountedByOldField({before.library, *inner_before}, {after.library, *inner_after}, form);
   });
 }
 
 bool AddedCounted(const Change& change, const Broken& broken) {
-  return CountedByOld({change.old_lib, change.old_lib.tables.back()}, {change.new_lib, change.new_lib.tables.back()},
-                      broken.form);
+  return CountedByOldField({change.old_lib, change.old_lib.tables.back()}, {change.new_lib, change.new_lib.tables.back()},
+                           broken.form);
 }
 
 bool CounterChanged(const Change& change, const Broken& broken) {
-  return AnotherCounter({change.old_lib, change.old_lib.tables.back()}, {change.new_lib, change.new_lib.tables.back()},
-                        broken.form);
+  return HasOtherCounter({change.old_lib, change.old_lib.tables.back()}, {change.new_lib, change.new_lib.tables.back()},
+                         broken.form);
 }
 
-// In another order, or one of them twice.
+// The same members in another order, or one of them twice.
 bool KeyMembersChanged(const Change& change, const Broken& broken) {
   const std::vector<std::string>& before = change.old_lib.tables.back().key;
   const std::vector<std::string>& after = change.new_lib.tables.back().key;
@@ -82,20 +82,20 @@ bool KindOfTableChanged(const Change& change, const Broken&) {
   return change.old_lib.tables.back().kind != change.new_lib.tables.back().kind;
 }
 
-bool HoldsUnion(const Library& library, const Table& table) {
+bool ContainsUnion(const Library& library, const Table& table) {
   return table.kind == QMX_TYPE_UNION || std::ranges::any_of(table.fields, [&](const Field& field) {
            const Table* inner = Find(library, field.type);
-           return inner != nullptr && HoldsUnion(library, *inner);
+           return inner != nullptr && ContainsUnion(library, *inner);
          });
 }
 
-// A key member that is a structure keeps its size and nothing else: in TLV its fields may go, come and move, and in a union the
-// smaller ones may grow.
+// A structure in the key must only keep its size: in TLV its fields may be removed, added and moved, and in a union the smaller
+// fields may grow.
 bool StructureInKey(const Change& change, const Broken& broken) {
   const Table& table = change.old_lib.tables.back();
   return broken.only_keys && std::ranges::any_of(table.key, [&](const std::string& name) {
            const Table* inner = Find(change.old_lib, std::ranges::find(table.fields, name, &Field::name)->type);
-           return inner != nullptr && (broken.form == Form::kTlv || HoldsUnion(change.old_lib, *inner));
+           return inner != nullptr && (broken.form == Form::kTlv || ContainsUnion(change.old_lib, *inner));
          });
 }
 

@@ -1,5 +1,5 @@
-// Changes that the checker allows although records do not read back: its rules are part of the interface and do not look at
-// these.
+// Changes that the checker allows although their records do not read back. The rules, which are part of the interface, do not
+// cover them.
 #pragma once
 
 #include <span>
@@ -15,7 +15,7 @@ struct Exception {
 
 std::span<const Exception> Exceptions();
 
-// The one that explains the broken record of an allowed change; null if none does.
+// The exception that explains the broken record of an allowed change; null if none does.
 const Exception* ExplanationOf(const Change& change, const Broken& broken);
 
 }  // namespace codec

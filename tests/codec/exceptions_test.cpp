@@ -1,4 +1,4 @@
-// The smallest changes where the checker's answer and its records part: allowed but not readable, and refused but readable.
+// The smallest changes for which verdict and records disagree: allowed but not readable, and refused but readable.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -51,13 +51,13 @@ std::optional<Broken> FirstBroken(const Change& change) {
 
 struct Case {
   const char* name;
-  const char* id;  // of the exception, or of the refusal
+  const char* id;  // of the exception or of the refusal
   Change change;
 };
 
 Field Structure(const char* name, int id) { return {.name = name, .type = "s", .id = id}; }
 
-std::vector<Case> Looser() {
+std::vector<Case> AllowedButUnreadable() {
   const std::vector<Field> two = {Byte("a", 1), Byte("b", 2)};
   const Table counted = T({Byte("n", 1), Bytes("a", 2, 2, "n")}, {"n"});
   const Table fixed = T({Byte("n", 1), Bytes("a", 2, 2)}, {"n"});
@@ -72,35 +72,35 @@ std::vector<Case> Looser() {
   return {
       {"the members of the key in another order", "key-members", Packed({T(two, {"a", "b"})}, {T(two, {"b", "a"})})},
       {"a member of the key twice", "key-members", Packed({T(two, {"a", "b"})}, {T(two, {"a", "a"})})},
-      {"a structure of the key with another field of the same size", "key-structure",
+      {"a structure in the key whose field is replaced by one of the same size", "key-structure",
        Tlv({{.name = "s", .fields = {Byte("x", 1)}}, T({Structure("k", 1)}, {"k"})},
            {{.name = "s", .fields = {Byte("y", 2)}}, T({Structure("k", 1)}, {"k"})})},
-      {"a union of the key whose smaller field grows", "key-structure",
+      {"a union in the key whose smaller field grows", "key-structure",
        Packed({{.name = "s", .fields = {Byte("x", 1)}}, either, T({key_union}, {"k"})},
               {{.name = "s", .fields = {Byte("x", 1), grown}}, either, T({key_union}, {"k"})})},
-      {"counted no more", "refer-changed", Packed({counted}, {fixed})},
-      {"counted from now on", "refer-changed", Packed({fixed}, {counted})},
-      {"counted from now on, in TLV", "refer-changed", Tlv({fixed}, {counted})},
+      {"no longer counted", "refer-changed", Packed({counted}, {fixed})},
+      {"newly counted", "refer-changed", Packed({fixed}, {counted})},
+      {"newly counted, in TLV", "refer-changed", Tlv({fixed}, {counted})},
       {"a new field counted by an old one", "refer-added", Packed({T({Byte("n", 1)}, {"n"})}, {T({Byte("n", 1), added}, {"n"})})},
-      {"a table that turns into a union", "table-kind", Packed({T({Byte("a", 1)}, {"a"})}, {as_union})},
+      {"a table that becomes a union", "table-kind", Packed({T({Byte("a", 1)}, {"a"})}, {as_union})},
   };
 }
 
-std::vector<Case> Stricter() {
+std::vector<Case> RefusedButReadable() {
   const auto key_and = [](const Field& field) { return std::vector<Table>{T({Byte("k", 1), field}, {"k"})}; };
   const std::vector<Table> key_only = {T({Byte("k", 1)}, {"k"})};
   const auto text = [](std::uint64_t size) { return T({{.name = "k", .type = "string", .size = size, .id = 1}}, {"k"}); };
   Table indexed = key_only.front();
   indexed.indexes = {{"i", {"k"}}};
   return {
-      {"an attribute that no record holds", "field.customattr2",
+      {"an attribute that no record contains", "field.customattr2",
        Packed(key_and({.name = "a", .id = 2, .attr2 = "x"}), key_and({.name = "a", .id = 2, .attr2 = "y"}))},
-      {"another version that old records are not below", "field.version",
+      {"another version that no old record is below", "field.version",
        Packed(key_and({.name = "a", .id = 2, .version = 2}), key_and({.name = "a", .id = 2, .version = 3}))},
-      {"an index more", "index.count", Packed(key_only, {indexed})},
+      {"an added index", "index.count", Packed(key_only, {indexed})},
       {"a longer text in the key", "primary-key.size", Packed({text(4)}, {text(8)})},
       {"a longer text in the key, in TLV", "primary-key.size-tlv", Tlv({text(4)}, {text(8)})},
-      {"a field less, in TLV", "field.missing-tlv", Tlv(key_and(Byte("a", 2)), key_only)},
+      {"a removed field, in TLV", "field.missing-tlv", Tlv(key_and(Byte("a", 2)), key_only)},
       {"another name of the same id, in TLV", "field.missing-tlv", Tlv(key_and(Byte("a", 2)), key_and(Byte("b", 2)))},
       {"another name in the key, in TLV", "primary-key.field", Tlv(key_only, {T({Byte("l", 1)}, {"l"})})},
       {"more elements, in TLV", "field.count", Tlv(key_and(Bytes("a", 2, 2)), key_and(Bytes("a", 2, 3)))},
@@ -110,7 +110,7 @@ std::vector<Case> Stricter() {
 }
 
 TEST(Exceptions, AreAllowedAndDoNotReadBack) {
-  for (const Case& one : Looser()) {
+  for (const Case& one : AllowedButUnreadable()) {
     SCOPED_TRACE(one.name);
     EXPECT_EQ(Refused(one.change), "");
     const std::optional<Broken> broken = FirstBroken(one.change);
@@ -121,15 +121,15 @@ TEST(Exceptions, AreAllowedAndDoNotReadBack) {
   }
 }
 
-TEST(Exceptions, HaveASmallestChangeEach) {
-  const std::vector<Case> cases = Looser();
+TEST(Exceptions, HaveSmallestChanges) {
+  const std::vector<Case> cases = AllowedButUnreadable();
   for (const Exception& exception : Exceptions()) {
     EXPECT_TRUE(std::ranges::any_of(cases, [&](const Case& one) { return std::string(one.id) == exception.id; })) << exception.id;
   }
 }
 
-TEST(Stricter, IsRefusedAndReadsBack) {
-  for (const Case& one : Stricter()) {
+TEST(RefusedChanges, ReadBack) {
+  for (const Case& one : RefusedButReadable()) {
     SCOPED_TRACE(one.name);
     EXPECT_EQ(Refused(one.change), one.id);
     const std::optional<Broken> broken = FirstBroken(one.change);
@@ -137,9 +137,9 @@ TEST(Stricter, IsRefusedAndReadsBack) {
   }
 }
 
-// A structure in TLV gives an id away, and later to another field: records of the first schema are not readable under the third,
-// as the checker says when it is asked about these two.
-TEST(Exceptions, AllowedStepsNeedNotAddUp) {
+// A TLV structure drops a field, and a later version gives its id to another field. Records of the first schema are not readable
+// under the third, and the checker refuses that change.
+TEST(Exceptions, AllowedStepsMayBeRefusedTogether) {
   const auto tables = [](std::vector<Field> fields) {
     return std::vector<Table>{{.name = "s", .fields = std::move(fields)}, T({Byte("k", 1), Structure("a", 2)}, {"k"})};
   };

@@ -1,4 +1,4 @@
-// Reads the members of a key out of a record. Held by codec_test.cpp.
+// Extracts the keys of a record. Tested by codec_test.cpp.
 #include "codec/key.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// The keys of a record as bytes, as a store would find it by them.
+// The keys of a record as bytes, as a store would look it up.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@
 
 namespace codec {
 
-// The values of the members in the order of the key, one behind the other, packed.
+// The packed values of the members, in the order of the key.
 struct Keys {
   std::string primary;
   std::string splittable;

@@ -1,4 +1,4 @@
-// Writes and reads packed records. Held by codec_test.cpp.
+// Writes and reads packed records. Tested by codec_test.cpp.
 #include "codec/packed.h"
 
 #include <algorithm>
@@ -12,8 +12,8 @@ namespace {
 
 bool IsText(int type) { return type == QMX_TYPE_STRING || type == QMX_TYPE_BYTES; }
 
-// Longest run that an entry takes: a string's terminating zero is not written.
-std::size_t Longest(LPQMXMETAENTRY entry) {
+// The maximum length of a text: the terminating zero of a string is not written.
+std::size_t MaxLength(LPQMXMETAENTRY entry) {
   return qmx_get_entry_unitsize(entry) - (qmx_get_entry_type(entry) == QMX_TYPE_STRING ? 1 : 0);
 }
 
@@ -89,7 +89,7 @@ class Reader {
     if (const LPQMXMETA inner = InnerMeta(meta, entry)) return Structure(inner);
     const int type = qmx_get_entry_type(entry);
     const std::optional<std::string_view> bytes = IsText(type) ? TakeRun(rest_) : TakeBytes(rest_, qmx_get_entry_unitsize(entry));
-    if (!bytes || (IsText(type) && bytes->size() > Longest(entry))) return std::nullopt;
+    if (!bytes || (IsText(type) && bytes->size() > MaxLength(entry))) return std::nullopt;
     return Value{.type = type, .bytes = std::string(*bytes)};
   }
 

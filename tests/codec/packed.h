@@ -1,8 +1,7 @@
 // Packed records: the version of the library that they were written with, then the fields in declaration order.
 //
-// A field whose version is above the record's is absent. Strings, bytes and how many elements a refer field counts are as long as
-// they are: nothing is padded to what the schema allows at most. A fixed count is written in full. A union is the name of the
-// field that it holds and that field.
+// A field whose version is above that of the record is absent. Strings, bytes and counted elements take their actual length, not
+// their maximum length. A fixed count is written in full. A union consists of the name of its present field and that field.
 #pragma once
 
 #include <optional>
@@ -13,13 +12,13 @@
 
 namespace codec {
 
-// Of a value of a meta in a library of this version.
+// The record of a library of this version.
 std::string WritePacked(const Value& record, int version);
 
-// All elements of a field, as they stand in a packed record.
+// All elements of a field, as in a packed record.
 std::string PackElements(const FieldValue& field);
 
-// Nothing if the bytes are no record of `meta`, end too early or too late.
+// nullopt if the bytes are not exactly one record of `meta`.
 std::optional<Value> ReadPacked(std::string_view bytes, LPQMXMETA meta);
 
 }  // namespace codec

@@ -1,4 +1,4 @@
-// Asks the checker, writes and reads. Held by answer_test.cpp and exceptions_test.cpp.
+// Checks a change, writes records and reads them. Tested by answer_test.cpp and exceptions_test.cpp.
 #include "codec/promise.h"
 
 #include "codec/compare.h"
@@ -16,7 +16,7 @@ std::optional<Value> Read(Form form, const std::string& bytes, LPQMXMETA meta) {
   return form == Form::kPacked ? ReadPacked(bytes, meta) : ReadTlv(bytes, meta);
 }
 
-// What the old schema itself reads is held against what the new one does: a packed record lacks what is above its version.
+// Compares what the new schema reads with what the old one reads, since a packed record lacks fields above its version.
 std::optional<Broken> ReadOne(Form form, const std::string& bytes, LPQMXMETA old_meta, LPQMXMETA new_meta) {
   const std::optional<Value> before = Read(form, bytes, old_meta);
   if (!before) return Broken{form, false, "not even the old schema reads it"};

@@ -1,4 +1,4 @@
-// Makes random changes. Both sides can always be laid out, and what an edit makes is not always what may be changed.
+// Makes random changes, allowed ones and refused ones. The builder accepts both libraries.
 #include "codec/random_change.h"
 
 #include <algorithm>
@@ -35,7 +35,7 @@ class Maker {
     for (std::size_t edits = 1 + Below(3); edits > 0; --edits) Edit(change.new_lib);
     SetProtocols(change);
     SetKind(change);
-    for (Table& table : change.new_lib.tables) Mend(table);
+    for (Table& table : change.new_lib.tables) RemoveInvalid(table);
     return change;
   }
 
@@ -47,7 +47,7 @@ class Maker {
     return list[Below(std::size(list))];
   }
 
-  // Structures come before what embeds them; "t" is the last.
+  // A structure comes before those that embed it; "t" is the last.
   Library MakeLibrary() {
     Library library = support::Of({});
     const std::size_t structures = Below(4);
@@ -74,7 +74,7 @@ class Maker {
       if (IsIntegerName(table.fields.front().type)) table.fields.front().count = 1;
       Refer(table, table.fields.back());
     }
-    Mend(table);
+    RemoveInvalid(table);
     return table;
   }
 
@@ -88,7 +88,7 @@ class Maker {
     return field;
   }
 
-  // Any integer before it may count a field.
+  // Any integer before a field may count it.
   void Refer(Table& table, Field& field) {
     std::vector<std::string> counters;
     for (const Field* one = table.fields.data(); one != &field; ++one) {
@@ -105,7 +105,7 @@ class Maker {
         &Maker::Rename,        &Maker::Remove,      &Maker::Replace,   &Maker::Swap,      &Maker::ChangeId,  &Maker::EditKey,
         &Maker::ChangeVersion, &Maker::ChangeRefer, &Maker::EditTable, &Maker::ChangeKind};
     Table& table = OneIn(2) ? library.tables.back() : Any(library.tables);
-    // Key fields may hardly be changed.
+    // Choose key fields less often: nearly every change of one is refused.
     Field* field = &Any(table.fields);
     if (std::ranges::find(table.key, field->name) != table.key.end()) field = &Any(table.fields);
     (this->*Any(kEdits))(library, table, *field);
@@ -153,7 +153,7 @@ class Maker {
     if (table.fields.size() > 1) table.fields.erase(table.fields.begin() + (&field - table.fields.data()));
   }
 
-  // A field of the same shape in its place, but not the same field.
+  // Replaces a field by another one with the same type.
   void Replace(Library& library, Table& table, Field& field) {
     Rename(library, table, field);
     field.id = 20 + added_;
@@ -202,7 +202,7 @@ class Maker {
     }
   }
 
-  // What is no part of a record.
+  // Changes something that is not part of a record.
   void EditTable(Library& library, Table&, Field& field) {
     Table& table = library.tables.back();
     if (OneIn(2))
@@ -232,9 +232,9 @@ class Maker {
     change.new_lib.tables.back().attr = OneIn(3) ? "TableType=LIST;ListNum=9" : "TableType=LIST;ListNum=8";
   }
 
-  // Takes back what cannot be laid out: names that nothing has, and a refer property without an integer before it. A field that
-  // is counted by another is not older than it, and fields of a union are not counted.
-  static void Mend(Table& table) {
+  // Removes what the builder would refuse: unknown names, and a refer property without an integer before it. A counted field is
+  // not older than its counter, and fields of a union are not counted.
+  static void RemoveInvalid(Table& table) {
     const auto is_gone = [&](const std::string& name) { return !Has(table, name); };
     std::erase_if(table.key, is_gone);
     std::erase_if(table.split, is_gone);

@@ -1,5 +1,5 @@
-// Random changes of one table, most of them small: libraries of up to three structures and a table, and a new side that is the
-// old one after up to three edits.
+// Random changes of one table, mostly small: libraries of up to three structures and a table, where the new library is the old
+// one after up to three edits.
 #pragma once
 
 #include <random>

@@ -1,4 +1,4 @@
-// Defaults and random values. Held by codec_test.cpp.
+// Defaults and random values. Tested by codec_test.cpp.
 #include "codec/record.h"
 
 #include <algorithm>
@@ -14,7 +14,7 @@ std::int64_t NumberOf(const Value& value) {
   std::int64_t number = 0;
   std::memcpy(&number, value.bytes.data(), value.bytes.size());
   const auto unused = static_cast<int>(64 - 8 * value.bytes.size());
-  if (!IsSigned(value.type)) return number;  // past the greatest int64 it turns negative, which is out of range like it
+  if (!IsSigned(value.type)) return number;  // above the maximum of int64 it becomes negative, which is out of range, too
   return static_cast<std::int64_t>(static_cast<std::uint64_t>(number) << unused) >> unused;
 }
 
@@ -37,23 +37,23 @@ class Random {
 
   void Fill(LPQMXMETA meta, const Value& record, FieldValue& field) {
     field.present = true;
-    if (const std::optional<std::size_t> most = MostReferred(meta, field.entry)) {
+    if (const std::optional<std::size_t> limit = MaxCounted(meta, field.entry)) {
       field.elements = {DefaultElement(meta, field.entry)};
-      field.elements.front().bytes.front() = static_cast<char>(Below(*most + 1));
+      field.elements.front().bytes.front() = static_cast<char>(Below(*limit + 1));
       return;
     }
     const std::size_t count = ElementsOf(record, field.entry).value_or(0);
     for (std::size_t i = 0; i < count; ++i) field.elements.push_back(Element(meta, field.entry));
   }
 
-  // The least count, at most 100, of the entries whose elements `entry` counts.
-  static std::optional<std::size_t> MostReferred(LPQMXMETA meta, LPQMXMETAENTRY entry) {
-    std::optional<std::size_t> most;
+  // The smallest count, at most 100, of the entries that `entry` counts.
+  static std::optional<std::size_t> MaxCounted(LPQMXMETA meta, LPQMXMETAENTRY entry) {
+    std::optional<std::size_t> limit;
     for (const auto [index, one] : korvel::Entries(meta)) {
       if (qmx_get_entry_refer(one) != entry) continue;
-      most = std::min(most.value_or(100), static_cast<std::size_t>(qmx_get_entry_count(one)));
+      limit = std::min(limit.value_or(100), static_cast<std::size_t>(qmx_get_entry_count(one)));
     }
-    return most;
+    return limit;
   }
 
   Value Element(LPQMXMETA meta, LPQMXMETAENTRY entry) {
@@ -118,7 +118,7 @@ std::optional<std::size_t> ElementsOf(const Value& record, LPQMXMETAENTRY entry)
   const LPQMXMETAENTRY refer = qmx_get_entry_refer(entry);
   if (refer == nullptr) return count;
   const auto counter = std::ranges::find(record.fields, refer, &FieldValue::entry);
-  if (counter->elements.empty()) return 0;  // of a union that holds another field
+  if (counter->elements.empty()) return 0;  // in a union that contains another field
   const std::int64_t number = NumberOf(counter->elements.front());
   if (number < 0 || static_cast<std::size_t>(number) > count) return std::nullopt;
   return static_cast<std::size_t>(number);

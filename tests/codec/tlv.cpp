@@ -1,4 +1,4 @@
-// Writes and reads TLV records. Held by codec_test.cpp.
+// Writes and reads TLV records. Tested by codec_test.cpp.
 #include "codec/tlv.h"
 
 #include <algorithm>
@@ -9,7 +9,7 @@
 namespace codec {
 namespace {
 
-// An integer of another width: widened as its type asks; nothing where it is too wide.
+// An integer extended to a width according to its type; nullopt if it is wider than that.
 std::optional<std::string> Widened(std::string_view bytes, int type, std::size_t width) {
   if (bytes.empty() || bytes.size() > width) return std::nullopt;
   const bool is_negative = IsSigned(type) && (static_cast<unsigned char>(bytes.back()) & 0x80) != 0;
@@ -34,7 +34,7 @@ std::optional<Value> ReadElement(std::string_view bytes, LPQMXMETA meta, LPQMXME
   return Value{.type = type, .bytes = *value};
 }
 
-// One element more; a field of a union takes the place of the one before it.
+// Adds an element. In a union it replaces the field that was present.
 bool Add(std::uint32_t id, std::string_view bytes, LPQMXMETA meta, Value& record) {
   const auto is_it = [id](const FieldValue& field) { return static_cast<std::uint32_t>(qmx_get_entry_id(field.entry)) == id; };
   const auto field = std::ranges::find_if(record.fields, is_it);

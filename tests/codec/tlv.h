@@ -1,8 +1,7 @@
 // Records of tags, lengths and values. A tag is the id of an entry; each element has a tag of its own.
 //
-// A structure is the records of its fields, one behind the other; a union is that of the one field that it holds. Tags that the
-// reader's schema does not have are passed over, elements that are not there have default values, and an integer may be shorter
-// than its type.
+// A structure consists of the records of its fields, a union of that of its present field. Unknown tags are skipped, missing
+// elements have default values, and an integer may be shorter than its type.
 #pragma once
 
 #include <optional>
@@ -15,7 +14,7 @@ namespace codec {
 
 std::string WriteTlv(const Value& record);
 
-// Nothing if the bytes are no records, or a value does not fit its entry.
+// nullopt if the bytes are not a sequence of records, or if a value does not fit its entry.
 std::optional<Value> ReadTlv(std::string_view bytes, LPQMXMETA meta);
 
 }  // namespace codec

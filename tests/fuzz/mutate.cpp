@@ -1,5 +1,5 @@
 // What a fuzzer does to a scenario: the changes that random pairs are made with (tests/model/mutations_*.cpp), one at a time, so
-// that those worth keeping add up. Not here: any rule, or which change is refused. Held by mutate_test.cpp.
+// that those worth keeping add up. Not here: any rule, or which change is refused. Tested by mutate_test.cpp.
 #include "fuzz/mutate.h"
 
 #include <utility>

@@ -1,5 +1,5 @@
 // What a fuzzer does to an image: every record is made of numbers of 8 and 4 bytes at multiples of their size, and those that the
-// verifier compares them with stand elsewhere in the same image. Held by mutate_test.cpp.
+// verifier compares them with stand elsewhere in the same image. Tested by mutate_test.cpp.
 #include "fuzz/mutate_image.h"
 
 #include <cstddef>

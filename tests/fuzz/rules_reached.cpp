@@ -1,4 +1,4 @@
-// Which rules were reached: texts are looked up in the catalogue. Held by mutate_test.cpp.
+// Which rules were reached: texts are looked up in the catalogue. Tested by mutate_test.cpp.
 #include "fuzz/rules_reached.h"
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-// Scenarios as bytes and back: both go over the same members in the same order, which is written once. Held by mutate_test.cpp.
+// Scenarios as bytes and back: both go over the same members in the same order, which is written once. Tested by mutate_test.cpp.
 #include "fuzz/scenario_bytes.h"
 
 #include <concepts>

@@ -1,5 +1,5 @@
-// The linker puts these in the place of malloc and its like (--wrap), for our own objects and those of static libraries; the
-// operators below serve C++. Only FailAfter arms them.
+// The linker replaces malloc, calloc and realloc by these functions (--wrap), in our own objects and in static libraries; the
+// operators serve C++. They fail only after FailAfter.
 #include "memory/failing_memory.h"
 
 #include <gtest/gtest.h>
@@ -15,17 +15,17 @@ namespace {
 constexpr long kNever = -1;
 std::atomic<long> left = kNever;  // allocations until one fails
 std::atomic<bool> is_rest = false;
-std::atomic<bool>* told = nullptr;
+std::atomic<bool>* has_failed = nullptr;
 
 bool Fails() {
   if (left.load() == kNever) return false;
   if (left.load() > 0 && left.fetch_sub(1) > 0) return false;
-  if (!is_rest) left = kNever;  // what copes with it may allocate
-  *told = true;
+  if (!is_rest) left = kNever;  // the code that handles the failure may allocate
+  *has_failed = true;
   return true;
 }
 
-// Tells the number of failures.
+// Prints the number of failures.
 class Total : public testing::Environment {
  public:
   void TearDown() override { std::printf("%ld allocations failed on purpose\n", count); }
@@ -35,7 +35,7 @@ Total* const total = static_cast<Total*>(testing::AddGlobalTestEnvironment(new T
 
 }  // namespace
 
-// Names that the linker gives: __real_X is X itself, calls of X go to __wrap_X.
+// Names of the linker: __real_X is X itself, and calls of X go to __wrap_X.
 void* RealMalloc(std::size_t size) __asm__("__real_malloc");
 void* RealCalloc(std::size_t count, std::size_t size) __asm__("__real_calloc");
 void* RealRealloc(void* block, std::size_t size) __asm__("__real_realloc");
@@ -62,7 +62,7 @@ namespace memory {
 
 void FailAfter(long count, Failing failing, std::atomic<bool>& failed) {
   failed = false;
-  told = &failed;
+  has_failed = &failed;
   is_rest = failing == Failing::kRest;
   left = count;
 }

@@ -1,4 +1,4 @@
-// Memory that runs out on purpose: of everything that the program allocates, C++ and C alike, a chosen allocation fails.
+// Makes a chosen allocation of the program fail, in C++ code and in C code.
 #pragma once
 
 #include <atomic>
@@ -8,22 +8,22 @@ namespace memory {
 
 enum class Failing {
   kOne,   // one allocation
-  kRest,  // it and every one behind it
+  kRest,  // it and all that follow
 };
 
-// After `count` more allocations, those fail that `failing` says; `failed` tells from then on that they do.
+// Lets `count` allocations succeed, then makes them fail as `failing` says. Sets `failed` at the first failure.
 void FailAfter(long count, Failing failing, std::atomic<bool>& failed);
 
-// Nothing fails any more.
+// Ends the failures.
 void FailNever();
 
-// Adds to the number of failures that the program prints at its end.
+// Adds to the number of failures that the program prints when it ends.
 void CountFailures(long count);
 
-// Runs `work` again and again, each time with the next allocation failing, until it needs no more. Returns how many failed.
+// Runs `work` repeatedly, each time with the next allocation failing, until no allocation is left. Returns the number of
+// failures.
 //
-// A failure ends the work with std::bad_alloc, or the work copes with it; anything else fails the test. `work` says nothing of
-// its own while it runs.
+// `work` must end normally or with std::bad_alloc; any other end fails the test. `work` must not report test failures itself.
 long FailEach(const std::function<void()>& work);
 
 }  // namespace memory

@@ -1,4 +1,4 @@
-// Memory that runs out at any moment: no crash, no leak (under the address sanitizer), and what was there before still is.
+// Out of memory at any allocation of the libraries: no crash, no leak (under the address sanitizer), and the input is unchanged.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -21,14 +21,14 @@ namespace {
 
 std::string Example(const std::string& file) { return cases::ReadFile(KORVEL_SOURCE_DIR "/examples/shop/" + file); }
 
-TEST(OutOfMemory, EndsTheReadingOfASchemaFile) {
+TEST(OutOfMemory, EndsReadingOfSchema) {
   const std::string text = Example("v5.xml");
   const long failures = FailEach([&] { static_cast<void>(qmx::ReadXml(text)); });
   EXPECT_GT(failures, 100);
   RecordProperty("failures", std::to_string(failures));
 }
 
-TEST(OutOfMemory, EndsTheReadingOfAFileThatIsNoSchema) {
+TEST(OutOfMemory, EndsReadingOfInvalidSchema) {
   std::string text = Example("v5.xml");
   text.replace(text.find("type=\"uint64\""), 13, "type=\"uint65\" colour=\"red\"");
   const long failures = FailEach([&] { static_cast<void>(qmx::ReadXml(text)); });
@@ -36,19 +36,19 @@ TEST(OutOfMemory, EndsTheReadingOfAFileThatIsNoSchema) {
   RecordProperty("failures", std::to_string(failures));
 }
 
-TEST(OutOfMemory, EndsTheWritingAndOpeningOfAnImage) {
+TEST(OutOfMemory, EndsWritingAndLoadingOfImage) {
   const qmx::Metalib library = image::FullLibrary();
   const std::string wanted = qmx::WriteImage(library);
   const long failures = FailEach([&] {
     const qmx::ImageResult opened = image::Load(qmx::WriteImage(library));
-    if (!opened.metalib) throw std::runtime_error("an image was taken for a wrong one");
+    if (!opened.metalib) throw std::runtime_error("a valid image was refused");
   });
   EXPECT_GT(failures, 2);
   EXPECT_EQ(qmx::WriteImage(library), wanted);
   RecordProperty("failures", std::to_string(failures));
 }
 
-TEST(OutOfMemory, EndsTheSearchForRefusedChanges) {
+TEST(OutOfMemory, EndsAnalysis) {
   const korvel::Source old_source = report_test::ReadSource("v6.xml", Example("v6.xml"));
   const korvel::Source new_source = report_test::ReadSource("v7.xml", Example("v7-wider-key.xml"));
   const std::unique_ptr<vesk::LogCategory> log = vesk::LogCategory::Closed();
@@ -61,15 +61,15 @@ TEST(OutOfMemory, EndsTheSearchForRefusedChanges) {
   RecordProperty("failures", std::to_string(failures));
 }
 
-// Forms that are made of a JSON document are left to tool_memory_test.cpp: its library allocates in a destructor, where a failure
+// tool_memory_test.cpp tests the formats that are JSON documents: the JSON library allocates in a destructor, where a failure
 // ends the program.
-bool IsOfJson(const std::string& format) { return format == "json" || format == "sarif" || format == "gitlab"; }
+bool IsJson(const std::string& format) { return format == "json" || format == "sarif" || format == "gitlab"; }
 
-TEST(OutOfMemory, EndsTheWritingOfAReport) {
+TEST(OutOfMemory, EndsRendering) {
   const report_test::Judged checked =
       report_test::JudgeExample({"wider-key", "examples/shop/v6.xml", "examples/shop/v7-wider-key.xml"});
   for (const korvel::Format& format : korvel::Formats()) {
-    if (IsOfJson(format.name)) continue;
+    if (IsJson(format.name)) continue;
     SCOPED_TRACE(format.name);
     const std::string wanted = format.render(checked.report, false);
     const long failures = FailEach([&] { static_cast<void>(format.render(checked.report, false)); });

@@ -1,7 +1,7 @@
-// The program when memory runs out: every command ends with its answer or with exit code 3 and a line, never with a signal, and
-// what it was to write is there whole or not at all.
+// The program when memory runs out: every command ends with its result or with exit code 3 and one line, never with a signal, and
+// its output file is complete or absent.
 //
-// Not every allocation of every command fails, for the sake of time: each KORVEL_STEP-th does. KORVEL_STEP=1 takes minutes.
+// To save time, only each KORVEL_STEP-th allocation fails. KORVEL_STEP=1 takes minutes.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/mman.h>
@@ -26,7 +26,7 @@ namespace {
 
 using tool_test::Outcome;
 
-// Memory that this process and those that it starts see.
+// Memory that is shared with child processes.
 template <class T>
 class Shared {
  public:
@@ -44,7 +44,7 @@ class Shared {
   void* block_;
 };
 
-// A file without a name, emptied for each use.
+// An unnamed file that collects output.
 class Captured {
  public:
   Captured() : fd_(::memfd_create("captured", MFD_CLOEXEC)) {}
@@ -76,12 +76,12 @@ struct Command {
   std::vector<std::string> arguments;
 };
 
-// As a program: what main does not catch is nobody else's.
+// Behaves like a program: nothing catches an exception that leaves main.
 [[noreturn]] void RunAndExit(std::vector<char*>& argv) noexcept {
   std::_Exit(KorvelcheckMain(static_cast<int>(argv.size()), argv.data()));
 }
 
-// Shown by its name.
+// Shows a command by its name.
 void PrintTo(const Command& command, std::ostream* out) { *out << command.name; }
 
 class ToolOutOfMemory : public tool_test::ToolTest, public testing::WithParamInterface<Command> {
@@ -91,7 +91,7 @@ class ToolOutOfMemory : public tool_test::ToolTest, public testing::WithParamInt
     for (const char* file : {"same.xml", "wide.xml"}) std::filesystem::copy_file(PathOf("same.xml"), PathOf("base") / file);
   }
 
-  // Runs the program in a process of its own, where memory runs out after `count` allocations.
+  // Runs the program in a child process, where memory runs out after `count` allocations.
   Outcome Run(long count, Failing failing) {
     std::vector<std::string> words = GetParam().arguments;
     words.insert(words.begin(), "korvelcheck");
@@ -114,7 +114,7 @@ class ToolOutOfMemory : public tool_test::ToolTest, public testing::WithParamInt
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, out_.Text(), err_.Text(), WIFSIGNALED(status) ? WTERMSIG(status) : 0};
   }
 
-  // What the files of the directory hold, by name, but for the log, which grows line by line.
+  // The contents of the files in the directory by name, except the log, which grows line by line.
   std::map<std::string, std::string> Contents() const {
     std::map<std::string, std::string> contents;
     for (const std::string& file : Files()) {
@@ -123,7 +123,7 @@ class ToolOutOfMemory : public tool_test::ToolTest, public testing::WithParamInt
     return contents;
   }
 
-  // The files before the program runs.
+  // Writes the files that the program expects.
   void Restore() const {
     Write("out", "old");
     Write("korvelcheck.toml", "[schemas]\npaths = ['same.xml', 'wide.xml']\n");
@@ -142,12 +142,12 @@ long Step() {
   return step != nullptr ? std::max(1L, std::strtol(step, nullptr, 10)) : KORVEL_SANITIZED ? 199 : 61;
 }
 
-const char* const kLastWords[] = {
+const char* const kOutOfMemoryLines[] = {
     "korvelcheck: out of memory\n", "korvelcheck: cannot write the log: out of memory\n",
-    "korvelcheck: out of memory, or an internal fault\n",  // a library's function that throws what it promised not to
+    "korvelcheck: out of memory, or an internal error\n",  // an exception in a library function that is declared noexcept
 };
 
-TEST_P(ToolOutOfMemory, EndsWithTheAnswerOrALine) {
+TEST_P(ToolOutOfMemory, EndsWithResultOrMessage) {
   Restore();
   const auto before = Contents();
   const Outcome wanted = Run(kNoFailure, Failing::kOne);
@@ -159,23 +159,23 @@ TEST_P(ToolOutOfMemory, EndsWithTheAnswerOrALine) {
       SCOPED_TRACE("allocation " + std::to_string(count) + (failing == Failing::kOne ? "" : " and the rest"));
       Restore();
       const Outcome outcome = Run(count, failing);
-      const bool is_answer = outcome.exit_code == wanted.exit_code && outcome.out == wanted.out && outcome.err == wanted.err;
-      if (is_answer) {
+      const bool is_normal = outcome.exit_code == wanted.exit_code && outcome.out == wanted.out && outcome.err == wanted.err;
+      if (is_normal) {
         ASSERT_EQ(Contents(), after);
       } else {
         ASSERT_EQ(outcome.exit_code, 3) << outcome.signal << outcome.err;
-        ASSERT_THAT(outcome.err, testing::AnyOfArray(kLastWords));
+        ASSERT_THAT(outcome.err, testing::AnyOfArray(kOutOfMemoryLines));
         ASSERT_THAT(outcome.out, testing::AnyOf("", wanted.out));
         ASSERT_THAT(Contents(), testing::AnyOf(before, after));
       }
       if (!HasFailed()) {
-        ASSERT_TRUE(is_answer);
+        ASSERT_TRUE(is_normal);
         break;
       }
       ++failures;
     }
   }
-  EXPECT_GT(failures, 1);  // of one allocation, and of one with the rest
+  EXPECT_GT(failures, 1);  // of one allocation, and of one with all that follow
   CountFailures(failures);
 }
 

@@ -1,4 +1,4 @@
-// Finding and editing fields of libraries declared as values. Not here: which edits there are (mutations_*.cpp). Held by
+// Finding and editing fields of libraries declared as values. Not here: which edits there are (mutations_*.cpp). Tested by
 // model_test.cpp.
 #include "model/edits.h"
 

@@ -1,4 +1,5 @@
-// Changes of fields, of the table itself and of structures inside it. Held by model_test.cpp: what each must come to is asserted.
+// Changes of fields, of the table itself and of structures inside it. Tested by model_test.cpp: what each must come to is
+// asserted.
 #include <algorithm>
 
 #include "model/edits.h"

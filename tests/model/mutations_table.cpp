@@ -1,4 +1,4 @@
-// Changes of a table's keys, indexes and attributes, and of the library. Held by model_test.cpp: what each must come to is
+// Changes of a table's keys, indexes and attributes, and of the library. Tested by model_test.cpp: what each must come to is
 // asserted.
 #include <algorithm>
 

@@ -1,5 +1,5 @@
 // Reading a library into plain values: through the read operations and, where there are none, from the records. Not here: any
-// rule. The checker's own walks (src/common/meta_view.h) are not used: a fault in them must show. Held by model_test.cpp.
+// rule. The checker's own walks (src/common/meta_view.h) are not used: a fault in them must show. Tested by model_test.cpp.
 #include "model/plain_library.h"
 
 #include <unordered_map>

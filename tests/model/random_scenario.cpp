@@ -1,5 +1,5 @@
-// Libraries and questions by chance. Not here: how a library changes (mutations_*.cpp). Held by model_test.cpp, which counts that
-// every text of the checker comes up.
+// Libraries and questions by chance. Not here: how a library changes (mutations_*.cpp). Tested by model_test.cpp, which counts
+// that every text of the checker comes up.
 #include "model/random_scenario.h"
 
 #include <algorithm>

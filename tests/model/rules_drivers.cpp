@@ -1,4 +1,4 @@
-// The plain model of the checker: the entries that run the rules in their order. Held by model_test.cpp.
+// The plain model of the checker: the entries that run the rules in their order. Tested by model_test.cpp.
 #include "model/rules.h"
 
 namespace model {

@@ -1,5 +1,5 @@
 // The plain model of the checker: versions, order, names and set of fields. Not here: shapes of fields by protocol
-// (rules_record.cpp, rules_tlv.cpp). Held by model_test.cpp.
+// (rules_record.cpp, rules_tlv.cpp). Tested by model_test.cpp.
 #include "model/rules.h"
 #include "model/rules_lookup.h"
 

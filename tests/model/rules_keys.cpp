@@ -1,5 +1,5 @@
 // The plain model of the checker: primary key, splittable key, indexes. Not here: types and sizes of key fields
-// (rules_record.cpp, rules_tlv.cpp). Held by model_test.cpp.
+// (rules_record.cpp, rules_tlv.cpp). Tested by model_test.cpp.
 #include "model/rules.h"
 
 namespace model {

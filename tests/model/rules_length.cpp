@@ -1,4 +1,4 @@
-// The plain model of the checker: lengths of fields and the whitelist. Held by model_test.cpp.
+// The plain model of the checker: lengths of fields and the whitelist. Tested by model_test.cpp.
 #include <algorithm>
 
 #include "model/rules.h"

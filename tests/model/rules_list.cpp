@@ -1,4 +1,4 @@
-// The plain model of the checker: kind of table. What the attributes say is derived here a second time too. Held by
+// The plain model of the checker: kind of table. What the attributes say is derived here a second time too. Tested by
 // model_test.cpp.
 #include <cstdlib>
 

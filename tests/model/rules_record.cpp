@@ -1,5 +1,5 @@
 // The plain model of the checker: fields of records in the packed format. Fields that are added, and positions, are not looked
-// at here. Held by model_test.cpp.
+// at here. Tested by model_test.cpp.
 #include "model/rules.h"
 #include "model/rules_lookup.h"
 

@@ -1,4 +1,5 @@
-// How the plain model of the checker speaks: the buffer, and the gate before the log. Not here: any rule. Held by model_test.cpp.
+// How the plain model of the checker speaks: the buffer, and the gate before the log. Not here: any rule. Tested by
+// model_test.cpp.
 #include "model/rules.h"
 
 namespace model {

@@ -1,5 +1,5 @@
 // The plain model of the checker: fields of tag-length-value records. Inside structures the rules are looser than for the table
-// itself. Fields that are added, and attributes, are not looked at. Held by model_test.cpp.
+// itself. Fields that are added, and attributes, are not looked at. Tested by model_test.cpp.
 #include "model/rules.h"
 
 namespace model {

@@ -80,7 +80,7 @@ State StateOf(const ModifyTable& checker, const support::CaptureCategory& catego
   state.server = checker.m_svr_ver;
   for (const PrintNode& node : checker.printVec) state.grown.push_back({node.entry_name, node.before_sz, node.after_sz});
   for (const support::LogRecord& record : category.records) {
-    const std::string method = record.as_agreed ? record.function : record.function + " (event not as agreed)";
+    const std::string method = record.is_valid ? record.function : record.function + " (event not as agreed)";
     state.log.push_back({record.priority, method, record.format == "%s", record.text});
   }
   for (const support::Question& question : category.questions) {

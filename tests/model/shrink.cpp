@@ -1,4 +1,4 @@
-// Making scenarios smaller, one step after the other, each kept if what is looked for still shows. Held by model_test.cpp.
+// Making scenarios smaller, one step after the other, each kept if what is looked for still shows. Tested by model_test.cpp.
 #include "model/shrink.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 // The texts, one table. Misspellings, double blanks and full-width commas are part of the interface. Not here: who says what
-// (rules_*.cpp). Held by model_test.cpp, which counts that each is said.
+// (rules_*.cpp). Tested by model_test.cpp, which counts that each is said.
 #include "model/texts.h"
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-// The builder: what it lays out, in what layout, and what it refuses.
+// Tests the builder: the libraries that it builds, their layout, and what it refuses.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -73,7 +73,7 @@ TEST(SimpleTypes, Integers) {
   EXPECT_EQ(integers, "---iiiiiiii-------");
 }
 
-// --- What is laid out ---
+// --- Built libraries ---
 
 TEST(Builder, FlagWord) {
   const auto flag = [](Protocol protocol) {
@@ -118,7 +118,7 @@ TEST(Builder, TextsAreCopied) {
   EXPECT_STREQ(qmx_get_entry_customattr2(built.get(), qmx_get_entry_by_index(meta, 0)), "before");
 }
 
-TEST(Builder, OddNamesAndNumbersAreTaken) {
+TEST(Builder, AcceptsOddNamesAndNumbers) {
   MetalibBuilder builder("", -3, Protocol::kUnset);
   builder.AddMeta("");
   builder.AddMeta("\x01\xFF '\n");
@@ -137,7 +137,7 @@ TEST(Builder, OddNamesAndNumbersAreTaken) {
   EXPECT_EQ(meta->iUnitSize, kMaxUnsigned);
 }
 
-TEST(Builder, EmptyAttributesAreNotMissingOnes) {
+TEST(Builder, EmptyAttributesDifferFromMissingOnes) {
   MetalibBuilder builder("x", 1, Protocol::kQmx);
   builder.AddMeta("t", QMX_TYPE_STRUCT, "");
   builder.AddEntry({.name = "a", .type = "int8", .customattr2 = ""});
@@ -147,7 +147,7 @@ TEST(Builder, EmptyAttributesAreNotMissingOnes) {
   EXPECT_STREQ(qmx_get_entry_customattr2(built.get(), qmx_get_entry_by_index(meta, 0)), "");
 }
 
-TEST(Builder, CallsBeforeTheFirstMetaAreDropped) {
+TEST(Builder, IgnoresCallsBeforeFirstMeta) {
   MetalibBuilder builder("x", 1, Protocol::kQmx);
   builder.AddEntry({.name = "a", .type = "nothing"});
   builder.SetPrimaryKey({"a"});
@@ -177,7 +177,7 @@ TEST(Builder, CompositesResolveInAnyOrder) {
   EXPECT_EQ(qmx_get_entry_type(qmx_get_entry_by_index(outer, 1)), QMX_TYPE_UNION);
 }
 
-TEST(Builder, SimpleTypeHidesMetaOfItsName) {
+TEST(Builder, SimpleTypeHidesMetaOfSameName) {
   MetalibBuilder builder("x", 1, Protocol::kQmx);
   builder.AddMeta("int8");
   builder.AddEntry({.name = "a", .type = "int8"});
@@ -185,7 +185,7 @@ TEST(Builder, SimpleTypeHidesMetaOfItsName) {
   EXPECT_EQ(qmx_get_entry_type(qmx_get_entry_by_index(qmx_get_meta_by_index(built.get(), 0), 0)), QMX_TYPE_INT8);
 }
 
-TEST(Builder, FirstOfEqualNamesIsMeant) {
+TEST(Builder, NamesReferToFirstOfEqualNames) {
   MetalibBuilder builder("x", 1, Protocol::kQmx);
   builder.AddMeta("t");
   builder.AddEntry({.name = "a", .type = "int8"});
@@ -212,7 +212,7 @@ std::vector<std::int64_t> Offsets(LPQMXMETA meta, std::int64_t list, int count) 
   return offsets;
 }
 
-TEST(Builder, KeyMembersKnowTheirPlaceInARecord) {
+TEST(Builder, KeyMembersHaveOffsetInRecord) {
   MetalibBuilder builder("x", 1, Protocol::kQmx);
   for (const enQMXType kind : {QMX_TYPE_STRUCT, QMX_TYPE_UNION}) {
     builder.AddMeta("t", kind);
@@ -232,7 +232,7 @@ TEST(Builder, KeyMembersKnowTheirPlaceInARecord) {
   EXPECT_EQ(Offsets(choice, choice->ptrPrimayKeyBase, choice->nPrimayKeyMemberNum), (Places{0, 0, 0, 0}));
 }
 
-TEST(Builder, KeysMayStandBeforeEntriesAndBeReplaced) {
+TEST(Builder, KeysMayPrecedeEntriesAndBeReplaced) {
   MetalibBuilder builder("x", 1, Protocol::kQmx);
   builder.AddMeta("t");
   builder.SetPrimaryKey({"gone"});
@@ -271,8 +271,8 @@ TEST(Builder, Indexes) {
   EXPECT_EQ(all, "none;two:b-,a+;one:a-;");
 }
 
-// Random libraries: whatever is declared, the records keep their rules and the operations give it back.
-TEST(Builder, RandomLibrariesKeepTheLayout) {
+// Random libraries: every layout is valid, and the operations return what was declared.
+TEST(Builder, RandomLibrariesHaveValidLayout) {
   std::mt19937 random(20240229);
   const auto below = [&](unsigned n) { return static_cast<unsigned>(random() % n); };
   for (int round = 0; round < 200; ++round) {
@@ -309,7 +309,7 @@ TEST(Builder, RandomLibrariesKeepTheLayout) {
   }
 }
 
-TEST(Builder, SameDeclarationsGiveTheSameBytes) {
+TEST(Builder, SameDeclarationsGiveSameBytes) {
   const auto build = [] {
     MetalibBuilder builder("x", 1, Protocol::kQmx);
     builder.AddMeta("t");
@@ -323,7 +323,7 @@ TEST(Builder, SameDeclarationsGiveTheSameBytes) {
   EXPECT_EQ(std::memcmp(first.get(), second.get(), first.size()), 0);
 }
 
-// --- What is refused ---
+// --- Refusals ---
 
 TEST(BuilderRefuses, UnknownNames) {
   MetalibBuilder builder("x", 1, Protocol::kQmx);
@@ -350,7 +350,7 @@ TEST(BuilderRefuses, UnknownNames) {
                    "6/0/1/1 entry: index 'i' names 'B2'" + no_entry + " (did you mean 'b'?)" + members}));
 }
 
-TEST(BuilderRefuses, CountsThatCannotBe) {
+TEST(BuilderRefuses, InvalidCounts) {
   MetalibBuilder builder("x", 1, Protocol::kQmx);
   builder.AddMeta("t");
   builder.AddEntry({.name = "late", .type = "int8", .refer = "n"});
@@ -382,7 +382,7 @@ TEST(BuilderRefuses, Cycles) {
                    "2/2/0/0 type: structure 'self' contains itself: 'self' -> 'self'; allowed: structures without cycles"}));
 }
 
-TEST(BuilderRefuses, LongCycleIsShownShortened) {
+TEST(BuilderRefuses, LongCycleIsAbbreviated) {
   MetalibBuilder builder("x", 1, Protocol::kQmx);
   for (int i = 0; i < 100; ++i) {
     const std::string next = Numbered("m", (i + 1) % 100);
@@ -393,7 +393,7 @@ TEST(BuilderRefuses, LongCycleIsShownShortened) {
                                       "'m96' -> 'm97' -> 'm98' -> 'm99' -> 'm0'; allowed: structures without cycles"}));
 }
 
-// A chain of metas, each an entry of the one before.
+// A chain of metas: each has the next one as an entry.
 void AddChain(MetalibBuilder& builder, int levels, int entries = 1) {
   for (int i = 0; i < levels; ++i) {
     builder.AddMeta(Numbered("m", i));
@@ -412,7 +412,7 @@ TEST(BuilderRefuses, NestingOver128Levels) {
   EXPECT_EQ(Refusals(refused), (Texts{"2/99871/0/0 type: meta 'm99871' nests structures 129 levels deep; allowed: at most 128"}));
 }
 
-// Each level doubles the number of paths: followed one by one they would never end.
+// Each level doubles the number of paths: visiting each of them would never end.
 TEST(Builder, SharedStructuresAreVisitedOnce) {
   MetalibBuilder builder("x", 1, Protocol::kQmx);
   AddChain(builder, 60, 2);
@@ -461,7 +461,7 @@ TEST(BuilderRefuses, TooManyPrimaryKeyMembers) {
             Texts{"3/0/0/0 entries: the primary key has 32768 members; allowed: at most 32767"});
 }
 
-TEST(BuilderRefuses, KeyMembersTooFarInsideARecord) {
+TEST(BuilderRefuses, KeyMembersTooFarInsideRecord) {
   MetalibBuilder builder("x", 1, Protocol::kQmx);
   builder.AddMeta("t");
   builder.AddEntry({.name = "big", .type = "bytes", .size = kMaxUnsigned / 2});
@@ -474,7 +474,7 @@ TEST(BuilderRefuses, KeyMembersTooFarInsideARecord) {
                   "at most byte 9223372036854775807"});
 }
 
-TEST(BuilderRefuses, AtMostAThousandTimes) {
+TEST(BuilderRefuses, AtMostThousandErrors) {
   MetalibBuilder builder("x", 1, Protocol::kQmx);
   builder.AddMeta("t");
   for (int i = 0; i < 5000; ++i) builder.AddEntry({.name = "a", .type = "nothing", .refer = "nobody"});

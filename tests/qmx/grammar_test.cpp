@@ -1,5 +1,5 @@
-// The grammar docs/qmx.rng and the reader give the same verdict on the same files. What a grammar of this kind cannot say is
-// listed as such: there the reader refuses and the grammar does not.
+// Tests that the grammar docs/qmx.rng and the reader accept the same files, except for rules that such a grammar cannot express:
+// these are listed, and only the reader refuses the files.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -33,7 +33,7 @@ bool GrammarAccepts(const std::string& name, const std::string& xml) {
   const int status = std::system(command.c_str());
   std::filesystem::remove(path);
   const int code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  // 1: not well-formed, 3: not valid. Anything else says nothing of the file.
+  // 1: not well-formed, 3: not valid. Other codes are failures of xmllint.
   EXPECT_TRUE(code == 0 || code == 1 || code == 3) << "xmllint ended with " << code;
   return code == 0;
 }
@@ -50,7 +50,7 @@ std::string Entry(const std::string& attributes) { return Table("<entry name='b'
 
 std::string Index(const std::string& content) { return Table("<index name='i'>" + content + "</index>"); }
 
-std::vector<Case> Accepted() {
+std::vector<Case> AcceptedCases() {
   return {
       {"Smallest", "<metalib name='' version='0'/>"},
       {"Declaration", "<?xml version='1.0' encoding='UTF-8'?><!-- c --><?p i?>\n" + Lib(" <!-- c --> ") + "\n"},
@@ -72,7 +72,7 @@ std::vector<Case> Accepted() {
   };
 }
 
-std::vector<Case> RefusedByBoth() {
+std::vector<Case> RefusedCases() {
   std::vector<Case> cases = {
       {"Empty", ""},
       {"NotXml", "metalib"},
@@ -134,8 +134,8 @@ std::vector<Case> RefusedByBoth() {
   return cases;
 }
 
-// What the grammar cannot say.
-std::vector<Case> RefusedByTheReaderAlone() {
+// Rules that the grammar cannot express.
+std::vector<Case> ReaderOnlyCases() {
   return {
       {"UnknownType", Entry("type='nothing'")},
       {"UnknownRefer", Entry("type='int8' refer='nothing'")},
@@ -157,20 +157,20 @@ std::vector<Case> RefusedByTheReaderAlone() {
 }
 
 class AcceptedByBoth : public ::testing::TestWithParam<Case> {};
-class Refused : public ::testing::TestWithParam<Case> {};
-class BeyondTheGrammar : public ::testing::TestWithParam<Case> {};
+class RefusedByBoth : public ::testing::TestWithParam<Case> {};
+class RefusedByReaderOnly : public ::testing::TestWithParam<Case> {};
 
 TEST_P(AcceptedByBoth, Verdict) {
   EXPECT_TRUE(ReaderAccepts(GetParam().xml));
   EXPECT_TRUE(GrammarAccepts(GetParam().name, GetParam().xml));
 }
 
-TEST_P(Refused, Verdict) {
+TEST_P(RefusedByBoth, Verdict) {
   EXPECT_FALSE(ReaderAccepts(GetParam().xml));
   EXPECT_FALSE(GrammarAccepts(GetParam().name, GetParam().xml));
 }
 
-TEST_P(BeyondTheGrammar, Verdict) {
+TEST_P(RefusedByReaderOnly, Verdict) {
   EXPECT_FALSE(ReaderAccepts(GetParam().xml));
   EXPECT_TRUE(GrammarAccepts(GetParam().name, GetParam().xml));
 }
@@ -191,8 +191,8 @@ TEST(ShippedExamples, AreAcceptedByBoth) {
 
 std::string NameOf(const ::testing::TestParamInfo<Case>& info) { return info.param.name; }
 
-INSTANTIATE_TEST_SUITE_P(Grammar, AcceptedByBoth, ::testing::ValuesIn(Accepted()), NameOf);
-INSTANTIATE_TEST_SUITE_P(Grammar, Refused, ::testing::ValuesIn(RefusedByBoth()), NameOf);
-INSTANTIATE_TEST_SUITE_P(Grammar, BeyondTheGrammar, ::testing::ValuesIn(RefusedByTheReaderAlone()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Grammar, AcceptedByBoth, ::testing::ValuesIn(AcceptedCases()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Grammar, RefusedByBoth, ::testing::ValuesIn(RefusedCases()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Grammar, RefusedByReaderOnly, ::testing::ValuesIn(ReaderOnlyCases()), NameOf);
 
 }  // namespace

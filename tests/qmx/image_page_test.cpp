@@ -1,4 +1,4 @@
-// Holds docs/formats/image.md to the records and to what the writer makes of its example.
+// Compares docs/formats/image.md with the records, and its example with the output of the writer.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -18,7 +18,7 @@ std::string Page() {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// What stands between two marks; empty if one is missing.
+// The text between two markers; empty if one is missing.
 std::string Between(const std::string& text, const std::string& begin, const std::string& end) {
   const std::size_t from = text.find(begin);
   if (from == std::string::npos) return "";
@@ -26,9 +26,9 @@ std::string Between(const std::string& text, const std::string& begin, const std
   return to == std::string::npos ? "" : text.substr(from + begin.size(), to - from - begin.size());
 }
 
-// The bytes that the example shows. Each line stands for what follows the bytes of the lines before.
+// The bytes of the example. Each line begins with the offset of its first byte.
 std::string ShownBytes(const std::string& dump) {
-  constexpr std::size_t kBytes = 5;  // column where they begin, behind the offset
+  constexpr std::size_t kBytes = 5;  // column of the first byte, after the offset
   constexpr std::size_t kWidth = 23;
   std::string bytes;
   std::istringstream lines(dump);
@@ -41,7 +41,7 @@ std::string ShownBytes(const std::string& dump) {
   return bytes;
 }
 
-TEST(ImagePage, TheExampleIsWhatTheWriterMakes) {
+TEST(ImagePage, ExampleIsOutputOfWriter) {
   const std::string page = Page();
   const qmx::ReadResult read = qmx::ReadXml(Between(page, "```xml\n", "```"));
   ASSERT_TRUE(read.schema);
@@ -49,7 +49,7 @@ TEST(ImagePage, TheExampleIsWhatTheWriterMakes) {
 }
 
 struct Member {
-  const char* record;  // heading of its table
+  const char* record;  // heading of the table
   const char* name;
   std::size_t offset;
   std::size_t size;
@@ -117,7 +117,7 @@ const Member kMembers[] = {
     MEMBER(tagQMXMetaSlot, iMeta),
 };
 
-TEST(ImagePage, EveryMemberHasItsRowAndNoOtherRowIsThere) {
+TEST(ImagePage, HasOneRowForEachMember) {
   const std::string records = Between(Page(), "## Records\n", "\n## The data area");
   std::size_t rows = 0;
   for (std::size_t at = records.find("\n| "); at != std::string::npos; at = records.find("\n| ", at + 1)) ++rows;
@@ -131,10 +131,10 @@ TEST(ImagePage, EveryMemberHasItsRowAndNoOtherRowIsThere) {
         "\n| " + std::to_string(member.offset) + " | " + std::to_string(member.size) + " | `" + member.name + "` | ";
     EXPECT_NE(table.find(row), std::string::npos) << member.record << row;
   }
-  EXPECT_EQ(rows, std::size(kMembers) + tables);  // each table has a row of headings
+  EXPECT_EQ(rows, std::size(kMembers) + tables);  // each table has a heading row
 }
 
-TEST(ImagePage, LimitsAreThoseOfTheReader) {
+TEST(ImagePage, HasLimitsOfReader) {
   const std::string page = Page();
   const qmx::Limits limits;
   EXPECT_NE(page.find("(" + std::to_string(limits.max_bytes) + " bytes)"), std::string::npos);

@@ -71,7 +71,7 @@ class Reader {
     Check(qmx_get_meta_by_name(library_, name), name);
   }
 
-  // Into buffers of every size up to one that is large enough: cut nowhere, and never a byte too far.
+  // Uses buffers of every size up to a sufficient one: the text is complete or empty, and no byte is written outside the buffer.
   void SplittableKey(LPQMXMETA meta) {
     char all[1024];
     if (qmx_get_meta_splittablekey(meta, all, sizeof(all), nullptr) != 0) return;
@@ -81,8 +81,8 @@ class Reader {
       char* error = nullptr;
       const bool fits = qmx_get_meta_splittablekey(meta, exact.get(), size, &error) == 0;
       const char* const expected = fits ? all : "";
-      const bool is_right = size == 0 || std::strcmp(exact.get(), expected) == 0;
-      if (fits != (size > length) || !is_right || (!fits && error == nullptr)) std::abort();
+      const bool is_correct = size == 0 || std::strcmp(exact.get(), expected) == 0;
+      if (fits != (size > length) || !is_correct || (!fits && error == nullptr)) std::abort();
     }
   }
 

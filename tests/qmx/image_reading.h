@@ -1,4 +1,4 @@
-// Uses all of a library, as whoever trusts it would.
+// Reads every part of a library, as a program that trusts it would.
 #pragma once
 
 #include <cstdint>
@@ -9,17 +9,17 @@
 
 namespace image {
 
-// A library with all that there is: structure, union, nesting, counts, keys, indexes, attributes, a meta without keys.
+// A library with every feature: structure, union, nesting, counts, keys, indexes, attributes, a meta without keys.
 qmx::Metalib FullLibrary();
 
-// Reads every record and every text through the read operations, looks every name up, and runs the checks of a table and its
-// fields. Returns the bytes of the records and texts met.
+// Reads every record and text through the read operations, looks up every name, and runs the checks of each table and its fields.
+// Returns the number of bytes of these records and texts.
 std::uint64_t ReadEverything(LPQMXMETALIB library);
 
-// Bytes of an image, in memory of exactly that size, so that a sanitizer sees each byte too far.
+// Loads an image from memory of exactly its size, so that a sanitizer detects every access outside it.
 qmx::ImageResult Load(const std::string& bytes);
 
-// Makes the checksum of an image that of the block in it.
+// Sets the checksum of an image to that of its block.
 void MendChecksum(std::string& image);
 
 }  // namespace image

@@ -1,4 +1,4 @@
-// Images: what is written is read again, and everything else is refused by what is wrong with it.
+// Tests images: a written image is read back, and the error of a damaged image says what is wrong.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -36,7 +36,7 @@ class ImageFile {
   std::string path_;
 };
 
-TEST(Image, WhatIsWrittenIsReadAgain) {
+TEST(Image, ReadsBackWrittenImage) {
   const qmx::Metalib library = image::FullLibrary();
   const std::string written = qmx::WriteImage(library);
   const ImageResult loaded = image::Load(written);
@@ -45,7 +45,7 @@ TEST(Image, WhatIsWrittenIsReadAgain) {
   EXPECT_EQ(qmx::WriteImage(*loaded.metalib), written);
 }
 
-TEST(Image, AFileIsMappedAndOutlivesItsName) {
+TEST(Image, MappedFileOutlivesItsName) {
   const qmx::Metalib library = image::FullLibrary();
   ImageResult mapped;
   {
@@ -61,14 +61,14 @@ TEST(Image, EqualLibrariesGiveEqualBytes) {
   EXPECT_EQ(qmx::WriteImage(image::FullLibrary()), qmx::WriteImage(image::FullLibrary()));
 }
 
-TEST(Image, ALibraryWithoutMetasIsOne) {
+TEST(Image, AcceptsLibraryWithoutMetas) {
   for (const auto protocol : {qmx::Protocol::kUnset, qmx::Protocol::kQmx, qmx::Protocol::kTlv}) {
     const ImageResult loaded = image::Load(qmx::WriteImage(EmptyLibrary(protocol)));
     EXPECT_TRUE(loaded.metalib) << Why(loaded);
   }
 }
 
-TEST(Image, IsToldFromTextByItsFirstBytes) {
+TEST(Image, IsRecognizedByFirstBytes) {
   EXPECT_TRUE(qmx::IsImage(qmx::WriteImage(EmptyLibrary())));
   EXPECT_TRUE(qmx::IsImage("QMXIMAGE"));
   EXPECT_FALSE(qmx::IsImage("QMXIMAG"));
@@ -76,7 +76,7 @@ TEST(Image, IsToldFromTextByItsFirstBytes) {
   EXPECT_FALSE(qmx::IsImage(""));
 }
 
-// A number of the header, what is put there, and what is said then.
+// A number in the header, its new value, and the expected error.
 struct Damage {
   std::size_t offset;
   std::size_t width;  // bytes
@@ -84,7 +84,7 @@ struct Damage {
   const char* text;
 };
 
-TEST(Image, DamagedHeadersAreRefused) {
+TEST(Image, RefusesDamagedHeaders) {
   const std::string image = qmx::WriteImage(EmptyLibrary());
   const Damage kDamages[] = {
       {0, 1, 'X', "header: magic at byte 0 is 'XMXIMAGE'; allowed: 'QMXIMAGE'"},
@@ -110,13 +110,13 @@ TEST(Image, DamagedHeadersAreRefused) {
   }
 }
 
-TEST(Image, AWrongChecksumIsRefused) {
+TEST(Image, RefusesWrongChecksum) {
   std::string image = qmx::WriteImage(image::FullLibrary());
   image.back() = 1;
   EXPECT_EQ(Why(image::Load(image)).find("header: checksum at byte 32 is "), 0u);
 }
 
-TEST(Image, AnImageThatIsCutAnywhereIsRefused) {
+TEST(Image, RefusesTruncatedImage) {
   const std::string image = qmx::WriteImage(image::FullLibrary());
   for (std::size_t size = 0; size < image.size(); ++size) {
     const std::string why = Why(image::Load(image.substr(0, size)));
@@ -128,12 +128,12 @@ TEST(Image, AnImageThatIsCutAnywhereIsRefused) {
   }
 }
 
-TEST(Image, BytesBehindTheEndAreRefused) {
+TEST(Image, RefusesTrailingBytes) {
   EXPECT_NE(Why(image::Load(qmx::WriteImage(image::FullLibrary()) + std::string(8, '\0'))).find("bytes behind its end"),
             std::string::npos);
 }
 
-TEST(Image, AFlippedBitIsRefused) {
+TEST(Image, RefusesFlippedBit) {
   const std::string image = qmx::WriteImage(image::FullLibrary());
   for (std::size_t bit = 0; bit < 8 * image.size(); ++bit) {
     std::string damaged = image;
@@ -142,8 +142,8 @@ TEST(Image, AFlippedBitIsRefused) {
   }
 }
 
-// What slips through must be safe to use: names with other letters, ids, versions.
-TEST(Image, AFlippedBitUnderAMendedChecksumIsRefusedOrHarmless) {
+// An image that is accepted must be safe to use: its names, ids or versions differ.
+TEST(Image, FlippedBitWithValidChecksumIsRefusedOrHarmless) {
   const std::string image = qmx::WriteImage(image::FullLibrary());
   std::size_t accepted = 0;
   std::size_t refused = 0;
@@ -160,7 +160,7 @@ TEST(Image, AFlippedBitUnderAMendedChecksumIsRefusedOrHarmless) {
   EXPECT_GT(refused, accepted);
 }
 
-TEST(Image, LimitsAreKept) {
+TEST(Image, EnforcesLimits) {
   const std::string image = qmx::WriteImage(image::FullLibrary());
   const auto load = [&](const qmx::Limits& limits) {
     auto copy = std::make_unique<char[]>(image.size());
@@ -173,7 +173,7 @@ TEST(Image, LimitsAreKept) {
   EXPECT_NE(load({.max_depth = 2}).find("structures nested up to 2 levels deep"), std::string::npos);
 }
 
-TEST(Image, FilesThatCannotBeMappedAreTold) {
+TEST(Image, ReportsFilesThatCannotBeMapped) {
   EXPECT_EQ(Why(qmx::MapImage("no such file")), "file at byte 0 cannot be read: No such file or directory");
   EXPECT_EQ(Why(qmx::MapImage(-1)), "file at byte 0 cannot be read: Bad file descriptor");
   EXPECT_EQ(Why(qmx::MapImage(testing::TempDir())), "file at byte 0 cannot be read: No such device");

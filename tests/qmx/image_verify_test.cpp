@@ -1,4 +1,4 @@
-// Blocks from outside: every refusal of the verifier, and blocks made to cost much.
+// Tests the verifier of untrusted blocks: every refusal, and blocks that would take long.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -17,7 +17,7 @@ namespace {
 
 using qmx::VerifyError;
 
-// A library's bytes, to be damaged.
+// A copy of the bytes of a library, to be damaged.
 class Block {
  public:
   explicit Block(const qmx::Metalib& metalib) : size_(metalib.size()), bytes_(std::make_unique<char[]>(size_)) {
@@ -42,7 +42,7 @@ class Block {
 
   std::optional<VerifyError> Verify(const qmx::Limits& limits = {}) { return qmx::Verify(bytes_.get(), size_, limits); }
 
-  // What is said of the block; empty if it is accepted.
+  // The error of the block; empty if it is accepted.
   std::string Fault() {
     const std::optional<VerifyError> error = Verify();
     return error ? error->part + " " + error->reason : "";
@@ -62,7 +62,7 @@ class Block {
   std::unique_ptr<char[]> bytes_;
 };
 
-// Puts a value somewhere; returns the place.
+// Sets a number; returns its address.
 template <class Number>
 const void* Put(Number& field, std::int64_t value) {
   field = static_cast<Number>(value);
@@ -229,7 +229,7 @@ const Corruption kCorruptions[] = {
 
 class Corrupted : public testing::TestWithParam<Corruption> {};
 
-TEST_P(Corrupted, IsRefusedWhereItIs) {
+TEST_P(Corrupted, IsRefusedAtItsLocation) {
   Block block(image::FullLibrary());
   ASSERT_EQ(block.Fault(), "");
   const void* const place = GetParam().damage(block);
@@ -248,13 +248,13 @@ std::string RowName(const testing::TestParamInfo<Corruption>& row) {
 
 INSTANTIATE_TEST_SUITE_P(Verify, Corrupted, testing::ValuesIn(kCorruptions), RowName);
 
-TEST(Verify, SaysWhatIsAllowed) {
+TEST(Verify, ReportsWhatIsAllowed) {
   Block block(image::FullLibrary());
   block.Entry(kOrders, kItems).iType = 99;
   EXPECT_EQ(block.Fault(), "meta 2, entry 3: iType is 99; allowed: 0 to 15");
 }
 
-TEST(Verify, ABlockWithoutAHeaderIsRefused) {
+TEST(Verify, RefusesBlockWithoutHeader) {
   Block block(image::FullLibrary());
   for (const std::size_t size : {0u, 55u}) {
     const auto error = qmx::Verify(&block.Lib(), size);
@@ -264,7 +264,7 @@ TEST(Verify, ABlockWithoutAHeaderIsRefused) {
   EXPECT_TRUE(qmx::Verify(reinterpret_cast<char*>(&block.Lib()) + 4, block.size() - 8));
 }
 
-TEST(Verify, ALibraryWithoutMetasHasNoLists) {
+TEST(Verify, LibraryWithoutMetasHasNoLists) {
   const qmx::Metalib empty = *qmx::MetalibBuilder("", 0, qmx::Protocol::kQmx).Finish().metalib;
   Block block(empty);
   EXPECT_EQ(block.Fault(), "");
@@ -274,23 +274,23 @@ TEST(Verify, ALibraryWithoutMetasHasNoLists) {
   EXPECT_EQ(block.Fault(), "library: ptrMetas is 0; allowed: -1, for a list of nothing");
 }
 
-TEST(Verify, TextsMustEndInTheirMeta) {
+TEST(Verify, TextsMustEndInsideMeta) {
   Block block(image::FullLibrary());
-  // Whatever lies between the last text of a meta and the next meta is made part of that text.
+  // Makes everything between the last text of a meta and the next meta part of that text.
   for (std::int64_t end = block.ListItem(1); block.Byte(end - 1) == 0; --end) block.Byte(end - 1) = 'x';
   EXPECT_EQ(block.Fault().substr(0, 15), "meta 0: ptrName");
 }
 
-TEST(Verify, ALibraryNameMustEnd) {
+TEST(Verify, LibraryNameMustBeTerminated) {
   Block block(image::FullLibrary());
   block.Lib().ptrName = block.Lib().iDataSize - 1;
   block.Byte(block.Lib().iDataSize - 1) = 'x';
   EXPECT_EQ(block.Fault().substr(0, 16), "library: ptrName");
 }
 
-// --- Blocks made to cost much ---
+// --- Blocks that would take long ---
 
-// Structures s0, s1, ... of one int32 each, which can be turned into structures of each other.
+// Structures s0, s1, ... of one int32 each. Their entries can be turned into structures.
 qmx::Metalib Structures(int count, int entries = 1) {
   qmx::MetalibBuilder builder("deep", 1, qmx::Protocol::kQmx);
   for (int i = 0; i < count; ++i) {
@@ -305,7 +305,7 @@ void MakeComposite(Block& block, int meta, int entry, int type) {
   block.Entry(meta, entry).ptrTypeMeta = block.ListItem(type);
 }
 
-TEST(HostileBlock, CyclesAreRefused) {
+TEST(HostileBlock, RefusesCycles) {
   for (const int length : {1, 2, 100}) {
     Block block(Structures(length));
     for (int i = 0; i < length; ++i) MakeComposite(block, i, 0, (i + 1) % length);
@@ -314,15 +314,15 @@ TEST(HostileBlock, CyclesAreRefused) {
   }
 }
 
-// The walk must not go as deep as the block says: 100,000 levels would overflow the stack.
-TEST(HostileBlock, DeepNestingIsRefusedWithoutGoingThere) {
+// The verifier must not recurse to every level: 100,000 levels would overflow the stack.
+TEST(HostileBlock, RefusesDeepNestingEarly) {
   const int count = 100'000;
   Block block(Structures(count));
   for (int i = 0; i + 1 < count; ++i) MakeComposite(block, i, 0, i + 1);
   EXPECT_NE(block.Fault().find("; allowed: structures nested up to 128 levels deep"), std::string::npos);
 }
 
-TEST(HostileBlock, NestingIsCountedWhereverTheWalkBegins) {
+TEST(HostileBlock, CountsNestingFromEveryMeta) {
   for (const bool forwards : {true, false}) {
     for (const int count : {128, 129}) {
       Block block(Structures(count));
@@ -332,8 +332,8 @@ TEST(HostileBlock, NestingIsCountedWhereverTheWalkBegins) {
   }
 }
 
-// Two fields of the structure below, 60 levels deep: 2^60 paths and 60 structures.
-TEST(HostileBlock, SharedStructuresAreWalkedOnce) {
+// Each of 60 levels has two fields of the next one: 2^60 paths and 60 structures.
+TEST(HostileBlock, VisitsSharedStructuresOnce) {
   Block block(Structures(60, 2));
   for (int i = 1; i < 60; ++i) {
     for (int e = 0; e < 2; ++e) {
@@ -346,8 +346,8 @@ TEST(HostileBlock, SharedStructuresAreWalkedOnce) {
   EXPECT_LE(image::ReadEverything(&block.Lib()), block.size());
 }
 
-// Every text runs through all the others.
-TEST(HostileBlock, TextsThatShareBytesAreRefused) {
+// Every text runs to the end of the block, through all other texts.
+TEST(HostileBlock, RefusesTextsThatShareBytes) {
   Block block(Structures(1, 1000));
   for (int e = 0; e < 1000; ++e) {
     for (char* text = &block.Byte(block.Entry(0, e).ptrName); *text != 0; ++text) *text = 'x';
@@ -356,7 +356,7 @@ TEST(HostileBlock, TextsThatShareBytesAreRefused) {
   EXPECT_NE(block.Fault().find("ptrName"), std::string::npos);
 }
 
-TEST(HostileBlock, AFullTableOfNamesIsRefused) {
+TEST(HostileBlock, RefusesFullTableOfNames) {
   Block block(Structures(4));
   for (int slot = 0; slot < block.Lib().iMetaSlotNum; ++slot) {
     if (block.Slot(slot).iMeta < 0) block.Slot(slot) = {1, 0};
@@ -364,8 +364,8 @@ TEST(HostileBlock, AFullTableOfNamesIsRefused) {
   EXPECT_EQ(block.Fault().substr(0, 5), "slot ");
 }
 
-// Names that collide under the seed that the block gives: a search for one would look at all the others.
-TEST(HostileBlock, ASeedUnderWhichNamesCollideIsRefused) {
+// Names that collide under the seed of the block: a search for one would compare all others.
+TEST(HostileBlock, RefusesSeedWithCollisions) {
   qmx::MetalibBuilder builder("collide", 1, qmx::Protocol::kQmx);
   int count = 0;
   for (int i = 0; count < 300; ++i) {
@@ -382,8 +382,8 @@ TEST(HostileBlock, ASeedUnderWhichNamesCollideIsRefused) {
   EXPECT_EQ(block.Fault(), "library: iMetaSlotSeed is 0; allowed: one under which every name is found nearby");
 }
 
-// 16 bytes of a member stand for 60,000 bytes of a name that a rule looks at.
-TEST(HostileBlock, MembersThatRepeatALongNameAreRefused) {
+// A member of 16 bytes refers to a name of 60,000 bytes, which a rule reads.
+TEST(HostileBlock, RefusesMembersThatRepeatLongName) {
   qmx::MetalibBuilder builder("repeats", 1, qmx::Protocol::kQmx);
   builder.AddMeta("table");
   builder.AddEntry({.name = "short", .type = "int8"});
@@ -395,8 +395,8 @@ TEST(HostileBlock, MembersThatRepeatALongNameAreRefused) {
   EXPECT_NE(block.Fault().find("primary key member 20: ptrEntry"), std::string::npos) << block.Fault();
 }
 
-// Whatever is accepted is read in as many steps as it has bytes: no record and no text is met twice.
-TEST(Verify, ReadingMeetsNoByteTwice) {
+// Reading an accepted block takes as many steps as it has bytes: no record and no text is read twice.
+TEST(Verify, AcceptedBlocksAreReadOnce) {
   for (const auto& library : {image::FullLibrary(), Structures(1000), Structures(3, 1000)}) {
     ASSERT_FALSE(qmx::Verify(library.get(), library.size()));
     EXPECT_LE(image::ReadEverything(library.get()), library.size());

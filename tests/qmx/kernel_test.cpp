@@ -1,4 +1,4 @@
-// Every read operation: what it answers, out of range, and for null.
+// Tests every read operation: its results, also out of range and for null.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -8,7 +8,7 @@
 
 namespace {
 
-// A library with one of everything.
+// A library with one of each part.
 qmx::Metalib Shop() {
   qmx::MetalibBuilder builder("shop", 7, qmx::Protocol::kTlv);
   builder.AddMeta("orders", QMX_TYPE_STRUCT, "TableType=GENERIC");
@@ -105,13 +105,13 @@ TEST_F(Kernel, Entries) {
   EXPECT_EQ(qmx_get_entry_by_index(nullptr, 0), nullptr);
 }
 
-TEST_F(Kernel, EntriesWithoutAListAreNull) {
+TEST_F(Kernel, EntriesWithoutListAreNull) {
   LPQMXMETA empty = qmx_get_meta_by_name(lib, "empty");
   empty->iEntriesNum = 2;
   EXPECT_EQ(qmx_get_entry_by_index(empty, 1), nullptr);
 }
 
-TEST_F(Kernel, EntryFacts) {
+TEST_F(Kernel, EntryProperties) {
   EXPECT_EQ(qmx_get_entry_id(Entry(1)), 2);
   EXPECT_EQ(qmx_get_entry_id(Entry(2)), -1);
   EXPECT_EQ(qmx_get_entry_version(Entry(1)), 3);
@@ -160,7 +160,7 @@ TEST_F(Kernel, NamelessEntry) {
   EXPECT_EQ(qmx_get_entry_name(Entry(0)), nullptr);
 }
 
-// The text of the splittable key, or why there is none.
+// The text of the splittable key, or the error.
 std::string SplittableKey(LPQMXMETA meta, std::size_t size) {
   std::string buffer(16, '#');
   char* error = nullptr;
@@ -198,7 +198,7 @@ TEST_F(Kernel, SplittableKeyOfBrokenMembers) {
   EXPECT_EQ(SplittableKey(orders, 16), "error: the meta has no splittable key");
 }
 
-TEST_F(Kernel, OwnerIsFoundFromTheMetaAlone) {
+TEST_F(Kernel, FindsLibraryOfMeta) {
   const char* data = reinterpret_cast<const char*>(orders) - orders->ptrMeta;
   EXPECT_EQ(data, lib->data);
   EXPECT_EQ(data - offsetof(tagQMXMetaLib, data), reinterpret_cast<const char*>(lib));

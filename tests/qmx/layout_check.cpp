@@ -39,13 +39,13 @@ class Checker {
 
   bool Range(std::int64_t offset, std::int64_t bytes, const std::string& what) {
     const bool holds = offset >= 0 && offset % 8 == 0 && bytes <= size_ - offset;
-    Expect(holds, what + " lies outside or is not aligned");
+    Expect(holds, what + " is outside or not aligned");
     return holds;
   }
 
   void Text(std::int64_t offset, const std::string& what) {
-    if (offset < 0 || offset >= size_) return Expect(false, what + " lies outside");
-    Expect(std::memchr(lib_->data + offset, 0, static_cast<std::size_t>(size_ - offset)) != nullptr, what + " has no end");
+    if (offset < 0 || offset >= size_) return Expect(false, what + " is outside");
+    Expect(std::memchr(lib_->data + offset, 0, static_cast<std::size_t>(size_ - offset)) != nullptr, what + " is not terminated");
   }
 
   void OptionalText(std::int64_t offset, const std::string& what) {
@@ -76,7 +76,7 @@ class Checker {
     for (int i = 0; i < meta->iEntriesNum; ++i) entries_.insert(meta->ptrMeta + meta->ptrEntries + kEntry * i);
   }
 
-  // The parts of a meta follow each other without gaps. Returns where its texts begin.
+  // The parts of a meta follow each other without gaps. Returns the offset of its texts.
   std::int64_t Meta(LPQMXMETA meta) {
     const std::string what = std::string("meta ") + qmx_get_meta_name(meta) + ": ";
     std::int64_t next = sizeof(tagQMXMeta);

@@ -1,4 +1,4 @@
-// Holds a block against everything that qmx_types.h says of the records.
+// Compares a block with everything that qmx_types.h says about its layout.
 #pragma once
 
 #include <string>
@@ -8,8 +8,8 @@
 
 namespace layout {
 
-// What is wrong with the layout, a line each; empty if nothing is: offsets out of the block, lists that are not aligned, parts
-// that overlap or leave their order, strings without an end, references to what is no record of its kind.
+// The faults of the layout, one line each; empty if there are none: offsets outside the block, unaligned lists, parts that
+// overlap or are out of order, unterminated strings, references to something that is not a record of that kind.
 std::vector<std::string> Faults(const qmx::Metalib& metalib);
 
 }  // namespace layout

@@ -1,4 +1,4 @@
-// The table that finds metas by name: the first of a name, near where its search begins, the same table for the same names.
+// Tests the hash table of metas: it finds the first meta of a name after few steps, and equal names give equal tables.
 #include "qmx/meta_slots.h"
 
 #include <gtest/gtest.h>
@@ -18,7 +18,7 @@ std::vector<std::string> NumberedNames(std::size_t count) {
 
 std::vector<std::string_view> Views(const std::vector<std::string>& names) { return {names.begin(), names.end()}; }
 
-// Where a name is found and how far the search went.
+// The slot of a name, and the number of steps of the search.
 struct Found {
   std::int32_t meta;
   std::size_t probes;
@@ -31,7 +31,7 @@ Found Find(const qmx::MetaSlots& table, const std::vector<std::string_view>& nam
   return {table.slots[probe.slot].iMeta, probe.probes};
 }
 
-TEST(MetaSlots, NumberIsAPowerOfTwoAtMostHalfFull) {
+TEST(MetaSlots, NumberIsPowerOfTwoAtMostHalfFull) {
   EXPECT_EQ(qmx::MetaSlotNum(0), 0u);
   EXPECT_EQ(qmx::MetaSlotNum(1), 2u);
   EXPECT_EQ(qmx::MetaSlotNum(2), 4u);
@@ -39,7 +39,7 @@ TEST(MetaSlots, NumberIsAPowerOfTwoAtMostHalfFull) {
   EXPECT_EQ(qmx::MetaSlotNum(65536), 131072u);
 }
 
-TEST(MetaSlots, EveryNameIsFoundNearby) {
+TEST(MetaSlots, FindsEveryNameInFewSteps) {
   const std::vector<std::string> texts = NumberedNames(100'000);
   const std::vector<std::string_view> names = Views(texts);
   const qmx::MetaSlots table = qmx::MakeMetaSlots(names).value();
@@ -54,7 +54,7 @@ TEST(MetaSlots, EveryNameIsFoundNearby) {
   EXPECT_EQ(Find(table, names, "").meta, -1);
 }
 
-TEST(MetaSlots, ARepeatedNameMeansTheFirst) {
+TEST(MetaSlots, RepeatedNameRefersToFirst) {
   const std::vector<std::string_view> names = {"a", "b", "a", "", ""};
   const qmx::MetaSlots table = qmx::MakeMetaSlots(names).value();
   EXPECT_EQ(Find(table, names, "a").meta, 0);
@@ -62,8 +62,8 @@ TEST(MetaSlots, ARepeatedNameMeansTheFirst) {
   EXPECT_EQ(Find(table, names, "").meta, 3);
 }
 
-TEST(MetaSlots, NamesThatCollideUnderOneSeedAreHashedWithTheNext) {
-  // More names than a search may pass, all in one slot under seed 0.
+TEST(MetaSlots, NamesThatCollideUnderOneSeedUseTheNext) {
+  // More names than a search may skip, all in one slot under seed 0.
   std::vector<std::string> texts;
   for (std::size_t i = 0; texts.size() < 300; ++i) {
     std::string name = "n" + std::to_string(i);
@@ -76,8 +76,8 @@ TEST(MetaSlots, NamesThatCollideUnderOneSeedAreHashedWithTheNext) {
   for (std::size_t i = 0; i < names.size(); ++i) EXPECT_EQ(Find(table, names, names[i]).meta, static_cast<std::int32_t>(i));
 }
 
-// Each seed is no dearer to attack than the first, so a further one is no answer to names that collide under many.
-TEST(MetaSlots, NamesThatCollideUnderEverySeedAreRefused) {
+// Each further seed is as easy to attack as the first, so trying more seeds would not help against names that collide under many.
+TEST(MetaSlots, RefusesNamesThatCollideUnderEverySeed) {
   constexpr std::uint32_t kSeeds = 16;
   constexpr std::size_t kNames = 300;  // for each seed
   const std::size_t slots = qmx::MetaSlotNum(kSeeds * kNames);

@@ -1,4 +1,4 @@
-// Names of a growing list: the first of a name, however many there are, and again after all were forgotten.
+// Tests the index of a growing list: it finds the first of equal names, for any number of names, and after it was cleared.
 #include "qmx/name_index.h"
 
 #include <gtest/gtest.h>
@@ -23,7 +23,7 @@ class NameIndexTest : public ::testing::Test {
   qmx::NameIndex index_;
 };
 
-TEST_F(NameIndexTest, FindsTheFirst) {
+TEST_F(NameIndexTest, FindsFirst) {
   EXPECT_TRUE(Add("b"));
   EXPECT_TRUE(Add("a"));
   EXPECT_FALSE(Add("b"));
@@ -36,7 +36,7 @@ TEST_F(NameIndexTest, FindsTheFirst) {
   EXPECT_EQ(Find("aa"), std::nullopt);
 }
 
-TEST_F(NameIndexTest, GrowsWithoutLosingAName) {
+TEST_F(NameIndexTest, GrowsWithoutLosingNames) {
   for (std::uint32_t i = 0; i < 10'000; ++i) ASSERT_TRUE(Add("name" + std::to_string(i)));
   for (std::uint32_t i = 0; i < 10'000; ++i) ASSERT_EQ(Find("name" + std::to_string(i)), i);
   EXPECT_EQ(Find("name10000"), std::nullopt);
@@ -44,7 +44,7 @@ TEST_F(NameIndexTest, GrowsWithoutLosingAName) {
   EXPECT_EQ(Find("name7"), 7u);
 }
 
-TEST_F(NameIndexTest, ForgetsAll) {
+TEST_F(NameIndexTest, ForgetsAllNames) {
   for (int i = 0; i < 1'000; ++i) Add("name" + std::to_string(i));
   index_.Clear();
   names_.clear();

@@ -1,5 +1,5 @@
-// The reader on files that no one would write: cut off, mangled, random, huge. It never crashes, never accepts what is broken and
-// always says where.
+// Tests the reader on hostile files: truncated, damaged, random, huge. It never crashes, never accepts an invalid file, and
+// always reports the location.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
@@ -20,7 +20,7 @@ const std::string kSmall =
     "<index name='i'><column entry='a' desc='true'/></index></meta>\n"
     "<meta name='u' kind='union'><entry name='x' id='1' type='string' size='5'/></meta>\n</metalib>";
 
-// That every error lies inside the file and takes one line.
+// Expects that every error is located inside the file and has one line.
 void ExpectPlacesInside(const qmx::ReadResult& result, std::string_view text) {
   const auto lines = static_cast<std::size_t>(1 + std::ranges::count(text, '\n') + std::ranges::count(text, '\r'));
   for (const qmx::ReadError& error : result.errors) {
@@ -39,7 +39,7 @@ void ExpectRefused(std::string_view text) {
   ExpectPlacesInside(result, text);
 }
 
-// Either a library that keeps its layout or errors.
+// Expects a library with a valid layout, or errors.
 void ExpectVerdict(std::string_view text) {
   const qmx::ReadResult result = qmx::ReadXml(text);
   ASSERT_EQ(result.schema.has_value(), result.errors.empty());
@@ -48,21 +48,21 @@ void ExpectVerdict(std::string_view text) {
   EXPECT_EQ(layout::Faults(result.schema->metalib), std::vector<std::string>{});
 }
 
-TEST(Hostile, WholeFileIsAccepted) { EXPECT_TRUE(qmx::ReadXml(kSmall).schema); }
+TEST(Hostile, CompleteFileIsAccepted) { EXPECT_TRUE(qmx::ReadXml(kSmall).schema); }
 
-TEST(Hostile, CutOffAnywhere) {
+TEST(Hostile, TruncatedAnywhere) {
   for (std::size_t size = 0; size < kSmall.size(); ++size) {
     SCOPED_TRACE(size);
-    // Of its own memory, so that reading behind the end is seen.
+    // In its own memory, so that a sanitizer detects reads after the end.
     ExpectRefused(std::string(kSmall.begin(), kSmall.begin() + static_cast<std::ptrdiff_t>(size)));
   }
 }
 
-TEST(Hostile, BeginningMissing) {
+TEST(Hostile, MissingBeginning) {
   for (std::size_t begin = 1; begin < kSmall.size(); ++begin) {
     SCOPED_TRACE(begin);
     const std::string rest = kSmall.substr(begin);
-    // Declaration and comment may be absent as a whole.
+    // The declaration and the comment may be missing completely.
     const bool is_whole = rest.starts_with("\n<") || rest.starts_with("<!--") || rest.starts_with("<metalib");
     if (is_whole && rest.find("</metalib") > rest.find("<metalib")) {
       EXPECT_TRUE(qmx::ReadXml(rest).schema);
@@ -82,9 +82,10 @@ TEST(Hostile, EveryByteReplaced) {
   }
 }
 
-TEST(Hostile, AZeroByteAnywhereIsNamed) {
+TEST(Hostile, ZeroByteAnywhereIsReported) {
   for (std::size_t i = 0; i < kSmall.size(); ++i) {
-    if ((static_cast<unsigned char>(kSmall[i]) & 0xC0) == 0x80) continue;  // inside a character, which is what is broken then
+    if ((static_cast<unsigned char>(kSmall[i]) & 0xC0) == 0x80)
+      continue;  // inside a character: the error is about that character
     std::string text = kSmall;
     text.insert(i, 1, '\0');
     const qmx::ReadResult result = qmx::ReadXml(text);
@@ -110,7 +111,7 @@ TEST(Hostile, RandomBytes) {
   }
 }
 
-TEST(Hostile, RandomPiecesOfTheForm) {
+TEST(Hostile, RandomPiecesOfSyntax) {
   const std::vector<std::string> pieces = {"<metalib name='m' version='1'>",
                                            "</metalib>",
                                            "<meta name='t'>",
@@ -167,8 +168,8 @@ TEST(Hostile, ManyErrorsInOneTag) {
   EXPECT_EQ(qmx::ReadXml(text + "/>").errors.size(), qmx::kMaxErrors + 1);
 }
 
-// A mapping that nobody touches costs nothing: the size alone is refused.
-TEST(Hostile, FileOverOneGibibyte) {
+// The memory is reserved but never used: the size alone is refused.
+TEST(Hostile, FileAboveOneGibibyte) {
   const std::size_t size = qmx::kMaxFileBytes + 1;
   void* memory = mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
   ASSERT_NE(memory, MAP_FAILED);
@@ -179,7 +180,7 @@ TEST(Hostile, FileOverOneGibibyte) {
   EXPECT_EQ(result.errors[0].place.line, 1u);
 }
 
-// One meta of many entries with equally many key members and columns.
+// One meta with many entries, and equally many key members and columns.
 std::string Wide(int entries) {
   std::string rows, names, columns;
   for (int i = 0; i < entries; ++i) {
@@ -198,7 +199,7 @@ TEST(Hostile, WideMeta) {
   EXPECT_EQ(layout::Faults(result.schema->metalib), std::vector<std::string>{});
 }
 
-// Looking for each counter among all composite entries would not end.
+// A linear search for each counter among all composite entries would take too long.
 TEST(Hostile, ManyCountsByCompositeEntries) {
   constexpr int kEntries = 300'000;
   std::string text = "<metalib name='m' version='1'><meta name='s'><entry name='x' type='int8'/></meta><meta name='t'>\n";

@@ -1,4 +1,4 @@
-// Every refusal of the reader, with its exact place and text. A case lists all errors of its file.
+// Every error of the reader, with its exact location and text. A case lists all errors of its file.
 #include <gtest/gtest.h>
 
 #include <ostream>
@@ -34,7 +34,7 @@ std::string Lib(const std::string& content, const std::string& protocol = "QMX")
   return "<metalib name='m' version='1' protocol='" + protocol + "'>\n" + content + "\n</metalib>\n";
 }
 
-// The content of meta "t" on line 3, behind an entry "a" on line 2.
+// The content of meta "t" on line 3, after an entry "a" on line 2.
 std::string Table(const std::string& content, const std::string& protocol = "QMX") {
   return Lib("<meta name='t'><entry name='a' id='1' type='int32'/>\n" + content + "\n</meta>", protocol);
 }
@@ -399,7 +399,7 @@ INSTANTIATE_TEST_SUITE_P(Names, Refusal, ::testing::ValuesIn(NameCases()), NameO
 INSTANTIATE_TEST_SUITE_P(References, Refusal, ::testing::ValuesIn(ReferenceCases()), NameOf);
 INSTANTIATE_TEST_SUITE_P(Syntax, Refusal, ::testing::ValuesIn(SyntaxCases()), NameOf);
 
-TEST(Refusals, AllOfAFileInItsOrder) {
+TEST(Refusals, ReportsAllErrorsOfFileInOrder) {
   const std::string text = R"(<?xml version="1.0"?>
 <metalib name="mall" version="x" owner="me">
   <meta name="orders">
@@ -428,16 +428,16 @@ TEST(Refusals, AllOfAFileInItsOrder) {
                     "11:15: a second meta 'orders'; allowed: names that differ"}));
 }
 
-// What stands behind a syntax error is unknown, so nothing is said of names that are missing so far.
-TEST(Refusals, SyntaxErrorIsTheLast) {
+// The text after a syntax error is unknown, so names that are missing up to there are not reported.
+TEST(Refusals, SyntaxErrorIsLast) {
   EXPECT_EQ(
       ErrorsOf("<metalib name='m' version='1'>\n<meta name='t'><entry name='a' type='later' size='1'/><foo/>\n<meta <"),
       (Errors{"2:51: 'size' is given for type 'later'; allowed for types: string, bytes",
               std::string("2:55: unknown element 'foo'") + kInMeta, "3:7: not well-formed XML; allowed: XML 1.0 in UTF-8"}));
 }
 
-// An entry with a bad attribute is an entry all the same.
-TEST(Refusals, MistakesDoNotCauseOthers) {
+// An entry with an invalid attribute still counts as an entry.
+TEST(Refusals, ErrorsDoNotCauseOthers) {
   EXPECT_EQ(ErrorsOf(Table("<entry name='n' type='int8' count='x'/><entry name='b' size='x' refer='n'/>"
                            "<primarykey entries='b n'/><index name='i'><column entry='b' desc='?'/></index>")),
             (Errors{"3:36: 'count' is 'x', which is not a number; allowed: 1 to 2147483647",
@@ -455,7 +455,7 @@ TEST(Refusals, NestingOver128Levels) {
   EXPECT_EQ(ErrorsOf(Lib(text)), (Errors{"2:39: meta 'm0' nests structures 129 levels deep; allowed: at most 128"}));
 }
 
-TEST(Refusals, UntrustedTextIsCutAndEscaped) {
+TEST(Refusals, UntrustedTextIsTruncatedAndEscaped) {
   const std::string longer(70, 'y');
   EXPECT_EQ(ErrorsOf(Entry("type='" + longer + "'")), (Errors{"3:23: unknown type '" + std::string(60, 'y') + "...'" + kTypes}));
   EXPECT_EQ(ErrorsOf(Entry("type='&#10;\x7F&#x202E;'")), (Errors{std::string("3:23: unknown type '\\n\\x7F\\u202E'") + kTypes}));

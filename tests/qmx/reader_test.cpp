@@ -1,4 +1,4 @@
-// The reader, on files that it accepts: what a file says is what the library holds.
+// Tests the reader on files that it accepts: the library contains what the file declares.
 #include <gtest/gtest.h>
 
 #include <clocale>
@@ -115,7 +115,7 @@ TEST(Reader, SourceMap) {
   EXPECT_EQ(shown({Kind::kPrimaryKey, 0}), "none");
 }
 
-// A library around one meta "t" with the entry "a" and what is given.
+// A library of one meta "t" with the entry "a" and the given content.
 std::string Table(const std::string& content) {
   return "<metalib name='m' version='1'><meta name='t'><entry name='a' type='int32'/>" + content + "</meta></metalib>";
 }
@@ -129,13 +129,13 @@ TEST(Reader, Protocols) {
   EXPECT_EQ(flag("protocol='TLV'"), 1);
 }
 
-TEST(Reader, TlvIdsDifferWithinAMetaOnly) {
+TEST(Reader, TlvIdsDifferOnlyWithinMeta) {
   Read(
       "<metalib name='m' version='1' protocol='TLV'><meta name='s'><entry name='a' id='1' type='int8'/></meta>"
       "<meta name='t'><entry name='a' id='1' type='int8'/></meta></metalib>");
 }
 
-TEST(Reader, EqualIdsAndNoneOutsideTlv) {
+TEST(Reader, EqualAndMissingIdsOutsideTlv) {
   Read(Table("<entry name='b' id='1' type='int8'/><entry name='c' id='1' type='int8'/>"));
 }
 
@@ -147,7 +147,7 @@ TEST(Reader, ByteOrderMarkAndDeclarations) {
   }
 }
 
-TEST(Reader, OddNamesAreTakenAsTheyAre) {
+TEST(Reader, AcceptsOddNamesUnchanged) {
   const std::vector<std::pair<std::string, std::string>> names = {
       {"", ""},
       {"1st", "1st"},
@@ -155,7 +155,7 @@ TEST(Reader, OddNamesAreTakenAsTheyAre) {
       {"a b", "a b"},
       {"&lt;&amp;&quot;&apos;&gt;", "<&\"'>"},
       {"&#9;&#10;&#13;", "\t\n\r"},
-      {"\t\n", "  "},  // XML turns blanks written as such into spaces
+      {"\t\n", "  "},  // XML converts literal whitespace to spaces
       {"表ä😀", "表ä😀"},
       {"&#x8868;", "表"},
       {"\x7F\xC2\x85", "\x7F\xC2\x85"},
@@ -170,7 +170,7 @@ TEST(Reader, OddNamesAreTakenAsTheyAre) {
   }
 }
 
-TEST(Reader, NamesDifferByteForByte) { Read(Table("<entry name='A' type='int8'/><entry name='ａ' type='int8'/>")); }
+TEST(Reader, ComparesNamesBytewise) { Read(Table("<entry name='A' type='int8'/><entry name='ａ' type='int8'/>")); }
 
 TEST(Reader, KeyMembersMayRepeat) {
   const qmx::Schema schema = Read(Table("<primarykey entries='a a'/><splittablekey entries='a a a'/>"));
@@ -206,7 +206,7 @@ TEST(Reader, NestingOf128Levels) {
   EXPECT_EQ(qmx_get_meta_num(Read(text + "</metalib>").metalib.get()), 128);
 }
 
-// Decimal and thousands separators of a locale must not change what a number is.
+// The separators of a locale must not change the meaning of a number.
 TEST(Reader, LocaleHasNoEffect) {
   const std::string before = std::setlocale(LC_ALL, nullptr);
   for (const char* locale : {"de_DE.UTF-8", "C.UTF-8", "C"}) {
@@ -216,7 +216,7 @@ TEST(Reader, LocaleHasNoEffect) {
   std::setlocale(LC_ALL, before.c_str());
 }
 
-TEST(Reader, SameBytesInSameBytesOut) {
+TEST(Reader, SameInputGivesSameBytes) {
   const qmx::Schema first = Read(kMall);
   const qmx::Schema second = Read(kMall);
   ASSERT_EQ(first.metalib.size(), second.metalib.size());

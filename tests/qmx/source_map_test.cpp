@@ -1,4 +1,4 @@
-// Places: bytes as lines and columns, attributes inside tags, elements by position.
+// Tests locations: lines and columns of bytes, attributes inside tags, elements by position.
 #include "qmx/qmx_source_map.h"
 
 #include <gtest/gtest.h>
@@ -25,7 +25,7 @@ TEST(Locate, LinesAndColumnsCountFromOne) {
   EXPECT_EQ(At("ab\ncd", 4), "2:2");
 }
 
-TEST(Locate, PastTheEndIsTheEnd) {
+TEST(Locate, OffsetPastEndIsEnd) {
   EXPECT_EQ(At("ab", 2), "1:3");
   EXPECT_EQ(At("ab", 99), "1:3");
   EXPECT_EQ(At("ab\n", 99), "2:1");
@@ -81,7 +81,7 @@ TEST(FindAttributeValue, Absent) {
   EXPECT_EQ(ValueOf("<e>a='1'</e>", "a"), "none");
 }
 
-TEST(FindAttributeValue, StaysInsideATextThatEndsEarly) {
+TEST(FindAttributeValue, StaysInsideTruncatedText) {
   const std::string whole = "<e a = 'x' b='y'/>";
   for (std::size_t size = 0; size < whole.size(); ++size) {
     const std::string text = whole.substr(0, size);
@@ -101,7 +101,7 @@ std::ostream& operator<<(std::ostream& out, const Span& span) { return out << sp
 
 namespace {
 
-// Two metas: the first with two entries, both keys and two indexes of one and two columns, the second bare.
+// Two metas: the first with two entries, both keys and two indexes of one and two columns, the second empty.
 qmx::SourceMap Filled() {
   qmx::SourceMap map;
   map.Add({Kind::kMetalib}, 1);
@@ -119,7 +119,7 @@ qmx::SourceMap Filled() {
   return map;
 }
 
-TEST(SourceMap, FindsWhatWasAdded) {
+TEST(SourceMap, FindsAddedElements) {
   const qmx::SourceMap map = Filled();
   EXPECT_EQ(map.Find({Kind::kMetalib}), 1u);
   EXPECT_EQ(map.Find({Kind::kMeta, 0}), 10u);
@@ -135,7 +135,7 @@ TEST(SourceMap, FindsWhatWasAdded) {
   EXPECT_EQ(map.Find({Kind::kMeta, 1}), 20u);
 }
 
-TEST(SourceMap, KnowsNoOthers) {
+TEST(SourceMap, FindsNoOtherElements) {
   const qmx::SourceMap map = Filled();
   constexpr std::uint32_t kLast = 0xFFFFFFFF;
   for (const ElementId& id :

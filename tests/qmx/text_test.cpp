@@ -1,4 +1,4 @@
-// What messages are made with: quoting and suggestions.
+// Tests the parts of messages: quoting and suggestions.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -14,21 +14,21 @@ TEST(Quote, PlainText) {
   EXPECT_EQ(korvel::Quote("ä€😀"), "'ä€😀'");
 }
 
-TEST(Quote, StaysOnOneLine) {
+TEST(Quote, KeepsTextOnOneLine) {
   EXPECT_EQ(korvel::Quote("a\n\r\tb"), "'a\\n\\r\\tb'");
   EXPECT_EQ(korvel::Quote("\x01\x1B[31m\x7F"), "'\\x01\\x1B[31m\\x7F'");
   EXPECT_EQ(korvel::Quote(std::string_view("\0", 1)), "'\\x00'");
 }
 
-TEST(Quote, InvisibleAndTurningCharactersAreEscaped) {
-  // In pieces, so that no literal here turns the direction itself.
+TEST(Quote, EscapesInvisibleAndDirectionCharacters) {
+  // In pieces, so that no literal in this file changes the text direction.
   const std::string turn = "\xE2\x80";
   EXPECT_EQ(korvel::Quote("\xC2\x85"), "'\\u0085'");
   EXPECT_EQ(korvel::Quote("\xE2\x80\xA8" + turn + "\xAE"), "'\\u2028\\u202E'");
   EXPECT_EQ(korvel::Quote("\xE2\x81" + std::string("\xA6\xEF\xBB\xBF\xE2\x80\x8B")), "'\\u2066\\uFEFF\\u200B'");
 }
 
-TEST(Quote, BytesThatAreNoUtf8) {
+TEST(Quote, EscapesInvalidUtf8) {
   EXPECT_EQ(korvel::Quote("\xFF\x80"), "'\\xFF\\x80'");
   EXPECT_EQ(korvel::Quote("\xE2\x82"), "'\\xE2\\x82'") << "cut off";
   EXPECT_EQ(korvel::Quote("\xC0\xAF"), "'\\xC0\\xAF'") << "overlong";
@@ -36,7 +36,7 @@ TEST(Quote, BytesThatAreNoUtf8) {
   EXPECT_EQ(korvel::Quote("\xF4\x90\x80\x80"), "'\\xF4\\x90\\x80\\x80'") << "past the last character";
 }
 
-TEST(Quote, LongTextIsCutBetweenCharacters) {
+TEST(Quote, TruncatesLongTextBetweenCharacters) {
   EXPECT_EQ(korvel::Quote(std::string(60, 'a')), "'" + std::string(60, 'a') + "'");
   EXPECT_EQ(korvel::Quote(std::string(61, 'a')), "'" + std::string(60, 'a') + "...'");
   EXPECT_EQ(korvel::Quote(std::string(59, 'a') + "ä"), "'" + std::string(59, 'a') + "...'");

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "analysis/findings/bad_names.h"
+#include "analysis/findings/run_checker.h"
 #include "base/one_line.h"
 
 namespace report_test {
@@ -19,7 +19,7 @@ using korvel::Settings;
 using korvel::Source;
 using korvel::Verdict;
 
-Verdict Asked::Whole() const { return AskChecker(old_source.Library(), new_source.Library(), table, settings); }
+Verdict Asked::Whole() const { return RunChecker(old_source.Library(), new_source.Library(), table, settings); }
 
 Changes Asked::TakeApart(std::size_t max_findings) const {
   if (!IsOnBothSides()) return FindRemovedTable(old_source, new_source, table, settings, Whole());
@@ -85,7 +85,7 @@ class Laws {
   std::optional<Verdict> AnswerTo(const std::vector<bool>& chosen) const {
     const std::optional<qmx::Metalib> built = difference_.Build(chosen);
     if (!built) return std::nullopt;
-    return AskChecker(asked_.old_source.Library(), built->get(), asked_.table, asked_.settings);
+    return RunChecker(asked_.old_source.Library(), built->get(), asked_.table, asked_.settings);
   }
 
   // About the edits and what they need.

@@ -1,5 +1,5 @@
 // Every bad name is found, with the checker's answer about it.
-#include "analysis/findings/bad_names.h"
+#include "analysis/findings/run_checker.h"
 
 #include <gmock/gmock.h>
 

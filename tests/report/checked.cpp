@@ -34,13 +34,13 @@ korvel::Pair AddPair(Judged& checked, const std::string& old_file, const std::st
 
 void AddTable(Judged& checked, const korvel::Pair& pair, const std::string& table, const Settings& settings) {
   const std::unique_ptr<vesk::LogCategory> log = vesk::LogCategory::Closed();
-  checked.report.tables.push_back(pair.first.HasMeta(table)
-                                      ? korvel::CheckTableChange({.sources = pair,
-                                                                  .table = table,
-                                                                  .given = settings,
-                                                                  .wants_fixes = true,  // some formats show them
-                                                                  .log = log->handle()})
-                                      : korvel::NewTable(pair.second, table));
+  checked.report.tables.push_back(pair.first.HasMeta(table) ? korvel::CheckTableChange({.sources = pair,
+                                                                                        .table = table,
+                                                                                        .given = settings,
+                                                                                        .wants_allowed_changes = true,
+                                                                                        .wants_fixes = true,
+                                                                                        .log = log->handle()})
+                                                            : korvel::NewTable(pair.second, table));
 }
 
 // "v13-reused-id" -> 13

@@ -8,9 +8,9 @@
 namespace report_test {
 namespace {
 
+using korvel::ApplyReplacements;
 using korvel::AttributeText;
 using korvel::ElementEnd;
-using korvel::Replaced;
 using korvel::TextEdits;
 
 struct Case {
@@ -33,7 +33,7 @@ class Text {
     ADD_FAILURE() << "no element " << name;
     return 0;
   }
-  std::string Result() { return Replaced(text_, edits_.Finish()); }
+  std::string Result() { return ApplyReplacements(text_, edits_.Finish()); }
 
  private:
   std::string text_;

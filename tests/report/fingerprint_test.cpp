@@ -1,5 +1,5 @@
 // Fingerprints stay while rule, place and kind of a change stay, and are others else.
-#include "analysis/findings/fingerprint.h"
+#include "analysis/findings/finding.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,8 @@
-// Findings of several tables that have one cause stand once.
-#include "report/result/fold.h"
-
+// Findings of several tables with the same cause are merged.
 #include <gmock/gmock.h>
 
 #include "read_source.h"
+#include "report/result/report.h"
 
 namespace report_test {
 namespace {
@@ -68,7 +67,7 @@ class FoldTest : public testing::Test {
   Report report_;
 };
 
-TEST_F(FoldTest, ASharedStructureStandsOnceWithEveryOtherWayToIt) {
+TEST_F(FoldTest, SharedStructureIsListedOnceWithAllPaths) {
   const std::vector<FoldedFinding> folded =
       Folded({Table("orders", {SizeOf("price", {"orders.items[].price", "orders.gift.price"})}),
               Table("carts", {SizeOf("price", {"carts.items[].price", "carts.x.price"})})});
@@ -78,7 +77,7 @@ TEST_F(FoldTest, ASharedStructureStandsOnceWithEveryOtherWayToIt) {
   EXPECT_THAT(Also(folded[0]), ElementsAre("orders: orders.gift.price", "carts: carts.items[].price", "carts: carts.x.price"));
 }
 
-TEST_F(FoldTest, AnotherFieldRuleOrPairOfFilesIsAnotherCause) {
+TEST_F(FoldTest, DifferentFieldRuleOrFilesAreNotMerged) {
   std::vector<TableResult> tables = {Table("a", {SizeOf("price", {"a.price"})}), Table("b", {SizeOf("sku", {"b.sku"})}),
                                      Table("c", {SizeOf("price", {"c.price"})}, "field.type"),
                                      Table("d", {SizeOf("price", {"d.price"})})};
@@ -98,14 +97,14 @@ TEST_F(FoldTest, TheOrderOfEditsDoesNotMatter) {
   EXPECT_THAT(Also(folded[0]), ElementsAre("b: b.sku"));
 }
 
-TEST_F(FoldTest, WhatIsRefusedAsItWasIsEachTablesOwn) {
+TEST_F(FoldTest, PreexistingFindingsAreNotMerged) {
   std::vector<TableResult> tables = {Table("a", {}), Table("b", {})};
   tables[0].changes->findings = {MakeFinding({}, "a", "field-name.invalid"), MakeFinding({}, "a.x", "field-name.invalid")};
   tables[1].changes->findings = {MakeFinding({}, "b", "field-name.invalid")};
   EXPECT_EQ(Folded(std::move(tables)).size(), 3u);
 }
 
-TEST_F(FoldTest, TablesThatWereNotTakenApartHaveNone) {
+TEST_F(FoldTest, TablesWithoutChangesHaveNoFindings) {
   TableResult result;
   result.table = "a";
   EXPECT_THAT(Folded({result}), IsEmpty());

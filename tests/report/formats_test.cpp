@@ -1,5 +1,4 @@
-// Every format over reports made by hand: whole documents, read before they were kept; and, with names that would break out of
-// any of them, held against parsers that are not ours.
+// Every format with hand-made reports: golden files, and documents with hostile names that independent parsers must accept.
 #include <gmock/gmock.h>
 #include <unistd.h>
 
@@ -12,7 +11,6 @@
 
 #include "golden_text.h"
 #include "report/render/render.h"
-#include "report/render/sarif_rules.h"
 #include "rule_docs/rule_docs.h"
 #include "sample_report.h"
 #include "support/golden.h"
@@ -39,7 +37,7 @@ constexpr NamedReport kReports[] = {
     {"allowed", AllowedReport},
 };
 
-TEST(Formats, SayThis) {
+TEST(Formats, MatchGoldens) {
   std::set<std::string> known;
   for (const NamedReport& report : kReports) {
     for (const Format& format : Formats()) {
@@ -51,7 +49,7 @@ TEST(Formats, SayThis) {
   test_support::ExpectNoOtherGoldens(kGoldens, known);
 }
 
-TEST(Formats, TextIsColouredWhereThatIsAsked) {
+TEST(Formats, TextIsColoredOnRequest) {
   const Sample sample = EverythingReport();
   const std::string text = Formats().front().render(sample.report, true);
   EXPECT_THAT(text, testing::StartsWith("verdict: \x1b[31mrefused\x1b[0m\n"));
@@ -63,9 +61,9 @@ TEST(Formats, TextIsColouredWhereThatIsAsked) {
   }
 }
 
-// --- Documents that stay whole ---
+// --- Documents stay well-formed ---
 
-// Marks and ends of everything that a report is put into, control characters, bytes that are no UTF-8.
+// Delimiters of all formats, control characters, invalid UTF-8.
 constexpr char kOdd[] =
     "\n\r\t\x01\x1b[31m\x7f]]>-->\"'<b>&amp;|`*_[x](y)@all #1 %0A::error::\\\xc2\x85\xe2\x80\xa8\xef\xbf\xbf\xc3\xff";
 
@@ -79,34 +77,34 @@ class ADocument : public testing::TestWithParam<std::string> {
     return format->render(sample.report, false);
   }
 
-  // Whether a program takes the document, whose path stands behind the command.
-  testing::AssertionResult Takes(const std::string& command, const std::string& document) const {
+  // Whether a program accepts the document; its path is appended to the command.
+  testing::AssertionResult IsAcceptedBy(const std::string& command, const std::string& document) const {
     std::ofstream(path_, std::ios::binary) << document;
-    std::string said;
+    std::string output;
     FILE* const pipe = ::popen((command + " '" + path_.string() + "' 2>&1").c_str(), "r");
-    for (int c; (c = std::fgetc(pipe)) != EOF;) said += static_cast<char>(c);
+    for (int c; (c = std::fgetc(pipe)) != EOF;) output += static_cast<char>(c);
     if (::pclose(pipe) == 0) return testing::AssertionSuccess();
-    return testing::AssertionFailure() << command << ":\n" << said << "\n" << document;
+    return testing::AssertionFailure() << command << ":\n" << output << "\n" << document;
   }
 
   testing::AssertionResult IsValid(const fs::path& schema, const std::string& document) const {
-    return Takes(KORVEL_PYTHON " '" + (kHere / "validate.py").string() + "' '" + schema.string() + "'", document);
+    return IsAcceptedBy(KORVEL_PYTHON " '" + (kHere / "validate.py").string() + "' '" + schema.string() + "'", document);
   }
 
  private:
   fs::path path_;
 };
 
-// No control characters but ends of lines.
+// No control characters except line ends.
 testing::AssertionResult IsPlainText(const std::string& document) {
   const auto is_control = [](char c) { return (static_cast<unsigned char>(c) < 0x20 && c != '\n') || c == '\x7f'; };
   const auto found = std::ranges::find_if(document, is_control);
   if (found == document.end()) return testing::AssertionSuccess();
-  return testing::AssertionFailure() << "a control character behind "
+  return testing::AssertionFailure() << "a control character after "
                                      << document.substr(0, static_cast<std::size_t>(found - document.begin()));
 }
 
-// Every line is a command that the runner knows, and the odd name starts none.
+// Every line is a command that the runner knows; names start no commands.
 testing::AssertionResult AreCommands(const std::string& document) {
   std::istringstream lines(document);
   for (std::string line; std::getline(lines, line);) {
@@ -115,7 +113,7 @@ testing::AssertionResult AreCommands(const std::string& document) {
   return IsPlainText(document);
 }
 
-TEST_P(ADocument, IsWholeWhateverTheNames) {
+TEST_P(ADocument, IsWellFormedWithHostileNames) {
   const std::string format = GetParam();
   for (const Sample& sample : {EverythingReport(kOdd), EverythingReport(), AllowedReport()}) {
     const std::string document = Render(sample);
@@ -129,11 +127,11 @@ TEST_P(ADocument, IsWholeWhateverTheNames) {
     } else if (format == "gitlab") {
       EXPECT_TRUE(IsValid(kHere / "schemas" / "gitlab-code-quality.json", document));
     } else if (format == "junit") {
-      EXPECT_TRUE(Takes("xmllint --noout", document));
+      EXPECT_TRUE(IsAcceptedBy("xmllint --noout", document));
     } else if (format == "github") {
       EXPECT_TRUE(AreCommands(document));
     } else {
-      EXPECT_EQ(format, "html") << "a format that nothing parses";  // the browser does: tests/browser
+      EXPECT_EQ(format, "html") << "a format without a parser";  // tests/browser parses it
     }
   }
 }
@@ -146,7 +144,7 @@ std::vector<std::string> NamesOfFormats() {
 
 INSTANTIATE_TEST_SUITE_P(Every, ADocument, testing::ValuesIn(NamesOfFormats()), [](const auto& format) { return format.param; });
 
-// --- Members that other programs live on ---
+// --- Members that other programs rely on ---
 
 using Json = nlohmann::json;
 
@@ -163,7 +161,7 @@ TEST(Sarif, NamesRulesByTheirPosition) {
   EXPECT_EQ(Parsed("sarif", AllowedReport())["runs"][0]["invocations"][0]["exitCode"], 0);
 }
 
-// A service shows what a rule is for, and what else may be done, to people who have nothing but the log.
+// A service shows the description of a rule to people who have only the log.
 TEST(Sarif, EveryRuleIsDescribed) {
   const Json rules = Parsed("sarif", EverythingReport())["runs"][0]["tool"]["driver"]["rules"];
   std::size_t pages = 0;
@@ -182,12 +180,14 @@ TEST(Sarif, EveryRuleIsDescribed) {
     }
   }
   EXPECT_EQ(pages, korvel::AllRuleDocs().size());
-  EXPECT_GT(rules.size(), pages) << "a waiver is expired in this report";
+  EXPECT_GT(rules.size(), pages) << "the report has an expired waiver";
 }
 
-TEST(Sarif, WhatIsNoRuleOfTheCatalogueIsDescribedToo) {
+TEST(Sarif, DescribesRulesThatAreNotInTheCatalog) {
   for (const char* id : {"refused", "waiver.expired", "waiver.malformed", "waiver.unused"}) {
-    EXPECT_TRUE(korvel::SarifRule(id).contains("shortDescription")) << id;
+    Sample sample = AllowedReport();
+    sample.report.project = {{id, "korvelcheck.toml", {3, 1}, "text", ""}};
+    EXPECT_TRUE(Parsed("sarif", sample)["runs"][0]["tool"]["driver"]["rules"].back().contains("shortDescription")) << id;
   }
 }
 
@@ -226,19 +226,23 @@ TEST(Gitlab, NoTwoEntriesHaveOneFingerprint) {
   EXPECT_EQ(fingerprints.size(), entries.size());
 }
 
-// A refused table of a command that takes nothing apart, and a refusal without a text or a rule.
-TEST(Formats, ATableThatWasNotTakenApartIsAFinding) {
+// Of a command that does not check changes one by one. The refusal has neither a text nor a rule.
+TEST(Formats, ARefusedTableWithoutChangesIsAnIssue) {
   Sample sample = AllowedReport();
   korvel::TableResult& table = sample.report.tables[0];
   table.status = korvel::Status::kRefused;
   table.code = -2;
   const Json result = Parsed("sarif", sample)["runs"][0]["results"][0];
   EXPECT_EQ(result["ruleId"], "refused");
-  EXPECT_EQ(result["message"]["text"], "(the checker gives no text)\ntable carts: -2 CHECK_TABLE_ERROR_SYSTEM_ERROR");
+  EXPECT_THAT(result["message"]["text"].get<std::string>(),
+              testing::MatchesRegex("CHECK_TABLE_ERROR_SYSTEM_ERROR: [^\n]+\nchecker: \\(no text\\)\ntable carts: -2 "
+                                    "CHECK_TABLE_ERROR_SYSTEM_ERROR"));
+  EXPECT_THAT(Formats().front().render(sample.report, false),
+              testing::EndsWith("Run 'korvelcheck explain CHECK_TABLE_ERROR_SYSTEM_ERROR' for the result code.\n"));
   EXPECT_EQ(Parsed("gitlab", sample)[0]["location"]["lines"]["begin"], 12);
 }
 
-// An image has no lines, and services want one.
+// Services need a line, but an image has none.
 TEST(Formats, AnImageHasNoLines) {
   Sample sample = EverythingReport();
   sample.old_source->text.reset();

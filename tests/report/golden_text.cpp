@@ -16,7 +16,7 @@ std::string WithoutVersion(std::string text) {
   return text;
 }
 
-// A page less its style and script, which have files of their own, and their hashes.
+// A page without its style and script, which are files of their own, and without their hashes.
 std::string WithoutAssets(std::string text) {
   for (const auto& [begin, end] :
        {std::pair{"<style>", "</style>"}, {"<script>", "</script>"}, {"'sha256-", "'"}, {"'sha256-", "'"}}) {

@@ -1,4 +1,4 @@
-// What goldens hold of a report.
+// Reports as golden files contain them.
 #pragma once
 
 #include <string>
@@ -7,8 +7,8 @@
 
 namespace report_test {
 
-// The report without what changes with the program's version, and what has tests of its own: of a page its style and script, of a
-// SARIF log its rules (Sarif.EveryRuleIsDescribed).
+// The report without the version of the program and without parts that have their own tests: style and script of a page, rules
+// of a SARIF log (Sarif.EveryRuleIsDescribed).
 std::string GoldenText(const korvel::Format& format, const korvel::Report& report);
 
 }  // namespace report_test

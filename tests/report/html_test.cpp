@@ -1,4 +1,4 @@
-// HTML pages as text: what they list, how they stay bounded. What a browser makes of them is held by tests/browser.
+// HTML pages as text: their contents and their limits. tests/browser tests them in a browser.
 #include <gmock/gmock.h>
 
 #include <list>
@@ -20,13 +20,13 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 
-// A report together with the sources that it is about.
+// A report and its sources.
 struct Checked {
   std::list<Source> sources;
   Report report;
 };
 
-// Puts the table to the checker.
+// Checks the table.
 void Answer(TableResult& table) {
   const Asked asked = Ask(*table.first, *table.second, table.table);
   const Verdict whole = asked.Whole();
@@ -52,7 +52,7 @@ void CheckOperation(Checked& checked, const std::string& name, bool ask) {
   Answer(checked.report.tables.back());
 }
 
-// What `check` finds out about all tables of two schema files.
+// The report of `check` for all tables of two schema files.
 Checked Check(const std::string& old_metas, const std::string& new_metas, bool ask = true) {
   Checked checked;
   const auto library = [](int version, const std::string& metas) {
@@ -115,13 +115,13 @@ TEST(Html, ListsFindingsAndChangesAndMarksTheirLines) {
   EXPECT_THAT(html, HasSubstr("type of n: uint32 -&gt; uint8"));
 }
 
-TEST(Html, TheVerdictStandsFirst) {
+TEST(Html, VerdictIsFirst) {
   const std::string html = RenderHtml(TwoChanges().report);
   const std::string body = html.substr(html.find("<body>"));
   EXPECT_LT(body.find("verdict: refused"), body.find("<h1>"));
 }
 
-TEST(Html, WhatIsSharedStandsOnce) {
+TEST(Html, SharedChangesAreListedOnce) {
   const auto with = [](const std::string& type) {
     return Meta("part", Entry("n", type), "") + Meta("a", kUid + Entry("p", "part")) + Meta("b", kUid + Entry("q", "part"));
   };
@@ -132,29 +132,29 @@ TEST(Html, WhatIsSharedStandsOnce) {
   EXPECT_EQ(page.changes()[0].also, 1u);
   const std::string html = RenderHtml(checked.report);
   EXPECT_THAT(html, HasSubstr("b.q.n"));
-  EXPECT_THAT(html, HasSubstr("For what is told above, too: <a href=\"#f1\">F1</a>"));
+  EXPECT_THAT(html, HasSubstr("Also affected by: <a href=\"#f1\">F1</a>"));
 }
 
-TEST(Html, AGoneTableMarksTheOldSideAlone) {
+TEST(Html, RemovedTableMarksOnlyTheOldSide) {
   const Checked checked = Check(Meta("orders", kUid) + Meta("logs", kUid), Meta("orders", kUid));
   const Page page(checked.report);
   ASSERT_EQ(page.findings().size(), 1u);
   EXPECT_EQ(page.pairs().front().old_marks.back().id, "f1");
   const std::string html = RenderHtml(checked.report);
-  EXPECT_THAT(html, HasSubstr("(gone)"));
+  EXPECT_THAT(html, HasSubstr("(removed)"));
   ExpectLinked(html);
 }
 
-TEST(Html, WaivedFindingsSayWhyAndUntilWhen) {
+TEST(Html, WaivedFindingsShowReasonAndDate) {
   Checked checked = TwoChanges();
   checked.report.tables.front().changes->findings.front().waiver = Waiver{"agreed <b>", "2027-01-31"};
   const std::string html = RenderHtml(checked.report);
-  EXPECT_THAT(html, HasSubstr("data-look=\"waived\""));
+  EXPECT_THAT(html, HasSubstr("data-status=\"waived\""));
   EXPECT_THAT(html, HasSubstr("agreed &lt;b&gt; (until 2027-01-31)"));
 }
 
-// The legend stood below the first layout even where that said in words that nothing had moved.
-TEST(Html, TheFirstPictureIsExplained) {
+// The legend followed the first layout section even if that had no picture.
+TEST(Html, LegendFollowsTheFirstPicture) {
   constexpr char kLegend[] = "<p class=\"legend\">";
   EXPECT_THAT(RenderHtml(TwoChanges().report), HasSubstr(kLegend));
   const std::string stays =
@@ -163,10 +163,9 @@ TEST(Html, TheFirstPictureIsExplained) {
   EXPECT_THAT(stays, Not(HasSubstr(kLegend)));
 }
 
-TEST(Html, LinesThatAreInNoFileAreSaidToBeSo) {
+TEST(Html, DumpedLinesHaveANote) {
   Checked checked = TwoChanges();
-  const std::string note =
-      "Compiled, so that its lines are those that <code>korvelcheck dump</code> writes: <code>new.xml</code>";
+  const std::string note = "Compiled; the lines are the output of <code>korvelcheck dump</code>: <code>new.xml</code>";
   EXPECT_THAT(RenderHtml(checked.report), Not(HasSubstr(note)));
   checked.sources.back().text->is_dump = true;
   EXPECT_THAT(RenderHtml(checked.report), HasSubstr(note));
@@ -176,10 +175,7 @@ TEST(Html, AnImageHasNoSourceButALayout) {
   Checked checked = TwoChanges();
   checked.sources.back().text.reset();
   const std::string html = RenderHtml(checked.report);
-  EXPECT_THAT(
-      html,
-      HasSubstr(
-          "no text to show. Compiled, with no lines of its own, and more than a schema file can say: <code>new.xml</code>"));
+  EXPECT_THAT(html, HasSubstr("No source text: <code>new.xml</code> is compiled, and cannot be written as XML."));
   EXPECT_THAT(html, HasSubstr("role=\"img\""));
   EXPECT_THAT(html, Not(HasSubstr("<table class=\"source")));
   ExpectLinked(html);
@@ -203,10 +199,10 @@ TEST(Html, ANewTableIsListedAsSuch) {
   EXPECT_THAT(RenderHtml(checked.report), HasSubstr("fresh: new, not compared"));
 }
 
-TEST(Html, NotesAboutFilesAndTheProjectStandBeforeTables) {
+TEST(Html, ProjectNotesAreBeforeTables) {
   Checked checked = TwoChanges();
   checked.report.files.push_back({FileNote::Kind::kAdded, "", "more<.xml"});
-  checked.report.project.push_back({"waiver.unused", "korvelcheck.toml", {3, 1}, "unused & old", "take it away"});
+  checked.report.project.push_back({"waiver.unused", "korvelcheck.toml", {3, 1}, "unused & old", "remove it"});
   const std::string html = RenderHtml(checked.report);
   EXPECT_THAT(html, HasSubstr("more&lt;.xml"));
   EXPECT_THAT(html, HasSubstr("unused &amp; old"));
@@ -234,12 +230,12 @@ TEST(Html, OfLongFilesOnlyLinesNearAMarkAreShown) {
   EXPECT_EQ(sources.LineId(0, true, 4), "p1n4");
   EXPECT_EQ(sources.LineId(0, true, 7), "p1n7");
   EXPECT_EQ(sources.LineId(0, true, 8), "");
-  EXPECT_THAT(sources.SectionOf(0), HasSubstr("Only lines near a finding or change are shown: 3 on either side"));
+  EXPECT_THAT(sources.SectionOf(0), HasSubstr("Only lines near a finding or change are shown, with 3 lines of context."));
   EXPECT_THAT(sources.SectionOf(0), HasSubstr("rows not shown"));
   ExpectLinked(RenderHtml(checked.report));
 }
 
-TEST(Html, LimitsHoldAndAreTold) {
+TEST(Html, LimitsAreKeptAndReported) {
   const Checked checked = ManyFields(1500);
   HtmlLimits limits;
   limits.findings = 10;
@@ -250,7 +246,7 @@ TEST(Html, LimitsHoldAndAreTold) {
   EXPECT_EQ(page.findings_left_out(), 20u);
   EXPECT_EQ(page.changes_left_out(), 1u);
   const HtmlSources sources(page);
-  EXPECT_THAT(sources.SectionOf(0), HasSubstr("The page shows 20 rows of source and no more"));
+  EXPECT_THAT(sources.SectionOf(0), HasSubstr("The page shows at most 20 rows of source."));
 }
 
 TEST(Html, ManyFieldsAreDrawnAsOneWhereTheyStayTogether) {
@@ -258,12 +254,12 @@ TEST(Html, ManyFieldsAreDrawnAsOneWhereTheyStayTogether) {
   const std::string html = LayoutSection(checked.report.tables.front(), "x");
   EXPECT_THAT(html, HasSubstr("49 fields"));
   EXPECT_THAT(LayoutSection(ManyFields(50 * 200, false).report.tables.front(), "x"),
-              HasSubstr("No picture: more than 150 pieces"));
+              HasSubstr("No picture: more than 150 blocks"));
 }
 
 // --- Pictures ---
 
-TEST(Html, ALayoutThatStaysIsToldInASentence) {
+TEST(Html, UnchangedLayoutIsOneSentence) {
   const Checked checked = Check(Meta("orders", kUid), Meta("orders", kUid));
   EXPECT_THAT(LayoutSection(checked.report.tables.front(), "x"), HasSubstr("Unchanged: 4 bytes in 1 field"));
 }
@@ -274,7 +270,7 @@ TEST(Html, PiecesAreDrawnToScaleButForTheSmallest) {
   const std::string html = LayoutSection(checked.report.tables.front(), "x");
   EXPECT_THAT(html, HasSubstr("x=\"5.0\" y=\"122.0\" width=\"955.0\"")) << "fills the picture";
   EXPECT_THAT(html, HasSubstr("x=\"5.0\" y=\"22.0\" width=\"477.3\"")) << "4092 of 8188";
-  EXPECT_THAT(html, HasSubstr("Drawn to scale; 2 pieces too small to see drawn wider."));
+  EXPECT_THAT(html, HasSubstr("Drawn to scale; 2 pieces drawn wider to be visible."));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Escapes of HTML pages: nothing that a schema holds becomes markup.
+// Escaping in HTML pages: text from a schema never becomes markup.
 #include "report/render/html_text.h"
 
 #include <gmock/gmock.h>
@@ -14,7 +14,7 @@ TEST(HtmlText, MarkupIsEscaped) {
   EXPECT_EQ(Html("größe"), "größe");
 }
 
-// A mark that turns the direction of writing. Byte by byte: written as text it would turn what stands behind it here.
+// A right-to-left override. As bytes, because as text it would reverse the rest of this line.
 constexpr char kTurned[] = {'\xE2', '\x80', '\xAE', 'x', '\0'};
 
 TEST(HtmlText, ControlCharactersAreShown) {
@@ -23,9 +23,9 @@ TEST(HtmlText, ControlCharactersAreShown) {
   EXPECT_EQ(Html(std::string_view("a\0b", 3)), "a\\x00b");
 }
 
-TEST(HtmlText, BytesThatAreNoUtf8AreReplaced) {
+TEST(HtmlText, InvalidUtf8IsReplaced) {
   EXPECT_EQ(Html("a\xff"), "a\xEF\xBF\xBD");
-  EXPECT_EQ(Html("\xc3<"), "\xEF\xBF\xBD&lt;") << "half a character does not swallow what stands behind it";
+  EXPECT_EQ(Html("\xc3<"), "\xEF\xBF\xBD&lt;") << "half a character does not swallow the next one";
 }
 
 TEST(HtmlText, LinesKeepTheirTabs) { EXPECT_EQ(HtmlLine("\t<a>\tb\r"), "\t&lt;a&gt;\tb\\r"); }

@@ -1,4 +1,4 @@
-// Paths as services know them.
+// Paths for services.
 #include "report/result/issues.h"
 
 #include <gtest/gtest.h>
@@ -21,10 +21,10 @@ TEST(ServicePath, IsRelativeToTheWorkingDirectory) {
   EXPECT_EQ(ServicePath(here + "2/b.xml"), here + "2/b.xml");
 }
 
-TEST(ServicePath, IsThatOfAFileInACommit) {
+TEST(ServicePath, OmitsTheCommit) {
   EXPECT_EQ(ServicePath("git:HEAD~2:a/b.xml"), "a/b.xml");
   EXPECT_EQ(ServicePath("git:main:./a:b.xml"), "a:b.xml");
-  EXPECT_EQ(ServicePath("git:x"), "git:x") << "no revision, so a name";
+  EXPECT_EQ(ServicePath("git:x"), "git:x") << "a name, because there is no revision";
   EXPECT_EQ(ServicePath("<stdin>"), "");
 }
 

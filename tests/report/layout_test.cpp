@@ -1,12 +1,11 @@
-// Layouts: offsets and sizes of packed records, what is opened, and two of them beside each other.
+// Layouts: offsets and sizes of packed records, limits, and two layouts compared.
 #include "report/result/layout.h"
 
 #include <gmock/gmock.h>
 
 #include "base/characters.h"
-#include "base/columns.h"
 #include "read_source.h"
-#include "report/render/render_layout.h"
+#include "report/render/render.h"
 
 namespace report_test {
 namespace {
@@ -48,7 +47,7 @@ constexpr char kNested[] = R"(
     <primarykey entries="uid"/>
   </meta>)";
 
-TEST(Layout, OffsetsCountFromTheRecordOrFromTheElementOfTheInnermostRepeatedStructure) {
+TEST(Layout, OffsetsCountFromRecordOrInnermostElement) {
   EXPECT_THAT(
       Shown(LayoutOf(Library(kNested), "orders")),
       ElementsAre("uid@0:8", "n@8:1", "lines@9:400", "lines[].sku@+0:4", "lines[].price@+4:12", "lines[].price.cents@+4:8",
@@ -65,7 +64,7 @@ TEST(Layout, OccurrencesAreMultiplied) {
   EXPECT_EQ(layout.fields[2].end, 10u) << "behind everything inside lines";
 }
 
-TEST(Layout, MembersOfAUnionBeginTogether) {
+TEST(Layout, UnionMembersStartAtZero) {
   const Source source = Library(R"(
     <meta name="value" kind="union"><entry name="number" type="int64"/><entry name="word" type="string" size="12"/></meta>
     <meta name="orders"><entry name="uid" type="uint32"/><entry name="v" type="value"/><entry name="end" type="uint8"/>
@@ -73,7 +72,7 @@ TEST(Layout, MembersOfAUnionBeginTogether) {
   EXPECT_THAT(Shown(LayoutOf(source, "orders")), ElementsAre("uid@0:4", "v@4:12", "v.number@4:8", "v.word@4:12", "end@16:1"));
 }
 
-TEST(Layout, KeysAndSortFieldsAreMarkedInTheTableAlone) {
+TEST(Layout, OnlyFieldsOfTheTableAreKeysAndSortFields) {
   const Source source = Library(R"(
     <meta name="part"><entry name="uid" type="uint32" customattr2="sort=1"/></meta>
     <meta name="orders" customattr="TableType=SORTLIST;ListNum=4">
@@ -88,14 +87,14 @@ TEST(Layout, KeysAndSortFieldsAreMarkedInTheTableAlone) {
   EXPECT_EQ(layout.fields[4].sort, "");
 }
 
-TEST(Layout, OfATableThatIsNotThereHasNoFields) {
+TEST(Layout, MissingTableHasNoFields) {
   const TableLayout layout = LayoutOf(Library(kNested), "carts");
   EXPECT_FALSE(layout.found);
   EXPECT_TRUE(layout.fields.empty());
 }
 
-// Each structure holds the one before twice: 2^100 ways lead to the innermost.
-TEST(Layout, StructuresThatNestBeyondNumberStayClosed) {
+// Each structure contains the previous one twice: the innermost has 2^100 paths.
+TEST(Layout, LimitsNestedStructures) {
   std::string metas = "<meta name='m0'><entry name='x' type='uint8'/></meta>";
   for (int i = 1; i <= 50; ++i) {
     const std::string inner = "m" + std::to_string(i - 1);
@@ -113,7 +112,7 @@ TEST(Layout, StructuresThatNestBeyondNumberStayClosed) {
   EXPECT_EQ(layout.fields.back().offset, 4 + (std::uint64_t{1} << 50));
 }
 
-TEST(Layout, LongNamesLetFewerStructuresOpen) {
+TEST(Layout, LongNamesCountForMoreFields) {
   const std::string name(60'000, 'n');
   std::string fields;
   for (int i = 0; i < 1000; ++i) fields += "<entry name='f" + std::to_string(i) + "' type='uint8'/>";
@@ -129,10 +128,10 @@ struct PairCase {
   std::string label;
   std::string before;
   std::string after;
-  std::vector<std::string> changes;  // of the fields behind uid: "path: what"
+  std::vector<std::string> changes;  // of the fields after uid: "path: what"
 };
 
-TEST(LayoutPairs, EachChangeHasItsWords) {
+TEST(LayoutPairs, DescribesEachChange) {
   const std::string a = "<entry name='a' id='2' type='uint32'/>";
   const std::string b = "<entry name='b' id='3' type='uint8'/>";
   const PairCase kCases[] = {
@@ -164,7 +163,7 @@ TEST(LayoutPairs, EachChangeHasItsWords) {
   }
 }
 
-TEST(LayoutPairs, InTlvLibrariesTheIdSaysWhatAFieldIs) {
+TEST(LayoutPairs, MatchesByIdInTlv) {
   const std::string swapped = "<entry name='b' id='2' type='uint32'/><entry name='a' id='3' type='uint32'/>";
   const std::string plain = "<entry name='a' id='2' type='uint32'/><entry name='b' id='3' type='uint32'/>";
   const Source old_source = Orders(plain, "TLV");
@@ -177,7 +176,7 @@ TEST(LayoutPairs, InTlvLibrariesTheIdSaysWhatAFieldIs) {
   EXPECT_EQ(DescribeChange(pairs[2], true), "renamed from b");
 }
 
-TEST(LayoutPairs, FieldsInsideStructuresAreMatchedWithinTheirs) {
+TEST(LayoutPairs, MatchesFieldsWithinTheirStructure) {
   const auto with = [](const std::string& inner) {
     return Library("<meta name='part'>" + inner +
                    "</meta><meta name='orders'><entry name='uid' type='uint32'/>"
@@ -202,7 +201,7 @@ TEST(Columns, CountCharactersNotBytes) {
   EXPECT_EQ(InColumns({Align::kLeft, Align::kRight}, {{"größe", "1"}, {"a", "22"}}), "größe   1\na      22\n");
 }
 
-TEST(Columns, LinesEndWithoutBlanks) {
+TEST(Columns, LinesHaveNoTrailingBlanks) {
   EXPECT_EQ(InColumns({Align::kLeft, Align::kLeft}, {{"a", ""}, {"bb", "c"}}), "a\nbb  c\n");
 }
 

@@ -1,5 +1,5 @@
-// Reports in programs that have set a locale, with other decimal points and other rules for upper and lower case: the tool sets
-// none, a store that links the checker may.
+// Reports in programs that set a locale with other decimal points and other rules for upper and lower case. The tool sets no
+// locale, but a store that links the checker may.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -15,7 +15,7 @@
 namespace report_test {
 namespace {
 
-// Reads, judges and shows some changes, in every form.
+// Some changes in every format.
 std::string AllReports() {
   std::string all;
   for (const std::string proposal : {"v7.xml", "v7-wider-key.xml", "v7-several-changes.xml"}) {
@@ -31,7 +31,7 @@ class OddNumbers : public std::numpunct<char> {
   std::string do_grouping() const override { return "\1"; }
 };
 
-TEST(Locale, OfStreamsChangesNoReport) {
+TEST(Locale, OfStreamsDoesNotMatter) {
   const std::string wanted = AllReports();
   const std::locale before = std::locale::global(std::locale(std::locale::classic(), new OddNumbers));
   const std::string reports = AllReports();
@@ -39,14 +39,14 @@ TEST(Locale, OfStreamsChangesNoReport) {
   EXPECT_EQ(reports, wanted);
 }
 
-// Makes a locale in a directory of its own, without a right to install one. False where the system lacks what it is made of.
+// Makes a locale in a temporary directory, which needs no root. False if the system lacks localedef or the sources.
 bool MakeLocale(const std::string& directory, const std::string& name) {
   const std::string make =
       "localedef --no-archive -i " + name + " -f UTF-8 '" + directory + "/" + name + ".UTF-8' >'" + directory + "/log' 2>&1";
   return std::system(make.c_str()) == 0;
 }
 
-TEST(Locale, OfTheCLibraryChangesNoReport) {
+TEST(Locale, OfTheCLibraryDoesNotMatter) {
   std::string directory = testing::TempDir() + "locales-XXXXXX";
   ASSERT_NE(::mkdtemp(directory.data()), nullptr);
   const std::string wanted = AllReports();
@@ -63,7 +63,7 @@ TEST(Locale, OfTheCLibraryChangesNoReport) {
     ++tried;
   }
   std::filesystem::remove_all(directory);
-  if (tried == 0) GTEST_SKIP() << "no localedef, or nothing to make a locale of";
+  if (tried == 0) GTEST_SKIP() << "no localedef, or no locale sources";
 }
 
 }  // namespace

@@ -9,12 +9,13 @@
 
 #include "models.h"
 #include "read_source.h"
-#include "schema/model_text.h"
-#include "schema/text_source.h"
+#include "schema/source.h"
+#include "schema/xml_writer.h"
 
 namespace report_test {
 namespace {
 
+using korvel::ApplyReplacements;
 using korvel::AttributesOf;
 using korvel::AttributeText;
 using korvel::EntryModel;
@@ -23,7 +24,6 @@ using korvel::KeyAttributes;
 using korvel::MetaModel;
 using korvel::Model;
 using korvel::ModelOf;
-using korvel::Replaced;
 using korvel::Rewriter;
 using korvel::Source;
 using korvel::SourceOfText;
@@ -50,7 +50,7 @@ std::string Rewritten(const std::string& text, const std::function<void(Model&)>
   change(model);
   const auto replacements = Rewriter(source, old_source).Rewrite(model);
   if (!replacements) return "cannot be written";
-  const std::string result = Replaced(text, *replacements);
+  const std::string result = ApplyReplacements(text, *replacements);
   EXPECT_EQ(ModelOf(ReadSource("result.xml", result), "orders"), model);
   return result;
 }
@@ -287,7 +287,7 @@ TEST(RewriteLaws, AnyModelCanBeWrittenIntoAnyLayout) {
     ++written;
     const auto replacements = Rewriter(*source, old_source).Rewrite(wanted);
     ASSERT_TRUE(replacements);
-    const std::string result = Replaced(text, *replacements);
+    const std::string result = ApplyReplacements(text, *replacements);
     const std::optional<Source> again = SourceOfText("again", result);
     ASSERT_TRUE(again) << text << "\n----\n" << result;
     ASSERT_EQ(ModelOf(*again, "t"), wanted) << text << "\n----\n" << result;

@@ -211,7 +211,7 @@ TableResult Zones(const Maker& maker) {
   finding.path = "zones" + maker.suffix();
   finding.old_location = table.declared;
   finding.new_location = maker.InNew({Kind::kMetalib}, "");
-  finding.suggestion = "no form of this change is allowed";
+  finding.suggestion = "no allowed alternative";
   finding.fingerprint = "0000000000000005";
   table.changes.emplace().findings = {finding};
   Answer(table);
@@ -225,13 +225,13 @@ TableResult OldStyle(const Maker& maker) {
   finding.path = "old_style.a-b" + maker.suffix();
   finding.old_location = maker.InOld({Kind::kEntry, kOldStyle, 1}, "name");
   finding.new_location = maker.InNew({Kind::kEntry, kNewStyle, 1}, "name");
-  finding.suggestion = "no form of this change is allowed";
+  finding.suggestion = "no allowed alternative";
   finding.fingerprint = "0000000000000006";
   table.changes.emplace().findings = {finding};
   table.changes->allowed_together = finding.verdict;
   table.changes->stopped = true;
   Answer(table);
-  // The whole check says it in other words.
+  // The whole check has another text.
   table.rule = "field-name.invalid";
   table.text = "CheckFieldNameValidate failed! table:'old_style" + maker.suffix() + "'";
   return table;
@@ -252,7 +252,8 @@ Sample EverythingReport(const std::string& suffix) {
   report.files = {{FileNote::Kind::kAdded, "", "added" + suffix + ".xml"},
                   {FileNote::Kind::kDeleted, "deleted" + suffix + ".xml", ""},
                   {FileNote::Kind::kMoved, "from" + suffix + ".xml", "to" + suffix + ".xml"}};
-  report.project = {{"waiver.expired", "korvelcheck" + suffix + ".toml", {3, 1}, "the waiver is over" + suffix, "take it out"}};
+  report.project = {
+      {"waiver.expired", "korvelcheck" + suffix + ".toml", {3, 1}, "the waiver expired on 2026-01-01" + suffix, "remove it"}};
   return std::move(maker.sample());
 }
 

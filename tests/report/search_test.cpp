@@ -32,10 +32,10 @@ class World {
  public:
   explicit World(std::size_t edits, std::vector<Rule> rules = {}) : rules_(std::move(rules)) {
     input_.needs.resize(edits);
-    input_.ask = [this](const std::vector<EditSet>& sets) {
+    input_.check = [this](const std::vector<EditSet>& sets) {
       std::vector<CheckAnswer> answers;
       for (const EditSet& set : sets) answers.push_back(AnswerTo(set));
-      asked_ += sets.size();
+      checked_ += sets.size();
       return answers;
     };
   }
@@ -45,10 +45,10 @@ class World {
   void SetNeeds(std::size_t edit, Edits needs) { input_.needs[edit] = std::move(needs); }
   const Edits& Needs(std::size_t edit) const { return input_.needs[edit]; }
   SearchInput& input() { return input_; }
-  std::size_t asked() const { return asked_; }
+  std::size_t checked() const { return checked_; }
 
   SearchResult Find() {
-    asked_ = 0;
+    checked_ = 0;
     return Search(input_);
   }
 
@@ -78,7 +78,7 @@ class World {
 
   std::vector<Rule> rules_;
   SearchInput input_;
-  std::size_t asked_ = 0;
+  std::size_t checked_ = 0;
 };
 
 Edits Chosen(const EditSet& set) {
@@ -223,7 +223,7 @@ TEST(Search, StopsAtTheMostRefusals) {
   const SearchResult result = world.Find();
   EXPECT_THAT(Shown(result.refusals), ElementsAre("0: rule 0", "1: rule 1", "2: rule 2"));
   EXPECT_TRUE(result.stopped);
-  EXPECT_LT(world.asked(), 600u);  // and not the 2,000 of all
+  EXPECT_LT(world.checked(), 600u);  // and not the 2,000 of all
 }
 
 TEST(Search, GoesOnWhenWhatItStoppedAtPasses) {
@@ -245,13 +245,13 @@ TEST(Search, StopsAtCombinationsToo) {
 TEST(Search, FewRefusalsTakeFewQuestions) {
   World world(100000, {{{123}}, {{55555}}, {{99999}}});
   EXPECT_EQ(world.Find().refusals.size(), 3u);
-  EXPECT_LT(world.asked(), 2u * 3u * 17u + 10u);
+  EXPECT_LT(world.checked(), 2u * 3u * 17u + 10u);
 }
 
 TEST(Search, ACombinationTakesFewQuestions) {
   World world(1 << 14, {{{5, 9000, 16000}}});
   EXPECT_THAT(Shown(world.Find().refusals), ElementsAre("5+9000+16000: rule 0"));
-  EXPECT_LT(world.asked(), 200u);
+  EXPECT_LT(world.checked(), 200u);
 }
 
 // --- Random worlds ---
@@ -346,7 +346,7 @@ class SearchLaws {
     }
   }
 
-  // Every edit is allowed, refused, waits for a refused one, makes no schema, or nobody asked any more.
+  // Every edit is allowed, refused, waits for a refused one, makes no schema, or nobody checked any more.
   void CheckThatTheWholeIsExplained() const {
     if (result_.stopped) return;
     EditSet refused(result_.allowed.size());

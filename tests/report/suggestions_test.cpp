@@ -1,5 +1,6 @@
 // Ways out: what is offered for which change, that the checker allows it, and that a fix makes that and nothing else.
 #include "analysis/suggest/suggestions.h"
+#include "analysis/findings/run_checker.h"
 
 #include <gmock/gmock.h>
 
@@ -9,7 +10,7 @@
 #include "analysis/suggest/element_text.h"
 #include "analysis/suggest/suggest.h"
 #include "read_source.h"
-#include "schema/text_source.h"
+#include "schema/source.h"
 
 namespace report_test {
 namespace {
@@ -48,7 +49,7 @@ Fixed Fix(const Sides& sides) {
   const Source new_source =
       ReadSource("new.xml", Library(sides.new_version, sides.protocol, sides.new_attributes, sides.new_fields));
   const Settings settings = ResolveSettings(sides.given, old_source, "t");
-  const Verdict whole = AskChecker(old_source.Library(), new_source.Library(), "t", settings);
+  const Verdict whole = RunChecker(old_source.Library(), new_source.Library(), "t", settings);
   const Difference difference(old_source, new_source, "t");
   Fixed fixed;
   fixed.changes = FindChanges(difference, old_source, new_source, "t", settings, whole, kMaxFindings);
@@ -56,10 +57,10 @@ Fixed Fix(const Sides& sides) {
   FindSuggestions(difference, old_source, new_source, "t", settings, fixed.changes, true);
   const auto built = Build(fixed.suggestion.model);
   EXPECT_TRUE(built);
-  const bool refused = AskChecker(old_source.Library(), built->get(), "t", settings).Refused();
+  const bool refused = RunChecker(old_source.Library(), built->get(), "t", settings).Refused();
   EXPECT_EQ(fixed.suggestion.allowed, !refused) << "what it says about the suggestion";
   for (const Finding& finding : fixed.changes.findings) {
-    fixed.fixed.push_back(Replaced(new_source.text->bytes, finding.fix));
+    fixed.fixed.push_back(ApplyReplacements(new_source.text->bytes, finding.fix));
     EXPECT_FALSE(finding.suggestion.empty());
   }
   return fixed;
@@ -77,35 +78,39 @@ const LegalForm kLegalForms[] = {
     {"an added field without a version",
      {"", "<entry name=\"note\" id=\"2\" type=\"int8\"/>\n"},
      true,
-     "give note version 6, which is above the old library's 5",
+     "set the version of note to 6, above the old library's 5",
      "<entry name=\"note\" id=\"2\" type=\"int8\" version=\"6\"/>\n"},
     {"the library keeps its version",
      {"", "<entry name=\"note\" id=\"2\" type=\"int8\" version=\"5\"/>\n", "QMX", 5, 5},
      true,
-     "give note version 6, which is above the old library's 5",
+     "set the version of note to 6, above the old library's 5",
      "<metalib name=\"m\" version=\"6\" protocol=\"QMX\">"},
     {"a name of other bytes",
      {"", "<entry name=\"net price\" id=\"2\" type=\"int8\" version=\"6\"/>\n"},
      true,
-     "call it net_price",
+     "rename it to net_price",
      "<entry name=\"net_price\" id=\"2\""},
     {"a name that starts with a digit",
      {"", "<entry name=\"2nd\" id=\"2\" type=\"int8\" version=\"6\"/>\n"},
      true,
-     "call it _2nd",
+     "rename it to _2nd",
      "name=\"_2nd\""},
-    {"an empty name", {"", "<entry name=\"\" id=\"2\" type=\"int8\" version=\"6\"/>\n"}, true, "call it field", "name=\"field\""},
+    {"an empty name",
+     {"", "<entry name=\"\" id=\"2\" type=\"int8\" version=\"6\"/>\n"},
+     true,
+     "rename it to field",
+     "name=\"field\""},
     {"a name that is too long, while what it is cut to is taken",
      {"<entry name=\"nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn\" id=\"2\" type=\"int8\"/>\n",
       "<entry name=\"nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn\" id=\"2\" type=\"int8\"/>\n"
       "<entry name=\"nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn\" id=\"3\" type=\"int8\" version=\"6\"/>\n"},
      true,
-     "call it nnnnnnnnnnnnnnnnnnnnnnnnnnnnn_2",
+     "rename it to nnnnnnnnnnnnnnnnnnnnnnnnnnnnn_2",
      "name=\"nnnnnnnnnnnnnnnnnnnnnnnnnnnnn_2\" id=\"3\""},
     {"both a name and a version",
      {"", "<entry name=\"a-b\" id=\"2\" type=\"int8\"/>\n"},
      true,
-     "give a-b version 6, which is above the old library's 5; call it a_b",
+     "set the version of a-b to 6, above the old library's 5; rename it to a_b",
      "<entry name=\"a_b\" id=\"2\" type=\"int8\" version=\"6\"/>\n"},
     {"a field of another type",
      {"<entry name=\"zone\" id=\"2\" type=\"uint32\"/>\n", "<entry name=\"zone\" id=\"2\" type=\"int64\"/>\n"},
@@ -122,7 +127,7 @@ const LegalForm kLegalForms[] = {
      {"<entry name=\"zone\" id=\"2\" type=\"int8\" count=\"3\"/>\n",
       "<entry name=\"zone\" id=\"2\" type=\"int8\" count=\"2\"/>\n"},
      false,
-     "leave the change out: keep zone at a count of 3",
+     "leave out the change: keep zone at a count of 3",
      "<entry name=\"zone\" id=\"2\" type=\"int8\" count=\"3\"/>\n"},
     {"another structure",
      {"<entry name=\"in\" id=\"2\" type=\"box\"/>\n", "<entry name=\"in\" id=\"2\" type=\"bag\"/>\n"},
@@ -132,58 +137,58 @@ const LegalForm kLegalForms[] = {
     {"a smaller text",
      {"<entry name=\"s\" id=\"2\" type=\"string\" size=\"9\"/>\n", "<entry name=\"s\" id=\"2\" type=\"string\" size=\"8\"/>\n"},
      false,
-     "leave the change out: keep s at 9 bytes",
+     "leave out the change: keep s at 9 bytes",
      "size=\"9\""},
     {"a removed field",
      {"<entry name=\"s\" id=\"2\" type=\"int8\"/>\n", ""},
      false,
-     "leave the change out: keep field s; whoever does not need it any more may stop writing it",
+     "leave out the change: keep field s; programs that no longer need it can stop writing it",
      "<entry name=\"s\" id=\"2\" type=\"int8\"/>\n"},
     {"a renamed field",
      {"<entry name=\"s\" id=\"2\" type=\"int8\"/>\n", "<entry name=\"r\" id=\"2\" type=\"int8\"/>\n", "TLV"},
      false,
-     "leave the change out: keep the name s",
+     "leave out the change: keep the name s",
      "<entry name=\"s\" id=\"2\" type=\"int8\"/>\n"},
     {"a moved field",
      {"<entry name=\"s\" id=\"2\" type=\"int8\"/>\n<entry name=\"r\" id=\"3\" type=\"int8\"/>\n",
       "<entry name=\"r\" id=\"3\" type=\"int8\"/>\n<entry name=\"s\" id=\"2\" type=\"int8\"/>\n"},
      false,
-     "leave the change out: leave field r where it is",
+     "leave out the change: leave field r where it is",
      "<entry name=\"s\" id=\"2\" type=\"int8\"/>\n<entry name=\"r\" id=\"3\" type=\"int8\"/>\n"},
     {"an index",
      {"", "<index name=\"i\"><column entry=\"uid\"/></index>\n"},
      false,
-     "leave the change out: do without index i; a new table may have it from its first day",
+     "leave out the change: do not add index i; a new table may have it",
      "<primarykey entries=\"uid\"/>\n</meta>"},
     {"slots of a list that the server has not",
      {"", "", "QMX", 5, 6, "", "TableType=LIST;ListNum=12", {1, std::nullopt, std::nullopt, std::nullopt, 10}},
      true,
-     "say ListNum=10, which is what the server holds",
+     "set ListNum=10, the value on the server",
      "customattr=\"TableType=LIST;ListNum=10\""},
     {"an attribute more",
      {"", "", "QMX", 5, 6, "TableType=GENERIC;DataProtocol=QMX", "odd"},
      false,
-     "leave the change out: keep the attributes of table t: TableType=GENERIC;DataProtocol=QMX",
+     "leave out the change: keep the attributes of table t: TableType=GENERIC;DataProtocol=QMX",
      "customattr=\"TableType=GENERIC;DataProtocol=QMX\""},
     {"another type of table where none was said",
      {"", "", "QMX", 5, 6, "", "TableType=GENERIC", {1, std::nullopt, std::nullopt, std::nullopt, 10}},
      false,
-     "leave the change out: do without TableType of table t",
+     "leave out the change: do not add TableType to table t",
      "<meta name=\"t\">"},
     {"a splittable key",
      {"", "<splittablekey entries=\"uid\"/>\n"},
      false,
-     "leave the change out: do without a splittable key; a new table may have one from its first day",
+     "leave out the change: do not add a splittable key; a new table may have one",
      "<primarykey entries=\"uid\"/>\n</meta>"},
     {"a second attribute",
      {"<entry name=\"s\" id=\"2\" type=\"int8\"/>\n", "<entry name=\"s\" id=\"2\" type=\"int8\" customattr2=\"pii\"/>\n"},
      false,
-     "leave the change out: do without a customattr2 of s",
+     "leave out the change: do not add a customattr2 to s",
      "<entry name=\"s\" id=\"2\" type=\"int8\"/>\n"},
     {"fewer slots",
      {"", "", "QMX", 5, 6, "TableType=LIST;ListNum=12", "TableType=LIST;ListNum=10"},
      false,
-     "leave the change out: keep ListNum of table t: 12",
+     "leave out the change: keep ListNum of table t: 12",
      "customattr=\"TableType=LIST;ListNum=12\""},
 };
 
@@ -220,7 +225,7 @@ std::string TwoTables(const std::string& protocol, const std::string& fields, co
 Changes WaysOutOf(const std::string& before, const Source& new_source) {
   const Source old_source = ReadSource("old.xml", before);
   const Settings settings = ResolveSettings({}, old_source, "t");
-  const Verdict whole = AskChecker(old_source.Library(), new_source.Library(), "t", settings);
+  const Verdict whole = RunChecker(old_source.Library(), new_source.Library(), "t", settings);
   const Difference difference(old_source, new_source, "t");
   Changes changes = FindChanges(difference, old_source, new_source, "t", settings, whole, kMaxFindings);
   FindSuggestions(difference, old_source, new_source, "t", settings, changes, true);
@@ -257,7 +262,8 @@ TEST(WaysOut, AFixLeavesNoStructureWithoutFields) {
   };
   const Source new_source = ReadSource("new.xml", library("9b"));
   for (const Finding& finding : WaysOutOf(library("a"), new_source).findings) {
-    EXPECT_NE(SourceOfText("fixed.xml", Replaced(new_source.text->bytes, finding.fix)), std::nullopt) << finding.verdict.text;
+    EXPECT_NE(SourceOfText("fixed.xml", ApplyReplacements(new_source.text->bytes, finding.fix)), std::nullopt)
+        << finding.verdict.text;
   }
 }
 
@@ -299,7 +305,7 @@ TEST(WaysOut, EachFixMakesOneFormAlone) {
 TEST(WaysOut, NothingComesAfterTheLargestVersion) {
   const Fixed fixed = Fix({"", "<entry name=\"n\" id=\"2\" type=\"int8\"/>\n", "QMX", 2147483647, 2147483647});
   ASSERT_EQ(fixed.changes.findings.size(), 1u);
-  EXPECT_EQ(fixed.changes.findings[0].suggestion, "leave the change out: do without field n");
+  EXPECT_EQ(fixed.changes.findings[0].suggestion, "leave out the change: do not add field n");
   EXPECT_FALSE(fixed.changes.findings[0].has_fix);
   EXPECT_TRUE(fixed.suggestion.allowed);
 }
@@ -313,7 +319,7 @@ TEST(WaysOut, WhatIsRefusedAsItStoodHasNone) {
     EXPECT_FALSE(finding.has_fix) << "nothing can be verified on top of it";
     if (!finding.edits.empty()) continue;
     found = true;
-    EXPECT_TRUE(finding.suggestion.starts_with("no form of this change is allowed: ")) << finding.suggestion;
+    EXPECT_TRUE(finding.suggestion.starts_with("no allowed alternative: ")) << finding.suggestion;
   }
   EXPECT_TRUE(found);
 }
@@ -324,12 +330,12 @@ TEST(WaysOut, ATableThatIsGoneIsPutBack) {
       "new.xml",
       "<metalib name=\"m\" version=\"6\" protocol=\"QMX\"><meta name=\"s\"><entry name=\"a\" type=\"int8\"/></meta></metalib>");
   const Settings settings = ResolveSettings({}, old_source, "t");
-  const Verdict whole = AskChecker(old_source.Library(), new_source.Library(), "t", settings);
+  const Verdict whole = RunChecker(old_source.Library(), new_source.Library(), "t", settings);
   Changes changes = FindRemovedTable(old_source, new_source, "t", settings, whole);
   const Suggestion suggestion = FindSuggestionsForRemovedTable(old_source, new_source, "t", settings, changes);
   EXPECT_TRUE(suggestion.allowed);
   EXPECT_EQ(suggestion.model.version, 6);
-  EXPECT_EQ(changes.findings.at(0).suggestion, "no form of this change is allowed: keep table t, used or not");
+  EXPECT_EQ(changes.findings.at(0).suggestion, "no allowed alternative: keep table t, even if it is unused");
   EXPECT_FALSE(changes.findings[0].has_fix);
 }
 

@@ -1,4 +1,4 @@
-// Marks: from an element and an attribute to a line, a column and a span.
+// Text ranges: line, column and span of an element or attribute.
 #include "report/result/text_ranges.h"
 
 #include <gmock/gmock.h>
@@ -28,18 +28,18 @@ constexpr char kMall[] =
     "</metalib>\n";
 
 // "LINE:COLUMN-LINE:COLUMN text"
-std::string ToText(const Source& source, const TextRange& mark) {
-  if (!mark.begin) return mark.file;
+std::string ToText(const Source& source, const TextRange& range) {
+  if (!range.begin) return range.file;
   const auto place = [](const qmx::LineColumn& at) { return std::to_string(at.line) + ":" + std::to_string(at.column); };
-  return place(*mark.begin) + "-" + place(mark.end) + " " +
-         std::string(source.text->bytes.substr(mark.span.begin, mark.span.end - mark.span.begin));
+  return place(*range.begin) + "-" + place(range.end) + " " +
+         std::string(source.text->bytes.substr(range.span.begin, range.span.end - range.span.begin));
 }
 
 struct PlaceCase {
   const char* what;
   ElementId element;
   const char* attribute;
-  const char* told;
+  const char* text;
 };
 
 constexpr PlaceCase kCases[] = {
@@ -57,17 +57,17 @@ constexpr PlaceCase kCases[] = {
     {"an attribute over lines", {Kind::kPrimaryKey, 0}, "entries", "6:26-7:6 zone\n zone"},
 };
 
-TEST(FindTextRanges, PlacesAreThese) {
+TEST(FindTextRanges, ResolvesLocations) {
   const Source mall = ReadSource("mall.xml", kMall);
   for (const PlaceCase& test : kCases) {
-    const auto marks = FindTextRanges({Location{&mall, test.element, test.attribute}});
-    ASSERT_TRUE(marks.at(0)) << test.what;
-    EXPECT_EQ(ToText(mall, *marks[0]), test.told) << test.what;
-    EXPECT_EQ(marks[0]->file, "mall.xml");
+    const auto ranges = FindTextRanges({Location{&mall, test.element, test.attribute}});
+    ASSERT_TRUE(ranges.at(0)) << test.what;
+    EXPECT_EQ(ToText(mall, *ranges[0]), test.text) << test.what;
+    EXPECT_EQ(ranges[0]->file, "mall.xml");
   }
 }
 
-TEST(FindTextRanges, ManyAtOnceAreWhatEachIsAlone) {
+TEST(FindTextRanges, ManyAtOnceEqualOneByOne) {
   const Source mall = ReadSource("mall.xml", kMall);
   const Source other = ReadSource("other.xml", kMall);
   std::vector<Location> locations;
@@ -76,49 +76,50 @@ TEST(FindTextRanges, ManyAtOnceAreWhatEachIsAlone) {
     locations.push_back({&other, test.element, test.attribute});
     locations.push_back({});
   }
-  const auto marks = FindTextRanges(locations);
-  ASSERT_EQ(marks.size(), locations.size());
-  for (std::size_t i = 0; i < marks.size(); ++i) {
-    ASSERT_EQ(marks[i].has_value(), locations[i].source != nullptr);
-    if (!marks[i]) continue;
+  const auto ranges = FindTextRanges(locations);
+  ASSERT_EQ(ranges.size(), locations.size());
+  for (std::size_t i = 0; i < ranges.size(); ++i) {
+    ASSERT_EQ(ranges[i].has_value(), locations[i].source != nullptr);
+    if (!ranges[i]) continue;
     const auto alone = FindTextRanges({locations[i]});
-    EXPECT_EQ(ToText(*locations[i].source, *marks[i]), ToText(*locations[i].source, *alone[0]));
-    EXPECT_EQ(marks[i]->line, alone[0]->line);
-    EXPECT_EQ(marks[i]->line_begin, alone[0]->line_begin);
+    EXPECT_EQ(ToText(*locations[i].source, *ranges[i]), ToText(*locations[i].source, *alone[0]));
+    EXPECT_EQ(ranges[i]->line, alone[0]->line);
+    EXPECT_EQ(ranges[i]->line_begin, alone[0]->line_begin);
   }
 }
 
-TEST(FindTextRanges, LinesAreWhatStandsBetweenTheirEnds) {
+TEST(FindTextRanges, LinesEndAtAnyLineEnd) {
   const Source crlf = ReadSource("crlf.xml",
                                  "\xef\xbb\xbf<metalib name=\"m\" version=\"1\">\r\n<meta name=\"a\">\r"
                                  "<entry name=\"x\" type=\"int8\"/>\n</meta></metalib>");
-  const auto marks = FindTextRanges({{&crlf, {Kind::kMetalib}, ""}, {&crlf, {Kind::kMeta}, ""}, {&crlf, {Kind::kEntry}, "name"}});
-  EXPECT_EQ(marks[0]->line, "<metalib name=\"m\" version=\"1\">") << "without the byte order mark";
-  EXPECT_EQ(marks[0]->line_begin, 3u);
-  EXPECT_EQ(marks[0]->begin->column, 1u);
-  EXPECT_EQ(marks[1]->line, "<meta name=\"a\">");
-  EXPECT_EQ(marks[2]->line, "<entry name=\"x\" type=\"int8\"/>");
+  const auto ranges =
+      FindTextRanges({{&crlf, {Kind::kMetalib}, ""}, {&crlf, {Kind::kMeta}, ""}, {&crlf, {Kind::kEntry}, "name"}});
+  EXPECT_EQ(ranges[0]->line, "<metalib name=\"m\" version=\"1\">") << "without the byte order range";
+  EXPECT_EQ(ranges[0]->line_begin, 3u);
+  EXPECT_EQ(ranges[0]->begin->column, 1u);
+  EXPECT_EQ(ranges[1]->line, "<meta name=\"a\">");
+  EXPECT_EQ(ranges[2]->line, "<entry name=\"x\" type=\"int8\"/>");
 }
 
-TEST(FindTextRanges, AnImageHasNoLines) {
+TEST(FindTextRanges, ImageHasNoLines) {
   Source image = ReadSource("mall.qmb", kMall);
   image.text.reset();
-  const auto marks = FindTextRanges({{&image, {Kind::kMeta}, "name"}});
-  EXPECT_EQ(marks[0]->file, "mall.qmb");
-  EXPECT_EQ(marks[0]->begin, std::nullopt);
+  const auto ranges = FindTextRanges({{&image, {Kind::kMeta}, "name"}});
+  EXPECT_EQ(ranges[0]->file, "mall.qmb");
+  EXPECT_EQ(ranges[0]->begin, std::nullopt);
 }
 
-TEST(TextRanges, AreFoundByTheirLocation) {
+TEST(TextRanges, FindByLocation) {
   const Source mall = ReadSource("mall.xml", kMall);
   const Location type{&mall, {Kind::kEntry, 0, 0}, "type"};
   const Location name{&mall, {Kind::kEntry, 0, 1}, "name"};
-  const TextRanges marks({name, type, {}, type});
-  EXPECT_EQ(ToText(mall, *marks.Find(type)), "3:24-3:30 uint32");
-  EXPECT_EQ(ToText(mall, *marks.Find(name)), "3:59-3:63 zone");
-  EXPECT_EQ(marks.Find({}), nullptr);
+  const TextRanges ranges({name, type, {}, type});
+  EXPECT_EQ(ToText(mall, *ranges.Find(type)), "3:24-3:30 uint32");
+  EXPECT_EQ(ToText(mall, *ranges.Find(name)), "3:59-3:63 zone");
+  EXPECT_EQ(ranges.Find({}), nullptr);
 }
 
-TEST(FindPositions, KeepTheOrderOfTheOffsets) {
+TEST(FindPositions, KeepsTheOrderOfOffsets) {
   const auto positions = FindPositions("ab\ncd\n", {4, 0, 3, 6});
   ASSERT_EQ(positions.size(), 4u);
   EXPECT_EQ(positions[0].line, 2u);

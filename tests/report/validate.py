@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Holds JSON documents against a JSON Schema.
+"""Validates JSON documents with a JSON Schema.
 
 Usage: validate.py SCHEMA DOCUMENT...
 
-Prints each fault as FILE: MEMBER: what is wrong; the status is 1 when there is one, and when the schema itself is wrong.
+Prints each fault as FILE: MEMBER: message; the exit status is 1 if there is one, or if the schema itself is invalid.
 """
 
 import json

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Holds reports in every format against the schemas of the formats, against the sources that they point into, and against each other.
+"""Compares reports in every format with the schemas of the formats, with the sources that they refer to, and with each other.
 
 Usage: validate_reports.py TOP DIRECTORY
 
-TOP is the project, from where reports name their files; DIRECTORY has a document NAME.FORMAT for each format. Prints each fault
-as NAME.FORMAT: what is wrong; the status is 1 when there is one.
+TOP is the directory of the project, to which file names in reports are relative. DIRECTORY has a document NAME.FORMAT for each
+format. Prints each fault as NAME.FORMAT: message; the exit status is 1 if there is one.
 """
 
 import collections
@@ -18,7 +18,7 @@ import xml.etree.ElementTree
 
 import jsonschema
 
-# Elements of HTML that have no end.
+# HTML elements without an end tag.
 VOID = {"br", "input", "link", "meta"}
 PROPERTY = r"[a-zA-Z]+=[^,:\n]+"
 COMMAND = re.compile(rf"::(error|notice) {PROPERTY}(,{PROPERTY})*::\S.*")
@@ -32,7 +32,7 @@ def validator_of(path):
 
 
 class Tags(html.parser.HTMLParser):
-    """Which tags of a page are not closed in the order in which they are opened."""
+    """Finds tags of a page that are not closed in reverse order."""
 
     def __init__(self):
         super().__init__()
@@ -47,7 +47,7 @@ class Tags(html.parser.HTMLParser):
 
     def handle_endtag(self, tag):
         if not self.open or self.open.pop() != tag:
-            self.faults.append(f"</{tag}> at {self.getpos()} ends what did not begin there")
+            self.faults.append(f"</{tag}> at {self.getpos()} does not match the open tag")
 
 
 class Reports:
@@ -75,20 +75,30 @@ class Reports:
             self.expect(False, name, f"{'.'.join(map(str, fault.absolute_path))}: {fault.message[:500]}")
 
     def has_all_findings(self, name, fingerprints):
-        """Each once; a service wants no fingerprint twice, so those that repeat have a number behind them."""
-        self.expect(len(fingerprints) == len(set(fingerprints)), name, "a fingerprint stands twice")
+        """Each finding once. Fingerprints are unique in a document: repeated ones have a number appended."""
+        self.expect(len(fingerprints) == len(set(fingerprints)), name, "a fingerprint occurs twice")
         found = collections.Counter(fingerprint.split("-")[0] for fingerprint in fingerprints)
         self.expect(found == collections.Counter(finding["fingerprint"] for finding in self.findings), name, "other findings than json")
 
-    def tells_all_findings(self, name, text):
-        """The words of each, in a form that is free to escape them."""
+    def has_all_summaries(self, name, summaries):
+        """Each message begins with the plain summary of a finding."""
+        expected = {finding["summary"] for finding in self.findings}
+        for summary in summaries:
+            self.expect(any(summary == plain or summary.startswith(plain + ": ") for plain in expected), name, f"no summary: {summary}")
+
+    def mentions_all_findings(self, name, text):
+        """Identifiers of each finding, which no format escapes."""
         for finding in self.findings:
-            for said in (finding["fingerprint"], finding["rule"], finding["code_name"]):
-                self.expect(not said or said in text, name, f"{said} is not there")
+            for word in (finding["fingerprint"], finding["rule"], finding["code_name"]):
+                self.expect(not word or word in text, name, f"{word} is missing")
 
     def check_text(self, text):
-        self.tells_all_findings("text", text)
+        self.mentions_all_findings("text", text)
         self.expect(text.startswith(f"verdict: {self.report['verdict']}\n"), "text", "another verdict")
+        lines = re.findall(r"^\S.*: (?:refused|waived) (?:\[\S+\] )?(.*)$", text, re.MULTILINE)
+        for finding in self.findings:
+            self.expect(finding["summary"] in lines, "text", f"no line starts with {finding['summary']}")
+            self.expect(f"  checker: {finding['text'] or '(no text)'}\n" in text or not finding["text"].isprintable(), "text", f"{finding['text']} is missing")
         carets = len(re.findall(r"^ +\| [ \t]*\^~*$", text, re.MULTILINE))
         self.expect(carets >= len(self.findings), "text", f"{carets} carets for {len(self.findings)} findings")
 
@@ -106,6 +116,7 @@ class Reports:
         run = log["runs"][0]
         rules = run["tool"]["driver"]["rules"]
         self.has_all_findings("sarif", [result["partialFingerprints"]["korvelcheck/v1"] for result in run["results"]])
+        self.has_all_summaries("sarif", [result["message"]["text"].split("\n")[0] for result in run["results"]])
         for result in run["results"]:
             self.expect(rules[result["ruleIndex"]]["id"] == result["ruleId"], "sarif", "a rule at another index")
             for location in result["locations"] + result.get("relatedLocations", []):
@@ -118,7 +129,7 @@ class Reports:
         return (self.top / urllib.parse.unquote(location["uri"])).read_bytes()
 
     def piece(self, source, region):
-        """What lies between the lines and columns of a region."""
+        """The text between the lines and columns of a region."""
         lines = source.decode().splitlines(keepends=True) + [""]
         def offset(line, column):
             return sum(map(len, lines[:line - 1])) + column - 1
@@ -135,7 +146,7 @@ class Reports:
         for part in change["replacements"]:
             region = part["deletedRegion"]
             piece = source[region["byteOffset"]:region["byteOffset"] + region["byteLength"]].decode()
-            self.expect(self.piece(source, region) == piece, "sarif", f"{region} is two pieces")
+            self.expect(self.piece(source, region) == piece, "sarif", f"{region} has different text by lines and by bytes")
 
     def check_junit(self, text):
         root = xml.etree.ElementTree.fromstring(text)
@@ -145,32 +156,35 @@ class Reports:
         each = [finding for table in self.report["tables"] for finding in table.get("changes", {"findings": []})["findings"]]
         types = collections.Counter(failure.get("type") for failure in root.iter("failure"))
         self.expect(types == collections.Counter(finding["rule"] for finding in each), "junit", "other failures than json has findings")
+        self.has_all_summaries("junit", [failure.get("message") for failure in root.iter("failure")])
         self.expect(len(root.findall(".//testcase")) == len(self.report["tables"]), "junit", "other tests than json has tables")
 
     def check_github(self, text):
         lines = text.splitlines()
         self.expect(len(lines) == 1 + len(self.findings), "github", f"{len(lines)} commands")
         for line in lines:
-            self.expect(COMMAND.fullmatch(line), "github", f"no command: {line}")
+            self.expect(COMMAND.fullmatch(line), "github", f"not a command: {line}")
+        self.has_all_summaries("github", [urllib.parse.unquote(line.split("::", 2)[2]).split("\n")[0] for line in lines[1:]])
 
     def check_gitlab(self, text):
         entries = json.loads(text)
         self.is_valid("gitlab", entries)
         self.has_all_findings("gitlab", [entry["fingerprint"] for entry in entries])
+        self.has_all_summaries("gitlab", [entry["description"] for entry in entries])
 
     def check_markdown(self, text):
         rows = [line for line in text.splitlines() if line.startswith("| ")][1:]
         self.expect(len(rows) == len(self.findings), "markdown", f"{len(rows)} rows")
         for row in rows:
-            self.expect(row.count("|") == 5, "markdown", f"other cells than four: {row}")
+            self.expect(row.count("|") == 5, "markdown", f"not four cells: {row}")
         if len(self.findings) <= 50:
-            self.tells_all_findings("markdown", text)
+            self.mentions_all_findings("markdown", text)
 
     def check_html(self, text):
         tags = Tags()
         tags.feed(text)
         self.expect(not tags.open and not tags.faults, "html", f"{tags.open} {tags.faults[:3]}")
-        self.tells_all_findings("html", text)
+        self.mentions_all_findings("html", text)
 
 
 def main():

@@ -67,9 +67,8 @@ Library Mall() {
                          {.name = "box", .type = "box%s", .id = 4}}}});
 }
 
-EntryMatch Match(const Schema& old_schema, const Schema& new_schema, const char* field) {
-  return korvel::MatchEntries(old_schema.Lib(), old_schema.Entry("mall%s", field), new_schema.Lib(),
-                              new_schema.Entry("mall%s", field));
+EntryMatch Match(const Schema& left, const Schema& right, const char* field) {
+  return korvel::MatchEntries(left.Lib(), left.Entry("mall%s", field), right.Lib(), right.Entry("mall%s", field));
 }
 
 class EntryMember : public testing::TestWithParam<MemberRow> {};

@@ -106,6 +106,11 @@ TEST(Refusals, OtherTextsLeadNowhere) {
 
 // --- The row that an object names ---
 
+TEST(FindRefusal, FindsEachRowByItsId) {
+  for (const korvel::RefusalRow* row : korvel::AllRefusals()) EXPECT_EQ(korvel::FindRefusal(row->id), row) << row->id;
+  EXPECT_EQ(korvel::FindRefusal("primary-key"), nullptr);
+}
+
 TEST(GetRefusal, IsNullForANewObject) { EXPECT_EQ(ModifyTable().GetRefusal(), nullptr); }
 
 TEST(GetRefusal, IsThatOfTheLastOperation) {

@@ -158,6 +158,23 @@ TEST(LongList, IsSearchedToItsEnd) {
   }
 }
 
+// The keys in front of the added field are shared by both sides; the added one must not be found on the old side.
+TEST(LongList, HasNoFieldThatOnlyTheOtherSideHas) {
+  const auto table = [](int fields, int added_version) {
+    Table made{.name = "t"};
+    for (int i = 0; i < fields; ++i) {
+      if (i == 12 && added_version > 0) made.fields.push_back({"added", "int32", 0, 99, added_version});
+      made.fields.push_back({"f" + std::to_string(i), "int32", 0, i});
+    }
+    return Of({made}).Build();
+  };
+  const Schema old_schema = table(30, 0), new_schema = table(30, 6), late_schema = table(30, 5);
+  ModifyTable checker;
+  EXPECT_EQ(kVersion.ask(checker, old_schema, new_schema, nullptr), 0);
+  EXPECT_EQ(kOrder.ask(checker, old_schema, new_schema, nullptr), 0);
+  EXPECT_EQ(kVersion.ask(checker, old_schema, late_schema, nullptr), -8);
+}
+
 // A field that is the same on both sides, but not the first of its name there, is no part of the common prefix.
 TEST(LongList, OfRepeatedNamesIsComparedWithTheFirst) {
   for (const std::size_t fields : {3U, 20U}) {

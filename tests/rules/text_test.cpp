@@ -125,7 +125,7 @@ TEST(LogRecord, CarriesTheMethodsFileAndLine) {
   EXPECT_EQ(log.records[1].function, "CompareSplittableKey");
   EXPECT_NE(log.records[0].line, log.records[1].line);
   for (const support::LogRecord& record : log.records) {
-    EXPECT_TRUE(record.as_agreed);
+    EXPECT_TRUE(record.is_valid);
     EXPECT_EQ(record.format, "%s");
     EXPECT_TRUE(record.file.starts_with("src/common/modify_table")) << record.file;
   }

@@ -1,4 +1,4 @@
-// Compares what was made with a file that someone has read.
+// Compares results with golden files.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -18,7 +18,7 @@ inline std::string ReadGolden(const std::filesystem::path& path) {
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-// With KORVEL_UPDATE_GOLDENS set, writes the file instead.
+// Expects that the file contains `actual`. If KORVEL_UPDATE_GOLDENS is set, writes the file instead.
 inline void ExpectGolden(const std::filesystem::path& path, const std::string& actual) {
   if (std::getenv("KORVEL_UPDATE_GOLDENS") != nullptr) {
     std::filesystem::create_directories(path.parent_path());
@@ -28,7 +28,8 @@ inline void ExpectGolden(const std::filesystem::path& path, const std::string& a
   EXPECT_EQ(ReadGolden(path), actual) << path;
 }
 
-// A golden that no test reads would go bad unseen. `known` are the names of files in the directory.
+// Expects that the directory contains no file whose name is not `known`: a golden that no test reads would become wrong
+// unnoticed.
 inline void ExpectNoOtherGoldens(const std::filesystem::path& directory, const std::set<std::string>& known) {
   for (const auto& file : std::filesystem::directory_iterator(directory)) {
     EXPECT_TRUE(known.contains(file.path().filename().string())) << file.path() << " is read by no test";

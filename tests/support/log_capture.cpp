@@ -6,7 +6,7 @@ namespace support {
 namespace {
 
 constexpr char kLogOnly[] = ", log only";
-constexpr std::size_t kLongestBufferText = 1023;
+constexpr std::size_t kMaxBufferText = 1023;
 
 int calls_without_category = 0;
 
@@ -27,7 +27,7 @@ std::string Line(const std::string& priority, const std::string& method, const s
   return priority + " " + method + ": " + text;
 }
 
-bool IsAsAgreed(const tagVeskEvent& event) {
+bool IsValid(const tagVeskEvent& event) {
   const std::string file = event.evt_loc->loc_file;
   return event.evt_is_msg_binary == 0 && event.evt_id == 0 && event.evt_cls == 0 && event.evt_loc->loc_data == nullptr &&
          event.evt_loc->loc_line > 0 && file.starts_with("src/common/modify_table") && file.ends_with(".cpp");
@@ -41,16 +41,16 @@ LogRecord MakeRecord(const tagVeskEvent& event, const char* format, va_list argu
   record.line = event.evt_loc->loc_line;
   record.format = format;
   record.text = FormatV(format, arguments);
-  record.as_agreed = IsAsAgreed(event);
+  record.is_valid = IsValid(event);
   return record;
 }
 
-// A text that was cut stays as long as it was: the word LINE and the number need not have the same length.
+// A truncated text keeps its length, because LINE and the number may differ in length.
 std::string ReplaceLine(const LogRecord& record) {
   const std::string place = record.file + "(" + std::to_string(record.line) + ")-<";
   if (!record.text.starts_with(place)) return record.text;
   std::string text = record.file + "(LINE)-<" + record.text.substr(place.size());
-  if (record.text.size() == kLongestBufferText) text.resize(kLongestBufferText);
+  if (record.text.size() == kMaxBufferText) text.resize(kMaxBufferText);
   return text;
 }
 
@@ -60,7 +60,7 @@ std::vector<std::string> CaptureCategory::Lines() const {
   std::vector<std::string> lines;
   for (const LogRecord& record : records) {
     const std::string method = record.function + (record.format == "%s" ? "" : kLogOnly);
-    const std::string mark = record.as_agreed ? "" : "[event not as agreed] ";
+    const std::string mark = record.is_valid ? "" : "[invalid event] ";
     lines.push_back(mark + Line(PriorityName(record.priority), method, ReplaceLine(record)));
   }
   return lines;

@@ -1,5 +1,5 @@
-// A log category that remembers what is asked of it and what is written to it. Stands in for the logging library: whoever links
-// this needs no other implementation of vesk_category.h.
+// A log category that records its calls. It replaces the logging library: a program that links this needs no other implementation
+// of vesk_category.h.
 #pragma once
 
 #include <functional>
@@ -16,9 +16,9 @@ struct LogRecord {
   std::string function;
   std::string file;
   int line = 0;
-  std::string format;      // "%s" where the text was taken from the checker's buffer
-  std::string text;        // formatted, of any length
-  bool as_agreed = false;  // the event's other members hold what a text event has, and the file is one of the checker's
+  std::string format;     // "%s" if the text comes from the checker's buffer
+  std::string text;       // formatted, of any length
+  bool is_valid = false;  // the other members are those of a text event, and the file belongs to the checker
 };
 
 // One call of vesk_category_can_write.
@@ -29,7 +29,7 @@ struct Question {
   bool operator==(const Question&) const = default;
 };
 
-// Without bounds and with the answer "yes" unless told otherwise.
+// By default without bounds, and can_write answers yes.
 class CaptureCategory : public tagVeskCategoryInst {
  public:
   CaptureCategory() : tagVeskCategoryInst{nullptr, nullptr} {}
@@ -46,9 +46,9 @@ class CaptureCategory : public tagVeskCategoryInst {
   }
   void SetAnswer(int answer) { answer_ = answer; }
 
-  // The records as lines: "ERROR Method: text", or "ERROR Method, log only: text" where the text never was in the buffer. An
-  // event that is not as agreed gets a mark in front, so that it equals no expected line. The source line that the trace of the
-  // main entry prints is replaced by LINE if it is the record's own line.
+  // The records as lines: "ERROR Method: text", or "ERROR Method, log only: text" if the text was never in the buffer. An invalid
+  // event has a prefix, so that it equals no expected line. The source line in the trace of the main check is replaced by LINE if
+  // it is the line of the record.
   std::vector<std::string> Lines() const;
 
   // `text` with its source line replaced by LINE if it is the text of a record; otherwise `text`.
@@ -65,17 +65,17 @@ class CaptureCategory : public tagVeskCategoryInst {
   int answer_ = 1;
 };
 
-// How often the two operations were called with a null category, by all tests together.
+// The number of calls of both operations with a null category, in all tests.
 int CallsWithoutCategory();
 
-// Expected lines. `Info` and `ErrorLogOnly` are for texts that never were in the buffer.
+// Expected lines. `Info` and `ErrorLogOnly` are for texts that were never in the buffer.
 std::string Error(const std::string& method, const std::string& text);
 std::string Warn(const std::string& method, const std::string& text);
 std::string Trace(const std::string& method, const std::string& text);
 std::string Info(const std::string& method, const std::string& text);
 std::string ErrorLogOnly(const std::string& method, const std::string& text);
 
-// A print of any length into a string.
+// Formats into a string of any length.
 std::string FormatV(const char* format, va_list arguments);
 
 }  // namespace support

@@ -52,7 +52,7 @@ void AddTable(qmx::MetalibBuilder& builder, const Table& table) {
   }
 }
 
-qmx::Metalib LayOut(const Library& library) {
+qmx::Metalib BuildLibrary(const Library& library) {
   qmx::MetalibBuilder builder("lib", library.version, library.protocol);
   for (const Table& table : library.tables) AddTable(builder, table);
   qmx::BuildResult result = builder.Finish();
@@ -70,15 +70,15 @@ Record* At(void* base, std::int64_t offset, int position) {
 
 Schema Library::Build() const {
   if (absent) return Schema(*this, std::nullopt);
-  Schema schema(*this, LayOut(*this));
+  Schema schema(*this, BuildLibrary(*this));
   for (const Poke& poke : pokes) poke(schema);
   return schema;
 }
 
 Library Library::With(Poke poke) const {
-  Library more = *this;
-  more.pokes.push_back(std::move(poke));
-  return more;
+  Library copy = *this;
+  copy.pokes.push_back(std::move(poke));
+  return copy;
 }
 
 Library Of(std::vector<Table> tables) { return Library{.tables = std::move(tables)}; }
@@ -86,8 +86,8 @@ Library Of(std::vector<Table> tables) { return Library{.tables = std::move(table
 Library Absent() { return Library{.absent = true}; }
 
 std::size_t Schema::Position(const std::string& table) const {
-  const auto is_it = [&table](const Table& one) { return one.name == table; };
-  return static_cast<std::size_t>(std::ranges::find_if(declared_.tables, is_it) - declared_.tables.begin());
+  const auto has_name = [&table](const Table& candidate) { return candidate.name == table; };
+  return static_cast<std::size_t>(std::ranges::find_if(declared_.tables, has_name) - declared_.tables.begin());
 }
 
 LPQMXMETA Schema::Meta() const { return block_ ? qmx_get_meta_by_index(Lib(), 0) : nullptr; }
@@ -96,8 +96,8 @@ LPQMXMETA Schema::Meta(const std::string& table) const { return qmx_get_meta_by_
 
 LPQMXMETAENTRY Schema::Entry(const std::string& table, const std::string& field) const {
   const std::vector<Field>& fields = declared_.tables.at(Position(table)).fields;
-  const auto is_it = [&field](const Field& one) { return one.name == field; };
-  return qmx_get_entry_by_index(Meta(table), static_cast<int>(std::ranges::find_if(fields, is_it) - fields.begin()));
+  const auto has_name = [&field](const Field& candidate) { return candidate.name == field; };
+  return qmx_get_entry_by_index(Meta(table), static_cast<int>(std::ranges::find_if(fields, has_name) - fields.begin()));
 }
 
 LPQMXMETAINDEX Schema::IndexAt(const std::string& table, int position) const {

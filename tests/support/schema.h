@@ -1,8 +1,8 @@
-// Schema libraries as values: declared, changed and copied freely, laid out when a test needs them. On top of what the builder
-// makes, pokes set what no builder would: names and structures that are missing, counts without lists, odd flag words.
+// Schema libraries as values: declared, changed and copied freely, built when a test needs them. Pokes then set what no builder
+// would: missing names and structures, counts without lists, odd flag words.
 //
-// The names "mall%s", "shop%s" (tables) and "box%s", "bag%s" (structures inside them) are the usual ones here: a text that used a
-// name as a format would show it. LongNames makes exactly these four too long for the checker's buffer.
+// The usual names are "mall%s", "shop%s" (tables) and "box%s", "bag%s" (structures inside them): a name that is wrongly used as a
+// format becomes visible. LongNames makes exactly these four too long for the checker's buffer.
 #pragma once
 
 #include <functional>
@@ -57,33 +57,33 @@ struct Library {
   std::vector<Poke> pokes = {};
   bool absent = false;  // a null library
 
-  // A library that cannot be laid out ends the test program with the builder's texts.
+  // If the builder refuses the library, the test program ends with its errors.
   Schema Build() const;
 
-  // This library with one poke more.
+  // This library with one more poke.
   Library With(Poke poke) const;
 };
 
 // A library of these tables, version 5, in the record format.
 Library Of(std::vector<Table> tables);
 
-// No library at all: every handle of it is null.
+// No library: every handle is null.
 Library Absent();
 
-// A library in memory. Tables and entries are found by their declared names, whatever pokes did to them.
+// A library in memory. Tables and entries are found by their declared names, even if a poke changed them.
 class Schema {
  public:
   Schema(Library declared, std::optional<qmx::Metalib> block) : declared_(std::move(declared)), block_(std::move(block)) {}
 
   LPQMXMETALIB Lib() const { return block_ ? block_->get() : nullptr; }
-  LPQMXMETA Meta() const;  // of the table declared first; null for an absent library
+  LPQMXMETA Meta() const;  // of the first table; null for an absent library
   LPQMXMETA Meta(const std::string& table) const;
   LPQMXMETAENTRY Entry(const std::string& table, const std::string& field) const;
   LPQMXMETAINDEX IndexAt(const std::string& table, int position) const;
   LPQMXDBKEYINFO KeyMember(const std::string& table, int position) const;
   LPQMXCOLUMNINFO ColumnAt(const std::string& table, int index, int position) const;
 
-  // The whole block, to see that nobody wrote into it.
+  // The whole block, for tests that nothing writes to it.
   std::string Bytes() const;
 
  private:
@@ -103,7 +103,7 @@ Poke UnitSize(const std::string& table, const std::string& field, std::uint64_t 
 Poke Count(const std::string& table, const std::string& field, std::int32_t count);
 Poke EntryNumber(const std::string& table, std::int32_t count);
 
-// While one lives, the four usual table names are each followed by 1,100 bytes more in every library that is built.
+// During its lifetime, every library is built with the four usual names extended by 1,100 bytes.
 class LongNames {
  public:
   LongNames();
@@ -112,7 +112,7 @@ class LongNames {
   LongNames& operator=(const LongNames&) = delete;
 };
 
-// The name under which a table is built now.
+// The name with which a table is built now.
 std::string TableName(const std::string& name);
 
 // `text` with every usual table name replaced by its long form.

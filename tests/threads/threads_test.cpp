@@ -1,5 +1,5 @@
-// Checks at the same time: each thread has a checker of its own, the libraries and the log category are shared. Meant for the
-// thread sanitizer; without it, the answers are what is compared.
+// Concurrent checks: each thread has its own checker, the libraries and the log category are shared. The thread sanitizer detects
+// races; without it, the test compares the results.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -21,42 +21,42 @@ constexpr int kRounds = 200;  // 10,000 rounds in all
 
 qmx::Metalib Example(const std::string& file) {
   qmx::ReadResult result = qmx::ReadXml(cases::ReadFile(KORVEL_SOURCE_DIR "/examples/shop/" + file));
-  if (!result.schema) throw std::runtime_error(file + " is no schema");
+  if (!result.schema) throw std::runtime_error(file + " is not a schema");
   return std::move(result.schema->metalib);
 }
 
-struct Question {
+struct Check {
   const qmx::Metalib& old_library;
   const qmx::Metalib& new_library;
   const char* table;
   LPVESKCATEGORYINST log;
 
-  std::string Ask() const {
+  std::string Run() const {
     ModifyTable checker;
     const int code = checker.KorvelModifyTable(old_library.get(), new_library.get(), table, 0, 1, log, "3.28.0", "note", 0);
     return std::to_string(code) + " " + checker.GetErrType();
   }
 };
 
-TEST(Threads, GetTheAnswersThatOneGets) {
+TEST(Threads, GetSameResultsAsOneThread) {
   const qmx::Metalib v6 = Example("v6.xml");
   const qmx::Metalib v7 = Example("v7.xml");
   const qmx::Metalib wider_key = Example("v7-wider-key.xml");
   const std::unique_ptr<vesk::LogCategory> log = vesk::LogCategory::Closed();
-  std::vector<Question> questions;
+  std::vector<Check> checks;
   for (const char* table : {"customers", "orders", "payments", "no such table"}) {
-    questions.push_back({v6, v7, table, log->handle()});
-    questions.push_back({v6, wider_key, table, log->handle()});
+    checks.push_back({v6, v7, table, log->handle()});
+    checks.push_back({v6, wider_key, table, log->handle()});
   }
   std::vector<std::string> expected;
-  for (const Question& question : questions) expected.push_back(question.Ask());
+  for (const Check& check : checks) expected.push_back(check.Run());
   std::vector<int> wrong(kThreads);
   std::vector<std::thread> threads;
   for (std::size_t thread = 0; thread < kThreads; ++thread) {
     threads.emplace_back([&, thread] {
       for (std::size_t round = 0; round < kRounds; ++round) {
-        const std::size_t i = (thread + round) % questions.size();
-        if (questions[i].Ask() != expected[i]) ++wrong[thread];
+        const std::size_t i = (thread + round) % checks.size();
+        if (checks[i].Run() != expected[i]) ++wrong[thread];
       }
     });
   }

@@ -1,4 +1,4 @@
-// check: verdicts, exit codes, tables that are new, gone, asked for or unknown.
+// check: verdicts, exit codes, and tables that are new, removed, requested or unknown.
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
@@ -12,13 +12,13 @@ using testing::HasSubstr;
 
 class CheckTest : public ToolTest {
  protected:
-  // What the report says of the one refused table and its finding, or everything that went otherwise.
+  // The part of the report about the refused table and its finding; the whole outcome if it is another one.
   std::string Refusal(const std::vector<std::string>& options = {}) const {
     std::vector<std::string> arguments = {"check", "old.xml", "new.xml"};
     arguments.insert(arguments.end(), options.begin(), options.end());
     const Outcome outcome = Korvelcheck(arguments);
     const std::string start = "verdict: refused\nnew.xml:2:1: refused";
-    const std::string end = "1 table refused, 0 allowed; 1 compared, 0 new, 0 gone; 1 finding, 0 waived\n";
+    const std::string end = "1 table refused, 0 allowed; 1 compared, 0 new, 0 removed; 1 finding, 0 waived\n";
     const std::string verdicts = Verdicts(outcome.out);
     if (outcome.exit_code != 1 || !verdicts.starts_with(start) || !verdicts.ends_with(end)) return outcome.out + outcome.err;
     return verdicts.substr(start.size(), verdicts.size() - start.size() - end.size());
@@ -37,45 +37,48 @@ TEST_F(CheckTest, ANewFieldWithANewVersionIsAllowed) {
   EXPECT_EQ(Korvelcheck({"check", "old.xml", "new.xml"}).exit_code, 0);
 }
 
-TEST_F(CheckTest, ATableThatIsGoneIsRefusedByTheChecker) {
+TEST_F(CheckTest, RefusesRemovedTable) {
   Write("new.xml", Library(5, {Table()}));
   ExpectVerdicts(Korvelcheck({"check", "old.xml", "new.xml"}), 1,
                  "verdict: refused\n"
                  "new.xml:2:1: allowed: table orders\n"
-                 "old.xml:3:1: refused: table users: -2 CHECK_TABLE_ERROR_SYSTEM_ERROR (gone)\n"
-                 "old.xml:3:1: refused [library.table] Get meta info failed, please check the table name ! table:'users'\n"
-                 "1 table refused, 1 allowed; 2 compared, 0 new, 1 gone; 1 finding, 0 waived\n");
+                 "old.xml:3:1: refused: table users: -2 CHECK_TABLE_ERROR_SYSTEM_ERROR (removed)\n"
+                 "old.xml:3:1: refused [library.table] the table is missing in one of the libraries\n"
+                 "  checker: Get meta info failed, please check the table name ! table:'users'\n"
+                 "1 table refused, 1 allowed; 2 compared, 0 new, 1 removed; 1 finding, 0 waived\n");
 }
 
-TEST_F(CheckTest, ATableThatIsNewIsReportedAndNotCompared) {
+TEST_F(CheckTest, ReportsNewTableWithoutComparingIt) {
   Write("new.xml", Library(5, {Table({.name = "zones"}), Table({.name = "users"}), Table()}));
   ExpectOutcome(Korvelcheck({"check", "old.xml", "new.xml"}), 0,
                 "verdict: allowed\n"
                 "new.xml:4:1: allowed: table orders\n"
                 "new.xml:3:1: allowed: table users\n"
                 "new.xml:2:1: new: table zones (not compared)\n"
-                "0 tables refused, 2 allowed; 2 compared, 1 new, 0 gone\n",
+                "0 tables refused, 2 allowed; 2 compared, 1 new, 0 removed\n",
                 "");
 }
 
 // Tables keep the order of the old file; findings are numbered within their table.
-TEST_F(CheckTest, TablesOfEveryFateStandInOneReport) {
+TEST_F(CheckTest, ReportsAllStatuses) {
   const TableText stays{.name = "carts"};
   Write("old.xml", Library(5, {Table(), Table({.name = "users"}), Table(stays), Table({.name = "stock"})}));
   Write("new.xml", Library(5, {Table({.key_type = "uint32"}), Table({.name = "stock", .key_type = "uint8"}), Table(stays),
                                Table({.name = "zones"})}));
-  ExpectVerdicts(
-      Korvelcheck({"check", "old.xml", "new.xml"}), 1,
-      "verdict: refused\n"
-      "new.xml:2:1: refused: table orders: -3 ERROR_VALUE_FIELD\n"
-      "new.xml:2:52: refused [primary-key.size] The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
-      "old.xml:3:1: refused: table users: -2 CHECK_TABLE_ERROR_SYSTEM_ERROR (gone)\n"
-      "old.xml:3:1: refused [library.table] Get meta info failed, please check the table name ! table:'users'\n"
-      "new.xml:4:1: allowed: table carts\n"
-      "new.xml:3:1: refused: table stock: -3 ERROR_VALUE_FIELD\n"
-      "new.xml:3:51: refused [primary-key.size] The size of primarykey can't be modified! entry:'uid' metaname:'stock'\n"
-      "new.xml:5:1: new: table zones (not compared)\n"
-      "3 tables refused, 1 allowed; 4 compared, 1 new, 1 gone; 3 findings, 0 waived\n");
+  ExpectVerdicts(Korvelcheck({"check", "old.xml", "new.xml"}), 1,
+                 "verdict: refused\n"
+                 "new.xml:2:1: refused: table orders: -3 ERROR_VALUE_FIELD\n"
+                 "new.xml:2:52: refused [primary-key.size] the size of a primary key field changed\n"
+                 "  checker: The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
+                 "old.xml:3:1: refused: table users: -2 CHECK_TABLE_ERROR_SYSTEM_ERROR (removed)\n"
+                 "old.xml:3:1: refused [library.table] the table is missing in one of the libraries\n"
+                 "  checker: Get meta info failed, please check the table name ! table:'users'\n"
+                 "new.xml:4:1: allowed: table carts\n"
+                 "new.xml:3:1: refused: table stock: -3 ERROR_VALUE_FIELD\n"
+                 "new.xml:3:51: refused [primary-key.size] the size of a primary key field changed\n"
+                 "  checker: The size of primarykey can't be modified! entry:'uid' metaname:'stock'\n"
+                 "new.xml:5:1: new: table zones (not compared)\n"
+                 "3 tables refused, 1 allowed; 4 compared, 1 new, 1 removed; 3 findings, 0 waived\n");
   const auto report = nlohmann::json::parse(Korvelcheck({"check", "old.xml", "new.xml", "--format", "json"}).out);
   std::vector<std::string> fates;
   for (const auto& table : report["tables"]) {
@@ -91,50 +94,51 @@ TEST_F(CheckTest, TablesOfEveryFateStandInOneReport) {
   EXPECT_EQ(report["findings"], nlohmann::json::array({finding(0), finding(1), finding(3)}));
 }
 
-TEST_F(CheckTest, OnlyTheTablesAskedForAreCompared) {
-  ExpectOutcome(Korvelcheck({"check", "old.xml", "wide.xml", "--table", "users"}), 0,
-                "verdict: allowed\nwide.xml:3:1: allowed: table users\n0 tables refused, 1 allowed; 1 compared, 0 new, 0 gone\n",
-                "");
+TEST_F(CheckTest, ComparesOnlyRequestedTables) {
+  ExpectOutcome(
+      Korvelcheck({"check", "old.xml", "wide.xml", "--table", "users"}), 0,
+      "verdict: allowed\nwide.xml:3:1: allowed: table users\n0 tables refused, 1 allowed; 1 compared, 0 new, 0 removed\n", "");
 }
 
-TEST_F(CheckTest, TablesAskedForComeInTheirOrderAndOnce) {
+TEST_F(CheckTest, ComparesRequestedTablesInOrderAndOnce) {
   ExpectOutcome(Korvelcheck({"check", "old.xml", "same.xml", "--table", "users", "--table", "orders", "--table", "users"}), 0,
                 "verdict: allowed\nsame.xml:3:1: allowed: table users\nsame.xml:2:1: allowed: table orders\n"
-                "0 tables refused, 2 allowed; 2 compared, 0 new, 0 gone\n",
+                "0 tables refused, 2 allowed; 2 compared, 0 new, 0 removed\n",
                 "");
 }
 
-TEST_F(CheckTest, AnAskedTableOnlyInTheNewFileIsReportedAsNew) {
+TEST_F(CheckTest, ReportsRequestedTableOfTheNewFileAsNew) {
   Write("new.xml", Library(5, {Table(), Table({.name = "zones"})}));
   ExpectOutcome(Korvelcheck({"check", "old.xml", "new.xml", "--table", "zones", "--table", "orders"}), 0,
                 "verdict: allowed\nnew.xml:2:1: allowed: table orders\nnew.xml:3:1: new: table zones (not compared)\n"
-                "0 tables refused, 1 allowed; 1 compared, 1 new, 0 gone\n",
+                "0 tables refused, 1 allowed; 1 compared, 1 new, 0 removed\n",
                 "");
 }
 
-TEST_F(CheckTest, NothingComparedIsNeverClean) {
+TEST_F(CheckTest, NothingComparedIsAnError) {
   Write("new.xml", Library(5, {Table(), Table({.name = "zones"})}));
-  ExpectNotAsked(Korvelcheck({"check", "old.xml", "new.xml", "--table", "zones"}),
-                 "korvelcheck: nothing was compared: old.xml has none of the tables asked for\n");
+  ExpectInputError(Korvelcheck({"check", "old.xml", "new.xml", "--table", "zones"}),
+                   "korvelcheck: nothing was compared: old.xml has none of the requested tables\n");
   Write("plain.xml", Library(5, {"<meta name=\"item\"><entry name=\"a\" id=\"1\" type=\"int8\"/></meta>"}));
-  ExpectNotAsked(Korvelcheck({"check", "plain.xml", "old.xml"}),
-                 "korvelcheck: nothing was compared: plain.xml has no table (a meta with a primary key)\n");
+  ExpectInputError(Korvelcheck({"check", "plain.xml", "old.xml"}),
+                   "korvelcheck: nothing was compared: plain.xml has no table (a meta with a primary key)\n");
 }
 
-TEST_F(CheckTest, UnknownTablesAreAllTold) {
-  ExpectNotAsked(Korvelcheck({"check", "old.xml", "same.xml", "--table", "ordres", "--table", "orders", "--table", "x"}),
-                 "korvelcheck: table 'ordres' is neither in old.xml nor in same.xml (did you mean 'orders'?)\n"
-                 "korvelcheck: table 'x' is neither in old.xml nor in same.xml\n");
+TEST_F(CheckTest, ReportsAllUnknownTables) {
+  ExpectInputError(Korvelcheck({"check", "old.xml", "same.xml", "--table", "ordres", "--table", "orders", "--table", "x"}),
+                   "korvelcheck: table 'ordres' is neither in old.xml nor in same.xml (did you mean 'orders'?)\n"
+                   "korvelcheck: table 'x' is neither in old.xml nor in same.xml\n");
 }
 
-// A structure that is asked for by name is put to the checker like a table.
-TEST_F(CheckTest, AStructureAskedForIsJudged) {
+// A requested structure is checked like a table.
+TEST_F(CheckTest, ChecksRequestedStructure) {
   const std::string text = Library(5, {"<meta name=\"item\"><entry name=\"a\" id=\"1\" type=\"int8\"/></meta>"});
   Write("old.xml", text);
   Write("new.xml", text);
   EXPECT_EQ(Refusal({"--table", "item"}),
             ": table item: -4 ERROR_PRIMARYKEY_FIELD\n"
-            "new.xml:2:1: refused [primary-key.missing] Primaykey is invalid! table:'item'\n");
+            "new.xml:2:1: refused [primary-key.missing] the table has no primary key in one of the schemas\n"
+            "  checker: Primaykey is invalid! table:'item'\n");
 }
 
 TEST_F(CheckTest, ALowerLibraryVersionIsRefused) {
@@ -142,16 +146,18 @@ TEST_F(CheckTest, ALowerLibraryVersionIsRefused) {
   Write("new.xml", Library(4, {Table()}));
   EXPECT_EQ(Refusal(),
             ": table orders: -1 CHECK_TABLE_ERROR_INVALID_PARAMETER\n"
-            "new.xml:1:31: refused [library.version] LibVersion invalid, newVersion 4 < oldVersion 5\n");
+            "new.xml:1:31: refused [library.version] the version of the new library is below that of the old library\n"
+            "  checker: LibVersion invalid, newVersion 4 < oldVersion 5\n");
 }
 
-// The rule's own text is replaced by the driver's, its code is not.
+// The driver replaces the rule's text but not its code.
 TEST_F(CheckTest, ABadFieldNameKeepsItsCode) {
   Write("old.xml", Library(5, {Table()}));
   Write("new.xml", Library(6, {Table({.fields = "<entry name=\"1st\" id=\"2\" type=\"int8\" version=\"6\"/>"})}));
   EXPECT_EQ(Refusal(),
             ": table orders: -17 ERROR_FIELD_NAME_STARTWITH_DIGIT\n"
-            "new.xml:2:74: refused [field-name.invalid] CheckFieldNameValidate failed! table:'orders'\n");
+            "new.xml:2:74: refused [field-name.invalid] a field name is not a valid identifier\n"
+            "  checker: CheckFieldNameValidate failed! table:'orders'\n");
 }
 
 class GrowthTest : public CheckTest {
@@ -172,21 +178,24 @@ TEST_F(GrowthTest, WithoutAServerVersionLengthsAreNotChecked) {
 
 TEST_F(GrowthTest, AnOversizedFieldIsRefused) {
   EXPECT_EQ(Refusal({"--server-version", "3.38.9"}),
-            ": table orders: -2 CHECK_TABLE_ERROR_SYSTEM_ERROR\nnew.xml:2:109: refused [length.limit] ERR_ENTRY_LEN;history|\n");
+            ": table orders: -2 CHECK_TABLE_ERROR_SYSTEM_ERROR\nnew.xml:2:109: refused [length.limit] fields are larger than the "
+            "servers allow and are not whitelisted\n"
+            "  checker: ERR_ENTRY_LEN;history|\n");
 }
 
 TEST_F(GrowthTest, AWhitelistedFieldThatGrewIsRefusedWithItsSizes) {
   EXPECT_EQ(Refusal({"--server-version", "3.29.0", "--whitelist", "payload;history"}),
             ": table orders: -35 ERROR_ENTRY_LENGTH_NOT_LEGAL\n"
-            "new.xml:2:109: refused [length.whitelist] WARNING_WHITELIST:entry:history size 131072 -> 524288 |\n");
+            "new.xml:2:109: refused [length.whitelist] whitelisted fields above the limit grew and need manual confirmation\n"
+            "  checker: WARNING_WHITELIST:entry:history size 131072 -> 524288 |\n");
 }
 
 TEST_F(GrowthTest, ANewerServerAllowsTheSize) {
   EXPECT_EQ(Korvelcheck({"check", "old.xml", "new.xml", "--server-version", "3.39.0"}).exit_code, 0);
 }
 
-// What one table left in the checker must not show in the next.
-TEST_F(GrowthTest, EveryTableIsJudgedByItself) {
+// The check of one table must not affect the next.
+TEST_F(GrowthTest, ChecksEveryTableByItself) {
   const std::string large = "<entry name=\"history\" id=\"2\" type=\"bytes\" size=\"524288\"/>";
   const std::string users = Table({.name = "users", .fields = large});
   Write("old.xml", Library(5, {WithHistory(131072), users}));
@@ -196,7 +205,7 @@ TEST_F(GrowthTest, EveryTableIsJudgedByItself) {
   EXPECT_THAT(outcome.out, HasSubstr("new.xml:3:1: allowed: table users\n1 table refused, 1 allowed;"));
 }
 
-// The answer depends on the bytes of the files alone.
+// The result depends only on the bytes of the files.
 TEST_F(CheckTest, TheLocaleChangesNothing) {
   const std::string name = "\xc3\xa4\xc4\xb1 orders";
   Write("old.xml", Library(5, {Table({.name = name})}));

@@ -1,4 +1,4 @@
-// completion: each shell is asked what it offers at the end of a line, by the script beside this file.
+// completion: what each shell offers at the end of a line, found with the scripts complete.*.
 #include <gmock/gmock.h>
 
 #include <sstream>
@@ -95,10 +95,10 @@ INSTANTIATE_TEST_SUITE_P(All, CompletionTest,
 class CompletionCommandTest : public ToolTest {};
 
 TEST_F(CompletionCommandTest, RefusesOtherShells) {
-  ExpectNotAsked(Korvelcheck({"completion", "csh"}),
-                 "korvelcheck: completion: unknown shell 'csh' (did you mean 'zsh'?); allowed: bash, zsh, fish\n");
-  ExpectNotAsked(Korvelcheck({"completion"}),
-                 "korvelcheck: completion: SHELL is required\nTry 'korvelcheck completion --help'.\n");
+  ExpectInputError(Korvelcheck({"completion", "csh"}),
+                   "korvelcheck: completion: unknown shell 'csh' (did you mean 'zsh'?); allowed: bash, zsh, fish\n");
+  ExpectInputError(Korvelcheck({"completion"}),
+                   "korvelcheck: completion: SHELL is required\nTry 'korvelcheck completion --help'.\n");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// diff: every edit with its places, nothing judged.
+// diff: every edit with its locations; nothing is checked.
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
@@ -16,7 +16,7 @@ using Json = nlohmann::json;
 
 class DiffTest : public ToolTest {
  protected:
-  // Two tables with a structure between them, a table that goes and one that comes.
+  // Two tables that share a structure, a removed table and a new one.
   void WriteMall() const {
     const std::string items = R"(<entry name="items" id="2" type="item" count="9"/>)";
     Write("mall.xml", Library(5, {R"(<meta name="item"><entry name="sku" id="1" type="string" size="32"/></meta>)",
@@ -40,47 +40,47 @@ TEST_F(DiffTest, TablesWithoutEditsSaySo) {
   ExpectOutcome(Korvelcheck({"diff", "old.xml", "same.xml"}), 0,
                 "same.xml:2:1: table orders: no change\n"
                 "same.xml:3:1: table users: no change\n"
-                "0 changes; 0 tables changed, 2 without change, 0 new, 0 gone\n",
+                "0 changes; 0 tables changed, 2 unchanged, 0 new, 0 removed\n",
                 "");
 }
 
-TEST_F(DiffTest, SharedStructuresAndTheLibraryAreToldOnce) {
+TEST_F(DiffTest, ListsSharedStructuresAndTheLibraryOnce) {
   WriteMall();
   ExpectOutcome(Korvelcheck({"diff", "mall.xml", "next.xml"}), 0,
                 "library: 1 change\n"
-                "   next.xml:1:31: version of the library: 5 -> 6 (was at mall.xml:1:31)\n"
+                "  next.xml:1:31: version of the library: 5 -> 6 (was at mall.xml:1:31)\n"
                 "next.xml:3:1: table orders: 1 change; more in item\n"
-                "   next.xml:3:52: type of uid: uint64 -> uint32 (was at mall.xml:3:52)\n"
+                "  next.xml:3:52: type of uid: uint64 -> uint32 (was at mall.xml:3:52)\n"
                 "next.xml:4:1: table carts: changes in item\n"
-                "mall.xml:5:1: table gone: gone\n"
+                "mall.xml:5:1: table gone: removed\n"
                 "next.xml:5:1: table fresh: new\n"
                 "structure item: 1 change; embedded as orders.items[], carts.items[]\n"
-                "   next.xml:2:64: size of sku: 32 -> 64 (was at mall.xml:2:64)\n"
-                "3 changes; 2 tables changed, 0 without change, 1 new, 1 gone\n",
+                "  next.xml:2:64: size of sku: 32 -> 64 (was at mall.xml:2:64)\n"
+                "3 changes; 2 tables changed, 0 unchanged, 1 new, 1 removed\n",
                 "");
 }
 
-// Nothing is judged: what `check` refuses is exit code 0 here.
+// Nothing is checked: changes that `check` refuses end with exit code 0.
 TEST_F(DiffTest, RefusedChangesAreChanges) {
   EXPECT_EQ(Korvelcheck({"check", "old.xml", "wide.xml"}).exit_code, 1);
   ExpectOutcome(Korvelcheck({"diff", "old.xml", "wide.xml", "--table", "orders"}), 0,
                 "wide.xml:2:1: table orders: 1 change\n"
-                "   wide.xml:2:52: type of uid: uint64 -> uint32 (was at old.xml:2:52)\n"
-                "1 change; 1 table changed, 0 without change, 0 new, 0 gone\n",
+                "  wide.xml:2:52: type of uid: uint64 -> uint32 (was at old.xml:2:52)\n"
+                "1 change; 1 table changed, 0 unchanged, 0 new, 0 removed\n",
                 "");
 }
 
-TEST_F(DiffTest, WhatWasRemovedStandsAtItsOldPlace) {
+TEST_F(DiffTest, LocatesRemovedItemsInTheOldFile) {
   Write("more.xml", Library(5, {Table({.fields = R"(<entry name="note" id="2" type="uint8"/>)"})}));
   Write("less.xml", Library(5, {Table()}));
-  EXPECT_THAT(Korvelcheck({"diff", "more.xml", "less.xml"}).out, HasSubstr("\n   more.xml:2:61: field note removed\n"));
-  EXPECT_THAT(Korvelcheck({"diff", "less.xml", "more.xml"}).out, HasSubstr("\n   more.xml:2:61: field note added\n"));
+  EXPECT_THAT(Korvelcheck({"diff", "more.xml", "less.xml"}).out, HasSubstr("\n  more.xml:2:61: field note removed\n"));
+  EXPECT_THAT(Korvelcheck({"diff", "less.xml", "more.xml"}).out, HasSubstr("\n  more.xml:2:61: field note added\n"));
   Write("more.xml", Library(5, {Table({.fields = R"(<splittablekey entries="uid"/>)"})}));
   EXPECT_THAT(Korvelcheck({"diff", "more.xml", "less.xml"}).out,
-              HasSubstr("\n   more.xml:2:85: splittable key of orders: uid -> none\n"));
+              HasSubstr("\n  more.xml:2:85: splittable key of orders: uid -> none\n"));
 }
 
-// A table that another one embeds has its edits at its own place, once.
+// A table that another one embeds lists its edits once, under its own name.
 TEST_F(DiffTest, ATableInsideATableIsListedAsATable) {
   const std::string inner = R"(<entry name="user" id="2" type="users"/>)";
   Write("before.xml", Library(5, {Table({.fields = inner}), Table({.name = "users"})}));
@@ -88,16 +88,16 @@ TEST_F(DiffTest, ATableInsideATableIsListedAsATable) {
   ExpectOutcome(Korvelcheck({"diff", "before.xml", "after.xml"}), 0,
                 "after.xml:2:1: table orders: changes in users\n"
                 "after.xml:3:1: table users: 1 change\n"
-                "   after.xml:3:51: type of uid: uint64 -> uint32 (was at before.xml:3:51)\n"
-                "1 change; 2 tables changed, 0 without change, 0 new, 0 gone\n",
+                "  after.xml:3:51: type of uid: uint64 -> uint32 (was at before.xml:3:51)\n"
+                "1 change; 2 tables changed, 0 unchanged, 0 new, 0 removed\n",
                 "");
 }
 
 TEST_F(DiffTest, ImagesHaveNoLines) {
   EXPECT_EQ(Korvelcheck({"compile", "wide.xml", "-o", "wide.qmb"}).exit_code, 0);
   EXPECT_THAT(Korvelcheck({"diff", "old.xml", "wide.qmb"}).out,
-              StartsWith("wide.qmb: table orders: 1 change\n   wide.qmb: type of uid: uint64 -> uint32 (was at old.xml:2:52)\n"));
-  const Json place = Report({"old.xml", "wide.qmb"})["tables"][0]["changes"][0]["new_place"];
+              StartsWith("wide.qmb: table orders: 1 change\n  wide.qmb: type of uid: uint64 -> uint32 (was at old.xml:2:52)\n"));
+  const Json place = Report({"old.xml", "wide.qmb"})["tables"][0]["changes"][0]["new_location"];
   EXPECT_EQ(place["file"], "wide.qmb");
   EXPECT_TRUE(place["line"].is_null() && place["column"].is_null());
 }
@@ -108,16 +108,16 @@ TEST_F(DiffTest, NamesStayOnTheirLine) {
   EXPECT_THAT(Korvelcheck({"diff", "plain.xml", "odd.xml"}).out, HasSubstr("field a\\nb added\n"));
 }
 
-TEST_F(DiffTest, JsonHoldsTheSame) {
+TEST_F(DiffTest, JsonMatchesText) {
   WriteMall();
   const Json report = Report({"mall.xml", "next.xml"});
   EXPECT_EQ(report["command"], "diff");
   EXPECT_EQ(report["inputs"], Json::parse(R"([{"role": "old", "file": "mall.xml"}, {"role": "new", "file": "next.xml"}])"));
   EXPECT_EQ(report["library"][0]["kind"], "library-version");
-  EXPECT_EQ(report["summary"], Json::parse(R"({"changes": 3, "changed": 2, "same": 0, "new": 1, "gone": 1})"));
+  EXPECT_EQ(report["summary"], Json::parse(R"({"changes": 3, "changed": 2, "same": 0, "new": 1, "removed": 1})"));
   std::vector<std::string> status;
   for (const Json& table : report["tables"]) status.push_back(table["status"]);
-  EXPECT_THAT(status, ElementsAre("changed", "changed", "gone", "new"));
+  EXPECT_THAT(status, ElementsAre("changed", "changed", "removed", "new"));
   EXPECT_EQ(report["tables"][1]["structures"], Json::parse(R"(["item"])"));
   EXPECT_THAT(report["tables"][1]["changes"], IsEmpty());
   EXPECT_EQ(report["structures"][0], Json::parse(R"({
@@ -125,26 +125,26 @@ TEST_F(DiffTest, JsonHoldsTheSame) {
     "embedded": [{"table": "orders", "paths": ["orders.items[]"], "path_count": 1},
                  {"table": "carts", "paths": ["carts.items[]"], "path_count": 1}],
     "changes": [{"kind": "entry-size", "meta": "item", "item": "sku", "text": "size of sku: 32 -> 64", "before": "32",
-                 "after": "64", "old_place": {"file": "mall.xml", "line": 2, "column": 64},
-                 "new_place": {"file": "next.xml", "line": 2, "column": 64}}]})"));
+                 "after": "64", "old_location": {"file": "mall.xml", "line": 2, "column": 64},
+                 "new_location": {"file": "next.xml", "line": 2, "column": 64}}]})"));
 }
 
-TEST_F(DiffTest, PlacesThatAreNotThereAreNull) {
+TEST_F(DiffTest, MissingLocationsAreNull) {
   Write("more.xml", Library(5, {Table({.fields = R"(<entry name="note" id="2" type="uint8"/>)"})}));
   Write("less.xml", Library(5, {Table()}));
-  EXPECT_TRUE(Report({"less.xml", "more.xml"})["tables"][0]["changes"][0]["old_place"].is_null());
-  EXPECT_EQ(Report({"more.xml", "less.xml"})["tables"][0]["changes"][0]["new_place"]["column"], 1) << "the table's";
+  EXPECT_TRUE(Report({"less.xml", "more.xml"})["tables"][0]["changes"][0]["old_location"].is_null());
+  EXPECT_EQ(Report({"more.xml", "less.xml"})["tables"][0]["changes"][0]["new_location"]["column"], 1) << "the table's";
 }
 
 TEST_F(DiffTest, OtherFormatsAndUnknownTablesAreRefused) {
-  ExpectNotAsked(Korvelcheck({"diff", "old.xml", "same.xml", "--format", "sarif"}),
-                 "korvelcheck: diff: --format: 'sarif' is not allowed; allowed: text|json\nTry 'korvelcheck diff --help'.\n");
-  ExpectNotAsked(Korvelcheck({"diff", "old.xml", "same.xml", "--table", "order"}),
-                 "korvelcheck: table 'order' is neither in old.xml nor in same.xml (did you mean 'orders'?)\n");
-  ExpectNotAsked(Korvelcheck({"diff", "old.xml", "no.xml"}), "korvelcheck: no.xml: No such file or directory\n");
+  ExpectInputError(Korvelcheck({"diff", "old.xml", "same.xml", "--format", "sarif"}),
+                   "korvelcheck: diff: --format: 'sarif' is not allowed; allowed: text|json\nTry 'korvelcheck diff --help'.\n");
+  ExpectInputError(Korvelcheck({"diff", "old.xml", "same.xml", "--table", "order"}),
+                   "korvelcheck: table 'order' is neither in old.xml nor in same.xml (did you mean 'orders'?)\n");
+  ExpectInputError(Korvelcheck({"diff", "old.xml", "no.xml"}), "korvelcheck: no.xml: No such file or directory\n");
   Write("bare.xml", Library(5, {R"(<meta name="item"><entry name="sku" id="1" type="uint8"/></meta>)"}));
-  ExpectNotAsked(Korvelcheck({"diff", "bare.xml", "old.xml"}),
-                 "korvelcheck: nothing was compared: bare.xml has no table (a meta with a primary key)\n");
+  ExpectInputError(Korvelcheck({"diff", "bare.xml", "old.xml"}),
+                   "korvelcheck: nothing was compared: bare.xml has no table (a meta with a primary key)\n");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Holds docs/command-line.md against the program: its example is run, its options are those of the help.
+// Compares docs/command-line.md with the program: runs its example, and compares its options with the help.
 #include <gmock/gmock.h>
 
 #include <cstdlib>
@@ -46,15 +46,15 @@ std::vector<Block> Blocks() {
   return blocks;
 }
 
-std::string Joined(const std::vector<std::string>& lines) {
+std::string JoinLines(const std::vector<std::string>& lines) {
   std::string text;
   for (const std::string& line : lines) text += line + "\n";
   return text;
 }
 
-// Replaces a piece of the document.
+// Replaces a part of the document.
 void Correct(const std::string& piece, const std::string& with) {
-  std::string text = Joined(DocumentLines());
+  std::string text = JoinLines(DocumentLines());
   text.replace(text.find(piece), piece.size(), with);
   std::ofstream(KORVEL_COMMAND_LINE_DOCUMENT, std::ios::binary) << text;
 }
@@ -66,8 +66,8 @@ std::vector<std::string> Words(const std::string& text) {
 
 class DocumentTest : public ToolTest {
  protected:
-  // The block with what the program prints now behind each of its commands.
-  std::vector<std::string> Typed(const std::vector<std::string>& lines) const {
+  // The block with the current output of each of its commands.
+  std::vector<std::string> WithOutput(const std::vector<std::string>& lines) const {
     const std::string call = "$ korvelcheck ";
     std::vector<std::string> typed;
     int exit_code = -1;
@@ -88,15 +88,15 @@ class DocumentTest : public ToolTest {
   }
 };
 
-TEST_F(DocumentTest, TheExampleSaysWhatTheProgramPrints) {
+TEST_F(DocumentTest, ExampleMatchesProgramOutput) {
   int consoles = 0;
   for (const Block& block : Blocks()) {
-    if (block.language == "xml") Write(block.title.substr(1, block.title.find('`', 1) - 1), Joined(block.lines));
+    if (block.language == "xml") Write(block.title.substr(1, block.title.find('`', 1) - 1), JoinLines(block.lines));
     if (block.language != "console") continue;
     ++consoles;
-    const std::string typed = Joined(Typed(block.lines));
-    if (std::getenv("KORVEL_UPDATE_GOLDENS") != nullptr) Correct(Joined(block.lines), typed);
-    EXPECT_EQ(Joined(block.lines), typed);
+    const std::string typed = JoinLines(WithOutput(block.lines));
+    if (std::getenv("KORVEL_UPDATE_GOLDENS") != nullptr) Correct(JoinLines(block.lines), typed);
+    EXPECT_EQ(JoinLines(block.lines), typed);
   }
   EXPECT_EQ(consoles, 1);
 }
@@ -122,7 +122,7 @@ std::map<std::string, std::set<std::string>> DocumentedOptions(const std::vector
   return options;
 }
 
-TEST_F(DocumentTest, TheOptionsOfEachCommandAreThoseOfItsHelp) {
+TEST_F(DocumentTest, DocumentedOptionsMatchHelp) {
   const std::vector<std::string> commands = CommandNames();
   std::map<std::string, std::set<std::string>> documented = DocumentedOptions(commands);
   for (const std::string& command : commands) {
@@ -132,8 +132,8 @@ TEST_F(DocumentTest, TheOptionsOfEachCommandAreThoseOfItsHelp) {
   }
 }
 
-TEST_F(DocumentTest, EveryCommandIsTold) {
-  const std::string document = Joined(DocumentLines());
+TEST_F(DocumentTest, DocumentsEveryCommand) {
+  const std::string document = JoinLines(DocumentLines());
   for (const std::string& command : CommandNames()) EXPECT_THAT(document, testing::ContainsRegex("\n[|] `" + command + "[ `]"));
 }
 

@@ -45,7 +45,7 @@ Outcome GitTest::Run(const std::vector<std::string>& arguments, const std::strin
 }
 
 void GitTest::ExpectRefused(const std::vector<std::string>& arguments, const std::string& err) const {
-  ExpectNotAsked(Run(arguments), err);
+  ExpectInputError(Run(arguments), err);
 }
 
 void GitTest::ReplaceGit(const std::string& script) {

@@ -12,14 +12,14 @@ class GitTest : public ToolTest {
  protected:
   GitTest();
 
-  // Runs git in the directory; the test fails if git does. What git printed.
+  // Runs git in the directory and returns its output. The test fails if git fails.
   std::string Git(const std::vector<std::string>& arguments) const { return GitIn("", arguments); }
   std::string GitIn(const std::string& directory, const std::vector<std::string>& arguments) const;
   // Commits everything that is there. The commit's id.
   std::string Commit(const std::string& subject) const;
   // Runs the program with git's settings, in a directory below.
   Outcome Run(const std::vector<std::string>& arguments, const std::string& directory = "") const;
-  // What the program says when the question cannot be asked.
+  // The messages of the program for an input error.
   void ExpectRefused(const std::vector<std::string>& arguments, const std::string& err) const;
   // Puts a program named git before the real one: a script for the shell, which finds that one as $REAL_GIT.
   void ReplaceGit(const std::string& script);

@@ -35,7 +35,7 @@ TEST_F(GitInputTest, ImagesAreRead) {
   ExpectAllowed("git:HEAD:old.qmb");
 }
 
-TEST_F(GitInputTest, RevisionsAreWhatGitTakes) {
+TEST_F(GitInputTest, AcceptsTheRevisionsOfGit) {
   const std::string id = Commit("first: one");
   Git({"tag", "-a", "-m", "t", "v1"});
   for (const std::string revision : {"HEAD", "main", "refs/heads/main", "v1", "@", "HEAD^{/first: one}", "HEAD^{tree}"}) {
@@ -45,7 +45,7 @@ TEST_F(GitInputTest, RevisionsAreWhatGitTakes) {
   ExpectAllowed("git:" + id.substr(0, 7) + ":old.xml");
 }
 
-TEST_F(GitInputTest, PathsStartAtTheTopOrHere) {
+TEST_F(GitInputTest, PathsStartAtTheTopOrTheWorkingDirectory) {
   std::filesystem::create_directories(PathOf("sub/deep"));
   Write("sub/deep/inner.xml", Read("old.xml"));
   Commit("first");
@@ -54,8 +54,8 @@ TEST_F(GitInputTest, PathsStartAtTheTopOrHere) {
   ExpectAllowed("git:HEAD:./inner.xml", "sub/deep");
   ExpectAllowed("git:HEAD:../../old.xml", "sub/deep");
   ExpectAllowed("git:HEAD:sub//deep/./inner.xml");
-  ExpectNotAsked(Run({"lint", "git:HEAD:../../../old.xml"}, "sub/deep"),
-                 "korvelcheck: git:HEAD:../../../old.xml: leads out of the repository\n");
+  ExpectInputError(Run({"lint", "git:HEAD:../../../old.xml"}, "sub/deep"),
+                   "korvelcheck: git:HEAD:../../../old.xml: is outside of the repository\n");
 }
 
 TEST_F(GitInputTest, OddPathsAreRead) {
@@ -66,12 +66,12 @@ TEST_F(GitInputTest, OddPathsAreRead) {
   for (const std::string& path : kOdd) ExpectAllowed("git:HEAD:" + path);
 }
 
-TEST_F(GitInputTest, ALineBreakInAPathStaysOnItsLine) {
+TEST_F(GitInputTest, EscapesLineBreaksInPaths) {
   Commit("first");
   ExpectRefused({"lint", "git:HEAD:a\nb"}, "korvelcheck: git:HEAD:a\\nb: is not in that commit\n");
 }
 
-TEST_F(GitInputTest, GitsEnvironmentIsHonoured) {
+TEST_F(GitInputTest, HonorsGitEnvironment) {
   Commit("first");
   std::filesystem::create_directory(PathOf("elsewhere"));
   environment_.push_back("GIT_DIR=" + PathOf(".git").string());
@@ -96,33 +96,33 @@ TEST_F(GitInputTest, WrongFormsAreRefused) {
   ExpectRefused({"lint", "git:HEAD"}, "korvelcheck: git:HEAD: the path is missing; allowed: git:REV:PATH\n");
   ExpectRefused({"lint", "git:HEAD:"}, "korvelcheck: git:HEAD:: the path is missing; allowed: git:REV:PATH\n");
   ExpectRefused({"lint", "git::old.xml"}, "korvelcheck: git::old.xml: the revision is missing\n");
-  ExpectRefused({"lint", "git:--all:old.xml"}, "korvelcheck: git:--all:old.xml: a revision begins with no '-'\n");
-  ExpectRefused({"lint", "git:^HEAD:old.xml"}, "korvelcheck: git:^HEAD:old.xml: a revision begins with no '^'\n");
+  ExpectRefused({"lint", "git:--all:old.xml"}, "korvelcheck: git:--all:old.xml: a revision must not begin with '-'\n");
+  ExpectRefused({"lint", "git:^HEAD:old.xml"}, "korvelcheck: git:^HEAD:old.xml: a revision must not begin with '^'\n");
 }
 
-TEST_F(GitInputTest, AFileOfSuchANameIsGivenAsAPath) {
+TEST_F(GitInputTest, FileNamesThatLookLikeRevisionsNeedAPath) {
   Write("git:HEAD:x", Read("old.xml"));
   ExpectAllowed("./git:HEAD:x");
 }
 
-TEST_F(GitInputTest, WithoutGitTheCallSaysSo) {
+TEST_F(GitInputTest, ReportsMissingGit) {
   Commit("first");
   environment_.front() = "PATH=/nonexistent";
   ExpectRefused({"lint", "git:HEAD:old.xml"}, "korvelcheck: git:HEAD:old.xml: needs git, which is not installed\n");
 }
 
-TEST_F(GitInputTest, OutsideOfARepositoryTheCallSaysSo) {
+TEST_F(GitInputTest, ReportsMissingRepository) {
   std::filesystem::remove_all(PathOf(".git"));
   ExpectRefused({"lint", "git:HEAD:old.xml"},
                 "korvelcheck: git:HEAD:old.xml: not a git repository (or any of the parent directories): .git\n");
 }
 
-TEST_F(GitInputTest, ARepositoryWithoutACommitSaysSo) {
+TEST_F(GitInputTest, ReportsRepositoryWithoutCommits) {
   ExpectRefused({"lint", "git:HEAD:old.xml"}, "korvelcheck: git:HEAD:old.xml: the repository has no commit yet\n");
   ExpectRefused({"lint", "git:main:old.xml"}, "korvelcheck: git:main:old.xml: the repository has no commit yet\n");
 }
 
-TEST_F(GitInputTest, UnknownRevisionsAreToldWithWhatWasMeant) {
+TEST_F(GitInputTest, SuggestsSimilarRevision) {
   Commit("first");
   Git({"tag", "release-1"});
   ExpectRefused({"lint", "git:mian:old.xml"}, "korvelcheck: git:mian:old.xml: unknown revision 'mian' (did you mean 'main'?)\n");
@@ -135,8 +135,8 @@ TEST_F(GitInputTest, UnknownRevisionsAreToldWithWhatWasMeant) {
                 "korvelcheck: git:stable:old.xml: unknown revision 'stable' (did you mean 'origin/stable'?)\n");
 }
 
-// It was said not to be in the clone.
-TEST_F(GitInputTest, TheIdOfAFileIsNoRevision) {
+// The error said that it was not in the clone.
+TEST_F(GitInputTest, RefusesIdOfAFile) {
   Commit("first");
   std::string id = Git({"rev-parse", "HEAD:old.xml"});
   id.pop_back();
@@ -145,7 +145,7 @@ TEST_F(GitInputTest, TheIdOfAFileIsNoRevision) {
 }
 
 // As in a container whose user is another one than the files'.
-TEST_F(GitInputTest, ARepositoryOfSomebodyElseIsToldWithWhatAllowsIt) {
+TEST_F(GitInputTest, ReportsHowToTrustAForeignRepository) {
   Commit("first");
   environment_.emplace_back("GIT_TEST_ASSUME_DIFFERENT_OWNER=1");
   const Outcome outcome = Run({"lint", "git:HEAD:old.xml"});
@@ -154,17 +154,17 @@ TEST_F(GitInputTest, ARepositoryOfSomebodyElseIsToldWithWhatAllowsIt) {
                                                  "'[^\n]+'; allow it with: git config --global --add safe.directory [^\n]+\n"));
 }
 
-TEST_F(GitInputTest, AMissingCommitIsTold) {
+TEST_F(GitInputTest, ReportsMissingCommit) {
   Commit("first");
   const std::string id(40, 'a');
   const std::string argument = "git:" + id + ":old.xml";
   const std::string text = "korvelcheck: " + argument + ": commit " + id + " is not in this clone";
   ExpectRefused({"lint", argument}, text + "\n");
   Git({"remote", "add", "upstream", "nowhere"});
-  ExpectRefused({"lint", argument}, text + "; bring it with: git fetch upstream " + id + "\n");
+  ExpectRefused({"lint", argument}, text + "; fetch it with: git fetch upstream " + id + "\n");
 }
 
-// What a job sees that clones with depth 1.
+// A clone with depth 1, as in pipelines.
 class ShallowTest : public GitInputTest {
  protected:
   ShallowTest() {
@@ -175,8 +175,8 @@ class ShallowTest : public GitInputTest {
   }
   void ExpectHelped(const std::string& revision, const std::string& what, const std::string& command) const {
     const std::string argument = "git:" + revision + ":old.xml";
-    ExpectNotAsked(Run({"lint", argument}, "clone"),
-                   "korvelcheck: " + argument + ": " + what + "; bring it with: " + command + "\n");
+    ExpectInputError(Run({"lint", argument}, "clone"),
+                     "korvelcheck: " + argument + ": " + what + "; fetch it with: " + command + "\n");
     GitIn("clone", Words(command.substr(4)));
     EXPECT_EQ(Run({"lint", argument}, "clone").exit_code, 0) << command;
   }
@@ -193,19 +193,19 @@ class ShallowTest : public GitInputTest {
   std::string first_;
 };
 
-TEST_F(ShallowTest, TheCommandBringsAMissingCommit) {
+TEST_F(ShallowTest, PrintedCommandFetchesMissingCommit) {
   ExpectHelped(first_, "commit " + first_ + " is not in this clone", "git fetch --depth=1 origin " + first_);
 }
 
-TEST_F(ShallowTest, TheCommandBringsTheRestOfTheHistory) {
-  ExpectHelped("HEAD~1", "'HEAD~1' lies beyond the end of this shallow clone", "git fetch --unshallow");
+TEST_F(ShallowTest, PrintedCommandFetchesRestOfHistory) {
+  ExpectHelped("HEAD~1", "'HEAD~1' is older than the oldest commit of this shallow clone", "git fetch --unshallow");
 }
 
-TEST_F(ShallowTest, TheCommandBringsAnotherBranch) {
+TEST_F(ShallowTest, PrintedCommandFetchesAnotherBranch) {
   ExpectHelped("origin/base", "unknown revision 'origin/base'", "git fetch --depth=1 origin base:refs/remotes/origin/base");
 }
 
-TEST_F(GitInputTest, PathsThatAreNotInTheCommitAreToldWithWhatWasMeant) {
+TEST_F(GitInputTest, SuggestsSimilarPathInCommit) {
   std::filesystem::create_directory(PathOf("schemas"));
   Write("schemas/orders.xml", Read("old.xml"));
   Commit("first");
@@ -230,38 +230,38 @@ TEST_F(GitInputTest, OnlyFilesAreRead) {
   ExpectRefused({"lint", "git:HEAD:module"}, "korvelcheck: git:HEAD:module: is a submodule in that commit; allowed: a file\n");
 }
 
-// A program in git's place, for what the real one does once in a lifetime.
-TEST_F(GitInputTest, ATooLargeFileIsRefusedUnread) {
+// A program that replaces git, for rare failures.
+TEST_F(GitInputTest, RefusesTooLargeFileWithoutReadingIt) {
   Commit("first");
   ReplaceGit("[ \"$1\" = cat-file ] || exec \"$REAL_GIT\" \"$@\"\nread object; echo \"$object blob 1073741825\"; exec sleep 100");
-  ExpectRefused({"lint", "git:HEAD:old.xml"}, "korvelcheck: git:HEAD:old.xml: is too large; allowed: up to 1073741824 bytes\n");
+  ExpectRefused({"lint", "git:HEAD:old.xml"}, "korvelcheck: git:HEAD:old.xml: is too large; allowed: at most 1073741824 bytes\n");
 }
 
-TEST_F(GitInputTest, AGitThatDiesInTheMiddleIsTold) {
+TEST_F(GitInputTest, ReportsGitThatEndsUnexpectedly) {
   Commit("first");
   ReplaceGit("[ \"$1\" = cat-file ] || exec \"$REAL_GIT\" \"$@\"\nread object; echo \"$object blob 100\"; kill -9 $$");
   ExpectRefused({"lint", "git:HEAD:old.xml"},
-                "korvelcheck: git:HEAD:old.xml: git cat-file ended in the middle with exit code 137\n");
+                "korvelcheck: git:HEAD:old.xml: git cat-file ended unexpectedly with exit code 137\n");
   ReplaceGit("[ \"$1\" = cat-file ] || exec \"$REAL_GIT\" \"$@\"\necho 'fatal: no space' >&2; exit 5");
   ExpectRefused({"lint", "git:HEAD:old.xml"},
-                "korvelcheck: git:HEAD:old.xml: git cat-file ended in the middle with exit code 5: no space\n");
+                "korvelcheck: git:HEAD:old.xml: git cat-file ended unexpectedly with exit code 5: no space\n");
 }
 
-TEST_F(GitInputTest, AGitThatFailsIsTold) {
+TEST_F(GitInputTest, ReportsGitFailures) {
   Commit("first");
   ReplaceGit("[ \"$2\" = ls-tree ] || exec \"$REAL_GIT\" \"$@\"\necho 'fatal: out of luck' >&2; exit 128");
   ExpectRefused({"lint", "git:HEAD:old.xml"}, "korvelcheck: git:HEAD:old.xml: git ls-tree fails: out of luck\n");
 }
 
-TEST_F(GitInputTest, ADamagedRepositoryIsTold) {
+TEST_F(GitInputTest, ReportsDamagedRepository) {
   Commit("first");
   const std::string id = Git({"rev-parse", "HEAD:old.xml"}).substr(0, 40);
   std::filesystem::remove(PathOf(".git/objects/" + id.substr(0, 2) + "/" + id.substr(2)));
   ExpectRefused({"lint", "git:HEAD:old.xml"},
-                "korvelcheck: git:HEAD:old.xml: the repository lacks its object " + id + "; 'git fsck' tells more\n");
+                "korvelcheck: git:HEAD:old.xml: the repository has no object " + id + "; run 'git fsck'\n");
 }
 
-TEST_F(GitInputTest, FaultsOfEverySideAreTold) {
+TEST_F(GitInputTest, ReportsFaultsOfEverySide) {
   Commit("first");
   ExpectRefused({"check", "git:HEAD:no.xml", "git:no:old.xml"},
                 "korvelcheck: git:HEAD:no.xml: is not in that commit\n"

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Holds that the cost of reading and of a whole check grows with the size of the files and no faster:
+# Requires that the cost of reading and of a whole check grows linearly with the size of the files:
 # tests/tool/growth.sh PROGRAM
 set -eu
 program=${1:?usage: tests/tool/growth.sh PROGRAM}

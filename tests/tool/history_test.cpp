@@ -23,61 +23,65 @@ class HistoryTest : public GitTest {
   }
 };
 
-TEST_F(HistoryTest, StepsThatAreAllowed) {
+TEST_F(HistoryTest, AllowsSteps) {
   ExpectOutcome(Run({"history", "v1.xml", "v2.xml"}), 0,
                 "verdict: allowed\n"
                 "step 1: v1.xml -> v2.xml: allowed\n"
-                "0 of 1 step refused; from 0 of 1 older versions the newest is refused\n",
+                "0 of 1 step refused; the newest version is refused from 0 of 1 older version\n",
                 "");
 }
 
-TEST_F(HistoryTest, ThePairAndTheEditThatBrokeATableAreNamed) {
+TEST_F(HistoryTest, NamesTheStepAndTheChangeThatBrokeATable) {
   ExpectOutcome(Run({"history", "v1.xml", "v2.xml", "v3.xml", "v4.xml"}), 1,
                 "verdict: refused\n"
                 "step 1: v1.xml -> v2.xml: allowed\n"
                 "step 2: v2.xml -> v3.xml: refused\n"
-                "   table orders: refused [primary-key.size] -3 ERROR_VALUE_FIELD\n"
-                "      The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
-                "      broken by: type of uid: uint64 -> uint32\n"
+                "  table orders: refused [primary-key.size] the size of a primary key field changed\n"
+                "    checker: The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
+                "    code: -3 ERROR_VALUE_FIELD\n"
+                "    caused by: type of uid: uint64 -> uint32\n"
                 "step 3: v3.xml -> v4.xml: allowed\n"
                 "each version against the newest, v4.xml:\n"
                 "v1.xml -> v4.xml: refused\n"
-                "   table orders: refused [primary-key.size] -3 ERROR_VALUE_FIELD\n"
-                "      The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
-                "      broken by: type of uid: uint64 -> uint32, in step 2: v2.xml -> v3.xml\n"
+                "  table orders: refused [primary-key.size] the size of a primary key field changed\n"
+                "    checker: The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
+                "    code: -3 ERROR_VALUE_FIELD\n"
+                "    caused by: type of uid: uint64 -> uint32, in step 2: v2.xml -> v3.xml\n"
                 "v2.xml -> v4.xml: refused\n"
-                "   table orders: refused [primary-key.size] -3 ERROR_VALUE_FIELD\n"
-                "      The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
-                "      broken by: type of uid: uint64 -> uint32, in step 2: v2.xml -> v3.xml\n"
-                "1 of 3 steps refused; from 2 of 3 older versions the newest is refused\n",
+                "  table orders: refused [primary-key.size] the size of a primary key field changed\n"
+                "    checker: The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
+                "    code: -3 ERROR_VALUE_FIELD\n"
+                "    caused by: type of uid: uint64 -> uint32, in step 2: v2.xml -> v3.xml\n"
+                "1 of 3 steps refused; the newest version is refused from 2 of 3 older versions\n",
                 "");
 }
 
-TEST_F(HistoryTest, JsonSaysTheSame) {
+TEST_F(HistoryTest, JsonMatchesText) {
   const Outcome outcome = Run({"history", "v1.xml", "v2.xml", "v3.xml", "--format", "json"});
   EXPECT_EQ(outcome.exit_code, 1);
   const auto json = nlohmann::json::parse(outcome.out);
+  EXPECT_EQ(json["version"], 1);
   EXPECT_EQ(json["verdict"], "refused");
   EXPECT_EQ(json["versions"], (nlohmann::json{"v1.xml", "v2.xml", "v3.xml"}));
   ASSERT_EQ(json["steps"].size(), 2);
   EXPECT_EQ(json["steps"][0]["verdict"], "allowed");
-  EXPECT_EQ(json["steps"][1]["tables"][0]["broken_by"], "type of uid: uint64 -> uint32");
-  ASSERT_EQ(json["to_newest"].size(), 2);
-  EXPECT_EQ(json["to_newest"][0]["from"], "v1.xml");
-  EXPECT_EQ(json["to_newest"][0]["tables"][0]["step"], 2);
-  EXPECT_EQ(json["to_newest"][1]["from"], "v2.xml");
+  EXPECT_EQ(json["steps"][1]["tables"][0]["cause"], "type of uid: uint64 -> uint32");
+  ASSERT_EQ(json["against_newest"].size(), 2);
+  EXPECT_EQ(json["against_newest"][0]["from"], "v1.xml");
+  EXPECT_EQ(json["against_newest"][0]["tables"][0]["step"], 2);
+  EXPECT_EQ(json["against_newest"][1]["from"], "v2.xml");
 }
 
-TEST_F(HistoryTest, TablesThatComeAndGoAreTold) {
+TEST_F(HistoryTest, ReportsNewAndRemovedTables) {
   Write("more.xml", Library(6, {Table(), Table({.name = "carts"})}));
   const Outcome outcome = Run({"history", "v1.xml", "more.xml", "v1.xml"});
   EXPECT_EQ(outcome.exit_code, 1);
-  EXPECT_THAT(outcome.out, HasSubstr("step 1: v1.xml -> more.xml: allowed\n   table carts: new\n"));
-  EXPECT_THAT(outcome.out, HasSubstr("broken by: the table is gone"));
+  EXPECT_THAT(outcome.out, HasSubstr("step 1: v1.xml -> more.xml: allowed\n  table carts: new\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("caused by: the table was removed"));
 }
 
-// A field that is taken back and given again: neither step breaks what the two together do.
-TEST_F(HistoryTest, AVersionMayBreakThoughEveryStepIsAllowed) {
+// A field is removed and added again: each step is allowed, both together are not.
+TEST_F(HistoryTest, RefusesAVersionThoughEveryStepIsAllowed) {
   const auto tlv = [](int version, const std::string& fields) { return Library(version, {Table({.fields = fields})}, "TLV"); };
   Write("t1.xml", tlv(5, "<entry name=\"a\" id=\"2\" type=\"uint32\"/>"));
   Write("t2.xml", tlv(6, ""));
@@ -87,7 +91,7 @@ TEST_F(HistoryTest, AVersionMayBreakThoughEveryStepIsAllowed) {
       nlohmann::json::parse(Run({"history", "t1.xml", "t2.xml", "t3.xml", "--created-as", "tlv", "--format", "json"}).out);
   const bool steps_allowed = json["steps"][0]["verdict"] == "allowed" && json["steps"][1]["verdict"] == "allowed";
   EXPECT_EQ(outcome.exit_code, 1);
-  EXPECT_EQ(outcome.out.find(", though every step is allowed\n") != std::string::npos, steps_allowed) << outcome.out;
+  EXPECT_EQ(outcome.out.find(", although each step alone is allowed\n") != std::string::npos, steps_allowed) << outcome.out;
 }
 
 TEST_F(HistoryTest, ImagesStandardInputAndCommitsAreVersions) {
@@ -101,7 +105,7 @@ TEST_F(HistoryTest, ImagesStandardInputAndCommitsAreVersions) {
   EXPECT_THAT(outcome.out, HasSubstr("step 2: v2.qmb -> <stdin>: allowed"));
 }
 
-TEST_F(HistoryTest, TheCommitsOfAFileAreItsVersions) {
+TEST_F(HistoryTest, UsesTheCommitsOfAFile) {
   std::filesystem::create_directory(PathOf("sub"));
   const auto write = [&](const char* version) { Write("sub/orders.xml", Read(version)); };
   write("v1.xml");
@@ -124,27 +128,27 @@ TEST_F(HistoryTest, TheCommitsOfAFileAreItsVersions) {
   Git({"clone", "-q", "--depth=2", "file://" + PathOf("").string(), "clone"});
   const Outcome shallow = Run({"history", "--git", "sub/orders.xml"}, "clone");
   EXPECT_EQ(shallow.exit_code, 2);
-  EXPECT_EQ(shallow.err,
-            "korvelcheck: this clone is shallow: versions before its first commit are left out\n"
-            "korvelcheck: history: sub/orders.xml is in one commit; allowed: a file of at least two\n");
+  EXPECT_EQ(
+      shallow.err,
+      "korvelcheck: sub/orders.xml: is in only one commit of this shallow clone; allowed: a file with at least two versions\n");
 }
 
-TEST_F(HistoryTest, WhatCannotBeAskedIsTold) {
+TEST_F(HistoryTest, ReportsInputErrors) {
   const std::string hint = "\nTry 'korvelcheck history --help'.\n";
-  ExpectNotAsked(Run({"history", "v1.xml"}), "korvelcheck: history: at least two versions are required" + hint);
-  ExpectNotAsked(Run({"history", "--git", "a", "b"}), "korvelcheck: history: --git goes with one path" + hint);
-  ExpectNotAsked(Run({"history", "v1.xml", "no.xml"}), "korvelcheck: no.xml: No such file or directory\n");
-  ExpectNotAsked(Run({"history", "v1.xml", "v2.xml", "--table", "nowhere"}), "korvelcheck: table 'nowhere' is in no version\n");
-  ExpectNotAsked(Run({"history", "--git", "v1.xml"}), "korvelcheck: v1.xml: the repository has no commit yet\n");
+  ExpectInputError(Run({"history", "v1.xml"}), "korvelcheck: history: at least two versions are required" + hint);
+  ExpectInputError(Run({"history", "--git", "a", "b"}), "korvelcheck: history: --git requires exactly one path" + hint);
+  ExpectInputError(Run({"history", "v1.xml", "no.xml"}), "korvelcheck: no.xml: No such file or directory\n");
+  ExpectInputError(Run({"history", "v1.xml", "v2.xml", "--table", "nowhere"}), "korvelcheck: table 'nowhere' is in no version\n");
+  ExpectInputError(Run({"history", "--git", "v1.xml"}), "korvelcheck: v1.xml: the repository has no commit yet\n");
   Commit("first");
-  ExpectNotAsked(Run({"history", "--git", "v1.xml"}),
-                 "korvelcheck: history: v1.xml is in one commit; allowed: a file of at least two\n");
-  ExpectNotAsked(Run({"history", "--git", "."}), "korvelcheck: .: is the top of the repository; allowed: a file in it\n");
-  ExpectNotAsked(Run({"history", "--git", "no.xml"}),
-                 "korvelcheck: history: no.xml is in no commit; allowed: a file of at least two\n");
+  ExpectInputError(Run({"history", "--git", "v1.xml"}),
+                   "korvelcheck: v1.xml: is in only one commit; allowed: a file with at least two versions\n");
+  ExpectInputError(Run({"history", "--git", "."}), "korvelcheck: .: is the top of the repository; allowed: a file in it\n");
+  ExpectInputError(Run({"history", "--git", "no.xml"}),
+                   "korvelcheck: no.xml: is in no commit; allowed: a file with at least two versions\n");
   Write("none.xml", "<metalib name=\"m\" version=\"1\"/>");
-  ExpectNotAsked(Run({"history", "none.xml", "v1.xml"}),
-                 "korvelcheck: nothing was compared: no version but the last has such a table\n");
+  ExpectInputError(Run({"history", "none.xml", "v1.xml"}),
+                   "korvelcheck: nothing was compared: only the last version has such a table\n");
 }
 
 }  // namespace

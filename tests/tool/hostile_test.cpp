@@ -1,6 +1,6 @@
-// Files that nobody would write in good faith: numbers that ask for more than there is, structures without end, bytes that are no
-// text, names that pose as something else. Each is put to the program with little memory and time; hostile/expected holds what it
-// says. 'make goldens' writes that file.
+// Hostile files: huge numbers, endless structures, bytes that are not text, misleading names. The program reads each with little
+// memory and time; hostile/expected has its output. 'make goldens' writes that
+// file.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -51,7 +51,7 @@ class HostileTest : public ToolTest {
   }
 };
 
-TEST_F(HostileTest, IsToldWhatIsWrong) {
+TEST_F(HostileTest, ReportsWhatIsWrong) {
   Write("ok.xml", Library(1, {Table()}));
   std::string said;
   const std::vector<std::string> files = HostileFiles();
@@ -65,8 +65,8 @@ TEST_F(HostileTest, IsToldWhatIsWrong) {
   std::printf("%zu hostile files tried\n", files.size());
 }
 
-// What is accepted goes through every command as well.
-TEST_F(HostileTest, WhatIsAcceptedIsJudgedAndShown) {
+// Every command also runs on the accepted files.
+TEST_F(HostileTest, ChecksAndShowsAcceptedFiles) {
   int accepted = 0;
   for (const std::string& file : HostileFiles()) {
     if (file.ends_with(".toml")) continue;

@@ -1,4 +1,4 @@
-// Every schema of the cases and examples gives the same answers as an image as it does as text, and comes back from its image.
+// Every schema of the cases and examples gives the same results as an image, and can be restored from its image.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -17,7 +17,7 @@ struct SchemaPair {
   fs::path new_file;
 };
 
-// Each case, and each two schemas of an example that stand beside each other in the order of their names.
+// Each case, and each two consecutive schemas of an example, ordered by name.
 std::vector<SchemaPair> Pairs() {
   std::map<fs::path, std::vector<fs::path>> folders;
   for (const char* top : {"tests/cases", "examples"}) {
@@ -37,7 +37,7 @@ std::vector<SchemaPair> Pairs() {
   return pairs;
 }
 
-// An image has no lines, and nothing in it can be replaced.
+// An image has no lines, and no part of it can be replaced.
 void RemovePlaces(nlohmann::ordered_json& json) {
   for (auto& [name, value] : json.items()) {
     if (name == "line" || name == "column" || name == "end_line" || name == "end_column") value = nullptr;
@@ -70,7 +70,7 @@ class ImageCasesTest : public ToolTest {
   }
 };
 
-TEST_F(ImageCasesTest, AnswersDoNotDependOnTheForm) {
+TEST_F(ImageCasesTest, ResultsAreTheSameForFilesAndImages) {
   std::size_t refused = 0;
   const std::vector<SchemaPair> pairs = Pairs();
   for (const SchemaPair& pair : pairs) {
@@ -91,7 +91,7 @@ TEST_F(ImageCasesTest, AnswersDoNotDependOnTheForm) {
   EXPECT_GT(refused, 100u);
 }
 
-TEST_F(ImageCasesTest, EverySchemaComesBackFromItsImage) {
+TEST_F(ImageCasesTest, ImagesRestoreEverySchema) {
   for (const SchemaPair& pair : Pairs()) {
     SCOPED_TRACE(pair.new_file);
     MakeBothForms(pair.new_file, "new");

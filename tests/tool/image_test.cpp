@@ -33,25 +33,25 @@ class ImageTest : public ToolTest {
   }
 };
 
-// What a report says of an image is what it says of the schema file, but for line and column.
+// The report about an image is that about the schema file, without line and column.
 std::string WithoutPlaces(const std::string& report) {
   return std::regex_replace(std::regex_replace(report, std::regex("\\.xml:\\d+:\\d+:"), ".qmb:"), std::regex("\\.xml"), ".qmb");
 }
 
-TEST_F(ImageTest, ReportsShowTheFileAlone) {
+TEST_F(ImageTest, ReportsShowOnlyTheFile) {
   ExpectOutcome(Korvelcheck({"check", "old.qmb", "same.qmb"}), 0, WithoutPlaces(kAllowedReport), "");
   ExpectVerdicts(Korvelcheck({"check", "old.qmb", "wide.qmb"}), 1, WithoutPlaces(kWideFinding));
   EXPECT_THAT(Korvelcheck({"check", "old.qmb", "wide.qmb", "--format", "json"}).out,
-              HasSubstr("\"place\": {\n        \"file\": \"wide.qmb\",\n        \"line\": null,\n        \"column\": null\n"));
+              HasSubstr("\"location\": {\n        \"file\": \"wide.qmb\",\n        \"line\": null,\n        \"column\": null\n"));
 }
 
-TEST_F(ImageTest, FormsMayBeMixed) {
+TEST_F(ImageTest, AcceptsFilesAndImagesTogether) {
   ExpectVerdicts(Korvelcheck({"check", "old.qmb", "wide.xml"}), 1, kWideFinding);
   ExpectVerdicts(Korvelcheck({"check", "old.xml", "wide.qmb"}), 1, WithoutPlaces(kWideFinding));
 }
 
-// The name says nothing: an image is told by its first bytes.
-TEST_F(ImageTest, FormsAreToldByContent) {
+// The name does not matter: the first bytes identify an image.
+TEST_F(ImageTest, RecognizesImagesByContent) {
   Write("image.xml", Read("wide.qmb"));
   Write("text.qmb", Read("old.xml"));
   const Outcome outcome = Korvelcheck({"check", "text.qmb", "image.xml"});
@@ -77,7 +77,7 @@ TEST_F(ImageTest, StandardInputMayBeAnImage) {
                  1, kWideFinding);
 }
 
-TEST_F(ImageTest, APipeMayCarryAnImage) {
+TEST_F(ImageTest, ReadsImageFromPipe) {
   ASSERT_EQ(::mkfifo(PathOf("pipe").c_str(), 0600), 0);
   const std::string image = Read("old.qmb");
   std::thread writer([&] { Write("pipe", image); });
@@ -85,7 +85,7 @@ TEST_F(ImageTest, APipeMayCarryAnImage) {
   writer.join();
 }
 
-TEST_F(ImageTest, DamagedImagesAreNoSchemas) {
+TEST_F(ImageTest, RefusesDamagedImages) {
   const std::string image = Read("old.qmb");
   const auto damaged = [&](std::size_t offset, char value) {
     std::string bytes = image;
@@ -115,19 +115,19 @@ TEST_F(ImageTest, DamagedImagesAreNoSchemas) {
 
 TEST_F(ImageTest, ManyTablesOfManyFilesAreLocated) {
   Write("turned.xml", Library(5, {"", Table({.name = "users"}), Table({.key_type = "uint32"})}));
-  EXPECT_EQ(
-      Verdicts(Korvelcheck({"check", "old.xml", "turned.xml"}).out),
-      "verdict: refused\n"
-      "turned.xml:4:1: refused: table orders: -3 ERROR_VALUE_FIELD\n"
-      "turned.xml:4:52: refused [primary-key.size] The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
-      "turned.xml:3:1: allowed: table users\n"
-      "1 table refused, 1 allowed; 2 compared, 0 new, 0 gone; 1 finding, 0 waived\n");
+  EXPECT_EQ(Verdicts(Korvelcheck({"check", "old.xml", "turned.xml"}).out),
+            "verdict: refused\n"
+            "turned.xml:4:1: refused: table orders: -3 ERROR_VALUE_FIELD\n"
+            "turned.xml:4:52: refused [primary-key.size] the size of a primary key field changed\n"
+            "  checker: The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
+            "turned.xml:3:1: allowed: table users\n"
+            "1 table refused, 1 allowed; 2 compared, 0 new, 0 removed; 1 finding, 0 waived\n");
   EXPECT_EQ(Korvelcheck({"lint", "turned.xml", "old.qmb", "old.xml"}).out,
             "verdict: allowed\n"
             "turned.xml:3:1: allowed: table users\nturned.xml:4:1: allowed: table orders\n"
             "old.qmb: allowed: table orders\nold.qmb: allowed: table users\n"
             "old.xml:2:1: allowed: table orders\nold.xml:3:1: allowed: table users\n"
-            "0 tables refused, 6 allowed; 6 compared, 0 new, 0 gone\n");
+            "0 tables refused, 6 allowed; 6 compared, 0 new, 0 removed\n");
 }
 
 // --- Large files are read at the same time ---
@@ -153,7 +153,7 @@ TEST_F(ImageTest, ManyLargeFilesAreAllRead) {
     arguments.push_back(name);
     expected += name + ":3:1: allowed: table orders\n";
   }
-  ExpectOutcome(Korvelcheck(arguments), 0, expected + "0 tables refused, 9 allowed; 9 compared, 0 new, 0 gone\n", "");
+  ExpectOutcome(Korvelcheck(arguments), 0, expected + "0 tables refused, 9 allowed; 9 compared, 0 new, 0 removed\n", "");
 }
 
 // A call may name more images than files may be open.
@@ -170,12 +170,12 @@ TEST_F(ImageTest, NoImageIsKeptOpen) {
   EXPECT_THAT(outcome.out, HasSubstr("200 allowed; 200 compared"));
 }
 
-// A mapped file has no byte any more where the program looks: the signal must not look like an answer, nor like a crash.
-TEST_F(ImageTest, AFileThatBecomesShorterIsAFault) {
+// A mapped file has become shorter: the signal must look neither like a result nor like a crash.
+TEST_F(ImageTest, FileThatBecomesShorterIsAnInternalError) {
   ASSERT_EQ(::mkfifo(PathOf("pipe.xml").c_str(), 0600), 0);
   std::thread writer([&] {
     std::ofstream pipe(PathOf("pipe.xml"), std::ios::binary);
-    // More than a pipe holds: once it is written the program has mapped the old schema and reads the new one.
+    // More than a pipe can buffer: once it is written, the program has mapped the old schema and reads the new one.
     pipe << "<metalib name=\"mall\" version=\"5\">" << Padding(1'000'000) << std::flush;
     ASSERT_EQ(::truncate(PathOf("old.qmb").c_str(), 0), 0);
     pipe << Table() << "</metalib>";
@@ -185,8 +185,8 @@ TEST_F(ImageTest, AFileThatBecomesShorterIsAFault) {
   ExpectOutcome(outcome, 3, "", "korvelcheck: a file became shorter while it was read\n");
 }
 
-// What the checker saw may be of before and after: no answer.
-TEST_F(ImageTest, AnImageThatIsWrittenToMeanwhileIsNotJudged) {
+// The checker may have seen bytes of before and after: there is no result.
+TEST_F(ImageTest, ImageThatIsWrittenToIsAnInputError) {
   const timespec long_ago[2] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
   ASSERT_EQ(::utimensat(AT_FDCWD, PathOf("old.qmb").c_str(), long_ago, 0), 0);
   ASSERT_EQ(::mkfifo(PathOf("pipe.xml").c_str(), 0600), 0);
@@ -203,7 +203,7 @@ TEST_F(ImageTest, AnImageThatIsWrittenToMeanwhileIsNotJudged) {
 
 // --- compile ---
 
-TEST_F(ImageTest, CompilingIsDeterministicAndTakesEitherForm) {
+TEST_F(ImageTest, CompileIsDeterministicAndAcceptsImages) {
   const std::string image = Read("old.qmb");
   ExpectOutcome(Korvelcheck({"compile", "old.xml", "-o", "-"}), 0, image, "");
   ExpectOutcome(Korvelcheck({"compile", "same.xml", "--output=-"}), 0, image, "");
@@ -211,7 +211,7 @@ TEST_F(ImageTest, CompilingIsDeterministicAndTakesEitherForm) {
   ExpectOutcome(Korvelcheck(Call{.arguments = {"compile", "-", "-o", "-"}, .input = Read("old.xml")}), 0, image, "");
 }
 
-TEST_F(ImageTest, WhatCannotBeReadIsNotCompiled) {
+TEST_F(ImageTest, DoesNotCompileUnreadableSchemas) {
   Write("bad.xml", "<metalib/>");
   Write("kept.qmb", "kept");
   const Outcome outcome = Korvelcheck({"compile", "bad.xml", "-o", "kept.qmb"});
@@ -220,19 +220,18 @@ TEST_F(ImageTest, WhatCannotBeReadIsNotCompiled) {
   EXPECT_EQ(Read("kept.qmb"), "kept");
 }
 
-TEST_F(ImageTest, AnImageIsNotForATerminal) {
+TEST_F(ImageTest, DoesNotWriteImageToATerminal) {
   const Outcome outcome = Korvelcheck(Call{.arguments = {"compile", "old.xml", "-o", "-"}, .output = Stream::kTerminal});
   EXPECT_EQ(outcome.exit_code, 2);
   EXPECT_EQ(outcome.out, "");
-  EXPECT_EQ(outcome.err,
-            "korvelcheck: compile: an image is not for a terminal; allowed: -o with a file, or standard output elsewhere\n");
+  EXPECT_EQ(outcome.err, "korvelcheck: compile: standard output is a terminal; allowed: a file or a pipe\n");
 }
 
 TEST_F(ImageTest, AnImageDoesNotReplaceItsSchema) {
-  ExpectNotAsked(Korvelcheck({"compile", "old.xml", "-o", "old.xml"}), "korvelcheck: -o old.xml would replace an input\n");
+  ExpectInputError(Korvelcheck({"compile", "old.xml", "-o", "old.xml"}), "korvelcheck: -o old.xml would replace an input\n");
 }
 
-TEST_F(ImageTest, AnImageThatCannotBeWrittenIsAFault) {
+TEST_F(ImageTest, ImageThatCannotBeWrittenIsAnInternalError) {
   EXPECT_EQ(Korvelcheck({"compile", "old.xml", "-o", "no/image.qmb"}).exit_code, 3);
   EXPECT_EQ(Korvelcheck(Call{.arguments = {"compile", "old.xml", "-o", "-"}, .output = Stream::kFull}).exit_code, 3);
 }
@@ -265,7 +264,7 @@ constexpr char kEverything[] =
     "  </meta>\n"
     "</metalib>\n";
 
-TEST_F(ImageTest, ADumpCompilesToTheSameImage) {
+TEST_F(ImageTest, DumpCompilesToTheSameImage) {
   Write("all.xml", kEverything);
   Compile("all.xml", "all.qmb");
   for (const std::string name : {"all", "old", "wide"}) {
@@ -274,8 +273,8 @@ TEST_F(ImageTest, ADumpCompilesToTheSameImage) {
   }
 }
 
-// Every attribute that can be left out is given where it says something, and only there.
-TEST_F(ImageTest, ADumpSaysEverything) {
+// Optional attributes are written only if they differ from their defaults.
+TEST_F(ImageTest, DumpIsComplete) {
   Write("all.xml", kEverything);
   Outcome outcome = Korvelcheck({"dump", "all.xml"});
   EXPECT_EQ(outcome.exit_code, 0);
@@ -290,7 +289,7 @@ TEST_F(ImageTest, ADumpSaysEverything) {
   EXPECT_THAT(outcome.out, HasSubstr("    <entry name=\"uid\" id=\"1\" type=\"uint64\"/>\n"));
 }
 
-TEST_F(ImageTest, DescriptionsAreGone) {
+TEST_F(ImageTest, DumpHasNoDescriptions) {
   Write("desc.xml",
         "<metalib name=\"m\" version=\"1\" desc=\"x\"><!-- x --><meta name=\"a\" desc=\"x\">"
         "<entry name=\"b\" type=\"int8\" desc=\"x\"/></meta></metalib>");
@@ -300,8 +299,8 @@ TEST_F(ImageTest, DescriptionsAreGone) {
                 "");
 }
 
-TEST_F(ImageTest, WhatNoSchemaFileCanSayIsTold) {
-  const std::string start = "odd.qmb: error: no schema file can say this: ";
+TEST_F(ImageTest, ReportsImageThatCannotBeWrittenAsXml) {
+  const std::string start = "odd.qmb: error: cannot be written as XML: ";
   const auto expect = [&](const qmx::EntryDecl& entry, const std::string& text, bool is_key = false) {
     qmx::MetalibBuilder builder("odd", 1, qmx::Protocol::kQmx);
     builder.AddMeta("table");
@@ -310,7 +309,7 @@ TEST_F(ImageTest, WhatNoSchemaFileCanSayIsTold) {
     if (is_key) builder.SetPrimaryKey({entry.name});
     WriteImage("odd.qmb", builder);
     EXPECT_THAT(Korvelcheck({"lint", "odd.qmb"}).err, Not(HasSubstr("error")));
-    ExpectNotAsked(Korvelcheck({"dump", "odd.qmb"}), start + text + "\n");
+    ExpectInputError(Korvelcheck({"dump", "odd.qmb"}), start + text + "\n");
   };
   const std::string characters = "; allowed: characters of XML 1.0 in UTF-8";
   expect({.name = "a\x01z", .type = "int8"}, "'name' is 'a\\x01z'" + characters);
@@ -325,7 +324,7 @@ TEST_F(ImageTest, WhatNoSchemaFileCanSayIsTold) {
 }
 
 // A page about images had no source on either side, not even where one of the two was a schema file.
-TEST_F(ImageTest, APageShowsTheLinesThatDumpWrites) {
+TEST_F(ImageTest, HtmlShowsTheLinesOfDump) {
   for (const char* name : {"old", "wide"}) {
     ASSERT_EQ(Korvelcheck({"compile", std::string(name) + ".xml", "-o", std::string(name) + ".qmb"}).exit_code, 0);
   }
@@ -336,14 +335,14 @@ TEST_F(ImageTest, APageShowsTheLinesThatDumpWrites) {
   for (const char* old_file : {"old.qmb", "old.xml"}) {
     const Outcome page = Korvelcheck({"check", old_file, "wide.qmb", "--format", "html"});
     EXPECT_EQ(page.exit_code, 1);
-    EXPECT_THAT(page.out, HasSubstr("lines are those that <code>korvelcheck dump</code> writes"));
+    EXPECT_THAT(page.out, HasSubstr("the lines are the output of <code>korvelcheck dump</code>"));
     EXPECT_THAT(page.out, HasSubstr("type=&quot;<mark class=\"refused\">uint32</mark>&quot;"));
     EXPECT_THAT(page.out, HasSubstr(">wide.qmb:" + place + "</a>"));
   }
   EXPECT_THAT(Korvelcheck({"check", "old.qmb", "wide.qmb"}).out, Not(HasSubstr("wide.qmb:" + place)));
 }
 
-TEST_F(ImageTest, APageAboutWhatNoSchemaFileCanSaySaysSo) {
+TEST_F(ImageTest, HtmlReportsImageThatCannotBeWrittenAsXml) {
   qmx::MetalibBuilder builder("odd", 1, qmx::Protocol::kQmx);
   builder.AddMeta("table");
   builder.AddEntry({.name = "uid", .type = "int8"});
@@ -351,11 +350,11 @@ TEST_F(ImageTest, APageAboutWhatNoSchemaFileCanSaySaysSo) {
   builder.SetPrimaryKey({"uid"});
   WriteImage("odd.qmb", builder);
   EXPECT_THAT(Korvelcheck({"lint", "odd.qmb", "--format", "html"}).out,
-              HasSubstr("more than a schema file can say: <code>odd.qmb"));
+              HasSubstr("No source text: <code>odd.qmb</code> is compiled"));
 }
 
 // The file would mean the simple type.
-TEST_F(ImageTest, AStructureThatIsCalledLikeASimpleTypeIsTold) {
+TEST_F(ImageTest, ReportsStructureNamedLikeASimpleType) {
   qmx::MetalibBuilder builder("odd", 1, qmx::Protocol::kQmx);
   builder.AddMeta("int64");
   builder.AddEntry({.name = "a", .type = "int8"});
@@ -366,9 +365,9 @@ TEST_F(ImageTest, AStructureThatIsCalledLikeASimpleTypeIsTold) {
   entry->iType = QMX_TYPE_STRUCT;
   entry->ptrTypeMeta = qmx_get_meta_by_index(metalib.get(), 0)->ptrMeta;
   Write("odd.qmb", qmx::WriteImage(metalib));
-  ExpectNotAsked(
+  ExpectInputError(
       Korvelcheck({"dump", "odd.qmb"}),
-      "odd.qmb: error: no schema file can say this: read again it gives another library; allowed: what 'compile' makes "
+      "odd.qmb: error: cannot be written as XML: reading it back gives another library; allowed: what 'compile' makes "
       "of a schema file\n");
 }
 

@@ -1,4 +1,4 @@
-// Where schemas come from: files, standard input, and everything that is no schema.
+// Inputs: files, standard input, and everything that is not a schema.
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -16,7 +16,7 @@ using testing::StartsWith;
 
 class InputTest : public ToolTest {};
 
-TEST_F(InputTest, StandardInputTakesTheOldOrTheNewPlace) {
+TEST_F(InputTest, StandardInputCanBeOldOrNew) {
   const std::string old_text = Read("old.xml");
   ExpectVerdicts(Korvelcheck(Call{.arguments = {"check", "-", "wide.xml"}, .input = old_text}), 1, kWideFinding);
   const Outcome outcome = Korvelcheck(Call{.arguments = {"check", "wide.xml", "-"}, .input = old_text});
@@ -24,14 +24,14 @@ TEST_F(InputTest, StandardInputTakesTheOldOrTheNewPlace) {
   EXPECT_THAT(outcome.out, HasSubstr("\n<stdin>:2:52: refused [primary-key.size] "));
 }
 
-TEST_F(InputTest, StandardInputHasItsErrorsLocated) {
-  ExpectNotAsked(Korvelcheck(Call{.arguments = {"lint", "-"}, .input = ""}),
-                 "<stdin>:1:1: error: the file is empty; allowed: exactly one 'metalib'\n");
+TEST_F(InputTest, LocatesErrorsInStandardInput) {
+  ExpectInputError(Korvelcheck(Call{.arguments = {"lint", "-"}, .input = ""}),
+                   "<stdin>:1:1: error: the file is empty; allowed: exactly one 'metalib'\n");
 }
 
 TEST_F(InputTest, ClosedStandardInputIsAnError) {
-  ExpectNotAsked(Korvelcheck(Call{.arguments = {"lint", "-"}, .input_closed = true}),
-                 "korvelcheck: <stdin>: cannot be read: Bad file descriptor\n");
+  ExpectInputError(Korvelcheck(Call{.arguments = {"lint", "-"}, .input_closed = true}),
+                   "korvelcheck: <stdin>: cannot be read: Bad file descriptor\n");
 }
 
 // A file opened next would get the number of the closed stream, and the report would go there.
@@ -39,37 +39,38 @@ TEST_F(InputTest, ClosedStandardInputDoesNotHarmFiles) {
   ExpectOutcome(Korvelcheck(Call{.arguments = {"check", "old.xml", "same.xml"}, .input_closed = true}), 0, kAllowedReport, "");
 }
 
-TEST_F(InputTest, FaultsOfBothFilesAreTold) {
+TEST_F(InputTest, ReportsFaultsOfBothFiles) {
   std::filesystem::create_directory(PathOf("sub"));
-  ExpectNotAsked(Korvelcheck({"check", "missing.xml", "sub"}),
-                 "korvelcheck: missing.xml: No such file or directory\n"
-                 "korvelcheck: sub: is a directory; allowed: a file, or '-' for standard input\n");
+  ExpectInputError(Korvelcheck({"check", "missing.xml", "sub"}),
+                   "korvelcheck: missing.xml: No such file or directory\n"
+                   "korvelcheck: sub: is a directory; allowed: a file, or '-' for standard input\n");
 }
 
-TEST_F(InputTest, AnEmptyPathIsNoFile) {
-  ExpectNotAsked(Korvelcheck({"check", "", "same.xml"}), "korvelcheck: '': No such file or directory\n");
+TEST_F(InputTest, RefusesEmptyPath) {
+  ExpectInputError(Korvelcheck({"check", "", "same.xml"}), "korvelcheck: '': No such file or directory\n");
 }
 
-TEST_F(InputTest, DanglingAndCircularLinksAreTold) {
+TEST_F(InputTest, ReportsDanglingAndCircularLinks) {
   std::filesystem::create_symlink("nowhere", PathOf("dangling.xml"));
   std::filesystem::create_symlink("circle.xml", PathOf("circle.xml"));
-  ExpectNotAsked(Korvelcheck({"check", "dangling.xml", "circle.xml"}),
-                 "korvelcheck: dangling.xml: No such file or directory\n"
-                 "korvelcheck: circle.xml: Too many levels of symbolic links\n");
+  ExpectInputError(Korvelcheck({"check", "dangling.xml", "circle.xml"}),
+                   "korvelcheck: dangling.xml: No such file or directory\n"
+                   "korvelcheck: circle.xml: Too many levels of symbolic links\n");
 }
 
 // Opened, but not to be read: the error comes with the first read.
-TEST_F(InputTest, AReadErrorIsTold) {
-  ExpectNotAsked(Korvelcheck({"lint", "/proc/self/mem"}), "korvelcheck: /proc/self/mem: cannot be read: Input/output error\n");
+TEST_F(InputTest, ReportsReadErrors) {
+  ExpectInputError(Korvelcheck({"lint", "/proc/self/mem"}), "korvelcheck: /proc/self/mem: cannot be read: Input/output error\n");
 }
 
-TEST_F(InputTest, ATooLargeFileIsRefusedUnread) {
+TEST_F(InputTest, RefusesTooLargeFileWithoutReadingIt) {
   { const std::ofstream create(PathOf("large.xml")); }
   ASSERT_EQ(::truncate(PathOf("large.xml").c_str(), (off_t{1} << 30) + 1), 0);
-  ExpectNotAsked(Korvelcheck({"lint", "large.xml"}), "korvelcheck: large.xml: is too large; allowed: up to 1073741824 bytes\n");
+  ExpectInputError(Korvelcheck({"lint", "large.xml"}),
+                   "korvelcheck: large.xml: is too large; allowed: at most 1073741824 bytes\n");
 }
 
-TEST_F(InputTest, ANamedPipeIsRead) {
+TEST_F(InputTest, ReadsNamedPipe) {
   ASSERT_EQ(::mkfifo(PathOf("pipe.xml").c_str(), 0600), 0);
   const std::string text = Library(5, {Table({.fields = "<!--" + std::string(300000, '.') + "-->"})});
   std::thread writer([&] { Write("pipe.xml", text); });
@@ -77,7 +78,7 @@ TEST_F(InputTest, ANamedPipeIsRead) {
   writer.join();
   ExpectOutcome(outcome, 0,
                 "verdict: allowed\npipe.xml:2:1: allowed: table orders\n"
-                "0 tables refused, 1 allowed; 1 compared, 0 new, 0 gone\n",
+                "0 tables refused, 1 allowed; 1 compared, 0 new, 0 removed\n",
                 "");
 }
 
@@ -92,7 +93,7 @@ TEST_F(InputTest, SchemaErrorsOfBothFilesAreShown) {
   EXPECT_THAT(outcome.err, HasSubstr("\ntwo.xml:2:3: error: "));
 }
 
-TEST_F(InputTest, BinaryFilesAreNoSchemas) {
+TEST_F(InputTest, RefusesBinaryFiles) {
   Write("program.bin", std::string("\x7f"
                                    "ELF\x02\x01\x01\0\0\0\0\0\0\0\0\0\x03\0\x3e\0",
                                    20));
@@ -108,22 +109,22 @@ TEST_F(InputTest, BinaryFilesAreNoSchemas) {
   }
 }
 
-TEST_F(InputTest, OneFileMayTakeBothPlaces) { EXPECT_EQ(Korvelcheck({"check", "old.xml", "old.xml"}).exit_code, 0); }
+TEST_F(InputTest, OneFileCanBeOldAndNew) { EXPECT_EQ(Korvelcheck({"check", "old.xml", "old.xml"}).exit_code, 0); }
 
-// The place of a table is told in characters, also where all tables share a line.
-TEST_F(InputTest, PlacesAreCountedFromThePlaceBefore) {
+// Columns are counted in characters, even if all tables are on one line.
+TEST_F(InputTest, LocationsFollowEachOther) {
   Write("line.xml", "<metalib name=\"m\" version=\"1\" desc=\"\xc3\xa4\xc3\xb6\">" + Table() + Table({.name = "users"}) + "\n " +
                         Table({.name = "zones"}) + "</metalib>");
   const std::size_t users_column = 41 + Table().size();
   ExpectOutcome(Korvelcheck({"lint", "line.xml"}), 0,
                 "verdict: allowed\nline.xml:1:41: allowed: table orders\nline.xml:1:" + std::to_string(users_column) +
                     ": allowed: table users\nline.xml:2:2: allowed: table zones\n"
-                    "0 tables refused, 3 allowed; 3 compared, 0 new, 0 gone\n",
+                    "0 tables refused, 3 allowed; 3 compared, 0 new, 0 removed\n",
                 "");
 }
 
-// What no code foresaw ends as a fault, never as a verdict.
-TEST_F(InputTest, WithoutMemoryTheCallIsAFault) {
+// An unexpected failure is an internal error, never a verdict.
+TEST_F(InputTest, OutOfMemoryIsAnInternalError) {
   if (KORVEL_SANITIZED) GTEST_SKIP() << "sanitizers need address space";
   { const std::ofstream create(PathOf("large.xml")); }
   ASSERT_EQ(::truncate(PathOf("large.xml").c_str(), off_t{900} << 20), 0);

@@ -1,4 +1,4 @@
-# Instructions that a program executes: unlike times, they are the same on a loaded machine. Sourced by the tests beside it.
+# Counts the instructions of a program: unlike times, they do not depend on the load of the machine. Sourced by the tests here.
 
 # Status 77 tells ctest that a test was skipped.
 require_valgrind() {

@@ -32,7 +32,7 @@ Json LocationOf(const char* file, int line, int column) { return {{"file", file}
 
 // Numbers in the order of the members; those left out are 0.
 Json SummaryOf(std::vector<int> numbers) {
-  constexpr const char* kNames[] = {"compared", "allowed", "refused",     "new",           "gone",       "failing",
+  constexpr const char* kNames[] = {"compared", "allowed", "refused",     "new",           "removed",    "failing",
                                     "findings", "waived",  "files_added", "files_deleted", "files_moved"};
   numbers.resize(std::size(kNames));
   Json summary;
@@ -40,7 +40,7 @@ Json SummaryOf(std::vector<int> numbers) {
   return summary;
 }
 
-TEST_F(JsonReportTest, TheReportOfACheckIsThis) {
+TEST_F(JsonReportTest, ReportHasTheseMembers) {
   Write("new.xml", Library(5, {Table({.key_type = "uint32"}), Table({.name = "zones"}), Table({.name = "carts"})}));
   Write("old.xml", Library(5, {Table(), Table({.name = "users"}), Table({.name = "carts"})}));
   const Json settings = {{"type", "generic"}, {"created_as", "qmx"}, {"server_version", ""}, {"whitelist", ""}, {"list_num", 0}};
@@ -49,31 +49,33 @@ TEST_F(JsonReportTest, TheReportOfACheckIsThis) {
                        {"code", -3},
                        {"code_name", "ERROR_VALUE_FIELD"},
                        {"rule", "primary-key.size"},
+                       {"summary", "the size of a primary key field changed"},
                        {"text", "The size of primarykey can't be modified! entry:'uid' metaname:'orders'"},
-                       {"gone", false},
-                       {"place", LocationOf("new.xml", 2, 1)},
+                       {"removed", false},
+                       {"location", LocationOf("new.xml", 2, 1)},
                        {"settings", settings}};
   const Json users = {{"table", "users"},
                       {"status", "refused"},
                       {"code", -2},
                       {"code_name", "CHECK_TABLE_ERROR_SYSTEM_ERROR"},
                       {"rule", "library.table"},
+                      {"summary", "the table is missing in one of the libraries"},
                       {"text", "Get meta info failed, please check the table name ! table:'users'"},
-                      {"gone", true},
-                      {"place", LocationOf("old.xml", 3, 1)},
+                      {"removed", true},
+                      {"location", LocationOf("old.xml", 3, 1)},
                       {"settings", settings}};
   const Json carts = {{"table", "carts"},
                       {"status", "allowed"},
                       {"code", 0},
                       {"code_name", "CHECK_TABLE_SUCCESS"},
-                      {"place", LocationOf("new.xml", 4, 1)},
+                      {"location", LocationOf("new.xml", 4, 1)},
                       {"settings", settings}};
   const Json zones = {
-      {"table", "zones"}, {"status", "new"}, {"place", LocationOf("new.xml", 3, 1)}, {"settings", Json::object()}};
+      {"table", "zones"}, {"status", "new"}, {"location", LocationOf("new.xml", 3, 1)}, {"settings", Json::object()}};
   const Json old_input = {{"role", "old"}, {"file", "old.xml"}};
   const Json new_input = {{"role", "new"}, {"file", "new.xml"}};
-  const Json expected = {{"tool", "korvelcheck"},
-                         {"version", KORVEL_VERSION},
+  const Json expected = {{"version", 1},
+                         {"tool", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}}},
                          {"command", "check"},
                          {"verdict", "refused"},
                          {"inputs", Json::array({old_input, new_input})},
@@ -130,9 +132,10 @@ TEST_F(JsonReportTest, ARefusalWithoutTextHasNoRule) {
   Write("new.xml", Library(5, {Table()}));
   const Json report = Report({"compat", "old.xml", "new.xml", "--table", "users"}, 1);
   const Json& table = report["tables"][0];
-  EXPECT_EQ(Keys(table),
-            (std::vector<std::string>{"table", "status", "code", "code_name", "rule", "text", "gone", "place", "settings"}));
+  EXPECT_EQ(Keys(table), (std::vector<std::string>{"table", "status", "code", "code_name", "rule", "summary", "text", "removed",
+                                                   "location", "settings"}));
   EXPECT_TRUE(table["rule"].is_null());
+  EXPECT_EQ(table["summary"], "the table was removed");
   EXPECT_EQ(table["text"], "");
 }
 
@@ -142,7 +145,7 @@ TEST_F(JsonReportTest, NamesAreVerbatim) {
 }
 
 // The checker cuts its texts at 1023 bytes, in the middle of a character if need be.
-TEST_F(JsonReportTest, BytesThatAreNoUtf8BecomeReplacements) {
+TEST_F(JsonReportTest, ReplacesBytesThatAreNotUtf8) {
   const std::string before = "Get meta info failed, please check the table name ! table:'";
   std::string name = (1023 - before.size()) % 2 == 0 ? "x" : "";
   while (name.size() < 1100) name += "\xc3\xa4";

@@ -16,7 +16,7 @@ class LayoutTest : public ToolTest {};
 TEST_F(LayoutTest, ShowsOffsetsSizesSharesAndMarks) {
   Write("one.xml", Library(5, {Table({.fields = R"(<entry name="größe" id="7" type="string" size="24" version="5"/>)"})}));
   ExpectOutcome(Korvelcheck({"layout", "one.xml"}), 0,
-                "table orders: 32 bytes a packed record, 2 fields\n"
+                "table orders: 32 bytes per packed record, 2 fields\n"
                 "offset  size  share                field  type    element  count  id\n"
                 "     0     8  25.0%  |###       |  uid    uint64        8  1       1  key\n"
                 "     8    24  75.0%  |########  |  größe  string       24  1       7  version 5\n",
@@ -32,25 +32,26 @@ TEST_F(LayoutTest, PutsTwoSchemasSideBySide) {
   EXPECT_EQ(outcome.err, "");
 }
 
-TEST_F(LayoutTest, TablesOfOneSideAreToldAsSuch) {
+TEST_F(LayoutTest, ReportsTablesOfOneFile) {
   Write("first.xml", Library(5, {Table({.name = "orders"}), Table({.name = "gone"})}));
   Write("second.xml", Library(6, {Table({.name = "orders"}), Table({.name = "fresh"})}));
   const std::string out = Korvelcheck({"layout", "first.xml", "second.xml"}).out;
-  EXPECT_THAT(out, HasSubstr("table gone: gone, was 8 bytes"));
+  EXPECT_THAT(out, HasSubstr("table gone: removed, was 8 bytes"));
   EXPECT_THAT(out, HasSubstr("table fresh: new, 8 bytes"));
 }
 
 TEST_F(LayoutTest, OffsetsDoNotApplyToTlvRecords) {
   Write("tlv.xml", Library(5, {Table({.fields = R"(<entry name="n" id="2" type="uint8"/>)"})}, "QMX"));
-  EXPECT_THAT(Korvelcheck({"layout", "tlv.xml"}).out, Not(HasSubstr("tag-length-value")));
+  EXPECT_THAT(Korvelcheck({"layout", "tlv.xml"}).out, Not(HasSubstr("TLV records")));
   Write("tlv.xml", Library(5, {Table({.attributes = "TableType=GENERIC;DataProtocol=TLV"})}));
   const std::string out = Korvelcheck({"layout", "tlv.xml"}).out;
-  EXPECT_THAT(out, HasSubstr("tag-length-value records: sizes are those of the packed form, offsets do not apply\n"));
+  EXPECT_THAT(out, HasSubstr("TLV records: sizes are those of the packed form; fields have no fixed offset\n"));
   EXPECT_THAT(out, HasSubstr("\n     -     8  100.0%"));
 }
 
-TEST_F(LayoutTest, JsonHoldsTheSame) {
+TEST_F(LayoutTest, JsonMatchesText) {
   const Json one = Json::parse(Korvelcheck({"layout", "wide.xml", "--format", "json", "--table", "orders"}).out);
+  EXPECT_EQ(one["version"], 1);
   EXPECT_EQ(one["command"], "layout");
   EXPECT_EQ(one["tables"].size(), 1u);
   EXPECT_EQ(one["tables"][0]["fields"][0]["path"], "uid");
@@ -76,14 +77,15 @@ TEST_F(LayoutTest, NamesStayOnTheirLine) {
 }
 
 TEST_F(LayoutTest, UnknownTablesAreRefused) {
-  ExpectNotAsked(Korvelcheck({"layout", "old.xml", "--table", "order"}),
-                 "korvelcheck: table 'order' is not in old.xml (did you mean 'orders'?)\n");
-  ExpectNotAsked(Korvelcheck({"layout", "old.xml", "same.xml", "--table", "order"}),
-                 "korvelcheck: table 'order' is neither in old.xml nor in same.xml (did you mean 'orders'?)\n");
-  ExpectNotAsked(Korvelcheck({"layout", "old.xml", "--format", "sarif"}),
-                 "korvelcheck: layout: --format: 'sarif' is not allowed; allowed: text|json\nTry 'korvelcheck layout --help'.\n");
-  ExpectNotAsked(Korvelcheck({"layout", "old.xml", "same.xml", "wide.xml"}),
-                 "korvelcheck: layout: unexpected argument 'wide.xml'\nTry 'korvelcheck layout --help'.\n");
+  ExpectInputError(Korvelcheck({"layout", "old.xml", "--table", "order"}),
+                   "korvelcheck: table 'order' is not in old.xml (did you mean 'orders'?)\n");
+  ExpectInputError(Korvelcheck({"layout", "old.xml", "same.xml", "--table", "order"}),
+                   "korvelcheck: table 'order' is neither in old.xml nor in same.xml (did you mean 'orders'?)\n");
+  ExpectInputError(
+      Korvelcheck({"layout", "old.xml", "--format", "sarif"}),
+      "korvelcheck: layout: --format: 'sarif' is not allowed; allowed: text|json\nTry 'korvelcheck layout --help'.\n");
+  ExpectInputError(Korvelcheck({"layout", "old.xml", "same.xml", "wide.xml"}),
+                   "korvelcheck: layout: unexpected argument 'wide.xml'\nTry 'korvelcheck layout --help'.\n");
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// Each limit of schema files and images: what is at it is accepted, and so is its image; what is above it is refused with its own
-// text. Limits of bytes of a file, and of errors, are held by input_test.cpp and tests/qmx/reader_hostile_test.cpp.
+// Each limit of schema files and images: the limit itself is accepted, and so is its image; one more is refused with its own
+// text. Limits of bytes of a file, and of errors, are tested by input_test.cpp and tests/qmx/reader_hostile_test.cpp.
 #include <ostream>
 
 #include "qmx/qmx_builder.h"
@@ -16,7 +16,7 @@ std::string Repeated(const std::string& text, std::size_t times) {
   return all;
 }
 
-// One item a line, numbered; the first stands on the line after `head`.
+// One item a line, numbered; the first is on the line after `head`.
 std::string Numbered(const std::string& head, const std::string& before, const std::string& behind, std::size_t count,
                      const std::string& tail) {
   std::string text = head + "\n";
@@ -78,7 +78,7 @@ TEST_P(LimitTest, IsAcceptedAndRefusedOneAbove) {
   ExpectOutcome(Korvelcheck({"compile", "most.xml", "-o", "most.qmb"}), 0, "", "");
   ExpectOutcome(Korvelcheck({"layout", "most.qmb", "--table", "gone"}), 2, "", "korvelcheck: table 'gone' is not in most.qmb\n");
   Write("more.xml", GetParam().file(GetParam().most + 1));
-  ExpectNotAsked(Korvelcheck({"compile", "more.xml", "-o", "more.qmb"}), "more.xml:" + GetParam().refusal + "\n");
+  ExpectInputError(Korvelcheck({"compile", "more.xml", "-o", "more.qmb"}), "more.xml:" + GetParam().refusal + "\n");
   EXPECT_FALSE(std::filesystem::exists(PathOf("more.qmb")));
 }
 

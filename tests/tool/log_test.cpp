@@ -32,7 +32,7 @@ std::vector<std::string> Lines(const std::string& text) {
 
 constexpr char kRefusal[] = "The size of primarykey can't be modified! entry:'uid' metaname:'orders'";
 
-TEST_F(LogTest, NothingIsLoggedUnlessAskedFor) { EXPECT_EQ(CheckWide({}).err, ""); }
+TEST_F(LogTest, LogsNothingByDefault) { EXPECT_EQ(CheckWide({}).err, ""); }
 
 TEST_F(LogTest, AMinusIsStandardError) {
   const Outcome outcome = CheckWide({"--log", "-"});
@@ -67,7 +67,7 @@ TEST_F(LogTest, JsonLines) {
   EXPECT_EQ(record.at("message"), kRefusal);
 }
 
-TEST_F(LogTest, LevelsLetThroughWhatIsGraveEnough) {
+TEST_F(LogTest, LogsFromTheMinimumLevel) {
   const std::string large = "<entry name=\"history\" id=\"2\" type=\"bytes\" size=\"";
   Write("old.xml", Library(5, {Table({.fields = large + "1000\"/>"})}));
   Write("new.xml", Library(5, {Table({.fields = large + "500000\"/>"})}));
@@ -87,11 +87,11 @@ TEST_F(LogTest, TheLogDoesNotChangeTheReport) {
   EXPECT_EQ(Korvelcheck({"check", "old.xml", "wide.xml", "--log", "-"}).out, Korvelcheck({"check", "old.xml", "wide.xml"}).out);
 }
 
-TEST_F(LogTest, ALogThatCannotBeOpenedIsNoAnswer) {
-  ExpectNotAsked(CheckWide({"--log", "no/log"}), "korvelcheck: cannot open the log 'no/log': No such file or directory\n");
+TEST_F(LogTest, LogThatCannotBeOpenedIsAnInputError) {
+  ExpectInputError(CheckWide({"--log", "no/log"}), "korvelcheck: cannot open the log 'no/log': No such file or directory\n");
 }
 
-TEST_F(LogTest, ALogThatCannotBeWrittenIsAFault) {
+TEST_F(LogTest, LogThatCannotBeWrittenIsAnInternalError) {
   const Outcome outcome = CheckWide({"--log", "/dev/full"});
   EXPECT_EQ(outcome.exit_code, 3);
   EXPECT_THAT(outcome.out, testing::StartsWith("verdict: refused\n"));

@@ -12,7 +12,7 @@ using testing::HasSubstr;
 
 class ManTest : public ToolTest {
  protected:
-  // What a shell command prints whose standard input is the page.
+  // The output of a shell command that reads the page from standard input.
   Outcome Piped(const std::string& command) const {
     return Korvelcheck(Call{.arguments = {},
                             .launcher = {"/bin/sh", "-c", "\"$0\" man | " + command},
@@ -20,7 +20,7 @@ class ManTest : public ToolTest {
   }
 };
 
-// As it stands in the source of the page.
+// As written in the source of the page.
 std::string Troff(const std::string& text) { return std::regex_replace(text, std::regex("-"), "\\-"); }
 
 TEST_F(ManTest, HasEveryCommandAndOption) {
@@ -35,13 +35,13 @@ TEST_F(ManTest, HasEveryCommandAndOption) {
   }
 }
 
-TEST_F(ManTest, TellsWhichCommandsTakeAnOption) {
+TEST_F(ManTest, ListsTheCommandsOfAnOption) {
   const std::string page = Korvelcheck({"man"}).out;
   EXPECT_THAT(page, HasSubstr("\n\\fB\\-h\\fR, \\fB\\-\\-help\\fR\nPrint this help message and exit.\n.TP"));
   EXPECT_THAT(page, HasSubstr("\n\\fB\\-\\-list\\-num\\fR \\fIN\\fR\n"));
   EXPECT_THAT(page,
-              HasSubstr("\n\\fB\\-\\-dst\\-table\\fR \\fINAME\\fR\nThe table\\(aqs name in DST, for one \\-\\-table; default: "
-                        "the same.\nOf sortlist.\n"));
+              HasSubstr("\n\\fB\\-\\-dst\\-table\\fR \\fINAME\\fR\nName of the table in DST, with one \\-\\-table; default: "
+                        "the same name.\nCommands: sortlist.\n"));
 }
 
 TEST_F(ManTest, MandocFindsNoFault) {

@@ -1,4 +1,4 @@
-// Where the report goes, and what happens when it cannot get there.
+// Where output is written, and what happens if that fails.
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
@@ -23,16 +23,16 @@ class OutputTest : public ToolTest {
   }
 };
 
-TEST_F(OutputTest, AReaderThatGoesAwayChangesNothing) {
+TEST_F(OutputTest, ClosedReaderChangesNothing) {
   ExpectOutcome(CheckWide(Stream::kReaderGone), 1, "", "");
   ExpectOutcome(Korvelcheck(Call{.arguments = {"check", "old.xml", "same.xml"}, .output = Stream::kReaderGone}), 0, "", "");
 }
 
-TEST_F(OutputTest, AFullDeviceIsAFault) {
+TEST_F(OutputTest, FullDeviceIsAnInternalError) {
   ExpectOutcome(CheckWide(Stream::kFull), 3, "", "korvelcheck: cannot write standard output: No space left on device\n");
 }
 
-TEST_F(OutputTest, AClosedStandardOutputIsAFault) {
+TEST_F(OutputTest, ClosedStandardOutputIsAnInternalError) {
   ExpectOutcome(CheckWide(Stream::kClosed), 3, "", "korvelcheck: cannot write standard output: Bad file descriptor\n");
 }
 
@@ -44,7 +44,7 @@ TEST_F(OutputTest, AClosedStandardOutputDoesNotReachTheLog) {
   EXPECT_THAT(Read("log"), Not(testing::HasSubstr("verdict:")));
 }
 
-TEST_F(OutputTest, AFileTakesTheReport) {
+TEST_F(OutputTest, WritesTheReportToAFile) {
   for (const char* option : {"-o", "--output"}) {
     ExpectOutcome(Korvelcheck({"check", "old.xml", "wide.xml", option, "report"}), 1, "", "");
     EXPECT_EQ(Verdicts(Read("report")), kWideFinding);
@@ -52,31 +52,31 @@ TEST_F(OutputTest, AFileTakesTheReport) {
   }
 }
 
-// An input that was replaced by a report would be a lost schema.
+// A report must not replace an input.
 TEST_F(OutputTest, AnInputIsNotReplaced) {
   std::filesystem::create_symlink("old.xml", PathOf("link"));
   for (const char* name : {"old.xml", "./old.xml", "link", "wide.xml"}) {
     const std::string path = name;
-    ExpectNotAsked(CheckWideInto(path), "korvelcheck: -o " + path + " would replace an input\n");
-    ExpectNotAsked(Korvelcheck({"check", "old.xml", "wide.xml", "--log", path}),
-                   "korvelcheck: --log " + path + " would change an input\n");
+    ExpectInputError(CheckWideInto(path), "korvelcheck: -o " + path + " would replace an input\n");
+    ExpectInputError(Korvelcheck({"check", "old.xml", "wide.xml", "--log", path}),
+                     "korvelcheck: --log " + path + " would change an input\n");
   }
   const std::vector<std::string> from_old = {"/bin/sh", "-c", "exec \"$0\" \"$@\" < old.xml"};
-  ExpectNotAsked(Korvelcheck(Call{.arguments = {"check", "-", "wide.xml", "-o", "old.xml"}, .launcher = from_old}),
-                 "korvelcheck: -o old.xml would replace an input\n");
+  ExpectInputError(Korvelcheck(Call{.arguments = {"check", "-", "wide.xml", "-o", "old.xml"}, .launcher = from_old}),
+                   "korvelcheck: -o old.xml would replace an input\n");
   for (const char* log : {"out", "./out"}) {
-    ExpectNotAsked(Korvelcheck({"check", "old.xml", "wide.xml", "-o", "out", "--log", log}),
-                   "korvelcheck: -o and --log name the same file: out\n");
+    ExpectInputError(Korvelcheck({"check", "old.xml", "wide.xml", "-o", "out", "--log", log}),
+                     "korvelcheck: -o and --log are the same file: out\n");
   }
   EXPECT_EQ(Files(), (std::vector<std::string>{"link", "old.xml", "same.xml", "wide.xml"}));
 }
 
-TEST_F(OutputTest, ALinkToNoFileIsRefused) {
+TEST_F(OutputTest, RefusesDanglingLink) {
   std::filesystem::create_symlink("nowhere", PathOf("dangling"));
   std::filesystem::create_symlink("loop", PathOf("loop"));
   for (const char* name : {"dangling", "loop"}) {
     ExpectOutcome(CheckWideInto(name), 3, "",
-                  "korvelcheck: cannot write " + std::string(name) + ": is a symbolic link to no file\n");
+                  "korvelcheck: cannot write " + std::string(name) + ": is a symbolic link to a missing file\n");
     EXPECT_TRUE(std::filesystem::is_symlink(PathOf(name)));
   }
 }
@@ -103,7 +103,7 @@ TEST_F(OutputTest, ANewFileHasUsualPermissionBits) {
   EXPECT_EQ(ModeOf("report"), 0640u);
 }
 
-TEST_F(OutputTest, ALinkKeepsItsPlace) {
+TEST_F(OutputTest, FollowsLinks) {
   std::filesystem::create_directory(PathOf("sub"));
   Write("sub/real", "");
   std::filesystem::create_symlink("sub/real", PathOf("report"));
@@ -112,21 +112,21 @@ TEST_F(OutputTest, ALinkKeepsItsPlace) {
   EXPECT_EQ(Verdicts(Read("sub/real")), kWideFinding);
 }
 
-TEST_F(OutputTest, AnImpossibleFileIsAFaultAndLeavesNothing) {
+TEST_F(OutputTest, ImpossibleFileIsAnInternalErrorAndLeavesNothing) {
   std::filesystem::create_directory(PathOf("sub"));
   ExpectOutcome(CheckWideInto("no/report"), 3, "", "korvelcheck: cannot write no/report: No such file or directory\n");
   const Outcome outcome = CheckWideInto("sub");
   EXPECT_EQ(outcome.exit_code, 3);
-  EXPECT_THAT(outcome.err, testing::EndsWith("/sub: is no regular file\n"));
+  EXPECT_THAT(outcome.err, testing::EndsWith("/sub: is not a regular file\n"));
   EXPECT_EQ(Files(), (std::vector<std::string>{"old.xml", "same.xml", "sub", "wide.xml"}));
 }
 
-// A rename would put a file in the place of the device.
+// A rename would replace the device by a file.
 TEST_F(OutputTest, DevicesAreNotReplaced) {
-  ExpectOutcome(CheckWideInto("/dev/null"), 3, "", "korvelcheck: cannot write /dev/null: is no regular file\n");
+  ExpectOutcome(CheckWideInto("/dev/null"), 3, "", "korvelcheck: cannot write /dev/null: is not a regular file\n");
 }
 
-// Its directory let it be replaced.
+// Its directory allowed the replacement.
 TEST_F(OutputTest, AWriteProtectedFileStays) {
   const auto launcher = Unprivileged();
   if (!launcher) GTEST_SKIP() << "the administrator writes everywhere";
@@ -151,7 +151,7 @@ TEST_F(OutputTest, AnUnwritableDirectoryKeepsTheOldFile) {
 }
 
 // A limit on the size of files fails the write itself, for every user.
-TEST_F(OutputTest, AFailedWriteKeepsTheOldFileAndLeavesNothing) {
+TEST_F(OutputTest, FailedWriteKeepsTheOldFileAndLeavesNothing) {
   Write("report", "old");
   Write("many.xml", Library(5, {Table({.name = std::string(5000, 'n')})}));
   const std::vector<std::string> before = Files();
@@ -164,7 +164,7 @@ TEST_F(OutputTest, AFailedWriteKeepsTheOldFileAndLeavesNothing) {
   EXPECT_EQ(Files(), before);
 }
 
-TEST_F(OutputTest, NothingIsWrittenWithoutAnAnswer) {
+TEST_F(OutputTest, WritesNothingWithoutAResult) {
   Write("report", "old");
   EXPECT_EQ(Korvelcheck({"check", "old.xml", "missing.xml", "-o", "report"}).exit_code, 2);
   EXPECT_EQ(Read("report"), "old");

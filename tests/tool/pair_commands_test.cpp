@@ -1,4 +1,4 @@
-// compat, values, same and sortlist: each with an answer of either kind, and where they differ from check.
+// compat, values, same and sortlist: an allowed and a refused result of each, and how they differ from check.
 #include <gmock/gmock.h>
 
 #include "tool_test.h"
@@ -27,14 +27,14 @@ class PairCommandsTest : public ToolTest {
   }
 };
 
-TEST_F(PairCommandsTest, CompatAnswers) {
+TEST_F(PairCommandsTest, CompatReportsResults) {
   ExpectOutcome(Korvelcheck({"compat", "old.xml", "same.xml"}), 0, kAllowedReport, "");
   ExpectOutcome(Korvelcheck({"compat", "old.xml", "wide.xml"}), 1, kWideReport, "");
   EXPECT_EQ(Korvelcheck({"compat", "old.xml", "wide.xml", "--table", "users"}).exit_code, 0);
 }
 
-// A lower library version, a changed splittable key and index are none of its business.
-TEST_F(PairCommandsTest, CompatLooksAtReadabilityOnly) {
+// A lower library version, a changed splittable key and index are not compared.
+TEST_F(PairCommandsTest, CompatChecksOnlyReadability) {
   const std::string index = "<index name=\"by_uid\"><column entry=\"uid\"/></index></meta>";
   const std::string table = Table();
   Write("new.xml", Library(4, {table.substr(0, table.size() - 7) + "<splittablekey entries=\"uid\"/>" + index}));
@@ -42,17 +42,19 @@ TEST_F(PairCommandsTest, CompatLooksAtReadabilityOnly) {
   EXPECT_EQ(Korvelcheck({"check", "old.xml", "new.xml", "--table", "orders"}).exit_code, 1);
 }
 
-TEST_F(PairCommandsTest, ARefusalWithoutTextSaysSo) {
+TEST_F(PairCommandsTest, ReportsRefusalWithoutText) {
   Write("new.xml", Library(5, {Table()}));
   ExpectOutcome(Korvelcheck({"compat", "old.xml", "new.xml", "--table", "users"}), 1,
                 "verdict: refused\n"
-                "old.xml:3:1: refused (the checker gives no text)\n"
-                "   table users: -2 CHECK_TABLE_ERROR_SYSTEM_ERROR (gone)\n"
-                "1 table refused, 0 allowed; 1 compared, 0 new, 1 gone\n",
+                "old.xml:3:1: refused the table was removed\n"
+                "  checker: (no text)\n"
+                "  table users: -2 CHECK_TABLE_ERROR_SYSTEM_ERROR (removed)\n"
+                "1 table refused, 0 allowed; 1 compared, 0 new, 1 removed\n"
+                "Run 'korvelcheck explain CHECK_TABLE_ERROR_SYSTEM_ERROR' for the result code.\n",
                 "");
 }
 
-TEST_F(PairCommandsTest, ValuesAnswers) {
+TEST_F(PairCommandsTest, ValuesReportsResults) {
   ExpectOutcome(Korvelcheck({"values", "old.xml", "same.xml"}), 0, kAllowedReport, "");
   ExpectOutcome(Korvelcheck({"values", "old.xml", "wide.xml"}), 1, kWideReport, "");
 }
@@ -63,22 +65,25 @@ TEST_F(PairCommandsTest, ValuesDependOnTheProtocolOfCreation) {
   EXPECT_EQ(Korvelcheck({"values", "old.xml", "wide.xml", "--created-as", "qmx"}).exit_code, 1);
 }
 
-TEST_F(PairCommandsTest, SameAnswers) {
+TEST_F(PairCommandsTest, SameReportsResults) {
   ExpectOutcome(Korvelcheck({"same", "old.xml", "same.xml"}), 0, kAllowedReport, "");
   const Outcome outcome = Korvelcheck({"same", "old.xml", "wide.xml", "--table", "orders"});
   EXPECT_EQ(outcome.exit_code, 1);
-  EXPECT_THAT(outcome.out, HasSubstr("wide.xml:2:1: refused [field-set.shape] orders value_entry:uid type(9) != orders"));
-  EXPECT_THAT(outcome.out, HasSubstr("\n   table orders: -34 ERROR_VALUE_ENTRY_NOT_EQUAL\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("wide.xml:2:1: refused [field-set.shape] a field has a different type, count or size\n"
+                                     "  checker: orders value_entry:uid type(9) != orders"));
+  EXPECT_THAT(outcome.out, HasSubstr("\n  table orders: -34 ERROR_VALUE_ENTRY_NOT_EQUAL\n"));
 }
 
-TEST_F(PairCommandsTest, SortlistAnswers) {
+TEST_F(PairCommandsTest, SortlistReportsResults) {
   WriteSortLists("ranks", 2, "ranks", 3);
   EXPECT_EQ(Korvelcheck({"sortlist", "src.xml", "dst.xml"}).exit_code, 0);
   ExpectOutcome(Korvelcheck({"sortlist", "dst.xml", "src.xml"}), 1,
                 "verdict: refused\n"
-                "src.xml:2:1: refused [table.sort-fields] Can't change sort_field_num from 3 to 2\n"
-                "   table ranks: -6 ERROR_INDEX_FIELD\n"
-                "1 table refused, 0 allowed; 1 compared, 0 new, 0 gone\n",
+                "src.xml:2:1: refused [table.sort-fields] the number of sort fields changed\n"
+                "  checker: Can't change sort_field_num from 3 to 2\n"
+                "  table ranks: -6 ERROR_INDEX_FIELD\n"
+                "1 table refused, 0 allowed; 1 compared, 0 new, 0 removed\n"
+                "Run 'korvelcheck explain table.sort-fields' for the rule.\n",
                 "");
 }
 
@@ -86,34 +91,36 @@ TEST_F(PairCommandsTest, TheDestinationOfSortlistMayHaveAnotherName) {
   WriteSortLists("ranks", 3, "ranks_new", 2);
   ExpectOutcome(Korvelcheck({"sortlist", "src.xml", "dst.xml", "--table", "ranks", "--dst-table", "ranks_new"}), 1,
                 "verdict: refused\n"
-                "dst.xml:2:1: refused [table.sort-fields] Can't change sort_field_num from 3 to 2\n"
-                "   table ranks: -6 ERROR_INDEX_FIELD\n"
-                "1 table refused, 0 allowed; 1 compared, 0 new, 0 gone\n",
+                "dst.xml:2:1: refused [table.sort-fields] the number of sort fields changed\n"
+                "  checker: Can't change sort_field_num from 3 to 2\n"
+                "  table ranks: -6 ERROR_INDEX_FIELD\n"
+                "1 table refused, 0 allowed; 1 compared, 0 new, 0 removed\n"
+                "Run 'korvelcheck explain table.sort-fields' for the rule.\n",
                 "");
   EXPECT_EQ(Korvelcheck({"sortlist", "src.xml", "dst.xml", "--table", "ranks", "--dst-table", ""}).exit_code, 2);
-  ExpectNotAsked(Korvelcheck({"sortlist", "src.xml", "dst.xml", "--table", "ranks", "--dst-table", "rank_new"}),
-                 "korvelcheck: table 'rank_new' is not in dst.xml (did you mean 'ranks_new'?)\n");
+  ExpectInputError(Korvelcheck({"sortlist", "src.xml", "dst.xml", "--table", "ranks", "--dst-table", "rank_new"}),
+                   "korvelcheck: table 'rank_new' is not in dst.xml (did you mean 'ranks_new'?)\n");
 }
 
-// These two take metas, not names: without the table there is no question.
+// These two take metas, not names: without the table they cannot be called.
 TEST_F(PairCommandsTest, ValuesAndSameNeedTheTableOnBothSides) {
   Write("new.xml", Library(5, {Table()}));
   for (const char* command : {"values", "same"}) {
-    ExpectNotAsked(Korvelcheck({command, "old.xml", "new.xml"}), "korvelcheck: table 'users' is not in new.xml\n");
+    ExpectInputError(Korvelcheck({command, "old.xml", "new.xml"}), "korvelcheck: table 'users' is not in new.xml\n");
     EXPECT_EQ(Korvelcheck({command, "old.xml", "new.xml", "--table", "orders"}).exit_code, 0);
     EXPECT_EQ(Korvelcheck({command, "new.xml", "old.xml"}).exit_code, 0) << "tables of the second file alone are passed over";
   }
 }
 
-TEST_F(PairCommandsTest, TablesOnlyInTheSecondFileCannotBeAskedFor) {
+TEST_F(PairCommandsTest, RefusesTablesOnlyInTheSecondFile) {
   Write("new.xml", Library(5, {Table()}));
   for (const char* command : {"compat", "values", "same", "sortlist"}) {
-    ExpectNotAsked(Korvelcheck({command, "new.xml", "old.xml", "--table", "orders", "--table", "users"}),
-                   "korvelcheck: table 'users' is not in new.xml\n");
-    ExpectNotAsked(Korvelcheck({command, "new.xml", "old.xml", "--table", "users"}),
-                   "korvelcheck: nothing was compared: new.xml has none of the tables asked for\n");
-    ExpectNotAsked(Korvelcheck({command, "new.xml", "old.xml", "--table", "oders"}),
-                   "korvelcheck: table 'oders' is neither in new.xml nor in old.xml (did you mean 'orders'?)\n");
+    ExpectInputError(Korvelcheck({command, "new.xml", "old.xml", "--table", "orders", "--table", "users"}),
+                     "korvelcheck: table 'users' is not in new.xml\n");
+    ExpectInputError(Korvelcheck({command, "new.xml", "old.xml", "--table", "users"}),
+                     "korvelcheck: nothing was compared: new.xml has none of the requested tables\n");
+    ExpectInputError(Korvelcheck({command, "new.xml", "old.xml", "--table", "oders"}),
+                     "korvelcheck: table 'oders' is neither in new.xml nor in old.xml (did you mean 'orders'?)\n");
   }
 }
 

@@ -13,7 +13,7 @@
 namespace tool_test {
 namespace {
 
-// A file without a name, removed with its last descriptor. Files and not pipes: nobody has to read while the process runs.
+// An unnamed file, removed with its last descriptor. Not a pipe: it need not be read while the process runs.
 class ScratchFile {
  public:
   ScratchFile() : file_(std::tmpfile()) {
@@ -64,7 +64,7 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
   return pointers;
 }
 
-// What a terminal shows. Reading it fails when the process, its last writer, has ended.
+// The output on a terminal. Reading it fails when the process, its last writer, has ended.
 std::string ReadTerminal(int fd) {
   std::string text;
   char piece[4096];
@@ -81,7 +81,8 @@ int OpenReaderGone() {
   return ends[1];
 }
 
-// A descriptor for the process's standard output, beside `captured`; -1 for none. `terminal` gets the other end of a terminal.
+// A descriptor for the process's standard output, in addition to `captured`; -1 for none. `terminal` gets the other end of a
+// terminal.
 int OpenOutput(Stream stream, int captured, int& terminal) {
   int process_end = -1;
   switch (stream) {

@@ -13,7 +13,7 @@ struct Outcome {
   int exit_code = -1;  // -1: ended by a signal
   std::string out;     // standard output
   std::string err;     // standard error
-  int signal = 0;      // what ended it; 0: nothing did
+  int signal = 0;      // that ended it; 0: none
 };
 
 // Where a stream of the process goes.
@@ -21,7 +21,7 @@ enum class Stream {
   kCaptured,
   kClosed,      // the process starts without the stream
   kFull,        // a device without space
-  kReaderGone,  // a pipe that nobody reads any more
+  kReaderGone,  // a pipe whose reader is closed
   kTerminal,    // captured through a terminal
 };
 

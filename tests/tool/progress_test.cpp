@@ -1,4 +1,4 @@
-// The bar: on a terminal alone, not before its time, gone at the end.
+// The progress bar: only on a terminal, after a delay, cleared at the end.
 #include "tool/io/progress.h"
 
 #include <gmock/gmock.h>
@@ -16,10 +16,10 @@ namespace {
 using korvel::tool::Progress;
 using namespace std::chrono_literals;
 
-// A terminal and what is seen on it.
+// A terminal and its contents.
 class Terminal {
  public:
-  // No columns: a terminal that does not tell.
+  // No columns: a terminal of unknown size.
   explicit Terminal(std::uint16_t columns = 0) {
     winsize size{};
     size.ws_col = columns;
@@ -47,7 +47,7 @@ class Terminal {
   int program_ = -1;
 };
 
-TEST(Progress, IsDrawnOnATerminalAndGoneAtTheEnd) {
+TEST(Progress, IsDrawnOnATerminalAndClearedAtTheEnd) {
   Terminal terminal;
   {
     Progress progress(terminal.fd(), 4, "files", 0ms);
@@ -59,7 +59,7 @@ TEST(Progress, IsDrawnOnATerminalAndGoneAtTheEnd) {
   EXPECT_THAT(seen, testing::EndsWith("\r\x1b[K"));
 }
 
-// What did not fit went on in the next line and stayed there.
+// A line that was too long wrapped, and the rest of it stayed.
 TEST(Progress, IsDrawnWhereItFits) {
   for (const auto columns : {std::uint16_t{45}, std::uint16_t{46}}) {
     Terminal terminal(columns);
@@ -84,7 +84,7 @@ TEST(Progress, IsNotDrawnOnADumbTerminal) {
   EXPECT_EQ(terminal.Seen(), "");
 }
 
-TEST(Progress, NothingIsDrawnBeforeItsTime) {
+TEST(Progress, IsNotDrawnBeforeTheDelay) {
   Terminal terminal;
   {
     Progress progress(terminal.fd(), 4, "files", 1h);
@@ -93,7 +93,7 @@ TEST(Progress, NothingIsDrawnBeforeItsTime) {
   EXPECT_EQ(terminal.Seen(), "");
 }
 
-TEST(Progress, NothingIsDrawnElsewhere) {
+TEST(Progress, IsDrawnOnlyOnATerminal) {
   std::array<int, 2> ends{};
   ASSERT_EQ(::pipe(ends.data()), 0);
   {

@@ -15,16 +15,16 @@ class ProjectFileTest : public ToolTest {
     arguments.insert(arguments.end(), more.begin(), more.end());
     return RunProgram(Call{.arguments = arguments, .directory = PathOf(directory)});
   }
-  // What a check under this project says about the file.
+  // The errors about the file in a check that uses it.
   void ExpectFaults(const std::string& text, const std::string& faults) const {
     Write("korvelcheck.toml", text);
-    ExpectNotAsked(Check(), faults);
+    ExpectInputError(Check(), faults);
   }
 };
 
 constexpr char kList[] = "[defaults]\nlist-num = 77\n";
 
-TEST_F(ProjectFileTest, TheNearestOneAboveCounts) {
+TEST_F(ProjectFileTest, UsesTheNearestOneAbove) {
   std::filesystem::create_directories(PathOf("a/b/c"));
   Write("korvelcheck.toml", kList);
   Write("a/korvelcheck.toml", "[defaults]\nlist-num = 78\n");
@@ -32,16 +32,16 @@ TEST_F(ProjectFileTest, TheNearestOneAboveCounts) {
   EXPECT_THAT(Check({}, "a/b/c").out, HasSubstr("\"list_num\": 78"));
 }
 
-TEST_F(ProjectFileTest, OneIsNamedOrNoneIsUsed) {
+TEST_F(ProjectFileTest, CanBeNamedOrDisabled) {
   Write("korvelcheck.toml", kList);
   Write("other.toml", "[defaults]\nlist-num = 5\n");
   EXPECT_THAT(Check({"--project", "other.toml"}).out, HasSubstr("\"list_num\": 5"));
   EXPECT_THAT(Check({"--no-project"}).out, HasSubstr("\"list_num\": 0"));
-  ExpectNotAsked(Check({"--project", "no.toml"}), "korvelcheck: no.toml: No such file or directory\n");
+  ExpectInputError(Check({"--project", "no.toml"}), "korvelcheck: no.toml: No such file or directory\n");
   EXPECT_EQ(Check({"--project", "other.toml", "--no-project"}).exit_code, 2);
 }
 
-TEST_F(ProjectFileTest, OptionsCountBeforeTheTableTheDefaultsAndTheSchema) {
+TEST_F(ProjectFileTest, OptionsPrecedeTableDefaultsAndSchema) {
   Write("old.xml", Library(5, {Table({.attributes = "TableType=LIST;ListNum=9"}), Table({.name = "users"})}));
   Write("same.xml", Read("old.xml"));
   EXPECT_THAT(Check({"--table", "orders"}).out, HasSubstr("\"list_num\": 9"));
@@ -70,19 +70,19 @@ TEST_F(ProjectFileTest, AnEmptyOneSetsNothing) {
   EXPECT_EQ(Check().exit_code, 0);
 }
 
-TEST_F(ProjectFileTest, TheExampleIsOne) {
+TEST_F(ProjectFileTest, ExampleIsValid) {
   const Outcome outcome = Check({"--project", KORVEL_SOURCE_DIR "/examples/korvelcheck.toml"});
   EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
   EXPECT_THAT(outcome.out, HasSubstr("\"server_version\": \"3.29.0\""));
 }
 
-TEST_F(ProjectFileTest, OtherCommandsDoWithout) {
+TEST_F(ProjectFileTest, OtherCommandsIgnoreIt) {
   Write("korvelcheck.toml", "not TOML");
   EXPECT_EQ(Korvelcheck({"same", "old.xml", "same.xml"}).exit_code, 0);
   EXPECT_EQ(Korvelcheck({"lint", "old.xml"}).exit_code, 2);
 }
 
-TEST_F(ProjectFileTest, UnknownKeysAreTold) {
+TEST_F(ProjectFileTest, ReportsUnknownKeys) {
   ExpectFaults("[schema]\n",
                "korvelcheck.toml:1:2: error: unknown key 'schema' (did you mean 'schemas'?); allowed: schemas, "
                "defaults, tables, waivers\n");
@@ -94,7 +94,7 @@ TEST_F(ProjectFileTest, UnknownKeysAreTold) {
                "type, created-as, server-version, whitelist, list-num\n");
 }
 
-TEST_F(ProjectFileTest, WrongTypesAndValuesAreTold) {
+TEST_F(ProjectFileTest, ReportsWrongTypesAndValues) {
   struct Wrong {
     const char* text;
     const char* fault;
@@ -102,7 +102,7 @@ TEST_F(ProjectFileTest, WrongTypesAndValuesAreTold) {
   const Wrong kCases[] = {
       {"schemas = 1", "1:11: error: [schemas] is a number; allowed: a table"},
       {"[schemas]\npaths = 'a'",
-       "2:9: error: paths is a text; allowed: a list of paths below the project file, with '*', '?' and '**'"},
+       "2:9: error: paths is a string; allowed: a list of paths below the project file, with '*', '?' and '**'"},
       {"[schemas]\npaths = ['a', 2]",
        "2:15: error: paths[1] is a number; allowed: paths below the project file, with '*', '?' and '**'"},
       {"[schemas]\npaths = ['../a']",
@@ -110,41 +110,41 @@ TEST_F(ProjectFileTest, WrongTypesAndValuesAreTold) {
       {"[schemas]\nexclude = ['/a']",
        "2:12: error: exclude has '/a'; allowed: paths below the project file, with '*', '?' and '**'"},
       {"[schemas]\npaths = ['']", "2:10: error: paths has ''; allowed: paths below the project file, with '*', '?' and '**'"},
-      {"[schemas]\nagainst = true", "2:11: error: against is a truth value; allowed: 'git:REV' or a directory"},
+      {"[schemas]\nagainst = true", "2:11: error: against is a boolean; allowed: 'git:REV' or a directory"},
       {"[schemas]\nagainst = ''", "2:11: error: against is empty; allowed: 'git:REV' or a directory"},
       {"[defaults]\ntype = 'heap'", "2:8: error: type is 'heap'; allowed: generic|list"},
       {"[defaults]\ntype = 1.5", "2:8: error: type is a number; allowed: generic|list"},
       {"[defaults]\ncreated-as = 'QMX'", "2:14: error: created-as is 'QMX'; allowed: qmx|tlv"},
       {"[defaults]\nserver-version = 3",
-       "2:18: error: server-version is a number; allowed: a text of numbers joined by dots, like 3.29.0"},
+       "2:18: error: server-version is a number; allowed: a string of numbers joined by dots, like 3.29.0"},
       {"[defaults]\nserver-version = 'v3'", "2:18: error: server-version is 'v3'; allowed: numbers joined by dots, like 3.29.0"},
       {"[defaults]\nwhitelist = 3", "2:13: error: whitelist is a number; allowed: a list of names of fields"},
       {"[defaults]\nwhitelist = ['a;b']", "2:14: error: whitelist has 'a;b'; allowed: names of fields without ';'"},
-      {"[defaults]\nlist-num = '3'", "2:12: error: list-num is a text; allowed: 0 to 2147483647"},
+      {"[defaults]\nlist-num = '3'", "2:12: error: list-num is a string; allowed: 0 to 2147483647"},
       {"[defaults]\nlist-num = -1", "2:12: error: list-num is -1; allowed: 0 to 2147483647"},
       {"[defaults]\nlist-num = 2147483648", "2:12: error: list-num is 2147483648; allowed: 0 to 2147483647"},
       {"tables = []", "1:10: error: tables is a list; allowed: tables like [tables.\"NAME\"]"},
       {"[tables]\na = 1", "2:5: error: [tables.'a'] is a number; allowed: a table"},
       {"waivers = 2026-01-01", "1:11: error: waivers is a date; allowed: tables like [[waivers]]"},
-      {"[[waivers]]\nreason = 5", "2:10: error: reason is a number; allowed: a text"},
+      {"[[waivers]]\nreason = 5", "2:10: error: reason is a number; allowed: a string"},
       {"[[waivers]]\nuntil = 5", "2:9: error: until is a number; allowed: a day like 2027-01-31"},
   };
   for (const auto& [text, fault] : kCases) ExpectFaults(text, std::string("korvelcheck.toml:") + fault + "\n");
 }
 
-TEST_F(ProjectFileTest, AllFaultsAreToldAtOnceInTheOrderOfTheFile) {
+TEST_F(ProjectFileTest, ReportsAllFaultsInTheOrderOfTheFile) {
   Write("korvelcheck.toml", "[schemas]\npath = []\n[tables.a]\nlist-num = -5\n[defaults]\ntype = 3\n");
   EXPECT_THAT(Check().err,
               testing::MatchesRegex("korvelcheck.toml:2:[^\n]+\nkorvelcheck.toml:4:[^\n]+\nkorvelcheck.toml:6:[^\n]+\n"));
 }
 
-// The file above counted, or none, as if the link were not there.
-TEST_F(ProjectFileTest, ALinkToNoFileIsAnError) {
+// The link was ignored, and the file above was used, or none.
+TEST_F(ProjectFileTest, DanglingLinkIsAnError) {
   std::filesystem::create_symlink("nowhere", PathOf("korvelcheck.toml"));
-  ExpectNotAsked(Check(), "korvelcheck: korvelcheck.toml: No such file or directory\n");
+  ExpectInputError(Check(), "korvelcheck: korvelcheck.toml: No such file or directory\n");
 }
 
-TEST_F(ProjectFileTest, WhatIsNoTomlHasALineAndAColumn) {
+TEST_F(ProjectFileTest, LocatesSyntaxErrors) {
   const Outcome outcome = [&] {
     Write("korvelcheck.toml", "[schemas]\npaths = [\n");
     return Check();
@@ -160,8 +160,8 @@ TEST_F(ProjectFileTest, WhatIsNoTomlHasALineAndAColumn) {
   }
 }
 
-// What looked for blanks promised the compiler that some characters are never there.
-TEST_F(ProjectFileTest, CharactersThatMayStandInTextsOnlyAreTold) {
+// The search for blanks promised the compiler that some characters never occur.
+TEST_F(ProjectFileTest, ReportsCharactersAllowedOnlyInStrings) {
   struct Wrong {
     const char* text;
     const char* fault;
@@ -181,7 +181,7 @@ TEST_F(ProjectFileTest, CharactersThatMayStandInTextsOnlyAreTold) {
 }
 
 // Some editors put it first.
-TEST_F(ProjectFileTest, AByteOrderMarkIsPassedOver) {
+TEST_F(ProjectFileTest, SkipsByteOrderMark) {
   const std::string mark = "\xef\xbb\xbf";
   for (const char* text : {"", "\n", "[schemas]\npaths = []\n"}) {
     Write("korvelcheck.toml", mark + text);

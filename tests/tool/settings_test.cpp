@@ -1,4 +1,4 @@
-// Settings of a table: an option goes before the old schema's attributes, these before the default.
+// Settings of a table: options precede the old schema's attributes, which precede the defaults.
 #include <nlohmann/json.hpp>
 
 #include "tool_test.h"
@@ -8,7 +8,7 @@ namespace {
 
 class SettingsTest : public ToolTest {
  protected:
-  // What the checker was told about the first table of old.xml, with these options.
+  // The settings of the first table of old.xml, with these options.
   nlohmann::json Settings(const std::vector<std::string>& options = {}) const {
     std::vector<std::string> arguments = {"check", "old.xml", "old.xml", "--format", "json"};
     arguments.insert(arguments.end(), options.begin(), options.end());
@@ -30,14 +30,14 @@ TEST_F(SettingsTest, DefaultsWithoutAttributesAndProtocol) {
   EXPECT_EQ(Settings(), Expected("generic", "qmx", 0));
 }
 
-TEST_F(SettingsTest, TheProtocolOfTheLibraryIsTaken) {
+TEST_F(SettingsTest, UsesTheProtocolOfTheLibrary) {
   WriteOld("", "TLV");
   EXPECT_EQ(Settings(), Expected("generic", "tlv", 0));
   WriteOld("", "QMX");
   EXPECT_EQ(Settings(), Expected("generic", "qmx", 0));
 }
 
-TEST_F(SettingsTest, AttributesGoBeforeTheLibrary) {
+TEST_F(SettingsTest, AttributesPrecedeTheLibrary) {
   WriteOld("TableType=LIST;ListNum=7;DataProtocol=QMX", "TLV");
   EXPECT_EQ(Settings(), Expected("list", "qmx", 7));
   WriteOld("TableType=GENERIC;DataProtocol=TLV", "QMX");
@@ -52,7 +52,7 @@ TEST_F(SettingsTest, ASortedListIsAList) {
   EXPECT_EQ(Settings(), Expected("list", "qmx", 3));
 }
 
-TEST_F(SettingsTest, OptionsGoBeforeAttributes) {
+TEST_F(SettingsTest, OptionsPrecedeAttributes) {
   WriteOld("TableType=LIST;ListNum=7;DataProtocol=TLV", "TLV");
   const nlohmann::json settings = Settings(
       {"--type", "generic", "--created-as", "qmx", "--server-version", "3.29.0", "--whitelist", "a;b", "--list-num", "0"});
@@ -61,14 +61,14 @@ TEST_F(SettingsTest, OptionsGoBeforeAttributes) {
   EXPECT_EQ(settings, expected);
 }
 
-TEST_F(SettingsTest, EachOptionReplacesItsOwnSettingAlone) {
+TEST_F(SettingsTest, EachOptionReplacesOnlyItsSetting) {
   WriteOld("TableType=LIST;ListNum=7;DataProtocol=TLV", "QMX");
   EXPECT_EQ(Settings({"--type", "generic"}), Expected("generic", "tlv", 7));
   EXPECT_EQ(Settings({"--created-as", "qmx"}), Expected("list", "qmx", 7));
   EXPECT_EQ(Settings({"--list-num", "9"}), Expected("list", "tlv", 9));
 }
 
-// The checker refuses such attributes itself; settings only must not stand in its way.
+// The checker refuses such attributes itself.
 TEST_F(SettingsTest, MalformedAttributesGiveDefaults) {
   WriteOld("TableType=LIST;ListNum=many;DataProtocol=TLV", "QMX");
   EXPECT_EQ(Settings(), Expected("generic", "qmx", 0));

@@ -1,5 +1,5 @@
 // A file that becomes shorter under several threads at once.
-#include "tool/io/sigbus_handler.h"
+#include "tool/io/fatal_handlers.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@
 
 namespace {
 
-// Several checks of one image ran into its end, and each said so.
+// Several threads read past the end of one image, and each printed the error.
 [[noreturn]] void ReadPastTheEnd() {
   korvel::tool::InstallSigbusHandler();
   std::atomic<int> missing = 8;
@@ -26,7 +26,7 @@ namespace {
   std::_Exit(0);
 }
 
-TEST(ShrunkFile, IsSaidOnce) {
+TEST(ShrunkFile, IsReportedOnce) {
   testing::FLAGS_gtest_death_test_style = "threadsafe";
   for (int i = 0; i < 20; ++i) {
     ASSERT_EXIT(ReadPastTheEnd(), testing::ExitedWithCode(3), "^korvelcheck: a file became shorter while it was read\n$");

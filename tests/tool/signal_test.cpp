@@ -1,4 +1,4 @@
-// Signals in the middle of a call: it ends at once, and what it was to write is there whole or not at all.
+// Signals during a call: it ends at once, and its output file is complete or absent.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/inotify.h>
@@ -44,7 +44,7 @@ TEST_F(SignalTest, EndsACallThatWaitsForAPipe) {
   EXPECT_EQ(outcome.signal, SIGINT);
 }
 
-// Waits until a file is made in a directory.
+// Waits until a file is created in a directory.
 class Creation {
  public:
   explicit Creation(const std::filesystem::path& directory) : events_(::inotify_init1(IN_CLOEXEC)) {
@@ -63,7 +63,7 @@ class Creation {
   int events_;
 };
 
-// The file beside its place, under a name of its own, was left behind.
+// The temporary file was left behind.
 TEST_F(SignalTest, WaitsForAFileThatIsBeingWritten) {
   std::vector<std::string> tables;
   for (int i = 0; i < 300; ++i) tables.push_back(Table({.name = "t" + std::to_string(i), .attributes = std::string(2000, 'x')}));

@@ -1,8 +1,8 @@
 #!/bin/sh
-# Holds what the released tool costs before it does anything: tests/tool/startup.sh PROGRAM
+# Limits the instructions that the released tool needs to start: tests/tool/startup.sh PROGRAM
 #
-# The everyday call is a check of one table of 20 fields before a commit: a process that is over before a loader of shared
-# libraries would have found its names.
+# The usual call checks one table of 20 fields before a commit: it ends sooner than a loader of shared libraries would have
+# resolved its names.
 set -eu
 program=${1:?usage: tests/tool/startup.sh PROGRAM}
 . "$(dirname "$0")/instructions.sh"

@@ -1,4 +1,4 @@
-// Every command and format where its standard output cannot take what it says.
+// Every command and format if standard output cannot be written.
 #include <gmock/gmock.h>
 
 #include "tool_test.h"
@@ -36,7 +36,7 @@ const ToolMessage kSaid[] = {
 
 class StreamsTest : public ToolTest {
  protected:
-  // Hands every call that says something to `expect`, with what it answers when all is well.
+  // Passes every call that prints something to `expect`, with its usual outcome.
   template <class Expect>
   void ForEachCall(Expect expect) const {
     for (const ToolMessage& said : kSaid) {
@@ -57,14 +57,14 @@ class StreamsTest : public ToolTest {
   }
 };
 
-// The answer stays what it is, and the signal of a pipe ends nothing.
-TEST_F(StreamsTest, AReaderThatGoesAwayChangesNoAnswer) {
+// The exit code stays the same, and SIGPIPE has no effect.
+TEST_F(StreamsTest, ClosedReaderKeepsTheExitCode) {
   ForEachCall([this](const std::vector<std::string>& arguments, const Outcome& usual) {
     ExpectOutcome(Korvelcheck(Call{.arguments = arguments, .output = Stream::kReaderGone}), usual.exit_code, "", "");
   });
 }
 
-TEST_F(StreamsTest, WhatCannotBeWrittenIsAFault) {
+TEST_F(StreamsTest, WriteFailureIsAnInternalError) {
   ForEachCall([this](const std::vector<std::string>& arguments, const Outcome& /*usual*/) {
     ExpectOutcome(Korvelcheck(Call{.arguments = arguments, .output = Stream::kFull}), 3, "",
                   "korvelcheck: cannot write standard output: No space left on device\n");
@@ -73,10 +73,10 @@ TEST_F(StreamsTest, WhatCannotBeWrittenIsAFault) {
   });
 }
 
-TEST_F(StreamsTest, EveryCommandIsTried) {
+TEST_F(StreamsTest, CoversEveryCommand) {
   std::vector<std::string> tried;
   for (const ToolMessage& said : kSaid) tried.push_back(said.arguments.front());
-  tried.emplace_back("waive");  // says nothing
+  tried.emplace_back("waive");  // prints nothing
   for (const std::string& name : CommandNames()) EXPECT_THAT(tried, testing::Contains(name));
 }
 
@@ -95,7 +95,7 @@ TEST_F(StreamsTest, ClosedStreamsHarmNoFile) {
   EXPECT_EQ(Read("log"), "");
 }
 
-TEST_F(StreamsTest, WhatCannotBeComplainedAboutKeepsItsExitCode) {
+TEST_F(StreamsTest, FullStandardErrorKeepsTheExitCode) {
   for (const char* const errors : {"2>&-", "2>/dev/full"}) {
     ExpectOutcome(Korvelcheck(Redirected({"check", "old.xml", "none.xml"}, errors)), 2, "", "");
     ExpectOutcome(Korvelcheck(Redirected({"check", "old.xml", "same.xml"}, std::string("> /dev/full ") + errors)), 3, "", "");

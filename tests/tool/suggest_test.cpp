@@ -1,4 +1,4 @@
-// suggest: what it prints is allowed, for every refused case and example, and `patch` makes the same file of the difference.
+// suggest: its output is allowed, for every refused case and example, and `patch` applies the diff to the same result.
 #include <gmock/gmock.h>
 
 #include <cstdlib>
@@ -15,7 +15,7 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-// Cases in which the old schema is refused as it stands, or changes in a way that no form makes up for.
+// Cases in which the old schema is already refused, or that no alternative can fix.
 const std::set<std::string> kWithoutSuggestion = {
     "driver/protocols-record",
     "driver/protocols-record-to-tlv",
@@ -49,7 +49,7 @@ class SuggestTest : public ToolTest {
     return Korvelcheck(arguments);
   }
 
-  // What `patch` makes of a file.
+  // A file after `patch`.
   std::string Patched(const std::string& file, const std::string& diff) const {
     const std::string before = Read(file);
     Write("the.diff", diff);
@@ -59,7 +59,7 @@ class SuggestTest : public ToolTest {
     return after;
   }
 
-  // A suggestion that is allowed and comes in both forms. `old.xml` and `new.xml` stand in the directory.
+  // Requires that the suggestion is allowed and the same as patch and as file. `old.xml` and `new.xml` are in the directory.
   void ExpectSuggestion(const std::vector<std::string>& options) const {
     const Outcome file = Run("suggest", {"old.xml", "new.xml", "--file"}, options);
     ASSERT_EQ(file.exit_code, 0) << file.err;
@@ -90,8 +90,8 @@ TEST_F(SuggestTest, EveryRefusedCaseHasOneOrIsKnownToHaveNone) {
       if (outcome.exit_code == 1) {
         without.insert(name);
         EXPECT_EQ(outcome.out, "");
-        EXPECT_THAT(outcome.err, HasSubstr("new.xml: error: there is no suggestion: table '"));
-        EXPECT_THAT(outcome.err, HasSubstr("\n   no form of this change is allowed: "));
+        EXPECT_THAT(outcome.err, HasSubstr("new.xml: error: no suggestion: table '"));
+        EXPECT_THAT(outcome.err, HasSubstr("\n   no allowed alternative: "));
       } else {
         ++suggested;
         ExpectSuggestion(options);
@@ -175,7 +175,7 @@ TEST_F(SuggestTest, TablesThatShareAStructureAgree) {
 }
 
 // A table that embeds a structure again takes it as the other one may have it by now.
-TEST_F(SuggestTest, AStructureThatComesBackKeepsWhatMayGo) {
+TEST_F(SuggestTest, RestoredStructureKeepsAllowedRemovals) {
   const auto library = [](const std::string& item, const std::string& prize) {
     return Library(5, {"<meta name=\"item\"><entry name=\"sku\" type=\"int32\"/>" + item + "</meta>",
                        "<meta name=\"reward\"><entry name=\"prize\" type=\"" + prize + "\"/></meta>",
@@ -189,7 +189,7 @@ TEST_F(SuggestTest, AStructureThatComesBackKeepsWhatMayGo) {
   EXPECT_THAT(Read("suggested.xml"), AllOf(HasSubstr(added), HasSubstr("name=\"prize\" type=\"item\"")));
 }
 
-TEST_F(SuggestTest, OnlyTheTablesAskedForAreMended) {
+TEST_F(SuggestTest, FixesOnlyRequestedTables) {
   Write("old.xml", kOld);
   Write("new.xml", kNew);
   const Outcome outcome = Korvelcheck({"suggest", "old.xml", "new.xml", "--table", "users", "--file"});
@@ -198,8 +198,8 @@ TEST_F(SuggestTest, OnlyTheTablesAskedForAreMended) {
   EXPECT_THAT(outcome.out, HasSubstr("<entry name=\"a_2\""));
 }
 
-TEST_F(SuggestTest, NothingToChangeIsSaid) {
-  const std::string said = "korvelcheck: same.xml: nothing to change: every table compared is allowed\n";
+TEST_F(SuggestTest, ReportsNothingToFix) {
+  const std::string said = "korvelcheck: same.xml: nothing to fix: every table that was compared is allowed\n";
   ExpectOutcome(Korvelcheck({"suggest", "old.xml", "same.xml"}), 0, "", said);
   ExpectOutcome(Korvelcheck({"suggest", "old.xml", "same.xml", "--file"}), 0, Read("same.xml"), said);
 }
@@ -211,7 +211,7 @@ TEST_F(SuggestTest, ATableWithoutSuggestionIsNamedAndNothingIsPrinted) {
   const Outcome outcome = Korvelcheck({"suggest", "old.xml", "new.xml", "-o", "out"});
   EXPECT_EQ(outcome.exit_code, 1);
   EXPECT_EQ(outcome.out, "");
-  EXPECT_THAT(outcome.err, StartsWith("new.xml: error: there is no suggestion: table 'orders' stays refused ["));
+  EXPECT_THAT(outcome.err, StartsWith("new.xml: error: no suggestion: table 'orders' stays refused ["));
   EXPECT_THAT(outcome.err, Not(HasSubstr("users")));
   EXPECT_FALSE(fs::exists(PathOf("out")));
 }
@@ -224,29 +224,29 @@ TEST_F(SuggestTest, FilesMayBeImagesOrStandardInput) {
   ExpectOutcome(Korvelcheck({"suggest", "old.qmb", "wide.xml", "--file"}), 0, suggested, "");
   ExpectOutcome(Korvelcheck(Call{.arguments = {"suggest", "old.xml", "-", "--file"}, .input = Read("wide.xml")}), 0, suggested,
                 "");
-  ExpectNotAsked(Korvelcheck({"suggest", "old.xml", "wide.qmb"}),
-                 "korvelcheck: wide.qmb is an image, which has no lines that could differ; allowed: --file\n");
+  ExpectInputError(Korvelcheck({"suggest", "old.xml", "wide.qmb"}),
+                   "korvelcheck: wide.qmb is an image, which has no lines to compare; allowed: --file\n");
   Write("written.xml", Korvelcheck({"suggest", "old.xml", "wide.qmb", "--file"}).out);
   EXPECT_EQ(Korvelcheck({"check", "old.xml", "written.xml"}).exit_code, 0);
 }
 
-TEST_F(SuggestTest, TheFileGoesWhereItIsWanted) {
+TEST_F(SuggestTest, WritesTheFileToOutput) {
   ExpectOutcome(Korvelcheck({"suggest", "old.xml", "wide.xml", "--file", "-o", "out.xml"}), 0, "", "");
   EXPECT_EQ(Korvelcheck({"check", "old.xml", "out.xml"}).exit_code, 0);
   const std::string wide = Read("wide.xml");
-  ExpectNotAsked(Korvelcheck({"suggest", "old.xml", "wide.xml", "--file", "-o", "wide.xml"}),
-                 "korvelcheck: -o wide.xml would replace an input\n");
+  ExpectInputError(Korvelcheck({"suggest", "old.xml", "wide.xml", "--file", "-o", "wide.xml"}),
+                   "korvelcheck: -o wide.xml would replace an input\n");
   EXPECT_EQ(Read("wide.xml"), wide);
 }
 
 TEST_F(SuggestTest, WrongUsageIsRefused) {
   EXPECT_EQ(Korvelcheck({"suggest", "old.xml", "wide.xml", "--file", "--diff"}).exit_code, 2);
   EXPECT_EQ(Korvelcheck({"suggest", "old.xml"}).exit_code, 2);
-  ExpectNotAsked(Korvelcheck({"suggest", "old.xml", "wide.xml", "--table", "order"}),
-                 "korvelcheck: table 'order' is neither in old.xml nor in wide.xml (did you mean 'orders'?)\n");
+  ExpectInputError(Korvelcheck({"suggest", "old.xml", "wide.xml", "--table", "order"}),
+                   "korvelcheck: table 'order' is neither in old.xml nor in wide.xml (did you mean 'orders'?)\n");
 }
 
-// A file as no editor would write it: only what has to change does.
+// An oddly formatted file: only the necessary bytes change.
 TEST_F(SuggestTest, OddLayoutsKeepTheirBytes) {
   const std::string fields =
       "\t<entry name='a' type=\"int16\" desc='1 &gt; 0'/><entry\r\n name='b'\r\n type='int8'/> <!-- b -->\r\n";

@@ -1,4 +1,4 @@
-// Places and limits that a call finds itself in: whatever they are, it answers or says what is missing.
+// Unusual environments and limits: the result is the usual one, or an error that names the cause.
 #include <gmock/gmock.h>
 
 #include "base/quote.h"
@@ -13,19 +13,19 @@ using testing::HasSubstr;
 
 class SurroundingsTest : public ToolTest {
  protected:
-  // Runs the program behind some lines of a shell, which knows it as "$0" "$@".
+  // Runs the program after some lines of a shell script, in which it is "$0" "$@".
   Outcome Behind(const std::string& shell, const std::vector<std::string>& arguments) const {
     return Korvelcheck(Call{.arguments = arguments, .launcher = {"/bin/sh", "-c", shell}});
   }
   static std::string Limited(const std::string& limit) { return "ulimit " + limit + " && exec \"$0\" \"$@\""; }
 };
 
-TEST_F(SurroundingsTest, ADeletedDirectoryIsNoObstacle) {
+TEST_F(SurroundingsTest, WorksInDeletedDirectory) {
   const std::string lost = "mkdir lost && cd lost && rmdir ../lost && exec \"$0\" \"$@\"";
   const Outcome outcome = Behind(lost, {"check", PathOf("old.xml"), PathOf("same.xml")});
   EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
-  ExpectNotAsked(Behind(lost, {"check", "old.xml", "same.xml"}),
-                 "korvelcheck: old.xml: No such file or directory\nkorvelcheck: same.xml: No such file or directory\n");
+  ExpectInputError(Behind(lost, {"check", "old.xml", "same.xml"}),
+                   "korvelcheck: old.xml: No such file or directory\nkorvelcheck: same.xml: No such file or directory\n");
   const Outcome written = Behind(lost, {"check", PathOf("old.xml"), PathOf("same.xml"), "-o", "report"});
   ExpectOutcome(written, 3, "", "korvelcheck: cannot write report: No such file or directory\n");
 }
@@ -39,8 +39,8 @@ bool IsUtf8(std::string_view text) {
   return true;
 }
 
-// Programs read UTF-8; people get the name as it is.
-TEST_F(SurroundingsTest, NamesThatAreNotUtf8AreTaken) {
+// Formats for programs are UTF-8; text shows the name as it is.
+TEST_F(SurroundingsTest, AcceptsNamesThatAreNotUtf8) {
   const std::string odd = "o\xffld\xc3.xml";
   std::filesystem::copy_file(PathOf("wide.xml"), PathOf(odd));
   EXPECT_THAT(Korvelcheck({"check", "old.xml", odd}).out, HasSubstr("\n" + odd + ":2:1: refused: table orders"));
@@ -64,20 +64,20 @@ TEST_F(SurroundingsTest, NamesThatAreNotUtf8AreTaken) {
   }
 }
 
-// The end of such a file never comes: what it begins with is enough.
-TEST_F(SurroundingsTest, AnEndlessFileThatIsNoSchemaIsRefused) {
-  ExpectNotAsked(Korvelcheck({"lint", "/dev/zero"}), "/dev/zero:1:1: error: a zero byte; allowed: text in UTF-8\n");
+// Such a file never ends: its first bytes are enough.
+TEST_F(SurroundingsTest, RefusesEndlessFileThatIsNotASchema) {
+  ExpectInputError(Korvelcheck({"lint", "/dev/zero"}), "/dev/zero:1:1: error: a zero byte; allowed: text in UTF-8\n");
   const Outcome outcome = Behind("yes 'no schema' | \"$0\" \"$@\"", {"lint", "-"});
   EXPECT_EQ(outcome.exit_code, 2);
   EXPECT_THAT(outcome.err, testing::StartsWith("<stdin>:1:1: error: not XML, the file begins with 'no schema"));
 }
 
-TEST_F(SurroundingsTest, AFileWithoutReadPermissionIsTold) {
+TEST_F(SurroundingsTest, ReportsFileWithoutReadPermission) {
   std::filesystem::permissions(PathOf("old.xml"), std::filesystem::perms::none);
   const auto launcher = Unprivileged();
   if (!launcher) GTEST_SKIP() << "the administrator reads every file";
-  ExpectNotAsked(Korvelcheck(Call{.arguments = {"check", "old.xml", "same.xml"}, .launcher = *launcher}),
-                 "korvelcheck: old.xml: Permission denied\n");
+  ExpectInputError(Korvelcheck(Call{.arguments = {"check", "old.xml", "same.xml"}, .launcher = *launcher}),
+                   "korvelcheck: old.xml: Permission denied\n");
 }
 
 // A table of structures within structures, the innermost with a field of this type.
@@ -93,7 +93,7 @@ std::string Nested(int structures, const std::string& innermost) {
 }
 
 // Structures are as deep as they may be, lists of the project file deeper.
-TEST_F(SurroundingsTest, ASmallStackIsEnough) {
+TEST_F(SurroundingsTest, NeedsOnlyASmallStack) {
   if (KORVEL_SANITIZED) GTEST_SKIP() << "sanitizers need more stack";
   Write("deep.xml", Nested(127, "int32"));
   Write("changed.xml", Nested(127, "int16"));
@@ -121,7 +121,7 @@ TEST_F(SurroundingsTest, ASmallStackIsEnough) {
   }
 }
 
-TEST_F(SurroundingsTest, FewOpenFilesAreEnough) {
+TEST_F(SurroundingsTest, NeedsOnlyFewOpenFiles) {
   std::filesystem::create_directory(PathOf("base"));
   for (int i = 0; i < 100; ++i) {
     const std::string name = "p" + std::to_string(i) + ".xml";
@@ -134,8 +134,8 @@ TEST_F(SurroundingsTest, FewOpenFilesAreEnough) {
   EXPECT_THAT(outcome.out, HasSubstr("0 tables refused, 200 allowed; 200 compared"));
 }
 
-// From the least memory that the program starts in to what is enough.
-TEST_F(SurroundingsTest, AnyAmountOfMemoryIsEnoughOrTold) {
+// From the minimum memory in which the program starts up to enough memory.
+TEST_F(SurroundingsTest, ReportsOutOfMemoryAtEveryLimit) {
   if (KORVEL_SANITIZED) GTEST_SKIP() << "sanitizers need address space";
   std::vector<std::string> old_tables;
   std::vector<std::string> new_tables;
@@ -158,7 +158,7 @@ TEST_F(SurroundingsTest, AnyAmountOfMemoryIsEnoughOrTold) {
     ASSERT_EQ(Files(), files);
     if (outcome.exit_code == 0) break;
     ASSERT_EQ(outcome.exit_code, 3) << limit << " " << outcome.signal << outcome.err;
-    ASSERT_THAT(outcome.err, AnyOf("korvelcheck: out of memory\n", "korvelcheck: out of memory, or an internal fault\n"));
+    ASSERT_THAT(outcome.err, AnyOf("korvelcheck: out of memory\n", "korvelcheck: out of memory, or an internal error\n"));
     ASSERT_EQ(Read("report"), "old");
     ++told;
   }

@@ -1,4 +1,4 @@
-// The report as text: lines that stay lines, colour where it is wanted. Its words are held by the tests of each command.
+// The text report: one line stays one line, colors on request. The tests of each command test its contents.
 #include <gmock/gmock.h>
 
 #include "tool_test.h"
@@ -26,13 +26,13 @@ TEST_F(TextReportTest, NamesDoNotBreakLines) {
   const std::string shown = "a\\nb\\tc\\rd\\xc2\\x85e\\x7ff\\xe2\\x80\\xa8g\xc3\xa9";
   ExpectOutcome(
       Korvelcheck({"lint", "odd.xml"}), 0,
-      "verdict: allowed\nodd.xml:2:1: allowed: table " + shown + "\n0 tables refused, 1 allowed; 1 compared, 0 new, 0 gone\n",
+      "verdict: allowed\nodd.xml:2:1: allowed: table " + shown + "\n0 tables refused, 1 allowed; 1 compared, 0 new, 0 removed\n",
       "");
   ExpectVerdicts(Korvelcheck({"lint", "refused.xml"}), 1,
                  "verdict: refused\nrefused.xml:2:1: refused: table " + shown +
                      ": -18 ERROR_FIELD_NAME_HAS_ILLEGAL_CHAR\nrefused.xml:2:110: refused [field-name.invalid] "
-                     "CheckFieldNameValidate failed! table:'" +
-                     shown + "'\n1 table refused, 0 allowed; 1 compared, 0 new, 0 gone; 1 finding, 0 waived\n");
+                     "a field name is not a valid identifier\n  checker: CheckFieldNameValidate failed! table:'" +
+                     shown + "'\n1 table refused, 0 allowed; 1 compared, 0 new, 0 removed; 1 finding, 0 waived\n");
 }
 
 TEST_F(TextReportTest, PathsDoNotBreakLines) {
@@ -40,9 +40,9 @@ TEST_F(TextReportTest, PathsDoNotBreakLines) {
   EXPECT_THAT(Korvelcheck({"lint", "a\nb.xml"}).out, HasSubstr("\na\\nb.xml:2:1: allowed: table orders\n"));
 }
 
-// A field that moved to the front stood behind another one and stands behind none: it was taken for one that is gone, and told
-// at its old place.
-TEST_F(TextReportTest, WhatMovedToTheFrontIsToldWhereItIsNow) {
+// A field that moved to the front is no longer preceded by another one: it was taken for a removed one, and reported at its old
+// location.
+TEST_F(TextReportTest, LocatesMovedItemsInTheNewFile) {
   const std::string note = "<entry name=\"note\" type=\"int8\"/>";
   Write("old.xml", Library(5, {Table({.fields = "<entry name=\"zone\" type=\"int8\"/>" + note})}));
   std::string moved = Read("old.xml");
@@ -50,7 +50,7 @@ TEST_F(TextReportTest, WhatMovedToTheFrontIsToldWhereItIsNow) {
   moved.insert(moved.find("<entry"), note);
   Write("new.xml", moved);
   EXPECT_THAT(Korvelcheck({"check", "old.xml", "new.xml"}).out,
-              AllOf(HasSubstr("\nnew.xml:2:21: refused [field.order]"), HasSubstr("\n   was: old.xml:2:")));
+              AllOf(HasSubstr("\nnew.xml:2:21: refused [field.order]"), HasSubstr("\n  was: old.xml:2:")));
 }
 
 // Percent signs of names pass through the checker's formats unharmed.
@@ -61,7 +61,7 @@ TEST_F(TextReportTest, PercentSignsAreKept) {
               AllOf(HasSubstr("entry:'uid' metaname:'%s%n%d'\n"), HasSubstr(": table %s%n%d: -3 ")));
 }
 
-TEST_F(TextReportTest, StatusWordsAreColouredOnATerminal) {
+TEST_F(TextReportTest, ColorsStatusWordsOnATerminal) {
   const Outcome outcome = OnTerminal({"TERM=xterm"});
   EXPECT_EQ(outcome.exit_code, 1);
   EXPECT_THAT(outcome.out, HasSubstr("verdict: \x1b[31mrefused\x1b[0m\r\n"));
@@ -70,14 +70,14 @@ TEST_F(TextReportTest, StatusWordsAreColouredOnATerminal) {
                                      "allowed\x1b[0m: table users"));
 }
 
-TEST_F(TextReportTest, NoColourWhereItIsNotWanted) {
+TEST_F(TextReportTest, DisablesColorOnRequest) {
   EXPECT_THAT(OnTerminal({"TERM=xterm", "NO_COLOR=1"}).out, Not(HasSubstr(kEscape)));
   EXPECT_THAT(OnTerminal({"TERM=dumb"}).out, Not(HasSubstr(kEscape)));
   EXPECT_THAT(OnTerminal({}).out, Not(HasSubstr(kEscape)));
   EXPECT_THAT(OnTerminal({"TERM=xterm", "NO_COLOR="}).out, HasSubstr(kEscape)) << "an empty NO_COLOR asks for nothing";
 }
 
-TEST_F(TextReportTest, NoColourInFilesAndPipes) {
+TEST_F(TextReportTest, DoesNotColorFilesAndPipes) {
   EXPECT_EQ(Verdicts(Korvelcheck(Call{.arguments = {"check", "old.xml", "wide.xml"}, .environment = {"TERM=xterm"}}).out),
             kWideFinding);
   Korvelcheck(Call{.arguments = {"check", "old.xml", "wide.xml", "-o", "report"},

@@ -62,7 +62,7 @@ Outcome ToolTest::Korvelcheck(Call call) const {
   return RunProgram(call);
 }
 
-// The names stand behind two blanks each, below the line "Commands:".
+// Each name is indented by two blanks, below the line "Commands:".
 std::vector<std::string> ToolTest::CommandNames() const {
   std::istringstream help(Korvelcheck({"--help"}).out);
   std::vector<std::string> names;
@@ -82,7 +82,8 @@ std::string Verdicts(const std::string& report) {
   std::string verdicts;
   std::istringstream lines(report);
   for (std::string line; std::getline(lines, line);) {
-    if (!line.starts_with(" ") || line.starts_with("   table ")) verdicts += line + "\n";
+    const bool is_shown = line.starts_with("  table ") || line.starts_with("  checker: ") || !line.starts_with(" ");
+    if (is_shown && !line.starts_with("Run ")) verdicts += line + "\n";
   }
   return verdicts;
 }
@@ -91,6 +92,6 @@ void ExpectVerdicts(const Outcome& outcome, int exit_code, const std::string& ve
   ExpectOutcome({outcome.exit_code, Verdicts(outcome.out), outcome.err}, exit_code, verdicts, "");
 }
 
-void ExpectNotAsked(const Outcome& outcome, const std::string& err) { ExpectOutcome(outcome, 2, "", err); }
+void ExpectInputError(const Outcome& outcome, const std::string& err) { ExpectOutcome(outcome, 2, "", err); }
 
 }  // namespace tool_test

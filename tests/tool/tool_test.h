@@ -1,4 +1,4 @@
-// What the tests of the program share: a directory with schema files, and the program run in it.
+// Shared by the tests of the program: a directory with schema files, and running the program in it.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@
 
 namespace tool_test {
 
-// A schema file. Lines: the library stands on line 1, each table of `tables` on a line of its own.
+// A schema file. The library is on line 1, each table of `tables` on a line of its own.
 std::string Library(int version, const std::vector<std::string>& tables, const std::string& protocol = "QMX");
 
 // A table on one line, of a key field `uid`, other fields and attributes.
@@ -46,36 +46,39 @@ class ToolTest : public testing::Test {
   std::filesystem::path directory_;
 };
 
-// What text reports of the usual files say.
+// The text reports about the usual files.
 inline constexpr char kAllowedReport[] =
     "verdict: allowed\n"
     "same.xml:2:1: allowed: table orders\n"
     "same.xml:3:1: allowed: table users\n"
-    "0 tables refused, 2 allowed; 2 compared, 0 new, 0 gone\n";
+    "0 tables refused, 2 allowed; 2 compared, 0 new, 0 removed\n";
 inline constexpr char kWideReport[] =
     "verdict: refused\n"
-    "wide.xml:2:1: refused [primary-key.size] The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
-    "   table orders: -3 ERROR_VALUE_FIELD\n"
+    "wide.xml:2:1: refused [primary-key.size] the size of a primary key field changed\n"
+    "  checker: The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
+    "  table orders: -3 ERROR_VALUE_FIELD\n"
     "wide.xml:3:1: allowed: table users\n"
-    "1 table refused, 1 allowed; 2 compared, 0 new, 0 gone\n";
-// The same of a command that takes the change apart, as Verdicts gives it.
+    "1 table refused, 1 allowed; 2 compared, 0 new, 0 removed\n"
+    "Run 'korvelcheck explain primary-key.size' for the rule.\n";
+// The same for a command that checks changes one by one, as Verdicts returns it.
 inline constexpr char kWideFinding[] =
     "verdict: refused\n"
     "wide.xml:2:1: refused: table orders: -3 ERROR_VALUE_FIELD\n"
-    "wide.xml:2:52: refused [primary-key.size] The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
+    "wide.xml:2:52: refused [primary-key.size] the size of a primary key field changed\n"
+    "  checker: The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
     "wide.xml:3:1: allowed: table users\n"
-    "1 table refused, 1 allowed; 2 compared, 0 new, 0 gone; 1 finding, 0 waived\n";
+    "1 table refused, 1 allowed; 2 compared, 0 new, 0 removed; 1 finding, 0 waived\n";
 
-// What a text report says of tables and findings, without what it shows and explains about them.
+// The lines of a text report with the verdicts and texts of the checker, without details and the hint at the end.
 std::string Verdicts(const std::string& report);
 
 // The whole outcome at once.
 void ExpectOutcome(const Outcome& outcome, int exit_code, const std::string& out, const std::string& err);
 
-// The same with no more than the verdicts of the report, and nothing on standard error.
+// The same with only the verdicts of the report, and nothing on standard error.
 void ExpectVerdicts(const Outcome& outcome, int exit_code, const std::string& verdicts);
 
 // Exit code 2, nothing on standard output, this on standard error.
-void ExpectNotAsked(const Outcome& outcome, const std::string& err);
+void ExpectInputError(const Outcome& outcome, const std::string& err);
 
 }  // namespace tool_test

@@ -16,7 +16,7 @@ TEST_F(UsageTest, HelpListsEveryCommand) {
     const Outcome outcome = Korvelcheck({option});
     EXPECT_EQ(outcome.exit_code, 0);
     EXPECT_EQ(outcome.err, "");
-    EXPECT_THAT(outcome.out, HasSubstr("\n  check       is this change of a schema allowed?\n"));
+    EXPECT_THAT(outcome.out, HasSubstr("\n  check       check a schema change\n"));
   }
   EXPECT_THAT(CommandNames(), testing::IsSupersetOf({"check", "compat", "values", "same", "sortlist", "lint"}));
 }
@@ -44,18 +44,18 @@ TEST_F(UsageTest, HelpShowsOnlyTheOptionsThatACommandTakes) {
 }
 
 // As they are typed: whether a value is taken for an option of its own shows at a glance.
-TEST_F(UsageTest, HelpNamesWhatAnOptionTakesAndNoMore) {
+TEST_F(UsageTest, HelpShowsValuesOfOptions) {
   const std::string check = Korvelcheck({"check", "--help"}).out;
   EXPECT_THAT(check, HasSubstr("\n  --project FILE              project file; "));
   EXPECT_THAT(check, HasSubstr("\n  --no-project                use no project file\n"));
-  EXPECT_THAT(check, HasSubstr("\n  --log-format text|json      form of log lines, with --log; "));
+  EXPECT_THAT(check, HasSubstr("\n  --log-format text|json      log format, with --log; "));
   EXPECT_THAT(check, HasSubstr("\n  FILES ...                   OLD and NEW, "));
-  EXPECT_THAT(Korvelcheck({"waive", "--help"}).out, HasSubstr("\n  --until DAY REQUIRED        the last day "));
+  EXPECT_THAT(Korvelcheck({"waive", "--help"}).out, HasSubstr("\n  --until DAY REQUIRED        last day of the waiver"));
 }
 
 TEST_F(UsageTest, VersionIsOneLine) { ExpectOutcome(Korvelcheck({"--version"}), 0, "korvelcheck " KORVEL_VERSION "\n", ""); }
 
-TEST_F(UsageTest, HelpThatCannotBeWrittenIsAFault) {
+TEST_F(UsageTest, HelpThatCannotBeWrittenIsAnInternalError) {
   const Outcome outcome = Korvelcheck(Call{.arguments = {"--help"}, .output = Stream::kFull});
   EXPECT_EQ(outcome.exit_code, 3);
   EXPECT_EQ(outcome.err, "korvelcheck: cannot write standard output: No space left on device\n");
@@ -63,15 +63,15 @@ TEST_F(UsageTest, HelpThatCannotBeWrittenIsAFault) {
 
 TEST_F(UsageTest, WrongCommandsAreRefused) {
   const std::string hint = "\nTry 'korvelcheck --help'.\n";
-  ExpectNotAsked(Korvelcheck(std::vector<std::string>{}), "korvelcheck: a command is missing" + hint);
-  ExpectNotAsked(Korvelcheck({"chek"}), "korvelcheck: unknown command 'chek' (did you mean 'check'?)" + hint);
-  ExpectNotAsked(Korvelcheck({"frobnicate", "a"}), "korvelcheck: unknown command 'frobnicate'" + hint);
-  ExpectNotAsked(Korvelcheck({""}), "korvelcheck: unknown command ''" + hint);
+  ExpectInputError(Korvelcheck(std::vector<std::string>{}), "korvelcheck: a command is missing" + hint);
+  ExpectInputError(Korvelcheck({"chek"}), "korvelcheck: unknown command 'chek' (did you mean 'check'?)" + hint);
+  ExpectInputError(Korvelcheck({"frobnicate", "a"}), "korvelcheck: unknown command 'frobnicate'" + hint);
+  ExpectInputError(Korvelcheck({""}), "korvelcheck: unknown command ''" + hint);
 }
 
 struct WrongUsage {
   std::vector<std::string> arguments;
-  std::string text;  // behind the command's name
+  std::string text;  // after the command's name
 };
 
 TEST_F(UsageTest, WrongOptionsAreRefusedBeforeAnyFileIsRead) {
@@ -99,7 +99,7 @@ TEST_F(UsageTest, WrongOptionsAreRefusedBeforeAnyFileIsRead) {
       {{"check", "a", "b", "--log-format", "json"}, "--log-format requires --log"},
       {{"check", "a", "b", "--log", "-", "--log-level", "all"}, "--log-level: 'all' is not allowed; allowed: error|warn|info"},
       {{"sortlist", "a", "b", "--dst-table", "x"}, "--dst-table requires --table"},
-      {{"sortlist", "a", "b", "--dst-table", "x", "--table", "y", "--table", "z"}, "--dst-table goes with one --table"},
+      {{"sortlist", "a", "b", "--dst-table", "x", "--table", "y", "--table", "z"}, "--dst-table requires exactly one --table"},
       {{"lint"}, "FILE is required"},
       {{"compile", "a"}, "--output is required"},
       {{"compile", "-o", "b"}, "FILE is required"},
@@ -110,8 +110,8 @@ TEST_F(UsageTest, WrongOptionsAreRefusedBeforeAnyFileIsRead) {
   };
   for (const auto& [arguments, text] : kCases) {
     const std::string& command = arguments.front();
-    ExpectNotAsked(Korvelcheck(arguments),
-                   "korvelcheck: " + command + ": " + text + "\nTry 'korvelcheck " + command + " --help'.\n");
+    ExpectInputError(Korvelcheck(arguments),
+                     "korvelcheck: " + command + ": " + text + "\nTry 'korvelcheck " + command + " --help'.\n");
   }
 }
 
@@ -127,8 +127,8 @@ TEST_F(UsageTest, ServerVersionsAreNumbersJoinedByDots) {
 }
 
 TEST_F(UsageTest, AnOptionGivenTwiceIsRefused) {
-  ExpectNotAsked(Korvelcheck({"check", "old.xml", "same.xml", "--type", "list", "--type", "generic"}),
-                 "korvelcheck: check: --type is given more than once; allowed: once\nTry 'korvelcheck check --help'.\n");
+  ExpectInputError(Korvelcheck({"check", "old.xml", "same.xml", "--type", "list", "--type", "generic"}),
+                   "korvelcheck: check: --type is given more than once; allowed: once\nTry 'korvelcheck check --help'.\n");
 }
 
 TEST_F(UsageTest, OptionsStandAnywhere) {
@@ -139,11 +139,11 @@ TEST_F(UsageTest, OptionsStandAnywhere) {
 }
 
 // A terminal must not obey a file name.
-TEST_F(UsageTest, OddArgumentsStayOnTheirLine) {
-  ExpectNotAsked(Korvelcheck({"lint", ""}), "korvelcheck: '': No such file or directory\n");
-  ExpectNotAsked(Korvelcheck({"lint", "a\nb\x1b[31m"}), "korvelcheck: a\\nb\\x1b[31m: No such file or directory\n");
-  ExpectNotAsked(Korvelcheck({"lint", std::string("a\xe2\x80") + "\xaelmx"}),
-                 "korvelcheck: a\\xe2\\x80\\xaelmx: No such file or directory\n");
+TEST_F(UsageTest, EscapesOddArguments) {
+  ExpectInputError(Korvelcheck({"lint", ""}), "korvelcheck: '': No such file or directory\n");
+  ExpectInputError(Korvelcheck({"lint", "a\nb\x1b[31m"}), "korvelcheck: a\\nb\\x1b[31m: No such file or directory\n");
+  ExpectInputError(Korvelcheck({"lint", std::string("a\xe2\x80") + "\xaelmx"}),
+                   "korvelcheck: a\\xe2\\x80\\xaelmx: No such file or directory\n");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Waivers of the project file: which findings they let pass, for how long, and what is wrong with them. And 'waive'.
+// Waivers of the project file: which findings they match, until when, and faults in them. And 'waive'.
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -38,7 +38,7 @@ class WaiverTest : public GitTest {
     all.insert(all.end(), arguments.begin(), arguments.end());
     return Run(all);
   }
-  // The text of what a check reports about the project file; "" for nothing.
+  // What a check reports about the project file; "" for nothing.
   static std::string About(const Outcome& outcome) {
     std::string lines;
     const auto json = nlohmann::json::parse(outcome.out, nullptr, false);
@@ -60,7 +60,7 @@ TEST_F(WaiverTest, AWaivedTableDoesNotFailTheCall) {
   EXPECT_EQ(Check({"--no-project"}).exit_code, 1);
 }
 
-TEST_F(WaiverTest, TableRuleAndEntryNameAFindingToo) {
+TEST_F(WaiverTest, TableRuleAndEntryNameAFinding) {
   const std::string rest = "reason = \"r\"\nuntil = \"2027-01-31\"\n";
   Waive("table = \"orders\"\nrule = \"primary-key.size\"\nentry = \"uid\"\n" + rest);
   EXPECT_EQ(Check().exit_code, 0);
@@ -72,7 +72,7 @@ TEST_F(WaiverTest, TableRuleAndEntryNameAFindingToo) {
   }
 }
 
-TEST_F(WaiverTest, ATableThatIsGoneCanBeWaived) {
+TEST_F(WaiverTest, RemovedTableCanBeWaived) {
   Write("gone.xml", Library(5, {Table({.name = "users"})}));
   Waive("table = \"orders\"\nrule = \"arguments.table-missing\"\nentry = \"\"\nreason = \"r\"\nuntil = 2027-01-31\n");
   const auto json = nlohmann::json::parse(Run({"check", "old.xml", "gone.xml", "--format", "json"}).out);
@@ -87,19 +87,19 @@ TEST_F(WaiverTest, OneFindingOfTwoIsNotEnough) {
   EXPECT_EQ(Check().exit_code, 1);
 }
 
-TEST_F(WaiverTest, AnExpiredWaiverLetsNothingPass) {
+TEST_F(WaiverTest, ExpiredWaiverHasNoEffect) {
   const std::string fingerprint = Fingerprint();
   Waive("fingerprint = \"" + fingerprint + "\"\nreason = \"r\"\nuntil = 2025-12-31\n");
   const Outcome outcome = Check();
   EXPECT_EQ(outcome.exit_code, 1);
-  EXPECT_EQ(About(outcome), "waiver.expired: the waiver of " + fingerprint + " held until 2025-12-31\n");
+  EXPECT_EQ(About(outcome), "waiver.expired: the waiver of " + fingerprint + " expired on 2025-12-31\n");
   EXPECT_EQ(Run({"check", "old.xml", "same.xml"}).exit_code, 1);
 }
 
-TEST_F(WaiverTest, TheClockIsFixedByANumberOnly) {
+TEST_F(WaiverTest, OnlyANumberReplacesTheClock) {
   Waive("fingerprint = \"0123456789abcdef\"\nreason = \"r\"\nuntil = 2027-01-31\n");
   environment_.back() = "SOURCE_DATE_EPOCH=soon";
-  ExpectNotAsked(Check(), "korvelcheck: SOURCE_DATE_EPOCH is 'soon'; allowed: 0 to 253402300799 seconds\n");
+  ExpectInputError(Check(), "korvelcheck: SOURCE_DATE_EPOCH is 'soon'; allowed: 0 to 253402300799 seconds\n");
 }
 
 TEST_F(WaiverTest, MalformedWaiversAreFindings) {
@@ -108,16 +108,17 @@ TEST_F(WaiverTest, MalformedWaiversAreFindings) {
     const char* text;
   };
   const Malformed kCases[] = {
-      {"reason = \"r\"\nuntil = 2027-01-31\n", "it says not what it is for; allowed: a fingerprint, or table, rule and entry"},
+      {"reason = \"r\"\nuntil = 2027-01-31\n", "it must name a fingerprint, or table, rule and entry"},
       {"table = \"t\"\nrule = \"r\"\nreason = \"r\"\nuntil = 2027-01-31\n",
-       "it says not what it is for; allowed: a fingerprint, or table, rule and entry"},
+       "it must name a fingerprint, or table, rule and entry"},
       {"fingerprint = \"0123456789abcdef\"\ntable = \"t\"\nreason = \"r\"\nuntil = 2027-01-31\n",
-       "it has a fingerprint and table, rule or entry; allowed: one of the two"},
+       "it has both a fingerprint and table, rule or entry; allowed: one of the two"},
       {"fingerprint = \"0123456789ABCDEF\"\nreason = \"r\"\nuntil = 2027-01-31\n",
-       "fingerprint is '0123456789ABCDEF'; allowed: 16 hexadecimal digits, as reports show them"},
-      {"fingerprint = \"0123456789abcdef\"\nuntil = 2027-01-31\n", "it has no reason; allowed: a text"},
-      {"fingerprint = \"0123456789abcdef\"\nreason = \" \\t\"\nuntil = 2027-01-31\n", "it has no reason; allowed: a text"},
-      {"fingerprint = \"0123456789abcdef\"\nreason = \"r\"\n", "it has no end; allowed: until = \"2027-01-31\""},
+       "fingerprint is '0123456789ABCDEF'; allowed: 16 hexadecimal digits, as shown in reports"},
+      {"fingerprint = \"0123456789abcdef\"\nuntil = 2027-01-31\n", "it has no reason; allowed: a string that is not blank"},
+      {"fingerprint = \"0123456789abcdef\"\nreason = \" \\t\"\nuntil = 2027-01-31\n",
+       "it has no reason; allowed: a string that is not blank"},
+      {"fingerprint = \"0123456789abcdef\"\nreason = \"r\"\n", "it has no last day; allowed: until = \"2027-01-31\""},
       {"fingerprint = \"0123456789abcdef\"\nreason = \"r\"\nuntil = \"soon\"\n",
        "until is 'soon'; allowed: a day like 2027-01-31"},
       {"fingerprint = \"0123456789abcdef\"\nreason = \"r\"\nuntil = \"2027-02-29\"\n",
@@ -129,22 +130,21 @@ TEST_F(WaiverTest, MalformedWaiversAreFindings) {
     Waive(members);
     const Outcome outcome = Run({"check", "old.xml", "same.xml", "--format", "json"});
     EXPECT_EQ(outcome.exit_code, 1) << members;
-    EXPECT_EQ(About(outcome), std::string("waiver.malformed: the waiver is none: ") + text + "\n");
+    EXPECT_EQ(About(outcome), std::string("waiver.malformed: invalid waiver: ") + text + "\n");
   }
 }
 
-TEST_F(WaiverTest, TheSecondOfTwoForOneFindingIsAFinding) {
+TEST_F(WaiverTest, SecondWaiverForOneFindingIsAFinding) {
   const std::string one = "fingerprint = \"" + Fingerprint() + "\"\nreason = \"r\"\nuntil = 2027-01-31\n";
   Waive(one + "[[waivers]]\n" + one);
   const Outcome outcome = Check();
   EXPECT_EQ(outcome.exit_code, 1);
-  EXPECT_EQ(
-      About(outcome),
-      "waiver.malformed: the waiver is none: korvelcheck.toml:1 has one for the same finding; allowed: one, change it there\n");
+  EXPECT_EQ(About(outcome),
+            "waiver.malformed: invalid waiver: korvelcheck.toml:1 already has a waiver for this finding; allowed: one\n");
 }
 
 // The finding has the same fingerprint in both, but lint did not heed the waiver.
-TEST_F(WaiverTest, LintHeedsWaiversToo) {
+TEST_F(WaiverTest, LintAppliesWaivers) {
   Write("odd.xml", Library(5, {Table({.fields = "<entry name=\"2nd\" type=\"int8\"/>"})}));
   EXPECT_EQ(Run({"lint", "odd.xml"}).exit_code, 1);
   Waive("table = \"orders\"\nrule = \"field-name.invalid\"\nentry = \"2nd\"\nreason = \"r\"\nuntil = 2027-01-31\n");
@@ -154,20 +154,20 @@ TEST_F(WaiverTest, LintHeedsWaiversToo) {
   EXPECT_EQ(Run({"lint", "old.xml"}).exit_code, 0);
 }
 
-TEST_F(WaiverTest, AnUnusedWaiverIsAFindingWhereAllWasCompared) {
+TEST_F(WaiverTest, UnusedWaiverIsAFindingIfAllWasCompared) {
   Write(
       "korvelcheck.toml",
       "[schemas]\npaths = [\"old.xml\"]\n[[waivers]]\nfingerprint = \"0123456789abcdef\"\nreason = \"r\"\nuntil = 2027-01-31\n");
   Commit("first");
   const Outcome outcome = Run({"check", "--against", "git:HEAD", "--format", "json"});
   EXPECT_EQ(outcome.exit_code, 1);
-  EXPECT_EQ(About(outcome), "waiver.unused: the waiver of 0123456789abcdef is for no finding\n");
+  EXPECT_EQ(About(outcome), "waiver.unused: the waiver of 0123456789abcdef matches no finding\n");
   EXPECT_EQ(Run({"check", "--against", "git:HEAD", "old.xml"}).exit_code, 0);
   EXPECT_EQ(Run({"check", "--against", "git:HEAD", "--table", "users"}).exit_code, 0);
   EXPECT_EQ(Run({"check", "old.xml", "same.xml"}).exit_code, 0);
 }
 
-TEST_F(WaiverTest, WaivingAddsAtTheEndAndKeepsTheRest) {
+TEST_F(WaiverTest, AppendsWaiverAndKeepsTheRest) {
   const std::string fingerprint = Fingerprint();
   const std::string before = "# ours\n[defaults]   # all\nlist-num=0\n\n\n# end";
   Write("korvelcheck.toml", before);
@@ -180,7 +180,7 @@ TEST_F(WaiverTest, WaivingAddsAtTheEndAndKeepsTheRest) {
   EXPECT_THAT(outcome.out, HasSubstr("it's \\\"empty\\\"\\n\\\\o/"));
 }
 
-TEST_F(WaiverTest, WaivingMakesAFileAndKeepsItsLineEnds) {
+TEST_F(WaiverTest, CreatesFileAndKeepsItsLineEnds) {
   ASSERT_EQ(WaiveFinding({"0123456789abcdef", "--reason", "r", "--until", "2026-01-01"}).exit_code, 0);
   EXPECT_EQ(Read("korvelcheck.toml"),
             "[[waivers]]\nfingerprint = \"0123456789abcdef\"\nreason = \"r\"\nuntil = \"2026-01-01\"\n");
@@ -191,7 +191,7 @@ TEST_F(WaiverTest, WaivingMakesAFileAndKeepsItsLineEnds) {
             "until = \"2026-01-01\"\r\n");
 }
 
-TEST_F(WaiverTest, WhatIsNoWaiverIsNotWritten) {
+TEST_F(WaiverTest, DoesNotWriteInvalidWaivers) {
   const std::string before = "[[waivers]]\nfingerprint = \"0123456789abcdef\"\nreason = \"r\"\nuntil = \"2026-01-01\"\n";
   Write("korvelcheck.toml", before);
   struct Wrong {
@@ -200,27 +200,26 @@ TEST_F(WaiverTest, WhatIsNoWaiverIsNotWritten) {
   };
   const Wrong kCases[] = {
       {{"0123", "--reason", "r", "--until", "2027-01-01"},
-       "fingerprint is '0123'; allowed: 16 hexadecimal digits, as reports show them"},
-      {{"", "--reason", "r", "--until", "2027-01-01"},
-       "it says not what it is for; allowed: a fingerprint, or table, rule and entry"},
-      {{"fedcba9876543210", "--reason", " ", "--until", "2027-01-01"}, "it has no reason; allowed: a text"},
+       "fingerprint is '0123'; allowed: 16 hexadecimal digits, as shown in reports"},
+      {{"", "--reason", "r", "--until", "2027-01-01"}, "it must name a fingerprint, or table, rule and entry"},
+      {{"fedcba9876543210", "--reason", " ", "--until", "2027-01-01"}, "it has no reason; allowed: a string that is not blank"},
       {{"fedcba9876543210", "--reason", "r", "--until", "2027-13-01"}, "until is '2027-13-01'; allowed: a day like 2027-01-31"},
-      {{"fedcba9876543210", "--reason", "r", "--until", ""}, "it has no end; allowed: until = \"2027-01-31\""},
-      {{"fedcba9876543210", "--reason", "r", "--until", "2025-12-31"}, "2025-12-31 is over; today is 2026-01-01"},
+      {{"fedcba9876543210", "--reason", "r", "--until", ""}, "it has no last day; allowed: until = \"2027-01-31\""},
+      {{"fedcba9876543210", "--reason", "r", "--until", "2025-12-31"}, "2025-12-31 is in the past (today is 2026-01-01)"},
       {{"fedcba9876543210", "--reason", "\xff", "--until", "2027-01-01"},
-       "korvelcheck.toml cannot have a waiver at its end: 'waivers' is no list of [[waivers]] there, or the reason is not UTF-8"},
+       "korvelcheck.toml cannot take another waiver: 'waivers' is not a list of [[waivers]], or the reason is not UTF-8"},
       {{"0123456789abcdef", "--reason", "r", "--until", "2027-01-01"},
-       "korvelcheck.toml:1 has one for the same finding; allowed: one, change it there"},
+       "korvelcheck.toml:1 already has a waiver for this finding; allowed: one"},
       {{"fedcba9876543210", "--reason", "r", "--until", "2027-01-01", "--project", "-"}, "--project is '-'; allowed: a file"},
   };
   for (const auto& [arguments, text] : kCases) {
-    ExpectNotAsked(WaiveFinding(arguments), std::string("korvelcheck: waive: ") + text + "\n");
+    ExpectInputError(WaiveFinding(arguments), std::string("korvelcheck: waive: ") + text + "\n");
     EXPECT_EQ(Read("korvelcheck.toml"), before);
   }
   EXPECT_EQ(WaiveFinding({"0123456789abcdef"}).exit_code, 2);
 }
 
-TEST_F(WaiverTest, AProjectFileThatIsNoneIsNotTouched) {
+TEST_F(WaiverTest, DoesNotChangeInvalidProjectFile) {
   for (const char* text : {"[defaults]\nlist = 1\n", "not TOML", "waivers = []\n"}) {
     Write("korvelcheck.toml", text);
     EXPECT_EQ(WaiveFinding({"0123456789abcdef", "--reason", "r", "--until", "2027-01-01"}).exit_code, 2) << text;

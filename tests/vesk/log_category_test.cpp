@@ -1,5 +1,5 @@
-// Categories through the interface that the checker uses: what is let through, what stands in the file, what happens when it
-// cannot be written.
+// Tests log categories through the interface that the checker uses: which records pass, what the file contains, and write
+// failures.
 #include "vesk/log_category.h"
 
 #include <gtest/gtest.h>
@@ -32,7 +32,7 @@ void LogAt(LPVESKCATEGORYINST category, const vesk_loc_info_t* location, int pri
 
 constexpr vesk_loc_info_t kHere = {"src/common/modify_table.cpp", 42, "KorvelModifyTable", nullptr};
 
-// A directory of its own for each test.
+// A new directory for each test.
 class LogCategoryTest : public ::testing::Test {
  protected:
   LogCategoryTest() {
@@ -82,7 +82,7 @@ std::string OpenError(const std::string& file) {
   return error;
 }
 
-TEST_F(LogCategoryTest, TextLineHoldsTheWholeRecord) {
+TEST_F(LogCategoryTest, TextLineContainsRecord) {
   const auto category = OpenOrFail(ToFile());
   LogAt(category->handle(), &kHere, VESK_PRIORITY_ERROR, "%s is %d", "count", 7);
   category->Close();
@@ -92,7 +92,7 @@ TEST_F(LogCategoryTest, TextLineHoldsTheWholeRecord) {
   EXPECT_EQ(category->WriteFailure(), "");
 }
 
-TEST_F(LogCategoryTest, JsonLineHoldsTheWholeRecord) {
+TEST_F(LogCategoryTest, JsonLineContainsRecord) {
   const auto category = OpenOrFail(ToFile(LineFormat::kJson));
   LogAt(category->handle(), &kHere, VESK_PRIORITY_WARN, "%s", "one\ntwo \x80 %s");
   category->Close();
@@ -109,7 +109,7 @@ TEST_F(LogCategoryTest, JsonLineHoldsTheWholeRecord) {
   EXPECT_EQ(object["message"], "one\ntwo \xEF\xBF\xBD %s");
 }
 
-TEST_F(LogCategoryTest, EventsWithMissingPartsAreWritten) {
+TEST_F(LogCategoryTest, WritesEventsWithMissingParts) {
   const auto category = OpenOrFail(ToFile(LineFormat::kJson));
   constexpr vesk_loc_info_t nowhere = {nullptr, 0, nullptr, nullptr};
   LogAt(category->handle(), nullptr, VESK_PRIORITY_INFO, "no location");
@@ -123,7 +123,7 @@ TEST_F(LogCategoryTest, EventsWithMissingPartsAreWritten) {
   }
 }
 
-TEST_F(LogCategoryTest, NullHandleEventOrFormatWritesNothing) {
+TEST_F(LogCategoryTest, NullArgumentsWriteNothing) {
   const auto category = OpenOrFail(ToFile());
   LogAt(nullptr, &kHere, VESK_PRIORITY_ERROR, "no category");
   LogAt(category->handle(), &kHere, VESK_PRIORITY_ERROR, nullptr);
@@ -140,14 +140,14 @@ struct Gate {
   bool open;
 };
 
-TEST_F(LogCategoryTest, PrioritiesWithinTheBoundsAreLetThrough) {
+TEST_F(LogCategoryTest, PassesPrioritiesWithinBounds) {
   const std::optional<int> none;
   const Gate gates[] = {
       {none, none, INT_MIN, true}, {none, none, INT_MAX, true},                           // no bounds
       {none, 299, 300, false},     {none, 300, 300, true},      {none, 301, 300, true},   // the low bound
-      {none, -1, INT_MAX, true},   {none, -2, 300, false},      {none, 0, 300, false},    // -1 alone is special there
+      {none, -1, INT_MAX, true},   {none, -2, 300, false},      {none, 0, 300, false},    // only -1 is special
       {299, none, 300, true},      {300, none, 300, true},      {301, none, 300, false},  // the high bound
-      {-1, none, -2, false},       {-1, none, -1, true},        {-1, none, 300, true},    // nothing is special there
+      {-1, none, -2, false},       {-1, none, -1, true},        {-1, none, 300, true},    // no value is special
       {400, 400, 300, false},      {400, 400, 400, true},       {400, 400, 600, false},   // both
       {400, -1, 300, false},       {400, -1, 600, true},        {600, 300, 400, false},
   };
@@ -161,7 +161,7 @@ TEST_F(LogCategoryTest, PrioritiesWithinTheBoundsAreLetThrough) {
   }
 }
 
-TEST_F(LogCategoryTest, HandleShowsTheBounds) {
+TEST_F(LogCategoryTest, HandleContainsBounds) {
   LogSettings settings = ToFile();
   const auto unbounded = OpenOrFail(settings);
   EXPECT_EQ(unbounded->handle()->piPriorityHigh, nullptr);
@@ -190,10 +190,10 @@ TEST_F(LogCategoryTest, ClosedCategoryWritesNothing) {
   EXPECT_EQ(category->WriteFailure(), "");
 }
 
-TEST_F(LogCategoryTest, CategoryThatWasNeverOpenWritesNothing) {
+TEST_F(LogCategoryTest, NeverOpenedCategoryWritesNothing) {
   const std::unique_ptr<LogCategory> log = LogCategory::Closed();
   ASSERT_NE(log->handle()->piPriorityLow, nullptr);
-  EXPECT_EQ(*log->handle()->piPriorityLow, 0);  // the checker asks the bound first, and formats nothing
+  EXPECT_EQ(*log->handle()->piPriorityLow, 0);  // the checker tests this bound first and formats nothing
   EXPECT_EQ(vesk_category_can_write(log->handle(), VESK_PRIORITY_ERROR, 0, 0), 0);
   *log->handle()->piPriorityLow = -1;
   EXPECT_EQ(vesk_category_can_write(log->handle(), VESK_PRIORITY_ERROR, 0, 0), 0);
@@ -206,7 +206,7 @@ TEST_F(LogCategoryTest, CategoryThatWasNeverOpenWritesNothing) {
 
 TEST_F(LogCategoryTest, NullCategoryWritesNothing) { EXPECT_EQ(vesk_category_can_write(nullptr, VESK_PRIORITY_ERROR, 0, 0), 0); }
 
-TEST_F(LogCategoryTest, LinesReachTheFileWithAnErrorAndAtTheEnd) {
+TEST_F(LogCategoryTest, FlushesOnErrorAndOnClose) {
   auto category = OpenOrFail(ToFile());
   LogAt(category->handle(), &kHere, VESK_PRIORITY_INFO, "pending");
   EXPECT_EQ(Lines().size(), 0U);
@@ -217,14 +217,14 @@ TEST_F(LogCategoryTest, LinesReachTheFileWithAnErrorAndAtTheEnd) {
   EXPECT_EQ(Lines().size(), 3U);
 }
 
-TEST_F(LogCategoryTest, FileIsAppendedTo) {
+TEST_F(LogCategoryTest, AppendsToFile) {
   for (int i = 0; i < 2; ++i) LogAt(OpenOrFail(ToFile())->handle(), &kHere, VESK_PRIORITY_INFO, "run %d", i);
   ASSERT_EQ(Lines().size(), 2U);
   EXPECT_NE(Lines()[0].find("run 0"), std::string::npos);
   EXPECT_NE(Lines()[1].find("run 1"), std::string::npos);
 }
 
-TEST_F(LogCategoryTest, MessagesAreNeverCut) {
+TEST_F(LogCategoryTest, WritesLongMessagesCompletely) {
   const auto category = OpenOrFail(ToFile(LineFormat::kJson));
   const std::size_t lengths[] = {0, 1023, 1024, 1025, 100'000};
   for (const std::size_t length : lengths) {
@@ -239,15 +239,15 @@ TEST_F(LogCategoryTest, MessagesAreNeverCut) {
   }
 }
 
-TEST_F(LogCategoryTest, MessageThatCannotBeFormattedLeavesALine) {
+TEST_F(LogCategoryTest, WritesLineForUnformattableMessage) {
   const auto category = OpenOrFail(ToFile());
-  // A wide character that the "C" locale has no bytes for.
+  // A wide character that the "C" locale cannot convert.
   LogAt(category->handle(), &kHere, VESK_PRIORITY_INFO, "%ls", L"\u20AC");
   category->Close();
   EXPECT_NE(Written().find("KorvelModifyTable: (a message that cannot be formatted)\n"), std::string::npos) << Written();
 }
 
-TEST_F(LogCategoryTest, ThreadsDoNotMixTheirLines) {
+TEST_F(LogCategoryTest, ThreadsDoNotMixLines) {
   constexpr int kLinesEach = 2000;
   const auto category = OpenOrFail(ToFile(LineFormat::kJson));
   const auto log_many = [&category](char letter) {
@@ -274,14 +274,14 @@ TEST_F(LogCategoryTest, ThreadsDoNotMixTheirLines) {
   EXPECT_EQ(b, kLinesEach);
 }
 
-TEST_F(LogCategoryTest, OpeningFailsWithAReason) {
+TEST_F(LogCategoryTest, OpenReportsReasonOfFailure) {
   EXPECT_EQ(OpenError(Path("missing/log")), "cannot open the log '" + Path("missing/log") + "': No such file or directory");
   EXPECT_FALSE(std::filesystem::exists(Path("missing")));
   EXPECT_EQ(OpenError(Path(".")), "cannot open the log '" + Path(".") + "': Is a directory");
   EXPECT_EQ(OpenError(""), "cannot open the log '': No such file or directory");
 }
 
-TEST_F(LogCategoryTest, FailuresToWriteAreKept) {
+TEST_F(LogCategoryTest, RemembersWriteFailure) {
   if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
   LogSettings settings;
   settings.file = "/dev/full";
@@ -297,7 +297,7 @@ TEST_F(LogCategoryTest, FailuresToWriteAreKept) {
   EXPECT_EQ(category->WriteFailure(), failure);
 }
 
-TEST_F(LogCategoryTest, FailuresShowAtTheLatestWhenClosed) {
+TEST_F(LogCategoryTest, CloseReportsWriteFailure) {
   if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
   LogSettings settings;
   settings.file = "/dev/full";
@@ -307,7 +307,7 @@ TEST_F(LogCategoryTest, FailuresShowAtTheLatestWhenClosed) {
   EXPECT_EQ(category->WriteFailure(), "cannot write the log: No space left on device");
 }
 
-TEST_F(LogCategoryTest, StandardErrorIsWrittenAndStaysOpen) {
+TEST_F(LogCategoryTest, LeavesStandardErrorOpen) {
   ::testing::internal::CaptureStderr();
   const auto category = OpenOrFail(LogSettings());
   LogAt(category->handle(), &kHere, VESK_PRIORITY_INFO, "logged");

@@ -1,4 +1,4 @@
-// Lines of text and of JSON, byte for byte.
+// Tests the exact bytes of text and JSON lines.
 #include "vesk/record_line.h"
 
 #include <gtest/gtest.h>
@@ -27,13 +27,13 @@ std::string TextOf(std::string_view message) {
   return line.substr(front.size());
 }
 
-// The message as a JSON reader gets it; the reader refuses bad UTF-8 and bare control characters.
+// The message as a JSON reader returns it. The reader refuses invalid UTF-8 and unescaped control characters.
 std::string ReadBack(std::string_view message) {
   const auto object = nlohmann::json::parse("{" + JsonMembers(WithMessage(message)) + "}", nullptr, false);
   return object.is_object() ? object["message"].get<std::string>() : "(no JSON)";
 }
 
-TEST(PriorityName, IsThatOfTheNextLeastGravePriority) {
+TEST(PriorityName, UsesNextLessSeverePriority) {
   EXPECT_EQ(PriorityName(-1), "ERROR");
   EXPECT_EQ(PriorityName(300), "ERROR");
   EXPECT_EQ(PriorityName(301), "WARN");
@@ -48,14 +48,14 @@ TEST(TextLine, KeepsReadableText) {
   EXPECT_EQ(TextOf(""), "");
 }
 
-TEST(TextLine, EscapesWhatWouldBreakTheLine) {
+TEST(TextLine, EscapesLineBreaks) {
   EXPECT_EQ(TextOf("a\nb\rc\td\\n"), "a\\nb\\rc\\td\\\\n");
   EXPECT_EQ(TextOf(std::string_view("\0\x1b[31m\x1f\x7f", 8)), "\\x00\\x1b[31m\\x1f\\x7f");
   EXPECT_EQ(TextOf("\xC2\x85 \xC2\x9F \xC2\xA0"), "\\xc2\\x85 \\xc2\\x9f \xC2\xA0");
   EXPECT_EQ(TextOf("\xE2\x80\xA7\xE2\x80\xA8\xE2\x80\xA9"), "\xE2\x80\xA7\\xe2\\x80\\xa8\\xe2\\x80\\xa9");
 }
 
-TEST(TextLine, EscapesBytesThatAreNoUtf8) {
+TEST(TextLine, EscapesInvalidUtf8) {
   EXPECT_EQ(TextOf("\x80 \xFF \xC0\xAF \xC3"), "\\x80 \\xff \\xc0\\xaf \\xc3");
   EXPECT_EQ(TextOf("\xED\xA0\x80 \xF4\x90\x80\x80"), "\\xed\\xa0\\x80 \\xf4\\x90\\x80\\x80");
 }
@@ -67,13 +67,13 @@ TEST(TextLine, EscapesFileAndFunctionToo) {
   EXPECT_EQ(TextLine(record), "ERROR a\\nb:42 c\\nd: m");
 }
 
-TEST(JsonMembers, AreTheMembersInTheirOrder) {
+TEST(JsonMembers, HasMembersInOrder) {
   EXPECT_EQ(JsonMembers(WithMessage("say \"no\"\n")),
             "\"priority\":300,\"level\":\"ERROR\",\"file\":\"src/common/modify_table.cpp\",\"line\":42,"
             "\"function\":\"KorvelModifyTable\",\"message\":\"say \\\"no\\\"\\n\"");
 }
 
-TEST(JsonMembers, EveryAsciiByteComesBack) {
+TEST(JsonMembers, PreservesAscii) {
   std::string message;
   for (char byte = 0; byte < 0x7F; ++byte) message += byte;
   message += '\x7F';
@@ -81,7 +81,7 @@ TEST(JsonMembers, EveryAsciiByteComesBack) {
   EXPECT_EQ(JsonMembers(WithMessage(message)).find('\n'), std::string::npos);
 }
 
-TEST(JsonMembers, EveryCharacterLengthComesBack) {
+TEST(JsonMembers, PreservesCharactersOfEveryLength) {
   for (const std::string_view character : {"\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xE1\x80\x80", "\xED\x9F\xBF", "\xEE\x80\x80",
                                            "\xEF\xBF\xBF", "\xF0\x90\x80\x80", "\xF1\x80\x80\x80", "\xF4\x8F\xBF\xBF"}) {
     EXPECT_EQ(ReadBack(character), character);
@@ -94,7 +94,7 @@ struct BadBytes {
   std::size_t replacements;
 };
 
-TEST(JsonMembers, EachByteThatIsNoUtf8IsReplaced) {
+TEST(JsonMembers, ReplacesInvalidUtf8) {
   for (const BadBytes& bad : {BadBytes{"continuation alone", "\x80", 1}, BadBytes{"never a byte of UTF-8", "\xFE", 1},
                               BadBytes{"overlong slash", "\xC0\xAF", 2}, BadBytes{"overlong in three", "\xE0\x9F\xBF", 3},
                               BadBytes{"surrogate", "\xED\xA0\x80", 3}, BadBytes{"overlong in four", "\xF0\x8F\xBF\xBF", 4},
@@ -108,7 +108,7 @@ TEST(JsonMembers, EachByteThatIsNoUtf8IsReplaced) {
   }
 }
 
-TEST(JsonMembers, EveryPairOfBytesMakesValidJson) {
+TEST(JsonMembers, IsValidForEveryPairOfBytes) {
   for (int first = 0; first < 256; ++first) {
     std::string message;
     for (int second = 0; second < 256; ++second) message += {static_cast<char>(first), static_cast<char>(second), ' '};

@@ -1,4 +1,4 @@
-// Finds the fewest things to move. Held by tests/report/alignment_test.cpp.
+// Finds the fewest items to move. Tested by tests/report/alignment_test.cpp.
 #include "analysis/diff/alignment.h"
 
 #include <functional>

@@ -1,4 +1,5 @@
-// Two orders of the same kind of things side by side: entries of a meta, or its indexes.
+// Aligns two lists of items, such as the entries of a meta: which are added, removed, moved or in place. Knows nothing about what
+// the items are.
 #pragma once
 
 #include <cstddef>
@@ -8,15 +9,15 @@
 
 namespace korvel {
 
-// A thing that one side or both have: the position of an old one, or the number of the old ones and the position of a new one
-// that is no old one.
+// An item of either side: an old item by its position, an added one by the number of old items plus its new position.
 using Slot = std::uint32_t;
 inline constexpr Slot kNoSlot = std::numeric_limits<Slot>::max();
 
+// A value; reading it from several threads is safe.
 class Alignment {
  public:
-  // `partners[j]` is the position of the old thing that the new one at `j` is, kNoSlot if it is none. No two have the same
-  // partner. n log n.
+  // `partners[j]` is the old position of the new item at `j`; kNoSlot if the item is added. n log n.
+  // REQUIRES: no two new items have the same partner.
   Alignment(std::size_t old_count, std::vector<Slot> partners);
   Alignment() = default;
 
@@ -27,18 +28,18 @@ class Alignment {
   Slot OfNew(std::size_t position) const { return slots_[position]; }
   bool IsAdded(Slot slot) const { return slot >= old_count(); }
   bool IsRemoved(Slot slot) const { return !IsAdded(slot) && new_position_[slot] == kNoSlot; }
-  // Whether a kept thing changes its place. As few of them do as possible.
+  // Whether an item that both sides have is moved. As few as possible are; the others are still.
   bool IsMoved(Slot slot) const { return !IsAdded(slot) && !IsRemoved(slot) && !is_still_[slot]; }
   bool IsStill(Slot slot) const { return !IsAdded(slot) && is_still_[slot]; }
   // REQUIRES: the slot is on that side.
   std::size_t NewPosition(Slot slot) const { return IsAdded(slot) ? slot - old_count() : new_position_[slot]; }
 
-  // The slot in front of which an added or moved one is put: the next one in the new order that stands still; kNoSlot for the
-  // end. Those that stand still count themselves. Linear, for all new positions at once.
+  // For each new position, the slot in front of which an added or moved item is put: the next still item in the new order,
+  // kNoSlot for the end. A still item is its own anchor. Linear, for all positions together.
   std::vector<Slot> Anchors() const;
 
-  // The old order with the chosen additions, removals and moves made: `is_chosen(slot)` tells for each added, removed or moved
-  // slot. All chosen, it is the new order; none, the old one. What is added or moved stands in front of its anchor.
+  // The old order after the chosen additions, removals and moves; `is_chosen(slot)` is called for added, removed and moved slots.
+  // With all chosen, the new order; with none, the old one. Added and moved items come directly before their anchor. Linear.
   template <class IsChosen>
   std::vector<Slot> Order(IsChosen is_chosen) const {
     std::vector<Slot> order;

@@ -1,5 +1,5 @@
-// Sets both sides beside each other. diff_edits.cpp lists the edits, diff_needs.cpp what they need, diff_apply.cpp makes them.
-// Held by tests/report/diff_test.cpp and diff_law_test.cpp.
+// Reads and matches both sides. diff_edits.cpp lists the edits, diff_needs.cpp finds their needs, diff_apply.cpp applies them.
+// Tested by tests/report/diff_test.cpp and diff_law_test.cpp.
 #include "analysis/diff/diff.h"
 
 #include <utility>

@@ -1,4 +1,4 @@
-// Makes chosen edits. Held by tests/report/diff_law_test.cpp.
+// Applies chosen edits. Tested by tests/report/diff_law_test.cpp.
 #include <algorithm>
 #include <utility>
 
@@ -21,21 +21,21 @@ class Applier {
 
   const Model& Side(EditKind kind) const { return (kinds_ & Bit(kind)) != 0 ? parts_.new_model : parts_.old_model; }
 
-  // Calls `take` with each meta that the table reaches, once, in the order in which a walk meets them.
+  // Calls `take` once with each meta that the table reaches, depth first in field order.
   template <class Take>
   void Walk(Take take) {
-    std::vector<bool> is_met(parts_.nodes.size(), false);
+    std::vector<bool> is_visited(parts_.nodes.size(), false);
     std::vector<std::size_t> waiting{0};
     while (!waiting.empty()) {
       const std::size_t node = waiting.back();
       waiting.pop_back();
-      if (is_met[node]) continue;
-      is_met[node] = true;
+      if (is_visited[node]) continue;
+      is_visited[node] = true;
       MetaDecl decl = Make(parts_.nodes[node]);
       const auto first = static_cast<std::ptrdiff_t>(waiting.size());
       for (const qmx::EntryDecl& entry : decl.entries) {
         if (!IsCompositeType(entry.type)) continue;
-        if (const std::size_t inner = finder_.Find(entry.type); inner != kNowhere && !is_met[inner]) waiting.push_back(inner);
+        if (const std::size_t inner = finder_.Find(entry.type); inner != kNowhere && !is_visited[inner]) waiting.push_back(inner);
       }
       std::reverse(waiting.begin() + first, waiting.end());
       take(decl);
@@ -102,7 +102,7 @@ std::optional<qmx::Metalib> Difference::Build(const std::vector<bool>& chosen) c
   qmx::MetalibBuilder builder(applier.Side(EditKind::kLibraryName).name, applier.Side(EditKind::kLibraryVersion).version,
                               applier.Side(EditKind::kLibraryProtocol).protocol);
   applier.Walk([&](MetaDecl& decl) {
-    DropLooseReferences(decl);  // a name that stands twice while only some edits are made means the first
+    DropLooseReferences(decl);  // a duplicate name, while only some edits are made, refers to the first entry
     AddTo(builder, decl);
   });
   return builder.Finish().metalib;

@@ -1,10 +1,11 @@
-// Lists the edits of a difference: what each is called, says and points at. Held by tests/report/diff_test.cpp.
+// Lists the edits of a difference with their names, values and locations. Tested by tests/report/diff_test.cpp.
 #include <utility>
 
 #include "analysis/diff/diff_parts.h"
 #include "analysis/diff/entry_attributes.h"
 #include "analysis/diff/meta_paths.h"
 #include "analysis/diff/table_attributes.h"
+#include "base/text.h"
 
 namespace korvel {
 namespace {
@@ -18,22 +19,12 @@ std::string ProtocolText(qmx::Protocol protocol) {
   return protocol == qmx::Protocol::kTlv ? "TLV" : "QMX";
 }
 
-std::string Joined(const std::vector<std::string>& names) {
-  std::string text;
-  for (const std::string& name : names) text.append(text.empty() ? "" : " ").append(name);
-  return text;
-}
-
 // "zone desc, uid"
 std::string ColumnsText(const IndexModel& index) {
-  std::string text;
-  for (const ColumnModel& column : index.columns) {
-    text.append(text.empty() ? "" : ", ").append(column.entry).append(column.descending ? " desc" : "");
-  }
-  return text;
+  return Join(index.columns, ", ", [](const ColumnModel& column) { return column.entry + (column.descending ? " desc" : ""); });
 }
 
-// What stands before a position; "" at the front.
+// The item before a position; "" at the front.
 template <class Item>
 std::string NameBefore(const std::vector<Item>& items, std::size_t position) {
   return position == 0 ? "" : items[position - 1].name;
@@ -42,7 +33,7 @@ std::string NameBefore(const std::vector<Item>& items, std::size_t position) {
 // Fills in the edits of one pair of metas.
 class PairEdits {
  public:
-  PairEdits(const Source& old_source, const Source& new_source, const MetaPair& pair, DifferenceParts& parts)
+  PairEdits(const Source& old_source, const Source& new_source, const MatchedMetas& pair, DifferenceParts& parts)
       : old_source_(old_source), new_source_(new_source), pair_(pair), parts_(parts) {}
 
   void List() {
@@ -55,7 +46,7 @@ class PairEdits {
   }
 
  private:
-  // The edit still lacks its texts and places.
+  // The caller fills in values and locations.
   Edit& Add(EditKind kind, const std::string& item, Slot slot = 0) {
     Edit& edit = parts_.edits.emplace_back();
     parts_.slots.push_back(slot);
@@ -72,7 +63,7 @@ class PairEdits {
     return {&new_source_, {kind, pair_.new_meta().position, static_cast<std::uint32_t>(item)}, attribute};
   }
 
-  // Of an attribute that a side may lack: then the place is the element.
+  // Sets the locations of an attribute; on a side without the attribute the location is the element.
   void Point(Edit& edit, Kind kind, std::size_t old_item, std::size_t new_item, std::string_view attribute) const {
     edit.old_location = OldLocation(kind, old_item, edit.before.empty() ? "" : attribute);
     edit.new_location = NewLocation(kind, new_item, edit.after.empty() ? "" : attribute);
@@ -168,9 +159,9 @@ class PairEdits {
     const auto& old_names = pair_.old_meta().*names;
     const auto& new_names = pair_.new_meta().*names;
     Edit& edit = Add(kind, "");
-    edit.before = Joined(old_names);
-    edit.after = Joined(new_names);
-    // A side without the key has the meta for its place.
+    edit.before = Join(old_names, " ");
+    edit.after = Join(new_names, " ");
+    // On a side without the key the location is the meta.
     edit.old_location = old_names.empty() ? OldLocation(Kind::kMeta, 0, "") : OldLocation(element, 0, "entries");
     edit.new_location = new_names.empty() ? NewLocation(Kind::kMeta, 0, "") : NewLocation(element, 0, "entries");
   }
@@ -202,7 +193,7 @@ class PairEdits {
 
   const Source& old_source_;
   const Source& new_source_;
-  const MetaPair& pair_;
+  const MatchedMetas& pair_;
   DifferenceParts& parts_;
 };
 
@@ -226,13 +217,13 @@ void ListLibraryEdits(const Source& old_source, const Source& new_source, Differ
   compare(EditKind::kLibraryProtocol, "protocol", [](const Model& model) { return ProtocolText(model.protocol); });
 }
 
-// Gives the edits of a node the ways that lead to them.
+// Sets the paths that lead to the edits of a node.
 void AddPaths(const MetaPaths& paths, std::size_t meta, const MetaNode& node, std::vector<Edit>& edits) {
   if (node.first_edit == node.end_edit) return;
-  const std::vector<std::string> ways = paths.PathsTo(meta);
+  const std::vector<std::string> meta_paths = paths.PathsTo(meta);
   for (std::size_t i = node.first_edit; i < node.end_edit; ++i) {
     const bool is_entry = edits[i].kind >= EditKind::kEntryAdded;
-    for (const std::string& way : ways) edits[i].paths.push_back(is_entry ? way + "." + edits[i].item : way);
+    for (const std::string& path : meta_paths) edits[i].paths.push_back(is_entry ? path + "." + edits[i].item : path);
     edits[i].path_count = paths.CountTo(meta);
   }
 }

@@ -1,5 +1,5 @@
-// What an edit needs so that the schema it makes can be said by a schema file: names that differ, fields that are there, counters
-// that can count. Whether the checker allows it is not asked here. Held by tests/report/diff_needs_test.cpp.
+// Finds what an edit needs so that a schema file can express the result: unique names, existing fields, valid counters. Does not
+// run the checker. Tested by tests/report/diff_needs_test.cpp.
 #include <algorithm>
 #include <unordered_map>
 #include <unordered_set>
@@ -46,13 +46,13 @@ class NodeNeeds {
     }
   }
 
-  // Notes that `edit` needs the edit of that kind and entry, if there is one.
+  // Records that `edit` needs the edit of that kind about that entry, if there is one.
   void Need(std::size_t edit, EditKind kind, Slot slot) {
     const auto found = edits_.find(Key(kind, slot));
     if (found != edits_.end()) parts_.needs[edit].push_back(found->second);
   }
 
-  // An entry that gets a name needs the one that has it to give it up.
+  // An entry with a new name needs the edit by which the old owner of the name loses it.
   void NeedName(std::size_t edit, Slot slot) {
     const std::size_t holder = old_names_.Find(pair_.NewEntry(slot).name);
     if (holder == kNowhere || holder == slot) return;
@@ -64,7 +64,7 @@ class NodeNeeds {
     for (const Member& member : members) Need(edit, EditKind::kEntryAdded, member.entry);
   }
 
-  // An entry that is counted needs its counter: there, before it, one integer.
+  // An entry with a counter needs the counter: present, before the entry, a single integer.
   void NeedCounter(std::size_t edit, Slot slot) {
     const Slot counter = pair_.new_references().refers[pair_.entries().NewPosition(slot)];
     if (counter == kNoSlot) return;
@@ -73,19 +73,19 @@ class NodeNeeds {
     const EntryModel& old_counter = pair_.OldEntry(counter);
     if (!CanHoldCount(old_counter.type, 1)) Need(edit, EditKind::kEntryType, counter);
     if (old_counter.count != 1) Need(edit, EditKind::kEntryCount, counter);
-    if (StandsBefore(counter, slot)) return;
+    if (IsBefore(counter, slot)) return;
     Need(edit, EditKind::kEntryMoved, counter);
     Need(edit, EditKind::kEntryMoved, slot);
   }
 
-  // Whether the old counter stands before the entry without a move.
-  bool StandsBefore(Slot counter, Slot slot) {
+  // Whether the old counter comes before the entry if neither is moved.
+  bool IsBefore(Slot counter, Slot slot) {
     if (!pair_.entries().IsAdded(slot)) return counter < slot;
     if (anchors_.empty()) anchors_ = pair_.entries().Anchors();
     return counter < anchors_[pair_.entries().NewPosition(slot)];
   }
 
-  // Attributes of a table and marks of its sort fields make sense together alone: which keys there may be depends on the type,
+  // Some attributes of a table and the marks of its sort fields are valid only together: the type decides which keys are allowed,
   // and the marks are numbered without gaps.
   void BindAttributes() {
     std::vector<std::size_t> bound;
@@ -120,7 +120,7 @@ class NodeNeeds {
     }
   }
 
-  // In a circle: what needs one needs all.
+  // In a cycle: an edit that needs one of them needs all.
   void NeedEachOther(const std::vector<std::size_t>& edits) {
     for (std::size_t i = 0; i < edits.size() && edits.size() > 1; ++i) {
       parts_.needs[edits[i]].push_back(edits[(i + 1) % edits.size()]);
@@ -128,11 +128,11 @@ class NodeNeeds {
   }
 
   const MetaNode& node_;
-  const MetaPair& pair_;
+  const MatchedMetas& pair_;
   DifferenceParts& parts_;
   NameFinder<EntryModel> old_names_;
   std::unordered_map<std::uint64_t, std::size_t> edits_;
-  std::vector<Slot> anchors_;  // once they are asked for
+  std::vector<Slot> anchors_;  // filled on first use
 };
 
 std::unordered_set<std::int32_t> IdsOf(const MetaModel& meta) {
@@ -141,28 +141,29 @@ std::unordered_set<std::int32_t> IdsOf(const MetaModel& meta) {
   return ids;
 }
 
-// In a TLV library each entry has an id of its own: a library becomes one with them, and may be without when it no longer is one.
+// In a TLV library each entry has a unique id: a change to TLV needs the edits that provide the ids, and edits that drop or reuse
+// ids need the change away from TLV.
 class ProtocolNeeds {
  public:
   ProtocolNeeds(DifferenceParts& parts, std::size_t protocol) : parts_(parts), protocol_(protocol) {}
 
   void Find() {
-    const bool begins = parts_.edits[protocol_].after == "TLV";
-    const bool ends = parts_.edits[protocol_].before == "TLV";
+    const bool to_tlv = parts_.edits[protocol_].after == "TLV";
+    const bool from_tlv = parts_.edits[protocol_].before == "TLV";
     for (const MetaNode& node : parts_.nodes) {
       if (!node.pair) continue;
       const std::unordered_set<std::int32_t> old_ids = IdsOf(node.pair->old_meta());
       const std::unordered_set<std::int32_t> new_ids = IdsOf(node.pair->new_meta());
       for (std::size_t i = node.first_edit; i < node.end_edit; ++i) {
-        if (begins && MakesWay(*node.pair, i, new_ids)) parts_.needs[protocol_].push_back(i);
-        if (ends && IsInTheWay(*node.pair, i, old_ids)) parts_.needs[i].push_back(protocol_);
+        if (to_tlv && HelpsTlv(*node.pair, i, new_ids)) parts_.needs[protocol_].push_back(i);
+        if (from_tlv && ViolatesTlv(*node.pair, i, old_ids)) parts_.needs[i].push_back(protocol_);
       }
     }
   }
 
  private:
-  // Whether an edit gives an entry its id, or takes away one that has none or that of another.
-  bool MakesWay(const MetaPair& pair, std::size_t edit, const std::unordered_set<std::int32_t>& new_ids) const {
+  // Whether an edit gives an entry an id, or removes an entry without a unique id.
+  bool HelpsTlv(const MatchedMetas& pair, std::size_t edit, const std::unordered_set<std::int32_t>& new_ids) const {
     const EditKind kind = parts_.edits[edit].kind;
     if (kind == EditKind::kEntryId) return true;
     if (kind != EditKind::kEntryRemoved) return false;
@@ -170,8 +171,8 @@ class ProtocolNeeds {
     return id == -1 || new_ids.contains(id);
   }
 
-  // Whether an edit brings an entry without an id, or with that of another.
-  bool IsInTheWay(const MetaPair& pair, std::size_t edit, const std::unordered_set<std::int32_t>& old_ids) const {
+  // Whether an edit leaves an entry without a unique id.
+  bool ViolatesTlv(const MatchedMetas& pair, std::size_t edit, const std::unordered_set<std::int32_t>& old_ids) const {
     const EditKind kind = parts_.edits[edit].kind;
     if (kind != EditKind::kEntryId && kind != EditKind::kEntryAdded) return false;
     const std::int32_t id = pair.NewEntry(parts_.slots[edit]).id;
@@ -197,12 +198,12 @@ void FindNeeds(DifferenceParts& parts) {
 std::vector<std::size_t> AllNeeds(const DifferenceParts& parts, std::size_t edit) {
   std::vector<std::size_t> found;
   std::vector<std::size_t> waiting{edit};
-  std::unordered_set<std::size_t> met{edit};
+  std::unordered_set<std::size_t> visited{edit};
   while (!waiting.empty()) {
     const std::size_t next = waiting.back();
     waiting.pop_back();
     for (const std::size_t need : parts.needs[next]) {
-      if (!met.insert(need).second) continue;
+      if (!visited.insert(need).second) continue;
       found.push_back(need);
       waiting.push_back(need);
     }

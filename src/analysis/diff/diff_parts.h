@@ -1,4 +1,4 @@
-// What a difference knows beside its edits; seen by the files that make it.
+// The private data of a Difference, shared by the files that implement it.
 #pragma once
 
 #include <cstddef>
@@ -8,36 +8,36 @@
 #include <vector>
 
 #include "analysis/diff/diff.h"
-#include "analysis/diff/meta_pair.h"
+#include "analysis/diff/matched_metas.h"
 
 namespace korvel {
 
-// A name of a meta and what either side reaches under it.
+// A meta that either side reaches, by name. Points into the models.
 struct MetaNode {
   std::string_view name;
-  const MetaModel* old_meta = nullptr;  // null: only the new side
-  const MetaModel* new_meta = nullptr;  // null: only the old side
-  std::optional<MetaPair> pair = {};    // of metas that both sides have and that differ
-  std::size_t first_edit = 0;           // its edits are [first_edit, end_edit)
+  const MetaModel* old_meta = nullptr;    // null: only the new side has it
+  const MetaModel* new_meta = nullptr;    // null: only the old side has it
+  std::optional<MatchedMetas> pair = {};  // if both sides have the meta and it differs
+  std::size_t first_edit = 0;             // its edits are [first_edit, end_edit)
   std::size_t end_edit = 0;
 };
 
 struct DifferenceParts {
   Model old_model;
   Model new_model;
-  std::vector<MetaNode> nodes;  // those of the new model in its order, then those of the old one alone; the table is the first
+  std::vector<MetaNode> nodes;  // metas of the new model in its order, then those of the old one only; the table first
   std::vector<Edit> edits;
-  std::vector<Slot> slots;                      // of each edit: the entry or index in its pair; 0 for the others
-  std::vector<std::vector<std::size_t>> needs;  // of each edit: what it needs directly
+  std::vector<Slot> slots;                      // of each edit: its entry or index in the pair; 0 if it has none
+  std::vector<std::vector<std::size_t>> needs;  // of each edit: the edits that it needs directly
 };
 
-// Adds the edits of the library and of all nodes.
+// Fills `edits`, `slots` and the edit ranges of the nodes.
 void ListEdits(const Source& old_source, const Source& new_source, DifferenceParts& parts);
 
-// Finds what each edit needs directly.
+// Fills `needs`.
 void FindNeeds(DifferenceParts& parts);
 
-// What an edit needs, directly and through others, ascending.
+// The edits that an edit needs, transitively, ascending.
 std::vector<std::size_t> AllNeeds(const DifferenceParts& parts, std::size_t edit);
 
 }  // namespace korvel

@@ -1,4 +1,4 @@
-// Names and sentences of edits. Held by tests/report/edit_test.cpp.
+// Names and descriptions of edits. Tested by tests/report/edit_test.cpp.
 #include "analysis/diff/edit.h"
 
 #include <array>
@@ -8,12 +8,12 @@
 namespace korvel {
 namespace {
 
-// How an edit is put into words: what changes about what, or what happens to it.
+// The words of an edit: which value changes, or what happens to the item.
 struct Wording {
   EditKind kind;
   std::string_view name;
   std::string_view attribute;  // "type"; empty: none
-  std::string_view thing;      // "field": stands before the item; empty: the library or meta as a whole
+  std::string_view thing;      // "field", before the item; empty: the library or meta as a whole
   std::string_view event;      // "added"; empty: a value changes
 };
 
@@ -43,7 +43,7 @@ constexpr std::array kWordings{
     Wording{EditKind::kEntryMeta, "entry-meta", "structure", "", ""},
 };
 
-// Rows stand in the order of the kinds.
+// Rows are in the order of the kinds.
 constexpr bool RowsAreInOrder() {
   for (std::size_t i = 0; i < kWordings.size(); ++i) {
     if (kWordings[i].kind != static_cast<EditKind>(i)) return false;
@@ -56,7 +56,7 @@ const Wording& WordingOf(EditKind kind) { return kWordings[static_cast<std::size
 
 std::string Value(const std::string& text) { return text.empty() ? "none" : text; }
 
-// What the attribute belongs to: an entry or index by its name, else the meta or the library.
+// The owner of the attribute: an entry or index by its name, else the meta or the library.
 std::string Owner(const Edit& edit, const Wording& wording) {
   if (edit.kind <= EditKind::kLibraryProtocol) return "the library";
   if (edit.kind < EditKind::kIndexAdded) return edit.meta;
@@ -81,7 +81,7 @@ std::string Change(const Edit& edit, const Wording& wording) {
 
 std::string_view NameOf(EditKind kind) { return WordingOf(kind).name; }
 
-bool TakesElementAway(const Edit& edit) {
+bool RemovesElement(const Edit& edit) {
   const bool is_key = edit.kind == EditKind::kPrimaryKey || edit.kind == EditKind::kSplittableKey;
   return WordingOf(edit.kind).event == "removed" || (is_key && edit.after.empty());
 }

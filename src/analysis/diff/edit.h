@@ -1,4 +1,4 @@
-// A single change of a schema, as people make them: one attribute, one field, one key.
+// A single change of a schema: of one attribute, one field, one key. Plain data; diff.h finds edits.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@
 
 namespace korvel {
 
-// Fingerprints are made of the names: an id never changes its meaning.
+// The names (NameOf) are part of fingerprints: do not change what a name means.
 enum class EditKind : std::uint8_t {
   // Of the library.
   kLibraryName,
@@ -21,7 +21,7 @@ enum class EditKind : std::uint8_t {
   // Of a meta.
   kMetaKind,        // struct <-> union
   kTableAttribute,  // one key of customattr ("ListNum"); or all of it where it does not split into key=value pairs
-  kPrimaryKey,      // its members, beyond what removed and renamed entries bring about
+  kPrimaryKey,      // its members, except for consequences of removed and renamed entries
   kSplittableKey,   // likewise
   kIndexAdded,
   kIndexRemoved,
@@ -48,27 +48,27 @@ std::string_view NameOf(EditKind kind);
 struct Edit {
   EditKind kind = EditKind::kLibraryVersion;
   std::string meta;  // structure whose declaration changes; empty for the library
-  // What changes in it: the entry, the index, the key of customattr; empty for the others. The new name of what was added, the
-  // old one of everything else.
+  // What changes in the structure: the entry, the index, the key of customattr; else empty. The new name of an added item, the
+  // old name of every other item.
   std::string item;
-  // As schema files say it, "" where there is none, two quotes for an empty attribute: "uint32", "string(32)", "5", "uid zone".
-  // Of what was added or removed its type or columns ("zone desc, uid"). Of what is moved the entry or index behind which it
-  // stands, "" at the front.
+  // Values as in schema files, "" for an absent value, two quotes for an empty attribute: "uint32", "string(32)", "5", "uid
+  // zone". For an added or removed item its type or columns ("zone desc, uid"). For a moved item the entry or index before it, ""
+  // at the front.
   std::string before;
   std::string after;
-  // The ways from the table to the place as the old side has them, in the order of the fields, at most kMaxPaths:
-  // "orders.items[].price", "orders" for the table itself, its keys and indexes, "" for the library.
+  // The first kMaxPaths paths from the table to the changed item on the old side, in field order: "orders.items[].price",
+  // "orders" for the table itself, its keys and indexes, "" for the library.
   std::vector<std::string> paths;
-  std::size_t path_count = 0;  // of all ways; 1 unless the meta is embedded more than once. Counted up to 2^32
-  Location old_location;       // nowhere for what was added
-  Location new_location;       // for what was removed, the nearest element that encloses its place
+  std::size_t path_count = 0;  // of all paths; 1 unless the meta is embedded more than once. Counted up to 2^32
+  Location old_location;       // nowhere for an added item
+  Location new_location;       // for a removed item, the element that contained it
 };
 
-// An attribute as `before` and `after` say it.
+// An attribute in the form of `before` and `after`.
 inline std::string ValueText(std::string_view text) { return text.empty() ? "\"\"" : std::string(text); }
 
-// Whether the element that it is about is gone from the new side, whose place then is that of what encloses it.
-bool TakesElementAway(const Edit& edit);
+// Whether the new side has no such element any more; then `new_location` is the element that contained it.
+bool RemovesElement(const Edit& edit);
 
 // One line: "type of uid: uint32 -> uint64", "field note added", "field zone moved behind n_items".
 std::string Describe(const Edit& edit);

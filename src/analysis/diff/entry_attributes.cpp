@@ -1,4 +1,4 @@
-// One row for each attribute. Held by tests/report/diff_test.cpp.
+// The table of entry attributes. Tested by tests/report/diff_test.cpp.
 #include "analysis/diff/entry_attributes.h"
 
 #include "schema/declaration.h"
@@ -6,7 +6,7 @@
 namespace korvel {
 namespace {
 
-// Of one kind: simple types, strings of any size, metas of any name.
+// Both composite: only the meta changes, not the kind of type.
 bool IsBetweenMetas(const EntryModel& a, const EntryModel& b) { return IsCompositeType(a.type) && IsCompositeType(b.type); }
 
 void TakeType(qmx::EntryDecl& to, const EntryModel& from) {

@@ -1,4 +1,4 @@
-// The attributes of an entry that change by themselves: what each edit looks at, says and makes.
+// The attributes of an entry that change independently: how each is compared, described and applied.
 #pragma once
 
 #include <span>
@@ -13,12 +13,15 @@ namespace korvel {
 struct EntryAttribute {
   EditKind kind;
   std::string_view name;  // of schema files
+  // Whether the attribute has different values.
   bool (*differs)(const EntryModel& old_entry, const EntryModel& new_entry);
+  // The value as in Edit::before and Edit::after.
   std::string (*text)(const EntryModel& entry);
+  // Copies the value. `to` borrows texts from `from`.
   void (*take)(qmx::EntryDecl& to, const EntryModel& from);
 };
 
-// All but refer, which names another entry. In the order in which a list of edits tells them.
+// All attributes except refer, which names another entry. In the order in which edits are listed.
 std::span<const EntryAttribute> EntryAttributes();
 
 // "uint32", "string(32)"

@@ -1,4 +1,4 @@
-// Sorts and merges: no choice of names makes it slow. Held by tests/report/diff_test.cpp.
+// Matches items by sorting and merging, so no choice of names makes it slow. Tested by tests/report/diff_test.cpp.
 #include "analysis/diff/matching.h"
 
 #include <algorithm>
@@ -15,7 +15,7 @@ class Matcher {
   Matcher(const std::vector<Item>& old_items, const std::vector<Item>& new_items)
       : old_(old_items), new_(new_items), partners_(new_items.size(), kNoSlot), is_taken_(old_items.size(), false) {}
 
-  // Pairs the free items of one key, in order. What `has_key` is false of is passed over.
+  // Pairs unmatched items with equal keys, in order. Skips items for which `has_key` is false.
   template <class KeyOf, class HasKey>
   void Pair(KeyOf key_of, HasKey has_key) {
     const std::vector<Slot> old_order = Sorted(
@@ -35,7 +35,7 @@ class Matcher {
     Pair(key_of, [](const Item&) { return true; });
   }
 
-  // Pairs the same items at the same distance from either end, which mostly are nearly all.
+  // Pairs equal items at the same distance from either end: usually nearly all.
   template <class KeyOf>
   void PairEnds(KeyOf key_of) {
     const std::size_t shorter = std::min(old_.size(), new_.size());

@@ -1,4 +1,4 @@
-// Which entries and indexes of two metas are the same.
+// Matches the entries and indexes of two metas.
 #pragma once
 
 #include <vector>
@@ -8,11 +8,11 @@
 
 namespace korvel {
 
-// For each new entry the position of the old one that it is, kNoSlot if it is none. Those of the same name and id first; then by
-// name and then by id, or the other way round. Where a name or id stands several times, in order. n log n.
+// For each new entry the position of the matching old one, kNoSlot if there is none. Entries match by name and id; the others by
+// name, then by id, or by id first. Entries with the same name or id match in order. n log n.
 std::vector<Slot> MatchEntries(const MetaModel& old_meta, const MetaModel& new_meta, bool id_first);
 
-// The same for indexes, by name.
+// The same for indexes, which match by name.
 std::vector<Slot> MatchIndexes(const MetaModel& old_meta, const MetaModel& new_meta);
 
 }  // namespace korvel

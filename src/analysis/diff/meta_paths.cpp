@@ -1,4 +1,4 @@
-// Counts ways without walking them all. Held by tests/report/diff_test.cpp.
+// Counts paths without walking each one. Tested by tests/report/diff_test.cpp.
 #include "analysis/diff/meta_paths.h"
 
 #include <algorithm>
@@ -9,9 +9,9 @@
 namespace korvel {
 
 MetaPaths::MetaPaths(const Model& model)
-    : model_(model), steps_(model.metas.size()), met_(model.metas.size()), counts_(model.metas.size()) {
+    : model_(model), steps_(model.metas.size()), visits_of_(model.metas.size()), counts_(model.metas.size()) {
   FindSteps();
-  Meet({kNowhere, 0, 0});
+  Add({kNowhere, 0, 0});
   Count();
 }
 
@@ -26,29 +26,29 @@ void MetaPaths::FindSteps() {
   }
 }
 
-// Depth first, so in the order of the fields. What was met kMaxPaths times has everything below it met as often.
-void MetaPaths::Meet(const Visit& visit) {
+// Depth first, so in field order. Once a meta has been visited kMaxPaths times, so has everything below it.
+void MetaPaths::Add(const Visit& visit) {
   const std::size_t meta = visit.meta;
-  if (met_[meta].size() == kMaxPaths) return;
+  if (visits_of_[meta].size() == kMaxPaths) return;
   const std::size_t here = visits_.size();
-  met_[meta].push_back(here);
+  visits_of_[meta].push_back(here);
   visits_.push_back(visit);
-  for (const Step& step : steps_[meta]) Meet({here, step.meta, step.entry});
-  if (met_[meta].size() == 1) finished_.push_back(meta);
+  for (const Step& step : steps_[meta]) Add({here, step.meta, step.entry});
+  if (visits_of_[meta].size() == 1) finished_.push_back(meta);
 }
 
-// Each meta hands on its ways when it has all of its own: those that embed it come first.
+// In topological order: the count of a meta is complete before it is added to those of the metas that it embeds.
 void MetaPaths::Count() {
   std::ranges::reverse(finished_);
   counts_.front() = 1;
   for (const std::size_t meta : finished_) {
-    for (const Step& step : steps_[meta]) counts_[step.meta] = std::min(counts_[step.meta] + counts_[meta], kMaxShownPaths);
+    for (const Step& step : steps_[meta]) counts_[step.meta] = std::min(counts_[step.meta] + counts_[meta], kMaxPathCount);
   }
 }
 
 std::vector<std::string> MetaPaths::PathsTo(std::size_t meta) const {
   std::vector<std::string> paths;
-  for (const std::size_t visit : met_[meta]) paths.push_back(PathOf(visit));
+  for (const std::size_t visit : visits_of_[meta]) paths.push_back(PathOf(visit));
   return paths;
 }
 

@@ -1,10 +1,11 @@
-// Pairs of table attributes. Held by tests/report/table_attributes_test.cpp.
+// Splits, compares and changes table attributes. Tested by tests/report/table_attributes_test.cpp.
 #include "analysis/diff/table_attributes.h"
 
 #include <algorithm>
 #include <utility>
 
 #include "analysis/diff/edit.h"
+#include "base/text.h"
 
 namespace korvel {
 namespace {
@@ -16,14 +17,14 @@ const AttributePair* Find(const Pairs& pairs, std::string_view key) {
   return found == pairs.end() ? nullptr : &*found;
 }
 
-bool KeysDiffer(const Pairs& pairs) {
+bool HasUniqueKeys(const Pairs& pairs) {
   std::vector<std::string_view> keys;
   for (const AttributePair& pair : pairs) keys.push_back(pair.key);
   std::ranges::sort(keys);
   return std::ranges::adjacent_find(keys) == keys.end();
 }
 
-std::string Shown(const std::optional<std::string>& text) { return text ? ValueText(*text) : ""; }
+std::string ValueOrEmpty(const std::optional<std::string>& text) { return text ? ValueText(*text) : ""; }
 
 std::vector<AttributeChange> ComparePairs(const Pairs& old_pairs, const Pairs& new_pairs) {
   std::vector<AttributeChange> changes;
@@ -51,7 +52,7 @@ std::optional<Pairs> SplitAttributes(const std::optional<std::string>& text) {
     if (pair.size() == rest.size()) break;
     rest.remove_prefix(pair.size() + 1);
   }
-  return KeysDiffer(pairs) ? std::optional(std::move(pairs)) : std::nullopt;
+  return HasUniqueKeys(pairs) ? std::optional(std::move(pairs)) : std::nullopt;
 }
 
 std::vector<AttributeChange> CompareAttributes(const std::optional<std::string>& old_text,
@@ -61,7 +62,7 @@ std::vector<AttributeChange> CompareAttributes(const std::optional<std::string>&
   const std::optional<Pairs> new_pairs = SplitAttributes(new_text);
   std::vector<AttributeChange> changes;
   if (old_pairs && new_pairs) changes = ComparePairs(*old_pairs, *new_pairs);
-  if (changes.empty()) changes.push_back({"", Shown(old_text), Shown(new_text)});
+  if (changes.empty()) changes.push_back({"", ValueOrEmpty(old_text), ValueOrEmpty(new_text)});
   return changes;
 }
 
@@ -70,13 +71,14 @@ std::optional<std::string> ChangeAttributes(const std::optional<std::string>& ol
                                             const std::vector<std::string_view>& chosen_keys) {
   if (chosen_keys.empty()) return old_text;
   if (chosen_keys.size() == CompareAttributes(old_text, new_text).size()) return new_text;
-  // Only changes of single keys can be chosen in part.
+  // Only changes of single keys can be chosen partially, so both texts split.
   const Pairs old_pairs = *SplitAttributes(old_text);
   const Pairs new_pairs = *SplitAttributes(new_text);
   const auto is_chosen = [&](std::string_view key) { return std::ranges::find(chosen_keys, key) != chosen_keys.end(); };
   std::string text;
   const auto add = [&text](const AttributePair& pair) {
-    text.append(text.empty() ? "" : ";").append(pair.key).append("=").append(pair.value);
+    AppendPart(text, ";", pair.key);
+    text.append("=").append(pair.value);
   };
   for (const AttributePair& pair : old_pairs) {
     const AttributePair* const after = Find(new_pairs, pair.key);

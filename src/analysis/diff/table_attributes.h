@@ -1,4 +1,4 @@
-// The attributes of a table as pairs, for edits of one key. What keys and values mean is not looked at.
+// The attributes of a table as key=value pairs, for edits of single keys. The meaning of keys and values is not examined.
 #pragma once
 
 #include <cstddef>
@@ -11,28 +11,29 @@
 
 namespace korvel {
 
+// Borrows from its text.
 struct AttributePair {
   std::string_view key;
   std::string_view value;
 };
 
-// The pairs of "key=value;key=value", of which there are none in no text and in an empty one; nullopt if it does not split into
-// pairs whose keys differ, or into more than kMaxAttributePairs.
+// The pairs of "key=value;key=value"; none for an absent or empty text. nullopt if the text does not split into pairs with unique
+// keys, or has more than kMaxAttributePairs.
 std::optional<std::vector<AttributePair>> SplitAttributes(const std::optional<std::string>& text);
 
-// A key whose value differs; the empty key stands for the text as a whole.
+// A key whose value differs; the empty key means the whole text.
 struct AttributeChange {
   std::string key;
-  std::string before;  // "" where there is none
+  std::string before;  // as in Edit; "" for an absent value
   std::string after;
 };
 
-// The changed keys: those of the old text in its order, then those only the new one has. All of it as one change where a text
-// does not split, or where the pairs are the same and the texts are not.
+// The changed keys: those of the old text in its order, then those that only the new text has. One change of the whole text if
+// either text does not split, or if the texts differ but their pairs do not.
 std::vector<AttributeChange> CompareAttributes(const std::optional<std::string>& old_text,
                                                const std::optional<std::string>& new_text);
 
-// The old text with some of the changes made; with all of them, the new one.
+// The old text after some of the changes of CompareAttributes; with all of them, the new text.
 std::optional<std::string> ChangeAttributes(const std::optional<std::string>& old_text,
                                             const std::optional<std::string>& new_text,
                                             const std::vector<std::string_view>& chosen_keys);

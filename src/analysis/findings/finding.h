@@ -1,4 +1,4 @@
-// Refused changes, each with the checker's own words.
+// The findings about one table: plain data, and the fingerprint of a finding.
 #pragma once
 
 #include <cstddef>
@@ -12,56 +12,65 @@
 
 namespace korvel {
 
-// Bytes of a file and what to put there instead.
+// Bytes of a file and the text that replaces them.
 struct Replacement {
   qmx::Span span;
   std::string text;
 };
 
-// What the checker answered.
+// A result of the checker.
 struct Verdict {
   int code = 0;      // 0 = allowed
-  std::string text;  // verbatim; empty for a refusal without a text
-  std::string rule;  // id in the catalogue; empty if the text has no row there
+  std::string text;  // verbatim; empty if allowed, and for a refusal without a text
+  std::string rule;  // id in the catalog; empty if allowed, and for a refusal without a row there
 
   bool Refused() const { return code != 0; }
 };
 
-// The waiver of a project that lets a finding pass.
+// A waiver of the project file that covers a finding.
 struct Waiver {
   std::string reason;
   std::string until;  // "2027-01-31", the last day on which it holds
 };
 
 struct Finding {
-  // The edits that are refused, by their position in Changes::edits: one; several where only together they are refused, and
-  // then no fewer of them are; none where the schema is refused as it already was.
+  // The edits that are refused, by their position in Changes::edits, ascending. One edit; several if they are refused only in
+  // combination, of which none can be left out; none if the refusal is pre-existing or the table was removed.
   std::vector<std::size_t> edits;
-  Verdict verdict;   // about exactly these edits
+  Verdict verdict;   // about exactly these edits and those they need
   std::string path;  // "orders.items[].price"
   Location old_location;
   Location new_location;
-  std::string suggestion;        // one line for people; never empty
-  bool has_fix = false;          // whether something other than leaving the edit out is known that the checker allows
-  std::vector<Replacement> fix;  // in the new file, in its order: what makes the checker allow it; may be empty
-  std::string fingerprint;       // 16 hexadecimal digits: stable while rule, root of the change and kinds of edits stay
+  std::string suggestion;        // one line for people; empty only if the caller wanted no suggestions
+  bool has_fix = false;          // whether the checker allows something other than leaving the edit out
+  std::vector<Replacement> fix;  // edits of the new file in its order, after which the checker allows the change; may be empty
+  std::string fingerprint;       // 16 hexadecimal digits; see FingerprintOf
   std::optional<Waiver> waiver;
 };
 
 enum class EditStatus : std::uint8_t {
-  kAllowed,  // is in the set that was put to the checker as a whole and allowed
-  kRefused,  // has a finding
-  kBlocked,  // nothing speaks against it but an edit that it needs and that is refused
+  kAllowed,  // in the set of edits that the checker allowed together
+  kRefused,  // in a finding
+  kBlocked,  // needs a refused edit, or was not checked because the search stopped
 };
 
-// What changed about one table, and which of it the checker refuses.
+// What changed in one table, and what of it the checker refuses.
 struct Changes {
-  std::vector<Edit> edits;         // library first, then metas and their entries in the order of the walk
+  std::vector<Edit> edits;         // in the order of Difference::edits
   std::vector<EditStatus> status;  // of each edit
-  std::vector<Finding> findings;   // not empty if and only if the whole check refuses
-  // The answer about the old schema with all allowed edits and no other: what may go now, if it is allowed.
+  std::vector<Finding> findings;   // empty if and only if the whole change is allowed
+  // The verdict about the old schema with all allowed edits and no others. Refused only if the refusal is pre-existing.
   Verdict allowed_together;
-  bool stopped = false;  // at the most findings that were asked for: edits not looked at any more count as kBlocked
+  bool stopped = false;  // the limit of findings was reached: edits that were not checked are kBlocked
 };
+
+// 16 hexadecimal digits: a hash of a text. Stored in project files: do not change.
+std::string FingerprintOf(const std::string& text);
+
+// Identifies a finding across runs. A hash of the library's name, the rule, and the kind, structure and item of each edit, in any
+// order; of the path for a finding without edits. Values, files and tables are left out: the fingerprint stays when a refused
+// type is replaced by another refused one, and is the same in every table that embeds a structure. Stored in project files: do
+// not change.
+std::string FingerprintOf(const std::string& library, const Finding& finding, const std::vector<Edit>& edits);
 
 }  // namespace korvel

@@ -1,5 +1,5 @@
-// Findings out of the search's refusals, with their places. No rule is decided here. Held by tests/report: findings_test,
-// findings_law_test and findings_cases_test.
+// Turns the refusals of the search into findings with locations. No rule is decided here.
+// Tested by tests/report: findings_test, findings_law_test and findings_cases_test.
 #include "analysis/findings/findings.h"
 
 #include <algorithm>
@@ -7,16 +7,15 @@
 #include <optional>
 #include <thread>
 
-#include "analysis/findings/bad_names.h"
-#include "analysis/findings/fingerprint.h"
+#include "analysis/findings/run_checker.h"
 #include "analysis/findings/search.h"
 #include "base/parallel.h"
 
 namespace korvel {
 namespace {
 
-// The two sides of a change, and what the checker is told about the table.
-struct Case {
+// What the checker is run on.
+struct CheckContext {
   const Source& old_source;
   const Source& new_source;
   const std::string& table;
@@ -28,12 +27,12 @@ Location LocationOf(const Source& source, const std::string& table) {
 }
 
 // A finding without edits, about the table as a whole.
-Finding AboutTable(const Case& asked, const Verdict& verdict) {
+Finding AboutTable(const CheckContext& context, const Verdict& verdict) {
   Finding finding;
   finding.verdict = verdict;
-  finding.path = asked.table;
-  finding.old_location = LocationOf(asked.old_source, asked.table);
-  finding.new_location = LocationOf(asked.new_source, asked.table);
+  finding.path = context.table;
+  finding.old_location = LocationOf(context.old_source, context.table);
+  finding.new_location = LocationOf(context.new_source, context.table);
   return finding;
 }
 
@@ -56,7 +55,7 @@ std::vector<std::string> FieldNames(const Model& model) {
   return names;
 }
 
-// A field whose name is refused, and the edit that brought it; none if it was there before.
+// A field whose name is refused, and the edit that introduced the name; none if the old schema has it.
 struct BadField {
   std::string name;
   Verdict verdict;
@@ -82,18 +81,18 @@ class EditsByName {
   std::map<std::string, std::size_t> edits_;
 };
 
-std::vector<BadField> FindBadFields(const Difference& difference, const std::string& table, std::size_t most) {
+std::vector<BadField> FindBadFields(const Difference& difference, const std::string& table, std::size_t limit) {
   const std::vector<std::string> names = FieldNames(difference.new_model());
   std::vector<BadField> fields;
   std::optional<EditsByName> edits;
-  for (BadName& bad : FindBadNames(table, names, most)) {
+  for (BadName& bad : FindBadNames(table, names, limit)) {
     if (!edits) edits.emplace(difference.edits(), table);
     fields.push_back({names[bad.position], std::move(bad.verdict), edits->Find(names[bad.position])});
   }
   return fields;
 }
 
-// Position of the first entry of a name; none if it is not there.
+// Position of the first entry with a name; none if there is none.
 std::optional<std::uint32_t> EntryPosition(const Model& model, const std::string& name) {
   const std::vector<EntryModel>& entries = model.metas.front().entries;
   const auto found = std::ranges::find(entries, name, &EntryModel::name);
@@ -108,32 +107,32 @@ Location NameLocation(const Source& source, const Model& model, const std::strin
   return {&source, {qmx::ElementId::Kind::kEntry, meta, *entry}, "name"};
 }
 
-Finding AboutBadField(const Case& asked, const Difference& difference, const BadField& field) {
+Finding AboutBadField(const CheckContext& context, const Difference& difference, const BadField& field) {
   if (field.edit) {
     Finding finding = AboutEdits(difference.edits(), {*field.edit}, field.verdict);
     finding.new_location.attribute = "name";
     return finding;
   }
-  Finding finding = AboutTable(asked, field.verdict);
+  Finding finding = AboutTable(context, field.verdict);
   finding.path += "." + field.name;
-  finding.old_location = NameLocation(asked.old_source, difference.old_model(), field.name);
-  finding.new_location = NameLocation(asked.new_source, difference.new_model(), field.name);
+  finding.old_location = NameLocation(context.old_source, difference.old_model(), field.name);
+  finding.new_location = NameLocation(context.new_source, difference.new_model(), field.name);
   return finding;
 }
 
 // --- The search ---
 
-std::vector<CheckAnswer> AskAll(const Case& asked, const Difference& difference, const std::vector<EditSet>& sets) {
-  const std::size_t size = asked.old_source.metalib.size() + asked.new_source.metalib.size();
+std::vector<CheckAnswer> CheckAll(const CheckContext& context, const Difference& difference, const std::vector<EditSet>& sets) {
+  const std::size_t size = context.old_source.metalib.size() + context.new_source.metalib.size();
   std::vector<CheckAnswer> answers(sets.size());
   ForEach(sets.size(), size < kWorthAThread ? 1 : std::thread::hardware_concurrency(), [&](std::size_t i) {
     const std::optional<qmx::Metalib> built = difference.Build(sets[i]);
-    if (built) answers[i] = AskChecker(asked.old_source.Library(), built->get(), asked.table, asked.settings);
+    if (built) answers[i] = RunChecker(context.old_source.Library(), built->get(), context.table, context.settings);
   });
   return answers;
 }
 
-// Those of one structure, and of these those of one kind.
+// The edits of each structure, and the edits of each kind in each structure.
 std::vector<std::vector<std::size_t>> ClustersOf(const std::vector<Edit>& edits) {
   std::map<std::string, std::vector<std::size_t>> of_meta;
   std::map<std::pair<std::string, EditKind>, std::vector<std::size_t>> of_kind;
@@ -148,12 +147,12 @@ std::vector<std::vector<std::size_t>> ClustersOf(const std::vector<Edit>& edits)
   return clusters;
 }
 
-SearchResult SearchEdits(const Case& asked, const Difference& difference, const std::vector<BadField>& bad_fields,
-                         std::size_t most) {
+SearchResult SearchEdits(const CheckContext& context, const Difference& difference, const std::vector<BadField>& bad_fields,
+                         std::size_t limit) {
   SearchInput input;
   for (std::size_t i = 0; i < difference.edits().size(); ++i) input.needs.push_back(difference.Needs(i));
-  input.ask = [&](const std::vector<EditSet>& sets) { return AskAll(asked, difference, sets); };
-  for (BadName& bad : FindBadNames(asked.table, FieldNames(difference.old_model()), most)) {
+  input.check = [&](const std::vector<EditSet>& sets) { return CheckAll(context, difference, sets); };
+  for (BadName& bad : FindBadNames(context.table, FieldNames(difference.old_model()), limit)) {
     input.preexisting.push_back(std::move(bad.verdict));
   }
   input.known_refused.resize(input.needs.size());
@@ -161,28 +160,30 @@ SearchResult SearchEdits(const Case& asked, const Difference& difference, const 
     if (field.edit) input.known_refused[*field.edit] = true;
   }
   input.clusters = ClustersOf(difference.edits());
-  input.max_refusals = most;
+  input.max_refusals = limit;
   return Search(input);
 }
 
-// --- The whole ---
+// --- All findings ---
 
-bool Says(const Finding& finding, const std::vector<std::size_t>& edits, const Verdict& verdict) {
+bool IsSame(const Finding& finding, const std::vector<std::size_t>& edits, const Verdict& verdict) {
   return finding.edits == edits && finding.verdict.code == verdict.code && finding.verdict.text == verdict.text;
 }
 
-// One that is there already is replaced: this one knows that it is about the name.
+// Replaces an equal finding: the new one knows that it is about the name.
 void AddOrReplace(std::vector<Finding>& findings, Finding finding) {
-  const auto same = std::ranges::find_if(
-      findings, [&](const Finding& other) { return Says(other, finding.edits, finding.verdict) && other.path == finding.path; });
+  const auto same = std::ranges::find_if(findings, [&](const Finding& other) {
+    return IsSame(other, finding.edits, finding.verdict) && other.path == finding.path;
+  });
   same == findings.end() ? findings.push_back(std::move(finding)) : static_cast<void>(*same = std::move(finding));
 }
 
-// The schema as it would be with the allowed edits is still refused, as it was: unless a name says why, the table does.
-void AddPreexisting(const Case& asked, const CheckAnswer& together, std::vector<Finding>& findings) {
+// If the schema with the allowed edits is still refused, for a pre-existing reason, and no finding about a name says so, adds a
+// finding about the table.
+void AddPreexisting(const CheckContext& context, const CheckAnswer& together, std::vector<Finding>& findings) {
   if (!together || !together->Refused()) return;
-  const bool said = std::ranges::any_of(findings, [&](const Finding& one) { return Says(one, {}, *together); });
-  if (!said) findings.insert(findings.begin(), AboutTable(asked, *together));
+  const bool is_known = std::ranges::any_of(findings, [&](const Finding& one) { return IsSame(one, {}, *together); });
+  if (!is_known) findings.insert(findings.begin(), AboutTable(context, *together));
 }
 
 std::vector<EditStatus> StatusesOf(const EditSet& allowed, const std::vector<Finding>& findings) {
@@ -202,28 +203,30 @@ std::vector<std::size_t> AllOf(const std::vector<Edit>& edits) {
   return all;
 }
 
-// What an image holds beyond what schema files can say is no edit, yet the checker may look at it.
-void AddWhole(const Case& asked, const Verdict& whole, Changes& changes) {
-  changes.findings.push_back(changes.edits.empty() ? AboutTable(asked, whole)
+// Images may contain more than schema files can express. The checker may refuse that although it is no edit.
+void AddWholeChange(const CheckContext& context, const Verdict& whole, Changes& changes) {
+  changes.findings.push_back(changes.edits.empty() ? AboutTable(context, whole)
                                                    : AboutEdits(changes.edits, AllOf(changes.edits), whole));
   changes.status.assign(changes.edits.size(), EditStatus::kRefused);
-  changes.allowed_together = AskChecker(asked.old_source.Library(), asked.old_source.Library(), asked.table, asked.settings);
+  changes.allowed_together =
+      RunChecker(context.old_source.Library(), context.old_source.Library(), context.table, context.settings);
 }
 
-void TakeApart(const Case& asked, const Difference& difference, const Verdict& whole, std::size_t most, Changes& changes) {
-  const std::vector<BadField> bad_fields = FindBadFields(difference, asked.table, most);
-  SearchResult found = SearchEdits(asked, difference, bad_fields, most);
+void AddFindings(const CheckContext& context, const Difference& difference, const Verdict& whole, std::size_t limit,
+                 Changes& changes) {
+  const std::vector<BadField> bad_fields = FindBadFields(difference, context.table, limit);
+  SearchResult found = SearchEdits(context, difference, bad_fields, limit);
   for (RejectedSet& refusal : found.refusals) {
     changes.findings.push_back(AboutEdits(changes.edits, std::move(refusal.edits), refusal.verdict));
   }
-  for (const BadField& field : bad_fields) AddOrReplace(changes.findings, AboutBadField(asked, difference, field));
+  for (const BadField& field : bad_fields) AddOrReplace(changes.findings, AboutBadField(context, difference, field));
   std::ranges::stable_sort(changes.findings, {}, &Finding::edits);
-  AddPreexisting(asked, found.together, changes.findings);
-  changes.stopped = found.stopped || changes.findings.size() > most;
-  if (changes.findings.size() > most) changes.findings.resize(most);
+  AddPreexisting(context, found.together, changes.findings);
+  changes.stopped = found.stopped || changes.findings.size() > limit;
+  if (changes.findings.size() > limit) changes.findings.resize(limit);
   changes.status = StatusesOf(found.allowed, changes.findings);
   if (found.together) changes.allowed_together = *found.together;
-  if (changes.findings.empty()) AddWhole(asked, whole, changes);
+  if (changes.findings.empty()) AddWholeChange(context, whole, changes);
 }
 
 }  // namespace
@@ -233,7 +236,7 @@ Changes FindChanges(const Difference& difference, const Source& old_source, cons
   Changes changes;
   changes.edits = difference.edits();
   if (whole.Refused()) {
-    TakeApart({old_source, new_source, table, settings}, difference, whole, max_findings, changes);
+    AddFindings({old_source, new_source, table, settings}, difference, whole, max_findings, changes);
   } else {
     changes.status.assign(changes.edits.size(), EditStatus::kAllowed);
   }
@@ -247,7 +250,7 @@ Changes FindRemovedTable(const Source& old_source, const Source& new_source, con
                          const Verdict& whole) {
   Changes changes;
   changes.findings.push_back(AboutTable({old_source, new_source, table, settings}, whole));
-  changes.allowed_together = AskChecker(old_source.Library(), old_source.Library(), table, settings);
+  changes.allowed_together = RunChecker(old_source.Library(), old_source.Library(), table, settings);
   Finding& finding = changes.findings.front();
   finding.fingerprint = FingerprintOf(old_source.LibraryName(), finding, {});
   return changes;

@@ -1,27 +1,29 @@
-// Finds which edits the checker refuses, by asking it: no rule is decided here.
+// Finds the edits of a table that the checker refuses. No rule is decided here: the checker is run on sets of edits.
+//
+// Functions here may run on several threads at once; sources are only read.
 #pragma once
 
 #include <cstddef>
 #include <string>
 
 #include "analysis/diff/diff.h"
-#include "analysis/findings/ask_checker.h"
 #include "analysis/findings/finding.h"
 #include "base/limits.h"
 #include "schema/settings.h"
 
 namespace korvel {
 
-// Takes the change of a table apart. `whole` is the answer about all of it, that of AskChecker or a call with a log; every member
-// of `settings` is set. Ways out and waivers are left open. Stops after `max_findings`, at least 1.
-// REQUIRES: both sources have the table.
+// Divides the change of a table into allowed, refused and blocked edits. `whole` is the verdict about the whole change; if it
+// allows the change, all edits are allowed and the checker is not run. Suggestions, fixes and waivers are left empty. Stops after
+// `max_findings`, at least 1. Runs the checker about (findings) x log(edits) times, in parallel for large schemas.
+// REQUIRES: both sources have the table; every member of `settings` is set.
 //
-// The verdict of a finding is the checker's answer about the old schema with its edits and what they need, and no others. There
-// is one exception: a field's bad name is found where another rule speaks first, by asking about a table that has such a field.
+// The verdict of a finding is the checker's verdict about the old schema with its edits and what they need, and no others. One
+// exception: if another rule hides a bad field name, its verdict is about a table with only such a field (FindBadNames).
 Changes FindChanges(const Difference& difference, const Source& old_source, const Source& new_source, const std::string& table,
                     const Settings& settings, const Verdict& whole, std::size_t max_findings);
 
-// The same for a table that only one of the sources has: one finding, without edits.
+// The same for a table that the new source does not have: one finding without edits.
 Changes FindRemovedTable(const Source& old_source, const Source& new_source, const std::string& table, const Settings& settings,
                          const Verdict& whole);
 

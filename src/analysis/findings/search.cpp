@@ -1,20 +1,21 @@
-// The search for refused edits. What is refused is not decided here. Held by tests/report/search_test.cpp.
+// Searches for refused edits by halving. What is refused is decided by SearchInput::check. Tested by
+// tests/report/search_test.cpp.
 #include "analysis/findings/search.h"
 
 #include <algorithm>
 #include <map>
 #include <numeric>
 
-#include "analysis/findings/questions.h"
+#include "analysis/findings/edit_set_checker.h"
 
 namespace korvel {
 namespace {
 
-constexpr std::size_t kBatch = 64;   // sets that are asked about at once; the same on every machine
-constexpr std::size_t kEnough = 32;  // edits that are judged before their share of refusals tells what is to come
-constexpr int kMaxTrials = 8;        // rounds in which refused edits are tried again while each round lets some pass
+constexpr std::size_t kBatch = 64;       // sets that are checked at once; the same on every machine
+constexpr std::size_t kMinChecked = 32;  // edits that are checked before the share of refused ones predicts the rest
+constexpr int kMaxTrials = 8;            // rounds in which refused edits are tried again, as long as each round lets some pass
 
-// Edits by their positions in the order of the search.
+// Edits [begin, end) in the order of the search.
 struct Run {
   std::size_t begin;
   std::size_t end;
@@ -23,9 +24,9 @@ struct Run {
 class Searcher {
  public:
   explicit Searcher(const SearchInput& input)
-      : input_(input), questions_(input), base_(input.needs.size()), order_(input.needs.size()), position_(input.needs.size()) {
+      : input_(input), checker_(input), base_(input.needs.size()), order_(input.needs.size()), position_(input.needs.size()) {
     std::iota(order_.begin(), order_.end(), std::size_t{0});
-    // What is needed comes before what needs it, and last what cannot pass, one by one.
+    // Needed edits come before those that need them. Edits that cannot pass come last and are checked one by one.
     const auto blocked = std::stable_partition(order_.begin(), order_.end(), [&](std::size_t edit) { return !IsBlocked(edit); });
     std::stable_sort(order_.begin(), blocked,
                      [&](std::size_t a, std::size_t b) { return input_.needs[a].size() < input_.needs[b].size(); });
@@ -38,7 +39,7 @@ class Searcher {
   SearchResult Find() {
     do {
       std::vector<std::size_t> passed;
-      while (!pending_.empty() && !IsFull()) AskNext(passed);
+      while (!pending_.empty() && !IsFull()) CheckNext(passed);
       AddToBase(passed);
       TryRefusedAgain();
     } while (!pending_.empty() && !IsFull());
@@ -48,13 +49,14 @@ class Searcher {
   }
 
  private:
-  bool IsHopeless(std::size_t edit) const { return !input_.known_refused.empty() && input_.known_refused[edit]; }
+  bool IsKnownRefused(std::size_t edit) const { return !input_.known_refused.empty() && input_.known_refused[edit]; }
   bool IsBlocked(std::size_t edit) const {
-    return IsHopeless(edit) || std::ranges::any_of(input_.needs[edit], [&](std::size_t needed) { return IsHopeless(needed); });
+    return IsKnownRefused(edit) ||
+           std::ranges::any_of(input_.needs[edit], [&](std::size_t needed) { return IsKnownRefused(needed); });
   }
 
-  // Whether nothing speaks against an edit but what it needs. Of edits that need each other the first one speaks for all.
-  bool Blocked(std::size_t edit, const Verdict& verdict) const {
+  // Whether an edit has the refusal of an edit that it needs. Of edits that need each other the first one keeps the refusal.
+  bool HasRefusalOfNeeded(std::size_t edit, const Verdict& verdict) const {
     return std::ranges::any_of(input_.needs[edit], [&](std::size_t needed) {
       const auto found = refused_.find(needed);
       if (found == refused_.end() || !SameRefusal(found->second.verdict, verdict)) return false;
@@ -62,12 +64,12 @@ class Searcher {
     });
   }
 
-  // Whether there are enough refusals in front of what was not asked about yet.
+  // Whether enough refusals come before the first edit that was not checked yet.
   bool IsFull() const {
     if (refused_.size() < input_.max_refusals) return false;
     const std::size_t reached = pending_.empty() ? order_.size() : pending_.back().begin;
     const auto counts = [&](const auto& one) {
-      return position_[one.first] < reached && !Blocked(one.first, one.second.verdict);
+      return position_[one.first] < reached && !HasRefusalOfNeeded(one.first, one.second.verdict);
     };
     return static_cast<std::size_t>(std::ranges::count_if(refused_, counts)) >= input_.max_refusals;
   }
@@ -76,28 +78,28 @@ class Searcher {
     return {order_.begin() + static_cast<std::ptrdiff_t>(run.begin), order_.begin() + static_cast<std::ptrdiff_t>(run.end)};
   }
 
-  // Asks about the next runs, each alone: the answers do not depend on each other.
-  void AskNext(std::vector<std::size_t>& passed) {
+  // Checks the next runs, each alone: the answers are independent.
+  void CheckNext(std::vector<std::size_t>& passed) {
     std::vector<Run> runs;
     std::vector<EditSet> sets;
     while (!pending_.empty() && runs.size() < kBatch) {
       runs.push_back(pending_.back());
       pending_.pop_back();
-      sets.push_back(questions_.Only(EditsOf(runs.back())));
+      sets.push_back(checker_.Only(EditsOf(runs.back())));
     }
-    const std::vector<CheckAnswer> answers = questions_.Ask(sets);
+    const std::vector<CheckAnswer> answers = checker_.Check(sets);
     std::vector<Run> parts;
     for (std::size_t i = 0; i < runs.size(); ++i) Note(runs[i], answers[i], passed, parts);
     pending_.insert(pending_.end(), parts.rbegin(), parts.rend());
   }
 
-  // Where most are refused, halves would only be asked about on the way to each.
-  bool AreNearlyAllRefused() const { return checked_ >= kEnough && refused_.size() * 2 > checked_; }
+  // Where most edits are refused, checking halves first would be wasted.
+  bool AreNearlyAllRefused() const { return checked_ >= kMinChecked && refused_.size() * 2 > checked_; }
 
   void Note(const Run& run, const CheckAnswer& answer, std::vector<std::size_t>& passed, std::vector<Run>& parts) {
     const std::vector<std::size_t> edits = EditsOf(run);
-    if (questions_.Passes(answer) || edits.size() == 1) checked_ += edits.size();
-    if (questions_.Passes(answer)) {
+    if (checker_.Passes(answer) || edits.size() == 1) checked_ += edits.size();
+    if (checker_.Passes(answer)) {
       if (!IsBlocked(edits.front())) passed.insert(passed.end(), edits.begin(), edits.end());
     } else if (edits.size() == 1) {
       NoteRefused(edits, answer);
@@ -107,7 +109,7 @@ class Searcher {
     }
   }
 
-  // The edit that is refused is the last one.
+  // The last edit is the one that is refused.
   void NoteRefused(std::vector<std::size_t> edits, const CheckAnswer& answer) {
     const std::size_t edit = edits.back();
     if (!answer) {
@@ -118,12 +120,12 @@ class Searcher {
     refused_.insert_or_assign(edit, RejectedSet{std::move(edits), *answer});
   }
 
-  // Adds edits of which none was refused: all of them or, where only together they are refused, as many as may.
+  // Adds edits that passed alone to the base. If they are refused in combination, adds as many as possible.
   void AddToBase(const std::vector<std::size_t>& edits) {
     if (edits.empty()) return;
-    EditSet grown = questions_.With(base_, edits);
-    const CheckAnswer answer = questions_.Ask(grown);
-    if (questions_.Passes(answer)) {
+    EditSet grown = checker_.With(base_, edits);
+    const CheckAnswer answer = checker_.Check(grown);
+    if (checker_.Passes(answer)) {
       base_ = std::move(grown);
     } else if (IsFull()) {
       stopped_ = true;
@@ -142,38 +144,38 @@ class Searcher {
     for (std::size_t i = 0; i < base_.size(); ++i) {
       if (base_[i]) base.push_back(i);
     }
-    std::vector<std::size_t> edits = SmallestSetAgainst(questions_, std::move(base), edit);
+    std::vector<std::size_t> edits = MinimalConflictWith(checker_, std::move(base), edit);
     edits.push_back(edit);
-    const CheckAnswer answer = questions_.Ask(questions_.Only(edits));
+    const CheckAnswer answer = checker_.Check(checker_.Only(edits));
     NoteRefused(std::move(edits), answer);
   }
 
-  // Edits that were refused may pass now that others are made, or together.
+  // Refused edits may pass now that others are made, or together.
   void TryRefusedAgain() {
     for (int i = 0; i < kMaxTrials; ++i) {
       if (!TryEachAgain() && !TryClusters()) return;
     }
   }
 
-  std::vector<std::size_t> MayBeTriedAgain() const {
+  std::vector<std::size_t> EditsToTryAgain() const {
     std::vector<std::size_t> edits = unbuildable_;
     for (const auto& [edit, refusal] : refused_) edits.push_back(edit);
     std::erase_if(edits, [&](std::size_t edit) { return base_[edit] || IsBlocked(edit); });
     return edits;
   }
 
-  // Whether any passes. On top of nothing each was asked about before.
+  // Whether any passes. With an empty base each was checked before.
   bool TryEachAgain() {
     if (std::ranges::find(base_, true) == base_.end()) return false;
-    const std::vector<std::size_t> edits = MayBeTriedAgain();
+    const std::vector<std::size_t> edits = EditsToTryAgain();
     bool any = false;
     for (std::size_t begin = 0; begin < edits.size(); begin += kBatch) {
       const std::size_t end = std::min(begin + kBatch, edits.size());
       std::vector<EditSet> sets;
-      for (std::size_t i = begin; i < end; ++i) sets.push_back(questions_.With(base_, {edits[i]}));
-      const std::vector<CheckAnswer> answers = questions_.Ask(sets);
+      for (std::size_t i = begin; i < end; ++i) sets.push_back(checker_.With(base_, {edits[i]}));
+      const std::vector<CheckAnswer> answers = checker_.Check(sets);
       for (std::size_t i = begin; i < end; ++i) {
-        if (questions_.Passes(answers[i - begin]) && TryAgain({edits[i]})) any = true;
+        if (checker_.Passes(answers[i - begin]) && TryAgain({edits[i]})) any = true;
       }
     }
     if (any) ForgetRefusalsOfBase();
@@ -182,7 +184,7 @@ class Searcher {
 
   bool TryClusters() {
     EditSet open(input_.needs.size());
-    for (const std::size_t edit : MayBeTriedAgain()) open[edit] = true;
+    for (const std::size_t edit : EditsToTryAgain()) open[edit] = true;
     bool any = false;
     for (std::vector<std::size_t> edits : input_.clusters) {
       std::erase_if(edits, [&](std::size_t edit) { return !open[edit] || base_[edit]; });
@@ -193,18 +195,18 @@ class Searcher {
   }
 
   bool TryAgain(const std::vector<std::size_t>& edits) {
-    EditSet grown = questions_.With(base_, edits);
-    if (!questions_.Passes(questions_.Ask(grown))) return false;
+    EditSet grown = checker_.With(base_, edits);
+    if (!checker_.Passes(checker_.Check(grown))) return false;
     base_ = std::move(grown);
     return true;
   }
 
-  // What makes a schema with the others alone may be refused with them.
+  // An edit that makes a schema only with others may be refused with them.
   void CheckUnbuildable() {
     for (const std::size_t edit : std::vector<std::size_t>(unbuildable_)) {
       if (IsBlocked(edit)) continue;
-      const CheckAnswer answer = questions_.Ask(questions_.With(base_, {edit}));
-      if (questions_.Refuses(answer)) NoteCombination(edit, answer);
+      const CheckAnswer answer = checker_.Check(checker_.With(base_, {edit}));
+      if (checker_.Refuses(answer)) NoteCombination(edit, answer);
     }
   }
 
@@ -215,9 +217,9 @@ class Searcher {
 
   SearchResult Result() {
     ForgetRefusalsOfBase();
-    SearchResult result{base_, questions_.Ask(base_), {}, stopped_};
+    SearchResult result{base_, checker_.Check(base_), {}, stopped_};
     for (const auto& [edit, refusal] : refused_) {
-      if (!Blocked(edit, refusal.verdict)) result.refusals.push_back(refusal);
+      if (!HasRefusalOfNeeded(edit, refusal.verdict)) result.refusals.push_back(refusal);
     }
     std::ranges::stable_sort(result.refusals, {}, &RejectedSet::edits);
     if (result.refusals.size() > input_.max_refusals) {
@@ -228,14 +230,14 @@ class Searcher {
   }
 
   const SearchInput& input_;
-  Questions questions_;
-  EditSet base_;                                // what passes together so far
+  EditSetChecker checker_;
+  EditSet base_;                                // edits that pass together so far
   std::vector<std::size_t> order_;              // of the search
   std::vector<std::size_t> position_;           // of each edit in it
-  std::vector<Run> pending_;                    // runs to ask about, the next one last
-  std::map<std::size_t, RejectedSet> refused_;  // by the edit that is not in the base for it
-  std::vector<std::size_t> unbuildable_;        // edits that make no schema, alone or with the base
-  std::size_t checked_ = 0;                     // edits that passed, or did not, as AskNext came to them
+  std::vector<Run> pending_;                    // runs to check, the next one last
+  std::map<std::size_t, RejectedSet> refused_;  // by the edit that is not in the base because of it
+  std::vector<std::size_t> unbuildable_;        // edits from which no schema can be built, alone or with the base
+  std::size_t checked_ = 0;                     // edits that CheckNext has decided
   bool stopped_ = false;
 };
 

@@ -1,7 +1,7 @@
-// Divides edits into those that may go together and those that are refused, by asking about sets of them.
+// Divides edits into those that are allowed together and those that are refused, by checking sets of edits.
 //
-// Knows nothing of schemas: the answers decide. Works by halving, so that it asks about (refused edits) x log(edits) sets and not
-// about every edit; one by one where most are refused.
+// Knows nothing about schemas or rules: the answers to SearchInput::check decide. Works by halving, so it checks about
+// (refused edits) x log(edits) sets; edits are checked one by one where most are refused.
 #pragma once
 
 #include <cstddef>
@@ -14,39 +14,39 @@
 
 namespace korvel {
 
-// Which of the edits are made.
+// For each edit, whether it is made.
 using EditSet = std::vector<bool>;
 
-// Nullopt: no schema can be laid out with these edits and no others.
+// The verdict about a set of edits; nullopt if no schema can be built with these edits and no others.
 using CheckAnswer = std::optional<Verdict>;
 
 struct SearchInput {
-  // Of each edit, those without which it cannot be made, transitively. Two edits may need each other.
+  // For each edit, the edits without which it cannot be made, transitively, in ascending order. Two edits may need each other.
   std::vector<std::vector<std::size_t>> needs;
-  // Answers about sets, in their order. Each set holds whatever its edits need.
-  std::function<std::vector<CheckAnswer>(const std::vector<EditSet>&)> ask;
-  std::vector<Verdict> preexisting = {};  // refusals that the old schema is known to meet already: they speak against no edit
+  // Returns one answer for each set, in order. Each set is closed under `needs`.
+  std::function<std::vector<CheckAnswer>(const std::vector<EditSet>&)> check;
+  std::vector<Verdict> preexisting = {};  // refusals that the old schema already gets: no edit causes them
   EditSet known_refused = {};             // edits that are refused whatever the answers are; empty = none
-  // Edits that may make up for each other: where none of a cluster may go alone, all of it is tried.
+  // Edits that may compensate each other: if none of a cluster passes alone, the whole cluster is tried.
   std::vector<std::vector<std::size_t>> clusters = {};
   std::size_t max_refusals = kMaxFindings;
 };
 
 struct RejectedSet {
-  // One edit that is refused alone; or several, ascending, which are refused together. Of the latter none can be left out: the
-  // rest then is allowed, or refused without the last one found as well.
+  // One edit that is refused alone; or several, ascending, that are refused in combination. No edit can be left out of a
+  // combination: without it the rest is allowed, or is refused without the edit that was found last as well.
   std::vector<std::size_t> edits;
   Verdict verdict;  // about these edits and what they need
 };
 
 struct SearchResult {
-  EditSet allowed;                    // closed under `needs`; no edit of a refusal could be added to it when it was tried last
-  CheckAnswer together;               // about `allowed`: no refusal, or a standing one
+  EditSet allowed;                    // closed under `needs`; adding any rejected edit was refused when it was tried last
+  CheckAnswer together;               // about `allowed`: no refusal, or a pre-existing one
   std::vector<RejectedSet> refusals;  // ordered by their edits
-  bool stopped = false;               // at max_refusals: some edits are neither allowed nor refused because nobody asked
+  bool stopped = false;               // at max_refusals: edits in neither list were not checked
 };
 
-// Same input, same result, whatever the number of threads that answer.
+// The result depends only on the input, not on the number of threads that answer.
 SearchResult Search(const SearchInput& input);
 
 }  // namespace korvel

@@ -1,4 +1,5 @@
-// Legal forms that an edit might have instead: proposals, for the checker to judge.
+// Proposes alternatives to refused edits: other ways to make the same change. Proposals only: the checker decides whether one is
+// allowed (suggestions.cpp runs it).
 #pragma once
 
 #include <functional>
@@ -8,49 +9,58 @@
 #include <vector>
 
 #include "analysis/diff/diff.h"
-#include "analysis/suggest/draft.h"
+#include "analysis/suggest/model_editor.h"
 #include "schema/settings.h"
 
 namespace korvel {
 
+// What to do instead of an edit. Copies share nothing; it must not outlive the Difference that its AlternativeMaker borrows.
 struct Alternative {
-  bool is_made = true;                 // whether the edit itself is made; if not, something is put in its place
-  std::function<void(Draft&)> change;  // what is done to the model then; may be empty
-  std::string text;                    // for people: "give note version 6"
+  bool makes_edit = true;                    // whether the edit itself is made, too; if not, `change` replaces it
+  std::function<void(ModelEditor&)> change;  // applied after the edits; may be empty
+  std::string text;                          // for people, one line: "set the version of note to 6"; empty: the edit as it is
 };
 
-// Makes up forms, each with names and ids of its own. The difference outlives it.
+// Proposes alternatives for the edits of one difference. Names and ids that it proposes differ from those of both schemas and
+// from each other, so alternatives of several edits can be combined.
+//
+// Borrows the difference and the settings. Not for several threads at once. Construction is linear in the models; the first
+// proposal for a structure is linear in its fields, every other one takes constant time. May throw std::bad_alloc.
 class AlternativeMaker {
  public:
+  // REQUIRES: all members of `settings` are set.
   AlternativeMaker(const Difference& difference, const Settings& settings);
 
-  // Those of one edit, the nearest first; none for an edit that can only be made or left out.
+  // The alternatives to an edit of the difference, those that change least first. Empty for kinds of edits that can only be made
+  // or left out. A repeated call for an edit may propose another name or id.
   std::vector<Alternative> AlternativesOf(const Edit& edit);
 
  private:
-  // What is taken already in a meta, on both sides together.
-  struct Taken {
+  // Names and ids that a meta uses, on both sides together.
+  struct UsedNames {
     std::unordered_set<std::string> names;
     std::unordered_set<std::int32_t> old_ids;
     std::int32_t largest_id = -1;
   };
-  // A field that is put beside a kept one.
+  // A new field that takes the new values, while the old field is kept.
   struct ReplacementField {
     EntryModel entry;
-    std::int32_t kept_version = 1;  // of the kept one, whose new version was meant for this one
-    bool can_be = false;
+    std::int32_t kept_version = 1;  // version of the kept field: its new version was meant for the new field
+    bool is_possible = false;
   };
 
   std::vector<Alternative> OfAdded(const Edit& edit);
   std::vector<Alternative> OfChanged(const Edit& edit);
   std::vector<Alternative> OfAttribute(const Edit& edit) const;
 
-  Taken& TakenIn(const std::string& meta);
-  std::string UniqueName(const std::string& meta, const std::string& wish);
+  UsedNames& UsedIn(const std::string& meta);
+  // `wanted` if it is unused, else with a number appended, cut to the longest allowed length. Marks the result as used.
+  std::string UniqueName(const std::string& meta, const std::string& wanted);
+  // An id above all ids of the meta, marked as used; the largest id once none is left.
   std::int32_t NextId(const std::string& meta);
   const ReplacementField& ReplacementFieldOf(const Edit& edit);
-  // The entry that an edit is about; null on a side that has it not.
-  const EntryModel* EntryAt(const Model& model, const Location& place) const;
+  // The entry at a location; null if the location is not an entry of the model.
+  const EntryModel* EntryAt(const Model& model, const Location& location) const;
 
   const Difference& difference_;
   const Settings& settings_;
@@ -58,9 +68,9 @@ class AlternativeMaker {
   std::unordered_map<std::string, const MetaModel*> new_metas_;
   std::unordered_map<std::uint32_t, const MetaModel*> old_positions_;
   std::unordered_map<std::uint32_t, const MetaModel*> new_positions_;
-  std::unordered_map<std::string, Taken> taken_;
-  std::unordered_map<std::string, ReplacementField> beside_;
-  std::int64_t version_;  // that fields get which are new
+  std::unordered_map<std::string, UsedNames> used_;                 // by meta
+  std::unordered_map<std::string, ReplacementField> replacements_;  // by meta and item
+  std::int64_t version_;                                            // of new fields: above the old library's version
 };
 
 }  // namespace korvel

@@ -1,11 +1,10 @@
-// Surgery on the text of schema files. No XML parser: the text is known to be well-formed and without document type.
-// Held by tests/report/element_text_test.cpp.
+// Edits schema files byte by byte. No XML parser: the text is well-formed and has no document type. Tested by
+// tests/report/element_text_test.cpp.
 #include "analysis/suggest/element_text.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "base/xml_escape.h"
 #include "qmx/tag_scanner.h"
 
 namespace korvel {
@@ -13,14 +12,14 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t";
 constexpr std::string_view kLineEnds = "\r\n";
-constexpr std::size_t kFarLineEnd = 4096;  // bytes; a file of one line would otherwise be searched through for each element
+constexpr std::size_t kMaxLineEndDistance = 4096;  // bytes; otherwise a file of one line would be searched for each element
 
 std::size_t FindOrEnd(std::string_view text, std::string_view what, std::size_t from) {
   const std::size_t at = text.find(what, from);
   return at == std::string_view::npos ? text.size() : at + what.size();
 }
 
-// The offset behind a tag's '>'; those between quotes do not count.
+// The offset behind a tag's '>', ignoring those between quotes.
 std::size_t TagEnd(std::string_view text, std::size_t tag) {
   for (std::size_t at = text.find_first_of("\"'>", tag); at != std::string_view::npos;) {
     if (text[at] == '>') return at + 1;
@@ -31,7 +30,7 @@ std::size_t TagEnd(std::string_view text, std::size_t tag) {
   return text.size();
 }
 
-// What stands at a '<', and the offset behind it. `depth` is by how much it nests what follows deeper.
+// The markup at a '<': the offset behind it, and by how much it changes the nesting depth.
 struct Markup {
   std::size_t end;
   int depth;
@@ -55,7 +54,7 @@ bool EndsLine(std::string_view text, std::size_t at) {
   return at == text.size() || kLineEnds.find(text[at]) != std::string_view::npos;
 }
 
-// Where the blanks in front of `at` on its line begin.
+// The offset of the blanks before `at` on its line.
 std::size_t BlanksBefore(std::string_view text, std::size_t at) {
   while (at > 0 && kBlanks.find(text[at - 1]) != std::string_view::npos) --at;
   return at;
@@ -81,7 +80,7 @@ std::string_view AttributeName(std::string_view text, const qmx::AttributeSpans&
   return text.substr(attribute.name.begin, attribute.name.end - attribute.name.begin);
 }
 
-// The attributes of a start tag, and where each one's text begins: behind what stands before it.
+// An attribute of a start tag, and where its text begins, including the white space before it.
 struct TagAttribute {
   std::string_view name;
   qmx::Span value;
@@ -99,16 +98,16 @@ std::vector<TagAttribute> AttributesAt(std::string_view text, std::size_t elemen
   return attributes;
 }
 
-// Where an attribute is to be added: behind the last one that comes before it in the list, else behind the element's name.
-std::size_t LocationFor(std::string_view text, std::size_t element, const std::vector<TagAttribute>& present,
-                        const std::vector<AttributeText>& order, std::size_t added) {
-  std::size_t place = text.find_first_of(" \t\r\n/>", element);
+// Where to add an attribute: behind the last present one that comes before it in the list, else behind the element's name.
+std::size_t OffsetFor(std::string_view text, std::size_t element, const std::vector<TagAttribute>& present,
+                      const std::vector<AttributeText>& order, std::size_t added) {
+  std::size_t offset = text.find_first_of(" \t\r\n/>", element);
   for (const TagAttribute& attribute : present) {
     for (std::size_t i = 0; i < added; ++i) {
-      if (order[i].name == attribute.name) place = std::max(place, attribute.value.end + 1);
+      if (order[i].name == attribute.name) offset = std::max(offset, attribute.value.end + 1);
     }
   }
-  return place;
+  return offset;
 }
 
 }  // namespace
@@ -131,14 +130,14 @@ bool TextEdits::ChangeAttributes(std::size_t element, const std::vector<Attribut
     const std::optional<std::string>& value = target[i].value;
     if (value == was[i].value) continue;
     const auto found = std::ranges::find(present, target[i].name, &TagAttribute::name);
-    const bool is_there = found != present.end();
-    const auto escaped = value ? XmlEscaped(*value, is_there ? text_[found->value.end] : '"') : "";
+    const bool is_present = found != present.end();
+    const auto escaped = value ? EscapeForXml(*value, is_present ? text_[found->value.end] : '"') : "";
     if (!escaped) return false;
-    if (is_there) {
+    if (is_present) {
       value ? Add(found->value.begin, found->value.end, *escaped) : Add(found->begin, found->value.end + 1, "");
     } else if (value) {
-      const std::size_t place = LocationFor(text_, element, present, target, i);
-      Add(place, place, " " + std::string(target[i].name) + "=\"" + *escaped + "\"");
+      const std::size_t offset = OffsetFor(text_, element, present, target, i);
+      Add(offset, offset, " " + std::string(target[i].name) + "=\"" + *escaped + "\"");
     }
   }
   return true;
@@ -164,8 +163,8 @@ void TextEdits::InsertBehind(std::size_t element, std::string_view inserted) {
   const std::size_t end = ElementEnd(text_, element);
   const std::size_t behind = SkipBlanks(text_, BehindComments(text_, end));
   if (indent && EndsLine(text_, behind) && behind < text_.size()) {
-    const std::size_t place = NextLine(text_, behind);
-    Add(place, place, std::string(*indent).append(inserted).append(LineEndAt(text_, element)));
+    const std::size_t offset = NextLine(text_, behind);
+    Add(offset, offset, std::string(*indent).append(inserted).append(LineEndAt(text_, element)));
   } else {
     const std::size_t blanks = BlanksBefore(text_, element);
     Add(end, end, std::string(indent ? "" : text_.substr(blanks, element - blanks)).append(inserted));
@@ -174,14 +173,14 @@ void TextEdits::InsertBehind(std::size_t element, std::string_view inserted) {
 
 void TextEdits::InsertBefore(std::size_t element, std::string_view inserted) {
   const std::optional<std::string_view> indent = IndentOf(text_, element);
-  const std::size_t place = BlanksBefore(text_, element);
-  const std::string blanks(text_.substr(place, element - place));
+  const std::size_t offset = BlanksBefore(text_, element);
+  const std::string blanks(text_.substr(offset, element - offset));
   const bool own_line = indent && EndsLine(text_, SkipBlanks(text_, BehindComments(text_, ElementEnd(text_, element))));
-  Add(place, place, blanks + std::string(inserted) + (own_line ? std::string(LineEndAt(text_, element)) : ""));
+  Add(offset, offset, blanks + std::string(inserted) + (own_line ? std::string(LineEndAt(text_, element)) : ""));
 }
 
-// What is taken out goes with blanks around it, which another element on the line may take as well, and at whose edge something
-// may be inserted.
+// A removal includes blanks that the removal of another element on the line may include, too, and at whose edge something may be
+// inserted.
 std::vector<Replacement> TextEdits::Finish() {
   std::ranges::stable_sort(edits_, [](const Replacement& a, const Replacement& b) {
     return std::pair(a.span.begin, a.span.end) < std::pair(b.span.begin, b.span.end);
@@ -194,7 +193,7 @@ std::vector<Replacement> TextEdits::Finish() {
   return std::move(edits_);
 }
 
-std::string Replaced(std::string_view text, const std::vector<Replacement>& replacements) {
+std::string ApplyReplacements(std::string_view text, const std::vector<Replacement>& replacements) {
   std::string result;
   std::size_t at = 0;
   for (const Replacement& replacement : replacements) {
@@ -211,7 +210,7 @@ std::string_view WithComments(std::string_view text, std::size_t element) {
 }
 
 std::string_view LineEndAt(std::string_view text, std::size_t offset) {
-  const std::size_t at = text.substr(0, std::min(offset + kFarLineEnd, text.size())).find_first_of(kLineEnds, offset);
+  const std::size_t at = text.substr(0, std::min(offset + kMaxLineEndDistance, text.size())).find_first_of(kLineEnds, offset);
   return at == std::string_view::npos ? "\n" : text.substr(at, NextLine(text, at) - at);
 }
 

@@ -1,5 +1,6 @@
-// Elements in the bytes of a schema file: where they end, how they stand on their lines, and changes that leave every other byte
-// as it is. All of it for texts that the reader has accepted; offsets of elements are those of their '<'.
+// Edits elements in the bytes of a schema file and leaves every other byte unchanged. Contains no XML parser.
+//
+// REQUIRES, for everything here: the reader of schema files has accepted the text; an element is given by the offset of its '<'.
 #pragma once
 
 #include <cstddef>
@@ -9,34 +10,35 @@
 #include <vector>
 
 #include "analysis/findings/finding.h"
-#include "schema/model_text.h"
+#include "schema/xml_writer.h"
 
 namespace korvel {
 
-// The offset behind an element: behind its end tag, or its start tag if that is all.
+// The offset behind an element: behind its end tag, or behind its start tag if it has no other.
 std::size_t ElementEnd(std::string_view text, std::size_t element);
 
-// Collects changes of one text.
+// Collects changes of one text. Each operation is linear in the element and its line.
 class TextEdits {
  public:
-  // REQUIRES: the text outlives the collector.
+  // Borrows the text.
   explicit TextEdits(std::string_view text) : text_(text) {}
 
-  // Makes the start tag say `target` where it says `was`: lists of the same names in the order in which added ones are to stand.
-  // False if XML cannot say a value.
+  // Changes the attributes of a start tag from `was` to `target`, which list the same names; added attributes are placed in this
+  // order. False, with some changes made, if XML cannot express a value.
   bool ChangeAttributes(std::size_t element, const std::vector<AttributeText>& was, const std::vector<AttributeText>& target);
 
-  // Takes an element out, with its line if nothing else stands there.
+  // Removes an element, with its line if there is nothing else on the line.
   void Remove(std::size_t element);
 
-  // The same together with the comments behind it on its line.
+  // The same, together with the comments behind the element on its line.
   void RemoveWithComments(std::size_t element);
 
-  // Puts an element behind or before another one, on a line of its own if that one has it.
+  // Inserts an element behind or before another one, on its own line if the other one has its own line.
   void InsertBehind(std::size_t element, std::string_view inserted);
   void InsertBefore(std::size_t element, std::string_view inserted);
 
-  // The changes in the order of the text. What was inserted at one place stands in the order of the calls.
+  // The changes in text order, without overlaps; leaves the collector empty. Insertions at one offset keep the order of the
+  // calls.
   std::vector<Replacement> Finish();
 
  private:
@@ -47,20 +49,19 @@ class TextEdits {
   std::vector<Replacement> edits_;
 };
 
-// The text with the replacements made. REQUIRES: they are in its order and do not overlap.
-std::string Replaced(std::string_view text, const std::vector<Replacement>& replacements);
+// The text after the replacements. REQUIRES: they are in text order and do not overlap.
+std::string ApplyReplacements(std::string_view text, const std::vector<Replacement>& replacements);
 
-// The bytes of an element, together with the comments behind it on its line.
+// The bytes of an element and of the comments behind it on its line. Borrowed from the text.
 std::string_view WithComments(std::string_view text, std::size_t element);
 
-// The end of the line that `offset` is on: "\n", "\r\n" or "\r"; "\n" on a last line without one, and where it is thousands of
-// bytes away.
+// The end of the line that contains `offset`: "\n", "\r\n" or "\r"; "\n" if there is none within 4,096 bytes.
 std::string_view LineEndAt(std::string_view text, std::size_t offset);
 
-// The blanks in front of an element that stands first on its line; nullopt if something else stands before it there.
+// The blanks before an element that is first on its line; nullopt if something else comes before it there.
 std::optional<std::string_view> IndentOf(std::string_view text, std::size_t element);
 
-// The text with all its line ends replaced.
+// The text with each line end replaced.
 std::string WithLineEnds(std::string_view text, std::string_view line_end);
 
 }  // namespace korvel

@@ -1,5 +1,5 @@
-// Finds out what differs between a file and a model, meta by meta; element_text.cpp changes the bytes. Whether the model is any
-// good is not asked here. Held by tests/report/rewrite_test.cpp.
+// Compares a file with a model, meta by meta; element_text.cpp changes the bytes. Does not run the checker. Tested by
+// tests/report/rewrite_test.cpp.
 #include "analysis/suggest/rewrite.h"
 
 #include <algorithm>
@@ -8,7 +8,7 @@
 
 #include "analysis/diff/alignment.h"
 #include "qmx/qmx_metalib_kernel.h"
-#include "schema/model_text.h"
+#include "schema/xml_writer.h"
 
 namespace korvel {
 namespace {
@@ -18,14 +18,14 @@ using Kind = qmx::ElementId::Kind;
 // One meta in the text of a source.
 struct MetaText {
   std::string_view text;
-  const qmx::SourceMap& places;
+  const qmx::SourceMap& offsets;
   std::uint32_t meta;
 
   std::optional<std::size_t> Find(Kind kind, std::size_t item = 0, std::size_t column = 0) const {
-    return places.Find({kind, meta, static_cast<std::uint32_t>(item), static_cast<std::uint32_t>(column)});
+    return offsets.Find({kind, meta, static_cast<std::uint32_t>(item), static_cast<std::uint32_t>(column)});
   }
-  // REQUIRES: the element is there.
-  std::size_t Place(Kind kind, std::size_t item = 0, std::size_t column = 0) const { return *Find(kind, item, column); }
+  // REQUIRES: the element exists.
+  std::size_t OffsetOf(Kind kind, std::size_t item = 0, std::size_t column = 0) const { return *Find(kind, item, column); }
 };
 
 std::optional<MetaText> TextOf(const Source& source, const std::string& meta) {
@@ -36,38 +36,38 @@ std::optional<MetaText> TextOf(const Source& source, const std::string& meta) {
 constexpr Kind KindOf(const EntryModel&) { return Kind::kEntry; }
 constexpr Kind KindOf(const IndexModel&) { return Kind::kIndex; }
 
-// Makes an element say `wanted`. `base` is where the text of `edits` begins in that of `from`.
+// Changes an element to `wanted`. `base` is the offset in `from` at which the text of `edits` begins.
 bool Change(TextEdits& edits, std::size_t base, const MetaText& from, std::size_t position, const EntryModel& was,
             const EntryModel& wanted) {
   return was == wanted ||
-         edits.ChangeAttributes(from.Place(Kind::kEntry, position) - base, AttributesOf(was), AttributesOf(wanted));
+         edits.ChangeAttributes(from.OffsetOf(Kind::kEntry, position) - base, AttributesOf(was), AttributesOf(wanted));
 }
 
 bool Change(TextEdits& edits, std::size_t base, const MetaText& from, std::size_t position, const IndexModel& was,
             const IndexModel& wanted) {
-  bool said = edits.ChangeAttributes(from.Place(Kind::kIndex, position) - base, AttributesOf(was), AttributesOf(wanted));
+  bool written = edits.ChangeAttributes(from.OffsetOf(Kind::kIndex, position) - base, AttributesOf(was), AttributesOf(wanted));
   for (std::size_t i = 0; i < wanted.columns.size(); ++i) {
-    const std::size_t place = from.Place(Kind::kColumn, position, i) - base;
-    said = edits.ChangeAttributes(place, AttributesOf(was.columns[i]), AttributesOf(wanted.columns[i])) && said;
+    const std::size_t offset = from.OffsetOf(Kind::kColumn, position, i) - base;
+    written = edits.ChangeAttributes(offset, AttributesOf(was.columns[i]), AttributesOf(wanted.columns[i])) && written;
   }
-  return said;
+  return written;
 }
 
-// Whether an element can become another one without a child more or less.
+// Whether an element can become another one without adding or removing children.
 bool HaveSameShape(const EntryModel&, const EntryModel&) { return true; }
 bool HaveSameShape(const IndexModel& was, const IndexModel& wanted) { return was.columns.size() == wanted.columns.size(); }
 
 std::optional<std::string> Written(const EntryModel& entry, const Layout&) { return ElementOf(entry); }
 std::optional<std::string> Written(const IndexModel& index, const Layout& layout) { return ElementOf(index, layout); }
 
-// An element's own text, with what has to be different.
+// The text of an element, changed to `wanted`.
 template <class Item>
 std::optional<std::string> Copied(const MetaText& from, std::size_t position, const Item& was, const Item& wanted) {
-  const std::size_t place = from.Place(KindOf(was), position);
-  const std::string_view text = WithComments(from.text, place);
+  const std::size_t offset = from.OffsetOf(KindOf(was), position);
+  const std::string_view text = WithComments(from.text, offset);
   TextEdits edits(text);
-  if (!Change(edits, place, from, position, was, wanted)) return std::nullopt;
-  return Replaced(text, edits.Finish());
+  if (!Change(edits, offset, from, position, was, wanted)) return std::nullopt;
+  return ApplyReplacements(text, edits.Finish());
 }
 
 template <class Item>
@@ -85,7 +85,7 @@ class Positions {
   std::unordered_map<std::string_view, Slot> positions_;
 };
 
-// Pairs what is wanted with what is present, by name.
+// For each wanted item the present one with its name, if it has the same shape.
 template <class Item>
 std::vector<Slot> MatchByName(const std::vector<Item>& present, const std::vector<Item>& wanted) {
   const Positions<Item> positions(present);
@@ -101,7 +101,7 @@ std::vector<Slot> MatchItems(const std::vector<IndexModel>& present, const std::
   return MatchByName(present, wanted);
 }
 
-// Entries under another name, too.
+// Also matches renamed entries.
 std::vector<Slot> MatchItems(const std::vector<EntryModel>& present, const std::vector<EntryModel>& wanted) {
   std::vector<Slot> partners = MatchByName(present, wanted);
   std::vector<bool> taken(present.size());
@@ -115,12 +115,12 @@ std::vector<Slot> MatchItems(const std::vector<EntryModel>& present, const std::
   for (std::size_t i = 0; i < wanted.size(); ++i) {
     if (partners[i] != kNoSlot) continue;
     const auto same_id = by_id.find(wanted[i].id);
-    const Slot follower = i == 0 ? 0 : partners[i - 1] + (partners[i - 1] == kNoSlot ? 0 : 1);
+    const Slot next = i == 0 ? 0 : partners[i - 1] + (partners[i - 1] == kNoSlot ? 0 : 1);
     if (same_id != by_id.end() && !taken[same_id->second]) {
       partners[i] = same_id->second;
-    } else if (follower < present.size() && !taken[follower] && present[follower].id == wanted[i].id &&
-               present[follower].type == wanted[i].type) {
-      partners[i] = follower;
+    } else if (next < present.size() && !taken[next] && present[next].id == wanted[i].id &&
+               present[next].type == wanted[i].type) {
+      partners[i] = next;
     }
     if (partners[i] != kNoSlot) taken[partners[i]] = true;
   }
@@ -135,18 +135,18 @@ class MetaRewrite {
               const MetaModel* other_meta)
       : edits_(edits), text_(text), present_(present), other_(other), other_meta_(other_meta) {}
 
-  // False if no schema file can say it.
+  // False if XML cannot express it.
   bool Run(const MetaModel& wanted) {
-    said_ = edits_.ChangeAttributes(text_.Place(Kind::kMeta), AttributesOf(present_), AttributesOf(wanted));
-    ChangeItems(&MetaModel::entries, wanted, text_.Place(Kind::kEntry, present_.entries.size() - 1));
+    written_ = edits_.ChangeAttributes(text_.OffsetOf(Kind::kMeta), AttributesOf(present_), AttributesOf(wanted));
+    ChangeItems(&MetaModel::entries, wanted, text_.OffsetOf(Kind::kEntry, present_.entries.size() - 1));
     ChangeKey("primarykey", Kind::kPrimaryKey, present_.primary_key, wanted.primary_key);
     ChangeKey("splittablekey", Kind::kSplittableKey, present_.splittable_key, wanted.splittable_key);
     ChangeItems(&MetaModel::indexes, wanted, BehindKeys());
-    return said_;
+    return written_;
   }
 
  private:
-  // What the other source has of a kind.
+  // The items of one kind in the other source.
   template <class Item>
   struct Others {
     explicit Others(const std::vector<Item>& items_) : items(items_), positions(items_) {}
@@ -155,9 +155,9 @@ class MetaRewrite {
     Positions<Item> positions;
   };
 
-  // The last of entries and keys in the text.
+  // The last of the entries and keys in the text: added keys and indexes go behind it.
   std::size_t BehindKeys() const {
-    std::size_t last = text_.Place(Kind::kEntry, present_.entries.size() - 1);
+    std::size_t last = text_.OffsetOf(Kind::kEntry, present_.entries.size() - 1);
     for (const Kind key : {Kind::kPrimaryKey, Kind::kSplittableKey}) last = std::max(last, text_.Find(key).value_or(0));
     return last;
   }
@@ -167,49 +167,49 @@ class MetaRewrite {
   }
 
   void Insert(std::optional<std::string> text, void (TextEdits::*insert)(std::size_t, std::string_view), std::size_t element) {
-    text ? (edits_.*insert)(element, *text) : void(said_ = false);
+    text ? (edits_.*insert)(element, *text) : void(written_ = false);
   }
 
   void ChangeKey(std::string_view element, Kind kind, const std::vector<std::string>& was,
                  const std::vector<std::string>& wanted) {
     if (was == wanted) return;
     if (wanted.empty()) {
-      edits_.Remove(text_.Place(kind));
+      edits_.Remove(text_.OffsetOf(kind));
     } else if (was.empty()) {
       Insert(KeyElement(element, wanted), &TextEdits::InsertBehind, BehindKeys());
     } else {
       const auto attributes = KeyAttributes(wanted);
-      // What the text says now was read from it.
-      said_ = said_ && attributes && edits_.ChangeAttributes(text_.Place(kind), *KeyAttributes(was), *attributes);
+      // The attributes of the present key exist: it was read from the text.
+      written_ = written_ && attributes && edits_.ChangeAttributes(text_.OffsetOf(kind), *KeyAttributes(was), *attributes);
     }
   }
 
-  // `fallback` is the element behind which the first item goes where there is none.
+  // `fallback` is the element behind which the first item is inserted if there are no others.
   template <class Item>
   void ChangeItems(std::vector<Item> MetaModel::*items, const MetaModel& wanted_meta, std::size_t fallback) {
     const std::vector<Item>& present = present_.*items;
     const std::vector<Item>& wanted = wanted_meta.*items;
     if (present == wanted) return;
-    const auto place = [&](Slot slot) { return text_.Place(KindOf(present[slot]), slot); };
+    const auto offset_of = [&](Slot slot) { return text_.OffsetOf(KindOf(present[slot]), slot); };
     const Alignment alignment(present.size(), MatchItems(present, wanted));
     for (Slot slot = 0; slot < present.size(); ++slot) {
-      if (alignment.IsRemoved(slot)) edits_.Remove(place(slot));
-      if (alignment.IsMoved(slot)) edits_.RemoveWithComments(place(slot));
+      if (alignment.IsRemoved(slot)) edits_.Remove(offset_of(slot));
+      if (alignment.IsMoved(slot)) edits_.RemoveWithComments(offset_of(slot));
     }
-    static const std::vector<Item> kNothing;
-    const Others<Item> others(other_ == nullptr ? kNothing : other_meta_->*items);
+    static const std::vector<Item> kNone;
+    const Others<Item> others(other_ == nullptr ? kNone : other_meta_->*items);
     std::optional<std::size_t> anchor;
     for (std::size_t i = 0; i < wanted.size(); ++i) {
       const Slot slot = alignment.OfNew(i);
       if (alignment.IsStill(slot)) {
-        said_ = Change(edits_, 0, text_, slot, present[slot], wanted[i]) && said_;
-        anchor = place(slot);
+        written_ = Change(edits_, 0, text_, slot, present[slot], wanted[i]) && written_;
+        anchor = offset_of(slot);
       } else {
         const bool in_front = !anchor && !present.empty();
-        const std::size_t beside = in_front ? place(0) : anchor.value_or(fallback);
-        const auto text = alignment.IsAdded(slot) ? TextOfAdded(others, wanted[i], LayoutAt(beside))
+        const std::size_t neighbour = in_front ? offset_of(0) : anchor.value_or(fallback);
+        const auto text = alignment.IsAdded(slot) ? TextOfAdded(others, wanted[i], LayoutAt(neighbour))
                                                   : Copied(text_, slot, present[slot], wanted[i]);
-        Insert(text, in_front ? &TextEdits::InsertBefore : &TextEdits::InsertBehind, beside);
+        Insert(text, in_front ? &TextEdits::InsertBefore : &TextEdits::InsertBehind, neighbour);
       }
     }
   }
@@ -229,7 +229,7 @@ class MetaRewrite {
   const MetaModel& present_;
   const MetaText* other_;
   const MetaModel* other_meta_;
-  bool said_ = true;
+  bool written_ = true;
 };
 
 }  // namespace
@@ -238,9 +238,9 @@ std::optional<std::vector<Replacement>> Rewriter::Rewrite(const Model& target) {
   if (!source_.text || qmx_get_meta_num(source_.Library()) == 0) return std::nullopt;
   TextEdits edits(source_.text->bytes);
   const std::size_t outermost = *source_.text->source_map.Find({});
-  bool said = edits.ChangeAttributes(outermost, AttributesOf(present_.head()), AttributesOf(target));
-  for (const MetaModel& meta : target.metas) said = said && RewriteMeta(edits, meta);
-  return said ? std::optional(edits.Finish()) : std::nullopt;
+  bool written = edits.ChangeAttributes(outermost, AttributesOf(present_.head()), AttributesOf(target));
+  for (const MetaModel& meta : target.metas) written = written && RewriteMeta(edits, meta);
+  return written ? std::optional(edits.Finish()) : std::nullopt;
 }
 
 bool Rewriter::RewriteMeta(TextEdits& edits, const MetaModel& wanted) {
@@ -256,25 +256,25 @@ bool Rewriter::RewriteMeta(TextEdits& edits, const MetaModel& wanted) {
 const std::vector<std::optional<std::uint32_t>>& Rewriter::NextPresent() {
   const LPQMXMETALIB other = other_.Library();
   const auto count = static_cast<std::size_t>(qmx_get_meta_num(other));
-  if (!followers_.empty()) return followers_;
-  followers_.resize(count);
+  if (!next_present_.empty()) return next_present_;
+  next_present_.resize(count);
   std::optional<std::uint32_t> next;
   for (std::size_t i = count; i > 0; --i) {
     const auto here = PositionOf(source_, qmx_get_meta_name(qmx_get_meta_by_index(other, static_cast<int>(i - 1))));
     if (here) next = here;
-    followers_[i - 1] = next;
+    next_present_[i - 1] = next;
   }
-  return followers_;
+  return next_present_;
 }
 
-// Before the first meta that follows it in the other source and that the file has, too; else at the end.
+// Inserts the meta before the first one that follows it in the other source and exists in the file; else at the end.
 bool Rewriter::AddMeta(TextEdits& edits, const MetaModel& wanted) {
   const std::optional<std::uint32_t> position = PositionOf(other_, wanted.name);
-  const std::optional<std::uint32_t> follower = position ? NextPresent()[*position] : std::nullopt;
+  const std::optional<std::uint32_t> next = position ? NextPresent()[*position] : std::nullopt;
   const auto last = static_cast<std::uint32_t>(qmx_get_meta_num(source_.Library()) - 1);
   const std::string_view text = source_.text->bytes;
-  const std::size_t beside = *source_.text->source_map.Find({Kind::kMeta, follower.value_or(last)});
-  const Layout layout{std::string(IndentOf(text, beside).value_or("")), LineEndAt(text, beside)};
+  const std::size_t neighbour = *source_.text->source_map.Find({Kind::kMeta, next.value_or(last)});
+  const Layout layout{std::string(IndentOf(text, neighbour).value_or("")), LineEndAt(text, neighbour)};
   std::optional<std::string> added = ElementOf(wanted, layout);
   const MetaModel* const other_meta = others_.Find(wanted.name);
   if (other_meta != nullptr && *other_meta == wanted && other_.text) {
@@ -282,7 +282,7 @@ bool Rewriter::AddMeta(TextEdits& edits, const MetaModel& wanted) {
         WithLineEnds(WithComments(other_.text->bytes, *other_.text->source_map.Find({Kind::kMeta, *position})), layout.line_end);
   }
   if (!added) return false;
-  follower ? edits.InsertBefore(beside, *added) : edits.InsertBehind(beside, *added);
+  next ? edits.InsertBefore(neighbour, *added) : edits.InsertBehind(neighbour, *added);
   return true;
 }
 

@@ -1,5 +1,5 @@
-// Puts the suggestions for several tables into one file. How each change is mended is suggestions.cpp's concern, how it is
-// written rewrite.cpp's. Held by tests/tool/suggest_test.cpp.
+// Merges the suggestions for several tables into one file. Alternatives are chosen by suggestions.cpp, text is changed by
+// rewrite.cpp. Tested by tests/tool/suggest_test.cpp.
 #include "analysis/suggest/suggest.h"
 
 #include <algorithm>
@@ -8,35 +8,34 @@
 #include <unordered_set>
 #include <utility>
 
-#include "analysis/findings/ask_checker.h"
 #include "analysis/findings/findings.h"
-#include "analysis/suggest/meta_cache.h"
+#include "analysis/findings/run_checker.h"
 #include "analysis/suggest/rewrite.h"
 #include "analysis/suggest/suggestions.h"
-#include "schema/text_source.h"
+#include "schema/model.h"
 
 namespace korvel {
 namespace {
 
-// Tables whose structures change each other's suggestion settle in two or three.
+// Tables that share structures usually settle in two or three rounds.
 constexpr int kMaxRounds = 8;
 
-struct Refused {
+struct RefusedTable {
   const TableQuestion* question;
   Verdict verdict;
 };
 
-std::vector<Refused> AskAll(const Source& old_source, const Source& source, const std::vector<TableQuestion>& questions) {
-  std::vector<Refused> refused;
+std::vector<RefusedTable> CheckAll(const Source& old_source, const Source& source, const std::vector<TableQuestion>& questions) {
+  std::vector<RefusedTable> refused;
   for (const TableQuestion& question : questions) {
-    Verdict verdict = AskChecker(old_source.Library(), source.Library(), question.table, question.settings);
+    Verdict verdict = RunChecker(old_source.Library(), source.Library(), question.table, question.settings);
     if (verdict.Refused()) refused.push_back({&question, std::move(verdict)});
   }
   return refused;
 }
 
-// What several tables want of one library. Of a structure that two of them want to change the first one's wish counts; the other
-// one is asked again with that.
+// The models of several tables as one. If two tables want to change a structure, the first one wins; the next round checks the
+// other table against the result.
 class Merged {
  public:
   explicit Merged(MetaCache& present) : present_(present), model_(present.head()) {}
@@ -60,60 +59,60 @@ class Merged {
   std::unordered_set<std::string> names_;
 };
 
-// Whether a source says what was wanted of it.
-bool Says(const Source& source, const Model& wanted) {
-  MetaCache book(source);
+// Whether a source has the metas of a model.
+bool Matches(const Source& source, const Model& wanted) {
+  MetaCache metas(source);
   return std::ranges::all_of(wanted.metas, [&](const MetaModel& meta) {
-    const MetaModel* const said = book.Find(meta.name);
-    return said != nullptr && *said == meta;
+    const MetaModel* const found = metas.Find(meta.name);
+    return found != nullptr && *found == meta;
   });
 }
 
 struct Round {
-  std::optional<Source> next;  // none if nothing is to be changed, or cannot be
+  std::optional<Source> next;  // nullopt if nothing needs to change, or the change cannot be written
   bool is_rewritten = true;
 };
 
-// A structure that comes back with what embeds it stays as the file has it for others; whether that is allowed, the next round
-// asks.
-void LeaveToOthers(const Source& source, const std::vector<MetaModel>& reached, Model& wanted) {
+// Removes structures that the new source has but this table does not reach there: they belong to other tables. The next round
+// checks whether the result is allowed.
+void DropUnreached(const Source& source, const std::vector<MetaModel>& reached, Model& wanted) {
   std::unordered_set<std::string_view> names;
   for (const MetaModel& meta : reached) names.insert(meta.name);
   std::erase_if(wanted.metas, [&](const MetaModel& meta) { return source.HasMeta(meta.name) && !names.contains(meta.name); });
 }
 
-Suggestion Fixed(const Source& old_source, const Source& source, const Refused& refused, Changes& changes) {
+Suggestion SuggestFor(const Source& old_source, const Source& source, const RefusedTable& refused, Changes& changes) {
   const auto& [table, settings] = *refused.question;
   if (!source.HasMeta(table)) {
     changes = FindRemovedTable(old_source, source, table, settings, refused.verdict);
     Suggestion suggestion = FindSuggestionsForRemovedTable(old_source, source, table, settings, changes);
-    LeaveToOthers(source, {}, suggestion.model);
+    DropUnreached(source, {}, suggestion.model);
     return suggestion;
   }
   const Difference difference(old_source, source, table);
   changes = FindChanges(difference, old_source, source, table, settings, refused.verdict, kMaxFindings);
   Suggestion suggestion = Suggest(difference, old_source, table, settings, changes);
-  LeaveToOthers(source, difference.new_model().metas, suggestion.model);
+  DropUnreached(source, difference.new_model().metas, suggestion.model);
   return suggestion;
 }
 
-Round Fix(const Source& old_source, const Source& source, const std::vector<Refused>& refused) {
+Round RunRound(const Source& old_source, const Source& source, const std::vector<RefusedTable>& refused) {
   MetaCache present(source);
   Merged merged(present);
-  for (const Refused& one : refused) {
+  for (const RefusedTable& one : refused) {
     Changes changes;
-    Suggestion suggestion = Fixed(old_source, source, one, changes);
+    Suggestion suggestion = SuggestFor(old_source, source, one, changes);
     if (suggestion.allowed) merged.Add(std::move(suggestion.model));
   }
   const auto replacements = Rewriter(source, old_source).Rewrite(merged.model());
   if (!replacements) return {std::nullopt, false};
   if (replacements->empty()) return {};
-  std::optional<Source> next = SourceOfText(source.name, Replaced(source.text->bytes, *replacements));
-  if (!next || !Says(*next, merged.model())) return {std::nullopt, false};
+  std::optional<Source> next = SourceOfText(source.name, ApplyReplacements(source.text->bytes, *replacements));
+  if (!next || !Matches(*next, merged.model())) return {std::nullopt, false};
   return {std::move(next), true};
 }
 
-std::vector<std::string> WaysOut(const Source& old_source, const Source& source, const Refused& refused) {
+std::vector<std::string> SuggestionsFor(const Source& old_source, const Source& source, const RefusedTable& refused) {
   const auto& [table, settings] = *refused.question;
   Changes changes;
   if (source.HasMeta(table)) {
@@ -121,11 +120,11 @@ std::vector<std::string> WaysOut(const Source& old_source, const Source& source,
     changes = FindChanges(difference, old_source, source, table, settings, refused.verdict, kMaxFindings);
     FindSuggestions(difference, old_source, source, table, settings, changes, false);
   } else {
-    Fixed(old_source, source, refused, changes);
+    SuggestFor(old_source, source, refused, changes);
   }
-  std::vector<std::string> ways;
-  for (Finding& finding : changes.findings) ways.push_back(std::move(finding.suggestion));
-  return ways;
+  std::vector<std::string> suggestions;
+  for (Finding& finding : changes.findings) suggestions.push_back(std::move(finding.suggestion));
+  return suggestions;
 }
 
 }  // namespace
@@ -133,17 +132,17 @@ std::vector<std::string> WaysOut(const Source& old_source, const Source& source,
 SchemaSuggestion SuggestSchema(const Source& old_source, const Source& new_source, const std::vector<TableQuestion>& questions) {
   Source source = new_source;
   SchemaSuggestion suggestion;
-  std::vector<Refused> refused = AskAll(old_source, source, questions);
+  std::vector<RefusedTable> refused = CheckAll(old_source, source, questions);
   for (int round = 0; round < kMaxRounds && !refused.empty(); ++round) {
-    Round fixed = Fix(old_source, source, refused);
+    Round fixed = RunRound(old_source, source, refused);
     suggestion.is_rewritten = fixed.is_rewritten;
     if (!fixed.next) break;
     source = std::move(*fixed.next);
-    refused = AskAll(old_source, source, questions);
+    refused = CheckAll(old_source, source, questions);
   }
   suggestion.text = source.text->bytes;
-  for (const Refused& one : refused) {
-    suggestion.refused.push_back({one.question->table, one.verdict, WaysOut(old_source, source, one)});
+  for (const RefusedTable& one : refused) {
+    suggestion.refused.push_back({one.question->table, one.verdict, SuggestionsFor(old_source, source, one)});
   }
   return suggestion;
 }

@@ -1,4 +1,4 @@
-// The nearest schema file that the checker allows.
+// Finds the nearest schema file that the checker allows, for several tables at once.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@
 
 namespace korvel {
 
-// A table to be compared; all members of the settings are set.
+// A table to check. All members of the settings are set.
 struct TableQuestion {
   std::string table;
   Settings settings;
@@ -18,20 +18,19 @@ struct TableQuestion {
 struct TableRefusal {
   std::string table;
   Verdict verdict;
-  std::vector<std::string> suggestions;  // of what is refused still
+  std::vector<std::string> suggestions;  // for each finding that remains
 };
 
 struct SchemaSuggestion {
-  std::string text;                   // a whole file: that of the new source, changed where it must be
-  std::vector<TableRefusal> refused;  // what the checker says about that file, read again; empty: it allows every table
-  bool is_rewritten = true;           // false: a change could not be written into this text, and was given up
+  std::string text;                   // a whole file: the text of the new source with the necessary changes
+  std::vector<TableRefusal> refused;  // tables that the checker refuses in that file; empty: all are allowed
+  bool is_rewritten = true;           // false: a change could not be written into this text, and the search ended
 };
 
-// Turns the new file into one that may follow the old one: all allowed changes stay, each refused one gets its nearest legal
-// form. REQUIRES: the new source has a text; the old one has every table.
-//
-// Structures may be shared by tables that want different things of them: what one table needs is asked about for the others
-// again, in a few rounds.
+// Changes the new file so that the checker allows it after the old one: allowed changes stay, refused ones are replaced by their
+// nearest allowed alternative or left out. Tables that share structures may need several rounds, at most eight; the verdicts are
+// about the final text, read again. Linear in the files for each round, plus the cost of FindSuggestions for each refused table.
+// Only reads the sources. REQUIRES: the new source has a text; the old source has every table.
 SchemaSuggestion SuggestSchema(const Source& old_source, const Source& new_source, const std::vector<TableQuestion>& questions);
 
 }  // namespace korvel

@@ -1,5 +1,5 @@
-// Ways out as tables. What is allowed stands in the checker alone; these are words for it. Held by
-// tests/report/ways_out_test.cpp.
+// The words of suggestions, as tables. Contains no rules: what is allowed is decided by the checker alone.
+// Tested by tests/report/suggestions_test.cpp.
 #include "analysis/suggest/suggestion_text.h"
 
 #include <algorithm>
@@ -12,7 +12,7 @@
 namespace korvel {
 namespace {
 
-// {item}, {meta}, {before} and {after} stand for those of the edit; "none" for an empty value. Every kind has a row.
+// {item}, {meta}, {before} and {after} are replaced by the values of the edit, empty ones by "none". Every kind has a row.
 struct KindWords {
   EditKind kind;
   std::string_view text;
@@ -26,16 +26,16 @@ constexpr KindWords kByKind[] = {
     {EditKind::kTableAttribute, "keep {item} of table {meta}: {before}"},
     {EditKind::kPrimaryKey, "keep the primary key {before}; another key needs a new table and a copy of the records"},
     {EditKind::kSplittableKey, "keep the splittable key {before}; another one needs a new table and a copy of the records"},
-    {EditKind::kIndexAdded, "do without index {item}; a new table may have it from its first day"},
+    {EditKind::kIndexAdded, "do not add index {item}; a new table may have it"},
     {EditKind::kIndexRemoved, "keep index {item}"},
     {EditKind::kIndexColumns, "keep the columns of index {item}: {before}"},
     {EditKind::kIndexMoved, "leave index {item} where it is"},
-    {EditKind::kEntryAdded, "do without field {item}"},
-    {EditKind::kEntryRemoved, "keep field {item}; whoever does not need it any more may stop writing it"},
+    {EditKind::kEntryAdded, "do not add field {item}"},
+    {EditKind::kEntryRemoved, "keep field {item}; programs that no longer need it can stop writing it"},
     {EditKind::kEntryRenamed, "keep the name {item}"},
     {EditKind::kEntryMoved, "leave field {item} where it is"},
     {EditKind::kEntryId, "keep the id of {item}: {before}"},
-    {EditKind::kEntryVersion, "keep version {before} of {item}, the one it came with"},
+    {EditKind::kEntryVersion, "keep version {before} of {item}, in which it was added"},
     {EditKind::kEntryType, "keep {item} as {before}"},
     {EditKind::kEntrySize, "keep {item} at {before} bytes"},
     {EditKind::kEntryCount, "keep {item} at a count of {before}"},
@@ -44,14 +44,14 @@ constexpr KindWords kByKind[] = {
     {EditKind::kEntryMeta, "keep {item} a {before}; a new field may have the structure {after}"},
 };
 
-// Where there was nothing before, if that is said in other words.
-constexpr KindWords kOfNothing[] = {
+// Texts for edits of values that the old side does not have, where they differ.
+constexpr KindWords kWithoutOldValue[] = {
     {EditKind::kLibraryProtocol, "leave the library without a protocol; records in another one need new tables and a copy"},
-    {EditKind::kTableAttribute, "do without {item} of table {meta}"},
-    {EditKind::kSplittableKey, "do without a splittable key; a new table may have one from its first day"},
+    {EditKind::kTableAttribute, "do not add {item} to table {meta}"},
+    {EditKind::kSplittableKey, "do not add a splittable key; a new table may have one"},
     {EditKind::kEntryId, "leave {item} without an id"},
     {EditKind::kEntryRefer, "leave {item} with a fixed count"},
-    {EditKind::kEntryCustomAttr2, "do without a customattr2 of {item}"},
+    {EditKind::kEntryCustomAttr2, "do not add a customattr2 to {item}"},
 };
 
 std::string ValueOf(std::string_view placeholder, const Edit& edit) {
@@ -85,15 +85,15 @@ std::string ShapeOf(const EntryModel& entry) {
 }
 
 std::string LeavingOut(const Edit& edit) {
-  const auto of_nothing = std::ranges::find(kOfNothing, edit.kind, &KindWords::kind);
-  if (edit.before.empty() && of_nothing != std::end(kOfNothing)) return Filled(of_nothing->text, edit);
+  const auto without_old = std::ranges::find(kWithoutOldValue, edit.kind, &KindWords::kind);
+  if (edit.before.empty() && without_old != std::end(kWithoutOldValue)) return Filled(without_old->text, edit);
   return Filled(std::ranges::find(kByKind, edit.kind, &KindWords::kind)->text, edit);
 }
 
 std::string PreexistingSuggestion(const Verdict& verdict) {
   const RuleDoc* const doc = FindRuleDoc(verdict.rule);
-  const std::string why = "the schema is refused as it stands already";
-  return doc == nullptr ? why : why + "; what a new table may have instead: " + doc->allowed;
+  const std::string why = "the old schema already breaks this rule";
+  return doc == nullptr ? why : why + "; allowed in a new table: " + doc->allowed;
 }
 
 }  // namespace korvel

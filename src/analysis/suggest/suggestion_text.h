@@ -1,4 +1,4 @@
-// What to say about an edit that may not be made.
+// Words for suggestions. Which suggestion is right is decided elsewhere: see suggestions.h.
 #pragma once
 
 #include <string>
@@ -12,10 +12,10 @@ namespace korvel {
 // "uint32", "string of 32 bytes", "int8 x 100"
 std::string ShapeOf(const EntryModel& entry);
 
-// How the edit is left out: "keep field zone".
+// How to leave out an edit: "keep field zone". One line.
 std::string LeavingOut(const Edit& edit);
 
-// What to say where nothing can be changed, since the schema is refused as it already was.
+// What to say about a pre-existing refusal, which no change of the new schema can remove. One line.
 std::string PreexistingSuggestion(const Verdict& verdict);
 
 }  // namespace korvel

@@ -1,4 +1,4 @@
-// Finds ways out by asking the checker about forms of the edits. Held by tests/report/ways_out_test.cpp.
+// Chooses alternatives by running the checker on the resulting models. Tested by tests/report/suggestions_test.cpp.
 #include "analysis/suggest/suggestions.h"
 
 #include <algorithm>
@@ -6,57 +6,60 @@
 #include <optional>
 #include <utility>
 
-#include "analysis/findings/ask_checker.h"
+#include "analysis/findings/run_checker.h"
 #include "analysis/suggest/alternatives.h"
 #include "analysis/suggest/rewrite.h"
 #include "analysis/suggest/suggestion_text.h"
 #include "base/one_line.h"
-#include "schema/text_source.h"
+#include "base/text.h"
 
 namespace korvel {
 namespace {
 
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
-// An edit that cannot be made as it is, and what may come instead.
-struct Choice {
+// An edit that cannot be made as it is, and its alternatives.
+struct OpenEdit {
   std::size_t edit;
-  std::vector<Alternative> forms;
+  std::vector<Alternative> alternatives;
   std::size_t chosen = kNone;  // left out
 
-  const Alternative* Chosen() const { return chosen == kNone ? nullptr : &forms[chosen]; }
+  const Alternative* Chosen() const { return chosen == kNone ? nullptr : &alternatives[chosen]; }
 };
 
-// Nothing spoke against the edit but what it needs, which may have found a form. Whether that is enough shows in its structure.
+// For a blocked edit: the edits that it needs may have alternatives, so the edit itself may be allowed. Accesses the structure so
+// that CanBeWritten checks it.
 Alternative Unchanged(const Edit& edit) {
-  return {true, [meta = edit.meta](Draft& draft) { draft.FindMeta(meta); }, ""};
+  return {true, [meta = edit.meta](ModelEditor& editor) { editor.FindMeta(meta); }, ""};
 }
 
-// Puts suggestions for one table together.
-class Search {
+// Chooses alternatives for the edits of one table.
+class SuggestionFinder {
  public:
-  Search(const Source& old_source, const Difference& difference, const std::string& table, const Settings& settings,
-         const Changes& changes)
+  SuggestionFinder(const Source& old_source, const Difference& difference, const std::string& table, const Settings& settings,
+                   const Changes& changes)
       : old_source_(old_source), difference_(difference), table_(table), settings_(settings), changes_(changes) {
     cost_ = PartsOf(difference.old_model()) + PartsOf(difference.new_model());
     AlternativeMaker maker(difference, settings);
     for (std::size_t i = 0; i < changes.edits.size(); ++i) {
       if (changes.status[i] == EditStatus::kAllowed) continue;
-      Choice choice{i, maker.AlternativesOf(changes.edits[i]), kNone};
-      if (changes.status[i] == EditStatus::kBlocked) choice.forms.insert(choice.forms.begin(), Unchanged(changes.edits[i]));
-      positions_.emplace(i, choices_.size());
-      choices_.push_back(std::move(choice));
+      OpenEdit open{i, maker.AlternativesOf(changes.edits[i]), kNone};
+      if (changes.status[i] == EditStatus::kBlocked) {
+        open.alternatives.insert(open.alternatives.begin(), Unchanged(changes.edits[i]));
+      }
+      positions_.emplace(i, open_edits_.size());
+      open_edits_.push_back(std::move(open));
     }
   }
 
-  // Chooses forms: the first of each edit that is allowed on top of everything chosen before. On top of a schema that is refused
-  // as it stands nothing can be found out.
+  // Chooses for each edit the first alternative that is allowed together with everything chosen before. Finds nothing if the
+  // refusal is pre-existing: then every model is refused.
   void Run() {
     if (changes_.allowed_together.Refused()) return;
     for (std::size_t rank = 0;; ++rank) {
-      std::vector<Choice*> open;
-      for (Choice& choice : choices_) {
-        if (choice.chosen == kNone && choice.forms.size() > rank) open.push_back(&choice);
+      std::vector<OpenEdit*> open;
+      for (OpenEdit& edit : open_edits_) {
+        if (edit.chosen == kNone && edit.alternatives.size() > rank) open.push_back(&edit);
       }
       if (open.empty()) break;
       Try(open, rank);
@@ -67,40 +70,40 @@ class Search {
 
   Suggestion Suggest() const {
     std::optional<Model> model = Compose();
-    if (!model) return {difference_.old_model(), false};  // no file can hold what may go
+    if (!model) return {difference_.old_model(), false};  // no file can contain the allowed edits alone
     const bool allowed = IsAllowed(*model);
     return {std::move(*model), allowed};
   }
 
-  // Null: the edit is left out, or it was never refused.
+  // The chosen alternative; null if the edit is left out or allowed.
   const Alternative* AlternativeOf(std::size_t edit) const {
     const auto found = positions_.find(edit);
-    return found == positions_.end() ? nullptr : choices_[found->second].Chosen();
+    return found == positions_.end() ? nullptr : open_edits_[found->second].Chosen();
   }
 
-  // The new model in which nothing is done but this finding's way out; nullopt if it cannot stand alone.
-  std::optional<Model> Alone(const Finding& finding) const {
+  // The new model in which only the edits of this finding have their alternatives; nullopt if no file can contain it.
+  std::optional<Model> FixFor(const Finding& finding) const {
     std::vector<bool> chosen(changes_.edits.size(), true);
-    std::vector<const Alternative*> forms;
+    std::vector<const Alternative*> alternatives;
     for (const std::size_t edit : finding.edits) {
       if (changes_.status[edit] == EditStatus::kAllowed) continue;
-      const Alternative* const form = AlternativeOf(edit);
-      chosen[edit] = form != nullptr && form->is_made;
-      if (form != nullptr) forms.push_back(form);
+      const Alternative* const alternative = AlternativeOf(edit);
+      chosen[edit] = alternative != nullptr && alternative->makes_edit;
+      if (alternative != nullptr) alternatives.push_back(alternative);
     }
     LeaveOutDependents(chosen);
-    std::optional<Model> model = Made(chosen, forms);
+    std::optional<Model> model = Apply(chosen, alternatives);
     return model && CanBeWritten(*model) ? std::move(model) : std::nullopt;
   }
 
  private:
-  void Try(const std::vector<Choice*>& open, std::size_t rank) {
+  void Try(const std::vector<OpenEdit*>& open, std::size_t rank) {
     if (work_ + cost_ > kMaxWork) return;
     work_ += cost_;
-    for (Choice* choice : open) choice->chosen = rank;
+    for (OpenEdit* edit : open) edit->chosen = rank;
     const std::optional<Model> model = Compose();
     if (model && IsAllowed(*model)) return;
-    for (Choice* choice : open) choice->chosen = kNone;
+    for (OpenEdit* edit : open) edit->chosen = kNone;
     if (open.size() == 1) return;
     const auto middle = open.begin() + static_cast<std::ptrdiff_t>(open.size() / 2);
     Try({open.begin(), middle}, rank);
@@ -109,37 +112,37 @@ class Search {
 
   bool IsAllowed(const Model& model) const {
     const auto library = Build(model);
-    return library && !AskChecker(old_source_.Library(), library->get(), table_, settings_).Refused();
+    return library && !RunChecker(old_source_.Library(), library->get(), table_, settings_).Refused();
   }
 
   std::optional<Model> Compose() const {
     std::vector<bool> chosen;
     for (const EditStatus status : changes_.status) chosen.push_back(status == EditStatus::kAllowed);
-    std::vector<const Alternative*> forms;
-    for (const Choice& choice : choices_) {
-      const Alternative* const form = choice.Chosen();
-      if (form == nullptr) continue;
-      chosen[choice.edit] = form->is_made;
-      forms.push_back(form);
+    std::vector<const Alternative*> alternatives;
+    for (const OpenEdit& open : open_edits_) {
+      const Alternative* const alternative = open.Chosen();
+      if (alternative == nullptr) continue;
+      chosen[open.edit] = alternative->makes_edit;
+      alternatives.push_back(alternative);
     }
-    return Made(chosen, forms);
+    return Apply(chosen, alternatives);
   }
 
-  std::optional<Model> Made(const std::vector<bool>& chosen, const std::vector<const Alternative*>& forms) const {
-    Draft draft(difference_.Apply(chosen));
-    for (const Alternative* form : forms) {
-      if (form->change) form->change(draft);
+  std::optional<Model> Apply(const std::vector<bool>& chosen, const std::vector<const Alternative*>& alternatives) const {
+    ModelEditor editor(difference_.Apply(chosen));
+    for (const Alternative* alternative : alternatives) {
+      if (alternative->change) alternative->change(editor);
     }
-    std::optional<Model> model = draft.Take();
-    // What another protocol asks of structures may be missing in those that no form touched.
-    const bool may_miss = difference_.old_model().protocol != difference_.new_model().protocol;
-    return model && (!may_miss || CanBeWritten(*model)) ? std::move(model) : std::nullopt;
+    std::optional<Model> model = editor.Take();
+    // Structures that no alternative accessed may lack what another protocol requires.
+    const bool changes_protocol = difference_.old_model().protocol != difference_.new_model().protocol;
+    return model && (!changes_protocol || CanBeWritten(*model)) ? std::move(model) : std::nullopt;
   }
 
   void LeaveOutDependents(std::vector<bool>& chosen) const {
-    for (const Choice& choice : choices_) {
-      const auto& needs = difference_.Needs(choice.edit);
-      if (std::ranges::any_of(needs, [&](std::size_t need) { return !chosen[need]; })) chosen[choice.edit] = false;
+    for (const OpenEdit& open : open_edits_) {
+      const auto& needs = difference_.Needs(open.edit);
+      if (std::ranges::any_of(needs, [&](std::size_t need) { return !chosen[need]; })) chosen[open.edit] = false;
     }
   }
 
@@ -148,37 +151,38 @@ class Search {
   const std::string& table_;
   const Settings& settings_;
   const Changes& changes_;
-  std::vector<Choice> choices_;
-  std::map<std::size_t, std::size_t> positions_;  // of choices, by edit
-  std::size_t cost_ = 0;                          // of one question
+  std::vector<OpenEdit> open_edits_;
+  std::map<std::size_t, std::size_t> positions_;  // in open_edits_, by edit
+  std::size_t cost_ = 0;                          // of one run of the checker
   std::size_t work_ = 0;
 };
 
 // One line: what to do instead of the edits of a finding.
-void FillText(const Search& search, const Changes& changes, Finding& finding) {
-  std::string forms;
+void FillText(const SuggestionFinder& finder, const Changes& changes, Finding& finding) {
+  std::string alternatives;
   std::string left_out;
   for (const std::size_t i : finding.edits) {
     if (changes.status[i] == EditStatus::kAllowed) continue;
-    const Alternative* const form = search.AlternativeOf(i);
-    std::string& text = form == nullptr ? left_out : forms;
-    std::string words = form == nullptr ? LeavingOut(changes.edits[i]) : form->text;
-    if (words.empty()) words = "once what it needs has another form, it may go as it is";
-    text.append(text.empty() ? "" : "; ").append(words);
+    const Alternative* const alternative = finder.AlternativeOf(i);
+    std::string& text = alternative == nullptr ? left_out : alternatives;
+    std::string words = alternative == nullptr ? LeavingOut(changes.edits[i]) : alternative->text;
+    if (words.empty()) words = "keep it unchanged; it is allowed once the changes that it needs are replaced";
+    AppendPart(text, "; ", words);
   }
-  finding.has_fix = !forms.empty();
-  if (!left_out.empty()) left_out.insert(0, "leave the change out: ");
-  finding.suggestion = forms + (forms.empty() || left_out.empty() ? "" : "; ") + left_out;
+  finding.has_fix = !alternatives.empty();
+  finding.suggestion = alternatives;
+  if (!left_out.empty()) AppendPart(finding.suggestion, "; ", "leave out the change: " + left_out);
 }
 
-void FillFix(const Search& search, const Difference& difference, const Source& new_source, Rewriter& rewriter, Finding& finding) {
-  const std::optional<Model> alone = search.Alone(finding);
-  if (!alone) return;
-  std::optional<std::vector<Replacement>> fix = rewriter.Rewrite(*alone);
+void FillFix(const SuggestionFinder& finder, const Difference& difference, const Source& new_source, Rewriter& rewriter,
+             Finding& finding) {
+  const std::optional<Model> fixed = finder.FixFor(finding);
+  if (!fixed) return;
+  std::optional<std::vector<Replacement>> fix = rewriter.Rewrite(*fixed);
   if (!fix) return;
-  // Another protocol is that of all tables, and may ask of them what they have not.
-  const bool concerns_all = alone->protocol != difference.new_model().protocol;
-  if (concerns_all && !SourceOfText(new_source.name, Replaced(new_source.text->bytes, *fix))) return;
+  // A protocol is that of all tables, which may lack what it requires.
+  const bool changes_protocol = fixed->protocol != difference.new_model().protocol;
+  if (changes_protocol && !SourceOfText(new_source.name, ApplyReplacements(new_source.text->bytes, *fix))) return;
   finding.fix = std::move(*fix);
 }
 
@@ -187,16 +191,16 @@ bool IsPreexisting(const Finding& finding, const Changes& changes) {
 }
 
 void FillPreexisting(Finding& finding) {
-  finding.suggestion = "no form of this change is allowed: " + PreexistingSuggestion(finding.verdict);
+  finding.suggestion = "no allowed alternative: " + PreexistingSuggestion(finding.verdict);
 }
 
-// A table that is gone comes back with what it reaches. The library goes on as it is.
+// Adds a removed table with all that it reaches. The library keeps its new name and at least its new version.
 Suggestion PutBack(const Source& old_source, const Source& new_source, const std::string& table, const Settings& settings) {
   Model model = ModelOf(old_source, table);
   model.name = new_source.LibraryName();
   model.version = std::max(model.version, new_source.Library()->iVersion);
   const auto built = Build(model);
-  const bool allowed = built && !AskChecker(old_source.Library(), built->get(), table, settings).Refused();
+  const bool allowed = built && !RunChecker(old_source.Library(), built->get(), table, settings).Refused();
   return {std::move(model), allowed};
 }
 
@@ -204,15 +208,15 @@ Suggestion PutBack(const Source& old_source, const Source& new_source, const std
 
 Suggestion Suggest(const Difference& difference, const Source& old_source, const std::string& table, const Settings& settings,
                    const Changes& changes) {
-  Search search(old_source, difference, table, settings, changes);
-  search.Run();
-  return search.Suggest();
+  SuggestionFinder finder(old_source, difference, table, settings, changes);
+  finder.Run();
+  return finder.Suggest();
 }
 
 void FindSuggestions(const Difference& difference, const Source& old_source, const Source& new_source, const std::string& table,
                      const Settings& settings, Changes& changes, bool with_fixes) {
-  Search search(old_source, difference, table, settings, changes);
-  search.Run();
+  SuggestionFinder finder(old_source, difference, table, settings, changes);
+  finder.Run();
   Rewriter rewriter(new_source, old_source);
   std::size_t work = 0;
   for (Finding& finding : changes.findings) {
@@ -220,10 +224,10 @@ void FindSuggestions(const Difference& difference, const Source& old_source, con
       FillPreexisting(finding);
       continue;
     }
-    FillText(search, changes, finding);
-    work += search.cost();
+    FillText(finder, changes, finding);
+    work += finder.cost();
     if (!with_fixes || !new_source.text || work > kMaxWork) continue;
-    FillFix(search, difference, new_source, rewriter, finding);
+    FillFix(finder, difference, new_source, rewriter, finding);
   }
 }
 
@@ -232,8 +236,8 @@ Suggestion FindSuggestionsForRemovedTable(const Source& old_source, const Source
   Suggestion suggestion = PutBack(old_source, new_source, table, settings);
   for (Finding& finding : changes.findings) {
     finding.suggestion =
-        "no form of this change is allowed: " +
-        (suggestion.allowed ? "keep table " + OneLine(table) + ", used or not" : PreexistingSuggestion(finding.verdict));
+        "no allowed alternative: " +
+        (suggestion.allowed ? "keep table " + OneLine(table) + ", even if it is unused" : PreexistingSuggestion(finding.verdict));
   }
   return suggestion;
 }

@@ -1,4 +1,6 @@
-// What may be done instead of a refused change.
+// Finds suggestions for the refused changes of one table, verified by the checker.
+//
+// Functions here may run on several threads at once; sources are only read. They may throw std::bad_alloc.
 #pragma once
 
 #include <cstddef>
@@ -11,24 +13,26 @@
 
 namespace korvel {
 
-// The new schema with every allowed edit and, for each refused one, its nearest legal form (which may be to leave it out).
+// The new schema of a table with all allowed edits, and for each refused edit the alternative that was chosen, if any.
 struct Suggestion {
   Model model;
-  bool allowed = false;  // what the checker answered about it
+  bool allowed = false;  // the checker's verdict about the model
 };
 
-// `changes` are those that FindChanges found for the same sources, table and settings, all members of which are set. A form is
-// chosen only if the checker allows it together with all allowed edits and all other forms that are chosen. What would take more
-// than kMaxWork is left out.
+// The nearest allowed schema. An alternative is chosen only if the checker allows it together with all allowed edits and all
+// other chosen alternatives. The search stops at kMaxWork; edits without an alternative then are left out. REQUIRES: `changes` is
+// the result of FindChanges for the same difference, old source, table and settings; all members of `settings` are set.
 Suggestion Suggest(const Difference& difference, const Source& old_source, const std::string& table, const Settings& settings,
                    const Changes& changes);
 
-// Finds the same forms and fills in suggestion, has_fix and, if wanted, fix of every finding. What a fix makes of the new
-// file is that one form alone; when all fixes together take more than kMaxWork, the last ones are missing.
+// Chooses the same alternatives and sets suggestion, has_fix and, if `with_fixes` and the new source has a text, fix of every
+// finding. A fix changes the new file only for its finding. If all fixes together exceed kMaxWork, the last ones stay empty.
+// REQUIRES: as Suggest.
 void FindSuggestions(const Difference& difference, const Source& old_source, const Source& new_source, const std::string& table,
                      const Settings& settings, Changes& changes, bool with_fixes);
 
-// For a table that is gone from the new source: it is put back, with what it reaches.
+// For a table that the new source does not have (FindRemovedTable): sets the suggestion of each finding, and returns the table
+// with all that it reaches, as the old source has it. REQUIRES: all members of `settings` are set.
 Suggestion FindSuggestionsForRemovedTable(const Source& old_source, const Source& new_source, const std::string& table,
                                           const Settings& settings, Changes& changes);
 

@@ -1,4 +1,4 @@
-// Draws layouts as SVG. Offsets and sizes are those of layout.cpp. Held by tests/report/html_test.cpp and tests/browser.
+// Draws layouts as SVG. Offsets and sizes come from layout.cpp. Tested by tests/report/html_test.cpp and tests/browser.
 #include "report/render/html_layout.h"
 
 #include <algorithm>
@@ -14,20 +14,19 @@
 namespace korvel {
 namespace {
 
-// Of the picture, in its own units.
+// Sizes of the picture, in its own units.
 constexpr double kWidth = 960;
-constexpr double kLeast = 5;    // width of the smallest field
-constexpr double kBar = 40;     // height of a record
-constexpr double kOldTop = 22;  // below the words
+constexpr double kMinWidth = 5;  // of a field
+constexpr double kBar = 40;      // height of a record
+constexpr double kOldTop = 22;   // below the caption
 constexpr double kNewTop = 122;
 constexpr double kHeight = 184;
 constexpr double kCharacter = 6.7;  // of a label
 
-constexpr std::size_t kManyFields = 40;  // of more, those that stay beside each other are drawn as one
+constexpr std::size_t kManyFields = 40;  // of more fields, neighbors with the same change are drawn as one block
 constexpr std::size_t kMaxBlocks = 150;
-constexpr std::size_t kMaxRows = 200;  // of the table below
-
-// The word for what became of a field is a class of the style and the name of a pattern, too.
+constexpr std::size_t kMaxRows = 200;      // of the table below
+constexpr std::size_t kMaxDescribed = 20;  // changes in the description
 
 // One side of a block.
 struct Piece {
@@ -37,7 +36,7 @@ struct Piece {
   double width = 0;
 };
 
-// A field, or several that stay beside each other.
+// A field, or several neighbors with the same change. The word of its change is also the CSS class and the name of the pattern.
 struct Block {
   std::string name;
   std::size_t fields = 1;
@@ -63,10 +62,10 @@ Block BlockOf(const FieldPair& pair, bool tlv) {
   return block;
 }
 
-// Whether `next` lies behind `block` on both sides and fared no differently.
+// Whether `next` follows `block` on both sides and has the same change.
 bool Joins(const Block& block, const Block& next) {
   if (block.change != next.change || block.change == FieldChange::kChanged) return false;
-  const auto follows = [](const Piece& piece, const Piece& behind) { return piece.offset + piece.size == behind.offset; };
+  const auto follows = [](const Piece& piece, const Piece& after) { return piece.offset + piece.size == after.offset; };
   return (!block.on_old || follows(block.before, next.before)) && (!block.on_new || follows(block.after, next.after));
 }
 
@@ -90,9 +89,9 @@ std::vector<Block> BlocksOf(const std::vector<FieldPair>& pairs, bool tlv) {
 
 // --- Scale ---
 
-double WidthOf(std::uint64_t size, double scale) { return std::max(kLeast, static_cast<double>(size) * scale); }
+double WidthOf(std::uint64_t size, double scale) { return std::max(kMinWidth, static_cast<double>(size) * scale); }
 
-// The widest scale at which both records fit. Halving an interval comes as near as pixels need.
+// The widest scale at which both records fit, by bisection.
 double ScaleFor(const std::vector<Block>& blocks) {
   const auto widest = [&](double scale) {
     double before = 0;
@@ -112,8 +111,8 @@ double ScaleFor(const std::vector<Block>& blocks) {
   return low;
 }
 
-// Gives every block its place, side by side in the order of the offsets. The number of those that are drawn wider than they are.
-std::size_t Place(std::vector<Block>& blocks, double scale) {
+// Positions all blocks side by side in the order of their offsets. Returns how many are drawn wider than to scale.
+std::size_t PlaceBlocks(std::vector<Block>& blocks, double scale) {
   std::size_t widened = 0;
   const auto place = [&](bool Block::*on, Piece Block::*piece) {
     std::vector<Block*> order;
@@ -127,7 +126,7 @@ std::size_t Place(std::vector<Block>& blocks, double scale) {
       at.x = x;
       at.width = WidthOf(at.size, scale);
       x += at.width;
-      if (static_cast<double>(at.size) * scale < kLeast) ++widened;
+      if (static_cast<double>(at.size) * scale < kMinWidth) ++widened;
     }
   };
   place(&Block::on_old, &Block::before);
@@ -147,7 +146,7 @@ std::string LabelOf(const Block& block) { return block.fields == 1 ? block.name 
 
 std::string Attribute(const char* name, double value) { return std::string(" ") + name + "=\"" + Number(value) + "\""; }
 
-// A piece of a record; its label where there is room.
+// A piece of a record, with its label if there is room.
 std::string Rectangle(const Block& block, const Piece& piece, double top) {
   const FieldChangeWords words = WordsOf(block.change);
   const std::string label = LabelOf(block);
@@ -164,7 +163,7 @@ std::string Rectangle(const Block& block, const Piece& piece, double top) {
   return html + "</g>\n";
 }
 
-// From where a field was to where it is.
+// Connects the old and the new position of a field.
 std::string Bridge(const Block& block) {
   if (!block.on_old || !block.on_new) return "";
   const auto point = [](double x, double y) { return Number(x) + "," + Number(y); };
@@ -178,27 +177,27 @@ std::string Caption(double y, const std::string& text) {
   return "<text class=\"caption\" x=\"0\"" + Attribute("y", y) + ">" + text + "</text>\n";
 }
 
-// In words, for those who do not see it.
+// The picture in words, for screen readers.
 std::string Description(const std::vector<Block>& blocks) {
   std::string text;
-  std::size_t told = 0;
+  std::size_t listed = 0;
   for (const Block& block : blocks) {
     if (block.change == FieldChange::kSame) continue;
-    if (++told > 20) continue;
+    if (++listed > kMaxDescribed) continue;
     text += LabelOf(block) + ": " + block.what + ". ";
   }
-  if (told > 20) text += "And " + std::to_string(told - 20) + " more. ";
-  return text.empty() ? "No field changed its place or size." : text;
+  if (listed > kMaxDescribed) text += "And " + std::to_string(listed - kMaxDescribed) + " more. ";
+  return text.empty() ? "No field changed its offset or size." : text;
 }
 
 std::string Picture(const TableLayout& before, const TableLayout& after, std::vector<Block> blocks, const std::string& id) {
-  const std::size_t widened = Place(blocks, ScaleFor(blocks));
+  const std::size_t widened = PlaceBlocks(blocks, ScaleFor(blocks));
   std::string html =
       "<div class=\"scroll\" role=\"region\" aria-label=\"picture of the record\" tabindex=\"0\">\n<svg class=\"layout\" "
       "viewBox=\"0 0 " +
       Number(kWidth) + " " + Number(kHeight) + "\" role=\"img\" aria-labelledby=\"" + id + "t " + id + "d\">\n<title id=\"" + id +
-      "t\">The record of " + Html(before.table) + " before and after</title>\n<desc id=\"" + id + "d\">" +
-      Html(Description(blocks)) + "</desc>\n";
+      "t\">The record of " + Html(before.table) + ", old and new</title>\n<desc id=\"" + id + "d\">" + Html(Description(blocks)) +
+      "</desc>\n";
   for (const Block& block : blocks) html += Bridge(block);
   html += Caption(kOldTop - 7, "old record: " + Counted(before.size, "byte"));
   html += Caption(kNewTop + kBar + 17, "new record: " + Counted(after.size, "byte"));
@@ -208,7 +207,7 @@ std::string Picture(const TableLayout& before, const TableLayout& after, std::ve
   }
   html += "</svg>\n</div>\n";
   html += "<p class=\"note\">Drawn to scale";
-  if (widened > 0) html += "; " + Counted(widened, "piece") + " too small to see drawn wider";
+  if (widened > 0) html += "; " + Counted(widened, "piece") + " drawn wider to be visible";
   html += ".</p>\n";
   return html;
 }
@@ -233,7 +232,7 @@ std::string Rows(const std::vector<FieldPair>& pairs, bool tlv) {
   }
   const std::size_t left_out = number > kMaxRows ? number - kMaxRows : 0;
   if (left_out > 0)
-    rows += "<tr><td colspan=\"7\">and " + std::to_string(left_out) + " more: korvelcheck layout shows them</td></tr>\n";
+    rows += "<tr><td colspan=\"7\">and " + std::to_string(left_out) + " more: run korvelcheck layout to list all</td></tr>\n";
   return rows;
 }
 
@@ -260,7 +259,7 @@ std::string LayoutPatterns() {
 }
 
 std::string LayoutLegend() {
-  std::string html = "<p class=\"legend\">Pictures of records: ";
+  std::string html = "<p class=\"legend\">Record layouts: ";
   for (const FieldChange change :
        {FieldChange::kSame, FieldChange::kMoved, FieldChange::kChanged, FieldChange::kAdded, FieldChange::kRemoved}) {
     const FieldChangeWords words = WordsOf(change);
@@ -281,17 +280,13 @@ std::string LayoutSection(const TableResult& table, const std::string& id) {
       std::ranges::any_of(pairs, [&](const FieldPair& pair) { return ChangeOf(pair, tlv) != FieldChange::kSame; });
   std::string html = "<h3>Layout of the record</h3>\n";
   if (!changed)
-    return html + "<p>Unchanged: " + Counted(after.size, "byte") + " in " + Counted(after.own_fields, "field") +
-           ", each where it was.</p>\n";
-  if (tlv)
-    html +=
-        "<p class=\"note\">Records of this table are tags, lengths and values: sizes are those of the packed form, offsets do "
-        "not apply.</p>\n";
+    return html + "<p>Unchanged: " + Counted(after.size, "byte") + " in " + Counted(after.own_fields, "field") + ".</p>\n";
+  if (tlv) html += "<p class=\"note\">TLV records: sizes are those of the packed form; fields have no fixed offset.</p>\n";
   std::vector<Block> blocks = BlocksOf(pairs, tlv);
   if (before.is_union || after.is_union) {
-    html += "<p class=\"note\">No picture of a union: its fields all begin at 0.</p>\n";
+    html += "<p class=\"note\">No picture of a union: all fields start at offset 0.</p>\n";
   } else if (blocks.size() > kMaxBlocks) {
-    html += "<p class=\"note\">No picture: more than " + std::to_string(kMaxBlocks) + " pieces that changed their place.</p>\n";
+    html += "<p class=\"note\">No picture: more than " + std::to_string(kMaxBlocks) + " blocks.</p>\n";
   } else {
     html += Picture(before, after, std::move(blocks), id);
   }

@@ -1,4 +1,4 @@
-// The part of an HTML report that draws a record before and after.
+// The part of an HTML report that draws the old and the new record.
 #pragma once
 
 #include <cstddef>
@@ -8,12 +8,12 @@
 
 namespace korvel {
 
-// Patterns and their meaning, once for all pictures of a page.
+// The fill patterns of all pictures of a page, and their legend.
 std::string LayoutPatterns();
 std::string LayoutLegend();
 
-// A picture of the record's own fields on both sides, to scale, and a table of what moved. `id` makes ids of the page unique.
-// Says so in a sentence where there is nothing to draw. REQUIRES: both sources have the table.
+// A picture of both records, to scale, with the fields of the table itself, and a list of fields that moved or changed. One
+// sentence if the layout did not change. `id` is a prefix for element ids. REQUIRES: both sources have the table.
 std::string LayoutSection(const TableResult& table, const std::string& id);
 
 }  // namespace korvel

@@ -1,4 +1,4 @@
-// Numbers what a page lists. Nothing is written here. Held by tests/report/html_test.cpp.
+// Numbers the findings and changes of a page and marks their lines. Renders nothing. Tested by tests/report/html_test.cpp.
 #include "report/render/html_page.h"
 
 #include <algorithm>
@@ -8,12 +8,12 @@
 
 namespace korvel {
 
-const StatusText& WordsOf(StatusStyle look) {
+const StatusText& TextOf(StatusStyle style) {
   static constexpr StatusText kWords[] = {{"refused", "\u2717", "refused"},
                                           {"waived", "~", "waived"},
-                                          {"waits", "\u2026", "waits"},
+                                          {"blocked", "\u2026", "blocked"},
                                           {"allowed", "\u2713", "allowed"}};
-  return kWords[static_cast<std::size_t>(look)];
+  return kWords[static_cast<std::size_t>(style)];
 }
 
 std::string LabelOf(const std::string& id) {
@@ -22,7 +22,8 @@ std::string LabelOf(const std::string& id) {
   return label;
 }
 
-Page::Page(const Report& report, const HtmlLimits& limits) : report_(report), limits_(limits), marks_(LocationsOf(report, true)) {
+Page::Page(const Report& report, const HtmlLimits& limits)
+    : report_(report), limits_(limits), ranges_(LocationsOf(report, true)) {
   for (const TableResult& table : report.tables) {
     const auto [found, is_new] = pair_of_.try_emplace({table.first, table.second}, pairs_.size());
     if (is_new) pairs_.push_back({table.first, table.second, {}, {}, {}});
@@ -45,17 +46,17 @@ void Page::ListFindings() {
     const PageFinding& listed = findings_.back();
     const TableResult& table = *listed.folded.table;
     const Finding& finding = *listed.folded.finding;
-    for (std::size_t i = 0; i < finding.edits.size(); ++i) AddMarks(table, listed.EditAt(i), listed.GetStatusStyle(), listed.id);
+    for (std::size_t i = 0; i < finding.edits.size(); ++i) AddMarks(table, listed.EditAt(i), listed.Style(), listed.id);
     if (!finding.edits.empty()) continue;
     PagePair& pair = pairs_[PairOf(table)];
-    if (!pair.IsOne()) AddMark(pair.old_marks, finding.old_location, listed.GetStatusStyle(), listed.id);
-    if (!table.removed) AddMark(pair.new_marks, finding.new_location, listed.GetStatusStyle(), listed.id);
+    if (!pair.IsOne()) AddMark(pair.old_marks, finding.old_location, listed.Style(), listed.id);
+    if (!table.removed) AddMark(pair.new_marks, finding.new_location, listed.Style(), listed.id);
   }
 }
 
 void Page::ListChanges() {
   using Key = std::tuple<std::size_t, EditKind, std::string, std::string, EditStatus>;
-  std::map<Key, std::size_t> known;  // tables of a pair share what changes in shared structures and in the library
+  std::map<Key, std::size_t> known;  // tables of a pair share changes of the library and of shared structures
   for (const TableResult& table : report_.tables) {
     if (!table.changes) continue;
     for (std::size_t i = 0; i < table.changes->edits.size(); ++i) {
@@ -71,31 +72,31 @@ void Page::ListChanges() {
         ++changes_left_out_;
         continue;
       }
-      const StatusStyle look = status == EditStatus::kAllowed ? StatusStyle::kAllowed : StatusStyle::kBlocked;
-      changes_.push_back({&table, &edit, look, "c" + std::to_string(changes_.size() + 1)});
+      const StatusStyle style = status == EditStatus::kAllowed ? StatusStyle::kAllowed : StatusStyle::kBlocked;
+      changes_.push_back({&table, &edit, style, "c" + std::to_string(changes_.size() + 1)});
       if (!changes_.back().OfLibrary()) listing_.insert(&table);
-      AddMarks(table, edit, look, changes_.back().id);
+      AddMarks(table, edit, style, changes_.back().id);
     }
   }
 }
 
-void Page::AddMarks(const TableResult& table, const Edit& edit, StatusStyle look, const std::string& id) {
+void Page::AddMarks(const TableResult& table, const Edit& edit, StatusStyle style, const std::string& id) {
   PagePair& pair = pairs_[PairOf(table)];
-  AddMark(pair.old_marks, edit.old_location, look, id);
-  if (!TakesElementAway(edit)) AddMark(pair.new_marks, edit.new_location, look, id);
-  const TextRange* const old_mark = marks_.Find(edit.old_location);
-  const TextRange* const new_mark = marks_.Find(edit.new_location);
-  const bool both = old_mark != nullptr && new_mark != nullptr && old_mark->begin && new_mark->begin;
-  if (both && !TakesElementAway(edit)) pair.known.push_back({old_mark->begin->line, new_mark->begin->line});
+  AddMark(pair.old_marks, edit.old_location, style, id);
+  if (!RemovesElement(edit)) AddMark(pair.new_marks, edit.new_location, style, id);
+  const TextRange* const old_range = ranges_.Find(edit.old_location);
+  const TextRange* const new_range = ranges_.Find(edit.new_location);
+  const bool both = old_range != nullptr && new_range != nullptr && old_range->begin && new_range->begin;
+  if (both && !RemovesElement(edit)) pair.known.push_back({old_range->begin->line, new_range->begin->line});
 }
 
-void Page::AddMark(std::vector<LineMark>& marks, const Location& location, StatusStyle look, const std::string& id) const {
-  const TextRange* const mark = marks_.Find(location);
-  if (mark == nullptr || !mark->begin) return;
-  LineMark line{mark->begin->line, {}, look, id};
+void Page::AddMark(std::vector<LineMark>& marks, const Location& location, StatusStyle style, const std::string& id) const {
+  const TextRange* const range = ranges_.Find(location);
+  if (range == nullptr || !range->begin) return;
+  LineMark line{range->begin->line, {}, style, id};
   if (!location.attribute.empty()) {
-    line.span.begin = mark->span.begin - mark->line_begin;
-    line.span.end = std::min(mark->span.end - mark->line_begin, mark->line.size());
+    line.span.begin = range->span.begin - range->line_begin;
+    line.span.end = std::min(range->span.end - range->line_begin, range->line.size());
   }
   marks.push_back(line);
 }

@@ -1,4 +1,4 @@
-// What an HTML report lists: each finding and each change once, numbered, and the lines of source that they mark.
+// The contents of an HTML report: each finding and each change once, numbered, and the lines of source that they mark.
 #pragma once
 
 #include <cstddef>
@@ -9,39 +9,38 @@
 #include <vector>
 
 #include "base/line_changes.h"
-#include "report/result/fold.h"
 #include "report/result/report.h"
 #include "report/result/text_ranges.h"
 
 namespace korvel {
 
-// Bounds, so that a browser opens the page whatever is reported. What is left out is told on the page.
+// Limits that keep the page small enough for a browser. The page says what was left out.
 struct HtmlLimits {
   std::size_t findings = 2'000;
-  std::size_t changes = 5'000;      // allowed and waiting ones
+  std::size_t changes = 5'000;      // allowed and blocked ones
   std::size_t pictures = 50;        // of layouts
-  std::size_t whole_lines = 2'000;  // of the two files of a pair together; of longer ones only lines near a mark are shown
+  std::size_t whole_lines = 2'000;  // of the two files of a pair together; of longer files only lines near a mark are shown
   std::size_t lines = 20'000;       // rows of source on the page
 };
 
 inline constexpr HtmlLimits kHtmlLimits{};
 
-// How a finding or change looks, the gravest first.
+// How a finding or change is shown, the most severe first.
 enum class StatusStyle { kRefused, kWaived, kBlocked, kAllowed };
 
 struct StatusText {
-  const char* name;  // a class of the style, and the word of the filter
+  const char* name;  // the CSS class, and the value of the filter
   const char* sign;
   const char* word;
 };
 
-const StatusText& WordsOf(StatusStyle look);
+const StatusText& TextOf(StatusStyle style);
 
 struct PageFinding {
   FoldedFinding folded;
   std::string id;  // "f1"; its label is "F1"
 
-  StatusStyle GetStatusStyle() const { return folded.finding->waiver ? StatusStyle::kWaived : StatusStyle::kRefused; }
+  StatusStyle Style() const { return folded.finding->waiver ? StatusStyle::kWaived : StatusStyle::kRefused; }
   const Edit& EditAt(std::size_t i) const { return folded.table->changes->edits[folded.finding->edits[i]]; }
 };
 
@@ -49,9 +48,9 @@ struct PageFinding {
 struct PageChange {
   const TableResult* table;  // the first that has it
   const Edit* edit;
-  StatusStyle look;
+  StatusStyle style;
   std::string id;        // "c1"
-  std::size_t also = 0;  // tables that have it, too
+  std::size_t also = 0;  // other tables with the same change
 
   bool OfLibrary() const { return edit->meta.empty(); }
 };
@@ -60,17 +59,17 @@ struct PageChange {
 struct LineMark {
   std::size_t line;  // from 1
   qmx::Span span;    // in bytes of the line: the value of an attribute; empty for an element as a whole
-  StatusStyle look;
+  StatusStyle style;
   std::string id;  // of the finding or change
 };
 
-// Two files that are compared, or one with itself.
+// Two files that are compared, or one file checked alone.
 struct PagePair {
-  const Source* first;  // null if the tables are only in the second one
+  const Source* first;  // null if the tables are only in `second`
   const Source* second;
   std::vector<LineMark> old_marks;  // ascending in the line
   std::vector<LineMark> new_marks;
-  std::vector<LineMatch> known;  // lines of one edit on both sides
+  std::vector<LineMatch> known;  // old and new line of an edit
 
   bool IsOne() const { return first == nullptr || first == second; }
 };
@@ -87,21 +86,21 @@ class Page {
   std::size_t findings_left_out() const { return findings_left_out_; }
   std::size_t changes_left_out() const { return changes_left_out_; }
 
-  // The pair of a table, by its position.
+  // The position in pairs() of the pair of a table.
   std::size_t PairOf(const TableResult& table) const { return pair_of_.at({table.first, table.second}); }
-  const TextRange* Find(const Location& location) const { return marks_.Find(location); }
-  // Whether it is the table with which a change is listed.
+  const TextRange* Find(const Location& location) const { return ranges_.Find(location); }
+  // Whether a change is listed with this table.
   bool ListsChangeOf(const TableResult& table) const { return listing_.contains(&table); }
 
  private:
   void ListFindings();
   void ListChanges();
-  void AddMarks(const TableResult& table, const Edit& edit, StatusStyle look, const std::string& id);
-  void AddMark(std::vector<LineMark>& marks, const Location& location, StatusStyle look, const std::string& id) const;
+  void AddMarks(const TableResult& table, const Edit& edit, StatusStyle style, const std::string& id);
+  void AddMark(std::vector<LineMark>& marks, const Location& location, StatusStyle style, const std::string& id) const;
 
   const Report& report_;
   HtmlLimits limits_;
-  TextRanges marks_;
+  TextRanges ranges_;
   std::vector<PageFinding> findings_;
   std::vector<PageChange> changes_;
   std::vector<PagePair> pairs_;

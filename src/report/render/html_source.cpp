@@ -1,4 +1,4 @@
-// Schema files side by side, line by line. Held by tests/report/html_test.cpp and tests/browser.
+// Schema files side by side, line by line. Tested by tests/report/html_test.cpp and tests/browser.
 #include "report/render/html_source.h"
 
 #include <algorithm>
@@ -20,12 +20,12 @@ std::string IdOf(std::size_t pair, bool is_new, std::size_t line) {
   return "p" + std::to_string(pair + 1) + (is_new ? "n" : "o") + std::to_string(line);
 }
 
-// The marks of a line, which stand together.
-std::span<const LineMark> TextRangesOf(const std::vector<LineMark>& marks, std::size_t line) {
+// The marks of a line.
+std::span<const LineMark> MarksOf(const std::vector<LineMark>& marks, std::size_t line) {
   return {std::ranges::lower_bound(marks, line, {}, &LineMark::line), std::ranges::upper_bound(marks, line, {}, &LineMark::line)};
 }
 
-StatusStyle GravestOf(std::span<const LineMark> marks) { return std::ranges::min_element(marks, {}, &LineMark::look)->look; }
+StatusStyle WorstOf(std::span<const LineMark> marks) { return std::ranges::min_element(marks, {}, &LineMark::style)->style; }
 
 std::string LinksOf(std::span<const LineMark> marks) {
   std::string html;
@@ -35,7 +35,7 @@ std::string LinksOf(std::span<const LineMark> marks) {
     if (mark.id == last) continue;
     last = mark.id;
     if (++number > kMaxLinks) continue;
-    const StatusText& words = WordsOf(mark.look);
+    const StatusText& words = TextOf(mark.style);
     html += "<a class=\"mark " + std::string(words.name) + "\" href=\"#" + mark.id + "\"><span aria-hidden=\"true\">" +
             words.sign + "</span> <span class=\"hidden\">" + words.word + " </span>" + LabelOf(mark.id) + "</a> ";
   }
@@ -43,23 +43,23 @@ std::string LinksOf(std::span<const LineMark> marks) {
   return html;
 }
 
-// A piece of a line, cut where it is too long to look at.
+// A piece of a line, cut at kMaxLine characters.
 std::string Piece(std::string_view text) {
   std::size_t end = 0;
   for (std::size_t i = 0; i < kMaxLine && end < text.size(); ++i) end += CharacterLength(text.substr(end));
   return HtmlLine(text.substr(0, end)) + (end < text.size() ? "\u2026" : "");
 }
 
-// The text of a line with the values of its attributes marked that changed.
-std::string TextOf(std::string_view line, std::span<const LineMark> marks) {
+// The text of a line; changed attribute values are marked.
+std::string MarkedLine(std::string_view line, std::span<const LineMark> marks) {
   std::vector<LineMark> spans(marks.begin(), marks.end());
   std::erase_if(spans, [](const LineMark& mark) { return mark.span.begin >= mark.span.end; });
-  std::ranges::sort(spans, {}, [](const LineMark& mark) { return std::pair(mark.span.begin, mark.look); });
+  std::ranges::sort(spans, {}, [](const LineMark& mark) { return std::pair(mark.span.begin, mark.style); });
   std::string html;
   std::size_t at = 0;
   for (const LineMark& mark : spans) {
     if (mark.span.begin < at) continue;
-    html += Piece(line.substr(at, mark.span.begin - at)) + "<mark class=\"" + WordsOf(mark.look).name + "\">" +
+    html += Piece(line.substr(at, mark.span.begin - at)) + "<mark class=\"" + TextOf(mark.style).name + "\">" +
             Piece(line.substr(mark.span.begin, mark.span.end - mark.span.begin)) + "</mark>";
     at = mark.span.end;
   }
@@ -69,18 +69,17 @@ std::string TextOf(std::string_view line, std::span<const LineMark> marks) {
 // One side of a row: marks, number, text.
 std::string Cells(std::size_t pair, bool is_new, std::size_t number, const Lines& lines, const std::vector<LineMark>& all) {
   if (number == 0) return "<td class=\"none\"></td><td class=\"none\"></td><td class=\"none\"></td>";
-  const std::span<const LineMark> marks = TextRangesOf(all, number);
-  const std::string look = marks.empty() ? "" : std::string(" ") + WordsOf(GravestOf(marks)).name;
+  const std::span<const LineMark> marks = MarksOf(all, number);
+  const std::string style = marks.empty() ? "" : std::string(" ") + TextOf(WorstOf(marks)).name;
   return "<td class=\"marks\">" + LinksOf(marks) + "</td><td class=\"number\" id=\"" + IdOf(pair, is_new, number) + "\">" +
-         std::to_string(number) + "</td><td class=\"line" + look + "\">" + TextOf(lines[number - 1], marks) + "</td>";
+         std::to_string(number) + "</td><td class=\"line" + style + "\">" + MarkedLine(lines[number - 1], marks) + "</td>";
 }
 
-// Rows that are shown: all, or those near one that is marked.
+// The rows to show: all, or those near a marked one.
 std::vector<bool> Near(const std::vector<LineRow>& rows, const PagePair& pair, bool whole) {
   std::vector<bool> near(rows.size(), whole);
   for (std::size_t i = 0; i < rows.size() && !whole; ++i) {
-    if (TextRangesOf(pair.old_marks, rows[i].old_line).empty() && TextRangesOf(pair.new_marks, rows[i].new_line).empty())
-      continue;
+    if (MarksOf(pair.old_marks, rows[i].old_line).empty() && MarksOf(pair.new_marks, rows[i].new_line).empty()) continue;
     const std::size_t end = std::min(i + kContext + 1, rows.size());
     for (std::size_t k = i - std::min(i, kContext); k < end; ++k) near[k] = true;
   }
@@ -105,29 +104,27 @@ std::string Heading(const PagePair& pair) {
   return side("old: ", *pair.first) + side("new: ", *pair.second);
 }
 
-// The names of those sources of a pair about which something holds.
-template <typename Holds>
-std::string NamesOf(const PagePair& pair, const Holds& holds) {
+// The names of the sources of a pair that satisfy a condition.
+template <typename Condition>
+std::string NamesOf(const PagePair& pair, const Condition& condition) {
   std::string names;
   for (const Source* source : {pair.IsOne() ? nullptr : pair.first, pair.second}) {
-    if (source != nullptr && holds(*source)) names += (names.empty() ? "" : ", ") + Code(source->name);
+    if (source != nullptr && condition(*source)) names += (names.empty() ? "" : ", ") + Code(source->name);
   }
   return names;
 }
 
-// Why a pair has no text to show; empty if it has.
+// Why a pair has no text to show; empty if it has text.
 std::string WhyNoText(const PagePair& pair) {
   const std::string images = NamesOf(pair, [](const Source& source) { return !source.text; });
   if (images.empty()) return "";
-  return "<p class=\"note\">There is no text to show. Compiled, with no lines of its own, and more than a schema file can say: " +
-         images + "</p>\n";
+  return "<p class=\"note\">No source text: " + images + " is compiled, and cannot be written as XML.</p>\n";
 }
 
-// Lines that people do not find in their file.
-std::string WhoseLines(const PagePair& pair) {
+// A note for compiled files: their lines are not in the file itself.
+std::string DumpNote(const PagePair& pair) {
   const std::string images = NamesOf(pair, [](const Source& source) { return source.text && source.text->is_dump; });
-  return images.empty() ? ""
-                        : "Compiled, so that its lines are those that <code>korvelcheck dump</code> writes: " + images + ". ";
+  return images.empty() ? "" : "Compiled; the lines are the output of <code>korvelcheck dump</code>: " + images + ". ";
 }
 
 }  // namespace
@@ -154,7 +151,7 @@ std::string HtmlSources::Section(std::size_t number) {
   const std::vector<bool> near = Near(rows, pair, whole);
   if (std::ranges::find(near, true) == near.end()) return "";
 
-  Shown& shown = shown_[number];
+  ShownLines& shown = shown_[number];
   shown.old_lines.resize(old_lines.size() + 1);
   shown.new_lines.resize(new_lines.size() + 1);
   std::string body;
@@ -177,9 +174,9 @@ std::string HtmlSources::Section(std::size_t number) {
   }
   if (gap > 0) body += Gap(gap, columns);
 
-  std::string notes = WhoseLines(pair);
-  if (!whole) notes += "Only lines near a finding or change are shown: " + std::to_string(kContext) + " on either side. ";
-  if (rows_left_ == 0) notes += "The page shows " + std::to_string(page_.limits().lines) + " rows of source and no more. ";
+  std::string notes = DumpNote(pair);
+  if (!whole) notes += "Only lines near a finding or change are shown, with " + std::to_string(kContext) + " lines of context. ";
+  if (rows_left_ == 0) notes += "The page shows at most " + std::to_string(page_.limits().lines) + " rows of source. ";
   if (!notes.empty()) notes = "<p class=\"note\">" + notes + "</p>\n";
   return title + notes +
          "<div class=\"scroll\" role=\"region\" aria-label=\"schema source\" tabindex=\"0\">\n<table class=\"source" +

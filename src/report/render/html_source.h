@@ -9,7 +9,7 @@
 
 namespace korvel {
 
-// Renders the sources of every pair, and knows then which lines the page shows.
+// Renders the sources of all pairs; afterwards it knows which lines the page shows.
 class HtmlSources {
  public:
   explicit HtmlSources(const Page& page);
@@ -21,7 +21,7 @@ class HtmlSources {
   std::string LineId(std::size_t pair, bool is_new, std::size_t line) const;
 
  private:
-  struct Shown {
+  struct ShownLines {
     std::vector<bool> old_lines;  // by number
     std::vector<bool> new_lines;
   };
@@ -30,7 +30,7 @@ class HtmlSources {
 
   const Page& page_;
   std::size_t rows_left_;
-  std::vector<Shown> shown_;
+  std::vector<ShownLines> shown_;
   std::vector<std::string> sections_;
 };
 

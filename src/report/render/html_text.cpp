@@ -1,4 +1,4 @@
-// Escapes. Held by tests/report/html_text_test.cpp.
+// Escapes text for HTML. Tested by tests/report/html_text_test.cpp.
 #include "report/render/html_text.h"
 
 #include "base/characters.h"

@@ -1,4 +1,4 @@
-// Text as part of an HTML page.
+// Building blocks of HTML pages: escaped text, links, and the embedded style and script.
 #pragma once
 
 #include <cstddef>
@@ -7,17 +7,26 @@
 
 namespace korvel {
 
-// The text as content or as the value of a quoted attribute: &, <, >, " and ' escaped, control characters and marks of writing
-// direction shown as OneLine shows them, bytes that are no UTF-8 as U+FFFD. What it holds cannot become markup.
+// The text as content or as the value of a quoted attribute; it cannot become markup. Escapes &, <, >, " and '. Control
+// characters and writing-direction marks are shown as by OneLine, invalid UTF-8 as U+FFFD.
 std::string Html(std::string_view text);
 
-// The same for a line of source, whose tabs stay.
+// The same for a line of source: tabs stay.
 std::string HtmlLine(std::string_view text);
 
 // <code>text</code>
 std::string Code(std::string_view text);
 
-// A link to a place of the page; the content is markup. Without a target the content alone.
+// A link to the element of the page with the id `target`; `content` is markup. Only the content if `target` is empty.
 std::string Link(const std::string& target, const std::string& content);
+
+// A file of src/report/render/html, embedded by cmake/EmbedPage.cmake when the program is built.
+struct Asset {
+  std::string_view text;
+  std::string_view hash;  // "sha256-...", for the Content-Security-Policy
+};
+
+extern const Asset kPageStyle;
+extern const Asset kPageScript;
 
 }  // namespace korvel

@@ -1,39 +1,79 @@
-// The forms of a report.
+// All output formats: of reports (check, lint, ...), and of `diff`, `layout` and `history`.
+//
+// Common to all functions: they return the whole document, read only their argument, and write nothing. Same input, same bytes:
+// the locale and the terminal do not matter. Names from schemas cannot break a document out of its format. Text output shows
+// invalid UTF-8 and control characters escaped; other formats replace invalid UTF-8 by U+FFFD.
 #pragma once
 
+#include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
+#include "report/result/history.h"
+#include "report/result/listing.h"
 #include "report/result/report.h"
 
 namespace korvel {
 
-// For people: the verdict, one block a table, a summary. `colour` marks the status words for a terminal.
-std::string RenderText(const Report& report, bool colour);
+// "version" of every JSON document. Goes up when a member changes its meaning or is removed; new members do not change it.
+inline constexpr int kJsonVersion = 1;
 
-// For programs: one JSON object, its members in a fixed order. Bytes that are no UTF-8 become U+FFFD.
+// --- Reports ---
+
+// For people: the verdict, one block for each table, a summary. `color` colors the status words for a terminal.
+std::string RenderText(const Report& report, bool color);
+
+// For programs: one JSON object as described by docs/report.schema.json, its members in a fixed order.
 std::string RenderJson(const Report& report);
 
-// For pipelines and the services that show what they find. Whole documents, whatever is in the report; in all of them bytes that
-// are no UTF-8 become U+FFFD, and files are named relative to the working directory.
+// For pipelines and the services that show findings. Files are named relative to the working directory.
 std::string RenderSarif(const Report& report);     // one result for each finding; SARIF 2.1.0
-std::string RenderJunit(const Report& report);     // one test for each table
-std::string RenderGithub(const Report& report);    // commands of a workflow, one a line
+std::string RenderJunit(const Report& report);     // one test case for each table
+std::string RenderGithub(const Report& report);    // workflow commands, one a line
 std::string RenderGitlab(const Report& report);    // a code quality report
-std::string RenderMarkdown(const Report& report);  // the description of a merge request
+std::string RenderMarkdown(const Report& report);  // for the description of a merge request
 
-// For people with a browser: one page that needs nothing else.
+// For people with a browser: one page without references to other files.
 std::string RenderHtml(const Report& report);
 
 // A value of --format.
 struct Format {
   const char* name;
-  std::string (*render)(const Report& report, bool colour);  // `colour` is for forms that people read on a terminal
-  bool shows_fixes = false;                                  // as replacements in the new file; they take time to find
-  bool shows_sources = false;                                // whole files: images need a text for it
+  std::string (*render)(const Report& report, bool color);  // `color` matters for text only
+  bool shows_fixes = false;                                 // shows Finding::fix, which takes time to find
+  bool shows_allowed_changes = false;                       // lists the changes of allowed tables
+  bool shows_sources = false;                               // shows whole files: images are dumped as text for it
 };
 
 // The first is the default.
 std::span<const Format> Formats();
+
+// --- diff ---
+
+// For people: one block for each table, one for each shared structure, a summary.
+std::string RenderDiffText(const Listing& listing);
+std::string RenderDiffJson(const Listing& listing);
+
+// --- history ---
+
+// For people: one block for each step, one for each version against the newest, a summary.
+std::string RenderHistoryText(const History& history, bool color);
+std::string RenderHistoryJson(const History& history);
+
+// --- layout ---
+
+struct LayoutRequest {
+  const Source* before;  // null: one schema alone
+  const Source* after;
+  std::vector<std::string> tables;  // each in at least one of the sources
+};
+
+// For people: one block of aligned columns for each table. Column widths count characters, not bytes.
+std::string RenderLayoutText(const LayoutRequest& request);
+std::string RenderLayoutJson(const LayoutRequest& request);
+
+// "98.1": the part of a record that a field takes, in percent; "0.0" of an empty record. Independent of the locale.
+std::string Percent(std::uint64_t part, std::uint64_t whole);
 
 }  // namespace korvel

@@ -1,9 +1,8 @@
-// Edits as text and JSON; docs/command-line.md describes both. Held by tests/tool/diff_test.cpp.
-#include "report/render/render_diff.h"
-
+// The output of `diff` as text and JSON; docs/command-line.md describes both. Tested by tests/tool/diff_test.cpp.
 #include <nlohmann/json.hpp>
 
 #include "base/one_line.h"
+#include "report/render/render.h"
 #include "report/result/text_ranges.h"
 #include "report/result/words.h"
 
@@ -53,17 +52,17 @@ TextRanges TextRangesOf(const Listing& listing) {
 
 const char* WordFor(const TableEdits& table) {
   if (table.status == TableEdits::Status::kNew) return "new";
-  if (table.status == TableEdits::Status::kRemoved) return "gone";
+  if (table.status == TableEdits::Status::kRemoved) return "removed";
   return table.HasEdits() ? "changed" : "same";
 }
 
 // --- Text ---
 
-class TextWriter {
+class DiffText {
  public:
-  explicit TextWriter(const Listing& listing) : listing_(listing), marks_(TextRangesOf(listing)) {}
+  explicit DiffText(const Listing& listing) : listing_(listing), ranges_(TextRangesOf(listing)) {}
 
-  std::string Write() {
+  std::string Text() {
     if (!listing_.library.empty()) text_ += "library: " + Counted(listing_.library.size(), "change") + "\n";
     AddEdits(listing_.library);
     for (const TableEdits& table : listing_.tables) AddTable(table);
@@ -73,20 +72,20 @@ class TextWriter {
   }
 
  private:
-  std::string Place(const Location& location) const { return ToText(*marks_.Find(location)); }
+  std::string PositionOf(const Location& location) const { return ToText(*ranges_.Find(location)); }
 
-  // What was removed stands at its old place.
+  // An element that was removed is listed at its old location.
   void AddEdits(const std::vector<Edit>& edits) {
     for (const Edit& edit : edits) {
-      const bool is_removed = TakesElementAway(edit);
+      const bool is_removed = RemovesElement(edit);
       const bool has_two = edit.old_location && !is_removed;
-      text_ += "   " + Place(is_removed ? edit.old_location : edit.new_location) + ": " + Describe(edit);
-      text_ += has_two ? " (was at " + Place(edit.old_location) + ")\n" : "\n";
+      text_ += "  " + PositionOf(is_removed ? edit.old_location : edit.new_location) + ": " + Describe(edit);
+      text_ += has_two ? " (was at " + PositionOf(edit.old_location) + ")\n" : "\n";
     }
   }
 
   void AddTable(const TableEdits& table) {
-    text_ += Place(table.declared) + ": table " + OneLine(table.table) + ": ";
+    text_ += PositionOf(table.declared) + ": table " + OneLine(table.table) + ": ";
     if (table.status != TableEdits::Status::kCompared) {
       text_ += std::string(WordFor(table)) + "\n";
     } else if (!table.HasEdits()) {
@@ -94,12 +93,12 @@ class TextWriter {
     } else {
       text_ +=
           (table.edits.empty() ? "changes" : Counted(table.edits.size(), "change") + (table.structures.empty() ? "" : "; more"));
-      text_ += Inside(table) + "\n";
+      text_ += InStructures(table) + "\n";
       AddEdits(table.edits);
     }
   }
 
-  static std::string Inside(const TableEdits& table) {
+  static std::string InStructures(const TableEdits& table) {
     std::string text;
     for (const std::string& structure : table.structures) {
       text.append(text.empty() ? " in " : ", ").append(OneLine(structure));
@@ -116,7 +115,7 @@ class TextWriter {
         is_first = false;
       }
       if (embedding.path_count > embedding.paths.size()) {
-        text_ += " and " + std::to_string(embedding.path_count - embedding.paths.size()) + " more ways";
+        text_ += " and " + std::to_string(embedding.path_count - embedding.paths.size()) + " more paths";
       }
     }
     text_ += "\n";
@@ -126,23 +125,24 @@ class TextWriter {
   void AddTotals() {
     const Totals totals = TotalsOf(listing_);
     text_ += Counted(totals.changes, "change") + "; " + Counted(totals.changed, "table") + " changed, " +
-             std::to_string(totals.same) + " without change, " + std::to_string(totals.added) + " new, " +
-             std::to_string(totals.removed) + " gone\n";
+             std::to_string(totals.same) + " unchanged, " + std::to_string(totals.added) + " new, " +
+             std::to_string(totals.removed) + " removed\n";
   }
 
   const Listing& listing_;
-  TextRanges marks_;
+  TextRanges ranges_;
   std::string text_;
 };
 
 // --- JSON ---
 
-class JsonWriter {
+class DiffJson {
  public:
-  explicit JsonWriter(const Listing& listing) : listing_(listing), marks_(TextRangesOf(listing)) {}
+  explicit DiffJson(const Listing& listing) : listing_(listing), ranges_(TextRangesOf(listing)) {}
 
-  Json Write() const {
-    Json json = {{"tool", "korvelcheck"}, {"version", KORVEL_VERSION}, {"command", "diff"}};
+  Json Document() const {
+    Json json = {
+        {"version", kJsonVersion}, {"tool", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}}}, {"command", "diff"}};
     json["inputs"] = {{{"role", "old"}, {"file", listing_.old_source->name}},
                       {{"role", "new"}, {"file", listing_.new_source->name}}};
     json["library"] = EditsJson(listing_.library);
@@ -155,18 +155,18 @@ class JsonWriter {
                        {"changed", totals.changed},
                        {"same", totals.same},
                        {"new", totals.added},
-                       {"gone", totals.removed}};
+                       {"removed", totals.removed}};
     return json;
   }
 
  private:
   Json LocationJson(const Location& location) const {
-    const TextRange* const mark = marks_.Find(location);
-    if (mark == nullptr) return nullptr;
-    const bool has_line = mark->begin.has_value();
-    return {{"file", mark->file},
-            {"line", has_line ? Json(mark->begin->line) : Json()},
-            {"column", has_line ? Json(mark->begin->column) : Json()}};
+    const TextRange* const range = ranges_.Find(location);
+    if (range == nullptr) return nullptr;
+    const bool has_line = range->begin.has_value();
+    return {{"file", range->file},
+            {"line", has_line ? Json(range->begin->line) : Json()},
+            {"column", has_line ? Json(range->begin->column) : Json()}};
   }
 
   Json EditsJson(const std::vector<Edit>& edits) const {
@@ -178,8 +178,8 @@ class JsonWriter {
                       {"text", Describe(edit)},
                       {"before", edit.before},
                       {"after", edit.after},
-                      {"old_place", LocationJson(edit.old_location)},
-                      {"new_place", LocationJson(edit.new_location)}});
+                      {"old_location", LocationJson(edit.old_location)},
+                      {"new_location", LocationJson(edit.new_location)}});
     }
     return list;
   }
@@ -187,7 +187,7 @@ class JsonWriter {
   Json TableJson(const TableEdits& table) const {
     return {{"table", table.table},
             {"status", WordFor(table)},
-            {"place", LocationJson(table.declared)},
+            {"location", LocationJson(table.declared)},
             {"changes", EditsJson(table.edits)},
             {"structures", table.structures}};
   }
@@ -201,15 +201,15 @@ class JsonWriter {
   }
 
   const Listing& listing_;
-  TextRanges marks_;
+  TextRanges ranges_;
 };
 
 }  // namespace
 
-std::string RenderDiffText(const Listing& listing) { return TextWriter(listing).Write(); }
+std::string RenderDiffText(const Listing& listing) { return DiffText(listing).Text(); }
 
 std::string RenderDiffJson(const Listing& listing) {
-  return JsonWriter(listing).Write().dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  return DiffJson(listing).Document().dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 }  // namespace korvel

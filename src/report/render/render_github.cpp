@@ -1,4 +1,4 @@
-// Commands that a GitHub workflow turns into annotations, one a line. Held by tests/report/formats_test.cpp.
+// A report as commands that a GitHub workflow turns into annotations, one a line. Tested by tests/report/formats_test.cpp.
 #include <algorithm>
 
 #include "base/characters.h"
@@ -8,9 +8,9 @@
 namespace korvel {
 namespace {
 
-// As the runner undoes it: '%' and line ends everywhere, ':' and ',' in properties. Other control characters of a path stay
-// escaped.
-std::string Escaped(std::string_view text, bool is_property) {
+// Escapes what the runner unescapes: '%' and line ends everywhere, ':' and ',' in properties. Also escapes other control
+// characters, which the runner leaves escaped.
+std::string EscapeForCommand(std::string_view text, bool is_property) {
   std::string escaped;
   for (const char c : text) {
     constexpr char kDigits[] = "0123456789ABCDEF";
@@ -22,27 +22,27 @@ std::string Escaped(std::string_view text, bool is_property) {
 }
 
 std::string Property(const char* name, const std::string& value) {
-  return std::string(name) + "=" + Escaped(ValidUtf8(value), true);
+  return std::string(name) + "=" + EscapeForCommand(ValidUtf8(value), true);
 }
 
-// The last column that is marked; end columns may be given only where the mark stays on its line.
-std::string LocationProperties(const TextRange& place) {
-  const std::string path = ServicePath(place.file);
+// `endColumn` is the last marked column; it is allowed only if the range ends on the line where it begins.
+std::string LocationProperties(const TextRange& range) {
+  const std::string path = ServicePath(range.file);
   if (path.empty()) return "";
   std::string text = Property("file", path) + ",";
-  if (!place.begin) return text;
-  const auto& [line, column] = *place.begin;
-  text += "line=" + std::to_string(line) + ",endLine=" + std::to_string(place.end.line) + ",";
-  if (line != place.end.line) return text;
-  return text + "col=" + std::to_string(column) + ",endColumn=" + std::to_string(std::max(column + 1, place.end.column) - 1) +
+  if (!range.begin) return text;
+  const auto& [line, column] = *range.begin;
+  text += "line=" + std::to_string(line) + ",endLine=" + std::to_string(range.end.line) + ",";
+  if (line != range.end.line) return text;
+  return text + "col=" + std::to_string(column) + ",endColumn=" + std::to_string(std::max(column + 1, range.end.column) - 1) +
          ",";
 }
 
 std::string Command(const Issue& issue) {
-  std::string message = issue.text;
+  std::string message = issue.summary;
   for (const std::string& line : DetailsOf(issue)) message += "\n" + line;
-  return std::string("::") + (issue.waived ? "notice " : "error ") + LocationProperties(issue.place) +
-         Property("title", "korvelcheck: " + issue.rule) + "::" + Escaped(ValidUtf8(message), false) + "\n";
+  return std::string("::") + (issue.waived ? "notice " : "error ") + LocationProperties(issue.location) +
+         Property("title", "korvelcheck: " + issue.rule) + "::" + EscapeForCommand(ValidUtf8(message), false) + "\n";
 }
 
 }  // namespace
@@ -51,7 +51,7 @@ std::string RenderGithub(const Report& report) {
   const Summary summary = Summarize(report);
   std::string message = std::string("verdict: ") + WordOf(VerdictOf(summary)) + RemarkOn(summary) + "\n" + ToText(summary);
   for (const FileNote& note : report.files) message += "\n" + ToText(note);
-  std::string text = "::notice title=korvelcheck::" + Escaped(ValidUtf8(message), false) + "\n";
+  std::string text = "::notice title=korvelcheck::" + EscapeForCommand(ValidUtf8(message), false) + "\n";
   const Issues issues(report);
   for (const Issue& issue : issues.all()) text += Command(issue);
   return text;

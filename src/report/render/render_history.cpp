@@ -1,83 +1,143 @@
-// A history as text. Held by tests/tool/history_test.cpp.
-#include "report/render/render_history.h"
+// The output of `history` as text and JSON; docs/command-line.md describes both. Tested by tests/tool/history_test.cpp.
+#include <nlohmann/json.hpp>
+
 #include "base/one_line.h"
-#include "common/result_codes.h"
+#include "report/render/render.h"
+#include "report/result/words.h"
 
 namespace korvel {
 namespace {
 
-class Text {
- public:
-  Text(const History& history, bool colour) : history_(history), colour_(colour) {}
+using Json = nlohmann::ordered_json;
 
-  std::string Run() {
-    text_ = "verdict: " + Shown(history_.Refused()) + "\n";
+const char* VerdictText(bool refused) { return refused ? "refused" : "allowed"; }
+
+// --- Text ---
+
+class HistoryText {
+ public:
+  HistoryText(const History& history, bool color) : history_(history), color_(color) {}
+
+  std::string Text() {
+    text_ = "verdict: " + ColoredVerdict(history_.Refused()) + "\n";
     for (const VersionStep& step : history_.steps) Step(step);
     if (!history_.against_newest.empty())
       text_ += "each version against the newest, " + Name(history_.versions.size() - 1) + ":\n";
-    for (const VersionStep& passage : history_.against_newest) AgainstNewest(passage);
-    Count();
+    for (const VersionStep& step : history_.against_newest) AgainstNewest(step);
+    AddTotals();
     return text_;
   }
 
  private:
   std::string Name(std::size_t version) const { return OneLine(history_.versions[version]->name); }
 
-  std::string Shown(bool refused) const {
-    const char* const word = refused ? "refused" : "allowed";
-    return colour_ ? std::string("\x1b[") + (refused ? "31" : "32") + "m" + word + "\x1b[0m" : word;
+  std::string ColoredVerdict(bool refused) const {
+    const char* const word = VerdictText(refused);
+    return color_ ? std::string("\x1b[") + (refused ? "31" : "32") + "m" + word + "\x1b[0m" : word;
   }
 
-  std::string Heading(const VersionStep& passage) const {
-    return Name(passage.from) + " -> " + Name(passage.to) + ": " + Shown(passage.Refused()) + "\n";
+  std::string Heading(const VersionStep& step) const {
+    return Name(step.from) + " -> " + Name(step.to) + ": " + ColoredVerdict(step.Refused()) + "\n";
   }
 
   void Step(const VersionStep& step) {
     text_ += "step " + std::to_string(step.to) + ": " + Heading(step);
     for (const TableResult& result : step.tables) {
-      if (result.status == Status::kNew) text_ += "   table " + OneLine(result.table) + ": new\n";
+      if (result.status == Status::kNew) text_ += "  table " + OneLine(result.table) + ": new\n";
       if (result.status == Status::kRefused) text_ += Refusal(result) + "\n";
     }
   }
 
   static std::string Refusal(const TableResult& result) {
     const std::string rule = result.rule.empty() ? "" : " [" + result.rule + "]";
-    return "   table " + OneLine(result.table) + ": refused" + rule + " " + std::to_string(result.code) + " " +
-           ResultCodeName(result.code) + "\n      " + (result.text.empty() ? "" : OneLine(result.text) + "\n      ") +
-           "broken by: " + CauseOf(result);
+    return "  table " + OneLine(result.table) + ": refused" + rule + " " + SummaryOf(result) + "\n    " +
+           CheckerLine(result.text) + "\n    code: " + std::to_string(result.code) + " " + CodeNameOf(result.code) +
+           "\n    caused by: " + CauseOf(result);
   }
 
-  void AgainstNewest(const VersionStep& passage) {
-    text_ += Heading(passage);
-    for (const TableResult& result : passage.tables) {
+  void AgainstNewest(const VersionStep& step) {
+    text_ += Heading(step);
+    for (const TableResult& result : step.tables) {
       if (result.status != Status::kRefused) continue;
-      const VersionStep* const step = FirstRefusedStep(history_, passage.from, result.table);
-      text_ += Refusal(result) +
-               (step == nullptr ? ", though every step is allowed"
-                                : ", in step " + std::to_string(step->to) + ": " + Name(step->from) + " -> " + Name(step->to)) +
-               "\n";
+      const VersionStep* const first = FirstRefusedStep(history_, step.from, result.table);
+      text_ +=
+          Refusal(result) +
+          (first == nullptr ? ", although each step alone is allowed"
+                            : ", in step " + std::to_string(first->to) + ": " + Name(first->from) + " -> " + Name(first->to)) +
+          "\n";
     }
   }
 
-  void Count() {
+  void AddTotals() {
     std::size_t refused_steps = 0;
     std::size_t refused_versions = 0;
     for (const VersionStep& step : history_.steps) refused_steps += step.Refused() ? 1 : 0;
-    for (const VersionStep& passage : history_.against_newest) refused_versions += passage.Refused() ? 1 : 0;
+    for (const VersionStep& step : history_.against_newest) refused_versions += step.Refused() ? 1 : 0;
     refused_versions += history_.steps.back().Refused() ? 1 : 0;
     const std::size_t steps = history_.steps.size();
     text_ += std::to_string(refused_steps) + " of " + std::to_string(steps) + (steps == 1 ? " step" : " steps") +
-             " refused; from " + std::to_string(refused_versions) + " of " + std::to_string(steps) +
-             " older versions the newest is refused\n";
+             " refused; the newest version is refused from " + std::to_string(refused_versions) + " of " + std::to_string(steps) +
+             (steps == 1 ? " older version\n" : " older versions\n");
   }
 
   const History& history_;
-  bool colour_;
+  bool color_;
   std::string text_;
 };
 
+// --- JSON ---
+
+Json ToJson(const TableResult& result) {
+  if (result.status == Status::kNew) return {{"table", result.table}, {"status", "new"}};
+  const bool refused = result.status == Status::kRefused;
+  Json json = {
+      {"table", result.table}, {"status", VerdictText(refused)}, {"code", result.code}, {"code_name", CodeNameOf(result.code)}};
+  if (!refused) return json;
+  json["rule"] = result.rule.empty() ? Json() : Json(result.rule);
+  json["summary"] = SummaryOf(result);
+  json["text"] = result.text;
+  json["removed"] = result.removed;
+  json["cause"] = CauseOf(result);
+  return json;
+}
+
+Json ToJson(const VersionStep& step, const History& history) {
+  Json tables = Json::array();
+  for (const TableResult& result : step.tables) tables.push_back(ToJson(result));
+  return {{"from", history.versions[step.from]->name},
+          {"to", history.versions[step.to]->name},
+          {"verdict", VerdictText(step.Refused())},
+          {"tables", std::move(tables)}};
+}
+
+// Adds to each refused table the number of the first refused step, from 1.
+Json WithSteps(const VersionStep& step, const History& history) {
+  Json json = ToJson(step, history);
+  for (std::size_t i = 0; i < step.tables.size(); ++i) {
+    if (step.tables[i].status != Status::kRefused) continue;
+    const VersionStep* const first = FirstRefusedStep(history, step.from, step.tables[i].table);
+    json["tables"][i]["step"] = first == nullptr ? Json() : Json(first->to);
+  }
+  return json;
+}
+
 }  // namespace
 
-std::string RenderHistoryText(const History& history, bool colour) { return Text(history, colour).Run(); }
+std::string RenderHistoryText(const History& history, bool color) { return HistoryText(history, color).Text(); }
+
+std::string RenderHistoryJson(const History& history) {
+  Json json = {{"version", kJsonVersion},
+               {"tool", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}}},
+               {"command", "history"},
+               {"verdict", VerdictText(history.Refused())}};
+  Json& versions = json["versions"] = Json::array();
+  for (const Source* version : history.versions) versions.push_back(version->name);
+  Json& steps = json["steps"] = Json::array();
+  for (const VersionStep& step : history.steps) steps.push_back(ToJson(step, history));
+  Json& against_newest = json["against_newest"] = Json::array();
+  for (const VersionStep& step : history.against_newest) against_newest.push_back(WithSteps(step, history));
+  against_newest.push_back(WithSteps(history.steps.back(), history));
+  return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
 
 }  // namespace korvel

@@ -1,11 +1,11 @@
-// The report as JSON; docs/command-line.md tells of its members, docs/report.schema.json lists them. Held by
+// A report as JSON. docs/report.schema.json lists all members, docs/command-line.md describes them. Tested by
 // tests/report/formats_test.cpp and tests/tool/json_report_test.cpp.
 #include <nlohmann/json.hpp>
 
 #include "common/result_codes.h"
 #include "report/render/render.h"
 #include "report/result/words.h"
-#include "schema/choice.h"
+#include "schema/setting_values.h"
 
 namespace korvel {
 namespace {
@@ -24,17 +24,17 @@ Json ToJson(const Settings& settings) {
 
 Json NameOrNull(const std::string& name) { return name.empty() ? Json() : Json(name); }
 
-Json ToJson(const TextRange& place) {
-  const auto number = [&](std::size_t qmx::LineColumn::*part) { return place.begin ? Json((*place.begin).*part) : Json(); };
-  return {{"file", place.file}, {"line", number(&qmx::LineColumn::line)}, {"column", number(&qmx::LineColumn::column)}};
+Json ToJson(const TextRange& range) {
+  const auto number = [&](std::size_t qmx::LineColumn::*part) { return range.begin ? Json((*range.begin).*part) : Json(); };
+  return {{"file", range.file}, {"line", number(&qmx::LineColumn::line)}, {"column", number(&qmx::LineColumn::column)}};
 }
 
-// A place with its end; null for none.
-Json SpanToJson(const TextRange* mark) {
-  if (mark == nullptr) return {};
-  Json json = ToJson(*mark);
-  json["end_line"] = mark->begin ? Json(mark->end.line) : Json();
-  json["end_column"] = mark->begin ? Json(mark->end.column) : Json();
+// With the end of the range; null for no location.
+Json SpanToJson(const TextRange* range) {
+  if (range == nullptr) return {};
+  Json json = ToJson(*range);
+  json["end_line"] = range->begin ? Json(range->end.line) : Json();
+  json["end_column"] = range->begin ? Json(range->end.column) : Json();
   return json;
 }
 
@@ -42,10 +42,11 @@ Json ToJson(const Verdict& verdict) {
   return {{"code", verdict.code},
           {"code_name", NameOrNull(CodeNameOf(verdict.code))},
           {"rule", NameOrNull(verdict.rule)},
+          {"summary", verdict.Refused() ? Json(SummaryOf(verdict)) : Json()},
           {"text", verdict.text}};
 }
 
-Json ToJson(const Edit& edit, EditStatus status, const TextRanges& marks) {
+Json ToJson(const Edit& edit, EditStatus status, const TextRanges& ranges) {
   return {{"kind", NameOf(edit.kind)},
           {"meta", edit.meta},
           {"item", edit.item},
@@ -55,8 +56,8 @@ Json ToJson(const Edit& edit, EditStatus status, const TextRanges& marks) {
           {"status", WordOf(status)},
           {"paths", edit.paths},
           {"path_count", edit.path_count},
-          {"old_place", SpanToJson(marks.Find(edit.old_location))},
-          {"new_place", SpanToJson(marks.Find(edit.new_location))}};
+          {"old_location", SpanToJson(ranges.Find(edit.old_location))},
+          {"new_location", SpanToJson(ranges.Find(edit.new_location))}};
 }
 
 Json ToJson(const std::vector<Replacement>& fix) {
@@ -66,32 +67,32 @@ Json ToJson(const std::vector<Replacement>& fix) {
   return json;
 }
 
-Json ToJson(const Finding& finding, const TextRanges& marks) {
+Json ToJson(const Finding& finding, const TextRanges& ranges) {
   Json json = {{"edits", finding.edits}};
   json.update(ToJson(finding.verdict));
   json["path"] = finding.path;
-  json["old_place"] = SpanToJson(marks.Find(finding.old_location));
-  json["new_place"] = SpanToJson(marks.Find(finding.new_location));
-  json["way_out"] = finding.suggestion;
-  json["has_legal_form"] = finding.has_fix;
+  json["old_location"] = SpanToJson(ranges.Find(finding.old_location));
+  json["new_location"] = SpanToJson(ranges.Find(finding.new_location));
+  json["suggestion"] = finding.suggestion;
+  json["has_fix"] = finding.has_fix;
   json["fix"] = ToJson(finding.fix);
   json["fingerprint"] = finding.fingerprint;
   json["waiver"] = finding.waiver ? Json{{"reason", finding.waiver->reason}, {"until", finding.waiver->until}} : Json();
   return json;
 }
 
-Json ToJson(const Changes& changes, const TextRanges& marks) {
+Json ToJson(const Changes& changes, const TextRanges& ranges) {
   Json edits = Json::array();
-  for (std::size_t i = 0; i < changes.edits.size(); ++i) edits.push_back(ToJson(changes.edits[i], changes.status[i], marks));
+  for (std::size_t i = 0; i < changes.edits.size(); ++i) edits.push_back(ToJson(changes.edits[i], changes.status[i], ranges));
   Json findings = Json::array();
-  for (const Finding& finding : changes.findings) findings.push_back(ToJson(finding, marks));
+  for (const Finding& finding : changes.findings) findings.push_back(ToJson(finding, ranges));
   return {{"edits", std::move(edits)},
           {"findings", std::move(findings)},
           {"allowed_together", ToJson(changes.allowed_together)},
           {"stopped", changes.stopped}};
 }
 
-Json ToJson(const TableResult& result, const TextRanges& marks) {
+Json ToJson(const TableResult& result, const TextRanges& ranges) {
   Json json = {{"table", result.table}, {"status", WordOf(result.status)}};
   if (result.status != Status::kNew) {
     json["code"] = result.code;
@@ -99,16 +100,17 @@ Json ToJson(const TableResult& result, const TextRanges& marks) {
   }
   if (result.status == Status::kRefused) {
     json["rule"] = NameOrNull(result.rule);
+    json["summary"] = SummaryOf(result);
     json["text"] = result.text;
-    json["gone"] = result.removed;
+    json["removed"] = result.removed;
   }
-  json["place"] = ToJson(*marks.Find(result.declared));
+  json["location"] = ToJson(*ranges.Find(result.declared));
   json["settings"] = ToJson(result.settings);
-  if (result.changes) json["changes"] = ToJson(*result.changes, marks);
+  if (result.changes) json["changes"] = ToJson(*result.changes, ranges);
   return json;
 }
 
-// Findings that several tables have, each once: by positions in "tables" and in "findings" there.
+// Each finding once, also those that several tables share, as positions in "tables" and in the "findings" of the table.
 Json FoldedToJson(const Report& report) {
   Json json = Json::array();
   for (const FoldedFinding& folded : Fold(report)) {
@@ -131,22 +133,17 @@ Json ToJson(const FileNote& note) {
 
 Json ToJson(const ProjectFinding& finding) {
   return {{"rule", finding.rule},
-          {"place", {{"file", finding.file}, {"line", finding.position.line}, {"column", finding.position.column}}},
+          {"location", {{"file", finding.file}, {"line", finding.position.line}, {"column", finding.position.column}}},
           {"text", finding.text},
-          {"way_out", finding.suggestion}};
+          {"suggestion", finding.suggestion}};
 }
 
 Json ToJson(const Summary& summary) {
-  return {{"compared", summary.compared},
-          {"allowed", summary.allowed},
-          {"refused", summary.refused},
-          {"new", summary.added},
-          {"gone", summary.removed},
-          {"failing", summary.failing},
-          {"findings", summary.findings},
-          {"waived", summary.waived},
-          {"files_added", summary.files_added},
-          {"files_deleted", summary.files_deleted},
+  return {{"compared", summary.compared},       {"allowed", summary.allowed},
+          {"refused", summary.refused},         {"new", summary.added},
+          {"removed", summary.removed},         {"failing", summary.failing},
+          {"findings", summary.findings},       {"waived", summary.waived},
+          {"files_added", summary.files_added}, {"files_deleted", summary.files_deleted},
           {"files_moved", summary.files_moved}};
 }
 
@@ -160,13 +157,15 @@ Json List(const auto& values) {
 
 std::string RenderJson(const Report& report) {
   const Summary summary = Summarize(report);
-  const TextRanges marks(LocationsOf(report, true));
-  Json json = {
-      {"tool", "korvelcheck"}, {"version", KORVEL_VERSION}, {"command", report.command}, {"verdict", WordOf(VerdictOf(summary))}};
+  const TextRanges ranges(LocationsOf(report, true));
+  Json json = {{"version", kJsonVersion},
+               {"tool", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}}},
+               {"command", report.command},
+               {"verdict", WordOf(VerdictOf(summary))}};
   Json& inputs = json["inputs"] = Json::array();
   for (const auto& [role, source] : report.inputs) inputs.push_back({{"role", role}, {"file", source->name}});
   Json& tables = json["tables"] = Json::array();
-  for (const TableResult& table : report.tables) tables.push_back(ToJson(table, marks));
+  for (const TableResult& table : report.tables) tables.push_back(ToJson(table, ranges));
   json["findings"] = FoldedToJson(report);
   json["files"] = List(report.files);
   json["project"] = List(report.project);

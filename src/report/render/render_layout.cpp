@@ -1,11 +1,12 @@
-// Layouts as text and JSON; docs/command-line.md describes both. Held by tests/tool/layout_test.cpp.
-#include "report/render/render_layout.h"
-
+// The output of `layout` as text and JSON; docs/command-line.md describes both. Tested by tests/tool/layout_test.cpp.
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "base/columns.h"
+#include "base/characters.h"
 #include "base/one_line.h"
+#include "report/render/render.h"
 #include "report/result/layout.h"
+#include "report/result/words.h"
 
 namespace korvel {
 namespace {
@@ -39,7 +40,7 @@ std::string Notes(const FieldLayout& field) {
   if (field.splittable) add("splittable key");
   if (!field.sort.empty()) add(OneLine(field.sort));
   if (field.version != 1) add("version " + std::to_string(field.version));
-  if (field.closed) add("not opened");
+  if (field.closed) add("fields not listed");
   return notes;
 }
 
@@ -91,17 +92,17 @@ bool HasElements(const TableLayout& layout) {
   return std::ranges::any_of(layout.fields, [](const FieldLayout& field) { return field.in_element; });
 }
 
-std::string Notes(const TableLayout& layout, const std::string& whose) {
+std::string Notes(const TableLayout& layout, const std::string& side) {
   std::string notes;
-  if (layout.is_union) notes += whose + "a union: its fields all begin at 0\n";
+  if (layout.is_union) notes += side + "union: all fields start at offset 0\n";
   if (layout.tlv) {
-    notes += whose + "tag-length-value records: sizes are those of the packed form, offsets do not apply\n";
+    notes += side + "TLV records: sizes are those of the packed form; fields have no fixed offset\n";
   } else if (HasElements(layout)) {
-    notes += whose + "offsets with a + count from the start of an element of the repeated structure\n";
+    notes += side + "offsets with + are relative to the start of an element of the repeated structure\n";
   }
   if (layout.closed > 0) {
-    notes += whose + std::to_string(layout.closed) + " structures are not opened; allowed: up to " +
-             std::to_string(kMaxInnerFields) + " fields inside structures\n";
+    notes += side + "fields of " + Counted(layout.closed, "structure") +
+             " not listed (limit: " + std::to_string(kMaxInnerFields) + " fields inside structures)\n";
   }
   return notes;
 }
@@ -122,7 +123,7 @@ std::string Change(std::uint64_t before, std::uint64_t after) {
 
 std::string PairHead(const TableLayout& before, const TableLayout& after) {
   if (!before.found) return "new, " + Bytes(after.size);
-  if (!after.found) return "gone, was " + Bytes(before.size);
+  if (!after.found) return "removed, was " + Bytes(before.size);
   return std::to_string(before.size) + " -> " + Bytes(after.size) + " (" + Change(before.size, after.size) + ")";
 }
 
@@ -130,11 +131,11 @@ std::string TextBlock(const LayoutRequest& request, const std::string& table) {
   const std::string head = "table " + OneLine(table) + ": ";
   const TableLayout after = LayoutOf(*request.after, table);
   if (request.before == nullptr) {
-    return head + Bytes(after.size) + " a packed record, " + std::to_string(after.own_fields) + " fields\n" + SingleTable(after) +
+    return head + Bytes(after.size) + " per packed record, " + Counted(after.own_fields, "field") + "\n" + SingleTable(after) +
            Notes(after, "");
   }
   const TableLayout before = LayoutOf(*request.before, table);
-  return head + PairHead(before, after) + " a packed record; = same, > moved, ~ changed, + added, - removed\n" +
+  return head + PairHead(before, after) + " per packed record; = same, > moved, ~ changed, + added, - removed\n" +
          PairTable(before, after) + Notes(before, after);
 }
 
@@ -156,7 +157,7 @@ Json ToJson(const FieldLayout& field, const TableLayout& layout) {
                {"key", field.key},
                {"splittable", field.splittable},
                {"sort", field.sort.empty() ? Json() : Json(field.sort)},
-               {"opened", !field.closed}};
+               {"fields_listed", !field.closed}};
   return json;
 }
 
@@ -166,7 +167,7 @@ Json Head(const TableLayout& layout) {
           {"size", layout.size},
           {"own_fields", layout.own_fields},
           {"union", layout.is_union},
-          {"not_opened", layout.closed}};
+          {"unlisted_structures", layout.closed}};
 }
 
 Json SingleJson(const TableLayout& layout) {
@@ -204,7 +205,8 @@ std::string RenderLayoutText(const LayoutRequest& request) {
 }
 
 std::string RenderLayoutJson(const LayoutRequest& request) {
-  Json json = {{"tool", "korvelcheck"}, {"version", KORVEL_VERSION}, {"command", "layout"}};
+  Json json = {
+      {"version", kJsonVersion}, {"tool", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}}}, {"command", "layout"}};
   Json& inputs = json["inputs"] = Json::array();
   if (request.before != nullptr) inputs.push_back({{"role", "old"}, {"file", request.before->name}});
   inputs.push_back({{"role", request.before == nullptr ? "file" : "new"}, {"file", request.after->name}});

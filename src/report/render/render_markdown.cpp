@@ -1,4 +1,4 @@
-// The report for the description of a merge request: a table of findings, each told in full below. Held by
+// A report for the description of a merge request: a table of findings, then the details of each. Tested by
 // tests/report/formats_test.cpp.
 #include <algorithm>
 
@@ -10,13 +10,13 @@
 namespace korvel {
 namespace {
 
-// Services cut or refuse long texts; the findings that are told in full end here, those in the table later.
-constexpr std::size_t kMaxShown = 50;
-constexpr std::size_t kMaxListed = 500;
+// Services cut or refuse long texts.
+constexpr std::size_t kMaxDetailed = 50;  // findings with details
+constexpr std::size_t kMaxListed = 500;   // findings in the table
 
 std::string Row(const Issue& issue) {
   return std::string("| ") + (issue.waived ? "waived" : "refused") + " | " + MarkdownCode(issue.rule) + " | " +
-         MarkdownCode(ToText(issue.place)) + " | " + MarkdownText(issue.text) + " |\n";
+         MarkdownCode(ToText(issue.location)) + " | " + MarkdownText(issue.summary) + " |\n";
 }
 
 std::string More(std::size_t all, std::size_t shown, const char* what) {
@@ -25,53 +25,53 @@ std::string More(std::size_t all, std::size_t shown, const char* what) {
 
 std::string TableOf(const std::vector<Issue>& issues) {
   if (issues.empty()) return "";
-  std::string text = "\n| | rule | place | what the checker says |\n|---|---|---|---|\n";
+  std::string text = "\n| | rule | location | problem |\n|---|---|---|---|\n";
   const std::size_t shown = std::min(issues.size(), kMaxListed);
   for (std::size_t i = 0; i < shown; ++i) text += Row(issues[i]);
-  return text + More(issues.size(), shown, "findings are left out");
+  return text + More(issues.size(), shown, "findings");
 }
 
-// The lines of both sides, cut as people see them.
+// The lines of both sides as a diff.
 std::string DiffOf(const Issue& issue) {
   std::string lines;
-  const auto add = [&](char sign, const TextRange& mark) {
-    if (const auto snippet = SnippetOf(mark)) lines += std::string(1, sign) + snippet->text + "\n";
+  const auto add = [&](char sign, const TextRange& range) {
+    if (const auto snippet = SnippetOf(range)) lines += std::string(1, sign) + snippet->text + "\n";
   };
   const bool removed =
       issue.folded != nullptr && &LeadOf(*issue.table, *issue.folded->finding) == &issue.folded->finding->old_location;
-  if (issue.old_location && issue.old_location->line == issue.place.line) {
-    add(' ', issue.place);  // what did not change is no difference
+  if (issue.old_location && issue.old_location->line == issue.location.line) {
+    add(' ', issue.location);  // the line did not change
   } else {
     if (issue.old_location) add('-', *issue.old_location);
-    if (!removed) add(issue.old_location ? '+' : ' ', issue.place);
+    if (!removed) add(issue.old_location ? '+' : ' ', issue.location);
   }
   return lines.empty() ? "" : "\n" + MarkdownBlock("diff", lines);
 }
 
-std::string ShownInFull(const Issue& issue) {
-  std::string text = "\n<details>\n<summary>" + MarkdownCode(issue.rule) + " " + MarkdownCode(ToText(issue.place)) +
-                     "</summary>\n\n" + MarkdownText(issue.text) + "\n";
+std::string DetailsBlock(const Issue& issue) {
+  std::string text = "\n<details>\n<summary>" + MarkdownCode(issue.rule) + " " + MarkdownCode(ToText(issue.location)) +
+                     "</summary>\n\n" + MarkdownText(issue.summary) + "\n";
   text += DiffOf(issue) + "\n";
   for (const std::string& line : DetailsOf(issue)) text += "- " + MarkdownText(line) + "\n";
   return text + "- fingerprint " + MarkdownCode(issue.fingerprint) + "\n\n</details>\n";
 }
 
-// Tables of several pairs of files may have one name.
+// Tables of several pairs of files may have the same name.
 std::string NameOf(const TableResult& table, bool with_file) {
   return "**Table " + MarkdownText(table.table) + "**" + (with_file ? " of " + MarkdownCode(table.second->name) : "");
 }
 
-std::string PartOf(const TableResult& table, bool with_file) {
+std::string AllowedEdits(const TableResult& table, bool with_file) {
   if (!table.changes || table.status != Status::kRefused || table.changes->edits.empty()) return "";
   const Changes& changes = *table.changes;
   std::string text = "\n" + NameOf(table, with_file) + ": " + MarkdownText(AllowedPart(changes)) + "\n\n";
   std::size_t shown = 0;
-  for (std::size_t i = 0; i < changes.edits.size() && shown < kMaxShown; ++i) {
+  for (std::size_t i = 0; i < changes.edits.size() && shown < kMaxDetailed; ++i) {
     if (changes.status[i] != EditStatus::kAllowed) continue;
     text += "- " + MarkdownText(Describe(changes.edits[i])) + "\n";
     ++shown;
   }
-  return text + More(NumberOf(changes, EditStatus::kAllowed), shown, "changes may go");
+  return text + More(NumberOf(changes, EditStatus::kAllowed), shown, "allowed changes");
 }
 
 }  // namespace
@@ -85,10 +85,10 @@ std::string RenderMarkdown(const Report& report) {
   if (!report.files.empty()) text += "\n";
   for (const FileNote& note : report.files) text += "- " + MarkdownText(ToText(note)) + "\n";
   text += TableOf(issues);
-  const std::size_t told = std::min(issues.size(), kMaxShown);
-  for (std::size_t i = 0; i < told; ++i) text += ShownInFull(issues[i]);
-  text += More(issues.size(), told, "findings are not told in full");
-  for (const TableResult& table : report.tables) text += PartOf(table, report.inputs.size() > 2);
+  const std::size_t detailed = std::min(issues.size(), kMaxDetailed);
+  for (std::size_t i = 0; i < detailed; ++i) text += DetailsBlock(issues[i]);
+  text += More(issues.size(), detailed, "findings without details here");
+  for (const TableResult& table : report.tables) text += AllowedEdits(table, report.inputs.size() > 2);
   return text;
 }
 

@@ -1,4 +1,4 @@
-// The report in the Static Analysis Results Interchange Format, version 2.1.0. Held by tests/report/formats_test.cpp, which
+// A report in the Static Analysis Results Interchange Format, version 2.1.0. Tested by tests/report/formats_test.cpp, which
 // validates it with the schema of the standard.
 #include <algorithm>
 #include <map>
@@ -6,15 +6,15 @@
 
 #include "common/catalog.h"
 #include "report/render/render.h"
-#include "report/render/sarif_rules.h"
 #include "report/result/issues.h"
+#include "rule_docs/rule_docs.h"
 
 namespace korvel {
 namespace {
 
 using Json = nlohmann::ordered_json;
 
-// A path as a URI: everything but letters, digits and what is harmless is percent-encoded.
+// A path as a URI: percent-encodes all characters except letters, digits and "-._~/".
 std::string UriOf(const std::string& path) {
   constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
   constexpr char kDigits[] = "0123456789ABCDEF";
@@ -37,21 +37,21 @@ Json RegionOf(const qmx::LineColumn& begin, const qmx::LineColumn& end) {
   return {{"startLine", begin.line}, {"startColumn", begin.column}, {"endLine", end.line}, {"endColumn", end.column}};
 }
 
-Json PhysicalLocation(const TextRange& mark) {
-  Json json = {{"artifactLocation", ArtifactOf(mark.file)}};
-  if (!mark.begin) return json;
-  Json& region = json["region"] = RegionOf(*mark.begin, mark.end);
-  const bool is_shown = mark.begin->line == mark.end.line && !mark.line.empty();
+Json PhysicalLocation(const TextRange& range) {
+  Json json = {{"artifactLocation", ArtifactOf(range.file)}};
+  if (!range.begin) return json;
+  Json& region = json["region"] = RegionOf(*range.begin, range.end);
+  const bool is_shown = range.begin->line == range.end.line && !range.line.empty();
   if (is_shown)
     region["snippet"] =
-        MessageOf(std::string(mark.line.substr(mark.span.begin - mark.line_begin, mark.span.end - mark.span.begin)));
+        MessageOf(std::string(range.line.substr(range.span.begin - range.line_begin, range.span.end - range.span.begin)));
   return json;
 }
 
-// Lines and columns of what fixes replace: of all findings at once, for a file is passed through each time.
-class Positions {
+// Lines and columns of the parts that fixes replace. Resolved for all findings at once, because that reads the whole file.
+class FixPositions {
  public:
-  explicit Positions(const std::vector<Issue>& issues) {
+  explicit FixPositions(const std::vector<Issue>& issues) {
     for (const Issue& issue : issues) {
       if (issue.folded == nullptr) continue;
       for (const Replacement& part : issue.folded->finding->fix) {
@@ -75,6 +75,46 @@ class Positions {
   std::map<const Source*, std::vector<qmx::LineColumn>> positions_;
 };
 
+// --- Rules ---
+
+// The rules of findings that are not refusals of the catalog.
+struct OtherRule {
+  std::string_view id;
+  const char* summary;
+};
+
+constexpr OtherRule kOtherRules[] = {
+    {"refused", "the checker refuses the table without a text, or with a text that is not in the catalog"},
+    {"waiver.expired", "a waiver has expired and no longer applies"},
+    {"waiver.malformed", "a waiver of the project file lacks a required key or has an unknown one"},
+    {"waiver.unused", "a waiver of the project file matches no finding"},
+};
+
+// Twice, because some services do not read Markdown.
+Json HelpOf(const RuleDoc& doc) {
+  const std::string call = std::string("korvelcheck explain ") + doc.row->id;
+  const std::string more = doc.example ? " shows an example." : " shows the whole page.";
+  return {{"text", doc.protects + "\n\nAllowed instead: " + doc.allowed + "\n\n'" + call + "'" + more},
+          {"markdown", doc.protects + "\n\n**Allowed instead:** " + doc.allowed + "\n\n`" + call + "`" + more}};
+}
+
+// A reportingDescriptor. Services show it next to a result. It has no helpUri, because the pages of docs/rules have no fixed
+// address.
+Json SarifRule(const std::string& id) {
+  Json rule = {{"id", id}};
+  if (const RuleDoc* const doc = FindRuleDoc(id)) {
+    rule["shortDescription"] = MessageOf(doc->row->summary);
+    rule["fullDescription"] = MessageOf(doc->protects);
+    rule["help"] = HelpOf(*doc);
+  } else if (const auto* const other = std::ranges::find(kOtherRules, id, &OtherRule::id); other != std::end(kOtherRules)) {
+    rule["shortDescription"] = MessageOf(other->summary);
+  }
+  rule["defaultConfiguration"] = {{"level", "error"}};
+  return rule;
+}
+
+// --- The log ---
+
 class SarifLog {
  public:
   explicit SarifLog(const Report& report) : report_(report), issues_(report), positions_(issues_.all()) { ListRules(); }
@@ -94,7 +134,7 @@ class SarifLog {
   }
 
  private:
-  // The catalogue, and what else there are results for.
+  // All rules of the catalog, then the other rules that results refer to.
   void ListRules() {
     rules_ = Json::array();
     for (const RefusalRow* row : AllRefusals()) AddRule(row->id);
@@ -114,9 +154,9 @@ class SarifLog {
   }
 
   Json ResultOf(const Issue& issue) const {
-    std::string message = issue.text;
+    std::string message = issue.summary;
     for (const std::string& line : DetailsOf(issue)) message += "\n" + line;
-    Json location = {{"physicalLocation", PhysicalLocation(issue.place)}};
+    Json location = {{"physicalLocation", PhysicalLocation(issue.location)}};
     if (issue.folded != nullptr) location["logicalLocations"] = LogicalLocations(*issue.folded);
     Json json = {{"ruleId", issue.rule},
                  {"ruleIndex", rule_positions_.at(issue.rule)},
@@ -143,7 +183,7 @@ class SarifLog {
                                          {"properties", {{"until", finding.waiver->until}}}}});
   }
 
-  // No way leads to what is the library's: the tables that have it say so.
+  // A change of the library has no path; the table is named instead.
   static Json LogicalLocations(const FoldedFinding& folded) {
     Json json = Json::array();
     const auto add = [&](const TableResult& table, const std::string& path) {
@@ -169,7 +209,7 @@ class SarifLog {
 
   const Report& report_;
   Issues issues_;
-  Positions positions_;
+  FixPositions positions_;
   Json rules_;
   std::map<std::string, std::size_t> rule_positions_;
 };

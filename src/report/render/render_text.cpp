@@ -1,32 +1,160 @@
-// The report as text: its frame, one block a table. Every line stays one line, whatever a name holds. Findings are laid out by
-// text_findings.cpp. Held by tests/report/formats_test.cpp and tests/tool/text_report_test.cpp.
+// A report as text for people. Every line stays one line, whatever a name contains. Tested by tests/report/formats_test.cpp and
+// tests/tool/text_report_test.cpp.
+#include <algorithm>
 #include <set>
+#include <string_view>
 
 #include "base/one_line.h"
+#include "common/catalog.h"
 #include "report/render/render.h"
-#include "report/render/text_findings.h"
 #include "report/result/words.h"
 
 namespace korvel {
 namespace {
 
-// Most edits of one kind that are listed; the JSON report has all.
-constexpr std::size_t kMaxListed = 50;
+constexpr std::size_t kMaxListed = 50;  // edits of one status; the JSON report has all
+constexpr std::size_t kNumberWidth = 6;
 
-const char* ColourOf(Status status) {
-  constexpr const char* kColours[] = {"32", "31", "36"};
-  return kColours[static_cast<std::size_t>(status)];
+// SGR colors of a terminal.
+constexpr char kRed[] = "31", kGreen[] = "32", kYellow[] = "33", kCyan[] = "36";
+
+const char* ColorOf(Status status) {
+  constexpr const char* kColors[] = {kGreen, kRed, kCyan};
+  return kColors[static_cast<std::size_t>(status)];
 }
+
+std::string Colored(const char* text, const char* color, bool wanted) {
+  return wanted ? std::string("\x1b[") + color + "m" + text + "\x1b[0m" : text;
+}
+
+std::string InBrackets(const std::string& rule) { return rule.empty() ? "" : " [" + rule + "]"; }
+
+// --- One finding ---
+
+std::string SnippetLines(const TextRange* range) {
+  const std::optional<Snippet> snippet = range == nullptr ? std::nullopt : SnippetOf(*range);
+  if (!snippet) return "";
+  const std::string number = std::to_string(snippet->line);
+  const std::string margin(kNumberWidth - std::min(kNumberWidth, number.size()), ' ');
+  const std::string under(std::max(kNumberWidth, number.size()), ' ');
+  return margin + number + " | " + snippet->text + "\n" + under + " | " + snippet->caret + "\n";
+}
+
+bool IsSameRange(const TextRange& a, const TextRange& b) { return a.file == b.file && a.span.begin == b.span.begin; }
+
+// The text of a range within its line; empty in an image.
+std::string_view TextAt(const TextRange& range) {
+  if (!range.begin || range.span.end > range.line_begin + range.line.size()) return "";
+  return range.line.substr(range.span.begin - range.line_begin, range.span.end - range.span.begin);
+}
+
+class FindingText {
+ public:
+  FindingText(const FoldedFinding& folded, const TextRanges& ranges)
+      : folded_(folded),
+        table_(*folded.table),
+        finding_(*folded.finding),
+        ranges_(ranges),
+        leads_old_(&LeadOf(table_, finding_) == &finding_.old_location),
+        lead_(ranges.Find(LeadOf(table_, finding_))),
+        other_(ranges.Find(leads_old_ ? finding_.new_location : finding_.old_location)) {}
+
+  std::string Text(bool color) const {
+    std::string text = lead_ == nullptr ? "" : ToText(*lead_) + ": ";
+    text += finding_.waiver ? Colored("waived", kYellow, color) : Colored("refused", kRed, color);
+    text += InBrackets(finding_.verdict.rule) + " " + SummaryOf(finding_.verdict) + "\n" + SnippetLines(lead_);
+    text += "  " + CheckerLine(finding_.verdict.text) + "\n" + Code() + Cause() + Path() + OtherSide() + Also();
+    if (finding_.waiver) {
+      text += "  waived until " + OneLine(finding_.waiver->until) + ": " + OneLine(finding_.waiver->reason) + "\n";
+    }
+    text += "  suggestion: " + OneLine(finding_.suggestion) + "\n";
+    return finding_.fingerprint.empty() ? text : text + "  fingerprint: " + finding_.fingerprint + "\n";
+  }
+
+ private:
+  const Edit& EditAt(std::size_t i) const { return table_.changes->edits[finding_.edits[i]]; }
+
+  // The code of the table is in the line of the table.
+  std::string Code() const {
+    const int code = finding_.verdict.code;
+    return code == table_.code ? "" : "  code: " + std::to_string(code) + " " + CodeNameOf(code) + "\n";
+  }
+
+  // The old value, where there is one single change of a value.
+  std::string OldValue() const {
+    if (finding_.edits.size() != 1) return "";
+    const Edit& edit = EditAt(0);
+    const bool is_value = edit.kind != EditKind::kEntryMoved && edit.kind != EditKind::kIndexMoved;
+    return is_value ? OneLine(edit.before) : "";
+  }
+
+  // Whether a reader sees the change already: the caret marks the new value, and the old value follows.
+  bool IsChangeVisible() const {
+    const Edit& edit = EditAt(0);
+    const bool has_both = !leads_old_ && lead_ != nullptr && other_ != nullptr && !OldValue().empty();
+    return has_both && edit.kind != EditKind::kEntryRenamed && TextAt(*lead_) == edit.after;
+  }
+
+  std::string Cause() const {
+    const std::vector<std::string> edits = EditsOf(table_, finding_);
+    if (edits.empty()) return IsPreexisting(table_) ? std::string("  ") + kPreexisting + "\n" : "";
+    if (edits.size() == 1) return IsChangeVisible() ? "" : "  change: " + edits.front() + "\n";
+    std::string text = "  refused in combination:\n";
+    for (std::size_t i = 0; i < edits.size(); ++i) {
+      const Edit& edit = EditAt(i);
+      const TextRange* const range = ranges_.Find(edit.new_location ? edit.new_location : edit.old_location);
+      text += "    " + edits[i] + (range == nullptr ? "" : " (" + ToText(*range) + ")") + "\n";
+    }
+    return text;
+  }
+
+  // Only for a field inside a structure; the other lines name the table and its own fields.
+  std::string Path() const {
+    const bool is_inside = !finding_.edits.empty() && !EditAt(0).meta.empty() && EditAt(0).meta != table_.table;
+    return is_inside ? "  path: " + OneLine(finding_.path) + "\n" : "";
+  }
+
+  std::string OtherSide() const {
+    if (other_ == nullptr) return "";
+    if (leads_old_) return "  missing in: " + ToText(*other_) + "\n";
+    // Of a schema that is checked alone both sides are the same.
+    if (lead_ != nullptr && IsSameRange(*lead_, *other_)) return "";
+    const std::string value = OldValue();
+    return "  was: " + ToText(*other_) + (value.empty() ? "" : "  " + value) + "\n";
+  }
+
+  std::string Also() const {
+    std::string text;
+    for (const std::string& path : AlsoOf(folded_)) text += (text.empty() ? "" : ", ") + path;
+    return text.empty() ? "" : "  also affected: " + text + "\n";
+  }
+
+  const FoldedFinding& folded_;
+  const TableResult& table_;
+  const Finding& finding_;
+  const TextRanges& ranges_;
+  bool leads_old_;
+  const TextRange* lead_;   // of the side that is reported
+  const TextRange* other_;  // of the other side
+};
+
+// One line for a finding that was reported with an earlier table.
+std::string RepeatedFinding(const TableResult& table, const Finding& finding, const TextRanges& ranges) {
+  const TextRange* const lead = ranges.Find(LeadOf(table, finding));
+  return "  same as above:" + (lead == nullptr ? "" : " " + ToText(*lead)) + InBrackets(finding.verdict.rule) +
+         (finding.path.empty() ? "" : ", here at " + OneLine(finding.path)) + "\n";
+}
+
+// --- The report ---
 
 class TextReport {
  public:
-  TextReport(const Report& report, bool colour)
-      : report_(report), colour_(colour), marks_(LocationsOf(report, false)), folded_(Fold(report)) {}
+  TextReport(const Report& report, bool color)
+      : report_(report), color_(color), ranges_(LocationsOf(report, false)), folded_(Fold(report)) {}
 
   std::string Text() {
     const Summary summary = Summarize(report_);
-    const Status verdict = VerdictOf(summary);
-    text_ = "verdict: " + Word(verdict) + RemarkOn(summary) + "\n";
+    text_ = "verdict: " + Word(VerdictOf(summary)) + RemarkOn(summary) + "\n";
     for (const FileNote& note : report_.files) text_ += ToText(note) + "\n";
     auto next = folded_.cbegin();
     for (const TableResult& table : report_.tables) {
@@ -36,89 +164,103 @@ class TextReport {
       next = end;
     }
     for (const ProjectFinding& finding : report_.project) AddProjectFinding(finding);
-    return text_ + ToText(summary) + "\n";
+    return text_ + ToText(summary) + "\n" + ExplainHint();
   }
 
  private:
-  std::string Word(Status status) const { return Coloured(WordOf(status), ColourOf(status), colour_); }
-  std::string Place(const TableResult& table) const { return ToText(*marks_.Find(table.declared)) + ":"; }
+  std::string Word(Status status) const { return Colored(WordOf(status), ColorOf(status), color_); }
 
   void AddTable(const TableResult& table, std::span<const FoldedFinding> findings) {
     const std::string name = "table " + OneLine(table.table);
-    text_ += Place(table) + " " + Word(table.status);
+    text_ += ToText(*ranges_.Find(table.declared)) + ": " + Word(table.status);
     if (table.status != Status::kRefused) {
       text_ += ": " + name + (table.status == Status::kNew ? " (not compared)" : "") + "\n";
       return;
     }
-    // The first finding says it again, at the very place.
-    const bool is_said_next = !findings.empty() && findings.front().finding->verdict.text == table.text && !table.text.empty();
-    const std::string answer =
-        name + ": " + std::to_string(table.code) + " " + CodeNameOf(table.code) + (table.removed ? " (gone)" : "");
-    if (is_said_next) {
-      text_ += ": " + answer + "\n";
-    } else {
-      text_ += (table.rule.empty() ? "" : " [" + table.rule + "]") + " " + TextOf(table.text) + "\n   " + answer + "\n";
-    }
+    const std::string result =
+        name + ": " + std::to_string(table.code) + " " + CodeNameOf(table.code) + (table.removed ? " (removed)" : "") + "\n";
+    // The first finding usually has the same text, with a more exact location.
+    const bool is_repeated = !findings.empty() && findings.front().finding->verdict.text == table.text && !table.text.empty();
+    text_ += is_repeated ? ": " + result
+                         : InBrackets(table.rule) + " " + SummaryOf(table) + "\n  " + CheckerLine(table.text) + "\n  " + result;
     if (table.changes) AddChanges(table, findings);
   }
 
   void AddChanges(const TableResult& table, std::span<const FoldedFinding> findings) {
-    std::set<const Finding*> told;
+    std::set<const Finding*> listed;
     for (const FoldedFinding& folded : findings) {
-      text_ += TextOfFinding(folded, marks_, colour_);
-      told.insert(folded.finding);
+      text_ += FindingText(folded, ranges_).Text(color_);
+      listed.insert(folded.finding);
     }
     for (const Finding& finding : table.changes->findings) {
-      if (!told.contains(&finding)) text_ += TextOfRepeated(table, finding, marks_);
+      if (!listed.contains(&finding)) text_ += RepeatedFinding(table, finding, ranges_);
     }
     const Changes& changes = *table.changes;
-    if (changes.stopped) {
-      text_ += "   stopped at " + Counted(changes.findings.size(), "finding") +
-               "; changes that were not looked at count as waiting; --max-findings looks for more\n";
-    }
-    if (changes.edits.size() > 1) AddParts(changes);
+    if (changes.stopped) text_ += "  " + StoppedText(changes) + "\n";
+    if (changes.edits.size() > 1) AddEditsByStatus(changes);
   }
 
-  // What may go, what not, what waits.
-  void AddParts(const Changes& changes) {
-    text_ += "   " + AllowedPart(changes) + (NumberOf(changes, EditStatus::kAllowed) == 0 ? "\n" : ":\n");
+  void AddEditsByStatus(const Changes& changes) {
+    text_ += "  " + AllowedPart(changes) + (NumberOf(changes, EditStatus::kAllowed) == 0 ? "\n" : ":\n");
     AddEdits(changes, EditStatus::kAllowed);
-    if (const std::size_t refused = NumberOf(changes, EditStatus::kRefused); refused > 0) {
-      text_ += "   " + std::to_string(refused) + (refused == 1 ? " is refused:\n" : " are refused:\n");
-      AddEdits(changes, EditStatus::kRefused);
-    }
-    if (const std::size_t blocked = NumberOf(changes, EditStatus::kBlocked); blocked > 0) {
-      text_ += "   " + std::to_string(blocked) + (blocked == 1 ? " waits for others:\n" : " wait for others:\n");
-      AddEdits(changes, EditStatus::kBlocked);
-    }
+    AddGroup(changes, EditStatus::kRefused, "refused");
+    AddGroup(changes, EditStatus::kBlocked,
+             changes.stopped ? "blocked by a refused change, or not checked" : "blocked by a refused change");
+  }
+
+  void AddGroup(const Changes& changes, EditStatus status, const char* what) {
+    const std::size_t number = NumberOf(changes, status);
+    if (number == 0) return;
+    text_ += "  " + std::to_string(number) + (number == 1 ? " is " : " are ") + what + ":\n";
+    AddEdits(changes, status);
   }
 
   void AddEdits(const Changes& changes, EditStatus status) {
     std::size_t left = kMaxListed;
     for (std::size_t i = 0; i < changes.edits.size() && left > 0; ++i) {
       if (changes.status[i] != status) continue;
-      text_ += "      " + OneLine(Describe(changes.edits[i])) + "\n";
+      text_ += "    " + OneLine(Describe(changes.edits[i])) + "\n";
       --left;
     }
     const std::size_t all = NumberOf(changes, status);
-    if (all > kMaxListed) text_ += "      ... and " + std::to_string(all - kMaxListed) + " more (--format json lists all)\n";
+    if (all > kMaxListed) text_ += "    ... and " + std::to_string(all - kMaxListed) + " more (--format json lists all)\n";
   }
 
   void AddProjectFinding(const ProjectFinding& finding) {
     text_ += OneLine(finding.file) + ":" + std::to_string(finding.position.line) + ":" + std::to_string(finding.position.column) +
-             ": " + Coloured("error", "31", colour_) + " [" + finding.rule + "] " + OneLine(finding.text) + "\n";
-    if (!finding.suggestion.empty()) text_ += "   way out: " + OneLine(finding.suggestion) + "\n";
+             ": " + Colored("error", kRed, color_) + " [" + finding.rule + "] " + OneLine(finding.text) + "\n";
+    if (!finding.suggestion.empty()) text_ += "  suggestion: " + OneLine(finding.suggestion) + "\n";
+  }
+
+  // Names the command that explains a refusal: a rule of the report, else a result code.
+  std::string ExplainHint() const {
+    std::set<std::string> rules;
+    std::string first;
+    const auto add = [&](const std::string& rule, int code) {
+      const std::string id = FindRefusal(rule) == nullptr ? CodeNameOf(code) : rule;
+      if (first.empty()) first = id;
+      if (!id.empty()) rules.insert(id);
+    };
+    for (const FoldedFinding& folded : folded_) add(folded.finding->verdict.rule, folded.finding->verdict.code);
+    for (const TableResult& table : report_.tables) {
+      if (table.status == Status::kRefused && !table.changes) add(table.rule, table.code);
+    }
+    if (first.empty()) return "";
+    const std::string command = "'korvelcheck explain " + first + "'";
+    if (rules.size() == 1)
+      return "Run " + command + (FindRefusal(first) == nullptr ? " for the result code.\n" : " for the rule.\n");
+    return "Run 'korvelcheck explain ID' for a rule, for example " + command + ".\n";
   }
 
   const Report& report_;
-  bool colour_;
-  TextRanges marks_;
+  bool color_;
+  TextRanges ranges_;
   std::vector<FoldedFinding> folded_;
   std::string text_;
 };
 
 }  // namespace
 
-std::string RenderText(const Report& report, bool colour) { return TextReport(report, colour).Text(); }
+std::string RenderText(const Report& report, bool color) { return TextReport(report, color).Text(); }
 
 }  // namespace korvel

@@ -1,4 +1,4 @@
-// Several versions of a schema, one after the other.
+// The result of checking several versions of a schema, one after the other.
 #pragma once
 
 #include <cstddef>
@@ -9,30 +9,29 @@
 
 namespace korvel {
 
-// A version that became another one, not necessarily the next.
+// The check of a version against a later one, not necessarily the next.
 struct VersionStep {
   std::size_t from = 0;  // positions in History::versions
   std::size_t to = 0;
-  std::vector<TableResult> tables;  // of the older version, then those that only the newer one has
+  std::vector<TableResult> tables;  // those of the older version, then those that only the newer one has
 
   bool Refused() const;
 };
 
-// Does not own what it is about.
+// Borrows the sources.
 struct History {
   std::vector<const Source*> versions;  // oldest first, at least two
   std::vector<VersionStep> steps;       // each version to the next one
-  std::vector<VersionStep>
-      against_newest;  // each version but the last two to the newest; that of the last step is the step itself
+  // Each version except the last two against the newest. The last step compares the last two already.
+  std::vector<VersionStep> against_newest;
 
   bool Refused() const;
 };
 
-// The step that broke the way of a table from a version to the newest: the first one from there that is refused. Null if every
-// step is allowed by itself.
+// The first step at or after version `from` in which the table is refused. Null if each of these steps is allowed alone.
 const VersionStep* FirstRefusedStep(const History& history, std::size_t from, const std::string& table);
 
-// What broke a table: its first refused edit, else the checker's text. One line.
+// What caused the refusal of a table, on one line: its first refused edit, else the checker's text.
 std::string CauseOf(const TableResult& result);
 
 }  // namespace korvel

@@ -1,11 +1,11 @@
-// The faults of a report, one by one. Held by tests/report/issues_test.cpp.
+// Lists the problems of a report. Tested by tests/report/issues_test.cpp and formats_test.cpp.
 #include "report/result/issues.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <map>
 
-#include "analysis/findings/fingerprint.h"
+#include "analysis/findings/finding.h"
 #include "base/one_line.h"
 
 namespace korvel {
@@ -13,14 +13,14 @@ namespace {
 
 constexpr char kNoRule[] = "refused";
 
-// A fingerprint for what has none of its own: rule and name, no line and no file, so that it stays while the schema moves.
-std::string FaultFingerprint(const std::string& rule, const std::string& name) { return FingerprintOf(rule + '\0' + name); }
+// A fingerprint for issues that have none: of rule and name, without line and file, so that it stays when the schema moves.
+std::string NameFingerprint(const std::string& rule, const std::string& name) { return FingerprintOf(rule + '\0' + name); }
 
 bool IsSameLocation(const TextRange& a, const TextRange& b) { return a.file == b.file && a.span.begin == b.span.begin; }
 
 std::string RuleOf(const std::string& rule) { return rule.empty() ? kNoRule : rule; }
 
-// Each finding of each table, as if no other had it.
+// Each finding of each table, without merging.
 std::vector<FoldedFinding> Unfolded(const Report& report) {
   std::vector<FoldedFinding> findings;
   for (const TableResult& table : report.tables) {
@@ -33,7 +33,7 @@ std::vector<FoldedFinding> Unfolded(const Report& report) {
 }  // namespace
 
 Issues::Issues(const Report& report, Repeats repeats)
-    : marks_(LocationsOf(report, false)), folded_(repeats == Repeats::kFolded ? Fold(report) : Unfolded(report)) {
+    : ranges_(LocationsOf(report, false)), folded_(repeats == Repeats::kFolded ? Fold(report) : Unfolded(report)) {
   auto next = folded_.cbegin();
   for (const TableResult& table : report.tables) {
     if (table.status == Status::kRefused && (!table.changes || table.changes->findings.empty())) AddTable(table);
@@ -46,9 +46,9 @@ Issues::Issues(const Report& report, Repeats repeats)
 void Issues::AddTable(const TableResult& table) {
   Issue issue;
   issue.rule = RuleOf(table.rule);
-  issue.text = TextOf(table.text);
-  issue.fingerprint = FaultFingerprint(issue.rule, table.table);
-  issue.place = *marks_.Find(table.declared);
+  issue.summary = SummaryOf(table) + ": " + OneLine(table.table);
+  issue.fingerprint = NameFingerprint(issue.rule, table.table);
+  issue.location = *ranges_.Find(table.declared);
   issue.table = &table;
   issues_.push_back(std::move(issue));
 }
@@ -57,32 +57,32 @@ void Issues::AddFinding(const FoldedFinding& folded) {
   const Finding& finding = *folded.finding;
   Issue issue;
   issue.rule = RuleOf(finding.verdict.rule);
-  issue.text = TextOf(finding.verdict.text);
+  issue.summary = SummaryOf(finding.verdict) + (finding.path.empty() ? "" : ": " + OneLine(finding.path));
   issue.waived = finding.waiver.has_value();
-  issue.fingerprint = finding.fingerprint.empty() ? FaultFingerprint(issue.rule, finding.path) : finding.fingerprint;
+  issue.fingerprint = finding.fingerprint.empty() ? NameFingerprint(issue.rule, finding.path) : finding.fingerprint;
   issue.suggestion = finding.suggestion;
   issue.table = folded.table;
   issue.folded = &folded;
-  const TextRange* const place = marks_.Find(finding.new_location ? finding.new_location : finding.old_location);
-  const TextRange* const old_location = marks_.Find(finding.old_location);
-  issue.place = place == nullptr ? *marks_.Find(folded.table->declared) : *place;
-  if (old_location != nullptr && !IsSameLocation(*old_location, issue.place)) issue.old_location = *old_location;
+  const TextRange* const new_location = ranges_.Find(finding.new_location ? finding.new_location : finding.old_location);
+  const TextRange* const old_location = ranges_.Find(finding.old_location);
+  issue.location = new_location == nullptr ? *ranges_.Find(folded.table->declared) : *new_location;
+  if (old_location != nullptr && !IsSameLocation(*old_location, issue.location)) issue.old_location = *old_location;
   issues_.push_back(std::move(issue));
 }
 
 void Issues::AddProjectFinding(const ProjectFinding& finding) {
   Issue issue;
   issue.rule = finding.rule;
-  issue.text = OneLine(finding.text);
-  issue.fingerprint = FaultFingerprint(finding.rule, finding.text);
-  issue.place.file = finding.file;
-  issue.place.begin = finding.position;
-  issue.place.end = finding.position;
+  issue.summary = OneLine(finding.text);
+  issue.fingerprint = NameFingerprint(finding.rule, finding.text);
+  issue.location.file = finding.file;
+  issue.location.begin = finding.position;
+  issue.location.end = finding.position;
   issue.suggestion = finding.suggestion;
   issues_.push_back(std::move(issue));
 }
 
-// The same library may stand in a report twice, in two files.
+// The same library may occur twice in a report, in two files.
 void Issues::MakeFingerprintsUnique() {
   std::map<std::string, int> seen;
   for (Issue& issue : issues_) {
@@ -96,13 +96,12 @@ namespace {
 void AddFindingTo(std::vector<std::string>& lines, const Issue& issue) {
   const Finding& finding = *issue.folded->finding;
   const TableResult& table = *issue.folded->table;
-  const std::string whole = TextOf(table.text);
-  if (whole != issue.text) lines.push_back("the whole check says: " + whole);
+  if (table.text != finding.verdict.text)
+    lines.push_back("whole check: " + SummaryOf(table) + " (" + CheckerLine(table.text) + ")");
   const std::vector<std::string> edits = EditsOf(table, finding);
-  if (edits.empty() && WasRefusedBefore(table)) lines.emplace_back("the schema is refused as it already was");
-  for (const std::string& edit : edits) lines.push_back((edits.size() == 1 ? "change: " : "only together: ") + edit);
-  if (!finding.path.empty()) lines.push_back("path: " + OneLine(finding.path));
-  for (const std::string& also : AlsoOf(*issue.folded)) lines.push_back("also: " + also);
+  if (edits.empty() && IsPreexisting(table)) lines.emplace_back(kPreexisting);
+  for (const std::string& edit : edits) lines.push_back((edits.size() == 1 ? "change: " : "refused in combination: ") + edit);
+  for (const std::string& also : AlsoOf(*issue.folded)) lines.push_back("also affected: " + also);
   if (finding.waiver) lines.push_back("waived until " + OneLine(finding.waiver->until) + ": " + OneLine(finding.waiver->reason));
 }
 
@@ -111,13 +110,16 @@ void AddFindingTo(std::vector<std::string>& lines, const Issue& issue) {
 std::vector<std::string> DetailsOf(const Issue& issue) {
   std::vector<std::string> lines;
   if (issue.table != nullptr) {
-    const int code = issue.folded == nullptr ? issue.table->code : issue.folded->finding->verdict.code;
-    lines.push_back("table " + OneLine(issue.table->table) + ": " + std::to_string(code) + " " + CodeNameOf(code) +
-                    (issue.table->removed ? " (gone)" : ""));
+    const TableResult& table = *issue.table;
+    const bool is_whole = issue.folded == nullptr;
+    const int code = is_whole ? table.code : issue.folded->finding->verdict.code;
+    lines.push_back(CheckerLine(is_whole ? table.text : issue.folded->finding->verdict.text));
+    lines.push_back("table " + OneLine(table.table) + ": " + std::to_string(code) + " " + CodeNameOf(code) +
+                    (table.removed ? " (removed)" : ""));
   }
   if (issue.folded != nullptr) AddFindingTo(lines, issue);
   if (issue.old_location) lines.push_back("was: " + ToText(*issue.old_location));
-  if (!issue.suggestion.empty()) lines.push_back("way out: " + OneLine(issue.suggestion));
+  if (!issue.suggestion.empty()) lines.push_back("suggestion: " + OneLine(issue.suggestion));
   return lines;
 }
 

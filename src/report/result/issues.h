@@ -1,4 +1,4 @@
-// What a report finds fault with, as formats that annotate files need it: one record for each fault, with its place.
+// The findings of a report as formats need them that annotate files: one record for each problem, with its location.
 #pragma once
 
 #include <optional>
@@ -10,26 +10,26 @@
 namespace korvel {
 
 struct Issue {
-  std::string rule;  // id; "refused" for a refusal that has none in the catalogue
-  std::string text;  // on one line
+  std::string rule;     // id; "refused" for a refusal without a rule in the catalog
+  std::string summary;  // what is wrong, in plain words, and the path: "a field's size was reduced: orders.zone". On one line
   bool waived = false;
-  std::string fingerprint;  // no two issues of a report have the same
-  // In the new file; of what was removed the nearest place that encloses it there; in the old file for want of any.
-  TextRange place;
-  std::optional<TextRange> old_location;  // where that is another
+  std::string fingerprint;  // unique in the report
+  // In the new file. Of something that was removed, the nearest enclosing element there; if there is none, in the old file.
+  TextRange location;
+  std::optional<TextRange> old_location;  // if it differs from `location`
   std::string suggestion;                 // "" for none
-  // What it is about; null for a finding about the project file, and the second as well for a table that was not taken apart.
+  // Both null for a finding about the project file. `folded` is also null for a table whose changes were not checked one by one.
   const TableResult* table = nullptr;
   const FoldedFinding* folded = nullptr;
 };
 
-// What becomes of a finding that several tables have.
+// How often a finding is listed that several tables share.
 enum class Repeats {
-  kFolded,  // one issue, at the first table
-  kEach,    // one for each table
+  kFolded,  // once, at the first table
+  kEach,    // once for each table
 };
 
-// The issues of a report, in its order. The report outlives them.
+// The issues of a report, in its order. REQUIRES: the report outlives them.
 class Issues {
  public:
   explicit Issues(const Report& report, Repeats repeats = Repeats::kFolded);
@@ -37,7 +37,7 @@ class Issues {
   Issues& operator=(const Issues&) = delete;
 
   const std::vector<Issue>& all() const& { return issues_; }
-  void all() && = delete;  // the list would not outlive the statement
+  void all() && = delete;  // the list would dangle
 
  private:
   void AddTable(const TableResult& table);
@@ -45,16 +45,17 @@ class Issues {
   void AddProjectFinding(const ProjectFinding& finding);
   void MakeFingerprintsUnique();
 
-  TextRanges marks_;
+  TextRanges ranges_;
   std::vector<FoldedFinding> folded_;
   std::vector<Issue> issues_;
 };
 
-// Everything there is to say about an issue, in lines: the change, the old place, the ways to it, the waiver, the way out.
+// All details of an issue besides its summary, as lines of text: the checker's text, table and result code, change, paths,
+// waiver, old location, suggestion.
 std::vector<std::string> DetailsOf(const Issue& issue);
 
-// A file as services that show reports name it: relative to the working directory where it lies below it, with '/'; the path
-// alone of "git:REV:PATH"; "" for standard input.
+// The path of a file for services that show reports: relative to the working directory if the file is below it, with '/'; PATH
+// of "git:REV:PATH"; "" for standard input.
 std::string ServicePath(const std::string& file);
 
 }  // namespace korvel

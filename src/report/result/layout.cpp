@@ -1,5 +1,5 @@
-// Lays a table's fields out. Two layouts are put beside each other by layout_pairs.cpp; nothing is printed here.
-// Held by tests/report/layout_test.cpp.
+// Computes the layout of a table. Two layouts are compared by layout_pairs.cpp; renderers print them. Tested by
+// tests/report/layout_test.cpp.
 #include "report/result/layout.h"
 
 #include <algorithm>
@@ -8,7 +8,7 @@
 #include "common/check_table.h"
 #include "common/meta_view.h"
 #include "qmx/qmx_metalib_kernel.h"
-#include "schema/choice.h"
+#include "schema/setting_values.h"
 #include "schema/settings.h"
 
 namespace korvel {
@@ -22,12 +22,12 @@ std::string TypeName(LPQMXMETALIB library, LPQMXMETAENTRY entry) {
 
 constexpr std::size_t kLongPath = 512;  // bytes
 
-// Where a structure's fields are put.
+// Where the fields of a structure go.
 struct Frame {
   std::string prefix;        // of their paths
-  std::uint64_t offset = 0;  // of its first byte
-  bool in_element = false;   // what that counts from
-  std::uint64_t times = 1;   // how often it stands in a record
+  std::uint64_t offset = 0;  // of the first byte
+  bool in_element = false;   // whether the offset counts from an element
+  std::uint64_t times = 1;   // occurrences in a record
   bool is_table = true;
 };
 
@@ -71,12 +71,12 @@ class Walk {
     field.offset = offset;
     field.in_element = frame.in_element;
     field.in_record = field.size * frame.times;
-    if (frame.is_table) TextRange(entry, field);
+    if (frame.is_table) AddRoles(entry, field);
     return field;
   }
 
-  // Keys and sort fields are those of the table alone.
-  void TextRange(LPQMXMETAENTRY entry, FieldLayout& field) const {
+  // Only fields of the table itself can be key or sort fields.
+  void AddRoles(LPQMXMETAENTRY entry, FieldLayout& field) const {
     field.key = IsPrimaryKeyMember(entry);
     field.splittable = splittable_.contains(field.name);
     const char* const mark = qmx_get_entry_customattr2(library_, entry);
@@ -85,7 +85,7 @@ class Walk {
 
   void Open(LPQMXMETA inner, std::size_t position, const Frame& outer) {
     FieldLayout& field = layout_.fields[position];
-    // Every field inside repeats the path of what it is in: long names count for more.
+    // The path of every inner field repeats the path of the structure: long paths cost more.
     const std::size_t cost = static_cast<std::size_t>(EntryCount(inner)) * (1 + field.path.size() / kLongPath);
     if (cost > left_) {
       field.closed = true;

@@ -1,4 +1,4 @@
-// Puts two layouts of a table beside each other. Held by tests/report/layout_test.cpp.
+// Compares two layouts of a table, field by field. Tested by tests/report/layout_test.cpp.
 #include <optional>
 #include <string_view>
 #include <unordered_map>
@@ -8,7 +8,7 @@
 namespace korvel {
 namespace {
 
-// The fields of one structure, or those of the table: fields [begin, end) of a layout and what is in them.
+// The fields of one structure, or those of the table: fields [begin, end) of a layout, including inner fields.
 struct Part {
   const TableLayout& layout;
   std::size_t begin;
@@ -29,7 +29,7 @@ struct Part {
 using Fields = std::vector<const FieldLayout*>;
 using Matches = std::vector<std::optional<std::size_t>>;  // of each old field, the position of its new one
 
-// Gives those a partner that have none yet and share a key. The first of a key is meant; fields without one stay alone.
+// Matches fields without a partner that have the same key. Of several with one key, the first is taken.
 template <class Key, class KeyOf>
 void Match(const Fields& before, const Fields& after, KeyOf key_of, Matches& partners, std::vector<bool>& taken) {
   std::unordered_map<Key, std::size_t> known;
@@ -58,7 +58,7 @@ class Pairing {
     for (std::size_t i = 0; i < partners.size(); ++i) {
       if (partners[i]) origin[*partners[i]] = i;
     }
-    std::size_t next = 0;  // the first old field that is not looked at yet
+    std::size_t next = 0;  // the first old field that was not visited yet
     const auto add_removed = [&](std::size_t end) {
       for (; next < end; ++next) {
         if (!partners[next]) Put(before, after, {old_fields[next], nullptr, level});
@@ -102,8 +102,8 @@ std::string Difference(std::uint64_t before, std::uint64_t after) {
   return after < before ? "-" + std::to_string(before - after) : "+" + std::to_string(after - before);
 }
 
-// Collects what happened.
-class Words {
+// Joins descriptions of changes.
+class ChangeText {
  public:
   void Add(const std::string& words) { text_ += (text_.empty() ? "" : ", ") + words; }
 
@@ -121,9 +121,9 @@ bool Moved(const FieldPair& pair, bool tlv) {
   return !tlv && (pair.before->offset != pair.after->offset || pair.before->in_element != pair.after->in_element);
 }
 
-// What happened to a field that is on both sides, but for where it lies.
+// What happened to a field that is on both sides, apart from its offset.
 std::string DescribeItself(const FieldLayout& before, const FieldLayout& after) {
-  Words words;
+  ChangeText words;
   if (before.name != after.name) words.Add("renamed from " + before.name);
   words.Changed("type", before.type, after.type);
   words.Changed("count", std::to_string(before.count), std::to_string(after.count));
@@ -155,7 +155,7 @@ FieldChange ChangeOf(const FieldPair& pair, bool tlv) {
 std::string DescribeChange(const FieldPair& pair, bool tlv) {
   if (pair.before == nullptr) return "added";
   if (pair.after == nullptr) return "removed";
-  Words words;
+  ChangeText words;
   if (const std::string itself = DescribeItself(*pair.before, *pair.after); !itself.empty()) words.Add(itself);
   if (Moved(pair, tlv)) words.Add("moved by " + Difference(pair.before->offset, pair.after->offset));
   return words.text();

@@ -1,4 +1,4 @@
-// Sorts the edits of many tables by what they belong to. Held by tests/tool/diff_test.cpp.
+// Groups the edits of tables by the structure that they belong to. Tested by tests/tool/diff_test.cpp.
 #include "report/result/listing.h"
 
 #include <algorithm>
@@ -42,7 +42,7 @@ class Lister {
     listing_.tables.push_back({table, TableEdits::Status::kNew, DeclaredAt(*listing_.new_source, table), {}, {}});
   }
 
-  // A table that others embed has its edits in its own place, whichever of them came first.
+  // The edits of a table that other tables embed are listed with the table itself.
   Listing Take() {
     for (TableEdits& table : listing_.tables) {
       if (const auto found = compared_.find(table.table); found != compared_.end()) {
@@ -74,7 +74,7 @@ class Lister {
     if (is_new) structure.edits = std::move(edits);
   }
 
-  // The ways to an edit are those to its meta, with its entry behind them.
+  // The paths of an edit are those of its meta, followed by the entry.
   static Embedding EmbeddingOf(const TableEdits& table, const Edit& edit) {
     const std::size_t tail = edit.kind >= EditKind::kEntryAdded ? edit.item.size() + 1 : 0;
     Embedding embedding{table.table, edit.paths, edit.path_count};

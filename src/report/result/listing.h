@@ -1,4 +1,5 @@
-// The edits between two sources as `diff` shows them: those of the library and of shared structures once, whatever embeds them.
+// The edits between two sources as `diff` lists them. Edits of the library and of shared structures are listed once, no matter
+// how many tables embed them.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +15,7 @@ namespace korvel {
 struct Embedding {
   std::string table;
   std::vector<std::string> paths;  // at most kMaxPaths
-  std::size_t path_count = 0;      // of all
+  std::size_t path_count = 0;      // of all paths
 };
 
 // Edits of one meta, in their order.
@@ -29,7 +30,7 @@ struct TableEdits {
 
   std::string table;
   Status status = Status::kCompared;
-  Location declared;                    // in the new source; in the old one if it is gone
+  Location declared;                    // in the new source; in the old one if the table was removed
   std::vector<Edit> edits;              // of the table itself
   std::vector<std::string> structures;  // those it embeds that have edits, tables among them
 
@@ -44,8 +45,8 @@ struct Listing {
   std::vector<StructureEdits> structures;  // other than compared tables, in the order in which tables embed them
 };
 
-// Lists the edits of tables that the old source has, those that the new one lacks as gone, and names those that only the new one
-// has. REQUIRES: `old_tables` differ, and the sources outlive the listing.
+// Lists the edits of `old_tables`, tables of the old source. Those that the new source lacks are kRemoved. `added_tables` are
+// listed as kNew. REQUIRES: no name occurs twice in `old_tables`, and the sources outlive the listing.
 Listing ListChanges(const Source& old_source, const Source& new_source, const std::vector<std::string>& old_tables,
                     const std::vector<std::string>& added_tables);
 

@@ -1,4 +1,4 @@
-// The line of a mark, cut to what people can look at, and the caret under it. Held by tests/report/snippet_test.cpp.
+// The line of a range, cut to a readable length, and the caret below it. Tested by tests/report/snippet_test.cpp.
 #include <algorithm>
 
 #include "base/characters.h"
@@ -7,7 +7,7 @@
 namespace korvel {
 namespace {
 
-// The offset `count` characters behind `at`, or the end.
+// The offset `count` characters after `at`, or the end.
 std::size_t Forward(std::string_view text, std::size_t at, std::size_t count) {
   for (; count > 0 && at < text.size(); --count) at += CharacterLength(text.substr(at));
   return at;
@@ -23,7 +23,7 @@ std::size_t Back(std::string_view text, std::size_t at, std::size_t count) {
   return at;
 }
 
-// What is shown of a line: the part that is marked, and as much around it as fits.
+// The part of a line to show: the marked part, and as much around it as fits.
 qmx::Span Window(std::string_view line, qmx::Span marked) {
   const std::size_t stop = std::min(marked.end, Forward(line, marked.begin, kMaxSnippet));
   const std::size_t left = kMaxSnippet - CharacterCount(line.substr(marked.begin, stop - marked.begin));
@@ -34,10 +34,10 @@ qmx::Span Window(std::string_view line, qmx::Span marked) {
   return {Back(line, marked.begin, taken), Forward(line, stop, left - taken)};
 }
 
-// Lays a line and its caret side by side.
-class Writer {
+// Builds the line and the caret below it, character by character.
+class SnippetBuilder {
  public:
-  Writer(Snippet& snippet, qmx::Span marked) : snippet_(snippet), marked_(marked) {}
+  SnippetBuilder(Snippet& snippet, qmx::Span marked) : snippet_(snippet), marked_(marked) {}
 
   void Add(std::string_view character, std::size_t at) {
     const std::string shown = character == "\t" ? "\t" : VisibleCharacter(character);
@@ -62,22 +62,22 @@ class Writer {
 
 }  // namespace
 
-std::optional<Snippet> SnippetOf(const TextRange& mark) {
-  if (!mark.begin) return std::nullopt;
-  const std::string_view line = mark.line;
-  const auto in_line = [&](std::size_t offset) { return std::min(offset - std::min(offset, mark.line_begin), line.size()); };
-  const qmx::Span marked{in_line(mark.span.begin), in_line(mark.span.end)};
+std::optional<Snippet> SnippetOf(const TextRange& range) {
+  if (!range.begin) return std::nullopt;
+  const std::string_view line = range.line;
+  const auto in_line = [&](std::size_t offset) { return std::min(offset - std::min(offset, range.line_begin), line.size()); };
+  const qmx::Span marked{in_line(range.span.begin), in_line(range.span.end)};
   const qmx::Span window = Window(line, marked);
   constexpr char kCut[] = "\xE2\x80\xA6";  // U+2026
-  Snippet snippet{mark.begin->line, window.begin == 0 ? "" : kCut, window.begin == 0 ? "" : " "};
-  Writer writer(snippet, marked);
+  Snippet snippet{range.begin->line, window.begin == 0 ? "" : kCut, window.begin == 0 ? "" : " "};
+  SnippetBuilder builder(snippet, marked);
   for (std::size_t at = window.begin; at < window.end;) {
     const std::string_view character = line.substr(at, CharacterLength(line.substr(at)));
-    writer.Add(character, at);
+    builder.Add(character, at);
     at += character.size();
   }
   if (window.end < line.size()) snippet.text += kCut;
-  if (marked.begin >= window.end) snippet.caret += "^";  // an end of line, or nothing, is marked
+  if (marked.begin >= window.end) snippet.caret += "^";  // the marked part is empty or after the window
   return snippet;
 }
 

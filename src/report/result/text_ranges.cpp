@@ -1,4 +1,4 @@
-// Turns locations into lines and columns. What is shown of them is snippet.cpp's. Held by tests/report/places_test.cpp.
+// Resolves locations into lines and columns. Snippets are in snippet.cpp. Tested by tests/report/text_ranges_test.cpp.
 #include "report/result/text_ranges.h"
 
 #include <algorithm>
@@ -28,7 +28,7 @@ qmx::Span SpanOf(const Location& location) {
   return StartTag(text.bytes, element);
 }
 
-// Finds the lines of ascending offsets; each byte of the text is looked at once or twice, however many offsets share a line.
+// Finds the lines of ascending offsets; reads each byte of the text at most twice, no matter how many offsets share a line.
 class LineFinder {
  public:
   explicit LineFinder(std::string_view text) : text_(text), begin_(text.starts_with("\xEF\xBB\xBF") ? 3 : 0), end_(begin_) {
@@ -52,11 +52,11 @@ class LineFinder {
   std::size_t end_;
 };
 
-// One end of a mark.
+// One end of a range.
 struct Point {
   const Source* source;
   std::size_t offset;
-  TextRange* mark;
+  TextRange* range;
   bool is_end;
 };
 
@@ -65,19 +65,19 @@ void FillIn(std::vector<Point> points) {
   const Source* source = nullptr;
   qmx::PlaceCounter counter{""};
   LineFinder lines{""};
-  for (const auto& [of, offset, mark, is_end] : points) {
+  for (const auto& [of, offset, range, is_end] : points) {
     if (of != source) {
       counter = qmx::PlaceCounter(of->text->bytes);
       lines = LineFinder(of->text->bytes);
       source = of;
     }
     if (is_end) {
-      mark->end = counter.At(offset);
+      range->end = counter.At(offset);
     } else {
       const qmx::Span line = lines.At(offset);
-      mark->begin = counter.At(offset);
-      mark->line = of->text->bytes.substr(line.begin, line.end - line.begin);
-      mark->line_begin = line.begin;
+      range->begin = counter.At(offset);
+      range->line = of->text->bytes.substr(line.begin, line.end - line.begin);
+      range->line_begin = line.begin;
     }
   }
 }
@@ -90,33 +90,33 @@ auto KeyOf(const Location& location) {
 }  // namespace
 
 std::vector<std::optional<TextRange>> FindTextRanges(const std::vector<Location>& locations) {
-  std::vector<std::optional<TextRange>> marks(locations.size());
+  std::vector<std::optional<TextRange>> ranges(locations.size());
   std::vector<Point> points;
   for (std::size_t i = 0; i < locations.size(); ++i) {
     const Source* const source = locations[i].source;
     if (source == nullptr) continue;
-    TextRange& mark = marks[i].emplace();
-    mark.file = source->name;
+    TextRange& range = ranges[i].emplace();
+    range.file = source->name;
     if (!source->text) continue;
-    mark.span = SpanOf(locations[i]);
-    points.push_back({source, mark.span.begin, &mark, false});
-    points.push_back({source, mark.span.end, &mark, true});
+    range.span = SpanOf(locations[i]);
+    points.push_back({source, range.span.begin, &range, false});
+    points.push_back({source, range.span.end, &range, true});
   }
   FillIn(std::move(points));
-  return marks;
+  return ranges;
 }
 
 TextRanges::TextRanges(std::vector<Location> locations) : locations_(std::move(locations)) {
   std::ranges::sort(locations_, std::less<>(), KeyOf);
   const auto is_same = [](const Location& one, const Location& other) { return KeyOf(one) == KeyOf(other); };
   locations_.erase(std::unique(locations_.begin(), locations_.end(), is_same), locations_.end());
-  marks_ = FindTextRanges(locations_);
+  ranges_ = FindTextRanges(locations_);
 }
 
 const TextRange* TextRanges::Find(const Location& location) const {
   if (!location) return nullptr;
   const auto found = std::ranges::lower_bound(locations_, KeyOf(location), std::less<>(), KeyOf);
-  return &*marks_[static_cast<std::size_t>(found - locations_.begin())];
+  return &*ranges_[static_cast<std::size_t>(found - locations_.begin())];
 }
 
 std::vector<qmx::LineColumn> FindPositions(std::string_view text, const std::vector<std::size_t>& offsets) {

@@ -1,4 +1,4 @@
-// Lines, columns and pieces of source text for what reports point at.
+// Resolves locations into lines, columns and pieces of source text.
 #pragma once
 
 #include <cstddef>
@@ -12,44 +12,45 @@
 
 namespace korvel {
 
-// A location in a file. Lines and columns as qmx::LineColumn. Borrows from the source.
+// A location in a file: lines and columns as qmx::LineColumn, and the bytes. Borrows from the source.
 struct TextRange {
   std::string file;
-  // None of these for a location in an image.
+  // Unset for a location in an image, which has no text. Then the other members mean nothing.
   std::optional<qmx::LineColumn> begin;
-  qmx::LineColumn end;         // behind the last character
+  qmx::LineColumn end;         // after the last character
   qmx::Span span;              // the value of the attribute (between its quotes); else the start tag of the element
   std::string_view line;       // the text of the line in which it begins, without its end and a byte order mark
   std::size_t line_begin = 0;  // offset of `line` in the file
 };
 
-// The marks of locations, in their order; nullopt for one that is nowhere. One pass over each file, whatever their number.
+// The ranges of locations, in the same order; nullopt for a location without a source. Linear in the sizes of the files, plus
+// sorting the locations.
 std::vector<std::optional<TextRange>> FindTextRanges(const std::vector<Location>& locations);
 
-// The marks of many locations, found at once and looked up one by one.
+// The ranges of many locations: resolved together, looked up one by one.
 class TextRanges {
  public:
   explicit TextRanges(std::vector<Location> locations);
 
-  // Null for a location that is nowhere. REQUIRES: it was among the locations. Logarithmic.
+  // Null for a location without a source. REQUIRES: the location was passed to the constructor. Logarithmic.
   const TextRange* Find(const Location& location) const;
 
  private:
   std::vector<Location> locations_;  // sorted, each once
-  std::vector<std::optional<TextRange>> marks_;
+  std::vector<std::optional<TextRange>> ranges_;
 };
 
 // Lines and columns of offsets of one text, in their order. One pass over the text.
 std::vector<qmx::LineColumn> FindPositions(std::string_view text, const std::vector<std::size_t>& offsets);
 
-// A piece of source as people look at it. Tabs stay, in both texts; what would break or colour a line is escaped.
+// A line of source for people. Tabs stay, in both texts; characters that would break or color the line are escaped.
 struct Snippet {
   std::size_t line = 0;  // its number
-  std::string text;   // the line; of one that is longer than kMaxSnippet, what stands around the mark, with … where it is cut
-  std::string caret;  // "     ^~~~", to stand under the text in a font whose wide characters take two cells
+  std::string text;      // the line; of a line longer than kMaxSnippet, the part around the range, with … at each cut
+  std::string caret;     // "     ^~~~", to print below the text in a font whose wide characters take two cells
 };
 
-// Nullopt for a mark in an image. Of a mark that goes over several lines the first is shown.
-std::optional<Snippet> SnippetOf(const TextRange& mark);
+// Nullopt for a range in an image. Of a range over several lines the first line is shown.
+std::optional<Snippet> SnippetOf(const TextRange& range);
 
 }  // namespace korvel

@@ -1,10 +1,12 @@
-// Wordings that several formats share. What is special to one stands there. Held by tests/report/formats_test.cpp.
+// Wording that several formats share. Wording of one format is in its renderer. Tested by tests/report/formats_test.cpp.
 #include "report/result/words.h"
 
 #include <algorithm>
 
 #include "base/one_line.h"
+#include "common/catalog.h"
 #include "common/result_codes.h"
+#include "rule_docs/rule_docs.h"
 
 namespace korvel {
 
@@ -14,7 +16,7 @@ const char* WordOf(Status status) {
 }
 
 const char* WordOf(EditStatus status) {
-  constexpr const char* kWords[] = {"allowed", "refused", "waits"};
+  constexpr const char* kWords[] = {"allowed", "refused", "blocked"};
   return kWords[static_cast<std::size_t>(status)];
 }
 
@@ -32,23 +34,47 @@ std::string Counted(std::size_t number, const std::string& noun) {
 
 std::string ToText(const Summary& summary) {
   const auto number = [](std::size_t n) { return std::to_string(n); };
-  std::string told = Counted(summary.refused, "table") + " refused, " + number(summary.allowed) + " allowed; " +
+  std::string text = Counted(summary.refused, "table") + " refused, " + number(summary.allowed) + " allowed; " +
                      number(summary.compared) + " compared, " + number(summary.added) + " new, " + number(summary.removed) +
-                     " gone";
-  if (summary.findings > 0) told += "; " + Counted(summary.findings, "finding") + ", " + number(summary.waived) + " waived";
+                     " removed";
+  if (summary.findings > 0) text += "; " + Counted(summary.findings, "finding") + ", " + number(summary.waived) + " waived";
   if (summary.files_added + summary.files_deleted + summary.files_moved > 0) {
-    told += "; files: " + number(summary.files_added) + " added, " + number(summary.files_deleted) + " deleted, " +
+    text += "; files: " + number(summary.files_added) + " added, " + number(summary.files_deleted) + " deleted, " +
             number(summary.files_moved) + " moved";
   }
-  return told;
+  return text;
 }
 
-std::string TextOf(const std::string& text) { return text.empty() ? "(the checker gives no text)" : OneLine(text); }
+namespace {
 
-std::string ToText(const TextRange& mark) {
-  std::string file = OneLine(mark.file);
-  if (!mark.begin) return file;
-  return file + ":" + std::to_string(mark.begin->line) + ":" + std::to_string(mark.begin->column);
+// "ERROR_VALUE_FIELD: " and the first sentence of what the code means.
+std::string MeaningOf(int code) {
+  const std::string name = CodeNameOf(code);
+  if (name.empty()) return "the checker returned " + std::to_string(code);
+  const std::string& meaning = FindCodeDoc(code).meaning;
+  return name + ": " + meaning.substr(0, std::min(meaning.find(". "), meaning.find_last_not_of('.') + 1));
+}
+
+std::string SummaryOf(const std::string& rule, int code) {
+  const RefusalRow* const row = FindRefusal(rule);
+  return row == nullptr ? MeaningOf(code) : row->summary;
+}
+
+}  // namespace
+
+std::string SummaryOf(const Verdict& verdict) { return SummaryOf(verdict.rule, verdict.code); }
+
+std::string SummaryOf(const TableResult& table) {
+  const bool is_explained = !table.removed || !table.rule.empty();
+  return is_explained ? SummaryOf(table.rule, table.code) : "the table was removed";
+}
+
+std::string CheckerLine(const std::string& text) { return "checker: " + (text.empty() ? "(no text)" : OneLine(text)); }
+
+std::string ToText(const TextRange& range) {
+  std::string file = OneLine(range.file);
+  if (!range.begin) return file;
+  return file + ":" + std::to_string(range.begin->line) + ":" + std::to_string(range.begin->column);
 }
 
 std::string ToText(const FileNote& note) {
@@ -70,10 +96,10 @@ std::string CodeNameOf(int code) {
 
 namespace {
 
-// Whether nothing of what the edit is about is left on the new side. What moved to the front stands behind nothing there.
+// Whether the element of the edit is missing from the new side. `after` of an element that moved to the front is empty, too.
 bool IsRemoval(const Edit& edit) {
   const bool moves = edit.kind == EditKind::kEntryMoved || edit.kind == EditKind::kIndexMoved;
-  return TakesElementAway(edit) || (!moves && edit.after.empty() && !edit.before.empty());
+  return RemovesElement(edit) || (!moves && edit.after.empty() && !edit.before.empty());
 }
 
 }  // namespace
@@ -85,19 +111,19 @@ const Location& LeadOf(const TableResult& table, const Finding& finding) {
 }
 
 std::vector<std::string> EditsOf(const TableResult& table, const Finding& finding) {
-  std::vector<std::string> told;
-  for (const std::size_t i : finding.edits) told.push_back(OneLine(Describe(table.changes->edits[i])));
-  return told;
+  std::vector<std::string> edits;
+  for (const std::size_t i : finding.edits) edits.push_back(OneLine(Describe(table.changes->edits[i])));
+  return edits;
 }
 
-bool WasRefusedBefore(const TableResult& table) { return !table.removed && table.first != table.second; }
+bool IsPreexisting(const TableResult& table) { return !table.removed && table.first != table.second; }
 
 std::vector<std::string> AlsoOf(const FoldedFinding& folded) {
-  std::vector<std::string> told;
+  std::vector<std::string> names;
   for (const FoldedFinding::Embedding& also : folded.also) {
-    told.push_back(OneLine(also.path.empty() ? "table " + also.table->table : also.path));
+    names.push_back(OneLine(also.path.empty() ? "table " + also.table->table : also.path));
   }
-  return told;
+  return names;
 }
 
 std::size_t NumberOf(const Changes& changes, EditStatus status) {
@@ -107,13 +133,18 @@ std::size_t NumberOf(const Changes& changes, EditStatus status) {
 std::string AllowedPart(const Changes& changes) {
   const std::size_t allowed = NumberOf(changes, EditStatus::kAllowed);
   const std::size_t all = changes.edits.size();
-  if (allowed == 0) return "none of " + Counted(all, "change") + " may go now";
+  if (allowed == 0 && all == 1) return "the only change is refused";
+  if (allowed == 0) return "none of " + Counted(all, "change") + " is allowed on its own";
   const std::string part = std::to_string(allowed) + " of " + Counted(all, "change");
   const Verdict& together = changes.allowed_together;
-  if (!together.Refused()) return part + " may go now (asked as one change: allowed)";
-  return part +
-         " changed nothing about the refusal (asked as one change: refused as the schema already was: " + TextOf(together.text) +
-         ")";
+  if (!together.Refused()) return part + (allowed == 1 ? " is allowed on its own" : " are allowed on their own") + " (verified)";
+  return part + (allowed == 1 ? " breaks" : " break") +
+         " no further rule (verified); pre-existing refusal: " + SummaryOf(together) + " (" + CheckerLine(together.text) + ")";
+}
+
+std::string StoppedText(const Changes& changes) {
+  return "stopped after " + Counted(changes.findings.size(), "finding") +
+         ": the remaining changes were not checked; --max-findings raises the limit";
 }
 
 std::vector<Location> LocationsOf(const Report& report, bool with_edits) {

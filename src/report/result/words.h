@@ -1,4 +1,4 @@
-// Wordings that several formats share.
+// Wording that several formats share.
 #pragma once
 
 #include <cstddef>
@@ -6,7 +6,6 @@
 #include <string_view>
 #include <vector>
 
-#include "report/result/fold.h"
 #include "report/result/report.h"
 #include "report/result/text_ranges.h"
 
@@ -15,27 +14,32 @@ namespace korvel {
 // "allowed", "refused", "new"
 const char* WordOf(Status status);
 
-// "allowed", "refused", "waits"
+// "allowed", "refused", "blocked"
 const char* WordOf(EditStatus status);
 
-// The verdict about all tables. The checker's, whatever is waived.
+// The checker's verdict about all tables. Waivers do not change it.
 Status VerdictOf(const Summary& summary);
 
-// What must be said behind the verdict, lest it be read for more than it is: " (all waived)" where every refusal is waived,
-// " (nothing was compared: all tables are new)"; mostly "".
+// A remark to print after the verdict so that it is not misread: " (all waived)" if every refusal is waived, " (nothing was
+// compared: all tables are new)"; usually "".
 const char* RemarkOn(const Summary& summary);
 
 // "1 table", "2 tables"
 std::string Counted(std::size_t number, const std::string& noun);
 
-// "1 table refused, 2 allowed; 3 compared, 0 new, 1 gone", and what there is of findings, waivers and files.
+// "1 table refused, 2 allowed; 3 compared, 0 new, 1 removed", then findings, waivers and files, if there are any.
 std::string ToText(const Summary& summary);
 
-// A text of the checker on one line; a refusal may have none.
-std::string TextOf(const std::string& text);
+// What is refused, in plain words: the summary of the rule in the catalog. A refusal without a rule is described by its result
+// code: "CHECK_TABLE_ERROR_SYSTEM_ERROR: ...".
+std::string SummaryOf(const Verdict& verdict);
+std::string SummaryOf(const TableResult& table);
 
-// "FILE:LINE:COLUMN", on one line; "FILE" for a mark in an image.
-std::string ToText(const TextRange& mark);
+// "checker: TEXT", the checker's own text on one line. "checker: (no text)" for the few refusals without a text.
+std::string CheckerLine(const std::string& text);
+
+// "FILE:LINE:COLUMN", on one line; "FILE" for a location in an image.
+std::string ToText(const TextRange& range);
 
 // "added: FILE (nothing to compare it with)", on one line.
 std::string ToText(const FileNote& note);
@@ -43,25 +47,31 @@ std::string ToText(const FileNote& note);
 // "ERROR_VALUE_FIELD"; "" for a number that is no result code.
 std::string CodeNameOf(int code);
 
-// Where a finding is told: on the new side, on the old side for what was removed.
+// The location at which a finding is reported: the old one for something that was removed, else the new one.
 const Location& LeadOf(const TableResult& table, const Finding& finding);
 
 // The edits of a finding, each on one line.
 std::vector<std::string> EditsOf(const TableResult& table, const Finding& finding);
 
-// Whether a finding without edits means that the old schema was refused, too: nothing is old in a schema by itself.
-bool WasRefusedBefore(const TableResult& table);
+// Whether a finding without edits is pre-existing, that is, the old schema breaks the rule already. A schema that is checked
+// alone has no old side.
+bool IsPreexisting(const TableResult& table);
 
-// The tables and ways beside the first by which a finding is reached: "orders.items[].price", "carts.items[].price"; "table
-// carts" for what is the library's, to which no way leads.
+inline constexpr char kPreexisting[] = "pre-existing: the old schema already breaks this rule";
+
+// The other tables and paths with a finding: "orders.items[].price", "carts.items[].price"; "table carts" for a change of the
+// library, which has no path.
 std::vector<std::string> AlsoOf(const FoldedFinding& folded);
 
-// "7 of 9 changes may go now (asked as one change: allowed)". REQUIRES: there are edits.
+// "7 of 9 changes are allowed on their own (verified)". REQUIRES: there are edits.
 std::string AllowedPart(const Changes& changes);
+
+// "stopped after 5 findings: ..."; REQUIRES: changes.stopped.
+std::string StoppedText(const Changes& changes);
 
 std::size_t NumberOf(const Changes& changes, EditStatus status);
 
-// Every location that a report points at, those of all edits if `with_edits`, else those of findings.
+// Every location that a report refers to: those of all edits if `with_edits`, else those of findings only.
 std::vector<Location> LocationsOf(const Report& report, bool with_edits);
 
 }  // namespace korvel

@@ -1,10 +1,61 @@
-// The list of commands.
+// Finds the command of a call and runs it. Tested by tests/tool/usage_test.cpp.
 #include "tool/cli/command.h"
 
-#include <cstddef>
-#include <utility>
+#include <algorithm>
+#include <optional>
+
+#include "base/did_you_mean.h"
+#include "base/input_error.h"
+#include "base/one_line.h"
+#include "base/quote.h"
+#include "tool/cli/parse.h"
+#include "tool/io/exit.h"
+#include "tool/io/output.h"
 
 namespace korvel::tool {
+namespace {
+
+std::string Help() {
+  std::string text =
+      "korvelcheck: check schema changes of the Korvel table store\n\n"
+      "Usage: korvelcheck COMMAND [OPTIONS] FILES\n\n"
+      "  korvelcheck check old.xml new.xml               compare two schema files\n"
+      "  korvelcheck check --against git:origin/main     compare all schema files of a project\n\n"
+      "Commands:\n";
+  for (const Command* command : Commands()) {
+    const std::string name = command->name;
+    text += "  " + name + std::string(12 - name.size(), ' ') + command->summary + "\n";
+  }
+  return text +
+         "\n'korvelcheck COMMAND --help' shows the options of a command, 'korvelcheck --version' the version.\n"
+         "Exit codes: 0 all allowed, 1 something refused, 2 usage or input error, 3 internal error.\n";
+}
+
+const Command& FindCommand(const std::string& name) {
+  std::vector<std::string_view> known;
+  for (const Command* command : Commands()) {
+    if (name == command->name) return *command;
+    known.emplace_back(command->name);
+  }
+  throw InputError{{ToolMessage("unknown command " + Quote(name) + DidYouMean(name, known)), "Try 'korvelcheck --help'."}};
+}
+
+int RunCommand(const Command& command, const std::vector<std::string>& words) {
+  const std::string name = command.name;
+  try {
+    ArgumentList arguments;
+    const std::function<int()> run = command.declare(arguments);
+    if (const std::optional<std::string> help = Parse({command.name, command.summary}, arguments, words)) {
+      WriteStandardOutput(*help);
+      return kAllAllowed;
+    }
+    return run();
+  } catch (const UsageError& error) {
+    throw InputError{{ToolMessage(name + ": " + OneLine(error.what)), "Try 'korvelcheck " + name + " --help'."}};
+  }
+}
+
+}  // namespace
 
 std::span<const Command* const> Commands() {
   static constexpr const Command* kCommands[] = {
@@ -15,21 +66,34 @@ std::span<const Command* const> Commands() {
   return kCommands;
 }
 
-const Command* FindCommand(std::string_view name) {
-  for (const Command* command : Commands()) {
-    if (name == command->name) return command;
+int RunCommandLine(const std::vector<std::string>& arguments) {
+  if (arguments.empty()) throw InputError{{ToolMessage("a command is missing"), "Try 'korvelcheck --help'."}};
+  const std::string& first = arguments.front();
+  if (first == "--help" || first == "-h") {
+    WriteStandardOutput(Help());
+    return kAllAllowed;
   }
-  return nullptr;
+  if (first == "--version") {
+    WriteStandardOutput("korvelcheck " KORVEL_VERSION "\n");
+    return kAllAllowed;
+  }
+  return RunCommand(FindCommand(first), {arguments.begin() + 1, arguments.end()});
 }
 
-CommandResult StartResult(const Command& command, std::vector<Input> inputs) {
-  CommandResult answer{std::move(inputs), {}};
-  answer.report.command = command.name;
-  const bool pair = command.second.role != nullptr;
-  for (std::size_t i = 0; i < answer.inputs.size(); ++i) {
-    answer.report.inputs.push_back({pair && i == 1 ? command.second.role : command.first.role, &answer.inputs[i]});
-  }
-  return answer;
+std::vector<Argument> ArgumentsOf(const Command& command) {
+  ArgumentList arguments;
+  arguments.Add({.names = kHelpNames, .value = "", .description = kHelpDescription, .set = nullptr});
+  static_cast<void>(command.declare(arguments));  // what would run it owns what the arguments set
+  return arguments.all();
+}
+
+bool TakesFiles(const Command& command) {
+  const std::vector<Argument> arguments = ArgumentsOf(command);
+  return std::ranges::any_of(arguments, [](const Argument& one) { return !one.IsOption() && one.TakesFile(); });
+}
+
+std::vector<std::string> WordsOf(const Command& command) {
+  return command.words == nullptr ? std::vector<std::string>() : command.words();
 }
 
 }  // namespace korvel::tool

@@ -1,105 +1,67 @@
-// The commands of the program, each in a file of its own.
+// The commands of the program, each in a file of src/tool/commands.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "report/result/report.h"
-#include "schema/input.h"
-#include "tool/cli/options.h"
+#include "tool/cli/arguments.h"
 
 namespace korvel::tool {
 
-// Which files and options a command takes beside its one or two files and the options of output and log.
-enum OptionSet : unsigned {
-  kTableOption = 1,      // --table
-  kDstTableOption = 2,   // --dst-table
-  kCreatedAsOption = 4,  // --created-as
-  kSettingOptions = 8,   // the other settings of a table
-  kNeedsOutput = 16,     // --output must be given
-  kManyInputs = 32,      // any number of files like the first
-  kSecondIsOptional = 64,
-  kTextOrJson = 128,       // --format text|json, of a command that makes its own text
-  kTakesWord = 256,        // the first argument is a word and no file
-  kRuleDocOption = 512,    // --format of rule pages
-  kCodesOption = 1024,     // --codes
-  kFindingsOption = 2048,  // --max-findings
-  kAgainstOption = 4096,   // --against, with any number of files or directories in the place of the two files
-  kSuggestOptions = 8192,  // --diff, --file
-  kHistoryOption = 16384,  // --git
-  kWaiverOptions = 32768,  // --reason, --until and --project
-};
-
-// What help and reports call an input file.
-struct InputName {
-  const char* argument;  // "OLD"
-  const char* role;      // "old"; of a word, what it may be
-};
-
-inline constexpr InputName kNoInput{nullptr, nullptr};
-
-// What a command found out, and what it is about.
-struct CommandResult {
-  std::vector<Input> inputs;
-  Report report;
-  std::vector<std::shared_ptr<Input>> kept = {};  // more sources of the report; may hold null
-};
-
-// What a command says that has a report of its own.
-struct TextResult {
-  std::string text;
-  bool refused;  // something was refused
-};
-
 struct Command {
   const char* name;
-  const char* summary;
-  InputName first;   // kNoInput: takes no files
-  InputName second;  // kNoInput: none
-  unsigned options;  // OptionSet, joined
-  // One of the three. All throw InputError.
-  //
-  // Asks the checker. `log` is never null.
-  CommandResult (*run)(const Command& command, const Options& options, LPVESKCATEGORYINST log) = nullptr;
-  // Makes the bytes of a file.
-  std::string (*make)(const Options& options) = nullptr;
-  // Asks the checker, too.
-  TextResult (*tell)(const Command& command, const Options& options) = nullptr;
-  // With kTakesWord: words that it takes, for completions. Null where they cannot be listed.
+  const char* summary;  // imperative
+  // Declares the arguments of the command. The result runs it, after the arguments were set, and returns the exit code; it throws
+  // UsageError, InputError and NothingAllowed.
+  std::function<int()> (*declare)(ArgumentList& arguments);
+  // The words that the first argument may be, for completion; null if it is a file, or if there is no such list.
   std::vector<std::string> (*words)() = nullptr;
 };
 
+// `declare` of a command whose options are a struct with AddTo(ArgumentList&).
+template <class Options, int (*kRun)(const Options& options)>
+std::function<int()> Declare(ArgumentList& arguments) {
+  const auto options = std::make_shared<Options>();
+  options->AddTo(arguments);
+  return [options] { return kRun(*options); };
+}
+
 extern const Command kCheckCommand;
+extern const Command kSuggestCommand;
+extern const Command kHistoryCommand;
+extern const Command kLintCommand;
+extern const Command kDiffCommand;
+extern const Command kLayoutCommand;
+extern const Command kRulesCommand;
+extern const Command kExplainCommand;
+extern const Command kWaiveCommand;
 extern const Command kCompatCommand;
 extern const Command kValuesCommand;
 extern const Command kSameCommand;
 extern const Command kSortlistCommand;
-extern const Command kLintCommand;
 extern const Command kCompileCommand;
 extern const Command kDumpCommand;
-extern const Command kSuggestCommand;
-extern const Command kLayoutCommand;
-extern const Command kDiffCommand;
-extern const Command kRulesCommand;
-extern const Command kExplainCommand;
 extern const Command kCompletionCommand;
 extern const Command kManCommand;
-extern const Command kWaiveCommand;
-extern const Command kHistoryCommand;
 
-// In the order in which help shows them: what people ask every day first.
+// In the order in which help shows them: everyday commands first.
 std::span<const Command* const> Commands();
 
-// Null for an unknown name.
-const Command* FindCommand(std::string_view name);
+// Runs the command line behind the program's name: a command, --help or --version. Returns the exit code. Throws InputError, also
+// for wrong usage, and whatever the command throws.
+int RunCommandLine(const std::vector<std::string>& arguments);
 
-// Whether the settings of a project count for the command.
-inline bool UsesProject(const Command& command) { return (command.options & (kCreatedAsOption | kSettingOptions)) != 0; }
+// The arguments that a command takes; --help is the first.
+std::vector<Argument> ArgumentsOf(const Command& command);
 
-// The answer of the command without tables yet, about the files read.
-CommandResult StartResult(const Command& command, std::vector<Input> inputs);
+// Whether the positional arguments of a command are files.
+bool TakesFiles(const Command& command);
+
+// The words that the first argument of a command may be; empty if there is no such list.
+std::vector<std::string> WordsOf(const Command& command);
 
 }  // namespace korvel::tool

@@ -1,17 +1,19 @@
-// completion: what lets a shell complete commands, options and their values. Held by tests/tool/completion_test.cpp.
+// Tested by tests/tool/completion_test.cpp.
 #include "tool/cli/completion.h"
 
 #include "base/did_you_mean.h"
 #include "base/input_error.h"
 #include "base/quote.h"
 #include "tool/cli/command.h"
+#include "tool/cli/option_groups.h"
+#include "tool/io/exit.h"
 
 namespace korvel::tool {
 namespace {
 
 struct Shell {
   const char* name;
-  std::string (*make)();
+  std::string (*script)();
 };
 
 constexpr Shell kShells[] = {{"bash", BashCompletion}, {"zsh", ZshCompletion}, {"fish", FishCompletion}};
@@ -22,38 +24,45 @@ std::vector<std::string> Words() {
   return words;
 }
 
-std::string Make(const Options& options) {
+struct CompletionArguments {
+  std::vector<std::string> shells;
+  OutputOption output;
+
+  void AddTo(ArgumentList& arguments) {
+    arguments.AddPositional("SHELL", "", shells, "bash, zsh or fish").is_required = true;
+    output.AddTo(arguments);
+  }
+};
+
+std::string ScriptFor(const std::string& name) {
   std::vector<std::string_view> names;
   for (const Shell& shell : kShells) {
-    if (options.word == shell.name) return shell.make();
+    if (name == shell.name) return shell.script();
     names.emplace_back(shell.name);
   }
-  throw InputError{{ToolMessage("completion: unknown shell " + Quote(options.word) + DidYouMean(options.word, names) +
-                                "; allowed: bash, zsh, fish")}};
+  throw InputError{
+      {ToolMessage("completion: unknown shell " + Quote(name) + DidYouMean(name, names) + "; allowed: bash, zsh, fish")}};
+}
+
+int Run(const CompletionArguments& arguments) {
+  arguments.output.Write(ScriptFor(arguments.shells.front()));
+  return kAllAllowed;
 }
 
 }  // namespace
 
-std::string Spaced(const std::vector<std::string>& words, const char* between) {
+std::string Join(const std::vector<std::string>& words, const char* between) {
   std::string text;
   for (const std::string& word : words) text.append(text.empty() ? "" : between).append(word);
   return text;
 }
 
-std::string Escaped(const std::string& text, const std::string& characters, const std::string& escape) {
+std::string EscapeWith(const std::string& text, const std::string& characters, const std::string& escape) {
   std::string escaped;
   for (const char c : text) escaped.append(characters.find(c) == std::string::npos ? "" : escape).append(1, c);
   return escaped;
 }
 
-const Command kCompletionCommand{
-    .name = "completion",
-    .summary = "write what lets a shell complete korvelcheck's commands and options",
-    .first = {"SHELL", "bash, zsh or fish"},
-    .second = kNoInput,
-    .options = kTakesWord,
-    .make = Make,
-    .words = Words,
-};
+const Command kCompletionCommand{"completion", "generate a shell completion script", Declare<CompletionArguments, Run>, Words};
 
 }  // namespace korvel::tool

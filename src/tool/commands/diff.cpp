@@ -1,31 +1,41 @@
-// diff: what has changed between two schemas? Nothing is judged. Held by tests/tool/diff_test.cpp.
-#include "report/render/render_diff.h"
-
+// Tested by tests/tool/diff_test.cpp.
 #include "project/load_inputs.h"
+#include "report/render/render.h"
 #include "schema/selection.h"
 #include "tool/cli/command.h"
+#include "tool/cli/option_groups.h"
+#include "tool/io/exit.h"
 
 namespace korvel::tool {
 namespace {
 
-std::string Make(const Options& options) {
-  const std::vector<Input> inputs = LoadInputs(options.inputs);
-  const Selection selection = SelectTables({inputs[0], inputs[1]}, options.tables);
+struct DiffArguments {
+  InputFiles inputs;
+  TableSelection selection;
+  OutputOption output;
+  TextOrJson format;
+
+  void AddTo(ArgumentList& arguments) {
+    inputs.AddPairTo(arguments, "OLD", "NEW");
+    selection.AddTo(arguments);
+    output.AddTo(arguments);
+    format.AddTo(arguments);
+  }
+};
+
+int Run(const DiffArguments& arguments) {
+  RequireDistinctFiles(arguments.inputs.paths, arguments.output);
+  const std::vector<Input> inputs = LoadInputs(arguments.inputs.paths);
+  const Selection selection = SelectTables({inputs[0], inputs[1]}, arguments.selection.tables);
   const Listing listing = ListChanges(inputs[0], inputs[1], selection.compared, selection.added);
-  std::string text = options.json ? RenderDiffJson(listing) : RenderDiffText(listing);
+  const std::string text = arguments.format.json ? RenderDiffJson(listing) : RenderDiffText(listing);
   for (const Input& input : inputs) RequireUnchanged(input);
-  return text;
+  arguments.output.Write(text);
+  return kAllAllowed;
 }
 
 }  // namespace
 
-const Command kDiffCommand{
-    .name = "diff",
-    .summary = "what has changed between two schemas, without judgement",
-    .first = {"OLD", "old"},
-    .second = {"NEW", "new"},
-    .options = kTableOption | kTextOrJson,
-    .make = Make,
-};
+const Command kDiffCommand{"diff", "list the changes between two schemas without checking them", Declare<DiffArguments, Run>};
 
 }  // namespace korvel::tool

@@ -1,27 +1,35 @@
-// dump: an image as a schema file again. Held by tests/tool/image_test.cpp.
+// Tested by tests/tool/image_test.cpp.
 #include "project/load_inputs.h"
 #include "schema/schema_file.h"
 #include "tool/cli/command.h"
+#include "tool/cli/option_groups.h"
+#include "tool/io/exit.h"
 
 namespace korvel::tool {
 namespace {
 
-std::string Make(const Options& options) {
-  const std::vector<Input> inputs = LoadInputs(options.inputs);
-  std::string text = SchemaFile(inputs.front());
+struct DumpArguments {
+  InputFiles inputs;
+  OutputOption output;
+
+  void AddTo(ArgumentList& arguments) {
+    inputs.AddOneTo(arguments, "IMAGE");
+    output.AddTo(arguments);
+  }
+};
+
+int Run(const DumpArguments& arguments) {
+  RequireDistinctFiles(arguments.inputs.paths, arguments.output);
+  const std::vector<Input> inputs = LoadInputs(arguments.inputs.paths);
+  const std::string text = SchemaFile(inputs.front());
   RequireUnchanged(inputs.front());
-  return text;
+  arguments.output.Write(text);
+  return kAllAllowed;
 }
 
 }  // namespace
 
-const Command kDumpCommand{
-    .name = "dump",
-    .summary = "write an image as a schema file that compiles to the same image",
-    .first = {"IMAGE", "file"},
-    .second = kNoInput,
-    .options = 0,
-    .make = Make,
-};
+const Command kDumpCommand{"dump", "write an image as a schema file that compiles to the same image",
+                           Declare<DumpArguments, Run>};
 
 }  // namespace korvel::tool

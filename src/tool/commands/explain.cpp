@@ -1,5 +1,4 @@
-// explain: what a refusal protects, an example, what is allowed instead; what a result code means. Held by
-// tests/tool/explain_test.cpp.
+// rules and explain: the pages about the rules and result codes of the checker. Tested by tests/tool/explain_test.cpp.
 #include <charconv>
 #include <cstdlib>
 
@@ -7,9 +6,42 @@
 #include "base/input_error.h"
 #include "base/quote.h"
 #include "tool/cli/command.h"
+#include "tool/cli/option_groups.h"
+#include "tool/io/exit.h"
 
 namespace korvel::tool {
 namespace {
+
+struct RulesArguments {
+  OutputOption output;
+  PageFormat page;
+  bool codes = false;
+
+  void AddTo(ArgumentList& arguments) {
+    output.AddTo(arguments);
+    page.AddTo(arguments);
+    arguments.AddFlag("--codes", codes, "list the result codes, not the rules");
+  }
+};
+
+int ListRules(const RulesArguments& arguments) {
+  const RuleDocFormat& format = *arguments.page.format;
+  arguments.output.Write(arguments.codes ? format.codes() : format.rules());
+  return kAllAllowed;
+}
+
+struct ExplainArguments {
+  std::vector<std::string> words;
+  OutputOption output;
+  PageFormat page;
+
+  void AddTo(ArgumentList& arguments) {
+    arguments.AddPositional("RULE-OR-CODE", "", words, "a rule, a result code or its name, or a text of the checker")
+        .is_required = true;
+    output.AddTo(arguments);
+    page.AddTo(arguments);
+  }
+};
 
 // The code of a word: "-4", "4" or "ERROR_PRIMARYKEY_FIELD".
 std::optional<int> ParseCode(const std::string& word) {
@@ -41,24 +73,21 @@ std::vector<std::string> Words() {
                         std::to_string(1 - kResultCodeCount) + "."}};
 }
 
-std::string Make(const Options& options) {
-  const std::string& word = options.word;
-  if (const RuleDoc* doc = FindRuleDoc(word)) return options.rule_doc_format->rule(*doc);
-  if (const std::optional<int> code = ParseCode(word)) return options.rule_doc_format->code(FindCodeDoc(*code));
-  if (const RefusalRow* row = Identify(word)) return options.rule_doc_format->rule(*FindRuleDoc(row->id));
+std::string PageOf(const RuleDocFormat& format, const std::string& word) {
+  if (const RuleDoc* doc = FindRuleDoc(word)) return format.rule(*doc);
+  if (const std::optional<int> code = ParseCode(word)) return format.code(FindCodeDoc(*code));
+  if (const RefusalRow* row = Identify(word)) return format.rule(*FindRuleDoc(row->id));
   RefuseWord(word);
+}
+
+int Explain(const ExplainArguments& arguments) {
+  arguments.output.Write(PageOf(*arguments.page.format, arguments.words.front()));
+  return kAllAllowed;
 }
 
 }  // namespace
 
-const Command kExplainCommand{
-    .name = "explain",
-    .summary = "explain a refusal, by its rule or its text, or a result code",
-    .first = {"RULE-OR-CODE", "a rule, a result code or its name, or a text of the checker"},
-    .second = kNoInput,
-    .options = kRuleDocOption | kTakesWord,
-    .make = Make,
-    .words = Words,
-};
+const Command kRulesCommand{"rules", "list the rules of the checker, or its result codes", Declare<RulesArguments, ListRules>};
+const Command kExplainCommand{"explain", "explain a rule or a result code", Declare<ExplainArguments, Explain>, Words};
 
 }  // namespace korvel::tool

@@ -1,48 +1,53 @@
-// layout: where do the fields of a record lie, and what becomes of them? Held by tests/tool/layout_test.cpp.
-#include "report/render/render_layout.h"
-
+// Tested by tests/tool/layout_test.cpp.
 #include "project/load_inputs.h"
+#include "report/render/render.h"
 #include "schema/selection.h"
 #include "tool/cli/command.h"
+#include "tool/cli/option_groups.h"
+#include "tool/io/exit.h"
 
 namespace korvel::tool {
 namespace {
 
-std::vector<std::string> TablesOf(const Input& input, const std::vector<std::string>& asked) {
-  RequireTables(input, asked);
-  return SelectTables({input, input}, asked).compared;
-}
+struct LayoutArguments {
+  InputFiles inputs;
+  TableSelection selection;
+  OutputOption output;
+  TextOrJson format;
 
-std::vector<std::string> TablesOf(const Input& before, const Input& after, const std::vector<std::string>& asked) {
-  Selection selection = SelectTables({before, after}, asked);
-  selection.compared.insert(selection.compared.end(), selection.added.begin(), selection.added.end());
-  return selection.compared;
-}
-
-std::string Make(const Options& options) {
-  const std::vector<Input> inputs = LoadInputs(options.inputs);
-  const Input& last = inputs.back();
-  LayoutRequest request{nullptr, &last, {}};
-  if (inputs.size() == 1) {
-    request.tables = TablesOf(last, options.tables);
-  } else {
-    request.before = &inputs.front();
-    request.tables = TablesOf(inputs.front(), last, options.tables);
+  void AddTo(ArgumentList& arguments) {
+    inputs.AddPairTo(arguments, "FILE", "NEW", false);
+    selection.AddTo(arguments);
+    output.AddTo(arguments);
+    format.AddTo(arguments);
   }
-  std::string text = options.json ? RenderLayoutJson(request) : RenderLayoutText(request);
+};
+
+LayoutRequest RequestFor(const Input& input, const std::vector<std::string>& tables) {
+  RequireTables(input, tables);
+  return {nullptr, &input, SelectTables({input, input}, tables).compared};
+}
+
+LayoutRequest RequestFor(const Input& before, const Input& after, const std::vector<std::string>& tables) {
+  Selection selection = SelectTables({before, after}, tables);
+  selection.compared.insert(selection.compared.end(), selection.added.begin(), selection.added.end());
+  return {&before, &after, std::move(selection.compared)};
+}
+
+int Run(const LayoutArguments& arguments) {
+  RequireDistinctFiles(arguments.inputs.paths, arguments.output);
+  const std::vector<Input> inputs = LoadInputs(arguments.inputs.paths);
+  const std::vector<std::string>& tables = arguments.selection.tables;
+  const LayoutRequest request =
+      inputs.size() == 1 ? RequestFor(inputs.front(), tables) : RequestFor(inputs.front(), inputs.back(), tables);
+  const std::string text = arguments.format.json ? RenderLayoutJson(request) : RenderLayoutText(request);
   for (const Input& input : inputs) RequireUnchanged(input);
-  return text;
+  arguments.output.Write(text);
+  return kAllAllowed;
 }
 
 }  // namespace
 
-const Command kLayoutCommand{
-    .name = "layout",
-    .summary = "where do the fields of a record lie; old and new side by side if given two",
-    .first = {"FILE", "file"},
-    .second = {"NEW", "new"},
-    .options = kTableOption | kSecondIsOptional | kTextOrJson,
-    .make = Make,
-};
+const Command kLayoutCommand{"layout", "show the record layout: offsets and sizes", Declare<LayoutArguments, Run>};
 
 }  // namespace korvel::tool

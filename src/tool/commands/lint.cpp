@@ -1,13 +1,28 @@
-// lint: are these schemas well formed, and would their tables be accepted? Held by tests/tool/lint_test.cpp.
+// Tested by tests/tool/lint_test.cpp.
 #include "base/input_error.h"
 #include "base/one_line.h"
-#include "project/load_inputs.h"
+#include "project/check_tables.h"
 #include "project/waivers.h"
 #include "tool/cli/command.h"
-#include "tool/commands/check_tables.h"
+#include "tool/commands/run_report.h"
 
 namespace korvel::tool {
 namespace {
+
+struct LintArguments {
+  InputFiles inputs;
+  TableSettings settings;
+  FindingLimit limit;
+  ReportOptions report;
+
+  void AddTo(ArgumentList& arguments) {
+    inputs.AddListTo(arguments, "FILE");
+    settings.AddTo(arguments);
+    settings.AddProjectTo(arguments);
+    limit.AddTo(arguments);
+    report.AddTo(arguments);
+  }
+};
 
 void RequireTablesInEach(const std::vector<Input>& inputs) {
   InputError empty;
@@ -17,23 +32,34 @@ void RequireTablesInEach(const std::vector<Input>& inputs) {
   if (!empty.lines.empty()) throw empty;
 }
 
-// A table is accepted if it may stay as it is.
-CommandResult Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
-  CommandResult answer = StartResult(command, LoadInputs(options.inputs));
-  Report& report = answer.report;
-  RequireTablesInEach(answer.inputs);
-  for (const Input& input : answer.inputs) {
-    CheckEachTable(report, options, {input.tables.begin(), input.tables.end()}, [&](const std::string& table) {
-      return CheckTableChange(CheckFor({input, input}, table, options, log));
+// A table is acceptable if it may stay as it is.
+CommandResult Lint(const LintArguments& arguments, const CheckOptions& options) {
+  CommandResult result = LoadForReport("lint", kFiles, arguments.inputs.paths, *arguments.report.format);
+  RequireTablesInEach(result.inputs);
+  for (const Input& input : result.inputs) {
+    CheckEachTable(result.report, {input.tables.begin(), input.tables.end()}, options.in_order, [&](const std::string& table) {
+      return CheckTableChange(CheckFor({input, input}, table, options));
     });
   }
-  if (options.project) ApplyWaivers(*options.project, false, report);
-  return answer;
+  if (options.project != nullptr) ApplyWaivers(*options.project, false, result.report);
+  return result;
+}
+
+int Run(const LintArguments& arguments) {
+  const std::optional<Project> project = arguments.settings.ReadProject();
+  return RunReport(arguments.report, arguments.inputs.paths, [&](LPVESKCATEGORYINST log) {
+    return Lint(arguments, {.given = arguments.settings.given,
+                            .project = project ? &*project : nullptr,
+                            .max_findings = arguments.limit.max_findings,
+                            .wants_allowed_changes = arguments.report.format->shows_allowed_changes,
+                            .wants_fixes = arguments.report.format->shows_fixes,
+                            .log = log,
+                            .in_order = arguments.report.log.is_open});
+  });
 }
 
 }  // namespace
 
-const Command kLintCommand{"lint",   "are schemas well formed, and would their tables be accepted?",     {"FILE", "file"},
-                           kNoInput, kCreatedAsOption | kSettingOptions | kFindingsOption | kManyInputs, Run};
+const Command kLintCommand{"lint", "check that schemas are well formed and their tables acceptable", Declare<LintArguments, Run>};
 
 }  // namespace korvel::tool

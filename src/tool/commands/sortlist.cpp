@@ -1,35 +1,50 @@
-// sortlist: does DST keep the sort fields of SRC? Held by tests/tool/pair_commands_test.cpp.
-#include "project/load_inputs.h"
+// Tested by tests/tool/pair_commands_test.cpp.
+#include <optional>
+
+#include "project/check_tables.h"
 #include "tool/cli/command.h"
-#include "tool/commands/check_tables.h"
+#include "tool/commands/run_report.h"
 
 namespace korvel::tool {
 namespace {
 
-TableNames NamesOf(const std::string& table, const Options& options) { return {table, options.dst_table.value_or(table)}; }
+struct SortlistArguments {
+  InputFiles inputs;
+  TableSelection selection;
+  std::optional<std::string> dst_table;
+  ReportOptions report;
 
-CommandResult Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
-  CommandResult answer = StartResult(command, LoadInputs(options.inputs));
-  Report& report = answer.report;
-  const Pair pair = PairOf(report);
-  if (options.dst_table) RequireTables(pair.second, {*options.dst_table});
-  CheckEachTable(report, options, SelectFromFirst(pair, options.tables), [&](const std::string& table) {
-    const TableNames names = NamesOf(table, options);
-    return CheckOperation(pair, names, [&](ModifyTable& checker) {
-      return checker.CompareSortListInfo(names.first.c_str(), names.second.c_str(), pair.first.Library(), pair.second.Library(),
-                                         log);
+  void AddTo(ArgumentList& arguments) {
+    inputs.AddPairTo(arguments, "SRC", "DST");
+    selection.AddTo(arguments);
+    arguments.AddText("--dst-table", "NAME", dst_table, "name of the table in DST, with one --table; default: the same name")
+        .needs = "--table";
+    report.AddTo(arguments);
+  }
+};
+
+int Run(const SortlistArguments& arguments) {
+  const std::optional<std::string>& dst_table = arguments.dst_table;
+  if (dst_table && arguments.selection.tables.size() != 1) throw UsageError{"--dst-table requires exactly one --table"};
+  return RunReport(arguments.report, arguments.inputs.paths, [&](LPVESKCATEGORYINST log) {
+    CommandResult result = LoadForReport("sortlist", kSourceAndDestination, arguments.inputs.paths, *arguments.report.format);
+    const Pair pair = PairOf(result.report);
+    if (dst_table) RequireTables(pair.second, {*dst_table});
+    const std::vector<std::string> tables = SelectFromFirst(pair, arguments.selection.tables);
+    CheckEachTable(result.report, tables, arguments.report.log.is_open, [&](const std::string& table) {
+      const TableNames names{table, dst_table.value_or(table)};
+      return CheckOperation(pair, names, [&](ModifyTable& checker) {
+        return checker.CompareSortListInfo(names.first.c_str(), names.second.c_str(), pair.first.Library(), pair.second.Library(),
+                                           log);
+      });
     });
+    return result;
   });
-  return answer;
 }
 
 }  // namespace
 
-const Command kSortlistCommand{"sortlist",
-                               "does the destination keep the sort fields of the source?",
-                               {"SRC", "source"},
-                               {"DST", "destination"},
-                               kTableOption | kDstTableOption,
-                               Run};
+const Command kSortlistCommand{"sortlist", "check whether the destination keeps the sort fields of the source",
+                               Declare<SortlistArguments, Run>};
 
 }  // namespace korvel::tool

@@ -1,4 +1,4 @@
-// suggest: NEW with its refused changes mended. Held by tests/tool/suggest_test.cpp.
+// Tested by tests/tool/suggest_test.cpp.
 #include "analysis/suggest/suggest.h"
 
 #include <unistd.h>
@@ -12,75 +12,94 @@
 #include "project/project.h"
 #include "schema/schema_file.h"
 #include "schema/selection.h"
-#include "schema/text_source.h"
+#include "schema/source.h"
 #include "tool/cli/command.h"
-#include "tool/io/refused.h"
+#include "tool/cli/option_groups.h"
+#include "tool/io/exit.h"
 
 namespace korvel::tool {
 namespace {
 
-std::vector<TableQuestion> QuestionsOf(const Pair& pair, const Options& options) {
+struct SuggestArguments {
+  InputFiles inputs;
+  TableSelection selection;
+  TableSettings settings;
+  OutputOption output;
+  bool whole_file = false;
+  bool is_diff = false;  // the default
+
+  void AddTo(ArgumentList& arguments) {
+    inputs.AddPairTo(arguments, "OLD", "NEW");
+    selection.AddTo(arguments);
+    settings.AddTo(arguments);
+    settings.AddProjectTo(arguments);
+    output.AddTo(arguments);
+    arguments.AddFlag("--file", whole_file, "print the whole fixed schema file");
+    arguments.AddFlag("--diff", is_diff, "print a unified diff from NEW to the fixed version; the default").excludes = "--file";
+  }
+};
+
+std::vector<TableQuestion> QuestionsOf(const Pair& pair, const SuggestArguments& arguments, const Project* project) {
   std::vector<TableQuestion> questions;
-  for (const std::string& table : SelectTables(pair, options.tables).compared) {
-    questions.push_back({table, ResolveSettings(GivenFor(options, table), pair.first, table)});
+  for (const std::string& table : SelectTables(pair, arguments.selection.tables).compared) {
+    const Settings given = GivenFor(arguments.settings.given, project, table);
+    questions.push_back({table, ResolveSettings(given, pair.first, table)});
   }
   return questions;
 }
 
-// In the text of the file where that can be, else in one that is written anew.
+// Edits the text of the file if possible; else writes a new one.
 SchemaSuggestion Suggest(const Input& old_input, const Input& new_input, const std::vector<TableQuestion>& questions) {
   if (new_input.text) {
     SchemaSuggestion suggestion = SuggestSchema(old_input, new_input, questions);
     if (suggestion.is_rewritten) return suggestion;
   }
-  // What SchemaFile writes it has read again.
+  // SchemaFile has checked that its text can be read.
   return SuggestSchema(old_input, *SourceOfText(new_input.name, SchemaFile(new_input)), questions);
 }
 
 [[noreturn]] void RefuseAll(const Input& new_input, const std::vector<TableRefusal>& refused) {
-  Refused reasons;
+  NothingAllowed reasons;
   for (const TableRefusal& one : refused) {
     const std::string rule = one.verdict.rule.empty() ? "" : " [" + one.verdict.rule + "]";
-    reasons.lines.push_back(OneLine(new_input.name + ": error: there is no suggestion: table " + Quote(one.table) +
-                                    " stays refused" + rule + " " + one.verdict.text));
+    reasons.lines.push_back(OneLine(new_input.name + ": error: no suggestion: table " + Quote(one.table) + " stays refused" +
+                                    rule + " " + one.verdict.text));
     for (const std::string& suggestion : one.suggestions) reasons.lines.push_back("   " + OneLine(suggestion));
   }
   throw reasons;
 }
 
-void SayThatNothingChanges(const Input& input) {
-  const std::string line = ToolMessage(OneLine(input.name) + ": nothing to change: every table compared is allowed") + "\n";
+void PrintNothingToFix(const Input& input) {
+  const std::string line = ToolMessage(OneLine(input.name) + ": nothing to fix: every table that was compared is allowed") + "\n";
   static_cast<void>(WriteAll(STDERR_FILENO, line));  // there is nowhere left to complain
 }
 
-void RequireText(const Input& input, const Options& options) {
-  if (input.text || options.whole_file) return;
-  throw InputError{{ToolMessage(OneLine(input.name) + " is an image, which has no lines that could differ; allowed: --file")}};
+void RequireText(const Input& input, bool whole_file) {
+  if (input.text || whole_file) return;
+  throw InputError{{ToolMessage(OneLine(input.name) + " is an image, which has no lines to compare; allowed: --file")}};
 }
 
-std::string Make(const Options& options) {
-  const std::vector<Input> inputs = LoadInputs(options.inputs);
+int Run(const SuggestArguments& arguments) {
+  const std::optional<Project> project = arguments.settings.ReadProject();
+  RequireDistinctFiles(arguments.inputs.paths, arguments.output);
+  const std::vector<Input> inputs = LoadInputs(arguments.inputs.paths);
   const Input& new_input = inputs.back();
-  RequireText(new_input, options);
-  const std::vector<TableQuestion> questions = QuestionsOf({inputs.front(), new_input}, options);
+  RequireText(new_input, arguments.whole_file);
+  const std::vector<TableQuestion> questions = QuestionsOf({inputs.front(), new_input}, arguments, project ? &*project : nullptr);
   const SchemaSuggestion suggestion = Suggest(inputs.front(), new_input, questions);
   for (const Input& input : inputs) RequireUnchanged(input);
   if (!suggestion.refused.empty()) RefuseAll(new_input, suggestion.refused);
   const bool is_same = new_input.text && suggestion.text == new_input.text->bytes;
-  if (is_same) SayThatNothingChanges(new_input);
-  if (options.whole_file) return suggestion.text;
-  return UnifiedDiff(OneLine(new_input.name), new_input.text->bytes, OneLine(new_input.name), suggestion.text);
+  if (is_same) PrintNothingToFix(new_input);
+  const std::string name = OneLine(new_input.name);
+  arguments.output.Write(arguments.whole_file ? suggestion.text
+                                              : UnifiedDiff(name, new_input.text->bytes, name, suggestion.text));
+  return kAllAllowed;
 }
 
 }  // namespace
 
-const Command kSuggestCommand{
-    .name = "suggest",
-    .summary = "write NEW with its refused changes mended, as a difference or a file",
-    .first = {"OLD", "old"},
-    .second = {"NEW", "new"},
-    .options = kTableOption | kCreatedAsOption | kSettingOptions | kSuggestOptions,
-    .make = Make,
-};
+const Command kSuggestCommand{"suggest", "print a fixed version of NEW, as a patch or a whole file",
+                              Declare<SuggestArguments, Run>};
 
 }  // namespace korvel::tool

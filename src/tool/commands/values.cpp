@@ -1,11 +1,26 @@
-// values: do the fields of SRC and DST fit, by the rules of their protocols? Held by tests/tool/pair_commands_test.cpp.
-#include "project/load_inputs.h"
+// Tested by tests/tool/pair_commands_test.cpp.
+#include "project/check_tables.h"
 #include "qmx/qmx_metalib_kernel.h"
 #include "tool/cli/command.h"
-#include "tool/commands/check_tables.h"
+#include "tool/commands/run_report.h"
 
 namespace korvel::tool {
 namespace {
+
+struct ValuesArguments {
+  InputFiles inputs;
+  TableSelection selection;
+  TableSettings settings;
+  ReportOptions report;
+
+  void AddTo(ArgumentList& arguments) {
+    inputs.AddPairTo(arguments, "SRC", "DST");
+    selection.AddTo(arguments);
+    settings.AddCreatedAsTo(arguments);
+    settings.AddProjectTo(arguments);
+    report.AddTo(arguments);
+  }
+};
 
 TableResult CheckValues(const Pair& pair, const std::string& table, const Settings& given, LPVESKCATEGORYINST log) {
   const int created_as = *ResolveSettings(given, pair.first, table).created_as;
@@ -19,24 +34,23 @@ TableResult CheckValues(const Pair& pair, const std::string& table, const Settin
   return result;
 }
 
-CommandResult Run(const Command& command, const Options& options, LPVESKCATEGORYINST log) {
-  CommandResult answer = StartResult(command, LoadInputs(options.inputs));
-  Report& report = answer.report;
-  const Pair pair = PairOf(report);
-  const std::vector<std::string> tables = SelectFromFirst(pair, options.tables);
-  RequireTables(pair.second, tables);
-  CheckEachTable(report, options, tables,
-                 [&](const std::string& table) { return CheckValues(pair, table, GivenFor(options, table), log); });
-  return answer;
+int Run(const ValuesArguments& arguments) {
+  const std::optional<Project> project = arguments.settings.ReadProject();
+  return RunReport(arguments.report, arguments.inputs.paths, [&](LPVESKCATEGORYINST log) {
+    CommandResult result = LoadForReport("values", kSourceAndDestination, arguments.inputs.paths, *arguments.report.format);
+    const Pair pair = PairOf(result.report);
+    const std::vector<std::string> tables = SelectFromFirst(pair, arguments.selection.tables);
+    RequireTables(pair.second, tables);
+    CheckEachTable(result.report, tables, arguments.report.log.is_open, [&](const std::string& table) {
+      return CheckValues(pair, table, GivenFor(arguments.settings.given, project ? &*project : nullptr, table), log);
+    });
+    return result;
+  });
 }
 
 }  // namespace
 
-const Command kValuesCommand{"values",
-                             "do the fields of two schemas fit, by the rules of their protocols?",
-                             {"SRC", "source"},
-                             {"DST", "destination"},
-                             kTableOption | kCreatedAsOption,
-                             Run};
+const Command kValuesCommand{"values", "check whether the fields of two schemas are compatible, by their protocols",
+                             Declare<ValuesArguments, Run>};
 
 }  // namespace korvel::tool

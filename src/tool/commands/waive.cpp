@@ -1,4 +1,4 @@
-// waive: adds a waiver to the project file. Held by tests/tool/waiver_test.cpp.
+// Tested by tests/tool/waiver_test.cpp.
 #include <filesystem>
 #include <string_view>
 #include <system_error>
@@ -10,17 +10,37 @@
 #include "project/project.h"
 #include "schema/file_bytes.h"
 #include "tool/cli/command.h"
+#include "tool/cli/option_groups.h"
+#include "tool/io/exit.h"
 #include "tool/io/output.h"
 
 namespace korvel::tool {
 namespace {
 
+struct WaiveArguments {
+  std::vector<std::string> fingerprints;
+  std::optional<std::string> reason;
+  std::optional<std::string> until;
+  std::optional<std::string> project_file;
+  OutputOption output;
+
+  void AddTo(ArgumentList& arguments) {
+    arguments.AddPositional("FINGERPRINT", "", fingerprints, "fingerprint of the finding, as shown in reports").is_required =
+        true;
+    arguments.AddText("--reason", "TEXT", reason, "reason for the waiver").is_required = true;
+    arguments.AddText("--until", "DAY", until, "last day of the waiver, like 2027-01-31").is_required = true;
+    arguments.AddText("--project", "FILE", project_file,
+                      "project file; default: the nearest korvelcheck.toml here or above, else a new one here");
+    output.AddTo(arguments);
+  }
+};
+
 [[noreturn]] void Refuse(const std::string& what) { throw InputError{{ToolMessage("waive: " + what)}}; }
 
 bool IsControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == '\x7f'; }
 
-// A text of TOML between quotes, on one line.
-std::string Quoted(std::string_view text) {
+// A TOML string on one line.
+std::string QuoteForToml(std::string_view text) {
   constexpr char kDigits[] = "0123456789abcdef";
   std::string quoted = "\"";
   for (const char c : text) {
@@ -33,14 +53,14 @@ std::string Quoted(std::string_view text) {
   return quoted + "\"";
 }
 
-// The text with the waiver behind it, in lines that end as its own do.
+// Appends the waiver to the text, with the line ends of the text.
 std::string WithWaiver(const std::string& text, const WaiverEntry& waiver) {
   const std::size_t line_end = text.find('\n');
   const std::string end = line_end != std::string::npos && line_end > 0 && text[line_end - 1] == '\r' ? "\r\n" : "\n";
   std::string longer = text;
   if (!text.empty()) longer += (text.ends_with('\n') ? "" : end) + end;
-  for (const std::string& line : {std::string("[[waivers]]"), "fingerprint = " + Quoted(waiver.fingerprint),
-                                  "reason = " + Quoted(waiver.reason), "until = " + Quoted(waiver.until)}) {
+  for (const std::string& line : {std::string("[[waivers]]"), "fingerprint = " + QuoteForToml(waiver.fingerprint),
+                                  "reason = " + QuoteForToml(waiver.reason), "until = " + QuoteForToml(waiver.until)}) {
     longer += line + end;
   }
   return longer;
@@ -52,42 +72,37 @@ std::string TextOf(const std::string& path) {
   return std::string(ReadAll(OpenInput(path)).View());
 }
 
-// Reads what would be written: the reader of project files knows what a waiver is, and whether one can stand at the end.
+// Reads the text before it is written: the reader of project files knows what a waiver is, and whether one can follow.
 void RequireWaiver(const std::string& path, const std::string& text, std::size_t number) {
   Project project;
   try {
     project = ParseProject(path, "", text);
   } catch (const InputError&) {
-    Refuse(OneLine(path) +
-           " cannot have a waiver at its end: 'waivers' is no list of [[waivers]] there, or the reason is not UTF-8");
+    Refuse(OneLine(path) + " cannot take another waiver: 'waivers' is not a list of [[waivers]], or the reason is not UTF-8");
   }
-  if (project.waivers.size() != number) Refuse(OneLine(path) + " cannot have a waiver at its end");
+  if (project.waivers.size() != number) Refuse(OneLine(path) + " cannot take another waiver");
   if (const std::string& fault = project.waivers.back().fault; !fault.empty()) Refuse(fault);
   const WaiverEntry& waiver = project.waivers.back();
-  if (const std::string today = Today(); waiver.until < today) Refuse(waiver.until + " is over; today is " + today);
+  if (const std::string today = Today(); waiver.until < today) Refuse(waiver.until + " is in the past (today is " + today + ")");
 }
 
-std::string Make(const Options& options) {
-  const std::string path = options.project_file.value_or(FindProjectFile().value_or(kProjectFileName));
+int Run(const WaiveArguments& arguments) {
+  const std::string path = arguments.project_file.value_or(FindProjectFile().value_or(kProjectFileName));
   if (path == "-") Refuse("--project is '-'; allowed: a file");
   const std::string text = TextOf(path);
   const Project project = ParseProject(path, "", text);
-  const WaiverEntry waiver{{}, options.word, "", "", "", options.reason, options.until, ""};
+  const WaiverEntry waiver{.fingerprint = arguments.fingerprints.front(),
+                           .reason = arguments.reason.value_or(""),
+                           .until = arguments.until.value_or("")};
   const std::string longer = WithWaiver(text, waiver);
   RequireWaiver(path, longer, project.waivers.size() + 1);
   WriteFile(path, longer);
-  return OneLine(path) + ": waived " + waiver.fingerprint + " until " + waiver.until + "\n";
+  arguments.output.Write(OneLine(path) + ": waived " + waiver.fingerprint + " until " + waiver.until + "\n");
+  return kAllAllowed;
 }
 
 }  // namespace
 
-const Command kWaiveCommand{
-    .name = "waive",
-    .summary = "let a finding pass until a day, by an entry in the project file",
-    .first = {"FINGERPRINT", "the finding's, as reports show it"},
-    .second = kNoInput,
-    .options = kTakesWord | kWaiverOptions,
-    .make = Make,
-};
+const Command kWaiveCommand{"waive", "add a temporary waiver to the project file", Declare<WaiveArguments, Run>};
 
 }  // namespace korvel::tool

@@ -1,4 +1,4 @@
-// Writes reports. Held by tests/tool/output_test.cpp.
+// Writes results. Tested by tests/tool/output_test.cpp.
 #include "tool/io/output.h"
 
 #include <fcntl.h>
@@ -22,7 +22,7 @@ namespace {
   throw std::runtime_error("cannot write " + OneLine(path) + ": " + reason);
 }
 
-// A file beside its destination, removed unless it gets there.
+// A file next to its destination; removed unless it is moved there.
 class TemporaryFile {
  public:
   explicit TemporaryFile(const std::string& destination)
@@ -53,12 +53,12 @@ class TemporaryFile {
   bool moved_ = false;
 };
 
-// The file behind a link, so that the link stays; the path itself where there is no file yet.
-std::string BehindLinks(const std::string& path) {
+// The target of a link, so that the link stays; the path itself if there is no file yet.
+std::string ResolveLinks(const std::string& path) {
   char* const resolved = ::realpath(path.c_str(), nullptr);
   if (resolved == nullptr) {
     struct stat status {};
-    if (::lstat(path.c_str(), &status) == 0) Fail(path, "is a symbolic link to no file");
+    if (::lstat(path.c_str(), &status) == 0) Fail(path, "is a symbolic link to a missing file");
     return path;
   }
   std::string target = resolved;
@@ -66,18 +66,18 @@ std::string BehindLinks(const std::string& path) {
   return target;
 }
 
-// Holds back the signals that end a program while a temporary file is in place: it would be left behind.
-class SignalsHeldBack {
+// Blocks the signals that end a program while a temporary file exists: it would be left behind.
+class BlockedSignals {
  public:
-  SignalsHeldBack() {
+  BlockedSignals() {
     sigset_t signals;
     ::sigemptyset(&signals);
     for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) ::sigaddset(&signals, signal);
     ::sigprocmask(SIG_BLOCK, &signals, &before_);
   }
-  SignalsHeldBack(const SignalsHeldBack&) = delete;
-  SignalsHeldBack& operator=(const SignalsHeldBack&) = delete;
-  ~SignalsHeldBack() { ::sigprocmask(SIG_SETMASK, &before_, nullptr); }
+  BlockedSignals(const BlockedSignals&) = delete;
+  BlockedSignals& operator=(const BlockedSignals&) = delete;
+  ~BlockedSignals() { ::sigprocmask(SIG_SETMASK, &before_, nullptr); }
 
  private:
   sigset_t before_{};
@@ -88,8 +88,8 @@ mode_t ModeFor(const std::string& path) {
   struct stat status {};
   if (::stat(path.c_str(), &status) == 0) {
     // A device or pipe would be replaced by a file.
-    if (!S_ISREG(status.st_mode)) Fail(path, "is no regular file");
-    // Its directory alone decides whether it can be replaced; who protects a file means the file.
+    if (!S_ISREG(status.st_mode)) Fail(path, "is not a regular file");
+    // The directory decides whether a file can be replaced, but a write-protected file must stay.
     if (::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) Fail(path, std::strerror(errno));
     return status.st_mode & 0777;
   }
@@ -100,7 +100,7 @@ mode_t ModeFor(const std::string& path) {
 
 }  // namespace
 
-bool CanColour() {
+bool CanColor() {
   const char* const refused = std::getenv("NO_COLOR");
   const char* const terminal = std::getenv("TERM");
   if (refused != nullptr && *refused != '\0') return false;
@@ -113,9 +113,9 @@ void WriteStandardOutput(const std::string& text) {
 }
 
 void WriteFile(const std::string& path, const std::string& text) {
-  const std::string destination = BehindLinks(path);
+  const std::string destination = ResolveLinks(path);
   const mode_t mode = ModeFor(destination);
-  const SignalsHeldBack signals;
+  const BlockedSignals signals;
   TemporaryFile file(destination);
   file.Write(text, mode);
   file.Move();

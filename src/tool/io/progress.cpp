@@ -1,4 +1,4 @@
-// Draws a bar. Held by tests/tool/progress_test.cpp.
+// Draws a progress bar. Tested by tests/tool/progress_test.cpp.
 #include "tool/io/progress.h"
 
 #include <sys/ioctl.h>
@@ -15,14 +15,14 @@ namespace korvel::tool {
 namespace {
 
 constexpr std::size_t kBarWidth = 30;      // characters
-constexpr char kClearLine[] = "\r\x1b[K";  // to the start of the line, which is emptied
+constexpr char kClearLine[] = "\r\x1b[K";  // moves to the start of the line and clears it
 
 bool UnderstandsClearLine(int fd) {
   const char* const terminal = std::getenv("TERM");
   return ::isatty(fd) == 1 && (terminal == nullptr || std::string_view(terminal) != "dumb");
 }
 
-// A line that is longer than the terminal goes on in the next one and would stay there.
+// A longer line would wrap, and the rest of it would stay.
 bool IsTooNarrow(int fd, const std::string& line) {
   struct winsize size {};
   return ::ioctl(fd, TIOCGWINSZ, &size) == 0 && size.ws_col != 0 && line.size() >= size.ws_col;

@@ -1,4 +1,4 @@
-// Shows on a terminal how far long work is.
+// Shows the progress of long work on a terminal.
 #pragma once
 
 #include <chrono>
@@ -8,8 +8,8 @@
 
 namespace korvel::tool {
 
-// A line that is drawn again and again, and gone at the end. Nothing is drawn before `delay` is over, nor anywhere but on a
-// terminal that is wide enough and not dumb.
+// A line that is redrawn and finally cleared. Nothing is drawn before `delay` has passed, or if `fd` is not a terminal that is
+// wide enough and not dumb.
 class Progress {
  public:
   using Clock = std::chrono::steady_clock;
@@ -22,7 +22,7 @@ class Progress {
   Progress& operator=(const Progress&) = delete;
   ~Progress();
 
-  // One more is done. May be called by several threads.
+  // Counts one more item. May be called by several threads.
   void Step();
 
  private:

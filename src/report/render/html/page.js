@@ -1,28 +1,28 @@
-// The filter and the keys. Without it the page shows all there is.
+// The filter and the keys. Without this script the page shows everything.
 'use strict';
 (() => {
   const form = document.getElementById('filter');
   if (!form) return;
   const items = [...document.querySelectorAll('.item')];
   const sections = [...document.querySelectorAll('main section.table')];
-  const words = document.getElementById('words');
+  const search = document.getElementById('search');
   const count = document.getElementById('count');
 
   const texts = new Map(items.map((item) => [item, item.textContent.toLowerCase()]));
 
   function apply() {
-    const look = form.elements.look.value;
-    const wanted = words.value.toLowerCase().split(/\s+/).filter(Boolean);
+    const status = form.elements.status.value;
+    const wanted = search.value.toLowerCase().split(/\s+/).filter(Boolean);
     for (const item of items) {
-      const fits = look === 'all' || item.dataset.look === look;
+      const fits = status === 'all' || item.dataset.status === status;
       item.hidden = !(fits && wanted.every((word) => texts.get(item).includes(word)));
     }
-    const isFiltered = look !== 'all' || wanted.length > 0;
+    const isFiltered = status !== 'all' || wanted.length > 0;
     for (const section of sections) section.hidden = isFiltered && !section.querySelector('.item:not([hidden])');
     count.textContent = items.filter((item) => !item.hidden).length + ' of ' + items.length + ' shown';
   }
 
-  // The item behind or before the one that has the focus, or the first.
+  // Moves the focus to the next or previous item, or to the first.
   function step(by) {
     const shown = items.filter((item) => !item.hidden);
     if (shown.length === 0) return;
@@ -33,22 +33,22 @@
     shown[next].scrollIntoView({ block: 'nearest' });
   }
 
-  const keys = { n: () => step(1), j: () => step(1), p: () => step(-1), k: () => step(-1), '/': () => words.focus() };
+  const keys = { n: () => step(1), j: () => step(1), p: () => step(-1), k: () => step(-1), '/': () => search.focus() };
 
   document.addEventListener('keydown', (event) => {
     if (event.ctrlKey || event.metaKey || event.altKey) return;
-    if (event.key === 'Escape' && event.target === words) {
-      words.value = '';
-      words.blur();
+    if (event.key === 'Escape' && event.target === search) {
+      search.value = '';
+      search.blur();
       apply();
       return;
     }
-    if (event.target === words || !Object.hasOwn(keys, event.key)) return;
+    if (event.target === search || !Object.hasOwn(keys, event.key)) return;
     event.preventDefault();
     keys[event.key]();
   });
 
-  // A link to what the filter hides shows it again.
+  // Following a link to a hidden item resets the filter.
   function reveal() {
     const target = document.getElementById(location.hash.slice(1));
     if (!target) return;

@@ -1,0 +1,144 @@
+// Matches two metas, and builds the meta that results from some of the edits. Does not name or locate edits: see diff_edits.cpp.
+// Tested by tests/report/diff_test.cpp and diff_law_test.cpp.
+#include "analysis/diff/matched_metas.h"
+
+#include <algorithm>
+
+#include "analysis/diff/entry_attributes.h"
+#include "analysis/diff/matching.h"
+#include "analysis/diff/table_attributes.h"
+
+namespace korvel {
+namespace {
+
+// Resolves the names of one side. `slot_of(position)` is the slot of an entry of the side.
+template <class SlotOf>
+References Resolve(const MetaModel& meta, SlotOf slot_of) {
+  NameFinder finder(meta.entries);
+  const auto find = [&](std::string_view name) {
+    const std::size_t position = finder.Find(name);
+    return position == kNowhere ? kNoSlot : slot_of(position);
+  };
+  References references;
+  for (const EntryModel& entry : meta.entries) references.refers.push_back(entry.refer.empty() ? kNoSlot : find(entry.refer));
+  for (const std::string& name : meta.primary_key) references.primary_key.push_back({find(name)});
+  for (const std::string& name : meta.splittable_key) references.splittable_key.push_back({find(name)});
+  for (const IndexModel& index : meta.indexes) {
+    Members& columns = references.columns.emplace_back();
+    for (const ColumnModel& column : index.columns) columns.push_back({find(column.entry), column.descending});
+  }
+  return references;
+}
+
+}  // namespace
+
+MatchedMetas::MatchedMetas(const MetaModel& old_meta, const MetaModel& new_meta, bool id_first)
+    : old_(&old_meta),
+      new_(&new_meta),
+      entries_(old_meta.entries.size(), MatchEntries(old_meta, new_meta, id_first)),
+      indexes_(old_meta.indexes.size(), MatchIndexes(old_meta, new_meta)),
+      old_references_(Resolve(old_meta, [](std::size_t i) { return static_cast<Slot>(i); })),
+      new_references_(Resolve(new_meta, [this](std::size_t j) { return entries_.OfNew(j); })) {}
+
+Members MatchedMetas::WithoutRemoved(const Members& members) const {
+  Members kept;
+  std::ranges::copy_if(members, std::back_inserter(kept),
+                       [this](const Member& one) { return WithoutRemoved(one.entry) != kNoSlot; });
+  return kept;
+}
+
+class MatchedMetas::Maker {
+ public:
+  Maker(const MatchedMetas& pair, const ChosenEdits& chosen) : pair_(pair), chosen_(chosen) {}
+
+  MetaDecl Make() {
+    decl_.name = pair_.old_->name;
+    decl_.position = pair_.old_->position;
+    decl_.kind = (chosen_.meta & Bit(EditKind::kMetaKind)) != 0 ? pair_.new_->kind : pair_.old_->kind;
+    decl_.customattr = ChangeAttributes(pair_.old_->customattr, pair_.new_->customattr, chosen_.attributes);
+    MakeEntries();
+    MakeRefers();
+    const bool new_primary = (chosen_.meta & Bit(EditKind::kPrimaryKey)) != 0;
+    const bool new_splittable = (chosen_.meta & Bit(EditKind::kSplittableKey)) != 0;
+    decl_.primary_key = Names(Side(new_primary).primary_key);
+    decl_.splittable_key = Names(Side(new_splittable).splittable_key);
+    MakeIndexes();
+    return std::move(decl_);
+  }
+
+ private:
+  const References& Side(bool is_new) const { return is_new ? pair_.new_references_ : pair_.old_references_; }
+
+  void MakeEntries() {
+    constexpr EditKinds kPlaced = Bit(EditKind::kEntryAdded) | Bit(EditKind::kEntryRemoved) | Bit(EditKind::kEntryMoved);
+    order_ = pair_.entries_.Order([&](Slot slot) { return (chosen_.entries[slot] & kPlaced) != 0; });
+    positions_.assign(pair_.entries_.slot_count(), kNoSlot);
+    decl_.entries.reserve(order_.size());
+    for (const Slot slot : order_) {
+      positions_[slot] = static_cast<Slot>(decl_.entries.size());
+      decl_.entries.push_back(EntryOf(slot));
+    }
+  }
+
+  qmx::EntryDecl EntryOf(Slot slot) const {
+    if (pair_.entries_.IsAdded(slot)) return DeclOf(pair_.NewEntry(slot));
+    qmx::EntryDecl decl = DeclOf(pair_.OldEntry(slot));
+    if (chosen_.entries[slot] == 0) return decl;
+    for (const EntryAttribute& attribute : EntryAttributes()) {
+      if ((chosen_.entries[slot] & Bit(attribute.kind)) != 0) attribute.take(decl, pair_.NewEntry(slot));
+    }
+    return decl;
+  }
+
+  // A refer to an entry that does not come before it, or cannot be a counter, is dropped: the count is fixed.
+  void MakeRefers() {
+    for (std::size_t i = 0; i < order_.size(); ++i) {
+      const Slot counter = CounterOf(order_[i]);
+      const Slot position = counter == kNoSlot ? kNoSlot : positions_[counter];
+      const bool holds = position < i && CanHoldCount(decl_.entries[position].type, decl_.entries[position].count);
+      decl_.entries[i].refer = holds ? decl_.entries[position].name : std::string_view();
+    }
+  }
+
+  Slot CounterOf(Slot slot) const {
+    const bool is_new = pair_.entries_.IsAdded(slot) || (chosen_.entries[slot] & Bit(EditKind::kEntryRefer)) != 0;
+    return is_new ? pair_.new_references_.refers[pair_.entries_.NewPosition(slot)] : pair_.old_references_.refers[slot];
+  }
+
+  bool IsPresent(const Member& member) const { return member.entry != kNoSlot && positions_[member.entry] != kNoSlot; }
+  std::string_view NameOf(const Member& member) const { return decl_.entries[positions_[member.entry]].name; }
+
+  std::vector<std::string_view> Names(const Members& members) const {
+    std::vector<std::string_view> names;
+    for (const Member& member : members) {
+      if (IsPresent(member)) names.push_back(NameOf(member));
+    }
+    return names;
+  }
+
+  void MakeIndexes() {
+    constexpr EditKinds kPlaced = Bit(EditKind::kIndexAdded) | Bit(EditKind::kIndexRemoved) | Bit(EditKind::kIndexMoved);
+    const Alignment& indexes = pair_.indexes_;
+    for (const Slot slot : indexes.Order([&](Slot one) { return (chosen_.indexes[one] & kPlaced) != 0; })) {
+      const bool is_new = indexes.IsAdded(slot) || (chosen_.indexes[slot] & Bit(EditKind::kIndexColumns)) != 0;
+      const std::size_t position = is_new ? indexes.NewPosition(slot) : slot;
+      const Members& members = Side(is_new).columns[position];
+      IndexDecl index{(is_new ? pair_.new_ : pair_.old_)->indexes[position].name, {}};
+      for (const Member& member : members) {
+        if (IsPresent(member)) index.columns.push_back({NameOf(member), member.descending});
+      }
+      // An index disappears with its last field.
+      if (!index.columns.empty() || members.empty()) decl_.indexes.push_back(std::move(index));
+    }
+  }
+
+  const MatchedMetas& pair_;
+  const ChosenEdits& chosen_;
+  MetaDecl decl_;
+  std::vector<Slot> order_;
+  std::vector<Slot> positions_;  // of each slot among the made entries; kNoSlot = not made
+};
+
+MetaDecl MatchedMetas::Make(const ChosenEdits& chosen) const { return Maker(*this, chosen).Make(); }
+
+}  // namespace korvel

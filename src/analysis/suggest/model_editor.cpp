@@ -1,0 +1,113 @@
+// Edits models. Whether the result is allowed is not decided here. Tested by tests/report/suggestions_test.cpp.
+#include "analysis/suggest/model_editor.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "schema/declaration.h"
+
+namespace korvel {
+namespace {
+
+void Replace(std::vector<std::string>& names, const std::string& name, const std::string& by) {
+  std::ranges::replace(names, name, by);
+}
+
+// The rules of the reader of schema files that alternatives can break. Saves runs of the checker on models that no file can
+// contain; the final file is read again anyway.
+bool CanBeWritten(const MetaModel& meta, bool needs_ids) {
+  if (meta.entries.empty()) return false;
+  std::unordered_set<std::string_view> names;
+  std::unordered_set<std::int32_t> ids;
+  for (const EntryModel& entry : meta.entries) {
+    if (!names.insert(entry.name).second) return false;
+    if (needs_ids && (entry.id < 0 || !ids.insert(entry.id).second)) return false;
+  }
+  MetaDecl decl = DeclOf(meta);
+  DropLooseReferences(decl);
+  return ModelOf(decl) == meta;
+}
+
+}  // namespace
+
+bool CanBeWritten(const Model& model) {
+  const bool needs_ids = model.protocol == qmx::Protocol::kTlv;
+  return std::ranges::all_of(model.metas, [&](const MetaModel& meta) { return CanBeWritten(meta, needs_ids); });
+}
+
+void ModelEditor::RaiseVersion(std::int32_t version) { model_.version = std::max(model_.version, version); }
+
+ModelEditor::EditedMeta& ModelEditor::MetaFor(const std::string& name) {
+  const auto [found, is_new] = edited_.try_emplace(name);
+  EditedMeta& edited = found->second;
+  if (!is_new) return edited;
+  const auto meta = std::ranges::find(model_.metas, name, &MetaModel::name);
+  if (meta == model_.metas.end()) return edited;
+  edited.meta = static_cast<std::size_t>(meta - model_.metas.begin());
+  for (std::size_t i = 0; i < meta->entries.size(); ++i) edited.positions.emplace(meta->entries[i].name, i);
+  return edited;
+}
+
+MetaModel* ModelEditor::FindMeta(const std::string& meta) {
+  const EditedMeta& edited = MetaFor(meta);
+  return edited.meta ? &MetaOf(edited) : nullptr;
+}
+
+EntryModel* ModelEditor::Find(const std::string& meta, const std::string& entry) {
+  const EditedMeta& edited = MetaFor(meta);
+  const auto found = edited.positions.find(entry);
+  return found == edited.positions.end() ? nullptr : &MetaOf(edited).entries[found->second];
+}
+
+void ModelEditor::Add(const std::string& meta, EntryModel entry) {
+  EditedMeta& edited = MetaFor(meta);
+  if (!edited.meta || edited.positions.contains(entry.name)) return;
+  edited.positions.emplace(entry.name, MetaOf(edited).entries.size());
+  MetaOf(edited).entries.push_back(std::move(entry));
+}
+
+void ModelEditor::ImportMeta(const Model& from, const std::string& type) {
+  if (std::ranges::find(model_.metas, type, &MetaModel::name) != model_.metas.end()) return;
+  const auto meta = std::ranges::find(from.metas, type, &MetaModel::name);
+  if (meta == from.metas.end()) return;
+  model_.metas.push_back(*meta);
+  edited_.erase(type);
+  for (const EntryModel& entry : meta->entries) ImportMeta(from, entry.type);
+}
+
+void ModelEditor::MoveToEnd(const std::string& meta, const std::string& entry) { MetaFor(meta).to_end.insert(entry); }
+
+void ModelEditor::Rename(const std::string& meta, const std::string& entry, const std::string& name) {
+  EditedMeta& edited = MetaFor(meta);
+  auto node = edited.positions.extract(entry);
+  if (node.empty()) return;
+  MetaModel& owner = MetaOf(edited);
+  owner.entries[node.mapped()].name = name;
+  node.key() = name;
+  edited.positions.insert(std::move(node));
+  if (edited.to_end.erase(entry) > 0) edited.to_end.insert(name);
+  for (EntryModel& other : owner.entries) {
+    if (!other.refer.empty() && other.refer == entry) other.refer = name;
+  }
+  Replace(owner.primary_key, entry, name);
+  Replace(owner.splittable_key, entry, name);
+  for (IndexModel& index : owner.indexes) {
+    for (ColumnModel& column : index.columns) {
+      if (column.entry == entry) column.entry = name;
+    }
+  }
+}
+
+std::optional<Model> ModelEditor::Take() {
+  for (const auto& item : edited_) {
+    const EditedMeta& edited = item.second;
+    if (!edited.meta) continue;
+    MetaModel& meta = MetaOf(edited);
+    std::stable_partition(meta.entries.begin(), meta.entries.end(),
+                          [&](const EntryModel& entry) { return !edited.to_end.contains(entry.name); });
+    if (!CanBeWritten(meta, model_.protocol == qmx::Protocol::kTlv)) return std::nullopt;
+  }
+  return std::move(model_);
+}
+
+}  // namespace korvel

@@ -1,0 +1,59 @@
+// Edits a model: the changes of which alternatives to refused edits consist. Does not run the checker.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "schema/model.h"
+
+namespace korvel {
+
+// Whether a schema file can contain the model: names and, in a TLV library, ids are unique, every structure has entries, and
+// every counter is valid. Linear.
+bool CanBeWritten(const Model& model);
+
+// Operations on a meta or entry that does not exist do nothing: the checker then refuses the alternative, which lacks its field.
+// Not for several threads at once.
+class ModelEditor {
+ public:
+  explicit ModelEditor(Model model) : model_(std::move(model)) {}
+
+  // Raises the library's version to at least `version`.
+  void RaiseVersion(std::int32_t version);
+
+  // Null if there is no such meta or entry. Valid until the next change of the model. The name must not be changed through it.
+  MetaModel* FindMeta(const std::string& meta);
+  EntryModel* Find(const std::string& meta, const std::string& entry);
+
+  // Appends an entry, unless the meta has one of that name.
+  void Add(const std::string& meta, EntryModel entry);
+  // Adds the meta that a type names and those that it reaches, as `from` has them, as far as they are missing.
+  void ImportMeta(const Model& from, const std::string& type);
+  // Moves an entry behind all others when the model is taken. Entries moved this way keep their order.
+  void MoveToEnd(const std::string& meta, const std::string& entry);
+  // Renames an entry, also in keys, columns and refers.
+  void Rename(const std::string& meta, const std::string& entry, const std::string& name);
+
+  // The model, which leaves the editor empty; nullopt if one of the metas that were accessed cannot be written.
+  std::optional<Model> Take();
+
+ private:
+  struct EditedMeta {
+    std::optional<std::size_t> meta;                         // its position; nullopt: there is no such meta
+    std::unordered_map<std::string, std::size_t> positions;  // of its entries
+    std::unordered_set<std::string> to_end;
+  };
+
+  EditedMeta& MetaFor(const std::string& name);
+  MetaModel& MetaOf(const EditedMeta& edited) { return model_.metas[*edited.meta]; }
+
+  Model model_;
+  std::unordered_map<std::string, EditedMeta> edited_;
+};
+
+}  // namespace korvel

@@ -1,0 +1,41 @@
+// Compares two states of a project: every schema file with itself as it was.
+//
+// Nothing here prints or keeps state between calls. Sources of the result live in it.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "project/check_tables.h"
+#include "project/project_files.h"
+#include "schema/input.h"
+
+namespace korvel {
+
+enum class ProjectPhase { kLoad, kCheck };  // loading the files; checking their tables
+
+// Called at the start of each phase with done = 0, and after each file. Several threads may call it at once, except at a start.
+using ProgressCallback = std::function<void(ProjectPhase phase, std::size_t done, std::size_t total)>;
+
+struct ProjectCheck {
+  ProjectStates states;
+  ProjectFiles files;  // of these states
+  CheckOptions options;
+  bool allow_new = false;                  // succeed even if every table is new
+  bool shows_sources = false;              // give images a text, so that a report can show lines (AddDump)
+  ProgressCallback on_progress = nullptr;  // may be empty
+};
+
+struct ProjectResult {
+  Report report;                                // without a command
+  std::vector<std::shared_ptr<Input>> sources;  // of the report; may hold null
+};
+
+// Compares a moved file with the file at its old path, a deleted one with a library without its tables. The tables of added files
+// are new. Uses all cores, unless `options.in_order` is set; the report is ordered by path and declaration in any case. Throws
+// InputError with every fault of every file, and if nothing was compared.
+ProjectResult CheckProject(const ProjectCheck& check);
+
+}  // namespace korvel

@@ -1,0 +1,43 @@
+// Checks tables, several at a time, with the settings of a call and of its project.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "analysis/check_table_change.h"
+#include "project/project.h"
+#include "report/result/report.h"
+
+namespace korvel {
+
+// Which tables to check, and how. What it points to must outlive the check.
+struct CheckOptions {
+  std::vector<std::string> tables = {};     // empty: all
+  Settings given = {};                      // for every table; they take precedence over those of the project
+  const Project* project = nullptr;         // null: none
+  std::size_t max_findings = kMaxFindings;  // of a table; at least 1
+  bool wants_allowed_changes = false;       // the changes of allowed tables
+  bool wants_suggestions = true;            // a suggestion for each finding
+  bool wants_fixes = false;                 // edits of the new file for each finding; they take time to find
+  LPVESKCATEGORYINST log = nullptr;         // REQUIRED: not null when tables are checked
+  bool in_order = false;  // check one table after the other, so that log records come in the order of the tables
+};
+
+// Whether the options select a table.
+bool IsWanted(const CheckOptions& options, std::string_view table);
+
+// The check of one table of a pair.
+TableCheck CheckFor(const Pair& pair, const std::string& table, const CheckOptions& options);
+
+// The two inputs of a report, which must outlive the pair.
+Pair PairOf(const Report& report);
+
+// Checks tables and adds the results to the report in the order of the tables. Runs on several threads where that pays, unless
+// `in_order` is set.
+void CheckEachTable(Report& report, const std::vector<std::string>& tables, bool in_order,
+                    const std::function<TableResult(const std::string&)>& check);
+
+}  // namespace korvel

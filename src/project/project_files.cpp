@@ -1,0 +1,208 @@
+// Selects files; check_project.cpp compares them. Tested by tests/tool/against_test.cpp.
+#include "project/project_files.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
+#include "base/did_you_mean.h"
+#include "base/input_error.h"
+#include "base/one_line.h"
+#include "base/quote.h"
+#include "project/glob.h"
+
+namespace korvel {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The directory of a path without links, and its last name as it is: a link to a file is another name of that file.
+fs::path Absolute(const std::string& path) {
+  std::error_code ignored;
+  std::string normal = fs::absolute(path.empty() ? "." : path, ignored).lexically_normal();
+  while (normal.size() > 1 && normal.back() == '/') normal.pop_back();
+  const fs::path whole = normal;
+  return fs::is_directory(whole, ignored) ? fs::weakly_canonical(whole, ignored)
+                                          : fs::weakly_canonical(whole.parent_path(), ignored) / whole.filename();
+}
+
+// The path from a directory to something inside it, "" for itself.
+std::string Below(const fs::path& path, const std::string& top, const std::string& shown) {
+  std::string below = path.lexically_relative(top);
+  if (below == ".") return "";
+  if (below.empty() || below == ".." || below.starts_with("../")) {
+    throw InputError{{ToolMessage(OneLine(shown) + ": is not inside " + OneLine(top))}};
+  }
+  return below;
+}
+
+// The patterns of the project, from the top of its states.
+class Patterns {
+ public:
+  Patterns(const Project* project, const ProjectStates& states) : project_(project) {
+    if (project_ == nullptr) return;
+    prefix_ = Below(Absolute(project_->directory), states.top, project_->file);
+    if (!prefix_.empty()) prefix_ += '/';
+  }
+
+  bool IsEmpty() const { return project_ == nullptr || project_->paths.empty(); }
+  const std::vector<ProjectText>& All() const { return project_->paths; }
+
+  bool Match(const ProjectText& pattern, const std::string& path) const {
+    if (!path.starts_with(prefix_)) return false;
+    const std::string_view below = std::string_view(path).substr(prefix_.size());
+    const auto matches = [&](const ProjectText& one) { return MatchesGlob(one.text, below); };
+    return matches(pattern) && std::ranges::none_of(project_->exclude, matches);
+  }
+
+  bool MatchAny(const std::string& path) const {
+    return std::ranges::any_of(All(), [&](const ProjectText& pattern) { return Match(pattern, path); });
+  }
+
+  // Where the files of a pattern are.
+  std::string Directory(const ProjectText& pattern) const {
+    std::string directory = prefix_ + std::string(FixedDirectory(pattern.text));
+    if (directory.ends_with('/')) directory.pop_back();
+    return directory;
+  }
+
+  std::string LocationOf(const ProjectText& pattern) const {
+    return project_->file + ":" + std::to_string(pattern.location.line) + ":" + std::to_string(pattern.location.column);
+  }
+
+ private:
+  const Project* project_;
+  std::string prefix_;
+};
+
+bool HasSchemaSuffix(const std::string& path) { return path.ends_with(".xml") || path.ends_with(".qmb"); }
+
+void AddMatching(const FileTree& state, const Patterns& patterns, const ProjectText& pattern, std::set<std::string>& files) {
+  for (const std::string& file : state.Below(patterns.Directory(pattern))) {
+    if (patterns.Match(pattern, file)) files.insert(file);
+  }
+}
+
+ProjectFiles FilesOfPatterns(const Patterns& patterns, const ProjectStates& states) {
+  ProjectFiles files;
+  files.is_whole = true;
+  InputError faults;
+  for (const ProjectText& pattern : patterns.All()) {
+    std::set<std::string> in_old;
+    std::set<std::string> in_new;
+    AddMatching(*states.old_state, patterns, pattern, in_old);
+    AddMatching(*states.new_state, patterns, pattern, in_new);
+    if (in_old.empty() && in_new.empty()) {
+      faults.lines.push_back(OneLine(patterns.LocationOf(pattern) + ": error: " + Quote(pattern.text) +
+                                     " matches no file; allowed: patterns that match a file of either state"));
+    }
+    files.in_old.merge(in_old);
+    files.in_new.merge(in_new);
+  }
+  if (!faults.lines.empty()) throw faults;
+  return files;
+}
+
+bool IsSchemaOf(const Patterns& patterns, const std::string& path) {
+  return patterns.IsEmpty() ? HasSchemaSuffix(path) : patterns.MatchAny(path);
+}
+
+// The files that a given path selects in one state.
+std::set<std::string> Named(const FileTree& state, const Patterns& patterns, const std::string& path) {
+  if (state.HasFile(path)) return {path};
+  std::set<std::string> files;
+  for (const std::string& file : state.Below(path)) {
+    if (IsSchemaOf(patterns, file)) files.insert(file);
+  }
+  return files;
+}
+
+// A call may name only the new path of a moved file, as hooks do; the file is not new then.
+std::vector<std::string> RemovedElsewhere(const ProjectFiles& files, const Patterns& patterns, const ProjectStates& states) {
+  std::vector<std::string> removed;
+  if (std::ranges::includes(files.in_old, files.in_new)) return removed;
+  for (const std::string& file : states.old_state->Below("")) {
+    if (IsSchemaOf(patterns, file) && !files.in_old.contains(file) && !states.new_state->HasFile(file)) removed.push_back(file);
+  }
+  return removed;
+}
+
+std::string Missing(const ProjectStates& states, const std::string& given, const std::string& path) {
+  const std::string directory = path.substr(0, path.rfind('/') == std::string::npos ? 0 : path.rfind('/'));
+  std::vector<std::string> files = states.new_state->Below(directory);
+  std::vector<std::string_view> near(files.begin(), files.end());
+  return ToolMessage(OneLine(given) + ": no schema file in either state" + DidYouMean(path, near));
+}
+
+ProjectFiles FilesOfPaths(const std::vector<std::string>& paths, const Patterns& patterns, const ProjectStates& states) {
+  ProjectFiles files;
+  InputError missing;
+  std::set<std::string> seen;
+  for (const std::string& given : paths) {
+    const std::string path = Below(Absolute(given), states.top, given);
+    if (!seen.insert(path).second) {
+      files.repeated.push_back(given);
+      continue;
+    }
+    std::set<std::string> in_old = Named(*states.old_state, patterns, path);
+    std::set<std::string> in_new = Named(*states.new_state, patterns, path);
+    if (in_old.empty() && in_new.empty()) missing.lines.push_back(Missing(states, given, path));
+    files.in_old.merge(in_old);
+    files.in_new.merge(in_new);
+  }
+  if (!missing.lines.empty()) throw missing;
+  files.removed_elsewhere = RemovedElsewhere(files, patterns, states);
+  return files;
+}
+
+// A directory is relative to the working directory if a call gives it, to the project file if that does.
+std::string Baseline(const std::optional<std::string>& baseline, const Project* project) {
+  if (baseline) return *baseline;
+  const std::string& text = project->against->text;
+  if (text.starts_with("git:")) return text;
+  return (fs::path(project->directory) / text).string();
+}
+
+}  // namespace
+
+ProjectStates OpenStates(const std::optional<std::string>& baseline, const Project* project) {
+  const std::string against = Baseline(baseline, project);
+  ProjectStates states;
+  if (const auto revision = ParseGitRevision(against)) {
+    states.top = Absolute(Git().Top(against));
+    states.old_state = CommitTree(*revision, against);
+    states.new_state = WorkTreeSeenFrom(Absolute(""), states.top);
+  } else {
+    std::error_code error;
+    if (!fs::is_directory(against, error)) {
+      const std::string reason = error ? error.message() : "is not a directory";
+      throw InputError{{ToolMessage(OneLine(against) + ": " + reason + "; allowed: git:REV or a directory")}};
+    }
+    states.top = Absolute(project == nullptr ? "" : project->directory);
+    states.old_state = DiskTree(against, against);
+    states.new_state = DiskTreeSeenFrom(Absolute(""), states.top);
+  }
+  return states;
+}
+
+ProjectFiles SelectFiles(const std::vector<std::string>& paths, const Project* project, const ProjectStates& states) {
+  const Patterns patterns(project, states);
+  if (!paths.empty()) return FilesOfPaths(paths, patterns, states);
+  if (!patterns.IsEmpty()) return FilesOfPatterns(patterns, states);
+  throw InputError{
+      {ToolMessage("no schema files are selected; allowed: files and directories as arguments, or 'paths' in "
+                   "[schemas] of korvelcheck.toml")}};
+}
+
+std::vector<std::string> ShownFiles(const ProjectFiles& files, const ProjectStates& states) {
+  std::set<std::string> paths = files.in_old;
+  paths.insert(files.in_new.begin(), files.in_new.end());
+  paths.insert(files.removed_elsewhere.begin(), files.removed_elsewhere.end());
+  std::vector<std::string> shown;
+  shown.reserve(paths.size());
+  for (const std::string& path : paths) shown.push_back(states.new_state->Display(path));
+  return shown;
+}
+
+}  // namespace korvel

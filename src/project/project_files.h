@@ -1,0 +1,45 @@
+// Which schema files to compare, in two states of a project.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "project/file_tree.h"
+#include "project/project.h"
+
+namespace korvel {
+
+// The two states of a project, with the same top.
+struct ProjectStates {
+  std::unique_ptr<FileTree> old_state;
+  std::unique_ptr<FileTree> new_state;
+  std::string top;  // of the new state on the disk, absolute
+};
+
+// Opens an earlier state and what is on the disk now. `baseline` is "git:REV" or a directory; without one, the project's is used.
+// The top is that of the work tree for "git:REV"; else the directory of the project file, else the working directory. `project`
+// may be null. REQUIRES: a baseline, or a project with one. Throws InputError.
+ProjectStates OpenStates(const std::optional<std::string>& baseline, const Project* project);
+
+// Paths from the top of both states.
+struct ProjectFiles {
+  std::set<std::string> in_old;
+  std::set<std::string> in_new;
+  // Files of the old state that no path selects and that the new state lacks: a selected file may have been moved from there.
+  std::vector<std::string> removed_elsewhere;
+  std::vector<std::string> repeated;  // paths as given that select the same as an earlier path
+  bool is_whole = false;              // all files of the project, not those of given paths
+};
+
+// The files that `paths` select, or without paths those that the project's patterns match. A directory stands for all files in it
+// that match the patterns; without patterns, for all with the suffix .xml or .qmb. `project` may be null. Throws InputError for a
+// path or pattern that neither state has files for, and if there are neither paths nor patterns.
+ProjectFiles SelectFiles(const std::vector<std::string>& paths, const Project* project, const ProjectStates& states);
+
+// All files that are read, as reports show those of the new state.
+std::vector<std::string> ShownFiles(const ProjectFiles& files, const ProjectStates& states);
+
+}  // namespace korvel

@@ -1,0 +1,182 @@
+// Tested by tests/tool/usage_test.cpp and settings_test.cpp.
+#include "tool/cli/option_groups.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "schema/setting_values.h"
+#include "tool/io/output.h"
+
+namespace korvel::tool {
+namespace {
+
+constexpr char kInput[] = "schema file or image; '-': standard input";
+
+constexpr NamedCode kLogFormats[] = {{"text", static_cast<int>(vesk::LineFormat::kText)},
+                                     {"json", static_cast<int>(vesk::LineFormat::kJson)}};
+constexpr NamedCode kLogLevels[] = {{"error", VESK_PRIORITY_ERROR}, {"warn", VESK_PRIORITY_WARN}, {"info", VESK_PRIORITY_INFO}};
+constexpr NamedCode kTextOrJson[] = {{"text", 0}, {"json", 1}};
+
+// The names of formats, each with its index as code.
+template <class List, class Name>
+std::vector<NamedCode> ChoicesOf(const List& formats, Name name) {
+  std::vector<NamedCode> choices;
+  for (const auto& format : formats) choices.push_back({name(format), static_cast<int>(choices.size())});
+  return choices;
+}
+
+std::string SetServerVersion(Settings& given, const std::string& value) {
+  if (!IsVersion(value)) return kAllowedVersion;
+  given.server_version = value;
+  return "";
+}
+
+std::string SetListNum(Settings& given, const std::string& value) {
+  given.list_num = ParseCount(value);
+  return given.list_num ? "" : kAllowedListNum;
+}
+
+}  // namespace
+
+void InputFiles::AddPairTo(ArgumentList& arguments, const char* first, const char* second, bool second_is_required) {
+  arguments.AddPositional(first, "FILE", paths, kInput).is_required = true;
+  arguments.AddPositional(second, "FILE", paths, kInput).is_required = second_is_required;
+}
+
+void InputFiles::AddOneTo(ArgumentList& arguments, const char* name) {
+  arguments.AddPositional(name, "FILE", paths, kInput).is_required = true;
+}
+
+void InputFiles::AddListTo(ArgumentList& arguments, const char* name) {
+  Argument& list = arguments.AddPositional(name, "FILE", paths, "schema files or images; '-': standard input");
+  list.is_required = true;
+  list.is_repeated = true;
+}
+
+void TableSelection::AddTo(ArgumentList& arguments) {
+  const auto set = [this](const std::string& table) {
+    tables.push_back(table);
+    return std::string();
+  };
+  arguments.Add({.names = "--table",
+                 .value = "NAME",
+                 .description = "check only this table; may be repeated; default: all",
+                 .set = set,
+                 .is_repeated = true});
+}
+
+void TableSettings::AddTo(ArgumentList& arguments) {
+  AddCreatedAsTo(arguments);
+  AddOthersTo(arguments);
+}
+
+void TableSettings::AddCreatedAsTo(ArgumentList& arguments) {
+  arguments.AddChoice(
+      "--created-as", kProtocols, [this](int code) { given.created_as = code; },
+      "protocol of the table at its creation; default: from the first schema, else qmx");
+}
+
+void TableSettings::AddOthersTo(ArgumentList& arguments) {
+  arguments.AddChoice(
+      "--type", kTableTypes, [this](int code) { given.type = code; },
+      "type of the table; default: from the old schema's attributes, else generic");
+  arguments.Add({.names = "--server-version",
+                 .value = "VERSION",
+                 .description = "oldest server that runs the table; without it, field lengths are not checked",
+                 .set = [this](const std::string& value) { return SetServerVersion(given, value); }});
+  arguments.AddText("--whitelist", "A;B", given.whitelist, "fields that may exceed the length limit, separated by ';'");
+  arguments.Add({.names = "--list-num",
+                 .value = "N",
+                 .description = "list length on the server; default: from the old schema's attributes, else 0",
+                 .set = [this](const std::string& value) { return SetListNum(given, value); }});
+}
+
+void TableSettings::AddProjectTo(ArgumentList& arguments) {
+  arguments.AddText("--project", "FILE", project_file, "project file; default: the nearest korvelcheck.toml here or above");
+  arguments.AddFlag("--no-project", no_project, "use no project file").excludes = "--project";
+}
+
+std::optional<Project> TableSettings::ReadProject() const {
+  if (no_project) return std::nullopt;
+  const std::optional<std::string> path = project_file ? project_file : FindProjectFile();
+  if (!path) return std::nullopt;
+  return korvel::ReadProject(*path);
+}
+
+void FindingLimit::AddTo(ArgumentList& arguments) {
+  const auto set = [this](const std::string& value) -> std::string {
+    const std::optional<int> count = ParseCount(value);
+    if (count.value_or(0) == 0) return "1 to 2147483647";
+    max_findings = static_cast<std::size_t>(*count);
+    return "";
+  };
+  arguments.Add({.names = "--max-findings",
+                 .value = "N",
+                 .description = "stop after N findings per table; default: " + std::to_string(kMaxFindings),
+                 .set = set});
+}
+
+void OutputOption::AddTo(ArgumentList& arguments) {
+  const auto set = [this](const std::string& path) {
+    file.reset();
+    if (path != "-") file = path;
+    return std::string();
+  };
+  arguments.Add(
+      {.names = "-o,--output",
+       .value = "FILE",
+       .description = std::string("write to FILE atomically; '-'") + (is_required ? "" : " or default") + ": standard output",
+       .set = set,
+       .is_required = is_required});
+}
+
+void OutputOption::Write(const std::string& text) const { file ? WriteFile(*file, text) : WriteStandardOutput(text); }
+
+bool OutputOption::CanColor() const { return !file && tool::CanColor(); }
+
+void LogOptions::AddTo(ArgumentList& arguments) {
+  settings.least_grave = VESK_PRIORITY_INFO;
+  const auto set = [this](const std::string& path) {
+    is_open = true;
+    if (path != "-") settings.file = path;
+    return std::string();
+  };
+  arguments.Add(
+      {.names = "--log", .value = "FILE", .description = "append the checker's log to FILE; '-': standard error", .set = set});
+  const auto set_format = [this](int code) { settings.format = static_cast<vesk::LineFormat>(code); };
+  arguments.AddChoice("--log-format", kLogFormats, set_format, "log format, with --log; default: text").needs = "--log";
+  const auto set_level = [this](int code) { settings.least_grave = code; };
+  arguments.AddChoice("--log-level", kLogLevels, set_level, "minimum log level, with --log; default: info").needs = "--log";
+}
+
+void ReportOptions::AddTo(ArgumentList& arguments) {
+  output.AddTo(arguments);
+  static const std::vector<NamedCode> choices = ChoicesOf(Formats(), [](const Format& one) { return one.name; });
+  arguments.AddChoice(
+      "--format", choices, [this](int code) { format = &Formats()[static_cast<std::size_t>(code)]; },
+      "output format; default: text");
+  log.AddTo(arguments);
+}
+
+void TextOrJson::AddTo(ArgumentList& arguments) {
+  arguments.AddChoice(
+      "--format", kTextOrJson, [this](int code) { json = code == 1; }, "output format; default: text");
+}
+
+void PageFormat::AddTo(ArgumentList& arguments) {
+  static const std::vector<NamedCode> choices = ChoicesOf(RuleDocFormats(), [](const RuleDocFormat* one) { return one->name; });
+  arguments.AddChoice(
+      "--format", choices, [this](int code) { format = RuleDocFormats()[static_cast<std::size_t>(code)]; },
+      "output format; default: text");
+}
+
+void RequireOneStandardInput(const std::vector<std::string>& inputs) {
+  if (std::ranges::count(inputs, "-") > 1) throw UsageError{"'-' (standard input) is given twice; allowed: once"};
+}
+
+void RequireDistinctFiles(const std::vector<std::string>& inputs, const OutputOption& output) {
+  RequireOneStandardInput(inputs);
+  RefuseOverlaps(inputs, output);
+}
+
+}  // namespace korvel::tool

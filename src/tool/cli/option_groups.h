@@ -1,0 +1,111 @@
+// Groups of arguments that several commands share. Each is a part of a command's options: AddTo declares it.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/limits.h"
+#include "project/project.h"
+#include "report/render/render.h"
+#include "rule_docs/rule_doc_format.h"
+#include "schema/settings.h"
+#include "tool/cli/arguments.h"
+#include "vesk/log_category.h"
+
+namespace korvel::tool {
+
+// Schema files: paths, "git:REV:PATH", or "-" for standard input.
+struct InputFiles {
+  std::vector<std::string> paths;
+
+  void AddPairTo(ArgumentList& arguments, const char* first, const char* second, bool second_is_required = true);
+  void AddOneTo(ArgumentList& arguments, const char* name);
+  void AddListTo(ArgumentList& arguments, const char* name);
+};
+
+// --table
+struct TableSelection {
+  std::vector<std::string> tables;  // empty: all
+
+  void AddTo(ArgumentList& arguments);
+};
+
+// --created-as; --type, --server-version, --whitelist, --list-num; --project, --no-project
+struct TableSettings {
+  Settings given;
+  std::optional<std::string> project_file;
+  bool no_project = false;
+
+  void AddTo(ArgumentList& arguments);
+  void AddCreatedAsTo(ArgumentList& arguments);
+  void AddOthersTo(ArgumentList& arguments);
+  void AddProjectTo(ArgumentList& arguments);
+
+  // The named project file, else the nearest one; nullopt if there is none, and with --no-project. Throws InputError.
+  std::optional<Project> ReadProject() const;
+};
+
+// --max-findings
+struct FindingLimit {
+  std::size_t max_findings = kMaxFindings;
+
+  void AddTo(ArgumentList& arguments);
+};
+
+// --output
+struct OutputOption {
+  std::optional<std::string> file = {};  // absent: standard output
+  bool is_required = false;
+
+  void AddTo(ArgumentList& arguments);
+
+  // Writes the result of a command. Throws std::runtime_error.
+  void Write(const std::string& text) const;
+  // Whether the result may be colored.
+  bool CanColor() const;
+};
+
+// --log, --log-format, --log-level
+struct LogOptions {
+  bool is_open = false;  // --log was given
+  vesk::LogSettings settings;
+
+  void AddTo(ArgumentList& arguments);
+};
+
+// --format of a report, --output, --log
+struct ReportOptions {
+  const Format* format = Formats().data();
+  OutputOption output;
+  LogOptions log;
+
+  void AddTo(ArgumentList& arguments);
+};
+
+// --format text|json
+struct TextOrJson {
+  bool json = false;
+
+  void AddTo(ArgumentList& arguments);
+};
+
+// --format of the pages about rules
+struct PageFormat {
+  const RuleDocFormat* format = &kRuleDocText;
+
+  void AddTo(ArgumentList& arguments);
+};
+
+// Throws InputError if the output or the log would replace or change one of the files that are read, or the other one.
+void RefuseOverlaps(const std::vector<std::string>& inputs, const OutputOption& output, const LogOptions& log = {});
+
+// Throws UsageError if standard input is read twice.
+void RequireOneStandardInput(const std::vector<std::string>& inputs);
+
+// Both, for a command without a log.
+void RequireDistinctFiles(const std::vector<std::string>& inputs, const OutputOption& output);
+
+}  // namespace korvel::tool

@@ -1,0 +1,50 @@
+// Tested by tests/tool/output_test.cpp and log_test.cpp.
+#include "tool/commands/run_report.h"
+
+#include <cstddef>
+#include <stdexcept>
+#include <utility>
+
+#include "base/input_error.h"
+#include "project/load_inputs.h"
+#include "tool/io/exit.h"
+
+namespace korvel::tool {
+namespace {
+
+// Without --log, a closed category: field lengths cannot be checked without one.
+std::unique_ptr<vesk::LogCategory> OpenLog(const LogOptions& options) {
+  if (!options.is_open) return vesk::LogCategory::Closed();
+  std::string error;
+  std::unique_ptr<vesk::LogCategory> log = vesk::LogCategory::Open(options.settings, error);
+  if (log == nullptr) throw InputError{{ToolMessage(error)}};
+  return log;
+}
+
+}  // namespace
+
+CommandResult LoadForReport(const char* command, const InputRoles& roles, const std::vector<std::string>& paths,
+                            const Format& format) {
+  CommandResult result{.inputs = LoadInputs(paths, format.shows_sources ? Images::kWithText : Images::kAsTheyAre)};
+  result.report.command = command;
+  for (std::size_t i = 0; i < result.inputs.size(); ++i) {
+    result.report.inputs.push_back({i == 0 ? roles.first : roles.second, &result.inputs[i]});
+  }
+  return result;
+}
+
+int RunReport(const ReportOptions& options, const std::vector<std::string>& inputs,
+              const std::function<CommandResult(LPVESKCATEGORYINST log)>& check) {
+  RequireOneStandardInput(inputs);
+  RefuseOverlaps(inputs, options.output, options.log);
+  const std::unique_ptr<vesk::LogCategory> log = OpenLog(options.log);
+  // Never destroyed: the end of the process gives the memory of the schemas back faster.
+  static CommandResult& result = *new CommandResult(check(log->handle()));
+  log->Close();
+  for (const Input& input : result.inputs) RequireUnchanged(input);
+  options.output.Write(options.format->render(result.report, options.output.CanColor()));
+  if (const std::string failure = log->WriteFailure(); !failure.empty()) throw std::runtime_error(failure);
+  return Summarize(result.report).failing == 0 ? kAllAllowed : kSomeRefused;
+}
+
+}  // namespace korvel::tool

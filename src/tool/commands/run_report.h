@@ -1,0 +1,40 @@
+// Runs the commands that end with a report.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "report/result/report.h"
+#include "schema/input.h"
+#include "tool/cli/option_groups.h"
+
+namespace korvel::tool {
+
+// What a command found out. The report is about the sources, which the result owns; it may be moved.
+struct CommandResult {
+  std::vector<Input> inputs = {};
+  Report report = {};
+  std::vector<std::shared_ptr<Input>> project_sources = {};  // of a project check; may hold null
+};
+
+// What reports call the inputs of a command.
+struct InputRoles {
+  const char* first;
+  const char* second;
+};
+inline constexpr InputRoles kOldAndNew{"old", "new"};
+inline constexpr InputRoles kSourceAndDestination{"source", "destination"};
+inline constexpr InputRoles kFiles{"file", "file"};
+
+// Loads the inputs of a report without tables yet. Throws InputError.
+CommandResult LoadForReport(const char* command, const InputRoles& roles, const std::vector<std::string>& paths,
+                            const Format& format);
+
+// Opens the log, runs `check`, and writes its report. `log` is never null. Returns the exit code. Throws UsageError and
+// InputError about `inputs`, and what `check` throws.
+int RunReport(const ReportOptions& options, const std::vector<std::string>& inputs,
+              const std::function<CommandResult(LPVESKCATEGORYINST log)>& check);
+
+}  // namespace korvel::tool

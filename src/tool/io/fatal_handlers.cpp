@@ -1,0 +1,64 @@
+// Tested by tests/memory/tool_memory_test.cpp, tests/tool/image_test.cpp and sigbus_handler_test.cpp.
+#include "tool/io/fatal_handlers.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <exception>
+#include <initializer_list>
+#include <new>
+#include <string_view>
+
+#include "base/file_descriptor.h"
+#include "tool/io/exit.h"
+
+namespace korvel::tool {
+namespace {
+
+std::atomic_flag is_ending;
+
+// Several threads may get here: the first one prints, the others wait for the end.
+void WaitUnlessFirst() {
+  while (is_ending.test_and_set()) ::pause();
+}
+
+void Print(std::string_view text) { static_cast<void>(WriteAll(STDERR_FILENO, text)); }
+
+// Allocates nothing. If a function throws although it is noexcept, the compiler may leave no exception to look at; in a library,
+// memory ran out then.
+[[noreturn]] void OnUncaught() {
+  WaitUnlessFirst();
+  try {
+    if (std::current_exception() != nullptr) throw;
+    Print("korvelcheck: out of memory, or an internal error\n");
+  } catch (const std::bad_alloc&) {
+    PrintOutOfMemory();
+  } catch (const std::exception& fault) {
+    for (const std::string_view part : {"korvelcheck: ", fault.what(), "\n"}) Print(part);
+  } catch (...) {
+    Print("korvelcheck: internal error\n");
+  }
+  ::_exit(kInternalError);
+}
+
+// Only calls that are safe in a signal handler.
+extern "C" void OnBusError(int) {
+  WaitUnlessFirst();
+  Print("korvelcheck: a file became shorter while it was read\n");
+  ::_exit(kInternalError);
+}
+
+}  // namespace
+
+void PrintOutOfMemory() { Print("korvelcheck: out of memory\n"); }
+
+void InstallTerminateHandler() { std::set_terminate(OnUncaught); }
+
+void InstallSigbusHandler() {
+  struct sigaction action {};
+  action.sa_handler = OnBusError;
+  ::sigaction(SIGBUS, &action, nullptr);
+}
+
+}  // namespace korvel::tool

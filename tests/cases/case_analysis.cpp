@@ -1,0 +1,58 @@
+#include "case_analysis.h"
+#include "analysis/findings/run_checker.h"
+
+#include <stdexcept>
+#include <utility>
+
+#include "analysis/check_table_change.h"
+#include "analysis/findings/findings.h"
+#include "schema/source.h"
+#include "vesk/log_category.h"
+
+namespace cases {
+namespace {
+
+std::unique_ptr<korvel::Source> ReadSource(const std::string& name, const std::string& file) {
+  std::optional<korvel::Source> source = korvel::SourceOfText(file, ReadFile(Folder(name) / file));
+  if (!source) throw std::runtime_error(name + "/" + file + " is not a schema");
+  return std::make_unique<korvel::Source>(std::move(*source));
+}
+
+korvel::Settings ToCheckerSettings(const Settings& settings) {
+  return {.type = settings.table_type,
+          .created_as = settings.created_as,
+          .server_version = settings.server_version,
+          .whitelist = settings.whitelist,
+          .list_num = settings.list_num};
+}
+
+korvel::Changes FindChanges(const korvel::Source& old_source, const korvel::Source& new_source, const std::string& table,
+                            const korvel::Settings& settings) {
+  if (!old_source.HasMeta(table)) {
+    const korvel::Verdict verdict = korvel::RunChecker(old_source.Library(), new_source.Library(), table, settings);
+    return korvel::FindRemovedTable(old_source, new_source, table, settings, verdict);
+  }
+  const std::unique_ptr<vesk::LogCategory> log = vesk::LogCategory::Closed();
+  return *korvel::CheckTableChange({.sources = {old_source, new_source},
+                                    .table = table,
+                                    .given = settings,
+                                    .wants_allowed_changes = true,
+                                    .wants_fixes = true,
+                                    .log = log->handle()})
+              .changes;
+}
+
+}  // namespace
+
+Analysis Analyze(const std::string& name, const Settings& settings) {
+  Analysis analysis{ReadSource(name, "old.xml"), ReadSource(name, "new.xml"), {}, {}};
+  const korvel::Source& old_source = *analysis.old_source;
+  const korvel::Source& new_source = *analysis.new_source;
+  analysis.changes = FindChanges(old_source, new_source, settings.table, ToCheckerSettings(settings));
+  if (analysis.changes.edits.empty()) return analysis;
+  const korvel::Difference difference(old_source, new_source, settings.table);
+  for (std::size_t edit = 0; edit < difference.edits().size(); ++edit) analysis.needs.push_back(difference.Needs(edit));
+  return analysis;
+}
+
+}  // namespace cases
