@@ -9,7 +9,7 @@
 
 namespace korvel {
 
-// Closes the descriptor at the end of its life. A negative descriptor is none.
+// Closes the descriptor at the end of its life, unless it is negative.
 class FileDescriptor {
  public:
   explicit FileDescriptor(int fd) : fd_(fd) {}
