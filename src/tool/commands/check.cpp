@@ -34,7 +34,7 @@ struct CheckArguments {
     settings.AddTo(arguments);
     arguments.AddText("--against", "git:REV|DIR", against,
                       "compare the project's schema files with those of a commit or a directory");
-    arguments.AddFlag("--allow-new", allow_new, "succeed even if every table is new");
+    arguments.AddFlag("--allow-new", allow_new, "with --against: succeed even if every table is new");
     settings.AddProjectTo(arguments);
     limit.AddTo(arguments);
     report.AddTo(arguments);

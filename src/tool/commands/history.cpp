@@ -28,7 +28,7 @@ struct HistoryArguments {
     settings.AddTo(arguments);
     settings.AddProjectTo(arguments);
     limit.AddTo(arguments);
-    arguments.AddFlag("--git", uses_git, "VERSION is a path: check all commits that changed the file");
+    arguments.AddFlag("--git", uses_git, "check all commits that changed the file VERSION");
     output.AddTo(arguments);
     format.AddTo(arguments);
   }

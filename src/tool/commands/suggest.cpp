@@ -35,7 +35,7 @@ struct SuggestArguments {
     settings.AddProjectTo(arguments);
     output.AddTo(arguments);
     arguments.AddFlag("--file", whole_file, "print the whole fixed schema file");
-    arguments.AddFlag("--diff", is_diff, "print a unified diff from NEW to the fixed version; the default").excludes = "--file";
+    arguments.AddFlag("--diff", is_diff, "print a unified diff from NEW to the fixed version (default)").excludes = "--file";
   }
 };
 

@@ -50,7 +50,8 @@ int Run(const ValuesArguments& arguments) {
 
 }  // namespace
 
-const Command kValuesCommand{"values", "check whether the fields of two schemas are compatible, by their protocols",
+const Command kValuesCommand{"values",
+                             "check whether the fields of two schemas are compatible under the rules of their protocols",
                              Declare<ValuesArguments, Run>};
 
 }  // namespace korvel::tool

@@ -28,9 +28,9 @@ struct WaiveArguments {
     arguments.AddPositional("FINGERPRINT", "", fingerprints, "fingerprint of the finding, as shown in reports").is_required =
         true;
     arguments.AddText("--reason", "TEXT", reason, "reason for the waiver").is_required = true;
-    arguments.AddText("--until", "DAY", until, "last day of the waiver, like 2027-01-31").is_required = true;
+    arguments.AddText("--until", "DAY", until, "last day of the waiver, such as 2027-01-31").is_required = true;
     arguments.AddText("--project", "FILE", project_file,
-                      "project file; default: the nearest korvelcheck.toml here or above, else a new one here");
+                      "project file; default: the nearest korvelcheck.toml in this directory or above, else a new one");
     output.AddTo(arguments);
   }
 };
