@@ -17,9 +17,7 @@ struct SortlistArguments {
   void AddTo(ArgumentList& arguments) {
     inputs.AddPairTo(arguments, "SRC", "DST");
     selection.AddTo(arguments);
-    arguments
-        .AddText("--dst-table", "NAME", dst_table,
-                 "name of the table in DST; requires exactly one --table; default: the same name")
+    arguments.AddText("--dst-table", "NAME", dst_table, "name of the table in DST, with one --table; default: the same name")
         .needs = "--table";
     report.AddTo(arguments);
   }
