@@ -17,6 +17,7 @@
 #include "base/one_line.h"
 #include "base/parallel.h"
 #include "base/quote.h"
+#include "base/text.h"
 #include "project/moved_files.h"
 #include "schema/model.h"
 #include "schema/schema_file.h"
@@ -171,8 +172,7 @@ class Comparison {
     const std::unordered_set<std::string_view> tables(known.begin(), known.end());
     for (const auto& [name, settings] : project.tables) {
       if (tables.contains(name)) continue;
-      const std::string location = std::to_string(settings.location.line) + ":" + std::to_string(settings.location.column);
-      unknown.lines.push_back(OneLine(project.file + ":" + location + ": error: [tables." + Quote(name) +
+      unknown.lines.push_back(OneLine(FileLineColumn(project.file, settings.location) + ": error: [tables." + Quote(name) +
                                       "] is for a table that no schema file has" + DidYouMean(name, known)));
     }
   }

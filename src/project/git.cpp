@@ -9,6 +9,7 @@
 #include "base/did_you_mean.h"
 #include "base/input_error.h"
 #include "base/quote.h"
+#include "base/text.h"
 #include "project/git_call.h"
 #include "qmx/qmx_xml.h"
 
@@ -46,9 +47,7 @@ std::optional<std::string> Normal(const std::string& path) {
       parts.push_back(part);
     }
   }
-  std::string normal;
-  for (const std::string& part : parts) normal += (normal.empty() ? "" : "/") + part;
-  return normal;
+  return Join(parts, "/");
 }
 
 // Lines of "git ls-tree -z": MODE SP TYPE SP OBJECT TAB PATH NUL.

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/text.h"
 #include "project/project.h"
 #include "project/toml_reader.h"
 #include "project/waivers.h"
@@ -83,7 +84,7 @@ void ReadWhitelist(TomlReader& reader, const Value& value, Settings& settings) {
   for (const ProjectText& name : reader.Texts(value, kAllowed)) {
     const bool is_name = !name.text.empty() && name.text.find(';') == std::string::npos;
     if (!is_name) reader.Fault(name.location, "whitelist has " + Quote(name.text) + "; allowed: " + kAllowed + " without ';'");
-    joined += (joined.empty() ? "" : ";") + name.text;
+    AppendPart(joined, ";", name.text);
   }
   settings.whitelist = joined;
 }

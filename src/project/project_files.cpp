@@ -10,6 +10,7 @@
 #include "base/input_error.h"
 #include "base/one_line.h"
 #include "base/quote.h"
+#include "base/text.h"
 #include "project/glob.h"
 
 namespace korvel {
@@ -67,9 +68,7 @@ class Patterns {
     return directory;
   }
 
-  std::string LocationOf(const ProjectText& pattern) const {
-    return project_->file + ":" + std::to_string(pattern.location.line) + ":" + std::to_string(pattern.location.column);
-  }
+  std::string LocationOf(const ProjectText& pattern) const { return FileLineColumn(project_->file, pattern.location); }
 
  private:
   const Project* project_;

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "base/one_line.h"
+#include "base/text.h"
 #include "common/catalog.h"
 #include "report/render/render.h"
 #include "report/result/words.h"
@@ -124,8 +125,7 @@ class FindingText {
   }
 
   std::string Also() const {
-    std::string text;
-    for (const std::string& path : AlsoOf(folded_)) text += (text.empty() ? "" : ", ") + path;
+    const std::string text = Join(AlsoOf(folded_), ", ");
     return text.empty() ? "" : "  also affected: " + text + "\n";
   }
 
@@ -227,8 +227,8 @@ class TextReport {
   }
 
   void AddProjectFinding(const ProjectFinding& finding) {
-    text_ += OneLine(finding.file) + ":" + std::to_string(finding.position.line) + ":" + std::to_string(finding.position.column) +
-             ": " + Colored("error", kRed, color_) + " [" + finding.rule + "] " + OneLine(finding.text) + "\n";
+    text_ += FileLineColumn(OneLine(finding.file), finding.position) + ": " + Colored("error", kRed, color_) + " [" +
+             finding.rule + "] " + OneLine(finding.text) + "\n";
     if (!finding.suggestion.empty()) text_ += "  suggestion: " + OneLine(finding.suggestion) + "\n";
   }
 

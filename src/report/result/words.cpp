@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "base/one_line.h"
+#include "base/text.h"
 #include "common/catalog.h"
 #include "common/result_codes.h"
 #include "rule_docs/rule_docs.h"
@@ -72,9 +73,8 @@ std::string SummaryOf(const TableResult& table) {
 std::string CheckerLine(const std::string& text) { return "checker: " + (text.empty() ? "(no text)" : OneLine(text)); }
 
 std::string ToText(const TextRange& range) {
-  std::string file = OneLine(range.file);
-  if (!range.begin) return file;
-  return file + ":" + std::to_string(range.begin->line) + ":" + std::to_string(range.begin->column);
+  const std::string file = OneLine(range.file);
+  return range.begin ? FileLineColumn(file, *range.begin) : file;
 }
 
 std::string ToText(const FileNote& note) {

@@ -51,12 +51,6 @@ int Run(const CompletionArguments& arguments) {
 
 }  // namespace
 
-std::string Join(const std::vector<std::string>& words, const char* between) {
-  std::string text;
-  for (const std::string& word : words) text.append(text.empty() ? "" : between).append(word);
-  return text;
-}
-
 std::string EscapeWith(const std::string& text, const std::string& characters, const std::string& escape) {
   std::string escaped;
   for (const char c : text) escaped.append(characters.find(c) == std::string::npos ? "" : escape).append(1, c);

@@ -1,7 +1,7 @@
 // The manual page, made from the declarations of the commands. Tested by tests/tool/man_test.cpp.
+#include "base/text.h"
 #include "rule_docs/rule_doc_format.h"
 #include "tool/cli/command.h"
-#include "tool/cli/completion.h"
 #include "tool/cli/option_groups.h"
 #include "tool/io/exit.h"
 
@@ -172,10 +172,8 @@ std::vector<OptionUse> OptionUses() {
 }
 
 std::string OptionEntry(const OptionUse& use) {
-  std::string text = ".TP\n";
-  for (const std::string& name : use.option.Names()) {
-    text += (name == use.option.Names().front() ? "\\fB" : ", \\fB") + EscapeForTroff(name) + "\\fR";
-  }
+  std::string text =
+      ".TP\n" + Join(use.option.Names(), ", ", [](const std::string& name) { return "\\fB" + EscapeForTroff(name) + "\\fR"; });
   if (!use.option.value.empty()) text += " \\fI" + EscapeForTroff(use.option.value) + "\\fR";
   text += "\n" + Sentence(use.option.description);
   if (use.commands.size() == Commands().size()) return text;
