@@ -8,7 +8,7 @@
 #include <cstdlib>
 
 #include "base/input_error.h"
-#include "base/quote.h"
+#include "base/text.h"
 
 namespace korvel {
 namespace {

@@ -7,9 +7,8 @@
 #include <thread>
 
 #include "base/input_error.h"
-#include "base/one_line.h"
 #include "base/parallel.h"
-#include "base/quote.h"
+#include "base/text.h"
 #include "project/git.h"
 
 namespace korvel {

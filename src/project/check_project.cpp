@@ -14,13 +14,11 @@
 
 #include "base/did_you_mean.h"
 #include "base/input_error.h"
-#include "base/one_line.h"
 #include "base/parallel.h"
-#include "base/quote.h"
 #include "base/text.h"
-#include "project/moved_files.h"
+#include "project/project_files.h"
+#include "schema/input.h"
 #include "schema/model.h"
-#include "schema/schema_file.h"
 
 namespace korvel {
 namespace {

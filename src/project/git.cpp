@@ -8,7 +8,6 @@
 
 #include "base/did_you_mean.h"
 #include "base/input_error.h"
-#include "base/quote.h"
 #include "base/text.h"
 #include "project/git_call.h"
 #include "qmx/qmx_xml.h"

@@ -29,8 +29,6 @@
 
 #include "base/did_you_mean.h"
 #include "base/input_error.h"
-#include "base/one_line.h"
-#include "base/quote.h"
 #include "base/text.h"
 #include "project/project.h"
 

@@ -8,7 +8,7 @@
 
 #include "base/calendar.h"
 #include "base/did_you_mean.h"
-#include "base/quote.h"
+#include "base/text.h"
 #include "rule_docs/rule_docs.h"
 
 namespace korvel {

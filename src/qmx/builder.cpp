@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <tuple>
 
-#include "base/quote.h"
+#include "base/text.h"
 #include "qmx/builder_state.h"
 #include "qmx/meta_slots.h"
 

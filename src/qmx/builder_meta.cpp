@@ -5,7 +5,7 @@
 #include <span>
 
 #include "base/did_you_mean.h"
-#include "base/quote.h"
+#include "base/text.h"
 #include "qmx/builder_state.h"
 
 namespace qmx {

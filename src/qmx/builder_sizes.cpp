@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <span>
 
-#include "base/quote.h"
+#include "base/text.h"
 #include "qmx/builder_state.h"
 
 namespace qmx {

@@ -1,6 +1,5 @@
 // Finds the metas that entries of composite types mean.
 #include "base/did_you_mean.h"
-#include "base/quote.h"
 #include "base/text.h"
 #include "qmx/builder_state.h"
 

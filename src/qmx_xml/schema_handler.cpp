@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "base/did_you_mean.h"
-#include "base/quote.h"
+#include "base/text.h"
 
 namespace qmx {
 namespace {

@@ -13,8 +13,8 @@
 #include <vector>
 
 #include "qmx/qmx_xml.h"
-#include "qmx_xml/error_list.h"
 #include "qmx_xml/start_tag.h"
+#include "qmx_xml/xml_faults.h"
 
 namespace qmx {
 

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "qmx/tag_scanner.h"
-#include "qmx_xml/error_list.h"
 #include "qmx_xml/schema_form.h"
+#include "qmx_xml/xml_faults.h"
 
 namespace qmx {
 

@@ -1,11 +1,11 @@
-// What can be wrong with a file before or instead of being XML, and the texts for it.
+// Says what is wrong with a file that is not XML, and lists the faults of a file by line and column.
 #include "qmx_xml/xml_faults.h"
 
 #include <expat.h>
 
 #include <algorithm>
 
-#include "base/quote.h"
+#include "base/text.h"
 #include "qmx/qmx_xml.h"
 
 namespace qmx {
@@ -108,6 +108,25 @@ FileFault DescribeSyntaxError(int code, std::string_view text, std::size_t offse
 bool IsAllowedEncoding(std::string_view name) {
   const auto is = [name](std::string_view other) { return std::ranges::equal(name, other, {}, Upper); };
   return is("UTF-8") || is("US-ASCII");
+}
+
+void ErrorList::Add(std::size_t offset, std::string text) {
+  if (!IsFull()) errors_.emplace_back(offset, std::move(text));
+}
+
+// Turns all offsets into lines and columns in one pass.
+std::vector<ReadError> ErrorList::Locate(std::string_view text) const {
+  auto sorted = errors_;
+  std::ranges::stable_sort(sorted, {}, &std::pair<std::size_t, std::string>::first);
+  PlaceCounter places(text);
+  std::vector<ReadError> located;
+  located.reserve(sorted.size() + 1);
+  for (auto& [offset, what] : sorted) located.push_back({places.At(offset), std::move(what)});
+  if (IsFull()) {
+    located.push_back(
+        {located.back().place, "too many errors; only the first " + std::to_string(kMaxErrors) + " found are shown"});
+  }
+  return located;
 }
 
 }  // namespace qmx

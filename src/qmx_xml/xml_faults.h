@@ -1,10 +1,14 @@
-// What can be wrong with a file before or instead of being XML, and the texts for it.
+// The faults of one file: their texts before or instead of being XML, and the list that collects all of them.
 #pragma once
 
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
+
+#include "qmx/qmx_xml.h"
 
 namespace qmx {
 
@@ -22,5 +26,23 @@ FileFault DescribeSyntaxError(int code, std::string_view text, std::size_t offse
 
 // Whether files may declare this encoding.
 bool IsAllowedEncoding(std::string_view name);
+
+// Collects the faults of one file by byte offset.
+class ErrorList {
+ public:
+  // Dropped when the list is full.
+  void Add(std::size_t offset, std::string text);
+
+  bool empty() const { return errors_.empty(); }
+
+  // Whether kMaxErrors have been added.
+  bool IsFull() const { return errors_.size() >= kMaxErrors; }
+
+  // The errors in the order of the file, those of one place as they were added. A full list ends in an error that says so.
+  std::vector<ReadError> Locate(std::string_view text) const;
+
+ private:
+  std::vector<std::pair<std::size_t, std::string>> errors_;
+};
 
 }  // namespace qmx

@@ -5,9 +5,8 @@
 #include <new>
 #include <utility>
 
-#include "base/quote.h"
+#include "base/text.h"
 #include "qmx/qmx_xml.h"
-#include "qmx_xml/error_list.h"
 #include "qmx_xml/schema_handler.h"
 #include "qmx_xml/xml_faults.h"
 

@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "base/input_error.h"
-#include "base/one_line.h"
+#include "base/text.h"
 #include "qmx/qmx_image.h"
 #include "qmx/qmx_xml.h"
 

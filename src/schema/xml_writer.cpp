@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "base/quote.h"
 #include "base/text.h"
 #include "qmx/qmx_xml.h"
 

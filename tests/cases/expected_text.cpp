@@ -3,7 +3,7 @@
 #include <string_view>
 #include <vector>
 
-#include "base/one_line.h"
+#include "base/text.h"
 #include "case_analysis.h"
 #include "case_files.h"
 #include "case_run.h"

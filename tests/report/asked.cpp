@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "analysis/findings/run_checker.h"
-#include "base/one_line.h"
+#include "base/text.h"
 
 namespace report_test {
 

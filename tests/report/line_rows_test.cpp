@@ -1,5 +1,5 @@
 // Texts side by side: every line once, equal ones beside each other, those of one change as far as that goes.
-#include "base/line_rows.h"
+#include "base/alignment.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,5 @@
 // Texts in Markdown mean what they say, whatever they are.
-#include "base/markdown_text.h"
+#include "base/text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Differences of texts, as they are written and as `patch` takes them.
-#include "base/unified_diff.h"
+#include "base/alignment.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // What a page must look like: a change of one line of a good page is reported with its file and line.
-#include "rule_docs/parse_rule_docs.h"
+#include "rule_docs/rule_doc_files.h"
 
 #include <gmock/gmock.h>
 

@@ -6,7 +6,6 @@
 
 #include <set>
 
-#include "rule_docs/parse_rule_docs.h"
 #include "rule_docs/rule_doc_files.h"
 #include "rule_docs/rule_doc_format.h"
 

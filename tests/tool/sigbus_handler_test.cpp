@@ -1,5 +1,5 @@
 // A file that becomes shorter under several threads at once.
-#include "tool/io/fatal_handlers.h"
+#include "tool/io/exit.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Unusual environments and limits: the result is the usual one, or an error that names the cause.
 #include <gmock/gmock.h>
 
-#include "base/quote.h"
+#include "base/text.h"
 #include "tool_test.h"
 #include "unprivileged.h"
 

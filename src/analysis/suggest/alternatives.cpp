@@ -9,7 +9,6 @@
 #include <utility>
 
 #include "analysis/suggest/suggestion_text.h"
-#include "base/one_line.h"
 #include "base/text.h"
 #include "common/check_table.h"
 

@@ -10,7 +10,6 @@
 #include "analysis/suggest/alternatives.h"
 #include "analysis/suggest/rewrite.h"
 #include "analysis/suggest/suggestion_text.h"
-#include "base/one_line.h"
 #include "base/text.h"
 
 namespace korvel {

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "base/line_changes.h"
+#include "base/alignment.h"
 #include "report/result/report.h"
 #include "report/result/text_ranges.h"
 

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <span>
 
+#include "base/alignment.h"
 #include "base/characters.h"
-#include "base/line_rows.h"
 #include "base/text.h"
 #include "report/render/html_text.h"
 #include "report/result/words.h"

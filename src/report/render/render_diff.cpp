@@ -1,7 +1,6 @@
 // The output of `diff` as text and JSON; docs/command-line.md describes both. Tested by tests/tool/diff_test.cpp.
 #include <nlohmann/json.hpp>
 
-#include "base/one_line.h"
 #include "base/text.h"
 #include "report/render/render.h"
 #include "report/result/text_ranges.h"

@@ -1,7 +1,7 @@
 // The output of `history` as text and JSON; docs/command-line.md describes both. Tested by tests/tool/history_test.cpp.
 #include <nlohmann/json.hpp>
 
-#include "base/one_line.h"
+#include "base/text.h"
 #include "report/render/render.h"
 #include "report/result/words.h"
 

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <set>
 
-#include "base/one_line.h"
 #include "base/text.h"
 #include "report/render/html_items.h"
 #include "report/render/html_layout.h"

@@ -3,7 +3,6 @@
 #include <nlohmann/json.hpp>
 
 #include "base/characters.h"
-#include "base/one_line.h"
 #include "base/text.h"
 #include "report/render/render.h"
 #include "report/result/layout.h"

@@ -2,8 +2,7 @@
 // tests/report/formats_test.cpp.
 #include <algorithm>
 
-#include "base/markdown_text.h"
-#include "base/one_line.h"
+#include "base/text.h"
 #include "report/render/render.h"
 #include "report/result/issues.h"
 

@@ -4,7 +4,6 @@
 #include <set>
 #include <string_view>
 
-#include "base/one_line.h"
 #include "base/text.h"
 #include "common/catalog.h"
 #include "report/render/render.h"

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "base/one_line.h"
+#include "base/text.h"
 
 namespace korvel {
 namespace {

@@ -6,7 +6,7 @@
 #include <map>
 
 #include "analysis/findings/finding.h"
-#include "base/one_line.h"
+#include "base/text.h"
 
 namespace korvel {
 namespace {

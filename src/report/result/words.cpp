@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "base/one_line.h"
 #include "base/text.h"
 #include "common/catalog.h"
 #include "common/result_codes.h"

@@ -4,7 +4,6 @@
 
 #include "base/text.h"
 #include "tool/cli/command.h"
-#include "tool/cli/completion.h"
 
 namespace korvel::tool {
 namespace {

@@ -1,7 +1,6 @@
 // The completion of zsh. Tested by tests/tool/completion_test.cpp.
 #include "base/text.h"
 #include "tool/cli/command.h"
-#include "tool/cli/completion.h"
 
 namespace korvel::tool {
 namespace {

@@ -5,8 +5,7 @@
 
 #include "base/file_descriptor.h"
 #include "base/input_error.h"
-#include "base/one_line.h"
-#include "base/quote.h"
+#include "base/text.h"
 #include "project/check_project.h"
 #include "project/waivers.h"
 #include "tool/cli/command.h"

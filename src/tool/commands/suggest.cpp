@@ -3,14 +3,13 @@
 
 #include <unistd.h>
 
+#include "base/alignment.h"
 #include "base/file_descriptor.h"
 #include "base/input_error.h"
-#include "base/one_line.h"
-#include "base/quote.h"
-#include "base/unified_diff.h"
+#include "base/text.h"
 #include "project/load_inputs.h"
 #include "project/project.h"
-#include "schema/schema_file.h"
+#include "schema/input.h"
 #include "schema/selection.h"
 #include "schema/source.h"
 #include "tool/cli/command.h"

@@ -5,8 +5,7 @@
 
 #include "base/calendar.h"
 #include "base/input_error.h"
-#include "base/one_line.h"
-#include "base/quote.h"
+#include "base/text.h"
 #include "project/project.h"
 #include "schema/file_bytes.h"
 #include "tool/cli/command.h"

@@ -1,4 +1,4 @@
-// Opens images, mapped or in memory; image_write.cpp makes them. What the block holds is verified in image_verify.cpp.
+// Writes images, and opens them, mapped or in memory. What the block holds is verified in image_verify.cpp.
 // Tested by tests/qmx/image_test.cpp.
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -12,7 +12,7 @@
 #include <cstring>
 #include <utility>
 
-#include "base/quote.h"
+#include "base/text.h"
 #include "qmx/image_header.h"
 
 namespace qmx {
@@ -132,6 +132,20 @@ ImageResult MapImage(const std::string& path, const Limits& limits) {
   ImageResult result = MapImage(fd, limits);
   ::close(fd);
   return result;
+}
+
+std::string WriteImage(const Metalib& metalib) {
+  ImageHeader header{};
+  kImageMagic.copy(header.magic, sizeof(header.magic));
+  header.byte_order = kByteOrder;
+  header.version = kImageVersion;
+  header.header_size = kImageHeaderSize;
+  header.block_size = metalib.size();
+  header.checksum = XXH3_64bits(metalib.get(), metalib.size());
+  std::string image;
+  image.reserve(sizeof(header) + metalib.size());
+  image.append(reinterpret_cast<const char*>(&header), sizeof(header));
+  return image.append(reinterpret_cast<const char*>(metalib.get()), metalib.size());
 }
 
 }  // namespace qmx
