@@ -43,6 +43,8 @@ std::string_view StatusText(EditStatus status) {
       return "refused";
     case EditStatus::kBlocked:
       return "blocked";
+    case EditStatus::kNotChecked:
+      return "not checked";
   }
   return "";
 }

@@ -40,7 +40,8 @@ std::string Shown(const Edit& edit) {
 }
 
 std::string Shown(EditStatus status) {
-  return status == EditStatus::kAllowed ? "allowed" : status == EditStatus::kRefused ? "refused" : "waits";
+  constexpr const char* kWords[] = {"allowed", "refused", "blocked", "not checked"};
+  return kWords[static_cast<std::size_t>(status)];
 }
 
 std::string Shown(const Finding& finding, const std::vector<Edit>& edits) {
@@ -160,6 +161,7 @@ class Laws {
     for (std::size_t i = 0; i < found.size(); ++i) {
       if (changes_.status[i] == EditStatus::kAllowed) continue;  // it may be part of a combination
       EXPECT_EQ(found[i], changes_.status[i] == EditStatus::kRefused) << "edit " << i;
+      EXPECT_TRUE(changes_.stopped || changes_.status[i] != EditStatus::kNotChecked) << "edit " << i;
     }
   }
 

@@ -58,7 +58,8 @@ std::vector<std::string> operator+(std::vector<std::string> a, const std::vector
 }
 
 std::string StatusWord(EditStatus status) {
-  return status == EditStatus::kAllowed ? "allowed" : status == EditStatus::kRefused ? "refused" : "waits";
+  constexpr const char* kWords[] = {"allowed", "refused", "blocked", "not checked"};
+  return kWords[static_cast<std::size_t>(status)];
 }
 
 // "refused type of uid: uint32 -> uint64" for each edit, then "primary-key.size at orders.uid" for each finding.
@@ -253,8 +254,23 @@ TEST(FindChanges, StopsAtTheMostFindings) {
   EXPECT_FALSE(asked.TakeApart(3).stopped);
   const Changes changes = asked.TakeApart(1);
   EXPECT_TRUE(changes.stopped);
-  EXPECT_THAT(ToText(changes), ElementsAre("refused count of items: 10 -> 9", "waits count of tags: 4 -> 5",
-                                           "waits size of sku: 32 -> 8", "field.count-refer at orders.items"));
+  EXPECT_THAT(ToText(changes), ElementsAre("refused count of items: 10 -> 9", "not checked count of tags: 4 -> 5",
+                                           "not checked size of sku: 32 -> 8", "field.count-refer at orders.items"));
+  ExpectLaws(asked, changes);
+}
+
+// An edit that needs a reported one is blocked by it, wherever the search stopped.
+TEST(FindChanges, BlocksEditsOfAReportedFindingWhenStopped) {
+  const Source old_source = ReadSource("old.xml", kMall);
+  const Source new_source = ReadSource(
+      "new.xml", With(With(kMall, Add(R"(name="9note" type="int32" version="6")")),
+                      {"size=\"32\"", "size=\"8\"", "<column entry=\"zone\"/></index>",
+                       "<column entry=\"zone\"/></index>\n    <index name=\"by_note\"><column entry=\"9note\"/></index>"}));
+  const Asked asked = Ask(old_source, new_source, "orders");
+  const Changes changes = asked.TakeApart(1);
+  EXPECT_TRUE(changes.stopped);
+  EXPECT_THAT(ToText(changes), ElementsAre("refused field 9note added", "blocked index by_note added",
+                                           "not checked size of sku: 32 -> 8", "field-name.invalid at orders.9note"));
   ExpectLaws(asked, changes);
 }
 

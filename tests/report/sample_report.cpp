@@ -158,9 +158,11 @@ TableResult Orders(const Maker& maker) {
       maker.MakeEdit(EditKind::kEntryAdded, "orders", "note", "", "", {}, new_entry(3, "")),
       SmallerPrice(maker, "orders.items[].price"),
       maker.MakeEdit(EditKind::kEntryMoved, "orders", "items", "", "", old_entry(3, ""), new_entry(2, "")),
+      maker.MakeEdit(EditKind::kEntryMoved, "orders", "zone", "", "", old_entry(2, ""), new_entry(1, "")),
   };
-  changes.status = {EditStatus::kRefused, EditStatus::kRefused, EditStatus::kRefused,
-                    EditStatus::kAllowed, EditStatus::kRefused, EditStatus::kBlocked};
+  changes.status = {EditStatus::kRefused, EditStatus::kRefused, EditStatus::kRefused,   EditStatus::kAllowed,
+                    EditStatus::kRefused, EditStatus::kBlocked, EditStatus::kNotChecked};
+  changes.stopped = true;
   changes.findings = {
       maker.MakeFinding(changes, {0}, -3, "primary-key.size",
                         "The size of primarykey can't be modified! entry:'uid' metaname:'orders'",

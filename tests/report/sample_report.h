@@ -16,9 +16,9 @@ struct Sample {
   korvel::Report report;
 };
 
-// Tables: orders (of its six changes two are refused alone, two only together, one waits), carts (refused by what it
-// shares with orders), users (all waived), zones (gone), logs (allowed), notes (new), old_style (refused as it already was).
-// A file was added, one deleted, one moved; a waiver is expired.
+// Tables: orders (of its seven changes two are refused alone, two only together, one is blocked, one not checked), carts (refused
+// by what it shares with orders), users (all waived), zones (gone), logs (allowed), notes (new), old_style (refused as it already
+// was). A file was added, one deleted, one moved; a waiver is expired.
 Sample EverythingReport(const std::string& suffix = "");
 
 // Two tables, both allowed, nothing else.

@@ -186,15 +186,21 @@ void AddPreexisting(const CheckContext& context, const CheckAnswer& together, st
   if (!is_known) findings.insert(findings.begin(), AboutTable(context, *together));
 }
 
-std::vector<EditStatus> StatusesOf(const EditSet& allowed, const std::vector<Finding>& findings) {
-  std::vector<EditStatus> status(allowed.size(), EditStatus::kBlocked);
-  for (const Finding& finding : findings) {
+void SetStatuses(const Difference& difference, const EditSet& allowed, Changes& changes) {
+  std::vector<EditStatus>& status = changes.status;
+  status.assign(allowed.size(), changes.stopped ? EditStatus::kNotChecked : EditStatus::kBlocked);
+  for (const Finding& finding : changes.findings) {
     for (const std::size_t edit : finding.edits) status[edit] = EditStatus::kRefused;
   }
   for (std::size_t i = 0; i < allowed.size(); ++i) {
     if (allowed[i]) status[i] = EditStatus::kAllowed;
   }
-  return status;
+  if (!changes.stopped) return;
+  const auto is_refused = [&](std::size_t edit) { return status[edit] == EditStatus::kRefused; };
+  for (std::size_t i = 0; i < allowed.size(); ++i) {
+    const bool is_left = status[i] == EditStatus::kNotChecked;
+    if (is_left && std::ranges::any_of(difference.Needs(i), is_refused)) status[i] = EditStatus::kBlocked;
+  }
 }
 
 std::vector<std::size_t> AllOf(const std::vector<Edit>& edits) {
@@ -224,7 +230,7 @@ void AddFindings(const CheckContext& context, const Difference& difference, cons
   AddPreexisting(context, found.together, changes.findings);
   changes.stopped = found.stopped || changes.findings.size() > limit;
   if (changes.findings.size() > limit) changes.findings.resize(limit);
-  changes.status = StatusesOf(found.allowed, changes.findings);
+  SetStatuses(difference, found.allowed, changes);
   if (found.together) changes.allowed_together = *found.together;
   if (changes.findings.empty()) AddWholeChange(context, whole, changes);
 }

@@ -15,7 +15,8 @@ namespace korvel {
 
 // Divides the change of a table into allowed, refused and blocked edits. `whole` is the verdict about the whole change; if it
 // allows the change, all edits are allowed and the checker is not run. Suggestions, fixes and waivers are left empty. Stops after
-// `max_findings`, at least 1. Runs the checker about (findings) x log(edits) times, in parallel for large schemas.
+// `max_findings`, at least 1; what is left then is kNotChecked. Runs the checker about (findings) x log(edits) times, in parallel
+// for large schemas.
 // REQUIRES: both sources have the table; every member of `settings` is set.
 //
 // The verdict of a finding is the checker's verdict about the old schema with its edits and what they need, and no others. One

@@ -26,8 +26,8 @@ struct OpenEdit {
   const Alternative* Chosen() const { return chosen == kNone ? nullptr : &alternatives[chosen]; }
 };
 
-// For a blocked edit: the edits that it needs may have alternatives, so the edit itself may be allowed. Accesses the structure so
-// that CanBeWritten checks it.
+// For an edit that is not refused itself: the edits that it needs may have alternatives, so it may be allowed. Accesses the
+// structure so that CanBeWritten checks it.
 Alternative Unchanged(const Edit& edit) {
   return {true, [meta = edit.meta](ModelEditor& editor) { editor.FindMeta(meta); }, ""};
 }
@@ -43,7 +43,7 @@ class SuggestionFinder {
     for (std::size_t i = 0; i < changes.edits.size(); ++i) {
       if (changes.status[i] == EditStatus::kAllowed) continue;
       OpenEdit open{i, maker.AlternativesOf(changes.edits[i]), kNone};
-      if (changes.status[i] == EditStatus::kBlocked) {
+      if (changes.status[i] != EditStatus::kRefused) {
         open.alternatives.insert(open.alternatives.begin(), Unchanged(changes.edits[i]));
       }
       positions_.emplace(i, open_edits_.size());

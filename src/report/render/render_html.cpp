@@ -88,7 +88,8 @@ class HtmlReport {
       html += "<label><input type=\"radio\" name=\"status\" value=\"" + name + "\"" + checked + "> " + label + "</label>\n";
     };
     add("all", "all", " checked");
-    for (const StatusStyle style : {StatusStyle::kRefused, StatusStyle::kWaived, StatusStyle::kBlocked, StatusStyle::kAllowed}) {
+    for (const StatusStyle style :
+         {StatusStyle::kRefused, StatusStyle::kWaived, StatusStyle::kBlocked, StatusStyle::kNotChecked, StatusStyle::kAllowed}) {
       add(TextOf(style).name, std::string(TextOf(style).sign) + " " + TextOf(style).word, "");
     }
     return html +

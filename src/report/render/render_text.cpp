@@ -203,8 +203,8 @@ class TextReport {
     text_ += "  " + AllowedPart(changes) + (NumberOf(changes, EditStatus::kAllowed) == 0 ? "\n" : ":\n");
     AddEdits(changes, EditStatus::kAllowed);
     AddGroup(changes, EditStatus::kRefused, "refused");
-    AddGroup(changes, EditStatus::kBlocked,
-             changes.stopped ? "blocked by a refused change, or not checked" : "blocked by a refused change");
+    AddGroup(changes, EditStatus::kBlocked, "blocked by a refused change");
+    AddGroup(changes, EditStatus::kNotChecked, "not checked");
   }
 
   void AddGroup(const Changes& changes, EditStatus status, const char* what) {

@@ -16,7 +16,7 @@ const char* WordOf(Status status) {
 }
 
 const char* WordOf(EditStatus status) {
-  constexpr const char* kWords[] = {"allowed", "refused", "blocked"};
+  constexpr const char* kWords[] = {"allowed", "refused", "blocked", "not-checked"};
   return kWords[static_cast<std::size_t>(status)];
 }
 
@@ -131,10 +131,12 @@ std::size_t NumberOf(const Changes& changes, EditStatus status) {
 
 std::string AllowedPart(const Changes& changes) {
   const std::size_t allowed = NumberOf(changes, EditStatus::kAllowed);
-  const std::size_t all = changes.edits.size();
-  if (allowed == 0 && all == 1) return "the only change is refused";
-  if (allowed == 0) return "none of " + Counted(all, "change") + " is allowed on its own";
-  const std::string part = std::to_string(allowed) + " of " + Counted(all, "change");
+  const std::size_t checked = changes.edits.size() - NumberOf(changes, EditStatus::kNotChecked);
+  if (checked == 0) return "no change was checked";
+  const std::string change = checked == changes.edits.size() ? "change" : "checked change";
+  if (allowed == 0 && checked == 1) return "the only " + change + " is refused";
+  if (allowed == 0) return "none of " + Counted(checked, change) + " is allowed on its own";
+  const std::string part = std::to_string(allowed) + " of " + Counted(checked, change);
   const Verdict& together = changes.allowed_together;
   if (!together.Refused()) return part + (allowed == 1 ? " is allowed on its own" : " are allowed on their own") + " (verified)";
   return part + (allowed == 1 ? " breaks" : " break") +
