@@ -3,7 +3,11 @@
 #include "rule_docs/rule_docs.h"
 
 #include <gmock/gmock.h>
+#include <unistd.h>
 
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <set>
 
 #include "rule_docs/rule_doc_files.h"
@@ -12,6 +16,7 @@
 namespace rule_docs_test {
 namespace {
 
+namespace fs = std::filesystem;
 using namespace korvel;
 using testing::Contains;
 using testing::ElementsAre;
@@ -84,6 +89,22 @@ TEST(CodeDocs, ListsTheRulesOfACode) {
   std::vector<std::string> rules;
   for (const RefusalRow* row : FindCodeDoc(-9).rules) rules.emplace_back(row->id);
   EXPECT_THAT(rules, ElementsAre("field-name.invalid", "field-name.length", "table.old-field"));
+}
+
+TEST(RuleDocFormat, JsonFollowsItsSchema) {
+  const fs::path directory = fs::temp_directory_path() / ("korvel_rules." + std::to_string(::getpid()));
+  fs::create_directory(directory);
+  int number = 0;
+  const auto write = [&](const std::string& json) { std::ofstream(directory / (std::to_string(++number) + ".json")) << json; };
+  write(kRuleDocJson.rules());
+  write(kRuleDocJson.codes());
+  for (const RuleDoc& doc : AllRuleDocs()) write(kRuleDocJson.rule(doc));
+  for (const CodeDoc& doc : AllCodeDocs()) write(kRuleDocJson.code(doc));
+  const std::string source = KORVEL_SOURCE_DIR;
+  const std::string command = KORVEL_PYTHON " '" + source + "/tests/report/validate.py' '" + source +
+                              "/docs/rules.schema.json' '" + directory.string() + "'/*.json";
+  EXPECT_EQ(std::system(command.c_str()), 0) << command;
+  fs::remove_all(directory);
 }
 
 TEST(RuleDocFormat, WrapsAtBlanks) {
