@@ -62,6 +62,12 @@ std::vector<std::string> SelectFromFirst(const Pair& pair, const std::vector<std
   return std::move(selection.compared);
 }
 
+std::vector<std::string> SelectFromBoth(const Pair& pair, const std::vector<std::string>& requested) {
+  std::vector<std::string> tables = SelectFromFirst(pair, requested);
+  RequireTables(pair.second, tables);
+  return tables;
+}
+
 void RequireTables(const Source& input, const std::vector<std::string>& names) {
   InputError missing;
   for (const std::string& name : names) {

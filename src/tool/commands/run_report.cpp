@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/input_error.h"
+#include "project/check_tables.h"
 #include "project/load_inputs.h"
 #include "tool/io/exit.h"
 
@@ -45,6 +46,17 @@ int RunReport(const ReportOptions& options, const std::vector<std::string>& inpu
   options.output.Write(options.format->render(result.report, options.output.CanColor()));
   if (const std::string failure = log->WriteFailure(); !failure.empty()) throw std::runtime_error(failure);
   return Summarize(result.report).failing == 0 ? kAllAllowed : kSomeRefused;
+}
+
+int RunPairReport(const PairArguments& arguments, const PairCommand& command) {
+  return RunReport(arguments.report, arguments.inputs.paths, [&](LPVESKCATEGORYINST log) {
+    CommandResult result = LoadForReport(command.name, command.roles, arguments.inputs.paths, *arguments.report.format);
+    const Pair pair = PairOf(result.report);
+    const std::vector<std::string> tables = command.select(pair, arguments.selection.tables);
+    CheckEachTable(result.report, tables, arguments.report.log.is_open,
+                   [&](const std::string& table) { return command.check(pair, table, log); });
+    return result;
+  });
 }
 
 }  // namespace korvel::tool
