@@ -1,5 +1,5 @@
-// Takes the declarations of a schema library. builder_meta.cpp closes a meta, builder_types.cpp and builder_sizes.cpp see to what
-// hangs on other metas, block.cpp holds the bytes.
+// Accepts the declarations of a schema library. builder_meta.cpp closes a meta, builder_types.cpp and builder_sizes.cpp resolve
+// what depends on other metas, block.cpp stores the bytes.
 #include "qmx/qmx_builder.h"
 
 #include <algorithm>
@@ -37,7 +37,7 @@ std::optional<MetaSlots> SlotsOf(const Library& library) {
   return MakeMetaSlots(names);
 }
 
-// Appends what finds the metas, and the header's account of it.
+// Appends the offsets and the hash table of the metas, and describes them in the header.
 void FinishBlock(Library& library, const MetaSlots& slots) {
   const std::int64_t list = library.block.Append<std::int64_t>(library.metas.size());
   for (std::size_t i = 0; i < library.metas.size(); ++i) library.block.At<std::int64_t>(list, i) = library.metas[i];

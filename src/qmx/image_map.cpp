@@ -1,4 +1,4 @@
-// Opens images, mapped or in memory; image_write.cpp makes them. What the block holds is verified in image_verify.cpp.
+// Opens images, mapped or in memory; image_write.cpp writes them. The contents of the block are verified in image_verify.cpp.
 // Tested by tests/qmx/image_test.cpp.
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -49,7 +49,7 @@ Fault WrongBlockSize(const ImageHeader& header, std::uint64_t behind) {
                          " bytes follow the header; allowed: as many as that, " + what);
 }
 
-// Fields in the order in which one decides how the next is read.
+// Each field is checked before the ones whose meaning depends on it.
 Fault CheckHeader(const ImageHeader& header, std::uint64_t behind) {
   const std::string_view magic(header.magic, sizeof(header.magic));
   if (magic != kImageMagic) {
@@ -92,7 +92,7 @@ Fault CheckImage(const char* bytes, std::uint64_t size, const Limits& limits) {
   return fault;
 }
 
-// The library of an image that `owner` keeps.
+// The library of an image, kept alive by `owner`.
 ImageResult Open(std::shared_ptr<void> owner, std::size_t size, const Limits& limits) {
   char* const bytes = static_cast<char*>(owner.get());
   if (Fault fault = CheckImage(bytes, size, limits)) return {std::nullopt, std::move(*fault)};
@@ -118,9 +118,9 @@ ImageResult MapImage(int fd, const Limits& limits) {
   struct stat status {};
   if (::fstat(fd, &status) != 0) return CannotRead();
   const auto size = static_cast<std::size_t>(status.st_size);
-  // Nothing can be mapped of an empty file, and nothing need be of one that is refused by its size.
+  // An empty file cannot be mapped, and a file that is refused by its size need not be.
   if (size < kImageHeaderSize || size > limits.max_bytes) return {std::nullopt, *CheckImage(nullptr, size, limits)};
-  // All of it is read below, so its pages are wanted at once.
+  // The whole file is read below: load its pages now.
   void* const mapping = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, fd, 0);
   if (mapping == MAP_FAILED) return CannotRead();
   return Open(std::shared_ptr<void>(mapping, [size](void* begin) { ::munmap(begin, size); }), size, limits);

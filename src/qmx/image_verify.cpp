@@ -1,4 +1,4 @@
-// Verifies a block from outside in one pass. What is allowed is what the builder does. Tested by tests/qmx/image_verify_test.cpp.
+// Verifies an untrusted block in one pass. Accepts what the builder produces. Tested by tests/qmx/image_verify_test.cpp.
 #include <algorithm>
 #include <cstring>
 #include <span>
@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kBlockHeaderSize = offsetof(tagQMXMetaLib, data);
 
-// Goes over the parts and stops at the first fault. A check ends in a condition or else in a refusal, which is false.
+// Verifies the parts in order and stops at the first fault. Each check is `condition || Refuse(...)`, which is false.
 class Verifier {
  public:
   Verifier(const void* block, std::size_t size, const Limits& limits)
@@ -66,7 +66,7 @@ class Verifier {
     return ends || Refuse("library", "ptrName", name, "a text with an end");
   }
 
-  // A list of the library may lie anywhere: only the order of its items matters, and that is checked with them.
+  // A list of the library may be anywhere: only the order of its items matters, which is checked with them.
   bool CheckLibraryList(const char* field, const std::int64_t& list, std::int64_t count, std::int64_t record_size) {
     if (count == 0) return list == QMX_NO_REF || Refuse("library", field, list, "-1, for a list of nothing");
     const bool fits = list >= 0 && list % 8 == 0 && list <= data_size_ && count <= (data_size_ - list) / record_size;
@@ -94,7 +94,7 @@ class Verifier {
     return true;
   }
 
-  // Where a meta's bytes end: at the next meta, behind the last one at the first part of the library.
+  // The end of a meta: the next meta; for the last one, the first part of the library after it.
   std::int64_t EndOf(std::size_t position) const {
     if (position + 1 < metas_.size()) return metas_[position + 1];
     std::int64_t end = data_size_;
@@ -116,7 +116,7 @@ class Verifier {
     return true;
   }
 
-  // What the builder makes of the names: then every one is found, near the slot where its search begins.
+  // The table must equal the one that the builder makes of the names: then every name is found in few steps.
   bool CheckSlots() {
     const std::int32_t& count = library_->iMetaSlotNum;
     const std::size_t allowed = MetaSlotNum(names_.size());
@@ -154,7 +154,7 @@ class Verifier {
   }
   std::string Meta(const char* list, std::int64_t item) const { return Meta() + ", " + list + " " + std::to_string(item); }
 
-  // A list of the meta begins where the part before it ends.
+  // A list of the meta begins at the end of the previous part.
   template <class Record>
   bool CheckPart(const char* field, const std::int64_t& list, const char* count_field, const auto& count) {
     constexpr std::int64_t kSize = sizeof(Record);
@@ -184,7 +184,7 @@ class Verifier {
            (meta.stSortKey.iSortKeyMemberNum == 0 || Refuse(Meta(), "iSortKeyMemberNum", meta.stSortKey.iSortKeyMemberNum, "0"));
   }
 
-  // The lists of all indexes follow each other.
+  // The lists of all indexes are contiguous.
   bool CheckColumnLists() {
     for (const tagQMXMetaIndex& index : Indexes()) {
       if (!CheckPart<tagQMXColumnInfo>("ptrColumnBase", index.ptrColumnBase, "iColumnNum", index.iColumnNum)) return false;
@@ -208,7 +208,7 @@ class Verifier {
                       ", right behind another one, in the order of the records");
   }
 
-  // From here on everything in [texts_, end_) is texts.
+  // From here on, [texts_, end_) contains only texts.
   bool CheckTexts() {
     const tagQMXMeta& meta = *meta_;
     const bool ends = texts_ < end_ && data_[end_ - 1] == 0;
@@ -307,7 +307,7 @@ class Verifier {
     return true;
   }
 
-  // Each meta is walked once. `depth` is the level of its entries on the way here, at most max_depth_.
+  // Visits each meta once. `depth` is the level of its entries, at most max_depth_.
   bool FindLevels(std::int64_t offset, int depth) {
     table_.Levels(offset) = MetaTable::kOpen;
     int inner = 0;
@@ -334,7 +334,7 @@ class Verifier {
   const char* block_;
   std::size_t size_;
   int max_depth_;
-  std::size_t repeats_left_;  // bytes of entries' names that key members and columns may still repeat
+  std::size_t repeats_left_;  // bytes of entry names that key members and columns may still repeat
   TypeSizes type_sizes_;
 
   const tagQMXMetaLib* library_ = nullptr;
@@ -342,7 +342,7 @@ class Verifier {
   std::int64_t data_size_ = 0;
   std::span<const std::int64_t> metas_;
   MetaTable table_;
-  std::vector<std::string_view> names_;  // of the metas
+  std::vector<std::string_view> names_;  // names of the metas
 
   const tagQMXMeta* meta_ = nullptr;
   std::int64_t begin_ = 0;

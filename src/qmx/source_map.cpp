@@ -1,4 +1,4 @@
-// Places of elements, and of bytes as lines and columns.
+// Locations of elements; lines and columns of bytes.
 #include "qmx/qmx_source_map.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// Collects the faults of one file by byte offset and turns the offsets into lines and columns, all in one pass.
+// Collects the errors of a file by byte offset and converts the offsets to lines and columns in one pass.
 #include "qmx_xml/error_list.h"
 
 #include <algorithm>

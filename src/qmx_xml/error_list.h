@@ -1,4 +1,4 @@
-// Collects the faults of one file by byte offset.
+// Collects the errors of a file by byte offset.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +13,7 @@ namespace qmx {
 
 class ErrorList {
  public:
-  // Dropped when the list is full.
+  // Ignored if the list is full.
   void Add(std::size_t offset, std::string text);
 
   bool empty() const { return errors_.empty(); }
@@ -21,7 +21,8 @@ class ErrorList {
   // Whether kMaxErrors have been added.
   bool IsFull() const { return errors_.size() >= kMaxErrors; }
 
-  // The errors in the order of the file, those of one place as they were added. A full list ends in an error that says so.
+  // The errors in the order of the file; those with the same offset in the order in which they were added. A full list ends in an
+  // error that says so.
   std::vector<ReadError> Locate(std::string_view text) const;
 
  private:

@@ -1,5 +1,5 @@
-// Turns the elements of a schema file into calls of the builder. Which elements and attributes there are stands in
-// schema_form.cpp; here is what connects them.
+// Turns the elements of a schema file into calls of the builder. schema_form.cpp lists the elements and attributes; this file
+// gives them their meaning.
 #include "qmx_xml/schema_handler.h"
 
 #include <algorithm>
@@ -34,7 +34,7 @@ Protocol ProtocolOf(std::optional<std::string_view> text) {
   return *text == "TLV" ? Protocol::kTlv : Protocol::kQmx;
 }
 
-// Numbers of the form fit the type by their range; a refused or absent one counts as `otherwise`.
+// The range of a number in the format fits the type; a refused or absent number gives `otherwise`.
 std::int32_t Int32Of(std::optional<std::uint64_t> number, std::int32_t otherwise) {
   return number ? static_cast<std::int32_t>(*number) : otherwise;
 }
@@ -243,7 +243,7 @@ void SchemaHandler::OnText(std::string_view piece, std::size_t offset) {
   if (first == piece.end() || refused_depth_ > 0 || is_text_reported_) return;
   const auto begin = static_cast<std::size_t>(first - piece.begin());
   is_text_reported_ = true;
-  // A character reference stands for other bytes than those of the file: then the place is that of the reference.
+  // A character reference stands for bytes that are not in the file: then the location is that of the reference.
   const bool is_verbatim = text_.substr(std::min(offset, text_.size()), piece.size()) == piece;
   errors_.Add(is_verbatim ? offset + begin : offset,
               "text " + Quote(piece.substr(begin)) + " between elements; allowed: elements and comments");
@@ -263,7 +263,7 @@ void SchemaHandler::ReportBuildErrors(const std::vector<BuildError>& errors) {
   std::size_t place = 0;
   for (const BuildError& error : errors) {
     const std::size_t element = source_map_.Find(error.where).value_or(0);
-    // A key of many unknown members would otherwise be scanned again for each.
+    // Otherwise a key with many unknown members would be scanned again for each of them.
     if (element != last_element || error.attribute != last_attribute) place = PlaceOf(element, error.attribute);
     last_element = element;
     last_attribute = error.attribute;

@@ -1,4 +1,4 @@
-// The attributes of one start tag, checked against the form of its element.
+// The attributes of one start tag, checked against the description of its element.
 #include "qmx_xml/start_tag.h"
 
 #include <algorithm>
@@ -16,8 +16,8 @@ bool IsDecimal(std::string_view text) {
   return !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
 }
 
-// Nullopt for what is no number in decimal digits, or too large. By hand, since the parser has just written these bytes one by
-// one: reading them at once, as strlen does, would wait for them.
+// Nullopt if the text is not a decimal number, or too large. Parsed byte by byte: the parser has just written these bytes one by
+// one, and wider reads, as in strlen, would stall on them.
 std::optional<std::uint64_t> ParseDecimal(const char* text) {
   std::uint64_t number = 0;
   const char* at = text;

@@ -1,4 +1,4 @@
-// What can be wrong with a file before or instead of being XML, and the texts for it.
+// Errors of files that are not well-formed XML, or cannot be XML at all, and their texts.
 #include "qmx_xml/xml_faults.h"
 
 #include <expat.h>
@@ -40,7 +40,7 @@ std::string MissingEnd(std::string_view open_element) {
   return "the file ends inside " + std::string(open_element) + "; allowed: elements with an end tag";
 }
 
-// The parser gives the place of the tag for a reference in one of its values: the first reference to no known entity is meant.
+// For a reference inside a value the parser reports the location of the tag: find the first reference to an unknown entity.
 FileFault UndefinedEntity(std::string_view text, std::size_t offset) {
   constexpr std::string_view kKnown[] = {"&#", "&lt;", "&gt;", "&amp;", "&apos;", "&quot;"};
   const auto is_known = [&](std::size_t at) {
@@ -79,7 +79,7 @@ std::optional<FileFault> FindFileFault(std::string_view text) {
   if (text.starts_with("\xFE\xFF") || text.starts_with("\xFF\xFE")) {
     return FileFault{0, "the file is encoded in UTF-16 or UTF-32; allowed: UTF-8"};
   }
-  // UTF-16 and UTF-32 without a mark; the parser finds the zeros of other files.
+  // UTF-16 and UTF-32 without a byte order mark; the parser reports zero bytes in other files.
   if (const std::size_t zero = text.substr(0, 4).find('\0'); zero != std::string_view::npos) return FileFault{zero, kZeroByte};
   const std::size_t begin = text.find_first_not_of(" \t\r\n", text.starts_with("\xEF\xBB\xBF") ? 3 : 0);
   if (begin != std::string_view::npos && text[begin] != '<') {

@@ -1,4 +1,4 @@
-// What can be wrong with a file before or instead of being XML, and the texts for it.
+// Errors of files that are not well-formed XML, or cannot be XML at all, and their texts.
 #pragma once
 
 #include <cstddef>
@@ -13,11 +13,11 @@ struct FileFault {
   std::string text;
 };
 
-// Looks at the bytes alone: size, encoding marks, and whether it begins as XML does.
+// Checks the bytes only: size, byte order marks, and whether the file begins like XML.
 std::optional<FileFault> FindFileFault(std::string_view text);
 
-// What an error code of the parser at a place of the file means. `open_element` describes the innermost open element, or is
-// empty.
+// The meaning of an error code of the parser at a position of the file. `open_element` describes the innermost open element, or
+// is empty.
 FileFault DescribeSyntaxError(int code, std::string_view text, std::size_t offset, std::string_view open_element);
 
 // Whether files may declare this encoding.

@@ -134,8 +134,8 @@ TEST_F(LogCategoryTest, NullArgumentsWriteNothing) {
 }
 
 struct Gate {
-  std::optional<int> gravest;
-  std::optional<int> least_grave;
+  std::optional<int> min_priority;
+  std::optional<int> max_priority;
   int priority;
   bool open;
 };
@@ -153,11 +153,12 @@ TEST_F(LogCategoryTest, PassesPrioritiesWithinBounds) {
   };
   for (const Gate& gate : gates) {
     LogSettings settings = ToFile();
-    settings.gravest = gate.gravest;
-    settings.least_grave = gate.least_grave;
+    settings.min_priority = gate.min_priority;
+    settings.max_priority = gate.max_priority;
     const auto category = OpenOrFail(settings);
     EXPECT_EQ(vesk_category_can_write(category->handle(), gate.priority, 0, 0) != 0, gate.open)
-        << "high " << gate.gravest.value_or(INT_MIN) << ", low " << gate.least_grave.value_or(INT_MIN) << ", " << gate.priority;
+        << "high " << gate.min_priority.value_or(INT_MIN) << ", low " << gate.max_priority.value_or(INT_MIN) << ", "
+        << gate.priority;
   }
 }
 
@@ -167,8 +168,8 @@ TEST_F(LogCategoryTest, HandleContainsBounds) {
   EXPECT_EQ(unbounded->handle()->piPriorityHigh, nullptr);
   EXPECT_EQ(unbounded->handle()->piPriorityLow, nullptr);
 
-  settings.gravest = 300;
-  settings.least_grave = 600;
+  settings.min_priority = 300;
+  settings.max_priority = 600;
   const auto bounded = OpenOrFail(settings);
   EXPECT_EQ(*bounded->handle()->piPriorityHigh, 300);
   EXPECT_EQ(*bounded->handle()->piPriorityLow, 600);

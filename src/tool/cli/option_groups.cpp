@@ -135,7 +135,7 @@ void OutputOption::Write(const std::string& text) const { file ? WriteFile(*file
 bool OutputOption::CanColor() const { return !file && tool::CanColor(); }
 
 void LogOptions::AddTo(ArgumentList& arguments) {
-  settings.least_grave = VESK_PRIORITY_INFO;
+  settings.max_priority = VESK_PRIORITY_INFO;
   const auto set = [this](const std::string& path) {
     is_open = true;
     if (path != "-") settings.file = path;
@@ -145,7 +145,7 @@ void LogOptions::AddTo(ArgumentList& arguments) {
       {.names = "--log", .value = "FILE", .description = "append the checker's log to FILE; '-': standard error", .set = set});
   const auto set_format = [this](int code) { settings.format = static_cast<vesk::LineFormat>(code); };
   arguments.AddChoice("--log-format", kLogFormats, set_format, "log format, with --log; default: text").needs = "--log";
-  const auto set_level = [this](int code) { settings.least_grave = code; };
+  const auto set_level = [this](int code) { settings.max_priority = code; };
   arguments.AddChoice("--log-level", kLogLevels, set_level, "minimum log level, with --log; default: info").needs = "--log";
 }
 
