@@ -38,10 +38,10 @@ struct LineColumn {
 LineColumn Locate(std::string_view text, std::size_t offset);
 
 // Locates many offsets of one text in a single pass over it.
-class PlaceCounter {
+class LineCounter {
  public:
   // REQUIRES: the text outlives the counter.
-  explicit PlaceCounter(std::string_view text) : text_(text) {}
+  explicit LineCounter(std::string_view text) : text_(text) {}
 
   // Same as Locate. REQUIRES: no offset is smaller than that of the previous call.
   LineColumn At(std::size_t offset);
@@ -53,7 +53,7 @@ class PlaceCounter {
 
   std::string_view text_;
   std::size_t at_ = 0;
-  LineColumn place_;
+  LineColumn location_;
 };
 
 // The value of an attribute (between its quotes) of the element whose start tag begins at `element` of `text`; nullopt if the
@@ -75,14 +75,14 @@ class SourceMap {
   static constexpr Offset kNowhere = 0xFFFFFFFF;
 
   // Children are in lists of their own, grouped by parent: each parent knows where its group begins.
-  struct MetaPlaces {
+  struct MetaOffsets {
     Offset meta = 0;
     Offset primary_key = kNowhere;
     Offset splittable_key = kNowhere;
     std::uint32_t first_entry = 0;
     std::uint32_t first_index = 0;
   };
-  struct IndexPlaces {
+  struct IndexOffsets {
     Offset index = 0;
     std::uint32_t first_column = 0;
   };
@@ -90,9 +90,9 @@ class SourceMap {
   std::optional<std::size_t> FindColumn(std::uint32_t index, std::uint32_t column) const;
 
   std::optional<std::size_t> metalib_;
-  std::vector<MetaPlaces> metas_;
+  std::vector<MetaOffsets> metas_;
   std::vector<Offset> entries_;
-  std::vector<IndexPlaces> indexes_;
+  std::vector<IndexOffsets> indexes_;
   std::vector<Offset> columns_;
 };
 

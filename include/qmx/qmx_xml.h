@@ -18,7 +18,7 @@
 namespace qmx {
 
 struct ReadError {
-  LineColumn place;
+  LineColumn location;
   std::string text;  // "what is wrong; what is allowed", one line, without file and location
 };
 

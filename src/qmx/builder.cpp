@@ -155,8 +155,9 @@ BuildResult MetalibBuilder::Finish() {
     FinishBlock(library, *slots);
     result.metalib = library.block.Finish();
   } else {
-    result.errors.push_back(
-        {{ElementId::Kind::kMetalib}, "", "the names of the metas are made to collide; allowed: names that can be found fast"});
+    result.errors.push_back({{ElementId::Kind::kMetalib},
+                             "",
+                             "the names of the metas are constructed to collide in a hash table; allowed: names that do not"});
   }
   return result;
 }

@@ -44,7 +44,7 @@ class MetaCloser {
     std::vector<std::string_view> words;
     const std::uint32_t count = library_.EntryNum(position_);
     for (std::uint32_t entry = 0; entry < count && entry < kLikelyWords; ++entry) words.push_back(EntryName(entry));
-    return Quote(name) + ", which is no entry of meta " + Quote(library_.MetaName(position_)) + DidYouMean(name, words);
+    return Quote(name) + ", which is not an entry of meta " + Quote(library_.MetaName(position_)) + DidYouMean(name, words);
   }
 
   // Why entry `counted` cannot be counted by the entry with that name, `found`; empty if it can.

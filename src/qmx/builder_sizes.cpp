@@ -56,7 +56,7 @@ void PlaceKey(Library& library, const ElementId& key, std::span<tagQMXDBKeyInfo>
     member.iHOff = static_cast<std::int64_t>(offsets[entry]);
     if (offsets[entry] <= kFarthest) continue;
     library.errors.Add(Stage::kKeys, key, "entries",
-                       "key member " + Quote(library.EntryName(key.meta, entry)) + " stands at byte " +
+                       "key member " + Quote(library.EntryName(key.meta, entry)) + " starts at byte " +
                            std::to_string(offsets[entry]) + " of the record; allowed: at most byte " + std::to_string(kFarthest));
   }
 }
@@ -192,7 +192,7 @@ void SizeMeta(Library& library, std::uint32_t position) {
     if (Grow(meta, entry)) continue;
     library.errors.Add(Stage::kSizes, {Kind::kEntry, position, i}, SizeAttribute(entry),
                        "entry " + Quote(library.EntryName(position, i)) + " makes meta " + Quote(library.MetaName(position)) +
-                           " larger than can be counted; allowed: at most 18446744073709551615 bytes");
+                           " too large; allowed: at most 18446744073709551615 bytes");
     meta.iUnitSize = 0;  // so that the fault is reported once, at its origin
     return;
   }

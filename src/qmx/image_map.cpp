@@ -43,10 +43,10 @@ Fault WrongByteOrder(std::uint32_t found) {
 }
 
 Fault WrongBlockSize(const ImageHeader& header, std::uint64_t behind) {
-  const char* what = header.block_size > behind ? "the image is cut short" : "the image has bytes behind its end";
+  const char* what = header.block_size > behind ? "the image is truncated" : "bytes follow the end of the image";
   return HeaderFault("block size", offsetof(ImageHeader, block_size),
-                     "is " + std::to_string(header.block_size) + " and " + std::to_string(behind) +
-                         " bytes follow the header; allowed: as many as that, " + what);
+                     "is " + std::to_string(header.block_size) + "; allowed: " + std::to_string(behind) +
+                         ", the number of bytes after the header; " + what);
 }
 
 // Each field is checked before the ones whose meaning depends on it.
@@ -75,10 +75,10 @@ Fault CheckHeader(const ImageHeader& header, std::uint64_t behind) {
 
 Fault CheckImage(const char* bytes, std::uint64_t size, const Limits& limits) {
   if (size > limits.max_bytes) {
-    return VerifyError{"file", 0, "has " + std::to_string(size) + " bytes; allowed: up to " + std::to_string(limits.max_bytes)};
+    return VerifyError{"file", 0, "has " + std::to_string(size) + " bytes; allowed: at most " + std::to_string(limits.max_bytes)};
   }
   if (size < kImageHeaderSize) {
-    return VerifyError{"header", size, "is cut short; allowed: " + std::to_string(kImageHeaderSize) + " bytes"};
+    return VerifyError{"header", size, "is truncated; allowed: " + std::to_string(kImageHeaderSize) + " bytes"};
   }
   const auto& header = *reinterpret_cast<const ImageHeader*>(bytes);
   if (Fault fault = CheckHeader(header, size - kImageHeaderSize)) return fault;

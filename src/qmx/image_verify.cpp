@@ -58,17 +58,17 @@ class Verifier {
     data_size_ = static_cast<std::int64_t>(size_ - kBlockHeaderSize);
     if (library_->iDataSize != data_size_ || data_size_ % 8 != 0) {
       return Refuse("library", "iDataSize", library_->iDataSize,
-                    "the number of bytes behind the header, here " + std::to_string(data_size_) + ", and a multiple of 8");
+                    "the number of bytes after the header, here " + std::to_string(data_size_) + ", and a multiple of 8");
     }
     const std::int64_t& name = library_->ptrName;
     const bool ends =
         name >= 0 && name < data_size_ && std::memchr(data_ + name, 0, static_cast<std::size_t>(data_size_ - name)) != nullptr;
-    return ends || Refuse("library", "ptrName", name, "a text with an end");
+    return ends || Refuse("library", "ptrName", name, "a terminated text");
   }
 
   // A list of the library may be anywhere: only the order of its items matters, which is checked with them.
   bool CheckLibraryList(const char* field, const std::int64_t& list, std::int64_t count, std::int64_t record_size) {
-    if (count == 0) return list == QMX_NO_REF || Refuse("library", field, list, "-1, for a list of nothing");
+    if (count == 0) return list == QMX_NO_REF || Refuse("library", field, list, "-1 for an empty list");
     const bool fits = list >= 0 && list % 8 == 0 && list <= data_size_ && count <= (data_size_ - list) / record_size;
     return fits || Refuse("library", field, list, "a multiple of 8 with room for " + std::to_string(count) + " records");
   }
@@ -86,7 +86,7 @@ class Verifier {
       const bool fits = meta >= next && meta % 8 == 0 && meta <= data_size_ - kMetaSize;
       if (!fits) {
         return Refuse("library", "list of metas", meta,
-                      "a multiple of 8 from " + std::to_string(next) + " on, with room for a meta");
+                      "a multiple of 8, at least " + std::to_string(next) + ", with room for a meta");
       }
       table_.Add(meta);
       next = meta + kMetaSize;
@@ -126,7 +126,7 @@ class Verifier {
     if (!CheckLibraryList("ptrMetaSlots", library_->ptrMetaSlots, count, sizeof(tagQMXMetaSlot))) return false;
     MetaSlots made{{}, library_->iMetaSlotSeed};
     if (!FillMetaSlots(made, names_, kMaxProbes)) {
-      return Refuse("library", "iMetaSlotSeed", library_->iMetaSlotSeed, "one under which every name is found nearby");
+      return Refuse("library", "iMetaSlotSeed", library_->iMetaSlotSeed, "a seed under which every name is found in few steps");
     }
     for (std::size_t i = 0; i < allowed; ++i) {
       const tagQMXMetaSlot& slot = At<tagQMXMetaSlot>(library_->ptrMetaSlots)[i];
@@ -205,7 +205,7 @@ class Verifier {
   bool RefuseText(const std::string& part, const char* field, const std::int64_t& offset) {
     return Refuse(part, field, offset,
                   "a text of the meta, from " + std::to_string(texts_) + " to " + std::to_string(end_) +
-                      ", right behind another one, in the order of the records");
+                      ", directly after another one, in the order of the records");
   }
 
   // From here on, [texts_, end_) contains only texts.
@@ -244,11 +244,11 @@ class Verifier {
         return Refuse(part, "iType", entry.iType, "0 to " + std::to_string(QMX_TYPE_BYTES));
       case EntryWalk::kTypeMeta:
         return Refuse(part, "ptrTypeMeta", entry.ptrTypeMeta,
-                      entry.iType > QMX_TYPE_STRUCT ? "-1 for a simple type" : "a meta of the kind that iType says");
+                      entry.iType > QMX_TYPE_STRUCT ? "-1 for a simple type" : "a meta of the kind given by iType");
       case EntryWalk::kUnitSize:
         return Refuse(part, "iUnitSize", entry.iUnitSize, "the size of its type");
       case EntryWalk::kSize:
-        return Refuse(part, "iUnitSize", entry.iUnitSize, "one with which the meta's size fits 64 bits");
+        return Refuse(part, "iUnitSize", entry.iUnitSize, "a size with which that of the meta fits in 64 bits");
     }
     return true;
   }

@@ -12,13 +12,13 @@ void ErrorList::Add(std::size_t offset, std::string text) {
 std::vector<ReadError> ErrorList::Locate(std::string_view text) const {
   auto sorted = errors_;
   std::ranges::stable_sort(sorted, {}, &std::pair<std::size_t, std::string>::first);
-  PlaceCounter places(text);
+  LineCounter counter(text);
   std::vector<ReadError> located;
   located.reserve(sorted.size() + 1);
-  for (auto& [offset, what] : sorted) located.push_back({places.At(offset), std::move(what)});
+  for (auto& [offset, what] : sorted) located.push_back({counter.At(offset), std::move(what)});
   if (IsFull()) {
     located.push_back(
-        {located.back().place, "too many errors; only the first " + std::to_string(kMaxErrors) + " found are shown"});
+        {located.back().location, "too many errors; only the first " + std::to_string(kMaxErrors) + " found are shown"});
   }
   return located;
 }

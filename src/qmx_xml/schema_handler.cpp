@@ -129,8 +129,8 @@ void SchemaHandler::StartEntry(StartTag& tag) {
   source_map_.Add(Id(Kind::kEntry, meta_.entries++), tag.offset());
 }
 
-void SchemaHandler::RefuseMore(const StartTag& tag, const std::string& what, std::size_t most) {
-  errors_.Add(tag.offset(), "more than " + std::to_string(most) + " " + what + "; allowed: up to that");
+void SchemaHandler::RefuseMore(const StartTag& tag, const std::string& what, std::size_t max) {
+  errors_.Add(tag.offset(), "too many " + what + "; allowed: at most " + std::to_string(max));
 }
 
 void SchemaHandler::CheckSize(StartTag& tag, std::string_view name) {
@@ -215,7 +215,7 @@ void SchemaHandler::EndMeta() {
 std::string SchemaHandler::InMeta() const { return " in meta " + Quote(meta_.name); }
 
 void SchemaHandler::RefuseRepeat(std::size_t element, const std::string& what) {
-  errors_.Add(PlaceOf(element, "name"), what + "; allowed: names that differ");
+  errors_.Add(OffsetOf(element, "name"), what + "; allowed: unique names");
 }
 
 void SchemaHandler::ReportRepeatedIds() {
@@ -223,8 +223,8 @@ void SchemaHandler::ReportRepeatedIds() {
   for (std::size_t i = 1; i < ids_.size(); ++i) {
     const auto [id, element] = ids_[i];
     if (id != ids_[i - 1].first) continue;
-    errors_.Add(PlaceOf(element, "id"),
-                "a second entry with id " + std::to_string(id) + InMeta() + "; allowed in a TLV library: ids that differ");
+    errors_.Add(OffsetOf(element, "id"),
+                "a second entry with id " + std::to_string(id) + InMeta() + "; allowed in a TLV library: unique ids");
   }
 }
 
@@ -260,18 +260,18 @@ std::optional<Schema> SchemaHandler::Finish() {
 void SchemaHandler::ReportBuildErrors(const std::vector<BuildError>& errors) {
   std::size_t last_element = text_.size();
   std::string_view last_attribute;
-  std::size_t place = 0;
+  std::size_t offset = 0;
   for (const BuildError& error : errors) {
     const std::size_t element = source_map_.Find(error.where).value_or(0);
     // Otherwise a key with many unknown members would be scanned again for each of them.
-    if (element != last_element || error.attribute != last_attribute) place = PlaceOf(element, error.attribute);
+    if (element != last_element || error.attribute != last_attribute) offset = OffsetOf(element, error.attribute);
     last_element = element;
     last_attribute = error.attribute;
-    errors_.Add(place, error.text);
+    errors_.Add(offset, error.text);
   }
 }
 
-std::size_t SchemaHandler::PlaceOf(std::size_t element, std::string_view attribute) const {
+std::size_t SchemaHandler::OffsetOf(std::size_t element, std::string_view attribute) const {
   const std::optional<Span> value = FindAttributeValue(text_, element, attribute);
   return value ? value->begin : element;
 }

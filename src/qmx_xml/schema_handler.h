@@ -60,7 +60,7 @@ class SchemaHandler {
   void StartMeta(const StartTag& tag);
   void StartEntry(StartTag& tag);
   // Reported once, for the first element above the limit.
-  void RefuseMore(const StartTag& tag, const std::string& what, std::size_t most);
+  void RefuseMore(const StartTag& tag, const std::string& what, std::size_t max);
   void CheckSize(StartTag& tag, std::string_view name);
   void CheckId(StartTag& tag, std::string_view name);
   void StartKey(StartTag& tag);
@@ -74,7 +74,7 @@ class SchemaHandler {
   void ReportBuildErrors(const std::vector<BuildError>& errors);
 
   // Offset of an attribute's value, or of the element if it has no such attribute.
-  std::size_t PlaceOf(std::size_t element, std::string_view attribute) const;
+  std::size_t OffsetOf(std::size_t element, std::string_view attribute) const;
 
   ElementId Id(ElementId::Kind kind, std::uint32_t item = 0, std::uint32_t column = 0) const {
     return {kind, metas_ - 1, item, column};

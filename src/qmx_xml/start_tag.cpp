@@ -64,7 +64,7 @@ void StartTag::Take(const AttributeForm& attribute, const char* value) {
 bool StartTag::TakeText(const AttributeForm& attribute, std::string_view value) {
   texts_[Index(attribute.id)] = value;
   if (value.size() <= attribute.highest) return true;
-  Refuse(attribute.id, Quote(attribute.name) + " has " + std::to_string(value.size()) + " bytes; allowed: up to " +
+  Refuse(attribute.id, Quote(attribute.name) + " has " + std::to_string(value.size()) + " bytes; allowed: at most " +
                            std::to_string(attribute.highest));
   return false;
 }
@@ -108,12 +108,12 @@ void StartTag::RefuseMissing() {
 }
 
 void StartTag::Refuse(Attribute id, std::string what) {
-  std::size_t place = offset_;
+  std::size_t offset = offset_;
   for (std::size_t i = 0; attributes_[2 * i] != nullptr; ++i) {
     const AttributeForm* attribute = form_.Find(attributes_[2 * i]);
-    if (attribute != nullptr && attribute->id == id) place = SpansOf(i).value.begin;
+    if (attribute != nullptr && attribute->id == id) offset = SpansOf(i).value.begin;
   }
-  errors_.Add(place, std::move(what));
+  errors_.Add(offset, std::move(what));
 }
 
 AttributeSpans StartTag::SpansOf(std::size_t position) {

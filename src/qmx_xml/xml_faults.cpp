@@ -25,12 +25,12 @@ constexpr SyntaxText kSyntaxTexts[] = {
     {XML_ERROR_UNCLOSED_TOKEN, "the file ends inside a tag, comment or instruction; allowed: a complete one"},
     {XML_ERROR_PARTIAL_CHAR, "the file ends inside a character; allowed: complete UTF-8"},
     {XML_ERROR_TAG_MISMATCH, "the end tag does not match its start tag; allowed: the end tag of the innermost open element"},
-    {XML_ERROR_DUPLICATE_ATTRIBUTE, "the attribute stands twice; allowed: once in a tag"},
-    {XML_ERROR_JUNK_AFTER_DOC_ELEMENT, "something follows the outermost element; allowed: comments"},
-    {XML_ERROR_BAD_CHAR_REF, "a reference to a character that XML does not have; allowed: those of XML 1.0"},
+    {XML_ERROR_DUPLICATE_ATTRIBUTE, "duplicate attribute; allowed: each attribute once"},
+    {XML_ERROR_JUNK_AFTER_DOC_ELEMENT, "content after the outermost element; allowed: comments"},
+    {XML_ERROR_BAD_CHAR_REF, "reference to an invalid character; allowed: characters of XML 1.0"},
     {XML_ERROR_UNCLOSED_CDATA_SECTION, "the file ends inside a CDATA section; allowed: a complete one"},
     {XML_ERROR_MISPLACED_XML_PI, "an XML declaration that is not at the start; allowed: as the first bytes of the file"},
-    {XML_ERROR_XML_DECL, "a broken XML declaration; allowed: <?xml version=\"1.0\" encoding=\"UTF-8\"?>"},
+    {XML_ERROR_XML_DECL, "malformed XML declaration; allowed: <?xml version=\"1.0\" encoding=\"UTF-8\"?>"},
     {XML_ERROR_INVALID_TOKEN, "not well-formed XML; allowed: XML 1.0 in UTF-8"},
     {XML_ERROR_SYNTAX, "not well-formed XML; allowed: XML 1.0 in UTF-8"},
 };
@@ -97,7 +97,7 @@ FileFault DescribeSyntaxError(int code, std::string_view text, std::size_t offse
     return {offset, "byte " + HexByte(rest.front()) + " is not UTF-8; allowed: UTF-8"};
   }
   if (code == XML_ERROR_INVALID_TOKEN && IsMergeMark(text, offset)) {
-    return {offset, "the mark of a merge that was not finished; allowed: XML 1.0 in UTF-8"};
+    return {offset, "unresolved merge conflict marker; allowed: XML 1.0 in UTF-8"};
   }
   const auto known = std::ranges::find(kSyntaxTexts, code, &SyntaxText::code);
   if (known != std::end(kSyntaxTexts)) return {offset, known->text};

@@ -18,7 +18,7 @@ namespace {
 InputError SchemaErrors(const std::string& name, const std::vector<qmx::ReadError>& errors) {
   InputError faults;
   for (const qmx::ReadError& error : errors) {
-    faults.lines.push_back(OneLine(FileLineColumn(name, error.place) + ": error: " + error.text));
+    faults.lines.push_back(OneLine(FileLineColumn(name, error.location) + ": error: " + error.text));
   }
   return faults;
 }

@@ -44,7 +44,7 @@ void RequireSame(const Input& input, const std::string& text) {
   if (!read.schema) Refuse(input, read.errors.front().text);
   const qmx::Metalib& again = read.schema->metalib;
   const bool same = again.size() == input.metalib.size() && std::memcmp(again.get(), input.Library(), again.size()) == 0;
-  if (!same) Refuse(input, "reading it back gives another library; allowed: what 'compile' makes of a schema file");
+  if (!same) Refuse(input, "reading it back gives a different library; allowed: images made by 'compile'");
 }
 
 }  // namespace

@@ -24,7 +24,7 @@ qmx::Metalib ReadLibrary(const fs::path& path) {
   if (result.schema) return std::move(result.schema->metalib);
   std::ostringstream text;
   for (const qmx::ReadError& error : result.errors) {
-    text << path.string() << ":" << error.place.line << ":" << error.place.column << ": " << error.text << "\n";
+    text << path.string() << ":" << error.location.line << ":" << error.location.column << ": " << error.text << "\n";
   }
   throw std::runtime_error(text.str());
 }

@@ -19,8 +19,9 @@ void RequireErrors(const qmx::ReadResult& result, std::string_view text) {
   const auto is_end = [](char c) { return c == '\n' || c == '\r'; };
   const auto lines = static_cast<std::size_t>(std::count_if(text.begin(), text.end(), is_end)) + 1;
   for (const qmx::ReadError& error : result.errors) {
-    fuzz::Require(error.place.line >= 1 && error.place.line <= lines, "an error stands in a line of the file");
-    fuzz::Require(error.place.column >= 1 && error.place.column <= text.size() + 1, "an error stands in a column of the file");
+    fuzz::Require(error.location.line >= 1 && error.location.line <= lines, "an error stands in a line of the file");
+    fuzz::Require(error.location.column >= 1 && error.location.column <= text.size() + 1,
+                  "an error stands in a column of the file");
     fuzz::Require(!error.text.empty() && error.text.find('\n') == std::string::npos, "an error is one line");
   }
 }

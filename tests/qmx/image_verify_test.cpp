@@ -269,9 +269,9 @@ TEST(Verify, LibraryWithoutMetasHasNoLists) {
   Block block(empty);
   EXPECT_EQ(block.Fault(), "");
   block.Lib().ptrMetaSlots = 0;
-  EXPECT_EQ(block.Fault(), "library: ptrMetaSlots is 0; allowed: -1, for a list of nothing");
+  EXPECT_EQ(block.Fault(), "library: ptrMetaSlots is 0; allowed: -1 for an empty list");
   block.Lib().ptrMetas = 0;
-  EXPECT_EQ(block.Fault(), "library: ptrMetas is 0; allowed: -1, for a list of nothing");
+  EXPECT_EQ(block.Fault(), "library: ptrMetas is 0; allowed: -1 for an empty list");
 }
 
 TEST(Verify, TextsMustEndInsideMeta) {
@@ -379,7 +379,7 @@ TEST(HostileBlock, RefusesSeedWithCollisions) {
   EXPECT_EQ(block.Fault(), "");
   EXPECT_EQ(block.Lib().iMetaSlotSeed, 1u);
   block.Lib().iMetaSlotSeed = 0;
-  EXPECT_EQ(block.Fault(), "library: iMetaSlotSeed is 0; allowed: one under which every name is found nearby");
+  EXPECT_EQ(block.Fault(), "library: iMetaSlotSeed is 0; allowed: a seed under which every name is found in few steps");
 }
 
 // A member of 16 bytes refers to a name of 60,000 bytes, which a rule reads.

@@ -108,7 +108,7 @@ TEST_F(ImageTest, RefusesDamagedImages) {
   expect(foreign, ": error: header: byte order at byte 8 is big-endian; allowed: little-endian, that of this machine\n");
   expect(damaged(12, 9), ": error: header: format version at byte 12 is 9; allowed: 1\n");
   expect(damaged(image.size() - 1, 'x'), ": error: header: checksum at byte 32 is ");
-  expect(image.substr(0, 40), ": error: header at byte 40 is cut short; allowed: 64 bytes\n");
+  expect(image.substr(0, 40), ": error: header at byte 40 is truncated; allowed: 64 bytes\n");
   expect(image.substr(0, image.size() - 1), ": error: header: block size at byte 24 is ");
   expect(image + "x", ": error: header: block size at byte 24 is ");
 }
@@ -198,7 +198,7 @@ TEST_F(ImageTest, ImageThatIsWrittenToIsAnInputError) {
   });
   const Outcome outcome = Korvelcheck({"check", "old.qmb", "pipe.xml"});
   writer.join();
-  ExpectOutcome(outcome, 2, "", "korvelcheck: old.qmb: was written to while it was read; try again\n");
+  ExpectOutcome(outcome, 2, "", "korvelcheck: old.qmb: was modified while it was read; try again\n");
 }
 
 // --- compile ---
@@ -318,7 +318,7 @@ TEST_F(ImageTest, ReportsImageThatCannotBeWrittenAsXml) {
   expect({.name = "a\xef\xbf\xbf", .type = "int8"}, "'name' is 'a\xef\xbf\xbf'" + characters);
   expect({.name = "a b", .type = "int8"}, "'primarykey' names 'a b'; allowed: names without blanks", true);
   expect({.name = "", .type = "int8"}, "'primarykey' names ''; allowed: names without blanks", true);
-  expect({.name = "uid", .type = "int8"}, "a second entry 'uid' in meta 'table'; allowed: names that differ");
+  expect({.name = "uid", .type = "int8"}, "a second entry 'uid' in meta 'table'; allowed: unique names");
   expect({.name = "a", .type = "int8", .id = -7}, "'id' is '-7', which is not a number; allowed: 0 to 2147483647");
   expect({.name = "a", .type = "int8", .count = 0}, "'count' is '0', out of range; allowed: 1 to 2147483647");
 }
@@ -367,8 +367,7 @@ TEST_F(ImageTest, ReportsStructureNamedLikeASimpleType) {
   Write("odd.qmb", qmx::WriteImage(metalib));
   ExpectInputError(
       Korvelcheck({"dump", "odd.qmb"}),
-      "odd.qmb: error: cannot be written as XML: reading it back gives another library; allowed: what 'compile' makes "
-      "of a schema file\n");
+      "odd.qmb: error: cannot be written as XML: reading it back gives a different library; allowed: images made by 'compile'\n");
 }
 
 }  // namespace
