@@ -150,7 +150,7 @@ TEST(Image, FlippedBitWithValidChecksumIsRefusedOrHarmless) {
   for (std::size_t bit = 8 * qmx::kImageHeaderSize; bit < 8 * image.size(); ++bit) {
     std::string damaged = image;
     damaged[bit / 8] = static_cast<char>(damaged[bit / 8] ^ (1 << bit % 8));
-    image::MendChecksum(damaged);
+    image::UpdateChecksum(damaged);
     const ImageResult result = image::Load(damaged);
     ++(result.metalib ? accepted : refused);
     if (!result.metalib) continue;

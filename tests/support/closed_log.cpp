@@ -1,5 +1,5 @@
-// The log category of an analysis, for test programs that use log_capture.h instead of the logging library: nothing can be
-// written to it. Compiled into the program itself, so that the linker takes nothing from the logging library.
+// The log category of an analysis, for test programs that use log_capture.h instead of the logging library: it writes nothing.
+// Compiled into the program itself, so that the linker takes nothing from the logging library.
 #include "support/log_capture.h"
 #include "vesk/log_category.h"
 

@@ -199,7 +199,7 @@ TEST_F(LogCategoryTest, NeverOpenedCategoryWritesNothing) {
   *log->handle()->piPriorityLow = -1;
   EXPECT_EQ(vesk_category_can_write(log->handle(), VESK_PRIORITY_ERROR, 0, 0), 0);
   ::testing::internal::CaptureStderr();
-  LogAt(log->handle(), &kHere, VESK_PRIORITY_ERROR, "nobody hears this");
+  LogAt(log->handle(), &kHere, VESK_PRIORITY_ERROR, "after closing");
   log->Close();
   EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
   EXPECT_EQ(log->WriteFailure(), "");
