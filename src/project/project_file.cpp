@@ -17,7 +17,7 @@ namespace {
 
 constexpr char kPatterns[] = "paths below the project file, with '*', '?' and '**'";
 
-// Patterns are relative: another machine has the project elsewhere.
+// Patterns are relative: on another machine the project is in another directory.
 template <std::vector<ProjectText> Project::*kMember>
 void ReadPatterns(TomlReader& reader, const Value& value, Project& project) {
   project.*kMember = reader.Texts(value, kPatterns);
@@ -133,7 +133,7 @@ std::string Digits(int number, std::size_t count) {
   return std::string(count - std::min(count, digits.size()), '0') + digits;
 }
 
-// A day may be a text or one of TOML's own dates.
+// A day may be a string or one of TOML's own dates.
 void ReadUntil(TomlReader& reader, const Value& value, WaiverEntry& waiver) {
   if (const auto* const date = value.node.as_date()) {
     const toml::date& day = date->get();

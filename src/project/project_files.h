@@ -34,7 +34,7 @@ struct ProjectFiles {
   bool is_whole = false;              // all files of the project, not those of given paths
 };
 
-// The files that `paths` select, or without paths those that the project's patterns match. A directory stands for all files in it
+// The files that `paths` select, or without paths those that the project's patterns match. A directory selects all files in it
 // that match the patterns; without patterns, for all with the suffix .xml or .qmb. `project` may be null. Throws InputError for a
 // path or pattern that neither state has files for, and if there are neither paths nor patterns.
 ProjectFiles SelectFiles(const std::vector<std::string>& paths, const Project* project, const ProjectStates& states);

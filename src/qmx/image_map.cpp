@@ -42,15 +42,15 @@ Fault WrongByteOrder(std::uint32_t found) {
                      "is " + is + "; allowed: " + NameOfByteOrder(true) + ", that of this machine");
 }
 
-Fault WrongBlockSize(const ImageHeader& header, std::uint64_t behind) {
-  const char* what = header.block_size > behind ? "the image is truncated" : "bytes follow the end of the image";
+Fault WrongBlockSize(const ImageHeader& header, std::uint64_t size_after_header) {
+  const char* what = header.block_size > size_after_header ? "the image is truncated" : "bytes follow the end of the image";
   return HeaderFault("block size", offsetof(ImageHeader, block_size),
-                     "is " + std::to_string(header.block_size) + "; allowed: " + std::to_string(behind) +
+                     "is " + std::to_string(header.block_size) + "; allowed: " + std::to_string(size_after_header) +
                          ", the number of bytes after the header; " + what);
 }
 
 // Each field is checked before the ones whose meaning depends on it.
-Fault CheckHeader(const ImageHeader& header, std::uint64_t behind) {
+Fault CheckHeader(const ImageHeader& header, std::uint64_t size_after_header) {
   const std::string_view magic(header.magic, sizeof(header.magic));
   if (magic != kImageMagic) {
     return HeaderFault("magic", 0, "is " + Quote(magic) + "; allowed: " + Quote(kImageMagic));
@@ -69,7 +69,7 @@ Fault CheckHeader(const ImageHeader& header, std::uint64_t behind) {
     const auto offset = static_cast<std::size_t>(reinterpret_cast<const char*>(&word) - header.magic);
     if (word != 0) return WrongNumber("reserved", offset, word, std::uint64_t{0});
   }
-  if (header.block_size != behind) return WrongBlockSize(header, behind);
+  if (header.block_size != size_after_header) return WrongBlockSize(header, size_after_header);
   return std::nullopt;
 }
 

@@ -34,9 +34,9 @@ Protocol ProtocolOf(std::optional<std::string_view> text) {
   return *text == "TLV" ? Protocol::kTlv : Protocol::kQmx;
 }
 
-// The range of a number in the format fits the type; a refused or absent number gives `otherwise`.
-std::int32_t Int32Of(std::optional<std::uint64_t> number, std::int32_t otherwise) {
-  return number ? static_cast<std::int32_t>(*number) : otherwise;
+// The range of a number in the format fits the type; a refused or absent number gives `default_value`.
+std::int32_t Int32Of(std::optional<std::uint64_t> number, std::int32_t default_value) {
+  return number ? static_cast<std::int32_t>(*number) : default_value;
 }
 
 }  // namespace
