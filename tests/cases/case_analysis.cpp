@@ -18,14 +18,6 @@ std::unique_ptr<korvel::Source> ReadSource(const std::string& name, const std::s
   return std::make_unique<korvel::Source>(std::move(*source));
 }
 
-korvel::Settings ToCheckerSettings(const Settings& settings) {
-  return {.type = settings.table_type,
-          .created_as = settings.created_as,
-          .server_version = settings.server_version,
-          .whitelist = settings.whitelist,
-          .list_num = settings.list_num};
-}
-
 korvel::Changes FindChanges(const korvel::Source& old_source, const korvel::Source& new_source, const std::string& table,
                             const korvel::Settings& settings) {
   if (!old_source.HasMeta(table)) {

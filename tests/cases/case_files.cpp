@@ -106,6 +106,14 @@ Settings MakeSettings(LPQMXMETALIB old_lib, const Lines& lines) {
 
 }  // namespace
 
+korvel::Settings ToCheckerSettings(const Settings& settings) {
+  return {.type = settings.table_type,
+          .created_as = settings.created_as,
+          .server_version = settings.server_version,
+          .whitelist = settings.whitelist,
+          .list_num = settings.list_num};
+}
+
 std::vector<std::string> Names() {
   std::vector<std::string> names;
   for (const auto& family : fs::directory_iterator(KORVEL_CASES_DIR)) {

@@ -66,8 +66,8 @@ TEST(OutOfMemory, EndsAnalysis) {
 bool IsJson(const std::string& format) { return format == "json" || format == "sarif" || format == "gitlab"; }
 
 TEST(OutOfMemory, EndsRendering) {
-  const report_test::Judged checked =
-      report_test::JudgeExample({"wider-key", "examples/shop/v6.xml", "examples/shop/v7-wider-key.xml"});
+  const report_test::CheckedReport checked =
+      report_test::CheckExample({"wider-key", "examples/shop/v6.xml", "examples/shop/v7-wider-key.xml"});
   for (const korvel::Format& format : korvel::Formats()) {
     if (IsJson(format.name)) continue;
     SCOPED_TRACE(format.name);

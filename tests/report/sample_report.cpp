@@ -63,7 +63,7 @@ constexpr char kNew[] = R"(<metalib name="mall" version="6" protocol="QMX">
 </metalib>
 )";
 
-// Positions of metas, old and new.
+// The position of a meta in the old and the new source.
 constexpr std::uint32_t kItem = 0, kOrders = 1, kCarts = 2, kUsers = 3, kOldZones = 4, kOldLogs = 5, kNewLogs = 4, kOldStyle = 6,
                         kNewStyle = 5, kNotes = 6;
 
@@ -101,7 +101,7 @@ class Maker {
     return {kind, meta + suffix_, item + suffix_, before, after, {path + suffix_}, 1, old_location, new_location};
   }
 
-  // The finding of some edits, at the first of them.
+  // A finding for some edits, located at the first of them.
   Finding MakeFinding(const Changes& changes, std::vector<std::size_t> edits, int code, const std::string& rule,
                       const std::string& text, const std::string& suggestion, const std::string& fingerprint) const {
     Finding finding;
@@ -231,7 +231,7 @@ TableResult OldStyle(const Maker& maker) {
   table.changes->allowed_together = finding.verdict;
   table.changes->stopped = true;
   Answer(table);
-  // The whole check has another text.
+  // The main check has another text.
   table.rule = "field-name.invalid";
   table.text = "CheckFieldNameValidate failed! table:'old_style" + maker.suffix() + "'";
   return table;

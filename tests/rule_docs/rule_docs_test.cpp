@@ -38,7 +38,7 @@ TEST(RuleDocs, EveryPageHasAnExampleOrAReason) {
   for (const RuleDoc& doc : AllRuleDocs()) EXPECT_NE(doc.example.has_value(), !doc.no_example_reason.empty()) << doc.row->id;
 }
 
-TEST(RuleDocs, ReplacedTextsGiveWayToThoseThatCallersGet) {
+TEST(RuleDocs, ReplacedTextsRedirectToThoseThatCallersGet) {
   for (const RuleDoc& doc : AllRuleDocs()) {
     if (doc.replaced_by.empty()) continue;
     const RuleDoc* reported = FindRuleDoc(doc.replaced_by);
@@ -69,7 +69,7 @@ TEST(RuleDocs, EveryExampleReportsACodeOfItsPage) {
   }
 }
 
-TEST(CodeDocs, ACodeIsReturnedIfARuleReturnsIt) {
+TEST(CodeDocs, IsReturnedIfARuleReturnsIt) {
   for (const CodeDoc& doc : AllCodeDocs()) EXPECT_EQ(doc.returned, doc.code == 0 || !doc.rules.empty()) << doc.code;
 }
 

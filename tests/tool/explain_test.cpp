@@ -85,7 +85,7 @@ TEST_P(ExampleTest, LeavesTheTextInTheLog) {
 // Rules whose old schema is refused even if nothing changes.
 const std::set<std::string> kRefusedAlready = {
     "library.protocols",        // a table created in TLV has no rules while its library is in the record format
-    "splittable-key.old-text",  // no change of such a table can be judged
+    "splittable-key.old-text",  // no change of such a table can be checked
 };
 
 TEST_P(ExampleTest, OldAgainstOldIsAllowed) {
@@ -254,7 +254,7 @@ std::map<std::string, std::string> Documents() {
   return documents;
 }
 
-// `make docs` writes the index and the summaries anew.
+// `make docs` regenerates the index and the summaries.
 TEST_F(ExplainTest, DocumentsAreWhatIsPrinted) {
   std::map<std::string, std::string> expected = {{"README.md", Printed({"rules", "--format", "markdown"})},
                                                  {"result-codes.md", Printed({"rules", "--codes", "--format", "markdown"})}};

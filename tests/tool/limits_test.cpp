@@ -1,5 +1,5 @@
-// Each limit of schema files and images: the limit itself is accepted, and so is its image; one more is refused with its own
-// text. Limits of bytes of a file, and of errors, are tested by input_test.cpp and tests/qmx/reader_hostile_test.cpp.
+// Limits of schema files and images: the limit itself is accepted, also as an image; one more is refused with its own error text.
+// Limits of file size and of errors are tested by input_test.cpp and tests/qmx/reader_hostile_test.cpp.
 #include <ostream>
 
 #include "qmx/qmx_builder.h"

@@ -11,7 +11,7 @@
 
 namespace {
 
-// Several threads read past the end of one image, and each printed the error.
+// Regression: several threads read past the end of one image, and each printed the error.
 [[noreturn]] void ReadPastTheEnd() {
   korvel::tool::InstallSigbusHandler();
   std::atomic<int> missing = 8;

@@ -1,4 +1,4 @@
-// Waivers of the project file: which findings they match, until when, and faults in them. And 'waive'.
+// Waivers of the project file: which findings they match, until when, their faults; the command `waive`.
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -50,7 +50,7 @@ class WaiverTest : public GitTest {
   }
 };
 
-TEST_F(WaiverTest, AWaivedTableDoesNotFailTheCall) {
+TEST_F(WaiverTest, WaivedTableDoesNotFailTheCall) {
   EXPECT_EQ(Check().exit_code, 1);
   Waive("fingerprint = \"" + Fingerprint() + "\"\nreason = \"the table is empty\"\nuntil = 2026-01-01\n");
   const Outcome outcome = Check();
@@ -143,7 +143,7 @@ TEST_F(WaiverTest, SecondWaiverForOneFindingIsAFinding) {
             "waiver.malformed: invalid waiver: korvelcheck.toml:1 already has a waiver for this finding; allowed: one\n");
 }
 
-// The finding has the same fingerprint in both, but lint did not heed the waiver.
+// Regression: the finding has the same fingerprint in both, but lint ignored the waiver.
 TEST_F(WaiverTest, LintAppliesWaivers) {
   Write("odd.xml", Library(5, {Table({.fields = "<entry name=\"2nd\" type=\"int8\"/>"})}));
   EXPECT_EQ(Run({"lint", "odd.xml"}).exit_code, 1);
@@ -228,7 +228,7 @@ TEST_F(WaiverTest, DoesNotChangeInvalidProjectFile) {
 }
 
 // A limit on the size of files fails the write itself, for every user.
-TEST_F(WaiverTest, AFailedWriteKeepsTheOldFile) {
+TEST_F(WaiverTest, FailedWriteKeepsTheOldFile) {
   const std::string before = "# " + std::string(2000, '.') + "\n";
   Write("korvelcheck.toml", before);
   const std::vector<std::string> files = Files();
