@@ -110,6 +110,21 @@ TEST(SharedStructure, LeavesItsTextAgain) {
   EXPECT_STREQ(checker.GetErrType(), "Table dose not have entry, table:'s0'");
 }
 
+// Regression: a structure that was skipped did not count as having left a text, so the structure around it, when skipped in its
+// turn, left the text of another one in the buffer.
+TEST(SharedStructure, LeavesTheTextOfASkippedStructureInsideIt) {
+  Library filled = Of({{.name = "s0", .fields = {{"x"}}},
+                       {.name = "s1", .fields = {{"x"}}},
+                       {.name = "q", .fields = {{"e", "s0"}}},
+                       {.name = "t", .fields = {{"a", "s0"}, {"b", "q"}, {"c", "s1"}, {"d", "q"}}, .key = {"a"}}});
+  Library emptied = filled;
+  emptied.pokes = {support::EntryNumber("s0", 0), support::EntryNumber("s1", 0)};
+  const Schema old_schema = emptied.Build(), new_schema = filled.Build();
+  ModifyTable checker;
+  EXPECT_EQ(kOrder.ask(checker, old_schema, new_schema, nullptr), 0);
+  EXPECT_STREQ(checker.GetErrType(), "Table dose not have entry, table:'s0'");
+}
+
 // Two structures of one name, in a table or in a structure of it. The second is the first one's, or "b", which every rule
 // refuses.
 Library TwoBoxes(int fields, bool deep, const std::string& second) {
