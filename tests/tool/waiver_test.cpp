@@ -96,6 +96,15 @@ TEST_F(WaiverTest, ExpiredWaiverHasNoEffect) {
   EXPECT_EQ(Run({"check", "old.xml", "same.xml"}).exit_code, 1);
 }
 
+// Regression: a time behind the year 2262 overflowed into the past, where no waiver has expired.
+TEST_F(WaiverTest, ExpiresAtAnyTimeThatReplacesTheClock) {
+  Waive("fingerprint = \"" + Fingerprint() + "\"\nreason = \"r\"\nuntil = 2027-01-31\n");
+  for (const char* seconds : {"1801600000", "9223372036", "9223372037", "253402300799"}) {
+    environment_.back() = std::string("SOURCE_DATE_EPOCH=") + seconds;
+    EXPECT_EQ(Check().exit_code, 1) << seconds;
+  }
+}
+
 TEST_F(WaiverTest, OnlyANumberReplacesTheClock) {
   Waive("fingerprint = \"0123456789abcdef\"\nreason = \"r\"\nuntil = 2027-01-31\n");
   environment_.back() = "SOURCE_DATE_EPOCH=soon";
