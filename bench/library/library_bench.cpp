@@ -1,9 +1,9 @@
-// The checker over libraries that are in memory: KorvelModifyTable for every table, with an object of its own, as the tool asks.
+// The checker on libraries in memory: KorvelModifyTable for every table, each with its own object, like the tool.
 //
 //   check/FAMILY/PROTOCOL/KIND/LOG/METAS/FIELDS    families: one (table), fields, metas; depth/.../LEVELS
-//   threads/...                                    10,000 tables of 20 fields, dealt out to 1 and 2 threads
+//   threads/...                                    10,000 tables of 20 fields, distributed over 1 and 2 threads
 //
-// Counters: `check_ns` and `walk_ns` an entry pair (medians, taken by turns), `ratio` of the two, and `exponent` and
+// Counters: `check_ns` and `walk_ns` per entry pair (medians of alternating runs), `ratio` of the two, and `exponent` and
 // `walk_exponent`, the growth exponents over the family's runs so far. A refused check ends its table, not the run.
 #include <benchmark/benchmark.h>
 
@@ -19,7 +19,7 @@
 namespace bench {
 namespace {
 
-// What one family asks.
+// The parameters of a family.
 struct Question {
   std::string family;
   qmx::Protocol protocol;
@@ -27,16 +27,16 @@ struct Question {
   bool has_log;
 };
 
-// A category whose bounds let nothing through.
+// A category whose bounds reject every record.
 LPVESKCATEGORYINST ClosedCategory() {
-  static int gravest = 0;
-  static VESKCATEGORYINST category{nullptr, &gravest};
+  static int min_priority = 0;
+  static VESKCATEGORYINST category{nullptr, &min_priority};
   return &category;
 }
 
 int CreatedAs(const Question& question) { return question.protocol == qmx::Protocol::kTlv ? 2 : 1; }
 
-// Checks every `step`-th table, the first being `first`; returns how many were refused.
+// Checks every `step`-th table, starting with `first`; returns how many were refused.
 int CheckTables(const Pair& pair, const Question& question, std::size_t first = 0, std::size_t step = 1) {
   const LPVESKCATEGORYINST log = question.has_log ? ClosedCategory() : nullptr;
   static const std::string none;
@@ -49,7 +49,7 @@ int CheckTables(const Pair& pair, const Question& question, std::size_t first = 
   return refused;
 }
 
-// The pair asked for last is kept: families that differ in the log alone share it.
+// Keeps the last pair: families that differ only in the log share it.
 const Pair& PairOf(const Shape& shape, const Question& question) {
   struct Kept {
     Shape shape;
@@ -71,11 +71,12 @@ Growth& TheGrowth() {
 }
 
 void NoteGrowth(benchmark::State& state, const char* counter, const std::string& family, double size, double seconds) {
-  TheGrowth().Note(family, size, seconds);
+  TheGrowth().Record(family, size, seconds);
   if (const double exponent = TheGrowth().Exponent(family); exponent != 0) state.counters[counter] = exponent;
 }
 
-// Check and walk take turns, so that both meet the same machine; a turn repeats short ones until the clock does not count.
+// Check and walk alternate, so that both run under the same conditions; short ones are repeated until the clock's resolution does
+// not matter.
 void Measure(benchmark::State& state, const Shape& shape, const Question& question, double size) {
   constexpr double kPairsATurn = 20000;
   const Pair& pair = PairOf(shape, question);
@@ -120,7 +121,7 @@ void RunTower(benchmark::State& state, const Question& question) {
   Measure(state, {1, 0, levels}, question, levels);
 }
 
-// Threads share the libraries and nothing else.
+// Threads share only the libraries.
 void RunThreads(benchmark::State& state, const Question& question) {
   static const Pair pair = MakePair({10000, 20, 0}, Kind::kIdentical, qmx::Protocol::kQmx);
   const auto first = static_cast<std::size_t>(state.thread_index());
@@ -147,7 +148,7 @@ benchmark::internal::Benchmark* Register(const std::string& family, Question que
   return benchmark::RegisterBenchmark(question.family.c_str(), body)->Unit(benchmark::kMicrosecond);
 }
 
-// As many as a median needs. A least time would count a single check of each turn, and hardly end.
+// As many as a median needs. With a minimum time, a single check of each run would count, and the benchmark would hardly end.
 constexpr int kTurns = 25;
 
 void RegisterChecks(const Question& question) {

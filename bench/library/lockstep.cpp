@@ -1,4 +1,4 @@
-// Reads the records themselves: no operation is called for any of them.
+// Reads the records directly, without calling an operation.
 #include "library/lockstep.h"
 
 #include <algorithm>

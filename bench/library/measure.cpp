@@ -26,7 +26,7 @@ double Median(std::vector<double> values) {
   return *middle;
 }
 
-void Growth::Note(const std::string& family, double size, double seconds) { families_[family][size] = seconds; }
+void Growth::Record(const std::string& family, double size, double seconds) { families_[family][size] = seconds; }
 
 double Growth::Exponent(const std::string& family) const {
   const auto found = families_.find(family);

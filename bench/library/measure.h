@@ -1,4 +1,4 @@
-// Runs a question over and over and remembers what it took.
+// Measures repeated runs.
 #pragma once
 
 #include <map>
@@ -7,12 +7,12 @@
 
 namespace bench {
 
-// Clocks, in seconds. That of this thread's processor time does not count what else the machine does; nor what other processes do
-// for this one, which only the wall clock counts.
+// Clocks, in seconds. ThreadClock counts only the processor time of this thread: not what other programs use, and not what other
+// processes do for it, which only WallClock includes.
 double ThreadClock();
 double WallClock();
 
-// Seconds that `work` takes by a clock.
+// Seconds that `work` takes according to a clock.
 template <class Work>
 double Seconds(double (*clock)(), Work work) {
   const double begin = clock();
@@ -26,10 +26,10 @@ double Median(std::vector<double> values);
 // The growth exponent of a family of runs: the slope of log time over log size, by least squares.
 class Growth {
  public:
-  // Notes one run; a later one of the same size replaces it.
-  void Note(const std::string& family, double size, double seconds);
+  // Records one run; a later one with the same size replaces it.
+  void Record(const std::string& family, double size, double seconds);
 
-  // Of what was noted of the family so far; 0 with fewer than two sizes.
+  // Over the runs of the family so far; 0 for fewer than two sizes.
   double Exponent(const std::string& family) const;
 
  private:

@@ -1,4 +1,4 @@
-// Makes pairs of libraries by the builder. What they cost to make is not measured here.
+// Makes pairs of libraries with the builder. This time is not measured.
 #include "library/shapes.h"
 
 #include <cstdio>
@@ -29,7 +29,7 @@ class Side {
     builder_.SetPrimaryKey({"field_0"});
   }
 
-  // Structures s0, s1 ... and the table "top" that uses the last of them.
+  // Structures s0, s1 ... and the table "top", which uses the last of them.
   void AddTower(int levels) {
     for (int i = 0; i < levels; ++i) {
       builder_.AddMeta("s" + std::to_string(i));

@@ -1,4 +1,4 @@
-// The libraries that are measured: how large, what was changed, in which protocol.
+// The measured libraries: size, change and protocol.
 #pragma once
 
 #include <string>
@@ -8,16 +8,16 @@
 
 namespace bench {
 
-// What the new library has that the old one has not.
+// How the new library differs from the old one.
 enum class Kind {
   kIdentical,
-  kOneAdded,     // one field more in each meta
+  kOneAdded,     // one more field in each meta
   kOneRefused,   // a field of the last table shrinks
-  kTenthRefused  // every tenth field shrinks; of processes only
+  kTenthRefused  // every tenth field shrinks; only in bench/process
 };
 
-// `metas` tables of `fields` fields each; or, with levels, one table on top of that many structures, each of which is two fields
-// of the structure below it, so that the lowest one is met 2 to the power of `levels` times.
+// `metas` tables of `fields` fields each; or, with levels, one table on top of that many structures, each of which has two fields
+// of the structure below it, so that there are 2 to the power of `levels` paths to the lowest one.
 struct Shape {
   int metas = 1;
   int fields = 0;

@@ -1,4 +1,4 @@
-// The bound of every process: the C++ library is there and nothing is done with it. Linked twice, with and without shared
+// The lower bound of every process: a program that uses the C++ library and does nothing. Linked twice, with and without shared
 // libraries.
 #include <iostream>
 

@@ -1,5 +1,5 @@
-// The bound of every check of XML files: each file is read into memory and goes through expat once, which calls functions that
-// return at once for elements and text. No file is kept while the next is read.
+// The lower bound of every check of XML files: reads each file into memory and parses it once with expat; the handlers of
+// elements and text return immediately. Keeps no file while it reads the next.
 #include <expat.h>
 
 #include <climits>

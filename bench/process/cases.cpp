@@ -1,4 +1,4 @@
-// The cases as tables, and what a quick run leaves out.
+// The cases as tables, and which of them a quick run skips.
 #include "process/cases.h"
 
 namespace bench {
@@ -7,7 +7,7 @@ namespace {
 struct ShapeRow {
   const char* name;
   Shape shape;
-  enum Extent { kOnlyInFull, kPlain, kEveryKind } extent;  // what of it a quick run measures
+  enum Extent { kOnlyInFull, kPlain, kEveryKind } extent;  // what a quick run measures of it
 };
 
 constexpr ShapeRow kShapes[] = {
@@ -35,7 +35,7 @@ constexpr KindRow kKinds[] = {{"identical", Kind::kIdentical},
                               {"a tenth refused", Kind::kTenthRefused}};
 
 bool IsMeasured(const ShapeRow& row, Kind kind, qmx::Protocol protocol, bool all) {
-  // Each change is reported: the question is how many a table may have.
+  // Each change is reported: how many may a table have?
   if (kind == Kind::kTenthRefused) return row.shape.metas == 1 && row.shape.fields >= 1000 && row.shape.fields <= 10000;
   const bool plain = kind == Kind::kIdentical && protocol == qmx::Protocol::kQmx;
   if (row.shape.levels > 0 && kind != Kind::kIdentical) return false;

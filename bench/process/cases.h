@@ -1,4 +1,4 @@
-// Which checks are measured.
+// The measured checks.
 #pragma once
 
 #include <string>
@@ -21,7 +21,8 @@ struct Case {
 // "1000 x 100, one added, QMX, XML"
 std::string NameOf(const Case& measured);
 
-// All cases; or, in a few minutes, all shapes but the largest as they are in the record format, and one shape in everything.
+// All cases; or, for a run of a few minutes, all shapes except the largest, without changes and in the record format, and one
+// shape in all variants.
 std::vector<Case> Cases(bool all);
 
 }  // namespace bench

@@ -1,9 +1,9 @@
-// Measures korvelcheck as a process, beside programs that do the least that could do. bench/README.md tells what is what.
+// Measures korvelcheck as a process and compares it with minimal programs. bench/README.md describes the figures.
 //
 //   korvel_process_bench [--all] [--only TEXT] DIRECTORY
 //
-// Schema files are written into the directory and removed again, process.json is written there and stays; the tables go to
-// standard output. The status is 1 when something could not be run, whatever the figures are.
+// Writes schema files to the directory and removes them again; writes process.json there; prints the tables on standard output.
+// Exits with 1 if a program could not be run, whatever the figures are.
 #include <unistd.h>
 
 #include <cstdio>
@@ -24,7 +24,7 @@ namespace {
 
 struct Wanted {
   bool all = false;
-  std::string only;  // part of the names of the cases to run; empty = any
+  std::string only;  // part of the names of the cases to run; empty = all
   std::string directory;
 };
 
@@ -45,7 +45,7 @@ Wanted ParseArguments(const std::vector<std::string>& arguments) {
   return wanted;
 }
 
-// The files of a case, removed at its end.
+// The files of a case. Removed at the end of the case.
 class Files {
  public:
   Files(const std::string& directory, const Case& measured) {

@@ -1,4 +1,4 @@
-// Tables of figures. A figure that was not measured is left out; nothing is judged that was not run.
+// Tables of figures. Figures that were not measured are left out, and so are their aims.
 #include "process/report.h"
 
 #include <unistd.h>
@@ -41,10 +41,10 @@ std::string CaseTable(const std::vector<Result>& results) {
   return text;
 }
 
-// What a case is a member of when growth is fitted; empty for those too small, where starting the process is most of it.
+// The family of a case for fitting growth; empty for cases that are too small, where starting the process takes most of the time.
 std::string Family(const Case& measured) {
-  constexpr int kLeastFields = 10000;
-  if (measured.shape.levels > 0 || measured.shape.metas * measured.shape.fields < kLeastFields) return "";
+  constexpr int kMinFields = 10000;
+  if (measured.shape.levels > 0 || measured.shape.metas * measured.shape.fields < kMinFields) return "";
   const std::string name = NameOf(measured);
   return (measured.shape.metas == 1 ? "fields" : "metas") + name.substr(name.find(','));
 }
@@ -56,7 +56,7 @@ std::map<std::string, double> Exponents(const std::vector<Result>& results) {
   for (const Result& result : results) {
     const std::string family = Family(result.measured);
     if (family.empty()) continue;
-    growth.Note(family, result.measured.shape.metas * result.measured.shape.fields, result.tool.cpu_ms);
+    growth.Record(family, result.measured.shape.metas * result.measured.shape.fields, result.tool.cpu_ms);
     ++members[family];
   }
   std::map<std::string, double> exponents;
@@ -78,7 +78,7 @@ struct Aim {
   Form form;
   const char* what;
   double (*figure)(const Result&);
-  double most;
+  double limit;
 };
 
 constexpr Aim kAims[] = {
@@ -92,7 +92,7 @@ constexpr Aim kAims[] = {
     {"60 levels", Form::kXml, "wall / nothing shared", [](const Result& r) { return r.tool.wall_ms / r.nothing_shared.wall_ms; },
      1.3},
 };
-constexpr double kMostExponent = 1.1;
+constexpr double kMaxExponent = 1.1;
 
 const Result* Find(const std::vector<Result>& results, const Aim& aim) {
   for (const Result& result : results) {
@@ -105,17 +105,17 @@ const Result* Find(const std::vector<Result>& results, const Aim& aim) {
   return nullptr;
 }
 
-std::string AimLine(const std::string& what, double reached, double most) {
-  return Line({what, Number(reached), Number(most), reached <= most ? "yes" : "no"});
+std::string AimLine(const std::string& what, double reached, double limit) {
+  return Line({what, Number(reached), Number(limit), reached <= limit ? "yes" : "no"});
 }
 
 std::string AimTable(const std::vector<Result>& results, const std::map<std::string, double>& exponents) {
   std::string text = Head({"aim", "reached", "at most", "met"});
   for (const Aim& aim : kAims) {
     const Result* const result = Find(results, aim);
-    if (result != nullptr) text += AimLine(NameOf(result->measured) + ": " + aim.what, aim.figure(*result), aim.most);
+    if (result != nullptr) text += AimLine(NameOf(result->measured) + ": " + aim.what, aim.figure(*result), aim.limit);
   }
-  for (const auto& [family, exponent] : exponents) text += AimLine("exponent: " + family, exponent, kMostExponent);
+  for (const auto& [family, exponent] : exponents) text += AimLine("exponent: " + family, exponent, kMaxExponent);
   return text;
 }
 

@@ -1,4 +1,4 @@
-// What was measured, as Markdown and as JSON, and how it compares with what is aimed at.
+// The results as Markdown and as JSON, compared with the aims.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@
 
 namespace bench {
 
-// One case: the tool, and beside it the bounds of the same rounds.
+// One case: the tool, and the bounds measured in the same rounds.
 struct Result {
   Case measured;
   int rounds = 0;
@@ -17,7 +17,7 @@ struct Result {
   Cost tool;
   Cost read;            // reading both files and doing nothing: expat for XML, adding up the bytes for images
   Cost nothing_shared;  // a program that does nothing, with shared libraries
-  Cost nothing_static;  // and without
+  Cost nothing_static;  // the same without shared libraries
 };
 
 // Three tables: the cases, the growth exponents, the aims.

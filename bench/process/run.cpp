@@ -1,4 +1,4 @@
-// Processes through posix_spawn and wait4: no shell, and the kernel's own account of each.
+// Runs processes with posix_spawn and wait4: no shell, and the kernel's own accounting of each process.
 #include "process/run.h"
 
 #include <fcntl.h>
@@ -16,9 +16,9 @@
 namespace bench {
 namespace {
 
-constexpr int kLeastRounds = 5;
-constexpr int kMostRounds = 201;
-constexpr double kSeconds = 4;  // for all rounds of a case, after which no other is begun
+constexpr int kMinRounds = 5;
+constexpr int kMaxRounds = 201;
+constexpr double kSeconds = 4;  // for all rounds of a case; no round begins after that time
 
 double Milliseconds(const timeval& time) {
   return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_usec) / 1e3;
@@ -66,7 +66,7 @@ std::vector<Cost> Medians(const std::vector<Program>& programs, int& rounds) {
   for (const Program& program : programs) Run(program);
   std::vector<std::vector<Cost>> costs(programs.size());
   double seconds = 0;
-  for (rounds = 0; rounds < kMostRounds && (rounds < kLeastRounds || seconds < kSeconds); ++rounds) {
+  for (rounds = 0; rounds < kMaxRounds && (rounds < kMinRounds || seconds < kSeconds); ++rounds) {
     seconds += Seconds(WallClock, [&] {
       for (std::size_t i = 0; i < programs.size(); ++i) costs[i].push_back(Run(programs[i]));
     });

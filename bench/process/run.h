@@ -1,4 +1,4 @@
-// Runs programs as processes and tells what they took.
+// Runs programs as processes and measures them.
 #pragma once
 
 #include <string>
@@ -6,24 +6,24 @@
 
 namespace bench {
 
-// A program with its arguments; `name` tells it apart in reports. Its output is dropped, but for standard error.
+// A program with its arguments; `name` identifies it in reports. Its standard output is discarded.
 struct Program {
   std::string name;
   std::vector<std::string> command;
-  int status = 0;  // that it must exit with
+  int status = 0;  // expected exit status
 };
 
 struct Cost {
   double wall_ms = 0;
-  double cpu_ms = 0;   // processor time, the system's included
-  double peak_mb = 0;  // resident memory, 10^6 bytes; at least what the runner itself holds
+  double cpu_ms = 0;   // processor time, including that of the system
+  double peak_mb = 0;  // resident memory, 10^6 bytes; at least that of the runner itself
 };
 
-// Runs the program once. Throws std::runtime_error when it cannot be started or exits with another status than it must.
+// Runs the program once. Throws std::runtime_error if it cannot be started or exits with another status than the expected one.
 Cost Run(const Program& program);
 
-// The median of each figure of each program over some rounds; every round runs all of them, one after the other, so that whatever
-// else the machine does meets all alike. A round before them is not counted. Throws as Run does.
+// The median of each figure of each program over several rounds. Each round runs all programs one after the other, so that other
+// load affects all of them alike. A first round is not counted. Throws as Run does.
 std::vector<Cost> Medians(const std::vector<Program>& programs, int& rounds);
 
 }  // namespace bench

@@ -1,4 +1,4 @@
-// The schema files, written line by line: what the runner holds in memory would show in the peak of every program it starts.
+// Writes the schema files line by line: memory held by the runner would add to the peak of every program that it starts.
 #include "process/schema_files.h"
 
 #include <cstdio>
@@ -17,7 +17,7 @@ void WriteEntry(std::FILE* file, int position, const char* type, int version) {
 
 const char* TypeOf(int position) { return kTypes[position % 4]; }
 
-// `change` is what this table shows of the change.
+// `change` is the change of this table.
 void WriteTable(std::FILE* file, int number, int fields, Kind change) {
   std::fprintf(file, "  <meta name=\"table_%d\" desc=\"table %d\">\n", number, number);
   const auto is_refused = [&](int i) { return change == Kind::kTenthRefused && i % 10 == 9; };  // the key is field 0
@@ -35,7 +35,7 @@ void WriteTables(std::FILE* file, const Shape& shape, Kind change) {
 }
 
 void WriteTower(std::FILE* file, int levels) {
-  // Small, since every level doubles the size of the whole.
+  // Small, because every level doubles the total size.
   std::string below = "int8";
   for (int i = 1; i <= levels; ++i) {
     std::fprintf(file,

@@ -1,9 +1,9 @@
-// Declares a schema library piece by piece and lays it into one block.
+// Declares a schema library element by element and lays it out in one block.
 //
-// The builder refuses only what cannot be laid out: names that refer to nothing, counts held by what cannot hold a count,
-// structures that contain themselves, sizes that do not fit, names of metas made to collide. Whether names are unique or legal,
-// ids present and keys sensible is the reader's and the rules' business, so tests and other loaders can build odd libraries on
-// purpose.
+// The builder refuses only what cannot be laid out: references to unknown names, counters that cannot hold a count, structures
+// that contain themselves, sizes that overflow, names of metas constructed to collide. It does not check that names are unique or
+// legal, that ids are present or that keys make sense; the reader and the rules do that. Tests and other loaders can therefore
+// build invalid libraries.
 #pragma once
 
 #include <array>
@@ -28,7 +28,7 @@ struct SimpleType {
   std::uint64_t unit_size;  // bytes; 0 = each entry gives its own ("string", "bytes")
 };
 
-// All simple types, and the one of a name or code (null if there is none).
+// All simple types; the type with a given name or code (null if there is none).
 const std::array<SimpleType, 14>& SimpleTypes();
 const SimpleType* FindSimpleType(std::string_view name);
 const SimpleType* FindSimpleType(int code);
@@ -38,12 +38,12 @@ bool IsIntegerType(int code);
 
 enum class Protocol { kUnset, kQmx, kTlv };
 
-// One library and what keeps its block alive: memory of its own or a mapped file. Copies share the block; the handle stays valid
-// while one of them lives.
+// A library and the owner of its block: heap memory or a mapped file. Copies share the block; the handle is valid as long as one
+// of them lives.
 class Metalib {
  public:
-  // REQUIRES: a well-formed library of `size` bytes (header included) stands at `library`, aligned to 8 bytes, as long as `owner`
-  // lives.
+  // REQUIRES: `library` points to a well-formed library of `size` bytes (header included), aligned to 8 bytes, which lives as
+  // long as `owner`.
   Metalib(std::shared_ptr<void> owner, LPQMXMETALIB library, std::size_t size)
       : owner_(std::move(owner)), library_(library), size_(size) {}
 
@@ -63,7 +63,7 @@ struct EntryDecl {
   std::int32_t id = -1;    // -1 = none
   std::int32_t version = 1;
   std::int32_t count = 1;
-  std::string_view refer = {};  // an integer entry with count 1 declared earlier in the same meta; empty = fixed count
+  std::string_view refer = {};  // an integer entry with count 1, declared earlier in the same meta; empty = fixed count
   std::optional<std::string_view> customattr2 = std::nullopt;
 };
 
@@ -72,11 +72,11 @@ struct ColumnDecl {
   bool descending = false;
 };
 
-// Something that cannot be laid out.
+// A declaration that cannot be laid out.
 struct BuildError {
   ElementId where;
   std::string_view attribute;  // of schema files: "type", "refer", "entries", "entry", "count", "size"; empty: the element
-  std::string text;            // one line, without a place
+  std::string text;            // one line, without a location
 };
 
 struct BuildResult {
@@ -84,9 +84,9 @@ struct BuildResult {
   std::vector<BuildError> errors;  // in declaration order, at most kMaxErrors
 };
 
-// Declarations go into the block as they come; beside it stand a few bytes for each name. Every text is copied; nothing is
-// borrowed after a call returns. Names may be any bytes but zero. A name that stands twice means the first of its kind. What is
-// added before the first meta is dropped.
+// Writes declarations into the block immediately; in addition it keeps a few bytes for each name. Copies all texts and borrows
+// nothing after a call returns. Names may contain any byte except zero. If a name is declared twice, references mean the first
+// one of its kind. Declarations before the first meta are dropped.
 class MetalibBuilder {
  public:
   MetalibBuilder(std::string_view name, std::int32_t version, Protocol protocol);
@@ -94,24 +94,23 @@ class MetalibBuilder {
   MetalibBuilder(const MetalibBuilder&) = delete;
   MetalibBuilder& operator=(const MetalibBuilder&) = delete;
 
-  // Begins a meta; the calls below add to the meta begun last. `kind` is QMX_TYPE_STRUCT or QMX_TYPE_UNION.
-  // False if a meta of that name stood before.
+  // Begins a meta; the calls below add to the most recent one. `kind` is QMX_TYPE_STRUCT or QMX_TYPE_UNION. Returns false if
+  // there is already a meta with that name.
   bool AddMeta(std::string_view name, enQMXType kind = QMX_TYPE_STRUCT,
                std::optional<std::string_view> customattr = std::nullopt);
 
-  // False if an entry of that name stood before in the meta.
+  // Returns false if the meta already has an entry with that name.
   bool AddEntry(const EntryDecl& decl);
 
-  // Key members and columns name entries of the meta, which may be added before or after; the first of a name is meant.
-  // Members of the primary key get QMX_DBFLAG_PRIMARY_KEY. A member may stand twice. No members, no key; a second call replaces
-  // the key.
+  // Key members and columns name entries of the meta, which may be added before or afterwards; of several with one name, the
+  // first is used. Members of the primary key get QMX_DBFLAG_PRIMARY_KEY. A member may be repeated. Without members there is no
+  // key; a second call replaces the key.
   void SetPrimaryKey(const std::vector<std::string_view>& entries);
   void SetSplittableKey(const std::vector<std::string_view>& entries);
-  // False if an index of that name stood before in the meta.
+  // Returns false if the meta already has an index with that name.
   bool AddIndex(std::string_view name, const std::vector<ColumnDecl>& columns);
 
-  // Resolves what is open and gives the library away. Linear in what was declared. The builder is spent afterwards: only its
-  // destruction is left.
+  // Resolves all references and returns the library. Linear in the declarations. Afterwards the builder can only be destroyed.
   BuildResult Finish();
 
  private:

@@ -1,6 +1,6 @@
-// Where the elements of a schema library stand in the file they were read from.
+// Locations of the elements of a schema library in the file that they were read from.
 //
-// Kept beside the library's block, never in it: a library that came from elsewhere has no places.
+// Kept separately from the library's block: a library that was not read from a schema file has no locations.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +11,7 @@
 
 namespace qmx {
 
-// Names one element of a library by its position in declaration order. `meta`, `item` and `column` are 0-based and zero where
+// Identifies one element of a library by its position in declaration order. `meta`, `item` and `column` are 0-based, and zero if
 // the kind does not use them.
 struct ElementId {
   enum class Kind : std::uint8_t { kMetalib, kMeta, kEntry, kPrimaryKey, kSplittableKey, kIndex, kColumn };
@@ -27,7 +27,7 @@ struct Span {
   std::size_t end = 0;
 };
 
-// A place as editors count: both from 1; columns in characters (UTF-8 code points), a tab being one.
+// A location as editors count it: both from 1; columns in characters (UTF-8 code points); a tab is one character.
 struct LineColumn {
   std::size_t line = 1;
   std::size_t column = 1;
@@ -38,22 +38,22 @@ struct LineColumn {
 LineColumn Locate(std::string_view text, std::size_t offset);
 
 // Locates many offsets of one text in a single pass over it.
-class PlaceCounter {
+class LineCounter {
  public:
   // REQUIRES: the text outlives the counter.
-  explicit PlaceCounter(std::string_view text) : text_(text) {}
+  explicit LineCounter(std::string_view text) : text_(text) {}
 
-  // As Locate. REQUIRES: no offset is smaller than the one asked before.
+  // Same as Locate. REQUIRES: no offset is smaller than that of the previous call.
   LineColumn At(std::size_t offset);
 
  private:
-  // Passes the lines that end before the offset without looking at each of their characters, if all lines end in LF.
+  // Skips the lines that end before the offset without looking at each of their characters, if all lines end in LF.
   void PassLines(std::size_t offset);
   void Pass(char byte);
 
   std::string_view text_;
   std::size_t at_ = 0;
-  LineColumn place_;
+  LineColumn location_;
 };
 
 // The value of an attribute (between its quotes) of the element whose start tag begins at `element` of `text`; nullopt if the
@@ -63,26 +63,26 @@ std::optional<Span> FindAttributeValue(std::string_view text, std::size_t elemen
 // Maps elements to the byte offset of their start tag ('<'). Filled by the reader in file order; 4 bytes an element.
 class SourceMap {
  public:
-  // Records the place of an element. REQUIRES: elements of one kind and parent arrive in order, each parent before its children
-  // and behind the children of the parent before; keys at most once for each meta; offsets below 2^32.
+  // Records the location of an element. REQUIRES: elements of one kind and parent are added in order, each parent before its
+  // children and after the children of the previous parent; keys at most once for each meta; offsets below 2^32.
   void Add(const ElementId& id, std::size_t offset);
 
-  // The place of an element; nullopt for one that was never added. Constant time.
+  // The location of an element; nullopt for an element that was not added. Constant time.
   std::optional<std::size_t> Find(const ElementId& id) const;
 
  private:
   using Offset = std::uint32_t;
   static constexpr Offset kNowhere = 0xFFFFFFFF;
 
-  // Children stand in lists of their own, those of one parent together: each parent knows where its own begin.
-  struct MetaPlaces {
+  // Children are in lists of their own, grouped by parent: each parent knows where its group begins.
+  struct MetaOffsets {
     Offset meta = 0;
     Offset primary_key = kNowhere;
     Offset splittable_key = kNowhere;
     std::uint32_t first_entry = 0;
     std::uint32_t first_index = 0;
   };
-  struct IndexPlaces {
+  struct IndexOffsets {
     Offset index = 0;
     std::uint32_t first_column = 0;
   };
@@ -90,9 +90,9 @@ class SourceMap {
   std::optional<std::size_t> FindColumn(std::uint32_t index, std::uint32_t column) const;
 
   std::optional<std::size_t> metalib_;
-  std::vector<MetaPlaces> metas_;
+  std::vector<MetaOffsets> metas_;
   std::vector<Offset> entries_;
-  std::vector<IndexPlaces> indexes_;
+  std::vector<IndexOffsets> indexes_;
   std::vector<Offset> columns_;
 };
 

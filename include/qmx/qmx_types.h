@@ -1,14 +1,14 @@
-// Records of a QMX schema library as they lie in memory.
+// Records of a QMX schema library in memory.
 //
 // A library is one block: a header (tagQMXMetaLib) that ends in its data area, and in the data area every meta, entry, key
 // member, index, column and string. Records refer to each other by byte offsets, never by addresses, so the block can be moved,
-// stored and mapped as it is. Offsets and sizes are 64 bits wide; an offset of QMX_NO_REF (-1) refers to nothing.
+// stored and mapped unchanged. Offsets and sizes are 64 bits wide; an offset of QMX_NO_REF (-1) refers to nothing.
 //
 // Unless a member says otherwise, its offset counts from the start of the data area (`data`). Lists that belong to a meta count
 // from the meta itself. The data area of a meta's library begins at the meta's address minus `ptrMeta`, and the header lies
 // immediately before it, so the owning library is found from the meta alone.
 //
-// No functions here: read a library through qmx_metalib_kernel.h, make one with qmx_builder.h or qmx_xml.h.
+// This header has no functions: read a library through qmx_metalib_kernel.h, make one with qmx_builder.h or qmx_xml.h.
 #pragma once
 
 #include <cstddef>
@@ -25,7 +25,7 @@ inline constexpr std::int64_t QMX_FLAG_TLV = 0x1;
 // Bit of tagQMXMetaEntry::chDBFlag that marks a member of the primary key.
 inline constexpr std::uint8_t QMX_DBFLAG_PRIMARY_KEY = 0x10;
 
-// Type codes of entries. Libraries may be stored as they lie: do not change.
+// Type codes of entries. Stored in images: do not change.
 // The first two are composite: the value of such an entry is described by another meta of the same library.
 enum enQMXType : std::int32_t {
   QMX_TYPE_UNION = 0,
@@ -46,7 +46,7 @@ enum enQMXType : std::int32_t {
   QMX_TYPE_BYTES = 15,
 };
 
-// What qmx_get_entry_type answers where there is no entry: neither composite nor any simple type.
+// The result of qmx_get_entry_type for a missing entry: neither composite nor a simple type.
 inline constexpr int QMX_TYPE_NONE = -1;
 
 // A member of a primary or splittable key.
@@ -88,7 +88,7 @@ struct tagQMXMetaEntry {
   std::int32_t iVersion;
   std::int32_t iType;     // enQMXType
   std::int32_t iCount;    // number of elements
-  std::uint8_t chDBFlag;  // QMX_DBFLAG_PRIMARY_KEY; the other bits are the store's
+  std::uint8_t chDBFlag;  // QMX_DBFLAG_PRIMARY_KEY; the other bits belong to the store
   std::uint8_t chReserved[7];
 };
 
@@ -112,15 +112,15 @@ struct tagQMXMeta {
   std::int16_t nReserved[3];
 };
 
-// A slot of the table that finds metas by name.
+// A slot of the hash table of metas.
 struct tagQMXMetaSlot {
   std::uint32_t iHash;  // upper half of the name's hash; 0 in a free slot
-  std::int32_t iMeta;   // the first meta of that name, by its position in declaration order; -1 = the slot is free
+  std::int32_t iMeta;   // position of the first meta with that name in declaration order; -1 = the slot is free
 };
 
 // Header of a library.
 struct tagQMXMetaLib {
-  std::int64_t iFlag;      // QMX_FLAG_UNSET, or bits of which QMX_FLAG_TLV is the lowest
+  std::int64_t iFlag;      // QMX_FLAG_UNSET, or bits, the lowest of which is QMX_FLAG_TLV
   std::int64_t iDataSize;  // size of the data area in bytes
   std::int64_t ptrName;
   std::int64_t ptrMetas;      // list of iMetaNum offsets (int64) of metas in declaration order
@@ -128,7 +128,7 @@ struct tagQMXMetaLib {
   std::int32_t iVersion;
   std::int32_t iMetaNum;
   std::int32_t iMetaSlotNum;    // a power of two, at least twice iMetaNum; 0 in a library without metas
-  std::uint32_t iMetaSlotSeed;  // what names are hashed with (src/qmx/meta_slots.h)
+  std::uint32_t iMetaSlotSeed;  // the seed of the hashes (src/qmx/meta_slots.h)
   char data[1];                 // first byte of the data area, which is iDataSize bytes long
 };
 
@@ -139,7 +139,7 @@ typedef struct tagQMXMetaIndex* LPQMXMETAINDEX;
 typedef struct tagQMXColumnInfo* LPQMXCOLUMNINFO;
 typedef struct tagQMXDBKeyInfo* LPQMXDBKEYINFO;
 
-// Libraries may be stored as they lie: do not change.
+// Stored in images: do not change.
 static_assert(sizeof(tagQMXDBKeyInfo) == 16 && sizeof(tagQMXColumnInfo) == 16 && sizeof(tagQMXMetaIndex) == 24);
 static_assert(sizeof(tagQMXMetaEntry) == 72 && sizeof(tagQMXMeta) == 120);
 static_assert(sizeof(tagQMXMetaSlot) == 8 && offsetof(tagQMXMetaLib, data) == 56);

@@ -1,7 +1,7 @@
 // Reads the text form of a schema library (XML; the elements and attributes are listed in docs/schema-files.md).
 //
-// Strict: what is not part of the form is refused, and every fault of a file is reported, not the first one. A syntax error ends
-// the reading, since nothing behind it can be trusted.
+// Strict: anything that is not part of the format is refused, and all faults of a file are reported, not only the first. Reading
+// stops at a syntax error because the rest of the file cannot be trusted.
 #pragma once
 
 #include <cstddef>
@@ -18,8 +18,8 @@
 namespace qmx {
 
 struct ReadError {
-  LineColumn place;
-  std::string text;  // "what is wrong; what is allowed", one line, without file and place
+  LineColumn location;
+  std::string text;  // "what is wrong; what is allowed", one line, without file and location
 };
 
 struct Schema {
@@ -32,13 +32,13 @@ struct ReadResult {
   std::vector<ReadError> errors;  // in the order of the file
 };
 
-// Reads a whole file held in memory. UTF-8 only. Linear in its size. Throws nothing but std::bad_alloc.
+// Reads a whole file from memory. UTF-8 only. Linear in its size. Throws nothing but std::bad_alloc.
 ReadResult ReadXml(std::string_view text);
 
-// Whether a file that begins with these bytes may be XML. If not, reading it tells the same fault, whatever follows.
+// Whether a file that begins with these bytes may be XML. If not, ReadXml reports the same fault no matter what follows.
 bool MayBeXml(std::string_view beginning);
 
-// Memory for a file that is read in place: ReadXml copies what it gets, this does not.
+// Memory for a file that is parsed in place: ReadXml copies its input, ReadBuffer does not.
 class XmlBuffer {
  public:
   // REQUIRES: 0 < capacity <= kMaxFileBytes. Throws std::bad_alloc.
@@ -47,15 +47,15 @@ class XmlBuffer {
   XmlBuffer(const XmlBuffer&) = delete;
   XmlBuffer& operator=(const XmlBuffer&) = delete;
 
-  // Where the caller puts the file's bytes, up to the capacity. They stay as they are, and stay readable, while the buffer lives.
+  // Where the caller writes the bytes of the file, up to the capacity. They stay unchanged and readable while the buffer lives.
   char* data() const { return bytes_; }
 
-  // As ReadXml of the first `size` bytes. At most once.
+  // Same as ReadXml, for the first `size` bytes. At most one call.
   ReadResult Read(std::size_t size);
 
  private:
   std::shared_ptr<void> parser_;
-  char* bytes_ = nullptr;  // the parser's
+  char* bytes_ = nullptr;  // owned by the parser
 };
 
 }  // namespace qmx

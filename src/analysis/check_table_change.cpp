@@ -16,31 +16,26 @@ TableResult CheckOperation(const Pair& pair, const TableNames& table, const std:
   const bool in_second = pair.second.HasMeta(table.second);
   result.declared = in_second ? DeclaredAt(pair.second, table.second) : DeclaredAt(pair.first, table.first);
   ModifyTable checker;
-  const Verdict verdict = VerdictOf(run(checker), checker);
-  result.status = verdict.Refused() ? Status::kRefused : Status::kAllowed;
-  result.removed = verdict.Refused() && !in_second;
-  result.code = verdict.code;
-  result.rule = verdict.rule;
-  result.text = verdict.text;
+  result.verdict = VerdictOf(run(checker), checker);
+  result.status = result.verdict.Refused() ? Status::kRefused : Status::kAllowed;
+  result.removed = result.verdict.Refused() && !in_second;
   return result;
 }
 
 namespace {
 
 // Compares both sides of a checked table and finds what is refused.
-void AddChanges(const TableCheck& check, TableResult& result) {
-  const auto& [old_source, new_source] = check.sources;
-  const Verdict whole{result.code, result.text, result.rule};
-  if (!new_source.HasMeta(check.table)) {
-    result.changes = FindRemovedTable(old_source, new_source, check.table, result.settings, whole);
-    if (!check.wants_suggestions) return;
-    FindSuggestionsForRemovedTable(old_source, new_source, check.table, result.settings, *result.changes);
+void AddChanges(const TableCheck& check, const TableContext& context, TableResult& result) {
+  if (!context.new_source.HasMeta(context.table)) {
+    result.changes = FindRemovedTable(context, result.verdict);
+    if (check.wants_suggestions) FindSuggestionsForRemovedTable(context, *result.changes);
     return;
   }
-  const Difference difference(old_source, new_source, check.table);
-  result.changes = FindChanges(difference, old_source, new_source, check.table, result.settings, whole, check.max_findings);
-  if (!whole.Refused() || !check.wants_suggestions) return;
-  FindSuggestions(difference, old_source, new_source, check.table, result.settings, *result.changes, check.wants_fixes);
+  const Difference difference(context.old_source, context.new_source, context.table);
+  result.changes = FindChanges(context, difference, result.verdict, check.max_findings);
+  if (result.verdict.Refused() && check.wants_suggestions) {
+    FindSuggestions(context, difference, *result.changes, check.wants_fixes);
+  }
 }
 
 }  // namespace
@@ -48,15 +43,15 @@ void AddChanges(const TableCheck& check, TableResult& result) {
 TableResult CheckTableChange(const TableCheck& check) {
   const Source& old_source = check.sources.first;
   const Source& new_source = check.sources.second;
-  const std::string& table = check.table;
-  const Settings settings = ResolveSettings(check.given, old_source, table);
-  TableResult result = CheckOperation(check.sources, {table, table}, [&](ModifyTable& checker) {
-    return checker.KorvelModifyTable(old_source.Library(), new_source.Library(), table.c_str(), *settings.type,
-                                     *settings.created_as, check.log, *settings.server_version, *settings.whitelist,
-                                     *settings.list_num);
+  const Settings settings = ResolveSettings(check.given, old_source, check.table);
+  const TableContext context{old_source, new_source, check.table, settings};
+  TableResult result = CheckOperation(check.sources, {check.table, check.table}, [&](ModifyTable& checker) {
+    return checker.KorvelModifyTable(old_source.Library(), new_source.Library(), check.table.c_str(), settings.type,
+                                     settings.created_as, check.log, settings.server_version, settings.whitelist,
+                                     settings.list_num);
   });
-  result.settings = settings;
-  if (result.status == Status::kRefused || check.wants_allowed_changes) AddChanges(check, result);
+  result.settings = {settings.type, settings.created_as, settings.server_version, settings.whitelist, settings.list_num};
+  if (result.status == Status::kRefused || check.wants_allowed_changes) AddChanges(check, context, result);
   return result;
 }
 

@@ -6,20 +6,37 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <string>
 
-#include "analysis/table_result.h"
+#include "analysis/findings/finding.h"
 #include "base/limits.h"
 #include "common/modify_table.h"
 #include "schema/selection.h"
+#include "schema/settings.h"
 
 namespace korvel {
+
+enum class Status { kAllowed, kRefused, kNew };
+
+// The result of checking one table. Borrows the sources.
+struct TableResult {
+  std::string table;
+  Status status = Status::kNew;
+  const Source* first = nullptr;   // old; the same as `second` if a schema is checked alone. Null for a new table
+  const Source* second = nullptr;  // new
+  Location declared;               // the table's meta in the second file, or in the first if the second has none
+  bool removed = false;            // the second file has no such table; kRefused only
+  Verdict verdict;                 // of the whole change; allowed unless kRefused
+  PartialSettings settings;        // those that the operation takes
+  std::optional<Changes> changes;  // what changed and which of it is refused; see CheckTableChange
+};
 
 // A table under two schemas, and what to find out about it.
 struct TableCheck {
   Pair sources;  // the first has the table
   std::string table;
-  Settings given;                           // settings that are absent are found in the old source (ResolveSettings)
+  PartialSettings given;                    // absent settings are found in the old source (ResolveSettings)
   std::size_t max_findings = kMaxFindings;  // at least 1
   bool wants_allowed_changes = false;       // the changes of an allowed table; the verdict alone is much cheaper
   bool wants_suggestions = true;            // a suggestion for each finding

@@ -8,7 +8,7 @@
 #include <cstdlib>
 
 #include "base/input_error.h"
-#include "base/quote.h"
+#include "base/text.h"
 
 namespace korvel {
 namespace {
@@ -21,15 +21,16 @@ bool Parse(std::string_view text, Number& number) {
 
 constexpr long long kLastSecond = 253402300799;  // of the year 9999
 
-std::chrono::system_clock::time_point Now() {
+// In seconds: the ticks of the system clock reach only the year 2262.
+std::chrono::sys_seconds Now() {
   const char* const fixed = std::getenv("SOURCE_DATE_EPOCH");
-  if (fixed == nullptr) return std::chrono::system_clock::now();
+  if (fixed == nullptr) return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
   long long seconds = 0;
   if (!Parse<long long>(fixed, seconds) || seconds < 0 || seconds > kLastSecond) {
     throw InputError{
         {ToolMessage("SOURCE_DATE_EPOCH is " + Quote(fixed) + "; allowed: 0 to " + std::to_string(kLastSecond) + " seconds")}};
   }
-  return std::chrono::system_clock::time_point(std::chrono::seconds(seconds));
+  return std::chrono::sys_seconds(std::chrono::seconds(seconds));
 }
 
 }  // namespace

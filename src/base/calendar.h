@@ -1,4 +1,4 @@
-// Days of the Gregorian calendar as texts. Knows no times of day and no time zones but UTC.
+// Days of the Gregorian calendar as texts. Has no times of day, and no time zones except UTC.
 #pragma once
 
 #include <string>

@@ -5,8 +5,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "base/one_line.h"
-#include "base/quote.h"
+#include "base/text.h"
 
 namespace korvel {
 namespace {

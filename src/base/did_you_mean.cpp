@@ -5,7 +5,7 @@
 #include <array>
 #include <cstddef>
 
-#include "base/quote.h"
+#include "base/text.h"
 
 namespace korvel {
 namespace {

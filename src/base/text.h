@@ -1,13 +1,16 @@
-// Puts texts together: lists with separators, and locations in files. Escapes nothing: see base/quote.h and base/one_line.h.
+// Puts texts together and makes text from schemas and files safe to show: on a terminal, inside a message, in Markdown.
 //
-// Every function is linear in its result and may throw std::bad_alloc only.
+// Functions throw std::bad_alloc only.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <string_view>
 
 namespace korvel {
+
+// --- Lists and locations ---
 
 // Appends `part` to a list that is built step by step, behind `separator` unless the list is still empty.
 inline void AppendPart(std::string& list, std::string_view separator, std::string_view part) {
@@ -34,5 +37,36 @@ template <class LineColumn>
 std::string FileLineColumn(std::string_view file, const LineColumn& location) {
   return std::string(file) + ":" + std::to_string(location.line) + ":" + std::to_string(location.column);
 }
+
+// --- Text from schemas and files, made safe to show ---
+
+// The text with control characters, line separators and marks that change the direction of writing escaped (\n, \r, \t, \x1b),
+// every other byte unchanged. Names of schemas and files may contain any of them. Not cut: see Quote. Linear.
+std::string OneLine(std::string_view text);
+
+// Longest piece of a text that a message shows, in bytes of the original text.
+inline constexpr std::size_t kMaxQuoted = 60;
+
+// The text in single quotes, on one line: control characters, invisible ones, those that change the direction of writing, and
+// bytes that are not UTF-8 are escaped. A text longer than kMaxQuoted is cut between characters and ends in "...".
+std::string Quote(std::string_view text);
+
+// Length in bytes of the UTF-8 character at the start of `text`: 1 to 4. 0 for an empty text, invalid bytes, overlong forms and
+// surrogates.
+std::size_t Utf8Length(std::string_view text);
+
+// The text with `escape` in front of each of these characters.
+std::string EscapeWith(std::string_view text, std::string_view characters, std::string_view escape);
+
+// --- Markdown; bytes that are not UTF-8 become U+FFFD ---
+
+// The text as plain text: nothing in it becomes markup, a tag, a link, a mention, or the end of a table cell or line. One line.
+std::string MarkdownText(std::string_view text);
+
+// A name or a piece of a schema as inline code, also inside a table cell. One line.
+std::string MarkdownCode(std::string_view text);
+
+// Lines as a code block of a language; no line can end the block. REQUIRES: `lines` is empty or ends in a line end.
+std::string MarkdownBlock(std::string_view language, std::string_view lines);
 
 }  // namespace korvel

@@ -88,7 +88,8 @@ class ModifyTable {
   // operation writes its own text over that of a rule, the row is that of its own text.
   // Null for a new object, after success, after a refusal without a text in the buffer, while an operation runs, after one that
   // did not return, and where the text is not in the catalog (that of a store's own CheckTable, or of a table that it cannot
-  // find). The row is constant and lives as long as the program.
+  // find). Where a log category has used the same object, it is the outer operation's row that remains. The row is constant and
+  // lives as long as the program.
   const korvel::RefusalRow* GetRefusal() const;
 
   // Checks whether the indexes are the same by name and each has the same set of columns by name.

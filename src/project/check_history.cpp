@@ -7,29 +7,18 @@
 #include <thread>
 
 #include "base/input_error.h"
-#include "base/one_line.h"
 #include "base/parallel.h"
-#include "base/quote.h"
+#include "base/text.h"
 #include "project/git.h"
 
 namespace korvel {
 namespace {
 
-void CheckStep(const std::vector<Input>& versions, const CheckOptions& options, VersionStep& step) {
-  const Input& older = versions[step.from];
-  const Input& newer = versions[step.to];
-  for (const std::string_view name : older.tables) {
-    const std::string table(name);
-    if (IsWanted(options, table)) step.tables.push_back(CheckTableChange(CheckFor({older, newer}, table, options)));
-  }
-  for (const std::string_view name : newer.tables) {
-    const std::string table(name);
-    if (IsWanted(options, table) && !older.HasMeta(table)) step.tables.push_back(NewTable(newer, table));
-  }
-}
-
 void CheckSteps(const std::vector<Input>& versions, const CheckOptions& options, std::vector<VersionStep>& steps) {
-  ForEach(steps.size(), std::thread::hardware_concurrency(), [&](std::size_t i) { CheckStep(versions, options, steps[i]); });
+  ForEach(steps.size(), std::thread::hardware_concurrency(), [&](std::size_t i) {
+    VersionStep& step = steps[i];
+    step.tables = CheckTables({versions[step.from], versions[step.to]}, options);
+  });
 }
 
 void RequireRequested(const std::vector<Input>& versions, const std::vector<std::string>& requested) {

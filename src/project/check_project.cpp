@@ -14,12 +14,11 @@
 
 #include "base/did_you_mean.h"
 #include "base/input_error.h"
-#include "base/one_line.h"
 #include "base/parallel.h"
-#include "base/quote.h"
-#include "project/moved_files.h"
+#include "base/text.h"
+#include "project/project_files.h"
+#include "schema/input.h"
 #include "schema/model.h"
-#include "schema/schema_file.h"
 
 namespace korvel {
 namespace {
@@ -58,7 +57,7 @@ class Comparison {
     DropCandidates([](const FilePair&) { return true; });
     std::ranges::sort(pairs_, {}, &FilePair::Path);
     RequireTables();
-    EachPair(ProjectPhase::kCheck, [&](FilePair& pair) { CheckTables(pair); });
+    EachPair(ProjectPhase::kCheck, [&](FilePair& pair) { CheckPair(pair); });
     return Collect();
   }
 
@@ -171,35 +170,21 @@ class Comparison {
     const std::unordered_set<std::string_view> tables(known.begin(), known.end());
     for (const auto& [name, settings] : project.tables) {
       if (tables.contains(name)) continue;
-      const std::string location = std::to_string(settings.location.line) + ":" + std::to_string(settings.location.column);
-      unknown.lines.push_back(OneLine(project.file + ":" + location + ": error: [tables." + Quote(name) +
+      unknown.lines.push_back(OneLine(FileLineColumn(project.file, settings.location) + ": error: [tables." + Quote(name) +
                                       "] is for a table that no schema file has" + DidYouMean(name, known)));
     }
   }
 
-  void CheckTables(FilePair& pair) {
+  void CheckPair(FilePair& pair) {
     if (pair.old_path.empty()) {
-      AddNewTables(*pair.second, {}, pair);
+      pair.tables = NewTables(*pair.second, {}, options_);
       return;
     }
     if (pair.first == nullptr) pair.first = pair.second;
     if (pair.second == nullptr && !pair.first->tables.empty()) {
       pair.second = WithoutTables(*pair.first, states_.new_state->Display(pair.old_path));
     }
-    for (const std::string_view name : pair.first->tables) {
-      const std::string table(name);
-      if (IsWanted(options_, table)) {
-        pair.tables.push_back(CheckTableChange(CheckFor({*pair.first, *pair.second}, table, options_)));
-      }
-    }
-    if (pair.second != nullptr) AddNewTables(*pair.second, pair.first->tables, pair);
-  }
-
-  void AddNewTables(const Input& input, const std::vector<std::string_view>& old_tables, FilePair& pair) const {
-    const std::unordered_set<std::string_view> known(old_tables.begin(), old_tables.end());
-    for (const std::string_view table : input.tables) {
-      if (IsWanted(options_, table) && !known.contains(table)) pair.tables.push_back(NewTable(input, std::string(table)));
-    }
+    if (pair.second != nullptr) pair.tables = CheckTables({*pair.first, *pair.second}, options_);
   }
 
   ProjectResult Collect() {

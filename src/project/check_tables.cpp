@@ -2,7 +2,9 @@
 #include "project/check_tables.h"
 
 #include <algorithm>
+#include <iterator>
 #include <thread>
+#include <unordered_set>
 
 #include "base/parallel.h"
 
@@ -21,6 +23,25 @@ TableCheck CheckFor(const Pair& pair, const std::string& table, const CheckOptio
           .wants_suggestions = options.wants_suggestions,
           .wants_fixes = options.wants_fixes,
           .log = options.log};
+}
+
+std::vector<TableResult> CheckTables(const Pair& pair, const CheckOptions& options) {
+  std::vector<TableResult> results;
+  for (const std::string_view table : pair.first.tables) {
+    if (IsWanted(options, table)) results.push_back(CheckTableChange(CheckFor(pair, std::string(table), options)));
+  }
+  std::ranges::move(NewTables(pair.second, pair.first.tables, options), std::back_inserter(results));
+  return results;
+}
+
+std::vector<TableResult> NewTables(const Source& source, const std::vector<std::string_view>& old_tables,
+                                   const CheckOptions& options) {
+  const std::unordered_set<std::string_view> known(old_tables.begin(), old_tables.end());
+  std::vector<TableResult> results;
+  for (const std::string_view table : source.tables) {
+    if (IsWanted(options, table) && !known.contains(table)) results.push_back(NewTable(source, std::string(table)));
+  }
+  return results;
 }
 
 Pair PairOf(const Report& report) { return {*report.inputs[0].source, *report.inputs[1].source}; }

@@ -16,7 +16,7 @@ namespace korvel {
 // Which tables to check, and how. What it points to must outlive the check.
 struct CheckOptions {
   std::vector<std::string> tables = {};     // empty: all
-  Settings given = {};                      // for every table; they take precedence over those of the project
+  PartialSettings given = {};               // for every table; they take precedence over those of the project
   const Project* project = nullptr;         // null: none
   std::size_t max_findings = kMaxFindings;  // of a table; at least 1
   bool wants_allowed_changes = false;       // the changes of allowed tables
@@ -31,6 +31,14 @@ bool IsWanted(const CheckOptions& options, std::string_view table);
 
 // The check of one table of a pair.
 TableCheck CheckFor(const Pair& pair, const std::string& table, const CheckOptions& options);
+
+// Checks every wanted table of the first source, in its order; then come those that only the second has, as new. A structure that
+// became a table is new. Not in parallel.
+std::vector<TableResult> CheckTables(const Pair& pair, const CheckOptions& options);
+
+// The wanted tables of a source that are not among `old_tables`.
+std::vector<TableResult> NewTables(const Source& source, const std::vector<std::string_view>& old_tables,
+                                   const CheckOptions& options);
 
 // The two inputs of a report, which must outlive the pair.
 Pair PairOf(const Report& report);

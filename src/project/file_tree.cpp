@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "base/input_error.h"
-#include "base/one_line.h"
+#include "base/text.h"
 
 namespace korvel {
 namespace {

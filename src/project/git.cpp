@@ -8,7 +8,7 @@
 
 #include "base/did_you_mean.h"
 #include "base/input_error.h"
-#include "base/quote.h"
+#include "base/text.h"
 #include "project/git_call.h"
 #include "qmx/qmx_xml.h"
 
@@ -35,7 +35,7 @@ void RequireRevision(const std::string& revision, const std::string& argument) {
   }
 }
 
-// "a/./b/../c" as "a/c"; nullopt for what leads out of the top.
+// "a/./b/../c" as "a/c"; nullopt for a path that leads out of the top.
 std::optional<std::string> Normal(const std::string& path) {
   std::vector<std::string> parts;
   for (const std::string& part : SplitAt(path, '/')) {
@@ -46,9 +46,7 @@ std::optional<std::string> Normal(const std::string& path) {
       parts.push_back(part);
     }
   }
-  std::string normal;
-  for (const std::string& part : parts) normal += (normal.empty() ? "" : "/") + part;
-  return normal;
+  return Join(parts, "/");
 }
 
 // Lines of "git ls-tree -z": MODE SP TYPE SP OBJECT TAB PATH NUL.
@@ -67,7 +65,7 @@ std::vector<GitFile> Listed(const std::string& output) {
 
 std::string_view NameOf(std::string_view path) { return path.substr(path.rfind('/') + 1); }
 
-// The file of the same name elsewhere, else one that is written nearly like it.
+// A file with the same name in another directory, otherwise one with a similar path.
 std::string SimilarPath(const std::string& path, const std::vector<GitFile>& files) {
   std::vector<std::string_view> near;
   for (const GitFile& file : files) {

@@ -15,7 +15,7 @@
 
 namespace korvel {
 
-// "git:REV:PATH" taken apart.
+// "git:REV:PATH", split.
 struct GitPath {
   std::string revision;  // anything that git accepts as a commit or a tree
   std::string path;      // from the top of the repository; from the working directory if it begins with "./" or "../"

@@ -7,8 +7,7 @@
 
 #include "base/did_you_mean.h"
 #include "base/input_error.h"
-#include "base/one_line.h"
-#include "base/quote.h"
+#include "base/text.h"
 #include "project/child_process.h"
 
 namespace korvel {

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <optional>
 
-#include "base/quote.h"
+#include "base/text.h"
 
 namespace korvel {
 namespace {

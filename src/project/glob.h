@@ -9,7 +9,7 @@ namespace korvel {
 //   ?    is one character of a name (a UTF-8 one, else a byte),
 //   *    any number of characters of a name,
 //   **   as a whole name: any number of directories, none among them; at the end: whatever is below.
-// Every other byte stands for itself. Linear in the product of both lengths.
+// Every other byte matches itself. Linear in the product of both lengths.
 bool MatchesGlob(std::string_view pattern, std::string_view path);
 
 // The directories in front that the pattern names without a wildcard: "schemas" of "schemas/*.xml", "" of "*.xml".

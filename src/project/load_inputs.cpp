@@ -9,7 +9,7 @@
 #include "base/input_error.h"
 #include "base/parallel.h"
 #include "project/git.h"
-#include "schema/schema_file.h"
+#include "schema/input.h"
 
 namespace korvel {
 namespace {

@@ -14,7 +14,7 @@ void FillIn(std::optional<T>& setting, const std::optional<T>& other) {
   if (!setting) setting = other;
 }
 
-void FillIn(Settings& settings, const Settings& others) {
+void FillIn(PartialSettings& settings, const PartialSettings& others) {
   FillIn(settings.type, others.type);
   FillIn(settings.created_as, others.created_as);
   FillIn(settings.server_version, others.server_version);
@@ -44,8 +44,8 @@ std::optional<std::string> FindProjectFile() {
   return std::nullopt;
 }
 
-Settings GivenFor(const Settings& given, const Project* project, const std::string& table) {
-  Settings settings = given;
+PartialSettings GivenFor(const PartialSettings& given, const Project* project, const std::string& table) {
+  PartialSettings settings = given;
   if (project == nullptr) return settings;
   const auto found = project->tables.find(table);
   if (found != project->tables.end()) FillIn(settings, found->second.settings);

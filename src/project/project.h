@@ -33,7 +33,7 @@ struct WaiverEntry {
 
 struct TableSettings {
   qmx::LineColumn location;
-  Settings settings;
+  PartialSettings settings;
 };
 
 struct Project {
@@ -42,7 +42,7 @@ struct Project {
   std::vector<ProjectText> paths;    // patterns of schema files
   std::vector<ProjectText> exclude;  // and of those among them that are none
   std::optional<ProjectText> against;
-  Settings defaults;
+  PartialSettings defaults;
   std::map<std::string, TableSettings> tables;
   std::vector<WaiverEntry> waivers;
 };
@@ -58,6 +58,6 @@ std::optional<std::string> FindProjectFile();
 
 // The settings given for a table: those of the call first, then the project's for the table, then the project's defaults.
 // `project` may be null.
-Settings GivenFor(const Settings& given, const Project* project, const std::string& table);
+PartialSettings GivenFor(const PartialSettings& given, const Project* project, const std::string& table);
 
 }  // namespace korvel

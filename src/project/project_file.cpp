@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/text.h"
 #include "project/project.h"
 #include "project/toml_reader.h"
 #include "project/waivers.h"
@@ -17,7 +18,7 @@ namespace {
 
 constexpr char kPatterns[] = "paths below the project file, with '*', '?' and '**'";
 
-// Patterns are relative: another machine has the project elsewhere.
+// Patterns are relative: on another machine the project is in another directory.
 template <std::vector<ProjectText> Project::*kMember>
 void ReadPatterns(TomlReader& reader, const Value& value, Project& project) {
   project.*kMember = reader.Texts(value, kPatterns);
@@ -58,22 +59,22 @@ std::optional<int> ReadChoice(TomlReader& reader, const Value& value, std::span<
   return code;
 }
 
-void ReadType(TomlReader& reader, const Value& value, Settings& settings) {
+void ReadType(TomlReader& reader, const Value& value, PartialSettings& settings) {
   settings.type = ReadChoice(reader, value, kTableTypes);
 }
 
-void ReadCreatedAs(TomlReader& reader, const Value& value, Settings& settings) {
+void ReadCreatedAs(TomlReader& reader, const Value& value, PartialSettings& settings) {
   settings.created_as = ReadChoice(reader, value, kProtocols);
 }
 
-void ReadServerVersion(TomlReader& reader, const Value& value, Settings& settings) {
+void ReadServerVersion(TomlReader& reader, const Value& value, PartialSettings& settings) {
   settings.server_version = reader.Text(value, std::string("a string of ") + kAllowedVersion);
   if (settings.server_version && !IsVersion(*settings.server_version)) {
     reader.Refuse(value, Quote(*settings.server_version), kAllowedVersion);
   }
 }
 
-void ReadWhitelist(TomlReader& reader, const Value& value, Settings& settings) {
+void ReadWhitelist(TomlReader& reader, const Value& value, PartialSettings& settings) {
   constexpr char kAllowed[] = "names of fields";
   if (const auto* joined = value.node.as_string()) {
     settings.whitelist = joined->get();
@@ -83,12 +84,12 @@ void ReadWhitelist(TomlReader& reader, const Value& value, Settings& settings) {
   for (const ProjectText& name : reader.Texts(value, kAllowed)) {
     const bool is_name = !name.text.empty() && name.text.find(';') == std::string::npos;
     if (!is_name) reader.Fault(name.location, "whitelist has " + Quote(name.text) + "; allowed: " + kAllowed + " without ';'");
-    joined += (joined.empty() ? "" : ";") + name.text;
+    AppendPart(joined, ";", name.text);
   }
   settings.whitelist = joined;
 }
 
-void ReadListNum(TomlReader& reader, const Value& value, Settings& settings) {
+void ReadListNum(TomlReader& reader, const Value& value, PartialSettings& settings) {
   const auto* const number = value.node.as_integer();
   if (number == nullptr) {
     reader.RefuseType(value, kAllowedListNum);
@@ -99,13 +100,13 @@ void ReadListNum(TomlReader& reader, const Value& value, Settings& settings) {
   }
 }
 
-constexpr Key<Settings> kSettingKeys[] = {
+constexpr Key<PartialSettings> kSettingKeys[] = {
     {"type", ReadType},           {"created-as", ReadCreatedAs}, {"server-version", ReadServerVersion},
     {"whitelist", ReadWhitelist}, {"list-num", ReadListNum},
 };
 
 void ReadDefaults(TomlReader& reader, const Value& value, Project& project) {
-  reader.ReadTable<Settings>({"[defaults]", value.node}, kSettingKeys, project.defaults);
+  reader.ReadTable<PartialSettings>({"[defaults]", value.node}, kSettingKeys, project.defaults);
 }
 
 void ReadTables(TomlReader& reader, const Value& value, Project& project) {
@@ -117,7 +118,7 @@ void ReadTables(TomlReader& reader, const Value& value, Project& project) {
   for (const auto& [name, settings] : *tables) {
     TableSettings& table = project.tables[std::string(name.str())];
     table.location = LocationOf(settings);
-    reader.ReadTable<Settings>({"[tables." + Quote(name.str()) + "]", settings}, kSettingKeys, table.settings);
+    reader.ReadTable<PartialSettings>({"[tables." + Quote(name.str()) + "]", settings}, kSettingKeys, table.settings);
   }
 }
 
@@ -133,7 +134,7 @@ std::string Digits(int number, std::size_t count) {
   return std::string(count - std::min(count, digits.size()), '0') + digits;
 }
 
-// A day may be a text or one of TOML's own dates.
+// A day may be a string or one of TOML's own dates.
 void ReadUntil(TomlReader& reader, const Value& value, WaiverEntry& waiver) {
   if (const auto* const date = value.node.as_date()) {
     const toml::date& day = date->get();

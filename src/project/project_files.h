@@ -1,14 +1,18 @@
-// Which schema files to compare, in two states of a project.
+// Which schema files to compare, in two states of a project, and which of them were moved.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "project/file_tree.h"
 #include "project/project.h"
+#include "schema/source.h"
 
 namespace korvel {
 
@@ -34,12 +38,18 @@ struct ProjectFiles {
   bool is_whole = false;              // all files of the project, not those of given paths
 };
 
-// The files that `paths` select, or without paths those that the project's patterns match. A directory stands for all files in it
+// The files that `paths` select, or without paths those that the project's patterns match. A directory selects all files in it
 // that match the patterns; without patterns, for all with the suffix .xml or .qmb. `project` may be null. Throws InputError for a
 // path or pattern that neither state has files for, and if there are neither paths nor patterns.
 ProjectFiles SelectFiles(const std::vector<std::string>& paths, const Project* project, const ProjectStates& states);
 
 // All files that are read, as reports show those of the new state.
 std::vector<std::string> ShownFiles(const ProjectFiles& files, const ProjectStates& states);
+
+// Pairs (index in `removed`, index in `added`) that are one file under two paths: both hold a library of the same name. If
+// several do, those with the same bytes are paired first, then those with the same file name, then the others in their order.
+// Every file is in one pair at most. No member of the lists is null.
+std::vector<std::pair<std::size_t, std::size_t>> FindMoved(std::span<const Source* const> removed,
+                                                           std::span<const Source* const> added);
 
 }  // namespace korvel

@@ -29,8 +29,7 @@
 
 #include "base/did_you_mean.h"
 #include "base/input_error.h"
-#include "base/one_line.h"
-#include "base/quote.h"
+#include "base/text.h"
 #include "project/project.h"
 
 namespace korvel {
@@ -73,8 +72,7 @@ class TomlReader {
   }
 
   void Fault(qmx::LineColumn location, const std::string& text) {
-    const std::string at = file_ + ":" + std::to_string(location.line) + ":" + std::to_string(location.column);
-    faults_.emplace(std::pair(location.line, location.column), OneLine(at + ": error: " + text));
+    faults_.emplace(std::pair(location.line, location.column), OneLine(FileLineColumn(file_, location) + ": error: " + text));
   }
 
   void Refuse(const Value& value, const std::string& found, const std::string& allowed) {
@@ -137,13 +135,9 @@ class TomlReader {
   template <class Part>
   void RefuseKey(const toml::key& key, const std::string& table, std::span<const Key<Part>> keys) {
     std::vector<std::string_view> names;
-    std::string allowed;
-    for (const Key<Part>& known : keys) {
-      names.push_back(known.name);
-      allowed.append(allowed.empty() ? "" : ", ").append(known.name);
-    }
+    for (const Key<Part>& known : keys) names.push_back(known.name);
     Fault(LocationOf(key.source().begin), "unknown key " + Quote(key.str()) + (table.empty() ? "" : " in " + table) +
-                                              DidYouMean(key.str(), names) + "; allowed: " + allowed);
+                                              DidYouMean(key.str(), names) + "; allowed: " + Join(names, ", "));
   }
 
   std::string file_;

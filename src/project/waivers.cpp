@@ -8,7 +8,7 @@
 
 #include "base/calendar.h"
 #include "base/did_you_mean.h"
-#include "base/quote.h"
+#include "base/text.h"
 #include "rule_docs/rule_docs.h"
 
 namespace korvel {
@@ -31,7 +31,7 @@ bool NamesTheSame(const WaiverEntry& one, const WaiverEntry& other) {
          std::tie(other.fingerprint, other.table, other.rule, other.entry);
 }
 
-// The second of two would be reported as unused, or would hide that the first one has expired.
+// Otherwise the second one would be reported as unused, or would hide that the first one has expired.
 std::string FaultOfRepeated(const WaiverEntry& waiver, const Project& project) {
   const auto other = std::ranges::find_if(project.waivers, [&](const WaiverEntry& one) { return NamesTheSame(one, waiver); });
   if (other == project.waivers.end()) return "";

@@ -1,5 +1,5 @@
-// Grows and gives away the block of a library. The memory comes from malloc because realloc lets the system move the pages of
-// a large block instead of copying them: the whole of it never exists twice.
+// Grows and releases the block of a library. The memory comes from malloc because realloc lets the system move the pages of a
+// large block instead of copying them: the block never exists twice.
 #include "qmx/block.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// The block of a library while it is written: it grows at its end.
+// The block of a library while it is written. It grows at its end.
 #pragma once
 
 #include <cstddef>
@@ -19,7 +19,7 @@ class Block {
   Block(const Block&) = delete;
   Block& operator=(const Block&) = delete;
 
-  // Appends records with all members zero. The offset of the first, or QMX_NO_REF for none.
+  // Appends records with all members zero. Returns the offset of the first, or QMX_NO_REF for none.
   template <class Record>
   std::int64_t Append(std::size_t count) {
     static_assert(sizeof(Record) % 8 == 0);
@@ -29,10 +29,10 @@ class Block {
     return first;
   }
 
-  // Appends bytes and fills up with zeros to a multiple of 8. Their offset.
+  // Appends bytes, padded with zeros to a multiple of 8. Returns their offset.
   std::int64_t AppendBytes(std::string_view bytes);
 
-  // REQUIRES: a record of that type was appended there.
+  // REQUIRES: a record of that type was appended at that offset.
   template <class Record>
   Record& At(std::int64_t offset, std::size_t position = 0) {
     return *std::launder(reinterpret_cast<Record*>(data() + offset + static_cast<std::int64_t>(position * sizeof(Record))));
@@ -42,7 +42,7 @@ class Block {
 
   tagQMXMetaLib& Header() { return *std::launder(reinterpret_cast<tagQMXMetaLib*>(bytes_)); }
 
-  // Gives the block away as a library. The Block is spent.
+  // Releases the block as a library. The Block must not be used afterwards.
   Metalib Finish();
 
  private:
@@ -50,7 +50,7 @@ class Block {
 
   char* data() { return bytes_ + kHeaderSize; }
 
-  // Makes room for `size` bytes at the end, their number rounded up to a multiple of 8. The offset of the first.
+  // Makes room for `size` bytes, rounded up to a multiple of 8, at the end. Returns the offset of the first.
   std::int64_t Grow(std::size_t size);
 
   char* bytes_ = nullptr;

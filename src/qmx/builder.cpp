@@ -1,11 +1,11 @@
-// Takes the declarations of a schema library. builder_meta.cpp closes a meta, builder_types.cpp and builder_sizes.cpp see to what
-// hangs on other metas, block.cpp holds the bytes.
+// Accepts the declarations of a schema library. builder_meta.cpp closes a meta, builder_types.cpp and builder_sizes.cpp resolve
+// what depends on other metas, block.cpp stores the bytes.
 #include "qmx/qmx_builder.h"
 
 #include <algorithm>
 #include <tuple>
 
-#include "base/quote.h"
+#include "base/text.h"
 #include "qmx/builder_state.h"
 #include "qmx/meta_slots.h"
 
@@ -37,7 +37,7 @@ std::optional<MetaSlots> SlotsOf(const Library& library) {
   return MakeMetaSlots(names);
 }
 
-// Appends what finds the metas, and the header's account of it.
+// Appends the offsets and the hash table of the metas, and describes them in the header.
 void FinishBlock(Library& library, const MetaSlots& slots) {
   const std::int64_t list = library.block.Append<std::int64_t>(library.metas.size());
   for (std::size_t i = 0; i < library.metas.size(); ++i) library.block.At<std::int64_t>(list, i) = library.metas[i];
@@ -155,8 +155,9 @@ BuildResult MetalibBuilder::Finish() {
     FinishBlock(library, *slots);
     result.metalib = library.block.Finish();
   } else {
-    result.errors.push_back(
-        {{ElementId::Kind::kMetalib}, "", "the names of the metas are made to collide; allowed: names that can be found fast"});
+    result.errors.push_back({{ElementId::Kind::kMetalib},
+                             "",
+                             "the names of the metas are constructed to collide in a hash table; allowed: names that do not"});
   }
   return result;
 }

@@ -1,11 +1,11 @@
 // Closes a meta: finds the entries that its counts, keys and indexes name, and appends keys, indexes and texts to the block. The
-// parts of a meta stand in this order: the meta, its entries, members of the primary key and of the splittable key, indexes,
-// columns, texts. Every part starts at a multiple of 8 bytes.
+// order of the parts of a meta: the meta, its entries, members of the primary key and of the splittable key, indexes, columns,
+// texts. Every part starts at a multiple of 8 bytes.
 #include <algorithm>
 #include <span>
 
 #include "base/did_you_mean.h"
-#include "base/quote.h"
+#include "base/text.h"
 #include "qmx/builder_state.h"
 
 namespace qmx {
@@ -17,7 +17,7 @@ using korvel::Quote;
 using Kind = ElementId::Kind;
 using Stage = BuildErrors::Stage;
 
-constexpr std::size_t kLikelyWords = 1000;  // as many as a suggestion looks at
+constexpr std::size_t kLikelyWords = 1000;  // as many as a suggestion considers
 
 class MetaCloser {
  public:
@@ -44,10 +44,10 @@ class MetaCloser {
     std::vector<std::string_view> words;
     const std::uint32_t count = library_.EntryNum(position_);
     for (std::uint32_t entry = 0; entry < count && entry < kLikelyWords; ++entry) words.push_back(EntryName(entry));
-    return Quote(name) + ", which is no entry of meta " + Quote(library_.MetaName(position_)) + DidYouMean(name, words);
+    return Quote(name) + ", which is not an entry of meta " + Quote(library_.MetaName(position_)) + DidYouMean(name, words);
   }
 
-  // What is wrong with counting the elements of entry `counted` by the entry of that name, `found`; empty if nothing.
+  // Why entry `counted` cannot be counted by the entry with that name, `found`; empty if it can.
   std::string WhyNoCount(std::string_view name, std::optional<std::uint32_t> found, std::uint32_t counted) {
     if (!found) return NoEntry(name);
     if (*found == counted) return Quote(name) + ", the entry itself";
@@ -58,7 +58,7 @@ class MetaCloser {
     return "";
   }
 
-  // REQUIRES: the entry is composite. They are kept in the order of the entries.
+  // REQUIRES: the entry is composite. Composite entries are stored in the order of the entries.
   std::size_t CompositeOf(std::uint32_t entry) const {
     const auto first = library_.composites.begin() + static_cast<std::ptrdiff_t>(open_.first_composite);
     const auto found = std::ranges::lower_bound(first, library_.composites.end(), entry, {}, &CompositeEntry::entry);
@@ -93,7 +93,7 @@ class MetaCloser {
                         what + " names " + NoEntry(open_.words.At(word)) + "; allowed: entries of the same meta");
   }
 
-  // The list of a key's members; their places in a record come with the sizes.
+  // The list of a key's members; their offsets in a record are set with the sizes.
   std::int64_t AppendKey(const std::vector<Texts::Place>& key, Kind kind, const char* what, std::uint8_t flag) {
     const std::int64_t list = library_.block.Append<tagQMXDBKeyInfo>(key.size());
     for (std::size_t i = 0; i < key.size(); ++i) {

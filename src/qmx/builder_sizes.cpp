@@ -1,11 +1,11 @@
-// Sizes of structures and unions, how deep they nest, and whether they can be at all.
+// Computes sizes and nesting of structures and unions, and reports cycles, overflow and excessive depth.
 //
-// Every meta is visited once, however often it is used, and the walk keeps its own stack: neither a wide nor a deep library can
-// make it slow or overflow.
+// Every meta is visited once, no matter how often it is used, and the traversal has its own stack: neither a wide nor a deep
+// library can make it slow or overflow the stack.
 #include <algorithm>
 #include <span>
 
-#include "base/quote.h"
+#include "base/text.h"
 #include "qmx/builder_state.h"
 
 namespace qmx {
@@ -16,11 +16,11 @@ using korvel::Quote;
 using Kind = ElementId::Kind;
 using Stage = BuildErrors::Stage;
 
-// Most metas that a message names of a cycle; of a longer one the middle is left out.
+// Maximum number of metas of a cycle that a message names; the middle of a longer cycle is left out.
 constexpr std::size_t kMaxCycleShown = 8;
 constexpr auto kFarthest = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
 
-// The attribute that makes an entry large.
+// The attribute to report for an entry that is too large.
 std::string_view SizeAttribute(const tagQMXMetaEntry& entry) {
   if (entry.iCount > 1) return "count";
   return entry.iType == QMX_TYPE_STRING || entry.iType == QMX_TYPE_BYTES ? "size" : "type";
@@ -35,7 +35,7 @@ bool Grow(tagQMXMeta& meta, const tagQMXMetaEntry& entry) {
   return true;
 }
 
-// Places of the entries in a packed record, in bytes; all zero in a union.
+// Offsets of the entries in a packed record, in bytes; all zero in a union.
 std::vector<std::uint64_t> RecordOffsets(Library& library, std::uint32_t meta) {
   std::vector<std::uint64_t> offsets(library.EntryNum(meta));
   if (library.Meta(meta).iType == QMX_TYPE_UNION) return offsets;
@@ -51,17 +51,17 @@ void PlaceKey(Library& library, const ElementId& key, std::span<tagQMXDBKeyInfo>
               const std::vector<std::uint64_t>& offsets) {
   const std::int64_t first_entry = library.metas[key.meta] + std::int64_t{sizeof(tagQMXMeta)};
   for (tagQMXDBKeyInfo& member : members) {
-    if (member.ptrEntry == QMX_NO_REF) continue;  // that is reported
+    if (member.ptrEntry == QMX_NO_REF) continue;  // already reported
     const auto entry = Position(static_cast<std::size_t>(member.ptrEntry - first_entry) / sizeof(tagQMXMetaEntry));
     member.iHOff = static_cast<std::int64_t>(offsets[entry]);
     if (offsets[entry] <= kFarthest) continue;
     library.errors.Add(Stage::kKeys, key, "entries",
-                       "key member " + Quote(library.EntryName(key.meta, entry)) + " stands at byte " +
+                       "key member " + Quote(library.EntryName(key.meta, entry)) + " starts at byte " +
                            std::to_string(offsets[entry]) + " of the record; allowed: at most byte " + std::to_string(kFarthest));
   }
 }
 
-// Writes where key members stand in a record.
+// Sets the offsets of key members in a record.
 void PlaceKeys(Library& library, std::uint32_t position) {
   tagQMXMeta& meta = library.Meta(position);
   const auto members = [&](std::int64_t base, std::int32_t count) {
@@ -126,7 +126,7 @@ class Sizer {
     }
   }
 
-  // Opens the meta of an entry, or passes the entry over.
+  // Opens the meta of an entry, or skips the entry.
   void Descend(CompositeEntry& composite) {
     const std::uint32_t inner = composite.type_meta;
     if (inner == kNone || states_[inner] == State::kDone) return;
@@ -163,7 +163,8 @@ class Sizer {
     SizeMeta(library_, meta);
   }
 
-  // A meta that is too deep counts as one level too deep for all above it, so that the fault is reported once, where it begins.
+  // A meta that is too deep counts as one level too deep for all metas above it, so that the fault is reported once, at its
+  // origin.
   void Deepen(const ElementId& where, int inner_levels) {
     int& levels = levels_[where.meta];
     if (inner_levels == kMaxNesting && levels <= kMaxNesting) {
@@ -175,9 +176,9 @@ class Sizer {
   }
 
   Library& library_;
-  std::vector<State> states_;            // metas without composite entries are done
+  std::vector<State> states_;            // metas without composite entries are finished
   std::vector<int> levels_;              // 1 if no entry is composite
-  std::vector<std::size_t> composites_;  // where those of each meta begin
+  std::vector<std::size_t> composites_;  // where the composite entries of each meta begin
   std::vector<std::size_t> depths_;      // of an open meta: its position on the stack
   std::vector<Step> stack_;
 };
@@ -191,8 +192,8 @@ void SizeMeta(Library& library, std::uint32_t position) {
     if (Grow(meta, entry)) continue;
     library.errors.Add(Stage::kSizes, {Kind::kEntry, position, i}, SizeAttribute(entry),
                        "entry " + Quote(library.EntryName(position, i)) + " makes meta " + Quote(library.MetaName(position)) +
-                           " larger than can be counted; allowed: at most 18446744073709551615 bytes");
-    meta.iUnitSize = 0;  // so that the fault is reported once, where it begins
+                           " too large; allowed: at most 18446744073709551615 bytes");
+    meta.iUnitSize = 0;  // so that the fault is reported once, at its origin
     return;
   }
   if (!library.errors.IsFull()) PlaceKeys(library, position);

@@ -1,8 +1,7 @@
-// What the builder knows while it lays a library out, and the steps that do it.
+// State and steps of the builder while it lays out a library.
 //
-// A meta goes into the block while it is declared: its record and entries at once, the rest when it is closed. Only what must
-// wait for the whole library is kept beside the block: which meta an entry of a composite type means, and so the sizes that hang
-// on it.
+// A meta is written to the block while it is declared: its record and entries immediately, the rest when it is closed. Only what
+// depends on the whole library is kept separately: the meta of each composite entry, and the sizes that depend on it.
 #pragma once
 
 #include <cstdint>
@@ -21,10 +20,10 @@ namespace qmx {
 // No meta.
 inline constexpr std::uint32_t kNone = std::numeric_limits<std::uint32_t>::max();
 
-// Position in a list of declarations. No library that fits the memory holds more.
+// Position in a list of declarations. 32 bits are enough for every library that fits in memory.
 inline std::uint32_t Position(std::size_t position) { return static_cast<std::uint32_t>(position); }
 
-// Texts one after the other, each with a zero behind it, found by where they begin.
+// Texts, each followed by a zero, found by their start.
 class Texts {
  public:
   using Place = std::int64_t;
@@ -43,7 +42,7 @@ class Texts {
   std::string bytes_;
 };
 
-// What can be said of an entry only when all metas are known.
+// What is known of an entry only after all metas are known.
 struct CompositeEntry {
   std::uint32_t meta;
   std::uint32_t entry;
@@ -51,7 +50,7 @@ struct CompositeEntry {
   std::uint32_t type_meta = kNone;  // set by ResolveTypes; kNone again if it closes a cycle
 };
 
-// The parts of the meta that is being declared that are not in the block yet.
+// The parts of the meta being declared that are not in the block yet.
 struct OpenMeta {
   struct Refer {
     std::uint32_t entry;
@@ -68,8 +67,8 @@ struct OpenMeta {
 
   bool is_open = false;
   std::size_t first_composite = 0;  // of this meta, in Library::composites
-  Texts texts;                      // for the block; ptrName and ptrCustomAttr count from their start until the meta is closed
-  Texts words;                      // names of entries that something refers to
+  Texts texts;  // for the block; ptrName and ptrCustomAttr are relative to their start until the meta is closed
+  Texts words;  // names of entries that something refers to
   NameIndex entry_names, index_names;
   std::vector<Refer> refers;
   std::vector<Texts::Place> primary_key, splittable_key;
@@ -77,18 +76,18 @@ struct OpenMeta {
   std::vector<Column> columns;
 };
 
-// Collects what cannot be laid out, at most kMaxErrors of it.
+// Collects what cannot be laid out, at most kMaxErrors faults.
 class BuildErrors {
  public:
-  // Faults of one element are told in this order, whenever they are found.
+  // Faults of one element are reported in this order, no matter when they are found.
   enum class Stage : std::uint8_t { kTypes, kNames, kSizes, kKeys };
 
   void Add(Stage stage, const ElementId& where, std::string_view attribute, std::string text);
 
-  // Adds that the entry `where`, called `name`, cannot be counted by what it refers to.
+  // Adds a fault: entry `where`, named `name`, cannot be counted by the entry that it refers to.
   void AddRefer(const ElementId& where, std::string_view name, const std::string& refers_to);
 
-  // Whether nothing more would be reported, so that the search for faults can end: it would only cost time.
+  // Whether nothing more would be reported, so that the search for faults can stop early.
   bool IsFull() const { return errors_.size() == kMaxErrors; }
 
   // In declaration order.
@@ -98,8 +97,8 @@ class BuildErrors {
   std::vector<std::pair<Stage, BuildError>> errors_;
 };
 
-// An entry whose elements a composite one before it shall count: a fault of its own only if the type of that one is known. Held
-// as positions, for there may be as many as entries.
+// An entry whose elements are to be counted by an earlier composite entry: a separate fault only if the type of that entry is
+// known. Stored as positions because there may be as many as entries.
 struct ReferToComposite {
   std::size_t composite;
   std::uint32_t entry;  // of the same meta
@@ -110,7 +109,7 @@ struct Library {
   std::int32_t version = 0;
   Protocol protocol = Protocol::kUnset;
   Block block;
-  std::vector<std::int64_t> metas;       // where their records lie
+  std::vector<std::int64_t> metas;       // offsets of their records
   std::vector<Texts::Place> meta_names;  // in `names`
   Texts names;
   NameIndex meta_index;
@@ -126,22 +125,22 @@ struct Library {
   }
   std::uint32_t EntryNum(std::uint32_t meta) { return static_cast<std::uint32_t>(Meta(meta).iEntriesNum); }
   std::string_view MetaName(std::uint32_t meta) const { return names.At(meta_names[meta]); }
-  // Of a closed meta.
+  // The record of a closed meta.
   std::string_view EntryName(std::uint32_t meta, std::uint32_t entry) { return block.Text(Entry(meta, entry).ptrName); }
 };
 
-// Number of elements for sizes: a count below zero has no elements.
+// Number of elements for computing sizes: 0 for a negative count.
 inline std::uint64_t Elements(const tagQMXMetaEntry& entry) {
   return entry.iCount < 0 ? 0 : static_cast<std::uint64_t>(entry.iCount);
 }
 
-// Closes the meta that was declared last, if one is open: resolves the names inside it and appends what the block lacks of it.
+// Closes the last declared meta, if it is open: resolves the names inside it and appends its remaining parts to the block.
 void CloseMeta(Library& library);
 
 // Finds the metas of composite entries.
 void ResolveTypes(Library& library);
 
-// Sizes the metas that have composite entries and looks at their nesting. An entry without a type is passed over.
+// Computes sizes and nesting of the metas that have composite entries. Skips entries without a type.
 void SizeComposites(Library& library);
 
 // Sums up the size of a meta and places its keys. REQUIRES: each of its entries has its size.

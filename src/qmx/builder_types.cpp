@@ -1,6 +1,5 @@
-// Finds the metas that entries of composite types mean.
+// Finds the metas of entries with composite types.
 #include "base/did_you_mean.h"
-#include "base/quote.h"
 #include "base/text.h"
 #include "qmx/builder_state.h"
 
@@ -28,7 +27,7 @@ void ReportRefersToComposites(Library& library) {
   for (const ReferToComposite& refer : library.refers_to_composites) {
     if (library.errors.IsFull()) return;
     const CompositeEntry& counter = library.composites[refer.composite];
-    if (counter.type_meta == kNone) continue;  // that is what is wrong
+    if (counter.type_meta == kNone) continue;  // already reported
     library.errors.AddRefer(
         {ElementId::Kind::kEntry, counter.meta, refer.entry}, library.EntryName(counter.meta, refer.entry),
         Quote(library.EntryName(counter.meta, counter.entry)) + " of type " + Quote(library.types.At(counter.type)));

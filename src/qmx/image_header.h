@@ -8,7 +8,7 @@
 
 namespace qmx {
 
-// Reads as itself on a machine of the writer's byte order and as kForeignByteOrder on one of the other.
+// Reads as kByteOrder on a machine with the writer's byte order and as kForeignByteOrder on others.
 inline constexpr std::uint32_t kByteOrder = 0x01020304;
 inline constexpr std::uint32_t kForeignByteOrder = 0x04030201;
 
@@ -19,7 +19,7 @@ struct ImageHeader {
   std::uint32_t version;        // kImageVersion
   std::uint32_t header_size;    // kImageHeaderSize
   std::uint32_t reserved;       // 0
-  std::uint64_t block_size;     // bytes behind the header
+  std::uint64_t block_size;     // bytes after the header
   std::uint64_t checksum;       // of the block: 64-bit XXH3
   std::uint64_t reserved_2[3];  // 0
 };

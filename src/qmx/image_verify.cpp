@@ -1,4 +1,4 @@
-// Verifies a block from outside in one pass. What is allowed is what the builder does. Tested by tests/qmx/image_verify_test.cpp.
+// Verifies an untrusted block in one pass. Accepts what the builder produces. Tested by tests/qmx/image_verify_test.cpp.
 #include <algorithm>
 #include <cstring>
 #include <span>
@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kBlockHeaderSize = offsetof(tagQMXMetaLib, data);
 
-// Goes over the parts and stops at the first fault. A check ends in a condition or else in a refusal, which is false.
+// Verifies the parts in order and stops at the first fault. Each check is `condition || Refuse(...)`, which is false.
 class Verifier {
  public:
   Verifier(const void* block, std::size_t size, const Limits& limits)
@@ -58,17 +58,17 @@ class Verifier {
     data_size_ = static_cast<std::int64_t>(size_ - kBlockHeaderSize);
     if (library_->iDataSize != data_size_ || data_size_ % 8 != 0) {
       return Refuse("library", "iDataSize", library_->iDataSize,
-                    "the number of bytes behind the header, here " + std::to_string(data_size_) + ", and a multiple of 8");
+                    "the number of bytes after the header, here " + std::to_string(data_size_) + ", and a multiple of 8");
     }
     const std::int64_t& name = library_->ptrName;
     const bool ends =
         name >= 0 && name < data_size_ && std::memchr(data_ + name, 0, static_cast<std::size_t>(data_size_ - name)) != nullptr;
-    return ends || Refuse("library", "ptrName", name, "a text with an end");
+    return ends || Refuse("library", "ptrName", name, "a terminated text");
   }
 
-  // A list of the library may lie anywhere: only the order of its items matters, and that is checked with them.
+  // A list of the library may be anywhere: only the order of its items matters, which is checked with them.
   bool CheckLibraryList(const char* field, const std::int64_t& list, std::int64_t count, std::int64_t record_size) {
-    if (count == 0) return list == QMX_NO_REF || Refuse("library", field, list, "-1, for a list of nothing");
+    if (count == 0) return list == QMX_NO_REF || Refuse("library", field, list, "-1 for an empty list");
     const bool fits = list >= 0 && list % 8 == 0 && list <= data_size_ && count <= (data_size_ - list) / record_size;
     return fits || Refuse("library", field, list, "a multiple of 8 with room for " + std::to_string(count) + " records");
   }
@@ -86,7 +86,7 @@ class Verifier {
       const bool fits = meta >= next && meta % 8 == 0 && meta <= data_size_ - kMetaSize;
       if (!fits) {
         return Refuse("library", "list of metas", meta,
-                      "a multiple of 8 from " + std::to_string(next) + " on, with room for a meta");
+                      "a multiple of 8, at least " + std::to_string(next) + ", with room for a meta");
       }
       table_.Add(meta);
       next = meta + kMetaSize;
@@ -94,7 +94,7 @@ class Verifier {
     return true;
   }
 
-  // Where a meta's bytes end: at the next meta, behind the last one at the first part of the library.
+  // The end of a meta: the next meta; for the last one, the first part of the library after it.
   std::int64_t EndOf(std::size_t position) const {
     if (position + 1 < metas_.size()) return metas_[position + 1];
     std::int64_t end = data_size_;
@@ -116,7 +116,7 @@ class Verifier {
     return true;
   }
 
-  // What the builder makes of the names: then every one is found, near the slot where its search begins.
+  // The table must equal the one that the builder makes of the names: then every name is found in few steps.
   bool CheckSlots() {
     const std::int32_t& count = library_->iMetaSlotNum;
     const std::size_t allowed = MetaSlotNum(names_.size());
@@ -126,7 +126,7 @@ class Verifier {
     if (!CheckLibraryList("ptrMetaSlots", library_->ptrMetaSlots, count, sizeof(tagQMXMetaSlot))) return false;
     MetaSlots made{{}, library_->iMetaSlotSeed};
     if (!FillMetaSlots(made, names_, kMaxProbes)) {
-      return Refuse("library", "iMetaSlotSeed", library_->iMetaSlotSeed, "one under which every name is found nearby");
+      return Refuse("library", "iMetaSlotSeed", library_->iMetaSlotSeed, "a seed under which every name is found in few steps");
     }
     for (std::size_t i = 0; i < allowed; ++i) {
       const tagQMXMetaSlot& slot = At<tagQMXMetaSlot>(library_->ptrMetaSlots)[i];
@@ -154,7 +154,7 @@ class Verifier {
   }
   std::string Meta(const char* list, std::int64_t item) const { return Meta() + ", " + list + " " + std::to_string(item); }
 
-  // A list of the meta begins where the part before it ends.
+  // A list of the meta begins at the end of the previous part.
   template <class Record>
   bool CheckPart(const char* field, const std::int64_t& list, const char* count_field, const auto& count) {
     constexpr std::int64_t kSize = sizeof(Record);
@@ -184,7 +184,7 @@ class Verifier {
            (meta.stSortKey.iSortKeyMemberNum == 0 || Refuse(Meta(), "iSortKeyMemberNum", meta.stSortKey.iSortKeyMemberNum, "0"));
   }
 
-  // The lists of all indexes follow each other.
+  // The lists of all indexes are contiguous.
   bool CheckColumnLists() {
     for (const tagQMXMetaIndex& index : Indexes()) {
       if (!CheckPart<tagQMXColumnInfo>("ptrColumnBase", index.ptrColumnBase, "iColumnNum", index.iColumnNum)) return false;
@@ -205,10 +205,10 @@ class Verifier {
   bool RefuseText(const std::string& part, const char* field, const std::int64_t& offset) {
     return Refuse(part, field, offset,
                   "a text of the meta, from " + std::to_string(texts_) + " to " + std::to_string(end_) +
-                      ", right behind another one, in the order of the records");
+                      ", directly after another one, in the order of the records");
   }
 
-  // From here on everything in [texts_, end_) is texts.
+  // From here on, [texts_, end_) contains only texts.
   bool CheckTexts() {
     const tagQMXMeta& meta = *meta_;
     const bool ends = texts_ < end_ && data_[end_ - 1] == 0;
@@ -244,11 +244,11 @@ class Verifier {
         return Refuse(part, "iType", entry.iType, "0 to " + std::to_string(QMX_TYPE_BYTES));
       case EntryWalk::kTypeMeta:
         return Refuse(part, "ptrTypeMeta", entry.ptrTypeMeta,
-                      entry.iType > QMX_TYPE_STRUCT ? "-1 for a simple type" : "a meta of the kind that iType says");
+                      entry.iType > QMX_TYPE_STRUCT ? "-1 for a simple type" : "a meta of the kind given by iType");
       case EntryWalk::kUnitSize:
         return Refuse(part, "iUnitSize", entry.iUnitSize, "the size of its type");
       case EntryWalk::kSize:
-        return Refuse(part, "iUnitSize", entry.iUnitSize, "one with which the meta's size fits 64 bits");
+        return Refuse(part, "iUnitSize", entry.iUnitSize, "a size with which that of the meta fits in 64 bits");
     }
     return true;
   }
@@ -307,7 +307,7 @@ class Verifier {
     return true;
   }
 
-  // Each meta is walked once. `depth` is the level of its entries on the way here, at most max_depth_.
+  // Visits each meta once. `depth` is the level of its entries, at most max_depth_.
   bool FindLevels(std::int64_t offset, int depth) {
     table_.Levels(offset) = MetaTable::kOpen;
     int inner = 0;
@@ -334,7 +334,7 @@ class Verifier {
   const char* block_;
   std::size_t size_;
   int max_depth_;
-  std::size_t repeats_left_;  // bytes of entries' names that key members and columns may still repeat
+  std::size_t repeats_left_;  // bytes of entry names that key members and columns may still repeat
   TypeSizes type_sizes_;
 
   const tagQMXMetaLib* library_ = nullptr;
@@ -342,7 +342,7 @@ class Verifier {
   std::int64_t data_size_ = 0;
   std::span<const std::int64_t> metas_;
   MetaTable table_;
-  std::vector<std::string_view> names_;  // of the metas
+  std::vector<std::string_view> names_;  // names of the metas
 
   const tagQMXMeta* meta_ = nullptr;
   std::int64_t begin_ = 0;

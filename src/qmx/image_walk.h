@@ -1,7 +1,7 @@
-// What the verifier of images knows while it goes over a block, and its innermost loop.
+// State of the verifier of images, and its innermost loop.
 //
-// Texts are not measured, names of metas apart: if the last byte of a meta is zero every text that begins inside it ends there,
-// and texts that begin at ascending places, each behind a zero, share no byte.
+// The lengths of texts are not computed, except for names of metas: if the last byte of a meta is zero, every text that begins
+// inside it ends there, and texts that begin at ascending offsets, each after a zero byte, do not overlap.
 #pragma once
 
 #include <algorithm>
@@ -17,10 +17,10 @@ namespace qmx {
 inline constexpr std::int64_t kMetaSize = sizeof(tagQMXMeta);
 inline constexpr std::int64_t kEntrySize = sizeof(tagQMXMetaEntry);
 
-// Metas by their offset. They do not overlap, so at most one begins in each stretch of as many bytes as a meta record has.
+// Metas by offset. They do not overlap, so at most one begins in each range of the size of a meta record.
 class MetaTable {
  public:
-  // Levels of structures: 1 where a meta has none inside it.
+  // Nesting levels: 1 for a meta without inner structures.
   enum : std::uint8_t { kUnknown = 0, kOpen = 255 };
 
   explicit MetaTable(std::int64_t data_size = 0)
@@ -40,11 +40,11 @@ class MetaTable {
   static std::size_t StretchOf(std::int64_t offset) { return static_cast<std::size_t>(offset) / kMetaSize; }
   static std::uint8_t BeginOf(std::int64_t offset) { return static_cast<std::uint8_t>(offset % kMetaSize / 8 + 1); }
 
-  std::vector<std::uint8_t> begins_;  // of the meta in a stretch, in steps of 8 bytes from 1; 0 = none begins there
+  std::vector<std::uint8_t> begins_;  // offset of the meta that begins in a range, in units of 8 bytes, plus 1; 0 = none
   std::vector<std::uint8_t> levels_;
 };
 
-// Sizes of an element by type code, in bytes; 0 for those of which each entry says it.
+// Size of an element by type code, in bytes; 0 if each entry gives its own.
 struct TypeSizes {
   TypeSizes() {
     for (const SimpleType& type : SimpleTypes()) bytes[type.code] = type.unit_size;
@@ -52,7 +52,7 @@ struct TypeSizes {
   std::uint64_t bytes[QMX_TYPE_BYTES + 1] = {};
 };
 
-// Where a meta's texts lie: they fill [begin, end) of the data area, of which the last byte is zero.
+// The range of a meta's texts: they fill [begin, end) of the data area, and the last byte is zero.
 struct TextRange {
   // Whether a text begins there.
   bool Has(std::int64_t offset) const { return offset >= begin && offset < end && (data[offset - 1] == 0 || offset == begin); }
@@ -62,8 +62,8 @@ struct TextRange {
   std::int64_t end;
 };
 
-// Goes over the entries of a meta. Most of the time goes here, so all that it needs is at hand, and what is wrong is worded
-// elsewhere.
+// Iterates over the entries of a meta. The verifier spends most of its time here, so all data is at hand, and error texts are
+// made in another file.
 class EntryWalk {
  public:
   enum Fault { kNone, kSelf, kName, kCustomAttr2, kRefer, kType, kTypeMeta, kUnitSize, kSize };
@@ -77,7 +77,7 @@ class EntryWalk {
         sizes_(sizes),
         is_union_(is_union) {}
 
-  // What is wrong with the next entry.
+  // The fault of the next entry.
   Fault Next(const tagQMXMetaEntry& entry) {
     if (entry.ptrEntry != next_) return kSelf;
     if (!TakeText(entry.ptrName)) return kName;
@@ -100,12 +100,12 @@ class EntryWalk {
     return AddSize(entry) ? kNone : kSize;
   }
 
-  // Of those passed: whether one is composite, and what they add up to in bytes.
+  // Of the accepted entries: whether one is composite, and the sum of their sizes in bytes.
   bool is_nested() const { return is_nested_; }
   std::uint64_t size() const { return size_; }
 
  private:
-  // Entries refer to their texts in ascending order, so none shares a byte.
+  // Entries refer to their texts in ascending order, so texts do not overlap.
   bool TakeText(std::int64_t offset) {
     if (offset <= last_text_ || !texts_.Has(offset)) return false;
     last_text_ = offset;
@@ -114,7 +114,7 @@ class EntryWalk {
 
   bool IsEarlier(std::int64_t entry) const { return entry >= first_ && entry < next_ && (entry - first_) % kEntrySize == 0; }
 
-  // False if the sum is too large. A count below zero has no elements.
+  // False if the sum overflows. A negative count means no elements.
   bool AddSize(const tagQMXMetaEntry& entry) {
     const std::uint64_t elements = entry.iCount < 0 ? 0 : static_cast<std::uint64_t>(entry.iCount);
     std::uint64_t bytes = 0;
@@ -127,7 +127,7 @@ class EntryWalk {
   const TextRange texts_;
   const std::int64_t first_;  // entry of the meta
   std::int64_t next_;
-  std::int64_t last_text_;  // begin of the text taken last
+  std::int64_t last_text_;  // where the last text begins
   const MetaTable& table_;
   const TypeSizes& sizes_;
   const bool is_union_;

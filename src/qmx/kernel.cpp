@@ -1,6 +1,6 @@
-// Read operations over schema libraries: no more than arithmetic on the offsets that qmx_types.h describes.
+// Read operations on schema libraries: only arithmetic on the offsets that qmx_types.h describes.
 //
-// Nothing is verified here: whoever makes a library (the builder) or takes one from outside answers for its offsets.
+// Nothing is verified here: the builder, or the verifier of an untrusted library, guarantees valid offsets.
 #include "qmx/qmx_metalib_kernel.h"
 
 #include <cstring>
@@ -14,19 +14,19 @@ char* DataOf(LPQMXMETALIB metalib) { return metalib->data; }
 char* DataOf(LPQMXMETA meta) { return reinterpret_cast<char*>(meta) - meta->ptrMeta; }
 char* DataOf(LPQMXMETAENTRY entry) { return reinterpret_cast<char*>(entry) - entry->ptrEntry; }
 
-// The record or text `offset` bytes behind `base`; null for the offset that refers to nothing.
+// The record or text at `base` + `offset`; null for QMX_NO_REF.
 template <typename Record>
 Record* Resolve(char* base, std::int64_t offset) {
   return offset == QMX_NO_REF ? nullptr : reinterpret_cast<Record*>(base + offset);
 }
 
-// Why a splittable key has no text.
+// Why the text of a splittable key cannot be written.
 char no_meta[] = "no meta";
 char no_key[] = "the meta has no splittable key";
 char no_name[] = "a member of the splittable key has no name";
 char no_room[] = "the buffer is too small for the text of the splittable key";
 
-// Appends to a buffer of fixed size, always keeping room for the terminating zero.
+// Appends to a buffer of fixed size; always leaves room for the terminating zero.
 class BufferWriter {
  public:
   BufferWriter(char* buffer, std::size_t size) : at_(buffer), left_(size) {}
@@ -45,7 +45,7 @@ class BufferWriter {
   std::size_t left_;
 };
 
-// Null on success, else the reason.
+// Null on success, otherwise the reason.
 char* WriteSplittableKey(LPQMXMETA meta, char* buffer, std::size_t size) {
   if (meta == nullptr) return no_meta;
   if (meta->stSplitTableKey.ptrEntry == QMX_NO_REF) return no_key;

@@ -1,4 +1,4 @@
-// Fills the table by which a library finds its metas by name. Tested by tests/qmx/meta_slots_test.cpp.
+// Fills the hash table by which a library finds its metas. Tested by tests/qmx/meta_slots_test.cpp.
 #include "qmx/meta_slots.h"
 
 #include <algorithm>
@@ -7,11 +7,11 @@
 namespace qmx {
 namespace {
 
-// Random names need one seed. Names can be made to collide under any number of them, a few hundred for each, so what is made to
-// collide under these is refused.
+// Random names need one seed. A file can contain names that collide under any number of seeds, a few hundred for each seed, so
+// names that collide under all of these are refused.
 constexpr std::uint32_t kMaxSeeds = 16;
 
-// Whether a search that finds nothing may look at more than so many slots: it goes on to the next free one.
+// Whether an unsuccessful search may visit more than that many slots: it continues to the next free slot.
 bool HasLongRun(const std::vector<tagQMXMetaSlot>& slots, std::size_t max_probes) {
   std::size_t run = 0;
   for (std::size_t i = 0; i < slots.size() + std::min(max_probes, slots.size()); ++i) {

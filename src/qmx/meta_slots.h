@@ -1,8 +1,8 @@
-// The table by which a library finds its metas by name: open addressing, linear probing, at most half full.
+// The hash table by which a library finds its metas: open addressing, linear probing, at most half full.
 //
-// The table lies in the block, so its seed cannot be a secret. Instead the builder tries seeds until every search ends within
-// kMaxProbes slots: a file whose names collide under one seed is hashed with the next. Names that collide under many seeds in a
-// row were made to, and are refused.
+// The table is part of the block, so its seed cannot be secret. Instead the builder tries seeds until every search ends within
+// kMaxProbes slots: names that collide under one seed are hashed with the next. Names that collide under many consecutive seeds
+// were constructed to collide, and are refused.
 #pragma once
 
 #define XXH_INLINE_ALL
@@ -18,7 +18,7 @@
 
 namespace qmx {
 
-// Stored in images: do not change. Most slots that a search looks at; a million random names need about 40.
+// Stored in images: do not change. Maximum number of slots that a search visits; a million random names need about 40.
 inline constexpr std::size_t kMaxProbes = 256;
 
 // Stored in images: do not change. The hash of a name: 64-bit XXH3.
@@ -31,11 +31,11 @@ struct MetaHash {
 };
 
 struct MetaProbe {
-  std::size_t slot;    // of the name, or the free one where it would stand
-  std::size_t probes;  // slots looked at
+  std::size_t slot;    // of the name, or the free slot where it belongs
+  std::size_t probes;  // number of visited slots
 };
 
-// Searches for a name. `has_name(meta)` tells whether the meta at a position bears it. REQUIRES: a slot is free.
+// Searches for a name. `has_name(meta)` returns whether the meta at that position has the name. REQUIRES: a slot is free.
 template <class HasName>
 MetaProbe FindMetaSlot(const tagQMXMetaSlot* slots, std::size_t slot_num, const MetaHash& hash, HasName has_name) {
   MetaProbe probe{hash.place & (slot_num - 1), 1};
@@ -51,14 +51,14 @@ struct MetaSlots {
   std::uint32_t seed = 0;
 };
 
-// The number of slots for so many metas: what tagQMXMetaLib::iMetaSlotNum says.
+// The number of slots for that many metas: the value of tagQMXMetaLib::iMetaSlotNum.
 std::size_t MetaSlotNum(std::size_t metas);
 
-// Fills the table under its seed. False if a search looks at more than `max_probes` slots, whether or not it finds its name.
+// Fills the table using its seed. Returns false if a search visits more than `max_probes` slots, successful or not.
 bool FillMetaSlots(MetaSlots& table, const std::vector<std::string_view>& names, std::size_t max_probes);
 
-// The table of these names in declaration order. The same names give the same table. Nullopt for names that collide under every
-// seed that is tried.
+// The table of these names in declaration order. Equal names give equal tables. Nullopt if the names collide under every seed
+// that is tried.
 std::optional<MetaSlots> MakeMetaSlots(const std::vector<std::string_view>& names);
 
 }  // namespace qmx

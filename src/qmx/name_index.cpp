@@ -10,7 +10,7 @@
 namespace qmx {
 namespace {
 
-// Where the program was loaded and when it first asked: enough that no file can know it, from sources that cannot fail.
+// The load address of the program and the time of the first call: no file can know them, and reading them cannot fail.
 std::uint64_t Seed() {
   static const std::uint64_t seed = [] {
     const auto place = reinterpret_cast<std::uintptr_t>(&Seed);

@@ -8,7 +8,7 @@
 
 namespace qmx {
 
-// Each operation takes `name_at(position)`, the name at a position that was added.
+// `name_at(position)` returns the name that was added at a position. Each operation takes it as an argument.
 class NameIndex {
  public:
   NameIndex() { Clear(); }
@@ -20,7 +20,7 @@ class NameIndex {
     return slot.end == 0 ? std::nullopt : std::optional(slot.end - 1);
   }
 
-  // Adds a name; false if it stood before, which keeps its position. `name_at(position)` is not called.
+  // Adds a name. Returns false if it is present already; it keeps its position. `name_at(position)` is not called.
   template <class NameAt>
   bool Add(std::string_view name, std::uint32_t position, NameAt name_at) {
     if (2 * (used_ + 1) > slots_.size()) Double();
@@ -32,7 +32,7 @@ class NameIndex {
     return true;
   }
 
-  // Forgets all names, in time that does not depend on their number.
+  // Removes all names, in time that does not depend on their number.
   void Clear() {
     slots_.assign(kFirstSlots, {});
     used_ = 0;
@@ -43,10 +43,10 @@ class NameIndex {
 
   struct Slot {
     std::uint32_t hash = 0;
-    std::uint32_t end = 0;  // the position and one; 0 = free
+    std::uint32_t end = 0;  // position + 1; 0 = free
   };
 
-  // Hashes with a number that differs from run to run, so that no file can be written to collide.
+  // Hashes with a number that differs from run to run, so that no file can be constructed to collide.
   static std::uint32_t HashOf(std::string_view name);
 
   // The slot of the name, or the free one where it belongs.

@@ -1,4 +1,4 @@
-// Places of elements, and of bytes as lines and columns.
+// Locations of elements; lines and columns of bytes.
 #include "qmx/qmx_source_map.h"
 
 #include <algorithm>
@@ -17,33 +17,33 @@ std::uint32_t Size(const auto& list) { return static_cast<std::uint32_t>(list.si
 
 }  // namespace
 
-LineColumn PlaceCounter::At(std::size_t offset) {
+LineColumn LineCounter::At(std::size_t offset) {
   offset = std::min(offset, text_.size());
   for (int i = 0; i < 3 && offset > 0 && offset < text_.size() && Continues(text_[offset]); ++i) --offset;
   PassLines(offset);
   for (; at_ < offset; ++at_) Pass(text_[at_]);
-  return place_;
+  return location_;
 }
 
-void PlaceCounter::PassLines(std::size_t offset) {
+void LineCounter::PassLines(std::size_t offset) {
   const std::string_view passed = text_.substr(0, offset);
   if (passed.find('\r', at_) != std::string_view::npos) return;
   for (std::size_t end = passed.find('\n', at_); end != std::string_view::npos; end = passed.find('\n', at_)) {
     at_ = end + 1;
-    place_ = {place_.line + 1, 1};
+    location_ = {location_.line + 1, 1};
   }
 }
 
-void PlaceCounter::Pass(char byte) {
+void LineCounter::Pass(char byte) {
   const bool ends_line = byte == '\n' || (byte == '\r' && (at_ + 1 == text_.size() || text_[at_ + 1] != '\n'));
   if (ends_line) {
-    place_ = {place_.line + 1, 1};
+    location_ = {location_.line + 1, 1};
   } else if (!Continues(byte) && !(at_ == 0 && text_.starts_with(kByteOrderMark))) {
-    ++place_.column;
+    ++location_.column;
   }
 }
 
-LineColumn Locate(std::string_view text, std::size_t offset) { return PlaceCounter(text).At(offset); }
+LineColumn Locate(std::string_view text, std::size_t offset) { return LineCounter(text).At(offset); }
 
 std::optional<Span> FindAttributeValue(std::string_view text, std::size_t element, std::string_view attribute) {
   TagScanner scanner(text, element);
@@ -83,28 +83,28 @@ void SourceMap::Add(const ElementId& id, std::size_t offset) {
 std::optional<std::size_t> SourceMap::Find(const ElementId& id) const {
   if (id.kind == ElementId::Kind::kMetalib) return metalib_;
   if (id.meta >= metas_.size()) return std::nullopt;
-  const MetaPlaces& places = metas_[id.meta];
+  const MetaOffsets& offsets = metas_[id.meta];
   const bool is_last = id.meta + 1 == metas_.size();
-  const std::uint32_t entries = (is_last ? Size(entries_) : metas_[id.meta + 1].first_entry) - places.first_entry;
-  const std::uint32_t indexes = (is_last ? Size(indexes_) : metas_[id.meta + 1].first_index) - places.first_index;
-  const auto key = [](Offset place) { return place == kNowhere ? std::nullopt : std::optional<std::size_t>(place); };
+  const std::uint32_t entries = (is_last ? Size(entries_) : metas_[id.meta + 1].first_entry) - offsets.first_entry;
+  const std::uint32_t indexes = (is_last ? Size(indexes_) : metas_[id.meta + 1].first_index) - offsets.first_index;
+  const auto key = [](Offset offset) { return offset == kNowhere ? std::nullopt : std::optional<std::size_t>(offset); };
   switch (id.kind) {
     case ElementId::Kind::kMetalib:
       break;
     case ElementId::Kind::kMeta:
-      return places.meta;
+      return offsets.meta;
     case ElementId::Kind::kEntry:
-      if (id.item < entries) return entries_[places.first_entry + id.item];
+      if (id.item < entries) return entries_[offsets.first_entry + id.item];
       break;
     case ElementId::Kind::kPrimaryKey:
-      return key(places.primary_key);
+      return key(offsets.primary_key);
     case ElementId::Kind::kSplittableKey:
-      return key(places.splittable_key);
+      return key(offsets.splittable_key);
     case ElementId::Kind::kIndex:
-      if (id.item < indexes) return indexes_[places.first_index + id.item].index;
+      if (id.item < indexes) return indexes_[offsets.first_index + id.item].index;
       break;
     case ElementId::Kind::kColumn:
-      if (id.item < indexes) return FindColumn(places.first_index + id.item, id.column);
+      if (id.item < indexes) return FindColumn(offsets.first_index + id.item, id.column);
       break;
   }
   return std::nullopt;

@@ -1,4 +1,4 @@
-// Finds the attributes of a start tag again. No XML parser: the tag is known to be well-formed.
+// Finds the attributes of a start tag again. Not an XML parser: the tag is known to be well-formed.
 #include "qmx/tag_scanner.h"
 
 #include <algorithm>

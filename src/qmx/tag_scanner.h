@@ -14,13 +14,13 @@ struct AttributeSpans {
   Span value;  // between the quotes
 };
 
-// Walks over the attributes of one tag, in order.
+// Iterates over the attributes of one tag, in order.
 class TagScanner {
  public:
   // `element` is the offset of the tag's '<'.
   TagScanner(std::string_view text, std::size_t element);
 
-  // The next attribute; nullopt behind the last one. Stays inside the text whatever stands there.
+  // The next attribute; nullopt after the last one. Never reads outside the text, whatever it contains.
   std::optional<AttributeSpans> Next();
 
  private:

@@ -1,4 +1,4 @@
-// The elements and attributes of schema files. docs/qmx.rng says the same as a grammar; a test holds the two together.
+// The elements and attributes of schema files. docs/qmx.rng contains the same as a grammar; a test compares the two.
 #include "qmx_xml/schema_form.h"
 
 #include <algorithm>
@@ -66,7 +66,7 @@ const std::vector<ElementForm>& Elements() {
       {Kind::kPrimaryKey, "primarykey", Kind::kMeta, {KeyEntries(), Desc()}},
       {Kind::kSplittableKey, "splittablekey", Kind::kMeta, {KeyEntries(), Desc()}},
       {Kind::kIndex, "index", Kind::kMeta, {Name(), Desc()}},
-      // A column's desc is its direction, not a description.
+      // The desc of a column is its direction, not a description.
       {Kind::kColumn,
        "column",
        Kind::kIndex,

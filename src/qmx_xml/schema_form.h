@@ -14,7 +14,7 @@
 
 namespace qmx {
 
-// Every attribute name of the form.
+// All attribute names of the format.
 enum class Attribute {
   kName,
   kVersion,
@@ -33,9 +33,9 @@ enum class Attribute {
   kNumberOfAttributes
 };
 
-enum class ValueForm { kText, kNumber, kChoice, kComment };  // kComment: any text, which nobody reads
+enum class ValueForm { kText, kNumber, kChoice, kComment };  // kComment: any text, which is ignored
 
-// A word of the form.
+// A name in the format.
 struct FormName {
   FormName(const char* name) : text(name), number(ShortName(name)) {}
 
@@ -45,7 +45,7 @@ struct FormName {
   operator std::string_view() const { return text; }
 
   const char* text;
-  std::uint64_t number;  // ShortName of it
+  std::uint64_t number;  // its ShortName
 };
 
 struct AttributeForm {
@@ -54,7 +54,7 @@ struct AttributeForm {
   bool is_required = false;
   ValueForm form = ValueForm::kText;
   std::uint64_t lowest = 0;                    // kNumber
-  std::uint64_t highest = 0;                   // kNumber; of a kText its length in bytes
+  std::uint64_t highest = 0;                   // kNumber; for kText the maximum length in bytes
   std::vector<std::string_view> choices = {};  // kChoice
 };
 
@@ -65,7 +65,7 @@ struct ElementForm {
 
   ElementId::Kind kind;
   FormName name;
-  ElementId::Kind parent;  // itself for the outermost element
+  ElementId::Kind parent;  // the element itself for the outermost element
   std::vector<AttributeForm> attributes;
   AttributeSet required;
 
@@ -73,15 +73,15 @@ struct ElementForm {
   const AttributeForm* Find(const char* attribute) const;  // null if there is none
 };
 
-// The form of an element by name; null if there is none.
+// The description of an element by name; null if there is none.
 const ElementForm* FindElement(const char* name);
 
-// Names of the elements that may stand in an element, or outermost for null.
+// Names of the elements that are allowed inside an element, or outermost for null.
 std::vector<std::string_view> ChildNames(const ElementForm* parent);
 
 std::vector<std::string_view> AttributeNames(const ElementForm& element);
 
-// "a, b, c"; "none" for no words.
+// "a, b, c"; "none" for an empty list.
 std::string Listed(const std::vector<std::string_view>& words);
 
 }  // namespace qmx

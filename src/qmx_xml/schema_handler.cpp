@@ -1,11 +1,11 @@
-// Turns the elements of a schema file into calls of the builder. Which elements and attributes there are stands in
-// schema_form.cpp; here is what connects them.
+// Turns the elements of a schema file into calls of the builder. schema_form.cpp lists the elements and attributes; this file
+// gives them their meaning.
 #include "qmx_xml/schema_handler.h"
 
 #include <algorithm>
 
 #include "base/did_you_mean.h"
-#include "base/quote.h"
+#include "base/text.h"
 
 namespace qmx {
 namespace {
@@ -34,9 +34,9 @@ Protocol ProtocolOf(std::optional<std::string_view> text) {
   return *text == "TLV" ? Protocol::kTlv : Protocol::kQmx;
 }
 
-// Numbers of the form fit the type by their range; a refused or absent one counts as `otherwise`.
-std::int32_t Int32Of(std::optional<std::uint64_t> number, std::int32_t otherwise) {
-  return number ? static_cast<std::int32_t>(*number) : otherwise;
+// The range of a number in the format fits the type; a refused or absent number gives `default_value`.
+std::int32_t Int32Of(std::optional<std::uint64_t> number, std::int32_t default_value) {
+  return number ? static_cast<std::int32_t>(*number) : default_value;
 }
 
 }  // namespace
@@ -129,8 +129,8 @@ void SchemaHandler::StartEntry(StartTag& tag) {
   source_map_.Add(Id(Kind::kEntry, meta_.entries++), tag.offset());
 }
 
-void SchemaHandler::RefuseMore(const StartTag& tag, const std::string& what, std::size_t most) {
-  errors_.Add(tag.offset(), "more than " + std::to_string(most) + " " + what + "; allowed: up to that");
+void SchemaHandler::RefuseMore(const StartTag& tag, const std::string& what, std::size_t max) {
+  errors_.Add(tag.offset(), "too many " + what + "; allowed: at most " + std::to_string(max));
 }
 
 void SchemaHandler::CheckSize(StartTag& tag, std::string_view name) {
@@ -215,7 +215,7 @@ void SchemaHandler::EndMeta() {
 std::string SchemaHandler::InMeta() const { return " in meta " + Quote(meta_.name); }
 
 void SchemaHandler::RefuseRepeat(std::size_t element, const std::string& what) {
-  errors_.Add(PlaceOf(element, "name"), what + "; allowed: names that differ");
+  errors_.Add(OffsetOf(element, "name"), what + "; allowed: unique names");
 }
 
 void SchemaHandler::ReportRepeatedIds() {
@@ -223,8 +223,8 @@ void SchemaHandler::ReportRepeatedIds() {
   for (std::size_t i = 1; i < ids_.size(); ++i) {
     const auto [id, element] = ids_[i];
     if (id != ids_[i - 1].first) continue;
-    errors_.Add(PlaceOf(element, "id"),
-                "a second entry with id " + std::to_string(id) + InMeta() + "; allowed in a TLV library: ids that differ");
+    errors_.Add(OffsetOf(element, "id"),
+                "a second entry with id " + std::to_string(id) + InMeta() + "; allowed in a TLV library: unique ids");
   }
 }
 
@@ -243,7 +243,7 @@ void SchemaHandler::OnText(std::string_view piece, std::size_t offset) {
   if (first == piece.end() || refused_depth_ > 0 || is_text_reported_) return;
   const auto begin = static_cast<std::size_t>(first - piece.begin());
   is_text_reported_ = true;
-  // A character reference stands for other bytes than those of the file: then the place is that of the reference.
+  // A character reference stands for bytes that are not in the file: then the location is that of the reference.
   const bool is_verbatim = text_.substr(std::min(offset, text_.size()), piece.size()) == piece;
   errors_.Add(is_verbatim ? offset + begin : offset,
               "text " + Quote(piece.substr(begin)) + " between elements; allowed: elements and comments");
@@ -260,18 +260,18 @@ std::optional<Schema> SchemaHandler::Finish() {
 void SchemaHandler::ReportBuildErrors(const std::vector<BuildError>& errors) {
   std::size_t last_element = text_.size();
   std::string_view last_attribute;
-  std::size_t place = 0;
+  std::size_t offset = 0;
   for (const BuildError& error : errors) {
     const std::size_t element = source_map_.Find(error.where).value_or(0);
-    // A key of many unknown members would otherwise be scanned again for each.
-    if (element != last_element || error.attribute != last_attribute) place = PlaceOf(element, error.attribute);
+    // Otherwise a key with many unknown members would be scanned again for each of them.
+    if (element != last_element || error.attribute != last_attribute) offset = OffsetOf(element, error.attribute);
     last_element = element;
     last_attribute = error.attribute;
-    errors_.Add(place, error.text);
+    errors_.Add(offset, error.text);
   }
 }
 
-std::size_t SchemaHandler::PlaceOf(std::size_t element, std::string_view attribute) const {
+std::size_t SchemaHandler::OffsetOf(std::size_t element, std::string_view attribute) const {
   const std::optional<Span> value = FindAttributeValue(text_, element, attribute);
   return value ? value->begin : element;
 }

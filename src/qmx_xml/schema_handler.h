@@ -1,7 +1,7 @@
-// Turns the elements of a schema file into calls of the builder, and refuses what has no place in one.
+// Turns the elements of a schema file into calls of the builder, and refuses everything else.
 //
-// An element that is refused as a whole (unknown, in the wrong place) is passed over with all that it holds. One with a bad
-// attribute still takes part under its name, so that a mistake does not make every reference to it another one.
+// An element that is refused as a whole (unknown, or in the wrong place) is skipped with its content. An element with an invalid
+// attribute still counts under its name, so that one mistake does not turn every reference to it into another error.
 #pragma once
 
 #include <cstddef>
@@ -13,8 +13,8 @@
 #include <vector>
 
 #include "qmx/qmx_xml.h"
-#include "qmx_xml/error_list.h"
 #include "qmx_xml/start_tag.h"
+#include "qmx_xml/xml_faults.h"
 
 namespace qmx {
 
@@ -23,7 +23,7 @@ class SchemaHandler {
   // Both must outlive the handler.
   SchemaHandler(std::string_view text, ErrorList& errors) : text_(text), errors_(errors) {}
 
-  // What the parser meets; offsets are places in the file.
+  // Events of the parser; offsets are positions in the file.
   void OnStart(const char* name, const char** attributes, std::size_t offset);
   void OnEnd();
   void OnText(std::string_view piece, std::size_t offset);
@@ -31,7 +31,8 @@ class SchemaHandler {
   // The innermost open element, for messages: "element 'meta'", "a refused element", or empty if none is open.
   std::string InnermostOpen() const;
 
-  // Resolves what was read. REQUIRES: the whole file was read without a syntax error. Nullopt if the file has errors.
+  // Resolves the elements that were read. REQUIRES: the whole file was read without a syntax error. Nullopt if the file has
+  // errors.
   std::optional<Schema> Finish();
 
  private:
@@ -41,7 +42,7 @@ class SchemaHandler {
     std::size_t offset = 0;
     std::uint32_t entries = 0;
     std::uint32_t indexes = 0;
-    bool is_empty = true;  // holds neither entries nor elements that were refused
+    bool is_empty = true;  // contains neither entries nor refused elements
     bool has_primary_key = false;
     bool has_splittable_key = false;
   };
@@ -58,8 +59,8 @@ class SchemaHandler {
   void StartMetalib(const StartTag& tag);
   void StartMeta(const StartTag& tag);
   void StartEntry(StartTag& tag);
-  // Told once, at the first that is too many.
-  void RefuseMore(const StartTag& tag, const std::string& what, std::size_t most);
+  // Reported once, for the first element above the limit.
+  void RefuseMore(const StartTag& tag, const std::string& what, std::size_t max);
   void CheckSize(StartTag& tag, std::string_view name);
   void CheckId(StartTag& tag, std::string_view name);
   void StartKey(StartTag& tag);
@@ -73,7 +74,7 @@ class SchemaHandler {
   void ReportBuildErrors(const std::vector<BuildError>& errors);
 
   // Offset of an attribute's value, or of the element if it has no such attribute.
-  std::size_t PlaceOf(std::size_t element, std::string_view attribute) const;
+  std::size_t OffsetOf(std::size_t element, std::string_view attribute) const;
 
   ElementId Id(ElementId::Kind kind, std::uint32_t item = 0, std::uint32_t column = 0) const {
     return {kind, metas_ - 1, item, column};
@@ -82,7 +83,7 @@ class SchemaHandler {
   std::string_view text_;
   ErrorList& errors_;
   std::vector<const ElementForm*> open_;
-  std::size_t refused_depth_ = 0;  // open elements from the refused one on
+  std::size_t refused_depth_ = 0;  // number of open elements, counted from the refused one
   bool has_root_ = false;
   bool is_text_reported_ = false;  // since the last tag
   std::optional<MetalibBuilder> builder_;
@@ -90,7 +91,7 @@ class SchemaHandler {
   Protocol protocol_ = Protocol::kUnset;
   std::uint32_t metas_ = 0;
   OpenMeta meta_;
-  std::vector<std::pair<std::uint64_t, std::size_t>> ids_;  // of its entries, each with the offset of the element
+  std::vector<std::pair<std::uint64_t, std::size_t>> ids_;  // of its entries, with the offset of the element
   OpenIndex index_;
 };
 

@@ -1,10 +1,10 @@
-// The attributes of one start tag, checked against the form of its element.
+// The attributes of one start tag, checked against the description of its element.
 #include "qmx_xml/start_tag.h"
 
 #include <algorithm>
 
 #include "base/did_you_mean.h"
-#include "base/quote.h"
+#include "base/text.h"
 
 namespace qmx {
 namespace {
@@ -16,8 +16,8 @@ bool IsDecimal(std::string_view text) {
   return !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
 }
 
-// Nullopt for what is no number in decimal digits, or too large. By hand, since the parser has just written these bytes one by
-// one: reading them at once, as strlen does, would wait for them.
+// Nullopt if the text is not a decimal number, or too large. Parsed byte by byte: the parser has just written these bytes one by
+// one, and wider reads, as in strlen, would stall on them.
 std::optional<std::uint64_t> ParseDecimal(const char* text) {
   std::uint64_t number = 0;
   const char* at = text;
@@ -64,7 +64,7 @@ void StartTag::Take(const AttributeForm& attribute, const char* value) {
 bool StartTag::TakeText(const AttributeForm& attribute, std::string_view value) {
   texts_[Index(attribute.id)] = value;
   if (value.size() <= attribute.highest) return true;
-  Refuse(attribute.id, Quote(attribute.name) + " has " + std::to_string(value.size()) + " bytes; allowed: up to " +
+  Refuse(attribute.id, Quote(attribute.name) + " has " + std::to_string(value.size()) + " bytes; allowed: at most " +
                            std::to_string(attribute.highest));
   return false;
 }
@@ -108,12 +108,12 @@ void StartTag::RefuseMissing() {
 }
 
 void StartTag::Refuse(Attribute id, std::string what) {
-  std::size_t place = offset_;
+  std::size_t offset = offset_;
   for (std::size_t i = 0; attributes_[2 * i] != nullptr; ++i) {
     const AttributeForm* attribute = form_.Find(attributes_[2 * i]);
-    if (attribute != nullptr && attribute->id == id) place = SpansOf(i).value.begin;
+    if (attribute != nullptr && attribute->id == id) offset = SpansOf(i).value.begin;
   }
-  errors_.Add(place, std::move(what));
+  errors_.Add(offset, std::move(what));
 }
 
 AttributeSpans StartTag::SpansOf(std::size_t position) {

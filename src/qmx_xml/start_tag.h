@@ -1,4 +1,4 @@
-// The attributes of one start tag, checked against the form of its element.
+// The attributes of one start tag, checked against the description of its element.
 #pragma once
 
 #include <array>
@@ -10,25 +10,25 @@
 #include <vector>
 
 #include "qmx/tag_scanner.h"
-#include "qmx_xml/error_list.h"
 #include "qmx_xml/schema_form.h"
+#include "qmx_xml/xml_faults.h"
 
 namespace qmx {
 
 class StartTag {
  public:
-  // Checks everything that can be said of an attribute by itself and adds what is wrong to `errors`. `attributes` are names and
-  // values in turn, in the order of the tag, ending in null; `offset` is the place of the tag in the file `text`. All of them
-  // must outlive the tag.
+  // Checks each attribute by itself and adds its faults to `errors`. `attributes` contains names and values alternately, in the
+  // order of the tag, and ends in null; `offset` is the position of the tag in the file `text`. All arguments must outlive the
+  // tag.
   StartTag(const ElementForm& form, const char** attributes, std::string_view text, std::size_t offset, ErrorList& errors);
 
   const ElementForm& form() const { return form_; }
   std::size_t offset() const { return offset_; }
 
-  // Whether the attribute stands in the tag, refused or not.
+  // Whether the tag has the attribute, refused or not.
   bool Has(Attribute id) const { return present_[Index(id)]; }
 
-  // The value; nullopt where it is absent or was refused.
+  // The value; nullopt if it is absent or was refused.
   std::optional<std::string_view> Text(Attribute id) const {
     return accepted_[Index(id)] ? std::optional(texts_[Index(id)]) : std::nullopt;
   }
@@ -50,7 +50,7 @@ class StartTag {
   void RefuseUnknown(std::size_t position, std::string_view name);
   void RefuseMissing();
 
-  // Where the attribute at that position of the tag stands in the file.
+  // The location in the file of the attribute at that position of the tag.
   AttributeSpans SpansOf(std::size_t position);
 
   const ElementForm& form_;
@@ -60,9 +60,9 @@ class StartTag {
   ErrorList& errors_;
   AttributeSet present_;
   AttributeSet accepted_;
-  std::array<std::string_view, kAttributes> texts_;  // of accepted texts and choices
-  std::array<std::uint64_t, kAttributes> numbers_;   // of accepted numbers
-  std::vector<AttributeSpans> spans_;                // filled when the first one is asked for
+  std::array<std::string_view, kAttributes> texts_;  // accepted texts and choices
+  std::array<std::uint64_t, kAttributes> numbers_;   // accepted numbers
+  std::vector<AttributeSpans> spans_;                // filled on first use
 };
 
 }  // namespace qmx

@@ -1,11 +1,11 @@
-// What can be wrong with a file before or instead of being XML, and the texts for it.
+// Texts of errors of files that are not well-formed XML, and the list of errors of a file by line and column.
 #include "qmx_xml/xml_faults.h"
 
 #include <expat.h>
 
 #include <algorithm>
 
-#include "base/quote.h"
+#include "base/text.h"
 #include "qmx/qmx_xml.h"
 
 namespace qmx {
@@ -25,12 +25,12 @@ constexpr SyntaxText kSyntaxTexts[] = {
     {XML_ERROR_UNCLOSED_TOKEN, "the file ends inside a tag, comment or instruction; allowed: a complete one"},
     {XML_ERROR_PARTIAL_CHAR, "the file ends inside a character; allowed: complete UTF-8"},
     {XML_ERROR_TAG_MISMATCH, "the end tag does not match its start tag; allowed: the end tag of the innermost open element"},
-    {XML_ERROR_DUPLICATE_ATTRIBUTE, "the attribute stands twice; allowed: once in a tag"},
-    {XML_ERROR_JUNK_AFTER_DOC_ELEMENT, "something follows the outermost element; allowed: comments"},
-    {XML_ERROR_BAD_CHAR_REF, "a reference to a character that XML does not have; allowed: those of XML 1.0"},
+    {XML_ERROR_DUPLICATE_ATTRIBUTE, "duplicate attribute; allowed: each attribute once"},
+    {XML_ERROR_JUNK_AFTER_DOC_ELEMENT, "content after the outermost element; allowed: comments"},
+    {XML_ERROR_BAD_CHAR_REF, "reference to an invalid character; allowed: characters of XML 1.0"},
     {XML_ERROR_UNCLOSED_CDATA_SECTION, "the file ends inside a CDATA section; allowed: a complete one"},
     {XML_ERROR_MISPLACED_XML_PI, "an XML declaration that is not at the start; allowed: as the first bytes of the file"},
-    {XML_ERROR_XML_DECL, "a broken XML declaration; allowed: <?xml version=\"1.0\" encoding=\"UTF-8\"?>"},
+    {XML_ERROR_XML_DECL, "malformed XML declaration; allowed: <?xml version=\"1.0\" encoding=\"UTF-8\"?>"},
     {XML_ERROR_INVALID_TOKEN, "not well-formed XML; allowed: XML 1.0 in UTF-8"},
     {XML_ERROR_SYNTAX, "not well-formed XML; allowed: XML 1.0 in UTF-8"},
 };
@@ -40,7 +40,7 @@ std::string MissingEnd(std::string_view open_element) {
   return "the file ends inside " + std::string(open_element) + "; allowed: elements with an end tag";
 }
 
-// The parser gives the place of the tag for a reference in one of its values: the first reference to no known entity is meant.
+// For a reference inside a value the parser reports the location of the tag: find the first reference to an unknown entity.
 FileFault UndefinedEntity(std::string_view text, std::size_t offset) {
   constexpr std::string_view kKnown[] = {"&#", "&lt;", "&gt;", "&amp;", "&apos;", "&quot;"};
   const auto is_known = [&](std::size_t at) {
@@ -79,7 +79,7 @@ std::optional<FileFault> FindFileFault(std::string_view text) {
   if (text.starts_with("\xFE\xFF") || text.starts_with("\xFF\xFE")) {
     return FileFault{0, "the file is encoded in UTF-16 or UTF-32; allowed: UTF-8"};
   }
-  // UTF-16 and UTF-32 without a mark; the parser finds the zeros of other files.
+  // UTF-16 and UTF-32 without a byte order mark; the parser reports zero bytes in other files.
   if (const std::size_t zero = text.substr(0, 4).find('\0'); zero != std::string_view::npos) return FileFault{zero, kZeroByte};
   const std::size_t begin = text.find_first_not_of(" \t\r\n", text.starts_with("\xEF\xBB\xBF") ? 3 : 0);
   if (begin != std::string_view::npos && text[begin] != '<') {
@@ -97,7 +97,7 @@ FileFault DescribeSyntaxError(int code, std::string_view text, std::size_t offse
     return {offset, "byte " + HexByte(rest.front()) + " is not UTF-8; allowed: UTF-8"};
   }
   if (code == XML_ERROR_INVALID_TOKEN && IsMergeMark(text, offset)) {
-    return {offset, "the mark of a merge that was not finished; allowed: XML 1.0 in UTF-8"};
+    return {offset, "unresolved merge conflict marker; allowed: XML 1.0 in UTF-8"};
   }
   const auto known = std::ranges::find(kSyntaxTexts, code, &SyntaxText::code);
   if (known != std::end(kSyntaxTexts)) return {offset, known->text};
@@ -108,6 +108,25 @@ FileFault DescribeSyntaxError(int code, std::string_view text, std::size_t offse
 bool IsAllowedEncoding(std::string_view name) {
   const auto is = [name](std::string_view other) { return std::ranges::equal(name, other, {}, Upper); };
   return is("UTF-8") || is("US-ASCII");
+}
+
+void ErrorList::Add(std::size_t offset, std::string text) {
+  if (!IsFull()) errors_.emplace_back(offset, std::move(text));
+}
+
+// Turns all offsets into lines and columns in one pass.
+std::vector<ReadError> ErrorList::Locate(std::string_view text) const {
+  auto sorted = errors_;
+  std::ranges::stable_sort(sorted, {}, &std::pair<std::size_t, std::string>::first);
+  LineCounter counter(text);
+  std::vector<ReadError> located;
+  located.reserve(sorted.size() + 1);
+  for (auto& [offset, what] : sorted) located.push_back({counter.At(offset), std::move(what)});
+  if (IsFull()) {
+    located.push_back(
+        {located.back().location, "too many errors; only the first " + std::to_string(kMaxErrors) + " found are shown"});
+  }
+  return located;
 }
 
 }  // namespace qmx

@@ -1,13 +1,12 @@
-// Reads the text form of a schema library: the events of expat. Only this file and xml_faults.cpp know the parser.
+// Reads the text form of a schema library: handles the events of expat. Only this file and xml_faults.cpp use the parser.
 #include <expat.h>
 
 #include <algorithm>
 #include <new>
 #include <utility>
 
-#include "base/quote.h"
+#include "base/text.h"
 #include "qmx/qmx_xml.h"
-#include "qmx_xml/error_list.h"
 #include "qmx_xml/schema_handler.h"
 #include "qmx_xml/xml_faults.h"
 
@@ -33,16 +32,16 @@ class XmlReader {
   }
 
  private:
-  // False if the reading ended early.
+  // Returns false if parsing stopped early.
   bool Parse() {
     XML_SetUserData(parser_, this);
     XML_SetElementHandler(parser_, OnStart, OnEnd);
     XML_SetCharacterDataHandler(parser_, OnText);
     XML_SetXmlDeclHandler(parser_, OnXmlDeclaration);
     XML_SetStartDoctypeDeclHandler(parser_, OnDoctype);
-    // All in one piece: expat would scan a long tag again for each piece of it. kMaxFileBytes fits its int.
+    // The whole file at once: expat would scan a long tag again for each piece of it. kMaxFileBytes fits its int.
     if (XML_ParseBuffer(parser_, static_cast<int>(text_.size()), XML_TRUE) == XML_STATUS_OK) return !is_stopped_;
-    // Then the file is not to blame.
+    // Then the file is not at fault.
     if (XML_GetErrorCode(parser_) == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
     if (!is_stopped_) {
       const FileFault fault = DescribeSyntaxError(XML_GetErrorCode(parser_), text_, Offset(), handler_.InnermostOpen());
@@ -51,7 +50,7 @@ class XmlReader {
     return false;
   }
 
-  // Place of the current event; the end of the file if the parser has none.
+  // Position of the current event; the end of the file if the parser has none.
   std::size_t Offset() const {
     const XML_Index index = XML_GetCurrentByteIndex(parser_);
     return index < 0 ? text_.size() : static_cast<std::size_t>(index);

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "base/text.h"
+
 namespace korvel {
 namespace {
 
@@ -59,7 +61,7 @@ std::string PageReader::TakeParagraph() {
   std::string text;
   do {
     if (!IsPlainText(Line())) Fail("a line of plain text");
-    text += (text.empty() ? "" : " ") + std::string(Line());
+    AppendPart(text, " ", Line());
     Skip();
   } while (!AtEnd() && !Line().empty());
   if (!text.ends_with('.')) Fail("a full stop at the end of the paragraph above");

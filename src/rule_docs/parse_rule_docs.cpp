@@ -1,5 +1,5 @@
 // Tested by tests/rule_docs/parse_rule_docs_test.cpp.
-#include "rule_docs/parse_rule_docs.h"
+#include "rule_docs/rule_doc_files.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,4 +1,5 @@
-// Rules and result codes for programs; docs/command-line.md lists the members. Tested by tests/tool/explain_test.cpp.
+// Rules and result codes for programs; docs/rules.schema.json lists the members, docs/command-line.md describes them. Tested by
+// tests/rule_docs/rule_docs_test.cpp and tests/tool/explain_test.cpp.
 #include <nlohmann/json.hpp>
 
 #include "rule_docs/rule_doc_format.h"
@@ -7,6 +8,9 @@ namespace korvel {
 namespace {
 
 using Json = nlohmann::ordered_json;
+
+// Goes up when a member changes its meaning or is removed; new members do not change it.
+constexpr int kJsonVersion = 1;
 
 Json OrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
 
@@ -37,24 +41,27 @@ Json ExampleJson(const RuleDocExample& example) {
 
 std::string ToText(const Json& json) { return json.dump(2) + "\n"; }
 
-Json Header() { return {{"tool", "korvelcheck"}, {"version", KORVEL_VERSION}}; }
+// As reports begin.
+Json Header(const char* command) {
+  return {{"version", kJsonVersion}, {"tool", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}}}, {"command", command}};
+}
 
 std::string Rules() {
-  Json json = Header();
+  Json json = Header("rules");
   Json& rules = json["rules"] = Json::array();
   for (const RuleDoc& doc : AllRuleDocs()) rules.push_back(RowJson(doc));
   return ToText(json);
 }
 
 std::string Codes() {
-  Json json = Header();
+  Json json = Header("rules");
   Json& codes = json["codes"] = Json::array();
   for (const CodeDoc& doc : AllCodeDocs()) codes.push_back(ToJson(doc));
   return ToText(json);
 }
 
 std::string Rule(const RuleDoc& doc) {
-  Json json = Header();
+  Json json = Header("explain");
   json.update(RowJson(doc));
   json["protects"] = doc.protects;
   json["allowed"] = doc.allowed;
@@ -65,7 +72,7 @@ std::string Rule(const RuleDoc& doc) {
 }
 
 std::string Code(const CodeDoc& doc) {
-  Json json = Header();
+  Json json = Header("explain");
   json.update(ToJson(doc));
   return ToText(json);
 }

@@ -1,5 +1,6 @@
 // The pages of docs/rules as they are, and the index that `make docs` writes to docs/rules/README.md. Tested by
 // tests/tool/explain_test.cpp.
+#include "base/text.h"
 #include "rule_docs/rule_doc_files.h"
 #include "rule_docs/rule_doc_format.h"
 
@@ -28,9 +29,7 @@ constexpr char kCodesHead[] =
     "|---|---|\n";
 
 std::string Links(const CodeDoc& doc) {
-  std::string links;
-  for (const RefusalRow* row : doc.rules) links += (links.empty() ? "" : ", ") + LinkToRule(row->id);
-  return links;
+  return Join(doc.rules, ", ", [](const RefusalRow* row) { return LinkToRule(row->id); });
 }
 
 std::string Rules() {

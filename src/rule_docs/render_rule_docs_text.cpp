@@ -1,6 +1,7 @@
 // Rules and result codes for people at a terminal. Tested by tests/tool/explain_test.cpp.
 #include <algorithm>
 
+#include "base/text.h"
 #include "rule_docs/rule_doc_format.h"
 
 namespace korvel {
@@ -13,11 +14,7 @@ std::string Padded(const std::string& text, std::size_t width) {
   return text + std::string(std::max(width, text.size() + 1) - text.size(), ' ');
 }
 
-std::string CodesText(const std::vector<int>& codes) {
-  std::string text;
-  for (const int code : codes) text += (text.empty() ? "" : ", ") + CodeWithName(code);
-  return text;
-}
+std::string CodesText(const std::vector<int>& codes) { return Join(codes, ", ", CodeWithName); }
 
 std::string Section(const std::string& title, const std::string& text) {
   return "\n" + title + "\n" + Wrapped(text, kWidth, "  ");

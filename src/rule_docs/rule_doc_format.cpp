@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "base/text.h"
 #include "rule_docs/rule_doc_files.h"
 
 namespace korvel {
@@ -15,9 +16,7 @@ std::span<const RuleDocFormat* const> RuleDocFormats() {
 std::string CodeWithName(int code) { return std::to_string(code) + " " + ResultCodeName(code); }
 
 std::string CodeNumbers(const std::vector<int>& codes) {
-  std::string text;
-  for (const int code : codes) text += (text.empty() ? "" : ", ") + std::to_string(code);
-  return text;
+  return Join(codes, ", ", [](int code) { return std::to_string(code); });
 }
 
 std::string SentenceOf(std::string_view summary) {

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "rule_docs/parse_rule_docs.h"
+#include "rule_docs/rule_doc_files.h"
 
 namespace korvel {
 namespace {

@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "base/input_error.h"
-#include "base/one_line.h"
+#include "base/text.h"
 #include "qmx/qmx_image.h"
 #include "qmx/qmx_xml.h"
 
@@ -80,7 +80,7 @@ void RequireUnchanged(const std::string& name, const FileState& state) {
   if (!StatusOf(state.path, now) || now.st_dev != state.device || now.st_ino != state.number) return;
   const bool is_same = static_cast<std::size_t>(now.st_size) == state.size && now.st_mtim.tv_sec == state.written.tv_sec &&
                        now.st_mtim.tv_nsec == state.written.tv_nsec;
-  if (!is_same) RefuseFile(name, "was written to while it was read; try again");
+  if (!is_same) RefuseFile(name, "was modified while it was read; try again");
 }
 
 std::size_t ReadUpTo(const OpenFile& file, char* to, std::size_t capacity) {

@@ -1,16 +1,20 @@
-// Loads schema files and images. src/qmx_xml and src/qmx decide what they may contain. Tested by tests/tool/input_test.cpp,
-// image_test.cpp and git_test.cpp.
+// Loads schema files and images; src/qmx_xml and src/qmx decide what they may contain. A schema file that is written is read back
+// to compare; xml_writer.cpp writes its elements. Tested by tests/tool/input_test.cpp, image_test.cpp and git_test.cpp.
 #include "schema/input.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 #include "base/input_error.h"
-#include "base/one_line.h"
 #include "base/text.h"
+#include "common/meta_view.h"
 #include "qmx/qmx_image.h"
+#include "qmx/qmx_metalib_kernel.h"
 #include "qmx/qmx_xml.h"
 #include "schema/file_bytes.h"
+#include "schema/model.h"
+#include "schema/xml_writer.h"
 
 namespace korvel {
 namespace {
@@ -18,7 +22,7 @@ namespace {
 InputError SchemaErrors(const std::string& name, const std::vector<qmx::ReadError>& errors) {
   InputError faults;
   for (const qmx::ReadError& error : errors) {
-    faults.lines.push_back(OneLine(FileLineColumn(name, error.place) + ": error: " + error.text));
+    faults.lines.push_back(OneLine(FileLineColumn(name, error.location) + ": error: " + error.text));
   }
   return faults;
 }
@@ -76,6 +80,39 @@ Input ReadFileAt(const std::string& path) {
   return file.is_mappable_image ? MapFile(file) : file.size > 0 ? ReadRegular(file) : ReadStream(file);
 }
 
+// --- Schema files ---
+
+constexpr char kHead[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+
+[[noreturn]] void Refuse(const Input& input, const std::string& fault) {
+  throw InputError{{OneLine(input.name + ": error: cannot be written as XML: " + fault)}};
+}
+
+// The order of texts in the library is the order of declarations in the file: an index may come between entries.
+void WriteMeta(XmlWriter& writer, LPQMXMETALIB library, LPQMXMETA meta) {
+  const MetaModel model = MetaOf(library, meta);
+  writer.Open("meta", AttributesOf(model));
+  int index = 0;
+  const auto write_index = [&] { writer.Index(model.indexes[static_cast<std::size_t>(index++)]); };
+  for (const auto [position, entry] : Entries(meta)) {
+    while (index < IndexCount(meta) && Indexes(meta)[index]->ptrName < entry->ptrName) write_index();
+    writer.Empty("entry", AttributesOf(model.entries[static_cast<std::size_t>(position)]));
+  }
+  writer.Key("primarykey", model.primary_key);
+  writer.Key("splittablekey", model.splittable_key);
+  while (index < IndexCount(meta)) write_index();
+  writer.Close("meta");
+}
+
+// Reading the text again finds everything else that an image may contain and a schema file may not.
+void RequireSame(const Input& input, const std::string& text) {
+  const qmx::ReadResult read = qmx::ReadXml(text);
+  if (!read.schema) Refuse(input, read.errors.front().text);
+  const qmx::Metalib& again = read.schema->metalib;
+  const bool same = again.size() == input.metalib.size() && std::memcmp(again.get(), input.Library(), again.size()) == 0;
+  if (!same) Refuse(input, "reading it back gives a different library; allowed: images made by 'compile'");
+}
+
 }  // namespace
 
 void RequireUnchanged(const Input& input) {
@@ -92,6 +129,32 @@ Input LoadFile(const std::string& path) {
   Input input = ReadFileAt(path);
   ListTables(input);
   return input;
+}
+
+std::string SchemaFile(const Input& input) {
+  const LPQMXMETALIB library = input.Library();
+  XmlWriter writer({}, kHead);
+  writer.Open("metalib", AttributesOf(HeadOf(library)));
+  for (int i = 0; i < qmx_get_meta_num(library) && writer.fault().empty(); ++i) {
+    WriteMeta(writer, library, qmx_get_meta_by_index(library, i));
+  }
+  writer.Close("metalib");
+  if (!writer.fault().empty()) Refuse(input, writer.fault());
+  std::string text = writer.Take() + "\n";
+  RequireSame(input, text);
+  return text;
+}
+
+void AddDump(Input& input) {
+  if (input.text) return;
+  try {
+    auto bytes = std::make_shared<std::string>(SchemaFile(input));
+    qmx::ReadResult read = qmx::ReadXml(*bytes);
+    const std::string_view view = *bytes;
+    input.text = {std::move(bytes), view, std::move(read.schema->source_map), true};
+  } catch (const InputError&) {
+    // The report says that there is no text to show.
+  }
 }
 
 }  // namespace korvel

@@ -7,8 +7,7 @@
 
 #include "base/did_you_mean.h"
 #include "base/input_error.h"
-#include "base/one_line.h"
-#include "base/quote.h"
+#include "base/text.h"
 
 namespace korvel {
 namespace {
@@ -61,6 +60,12 @@ std::vector<std::string> SelectFromFirst(const Pair& pair, const std::vector<std
   Selection selection = SelectTables(pair, requested);
   if (!requested.empty()) RequireTables(pair.first, selection.added);
   return std::move(selection.compared);
+}
+
+std::vector<std::string> SelectFromBoth(const Pair& pair, const std::vector<std::string>& requested) {
+  std::vector<std::string> tables = SelectFromFirst(pair, requested);
+  RequireTables(pair.second, tables);
+  return tables;
 }
 
 void RequireTables(const Source& input, const std::vector<std::string>& names) {

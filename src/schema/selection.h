@@ -26,6 +26,9 @@ Selection SelectTables(const Pair& pair, const std::vector<std::string>& request
 // The same from the first file alone: requests for tables that only the second file has are errors, too.
 std::vector<std::string> SelectFromFirst(const Pair& pair, const std::vector<std::string>& requested);
 
+// The same from both files: throws InputError as well if the second file lacks one of the tables.
+std::vector<std::string> SelectFromBoth(const Pair& pair, const std::vector<std::string>& requested);
+
 // Throws InputError if `input` has no meta of one of the names, with one line for each.
 void RequireTables(const Source& input, const std::vector<std::string>& names);
 

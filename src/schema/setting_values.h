@@ -10,7 +10,7 @@
 
 namespace korvel {
 
-// A word and the code that it stands for.
+// A word and its code.
 struct NamedCode {
   const char* name;
   int code;

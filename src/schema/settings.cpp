@@ -7,22 +7,6 @@
 #include "schema/setting_values.h"
 
 namespace korvel {
-namespace {
-
-Settings FromSchema(const Source& source, const std::string& table) {
-  const TableAttributes declared = TableAttributesOf(source, table);
-  const bool tlv = declared.protocol.empty() ? IsTlv(source.Library()) : declared.protocol == "TLV";
-  Settings settings;
-  // The checker treats a sorted list as a list.
-  settings.type = *CodeOf(kTableTypes, declared.type == TABLE_TYPE_GENERIC ? "generic" : "list");
-  settings.created_as = *CodeOf(kProtocols, tlv ? "tlv" : "qmx");
-  settings.server_version = "";
-  settings.whitelist = "";
-  settings.list_num = declared.list_num;
-  return settings;
-}
-
-}  // namespace
 
 TableAttributes TableAttributesOf(const Source& source, const std::string& table) {
   TableAttributes declared{TABLE_TYPE_GENERIC, 0, ""};
@@ -36,14 +20,16 @@ TableAttributes TableAttributesOf(const Source& source, const std::string& table
   return declared;
 }
 
-Settings ResolveSettings(const Settings& given, const Source& old_source, const std::string& table) {
-  Settings settings = FromSchema(old_source, table);
-  if (given.type) settings.type = given.type;
-  if (given.created_as) settings.created_as = given.created_as;
-  if (given.server_version) settings.server_version = given.server_version;
-  if (given.whitelist) settings.whitelist = given.whitelist;
-  if (given.list_num) settings.list_num = given.list_num;
-  return settings;
+Settings ResolveSettings(const PartialSettings& given, const Source& old_source, const std::string& table) {
+  const TableAttributes declared = TableAttributesOf(old_source, table);
+  const bool is_tlv = declared.protocol.empty() ? IsTlv(old_source.Library()) : declared.protocol == "TLV";
+  // The checker treats a sorted list as a list.
+  const char* const type = declared.type == TABLE_TYPE_GENERIC ? "generic" : "list";
+  return {.type = given.type.value_or(*CodeOf(kTableTypes, type)),
+          .created_as = given.created_as.value_or(*CodeOf(kProtocols, is_tlv ? "tlv" : "qmx")),
+          .server_version = given.server_version.value_or(""),
+          .whitelist = given.whitelist.value_or(""),
+          .list_num = given.list_num.value_or(declared.list_num)};
 }
 
 }  // namespace korvel

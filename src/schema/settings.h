@@ -8,13 +8,21 @@
 
 namespace korvel {
 
-// Absent members were not given on the command line, or the command does not use them.
 struct Settings {
-  std::optional<int> type;                    // code of kTableTypes
-  std::optional<int> created_as;              // code of kProtocols
-  std::optional<std::string> server_version;  // dotted digits; "" = field lengths are not checked
-  std::optional<std::string> whitelist;       // field names joined by ';'
-  std::optional<int> list_num;                // slots
+  int type = 0;                     // code of kTableTypes
+  int created_as = 0;               // code of kProtocols
+  std::string server_version = {};  // dotted digits; "" = field lengths are not checked
+  std::string whitelist = {};       // field names joined by ';'
+  int list_num = 0;                 // slots
+};
+
+// Settings of which some may be absent: those that a caller or a project file gives, or those that an operation takes.
+struct PartialSettings {
+  std::optional<int> type = {};
+  std::optional<int> created_as = {};
+  std::optional<std::string> server_version = {};
+  std::optional<std::string> whitelist = {};
+  std::optional<int> list_num = {};
 };
 
 // Values from the attributes of a table; the value in brackets if an attribute is absent or CheckTable refuses the attributes.
@@ -26,8 +34,8 @@ struct TableAttributes {
 
 TableAttributes TableAttributesOf(const Source& source, const std::string& table);
 
-// All settings of a table, none absent: as given, else from the table's attributes and the protocol of `old_source`, else the
-// default: a generic table in the record format, no server version, an empty whitelist, 0 slots.
-Settings ResolveSettings(const Settings& given, const Source& old_source, const std::string& table);
+// The settings of a table: as given, else from the table's attributes and the protocol of `old_source`, else the default: a
+// generic table in the record format, no server version, an empty whitelist, 0 slots.
+Settings ResolveSettings(const PartialSettings& given, const Source& old_source, const std::string& table);
 
 }  // namespace korvel

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "base/quote.h"
 #include "base/text.h"
 #include "qmx/qmx_xml.h"
 
@@ -14,7 +13,7 @@ namespace {
 
 constexpr std::string_view kStep = "  ";  // by which inner elements are indented
 
-// A number, unless it is the one that an absent attribute stands for.
+// A number, unless it is the default of an absent attribute.
 template <class Number>
 std::optional<std::string> Unless(Number value, Number absent) {
   return value == absent ? std::nullopt : std::optional(std::to_string(value));
@@ -128,7 +127,7 @@ void XmlWriter::Begin(std::string_view element, const std::vector<AttributeText>
       return Fail(Quote(attribute.name) + " is " + Quote(*attribute.value) + "; allowed: characters of XML 1.0 in UTF-8");
     }
     text_.append(" ").append(attribute.name).append("=\"").append(*escaped).append("\"");
-    // A few bytes of an image can stand for a long name.
+    // A few bytes of an image can refer to a long name.
     if (text_.size() > qmx::kMaxFileBytes) {
       return Fail("it is too large; allowed: at most " + std::to_string(qmx::kMaxFileBytes) + " bytes");
     }

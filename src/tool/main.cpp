@@ -13,7 +13,6 @@
 #include "base/input_error.h"
 #include "tool/cli/command.h"
 #include "tool/io/exit.h"
-#include "tool/io/fatal_handlers.h"
 
 namespace korvel::tool {
 namespace {

@@ -1,6 +1,5 @@
-// Categories over spdlog, which is seen only here: it stamps the time, takes turns between threads, decides when to flush and
-// keeps what goes wrong away from the caller. Which bytes make up a line is record_line.cpp's. Tested by
-// tests/vesk/log_category_test.cpp.
+// Log categories on top of spdlog, which is used only here: it adds the time, synchronizes threads, decides when to flush, and
+// keeps errors away from the caller. record_line.cpp formats the lines. Tested by tests/vesk/log_category_test.cpp.
 #include "vesk/log_category.h"
 
 #include <spdlog/logger.h>
@@ -26,8 +25,8 @@ constexpr char kJsonPattern[] = "{\"time\":\"%Y-%m-%dT%H:%M:%S.%eZ\",%v}";
 
 std::string ErrorText(int error) { return std::system_category().message(error); }
 
-// Lines into a stream that is already open. spdlog's own file sinks make missing directories, and those for standard error pass
-// over failures. The exceptions end in the logger.
+// Writes lines to a stream that is already open. spdlog's own file sinks create missing directories, and its sinks for standard
+// error ignore failures. The logger catches the exceptions.
 class StreamSink final : public spdlog::sinks::base_sink<std::mutex> {
  public:
   explicit StreamSink(std::FILE* stream) : stream_(stream) {}
@@ -35,7 +34,7 @@ class StreamSink final : public spdlog::sinks::base_sink<std::mutex> {
   StreamSink(const StreamSink&) = delete;
   StreamSink& operator=(const StreamSink&) = delete;
 
-  // 0, or the errno of what could not be written out.
+  // 0, or the errno of the failed write.
   int Close() {
     const std::lock_guard<std::mutex> lock(mutex_);
     std::FILE* stream = std::exchange(stream_, nullptr);
@@ -59,7 +58,7 @@ class StreamSink final : public spdlog::sinks::base_sink<std::mutex> {
  private:
   [[noreturn]] static void ThrowWriteFailure() { spdlog::throw_spdlog_ex(ErrorText(errno)); }
 
-  std::FILE* stream_;  // null once closed
+  std::FILE* stream_;  // null after closing
 };
 
 class FirstFailure {
@@ -79,7 +78,7 @@ class FirstFailure {
   std::string text_;
 };
 
-// The message whole, however long it is.
+// The complete message, however long it is.
 std::string FormatMessage(const char* format, va_list arguments) {
   va_list again;
   va_copy(again, arguments);
@@ -107,7 +106,7 @@ Record MakeRecord(const tagVeskEvent& event, std::string_view message) {
   return record;
 }
 
-// Where the records of an open category go.
+// The destination of the records of an open category.
 class LogWriter {
  public:
   LogWriter(LineFormat format, std::FILE* stream)
@@ -121,7 +120,7 @@ class LogWriter {
   bool IsOpen() const { return open_; }
 
   void Write(const Record& record) {
-    // spdlog's level decides about flushing alone: the checker's priorities are finer, and stand in the line.
+    // spdlog's level is only used for flushing: the checker's priorities are finer, and are part of the line.
     const auto level = record.priority <= VESK_PRIORITY_ERROR ? spdlog::level::err : spdlog::level::info;
     logger_.log(level, format_ == LineFormat::kJson ? JsonMembers(record) : TextLine(record));
   }
@@ -144,29 +143,29 @@ class LogWriter {
 
 }  // namespace
 
-// What a handle points to: the record of the interface first, the rest behind it.
+// What a handle points to: the record of the interface first, then private members.
 struct LogCategory::Instance : VESKCATEGORYINST {
-  Instance() : VESKCATEGORYINST{nullptr, &least_grave} {}
-
   Instance(const LogSettings& settings, std::FILE* stream)
-      : VESKCATEGORYINST{nullptr, nullptr}, gravest(settings.gravest.value_or(0)), least_grave(settings.least_grave.value_or(0)) {
-    if (settings.gravest) piPriorityHigh = &gravest;
-    if (settings.least_grave) piPriorityLow = &least_grave;
-    writer.emplace(settings.format, stream);
+      : VESKCATEGORYINST{nullptr, nullptr},
+        min_priority(settings.min_priority.value_or(0)),
+        max_priority(settings.max_priority.value_or(0)),
+        writer(settings.format, stream) {
+    if (settings.min_priority) piPriorityHigh = &min_priority;
+    if (settings.max_priority) piPriorityLow = &max_priority;
   }
 
   bool CanWrite(int priority) const {
-    const bool grave_enough = piPriorityLow == nullptr || *piPriorityLow == -1 || *piPriorityLow >= priority;
-    return writer && writer->IsOpen() && grave_enough && (piPriorityHigh == nullptr || *piPriorityHigh <= priority);
+    const bool is_urgent_enough = piPriorityLow == nullptr || *piPriorityLow == -1 || *piPriorityLow >= priority;
+    return writer.IsOpen() && is_urgent_enough && (piPriorityHigh == nullptr || *piPriorityHigh <= priority);
   }
 
-  int gravest = 0;
-  int least_grave = 0;
-  std::optional<LogWriter> writer;  // none in a category that was never open
+  int min_priority = 0;
+  int max_priority = 0;
+  LogWriter writer;
 };
 
 std::unique_ptr<LogCategory> LogCategory::Open(const LogSettings& settings, std::string& error) {
-  // "e": programs started from here do not inherit the file.
+  // "e": child processes do not inherit the file.
   std::FILE* stream = settings.file ? std::fopen(settings.file->c_str(), "ae") : stderr;
   if (stream == nullptr) {
     error = "cannot open the log '" + *settings.file + "': " + ErrorText(errno);
@@ -175,20 +174,14 @@ std::unique_ptr<LogCategory> LogCategory::Open(const LogSettings& settings, std:
   return std::unique_ptr<LogCategory>(new LogCategory(std::make_unique<Instance>(settings, stream)));
 }
 
-std::unique_ptr<LogCategory> LogCategory::Closed() {
-  return std::unique_ptr<LogCategory>(new LogCategory(std::make_unique<Instance>()));
-}
-
 LogCategory::LogCategory(std::unique_ptr<Instance> instance) : instance_(std::move(instance)) {}
 LogCategory::~LogCategory() = default;
 
 LPVESKCATEGORYINST LogCategory::handle() { return instance_.get(); }
 
-void LogCategory::Close() {
-  if (instance_->writer) instance_->writer->Close();
-}
+void LogCategory::Close() { instance_->writer.Close(); }
 
-std::string LogCategory::WriteFailure() const { return instance_->writer ? instance_->writer->Failure() : std::string(); }
+std::string LogCategory::WriteFailure() const { return instance_->writer.Failure(); }
 
 }  // namespace vesk
 
@@ -198,13 +191,12 @@ int vesk_category_can_write(LPVESKCATEGORYINST category, int priority, int /*id*
 
 void vesk_category_logv(LPVESKCATEGORYINST category, const tagVeskEvent* event, const char* format, va_list arguments) {
   if (category == nullptr || event == nullptr || format == nullptr) return;
-  std::optional<vesk::LogWriter>& writer = static_cast<vesk::LogCategory::Instance*>(category)->writer;
-  if (!writer) return;
+  vesk::LogWriter& writer = static_cast<vesk::LogCategory::Instance*>(category)->writer;
   try {
-    writer->Write(vesk::MakeRecord(*event, vesk::FormatMessage(format, arguments)));
+    writer.Write(vesk::MakeRecord(*event, vesk::FormatMessage(format, arguments)));
   } catch (const std::bad_alloc&) {
-    writer->NoteFailure("out of memory");
+    writer.NoteFailure("out of memory");
   } catch (const std::exception& failure) {
-    writer->NoteFailure(failure.what());
+    writer.NoteFailure(failure.what());
   }
 }

@@ -1,4 +1,4 @@
-// Log categories: what vesk_category_logv writes, to a file or to standard error, as lines of text or of JSON.
+// Log categories: write the records of vesk_category_logv to a file or to standard error, as lines of text or JSON.
 //
 //   vesk::LogSettings settings;
 //   settings.file = "check.log";
@@ -10,7 +10,7 @@
 // Text line:  2031-05-04T09:30:00.125Z ERROR src/common/modify_table.cpp:42 KorvelModifyTable: message
 // JSON line:  {"time":"2031-05-04T09:30:00.125Z","priority":300,"level":"ERROR","file":"...","line":42,"function":"...",
 //              "message":"..."}                                                                            (one line, UTC)
-// A record is one line always, in valid UTF-8; record_line.h says how other bytes are written.
+// A record is always one line of valid UTF-8; record_line.h describes how other bytes are written.
 #pragma once
 
 #include <memory>
@@ -24,36 +24,33 @@ namespace vesk {
 enum class LineFormat { kText, kJson };
 
 struct LogSettings {
-  std::optional<std::string> file;  // appended to, made when missing, its directory never; absent = standard error
+  std::optional<std::string> file;  // appended to, created if missing (but not its directory); absent = standard error
   LineFormat format = LineFormat::kText;
-  std::optional<int> gravest;      // least number that is written; absent = no bound
-  std::optional<int> least_grave;  // greatest number that is written; absent or -1 = no bound
+  std::optional<int> min_priority;  // smallest number that is written; absent = no bound
+  std::optional<int> max_priority;  // largest number that is written; absent or -1 = no bound
 };
 
-// An open category. Several threads may log to one and ask it anything while it lives; the bounds behind its handle are the
-// caller's to change, between checks. Lines reach the file at the latest with the next ERROR, or with Close().
+// An open category. Several threads may use it at once while it lives. The caller may change the bounds behind its handle between
+// checks. Lines reach the file with the next ERROR at the latest, or with Close().
 class LogCategory {
  public:
-  // Opens a category. Returns null, and the reason in `error`, when the file cannot be opened; `error` is left alone otherwise.
+  // Opens a category. If the file cannot be opened, returns null and sets `error` to the reason; otherwise leaves `error`
+  // unchanged.
   static std::unique_ptr<LogCategory> Open(const LogSettings& settings, std::string& error);
 
-  // A category that nothing can be written to, for callers that want no log where the checker insists on a category. Takes next
-  // to no time.
-  static std::unique_ptr<LogCategory> Closed();
-
-  // Closes the category if that is still to do. No thread may be logging to it any more.
+  // Closes the category unless it is closed. No thread may use it any more.
   ~LogCategory();
   LogCategory(const LogCategory&) = delete;
   LogCategory& operator=(const LogCategory&) = delete;
 
-  // What the checker takes. Borrowed: valid as long as the category lives, closed or not.
+  // The argument for the checker. Borrowed: valid as long as the category lives, closed or not.
   LPVESKCATEGORYINST handle();
 
-  // Writes out what is pending and closes the file; standard error stays open. From then on nothing can be written here.
+  // Writes pending lines and closes the file; standard error stays open. Nothing can be written afterwards.
   void Close();
 
-  // The first failure to write ("cannot write the log: No space left on device"); empty when everything was written so far.
-  // Later lines are still tried. Complete after Close() only, since lines may be pending before.
+  // The first write failure ("cannot write the log: No space left on device"); empty if there was none so far. Later lines are
+  // still tried. Complete only after Close(), because lines may be pending before.
   std::string WriteFailure() const;
 
  private:

@@ -1,4 +1,4 @@
-// The bytes of a record's line. Time stamps and the writing are log_category.cpp's. Tested by tests/vesk/record_line_test.cpp.
+// Formats the line of a record. log_category.cpp adds the time and writes it. Tested by tests/vesk/record_line_test.cpp.
 #include "vesk/record_line.h"
 
 #include <cstddef>
@@ -12,8 +12,8 @@ constexpr std::string_view kReplacement = "\xEF\xBF\xBD";  // U+FFFD
 
 unsigned char ByteAt(std::string_view text, std::size_t index) { return static_cast<unsigned char>(text[index]); }
 
-// Shape of the characters that start with some first byte. The second byte's range keeps out overlong forms, surrogates and
-// everything past U+10FFFF; the bytes after it are 0x80 to 0xBF always.
+// The form of the characters that begin with a given first byte. The range of the second byte excludes overlong forms, surrogates
+// and everything above U+10FFFF; further bytes are always 0x80 to 0xBF.
 struct Utf8Shape {
   unsigned char first_low, first_high;
   std::size_t length;
@@ -36,7 +36,7 @@ bool HasShape(std::string_view text, const Utf8Shape& shape) {
   return true;
 }
 
-// The first UTF-8 character of a text that is not empty; empty when its first byte starts none.
+// The first UTF-8 character of a non-empty text; empty if the text does not begin with a valid one.
 std::string_view FirstCharacter(std::string_view text) {
   for (const Utf8Shape& shape : kUtf8Shapes) {
     if (HasShape(text, shape)) return text.substr(0, shape.length);
@@ -44,7 +44,7 @@ std::string_view FirstCharacter(std::string_view text) {
   return {};
 }
 
-// Control characters, U+0080 to U+009F among them, and the two separators at which readers may break a line.
+// Control characters, including U+0080 to U+009F, and the two separators that readers may take for line ends.
 bool BreaksALine(std::string_view character) {
   if (character.size() == 1) return ByteAt(character, 0) < 0x20 || character == "\x7F";
   if (character.size() == 2) return ByteAt(character, 0) == 0xC2 && ByteAt(character, 1) < 0xA0;
@@ -60,7 +60,7 @@ void AppendHex(std::string& out, std::string_view prefix, std::string_view bytes
   }
 }
 
-// The escape that text and JSON share; null when the character has none.
+// The escape used in text and in JSON; null if the character has none.
 const char* ShortEscape(std::string_view character) {
   if (character == "\\") return "\\\\";
   if (character == "\n") return "\\n";
@@ -69,7 +69,7 @@ const char* ShortEscape(std::string_view character) {
   return nullptr;
 }
 
-// Calls append(character, bytes) for each character; `character` is empty for a byte that is no part of one.
+// Calls append(character, bytes) for each character; `character` is empty for an invalid byte.
 template <typename Append>
 void ForEachCharacter(std::string_view text, Append append) {
   while (!text.empty()) {

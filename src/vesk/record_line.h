@@ -1,5 +1,5 @@
-// How one log record reads as a line of text or as a JSON object. Both are one line of valid UTF-8, whatever bytes a record
-// holds.
+// Formats one log record as a line of text or as a JSON object. Both are one line of valid UTF-8, whatever bytes the record
+// contains.
 #pragma once
 
 #include <string>
@@ -15,15 +15,15 @@ struct Record {
   std::string_view message;
 };
 
-// "ERROR" for 300 and everything graver, "WARN" up to 400, "INFO" for the rest.
+// "ERROR" for priorities up to 300, "WARN" up to 400, "INFO" above.
 std::string_view PriorityName(int priority);
 
-// `ERROR src/common/modify_table.cpp:42 KorvelModifyTable: message`, with a backslash doubled, new line, carriage return and
-// tabulator as \n, \r, \t, and each byte of other control characters, of line separators and of invalid UTF-8 as \xHH.
+// `ERROR src/common/modify_table.cpp:42 KorvelModifyTable: message`. A backslash is doubled; new line, carriage return and tab
+// become \n, \r, \t; each byte of other control characters, line separators and invalid UTF-8 becomes \xHH.
 std::string TextLine(const Record& record);
 
 // `"priority":300,"level":"ERROR","file":"...","line":42,"function":"...","message":"..."`: the members of an object, without its
-// braces. Each byte that is no part of a UTF-8 character becomes U+FFFD.
+// braces. Each byte that is not part of a UTF-8 character becomes U+FFFD.
 std::string JsonMembers(const Record& record);
 
 }  // namespace vesk

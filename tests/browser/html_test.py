@@ -27,7 +27,7 @@ except ImportError:
 KORVELCHECK, SOURCE, OUTPUT = None, None, None
 DRIVER = None
 
-# Names that would become markup in a page that does not escape them.
+# Names that would be markup in a page without escaping.
 HOSTILE = {
     "markup": "&lt;script&gt;window.broken=1&lt;/script&gt;",
     "attribute": "&quot; autofocus onfocus=&quot;window.broken=2",
@@ -93,7 +93,7 @@ def open_browser():
     return webdriver.Chrome(service=Service(shutil.which("chromedriver")), options=options)
 
 
-# The contrast of every piece of text with what is behind it: [text, ratio] of those below 4.5.
+# The contrast between each text and its background: [text, ratio] for ratios below 4.5.
 CONTRAST = """
 const channels = (colour) => (colour.match(/[\\d.]+/g) || []).map(Number);
 const light = (rgb) => {
@@ -333,7 +333,7 @@ if __name__ == "__main__":
         "hostile": make_page("hostile", *hostile_pair(), 1),
         "large": make_page("large", *wide_pair(), 1),
     }
-    # A profile of its own: nothing of the user's is read or written.
+    # A separate profile, so that the user's profile is neither read nor written.
     with tempfile.TemporaryDirectory() as home:
         os.environ["HOME"] = home
         DRIVER = open_browser()

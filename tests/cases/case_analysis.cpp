@@ -7,7 +7,7 @@
 #include "analysis/check_table_change.h"
 #include "analysis/findings/findings.h"
 #include "schema/source.h"
-#include "vesk/log_category.h"
+#include "vesk/closed_category.h"
 
 namespace cases {
 namespace {
@@ -18,27 +18,20 @@ std::unique_ptr<korvel::Source> ReadSource(const std::string& name, const std::s
   return std::make_unique<korvel::Source>(std::move(*source));
 }
 
-korvel::Settings ToCheckerSettings(const Settings& settings) {
-  return {.type = settings.table_type,
-          .created_as = settings.created_as,
-          .server_version = settings.server_version,
-          .whitelist = settings.whitelist,
-          .list_num = settings.list_num};
-}
-
 korvel::Changes FindChanges(const korvel::Source& old_source, const korvel::Source& new_source, const std::string& table,
-                            const korvel::Settings& settings) {
+                            const korvel::PartialSettings& given) {
   if (!old_source.HasMeta(table)) {
+    const korvel::Settings settings = ResolveSettings(given, old_source, table);
     const korvel::Verdict verdict = korvel::RunChecker(old_source.Library(), new_source.Library(), table, settings);
-    return korvel::FindRemovedTable(old_source, new_source, table, settings, verdict);
+    return korvel::FindRemovedTable({old_source, new_source, table, settings}, verdict);
   }
-  const std::unique_ptr<vesk::LogCategory> log = vesk::LogCategory::Closed();
+  vesk::ClosedCategory log;
   return *korvel::CheckTableChange({.sources = {old_source, new_source},
                                     .table = table,
-                                    .given = settings,
+                                    .given = given,
                                     .wants_allowed_changes = true,
                                     .wants_fixes = true,
-                                    .log = log->handle()})
+                                    .log = log.handle()})
               .changes;
 }
 

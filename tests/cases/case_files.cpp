@@ -24,7 +24,7 @@ qmx::Metalib ReadLibrary(const fs::path& path) {
   if (result.schema) return std::move(result.schema->metalib);
   std::ostringstream text;
   for (const qmx::ReadError& error : result.errors) {
-    text << path.string() << ":" << error.place.line << ":" << error.place.column << ": " << error.text << "\n";
+    text << path.string() << ":" << error.location.line << ":" << error.location.column << ": " << error.text << "\n";
   }
   throw std::runtime_error(text.str());
 }
@@ -105,6 +105,14 @@ Settings MakeSettings(LPQMXMETALIB old_lib, const Lines& lines) {
 }
 
 }  // namespace
+
+korvel::PartialSettings ToCheckerSettings(const Settings& settings) {
+  return {.type = settings.table_type,
+          .created_as = settings.created_as,
+          .server_version = settings.server_version,
+          .whitelist = settings.whitelist,
+          .list_num = settings.list_num};
+}
 
 std::vector<std::string> Names() {
   std::vector<std::string> names;

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "qmx/qmx_builder.h"
+#include "schema/settings.h"
 
 namespace cases {
 
@@ -30,6 +31,9 @@ struct Case {
   qmx::Metalib new_lib;
   Settings settings;
 };
+
+// The same settings for the analysis. All members are set.
+korvel::PartialSettings ToCheckerSettings(const Settings& settings);
 
 // All cases as "FAMILY/CASE", sorted.
 std::vector<std::string> Names();

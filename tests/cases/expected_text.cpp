@@ -3,7 +3,7 @@
 #include <string_view>
 #include <vector>
 
-#include "base/one_line.h"
+#include "base/text.h"
 #include "case_analysis.h"
 #include "case_files.h"
 #include "case_run.h"
@@ -28,7 +28,7 @@ std::string Quoted(const std::string& text) { return "\"" + text + "\""; }
 std::string OperationsBlock(const Case& input) {
   std::string out = "# Operations\n";
   for (const OperationResult& result : RunOperations(input)) {
-    out += result.operation + " " + (result.code ? CodeText(*result.code) : "not asked: the table is missing on a side") + "\n";
+    out += result.operation + " " + (result.code ? CodeText(*result.code) : "not called: a side lacks the table") + "\n";
     out += "  " + Quoted(result.text) + "\n";
     for (const std::string& line : result.log) out += "  " + line + "\n";
   }
@@ -43,6 +43,8 @@ std::string_view StatusText(EditStatus status) {
       return "refused";
     case EditStatus::kBlocked:
       return "blocked";
+    case EditStatus::kNotChecked:
+      return "not checked";
   }
   return "";
 }

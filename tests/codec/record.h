@@ -34,11 +34,11 @@ bool IsSigned(int type);
 // The meta of a composite entry of `meta`.
 LPQMXMETA InnerMeta(LPQMXMETA meta, LPQMXMETAENTRY entry);
 
-// Zero, an empty text, or a structure of these; a union without a present field.
+// Zero, an empty text, or a structure of these; for a union, no present field.
 Value DefaultElement(LPQMXMETA meta, LPQMXMETAENTRY entry);
 bool IsDefault(const Value& value);
 
-// A structure or union with an absent field without elements for each entry of `meta`.
+// A structure or union in which every entry of `meta` is absent and has no elements.
 Value Unread(LPQMXMETA meta);
 
 // The number of elements of `entry`: the value of its refer field, else its count. nullopt if the refer field is negative or

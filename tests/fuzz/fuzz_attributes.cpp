@@ -1,11 +1,11 @@
-// Table attributes: two texts, a line each, as those of a table before and after; sort marks on a third.
+// Table attributes: the first two lines of the input are the attributes of a table before and after, the third a sort mark.
 #include <cstdint>
 #include <cstring>
 #include <optional>
 #include <string>
 
 #include "common/check_table.h"
-#include "fuzz/ask_all.h"
+#include "fuzz/check_all.h"
 #include "fuzz/input.h"
 #include "fuzz/require.h"
 #include "qmx/qmx_builder.h"
@@ -30,10 +30,11 @@ void RequireKind(LPQMXMETALIB library) {
   char protocol[8] = "none";
   const int code =
       table.CheckTableTypeByCustomAttr(library, "t", table_type, list_num, sort_field_num, sort_rule, protocol, true, nullptr);
-  fuzz::Require(std::memchr(protocol, 0, sizeof(protocol)) != nullptr, "a protocol has an end");
-  fuzz::Require(std::memchr(table.m_szErrorType, 0, sizeof(table.m_szErrorType)) != nullptr, "a text has an end");
+  fuzz::Require(std::memchr(protocol, 0, sizeof(protocol)) != nullptr, "the protocol is terminated");
+  fuzz::Require(std::memchr(table.m_szErrorType, 0, sizeof(table.m_szErrorType)) != nullptr, "the error text is terminated");
   if (code != 0) {
-    fuzz::Require(table_type == -7 && list_num == -7 && std::strcmp(protocol, "none") == 0, "a failure leaves the outputs");
+    fuzz::Require(table_type == -7 && list_num == -7 && std::strcmp(protocol, "none") == 0,
+                  "a failure leaves the outputs unchanged");
     return;
   }
   fuzz::Require(table_type >= TABLE_TYPE_GENERIC && table_type <= TABLE_TYPE_SORTLIST, "a table type is one of three");
@@ -55,7 +56,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (const int type : {0, 1}) {
     fuzz::Settings settings;
     settings.type = type;
-    fuzz::AskAll(old_library.get(), new_library.get(), settings);
+    fuzz::CheckAll(old_library.get(), new_library.get(), settings);
   }
   return 0;
 }

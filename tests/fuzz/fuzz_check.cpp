@@ -1,14 +1,14 @@
-// The checker on pairs of libraries. A try is changed as a schema is: a field more, another key, an older library (mutate.h).
+// The checker on pairs of libraries. Inputs are mutated like schemas: one more field, another key, an older library (mutate.h).
 //
-// The plain model must give the same answers, asking changes nothing, and the image of a library is answered about as the
-// library.
+// Requires that the plain model gives the same results, that a check changes nothing, and that images of the libraries give the
+// same results as the libraries.
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "common/result_codes.h"
-#include "fuzz/ask_model.h"
+#include "fuzz/compare_model.h"
 #include "fuzz/mutate.h"
 #include "fuzz/require.h"
 #include "fuzz/rules_reached.h"
@@ -20,42 +20,43 @@ extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, st
 
 namespace {
 
-using Answers = std::vector<model::Answer>;
+using Results = std::vector<model::CallResult>;
 
-constexpr std::size_t kMostQuestions = 8;
+constexpr std::size_t kMaxCalls = 8;
 
-void RequireAnswers(const Answers& answers) {
-  for (const model::Answer& answer : answers) {
-    fuzz::Require(ResultCodeName(answer.code) != nullptr, "a code is one of the list");
-    fuzz::Require(answer.state.buffer.size() < 1024, "a text has an end");
+void RequireValidResults(const Results& results) {
+  for (const model::CallResult& result : results) {
+    fuzz::Require(ResultCodeName(result.code) != nullptr, "a code is a known result code");
+    fuzz::Require(result.state.buffer.size() < 1024, "the error text is terminated");
   }
-  fuzz::CountRules(answers);
+  fuzz::CountRules(results);
 }
 
-void RequireSameOfImages(const model::Scenario& scenario, const std::string& old_image, const std::string& new_image,
-                         const Answers& answers) {
+void RequireSameForImages(const model::Scenario& scenario, const std::string& old_image, const std::string& new_image,
+                          const Results& results) {
   const qmx::ImageResult old_library = image::Load(old_image);
   const qmx::ImageResult new_library = image::Load(new_image);
-  if (!old_library.metalib || !new_library.metalib) return;  // an odd state, which no image may have
-  const auto of_images = model::AskChecker(scenario, old_library.metalib->get(), new_library.metalib->get());
-  fuzz::Require(of_images == answers, "the image of a library is answered about as the library");
+  if (!old_library.metalib || !new_library.metalib) return;  // an invalid state that no image may have
+  const auto of_images = model::RunChecker(scenario, old_library.metalib->get(), new_library.metalib->get());
+  fuzz::Require(of_images == results, "the image of a library gives the same results as the library");
 }
 
 void Check(const model::Scenario& scenario, const qmx::Metalib& old_library, const qmx::Metalib& new_library) {
   const std::string old_image = qmx::WriteImage(old_library);
   const std::string new_image = qmx::WriteImage(new_library);
-  const Answers answers = model::AskChecker(scenario, old_library.get(), new_library.get());
-  RequireAnswers(answers);
-  fuzz::Require(qmx::WriteImage(old_library) == old_image && qmx::WriteImage(new_library) == new_image, "asking changes nothing");
-  RequireSameOfImages(scenario, old_image, new_image, answers);
-  fuzz::RequireModel(scenario, old_library.get(), new_library.get(), answers);
+  const Results results = model::RunChecker(scenario, old_library.get(), new_library.get());
+  RequireValidResults(results);
+  fuzz::Require(qmx::WriteImage(old_library) == old_image && qmx::WriteImage(new_library) == new_image,
+                "a check changes nothing");
+  RequireSameForImages(scenario, old_image, new_image, results);
+  fuzz::RequireModel(scenario, old_library.get(), new_library.get(), results);
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   model::Scenario scenario = fuzz::ScenarioOf(data, size);
-  if (scenario.questions.size() > kMostQuestions) scenario.questions.resize(kMostQuestions);
+  if (scenario.calls.size() > kMaxCalls) scenario.calls.resize(kMaxCalls);
   const auto old_library = model::Build(scenario.old_library);
   const auto new_library = model::Build(scenario.new_library);
   if (old_library && new_library) Check(scenario, *old_library, *new_library);
@@ -63,13 +64,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 }
 
 #ifdef KORVEL_FUZZ
-// Two pairs are never crossed: tries went further without.
+// Pairs of inputs are never crossed: without that, runs reached more.
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t max_size, unsigned seed) {
   model::Random random(seed);
-  if (random.OneIn(8)) return LLVMFuzzerMutate(data, size, max_size);  // what no change of a schema brings about
+  if (random.OneIn(8)) return LLVMFuzzerMutate(data, size, max_size);  // changes that no edit of a schema makes
   model::Scenario scenario = fuzz::ScenarioOf(data, size);
   fuzz::Mutate(scenario, random);
-  // What does not fit is the end of the new library.
+  // Cuts off the end of the new library if the result is too long.
   return fuzz::BytesOf(scenario).copy(reinterpret_cast<char*>(data), max_size);
 }
 #endif

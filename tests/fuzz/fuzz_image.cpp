@@ -1,15 +1,15 @@
-// The verifier of images. Whatever it accepts is safe in every read operation and every rule, against itself and another that was
-// accepted, and the plain model gives the same answers.
+// The verifier of images. Requires that every read operation and every rule can use what it accepts, compared with itself and
+// with another accepted image, and that the plain model gives the same results.
 //
-// A try is changed record by record: random bytes hardly ever pass the verifier.
+// Inputs are mutated record by record: random bytes hardly ever pass the verifier.
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <utility>
 
-#include "fuzz/ask_all.h"
-#include "fuzz/ask_model.h"
+#include "fuzz/check_all.h"
+#include "fuzz/compare_model.h"
 #include "fuzz/mutate_image.h"
 #include "fuzz/require.h"
 #include "qmx/image_reading.h"
@@ -17,8 +17,8 @@
 
 namespace {
 
-// What becomes of the image by a few changes more, always the same ones; nothing where the verifier refuses all tries.
-std::optional<qmx::Metalib> Neighbour(const std::string& image) {
+// A second image, made from the first by a few fixed mutations; nothing if the verifier refuses all attempts.
+std::optional<qmx::Metalib> MutatedCopy(const std::string& image) {
   model::Random random(image.size());
   for (int tries = 0; tries < 4; ++tries) {
     std::string changed = image;
@@ -29,29 +29,29 @@ std::optional<qmx::Metalib> Neighbour(const std::string& image) {
   return std::nullopt;
 }
 
-void Ask(LPQMXMETALIB old_library, LPQMXMETALIB new_library) {
-  fuzz::AskAll(old_library, new_library);
+void CheckPair(LPQMXMETALIB old_library, LPQMXMETALIB new_library) {
+  fuzz::CheckAll(old_library, new_library);
   model::Scenario scenario;
-  scenario.questions = fuzz::EveryQuestion(old_library);
-  fuzz::RequireModel(scenario, old_library, new_library, model::AskChecker(scenario, old_library, new_library));
+  scenario.calls = fuzz::EveryCall(old_library);
+  fuzz::RequireModel(scenario, old_library, new_library, model::RunChecker(scenario, old_library, new_library));
 }
 
 void Use(const qmx::ImageResult& result) {
   if (!result.metalib) {
-    fuzz::Require(!result.error.part.empty() && !result.error.reason.empty(), "a wrong image has a fault");
+    fuzz::Require(!result.error.part.empty() && !result.error.reason.empty(), "a refused image has a fault");
     fuzz::Require(qmx::Describe(result.error).find('\n') == std::string::npos, "a fault is one line");
     return;
   }
   const LPQMXMETALIB library = result.metalib->get();
   const std::string image = qmx::WriteImage(*result.metalib);
   image::ReadEverything(library);
-  Ask(library, library);
-  if (const auto other = Neighbour(image)) {
-    Ask(library, other->get());
-    Ask(other->get(), library);
+  CheckPair(library, library);
+  if (const auto other = MutatedCopy(image)) {
+    CheckPair(library, other->get());
+    CheckPair(other->get(), library);
   }
-  fuzz::Require(qmx::WriteImage(*result.metalib) == image, "asking changes nothing");
-  fuzz::Require(image::Load(image).metalib.has_value(), "what was accepted is accepted again");
+  fuzz::Require(qmx::WriteImage(*result.metalib) == image, "a check changes nothing");
+  fuzz::Require(image::Load(image).metalib.has_value(), "an accepted image is accepted again");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Project files: what is read, or faults that all have a place.
+// Project files: requires either a project, or faults that all have a location.
 #include <cstdint>
 #include <string>
 
@@ -12,9 +12,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const korvel::Project project = korvel::ParseProject("p.toml", "", text);
     fuzz::Require(project.file == "p.toml", "a project knows its file");
   } catch (const korvel::InputError& reason) {
-    fuzz::Require(!reason.lines.empty(), "a wrong project file has faults");
+    fuzz::Require(!reason.lines.empty(), "an invalid project file has faults");
     for (const std::string& line : reason.lines) {
-      fuzz::Require(line.rfind("p.toml:", 0) == 0, "a fault has a place");
+      fuzz::Require(line.rfind("p.toml:", 0) == 0, "a fault has a location");
       fuzz::Require(line.find('\n') == std::string::npos, "a fault is one line");
     }
   }

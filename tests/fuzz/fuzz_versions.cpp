@@ -1,4 +1,4 @@
-// Version texts, a line each: their order is one.
+// Versions, one a line: requires that their comparison is a total order.
 #include <cstdint>
 #include <string>
 
@@ -20,10 +20,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string b = input.Line();
   const std::string c = input.Line();
   fuzz::Require(Compare(a, a) == 0, "a version equals itself");
-  fuzz::Require(Compare(a, b) == -Compare(b, a), "what is older than another is older the other way round, too");
+  fuzz::Require(Compare(a, b) == -Compare(b, a), "the order of versions is antisymmetric");
   if (Compare(a, b) <= 0 && Compare(b, c) <= 0) fuzz::Require(Compare(a, c) <= 0, "the order of versions is transitive");
-  if (Compare(a, b) == 0) fuzz::Require(Compare(a, c) == Compare(b, c), "equal versions stand in the same place");
+  if (Compare(a, b) == 0) fuzz::Require(Compare(a, c) == Compare(b, c), "equal versions have the same order relative to others");
   fuzz::Require(Compare(a, a + ".0") == 0, "a missing number counts as zero");
-  fuzz::Require(RealCmpVersion(a.c_str(), b.c_str(), true) == RealCmpVersion(a.c_str(), b.c_str(), false), "the flag is none");
+  fuzz::Require(RealCmpVersion(a.c_str(), b.c_str(), true) == RealCmpVersion(a.c_str(), b.c_str(), false),
+                "the flag has no effect");
   return 0;
 }

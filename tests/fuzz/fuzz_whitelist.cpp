@@ -1,11 +1,11 @@
-// Whitelists: how they are split, and what the check of field lengths makes of them. The first line is the whitelist, the second
-// the server's version, the third the name of a field.
+// Whitelists: how they are split, and how the check of field lengths uses them. The first line of the input is the whitelist, the
+// second the server's version, the third the name of a field.
 #include <cstdint>
 #include <set>
 #include <string>
 
 #include "common/text_helpers.h"
-#include "fuzz/ask_all.h"
+#include "fuzz/check_all.h"
 #include "fuzz/input.h"
 #include "fuzz/require.h"
 #include "qmx/qmx_builder.h"
@@ -16,8 +16,8 @@ void RequirePieces(const std::string& text) {
   std::set<std::string> pieces;
   SplitString(text.c_str(), ";", pieces);
   for (const std::string& piece : pieces) {
-    fuzz::Require(!piece.empty() && piece.find(';') == std::string::npos, "a piece stands between separators");
-    fuzz::Require((";" + text + ";").find(";" + piece + ";") != std::string::npos, "a piece is one of the text");
+    fuzz::Require(!piece.empty() && piece.find(';') == std::string::npos, "a piece contains no separator");
+    fuzz::Require((";" + text + ";").find(";" + piece + ";") != std::string::npos, "a piece occurs between separators");
   }
   fuzz::Require(pieces.empty() == (text.find_first_not_of(';') == std::string::npos), "no piece is lost");
 }
@@ -42,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   RequirePieces(settings.whitelist);
   const qmx::Metalib old_library = Build(name, 300'000);
   const qmx::Metalib new_library = Build(name, 400'000);
-  fuzz::AskAll(old_library.get(), new_library.get(), settings);
-  fuzz::AskAll(new_library.get(), old_library.get(), settings);
+  fuzz::CheckAll(old_library.get(), new_library.get(), settings);
+  fuzz::CheckAll(new_library.get(), old_library.get(), settings);
   return 0;
 }

@@ -1,5 +1,5 @@
-// The reader of schema files. What it accepts is a library that can be used, written and read again; what it refuses has a
-// reason and a place in the file.
+// The reader of schema files. Requires that an accepted library can be used, written and read again, and that an error has a
+// reason and a location in the file.
 #include <algorithm>
 #include <cstdint>
 #include <string>
@@ -13,14 +13,14 @@
 namespace {
 
 void RequireErrors(const qmx::ReadResult& result, std::string_view text) {
-  fuzz::Require(!result.errors.empty(), "a file that is no schema has an error");
-  fuzz::Require(result.errors.size() <= qmx::kMaxErrors + 1, "the errors are limited");
+  fuzz::Require(!result.errors.empty(), "an invalid file has an error");
+  fuzz::Require(result.errors.size() <= qmx::kMaxErrors + 1, "the number of errors is limited");
   // A carriage return alone ends a line, too.
   const auto is_end = [](char c) { return c == '\n' || c == '\r'; };
   const auto lines = static_cast<std::size_t>(std::count_if(text.begin(), text.end(), is_end)) + 1;
   for (const qmx::ReadError& error : result.errors) {
-    fuzz::Require(error.place.line >= 1 && error.place.line <= lines, "an error stands in a line of the file");
-    fuzz::Require(error.place.column >= 1 && error.place.column <= text.size() + 1, "an error stands in a column of the file");
+    fuzz::Require(error.location.line >= 1 && error.location.line <= lines, "an error is in a line of the file");
+    fuzz::Require(error.location.column >= 1 && error.location.column <= text.size() + 1, "an error is in a column of the file");
     fuzz::Require(!error.text.empty() && error.text.find('\n') == std::string::npos, "an error is one line");
   }
 }
@@ -38,7 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   image::ReadEverything(result.schema->metalib.get());
   const std::string image = qmx::WriteImage(result.schema->metalib);
   const qmx::ImageResult again = image::Load(image);
-  fuzz::Require(again.metalib.has_value(), "the image of a schema is right");
+  fuzz::Require(again.metalib.has_value(), "the image of a schema is valid");
   fuzz::Require(qmx::WriteImage(*again.metalib) == image, "the same library gives the same bytes");
   return 0;
 }

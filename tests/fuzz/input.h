@@ -1,4 +1,4 @@
-// Takes the bytes of a fuzzer apart. Whatever the bytes are, every call gives something; when they are used up, zero and "".
+// Decodes the bytes of a fuzzer. Every call returns a value, whatever the bytes are; after the last byte, zero and "".
 #pragma once
 
 #include <algorithm>
@@ -24,7 +24,7 @@ class Input {
   // 0 <= result < bound. REQUIRES: 0 < bound <= 256.
   int Below(int bound) { return Byte() % bound; }
 
-  // Any number: the small ones and those at the ends of the range more often than a throw of the dice would.
+  // Any number; small ones and those at the ends of the range are more frequent than in a uniform distribution.
   std::int32_t Number() {
     const std::uint8_t kind = Byte();
     if (kind < 224) return kind % 32 - 2;
@@ -34,10 +34,10 @@ class Input {
     return number;
   }
 
-  // Up to the next line end, which is left out.
+  // Up to the next line end, which is removed.
   std::string Line() { return UpTo('\n'); }
 
-  // Up to the next byte of that value, which is left out.
+  // Up to the next byte with that value, which is removed.
   std::string UpTo(char mark) {
     const std::size_t end = std::min(rest_.find(mark), rest_.size());
     std::string line(rest_.substr(0, end));
@@ -45,7 +45,7 @@ class Input {
     return line;
   }
 
-  // The next line, up to its first zero byte: what C takes for a text.
+  // The next line, up to its first zero byte, as a C string.
   std::string Text() {
     const std::string line = Line();
     return line.substr(0, line.find('\0'));

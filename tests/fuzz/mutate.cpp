@@ -1,5 +1,5 @@
-// What a fuzzer does to a scenario: the changes that random pairs are made with (tests/model/mutations_*.cpp), one at a time, so
-// that those worth keeping add up. Not here: any rule, or which change is refused. Tested by mutate_test.cpp.
+// Mutates a scenario for a fuzzer: applies one of the changes of tests/model/mutations_*.cpp at a time, so that useful ones
+// accumulate. Contains no rule and does not know which change is refused. Tested by mutate_test.cpp.
 #include "fuzz/mutate.h"
 
 #include <utility>
@@ -16,7 +16,8 @@ using model::Random;
 using model::Scenario;
 
 void Change(LibraryDecl& library, Random& random) {
-  if (model::Table(library) == nullptr) library = model::RandomLibrary(model::Taste::kSound, random);  // all changes need one
+  if (model::Table(library) == nullptr)
+    library = model::RandomLibrary(model::LibraryKind::kValid, random);  // all changes need a table
   const std::size_t kind = random.Below(8);
   const auto mutations = kind < 4 ? model::FieldMutations() : kind < 6 ? model::TableMutations() : model::OddMutations();
   model::ApplyAny(mutations, library, random);
@@ -33,7 +34,7 @@ constexpr Step kSteps[] = {
     {2, [](Scenario& s, Random& r) { Change(s.new_library = s.old_library, r); }},
     {2, [](Scenario& s, Random& r) { Change(s.old_library = s.new_library, r); }},
     {1, [](Scenario& s, Random&) { std::swap(s.old_library, s.new_library); }},
-    {3, [](Scenario& s, Random& r) { s.questions = model::RandomQuestions(s.old_library, s.new_library, r); }},
+    {3, [](Scenario& s, Random& r) { s.calls = model::RandomCalls(s.old_library, s.new_library, r); }},
     {1, [](Scenario& s, Random& r) { s.gate = model::RandomGate(r); }},
     {1, [](Scenario& s, Random& r) { s = model::RandomScenario(r); }},
 };

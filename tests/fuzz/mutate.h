@@ -1,4 +1,4 @@
-// What a fuzzer does to a scenario from one try to the next.
+// Mutates a scenario for a fuzzer.
 #pragma once
 
 #include "model/random.h"
@@ -6,7 +6,7 @@
 
 namespace fuzz {
 
-// A change of a library (or a few), of the relation of the two libraries, of the questions or of the log; or all anew.
+// One change (or a few) of a library, of the relation of the two libraries, of the calls or of the log; or a new scenario.
 void Mutate(model::Scenario& scenario, model::Random& random);
 
 }  // namespace fuzz

@@ -1,5 +1,5 @@
-// What a fuzzer does to an image: every record is made of numbers of 8 and 4 bytes at multiples of their size, and those that the
-// verifier compares them with stand elsewhere in the same image. Tested by mutate_test.cpp.
+// Mutates an image for a fuzzer: every record consists of numbers of 8 and 4 bytes at multiples of their size, and the values
+// that the verifier compares them with are in other records of the same image. Tested by mutate_test.cpp.
 #include "fuzz/mutate_image.h"
 
 #include <cstddef>
@@ -31,7 +31,7 @@ std::size_t AnyPlace(const std::string& image, Random& random) {
   return qmx::kImageHeaderSize + random.Below(numbers) * sizeof(Number);
 }
 
-// Distances between records, and between what is in range and what is not.
+// Distances between records, and between values inside and outside of a range.
 const std::vector<int> kSteps = {1,
                                  -1,
                                  2,
@@ -64,7 +64,7 @@ void ChangeNumber(std::string& image, Random& random) {
 
 std::string AnyImage(Random& random) {
   for (;;) {
-    const auto library = model::Build(model::RandomLibrary(model::Taste::kOdd, random));
+    const auto library = model::Build(model::RandomLibrary(model::LibraryKind::kOdd, random));
     if (library) return qmx::WriteImage(*library);
   }
 }
@@ -75,7 +75,7 @@ std::string Fixed(std::string image) {
   if (image.size() < qmx::kImageHeaderSize) return image;
   const std::uint64_t block_size = image.size() - qmx::kImageHeaderSize;
   std::memcpy(image.data() + offsetof(qmx::ImageHeader, block_size), &block_size, sizeof(block_size));
-  image::MendChecksum(image);
+  image::UpdateChecksum(image);
   return image;
 }
 

@@ -1,4 +1,4 @@
-// What a fuzzer does to an image from one try to the next, so that what the verifier looks at changes and nothing else.
+// Mutates an image for a fuzzer, so that only the values that the verifier checks change.
 #pragma once
 
 #include <string>
@@ -7,10 +7,10 @@
 
 namespace fuzz {
 
-// The image with the size and the checksum that fit its block.
+// The image with the size and the checksum of its block.
 std::string Fixed(std::string image);
 
-// Some numbers of its records, or another library. The size and the checksum fit afterwards.
+// Changes some numbers of its records, or replaces the library. Size and checksum are correct afterwards.
 void MutateImage(std::string& image, model::Random& random);
 
 }  // namespace fuzz

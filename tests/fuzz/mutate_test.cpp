@@ -1,4 +1,4 @@
-// What fuzzers are made of: scenarios as bytes, changes of these and of images, and what the corpora reach.
+// Tests the parts of the fuzzers: scenarios as bytes, mutations of these and of images, and what the corpora reach.
 #include "fuzz/mutate.h"
 
 #include <gtest/gtest.h>
@@ -24,14 +24,14 @@ namespace {
 using model::Random;
 using model::Scenario;
 
-// What no pair of libraries that can be laid out brings about, whatever is asked about it.
+// Rules that no pair of valid libraries triggers, whatever operations are called.
 const std::map<std::string, std::string> kNotReached = {
-    {"primary-key.none", "keys are looked at after both were found"},
-    {"index.null", "an index is compared after it was found"},
-    {"arguments.name-meta", "names are checked after the table was found"},
-    {"table.new-field", "fields that are counted can be had"},
-    {"table.old-field", "fields that are counted can be had"},
-    {"length.field-missing", "fields that are counted can be had"},
+    {"primary-key.none", "keys are compared only if both exist"},
+    {"index.null", "an index is compared only if both exist"},
+    {"arguments.name-meta", "names are checked only if the table exists"},
+    {"table.new-field", "counted fields always exist"},
+    {"table.old-field", "counted fields always exist"},
+    {"length.field-missing", "counted fields always exist"},
 };
 
 std::string Contents(const std::filesystem::path& file) {
@@ -39,7 +39,7 @@ std::string Contents(const std::filesystem::path& file) {
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-// What the verifier names, less the seed of the slots: nearly every number will do there.
+// The parts that the verifier names, except the seed of the slots: nearly every seed is valid.
 const std::set<std::string> kVerified = {"iColumnNum",
                                          "iDataSize",
                                          "iEntriesNum",
@@ -83,23 +83,23 @@ Scenario Parsed(const std::string& bytes) {
 
 bool Same(const Scenario& one, const Scenario& other) {
   return one.old_library == other.old_library && one.new_library == other.new_library && one.gate == other.gate &&
-         one.questions == other.questions;
+         one.calls == other.calls;
 }
 
 void Collect(const Scenario& scenario, std::set<std::string>& ids) {
   const auto old_library = model::Build(scenario.old_library);
   const auto new_library = model::Build(scenario.new_library);
-  if (old_library && new_library) CollectRules(model::AskChecker(scenario, old_library->get(), new_library->get()), ids);
+  if (old_library && new_library) CollectRules(model::RunChecker(scenario, old_library->get(), new_library->get()), ids);
 }
 
 void ExpectAllReached(const std::set<std::string>& ids) {
   for (const korvel::RefusalRow* row : korvel::AllRefusals()) {
     EXPECT_NE(ids.contains(row->id), kNotReached.contains(row->id))
-        << row->id << (ids.contains(row->id) ? ": reached, yet named as out of reach" : ": not reached");
+        << row->id << (ids.contains(row->id) ? ": reached, but listed as unreachable" : ": not reached");
   }
 }
 
-TEST(ScenarioBytes, GiveTheScenarioBack) {
+TEST(ScenarioBytes, RestoreTheScenario) {
   const std::uint64_t seed = Seed();
   for (std::uint64_t i = 0; i < 500; ++i) {
     Random random(seed + i);
@@ -107,11 +107,11 @@ TEST(ScenarioBytes, GiveTheScenarioBack) {
     const std::string bytes = BytesOf(scenario);
     EXPECT_TRUE(Same(Parsed(bytes), scenario)) << "KORVEL_SEED=" << seed + i;
     const Scenario cut = Parsed(bytes.substr(0, random.Below(bytes.size())));
-    EXPECT_TRUE(Same(Parsed(BytesOf(cut)), cut)) << "cut short, KORVEL_SEED=" << seed + i;
+    EXPECT_TRUE(Same(Parsed(BytesOf(cut)), cut)) << "truncated, KORVEL_SEED=" << seed + i;
   }
 }
 
-TEST(Mutate, ReachesEveryRuleFromNothing) {
+TEST(Mutate, ReachesEveryRuleFromEmptyScenario) {
   const std::uint64_t seed = Seed();
   Random random(seed);
   Scenario scenario;
@@ -127,7 +127,7 @@ TEST(Mutate, ReachesEveryRuleFromNothing) {
   ExpectAllReached(ids);
 }
 
-// Each part of the format that can be wrong is, with a checksum that is right, and enough is accepted to be worth reading.
+// Each part of the format is damaged at some point, with a valid checksum, and enough images are accepted to be worth reading.
 TEST(MutateImage, PassesTheVerifierOftenAndFailsInEveryPart) {
   const std::uint64_t seed = Seed();
   Random random(seed);
@@ -149,7 +149,7 @@ TEST(MutateImage, PassesTheVerifierOftenAndFailsInEveryPart) {
   EXPECT_EQ(fields, kVerified);
 }
 
-// A function that is added to the interface is read by whoever reads everything.
+// A new function of the interface must be called by ReadEverything.
 TEST(ReadEverything, CallsEveryReadOperation) {
   const std::string header = Contents(KORVEL_SOURCE "/include/qmx/qmx_metalib_kernel.h");
   const std::string reader = Contents(KORVEL_SOURCE "/tests/qmx/image_reading.cpp");
@@ -169,7 +169,7 @@ TEST(Corpus, ReachesEveryRule) {
   ExpectAllReached(ids);
 }
 
-TEST(Corpus, RowsThatAreOutOfReachExist) {
+TEST(Corpus, ListedUnreachableRowsExist) {
   std::set<std::string> ids;
   for (const korvel::RefusalRow* row : korvel::AllRefusals()) ids.insert(row->id);
   for (const auto& [id, reason] : kNotReached) EXPECT_TRUE(ids.contains(id)) << id;

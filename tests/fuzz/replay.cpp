@@ -1,4 +1,4 @@
-// Runs a target over the files of directories, without a fuzzer: the corpus as an ordinary test, whatever the compiler.
+// Runs a target on the files of directories, without a fuzzer: the corpus as an ordinary test, with any compiler.
 //
 //   fuzz_NAME DIRECTORY...
 #include <algorithm>
@@ -15,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 namespace {
 
-// In memory of exactly the file's size, so that a sanitizer sees each byte too far.
+// In memory of exactly the file's size, so that a sanitizer detects every access outside it.
 void Run(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
   const std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());

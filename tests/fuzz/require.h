@@ -1,4 +1,4 @@
-// What a target promises for every input. A broken promise ends the program, which a fuzzer takes for a find and a test for a
+// A guarantee of a target for every input. A violation ends the program, which a fuzzer reports as a find and a test as a
 // failure.
 #pragma once
 
@@ -7,9 +7,9 @@
 
 namespace fuzz {
 
-inline void Require(bool holds, const char* promise) {
+inline void Require(bool holds, const char* guarantee) {
   if (holds) return;
-  std::fprintf(stderr, "broken: %s\n", promise);
+  std::fprintf(stderr, "violated: %s\n", guarantee);
   std::abort();
 }
 

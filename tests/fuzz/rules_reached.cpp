@@ -1,4 +1,4 @@
-// Which rules were reached: texts are looked up in the catalogue. Tested by mutate_test.cpp.
+// Records which rules were reached: looks up texts in the catalog. Tested by mutate_test.cpp.
 #include "fuzz/rules_reached.h"
 
 #include <cstdio>
@@ -29,18 +29,18 @@ struct Reached {
 
 }  // namespace
 
-void CollectRules(const std::vector<model::Answer>& answers, std::set<std::string>& ids) {
-  for (const model::Answer& answer : answers) {
-    if (answer.code != 0) Collect(answer.state.buffer, ids);
-    for (const model::Record& record : answer.state.log) {
+void CollectRules(const std::vector<model::CallResult>& results, std::set<std::string>& ids) {
+  for (const model::CallResult& result : results) {
+    if (result.code != 0) Collect(result.state.buffer, ids);
+    for (const model::Record& record : result.state.log) {
       if (record.priority <= kWarning) Collect(record.text, ids);
     }
   }
 }
 
-void CountRules(const std::vector<model::Answer>& answers) {
+void CountRules(const std::vector<model::CallResult>& results) {
   static Reached reached;
-  CollectRules(answers, reached.ids);
+  CollectRules(results, reached.ids);
 }
 
 }  // namespace fuzz

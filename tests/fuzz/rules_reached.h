@@ -1,4 +1,4 @@
-// Which rows of the catalogue of refusals some answers came to.
+// Which rows of the catalog of refusals were reached.
 #pragma once
 
 #include <set>
@@ -9,10 +9,10 @@
 
 namespace fuzz {
 
-// Adds the ids of the rows whose texts stand in the answers' buffers and logs.
-void CollectRules(const std::vector<model::Answer>& answers, std::set<std::string>& ids);
+// Adds the ids of the rows whose texts occur in the buffers and logs of the results.
+void CollectRules(const std::vector<model::CallResult>& results, std::set<std::string>& ids);
 
-// Counts them for the whole process, which prints them as it ends: "rules reached: 70 of 77; not reached: ...".
-void CountRules(const std::vector<model::Answer>& answers);
+// Counts them for the whole process, which prints them when it ends: "rules reached: 70 of 77; not reached: ...".
+void CountRules(const std::vector<model::CallResult>& results);
 
 }  // namespace fuzz

@@ -1,4 +1,4 @@
-// Scenarios as bytes and back: both go over the same members in the same order, which is written once. Tested by mutate_test.cpp.
+// Encodes scenarios as bytes and decodes them: both use one list of members and their order. Tested by mutate_test.cpp.
 #include "fuzz/scenario_bytes.h"
 
 #include <concepts>
@@ -11,7 +11,7 @@
 namespace fuzz {
 namespace {
 
-constexpr unsigned kBits = 7;  // of a number, in each of its bytes; the eighth says that another byte follows
+constexpr unsigned kBits = 7;  // of a number, in each of its bytes; the eighth is set if another byte follows
 
 // --- Members ---
 
@@ -44,20 +44,20 @@ void Members(Bytes& bytes, model::LibraryDecl& library) {
 
 template <class Bytes>
 void Members(Bytes& bytes, model::LogGate& gate) {
-  Pass(bytes, gate.absent, gate.high, gate.low, gate.answer);
+  Pass(bytes, gate.absent, gate.high, gate.low, gate.can_write);
 }
 
 template <class Bytes>
-void Members(Bytes& bytes, model::Question& question) {
-  auto operation = static_cast<unsigned>(question.operation);
-  Pass(bytes, operation, question.old_table, question.new_table, question.without_old, question.without_new, question.table_type,
-       question.init_version, question.server, question.whitelist, question.list_num);
-  question.operation = static_cast<model::Operation>(operation % static_cast<unsigned>(model::Operation::kEnd));
+void Members(Bytes& bytes, model::Call& call) {
+  auto operation = static_cast<unsigned>(call.operation);
+  Pass(bytes, operation, call.old_table, call.new_table, call.without_old, call.without_new, call.table_type, call.init_version,
+       call.server, call.whitelist, call.list_num);
+  call.operation = static_cast<model::Operation>(operation % static_cast<unsigned>(model::Operation::kEnd));
 }
 
 template <class Bytes>
 void Members(Bytes& bytes, model::Scenario& scenario) {
-  Pass(bytes, scenario.gate, scenario.questions, scenario.old_library, scenario.new_library);
+  Pass(bytes, scenario.gate, scenario.calls, scenario.old_library, scenario.new_library);
 }
 
 // --- Writing ---
@@ -65,7 +65,7 @@ void Members(Bytes& bytes, model::Scenario& scenario) {
 struct Writer {
   void Take(bool& flag) { text += flag ? '\1' : '\0'; }
 
-  // Small numbers on both sides of zero are short.
+  // Small positive and negative numbers are short.
   template <std::integral Number>
   void Take(Number& number) {
     const auto wide = static_cast<std::int64_t>(number);
@@ -83,7 +83,7 @@ struct Writer {
     if (is_there) Take(*value);
   }
 
-  // A byte in front of each item, so that no count from an input is believed.
+  // One byte before each item, so that the input contains no counts that must be trusted.
   template <class Item>
   void Take(std::vector<Item>& items) {
     for (Item& item : items) {
@@ -141,7 +141,7 @@ struct Reader {
 }  // namespace
 
 std::string BytesOf(const model::Scenario& scenario) {
-  model::Scenario copy = scenario;  // reading fills in the very members that writing goes over
+  model::Scenario copy = scenario;  // decoding assigns the members that encoding reads
   Writer writer;
   writer.Take(copy);
   return std::move(writer.text);

@@ -1,6 +1,7 @@
-// Scenarios as bytes and back, for fuzzers, which know bytes only.
+// Encodes scenarios as bytes and decodes them, for fuzzers.
 //
-// Any bytes are a scenario: what is missing is zero, empty or absent. Not stable: a corpus is made anew when a member is added.
+// Any bytes are a scenario: missing members are zero, empty or absent. Not stable: the corpus must be regenerated when a member
+// is added.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +12,7 @@
 
 namespace fuzz {
 
-// REQUIRES: no text in it holds a zero byte.
+// REQUIRES: no text in it contains a zero byte.
 std::string BytesOf(const model::Scenario& scenario);
 
 model::Scenario ScenarioOf(const std::uint8_t* data, std::size_t size);

@@ -1,5 +1,5 @@
-// Makes a pair of libraries and checks every table of it: korvel_growth SHAPE PROTOCOL SIZE. What the check alone costs is
-// counted from outside, by the script growth.
+// Makes a pair of libraries and checks each of its tables: korvel_growth SHAPE PROTOCOL SIZE. The script `growth` counts the
+// instructions of the check.
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -18,7 +18,7 @@ struct Side {
   void AddField(const std::string& name, const std::string& type, int id, int version = 1) {
     builder.AddEntry({.name = name, .type = type, .id = id, .version = version});
   }
-  // Fields f0, f1 ... of ids 1, 2 ...; the first is the key.
+  // Fields f0, f1 ... with ids 1, 2 ...; the first is the key.
   void AddTable(const std::string& name, int fields) {
     builder.AddMeta(name);
     for (int i = 0; i < fields; ++i) AddField("f" + std::to_string(i), "int32", i + 1);
@@ -34,7 +34,7 @@ std::vector<std::string> Names(int count, bool reversed) {
 
 void AddFields(Side& side, int n) { side.AddTable("t", n); }
 
-// A field in front moves all others.
+// A field at the start moves all others.
 void AddShifted(Side& side, int n) {
   side.builder.AddMeta("t");
   if (side.is_new) side.AddField("first", "int32", n + 1, 6);
@@ -51,7 +51,7 @@ void AddReversed(Side& side, int n) {
   side.builder.SetPrimaryKey({"f0"});
 }
 
-// All of one name and id.
+// All fields have the same name and id.
 void AddAlike(Side& side, int n) {
   side.builder.AddMeta("t");
   for (int i = 0; i < n; ++i) side.AddField("f0", "int32", 1);
@@ -62,7 +62,7 @@ void AddTables(Side& side, int n) {
   for (int i = 0; i < n; ++i) side.AddTable("t" + std::to_string(i), 20);
 }
 
-// Each structure is two fields of the one below; the lowest grew, so that none is the same.
+// Each structure has two fields of the structure below; the lowest one grew, so that no structure is unchanged.
 void AddDepth(Side& side, int n) {
   for (int i = 0; i < n; ++i) {
     side.builder.AddMeta("s" + std::to_string(i));
@@ -109,7 +109,7 @@ qmx::Metalib Make(const Shape& shape, bool is_tlv, bool is_new, int n) {
 
 }  // namespace
 
-// What is counted; named, so that the counting can be told where to begin and end.
+// The part that is counted. It has a name so that valgrind can start and stop counting there.
 extern "C" [[gnu::noinline]] void KorvelGrowthCheck(const qmx::Metalib& old_lib, const qmx::Metalib& new_lib, bool is_tlv,
                                                     int index) {
   const LPQMXMETA meta = qmx_get_meta_by_index(old_lib.get(), index);

@@ -83,7 +83,7 @@ long FailEach(const std::function<void()>& work) {
     }
     FailNever();
     if (!failed) {
-      EXPECT_FALSE(ended) << "memory ran out without a failure";
+      EXPECT_FALSE(ended) << "std::bad_alloc without a failed allocation";
       CountFailures(count);
       return count;
     }

@@ -14,7 +14,7 @@
 #include "report/checked.h"
 #include "report/read_source.h"
 #include "report/render/render.h"
-#include "vesk/log_category.h"
+#include "vesk/closed_category.h"
 
 namespace memory {
 namespace {
@@ -51,10 +51,10 @@ TEST(OutOfMemory, EndsWritingAndLoadingOfImage) {
 TEST(OutOfMemory, EndsAnalysis) {
   const korvel::Source old_source = report_test::ReadSource("v6.xml", Example("v6.xml"));
   const korvel::Source new_source = report_test::ReadSource("v7.xml", Example("v7-wider-key.xml"));
-  const std::unique_ptr<vesk::LogCategory> log = vesk::LogCategory::Closed();
+  vesk::ClosedCategory log;
   const long failures = FailEach([&] {
     const auto result = korvel::CheckTableChange(
-        {.sources = {old_source, new_source}, .table = "orders", .given = {}, .wants_fixes = true, .log = log->handle()});
+        {.sources = {old_source, new_source}, .table = "orders", .given = {}, .wants_fixes = true, .log = log.handle()});
     if (result.status != korvel::Status::kRefused) throw std::runtime_error("a refused change was allowed");
   });
   EXPECT_GT(failures, 1000);
@@ -66,8 +66,8 @@ TEST(OutOfMemory, EndsAnalysis) {
 bool IsJson(const std::string& format) { return format == "json" || format == "sarif" || format == "gitlab"; }
 
 TEST(OutOfMemory, EndsRendering) {
-  const report_test::Judged checked =
-      report_test::JudgeExample({"wider-key", "examples/shop/v6.xml", "examples/shop/v7-wider-key.xml"});
+  const report_test::CheckedReport checked =
+      report_test::CheckExample({"wider-key", "examples/shop/v6.xml", "examples/shop/v7-wider-key.xml"});
   for (const korvel::Format& format : korvel::Formats()) {
     if (IsJson(format.name)) continue;
     SCOPED_TRACE(format.name);

@@ -1,5 +1,4 @@
-// Finding and editing fields of libraries declared as values. Not here: which edits there are (mutations_*.cpp). Tested by
-// model_test.cpp.
+// Finds and edits fields of libraries declared as values. The edits themselves are in mutations_*.cpp. Tested by model_test.cpp.
 #include "model/edits.h"
 
 #include <algorithm>

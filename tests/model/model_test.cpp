@@ -1,5 +1,5 @@
-// The checker against its plain model, on random pairs of libraries: code, buffer, log records and members after each call.
-// KORVEL_SEED and KORVEL_PAIRS choose another run; a pair that differs is printed as small as it gets.
+// Compares the checker with its plain model on random pairs of libraries: code, buffer, log records and members after each call.
+// KORVEL_SEED and KORVEL_PAIRS select another run. A pair with different results is printed as small as possible.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -16,30 +16,30 @@ namespace model {
 namespace {
 
 constexpr std::uint64_t kUsualPairs = 50000;
-constexpr std::uint64_t kMostPrinted = 3;
+constexpr std::uint64_t kMaxPrinted = 3;
 constexpr std::uint64_t kPairsWithUnreadMembers = 10000;
-constexpr int kTriesForAMutation = 60;
+constexpr int kTriesPerMutation = 60;
 
-std::uint64_t NumberFrom(const char* variable, std::uint64_t otherwise) {
+std::uint64_t NumberFrom(const char* variable, std::uint64_t default_value) {
   const char* const text = std::getenv(variable);
-  return text == nullptr ? otherwise : std::strtoull(text, nullptr, 10);
+  return text == nullptr ? default_value : std::strtoull(text, nullptr, 10);
 }
 
 bool Differ(const Scenario& scenario) {
-  const std::optional<Answers> answers = Ask(scenario);
-  return answers && answers->checker != answers->model;
+  const std::optional<Results> results = RunBoth(scenario);
+  return results && results->checker != results->model;
 }
 
 struct Counts {
   std::uint64_t pairs = 0;
-  std::uint64_t questions = 0;
+  std::uint64_t calls = 0;
   std::uint64_t not_laid_out = 0;
   std::uint64_t differences = 0;
 };
 
 void PrintShrunk(const Scenario& scenario, std::uint64_t seed) {
   const Scenario smallest = Shrink(scenario, Differ);
-  ADD_FAILURE() << "KORVEL_SEED=" << seed << " KORVEL_PAIRS=1\n" << Print(smallest) << PrintDifference(*Ask(smallest));
+  ADD_FAILURE() << "KORVEL_SEED=" << seed << " KORVEL_PAIRS=1\n" << Print(smallest) << PrintDifference(*RunBoth(smallest));
 }
 
 Counts Compare(std::uint64_t seed, std::uint64_t pairs) {
@@ -47,59 +47,60 @@ Counts Compare(std::uint64_t seed, std::uint64_t pairs) {
   for (std::uint64_t i = 0; i < pairs; ++i) {
     Random random(seed + i);
     const Scenario scenario = RandomScenario(random);
-    const std::optional<Answers> answers = Ask(scenario);
-    counts.pairs += answers ? 1 : 0;
-    counts.not_laid_out += answers ? 0 : 1;
-    counts.questions += answers ? answers->model.size() : 0;
-    if (!answers || answers->checker == answers->model) continue;
-    if (++counts.differences <= kMostPrinted) PrintShrunk(scenario, seed + i);
+    const std::optional<Results> results = RunBoth(scenario);
+    counts.pairs += results ? 1 : 0;
+    counts.not_laid_out += results ? 0 : 1;
+    counts.calls += results ? results->model.size() : 0;
+    if (!results || results->checker == results->model) continue;
+    if (++counts.differences <= kMaxPrinted) PrintShrunk(scenario, seed + i);
   }
   return counts;
 }
 
-// What no public operation brings about: each is asked for by a rule that has looked before.
-const std::vector<Said> kNeverSaid = {Said::kNoKey};
+// Texts that no public operation writes: rules check the condition before they call the helper that would write it.
+const std::vector<TextId> kNeverUsed = {TextId::kNoKey};
 
-void PrintTimesSaid() {
+void PrintTimesUsed() {
   for (const TextRow& row : Texts()) {
-    std::printf("%12llu  %s\n", static_cast<unsigned long long>(TimesSaid()[static_cast<std::size_t>(row.said)]),
+    std::printf("%12llu  %s\n", static_cast<unsigned long long>(TimesUsed()[static_cast<std::size_t>(row.text_id)]),
                 std::string(row.wording).c_str());
   }
 }
 
-TEST(Model, AgreesWithTheCheckerOnRandomPairs) {
+TEST(Model, AgreesWithCheckerOnRandomPairs) {
   const std::uint64_t seed = NumberFrom("KORVEL_SEED", 20261121);
   const std::uint64_t pairs = NumberFrom("KORVEL_PAIRS", kUsualPairs);
-  TimesSaid().fill(0);
+  TimesUsed().fill(0);
   const Counts counts = Compare(seed, pairs);
-  std::printf("seed %llu: %llu pairs compared, %llu questions, %llu differences; %llu pairs could not be laid out\n",
+  std::printf("seed %llu: %llu pairs compared, %llu calls, %llu differences; %llu pairs could not be laid out\n",
               static_cast<unsigned long long>(seed), static_cast<unsigned long long>(counts.pairs),
-              static_cast<unsigned long long>(counts.questions), static_cast<unsigned long long>(counts.differences),
+              static_cast<unsigned long long>(counts.calls), static_cast<unsigned long long>(counts.differences),
               static_cast<unsigned long long>(counts.not_laid_out));
   EXPECT_EQ(counts.differences, 0U);
-  if (pairs > kUsualPairs) PrintTimesSaid();
+  if (pairs > kUsualPairs) PrintTimesUsed();
   if (pairs < kUsualPairs) return;
   EXPECT_LT(counts.not_laid_out, pairs / 10);
   for (const TextRow& row : Texts()) {
-    const bool is_never_said = std::ranges::find(kNeverSaid, row.said) != kNeverSaid.end();
-    EXPECT_EQ(TimesSaid()[static_cast<std::size_t>(row.said)] == 0, is_never_said) << row.wording;
+    const bool is_never_used = std::ranges::find(kNeverUsed, row.text_id) != kNeverUsed.end();
+    EXPECT_EQ(TimesUsed()[static_cast<std::size_t>(row.text_id)] == 0, is_never_used) << row.wording;
   }
 }
 
-TEST(Model, TextsStandInTheOrderOfTheirNames) {
-  ASSERT_EQ(Texts().size(), static_cast<std::size_t>(Said::kEnd));
-  for (std::size_t i = 0; i < Texts().size(); ++i) EXPECT_EQ(static_cast<std::size_t>(Texts()[i].said), i) << Texts()[i].wording;
+TEST(Model, TextsAreInOrderOfTheirIds) {
+  ASSERT_EQ(Texts().size(), static_cast<std::size_t>(TextId::kEnd));
+  for (std::size_t i = 0; i < Texts().size(); ++i)
+    EXPECT_EQ(static_cast<std::size_t>(Texts()[i].text_id), i) << Texts()[i].wording;
 }
 
 // --- Members of an entry that the checker does not compare (src/common/entry_match.h) ---
 
-// Lays the new library out elsewhere: other offsets, the same schema.
+// The same schema with other offsets.
 LibraryDecl Moved(LibraryDecl library) {
   library.metas.insert(library.metas.begin(), {.name = "only_to_move_the_others", .fields = {{.name = "x"}}});
   return library;
 }
 
-// Changes everything else in an entry that no rule reads.
+// Changes all members of an entry that no rule reads.
 void ChangeUnreadMembers(LPQMXMETAENTRY entry, LPQMXMETAENTRY another, LPQMXMETA meta, Random& random) {
   constexpr std::uint8_t kKeyBit = 0x10;
   for (std::uint8_t& byte : entry->chReserved) byte = static_cast<std::uint8_t>(random.Below(256));
@@ -117,59 +118,59 @@ void ChangeUnreadMembers(LPQMXMETALIB library, Random& random) {
   }
 }
 
-TEST(Model, MembersThatAreNotComparedChangeNoAnswer) {
+TEST(Model, UncomparedMembersDoNotChangeResults) {
   const std::uint64_t seed = NumberFrom("KORVEL_SEED", 20261121);
   for (std::uint64_t i = 0; i < kPairsWithUnreadMembers; ++i) {
     Random random(seed + i);
     const Scenario scenario = RandomScenario(random);
-    const std::optional<Answers> before = Ask(scenario);
+    const std::optional<Results> before = RunBoth(scenario);
     if (!before) continue;
     const std::optional<qmx::Metalib> old_library = Build(scenario.old_library);
     const std::optional<qmx::Metalib> new_library = Build(Moved(scenario.new_library));
     ASSERT_TRUE(old_library && new_library);
     ChangeUnreadMembers(old_library->get(), random);
     ChangeUnreadMembers(new_library->get(), random);
-    const Answers after = Ask(scenario, old_library->get(), new_library->get());
+    const Results after = RunBoth(scenario, old_library->get(), new_library->get());
     ASSERT_EQ(after.checker, before->checker) << "KORVEL_SEED=" << seed + i << "\n" << Print(scenario);
     ASSERT_EQ(after.checker, after.model) << "KORVEL_SEED=" << seed + i << "\n" << Print(scenario) << PrintDifference(after);
   }
 }
 
-// --- Changes whose verdict is known when they are made ---
+// --- Changes with a known verdict ---
 
 std::vector<Mutation> KnownMutations() {
   std::vector<Mutation> known(FieldMutations().begin(), FieldMutations().end());
   known.insert(known.end(), TableMutations().begin(), TableMutations().end());
-  std::erase_if(known, [](const Mutation& one) { return one.record == Said::kEnd && one.tlv == Said::kEnd; });
+  std::erase_if(known, [](const Mutation& one) { return one.record == TextId::kEnd && one.tlv == TextId::kEnd; });
   return known;
 }
 
 class MutationTest : public testing::TestWithParam<Mutation> {};
 
-// What the change of a sound library must come to; false if there was nothing to change so.
-bool ExpectVerdict(const Mutation& mutation, std::int64_t flag, Said verdict, Random& random) {
+// Expects the verdict for a change of a valid library; false if the change does not apply to it.
+bool ExpectVerdict(const Mutation& mutation, std::int64_t flag, TextId verdict, Random& random) {
   Scenario scenario;
-  scenario.old_library = RandomLibrary(Taste::kSound, random);
+  scenario.old_library = RandomLibrary(LibraryKind::kValid, random);
   scenario.old_library.flag = flag;
   scenario.new_library = scenario.old_library;
-  scenario.questions = {FittingQuestion(scenario.old_library)};
+  scenario.calls = {MainCheckCall(scenario.old_library)};
   if (!mutation.apply(scenario.new_library, random)) return false;
-  const std::optional<Answers> answers = Ask(scenario);
-  if (!answers) return false;
-  EXPECT_EQ(answers->checker, answers->model) << Print(scenario) << PrintDifference(*answers);
-  EXPECT_EQ(answers->checker[0].code == 0, verdict == Said::kSucceeded) << Print(scenario) << answers->checker[0].state.buffer;
-  if (verdict == Said::kSucceeded) return true;
-  EXPECT_EQ(answers->last_failure, verdict) << Print(scenario) << answers->checker[0].state.buffer;
+  const std::optional<Results> results = RunBoth(scenario);
+  if (!results) return false;
+  EXPECT_EQ(results->checker, results->model) << Print(scenario) << PrintDifference(*results);
+  EXPECT_EQ(results->checker[0].code == 0, verdict == TextId::kSucceeded) << Print(scenario) << results->checker[0].state.buffer;
+  if (verdict == TextId::kSucceeded) return true;
+  EXPECT_EQ(results->last_failure, verdict) << Print(scenario) << results->checker[0].state.buffer;
   return true;
 }
 
-TEST_P(MutationTest, ComesToWhatIsKnown) {
+TEST_P(MutationTest, HasKnownVerdict) {
   const Mutation& mutation = GetParam();
   const std::uint64_t seed = NumberFrom("KORVEL_SEED", 20261121);
   for (const std::int64_t flag : {0, 1}) {
-    const Said verdict = flag == 0 ? mutation.record : mutation.tlv;
-    int applied = verdict == Said::kEnd ? 1 : 0;
-    for (std::uint64_t i = 0; i < kTriesForAMutation && verdict != Said::kEnd && !HasFailure(); ++i) {
+    const TextId verdict = flag == 0 ? mutation.record : mutation.tlv;
+    int applied = verdict == TextId::kEnd ? 1 : 0;
+    for (std::uint64_t i = 0; i < kTriesPerMutation && verdict != TextId::kEnd && !HasFailure(); ++i) {
       SCOPED_TRACE(std::string(mutation.label) + ", KORVEL_SEED=" + std::to_string(seed + i));
       Random random(seed + i);
       applied += ExpectVerdict(mutation, flag, verdict, random) ? 1 : 0;
@@ -186,25 +187,25 @@ std::string LabelOf(const testing::TestParamInfo<Mutation>& info) {
 }
 INSTANTIATE_TEST_SUITE_P(Known, MutationTest, testing::ValuesIn(KnownMutations()), LabelOf);
 
-// --- Making a pair smaller ---
+// --- Shrinking ---
 
-TEST(Shrink, LeavesNothingThatIsNotNeeded) {
+TEST(Shrink, RemovesEverythingUnneeded) {
   const auto is_out_of_order = [](const Scenario& scenario) {
-    const std::optional<Answers> answers = Ask(scenario);
-    return answers && answers->checker.back().state.buffer.starts_with("Order of the entry");
+    const std::optional<Results> results = RunBoth(scenario);
+    return results && results->checker.back().state.buffer.starts_with("Order of the entry");
   };
   std::uint64_t seed = 1;
   Scenario scenario;
   do {
     Random random(seed++);
-    scenario.old_library = RandomLibrary(Taste::kSound, random);
+    scenario.old_library = RandomLibrary(LibraryKind::kValid, random);
     scenario.new_library = scenario.old_library;
     std::swap(Table(scenario.new_library)->fields.front(), Table(scenario.new_library)->fields.back());
-    scenario.questions = RandomQuestions(scenario.old_library, scenario.new_library, random);
+    scenario.calls = RandomCalls(scenario.old_library, scenario.new_library, random);
   } while (!is_out_of_order(scenario) || scenario.old_library.metas.size() < 3);
   const Scenario smallest = Shrink(scenario, is_out_of_order);
-  SCOPED_TRACE(Print(scenario) + "\nbecame\n" + Print(smallest));
-  EXPECT_EQ(smallest.questions.size(), 1U);
+  SCOPED_TRACE(Print(scenario) + "\nshrunk to\n" + Print(smallest));
+  EXPECT_EQ(smallest.calls.size(), 1U);
   ASSERT_EQ(smallest.old_library.metas.size(), 1U);
   ASSERT_EQ(smallest.new_library.metas.size(), 1U);
   EXPECT_EQ(smallest.old_library.metas[0].fields.size(), 2U);

@@ -1,4 +1,4 @@
-// Changes of a library, each with a label and, where it is known when the change is made, what the full check must say to it.
+// Changes of a library, each with a label and, if it is known, the expected verdict of the main check.
 #pragma once
 
 #include <span>
@@ -9,21 +9,21 @@
 
 namespace model {
 
-// What a sound library's change comes to when it is the only one: the text that refuses it, kSucceeded where it is allowed, and
-// kEnd where that depends.
+// The verdict if the change is the only one of a valid library: the text of the refusal, kSucceeded if it is allowed, kEnd if
+// that depends on the library.
 struct Mutation {
   const char* label;
-  Said record;  // both libraries in the record format, as the table was created
-  Said tlv;     // the same in the other
-  // False where the library has nothing that can be changed so. REQUIRES: it has a table "t".
+  TextId record;  // both libraries in the record format, in which the table was created
+  TextId tlv;     // both libraries in TLV, in which the table was created
+  // False if the change does not apply to the library. REQUIRES: it has a table "t".
   bool (*apply)(LibraryDecl& library, Random& random);
 };
 
-std::span<const Mutation> FieldMutations();  // of what the table and its structures hold
-std::span<const Mutation> TableMutations();  // of keys, indexes, attributes and the library
-std::span<const Mutation> OddMutations();    // to what no schema file says, or no store should hold
+std::span<const Mutation> FieldMutations();  // changes of fields of the table and its structures
+std::span<const Mutation> TableMutations();  // changes of keys, indexes, attributes and the library
+std::span<const Mutation> OddMutations();    // changes that no schema file can express, or that make an invalid library
 
-// One of them, by chance. Its label; null where it did not apply.
+// Applies a random one. Returns its label; null if it did not apply.
 const char* ApplyAny(std::span<const Mutation> mutations, LibraryDecl& library, Random& random);
 
 }  // namespace model

@@ -1,5 +1,5 @@
-// Changes of fields, of the table itself and of structures inside it. Tested by model_test.cpp: what each must come to is
-// asserted.
+// Changes of fields, of the table itself and of structures inside it. Tested by model_test.cpp, which expects the verdict of
+// each.
 #include <algorithm>
 
 #include "model/edits.h"
@@ -8,7 +8,7 @@
 namespace model {
 namespace {
 
-using enum Said;
+using enum TextId;
 
 bool IsFreeAndNoKey(const FieldDecl& field, const MetaDecl& meta) { return IsFree(field, meta) && !IsKey(field, meta); }
 bool IsSizedAndNoKey(const FieldDecl& field, const MetaDecl& meta) { return HasSize(field, meta) && !IsKey(field, meta); }
@@ -84,7 +84,7 @@ bool GrowALot(FieldDecl* field, Random& random) {
   return true;
 }
 
-// The field becomes a structure, or stops being one.
+// A simple field becomes a structure, or the reverse.
 bool ChangeType(LibraryDecl& library, Random& random) {
   FieldDecl* const field = AnyField(Anything(library, random), random, IsAny);
   if (field == nullptr) return false;
@@ -94,7 +94,7 @@ bool ChangeType(LibraryDecl& library, Random& random) {
   return true;
 }
 
-// A structure of another name with the same fields takes its place.
+// Replaces a structure by one with another name and the same fields.
 bool ReplaceStructure(LibraryDecl& library, Random& random) {
   FieldDecl* const field = AnyField(Table(library), random, IsAny);
   if (field == nullptr) return false;
@@ -120,7 +120,7 @@ bool DropInside(LibraryDecl& library, Random& random) {
   return true;
 }
 
-// One field goes and another grows by more than that.
+// Removes a field and enlarges another by more than its size.
 bool DropInsideAndGrow(LibraryDecl& library, Random& random) {
   return DropInside(library, random) && GrowALot(AnyField(Inside(library, random), random, HasSize), random);
 }
@@ -149,8 +149,8 @@ constexpr Mutation kMutations[] = {
     {"add a field as old as the library", kNewVersionLow, kSucceeded,
      [](L& l, R& r) { return AddFieldSomewhere(Table(l), l.version, r); }},
     {"add a field of version 0", kNewVersionLow, kSucceeded, [](L& l, R& r) { return AddFieldSomewhere(Table(l), 0, r); }},
-    {"drop a field", kEntryGone, kEntryGoneTlv, Drop},
-    {"rename a field", kEntryGone, kEntryGoneTlv, [](L& l, R& r) { return Rename(Table(l), r, IsFreeAndNoKey); }},
+    {"drop a field", kEntryRemoved, kEntryRemovedTlv, Drop},
+    {"rename a field", kEntryRemoved, kEntryRemovedTlv, [](L& l, R& r) { return Rename(Table(l), r, IsFreeAndNoKey); }},
     {"rename a key field", kKeyChanged, kKeyChanged,
      [](L& l, R& r) { return Table(l) && Table(l)->split.empty() && Rename(Table(l), r, IsKey); }},
     {"widen a field that is no key", kSucceeded, kSucceeded,
@@ -192,7 +192,7 @@ constexpr Mutation kMutations[] = {
        FieldDecl* const field = AnyField(Table(l), r, IsAny);
        return Add(&FieldDecl::version, r.OneIn(2) ? 1 : -1, field);
      }},
-    {"another id of a field", kSucceeded, kEntryGoneTlv,
+    {"another id of a field", kSucceeded, kEntryRemovedTlv,
      [](L& l, R& r) { return Add(&FieldDecl::id, 1000, AnyField(Table(l), r, IsAny)); }},
     {"another structure with the same fields", kStructureChanged, kSucceeded, ReplaceStructure},
 
@@ -201,7 +201,7 @@ constexpr Mutation kMutations[] = {
      [](L& l, R& r) { return AddFieldSomewhere(Inside(l, r), l.version, r); }},
     {"drop a field inside", kEnd, kEnd, DropInside},
     {"drop a field inside and widen another", kEnd, kEnd, DropInsideAndGrow},
-    {"rename a field inside", kEntryGone, kSucceeded, [](L& l, R& r) { return Rename(Inside(l, r), r, IsAny); }},
+    {"rename a field inside", kEntryRemoved, kSucceeded, [](L& l, R& r) { return Rename(Inside(l, r), r, IsAny); }},
     {"widen a field inside", kSucceeded, kSucceeded,
      [](L& l, R& r) { return Add(&FieldDecl::size, 1, AnyField(Inside(l, r), r, HasSize)); }},
     {"narrow a field inside", kSizeReduced, kSizeReduced,

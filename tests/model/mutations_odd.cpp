@@ -1,12 +1,12 @@
-// Changes that no schema file can say, and such as no store should hold. What they come to, the model and the checker must agree
-// on; nothing else is asserted.
+// Changes that no schema file can express, and changes that make an invalid library. The model and the checker must agree on the
+// result; nothing else is asserted.
 #include "model/edits.h"
 #include "model/mutations.h"
 
 namespace model {
 namespace {
 
-using enum Said;
+using enum TextId;
 
 const std::vector<std::string> kOddNames = {"",
                                             "9lives",
@@ -30,7 +30,7 @@ bool OddName(LibraryDecl& library, Random& random) {
   return true;
 }
 
-// So long that the text of a splittable key of two does not fit.
+// So long that the text of a splittable key with two of them does not fit.
 bool LongKeyNames(LibraryDecl& library, Random& random) {
   MetaDecl* const table = Table(library);
   if (table == nullptr || table->key.size() < 2) return false;
@@ -63,7 +63,7 @@ bool Duplicate(LibraryDecl& library, Random& random) {
   return true;
 }
 
-// Another name under the id of a key field, before it or behind it.
+// Adds another name with the id of a key field, before or after it.
 bool DuplicateKeyId(LibraryDecl& library, Random& random) {
   MetaDecl* const table = Table(library);
   const FieldDecl* const field = AnyField(table, random, IsKey);
@@ -100,7 +100,7 @@ bool OddKeyList(LibraryDecl& library, Random& random) {
   return true;
 }
 
-// Another structure under a name that stands already, before it or behind it.
+// Adds another structure with an existing name, before or after it.
 bool TwiceTheMeta(LibraryDecl& library, Random& random) {
   MetaDecl twin = *Anything(library, random);
   twin.fields.insert(twin.fields.begin(), {.name = "twin", .type = "uint8"});

@@ -1,5 +1,5 @@
-// Changes of a table's keys, indexes and attributes, and of the library. Tested by model_test.cpp: what each must come to is
-// asserted.
+// Changes of keys, indexes and attributes of a table, and of the library. Tested by model_test.cpp, which expects the verdict of
+// each.
 #include <algorithm>
 
 #include "model/edits.h"
@@ -8,7 +8,7 @@
 namespace model {
 namespace {
 
-using enum Said;
+using enum TextId;
 
 bool HasKind(const MetaDecl* table) {
   return table != nullptr && table->attr && table->attr->find("TableType") != std::string::npos;
@@ -16,7 +16,7 @@ bool HasKind(const MetaDecl* table) {
 bool HasNoAttributes(const MetaDecl* table) { return table != nullptr && table->attr.value_or("").empty(); }
 bool IsSortList(const MetaDecl* table) { return HasKind(table) && table->attr->find("=SORTLIST") != std::string::npos; }
 
-// Of a table whose kind its attributes give.
+// The attributes of a table, which give its type.
 bool Replace(MetaDecl* table, const std::string& from, const std::string& to) {
   if (!HasKind(table)) return false;
   const std::size_t place = table->attr->find(from);
@@ -120,7 +120,7 @@ bool BecomeSortList(LibraryDecl& library, Random&) {
   return true;
 }
 
-// A field that is no key yet, by name.
+// The name of a field that is not in the key yet.
 std::optional<std::string> OtherField(MetaDecl& table, const std::vector<std::string>& names, Random& random) {
   if (table.fields.empty()) return std::nullopt;
   const std::string& name = table.fields[random.Below(table.fields.size())].name;
@@ -221,7 +221,7 @@ constexpr Mutation kMutations[] = {
        return index != nullptr && Rotate(index->columns);
      }},
 
-    {"no attributes any more", kAttributesGone, kAttributesGone, DropAttributes},
+    {"no attributes any more", kAttributesRemoved, kAttributesRemoved, DropAttributes},
     {"malformed attributes", kBadAttributes, kBadAttributes, BreakAttributes},
     {"malformed sort fields", kBadAttributes, kBadAttributes, BreakSortFields},
     {"a longer list", kSucceeded, kSucceeded, [](L& l, R&) { return Replace(Table(l), "=10", "=2147483647"); }},

@@ -1,5 +1,5 @@
-// Reading a library into plain values: through the read operations and, where there are none, from the records. Not here: any
-// rule. The checker's own walks (src/common/meta_view.h) are not used: a fault in them must show. Tested by model_test.cpp.
+// Reads a library into plain values: through the read operations and, where none exists, from the records. Contains no rule. Does
+// not use the checker's own traversal (src/common/meta_view.h), so that its faults are detected. Tested by model_test.cpp.
 #include "model/plain_library.h"
 
 #include <unordered_map>

@@ -1,4 +1,4 @@
-// What a checker can learn from a schema library, read once into plain values.
+// Everything that a checker can read from a schema library, as plain values.
 #pragma once
 
 #include <cstddef>
@@ -20,7 +20,7 @@ struct PlainEntry {
   int id = -1;
   int version = 0;
   int type = 0;
-  const PlainMeta* structure = nullptr;  // of the same library; null where the value has none
+  const PlainMeta* structure = nullptr;  // of the same library; null if it has none
   std::size_t unit_size = 0;
   int count = 0;
   bool has_refer = false;
@@ -36,9 +36,9 @@ struct PlainIndex {
 struct PlainMeta {
   Name name;
   Name attr;
-  bool is_tlv = false;  // its library
+  bool is_tlv = false;  // the flag of its library
   std::vector<PlainEntry> entries;
-  bool has_key = false;  // some member and a list
+  bool has_key = false;  // has members and a list
   int key_count = 0;
   std::vector<Name> key;
   bool has_split = false;
@@ -47,13 +47,13 @@ struct PlainMeta {
   std::vector<PlainIndex> indexes;
 };
 
-// Not to be copied: entries point to metas.
+// Not copyable: entries point to metas.
 struct PlainLibrary {
   explicit PlainLibrary(LPQMXMETALIB library);
   PlainLibrary(const PlainLibrary&) = delete;
   PlainLibrary& operator=(const PlainLibrary&) = delete;
 
-  const PlainMeta* Find(const Name& name) const;  // the first of that name
+  const PlainMeta* Find(const Name& name) const;  // the first one with that name
 
   int version = 0;
   bool is_tlv = false;

@@ -1,4 +1,4 @@
-// Scenarios and differences as text for people. Not here: libraries (schema_values.cpp).
+// Prints scenarios and differences as text. Libraries are printed by schema_values.cpp.
 #include "model/scenario.h"
 
 namespace model {
@@ -11,13 +11,13 @@ static_assert(std::size(kCalls) == static_cast<std::size_t>(Operation::kEnd));
 
 std::string Quoted(const Name& name) { return name ? "'" + *name + "'" : "null"; }
 
-std::string Print(const Question& question) {
-  std::string text = std::string(kCalls[static_cast<int>(question.operation)]) + "(";
-  text += std::string(question.without_old ? "null" : "old") + ", " + (question.without_new ? "null" : "new");
-  text += ", tables " + Quoted(question.old_table) + " " + Quoted(question.new_table);
-  text += ", type " + std::to_string(question.table_type) + ", created in " + std::to_string(question.init_version);
-  text += ", server '" + question.server + "', whitelist '" + question.whitelist + "'";
-  return text + ", list of " + std::to_string(question.list_num) + ")\n";
+std::string Print(const Call& call) {
+  std::string text = std::string(kCalls[static_cast<int>(call.operation)]) + "(";
+  text += std::string(call.without_old ? "null" : "old") + ", " + (call.without_new ? "null" : "new");
+  text += ", tables " + Quoted(call.old_table) + " " + Quoted(call.new_table);
+  text += ", type " + std::to_string(call.table_type) + ", created in " + std::to_string(call.init_version);
+  text += ", server '" + call.server + "', whitelist '" + call.whitelist + "'";
+  return text + ", list of " + std::to_string(call.list_num) + ")\n";
 }
 
 std::string Print(const LogGate& gate) {
@@ -25,23 +25,23 @@ std::string Print(const LogGate& gate) {
   std::string text = "log:";
   if (gate.high) text += " high " + std::to_string(*gate.high);
   if (gate.low) text += " low " + std::to_string(*gate.low);
-  return text + (gate.answer ? " open\n" : " closed\n");
+  return text + (gate.can_write ? " open\n" : " closed\n");
 }
 
-std::string Print(const Answer& answer) {
-  std::string text = "  code " + std::to_string(answer.code) + "\n  buffer [" + answer.state.buffer + "]\n";
-  for (const Record& record : answer.state.log) {
+std::string Print(const CallResult& result) {
+  std::string text = "  code " + std::to_string(result.code) + "\n  buffer [" + result.state.buffer + "]\n";
+  for (const Record& record : result.state.log) {
     text += "  log " + std::to_string(record.priority) + " " + record.method + (record.from_buffer ? ": " : ", log only: ");
     text += record.text + "\n";
   }
-  for (const Grown& one : answer.state.grown) {
+  for (const Grown& one : result.state.grown) {
     text += "  grown " + one.name + " " + std::to_string(one.before) + " -> " + std::to_string(one.after) + "\n";
   }
-  for (const std::string& name : answer.state.white) text += "  white [" + name + "]\n";
-  text += "  server [" + answer.state.server + "]\n  asked";
-  for (const int priority : answer.state.asked) text += " " + std::to_string(priority);
+  for (const std::string& name : result.state.white) text += "  white [" + name + "]\n";
+  text += "  server [" + result.state.server + "]\n  can_write";
+  for (const int priority : result.state.can_write_calls) text += " " + std::to_string(priority);
   text += "\n";
-  if (!answer.refusal_fault.empty()) text += "  GetRefusal(): " + answer.refusal_fault + "\n";
+  if (!result.refusal_fault.empty()) text += "  GetRefusal(): " + result.refusal_fault + "\n";
   return text;
 }
 
@@ -50,16 +50,16 @@ std::string Print(const Answer& answer) {
 std::string Print(const Scenario& scenario) {
   std::string text = "<!-- old -->\n" + Print(scenario.old_library) + "<!-- new -->\n" + Print(scenario.new_library);
   text += Print(scenario.gate);
-  for (const Question& question : scenario.questions) text += Print(question);
+  for (const Call& call : scenario.calls) text += Print(call);
   return text;
 }
 
-std::string PrintDifference(const Answers& answers) {
+std::string PrintDifference(const Results& results) {
   std::string text;
-  for (std::size_t i = 0; i < answers.checker.size(); ++i) {
-    if (answers.checker[i] == answers.model[i]) continue;
-    text += "question " + std::to_string(i + 1) + ", the checker:\n" + Print(answers.checker[i]);
-    text += "question " + std::to_string(i + 1) + ", the model:\n" + Print(answers.model[i]);
+  for (std::size_t i = 0; i < results.checker.size(); ++i) {
+    if (results.checker[i] == results.model[i]) continue;
+    text += "call " + std::to_string(i + 1) + ", checker:\n" + Print(results.checker[i]);
+    text += "call " + std::to_string(i + 1) + ", model:\n" + Print(results.model[i]);
   }
   return text;
 }

@@ -1,4 +1,4 @@
-// Numbers by chance, the same on every machine for the same seed.
+// Random numbers, the same on every machine for the same seed.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@ class Random {
  public:
   explicit Random(std::uint64_t seed) : engine_(seed) {}
 
-  // From 0 to `bound` - 1, which must not be below 0.
+  // From 0 to `bound` - 1. REQUIRES: bound > 0.
   std::size_t Below(std::size_t bound) { return static_cast<std::size_t>(engine_() % bound); }
   bool OneIn(std::size_t number) { return Below(number) == 0; }
 

@@ -1,5 +1,5 @@
-// Libraries and questions by chance. Not here: how a library changes (mutations_*.cpp). Tested by model_test.cpp, which counts
-// that every text of the checker comes up.
+// Makes random libraries and calls. Changes of libraries are in mutations_*.cpp. Tested by model_test.cpp, which requires that
+// every text of the checker occurs.
 #include "model/random_scenario.h"
 
 #include <algorithm>
@@ -48,7 +48,7 @@ void AddFields(std::size_t number, const std::string& prefix, const std::vector<
   }
 }
 
-// A few; at times so many that the checker looks them up in another way than one after the other.
+// Mostly a few; sometimes so many that the checker uses an index instead of a linear search.
 std::size_t RandomWidth(std::size_t few, Random& random) {
   return random.OneIn(40) ? 15 + random.Below(60) : 1 + random.Below(few);
 }
@@ -81,7 +81,7 @@ void AddSortFields(std::size_t number, MetaDecl& table, Random& random) {
   }
 }
 
-// Makes it a table of some kind: what its attributes say, and the fields they speak of.
+// Makes it a table of a random type: the attributes, and the fields that they refer to.
 void AddKind(MetaDecl& table, Random& random) {
   const std::string protocol = random.OneIn(2) ? "" : random.OneIn(2) ? ";DataProtocol=QMX" : ";DataProtocol=TLV";
   const std::string rule = random.OneIn(2) ? "" : random.OneIn(2) ? ";SortRule=INSC" : ";SortRule=DESC";
@@ -145,25 +145,68 @@ const std::vector<std::string> kServers = {"3.28.9",   "3.29.0",  "3.29", "3.29.
                                            "x",        ".",       "3..",  "03.39",    "3.x.5",      "%s",
                                            "3.40",     "10.0.0"};
 
-Question RandomQuestion(const LibraryDecl& old_library, const LibraryDecl& new_library, Random& random) {
-  Question question = FittingQuestion(random.OneIn(3) ? new_library : old_library);
-  if (random.OneIn(2)) question.operation = static_cast<Operation>(random.Below(static_cast<std::size_t>(Operation::kEnd)));
-  question.old_table = RandomTableName(random);
-  question.new_table = random.OneIn(10) ? RandomTableName(random) : question.old_table;
-  question.without_old = random.OneIn(150);
-  question.without_new = random.OneIn(150);
-  if (random.OneIn(25)) question.table_type = random.Of<int>({0, 1, 2, -1, 7});
-  if (random.OneIn(5)) question.init_version = 1;
-  if (random.OneIn(40)) question.init_version = random.Of<int>({0, 2, 3, -1});
-  if (random.OneIn(2)) question.server = random.Of(kServers);
-  question.whitelist = RandomWhitelist(new_library, random);
-  if (random.OneIn(4)) question.list_num = random.Of<int>({0, 9, 11, -1});
-  return question;
+Call RandomQuestion(const LibraryDecl& old_library, const LibraryDecl& new_library, Random& random) {
+  Call call = MainCheckCall(random.OneIn(3) ? new_library : old_library);
+  if (random.OneIn(2)) call.operation = static_cast<Operation>(random.Below(static_cast<std::size_t>(Operation::kEnd)));
+  call.old_table = RandomTableName(random);
+  call.new_table = random.OneIn(10) ? RandomTableName(random) : call.old_table;
+  call.without_old = random.OneIn(150);
+  call.without_new = random.OneIn(150);
+  if (random.OneIn(25)) call.table_type = random.Of<int>({0, 1, 2, -1, 7});
+  if (random.OneIn(5)) call.init_version = 1;
+  if (random.OneIn(40)) call.init_version = random.Of<int>({0, 2, 3, -1});
+  if (random.OneIn(2)) call.server = random.Of(kServers);
+  call.whitelist = RandomWhitelist(new_library, random);
+  if (random.OneIn(4)) call.list_num = random.Of<int>({0, 9, 11, -1});
+  return call;
+}
+
+// Structures that contain each other at several depths, some of them empty on one side: the checker skips pairs of structures
+// that it has checked, and each empty structure leaves its own text in the buffer.
+LibraryDecl NestedLibrary(Random& random) {
+  LibraryDecl library;
+  library.version = 0;  // below that of the fields, so that fields may be missing on the old side
+  library.flag = random.Of(kFlags);
+  std::vector<std::string> structures;
+  const auto add = [&](const std::string& name, std::size_t fields) {
+    MetaDecl meta{.name = name};
+    for (std::size_t i = 0; i < fields; ++i) {
+      const bool is_structure = !structures.empty() && !random.OneIn(3);
+      meta.fields.push_back({.name = "m" + std::to_string(i), .type = is_structure ? random.Of(structures) : "int32"});
+      meta.fields.back().id = static_cast<int>(i);
+    }
+    library.metas.push_back(std::move(meta));
+  };
+  for (std::size_t i = 0; i < 4; ++i) {
+    add("s" + std::to_string(i), 1 + random.Below(2));
+    structures.push_back("s" + std::to_string(i));
+  }
+  add("t", 4 + random.Below(4));
+  MetaDecl& table = library.metas.back();
+  table.fields.push_back({.name = "k", .type = "int32", .id = 900});
+  table.key = {"k"};
+  return library;
+}
+
+Scenario NestedScenario(Random& random) {
+  Scenario scenario;
+  scenario.old_library = NestedLibrary(random);
+  scenario.new_library = scenario.old_library;
+  for (MetaDecl& meta : scenario.new_library.metas) {
+    if (meta.key.empty() && random.OneIn(2)) meta.fields.clear();
+  }
+  if (random.OneIn(2)) std::swap(scenario.old_library, scenario.new_library);
+  // Pairs whose check reached the log are never skipped.
+  scenario.gate.absent = true;
+  scenario.calls = RandomCalls(scenario.old_library, scenario.new_library, random);
+  // These compare structures and return 0 with a text in the buffer.
+  for (Call& call : scenario.calls) call.operation = random.OneIn(2) ? Operation::kCompatible : Operation::kValues;
+  return scenario;
 }
 
 }  // namespace
 
-LibraryDecl RandomLibrary(Taste taste, Random& random) {
+LibraryDecl RandomLibrary(LibraryKind kind, Random& random) {
   LibraryDecl library;
   library.version = 1 + static_cast<int>(random.Below(6));
   library.flag = random.Of(kFlags);
@@ -178,25 +221,25 @@ LibraryDecl RandomLibrary(Taste taste, Random& random) {
   const auto place = static_cast<std::ptrdiff_t>(random.Below(library.metas.size() + 1));
   library.metas.insert(library.metas.begin() + place, RandomTable("t", structures, library.version, random));
   if (random.OneIn(6)) library.metas.push_back(RandomTable("u", structures, library.version, random));
-  if (taste == Taste::kSound) return library;
+  if (kind == LibraryKind::kValid) return library;
   if (random.OneIn(20)) library.flag = random.Of(kOddFlags);
   while (random.OneIn(3)) ApplyAny(OddMutations(), library, random);
   return library;
 }
 
-Question FittingQuestion(const LibraryDecl& library) {
-  Question question{.init_version = library.flag != -1 && (library.flag & 1) == 1 ? 2 : 1, .list_num = 10};
+Call MainCheckCall(const LibraryDecl& library) {
+  Call call{.init_version = library.flag != -1 && (library.flag & 1) == 1 ? 2 : 1, .list_num = 10};
   const MetaDecl* const table = FindTable(library);
-  question.table_type = table != nullptr && IsList(*table) ? 1 : 0;
-  return question;
+  call.table_type = table != nullptr && IsList(*table) ? 1 : 0;
+  return call;
 }
 
-std::vector<Question> RandomQuestions(const LibraryDecl& old_library, const LibraryDecl& new_library, Random& random) {
-  std::vector<Question> questions;
+std::vector<Call> RandomCalls(const LibraryDecl& old_library, const LibraryDecl& new_library, Random& random) {
+  std::vector<Call> calls;
   do {
-    questions.push_back(RandomQuestion(old_library, new_library, random));
+    calls.push_back(RandomQuestion(old_library, new_library, random));
   } while (random.OneIn(2));
-  return questions;
+  return calls;
 }
 
 LogGate RandomGate(Random& random) {
@@ -205,13 +248,14 @@ LogGate RandomGate(Random& random) {
   gate.absent = random.OneIn(8);
   if (random.OneIn(5)) gate.high = random.Of(bounds);
   if (random.OneIn(5)) gate.low = random.Of(bounds);
-  gate.answer = !random.OneIn(30);
+  gate.can_write = !random.OneIn(30);
   return gate;
 }
 
 Scenario RandomScenario(Random& random) {
+  if (random.OneIn(20)) return NestedScenario(random);
   Scenario scenario;
-  scenario.old_library = RandomLibrary(random.OneIn(3) ? Taste::kOdd : Taste::kSound, random);
+  scenario.old_library = RandomLibrary(random.OneIn(3) ? LibraryKind::kOdd : LibraryKind::kValid, random);
   scenario.new_library = scenario.old_library;
   std::size_t changes = random.OneIn(2) ? 1 : random.Below(6);
   while (changes-- > 0) {
@@ -221,7 +265,7 @@ Scenario RandomScenario(Random& random) {
   }
   if (random.OneIn(5)) std::swap(scenario.old_library, scenario.new_library);
   scenario.gate = RandomGate(random);
-  scenario.questions = RandomQuestions(scenario.old_library, scenario.new_library, random);
+  scenario.calls = RandomCalls(scenario.old_library, scenario.new_library, random);
   return scenario;
 }
 

@@ -1,4 +1,4 @@
-// Libraries and questions by chance.
+// Random libraries and calls.
 #pragma once
 
 #include "model/random.h"
@@ -6,24 +6,24 @@
 
 namespace model {
 
-// What kind of libraries are made.
-enum class Taste {
-  kSound,  // what a store would hold: accepted by the checker when nothing changes
-  kOdd     // the same, and here and there what no store should hold
+// Which libraries to make.
+enum class LibraryKind {
+  kValid,  // valid: the checker accepts it if nothing changes
+  kOdd     // the same, sometimes with invalid parts
 };
 
-// A table "t", the structures in it and, at times, a second table "u".
-LibraryDecl RandomLibrary(Taste taste, Random& random);
+// A table "t", its structures and, sometimes, a second table "u".
+LibraryDecl RandomLibrary(LibraryKind kind, Random& random);
 
-// The call of the full check that fits the library.
-Question FittingQuestion(const LibraryDecl& library);
+// The call of the main check that matches the library.
+Call MainCheckCall(const LibraryDecl& library);
 
-// Any calls, most of them of the full check, most of what they say fitting.
-std::vector<Question> RandomQuestions(const LibraryDecl& old_library, const LibraryDecl& new_library, Random& random);
+// Random calls, mostly of the main check with matching arguments.
+std::vector<Call> RandomCalls(const LibraryDecl& old_library, const LibraryDecl& new_library, Random& random);
 
 LogGate RandomGate(Random& random);
 
-// A library, what up to five changes make of it, and questions about both.
+// A library, the same library after up to five changes, and calls for both.
 Scenario RandomScenario(Random& random);
 
 }  // namespace model

@@ -1,7 +1,7 @@
-// The checker once more, for tests only: as plain as it can be said, written from what the checker shall do and never from what
-// src/common does, and sharing nothing with it. Slow on purpose: every question walks all of the fields.
+// A second implementation of the checker, for tests only: as simple as possible, written from the required behavior and not from
+// src/common, with which it shares nothing. Slow on purpose: every call iterates over all fields.
 //
-// A rule is a function of its own under the checker's name, its steps in the order in which the checker shall take them.
+// Each rule is a function with the checker's name for it; its steps are in the checker's order.
 #pragma once
 
 #include <functional>
@@ -15,19 +15,19 @@
 
 namespace model {
 
-// What stands between the checker and the log.
+// The conditions under which the checker writes to the log.
 struct LogGate {
   bool absent = false;      // a null category
-  std::optional<int> high;  // bounds; none: a null pointer
+  std::optional<int> high;  // bounds; absent: a null pointer
   std::optional<int> low;
-  bool answer = true;  // what the category answers when it is asked
+  bool can_write = true;  // the result of vesk_category_can_write
   bool operator==(const LogGate&) const = default;
 };
 
 struct Record {
   int priority = 0;
   std::string method;
-  bool from_buffer = false;  // else the text only went to the log
+  bool from_buffer = false;  // false: the text was only logged
   std::string text;
   bool operator==(const Record&) const = default;
 };
@@ -39,25 +39,25 @@ struct Grown {
   bool operator==(const Grown&) const = default;
 };
 
-// What a checker holds, and what it said.
+// The members of a checker, and its output.
 struct State {
   std::string buffer;
   std::vector<Grown> grown;
   std::set<std::string> white;
   std::string server;
   std::vector<Record> log;
-  std::vector<int> asked;  // priorities that the category was asked about
+  std::vector<int> can_write_calls;  // priorities of the calls of vesk_category_can_write
   bool operator==(const State&) const = default;
 };
 
 struct Checker {
-  std::optional<Said> last_failure;
+  std::optional<TextId> last_failure;
   State state;
   LogGate gate;
-  // Where the checker's trace is written: a file of its own and a line in it.
+  // The location of the trace record, which is in the checker's own source file.
   std::string trace_file;
   int trace_line = 0;
-  // The wording of what is wrong with a table's attributes is the business of whoever reads them, not of the rules.
+  // The text for invalid table attributes comes from the class that parses them, not from a rule.
   std::function<std::string(const PlainLibrary*, const Name& table)> wording;
 };
 
@@ -84,9 +84,9 @@ int CheckTableMetaCompatible(Checker& checker, const PlainLibrary* old_library, 
 int CompareValue(Checker& checker, const PlainMeta* source, const PlainMeta* target, const PlainLibrary* source_library,
                  const PlainLibrary* target_library, int init_version);
 
-// What a table's attributes say. Absent: they are malformed, or there is no such table.
+// The attributes of a table. Absent: they are malformed, or the table does not exist.
 struct TableKind {
-  bool old_way = false;  // no table type; the rest is unset then
+  bool old_way = false;  // no table type (a definition in the old style); the other members are unset then
   int type = 0;
   int list_num = 0;
   int sort_fields = 0;
@@ -95,16 +95,16 @@ struct TableKind {
 };
 std::optional<TableKind> KindOf(const PlainLibrary* library, const Name& table);
 
-// --- How a rule speaks ---
+// --- Output of a rule ---
 
-// A null text as it is printed.
+// The printed form of a text that may be null.
 std::string Shown(const Name& name);
 
-void Write(Checker& checker, const std::string& text);  // into the buffer alone
+void Write(Checker& checker, const std::string& text);  // to the buffer only
 void LogBuffer(Checker& checker, int priority, const char* method);
-void LogOnly(Checker& checker, int priority, const char* method, Said said, const Values& values);
+void LogOnly(Checker& checker, int priority, const char* method, TextId text_id, const Values& values);
 
-// Writes the text, logs it as an error, and gives the code back.
-int Fail(Checker& checker, int code, const char* method, Said said, const Values& values);
+// Writes the text, logs it as an error, and returns the code.
+int Fail(Checker& checker, int code, const char* method, TextId text_id, const Values& values);
 
 }  // namespace model

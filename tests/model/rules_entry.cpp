@@ -1,5 +1,5 @@
-// The plain model of the checker: versions, order, names and set of fields. Not here: shapes of fields by protocol
-// (rules_record.cpp, rules_tlv.cpp). Tested by model_test.cpp.
+// The plain model of the checker: versions, order, names and set of fields. Types and sizes of fields depend on the protocol and
+// are in rules_record.cpp and rules_tlv.cpp. Tested by model_test.cpp.
 #include "model/rules.h"
 #include "model/rules_lookup.h"
 
@@ -52,8 +52,8 @@ Values Shapes(const PlainMeta& old_meta, const PlainEntry& old_entry, const Plai
 
 const PlainEntry* CheckWhetherExistEntry(Checker& checker, const Name& name, const PlainMeta* meta, int& offset) {
   static constexpr char kMethod[] = "CheckWhetherExistEntry";
-  if (!name || meta == nullptr) return Fail(checker, 0, kMethod, Said::kNameOrMeta, {}), nullptr;
-  if (meta->entries.empty()) return Fail(checker, 0, kMethod, Said::kNoEntries, {{"table", Shown(meta->name)}}), nullptr;
+  if (!name || meta == nullptr) return Fail(checker, 0, kMethod, TextId::kNameOrMeta, {}), nullptr;
+  if (meta->entries.empty()) return Fail(checker, 0, kMethod, TextId::kNoEntries, {{"table", Shown(meta->name)}}), nullptr;
   for (std::size_t i = 0; i < meta->entries.size(); ++i) {
     if (meta->entries[i].name != name) continue;
     offset = static_cast<int>(i);
@@ -64,16 +64,16 @@ const PlainEntry* CheckWhetherExistEntry(Checker& checker, const Name& name, con
 
 int CompareVersion(Checker& checker, const PlainMeta* old_meta, const PlainMeta* new_meta, int old_metalib_version) {
   static constexpr char kMethod[] = "CompareVersion";
-  if (old_meta == nullptr || new_meta == nullptr) return Fail(checker, -1, kMethod, Said::kMetaNull, {});
+  if (old_meta == nullptr || new_meta == nullptr) return Fail(checker, -1, kMethod, TextId::kMetaNull, {});
   for (const PlainEntry& new_entry : new_meta->entries) {
     int offset = 0;
     const PlainEntry* old_entry = CheckWhetherExistEntry(checker, new_entry.name, old_meta, offset);
     if (old_entry != nullptr && new_entry.version != old_entry->version) {
-      return Fail(checker, -8, kMethod, Said::kVersionChanged,
+      return Fail(checker, -8, kMethod, TextId::kVersionChanged,
                   {{"entry", Shown(old_entry->name)}, {"table", Shown(old_meta->name)}});
     }
     if (old_entry == nullptr && new_entry.version <= old_metalib_version) {
-      return Fail(checker, -8, kMethod, Said::kNewVersionLow,
+      return Fail(checker, -8, kMethod, TextId::kNewVersionLow,
                   {{"entry", Shown(new_entry.name)}, {"table", Shown(new_meta->name)}});
     }
     if (old_entry == nullptr || !IsComposite(old_entry->type)) continue;
@@ -85,7 +85,7 @@ int CompareVersion(Checker& checker, const PlainMeta* old_meta, const PlainMeta*
 
 int CompareOrder(Checker& checker, const PlainMeta* old_meta, const PlainMeta* new_meta) {
   static constexpr char kMethod[] = "CompareOrder";
-  if (old_meta == nullptr || new_meta == nullptr) return Fail(checker, -1, kMethod, Said::kMetaNull, {});
+  if (old_meta == nullptr || new_meta == nullptr) return Fail(checker, -1, kMethod, TextId::kMetaNull, {});
   int added = 0;
   for (int i = 0; i < static_cast<int>(new_meta->entries.size()); ++i) {
     const PlainEntry& new_entry = new_meta->entries[static_cast<std::size_t>(i)];
@@ -96,7 +96,7 @@ int CompareOrder(Checker& checker, const PlainMeta* old_meta, const PlainMeta* n
       continue;
     }
     if (offset + added != i) {
-      return Fail(checker, -8, kMethod, Said::kOrder, {{"entry", Shown(old_entry->name)}, {"table", Shown(old_meta->name)}});
+      return Fail(checker, -8, kMethod, TextId::kOrder, {{"entry", Shown(old_entry->name)}, {"table", Shown(old_meta->name)}});
     }
     if (!IsComposite(old_entry->type)) continue;
     const int result = CompareOrder(checker, old_entry->structure, new_entry.structure);
@@ -107,24 +107,24 @@ int CompareOrder(Checker& checker, const PlainMeta* old_meta, const PlainMeta* n
 
 int CheckFieldNameValidate(Checker& checker, const PlainMeta* meta) {
   static constexpr char kMethod[] = "CheckFieldNameValidate";
-  Write(checker, Fill(Said::kNamePreset, {}));
+  Write(checker, Fill(TextId::kNamePreset, {}));
   for (const PlainEntry& entry : meta->entries) {
-    const std::string name = entry.name.value_or("");  // a field without a name is as bad as one with an empty name
-    LogOnly(checker, kInfo, kMethod, Said::kNameLength, {{"entry", name}, {"length", std::to_string(name.size())}});
-    if (name.empty()) return Fail(checker, -19, kMethod, Said::kNameEmpty, {});
-    if (IsDigit(name[0])) return Fail(checker, -17, kMethod, Said::kNameDigit, {{"entry", name}});
-    if (!AreNameBytes(name)) return Fail(checker, -18, kMethod, Said::kNameCharacter, {{"entry", name}});
-    if (name.size() > kLongestName) return Fail(checker, -9, kMethod, Said::kNameTooLong, {{"entry", name}});
+    const std::string name = entry.name.value_or("");  // a missing name is refused like an empty one
+    LogOnly(checker, kInfo, kMethod, TextId::kNameLength, {{"entry", name}, {"length", std::to_string(name.size())}});
+    if (name.empty()) return Fail(checker, -19, kMethod, TextId::kNameEmpty, {});
+    if (IsDigit(name[0])) return Fail(checker, -17, kMethod, TextId::kNameDigit, {{"entry", name}});
+    if (!AreNameBytes(name)) return Fail(checker, -18, kMethod, TextId::kNameCharacter, {{"entry", name}});
+    if (name.size() > kLongestName) return Fail(checker, -9, kMethod, TextId::kNameTooLong, {{"entry", name}});
   }
   return 0;
 }
 
 int CompareTableField(Checker& checker, const PlainMeta* old_meta, const PlainMeta* new_meta) {
   static constexpr char kMethod[] = "CompareTableField";
-  if (old_meta == nullptr) return Fail(checker, -1, kMethod, Said::kOldMetaNull, {});
-  if (new_meta == nullptr) return Fail(checker, -1, kMethod, Said::kNewMetaNull, {});
+  if (old_meta == nullptr) return Fail(checker, -1, kMethod, TextId::kOldMetaNull, {});
+  if (new_meta == nullptr) return Fail(checker, -1, kMethod, TextId::kNewMetaNull, {});
   if (old_meta->entries.size() != new_meta->entries.size()) {
-    return Fail(checker, -33, kMethod, Said::kFieldNumber,
+    return Fail(checker, -33, kMethod, TextId::kFieldNumber,
                 {{"old", Shown(old_meta->name)},
                  {"old_number", std::to_string(old_meta->entries.size())},
                  {"new", Shown(new_meta->name)},
@@ -133,17 +133,17 @@ int CompareTableField(Checker& checker, const PlainMeta* old_meta, const PlainMe
   for (const PlainEntry& old_entry : old_meta->entries) {
     const PlainEntry* new_entry = FindByName(*new_meta, old_entry.name);
     if (new_entry == nullptr) {
-      return Fail(checker, -34, kMethod, Said::kFieldAbsent,
+      return Fail(checker, -34, kMethod, TextId::kFieldAbsent,
                   {{"entry", Shown(old_entry.name)}, {"table", Shown(new_meta->name)}});
     }
     if (!HaveOneShape(old_entry, *new_entry)) {
-      return Fail(checker, -34, kMethod, Said::kFieldShape, Shapes(*old_meta, old_entry, *new_meta, *new_entry));
+      return Fail(checker, -34, kMethod, TextId::kFieldShape, Shapes(*old_meta, old_entry, *new_meta, *new_entry));
     }
     if (!IsComposite(old_entry.type)) continue;
     const int result = CompareTableField(checker, old_entry.structure, new_entry->structure);
     if (result != 0) return result;
   }
-  LogOnly(checker, kInfo, kMethod, Said::kFieldsSame, {{"table", Shown(old_meta->name)}});
+  LogOnly(checker, kInfo, kMethod, TextId::kFieldsSame, {{"table", Shown(old_meta->name)}});
   return 0;
 }
 

@@ -21,7 +21,7 @@ std::vector<std::string> Split(const std::string& text, char separator) {
   return pieces;
 }
 
-// The digits that a part of a version begins with, without leading zeros: longer means larger.
+// The leading digits of a part of a version, without leading zeros: a longer number is larger.
 std::string Number(const std::string& part) {
   const std::string digits = part.substr(0, part.find_first_not_of("0123456789"));
   return digits.substr(std::min(digits.find_first_not_of('0'), digits.size()));
@@ -48,12 +48,12 @@ std::size_t Limit(const std::string& server) {
 
 std::size_t Size(const PlainEntry& entry) { return entry.unit_size * static_cast<std::size_t>(entry.count); }
 
-// The size that the field had, if it had one and grew.
+// The old size of the field, if it existed and grew.
 void TakeWhitelisted(Checker& checker, const PlainEntry& entry, const PlainMeta& old_meta) {
   const auto has_the_name = [&entry](const PlainEntry& one) { return one.name == entry.name; };
   const auto old_entry = std::ranges::find_if(old_meta.entries, has_the_name);
   const std::size_t before = old_entry == old_meta.entries.end() ? 0 : Size(*old_entry);
-  LogOnly(checker, kInfo, kMethod, Said::kGrowth,
+  LogOnly(checker, kInfo, kMethod, TextId::kGrowth,
           {{"entry", *entry.name}, {"old", std::to_string(before)}, {"new", std::to_string(Size(entry))}});
   if (old_entry == old_meta.entries.end() || before >= Size(entry)) return;
   checker.state.grown.push_back({*entry.name, before, Size(entry)});
@@ -69,7 +69,7 @@ std::string GrownFields(const std::vector<Grown>& grown) {
 
 }  // namespace
 
-// Every field has a name here: the names were looked at before.
+// Every field has a name at this point: names were checked before.
 int CheckWhiteListFieldLen(Checker& checker, const Name& table, const PlainLibrary* old_library, const PlainLibrary* new_library,
                            const std::string& server, const std::string& whitelist) {
   if (!table || table->empty() || old_library == nullptr || new_library == nullptr || checker.gate.absent) return -1;
@@ -84,16 +84,16 @@ int CheckWhiteListFieldLen(Checker& checker, const Name& table, const PlainLibra
       TakeWhitelisted(checker, entry, old_meta);
       continue;
     }
-    const Said said = IsOlder(server, "3.29.0") ? Said::kOver128 : Said::kOver256;
-    LogOnly(checker, kError, kMethod, said, {{"entry", *entry.name}, {"length", std::to_string(Size(entry))}});
+    const TextId text_id = IsOlder(server, "3.29.0") ? TextId::kOver128 : TextId::kOver256;
+    LogOnly(checker, kError, kMethod, text_id, {{"entry", *entry.name}, {"length", std::to_string(Size(entry))}});
     too_long += *entry.name + "|";
   }
   if (!too_long.empty()) {
-    Write(checker, Fill(Said::kTooLong, {{"names", too_long}}));
+    Write(checker, Fill(TextId::kTooLong, {{"names", too_long}}));
     return -2;
   }
   if (checker.state.grown.empty()) return 0;
-  Write(checker, Fill(Said::kGrown, {{"fields", GrownFields(checker.state.grown)}}));
+  Write(checker, Fill(TextId::kGrown, {{"fields", GrownFields(checker.state.grown)}}));
   LogBuffer(checker, kWarn, kMethod);
   return -3;
 }

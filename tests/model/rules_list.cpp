@@ -1,5 +1,4 @@
-// The plain model of the checker: kind of table. What the attributes say is derived here a second time too. Tested by
-// model_test.cpp.
+// The plain model of the checker: type of table. Parses the attributes itself, too. Tested by model_test.cpp.
 #include <cstdlib>
 
 #include "model/rules.h"
@@ -31,7 +30,7 @@ std::optional<int> ListLength(const std::string& digits) {
   return number <= kLongestList ? std::optional<int>(static_cast<int>(number)) : std::nullopt;
 }
 
-// The four values, each absent until its key comes.
+// The four values, each absent until its key is found.
 struct Attributes {
   std::optional<int> type;
   std::optional<int> list_num;
@@ -39,7 +38,7 @@ struct Attributes {
   std::optional<std::string> protocol;
 };
 
-// False if the pair is not one that may stand there.
+// False if the pair is not allowed there.
 bool TakePair(const std::string& key, const std::string& value, Attributes& attributes) {
   if (key == "TableType" && !attributes.type) {
     attributes.type = CodeOf(value, {"GENERIC", "LIST", "SORTLIST"});
@@ -74,7 +73,7 @@ std::optional<Attributes> ReadAttributes(const std::string& text) {
   return attributes;
 }
 
-// How many fields say sort=1, sort=2 and so on; absent when they are not as they shall be.
+// The number of fields with sort=1, sort=2 and so on; absent if they are invalid.
 std::optional<int> SortFields(const PlainMeta& meta) {
   bool is_there[kMostSortFields + 1] = {};
   std::size_t number = 0;
@@ -94,7 +93,7 @@ std::optional<int> SortFields(const PlainMeta& meta) {
   return number == 0 ? std::nullopt : std::optional<int>(static_cast<int>(number));
 }
 
-// Takes the collaborator's line for a format, in which the signs of per cent are doubled.
+// CheckTable's text is used as a format string, in which percent signs are doubled.
 std::string Formatted(const std::string& format) {
   std::string text;
   for (std::size_t i = 0; i < format.size(); ++i) {
@@ -105,21 +104,21 @@ std::string Formatted(const std::string& format) {
 }
 
 int FailByAttributes(Checker& checker, int code, const char* method, const PlainLibrary* library, const Name& table) {
-  return Fail(checker, code, method, Said::kBadAttributes, {{"text", Formatted(checker.wording(library, table))}});
+  return Fail(checker, code, method, TextId::kBadAttributes, {{"text", Formatted(checker.wording(library, table))}});
 }
 
 int Folded(int type) { return type == kSortList ? kList : type; }
 
-// The old side carries no table type, the new one does.
+// The old side has no table type, the new side has one.
 int CompareDeclared(Checker& checker, const Name& table, const TableKind& kind, int maybe_type, int maybe_list_num) {
   static constexpr char kMethod[] = "CheckListMetaInfo";
-  if (kind.sort_fields > 0) return Fail(checker, -3, kMethod, Said::kToSortList, {{"table", Shown(table)}});
+  if (kind.sort_fields > 0) return Fail(checker, -3, kMethod, TextId::kToSortList, {{"table", Shown(table)}});
   if (Folded(kind.type) != maybe_type) {
-    return Fail(checker, -4, kMethod, Said::kNotDeclaredType,
+    return Fail(checker, -4, kMethod, TextId::kNotDeclaredType,
                 {{"table", Shown(table)}, {"old", TypeText(maybe_type)}, {"new", TypeText(Folded(kind.type))}});
   }
   if (maybe_type == kList && kind.list_num != maybe_list_num) {
-    return Fail(checker, -5, kMethod, Said::kNotDeclaredNumber,
+    return Fail(checker, -5, kMethod, TextId::kNotDeclaredNumber,
                 {{"table", Shown(table)}, {"old", std::to_string(maybe_list_num)}, {"new", std::to_string(kind.list_num)}});
   }
   return 0;
@@ -130,14 +129,14 @@ int CompareSortAttributes(Checker& checker, const PlainMeta& old_meta, const Pla
   for (std::size_t i = 0; i < new_meta.entries.size(); ++i) {
     const PlainEntry& new_entry = new_meta.entries[i];
     if (new_entry.attr2.value_or("").empty()) continue;
-    if (!new_entry.name) return Fail(checker, -8, kMethod, Said::kNewNameGone, {{"position", std::to_string(i)}});
+    if (!new_entry.name) return Fail(checker, -8, kMethod, TextId::kNewNameMissing, {{"position", std::to_string(i)}});
     for (std::size_t j = 0; j < old_meta.entries.size(); ++j) {
       const PlainEntry& old_entry = old_meta.entries[j];
       if (old_entry.attr2.value_or("").empty()) continue;
-      if (!old_entry.name) return Fail(checker, -10, kMethod, Said::kOldNameGone, {{"position", std::to_string(j)}});
+      if (!old_entry.name) return Fail(checker, -10, kMethod, TextId::kOldNameMissing, {{"position", std::to_string(j)}});
       if (old_entry.name != new_entry.name) continue;
       if (old_entry.attr2 == new_entry.attr2) break;
-      return Fail(checker, -11, kMethod, Said::kSortAttribute, {{"old", *old_entry.attr2}, {"new", *new_entry.attr2}});
+      return Fail(checker, -11, kMethod, TextId::kSortAttribute, {{"old", *old_entry.attr2}, {"new", *new_entry.attr2}});
     }
   }
   return 0;
@@ -149,24 +148,24 @@ Values Numbers(int old_number, int new_number) {
 
 int CompareKinds(Checker& checker, const Name& table, const TableKind& old_kind, const TableKind& new_kind) {
   static constexpr char kMethod[] = "CheckListMetaInfo";
-  LogOnly(checker, kInfo, kMethod, Said::kListTypes,
+  LogOnly(checker, kInfo, kMethod, TextId::kListTypes,
           {{"table", Shown(table)}, {"old", std::to_string(old_kind.type)}, {"new", std::to_string(new_kind.type)}});
   if (Folded(old_kind.type) != Folded(new_kind.type)) {
-    return Fail(checker, -4, kMethod, Said::kListType,
+    return Fail(checker, -4, kMethod, TextId::kListType,
                 {{"old", TypeText(Folded(old_kind.type))}, {"new", TypeText(Folded(new_kind.type))}});
   }
   if (old_kind.list_num > new_kind.list_num) {
-    return Fail(checker, -5, kMethod, Said::kListNumber, Numbers(old_kind.list_num, new_kind.list_num));
+    return Fail(checker, -5, kMethod, TextId::kListNumber, Numbers(old_kind.list_num, new_kind.list_num));
   }
   if (old_kind.sort_fields != new_kind.sort_fields) {
-    return Fail(checker, -6, kMethod, Said::kSortFields, Numbers(old_kind.sort_fields, new_kind.sort_fields));
+    return Fail(checker, -6, kMethod, TextId::kSortFields, Numbers(old_kind.sort_fields, new_kind.sort_fields));
   }
   if (old_kind.sort_rule != new_kind.sort_rule) {
-    return Fail(checker, -15, kMethod, Said::kSortRule,
+    return Fail(checker, -15, kMethod, TextId::kSortRule,
                 {{"old", OrderText(old_kind.sort_rule)}, {"new", OrderText(new_kind.sort_rule)}});
   }
   if (!old_kind.protocol.empty() && old_kind.protocol != new_kind.protocol) {
-    return Fail(checker, -16, kMethod, Said::kDataProtocol, {{"old", old_kind.protocol}, {"new", new_kind.protocol}});
+    return Fail(checker, -16, kMethod, TextId::kDataProtocol, {{"old", old_kind.protocol}, {"new", new_kind.protocol}});
   }
   return 0;
 }
@@ -202,7 +201,7 @@ int CheckListMetaInfo(Checker& checker, const Name& table, const PlainLibrary* o
   if (!new_kind) return FailByAttributes(checker, -2, kMethod, new_library, table);
   if (old_kind->old_way && new_kind->old_way) return 0;
   if (old_kind->old_way) return CompareDeclared(checker, table, *new_kind, maybe_table_type, maybe_list_num);
-  if (new_kind->old_way) return Fail(checker, -15, kMethod, Said::kAttributesGone, {{"table", Shown(table)}});
+  if (new_kind->old_way) return Fail(checker, -15, kMethod, TextId::kAttributesRemoved, {{"table", Shown(table)}});
   const int result = CompareKinds(checker, table, *old_kind, *new_kind);
   if (result != 0 || new_kind->sort_fields == 0) return result;
   return CompareSortAttributes(checker, *old_library->Find(table), *new_library->Find(table));
@@ -217,12 +216,12 @@ int CompareSortListInfo(Checker& checker, const Name& source_table, const Name& 
   if (!new_kind) return FailByAttributes(checker, -2, kMethod, target, target_table);
   if (old_kind->old_way && new_kind->old_way) return 0;
   if (old_kind->old_way && new_kind->sort_fields > 0) {
-    return Fail(checker, -3, kMethod, Said::kToSortList, {{"table", Shown(target_table)}});
+    return Fail(checker, -3, kMethod, TextId::kToSortList, {{"table", Shown(target_table)}});
   }
   if (old_kind->old_way) return 0;
-  if (new_kind->old_way) return Fail(checker, -15, kMethod, Said::kAttributesGone, {{"table", Shown(source_table)}});
+  if (new_kind->old_way) return Fail(checker, -15, kMethod, TextId::kAttributesRemoved, {{"table", Shown(source_table)}});
   if (old_kind->sort_fields <= new_kind->sort_fields) return 0;
-  return Fail(checker, -6, kMethod, Said::kSortFields, Numbers(old_kind->sort_fields, new_kind->sort_fields));
+  return Fail(checker, -6, kMethod, TextId::kSortFields, Numbers(old_kind->sort_fields, new_kind->sort_fields));
 }
 
 }  // namespace model

@@ -1,5 +1,5 @@
-// The plain model of the checker: fields of tag-length-value records. Inside structures the rules are looser than for the table
-// itself. Fields that are added, and attributes, are not looked at. Tested by model_test.cpp.
+// The plain model of the checker: fields of tag-length-value records. Inside structures the rules are less strict than for the
+// table itself. Does not compare added fields and attributes. Tested by model_test.cpp.
 #include "model/rules.h"
 
 namespace model {
@@ -7,8 +7,8 @@ namespace {
 
 const PlainEntry* CheckWhetherExistEntryById(Checker& checker, int id, const PlainMeta* meta) {
   static constexpr char kMethod[] = "CheckWhetherExistEntryById";
-  if (id < 0 || meta == nullptr) return Fail(checker, 0, kMethod, Said::kNameOrMeta, {}), nullptr;
-  if (meta->entries.empty()) return Fail(checker, 0, kMethod, Said::kNoEntries, {{"table", Shown(meta->name)}}), nullptr;
+  if (id < 0 || meta == nullptr) return Fail(checker, 0, kMethod, TextId::kNameOrMeta, {}), nullptr;
+  if (meta->entries.empty()) return Fail(checker, 0, kMethod, TextId::kNoEntries, {{"table", Shown(meta->name)}}), nullptr;
   for (const PlainEntry& entry : meta->entries) {
     if (entry.id == id) return &entry;
   }
@@ -17,7 +17,7 @@ const PlainEntry* CheckWhetherExistEntryById(Checker& checker, int id, const Pla
 
 bool CheckWhetherExistEntryOfTLV(Checker& checker, const PlainEntry& needed, const PlainMeta& new_meta) {
   if (new_meta.entries.empty()) {
-    Fail(checker, 0, "CheckWhetherExistEntryOfTLV", Said::kNoEntries, {{"table", Shown(new_meta.name)}});
+    Fail(checker, 0, "CheckWhetherExistEntryOfTLV", TextId::kNoEntries, {{"table", Shown(new_meta.name)}});
     return false;
   }
   for (const PlainEntry& entry : new_meta.entries) {
@@ -28,39 +28,40 @@ bool CheckWhetherExistEntryOfTLV(Checker& checker, const PlainEntry& needed, con
 
 int CompareEntrySubMetaFieldTLV(Checker& checker, const PlainMeta* old_meta, const PlainMeta* new_meta) {
   static constexpr char kMethod[] = "CompareEntrySubMetaFieldTLV";
-  if (old_meta == nullptr || new_meta == nullptr) return Fail(checker, -1, kMethod, Said::kMetaNull, {});
+  if (old_meta == nullptr || new_meta == nullptr) return Fail(checker, -1, kMethod, TextId::kMetaNull, {});
   for (const PlainEntry& old_entry : old_meta->entries) {
     const Values values = {{"entry", Shown(old_entry.name)}, {"table", Shown(old_meta->name)}};
     const PlainEntry* new_entry = CheckWhetherExistEntryById(checker, old_entry.id, new_meta);
     if (new_entry == nullptr) continue;
     if (old_entry.type != new_entry->type) {
-      return Fail(checker, -3, kMethod, Said::kTypeChangedTlv,
+      return Fail(checker, -3, kMethod, TextId::kTypeChangedTlv,
                   {{"id", std::to_string(old_entry.id)}, {"table", Shown(old_meta->name)}});
     }
-    if (old_entry.unit_size > new_entry->unit_size) return Fail(checker, -3, kMethod, Said::kSizeReduced, values);
-    if (old_entry.count > new_entry->count) return Fail(checker, -3, kMethod, Said::kCountReducedTlv, values);
+    if (old_entry.unit_size > new_entry->unit_size) return Fail(checker, -3, kMethod, TextId::kSizeReduced, values);
+    if (old_entry.count > new_entry->count) return Fail(checker, -3, kMethod, TextId::kCountReducedTlv, values);
     if (old_entry.type != 0 && old_entry.type != 1) continue;
     if (CompareEntrySubMetaFieldTLV(checker, old_entry.structure, new_entry->structure) != 0) return -3;
   }
   return 0;
 }
 
-// One field of the table itself, found again under its id.
+// A field of the table itself, found by its id.
 int CompareFound(Checker& checker, const PlainEntry& old_entry, const PlainEntry& new_entry, const PlainMeta& old_meta) {
   static constexpr char kMethod[] = "CompareEntryValueFieldTLV";
   const Values values = {{"entry", Shown(old_entry.name)}, {"table", Shown(old_meta.name)}};
   if (old_entry.is_key) {
     if (old_entry.name != new_entry.name) {
-      return Fail(checker, -3, kMethod, Said::kKeyNameTlv,
+      return Fail(checker, -3, kMethod, TextId::kKeyNameTlv,
                   {{"id", std::to_string(old_entry.id)}, {"table", Shown(old_meta.name)}});
     }
-    if (old_entry.unit_size != new_entry.unit_size) return Fail(checker, -3, kMethod, Said::kKeySizeTlv, values);
+    if (old_entry.unit_size != new_entry.unit_size) return Fail(checker, -3, kMethod, TextId::kKeySizeTlv, values);
   } else if (old_entry.unit_size > new_entry.unit_size) {
-    return Fail(checker, -3, kMethod, Said::kSizeReduced, values);
+    return Fail(checker, -3, kMethod, TextId::kSizeReduced, values);
   }
-  if (old_entry.type != new_entry.type) return Fail(checker, -3, kMethod, Said::kTypeChanged, values);
-  if (old_entry.has_refer && new_entry.count < old_entry.count) return Fail(checker, -3, kMethod, Said::kCountReduced, values);
-  if (!old_entry.has_refer && new_entry.count != old_entry.count) return Fail(checker, -3, kMethod, Said::kCountChanged, values);
+  if (old_entry.type != new_entry.type) return Fail(checker, -3, kMethod, TextId::kTypeChanged, values);
+  if (old_entry.has_refer && new_entry.count < old_entry.count) return Fail(checker, -3, kMethod, TextId::kCountReduced, values);
+  if (!old_entry.has_refer && new_entry.count != old_entry.count)
+    return Fail(checker, -3, kMethod, TextId::kCountChanged, values);
   if (old_entry.type != 0 && old_entry.type != 1) return 0;
   return CompareEntrySubMetaFieldTLV(checker, old_entry.structure, new_entry.structure) == 0 ? 0 : -3;
 }
@@ -69,15 +70,15 @@ int CompareFound(Checker& checker, const PlainEntry& old_entry, const PlainEntry
 
 int CompareEntryValueFieldTLV(Checker& checker, const PlainMeta* old_meta, const PlainMeta* new_meta) {
   static constexpr char kMethod[] = "CompareEntryValueFieldTLV";
-  if (old_meta == nullptr) return Fail(checker, -1, kMethod, Said::kMetaNull, {});
-  if (new_meta == nullptr) return Fail(checker, -3, kMethod, Said::kStructureMissing, {{"table", Shown(old_meta->name)}});
+  if (old_meta == nullptr) return Fail(checker, -1, kMethod, TextId::kMetaNull, {});
+  if (new_meta == nullptr) return Fail(checker, -3, kMethod, TextId::kStructureMissing, {{"table", Shown(old_meta->name)}});
   for (const PlainEntry& old_entry : old_meta->entries) {
     if (!CheckWhetherExistEntryOfTLV(checker, old_entry, *new_meta)) {
-      return Fail(checker, -3, kMethod, Said::kEntryGoneTlv, {{"entry", Shown(old_entry.name)}});
+      return Fail(checker, -3, kMethod, TextId::kEntryRemovedTlv, {{"entry", Shown(old_entry.name)}});
     }
     const PlainEntry* new_entry = CheckWhetherExistEntryById(checker, old_entry.id, new_meta);
     if (new_entry == nullptr) {
-      return Fail(checker, -3, kMethod, Said::kIdGoneTlv,
+      return Fail(checker, -3, kMethod, TextId::kIdRemovedTlv,
                   {{"id", std::to_string(old_entry.id)}, {"table", Shown(old_meta->name)}});
     }
     if (CompareFound(checker, old_entry, *new_entry, *old_meta) != 0) return -3;

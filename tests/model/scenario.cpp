@@ -1,4 +1,4 @@
-// Puts the same questions to the checker and to its plain model. Not here: choosing them (random_scenario.cpp). Tested by
+// Runs the same calls on the checker and on its plain model. Random calls are made by random_scenario.cpp. Tested by
 // model_test.cpp.
 #include "model/scenario.h"
 
@@ -21,26 +21,26 @@ const char* TextOf(const Name& name) { return name ? name->c_str() : nullptr; }
 void SetGate(const LogGate& gate, support::CaptureCategory& category) {
   if (gate.high) category.SetHigh(*gate.high);
   if (gate.low) category.SetLow(*gate.low);
-  category.SetAnswer(gate.answer ? 1 : 0);
+  category.SetCanWrite(gate.can_write ? 1 : 0);
 }
 
-int AskChecker(const Question& question, LPQMXMETALIB old_library, LPQMXMETALIB new_library, LPVESKCATEGORYINST log,
+int RunChecker(const Call& call, LPQMXMETALIB old_library, LPQMXMETALIB new_library, LPVESKCATEGORYINST log,
                ModifyTable& checker) {
-  if (question.without_old) old_library = nullptr;
-  if (question.without_new) new_library = nullptr;
-  const char* const old_table = TextOf(question.old_table);
-  const char* const new_table = TextOf(question.new_table);
+  if (call.without_old) old_library = nullptr;
+  if (call.without_new) new_library = nullptr;
+  const char* const old_table = TextOf(call.old_table);
+  const char* const new_table = TextOf(call.new_table);
   const LPQMXMETA old_meta = qmx_get_meta_by_name(old_library, old_table);
   const LPQMXMETA new_meta = qmx_get_meta_by_name(new_library, new_table);
-  switch (question.operation) {
+  switch (call.operation) {
     case Operation::kModify:
-      return checker.KorvelModifyTable(old_library, new_library, old_table, question.table_type, question.init_version, log,
-                                       question.server, question.whitelist, question.list_num);
+      return checker.KorvelModifyTable(old_library, new_library, old_table, call.table_type, call.init_version, log, call.server,
+                                       call.whitelist, call.list_num);
     case Operation::kCompatible:
       return checker.CheckTableMetaCompatible(old_library, new_library, old_table, log);
     case Operation::kValues:
-      if (old_meta == nullptr || new_meta == nullptr) return 0;  // not to be asked
-      return checker.CompareValue(old_meta, new_meta, old_library, new_library, question.init_version, log);
+      if (old_meta == nullptr || new_meta == nullptr) return 0;  // must not be called
+      return checker.CompareValue(old_meta, new_meta, old_library, new_library, call.init_version, log);
     case Operation::kFieldSet:
       return checker.CompareTableField(old_meta, new_meta, log);
     case Operation::kSortList:
@@ -50,27 +50,27 @@ int AskChecker(const Question& question, LPQMXMETALIB old_library, LPQMXMETALIB 
     case Operation::kSplittableKey:
       return checker.CompareSplittableKey(old_meta, new_meta, log);
     case Operation::kIndex:
-      return checker.CompareIndex(old_meta, new_meta, question.table_type, log);
+      return checker.CompareIndex(old_meta, new_meta, call.table_type, log);
     default:
-      return checker.CheckListMetaInfo(old_table, old_library, new_library, log, question.table_type, question.list_num);
+      return checker.CheckListMetaInfo(old_table, old_library, new_library, log, call.table_type, call.list_num);
   }
 }
 
 bool BeginsAlike(std::string_view text, std::string_view format) { return text.starts_with(format.substr(0, format.find('%'))); }
 
-// The row that the checker names must be that of the text in the buffer, and there must be one where a text refuses.
+// The row that GetRefusal() returns must be that of the text in the buffer, and a refusal with a text must have one.
 std::string RefusalFault(int code, const ModifyTable& checker, const std::string& buffer_before) {
   const std::string buffer = checker.GetErrType();
   const korvel::RefusalRow* const row = checker.GetRefusal();
   const korvel::RefusalRow* const of_text = korvel::Identify(buffer);
-  if (code == 0) return row == nullptr ? "" : std::string("a success has the row ") + row->id;
-  // A text that was cut may have lost what tells its row from others: then only its beginning counts.
+  if (code == 0) return row == nullptr ? "" : std::string("a success has row ") + row->id;
+  // A truncated text may have lost the part that distinguishes its row: then only the beginning is compared.
   const bool is_cut = buffer.size() == korvel::kErrorTextSize - 1;
   if (row != nullptr && is_cut && BeginsAlike(buffer, row->text)) return "";
-  if (row != nullptr) return row == of_text ? "" : std::string("the text is not that of the row ") + row->id;
-  // A refusal without a text leaves what was there, or what a lookup wrote: that is no refusal of an operation.
+  if (row != nullptr) return row == of_text ? "" : std::string("the text is not that of row ") + row->id;
+  // A refusal without a text leaves the previous text, or that of a lookup, which is not the refusal of an operation.
   if (of_text == nullptr || of_text == &korvel::kNameOrMeta || buffer == buffer_before) return "";
-  return std::string("there is no row, but the text of ") + of_text->id;
+  return std::string("no row, but the text of ") + of_text->id;
 }
 
 State StateOf(const ModifyTable& checker, const support::CaptureCategory& category) {
@@ -80,34 +80,34 @@ State StateOf(const ModifyTable& checker, const support::CaptureCategory& catego
   state.server = checker.m_svr_ver;
   for (const PrintNode& node : checker.printVec) state.grown.push_back({node.entry_name, node.before_sz, node.after_sz});
   for (const support::LogRecord& record : category.records) {
-    const std::string method = record.is_valid ? record.function : record.function + " (event not as agreed)";
+    const std::string method = record.is_valid ? record.function : record.function + " (invalid event)";
     state.log.push_back({record.priority, method, record.format == "%s", record.text});
   }
-  for (const support::Question& question : category.questions) {
-    const bool is_plain = question.id == 0 && question.cls == 0;
-    state.asked.push_back(is_plain ? question.priority : -question.priority);
+  for (const support::CanWriteCall& call : category.can_write_calls) {
+    const bool is_plain = call.id == 0 && call.cls == 0;
+    state.can_write_calls.push_back(is_plain ? call.priority : -call.priority);
   }
   return state;
 }
 
 // --- The model ---
 
-int AskModel(const Question& question, const PlainLibrary* old_library, const PlainLibrary* new_library, Checker& checker) {
-  if (question.without_old) old_library = nullptr;
-  if (question.without_new) new_library = nullptr;
-  const Name& old_table = question.old_table;
-  const Name& new_table = question.new_table;
+int RunModel(const Call& call, const PlainLibrary* old_library, const PlainLibrary* new_library, Checker& checker) {
+  if (call.without_old) old_library = nullptr;
+  if (call.without_new) new_library = nullptr;
+  const Name& old_table = call.old_table;
+  const Name& new_table = call.new_table;
   const PlainMeta* const old_meta = old_library == nullptr ? nullptr : old_library->Find(old_table);
   const PlainMeta* const new_meta = new_library == nullptr ? nullptr : new_library->Find(new_table);
-  switch (question.operation) {
+  switch (call.operation) {
     case Operation::kModify:
-      return KorvelModifyTable(checker, old_library, new_library, old_table, question.table_type, question.init_version,
-                               question.server, question.whitelist, question.list_num);
+      return KorvelModifyTable(checker, old_library, new_library, old_table, call.table_type, call.init_version, call.server,
+                               call.whitelist, call.list_num);
     case Operation::kCompatible:
       return CheckTableMetaCompatible(checker, old_library, new_library, old_table);
     case Operation::kValues:
       if (old_meta == nullptr || new_meta == nullptr) return 0;
-      return CompareValue(checker, old_meta, new_meta, old_library, new_library, question.init_version);
+      return CompareValue(checker, old_meta, new_meta, old_library, new_library, call.init_version);
     case Operation::kFieldSet:
       return CompareTableField(checker, old_meta, new_meta);
     case Operation::kSortList:
@@ -117,13 +117,13 @@ int AskModel(const Question& question, const PlainLibrary* old_library, const Pl
     case Operation::kSplittableKey:
       return CompareSplittableKey(checker, old_meta, new_meta);
     case Operation::kIndex:
-      return CompareIndex(checker, old_meta, new_meta, question.table_type);
+      return CompareIndex(checker, old_meta, new_meta, call.table_type);
     default:
-      return CheckListMetaInfo(checker, old_table, old_library, new_library, question.table_type, question.list_num);
+      return CheckListMetaInfo(checker, old_table, old_library, new_library, call.table_type, call.list_num);
   }
 }
 
-// What the collaborator says is wrong with a table's attributes.
+// CheckTable's text for the attributes of a table.
 std::string Wording(LPQMXMETALIB library, const Name& table) {
   CheckTable collaborator;
   int type = 0, number = 0, fields = 0, rule = 0;
@@ -132,7 +132,7 @@ std::string Wording(LPQMXMETALIB library, const Name& table) {
   return collaborator.m_szErrorType;
 }
 
-// Where the checker writes its trace: asked once.
+// The record of the checker's trace, determined once.
 const support::LogRecord& TraceRecord() {
   static const support::LogRecord record = [] {
     const std::optional<qmx::Metalib> library = Build({});
@@ -144,8 +144,8 @@ const support::LogRecord& TraceRecord() {
   return record;
 }
 
-std::vector<Answer> AskModel(const Scenario& scenario, LPQMXMETALIB old_library, LPQMXMETALIB new_library,
-                             std::optional<Said>& last_failure) {
+std::vector<CallResult> RunModel(const Scenario& scenario, LPQMXMETALIB old_library, LPQMXMETALIB new_library,
+                                 std::optional<TextId>& last_failure) {
   const PlainLibrary old_plain(old_library);
   const PlainLibrary new_plain(new_library);
   Checker checker;
@@ -156,49 +156,49 @@ std::vector<Answer> AskModel(const Scenario& scenario, LPQMXMETALIB old_library,
     const LPQMXMETALIB library = plain == &old_plain ? old_library : new_library;
     return Wording(plain == nullptr ? nullptr : library, table);
   };
-  std::vector<Answer> answers;
-  for (const Question& question : scenario.questions) {
+  std::vector<CallResult> results;
+  for (const Call& call : scenario.calls) {
     checker.state.log.clear();
-    checker.state.asked.clear();
+    checker.state.can_write_calls.clear();
     checker.last_failure.reset();
-    const int code = AskModel(question, &old_plain, &new_plain, checker);
-    answers.push_back({code, checker.state, {}});
+    const int code = RunModel(call, &old_plain, &new_plain, checker);
+    results.push_back({code, checker.state, {}});
   }
   last_failure = checker.last_failure;
-  return answers;
+  return results;
 }
 
 }  // namespace
 
-std::vector<Answer> AskChecker(const Scenario& scenario, LPQMXMETALIB old_library, LPQMXMETALIB new_library) {
+std::vector<CallResult> RunChecker(const Scenario& scenario, LPQMXMETALIB old_library, LPQMXMETALIB new_library) {
   ModifyTable checker;
   support::CaptureCategory category;
   SetGate(scenario.gate, category);
-  std::vector<Answer> answers;
-  for (const Question& question : scenario.questions) {
+  std::vector<CallResult> results;
+  for (const Call& call : scenario.calls) {
     category.records.clear();
-    category.questions.clear();
+    category.can_write_calls.clear();
     const LPVESKCATEGORYINST log = scenario.gate.absent ? nullptr : &category;
     const std::string buffer_before = checker.GetErrType();
-    checker.m_refusal = nullptr;  // some questions are not asked
-    const int code = AskChecker(question, old_library, new_library, log, checker);
-    answers.push_back({code, StateOf(checker, category), RefusalFault(code, checker, buffer_before)});
+    checker.m_refusal = nullptr;  // some calls are skipped
+    const int code = RunChecker(call, old_library, new_library, log, checker);
+    results.push_back({code, StateOf(checker, category), RefusalFault(code, checker, buffer_before)});
   }
-  return answers;
+  return results;
 }
 
-Answers Ask(const Scenario& scenario, LPQMXMETALIB old_library, LPQMXMETALIB new_library) {
-  Answers answers;
-  answers.checker = AskChecker(scenario, old_library, new_library);
-  answers.model = AskModel(scenario, old_library, new_library, answers.last_failure);
-  return answers;
+Results RunBoth(const Scenario& scenario, LPQMXMETALIB old_library, LPQMXMETALIB new_library) {
+  Results results;
+  results.checker = RunChecker(scenario, old_library, new_library);
+  results.model = RunModel(scenario, old_library, new_library, results.last_failure);
+  return results;
 }
 
-std::optional<Answers> Ask(const Scenario& scenario) {
+std::optional<Results> RunBoth(const Scenario& scenario) {
   const std::optional<qmx::Metalib> old_library = Build(scenario.old_library);
   const std::optional<qmx::Metalib> new_library = Build(scenario.new_library);
   if (!old_library || !new_library) return std::nullopt;
-  return Ask(scenario, old_library->get(), new_library->get());
+  return RunBoth(scenario, old_library->get(), new_library->get());
 }
 
 }  // namespace model

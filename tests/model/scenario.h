@@ -1,4 +1,4 @@
-// Two libraries and what the checker is asked about them, as a value that can be made smaller and printed.
+// Two libraries and the calls of the checker on them, as a value that can be shrunk and printed.
 #pragma once
 
 #include <string>
@@ -11,10 +11,10 @@ namespace model {
 
 enum class Operation { kModify, kCompatible, kValues, kFieldSet, kSortList, kPrimaryKey, kSplittableKey, kIndex, kList, kEnd };
 
-// One call. Operations that take metas are handed those of the tables' names, null where there is none.
-struct Question {
+// One call. Operations that take metas get those with the tables' names, null if there are none.
+struct Call {
   Operation operation = Operation::kModify;
-  Name old_table = "t";  // the only one for operations that take one name
+  Name old_table = "t";  // the only table for operations that take one name
   Name new_table = "t";
   bool without_old = false;  // a null library
   bool without_new = false;
@@ -23,39 +23,39 @@ struct Question {
   std::string server = {};
   std::string whitelist = {};
   int list_num = 0;
-  bool operator==(const Question&) const = default;
+  bool operator==(const Call&) const = default;
 };
 
-// The questions are put to one checker, one after the other.
+// The calls are made on one checker, one after the other.
 struct Scenario {
   LibraryDecl old_library;
   LibraryDecl new_library;
   LogGate gate;
-  std::vector<Question> questions;
+  std::vector<Call> calls;
 };
 
-// What a question came to. The log holds what this question wrote.
-struct Answer {
+// The result of a call. The log contains the records of this call.
+struct CallResult {
   int code = 0;
   State state;
-  std::string refusal_fault = {};  // what is wrong with the checker's GetRefusal(); the model has no such fault
-  bool operator==(const Answer&) const = default;
+  std::string refusal_fault = {};  // a fault of the checker's GetRefusal(); always empty for the model
+  bool operator==(const CallResult&) const = default;
 };
 
-// Absent where a library cannot be laid out.
-struct Answers {
-  std::vector<Answer> checker;
-  std::vector<Answer> model;
-  std::optional<Said> last_failure;  // the model's, of the last question
+// Absent if a library cannot be laid out.
+struct Results {
+  std::vector<CallResult> checker;
+  std::vector<CallResult> model;
+  std::optional<TextId> last_failure;  // of the model, in the last call
 };
-std::optional<Answers> Ask(const Scenario& scenario);
+std::optional<Results> RunBoth(const Scenario& scenario);
 
-// The same of libraries that lie there, whatever those of the scenario are: of both sides, and of the checker alone.
-Answers Ask(const Scenario& scenario, LPQMXMETALIB old_library, LPQMXMETALIB new_library);
-std::vector<Answer> AskChecker(const Scenario& scenario, LPQMXMETALIB old_library, LPQMXMETALIB new_library);
+// The same for libraries in memory, ignoring those of the scenario: of both sides, and of the checker alone.
+Results RunBoth(const Scenario& scenario, LPQMXMETALIB old_library, LPQMXMETALIB new_library);
+std::vector<CallResult> RunChecker(const Scenario& scenario, LPQMXMETALIB old_library, LPQMXMETALIB new_library);
 
-// Both libraries as schema files, the calls, and what each side answered where they differ.
+// Both libraries as schema files, the calls, and the results of both sides if they differ.
 std::string Print(const Scenario& scenario);
-std::string PrintDifference(const Answers& answers);
+std::string PrintDifference(const Results& results);
 
 }  // namespace model

@@ -1,4 +1,4 @@
-// Building and printing libraries declared as values. Not here: choosing them (random_library.cpp). Tested by model_test.cpp.
+// Builds and prints libraries declared as values. Random libraries are made by random_scenario.cpp. Tested by model_test.cpp.
 #include "model/schema_values.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-// A schema library as a value that is cheap to change at random. Says no more than a schema file does, but for the odd states at
-// the end of each structure, which no file can bring about and which are set in the built block.
+// A schema library as a value that is cheap to change at random. Like a schema file, plus the invalid states at the end of each
+// structure, which no schema file can express and which are set in the built block.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@ namespace model {
 struct FieldDecl {
   std::string name = {};
   std::string type = "uint32";
-  std::uint64_t size = 0;  // bytes, of "string" and "bytes"
+  std::uint64_t size = 0;  // bytes; for "string" and "bytes"
   std::int32_t id = -1;
   std::int32_t version = 1;
   std::int32_t count = 1;
@@ -44,8 +44,8 @@ struct MetaDecl {
   std::vector<IndexDecl> indexes = {};
   std::optional<std::string> attr = std::nullopt;
 
-  bool without_key_list = false;                             // the reference is -1, whatever the count
-  std::optional<std::int16_t> odd_key_count = std::nullopt;  // counts no more members than there are, if there is a list
+  bool without_key_list = false;                             // the reference is -1, whatever the count is
+  std::optional<std::int16_t> odd_key_count = std::nullopt;  // at most the number of members, if there is a list
   bool operator==(const MetaDecl&) const = default;
 };
 
@@ -56,10 +56,10 @@ struct LibraryDecl {
   bool operator==(const LibraryDecl&) const = default;
 };
 
-// The library, or nothing where it cannot be laid out (a field refers to one that is not there, and the like).
+// The library; nothing if it cannot be laid out, for example because a field refers to one that does not exist.
 std::optional<qmx::Metalib> Build(const LibraryDecl& library);
 
-// As a schema file; odd states stand in comments.
+// As a schema file, with invalid states in comments.
 std::string Print(const LibraryDecl& library);
 
 }  // namespace model

@@ -1,4 +1,4 @@
-// Making scenarios smaller, one step after the other, each kept if what is looked for still shows. Tested by model_test.cpp.
+// Shrinks scenarios in small steps; a step is kept if the condition still holds. Tested by model_test.cpp.
 #include "model/shrink.h"
 
 #include <algorithm>
@@ -12,7 +12,7 @@ namespace {
 using Step = std::function<void(Scenario&)>;
 using Steps = std::vector<Step>;
 
-// A step for both libraries, and for each alone.
+// A step for both libraries, and one for each alone.
 void AddForSides(const std::function<void(LibraryDecl&)>& edit, Steps& steps) {
   steps.push_back([edit](Scenario& scenario) { edit(scenario.old_library), edit(scenario.new_library); });
   steps.push_back([edit](Scenario& scenario) { edit(scenario.new_library); });
@@ -83,7 +83,7 @@ void AddFieldSteps(const std::string& meta, const std::string& field, Steps& ste
   add([](FieldDecl& one) { one.odd_flags = std::nullopt; });
 }
 
-// Of two fields of one name, one.
+// Removes one field by position, so that one of two with the same name can be removed.
 void AddPositionStep(const std::string& meta, std::size_t position, Steps& steps) {
   const auto erase = [position](MetaDecl& one) {
     if (position < one.fields.size()) one.fields.erase(one.fields.begin() + static_cast<std::ptrdiff_t>(position));
@@ -91,26 +91,26 @@ void AddPositionStep(const std::string& meta, std::size_t position, Steps& steps
   AddForSides([meta, erase](LibraryDecl& library) { EditMeta(meta, erase, library); }, steps);
 }
 
-void AddQuestionSteps(std::size_t number, Steps& steps) {
+void AddCallSteps(std::size_t number, Steps& steps) {
   for (std::size_t i = 0; i < number; ++i) {
     const auto position = static_cast<std::ptrdiff_t>(i);
-    const auto edit = [&steps, i](void (*change)(Question&)) {
-      steps.push_back([i, change](Scenario& scenario) { change(scenario.questions[i]); });
+    const auto edit = [&steps, i](void (*change)(Call&)) {
+      steps.push_back([i, change](Scenario& scenario) { change(scenario.calls[i]); });
     };
     if (number > 1) {
-      steps.push_back([position](Scenario& scenario) { scenario.questions.erase(scenario.questions.begin() + position); });
+      steps.push_back([position](Scenario& scenario) { scenario.calls.erase(scenario.calls.begin() + position); });
     }
-    edit([](Question& question) { question.whitelist.clear(); });
-    edit([](Question& question) { question.server.clear(); });
-    edit([](Question& question) { question.without_old = question.without_new = false; });
-    edit([](Question& question) { question.old_table = question.new_table = "t"; });
-    edit([](Question& question) { question.list_num = 0; });
+    edit([](Call& call) { call.whitelist.clear(); });
+    edit([](Call& call) { call.server.clear(); });
+    edit([](Call& call) { call.without_old = call.without_new = false; });
+    edit([](Call& call) { call.old_table = call.new_table = "t"; });
+    edit([](Call& call) { call.list_num = 0; });
   }
 }
 
 Steps AllSteps(const Scenario& scenario) {
   Steps steps;
-  AddQuestionSteps(scenario.questions.size(), steps);
+  AddCallSteps(scenario.calls.size(), steps);
   steps.push_back([](Scenario& one) { one.gate = {}; });
   steps.push_back([](Scenario& one) { one.new_library = one.old_library; });
   steps.push_back([](Scenario& one) { one.old_library = one.new_library; });
@@ -132,10 +132,10 @@ Steps AllSteps(const Scenario& scenario) {
 
 bool AreSame(const Scenario& one, const Scenario& other) {
   return one.old_library == other.old_library && one.new_library == other.new_library && one.gate == other.gate &&
-         one.questions == other.questions;
+         one.calls == other.calls;
 }
 
-// One step that makes it smaller, if there is one.
+// Takes one step that makes the scenario smaller. Returns false if there is none.
 bool MakeSmaller(Scenario& scenario, const std::function<bool(const Scenario&)>& holds) {
   for (const Step& step : AllSteps(scenario)) {
     Scenario smaller = scenario;
@@ -150,7 +150,7 @@ bool MakeSmaller(Scenario& scenario, const std::function<bool(const Scenario&)>&
 }  // namespace
 
 Scenario Shrink(Scenario scenario, const std::function<bool(const Scenario&)>& holds) {
-  // "new = old" and "old = new" cannot both be undone by the others, yet a bound keeps any two steps from chasing each other.
+  // No other step reverts "new = old" and "old = new", but the limit also ends any cycle of two steps.
   for (int i = 0; i < 2000 && MakeSmaller(scenario, holds); ++i) {
   }
   return scenario;

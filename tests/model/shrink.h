@@ -1,4 +1,4 @@
-// Makes a scenario smaller as long as something holds of it.
+// Shrinks a scenario while a condition holds.
 #pragma once
 
 #include <functional>
@@ -7,8 +7,8 @@
 
 namespace model {
 
-// The smallest scenario that greedy steps reach and of which `holds` is still true: fewer questions, metas, fields, attributes
-// and differences between the libraries. REQUIRES: it is true of `scenario`.
+// The smallest scenario that greedy steps reach and for which `holds` is still true: fewer calls, metas, fields, attributes and
+// differences between the libraries. REQUIRES: `holds(scenario)` is true.
 Scenario Shrink(Scenario scenario, const std::function<bool(const Scenario&)>& holds);
 
 }  // namespace model

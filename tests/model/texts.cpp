@@ -1,5 +1,5 @@
-// The texts, one table. Misspellings, double blanks and full-width commas are part of the interface. Not here: who says what
-// (rules_*.cpp). Tested by model_test.cpp, which counts that each is said.
+// The texts in one table. Misspellings, double blanks and full-width commas are part of the interface. The rules that write them
+// are in rules_*.cpp. Tested by model_test.cpp, which requires that each of them occurs.
 #include "model/texts.h"
 
 #include <cstdio>
@@ -8,7 +8,7 @@
 namespace model {
 namespace {
 
-using enum Said;
+using enum TextId;
 
 constexpr TextRow kRows[] = {
     {kBadArguments, "Tnvaild parameter，please check the parameter! table: '{table}'"},
@@ -76,7 +76,7 @@ constexpr TextRow kRows[] = {
 
     {kStructureMissing, "Can't modify the table name! table:'{table}'"},
     {kStructureChanged, "Can't modify the entry struct type  {old} -> {new}"},
-    {kEntryGone, "The entry can't be found! entry_name:'{entry}' metaname:'{table}'"},
+    {kEntryRemoved, "The entry can't be found! entry_name:'{entry}' metaname:'{table}'"},
     {kIdChanged, "The entry_id can't be modified! entry_id:'{id}' metaname:'{table}'"},
     {kKeySize, "The size of primarykey can't be modified! entry:'{entry}' metaname:'{table}'"},
     {kSizeReduced, "The size of entry can't be reduced! entry:'{entry}' metaname:'{table}'"},
@@ -85,8 +85,8 @@ constexpr TextRow kRows[] = {
     {kCountChanged, "The count of entry can't be modified if not contain refer property! entry:'{entry}' metaname:'{table}'"},
     {kAttributeChanged, "The customattr2 of entry can not modify! entry:'{entry}' metaname:'{table}'"},
 
-    {kEntryGoneTlv, "The entry:{entry} can't be delete now,it will be supported by korvsvr of 3.28.0!"},
-    {kIdGoneTlv, "The entry can't be modified! entry_id:'{id}' metaname:'{table}'"},
+    {kEntryRemovedTlv, "The entry:{entry} can't be delete now,it will be supported by korvsvr of 3.28.0!"},
+    {kIdRemovedTlv, "The entry can't be modified! entry_id:'{id}' metaname:'{table}'"},
     {kKeyNameTlv, "The name of primarykey can't be modified! entry_id:'{id}' metaname:'{table}'"},
     {kKeySizeTlv, "The size of primorykey can't be modified! entry:'{entry}' metaname:'{table}'"},
     {kTypeChangedTlv, "The type of entry can't be modified!  entry_id:'{id}' metaname:'{table}'"},
@@ -103,15 +103,15 @@ constexpr TextRow kRows[] = {
     {kToSortList, "Can't modify table type (table:{table}) from others to sortlist "},
     {kNotDeclaredType, "Can't change table_type(table:{table}) from {old} to {new}"},
     {kNotDeclaredNumber, "Can't change table_list_num(table:{table}) from {old} to {new}"},
-    {kAttributesGone, "Can't change table {table} from new format to old format"},
+    {kAttributesRemoved, "Can't change table {table} from new format to old format"},
     {kListTypes, "CheckListMetaInfo({table}) old_table_type:{old},new_table_type:{new}"},
     {kListType, "Can't change table type from {old} to {new}"},
     {kListNumber, "Can't reduce list_num from {old} to {new}"},
     {kSortFields, "Can't change sort_field_num from {old} to {new}"},
     {kSortRule, "Can't change sort_rule from {old} to {new}"},
     {kDataProtocol, "Can't change DataProtocolType from {old} to {new}"},
-    {kNewNameGone, "System error:get entry({position}) name failed <-8>"},
-    {kOldNameGone, "System error:get entry({position}) name failed <-10>"},
+    {kNewNameMissing, "System error:get entry({position}) name failed <-8>"},
+    {kOldNameMissing, "System error:get entry({position}) name failed <-10>"},
     {kSortAttribute, "System error:old_customattr2:{old},new_customattr2:{new}"},
 
     {kGrowth, "entry {entry} old_len:{old},new_len:{new}"},
@@ -137,9 +137,9 @@ const std::string& ValueOf(std::string_view name, const Values& values, const Te
 
 std::span<const TextRow> Texts() { return kRows; }
 
-std::string Fill(Said said, const Values& values) {
-  const TextRow& row = Texts()[static_cast<std::size_t>(said)];
-  ++TimesSaid()[static_cast<std::size_t>(said)];
+std::string Fill(TextId text_id, const Values& values) {
+  const TextRow& row = Texts()[static_cast<std::size_t>(text_id)];
+  ++TimesUsed()[static_cast<std::size_t>(text_id)];
   std::string text;
   std::string_view rest = row.wording;
   std::size_t filled = 0;
@@ -156,8 +156,8 @@ std::string Fill(Said said, const Values& values) {
   return text;
 }
 
-std::array<std::uint64_t, static_cast<std::size_t>(Said::kEnd)>& TimesSaid() {
-  static std::array<std::uint64_t, static_cast<std::size_t>(Said::kEnd)> times = {};
+std::array<std::uint64_t, static_cast<std::size_t>(TextId::kEnd)>& TimesUsed() {
+  static std::array<std::uint64_t, static_cast<std::size_t>(TextId::kEnd)> times = {};
   return times;
 }
 

@@ -1,4 +1,4 @@
-// Every text the checker can write, with placeholders that have names, and a count of how often each was said.
+// Every text of the checker, with named placeholders, and the number of times that each was written.
 #pragma once
 
 #include <array>
@@ -11,7 +11,7 @@
 
 namespace model {
 
-enum class Said {
+enum class TextId {
   kBadArguments,
   kTrace,
   kBadTableType,
@@ -65,7 +65,7 @@ enum class Said {
   kOrder,
   kStructureMissing,
   kStructureChanged,
-  kEntryGone,
+  kEntryRemoved,
   kIdChanged,
   kKeySize,
   kSizeReduced,
@@ -73,8 +73,8 @@ enum class Said {
   kCountReduced,
   kCountChanged,
   kAttributeChanged,
-  kEntryGoneTlv,
-  kIdGoneTlv,
+  kEntryRemovedTlv,
+  kIdRemovedTlv,
   kKeyNameTlv,
   kKeySizeTlv,
   kTypeChangedTlv,
@@ -89,15 +89,15 @@ enum class Said {
   kToSortList,
   kNotDeclaredType,
   kNotDeclaredNumber,
-  kAttributesGone,
+  kAttributesRemoved,
   kListTypes,
   kListType,
   kListNumber,
   kSortFields,
   kSortRule,
   kDataProtocol,
-  kNewNameGone,
-  kOldNameGone,
+  kNewNameMissing,
+  kOldNameMissing,
   kSortAttribute,
   kGrowth,
   kOver256,
@@ -108,19 +108,19 @@ enum class Said {
 };
 
 struct TextRow {
-  Said said;
+  TextId text_id;
   std::string_view wording;  // "{name}" stands for the value of that name
 };
 
-// In the order of Said.
+// In the order of TextId.
 std::span<const TextRow> Texts();
 
 using Values = std::vector<std::pair<std::string_view, std::string>>;
 
-// The wording with its placeholders filled in. Ends the program where a placeholder and the values do not fit.
-std::string Fill(Said said, const Values& values);
+// The wording with its placeholders filled in. Ends the program if placeholders and values do not match.
+std::string Fill(TextId text_id, const Values& values);
 
 // How often each text was filled in so far.
-std::array<std::uint64_t, static_cast<std::size_t>(Said::kEnd)>& TimesSaid();
+std::array<std::uint64_t, static_cast<std::size_t>(TextId::kEnd)>& TimesUsed();
 
 }  // namespace model

@@ -225,11 +225,11 @@ TEST(Builder, KeyMembersHaveOffsetInRecord) {
   const qmx::Metalib built = Built(builder);
   LPQMXMETA structure = qmx_get_meta_by_index(built.get(), 0);
   LPQMXMETA choice = qmx_get_meta_by_index(built.get(), 1);
-  using Places = std::vector<std::int64_t>;
-  EXPECT_EQ(Offsets(structure, structure->ptrPrimayKeyBase, structure->nPrimayKeyMemberNum), (Places{13, 0, 3, 13}));
-  EXPECT_EQ(Offsets(structure, structure->ptrSplitTableKeyBase, structure->iSplitTableKeyMemberNum), (Places{3, 13}));
+  using Values = std::vector<std::int64_t>;
+  EXPECT_EQ(Offsets(structure, structure->ptrPrimayKeyBase, structure->nPrimayKeyMemberNum), (Values{13, 0, 3, 13}));
+  EXPECT_EQ(Offsets(structure, structure->ptrSplitTableKeyBase, structure->iSplitTableKeyMemberNum), (Values{3, 13}));
   EXPECT_EQ(structure->stSplitTableKey.iHOff, 3);
-  EXPECT_EQ(Offsets(choice, choice->ptrPrimayKeyBase, choice->nPrimayKeyMemberNum), (Places{0, 0, 0, 0}));
+  EXPECT_EQ(Offsets(choice, choice->ptrPrimayKeyBase, choice->nPrimayKeyMemberNum), (Values{0, 0, 0, 0}));
 }
 
 TEST(Builder, KeysMayPrecedeEntriesAndBeReplaced) {
@@ -338,7 +338,7 @@ TEST(BuilderRefuses, UnknownNames) {
   const std::string types =
       "; allowed: int8, uint8, int16, uint16, int32, uint32, int64, uint64, float, double, bool, datetime, string, bytes, or a "
       "meta of this library";
-  const std::string no_entry = ", which is no entry of meta 'orders'";
+  const std::string no_entry = ", which is not an entry of meta 'orders'";
   const std::string members = "; allowed: entries of the same meta";
   const std::string counts = "; allowed: an integer entry with count 1, declared before it in the same meta";
   EXPECT_EQ(Refusals(builder),
@@ -435,7 +435,7 @@ TEST(BuilderRefuses, SizesThatOverflow) {
   builder.AddMeta("last");
   builder.AddEntry({.name = "y", .type = "int8"});
   builder.AddEntry({.name = "z", .type = "bytes", .size = kMaxUnsigned});
-  const std::string tail = " larger than can be counted; allowed: at most 18446744073709551615 bytes";
+  const std::string tail = " too large; allowed: at most 18446744073709551615 bytes";
   EXPECT_EQ(Refusals(builder),
             (Texts{"2/0/0/0 count: entry 'p' makes meta 'product'" + tail, "2/1/1/0 type: entry 't' makes meta 'sum'" + tail,
                    "2/4/1/0 size: entry 'z' makes meta 'last'" + tail}));
@@ -444,7 +444,7 @@ TEST(BuilderRefuses, SizesThatOverflow) {
 TEST(BuilderRefuses, ExponentialSizeOverflows) {
   MetalibBuilder builder("x", 1, Protocol::kQmx);
   AddChain(builder, 70, 2);
-  EXPECT_EQ(Refusals(builder), (Texts{"2/6/1/0 type: entry 'e1' makes meta 'm6' larger than can be counted; allowed: at most "
+  EXPECT_EQ(Refusals(builder), (Texts{"2/6/1/0 type: entry 'e1' makes meta 'm6' too large; allowed: at most "
                                       "18446744073709551615 bytes"}));
 }
 
@@ -470,7 +470,7 @@ TEST(BuilderRefuses, KeyMembersTooFarInsideRecord) {
   builder.SetPrimaryKey({"big", "last"});
   builder.SetSplittableKey({"last", "far"});
   EXPECT_EQ(Refusals(builder),
-            Texts{"4/0/0/0 entries: key member 'far' stands at byte 9223372036854775808 of the record; allowed: "
+            Texts{"4/0/0/0 entries: key member 'far' starts at byte 9223372036854775808 of the record; allowed: "
                   "at most byte 9223372036854775807"});
 }
 

@@ -139,7 +139,7 @@ TEST(ImagePage, HasLimitsOfReader) {
   const qmx::Limits limits;
   EXPECT_NE(page.find("(" + std::to_string(limits.max_bytes) + " bytes)"), std::string::npos);
   EXPECT_NE(page.find("| " + std::to_string(limits.max_depth) + " levels |"), std::string::npos);
-  EXPECT_NE(page.find("at most " + std::to_string(qmx::kMaxRepeatedNames) + " times the block"), std::string::npos);
+  EXPECT_NE(page.find("at most " + std::to_string(qmx::kMaxRepeatedNames) + " times the size of the block"), std::string::npos);
 }
 
 }  // namespace

@@ -135,7 +135,7 @@ qmx::ImageResult Load(const std::string& bytes) {
   return qmx::LoadImage(std::move(copy), bytes.size());
 }
 
-void MendChecksum(std::string& image) {
+void UpdateChecksum(std::string& image) {
   const std::uint64_t checksum = XXH3_64bits(image.data() + qmx::kImageHeaderSize, image.size() - qmx::kImageHeaderSize);
   std::memcpy(image.data() + offsetof(qmx::ImageHeader, checksum), &checksum, sizeof(checksum));
 }

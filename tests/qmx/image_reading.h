@@ -20,6 +20,6 @@ std::uint64_t ReadEverything(LPQMXMETALIB library);
 qmx::ImageResult Load(const std::string& bytes);
 
 // Sets the checksum of an image to that of its block.
-void MendChecksum(std::string& image);
+void UpdateChecksum(std::string& image);
 
 }  // namespace image

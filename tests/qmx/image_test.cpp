@@ -97,10 +97,10 @@ TEST(Image, RefusesDamagedHeaders) {
       {offsetof(ImageHeader, reserved), 4, 1, "header: reserved at byte 20 is 1; allowed: 0"},
       {offsetof(ImageHeader, reserved_2) + 16, 8, 5, "header: reserved at byte 56 is 5; allowed: 0"},
       {offsetof(ImageHeader, block_size), 8, 72,
-       "header: block size at byte 24 is 72 and 64 bytes follow the header; allowed: as many as that, the image is cut short"},
+       "header: block size at byte 24 is 72; allowed: 64, the number of bytes after the header; the image is truncated"},
       {offsetof(ImageHeader, block_size), 8, 56,
-       "header: block size at byte 24 is 56 and 64 bytes follow the header; allowed: as many as that, "
-       "the image has bytes behind its end"},
+       "header: block size at byte 24 is 56; allowed: 64, the number of bytes after the header; "
+       "bytes follow the end of the image"},
   };
   ASSERT_EQ(image.size(), 128u);
   for (const Damage& damage : kDamages) {
@@ -121,15 +121,15 @@ TEST(Image, RefusesTruncatedImage) {
   for (std::size_t size = 0; size < image.size(); ++size) {
     const std::string why = Why(image::Load(image.substr(0, size)));
     if (size < qmx::kImageHeaderSize) {
-      ASSERT_EQ(why, "header at byte " + std::to_string(size) + " is cut short; allowed: 64 bytes");
+      ASSERT_EQ(why, "header at byte " + std::to_string(size) + " is truncated; allowed: 64 bytes");
     } else {
-      ASSERT_NE(why.find("the image is cut short"), std::string::npos) << size << ": " << why;
+      ASSERT_NE(why.find("the image is truncated"), std::string::npos) << size << ": " << why;
     }
   }
 }
 
 TEST(Image, RefusesTrailingBytes) {
-  EXPECT_NE(Why(image::Load(qmx::WriteImage(image::FullLibrary()) + std::string(8, '\0'))).find("bytes behind its end"),
+  EXPECT_NE(Why(image::Load(qmx::WriteImage(image::FullLibrary()) + std::string(8, '\0'))).find("bytes follow the end"),
             std::string::npos);
 }
 
@@ -150,7 +150,7 @@ TEST(Image, FlippedBitWithValidChecksumIsRefusedOrHarmless) {
   for (std::size_t bit = 8 * qmx::kImageHeaderSize; bit < 8 * image.size(); ++bit) {
     std::string damaged = image;
     damaged[bit / 8] = static_cast<char>(damaged[bit / 8] ^ (1 << bit % 8));
-    image::MendChecksum(damaged);
+    image::UpdateChecksum(damaged);
     const ImageResult result = image::Load(damaged);
     ++(result.metalib ? accepted : refused);
     if (!result.metalib) continue;
@@ -168,7 +168,7 @@ TEST(Image, EnforcesLimits) {
     return Why(qmx::LoadImage(std::move(copy), image.size(), limits));
   };
   EXPECT_EQ(load({.max_bytes = image.size()}), "accepted");
-  EXPECT_EQ(load({.max_bytes = 100}), "file at byte 0 has " + std::to_string(image.size()) + " bytes; allowed: up to 100");
+  EXPECT_EQ(load({.max_bytes = 100}), "file at byte 0 has " + std::to_string(image.size()) + " bytes; allowed: at most 100");
   EXPECT_EQ(load({.max_depth = 3}), "accepted");
   EXPECT_NE(load({.max_depth = 2}).find("structures nested up to 2 levels deep"), std::string::npos);
 }
@@ -178,7 +178,7 @@ TEST(Image, ReportsFilesThatCannotBeMapped) {
   EXPECT_EQ(Why(qmx::MapImage(-1)), "file at byte 0 cannot be read: Bad file descriptor");
   EXPECT_EQ(Why(qmx::MapImage(testing::TempDir())), "file at byte 0 cannot be read: No such device");
   const ImageFile empty("");
-  EXPECT_EQ(Why(qmx::MapImage(empty.path())), "header at byte 0 is cut short; allowed: 64 bytes");
+  EXPECT_EQ(Why(qmx::MapImage(empty.path())), "header at byte 0 is truncated; allowed: 64 bytes");
 }
 
 }  // namespace

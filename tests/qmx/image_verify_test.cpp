@@ -111,7 +111,7 @@ const Corruption kCorruptions[] = {
     {"slots missing", [](Block& b) { return Put(b.Lib().ptrMetaSlots, -1); }, "library: ptrMetaSlots"},
     {"slots past the end", [](Block& b) { return Put(b.Lib().ptrMetaSlots, b.Lib().iDataSize); }, "library: ptrMetaSlots"},
     {"slot of another meta", [](Block& b) { return Put(b.SlotOf(0).iMeta, 1); }, "slot"},
-    {"slot of no meta", [](Block& b) { return Put(b.SlotOf(2).iMeta, 3); }, "slot"},
+    {"slot without meta", [](Block& b) { return Put(b.SlotOf(2).iMeta, 3); }, "slot"},
     {"slot with another hash", [](Block& b) { return Put(b.SlotOf(1).iHash, 0); }, "slot"},
     {"free slot taken", [](Block& b) { return Put(b.SlotOf(-1).iMeta, 0); }, "slot"},
     {"free slot with a hash", [](Block& b) { return Put(b.SlotOf(-1).iHash, 1); }, "slot"},
@@ -125,23 +125,24 @@ const Corruption kCorruptions[] = {
     {"name in a record", [](Block& b) { return Put(b.Meta(1).ptrName, b.Meta(1).ptrMeta + 8); }, "meta 1: ptrName"},
     {"attributes past the end", [](Block& b) { return Put(b.Meta(2).ptrCustomAttr, kFar); }, "meta 2: ptrCustomAttr"},
     {"attributes below none", [](Block& b) { return Put(b.Meta(2).ptrCustomAttr, -2); }, "meta 2: ptrCustomAttr"},
-    {"entries elsewhere", [](Block& b) { return Put(b.Meta(1).ptrEntries, b.Meta(1).ptrEntries + 72); }, "meta 1: ptrEntries"},
+    {"entries at another offset", [](Block& b) { return Put(b.Meta(1).ptrEntries, b.Meta(1).ptrEntries + 72); },
+     "meta 1: ptrEntries"},
     {"entries of another meta", [](Block& b) { return Put(b.Meta(1).ptrEntries, b.ListItem(0) + 120 - b.ListItem(1)); },
      "meta 1: ptrEntries"},
     {"entries missing", [](Block& b) { return Put(b.Meta(1).ptrEntries, -1); }, "meta 1: ptrEntries"},
     {"number of entries negative", [](Block& b) { return Put(b.Meta(1).iEntriesNum, -1); }, "meta 1: iEntriesNum"},
     {"number of entries huge", [](Block& b) { return Put(b.Meta(1).iEntriesNum, 2147483647); }, "meta 1: iEntriesNum"},
-    {"key elsewhere", [](Block& b) { return Put(b.Meta(2).ptrPrimayKeyBase, 0); }, "meta 2: ptrPrimayKeyBase"},
+    {"key at another offset", [](Block& b) { return Put(b.Meta(2).ptrPrimayKeyBase, 0); }, "meta 2: ptrPrimayKeyBase"},
     {"key list without a key", [](Block& b) { return Put(b.Meta(0).ptrPrimayKeyBase, 120); }, "meta 0: ptrPrimayKeyBase"},
     {"number of key members negative", [](Block& b) { return Put(b.Meta(2).nPrimayKeyMemberNum, -1); },
      "meta 2: nPrimayKeyMemberNum"},
     {"number of key members huge", [](Block& b) { return Put(b.Meta(2).nPrimayKeyMemberNum, 32767); },
      "meta 2: nPrimayKeyMemberNum"},
-    {"splittable key elsewhere", [](Block& b) { return Put(b.Meta(2).ptrSplitTableKeyBase, kFar); },
+    {"splittable key at another offset", [](Block& b) { return Put(b.Meta(2).ptrSplitTableKeyBase, kFar); },
      "meta 2: ptrSplitTableKeyBase"},
     {"number of splittable members huge", [](Block& b) { return Put(b.Meta(2).iSplitTableKeyMemberNum, 1 << 28); },
      "meta 2: iSplitTableKeyMemberNum"},
-    {"indexes elsewhere", [](Block& b) { return Put(b.Meta(2).ptrIndexes, 8); }, "meta 2: ptrIndexes"},
+    {"indexes at another offset", [](Block& b) { return Put(b.Meta(2).ptrIndexes, 8); }, "meta 2: ptrIndexes"},
     {"number of indexes huge", [](Block& b) { return Put(b.Meta(2).iIndexesNum, 1 << 28); }, "meta 2: iIndexesNum"},
     {"columns shared", [](Block& b) { return Put(b.Index(2, 1).ptrColumnBase, b.Index(2, 0).ptrColumnBase); },
      "meta 2: ptrColumnBase"},
@@ -158,9 +159,9 @@ const Corruption kCorruptions[] = {
     {"ptrEntry of another entry", [](Block& b) { return Put(b.Entry(2, 1).ptrEntry, b.Entry(2, 0).ptrEntry); },
      "meta 2, entry 1: ptrEntry"},
     {"entry without a name", [](Block& b) { return Put(b.Entry(2, kUid).ptrName, -1); }, "meta 2, entry 0: ptrName"},
-    {"name of the entry before", [](Block& b) { return Put(b.Entry(2, 1).ptrName, b.Entry(2, 0).ptrName); },
+    {"name of the previous entry", [](Block& b) { return Put(b.Entry(2, 1).ptrName, b.Entry(2, 0).ptrName); },
      "meta 2, entry 1: ptrName"},
-    {"name inside the name before", [](Block& b) { return Put(b.Entry(2, 1).ptrName, b.Entry(2, 1).ptrName - 2); },
+    {"name inside the previous name", [](Block& b) { return Put(b.Entry(2, 1).ptrName, b.Entry(2, 1).ptrName - 2); },
      "meta 2, entry 1: ptrName"},
     {"name in another meta", [](Block& b) { return Put(b.Entry(0, 1).ptrName, b.Entry(1, 1).ptrName); },
      "meta 0, entry 1: ptrName"},
@@ -210,18 +211,19 @@ const Corruption kCorruptions[] = {
 
     {"key member of another meta", [](Block& b) { return Put(b.Key(2, 1).ptrEntry, b.Entry(0, 0).ptrEntry); },
      "meta 2, primary key member 1: ptrEntry"},
-    {"key member before everything", [](Block& b) { return Put(b.Key(2, 1).ptrEntry, std::numeric_limits<std::int64_t>::min()); },
+    {"key member before the entries",
+     [](Block& b) { return Put(b.Key(2, 1).ptrEntry, std::numeric_limits<std::int64_t>::min()); },
      "meta 2, primary key member 1: ptrEntry"},
-    {"key member behind the entries", [](Block& b) { return Put(b.Key(2, 0).ptrEntry, b.Entry(2, kItems).ptrEntry + 72); },
+    {"key member after the entries", [](Block& b) { return Put(b.Key(2, 0).ptrEntry, b.Entry(2, kItems).ptrEntry + 72); },
      "meta 2, primary key member 0: ptrEntry"},
     {"key member missing", [](Block& b) { return Put(b.Key(2, 0).ptrEntry, -1); }, "meta 2, primary key member 0: ptrEntry"},
     {"splittable member inside an entry", [](Block& b) { return Put(b.Key(2, 2).ptrEntry, b.Entry(2, 0).ptrEntry + 8); },
      "meta 2, splittable key member 0: ptrEntry"},
-    {"first splittable member another one", [](Block& b) { return Put(b.Meta(2).stSplitTableKey.ptrEntry, -1); },
+    {"another first splittable member", [](Block& b) { return Put(b.Meta(2).stSplitTableKey.ptrEntry, -1); },
      "meta 2: stSplitTableKey.ptrEntry"},
     {"splittable key without members", [](Block& b) { return Put(b.Meta(0).stSplitTableKey.ptrEntry, b.Entry(0, 0).ptrEntry); },
      "meta 0: stSplitTableKey.ptrEntry"},
-    {"first splittable member elsewhere", [](Block& b) { return Put(b.Meta(2).stSplitTableKey.iHOff, 1); },
+    {"first splittable member at another offset", [](Block& b) { return Put(b.Meta(2).stSplitTableKey.iHOff, 1); },
      "meta 2: stSplitTableKey.iHOff"},
     {"column of another meta", [](Block& b) { return Put(b.Column(2, 0, 1).ptrEntry, b.Entry(1, 0).ptrEntry); },
      "meta 2, column 1: ptrEntry"},
@@ -269,9 +271,9 @@ TEST(Verify, LibraryWithoutMetasHasNoLists) {
   Block block(empty);
   EXPECT_EQ(block.Fault(), "");
   block.Lib().ptrMetaSlots = 0;
-  EXPECT_EQ(block.Fault(), "library: ptrMetaSlots is 0; allowed: -1, for a list of nothing");
+  EXPECT_EQ(block.Fault(), "library: ptrMetaSlots is 0; allowed: -1 for an empty list");
   block.Lib().ptrMetas = 0;
-  EXPECT_EQ(block.Fault(), "library: ptrMetas is 0; allowed: -1, for a list of nothing");
+  EXPECT_EQ(block.Fault(), "library: ptrMetas is 0; allowed: -1 for an empty list");
 }
 
 TEST(Verify, TextsMustEndInsideMeta) {
@@ -290,7 +292,7 @@ TEST(Verify, LibraryNameMustBeTerminated) {
 
 // --- Blocks that would take long ---
 
-// Structures s0, s1, ... of one int32 each. Their entries can be turned into structures.
+// Structures s0, s1, ... with one int32 each, which can be turned into structures.
 qmx::Metalib Structures(int count, int entries = 1) {
   qmx::MetalibBuilder builder("deep", 1, qmx::Protocol::kQmx);
   for (int i = 0; i < count; ++i) {
@@ -314,7 +316,7 @@ TEST(HostileBlock, RefusesCycles) {
   }
 }
 
-// The verifier must not recurse to every level: 100,000 levels would overflow the stack.
+// The verifier must not recurse into every level: 100,000 levels would overflow the stack.
 TEST(HostileBlock, RefusesDeepNestingEarly) {
   const int count = 100'000;
   Block block(Structures(count));
@@ -379,7 +381,7 @@ TEST(HostileBlock, RefusesSeedWithCollisions) {
   EXPECT_EQ(block.Fault(), "");
   EXPECT_EQ(block.Lib().iMetaSlotSeed, 1u);
   block.Lib().iMetaSlotSeed = 0;
-  EXPECT_EQ(block.Fault(), "library: iMetaSlotSeed is 0; allowed: one under which every name is found nearby");
+  EXPECT_EQ(block.Fault(), "library: iMetaSlotSeed is 0; allowed: a seed under which every name is found in few steps");
 }
 
 // A member of 16 bytes refers to a name of 60,000 bytes, which a rule reads.

@@ -96,7 +96,7 @@ class Checker {
     for (int i = 0; i < meta->iEntriesNum; ++i) Entry(meta, i, what);
     Keys(meta, what);
     Indexes(meta, next, what);
-    Expect(meta->ptrName >= meta->ptrMeta + next, what + "texts behind the records");
+    Expect(meta->ptrName >= meta->ptrMeta + next, what + "texts after the records");
     return meta->ptrName;
   }
 

@@ -95,7 +95,8 @@ TEST(MetaSlots, RefusesNamesThatCollideUnderEverySeed) {
   EXPECT_FALSE(result.metalib);
   ASSERT_EQ(result.errors.size(), 1u);
   EXPECT_EQ(result.errors[0].where.kind, qmx::ElementId::Kind::kMetalib);
-  EXPECT_EQ(result.errors[0].text, "the names of the metas are made to collide; allowed: names that can be found fast");
+  EXPECT_EQ(result.errors[0].text,
+            "the names of the metas are constructed to collide in a hash table; allowed: names that do not");
 }
 
 }  // namespace

@@ -21,13 +21,13 @@ const std::string kSmall =
     "<meta name='u' kind='union'><entry name='x' id='1' type='string' size='5'/></meta>\n</metalib>";
 
 // Expects that every error is located inside the file and has one line.
-void ExpectPlacesInside(const qmx::ReadResult& result, std::string_view text) {
+void ExpectLocationsInside(const qmx::ReadResult& result, std::string_view text) {
   const auto lines = static_cast<std::size_t>(1 + std::ranges::count(text, '\n') + std::ranges::count(text, '\r'));
   for (const qmx::ReadError& error : result.errors) {
-    EXPECT_GE(error.place.line, 1u);
-    EXPECT_LE(error.place.line, lines);
-    EXPECT_GE(error.place.column, 1u);
-    EXPECT_LE(error.place.column, text.size() + 1);
+    EXPECT_GE(error.location.line, 1u);
+    EXPECT_LE(error.location.line, lines);
+    EXPECT_GE(error.location.column, 1u);
+    EXPECT_LE(error.location.column, text.size() + 1);
     EXPECT_EQ(error.text.find_first_of("\n\r"), std::string::npos) << error.text;
   }
 }
@@ -36,14 +36,14 @@ void ExpectRefused(std::string_view text) {
   const qmx::ReadResult result = qmx::ReadXml(text);
   EXPECT_FALSE(result.schema);
   EXPECT_FALSE(result.errors.empty());
-  ExpectPlacesInside(result, text);
+  ExpectLocationsInside(result, text);
 }
 
 // Expects a library with a valid layout, or errors.
 void ExpectVerdict(std::string_view text) {
   const qmx::ReadResult result = qmx::ReadXml(text);
   ASSERT_EQ(result.schema.has_value(), result.errors.empty());
-  ExpectPlacesInside(result, text);
+  ExpectLocationsInside(result, text);
   if (!result.schema) return;
   EXPECT_EQ(layout::Faults(result.schema->metalib), std::vector<std::string>{});
 }
@@ -91,9 +91,9 @@ TEST(Hostile, ZeroByteAnywhereIsReported) {
     const qmx::ReadResult result = qmx::ReadXml(text);
     ASSERT_EQ(result.errors.size(), 1u) << i;
     EXPECT_EQ(result.errors[0].text, "a zero byte; allowed: text in UTF-8") << i;
-    const qmx::LineColumn place = qmx::Locate(text, i);
-    EXPECT_EQ(result.errors[0].place.line, place.line) << i;
-    EXPECT_EQ(result.errors[0].place.column, place.column) << i;
+    const qmx::LineColumn location = qmx::Locate(text, i);
+    EXPECT_EQ(result.errors[0].location.line, location.line) << i;
+    EXPECT_EQ(result.errors[0].location.column, location.column) << i;
   }
 }
 
@@ -159,7 +159,7 @@ TEST(Hostile, ManyErrorsAreCounted) {
   const qmx::ReadResult result = qmx::ReadXml(text + "</metalib>");
   ASSERT_EQ(result.errors.size(), qmx::kMaxErrors + 1);
   EXPECT_EQ(result.errors.back().text, "too many errors; only the first 1000 found are shown");
-  EXPECT_EQ(result.errors.back().place.line, 1001u);
+  EXPECT_EQ(result.errors.back().location.line, 1001u);
 }
 
 TEST(Hostile, ManyErrorsInOneTag) {
@@ -177,7 +177,7 @@ TEST(Hostile, FileAboveOneGibibyte) {
   munmap(memory, size);
   ASSERT_EQ(result.errors.size(), 1u);
   EXPECT_EQ(result.errors[0].text, "the file has 1073741825 bytes; allowed: at most 1073741824");
-  EXPECT_EQ(result.errors[0].place.line, 1u);
+  EXPECT_EQ(result.errors[0].location.line, 1u);
 }
 
 // One meta with many entries, and equally many key members and columns.
@@ -211,7 +211,7 @@ TEST(Hostile, ManyCountsByCompositeEntries) {
   EXPECT_EQ(result.errors[0].text,
             "entry 'r0' refers to '" + last +
                 "' of type 's'; allowed: an integer entry with count 1, declared before it in the same meta");
-  EXPECT_EQ(result.errors[0].place.line, kEntries + 2u);
+  EXPECT_EQ(result.errors[0].location.line, kEntries + 2u);
 }
 
 TEST(Hostile, LargeFile) {

@@ -15,7 +15,7 @@ using Kind = qmx::ElementId::Kind;
 qmx::Schema Read(std::string_view text) {
   qmx::ReadResult result = qmx::ReadXml(text);
   for (const qmx::ReadError& error : result.errors)
-    ADD_FAILURE() << error.place.line << ":" << error.place.column << ": " << error.text;
+    ADD_FAILURE() << error.location.line << ":" << error.location.column << ": " << error.text;
   EXPECT_EQ(layout::Faults(result.schema->metalib), std::vector<std::string>{});
   return std::move(*result.schema);
 }

@@ -12,8 +12,8 @@ using qmx::ElementId;
 using Kind = qmx::ElementId::Kind;
 
 std::string At(std::string_view text, std::size_t offset) {
-  const qmx::LineColumn place = qmx::Locate(text, offset);
-  return std::to_string(place.line) + ":" + std::to_string(place.column);
+  const qmx::LineColumn location = qmx::Locate(text, offset);
+  return std::to_string(location.line) + ":" + std::to_string(location.column);
 }
 
 TEST(Locate, LinesAndColumnsCountFromOne) {
@@ -52,12 +52,12 @@ TEST(Locate, ByteOrderMarkDoesNotCount) {
   EXPECT_EQ(At("\xEF\xBB\xBF<a/>", 4), "1:2");
 }
 
-TEST(PlaceCounter, AgreesWithLocateAtEveryOffset) {
+TEST(LineCounter, AgreesWithLocateAtEveryOffset) {
   const std::string text = "\xEF\xBB\xBF<a>\r\n\tä€\r<b/>\n\n😀\xFF\x80\x80\x80\x80z";
-  qmx::PlaceCounter counter(text);
+  qmx::LineCounter counter(text);
   for (std::size_t offset = 0; offset <= text.size() + 2; ++offset) {
-    const qmx::LineColumn place = counter.At(offset);
-    EXPECT_EQ(std::to_string(place.line) + ":" + std::to_string(place.column), At(text, offset)) << offset;
+    const qmx::LineColumn location = counter.At(offset);
+    EXPECT_EQ(std::to_string(location.line) + ":" + std::to_string(location.column), At(text, offset)) << offset;
   }
 }
 

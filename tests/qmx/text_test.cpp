@@ -4,7 +4,7 @@
 #include <string>
 
 #include "base/did_you_mean.h"
-#include "base/quote.h"
+#include "base/text.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-// Two orders side by side: what moves, and every order in between.
+// Aligns two orders: which items move, and every intermediate order.
 #include "analysis/diff/alignment.h"
 
 #include <gmock/gmock.h>
@@ -20,7 +20,7 @@ using testing::ElementsAre;
 constexpr auto kAll = [](Slot) { return true; };
 constexpr auto kNone = [](Slot) { return false; };
 
-TEST(Alignment, KnowsWhatIsAddedRemovedAndMoved) {
+TEST(Alignment, FindsAddedRemovedAndMovedItems) {
   const Alignment alignment(4, {3, kNoSlot, 0, 2});  // old 0 1 2 3
   EXPECT_TRUE(alignment.IsRemoved(1));
   EXPECT_TRUE(alignment.IsMoved(3));
@@ -35,14 +35,14 @@ TEST(Alignment, KnowsWhatIsAddedRemovedAndMoved) {
   EXPECT_THAT(alignment.Order([](Slot slot) { return slot == 5; }), ElementsAre(5, 0, 1, 2, 3));
 }
 
-TEST(Alignment, OfNothing) {
+TEST(Alignment, AcceptsEmptyOrders) {
   EXPECT_THAT(Alignment(0, {}).Order(kAll), ElementsAre());
   EXPECT_THAT(Alignment(2, {}).Order(kNone), ElementsAre(0, 1));
   EXPECT_THAT(Alignment(0, {kNoSlot, kNoSlot}).Order(kAll), ElementsAre(0, 1));
 }
 
-// What stays is a longest common subsequence: no larger set of things is in both orders.
-TEST(Alignment, MovesTheFewest) {
+// The items that stay are a longest common subsequence: no larger set has the same order on both sides.
+TEST(Alignment, MovesAsFewItemsAsPossible) {
   const std::uint64_t seed = NumberFrom("KORVEL_SEED", 20261121);
   std::printf("seed %llu\n", static_cast<unsigned long long>(seed));
   std::mt19937_64 random(seed);

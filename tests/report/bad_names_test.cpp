@@ -1,4 +1,4 @@
-// Every bad name is found, with the checker's answer about it.
+// Tests that every bad name is found, with the checker's verdict about it.
 #include "analysis/findings/run_checker.h"
 
 #include <gmock/gmock.h>
@@ -11,7 +11,7 @@ using korvel::FindBadNames;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// "position: code" of each.
+// "position: code" for each name.
 std::vector<std::string> Found(const std::vector<std::string>& names, std::size_t most = 1000) {
   std::vector<std::string> shown;
   for (const BadName& bad : FindBadNames("orders", names, most)) {
@@ -22,19 +22,19 @@ std::vector<std::string> Found(const std::vector<std::string>& names, std::size_
   return shown;
 }
 
-TEST(BadNames, AllOfThemAreFound) {
+TEST(BadNames, FindsAll) {
   EXPECT_THAT(Found({"uid", "9x", "zone", "a-b", "", std::string(32, 'n'), std::string(31, 'n')}),
               ElementsAre("1: -17", "3: -18", "4: -19", "5: -9"));
 }
 
-TEST(BadNames, GoodNamesAreNone) {
+TEST(BadNames, IgnoresGoodNames) {
   EXPECT_THAT(Found({"uid", "_", "k", "K9"}), IsEmpty());
   EXPECT_THAT(Found({}), IsEmpty());
 }
 
-TEST(BadNames, ANameThatStandsTwiceIsBadTwice) { EXPECT_THAT(Found({"9x", "9x", "x"}), ElementsAre("0: -17", "1: -17")); }
+TEST(BadNames, ReportsRepeatedNameTwice) { EXPECT_THAT(Found({"9x", "9x", "x"}), ElementsAre("0: -17", "1: -17")); }
 
-TEST(BadNames, StopsAtTheMost) { EXPECT_THAT(Found({"a", "1", "2", "3"}, 2), ElementsAre("1: -17", "2: -17")); }
+TEST(BadNames, StopsAtLimit) { EXPECT_THAT(Found({"a", "1", "2", "3"}, 2), ElementsAre("1: -17", "2: -17")); }
 
 }  // namespace
 }  // namespace report_test

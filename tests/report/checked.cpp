@@ -8,23 +8,23 @@
 #include "cases/case_files.h"
 #include "read_source.h"
 #include "report/render/render.h"
-#include "vesk/log_category.h"
+#include "vesk/closed_category.h"
 
 namespace report_test {
 namespace {
 
 namespace fs = std::filesystem;
-using korvel::Settings;
+using korvel::PartialSettings;
 using korvel::Source;
 
-// The example that depends on the age of the servers, and servers that refuse it.
+// The example whose verdict depends on the age of the servers, and a server version that refuses it.
 constexpr char kByServer[] = "game-v13-longer-replays";
 constexpr char kOldServer[] = "3.28.0";
 
 const fs::path kTop = KORVEL_SOURCE_DIR;
 
-// The pair of files whose tables come next in the report. Names are paths from the top of the project.
-korvel::Pair AddPair(Judged& checked, const std::string& old_file, const std::string& new_file) {
+// Adds the pair of files to which the next tables belong. Names are paths relative to the top of the project.
+korvel::Pair AddPair(CheckedReport& checked, const std::string& old_file, const std::string& new_file) {
   for (const auto& [role, file] : {std::pair("old", old_file), std::pair("new", new_file)}) {
     checked.sources.push_back(std::make_unique<Source>(ReadSource(file, cases::ReadFile(kTop / file))));
     checked.report.inputs.push_back({role, checked.sources.back().get()});
@@ -32,14 +32,14 @@ korvel::Pair AddPair(Judged& checked, const std::string& old_file, const std::st
   return {**(checked.sources.end() - 2), *checked.sources.back()};
 }
 
-void AddTable(Judged& checked, const korvel::Pair& pair, const std::string& table, const Settings& settings) {
-  const std::unique_ptr<vesk::LogCategory> log = vesk::LogCategory::Closed();
+void AddTable(CheckedReport& checked, const korvel::Pair& pair, const std::string& table, const PartialSettings& given) {
+  vesk::ClosedCategory log;
   checked.report.tables.push_back(pair.first.HasMeta(table) ? korvel::CheckTableChange({.sources = pair,
                                                                                         .table = table,
-                                                                                        .given = settings,
+                                                                                        .given = given,
                                                                                         .wants_allowed_changes = true,
                                                                                         .wants_fixes = true,
-                                                                                        .log = log->handle()})
+                                                                                        .log = log.handle()})
                                                             : korvel::NewTable(pair.second, table));
 }
 
@@ -52,24 +52,14 @@ int VersionOf(const std::string& stem) {
 
 }  // namespace
 
-Settings AskedIn(const cases::Settings& given) {
-  Settings settings;
-  settings.type = given.table_type;
-  settings.created_as = given.created_as;
-  settings.server_version = given.server_version;
-  settings.whitelist = given.whitelist;
-  settings.list_num = given.list_num;
-  return settings;
-}
-
-Judged JudgeCases(const std::vector<std::string>& names) {
-  Judged checked;
+CheckedReport CheckCases(const std::vector<std::string>& names) {
+  CheckedReport checked;
   checked.report.command = "check";
   for (const std::string& name : names) {
     const std::string folder = "tests/cases/" + name;
     const korvel::Pair pair = AddPair(checked, folder + "/old.xml", folder + "/new.xml");
     const cases::Settings settings = cases::Load(name).settings;
-    AddTable(checked, pair, settings.table, AskedIn(settings));
+    AddTable(checked, pair, settings.table, ToCheckerSettings(settings));
   }
   return checked;
 }
@@ -88,11 +78,11 @@ std::vector<Example> Examples() {
   return examples;
 }
 
-Judged JudgeExample(const Example& example) {
-  Judged checked;
+CheckedReport CheckExample(const Example& example) {
+  CheckedReport checked;
   checked.report.command = "check";
   const korvel::Pair pair = AddPair(checked, example.old_file, example.new_file);
-  Settings settings;
+  PartialSettings settings;
   if (example.name == kByServer) settings.server_version = kOldServer;
   for (const std::string_view table : pair.first.tables) AddTable(checked, pair, std::string(table), settings);
   for (const std::string_view table : pair.second.tables) {

@@ -1,4 +1,4 @@
-// Reports of schema files as `check` makes them.
+// Makes reports of schema files like `check`.
 #pragma once
 
 #include <memory>
@@ -10,29 +10,26 @@
 
 namespace report_test {
 
-// A report and the sources that it is about.
-struct Judged {
+// A report and its sources.
+struct CheckedReport {
   std::vector<std::unique_ptr<korvel::Source>> sources;
   korvel::Report report;
 };
 
-// The settings of a case as the report library has them; all are set.
-korvel::Settings AskedIn(const cases::Settings& given);
-
-// The cases, each about its table with its settings, in one report: what `check` says of several pairs of files.
-Judged JudgeCases(const std::vector<std::string>& names);
+// Checks the cases, each with its table and settings, and returns one report: like `check` for several pairs of files.
+CheckedReport CheckCases(const std::vector<std::string>& names);
 
 // A step or proposal of the shipped examples.
 struct Example {
   std::string name;      // "shop-v7-wider-key"
-  std::string old_file;  // from the top of the project
+  std::string old_file;  // relative to the top of the project
   std::string new_file;
 };
 
-// Every schema file of the examples but the first of each project, which comes after nothing. Sorted.
+// All schema files of the examples except the first of each project, which has no predecessor. Sorted.
 std::vector<Example> Examples();
 
-// All tables, and where it depends on the age of the servers, with one that refuses it.
-Judged JudgeExample(const Example& example);
+// Checks all tables. If the verdict depends on the age of the servers, uses a version that refuses the change.
+CheckedReport CheckExample(const Example& example);
 
 }  // namespace report_test

@@ -58,7 +58,7 @@ std::vector<SourcePair> AllPairs() {
   return pairs;
 }
 
-void ExpectSameAnswer(const SourcePair& pair, const std::string& table) {
+void ExpectSameVerdict(const SourcePair& pair, const std::string& table) {
   SCOPED_TRACE(pair.name + " " + table);
   const auto settings = ResolveSettings({}, pair.old_source, table);
   const auto whole = RunChecker(pair.old_source.Library(), pair.new_source.Library(), table, settings);
@@ -70,20 +70,20 @@ void ExpectSameAnswer(const SourcePair& pair, const std::string& table) {
   EXPECT_EQ(part.text, whole.text);
 }
 
-// The checker's answer about the model of a table is its answer about the whole library.
-TEST(DiffCases, ModelsGetSameAnswer) {
+// The verdict on the model of a table equals the verdict on the whole library.
+TEST(DiffCases, ModelsGetSameVerdict) {
   std::size_t tables = 0;
   for (const SourcePair& pair : AllPairs()) {
     for (const std::string_view table : pair.old_source.tables) {
       if (!pair.new_source.HasMeta(std::string(table))) continue;
-      ExpectSameAnswer(pair, std::string(table));
+      ExpectSameVerdict(pair, std::string(table));
       ++tables;
     }
   }
   EXPECT_GT(tables, 150u);
 }
 
-// All edits applied give the new table, none the old one.
+// All edits applied give the new table; no edits give the old one.
 TEST(DiffCases, ApplyGivesBothSides) {
   for (const SourcePair& pair : AllPairs()) {
     for (const std::string_view table : pair.old_source.tables) {

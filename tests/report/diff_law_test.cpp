@@ -1,4 +1,4 @@
-// What holds of every difference, on random pairs. KORVEL_SEED and KORVEL_PAIRS choose another run.
+// Laws of all differences, on random pairs. KORVEL_SEED and KORVEL_PAIRS select another run.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -22,7 +22,7 @@ using Chosen = std::vector<bool>;
 
 std::string BytesOrNothing(const std::optional<qmx::Metalib>& library) { return library ? BytesOf(*library) : "(nothing)"; }
 
-// Those of a random half, and what they need.
+// A random half of the edits, and the edits that they need.
 Chosen RandomChoice(const Difference& difference, bool with_needs, std::mt19937_64& random) {
   Chosen chosen(difference.edits().size());
   for (std::size_t i = 0; i < chosen.size(); ++i) {
@@ -76,7 +76,7 @@ void ExpectFewestMoves(const Difference& difference) {
   }
 }
 
-// Names differ, and nothing refers to what is not there.
+// Names are unique, and all references can be resolved.
 void ExpectIsASchema(const Model& model) {
   for (const MetaModel& meta : model.metas) {
     std::set<std::string> names;
@@ -128,7 +128,7 @@ TEST(DiffLaws, HoldOnRandomPairs) {
     for (const korvel::Edit& edit : difference.edits()) kinds.insert(edit.kind);
   }
   if (pairs < 500) return;
-  EXPECT_EQ(kinds.size(), static_cast<std::size_t>(EditKind::kEntryMeta) + 1) << "every kind of edit comes up";
+  EXPECT_EQ(kinds.size(), static_cast<std::size_t>(EditKind::kEntryMeta) + 1) << "every kind of edit occurs";
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// What an edit needs to be made by itself.
+// Which other edits an edit needs.
 #include <gmock/gmock.h>
 
 #include "models.h"
@@ -26,23 +26,23 @@ std::vector<std::string> EditsOf(const std::string& before, const std::string& a
 
 constexpr char kCounted[] = "count=\"9\" refer=\"n\"";
 
-TEST(Needs, ACountedFieldNeedsItsCounterToBeThere) {
+TEST(Needs, CountedFieldNeedsItsCounter) {
   EXPECT_THAT(EditsOf(Entry("a", "int8"), Entry("a", "int8") + Entry("n", "int8") + Entry("list", "int8", kCounted)),
               ElementsAre("entry-added t.n: field n added", "entry-added t.list: field list added; needs 0"));
 }
 
-TEST(Needs, ACountedFieldNeedsACounterThatCanCount) {
+TEST(Needs, CountedFieldNeedsValidCounter) {
   EXPECT_THAT(EditsOf(Entry("n", "float", "count=\"2\"") + Entry("list", "int8", "count=\"9\""),
                       Entry("n", "int8") + Entry("list", "int8", kCounted)),
               ElementsAre("entry-type t.n: type of n: float -> int8", "entry-count t.n: count of n: 2 -> 1",
                           "entry-refer t.list: refer of list: none -> n; needs 0 1"));
-  // Both can count: nothing is needed.
+  // Both can be counters: nothing is needed.
   EXPECT_THAT(
       EditsOf(Entry("n", "int16") + Entry("list", "int8", "count=\"9\""), Entry("n", "int8") + Entry("list", "int8", kCounted)),
       ElementsAre("entry-type t.n: type of n: int16 -> int8", "entry-refer t.list: refer of list: none -> n"));
 }
 
-TEST(Needs, ACountedFieldNeedsItsCounterBeforeIt) {
+TEST(Needs, CountedFieldNeedsCounterBeforeIt) {
   const std::string fixed = Entry("list", "int8", "count=\"9\"");
   EXPECT_THAT(
       EditsOf(fixed + Entry("a", "int8") + Entry("n", "int8"),
@@ -51,7 +51,7 @@ TEST(Needs, ACountedFieldNeedsItsCounterBeforeIt) {
   EXPECT_THAT(EditsOf(Entry("a", "int8") + Entry("b", "int8") + Entry("n", "int8"),
                       Entry("n", "int8") + Entry("list", "int8", kCounted) + Entry("a", "int8") + Entry("b", "int8")),
               ElementsAre("entry-moved t.n: field n moved to the front", "entry-added t.list: field list added; needs 0"));
-  // It stands before where the added field is put: the move is not needed.
+  // The counter is in front of the added field already: the move is not needed.
   EXPECT_THAT(EditsOf(Entry("a", "int8") + Entry("b", "int8") + Entry("n", "int8") + Entry("z", "int8"),
                       Entry("n", "int8") + Entry("a", "int8") + Entry("b", "int8") + Entry("list", "int8", kCounted) +
                           Entry("z", "int8")),
@@ -70,7 +70,7 @@ TEST(Needs, KeysAndIndexesNeedTheirFields) {
 }
 
 // In a TLV library each entry has an id.
-TEST(Needs, AnEntryWithoutAnIdNeedsAnotherProtocol) {
+TEST(Needs, EntryWithoutIdNeedsAnotherProtocol) {
   const auto edits_of = [](const std::string& protocol, const std::string& entries, const std::string& new_protocol,
                            const std::string& new_entries) {
     const auto library = [](const std::string& of, const std::string& content) {
@@ -87,7 +87,7 @@ TEST(Needs, AnEntryWithoutAnIdNeedsAnotherProtocol) {
   EXPECT_THAT(edits_of("QMX", kept + Entry("b", "int8") + Entry("c", "int8", "id=\"2\""), "TLV", kept),
               ElementsAre("library-protocol : protocol of the library: QMX -> TLV; needs 1", "entry-removed t.b: field b removed",
                           "entry-removed t.c: field c removed"));
-  // Nor may two have the same one.
+  // Ids must be unique, too.
   EXPECT_THAT(edits_of("TLV", kept, "QMX", kept + Entry("b", "int8", "id=\"1\"")),
               ElementsAre("library-protocol : protocol of the library: TLV -> QMX", "entry-added t.b: field b added; needs 0"));
   EXPECT_THAT(edits_of("QMX", kept + Entry("b", "int8", "id=\"2\"") + Entry("c", "int8", "id=\"3\""), "TLV",
@@ -96,7 +96,7 @@ TEST(Needs, AnEntryWithoutAnIdNeedsAnotherProtocol) {
                           "entry-removed t.b: field b removed", "entry-id t.c: id of c: 3 -> 2"));
 }
 
-// A counter that is added itself needs nothing; what it counts needs it, and what that needs.
+// An added counter needs nothing; the field that it counts needs the counter and what the counter needs.
 TEST(Needs, AreTransitive) {
   const korvel::Source old_source = ReadSource("old.xml", "<metalib name=\"m\" version=\"1\" protocol=\"TLV\"><meta name=\"t\">" +
                                                               Entry("n", "int8", "id=\"1\"") + "</meta></metalib>");

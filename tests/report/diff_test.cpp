@@ -1,4 +1,4 @@
-// Which edits a change is: one mutation a row, with the exact list.
+// Splits changes into edits: one mutation a row, with the exact list of edits.
 #include "analysis/diff/diff.h"
 
 #include <gmock/gmock.h>
@@ -57,7 +57,7 @@ const std::vector<Mutation> kMutations = {
     {"one table attribute",
      {{"ListNum=1024", "ListNum=2048"}},
      {"table-attribute orders: attribute ListNum of orders: 1024 -> 2048"}},
-    {"table attributes gone",
+    {"table attributes removed",
      {{" customattr=\"TableType=LIST;ListNum=1024\"", ""}},
      {"table-attribute orders: attribute TableType of orders: LIST -> none; needs 1",
       "table-attribute orders: attribute ListNum of orders: 1024 -> none; needs 0"}},
@@ -75,7 +75,7 @@ const std::vector<Mutation> kMutations = {
      {{"type=\"int64\"", "type=\"bytes\" size=\"8\""}},
      {"entry-type orders.items[].price: type of price: int64 -> bytes(8) (2 ways)"}},
     {"count", {{"count=\"100\"", "count=\"200\""}}, {"entry-count orders.items: count of items: 100 -> 200"}},
-    {"refer gone", {{" refer=\"n_items\"", ""}}, {"entry-refer orders.items: refer of items: n_items -> none"}},
+    {"refer removed", {{" refer=\"n_items\"", ""}}, {"entry-refer orders.items: refer of items: n_items -> none"}},
     {"customattr2",
      {{"id=\"2\" type=\"uint32\"", "id=\"2\" type=\"uint32\" customattr2=\"sort=1\""}},
      {"entry-customattr2 orders.zone: customattr2 of zone: none -> sort=1"}},
@@ -90,13 +90,13 @@ const std::vector<Mutation> kMutations = {
       "entry-customattr2 orders.zone: customattr2 of zone: none -> sort=1; needs 0 2",
       "entry-added orders.at: field at added; needs 0 1"}},
     {"id", {{"name=\"gift\" id=\"5\"", "name=\"gift\" id=\"6\""}}, {"entry-id orders.gift: id of gift: 5 -> 6"}},
-    {"renamed, and everything that names it",
+    {"renamed with all references",
      {{"name=\"n_items\"", "name=\"number\""}, {"refer=\"n_items\"", "refer=\"number\""}},
      {"entry-renamed orders.n_items: field n_items renamed to number"}},
     {"renamed key field",
      {{"name=\"zone\"", "name=\"area\""}, {"\"uid zone\"", "\"uid area\""}, {"entry=\"zone\"", "entry=\"area\""}},
      {"entry-renamed orders.zone: field zone renamed to area"}},
-    {"removed, and what refers to it",
+    {"removed with all references",
      {{"    <entry name=\"n_items\" id=\"3\" type=\"uint32\"/>\n", ""}, {" refer=\"n_items\"", ""}},
      {"entry-removed orders.n_items: field n_items removed"}},
     {"removed key field",
@@ -111,7 +111,7 @@ const std::vector<Mutation> kMutations = {
      {{"<entry name=\"uid\" id=\"1\" type=\"uint32\"/>\n    <entry name=\"zone\" id=\"2\" type=\"uint32\"/>",
        "<entry name=\"zone\" id=\"2\" type=\"uint32\"/>\n    <entry name=\"uid\" id=\"1\" type=\"uint32\"/>"}},
      {"entry-moved orders.zone: field zone moved to the front"}},
-    {"first field moved behind all others",
+    {"first field moved to the end",
      {{"    <entry name=\"uid\" id=\"1\" type=\"uint32\"/>\n", ""},
       {"<primarykey", "<entry name=\"uid\" id=\"1\" type=\"uint32\"/><primarykey"}},
      {"entry-moved orders.uid: field uid moved behind gift"}},
@@ -125,7 +125,7 @@ const std::vector<Mutation> kMutations = {
     {"key gets a new field",
      {{"<primarykey entries=\"uid zone\"/>", "<entry name=\"day\" type=\"uint32\"/><primarykey entries=\"uid zone day\"/>"}},
      {"entry-added orders.day: field day added", "primary-key orders: primary key of orders: uid zone -> uid zone day; needs 0"}},
-    {"splittable key gone",
+    {"splittable key removed",
      {{"<splittablekey entries=\"uid\"/>", ""}},
      {"splittable-key orders: splittable key of orders: uid -> none"}},
     {"index removed",
@@ -142,7 +142,7 @@ const std::vector<Mutation> kMutations = {
      {"index-moved orders: index by_uid moved to the front",
       "index-columns orders: columns of index by_uid: uid -> zone desc, uid",
       "index-columns orders: columns of index by_zone: zone desc, uid -> uid"}},
-    {"another structure, which comes along",
+    {"another structure, which is added too",
      {{"<meta name=\"orders\"",
        "<meta name=\"box\"><entry name=\"in\" type=\"case\"/></meta><meta name=\"case\"><entry name=\"x\" "
        "type=\"int8\"/></meta><meta name=\"orders\""},
@@ -155,7 +155,7 @@ const std::vector<Mutation> kMutations = {
      {{"<entry name=\"n_items\"", "<entry name=\"n\" type=\"int8\"/><entry name=\"n_items\""},
       {"refer=\"n_items\"", "refer=\"n\""}},
      {"entry-added orders.n: field n added", "entry-refer orders.items: refer of items: n_items -> n; needs 0"}},
-    {"table that is not asked for",
+    {"table that is not compared",
      {{"</metalib>", "<meta name=\"users\"><entry name=\"uid\" type=\"int8\"/><primarykey entries=\"uid\"/></meta></metalib>"}},
      {}},
 };
@@ -164,7 +164,7 @@ void PrintTo(const Mutation& mutation, std::ostream* out) { *out << mutation.lab
 
 class MutationTest : public testing::TestWithParam<Mutation> {};
 
-TEST_P(MutationTest, IsTheseEdits) {
+TEST_P(MutationTest, HasExpectedEdits) {
   const auto& [label, replacements, edits] = GetParam();
   std::string changed = kOld;
   for (const auto& [from, to] : replacements) changed = With(changed, from, to);
@@ -192,8 +192,8 @@ std::string TableOf(const std::string& protocol, const std::string& entries) {
 constexpr char kAB[] = "<entry name=\"a\" id=\"1\" type=\"int8\"/><entry name=\"b\" id=\"2\" type=\"int32\"/>";
 constexpr char kBA[] = "<entry name=\"b\" id=\"1\" type=\"int8\"/><entry name=\"a\" id=\"2\" type=\"int32\"/>";
 
-// In the record format a field is its name, in the other one its id.
-TEST(Difference, EntriesOfTlvLibrariesAreTheirIds) {
+// Fields are identified by name in the record format, and by id in TLV.
+TEST(Difference, EntriesOfTlvLibrariesAreIdentifiedById) {
   EXPECT_THAT(
       EditsOf(TableOf("TLV", kAB), TableOf("TLV", kBA), "t"),
       ElementsAre("entry-renamed t.a: field a renamed to b; needs 1", "entry-renamed t.b: field b renamed to a; needs 0"));
@@ -203,14 +203,14 @@ TEST(Difference, EntriesOfTlvLibrariesAreTheirIds) {
                           "entry-type t.a: type of a: int8 -> int32"));
 }
 
-// A name that is freed and taken again is never there twice.
-TEST(Difference, AnAddedFieldNeedsItsNameToBeFree) {
+// A name that is freed and used again never occurs twice.
+TEST(Difference, AddedFieldNeedsUnusedName) {
   EXPECT_THAT(EditsOf(TableOf("TLV", kAB),
                       TableOf("TLV", With(kAB, "\"a\"", "\"z\"") + "<entry name=\"a\" id=\"9\" type=\"bool\"/>"), "t"),
               ElementsAre("entry-renamed t.a: field a renamed to z", "entry-added t.a: field a added; needs 0"));
 }
 
-TEST(Difference, ALibraryBecomesTlvWithItsIds) {
+TEST(Difference, LibraryBecomesTlvTogetherWithItsIds) {
   const std::string bare = With(With(kAB, " id=\"1\"", ""), " id=\"2\"", "");
   EXPECT_THAT(EditsOf(TableOf("QMX", bare), TableOf("TLV", kAB), "t"),
               ElementsAre("library-protocol : protocol of the library: QMX -> TLV; needs 1 2", "entry-id t.a: id of a: none -> 1",
@@ -220,8 +220,8 @@ TEST(Difference, ALibraryBecomesTlvWithItsIds) {
                           "entry-id t.b: id of b: 2 -> none; needs 0"));
 }
 
-// Each structure is two fields of the one below, 120 levels deep: nobody can walk all ways.
-TEST(Difference, SharedStructuresAreListedOnceWithTheirWays) {
+// Each structure has two fields of the structure below, 120 levels deep: too many paths to visit.
+TEST(Difference, SharedStructuresAreListedOnceWithTheirPaths) {
   std::string text = "<metalib name=\"m\" version=\"1\">";
   for (int i = 0; i < 40; ++i) {
     const std::string below = i == 0 ? "int8" : "s" + std::to_string(i - 1);
@@ -241,8 +241,8 @@ TEST(Difference, SharedStructuresAreListedOnceWithTheirWays) {
   EXPECT_EQ(many.edits()[0].path_count, std::size_t{1} << 32);
 }
 
-// An image may hold names that no schema file can: in order, they are the same.
-TEST(Difference, NamesThatStandTwiceAreMatchedInOrder) {
+// An image may contain names that no schema file can: they are matched in order.
+TEST(Difference, RepeatedNamesAreMatchedInOrder) {
   korvel::Model old_model{
       "lib", 1, qmx::Protocol::kQmx, {{.name = "t", .entries = {{"x", "int8"}, {"x", "int16"}, {"x", "int32"}}}}};
   korvel::Model new_model = old_model;
@@ -254,7 +254,7 @@ TEST(Difference, NamesThatStandTwiceAreMatchedInOrder) {
   EXPECT_EQ(difference.Apply({false, false}), old_model);
 }
 
-class PartsOfAChange : public testing::Test {
+class PartialChange : public testing::Test {
  protected:
   // The names of the fields of "t" after the edits with these descriptions.
   static std::string Fields(const Difference& difference, const std::vector<std::string>& descriptions) {
@@ -279,19 +279,19 @@ class PartsOfAChange : public testing::Test {
   }
 };
 
-TEST_F(PartsOfAChange, AddedFieldsStandBeforeTheNextThatStays) {
+TEST_F(PartialChange, AddsFieldsBeforeNextUnmovedField) {
   const Difference difference = Between("abcd", "axbyd");
   EXPECT_EQ(Fields(difference, {"field x added"}), "axbcd");
   EXPECT_EQ(Fields(difference, {"field y added"}), "abcyd");
   EXPECT_EQ(Fields(difference, {"field c removed"}), "abd");
 }
 
-TEST_F(PartsOfAChange, AnAddedTrailingFieldStaysTrailing) {
+TEST_F(PartialChange, AddsTrailingFieldAtTheEnd) {
   EXPECT_EQ(Fields(Between("abc", "abz"), {"field z added"}), "abcz");
   EXPECT_EQ(Fields(Between("abcd", "bcdaz"), {"field z added"}), "abcdz");
 }
 
-TEST_F(PartsOfAChange, FieldsMoveOneByOne) {
+TEST_F(PartialChange, MovesFieldsOneByOne) {
   const Difference difference = Between("abcdefg", "gabcfde");
   EXPECT_EQ(Fields(difference, {"field g moved to the front"}), "gabcdef");
   EXPECT_EQ(Fields(difference, {"field f moved behind c"}), "abcfdeg");

@@ -1,4 +1,4 @@
-// Names and sentences of edits, and where they point.
+// Names, descriptions and locations of edits.
 #include "analysis/diff/edit.h"
 
 #include <gtest/gtest.h>
@@ -66,7 +66,7 @@ std::string TextAt(const Location& location) {
                : place + "no " + std::string(location.attribute);
 }
 
-TEST(Edit, PointsAtBothPlaces) {
+TEST(Edit, HasBothLocations) {
   const auto old_source =
       ReadSource("old", R"(<metalib name="m" version="1"><meta name="other"><entry name="o" type="int8"/></meta>
 <meta name="t" customattr="A=1"><entry name="a" type="int8"/><entry name="b" type="int8" id="4"/><entry name="c" type="int16"/>

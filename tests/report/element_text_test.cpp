@@ -1,4 +1,4 @@
-// Changes of elements in odd layouts: what changes, and that nothing else does.
+// Changes elements in unusual layouts, and nothing else.
 #include "analysis/suggest/element_text.h"
 
 #include <gtest/gtest.h>
@@ -24,7 +24,7 @@ class Text {
   explicit Text(std::string_view text) : text_(text), edits_(text_) {}
 
   TextEdits& edits() { return edits_; }
-  // The element that says name="NAME", in either kind of quotes.
+  // The element with name="NAME", in either kind of quotes.
   std::size_t Named(const std::string& name) const {
     for (const char* quote : {"\"", "'"}) {
       const std::size_t at = text_.find("name=" + (quote + name) + quote);
@@ -53,39 +53,40 @@ std::vector<AttributeText> Field(const char* version, const char* type = "int8",
   return {{"name", "x"}, {"type", value(type)}, {"version", value(version)}, {"customattr2", value(note)}};
 }
 
-TEST(ElementEnd, IsBehindTheEndTagOfTheSameElement) {
+TEST(ElementEnd, IsAfterTheEndTagOfTheSameElement) {
   for (const std::string element : {"<a/>", "<a b='/>'/>", "<a b=\"x > y\">  </a>", "<a><!-- </a> --><b/></a>",
                                     "<a><b><c/></b><?p </a> ?></a>", "<a\n/>", "<a><![CDATA[ </a> ]]></a >"}) {
     EXPECT_EQ(ElementEnd("<r>" + element + "<z/></r>", 3), element.size() + 3) << element;
   }
 }
 
-TEST(ChangeAttributes, AddsBehindTheOnesThatComeBefore) {
+TEST(ChangeAttributes, AddsAfterItsPredecessors) {
   ExpectEach(
       {{"one", R"(<e name="x" type="int8"/>)", R"(<e name="x" type="int8" version="6"/>)"},
-       {"before later ones", R"(<e name="x" type="int8" customattr2="p"/>)",
+       {"before later attributes", R"(<e name="x" type="int8" customattr2="p"/>)",
         R"(<e name="x" type="int8" version="6" customattr2="p"/>)"},
        {"other order", R"(<e type='int8'  name='x'>  </e>)", R"(<e type='int8'  name='x' version="6">  </e>)"},
-       {"one a line", "<e name=\"x\"\r\n\ttype=\"int8\"\r\n/>", "<e name=\"x\"\r\n\ttype=\"int8\" version=\"6\"\r\n/>"},
-       {"unknown ones stay", R"(<e desc="a>b" name="x" type="int8"/>)", R"(<e desc="a>b" name="x" type="int8" version="6"/>)"}},
+       {"one attribute a line", "<e name=\"x\"\r\n\ttype=\"int8\"\r\n/>", "<e name=\"x\"\r\n\ttype=\"int8\" version=\"6\"\r\n/>"},
+       {"keeps unknown attributes", R"(<e desc="a>b" name="x" type="int8"/>)",
+        R"(<e desc="a>b" name="x" type="int8" version="6"/>)"}},
       [](Text& text) { EXPECT_TRUE(text.edits().ChangeAttributes(text.Named("x"), Field(nullptr), Field("6"))); });
 }
 
-TEST(ChangeAttributes, SetsValuesInTheirQuotes) {
+TEST(ChangeAttributes, KeepsTheKindOfQuotes) {
   ExpectEach({{"double", R"(<e name="x" type="int8"  version = "1" />)", R"(<e name="x" type="int8"  version = "6" />)"},
               {"single", R"(<e name='x' version='1' type='int8'/>)", R"(<e name='x' version='6' type='int8'/>)"},
               {"a default that is written", R"(<e version="1" name="x"/>)", R"(<e version="6" name="x"/>)"}},
              [](Text& text) { EXPECT_TRUE(text.edits().ChangeAttributes(text.Named("x"), Field(nullptr), Field("6"))); });
 }
 
-TEST(ChangeAttributes, TakesAttributesOutWithTheBlanksBeforeThem) {
+TEST(ChangeAttributes, RemovesAttributesWithPrecedingBlanks) {
   ExpectEach({{"last", R"(<e name="x" type="int8"   version="6"/>)", R"(<e name="x" type="int8"/>)"},
               {"between", "<e name='x'\n  version='6'\n  type='int8'/>", "<e name='x'\n  type='int8'/>"},
               {"first", R"(<e version="6" name="x"/>)", R"(<e name="x"/>)"}},
              [](Text& text) { EXPECT_TRUE(text.edits().ChangeAttributes(text.Named("x"), Field("6"), Field(nullptr))); });
 }
 
-TEST(ChangeAttributes, EscapesWhatXmlWouldReadOtherwise) {
+TEST(ChangeAttributes, EscapesSpecialCharacters) {
   ExpectEach({{"double", R"(<e name="x" customattr2="p"/>)", "<e name=\"x\" customattr2=\"a&quot;b'c&amp;&lt;&#10;\"/>"},
               {"single", "<e name='x' customattr2='p'/>", "<e name='x' customattr2='a\"b&apos;c&amp;&lt;&#10;'/>"}},
              [](Text& text) {
@@ -94,12 +95,12 @@ TEST(ChangeAttributes, EscapesWhatXmlWouldReadOtherwise) {
              });
 }
 
-TEST(ChangeAttributes, RefusesWhatXmlCannotSay) {
+TEST(ChangeAttributes, RefusesCharactersThatXmlCannotContain) {
   Text text(R"(<e name="x"/>)");
   EXPECT_FALSE(text.edits().ChangeAttributes(text.Named("x"), Field(nullptr), Field("\x01")));
 }
 
-TEST(Remove, TakesTheLineThatHoldsNothingElse) {
+TEST(Remove, RemovesLineWithoutOtherContent) {
   ExpectEach({{"line", "<m>\n  <e name=\"x\"/>  \n  <f/>\n</m>", "<m>\n  <f/>\n</m>"},
               {"CRLF and tabs", "<m>\r\n\t<e name=\"x\"/>\r\n\t<f/>\r\n</m>", "<m>\r\n\t<f/>\r\n</m>"},
               {"old line ends", "<m>\r  <e name='x'/>\r  <f/>\r</m>", "<m>\r  <f/>\r</m>"},
@@ -111,31 +112,31 @@ TEST(Remove, TakesTheLineThatHoldsNothingElse) {
              [](Text& text) { text.edits().Remove(text.Named("x")); });
 }
 
-TEST(RemoveWithComments, TakesTheCommentsOnTheLine) {
+TEST(RemoveWithComments, RemovesCommentsOnTheLine) {
   ExpectEach({{"one", "<m>\n  <e name=\"x\"/> <!-- c -->\n  <f/>\n</m>", "<m>\n  <f/>\n</m>"},
-              {"one that goes on", "<m>\n  <e name=\"x\"/> <!-- c\n -->\n</m>", "<m>\n  <!-- c\n -->\n</m>"},
-              {"of the next element", "<m>\n  <e name=\"x\"/> <!-- c --> <f/>\n</m>", "<m>\n  <!-- c --> <f/>\n</m>"}},
+              {"several lines", "<m>\n  <e name=\"x\"/> <!-- c\n -->\n</m>", "<m>\n  <!-- c\n -->\n</m>"},
+              {"before the next element", "<m>\n  <e name=\"x\"/> <!-- c --> <f/>\n</m>", "<m>\n  <!-- c --> <f/>\n</m>"}},
              [](Text& text) { text.edits().RemoveWithComments(text.Named("x")); });
 }
 
-TEST(InsertBehind, HasALineOfItsOwnWhereTheOtherHas) {
+TEST(InsertBehind, StartsNewLineLikeTheOtherElement) {
   ExpectEach({{"line", "<m>\n  <e name=\"x\"/>\n</m>", "<m>\n  <e name=\"x\"/>\n  <n/>\n</m>"},
               {"CRLF and tabs", "<m>\r\n\t<e name=\"x\"/>\r\n</m>", "<m>\r\n\t<e name=\"x\"/>\r\n\t<n/>\r\n</m>"},
-              {"behind its comment", "<m>\n  <e name='x'/> <!-- c -->\n</m>", "<m>\n  <e name='x'/> <!-- c -->\n  <n/>\n</m>"},
+              {"after its comment", "<m>\n  <e name='x'/> <!-- c -->\n</m>", "<m>\n  <e name='x'/> <!-- c -->\n  <n/>\n</m>"},
               {"one line", "<m><e name=\"x\"/><f/></m>", "<m><e name=\"x\"/><n/><f/></m>"},
               {"one line with blanks", "<m> <e name=\"x\"/> <f/></m>", "<m> <e name=\"x\"/> <n/> <f/></m>"},
               {"first of two", "<m>\n  <e name=\"x\"/><f/>\n</m>", "<m>\n  <e name=\"x\"/><n/><f/>\n</m>"}},
              [](Text& text) { text.edits().InsertBehind(text.Named("x"), "<n/>"); });
 }
 
-TEST(InsertBefore, HasALineOfItsOwnWhereTheOtherHas) {
+TEST(InsertBefore, StartsNewLineLikeTheOtherElement) {
   ExpectEach({{"line", "<m>\n  <e name=\"x\"/>\n</m>", "<m>\n  <n/>\n  <e name=\"x\"/>\n</m>"},
               {"CRLF", "<m>\r\n\t<e name=\"x\"/>\r\n</m>", "<m>\r\n\t<n/>\r\n\t<e name=\"x\"/>\r\n</m>"},
               {"one line", "<m> <e name=\"x\"/></m>", "<m> <n/> <e name=\"x\"/></m>"}},
              [](Text& text) { text.edits().InsertBefore(text.Named("x"), "<n/>"); });
 }
 
-TEST(TextEdits, NeighboursOnALineShareTheirBlanks) {
+TEST(TextEdits, NeighborsOnOneLineShareBlanks) {
   Text text("<m>\n  <e name=\"x\"/>  <e name=\"y\"/>  <z/>\n</m>");
   text.edits().Remove(text.Named("x"));
   text.edits().Remove(text.Named("y"));
@@ -143,7 +144,7 @@ TEST(TextEdits, NeighboursOnALineShareTheirBlanks) {
   EXPECT_EQ(text.Result(), "<m>\n  <n/>  <z/>\n</m>");
 }
 
-TEST(TextEdits, InsertionsAtOnePlaceKeepTheirOrderAndLieBeforeWhatIsTakenOut) {
+TEST(TextEdits, InsertionsAtOneOffsetKeepTheirOrderAndPrecedeRemovals) {
   Text text("<m>\n  <e name=\"x\"/>\n  <e name=\"y\"/>\n</m>");
   text.edits().Remove(text.Named("y"));
   text.edits().InsertBehind(text.Named("x"), "<n/>");

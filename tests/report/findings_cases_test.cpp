@@ -2,8 +2,8 @@
 // (tests/cases/cases_test.cpp).
 #include <gtest/gtest.h>
 
-#include "asked.h"
 #include "cases/case_files.h"
+#include "change_check.h"
 #include "checked.h"
 #include "read_source.h"
 
@@ -11,7 +11,7 @@ namespace report_test {
 namespace {
 
 using korvel::Changes;
-using korvel::Settings;
+using korvel::PartialSettings;
 using korvel::Source;
 
 class FindingsCaseTest : public testing::TestWithParam<std::string> {
@@ -19,23 +19,23 @@ class FindingsCaseTest : public testing::TestWithParam<std::string> {
   FindingsCaseTest() {
     const cases::Settings given = cases::Load(GetParam()).settings;
     table_ = given.table;
-    settings_ = AskedIn(given);
+    given_ = ToCheckerSettings(given);
   }
 
   Source Read(const std::string& file) const { return ReadSource(file, cases::ReadFile(cases::Folder(GetParam()) / file)); }
 
   std::string table_;
-  Settings settings_;
+  PartialSettings given_;
 };
 
 TEST_P(FindingsCaseTest, FindingsFollowLaws) {
   const Source old_source = Read("old.xml");
   const Source new_source = Read("new.xml");
-  const Asked asked{old_source, new_source, table_, settings_};
-  const Changes changes = asked.TakeApart();
+  const ChangeCheck check = MakeCheck(old_source, new_source, table_, given_);
+  const Changes changes = check.Find();
   EXPECT_FALSE(changes.stopped);
-  if (asked.IsOnBothSides()) {
-    ExpectLaws(asked, changes);
+  if (check.IsOnBothSides()) {
+    ExpectLaws(check, changes);
   } else {
     EXPECT_EQ(changes.findings.size(), 1u);
   }
@@ -46,9 +46,9 @@ TEST_P(FindingsCaseTest, SchemaAgainstItselfHasNoEdits) {
   for (const char* file : {"old.xml", "new.xml"}) {
     const Source source = Read(file);
     if (!source.HasMeta(table_)) continue;
-    const Asked asked{source, source, table_, settings_};
-    const Changes changes = asked.TakeApart();
-    ExpectLaws(asked, changes);
+    const ChangeCheck check = MakeCheck(source, source, table_, given_);
+    const Changes changes = check.Find();
+    ExpectLaws(check, changes);
     EXPECT_TRUE(changes.edits.empty());
   }
 }

@@ -1,20 +1,20 @@
-// What holds of every change that is taken apart, on random pairs. KORVEL_SEED and KORVEL_PAIRS choose another run.
+// Laws of the findings of all changes, on random pairs. KORVEL_SEED and KORVEL_PAIRS select another run.
 #include <gtest/gtest.h>
 
 #include <cstdio>
 
-#include "asked.h"
+#include "change_check.h"
 #include "models.h"
 
 namespace report_test {
 namespace {
 
 using korvel::Changes;
-using korvel::Settings;
+using korvel::PartialSettings;
 using korvel::Source;
 
-Settings RandomSettings(std::mt19937_64& random) {
-  Settings settings;
+PartialSettings RandomSettings(std::mt19937_64& random) {
+  PartialSettings settings;
   if (random() % 4 == 0) settings.created_as = random() % 2 == 0 ? 1 : 2;
   if (random() % 4 == 0) settings.type = random() % 2 == 0 ? 0 : 1;
   if (random() % 3 == 0) settings.server_version = "3.0.0";
@@ -32,11 +32,11 @@ TEST(FindingsLaw, HoldsForRandomPairs) {
     const ModelPair pair = RandomModels(random);
     const Source old_source = SourceOf("old", pair.old_model);
     const Source new_source = SourceOf("new", pair.new_model);
-    const Asked asked = Ask(old_source, new_source, "t", RandomSettings(random));
-    const Changes changes = asked.TakeApart();
-    ExpectLaws(asked, changes);
+    const ChangeCheck check = MakeCheck(old_source, new_source, "t", RandomSettings(random));
+    const Changes changes = check.Find();
+    ExpectLaws(check, changes);
     refused += changes.findings.empty() ? 0 : 1;
-    if (testing::Test::HasFailure()) std::printf("%s", Shown(changes).c_str());
+    if (testing::Test::HasFailure()) std::printf("%s", ToText(changes).c_str());
   }
   EXPECT_GT(refused, pairs / 4) << "hardly any pair is refused";
   EXPECT_LT(refused, pairs) << "every pair is refused";

@@ -1,9 +1,9 @@
-// Labelled changes of a schema, and exactly what is found about each.
+// Labeled changes of a schema, and the exact findings of each.
 #include "analysis/findings/findings.h"
 
 #include <gmock/gmock.h>
 
-#include "asked.h"
+#include "change_check.h"
 #include "read_source.h"
 
 namespace report_test {
@@ -12,7 +12,7 @@ namespace {
 using korvel::Changes;
 using korvel::EditStatus;
 using korvel::Finding;
-using korvel::Settings;
+using korvel::PartialSettings;
 using korvel::Source;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
@@ -34,12 +34,12 @@ constexpr char kMall[] = R"(<metalib name="mall" version="5" protocol="QMX">
 </metalib>
 )";
 
-// Replaces one piece of a text after the other: old, new, old, new.
+// Replaces several pieces of a text, one after the other: old, new, old, new.
 std::string With(std::string text, const std::vector<std::string>& pieces) {
   for (std::size_t i = 0; i + 1 < pieces.size(); i += 2) {
     const std::size_t at = text.find(pieces[i]);
     if (at == std::string::npos) {
-      ADD_FAILURE() << "not there: " << pieces[i];
+      ADD_FAILURE() << "not found: " << pieces[i];
       continue;
     }
     text.replace(at, pieces[i].size(), pieces[i + 1]);
@@ -49,7 +49,7 @@ std::string With(std::string text, const std::vector<std::string>& pieces) {
 
 constexpr char kEnd[] = "    <primarykey entries=\"uid\"/>";
 
-// An added field behind the others.
+// A field added at the end.
 std::vector<std::string> Add(const std::string& attributes) { return {kEnd, "    <entry " + attributes + "/>\n" + kEnd}; }
 
 std::vector<std::string> operator+(std::vector<std::string> a, const std::vector<std::string>& b) {
@@ -58,23 +58,24 @@ std::vector<std::string> operator+(std::vector<std::string> a, const std::vector
 }
 
 std::string StatusWord(EditStatus status) {
-  return status == EditStatus::kAllowed ? "allowed" : status == EditStatus::kRefused ? "refused" : "waits";
+  constexpr const char* kWords[] = {"allowed", "refused", "blocked", "not checked"};
+  return kWords[static_cast<std::size_t>(status)];
 }
 
 // "refused type of uid: uint32 -> uint64" for each edit, then "primary-key.size at orders.uid" for each finding.
 std::vector<std::string> ToText(const Changes& changes) {
-  std::vector<std::string> told;
+  std::vector<std::string> lines;
   for (std::size_t i = 0; i < changes.edits.size(); ++i) {
-    told.push_back(StatusWord(changes.status[i]) + " " + Describe(changes.edits[i]));
+    lines.push_back(StatusWord(changes.status[i]) + " " + Describe(changes.edits[i]));
   }
-  for (const Finding& finding : changes.findings) told.push_back(finding.verdict.rule + " at " + finding.path);
-  return told;
+  for (const Finding& finding : changes.findings) lines.push_back(finding.verdict.rule + " at " + finding.path);
+  return lines;
 }
 
 struct Mutation {
   const char* name;
   std::vector<std::string> pieces;
-  std::vector<std::string> told;
+  std::vector<std::string> expected;
 };
 
 const std::vector<Mutation>& Mutations() {
@@ -96,7 +97,7 @@ const std::vector<Mutation>& Mutations() {
       {"AddFieldWithBadName",
        Add(R"(name="9note" type="int32" version="6")"),
        {"refused field 9note added", "field-name.invalid at orders.9note"}},
-      // Another rule speaks about the edit alone; that of names is told as well.
+      // Another rule reports the edit first; the bad name is reported as well.
       {"AddFieldWithBadNameAndOldVersion",
        Add(R"(name="9note" type="int32" version="5")"),
        {"refused field 9note added", "field.new-version at orders.9note", "field-name.invalid at orders.9note"}},
@@ -106,7 +107,7 @@ const std::vector<Mutation>& Mutations() {
            Add(R"(name="note" type="int32" version="6")"),
        {"allowed version of the library: 5 -> 6", "refused type of uid: uint32 -> uint64", "refused count of tags: 4 -> 5",
         "allowed field note added", "primary-key.size at orders.uid", "field.count at orders.tags"}},
-      // The structure is met on two ways, and told once.
+      // There are two paths to the structure, but one finding.
       {"SharedStructure",
        {"name=\"unit\" type=\"int32\"", "name=\"unit\" type=\"float\""},
        {"refused type of unit: int32 -> float", "field.type at orders.items[].cost.unit"}},
@@ -127,20 +128,20 @@ void PrintTo(const Mutation& mutation, std::ostream* out) { *out << mutation.nam
 
 class RefusedMutationTest : public testing::TestWithParam<Mutation> {};
 
-TEST_P(RefusedMutationTest, IsTakenApartLikeThis) {
+TEST_P(RefusedMutationTest, HasExpectedFindings) {
   const Source old_source = ReadSource("old.xml", kMall);
   const Source new_source = ReadSource("new.xml", With(kMall, GetParam().pieces));
-  const Asked asked = Ask(old_source, new_source, "orders");
-  const Changes changes = asked.TakeApart();
-  EXPECT_THAT(ToText(changes), ElementsAreArray(GetParam().told));
-  ExpectLaws(asked, changes);
+  const ChangeCheck check = MakeCheck(old_source, new_source, "orders");
+  const Changes changes = check.Find();
+  EXPECT_THAT(ToText(changes), ElementsAreArray(GetParam().expected));
+  ExpectLaws(check, changes);
 }
 
 std::string NameOf(const testing::TestParamInfo<Mutation>& info) { return info.param.name; }
 
 INSTANTIATE_TEST_SUITE_P(All, RefusedMutationTest, testing::ValuesIn(Mutations()), NameOf);
 
-// --- Others ---
+// --- Other changes ---
 
 constexpr char kRanking[] = R"(<metalib name="game" version="5" protocol="TLV">
   <meta name="ranking" customattr="TableType=SORTLIST;ListNum=10">
@@ -153,42 +154,42 @@ constexpr char kRanking[] = R"(<metalib name="game" version="5" protocol="TLV">
 </metalib>
 )";
 
-// A list sorted by nothing is refused, and so is one with two first sort fields; to sort it by another field is not.
-TEST(FindChanges, EditsThatMakeUpForEachOtherMayGo) {
+// An unsorted list that becomes sorted is refused, and so are two first sort fields; sorting by another field is not.
+TEST(FindChanges, AllowsEditsThatCompensateForEachOther) {
   const Source old_source = ReadSource("old.xml", kRanking);
   const Source new_source = ReadSource("new.xml", With(kRanking, {" customattr2=\"sort=1\"", "", "size=\"16\"", "size=\"8\"",
                                                                   "id=\"4\"", "id=\"4\" customattr2=\"sort=1\""}));
-  const Asked asked = Ask(old_source, new_source, "ranking");
-  const Changes changes = asked.TakeApart();
+  const ChangeCheck check = MakeCheck(old_source, new_source, "ranking");
+  const Changes changes = check.Find();
   EXPECT_THAT(ToText(changes), ElementsAre("allowed customattr2 of score: sort=1 -> none", "refused size of name: 16 -> 8",
                                            "allowed customattr2 of level: none -> sort=1", "field.size at ranking.name"));
-  ExpectLaws(asked, changes);
+  ExpectLaws(check, changes);
 }
 
-// A field's length is size times count: either may grow a little, not both.
-TEST(FindChanges, ACombinationIsReportedWithTheSmallestSet) {
+// The length of a field is size times count: either may grow a little, but not both.
+TEST(FindChanges, ReportsSmallestRefusedCombination) {
   const std::string old_text = With(kMall, {"name=\"tags\" type=\"int16\" count=\"4\"",
                                             "name=\"tags\" type=\"bytes\" size=\"1000\" count=\"100\" refer=\"n_items\""});
   const Source old_source = ReadSource("old.xml", old_text);
   const Source new_source = ReadSource(
       "new.xml", With(old_text, {"size=\"1000\" count=\"100\"", "size=\"1200\" count=\"120\"", "count=\"10\"", "count=\"11\""}));
-  Settings given;
+  PartialSettings given;
   given.server_version = "3.0.0";
-  const Asked asked = Ask(old_source, new_source, "orders", given);
-  const Changes changes = asked.TakeApart();
+  const ChangeCheck check = MakeCheck(old_source, new_source, "orders", given);
+  const Changes changes = check.Find();
   EXPECT_THAT(ToText(changes), ElementsAre("allowed count of items: 10 -> 11", "allowed size of tags: 1000 -> 1200",
                                            "refused count of tags: 100 -> 120", "length.limit at orders.tags"));
   ASSERT_EQ(changes.findings.size(), 1u);
   EXPECT_THAT(changes.findings.front().edits, ElementsAre(1, 2));
-  ExpectLaws(asked, changes);
+  ExpectLaws(check, changes);
 }
 
-TEST(FindChanges, WhatIsRefusedAsItWasStandsAtTheName) {
+TEST(FindChanges, PreexistingFindingIsLocatedAtTheName) {
   const std::string old_text = With(kMall, {"name=\"gift\"", "name=\"a gift\"", "name=\"tags\"", "name=\"9tags\""});
   const Source old_source = ReadSource("old.xml", old_text);
   const Source new_source = ReadSource("new.xml", With(old_text, {"count=\"10\"", "count=\"9\"", "\"9tags\"", "\"tags\""}));
-  const Asked asked = Ask(old_source, new_source, "orders");
-  const Changes changes = asked.TakeApart();
+  const ChangeCheck check = MakeCheck(old_source, new_source, "orders");
+  const Changes changes = check.Find();
   EXPECT_THAT(ToText(changes),
               ElementsAre("refused count of items: 10 -> 9", "refused field 9tags removed", "refused field tags added",
                           "field-name.invalid at orders.a gift", "field.count-refer at orders.items",
@@ -199,7 +200,7 @@ TEST(FindChanges, WhatIsRefusedAsItWasStandsAtTheName) {
   EXPECT_EQ(preexisting.new_location.element.item, 4u);
   EXPECT_EQ(preexisting.old_location.source, &old_source);
   EXPECT_TRUE(changes.allowed_together.Refused());
-  ExpectLaws(asked, changes);
+  ExpectLaws(check, changes);
 }
 
 constexpr char kLarge[] = R"(<metalib name="shop" version="5" protocol="TLV">
@@ -213,65 +214,80 @@ constexpr char kLarge[] = R"(<metalib name="shop" version="5" protocol="TLV">
 </metalib>
 )";
 
-// The check of lengths names all fields that are too large at once, in their order.
-TEST(FindChanges, FieldsThatWereTooLargeMayChangePlaces) {
+// The check of lengths reports all fields that are too large at once, in order.
+TEST(FindChanges, OversizedFieldsMaySwapPositions) {
   const std::string changed =
       With(kLarge, {"\"photo\" id=\"3\"", "\"film\" id=\"4\"", "\"film\" id=\"4\" type=\"bytes\" size=\"200000\"/>\n    <p",
                     "\"photo\" id=\"3\" type=\"bytes\" size=\"200000\"/>\n    <p"});
   const Source old_source = ReadSource("old.xml", kLarge);
   const Source moved = ReadSource("new.xml", changed);
-  Settings given;
+  PartialSettings given;
   given.server_version = "3.0.0";
-  const Asked asked = Ask(old_source, moved, "goods", given);
-  const Changes changes = asked.TakeApart();
+  const ChangeCheck check = MakeCheck(old_source, moved, "goods", given);
+  const Changes changes = check.Find();
   EXPECT_THAT(ToText(changes), ElementsAre("allowed field film moved behind text", "length.limit at goods"));
-  ExpectLaws(asked, changes);
+  ExpectLaws(check, changes);
 
   const Source larger = ReadSource("new.xml", With(changed, {"size=\"9\"", "size=\"300000\""}));
-  const Asked also_asked = Ask(old_source, larger, "goods", given);
-  const Changes also = also_asked.TakeApart();
+  const ChangeCheck also_check = MakeCheck(old_source, larger, "goods", given);
+  const Changes also = also_check.Find();
   EXPECT_THAT(ToText(also), ElementsAre("refused size of text: 9 -> 300000", "allowed field film moved behind text",
                                         "length.limit at goods", "length.limit at goods.text"));
-  ExpectLaws(also_asked, also);
+  ExpectLaws(also_check, also);
 }
 
-// The caret stands under what is wrong about the field.
-TEST(FindChanges, ABadNameIsPointedAt) {
+// The caret is below the part of the field that is wrong.
+TEST(FindChanges, LocatesBadName) {
   const Source old_source = ReadSource("old.xml", kMall);
   const Source new_source = ReadSource("new.xml", With(kMall, Add(R"(name="9note" type="int32" version="6")")));
-  const Changes changes = Ask(old_source, new_source, "orders").TakeApart();
+  const Changes changes = MakeCheck(old_source, new_source, "orders").Find();
   ASSERT_EQ(changes.findings.size(), 1u);
   EXPECT_EQ(changes.findings.front().new_location.attribute, "name");
   EXPECT_EQ(changes.findings.front().new_location.element.item, 6u);
 }
 
-TEST(FindChanges, StopsAtTheMostFindings) {
+TEST(FindChanges, StopsAtMaxFindings) {
   const Source old_source = ReadSource("old.xml", kMall);
   const Source new_source = ReadSource(
       "new.xml", With(kMall, {"count=\"10\"", "count=\"9\"", "count=\"4\"", "count=\"5\"", "size=\"32\"", "size=\"8\""}));
-  const Asked asked = Ask(old_source, new_source, "orders");
-  EXPECT_FALSE(asked.TakeApart(3).stopped);
-  const Changes changes = asked.TakeApart(1);
+  const ChangeCheck check = MakeCheck(old_source, new_source, "orders");
+  EXPECT_FALSE(check.Find(3).stopped);
+  const Changes changes = check.Find(1);
   EXPECT_TRUE(changes.stopped);
-  EXPECT_THAT(ToText(changes), ElementsAre("refused count of items: 10 -> 9", "waits count of tags: 4 -> 5",
-                                           "waits size of sku: 32 -> 8", "field.count-refer at orders.items"));
-  ExpectLaws(asked, changes);
+  EXPECT_THAT(ToText(changes), ElementsAre("refused count of items: 10 -> 9", "not checked count of tags: 4 -> 5",
+                                           "not checked size of sku: 32 -> 8", "field.count-refer at orders.items"));
+  ExpectLaws(check, changes);
 }
 
-TEST(FindChanges, AFindingHasThePlacesOfItsEdit) {
+// An edit that needs a reported one is blocked by it, wherever the search stopped.
+TEST(FindChanges, BlocksEditsOfAReportedFindingWhenStopped) {
+  const Source old_source = ReadSource("old.xml", kMall);
+  const Source new_source = ReadSource(
+      "new.xml", With(With(kMall, Add(R"(name="9note" type="int32" version="6")")),
+                      {"size=\"32\"", "size=\"8\"", "<column entry=\"zone\"/></index>",
+                       "<column entry=\"zone\"/></index>\n    <index name=\"by_note\"><column entry=\"9note\"/></index>"}));
+  const ChangeCheck check = MakeCheck(old_source, new_source, "orders");
+  const Changes changes = check.Find(1);
+  EXPECT_TRUE(changes.stopped);
+  EXPECT_THAT(ToText(changes), ElementsAre("refused field 9note added", "blocked index by_note added",
+                                           "not checked size of sku: 32 -> 8", "field-name.invalid at orders.9note"));
+  ExpectLaws(check, changes);
+}
+
+TEST(FindChanges, FindingHasLocationsOfItsEdit) {
   const Source old_source = ReadSource("old.xml", kMall);
   const Source new_source = ReadSource("new.xml", With(kMall, {"count=\"10\"", "count=\"9\""}));
-  const Finding finding = Ask(old_source, new_source, "orders").TakeApart().findings.at(0);
+  const Finding finding = MakeCheck(old_source, new_source, "orders").Find().findings.at(0);
   EXPECT_EQ(finding.old_location.source, &old_source);
   EXPECT_EQ(finding.new_location.source, &new_source);
   EXPECT_EQ(finding.new_location.attribute, "count");
   EXPECT_EQ(finding.new_location.element.item, 3u);
 }
 
-TEST(FindRemovedTable, ATableThatIsGoneHasOneFindingAtTheLibrary) {
+TEST(FindRemovedTable, ReportsOneFindingAtTheLibrary) {
   const Source old_source = ReadSource("old.xml", kMall);
   const Source new_source = ReadSource("new.xml", "<metalib name=\"mall\" version=\"6\"/>");
-  const Changes changes = Ask(old_source, new_source, "orders").TakeApart();
+  const Changes changes = MakeCheck(old_source, new_source, "orders").Find();
   EXPECT_THAT(ToText(changes), ElementsAre("library.table at orders"));
   const Finding& finding = changes.findings.front();
   EXPECT_EQ(finding.old_location.element.kind, qmx::ElementId::Kind::kMeta);

@@ -1,11 +1,11 @@
-// Fingerprints stay while rule, place and kind of a change stay, and are others else.
+// Fingerprints do not change as long as rule, location and kind of a change stay the same.
 #include "analysis/findings/finding.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
 
-#include "asked.h"
+#include "change_check.h"
 #include "read_source.h"
 
 namespace report_test {
@@ -34,13 +34,13 @@ Finding FindingOf(std::vector<std::size_t> edits, const std::string& rule, const
   return finding;
 }
 
-// Project files hold fingerprints: a change of this one is a change of all of them.
-TEST(Fingerprint, IsThisOne) {
+// Project files contain fingerprints: if this one changes, all of them change.
+TEST(Fingerprint, HasKnownValue) {
   const std::vector<Edit> edits = {EditOf(EditKind::kEntryType, "orders", "uid")};
   EXPECT_EQ(FingerprintOf("mall", FindingOf({0}, "primary-key.size"), edits), "84ffde231685f362");
 }
 
-TEST(Fingerprint, TellsApartWhatDiffers) {
+TEST(Fingerprint, DistinguishesDifferentFindings) {
   const std::vector<Edit> edits = {EditOf(EditKind::kEntryType, "orders", "uid"), EditOf(EditKind::kEntryCount, "orders", "uid"),
                                    EditOf(EditKind::kEntryType, "carts", "uid"), EditOf(EditKind::kEntryType, "orders", "id")};
   std::set<std::string> all;
@@ -54,7 +54,7 @@ TEST(Fingerprint, TellsApartWhatDiffers) {
   EXPECT_EQ(all.size(), 10u);
 }
 
-TEST(Fingerprint, TheOrderOfEditsAndTheirPathDoNotMatter) {
+TEST(Fingerprint, IgnoresOrderAndPathOfEdits) {
   const std::vector<Edit> edits = {EditOf(EditKind::kEntryType, "orders", "uid"), EditOf(EditKind::kEntryType, "orders", "id")};
   EXPECT_EQ(FingerprintOf("mall", FindingOf({0, 1}, "a", "orders.uid"), edits),
             FingerprintOf("mall", FindingOf({1, 0}, "a", "carts.order.id"), edits));
@@ -65,12 +65,12 @@ std::string OfField(const std::string& name, const std::string& type) {
   const std::string end = R"(<primarykey entries="uid"/></meta></metalib>)";
   const Source old_source = ReadSource("old.xml", begin + "<entry name=\"" + name + "\" type=\"int64\"/>" + end);
   const Source new_source = ReadSource("new.xml", begin + "<entry name=\"" + name + "\" type=\"" + type + "\"/>" + end);
-  const Changes changes = Ask(old_source, new_source, "orders").TakeApart();
+  const Changes changes = MakeCheck(old_source, new_source, "orders").Find();
   EXPECT_EQ(changes.findings.size(), 1u);
   return changes.findings.front().fingerprint;
 }
 
-TEST(Fingerprint, StaysForAnotherValueAndChangesForAnotherField) {
+TEST(Fingerprint, KeepsForAnotherValueAndChangesForAnotherField) {
   EXPECT_EQ(OfField("zone", "int8"), OfField("zone", "int16"));
   EXPECT_NE(OfField("zone", "int8"), OfField("area", "int8"));
 }

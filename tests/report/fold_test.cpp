@@ -87,7 +87,7 @@ TEST_F(FoldTest, DifferentFieldRuleOrFilesAreNotMerged) {
   for (const FoldedFinding& one : folded) EXPECT_THAT(one.also, IsEmpty());
 }
 
-TEST_F(FoldTest, TheOrderOfEditsDoesNotMatter) {
+TEST_F(FoldTest, IgnoresOrderOfEdits) {
   std::vector<TableResult> tables = {Table("a", {SizeOf("price", {"a.price"}), SizeOf("sku", {"a.sku"})}),
                                      Table("b", {SizeOf("price", {"b.price"}), SizeOf("sku", {"b.sku"})})};
   tables[0].changes->findings = {MakeFinding({0, 1}, "a.price", "field.size")};

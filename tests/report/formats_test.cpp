@@ -67,10 +67,10 @@ TEST(Formats, TextIsColoredOnRequest) {
 constexpr char kOdd[] =
     "\n\r\t\x01\x1b[31m\x7f]]>-->\"'<b>&amp;|`*_[x](y)@all #1 %0A::error::\\\xc2\x85\xe2\x80\xa8\xef\xbf\xbf\xc3\xff";
 
-class ADocument : public testing::TestWithParam<std::string> {
+class DocumentTest : public testing::TestWithParam<std::string> {
  protected:
-  ADocument() : path_(fs::temp_directory_path() / ("korvel_" + GetParam() + "." + std::to_string(::getpid()))) {}
-  ~ADocument() override { fs::remove(path_); }
+  DocumentTest() : path_(fs::temp_directory_path() / ("korvel_" + GetParam() + "." + std::to_string(::getpid()))) {}
+  ~DocumentTest() override { fs::remove(path_); }
 
   std::string Render(const Sample& sample) const {
     const auto format = std::ranges::find(Formats(), GetParam(), &Format::name);
@@ -100,7 +100,7 @@ testing::AssertionResult IsPlainText(const std::string& document) {
   const auto is_control = [](char c) { return (static_cast<unsigned char>(c) < 0x20 && c != '\n') || c == '\x7f'; };
   const auto found = std::ranges::find_if(document, is_control);
   if (found == document.end()) return testing::AssertionSuccess();
-  return testing::AssertionFailure() << "a control character after "
+  return testing::AssertionFailure() << "control character after "
                                      << document.substr(0, static_cast<std::size_t>(found - document.begin()));
 }
 
@@ -113,7 +113,7 @@ testing::AssertionResult AreCommands(const std::string& document) {
   return IsPlainText(document);
 }
 
-TEST_P(ADocument, IsWellFormedWithHostileNames) {
+TEST_P(DocumentTest, IsWellFormedWithHostileNames) {
   const std::string format = GetParam();
   for (const Sample& sample : {EverythingReport(kOdd), EverythingReport(), AllowedReport()}) {
     const std::string document = Render(sample);
@@ -142,7 +142,8 @@ std::vector<std::string> NamesOfFormats() {
   return names;
 }
 
-INSTANTIATE_TEST_SUITE_P(Every, ADocument, testing::ValuesIn(NamesOfFormats()), [](const auto& format) { return format.param; });
+INSTANTIATE_TEST_SUITE_P(Every, DocumentTest, testing::ValuesIn(NamesOfFormats()),
+                         [](const auto& format) { return format.param; });
 
 // --- Members that other programs rely on ---
 
@@ -173,7 +174,7 @@ TEST(Sarif, EveryRuleIsDescribed) {
     if (doc == nullptr) continue;
     ++pages;
     EXPECT_EQ(rule["fullDescription"]["text"], doc->protects);
-    EXPECT_LE(doc->protects.size(), 1024u) << "services cut longer ones";
+    EXPECT_LE(doc->protects.size(), 1024u) << "services truncate longer ones";
     for (const char* form : {"text", "markdown"}) {
       EXPECT_THAT(rule["help"][form].get<std::string>(), testing::StartsWith(doc->protects)) << form;
       EXPECT_THAT(rule["help"][form].get<std::string>(), testing::HasSubstr(doc->allowed)) << form;
@@ -191,13 +192,13 @@ TEST(Sarif, DescribesRulesThatAreNotInTheCatalog) {
   }
 }
 
-TEST(Sarif, AWaivedFindingIsSuppressed) {
+TEST(Sarif, WaivedFindingIsSuppressed) {
   const Json results = Parsed("sarif", EverythingReport())["runs"][0]["results"];
   EXPECT_EQ(results[3]["suppressions"][0]["justification"], "nobody has mail");
   EXPECT_FALSE(results[0].contains("suppressions"));
 }
 
-TEST(Sarif, AFixReplacesWhatTheFindingPointsAt) {
+TEST(Sarif, FixReplacesTheMarkedText) {
   const Json result = Parsed("sarif", EverythingReport())["runs"][0]["results"][0];
   const Json part = result["fixes"][0]["artifactChanges"][0]["replacements"][0];
   Json region = result["locations"][0]["physicalLocation"]["region"];
@@ -217,7 +218,7 @@ TEST(Sarif, PathsAreUris) {
             "a%20b/%C3%A9%25%5Bx%5D%3A1.xml");
 }
 
-TEST(Gitlab, NoTwoEntriesHaveOneFingerprint) {
+TEST(Gitlab, FingerprintsAreUnique) {
   Sample sample = EverythingReport();
   for (auto& finding : sample.report.tables[0].changes->findings) finding.fingerprint = "00";
   std::set<std::string> fingerprints;
@@ -227,11 +228,11 @@ TEST(Gitlab, NoTwoEntriesHaveOneFingerprint) {
 }
 
 // Of a command that does not check changes one by one. The refusal has neither a text nor a rule.
-TEST(Formats, ARefusedTableWithoutChangesIsAnIssue) {
+TEST(Formats, RefusedTableWithoutChangesIsAnIssue) {
   Sample sample = AllowedReport();
   korvel::TableResult& table = sample.report.tables[0];
   table.status = korvel::Status::kRefused;
-  table.code = -2;
+  table.verdict.code = -2;
   const Json result = Parsed("sarif", sample)["runs"][0]["results"][0];
   EXPECT_EQ(result["ruleId"], "refused");
   EXPECT_THAT(result["message"]["text"].get<std::string>(),
@@ -243,7 +244,7 @@ TEST(Formats, ARefusedTableWithoutChangesIsAnIssue) {
 }
 
 // Services need a line, but an image has none.
-TEST(Formats, AnImageHasNoLines) {
+TEST(Formats, ImageHasNoLines) {
   Sample sample = EverythingReport();
   sample.old_source->text.reset();
   sample.new_source->text.reset();

@@ -31,7 +31,7 @@ const fs::path kGoldens = kHere / "golden";
 // removed field inside a structure, a setting, a pre-existing refusal, no refusal.
 const std::vector<std::string> kHandful = {
     "driver/protocols-record-to-tlv",
-    "driver/table-gone",
+    "driver/table-removed",
     "driver/table-new",
     "index/index-renamed",
     "keys/percent-in-names",
@@ -55,7 +55,7 @@ const std::set<std::string> kPages = {"game-v13-ladder-by-time", "shop-v7", "sho
 
 // Compares the report in the formats for which `wants` is true. Adds the names of the files to `known`.
 template <class Wants>
-void ExpectGoldens(const fs::path& directory, const std::string& name, const Judged& checked, Wants wants,
+void ExpectGoldens(const fs::path& directory, const std::string& name, const CheckedReport& checked, Wants wants,
                    std::set<std::string>& known) {
   for (const Format& format : Formats()) {
     if (!wants(std::string_view(format.name))) continue;
@@ -68,7 +68,7 @@ void ExpectGoldens(const fs::path& directory, const std::string& name, const Jud
 TEST(GoldenReports, SomeCasesInEveryFormatButHtml) {
   std::set<std::string> known;
   ExpectGoldens(
-      kGoldens / "handful", "handful", JudgeCases(kHandful), [](std::string_view format) { return format != "html"; }, known);
+      kGoldens / "handful", "handful", CheckCases(kHandful), [](std::string_view format) { return format != "html"; }, known);
   test_support::ExpectNoOtherGoldens(kGoldens / "handful", known);
 }
 
@@ -79,7 +79,7 @@ TEST(GoldenReports, EveryExampleAsTextAndJson) {
     const auto wants = [&](std::string_view format) {
       return format == "text" || format == "json" || (format == "html" && kPages.contains(example.name));
     };
-    ExpectGoldens(kGoldens / "examples", example.name, JudgeExample(example), wants, known);
+    ExpectGoldens(kGoldens / "examples", example.name, CheckExample(example), wants, known);
   }
   EXPECT_GT(known.size(), 40u);
   test_support::ExpectNoOtherGoldens(kGoldens / "examples", known);
@@ -98,7 +98,7 @@ class Documents {
   Documents(const Documents&) = delete;
   Documents& operator=(const Documents&) = delete;
 
-  void Add(const std::string& name, const Judged& checked) const {
+  void Add(const std::string& name, const CheckedReport& checked) const {
     for (const Format& format : Formats()) {
       std::ofstream(directory_ / (name + "." + format.name), std::ios::binary) << format.render(checked.report, false);
     }
@@ -120,8 +120,8 @@ class Documents {
 
 TEST(GoldenReports, AreValidAndAgree) {
   const Documents documents;
-  for (const auto& [family, names] : Families()) documents.Add(family, JudgeCases(names));
-  for (const Example& example : Examples()) documents.Add(example.name, JudgeExample(example));
+  for (const auto& [family, names] : Families()) documents.Add(family, CheckCases(names));
+  for (const Example& example : Examples()) documents.Add(example.name, CheckExample(example));
   EXPECT_EQ(documents.Faults(), std::pair(std::string(), 0));
 }
 

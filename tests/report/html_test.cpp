@@ -5,7 +5,7 @@
 #include <regex>
 #include <set>
 
-#include "asked.h"
+#include "change_check.h"
 #include "read_source.h"
 #include "report/render/html_layout.h"
 #include "report/render/html_page.h"
@@ -28,14 +28,14 @@ struct Checked {
 
 // Checks the table.
 void Answer(TableResult& table) {
-  const Asked asked = Ask(*table.first, *table.second, table.table);
-  const Verdict whole = asked.Whole();
+  const ChangeCheck check = MakeCheck(*table.first, *table.second, table.table);
+  const Verdict whole = check.WholeVerdict();
   table.status = whole.Refused() ? Status::kRefused : Status::kAllowed;
-  table.code = whole.code;
-  table.rule = whole.rule;
-  table.text = whole.text;
+  table.verdict.code = whole.code;
+  table.verdict.rule = whole.rule;
+  table.verdict.text = whole.text;
   table.changes =
-      table.removed ? FindRemovedTable(*table.first, *table.second, table.table, asked.settings, whole) : asked.TakeApart();
+      table.removed ? FindRemovedTable({*table.first, *table.second, table.table, check.settings}, whole) : check.Find();
 }
 
 void CheckOperation(Checked& checked, const std::string& name, bool ask) {
@@ -88,10 +88,10 @@ void ExpectLinked(const std::string& html) {
   static const std::regex kId(" id=\"([^\"]*)\"");
   static const std::regex kLink("href=\"#([^\"]*)\"");
   for (std::sregex_iterator at(html.begin(), html.end(), kId), end; at != end; ++at) {
-    EXPECT_TRUE(ids.insert((*at)[1]).second) << (*at)[1] << " stands twice";
+    EXPECT_TRUE(ids.insert((*at)[1]).second) << (*at)[1] << " is not unique";
   }
   for (std::sregex_iterator at(html.begin(), html.end(), kLink), end; at != end; ++at) {
-    EXPECT_TRUE(ids.contains((*at)[1])) << "#" << (*at)[1] << " leads nowhere";
+    EXPECT_TRUE(ids.contains((*at)[1])) << "#" << (*at)[1] << " has no target";
   }
 }
 
@@ -171,7 +171,7 @@ TEST(Html, DumpedLinesHaveANote) {
   EXPECT_THAT(RenderHtml(checked.report), HasSubstr(note));
 }
 
-TEST(Html, AnImageHasNoSourceButALayout) {
+TEST(Html, ImageHasLayoutButNoSource) {
   Checked checked = TwoChanges();
   checked.sources.back().text.reset();
   const std::string html = RenderHtml(checked.report);
@@ -189,7 +189,7 @@ TEST(Html, OneFileAloneHasOneColumn) {
   EXPECT_THAT(html, Not(HasSubstr("old: ")));
 }
 
-TEST(Html, ANewTableIsListedAsSuch) {
+TEST(Html, NewTableIsListedAsNew) {
   Checked checked = Check(Meta("orders", kUid), Meta("orders", kUid) + Meta("fresh", kUid));
   TableResult table;
   table.table = "fresh";
@@ -211,7 +211,7 @@ TEST(Html, ProjectNotesAreBeforeTables) {
 
 // --- Bounds ---
 
-// A table of which every fiftieth field becomes smaller.
+// A table in which every fiftieth field becomes smaller.
 Checked ManyFields(int number, bool ask = true) {
   std::string before = kUid;
   std::string after = kUid;
@@ -222,7 +222,7 @@ Checked ManyFields(int number, bool ask = true) {
   return Check(Meta("wide", before), Meta("wide", after), ask);
 }
 
-TEST(Html, OfLongFilesOnlyLinesNearAMarkAreShown) {
+TEST(Html, ShowsOnlyMarkedPartsOfLongFiles) {
   const Checked checked = ManyFields(1500);
   const Page page(checked.report);
   ASSERT_EQ(page.findings().size(), 30u);
@@ -249,7 +249,7 @@ TEST(Html, LimitsAreKeptAndReported) {
   EXPECT_THAT(sources.SectionOf(0), HasSubstr("The page shows at most 20 rows of source."));
 }
 
-TEST(Html, ManyFieldsAreDrawnAsOneWhereTheyStayTogether) {
+TEST(Html, DrawsManyAdjacentFieldsAsOnePiece) {
   const Checked checked = ManyFields(500, false);
   const std::string html = LayoutSection(checked.report.tables.front(), "x");
   EXPECT_THAT(html, HasSubstr("49 fields"));
@@ -264,7 +264,7 @@ TEST(Html, UnchangedLayoutIsOneSentence) {
   EXPECT_THAT(LayoutSection(checked.report.tables.front(), "x"), HasSubstr("Unchanged: 4 bytes in 1 field"));
 }
 
-TEST(Html, PiecesAreDrawnToScaleButForTheSmallest) {
+TEST(Html, DrawsPiecesToScaleExceptTheSmallest) {
   const Checked checked = Check(Meta("orders", kUid + Entry("body", "bytes", " size=\"4092\"")),
                                 Meta("orders", kUid + Entry("body", "bytes", " size=\"8188\"")));
   const std::string html = LayoutSection(checked.report.tables.front(), "x");

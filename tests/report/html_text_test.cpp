@@ -25,7 +25,7 @@ TEST(HtmlText, ControlCharactersAreShown) {
 
 TEST(HtmlText, InvalidUtf8IsReplaced) {
   EXPECT_EQ(Html("a\xff"), "a\xEF\xBF\xBD");
-  EXPECT_EQ(Html("\xc3<"), "\xEF\xBF\xBD&lt;") << "half a character does not swallow the next one";
+  EXPECT_EQ(Html("\xc3<"), "\xEF\xBF\xBD&lt;") << "a truncated character does not consume the next one";
 }
 
 TEST(HtmlText, LinesKeepTheirTabs) { EXPECT_EQ(HtmlLine("\t<a>\tb\r"), "\t&lt;a&gt;\tb\\r"); }

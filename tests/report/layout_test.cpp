@@ -23,7 +23,7 @@ Source Orders(const std::string& fields, const std::string& protocol = "QMX") {
 }
 
 // "path@offset+size", with a '+' before offsets inside an element.
-std::vector<std::string> Shown(const TableLayout& layout) {
+std::vector<std::string> ToText(const TableLayout& layout) {
   std::vector<std::string> shown;
   for (const FieldLayout& field : layout.fields) {
     shown.push_back(field.path + "@" + (field.in_element ? "+" : "") + std::to_string(field.offset) + ":" +
@@ -49,7 +49,7 @@ constexpr char kNested[] = R"(
 
 TEST(Layout, OffsetsCountFromRecordOrInnermostElement) {
   EXPECT_THAT(
-      Shown(LayoutOf(Library(kNested), "orders")),
+      ToText(LayoutOf(Library(kNested), "orders")),
       ElementsAre("uid@0:8", "n@8:1", "lines@9:400", "lines[].sku@+0:4", "lines[].price@+4:12", "lines[].price.cents@+4:8",
                   "lines[].price.currency@+12:4", "lines[].taxes@+16:24", "lines[].taxes[].cents@+0:8",
                   "lines[].taxes[].currency@+8:4", "total@409:12", "total.cents@409:8", "total.currency@417:4"));
@@ -61,7 +61,7 @@ TEST(Layout, OccurrencesAreMultiplied) {
   EXPECT_EQ(layout.own_fields, 4u);
   EXPECT_EQ(layout.fields[2].in_record, 400u);
   EXPECT_EQ(layout.fields[8].in_record, 8u * 2 * 10);
-  EXPECT_EQ(layout.fields[2].end, 10u) << "behind everything inside lines";
+  EXPECT_EQ(layout.fields[2].end, 10u) << "after all fields inside lines";
 }
 
 TEST(Layout, UnionMembersStartAtZero) {
@@ -69,7 +69,7 @@ TEST(Layout, UnionMembersStartAtZero) {
     <meta name="value" kind="union"><entry name="number" type="int64"/><entry name="word" type="string" size="12"/></meta>
     <meta name="orders"><entry name="uid" type="uint32"/><entry name="v" type="value"/><entry name="end" type="uint8"/>
     <primarykey entries="uid"/></meta>)");
-  EXPECT_THAT(Shown(LayoutOf(source, "orders")), ElementsAre("uid@0:4", "v@4:12", "v.number@4:8", "v.word@4:12", "end@16:1"));
+  EXPECT_THAT(ToText(LayoutOf(source, "orders")), ElementsAre("uid@0:4", "v@4:12", "v.number@4:8", "v.word@4:12", "end@16:1"));
 }
 
 TEST(Layout, OnlyFieldsOfTheTableAreKeysAndSortFields) {
@@ -140,7 +140,7 @@ TEST(LayoutPairs, DescribesEachChange) {
       {"removed", a + b, b, {"a: removed", "b: moved by -4"}},
       {"wider", a + b, "<entry name='a' id='2' type='uint64'/>" + b, {"a: type uint32 -> uint64, grew by 4", "b: moved by +4"}},
       {"renamed", a + b, "<entry name='c' id='2' type='uint32'/>" + b, {"c: renamed from a", "b: "}},
-      {"no ids, no rename", "<entry name='a' type='uint32'/>", "<entry name='c' type='uint32'/>", {"a: removed", "c: added"}},
+      {"renamed without ids", "<entry name='a' type='uint32'/>", "<entry name='c' type='uint32'/>", {"a: removed", "c: added"}},
       {"swapped", a + b, b + a, {"b: moved by -4", "a: moved by +1"}},
       {"fewer",
        "<entry name='a' type='uint16' count='4'/>",

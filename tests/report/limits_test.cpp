@@ -1,4 +1,4 @@
-// Holds docs/limits.md to the constants: every limit has one row with its value, and every such row is a limit.
+// Compares docs/limits.md with the constants: every limit has one row with its value, and every row is a limit.
 #include <gmock/gmock.h>
 
 #include <map>
@@ -35,7 +35,7 @@ const std::map<std::string, std::uint64_t> kLimits = {
     {"kMaxSnippet", kMaxSnippet},
 };
 
-// What the groups of a pattern find in a text, the second group of each place by the first.
+// The matches of a pattern in a text: the second group of each, by the first.
 Values Found(const std::string& text, const std::string& pattern) {
   const std::regex wanted(pattern);
   Values found;
@@ -45,7 +45,7 @@ Values Found(const std::string& text, const std::string& pattern) {
   return found;
 }
 
-TEST(Limits, ThePageTellsEachWithItsValue) {
+TEST(Limits, PageListsEachLimitWithItsValue) {
   // A row is | what | value | `constant` | ...
   const Values rows = Found(cases::ReadFile(kRoot + "docs/limits.md"), "[|] (?=[0-9]+ [|] `(kMax[A-Za-z]+)` [|])([0-9]+)");
   Values wanted;
@@ -53,7 +53,7 @@ TEST(Limits, ThePageTellsEachWithItsValue) {
   EXPECT_EQ(rows, wanted);
 }
 
-TEST(Limits, EachConstantOfTheHeadersIsLookedAt) {
+TEST(Limits, EveryConstantOfTheHeadersIsChecked) {
   Values declared;
   for (const char* header : {"include/qmx/qmx_limits.h", "src/base/limits.h"}) {
     declared.merge(Found(cases::ReadFile(kRoot + header), "inline constexpr [a-z_:]+ (kMax[A-Za-z]+)( =)"));

@@ -1,5 +1,5 @@
-// Texts side by side: every line once, equal ones beside each other, those of one change as far as that goes.
-#include "base/line_rows.h"
+// Aligns two texts side by side: every line once, equal lines in one row, and changed lines in one row where possible.
+#include "base/alignment.h"
 
 #include <gmock/gmock.h>
 
@@ -13,8 +13,8 @@ namespace {
 using namespace korvel;
 using testing::ElementsAre;
 
-// "1=1" for equal lines, "2~2" for lines of one row that differ, "3-" and "+3" for lines alone.
-std::vector<std::string> Shown(const std::vector<LineRow>& rows) {
+// "1=1" for equal lines, "2~2" for different lines in one row, "3-" and "+3" for single lines.
+std::vector<std::string> ToText(const std::vector<LineRow>& rows) {
   std::vector<std::string> shown;
   for (const LineRow& row : rows) {
     const std::string before = row.old_line == 0 ? "" : std::to_string(row.old_line);
@@ -25,7 +25,7 @@ std::vector<std::string> Shown(const std::vector<LineRow>& rows) {
   return shown;
 }
 
-TEST(SourceLines, EndAsPlacesCountThem) {
+TEST(SourceLines, EndAtAnyLineEnd) {
   EXPECT_THAT(SourceLines("a\nb\r\nc\rd"), ElementsAre("a", "b", "c", "d"));
   EXPECT_THAT(SourceLines("a\n\nb\n"), ElementsAre("a", "", "b"));
   EXPECT_THAT(SourceLines("\xEF\xBB\xBFx\n"), ElementsAre("x"));
@@ -33,24 +33,24 @@ TEST(SourceLines, EndAsPlacesCountThem) {
 }
 
 TEST(AlignLines, EqualLinesShareARow) {
-  EXPECT_THAT(Shown(AlignLines({"a", "b", "c"}, {"a", "x", "c"}, {})), ElementsAre("1=1", "2-", "+2", "3=3"));
-  EXPECT_THAT(Shown(AlignLines({"a", "c"}, {"a", "b", "c"}, {})), ElementsAre("1=1", "+2", "2=3"));
-  EXPECT_THAT(Shown(AlignLines({}, {"a"}, {})), ElementsAre("+1"));
-  EXPECT_THAT(Shown(AlignLines({"a"}, {"a"}, {})), ElementsAre("1=1"));
+  EXPECT_THAT(ToText(AlignLines({"a", "b", "c"}, {"a", "x", "c"}, {})), ElementsAre("1=1", "2-", "+2", "3=3"));
+  EXPECT_THAT(ToText(AlignLines({"a", "c"}, {"a", "b", "c"}, {})), ElementsAre("1=1", "+2", "2=3"));
+  EXPECT_THAT(ToText(AlignLines({}, {"a"}, {})), ElementsAre("+1"));
+  EXPECT_THAT(ToText(AlignLines({"a"}, {"a"}, {})), ElementsAre("1=1"));
 }
 
-TEST(AlignLines, LinesOfOneChangeShareARowWithoutCrossingOthers) {
-  EXPECT_THAT(Shown(AlignLines({"a", "b", "c"}, {"x", "B", "c"}, {{2, 2}})), ElementsAre("1-", "+1", "2~2", "3=3"));
-  EXPECT_THAT(Shown(AlignLines({"b", "c"}, {"C", "B"}, {{2, 1}, {1, 2}})), ElementsAre("1-", "2~1", "+2"));
-  EXPECT_THAT(Shown(AlignLines({"b"}, {"B", "C"}, {{1, 2}, {1, 2}})), ElementsAre("+1", "1~2")) << "told twice";
+TEST(AlignLines, KnownPairsShareARowUnlessTheyCross) {
+  EXPECT_THAT(ToText(AlignLines({"a", "b", "c"}, {"x", "B", "c"}, {{2, 2}})), ElementsAre("1-", "+1", "2~2", "3=3"));
+  EXPECT_THAT(ToText(AlignLines({"b", "c"}, {"C", "B"}, {{2, 1}, {1, 2}})), ElementsAre("1-", "2~1", "+2"));
+  EXPECT_THAT(ToText(AlignLines({"b"}, {"B", "C"}, {{1, 2}, {1, 2}})), ElementsAre("+1", "1~2")) << "listed twice";
 }
 
-TEST(AlignLines, AMovedLineStaysAloneOnBothSides) {
-  EXPECT_THAT(Shown(AlignLines({"a", "b", "c", "m"}, {"m", "a", "b", "c"}, {{4, 1}})),
+TEST(AlignLines, MovedLineHasARowOnEachSide) {
+  EXPECT_THAT(ToText(AlignLines({"a", "b", "c", "m"}, {"m", "a", "b", "c"}, {{4, 1}})),
               ElementsAre("+1", "1=2", "2=3", "3=4", "4-"));
 }
 
-TEST(AlignLines, EveryLineStandsOnceAndInOrderWhateverIsKnown) {
+TEST(AlignLines, EveryLineOccursOnceAndInOrder) {
   const char* const given = std::getenv("KORVEL_SEED");
   const unsigned seed = given == nullptr ? std::random_device()() : static_cast<unsigned>(std::strtoul(given, nullptr, 10));
   SCOPED_TRACE("KORVEL_SEED=" + std::to_string(seed));

@@ -1,4 +1,4 @@
-// Reports in programs that set a locale with other decimal points and other rules for upper and lower case. The tool sets no
+// Reports in programs that set a locale with another decimal point and other rules for upper and lower case. The tool sets no
 // locale, but a store that links the checker may.
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -19,7 +19,7 @@ namespace {
 std::string AllReports() {
   std::string all;
   for (const std::string proposal : {"v7.xml", "v7-wider-key.xml", "v7-several-changes.xml"}) {
-    const Judged checked = JudgeExample({"locale", "examples/shop/v6.xml", "examples/shop/" + proposal});
+    const CheckedReport checked = CheckExample({"locale", "examples/shop/v6.xml", "examples/shop/" + proposal});
     for (const korvel::Format& format : korvel::Formats()) all += format.render(checked.report, false);
   }
   return all;
@@ -31,7 +31,7 @@ class OddNumbers : public std::numpunct<char> {
   std::string do_grouping() const override { return "\1"; }
 };
 
-TEST(Locale, OfStreamsDoesNotMatter) {
+TEST(Locale, OfStreamsHasNoEffect) {
   const std::string wanted = AllReports();
   const std::locale before = std::locale::global(std::locale(std::locale::classic(), new OddNumbers));
   const std::string reports = AllReports();
@@ -46,7 +46,7 @@ bool MakeLocale(const std::string& directory, const std::string& name) {
   return std::system(make.c_str()) == 0;
 }
 
-TEST(Locale, OfTheCLibraryDoesNotMatter) {
+TEST(Locale, OfTheCLibraryHasNoEffect) {
   std::string directory = testing::TempDir() + "locales-XXXXXX";
   ASSERT_NE(::mkdtemp(directory.data()), nullptr);
   const std::string wanted = AllReports();
@@ -63,7 +63,7 @@ TEST(Locale, OfTheCLibraryDoesNotMatter) {
     ++tried;
   }
   std::filesystem::remove_all(directory);
-  if (tried == 0) GTEST_SKIP() << "no localedef, or no locale sources";
+  if (tried == 0) GTEST_SKIP() << "localedef or the locale sources are missing";
 }
 
 }  // namespace

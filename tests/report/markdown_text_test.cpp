@@ -1,5 +1,5 @@
-// Texts in Markdown mean what they say, whatever they are.
-#include "base/markdown_text.h"
+// Texts in Markdown are shown literally, whatever they contain.
+#include "base/text.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@ struct TextCase {
 };
 
 constexpr TextCase kCases[] = {
-    {"plain words", "can't be modified! entry:'uid' metaname:'orders'", "can't be modified! entry:'uid' metaname:'orders'"},
+    {"plain text", "can't be modified! entry:'uid' metaname:'orders'", "can't be modified! entry:'uid' metaname:'orders'"},
     {"names", "note_2 old.xml -> new.xml", "note_2 old.xml -> new.xml"},
     {"a cell's end", "a|b", "a&#124;b"},
     {"code", "`a`", "&#96;a&#96;"},
@@ -30,24 +30,24 @@ constexpr TextCase kCases[] = {
     {"lines", "a\nb\r\n\n# c", "a&#92;nb&#92;r&#92;n&#92;n<code>&#35;</code> c"},
     {"backslashes", "\\|", "&#92;&#124;"},
     {"lists", "1. a", "1&#46; a"},
-    {"other lists", "1) a", "1&#41; a"},
-    {"and others", "- a", "&#45; a"},
+    {"numbered lists", "1) a", "1&#41; a"},
+    {"bulleted lists", "- a", "&#45; a"},
     {"quotations", "> a", "&#62; a"},
     {"commands", "/close", "&#47;close"},
     {"formulas", "$a$", "&#36;a&#36;"},
-    {"bytes that are no UTF-8", "a\xff", "a\xef\xbf\xbd"},
+    {"invalid UTF-8", "a\xff", "a\xef\xbf\xbd"},
 };
 
-TEST(MarkdownText, MeansWhatItSays) {
+TEST(MarkdownText, IsShownLiterally) {
   for (const TextCase& test : kCases) EXPECT_EQ(MarkdownText(test.text), test.markdown) << test.what;
 }
 
-TEST(MarkdownCode, IsCodeInACellToo) {
+TEST(MarkdownCode, IsCodeInATableCell) {
   EXPECT_EQ(MarkdownCode("old.xml:3:4"), "<code>old.xml:3:4</code>");
   EXPECT_EQ(MarkdownCode("a`|</code>@x"), "<code>a&#96;&#124;&#60;/code>&#64;x</code>");
 }
 
-TEST(MarkdownBlock, NothingEndsIt) {
+TEST(MarkdownBlock, NoLineEndsIt) {
   EXPECT_EQ(MarkdownBlock("diff", "-a\n"), "```diff\n-a\n```\n");
   EXPECT_EQ(MarkdownBlock("", "a\n````\n``\n"), "`````\na\n````\n``\n`````\n");
 }

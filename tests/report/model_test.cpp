@@ -1,4 +1,4 @@
-// Models: what they hold of a library, and the library made of one.
+// Models: what they contain of a library, and the library built from one.
 #include "schema/model.h"
 
 #include <gmock/gmock.h>
@@ -37,7 +37,7 @@ std::vector<std::string> NamesOf(const Model& model) {
   return names;
 }
 
-TEST(Model, HoldsWhatTheTableReaches) {
+TEST(Model, ContainsWhatTheTableReaches) {
   const Model model = ModelOf(ReadSource("mall.xml", kMall), "orders");
   EXPECT_EQ(model.name, "mall");
   EXPECT_EQ(model.version, 7);
@@ -57,8 +57,8 @@ TEST(Model, HoldsWhatTheTableReaches) {
   EXPECT_EQ(model.metas[0], orders);
 }
 
-// Indexes were not counted, and a table of thousands of them kept the search for ways out busy for hours.
-TEST(Model, CountsAllOfItsParts) {
+// Regression: indexes were not counted, and a table with thousands of them kept the search for suggestions busy for hours.
+TEST(Model, CountsAllParts) {
   const Model model = {.name = "m",
                        .metas = {{.name = "t",
                                   .entries = {{.name = "a", .type = "s"}, {.name = "b", .type = "int8"}},
@@ -69,12 +69,12 @@ TEST(Model, CountsAllOfItsParts) {
   EXPECT_EQ(PartsOf(model), 2u + 3u + 1u + 2u + 2u + 3u);
 }
 
-TEST(Model, OfALibraryOfAModelIsTheModel) {
+TEST(Model, SurvivesBuildingAndReading) {
   const Model model = ModelOf(ReadSource("mall.xml", kMall), "orders");
   EXPECT_EQ(ModelOf(SourceOf("made", model), "orders"), model);
 }
 
-// The fields of a one-table model after it has gone through a library.
+// The fields of a one-table model after building and reading it.
 std::vector<std::string> RefersOf(std::vector<EntryModel> entries) {
   const Model model{"lib", 1, qmx::Protocol::kQmx, {{.name = "t", .entries = std::move(entries)}}};
   std::vector<std::string> refers;
@@ -83,7 +83,7 @@ std::vector<std::string> RefersOf(std::vector<EntryModel> entries) {
   return refers;
 }
 
-TEST(Build, DropsRefersThatDoNotHold) {
+TEST(Build, DropsInvalidRefers) {
   const EntryModel counted{.name = "list", .type = "int8", .count = 9, .refer = "n"};
   EXPECT_THAT(RefersOf({{.name = "n", .type = "uint8"}, counted}), ElementsAre("", "n"));
   EXPECT_THAT(RefersOf({counted, {.name = "n", .type = "uint8"}}), ElementsAre("", ""));
@@ -93,7 +93,7 @@ TEST(Build, DropsRefersThatDoNotHold) {
   EXPECT_THAT(RefersOf({{.name = "n", .type = "uint8", .refer = "n"}}), ElementsAre(""));
 }
 
-TEST(Build, DropsMembersAndColumnsOfNoEntry) {
+TEST(Build, DropsMembersAndColumnsWithoutEntry) {
   MetaModel meta{.name = "t", .entries = {{.name = "a", .type = "int8"}}};
   meta.primary_key = {"gone", "a"};
   meta.splittable_key = {"gone"};

@@ -75,7 +75,7 @@ class ModelMaker {
   }
   std::string AnyName() { return "f" + std::to_string(Below(40)); }
 
-  // A structure embeds those behind it only.
+  // A structure embeds only later ones.
   std::string AnyType(std::size_t meta, std::size_t structures) {
     if (meta < structures && OneIn(3)) return "s" + std::to_string(meta + 1 + Below(structures - meta));
     return Any(kTypes);
@@ -119,7 +119,7 @@ class ModelMaker {
     return std::ranges::find(meta.entries, name, &EntryModel::name) != meta.entries.end();
   }
 
-  // Entries keep names and ids of their own, as in a schema file.
+  // Names and ids of entries are unique, as in a schema file.
   void AddEntry(MetaModel& meta, std::size_t position, std::size_t structures) {
     const std::string name = AnyName();
     if (HasEntry(meta, name)) return;
@@ -129,7 +129,7 @@ class ModelMaker {
     if (OneIn(3)) added->refer = Any(meta.entries).name;
   }
 
-  // What refers to a renamed entry mostly goes with it.
+  // References to a renamed entry are usually renamed with it.
   void Rename(MetaModel& meta, EntryModel& entry) {
     const std::string name = AnyName();
     if (HasEntry(meta, name)) return;

@@ -1,4 +1,4 @@
-// Sources out of models, and random pairs of models.
+// Makes sources of models, and random pairs of models.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@
 
 namespace report_test {
 
-// A library without a text, as from an image. REQUIRES: it can be laid out.
+// A library without text, as from an image. REQUIRES: it can be laid out.
 korvel::Source SourceOf(const std::string& name, const korvel::Model& model);
 
 // The bytes of a library.
@@ -22,13 +22,13 @@ struct ModelPair {
   korvel::Model new_model;
 };
 
-// Table "t" and up to six structures, shared or not; the new side is the old one after a few changes of any kind.
+// Table "t" and up to six structures, which may be shared; the new side is the old one after a few changes of any kind.
 ModelPair RandomModels(std::mt19937_64& random);
 
-// A number from the environment.
+// A number from an environment variable.
 std::uint64_t NumberFrom(const char* variable, std::uint64_t otherwise);
 
-// "entry-type orders.uid: type of uid: uint32 -> uint64", one line an edit, with the edits that it needs ("needs 0 2").
+// "entry-type orders.uid: type of uid: uint32 -> uint64", one line for each edit, with the edits that it needs ("needs 0 2").
 std::vector<std::string> Lines(const korvel::Difference& difference);
 
 }  // namespace report_test

@@ -1,4 +1,4 @@
-// Work that is spread over threads: everything once, whatever the number of threads, and faults like those of a loop.
+// Work on several threads: every item is done once, whatever the number of threads, and exceptions are like those of a loop.
 #include "base/parallel.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ using korvel::ForEach;
 
 class Parallel : public ::testing::TestWithParam<std::size_t> {};
 
-TEST_P(Parallel, EverythingIsDoneOnce) {
+TEST_P(Parallel, DoesEverythingOnce) {
   std::vector<std::atomic<int>> done(1000);
   ForEach(done.size(), GetParam(), [&](std::size_t i) { ++done[i]; });
   for (std::size_t i = 0; i < done.size(); ++i) EXPECT_EQ(done[i], 1) << i;
@@ -24,7 +24,7 @@ TEST_P(Parallel, NothingToDo) {
   ForEach(0, GetParam(), [](std::size_t) { FAIL(); });
 }
 
-TEST_P(Parallel, TheFirstFaultIsThrownWhenAllIsDone) {
+TEST_P(Parallel, ThrowsFirstExceptionAfterAllWork) {
   std::atomic<int> done = 0;
   try {
     ForEach(100, GetParam(), [&](std::size_t i) {

@@ -1,4 +1,4 @@
-// Sources out of texts and files.
+// Makes sources of texts and files.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@
 
 namespace report_test {
 
-// The source that a schema file of this content gives. Fails the test, and throws, on a text that is no schema.
+// The source of a schema file with this content. If the content is not a schema, fails the test and throws.
 korvel::Source ReadSource(const std::string& name, const std::string& text);
 
 }  // namespace report_test

@@ -1,4 +1,4 @@
-// Files rewritten to say what a model says: whole texts for the usual changes, and a law for random ones in odd layouts.
+// Rewrites files according to a model: complete texts for usual changes, and a law for random changes and unusual layouts.
 #include "analysis/suggest/rewrite.h"
 
 #include <gtest/gtest.h>
@@ -42,7 +42,7 @@ constexpr char kOld[] = R"(<metalib name="mall" version="5" protocol="QMX">
 </metalib>
 )";
 
-// What becomes of `text` when its table "orders" is changed.
+// The text of `text` after its table "orders" is changed.
 std::string Rewritten(const std::string& text, const std::function<void(Model&)>& change) {
   const Source source = ReadSource("new.xml", text);
   const Source old_source = ReadSource("old.xml", kOld);
@@ -73,7 +73,7 @@ std::string With(std::string text, const std::string& what, const std::string& b
   return text.replace(at, what.size(), by);
 }
 
-TEST(Rewrite, NothingIsReplacedWhereNothingDiffers) {
+TEST(Rewrite, ReplacesNothingIfNothingDiffers) {
   EXPECT_EQ(Rewritten(kOrders, [](Model&) {}), kOrders);
 }
 
@@ -91,13 +91,13 @@ TEST(Rewrite, ChangesAttributesInPlace) {
   EXPECT_EQ(result, With(expected, " version=\"6\"", ""));
 }
 
-TEST(Rewrite, WhatIsTakenOutGoesWithItsLine) {
+TEST(Rewrite, RemovesElementsWithTheirLine) {
   const std::string result =
       Rewritten(kOrders, [](Model& model) { model.metas[0].entries.erase(model.metas[0].entries.begin() + 1); });
   EXPECT_EQ(result, With(kOrders, "    <entry name=\"shop\" version=\"6\" type='uint32' desc=\"a &lt; b\"/>\n", ""));
 }
 
-TEST(Rewrite, WhatTheOldFileHasComesBackAsItWasThere) {
+TEST(Rewrite, RestoresElementsFromTheOldFile) {
   const std::string result = Rewritten(kOrders, [](Model& model) {
     MetaModel& orders = model.metas[0];
     orders.entries.insert(orders.entries.begin() + 1, EntryModel{.name = "zone", .type = "uint32"});
@@ -111,7 +111,7 @@ TEST(Rewrite, WhatTheOldFileHasComesBackAsItWasThere) {
   EXPECT_EQ(result, expected);
 }
 
-TEST(Rewrite, ARenamedFieldKeepsItsLine) {
+TEST(Rewrite, RenamedFieldKeepsItsLine) {
   const std::string result = Rewritten(kOrders, [](Model& model) {
     model.metas[0].entries[1].name = "store";
     model.metas[0].splittable_key = {"uid", "store"};
@@ -122,7 +122,7 @@ TEST(Rewrite, ARenamedFieldKeepsItsLine) {
   EXPECT_EQ(result, expected);
 }
 
-TEST(Rewrite, AMovedFieldTakesTheCommentOnItsLineAlong) {
+TEST(Rewrite, MovedFieldKeepsTheCommentOnItsLine) {
   const std::string result = Rewritten(kOrders, [](Model& model) {
     auto& entries = model.metas[0].entries;
     std::rotate(entries.begin(), entries.begin() + 1, entries.end());
@@ -131,7 +131,7 @@ TEST(Rewrite, AMovedFieldTakesTheCommentOnItsLineAlong) {
   EXPECT_EQ(result, With(With(kOrders, line, ""), "size=\"16\"/>\n", "size=\"16\"/>\n" + line));
 }
 
-TEST(Rewrite, AMissingStructureComesFromTheOldFile) {
+TEST(Rewrite, RestoresMissingStructureFromTheOldFile) {
   const std::string result = Rewritten(kOrders, [](Model& model) {
     model.metas[0].entries.push_back({.name = "items", .type = "item", .version = 6, .count = 3});
     model.metas.push_back({.name = "item", .entries = {{.name = "sku", .type = "uint32"}}});
@@ -154,7 +154,7 @@ TEST(Rewrite, OneLineStaysOneLine) {
   EXPECT_EQ(result, With(text, "name='b' type='int8'", "name='c' type='int8' version=\"6\""));
 }
 
-TEST(Rewrite, LineEndsAndTabsAreThoseOfTheFile) {
+TEST(Rewrite, UsesLineEndsAndTabsOfTheFile) {
   std::string text = kOrders;
   for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += 2) text.replace(at, 1, "\r\n");
   const std::string result = Rewritten(text, [](Model& model) {
@@ -169,12 +169,12 @@ TEST(Rewrite, LineEndsAndTabsAreThoseOfTheFile) {
   EXPECT_EQ(result, expected);
 }
 
-TEST(Rewrite, SaysNothingWhereXmlCannot) {
+TEST(Rewrite, ReturnsNothingIfXmlCannotExpressTheModel) {
   EXPECT_EQ(Rewritten(kOrders, [](Model& model) { model.metas[0].entries[1].customattr2 = "\x01"; }), "cannot be written");
   EXPECT_EQ(Rewritten(kOrders, [](Model& model) { model.metas[0].primary_key = {"a b"}; }), "cannot be written");
 }
 
-// Writes schemas as no editor would: any blanks, quotes and line ends, descriptions, and a numbered comment between elements.
+// Writes schemas in unusual layouts: any blanks, quotes and line ends, descriptions, and a numbered comment between elements.
 class OddWriter {
  public:
   explicit OddWriter(std::mt19937_64& random) : random_(random), line_end_(OneIn(2) ? "\n" : "\r\n") {}
@@ -246,10 +246,10 @@ class OddWriter {
   std::string line_end_;
   std::string text_;
   int comments_ = 0;
-  bool in_index_ = false;  // what stands in one goes with it
+  bool in_index_ = false;  // comments inside an index are removed with it
 };
 
-// Any model that some of the edits make.
+// A random model that some of the edits make.
 Model AnyModel(const Source& old_source, const Source& new_source, std::mt19937_64& random) {
   const korvel::Difference difference(old_source, new_source, "t");
   std::vector<bool> chosen(difference.edits().size());
@@ -268,7 +268,7 @@ bool CanBeRead(const Model& model) {
   return SourceOfText("any", text + "</metalib>").has_value();
 }
 
-TEST(RewriteLaws, AnyModelCanBeWrittenIntoAnyLayout) {
+TEST(RewriteLaws, WritesAnyModelInAnyLayout) {
   const std::uint64_t seed = NumberFrom("KORVEL_SEED", 20261121);
   const std::uint64_t pairs = NumberFrom("KORVEL_PAIRS", 500);
   std::printf("seed %llu, %llu pairs\n", static_cast<unsigned long long>(seed), static_cast<unsigned long long>(pairs));
@@ -296,7 +296,7 @@ TEST(RewriteLaws, AnyModelCanBeWrittenIntoAnyLayout) {
                                                                                                     << text << "\n----\n"
                                                                                                     << result;
     }
-    // A file that says what is wanted stays as it is.
+    // A file that matches the model already is unchanged.
     EXPECT_EQ(Rewriter(*again, old_source).Rewrite(wanted)->size(), 0u);
   }
   if (pairs >= 500) {

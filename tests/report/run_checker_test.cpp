@@ -1,4 +1,4 @@
-// The checker's answers as reports keep them.
+// Verdicts of the checker as reports store them.
 #include "analysis/findings/run_checker.h"
 
 #include <gtest/gtest.h>
@@ -9,9 +9,9 @@
 namespace report_test {
 namespace {
 
+using korvel::PartialSettings;
 using korvel::ResolveSettings;
 using korvel::RunChecker;
-using korvel::Settings;
 using korvel::Source;
 using korvel::Verdict;
 
@@ -20,33 +20,34 @@ Source Orders(const std::string& fields) {
                                       "<primarykey entries=\"uid\"/></meta></metalib>");
 }
 
-Verdict Ask(const Source& old_source, const Source& new_source, const std::string& server_version = "") {
-  Settings given;
+Verdict VerdictOn(const Source& old_source, const Source& new_source, const std::string& server_version = "") {
+  PartialSettings given;
   given.server_version = server_version;
   return RunChecker(old_source.Library(), new_source.Library(), "orders", ResolveSettings(given, old_source, "orders"));
 }
 
-TEST(RunChecker, AnAllowedChangeHasNoText) {
+TEST(RunChecker, AllowedChangeHasNoText) {
   const Source source = Orders(R"(<entry name="uid" type="uint32"/>)");
-  const Verdict verdict = Ask(source, source);
+  const Verdict verdict = VerdictOn(source, source);
   EXPECT_FALSE(verdict.Refused());
   EXPECT_EQ(verdict.text, "");
   EXPECT_EQ(verdict.rule, "");
 }
 
-TEST(RunChecker, ARefusedOneHasCodeTextAndRule) {
-  const Verdict verdict = Ask(Orders(R"(<entry name="uid" type="uint32"/>)"), Orders(R"(<entry name="uid" type="uint64"/>)"));
+TEST(RunChecker, RefusedChangeHasCodeTextAndRule) {
+  const Verdict verdict =
+      VerdictOn(Orders(R"(<entry name="uid" type="uint32"/>)"), Orders(R"(<entry name="uid" type="uint64"/>)"));
   EXPECT_TRUE(verdict.Refused());
   EXPECT_EQ(verdict.code, -3);
   EXPECT_EQ(verdict.text, "The size of primarykey can't be modified! entry:'uid' metaname:'orders'");
   EXPECT_EQ(verdict.rule, "primary-key.size");
 }
 
-// The checker refuses to look at field lengths without a log category.
-TEST(RunChecker, FieldLengthsAreLookedAt) {
+// Without a log category the checker refuses to check field lengths.
+TEST(RunChecker, ChecksFieldLengths) {
   const Source source = Orders(R"(<entry name="uid" type="uint32"/><entry name="blob" type="bytes" size="200000"/>)");
-  EXPECT_EQ(Ask(source, source, "3.0.0").text, "ERR_ENTRY_LEN;blob|");
-  EXPECT_FALSE(Ask(source, source, "3.29.0").Refused());
+  EXPECT_EQ(VerdictOn(source, source, "3.0.0").text, "ERR_ENTRY_LEN;blob|");
+  EXPECT_FALSE(VerdictOn(source, source, "3.29.0").Refused());
 }
 
 }  // namespace

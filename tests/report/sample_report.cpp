@@ -63,7 +63,7 @@ constexpr char kNew[] = R"(<metalib name="mall" version="6" protocol="QMX">
 </metalib>
 )";
 
-// Positions of metas, old and new.
+// The position of a meta in the old and the new source.
 constexpr std::uint32_t kItem = 0, kOrders = 1, kCarts = 2, kUsers = 3, kOldZones = 4, kOldLogs = 5, kNewLogs = 4, kOldStyle = 6,
                         kNewStyle = 5, kNotes = 6;
 
@@ -101,7 +101,7 @@ class Maker {
     return {kind, meta + suffix_, item + suffix_, before, after, {path + suffix_}, 1, old_location, new_location};
   }
 
-  // The finding of some edits, at the first of them.
+  // A finding for some edits, located at the first of them.
   Finding MakeFinding(const Changes& changes, std::vector<std::size_t> edits, int code, const std::string& rule,
                       const std::string& text, const std::string& suggestion, const std::string& fingerprint) const {
     Finding finding;
@@ -126,9 +126,9 @@ class Maker {
 
 void Answer(TableResult& table) {
   const Finding& first = table.changes->findings.front();
-  table.code = first.verdict.code;
-  table.rule = first.verdict.rule;
-  table.text = first.verdict.text;
+  table.verdict.code = first.verdict.code;
+  table.verdict.rule = first.verdict.rule;
+  table.verdict.text = first.verdict.text;
 }
 
 constexpr char kSmaller[] = "The size of entry can't be reduced! entry:'price' metaname:'item'";
@@ -158,9 +158,11 @@ TableResult Orders(const Maker& maker) {
       maker.MakeEdit(EditKind::kEntryAdded, "orders", "note", "", "", {}, new_entry(3, "")),
       SmallerPrice(maker, "orders.items[].price"),
       maker.MakeEdit(EditKind::kEntryMoved, "orders", "items", "", "", old_entry(3, ""), new_entry(2, "")),
+      maker.MakeEdit(EditKind::kEntryMoved, "orders", "zone", "", "", old_entry(2, ""), new_entry(1, "")),
   };
-  changes.status = {EditStatus::kRefused, EditStatus::kRefused, EditStatus::kRefused,
-                    EditStatus::kAllowed, EditStatus::kRefused, EditStatus::kBlocked};
+  changes.status = {EditStatus::kRefused, EditStatus::kRefused, EditStatus::kRefused,   EditStatus::kAllowed,
+                    EditStatus::kRefused, EditStatus::kBlocked, EditStatus::kNotChecked};
+  changes.stopped = true;
   changes.findings = {
       maker.MakeFinding(changes, {0}, -3, "primary-key.size",
                         "The size of primarykey can't be modified! entry:'uid' metaname:'orders'",
@@ -231,9 +233,9 @@ TableResult OldStyle(const Maker& maker) {
   table.changes->allowed_together = finding.verdict;
   table.changes->stopped = true;
   Answer(table);
-  // The whole check has another text.
-  table.rule = "field-name.invalid";
-  table.text = "CheckFieldNameValidate failed! table:'old_style" + maker.suffix() + "'";
+  // The main check has another text.
+  table.verdict.rule = "field-name.invalid";
+  table.verdict.text = "CheckFieldNameValidate failed! table:'old_style" + maker.suffix() + "'";
   return table;
 }
 

@@ -1,4 +1,4 @@
-// A report with everything that a report can have in it, made by hand.
+// A handmade report that contains everything that a report can contain.
 #pragma once
 
 #include <memory>
@@ -8,17 +8,17 @@
 
 namespace report_test {
 
-// A report and the sources that it is about. Every name in it ends in `suffix`, so that a test can put into all of them whatever
-// may not break out of a format.
+// A report and its sources. Every name in it ends in `suffix`, so that a test can add characters that must not break out of a
+// format.
 struct Sample {
   std::unique_ptr<korvel::Source> old_source;
   std::unique_ptr<korvel::Source> new_source;
   korvel::Report report;
 };
 
-// Tables: orders (of its six changes two are refused alone, two only together, one waits), carts (refused by what it
-// shares with orders), users (all waived), zones (gone), logs (allowed), notes (new), old_style (refused as it already was).
-// A file was added, one deleted, one moved; a waiver is expired.
+// Tables: orders (of its seven changes two are refused alone, two only in combination, one is blocked, one was not checked), carts
+// (refused because of a structure shared with orders), users (all findings waived), zones (removed), logs (allowed), notes (new),
+// old_style (pre-existing refusal). One file is added, one deleted, one moved; one waiver has expired.
 Sample EverythingReport(const std::string& suffix = "");
 
 // Two tables, both allowed, nothing else.

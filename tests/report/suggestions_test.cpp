@@ -1,4 +1,4 @@
-// Ways out: what is offered for which change, that the checker allows it, and that a fix makes that and nothing else.
+// Suggestions: what is suggested for which change, that the checker allows it, and that a fix makes exactly this change.
 #include "analysis/suggest/suggestions.h"
 #include "analysis/findings/run_checker.h"
 
@@ -15,6 +15,8 @@
 namespace report_test {
 namespace {
 
+const std::string kTable = "t";
+
 using namespace korvel;
 
 struct Sides {
@@ -25,7 +27,7 @@ struct Sides {
   int new_version = 6;
   std::string old_attributes = {};
   std::string new_attributes = {};
-  Settings given = {};
+  PartialSettings given = {};
 };
 
 std::string Library(int version, const std::string& protocol, const std::string& attributes, const std::string& fields) {
@@ -36,11 +38,11 @@ std::string Library(int version, const std::string& protocol, const std::string&
          ">\n<entry name=\"uid\" id=\"1\" type=\"uint32\"/>\n" + fields + "<primarykey entries=\"uid\"/>\n</meta>\n</metalib>\n";
 }
 
-// The findings of a change, and what became of it.
+// The findings of a change, and its fixed versions.
 struct Fixed {
   Changes changes;
   Suggestion suggestion;
-  std::vector<std::string> fixed;  // of each finding, the file with its fix
+  std::vector<std::string> fixed;  // for each finding, the file after its fix
 };
 
 Fixed Fix(const Sides& sides) {
@@ -50,15 +52,16 @@ Fixed Fix(const Sides& sides) {
       ReadSource("new.xml", Library(sides.new_version, sides.protocol, sides.new_attributes, sides.new_fields));
   const Settings settings = ResolveSettings(sides.given, old_source, "t");
   const Verdict whole = RunChecker(old_source.Library(), new_source.Library(), "t", settings);
+  const TableContext context{old_source, new_source, kTable, settings};
   const Difference difference(old_source, new_source, "t");
   Fixed fixed;
-  fixed.changes = FindChanges(difference, old_source, new_source, "t", settings, whole, kMaxFindings);
-  fixed.suggestion = Suggest(difference, old_source, "t", settings, fixed.changes);
-  FindSuggestions(difference, old_source, new_source, "t", settings, fixed.changes, true);
+  fixed.changes = FindChanges(context, difference, whole, kMaxFindings);
+  fixed.suggestion = Suggest(context, difference, fixed.changes);
+  FindSuggestions(context, difference, fixed.changes, true);
   const auto built = Build(fixed.suggestion.model);
   EXPECT_TRUE(built);
   const bool refused = RunChecker(old_source.Library(), built->get(), "t", settings).Refused();
-  EXPECT_EQ(fixed.suggestion.allowed, !refused) << "what it says about the suggestion";
+  EXPECT_EQ(fixed.suggestion.allowed, !refused) << "the verdict on the suggestion";
   for (const Finding& finding : fixed.changes.findings) {
     fixed.fixed.push_back(ApplyReplacements(new_source.text->bytes, finding.fix));
     EXPECT_FALSE(finding.suggestion.empty());
@@ -66,15 +69,15 @@ Fixed Fix(const Sides& sides) {
   return fixed;
 }
 
-struct LegalForm {
+struct AlternativeRow {
   const char* label;
   Sides sides;
   bool has_fix;
   const char* suggestion;
-  const char* fixed;  // stands in the fixed file
+  const char* fixed;  // part of the fixed file
 };
 
-const LegalForm kLegalForms[] = {
+const AlternativeRow kAlternativeRows[] = {
     {"an added field without a version",
      {"", "<entry name=\"note\" id=\"2\" type=\"int8\"/>\n"},
      true,
@@ -85,7 +88,7 @@ const LegalForm kLegalForms[] = {
      true,
      "set the version of note to 6, above the old library's 5",
      "<metalib name=\"m\" version=\"6\" protocol=\"QMX\">"},
-    {"a name of other bytes",
+    {"a name with illegal bytes",
      {"", "<entry name=\"net price\" id=\"2\" type=\"int8\" version=\"6\"/>\n"},
      true,
      "rename it to net_price",
@@ -100,7 +103,7 @@ const LegalForm kLegalForms[] = {
      true,
      "rename it to field",
      "name=\"field\""},
-    {"a name that is too long, while what it is cut to is taken",
+    {"a name that is too long, whose shortened form is used",
      {"<entry name=\"nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn\" id=\"2\" type=\"int8\"/>\n",
       "<entry name=\"nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn\" id=\"2\" type=\"int8\"/>\n"
       "<entry name=\"nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn\" id=\"3\" type=\"int8\" version=\"6\"/>\n"},
@@ -112,18 +115,18 @@ const LegalForm kLegalForms[] = {
      true,
      "set the version of a-b to 6, above the old library's 5; rename it to a_b",
      "<entry name=\"a_b\" id=\"2\" type=\"int8\" version=\"6\"/>\n"},
-    {"a field of another type",
+    {"another type of a field",
      {"<entry name=\"zone\" id=\"2\" type=\"uint32\"/>\n", "<entry name=\"zone\" id=\"2\" type=\"int64\"/>\n"},
      true,
      "keep zone as it is; add a new field zone_2 (int64, id 3, version 6) for the new values",
      "<entry name=\"zone\" id=\"2\" type=\"uint32\"/>\n<entry name=\"zone_2\" id=\"3\" type=\"int64\" version=\"6\"/>\n"},
-    {"more of a field whose count is fixed",
+    {"a larger fixed count",
      {"<entry name=\"zone\" id=\"2\" type=\"int8\" count=\"3\"/>\n",
       "<entry name=\"zone\" id=\"2\" type=\"int8\" count=\"4\"/>\n"},
      true,
      "keep zone as it is; add a new field zone_2 (int8 x 4, id 3, version 6) for the new values",
      "<entry name=\"zone_2\" id=\"3\" type=\"int8\" version=\"6\" count=\"4\"/>\n"},
-    {"fewer of them",
+    {"a smaller fixed count",
      {"<entry name=\"zone\" id=\"2\" type=\"int8\" count=\"3\"/>\n",
       "<entry name=\"zone\" id=\"2\" type=\"int8\" count=\"2\"/>\n"},
      false,
@@ -160,17 +163,17 @@ const LegalForm kLegalForms[] = {
      false,
      "leave out the change: do not add index i; a new table may have it",
      "<primarykey entries=\"uid\"/>\n</meta>"},
-    {"slots of a list that the server has not",
+    {"a number of list slots that differs from the server's",
      {"", "", "QMX", 5, 6, "", "TableType=LIST;ListNum=12", {1, std::nullopt, std::nullopt, std::nullopt, 10}},
      true,
      "set ListNum=10, the value on the server",
      "customattr=\"TableType=LIST;ListNum=10\""},
-    {"an attribute more",
+    {"an invalid attribute",
      {"", "", "QMX", 5, 6, "TableType=GENERIC;DataProtocol=QMX", "odd"},
      false,
      "leave out the change: keep the attributes of table t: TableType=GENERIC;DataProtocol=QMX",
      "customattr=\"TableType=GENERIC;DataProtocol=QMX\""},
-    {"another type of table where none was said",
+    {"a table type where none was declared",
      {"", "", "QMX", 5, 6, "", "TableType=GENERIC", {1, std::nullopt, std::nullopt, std::nullopt, 10}},
      false,
      "leave out the change: do not add TableType to table t",
@@ -192,28 +195,28 @@ const LegalForm kLegalForms[] = {
      "customattr=\"TableType=LIST;ListNum=12\""},
 };
 
-TEST(WaysOut, OfEachChange) {
-  for (const LegalForm& form : kLegalForms) {
-    SCOPED_TRACE(form.label);
-    const Fixed fixed = Fix(form.sides);
+TEST(Suggestions, AreExpectedForEachChange) {
+  for (const AlternativeRow& row : kAlternativeRows) {
+    SCOPED_TRACE(row.label);
+    const Fixed fixed = Fix(row.sides);
     ASSERT_FALSE(fixed.changes.findings.empty());
     for (const Finding& finding : fixed.changes.findings) {
-      EXPECT_EQ(finding.suggestion, form.suggestion);
-      EXPECT_EQ(finding.has_fix, form.has_fix);
+      EXPECT_EQ(finding.suggestion, row.suggestion);
+      EXPECT_EQ(finding.has_fix, row.has_fix);
     }
-    EXPECT_NE(fixed.fixed.front().find(form.fixed), std::string::npos) << fixed.fixed.front();
+    EXPECT_NE(fixed.fixed.front().find(row.fixed), std::string::npos) << fixed.fixed.front();
     EXPECT_TRUE(fixed.suggestion.allowed);
   }
 }
 
-TEST(WaysOut, AnAllowedChangeIsItsOwnSuggestion) {
+TEST(Suggestions, AllowedChangeIsItsOwnSuggestion) {
   const Fixed fixed = Fix({"", "<entry name=\"note\" id=\"2\" type=\"int8\" version=\"6\"/>\n"});
   EXPECT_TRUE(fixed.changes.findings.empty());
   EXPECT_TRUE(fixed.suggestion.allowed);
   EXPECT_EQ(fixed.suggestion.model.metas.front().entries.back().name, "note");
 }
 
-// Library, "t" and another table "u" of one field.
+// A library with "t" and another table "u" with one field.
 std::string TwoTables(const std::string& protocol, const std::string& fields, const std::string& other_id) {
   return "<metalib name=\"m\" version=\"5\" protocol=\"" + protocol +
          "\">\n<meta name=\"t\"><entry name=\"uid\" id=\"1\" type=\"int8\"/>" + fields +
@@ -221,29 +224,30 @@ std::string TwoTables(const std::string& protocol, const std::string& fields, co
          " type=\"int8\"/><primarykey entries=\"uid\"/></meta>\n</metalib>\n";
 }
 
-// The findings of "t" with their ways out.
-Changes WaysOutOf(const std::string& before, const Source& new_source) {
+// The findings of "t" with suggestions.
+Changes SuggestionsFor(const std::string& before, const Source& new_source) {
   const Source old_source = ReadSource("old.xml", before);
   const Settings settings = ResolveSettings({}, old_source, "t");
   const Verdict whole = RunChecker(old_source.Library(), new_source.Library(), "t", settings);
+  const TableContext context{old_source, new_source, kTable, settings};
   const Difference difference(old_source, new_source, "t");
-  Changes changes = FindChanges(difference, old_source, new_source, "t", settings, whole, kMaxFindings);
-  FindSuggestions(difference, old_source, new_source, "t", settings, changes, true);
+  Changes changes = FindChanges(context, difference, whole, kMaxFindings);
+  FindSuggestions(context, difference, changes, true);
   return changes;
 }
 
-// A file whose protocol goes back to TLV while a field of any table has no id would be no schema file.
-TEST(WaysOut, AFixThatNobodyCouldReadIsNotOffered) {
+// If the protocol is restored to TLV while a field of any table has no id, the file is not a valid schema file.
+TEST(Suggestions, UnreadableFixIsNotOffered) {
   const Source without_ids = ReadSource("new.xml", TwoTables("QMX", "", ""));
-  const Changes changes = WaysOutOf(TwoTables("TLV", "", "id=\"1\""), without_ids);
+  const Changes changes = SuggestionsFor(TwoTables("TLV", "", "id=\"1\""), without_ids);
   ASSERT_EQ(changes.findings.size(), 1u);
   EXPECT_EQ(changes.findings[0].verdict.rule, "library.tlv-to-qmx");
   EXPECT_THAT(changes.findings[0].fix, testing::IsEmpty());
   const Source with_ids = ReadSource("new.xml", TwoTables("QMX", "", "id=\"1\""));
-  EXPECT_EQ(WaysOutOf(TwoTables("TLV", "", "id=\"1\""), with_ids).findings.at(0).fix.size(), 1u);
+  EXPECT_EQ(SuggestionsFor(TwoTables("TLV", "", "id=\"1\""), with_ids).findings.at(0).fix.size(), 1u);
 }
 
-TEST(WaysOut, AFieldWithoutAnIdGetsOneInTlv) {
+TEST(Suggestions, FieldWithoutIdGetsOneInTlv) {
   const Source new_source =
       ReadSource("new.xml", TwoTables("QMX", "<entry name=\"n\" type=\"int8\" version=\"6\"/>", "id=\"1\""));
   const Source old_source = ReadSource("old.xml", TwoTables("TLV", "", "id=\"1\""));
@@ -254,21 +258,21 @@ TEST(WaysOut, AFieldWithoutAnIdGetsOneInTlv) {
   EXPECT_THAT(suggestion.text, testing::HasSubstr("<entry name=\"n\" id=\"2\" type=\"int8\" version=\"6\"/>"));
 }
 
-// Fields that only the new side has cannot all be left out where no old one stayed.
-TEST(WaysOut, AFixLeavesNoStructureWithoutFields) {
+// New fields cannot all be left out if no old field is left.
+TEST(Suggestions, FixLeavesNoStructureWithoutFields) {
   const auto library = [](const std::string& field) {
     return "<metalib name=\"m\" version=\"5\" protocol=\"QMX\">\n<meta name=\"t\"><entry name=\"" + field +
            "\" type=\"int8\" version=\"6\"/><primarykey entries=\"" + field + "\"/></meta>\n</metalib>\n";
   };
   const Source new_source = ReadSource("new.xml", library("9b"));
-  for (const Finding& finding : WaysOutOf(library("a"), new_source).findings) {
+  for (const Finding& finding : SuggestionsFor(library("a"), new_source).findings) {
     EXPECT_NE(SourceOfText("fixed.xml", ApplyReplacements(new_source.text->bytes, finding.fix)), std::nullopt)
         << finding.verdict.text;
   }
 }
 
-// In TLV, ids are for ever.
-TEST(WaysOut, AUsedIdGoesBackToItsField) {
+// In TLV, ids are permanent.
+TEST(Suggestions, ReusedIdIsRestoredToItsField) {
   const Fixed fixed = Fix({"<entry name=\"leader\" id=\"3\" type=\"uint64\"/>\n",
                            "<entry name=\"motto\" id=\"3\" type=\"string\" size=\"9\" version=\"6\"/>\n"
                            "<entry name=\"leader\" id=\"6\" type=\"uint64\"/>\n",
@@ -280,7 +284,7 @@ TEST(WaysOut, AUsedIdGoesBackToItsField) {
   EXPECT_EQ(fixed.suggestion.model.metas.front().entries, expected);
 }
 
-TEST(WaysOut, WhatWaitsForARefusedFieldGoesWithItsForm) {
+TEST(Suggestions, BlockedFieldIsAllowedWithTheAlternative) {
   const Fixed fixed = Fix({"",
                            "<entry name=\"n\" id=\"2\" type=\"uint32\"/>\n"
                            "<entry name=\"list\" id=\"3\" type=\"int8\" count=\"9\" refer=\"n\"/>\n"});
@@ -291,7 +295,7 @@ TEST(WaysOut, WhatWaitsForARefusedFieldGoesWithItsForm) {
   EXPECT_EQ(entries[2].version, 6);
 }
 
-TEST(WaysOut, EachFixMakesOneFormAlone) {
+TEST(Suggestions, EachFixAppliesOneAlternative) {
   const Fixed fixed = Fix({"<entry name=\"s\" id=\"2\" type=\"int16\"/>\n",
                            "<entry name=\"s\" id=\"2\" type=\"int8\"/>\n<entry name=\"n\" id=\"3\" type=\"int8\"/>\n"});
   ASSERT_EQ(fixed.changes.findings.size(), 2u);
@@ -301,8 +305,8 @@ TEST(WaysOut, EachFixMakesOneFormAlone) {
   EXPECT_NE(fixed.fixed[1].find("<entry name=\"n\" id=\"3\" type=\"int8\" version=\"6\"/>"), std::string::npos) << fixed.fixed[1];
 }
 
-// An added field would need a version above it.
-TEST(WaysOut, NothingComesAfterTheLargestVersion) {
+// An added field would need a larger version.
+TEST(Suggestions, LargestVersionCannotBeExceeded) {
   const Fixed fixed = Fix({"", "<entry name=\"n\" id=\"2\" type=\"int8\"/>\n", "QMX", 2147483647, 2147483647});
   ASSERT_EQ(fixed.changes.findings.size(), 1u);
   EXPECT_EQ(fixed.changes.findings[0].suggestion, "leave out the change: do not add field n");
@@ -310,7 +314,7 @@ TEST(WaysOut, NothingComesAfterTheLargestVersion) {
   EXPECT_TRUE(fixed.suggestion.allowed);
 }
 
-TEST(WaysOut, WhatIsRefusedAsItStoodHasNone) {
+TEST(Suggestions, PreexistingRefusalHasNoSuggestion) {
   const std::string field = "<entry name=\"a-b\" id=\"2\" type=\"int8\"/>\n";
   const Fixed fixed = Fix({field, field + "<entry name=\"n\" id=\"3\" type=\"int8\"/>\n"});
   EXPECT_FALSE(fixed.suggestion.allowed);
@@ -324,15 +328,16 @@ TEST(WaysOut, WhatIsRefusedAsItStoodHasNone) {
   EXPECT_TRUE(found);
 }
 
-TEST(WaysOut, ATableThatIsGoneIsPutBack) {
+TEST(Suggestions, RemovedTableIsRestored) {
   const Source old_source = ReadSource("old.xml", Library(5, "QMX", "", ""));
   const Source new_source = ReadSource(
       "new.xml",
       "<metalib name=\"m\" version=\"6\" protocol=\"QMX\"><meta name=\"s\"><entry name=\"a\" type=\"int8\"/></meta></metalib>");
   const Settings settings = ResolveSettings({}, old_source, "t");
   const Verdict whole = RunChecker(old_source.Library(), new_source.Library(), "t", settings);
-  Changes changes = FindRemovedTable(old_source, new_source, "t", settings, whole);
-  const Suggestion suggestion = FindSuggestionsForRemovedTable(old_source, new_source, "t", settings, changes);
+  const TableContext context{old_source, new_source, kTable, settings};
+  Changes changes = FindRemovedTable(context, whole);
+  const Suggestion suggestion = FindSuggestionsForRemovedTable(context, changes);
   EXPECT_TRUE(suggestion.allowed);
   EXPECT_EQ(suggestion.model.version, 6);
   EXPECT_EQ(changes.findings.at(0).suggestion, "no allowed alternative: keep table t, even if it is unused");

@@ -1,4 +1,4 @@
-// Attributes of tables as pairs: compared, and changed in part.
+// Attributes of tables as pairs: compares them and changes some of them.
 #include "analysis/diff/table_attributes.h"
 
 #include <gmock/gmock.h>
@@ -21,7 +21,7 @@ std::string Changes(const Text& old_text, const Text& new_text) {
   return text;
 }
 
-TEST(TableAttributes, SplitIntoPairsWithKeysThatDiffer) {
+TEST(TableAttributes, SplitIntoPairsWithUniqueKeys) {
   EXPECT_EQ(SplitAttributes(std::nullopt)->size(), 0u);
   EXPECT_EQ(SplitAttributes("")->size(), 0u);
   EXPECT_EQ(SplitAttributes("A=1;B=")->size(), 2u);
@@ -29,8 +29,8 @@ TEST(TableAttributes, SplitIntoPairsWithKeysThatDiffer) {
   for (const char* text : {"A", "=1", "A=1;", ";A=1", "A=1;;B=2", "A=1;A=2"}) EXPECT_FALSE(SplitAttributes(text)) << text;
 }
 
-// A text that was made to be slow is compared as a whole.
-TEST(TableAttributes, OfManyPairsAreOneText) {
+// A text that is constructed to be slow is compared as a whole.
+TEST(TableAttributes, WithManyPairsAreOneText) {
   std::string text = "K0=0";
   for (std::size_t i = 1; i < korvel::kMaxAttributePairs; ++i) text += ";K" + std::to_string(i) + "=0";
   EXPECT_TRUE(SplitAttributes(text));
@@ -45,7 +45,7 @@ TEST(TableAttributes, ChangeKeyByKey) {
   EXPECT_EQ(Changes("A=1;B=2", "C=3"), "A: 1 -> , B: 2 -> , C:  -> 3");
 }
 
-TEST(TableAttributes, ChangeAsAWholeWhereNoKeyTellsTheDifference) {
+TEST(TableAttributes, ChangeAsAWholeIfNoKeyDiffers) {
   EXPECT_EQ(Changes("A=1;B=2", "B=2;A=1"), ": A=1;B=2 -> B=2;A=1");
   EXPECT_EQ(Changes("odd", "A=1"), ": odd -> A=1");
   EXPECT_EQ(Changes(std::nullopt, ""), ":  -> \"\"");

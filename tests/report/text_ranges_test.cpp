@@ -44,16 +44,16 @@ struct PlaceCase {
 
 constexpr PlaceCase kCases[] = {
     {"the library", {Kind::kMetalib}, "", "1:1-1:49 <metalib name=\"mall\" version=\"1\" protocol=\"QMX\">"},
-    {"an attribute of it", {Kind::kMetalib}, "version", "1:31-1:32 1"},
+    {"an attribute of the library", {Kind::kMetalib}, "version", "1:31-1:32 1"},
     {"a meta", {Kind::kMeta, 0}, "", "2:3-2:23 <meta name=\"orders\">"},
     {"columns count characters", {Kind::kEntry, 0, 0}, "type", "3:24-3:30 uint32"},
-    {"a tag ends behind its values",
+    {"a value does not end its tag",
      {Kind::kEntry, 0, 0},
      "",
      "3:2-3:46 <entry name=\"\xc3\xa9\" type='uint32' desc=\"a > b\"/>"},
     {"the second of a line", {Kind::kEntry, 0, 1}, "name", "3:59-3:63 zone"},
     {"a tag over lines", {Kind::kEntry, 0, 2}, "", "4:5-5:44 <entry\n      name=\"note\" size=\"64\" type=\"string\"/>"},
-    {"an attribute that is not there is its element", {Kind::kMeta, 0}, "customattr", "2:3-2:23 <meta name=\"orders\">"},
+    {"a missing attribute gives its element", {Kind::kMeta, 0}, "customattr", "2:3-2:23 <meta name=\"orders\">"},
     {"an attribute over lines", {Kind::kPrimaryKey, 0}, "entries", "6:26-7:6 zone\n zone"},
 };
 

@@ -1,5 +1,5 @@
-// Differences of texts, as they are written and as `patch` takes them.
-#include "base/unified_diff.h"
+// Differences of texts, as written and as `patch` reads them.
+#include "base/alignment.h"
 
 #include <gtest/gtest.h>
 
@@ -17,14 +17,14 @@ namespace {
 
 using korvel::UnifiedDiff;
 
-TEST(UnifiedDiff, EqualTextsHaveNone) { EXPECT_EQ(UnifiedDiff("a", "x\n", "b", "x\n"), ""); }
+TEST(UnifiedDiff, EqualTextsHaveNoDiff) { EXPECT_EQ(UnifiedDiff("a", "x\n", "b", "x\n"), ""); }
 
 TEST(UnifiedDiff, HunkHasThreeLinesOfContext) {
   EXPECT_EQ(UnifiedDiff("old.xml", "1\n2\n3\n4\n5\n6\n7\n8\n9\n", "new.xml", "1\n2\n3\n4\n-\n6\n7\n8\n9\n"),
             "--- old.xml\n+++ new.xml\n@@ -2,7 +2,7 @@\n 2\n 3\n 4\n-5\n+-\n 6\n 7\n 8\n");
 }
 
-TEST(UnifiedDiff, ChangesFarApartHaveHunksOfTheirOwn) {
+TEST(UnifiedDiff, DistantChangesHaveSeparateHunks) {
   const std::string diff = UnifiedDiff("a", "1\n2\n3\n4\n5\n6\n7\n8\n9\n", "b", "2\n3\n4\n5\n6\n7\n8\n9\n0\n");
   EXPECT_EQ(diff, "--- a\n+++ b\n@@ -1,4 +1,3 @@\n-1\n 2\n 3\n 4\n@@ -7,3 +6,4 @@\n 7\n 8\n 9\n+0\n");
 }
@@ -34,7 +34,7 @@ TEST(UnifiedDiff, LastLineWithoutEndIsMarked) {
             "--- a\n+++ b\n@@ -1,2 +1,2 @@\n 1\n-2\n\\ No newline at end of file\n+3\n\\ No newline at end of file\n");
 }
 
-TEST(UnifiedDiff, EmptyTextsAreRangesOfNothing) {
+TEST(UnifiedDiff, EmptyTextsAreEmptyRanges) {
   EXPECT_EQ(UnifiedDiff("a", "", "b", "1\n"), "--- a\n+++ b\n@@ -0,0 +1 @@\n+1\n");
   EXPECT_EQ(UnifiedDiff("a", "1\n2\n", "b", ""), "--- a\n+++ b\n@@ -1,2 +0,0 @@\n-1\n-2\n");
 }
@@ -56,7 +56,7 @@ class PatchTest : public testing::Test {
     std::ofstream(directory_ / file, std::ios::binary) << text;
   }
 
-  // What `patch` makes of the text.
+  // The result of `patch` on the text.
   std::string Patched(const std::string& text, const std::string& diff) const {
     Write("file", text);
     Write("diff", diff);
@@ -70,8 +70,8 @@ class PatchTest : public testing::Test {
   std::filesystem::path directory_;
 };
 
-// Few different lines, so that most of them stand more than once; every kind of line end.
-TEST_F(PatchTest, PatchMakesTheNewTextOfRandomOnes) {
+// Few distinct lines, so that most of them occur more than once; all kinds of line ends.
+TEST_F(PatchTest, PatchRestoresTheNewTextOfRandomPairs) {
   const std::uint64_t seed = NumberFrom("KORVEL_SEED", 20261121);
   std::printf("seed %llu\n", static_cast<unsigned long long>(seed));
   std::mt19937_64 random(seed);

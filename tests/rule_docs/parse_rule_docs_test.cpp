@@ -1,5 +1,5 @@
-// What a page must look like: a change of one line of a good page is reported with its file and line.
-#include "rule_docs/parse_rule_docs.h"
+// The format of a rule page: if one line of a valid page is changed, the fault is reported with file and line.
+#include "rule_docs/rule_doc_files.h"
 
 #include <gmock/gmock.h>
 
@@ -79,7 +79,7 @@ std::string Changed(const std::string& from, const std::string& to) {
 
 ParsedRuleDoc Parse(const std::string& text) { return ParseRuleDoc({.name = "field-size.md", .text = text}); }
 
-// The fault behind the file's name.
+// The fault after the file's name.
 std::string FaultOf(const std::string& text) {
   const std::string fault = Parse(text).fault;
   const std::string file = "docs/rules/field-size.md:";
@@ -142,7 +142,7 @@ TEST(ParseRuleDoc, ReportsTheFirstFaultWithFileAndLine) {
             "docs/rules/field-size.md:1: expected '# RULE', the rule that the file is named after, found '# field.type'");
 }
 
-TEST(ParseRuleDoc, ReportsAPageWithoutARule) {
+TEST(ParseRuleDoc, ReportsPageWithoutRule) {
   EXPECT_EQ(ParseRuleDoc({.name = "field-sise.md", .text = "# field.size\n"}).fault,
             "docs/rules/field-sise.md:1: expected '# RULE', the rule that the file is named after, found '# field.size'");
 }

@@ -3,16 +3,20 @@
 #include "rule_docs/rule_docs.h"
 
 #include <gmock/gmock.h>
+#include <unistd.h>
 
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <set>
 
-#include "rule_docs/parse_rule_docs.h"
 #include "rule_docs/rule_doc_files.h"
 #include "rule_docs/rule_doc_format.h"
 
 namespace rule_docs_test {
 namespace {
 
+namespace fs = std::filesystem;
 using namespace korvel;
 using testing::Contains;
 using testing::ElementsAre;
@@ -38,7 +42,7 @@ TEST(RuleDocs, EveryPageHasAnExampleOrAReason) {
   for (const RuleDoc& doc : AllRuleDocs()) EXPECT_NE(doc.example.has_value(), !doc.no_example_reason.empty()) << doc.row->id;
 }
 
-TEST(RuleDocs, ReplacedTextsGiveWayToThoseThatCallersGet) {
+TEST(RuleDocs, ReplacedTextsRedirectToThoseThatCallersGet) {
   for (const RuleDoc& doc : AllRuleDocs()) {
     if (doc.replaced_by.empty()) continue;
     const RuleDoc* reported = FindRuleDoc(doc.replaced_by);
@@ -69,7 +73,7 @@ TEST(RuleDocs, EveryExampleReportsACodeOfItsPage) {
   }
 }
 
-TEST(CodeDocs, ACodeIsReturnedIfARuleReturnsIt) {
+TEST(CodeDocs, IsReturnedIfARuleReturnsIt) {
   for (const CodeDoc& doc : AllCodeDocs()) EXPECT_EQ(doc.returned, doc.code == 0 || !doc.rules.empty()) << doc.code;
 }
 
@@ -85,6 +89,22 @@ TEST(CodeDocs, ListsTheRulesOfACode) {
   std::vector<std::string> rules;
   for (const RefusalRow* row : FindCodeDoc(-9).rules) rules.emplace_back(row->id);
   EXPECT_THAT(rules, ElementsAre("field-name.invalid", "field-name.length", "table.old-field"));
+}
+
+TEST(RuleDocFormat, JsonFollowsItsSchema) {
+  const fs::path directory = fs::temp_directory_path() / ("korvel_rules." + std::to_string(::getpid()));
+  fs::create_directory(directory);
+  int number = 0;
+  const auto write = [&](const std::string& json) { std::ofstream(directory / (std::to_string(++number) + ".json")) << json; };
+  write(kRuleDocJson.rules());
+  write(kRuleDocJson.codes());
+  for (const RuleDoc& doc : AllRuleDocs()) write(kRuleDocJson.rule(doc));
+  for (const CodeDoc& doc : AllCodeDocs()) write(kRuleDocJson.code(doc));
+  const std::string source = KORVEL_SOURCE_DIR;
+  const std::string command = KORVEL_PYTHON " '" + source + "/tests/report/validate.py' '" + source +
+                              "/docs/rules.schema.json' '" + directory.string() + "'/*.json";
+  EXPECT_EQ(std::system(command.c_str()), 0) << command;
+  fs::remove_all(directory);
 }
 
 TEST(RuleDocFormat, WrapsAtBlanks) {

@@ -1,5 +1,5 @@
-// What a log category may do while a record is written: start another check, throw, leave by longjmp, switch stacks. Nothing of
-// an interrupted or abandoned run may be seen by another one.
+// What a log category may do while a record is written: start another check, throw, leave by longjmp, switch stacks. State of an
+// interrupted or abandoned run must not affect another run.
 
 #include <ucontext.h>
 
@@ -14,13 +14,13 @@ namespace {
 
 using support::CaptureCategory;
 
-// So many fields that lookups are indexed; and so many that a run needs more memory than it brings along, which is leaked if the
+// Enough fields that lookups are indexed; and enough that a run needs more memory than its initial buffer, which is leaked if the
 // run is abandoned.
 constexpr int kSomeFields = 20;
 constexpr int kManyFields = 200;
 
-// A table with two fields of one structure, so that pairs are remembered. The structure has a field without an id: the TLV rules
-// log that wherever they meet it.
+// A table with two fields of one structure, so that passed pairs are remembered. The structure has a field without an id: the TLV
+// rules log that at each visit.
 Library Shop(int fields) {
   Table table{.name = "t", .fields = {{"k", "int32", 0, fields}}, .key = {"k"}};
   for (int i = 0; i < fields; ++i) table.fields.push_back({"f" + std::to_string(i), "int32", 0, i});
@@ -31,18 +31,18 @@ Library Shop(int fields) {
   return library;
 }
 
-// An old and a new library that are the same, until the new one is changed where it is.
+// An old and a new library that are equal until the new one is changed in place.
 struct Change {
   explicit Change(int fields) : old_schema(Shop(fields).Build()), new_schema(Shop(fields).Build()) {}
-  // From now on the change must be refused.
-  void MakeForbidden() const { ++new_schema.Entry("t", "f" + std::to_string(kSomeFields - 1))->iVersion; }
+  // From this call on, the change must be refused.
+  void MakeRefused() const { ++new_schema.Entry("t", "f" + std::to_string(kSomeFields - 1))->iVersion; }
 
   Schema old_schema;
   Schema new_schema;
 };
 
 constexpr int kAllowed = 0;
-constexpr int kForbidden = -8;
+constexpr int kRefused = -8;
 
 int Check(ModifyTable& checker, const Change& change, LPVESKCATEGORYINST log) {
   return checker.KorvelModifyTable(change.old_schema.Lib(), change.new_schema.Lib(), "t", 0, 1, log, "", "", 0);
@@ -57,12 +57,12 @@ std::vector<std::string> UndisturbedLog(int fields = kSomeFields) {
   return log.Lines();
 }
 
-// Whether the run has done everything but return.
+// Whether the run has only its return left.
 bool IsAtTheEnd(const CaptureCategory& log) { return log.records.back().text.starts_with("ModifyTable successed!"); }
 
 // --- Another check ---
 
-// What the other check passes without a record has not passed for the first one, which would log it.
+// A pair that the other check passes without a record must still be logged by the first one.
 TEST(Callback, MayUseAnotherObject) {
   const Change change(kSomeFields);
   ModifyTable checker;
@@ -84,10 +84,10 @@ TEST(Callback, MayUseTheSameObject) {
   EXPECT_EQ(log.Lines().size(), UndisturbedLog().size());
 }
 
-// Two records: that of the key field's lookup, and that of the rule, whose text replaces the lookup's.
+// Two records: that of the key field's lookup, and that of the rule, whose text replaces the lookup's text.
 class SameObjectAtRecord : public testing::TestWithParam<std::size_t> {};
 
-TEST_P(SameObjectAtRecord, TheOuterRunGoesOnWithWhatTheBufferHolds) {
+TEST_P(SameObjectAtRecord, OuterRunContinuesWithTextInBuffer) {
   const Schema old_schema = Of({{.fields = {{"uid"}, {"zone"}}, .key = {"uid"}}}).Build();
   const Schema new_schema = Of({{.fields = {{"uid"}, {"zone"}}, .key = {"zone"}}}).Build();
   ModifyTable checker;
@@ -108,7 +108,7 @@ TEST_P(SameObjectAtRecord, TheOuterRunGoesOnWithWhatTheBufferHolds) {
 
 INSTANTIATE_TEST_SUITE_P(Callback, SameObjectAtRecord, testing::Values(1U, 2U));
 
-TEST(Callback, ThatUsesTheSameObjectAtTheLastRecordHasTheLastText) {
+TEST(Callback, UsingTheSameObjectAtTheLastRecordLeavesItsText) {
   const Change change(kSomeFields);
   ModifyTable checker;
   CaptureCategory log;
@@ -132,8 +132,8 @@ TEST(Callback, MayThrow) {
     if (IsAtTheEnd(log)) throw std::runtime_error("the disk is full");
   };
   EXPECT_THROW(Check(checker, change, &log), std::runtime_error);
-  change.MakeForbidden();
-  EXPECT_EQ(Check(checker, change, nullptr), kForbidden);
+  change.MakeRefused();
+  EXPECT_EQ(Check(checker, change, nullptr), kRefused);
 }
 
 // --- longjmp ---
@@ -147,7 +147,7 @@ int CheckAndLand(ModifyTable& checker, const Change& change, LPVESKCATEGORYINST 
   return Check(checker, change, log);
 }
 
-// A checker that kept what the abandoned run had found, by the addresses of the records, allowed the change.
+// Regression: a checker that kept the pairs of an abandoned run, by the addresses of the records, allowed the change.
 TEST(Callback, MayLeaveByLongjmp) {
   const Change change(kSomeFields);
   ModifyTable checker;
@@ -157,15 +157,15 @@ TEST(Callback, MayLeaveByLongjmp) {
   };
   EXPECT_EQ(CheckAndLand(checker, change, &log), kLeft);
   EXPECT_EQ(checker.GetRefusal(), nullptr);
-  change.MakeForbidden();
-  EXPECT_EQ(Check(checker, change, nullptr), kForbidden);
+  change.MakeRefused();
+  EXPECT_EQ(Check(checker, change, nullptr), kRefused);
   ModifyTable other;
-  EXPECT_EQ(Check(other, change, nullptr), kForbidden);
+  EXPECT_EQ(Check(other, change, nullptr), kRefused);
 }
 
 // --- Stacks ---
 
-// A check on a stack of its own, which goes back to its starter at every record.
+// A check on its own stack, which switches back to its starter at every record.
 class Fiber {
  public:
   explicit Fiber(const Change& change) : change_(change), stack_(std::size_t{1} << 18) {
@@ -205,7 +205,7 @@ class Fiber {
 
 Fiber* Fiber::running = nullptr;
 
-TEST(Callback, MaySwitchToAnotherStackWhereAnotherObjectIsUsed) {
+TEST(Callback, MayUseAnotherObjectOnAnotherStack) {
   const Change change(kManyFields);
   Fiber one(change), two(change);
   while (!one.IsDone() || !two.IsDone()) {
@@ -218,34 +218,34 @@ TEST(Callback, MaySwitchToAnotherStackWhereAnotherObjectIsUsed) {
     EXPECT_EQ(fiber->code, kAllowed);
     EXPECT_EQ(fiber->log.Lines(), undisturbed);
   }
-  change.MakeForbidden();
-  for (Fiber* fiber : {&one, &two}) EXPECT_EQ(Check(fiber->checker, change, nullptr), kForbidden);
+  change.MakeRefused();
+  for (Fiber* fiber : {&one, &two}) EXPECT_EQ(Check(fiber->checker, change, nullptr), kRefused);
 }
 
-// The second begins when the first is under way, and ends before it.
+// The second begins while the first is running, and ends before it.
 TEST(Callback, MaySwitchBackInAnyOrder) {
   const Change change(kManyFields);
   Fiber one(change), two(change);
   one.Resume();
   two.Resume();
   while (!one.IsDone()) one.Resume();
-  change.MakeForbidden();
+  change.MakeRefused();
   while (!two.IsDone()) two.Resume();
   EXPECT_EQ(one.code, kAllowed);
-  EXPECT_EQ(two.code, kForbidden);
-  EXPECT_EQ(Check(one.checker, change, nullptr), kForbidden);
+  EXPECT_EQ(two.code, kRefused);
+  EXPECT_EQ(Check(one.checker, change, nullptr), kRefused);
 }
 
-TEST(Callback, MayNeverComeBack) {
+TEST(Callback, MayNeverReturn) {
   const Change change(kSomeFields);
   ModifyTable other;
   {
     Fiber abandoned(change);
     while (abandoned.log.records.empty() || !IsAtTheEnd(abandoned.log)) abandoned.Resume();
-    change.MakeForbidden();
-    EXPECT_EQ(Check(abandoned.checker, change, nullptr), kForbidden);
+    change.MakeRefused();
+    EXPECT_EQ(Check(abandoned.checker, change, nullptr), kRefused);
   }
-  EXPECT_EQ(Check(other, change, nullptr), kForbidden);
+  EXPECT_EQ(Check(other, change, nullptr), kRefused);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// class CheckTable: what kind of table a meta's attributes describe.
+// class CheckTable: derives the type of a table from the attributes of a meta.
 
 #include "common/check_table.h"
 
@@ -18,7 +18,7 @@ using support::Schema;
 
 constexpr int kGood = 0, kOldWay = -46, kFaulty = -50;
 
-// What CheckTable derives. The outputs hold these numbers before the question.
+// The results of CheckTable. The outputs have these values before the call.
 struct Derived {
   int code = 0;
   int type = 91;
@@ -49,7 +49,7 @@ Derived Derive(const Library& library, const char* table = "mall") {
   return derived;
 }
 
-// A table "mall" with these attributes and, besides "uid", these fields.
+// A table "mall" with these attributes and, in addition to "uid", these fields.
 Library Mall(std::optional<std::string> attr, std::vector<Field> fields = {}) {
   fields.insert(fields.begin(), {.name = "uid", .type = "uint64"});
   return Of({{.name = "mall", .fields = fields, .key = {"uid"}, .attr = std::move(attr)}});
@@ -61,7 +61,7 @@ Field Sort(const std::string& name, const std::string& attr2, const std::string&
 
 constexpr char kSorted[] = "TableType=SORTLIST;ListNum=8";
 
-TEST(CheckTable, TablesWithoutATypeAreDefinedInTheOldWay) {
+TEST(CheckTable, TablesWithoutTypeHaveOldDefinition) {
   const Derived old_way = {.code = kOldWay};
   EXPECT_EQ(Derive(Mall({})), old_way);
   EXPECT_EQ(Derive(Mall("")), old_way);
@@ -84,7 +84,7 @@ TEST(CheckTable, SortedListTables) {
   EXPECT_EQ(Derive(Mall("TableType=SORTLIST;ListNum=8;SortRule=INSC", {Sort("a", "sort=1")})), (Derived{kGood, 2, 8, 1, 0, ""}));
 }
 
-// At most four, in any order of fields, of any integer type; other attributes of fields are not its business.
+// At most four sort fields, in any order, of any integer type; other attributes of fields are ignored.
 TEST(CheckTable, SortFields) {
   static_assert(KORVEL_MAX_LIST_SORT_NUM == 4);
   const std::vector<Field> four = {Sort("a", "sort=3", "int8"), Sort("b", "sort=1", "uint64"), Sort("p", "pii", "double"),
@@ -92,14 +92,14 @@ TEST(CheckTable, SortFields) {
   EXPECT_EQ(Derive(Mall(kSorted, four)), (Derived{kGood, 2, 8, 4, 0, ""}));
 }
 
-TEST(CheckTable, AFirstMemberHoldsTheText) {
+TEST(CheckTable, TextIsFirstMember) {
   const CheckTable check;
   EXPECT_EQ(static_cast<const void*>(&check), static_cast<const void*>(check.m_szErrorType));
   EXPECT_STREQ(check.m_szErrorType, "");
   EXPECT_EQ(check.m_svr_ver, "");
 }
 
-// A fault: the code, the part of the attributes that the text has to quote, and outputs as they were.
+// A fault: the code, the part of the attributes that the text must quote, and unchanged outputs.
 struct Fault {
   const char* name;
   Library library;
@@ -161,8 +161,8 @@ class CheckTableFault : public testing::TestWithParam<Fault> {};
 
 bool IsOneLine(const std::string& text) { return !text.empty() && text.find_first_of("\r\n") == std::string::npos; }
 
-// The wording is free. It is one line, it names the table and what is wrong in it, and the outputs stay as they were.
-TEST_P(CheckTableFault, LeavesOneLineAndNothingElse) {
+// The wording is free, but the text is one line that names the table and the fault, and the outputs are unchanged.
+TEST_P(CheckTableFault, WritesOneLineAndKeepsOutputs) {
   const Fault& fault = GetParam();
   Derived derived = Derive(fault.library, fault.table ? fault.table->c_str() : nullptr);
   EXPECT_PRED1(IsOneLine, derived.text);
@@ -184,7 +184,7 @@ TEST(CheckTable, EmptyPairsAreFaults) {
   }
 }
 
-TEST(CheckTable, ANullProtocolBufferIsABadArgument) {
+TEST(CheckTable, RefusesNullProtocolBuffer) {
   const Schema schema = Mall("TableType=GENERIC").Build();
   CheckTable check;
   int type = 0, number = 0, fields = 0, rule = 0;
@@ -192,7 +192,7 @@ TEST(CheckTable, ANullProtocolBufferIsABadArgument) {
   EXPECT_PRED1(IsOneLine, std::string(check.m_szErrorType));
 }
 
-TEST(CheckTable, TheFlagHasNoEffect) {
+TEST(CheckTable, FlagHasNoEffect) {
   const Schema schema = Mall("TableType=LIST;ListNum=8").Build();
   CheckTable check;
   int type = 0, number = 0, fields = 0, rule = 0;
@@ -201,7 +201,7 @@ TEST(CheckTable, TheFlagHasNoEffect) {
   EXPECT_EQ(number, 8);
 }
 
-TEST(CheckTable, LongTextsStayInsideTheBuffer) {
+TEST(CheckTable, TruncatesLongTexts) {
   const std::string value(5000, 'v');
   const Derived derived = Derive(Mall("TableType=" + value));
   EXPECT_EQ(derived.code, kFaulty);

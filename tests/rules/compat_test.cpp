@@ -9,7 +9,7 @@ using qmx::Protocol;
 
 constexpr char kEntry[] = "CheckTableMetaCompatible";
 
-Ask Compatible(const Library& old_library, const Library& new_library, std::optional<std::string> metaname = "mall%s") {
+Call Compatible(const Library& old_library, const Library& new_library, std::optional<std::string> metaname = "mall%s") {
   return Between(
       old_library, new_library, [=](ModifyTable& checker, const Schema& old_schema, const Schema& new_schema, auto log) {
         const std::string name = support::TableName(metaname.value_or(""));
@@ -23,14 +23,14 @@ Library Mall(Protocol protocol = Protocol::kQmx, int version = 5) {
           .tables = {{.fields = {{.name = "uid", .id = 1}, {.name = "zone", .id = 2}}, .key = {"uid"}}}};
 }
 
-// The entry's own refusal: only logged, the buffer stays as it was.
+// A refusal by the operation itself: it is only logged, the buffer is unchanged.
 Outcome Logged(int code, const std::string& text) { return {.code = code, .log = {ErrorLogOnly(kEntry, text)}}; }
 
 Outcome BadParameter(const std::string& name) {
   return Logged(-1, "invaild parameter, please check the parameter! table: '" + name + "'");
 }
 
-// A rule's refusal: its text stays, the entry logs which rule it was.
+// A refusal by a rule: its text stays, and the operation logs which rule it was.
 Outcome RefusedBy(int code, const std::string& rule, const std::string& text) {
   return {code, text, {Error(rule, text), ErrorLogOnly(kEntry, rule + " failed! table:'mall%s'")}};
 }
@@ -72,7 +72,7 @@ std::vector<Row> Rows() {
        RefusedBy(-8, "CompareVersion",
                  "new entry version lower than old metalib version or misspell 'version', please check both. entry:'note' "
                  "meta:'mall%s'")},
-      {"nothing_else_is_looked_at", Compatible(mall, odd), {}},
+      {"nothing_else_is_examined", Compatible(mall, odd), {}},
       {"library_versions_are_not_compared", Compatible(mall, Mall(Protocol::kQmx, 4)), {}},
       {"tlv_to_record_is_not_refused", Compatible(Mall(Protocol::kTlv), mall), {}},
   };
@@ -80,11 +80,11 @@ std::vector<Row> Rows() {
 
 INSTANTIATE_TEST_SUITE_P(Compatible, RuleTest, testing::ValuesIn(Rows()), RowName);
 
-// Two TLV libraries are judged by the record format's rules too: by name, not by id.
-TEST(Compatible, TlvLibrariesAreJudgedLikeAnyOther) {
+// Two TLV libraries are checked by the rules of the record format too: by name, not by id.
+TEST(Compatible, ChecksTlvLibrariesLikeOthers) {
   Library renamed = Mall(Protocol::kTlv);
   renamed.tables[0].fields[1].name = "area";
-  EXPECT_EQ(Judge(Compatible(Mall(Protocol::kTlv), renamed)),
+  EXPECT_EQ(OutcomeOf(Compatible(Mall(Protocol::kTlv), renamed)),
             RefusedBy(-3, "CompareEntryValueField", "The entry can't be found! entry_name:'zone' metaname:'mall%s'"));
 }
 

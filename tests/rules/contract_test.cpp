@@ -1,5 +1,5 @@
-// The interface of class ModifyTable: its public operations and their signatures. The one source of these tests that is compiled
-// with access control, as callers are.
+// The interface of class ModifyTable: its public operations and their signatures. The only source file of these tests that is
+// compiled with access control, like callers.
 
 #include <gtest/gtest.h>
 
@@ -33,7 +33,7 @@ static_assert(kSame<decltype(&ModifyTable::CompareSortListInfo),
 static_assert(kSame<decltype(&ModifyTable::CompareValue),
                     int (ModifyTable::*)(LPQMXMETA, LPQMXMETA, LPQMXMETALIB, LPQMXMETALIB, int, Log)>);
 
-TEST(Contract, ANewObjectHasNoText) {
+TEST(Contract, NewObjectHasNoText) {
   ModifyTable checker;
   static_assert(kSame<decltype(checker.GetErrType()), const char*>);
   EXPECT_STREQ(checker.GetErrType(), "");

@@ -1,4 +1,4 @@
-// KorvelModifyTable: which field rules run for which protocols, and the field lengths behind them.
+// KorvelModifyTable: which field rules run for which protocols, and the check of field lengths after them.
 
 #include "rules/rule_test.h"
 
@@ -18,7 +18,7 @@ struct Settings {
   int table_type = 0;
 };
 
-Ask Modify(const Library& old_library, const Library& new_library, const Settings& settings) {
+Call Modify(const Library& old_library, const Library& new_library, const Settings& settings) {
   return Between(old_library, new_library,
                  [=](ModifyTable& checker, const Schema& old_schema, const Schema& new_schema, auto log) {
                    return checker.KorvelModifyTable(old_schema.Lib(), new_schema.Lib(), support::TableName("mall%s").c_str(),
@@ -33,13 +33,13 @@ Library Mall(Protocol protocol) {
                      {.name = "box%s", .fields = {{.name = "x", .id = 1}}}}};
 }
 
-// Bad for each rule set in its own way: the record format cannot find x, the other one does not mind.
+// Refused by each set of rules in its own way: the record rules do not find x, the TLV rules allow that.
 Library MemberRenamed(Protocol protocol) {
   Library library = Mall(protocol);
   library.tables[1].fields[0].name = "y";
   return library;
 }
-// The other way round: the record format compares ids only where both libraries have the flag.
+// The reverse: the record rules compare ids only if both libraries have the flag.
 Library FieldRenumbered(Protocol protocol) {
   Library library = Mall(protocol);
   library.tables[0].fields[1].id = 9;
@@ -122,16 +122,16 @@ std::vector<Row> Rows() {
 
 INSTANTIATE_TEST_SUITE_P(ModifyProtocol, RuleTest, testing::ValuesIn(Rows()), RowName);
 
-// Structure names count as soon as the record rules run, whatever the flags say.
-TEST(ModifyProtocol, TwoTlvLibrariesOfARecordTableGetBothRuleSets) {
+// Structure names are compared whenever the record rules run, whatever the flags are.
+TEST(ModifyProtocol, TwoTlvLibrariesOfRecordTableUseBothRuleSets) {
   Library other = Mall(Protocol::kTlv);
   other.tables[0].fields[1].type = other.tables[1].name = "bag%s";
-  EXPECT_EQ(Judge(Modify(Mall(Protocol::kTlv), other, {2})), Allowed(2));
-  EXPECT_EQ(Judge(Modify(Mall(Protocol::kTlv), other, {1})),
+  EXPECT_EQ(OutcomeOf(Modify(Mall(Protocol::kTlv), other, {2})), Allowed(2));
+  EXPECT_EQ(OutcomeOf(Modify(Mall(Protocol::kTlv), other, {1})),
             RecordRefusal(-3, "CompareEntryValueField", "Can't modify the entry struct type  box%s -> bag%s"));
 }
 
-// Field lengths, behind everything else.
+// Field lengths, the last rule.
 Library Sized(std::uint64_t size) {
   return Of({{.fields = {{.name = "uid"}, {.name = "box", .type = "bytes", .size = size}}, .key = {"uid"}}});
 }
@@ -155,22 +155,22 @@ std::vector<Row> LengthRows() {
        false},
       {"whitelisted_and_grown", Modify(Sized(8), Sized(131073), listed), warned, false},
       {"whitelisted_and_kept", Modify(Sized(131073), Sized(131073), listed), kept, false},
-      {"not_asked_without_a_server_version", Modify(Sized(8), Sized(10485761), unasked),
+      {"not_called_without_a_server_version", Modify(Sized(8), Sized(10485761), unasked),
        After(0, kPreset, {kUid, kBox, kDone}, unasked), false},
   };
 }
 
 INSTANTIATE_TEST_SUITE_P(ModifyLength, RuleTest, testing::ValuesIn(LengthRows()), RowName);
 
-// A null category with a server version: the last rule refuses without a text, and the preset of the name rule stays.
-TEST(ModifyLength, WithoutACategoryTheWholeCheckIsMinusOneWithoutAText) {
+// With a null category and a server version, the last rule refuses without a text, and the preset of the name rule stays.
+TEST(ModifyLength, WithoutCategoryCheckReturnsMinusOneWithoutText) {
   ModifyTable checker;
   EXPECT_EQ(Modify(Sized(8), Sized(8), {.server = "3.28.9"})(checker, nullptr), -1);
   EXPECT_STREQ(checker.GetErrType(), kPreset);
   EXPECT_EQ(Modify(Sized(8), Sized(8), {})(checker, nullptr), 0);
 }
 
-TEST(ModifyLength, TheServerVersionIsThatOfTheLastCall) {
+TEST(ModifyLength, ServerVersionIsThatOfTheLastCall) {
   ModifyTable checker;
   support::CaptureCategory log;
   Modify(Sized(8), Sized(8), {.server = "3.28.9"})(checker, &log);
@@ -179,8 +179,8 @@ TEST(ModifyLength, TheServerVersionIsThatOfTheLastCall) {
   EXPECT_EQ(checker.m_svr_ver, "");
 }
 
-// Whatever grew in an earlier call is reported by every later one.
-TEST(ModifyLength, GrowthOfAnEarlierCallRefusesALaterOne) {
+// A field that grew in an earlier call is reported by every later one.
+TEST(ModifyLength, GrowthInEarlierCallRefusesLaterOne) {
   ModifyTable checker;
   support::CaptureCategory log;
   EXPECT_EQ(Modify(Sized(8), Sized(131073), {.server = "1", .whitelist = "box"})(checker, &log), -35);
@@ -188,20 +188,20 @@ TEST(ModifyLength, GrowthOfAnEarlierCallRefusesALaterOne) {
   EXPECT_STREQ(checker.GetErrType(), "WARNING_WHITELIST:entry:box size 8 -> 131073 |");
 }
 
-// The list length is passed on to the list rule: a table of the old kind becomes a list of the length that the server holds.
-TEST(ModifyList, TypeAndLengthOfTheCallerReachTheListRule) {
+// The list length is passed to the list rule: a table with an old definition becomes a list with the length on the server.
+TEST(ModifyList, TypeAndLengthReachTheListRule) {
   const Library old_kind = Sized(8);
   Library list = old_kind;
   list.tables[0].attr = "TableType=LIST;ListNum=8";
-  const auto judge = [&](int type, int number) {
-    return Judge(Modify(old_kind, list, {.list_num = number, .table_type = type}));
+  const auto outcome = [&](int type, int number) {
+    return OutcomeOf(Modify(old_kind, list, {.list_num = number, .table_type = type}));
   };
   const Settings as_list = {.list_num = 8, .table_type = 1}, as_generic = {.list_num = 8, .table_type = 0};
-  EXPECT_EQ(judge(1, 8), After(0, kPreset, {kUid, kBox, kDone}, as_list));
+  EXPECT_EQ(outcome(1, 8), After(0, kPreset, {kUid, kBox, kDone}, as_list));
   const std::string number = "Can't change table_list_num(table:mall%s) from 9 to 8";
-  EXPECT_EQ(judge(1, 9), After(-1, number, {Error("CheckListMetaInfo", number)}, as_list));
+  EXPECT_EQ(outcome(1, 9), After(-1, number, {Error("CheckListMetaInfo", number)}, as_list));
   const std::string type = "Can't change table_type(table:mall%s) from GENERIC to LIST";
-  EXPECT_EQ(judge(0, 8), After(-1, type, {Error("CheckListMetaInfo", type)}, as_generic));
+  EXPECT_EQ(outcome(0, 8), After(-1, type, {Error("CheckListMetaInfo", type)}, as_generic));
 }
 
 }  // namespace

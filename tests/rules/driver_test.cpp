@@ -1,4 +1,4 @@
-// KorvelModifyTable: its arguments, its steps in their order, what each refusal leaves.
+// KorvelModifyTable: its arguments, the order of its steps, and the state after each refusal.
 
 #include <climits>
 
@@ -11,7 +11,7 @@ using qmx::Protocol;
 using support::Flag;
 
 constexpr char kEntry[] = "KorvelModifyTable";
-constexpr char kPreset[] = "entry name is too long:";  // what the last rule leaves where nothing is wrong
+constexpr char kPreset[] = "entry name is too long:";  // the text that the last rule leaves if it finds nothing
 
 struct Settings {
   std::optional<std::string> metaname = "mall%s";
@@ -22,7 +22,7 @@ struct Settings {
   int list_num = 0;
 };
 
-Ask Modify(const Library& old_library, const Library& new_library, const Settings& settings = {}) {
+Call Modify(const Library& old_library, const Library& new_library, const Settings& settings = {}) {
   return Between(
       old_library, new_library, [=](ModifyTable& checker, const Schema& old_schema, const Schema& new_schema, auto log) {
         const std::string name = support::TableName(settings.metaname.value_or(""));
@@ -38,7 +38,7 @@ Library Mall(Protocol protocol = Protocol::kQmx, int version = 5) {
           .tables = {{.fields = {{.name = "uid", .type = "uint64", .id = 1}, {.name = "zone", .id = 2}}, .key = {"uid"}}}};
 }
 
-// A library of the table with one more field, under the version above the old library's.
+// A library of the table with one more field, whose version is above that of the old library.
 Library Grown(Protocol protocol = Protocol::kQmx) {
   Library library = Mall(protocol, 6);
   library.tables[0].fields.push_back({.name = "note", .id = 3, .version = 6});
@@ -59,7 +59,7 @@ const std::string kZone = Info("CheckFieldNameValidate", "length of entry name z
 const std::string kNote = Info("CheckFieldNameValidate", "length of entry name note is 4");
 const std::string kDone = Info(kEntry, "ModifyTable successed! table:'mall%s'");
 
-// The trace, these records, and the refusal's text in the buffer.
+// The trace, these records, and the text of the refusal in the buffer.
 Outcome After(int code, const std::string& text, const std::vector<std::string>& records, const Settings& settings = {}) {
   Outcome outcome = {.code = code, .buffer = text, .log = {TraceLine("mall%s", settings.table_type, settings.server)}};
   outcome.log.insert(outcome.log.end(), records.begin(), records.end());
@@ -67,7 +67,7 @@ Outcome After(int code, const std::string& text, const std::vector<std::string>&
   return outcome;
 }
 
-// A refusal by the entry itself, right behind the trace.
+// A refusal by the operation itself, directly after the trace.
 Outcome Stopped(int code, const std::string& text, const Settings& settings = {}) {
   return After(code, text, {Error(kEntry, text)}, settings);
 }
@@ -75,7 +75,7 @@ Outcome Stopped(int code, const std::string& text, const Settings& settings = {}
 const Outcome kAllowed = After(0, kPreset, {kNoSplit, kUid, kZone, kDone});
 const Outcome kAllowedGrown = After(0, kPreset, {kNoSplit, kUid, kZone, kNote, kDone});
 
-// A bad parameter is refused before the trace line.
+// An invalid argument is refused before the trace.
 Outcome BadParameter(const std::string& name) {
   Outcome outcome = Refused(-1, kEntry, "Tnvaild parameter\xef\xbc\x8cplease check the parameter! table: '" + name + "'");
   outcome.server = "9.9";
@@ -110,7 +110,7 @@ Row InitRow(const std::string& name, int version) {
       Stopped(-1, "init_qmx_version is invaild type\xef\xbc\x8cplease check the init_qmx_version!  table:'mall%s'", settings)};
 }
 
-// A change of the flag word alone.
+// Only the flag word changes.
 Row FlagRow(const std::string& name, std::int64_t old_word, std::int64_t new_word, bool refused) {
   const Outcome outcome = refused ? Stopped(-1, "Table can not be modified from TLV to QMX! table:'mall%s'") : kAllowed;
   return {name, Modify(Mall().With(Flag(old_word)), Mall().With(Flag(new_word))), outcome};
@@ -149,7 +149,7 @@ std::vector<Row> ArgumentRows() {
       {"newer_library_version", Modify(mall, Mall(Protocol::kQmx, 9)), kAllowed},
       {"table_only_in_new", Modify(shop, mall), missing},
       {"table_only_in_old", Modify(mall, shop), missing},
-      {"table_nowhere", Modify(shop, shop), missing},
+      {"table_in_neither_library", Modify(shop, shop), missing},
   };
 }
 
@@ -193,7 +193,7 @@ std::vector<Row> RuleRows() {
   };
 }
 
-// One refusal for each step, every later step refused too: the first in the order of steps is told.
+// One refusal for each step, where all later steps would refuse too: the first one in order is reported.
 std::vector<Row> OrderRows() {
   Library old_library = Mall(), new_library = Mall();
   old_library.tables[0].attr = "TableType=LIST;ListNum=8";
@@ -230,35 +230,35 @@ INSTANTIATE_TEST_SUITE_P(ModifyArgument, RuleTest, testing::ValuesIn(ArgumentRow
 INSTANTIATE_TEST_SUITE_P(ModifyRule, RuleTest, testing::ValuesIn(RuleRows()), RowName);
 INSTANTIATE_TEST_SUITE_P(ModifyOrder, RuleTest, testing::ValuesIn(OrderRows()), RowName);
 
-TEST(Modify, AListTableMayBeGenericInNothingButItsType) {
+TEST(Modify, AllowsListTableWithGenericArguments) {
   const Settings list = {.table_type = 1};
-  EXPECT_EQ(Judge(Modify(Mall(), Mall(), list)), After(0, kPreset, {kNoSplit, kUid, kZone, kDone}, list));
+  EXPECT_EQ(OutcomeOf(Modify(Mall(), Mall(), list)), After(0, kPreset, {kNoSplit, kUid, kZone, kDone}, list));
 }
 
-TEST(Modify, TheTraceShowsServerTableAndType) {
+TEST(Modify, TraceShowsServerTableAndType) {
   const Settings settings = {.metaname = "nowhere%d", .table_type = 1, .server = "3.%s"};
   const std::string text = "Get meta info failed, please check the table name ! table:'nowhere%d'";
   const Outcome expected = {-2, text, {TraceLine("nowhere%d", 1, "3.%s"), Error(kEntry, text)}, {}, {}, "3.%s"};
-  EXPECT_EQ(Judge(Modify(Mall(), Mall(), settings)), expected);
+  EXPECT_EQ(OutcomeOf(Modify(Mall(), Mall(), settings)), expected);
 }
 
-// The old library's version is asked a second time behind the order rule. A negative one ends the check without a word.
-TEST(Modify, ANegativeOldVersionIsSilent) {
+// The old library's version is read a second time after the order rule. A negative one ends the check without a text.
+TEST(Modify, NegativeOldVersionIsRefusedWithoutText) {
   const Library unversioned = Mall(Protocol::kQmx, -1);
-  EXPECT_EQ(Judge(Modify(unversioned, Mall())), After(-2, TraceText(), {kNoSplit}));
+  EXPECT_EQ(OutcomeOf(Modify(unversioned, Mall())), After(-2, TraceText(), {kNoSplit}));
 }
 
-TEST(Modify, VersionZeroIsAVersion) { EXPECT_EQ(Judge(Modify(Mall(Protocol::kQmx, 0), Mall())), kAllowed); }
+TEST(Modify, VersionZeroIsValid) { EXPECT_EQ(OutcomeOf(Modify(Mall(Protocol::kQmx, 0), Mall())), kAllowed); }
 
-TEST(Modify, ANegativeOldVersionIsMetBehindTheOrderRule) {
+TEST(Modify, NegativeOldVersionIsDetectedAfterTheOrderRule) {
   Library moved = Mall();
   std::swap(moved.tables[0].fields[0], moved.tables[0].fields[1]);
   const std::string order = "Order of the entry can't be modified! entry:'zone' meta:'mall%s'";
-  EXPECT_EQ(Judge(Modify(Mall(Protocol::kQmx, -1), moved)), After(-8, order, {kNoSplit, Error("CompareOrder", order)}));
+  EXPECT_EQ(OutcomeOf(Modify(Mall(Protocol::kQmx, -1), moved)), After(-8, order, {kNoSplit, Error("CompareOrder", order)}));
 }
 
-TEST(Modify, ANegativeOldVersionIsNotMetWhereOnlyTheTlvRulesRun) {
-  const Outcome outcome = Judge(Modify(Mall(Protocol::kTlv, -1), Mall(Protocol::kTlv), {.init_version = 2}));
+TEST(Modify, NegativeOldVersionIsIgnoredIfOnlyTheTlvRulesRun) {
+  const Outcome outcome = OutcomeOf(Modify(Mall(Protocol::kTlv, -1), Mall(Protocol::kTlv), {.init_version = 2}));
   EXPECT_EQ(outcome, kAllowed);
 }
 

@@ -9,9 +9,9 @@ namespace {
 
 constexpr char kByName[] = "CheckWhetherExistEntry";
 constexpr char kById[] = "CheckWhetherExistEntryById";
-constexpr int kOffset = 77;  // what the position holds before the question
+constexpr int kOffset = 77;  // the position before the call
 
-// What a lookup does: the declared name of the entry it found ("" for null), the position it left, buffer and log.
+// The result of a lookup: the declared name of the entry it found ("" for null), the position, buffer and log.
 struct Found {
   std::string entry = {};
   int offset = kOffset;
@@ -27,16 +27,16 @@ void PrintTo(const Found& found, std::ostream* out) {
 
 Found Failed(const std::string& method, const std::string& text) { return {"", kOffset, text, {Error(method, text)}}; }
 
-// `ask` answers with an entry; `declared` are the distinct names under which the entries of mall%s can be told apart.
+// `call` returns an entry; `declared` are distinct names that identify the entries of mall%s.
 template <typename AskEntry>
-Found Look(const Schema& schema, const std::vector<std::string>& declared, AskEntry ask) {
+Found Look(const Schema& schema, const std::vector<std::string>& declared, AskEntry call) {
   ModifyTable checker;
   support::CaptureCategory log;
   Found found;
   LPQMXMETAENTRY entry = nullptr;
   Observe(checker, log, [&](ModifyTable& one, LPVESKCATEGORYINST category) {
     std::copy(std::begin(kUntouched), std::end(kUntouched), one.m_szErrorType);
-    return entry = ask(one, found.offset, category), 0;
+    return entry = call(one, found.offset, category), 0;
   });
   for (const std::string& name : declared) {
     if (entry != nullptr && entry == schema.Entry("mall%s", name)) found.entry = name;
@@ -67,72 +67,70 @@ Found ById(int id, const Library& library) {
   });
 }
 
-TEST(LookupByName, BadArgumentsLeaveATextAndThePosition) {
+TEST(LookupByName, BadArgumentsWriteTextAndKeepPosition) {
   EXPECT_EQ(ByName(nullptr, Mall()), Failed(kByName, "Entry_name or meta is invalid"));
   EXPECT_EQ(ByName("zone", Absent()), Failed(kByName, "Entry_name or meta is invalid"));
 }
 
-TEST(LookupByName, AMetaWithoutEntriesLeavesAText) {
+TEST(LookupByName, MetaWithoutEntriesWritesText) {
   EXPECT_EQ(ByName("zone", Of({{}})), Failed(kByName, "Table dose not have entry, table:'mall%s'"));
 }
 
-TEST(LookupByName, AnAbsentNameIsSilent) {
+TEST(LookupByName, MissingNameWritesNoText) {
   EXPECT_EQ(ByName("far", Mall()), Found{});
   EXPECT_EQ(ByName("ZONE", Mall()), Found{});
   EXPECT_EQ(ByName("", Mall()), Found{});
   EXPECT_EQ(ByName("zon", Mall()), Found{});
 }
 
-TEST(LookupByName, GivesTheEntryAndItsPosition) {
+TEST(LookupByName, ReturnsEntryAndItsPosition) {
   EXPECT_EQ(ByName("uid%d", Mall()), (Found{"uid%d", 0}));
   EXPECT_EQ(ByName("tail", Mall()), (Found{"tail", 3}));
 }
 
-TEST(LookupByName, NamelessEntriesArePassedOver) {
+TEST(LookupByName, SkipsNamelessEntries) {
   EXPECT_EQ(ByName("zone", Mall().With(support::NoName("mall%s", "uid%d"))), (Found{"zone", 1}));
   EXPECT_EQ(ByName("zone", Mall().With(support::NoName("mall%s", "zone"))), Found{});
 }
 
-TEST(LookupByName, OfTwoEntriesWithOneNameTheFirstIsFound) {
+TEST(LookupByName, FindsFirstOfTwoEntriesWithOneName) {
   const Library twins = Of({{.fields = {{.name = "zone"}, {.name = "uid%d"}, {.name = "zone"}}}});
   EXPECT_EQ(ByName("zone", twins), (Found{"zone", 0}));
 }
 
-TEST(LookupById, BadArgumentsLeaveAText) {
+TEST(LookupById, BadArgumentsWriteText) {
   EXPECT_EQ(ById(-1, Mall()), Failed(kById, "Entry_name or meta is invalid"));
   EXPECT_EQ(ById(INT_MIN, Mall()), Failed(kById, "Entry_name or meta is invalid"));
   EXPECT_EQ(ById(4, Absent()), Failed(kById, "Entry_name or meta is invalid"));
 }
 
-// An entry with id -1 exists here, and is not found all the same.
-TEST(LookupById, ANegativeIdIsNeverSearched) {
+// An entry with id -1 exists here, but is not found.
+TEST(LookupById, NegativeIdIsNotSearched) {
   EXPECT_EQ(ById(-1, Of({{.fields = {{.name = "uid%d", .id = -1}}}})), Failed(kById, "Entry_name or meta is invalid"));
 }
 
-TEST(LookupById, AMetaWithoutEntriesLeavesAText) {
+TEST(LookupById, MetaWithoutEntriesWritesText) {
   EXPECT_EQ(ById(4, Of({{}})), Failed(kById, "Table dose not have entry, table:'mall%s'"));
 }
 
 TEST(LookupById, IdZeroIsSearched) { EXPECT_EQ(ById(0, Mall()), (Found{"zone"})); }
 
-TEST(LookupById, AnAbsentIdIsSilent) { EXPECT_EQ(ById(5, Mall()), Found{}); }
+TEST(LookupById, MissingIdWritesNoText) { EXPECT_EQ(ById(5, Mall()), Found{}); }
 
-TEST(LookupById, OfTwoEntriesWithOneIdTheFirstIsFound) { EXPECT_EQ(ById(4, Mall()), (Found{"uid%d"})); }
+TEST(LookupById, FindsFirstOfTwoEntriesWithOneId) { EXPECT_EQ(ById(4, Mall()), (Found{"uid%d"})); }
 
-TEST(LookupById, TheHighestIdIsFound) { EXPECT_EQ(ById(INT_MAX, Mall()), (Found{"tail"})); }
+TEST(LookupById, FindsHighestId) { EXPECT_EQ(ById(INT_MAX, Mall()), (Found{"tail"})); }
 
-TEST(LookupById, ANamelessEntryIsFoundByItsId) {
-  EXPECT_EQ(ById(0, Mall().With(support::NoName("mall%s", "zone"))), (Found{"zone"}));
-}
+TEST(LookupById, FindsNamelessEntryById) { EXPECT_EQ(ById(0, Mall().With(support::NoName("mall%s", "zone"))), (Found{"zone"})); }
 
-TEST(Lookup, LongTableNameIsCutAtTheEndOfTheBuffer) {
+TEST(Lookup, LongTableNameIsTruncatedAtEndOfBuffer) {
   const support::LongNames long_names;
   const std::string text = support::Lengthened("Table dose not have entry, table:'mall%s'").substr(0, 1023);
   EXPECT_EQ(ByName("zone", Of({{}})), Failed(kByName, text));
   EXPECT_EQ(ById(4, Of({{}})), Failed(kById, text));
 }
 
-TEST(Lookup, WithoutACategoryTheTextIsLeftAllTheSame) {
+TEST(Lookup, WritesTextWithoutCategory) {
   ModifyTable checker;
   int offset = kOffset;
   EXPECT_EQ(checker.CheckWhetherExistEntry(nullptr, nullptr, offset, nullptr), nullptr);

@@ -1,5 +1,5 @@
 // MatchEntries: every member of an entry's record either makes two entries different, or is on a list of members that no rule
-// reads. tests/model shows of the latter that they change no answer.
+// reads. tests/model shows that the latter change no result.
 #include "common/entry_match.h"
 
 #include <cstddef>
@@ -11,13 +11,13 @@ namespace {
 
 using korvel::EntryMatch;
 
-// Two entries, in libraries of the same declaration. The record that a change is made in is the new one's.
+// Two entries, in libraries with the same declaration. Changes are made in the new one's record.
 struct Change {
   LPQMXMETAENTRY changed;
   const Schema& schema;  // of the new library
 };
 
-// A member, or a part of one, of `size` bytes at `offset`.
+// A member, or part of a member, of `size` bytes at `offset`.
 struct MemberRow {
   const char* name;
   std::size_t offset;
@@ -31,17 +31,17 @@ void PrintTo(const MemberRow& row, std::ostream* out) { *out << row.name; }
 #define MEMBER(name) offsetof(tagQMXMetaEntry, name), sizeof(tagQMXMetaEntry::name)
 
 const MemberRow kMembers[] = {
-    // Where the record is. Both libraries are read through it, so the new one is laid out anew: see ARecordMayBeElsewhere.
+    // The offset of the record. Both libraries are read through it; in the new one it differs, see RecordOffsetMayDiffer.
     {"ptrEntry", MEMBER(ptrEntry), EntryMatch::kSame, [](const Change&) {}},
     {"ptrName", MEMBER(ptrName), EntryMatch::kDifferent,
      [](const Change& one) { one.changed->ptrName = one.schema.Entry("mall%s", "other")->ptrName; }},
     {"ptrCustomAttr2", MEMBER(ptrCustomAttr2), EntryMatch::kDifferent,
      [](const Change& one) { one.changed->ptrCustomAttr2 = QMX_NO_REF; }},
-    // A structure is descended into whenever there is one.
+    // The inner structure is compared separately.
     {"ptrTypeMeta", MEMBER(ptrTypeMeta), EntryMatch::kSame,
      [](const Change& one) { one.changed->ptrTypeMeta = one.schema.Meta("box%s")->ptrMeta; }},
     {"ptrRefer", MEMBER(ptrRefer), EntryMatch::kDifferent, [](const Change& one) { one.changed->ptrRefer = QMX_NO_REF; }},
-    // Rules ask whether there is a refer, never which entry it names.
+    // Rules check whether there is a refer, but not which entry it names.
     {"ptrRefer_to_another", MEMBER(ptrRefer), EntryMatch::kSame,
      [](const Change& one) { one.changed->ptrRefer = one.schema.Entry("mall%s", "other")->ptrEntry; }},
     {"iUnitSize", MEMBER(iUnitSize), EntryMatch::kDifferent, [](const Change& one) { ++one.changed->iUnitSize; }},
@@ -73,7 +73,7 @@ EntryMatch Match(const Schema& left, const Schema& right, const char* field) {
 
 class EntryMember : public testing::TestWithParam<MemberRow> {};
 
-TEST_P(EntryMember, EndsTheMatchUnlessNoRuleReadsIt) {
+TEST_P(EntryMember, EndsMatchUnlessNoRuleReadsIt) {
   const Schema old_schema = Mall().Build(), new_schema = Mall().Build();
   ASSERT_EQ(Match(old_schema, new_schema, "list"), EntryMatch::kSame);
   GetParam().change({new_schema.Entry("mall%s", "list"), new_schema});
@@ -84,8 +84,8 @@ TEST_P(EntryMember, EndsTheMatchUnlessNoRuleReadsIt) {
 std::string MemberName(const testing::TestParamInfo<MemberRow>& info) { return info.param.name; }
 INSTANTIATE_TEST_SUITE_P(Match, EntryMember, testing::ValuesIn(kMembers), MemberName);
 
-// A member that joins the record needs a row above, and a rule about one that is not compared needs MatchEntries to compare it.
-TEST(EntryMatch, EveryByteOfTheRecordBelongsToAMemberOnTheList) {
+// A new member needs a row above, and a rule about a member that is not compared needs MatchEntries to compare it.
+TEST(EntryMatch, EveryByteOfTheRecordIsListed) {
   std::size_t end = 0;
   for (const MemberRow& row : kMembers) {
     if (row.offset + row.size <= end) continue;
@@ -95,7 +95,7 @@ TEST(EntryMatch, EveryByteOfTheRecordBelongsToAMemberOnTheList) {
   EXPECT_EQ(end, sizeof(tagQMXMetaEntry));
 }
 
-TEST(EntryMatch, ARecordMayBeElsewhere) {
+TEST(EntryMatch, RecordOffsetMayDiffer) {
   Library moved = Mall();
   moved.tables.insert(moved.tables.begin(), {.name = "bag%s", .fields = {{"y"}}});
   const Schema old_schema = Mall().Build(), new_schema = moved.Build();
@@ -105,7 +105,7 @@ TEST(EntryMatch, ARecordMayBeElsewhere) {
   EXPECT_EQ(Match(old_schema, new_schema, "list"), EntryMatch::kSame);
 }
 
-TEST(EntryMatch, AStructureIsNotCompared) {
+TEST(EntryMatch, StructureIsNotCompared) {
   Library grown = Mall();
   grown.tables[0].fields.push_back({"y"});
   grown.pokes = {support::UnitSize("mall%s", "box", 4)};
@@ -113,14 +113,14 @@ TEST(EntryMatch, AStructureIsNotCompared) {
   EXPECT_EQ(Match(old_schema, new_schema, "box"), EntryMatch::kSameComposite);
 }
 
-TEST(EntryMatch, AMissingAttributeEqualsAnEmptyOne) {
+TEST(EntryMatch, MissingAttributeEqualsEmptyOne) {
   Library empty = Mall(), none = Mall();
   empty.tables[1].fields[2].attr2 = "";
   none.tables[1].fields[2].attr2 = std::nullopt;
   EXPECT_EQ(Match(empty.Build(), none.Build(), "list"), EntryMatch::kSame);
 }
 
-TEST(EntryMatch, WhatIsMissingMatchesNothing) {
+TEST(EntryMatch, MissingEntryMatchesNothing) {
   const Schema schema = Mall().Build();
   const LPQMXMETAENTRY entry = schema.Entry("mall%s", "list");
   EXPECT_EQ(korvel::MatchEntries(schema.Lib(), nullptr, schema.Lib(), entry), EntryMatch::kDifferent);

@@ -18,7 +18,7 @@ std::vector<Field> Fields(const Names& names) {
 Library Old(const Names& names) { return Of({{.name = "mall%s", .fields = Fields(names)}}); }
 Library New(const Names& names) { return Of({{.name = "shop%s", .fields = Fields(names)}}); }
 
-Ask Order(const Library& old_library, const Library& new_library) {
+Call Order(const Library& old_library, const Library& new_library) {
   return Between(old_library, new_library,
                  [](ModifyTable& checker, const Schema& old_schema, const Schema& new_schema, auto log) {
                    return checker.CompareOrder(old_schema.Meta(), new_schema.Meta(), log);
@@ -44,13 +44,13 @@ std::vector<Row> Rows() {
       {"added_in_front", Order(old_three, New({"x1", "x2", "e1", "e2", "e%3"})), {}},
       {"last_two_swapped", Order(old_three, New({"e1", "e%3", "e2"})), Moved("e%3")},
       {"first_two_swapped", Order(old_three, New({"e2", "e1", "e%3"})), Moved("e2")},
-      {"moved_behind_an_added_one", Order(old_three, New({"x1", "e2", "e1", "e%3"})), Moved("e2")},
+      {"moved_after_an_added_one", Order(old_three, New({"x1", "e2", "e1", "e%3"})), Moved("e2")},
       {"middle_removed", Order(old_three, New({"e1", "e%3"})), Moved("e%3")},
       {"last_removed", Order(old_three, New({"e1", "e2"})), {}},
       {"middle_renamed", Order(old_three, New({"e1", "y", "e%3"})), Moved("e%3")},
       {"last_renamed", Order(old_three, New({"e1", "e2", "y"})), {}},
-      {"kept_name_stands_twice", Order(old_three, New({"e1", "e1"})), Moved("e1")},
-      {"nothing_kept", Order(old_three, New({"x", "y"})), {}},
+      {"kept_name_is_duplicated", Order(old_three, New({"e1", "e1"})), Moved("e1")},
+      {"no_entry_kept", Order(old_three, New({"x", "y"})), {}},
       {"old_without_entries",
        Order(Old({}), New({"x", "y"})),
        {0, empty_old, {Error(kLookup, empty_old), Error(kLookup, empty_old)}}},
@@ -86,7 +86,7 @@ std::vector<Row> StructureRows() {
       {"counter_inside_does_not_reach_outside", Order(old_box, Boxed("shop%s", {}, "bag%s", {"x", "a", "b"})), {}},
       {"own_place_before_the_members",
        Order(Boxed("mall%s", {"k"}, "box%s", {"a", "b"}), Boxed("shop%s", {}, "bag%s", {"b", "a"})), Moved("items")},
-      {"goes_on_behind_a_structure",
+      {"goes_on_after_a_structure",
        Order(old_box, Of({{.name = "shop%s", .fields = {{"items", "bag%s"}, {"items"}}},
                           {.name = "bag%s", .fields = Fields({"a", "b"})}})),
        Moved("items")},
@@ -103,8 +103,8 @@ std::vector<Row> StructureRows() {
 INSTANTIATE_TEST_SUITE_P(Order, RuleTest, testing::ValuesIn(Rows()), RowName);
 INSTANTIATE_TEST_SUITE_P(OrderStructure, RuleTest, testing::ValuesIn(StructureRows()), RowName);
 
-// Two metas of one library: the middle structure is the new one of a pair, then the old one of the next.
-TEST(Order, AStructureMayBeOldInOnePairAndNewInTheNext) {
+// Two metas of one library: the middle structure is the new one of one pair and the old one of the next.
+TEST(Order, StructureMayBeOldInOnePairAndNewInTheNext) {
   const auto box = [](const std::string& name) {
     Table table{.name = name, .fields = Fields({"e1", "e2", "e3", "e4", "e5", "e6", "e7", "e8", "e9"})};
     table.fields[3].type = "leaf";
@@ -122,11 +122,11 @@ TEST(Order, AStructureMayBeOldInOnePairAndNewInTheNext) {
   EXPECT_STREQ(checker.GetErrType(), "");
 }
 
-TEST(Order, ARefusalInsideComesBeforeTheNextEntry) {
+TEST(Order, InnerRefusalComesBeforeNextEntry) {
   const Library old_library = Boxed("mall%s", {}, "box%s", {"a", "b"});
   Library new_library = Boxed("shop%s", {}, "bag%s", {"b", "a"});
   new_library.tables[0].fields.insert(new_library.tables[0].fields.end() - 1, {.name = "items"});
-  EXPECT_EQ(Judge(Order(old_library, new_library)), Moved("b", "box%s"));
+  EXPECT_EQ(OutcomeOf(Order(old_library, new_library)), Moved("b", "box%s"));
 }
 
 }  // namespace

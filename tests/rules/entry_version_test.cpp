@@ -1,4 +1,4 @@
-// CompareVersion. The old library's version is 5 throughout.
+// CompareVersion. The version of the old library is always 5.
 
 #include <climits>
 
@@ -16,7 +16,7 @@ Library New(const std::vector<Field>& fields) { return Of({{.name = "shop%s", .f
 
 Field V(const std::string& name, int version) { return {.name = name, .version = version}; }
 
-Ask Version(const Library& old_library, const Library& new_library, int old_version = 5) {
+Call Version(const Library& old_library, const Library& new_library, int old_version = 5) {
   return Between(old_library, new_library,
                  [=](ModifyTable& checker, const Schema& old_schema, const Schema& new_schema, auto log) {
                    return checker.CompareVersion(old_schema.Meta(), new_schema.Meta(), old_version, log);
@@ -53,8 +53,8 @@ std::vector<Row> Rows() {
       {"new_negative_above_the_library", Version(old_uid, New({V("x%n", -2)}), -3), {}},
       {"new_lowest", Version(old_uid, New({V("x%n", INT_MIN)}), INT_MAX), TooOld("x%n", "shop%s")},
       {"new_highest", Version(old_uid, New({V("x%n", INT_MAX)}), INT_MAX - 1), {}},
-      {"removed_is_not_looked_at", Version(Old({V("uid%d", 3), V("gone", 9)}), New({V("uid%d", 3)})), {}},
-      {"first_failure_ends", Version(Old({V("a", 1), V("b", 1)}), New({V("x", 6), V("a", 2), V("b", 2)})),
+      {"removed_is_not_examined", Version(Old({V("uid%d", 3), V("gone", 9)}), New({V("uid%d", 3)})), {}},
+      {"stops_at_first_failure", Version(Old({V("a", 1), V("b", 1)}), New({V("x", 6), V("a", 2), V("b", 2)})),
        Changed("a", "mall%s")},
       {"old_without_entries_new_above",
        Version(Old({}), New({V("x", 6), V("y", 7)})),
@@ -107,7 +107,7 @@ std::vector<Row> StructureRows() {
        Version(old_box, Of({{.name = "shop%s", .fields = {{.name = "items", .type = "bag%s"}, V("tail", 2)}},
                             {.name = "bag%s", .fields = {V("x", 3)}}})),
        Changed("x", "box%s")},
-      {"goes_on_behind_a_structure",
+      {"goes_on_after_a_structure",
        Version(old_box, Of({{.name = "shop%s", .fields = {{.name = "items", .type = "bag%s"}, V("tail", 2)}},
                             {.name = "bag%s", .fields = {V("x", 2)}}})),
        Changed("tail", "mall%s")},

@@ -8,7 +8,7 @@ namespace rules {
 namespace {
 
 constexpr char kRule[] = "CheckFieldNameValidate";
-constexpr char kPreset[] = "entry name is too long:";  // stands in the buffer when every name passes; part of the interface
+constexpr char kPreset[] = "entry name is too long:";  // in the buffer if every name passes; part of the interface
 
 Library Named(const std::vector<std::string>& names) {
   Table table;
@@ -16,12 +16,12 @@ Library Named(const std::vector<std::string>& names) {
   return Of({table});
 }
 
-Ask NamesOf(const Library& library) {
+Call NamesOf(const Library& library) {
   return Between(library, Absent(), [](ModifyTable& checker, const Schema& schema, const Schema&, auto log) {
     return checker.CheckFieldNameValidate(schema.Meta(), log);
   });
 }
-Ask Names(const std::vector<std::string>& names) { return NamesOf(Named(names)); }
+Call Names(const std::vector<std::string>& names) { return NamesOf(Named(names)); }
 
 std::string Length(const std::string& name) {
   return Info(kRule, "length of entry name " + name + " is " + std::to_string(name.size()));
@@ -33,7 +33,7 @@ Outcome Passed(const std::vector<std::string>& names) {
   return outcome;
 }
 
-// The record of the bad name's length stands before the refusal.
+// The record with the length of the bad name comes before the refusal.
 Outcome Bad(int code, const std::string& name, const std::string& text) {
   return {code, text, {Length(name), Error(kRule, text)}};
 }
@@ -56,12 +56,12 @@ std::vector<Row> Rows() {
       {"leading_zero", Names({"0"}), Digit("0")},
       {"hyphen", Names({"a-b"}), Illegal("a-b")},
       {"blank", Names({"a b"}), Illegal("a b")},
-      {"blank_behind", Names({"a "}), Illegal("a ")},
+      {"blank_after_a_value", Names({"a "}), Illegal("a ")},
       {"byte_above_7f", Names({"caf\xc3\xa9"}), Illegal("caf\xc3\xa9")},
       {"lowest_high_byte", Names({"\x80"}), Illegal("\x80")},
       {"highest_byte", Names({"a\xff"}), Illegal("a\xff")},
       {"percent_signs", Names({"a%s%n%d%"}), Illegal("a%s%n%d%")},
-      {"percent_signs_behind_a_digit", Names({"1%s%n"}), Digit("1%s%n")},
+      {"percent_signs_after_a_digit", Names({"1%s%n"}), Digit("1%s%n")},
       {"character_before_length", Names({hyphen}), Illegal(hyphen)},
       {"digit_before_length", Names({digits}), Digit(digits)},
       {"digit_before_character", Names({"1-"}), Digit("1-")},
@@ -76,43 +76,46 @@ std::vector<Row> Rows() {
 
 INSTANTIATE_TEST_SUITE_P(FieldName, RuleTest, testing::ValuesIn(Rows()), RowName);
 
-TEST(FieldName, AnEmptyNameIsRefused) { EXPECT_EQ(Judge(Names({""})), Bad(-19, "", "field name is empty.")); }
+TEST(FieldName, EmptyNameIsRefused) { EXPECT_EQ(OutcomeOf(Names({""})), Bad(-19, "", "field name is empty.")); }
 
-TEST(FieldName, AMissingNameCountsAsTheEmptyName) {
-  EXPECT_EQ(Judge(NamesOf(Named({"uid"}).With(support::NoName("mall%s", "uid")))), Bad(-19, "", "field name is empty."));
+TEST(FieldName, MissingNameCountsAsEmpty) {
+  EXPECT_EQ(OutcomeOf(NamesOf(Named({"uid"}).With(support::NoName("mall%s", "uid")))), Bad(-19, "", "field name is empty."));
 }
 
-// The text in the buffer is cut, the record of the length is not.
+// The text in the buffer is truncated, the record of the length is not.
 TEST(FieldName, TextsOfLongNames) {
   const auto cut_bad = [](int code, const std::string& name, const std::string& text) {
     return Outcome{code, text.substr(0, 1023), {Length(name), Error(kRule, text.substr(0, 1023))}};
   };
   const std::string digit(2000, '1'), letters(2000, 'n'), blanks(2000, ' ');
-  EXPECT_EQ(Judge(Names({digit})), cut_bad(-17, digit, "field name[" + digit + "] startswith digit."));
-  EXPECT_EQ(Judge(Names({blanks})), cut_bad(-18, blanks, "field name[" + blanks + "] has illegal character."));
-  EXPECT_EQ(Judge(Names({letters})), cut_bad(-9, letters, "length of entry " + letters + " is too long"));
+  EXPECT_EQ(OutcomeOf(Names({digit})), cut_bad(-17, digit, "field name[" + digit + "] startswith digit."));
+  EXPECT_EQ(OutcomeOf(Names({blanks})), cut_bad(-18, blanks, "field name[" + blanks + "] has illegal character."));
+  EXPECT_EQ(OutcomeOf(Names({letters})), cut_bad(-9, letters, "length of entry " + letters + " is too long"));
 }
 
 bool IsAllowed(int byte) {
   return (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z') || byte == '_';
 }
 
-void JudgeEveryByte() {
+void CheckEveryByte() {
   for (int byte = 1; byte < 256; ++byte) {
     const std::string letter(1, static_cast<char>(byte));
     const bool is_digit = byte >= '0' && byte <= '9';
     const std::string behind = "a" + letter + "z";
-    EXPECT_EQ(Judge(Names({letter})), is_digit ? Digit(letter) : IsAllowed(byte) ? Passed({letter}) : Illegal(letter)) << byte;
-    EXPECT_EQ(Judge(Names({behind})), IsAllowed(byte) ? Passed({behind}) : Illegal(behind)) << byte;
+    EXPECT_EQ(OutcomeOf(Names({letter})), is_digit          ? Digit(letter)
+                                          : IsAllowed(byte) ? Passed({letter})
+                                                            : Illegal(letter))
+        << byte;
+    EXPECT_EQ(OutcomeOf(Names({behind})), IsAllowed(byte) ? Passed({behind}) : Illegal(behind)) << byte;
   }
 }
 
-TEST(FieldName, EveryByteInFrontAndBehind) { JudgeEveryByte(); }
+TEST(FieldName, EveryByteAsFirstAndLast) { CheckEveryByte(); }
 
-// Locales in which more bytes are letters; those that the system lacks are left out.
-TEST(FieldName, TheLocaleDoesNotMatter) {
+// Locales in which more bytes are letters; those that are not installed are skipped.
+TEST(FieldName, LocaleHasNoEffect) {
   for (const char* locale : {"C.UTF-8", "en_US.ISO-8859-1", "de_DE", "fr_FR.ISO-8859-15", "tr_TR.UTF-8"}) {
-    if (std::setlocale(LC_ALL, locale) != nullptr) JudgeEveryByte();
+    if (std::setlocale(LC_ALL, locale) != nullptr) CheckEveryByte();
   }
   std::setlocale(LC_ALL, "C");
 }

@@ -7,7 +7,7 @@ namespace {
 
 constexpr char kRule[] = "CompareTableField";
 
-// A table with these fields, and one structure that its fields may have as their type.
+// A table with these fields, and one structure that its fields may use.
 Library With(const std::string& table, const std::vector<Field>& fields,
              const Table& box = {.name = "box%s", .fields = {{"x"}}}) {
   return Of({{.name = table, .fields = fields}, box});
@@ -15,7 +15,7 @@ Library With(const std::string& table, const std::vector<Field>& fields,
 Library Old(const std::vector<Field>& fields) { return With("mall%s", fields); }
 Library New(const std::vector<Field>& fields) { return With("shop%s", fields); }
 
-Ask FieldSet(const Library& old_library, const Library& new_library) {
+Call FieldSet(const Library& old_library, const Library& new_library) {
   return Between(old_library, new_library,
                  [](ModifyTable& checker, const Schema& old_schema, const Schema& new_schema, auto log) {
                    return checker.CompareTableField(old_schema.Meta(), new_schema.Meta(), log);
@@ -38,7 +38,7 @@ std::vector<Row> Rows() {
       {"null_metas", FieldSet(Absent(), Absent()), Refused(-1, kRule, "old_meta is NULL!")},
       {"one_entry_more", FieldSet(two, New({{"uid%d"}, {"zone"}, {"area"}})),
        Refused(-33, kRule, "mall%s ValueFieldNum(2) is not equal to shop%s ValueFieldNum(3)")},
-      {"one_entry_less", FieldSet(two, New({{"uid%d"}})),
+      {"one_entry_fewer", FieldSet(two, New({{"uid%d"}})),
        Refused(-33, kRule, "mall%s ValueFieldNum(2) is not equal to shop%s ValueFieldNum(1)")},
       {"no_entries", FieldSet(Old({}), New({})), kSame},
       {"same", FieldSet(two, New({{"uid%d"}, {"zone"}})), kSame},
@@ -61,8 +61,8 @@ std::vector<Row> Rows() {
        Differs(
            "mall%s value_entry:uid%d type(7) != shop%s value_entry:uid%d type(7) or src entry count(1) != dst entry count(1) or "
            "src entry size(18446744073709551615) != dst entry size(4)")},
-      {"first_difference_ends", FieldSet(two, New({{"area"}, {"far"}})), Differs("can not find value_entry:uid%d in shop%s")},
-      {"first_of_a_name_is_meant", FieldSet(Old({{"uid%d"}, {"uid%d"}}), New({{"uid%d"}, {"uid%d", "int32"}})), kSame},
+      {"stops_at_first_difference", FieldSet(two, New({{"area"}, {"far"}})), Differs("can not find value_entry:uid%d in shop%s")},
+      {"first_of_a_name_is_used", FieldSet(Old({{"uid%d"}, {"uid%d"}}), New({{"uid%d"}, {"uid%d", "int32"}})), kSame},
       {"nameless_old_entry", FieldSet(one.With(support::NoName("mall%s", "uid%d")), New({{"uid%d"}})),
        Differs("can not find value_entry:(null) in shop%s")},
       {"nameless_new_entry", FieldSet(one, New({{"uid%d"}}).With(support::NoName("shop%s", "uid%d"))),
@@ -80,7 +80,7 @@ std::vector<Row> Rows() {
   };
 }
 
-// Structures: a union keeps its size when it gains a member, so that the difference is met inside.
+// Structures: a union keeps its size when it gains a member, so that the difference is found inside.
 Library Boxed(const std::string& table, const std::string& box, const std::vector<Field>& fields,
               enQMXType kind = QMX_TYPE_UNION) {
   return With(table, {{.name = "uid%d", .type = box}, {"rest"}}, {.name = box, .fields = fields, .kind = kind});
@@ -96,7 +96,7 @@ std::vector<Row> StructureRows() {
       {"inner_gains_an_entry", FieldSet(old_box, Boxed("shop%s", "bag%s", {{"x"}, {"y"}})),
        Refused(-33, kRule, "box%s ValueFieldNum(1) is not equal to bag%s ValueFieldNum(2)")},
       {"inner_of_a_structure_differs", FieldSet(old_struct, new_struct), Differs("can not find value_entry:x in bag%s")},
-      {"goes_on_behind_a_structure",
+      {"goes_on_after_a_structure",
        FieldSet(old_box, With("shop%s", {{.name = "uid%d", .type = "bag%s"}, {"other"}},
                               {.name = "bag%s", .fields = {{"x"}}, .kind = QMX_TYPE_UNION})),
        {-34,
@@ -116,19 +116,19 @@ std::vector<Row> StructureRows() {
 INSTANTIATE_TEST_SUITE_P(FieldSet, RuleTest, testing::ValuesIn(Rows()), RowName);
 INSTANTIATE_TEST_SUITE_P(FieldSetStructure, RuleTest, testing::ValuesIn(StructureRows()), RowName);
 
-TEST(FieldSet, EveryDepthLogsItsPassInnerFirst) {
+TEST(FieldSet, EveryLevelLogsSuccessInnermostFirst) {
   const auto nested = [](const std::string& table) {
     return Of({{.name = table, .fields = {{"a", "box%s"}, {"b", "box%s"}}},
                {.name = "box%s", .fields = {{"c", "bag%s"}}},
                {.name = "bag%s", .fields = {{"d"}}}});
   };
   const Outcome passed = {.log = {Passed("bag%s"), Passed("box%s"), Passed("bag%s"), Passed("box%s"), Passed("mall%s")}};
-  EXPECT_EQ(Judge(FieldSet(nested("mall%s"), nested("shop%s"))), passed);
+  EXPECT_EQ(OutcomeOf(FieldSet(nested("mall%s"), nested("shop%s"))), passed);
 }
 
-TEST(FieldSet, AGrownUnitIsADifferenceHere) {
+TEST(FieldSet, GrownUnitIsADifference) {
   EXPECT_EQ(
-      Judge(FieldSet(Old({{"note", "string", 8}}), New({{"note", "string", 16}}))),
+      OutcomeOf(FieldSet(Old({{"note", "string", 8}}), New({{"note", "string", 16}}))),
       Differs("mall%s value_entry:note type(14) != shop%s value_entry:note type(14) or src entry count(1) != dst entry count(1) "
               "or src entry size(8) != dst entry size(16)"));
 }

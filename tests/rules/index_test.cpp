@@ -19,7 +19,7 @@ Library Indexed(const std::string& table, const std::vector<Index>& indexes) {
 Library Old(const std::vector<Index>& indexes) { return Indexed("mall%s", indexes); }
 Library New(const std::vector<Index>& indexes) { return Indexed("shop%s", indexes); }
 
-Ask Indexes(const Library& old_library, const Library& new_library, int table_type = 0) {
+Call Indexes(const Library& old_library, const Library& new_library, int table_type = 0) {
   return Between(old_library, new_library,
                  [=](ModifyTable& checker, const Schema& old_schema, const Schema& new_schema, auto log) {
                    return checker.CompareIndex(old_schema.Meta(), new_schema.Meta(), table_type, log);
@@ -36,7 +36,7 @@ support::Poke NoColumnEntry(const std::string& table, int position) {
   return [=](const Schema& schema) { schema.ColumnAt(table, 0, position)->ptrEntry = QMX_NO_REF; };
 }
 
-// Counts without the lists that they count.
+// Counts without lists.
 support::Poke NoIndexList(const std::string& table) {
   return [=](const Schema& schema) { schema.Meta(table)->ptrIndexes = QMX_NO_REF; };
 }
@@ -90,7 +90,7 @@ std::vector<Row> RuleRows() {
   };
 }
 
-// The three records that a foreign column leaves.
+// The three records of a column that is not in the new index.
 Outcome ForeignColumn(const std::string& column, const std::string& index) {
   const std::string text = "The column of index field can't be modified! index:'" + index + "' table:'mall%s'";
   return {-6,
@@ -107,9 +107,9 @@ std::vector<Row> ColumnRows() {
   return {
       {"columns_in_other_order", Indexes(both, New({{"by_both", {"zone", "uid%d"}}})), {}},
       {"one_column_more", Indexes(both, New({{"by_both", {"uid%d", "zone", "area"}}})), other_count},
-      {"one_column_less", Indexes(both, New({{"by_both", {"uid%d"}}})), other_count},
+      {"one_column_fewer", Indexes(both, New({{"by_both", {"uid%d"}}})), other_count},
       {"one_column_foreign", Indexes(both, New({{"by_both", {"uid%d", "area"}}})), ForeignColumn("area", "by_both")},
-      {"first_foreign_column_ends", Indexes(both, New({{"by_both", {"area", "ZONE"}}})), ForeignColumn("area", "by_both")},
+      {"stops_at_first_foreign_column", Indexes(both, New({{"by_both", {"area", "ZONE"}}})), ForeignColumn("area", "by_both")},
       {"column_in_other_letter_case", Indexes(both, New({{"by_both", {"uid%d", "ZONE"}}})), ForeignColumn("ZONE", "by_both")},
       {"percent_in_names", Indexes(Old({{"by_uid%s", {"zone"}}}), New({kByUid})), ForeignColumn("uid%d", "by_uid%s")},
       {"nameless_new_column", Indexes(both, new_both.With(support::NoName("shop%s", "zone"))),
@@ -125,8 +125,8 @@ std::vector<Row> ColumnRows() {
 INSTANTIATE_TEST_SUITE_P(Index, RuleTest, testing::ValuesIn(RuleRows()), RowName);
 INSTANTIATE_TEST_SUITE_P(IndexColumn, RuleTest, testing::ValuesIn(ColumnRows()), RowName);
 
-// The column rule and the membership test, asked directly. `Old` and `New` may leave out their index.
-Ask ColumnRule(const Library& old_library, const Library& new_library, bool has_old, bool has_new) {
+// The column rule and the membership test, called directly. `Old` and `New` may have no index.
+Call ColumnRule(const Library& old_library, const Library& new_library, bool has_old, bool has_new) {
   return Between(old_library, new_library,
                  [=](ModifyTable& checker, const Schema& old_schema, const Schema& new_schema, auto log) {
                    return checker.CompareIndexColumn(has_old ? old_schema.IndexAt("mall%s", 0) : nullptr,
@@ -135,7 +135,7 @@ Ask ColumnRule(const Library& old_library, const Library& new_library, bool has_
                  });
 }
 
-Ask ColumnMember(const char* name, bool has_index = true) {
+Call ColumnMember(const char* name, bool has_index = true) {
   return Between(Old({kByUidZone}), Absent(), [=](ModifyTable& checker, const Schema& schema, const Schema&, auto log) {
     return checker.CheckWhetherColumnField(name, has_index ? schema.IndexAt("mall%s", 0) : nullptr, schema.Meta(), log);
   });
@@ -163,28 +163,28 @@ std::vector<Row> DirectRows() {
 
 INSTANTIATE_TEST_SUITE_P(IndexDirect, RuleTest, testing::ValuesIn(DirectRows()), RowName);
 
-TEST(Index, ColumnTextPrintsTheFieldWhereItSaysIndex) {
-  const Outcome outcome = Judge(Indexes(Old({kByUidZone}), New({{"by_both", {"uid%d", "area"}}})));
+TEST(Index, ColumnTextHasFieldNameAsIndexName) {
+  const Outcome outcome = OutcomeOf(Indexes(Old({kByUidZone}), New({{"by_both", {"uid%d", "area"}}})));
   EXPECT_EQ(outcome, ForeignColumn("area", "by_both"));
 }
 
 TEST(Index, DirectionIsNotCompared) {
   const Index descending = {"by_uid%s", {{"uid%d", true}}};
-  EXPECT_EQ(Judge(Indexes(Old({kByUid}), New({descending}))), Outcome{});
+  EXPECT_EQ(OutcomeOf(Indexes(Old({kByUid}), New({descending}))), Outcome{});
 }
 
-TEST(Index, AColumnNamedTwicePasses) {
-  EXPECT_EQ(Judge(Indexes(Old({kByUidZone}), New({{"by_both", {"zone", "zone"}}}))), Outcome{});
+TEST(Index, RepeatedColumnPasses) {
+  EXPECT_EQ(OutcomeOf(Indexes(Old({kByUidZone}), New({{"by_both", {"zone", "zone"}}}))), Outcome{});
 }
 
-// Two indexes of one name: the second new one is held against the first old one.
-TEST(Index, OfTwoIndexesWithOneNameTheFirstIsFound) {
+// Two indexes with one name: the second new one is compared with the first old one.
+TEST(Index, FindsFirstOfTwoIndexesWithOneName) {
   const std::vector<Index> twice = {{"twin", {"uid%d"}}, {"twin", {"zone"}}};
-  EXPECT_EQ(Judge(Indexes(Old(twice), New(twice))), ForeignColumn("zone", "twin"));
-  EXPECT_EQ(Judge(Indexes(Old(twice), New({{"twin", {"uid%d"}}, {"twin", {"uid%d"}}}))), Outcome{});
+  EXPECT_EQ(OutcomeOf(Indexes(Old(twice), New(twice))), ForeignColumn("zone", "twin"));
+  EXPECT_EQ(OutcomeOf(Indexes(Old(twice), New({{"twin", {"uid%d"}}, {"twin", {"uid%d"}}}))), Outcome{});
 }
 
-TEST(Index, LookupAnswersWithTheFirstIndexOfTheName) {
+TEST(Index, LookupReturnsFirstIndexWithTheName) {
   const Schema schema = Old({kByUidZone, {"twin", {"uid%d"}}, {"twin", {"zone"}}}).Build();
   ModifyTable checker;
   EXPECT_EQ(checker.CheckWhetherIndexField(schema.Meta(), "by_both"), schema.IndexAt("mall%s", 0));
@@ -195,7 +195,7 @@ TEST(Index, LookupAnswersWithTheFirstIndexOfTheName) {
   EXPECT_STREQ(checker.GetErrType(), "");
 }
 
-TEST(Index, LookupInAMetaWithoutIndexesFindsNothing) {
+TEST(Index, LookupFindsNothingInMetaWithoutIndexes) {
   ModifyTable checker;
   for (const int count : {0, -1}) {
     const Schema schema = Old({kByUid}).With(IndexNumber("mall%s", count)).Build();

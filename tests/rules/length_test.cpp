@@ -16,8 +16,8 @@ Library Mall(const std::vector<Field>& fields, const std::vector<std::string>& k
 
 Library Before(std::uint64_t history) { return Mall({Blob("history", history), Blob("payload", k128K)}); }
 
-Ask Lengths(const Library& old_library, const Library& new_library, const std::string& version, const std::string& whitelist = {},
-            std::optional<std::string> metaname = "mall%s") {
+Call Lengths(const Library& old_library, const Library& new_library, const std::string& version,
+             const std::string& whitelist = {}, std::optional<std::string> metaname = "mall%s") {
   return Between(old_library, new_library,
                  [=](ModifyTable& checker, const Schema& old_schema, const Schema& new_schema, auto log) {
                    const std::string name = support::TableName(metaname.value_or(""));
@@ -69,7 +69,7 @@ std::vector<Row> LimitRows() {
        Lengths(Mall({}), Mall({Blob("blob_a", k128K + 1), Blob("ok", 4), Blob("blob_b", k128K + 2)}), "1"),
        {-2, "ERR_ENTRY_LEN;blob_a|blob_b|", {TooLong("blob_a", k128K + 1, "256KB"), TooLong("blob_b", k128K + 2, "256KB")}},
        false},
-      {"table_gone_from_the_new_library", Lengths(Mall({Blob("b%n", k10M)}), Of({{.name = "shop%s"}}), "1"), {}, false},
+      {"table_removed_from_the_new_library", Lengths(Mall({Blob("b%n", k10M)}), Of({{.name = "shop%s"}}), "1"), {}, false},
   };
 }
 
@@ -77,8 +77,8 @@ std::vector<Row> ArgumentRows() {
   const Library large = Mall({Blob("b%n", k10M)});
   const Outcome bad = {.code = -1};
   Row no_category = {"null_category", nullptr, bad};
-  const Ask with_category = Lengths(large, large, "1", "b%n");
-  no_category.ask = [with_category](ModifyTable& checker, LPVESKCATEGORYINST) { return with_category(checker, nullptr); };
+  const Call with_category = Lengths(large, large, "1", "b%n");
+  no_category.call = [with_category](ModifyTable& checker, LPVESKCATEGORYINST) { return with_category(checker, nullptr); };
   return {
       {"null_name", Lengths(large, large, "1", "b%n", std::nullopt), bad},
       {"empty_name", Lengths(large, large, "1", "b%n", ""), bad},
@@ -153,46 +153,46 @@ INSTANTIATE_TEST_SUITE_P(LengthLimit, RuleTest, testing::ValuesIn(LimitRows()), 
 INSTANTIATE_TEST_SUITE_P(LengthArguments, RuleTest, testing::ValuesIn(ArgumentRows()), RowName);
 INSTANTIATE_TEST_SUITE_P(LengthWhitelist, RuleTest, testing::ValuesIn(WhitelistRows()), RowName);
 
-TEST(Whitelist, LimitTextsStandSwapped) {
+TEST(Whitelist, LimitTextsAreSwapped) {
   const auto limit_text = [](const std::string& version, std::uint64_t size) {
-    return Judge(Lengths(Mall({}), Mall({Blob("b%n", size)}), version), false).log;
+    return OutcomeOf(Lengths(Mall({}), Mall({Blob("b%n", size)}), version), false).log;
   };
   EXPECT_EQ(limit_text("3.28.9", k128K + 1), std::vector{TooLong("b%n", k128K + 1, "256KB")});
   EXPECT_EQ(limit_text("3.29.0", k256K + 1), std::vector{TooLong("b%n", k256K + 1, "128kB")});
 }
 
-TEST(Whitelist, A10MiBServerReports128kB) {
-  const Outcome outcome = Judge(Lengths(Mall({}), Mall({Blob("b%n", k10M + 1)}), "3.39.0"), false);
+TEST(Whitelist, ServerWithLimitOf10MiBReports128kB) {
+  const Outcome outcome = OutcomeOf(Lengths(Mall({}), Mall({Blob("b%n", k10M + 1)}), "3.39.0"), false);
   EXPECT_EQ(outcome, Oversized(k10M + 1, "128kB"));
 }
 
 TEST(Whitelist, OversizedFieldsAreReportedInTheBufferOnly) {
-  const Outcome outcome = Judge(Lengths(Mall({}), Mall({Blob("b%n", k128K + 1)}), "1"), false);
+  const Outcome outcome = OutcomeOf(Lengths(Mall({}), Mall({Blob("b%n", k128K + 1)}), "1"), false);
   EXPECT_EQ(outcome.buffer, "ERR_ENTRY_LEN;b%n|");
   EXPECT_EQ(outcome.log.size(), 1U);
 }
 
-TEST(Whitelist, ReportsAreCutAndTheWarningIsLoggedCut) {
+TEST(Whitelist, ReportsAndWarningAreTruncated) {
   const std::string name(1500, 'n');
   const std::string report = ("WARNING_WHITELIST:entry:" + name).substr(0, 1023);
   const Library before = Mall({Blob(name, 1)}), after = Mall({Blob(name, k128K + 1)});
-  EXPECT_EQ(Judge(Lengths(before, after, "1", name), false),
+  EXPECT_EQ(OutcomeOf(Lengths(before, after, "1", name), false),
             (Outcome{-3, report, {Seen(name, 1, k128K + 1), Warn(kRule, report)}, {name + " 1 -> 131073"}, {name}}));
-  EXPECT_EQ(Judge(Lengths(before, after, "1"), false),
+  EXPECT_EQ(OutcomeOf(Lengths(before, after, "1"), false),
             (Outcome{-2, ("ERR_ENTRY_LEN;" + name).substr(0, 1023), {TooLong(name, k128K + 1, "256KB")}}));
 }
 
-// Whatever the whitelist holds: a name that is not there is not on it, and there is nothing of it to report but the separator.
-TEST(Whitelist, ANamelessFieldIsNeverOnTheList) {
+// Whatever the whitelist contains, a null name is not in it, and its report consists of the separator only.
+TEST(Whitelist, NamelessFieldIsNeverOnTheList) {
   const Library nameless = Mall({Blob("b", k128K + 1)}).With(support::NoName("mall%s", "b"));
-  EXPECT_EQ(Judge(Lengths(Mall({}), nameless, "1", "(null);b"), false),
+  EXPECT_EQ(OutcomeOf(Lengths(Mall({}), nameless, "1", "(null);b"), false),
             (Outcome{-2, "ERR_ENTRY_LEN;|", {TooLong("(null)", k128K + 1, "256KB")}, {}, {"(null)", "b"}}));
 }
 
-// One checker, asked more than once.
+// Several calls on one checker.
 class TwoCalls : public testing::Test {
  protected:
-  Outcome Ask(const Library& old_library, const Library& new_library, const std::string& whitelist) {
+  Outcome Call(const Library& old_library, const Library& new_library, const std::string& whitelist) {
     log_.records.clear();
     return Observe(checker_, log_, Lengths(old_library, new_library, "1", whitelist));
   }
@@ -203,16 +203,16 @@ class TwoCalls : public testing::Test {
   const Library after_ = Mall({Blob("history", 524288), Blob("payload", k128K)});
 };
 
-TEST_F(TwoCalls, NodesOfTheFirstCallAreReportedAgain) {
-  Ask(before_, after_, "history");
+TEST_F(TwoCalls, NodesOfFirstCallAreReportedAgain) {
+  Call(before_, after_, "history");
   const Outcome again = {-3, kGrew, {Warn(kRule, kGrew)}, {"history 131072 -> 524288"}, {"history"}};
-  EXPECT_EQ(Ask(before_, before_, ""), again);
+  EXPECT_EQ(Call(before_, before_, ""), again);
 }
 
-TEST_F(TwoCalls, TheSecondReportListsTheNodesOfBoth) {
-  Ask(before_, after_, "history");
+TEST_F(TwoCalls, SecondReportListsNodesOfBoth) {
+  Call(before_, after_, "history");
   const std::string both = kGrew + "entry:payload size 131072 -> 131073 |";
-  EXPECT_EQ(Ask(before_, Mall({Blob("payload", k128K + 1)}), "payload"),
+  EXPECT_EQ(Call(before_, Mall({Blob("payload", k128K + 1)}), "payload"),
             (Outcome{-3,
                      both,
                      {Seen("payload", k128K, k128K + 1), Warn(kRule, both)},
@@ -220,18 +220,18 @@ TEST_F(TwoCalls, TheSecondReportListsTheNodesOfBoth) {
                      {"history", "payload"}}));
 }
 
-TEST_F(TwoCalls, AnEmptyWhitelistLeavesTheNamesOfTheFirstCall) {
-  Ask(before_, before_, "history");
-  EXPECT_EQ(Ask(before_, after_, "").white, std::vector<std::string>{"history"});
+TEST_F(TwoCalls, EmptyWhitelistKeepsNamesOfFirstCall) {
+  Call(before_, before_, "history");
+  EXPECT_EQ(Call(before_, after_, "").white, std::vector<std::string>{"history"});
   EXPECT_EQ(checker_.printVec.size(), 1U);
 }
 
-TEST_F(TwoCalls, GrowthOfARefusedCallIsReportedByTheNext) {
-  EXPECT_EQ(Ask(before_, Mall({Blob("history", 524288), Blob("payload", k10M)}), "history").code, -2);
-  EXPECT_EQ(Ask(before_, before_, "").code, -3);
+TEST_F(TwoCalls, NextCallReportsGrowthOfRefusedCall) {
+  EXPECT_EQ(Call(before_, Mall({Blob("history", 524288), Blob("payload", k10M)}), "history").code, -2);
+  EXPECT_EQ(Call(before_, before_, "").code, -3);
 }
 
-// Sizes of the field in the old schema, asked directly.
+// Sizes of a field in the old schema, called directly.
 class OldSize : public testing::Test {
  protected:
   bool Grew(const char* name, std::size_t new_size) { return checker_.CheckWhiteFieldIsModify(meta_, new_size, name, size_); }
@@ -249,12 +249,12 @@ TEST_F(OldSize, StrictlyGrownFieldsOnly) {
   EXPECT_EQ(size_, 12U);
 }
 
-TEST_F(OldSize, OfTwoFieldsWithOneNameTheFirstCounts) {
+TEST_F(OldSize, UsesFirstOfTwoFieldsWithOneName) {
   EXPECT_TRUE(Grew("twin", 9));
   EXPECT_EQ(size_, 8U);
 }
 
-TEST_F(OldSize, AnUnknownFieldLeavesTheSize) {
+TEST_F(OldSize, UnknownFieldKeepsSize) {
   EXPECT_FALSE(Grew("A", 13));
   EXPECT_FALSE(Grew(nullptr, 13));
   meta_ = nullptr;

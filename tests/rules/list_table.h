@@ -1,4 +1,4 @@
-// Tables whose attributes say what kind of table they are, and what CheckTable makes of faulty ones.
+// Tables whose attributes give their type, and CheckTable's texts for faulty ones.
 #pragma once
 
 #include <optional>
@@ -9,7 +9,7 @@
 
 namespace rules {
 
-// A table with these attributes; sort attributes of its fields "level" and "score".
+// A table with these attributes, and sort attributes of its fields "level" and "score".
 inline Library Mall(std::optional<std::string> attr, std::optional<std::string> level = {},
                     std::optional<std::string> score = {}) {
   return Of({{.fields = {{"uid"}, {.name = "level", .attr2 = level}, {.name = "score", .attr2 = score}},
@@ -17,8 +17,8 @@ inline Library Mall(std::optional<std::string> attr, std::optional<std::string> 
               .attr = attr}});
 }
 
-// CheckTable's text for this table as the rules have to show it. They use the text as a format, so CheckTable doubles every
-// percent sign of what it quotes, and each comes out single again.
+// CheckTable's text for this table, as the rules must show it. They use the text as a format string, so CheckTable doubles every
+// percent sign that it quotes, and each becomes a single one again.
 inline std::string TableText(const Library& library, const std::string& table) {
   const Schema schema = library.Build();
   CheckTable check;

@@ -1,5 +1,4 @@
-// CheckListMetaInfo over tables whose attributes CheckTable reads. What no attributes can bring about is held by the tests with
-// stand-ins.
+// CheckListMetaInfo on tables whose attributes CheckTable parses. Conditions that no attributes produce are tested in standalone.
 
 #include <algorithm>
 
@@ -10,7 +9,7 @@ namespace {
 
 constexpr char kRule[] = "CheckListMetaInfo";
 
-Ask Kind(const Library& old_library, const Library& new_library, int type = 0, int number = 0) {
+Call Kind(const Library& old_library, const Library& new_library, int type = 0, int number = 0) {
   return Between(old_library, new_library,
                  [=](ModifyTable& checker, const Schema& old_schema, const Schema& new_schema, auto log) {
                    return checker.CheckListMetaInfo(support::TableName("mall%s").c_str(), old_schema.Lib(), new_schema.Lib(), log,
@@ -40,9 +39,9 @@ std::vector<Row> GainRows() {
       {"gains_list_of_the_servers_length", Kind(plain, list, 1, 8), {}},
       {"gains_list_of_another_length", Kind(plain, list, 1, 9),
        Refused(-5, kRule, "Can't change table_list_num(table:mall%s) from 9 to 8")},
-      {"gains_list_where_the_server_has_generic", Kind(plain, list, 0, 8),
+      {"gains_list_if_the_server_has_generic", Kind(plain, list, 0, 8),
        Refused(-4, kRule, "Can't change table_type(table:mall%s) from GENERIC to LIST")},
-      {"gains_generic_where_the_server_has_list", Kind(plain, generic, 1, 8),
+      {"gains_generic_if_the_server_has_list", Kind(plain, generic, 1, 8),
        Refused(-4, kRule, "Can't change table_type(table:mall%s) from LIST to GENERIC")},
       {"gains_sorted_list", Kind(plain, sorted, 1, 8),
        Refused(-3, kRule, "Can't modify table type (table:mall%s) from others to sortlist ")},
@@ -92,44 +91,44 @@ std::vector<Row> KeepRows() {
 INSTANTIATE_TEST_SUITE_P(ListGain, RuleTest, testing::ValuesIn(GainRows()), RowName);
 INSTANTIATE_TEST_SUITE_P(ListKeep, RuleTest, testing::ValuesIn(KeepRows()), RowName);
 
-// In a long list fields are found in any order, each with the attribute of its own.
-TEST(List, ASortedListOfManyAttributesMayBeReordered) {
+// In a long list fields are found in any order, each with its own attribute.
+TEST(List, SortedListWithManyAttributesMayBeReordered) {
   Library old_library = Mall("TableType=SORTLIST;ListNum=8", "sort=1");
   old_library.tables[0].fields[0].attr2 = "of the first";
   for (int i = 0; i < 20; ++i) {
     old_library.tables[0].fields.push_back({.name = "f" + std::to_string(i), .attr2 = "of field " + std::to_string(i)});
   }
-  EXPECT_EQ(Judge(Kind(old_library, old_library)), Passed(2, 2));
+  EXPECT_EQ(OutcomeOf(Kind(old_library, old_library)), Passed(2, 2));
   Library new_library = old_library;
   std::reverse(new_library.tables[0].fields.begin(), new_library.tables[0].fields.end());
-  EXPECT_EQ(Judge(Kind(old_library, new_library)), Passed(2, 2));
+  EXPECT_EQ(OutcomeOf(Kind(old_library, new_library)), Passed(2, 2));
   new_library.tables[0].fields[3].attr2 = "another";
-  EXPECT_EQ(Judge(Kind(old_library, new_library)),
+  EXPECT_EQ(OutcomeOf(Kind(old_library, new_library)),
             Differs(-11, 2, 2, "System error:old_customattr2:of field 16,new_customattr2:another"));
 }
 
-// The text is passed through, and says old (-1) or new (-2).
-TEST(List, FaultyAttributesAreReportedInCheckTablesWords) {
+// The text is passed on, with old (-1) or new (-2).
+TEST(List, FaultyAttributesAreReportedWithCheckTablesText) {
   const Library good = Mall(kList8), bad = Mall("TableType=HEAP");
   const std::string text = TableText(bad, "mall%s");
-  EXPECT_EQ(Judge(Kind(bad, good)), Refused(-1, kRule, text));
-  EXPECT_EQ(Judge(Kind(good, bad)), Refused(-2, kRule, text));
-  EXPECT_EQ(Judge(Kind(bad, bad)), Refused(-1, kRule, text));
+  EXPECT_EQ(OutcomeOf(Kind(bad, good)), Refused(-1, kRule, text));
+  EXPECT_EQ(OutcomeOf(Kind(good, bad)), Refused(-2, kRule, text));
+  EXPECT_EQ(OutcomeOf(Kind(bad, bad)), Refused(-1, kRule, text));
 }
 
-TEST(List, APercentSignSurvivesThatTheTextIsAFormat) {
+TEST(List, PercentSignIsKeptAlthoughTextIsAFormat) {
   const Library bad = Mall("TableType=LI%s%%ST%n");
-  const Outcome outcome = Judge(Kind(bad, bad));
+  const Outcome outcome = OutcomeOf(Kind(bad, bad));
   EXPECT_EQ(outcome, Refused(-1, kRule, TableText(bad, "mall%s")));
   EXPECT_NE(outcome.buffer.find("'mall%s'"), std::string::npos) << outcome.buffer;
   EXPECT_NE(outcome.buffer.find("LI%s%%ST%n"), std::string::npos) << outcome.buffer;
 }
 
-// Wherever CheckTable has to cut its text, what is left is no broken format, which would leave an empty buffer.
-TEST(List, ATextOfPercentSignsCutAnywhereIsStillShown) {
+// Wherever CheckTable truncates its text, the rest is a valid format; an invalid one would leave an empty buffer.
+TEST(List, TextOfPercentSignsIsShownWhereverItIsTruncated) {
   for (std::size_t length = 440; length < 560; ++length) {
     const Library bad = Mall("TableType=" + std::string(length % 2, 'x') + std::string(length, '%'));
-    const std::string text = Judge(Kind(bad, bad)).buffer;
+    const std::string text = OutcomeOf(Kind(bad, bad)).buffer;
     EXPECT_TRUE(text.starts_with("Table attributes")) << length;
     EXPECT_TRUE(std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; })) << length;
   }

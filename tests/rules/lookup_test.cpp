@@ -1,4 +1,4 @@
-// Class Lookup, which every search of a rule goes through, and the index of long lists.
+// Class Lookup, which all rules use for searches, and the index of long lists.
 #include "common/lookup.h"
 
 #include <algorithm>
@@ -16,7 +16,7 @@ Library Mall() {
   return Of({{.fields = {{.name = "uid%d", .id = 4}, {.name = "zone", .id = 0}, {.name = "area", .id = 4}, {.name = "tail"}}}});
 }
 
-TEST(Position, OfWhatIsNowhereIsMinusOne) {
+TEST(Position, IsMinusOneIfMissing) {
   const Schema schema = Mall().Build();
   const LPQMXMETA meta = schema.Meta();
   const int count = korvel::EntryCount(meta);
@@ -30,17 +30,17 @@ TEST(Position, OfWhatIsNowhereIsMinusOne) {
   EXPECT_EQ(lookup.PositionByIdAndName(meta, count, 4, nullptr), -1);
 }
 
-TEST(Position, OfAnIdThatTwoHaveIsThatOfTheName) {
+TEST(Position, OfDuplicateIdIsThatOfTheName) {
   const Schema schema = Mall().Build();
   korvel::Lookup lookup(std::pmr::get_default_resource());
   EXPECT_EQ(lookup.PositionById(schema.Meta(), 4, 4), 0);
   EXPECT_EQ(lookup.PositionByIdAndName(schema.Meta(), 4, 4, "area"), 2);
 }
 
-// --- The index against a walk, in random orders of random keys ---
+// --- The index compared with a linear search, for random keys in random order ---
 
 struct List {
-  std::vector<std::string> names;  // an empty one stands for a missing name
+  std::vector<std::string> names;  // an empty one means a missing name
   korvel::NameKey At(int i) const {
     const std::string& name = names[static_cast<std::size_t>(i)];
     return {name.empty() ? nullptr : name.c_str()};
@@ -56,14 +56,14 @@ List RandomList(std::mt19937_64& random) {
   const std::size_t count = 1 + random() % 60;
   const std::size_t different = 1 + random() % 60;
   for (std::size_t i = 0; i < count; ++i) {
-    // Some are longer than what is hashed at once.
+    // Some are longer than the block size of the hash.
     const std::string number = std::to_string(random() % different);
     list.names.push_back(random() % 12 == 0 ? "" : random() % 2 == 0 ? "n" + number : "a_long_name_of_number_" + number);
   }
   return list;
 }
 
-TEST(KeyIndex, FindsTheFirstAsAWalkDoes) {
+TEST(KeyIndex, FindsFirstLikeLinearSearch) {
   std::mt19937_64 random(20261121);
   for (int round = 0; round < 2000; ++round) {
     const List list = RandomList(random);
@@ -84,7 +84,7 @@ TEST(KeyIndex, FindsTheFirstAsAWalkDoes) {
   }
 }
 
-TEST(KeyIndex, KeepsIdsApartFromMissingEntries) {
+TEST(KeyIndex, DistinguishesIdsFromMissingEntries) {
   const std::vector<korvel::IdKey> ids = {{0, false}, {INT_MIN}, {0}, {INT_MAX}, {0}};
   const auto count = static_cast<int>(ids.size());
   const auto key_at = [&](int i) { return ids[static_cast<std::size_t>(i)]; };
@@ -95,7 +95,7 @@ TEST(KeyIndex, KeepsIdsApartFromMissingEntries) {
   EXPECT_EQ(index.Find(korvel::IdKey{-1}, count, key_at), -1);
 }
 
-TEST(KeyIndex, OfAPartHoldsNoOtherItems) {
+TEST(KeyIndex, OfPartContainsNoOtherItems) {
   const std::vector<korvel::IdKey> ids = {{7}, {8}, {7}, {9}, {8}, {6}};
   const auto key_at = [&](int i) { return ids[static_cast<std::size_t>(i)]; };
   const korvel::KeyIndex index(std::pmr::get_default_resource(), 1, 2, 5, key_at);

@@ -20,12 +20,12 @@ void PrintList(const char* title, const std::vector<std::string>& lines, std::os
   for (const std::string& line : lines) *out << "\n  " << title << " [" << line << "]";
 }
 
-// The same question without a log category.
-void CheckQuiet(const Ask& ask, int code, const ModifyTable& loud) {
+// Repeats the call without a log category.
+void CheckQuiet(const Call& call, int code, const ModifyTable& loud) {
   ModifyTable checker;
   SetBuffer(checker);
   const int calls_before = support::CallsWithoutCategory();
-  EXPECT_EQ(ask(checker, nullptr), code) << "without a category";
+  EXPECT_EQ(call(checker, nullptr), code) << "without a category";
   EXPECT_STREQ(checker.GetErrType(), loud.GetErrType()) << "without a category";
   EXPECT_EQ(support::CallsWithoutCategory(), calls_before);
 }
@@ -42,8 +42,8 @@ void PrintTo(const Outcome& outcome, std::ostream* out) {
 
 Outcome Refused(int code, const std::string& method, const std::string& text) { return {code, text, {Error(method, text)}}; }
 
-Outcome Observe(ModifyTable& checker, support::CaptureCategory& log, const Ask& ask) {
-  const int code = ask(checker, &log);
+Outcome Observe(ModifyTable& checker, support::CaptureCategory& log, const Call& call) {
+  const int code = call(checker, &log);
   return {code,
           log.WithoutLine(checker.GetErrType()),
           log.Lines(),
@@ -52,12 +52,12 @@ Outcome Observe(ModifyTable& checker, support::CaptureCategory& log, const Ask& 
           checker.m_svr_ver};
 }
 
-Outcome Judge(const Ask& ask, bool quiet) {
+Outcome OutcomeOf(const Call& call, bool quiet) {
   ModifyTable checker;
   SetBuffer(checker);
   support::CaptureCategory log;
-  const Outcome outcome = Observe(checker, log, ask);
-  if (quiet) CheckQuiet(ask, outcome.code, checker);
+  const Outcome outcome = Observe(checker, log, call);
+  if (quiet) CheckQuiet(call, outcome.code, checker);
   return outcome;
 }
 

@@ -1,5 +1,5 @@
-// What a question to the checker comes to, as a value: result code, buffer, log records in their order, what stays in the object.
-// Tests list all of it, byte for byte. One thing more fails as surely as one less.
+// The result of a call of the checker as a value: result code, buffer, log records in order, members of the object. Tests list
+// all of it exactly.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -20,10 +20,10 @@ using support::Info;
 using support::Trace;
 using support::Warn;
 
-// What the buffer holds before every question.
+// The text in the buffer before every call.
 inline constexpr char kUntouched[] = "what was written before";
 
-// Everything a caller can see after a question.
+// Everything that is visible after a call.
 struct Outcome {
   int code = 0;
   std::string buffer = kUntouched;
@@ -36,17 +36,17 @@ struct Outcome {
 
 void PrintTo(const Outcome& outcome, std::ostream* out);
 
-// A refusal whose text stands in the buffer and, as the only record, in the log.
+// A refusal whose text is in the buffer and, as the only record, in the log.
 Outcome Refused(int code, const std::string& method, const std::string& text);
 
-// One question to a checker.
-using Ask = std::function<int(ModifyTable&, LPVESKCATEGORYINST)>;
+// A call of one operation.
+using Call = std::function<int(ModifyTable&, LPVESKCATEGORYINST)>;
 
-// What a checker that already exists, and holds what it holds, answers now. The log has room for more than one question.
-Outcome Observe(ModifyTable& checker, support::CaptureCategory& log, const Ask& ask);
+// The outcome of a call on an existing checker with its current state. The log may contain earlier calls.
+Outcome Observe(ModifyTable& checker, support::CaptureCategory& log, const Call& call);
 
-// What a new checker answers. Unless `quiet` is false, asks another one without a log category too: it must leave the same code
-// and the same text, and ask nothing of the logging library.
-Outcome Judge(const Ask& ask, bool quiet = true);
+// The outcome of a call on a new checker. If `quiet` is true, calls another one without a log category too, which must leave the
+// same code and the same text, and must not call the logging library.
+Outcome OutcomeOf(const Call& call, bool quiet = true);
 
 }  // namespace rules

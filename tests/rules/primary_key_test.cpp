@@ -10,21 +10,21 @@ using Names = std::vector<std::string>;
 constexpr char kRule[] = "ComparePrimaryKey";
 constexpr char kMember[] = "CheckWhetherPrimaryKey";
 
-// A table whose key has these members; old and new ones have different names, so that a text tells which of them it names.
+// A table whose key has these members; old and new ones have different names, so that a text shows which one it names.
 Library Keyed(const std::string& table, const Names& key) {
   return Of({{.name = table, .fields = {{.name = "uid%d"}, {.name = "zone"}, {.name = "area"}, {.name = "ZONE"}}, .key = key}});
 }
 Library Old(const Names& key) { return Keyed("mall%s", key); }
 Library New(const Names& key) { return Keyed("shop%s", key); }
 
-Ask PrimaryKey(const Library& old_library, const Library& new_library) {
+Call PrimaryKey(const Library& old_library, const Library& new_library) {
   return Between(old_library, new_library,
                  [](ModifyTable& checker, const Schema& old_schema, const Schema& new_schema, auto log) {
                    return checker.ComparePrimaryKey(old_schema.Meta(), new_schema.Meta(), log);
                  });
 }
 
-Ask Member(const char* name, const Library& library) {
+Call Member(const char* name, const Library& library) {
   return Between(library, Absent(), [name](ModifyTable& checker, const Schema& schema, const Schema&, auto log) {
     return checker.CheckWhetherPrimaryKey(name, schema.Meta(), log);
   });
@@ -38,7 +38,7 @@ const Outcome kNullMeta = Refused(-1, kRule, "Invalid parameter, meta is null");
 const Outcome kNoKey = Refused(-4, kRule, "Primaykey is invalid! table:'shop%s'");
 const Outcome kOtherCount = Refused(-4, kRule, "Primarykey number can't be modified!  table:'shop%s'");
 
-// The membership test's record stands before the rule's own.
+// The membership test writes its record before the rule does.
 Outcome Foreign(const std::string& member_text, const std::string& text) {
   return {-4, text, {Error(kMember, member_text), Error(kRule, text)}};
 }
@@ -60,13 +60,13 @@ std::vector<Row> RuleRows() {
       {"new_count_zero_with_a_list", PrimaryKey(one, New({"uid%d"}).With(support::KeyList("shop%s", 120, 0))), kNoKey},
       {"no_key_before_other_count", PrimaryKey(two, New({"uid%d"}).With(support::KeyList("shop%s", -1, 1))), kNoKey},
       {"one_member_more", PrimaryKey(one, New({"uid%d", "zone"})), kOtherCount},
-      {"one_member_less", PrimaryKey(two, New({"uid%d"})), kOtherCount},
+      {"one_member_fewer", PrimaryKey(two, New({"uid%d"})), kOtherCount},
       {"other_count_before_foreign_member", PrimaryKey(two, New({"area"})), kOtherCount},
       {"same_key", PrimaryKey(two, New({"uid%d", "zone"})), {}},
       {"other_order", PrimaryKey(two, New({"zone", "uid%d"})), {}},
       {"second_member_foreign", PrimaryKey(two, New({"uid%d", "area"})), area},
       {"first_member_foreign", PrimaryKey(two, New({"area", "zone"})), area},
-      {"first_foreign_member_ends", PrimaryKey(two, New({"area", "ZONE"})), area},
+      {"stops_at_first_foreign_member", PrimaryKey(two, New({"area", "ZONE"})), area},
       {"other_letter_case", PrimaryKey(two, New({"uid%d", "ZONE"})),
        Foreign("The entry is not belong to primarykey,entry:'ZONE' table:'mall%s'",
                "Primaykey can't be modified! primaykey:'ZONE' table:'mall%s'")},
@@ -77,7 +77,7 @@ std::vector<Row> RuleRows() {
        Foreign("Entry_name or meta is invalid", "Primaykey can't be modified! primaykey:'(null)' table:'mall%s'")},
       {"new_member_without_entry", PrimaryKey(one, New({"uid%d"}).With(NoMember("shop%s", 0))),
        Foreign("Entry_name or meta is invalid", "Primaykey can't be modified! primaykey:'(null)' table:'mall%s'")},
-      {"nameless_old_member_is_passed_over", PrimaryKey(two.With(support::NoName("mall%s", "uid%d")), New({"zone", "zone"})), {}},
+      {"nameless_old_member_is_skipped", PrimaryKey(two.With(support::NoName("mall%s", "uid%d")), New({"zone", "zone"})), {}},
       {"nameless_old_member_equals_nothing", PrimaryKey(one.With(support::NoName("mall%s", "uid%d")), New({"uid%d"})),
        Foreign("The entry is not belong to primarykey,entry:'uid%d' table:'mall%s'",
                "Primaykey can't be modified! primaykey:'uid%d' table:'mall%s'")},
@@ -107,14 +107,14 @@ std::vector<Row> MemberRows() {
 INSTANTIATE_TEST_SUITE_P(PrimaryKey, RuleTest, testing::ValuesIn(RuleRows()), RowName);
 INSTANTIATE_TEST_SUITE_P(PrimaryKeyMember, RuleTest, testing::ValuesIn(MemberRows()), RowName);
 
-TEST(PrimaryKey, AMemberNamedTwicePasses) {
-  EXPECT_EQ(Judge(PrimaryKey(Old({"uid%d", "zone"}), New({"uid%d", "uid%d"}))), Outcome{});
+TEST(PrimaryKey, RepeatedMemberPasses) {
+  EXPECT_EQ(OutcomeOf(PrimaryKey(Old({"uid%d", "zone"}), New({"uid%d", "uid%d"}))), Outcome{});
 }
 
 TEST(PrimaryKey, TypesAndSizesAreNotCompared) {
   Library wide = New({"uid%d"});
   wide.tables[0].fields[0] = {.name = "uid%d", .type = "string", .size = 64};
-  EXPECT_EQ(Judge(PrimaryKey(Old({"uid%d"}), wide)), Outcome{});
+  EXPECT_EQ(OutcomeOf(PrimaryKey(Old({"uid%d"}), wide)), Outcome{});
 }
 
 }  // namespace

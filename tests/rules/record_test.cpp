@@ -13,7 +13,7 @@ using support::DBFlag;
 using support::Flag;
 using support::UnitSize;
 
-// One table of one name on both sides; some of its fields may be the key.
+// A table with the same name on both sides; some of its fields may be in the key.
 Library Mall(const std::vector<Field>& fields, const std::vector<std::string>& key = {}) {
   return Of({{.fields = fields, .key = key}});
 }
@@ -23,7 +23,7 @@ Library Boxed(const std::vector<Field>& members, const std::string& box = "box%s
   return Of({{.fields = {{.name = "items", .type = box}}}, {.name = box, .fields = members}});
 }
 
-Ask Fields(const Library& old_library, const Library& new_library) {
+Call Fields(const Library& old_library, const Library& new_library) {
   return Between(old_library, new_library,
                  [](ModifyTable& checker, const Schema& old_schema, const Schema& new_schema, auto log) {
                    return checker.CompareEntryValueField(old_schema.Meta(), new_schema.Meta(), log);
@@ -37,7 +37,7 @@ Outcome BrokenEntry(const std::string& text, const std::string& entry, const std
 Outcome Lost(const std::string& entry, const std::string& meta = "mall%s") {
   return Broken("The entry can't be found! entry_name:'" + entry + "' metaname:'" + meta + "'");
 }
-// The lookup's own record stands before the rule's.
+// The lookup writes its record before the rule does.
 Outcome LostAfter(const std::string& lookup_text, const std::string& entry) {
   Outcome outcome = Lost(entry);
   outcome.log.insert(outcome.log.begin(), Error(kLookup, lookup_text));
@@ -76,14 +76,14 @@ std::vector<Row> PresenceRows() {
        LostAfter("Entry_name or meta is invalid", "(null)")},
       {"nameless_new_entry", Fields(uid, uid.With(support::NoName("mall%s", "uid%d"))), Lost("uid%d")},
       {"added_and_moved_are_not_examined", Fields(Mall({{"uid%d"}, {"zone"}}), Mall({{"x"}, {"zone"}, {"uid%d"}})), {}},
-      {"first_failure_ends", Fields(Mall({{"a"}, {"b"}, {"uid%d"}}), Mall({{"uid%d"}})), Lost("a")},
+      {"stops_at_first_failure", Fields(Mall({{"a"}, {"b"}, {"uid%d"}}), Mall({{"uid%d"}})), Lost("a")},
       {"of_two_new_entries_with_one_name_the_first_counts",
        Fields(Mall({{"uid%d", "string", 8}}), Mall({{"uid%d", "string", 7}, {"uid%d", "string", 8}})),
        BrokenEntry(kReduced, "uid%d")},
   };
 }
 
-// Ids 7 and 8 under flag words: the rule needs bit 0 in both, and neither may be all ones.
+// Ids 7 and 8 with different flag words: the rule requires bit 0 in both, and neither may be all ones.
 Row IdRow(const std::string& name, std::int64_t old_word, std::int64_t new_word, bool refused) {
   const Outcome outcome = refused ? Broken("The entry_id can't be modified! entry_id:'7' metaname:'mall%s'") : Outcome{};
   return {
@@ -135,7 +135,7 @@ std::vector<Row> SizeRows() {
   };
 }
 
-// Counts of an entry "list" that may have a refer property on either side.
+// Counts of an entry "list" with or without a refer property on either side.
 Row CountRow(const std::string& name, bool old_refer, int old_count, bool new_refer, int new_count, const Outcome& outcome) {
   const auto library = [](bool refer, int count) {
     return Mall({{"n"}, {.name = "list", .refer = refer ? "n" : ""}}).With(Count("mall%s", "list", count));
@@ -148,7 +148,7 @@ std::vector<Row> CountRows() {
   return {
       CountRow("refer_grows", true, 10, true, 20, {}),
       CountRow("refer_same", true, 10, true, 10, {}),
-      {"refer_same_behind_an_added_entry",
+      {"refer_same_after_an_added_entry",
        Fields(Mall({{"n"}, {.name = "list", .refer = "n"}}), Mall({{"added"}, {"n"}, {.name = "list", .refer = "n"}})),
        {}},
       CountRow("refer_shrinks", true, 10, true, 9, refer),
@@ -181,7 +181,7 @@ std::vector<Row> TypeAndAttributeRows() {
       AttributeRow("text_to_none", "pii", std::nullopt, true),
       AttributeRow("text_to_empty", "pii", "", true),
       AttributeRow("other_letter_case", "pii", "Pii", true),
-      AttributeRow("blank_behind", "pii", "pii ", true),
+      AttributeRow("blank_after_a_value", "pii", "pii ", true),
       AttributeRow("prefix", "pii", "pi", true),
   };
 }
@@ -216,7 +216,7 @@ std::vector<Row> StructureRows() {
        Lost("x", "box%s")},
       {"member_grows", Fields(Boxed({{"x", "string", 4}}), Boxed({{"x", "string", 8}})), {}},
       {"deep_refusal_reaches_the_caller_once", Fields(deep("uint32"), deep("int32")), BrokenEntry(kType, "x", "bag%s")},
-      {"goes_on_behind_a_structure",
+      {"goes_on_after_a_structure",
        Fields(Of({{.fields = {{"items", "box%s"}, {"tail"}}}, {.name = "box%s", .fields = {{"x"}}}}), Boxed({{"x"}})),
        Lost("tail")},
       {"null_new_structure", Fields(box, no_box), Broken("Can't modify the table name! table:'box%s'")},
@@ -227,34 +227,34 @@ std::vector<Row> StructureRows() {
 
 INSTANTIATE_TEST_SUITE_P(RecordStructure, RuleTest, testing::ValuesIn(StructureRows()), RowName);
 
-TEST(RecordStructure, AnInnerMinusOneReachesTheCallerAsMinusThree) {
+TEST(RecordStructure, InnerMinusOneBecomesMinusThree) {
   const Library box = Boxed({{"x"}});
   Outcome outcome = Refused(-3, kRule, "Invalid parameter, meta is null");
-  EXPECT_EQ(Judge(Fields(box.With(support::NoStructure("mall%s", "items")), box)), outcome);
+  EXPECT_EQ(OutcomeOf(Fields(box.With(support::NoStructure("mall%s", "items")), box)), outcome);
 }
 
-// Each field breaks one rule and all that come after it; the first of them is told.
+// Each field violates one rule and all that follow it; the first of them is reported.
 TEST(Record, RulesRunInTheirOrder) {
-  const auto judge = [](const Field& old_field, const Field& new_field) {
-    return Judge(Fields(Mall({{"n"}, old_field}).With(Flag(1)), Mall({{"n"}, new_field}).With(Flag(1))));
+  const auto outcome = [](const Field& old_field, const Field& new_field) {
+    return OutcomeOf(Fields(Mall({{"n"}, old_field}).With(Flag(1)), Mall({{"n"}, new_field}).With(Flag(1))));
   };
   const Field old_field = {.name = "f", .type = "string", .size = 8, .id = 7, .count = 2};
   Field worse = {.name = "f", .type = "bytes", .size = 7, .id = 8, .count = 3, .attr2 = "pii"};
-  EXPECT_EQ(judge(old_field, worse), Broken("The entry_id can't be modified! entry_id:'7' metaname:'mall%s'"));
+  EXPECT_EQ(outcome(old_field, worse), Broken("The entry_id can't be modified! entry_id:'7' metaname:'mall%s'"));
   worse.id = 7;
-  EXPECT_EQ(judge(old_field, worse), BrokenEntry(kReduced, "f"));
+  EXPECT_EQ(outcome(old_field, worse), BrokenEntry(kReduced, "f"));
   worse.size = 8;
-  EXPECT_EQ(judge(old_field, worse), BrokenEntry(kType, "f"));
+  EXPECT_EQ(outcome(old_field, worse), BrokenEntry(kType, "f"));
   worse.type = "string";
-  EXPECT_EQ(judge(old_field, worse), BrokenEntry(kFixedCount, "f"));
+  EXPECT_EQ(outcome(old_field, worse), BrokenEntry(kFixedCount, "f"));
   worse.count = 2;
-  EXPECT_EQ(judge(old_field, worse), BrokenEntry(kAttribute, "f"));
+  EXPECT_EQ(outcome(old_field, worse), BrokenEntry(kAttribute, "f"));
 }
 
 TEST(Record, CountComesBeforeTheStructure) {
   Library grown = Boxed({{"y"}, {"z"}});
   grown.tables[0].fields[0].count = 2;
-  EXPECT_EQ(Judge(Fields(Boxed({{"x"}, {"y"}}), grown)), BrokenEntry(kFixedCount, "items"));
+  EXPECT_EQ(OutcomeOf(Fields(Boxed({{"x"}, {"y"}}), grown)), BrokenEntry(kFixedCount, "items"));
 }
 
 }  // namespace

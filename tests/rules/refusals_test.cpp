@@ -1,4 +1,4 @@
-// The catalog of refusals: its rows, the way back from a text to its row, and the row that an object names.
+// The catalog of refusals: its rows, finding the row of a text, and the row that GetRefusal() returns.
 
 #include "common/refusals.h"
 
@@ -21,7 +21,7 @@ std::string IdOf(std::string_view text) {
   return row == nullptr ? "(none)" : row->id;
 }
 
-// A row's text with every text conversion and every number filled in.
+// The text of a row with all its conversions filled in.
 std::string Filled(std::string format, const std::string& text, const std::string& number) {
   for (std::size_t at = format.find('%'); at != std::string::npos; at = format.find('%', at)) {
     const std::size_t length = format.compare(at, 2, "%z") == 0 || format.compare(at, 2, "%l") == 0 ? 3 : 2;
@@ -52,7 +52,7 @@ TEST(Refusals, IdsAndTextsAreUnique) {
   }
 }
 
-TEST(Refusals, EveryTextLeadsBackToItsRow) {
+TEST(Refusals, EveryTextIdentifiesItsRow) {
   for (const std::string argument : {"uid", "a b", "%s%n", "(null)", "it's", "\xef\xbc\x8c"}) {
     for (const RefusalRow* row : AllRefusals()) EXPECT_EQ(IdOf(Filled(row->text, argument, "42")), row->id) << argument;
   }
@@ -62,8 +62,8 @@ TEST(Refusals, NumbersMayHaveASign) {
   for (const RefusalRow* row : AllRefusals()) EXPECT_EQ(IdOf(Filled(row->text, "uid", "-2147483648")), row->id);
 }
 
-// A byte of a format that belongs to no conversion has to stand in the text.
-TEST(Refusals, ATextWithAnyOtherByteIsNotOfTheRow) {
+// Bytes of a format outside its conversions must occur in the text.
+TEST(Refusals, TextWithAnotherByteIsNotOfTheRow) {
   for (const RefusalRow* row : AllRefusals()) {
     const std::string format = row->text;
     for (std::size_t i = 0; i < format.size(); ++i) {
@@ -77,25 +77,25 @@ TEST(Refusals, ATextWithAnyOtherByteIsNotOfTheRow) {
   }
 }
 
-// A text that lost its end is found by what it has left, if that is more than a name. Rows that begin alike cannot be told apart
-// then: the row found has to begin as the text does.
-TEST(Refusals, CutTextsLeadToARowThatBeginsAlike) {
+// A truncated text is found if more than a name is left. Rows with the same beginning cannot be distinguished then: the row that
+// is found must begin like the text.
+TEST(Refusals, TruncatedTextsIdentifyARowWithTheSameBeginning) {
   for (const RefusalRow* row : AllRefusals()) {
     const std::string text = Filled(row->text, std::string(1100, 'n'), "42").substr(0, 1023);
     const RefusalRow* found = Identify(text);
     ASSERT_TRUE(found != nullptr || row->text[0] == '%') << row->id;
     const std::string head = found == nullptr ? "" : std::string(found->text).substr(0, std::string(found->text).find('%'));
-    EXPECT_TRUE(text.starts_with(head)) << row->id << " led to " << found->id;
+    EXPECT_TRUE(text.starts_with(head)) << row->id << " identifies " << found->id;
   }
 }
 
-// Where a name holds what another row says, the row of which more stands in the text is meant.
-TEST(Refusals, OfTwoRowsThatFitTheOneWithMoreOfItsOwnIsFound) {
+// If a name contains the text of another row, the row of which more is in the text is found.
+TEST(Refusals, OfTwoMatchingRowsTheMoreSpecificIsFound) {
   EXPECT_EQ(IdOf("can not find value_entry:uid in a ValueFieldNum(1) is not equal to b ValueFieldNum(2)"), korvel::kFieldNum.id);
   EXPECT_EQ(IdOf("can not find value_entry:a ValueFieldNum(1) in b"), korvel::kFieldMissing.id);
 }
 
-TEST(Refusals, OtherTextsLeadNowhere) {
+TEST(Refusals, OtherTextsIdentifyNoRow) {
   for (const char* text : {"", "entry name is too long:", "ModifyTable successed! table:'uid'",
                            "Primaykey is invalid! table:'uid", "The entry can't be found", "x Invalid parameter, meta is null",
                            "Invalid parameter, meta is null!", "Primaykey is invalid! table:'uid' or so",
@@ -104,16 +104,16 @@ TEST(Refusals, OtherTextsLeadNowhere) {
   }
 }
 
-// --- The row that an object names ---
+// --- The row that GetRefusal() returns ---
 
 TEST(FindRefusal, FindsEachRowByItsId) {
   for (const korvel::RefusalRow* row : korvel::AllRefusals()) EXPECT_EQ(korvel::FindRefusal(row->id), row) << row->id;
   EXPECT_EQ(korvel::FindRefusal("primary-key"), nullptr);
 }
 
-TEST(GetRefusal, IsNullForANewObject) { EXPECT_EQ(ModifyTable().GetRefusal(), nullptr); }
+TEST(GetRefusal, IsNullForNewObject) { EXPECT_EQ(ModifyTable().GetRefusal(), nullptr); }
 
-TEST(GetRefusal, IsThatOfTheLastOperation) {
+TEST(GetRefusal, BelongsToLastOperation) {
   ModifyTable checker;
   EXPECT_EQ(checker.CompareTableField(nullptr, nullptr, nullptr), -1);
   EXPECT_EQ(checker.GetRefusal(), &korvel::kOldMetaNull);
@@ -121,7 +121,7 @@ TEST(GetRefusal, IsThatOfTheLastOperation) {
   EXPECT_EQ(checker.GetRefusal(), &korvel::kMetaNull);
 }
 
-TEST(GetRefusal, IsNullAfterSuccessAndAfterARefusalWithoutAText) {
+TEST(GetRefusal, IsNullAfterSuccessAndAfterRefusalWithoutText) {
   const support::Schema schema = support::Of({{.name = "t", .fields = {{"k"}}, .key = {"k"}}}).Build();
   ModifyTable checker;
   const auto refuse = [&] { EXPECT_EQ(checker.ComparePrimaryKey(nullptr, nullptr, nullptr), -1); };
@@ -137,15 +137,15 @@ TEST(GetRefusal, IsNullAfterSuccessAndAfterARefusalWithoutAText) {
   EXPECT_EQ(checker.GetRefusal(), nullptr);
 }
 
-// A text of a lookup alone refuses nothing: its caller goes on.
-TEST(GetRefusal, IsNullWhereALookupLeftAText) {
+// The text of a lookup alone is not a refusal: its caller continues.
+TEST(GetRefusal, IsNullIfALookupLeftTheText) {
   ModifyTable checker;
   EXPECT_EQ(checker.CheckWhetherExistEntryById(-1, nullptr, nullptr), nullptr);
   EXPECT_STREQ(checker.GetErrType(), "Entry_name or meta is invalid");
   EXPECT_EQ(checker.GetRefusal(), nullptr);
 }
 
-TEST(GetRefusal, IsTheOuterRowWhereItsTextReplacesTheInnerOne) {
+TEST(GetRefusal, IsOuterRowIfItsTextReplacesTheInnerOne) {
   const support::Schema schema = support::Of({{.name = "t", .fields = {{"9"}}, .key = {"9"}}}).Build();
   ModifyTable checker;
   EXPECT_EQ(checker.CheckFieldNameValidate(schema.Meta(), nullptr), -17);
@@ -154,7 +154,7 @@ TEST(GetRefusal, IsTheOuterRowWhereItsTextReplacesTheInnerOne) {
   EXPECT_EQ(checker.GetRefusal(), &korvel::kFieldNames);
 }
 
-TEST(GetRefusal, IsTheInnerRowWhereAStructureIsRefused) {
+TEST(GetRefusal, IsInnerRowIfAStructureIsRefused) {
   const auto box = [](const char* type) {
     return support::Of({{.name = "s", .fields = {{"x", type}}}, {.name = "t", .fields = {{"k"}, {"b", "s"}}, .key = {"k"}}})
         .Build();
@@ -165,7 +165,7 @@ TEST(GetRefusal, IsTheInnerRowWhereAStructureIsRefused) {
   EXPECT_EQ(checker.GetRefusal(), &korvel::kEntryType);
 }
 
-TEST(GetRefusal, IsThatOfTableAttributesForCheckTablesText) {
+TEST(GetRefusal, IsRowOfTableAttributesForCheckTablesText) {
   const auto table = [](const char* attr) {
     return support::Of({{.name = "t", .fields = {{"k"}}, .key = {"k"}, .attr = attr}}).Build();
   };

@@ -12,7 +12,7 @@ constexpr std::size_t kLongestBufferText = 1023;
 
 std::string Cut(std::string text) { return text.substr(0, kLongestBufferText); }
 
-// A record as it stands when every usual table name is long: texts that come from the buffer are cut, texts only logged are not.
+// A record when every usual table name is long: texts from the buffer are truncated, texts that are only logged are not.
 std::string LengthenedLine(const std::string& line) {
   if (line.find(", log only: ") != std::string::npos) return support::Lengthened(line);
   const std::size_t text = line.find(": ") + 2;
@@ -26,17 +26,17 @@ Outcome Lengthened(const Outcome& plain) {
   return outcome;
 }
 
-// Whether a refusal that left a text can be found in the catalog by it.
+// Whether a refusal with a text can be found in the catalog by it.
 bool IsInTheCatalog(const Outcome& outcome) {
   const bool is_refused_with_a_text = outcome.code < 0 && outcome.buffer != kUntouched;
   return !is_refused_with_a_text || korvel::Identify(outcome.buffer) != nullptr;
 }
 
-// Whether the object names the row of the text that it left, and none where it refuses nothing or without a text.
-void ExpectRow(const Ask& ask) {
+// Expects that GetRefusal() is the row of the text that the call left, and null after a success or a refusal without a text.
+void ExpectRow(const Call& call) {
   ModifyTable checker;
   support::CaptureCategory log;
-  const Outcome outcome = Observe(checker, log, ask);
+  const Outcome outcome = Observe(checker, log, call);
   const korvel::RefusalRow* const of_text = outcome.code < 0 ? korvel::Identify(outcome.buffer) : nullptr;
   EXPECT_EQ(checker.GetRefusal(), of_text) << outcome.buffer;
 }
@@ -45,7 +45,7 @@ void ExpectRow(const Ask& ask) {
 
 void PrintTo(const Row& row, std::ostream* out) { *out << row.name; }
 
-Ask Between(Library old_library, Library new_library, Compare compare) {
+Call Between(Library old_library, Library new_library, Compare compare) {
   return [=](ModifyTable& checker, LPVESKCATEGORYINST log) {
     const Schema old_schema = old_library.Build();
     const Schema new_schema = new_library.Build();
@@ -58,16 +58,16 @@ Ask Between(Library old_library, Library new_library, Compare compare) {
   };
 }
 
-TEST_P(RuleTest, AnswersExactly) {
-  const Outcome outcome = Judge(GetParam().ask, GetParam().quiet);
+TEST_P(RuleTest, HasExpectedOutcome) {
+  const Outcome outcome = OutcomeOf(GetParam().call, GetParam().quiet);
   EXPECT_EQ(outcome, GetParam().expected);
   EXPECT_TRUE(IsInTheCatalog(outcome));
-  ExpectRow(GetParam().ask);
+  ExpectRow(GetParam().call);
 }
 
-TEST_P(RuleTest, CutsLongTexts) {
+TEST_P(RuleTest, TruncatesLongTexts) {
   const support::LongNames long_names;
-  EXPECT_EQ(Judge(GetParam().ask, GetParam().quiet), Lengthened(GetParam().expected));
+  EXPECT_EQ(OutcomeOf(GetParam().call, GetParam().quiet), Lengthened(GetParam().expected));
 }
 
 std::string RowName(const testing::TestParamInfo<Row>& info) { return info.param.name; }

@@ -1,4 +1,4 @@
-// Table-driven tests over schema libraries: a row asks one question and lists everything that may come of it.
+// Table-driven tests on schema libraries: a row makes one call and lists its complete outcome.
 #pragma once
 
 #include "rules/outcome.h"
@@ -14,20 +14,20 @@ using support::Of;
 using support::Schema;
 using support::Table;
 
-// A question about two libraries. Fails the test if the libraries are not the same bytes afterwards.
+// A call for two libraries. Fails the test if the libraries were modified.
 using Compare = std::function<int(ModifyTable&, const Schema& old_schema, const Schema& new_schema, LPVESKCATEGORYINST)>;
-Ask Between(Library old_library, Library new_library, Compare compare);
+Call Between(Library old_library, Library new_library, Compare compare);
 
 struct Row {
   std::string name;
-  Ask ask;
+  Call call;
   Outcome expected;
-  bool quiet = true;  // false where the answer depends on there being a log category
+  bool quiet = true;  // false if the result depends on whether there is a log category
 };
 
 void PrintTo(const Row& row, std::ostream* out);
 
-// Runs every row as it stands, and again with table names too long for the buffer. For each family:
+// Runs every row as it is, and again with table names too long for the buffer. For each family:
 //   INSTANTIATE_TEST_SUITE_P(PrimaryKey, RuleTest, testing::ValuesIn(Rows()), RowName);
 class RuleTest : public testing::TestWithParam<Row> {};
 std::string RowName(const testing::TestParamInfo<Row>& info);

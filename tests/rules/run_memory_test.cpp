@@ -1,6 +1,6 @@
-// What a run remembers: pairs of structures that have passed, and the indexes of long lists. tests/model compares the answers
-// with those of a checker that remembers nothing; here are the cases that must end, and those that a wrong memory would get
-// wrong.
+// What a run remembers: pairs of structures that have passed, and the indexes of long lists. tests/model compares the results
+// with those of a checker that remembers nothing; these tests are cases that must terminate, and cases that would be wrong if a
+// run remembered too much.
 
 #include "qmx/qmx_metalib_kernel.h"
 #include "rules/rule_test.h"
@@ -8,12 +8,12 @@
 namespace rules {
 namespace {
 
-// Asks one operation about table "t" of two libraries.
+// Calls one operation for table "t" of two libraries.
 using AskPair = int (*)(ModifyTable& checker, const Schema& old_schema, const Schema& new_schema, LPVESKCATEGORYINST log);
 
 struct Operation {
   const char* name;
-  AskPair ask;
+  AskPair call;
 };
 
 void PrintTo(const Operation& operation, std::ostream* out) { *out << operation.name; }
@@ -56,8 +56,8 @@ constexpr Operation kRules[] = {kFieldSet, kRecord, kTlv, kVersion, kOrder};
 
 std::string OperationName(const testing::TestParamInfo<Operation>& info) { return info.param.name; }
 
-// Each structure is two fields of the one below: walked for every path, this would never end. Sizes double with each level and
-// fit 64 bits up to 60 levels.
+// Each structure has two fields of the structure below: visiting every path would never end. Sizes double with each level and fit
+// in 64 bits up to 60 levels.
 Library Tower(int levels, bool empty_at_the_bottom) {
   Library library = Of({});
   library.protocol = qmx::Protocol::kTlv;
@@ -74,30 +74,30 @@ Library Tower(int levels, bool empty_at_the_bottom) {
 
 class SharedStructures : public testing::TestWithParam<Operation> {};
 
-TEST_P(SharedStructures, AreWalkedOnce) {
+TEST_P(SharedStructures, AreVisitedOnce) {
   const Schema tower = Tower(60, false).Build();
   ModifyTable checker;
-  EXPECT_EQ(GetParam().ask(checker, tower, tower, nullptr), 0);
-  // One rule logs its success at INFO for every structure: only where that is not written may a structure be skipped.
+  EXPECT_EQ(GetParam().call(checker, tower, tower, nullptr), 0);
+  // One rule logs its success at INFO for every structure: a structure may be skipped only if that is not written.
   support::CaptureCategory errors_only;
   errors_only.SetLow(300);
-  EXPECT_EQ(GetParam().ask(checker, tower, tower, &errors_only), 0);
+  EXPECT_EQ(GetParam().call(checker, tower, tower, &errors_only), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Memory, SharedStructures, testing::ValuesIn(kChecks), OperationName);
 
-TEST(SharedStructure, ThatLeavesATextIsWalkedOnceIfNothingIsLogged) {
+TEST(SharedStructure, ThatLeavesTextIsVisitedOnceIfNothingIsLogged) {
   const Schema old_tower = Tower(60, true).Build(), new_tower = Tower(60, false).Build();
   support::CaptureCategory closed;
   closed.SetLow(299);
   for (const LPVESKCATEGORYINST log : {LPVESKCATEGORYINST{}, LPVESKCATEGORYINST{&closed}}) {
     ModifyTable checker;
-    EXPECT_EQ(kOrder.ask(checker, old_tower, new_tower, log), 0);
+    EXPECT_EQ(kOrder.call(checker, old_tower, new_tower, log), 0);
     EXPECT_STREQ(checker.GetErrType(), "Table dose not have entry, table:'s0'");
   }
 }
 
-// The text of the structure visited last stays, even if it was skipped because it had passed before.
+// The text of the last visited structure stays, even if it was skipped because it had passed before.
 TEST(SharedStructure, LeavesItsTextAgain) {
   Library filled = Of({{.name = "s0", .fields = {{"x"}}},
                        {.name = "s1", .fields = {{"x"}}},
@@ -106,12 +106,26 @@ TEST(SharedStructure, LeavesItsTextAgain) {
   emptied.pokes = {support::EntryNumber("s0", 0), support::EntryNumber("s1", 0)};
   const Schema old_schema = emptied.Build(), new_schema = filled.Build();
   ModifyTable checker;
-  EXPECT_EQ(kOrder.ask(checker, old_schema, new_schema, nullptr), 0);
+  EXPECT_EQ(kOrder.call(checker, old_schema, new_schema, nullptr), 0);
   EXPECT_STREQ(checker.GetErrType(), "Table dose not have entry, table:'s0'");
 }
 
-// Two structures of one name, in a table or in a structure of it. The second is the first one's, or "b", which every rule
-// refuses.
+// Regression: a structure that was skipped did not count as having left a text, so the structure around it, when it was skipped
+// as well, left the text of another one in the buffer.
+TEST(SharedStructure, LeavesTheTextOfASkippedStructureInsideIt) {
+  Library filled = Of({{.name = "s0", .fields = {{"x"}}},
+                       {.name = "s1", .fields = {{"x"}}},
+                       {.name = "q", .fields = {{"e", "s0"}}},
+                       {.name = "t", .fields = {{"a", "s0"}, {"b", "q"}, {"c", "s1"}, {"d", "q"}}, .key = {"a"}}});
+  Library emptied = filled;
+  emptied.pokes = {support::EntryNumber("s0", 0), support::EntryNumber("s1", 0)};
+  const Schema old_schema = emptied.Build(), new_schema = filled.Build();
+  ModifyTable checker;
+  EXPECT_EQ(kOrder.call(checker, old_schema, new_schema, nullptr), 0);
+  EXPECT_STREQ(checker.GetErrType(), "Table dose not have entry, table:'s0'");
+}
+
+// Two structures with the same name in different places. The second is the first one's, or "b", which every rule refuses.
 Library TwoBoxes(int fields, bool deep, const std::string& second) {
   Table a{.name = "a"}, b{.name = "b"};
   for (int i = 0; i < fields; ++i) {
@@ -128,22 +142,22 @@ Library TwoBoxes(int fields, bool deep, const std::string& second) {
 
 class PassedPair : public testing::TestWithParam<Operation> {};
 
-TEST_P(PassedPair, SaysNothingOfAnotherPairWithTheSameOldOrNewStructure) {
+TEST_P(PassedPair, DoesNotCoverAnotherPairWithTheSameOldOrNewStructure) {
   for (const auto& [fields, deep] : {std::pair(2, false), std::pair(12, false), std::pair(2, true), std::pair(12, true)}) {
     const Schema same = TwoBoxes(fields, deep, "a").Build(), again = TwoBoxes(fields, deep, "a").Build();
     const Schema other = TwoBoxes(fields, deep, "b").Build();
     ModifyTable checker;
-    EXPECT_EQ(GetParam().ask(checker, same, again, nullptr), 0);
-    EXPECT_NE(GetParam().ask(checker, same, other, nullptr), 0);
-    EXPECT_NE(GetParam().ask(checker, other, same, nullptr), 0);
+    EXPECT_EQ(GetParam().call(checker, same, again, nullptr), 0);
+    EXPECT_NE(GetParam().call(checker, same, other, nullptr), 0);
+    EXPECT_NE(GetParam().call(checker, other, same, nullptr), 0);
     support::CaptureCategory log;
-    EXPECT_NE(GetParam().ask(checker, same, other, &log), 0);
+    EXPECT_NE(GetParam().call(checker, same, other, &log), 0);
   }
 }
 
 INSTANTIATE_TEST_SUITE_P(Memory, PassedPair, testing::ValuesIn(kRules), OperationName);
 
-// The last field is behind as many as the old structure has, and is searched before those in front of it are indexed.
+// The last field is beyond the number of old fields, and is searched before those in front of it are indexed.
 TEST(LongList, IsSearchedToItsEnd) {
   const auto table = [](const std::vector<int>& ids) {
     Table made{.name = "t"};
@@ -154,11 +168,11 @@ TEST(LongList, IsSearchedToItsEnd) {
   const Schema new_schema = table({1, 2, 3, 4, 5, 99, 6, 7, 8, 9, 10, 11, 12});
   for (const Operation& rule : {kRecord, kTlv}) {
     ModifyTable checker;
-    EXPECT_EQ(rule.ask(checker, old_schema, new_schema, nullptr), 0) << rule.name;
+    EXPECT_EQ(rule.call(checker, old_schema, new_schema, nullptr), 0) << rule.name;
   }
 }
 
-// The keys in front of the added field are shared by both sides; the added one must not be found on the old side.
+// The keys before the added field are common to both sides; the added one must not be found on the old side.
 TEST(LongList, HasNoFieldThatOnlyTheOtherSideHas) {
   const auto table = [](int fields, int added_version) {
     Table made{.name = "t"};
@@ -170,13 +184,13 @@ TEST(LongList, HasNoFieldThatOnlyTheOtherSideHas) {
   };
   const Schema old_schema = table(30, 0), new_schema = table(30, 6), late_schema = table(30, 5);
   ModifyTable checker;
-  EXPECT_EQ(kVersion.ask(checker, old_schema, new_schema, nullptr), 0);
-  EXPECT_EQ(kOrder.ask(checker, old_schema, new_schema, nullptr), 0);
-  EXPECT_EQ(kVersion.ask(checker, old_schema, late_schema, nullptr), -8);
+  EXPECT_EQ(kVersion.call(checker, old_schema, new_schema, nullptr), 0);
+  EXPECT_EQ(kOrder.call(checker, old_schema, new_schema, nullptr), 0);
+  EXPECT_EQ(kVersion.call(checker, old_schema, late_schema, nullptr), -8);
 }
 
-// A field that is the same on both sides, but not the first of its name there, is no part of the common prefix.
-TEST(LongList, OfRepeatedNamesIsComparedWithTheFirst) {
+// A field that is equal on both sides, but not the first with its name there, is not part of the common prefix.
+TEST(LongList, ComparesRepeatedNamesWithTheFirst) {
   for (const std::size_t fields : {3U, 20U}) {
     Table old_table{.name = "t"};
     for (std::size_t i = 0; i < fields; ++i)
@@ -185,14 +199,14 @@ TEST(LongList, OfRepeatedNamesIsComparedWithTheFirst) {
     Table new_table = old_table;
     new_table.fields[0].version = 1;
     const Library old_library = Of({old_table}).With([](const Schema& schema) {
-      // Only the first of the two may differ: the second is the same on both sides, and must be compared with the first.
+      // Only the first of the two may differ: the second is equal on both sides, and must be compared with the first.
       qmx_get_entry_by_index(schema.Meta("t"), 1)->iVersion = 4;
     });
     const Library new_library =
         Of({new_table}).With([](const Schema& schema) { qmx_get_entry_by_index(schema.Meta("t"), 1)->iVersion = 4; });
     const Schema old_schema = old_library.Build(), new_schema = new_library.Build();
     ModifyTable checker;
-    EXPECT_EQ(kVersion.ask(checker, old_schema, new_schema, nullptr), -8) << fields;
+    EXPECT_EQ(kVersion.call(checker, old_schema, new_schema, nullptr), -8) << fields;
     EXPECT_STREQ(checker.GetErrType(), "Version of the entry can't be modified! entry:'f0' meta:'t'");
   }
 }

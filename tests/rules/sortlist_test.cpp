@@ -1,4 +1,4 @@
-// CompareSortListInfo over tables whose attributes CheckTable reads.
+// CompareSortListInfo on tables whose attributes CheckTable parses.
 
 #include "rules/list_table.h"
 
@@ -19,7 +19,7 @@ Library Destination(std::optional<std::string> attr, std::optional<std::string> 
   return library;
 }
 
-Ask SortList(const Library& source, const Library& destination) {
+Call SortList(const Library& source, const Library& destination) {
   return Between(source, destination, [](ModifyTable& checker, const Schema& src, const Schema& dst, auto log) {
     return checker.CompareSortListInfo(support::TableName("mall%s").c_str(), support::TableName("shop%s").c_str(), src.Lib(),
                                        dst.Lib(), log);
@@ -36,7 +36,7 @@ std::vector<Row> SortRows() {
        Refused(-3, kSort, "Can't modify table type (table:shop%s) from others to sortlist ")},
       {"loses_the_attributes", SortList(list, Destination({})),
        Refused(-15, kSort, "Can't change table mall%s from new format to old format")},
-      {"one_sort_field_less", SortList(Source(sort, "sort=1", "sort=2"), Destination(sort, "sort=1")),
+      {"one_sort_field_fewer", SortList(Source(sort, "sort=1", "sort=2"), Destination(sort, "sort=1")),
        Refused(-6, kSort, "Can't change sort_field_num from 2 to 1")},
       {"one_sort_field_more", SortList(Source(sort, "sort=1"), Destination(sort, "sort=1", "sort=2")), {}},
       {"list_becomes_sorted", SortList(list, Destination(sort, "sort=1")), {}},
@@ -50,12 +50,12 @@ std::vector<Row> SortRows() {
 
 INSTANTIATE_TEST_SUITE_P(SortList, RuleTest, testing::ValuesIn(SortRows()), RowName);
 
-TEST(SortList, FaultyAttributesAreReportedInCheckTablesWords) {
+TEST(SortList, FaultyAttributesAreReportedWithCheckTablesText) {
   const Library good_source = Source(kList8), good_destination = Destination(kList8);
   const Library bad_source = Source("TableType=HEAP"), bad_destination = Destination("ListNum=8;Foo=1");
-  EXPECT_EQ(Judge(SortList(bad_source, good_destination)), Refused(-1, kSort, TableText(bad_source, "mall%s")));
-  EXPECT_EQ(Judge(SortList(good_source, bad_destination)), Refused(-2, kSort, TableText(bad_destination, "shop%s")));
-  EXPECT_EQ(Judge(SortList(bad_source, bad_destination)).code, -1);
+  EXPECT_EQ(OutcomeOf(SortList(bad_source, good_destination)), Refused(-1, kSort, TableText(bad_source, "mall%s")));
+  EXPECT_EQ(OutcomeOf(SortList(good_source, bad_destination)), Refused(-2, kSort, TableText(bad_destination, "shop%s")));
+  EXPECT_EQ(OutcomeOf(SortList(bad_source, bad_destination)).code, -1);
 }
 
 }  // namespace

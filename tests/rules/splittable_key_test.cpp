@@ -9,7 +9,7 @@ using Names = std::vector<std::string>;
 
 constexpr char kRule[] = "CompareSplittableKey";
 
-// Every name of the key is a field of the table.
+// Every name in the key is a field of the table.
 Library Split(const std::string& table, const Names& key) {
   Table split{.name = table, .split = key};
   for (const std::string& name : key) split.fields.push_back({.name = name});
@@ -19,14 +19,14 @@ Library Split(const std::string& table, const Names& key) {
 Library Old(const Names& key) { return Split("mall%s", key); }
 Library New(const Names& key) { return Split("shop%s", key); }
 
-Ask SplittableKey(const Library& old_library, const Library& new_library) {
+Call SplittableKey(const Library& old_library, const Library& new_library) {
   return Between(old_library, new_library,
                  [](ModifyTable& checker, const Schema& old_schema, const Schema& new_schema, auto log) {
                    return checker.CompareSplittableKey(old_schema.Meta(), new_schema.Meta(), log);
                  });
 }
 
-// The longest key text that can be read, and one byte more.
+// The longest readable key text, and one byte more.
 const std::string kFits(1023, 'k');
 const std::string kTooLong(1024, 'k');
 
@@ -61,9 +61,9 @@ std::vector<Row> Rows() {
 
 INSTANTIATE_TEST_SUITE_P(SplittableKey, RuleTest, testing::ValuesIn(Rows()), RowName);
 
-TEST(SplittableKey, LongKeyTextIsCutInTheRefusal) {
+TEST(SplittableKey, LongKeyTextIsTruncatedInTheRefusal) {
   const std::string text = ("Splittablekey can't be modified! splittablekey:'" + kFits).substr(0, 1023);
-  EXPECT_EQ(Judge(SplittableKey(Old({kFits}), New({"uid%d"}))), Refused(-5, kRule, text));
+  EXPECT_EQ(OutcomeOf(SplittableKey(Old({kFits}), New({"uid%d"}))), Refused(-5, kRule, text));
 }
 
 }  // namespace

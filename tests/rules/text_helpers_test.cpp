@@ -19,15 +19,15 @@ TEST(SplitString, CutsAtEverySeparator) {
   EXPECT_EQ(Split("a;b,c|d", ";,"), (Pieces{"a", "b", "c|d"}));
 }
 
-TEST(SplitString, TakesPiecesAsTheyAre) { EXPECT_EQ(Split(" a ;A;a%s;\xc3\xa9"), (Pieces{" a ", "A", "a%s", "\xc3\xa9"})); }
+TEST(SplitString, KeepsPiecesUnchanged) { EXPECT_EQ(Split(" a ;A;a%s;\xc3\xa9"), (Pieces{" a ", "A", "a%s", "\xc3\xa9"})); }
 
-TEST(SplitString, LeavesOutEmptyPieces) {
+TEST(SplitString, SkipsEmptyPieces) {
   EXPECT_EQ(Split(""), Pieces{});
   EXPECT_EQ(Split(";"), Pieces{});
   EXPECT_EQ(Split(";;a;;b;"), (Pieces{"a", "b"}));
 }
 
-TEST(SplitString, KeepsWhatTheSetHolds) {
+TEST(SplitString, KeepsExistingElements) {
   EXPECT_EQ(Split("a;b", ";", {"b", "z"}), (Pieces{"a", "b", "z"}));
   EXPECT_EQ(Split(nullptr, ";", {"z"}), (Pieces{"z"}));
 }
@@ -40,10 +40,10 @@ TEST(SplitString, NullSeparatorsSeparateNothing) {
 
 int Sign(int number) { return number < 0 ? -1 : number > 0 ? 1 : 0; }
 
-// Asks both ways round, with either flag.
+// Compares in both directions, with and without the flag.
 int Compare(const char* a, const char* b) {
   const int sign = Sign(RealCmpVersion(a, b, false));
-  EXPECT_EQ(Sign(RealCmpVersion(b, a, false)), -sign) << "the other way round";
+  EXPECT_EQ(Sign(RealCmpVersion(b, a, false)), -sign) << "with swapped arguments";
   EXPECT_EQ(Sign(RealCmpVersion(a, b, true)), sign) << "with the flag set";
   return sign;
 }
@@ -57,7 +57,7 @@ TEST(RealCmpVersion, ComparesNumberByNumber) {
   EXPECT_EQ(Compare("10.0", "9.0"), 1);
 }
 
-TEST(RealCmpVersion, AMissingNumberCountsAsZero) {
+TEST(RealCmpVersion, MissingNumberCountsAsZero) {
   EXPECT_EQ(Compare("3.29", "3.29.0"), 0);
   EXPECT_EQ(Compare("3.29", "3.29.0.0.1"), -1);
   EXPECT_EQ(Compare("3", "3.0.0.0"), 0);
@@ -74,7 +74,7 @@ TEST(RealCmpVersion, NullAndEmptyTextsAreOlderThanAnyNumber) {
   EXPECT_EQ(Compare("", "0.0"), 0);
 }
 
-TEST(RealCmpVersion, WhatFollowsTheDigitsIsNotLookedAt) {
+TEST(RealCmpVersion, IgnoresTextAfterDigits) {
   EXPECT_EQ(Compare("3.29.0-beta", "3.29.0"), 0);
   EXPECT_EQ(Compare("3.29x.1", "3.29.1"), 0);
   EXPECT_EQ(Compare("v3.29", "0.29"), 0);

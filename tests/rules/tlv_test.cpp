@@ -1,4 +1,4 @@
-// CompareEntryValueFieldTLV and CheckWhetherExistEntryOfTLV: the field rules of the tag-length-value format at table level.
+// CompareEntryValueFieldTLV and CheckWhetherExistEntryOfTLV: the TLV rules for fields of the table.
 
 #include "rules/rule_test.h"
 
@@ -23,7 +23,7 @@ Field Text(const std::string& name, int id, std::uint64_t size) {
   return {.name = name, .type = "string", .size = size, .id = id};
 }
 
-Ask Fields(const Library& old_library, const Library& new_library) {
+Call Fields(const Library& old_library, const Library& new_library) {
   return Between(old_library, new_library,
                  [](ModifyTable& checker, const Schema& old_schema, const Schema& new_schema, auto log) {
                    return checker.CompareEntryValueFieldTLV(old_schema.Meta(), new_schema.Meta(), log);
@@ -61,7 +61,7 @@ std::vector<Row> SurvivalRows() {
       {"renamed", Fields(uid, New({Id("UID%d", 4)})), Deleted("uid%d")},
       {"other_id", Fields(uid, New({Id("uid%d", 5)})), Deleted("uid%d")},
       {"id_and_name_in_two_entries", Fields(uid, New({Id("uid%d", 5), Id("x", 4)})), Deleted("uid%d")},
-      {"first_failure_ends", Fields(Old({Id("a", 1), Id("uid%d", 4)}), New({Id("x", 9)})), Deleted("a")},
+      {"stops_at_first_failure", Fields(Old({Id("a", 1), Id("uid%d", 4)}), New({Id("x", 9)})), Deleted("a")},
       {"added_and_moved_are_not_examined", Fields(Old({Id("a", 1), Id("b", 2)}), New({Id("x", 9), Id("b", 2), Id("a", 1)})), {}},
       {"new_without_entries",
        Fields(uid, New({})),
@@ -122,7 +122,7 @@ std::vector<Row> CountRows() {
   return {
       CountRow("refer_grows", true, 10, true, 20, {}),
       CountRow("refer_same", true, 10, true, 10, {}),
-      {"refer_same_behind_an_added_entry",
+      {"refer_same_after_an_added_entry",
        Fields(Old({Id("n", 1), {.name = "list", .id = 2, .refer = "n"}}),
               New({Id("added", 9), Id("n", 1), {.name = "list", .id = 2, .refer = "n"}})),
        {}},
@@ -141,7 +141,7 @@ INSTANTIATE_TEST_SUITE_P(TlvShape, RuleTest, testing::ValuesIn(ShapeRows()), Row
 INSTANTIATE_TEST_SUITE_P(TlvCount, RuleTest, testing::ValuesIn(CountRows()), RowName);
 
 // Whether mall%s's first entry survives: 1 or 0.
-Ask Survives(const Library& old_library, const Library& new_library) {
+Call Survives(const Library& old_library, const Library& new_library) {
   return Between(old_library, new_library,
                  [](ModifyTable& checker, const Schema& old_schema, const Schema& new_schema, auto log) {
                    LPQMXMETAENTRY entry = old_schema.Meta() == nullptr ? nullptr : old_schema.Entry("mall%s", "uid%d");
@@ -159,7 +159,7 @@ std::vector<Row> DirectSurvivalRows() {
       {"negative_entry_number", Survives(uid, New({Id("uid%d", 4)}).With(support::EntryNumber("shop%s", -1))),
        Refused(0, kSurvival, "Table dose not have entry, table:'shop%s'")},
       {"found", Survives(uid, New({Id("uid%d", 4)})), {.code = 1}},
-      {"search_goes_on_behind_another_name", Survives(uid, New({Id("x", 4), Id("uid%d", 3), Id("uid%d", 4)})), {.code = 1}},
+      {"search_goes_on_after_another_name", Survives(uid, New({Id("x", 4), Id("uid%d", 3), Id("uid%d", 4)})), {.code = 1}},
       {"absent_is_silent", Survives(uid, New({Id("x", 4), Id("uid%d", 3)})), {}},
       {"negative_id", Survives(Old({Id("uid%d", -1)}), New({Id("uid%d", -1)})), {.code = 1}},
   };
@@ -167,20 +167,20 @@ std::vector<Row> DirectSurvivalRows() {
 
 INSTANTIATE_TEST_SUITE_P(TlvSurvivalDirect, RuleTest, testing::ValuesIn(DirectSurvivalRows()), RowName);
 
-// Each new field breaks one rule and all that come after it; the first of them is told.
+// Each new field violates one rule and all that follow it; the first of them is reported.
 TEST(Tlv, RulesRunInTheirOrder) {
   const std::vector<std::string> key = {"f"};
   const Library old_library = Old({{.name = "f", .type = "string", .size = 8, .id = 7, .count = 2}}, key);
   const Field twin = {.name = "f", .type = "string", .size = 8, .id = 7, .count = 2};
   Field first = {.name = "x", .type = "bytes", .size = 9, .id = 7, .count = 3};
-  const auto judge = [&] { return Judge(Fields(old_library, New({first, twin}))); };
-  EXPECT_EQ(judge(), Broken("The name of primarykey can't be modified! entry_id:'7' metaname:'mall%s'"));
+  const auto outcome = [&] { return OutcomeOf(Fields(old_library, New({first, twin}))); };
+  EXPECT_EQ(outcome(), Broken("The name of primarykey can't be modified! entry_id:'7' metaname:'mall%s'"));
   first.name = "f";
-  EXPECT_EQ(judge(), BrokenEntry(kKeySize, "f"));
+  EXPECT_EQ(outcome(), BrokenEntry(kKeySize, "f"));
   first.size = 8;
-  EXPECT_EQ(judge(), BrokenEntry(kType, "f"));
+  EXPECT_EQ(outcome(), BrokenEntry(kType, "f"));
   first.type = "string";
-  EXPECT_EQ(judge(), BrokenEntry(kFixedCount, "f"));
+  EXPECT_EQ(outcome(), BrokenEntry(kFixedCount, "f"));
 }
 
 TEST(Tlv, CountComesBeforeTheStructure) {
@@ -188,15 +188,15 @@ TEST(Tlv, CountComesBeforeTheStructure) {
     return Of({{.fields = {{.name = "items", .type = "box%s", .id = 1, .count = count}}},
                {.name = "box%s", .fields = {{.name = "x", .type = member_type, .id = 2}}}});
   };
-  EXPECT_EQ(Judge(Fields(boxed("uint32", 1), boxed("int32", 2))), BrokenEntry(kFixedCount, "items"));
-  EXPECT_EQ(Judge(Fields(boxed("uint32", 1), boxed("int32", 1))),
+  EXPECT_EQ(OutcomeOf(Fields(boxed("uint32", 1), boxed("int32", 2))), BrokenEntry(kFixedCount, "items"));
+  EXPECT_EQ(OutcomeOf(Fields(boxed("uint32", 1), boxed("int32", 1))),
             Refused(-3, kInside, "The type of entry can't be modified!  entry_id:'2' metaname:'box%s'"));
 }
 
-// The flag word is the drivers' business.
-TEST(Tlv, TheFlagWordIsNotLookedAt) {
+// The callers of these rules test the flag word.
+TEST(Tlv, FlagWordIsIgnored) {
   const Library old_library = Old({Id("uid%d", 4)}).With(support::Flag(0));
-  EXPECT_EQ(Judge(Fields(old_library, New({Id("uid%d", 5)}).With(support::Flag(0)))), Deleted("uid%d"));
+  EXPECT_EQ(OutcomeOf(Fields(old_library, New({Id("uid%d", 5)}).With(support::Flag(0)))), Deleted("uid%d"));
 }
 
 }  // namespace

@@ -9,7 +9,7 @@ using qmx::Protocol;
 
 constexpr char kEntry[] = "CompareValue";
 
-Ask Values(const Library& source, const Library& destination, int init_version) {
+Call Values(const Library& source, const Library& destination, int init_version) {
   return Between(source, destination, [=](ModifyTable& checker, const Schema& src, const Schema& dst, auto log) {
     return checker.CompareValue(src.Meta(), dst.Meta(), src.Lib(), dst.Lib(), init_version, log);
   });
@@ -20,7 +20,7 @@ Library Mall(Protocol protocol, int version = 5) {
       .version = version, .protocol = protocol, .tables = {{.fields = {{.name = "uid", .id = 1}, {.name = "zone", .id = 2}}}}};
 }
 
-// Refused by the record rules, and by the others.
+// Refused by the record rules and by the TLV rules.
 Library Shrunk(Protocol protocol) {
   Library library = Mall(protocol);
   library.tables[0].fields[1].type = "uint16";
@@ -61,24 +61,24 @@ std::vector<Row> Rows() {
       {"record_record_other_version_compares_nothing", Values(Mall(kQmx), Shrunk(kQmx), 3), {}},
       {"source_version_negative", Values(Mall(kQmx, -1), Mall(kQmx), 1), no_version},
       {"source_version_zero", Values(Mall(kQmx, 0), Mall(kQmx), 1), {}},
-      {"destination_version_is_not_asked", Values(Mall(kQmx), Mall(kQmx, -1), 1), {}},
-      {"source_version_negative_behind_the_fields", Values(Mall(kQmx, -1), Shrunk(kQmx), 1), record},
-      {"source_version_not_asked_in_tlv", Values(Mall(kTlv, -1), Mall(kTlv), 2), {}},
+      {"destination_version_is_not_read", Values(Mall(kQmx), Mall(kQmx, -1), 1), {}},
+      {"source_version_negative_after_the_fields", Values(Mall(kQmx, -1), Shrunk(kQmx), 1), record},
+      {"source_version_not_read_in_tlv", Values(Mall(kTlv, -1), Mall(kTlv), 2), {}},
       {"order_is_not_compared", Values(Mall(kQmx), swapped, 1), {}},
   };
 }
 
 INSTANTIATE_TEST_SUITE_P(Values, RuleTest, testing::ValuesIn(Rows()), RowName);
 
-// A flag word of 3 or 5 is TLV, one of all ones is not.
+// A flag word of 3 or 5 means TLV, all ones does not.
 TEST(Values, ProtocolIsTheLowestBitOfASetFlagWord) {
-  const auto judge = [](std::int64_t word) {
-    return Judge(Values(Mall(Protocol::kQmx).With(support::Flag(word)), Shrunk(Protocol::kQmx), 1)).code;
+  const auto outcome = [](std::int64_t word) {
+    return OutcomeOf(Values(Mall(Protocol::kQmx).With(support::Flag(word)), Shrunk(Protocol::kQmx), 1)).code;
   };
-  EXPECT_EQ(judge(3), 0);
-  EXPECT_EQ(judge(5), 0);
-  EXPECT_EQ(judge(2), -3);
-  EXPECT_EQ(judge(-1), -3);
+  EXPECT_EQ(outcome(3), 0);
+  EXPECT_EQ(outcome(5), 0);
+  EXPECT_EQ(outcome(2), -3);
+  EXPECT_EQ(outcome(-1), -3);
 }
 
 TEST(Values, MissingLibrariesDoNotCrash) {
@@ -89,27 +89,27 @@ TEST(Values, MissingLibrariesDoNotCrash) {
   EXPECT_STREQ(checker.GetErrType(), "Invalid parameter, meta is null");
 }
 
-TEST(Values, AFieldWhoseVersionDiffersIsRefused) {
+TEST(Values, RefusesFieldWithAnotherVersion) {
   Library source = Mall(Protocol::kQmx);
   source.tables[0].fields[1].version = 3;
   const Outcome changed = RefusedBy(-8, "CompareVersion", "Version of the entry can't be modified! entry:'zone' meta:'mall%s'");
-  EXPECT_EQ(Judge(Values(source, Mall(Protocol::kQmx), 1)), changed);
-  EXPECT_EQ(Judge(Values(Mall(Protocol::kQmx), source, 1)), changed);
+  EXPECT_EQ(OutcomeOf(Values(source, Mall(Protocol::kQmx), 1)), changed);
+  EXPECT_EQ(OutcomeOf(Values(Mall(Protocol::kQmx), source, 1)), changed);
 }
 
 // The version rule gets the destination as the old meta and the source as the new one: a field that the destination adds with a
-// version at or below the source library's passes, where the other way round it would be refused.
-TEST(Values, VersionRuleStandsCrossed) {
+// version at or below that of the source library passes; the other way round it would be refused.
+TEST(Values, VersionRuleHasSwappedSides) {
   Library destination = Mall(Protocol::kQmx);
   destination.tables[0].fields.push_back({.name = "note", .version = 1});
-  EXPECT_EQ(Judge(Values(Mall(Protocol::kQmx), destination, 1)), Outcome{});
+  EXPECT_EQ(OutcomeOf(Values(Mall(Protocol::kQmx), destination, 1)), Outcome{});
 }
 
-TEST(Values, VersionRuleStandsCrossedInsideStructuresToo) {
+TEST(Values, VersionRuleHasSwappedSidesInsideStructures) {
   const Library box = Of({{.fields = {{"items", "box%s"}}}, {.name = "box%s", .fields = {{"x"}}}});
   Library more = box;
   more.tables[1].fields.push_back({.name = "y", .version = 1});
-  EXPECT_EQ(Judge(Values(box, more, 1)), Outcome{});
+  EXPECT_EQ(OutcomeOf(Values(box, more, 1)), Outcome{});
 }
 
 }  // namespace

@@ -98,11 +98,11 @@ extern "C" {
 int vesk_category_can_write(LPVESKCATEGORYINST category, int priority, int id, int cls) {
   if (category == nullptr) return support::calls_without_category++, 0;
   auto* capture = static_cast<support::CaptureCategory*>(category);
-  capture->questions.push_back({priority, id, cls});
-  return capture->answer_;
+  capture->can_write_calls.push_back({priority, id, cls});
+  return capture->can_write_;
 }
 
-// Holds nothing of its own when it calls `on_record`, which may never return.
+// Owns nothing when it calls `on_record`, which may never return.
 void vesk_category_logv(LPVESKCATEGORYINST category, const tagVeskEvent* event, const char* format, va_list arguments) {
   if (category == nullptr) {
     ++support::calls_without_category;

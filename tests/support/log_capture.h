@@ -22,14 +22,14 @@ struct LogRecord {
 };
 
 // One call of vesk_category_can_write.
-struct Question {
+struct CanWriteCall {
   int priority;
   int id;
   int cls;
-  bool operator==(const Question&) const = default;
+  bool operator==(const CanWriteCall&) const = default;
 };
 
-// By default without bounds, and can_write answers yes.
+// By default without bounds, and can_write returns 1.
 class CaptureCategory : public tagVeskCategoryInst {
  public:
   CaptureCategory() : tagVeskCategoryInst{nullptr, nullptr} {}
@@ -44,7 +44,7 @@ class CaptureCategory : public tagVeskCategoryInst {
     low_ = bound;
     piPriorityLow = &low_;
   }
-  void SetAnswer(int answer) { answer_ = answer; }
+  void SetCanWrite(int can_write) { can_write_ = can_write; }
 
   // The records as lines: "ERROR Method: text", or "ERROR Method, log only: text" if the text was never in the buffer. An invalid
   // event has a prefix, so that it equals no expected line. The source line in the trace of the main check is replaced by LINE if
@@ -55,14 +55,14 @@ class CaptureCategory : public tagVeskCategoryInst {
   std::string WithoutLine(const std::string& text) const;
 
   std::vector<LogRecord> records;
-  std::vector<Question> questions;
+  std::vector<CanWriteCall> can_write_calls;
   std::function<void()> on_record;  // called after each record, if set
 
  private:
   friend int ::vesk_category_can_write(LPVESKCATEGORYINST, int, int, int);
   int high_ = 0;
   int low_ = 0;
-  int answer_ = 1;
+  int can_write_ = 1;
 };
 
 // The number of calls of both operations with a null category, in all tests.

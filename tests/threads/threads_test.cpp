@@ -11,7 +11,7 @@
 #include "cases/case_files.h"
 #include "common/modify_table.h"
 #include "qmx/qmx_xml.h"
-#include "vesk/log_category.h"
+#include "vesk/closed_category.h"
 
 namespace threads {
 namespace {
@@ -42,11 +42,11 @@ TEST(Threads, GetSameResultsAsOneThread) {
   const qmx::Metalib v6 = Example("v6.xml");
   const qmx::Metalib v7 = Example("v7.xml");
   const qmx::Metalib wider_key = Example("v7-wider-key.xml");
-  const std::unique_ptr<vesk::LogCategory> log = vesk::LogCategory::Closed();
+  vesk::ClosedCategory log;
   std::vector<Check> checks;
   for (const char* table : {"customers", "orders", "payments", "no such table"}) {
-    checks.push_back({v6, v7, table, log->handle()});
-    checks.push_back({v6, wider_key, table, log->handle()});
+    checks.push_back({v6, v7, table, log.handle()});
+    checks.push_back({v6, wider_key, table, log.handle()});
   }
   std::vector<std::string> expected;
   for (const Check& check : checks) expected.push_back(check.Run());

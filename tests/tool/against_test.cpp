@@ -1,4 +1,4 @@
-// A project's schema files against those of a commit or of a directory.
+// Compares a project's schema files with those of a commit or a directory.
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
@@ -24,7 +24,7 @@ class AgainstTest : public GitTest {
     Commit("first");
   }
 
-  // A library of one table of its name.
+  // A library with one table of the same name.
   static std::string Schema(const std::string& name, const std::string& key_type = "uint64") {
     return "<metalib name=\"" + name + "\" version=\"5\" protocol=\"QMX\">\n" + Table({.name = name, .key_type = key_type}) +
            "\n</metalib>\n";
@@ -89,13 +89,13 @@ TEST_F(AgainstTest, ComparesOnlyGivenFilesAndDirectories) {
                    "'paths' in [schemas] of korvelcheck.toml\n");
 }
 
-TEST_F(AgainstTest, AFileGivenTwiceIsComparedOnce) {
+TEST_F(AgainstTest, ComparesFileGivenTwiceOnce) {
   const Outcome outcome = Against({"--format", "json", "schemas/orders.xml", "./schemas/../schemas/orders.xml"});
   EXPECT_THAT(Tables(outcome), ElementsAre("schemas/orders.xml: orders allowed"));
   EXPECT_EQ(outcome.err, "korvelcheck: ./schemas/../schemas/orders.xml is given twice; it is compared only once\n");
 }
 
-TEST_F(AgainstTest, AnAddedFileIsNew) {
+TEST_F(AgainstTest, ReportsAddedFileAsNew) {
   Write("schemas/carts.xml", Schema("carts"));
   const Outcome outcome = Against({"--format", "json"});
   EXPECT_EQ(outcome.exit_code, 0);
@@ -119,7 +119,7 @@ TEST_F(AgainstTest, ComparesMovedFileWithItsOldPath) {
   EXPECT_THAT(Tables(outcome), Not(testing::Contains(HasSubstr("removed"))));
 }
 
-// Two files of one library: the one that is the same byte for byte is the same file.
+// Two files with one library: the one with the same bytes is the same file.
 TEST_F(AgainstTest, MatchesMovedFilesByBytesBeforeNames) {
   Write("schemas/a.xml", Schema("mall"));
   Write("schemas/b.xml", Schema("mall", "uint32"));
@@ -165,7 +165,7 @@ TEST_F(AgainstTest, AllowNewAcceptsOnlyNewTables) {
                    "korvelcheck: check: --allow-new requires --against\nTry 'korvelcheck check --help'.\n");
 }
 
-// A call that named only the new path of a moved file took it for a new file, so that any change of it was allowed.
+// Regression: a call that named only the new path of a moved file took it for a new file, so that any change of it was allowed.
 TEST_F(AgainstTest, FindsMovedFileByItsNewPath) {
   std::filesystem::remove(PathOf("schemas/users.xml"));
   Write("schemas/deep/people.xml", Schema("users", "uint32"));
@@ -193,7 +193,7 @@ TEST_F(AgainstTest, SuggestsSimilarPath) {
   EXPECT_THAT(outside.err, HasSubstr("korvelcheck: ../x.xml: is not inside "));
 }
 
-TEST_F(AgainstTest, APatternThatMatchesNothingIsAnError) {
+TEST_F(AgainstTest, RefusesPatternWithoutMatches) {
   Write("korvelcheck.toml", "[schemas]\npaths = [\"schemas/*.xml\",\n  \"schema/*.xml\"]\n");
   ExpectInputError(Against(),
                    "korvelcheck.toml:3:3: error: 'schema/*.xml' matches no file; allowed: patterns that match a "
@@ -227,8 +227,8 @@ TEST_F(AgainstTest, RefusesLinkInTheCommit) {
                    "korvelcheck: schemas/link.xml: cannot be compared with git:HEAD:schemas/link.xml\n");
 }
 
-// Its files were all new.
-TEST_F(AgainstTest, ARepositoryInsideIsNotSearched) {
+// Regression: its files were all new.
+TEST_F(AgainstTest, SkipsNestedRepository) {
   std::filesystem::create_directories(PathOf("schemas/module"));
   GitIn("schemas/module", {"init", "-q"});
   Write("schemas/module/new.xml", Schema("new"));
@@ -247,7 +247,7 @@ TEST_F(AgainstTest, OddNamesAreCompared) {
   EXPECT_THAT(outcome.out, HasSubstr("8 compared"));
 }
 
-TEST_F(AgainstTest, ADirectoryIsAnEarlierStateToo) {
+TEST_F(AgainstTest, AcceptsDirectoryAsEarlierState) {
   std::filesystem::create_directory(PathOf("before"));
   std::filesystem::copy(PathOf("schemas"), PathOf("before/schemas"), std::filesystem::copy_options::recursive);
   std::filesystem::remove_all(PathOf(".git"));
@@ -274,7 +274,7 @@ TEST_F(AgainstTest, WrongStatesAreRefused) {
   ExpectInputError(Against(), "korvelcheck: git:HEAD: not a git repository (or any of the parent directories): .git\n");
 }
 
-TEST_F(AgainstTest, ASchemaIsNotReplacedByTheReport) {
+TEST_F(AgainstTest, DoesNotReplaceSchemaByReport) {
   const std::string before = Read("schemas/orders.xml");
   ExpectInputError(Against({"-o", "schemas/orders.xml"}), "korvelcheck: -o schemas/orders.xml would replace an input\n");
   ExpectInputError(Against({"--log", "schemas/orders.xml"}), "korvelcheck: --log schemas/orders.xml would change an input\n");
@@ -286,7 +286,7 @@ TEST_F(AgainstTest, UsesSettingsOfTheProject) {
   EXPECT_THAT(Against({"--format", "json", "--table", "users"}).out, HasSubstr("\"list_num\": 12"));
 }
 
-// Sorted by path, whichever thread is first; with a log, files are checked one after the other.
+// Sorted by path, whichever thread finishes first; with a log, files are checked one after the other.
 // A misspelt name left its table with other settings than the project gives it.
 TEST_F(AgainstTest, RefusesSettingsOfAnUnknownTable) {
   Write("korvelcheck.toml", "[schemas]\npaths = [\"schemas/**/*.xml\"]\n[tables.oders]\ntype = \"list\"\n");
@@ -296,7 +296,7 @@ TEST_F(AgainstTest, RefusesSettingsOfAnUnknownTable) {
   EXPECT_EQ(Against({"schemas/orders.xml"}).exit_code, 0);
 }
 
-TEST_F(AgainstTest, AThousandFilesAreComparedInTheirOrder) {
+TEST_F(AgainstTest, ComparesThousandFilesInOrder) {
   constexpr int kFiles = 1000;
   std::filesystem::create_directory(PathOf("schemas/many"));
   const auto name = [](int i) { return "t" + std::to_string(10000 + i); };

@@ -12,7 +12,7 @@ using testing::HasSubstr;
 
 class CheckTest : public ToolTest {
  protected:
-  // The part of the report about the refused table and its finding; the whole outcome if it is another one.
+  // The part of the report about the refused table and its finding; the whole outcome if it is a different one.
   std::string Refusal(const std::vector<std::string>& options = {}) const {
     std::vector<std::string> arguments = {"check", "old.xml", "new.xml"};
     arguments.insert(arguments.end(), options.begin(), options.end());
@@ -25,13 +25,13 @@ class CheckTest : public ToolTest {
   }
 };
 
-TEST_F(CheckTest, AnAllowedChangeEndsWithZero) {
+TEST_F(CheckTest, AllowedChangeEndsWithZero) {
   ExpectOutcome(Korvelcheck({"check", "old.xml", "same.xml"}), 0, kAllowedReport, "");
 }
 
-TEST_F(CheckTest, ARefusedChangeEndsWithOne) { ExpectVerdicts(Korvelcheck({"check", "old.xml", "wide.xml"}), 1, kWideFinding); }
+TEST_F(CheckTest, RefusedChangeEndsWithOne) { ExpectVerdicts(Korvelcheck({"check", "old.xml", "wide.xml"}), 1, kWideFinding); }
 
-TEST_F(CheckTest, ANewFieldWithANewVersionIsAllowed) {
+TEST_F(CheckTest, AllowsNewFieldWithNewVersion) {
   Write("new.xml", Library(6, {Table({.fields = "<entry name=\"note\" id=\"2\" type=\"string\" size=\"8\" version=\"6\"/>"}),
                                Table({.name = "users"})}));
   EXPECT_EQ(Korvelcheck({"check", "old.xml", "new.xml"}).exit_code, 0);
@@ -141,7 +141,7 @@ TEST_F(CheckTest, ChecksRequestedStructure) {
             "  checker: Primaykey is invalid! table:'item'\n");
 }
 
-TEST_F(CheckTest, ALowerLibraryVersionIsRefused) {
+TEST_F(CheckTest, RefusesLowerLibraryVersion) {
   Write("old.xml", Library(5, {Table()}));
   Write("new.xml", Library(4, {Table()}));
   EXPECT_EQ(Refusal(),
@@ -151,7 +151,7 @@ TEST_F(CheckTest, ALowerLibraryVersionIsRefused) {
 }
 
 // The driver replaces the rule's text but not its code.
-TEST_F(CheckTest, ABadFieldNameKeepsItsCode) {
+TEST_F(CheckTest, BadFieldNameKeepsItsCode) {
   Write("old.xml", Library(5, {Table()}));
   Write("new.xml", Library(6, {Table({.fields = "<entry name=\"1st\" id=\"2\" type=\"int8\" version=\"6\"/>"})}));
   EXPECT_EQ(Refusal(),
@@ -171,26 +171,26 @@ class GrowthTest : public CheckTest {
   }
 };
 
-TEST_F(GrowthTest, WithoutAServerVersionLengthsAreNotChecked) {
+TEST_F(GrowthTest, LengthsAreNotCheckedWithoutServerVersion) {
   EXPECT_EQ(Korvelcheck({"check", "old.xml", "new.xml"}).exit_code, 0);
   EXPECT_EQ(Korvelcheck({"check", "old.xml", "new.xml", "--whitelist", "history"}).exit_code, 0);
 }
 
-TEST_F(GrowthTest, AnOversizedFieldIsRefused) {
+TEST_F(GrowthTest, RefusesOversizedField) {
   EXPECT_EQ(Refusal({"--server-version", "3.38.9"}),
             ": table orders: -2 CHECK_TABLE_ERROR_SYSTEM_ERROR\nnew.xml:2:109: refused [length.limit] fields are larger than the "
             "servers allow and are not whitelisted\n"
             "  checker: ERR_ENTRY_LEN;history|\n");
 }
 
-TEST_F(GrowthTest, AWhitelistedFieldThatGrewIsRefusedWithItsSizes) {
+TEST_F(GrowthTest, RefusesGrownWhitelistedFieldWithItsSizes) {
   EXPECT_EQ(Refusal({"--server-version", "3.29.0", "--whitelist", "payload;history"}),
             ": table orders: -35 ERROR_ENTRY_LENGTH_NOT_LEGAL\n"
             "new.xml:2:109: refused [length.whitelist] whitelisted fields above the limit grew and need manual confirmation\n"
             "  checker: WARNING_WHITELIST:entry:history size 131072 -> 524288 |\n");
 }
 
-TEST_F(GrowthTest, ANewerServerAllowsTheSize) {
+TEST_F(GrowthTest, NewerServerAllowsTheSize) {
   EXPECT_EQ(Korvelcheck({"check", "old.xml", "new.xml", "--server-version", "3.39.0"}).exit_code, 0);
 }
 
@@ -206,7 +206,7 @@ TEST_F(GrowthTest, ChecksEveryTableByItself) {
 }
 
 // The result depends only on the bytes of the files.
-TEST_F(CheckTest, TheLocaleChangesNothing) {
+TEST_F(CheckTest, LocaleHasNoEffect) {
   const std::string name = "\xc3\xa4\xc4\xb1 orders";
   Write("old.xml", Library(5, {Table({.name = name})}));
   Write("new.xml", Library(5, {Table({.name = name, .key_type = "uint8"})}));

@@ -38,6 +38,6 @@ zle-line-init() {
 }
 zle -N zle-line-init
 RC
-zpty asked zsh -d -i
-while zpty -r asked shown; do :; done
+zpty shell zsh -d -i
+while zpty -r shell output; do :; done
 cat $ZDOTDIR/answer

@@ -71,7 +71,7 @@ TEST_P(CompletionTest, OffersNothingForFreeText) { EXPECT_THAT(Offers("korvelche
 TEST_P(CompletionTest, OffersFiles) {
   Write("with blank.xml", "");
   EXPECT_THAT(Offers("korvelcheck check ol"), ElementsAre("old.xml"));
-  // zsh tells the name a second time, as it would be inserted.
+  // zsh lists the name a second time, as it would be inserted.
   EXPECT_THAT(Offers("korvelcheck check old.xml w"), IsSupersetOf({"wide.xml", "with blank.xml"}));
   EXPECT_THAT(Offers("korvelcheck lint old.xml wide.xml s"), ElementsAre("same.xml"));
   EXPECT_THAT(Offers("korvelcheck check -o s"), ElementsAre("same.xml"));

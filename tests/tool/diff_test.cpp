@@ -81,7 +81,7 @@ TEST_F(DiffTest, LocatesRemovedItemsInTheOldFile) {
 }
 
 // A table that another one embeds lists its edits once, under its own name.
-TEST_F(DiffTest, ATableInsideATableIsListedAsATable) {
+TEST_F(DiffTest, EmbeddedTableIsListedAsTable) {
   const std::string inner = R"(<entry name="user" id="2" type="users"/>)";
   Write("before.xml", Library(5, {Table({.fields = inner}), Table({.name = "users"})}));
   Write("after.xml", Library(5, {Table({.fields = inner}), Table({.name = "users", .key_type = "uint32"})}));

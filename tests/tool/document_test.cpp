@@ -126,7 +126,7 @@ TEST_F(DocumentTest, DocumentedOptionsMatchHelp) {
   const std::vector<std::string> commands = CommandNames();
   std::map<std::string, std::set<std::string>> documented = DocumentedOptions(commands);
   for (const std::string& command : commands) {
-    // Two blanks and an option: where help declares one, not where it speaks of another.
+    // Two blanks and an option: where help declares an option, not where it mentions one.
     const std::string help = Korvelcheck({command, "--help"}).out;
     EXPECT_EQ(documented[command], Matches(help, "\n  (?:-[a-z],)?(--[a-z-]+)")) << command;
   }

@@ -85,7 +85,7 @@ TEST_P(ExampleTest, LeavesTheTextInTheLog) {
 // Rules whose old schema is refused even if nothing changes.
 const std::set<std::string> kRefusedAlready = {
     "library.protocols",        // a table created in TLV has no rules while its library is in the record format
-    "splittable-key.old-text",  // no change of such a table can be judged
+    "splittable-key.old-text",  // no change of such a table can be checked
 };
 
 TEST_P(ExampleTest, OldAgainstOldIsAllowed) {
@@ -186,6 +186,9 @@ TEST_F(ExplainTest, KnowsARuleByItsText) {
 
 TEST_F(ExplainTest, JsonHasTheSame) {
   const nlohmann::json rule = nlohmann::json::parse(Printed({"explain", "table.list-num", "--format", "json"}));
+  EXPECT_EQ(rule["version"], 1);
+  EXPECT_EQ(rule["tool"], (nlohmann::json{{"name", "korvelcheck"}, {"version", KORVEL_VERSION}}));
+  EXPECT_EQ(rule["command"], "explain");
   EXPECT_EQ(rule["rule"], "table.list-num");
   EXPECT_EQ(rule["codes"], nlohmann::json::parse(R"([{"code": -5, "code_name": "ERROR_SPLITTABLE_FIELD"},
                                                      {"code": -1, "code_name": "CHECK_TABLE_ERROR_INVALID_PARAMETER"}])"));
@@ -227,7 +230,9 @@ TEST_F(ExplainTest, RulesListsEachOnALine) {
   for (const korvel::RefusalRow* row : korvel::AllRefusals()) expected.emplace_back(row->id);
   EXPECT_EQ(ids, expected);
   EXPECT_THAT(Printed({"rules"}), HasSubstr("\nprimary-key.size          -3       the size of a primary key field changed\n"));
-  EXPECT_EQ(nlohmann::json::parse(Printed({"rules", "--format", "json"}))["rules"].size(), expected.size());
+  const nlohmann::json json = nlohmann::json::parse(Printed({"rules", "--format", "json"}));
+  EXPECT_EQ(json["command"], "rules");
+  EXPECT_EQ(json["rules"].size(), expected.size());
   ExpectInputError(Korvelcheck({"rules", "old.xml"}),
                    "korvelcheck: rules: unexpected argument 'old.xml'\nTry 'korvelcheck rules --help'.\n");
 }
@@ -254,7 +259,7 @@ std::map<std::string, std::string> Documents() {
   return documents;
 }
 
-// `make docs` writes the index and the summaries anew.
+// `make docs` regenerates the index and the summaries.
 TEST_F(ExplainTest, DocumentsAreWhatIsPrinted) {
   std::map<std::string, std::string> expected = {{"README.md", Printed({"rules", "--format", "markdown"})},
                                                  {"result-codes.md", Printed({"rules", "--codes", "--format", "markdown"})}};

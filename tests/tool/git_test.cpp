@@ -1,4 +1,4 @@
-// Schemas out of real git repositories, and everything that git cannot give.
+// Reads schemas from real git repositories; errors of git.
 #include <gmock/gmock.h>
 
 #include "git_repository.h"
@@ -78,7 +78,7 @@ TEST_F(GitInputTest, HonorsGitEnvironment) {
   ExpectAllowed("git:HEAD:old.xml", "elsewhere");
 }
 
-TEST_F(GitInputTest, TheLanguageOfGitDoesNotMatter) {
+TEST_F(GitInputTest, LanguageOfGitHasNoEffect) {
   Commit("first");
   environment_.emplace_back("LC_ALL=de_DE.UTF-8");
   environment_.emplace_back("LANGUAGE=de");
@@ -135,7 +135,7 @@ TEST_F(GitInputTest, SuggestsSimilarRevision) {
                 "korvelcheck: git:stable:old.xml: unknown revision 'stable' (did you mean 'origin/stable'?)\n");
 }
 
-// The error said that it was not in the clone.
+// Regression: the error said that it was not in the clone.
 TEST_F(GitInputTest, RefusesIdOfAFile) {
   Commit("first");
   std::string id = Git({"rev-parse", "HEAD:old.xml"});
@@ -144,7 +144,7 @@ TEST_F(GitInputTest, RefusesIdOfAFile) {
                 "korvelcheck: git:" + id + ":old.xml: '" + id + "' is a file; allowed: a commit, or a tree of one\n");
 }
 
-// As in a container whose user is another one than the files'.
+// As in a container whose user does not own the files.
 TEST_F(GitInputTest, ReportsHowToTrustAForeignRepository) {
   Commit("first");
   environment_.emplace_back("GIT_TEST_ASSUME_DIFFERENT_OWNER=1");

@@ -53,8 +53,8 @@ TEST(Glob, Matches) {
   for (const auto& [pattern, path, matches] : kCases) EXPECT_EQ(MatchesGlob(pattern, path), matches) << pattern << " " << path;
 }
 
-// Going back to every star would take longer than the universe.
-TEST(Glob, ManyStarsTakeNoTime) {
+// Backtracking to every star would never end.
+TEST(Glob, ManyStarsAreFast) {
   std::string names;
   std::string directories;
   for (int i = 0; i < 100; ++i) names += "a*";

@@ -23,8 +23,8 @@ refusing_counts() {
   instructions 2 "$program" lint "$work/wrong.xml"
 }
 
-# tables TABLES TYPE BETWEEN: prints a library of tables with a key and a field of that type, each table on a line of its own or, with
-# nothing between, all on one line.
+# tables TABLES TYPE BETWEEN: prints a library of tables with a key and a field of that type, each table on its own line, or, if
+# BETWEEN is empty, all on one line.
 tables() {
   awk -v tables="$1" -v type="$2" -v between="$3" 'BEGIN {
     printf "<metalib name=\"generated\" version=\"1\">"
@@ -35,21 +35,21 @@ tables() {
   }'
 }
 
-# Every table comes back, each before the one that follows it in the old file.
-suggesting_gone() {
+# Every table is restored, each before the one that follows it in the old file.
+restoring_tables() {
   tables "$1" int8 '\n' >"$work/old.xml"
   tables 1 int16 '\n' >"$work/new.xml"
   instructions 0 "$program" suggest "$work/old.xml" "$work/new.xml"
 }
 
-# Every table is refused and gets a fix, all in one long line.
+# Every table is refused and gets a fix, all on one long line.
 fixing_one_line() {
   tables "$1" int16 '' >"$work/old.xml"
   sed 's/type="int16"/type="int8"/g' "$work/old.xml" >"$work/new.xml"
   instructions 1 "$program" check --format json "$work/old.xml" "$work/new.xml"
 }
 
-# Attributes that no element has, of which the first 1000 are told.
+# Unknown attributes, the first 1000 of which are reported.
 refusing_attributes() {
   awk -v attributes="$1" 'BEGIN {
     printf "<metalib name=\"wrong\" version=\"1\""
@@ -59,7 +59,7 @@ refusing_attributes() {
   instructions 2 "$program" lint "$work/wrong.xml"
 }
 
-# Tables, and fields of a table, that all have the name and the id of the first one.
+# Tables, and fields of a table, that all have the same name and id.
 refusing_duplicates() {
   awk -v copies="$1" 'BEGIN {
     print "<metalib name=\"wrong\" version=\"1\">"
@@ -71,7 +71,7 @@ refusing_duplicates() {
   instructions 2 "$program" lint "$work/wrong.xml"
 }
 
-# A description of so many entities, and an error behind it on the same line.
+# A description with that many entities, followed by an error on the same line.
 reading_entities() {
   awk -v entities="$1" 'BEGIN {
     printf "<metalib name=\"wrong\" version=\"1\"><meta name=\"table\" desc=\""
@@ -81,7 +81,7 @@ reading_entities() {
   instructions 2 "$program" lint "$work/wrong.xml"
 }
 
-# Unions of two of the one below: twice as many ways to the lowest with every level.
+# Unions with two members of the union below: the number of paths to the lowest doubles with every level.
 showing_levels() {
   awk -v levels="$1" 'BEGIN {
     print "<metalib name=\"deep\" version=\"1\">\n<meta name=\"u_0\"><entry name=\"a\" type=\"int8\"/></meta>"
@@ -94,7 +94,7 @@ showing_levels() {
   instructions 1 "$program" check --format html "$work/old.xml" "$work/new.xml"
 }
 
-# doubling WHAT SMALL LARGE: numbers of instructions of a size and of twice that size.
+# doubling WHAT SMALL LARGE: compares the numbers of instructions for a size and for twice that size.
 doubling() {
   echo "twice the $1: $2 -> $3 instructions; allowed: 2.2 times"
   [ "$3" -le $(($2 * 22 / 10)) ] || status=1
@@ -107,17 +107,17 @@ doubling metas "$metas" "$twice"
 members=$(reading_of_wide 4000) twice=$(reading_of_wide 8000)
 doubling 'key members and columns' "$members" "$twice"
 refusals=$(refusing_counts 4000) twice=$(refusing_counts 8000)
-doubling 'entries that a structure is to count' "$refusals" "$twice"
-gone=$(suggesting_gone 1000) twice=$(suggesting_gone 2000)
-doubling 'tables that come back' "$gone" "$twice"
+doubling 'entries whose counter is a structure' "$refusals" "$twice"
+restored=$(restoring_tables 1000) twice=$(restoring_tables 2000)
+doubling 'restored tables' "$restored" "$twice"
 fixes=$(fixing_one_line 250) twice=$(fixing_one_line 500)
-doubling 'tables that are fixed on one line' "$fixes" "$twice"
+doubling 'fixed tables on one line' "$fixes" "$twice"
 unknown=$(refusing_attributes 10000) twice=$(refusing_attributes 20000)
 doubling 'unknown attributes of an element' "$unknown" "$twice"
 duplicates=$(refusing_duplicates 5000) twice=$(refusing_duplicates 10000)
-doubling 'tables and fields of one name and id' "$duplicates" "$twice"
+doubling 'tables and fields with the same name and id' "$duplicates" "$twice"
 entities=$(reading_entities 100000) twice=$(reading_entities 200000)
 doubling 'entities in an attribute' "$entities" "$twice"
 levels=$(showing_levels 50) twice=$(showing_levels 100)
-doubling 'levels of unions, each twice in the next' "$levels" "$twice"
+doubling 'levels of unions, each embedded twice in the next' "$levels" "$twice"
 exit "$status"

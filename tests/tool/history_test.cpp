@@ -80,6 +80,16 @@ TEST_F(HistoryTest, ReportsNewAndRemovedTables) {
   EXPECT_THAT(outcome.out, HasSubstr("caused by: the table was removed"));
 }
 
+// Regression: a structure that became a table was left out.
+TEST_F(HistoryTest, ReportsAStructureThatBecameATableAsNew) {
+  const std::string structure = "<meta name=\"carts\"><entry name=\"uid\" id=\"1\" type=\"uint64\"/></meta>";
+  Write("structure.xml", Library(5, {structure, Table()}));
+  Write("table.xml", Library(6, {Table({.name = "carts"}), Table()}));
+  const Outcome outcome = Run({"history", "structure.xml", "table.xml"});
+  EXPECT_EQ(outcome.exit_code, 0);
+  EXPECT_THAT(outcome.out, HasSubstr("  table carts: new\n"));
+}
+
 // A field is removed and added again: each step is allowed, both together are not.
 TEST_F(HistoryTest, RefusesAVersionThoughEveryStepIsAllowed) {
   const auto tlv = [](int version, const std::string& fields) { return Library(version, {Table({.fields = fields})}, "TLV"); };

@@ -37,7 +37,7 @@ std::vector<SchemaPair> Pairs() {
   return pairs;
 }
 
-// An image has no lines, and no part of it can be replaced.
+// An image has no lines, and its parts cannot be replaced.
 void RemovePlaces(nlohmann::ordered_json& json) {
   for (auto& [name, value] : json.items()) {
     if (name == "line" || name == "column" || name == "end_line" || name == "end_column") value = nullptr;

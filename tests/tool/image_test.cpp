@@ -1,4 +1,4 @@
-// Images as inputs of every command, and the two commands that make one form from the other.
+// Images as inputs of every command, and the commands that convert between images and schema files.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/resource.h>
@@ -33,7 +33,7 @@ class ImageTest : public ToolTest {
   }
 };
 
-// The report about an image is that about the schema file, without line and column.
+// The report about an image is that of the schema file, without lines and columns.
 std::string WithoutPlaces(const std::string& report) {
   return std::regex_replace(std::regex_replace(report, std::regex("\\.xml:\\d+:\\d+:"), ".qmb:"), std::regex("\\.xml"), ".qmb");
 }
@@ -70,7 +70,7 @@ TEST_F(ImageTest, EveryCommandTakesImages) {
 
 TEST_F(ImageTest, StandardInputMayBeAnImage) {
   ExpectVerdicts(Korvelcheck(Call{.arguments = {"check", "-", "wide.xml"}, .input = Read("old.qmb")}), 1, kWideFinding);
-  // Of which a part may have been read: the image is not where the file begins.
+  // A part of it may have been read already: the image does not begin at the start of the file.
   ExpectVerdicts(Korvelcheck(Call{.arguments = {"check", "-", "wide.xml"},
                                   .launcher = {"/bin/sh", "-c", "read -r line; exec \"$0\" \"$@\""},
                                   .input = "QMXIMAGE is what the next line holds\n" + Read("old.qmb")}),
@@ -104,11 +104,11 @@ TEST_F(ImageTest, RefusesDamagedImages) {
   };
   std::string foreign = image;
   std::reverse(foreign.begin() + 8, foreign.begin() + 12);
-  expect(damaged(0, 'X'), ":1:1: error: not XML, the file begins with 'XMXIMAGE");  // no image, so text
+  expect(damaged(0, 'X'), ":1:1: error: not XML, the file begins with 'XMXIMAGE");  // not an image, so it is read as text
   expect(foreign, ": error: header: byte order at byte 8 is big-endian; allowed: little-endian, that of this machine\n");
   expect(damaged(12, 9), ": error: header: format version at byte 12 is 9; allowed: 1\n");
   expect(damaged(image.size() - 1, 'x'), ": error: header: checksum at byte 32 is ");
-  expect(image.substr(0, 40), ": error: header at byte 40 is cut short; allowed: 64 bytes\n");
+  expect(image.substr(0, 40), ": error: header at byte 40 is truncated; allowed: 64 bytes\n");
   expect(image.substr(0, image.size() - 1), ": error: header: block size at byte 24 is ");
   expect(image + "x", ": error: header: block size at byte 24 is ");
 }
@@ -185,7 +185,7 @@ TEST_F(ImageTest, FileThatBecomesShorterIsAnInternalError) {
   ExpectOutcome(outcome, 3, "", "korvelcheck: a file became shorter while it was read\n");
 }
 
-// The checker may have seen bytes of before and after: there is no result.
+// The checker may have seen old and new bytes: there is no result.
 TEST_F(ImageTest, ImageThatIsWrittenToIsAnInputError) {
   const timespec long_ago[2] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
   ASSERT_EQ(::utimensat(AT_FDCWD, PathOf("old.qmb").c_str(), long_ago, 0), 0);
@@ -193,12 +193,12 @@ TEST_F(ImageTest, ImageThatIsWrittenToIsAnInputError) {
   std::thread writer([&] {
     std::ofstream pipe(PathOf("pipe.xml"), std::ios::binary);
     pipe << "<metalib name=\"mall\" version=\"5\">" << Padding(1'000'000) << std::flush;
-    std::fstream(PathOf("old.qmb"), std::ios::in | std::ios::out | std::ios::binary).put('Q');  // the byte that stood there
+    std::fstream(PathOf("old.qmb"), std::ios::in | std::ios::out | std::ios::binary).put('Q');  // the byte that was there before
     pipe << Table() << "</metalib>";
   });
   const Outcome outcome = Korvelcheck({"check", "old.qmb", "pipe.xml"});
   writer.join();
-  ExpectOutcome(outcome, 2, "", "korvelcheck: old.qmb: was written to while it was read; try again\n");
+  ExpectOutcome(outcome, 2, "", "korvelcheck: old.qmb: was modified while it was read; try again\n");
 }
 
 // --- compile ---
@@ -227,7 +227,7 @@ TEST_F(ImageTest, DoesNotWriteImageToATerminal) {
   EXPECT_EQ(outcome.err, "korvelcheck: compile: standard output is a terminal; allowed: a file or a pipe\n");
 }
 
-TEST_F(ImageTest, AnImageDoesNotReplaceItsSchema) {
+TEST_F(ImageTest, DoesNotReplaceSchemaByImage) {
   ExpectInputError(Korvelcheck({"compile", "old.xml", "-o", "old.xml"}), "korvelcheck: -o old.xml would replace an input\n");
 }
 
@@ -318,12 +318,12 @@ TEST_F(ImageTest, ReportsImageThatCannotBeWrittenAsXml) {
   expect({.name = "a\xef\xbf\xbf", .type = "int8"}, "'name' is 'a\xef\xbf\xbf'" + characters);
   expect({.name = "a b", .type = "int8"}, "'primarykey' names 'a b'; allowed: names without blanks", true);
   expect({.name = "", .type = "int8"}, "'primarykey' names ''; allowed: names without blanks", true);
-  expect({.name = "uid", .type = "int8"}, "a second entry 'uid' in meta 'table'; allowed: names that differ");
+  expect({.name = "uid", .type = "int8"}, "a second entry 'uid' in meta 'table'; allowed: unique names");
   expect({.name = "a", .type = "int8", .id = -7}, "'id' is '-7', which is not a number; allowed: 0 to 2147483647");
   expect({.name = "a", .type = "int8", .count = 0}, "'count' is '0', out of range; allowed: 1 to 2147483647");
 }
 
-// A page about images had no source on either side, not even where one of the two was a schema file.
+// Regression: an HTML page about images showed no source on either side, even if one of the two was a schema file.
 TEST_F(ImageTest, HtmlShowsTheLinesOfDump) {
   for (const char* name : {"old", "wide"}) {
     ASSERT_EQ(Korvelcheck({"compile", std::string(name) + ".xml", "-o", std::string(name) + ".qmb"}).exit_code, 0);
@@ -353,7 +353,7 @@ TEST_F(ImageTest, HtmlReportsImageThatCannotBeWrittenAsXml) {
               HasSubstr("No source text: <code>odd.qmb</code> is compiled"));
 }
 
-// The file would mean the simple type.
+// A type with this name would mean the simple type.
 TEST_F(ImageTest, ReportsStructureNamedLikeASimpleType) {
   qmx::MetalibBuilder builder("odd", 1, qmx::Protocol::kQmx);
   builder.AddMeta("int64");
@@ -367,8 +367,7 @@ TEST_F(ImageTest, ReportsStructureNamedLikeASimpleType) {
   Write("odd.qmb", qmx::WriteImage(metalib));
   ExpectInputError(
       Korvelcheck({"dump", "odd.qmb"}),
-      "odd.qmb: error: cannot be written as XML: reading it back gives another library; allowed: what 'compile' makes "
-      "of a schema file\n");
+      "odd.qmb: error: cannot be written as XML: reading it back gives a different library; allowed: images made by 'compile'\n");
 }
 
 }  // namespace

@@ -58,7 +58,7 @@ TEST_F(InputTest, ReportsDanglingAndCircularLinks) {
                    "korvelcheck: circle.xml: Too many levels of symbolic links\n");
 }
 
-// Opened, but not to be read: the error comes with the first read.
+// It can be opened but not read: the error comes with the first read.
 TEST_F(InputTest, ReportsReadErrors) {
   ExpectInputError(Korvelcheck({"lint", "/proc/self/mem"}), "korvelcheck: /proc/self/mem: cannot be read: Input/output error\n");
 }

@@ -34,8 +34,8 @@ schema() {
   }'
 }
 
-# wide ENTRIES: prints a table whose entries all are counted by the first, members of its keys and columns of its index, with ids that
-# go down. At most 32767 entries.
+# wide ENTRIES: prints a table whose entries are all counted by the first one, and are members of its keys and columns of its
+# index; ids descend. At most 32767 entries.
 wide() {
   awk -v entries="$1" 'BEGIN {
     print "<metalib name=\"wide\" version=\"1\" protocol=\"TLV\">\n<meta name=\"table\">"
@@ -49,7 +49,8 @@ wide() {
   }'
 }
 
-# counted_by_structure ENTRIES: prints a table with so many structures, and so many entries that the last of them is to count.
+# counted_by_structure ENTRIES: prints a table with that many structures, and the same number of entries that refer to the last
+# structure as their counter.
 counted_by_structure() {
   awk -v entries="$1" 'BEGIN {
     print "<metalib name=\"wrong\" version=\"1\">\n<meta name=\"s\"><entry name=\"a\" type=\"int8\"/></meta>\n<meta name=\"table\">"

@@ -30,7 +30,7 @@ std::vector<std::string> Keys(const Json& object) {
 
 Json LocationOf(const char* file, int line, int column) { return {{"file", file}, {"line", line}, {"column", column}}; }
 
-// Numbers in the order of the members; those left out are 0.
+// The numbers in the order of the members; missing ones are 0.
 Json SummaryOf(std::vector<int> numbers) {
   constexpr const char* kNames[] = {"compared", "allowed", "refused",     "new",           "removed",    "failing",
                                     "findings", "waived",  "files_added", "files_deleted", "files_moved"};
@@ -85,13 +85,13 @@ TEST_F(JsonReportTest, ReportHasTheseMembers) {
                          {"project", Json::array()},
                          {"summary", SummaryOf({3, 1, 2, 1, 1, 2, 2})}};
   Json report = Report({"check", "old.xml", "new.xml"}, 1);
-  // Changes and findings are long: tests/report/golden has them.
+  // Changes and findings are long: tests/report/golden contains them.
   report["findings"] = nullptr;
   for (Json& table : report["tables"]) EXPECT_EQ(table.erase("changes"), table["status"] == "new" ? 0u : 1u);
   EXPECT_EQ(report.dump(2), expected.dump(2)) << "members and their order";
 }
 
-TEST_F(JsonReportTest, AnAllowedReportHasTheVerdict) {
+TEST_F(JsonReportTest, AllowedReportHasTheVerdict) {
   const Json report = Report({"check", "old.xml", "same.xml"}, 0);
   EXPECT_EQ(report["verdict"], "allowed");
   EXPECT_EQ(report["summary"], SummaryOf({2, 2, 0, 0, 0, 0}));
@@ -128,7 +128,7 @@ TEST_F(JsonReportTest, EveryCommandNamesItsInputsAndSettings) {
   }
 }
 
-TEST_F(JsonReportTest, ARefusalWithoutTextHasNoRule) {
+TEST_F(JsonReportTest, RefusalWithoutTextHasNoRule) {
   Write("new.xml", Library(5, {Table()}));
   const Json report = Report({"compat", "old.xml", "new.xml", "--table", "users"}, 1);
   const Json& table = report["tables"][0];
@@ -144,7 +144,7 @@ TEST_F(JsonReportTest, NamesAreVerbatim) {
   EXPECT_EQ(Report({"lint", "odd.xml"}, 0)["tables"][0]["table"], "a\n\"\\\xe2\x82\xac");
 }
 
-// The checker cuts its texts at 1023 bytes, in the middle of a character if need be.
+// The checker truncates its texts at 1023 bytes, even in the middle of a character.
 TEST_F(JsonReportTest, ReplacesBytesThatAreNotUtf8) {
   const std::string before = "Get meta info failed, please check the table name ! table:'";
   std::string name = (1023 - before.size()) % 2 == 0 ? "x" : "";
@@ -154,7 +154,7 @@ TEST_F(JsonReportTest, ReplacesBytesThatAreNotUtf8) {
   EXPECT_EQ(text, before + name.substr(0, 1022 - before.size()) + "\xef\xbf\xbd");
 }
 
-TEST_F(JsonReportTest, TheSameBytesComeEveryTime) {
+TEST_F(JsonReportTest, IsTheSameEveryTime) {
   const std::vector<std::string> arguments = {"check", "old.xml", "wide.xml", "--format", "json"};
   EXPECT_EQ(Korvelcheck(arguments).out, Korvelcheck(arguments).out);
 }

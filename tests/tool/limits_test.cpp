@@ -1,5 +1,5 @@
-// Each limit of schema files and images: the limit itself is accepted, and so is its image; one more is refused with its own
-// text. Limits of bytes of a file, and of errors, are tested by input_test.cpp and tests/qmx/reader_hostile_test.cpp.
+// Limits of schema files and images: the limit itself is accepted, also as an image; one more is refused with its own error text.
+// Limits of file size and of errors are tested by input_test.cpp and tests/qmx/reader_hostile_test.cpp.
 #include <ostream>
 
 #include "qmx/qmx_builder.h"
@@ -62,13 +62,13 @@ struct Limit {
 void PrintTo(const Limit& limit, std::ostream* out) { *out << limit.name; }
 
 const Limit kLimits[] = {
-    {"Metas", Metas, qmx::kMaxMetas, "1000002:1: error: more than 1000000 metas; allowed: up to that"},
-    {"Entries", Entries, qmx::kMaxEntries, "1000002:1: error: more than 1000000 entries in meta 't'; allowed: up to that"},
+    {"Metas", Metas, qmx::kMaxMetas, "1000002:1: error: too many metas; allowed: at most 1000000"},
+    {"Entries", Entries, qmx::kMaxEntries, "1000002:1: error: too many entries in meta 't'; allowed: at most 1000000"},
     {"KeyMembers", Members, qmx::kMaxPrimaryKeyMembers, "2:66: error: the primary key has 32768 members; allowed: at most 32767"},
     {"Nesting", Nested, qmx::kMaxNesting, "2:39: error: meta 'm0' nests structures 129 levels deep; allowed: at most 128"},
-    {"NameBytes", Name, qmx::kMaxNameBytes, "2:13: error: 'name' has 65536 bytes; allowed: up to 65535"},
+    {"NameBytes", Name, qmx::kMaxNameBytes, "2:13: error: 'name' has 65536 bytes; allowed: at most 65535"},
     {"AttributeBytes", Attribute, qmx::kMaxAttributeBytes,
-     "2:28: error: 'customattr' has 16777217 bytes; allowed: up to 16777216"},
+     "2:28: error: 'customattr' has 16777217 bytes; allowed: at most 16777216"},
 };
 
 class LimitTest : public ToolTest, public testing::WithParamInterface<Limit> {};

@@ -59,7 +59,7 @@ TEST_F(LintTest, SettingsAreThoseOfCheck) {
   EXPECT_EQ(Korvelcheck({"lint", "large.xml", "--server-version", "3.29.0"}).exit_code, 0);
 }
 
-TEST_F(LintTest, ATlvSchemaIsAcceptedAsItself) {
+TEST_F(LintTest, AcceptsTlvSchema) {
   Write("tlv.xml", Library(5, {Table()}, "TLV"));
   EXPECT_EQ(Korvelcheck({"lint", "tlv.xml"}).exit_code, 0);
 }
@@ -84,7 +84,7 @@ TEST_F(LintTest, ErrorsOfEveryFileAreShown) {
   EXPECT_THAT(outcome.err, HasSubstr("\nkorvelcheck: missing.xml: No such file or directory\ntwo.xml:1:"));
 }
 
-TEST_F(LintTest, FileWithoutATableIsAnError) {
+TEST_F(LintTest, FileWithoutTableIsAnError) {
   Write("plain.xml", Library(5, {"<meta name=\"item\"><entry name=\"a\" type=\"int8\"/></meta>"}));
   ExpectInputError(Korvelcheck({"lint", "plain.xml", "old.xml", "plain.xml"}),
                    "korvelcheck: plain.xml: no table (a meta with a primary key)\n"

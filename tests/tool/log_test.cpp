@@ -1,4 +1,4 @@
-// The checker's log, as far as the program decides about it: whether, where, in which form, down to which level.
+// The checker's log: whether it is written, to which file, in which format, from which level.
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
@@ -34,7 +34,7 @@ constexpr char kRefusal[] = "The size of primarykey can't be modified! entry:'ui
 
 TEST_F(LogTest, LogsNothingByDefault) { EXPECT_EQ(CheckWide({}).err, ""); }
 
-TEST_F(LogTest, AMinusIsStandardError) {
+TEST_F(LogTest, MinusIsStandardError) {
   const Outcome outcome = CheckWide({"--log", "-"});
   EXPECT_EQ(outcome.exit_code, 1);
   EXPECT_THAT(outcome.out, testing::StartsWith("verdict: refused\n"));
@@ -46,7 +46,7 @@ TEST_F(LogTest, AMinusIsStandardError) {
   EXPECT_THAT(lines.back(), EndsWith(std::string(" CompareEntryValueField: ") + kRefusal));
 }
 
-TEST_F(LogTest, AFileIsAppendedTo) {
+TEST_F(LogTest, AppendsToFile) {
   Write("log", "first\n");
   const Outcome outcome = CheckWide({"--log", "log", "--log-level", "error"});
   EXPECT_EQ(outcome.exit_code, 1);
@@ -83,7 +83,7 @@ TEST_F(LogTest, LogsFromTheMinimumLevel) {
   EXPECT_EQ(levels("info"), (std::set<std::string>{"INFO", "WARN"}));
 }
 
-TEST_F(LogTest, TheLogDoesNotChangeTheReport) {
+TEST_F(LogTest, LogDoesNotChangeTheReport) {
   EXPECT_EQ(Korvelcheck({"check", "old.xml", "wide.xml", "--log", "-"}).out, Korvelcheck({"check", "old.xml", "wide.xml"}).out);
 }
 

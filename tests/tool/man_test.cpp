@@ -1,4 +1,4 @@
-// man: the manual page has every command and option that the program's help has, and troff has nothing to say against it.
+// man: the manual page contains every command and option of the program's help, and the formatters report no fault.
 #include <gmock/gmock.h>
 
 #include <regex>

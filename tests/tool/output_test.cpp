@@ -37,7 +37,7 @@ TEST_F(OutputTest, ClosedStandardOutputIsAnInternalError) {
 }
 
 // The log must not get the number of the closed stream: the report would end up in it.
-TEST_F(OutputTest, AClosedStandardOutputDoesNotReachTheLog) {
+TEST_F(OutputTest, ClosedStandardOutputDoesNotHarmTheLog) {
   const Outcome outcome =
       Korvelcheck(Call{.arguments = {"check", "old.xml", "wide.xml", "--log", "log"}, .output = Stream::kClosed});
   EXPECT_EQ(outcome.exit_code, 3);
@@ -53,7 +53,7 @@ TEST_F(OutputTest, WritesTheReportToAFile) {
 }
 
 // A report must not replace an input.
-TEST_F(OutputTest, AnInputIsNotReplaced) {
+TEST_F(OutputTest, DoesNotReplaceInput) {
   std::filesystem::create_symlink("old.xml", PathOf("link"));
   for (const char* name : {"old.xml", "./old.xml", "link", "wide.xml"}) {
     const std::string path = name;
@@ -81,9 +81,9 @@ TEST_F(OutputTest, RefusesDanglingLink) {
   }
 }
 
-TEST_F(OutputTest, AMinusIsStandardOutput) { ExpectVerdicts(CheckWideInto("-"), 1, kWideFinding); }
+TEST_F(OutputTest, MinusIsStandardOutput) { ExpectVerdicts(CheckWideInto("-"), 1, kWideFinding); }
 
-TEST_F(OutputTest, AFileIsReplaced) {
+TEST_F(OutputTest, ReplacesFile) {
   Write("report", std::string(5000, 'x'));
   CheckWideInto("report");
   EXPECT_EQ(Verdicts(Read("report")), kWideFinding);
@@ -96,7 +96,7 @@ TEST_F(OutputTest, PermissionBitsAreKept) {
   EXPECT_EQ(ModeOf("report"), 0640u);
 }
 
-TEST_F(OutputTest, ANewFileHasUsualPermissionBits) {
+TEST_F(OutputTest, NewFileHasUsualPermissionBits) {
   const mode_t mask = ::umask(027);
   CheckWideInto("report");
   ::umask(mask);
@@ -127,9 +127,9 @@ TEST_F(OutputTest, DevicesAreNotReplaced) {
 }
 
 // Its directory allowed the replacement.
-TEST_F(OutputTest, AWriteProtectedFileStays) {
+TEST_F(OutputTest, KeepsWriteProtectedFile) {
   const auto launcher = Unprivileged();
-  if (!launcher) GTEST_SKIP() << "the administrator writes everywhere";
+  if (!launcher) GTEST_SKIP() << "root may write everywhere";
   Write("report", "old");
   ::chmod(PathOf("report").c_str(), 0400);
   const Outcome outcome = CheckWideInto("report", *launcher);
@@ -138,9 +138,9 @@ TEST_F(OutputTest, AWriteProtectedFileStays) {
   EXPECT_EQ(Read("report"), "old");
 }
 
-TEST_F(OutputTest, AnUnwritableDirectoryKeepsTheOldFile) {
+TEST_F(OutputTest, UnwritableDirectoryKeepsTheOldFile) {
   const auto launcher = Unprivileged();
-  if (!launcher) GTEST_SKIP() << "the administrator writes everywhere";
+  if (!launcher) GTEST_SKIP() << "root may write everywhere";
   std::filesystem::create_directory(PathOf("sub"));
   Write("sub/report", "old");
   ::chmod(PathOf("sub").c_str(), 0500);

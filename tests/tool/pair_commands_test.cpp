@@ -87,7 +87,7 @@ TEST_F(PairCommandsTest, SortlistReportsResults) {
                 "");
 }
 
-TEST_F(PairCommandsTest, TheDestinationOfSortlistMayHaveAnotherName) {
+TEST_F(PairCommandsTest, DestinationOfSortlistMayHaveAnotherName) {
   WriteSortLists("ranks", 3, "ranks_new", 2);
   ExpectOutcome(Korvelcheck({"sortlist", "src.xml", "dst.xml", "--table", "ranks", "--dst-table", "ranks_new"}), 1,
                 "verdict: refused\n"
@@ -108,7 +108,7 @@ TEST_F(PairCommandsTest, ValuesAndSameNeedTheTableOnBothSides) {
   for (const char* command : {"values", "same"}) {
     ExpectInputError(Korvelcheck({command, "old.xml", "new.xml"}), "korvelcheck: table 'users' is not in new.xml\n");
     EXPECT_EQ(Korvelcheck({command, "old.xml", "new.xml", "--table", "orders"}).exit_code, 0);
-    EXPECT_EQ(Korvelcheck({command, "new.xml", "old.xml"}).exit_code, 0) << "tables of the second file alone are passed over";
+    EXPECT_EQ(Korvelcheck({command, "new.xml", "old.xml"}).exit_code, 0) << "tables only in the second file are skipped";
   }
 }
 

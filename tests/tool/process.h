@@ -32,8 +32,8 @@ struct Call {
   std::string input = {};                     // standard input
   bool input_closed = false;                  // the process starts without standard input
   Stream output = Stream::kCaptured;          // standard output
-  std::vector<std::string> environment = {};  // "NAME=value"; nothing else is handed on but the sanitizers' settings
-  std::function<void(pid_t)> meanwhile = {};  // called when the process, or its launcher, has started
+  std::vector<std::string> environment = {};  // "NAME=value"; only the settings of the sanitizers are passed on in addition
+  std::function<void(pid_t)> meanwhile = {};  // called after the process, or its launcher, has started
 };
 
 Outcome RunProgram(const Call& call);

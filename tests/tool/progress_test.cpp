@@ -59,7 +59,7 @@ TEST(Progress, IsDrawnOnATerminalAndClearedAtTheEnd) {
   EXPECT_THAT(seen, testing::EndsWith("\r\x1b[K"));
 }
 
-// A line that was too long wrapped, and the rest of it stayed.
+// Regression: a line that was too long wrapped, and its rest stayed on the screen.
 TEST(Progress, IsDrawnWhereItFits) {
   for (const auto columns : {std::uint16_t{45}, std::uint16_t{46}}) {
     Terminal terminal(columns);

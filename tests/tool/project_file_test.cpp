@@ -1,4 +1,4 @@
-// korvelcheck.toml: where it is found, what it sets, and every fault of one.
+// korvelcheck.toml: where it is found, what it sets, and all its faults.
 #include <gmock/gmock.h>
 
 #include "tool_test.h"
@@ -24,7 +24,7 @@ class ProjectFileTest : public ToolTest {
 
 constexpr char kList[] = "[defaults]\nlist-num = 77\n";
 
-TEST_F(ProjectFileTest, UsesTheNearestOneAbove) {
+TEST_F(ProjectFileTest, UsesTheNearestFileAbove) {
   std::filesystem::create_directories(PathOf("a/b/c"));
   Write("korvelcheck.toml", kList);
   Write("a/korvelcheck.toml", "[defaults]\nlist-num = 78\n");
@@ -65,7 +65,7 @@ TEST_F(ProjectFileTest, EverySettingIsRead) {
   EXPECT_THAT(Check().out, HasSubstr("\"whitelist\": \"a;b\""));
 }
 
-TEST_F(ProjectFileTest, AnEmptyOneSetsNothing) {
+TEST_F(ProjectFileTest, EmptyFileSetsNothing) {
   Write("korvelcheck.toml", "");
   EXPECT_EQ(Check().exit_code, 0);
 }
@@ -138,7 +138,7 @@ TEST_F(ProjectFileTest, ReportsAllFaultsInTheOrderOfTheFile) {
               testing::MatchesRegex("korvelcheck.toml:2:[^\n]+\nkorvelcheck.toml:4:[^\n]+\nkorvelcheck.toml:6:[^\n]+\n"));
 }
 
-// The link was ignored, and the file above was used, or none.
+// Regression: the link was ignored, and the file in a parent directory was used, or none.
 TEST_F(ProjectFileTest, DanglingLinkIsAnError) {
   std::filesystem::create_symlink("nowhere", PathOf("korvelcheck.toml"));
   ExpectInputError(Check(), "korvelcheck: korvelcheck.toml: No such file or directory\n");
@@ -160,7 +160,7 @@ TEST_F(ProjectFileTest, LocatesSyntaxErrors) {
   }
 }
 
-// The search for blanks promised the compiler that some characters never occur.
+// Regression: the parser assumes that some characters never occur where it looks for blanks.
 TEST_F(ProjectFileTest, ReportsCharactersAllowedOnlyInStrings) {
   struct Wrong {
     const char* text;
@@ -180,7 +180,7 @@ TEST_F(ProjectFileTest, ReportsCharactersAllowedOnlyInStrings) {
   EXPECT_EQ(Check().exit_code, 0);
 }
 
-// Some editors put it first.
+// Some editors write it at the start of a file.
 TEST_F(ProjectFileTest, SkipsByteOrderMark) {
   const std::string mark = "\xef\xbb\xbf";
   for (const char* text : {"", "\n", "[schemas]\npaths = []\n"}) {
@@ -194,7 +194,7 @@ TEST_F(ProjectFileTest, SkipsByteOrderMark) {
   ExpectFaults(mark.substr(0, 2), "korvelcheck.toml:1:1: error: Encountered EOF during incomplete utf-8 code point sequence\n");
 }
 
-TEST_F(ProjectFileTest, ADirectoryOfTheNameIsAnError) {
+TEST_F(ProjectFileTest, DirectoryWithTheNameIsAnError) {
   std::filesystem::create_directory(PathOf("korvelcheck.toml"));
   const Outcome outcome = Check();
   EXPECT_EQ(outcome.exit_code, 2);

@@ -46,7 +46,7 @@ TEST_F(SettingsTest, AttributesPrecedeTheLibrary) {
   EXPECT_EQ(Settings(), Expected("list", "tlv", 7));
 }
 
-TEST_F(SettingsTest, ASortedListIsAList) {
+TEST_F(SettingsTest, SortedListIsAList) {
   const std::string sort_field = "<entry name=\"rank\" id=\"2\" type=\"int32\" customattr2=\"sort=1\"/>";
   Write("old.xml", Library(5, {Table({.attributes = "TableType=SORTLIST;ListNum=3", .fields = sort_field})}));
   EXPECT_EQ(Settings(), Expected("list", "qmx", 3));
@@ -75,7 +75,7 @@ TEST_F(SettingsTest, MalformedAttributesGiveDefaults) {
 }
 
 // The settings reach the checker, and not only the report.
-TEST_F(SettingsTest, SettingsDecide) {
+TEST_F(SettingsTest, SettingsReachTheChecker) {
   WriteOld("", "QMX");
   Write("new.xml", Library(5, {Table({.attributes = "TableType=LIST;ListNum=7"})}));
   const std::vector<std::string> check = {"check", "old.xml", "new.xml"};

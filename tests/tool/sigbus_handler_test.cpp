@@ -1,5 +1,5 @@
 // A file that becomes shorter under several threads at once.
-#include "tool/io/fatal_handlers.h"
+#include "tool/io/exit.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@
 
 namespace {
 
-// Several threads read past the end of one image, and each printed the error.
+// Regression: several threads read past the end of one image, and each printed the error.
 [[noreturn]] void ReadPastTheEnd() {
   korvel::tool::InstallSigbusHandler();
   std::atomic<int> missing = 8;

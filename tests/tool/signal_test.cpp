@@ -19,7 +19,7 @@ class SignalTest : public ToolTest {};
 
 constexpr int kSignals[] = {SIGHUP, SIGINT, SIGTERM};
 
-TEST_F(SignalTest, EndsACallThatReads) {
+TEST_F(SignalTest, EndsCallThatReads) {
   ASSERT_EQ(::mkfifo(PathOf("pipe.xml").c_str(), 0600), 0);
   Write("report", "old");
   for (const int signal : kSignals) {
@@ -37,7 +37,7 @@ TEST_F(SignalTest, EndsACallThatReads) {
   }
 }
 
-TEST_F(SignalTest, EndsACallThatWaitsForAPipe) {
+TEST_F(SignalTest, EndsCallThatWaitsForPipe) {
   ASSERT_EQ(::mkfifo(PathOf("pipe.xml").c_str(), 0600), 0);
   const auto send = [](pid_t process) { ::kill(process, SIGINT); };
   const Outcome outcome = Korvelcheck(Call{.arguments = {"check", "old.xml", "pipe.xml"}, .meanwhile = send});
@@ -63,8 +63,8 @@ class Creation {
   int events_;
 };
 
-// The temporary file was left behind.
-TEST_F(SignalTest, WaitsForAFileThatIsBeingWritten) {
+// Regression: the temporary file was left behind.
+TEST_F(SignalTest, WaitsForFileThatIsBeingWritten) {
   std::vector<std::string> tables;
   for (int i = 0; i < 300; ++i) tables.push_back(Table({.name = "t" + std::to_string(i), .attributes = std::string(2000, 'x')}));
   Write("many.xml", Library(5, tables));
@@ -80,7 +80,7 @@ TEST_F(SignalTest, WaitsForAFileThatIsBeingWritten) {
       ::kill(process, signal);
     };
     const Outcome outcome = Korvelcheck(Call{.arguments = {"dump", "many.xml", "-o", "report"}, .meanwhile = send});
-    EXPECT_THAT(outcome.signal, testing::AnyOf(signal, 0)) << outcome.err;  // 0: it was the faster one
+    EXPECT_THAT(outcome.signal, testing::AnyOf(signal, 0)) << outcome.err;  // 0: it finished before the signal
     EXPECT_EQ(Files(), files);
     EXPECT_TRUE(Read("report") == Read("whole"));
   }

@@ -1,8 +1,8 @@
 #!/bin/sh
 # Limits the instructions that the released tool needs to start: tests/tool/startup.sh PROGRAM
 #
-# The usual call checks one table of 20 fields before a commit: it ends sooner than a loader of shared libraries would have
-# resolved its names.
+# A typical call checks one table of 20 fields before a commit: it finishes before a loader of shared libraries would have
+# resolved the program's symbols.
 set -eu
 program=${1:?usage: tests/tool/startup.sh PROGRAM}
 . "$(dirname "$0")/instructions.sh"
@@ -18,7 +18,7 @@ at_most() {
 }
 
 if readelf --dynamic --program-headers "$program" | grep -E '\(NEEDED\)|INTERP'; then
-  echo 'the program needs what stands above; allowed: no shared library'
+  echo 'the program needs the shared libraries listed above; allowed: none'
   status=1
 fi
 

@@ -36,7 +36,7 @@ const ToolMessage kSaid[] = {
 
 class StreamsTest : public ToolTest {
  protected:
-  // Passes every call that prints something to `expect`, with its usual outcome.
+  // Calls `expect` for every call that prints something, with its usual outcome.
   template <class Expect>
   void ForEachCall(Expect expect) const {
     for (const ToolMessage& said : kSaid) {
@@ -85,7 +85,7 @@ Call Redirected(const std::vector<std::string>& arguments, const std::string& re
   return {.arguments = arguments, .launcher = {"/bin/sh", "-c", "exec \"$0\" \"$@\" " + redirections}};
 }
 
-// A file opened next would get the number of the closed stream, and be complained into.
+// A file opened next would get the number of the closed stream, and error messages would go there.
 TEST_F(StreamsTest, ClosedStreamsHarmNoFile) {
   ExpectOutcome(Korvelcheck(Redirected({"check", "old.xml", "wide.xml", "-o", "report"}, "<&- >&- 2>&-")), 1, "", "");
   EXPECT_EQ(Verdicts(Read("report")), kWideFinding);

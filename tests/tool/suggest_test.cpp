@@ -59,7 +59,7 @@ class SuggestTest : public ToolTest {
     return after;
   }
 
-  // Requires that the suggestion is allowed and the same as patch and as file. `old.xml` and `new.xml` are in the directory.
+  // Requires that the suggestion is allowed, and that patch and whole file agree. `old.xml` and `new.xml` are in the directory.
   void ExpectSuggestion(const std::vector<std::string>& options) const {
     const Outcome file = Run("suggest", {"old.xml", "new.xml", "--file"}, options);
     ASSERT_EQ(file.exit_code, 0) << file.err;
@@ -174,7 +174,7 @@ TEST_F(SuggestTest, TablesThatShareAStructureAgree) {
                 "");
 }
 
-// A table that embeds a structure again takes it as the other one may have it by now.
+// A table that embeds a structure uses it as the suggestion for the other table left it.
 TEST_F(SuggestTest, RestoredStructureKeepsAllowedRemovals) {
   const auto library = [](const std::string& item, const std::string& prize) {
     return Library(5, {"<meta name=\"item\"><entry name=\"sku\" type=\"int32\"/>" + item + "</meta>",
@@ -204,7 +204,7 @@ TEST_F(SuggestTest, ReportsNothingToFix) {
   ExpectOutcome(Korvelcheck({"suggest", "old.xml", "same.xml", "--file"}), 0, Read("same.xml"), said);
 }
 
-TEST_F(SuggestTest, ATableWithoutSuggestionIsNamedAndNothingIsPrinted) {
+TEST_F(SuggestTest, NamesTableWithoutSuggestionAndPrintsNothing) {
   Write("old.xml", Library(5, {Table({.fields = "<entry name=\"a-b\" type=\"int8\"/>"}), Table({.name = "users"})}));
   Write("new.xml", Library(5, {Table({.key_type = "int8", .fields = "<entry name=\"a-b\" type=\"int8\"/>"}),
                                Table({.name = "users", .key_type = "int8"})}));

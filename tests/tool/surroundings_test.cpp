@@ -1,7 +1,7 @@
 // Unusual environments and limits: the result is the usual one, or an error that names the cause.
 #include <gmock/gmock.h>
 
-#include "base/quote.h"
+#include "base/text.h"
 #include "tool_test.h"
 #include "unprivileged.h"
 
@@ -64,7 +64,7 @@ TEST_F(SurroundingsTest, AcceptsNamesThatAreNotUtf8) {
   }
 }
 
-// Such a file never ends: its first bytes are enough.
+// Such a file never ends: reading stops after its first bytes.
 TEST_F(SurroundingsTest, RefusesEndlessFileThatIsNotASchema) {
   ExpectInputError(Korvelcheck({"lint", "/dev/zero"}), "/dev/zero:1:1: error: a zero byte; allowed: text in UTF-8\n");
   const Outcome outcome = Behind("yes 'no schema' | \"$0\" \"$@\"", {"lint", "-"});
@@ -75,12 +75,12 @@ TEST_F(SurroundingsTest, RefusesEndlessFileThatIsNotASchema) {
 TEST_F(SurroundingsTest, ReportsFileWithoutReadPermission) {
   std::filesystem::permissions(PathOf("old.xml"), std::filesystem::perms::none);
   const auto launcher = Unprivileged();
-  if (!launcher) GTEST_SKIP() << "the administrator reads every file";
+  if (!launcher) GTEST_SKIP() << "root may read every file";
   ExpectInputError(Korvelcheck(Call{.arguments = {"check", "old.xml", "same.xml"}, .launcher = *launcher}),
                    "korvelcheck: old.xml: Permission denied\n");
 }
 
-// A table of structures within structures, the innermost with a field of this type.
+// A table with nested structures, the innermost of which has a field of this type.
 std::string Nested(int structures, const std::string& innermost) {
   std::vector<std::string> metas;
   std::string type = innermost;
@@ -92,18 +92,18 @@ std::string Nested(int structures, const std::string& innermost) {
   return Library(5, metas);
 }
 
-// Structures are as deep as they may be, lists of the project file deeper.
+// Structures have the maximum depth, lists of the project file are deeper.
 TEST_F(SurroundingsTest, NeedsOnlyASmallStack) {
   if (KORVEL_SANITIZED) GTEST_SKIP() << "sanitizers need more stack";
   Write("deep.xml", Nested(127, "int32"));
   Write("changed.xml", Nested(127, "int16"));
   Write("deeper.xml", Nested(128, "int32"));
   Write("list.toml", "a = " + std::string(100'000, '['));
-  struct Asked {
+  struct Call {
     std::vector<std::string> arguments;
     int exit_code;
   };
-  const Asked kAsked[] = {
+  const Call kCalls[] = {
       {{"check", "deep.xml", "changed.xml", "--format", "json"}, 1},
       {{"check", "deep.xml", "changed.xml", "--format", "html"}, 1},
       {{"suggest", "deep.xml", "changed.xml"}, 0},
@@ -115,7 +115,7 @@ TEST_F(SurroundingsTest, NeedsOnlyASmallStack) {
       {{"lint", "deeper.xml"}, 2},
       {{"check", "old.xml", "same.xml", "--project", "list.toml"}, 2},
   };
-  for (const auto& [arguments, exit_code] : kAsked) {
+  for (const auto& [arguments, exit_code] : kCalls) {
     const Outcome outcome = Behind(Limited("-s 256"), arguments);  // KiB
     EXPECT_EQ(outcome.exit_code, exit_code) << testing::PrintToString(arguments) << outcome.signal << outcome.err;
   }
@@ -149,20 +149,20 @@ TEST_F(SurroundingsTest, ReportsOutOfMemoryAtEveryLimit) {
   Write("report", "old");
   const std::vector<std::string> check = {"check", "old.xml", "new.xml", "-o", "report"};
   const std::vector<std::string> files = Files();
-  int told = 0;
+  int reported = 0;
   for (int limit = 2 << 10;; limit += 512) {  // KiB
-    ASSERT_LT(limit, 4 << 20) << "it never is";
+    ASSERT_LT(limit, 4 << 20) << "no limit is enough";
     const std::string limited = Limited("-v " + std::to_string(limit));
-    if (Behind(limited, {"--version"}).exit_code != 0) continue;  // not loaded, or not even the shell is
+    if (Behind(limited, {"--version"}).exit_code != 0) continue;  // the program could not be loaded, or not even the shell
     const Outcome outcome = Behind(limited, check);
     ASSERT_EQ(Files(), files);
     if (outcome.exit_code == 0) break;
     ASSERT_EQ(outcome.exit_code, 3) << limit << " " << outcome.signal << outcome.err;
     ASSERT_THAT(outcome.err, AnyOf("korvelcheck: out of memory\n", "korvelcheck: out of memory, or an internal error\n"));
     ASSERT_EQ(Read("report"), "old");
-    ++told;
+    ++reported;
   }
-  EXPECT_GT(told, 3);
+  EXPECT_GT(reported, 3);
   EXPECT_THAT(Read("report"), HasSubstr("0 tables refused, 2000 allowed"));
 }
 

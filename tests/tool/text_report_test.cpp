@@ -1,4 +1,4 @@
-// The text report: one line stays one line, colors on request. The tests of each command test its contents.
+// The text report: one line stays one line, colors on request. Its contents are tested with each command.
 #include <gmock/gmock.h>
 
 #include "tool_test.h"
@@ -18,7 +18,7 @@ class TextReportTest : public ToolTest {
 
 constexpr char kEscape[] = "\x1b";
 
-// A table's name may hold anything a character reference can bring in.
+// The name of a table may contain any character, by a character reference.
 TEST_F(TextReportTest, NamesDoNotBreakLines) {
   const std::string name = "a&#10;b&#9;c&#13;d&#x85;e&#x7f;f&#x2028;g\xc3\xa9";
   Write("odd.xml", Library(5, {Table({.name = name})}));
@@ -40,8 +40,8 @@ TEST_F(TextReportTest, PathsDoNotBreakLines) {
   EXPECT_THAT(Korvelcheck({"lint", "a\nb.xml"}).out, HasSubstr("\na\\nb.xml:2:1: allowed: table orders\n"));
 }
 
-// A field that moved to the front is no longer preceded by another one: it was taken for a removed one, and reported at its old
-// location.
+// Regression: a field that moved to the front is not preceded by another one, so it was taken for a removed field and reported at
+// its old location.
 TEST_F(TextReportTest, LocatesMovedItemsInTheNewFile) {
   const std::string note = "<entry name=\"note\" type=\"int8\"/>";
   Write("old.xml", Library(5, {Table({.fields = "<entry name=\"zone\" type=\"int8\"/>" + note})}));
@@ -53,7 +53,7 @@ TEST_F(TextReportTest, LocatesMovedItemsInTheNewFile) {
               AllOf(HasSubstr("\nnew.xml:2:21: refused [field.order]"), HasSubstr("\n  was: old.xml:2:")));
 }
 
-// Percent signs of names pass through the checker's formats unharmed.
+// Percent signs in names are not changed by the checker's format strings.
 TEST_F(TextReportTest, PercentSignsAreKept) {
   Write("old.xml", Library(5, {Table({.name = "%s%n%d"})}));
   Write("new.xml", Library(5, {Table({.name = "%s%n%d", .key_type = "uint8"})}));
@@ -74,7 +74,7 @@ TEST_F(TextReportTest, DisablesColorOnRequest) {
   EXPECT_THAT(OnTerminal({"TERM=xterm", "NO_COLOR=1"}).out, Not(HasSubstr(kEscape)));
   EXPECT_THAT(OnTerminal({"TERM=dumb"}).out, Not(HasSubstr(kEscape)));
   EXPECT_THAT(OnTerminal({}).out, Not(HasSubstr(kEscape)));
-  EXPECT_THAT(OnTerminal({"TERM=xterm", "NO_COLOR="}).out, HasSubstr(kEscape)) << "an empty NO_COLOR asks for nothing";
+  EXPECT_THAT(OnTerminal({"TERM=xterm", "NO_COLOR="}).out, HasSubstr(kEscape)) << "an empty NO_COLOR has no effect";
 }
 
 TEST_F(TextReportTest, DoesNotColorFilesAndPipes) {

@@ -1,4 +1,4 @@
-// Tests of permissions, which do not hold for the administrator, as whom they may be run.
+// For tests of permissions, which do not apply to root.
 #pragma once
 
 #include <optional>
@@ -7,7 +7,7 @@
 
 namespace tool_test {
 
-// What starts the program so that permissions of files hold for it: nothing for most users. nullopt where that cannot be had.
+// A launcher with which file permissions apply to the program; empty for most users. nullopt if there is none.
 std::optional<std::vector<std::string>> Unprivileged();
 
 }  // namespace tool_test

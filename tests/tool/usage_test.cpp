@@ -43,7 +43,7 @@ TEST_F(UsageTest, HelpShowsOnlyTheOptionsThatACommandTakes) {
   EXPECT_THAT(Korvelcheck({"dump", "--help"}).out, Not(HasSubstr("--log")));
 }
 
-// As they are typed: whether a value is taken for an option of its own shows at a glance.
+// As they are typed, so that it is visible whether a value is taken for an option.
 TEST_F(UsageTest, HelpShowsValuesOfOptions) {
   const std::string check = Korvelcheck({"check", "--help"}).out;
   EXPECT_THAT(check, HasSubstr("\n  --project FILE              project file; "));
@@ -79,6 +79,9 @@ TEST_F(UsageTest, WrongOptionsAreRefusedBeforeAnyFileIsRead) {
       {{"check"}, "OLD and NEW are required, or --against"},
       {{"check", "no.xml"}, "NEW is required"},
       {{"check", "a", "b", "c"}, "unexpected argument 'c'"},
+      {{"check", "a", "--project", "none.toml"}, "NEW is required"},
+      {{"check", "a", "b", "c", "--project", "none.toml"}, "unexpected argument 'c'"},
+      {{"check", "-", "-", "--project", "none.toml"}, "'-' (standard input) is given twice; allowed: once"},
       {{"check", "--tabel", "x", "a", "b"}, "unknown option '--tabel' (did you mean '--table'?)"},
       {{"check", "--tabel=x", "a"}, "unknown option '--tabel' (did you mean '--table'?)"},
       {{"check", "a", "b", "-x"}, "unknown option '-x'"},
@@ -126,19 +129,19 @@ TEST_F(UsageTest, ServerVersionsAreNumbersJoinedByDots) {
   }
 }
 
-TEST_F(UsageTest, AnOptionGivenTwiceIsRefused) {
+TEST_F(UsageTest, RefusesOptionGivenTwice) {
   ExpectInputError(Korvelcheck({"check", "old.xml", "same.xml", "--type", "list", "--type", "generic"}),
                    "korvelcheck: check: --type is given more than once; allowed: once\nTry 'korvelcheck check --help'.\n");
 }
 
-TEST_F(UsageTest, OptionsStandAnywhere) {
+TEST_F(UsageTest, OptionsMayBeAnywhere) {
   const std::string out = Korvelcheck({"check", "old.xml", "same.xml", "--format", "json", "--table", "users"}).out;
   EXPECT_THAT(out, HasSubstr("\"users\""));
   EXPECT_EQ(Korvelcheck({"check", "--table", "users", "old.xml", "--format=json", "same.xml"}).out, out);
   EXPECT_EQ(Korvelcheck({"check", "--format", "json", "--table=users", "--", "old.xml", "same.xml"}).out, out);
 }
 
-// A terminal must not obey a file name.
+// A terminal must not interpret control characters in a file name.
 TEST_F(UsageTest, EscapesOddArguments) {
   ExpectInputError(Korvelcheck({"lint", ""}), "korvelcheck: '': No such file or directory\n");
   ExpectInputError(Korvelcheck({"lint", "a\nb\x1b[31m"}), "korvelcheck: a\\nb\\x1b[31m: No such file or directory\n");

@@ -1,4 +1,4 @@
-// Waivers of the project file: which findings they match, until when, and faults in them. And 'waive'.
+// Waivers of the project file: which findings they match, until when, their faults; the command `waive`.
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -50,7 +50,7 @@ class WaiverTest : public GitTest {
   }
 };
 
-TEST_F(WaiverTest, AWaivedTableDoesNotFailTheCall) {
+TEST_F(WaiverTest, WaivedTableDoesNotFailTheCall) {
   EXPECT_EQ(Check().exit_code, 1);
   Waive("fingerprint = \"" + Fingerprint() + "\"\nreason = \"the table is empty\"\nuntil = 2026-01-01\n");
   const Outcome outcome = Check();
@@ -94,6 +94,15 @@ TEST_F(WaiverTest, ExpiredWaiverHasNoEffect) {
   EXPECT_EQ(outcome.exit_code, 1);
   EXPECT_EQ(About(outcome), "waiver.expired: the waiver of " + fingerprint + " expired on 2025-12-31\n");
   EXPECT_EQ(Run({"check", "old.xml", "same.xml"}).exit_code, 1);
+}
+
+// Regression: a time behind the year 2262 overflowed into the past, where no waiver has expired.
+TEST_F(WaiverTest, ExpiresAtAnyTimeThatReplacesTheClock) {
+  Waive("fingerprint = \"" + Fingerprint() + "\"\nreason = \"r\"\nuntil = 2027-01-31\n");
+  for (const char* seconds : {"1801600000", "9223372036", "9223372037", "253402300799"}) {
+    environment_.back() = std::string("SOURCE_DATE_EPOCH=") + seconds;
+    EXPECT_EQ(Check().exit_code, 1) << seconds;
+  }
 }
 
 TEST_F(WaiverTest, OnlyANumberReplacesTheClock) {
@@ -143,7 +152,7 @@ TEST_F(WaiverTest, SecondWaiverForOneFindingIsAFinding) {
             "waiver.malformed: invalid waiver: korvelcheck.toml:1 already has a waiver for this finding; allowed: one\n");
 }
 
-// The finding has the same fingerprint in both, but lint did not heed the waiver.
+// Regression: the finding has the same fingerprint in both, but lint ignored the waiver.
 TEST_F(WaiverTest, LintAppliesWaivers) {
   Write("odd.xml", Library(5, {Table({.fields = "<entry name=\"2nd\" type=\"int8\"/>"})}));
   EXPECT_EQ(Run({"lint", "odd.xml"}).exit_code, 1);
@@ -228,7 +237,7 @@ TEST_F(WaiverTest, DoesNotChangeInvalidProjectFile) {
 }
 
 // A limit on the size of files fails the write itself, for every user.
-TEST_F(WaiverTest, AFailedWriteKeepsTheOldFile) {
+TEST_F(WaiverTest, FailedWriteKeepsTheOldFile) {
   const std::string before = "# " + std::string(2000, '.') + "\n";
   Write("korvelcheck.toml", before);
   const std::vector<std::string> files = Files();

@@ -4,7 +4,7 @@
 #include <functional>
 #include <utility>
 
-#include "base/longest_increasing.h"
+#include "base/alignment.h"
 
 namespace korvel {
 

@@ -3,7 +3,7 @@
 
 #include <array>
 
-#include "base/one_line.h"
+#include "base/text.h"
 
 namespace korvel {
 namespace {

@@ -2,8 +2,6 @@
 #include "analysis/findings/edit_set_checker.h"
 
 #include <algorithm>
-#include <string>
-#include <string_view>
 
 namespace korvel {
 
@@ -21,37 +19,11 @@ EditSet EditSetChecker::With(const EditSet& base, const std::vector<std::size_t>
   return set;
 }
 
-namespace {
-
-// The rule whose text lists all oversized fields, and the part of the text before the list.
-constexpr std::string_view kOversizedRule = "length.limit";
-constexpr std::string_view kOversizedHead = "ERR_ENTRY_LEN;";
-
-// The list "a|b|" of a refusal for oversized fields; empty for other refusals.
-std::string_view OversizedFields(const Verdict& verdict) {
-  if (verdict.rule != kOversizedRule) return {};
-  return std::string_view(verdict.text).substr(kOversizedHead.size());
-}
-
-// Whether a refusal lists some of the oversized fields of another one and no others.
-bool ListsNoOthers(const Verdict& known, const Verdict& verdict) {
-  const std::string all = "|" + std::string(OversizedFields(known));
-  std::string_view rest = OversizedFields(verdict);
-  if (rest.empty() || all.size() == 1) return false;
-  while (!rest.empty()) {
-    const std::size_t length = rest.find('|') + 1;
-    if (all.find("|" + std::string(rest.substr(0, length))) == std::string::npos) return false;
-    rest.remove_prefix(length);
-  }
-  return true;
-}
-
-}  // namespace
-
 bool EditSetChecker::Refuses(const CheckAnswer& answer) const {
   if (!answer || !answer->Refused()) return false;
-  return std::ranges::none_of(preexisting_,
-                              [&](const Verdict& known) { return SameRefusal(known, *answer) || ListsNoOthers(known, *answer); });
+  return std::ranges::none_of(preexisting_, [&](const Verdict& known) {
+    return SameRefusal(known, *answer) || (input_.covers && input_.covers(known, *answer));
+  });
 }
 
 namespace {

@@ -49,9 +49,10 @@ struct Finding {
 };
 
 enum class EditStatus : std::uint8_t {
-  kAllowed,  // in the set of edits that the checker allowed together
-  kRefused,  // in a finding
-  kBlocked,  // needs a refused edit, or was not checked because the search stopped
+  kAllowed,     // in the set of edits that the checker allowed together
+  kRefused,     // in a finding
+  kBlocked,     // needs a refused edit
+  kNotChecked,  // left out because the search stopped at the limit of findings
 };
 
 // What changed in one table, and what of it the checker refuses.
@@ -61,7 +62,7 @@ struct Changes {
   std::vector<Finding> findings;   // empty if and only if the whole change is allowed
   // The verdict about the old schema with all allowed edits and no others. Refused only if the refusal is pre-existing.
   Verdict allowed_together;
-  bool stopped = false;  // the limit of findings was reached: edits that were not checked are kBlocked
+  bool stopped = false;  // the limit of findings was reached
 };
 
 // 16 hexadecimal digits: a hash of a text. Stored in project files: do not change.

@@ -14,20 +14,18 @@
 namespace korvel {
 namespace {
 
-// What the checker is run on.
-struct CheckContext {
-  const Source& old_source;
-  const Source& new_source;
-  const std::string& table;
-  const Settings& settings;
-};
-
 Location LocationOf(const Source& source, const std::string& table) {
   return source.HasMeta(table) ? DeclaredAt(source, table) : Location{&source, {}, {}};
 }
 
+// The old schema against itself.
+Verdict CheckUnchanged(const TableContext& context) {
+  const LPQMXMETALIB library = context.old_source.Library();
+  return RunChecker(library, library, context.table, context.settings);
+}
+
 // A finding without edits, about the table as a whole.
-Finding AboutTable(const CheckContext& context, const Verdict& verdict) {
+Finding AboutTable(const TableContext& context, const Verdict& verdict) {
   Finding finding;
   finding.verdict = verdict;
   finding.path = context.table;
@@ -107,7 +105,7 @@ Location NameLocation(const Source& source, const Model& model, const std::strin
   return {&source, {qmx::ElementId::Kind::kEntry, meta, *entry}, "name"};
 }
 
-Finding AboutBadField(const CheckContext& context, const Difference& difference, const BadField& field) {
+Finding AboutBadField(const TableContext& context, const Difference& difference, const BadField& field) {
   if (field.edit) {
     Finding finding = AboutEdits(difference.edits(), {*field.edit}, field.verdict);
     finding.new_location.attribute = "name";
@@ -122,7 +120,7 @@ Finding AboutBadField(const CheckContext& context, const Difference& difference,
 
 // --- The search ---
 
-std::vector<CheckAnswer> CheckAll(const CheckContext& context, const Difference& difference, const std::vector<EditSet>& sets) {
+std::vector<CheckAnswer> CheckAll(const TableContext& context, const Difference& difference, const std::vector<EditSet>& sets) {
   const std::size_t size = context.old_source.metalib.size() + context.new_source.metalib.size();
   std::vector<CheckAnswer> answers(sets.size());
   ForEach(sets.size(), size < kWorthAThread ? 1 : std::thread::hardware_concurrency(), [&](std::size_t i) {
@@ -147,7 +145,7 @@ std::vector<std::vector<std::size_t>> ClustersOf(const std::vector<Edit>& edits)
   return clusters;
 }
 
-SearchResult SearchEdits(const CheckContext& context, const Difference& difference, const std::vector<BadField>& bad_fields,
+SearchResult SearchEdits(const TableContext& context, const Difference& difference, const std::vector<BadField>& bad_fields,
                          std::size_t limit) {
   SearchInput input;
   for (std::size_t i = 0; i < difference.edits().size(); ++i) input.needs.push_back(difference.Needs(i));
@@ -155,6 +153,7 @@ SearchResult SearchEdits(const CheckContext& context, const Difference& differen
   for (BadName& bad : FindBadNames(context.table, FieldNames(difference.old_model()), limit)) {
     input.preexisting.push_back(std::move(bad.verdict));
   }
+  input.covers = ListsNoOtherOversizedField;
   input.known_refused.resize(input.needs.size());
   for (const BadField& field : bad_fields) {
     if (field.edit) input.known_refused[*field.edit] = true;
@@ -180,21 +179,27 @@ void AddOrReplace(std::vector<Finding>& findings, Finding finding) {
 
 // If the schema with the allowed edits is still refused, for a pre-existing reason, and no finding about a name says so, adds a
 // finding about the table.
-void AddPreexisting(const CheckContext& context, const CheckAnswer& together, std::vector<Finding>& findings) {
+void AddPreexisting(const TableContext& context, const CheckAnswer& together, std::vector<Finding>& findings) {
   if (!together || !together->Refused()) return;
   const bool is_known = std::ranges::any_of(findings, [&](const Finding& one) { return IsSame(one, {}, *together); });
   if (!is_known) findings.insert(findings.begin(), AboutTable(context, *together));
 }
 
-std::vector<EditStatus> StatusesOf(const EditSet& allowed, const std::vector<Finding>& findings) {
-  std::vector<EditStatus> status(allowed.size(), EditStatus::kBlocked);
-  for (const Finding& finding : findings) {
+void SetStatuses(const Difference& difference, const EditSet& allowed, Changes& changes) {
+  std::vector<EditStatus>& status = changes.status;
+  status.assign(allowed.size(), changes.stopped ? EditStatus::kNotChecked : EditStatus::kBlocked);
+  for (const Finding& finding : changes.findings) {
     for (const std::size_t edit : finding.edits) status[edit] = EditStatus::kRefused;
   }
   for (std::size_t i = 0; i < allowed.size(); ++i) {
     if (allowed[i]) status[i] = EditStatus::kAllowed;
   }
-  return status;
+  if (!changes.stopped) return;
+  const auto is_refused = [&](std::size_t edit) { return status[edit] == EditStatus::kRefused; };
+  for (std::size_t i = 0; i < allowed.size(); ++i) {
+    const bool is_left = status[i] == EditStatus::kNotChecked;
+    if (is_left && std::ranges::any_of(difference.Needs(i), is_refused)) status[i] = EditStatus::kBlocked;
+  }
 }
 
 std::vector<std::size_t> AllOf(const std::vector<Edit>& edits) {
@@ -204,15 +209,14 @@ std::vector<std::size_t> AllOf(const std::vector<Edit>& edits) {
 }
 
 // Images may contain more than schema files can express. The checker may refuse that although it is no edit.
-void AddWholeChange(const CheckContext& context, const Verdict& whole, Changes& changes) {
+void AddWholeChange(const TableContext& context, const Verdict& whole, Changes& changes) {
   changes.findings.push_back(changes.edits.empty() ? AboutTable(context, whole)
                                                    : AboutEdits(changes.edits, AllOf(changes.edits), whole));
   changes.status.assign(changes.edits.size(), EditStatus::kRefused);
-  changes.allowed_together =
-      RunChecker(context.old_source.Library(), context.old_source.Library(), context.table, context.settings);
+  changes.allowed_together = CheckUnchanged(context);
 }
 
-void AddFindings(const CheckContext& context, const Difference& difference, const Verdict& whole, std::size_t limit,
+void AddFindings(const TableContext& context, const Difference& difference, const Verdict& whole, std::size_t limit,
                  Changes& changes) {
   const std::vector<BadField> bad_fields = FindBadFields(difference, context.table, limit);
   SearchResult found = SearchEdits(context, difference, bad_fields, limit);
@@ -224,35 +228,33 @@ void AddFindings(const CheckContext& context, const Difference& difference, cons
   AddPreexisting(context, found.together, changes.findings);
   changes.stopped = found.stopped || changes.findings.size() > limit;
   if (changes.findings.size() > limit) changes.findings.resize(limit);
-  changes.status = StatusesOf(found.allowed, changes.findings);
+  SetStatuses(difference, found.allowed, changes);
   if (found.together) changes.allowed_together = *found.together;
   if (changes.findings.empty()) AddWholeChange(context, whole, changes);
 }
 
 }  // namespace
 
-Changes FindChanges(const Difference& difference, const Source& old_source, const Source& new_source, const std::string& table,
-                    const Settings& settings, const Verdict& whole, std::size_t max_findings) {
+Changes FindChanges(const TableContext& context, const Difference& difference, const Verdict& whole, std::size_t max_findings) {
   Changes changes;
   changes.edits = difference.edits();
   if (whole.Refused()) {
-    AddFindings({old_source, new_source, table, settings}, difference, whole, max_findings, changes);
+    AddFindings(context, difference, whole, max_findings, changes);
   } else {
     changes.status.assign(changes.edits.size(), EditStatus::kAllowed);
   }
   for (Finding& finding : changes.findings) {
-    finding.fingerprint = FingerprintOf(old_source.LibraryName(), finding, changes.edits);
+    finding.fingerprint = FingerprintOf(context.old_source.LibraryName(), finding, changes.edits);
   }
   return changes;
 }
 
-Changes FindRemovedTable(const Source& old_source, const Source& new_source, const std::string& table, const Settings& settings,
-                         const Verdict& whole) {
+Changes FindRemovedTable(const TableContext& context, const Verdict& whole) {
   Changes changes;
-  changes.findings.push_back(AboutTable({old_source, new_source, table, settings}, whole));
-  changes.allowed_together = RunChecker(old_source.Library(), old_source.Library(), table, settings);
+  changes.findings.push_back(AboutTable(context, whole));
+  changes.allowed_together = CheckUnchanged(context);
   Finding& finding = changes.findings.front();
-  finding.fingerprint = FingerprintOf(old_source.LibraryName(), finding, {});
+  finding.fingerprint = FingerprintOf(context.old_source.LibraryName(), finding, {});
   return changes;
 }
 

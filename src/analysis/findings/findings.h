@@ -4,27 +4,24 @@
 #pragma once
 
 #include <cstddef>
-#include <string>
 
 #include "analysis/diff/diff.h"
 #include "analysis/findings/finding.h"
 #include "base/limits.h"
-#include "schema/settings.h"
+#include "schema/table_context.h"
 
 namespace korvel {
 
 // Divides the change of a table into allowed, refused and blocked edits. `whole` is the verdict about the whole change; if it
 // allows the change, all edits are allowed and the checker is not run. Suggestions, fixes and waivers are left empty. Stops after
-// `max_findings`, at least 1. Runs the checker about (findings) x log(edits) times, in parallel for large schemas.
-// REQUIRES: both sources have the table; every member of `settings` is set.
+// `max_findings`, at least 1; what is left then is kNotChecked. Runs the checker about (findings) x log(edits) times, in parallel
+// for large schemas. REQUIRES: both sources have the table; the difference is theirs.
 //
 // The verdict of a finding is the checker's verdict about the old schema with its edits and what they need, and no others. One
 // exception: if another rule hides a bad field name, its verdict is about a table with only such a field (FindBadNames).
-Changes FindChanges(const Difference& difference, const Source& old_source, const Source& new_source, const std::string& table,
-                    const Settings& settings, const Verdict& whole, std::size_t max_findings);
+Changes FindChanges(const TableContext& context, const Difference& difference, const Verdict& whole, std::size_t max_findings);
 
 // The same for a table that the new source does not have: one finding without edits.
-Changes FindRemovedTable(const Source& old_source, const Source& new_source, const std::string& table, const Settings& settings,
-                         const Verdict& whole);
+Changes FindRemovedTable(const TableContext& context, const Verdict& whole);
 
 }  // namespace korvel

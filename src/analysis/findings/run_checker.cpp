@@ -3,27 +3,18 @@
 #include "analysis/findings/run_checker.h"
 
 #include <span>
+#include <string_view>
 
 #include "common/catalog.h"
+#include "common/refusals.h"
 #include "qmx/qmx_builder.h"
 #include "schema/setting_values.h"
-#include "vesk/log_category.h"
+#include "vesk/closed_category.h"
 
 namespace korvel {
 namespace {
 
 constexpr char kKey[] = "k";  // a valid name
-
-// Settings with which no rule but that of field names applies.
-Settings PlainSettings() {
-  Settings settings;
-  settings.type = CodeOf(kTableTypes, "generic");
-  settings.created_as = CodeOf(kProtocols, "qmx");
-  settings.server_version = "";
-  settings.whitelist = "";
-  settings.list_num = 0;
-  return settings;
-}
 
 // The verdict about a table with these fields, compared with itself.
 Verdict CheckNames(const std::string& table, std::span<const std::string> names) {
@@ -36,7 +27,9 @@ Verdict CheckNames(const std::string& table, std::span<const std::string> names)
   builder.SetPrimaryKey({kKey});
   const qmx::BuildResult built = builder.Finish();
   const LPQMXMETALIB library = built.metalib.value().get();
-  return RunChecker(library, library, table, PlainSettings());
+  // With these settings no rule but that of field names applies.
+  const Settings settings{.type = *CodeOf(kTableTypes, "generic"), .created_as = *CodeOf(kProtocols, "qmx")};
+  return RunChecker(library, library, table, settings);
 }
 
 // `first` is the position of the first of `names` in the whole list.
@@ -54,6 +47,13 @@ void Collect(const std::string& table, std::span<const std::string> names, std::
   Collect(table, names.subspan(half), first + half, limit, found);
 }
 
+// The list "a|b|" in the text of a refusal for oversized fields; empty for other refusals.
+std::string_view OversizedFields(const Verdict& verdict) {
+  const RefusalRow& row = kOversized;
+  if (verdict.rule != row.id) return {};
+  return std::string_view(verdict.text).substr(std::string_view(row.text).find('%'));
+}
+
 }  // namespace
 
 Verdict VerdictOf(int code, const ModifyTable& checker) {
@@ -67,11 +67,23 @@ Verdict VerdictOf(int code, const ModifyTable& checker) {
 
 Verdict RunChecker(LPQMXMETALIB old_library, LPQMXMETALIB new_library, const std::string& table, const Settings& settings) {
   // Field lengths are checked only if there is a log category.
-  const std::unique_ptr<vesk::LogCategory> log = vesk::LogCategory::Closed();
+  vesk::ClosedCategory log;
   ModifyTable checker;
-  const int code = checker.KorvelModifyTable(old_library, new_library, table.c_str(), *settings.type, *settings.created_as,
-                                             log->handle(), *settings.server_version, *settings.whitelist, *settings.list_num);
+  const int code = checker.KorvelModifyTable(old_library, new_library, table.c_str(), settings.type, settings.created_as,
+                                             log.handle(), settings.server_version, settings.whitelist, settings.list_num);
   return VerdictOf(code, checker);
+}
+
+bool ListsNoOtherOversizedField(const Verdict& known, const Verdict& later) {
+  const std::string all = "|" + std::string(OversizedFields(known));
+  std::string_view rest = OversizedFields(later);
+  if (rest.empty() || all.size() == 1) return false;
+  while (!rest.empty()) {
+    const std::size_t length = rest.find('|') + 1;
+    if (all.find("|" + std::string(rest.substr(0, length))) == std::string::npos) return false;
+    rest.remove_prefix(length);
+  }
+  return true;
 }
 
 std::vector<BadName> FindBadNames(const std::string& table, const std::vector<std::string>& names, std::size_t limit) {

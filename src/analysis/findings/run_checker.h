@@ -16,8 +16,11 @@ namespace korvel {
 // The verdict of the last operation of `checker`, which returned `code`: its text and the rule that wrote it.
 Verdict VerdictOf(int code, const ModifyTable& checker);
 
-// The whole check of `table`. REQUIRES: every member of `settings` is set.
+// The whole check of `table`.
 Verdict RunChecker(LPQMXMETALIB old_library, LPQMXMETALIB new_library, const std::string& table, const Settings& settings);
+
+// Whether both refusals list oversized fields, and the later one lists none that the known one does not list.
+bool ListsNoOtherOversizedField(const Verdict& known, const Verdict& later);
 
 struct BadName {
   std::size_t position;  // in the list of names

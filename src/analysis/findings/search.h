@@ -26,7 +26,9 @@ struct SearchInput {
   // Returns one answer for each set, in order. Each set is closed under `needs`.
   std::function<std::vector<CheckAnswer>(const std::vector<EditSet>&)> check;
   std::vector<Verdict> preexisting = {};  // refusals that the old schema already gets: no edit causes them
-  EditSet known_refused = {};             // edits that are refused whatever the answers are; empty = none
+  // Whether a pre-existing refusal includes a later one, though their texts differ; may be empty.
+  std::function<bool(const Verdict& known, const Verdict& later)> covers = {};
+  EditSet known_refused = {};  // edits that are refused whatever the answers are; empty = none
   // Edits that may compensate each other: if none of a cluster passes alone, the whole cluster is tried.
   std::vector<std::vector<std::size_t>> clusters = {};
   std::size_t max_refusals = kMaxFindings;

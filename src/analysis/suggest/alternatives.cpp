@@ -9,7 +9,6 @@
 #include <utility>
 
 #include "analysis/suggest/suggestion_text.h"
-#include "base/one_line.h"
 #include "base/text.h"
 #include "common/check_table.h"
 
@@ -176,8 +175,8 @@ std::vector<Alternative> AlternativeMaker::OfAttribute(const Edit& edit) const {
                      },
                      "set " + key + "=" + value + ", the value on the server"});
   };
-  if (settings_.list_num.value_or(0) > 0) set("ListNum", Text(*settings_.list_num));
-  if (settings_.type) set("TableType", *settings_.type == TABLE_TYPE_GENERIC ? "GENERIC" : "LIST");
+  if (settings_.list_num > 0) set("ListNum", Text(settings_.list_num));
+  set("TableType", settings_.type == TABLE_TYPE_GENERIC ? "GENERIC" : "LIST");
   return Combined(parts);
 }
 

@@ -28,7 +28,6 @@ struct Alternative {
 // proposal for a structure is linear in its fields, every other one takes constant time. May throw std::bad_alloc.
 class AlternativeMaker {
  public:
-  // REQUIRES: all members of `settings` are set.
   AlternativeMaker(const Difference& difference, const Settings& settings);
 
   // The alternatives to an edit of the difference, those that change least first. Empty for kinds of edits that can only be made

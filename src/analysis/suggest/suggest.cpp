@@ -81,17 +81,17 @@ void DropUnreached(const Source& source, const std::vector<MetaModel>& reached, 
   std::erase_if(wanted.metas, [&](const MetaModel& meta) { return source.HasMeta(meta.name) && !names.contains(meta.name); });
 }
 
-Suggestion SuggestFor(const Source& old_source, const Source& source, const RefusedTable& refused, Changes& changes) {
-  const auto& [table, settings] = *refused.question;
-  if (!source.HasMeta(table)) {
-    changes = FindRemovedTable(old_source, source, table, settings, refused.verdict);
-    Suggestion suggestion = FindSuggestionsForRemovedTable(old_source, source, table, settings, changes);
+Suggestion SuggestFor(const TableContext& context, const Verdict& verdict) {
+  const Source& source = context.new_source;
+  if (!source.HasMeta(context.table)) {
+    Changes changes = FindRemovedTable(context, verdict);
+    Suggestion suggestion = FindSuggestionsForRemovedTable(context, changes);
     DropUnreached(source, {}, suggestion.model);
     return suggestion;
   }
-  const Difference difference(old_source, source, table);
-  changes = FindChanges(difference, old_source, source, table, settings, refused.verdict, kMaxFindings);
-  Suggestion suggestion = Suggest(difference, old_source, table, settings, changes);
+  const Difference difference(context.old_source, source, context.table);
+  const Changes changes = FindChanges(context, difference, verdict, kMaxFindings);
+  Suggestion suggestion = Suggest(context, difference, changes);
   DropUnreached(source, difference.new_model().metas, suggestion.model);
   return suggestion;
 }
@@ -100,8 +100,8 @@ Round RunRound(const Source& old_source, const Source& source, const std::vector
   MetaCache present(source);
   Merged merged(present);
   for (const RefusedTable& one : refused) {
-    Changes changes;
-    Suggestion suggestion = SuggestFor(old_source, source, one, changes);
+    const auto& [table, settings] = *one.question;
+    Suggestion suggestion = SuggestFor({old_source, source, table, settings}, one.verdict);
     if (suggestion.allowed) merged.Add(std::move(suggestion.model));
   }
   const auto replacements = Rewriter(source, old_source).Rewrite(merged.model());
@@ -112,15 +112,16 @@ Round RunRound(const Source& old_source, const Source& source, const std::vector
   return {std::move(next), true};
 }
 
-std::vector<std::string> SuggestionsFor(const Source& old_source, const Source& source, const RefusedTable& refused) {
-  const auto& [table, settings] = *refused.question;
+// The suggestion of each finding.
+std::vector<std::string> SuggestionsFor(const TableContext& context, const Verdict& verdict) {
   Changes changes;
-  if (source.HasMeta(table)) {
-    const Difference difference(old_source, source, table);
-    changes = FindChanges(difference, old_source, source, table, settings, refused.verdict, kMaxFindings);
-    FindSuggestions(difference, old_source, source, table, settings, changes, false);
+  if (context.new_source.HasMeta(context.table)) {
+    const Difference difference(context.old_source, context.new_source, context.table);
+    changes = FindChanges(context, difference, verdict, kMaxFindings);
+    FindSuggestions(context, difference, changes, false);
   } else {
-    SuggestFor(old_source, source, refused, changes);
+    changes = FindRemovedTable(context, verdict);
+    FindSuggestionsForRemovedTable(context, changes);
   }
   std::vector<std::string> suggestions;
   for (Finding& finding : changes.findings) suggestions.push_back(std::move(finding.suggestion));
@@ -142,7 +143,8 @@ SchemaSuggestion SuggestSchema(const Source& old_source, const Source& new_sourc
   }
   suggestion.text = source.text->bytes;
   for (const RefusedTable& one : refused) {
-    suggestion.refused.push_back({one.question->table, one.verdict, SuggestionsFor(old_source, source, one)});
+    const auto& [table, settings] = *one.question;
+    suggestion.refused.push_back({table, one.verdict, SuggestionsFor({old_source, source, table, settings}, one.verdict)});
   }
   return suggestion;
 }

@@ -9,7 +9,7 @@
 
 namespace korvel {
 
-// A table to check. All members of the settings are set.
+// A table to check.
 struct TableQuestion {
   std::string table;
   Settings settings;

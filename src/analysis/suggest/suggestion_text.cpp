@@ -6,7 +6,7 @@
 #include <iterator>
 #include <string_view>
 
-#include "base/one_line.h"
+#include "base/text.h"
 #include "rule_docs/rule_docs.h"
 
 namespace korvel {

@@ -10,7 +10,6 @@
 #include "analysis/suggest/alternatives.h"
 #include "analysis/suggest/rewrite.h"
 #include "analysis/suggest/suggestion_text.h"
-#include "base/one_line.h"
 #include "base/text.h"
 
 namespace korvel {
@@ -27,24 +26,29 @@ struct OpenEdit {
   const Alternative* Chosen() const { return chosen == kNone ? nullptr : &alternatives[chosen]; }
 };
 
-// For a blocked edit: the edits that it needs may have alternatives, so the edit itself may be allowed. Accesses the structure so
-// that CanBeWritten checks it.
+// For an edit that is not refused itself: the edits that it needs may have alternatives, so it may be allowed. Accesses the
+// structure so that CanBeWritten checks it.
 Alternative Unchanged(const Edit& edit) {
   return {true, [meta = edit.meta](ModelEditor& editor) { editor.FindMeta(meta); }, ""};
+}
+
+// Whether the checker allows the model after the old schema.
+bool IsAllowed(const TableContext& context, const Model& model) {
+  const std::optional<qmx::Metalib> built = Build(model);
+  return built && !RunChecker(context.old_source.Library(), built->get(), context.table, context.settings).Refused();
 }
 
 // Chooses alternatives for the edits of one table.
 class SuggestionFinder {
  public:
-  SuggestionFinder(const Source& old_source, const Difference& difference, const std::string& table, const Settings& settings,
-                   const Changes& changes)
-      : old_source_(old_source), difference_(difference), table_(table), settings_(settings), changes_(changes) {
+  SuggestionFinder(const TableContext& context, const Difference& difference, const Changes& changes)
+      : context_(context), difference_(difference), changes_(changes) {
     cost_ = PartsOf(difference.old_model()) + PartsOf(difference.new_model());
-    AlternativeMaker maker(difference, settings);
+    AlternativeMaker maker(difference, context.settings);
     for (std::size_t i = 0; i < changes.edits.size(); ++i) {
       if (changes.status[i] == EditStatus::kAllowed) continue;
       OpenEdit open{i, maker.AlternativesOf(changes.edits[i]), kNone};
-      if (changes.status[i] == EditStatus::kBlocked) {
+      if (changes.status[i] != EditStatus::kRefused) {
         open.alternatives.insert(open.alternatives.begin(), Unchanged(changes.edits[i]));
       }
       positions_.emplace(i, open_edits_.size());
@@ -71,7 +75,7 @@ class SuggestionFinder {
   Suggestion Suggest() const {
     std::optional<Model> model = Compose();
     if (!model) return {difference_.old_model(), false};  // no file can contain the allowed edits alone
-    const bool allowed = IsAllowed(*model);
+    const bool allowed = IsAllowed(context_, *model);
     return {std::move(*model), allowed};
   }
 
@@ -102,17 +106,12 @@ class SuggestionFinder {
     work_ += cost_;
     for (OpenEdit* edit : open) edit->chosen = rank;
     const std::optional<Model> model = Compose();
-    if (model && IsAllowed(*model)) return;
+    if (model && IsAllowed(context_, *model)) return;
     for (OpenEdit* edit : open) edit->chosen = kNone;
     if (open.size() == 1) return;
     const auto middle = open.begin() + static_cast<std::ptrdiff_t>(open.size() / 2);
     Try({open.begin(), middle}, rank);
     Try({middle, open.end()}, rank);
-  }
-
-  bool IsAllowed(const Model& model) const {
-    const auto library = Build(model);
-    return library && !RunChecker(old_source_.Library(), library->get(), table_, settings_).Refused();
   }
 
   std::optional<Model> Compose() const {
@@ -146,10 +145,8 @@ class SuggestionFinder {
     }
   }
 
-  const Source& old_source_;
+  const TableContext& context_;
   const Difference& difference_;
-  const std::string& table_;
-  const Settings& settings_;
   const Changes& changes_;
   std::vector<OpenEdit> open_edits_;
   std::map<std::size_t, std::size_t> positions_;  // in open_edits_, by edit
@@ -195,29 +192,27 @@ void FillPreexisting(Finding& finding) {
 }
 
 // Adds a removed table with all that it reaches. The library keeps its new name and at least its new version.
-Suggestion PutBack(const Source& old_source, const Source& new_source, const std::string& table, const Settings& settings) {
-  Model model = ModelOf(old_source, table);
-  model.name = new_source.LibraryName();
-  model.version = std::max(model.version, new_source.Library()->iVersion);
-  const auto built = Build(model);
-  const bool allowed = built && !RunChecker(old_source.Library(), built->get(), table, settings).Refused();
+Suggestion PutBack(const TableContext& context) {
+  Model model = ModelOf(context.old_source, context.table);
+  model.name = context.new_source.LibraryName();
+  model.version = std::max(model.version, context.new_source.Library()->iVersion);
+  const bool allowed = IsAllowed(context, model);
   return {std::move(model), allowed};
 }
 
 }  // namespace
 
-Suggestion Suggest(const Difference& difference, const Source& old_source, const std::string& table, const Settings& settings,
-                   const Changes& changes) {
-  SuggestionFinder finder(old_source, difference, table, settings, changes);
+Suggestion Suggest(const TableContext& context, const Difference& difference, const Changes& changes) {
+  SuggestionFinder finder(context, difference, changes);
   finder.Run();
   return finder.Suggest();
 }
 
-void FindSuggestions(const Difference& difference, const Source& old_source, const Source& new_source, const std::string& table,
-                     const Settings& settings, Changes& changes, bool with_fixes) {
-  SuggestionFinder finder(old_source, difference, table, settings, changes);
+void FindSuggestions(const TableContext& context, const Difference& difference, Changes& changes, bool with_fixes) {
+  const Source& new_source = context.new_source;
+  SuggestionFinder finder(context, difference, changes);
   finder.Run();
-  Rewriter rewriter(new_source, old_source);
+  Rewriter rewriter(new_source, context.old_source);
   std::size_t work = 0;
   for (Finding& finding : changes.findings) {
     if (IsPreexisting(finding, changes)) {
@@ -231,13 +226,12 @@ void FindSuggestions(const Difference& difference, const Source& old_source, con
   }
 }
 
-Suggestion FindSuggestionsForRemovedTable(const Source& old_source, const Source& new_source, const std::string& table,
-                                          const Settings& settings, Changes& changes) {
-  Suggestion suggestion = PutBack(old_source, new_source, table, settings);
+Suggestion FindSuggestionsForRemovedTable(const TableContext& context, Changes& changes) {
+  Suggestion suggestion = PutBack(context);
   for (Finding& finding : changes.findings) {
     finding.suggestion =
-        "no allowed alternative: " +
-        (suggestion.allowed ? "keep table " + OneLine(table) + ", even if it is unused" : PreexistingSuggestion(finding.verdict));
+        "no allowed alternative: " + (suggestion.allowed ? "keep table " + OneLine(context.table) + ", even if it is unused"
+                                                         : PreexistingSuggestion(finding.verdict));
   }
   return suggestion;
 }

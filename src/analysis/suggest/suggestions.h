@@ -3,13 +3,10 @@
 // Functions here may run on several threads at once; sources are only read. They may throw std::bad_alloc.
 #pragma once
 
-#include <cstddef>
-#include <string>
-
 #include "analysis/diff/diff.h"
 #include "analysis/findings/finding.h"
 #include "base/limits.h"
-#include "schema/settings.h"
+#include "schema/table_context.h"
 
 namespace korvel {
 
@@ -21,19 +18,16 @@ struct Suggestion {
 
 // The nearest allowed schema. An alternative is chosen only if the checker allows it together with all allowed edits and all
 // other chosen alternatives. The search stops at kMaxWork; edits without an alternative then are left out. REQUIRES: `changes` is
-// the result of FindChanges for the same difference, old source, table and settings; all members of `settings` are set.
-Suggestion Suggest(const Difference& difference, const Source& old_source, const std::string& table, const Settings& settings,
-                   const Changes& changes);
+// the result of FindChanges for the same context and difference.
+Suggestion Suggest(const TableContext& context, const Difference& difference, const Changes& changes);
 
 // Chooses the same alternatives and sets suggestion, has_fix and, if `with_fixes` and the new source has a text, fix of every
 // finding. A fix changes the new file only for its finding. If all fixes together exceed kMaxWork, the last ones stay empty.
 // REQUIRES: as Suggest.
-void FindSuggestions(const Difference& difference, const Source& old_source, const Source& new_source, const std::string& table,
-                     const Settings& settings, Changes& changes, bool with_fixes);
+void FindSuggestions(const TableContext& context, const Difference& difference, Changes& changes, bool with_fixes);
 
 // For a table that the new source does not have (FindRemovedTable): sets the suggestion of each finding, and returns the table
-// with all that it reaches, as the old source has it. REQUIRES: all members of `settings` are set.
-Suggestion FindSuggestionsForRemovedTable(const Source& old_source, const Source& new_source, const std::string& table,
-                                          const Settings& settings, Changes& changes);
+// with all that it reaches, as the old source has it.
+Suggestion FindSuggestionsForRemovedTable(const TableContext& context, Changes& changes);
 
 }  // namespace korvel

@@ -12,8 +12,15 @@ const StatusText& TextOf(StatusStyle style) {
   static constexpr StatusText kWords[] = {{"refused", "\u2717", "refused"},
                                           {"waived", "~", "waived"},
                                           {"blocked", "\u2026", "blocked"},
+                                          {"not-checked", "?", "not checked"},
                                           {"allowed", "\u2713", "allowed"}};
   return kWords[static_cast<std::size_t>(style)];
+}
+
+StatusStyle StyleOf(EditStatus status) {
+  constexpr StatusStyle kStyles[] = {StatusStyle::kAllowed, StatusStyle::kRefused, StatusStyle::kBlocked,
+                                     StatusStyle::kNotChecked};
+  return kStyles[static_cast<std::size_t>(status)];
 }
 
 std::string LabelOf(const std::string& id) {
@@ -72,7 +79,7 @@ void Page::ListChanges() {
         ++changes_left_out_;
         continue;
       }
-      const StatusStyle style = status == EditStatus::kAllowed ? StatusStyle::kAllowed : StatusStyle::kBlocked;
+      const StatusStyle style = StyleOf(status);
       changes_.push_back({&table, &edit, style, "c" + std::to_string(changes_.size() + 1)});
       if (!changes_.back().OfLibrary()) listing_.insert(&table);
       AddMarks(table, edit, style, changes_.back().id);

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "base/line_changes.h"
+#include "base/alignment.h"
 #include "report/result/report.h"
 #include "report/result/text_ranges.h"
 
@@ -17,7 +17,7 @@ namespace korvel {
 // Limits that keep the page small enough for a browser. The page says what was left out.
 struct HtmlLimits {
   std::size_t findings = 2'000;
-  std::size_t changes = 5'000;      // allowed and blocked ones
+  std::size_t changes = 5'000;      // those that are not refused
   std::size_t pictures = 50;        // of layouts
   std::size_t whole_lines = 2'000;  // of the two files of a pair together; of longer files only lines near a mark are shown
   std::size_t lines = 20'000;       // rows of source on the page
@@ -26,7 +26,9 @@ struct HtmlLimits {
 inline constexpr HtmlLimits kHtmlLimits{};
 
 // How a finding or change is shown, the most severe first.
-enum class StatusStyle { kRefused, kWaived, kBlocked, kAllowed };
+enum class StatusStyle { kRefused, kWaived, kBlocked, kNotChecked, kAllowed };
+
+StatusStyle StyleOf(EditStatus status);
 
 struct StatusText {
   const char* name;  // the CSS class, and the value of the filter

@@ -4,8 +4,9 @@
 #include <algorithm>
 #include <span>
 
+#include "base/alignment.h"
 #include "base/characters.h"
-#include "base/line_rows.h"
+#include "base/text.h"
 #include "report/render/html_text.h"
 #include "report/result/words.h"
 
@@ -109,7 +110,7 @@ template <typename Condition>
 std::string NamesOf(const PagePair& pair, const Condition& condition) {
   std::string names;
   for (const Source* source : {pair.IsOne() ? nullptr : pair.first, pair.second}) {
-    if (source != nullptr && condition(*source)) names += (names.empty() ? "" : ", ") + Code(source->name);
+    if (source != nullptr && condition(*source)) AppendPart(names, ", ", Code(source->name));
   }
   return names;
 }

@@ -2,7 +2,7 @@
 #include "report/render/html_text.h"
 
 #include "base/characters.h"
-#include "base/one_line.h"
+#include "base/text.h"
 
 namespace korvel {
 namespace {

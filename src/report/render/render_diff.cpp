@@ -1,7 +1,7 @@
 // The output of `diff` as text and JSON; docs/command-line.md describes both. Tested by tests/tool/diff_test.cpp.
 #include <nlohmann/json.hpp>
 
-#include "base/one_line.h"
+#include "base/text.h"
 #include "report/render/render.h"
 #include "report/result/text_ranges.h"
 #include "report/result/words.h"
@@ -99,11 +99,7 @@ class DiffText {
   }
 
   static std::string InStructures(const TableEdits& table) {
-    std::string text;
-    for (const std::string& structure : table.structures) {
-      text.append(text.empty() ? " in " : ", ").append(OneLine(structure));
-    }
-    return text;
+    return table.structures.empty() ? "" : " in " + Join(table.structures, ", ", OneLine);
   }
 
   void AddStructure(const StructureEdits& structure) {

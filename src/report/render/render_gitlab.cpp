@@ -2,7 +2,7 @@
 // tests/report/formats_test.cpp.
 #include <nlohmann/json.hpp>
 
-#include "base/markdown_text.h"
+#include "base/text.h"
 #include "report/render/render.h"
 #include "report/result/issues.h"
 

@@ -1,7 +1,7 @@
 // The output of `history` as text and JSON; docs/command-line.md describes both. Tested by tests/tool/history_test.cpp.
 #include <nlohmann/json.hpp>
 
-#include "base/one_line.h"
+#include "base/text.h"
 #include "report/render/render.h"
 #include "report/result/words.h"
 
@@ -49,9 +49,9 @@ class HistoryText {
   }
 
   static std::string Refusal(const TableResult& result) {
-    const std::string rule = result.rule.empty() ? "" : " [" + result.rule + "]";
+    const std::string rule = result.verdict.rule.empty() ? "" : " [" + result.verdict.rule + "]";
     return "  table " + OneLine(result.table) + ": refused" + rule + " " + SummaryOf(result) + "\n    " +
-           CheckerLine(result.text) + "\n    code: " + std::to_string(result.code) + " " + CodeNameOf(result.code) +
+           CheckerLine(result.verdict.text) + "\n    code: " + std::to_string(result.verdict.code) + " " + CodeNameOf(result.verdict.code) +
            "\n    caused by: " + CauseOf(result);
   }
 
@@ -91,11 +91,11 @@ Json ToJson(const TableResult& result) {
   if (result.status == Status::kNew) return {{"table", result.table}, {"status", "new"}};
   const bool refused = result.status == Status::kRefused;
   Json json = {
-      {"table", result.table}, {"status", VerdictText(refused)}, {"code", result.code}, {"code_name", CodeNameOf(result.code)}};
+      {"table", result.table}, {"status", VerdictText(refused)}, {"code", result.verdict.code}, {"code_name", CodeNameOf(result.verdict.code)}};
   if (!refused) return json;
-  json["rule"] = result.rule.empty() ? Json() : Json(result.rule);
+  json["rule"] = result.verdict.rule.empty() ? Json() : Json(result.verdict.rule);
   json["summary"] = SummaryOf(result);
-  json["text"] = result.text;
+  json["text"] = result.verdict.text;
   json["removed"] = result.removed;
   json["cause"] = CauseOf(result);
   return json;

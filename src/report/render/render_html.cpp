@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <set>
 
-#include "base/one_line.h"
+#include "base/text.h"
 #include "report/render/html_items.h"
 #include "report/render/html_layout.h"
 #include "report/render/html_page.h"
@@ -43,7 +43,7 @@ class HtmlReport {
     std::set<std::string> seen;  // a report about a project has many inputs
     for (const ReportInput& input : report_.inputs) {
       if (seen.size() == 2) break;
-      if (seen.insert(input.source->name).second) files += (files.empty() ? "" : " \u2192 ") + Html(input.source->name);
+      if (seen.insert(input.source->name).second) AppendPart(files, " \u2192 ", Html(input.source->name));
     }
     return Html(report_.command) + (files.empty() ? "" : ": " + files);
   }
@@ -88,7 +88,8 @@ class HtmlReport {
       html += "<label><input type=\"radio\" name=\"status\" value=\"" + name + "\"" + checked + "> " + label + "</label>\n";
     };
     add("all", "all", " checked");
-    for (const StatusStyle style : {StatusStyle::kRefused, StatusStyle::kWaived, StatusStyle::kBlocked, StatusStyle::kAllowed}) {
+    for (const StatusStyle style :
+         {StatusStyle::kRefused, StatusStyle::kWaived, StatusStyle::kBlocked, StatusStyle::kNotChecked, StatusStyle::kAllowed}) {
       add(TextOf(style).name, std::string(TextOf(style).sign) + " " + TextOf(style).word, "");
     }
     return html +
@@ -109,8 +110,7 @@ class HtmlReport {
     for (const ProjectFinding& finding : report_.project) {
       html_ += "<article class=\"item refused\" tabindex=\"0\" data-status=\"refused\">\n<h3>" + Badge(StatusStyle::kRefused) +
                " " + Code(finding.rule) + "</h3>\n<p class=\"problem\">" + Html(finding.text) + "</p>\n<dl>\n" +
-               Term("Location", Code(OneLine(finding.file) + ":" + std::to_string(finding.position.line) + ":" +
-                                     std::to_string(finding.position.column))) +
+               Term("Location", Code(FileLineColumn(OneLine(finding.file), finding.position))) +
                Term("Suggestion", Html(finding.suggestion)) + "</dl>\n</article>\n";
     }
     html_ += "</section>\n";
@@ -146,7 +146,7 @@ class HtmlReport {
     html_ += "<section class=\"table\" id=\"" + id + "\">\n<h2>" + Code(table.table) + " " + StatusBadge(table) + "</h2>\n" +
              "<p class=\"location\">" + items_.LocationOf(table.declared, page_.PairOf(table)) + "</p>\n";
     if (table.status == Status::kRefused)
-      html_ += Problem("whole change: " + SummaryOf(table), table.text) + Result(table.rule, table.code);
+      html_ += Problem("whole change: " + SummaryOf(table), table.verdict.text) + Result(table.verdict.rule, table.verdict.code);
     if (table.changes) Changed(table, *table.changes);
     const bool has_layout = HasOwnEdits(table) && table.first != table.second && !table.removed;
     if (has_layout && pictures_++ < page_.limits().pictures) html_ += WithLegend(LayoutSection(table, id));
@@ -212,7 +212,7 @@ class HtmlReport {
   void LeftOut() {
     std::string left_out;
     const auto add = [&](std::size_t number, const std::string& noun) {
-      if (number > 0) left_out += (left_out.empty() ? "" : ", ") + Counted(number, noun);
+      if (number > 0) AppendPart(left_out, ", ", Counted(number, noun));
     };
     add(page_.findings_left_out(), "finding");
     add(page_.changes_left_out(), "change");

@@ -12,7 +12,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-Json ToJson(const Settings& settings) {
+Json ToJson(const PartialSettings& settings) {
   Json json = Json::object();
   if (settings.type) json["type"] = NameOf(kTableTypes, *settings.type);
   if (settings.created_as) json["created_as"] = NameOf(kProtocols, *settings.created_as);
@@ -95,13 +95,13 @@ Json ToJson(const Changes& changes, const TextRanges& ranges) {
 Json ToJson(const TableResult& result, const TextRanges& ranges) {
   Json json = {{"table", result.table}, {"status", WordOf(result.status)}};
   if (result.status != Status::kNew) {
-    json["code"] = result.code;
-    json["code_name"] = CodeNameOf(result.code);
+    json["code"] = result.verdict.code;
+    json["code_name"] = CodeNameOf(result.verdict.code);
   }
   if (result.status == Status::kRefused) {
-    json["rule"] = NameOrNull(result.rule);
+    json["rule"] = NameOrNull(result.verdict.rule);
     json["summary"] = SummaryOf(result);
-    json["text"] = result.text;
+    json["text"] = result.verdict.text;
     json["removed"] = result.removed;
   }
   json["location"] = ToJson(*ranges.Find(result.declared));

@@ -3,7 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/characters.h"
-#include "base/one_line.h"
+#include "base/text.h"
 #include "report/render/render.h"
 #include "report/result/layout.h"
 #include "report/result/words.h"
@@ -35,7 +35,7 @@ std::string Count(const FieldLayout& field) {
 
 std::string Notes(const FieldLayout& field) {
   std::string notes;
-  const auto add = [&](const std::string& note) { notes += (notes.empty() ? "" : ", ") + note; };
+  const auto add = [&](const std::string& note) { AppendPart(notes, ", ", note); };
   if (field.key) add("key");
   if (field.splittable) add("splittable key");
   if (!field.sort.empty()) add(OneLine(field.sort));
@@ -199,9 +199,7 @@ std::string Percent(std::uint64_t part, std::uint64_t whole) {
 }
 
 std::string RenderLayoutText(const LayoutRequest& request) {
-  std::string text;
-  for (const std::string& table : request.tables) text += (text.empty() ? "" : "\n") + TextBlock(request, table);
-  return text;
+  return Join(request.tables, "\n", [&](const std::string& table) { return TextBlock(request, table); });
 }
 
 std::string RenderLayoutJson(const LayoutRequest& request) {

@@ -2,8 +2,7 @@
 // tests/report/formats_test.cpp.
 #include <algorithm>
 
-#include "base/markdown_text.h"
-#include "base/one_line.h"
+#include "base/text.h"
 #include "report/render/render.h"
 #include "report/result/issues.h"
 
@@ -61,17 +60,30 @@ std::string NameOf(const TableResult& table, bool with_file) {
   return "**Table " + MarkdownText(table.table) + "**" + (with_file ? " of " + MarkdownCode(table.second->name) : "");
 }
 
-std::string AllowedEdits(const TableResult& table, bool with_file) {
-  if (!table.changes || table.status != Status::kRefused || table.changes->edits.empty()) return "";
-  const Changes& changes = *table.changes;
-  std::string text = "\n" + NameOf(table, with_file) + ": " + MarkdownText(AllowedPart(changes)) + "\n\n";
+std::string EditList(const Changes& changes, EditStatus status, const char* what) {
+  std::string text = "\n\n";
   std::size_t shown = 0;
   for (std::size_t i = 0; i < changes.edits.size() && shown < kMaxDetailed; ++i) {
-    if (changes.status[i] != EditStatus::kAllowed) continue;
+    if (changes.status[i] != status) continue;
     text += "- " + MarkdownText(Describe(changes.edits[i])) + "\n";
     ++shown;
   }
-  return text + More(NumberOf(changes, EditStatus::kAllowed), shown, "allowed changes");
+  return text + More(NumberOf(changes, status), shown, what);
+}
+
+// The allowed changes, and those that were not checked. The others are in findings, or blocked by them.
+std::string OtherEdits(const TableResult& table, bool with_file) {
+  if (!table.changes || table.status != Status::kRefused) return "";
+  const Changes& changes = *table.changes;
+  const std::string start = "\n" + NameOf(table, with_file) + ": ";
+  std::string text;
+  if (!changes.edits.empty()) {
+    text += start + MarkdownText(AllowedPart(changes)) + EditList(changes, EditStatus::kAllowed, "allowed changes");
+  }
+  if (changes.stopped) {
+    text += start + MarkdownText(StoppedText(changes)) + EditList(changes, EditStatus::kNotChecked, "changes not checked");
+  }
+  return text;
 }
 
 }  // namespace
@@ -88,7 +100,7 @@ std::string RenderMarkdown(const Report& report) {
   const std::size_t detailed = std::min(issues.size(), kMaxDetailed);
   for (std::size_t i = 0; i < detailed; ++i) text += DetailsBlock(issues[i]);
   text += More(issues.size(), detailed, "findings without details here");
-  for (const TableResult& table : report.tables) text += AllowedEdits(table, report.inputs.size() > 2);
+  for (const TableResult& table : report.tables) text += OtherEdits(table, report.inputs.size() > 2);
   return text;
 }
 

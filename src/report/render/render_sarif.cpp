@@ -84,10 +84,10 @@ struct OtherRule {
 };
 
 constexpr OtherRule kOtherRules[] = {
-    {"refused", "the checker refuses the table without a text, or with a text that is not in the catalog"},
-    {"waiver.expired", "a waiver has expired and no longer applies"},
-    {"waiver.malformed", "a waiver of the project file lacks a required key or has an unknown one"},
-    {"waiver.unused", "a waiver of the project file matches no finding"},
+    {"refused", "the checker refused the table without a text, or with a text that belongs to no rule"},
+    {"waiver.expired", "a waiver in the project file has expired"},
+    {"waiver.malformed", "a waiver in the project file is invalid"},
+    {"waiver.unused", "a waiver in the project file matches no finding"},
 };
 
 // Twice, because some services do not read Markdown.

@@ -4,7 +4,7 @@
 #include <set>
 #include <string_view>
 
-#include "base/one_line.h"
+#include "base/text.h"
 #include "common/catalog.h"
 #include "report/render/render.h"
 #include "report/result/words.h"
@@ -77,7 +77,7 @@ class FindingText {
   // The code of the table is in the line of the table.
   std::string Code() const {
     const int code = finding_.verdict.code;
-    return code == table_.code ? "" : "  code: " + std::to_string(code) + " " + CodeNameOf(code) + "\n";
+    return code == table_.verdict.code ? "" : "  code: " + std::to_string(code) + " " + CodeNameOf(code) + "\n";
   }
 
   // The old value, where there is one single change of a value.
@@ -124,8 +124,7 @@ class FindingText {
   }
 
   std::string Also() const {
-    std::string text;
-    for (const std::string& path : AlsoOf(folded_)) text += (text.empty() ? "" : ", ") + path;
+    const std::string text = Join(AlsoOf(folded_), ", ");
     return text.empty() ? "" : "  also affected: " + text + "\n";
   }
 
@@ -178,11 +177,11 @@ class TextReport {
       return;
     }
     const std::string result =
-        name + ": " + std::to_string(table.code) + " " + CodeNameOf(table.code) + (table.removed ? " (removed)" : "") + "\n";
+        name + ": " + std::to_string(table.verdict.code) + " " + CodeNameOf(table.verdict.code) + (table.removed ? " (removed)" : "") + "\n";
     // The first finding usually has the same text, with a more exact location.
-    const bool is_repeated = !findings.empty() && findings.front().finding->verdict.text == table.text && !table.text.empty();
+    const bool is_repeated = !findings.empty() && findings.front().finding->verdict.text == table.verdict.text && !table.verdict.text.empty();
     text_ += is_repeated ? ": " + result
-                         : InBrackets(table.rule) + " " + SummaryOf(table) + "\n  " + CheckerLine(table.text) + "\n  " + result;
+                         : InBrackets(table.verdict.rule) + " " + SummaryOf(table) + "\n  " + CheckerLine(table.verdict.text) + "\n  " + result;
     if (table.changes) AddChanges(table, findings);
   }
 
@@ -204,8 +203,8 @@ class TextReport {
     text_ += "  " + AllowedPart(changes) + (NumberOf(changes, EditStatus::kAllowed) == 0 ? "\n" : ":\n");
     AddEdits(changes, EditStatus::kAllowed);
     AddGroup(changes, EditStatus::kRefused, "refused");
-    AddGroup(changes, EditStatus::kBlocked,
-             changes.stopped ? "blocked by a refused change, or not checked" : "blocked by a refused change");
+    AddGroup(changes, EditStatus::kBlocked, "blocked by a refused change");
+    AddGroup(changes, EditStatus::kNotChecked, "not checked");
   }
 
   void AddGroup(const Changes& changes, EditStatus status, const char* what) {
@@ -227,8 +226,8 @@ class TextReport {
   }
 
   void AddProjectFinding(const ProjectFinding& finding) {
-    text_ += OneLine(finding.file) + ":" + std::to_string(finding.position.line) + ":" + std::to_string(finding.position.column) +
-             ": " + Colored("error", kRed, color_) + " [" + finding.rule + "] " + OneLine(finding.text) + "\n";
+    text_ += FileLineColumn(OneLine(finding.file), finding.position) + ": " + Colored("error", kRed, color_) + " [" +
+             finding.rule + "] " + OneLine(finding.text) + "\n";
     if (!finding.suggestion.empty()) text_ += "  suggestion: " + OneLine(finding.suggestion) + "\n";
   }
 
@@ -243,7 +242,7 @@ class TextReport {
     };
     for (const FoldedFinding& folded : folded_) add(folded.finding->verdict.rule, folded.finding->verdict.code);
     for (const TableResult& table : report_.tables) {
-      if (table.status == Status::kRefused && !table.changes) add(table.rule, table.code);
+      if (table.status == Status::kRefused && !table.changes) add(table.verdict.rule, table.verdict.code);
     }
     if (first.empty()) return "";
     const std::string command = "'korvelcheck explain " + first + "'";

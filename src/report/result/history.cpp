@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "base/one_line.h"
+#include "base/text.h"
 
 namespace korvel {
 namespace {
@@ -35,7 +35,7 @@ std::string CauseOf(const TableResult& result) {
       if (!finding.edits.empty()) return OneLine(Describe(result.changes->edits[finding.edits.front()]));
     }
   }
-  return result.text.empty() ? "(no text)" : OneLine(result.text);
+  return result.verdict.text.empty() ? "(no text)" : OneLine(result.verdict.text);
 }
 
 }  // namespace korvel

@@ -6,7 +6,7 @@
 #include <map>
 
 #include "analysis/findings/finding.h"
-#include "base/one_line.h"
+#include "base/text.h"
 
 namespace korvel {
 namespace {
@@ -45,7 +45,7 @@ Issues::Issues(const Report& report, Repeats repeats)
 
 void Issues::AddTable(const TableResult& table) {
   Issue issue;
-  issue.rule = RuleOf(table.rule);
+  issue.rule = RuleOf(table.verdict.rule);
   issue.summary = SummaryOf(table) + ": " + OneLine(table.table);
   issue.fingerprint = NameFingerprint(issue.rule, table.table);
   issue.location = *ranges_.Find(table.declared);
@@ -96,8 +96,8 @@ namespace {
 void AddFindingTo(std::vector<std::string>& lines, const Issue& issue) {
   const Finding& finding = *issue.folded->finding;
   const TableResult& table = *issue.folded->table;
-  if (table.text != finding.verdict.text)
-    lines.push_back("whole check: " + SummaryOf(table) + " (" + CheckerLine(table.text) + ")");
+  if (table.verdict.text != finding.verdict.text)
+    lines.push_back("whole check: " + SummaryOf(table) + " (" + CheckerLine(table.verdict.text) + ")");
   const std::vector<std::string> edits = EditsOf(table, finding);
   if (edits.empty() && IsPreexisting(table)) lines.emplace_back(kPreexisting);
   for (const std::string& edit : edits) lines.push_back((edits.size() == 1 ? "change: " : "refused in combination: ") + edit);
@@ -112,8 +112,8 @@ std::vector<std::string> DetailsOf(const Issue& issue) {
   if (issue.table != nullptr) {
     const TableResult& table = *issue.table;
     const bool is_whole = issue.folded == nullptr;
-    const int code = is_whole ? table.code : issue.folded->finding->verdict.code;
-    lines.push_back(CheckerLine(is_whole ? table.text : issue.folded->finding->verdict.text));
+    const int code = is_whole ? table.verdict.code : issue.folded->finding->verdict.code;
+    lines.push_back(CheckerLine(is_whole ? table.verdict.text : issue.folded->finding->verdict.text));
     lines.push_back("table " + OneLine(table.table) + ": " + std::to_string(code) + " " + CodeNameOf(code) +
                     (table.removed ? " (removed)" : ""));
   }

@@ -3,6 +3,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "base/text.h"
 #include "report/result/layout.h"
 
 namespace korvel {
@@ -105,7 +106,7 @@ std::string Difference(std::uint64_t before, std::uint64_t after) {
 // Joins descriptions of changes.
 class ChangeText {
  public:
-  void Add(const std::string& words) { text_ += (text_.empty() ? "" : ", ") + words; }
+  void Add(const std::string& words) { AppendPart(text_, ", ", words); }
 
   void Changed(const std::string& what, const std::string& before, const std::string& after) {
     if (before != after) Add(what + " " + before + " -> " + after);

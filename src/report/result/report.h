@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "analysis/table_result.h"
+#include "analysis/check_table_change.h"
 #include "qmx/qmx_source_map.h"
 
 namespace korvel {

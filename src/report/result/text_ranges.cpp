@@ -63,11 +63,11 @@ struct Point {
 void FillIn(std::vector<Point> points) {
   std::ranges::sort(points, std::less<>(), [](const Point& one) { return std::tuple(one.source, one.offset); });
   const Source* source = nullptr;
-  qmx::PlaceCounter counter{""};
+  qmx::LineCounter counter{""};
   LineFinder lines{""};
   for (const auto& [of, offset, range, is_end] : points) {
     if (of != source) {
-      counter = qmx::PlaceCounter(of->text->bytes);
+      counter = qmx::LineCounter(of->text->bytes);
       lines = LineFinder(of->text->bytes);
       source = of;
     }
@@ -124,7 +124,7 @@ std::vector<qmx::LineColumn> FindPositions(std::string_view text, const std::vec
   std::iota(order.begin(), order.end(), std::size_t{0});
   std::ranges::sort(order, std::less<>(), [&](std::size_t i) { return offsets[i]; });
   std::vector<qmx::LineColumn> positions(offsets.size());
-  qmx::PlaceCounter counter(text);
+  qmx::LineCounter counter(text);
   for (const std::size_t i : order) positions[i] = counter.At(offsets[i]);
   return positions;
 }

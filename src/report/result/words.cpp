@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "base/one_line.h"
+#include "base/text.h"
 #include "common/catalog.h"
 #include "common/result_codes.h"
 #include "rule_docs/rule_docs.h"
@@ -16,7 +16,7 @@ const char* WordOf(Status status) {
 }
 
 const char* WordOf(EditStatus status) {
-  constexpr const char* kWords[] = {"allowed", "refused", "blocked"};
+  constexpr const char* kWords[] = {"allowed", "refused", "blocked", "not-checked"};
   return kWords[static_cast<std::size_t>(status)];
 }
 
@@ -55,26 +55,23 @@ std::string MeaningOf(int code) {
   return name + ": " + meaning.substr(0, std::min(meaning.find(". "), meaning.find_last_not_of('.') + 1));
 }
 
-std::string SummaryOf(const std::string& rule, int code) {
-  const RefusalRow* const row = FindRefusal(rule);
-  return row == nullptr ? MeaningOf(code) : row->summary;
-}
-
 }  // namespace
 
-std::string SummaryOf(const Verdict& verdict) { return SummaryOf(verdict.rule, verdict.code); }
+std::string SummaryOf(const Verdict& verdict) {
+  const RefusalRow* const row = FindRefusal(verdict.rule);
+  return row == nullptr ? MeaningOf(verdict.code) : row->summary;
+}
 
 std::string SummaryOf(const TableResult& table) {
-  const bool is_explained = !table.removed || !table.rule.empty();
-  return is_explained ? SummaryOf(table.rule, table.code) : "the table was removed";
+  const bool is_explained = !table.removed || !table.verdict.rule.empty();
+  return is_explained ? SummaryOf(table.verdict) : "the table was removed";
 }
 
 std::string CheckerLine(const std::string& text) { return "checker: " + (text.empty() ? "(no text)" : OneLine(text)); }
 
 std::string ToText(const TextRange& range) {
-  std::string file = OneLine(range.file);
-  if (!range.begin) return file;
-  return file + ":" + std::to_string(range.begin->line) + ":" + std::to_string(range.begin->column);
+  const std::string file = OneLine(range.file);
+  return range.begin ? FileLineColumn(file, *range.begin) : file;
 }
 
 std::string ToText(const FileNote& note) {
@@ -132,10 +129,12 @@ std::size_t NumberOf(const Changes& changes, EditStatus status) {
 
 std::string AllowedPart(const Changes& changes) {
   const std::size_t allowed = NumberOf(changes, EditStatus::kAllowed);
-  const std::size_t all = changes.edits.size();
-  if (allowed == 0 && all == 1) return "the only change is refused";
-  if (allowed == 0) return "none of " + Counted(all, "change") + " is allowed on its own";
-  const std::string part = std::to_string(allowed) + " of " + Counted(all, "change");
+  const std::size_t checked = changes.edits.size() - NumberOf(changes, EditStatus::kNotChecked);
+  if (checked == 0) return "no change was checked";
+  const std::string change = checked == changes.edits.size() ? "change" : "checked change";
+  if (allowed == 0 && checked == 1) return "the only " + change + " is refused";
+  if (allowed == 0) return "none of " + Counted(checked, change) + " is allowed on its own";
+  const std::string part = std::to_string(allowed) + " of " + Counted(checked, change);
   const Verdict& together = changes.allowed_together;
   if (!together.Refused()) return part + (allowed == 1 ? " is allowed on its own" : " are allowed on their own") + " (verified)";
   return part + (allowed == 1 ? " breaks" : " break") +

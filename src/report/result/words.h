@@ -14,7 +14,7 @@ namespace korvel {
 // "allowed", "refused", "new"
 const char* WordOf(Status status);
 
-// "allowed", "refused", "blocked"
+// "allowed", "refused", "blocked", "not-checked"
 const char* WordOf(EditStatus status);
 
 // The checker's verdict about all tables. Waivers do not change it.
@@ -63,7 +63,8 @@ inline constexpr char kPreexisting[] = "pre-existing: the old schema already bre
 // library, which has no path.
 std::vector<std::string> AlsoOf(const FoldedFinding& folded);
 
-// "7 of 9 changes are allowed on their own (verified)". REQUIRES: there are edits.
+// "7 of 9 changes are allowed on their own (verified)"; "... of 4 checked changes ..." if the search stopped before all.
+// REQUIRES: there are edits.
 std::string AllowedPart(const Changes& changes);
 
 // "stopped after 5 findings: ..."; REQUIRES: changes.stopped.

@@ -6,9 +6,8 @@
 
 #include "base/did_you_mean.h"
 #include "base/input_error.h"
-#include "base/one_line.h"
-#include "base/quote.h"
-#include "tool/cli/parse.h"
+#include "base/text.h"
+#include "tool/cli/arguments.h"
 #include "tool/io/exit.h"
 #include "tool/io/output.h"
 

@@ -64,4 +64,9 @@ bool TakesFiles(const Command& command);
 // The words that the first argument of a command may be; empty if there is no such list.
 std::vector<std::string> WordsOf(const Command& command);
 
+// The completion scripts of the shells.
+std::string BashCompletion();
+std::string ZshCompletion();
+std::string FishCompletion();
+
 }  // namespace korvel::tool

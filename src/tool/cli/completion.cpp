@@ -1,9 +1,7 @@
 // Tested by tests/tool/completion_test.cpp.
-#include "tool/cli/completion.h"
-
 #include "base/did_you_mean.h"
 #include "base/input_error.h"
-#include "base/quote.h"
+#include "base/text.h"
 #include "tool/cli/command.h"
 #include "tool/cli/option_groups.h"
 #include "tool/io/exit.h"
@@ -50,18 +48,6 @@ int Run(const CompletionArguments& arguments) {
 }
 
 }  // namespace
-
-std::string Join(const std::vector<std::string>& words, const char* between) {
-  std::string text;
-  for (const std::string& word : words) text.append(text.empty() ? "" : between).append(word);
-  return text;
-}
-
-std::string EscapeWith(const std::string& text, const std::string& characters, const std::string& escape) {
-  std::string escaped;
-  for (const char c : text) escaped.append(characters.find(c) == std::string::npos ? "" : escape).append(1, c);
-  return escaped;
-}
 
 const Command kCompletionCommand{"completion", "generate a shell completion script", Declare<CompletionArguments, Run>, Words};
 

@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "base/text.h"
 #include "tool/cli/command.h"
-#include "tool/cli/completion.h"
 
 namespace korvel::tool {
 namespace {
@@ -45,10 +45,9 @@ complete -F _korvelcheck korvelcheck
 // "    -o | --output) _korvelcheck_files ;;"; empty for a flag, behind which anything may follow.
 std::string ValueCase(const Argument& argument) {
   if (argument.value.empty()) return "";
-  std::string text = "    ";
-  for (const std::string& name : argument.Names()) text += (name == argument.Names().front() ? "" : " | ") + name;
+  const std::string text = "    " + Join(argument.Names(), " | ");
   const std::vector<std::string> choices = argument.Choices();
-  if (!choices.empty()) return text + ") _korvelcheck_words '" + Join(choices) + "' ;;\n";
+  if (!choices.empty()) return text + ") _korvelcheck_words '" + Join(choices, " ") + "' ;;\n";
   return text + (argument.TakesFile() ? ") _korvelcheck_files ;;\n" : ") ;;\n");
 }
 
@@ -60,9 +59,9 @@ std::string CommandCase(const Command& command) {
     text += ValueCase(argument);
     std::ranges::move(argument.Names(), std::back_inserter(options));
   }
-  text += "    *)\n      case $current in\n      -*) _korvelcheck_words '" + Join(options) + "' ;;\n";
+  text += "    *)\n      case $current in\n      -*) _korvelcheck_words '" + Join(options, " ") + "' ;;\n";
   const std::vector<std::string> words = WordsOf(command);
-  if (!words.empty()) text += "      *) _korvelcheck_words '" + Join(words) + "' ;;\n";
+  if (!words.empty()) text += "      *) _korvelcheck_words '" + Join(words, " ") + "' ;;\n";
   if (TakesFiles(command)) text += "      *) _korvelcheck_files ;;\n";
   return text + "      esac\n      ;;\n    esac\n    ;;\n";
 }
@@ -73,7 +72,7 @@ std::string BashCompletion() {
   std::vector<std::string> names;
   for (const Command* command : Commands()) names.emplace_back(command->name);
   names.insert(names.end(), {"--help", "--version"});
-  std::string text = kHead + std::string("  '') _korvelcheck_words '") + Join(names) + "' ;;\n";
+  std::string text = kHead + std::string("  '') _korvelcheck_words '") + Join(names, " ") + "' ;;\n";
   for (const Command* command : Commands()) text += CommandCase(*command);
   return text + kTail;
 }

@@ -1,6 +1,6 @@
 // The completion of fish. Tested by tests/tool/completion_test.cpp.
+#include "base/text.h"
 #include "tool/cli/command.h"
-#include "tool/cli/completion.h"
 
 namespace korvel::tool {
 namespace {
@@ -21,7 +21,7 @@ std::string OptionLine(const std::string& start, const Argument& argument) {
   }
   const std::vector<std::string> choices = argument.Choices();
   if (!choices.empty()) {
-    text += " -x -a " + QuoteForFish(Join(choices));
+    text += " -x -a " + QuoteForFish(Join(choices, " "));
   } else if (!argument.value.empty()) {
     text += argument.TakesFile() ? " -r -F" : " -x";
   }
@@ -34,7 +34,7 @@ std::string CommandLines(const Command& command) {
   std::string text =
       "\ncomplete -c korvelcheck -n __fish_use_subcommand -f -a " + name + " -d " + QuoteForFish(command.summary) + "\n";
   const std::vector<std::string> words = WordsOf(command);
-  if (!words.empty()) text += start + " -f -a " + QuoteForFish(Join(words)) + "\n";
+  if (!words.empty()) text += start + " -f -a " + QuoteForFish(Join(words, " ")) + "\n";
   if (words.empty() && !TakesFiles(command)) text += start + " -f\n";
   for (const Argument& argument : ArgumentsOf(command)) {
     if (argument.IsOption()) text += OptionLine(start, argument);

@@ -1,6 +1,6 @@
 // The completion of zsh. Tested by tests/tool/completion_test.cpp.
+#include "base/text.h"
 #include "tool/cli/command.h"
-#include "tool/cli/completion.h"
 
 namespace korvel::tool {
 namespace {
@@ -41,7 +41,7 @@ std::string Meaning(const Argument& argument) {
   std::string text = "[" + EscapeWith(argument.description, "[]\\", "\\") + "]";
   if (argument.value.empty()) return text;
   const std::vector<std::string> choices = argument.Choices();
-  const std::string action = !choices.empty() ? "(" + Join(choices) + ")" : argument.TakesFile() ? "_files" : "";
+  const std::string action = !choices.empty() ? "(" + Join(choices, " ") + ")" : argument.TakesFile() ? "_files" : "";
   return text + ":" + (choices.empty() ? EscapeWith(argument.value, ":\\", "\\") : "value") + ":" + action;
 }
 
@@ -50,7 +50,7 @@ std::string OptionLines(const Argument& argument) {
   std::string text;
   for (const std::string& name : argument.Names()) {
     const std::string joint = argument.value.empty() ? "" : name.starts_with("--") ? "=" : "+";
-    const std::string before = argument.is_repeated ? "*" : "(" + Join(argument.Names()) + ")";
+    const std::string before = argument.is_repeated ? "*" : "(" + Join(argument.Names(), " ") + ")";
     text += "        " + QuoteForZsh(before + name + joint + Meaning(argument)) + " \\\n";
   }
   return text;
@@ -64,7 +64,7 @@ std::string CommandCase(const Command& command) {
       text += OptionLines(argument);
       continue;
     }
-    const std::string action = words.empty() ? TakesFiles(command) ? "_files" : "" : "(" + Join(words) + ")";
+    const std::string action = words.empty() ? TakesFiles(command) ? "_files" : "" : "(" + Join(words, " ") + ")";
     text += "        " + QuoteForZsh((argument.is_repeated ? "*:" : ":") + argument.Names().front() + ":" + action) + " \\\n";
   }
   text.erase(text.size() - 3, 2);  // of the last line

@@ -1,7 +1,7 @@
 // The manual page, made from the declarations of the commands. Tested by tests/tool/man_test.cpp.
+#include "base/text.h"
 #include "rule_docs/rule_doc_format.h"
 #include "tool/cli/command.h"
-#include "tool/cli/completion.h"
 #include "tool/cli/option_groups.h"
 #include "tool/io/exit.h"
 
@@ -29,9 +29,9 @@ written under the old schema stay readable and correctly keyed under the new
 one.
 .B korvelcheck
 compares the old schema with the new one and reports whether the change is
-allowed or which rule refuses it and why.
+allowed or refused. For a refusal, it names the rule and the reason.
 .PP
-A schema is the path of a schema file or of an image,
+A schema is given as the path of a schema file or of an image,
 .BI git: REV : PATH
 for a file of a commit, or
 .B \-
@@ -50,28 +50,29 @@ waiver is malformed, expired or unused; or there is no suggestion.
 .TP
 .B 2
 Usage or input error: wrong usage, a file that cannot be read, a schema error,
-or nothing to compare.
+an unknown table, or nothing to compare.
 .TP
 .B 3
-Internal error: the result or the log could not be written, memory ran out, or
-the program is wrong.
+Internal error: the result or the log could not be written, memory ran out, an
+image became shorter while it was read, or the program has a bug.
 .SH ENVIRONMENT
 .TP
 .B NO_COLOR
-When set and not empty, nothing is colored.
+If set and not empty, reports have no colors.
 .TP
 .B TERM
-When unset or
+If unset or
 .BR dumb ,
-nothing is colored.
+reports have no colors.
 .TP
 .B SOURCE_DATE_EPOCH
-Seconds since 1970: replaces the clock when waivers expire.
+Seconds since 1970. If set, it determines the current day, on which the expiry
+of waivers depends.
 .SH FILES
 .TP
 .I korvelcheck.toml
 Schema files, settings and waivers of a project.
-The working directory and those above are searched for it.
+The tool looks for it in the working directory, then in the directories above.
 .SH EXAMPLES
 Check all tables of a schema:
 .PP
@@ -172,10 +173,8 @@ std::vector<OptionUse> OptionUses() {
 }
 
 std::string OptionEntry(const OptionUse& use) {
-  std::string text = ".TP\n";
-  for (const std::string& name : use.option.Names()) {
-    text += (name == use.option.Names().front() ? "\\fB" : ", \\fB") + EscapeForTroff(name) + "\\fR";
-  }
+  std::string text =
+      ".TP\n" + Join(use.option.Names(), ", ", [](const std::string& name) { return "\\fB" + EscapeForTroff(name) + "\\fR"; });
   if (!use.option.value.empty()) text += " \\fI" + EscapeForTroff(use.option.value) + "\\fR";
   text += "\n" + Sentence(use.option.description);
   if (use.commands.size() == Commands().size()) return text;

@@ -10,7 +10,7 @@
 namespace korvel::tool {
 namespace {
 
-constexpr char kInput[] = "schema file or image; '-': standard input";
+constexpr char kInput[] = "schema file or image, or '-' for standard input";
 
 constexpr NamedCode kLogFormats[] = {{"text", static_cast<int>(vesk::LineFormat::kText)},
                                      {"json", static_cast<int>(vesk::LineFormat::kJson)}};
@@ -25,13 +25,13 @@ std::vector<NamedCode> ChoicesOf(const List& formats, Name name) {
   return choices;
 }
 
-std::string SetServerVersion(Settings& given, const std::string& value) {
+std::string SetServerVersion(PartialSettings& given, const std::string& value) {
   if (!IsVersion(value)) return kAllowedVersion;
   given.server_version = value;
   return "";
 }
 
-std::string SetListNum(Settings& given, const std::string& value) {
+std::string SetListNum(PartialSettings& given, const std::string& value) {
   given.list_num = ParseCount(value);
   return given.list_num ? "" : kAllowedListNum;
 }
@@ -48,7 +48,7 @@ void InputFiles::AddOneTo(ArgumentList& arguments, const char* name) {
 }
 
 void InputFiles::AddListTo(ArgumentList& arguments, const char* name) {
-  Argument& list = arguments.AddPositional(name, "FILE", paths, "schema files or images; '-': standard input");
+  Argument& list = arguments.AddPositional(name, "FILE", paths, "schema files or images, or '-' for standard input");
   list.is_required = true;
   list.is_repeated = true;
 }
@@ -60,7 +60,7 @@ void TableSelection::AddTo(ArgumentList& arguments) {
   };
   arguments.Add({.names = "--table",
                  .value = "NAME",
-                 .description = "check only this table; may be repeated; default: all",
+                 .description = "use only this table; may be repeated; default: all tables",
                  .set = set,
                  .is_repeated = true});
 }
@@ -73,7 +73,7 @@ void TableSettings::AddTo(ArgumentList& arguments) {
 void TableSettings::AddCreatedAsTo(ArgumentList& arguments) {
   arguments.AddChoice(
       "--created-as", kProtocols, [this](int code) { given.created_as = code; },
-      "protocol of the table at its creation; default: from the first schema, else qmx");
+      "protocol the table was created in; default: from the first schema, else qmx");
 }
 
 void TableSettings::AddOthersTo(ArgumentList& arguments) {
@@ -92,7 +92,8 @@ void TableSettings::AddOthersTo(ArgumentList& arguments) {
 }
 
 void TableSettings::AddProjectTo(ArgumentList& arguments) {
-  arguments.AddText("--project", "FILE", project_file, "project file; default: the nearest korvelcheck.toml here or above");
+  arguments.AddText("--project", "FILE", project_file,
+                    "project file; default: the nearest korvelcheck.toml in this directory or above");
   arguments.AddFlag("--no-project", no_project, "use no project file").excludes = "--project";
 }
 
@@ -122,12 +123,12 @@ void OutputOption::AddTo(ArgumentList& arguments) {
     if (path != "-") file = path;
     return std::string();
   };
-  arguments.Add(
-      {.names = "-o,--output",
-       .value = "FILE",
-       .description = std::string("write to FILE atomically; '-'") + (is_required ? "" : " or default") + ": standard output",
-       .set = set,
-       .is_required = is_required});
+  arguments.Add({.names = "-o,--output",
+                 .value = "FILE",
+                 .description =
+                     std::string("write to FILE atomically; '-'") + (is_required ? "" : ", the default,") + " is standard output",
+                 .set = set,
+                 .is_required = is_required});
 }
 
 void OutputOption::Write(const std::string& text) const { file ? WriteFile(*file, text) : WriteStandardOutput(text); }
@@ -135,17 +136,17 @@ void OutputOption::Write(const std::string& text) const { file ? WriteFile(*file
 bool OutputOption::CanColor() const { return !file && tool::CanColor(); }
 
 void LogOptions::AddTo(ArgumentList& arguments) {
-  settings.least_grave = VESK_PRIORITY_INFO;
+  settings.max_priority = VESK_PRIORITY_INFO;
   const auto set = [this](const std::string& path) {
     is_open = true;
     if (path != "-") settings.file = path;
     return std::string();
   };
   arguments.Add(
-      {.names = "--log", .value = "FILE", .description = "append the checker's log to FILE; '-': standard error", .set = set});
+      {.names = "--log", .value = "FILE", .description = "append the checker's log to FILE; '-' is standard error", .set = set});
   const auto set_format = [this](int code) { settings.format = static_cast<vesk::LineFormat>(code); };
   arguments.AddChoice("--log-format", kLogFormats, set_format, "log format, with --log; default: text").needs = "--log";
-  const auto set_level = [this](int code) { settings.least_grave = code; };
+  const auto set_level = [this](int code) { settings.max_priority = code; };
   arguments.AddChoice("--log-level", kLogLevels, set_level, "minimum log level, with --log; default: info").needs = "--log";
 }
 

@@ -35,7 +35,7 @@ struct TableSelection {
 
 // --created-as; --type, --server-version, --whitelist, --list-num; --project, --no-project
 struct TableSettings {
-  Settings given;
+  PartialSettings given;
   std::optional<std::string> project_file;
   bool no_project = false;
 

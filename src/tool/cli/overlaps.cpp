@@ -3,7 +3,7 @@
 #include <system_error>
 
 #include "base/input_error.h"
-#include "base/one_line.h"
+#include "base/text.h"
 #include "tool/cli/option_groups.h"
 
 namespace korvel::tool {

@@ -1,5 +1,5 @@
 // Reads arguments with CLI11, which only this file includes. Tested by tests/tool/usage_test.cpp.
-#include "tool/cli/parse.h"
+#include "tool/cli/arguments.h"
 
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
@@ -10,7 +10,7 @@
 #include <string_view>
 
 #include "base/did_you_mean.h"
-#include "base/quote.h"
+#include "base/text.h"
 
 namespace korvel::tool {
 namespace {

@@ -5,8 +5,7 @@
 
 #include "base/file_descriptor.h"
 #include "base/input_error.h"
-#include "base/one_line.h"
-#include "base/quote.h"
+#include "base/text.h"
 #include "project/check_project.h"
 #include "project/waivers.h"
 #include "tool/cli/command.h"
@@ -34,7 +33,7 @@ struct CheckArguments {
     settings.AddTo(arguments);
     arguments.AddText("--against", "git:REV|DIR", against,
                       "compare the project's schema files with those of a commit or a directory");
-    arguments.AddFlag("--allow-new", allow_new, "succeed even if every table is new");
+    arguments.AddFlag("--allow-new", allow_new, "with --against: succeed even if every table is new");
     settings.AddProjectTo(arguments);
     limit.AddTo(arguments);
     report.AddTo(arguments);
@@ -93,22 +92,27 @@ CommandResult CheckAgainst(const CheckArguments& arguments, const CheckOptions& 
   return {.report = std::move(found.report), .project_sources = std::move(found.sources)};
 }
 
-// Two files, any number of paths with --against, or none if the project has a baseline.
-void RequireUsage(const CheckArguments& arguments, bool has_baseline) {
+// Two files, any number of paths with --against, or none.
+void RequireFiles(const CheckArguments& arguments) {
   const std::vector<std::string>& paths = arguments.inputs.paths;
   if (!arguments.against) {
     if (paths.size() == 1) throw UsageError{"NEW is required"};
     if (paths.size() > 2) throw UsageError{"unexpected argument " + Quote(paths[2])};
   }
-  if (paths.empty() && !has_baseline) throw UsageError{"OLD and NEW are required, or --against"};
+  RequireOneStandardInput(paths);
+}
+
+void RequireBaseline(const CheckArguments& arguments, bool has_baseline) {
+  if (arguments.inputs.paths.empty() && !has_baseline) throw UsageError{"OLD and NEW are required, or --against"};
   if (arguments.allow_new && !has_baseline) throw UsageError{"--allow-new requires --against"};
 }
 
 int Run(const CheckArguments& arguments) {
+  RequireFiles(arguments);
   const std::optional<Project> project = arguments.settings.ReadProject();
   const bool is_whole = arguments.inputs.paths.empty();
   const bool has_baseline = arguments.against || (is_whole && project && project->against);
-  RequireUsage(arguments, has_baseline);
+  RequireBaseline(arguments, has_baseline);
   return RunReport(arguments.report, arguments.inputs.paths, [&](LPVESKCATEGORYINST log) {
     const CheckOptions options = arguments.OptionsFor(project ? &*project : nullptr, log);
     CommandResult result = has_baseline ? CheckAgainst(arguments, options) : CheckPair(arguments, options);

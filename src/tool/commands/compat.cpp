@@ -1,16 +1,12 @@
 // Tested by tests/tool/pair_commands_test.cpp.
-#include "project/check_tables.h"
+#include "analysis/check_table_change.h"
 #include "tool/cli/command.h"
 #include "tool/commands/run_report.h"
 
 namespace korvel::tool {
 namespace {
 
-struct CompatArguments {
-  InputFiles inputs;
-  TableSelection selection;
-  ReportOptions report;
-
+struct CompatArguments : PairArguments {
   void AddTo(ArgumentList& arguments) {
     inputs.AddPairTo(arguments, "OLD", "NEW");
     selection.AddTo(arguments);
@@ -18,18 +14,14 @@ struct CompatArguments {
   }
 };
 
-int Run(const CompatArguments& arguments) {
-  return RunReport(arguments.report, arguments.inputs.paths, [&](LPVESKCATEGORYINST log) {
-    CommandResult result = LoadForReport("compat", kOldAndNew, arguments.inputs.paths, *arguments.report.format);
-    const Pair pair = PairOf(result.report);
-    const std::vector<std::string> tables = SelectFromFirst(pair, arguments.selection.tables);
-    CheckEachTable(result.report, tables, arguments.report.log.is_open, [&](const std::string& table) {
-      return CheckOperation(pair, {table, table}, [&](ModifyTable& checker) {
-        return checker.CheckTableMetaCompatible(pair.first.Library(), pair.second.Library(), table.c_str(), log);
-      });
-    });
-    return result;
+TableResult CheckReadability(const Pair& pair, const std::string& table, LPVESKCATEGORYINST log) {
+  return CheckOperation(pair, {table, table}, [&](ModifyTable& checker) {
+    return checker.CheckTableMetaCompatible(pair.first.Library(), pair.second.Library(), table.c_str(), log);
   });
+}
+
+int Run(const CompatArguments& arguments) {
+  return RunPairReport(arguments, {"compat", kOldAndNew, SelectFromFirst, CheckReadability});
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "base/input_error.h"
-#include "base/one_line.h"
+#include "base/text.h"
 #include "project/load_inputs.h"
 #include "qmx/qmx_image.h"
 #include "tool/cli/command.h"

@@ -1,6 +1,6 @@
 // Tested by tests/tool/image_test.cpp.
 #include "project/load_inputs.h"
-#include "schema/schema_file.h"
+#include "schema/input.h"
 #include "tool/cli/command.h"
 #include "tool/cli/option_groups.h"
 #include "tool/io/exit.h"

@@ -4,7 +4,7 @@
 
 #include "base/did_you_mean.h"
 #include "base/input_error.h"
-#include "base/quote.h"
+#include "base/text.h"
 #include "tool/cli/command.h"
 #include "tool/cli/option_groups.h"
 #include "tool/io/exit.h"

@@ -9,6 +9,7 @@
 #include "tool/cli/command.h"
 #include "tool/cli/option_groups.h"
 #include "tool/io/exit.h"
+#include "vesk/closed_category.h"
 
 namespace korvel::tool {
 namespace {
@@ -28,7 +29,7 @@ struct HistoryArguments {
     settings.AddTo(arguments);
     settings.AddProjectTo(arguments);
     limit.AddTo(arguments);
-    arguments.AddFlag("--git", uses_git, "VERSION is a path: check all commits that changed the file");
+    arguments.AddFlag("--git", uses_git, "check all commits that changed the file VERSION");
     output.AddTo(arguments);
     format.AddTo(arguments);
   }
@@ -52,13 +53,13 @@ int Run(const HistoryArguments& arguments) {
   if (arguments.uses_git && count != 1) throw UsageError{"--git requires exactly one path"};
   if (!arguments.uses_git && count < 2) throw UsageError{"at least two versions are required"};
   const std::vector<Input> versions = LoadInputs(PathsOf(arguments));
-  const std::unique_ptr<vesk::LogCategory> log = vesk::LogCategory::Closed();
+  vesk::ClosedCategory log;
   const History history = CheckHistory(versions, {.tables = arguments.selection.tables,
                                                   .given = arguments.settings.given,
                                                   .project = project ? &*project : nullptr,
                                                   .max_findings = arguments.limit.max_findings,
                                                   .wants_suggestions = false,
-                                                  .log = log->handle()});
+                                                  .log = log.handle()});
   for (const Input& version : versions) RequireUnchanged(version);
   arguments.output.Write(arguments.format.json ? RenderHistoryJson(history)
                                                : RenderHistoryText(history, arguments.output.CanColor()));

@@ -1,6 +1,6 @@
 // Tested by tests/tool/lint_test.cpp.
 #include "base/input_error.h"
-#include "base/one_line.h"
+#include "base/text.h"
 #include "project/check_tables.h"
 #include "project/waivers.h"
 #include "tool/cli/command.h"

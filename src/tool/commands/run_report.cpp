@@ -6,15 +6,17 @@
 #include <utility>
 
 #include "base/input_error.h"
+#include "project/check_tables.h"
 #include "project/load_inputs.h"
 #include "tool/io/exit.h"
+#include "vesk/closed_category.h"
 
 namespace korvel::tool {
 namespace {
 
-// Without --log, a closed category: field lengths cannot be checked without one.
+// Null without --log.
 std::unique_ptr<vesk::LogCategory> OpenLog(const LogOptions& options) {
-  if (!options.is_open) return vesk::LogCategory::Closed();
+  if (!options.is_open) return nullptr;
   std::string error;
   std::unique_ptr<vesk::LogCategory> log = vesk::LogCategory::Open(options.settings, error);
   if (log == nullptr) throw InputError{{ToolMessage(error)}};
@@ -38,13 +40,27 @@ int RunReport(const ReportOptions& options, const std::vector<std::string>& inpu
   RequireOneStandardInput(inputs);
   RefuseOverlaps(inputs, options.output, options.log);
   const std::unique_ptr<vesk::LogCategory> log = OpenLog(options.log);
+  vesk::ClosedCategory closed;
   // Never destroyed: the end of the process gives the memory of the schemas back faster.
-  static CommandResult& result = *new CommandResult(check(log->handle()));
-  log->Close();
+  static std::vector<std::unique_ptr<CommandResult>>& results = *new std::vector<std::unique_ptr<CommandResult>>;
+  const CommandResult& result =
+      *results.emplace_back(std::make_unique<CommandResult>(check(log ? log->handle() : closed.handle())));
+  if (log) log->Close();
   for (const Input& input : result.inputs) RequireUnchanged(input);
   options.output.Write(options.format->render(result.report, options.output.CanColor()));
-  if (const std::string failure = log->WriteFailure(); !failure.empty()) throw std::runtime_error(failure);
+  if (const std::string failure = log ? log->WriteFailure() : ""; !failure.empty()) throw std::runtime_error(failure);
   return Summarize(result.report).failing == 0 ? kAllAllowed : kSomeRefused;
+}
+
+int RunPairReport(const PairArguments& arguments, const PairCommand& command) {
+  return RunReport(arguments.report, arguments.inputs.paths, [&](LPVESKCATEGORYINST log) {
+    CommandResult result = LoadForReport(command.name, command.roles, arguments.inputs.paths, *arguments.report.format);
+    const Pair pair = PairOf(result.report);
+    const std::vector<std::string> tables = command.select(pair, arguments.selection.tables);
+    CheckEachTable(result.report, tables, arguments.report.log.is_open,
+                   [&](const std::string& table) { return command.check(pair, table, log); });
+    return result;
+  });
 }
 
 }  // namespace korvel::tool

@@ -8,6 +8,7 @@
 
 #include "report/result/report.h"
 #include "schema/input.h"
+#include "schema/selection.h"
 #include "tool/cli/option_groups.h"
 
 namespace korvel::tool {
@@ -36,5 +37,25 @@ CommandResult LoadForReport(const char* command, const InputRoles& roles, const 
 // InputError about `inputs`, and what `check` throws.
 int RunReport(const ReportOptions& options, const std::vector<std::string>& inputs,
               const std::function<CommandResult(LPVESKCATEGORYINST log)>& check);
+
+// What a command takes that checks tables of two files one by one.
+struct PairArguments {
+  InputFiles inputs;
+  TableSelection selection;
+  ReportOptions report;
+};
+
+// What such a command does.
+struct PairCommand {
+  const char* name;
+  InputRoles roles;
+  // The tables to check.
+  std::function<std::vector<std::string>(const Pair& pair, const std::vector<std::string>& requested)> select;
+  // Checks one of them. May be called by several threads.
+  std::function<TableResult(const Pair& pair, const std::string& table, LPVESKCATEGORYINST log)> check;
+};
+
+// Runs it. Returns and throws as RunReport.
+int RunPairReport(const PairArguments& arguments, const PairCommand& command);
 
 }  // namespace korvel::tool

@@ -1,18 +1,15 @@
 // Tested by tests/tool/pair_commands_test.cpp.
 #include <optional>
 
-#include "project/check_tables.h"
+#include "analysis/check_table_change.h"
 #include "tool/cli/command.h"
 #include "tool/commands/run_report.h"
 
 namespace korvel::tool {
 namespace {
 
-struct SortlistArguments {
-  InputFiles inputs;
-  TableSelection selection;
+struct SortlistArguments : PairArguments {
   std::optional<std::string> dst_table;
-  ReportOptions report;
 
   void AddTo(ArgumentList& arguments) {
     inputs.AddPairTo(arguments, "SRC", "DST");
@@ -26,20 +23,18 @@ struct SortlistArguments {
 int Run(const SortlistArguments& arguments) {
   const std::optional<std::string>& dst_table = arguments.dst_table;
   if (dst_table && arguments.selection.tables.size() != 1) throw UsageError{"--dst-table requires exactly one --table"};
-  return RunReport(arguments.report, arguments.inputs.paths, [&](LPVESKCATEGORYINST log) {
-    CommandResult result = LoadForReport("sortlist", kSourceAndDestination, arguments.inputs.paths, *arguments.report.format);
-    const Pair pair = PairOf(result.report);
+  const auto select = [&](const Pair& pair, const std::vector<std::string>& requested) {
     if (dst_table) RequireTables(pair.second, {*dst_table});
-    const std::vector<std::string> tables = SelectFromFirst(pair, arguments.selection.tables);
-    CheckEachTable(result.report, tables, arguments.report.log.is_open, [&](const std::string& table) {
-      const TableNames names{table, dst_table.value_or(table)};
-      return CheckOperation(pair, names, [&](ModifyTable& checker) {
-        return checker.CompareSortListInfo(names.first.c_str(), names.second.c_str(), pair.first.Library(), pair.second.Library(),
-                                           log);
-      });
+    return SelectFromFirst(pair, requested);
+  };
+  const auto check = [&](const Pair& pair, const std::string& table, LPVESKCATEGORYINST log) {
+    const TableNames names{table, dst_table.value_or(table)};
+    return CheckOperation(pair, names, [&](ModifyTable& checker) {
+      return checker.CompareSortListInfo(names.first.c_str(), names.second.c_str(), pair.first.Library(), pair.second.Library(),
+                                         log);
     });
-    return result;
-  });
+  };
+  return RunPairReport(arguments, {"sortlist", kSourceAndDestination, select, check});
 }
 
 }  // namespace

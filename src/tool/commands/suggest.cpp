@@ -3,14 +3,13 @@
 
 #include <unistd.h>
 
+#include "base/alignment.h"
 #include "base/file_descriptor.h"
 #include "base/input_error.h"
-#include "base/one_line.h"
-#include "base/quote.h"
-#include "base/unified_diff.h"
+#include "base/text.h"
 #include "project/load_inputs.h"
 #include "project/project.h"
-#include "schema/schema_file.h"
+#include "schema/input.h"
 #include "schema/selection.h"
 #include "schema/source.h"
 #include "tool/cli/command.h"
@@ -35,14 +34,14 @@ struct SuggestArguments {
     settings.AddProjectTo(arguments);
     output.AddTo(arguments);
     arguments.AddFlag("--file", whole_file, "print the whole fixed schema file");
-    arguments.AddFlag("--diff", is_diff, "print a unified diff from NEW to the fixed version; the default").excludes = "--file";
+    arguments.AddFlag("--diff", is_diff, "print a unified diff from NEW to the fixed version (default)").excludes = "--file";
   }
 };
 
 std::vector<TableQuestion> QuestionsOf(const Pair& pair, const SuggestArguments& arguments, const Project* project) {
   std::vector<TableQuestion> questions;
   for (const std::string& table : SelectTables(pair, arguments.selection.tables).compared) {
-    const Settings given = GivenFor(arguments.settings.given, project, table);
+    const PartialSettings given = GivenFor(arguments.settings.given, project, table);
     questions.push_back({table, ResolveSettings(given, pair.first, table)});
   }
   return questions;

@@ -1,5 +1,6 @@
 // Tested by tests/tool/pair_commands_test.cpp.
-#include "project/check_tables.h"
+#include "analysis/check_table_change.h"
+#include "project/project.h"
 #include "qmx/qmx_metalib_kernel.h"
 #include "tool/cli/command.h"
 #include "tool/commands/run_report.h"
@@ -7,11 +8,8 @@
 namespace korvel::tool {
 namespace {
 
-struct ValuesArguments {
-  InputFiles inputs;
-  TableSelection selection;
+struct ValuesArguments : PairArguments {
   TableSettings settings;
-  ReportOptions report;
 
   void AddTo(ArgumentList& arguments) {
     inputs.AddPairTo(arguments, "SRC", "DST");
@@ -22,8 +20,8 @@ struct ValuesArguments {
   }
 };
 
-TableResult CheckValues(const Pair& pair, const std::string& table, const Settings& given, LPVESKCATEGORYINST log) {
-  const int created_as = *ResolveSettings(given, pair.first, table).created_as;
+TableResult CheckValues(const Pair& pair, const std::string& table, const PartialSettings& given, LPVESKCATEGORYINST log) {
+  const int created_as = ResolveSettings(given, pair.first, table).created_as;
   const LPQMXMETALIB source = pair.first.Library();
   const LPQMXMETALIB destination = pair.second.Library();
   TableResult result = CheckOperation(pair, {table, table}, [&](ModifyTable& checker) {
@@ -36,21 +34,16 @@ TableResult CheckValues(const Pair& pair, const std::string& table, const Settin
 
 int Run(const ValuesArguments& arguments) {
   const std::optional<Project> project = arguments.settings.ReadProject();
-  return RunReport(arguments.report, arguments.inputs.paths, [&](LPVESKCATEGORYINST log) {
-    CommandResult result = LoadForReport("values", kSourceAndDestination, arguments.inputs.paths, *arguments.report.format);
-    const Pair pair = PairOf(result.report);
-    const std::vector<std::string> tables = SelectFromFirst(pair, arguments.selection.tables);
-    RequireTables(pair.second, tables);
-    CheckEachTable(result.report, tables, arguments.report.log.is_open, [&](const std::string& table) {
-      return CheckValues(pair, table, GivenFor(arguments.settings.given, project ? &*project : nullptr, table), log);
-    });
-    return result;
-  });
+  const auto check = [&](const Pair& pair, const std::string& table, LPVESKCATEGORYINST log) {
+    return CheckValues(pair, table, GivenFor(arguments.settings.given, project ? &*project : nullptr, table), log);
+  };
+  return RunPairReport(arguments, {"values", kSourceAndDestination, SelectFromBoth, check});
 }
 
 }  // namespace
 
-const Command kValuesCommand{"values", "check whether the fields of two schemas are compatible, by their protocols",
+const Command kValuesCommand{"values",
+                             "check whether the fields of two schemas are compatible under the rules of their protocols",
                              Declare<ValuesArguments, Run>};
 
 }  // namespace korvel::tool

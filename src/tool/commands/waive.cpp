@@ -5,8 +5,7 @@
 
 #include "base/calendar.h"
 #include "base/input_error.h"
-#include "base/one_line.h"
-#include "base/quote.h"
+#include "base/text.h"
 #include "project/project.h"
 #include "schema/file_bytes.h"
 #include "tool/cli/command.h"
@@ -28,9 +27,9 @@ struct WaiveArguments {
     arguments.AddPositional("FINGERPRINT", "", fingerprints, "fingerprint of the finding, as shown in reports").is_required =
         true;
     arguments.AddText("--reason", "TEXT", reason, "reason for the waiver").is_required = true;
-    arguments.AddText("--until", "DAY", until, "last day of the waiver, like 2027-01-31").is_required = true;
+    arguments.AddText("--until", "DAY", until, "last day of the waiver, such as 2027-01-31").is_required = true;
     arguments.AddText("--project", "FILE", project_file,
-                      "project file; default: the nearest korvelcheck.toml here or above, else a new one here");
+                      "project file; default: the nearest korvelcheck.toml in this directory or above, else a new one");
     output.AddTo(arguments);
   }
 };

@@ -1,4 +1,5 @@
-// How a call ends: the exit codes, and the exception for a result that is not an error but ends the call with code 1.
+// How a call ends: the exit codes, the exception for a result that is not an error but ends the call with code 1, and what
+// happens when the program cannot go on: a line on standard error and kInternalError instead of a signal.
 #pragma once
 
 #include <string>
@@ -19,5 +20,18 @@ enum ExitCode : int {
 struct NothingAllowed {
   std::vector<std::string> lines;
 };
+
+// --- When the program cannot go on ---
+
+// Prints on standard error that memory ran out. Allocates nothing.
+void PrintOutOfMemory();
+
+// From now on, an exception that nothing can catch (for example if memory runs out in a destructor) ends the program in this way.
+// No half-written file is left behind: none is open where such an exception can occur.
+void InstallTerminateHandler();
+
+// From now on, a mapped file that becomes shorter while it is read (SIGBUS) ends the program in this way. May be called
+// repeatedly and by several threads.
+void InstallSigbusHandler();
 
 }  // namespace korvel::tool

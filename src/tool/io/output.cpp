@@ -13,7 +13,7 @@
 #include <string_view>
 
 #include "base/file_descriptor.h"
-#include "base/one_line.h"
+#include "base/text.h"
 
 namespace korvel::tool {
 namespace {

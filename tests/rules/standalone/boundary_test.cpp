@@ -1,5 +1,5 @@
-// What the checker asks of the outside, how often and in which order, and what it makes of answers that real libraries do not
-// give.
+// Which external operations the checker calls, how often and in which order, and how it handles results that real libraries never
+// return.
 
 #include "rules/standalone/stand_in_test.h"
 
@@ -28,29 +28,29 @@ class Boundary : public StandInTest {
   LPQMXMETA new_meta_ = New({kUid, kZone});
 };
 
-TEST_F(Boundary, AWholeCheckRunsOverStandIns) {
+TEST_F(Boundary, CompleteCheckRunsWithStandIns) {
   TheWorld().comparisons = {{"3.29.0", 1}, {"3.39.0", -1}};
   ModifyTable checker;
   support::CaptureCategory log;
   EXPECT_EQ(Modify(checker, &log, 1, "3.30", "a;b"), 0);
   EXPECT_STREQ(checker.GetErrType(), "entry name is too long:");
-  EXPECT_EQ(TheWorld().Asked("table "), (Texts{"table mall%s of old server [3.30] zeros no flag loud",
-                                               "table mall%s of new server [3.30] zeros no flag loud"}));
-  EXPECT_EQ(TheWorld().Asked("compare "), (Texts{"compare 3.30 with 3.29.0 no flag", "compare 3.30 with 3.39.0 no flag"}));
-  EXPECT_EQ(TheWorld().Asked("split "), Texts{"split [a;b] at [;]"});
+  EXPECT_EQ(TheWorld().CallsOf("table "), (Texts{"table mall%s of old server [3.30] zeros no flag loud",
+                                                 "table mall%s of new server [3.30] zeros no flag loud"}));
+  EXPECT_EQ(TheWorld().CallsOf("compare "), (Texts{"compare 3.30 with 3.29.0 no flag", "compare 3.30 with 3.39.0 no flag"}));
+  EXPECT_EQ(TheWorld().CallsOf("split "), Texts{"split [a;b] at [;]"});
 }
 
-TEST_F(Boundary, AnEmptyWhitelistIsNotSplit) {
+TEST_F(Boundary, EmptyWhitelistIsNotSplit) {
   TheWorld().comparisons = {{"3.29.0", 1}, {"3.39.0", 1}};
   TheWorld().whitelist = {"never"};
   ModifyTable checker;
   support::CaptureCategory log;
   EXPECT_EQ(Modify(checker, &log, 1, "3.30"), 0);
-  EXPECT_TRUE(TheWorld().Asked("split ").empty());
+  EXPECT_TRUE(TheWorld().CallsOf("split ").empty());
   EXPECT_TRUE(checker.whiteVec.empty());
 }
 
-TEST_F(Boundary, AnEmptyPieceOfTheWhitelistMatchesNoField) {
+TEST_F(Boundary, EmptyPieceOfTheWhitelistMatchesNoField) {
   TheWorld().comparisons = {{"3.29.0", -1}, {"3.39.0", -1}};
   TheWorld().whitelist = {""};
   FakeLibrary large("large");
@@ -61,13 +61,13 @@ TEST_F(Boundary, AnEmptyPieceOfTheWhitelistMatchesNoField) {
   EXPECT_STREQ(checker.GetErrType(), "ERR_ENTRY_LEN;|");
 }
 
-TEST_F(Boundary, WithoutAServerVersionNothingIsCompared) {
+TEST_F(Boundary, NothingIsComparedWithoutServerVersion) {
   ModifyTable checker;
   EXPECT_EQ(Modify(checker, nullptr), 0);
-  EXPECT_TRUE(TheWorld().Asked("compare ").empty());
+  EXPECT_TRUE(TheWorld().CallsOf("compare ").empty());
 }
 
-// Zero from the comparison means the same version, and the limit of that version holds.
+// Zero from the comparison means the same version, and the limit of that version applies.
 TEST_F(Boundary, LimitsFollowTheComparison) {
   const auto largest = [&](int with_29, int with_39) {
     TheWorld().comparisons = {{"3.29.0", with_29}, {"3.39.0", with_39}};
@@ -90,20 +90,20 @@ TEST_F(Boundary, LimitsFollowTheComparison) {
 TEST_F(Boundary, BothVersionsAreReadOnceAndTheOldOneAgain) {
   ModifyTable checker;
   EXPECT_EQ(Modify(checker, nullptr), 0);
-  EXPECT_EQ(TheWorld().Asked("version "), (Texts{"version of old", "version of new", "version of old"}));
+  EXPECT_EQ(TheWorld().CallsOf("version "), (Texts{"version of old", "version of new", "version of old"}));
 }
 
-TEST_F(Boundary, TheOldVersionIsNotReadAgainWhereOnlyTheTlvRulesRun) {
+TEST_F(Boundary, OldVersionIsNotReadAgainIfOnlyTheTlvRulesRun) {
   old_.Lib()->iFlag = new_.Lib()->iFlag = 1;
   ModifyTable checker;
   EXPECT_EQ(Modify(checker, nullptr, 2), 0);
-  EXPECT_EQ(TheWorld().Asked("version "), (Texts{"version of old", "version of new"}));
+  EXPECT_EQ(TheWorld().CallsOf("version "), (Texts{"version of old", "version of new"}));
 }
 
-// The second reading fails: no text, no record, the buffer as it was - and that is the trace.
-TEST_F(Boundary, ASecondReadingThatFailsIsSilent) {
+// The second reading fails: no text, no record, and the buffer is unchanged: it holds the trace.
+TEST_F(Boundary, FailingSecondReadingWritesNoText) {
   old_.versions = {5, -1};
-  const Outcome outcome = Judge([&](ModifyTable& checker, auto log) { return Modify(checker, log); }, false);
+  const Outcome outcome = OutcomeOf([&](ModifyTable& checker, auto log) { return Modify(checker, log); }, false);
   const std::string trace = "src/common/modify_table.cpp(LINE)-<KorvelModifyTable>:  m_svr_ver: table:'mall%s' type is :0";
   EXPECT_EQ(outcome, (Outcome{-2,
                               trace,
@@ -111,7 +111,7 @@ TEST_F(Boundary, ASecondReadingThatFailsIsSilent) {
                                Info("CompareSplittableKey", "Table dose not have SplittableKey! table:'mall%s'")}}));
 }
 
-TEST_F(Boundary, TheSecondReadingIsTheOneThatCounts) {
+TEST_F(Boundary, SecondReadingCounts) {
   old_.SetKey(old_.AddMeta("shop%s", {kUid}), {0});
   new_.SetKey(new_.AddMeta("shop%s", {kUid, EntryFacts{.name = "note", .version = 7}}), {0});
   new_.versions = {9};
@@ -124,56 +124,56 @@ TEST_F(Boundary, TheSecondReadingIsTheOneThatCounts) {
   EXPECT_EQ(modify({6, 7}), -8);
 }
 
-TEST_F(Boundary, ValuesAskOnlyTheSourcesVersion) {
+TEST_F(Boundary, ValuesReadsOnlyTheVersionOfTheSource) {
   old_.versions = {-1};
   const auto values = [&](ModifyTable& checker, LPVESKCATEGORYINST log) {
     return checker.CompareValue(old_meta_, new_meta_, old_.Lib(), new_.Lib(), 1, log);
   };
-  EXPECT_EQ(Judge(values),
+  EXPECT_EQ(OutcomeOf(values),
             (Outcome{.code = -2, .log = {ErrorLogOnly("CompareValue", "get table [mall%s] metalib version failed.")}}));
-  EXPECT_EQ(TheWorld().Asked("version "), (Texts{"version of old", "version of old"})) << "once for each of the two checkers";
+  EXPECT_EQ(TheWorld().CallsOf("version "), (Texts{"version of old", "version of old"})) << "once for each of the two checkers";
 }
 
-TEST_F(Boundary, CompatibilityAsksOnlyTheOldVersion) {
+TEST_F(Boundary, CompatibilityReadsOnlyTheOldVersion) {
   ModifyTable checker;
   EXPECT_EQ(checker.CheckTableMetaCompatible(old_.Lib(), new_.Lib(), "mall%s", nullptr), 0);
-  EXPECT_EQ(TheWorld().Asked("version "), Texts{"version of old"});
-  EXPECT_EQ(TheWorld().Asked("meta of "), (Texts{"meta of old mall%s", "meta of new mall%s"}));
-  EXPECT_TRUE(TheWorld().Asked("table ").empty());
+  EXPECT_EQ(TheWorld().CallsOf("version "), Texts{"version of old"});
+  EXPECT_EQ(TheWorld().CallsOf("meta of "), (Texts{"meta of old mall%s", "meta of new mall%s"}));
+  EXPECT_TRUE(TheWorld().CallsOf("table ").empty());
 }
 
-// The type of an added field is asked of the old entry, which is not there.
+// The type of an added field is read from the old entry, which does not exist.
 class TypeOfNull : public StandInTest {
  protected:
   Outcome Version(int type_of_null) {
     TheWorld().type_of_null = type_of_null;
-    return Judge([&](ModifyTable& checker, auto log) { return checker.CompareVersion(old_meta_, new_meta_, 5, log); });
+    return OutcomeOf([&](ModifyTable& checker, auto log) { return checker.CompareVersion(old_meta_, new_meta_, 5, log); });
   }
 
   LPQMXMETA old_meta_ = Old({kUid});
   LPQMXMETA new_meta_ = New({kUid, EntryFacts{.name = "note", .version = 6}, EntryFacts{.name = "more", .version = 6}});
 };
 
-TEST_F(TypeOfNull, ASimpleAnswerPasses) {
+TEST_F(TypeOfNull, SimpleTypePasses) {
   for (const int type : {-1, 2, 7}) EXPECT_EQ(Version(type), Outcome{}) << type;
 }
 
-TEST_F(TypeOfNull, ACompositeAnswerEndsInTheParameterCheck) {
+TEST_F(TypeOfNull, CompositeTypeIsRefusedByTheParameterCheck) {
   for (const int type : {0, 1}) EXPECT_EQ(Version(type), Refused(-1, "CompareVersion", kNullMeta)) << type;
 }
 
-TEST_F(TypeOfNull, IsAskedForEveryAddedField) {
+TEST_F(TypeOfNull, IsReadForEveryAddedField) {
   ModifyTable checker;
   EXPECT_EQ(checker.CompareVersion(old_meta_, new_meta_, 5, nullptr), 0);
-  EXPECT_EQ(TheWorld().Asked("type of null").size(), 2U);
+  EXPECT_EQ(TheWorld().CallsOf("type of null").size(), 2U);
   EXPECT_EQ(checker.CompareVersion(old_meta_, new_meta_, 6, nullptr), -8);
-  EXPECT_EQ(TheWorld().Asked("type of null").size(), 2U) << "a refused field is not asked";
+  EXPECT_EQ(TheWorld().CallsOf("type of null").size(), 2U) << "not called for a refused field";
 }
 
-TEST_F(TypeOfNull, IsNotAskedByTheOrderRule) {
+TEST_F(TypeOfNull, IsNotReadByTheOrderRule) {
   ModifyTable checker;
   EXPECT_EQ(checker.CompareOrder(old_meta_, new_meta_, nullptr), 0);
-  EXPECT_TRUE(TheWorld().Asked("type of null").empty());
+  EXPECT_TRUE(TheWorld().CallsOf("type of null").empty());
 }
 
 TEST_F(TypeOfNull, StructuresComeFromTheLibrariesThatOwnTheMetas) {
@@ -184,22 +184,22 @@ TEST_F(TypeOfNull, StructuresComeFromTheLibrariesThatOwnTheMetas) {
   EXPECT_EQ(checker.CompareVersion(old_meta, new_meta, 5, nullptr), 0);
   EXPECT_EQ(checker.CompareOrder(old_meta, new_meta, nullptr), 0);
   EXPECT_EQ(checker.CompareEntryValueField(old_meta, new_meta, nullptr), 0);
-  EXPECT_EQ(TheWorld().Asked("structure in old").size(), 3U);
-  EXPECT_EQ(TheWorld().Asked("structure in new").size(), 3U);
+  EXPECT_EQ(TheWorld().CallsOf("structure in old").size(), 3U);
+  EXPECT_EQ(TheWorld().CallsOf("structure in new").size(), 3U);
 }
 
-// The splittable key's text cannot be read.
+// The text of the splittable key cannot be read.
 class SplittableKey : public StandInTest {
  protected:
   Outcome Compare(int old_result, int new_result, const std::string& old_text, const std::string& new_text) {
     LPQMXMETA old_meta = old_.AddMeta("mall%s", {kUid}), new_meta = new_.AddMeta("shop%s", {kUid});
     old_.SetSplittableKey(old_meta, old_text, old_result);
     new_.SetSplittableKey(new_meta, new_text, new_result);
-    return Judge([&](ModifyTable& checker, auto log) { return checker.CompareSplittableKey(old_meta, new_meta, log); });
+    return OutcomeOf([&](ModifyTable& checker, auto log) { return checker.CompareSplittableKey(old_meta, new_meta, log); });
   }
 };
 
-TEST_F(SplittableKey, AnyResultButZeroIsAFailure) {
+TEST_F(SplittableKey, NonZeroResultIsAFailure) {
   const Outcome no_new = Refused(-5, "CompareSplittableKey", "Can't get new splittablekey! table:'shop%s'");
   const Outcome no_old = Refused(-5, "CompareSplittableKey", "Can't get old splittablekey! table:'mall%s'");
   EXPECT_EQ(Compare(0, -1, "uid", "uid"), no_new);
@@ -208,33 +208,34 @@ TEST_F(SplittableKey, AnyResultButZeroIsAFailure) {
   EXPECT_EQ(Compare(9, 0, "uid", "uid"), no_old);
 }
 
-TEST_F(SplittableKey, TheOldTextIsNotAskedWhereTheNewOneFailed) {
+TEST_F(SplittableKey, OldTextIsNotReadIfTheNewOneFailed) {
   Compare(-1, -1, "uid", "uid");
-  const std::string asked = "splittable key of shop%s size 1024 zeros no error";
-  EXPECT_EQ(TheWorld().Asked("splittable "), (Texts{asked, asked})) << "once for each of the two checkers";
+  const std::string call = "splittable key of shop%s size 1024 zeros no error";
+  EXPECT_EQ(TheWorld().CallsOf("splittable "), (Texts{call, call})) << "once for each of the two checkers";
 }
 
-TEST_F(SplittableKey, TheNewTextIsReadFirstIntoBuffersOfZeros) {
+TEST_F(SplittableKey, NewTextIsReadFirstIntoZeroedBuffers) {
   EXPECT_EQ(Compare(0, 0, "uid", "uid"), Outcome{});
-  const std::string old_asked = "splittable key of mall%s size 1024 zeros no error";
-  const std::string new_asked = "splittable key of shop%s size 1024 zeros no error";
-  EXPECT_EQ(TheWorld().Asked("splittable "), (Texts{new_asked, old_asked, new_asked, old_asked}));
+  const std::string old_call = "splittable key of mall%s size 1024 zeros no error";
+  const std::string new_call = "splittable key of shop%s size 1024 zeros no error";
+  EXPECT_EQ(TheWorld().CallsOf("splittable "), (Texts{new_call, old_call, new_call, old_call}));
 }
 
-TEST_F(SplittableKey, TextsAreComparedWholeAndShownAsTheyAre) {
+TEST_F(SplittableKey, TextsAreComparedCompletelyAndShownUnchanged) {
   EXPECT_EQ(Compare(0, 0, "", ""), Outcome{});
   EXPECT_EQ(Compare(0, 0, "%n%s", "%n"),
             Refused(-5, "CompareSplittableKey", "Splittablekey can't be modified! splittablekey:'%n%s' table:'mall%s'"));
 }
 
-// Indexes over poison: nothing of an index but name, number and columns is read.
+// Indexes in poisoned memory: only name, number and columns of an index are read.
 using Offsets = StandInTest;
 
 TEST_F(Offsets, IndexesAreReadThroughTheirOffsets) {
   LPQMXMETA old_meta = Old({kUid, kZone}), new_meta = New({kZone, kUid});
   old_.AddIndex(old_meta, "by%s", {0, 1});
   new_.AddIndex(new_meta, "by%s", {0, 1});
-  EXPECT_EQ(Judge([&](ModifyTable& checker, auto log) { return checker.CompareIndex(old_meta, new_meta, 0, log); }), Outcome{});
+  EXPECT_EQ(OutcomeOf([&](ModifyTable& checker, auto log) { return checker.CompareIndex(old_meta, new_meta, 0, log); }),
+            Outcome{});
 }
 
 }  // namespace

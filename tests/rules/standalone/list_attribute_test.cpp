@@ -1,4 +1,4 @@
-// The comparison of sort attributes at the end of CheckListMetaInfo, over entries that may be missing, nameless or without
+// The comparison of sort attributes at the end of CheckListMetaInfo, with entries that may be missing, nameless or without
 // attribute.
 
 #include "rules/standalone/stand_in_test.h"
@@ -32,7 +32,7 @@ class SortAttribute : public testing::TestWithParam<AttributeRow>, protected New
   SortAttribute() { old_.table = new_.table = {.result = 0, .type = 2, .number = 8, .sort_fields = 1}; }
 
   Outcome Compare() {
-    return Judge(
+    return OutcomeOf(
         [&](ModifyTable& checker, auto log) { return checker.CheckListMetaInfo("mall%s", old_.Lib(), new_.Lib(), log, 0, 0); });
   }
 
@@ -40,7 +40,7 @@ class SortAttribute : public testing::TestWithParam<AttributeRow>, protected New
   FakeLibrary new_{"new"};
 };
 
-TEST_P(SortAttribute, AnswersExactly) {
+TEST_P(SortAttribute, HasExpectedOutcome) {
   old_.AddMeta("mall%s", GetParam().old_entries);
   new_.AddMeta("mall%s", GetParam().new_entries);
   EXPECT_EQ(Compare(), GetParam().expected);
@@ -70,9 +70,9 @@ std::vector<AttributeRow> Rows() {
        Differs(-11, "System error:old_customattr2:sort=1,new_customattr2:sort=1 ")},
       {"name_in_other_letter_case_is_another_field", {level}, {With("LEVEL", "sort=2")}, kPassed},
       {"second_field_changed", {other, level}, {other, With("level", "%s")}, changed},
-      {"first_change_ends", {level, other}, {With("level", "%s"), With("other", "y")}, changed},
-      {"empty_attribute_of_the_name_is_passed_over", {empty, level}, {With("level", "%s")}, changed},
-      {"missing_attribute_of_the_name_is_passed_over", {Bare("level"), level}, {With("level", "%s")}, changed},
+      {"stops_at_first_change", {level, other}, {With("level", "%s"), With("other", "y")}, changed},
+      {"empty_attribute_of_the_name_is_skipped", {empty, level}, {With("level", "%s")}, changed},
+      {"missing_attribute_of_the_name_is_skipped", {Bare("level"), level}, {With("level", "%s")}, changed},
       {"search_ends_at_the_first_of_the_name", {level, With("level", "%s")}, {level}, kPassed},
       {"null_new_entry", {level}, {level, kNull}, Differs(-7, "System error:get entry(1) failed <-7>")},
       {"null_new_entry_first", {}, {kNull, level}, Differs(-7, "System error:get entry(0) failed <-7>")},
@@ -82,14 +82,14 @@ std::vector<AttributeRow> Rows() {
       {"null_old_entry", {other, kNull, level}, {level}, Differs(-9, "System error:get entry(1) failed <-9>")},
       {"null_old_entry_first", {kNull, level}, {level}, Differs(-9, "System error:get entry(0) failed <-9>")},
       {"nameless_old_entry_first", {Nameless("x")}, {level}, Differs(-10, "System error:get entry(0) name failed <-10>")},
-      {"null_old_entry_behind_the_match", {level, kNull}, {level}, kPassed},
-      {"null_old_entry_behind_a_match_of_one_field_only",
+      {"null_old_entry_after_the_match", {level, kNull}, {level}, kPassed},
+      {"null_old_entry_after_a_match_of_one_field_only",
        {level, kNull},
        {level, other},
        Differs(-9, "System error:get entry(1) failed <-9>")},
       {"null_old_entry_but_no_attribute_in_new", {kNull}, {bare}, kPassed},
       {"nameless_old_entry", {other, Nameless("x"), level}, {level}, Differs(-10, "System error:get entry(1) name failed <-10>")},
-      {"nameless_old_entry_behind_the_match", {level, Nameless("x")}, {level}, kPassed},
+      {"nameless_old_entry_after_the_match", {level, Nameless("x")}, {level}, kPassed},
       {"nameless_old_entry_without_attribute", {EntryFacts{}, level}, {level}, kPassed},
       {"nameless_old_entry_with_empty_attribute", {Nameless(""), level}, {level}, kPassed},
   };
@@ -98,7 +98,7 @@ std::vector<AttributeRow> Rows() {
 std::string AttributeName(const testing::TestParamInfo<AttributeRow>& info) { return info.param.name; }
 INSTANTIATE_TEST_SUITE_P(List, SortAttribute, testing::ValuesIn(Rows()), AttributeName);
 
-// The same comparison, for tables that need more than a row.
+// The same comparison, for tables that are more than a row.
 class AttributeSearch : public StandInTest {
  protected:
   AttributeSearch() { old_.table = new_.table = {.result = 0, .type = 2, .number = 8, .sort_fields = 1}; }
@@ -109,32 +109,32 @@ class AttributeSearch : public StandInTest {
   }
 };
 
-TEST_F(AttributeSearch, AnEntryWithoutAttributeIsNotAskedItsName) {
+TEST_F(AttributeSearch, NameOfEntryWithoutAttributeIsNotRead) {
   Old({Bare("bare"), With("level", "sort=1")});
   New({Bare("plain"), With("level", "sort=1")});
   EXPECT_EQ(Compare(), 0);
-  EXPECT_TRUE(TheWorld().Asked("name of bare").empty());
-  EXPECT_TRUE(TheWorld().Asked("name of plain").empty());
-  EXPECT_FALSE(TheWorld().Asked("name of level").empty());
+  EXPECT_TRUE(TheWorld().CallsOf("name of bare").empty());
+  EXPECT_TRUE(TheWorld().CallsOf("name of plain").empty());
+  EXPECT_FALSE(TheWorld().CallsOf("name of level").empty());
 }
 
-TEST_F(AttributeSearch, EachSidesAttributeIsReadThroughItsOwnLibrary) {
+TEST_F(AttributeSearch, AttributesAreReadThroughTheirOwnLibrary) {
   Old({With("level", "sort=1")});
   New({With("level", "sort=1")});
   EXPECT_EQ(Compare(), 0);
-  EXPECT_EQ(TheWorld().Asked("attribute in"), (Texts{"attribute in new", "attribute in old"}));
+  EXPECT_EQ(TheWorld().CallsOf("attribute in"), (Texts{"attribute in new", "attribute in old"}));
 }
 
-TEST_F(AttributeSearch, AnUnsortedListDoesNotReachTheComparison) {
+TEST_F(AttributeSearch, UnsortedListIsNotCompared) {
   old_.table.sort_fields = new_.table.sort_fields = 0;
   Old({With("level", "a"), kNull});
   New({With("level", "b"), kNull});
   EXPECT_EQ(Compare(), 0);
-  EXPECT_TRUE(TheWorld().Asked("meta of").empty());
+  EXPECT_TRUE(TheWorld().CallsOf("meta of").empty());
 }
 
-// Long lists are not walked: the attribute is the match's, in whatever order entries were looked at.
-TEST_F(AttributeSearch, LongListsAnswerAsShortOnes) {
+// Long lists are not searched linearly: the attribute is that of the matching entry, in whatever order entries were read.
+TEST_F(AttributeSearch, LongListsGiveTheSameResultsAsShortOnes) {
   Entries old_entries, new_entries;
   for (int i = 0; i < 40; ++i) old_entries.emplace_back(With("f" + std::to_string(i), "a" + std::to_string(i)));
   old_entries.emplace_back(With("f3", "another"));
@@ -146,32 +146,32 @@ TEST_F(AttributeSearch, LongListsAnswerAsShortOnes) {
       .entries
       .at(TheWorld().metas.at(new_meta).entries[36])  // "f3"
       .attr2 = "b";
-  const auto ask = [&](ModifyTable& checker, auto log) {
+  const auto call = [&](ModifyTable& checker, auto log) {
     return checker.CheckListMetaInfo("mall%s", old_.Lib(), new_.Lib(), log, 0, 0);
   };
-  EXPECT_EQ(Judge(ask), Differs(-11, "System error:old_customattr2:a3,new_customattr2:b"));
+  EXPECT_EQ(OutcomeOf(call), Differs(-11, "System error:old_customattr2:a3,new_customattr2:b"));
 }
 
-TEST_F(AttributeSearch, LongListsEndAtAMissingEntry) {
+TEST_F(AttributeSearch, LongListsEndAtMissingEntry) {
   Entries entries;
   for (int i = 0; i < 20; ++i) entries.emplace_back(With("f" + std::to_string(i), "a"));
   New(entries);
   entries[15] = kNull;
   Old(entries);
-  const auto ask = [&](ModifyTable& checker, auto log) {
+  const auto call = [&](ModifyTable& checker, auto log) {
     return checker.CheckListMetaInfo("mall%s", old_.Lib(), new_.Lib(), log, 0, 0);
   };
-  EXPECT_EQ(Judge(ask), Differs(-9, "System error:get entry(15) failed <-9>"));
+  EXPECT_EQ(OutcomeOf(call), Differs(-9, "System error:get entry(15) failed <-9>"));
 }
 
-TEST_F(AttributeSearch, LongAttributesAreCut) {
+TEST_F(AttributeSearch, LongAttributesAreTruncated) {
   const std::string text(2000, 'a');
   Old({With("level", text)});
   New({With("level", "b")});
-  const auto ask = [&](ModifyTable& checker, auto log) {
+  const auto call = [&](ModifyTable& checker, auto log) {
     return checker.CheckListMetaInfo("mall%s", old_.Lib(), new_.Lib(), log, 0, 0);
   };
-  EXPECT_EQ(Judge(ask), Differs(-11, ("System error:old_customattr2:" + text).substr(0, 1023)));
+  EXPECT_EQ(OutcomeOf(call), Differs(-11, ("System error:old_customattr2:" + text).substr(0, 1023)));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// CheckListMetaInfo and CompareSortListInfo over what CheckTable is told to answer.
+// CheckListMetaInfo and CompareSortListInfo with given results of CheckTable.
 
 #include "rules/standalone/stand_in_test.h"
 
@@ -44,14 +44,14 @@ class ListRule : public testing::TestWithParam<ListRow>, protected NewWorld {
   FakeLibrary new_{"new"};
 };
 
-TEST_P(ListRule, AnswersExactly) {
+TEST_P(ListRule, HasExpectedOutcome) {
   const ListRow& row = GetParam();
   old_.table = row.old_side;
   new_.table = row.new_side;
-  const auto ask = [&](ModifyTable& checker, auto log) {
+  const auto call = [&](ModifyTable& checker, auto log) {
     return checker.CheckListMetaInfo("mall%s", old_.Lib(), new_.Lib(), log, row.maybe_type, row.maybe_number);
   };
-  EXPECT_EQ(Judge(ask), row.expected);
+  EXPECT_EQ(OutcomeOf(call), row.expected);
 }
 
 std::vector<ListRow> GainRows() {
@@ -69,15 +69,15 @@ std::vector<ListRow> GainRows() {
       {"sorted_even_if_the_server_holds_it", kOldKind, Sorted(2), 1, 8, sorted},
       {"sort_fields_negative_are_none", kOldKind, {.result = 0, .type = 1, .number = 8, .sort_fields = -1}, 1, 8, {}},
       {"type_two_is_a_list", kOldKind, Kind(2), 1, 8, {}},
-      {"the_callers_two_is_not", kOldKind, Kind(2), 2, 8, type("LIST", "LIST")},
+      {"callers_two_is_not", kOldKind, Kind(2), 2, 8, type("LIST", "LIST")},
       {"the_callers_two_matches_no_list", kOldKind, Kind(1), 2, 8, type("LIST", "LIST")},
       {"type_three_is_no_list", kOldKind, Kind(3), 1, 8, type("LIST", "LIST")},
       {"equal_odd_types", kOldKind, Kind(3), 3, 9, {}},
       {"negative_type", kOldKind, Kind(-1), 0, 8, type("GENERIC", "LIST")},
       {"generic_on_the_server", kOldKind, Kind(1), 0, 8, type("GENERIC", "LIST")},
       {"type_before_number", kOldKind, Kind(1), 0, 9, type("GENERIC", "LIST")},
-      {"number_differs_up", kOldKind, Kind(1, 9), 1, 8, number(8, 9)},
-      {"number_differs_down", kOldKind, Kind(1, 7), 1, 8, number(8, 7)},
+      {"number_larger", kOldKind, Kind(1, 9), 1, 8, number(8, 9)},
+      {"number_smaller", kOldKind, Kind(1, 7), 1, 8, number(8, 7)},
       {"number_is_not_compared_for_generic", kOldKind, Kind(0, 9), 0, 8, {}},
       {"number_is_compared_for_a_folded_type", kOldKind, Kind(2, 9), 1, 8, number(8, 9)},
       {"back_to_the_old_kind", Kind(1), kOldKind, 1, 8,
@@ -126,7 +126,7 @@ std::vector<ListRow> KeepRows() {
       {"sort_rule_before_protocol", everything, same_fields, 0, 0, Differs(-15, 2, 2, rule_text + "DESC to INSC")},
       {"protocol_before_attributes", everything, same_rule, 0, 0,
        Differs(-16, 2, 2, "Can't change DataProtocolType from QMX to TLV")},
-      {"table_missing_behind_the_attributes", Sorted(1), Sorted(1), 0, 0, Passed(2, 2)},
+      {"table_missing_after_the_attributes", Sorted(1), Sorted(1), 0, 0, Passed(2, 2)},
   };
 }
 
@@ -135,47 +135,47 @@ INSTANTIATE_TEST_SUITE_P(Keep, ListRule, testing::ValuesIn(KeepRows()), ListRowN
 
 using List = StandInTest;
 
-TEST_F(List, SortRulesOneAndTwoDifferThoughBothAreCalledDESC) {
+TEST_F(List, SortRulesOneAndTwoDifferAlthoughBothAreNamedDESC) {
   old_.table = Sorted(1, 1);
   new_.table = Sorted(1, 2);
-  EXPECT_EQ(Judge([&](ModifyTable& checker, auto log) {
+  EXPECT_EQ(OutcomeOf([&](ModifyTable& checker, auto log) {
               return checker.CheckListMetaInfo("mall%s", old_.Lib(), new_.Lib(), log, 0, 0);
             }),
             Differs(-15, 2, 2, "Can't change sort_rule from DESC to DESC"));
 }
 
-TEST_F(List, LongTableNamesAreCutInTheBufferOnly) {
+TEST_F(List, LongTableNamesAreTruncatedInTheBufferOnly) {
   const std::string table(2000, 'm');
-  const auto judge = [&] {
-    return Judge([&](ModifyTable& checker, auto log) {
+  const auto outcome = [&] {
+    return OutcomeOf([&](ModifyTable& checker, auto log) {
       return checker.CheckListMetaInfo(table.c_str(), old_.Lib(), new_.Lib(), log, 1, 8);
     });
   };
   const auto cut = [](int code, const std::string& text) { return Refused(code, kRule, text.substr(0, 1023)); };
   new_.table = Sorted(1);
-  EXPECT_EQ(judge(), cut(-3, "Can't modify table type (table:" + table));
+  EXPECT_EQ(outcome(), cut(-3, "Can't modify table type (table:" + table));
   new_.table = Kind(0);
-  EXPECT_EQ(judge(), cut(-4, "Can't change table_type(table:" + table));
+  EXPECT_EQ(outcome(), cut(-4, "Can't change table_type(table:" + table));
   new_.table = Kind(1, 9);
-  EXPECT_EQ(judge(), cut(-5, "Can't change table_list_num(table:" + table));
+  EXPECT_EQ(outcome(), cut(-5, "Can't change table_list_num(table:" + table));
   new_.table = kOldKind;
   old_.table = Kind(1);
-  EXPECT_EQ(judge(), cut(-15, "Can't change table " + table));
+  EXPECT_EQ(outcome(), cut(-15, "Can't change table " + table));
   new_.table = Kind(1);
-  EXPECT_EQ(judge().log, Texts{Info(kRule, "CheckListMetaInfo(" + table + ") old_table_type:1,new_table_type:1")});
+  EXPECT_EQ(outcome().log, Texts{Info(kRule, "CheckListMetaInfo(" + table + ") old_table_type:1,new_table_type:1")});
 }
 
-// The lighter sibling.
+// CompareSortListInfo, which compares less.
 class SortListRule : public ListRule {};
 
-TEST_P(SortListRule, AnswersExactly) {
+TEST_P(SortListRule, HasExpectedOutcome) {
   const ListRow& row = GetParam();
   old_.table = row.old_side;
   new_.table = row.new_side;
-  const auto ask = [&](ModifyTable& checker, auto log) {
+  const auto call = [&](ModifyTable& checker, auto log) {
     return checker.CompareSortListInfo("mall%s", "shop%s", old_.Lib(), new_.Lib(), log);
   };
-  EXPECT_EQ(Judge(ask), row.expected);
+  EXPECT_EQ(OutcomeOf(call), row.expected);
 }
 
 std::vector<ListRow> SortRows() {
@@ -198,18 +198,18 @@ std::vector<ListRow> SortRows() {
 
 INSTANTIATE_TEST_SUITE_P(SortList, SortListRule, testing::ValuesIn(SortRows()), ListRowName);
 
-TEST_F(List, OfTheSiblingLongTableNamesAreCut) {
+TEST_F(List, LongTableNamesAreTruncatedForSortLists) {
   const std::string source(2000, 's'), destination(2000, 'd');
-  const auto judge = [&] {
-    return Judge([&](ModifyTable& checker, auto log) {
+  const auto outcome = [&] {
+    return OutcomeOf([&](ModifyTable& checker, auto log) {
       return checker.CompareSortListInfo(source.c_str(), destination.c_str(), old_.Lib(), new_.Lib(), log);
     });
   };
   new_.table = Sorted(1);
-  EXPECT_EQ(judge(), Refused(-3, kSort, ("Can't modify table type (table:" + destination).substr(0, 1023)));
+  EXPECT_EQ(outcome(), Refused(-3, kSort, ("Can't modify table type (table:" + destination).substr(0, 1023)));
   new_.table = kOldKind;
   old_.table = Kind(1);
-  EXPECT_EQ(judge(), Refused(-15, kSort, ("Can't change table " + source).substr(0, 1023)));
+  EXPECT_EQ(outcome(), Refused(-15, kSort, ("Can't change table " + source).substr(0, 1023)));
 }
 
 }  // namespace

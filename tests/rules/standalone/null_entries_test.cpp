@@ -1,4 +1,4 @@
-// Entries that cannot be read: skipped, except where an operation names a result for them.
+// Entries that cannot be read: skipped, unless the operation defines a result for them.
 
 #include "common/lookup.h"
 #include "qmx/qmx_metalib_kernel.h"
@@ -23,7 +23,7 @@ TEST_F(NullEntries, LookupByNameCountsTheirPositions) {
   EXPECT_STREQ(checker.GetErrType(), "");
 }
 
-TEST_F(NullEntries, LookupByIdPassesThemOver) {
+TEST_F(NullEntries, LookupByIdSkipsThem) {
   LPQMXMETA meta = Old({kNull, kUid, EntryFacts{.name = "first", .id = 0}});
   ModifyTable checker;
   EXPECT_NE(checker.CheckWhetherExistEntryById(1, meta, nullptr), nullptr);
@@ -32,35 +32,36 @@ TEST_F(NullEntries, LookupByIdPassesThemOver) {
   EXPECT_STREQ(checker.GetErrType(), "");
 }
 
-TEST_F(NullEntries, FieldSetPassesThemOver) {
+TEST_F(NullEntries, FieldSetSkipsThem) {
   LPQMXMETA old_meta = Old({kNull, kUid, kZone}), new_meta = New({kZone, kNull, kUid});
   const Outcome same = {.log = {Info("CompareTableField", "CompareValueField between new and old table:mall%s successed")}};
-  EXPECT_EQ(Judge([&](ModifyTable& checker, auto log) { return checker.CompareTableField(old_meta, new_meta, log); }), same);
+  EXPECT_EQ(OutcomeOf([&](ModifyTable& checker, auto log) { return checker.CompareTableField(old_meta, new_meta, log); }), same);
 }
 
 TEST_F(NullEntries, FieldSetFindsNothingAmongThem) {
   LPQMXMETA old_meta = Old({kUid}), new_meta = New({kNull});
-  EXPECT_EQ(Judge([&](ModifyTable& checker, auto log) { return checker.CompareTableField(old_meta, new_meta, log); }),
+  EXPECT_EQ(OutcomeOf([&](ModifyTable& checker, auto log) { return checker.CompareTableField(old_meta, new_meta, log); }),
             Refused(-34, "CompareTableField", "can not find value_entry:uid in mall%s"));
 }
 
-TEST_F(NullEntries, VersionRulePassesThemOver) {
+TEST_F(NullEntries, VersionRuleSkipsThem) {
   LPQMXMETA old_meta = Old({kNull, kUid}), new_meta = New({kNull, kUid});
-  EXPECT_EQ(Judge([&](ModifyTable& checker, auto log) { return checker.CompareVersion(old_meta, new_meta, 5, log); }), Outcome{});
-}
-
-TEST_F(NullEntries, OrderRulePassesThemOver) {
-  LPQMXMETA old_meta = Old({kNull, kUid, kNull, kZone}), new_meta = New({kNull, kUid, kNull, kZone});
-  EXPECT_EQ(Judge([&](ModifyTable& checker, auto log) { return checker.CompareOrder(old_meta, new_meta, log); }), Outcome{});
-}
-
-TEST_F(NullEntries, RecordRulesPassThemOver) {
-  LPQMXMETA old_meta = Old({kNull, kUid}), new_meta = New({kNull, kNull, kUid});
-  EXPECT_EQ(Judge([&](ModifyTable& checker, auto log) { return checker.CompareEntryValueField(old_meta, new_meta, log); }),
+  EXPECT_EQ(OutcomeOf([&](ModifyTable& checker, auto log) { return checker.CompareVersion(old_meta, new_meta, 5, log); }),
             Outcome{});
 }
 
-// The survival test names a result for a null entry, and the rule takes it for a deletion.
+TEST_F(NullEntries, OrderRuleSkipsThem) {
+  LPQMXMETA old_meta = Old({kNull, kUid, kNull, kZone}), new_meta = New({kNull, kUid, kNull, kZone});
+  EXPECT_EQ(OutcomeOf([&](ModifyTable& checker, auto log) { return checker.CompareOrder(old_meta, new_meta, log); }), Outcome{});
+}
+
+TEST_F(NullEntries, RecordRulesSkipThem) {
+  LPQMXMETA old_meta = Old({kNull, kUid}), new_meta = New({kNull, kNull, kUid});
+  EXPECT_EQ(OutcomeOf([&](ModifyTable& checker, auto log) { return checker.CompareEntryValueField(old_meta, new_meta, log); }),
+            Outcome{});
+}
+
+// The survival test defines a result for a null entry, which the rule treats as a deletion.
 TEST_F(NullEntries, OldOnesFailTheSurvivalTest) {
   LPQMXMETA old_meta = Old({kUid, kNull}), new_meta = New({kUid});
   const std::string deleted = "The entry:(null) can't be delete now,it will be supported by korvsvr of 3.28.0!";
@@ -68,43 +69,44 @@ TEST_F(NullEntries, OldOnesFailTheSurvivalTest) {
                             deleted,
                             {Error("CheckWhetherExistEntryOfTLV", "needCheckPstEntry or new_meta can't be null"),
                              Error("CompareEntryValueFieldTLV", deleted)}};
-  EXPECT_EQ(Judge([&](ModifyTable& checker, auto log) { return checker.CompareEntryValueFieldTLV(old_meta, new_meta, log); }),
+  EXPECT_EQ(OutcomeOf([&](ModifyTable& checker, auto log) { return checker.CompareEntryValueFieldTLV(old_meta, new_meta, log); }),
             expected);
 }
 
-TEST_F(NullEntries, NewOnesArePassedOverByTheSurvivalTest) {
+TEST_F(NullEntries, SurvivalTestSkipsNewOnes) {
   LPQMXMETA old_meta = Old({kUid}), new_meta = New({kNull, kUid});
-  EXPECT_EQ(Judge([&](ModifyTable& checker, auto log) { return checker.CompareEntryValueFieldTLV(old_meta, new_meta, log); }),
+  EXPECT_EQ(OutcomeOf([&](ModifyTable& checker, auto log) { return checker.CompareEntryValueFieldTLV(old_meta, new_meta, log); }),
             Outcome{});
 }
 
-TEST_F(NullEntries, NewOnesArePassedOverWhereTheFirstOfTheIdHasAnotherName) {
+TEST_F(NullEntries, SurvivalTestSkipsNewOnesIfFirstWithTheIdHasAnotherName) {
   LPQMXMETA old_meta = Old({kUid}), new_meta = New({EntryFacts{.name = "other", .id = 1}, kNull, kUid});
   ModifyTable checker;
   EXPECT_TRUE(checker.CheckWhetherExistEntryOfTLV(qmx_get_entry_by_index(old_meta, 0), new_meta, nullptr));
   EXPECT_STREQ(checker.GetErrType(), "");
 }
 
-TEST_F(NullEntries, MembersOfStructuresArePassedOver) {
+TEST_F(NullEntries, MembersOfStructuresAreSkipped) {
   LPQMXMETA old_meta = Old({kNull, kUid}), new_meta = New({kNull, kNull, kUid});
-  EXPECT_EQ(Judge([&](ModifyTable& checker, auto log) { return checker.CompareEntrySubMetaFieldTLV(old_meta, new_meta, log); }),
-            Outcome{});
+  EXPECT_EQ(
+      OutcomeOf([&](ModifyTable& checker, auto log) { return checker.CompareEntrySubMetaFieldTLV(old_meta, new_meta, log); }),
+      Outcome{});
 }
 
-TEST_F(NullEntries, NameRulePassesThemOver) {
+TEST_F(NullEntries, NameRuleSkipsThem) {
   LPQMXMETA meta = New({kNull, kUid, kNull});
   const Outcome passed = {.buffer = "entry name is too long:",
                           .log = {Info("CheckFieldNameValidate", "length of entry name uid is 3")}};
-  EXPECT_EQ(Judge([&](ModifyTable& checker, auto log) { return checker.CheckFieldNameValidate(meta, log); }), passed);
+  EXPECT_EQ(OutcomeOf([&](ModifyTable& checker, auto log) { return checker.CheckFieldNameValidate(meta, log); }), passed);
 }
 
-// Field lengths: a null entry ends the rule, whatever was found before it.
+// Field lengths: a null entry ends the rule, whatever was found before.
 class NullEntriesInLengths : public StandInTest {
  protected:
   NullEntriesInLengths() { TheWorld().comparisons = {{"3.29.0", -1}, {"3.39.0", -1}}; }
 
   Outcome Lengths(const std::string& whitelist) {
-    return Judge(
+    return OutcomeOf(
         [&](ModifyTable& checker, auto log) {
           return checker.CheckWhiteListFieldLen("mall%s", old_.Lib(), new_.Lib(), "1.0", whitelist, log);
         },
@@ -124,7 +126,7 @@ TEST_F(NullEntriesInLengths, EndTheRuleAtOnce) {
                                    Error("CheckWhiteListFieldLen", text_)}}));
 }
 
-TEST_F(NullEntriesInLengths, KeepWhatWasRecordedBefore) {
+TEST_F(NullEntriesInLengths, KeepEarlierRecords) {
   TheWorld().whitelist = {"history"};
   Old({small_});
   New({large_, kNull});
@@ -147,7 +149,7 @@ TEST_F(NullEntriesInLengths, EndTheSearchForTheOldSize) {
   EXPECT_EQ(size, 8U);
 }
 
-// Long lists are not walked.
+// Long lists are not searched linearly.
 TEST_F(NullEntriesInLengths, EndTheSearchInALongListToo) {
   Entries entries;
   for (int i = 0; i < 20; ++i) entries.emplace_back(EntryFacts{.name = "f" + std::to_string(i)});
@@ -163,14 +165,14 @@ TEST_F(NullEntriesInLengths, EndTheSearchInALongListToo) {
   EXPECT_EQ(size, 4U);
 }
 
-TEST_F(NullEntriesInLengths, CutTheTableNameInTheRefusal) {
+TEST_F(NullEntriesInLengths, TruncateTheTableNameInTheRefusal) {
   const std::string table(2000, 'm');
   new_.AddMeta(table, {kNull});
   const std::string text = ("entry 0 is null! Meta name: " + table).substr(0, 1023);
-  const auto ask = [&](ModifyTable& checker, auto log) {
+  const auto call = [&](ModifyTable& checker, auto log) {
     return checker.CheckWhiteListFieldLen(table.c_str(), old_.Lib(), new_.Lib(), "1.0", "", log);
   };
-  EXPECT_EQ(Judge(ask, false), Refused(-2, "CheckWhiteListFieldLen", text));
+  EXPECT_EQ(OutcomeOf(call, false), Refused(-2, "CheckWhiteListFieldLen", text));
 }
 
 }  // namespace

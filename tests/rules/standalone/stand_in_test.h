@@ -1,4 +1,4 @@
-// What the tests with stand-ins begin with: a new world and two libraries of table "mall%s".
+// Fixture of the tests with stand-ins: a new world and two libraries with table "mall%s".
 #pragma once
 
 #include "rules/outcome.h"
@@ -9,8 +9,8 @@ namespace standalone {
 using rules::Error;
 using rules::ErrorLogOnly;
 using rules::Info;
-using rules::Judge;
 using rules::Outcome;
+using rules::OutcomeOf;
 using rules::Refused;
 using rules::Warn;
 using stand_ins::EntryFacts;
@@ -22,7 +22,7 @@ using stand_ins::TheWorld;
 using Entries = std::vector<std::optional<EntryFacts>>;
 using Texts = std::vector<std::string>;
 
-// Before the libraries, which register themselves in the world.
+// Constructed before the libraries, which register themselves in the world.
 struct NewWorld {
   NewWorld() { TheWorld() = stand_ins::World(); }
 };

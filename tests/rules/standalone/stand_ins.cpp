@@ -15,11 +15,11 @@ constexpr std::uint64_t kPoison = 0x5A5A5A5A5A5A5A5A;
 
 std::string Text(const std::optional<std::string>& text) { return text.value_or("(null)"); }
 
-void WriteDown(const std::string& question) { TheWorld().journal.push_back(question); }
+void WriteDown(const std::string& question) { TheWorld().calls.push_back(question); }
 
 std::string Label(LPQMXMETALIB library) { return library == nullptr ? "(null)" : TheWorld().libraries.at(library)->label; }
 
-// Only ever asked of records that a test made: anything else is a wild handle, and ends the test.
+// Handles must be of records that a test made: any other handle is invalid and ends the test.
 const MetaFacts& Facts(LPQMXMETA meta) { return TheWorld().metas.at(meta); }
 const EntryFacts& Facts(LPQMXMETAENTRY entry) { return TheWorld().entries.at(entry); }
 
@@ -32,11 +32,10 @@ World& TheWorld() {
   return world;
 }
 
-std::vector<std::string> World::Asked(const std::string& words) const {
-  std::vector<std::string> asked;
-  std::ranges::copy_if(journal, std::back_inserter(asked),
-                       [&](const std::string& question) { return question.starts_with(words); });
-  return asked;
+std::vector<std::string> World::CallsOf(const std::string& words) const {
+  std::vector<std::string> call;
+  std::ranges::copy_if(calls, std::back_inserter(call), [&](const std::string& question) { return question.starts_with(words); });
+  return call;
 }
 
 FakeLibrary::FakeLibrary(std::string library_label, std::vector<int> library_versions, std::int64_t flag)
@@ -101,7 +100,7 @@ void FakeLibrary::SetSplittableKey(LPQMXMETA meta, std::string text, int result)
   TheWorld().metas.at(meta).splittable_result = result;
 }
 
-// Called once for a meta: its list holds one index.
+// Called once for each meta: its list has one index.
 void FakeLibrary::AddIndex(LPQMXMETA meta, const std::string& name, const std::vector<int>& entries) {
   auto* index = Allocate<tagQMXMetaIndex>();
   auto* columns = Allocate<tagQMXColumnInfo>(entries.size());

@@ -1,10 +1,10 @@
 // Stand-ins for every operation outside the checker: the metadata library, CheckTable, SplitString and RealCmpVersion. The
-// checker linked against these and nothing else shows what it needs of the outside, and meets what real libraries never do:
-// entries that cannot be read, versions that fail the second time, texts that are formats.
+// checker linked only against these shows what it needs from outside, and gets results that real libraries never return: entries
+// that cannot be read, versions that fail the second time, texts that are formats.
 //
-// A library here has two halves. Its memory holds only the members that the checker may read directly; every other byte is
-// poison. What the operations answer stands beside it, in facts that a test sets. Every question is written down in
-// World::journal.
+// A library here has two parts. Its memory contains only the members that the checker may read directly; every other byte is
+// poisoned. The results of the operations are kept separately, in facts that a test sets. Every call is recorded in
+// World::calls.
 #pragma once
 
 #include <cstdint>
@@ -31,7 +31,7 @@ struct EntryFacts {
   std::uint8_t db_flag = 0;
 };
 
-// No entry: qmx_get_entry_by_index answers null there.
+// No entry: qmx_get_entry_by_index returns null for it.
 inline constexpr std::nullopt_t kNull = std::nullopt;
 
 struct MetaFacts {
@@ -41,7 +41,7 @@ struct MetaFacts {
   std::string splittable_text;
 };
 
-// What CheckTable answers about a library's tables.
+// The results of CheckTable for a library's tables.
 struct TableFacts {
   int result = -46;
   int type = 0;
@@ -55,7 +55,7 @@ struct TableFacts {
 // One library. Its memory has a fixed size, far more than any test uses.
 class FakeLibrary {
  public:
-  // `versions` are answered one after the other, the last one for good.
+  // `versions` are returned one after the other; the last one is repeated.
   explicit FakeLibrary(std::string label, std::vector<int> versions = {5}, std::int64_t flag = 0);
   ~FakeLibrary();
   FakeLibrary(const FakeLibrary&) = delete;
@@ -67,12 +67,12 @@ class FakeLibrary {
   void SetSplittableKey(LPQMXMETA meta, std::string text, int result = 0);
   void AddIndex(LPQMXMETA meta, const std::string& name, const std::vector<int>& entries);
 
-  const std::string label;  // "old" or "new", in the journal
+  const std::string label;  // "old" or "new", in the recorded calls
   TableFacts table;
   std::vector<int> versions;
 
  private:
-  std::int64_t Offset(const void* place) const;  // from the data area
+  std::int64_t Offset(const void* place) const;  // relative to the data area
   template <typename Record>
   Record* Allocate(std::size_t count = 1);
 
@@ -86,16 +86,16 @@ struct World {
   std::map<LPQMXMETALIB, FakeLibrary*> libraries;
   std::map<LPQMXMETA, MetaFacts> metas;
   std::map<LPQMXMETAENTRY, EntryFacts> entries;
-  int type_of_null = -1;                   // what qmx_get_entry_type answers for a null entry
-  std::vector<std::string> whitelist;      // what SplitString adds
-  std::map<std::string, int> comparisons;  // what RealCmpVersion answers, by its second argument
-  std::vector<std::string> journal;
+  int type_of_null = -1;                   // the result of qmx_get_entry_type for a null entry
+  std::vector<std::string> whitelist;      // the result of SplitString
+  std::map<std::string, int> comparisons;  // the results of RealCmpVersion, by its second argument
+  std::vector<std::string> calls;
 
-  // The questions that begin with these words.
-  std::vector<std::string> Asked(const std::string& words) const;
+  // The recorded calls that begin with these words.
+  std::vector<std::string> CallsOf(const std::string& words) const;
 };
 
-// The one world of the program; a test begins with a new one.
+// The only world of the program; each test begins with a new one.
 World& TheWorld();
 
 }  // namespace stand_ins

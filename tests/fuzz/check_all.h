@@ -1,4 +1,4 @@
-// Puts two libraries to every operation of the checker.
+// Runs every operation of the checker on two libraries.
 #pragma once
 
 #include <string>
@@ -16,7 +16,7 @@ struct Settings {
   int list_num = 0;
 };
 
-// Asks about each table of the old library, twice, and requires that the answers are the same and their text has an end.
-void AskAll(LPQMXMETALIB old_library, LPQMXMETALIB new_library, const Settings& settings = {});
+// Checks each table of the old library, twice, and requires equal results with terminated texts.
+void CheckAll(LPQMXMETALIB old_library, LPQMXMETALIB new_library, const Settings& settings = {});
 
 }  // namespace fuzz

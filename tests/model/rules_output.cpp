@@ -1,5 +1,4 @@
-// How the plain model of the checker speaks: the buffer, and the gate before the log. Not here: any rule. Tested by
-// model_test.cpp.
+// The output of the plain model: the buffer, and the conditions for log records. Contains no rule. Tested by model_test.cpp.
 #include "model/rules.h"
 
 namespace model {
@@ -13,8 +12,8 @@ bool IsLet(Checker& checker, int priority) {
   if (gate.absent) return false;
   if (gate.low && *gate.low != -1 && *gate.low < priority) return false;
   if (gate.high && *gate.high > priority) return false;
-  checker.state.asked.push_back(priority);
-  return gate.answer;
+  checker.state.can_write_calls.push_back(priority);
+  return gate.can_write;
 }
 
 }  // namespace
@@ -27,14 +26,14 @@ void LogBuffer(Checker& checker, int priority, const char* method) {
   if (IsLet(checker, priority)) checker.state.log.push_back({priority, method, true, checker.state.buffer});
 }
 
-void LogOnly(Checker& checker, int priority, const char* method, Said said, const Values& values) {
-  const std::string text = Fill(said, values);
+void LogOnly(Checker& checker, int priority, const char* method, TextId text_id, const Values& values) {
+  const std::string text = Fill(text_id, values);
   if (IsLet(checker, priority)) checker.state.log.push_back({priority, method, false, text});
 }
 
-int Fail(Checker& checker, int code, const char* method, Said said, const Values& values) {
-  checker.last_failure = said;
-  Write(checker, Fill(said, values));
+int Fail(Checker& checker, int code, const char* method, TextId text_id, const Values& values) {
+  checker.last_failure = text_id;
+  Write(checker, Fill(text_id, values));
   LogBuffer(checker, kError, method);
   return code;
 }

@@ -1,4 +1,4 @@
-// Opens images, mapped or in memory; image_write.cpp makes them. What the block holds is verified in image_verify.cpp.
+// Writes and opens images, mapped or in memory. The contents of the block are verified in image_verify.cpp.
 // Tested by tests/qmx/image_test.cpp.
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -12,7 +12,7 @@
 #include <cstring>
 #include <utility>
 
-#include "base/quote.h"
+#include "base/text.h"
 #include "qmx/image_header.h"
 
 namespace qmx {
@@ -42,15 +42,15 @@ Fault WrongByteOrder(std::uint32_t found) {
                      "is " + is + "; allowed: " + NameOfByteOrder(true) + ", that of this machine");
 }
 
-Fault WrongBlockSize(const ImageHeader& header, std::uint64_t behind) {
-  const char* what = header.block_size > behind ? "the image is cut short" : "the image has bytes behind its end";
+Fault WrongBlockSize(const ImageHeader& header, std::uint64_t size_after_header) {
+  const char* what = header.block_size > size_after_header ? "the image is truncated" : "bytes follow the end of the image";
   return HeaderFault("block size", offsetof(ImageHeader, block_size),
-                     "is " + std::to_string(header.block_size) + " and " + std::to_string(behind) +
-                         " bytes follow the header; allowed: as many as that, " + what);
+                     "is " + std::to_string(header.block_size) + "; allowed: " + std::to_string(size_after_header) +
+                         ", the number of bytes after the header; " + what);
 }
 
-// Fields in the order in which one decides how the next is read.
-Fault CheckHeader(const ImageHeader& header, std::uint64_t behind) {
+// Each field is checked before the ones whose meaning depends on it.
+Fault CheckHeader(const ImageHeader& header, std::uint64_t size_after_header) {
   const std::string_view magic(header.magic, sizeof(header.magic));
   if (magic != kImageMagic) {
     return HeaderFault("magic", 0, "is " + Quote(magic) + "; allowed: " + Quote(kImageMagic));
@@ -69,16 +69,16 @@ Fault CheckHeader(const ImageHeader& header, std::uint64_t behind) {
     const auto offset = static_cast<std::size_t>(reinterpret_cast<const char*>(&word) - header.magic);
     if (word != 0) return WrongNumber("reserved", offset, word, std::uint64_t{0});
   }
-  if (header.block_size != behind) return WrongBlockSize(header, behind);
+  if (header.block_size != size_after_header) return WrongBlockSize(header, size_after_header);
   return std::nullopt;
 }
 
 Fault CheckImage(const char* bytes, std::uint64_t size, const Limits& limits) {
   if (size > limits.max_bytes) {
-    return VerifyError{"file", 0, "has " + std::to_string(size) + " bytes; allowed: up to " + std::to_string(limits.max_bytes)};
+    return VerifyError{"file", 0, "has " + std::to_string(size) + " bytes; allowed: at most " + std::to_string(limits.max_bytes)};
   }
   if (size < kImageHeaderSize) {
-    return VerifyError{"header", size, "is cut short; allowed: " + std::to_string(kImageHeaderSize) + " bytes"};
+    return VerifyError{"header", size, "is truncated; allowed: " + std::to_string(kImageHeaderSize) + " bytes"};
   }
   const auto& header = *reinterpret_cast<const ImageHeader*>(bytes);
   if (Fault fault = CheckHeader(header, size - kImageHeaderSize)) return fault;
@@ -92,7 +92,7 @@ Fault CheckImage(const char* bytes, std::uint64_t size, const Limits& limits) {
   return fault;
 }
 
-// The library of an image that `owner` keeps.
+// The library of an image, kept alive by `owner`.
 ImageResult Open(std::shared_ptr<void> owner, std::size_t size, const Limits& limits) {
   char* const bytes = static_cast<char*>(owner.get());
   if (Fault fault = CheckImage(bytes, size, limits)) return {std::nullopt, std::move(*fault)};
@@ -118,9 +118,9 @@ ImageResult MapImage(int fd, const Limits& limits) {
   struct stat status {};
   if (::fstat(fd, &status) != 0) return CannotRead();
   const auto size = static_cast<std::size_t>(status.st_size);
-  // Nothing can be mapped of an empty file, and nothing need be of one that is refused by its size.
+  // An empty file cannot be mapped, and a file that is refused by its size need not be.
   if (size < kImageHeaderSize || size > limits.max_bytes) return {std::nullopt, *CheckImage(nullptr, size, limits)};
-  // All of it is read below, so its pages are wanted at once.
+  // The whole file is read below: load its pages now.
   void* const mapping = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, fd, 0);
   if (mapping == MAP_FAILED) return CannotRead();
   return Open(std::shared_ptr<void>(mapping, [size](void* begin) { ::munmap(begin, size); }), size, limits);
@@ -132,6 +132,20 @@ ImageResult MapImage(const std::string& path, const Limits& limits) {
   ImageResult result = MapImage(fd, limits);
   ::close(fd);
   return result;
+}
+
+std::string WriteImage(const Metalib& metalib) {
+  ImageHeader header{};
+  kImageMagic.copy(header.magic, sizeof(header.magic));
+  header.byte_order = kByteOrder;
+  header.version = kImageVersion;
+  header.header_size = kImageHeaderSize;
+  header.block_size = metalib.size();
+  header.checksum = XXH3_64bits(metalib.get(), metalib.size());
+  std::string image;
+  image.reserve(sizeof(header) + metalib.size());
+  image.append(reinterpret_cast<const char*>(&header), sizeof(header));
+  return image.append(reinterpret_cast<const char*>(metalib.get()), metalib.size());
 }
 
 }  // namespace qmx

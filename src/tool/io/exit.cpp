@@ -1,5 +1,5 @@
 // Tested by tests/memory/tool_memory_test.cpp, tests/tool/image_test.cpp and sigbus_handler_test.cpp.
-#include "tool/io/fatal_handlers.h"
+#include "tool/io/exit.h"
 
 #include <unistd.h>
 
@@ -11,7 +11,6 @@
 #include <string_view>
 
 #include "base/file_descriptor.h"
-#include "tool/io/exit.h"
 
 namespace korvel::tool {
 namespace {
