@@ -208,4 +208,19 @@ std::string MarkdownBlock(std::string_view language, std::string_view lines) {
   return fence + std::string(language) + "\n" + ValidUtf8(lines) + fence + "\n";
 }
 
+std::string Wrapped(std::string_view text, std::size_t width, std::string_view indent) {
+  std::string wrapped;
+  std::size_t column = 0;  // after the last word; 0 = at the start of a line
+  while (!text.empty()) {
+    const std::string_view word = text.substr(0, text.find(' '));
+    text.remove_prefix(std::min(word.size() + 1, text.size()));
+    const bool fits = column != 0 && column + 1 + word.size() <= width;
+    if (column != 0) wrapped += fits ? " " : "\n";
+    if (!fits) wrapped += indent;
+    wrapped += word;
+    column = (fits ? column + 1 : indent.size()) + word.size();
+  }
+  return wrapped + "\n";
+}
+
 }  // namespace korvel

@@ -69,4 +69,8 @@ std::string MarkdownCode(std::string_view text);
 // Lines as a code block of a language; no line can end the block. REQUIRES: `lines` is empty or ends in a line end.
 std::string MarkdownBlock(std::string_view language, std::string_view lines);
 
+// Breaks lines at blanks so that none is longer than `width` bytes, the indent included; a longer word has a line of its own.
+// Every line ends with a line end.
+std::string Wrapped(std::string_view text, std::size_t width, std::string_view indent = "");
+
 }  // namespace korvel

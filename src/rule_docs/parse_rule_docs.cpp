@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "rule_docs/page_reader.h"
-#include "rule_docs/rule_doc_format.h"
 
 namespace korvel {
 namespace {

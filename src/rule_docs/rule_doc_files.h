@@ -25,6 +25,17 @@ const RuleDocFile& ResultCodesFile();
 // The file of a rule's page: "primary-key-size.md" for "primary-key.size".
 std::string RuleDocFileName(std::string_view rule_id);
 
+// --- How pages write codes, summaries and rules ---
+
+// "-3 ERROR_VALUE_FIELD"
+std::string CodeWithName(int code);
+
+// "A field's size was reduced." for the summary "a field's size was reduced".
+std::string SentenceOf(std::string_view summary);
+
+// "[field.size](field-size.md)"
+std::string LinkToRule(std::string_view rule_id);
+
 // --- The reader, parse_rule_docs.cpp ---
 
 struct ParsedRuleDoc {

@@ -49,4 +49,20 @@ std::span<const CodeDoc> AllCodeDocs() {
 
 const CodeDoc& FindCodeDoc(int code) { return AllCodeDocs()[static_cast<std::size_t>(-code)]; }
 
+std::string RuleDocFileName(std::string_view rule_id) {
+  std::string file(rule_id);
+  std::ranges::replace(file, '.', '-');
+  return file + ".md";
+}
+
+std::string CodeWithName(int code) { return std::to_string(code) + " " + ResultCodeName(code); }
+
+std::string SentenceOf(std::string_view summary) {
+  std::string sentence = std::string(summary) + ".";
+  if (sentence.front() >= 'a' && sentence.front() <= 'z') sentence.front() = static_cast<char>(sentence.front() - 'a' + 'A');
+  return sentence;
+}
+
+std::string LinkToRule(std::string_view rule_id) { return "[" + std::string(rule_id) + "](" + RuleDocFileName(rule_id) + ")"; }
+
 }  // namespace korvel

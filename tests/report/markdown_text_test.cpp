@@ -52,5 +52,12 @@ TEST(MarkdownBlock, NoLineEndsIt) {
   EXPECT_EQ(MarkdownBlock("", "a\n````\n``\n"), "`````\na\n````\n``\n`````\n");
 }
 
+TEST(Text, WrapsAtBlanks) {
+  EXPECT_EQ(korvel::Wrapped("one two three", 7), "one two\nthree\n");
+  EXPECT_EQ(korvel::Wrapped("one two three", 6, "  "), "  one\n  two\n  three\n");
+  EXPECT_EQ(korvel::Wrapped("longer-than-that", 4), "longer-than-that\n");
+  EXPECT_EQ(korvel::Wrapped("", 4), "\n");
+}
+
 }  // namespace
 }  // namespace report_test

@@ -10,8 +10,8 @@
 #include <fstream>
 #include <set>
 
+#include "report/render/rule_doc_format.h"
 #include "rule_docs/rule_doc_files.h"
-#include "rule_docs/rule_doc_format.h"
 
 namespace rule_docs_test {
 namespace {
@@ -105,13 +105,6 @@ TEST(RuleDocFormat, JsonFollowsItsSchema) {
                               "/docs/rules.schema.json' '" + directory.string() + "'/*.json";
   EXPECT_EQ(std::system(command.c_str()), 0) << command;
   fs::remove_all(directory);
-}
-
-TEST(RuleDocFormat, WrapsAtBlanks) {
-  EXPECT_EQ(Wrapped("one two three", 7), "one two\nthree\n");
-  EXPECT_EQ(Wrapped("one two three", 6, "  "), "  one\n  two\n  three\n");
-  EXPECT_EQ(Wrapped("longer-than-that", 4), "longer-than-that\n");
-  EXPECT_EQ(Wrapped("", 4), "\n");
 }
 
 }  // namespace

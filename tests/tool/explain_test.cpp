@@ -7,8 +7,8 @@
 #include <set>
 #include <sstream>
 
+#include "report/render/rule_doc_format.h"
 #include "rule_docs/rule_doc_files.h"
-#include "rule_docs/rule_doc_format.h"
 #include "tool_test.h"
 
 namespace korvel {

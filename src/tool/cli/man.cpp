@@ -1,6 +1,5 @@
 // The manual page, made from the declarations of the commands. Tested by tests/tool/man_test.cpp.
 #include "base/text.h"
-#include "rule_docs/rule_doc_format.h"
 #include "tool/cli/command.h"
 #include "tool/cli/option_groups.h"
 #include "tool/io/exit.h"

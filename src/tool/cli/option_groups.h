@@ -10,7 +10,7 @@
 #include "base/limits.h"
 #include "project/project.h"
 #include "report/render/render.h"
-#include "rule_docs/rule_doc_format.h"
+#include "report/render/rule_doc_format.h"
 #include "schema/settings.h"
 #include "tool/cli/arguments.h"
 #include "vesk/log_category.h"

@@ -2,7 +2,8 @@
 #include <algorithm>
 
 #include "base/text.h"
-#include "rule_docs/rule_doc_format.h"
+#include "report/render/rule_doc_format.h"
+#include "rule_docs/rule_doc_files.h"
 
 namespace korvel {
 namespace {

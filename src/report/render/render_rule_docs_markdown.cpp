@@ -1,8 +1,8 @@
 // The pages of docs/rules as they are, and the index that `make docs` writes to docs/rules/README.md. Tested by
 // tests/tool/explain_test.cpp.
 #include "base/text.h"
+#include "report/render/rule_doc_format.h"
 #include "rule_docs/rule_doc_files.h"
-#include "rule_docs/rule_doc_format.h"
 
 namespace korvel {
 namespace {
@@ -13,7 +13,8 @@ constexpr char kIndexHead[] =
     "\n"
     "# Rules\n"
     "\n"
-    "Every refusal of the checker, in its own order. Each page says what the rule protects and what is allowed instead, and "
+    "Every refusal of the checker, in the order of the catalog. Each page says what the rule protects and what is allowed "
+    "instead, and "
     "shows a\n"
     "minimal example. `korvelcheck explain RULE` prints the same.\n"
     "\n"

@@ -27,20 +27,7 @@ extern const RuleDocFormat kRuleDocMarkdown;
 
 std::span<const RuleDocFormat* const> RuleDocFormats();
 
-// "-3 ERROR_VALUE_FIELD"
-std::string CodeWithName(int code);
-
 // "-3, -1"
 std::string CodeNumbers(const std::vector<int>& codes);
-
-// "A field's size was reduced." for the summary "a field's size was reduced".
-std::string SentenceOf(std::string_view summary);
-
-// "[field.size](field-size.md)"
-std::string LinkToRule(std::string_view rule_id);
-
-// Breaks lines at blanks so that none is longer than `width` bytes, the indent included; a longer word has a line of its own.
-// Every line ends with a line end.
-std::string Wrapped(std::string_view text, std::size_t width, std::string_view indent = "");
 
 }  // namespace korvel

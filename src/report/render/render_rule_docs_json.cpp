@@ -2,15 +2,13 @@
 // tests/rule_docs/rule_docs_test.cpp and tests/tool/explain_test.cpp.
 #include <nlohmann/json.hpp>
 
-#include "rule_docs/rule_doc_format.h"
+#include "report/render/render.h"
+#include "report/render/rule_doc_format.h"
 
 namespace korvel {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-// Goes up when a member changes its meaning or is removed; new members do not change it.
-constexpr int kJsonVersion = 1;
 
 Json OrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
 
