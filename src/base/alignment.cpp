@@ -48,7 +48,8 @@ std::vector<LineMatch> UniqueMatches(const Lines& old_lines, const Lines& new_li
 }
 
 // Adds the changes within a gap. Equal lines at its ends are cut off; matches of unique lines split the rest into smaller gaps.
-void FindChanges(const Lines& old_lines, const Lines& new_lines, LineChange gap, int depth, std::vector<LineChange>& changes) {
+void FindChangedLines(const Lines& old_lines, const Lines& new_lines, LineChange gap, int depth,
+                      std::vector<LineChange>& changes) {
   const auto has_both = [&] { return gap.old_begin < gap.old_end && gap.new_begin < gap.new_end; };
   while (has_both() && old_lines[gap.old_begin] == new_lines[gap.new_begin]) ++gap.old_begin, ++gap.new_begin;
   while (has_both() && old_lines[gap.old_end - 1] == new_lines[gap.new_end - 1]) --gap.old_end, --gap.new_end;
@@ -61,7 +62,7 @@ void FindChanges(const Lines& old_lines, const Lines& new_lines, LineChange gap,
   for (const LineMatch& anchor : anchors) {
     inner.old_end = anchor.old_line;
     inner.new_end = anchor.new_line;
-    FindChanges(old_lines, new_lines, inner, depth + 1, changes);
+    FindChangedLines(old_lines, new_lines, inner, depth + 1, changes);
     inner.old_begin = anchor.old_line + 1;
     inner.new_begin = anchor.new_line + 1;
   }
@@ -70,7 +71,7 @@ void FindChanges(const Lines& old_lines, const Lines& new_lines, LineChange gap,
 // The changes between two texts, in order, separated by equal lines. n log n.
 std::vector<LineChange> FindLineChanges(const Lines& old_lines, const Lines& new_lines) {
   std::vector<LineChange> changes;
-  FindChanges(old_lines, new_lines, {0, old_lines.size(), 0, new_lines.size()}, 0, changes);
+  FindChangedLines(old_lines, new_lines, {0, old_lines.size(), 0, new_lines.size()}, 0, changes);
   return changes;
 }
 

@@ -79,7 +79,7 @@ class Matcher {
 
 // For each new entry the position of the matching old one, kNoSlot if there is none. Entries match by name and id; the others by
 // name, then by id, or by id first. Entries with the same name or id match in order. n log n.
-std::vector<Slot> MatchEntries(const MetaModel& old_meta, const MetaModel& new_meta, bool id_first) {
+std::vector<Slot> PairEntries(const MetaModel& old_meta, const MetaModel& new_meta, bool id_first) {
   Matcher matcher(old_meta.entries, new_meta.entries);
   const auto name = [](const EntryModel& entry) { return std::string_view(entry.name); };
   const auto both = [](const EntryModel& entry) { return std::pair(std::string_view(entry.name), entry.id); };
@@ -95,7 +95,7 @@ std::vector<Slot> MatchEntries(const MetaModel& old_meta, const MetaModel& new_m
 }
 
 // The same for indexes, which match by name.
-std::vector<Slot> MatchIndexes(const MetaModel& old_meta, const MetaModel& new_meta) {
+std::vector<Slot> PairIndexes(const MetaModel& old_meta, const MetaModel& new_meta) {
   Matcher matcher(old_meta.indexes, new_meta.indexes);
   matcher.Pair([](const IndexModel& index) { return std::string_view(index.name); });
   return matcher.TakeMatches();
@@ -127,8 +127,8 @@ References Resolve(const MetaModel& meta, SlotOf slot_of) {
 MatchedMetas::MatchedMetas(const MetaModel& old_meta, const MetaModel& new_meta, bool id_first)
     : old_(&old_meta),
       new_(&new_meta),
-      entries_(old_meta.entries.size(), MatchEntries(old_meta, new_meta, id_first)),
-      indexes_(old_meta.indexes.size(), MatchIndexes(old_meta, new_meta)),
+      entries_(old_meta.entries.size(), PairEntries(old_meta, new_meta, id_first)),
+      indexes_(old_meta.indexes.size(), PairIndexes(old_meta, new_meta)),
       old_references_(Resolve(old_meta, [](std::size_t i) { return static_cast<Slot>(i); })),
       new_references_(Resolve(new_meta, [this](std::size_t j) { return entries_.OfNew(j); })) {}
 

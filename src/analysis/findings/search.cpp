@@ -16,7 +16,7 @@ constexpr std::size_t kMinChecked = 32;  // edits that are checked before the sh
 constexpr int kMaxTrials = 8;            // rounds in which refused edits are tried again, as long as each round lets some pass
 
 // Edits [begin, end) in the order of the search.
-struct Run {
+struct EditRange {
   std::size_t begin;
   std::size_t end;
 };
@@ -74,30 +74,30 @@ class Searcher {
     return static_cast<std::size_t>(std::ranges::count_if(refused_, counts)) >= input_.max_refusals;
   }
 
-  std::vector<std::size_t> EditsOf(const Run& run) const {
-    return {order_.begin() + static_cast<std::ptrdiff_t>(run.begin), order_.begin() + static_cast<std::ptrdiff_t>(run.end)};
+  std::vector<std::size_t> EditsOf(const EditRange& range) const {
+    return {order_.begin() + static_cast<std::ptrdiff_t>(range.begin), order_.begin() + static_cast<std::ptrdiff_t>(range.end)};
   }
 
-  // Checks the next runs, each alone: the answers are independent.
+  // Checks the next ranges, each alone: the answers are independent.
   void CheckNext(std::vector<std::size_t>& passed) {
-    std::vector<Run> runs;
+    std::vector<EditRange> ranges;
     std::vector<EditSet> sets;
-    while (!pending_.empty() && runs.size() < kBatch) {
-      runs.push_back(pending_.back());
+    while (!pending_.empty() && ranges.size() < kBatch) {
+      ranges.push_back(pending_.back());
       pending_.pop_back();
-      sets.push_back(checker_.Only(EditsOf(runs.back())));
+      sets.push_back(checker_.Only(EditsOf(ranges.back())));
     }
     const std::vector<CheckAnswer> answers = checker_.Check(sets);
-    std::vector<Run> parts;
-    for (std::size_t i = 0; i < runs.size(); ++i) Note(runs[i], answers[i], passed, parts);
+    std::vector<EditRange> parts;
+    for (std::size_t i = 0; i < ranges.size(); ++i) Note(ranges[i], answers[i], passed, parts);
     pending_.insert(pending_.end(), parts.rbegin(), parts.rend());
   }
 
   // Where most edits are refused, checking halves first would be wasted.
   bool AreNearlyAllRefused() const { return checked_ >= kMinChecked && refused_.size() * 2 > checked_; }
 
-  void Note(const Run& run, const CheckAnswer& answer, std::vector<std::size_t>& passed, std::vector<Run>& parts) {
-    const std::vector<std::size_t> edits = EditsOf(run);
+  void Note(const EditRange& range, const CheckAnswer& answer, std::vector<std::size_t>& passed, std::vector<EditRange>& parts) {
+    const std::vector<std::size_t> edits = EditsOf(range);
     if (checker_.Passes(answer) || edits.size() == 1) checked_ += edits.size();
     if (checker_.Passes(answer)) {
       if (!IsBlocked(edits.front())) passed.insert(passed.end(), edits.begin(), edits.end());
@@ -105,7 +105,7 @@ class Searcher {
       NoteRefused(edits, answer);
     } else {
       const std::size_t step = AreNearlyAllRefused() ? 1 : edits.size() - edits.size() / 2;
-      for (std::size_t i = run.begin; i < run.end; i += step) parts.push_back({i, std::min(i + step, run.end)});
+      for (std::size_t i = range.begin; i < range.end; i += step) parts.push_back({i, std::min(i + step, range.end)});
     }
   }
 
@@ -234,7 +234,7 @@ class Searcher {
   EditSet base_;                                // edits that pass together so far
   std::vector<std::size_t> order_;              // of the search
   std::vector<std::size_t> position_;           // of each edit in it
-  std::vector<Run> pending_;                    // runs to check, the next one last
+  std::vector<EditRange> pending_;              // ranges to check, the next one last
   std::map<std::size_t, RejectedSet> refused_;  // by the edit that is not in the base because of it
   std::vector<std::size_t> unbuildable_;        // edits from which no schema can be built, alone or with the base
   std::size_t checked_ = 0;                     // edits that CheckNext has decided

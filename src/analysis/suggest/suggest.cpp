@@ -25,7 +25,8 @@ struct RefusedTable {
   Verdict verdict;
 };
 
-std::vector<RefusedTable> CheckAll(const Source& old_source, const Source& source, const std::vector<TableQuestion>& questions) {
+std::vector<RefusedTable> RefusedTables(const Source& old_source, const Source& source,
+                                        const std::vector<TableQuestion>& questions) {
   std::vector<RefusedTable> refused;
   for (const TableQuestion& question : questions) {
     Verdict verdict = RunChecker(old_source.Library(), source.Library(), question.table, question.settings);
@@ -133,13 +134,13 @@ std::vector<std::string> SuggestionsFor(const TableContext& context, const Verdi
 SchemaSuggestion SuggestSchema(const Source& old_source, const Source& new_source, const std::vector<TableQuestion>& questions) {
   Source source = new_source;
   SchemaSuggestion suggestion;
-  std::vector<RefusedTable> refused = CheckAll(old_source, source, questions);
+  std::vector<RefusedTable> refused = RefusedTables(old_source, source, questions);
   for (int round = 0; round < kMaxRounds && !refused.empty(); ++round) {
     Round fixed = RunRound(old_source, source, refused);
     suggestion.is_rewritten = fixed.is_rewritten;
     if (!fixed.next) break;
     source = std::move(*fixed.next);
-    refused = CheckAll(old_source, source, questions);
+    refused = RefusedTables(old_source, source, questions);
   }
   suggestion.text = source.text->bytes;
   for (const RefusedTable& one : refused) {

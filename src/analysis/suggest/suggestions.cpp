@@ -183,7 +183,7 @@ void FillFix(const SuggestionFinder& finder, const Difference& difference, const
   finding.fix = std::move(*fix);
 }
 
-bool IsPreexisting(const Finding& finding, const Changes& changes) {
+bool HasAllowedEditsOnly(const Finding& finding, const Changes& changes) {
   return std::ranges::all_of(finding.edits, [&](std::size_t i) { return changes.status[i] == EditStatus::kAllowed; });
 }
 
@@ -215,7 +215,7 @@ void FindSuggestions(const TableContext& context, const Difference& difference, 
   Rewriter rewriter(new_source, context.old_source);
   std::size_t work = 0;
   for (Finding& finding : changes.findings) {
-    if (IsPreexisting(finding, changes)) {
+    if (HasAllowedEditsOnly(finding, changes)) {
       FillPreexisting(finding);
       continue;
     }

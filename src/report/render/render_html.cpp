@@ -57,13 +57,13 @@ class HtmlReport {
     html +=
         "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<meta name=\"color-scheme\" content=\"light "
         "dark\">\n";
-    html += "<title>" + std::string(WordOf(VerdictOf(summary_))) + " \u2013 " + Title() + "</title>\n<style>";
+    html += "<title>" + std::string(WordOf(OverallStatus(summary_))) + " \u2013 " + Title() + "</title>\n<style>";
     html += kPageStyle.text;
     return html + "</style>\n</head>\n";
   }
 
   std::string Verdict() const {
-    const bool allowed = VerdictOf(summary_) == Status::kAllowed;
+    const bool allowed = OverallStatus(summary_) == Status::kAllowed;
     const StatusText& words = TextOf(allowed ? StatusStyle::kAllowed : StatusStyle::kRefused);
     std::string html = "<p class=\"verdict " + std::string(words.name) + "\"><span aria-hidden=\"true\">" + words.sign +
                        "</span> " + "verdict: " + words.word + RemarkOn(summary_) + "</p>\n";

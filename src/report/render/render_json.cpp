@@ -161,7 +161,7 @@ std::string RenderJson(const Report& report) {
   Json json = {{"version", kJsonVersion},
                {"tool", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}}},
                {"command", report.command},
-               {"verdict", WordOf(VerdictOf(summary))}};
+               {"verdict", WordOf(OverallStatus(summary))}};
   Json& inputs = json["inputs"] = Json::array();
   for (const auto& [role, source] : report.inputs) inputs.push_back({{"role", role}, {"file", source->name}});
   Json& tables = json["tables"] = Json::array();

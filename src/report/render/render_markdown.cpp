@@ -92,7 +92,7 @@ std::string RenderMarkdown(const Report& report) {
   const Summary summary = Summarize(report);
   const Issues all(report);
   const std::vector<Issue>& issues = all.all();
-  std::string text = std::string("### korvelcheck: ") + WordOf(VerdictOf(summary)) + RemarkOn(summary) + "\n\n" +
+  std::string text = std::string("### korvelcheck: ") + WordOf(OverallStatus(summary)) + RemarkOn(summary) + "\n\n" +
                      MarkdownText(ToText(summary)) + "\n";
   if (!report.files.empty()) text += "\n";
   for (const FileNote& note : report.files) text += "- " + MarkdownText(ToText(note)) + "\n";

@@ -127,7 +127,7 @@ class SarifLog {
                 {"invocations", Json::array({InvocationOf(summary)})},
                 {"columnKind", "unicodeCodePoints"},
                 {"results", std::move(results)},
-                {"properties", {{"verdict", WordOf(VerdictOf(summary))}, {"summary", ToText(summary)}}}};
+                {"properties", {{"verdict", WordOf(OverallStatus(summary))}, {"summary", ToText(summary)}}}};
     return {{"$schema", "https://docs.oasis-open.org/sarif/sarif/v2.1.0/errata01/os/schemas/sarif-schema-2.1.0.json"},
             {"version", "2.1.0"},
             {"runs", Json::array({std::move(run)})}};

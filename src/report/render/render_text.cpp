@@ -40,8 +40,6 @@ std::string SnippetLines(const TextRange* range) {
   return margin + number + " | " + snippet->text + "\n" + under + " | " + snippet->caret + "\n";
 }
 
-bool IsSameRange(const TextRange& a, const TextRange& b) { return a.file == b.file && a.span.begin == b.span.begin; }
-
 // The text of a range within its line; empty in an image.
 std::string_view TextAt(const TextRange& range) {
   if (!range.begin || range.span.end > range.line_begin + range.line.size()) return "";
@@ -118,7 +116,7 @@ class FindingText {
     if (other_ == nullptr) return "";
     if (leads_old_) return "  missing in: " + ToText(*other_) + "\n";
     // Of a schema that is checked alone both sides are the same.
-    if (lead_ != nullptr && IsSameRange(*lead_, *other_)) return "";
+    if (lead_ != nullptr && BeginAlike(*lead_, *other_)) return "";
     const std::string value = OldValue();
     return "  was: " + ToText(*other_) + (value.empty() ? "" : "  " + value) + "\n";
   }
@@ -153,7 +151,7 @@ class TextReport {
 
   std::string Text() {
     const Summary summary = Summarize(report_);
-    text_ = "verdict: " + Word(VerdictOf(summary)) + RemarkOn(summary) + "\n";
+    text_ = "verdict: " + Word(OverallStatus(summary)) + RemarkOn(summary) + "\n";
     for (const FileNote& note : report_.files) text_ += ToText(note) + "\n";
     auto next = folded_.cbegin();
     for (const TableResult& table : report_.tables) {
@@ -176,12 +174,14 @@ class TextReport {
       text_ += ": " + name + (table.status == Status::kNew ? " (not compared)" : "") + "\n";
       return;
     }
-    const std::string result =
-        name + ": " + std::to_string(table.verdict.code) + " " + CodeNameOf(table.verdict.code) + (table.removed ? " (removed)" : "") + "\n";
+    const std::string result = name + ": " + std::to_string(table.verdict.code) + " " + CodeNameOf(table.verdict.code) +
+                               (table.removed ? " (removed)" : "") + "\n";
     // The first finding usually has the same text, with a more exact location.
-    const bool is_repeated = !findings.empty() && findings.front().finding->verdict.text == table.verdict.text && !table.verdict.text.empty();
+    const bool is_repeated =
+        !findings.empty() && findings.front().finding->verdict.text == table.verdict.text && !table.verdict.text.empty();
     text_ += is_repeated ? ": " + result
-                         : InBrackets(table.verdict.rule) + " " + SummaryOf(table) + "\n  " + CheckerLine(table.verdict.text) + "\n  " + result;
+                         : InBrackets(table.verdict.rule) + " " + SummaryOf(table) + "\n  " + CheckerLine(table.verdict.text) +
+                               "\n  " + result;
     if (table.changes) AddChanges(table, findings);
   }
 

@@ -16,8 +16,6 @@ constexpr char kNoRule[] = "refused";
 // A fingerprint for issues that have none: of rule and name, without line and file, so that it stays when the schema moves.
 std::string NameFingerprint(const std::string& rule, const std::string& name) { return FingerprintOf(rule + '\0' + name); }
 
-bool IsSameLocation(const TextRange& a, const TextRange& b) { return a.file == b.file && a.span.begin == b.span.begin; }
-
 std::string RuleOf(const std::string& rule) { return rule.empty() ? kNoRule : rule; }
 
 // Each finding of each table, without merging.
@@ -66,7 +64,7 @@ void Issues::AddFinding(const FoldedFinding& folded) {
   const TextRange* const new_location = ranges_.Find(finding.new_location ? finding.new_location : finding.old_location);
   const TextRange* const old_location = ranges_.Find(finding.old_location);
   issue.location = new_location == nullptr ? *ranges_.Find(folded.table->declared) : *new_location;
-  if (old_location != nullptr && !IsSameLocation(*old_location, issue.location)) issue.old_location = *old_location;
+  if (old_location != nullptr && !BeginAlike(*old_location, issue.location)) issue.old_location = *old_location;
   issues_.push_back(std::move(issue));
 }
 

@@ -23,6 +23,9 @@ struct TextRange {
   std::size_t line_begin = 0;  // offset of `line` in the file
 };
 
+// Whether two ranges begin at the same place.
+inline bool BeginAlike(const TextRange& a, const TextRange& b) { return a.file == b.file && a.span.begin == b.span.begin; }
+
 // The ranges of locations, in the same order; nullopt for a location without a source. Linear in the sizes of the files, plus
 // sorting the locations.
 std::vector<std::optional<TextRange>> FindTextRanges(const std::vector<Location>& locations);

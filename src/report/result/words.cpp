@@ -20,7 +20,7 @@ const char* WordOf(EditStatus status) {
   return kWords[static_cast<std::size_t>(status)];
 }
 
-Status VerdictOf(const Summary& summary) { return summary.refused == 0 ? Status::kAllowed : Status::kRefused; }
+Status OverallStatus(const Summary& summary) { return summary.refused == 0 ? Status::kAllowed : Status::kRefused; }
 
 const char* RemarkOn(const Summary& summary) {
   if (summary.refused > 0 && summary.failing == 0) return " (all waived)";

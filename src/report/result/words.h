@@ -18,7 +18,7 @@ const char* WordOf(Status status);
 const char* WordOf(EditStatus status);
 
 // The checker's verdict about all tables. Waivers do not change it.
-Status VerdictOf(const Summary& summary);
+Status OverallStatus(const Summary& summary);
 
 // A remark to print after the verdict so that it is not misread: " (all waived)" if every refusal is waived, " (nothing was
 // compared: all tables are new)"; usually "".
