@@ -37,8 +37,8 @@ struct GitFile {
 // The repository of the working directory, or the one that git's environment variables name. Git is not run before it is
 // needed.
 //
-// Every function throws InputError, with one line, if git is not installed, finds no repository here, or fails. All of
-// them may be called by several threads, which then wait for each other.
+// Every function throws InputError, with one line, if git is not installed, finds no repository here, or fails. Several threads
+// may call Read, Files and ReadFile; they then wait for each other. The other functions are for one thread.
 class Git {
  public:
   // The bytes of a file.
