@@ -16,9 +16,9 @@ struct Sample {
   korvel::Report report;
 };
 
-// Tables: orders (of its seven changes two are refused alone, two only in combination, one is blocked, one was not checked), carts
-// (refused because of a structure shared with orders), users (all findings waived), zones (removed), logs (allowed), notes (new),
-// old_style (pre-existing refusal). One file is added, one deleted, one moved; one waiver has expired.
+// Tables: orders (of its seven changes two are refused alone, two only in combination, one is blocked, one was not checked),
+// carts (refused because of a structure shared with orders), users (all findings waived), zones (removed), logs (allowed), notes
+// (new), old_style (pre-existing refusal). One file is added, one deleted, one moved; one waiver has expired.
 Sample EverythingReport(const std::string& suffix = "");
 
 // Two tables, both allowed, nothing else.

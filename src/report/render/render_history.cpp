@@ -51,8 +51,8 @@ class HistoryText {
   static std::string Refusal(const TableResult& result) {
     const std::string rule = result.verdict.rule.empty() ? "" : " [" + result.verdict.rule + "]";
     return "  table " + OneLine(result.table) + ": refused" + rule + " " + SummaryOf(result) + "\n    " +
-           CheckerLine(result.verdict.text) + "\n    code: " + std::to_string(result.verdict.code) + " " + CodeNameOf(result.verdict.code) +
-           "\n    caused by: " + CauseOf(result);
+           CheckerLine(result.verdict.text) + "\n    code: " + std::to_string(result.verdict.code) + " " +
+           CodeNameOf(result.verdict.code) + "\n    caused by: " + CauseOf(result);
   }
 
   void AgainstNewest(const VersionStep& step) {
@@ -90,8 +90,10 @@ class HistoryText {
 Json ToJson(const TableResult& result) {
   if (result.status == Status::kNew) return {{"table", result.table}, {"status", "new"}};
   const bool refused = result.status == Status::kRefused;
-  Json json = {
-      {"table", result.table}, {"status", VerdictText(refused)}, {"code", result.verdict.code}, {"code_name", CodeNameOf(result.verdict.code)}};
+  Json json = {{"table", result.table},
+               {"status", VerdictText(refused)},
+               {"code", result.verdict.code},
+               {"code_name", CodeNameOf(result.verdict.code)}};
   if (!refused) return json;
   json["rule"] = result.verdict.rule.empty() ? Json() : Json(result.verdict.rule);
   json["summary"] = SummaryOf(result);
