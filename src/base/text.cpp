@@ -14,7 +14,7 @@ namespace {
 
 // --- OneLine ---
 
-// Length of the control character at the start of `text`, 0 if it is none: C0, DEL, C1 (U+0080 to U+009F), the line and
+// Length of the control character at the start of `text`, 0 without one: C0, DEL, C1 (U+0080 to U+009F), the line and
 // paragraph separators and the marks that change the direction of writing (U+2028 to U+202E, U+2066 to U+2069).
 std::size_t ControlLength(std::string_view text) {
   const auto byte = static_cast<unsigned char>(text.front());
