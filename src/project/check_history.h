@@ -6,7 +6,6 @@
 
 #include "project/check_tables.h"
 #include "report/result/history.h"
-#include "schema/input.h"
 
 namespace korvel {
 
@@ -19,8 +18,11 @@ struct GitVersions {
 // The commits that changed a file, along the first parents. Throws InputError as Git, and if there are fewer than two.
 GitVersions VersionsInGit(const std::string& path);
 
-// Checks the versions, oldest first, at least two; they must outlive the result. Uses all cores. Throws InputError for a
-// requested table that no version has, and if nothing was compared.
-History CheckHistory(const std::vector<Input>& versions, const CheckOptions& options);
+// Loads and checks the versions at these paths, oldest first, at least two. Uses all cores. Has only some of the versions in
+// memory at the same time, so that the memory does not grow with their number.
+//
+// Throws InputError with the errors of every version that cannot be loaded (see LoadInputs); if a mapped file has changed; for a
+// requested table that no version has; and if nothing was compared.
+History CheckHistory(const std::vector<std::string>& paths, const CheckOptions& options);
 
 }  // namespace korvel

@@ -29,7 +29,7 @@ class HistoryText {
   }
 
  private:
-  std::string Name(std::size_t version) const { return OneLine(history_.versions[version]->name); }
+  std::string Name(std::size_t version) const { return OneLine(history_.versions[version]); }
 
   std::string ColoredVerdict(bool refused) const {
     const char* const word = VerdictText(refused);
@@ -42,22 +42,22 @@ class HistoryText {
 
   void Step(const VersionStep& step) {
     text_ += "step " + std::to_string(step.to) + ": " + Heading(step);
-    for (const TableResult& result : step.tables) {
+    for (const StepTable& result : step.tables) {
       if (result.status == Status::kNew) text_ += "  table " + OneLine(result.table) + ": new\n";
       if (result.status == Status::kRefused) text_ += Refusal(result) + "\n";
     }
   }
 
-  static std::string Refusal(const TableResult& result) {
+  static std::string Refusal(const StepTable& result) {
     const std::string rule = result.verdict.rule.empty() ? "" : " [" + result.verdict.rule + "]";
-    return "  table " + OneLine(result.table) + ": refused" + rule + " " + SummaryOf(result) + "\n    " +
+    return "  table " + OneLine(result.table) + ": refused" + rule + " " + result.summary + "\n    " +
            CheckerLine(result.verdict.text) + "\n    code: " + std::to_string(result.verdict.code) + " " +
-           CodeNameOf(result.verdict.code) + "\n    caused by: " + CauseOf(result);
+           CodeNameOf(result.verdict.code) + "\n    caused by: " + result.cause;
   }
 
   void AgainstNewest(const VersionStep& step) {
     text_ += Heading(step);
-    for (const TableResult& result : step.tables) {
+    for (const StepTable& result : step.tables) {
       if (result.status != Status::kRefused) continue;
       const VersionStep* const first = FirstRefusedStep(history_, step.from, result.table);
       text_ +=
@@ -87,7 +87,7 @@ class HistoryText {
 
 // --- JSON ---
 
-Json ToJson(const TableResult& result) {
+Json ToJson(const StepTable& result) {
   if (result.status == Status::kNew) return {{"table", result.table}, {"status", "new"}};
   const bool refused = result.status == Status::kRefused;
   Json json = {{"table", result.table},
@@ -96,18 +96,18 @@ Json ToJson(const TableResult& result) {
                {"code_name", CodeNameOf(result.verdict.code)}};
   if (!refused) return json;
   json["rule"] = result.verdict.rule.empty() ? Json() : Json(result.verdict.rule);
-  json["summary"] = SummaryOf(result);
+  json["summary"] = result.summary;
   json["text"] = result.verdict.text;
   json["removed"] = result.removed;
-  json["cause"] = CauseOf(result);
+  json["cause"] = result.cause;
   return json;
 }
 
 Json ToJson(const VersionStep& step, const History& history) {
   Json tables = Json::array();
-  for (const TableResult& result : step.tables) tables.push_back(ToJson(result));
-  return {{"from", history.versions[step.from]->name},
-          {"to", history.versions[step.to]->name},
+  for (const StepTable& result : step.tables) tables.push_back(ToJson(result));
+  return {{"from", history.versions[step.from]},
+          {"to", history.versions[step.to]},
           {"verdict", VerdictText(step.Refused())},
           {"tables", std::move(tables)}};
 }
@@ -132,8 +132,7 @@ std::string RenderHistoryJson(const History& history) {
                {"tool", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}}},
                {"command", "history"},
                {"verdict", VerdictText(history.Refused())}};
-  Json& versions = json["versions"] = Json::array();
-  for (const Source* version : history.versions) versions.push_back(version->name);
+  json["versions"] = history.versions;
   Json& steps = json["steps"] = Json::array();
   for (const VersionStep& step : history.steps) steps.push_back(ToJson(step, history));
   Json& against_newest = json["against_newest"] = Json::array();

@@ -4,13 +4,32 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "report/result/words.h"
 
 namespace korvel {
 namespace {
 
-bool IsRefused(const TableResult& result) { return result.status == Status::kRefused; }
+bool IsRefused(const StepTable& table) { return table.status == Status::kRefused; }
+
+std::string CauseOf(const TableResult& result) {
+  if (result.removed) return "the table was removed";
+  if (result.changes) {
+    for (const Finding& finding : result.changes->findings) {
+      if (!finding.edits.empty()) return OneLine(Describe(result.changes->edits[finding.edits.front()]));
+    }
+  }
+  return result.verdict.text.empty() ? "(no text)" : OneLine(result.verdict.text);
+}
 
 }  // namespace
+
+StepTable StepTableOf(const TableResult& result) {
+  StepTable table{result.table, result.status, result.verdict, {}, {}, result.removed};
+  if (!IsRefused(table)) return table;
+  table.summary = SummaryOf(result);
+  table.cause = CauseOf(result);
+  return table;
+}
 
 bool VersionStep::Refused() const { return std::ranges::any_of(tables, IsRefused); }
 
@@ -22,20 +41,10 @@ bool History::Refused() const {
 const VersionStep* FirstRefusedStep(const History& history, std::size_t from, const std::string& table) {
   for (std::size_t i = from; i < history.steps.size(); ++i) {
     const VersionStep& step = history.steps[i];
-    const auto is_it = [&](const TableResult& result) { return IsRefused(result) && result.table == table; };
+    const auto is_it = [&](const StepTable& of_step) { return IsRefused(of_step) && of_step.table == table; };
     if (std::ranges::any_of(step.tables, is_it)) return &step;
   }
   return nullptr;
-}
-
-std::string CauseOf(const TableResult& result) {
-  if (result.removed) return "the table was removed";
-  if (result.changes) {
-    for (const Finding& finding : result.changes->findings) {
-      if (!finding.edits.empty()) return OneLine(Describe(result.changes->edits[finding.edits.front()]));
-    }
-  }
-  return result.verdict.text.empty() ? "(no text)" : OneLine(result.verdict.text);
 }
 
 }  // namespace korvel

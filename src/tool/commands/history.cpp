@@ -4,7 +4,6 @@
 #include "base/file_descriptor.h"
 #include "base/input_error.h"
 #include "project/check_history.h"
-#include "project/load_inputs.h"
 #include "report/render/render.h"
 #include "tool/cli/command.h"
 #include "tool/cli/option_groups.h"
@@ -52,15 +51,14 @@ int Run(const HistoryArguments& arguments) {
   const std::size_t count = arguments.inputs.paths.size();
   if (arguments.uses_git && count != 1) throw UsageError{"--git requires exactly one path"};
   if (!arguments.uses_git && count < 2) throw UsageError{"at least two versions are required"};
-  const std::vector<Input> versions = LoadInputs(PathsOf(arguments));
+  const std::vector<std::string> paths = PathsOf(arguments);
   vesk::ClosedCategory log;
-  const History history = CheckHistory(versions, {.tables = arguments.selection.tables,
-                                                  .given = arguments.settings.given,
-                                                  .project = project ? &*project : nullptr,
-                                                  .max_findings = arguments.limit.max_findings,
-                                                  .wants_suggestions = false,
-                                                  .log = log.handle()});
-  for (const Input& version : versions) RequireUnchanged(version);
+  const History history = CheckHistory(paths, {.tables = arguments.selection.tables,
+                                               .given = arguments.settings.given,
+                                               .project = project ? &*project : nullptr,
+                                               .max_findings = arguments.limit.max_findings,
+                                               .wants_suggestions = false,
+                                               .log = log.handle()});
   arguments.output.Write(arguments.format.json ? RenderHistoryJson(history)
                                                : RenderHistoryText(history, arguments.output.CanColor()));
   return history.Refused() ? kSomeRefused : kAllAllowed;
