@@ -5,14 +5,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#define XXH_INLINE_ALL
-#include <xxhash.h>
-
 #include <cerrno>
 #include <cstring>
 #include <utility>
 
 #include "base/text.h"
+#include "qmx/checksum.h"
 #include "qmx/image_header.h"
 
 namespace qmx {
@@ -83,7 +81,7 @@ Fault CheckImage(const char* bytes, std::uint64_t size, const Limits& limits) {
   const auto& header = *reinterpret_cast<const ImageHeader*>(bytes);
   if (Fault fault = CheckHeader(header, size - kImageHeaderSize)) return fault;
   const char* const block = bytes + kImageHeaderSize;
-  const std::uint64_t checksum = XXH3_64bits(block, header.block_size);
+  const std::uint64_t checksum = Checksum(block, header.block_size);
   if (checksum != header.checksum) {
     return WrongNumber("checksum", offsetof(ImageHeader, checksum), header.checksum, checksum);
   }
@@ -141,7 +139,7 @@ std::string WriteImage(const Metalib& metalib) {
   header.version = kImageVersion;
   header.header_size = kImageHeaderSize;
   header.block_size = metalib.size();
-  header.checksum = XXH3_64bits(metalib.get(), metalib.size());
+  header.checksum = Checksum(metalib.get(), metalib.size());
   std::string image;
   image.reserve(sizeof(header) + metalib.size());
   image.append(reinterpret_cast<const char*>(&header), sizeof(header));
