@@ -39,7 +39,8 @@ int Run::CheckFieldNameValidate(LPQMXMETA meta) {
   for (const auto [index, entry] : Entries(meta)) {
     const char* given = qmx_get_entry_name(entry);
     const char* name = given == nullptr ? "" : given;
-    if (log_ != nullptr) LogOnly(HERE, VESK_PRIORITY_INFO, kNameTrace, name, std::strlen(name));
+    // Not LogOnly: most logs are closed, and then the length is not needed.
+    if (MayLog(VESK_PRIORITY_INFO)) WriteRecord(HERE, VESK_PRIORITY_INFO, kNameTrace, name, std::strlen(name));
     if (*name == '\0') return Refuse(HERE, kNameEmpty);
     if (IsDigit(*name)) return Refuse(HERE, kNameDigit, name);
     const char* end = name;

@@ -1,4 +1,4 @@
-// The run of one operation: the gate that every log record passes, and the row that is left in the object.
+// The run of one operation: how it writes a log record, and the row that it leaves in the object.
 // Tested by tests/rules/text_test.cpp and callback_test.cpp.
 #include "common/run.h"
 
@@ -21,16 +21,7 @@ int Run::RefuseWithFormat(const Here& here, int code, const char* format, int ch
   return code;
 }
 
-bool Run::MayLog(int priority) {
-  if (log_ == nullptr) return false;
-  if (log_->piPriorityLow != nullptr && *log_->piPriorityLow != -1 && *log_->piPriorityLow < priority) return false;
-  if (log_->piPriorityHigh != nullptr && *log_->piPriorityHigh > priority) return false;
-  ++records_;
-  return vesk_category_can_write(log_, priority, 0, 0) != 0;
-}
-
-void Run::LogRecord(const Here& here, int priority, const char* format, ...) {
-  if (!MayLog(priority)) return;
+void Run::PassToLog(const Here& here, int priority, const char* format, ...) {
   tagVeskEvent event{};
   event.evt_priority = priority;
   event.evt_loc = &here;

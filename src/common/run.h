@@ -156,21 +156,40 @@ class Run {
   template <class... Args>
   void WriteText(const TextFormat<Args...>& format, Exactly<Args>... args) {
     ++texts_;
-    FormatText(buffer_, format.text, args...);
+    if constexpr (sizeof...(Args) == 0) {
+      CopyFormat(buffer_, format.text);
+    } else {
+      FormatText(buffer_, format.text, args...);
+    }
   }
 
   // Logs a text, uncut, without writing it into the buffer.
   template <class... Args>
   void LogOnly(const Here& here, int priority, const TextFormat<Args...>& format, Exactly<Args>... args) {
-    LogRecord(here, priority, format.text, args...);
+    if (MayLog(priority)) WriteRecord<Args...>(here, priority, format, args...);
   }
 
   // Logs what the buffer holds.
-  void LogBuffer(const Here& here, int priority) { LogRecord(here, priority, "%s", buffer_); }
+  void LogBuffer(const Here& here, int priority) {
+    if (MayLog(priority)) PassToLog(here, priority, "%s", buffer_);
+  }
 
-  // Writes one record if the category and its bounds let the priority through.
-  void LogRecord(const Here& here, int priority, const char* format, ...);
-  bool MayLog(int priority);
+  // Whether the category and its bounds let the priority through. Asked once for each record, before it is written; a closed log
+  // costs a few comparisons.
+  bool MayLog(int priority) {
+    if (log_ == nullptr) return false;
+    if (log_->piPriorityLow != nullptr && *log_->piPriorityLow != -1 && *log_->piPriorityLow < priority) return false;
+    if (log_->piPriorityHigh != nullptr && *log_->piPriorityHigh > priority) return false;
+    ++records_;
+    return vesk_category_can_write(log_, priority, 0, 0) != 0;
+  }
+
+  // Writes a record. REQUIRES: MayLog has just returned true.
+  template <class... Args>
+  void WriteRecord(const Here& here, int priority, const TextFormat<Args...>& format, Exactly<Args>... args) {
+    PassToLog(here, priority, format.text, args...);
+  }
+  void PassToLog(const Here& here, int priority, const char* format, ...);
 
   // --- What rules visit ---
 
