@@ -11,23 +11,28 @@ require_valgrind() {
 instructions() {
   wanted=$1 ended=0
   shift
-  valgrind --tool=callgrind --callgrind-out-file=/dev/null --log-file="$work/callgrind.log" "$@" >"$work/output" 2>&1 || ended=$?
+  valgrind --tool=cachegrind --cache-sim=no --cachegrind-out-file=/dev/null --log-file="$work/valgrind.log" "$@" >"$work/output" 2>&1 ||
+    ended=$?
   [ "$ended" -eq "$wanted" ] || {
     echo "ended with status $ended instead of $wanted: $*" >&2
-    cat "$work/callgrind.log" "$work/output" >&2
+    cat "$work/valgrind.log" "$work/output" >&2
     return 1
   }
-  sed -n 's/.*Collected : \([0-9]*\).*/\1/p' "$work/callgrind.log"
+  sed -n 's/.*I *refs: *\([0-9,]*\).*/\1/p' "$work/valgrind.log" | tr -d ,
 }
 
-# schema METAS FIELDS: prints a library of tables with so many fields each.
+# schema METAS FIELDS [added|refused]: prints a library of tables with so many fields each; with one more field in each table, or
+# with another type of the last field of the last table.
 schema() {
-  awk -v metas="$1" -v fields="$2" 'BEGIN {
-    print "<metalib name=\"generated\" version=\"1\" protocol=\"QMX\">"
+  awk -v metas="$1" -v fields="$2" -v change="${3-}" 'BEGIN {
+    print "<metalib name=\"generated\" version=\"" (change == "" ? 1 : 2) "\" protocol=\"QMX\">"
     for (m = 0; m < metas; ++m) {
       printf "  <meta name=\"table_%d\" desc=\"table %d\">\n", m, m
-      for (f = 0; f < fields; ++f)
-        printf "    <entry name=\"field_%d\" id=\"%d\" type=\"int32\" version=\"1\" desc=\"field %d of a table\"/>\n", f, f + 1, f
+      last = change == "added" ? fields : fields - 1
+      for (f = 0; f <= last; ++f) {
+        type = change == "refused" && m == metas - 1 && f == last ? "int8" : "int32"
+        printf "    <entry name=\"field_%d\" id=\"%d\" type=\"%s\" version=\"%d\" desc=\"field %d of a table\"/>\n", f, f + 1, type, f < fields ? 1 : 2, f
+      }
       print "    <primarykey entries=\"field_0\"/>\n  </meta>"
     }
     print "</metalib>"
