@@ -94,6 +94,13 @@ showing_levels() {
   instructions 1 "$program" check --format html "$work/old.xml" "$work/new.xml"
 }
 
+# Every tenth field has another type. Each is refused, and the cost of finding it does not depend on the number of fields.
+finding_refusals() {
+  schema 1 "$1" >"$work/old.xml"
+  sed 's/9" type="int32"/9" type="int8"/' "$work/old.xml" >"$work/new.xml"
+  instructions 1 "$program" check "$work/old.xml" "$work/new.xml"
+}
+
 # doubling WHAT SMALL LARGE: compares the numbers of instructions for a size and for twice that size.
 doubling() {
   echo "twice the $1: $2 -> $3 instructions; allowed: 2.2 times"
@@ -120,4 +127,6 @@ entities=$(reading_entities 100000) twice=$(reading_entities 200000)
 doubling 'entities in an attribute' "$entities" "$twice"
 levels=$(showing_levels 50) twice=$(showing_levels 100)
 doubling 'levels of unions, each embedded twice in the next' "$levels" "$twice"
+found=$(finding_refusals 2000) twice=$(finding_refusals 4000)
+doubling 'fields of a table, a tenth of which is refused' "$found" "$twice"
 exit "$status"

@@ -21,6 +21,10 @@ class Alignment {
   Alignment(std::size_t old_count, std::vector<Slot> partners);
   Alignment() = default;
 
+  // Only some of the items: old ones, and positions on the new side, both ascending. What is still remains so. REQUIRES: of an
+  // item that both sides have, both sides are kept, or neither.
+  Alignment Part(const std::vector<Slot>& old_slots, const std::vector<Slot>& new_positions) const;
+
   std::size_t old_count() const { return new_position_.size(); }
   std::size_t new_count() const { return slots_.size(); }
   std::size_t slot_count() const { return old_count() + new_count(); }
@@ -33,6 +37,9 @@ class Alignment {
   bool IsStill(Slot slot) const { return !IsAdded(slot) && is_still_[slot]; }
   // REQUIRES: the slot is on that side.
   std::size_t NewPosition(Slot slot) const { return IsAdded(slot) ? slot - old_count() : new_position_[slot]; }
+
+  // The slot of each kept item (see Part) among the kept ones; kNoSlot if the item is not kept.
+  Slot SlotInPart(const std::vector<Slot>& old_slots, const std::vector<Slot>& new_positions, Slot slot) const;
 
   // For each new position, the slot in front of which an added or moved item is put: the next still item in the new order,
   // kNoSlot for the end. A still item is its own anchor. Linear, for all positions together.

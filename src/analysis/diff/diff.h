@@ -43,6 +43,9 @@ class Difference {
   // The library of Apply(chosen), without the model in between; nullopt if it cannot be laid out (see korvel::Build).
   std::optional<qmx::Metalib> Build(const std::vector<bool>& chosen) const;
 
+  // For the files of this directory.
+  const DifferenceParts& parts() const { return *parts_; }
+
  private:
   std::shared_ptr<const DifferenceParts> parts_;  // never null
 };

@@ -7,10 +7,6 @@
 namespace korvel {
 namespace {
 
-constexpr EditKinds kEntryKinds = Bit(EditKind::kEntryAdded) | Bit(EditKind::kEntryRemoved) | Bit(EditKind::kEntryRenamed) |
-                                  Bit(EditKind::kEntryMoved) | Bit(EditKind::kEntryId) | Bit(EditKind::kEntryVersion) |
-                                  Bit(EditKind::kEntryType) | Bit(EditKind::kEntrySize) | Bit(EditKind::kEntryCount) |
-                                  Bit(EditKind::kEntryRefer) | Bit(EditKind::kEntryCustomAttr2) | Bit(EditKind::kEntryMeta);
 constexpr EditKinds kIndexKinds =
     Bit(EditKind::kIndexAdded) | Bit(EditKind::kIndexRemoved) | Bit(EditKind::kIndexColumns) | Bit(EditKind::kIndexMoved);
 
@@ -66,7 +62,7 @@ class Applier {
       if (!chosen_[i]) continue;
       const Edit& edit = parts_.edits[i];
       const EditKinds kind = Bit(edit.kind);
-      if ((kind & kEntryKinds) != 0) {
+      if (IsOfEntry(edit.kind)) {
         chosen.entries[parts_.slots[i]] |= kind;
       } else if ((kind & kIndexKinds) != 0) {
         chosen.indexes[parts_.slots[i]] |= kind;
@@ -97,8 +93,10 @@ Model Difference::Apply(const std::vector<bool>& chosen) const {
   return model;
 }
 
-std::optional<qmx::Metalib> Difference::Build(const std::vector<bool>& chosen) const {
-  Applier applier(*parts_, chosen);
+std::optional<qmx::Metalib> Difference::Build(const std::vector<bool>& chosen) const { return BuildLibrary(*parts_, chosen); }
+
+std::optional<qmx::Metalib> BuildLibrary(const DifferenceParts& parts, const std::vector<bool>& chosen) {
+  Applier applier(parts, chosen);
   qmx::MetalibBuilder builder(applier.Side(EditKind::kLibraryName).name, applier.Side(EditKind::kLibraryVersion).version,
                               applier.Side(EditKind::kLibraryProtocol).protocol);
   applier.Walk([&](MetaDecl& decl) {

@@ -222,7 +222,7 @@ void AddPaths(const MetaPaths& paths, std::size_t meta, const MetaNode& node, st
   if (node.first_edit == node.end_edit) return;
   const std::vector<std::string> meta_paths = paths.PathsTo(meta);
   for (std::size_t i = node.first_edit; i < node.end_edit; ++i) {
-    const bool is_entry = edits[i].kind >= EditKind::kEntryAdded;
+    const bool is_entry = IsOfEntry(edits[i].kind);
     for (const std::string& path : meta_paths) edits[i].paths.push_back(is_entry ? path + "." + edits[i].item : path);
     edits[i].path_count = paths.CountTo(meta);
   }

@@ -5,6 +5,7 @@
 #include <unordered_set>
 
 #include "analysis/diff/diff_parts.h"
+#include "analysis/diff/entry_attributes.h"
 
 namespace korvel {
 namespace {
@@ -103,8 +104,6 @@ class NodeNeeds {
     }
     NeedEachOther(bound);
   }
-
-  static bool IsSortMark(const EntryModel& entry) { return entry.customattr2 && entry.customattr2->starts_with("sort="); }
 
   bool ChangesSortMark(std::size_t edit) const {
     const Slot slot = parts_.slots[edit];

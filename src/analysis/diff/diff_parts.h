@@ -37,6 +37,9 @@ void ListEdits(const Source& old_source, const Source& new_source, DifferencePar
 // Fills `needs`.
 void FindNeeds(DifferenceParts& parts);
 
+// The library after the chosen edits; see Difference::Build.
+std::optional<qmx::Metalib> BuildLibrary(const DifferenceParts& parts, const std::vector<bool>& chosen);
+
 // The edits that an edit needs, transitively, ascending.
 std::vector<std::size_t> AllNeeds(const DifferenceParts& parts, std::size_t edit);
 

@@ -45,6 +45,9 @@ enum class EditKind : std::uint8_t {
 // "entry-added"
 std::string_view NameOf(EditKind kind);
 
+// Whether an edit changes an entry: adds, removes, renames or moves it, or changes one of its attributes.
+constexpr bool IsOfEntry(EditKind kind) { return kind >= EditKind::kEntryAdded; }
+
 struct Edit {
   EditKind kind = EditKind::kLibraryVersion;
   std::string meta;  // structure whose declaration changes; empty for the library

@@ -46,6 +46,8 @@ constexpr EntryAttribute kAttributes[] = {
 
 std::span<const EntryAttribute> EntryAttributes() { return kAttributes; }
 
+bool IsSortMark(const EntryModel& entry) { return entry.customattr2 && entry.customattr2->starts_with("sort="); }
+
 std::string TypeText(const EntryModel& entry) {
   return entry.size == 0 ? entry.type : entry.type + "(" + std::to_string(entry.size) + ")";
 }

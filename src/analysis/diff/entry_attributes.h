@@ -24,6 +24,9 @@ struct EntryAttribute {
 // All attributes except refer, which names another entry. In the order in which edits are listed.
 std::span<const EntryAttribute> EntryAttributes();
 
+// Whether customattr2 marks a sort field of the table.
+bool IsSortMark(const EntryModel& entry);
+
 // "uint32", "string(32)"
 std::string TypeText(const EntryModel& entry);
 

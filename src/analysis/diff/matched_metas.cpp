@@ -122,6 +122,21 @@ References Resolve(const MetaModel& meta, SlotOf slot_of) {
   return references;
 }
 
+// The references of one side among the entries of a part. `positions` are those of the part on that side.
+References PartOf(const References& whole, const Alignment& entries, const EntryPart& part, const std::vector<Slot>& positions) {
+  const auto slot_of = [&](Slot slot) { return entries.SlotInPart(part.old_slots, part.new_positions, slot); };
+  const auto members_of = [&](Members members) {
+    for (Member& member : members) member.entry = slot_of(member.entry);
+    return members;
+  };
+  References references;
+  for (const Slot position : positions) references.refers.push_back(slot_of(whole.refers[position]));
+  references.primary_key = members_of(whole.primary_key);
+  references.splittable_key = members_of(whole.splittable_key);
+  for (const Members& columns : whole.columns) references.columns.push_back(members_of(columns));
+  return references;
+}
+
 }  // namespace
 
 MatchedMetas::MatchedMetas(const MetaModel& old_meta, const MetaModel& new_meta, bool id_first)
@@ -131,6 +146,14 @@ MatchedMetas::MatchedMetas(const MetaModel& old_meta, const MetaModel& new_meta,
       indexes_(old_meta.indexes.size(), PairIndexes(old_meta, new_meta)),
       old_references_(Resolve(old_meta, [](std::size_t i) { return static_cast<Slot>(i); })),
       new_references_(Resolve(new_meta, [this](std::size_t j) { return entries_.OfNew(j); })) {}
+
+MatchedMetas::MatchedMetas(const MatchedMetas& whole, const EntryPart& part, const MetaModel& old_meta, const MetaModel& new_meta)
+    : old_(&old_meta),
+      new_(&new_meta),
+      entries_(whole.entries_.Part(part.old_slots, part.new_positions)),
+      indexes_(whole.indexes_),
+      old_references_(PartOf(whole.old_references_, whole.entries_, part, part.old_slots)),
+      new_references_(PartOf(whole.new_references_, whole.entries_, part, part.new_positions)) {}
 
 Members MatchedMetas::WithoutRemoved(const Members& members) const {
   Members kept;

@@ -41,11 +41,20 @@ struct ChosenEdits {
   std::vector<std::string_view> attributes;  // keys of customattr
 };
 
+// Some of the entries of two metas, both lists ascending. Has both sides of an entry that both sides have, or neither.
+struct EntryPart {
+  std::vector<Slot> old_slots;
+  std::vector<Slot> new_positions;
+};
+
 // Borrows both metas. Immutable; threads may use one pair at the same time.
 class MatchedMetas {
  public:
   // `id_first`: match entries by id before name. n log n.
   MatchedMetas(const MetaModel& old_meta, const MetaModel& new_meta, bool id_first);
+  // The same metas with only some of their entries, matched as in `whole`: see Alignment::Part. References to other entries are
+  // dropped.
+  MatchedMetas(const MatchedMetas& whole, const EntryPart& part, const MetaModel& old_meta, const MetaModel& new_meta);
 
   const MetaModel& old_meta() const { return *old_; }
   const MetaModel& new_meta() const { return *new_; }

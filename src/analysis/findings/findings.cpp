@@ -5,11 +5,10 @@
 #include <algorithm>
 #include <map>
 #include <optional>
-#include <thread>
 
+#include "analysis/findings/change_checker.h"
 #include "analysis/findings/run_checker.h"
 #include "analysis/findings/search.h"
-#include "base/parallel.h"
 
 namespace korvel {
 namespace {
@@ -120,16 +119,6 @@ Finding AboutBadField(const TableContext& context, const Difference& difference,
 
 // --- The search ---
 
-std::vector<CheckAnswer> CheckAll(const TableContext& context, const Difference& difference, const std::vector<EditSet>& sets) {
-  const std::size_t size = context.old_source.metalib.size() + context.new_source.metalib.size();
-  std::vector<CheckAnswer> answers(sets.size());
-  ForEach(sets.size(), size < kWorthAThread ? 1 : std::thread::hardware_concurrency(), [&](std::size_t i) {
-    const std::optional<qmx::Metalib> built = difference.Build(sets[i]);
-    if (built) answers[i] = RunChecker(context.old_source.Library(), built->get(), context.table, context.settings);
-  });
-  return answers;
-}
-
 // The edits of each structure, and the edits of each kind in each structure.
 std::vector<std::vector<std::size_t>> ClustersOf(const std::vector<Edit>& edits) {
   std::map<std::string, std::vector<std::size_t>> of_meta;
@@ -145,11 +134,10 @@ std::vector<std::vector<std::size_t>> ClustersOf(const std::vector<Edit>& edits)
   return clusters;
 }
 
-SearchResult SearchEdits(const TableContext& context, const Difference& difference, const std::vector<BadField>& bad_fields,
-                         std::size_t limit) {
+SearchInput InputFor(const TableContext& context, const Difference& difference, const std::vector<BadField>& bad_fields,
+                     std::size_t limit) {
   SearchInput input;
   for (std::size_t i = 0; i < difference.edits().size(); ++i) input.needs.push_back(difference.Needs(i));
-  input.check = [&](const std::vector<EditSet>& sets) { return CheckAll(context, difference, sets); };
   for (BadName& bad : FindBadNames(context.table, FieldNames(difference.old_model()), limit)) {
     input.preexisting.push_back(std::move(bad.verdict));
   }
@@ -160,6 +148,21 @@ SearchResult SearchEdits(const TableContext& context, const Difference& differen
   }
   input.clusters = ClustersOf(difference.edits());
   input.max_refusals = limit;
+  return input;
+}
+
+// What is allowed together is checked with the whole table at the end. If the excerpts have missed a refusal, the search is
+// repeated without them.
+SearchResult SearchEdits(const TableContext& context, const Difference& difference, const std::vector<BadField>& bad_fields,
+                         std::size_t limit) {
+  SearchInput input = InputFor(context, difference, bad_fields, limit);
+  ChangeChecker checker(context, difference);
+  input.check = [&](const std::vector<EditSet>& sets) { return checker.Check(sets); };
+  SearchResult found = Search(input);
+  if (!checker.has_excerpts()) return found;
+  const CheckAnswer together = checker.CheckWhole(found.allowed);
+  if (together && !together->Refused()) return found;
+  checker.DropExcerpts();
   return Search(input);
 }
 

@@ -58,8 +58,10 @@ class SuggestionFinder {
 
   // Chooses for each edit the first alternative that is allowed together with everything chosen before. Finds nothing if the
   // refusal is pre-existing: then every model is refused.
-  void Run() {
+  // `only_for_findings`: stops when the choice is final for the edits of findings.
+  void Run(bool only_for_findings) {
     if (changes_.allowed_together.Refused()) return;
+    only_for_findings_ = only_for_findings;
     for (std::size_t rank = 0;; ++rank) {
       std::vector<OpenEdit*> open;
       for (OpenEdit& edit : open_edits_) {
@@ -101,8 +103,17 @@ class SuggestionFinder {
   }
 
  private:
+  // Whether no wanted edit gets an alternative any more if only the edits from `next` on are still tried at this rank.
+  bool IsFinal(const OpenEdit& next, std::size_t rank) const {
+    return std::ranges::all_of(open_edits_, [&](const OpenEdit& edit) {
+      const bool is_wanted = !only_for_findings_ || changes_.status[edit.edit] == EditStatus::kRefused;
+      const std::size_t first_untried = edit.edit < next.edit ? rank + 1 : rank;
+      return !is_wanted || edit.chosen != kNone || edit.alternatives.size() <= first_untried;
+    });
+  }
+
   void Try(const std::vector<OpenEdit*>& open, std::size_t rank) {
-    if (work_ + cost_ > kMaxWork) return;
+    if (work_ + cost_ > kMaxWork || IsFinal(*open.front(), rank)) return;
     work_ += cost_;
     for (OpenEdit* edit : open) edit->chosen = rank;
     const std::optional<Model> model = Compose();
@@ -152,6 +163,7 @@ class SuggestionFinder {
   std::map<std::size_t, std::size_t> positions_;  // in open_edits_, by edit
   std::size_t cost_ = 0;                          // of one run of the checker
   std::size_t work_ = 0;
+  bool only_for_findings_ = false;
 };
 
 // One line: what to do instead of the edits of a finding.
@@ -204,14 +216,14 @@ Suggestion PutBack(const TableContext& context) {
 
 Suggestion Suggest(const TableContext& context, const Difference& difference, const Changes& changes) {
   SuggestionFinder finder(context, difference, changes);
-  finder.Run();
+  finder.Run(false);
   return finder.Suggest();
 }
 
 void FindSuggestions(const TableContext& context, const Difference& difference, Changes& changes, bool with_fixes) {
   const Source& new_source = context.new_source;
   SuggestionFinder finder(context, difference, changes);
-  finder.Run();
+  finder.Run(true);
   Rewriter rewriter(new_source, context.old_source);
   std::size_t work = 0;
   for (Finding& finding : changes.findings) {

@@ -1,0 +1,37 @@
+// Runs the checker on the old schema of a table with sets of edits.
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "analysis/diff/excerpts.h"
+#include "analysis/findings/search.h"
+#include "schema/table_context.h"
+
+namespace korvel {
+
+// Borrows the context and the difference, which must outlive it. Const operations may run on several threads at once.
+class ChangeChecker {
+ public:
+  ChangeChecker(const TableContext& context, const Difference& difference);
+
+  // The answer about each set, in order. Uses excerpts of the table where there are some: the time then does not depend on the
+  // number of fields. Runs on several threads for large schemas.
+  std::vector<CheckAnswer> Check(const std::vector<EditSet>& sets) const;
+
+  // The answer about a set, always from the whole table.
+  CheckAnswer CheckWhole(const EditSet& set) const;
+
+  bool has_excerpts() const { return excerpts_.has_value(); }
+  void DropExcerpts() { excerpts_.reset(); }
+
+ private:
+  CheckAnswer Check(const EditSet& set) const;
+
+  const TableContext& context_;
+  const Difference& difference_;
+  CheckAnswer unchanged_;  // the answer about no edits
+  std::optional<Excerpts> excerpts_;
+};
+
+}  // namespace korvel
