@@ -101,6 +101,21 @@ finding_refusals() {
   instructions 1 "$program" check "$work/old.xml" "$work/new.xml"
 }
 
+# sharing_refusals TABLES FIELDS: every second field of a structure that all tables embed is refused.
+sharing_refusals() {
+  awk -v tables="$1" -v fields="$2" 'BEGIN {
+    print "<metalib name=\"shared\" version=\"1\" protocol=\"QMX\">\n<meta name=\"s\">"
+    for (f = 0; f < fields; ++f) printf "<entry name=\"field_%d\" id=\"%d\" type=\"int%d\"/>\n", f, f + 1, f % 2 ? 32 : 64
+    print "</meta>"
+    for (t = 0; t < tables; ++t)
+      print "<meta name=\"table_" t "\"><entry name=\"key\" id=\"1\" type=\"int8\"/><entry name=\"part\" id=\"2\" type=\"s\"/>" \
+        "<primarykey entries=\"key\"/></meta>"
+    print "</metalib>"
+  }' >"$work/old.xml"
+  sed 's/type="int32"/type="int16"/' "$work/old.xml" >"$work/new.xml"
+  instructions 1 "$program" check "$work/old.xml" "$work/new.xml"
+}
+
 # doubling WHAT SMALL LARGE: compares the numbers of instructions for a size and for twice that size.
 doubling() {
   echo "twice the $1: $2 -> $3 instructions; allowed: 2.2 times"
@@ -129,4 +144,7 @@ levels=$(showing_levels 50) twice=$(showing_levels 100)
 doubling 'levels of unions, each embedded twice in the next' "$levels" "$twice"
 found=$(finding_refusals 2000) twice=$(finding_refusals 4000)
 doubling 'fields of a table, a tenth of which is refused' "$found" "$twice"
+shared=$(sharing_refusals 5 200) tables=$(sharing_refusals 10 200) fields=$(sharing_refusals 5 400)
+doubling 'tables that share a structure with refused fields' "$shared" "$tables"
+doubling 'refused fields of a shared structure' "$shared" "$fields"
 exit "$status"
