@@ -126,8 +126,7 @@ void MetaOutline::AddLinked(std::vector<Slot>& slots) const {
     }
   }
   std::ranges::sort(slots);
-  const auto rest = std::ranges::unique(slots);
-  slots.erase(rest.begin(), rest.end());
+  slots.erase(std::unique(slots.begin(), slots.end()), slots.end());
 }
 
 EntryPart MetaOutline::PartWith(const std::vector<Slot>& changed, const std::vector<Slot>& with_changed_structure) const {
