@@ -1,5 +1,5 @@
-// Pairs the files of two states and checks their tables. project_files.cpp selects the files. Tested by
-// tests/tool/against_test.cpp.
+// Pairs the files of two states and puts the results of their tables together. project_files.cpp selects the files,
+// file_pair.cpp compares two of them. Tested by tests/tool/against_test.cpp.
 #include "project/check_project.h"
 
 #include <algorithm>
@@ -16,105 +16,74 @@
 #include "base/input_error.h"
 #include "base/parallel.h"
 #include "base/text.h"
+#include "project/file_pair.h"
 #include "project/project_files.h"
-#include "schema/input.h"
-#include "schema/model.h"
 
 namespace korvel {
 namespace {
 
-// One schema file in both states, and the results of its tables.
-struct FilePair {
-  std::string old_path;  // empty: added
-  std::string new_path;  // empty: deleted
-  std::shared_ptr<Input> first = nullptr;
-  std::shared_ptr<Input> second = nullptr;  // the same as `first` if the file is the same byte for byte
-  std::vector<TableResult> tables = {};
-  std::vector<std::string> faults = {};
-  bool is_requested = true;  // false: only a candidate for the old path of a moved file
-
-  const std::string& Path() const { return new_path.empty() ? old_path : new_path; }
-};
-
 class Comparison {
  public:
-  explicit Comparison(const ProjectCheck& check) : check_(check), options_(check.options), states_(check.states) {
+  explicit Comparison(const ProjectCheck& check)
+      : check_(check), options_(check.options), states_(check.states), pair_check_(check) {
     const ProjectFiles& files = check.files;
-    for (const std::string& path : files.in_new) pairs_.push_back({files.in_old.contains(path) ? path : "", path});
+    for (const std::string& path : files.in_new) {
+      const auto old_path = files.in_old.find(path);
+      pairs_.push_back({.old_path = old_path == files.in_old.end() ? nullptr : &*old_path, .new_path = &path});
+    }
     for (const std::string& path : files.in_old) {
-      if (!files.in_new.contains(path)) pairs_.push_back({path, ""});
+      if (!files.in_new.contains(path)) pairs_.push_back({.old_path = &path});
     }
-    for (const std::string& path : files.removed_elsewhere) {
-      pairs_.push_back({.old_path = path, .new_path = "", .is_requested = false});
-    }
+    for (const std::string& path : files.removed_elsewhere) pairs_.push_back({.old_path = &path, .is_requested = false});
   }
 
   ProjectResult Run() {
-    EachPair(ProjectPhase::kLoad, [&](FilePair& pair) { Load(pair); });
+    EachPair(ProjectPhase::kLoad, [&](FilePair& pair) { LoadFirst(pair); });
     DropCandidates([](const FilePair& pair) { return !pair.faults.empty(); });
     RefuseFaults();
     PairMoved();
     DropCandidates([](const FilePair&) { return true; });
     std::ranges::sort(pairs_, {}, &FilePair::Path);
     RequireTables();
-    EachPair(ProjectPhase::kCheck, [&](FilePair& pair) { CheckPair(pair); });
+    EachPair(ProjectPhase::kCheck, [&](FilePair& pair) { CheckRest(pair); });
+    RefuseFaults();
     return Collect();
   }
 
  private:
   void EachPair(ProjectPhase phase, const std::function<void(FilePair&)>& work) {
+    std::vector<FilePair*> left;
+    for (FilePair& pair : pairs_) {
+      if (!pair.is_checked) left.push_back(&pair);
+    }
     const auto report = [&](std::size_t done) {
-      if (check_.on_progress) check_.on_progress(phase, done, pairs_.size());
+      if (check_.on_progress) check_.on_progress(phase, done, left.size());
     };
     report(0);
     std::atomic<std::size_t> done = 0;
-    ForEach(pairs_.size(), options_.in_order ? 1 : std::thread::hardware_concurrency(), [&](std::size_t i) {
-      work(pairs_[i]);
+    ForEach(left.size(), options_.in_order ? 1 : std::thread::hardware_concurrency(), [&](std::size_t i) {
+      work(*left[i]);
       report(++done);
     });
   }
 
-  std::shared_ptr<Input> Share(Input input) const {
-    if (check_.shows_sources) AddDump(input);
-    return std::make_shared<Input>(std::move(input));
-  }
-
-  std::shared_ptr<Input> LoadFrom(FileTree& state, const std::string& path, Bytes bytes) const {
-    return Share(LoadBytes(state.Display(path), std::move(bytes)));
-  }
-
-  // The side without tables that a deleted file is compared with.
-  std::shared_ptr<Input> WithoutTables(const Input& old_input, const std::string& shown) const {
-    Model model = ModelOf(old_input, std::string(old_input.tables.front()));
-    model.metas.clear();
-    return Share(Input{{shown, std::move(*Build(model)), std::nullopt, {}}, std::nullopt});
-  }
-
-  void Load(FilePair& pair) {
-    Bytes new_bytes;
-    try {
-      if (!pair.new_path.empty()) new_bytes = states_.new_state->Read(pair.new_path);
-      if (!pair.old_path.empty()) LoadOld(pair, new_bytes);
-      if (!pair.new_path.empty() && pair.second == nullptr) {
-        pair.second = LoadFrom(*states_.new_state, pair.new_path, std::move(new_bytes));
-      }
-    } catch (const InputError& fault) {
-      pair.faults.insert(pair.faults.end(), fault.lines.begin(), fault.lines.end());
+  // A file with both sides need not wait for the others: it is compared and released at once. With a log it is only released,
+  // and loaded again: records are written in the order of the report, and none if a file has a fault.
+  void LoadFirst(FilePair& pair) {
+    pair_check_.Load(pair);
+    const bool may_be_moved = pair.old_path == nullptr || pair.new_path == nullptr;
+    if (may_be_moved || !pair.faults.empty()) return;
+    if (options_.in_order) {
+      pair.first = pair.second = nullptr;
+    } else {
+      pair_check_.Check(pair);
     }
   }
 
-  // Most files of a large project are unchanged: such a file is read into one library, not into two.
-  void LoadOld(FilePair& pair, const Bytes& new_bytes) {
-    FileTree& state = *states_.old_state;
-    try {
-      Bytes bytes = state.Read(pair.old_path);
-      if (!pair.new_path.empty() && bytes.View() == new_bytes.View()) return;
-      pair.first = LoadFrom(state, pair.old_path, std::move(bytes));
-    } catch (const InputError& fault) {
-      pair.faults = fault.lines;
-      const std::string shown = OneLine(states_.new_state->Display(pair.Path()));
-      pair.faults.push_back(ToolMessage(shown + ": cannot be compared with " + OneLine(state.Display(pair.old_path))));
-    }
+  void CheckRest(FilePair& pair) {
+    const bool is_loaded = pair.first != nullptr || pair.second != nullptr;
+    if (!is_loaded) pair_check_.Load(pair);
+    if (pair.faults.empty()) pair_check_.Check(pair);
   }
 
   template <class Condition>
@@ -135,14 +104,16 @@ class Comparison {
     std::vector<const Source*> removed_sources;
     std::vector<const Source*> added_sources;
     for (std::size_t i = 0; i < pairs_.size(); ++i) {
-      if (pairs_[i].new_path.empty()) removed.push_back(i), removed_sources.push_back(pairs_[i].first.get());
-      if (pairs_[i].old_path.empty()) added.push_back(i), added_sources.push_back(pairs_[i].second.get());
+      if (pairs_[i].new_path == nullptr) removed.push_back(i), removed_sources.push_back(pairs_[i].first.get());
+      if (pairs_[i].old_path == nullptr) added.push_back(i), added_sources.push_back(pairs_[i].second.get());
     }
     std::vector<bool> is_taken(pairs_.size());
     for (const auto& [from, to] : FindMoved(removed_sources, added_sources)) {
       FilePair& old_pair = pairs_[removed[from]];
-      pairs_[added[to]].old_path = old_pair.old_path;
-      pairs_[added[to]].first = std::move(old_pair.first);
+      FilePair& moved = pairs_[added[to]];
+      moved.old_path = old_pair.old_path;
+      moved.first = std::move(old_pair.first);
+      moved.names.insert(moved.names.begin(), old_pair.names.begin(), old_pair.names.end());
       is_taken[removed[from]] = true;
     }
     std::size_t position = 0;
@@ -152,11 +123,7 @@ class Comparison {
   // A requested table that no file has is an error. So are settings for such a table: they would have no effect.
   void RequireTables() const {
     std::vector<std::string_view> known;
-    for (const FilePair& pair : pairs_) {
-      for (const auto& input : {pair.first, pair.second}) {
-        if (input != nullptr) known.insert(known.end(), input->tables.begin(), input->tables.end());
-      }
-    }
+    for (const FilePair& pair : pairs_) known.insert(known.end(), pair.names.begin(), pair.names.end());
     InputError unknown;
     for (const std::string& name : options_.tables) {
       if (std::ranges::find(known, name) != known.end()) continue;
@@ -175,26 +142,17 @@ class Comparison {
     }
   }
 
-  void CheckPair(FilePair& pair) {
-    if (pair.old_path.empty()) {
-      pair.tables = NewTables(*pair.second, {}, options_);
-      return;
-    }
-    if (pair.first == nullptr) pair.first = pair.second;
-    if (pair.second == nullptr && !pair.first->tables.empty()) {
-      pair.second = WithoutTables(*pair.first, states_.new_state->Display(pair.old_path));
-    }
-    if (pair.second != nullptr) pair.tables = CheckTables({*pair.first, *pair.second}, options_);
-  }
-
   ProjectResult Collect() {
     ProjectResult result;
     Report& report = result.report;
+    std::size_t tables = 0;
+    for (const FilePair& pair : pairs_) tables += pair.tables.size();
+    report.tables.reserve(tables);
     for (FilePair& pair : pairs_) {
       if (const auto note = NoteOf(pair)) report.files.push_back(*note);
       if (pair.first != nullptr && pair.first != pair.second) report.inputs.push_back({"old", pair.first.get()});
-      if (pair.second != nullptr && !pair.new_path.empty()) report.inputs.push_back({"new", pair.second.get()});
-      std::ranges::move(pair.tables, std::back_inserter(report.tables));
+      if (pair.second != nullptr && pair.new_path != nullptr) report.inputs.push_back({"new", pair.second.get()});
+      std::ranges::move(std::exchange(pair.tables, {}), std::back_inserter(report.tables));
       result.sources.insert(result.sources.end(), {pair.first, pair.second});
     }
     const bool is_compared =
@@ -206,9 +164,9 @@ class Comparison {
 
   std::optional<FileNote> NoteOf(const FilePair& pair) const {
     using Kind = FileNote::Kind;
-    if (pair.old_path == pair.new_path) return std::nullopt;
-    const std::string old_file = pair.old_path.empty() ? "" : states_.old_state->Display(pair.old_path);
-    const std::string new_file = pair.new_path.empty() ? "" : states_.new_state->Display(pair.new_path);
+    if (pair.old_path != nullptr && pair.new_path != nullptr && *pair.old_path == *pair.new_path) return std::nullopt;
+    const std::string old_file = pair.old_path == nullptr ? "" : states_.old_state->Display(*pair.old_path);
+    const std::string new_file = pair.new_path == nullptr ? "" : states_.new_state->Display(*pair.new_path);
     return FileNote{old_file.empty() ? Kind::kAdded : new_file.empty() ? Kind::kDeleted : Kind::kMoved, old_file, new_file};
   }
 
@@ -223,6 +181,7 @@ class Comparison {
   const ProjectCheck& check_;
   const CheckOptions& options_;
   const ProjectStates& states_;
+  FilePairCheck pair_check_;
   std::vector<FilePair> pairs_;
 };
 

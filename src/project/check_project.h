@@ -14,7 +14,8 @@
 
 namespace korvel {
 
-enum class ProjectPhase { kLoad, kCheck };  // loading the files; checking their tables
+// Loading all files and checking those with both sides; checking the others, and all with `options.in_order`.
+enum class ProjectPhase { kLoad, kCheck };
 
 // Called at the start of each phase with done = 0, and after each file. Several threads may call it at once, except at a start.
 using ProgressCallback = std::function<void(ProjectPhase phase, std::size_t done, std::size_t total)>;
@@ -29,13 +30,16 @@ struct ProjectCheck {
 };
 
 struct ProjectResult {
-  Report report;                                // without a command
-  std::vector<std::shared_ptr<Input>> sources;  // of the report; may hold null
+  Report report;                                       // without a command
+  std::vector<std::shared_ptr<const Source>> sources;  // of the report; may hold null
 };
 
 // Compares a moved file with the file at its old path, a deleted one with a library without its tables. The tables of added files
 // are new. Uses all cores, unless `options.in_order` is set; the report is ordered by path and declaration in any case. Throws
-// InputError with every fault of every file, and if nothing was compared.
+// InputError with every fault of every file, and if nothing was compared; then nothing was logged.
+//
+// Keeps a file in memory only while it is compared, if the report shows nothing of it but its name and its tables
+// (ReleasedSource), and added and deleted files until all files were read: one of them may have been moved.
 ProjectResult CheckProject(const ProjectCheck& check);
 
 }  // namespace korvel

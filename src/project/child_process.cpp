@@ -7,11 +7,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <new>
-#include <string_view>
 #include <system_error>
 
 namespace korvel {
@@ -125,11 +125,10 @@ bool ChildProcess::Write(std::string_view text) { return WriteAll(input_.get(), 
 
 std::size_t ChildProcess::Read(char* to, std::size_t capacity) {
   std::size_t size = 0;
-  while (size < capacity) {
-    const ssize_t got = ::read(output_.get(), to + size, capacity - size);
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) break;
-    size += static_cast<std::size_t>(got);
+  while (size < capacity && (!ahead_.empty() || ReadAhead())) {
+    const std::size_t copied = ahead_.copy(to + size, capacity - size);
+    ahead_.remove_prefix(copied);
+    size += copied;
   }
   return size;
 }
@@ -137,11 +136,20 @@ std::size_t ChildProcess::Read(char* to, std::size_t capacity) {
 std::string ChildProcess::ReadAll() {
   input_.Reset();
   std::string text;
-  std::array<char, 1 << 16> piece;
-  for (std::size_t got = Read(piece.data(), piece.size()); got > 0; got = Read(piece.data(), piece.size())) {
-    text.append(piece.data(), got);
+  while (!ahead_.empty() || ReadAhead()) {
+    text += ahead_;
+    ahead_ = {};
   }
   return text;
+}
+
+bool ChildProcess::ReadAhead() {
+  ssize_t got = 0;
+  do {
+    got = ::read(output_.get(), piece_.data(), piece_.size());
+  } while (got < 0 && errno == EINTR);
+  ahead_ = {piece_.data(), static_cast<std::size_t>(std::max<ssize_t>(got, 0))};
+  return got > 0;
 }
 
 int ChildProcess::Wait() {

@@ -3,8 +3,10 @@
 
 #include <sys/types.h>
 
+#include <array>
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/file_descriptor.h"
@@ -33,6 +35,11 @@ class ChildProcess {
   std::string ErrorText() const;
 
  private:
+  // Reads the next piece of the output. Returns false at its end.
+  bool ReadAhead();
+
+  std::array<char, std::size_t{16} << 10> piece_ = {};
+  std::string_view ahead_;  // the part of it that was not returned yet
   FileDescriptor errors_;
   FileDescriptor input_{-1};
   FileDescriptor output_{-1};

@@ -95,7 +95,9 @@ class WorkTree : public DiskSeenFrom {
 class Commit : public FileTree {
  public:
   Commit(const std::string& revision, std::string argument)
-      : argument_(std::move(argument)), files_(git_.Files(revision, argument_)) {
+      : argument_(std::move(argument)),
+        files_(git_.Files(revision, argument_)),
+        has_replacements_(Git::HasReplacements(argument_)) {
     std::ranges::sort(files_, {}, &GitFile::path);
   }
 
@@ -113,6 +115,12 @@ class Commit : public FileTree {
 
   Bytes Read(const std::string& path) override { return git_.ReadFile(*Find(path), Display(path)); }
 
+  // Most files of a commit are as they are on the disk. Their ids show that without git.
+  std::optional<Bytes> ReadUnless(const std::string& path, std::string_view known) override {
+    if (!has_replacements_ && IsBlobOf(*Find(path), known)) return std::nullopt;
+    return FileTree::ReadUnless(path, known);
+  }
+
   std::string Display(const std::string& path) const override { return argument_ + ":" + path; }
 
  private:
@@ -124,9 +132,16 @@ class Commit : public FileTree {
   std::string argument_;
   Git git_;
   std::vector<GitFile> files_;
+  bool has_replacements_;  // an object may have other bytes than its id says
 };
 
 }  // namespace
+
+std::optional<Bytes> FileTree::ReadUnless(const std::string& path, std::string_view known) {
+  Bytes bytes = Read(path);
+  if (bytes.View() == known) return std::nullopt;
+  return bytes;
+}
 
 std::unique_ptr<FileTree> DiskTree(const std::string& top, const std::string& shown) {
   return std::make_unique<Disk>(top, shown);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,6 +22,8 @@ class FileTree {
   virtual std::vector<std::string> Below(const std::string& directory) const = 0;
   // The bytes of a file. May be called by several threads. Throws InputError with lines that begin with Display(path).
   virtual Bytes Read(const std::string& path) = 0;
+  // The same, or nullopt if the file consists of the bytes `known`; then it need not be read.
+  virtual std::optional<Bytes> ReadUnless(const std::string& path, std::string_view known);
   // The file as reports show it.
   virtual std::string Display(const std::string& path) const = 0;
 };

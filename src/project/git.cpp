@@ -9,6 +9,7 @@
 #include "base/did_you_mean.h"
 #include "base/input_error.h"
 #include "base/text.h"
+#include "project/blob_id.h"
 #include "project/git_call.h"
 #include "qmx/qmx_xml.h"
 
@@ -114,6 +115,11 @@ std::optional<std::string> ParseGitRevision(const std::string& argument) {
   return revision;
 }
 
+bool IsBlobOf(const GitFile& file, std::string_view bytes) {
+  constexpr std::string_view kRegularFile = "100";  // 100644, 100755
+  return file.mode.starts_with(kRegularFile) && file.object == BlobId(bytes);
+}
+
 Bytes Git::Read(const GitPath& path) {
   const std::scoped_lock lock(mutex_);
   const std::string argument = std::string(kGitPrefix) + path.revision + ":" + path.path;
@@ -146,6 +152,11 @@ std::string Git::Top(const std::string& argument) {
   const GitResult result = RunGit({"rev-parse", "--show-toplevel"}, argument);
   if (result.status != 0) RefuseArgument(argument, result.error);
   return WithoutLineEnd(result.out);
+}
+
+bool Git::HasReplacements(const std::string& argument) {
+  const GitResult replacements = RunGit({"replace", "--list"}, argument);
+  return replacements.status != 0 || !replacements.out.empty();
 }
 
 bool Git::IsShallow(const std::string& argument) {

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "project/child_process.h"
@@ -34,6 +35,9 @@ struct GitFile {
   std::string object;  // its id
 };
 
+// Whether it is a regular file with these bytes, as far as its id shows. False in a repository that does not use SHA-1.
+bool IsBlobOf(const GitFile& file, std::string_view bytes);
+
 // The repository of the working directory, or the one that git's environment variables name. Git is not run before it is
 // needed.
 //
@@ -55,6 +59,9 @@ class Git {
 
   // The top of the work tree.
   std::string Top(const std::string& argument);
+
+  // Whether the repository may replace objects by others when they are read (git replace).
+  static bool HasReplacements(const std::string& argument);
 
   // Whether the clone is shallow.
   static bool IsShallow(const std::string& argument);

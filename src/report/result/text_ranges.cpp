@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "qmx/tag_scanner.h"
+#include "report/result/released_source.h"
 
 namespace korvel {
 namespace {
@@ -97,6 +98,10 @@ std::vector<std::optional<TextRange>> FindTextRanges(const std::vector<Location>
     if (source == nullptr) continue;
     TextRange& range = ranges[i].emplace();
     range.file = source->name;
+    if (const ReleasedSource* const released = FindReleased(*source)) {
+      FillIn(*released, locations[i].element.meta, range);
+      continue;
+    }
     if (!source->text) continue;
     range.span = SpanOf(locations[i]);
     points.push_back({source, range.span.begin, &range, false});

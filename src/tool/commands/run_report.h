@@ -17,7 +17,7 @@ namespace korvel::tool {
 struct CommandResult {
   std::vector<Input> inputs = {};
   Report report = {};
-  std::vector<std::shared_ptr<Input>> project_sources = {};  // of a project check; may hold null
+  std::vector<std::shared_ptr<const Source>> project_sources = {};  // of a project check; may hold null
 };
 
 // What reports call the inputs of a command.

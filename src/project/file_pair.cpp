@@ -1,0 +1,128 @@
+// Tested by tests/tool/against_test.cpp.
+#include "project/file_pair.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "base/input_error.h"
+#include "base/text.h"
+#include "report/result/released_source.h"
+#include "schema/model.h"
+
+namespace korvel {
+namespace {
+
+// Whether the report shows more of the sources of a table than their names and where it is declared.
+bool ShowsSources(const TableResult& table) {
+  return table.status == Status::kRefused || (table.changes && !table.changes->edits.empty());
+}
+
+std::vector<std::string> NamesOf(const FilePair& pair) {
+  std::vector<std::string> names;
+  const auto add = [&](const Source& source) { names.insert(names.end(), source.tables.begin(), source.tables.end()); };
+  if (pair.first != nullptr && pair.first != pair.second) add(*pair.first);
+  if (pair.second != nullptr) add(*pair.second);
+  return names;
+}
+
+// The small replacement for a source of these results, which then refer to it.
+std::shared_ptr<const Source> ReleaseFrom(std::vector<TableResult>& tables, const Source& source, bool keeps_text) {
+  std::vector<Location> declared;
+  for (const TableResult& table : tables) {
+    if (table.declared.source == &source) declared.push_back(table.declared);
+  }
+  auto released = korvel::Release(source, declared, keeps_text);
+  for (TableResult& table : tables) {
+    for (const Source** const used : {&table.first, &table.second, &table.declared.source}) {
+      if (*used == &source) *used = released.get();
+    }
+  }
+  return released;
+}
+
+}  // namespace
+
+FilePairCheck::FilePairCheck(const ProjectCheck& check) : check_(check) {
+  const CheckOptions& options = check.options;
+  wants_names_ = !options.tables.empty() || (options.project != nullptr && !options.project->tables.empty());
+}
+
+void FilePairCheck::Load(FilePair& pair) const {
+  try {
+    LoadSides(pair);
+  } catch (const InputError& fault) {
+    pair.faults.insert(pair.faults.end(), fault.lines.begin(), fault.lines.end());
+  }
+  if (wants_names_) pair.names = NamesOf(pair);
+}
+
+void FilePairCheck::LoadSides(FilePair& pair) const {
+  FileTree& state = *check_.states.new_state;
+  Bytes new_bytes;
+  if (pair.new_path != nullptr) new_bytes = state.Read(*pair.new_path);
+  if (pair.old_path != nullptr) LoadOld(pair, new_bytes);
+  if (pair.new_path == nullptr) return;
+  pair.second = LoadFrom(state, *pair.new_path, std::move(new_bytes));
+  const bool is_same = pair.old_path != nullptr && pair.first == nullptr && pair.faults.empty();
+  if (is_same) pair.first = pair.second;
+}
+
+// Most files of a large project are unchanged: such a file is read into one library, not into two.
+void FilePairCheck::LoadOld(FilePair& pair, const Bytes& new_bytes) const {
+  FileTree& state = *check_.states.old_state;
+  try {
+    if (pair.new_path == nullptr) {
+      pair.first = LoadFrom(state, *pair.old_path, state.Read(*pair.old_path));
+    } else if (std::optional<Bytes> bytes = state.ReadUnless(*pair.old_path, new_bytes.View())) {
+      pair.first = LoadFrom(state, *pair.old_path, std::move(*bytes));
+    }
+  } catch (const InputError& fault) {
+    pair.faults = fault.lines;
+    const std::string shown = OneLine(check_.states.new_state->Display(pair.Path()));
+    pair.faults.push_back(ToolMessage(shown + ": cannot be compared with " + OneLine(state.Display(*pair.old_path))));
+  }
+}
+
+std::shared_ptr<const Source> FilePairCheck::Share(Input input) const {
+  if (check_.shows_sources) AddDump(input);
+  return std::make_shared<Input>(std::move(input));
+}
+
+std::shared_ptr<const Source> FilePairCheck::LoadFrom(FileTree& state, const std::string& path, Bytes bytes) const {
+  return Share(LoadBytes(state.Display(path), std::move(bytes)));
+}
+
+// The side without tables that a deleted file is compared with.
+std::shared_ptr<const Source> FilePairCheck::WithoutTables(const Source& old_source, const std::string& shown) const {
+  Model model = ModelOf(old_source, std::string(old_source.tables.front()));
+  model.metas.clear();
+  return Share(Input{{shown, std::move(*Build(model)), std::nullopt, {}}, std::nullopt});
+}
+
+std::vector<TableResult> FilePairCheck::TablesOf(FilePair& pair) const {
+  if (pair.old_path == nullptr) return NewTables(*pair.second, {}, check_.options);
+  if (pair.new_path == nullptr) {
+    if (pair.first->tables.empty()) return {};
+    pair.second = WithoutTables(*pair.first, check_.states.new_state->Display(*pair.old_path));
+  }
+  return CheckTables({*pair.first, *pair.second}, check_.options);
+}
+
+void FilePairCheck::Check(FilePair& pair) const {
+  pair.tables = TablesOf(pair);
+  pair.is_checked = true;
+  if (std::ranges::none_of(pair.tables, ShowsSources)) Release(pair);
+}
+
+void FilePairCheck::Release(FilePair& pair) const {
+  const bool is_same = pair.first == pair.second;
+  if (pair.first != nullptr) pair.first = ReleaseFrom(pair.tables, *pair.first, check_.shows_sources);
+  if (is_same) {
+    pair.second = pair.first;
+  } else if (pair.second != nullptr) {
+    pair.second = ReleaseFrom(pair.tables, *pair.second, check_.shows_sources);
+  }
+}
+
+}  // namespace korvel

@@ -1,0 +1,52 @@
+// One schema file in both states of a project: loads it, checks its tables, and gives up what the report does not need.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "project/check_project.h"
+
+namespace korvel {
+
+struct FilePair {
+  const std::string* old_path = nullptr;  // null: added. Borrowed
+  const std::string* new_path = nullptr;  // null: deleted. Borrowed
+  // Null before loading and for a missing side; the same as each other if the file is the same byte for byte.
+  std::shared_ptr<const Source> first = nullptr;
+  std::shared_ptr<const Source> second = nullptr;
+  std::vector<std::string> names = {};  // of the tables of both, if wanted; an unchanged file has each once
+  std::vector<TableResult> tables = {};
+  std::vector<std::string> faults = {};  // lines of an InputError
+  bool is_requested = true;              // false: only a candidate for the old path of a moved file
+  bool is_checked = false;
+
+  const std::string& Path() const { return new_path == nullptr ? *old_path : *new_path; }
+};
+
+// What happens to the pairs of a project. Threads may work on different pairs at once.
+class FilePairCheck {
+ public:
+  // `check` must outlive it.
+  explicit FilePairCheck(const ProjectCheck& check);
+
+  // Reads the files of both sides, or sets `faults`.
+  void Load(FilePair& pair) const;
+
+  // Checks the tables of both sides, then releases the sources. REQUIRES: loaded without a fault.
+  void Check(FilePair& pair) const;
+
+ private:
+  void LoadSides(FilePair& pair) const;
+  void LoadOld(FilePair& pair, const Bytes& new_bytes) const;
+  std::shared_ptr<const Source> Share(Input input) const;
+  std::shared_ptr<const Source> LoadFrom(FileTree& state, const std::string& path, Bytes bytes) const;
+  std::shared_ptr<const Source> WithoutTables(const Source& old_source, const std::string& shown) const;
+  std::vector<TableResult> TablesOf(FilePair& pair) const;
+  void Release(FilePair& pair) const;
+
+  const ProjectCheck& check_;
+  bool wants_names_;
+};
+
+}  // namespace korvel
