@@ -286,7 +286,6 @@ TEST_F(AgainstTest, UsesSettingsOfTheProject) {
   EXPECT_THAT(Against({"--format", "json", "--table", "users"}).out, HasSubstr("\"list_num\": 12"));
 }
 
-// Sorted by path, whichever thread finishes first; with a log, files are checked one after the other.
 // A misspelt name left its table with other settings than the project gives it.
 TEST_F(AgainstTest, RefusesSettingsOfAnUnknownTable) {
   Write("korvelcheck.toml", "[schemas]\npaths = [\"schemas/**/*.xml\"]\n[tables.oders]\ntype = \"list\"\n");
@@ -296,6 +295,50 @@ TEST_F(AgainstTest, RefusesSettingsOfAnUnknownTable) {
   EXPECT_EQ(Against({"schemas/orders.xml"}).exit_code, 0);
 }
 
+// The id of a file shows that git has the same bytes.
+TEST_F(AgainstTest, ReadsOnlyChangedFilesFromGit) {
+  ReplaceGit("[ \"$1\" = cat-file ] || exec \"$REAL_GIT\" \"$@\"\necho 'fatal: out of luck' >&2; exit 5");
+  const Outcome outcome = Against();
+  EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
+  EXPECT_EQ(outcome.err, "");
+  Write("schemas/users.xml", Schema("users", "uint32"));
+  ExpectInputError(Against(),
+                   "korvelcheck: git:HEAD:schemas/users.xml: git cat-file ended unexpectedly with exit code 5: out of luck\n"
+                   "korvelcheck: schemas/users.xml: cannot be compared with git:HEAD:schemas/users.xml\n");
+}
+
+// With "git replace", the id of a file is not that of the bytes that git gives.
+TEST_F(AgainstTest, ComparesWithReplacedObject) {
+  const std::string id = Git({"rev-parse", "HEAD:schemas/users.xml"}).substr(0, 40);
+  Write("other.xml", Schema("users", "uint32"));
+  const std::string other = Git({"hash-object", "-w", "other.xml"}).substr(0, 40);
+  EXPECT_EQ(Against().exit_code, 0);
+  Git({"replace", id, other});
+  EXPECT_EQ(Against().exit_code, 1);
+}
+
+TEST_F(AgainstTest, ComparesInRepositoryWithLongIds) {
+  std::filesystem::remove_all(PathOf(".git"));
+  Git({"init", "-q", "--object-format=sha256"});
+  Commit("first");
+  EXPECT_EQ(Against().exit_code, 0);
+  Write("schemas/users.xml", Schema("users", "uint32"));
+  EXPECT_EQ(Against().exit_code, 1);
+}
+
+TEST_F(AgainstTest, LogsNothingIfAFileHasAFault) {
+  Write("schemas/users.xml", "<metalib");
+  EXPECT_EQ(Against({"--log", "log"}).exit_code, 2);
+  EXPECT_EQ(Read("log"), "");
+  Write("schemas/users.xml", Schema("users"));
+  EXPECT_EQ(Against({"--log", "log"}).exit_code, 0);
+  const std::string log = Read("log");
+  EXPECT_LT(log.find("'items'"), log.find("'orders'"));
+  EXPECT_LT(log.find("'orders'"), log.find("'users'"));
+  EXPECT_LT(log.find("'users'"), log.size());
+}
+
+// Sorted by path, whichever thread finishes first; with a log, files are checked one after the other.
 TEST_F(AgainstTest, ComparesThousandFilesInOrder) {
   constexpr int kFiles = 1000;
   std::filesystem::create_directory(PathOf("schemas/many"));

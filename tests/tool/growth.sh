@@ -116,6 +116,18 @@ sharing_refusals() {
   instructions 1 "$program" check "$work/old.xml" "$work/new.xml"
 }
 
+# A project in which every tenth of so many files has another description than in its last commit. The instructions of git do not count.
+checking_files() {
+  rm -rf "$work/project"
+  mkdir "$work/project"
+  for file in $(seq "$1"); do schema 1 20 >"$work/project/t$file.xml"; done
+  git -C "$work/project" init --quiet
+  git -C "$work/project" add .
+  git -C "$work/project" -c user.name=A -c user.email=a@example.org commit --quiet --message old
+  for file in $(seq 10 10 "$1"); do schema 1 20 | sed 's/table 0/other/' >"$work/project/t$file.xml"; done
+  (cd "$work/project" && instructions 0 "$program" check --no-project --against git:HEAD .)
+}
+
 # doubling WHAT SMALL LARGE: compares the numbers of instructions for a size and for twice that size.
 doubling() {
   echo "twice the $1: $2 -> $3 instructions; allowed: 2.2 times"
@@ -147,4 +159,6 @@ doubling 'fields of a table, a tenth of which is refused' "$found" "$twice"
 shared=$(sharing_refusals 5 200) tables=$(sharing_refusals 10 200) fields=$(sharing_refusals 5 400)
 doubling 'tables that share a structure with refused fields' "$shared" "$tables"
 doubling 'refused fields of a shared structure' "$shared" "$fields"
+files=$(checking_files 200) twice=$(checking_files 400)
+doubling 'files of a project' "$files" "$twice"
 exit "$status"

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <pty.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -103,8 +104,10 @@ int OpenOutput(Stream stream, int captured, int& terminal) {
 
 void WaitFor(pid_t process, Outcome& outcome) {
   int status = 0;
-  while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
+  struct rusage usage {};
+  while (::wait4(process, &status, 0, &usage) < 0 && errno == EINTR) {
   }
+  outcome.peak_kb = usage.ru_maxrss;
   if (WIFEXITED(status)) outcome.exit_code = WEXITSTATUS(status);
   if (WIFSIGNALED(status)) outcome.signal = WTERMSIG(status);
 }

@@ -14,6 +14,7 @@ struct Outcome {
   std::string out;     // standard output
   std::string err;     // standard error
   int signal = 0;      // that ended it; 0: none
+  long peak_kb = 0;    // peak resident memory, of the process or of one that it waited for; at least that of the test
 };
 
 // Where a stream of the process goes.

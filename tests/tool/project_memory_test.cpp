@@ -1,0 +1,55 @@
+// The memory of a project check: a file that is not shown in the report is forgotten after it was compared.
+#include <gtest/gtest.h>
+
+#include "tool_test.h"
+
+namespace tool_test {
+namespace {
+
+class ProjectMemoryTest : public ToolTest {
+ protected:
+  ProjectMemoryTest() { std::filesystem::create_directory_symlink(".", PathOf("base")); }
+
+  // A file of about 10 KB, whose library takes more.
+  static std::string Schema(const std::string& name) {
+    constexpr int kFields = 200;
+    std::string fields;
+    for (int i = 0; i < kFields; ++i) fields += "\n    <entry name=\"field_" + std::to_string(i) + "\" type=\"uint64\"/>";
+    return "<metalib name=\"" + name + "\" version=\"5\" protocol=\"QMX\">\n" + Table({.name = name, .fields = fields}) +
+           "\n</metalib>\n";
+  }
+
+  // The peak of a check of so many files, all unchanged: the earlier state is the same directory.
+  long PeakOf(int files, const std::vector<std::string>& more = {}) const {
+    const std::string directory = "schemas" + std::to_string(files);
+    std::filesystem::create_directory(PathOf(directory));
+    for (int i = 0; i < files; ++i) {
+      const std::string name = "t" + std::to_string(i);
+      Write(directory + "/" + name + ".xml", Schema(name));
+    }
+    std::vector<std::string> arguments = {"check", "--against", "base", directory};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    const Outcome outcome = Korvelcheck(arguments);
+    EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
+    std::filesystem::remove_all(PathOf(directory));
+    return outcome.peak_kb;
+  }
+
+  // What each file adds to the peak, in KB.
+  long PeakPerFile(const std::vector<std::string>& more = {}) const {
+    constexpr int kFew = 500;
+    constexpr int kMany = 2500;
+    return (PeakOf(kMany, more) - PeakOf(kFew, more)) / (kMany - kFew);
+  }
+};
+
+TEST_F(ProjectMemoryTest, ForgetsUnchangedFiles) {
+  if (KORVEL_SANITIZED) GTEST_SKIP() << "sanitizers keep released memory";
+  constexpr long kRow = 4;  // KB for the name, the result and the line of the report
+  EXPECT_LE(PeakPerFile(), kRow);
+  EXPECT_LE(PeakPerFile({"--log", "/dev/null"}), kRow);
+  EXPECT_LE(PeakPerFile({"--format", "junit"}), kRow);
+}
+
+}  // namespace
+}  // namespace tool_test
