@@ -5,12 +5,14 @@
 
 namespace korvel {
 
-// Findings of a table after which the search stops, unless a call sets another limit.
+// Findings that a report lists, and findings of a table after which the search stops, unless a call sets another limit.
 inline constexpr std::size_t kMaxFindings = 1000;
 // Parts of models (PartsOf) that the search for suggestions visits for one table; each run of the checker visits all of them.
 inline constexpr std::size_t kMaxWork = 10'000'000;
 // Paths from a table to a structure that an edit lists.
 inline constexpr std::size_t kMaxPaths = 8;
+// Other tables and paths that each finding lists. Of findings with more that are the same, only the first lists them.
+inline constexpr std::size_t kMaxAlso = 8;
 // Key=value pairs of a table's attributes that are compared one by one: more than any table has.
 inline constexpr std::size_t kMaxAttributePairs = 64;
 // Fields inside structures that the layout of one table lists: the number of nested fields can be exponential. The table's own

@@ -71,10 +71,10 @@ TEST(OutOfMemory, EndsRendering) {
   for (const korvel::Format& format : korvel::Formats()) {
     if (IsJson(format.name)) continue;
     SCOPED_TRACE(format.name);
-    const std::string wanted = format.render(checked.report, false);
-    const long failures = FailEach([&] { static_cast<void>(format.render(checked.report, false)); });
+    const std::string wanted = format.Render(checked.report, false);
+    const long failures = FailEach([&] { static_cast<void>(format.Render(checked.report, false)); });
     EXPECT_GT(failures, 100);
-    EXPECT_EQ(format.render(checked.report, false), wanted);
+    EXPECT_EQ(format.Render(checked.report, false), wanted);
     RecordProperty(format.name, std::to_string(failures));
   }
 }

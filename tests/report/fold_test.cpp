@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 
 #include "read_source.h"
-#include "report/result/report.h"
+#include "report/result/fold.h"
 
 namespace report_test {
 namespace {
@@ -10,8 +10,10 @@ namespace {
 using korvel::Edit;
 using korvel::EditKind;
 using korvel::Finding;
-using korvel::Fold;
 using korvel::FoldedFinding;
+using korvel::FoldedReport;
+using korvel::PathChange;
+using korvel::PathChangeOf;
 using korvel::Report;
 using korvel::Source;
 using korvel::TableResult;
@@ -52,7 +54,7 @@ class FoldTest : public testing::Test {
 
   std::vector<FoldedFinding> Folded(std::vector<TableResult> tables) {
     report_.tables = std::move(tables);
-    return Fold(report_);
+    return FoldedReport(report_).findings();
   }
 
   static std::vector<std::string> Also(const FoldedFinding& folded) {
@@ -108,6 +110,20 @@ TEST_F(FoldTest, TablesWithoutChangesHaveNoFindings) {
   TableResult result;
   result.table = "a";
   EXPECT_THAT(Folded({result}), IsEmpty());
+}
+
+TEST_F(FoldTest, DifferentValuesAreNotMerged) {
+  std::vector<TableResult> tables = {Table("a", {SizeOf("price", {"a.price"})}), Table("b", {SizeOf("price", {"b.price"})})};
+  tables[1].changes->edits[0].after = "int8";
+  EXPECT_EQ(Folded(std::move(tables)).size(), 2u);
+}
+
+TEST(PathChangeOf, OmitsTheNamesThatAreTheSame) {
+  EXPECT_EQ(PathChangeOf("carts.items[].price", "orders.items[].price"), (PathChange{"carts", "orders"}));
+  EXPECT_EQ(PathChangeOf("carts.basket.price", "orders.gift.price"), (PathChange{"carts.basket", "orders.gift"}));
+  EXPECT_EQ(PathChangeOf("a.price", "b.unit_price"), (PathChange{"a.price", "b.unit_price"}));
+  EXPECT_EQ(PathChangeOf("price", "a.price"), (PathChange{"price", "a.price"}));
+  EXPECT_EQ(PathChangeOf("", ""), (PathChange{"", ""}));
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "report/render/render.h"
 #include "rule_docs/rule_docs.h"
 #include "sample_report.h"
+#include "shared_report.h"
 #include "support/golden.h"
 
 namespace report_test {
@@ -27,6 +28,13 @@ namespace fs = std::filesystem;
 const fs::path kHere = fs::path(KORVEL_SOURCE_DIR) / "tests" / "report";
 const fs::path kGoldens = kHere / "golden" / "samples";
 
+// Ten tables that share three findings, of which the report lists two.
+Sample SharedSample() {
+  SharedReport made = MakeSharedReport(10, 3);
+  made.report.max_findings = 2;
+  return {std::move(made.old_source), std::move(made.new_source), std::move(made.report)};
+}
+
 struct NamedReport {
   const char* name;
   Sample (*make)();
@@ -35,6 +43,7 @@ struct NamedReport {
 constexpr NamedReport kReports[] = {
     {"everything", [] { return EverythingReport(); }},
     {"allowed", AllowedReport},
+    {"shared", SharedSample},
 };
 
 TEST(Formats, MatchGoldens) {
@@ -51,13 +60,13 @@ TEST(Formats, MatchGoldens) {
 
 TEST(Formats, TextIsColoredOnRequest) {
   const Sample sample = EverythingReport();
-  const std::string text = Formats().front().render(sample.report, true);
+  const std::string text = Formats().front().Render(sample.report, true);
   EXPECT_THAT(text, testing::StartsWith("verdict: \x1b[31mrefused\x1b[0m\n"));
   EXPECT_THAT(text, testing::HasSubstr(": \x1b[33mwaived\x1b[0m [field.count]"));
   EXPECT_THAT(text, testing::HasSubstr(": \x1b[32m"
                                        "allowed\x1b[0m: table logs"));
   for (const Format& format : Formats().subspan(1)) {
-    EXPECT_EQ(format.render(sample.report, true), format.render(sample.report, false)) << format.name;
+    EXPECT_EQ(format.Render(sample.report, true), format.Render(sample.report, false)) << format.name;
   }
 }
 
@@ -74,7 +83,7 @@ class DocumentTest : public testing::TestWithParam<std::string> {
 
   std::string Render(const Sample& sample) const {
     const auto format = std::ranges::find(Formats(), GetParam(), &Format::name);
-    return format->render(sample.report, false);
+    return format->Render(sample.report, false);
   }
 
   // Whether a program accepts the document; its path is appended to the command.
@@ -115,7 +124,7 @@ testing::AssertionResult AreCommands(const std::string& document) {
 
 TEST_P(DocumentTest, IsWellFormedWithHostileNames) {
   const std::string format = GetParam();
-  for (const Sample& sample : {EverythingReport(kOdd), EverythingReport(), AllowedReport()}) {
+  for (const Sample& sample : {EverythingReport(kOdd), EverythingReport(), AllowedReport(), SharedSample()}) {
     const std::string document = Render(sample);
     EXPECT_FALSE(document.empty());
     if (format == "text" || format == "markdown") {
@@ -150,13 +159,13 @@ INSTANTIATE_TEST_SUITE_P(Every, DocumentTest, testing::ValuesIn(NamesOfFormats()
 using Json = nlohmann::json;
 
 Json Parsed(const char* format, const Sample& sample) {
-  return Json::parse(std::ranges::find(Formats(), std::string_view(format), &Format::name)->render(sample.report, false));
+  return Json::parse(std::ranges::find(Formats(), std::string_view(format), &Format::name)->Render(sample.report, false));
 }
 
 TEST(Sarif, NamesRulesByTheirPosition) {
   const Json run = Parsed("sarif", EverythingReport())["runs"][0];
   const Json& rules = run["tool"]["driver"]["rules"];
-  ASSERT_EQ(run["results"].size(), 7u);
+  ASSERT_EQ(run["results"].size(), 9u);
   for (const Json& result : run["results"]) EXPECT_EQ(rules.at(result["ruleIndex"].get<std::size_t>())["id"], result["ruleId"]);
   EXPECT_EQ(run["invocations"][0]["exitCode"], 1);
   EXPECT_EQ(Parsed("sarif", AllowedReport())["runs"][0]["invocations"][0]["exitCode"], 0);
@@ -185,7 +194,7 @@ TEST(Sarif, EveryRuleIsDescribed) {
 }
 
 TEST(Sarif, DescribesRulesThatAreNotInTheCatalog) {
-  for (const char* id : {"refused", "waiver.expired", "waiver.malformed", "waiver.unused"}) {
+  for (const char* id : {"refused", "report.limit", "waiver.expired", "waiver.malformed", "waiver.unused"}) {
     Sample sample = AllowedReport();
     sample.report.project = {{id, "korvelcheck.toml", {3, 1}, "text", ""}};
     EXPECT_TRUE(Parsed("sarif", sample)["runs"][0]["tool"]["driver"]["rules"].back().contains("shortDescription")) << id;
@@ -194,7 +203,7 @@ TEST(Sarif, DescribesRulesThatAreNotInTheCatalog) {
 
 TEST(Sarif, WaivedFindingIsSuppressed) {
   const Json results = Parsed("sarif", EverythingReport())["runs"][0]["results"];
-  EXPECT_EQ(results[3]["suppressions"][0]["justification"], "nobody has mail");
+  EXPECT_EQ(results[4]["suppressions"][0]["justification"], "nobody has mail");
   EXPECT_FALSE(results[0].contains("suppressions"));
 }
 
@@ -238,7 +247,7 @@ TEST(Formats, RefusedTableWithoutChangesIsAnIssue) {
   EXPECT_THAT(result["message"]["text"].get<std::string>(),
               testing::MatchesRegex("CHECK_TABLE_ERROR_SYSTEM_ERROR: [^\n]+\nchecker: \\(no text\\)\ntable carts: -2 "
                                     "CHECK_TABLE_ERROR_SYSTEM_ERROR"));
-  EXPECT_THAT(Formats().front().render(sample.report, false),
+  EXPECT_THAT(Formats().front().Render(sample.report, false),
               testing::EndsWith("Run 'korvelcheck explain CHECK_TABLE_ERROR_SYSTEM_ERROR' for the result code.\n"));
   EXPECT_EQ(Parsed("gitlab", sample)[0]["location"]["lines"]["begin"], 12);
 }
@@ -251,7 +260,7 @@ TEST(Formats, ImageHasNoLines) {
   sample.report.tables[0].changes->findings[0].fix.clear();
   EXPECT_FALSE(Parsed("sarif", sample)["runs"][0]["results"][0]["locations"][0]["physicalLocation"].contains("region"));
   EXPECT_EQ(Parsed("gitlab", sample)[0]["location"]["lines"]["begin"], 1);
-  for (const Format& format : Formats()) EXPECT_FALSE(format.render(sample.report, false).empty()) << format.name;
+  for (const Format& format : Formats()) EXPECT_FALSE(format.Render(sample.report, false).empty()) << format.name;
 }
 
 }  // namespace

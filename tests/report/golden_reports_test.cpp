@@ -100,7 +100,7 @@ class Documents {
 
   void Add(const std::string& name, const CheckedReport& checked) const {
     for (const Format& format : Formats()) {
-      std::ofstream(directory_ / (name + "." + format.name), std::ios::binary) << format.render(checked.report, false);
+      std::ofstream(directory_ / (name + "." + format.name), std::ios::binary) << format.Render(checked.report, false);
     }
   }
 

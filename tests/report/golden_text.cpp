@@ -37,7 +37,7 @@ std::string WithoutRules(const std::string& text) {
 }  // namespace
 
 std::string GoldenText(const korvel::Format& format, const korvel::Report& report) {
-  const std::string text = WithoutAssets(WithoutVersion(format.render(report, false)));
+  const std::string text = WithoutAssets(WithoutVersion(format.Render(report, false)));
   return std::string_view(format.name) == "sarif" ? WithoutRules(text) : text;
 }
 

@@ -30,6 +30,7 @@ const std::map<std::string, std::uint64_t> kLimits = {
     {"kMaxFindings", kMaxFindings},
     {"kMaxWork", kMaxWork},
     {"kMaxPaths", kMaxPaths},
+    {"kMaxAlso", kMaxAlso},
     {"kMaxAttributePairs", kMaxAttributePairs},
     {"kMaxInnerFields", kMaxInnerFields},
     {"kMaxSnippet", kMaxSnippet},

@@ -20,7 +20,7 @@ std::string AllReports() {
   std::string all;
   for (const std::string proposal : {"v7.xml", "v7-wider-key.xml", "v7-several-changes.xml"}) {
     const CheckedReport checked = CheckExample({"locale", "examples/shop/v6.xml", "examples/shop/" + proposal});
-    for (const korvel::Format& format : korvel::Formats()) all += format.render(checked.report, false);
+    for (const korvel::Format& format : korvel::Formats()) all += format.Render(checked.report, false);
   }
   return all;
 }

@@ -109,6 +109,21 @@ class Reports:
         statuses = collections.Counter(table["status"] for table in self.report["tables"])
         for status in ("allowed", "refused", "new"):
             self.expect(summary[status] == statuses[status], "json", f"the summary counts other {status} tables")
+        for position, table in enumerate(self.report["tables"]):
+            self.check_changes(position, table.get("changes"), table["status"])
+
+    def check_changes(self, position, changes, status):
+        """A table has changes and findings of its own or refers to those of an earlier table; a refused one has a finding."""
+        if changes is None:
+            return
+        findings = len(changes["findings"]) + changes.get("left_out", 0)
+        for kind in ("edits", "findings"):
+            for shared in changes.get("shared_" + kind, []):
+                items = self.report["tables"][shared["table"]]["changes"][kind]
+                self.expect(shared["table"] < position, "json", "a table shares with a later one")
+                self.expect(shared["first"] + shared["count"] <= len(items), "json", "a table shares more than there is")
+                findings += shared["count"] if kind == "findings" else 0
+        self.expect((findings > 0) == (status == "refused"), "json", "a refused table without findings, or an allowed one with some")
 
     def check_sarif(self, text):
         log = json.loads(text)
@@ -148,14 +163,21 @@ class Reports:
             piece = source[region["byteOffset"]:region["byteOffset"] + region["byteLength"]].decode()
             self.expect(self.piece(source, region) == piece, "sarif", f"{region} has different text by lines and by bytes")
 
+    def rules_of_failures(self):
+        """The rule of each finding, and one of each group that is listed with an earlier table."""
+        for table in self.report["tables"]:
+            changes = table.get("changes", {"findings": []})
+            yield from (finding["rule"] for finding in changes["findings"])
+            for shared in changes.get("shared_findings", []):
+                yield self.report["tables"][shared["table"]]["changes"]["findings"][shared["first"]]["rule"]
+
     def check_junit(self, text):
         root = xml.etree.ElementTree.fromstring(text)
         for suite in [root, *root]:
             for count, path in (("tests", ".//testcase"), ("failures", ".//testcase[failure]"), ("skipped", ".//testcase[skipped]")):
                 self.expect(int(suite.get(count)) == len(suite.findall(path)), "junit", f"{count} of {suite.get('name')}")
-        each = [finding for table in self.report["tables"] for finding in table.get("changes", {"findings": []})["findings"]]
         types = collections.Counter(failure.get("type") for failure in root.iter("failure"))
-        self.expect(types == collections.Counter(finding["rule"] for finding in each), "junit", "other failures than json has findings")
+        self.expect(types == collections.Counter(self.rules_of_failures()), "junit", "other failures than json has findings")
         self.has_all_summaries("junit", [failure.get("message") for failure in root.iter("failure")])
         self.expect(len(root.findall(".//testcase")) == len(self.report["tables"]), "junit", "other tests than json has tables")
 

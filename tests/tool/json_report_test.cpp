@@ -74,7 +74,7 @@ TEST_F(JsonReportTest, ReportHasTheseMembers) {
       {"table", "zones"}, {"status", "new"}, {"location", LocationOf("new.xml", 3, 1)}, {"settings", Json::object()}};
   const Json old_input = {{"role", "old"}, {"file", "old.xml"}};
   const Json new_input = {{"role", "new"}, {"file", "new.xml"}};
-  const Json expected = {{"version", 1},
+  const Json expected = {{"version", 2},
                          {"tool", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}}},
                          {"command", "check"},
                          {"verdict", "refused"},

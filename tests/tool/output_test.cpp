@@ -164,6 +164,48 @@ TEST_F(OutputTest, FailedWriteKeepsTheOldFileAndLeavesNothing) {
   EXPECT_EQ(Files(), before);
 }
 
+// Reports above 1 MiB are written while they are produced.
+class LargeOutputTest : public OutputTest {
+ protected:
+  LargeOutputTest() {
+    for (const int version : {1, 2}) {
+      std::vector<std::string> tables;
+      for (int i = 0; i < 1200; ++i) tables.push_back(Table({.name = "t" + std::to_string(i)}));
+      Write("v" + std::to_string(version) + ".xml", Library(version, tables));
+    }
+  }
+
+  Outcome Check(Stream output) const { return Korvelcheck(Call{.arguments = kCheck, .output = output}); }
+
+  const std::vector<std::string> kCheck = {"check", "v1.xml", "v2.xml", "--format", "json"};
+};
+
+TEST_F(LargeOutputTest, IsTheSameInAFile) {
+  const std::string out = Korvelcheck(kCheck).out;
+  EXPECT_GT(out.size(), std::size_t{1} << 20);
+  std::vector<std::string> into = kCheck;
+  into.insert(into.end(), {"-o", "report"});
+  ExpectOutcome(Korvelcheck(into), 0, "", "");
+  EXPECT_EQ(Read("report"), out);
+}
+
+TEST_F(LargeOutputTest, ReportsFailuresLikeSmallOnes) {
+  ExpectOutcome(Check(Stream::kReaderGone), 0, "", "");
+  ExpectOutcome(Check(Stream::kFull), 3, "", "korvelcheck: cannot write standard output: No space left on device\n");
+}
+
+TEST_F(LargeOutputTest, FailedWriteKeepsTheOldFileAndLeavesNothing) {
+  Write("report", "old");
+  const std::vector<std::string> before = Files();
+  std::vector<std::string> into = kCheck;
+  into.insert(into.end(), {"-o", "report"});
+  const Outcome outcome = Korvelcheck(Call{.arguments = into, .launcher = {"/bin/sh", "-c", "ulimit -f 1; exec \"$0\" \"$@\""}});
+  EXPECT_EQ(outcome.exit_code, 3);
+  EXPECT_THAT(outcome.err, testing::EndsWith("/report: File too large\n"));
+  EXPECT_EQ(Read("report"), "old");
+  EXPECT_EQ(Files(), before);
+}
+
 TEST_F(OutputTest, WritesNothingWithoutAResult) {
   Write("report", "old");
   EXPECT_EQ(Korvelcheck({"check", "old.xml", "missing.xml", "-o", "report"}).exit_code, 2);

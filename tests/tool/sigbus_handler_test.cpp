@@ -1,4 +1,4 @@
-// A file that becomes shorter under several threads at once.
+// A file that becomes shorter under several threads at once, or while a report is written.
 #include "tool/io/exit.h"
 
 #include <gtest/gtest.h>
@@ -6,6 +6,9 @@
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -31,6 +34,20 @@ TEST(ShrunkFile, IsReportedOnce) {
   for (int i = 0; i < 20; ++i) {
     ASSERT_EXIT(ReadPastTheEnd(), testing::ExitedWithCode(3), "^korvelcheck: a file became shorter while it was read\n$");
   }
+}
+
+[[noreturn]] void EndWhileWriting(const std::string& path) {
+  korvel::tool::InstallSigbusHandler();
+  korvel::tool::RemoveAtAbruptEnd(path.c_str());
+  static_cast<void>(std::raise(SIGBUS));
+  std::_Exit(0);
+}
+
+TEST(ShrunkFile, LeavesNoIncompleteFile) {
+  const std::string path = std::filesystem::temp_directory_path() / "korvel_incomplete_report";
+  std::ofstream(path) << "half of a report";
+  EXPECT_EXIT(EndWhileWriting(path), testing::ExitedWithCode(3), "shorter");
+  EXPECT_FALSE(std::filesystem::exists(path));
 }
 
 }  // namespace

@@ -87,6 +87,29 @@ TEST_F(WaiverTest, OneFindingOfTwoIsNotEnough) {
   EXPECT_EQ(Check().exit_code, 1);
 }
 
+// Two tables embed a structure with a refused change. The fingerprint names the change in both; table, rule and entry only one.
+TEST_F(WaiverTest, SharedFindingIsWaivedForTheTablesThatAreNamed) {
+  const auto library = [](const char* type) {
+    return Library(5, {std::string("<meta name=\"item\"><entry name=\"price\" type=\"") + type + "\"/></meta>",
+                       Table({.name = "orders", .fields = "<entry name=\"i\" type=\"item\"/>"}),
+                       Table({.name = "carts", .fields = "<entry name=\"i\" type=\"item\"/>"})});
+  };
+  Write("old.xml", library("uint64"));
+  Write("wide.xml", library("uint32"));
+  const std::string rest = "reason = \"r\"\nuntil = 2027-01-31\n";
+  Waive("fingerprint = \"" + Fingerprint() + "\"\n" + rest);
+  EXPECT_EQ(Check().exit_code, 0);
+  for (const auto& [waived, refused] : {std::pair("orders", "carts"), std::pair("carts", "orders")}) {
+    Waive("table = \"" + std::string(waived) + "\"\nrule = \"field.size\"\nentry = \"i.price\"\n" + rest);
+    EXPECT_EQ(Check().exit_code, 1);
+    EXPECT_THAT(Check().out, HasSubstr("\"failing\": 1"));
+    EXPECT_THAT(Run({"check", "old.xml", "wide.xml"}).out, HasSubstr("path: " + std::string(refused) + ".i.price")) << waived;
+    EXPECT_THAT(Run({"check", "old.xml", "wide.xml", "--format", "junit"}).out,
+                HasSubstr("failure message=\"a field's size was reduced: " + std::string(refused)));
+    EXPECT_THAT(Run({"check", "old.xml", "wide.xml", "--format", "github"}).out, HasSubstr("::error "));
+  }
+}
+
 TEST_F(WaiverTest, ExpiredWaiverHasNoEffect) {
   const std::string fingerprint = Fingerprint();
   Waive("fingerprint = \"" + fingerprint + "\"\nreason = \"r\"\nuntil = 2025-12-31\n");

@@ -4,24 +4,38 @@
 namespace korvel {
 namespace {
 
-// A format without colors.
+// A format without colors that is rendered as a whole.
 template <std::string (*render)(const Report&)>
-std::string Plain(const Report& report, bool /*color*/) {
-  return render(report);
+void Whole(const Report& report, bool /*color*/, const TextSink& sink) {
+  sink(render(report));
 }
+
+// A format without colors that is written piece by piece.
+template <void (*write)(const Report&, const TextSink&)>
+void Pieces(const Report& report, bool /*color*/, const TextSink& sink) {
+  write(report, sink);
+}
+
+void WriteText(const Report& report, bool color, const TextSink& sink) { sink(RenderText(report, color)); }
 
 }  // namespace
 
+std::string Format::Render(const Report& report, bool color) const {
+  std::string text;
+  write(report, color, [&](std::string_view piece) { text += piece; });
+  return text;
+}
+
 std::span<const Format> Formats() {
   static constexpr Format kFormats[] = {
-      {"text", RenderText},
-      {.name = "json", .render = Plain<RenderJson>, .shows_fixes = true, .shows_allowed_changes = true},
-      {.name = "sarif", .render = Plain<RenderSarif>, .shows_fixes = true},
-      {"junit", Plain<RenderJunit>},
-      {"github", Plain<RenderGithub>},
-      {"gitlab", Plain<RenderGitlab>},
-      {"markdown", Plain<RenderMarkdown>},
-      {.name = "html", .render = Plain<RenderHtml>, .shows_allowed_changes = true, .shows_sources = true},
+      {"text", WriteText},
+      {.name = "json", .write = Pieces<WriteJson>, .shows_fixes = true, .shows_allowed_changes = true},
+      {.name = "sarif", .write = Pieces<WriteSarif>, .shows_fixes = true},
+      {"junit", Pieces<WriteJunit>},
+      {"github", Whole<RenderGithub>},
+      {"gitlab", Pieces<WriteGitlab>},
+      {"markdown", Whole<RenderMarkdown>},
+      {.name = "html", .write = Whole<RenderHtml>, .shows_allowed_changes = true, .shows_sources = true},
   };
   return kFormats;
 }

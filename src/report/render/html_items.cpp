@@ -58,9 +58,19 @@ std::string HtmlItems::Finding(const PageFinding& listed) const {
   html += "<dl>\n" + Term(CauseTerm(finding), Cause(listed.folded));
   html += Term("New", LocationOf(finding.new_location, pair)) + Term("Old", LocationOf(finding.old_location, pair));
   html += Term("Suggestion", Html(finding.suggestion));
-  html += Term("Also affected", List(AlsoOf(listed.folded)));
+  html += Term("Also affected", AlsoItems(listed.folded));
   if (finding.waiver) html += Term("Waived", Html(finding.waiver->reason) + " (until " + Html(finding.waiver->until) + ")");
   return html + Term("Fingerprint", finding.fingerprint.empty() ? "" : Code(finding.fingerprint)) + "</dl>\n</article>\n";
+}
+
+std::string HtmlItems::AlsoItems(const FoldedFinding& folded) const {
+  if (!folded.also_as) return List(AlsoOf(page_.folded(), folded));
+  return "the same " + std::to_string(folded.also_count) + " tables and paths as " + FindingLink(*folded.also_as);
+}
+
+std::string HtmlItems::FindingLink(std::size_t position) const {
+  const std::string& id = page_.findings()[position].id;
+  return Link(id, LabelOf(id));
 }
 
 std::string HtmlItems::Change(const PageChange& change) const {

@@ -33,11 +33,15 @@ class HtmlItems {
 
   std::string Finding(const PageFinding& listed) const;
   std::string Change(const PageChange& change) const;
+  // A link to the finding at a position of Page::findings.
+  std::string FindingLink(std::size_t position) const;
 
   // FILE:LINE:COLUMN, as a link if the page shows the line. Empty for a location without a source.
   std::string LocationOf(const Location& location, std::size_t pair) const;
 
  private:
+  std::string AlsoItems(const FoldedFinding& folded) const;
+
   const Page& page_;
   const HtmlSources& sources_;
 };

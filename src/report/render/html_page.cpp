@@ -30,7 +30,7 @@ std::string LabelOf(const std::string& id) {
 }
 
 Page::Page(const Report& report, const HtmlLimits& limits)
-    : report_(report), limits_(limits), ranges_(LocationsOf(report, true)) {
+    : report_(report), folded_(report), limits_(limits), ranges_(LocationsOf(folded_, FoldEdits(folded_))) {
   for (const TableResult& table : report.tables) {
     const auto [found, is_new] = pair_of_.try_emplace({table.first, table.second}, pairs_.size());
     if (is_new) pairs_.push_back({table.first, table.second, {}, {}, {}});
@@ -44,12 +44,12 @@ Page::Page(const Report& report, const HtmlLimits& limits)
 }
 
 void Page::ListFindings() {
-  for (FoldedFinding& folded : Fold(report_)) {
+  for (const FoldedFinding& folded : folded_.findings()) {
     if (findings_.size() == limits_.findings) {
       ++findings_left_out_;
       continue;
     }
-    findings_.push_back({std::move(folded), "f" + std::to_string(findings_.size() + 1)});
+    findings_.push_back({folded, "f" + std::to_string(findings_.size() + 1)});
     const PageFinding& listed = findings_.back();
     const TableResult& table = *listed.folded.table;
     const Finding& finding = *listed.folded.finding;
@@ -59,6 +59,13 @@ void Page::ListFindings() {
     if (!pair.IsOne()) AddMark(pair.old_marks, finding.old_location, listed.Style(), listed.id);
     if (!table.removed) AddMark(pair.new_marks, finding.new_location, listed.Style(), listed.id);
   }
+}
+
+std::span<const PageFinding> Page::FindingsOf(const FoldedTable& table) const {
+  if (table.findings.empty()) return {};
+  const auto first = static_cast<std::size_t>(table.findings.data() - folded_.findings().data());
+  const std::size_t begin = std::min(first, findings_.size());
+  return std::span(findings_).subspan(begin, std::min(table.findings.size(), findings_.size() - begin));
 }
 
 void Page::ListChanges() {

@@ -4,12 +4,14 @@
 #include <cstddef>
 #include <map>
 #include <set>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "base/alignment.h"
-#include "report/result/report.h"
+#include "report/result/fold.h"
+#include "report/result/fold_edits.h"
 #include "report/result/text_ranges.h"
 
 namespace korvel {
@@ -39,7 +41,7 @@ struct StatusText {
 const StatusText& TextOf(StatusStyle style);
 
 struct PageFinding {
-  FoldedFinding folded;
+  const FoldedFinding& folded;
   std::string id;  // "f1"; its label is "F1"
 
   StatusStyle Style() const { return folded.finding->waiver ? StatusStyle::kWaived : StatusStyle::kRefused; }
@@ -81,8 +83,12 @@ class Page {
   explicit Page(const Report& report, const HtmlLimits& limits = kHtmlLimits);
 
   const Report& report() const { return report_; }
+  const FoldedReport& folded() const { return folded_; }
   const HtmlLimits& limits() const { return limits_; }
+  // The first ones of folded().findings(), in the same positions.
   const std::vector<PageFinding>& findings() const { return findings_; }
+  // Those that are listed with a table.
+  std::span<const PageFinding> FindingsOf(const FoldedTable& table) const;
   const std::vector<PageChange>& changes() const { return changes_; }
   const std::vector<PagePair>& pairs() const { return pairs_; }
   std::size_t findings_left_out() const { return findings_left_out_; }
@@ -101,6 +107,7 @@ class Page {
   void AddMark(std::vector<LineMark>& marks, const Location& location, StatusStyle style, const std::string& id) const;
 
   const Report& report_;
+  FoldedReport folded_;
   HtmlLimits limits_;
   TextRanges ranges_;
   std::vector<PageFinding> findings_;

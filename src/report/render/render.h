@@ -1,8 +1,8 @@
 // All output formats: of reports (check, lint, ...), and of `diff`, `layout` and `history`.
 //
-// Common to all functions: they return the whole document, read only their argument, and write nothing. Same input, same bytes:
-// the locale and the terminal do not matter. Names from schemas cannot break a document out of its format. Text output shows
-// invalid UTF-8 and control characters escaped; other formats replace invalid UTF-8 by U+FFFD.
+// Common to all functions: they return the whole document or write it to a sink, read only their argument, and write nothing
+// else. Same input, same bytes: the locale and the terminal do not matter. Names from schemas cannot break a document out of its
+// format. Text output shows invalid UTF-8 and control characters escaped; other formats replace invalid UTF-8 by U+FFFD.
 #pragma once
 
 #include <cstdint>
@@ -10,29 +10,31 @@
 #include <string>
 #include <vector>
 
+#include "base/text_sink.h"
 #include "report/result/history.h"
 #include "report/result/listing.h"
 #include "report/result/report.h"
 
 namespace korvel {
 
-// "version" of every JSON document. Goes up when a member changes its meaning or is removed; new members do not change it.
-inline constexpr int kJsonVersion = 1;
+// "version" of JSON documents. Goes up when a member changes its meaning or is removed; new members do not change it.
+inline constexpr int kReportJsonVersion = 2;  // reports
+inline constexpr int kJsonVersion = 1;        // all other documents
 
 // --- Reports ---
 
 // For people: the verdict, one block for each table, a summary. `color` colors the status words for a terminal.
 std::string RenderText(const Report& report, bool color);
 
-// For programs: one JSON object as described by docs/report.schema.json, its members in a fixed order.
-std::string RenderJson(const Report& report);
+// For programs: one JSON object as described by docs/report.schema.json, its members in a fixed order. Written table by table.
+void WriteJson(const Report& report, const TextSink& sink);
 
 // For pipelines and the services that show findings. Files are named relative to the working directory.
-std::string RenderSarif(const Report& report);     // one result for each finding; SARIF 2.1.0
-std::string RenderJunit(const Report& report);     // one test case for each table
-std::string RenderGithub(const Report& report);    // workflow commands, one a line
-std::string RenderGitlab(const Report& report);    // a code quality report
-std::string RenderMarkdown(const Report& report);  // for the description of a merge request
+void WriteSarif(const Report& report, const TextSink& sink);   // one result for each finding; SARIF 2.1.0
+void WriteJunit(const Report& report, const TextSink& sink);   // one test case for each table
+void WriteGitlab(const Report& report, const TextSink& sink);  // a code quality report
+std::string RenderGithub(const Report& report);                // workflow commands, one a line
+std::string RenderMarkdown(const Report& report);              // for the description of a merge request
 
 // For people with a browser: one page without references to other files.
 std::string RenderHtml(const Report& report);
@@ -40,10 +42,13 @@ std::string RenderHtml(const Report& report);
 // A value of --format.
 struct Format {
   const char* name;
-  std::string (*render)(const Report& report, bool color);  // `color` matters for text only
-  bool shows_fixes = false;                                 // shows Finding::fix, which takes time to find
-  bool shows_allowed_changes = false;                       // lists the changes of allowed tables
-  bool shows_sources = false;                               // shows whole files: images are dumped as text for it
+  void (*write)(const Report& report, bool color, const TextSink& sink);  // `color` matters for text only
+  bool shows_fixes = false;                                               // shows Finding::fix, which takes time to find
+  bool shows_allowed_changes = false;                                     // lists the changes of allowed tables
+  bool shows_sources = false;                                             // shows whole files: images are dumped as text for it
+
+  // The whole document.
+  std::string Render(const Report& report, bool color) const;
 };
 
 // The first is the default.

@@ -48,11 +48,12 @@ std::string Command(const Issue& issue) {
 }  // namespace
 
 std::string RenderGithub(const Report& report) {
-  const Summary summary = Summarize(report);
+  const FoldedReport folded(report);
+  const Summary summary = Summarize(folded);
   std::string message = std::string("verdict: ") + WordOf(OverallStatus(summary)) + RemarkOn(summary) + "\n" + ToText(summary);
   for (const FileNote& note : report.files) message += "\n" + ToText(note);
   std::string text = "::notice title=korvelcheck::" + EscapeForCommand(ValidUtf8(message), false) + "\n";
-  const Issues issues(report);
+  const Issues issues(folded);
   for (const Issue& issue : issues.all()) text += Command(issue);
   return text;
 }

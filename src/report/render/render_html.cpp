@@ -26,7 +26,7 @@ class HtmlReport {
     html_ += "<header>\n" + Verdict() + "</header>\n" + Contents() + Filter() + "<main id=\"main\" tabindex=\"-1\">\n";
     Notes();
     Libraries();
-    for (std::size_t i = 0; i < report_.tables.size(); ++i) Table(report_.tables[i], i);
+    for (std::size_t i = 0; i < report_.tables.size(); ++i) Table(page_.folded().tables()[i], i);
     OtherTables();
     LeftOut();
     for (std::size_t i = 0; i < page_.pairs().size(); ++i) html_ += sources_.SectionOf(i);
@@ -140,14 +140,15 @@ class HtmlReport {
     return table.status != Status::kRefused && !HasOwnEdits(table) && !page_.ListsChangeOf(table);
   }
 
-  void Table(const TableResult& table, std::size_t position) {
+  void Table(const FoldedTable& folded, std::size_t position) {
+    const TableResult& table = *folded.table;
     if (HasNothingToShow(table)) return;
     const std::string id = "t" + std::to_string(position + 1);
     html_ += "<section class=\"table\" id=\"" + id + "\">\n<h2>" + Code(table.table) + " " + StatusBadge(table) + "</h2>\n" +
              "<p class=\"location\">" + items_.LocationOf(table.declared, page_.PairOf(table)) + "</p>\n";
     if (table.status == Status::kRefused)
       html_ += Problem("whole change: " + SummaryOf(table), table.verdict.text) + Result(table.verdict.rule, table.verdict.code);
-    if (table.changes) Changed(table, *table.changes);
+    if (table.changes) Changed(folded, *table.changes);
     const bool has_layout = HasOwnEdits(table) && table.first != table.second && !table.removed;
     if (has_layout && pictures_++ < page_.limits().pictures) html_ += WithLegend(LayoutSection(table, id));
     html_ += "</section>\n";
@@ -160,18 +161,14 @@ class HtmlReport {
     return needs_legend ? std::move(layout += LayoutLegend()) : std::move(layout);
   }
 
-  void Changed(const TableResult& table, const Changes& changes) {
-    if (changes.stopped) {
-      html_ += "<p class=\"note\">" + Html(StoppedText(changes)) + "</p>\n";
-    }
-    for (const PageFinding& finding : page_.findings()) {
-      if (finding.folded.table == &table) html_ += items_.Finding(finding);
-    }
+  void Changed(const FoldedTable& table, const Changes& changes) {
+    for (const std::string& limit : LimitsOf(table)) html_ += "<p class=\"note\">" + Html(limit) + "</p>\n";
+    for (const PageFinding& finding : page_.FindingsOf(table)) html_ += items_.Finding(finding);
     SharedFindings(table);
     if (!changes.edits.empty()) html_ += "<p class=\"part\">" + Html(AllowedPart(changes)) + ".</p>\n";
     std::string items;
     for (const PageChange& change : page_.changes()) {
-      if (change.table == &table && !change.OfLibrary()) items += items_.Change(change);
+      if (change.table == table.table && !change.OfLibrary()) items += items_.Change(change);
     }
     if (!items.empty()) html_ += "<ul class=\"changes\">\n" + items + "</ul>\n";
   }
@@ -186,14 +183,15 @@ class HtmlReport {
     html_ += "<section class=\"table\">\n<h2>Library</h2>\n<ul class=\"changes\">\n" + items + "</ul>\n</section>\n";
   }
 
-  // Links to findings of this table that are listed with another table.
-  void SharedFindings(const TableResult& table) {
+  // Links to findings of this table that are listed with another table. Of consecutive ones to the first and the last.
+  void SharedFindings(const FoldedTable& table) {
     std::string links;
-    for (const PageFinding& finding : page_.findings()) {
-      if (finding.folded.table == &table) continue;
-      const auto& also = finding.folded.also;
-      const bool is_here = std::ranges::any_of(also, [&](const FoldedFinding::Embedding& one) { return one.table == &table; });
-      if (is_here) links += " " + Link(finding.id, LabelOf(finding.id));
+    for (const SharedItems& items : table.shared) {
+      const std::size_t end = std::min(items.first + items.count, page_.findings().size());
+      const bool is_range = end > items.first + 2;
+      for (std::size_t i = items.first; i < end; i = is_range && i + 1 < end ? end - 1 : i + 1) {
+        links += (is_range && i > items.first ? "\u2013" : " ") + items_.FindingLink(i);
+      }
     }
     if (!links.empty()) html_ += "<p>Also affected by:" + links + ".</p>\n";
   }
@@ -226,7 +224,7 @@ class HtmlReport {
   Page page_;
   HtmlSources sources_;
   HtmlItems items_;
-  Summary summary_ = Summarize(report_);
+  Summary summary_ = Summarize(page_.folded());
   std::size_t pictures_ = 0;  // so far, including those left out
   bool has_legend_ = false;
   std::string html_;

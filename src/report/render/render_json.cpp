@@ -1,8 +1,9 @@
 // A report as JSON. docs/report.schema.json lists all members, docs/command-line.md describes them. Tested by
 // tests/report/formats_test.cpp and tests/tool/json_report_test.cpp.
-#include <nlohmann/json.hpp>
+#include <algorithm>
 
 #include "common/result_codes.h"
+#include "report/render/json_stream.h"
 #include "report/render/render.h"
 #include "report/result/words.h"
 #include "schema/setting_values.h"
@@ -67,8 +68,15 @@ Json ToJson(const std::vector<Replacement>& fix) {
   return json;
 }
 
-Json ToJson(const Finding& finding, const TextRanges& ranges) {
-  Json json = {{"edits", finding.edits}};
+// Positions in the listed edits.
+Json PositionsOf(const std::vector<std::size_t>& edits, const FoldedEdits& listed) {
+  Json json = Json::array();
+  for (const std::size_t edit : edits) json.push_back(std::ranges::lower_bound(listed.listed, edit) - listed.listed.begin());
+  return json;
+}
+
+Json ToJson(const Finding& finding, const FoldedEdits& edits, const TextRanges& ranges) {
+  Json json = {{"edits", PositionsOf(finding.edits, edits)}};
   json.update(ToJson(finding.verdict));
   json["path"] = finding.path;
   json["old_location"] = SpanToJson(ranges.Find(finding.old_location));
@@ -81,46 +89,14 @@ Json ToJson(const Finding& finding, const TextRanges& ranges) {
   return json;
 }
 
-Json ToJson(const Changes& changes, const TextRanges& ranges) {
-  Json edits = Json::array();
-  for (std::size_t i = 0; i < changes.edits.size(); ++i) edits.push_back(ToJson(changes.edits[i], changes.status[i], ranges));
-  Json findings = Json::array();
-  for (const Finding& finding : changes.findings) findings.push_back(ToJson(finding, ranges));
-  return {{"edits", std::move(edits)},
-          {"findings", std::move(findings)},
-          {"allowed_together", ToJson(changes.allowed_together)},
-          {"stopped", changes.stopped}};
-}
-
-Json ToJson(const TableResult& result, const TextRanges& ranges) {
-  Json json = {{"table", result.table}, {"status", WordOf(result.status)}};
-  if (result.status != Status::kNew) {
-    json["code"] = result.verdict.code;
-    json["code_name"] = CodeNameOf(result.verdict.code);
-  }
-  if (result.status == Status::kRefused) {
-    json["rule"] = NameOrNull(result.verdict.rule);
-    json["summary"] = SummaryOf(result);
-    json["text"] = result.verdict.text;
-    json["removed"] = result.removed;
-  }
-  json["location"] = ToJson(*ranges.Find(result.declared));
-  json["settings"] = ToJson(result.settings);
-  if (result.changes) json["changes"] = ToJson(*result.changes, ranges);
-  return json;
-}
-
-// Each finding once, also those that several tables share, as positions in "tables" and in the "findings" of the table.
-Json FoldedToJson(const Report& report) {
-  Json json = Json::array();
-  for (const FoldedFinding& folded : Fold(report)) {
-    const auto position = [&](const TableResult* table) { return table - report.tables.data(); };
-    Json also = Json::array();
-    for (const auto& [table, path] : folded.also) also.push_back({{"table", position(table)}, {"path", path}});
-    json.push_back({{"table", position(folded.table)},
-                    {"finding", folded.finding - folded.table->changes->findings.data()},
-                    {"also", std::move(also)}});
-  }
+Json ToJson(const Summary& summary) {
+  Json json = {{"compared", summary.compared},       {"allowed", summary.allowed},
+               {"refused", summary.refused},         {"new", summary.added},
+               {"removed", summary.removed},         {"failing", summary.failing},
+               {"findings", summary.findings},       {"waived", summary.waived},
+               {"files_added", summary.files_added}, {"files_deleted", summary.files_deleted},
+               {"files_moved", summary.files_moved}};
+  if (summary.left_out > 0) json["left_out"] = summary.left_out;
   return json;
 }
 
@@ -138,39 +114,131 @@ Json ToJson(const ProjectFinding& finding) {
           {"suggestion", finding.suggestion}};
 }
 
-Json ToJson(const Summary& summary) {
-  return {{"compared", summary.compared},       {"allowed", summary.allowed},
-          {"refused", summary.refused},         {"new", summary.added},
-          {"removed", summary.removed},         {"failing", summary.failing},
-          {"findings", summary.findings},       {"waived", summary.waived},
-          {"files_added", summary.files_added}, {"files_deleted", summary.files_deleted},
-          {"files_moved", summary.files_moved}};
-}
-
 Json List(const auto& values) {
   Json json = Json::array();
   for (const auto& value : values) json.push_back(ToJson(value));
   return json;
 }
 
+class JsonReport {
+ public:
+  JsonReport(const Report& report, const TextSink& sink)
+      : report_(report), folded_(report), edits_(FoldEdits(folded_)), ranges_(LocationsOf(folded_, edits_)), json_(sink) {}
+
+  void Write() {
+    const Summary summary = Summarize(folded_);
+    json_.Begin('{');
+    json_.Add("version", kReportJsonVersion);
+    json_.Add("tool", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}});
+    json_.Add("command", report_.command);
+    json_.Add("verdict", WordOf(OverallStatus(summary)));
+    json_.Begin("inputs", '[');
+    for (const auto& [role, source] : report_.inputs) json_.Add({{"role", role}, {"file", source->name}});
+    json_.End();
+    json_.Begin("tables", '[');
+    for (std::size_t i = 0; i < folded_.tables().size(); ++i) WriteTable(folded_.tables()[i], edits_[i]);
+    json_.End();
+    json_.Begin("findings", '[');
+    for (const FoldedFinding& folded : folded_.findings()) json_.Add(ToJson(folded));
+    json_.End();
+    json_.Add("files", List(report_.files));
+    json_.Add("project", List(report_.project));
+    json_.Add("summary", korvel::ToJson(summary));
+    json_.End();
+  }
+
+ private:
+  void WriteTable(const FoldedTable& table, const FoldedEdits& edits) {
+    json_.Begin('{');
+    json_.AddMembers(HeadOf(*table.table));
+    if (table.table->changes) WriteChanges(table, edits);
+    json_.End();
+  }
+
+  // All members before the changes.
+  Json HeadOf(const TableResult& result) const {
+    Json json = {{"table", result.table}, {"status", WordOf(result.status)}};
+    if (result.status != Status::kNew) {
+      json["code"] = result.verdict.code;
+      json["code_name"] = CodeNameOf(result.verdict.code);
+    }
+    if (result.status == Status::kRefused) {
+      json["rule"] = NameOrNull(result.verdict.rule);
+      json["summary"] = SummaryOf(result);
+      json["text"] = result.verdict.text;
+      json["removed"] = result.removed;
+    }
+    json["location"] = korvel::ToJson(*ranges_.Find(result.declared));
+    json["settings"] = korvel::ToJson(result.settings);
+    return json;
+  }
+
+  void WriteChanges(const FoldedTable& table, const FoldedEdits& edits) {
+    const Changes& changes = *table.table->changes;
+    json_.Begin("changes", '{');
+    json_.Begin("edits", '[');
+    for (const std::size_t i : edits.listed) json_.Add(korvel::ToJson(changes.edits[i], changes.status[i], ranges_));
+    json_.End();
+    json_.Begin("findings", '[');
+    for (const FoldedFinding& folded : table.findings) json_.Add(korvel::ToJson(*folded.finding, edits, ranges_));
+    json_.End();
+    WriteSharedEdits(edits.shared);
+    WriteSharedFindings(table.shared);
+    json_.Add("allowed_together", korvel::ToJson(changes.allowed_together));
+    json_.Add("stopped", changes.stopped);
+    if (table.left_out > 0) json_.Add("left_out", table.left_out);
+    json_.End();
+  }
+
+  // `first` is the position in the edits or findings of the earlier table.
+  Json PartToJson(const SharedItems& items, std::size_t first) const {
+    return {{"table", PositionOf(items.table)},
+            {"first", first},
+            {"count", items.count},
+            {"path", items.path},
+            {"instead_of", items.instead_of}};
+  }
+
+  void WriteSharedEdits(const std::vector<SharedItems>& parts) {
+    if (parts.empty()) return;
+    json_.Begin("shared_edits", '[');
+    for (const SharedItems& items : parts) json_.Add(PartToJson(items, items.first));
+    json_.End();
+  }
+
+  void WriteSharedFindings(const std::vector<SharedItems>& parts) {
+    if (parts.empty()) return;
+    json_.Begin("shared_findings", '[');
+    for (const SharedItems& items : parts) json_.Add(PartToJson(items, PositionInTable(folded_.findings()[items.first])));
+    json_.End();
+  }
+
+  // As positions in "tables" and in the "findings" of the table.
+  Json ToJson(const FoldedFinding& folded) const {
+    Json json = {{"table", PositionOf(folded.table)}, {"finding", PositionInTable(folded)}};
+    if (folded.also_as) {
+      json["also_as"] = *folded.also_as;
+      return json;
+    }
+    Json& also = json["also"] = Json::array();
+    for (const auto& [table, path] : folded.also) also.push_back({{"table", PositionOf(table)}, {"path", path}});
+    return json;
+  }
+
+  std::size_t PositionOf(const TableResult* table) const { return static_cast<std::size_t>(table - report_.tables.data()); }
+  std::size_t PositionInTable(const FoldedFinding& folded) const {
+    return static_cast<std::size_t>(&folded - folded_.tables()[PositionOf(folded.table)].findings.data());
+  }
+
+  const Report& report_;
+  FoldedReport folded_;
+  std::vector<FoldedEdits> edits_;
+  TextRanges ranges_;
+  JsonStream json_;
+};
+
 }  // namespace
 
-std::string RenderJson(const Report& report) {
-  const Summary summary = Summarize(report);
-  const TextRanges ranges(LocationsOf(report, true));
-  Json json = {{"version", kJsonVersion},
-               {"tool", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}}},
-               {"command", report.command},
-               {"verdict", WordOf(OverallStatus(summary))}};
-  Json& inputs = json["inputs"] = Json::array();
-  for (const auto& [role, source] : report.inputs) inputs.push_back({{"role", role}, {"file", source->name}});
-  Json& tables = json["tables"] = Json::array();
-  for (const TableResult& table : report.tables) tables.push_back(ToJson(table, ranges));
-  json["findings"] = FoldedToJson(report);
-  json["files"] = List(report.files);
-  json["project"] = List(report.project);
-  json["summary"] = ToJson(summary);
-  return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
-}
+void WriteJson(const Report& report, const TextSink& sink) { JsonReport(report, sink).Write(); }
 
 }  // namespace korvel

@@ -1,32 +1,17 @@
-// A JUnit report: a suite for each pair of files, a test case for each table, a failure for each of its findings. A waived
-// finding is not a failure; it is in the output of its test case. Tested by tests/report/formats_test.cpp.
+// A JUnit report: a suite for each pair of files, a test case for each table, a failure for each of its findings. Findings that
+// are listed with an earlier table are one short failure. A waived finding is not a failure; it is in the output of its test
+// case. Tested by tests/report/formats_test.cpp and shared_findings_test.cpp.
 #include <algorithm>
+#include <span>
 
 #include "base/characters.h"
+#include "base/text.h"
 #include "report/render/render.h"
 #include "report/result/issues.h"
 #include "schema/xml_writer.h"
 
 namespace korvel {
 namespace {
-
-struct TestCase {
-  std::string name;
-  std::string file;
-  std::string body;  // elements
-  bool failed = false;
-  bool skipped = false;
-};
-
-struct Suite {
-  std::string name;
-  const Source* second;
-  std::vector<TestCase> cases;
-
-  std::size_t Count(bool TestCase::*what) const {
-    return static_cast<std::size_t>(std::ranges::count_if(cases, [&](const TestCase& one) { return one.*what; }));
-  }
-};
 
 // Lines as content or as the value of an attribute. Characters that XML cannot contain are escaped ("\x1b") or become U+FFFD.
 std::string XmlText(std::string_view text) {
@@ -44,76 +29,118 @@ std::string Attribute(const char* name, std::string_view value) {
   return std::string(" ") + name + "=\"" + XmlText(value) + "\"";
 }
 
-std::string Counts(std::size_t tests, std::size_t failures, std::size_t skipped) {
-  return Attribute("tests", std::to_string(tests)) + Attribute("failures", std::to_string(failures)) + Attribute("errors", "0") +
-         Attribute("skipped", std::to_string(skipped));
+// A failure, or output if it is waived. `text` is its details, as lines.
+std::string Problem(const std::string& rule, const std::string& summary, const std::string& text, bool waived) {
+  if (waived) return "      <system-out>" + XmlText(text) + "</system-out>\n";
+  return "      <failure" + Attribute("message", summary) + Attribute("type", rule) + ">" + XmlText(text) + "</failure>\n";
 }
 
-void AddIssue(TestCase& test, const Issue& issue) {
+std::string ProblemOf(const Issue& issue) {
   std::string text = ToText(issue.location) + ": " + issue.summary + "\n";
   for (const std::string& line : DetailsOf(issue)) text += line + "\n";
-  if (issue.waived) {
-    test.body += "      <system-out>" + XmlText(text) + "</system-out>\n";
-  } else {
-    test.failed = true;
-    test.body += "      <failure" + Attribute("message", issue.summary) + Attribute("type", issue.rule) + ">" + XmlText(text) +
-                 "</failure>\n";
+  return Problem(issue.rule, issue.summary, text, issue.waived);
+}
+
+// Findings that are listed with an earlier table.
+std::string ProblemOf(const FoldedReport& report, const SharedItems& items) {
+  const Finding& first = *report.findings()[items.first].finding;
+  const std::string path = items.path + first.path.substr(items.instead_of.size());
+  const std::string summary = SummaryOf(first.verdict) + (path.empty() ? "" : ": " + OneLine(path));
+  const std::string more = items.count == 1 ? "" : " (and " + NextOf(items) + ")";
+  const std::string text = "same as in table " + OneLine(items.table->table) + more + ", fingerprint " + first.fingerprint + "\n";
+  return Problem(RuleIdOf(first.verdict), summary + more, text, first.waiver.has_value());
+}
+
+std::string CaseText(const std::string& suite, const std::string& name, const std::string& file, const std::string& body) {
+  const std::string start =
+      "    <testcase" + Attribute("name", name) + Attribute("classname", suite) + (file.empty() ? "" : Attribute("file", file));
+  return body.empty() ? start + "/>\n" : start + ">\n" + body + "    </testcase>\n";
+}
+
+// Tests, and how many of them failed or were skipped.
+struct Counts {
+  std::size_t tests = 0, failures = 0, skipped = 0;
+
+  void Add(const TableResult& table) {
+    ++tests;
+    if (table.status == Status::kRefused && !IsWaived(table)) ++failures;
+    if (table.status == Status::kNew) ++skipped;
   }
-}
 
-TestCase CaseOf(const TableResult& table) {
-  TestCase test{table.table, ServicePath(table.declared.source->name), "", false, table.status == Status::kNew};
-  if (test.skipped) test.body = "      <skipped message=\"new table: there is nothing to compare it with\"/>\n";
-  return test;
-}
-
-TestCase ProjectCase(const Issue& issue) {
-  TestCase test{issue.rule + " at " + ToText(issue.location), ServicePath(issue.location.file), "", false, false};
-  AddIssue(test, issue);
-  return test;
-}
-
-Suite SuiteOf(const TableResult& table) {
-  const std::string second = table.second->name;
-  return {table.first == nullptr || table.first == table.second ? second : table.first->name + " -> " + second, table.second, {}};
-}
-
-std::vector<Suite> SuitesOf(const Report& report) {
-  const Issues issues(report, Repeats::kEach);
-  auto next = issues.all().cbegin();
-  std::vector<Suite> suites;
-  for (const TableResult& table : report.tables) {
-    if (suites.empty() || suites.back().second != table.second) suites.push_back(SuiteOf(table));
-    TestCase& test = suites.back().cases.emplace_back(CaseOf(table));
-    for (; next != issues.all().cend() && next->table == &table; ++next) AddIssue(test, *next);
+  std::string Attributes() const {
+    return Attribute("tests", std::to_string(tests)) + Attribute("failures", std::to_string(failures)) +
+           Attribute("errors", "0") + Attribute("skipped", std::to_string(skipped));
   }
-  if (next != issues.all().cend()) suites.push_back({"project file", nullptr, {}});
-  for (; next != issues.all().cend(); ++next) suites.back().cases.push_back(ProjectCase(*next));
-  return suites;
-}
+};
 
-std::string ToXml(const TestCase& test, const std::string& suite) {
-  const std::string start = "    <testcase" + Attribute("name", test.name) + Attribute("classname", suite) +
-                            (test.file.empty() ? "" : Attribute("file", test.file));
-  return test.body.empty() ? start + "/>\n" : start + ">\n" + test.body + "    </testcase>\n";
-}
+class JunitReport {
+ public:
+  JunitReport(const Report& report, const TextSink& sink)
+      : report_(report), folded_(report), issues_(folded_), next_(issues_.all().begin()), sink_(sink) {}
+
+  void Write() {
+    sink_("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites" + Attribute("name", "korvelcheck " + report_.command) +
+          CountAll().Attributes() + ">\n");
+    const std::span<const FoldedTable> tables = folded_.tables();
+    for (std::size_t begin = 0, end = 0; begin < tables.size(); begin = end) {
+      const auto is_other = [&](const FoldedTable& one) { return one.table->second != tables[begin].table->second; };
+      end = static_cast<std::size_t>(std::ranges::find_if(tables.subspan(begin), is_other) - tables.begin());
+      WriteSuite(tables.subspan(begin, end - begin));
+    }
+    if (!report_.project.empty()) WriteProject();
+    sink_("</testsuites>\n");
+  }
+
+ private:
+  Counts CountAll() const {
+    Counts counts{report_.project.size(), report_.project.size(), 0};
+    for (const TableResult& table : report_.tables) counts.Add(table);
+    return counts;
+  }
+
+  // The tables of one pair of files.
+  void WriteSuite(std::span<const FoldedTable> tables) {
+    const TableResult& first = *tables.front().table;
+    const std::string& second = first.second->name;
+    const std::string name = first.first == nullptr || first.first == first.second ? second : first.first->name + " -> " + second;
+    Counts counts;
+    for (const FoldedTable& table : tables) counts.Add(*table.table);
+    sink_("  <testsuite" + Attribute("name", name) + counts.Attributes() + ">\n");
+    for (const FoldedTable& table : tables) {
+      sink_(CaseText(name, table.table->table, ServicePath(table.table->declared.source->name), BodyOf(table)));
+    }
+    sink_("  </testsuite>\n");
+  }
+
+  std::string BodyOf(const FoldedTable& table) {
+    if (table.table->status == Status::kNew) {
+      return "      <skipped message=\"new table: there is nothing to compare it with\"/>\n";
+    }
+    std::string body;
+    for (; next_ != issues_.all().end() && next_->table == table.table; ++next_) body += ProblemOf(*next_);
+    for (const SharedItems& items : table.shared) body += ProblemOf(folded_, items);
+    return body;
+  }
+
+  void WriteProject() {
+    const std::string name = "project file";
+    const Counts counts{report_.project.size(), report_.project.size(), 0};
+    sink_("  <testsuite" + Attribute("name", name) + counts.Attributes() + ">\n");
+    for (; next_ != issues_.all().end(); ++next_) {
+      sink_(CaseText(name, next_->rule + " at " + ToText(next_->location), ServicePath(next_->location.file), ProblemOf(*next_)));
+    }
+    sink_("  </testsuite>\n");
+  }
+
+  const Report& report_;
+  FoldedReport folded_;
+  Issues issues_;
+  std::vector<Issue>::const_iterator next_;
+  const TextSink& sink_;
+};
 
 }  // namespace
 
-std::string RenderJunit(const Report& report) {
-  std::string body;
-  std::size_t tests = 0, failures = 0, skipped = 0;
-  for (const Suite& suite : SuitesOf(report)) {
-    const std::size_t failed = suite.Count(&TestCase::failed), skipped_here = suite.Count(&TestCase::skipped);
-    body += "  <testsuite" + Attribute("name", suite.name) + Counts(suite.cases.size(), failed, skipped_here) + ">\n";
-    for (const TestCase& test : suite.cases) body += ToXml(test, suite.name);
-    body += "  </testsuite>\n";
-    tests += suite.cases.size();
-    failures += failed;
-    skipped += skipped_here;
-  }
-  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites" + Attribute("name", "korvelcheck " + report.command) +
-         Counts(tests, failures, skipped) + ">\n" + body + "</testsuites>\n";
-}
+void WriteJunit(const Report& report, const TextSink& sink) { JunitReport(report, sink).Write(); }
 
 }  // namespace korvel

@@ -60,28 +60,30 @@ std::string NameOf(const TableResult& table, bool with_file) {
   return "**Table " + MarkdownText(table.table) + "**" + (with_file ? " of " + MarkdownCode(table.second->name) : "");
 }
 
-std::string EditList(const Changes& changes, EditStatus status, const char* what) {
+// Edits that were listed with an earlier table are only counted.
+std::string EditList(const Changes& changes, const FoldedEdits& edits, EditStatus status, const char* what) {
   std::string text = "\n\n";
-  std::size_t shown = 0;
-  for (std::size_t i = 0; i < changes.edits.size() && shown < kMaxDetailed; ++i) {
+  std::size_t listed = 0;
+  for (const std::size_t i : edits.listed) {
     if (changes.status[i] != status) continue;
-    text += "- " + MarkdownText(Describe(changes.edits[i])) + "\n";
-    ++shown;
+    if (++listed <= kMaxDetailed) text += "- " + MarkdownText(Describe(changes.edits[i])) + "\n";
   }
-  return text + More(NumberOf(changes, status), shown, what);
+  const std::size_t above = NumberOf(changes, status) - listed;
+  if (above > 0) text += "- " + std::to_string(above) + " listed above, with another table\n";
+  return text + More(listed, std::min(listed, kMaxDetailed), what);
 }
 
 // The allowed changes, and those that were not checked. The others are in findings, or blocked by them.
-std::string OtherEdits(const TableResult& table, bool with_file) {
+std::string OtherEdits(const TableResult& table, const FoldedEdits& edits, bool with_file) {
   if (!table.changes || table.status != Status::kRefused) return "";
   const Changes& changes = *table.changes;
   const std::string start = "\n" + NameOf(table, with_file) + ": ";
   std::string text;
   if (!changes.edits.empty()) {
-    text += start + MarkdownText(AllowedPart(changes)) + EditList(changes, EditStatus::kAllowed, "allowed changes");
+    text += start + MarkdownText(AllowedPart(changes)) + EditList(changes, edits, EditStatus::kAllowed, "allowed changes");
   }
   if (changes.stopped) {
-    text += start + MarkdownText(StoppedText(changes)) + EditList(changes, EditStatus::kNotChecked, "changes not checked");
+    text += start + MarkdownText(StoppedText(changes)) + EditList(changes, edits, EditStatus::kNotChecked, "changes not checked");
   }
   return text;
 }
@@ -89,8 +91,9 @@ std::string OtherEdits(const TableResult& table, bool with_file) {
 }  // namespace
 
 std::string RenderMarkdown(const Report& report) {
-  const Summary summary = Summarize(report);
-  const Issues all(report);
+  const FoldedReport folded(report);
+  const Summary summary = Summarize(folded);
+  const Issues all(folded);
   const std::vector<Issue>& issues = all.all();
   std::string text = std::string("### korvelcheck: ") + WordOf(OverallStatus(summary)) + RemarkOn(summary) + "\n\n" +
                      MarkdownText(ToText(summary)) + "\n";
@@ -100,7 +103,8 @@ std::string RenderMarkdown(const Report& report) {
   const std::size_t detailed = std::min(issues.size(), kMaxDetailed);
   for (std::size_t i = 0; i < detailed; ++i) text += DetailsBlock(issues[i]);
   text += More(issues.size(), detailed, "findings without details here");
-  for (const TableResult& table : report.tables) text += OtherEdits(table, report.inputs.size() > 2);
+  const std::vector<FoldedEdits> edits = FoldEdits(folded);
+  for (std::size_t i = 0; i < edits.size(); ++i) text += OtherEdits(report.tables[i], edits[i], report.inputs.size() > 2);
   return text;
 }
 

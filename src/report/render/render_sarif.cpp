@@ -2,9 +2,9 @@
 // validates it with the schema of the standard.
 #include <algorithm>
 #include <map>
-#include <nlohmann/json.hpp>
 
 #include "common/catalog.h"
+#include "report/render/json_stream.h"
 #include "report/render/render.h"
 #include "report/result/issues.h"
 #include "rule_docs/rule_docs.h"
@@ -84,11 +84,14 @@ struct OtherRule {
 };
 
 constexpr OtherRule kOtherRules[] = {
+    {kLimitRule, "a table has findings that are not listed, because a limit was reached"},
     {"refused", "the checker refused the table without a text, or with a text that belongs to no rule"},
     {"waiver.expired", "a waiver in the project file has expired"},
     {"waiver.malformed", "a waiver in the project file is invalid"},
     {"waiver.unused", "a waiver in the project file matches no finding"},
 };
+
+constexpr char kAllWaived[] = "all findings of the table are waived";
 
 // Twice, because some services do not read Markdown.
 Json HelpOf(const RuleDoc& doc) {
@@ -117,20 +120,26 @@ Json SarifRule(const std::string& id) {
 
 class SarifLog {
  public:
-  explicit SarifLog(const Report& report) : report_(report), issues_(report), positions_(issues_.all()) { ListRules(); }
+  explicit SarifLog(const Report& report) : folded_(report), issues_(folded_), positions_(issues_.all()) { ListRules(); }
 
-  Json Log() const {
-    const Summary summary = Summarize(report_);
-    Json results = Json::array();
-    for (const Issue& issue : issues_.all()) results.push_back(ResultOf(issue));
-    Json run = {{"tool", {{"driver", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}, {"rules", rules_}}}}},
-                {"invocations", Json::array({InvocationOf(summary)})},
-                {"columnKind", "unicodeCodePoints"},
-                {"results", std::move(results)},
-                {"properties", {{"verdict", WordOf(OverallStatus(summary))}, {"summary", ToText(summary)}}}};
-    return {{"$schema", "https://docs.oasis-open.org/sarif/sarif/v2.1.0/errata01/os/schemas/sarif-schema-2.1.0.json"},
-            {"version", "2.1.0"},
-            {"runs", Json::array({std::move(run)})}};
+  void Write(const TextSink& sink) const {
+    const Summary summary = Summarize(folded_);
+    JsonStream json(sink);
+    json.Begin('{');
+    json.Add("$schema", "https://docs.oasis-open.org/sarif/sarif/v2.1.0/errata01/os/schemas/sarif-schema-2.1.0.json");
+    json.Add("version", "2.1.0");
+    json.Begin("runs", '[');
+    json.Begin('{');
+    json.Add("tool", {{"driver", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}, {"rules", rules_}}}});
+    json.Add("invocations", Json::array({InvocationOf(summary)}));
+    json.Add("columnKind", "unicodeCodePoints");
+    json.Begin("results", '[');
+    for (const Issue& issue : issues_.all()) json.Add(ResultOf(issue));
+    json.End();
+    json.Add("properties", {{"verdict", WordOf(OverallStatus(summary))}, {"summary", ToText(summary)}});
+    json.End();
+    json.End();
+    json.End();
   }
 
  private:
@@ -147,7 +156,8 @@ class SarifLog {
 
   Json InvocationOf(const Summary& summary) const {
     Json notes = Json::array();
-    for (const FileNote& note : report_.files) notes.push_back({{"level", "note"}, {"message", MessageOf(ToText(note))}});
+    for (const FileNote& note : folded_.report().files)
+      notes.push_back({{"level", "note"}, {"message", MessageOf(ToText(note))}});
     return {{"executionSuccessful", true},
             {"exitCode", summary.failing == 0 ? 0 : 1},
             {"toolExecutionNotifications", std::move(notes)}};
@@ -169,7 +179,11 @@ class SarifLog {
                                                {"message", MessageOf("was: " + ToText(*issue.old_location))},
                                                {"physicalLocation", PhysicalLocation(*issue.old_location)}}});
     }
-    if (issue.folded != nullptr) AddFindingTo(json, issue);
+    if (issue.folded != nullptr) {
+      AddFindingTo(json, issue);
+    } else if (issue.waived) {
+      json["suppressions"] = Json::array({{{"kind", "external"}, {"status", "accepted"}, {"justification", kAllWaived}}});
+    }
     return json;
   }
 
@@ -207,7 +221,7 @@ class SarifLog {
              Json::array({{{"artifactLocation", ArtifactOf(source.name)}, {"replacements", std::move(replacements)}}})}};
   }
 
-  const Report& report_;
+  FoldedReport folded_;
   Issues issues_;
   FixPositions positions_;
   Json rules_;
@@ -216,8 +230,6 @@ class SarifLog {
 
 }  // namespace
 
-std::string RenderSarif(const Report& report) {
-  return SarifLog(report).Log().dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
-}
+void WriteSarif(const Report& report, const TextSink& sink) { SarifLog(report).Write(sink); }
 
 }  // namespace korvel

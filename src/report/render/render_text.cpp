@@ -48,8 +48,9 @@ std::string_view TextAt(const TextRange& range) {
 
 class FindingText {
  public:
-  FindingText(const FoldedFinding& folded, const TextRanges& ranges)
-      : folded_(folded),
+  FindingText(const FoldedReport& report, const FoldedFinding& folded, const TextRanges& ranges)
+      : report_(report),
+        folded_(folded),
         table_(*folded.table),
         finding_(*folded.finding),
         ranges_(ranges),
@@ -122,10 +123,11 @@ class FindingText {
   }
 
   std::string Also() const {
-    const std::string text = Join(AlsoOf(folded_), ", ");
+    const std::string text = Join(AlsoOf(report_, folded_), ", ");
     return text.empty() ? "" : "  also affected: " + text + "\n";
   }
 
+  const FoldedReport& report_;
   const FoldedFinding& folded_;
   const TableResult& table_;
   const Finding& finding_;
@@ -135,11 +137,14 @@ class FindingText {
   const TextRange* other_;  // of the other side
 };
 
-// One line for a finding that was reported with an earlier table.
-std::string RepeatedFinding(const TableResult& table, const Finding& finding, const TextRanges& ranges) {
-  const TextRange* const lead = ranges.Find(LeadOf(table, finding));
-  return "  same as above:" + (lead == nullptr ? "" : " " + ToText(*lead)) + InBrackets(finding.verdict.rule) +
-         (finding.path.empty() ? "" : ", here at " + OneLine(finding.path)) + "\n";
+// One line for consecutive findings that are listed with an earlier table.
+std::string RepeatedFindings(const FoldedReport& report, const SharedItems& items, const TextRanges& ranges) {
+  const FoldedFinding& first = report.findings()[items.first];
+  const TextRange* const lead = ranges.Find(LeadOf(*first.table, *first.finding));
+  const std::string path = items.path + first.finding->path.substr(items.instead_of.size());
+  return "  same as above:" + (lead == nullptr ? "" : " " + ToText(*lead)) + InBrackets(first.finding->verdict.rule) +
+         (path.empty() ? "" : ", here at " + OneLine(path)) +
+         (items.count == 1 ? "" : ", and " + NextOf(items) + " of table " + OneLine(items.table->table)) + "\n";
 }
 
 // --- The report ---
@@ -147,19 +152,13 @@ std::string RepeatedFinding(const TableResult& table, const Finding& finding, co
 class TextReport {
  public:
   TextReport(const Report& report, bool color)
-      : report_(report), color_(color), ranges_(LocationsOf(report, false)), folded_(Fold(report)) {}
+      : report_(report), color_(color), folded_(report), edits_(FoldEdits(folded_)), ranges_(LocationsOf(folded_)) {}
 
   std::string Text() {
-    const Summary summary = Summarize(report_);
+    const Summary summary = Summarize(folded_);
     text_ = "verdict: " + Word(OverallStatus(summary)) + RemarkOn(summary) + "\n";
     for (const FileNote& note : report_.files) text_ += ToText(note) + "\n";
-    auto next = folded_.cbegin();
-    for (const TableResult& table : report_.tables) {
-      auto end = next;
-      while (end != folded_.cend() && end->table == &table) ++end;
-      AddTable(table, {next, end});
-      next = end;
-    }
+    for (std::size_t i = 0; i < folded_.tables().size(); ++i) AddTable(folded_.tables()[i], edits_[i]);
     for (const ProjectFinding& finding : report_.project) AddProjectFinding(finding);
     return text_ + ToText(summary) + "\n" + ExplainHint();
   }
@@ -167,7 +166,9 @@ class TextReport {
  private:
   std::string Word(Status status) const { return Colored(WordOf(status), ColorOf(status), color_); }
 
-  void AddTable(const TableResult& table, std::span<const FoldedFinding> findings) {
+  void AddTable(const FoldedTable& folded, const FoldedEdits& edits) {
+    const TableResult& table = *folded.table;
+    const std::span<const FoldedFinding> findings = folded.findings;
     const std::string name = "table " + OneLine(table.table);
     text_ += ToText(*ranges_.Find(table.declared)) + ": " + Word(table.status);
     if (table.status != Status::kRefused) {
@@ -182,47 +183,42 @@ class TextReport {
     text_ += is_repeated ? ": " + result
                          : InBrackets(table.verdict.rule) + " " + SummaryOf(table) + "\n  " + CheckerLine(table.verdict.text) +
                                "\n  " + result;
-    if (table.changes) AddChanges(table, findings);
+    if (table.changes) AddChanges(folded, edits);
   }
 
-  void AddChanges(const TableResult& table, std::span<const FoldedFinding> findings) {
-    std::set<const Finding*> listed;
-    for (const FoldedFinding& folded : findings) {
-      text_ += FindingText(folded, ranges_).Text(color_);
-      listed.insert(folded.finding);
-    }
-    for (const Finding& finding : table.changes->findings) {
-      if (!listed.contains(&finding)) text_ += RepeatedFinding(table, finding, ranges_);
-    }
-    const Changes& changes = *table.changes;
-    if (changes.stopped) text_ += "  " + StoppedText(changes) + "\n";
-    if (changes.edits.size() > 1) AddEditsByStatus(changes);
+  void AddChanges(const FoldedTable& folded, const FoldedEdits& edits) {
+    for (const FoldedFinding& finding : folded.findings) text_ += FindingText(folded_, finding, ranges_).Text(color_);
+    for (const SharedItems& items : folded.shared) text_ += RepeatedFindings(folded_, items, ranges_);
+    for (const std::string& limit : LimitsOf(folded)) text_ += "  " + limit + "\n";
+    const Changes& changes = *folded.table->changes;
+    if (changes.edits.size() > 1) AddEditsByStatus(changes, edits);
   }
 
-  void AddEditsByStatus(const Changes& changes) {
+  void AddEditsByStatus(const Changes& changes, const FoldedEdits& edits) {
     text_ += "  " + AllowedPart(changes) + (NumberOf(changes, EditStatus::kAllowed) == 0 ? "\n" : ":\n");
-    AddEdits(changes, EditStatus::kAllowed);
-    AddGroup(changes, EditStatus::kRefused, "refused");
-    AddGroup(changes, EditStatus::kBlocked, "blocked by a refused change");
-    AddGroup(changes, EditStatus::kNotChecked, "not checked");
+    AddEdits(changes, edits, EditStatus::kAllowed);
+    AddGroup(changes, edits, EditStatus::kRefused, "refused");
+    AddGroup(changes, edits, EditStatus::kBlocked, "blocked by a refused change");
+    AddGroup(changes, edits, EditStatus::kNotChecked, "not checked");
   }
 
-  void AddGroup(const Changes& changes, EditStatus status, const char* what) {
+  void AddGroup(const Changes& changes, const FoldedEdits& edits, EditStatus status, const char* what) {
     const std::size_t number = NumberOf(changes, status);
     if (number == 0) return;
     text_ += "  " + std::to_string(number) + (number == 1 ? " is " : " are ") + what + ":\n";
-    AddEdits(changes, status);
+    AddEdits(changes, edits, status);
   }
 
-  void AddEdits(const Changes& changes, EditStatus status) {
-    std::size_t left = kMaxListed;
-    for (std::size_t i = 0; i < changes.edits.size() && left > 0; ++i) {
+  // Edits that were listed with an earlier table are only counted.
+  void AddEdits(const Changes& changes, const FoldedEdits& edits, EditStatus status) {
+    std::size_t listed = 0;
+    for (const std::size_t i : edits.listed) {
       if (changes.status[i] != status) continue;
-      text_ += "    " + OneLine(Describe(changes.edits[i])) + "\n";
-      --left;
+      if (++listed <= kMaxListed) text_ += "    " + OneLine(Describe(changes.edits[i])) + "\n";
     }
-    const std::size_t all = NumberOf(changes, status);
-    if (all > kMaxListed) text_ += "    ... and " + std::to_string(all - kMaxListed) + " more (--format json lists all)\n";
+    if (listed > kMaxListed) text_ += "    ... and " + std::to_string(listed - kMaxListed) + " more (--format json lists all)\n";
+    const std::size_t above = NumberOf(changes, status) - listed;
+    if (above > 0) text_ += "    " + std::to_string(above) + " listed above, with another table\n";
   }
 
   void AddProjectFinding(const ProjectFinding& finding) {
@@ -240,7 +236,7 @@ class TextReport {
       if (first.empty()) first = id;
       if (!id.empty()) rules.insert(id);
     };
-    for (const FoldedFinding& folded : folded_) add(folded.finding->verdict.rule, folded.finding->verdict.code);
+    for (const FoldedFinding& folded : folded_.findings()) add(folded.finding->verdict.rule, folded.finding->verdict.code);
     for (const TableResult& table : report_.tables) {
       if (table.status == Status::kRefused && !table.changes) add(table.verdict.rule, table.verdict.code);
     }
@@ -253,8 +249,9 @@ class TextReport {
 
   const Report& report_;
   bool color_;
+  FoldedReport folded_;
+  std::vector<FoldedEdits> edits_;
   TextRanges ranges_;
-  std::vector<FoldedFinding> folded_;
   std::string text_;
 };
 

@@ -11,39 +11,25 @@
 namespace korvel {
 namespace {
 
-constexpr char kNoRule[] = "refused";
-
 // A fingerprint for issues that have none: of rule and name, without line and file, so that it stays when the schema moves.
 std::string NameFingerprint(const std::string& rule, const std::string& name) { return FingerprintOf(rule + '\0' + name); }
 
-std::string RuleOf(const std::string& rule) { return rule.empty() ? kNoRule : rule; }
-
-// Each finding of each table, without merging.
-std::vector<FoldedFinding> Unfolded(const Report& report) {
-  std::vector<FoldedFinding> findings;
-  for (const TableResult& table : report.tables) {
-    if (!table.changes) continue;
-    for (const Finding& finding : table.changes->findings) findings.push_back({&table, &finding, {}});
-  }
-  return findings;
-}
-
 }  // namespace
 
-Issues::Issues(const Report& report, Repeats repeats)
-    : ranges_(LocationsOf(report, false)), folded_(repeats == Repeats::kFolded ? Fold(report) : Unfolded(report)) {
-  auto next = folded_.cbegin();
-  for (const TableResult& table : report.tables) {
-    if (table.status == Status::kRefused && (!table.changes || table.changes->findings.empty())) AddTable(table);
-    for (; next != folded_.cend() && next->table == &table; ++next) AddFinding(*next);
+Issues::Issues(const FoldedReport& folded) : folded_(folded), ranges_(LocationsOf(folded)) {
+  for (const FoldedTable& table : folded.tables()) {
+    const TableResult& result = *table.table;
+    if (result.status == Status::kRefused && (!result.changes || result.changes->findings.empty())) AddTable(result);
+    for (const FoldedFinding& finding : table.findings) AddFinding(finding);
+    AddLimit(table);
   }
-  for (const ProjectFinding& finding : report.project) AddProjectFinding(finding);
+  for (const ProjectFinding& finding : folded.report().project) AddProjectFinding(finding);
   MakeFingerprintsUnique();
 }
 
 void Issues::AddTable(const TableResult& table) {
   Issue issue;
-  issue.rule = RuleOf(table.verdict.rule);
+  issue.rule = RuleIdOf(table.verdict);
   issue.summary = SummaryOf(table) + ": " + OneLine(table.table);
   issue.fingerprint = NameFingerprint(issue.rule, table.table);
   issue.location = *ranges_.Find(table.declared);
@@ -51,14 +37,28 @@ void Issues::AddTable(const TableResult& table) {
   issues_.push_back(std::move(issue));
 }
 
+void Issues::AddLimit(const FoldedTable& table) {
+  const std::vector<std::string> limits = LimitsOf(table);
+  if (limits.empty()) return;
+  Issue issue;
+  issue.rule = kLimitRule;
+  issue.summary = "table " + OneLine(table.table->table) + ": " + Join(limits, "; ");
+  issue.waived = IsWaived(*table.table);
+  issue.fingerprint = NameFingerprint(issue.rule, table.table->table);
+  issue.location = *ranges_.Find(table.table->declared);
+  issue.table = table.table;
+  issues_.push_back(std::move(issue));
+}
+
 void Issues::AddFinding(const FoldedFinding& folded) {
   const Finding& finding = *folded.finding;
   Issue issue;
-  issue.rule = RuleOf(finding.verdict.rule);
+  issue.rule = RuleIdOf(finding.verdict);
   issue.summary = SummaryOf(finding.verdict) + (finding.path.empty() ? "" : ": " + OneLine(finding.path));
   issue.waived = finding.waiver.has_value();
   issue.fingerprint = finding.fingerprint.empty() ? NameFingerprint(issue.rule, finding.path) : finding.fingerprint;
   issue.suggestion = finding.suggestion;
+  issue.also = AlsoOf(folded_, folded);
   issue.table = folded.table;
   issue.folded = &folded;
   const TextRange* const new_location = ranges_.Find(finding.new_location ? finding.new_location : finding.old_location);
@@ -99,7 +99,7 @@ void AddFindingTo(std::vector<std::string>& lines, const Issue& issue) {
   const std::vector<std::string> edits = EditsOf(table, finding);
   if (edits.empty() && IsPreexisting(table)) lines.emplace_back(kPreexisting);
   for (const std::string& edit : edits) lines.push_back((edits.size() == 1 ? "change: " : "refused in combination: ") + edit);
-  for (const std::string& also : AlsoOf(*issue.folded)) lines.push_back("also affected: " + also);
+  for (const std::string& also : issue.also) lines.push_back("also affected: " + also);
   if (finding.waiver) lines.push_back("waived until " + OneLine(finding.waiver->until) + ": " + OneLine(finding.waiver->reason));
 }
 
@@ -120,6 +120,8 @@ std::vector<std::string> DetailsOf(const Issue& issue) {
   if (!issue.suggestion.empty()) lines.push_back("suggestion: " + OneLine(issue.suggestion));
   return lines;
 }
+
+std::string RuleIdOf(const Verdict& verdict) { return verdict.rule.empty() ? "refused" : verdict.rule; }
 
 std::string ServicePath(const std::string& file) {
   if (file == "<stdin>") return "";

@@ -1,4 +1,4 @@
-// The findings of a report as formats need them that annotate files: one record for each problem, with its location.
+// The listed findings of a report as formats need them that annotate files: one record for each problem, with its location.
 #pragma once
 
 #include <optional>
@@ -10,7 +10,7 @@
 namespace korvel {
 
 struct Issue {
-  std::string rule;     // id; "refused" for a refusal without a rule in the catalog
+  std::string rule;     // RuleIdOf; for others such as "waiver.expired"
   std::string summary;  // what is wrong, in plain words, and the path: "a field's size was reduced: orders.zone". On one line
   bool waived = false;
   std::string fingerprint;  // unique in the report
@@ -18,21 +18,20 @@ struct Issue {
   TextRange location;
   std::optional<TextRange> old_location;  // if it differs from `location`
   std::string suggestion;                 // "" for none
-  // Both null for a finding about the project file. `folded` is also null for a table whose changes were not checked one by one.
+  std::vector<std::string> also;          // AlsoOf
+  // Both null for a finding about the project file. `folded` is also null for a table whose changes were not checked one by one,
+  // and for a table with findings that are not listed.
   const TableResult* table = nullptr;
   const FoldedFinding* folded = nullptr;
 };
 
-// How often a finding is listed that several tables share.
-enum class Repeats {
-  kFolded,  // once, at the first table
-  kEach,    // once for each table
-};
+// The rule of the issue of a table that has findings which a limit left out: it fails like these findings.
+inline constexpr char kLimitRule[] = "report.limit";
 
-// The issues of a report, in its order. REQUIRES: the report outlives them.
+// The issues of a report, in its order. A finding that several tables share is one issue. REQUIRES: the report outlives them.
 class Issues {
  public:
-  explicit Issues(const Report& report, Repeats repeats = Repeats::kFolded);
+  explicit Issues(const FoldedReport& folded);
   Issues(const Issues&) = delete;
   Issues& operator=(const Issues&) = delete;
 
@@ -41,18 +40,22 @@ class Issues {
 
  private:
   void AddTable(const TableResult& table);
+  void AddLimit(const FoldedTable& table);
   void AddFinding(const FoldedFinding& folded);
   void AddProjectFinding(const ProjectFinding& finding);
   void MakeFingerprintsUnique();
 
+  const FoldedReport& folded_;
   TextRanges ranges_;
-  std::vector<FoldedFinding> folded_;
   std::vector<Issue> issues_;
 };
 
 // All details of an issue besides its summary, as lines of text: the checker's text, table and result code, change, paths,
 // waiver, old location, suggestion.
 std::vector<std::string> DetailsOf(const Issue& issue);
+
+// The rule of a refusal; "refused" for one without a rule in the catalog.
+std::string RuleIdOf(const Verdict& verdict);
 
 // The path of a file for services that show reports: relative to the working directory if the file is below it, with '/'; PATH
 // of "git:REV:PATH"; "" for standard input.

@@ -43,43 +43,7 @@ struct Report {
   std::vector<TableResult> tables;  // tables of one pair of sources are adjacent
   std::vector<FileNote> files;      // empty unless the command compared a whole project
   std::vector<ProjectFinding> project;
+  std::size_t max_findings = kMaxFindings;  // findings that are listed; see FoldedReport
 };
-
-struct Summary {
-  // Numbers of tables. compared = allowed + refused; removed tables are among the refused.
-  std::size_t compared = 0;
-  std::size_t allowed = 0;
-  std::size_t refused = 0;
-  std::size_t added = 0;
-  std::size_t removed = 0;
-  // Refused tables with at least one finding that is not waived, plus findings about the project file. 0 means exit code 0.
-  std::size_t failing = 0;
-  // Numbers of findings. A finding that several tables share counts once.
-  std::size_t findings = 0;
-  std::size_t waived = 0;  // of them
-  // Numbers of schema files.
-  std::size_t files_added = 0;
-  std::size_t files_deleted = 0;
-  std::size_t files_moved = 0;
-};
-
-// A refused table whose search for findings stopped at the limit counts as failing even if all its findings are waived: the next
-// finding may not be.
-Summary Summarize(const Report& report);
-
-// A finding, with everything that shares its cause. Borrows from the report.
-struct FoldedFinding {
-  const TableResult* table;  // the first table with the finding
-  const Finding* finding;
-  struct Embedding {
-    const TableResult* table;
-    std::string path;  // "carts.items[].price"; empty for a change of the library
-  };
-  std::vector<Embedding> also;  // the other tables and paths with the finding
-};
-
-// The findings of all tables, in the order of the report. Findings with the same cause are listed once, at the first table: same
-// pair of sources, same edits, same rule, same code. A finding without edits belongs to one table.
-std::vector<FoldedFinding> Fold(const Report& report);
 
 }  // namespace korvel

@@ -38,6 +38,7 @@ std::string ToText(const Summary& summary) {
                      number(summary.compared) + " compared, " + number(summary.added) + " new, " + number(summary.removed) +
                      " removed";
   if (summary.findings > 0) text += "; " + Counted(summary.findings, "finding") + ", " + number(summary.waived) + " waived";
+  if (summary.left_out > 0) text += ", " + number(summary.left_out) + " not listed (--max-findings raises the limit)";
   if (summary.files_added + summary.files_deleted + summary.files_moved > 0) {
     text += "; files: " + number(summary.files_added) + " added, " + number(summary.files_deleted) + " deleted, " +
             number(summary.files_moved) + " moved";
@@ -115,7 +116,11 @@ std::vector<std::string> EditsOf(const TableResult& table, const Finding& findin
 
 bool IsPreexisting(const TableResult& table) { return !table.removed && table.first != table.second; }
 
-std::vector<std::string> AlsoOf(const FoldedFinding& folded) {
+std::vector<std::string> AlsoOf(const FoldedReport& report, const FoldedFinding& folded) {
+  if (folded.also_as) {
+    const Finding& leader = *report.findings()[*folded.also_as].finding;
+    return {"the same " + std::to_string(folded.also_count) + " tables and paths as finding " + leader.fingerprint};
+  }
   std::vector<std::string> names;
   for (const FoldedFinding::Embedding& also : folded.also) {
     names.push_back(OneLine(also.path.empty() ? "table " + also.table->table : also.path));
@@ -146,20 +151,36 @@ std::string StoppedText(const Changes& changes) {
          ": the remaining changes were not checked; --max-findings raises the limit";
 }
 
-std::vector<Location> LocationsOf(const Report& report, bool with_edits) {
+std::string NextOf(const SharedItems& items) {
+  if (items.count == 1) return "";
+  return "the next " + (items.count == 2 ? "finding" : Counted(items.count - 1, "finding"));
+}
+
+std::vector<std::string> LimitsOf(const FoldedTable& table) {
+  std::vector<std::string> limits;
+  if (table.table->changes && table.table->changes->stopped) limits.push_back(StoppedText(*table.table->changes));
+  if (table.left_out > 0) {
+    limits.push_back(Counted(table.left_out, "finding") + (table.left_out == 1 ? " is" : " are") +
+                     " not listed: the report has as many as --max-findings allows");
+  }
+  return limits;
+}
+
+std::vector<Location> LocationsOf(const FoldedReport& folded, const std::vector<FoldedEdits>& edits) {
   std::vector<Location> locations;
   const auto add = [&](const auto& placed) {
     locations.push_back(placed.old_location);
     locations.push_back(placed.new_location);
   };
-  for (const TableResult& table : report.tables) {
-    locations.push_back(table.declared);
-    if (!table.changes) continue;
-    for (const Finding& finding : table.changes->findings) {
-      add(finding);
-      for (const std::size_t i : finding.edits) add(table.changes->edits[i]);
+  for (const FoldedTable& table : folded.tables()) {
+    locations.push_back(table.table->declared);
+    for (const FoldedFinding& listed : table.findings) {
+      add(*listed.finding);
+      for (const std::size_t i : listed.finding->edits) add(table.table->changes->edits[i]);
     }
-    if (with_edits) std::ranges::for_each(table.changes->edits, add);
+  }
+  for (std::size_t i = 0; i < edits.size(); ++i) {
+    for (const std::size_t edit : edits[i].listed) add(folded.tables()[i].table->changes->edits[edit]);
   }
   return locations;
 }

@@ -6,7 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include "report/result/report.h"
+#include "report/result/fold.h"
+#include "report/result/fold_edits.h"
+#include "report/result/summary.h"
 #include "report/result/text_ranges.h"
 
 namespace korvel {
@@ -60,8 +62,9 @@ bool IsPreexisting(const TableResult& table);
 inline constexpr char kPreexisting[] = "pre-existing: the old schema already breaks this rule";
 
 // The other tables and paths with a finding: "orders.items[].price", "carts.items[].price"; "table carts" for a change of the
-// library, which has no path.
-std::vector<std::string> AlsoOf(const FoldedFinding& folded);
+// library, which has no path. One line that names an earlier finding if the others are the same: "the same 900 tables and
+// paths as finding 84ffde231685f362".
+std::vector<std::string> AlsoOf(const FoldedReport& report, const FoldedFinding& folded);
 
 // "7 of 9 changes are allowed on their own (verified)"; "... of 4 checked changes ..." if the search stopped before all.
 // REQUIRES: there are edits.
@@ -70,9 +73,16 @@ std::string AllowedPart(const Changes& changes);
 // "stopped after 5 findings: ..."; REQUIRES: changes.stopped.
 std::string StoppedText(const Changes& changes);
 
+// The shared findings after the first: "the next 11 findings"; "" if there is only one.
+std::string NextOf(const SharedItems& items);
+
+// The limits that were reached: StoppedText, "5 findings are not listed: ...". Usually empty.
+std::vector<std::string> LimitsOf(const FoldedTable& table);
+
 std::size_t NumberOf(const Changes& changes, EditStatus status);
 
-// Every location that a report refers to: those of all edits if `with_edits`, else those of findings only.
-std::vector<Location> LocationsOf(const Report& report, bool with_edits);
+// Every location that a report refers to: those of tables, of the listed findings and of their edits. With `edits`, also those
+// of the listed edits.
+std::vector<Location> LocationsOf(const FoldedReport& folded, const std::vector<FoldedEdits>& edits = {});
 
 }  // namespace korvel

@@ -45,7 +45,7 @@ int RunCommand(const Command& command, const std::vector<std::string>& words) {
     ArgumentList arguments;
     const std::function<int()> run = command.declare(arguments);
     if (const std::optional<std::string> help = Parse({command.name, command.summary}, arguments, words)) {
-      WriteStandardOutput(*help);
+      WriteStandardOutput(AsProducer(*help));
       return kAllAllowed;
     }
     return run();
@@ -69,11 +69,11 @@ int RunCommandLine(const std::vector<std::string>& arguments) {
   if (arguments.empty()) throw InputError{{ToolMessage("a command is missing"), "Try 'korvelcheck --help'."}};
   const std::string& first = arguments.front();
   if (first == "--help" || first == "-h") {
-    WriteStandardOutput(Help());
+    WriteStandardOutput(AsProducer(Help()));
     return kAllAllowed;
   }
   if (first == "--version") {
-    WriteStandardOutput("korvelcheck " KORVEL_VERSION "\n");
+    WriteStandardOutput(AsProducer("korvelcheck " KORVEL_VERSION "\n"));
     return kAllAllowed;
   }
   return RunCommand(FindCommand(first), {arguments.begin() + 1, arguments.end()});

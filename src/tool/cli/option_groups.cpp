@@ -113,7 +113,7 @@ void FindingLimit::AddTo(ArgumentList& arguments) {
   };
   arguments.Add({.names = "--max-findings",
                  .value = "N",
-                 .description = "stop after N findings per table; default: " + std::to_string(kMaxFindings),
+                 .description = "list at most N findings; default: " + std::to_string(kMaxFindings),
                  .set = set});
 }
 
@@ -131,7 +131,9 @@ void OutputOption::AddTo(ArgumentList& arguments) {
                  .is_required = is_required});
 }
 
-void OutputOption::Write(const std::string& text) const { file ? WriteFile(*file, text) : WriteStandardOutput(text); }
+void OutputOption::Write(const std::string& text) const { Write(AsProducer(text)); }
+
+void OutputOption::Write(const Producer& produce) const { file ? WriteFile(*file, produce) : WriteStandardOutput(produce); }
 
 bool OutputOption::CanColor() const { return !file && tool::CanColor(); }
 

@@ -13,6 +13,7 @@
 #include "report/render/rule_doc_format.h"
 #include "schema/settings.h"
 #include "tool/cli/arguments.h"
+#include "tool/io/output.h"
 #include "vesk/log_category.h"
 
 namespace korvel::tool {
@@ -64,6 +65,7 @@ struct OutputOption {
 
   // Writes the result of a command. Throws std::runtime_error.
   void Write(const std::string& text) const;
+  void Write(const Producer& produce) const;
   // Whether the result may be colored.
   bool CanColor() const;
 };

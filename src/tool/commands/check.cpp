@@ -116,6 +116,7 @@ int Run(const CheckArguments& arguments) {
   return RunReport(arguments.report, arguments.inputs.paths, [&](LPVESKCATEGORYINST log) {
     const CheckOptions options = arguments.OptionsFor(project ? &*project : nullptr, log);
     CommandResult result = has_baseline ? CheckAgainst(arguments, options) : CheckPair(arguments, options);
+    result.report.max_findings = arguments.limit.max_findings;
     if (project) ApplyWaivers(*project, is_whole && options.tables.empty(), result.report);
     return result;
   });

@@ -41,6 +41,7 @@ CommandResult Lint(const LintArguments& arguments, const CheckOptions& options) 
       return CheckTableChange(CheckFor({input, input}, table, options));
     });
   }
+  result.report.max_findings = options.max_findings;
   if (options.project != nullptr) ApplyWaivers(*options.project, false, result.report);
   return result;
 }

@@ -8,6 +8,7 @@
 #include "base/input_error.h"
 #include "project/check_tables.h"
 #include "project/load_inputs.h"
+#include "report/result/summary.h"
 #include "tool/io/exit.h"
 #include "vesk/closed_category.h"
 
@@ -47,9 +48,9 @@ int RunReport(const ReportOptions& options, const std::vector<std::string>& inpu
       *results.emplace_back(std::make_unique<CommandResult>(check(log ? log->handle() : closed.handle())));
   if (log) log->Close();
   for (const Input& input : result.inputs) RequireUnchanged(input);
-  options.output.Write(options.format->render(result.report, options.output.CanColor()));
+  options.output.Write([&](const TextSink& sink) { options.format->write(result.report, options.output.CanColor(), sink); });
   if (const std::string failure = log ? log->WriteFailure() : ""; !failure.empty()) throw std::runtime_error(failure);
-  return Summarize(result.report).failing == 0 ? kAllAllowed : kSomeRefused;
+  return CountFailing(result.report) == 0 ? kAllAllowed : kSomeRefused;
 }
 
 int RunPairReport(const PairArguments& arguments, const PairCommand& command) {

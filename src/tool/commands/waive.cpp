@@ -95,7 +95,7 @@ int Run(const WaiveArguments& arguments) {
                            .until = arguments.until.value_or("")};
   const std::string longer = WithWaiver(text, waiver);
   RequireWaiver(path, longer, project.waivers.size() + 1);
-  WriteFile(path, longer);
+  WriteFile(path, AsProducer(longer));
   arguments.output.Write(OneLine(path) + ": waived " + waiver.fingerprint + " until " + waiver.until + "\n");
   return kAllAllowed;
 }

@@ -16,10 +16,16 @@ namespace korvel::tool {
 namespace {
 
 std::atomic_flag is_ending;
+std::atomic<const char*> incomplete_file;
 
 // Several threads may get here: the first one prints, the others wait for the end.
 void WaitUnlessFirst() {
   while (is_ending.test_and_set()) ::pause();
+}
+
+[[noreturn]] void End() {
+  if (const char* const path = incomplete_file) ::unlink(path);
+  ::_exit(kInternalError);
 }
 
 void Print(std::string_view text) { static_cast<void>(WriteAll(STDERR_FILENO, text)); }
@@ -38,19 +44,21 @@ void Print(std::string_view text) { static_cast<void>(WriteAll(STDERR_FILENO, te
   } catch (...) {
     Print("korvelcheck: internal error\n");
   }
-  ::_exit(kInternalError);
+  End();
 }
 
 // Only calls that are safe in a signal handler.
 extern "C" void OnBusError(int) {
   WaitUnlessFirst();
   Print("korvelcheck: a file became shorter while it was read\n");
-  ::_exit(kInternalError);
+  End();
 }
 
 }  // namespace
 
 void PrintOutOfMemory() { Print("korvelcheck: out of memory\n"); }
+
+void RemoveAtAbruptEnd(const char* path) { incomplete_file = path; }
 
 void InstallTerminateHandler() { std::set_terminate(OnUncaught); }
 

@@ -26,8 +26,11 @@ struct NothingAllowed {
 // Prints on standard error that memory ran out. Allocates nothing.
 void PrintOutOfMemory();
 
+// A file that is removed before the program ends in one of the ways below: one that is not complete. Null for none. The text must
+// stay where it is.
+void RemoveAtAbruptEnd(const char* path);
+
 // From now on, an exception that nothing can catch (for example if memory runs out in a destructor) ends the program in this way.
-// No half-written file is left behind: none is open where such an exception can occur.
 void InstallTerminateHandler();
 
 // From now on, a mapped file that becomes shorter while it is read (SIGBUS) ends the program in this way. May be called

@@ -11,9 +11,11 @@
 #include <cstring>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 #include "base/file_descriptor.h"
 #include "base/text.h"
+#include "tool/io/exit.h"
 
 namespace korvel::tool {
 namespace {
@@ -28,17 +30,21 @@ class TemporaryFile {
   explicit TemporaryFile(const std::string& destination)
       : destination_(destination), path_(destination + ".XXXXXX"), file_(::mkostemp(path_.data(), O_CLOEXEC)) {
     if (!file_.IsOpen()) Fail(destination_, std::strerror(errno));
+    RemoveAtAbruptEnd(path_.c_str());
   }
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
   ~TemporaryFile() {
+    RemoveAtAbruptEnd(nullptr);
     if (!moved_) ::unlink(path_.c_str());
   }
 
-  void Write(const std::string& text, mode_t mode) {
-    int error = WriteAll(file_.get(), text);
-    if (error == 0 && (::fchmod(file_.get(), mode) != 0 || ::fsync(file_.get()) != 0)) error = errno;
-    if (error != 0) Fail(destination_, std::strerror(error));
+  void Write(std::string_view text) const {
+    if (const int error = WriteAll(file_.get(), text); error != 0) Fail(destination_, std::strerror(error));
+  }
+
+  void Complete(mode_t mode) const {
+    if (::fchmod(file_.get(), mode) != 0 || ::fsync(file_.get()) != 0) Fail(destination_, std::strerror(errno));
   }
 
   void Move() {
@@ -51,6 +57,33 @@ class TemporaryFile {
   std::string path_;
   FileDescriptor file_;
   bool moved_ = false;
+};
+
+// Collects small pieces, and passes them on when they are enough for a call of the system, or at the end.
+class Buffer {
+ public:
+  explicit Buffer(TextSink write) : write_(std::move(write)) {}
+
+  void Produce(const Producer& produce) {
+    produce([this](std::string_view text) { Add(text); });
+    Flush();
+  }
+
+ private:
+  static constexpr std::size_t kSize = std::size_t{1} << 20;
+
+  void Add(std::string_view text) {
+    if (text_.size() + text.size() > kSize) Flush();
+    text.size() > kSize ? write_(text) : static_cast<void>(text_ += text);
+  }
+
+  void Flush() {
+    write_(text_);
+    text_.clear();
+  }
+
+  TextSink write_;
+  std::string text_;
 };
 
 // The target of a link, so that the link stays; the path itself if there is no file yet.
@@ -107,17 +140,22 @@ bool CanColor() {
   return ::isatty(STDOUT_FILENO) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
 }
 
-void WriteStandardOutput(const std::string& text) {
-  const int error = WriteAll(STDOUT_FILENO, text);
-  if (error != 0 && error != EPIPE) Fail("standard output", std::strerror(error));
+void WriteStandardOutput(const Producer& produce) {
+  bool is_closed = false;  // there is no reader any more
+  Buffer([&](std::string_view text) {
+    const int error = is_closed ? 0 : WriteAll(STDOUT_FILENO, text);
+    is_closed = is_closed || error == EPIPE;
+    if (error != 0 && error != EPIPE) Fail("standard output", std::strerror(error));
+  }).Produce(produce);
 }
 
-void WriteFile(const std::string& path, const std::string& text) {
+void WriteFile(const std::string& path, const Producer& produce) {
   const std::string destination = ResolveLinks(path);
   const mode_t mode = ModeFor(destination);
   const BlockedSignals signals;
   TemporaryFile file(destination);
-  file.Write(text, mode);
+  Buffer([&](std::string_view text) { file.Write(text); }).Produce(produce);
+  file.Complete(mode);
   file.Move();
 }
 

@@ -1,19 +1,32 @@
 // Writes results to standard output or to files.
 #pragma once
 
-#include <optional>
+#include <functional>
 #include <string>
+#include <string_view>
+
+#include "base/text_sink.h"
 
 namespace korvel::tool {
 
 // Whether status words may be colored: standard output is a terminal with colors, and NO_COLOR is not set.
 bool CanColor();
 
-// Writes to standard output. A closed reader is not a failure; any other failure is thrown as std::runtime_error.
-void WriteStandardOutput(const std::string& text);
+// Writes a result piece by piece.
+using Producer = std::function<void(const TextSink& sink)>;
+
+// Writes to standard output. Results of at most 1 MiB are written after they are complete, larger ones while they are produced. A
+// closed reader is not a failure; any other failure is thrown as std::runtime_error.
+void WriteStandardOutput(const Producer& produce);
 
 // Writes a file atomically: an old file of that name stays unchanged until the new one is complete, and if anything fails, which
-// is thrown as std::runtime_error. The new file takes over the permission bits of the old one. A link is followed.
-void WriteFile(const std::string& path, const std::string& text);
+// is thrown as std::runtime_error, or `produce` throws. The new file takes over the permission bits of the old one. A link is
+// followed.
+void WriteFile(const std::string& path, const Producer& produce);
+
+// The same for a text.
+inline Producer AsProducer(std::string_view text) {
+  return [text](const TextSink& sink) { sink(text); };
+}
 
 }  // namespace korvel::tool

@@ -1,0 +1,61 @@
+// Tested by tests/report/json_stream_test.cpp.
+#include "report/render/json_stream.h"
+
+namespace korvel {
+namespace {
+
+std::string Dump(const JsonStream::Json& value) { return value.dump(2, ' ', false, JsonStream::Json::error_handler_t::replace); }
+
+}  // namespace
+
+void JsonStream::StartItem() {
+  if (open_.empty()) return;
+  sink_(open_.back().is_empty ? Indent() : "," + Indent());
+  open_.back().is_empty = false;
+}
+
+// A line end in a dumped value is always between two items: in strings it is escaped.
+void JsonStream::Write(const Json& value) {
+  const std::string text = Dump(value);
+  const std::string indent = Indent();
+  std::string indented;
+  for (const char c : text) c == '\n' ? indented.append(indent) : indented.append(1, c);
+  sink_(indented);
+}
+
+void JsonStream::Begin(char open) {
+  StartItem();
+  sink_(std::string_view(&open, 1));
+  open_.push_back({open == '{' ? '}' : ']', true});
+}
+
+void JsonStream::Begin(const char* name, char open) {
+  StartItem();
+  sink_(Dump(name) + ": " + open);
+  open_.push_back({open == '{' ? '}' : ']', true});
+}
+
+void JsonStream::End() {
+  const Container ended = open_.back();
+  open_.pop_back();
+  if (!ended.is_empty) sink_(Indent());
+  sink_(std::string_view(&ended.close, 1));
+  if (open_.empty()) sink_("\n");
+}
+
+void JsonStream::Add(const Json& value) {
+  StartItem();
+  Write(value);
+}
+
+void JsonStream::Add(const char* name, const Json& value) {
+  StartItem();
+  sink_(Dump(name) + ": ");
+  Write(value);
+}
+
+void JsonStream::AddMembers(const Json& object) {
+  for (const auto& [name, value] : object.items()) Add(name.c_str(), value);
+}
+
+}  // namespace korvel

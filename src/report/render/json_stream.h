@@ -1,0 +1,45 @@
+// Writes a JSON document piece by piece: the document has the bytes that nlohmann::ordered_json::dump(2) would give for the
+// whole, with invalid UTF-8 replaced by U+FFFD.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "base/text_sink.h"
+
+namespace korvel {
+
+class JsonStream {
+ public:
+  using Json = nlohmann::ordered_json;
+
+  explicit JsonStream(TextSink sink) : sink_(std::move(sink)) {}
+
+  // Begins an object ('{') or array ('['): the document, an element of an array, or, with a name, a member of an object.
+  void Begin(char open);
+  void Begin(const char* name, char open);
+  // Ends the object or array that was begun last; a newline follows the document.
+  void End();
+
+  // Adds an element to an array, or a member to an object.
+  void Add(const Json& value);
+  void Add(const char* name, const Json& value);
+  // Adds all members of an object to an object.
+  void AddMembers(const Json& object);
+
+ private:
+  void StartItem();
+  void Write(const Json& value);
+  std::string Indent() const { return "\n" + std::string(2 * open_.size(), ' '); }
+
+  struct Container {
+    char close;
+    bool is_empty;
+  };
+
+  TextSink sink_;
+  std::vector<Container> open_;
+};
+
+}  // namespace korvel

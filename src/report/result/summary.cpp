@@ -1,0 +1,40 @@
+// Counts tables, findings and files. Tested by tests/tool/check_test.cpp and waiver_test.cpp.
+#include "report/result/summary.h"
+
+#include <algorithm>
+
+namespace korvel {
+
+bool IsWaived(const TableResult& result) {
+  return result.changes && !result.changes->findings.empty() && !result.changes->stopped &&
+         std::ranges::all_of(result.changes->findings, [](const Finding& one) { return one.waiver.has_value(); });
+}
+
+std::size_t CountFailing(const Report& report) {
+  const auto fails = [](const TableResult& result) { return result.status == Status::kRefused && !IsWaived(result); };
+  return report.project.size() + static_cast<std::size_t>(std::ranges::count_if(report.tables, fails));
+}
+
+Summary Summarize(const FoldedReport& folded) {
+  const Report& report = folded.report();
+  Summary summary;
+  summary.failing = CountFailing(report);
+  for (const TableResult& result : report.tables) {
+    if (result.status == Status::kNew) ++summary.added;
+    if (result.status == Status::kAllowed) ++summary.allowed;
+    if (result.status == Status::kRefused) ++summary.refused;
+    if (result.removed) ++summary.removed;
+  }
+  summary.compared = summary.allowed + summary.refused;
+  summary.findings = folded.findings().size() + folded.left_out();
+  summary.left_out = folded.left_out();
+  summary.waived = folded.waived();
+  for (const FileNote& note : report.files) {
+    if (note.kind == FileNote::Kind::kAdded) ++summary.files_added;
+    if (note.kind == FileNote::Kind::kDeleted) ++summary.files_deleted;
+    if (note.kind == FileNote::Kind::kMoved) ++summary.files_moved;
+  }
+  return summary;
+}
+
+}  // namespace korvel

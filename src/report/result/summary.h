@@ -1,0 +1,38 @@
+// The numbers at the end of a report, and its exit code.
+#pragma once
+
+#include <cstddef>
+
+#include "report/result/fold.h"
+#include "report/result/report.h"
+
+namespace korvel {
+
+struct Summary {
+  // Numbers of tables. compared = allowed + refused; removed tables are among the refused.
+  std::size_t compared = 0;
+  std::size_t allowed = 0;
+  std::size_t refused = 0;
+  std::size_t added = 0;
+  std::size_t removed = 0;
+  std::size_t failing = 0;  // CountFailing
+  // Numbers of findings. A finding that several tables share counts once.
+  std::size_t findings = 0;
+  std::size_t waived = 0;    // of them
+  std::size_t left_out = 0;  // of them: not listed, because the limit was reached
+  // Numbers of schema files.
+  std::size_t files_added = 0;
+  std::size_t files_deleted = 0;
+  std::size_t files_moved = 0;
+};
+
+Summary Summarize(const FoldedReport& folded);
+
+// Refused tables that are not waived (IsWaived), plus findings about the project file. 0 means exit code 0.
+std::size_t CountFailing(const Report& report);
+
+// Whether every finding of a refused table is waived, also those that are not listed. False if the search for findings stopped at
+// the limit: the next finding may not be waived.
+bool IsWaived(const TableResult& result);
+
+}  // namespace korvel
