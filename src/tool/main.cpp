@@ -1,6 +1,5 @@
 // korvelcheck: prepares the process, runs the command line and turns what happens into the exit code.
 #include <fcntl.h>
-#include <malloc.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -31,22 +30,12 @@ void OccupyClosedStreams() {
   }
 }
 
-// A check builds libraries of the size of a file a thousand times, one for each change: their memory is reused instead of being
-// given back to the system.
-void KeepFreedMemory() {
-#ifdef __GLIBC__
-  ::mallopt(M_MMAP_THRESHOLD, 32 << 20);
-  ::mallopt(M_TRIM_THRESHOLD, 1 << 30);
-#endif
-}
-
 void PrepareProcess() {
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);  // a file at its size limit is a failed write
   InstallTerminateHandler();
   InstallSigbusHandler();
   OccupyClosedStreams();
-  KeepFreedMemory();
 }
 
 }  // namespace
