@@ -37,7 +37,8 @@ int main(int argc, char** argv) {
   for (int i = 0; i < qmx_get_meta_num(old_library); ++i) {
     ModifyTable check;
     const char* const table = qmx_get_meta_name(qmx_get_meta_by_index(old_library, i));
-    is_allowed &= check.KorvelModifyTable(old_library, new_library, table, kGeneric, kRecordFormat, no_log.handle(), "", "", 0) == 0;
+    is_allowed &=
+        check.KorvelModifyTable(old_library, new_library, table, kGeneric, kRecordFormat, no_log.handle(), "", "", 0) == 0;
   }
   return is_allowed ? 0 : 1;
 }
