@@ -31,6 +31,9 @@ void RequireCompared(const History& history) {
   }
 }
 
+// Two checks each: enough for the cores of most machines.
+constexpr std::size_t kStepsAtOnce = 8;
+
 // In memory are the newest version and a window of consecutive ones.
 class HistoryChecker {
  public:
@@ -42,12 +45,11 @@ class HistoryChecker {
   }
 
   History Run() {
-    const std::size_t steps_at_once = 2 * std::size_t{std::max(1U, std::thread::hardware_concurrency())};
     const std::vector<Input> newest = Load(newest_, newest_ + 1);
     const InputError newest_faults = std::exchange(faults_, {});
     std::vector<Input> window = Load(0, 1);
-    for (std::size_t begin = 0; begin < newest_; begin += steps_at_once) {
-      const std::size_t end = std::min(begin + steps_at_once, newest_);
+    for (std::size_t begin = 0; begin < newest_; begin += kStepsAtOnce) {
+      const std::size_t end = std::min(begin + kStepsAtOnce, newest_);
       std::ranges::move(Load(begin + 1, std::min(end + 1, newest_)), std::back_inserter(window));
       // After a fault, the other versions are loaded only to report theirs.
       if (newest_faults.lines.empty() && faults_.lines.empty()) CheckSteps(begin, end, window, newest.front());

@@ -1,4 +1,4 @@
-// The memory of a project check: a file that is not shown in the report is forgotten after it was compared.
+// The memory of a project check and of a history: a file that is not shown in the report is forgotten after it was compared.
 #include <gtest/gtest.h>
 
 #include "tool_test.h"
@@ -49,6 +49,31 @@ TEST_F(ProjectMemoryTest, ForgetsUnchangedFiles) {
   EXPECT_LE(PeakPerFile(), kRow);
   EXPECT_LE(PeakPerFile({"--log", "/dev/null"}), kRow);
   EXPECT_LE(PeakPerFile({"--format", "junit"}), kRow);
+}
+
+using HistoryMemoryTest = ToolTest;
+
+TEST_F(HistoryMemoryTest, ForgetsVersions) {
+  if (KORVEL_SANITIZED) GTEST_SKIP() << "sanitizers keep released memory";
+  std::string fields;
+  for (int i = 0; i < 5000; ++i) fields += "\n    <entry name=\"field_" + std::to_string(i) + "\" type=\"uint64\"/>";
+  Write("a.xml",
+        "<metalib name=\"a\" version=\"1\" protocol=\"QMX\">\n" + Table({.name = "a", .fields = fields}) + "\n</metalib>\n");
+  const auto peak_of = [&](int versions) {
+    std::vector<std::string> arguments = {"history"};
+    for (int i = 0; i < versions; ++i) {
+      const std::string version = std::to_string(versions) + "_" + std::to_string(i) + ".xml";
+      std::filesystem::create_hard_link(PathOf("a.xml"), PathOf(version));
+      arguments.push_back(version);
+    }
+    const Outcome outcome = Korvelcheck(arguments);
+    EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
+    return outcome.peak_kb;
+  };
+  constexpr int kFew = 20;
+  constexpr int kMany = 60;
+  constexpr long kResults = 20;  // KB for the results of a version; its text has 230 KB, and its library more
+  EXPECT_LE(peak_of(kMany) - peak_of(kFew), (kMany - kFew) * kResults);
 }
 
 }  // namespace
