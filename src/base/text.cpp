@@ -164,6 +164,8 @@ std::string EscapeForMarkdown(std::string_view text, bool is_code) {
 }  // namespace
 
 std::string OneLine(std::string_view text) {
+  // Nearly every text stays as it is.
+  if (std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~'; })) return std::string(text);
   std::string line;
   while (!text.empty()) {
     const std::size_t control = ControlLength(text);
