@@ -100,9 +100,10 @@ LibraryDecl Moved(LibraryDecl library) {
   return library;
 }
 
+constexpr std::uint8_t kKeyBit = 0x10;
+
 // Changes all members of an entry that no rule reads.
 void ChangeUnreadMembers(LPQMXMETAENTRY entry, LPQMXMETAENTRY another, LPQMXMETA meta, Random& random) {
-  constexpr std::uint8_t kKeyBit = 0x10;
   for (std::uint8_t& byte : entry->chReserved) byte = static_cast<std::uint8_t>(random.Below(256));
   entry->chDBFlag = static_cast<std::uint8_t>((entry->chDBFlag & kKeyBit) | (random.Below(256) & ~std::size_t{kKeyBit}));
   if (entry->ptrRefer != -1) entry->ptrRefer = another->ptrEntry;
@@ -133,6 +134,27 @@ TEST(Model, UncomparedMembersDoNotChangeResults) {
     const Results after = RunBoth(scenario, old_library->get(), new_library->get());
     ASSERT_EQ(after.checker, before->checker) << "KORVEL_SEED=" << seed + i << "\n" << Print(scenario);
     ASSERT_EQ(after.checker, after.model) << "KORVEL_SEED=" << seed + i << "\n" << Print(scenario) << PrintDifference(after);
+  }
+}
+
+// The flag of an entry and the list of key members may contradict each other in a library that another program has written.
+TEST(Model, AgreesWithCheckerOnKeyFlagsAlone) {
+  const std::uint64_t seed = NumberFrom("KORVEL_SEED", 20261121);
+  for (std::uint64_t i = 0; i < kPairsWithUnreadMembers; ++i) {
+    Random random(seed + i);
+    const Scenario scenario = RandomScenario(random);
+    const std::optional<qmx::Metalib> old_library = Build(scenario.old_library);
+    const std::optional<qmx::Metalib> new_library = Build(scenario.new_library);
+    if (!old_library || !new_library) continue;
+    for (int meta = 0; meta < qmx_get_meta_num(old_library->get()); ++meta) {
+      const LPQMXMETA changed = qmx_get_meta_by_index(old_library->get(), meta);
+      for (int j = 0; j < qmx_get_entry_num(changed); ++j) {
+        if (random.Below(4) == 0) qmx_get_entry_by_index(changed, j)->chDBFlag ^= kKeyBit;
+      }
+    }
+    const Results results = RunBoth(scenario, old_library->get(), new_library->get());
+    ASSERT_EQ(results.checker, results.model) << "KORVEL_SEED=" << seed + i << "\n"
+                                              << Print(scenario) << PrintDifference(results);
   }
 }
 

@@ -122,6 +122,8 @@ std::vector<Row> SizeRows() {
       {"key_grows", Fields(key, wide_key), BrokenEntry(kKeySize, "uid%d")},
       {"key_shrinks", Fields(wide_key, key), BrokenEntry(kKeySize, "uid%d")},
       {"key_same", Fields(key, key), {}},
+      {"only_the_flag_is_lost", Fields(key, plain), {}},
+      {"only_the_flag_is_new", Fields(plain, key), {}},
       {"only_the_old_flag_counts", Fields(key, wide), BrokenEntry(kKeySize, "uid%d")},
       {"the_new_flag_does_not", Fields(plain, wide_key), {}},
       {"key_bit_among_others", Fields(plain.With(DBFlag("mall%s", "uid%d", 0xFF)), wide), BrokenEntry(kKeySize, "uid%d")},
