@@ -3,10 +3,10 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "analysis/diff/diff.h"
@@ -26,8 +26,8 @@ class Excerpts {
   // they may be nested too deep. n log n. REQUIRES: the library is the old one of the difference.
   static std::optional<Excerpts> Of(const Difference& difference, LPQMXMETALIB old_library);
 
-  // Whether there is an excerpt for a set of edits. There is none for moved entries and replaced structures: what is unchanged
-  // then is compared with something else.
+  // Whether a set of edits has an excerpt. Sets with moved entries or replaced structures have not: what is unchanged then is
+  // compared with something else.
   bool Has(const std::vector<bool>& chosen) const;
 
   // Both sides after the chosen edits, cut down to what these concern (see meta_excerpt.h); nullopt if the new library cannot be
@@ -47,10 +47,10 @@ class Excerpts {
   void ListEmbeddings();
 
   Difference difference_;
-  std::unordered_map<std::string_view, std::size_t> nodes_;  // by name
-  std::vector<std::unique_ptr<MetaOutline>> outlines_;       // of each node; null if only the new side has it
-  std::vector<std::vector<Embedding>> embeddings_;           // of each node: the entries that embed it
-  std::vector<std::size_t> without_excerpt_;                 // edits
+  std::map<std::string_view, std::size_t> nodes_;       // by name; ordered, because names from files may collide in a hash table
+  std::vector<std::unique_ptr<MetaOutline>> outlines_;  // of each node; null if only the new side has it
+  std::vector<std::vector<Embedding>> embeddings_;      // of each node: the entries that embed it
+  std::vector<std::size_t> without_excerpt_;            // edits
 };
 
 }  // namespace korvel
