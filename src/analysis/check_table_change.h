@@ -22,6 +22,7 @@ enum class Status { kAllowed, kRefused, kNew };
 // The result of checking one table. Borrows the sources.
 struct TableResult {
   std::string table;
+  std::string baseline;  // the earlier state that it is compared with; empty unless the call compares with several
   Status status = Status::kNew;
   const Source* first = nullptr;   // old; the same as `second` if a schema is checked alone. Null for a new table
   const Source* second = nullptr;  // new

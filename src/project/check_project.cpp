@@ -155,10 +155,10 @@ class Comparison {
       std::ranges::move(std::exchange(pair.tables, {}), std::back_inserter(report.tables));
       result.sources.insert(result.sources.end(), {pair.first, pair.second});
     }
+    AddBaseline(report);
     const bool is_compared =
         std::ranges::any_of(report.tables, [](const TableResult& one) { return one.status != Status::kNew; });
-    const bool is_allowed = check_.allow_new && !report.tables.empty();
-    if (!is_compared && !is_allowed) RefuseNothing(report);
+    if (!is_compared) RequireOnlyNew(report);
     return result;
   }
 
@@ -170,12 +170,28 @@ class Comparison {
     return FileNote{old_file.empty() ? Kind::kAdded : new_file.empty() ? Kind::kDeleted : Kind::kMoved, old_file, new_file};
   }
 
-  [[noreturn]] static void RefuseNothing(const Report& report) {
-    const bool has_new = !report.tables.empty();
-    throw InputError{
-        {ToolMessage(std::string("nothing was compared: ") +
-                     (has_new ? "all tables are new; check them with 'korvelcheck lint', or accept them with --allow-new"
-                              : "no file has a table"))}};
+  // Without any change, the wrong baseline may be the reason.
+  void AddBaseline(Report& report) const {
+    ReportBaseline baseline{states_.baseline.name, states_.baseline.origin};
+    const bool is_unchanged = std::ranges::all_of(pairs_, [](const FilePair& pair) { return pair.is_unchanged; });
+    if (is_unchanged && IsCheckedOut(states_.baseline)) {
+      AppendPart(baseline.origin, "; ", "the commit that is checked out: no selected file differs from it");
+    }
+    report.baselines.push_back(std::move(baseline));
+  }
+
+  // That all tables are new can be accepted, unless the baseline has nothing to compare with at all: it may be the wrong one.
+  void RequireOnlyNew(const Report& report) const {
+    const auto refuse = [](const std::string& why) { throw InputError{{ToolMessage("nothing was compared: " + why)}}; };
+    if (report.tables.empty()) refuse("no file has a table");
+    if (!HasSchema(options_.project, states_)) {
+      refuse(OneLine(states_.baseline.name) +
+             " has no schema file; compare with a state that has some. Check the first schemas of a project with 'korvelcheck "
+             "lint'");
+    }
+    if (!check_.allow_new) {
+      refuse("all tables are new; check them with 'korvelcheck lint', or accept them with --allow-new");
+    }
   }
 
   const ProjectCheck& check_;
@@ -186,6 +202,19 @@ class Comparison {
 };
 
 }  // namespace
+
+void Append(ProjectResult more, bool names_baseline, ProjectResult& result) {
+  const auto append = [](auto from, auto& to) { std::ranges::move(from, std::back_inserter(to)); };
+  if (names_baseline) {
+    for (TableResult& table : more.report.tables) table.baseline = more.report.baselines.front().name;
+  }
+  append(std::move(more.report.baselines), result.report.baselines);
+  append(std::move(more.report.inputs), result.report.inputs);
+  append(std::move(more.report.tables), result.report.tables);
+  append(std::move(more.report.files), result.report.files);
+  append(std::move(more.report.project), result.report.project);
+  append(std::move(more.sources), result.sources);
+}
 
 ProjectResult CheckProject(const ProjectCheck& check) { return Comparison(check).Run(); }
 

@@ -34,6 +34,9 @@ struct ProjectResult {
   std::vector<std::shared_ptr<const Source>> sources;  // of the report; may hold null
 };
 
+// Adds the result of comparing with another baseline. With `names_baseline`, its tables name their baseline.
+void Append(ProjectResult more, bool names_baseline, ProjectResult& result);
+
 // Compares a moved file with the file at its old path, a deleted one with a library without its tables. The tables of added files
 // are new. Uses all cores, unless `options.in_order` is set; the report is ordered by path and declaration in any case. Throws
 // InputError with every fault of every file, and if nothing was compared; then nothing was logged.

@@ -66,6 +66,7 @@ void FilePairCheck::LoadSides(FilePair& pair) const {
   pair.second = LoadFrom(state, *pair.new_path, std::move(new_bytes));
   const bool is_same = pair.old_path != nullptr && pair.first == nullptr && pair.faults.empty();
   if (is_same) pair.first = pair.second;
+  pair.is_unchanged = is_same;
 }
 
 // Most files of a large project are unchanged: such a file is read into one library, not into two.

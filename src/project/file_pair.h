@@ -20,6 +20,7 @@ struct FilePair {
   std::vector<std::string> faults = {};  // lines of an InputError
   bool is_requested = true;              // false: only a candidate for the old path of a moved file
   bool is_checked = false;
+  bool is_unchanged = false;  // the same bytes under the same path on both sides; known once loaded
 
   const std::string& Path() const { return new_path == nullptr ? *old_path : *new_path; }
 };

@@ -17,6 +17,7 @@ namespace korvel {
 namespace {
 
 constexpr std::string_view kGitPrefix = "git:";
+constexpr std::string_view kMergeBase = "...";
 
 // Where the revision ends: at a colon that is not part of it, as in HEAD^{/fix: the key}.
 std::size_t EndOfRevision(std::string_view text) {
@@ -34,6 +35,9 @@ void RequireRevision(const std::string& revision, const std::string& argument) {
   for (const char* const mark : {"-", "^"}) {  // an option; what git takes to be left out
     if (revision.starts_with(mark)) RefuseArgument(argument, std::string("a revision must not begin with '") + mark + "'");
   }
+  const std::size_t dots = revision.find(kMergeBase);
+  const bool is_misplaced = dots == 0 || (dots != std::string::npos && dots + kMergeBase.size() != revision.size());
+  if (is_misplaced) RefuseArgument(argument, "'...' has no place there; allowed: git:REV..., the merge base of REV and HEAD");
 }
 
 // "a/./b/../c" as "a/c"; nullopt for a path that leads out of the top.
@@ -115,6 +119,11 @@ std::optional<std::string> ParseGitRevision(const std::string& argument) {
   return revision;
 }
 
+std::optional<std::string> MergeBaseArgument(const std::string& revision) {
+  if (!revision.ends_with(kMergeBase)) return std::nullopt;
+  return revision.substr(0, revision.size() - kMergeBase.size());
+}
+
 bool IsBlobOf(const GitFile& file, std::string_view bytes) {
   constexpr std::string_view kRegularFile = "100";  // 100644, 100755
   return file.mode.starts_with(kRegularFile) && file.object == BlobId(bytes);
@@ -137,6 +146,21 @@ Bytes Git::ReadFile(const GitFile& file, const std::string& argument) {
   RequireFile(file, argument);
   const std::scoped_lock lock(mutex_);
   return ReadObject(file.object, argument);
+}
+
+std::string Git::MergeBase(const std::string& revision, const std::string& argument) {
+  for (const std::string& one : {revision, std::string("HEAD")}) {
+    const std::string commit = one + "^{commit}";
+    if (RunGit({"rev-parse", "--verify", "--quiet", "--end-of-options", commit}, argument).status != 0) {
+      RefuseRevision(one, argument);
+    }
+  }
+  const GitResult result = RunGit({"merge-base", revision, "HEAD"}, argument);
+  if (result.status == 0) return WithoutLineEnd(result.out);
+  if (!result.error.empty()) RefuseArgument(argument, result.error);
+  const bool is_shallow = IsShallow(argument);
+  RefuseArgument(argument, Quote(revision) + " and HEAD have no commit in common" +
+                               (is_shallow ? " in this shallow clone; fetch the others with: git fetch --unshallow" : ""));
 }
 
 std::string Git::Prefix(const std::string& argument) {
@@ -177,7 +201,9 @@ std::vector<std::string> Git::CommitsOf(const std::string& path, const std::stri
 std::string Git::TreeOf(const std::string& revision, const std::string& argument) {
   std::string& tree = trees_[revision];
   if (tree.empty()) {
-    const GitResult result = RunGit({"rev-parse", "--verify", "--quiet", "--end-of-options", revision + "^{tree}"}, argument);
+    const std::optional<std::string> other = MergeBaseArgument(revision);
+    const std::string commit = other ? MergeBase(*other, argument) : revision;
+    const GitResult result = RunGit({"rev-parse", "--verify", "--quiet", "--end-of-options", commit + "^{tree}"}, argument);
     if (result.status != 0) RefuseRevision(revision, argument);
     tree = WithoutLineEnd(result.out);
   }

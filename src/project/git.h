@@ -18,7 +18,7 @@ namespace korvel {
 
 // "git:REV:PATH", split.
 struct GitPath {
-  std::string revision;  // anything that git accepts as a commit or a tree
+  std::string revision;  // anything that git accepts as a commit or a tree, or "X...": the merge base of X and HEAD
   std::string path;      // from the top of the repository; from the working directory if it begins with "./" or "../"
 };
 
@@ -27,6 +27,9 @@ std::optional<GitPath> ParseGitPath(const std::string& argument);
 
 // REV of "git:REV". Nullopt if it does not begin with "git:"; throws InputError if REV is empty or has a path.
 std::optional<std::string> ParseGitRevision(const std::string& argument);
+
+// X of a revision "X...", the merge base of X and HEAD; nullopt for other revisions.
+std::optional<std::string> MergeBaseArgument(const std::string& revision);
 
 // A file of a tree: not a directory, but maybe a link or a submodule.
 struct GitFile {
@@ -53,6 +56,9 @@ class Git {
 
   // The bytes of a file of a tree. Errors name `argument`.
   Bytes ReadFile(const GitFile& file, const std::string& argument);
+
+  // The id of the newest commit that a revision and HEAD have in common.
+  static std::string MergeBase(const std::string& revision, const std::string& argument);
 
   // The path from the top of the work tree to the working directory: "" or "sub/dir/".
   std::string Prefix(const std::string& argument);

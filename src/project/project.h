@@ -41,7 +41,7 @@ struct Project {
   std::string directory;             // in which it lies, and where its paths start; "" = the working directory
   std::vector<ProjectText> paths;    // patterns of schema files
   std::vector<ProjectText> exclude;  // and of those among them that are none
-  std::optional<ProjectText> against;
+  std::vector<ProjectText> against;  // baselines; see ResolveBaseline
   PartialSettings defaults;
   std::map<std::string, TableSettings> tables;
   std::vector<WaiverEntry> waivers;

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/text.h"
+#include "project/baseline.h"
 #include "project/project.h"
 #include "project/toml_reader.h"
 #include "project/waivers.h"
@@ -31,11 +32,16 @@ void ReadPatterns(TomlReader& reader, const Value& value, Project& project) {
   }
 }
 
+// One baseline, or a list of them.
 void ReadAgainst(TomlReader& reader, const Value& value, Project& project) {
-  constexpr char kAllowed[] = "'git:REV' or a directory";
-  const auto text = reader.Text(value, kAllowed);
-  if (text && text->empty()) reader.Refuse(value, "empty", kAllowed);
-  if (text) project.against = {*text, LocationOf(value.node)};
+  if (value.node.is_array()) {
+    project.against = reader.Texts(value, kAllowedBaselines);
+  } else if (const auto text = reader.Text(value, kAllowedBaselines)) {
+    project.against = {{*text, LocationOf(value.node)}};
+  }
+  for (const ProjectText& baseline : project.against) {
+    if (baseline.text.empty()) reader.Fault(baseline.location, std::string("against is empty; allowed: ") + kAllowedBaselines);
+  }
 }
 
 constexpr Key<Project> kSchemaKeys[] = {

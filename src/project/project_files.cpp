@@ -13,6 +13,7 @@
 #include "base/text.h"
 #include "project/glob.h"
 #include "qmx/qmx_types.h"
+#include "schema/input.h"
 
 namespace korvel {
 namespace {
@@ -156,12 +157,13 @@ ProjectFiles FilesOfPaths(const std::vector<std::string>& paths, const Patterns&
   return files;
 }
 
-// A directory is relative to the working directory if a call gives it, to the project file if that does.
-std::string Baseline(const std::optional<std::string>& baseline, const Project* project) {
-  if (baseline) return *baseline;
-  const std::string& text = project->against->text;
-  if (text.starts_with("git:")) return text;
-  return (fs::path(project->directory) / text).string();
+bool IsSchema(FileTree& state, const std::string& path) {
+  try {
+    LoadBytes(path, state.Read(path));
+    return true;
+  } catch (const InputError&) {
+    return false;
+  }
 }
 
 // --- Moved files ---
@@ -183,21 +185,22 @@ constexpr std::string_view (*kCommon[])(const Source& source) = {Bytes, LastName
 
 }  // namespace
 
-ProjectStates OpenStates(const std::optional<std::string>& baseline, const Project* project) {
-  const std::string against = Baseline(baseline, project);
+ProjectStates OpenStates(const Baseline& baseline, const Project* project) {
+  const std::string& name = baseline.name;
   ProjectStates states;
-  if (const auto revision = ParseGitRevision(against)) {
-    states.top = Absolute(Git().Top(against));
-    states.old_state = CommitTree(*revision, against);
+  states.baseline = baseline;
+  if (baseline.revision) {
+    states.top = Absolute(Git().Top(name));
+    states.old_state = CommitTree(*baseline.revision, name);
     states.new_state = WorkTreeSeenFrom(Absolute(""), states.top);
   } else {
     std::error_code error;
-    if (!fs::is_directory(against, error)) {
+    if (!fs::is_directory(name, error)) {
       const std::string reason = error ? error.message() : "is not a directory";
-      throw InputError{{ToolMessage(OneLine(against) + ": " + reason + "; allowed: git:REV or a directory")}};
+      throw InputError{{ToolMessage(OneLine(name) + ": " + reason + "; allowed: " + kAllowedBaselines)}};
     }
     states.top = Absolute(project == nullptr ? "" : project->directory);
-    states.old_state = DiskTree(against, against);
+    states.old_state = DiskTree(name, name);
     states.new_state = DiskTreeSeenFrom(Absolute(""), states.top);
   }
   return states;
@@ -210,6 +213,13 @@ ProjectFiles SelectFiles(const std::vector<std::string>& paths, const Project* p
   throw InputError{
       {ToolMessage("no schema files are selected; allowed: files and directories as arguments, or 'paths' in "
                    "[schemas] of korvelcheck.toml")}};
+}
+
+bool HasSchema(const Project* project, const ProjectStates& states) {
+  const Patterns patterns(project, states);
+  return std::ranges::any_of(states.old_state->Below(""), [&](const std::string& path) {
+    return IsSchemaOf(patterns, path) && IsSchema(*states.old_state, path);
+  });
 }
 
 std::vector<std::string> ShownFiles(const ProjectFiles& files, const ProjectStates& states) {

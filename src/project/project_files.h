@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "project/baseline.h"
 #include "project/file_tree.h"
 #include "project/project.h"
 #include "schema/source.h"
@@ -18,15 +19,15 @@ namespace korvel {
 
 // The two states of a project, with the same top.
 struct ProjectStates {
+  Baseline baseline;
   std::unique_ptr<FileTree> old_state;
   std::unique_ptr<FileTree> new_state;
   std::string top;  // of the new state on the disk, absolute
 };
 
-// Opens an earlier state and what is on the disk now. `baseline` is "git:REV" or a directory; without one, the project's is used.
-// The top is that of the work tree for "git:REV"; else the directory of the project file, else the working directory. `project`
-// may be null. REQUIRES: a baseline, or a project with one. Throws InputError.
-ProjectStates OpenStates(const std::optional<std::string>& baseline, const Project* project);
+// Opens an earlier state and what is on the disk now. The top is that of the work tree for a revision of git; else the directory
+// of the project file, else the working directory. `project` may be null. Throws InputError.
+ProjectStates OpenStates(const Baseline& baseline, const Project* project);
 
 // Paths from the top of both states.
 struct ProjectFiles {
@@ -42,6 +43,10 @@ struct ProjectFiles {
 // that match the patterns; without patterns, for all with the suffix .xml or .qmb. `project` may be null. Throws InputError for a
 // path or pattern that neither state has files for, and if there are neither paths nor patterns.
 ProjectFiles SelectFiles(const std::vector<std::string>& paths, const Project* project, const ProjectStates& states);
+
+// Whether any file of the old state is a schema of the project: one that the patterns match, or without patterns, for all one
+// with the suffix .xml or .qmb. Reads files until it finds one. `project` may be null.
+bool HasSchema(const Project* project, const ProjectStates& states);
 
 // All files that are read, as reports show those of the new state.
 std::vector<std::string> ShownFiles(const ProjectFiles& files, const ProjectStates& states);

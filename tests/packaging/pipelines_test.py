@@ -110,7 +110,7 @@ class Action(Repository):
     def check(self, text, paths="schemas\n", sarif=""):
         base = self.git("rev-parse", "HEAD")
         self.commit(text)
-        return self.step("Check", BASE=base, SCHEMA_PATHS=paths, SARIF=sarif)
+        return self.step("Check", AGAINST=f"git:{base}", SCHEMA_PATHS=paths, SARIF=sarif)
 
     def test_inputs_are_used(self):
         action = load("action.yml")
@@ -151,9 +151,9 @@ class Action(Repository):
         base = self.git("rev-parse", "HEAD")
         self.write(NEW, "schemas/mall.xml")
         self.commit(OLD)
-        done = self.step("Check", BASE=base, SCHEMA_PATHS="schemas/mall.xml", SARIF=self.path("sarif"))
+        done = self.step("Check", AGAINST=f"git:{base}", SCHEMA_PATHS="schemas/mall.xml", SARIF=self.path("sarif"))
         self.assertEqual(done.returncode, 0, done.stderr)
-        self.assertIn("nothing was compared: all tables are new", self.read("GITHUB_STEP_SUMMARY"))
+        self.assertIn("nothing-compared (all tables are new)", self.read("GITHUB_STEP_SUMMARY"))
         self.assertEqual(json.loads(self.read("sarif"))["runs"][0]["results"], [])
 
     def test_path_with_a_blank(self):
@@ -171,7 +171,7 @@ class Action(Repository):
         for against in (base, "main"):
             done = self.step("Find the base commit", AGAINST=against)
             self.assertEqual(done.returncode, 0, done.stderr)
-            self.assertEqual(self.read("GITHUB_OUTPUT").splitlines()[-1], f"commit={base}")
+            self.assertEqual(self.read("GITHUB_OUTPUT").splitlines()[-1], f"against=git:{base}")
 
     def test_base_that_a_shallow_clone_lacks(self):
         base = self.git("rev-parse", "HEAD")
@@ -181,9 +181,34 @@ class Action(Repository):
         self.git("clone", "--quiet", "--depth=1", f"file://{self.repository}", clone)
         done = self.step("Find the base commit", clone, AGAINST=base)
         self.assertEqual(done.returncode, 0, done.stderr)
-        self.assertEqual(self.read("GITHUB_OUTPUT"), f"commit={base}\n")
-        done = self.step("Check", clone, BASE=base, SCHEMA_PATHS="schemas", SARIF="")
+        self.assertEqual(self.read("GITHUB_OUTPUT"), f"against=git:{base}\n")
+        done = self.step("Check", clone, AGAINST=f"git:{base}", SCHEMA_PATHS="schemas", SARIF="")
         self.assertEqual(done.returncode, 1, done.stderr)
+
+    def test_merge_base_in_a_shallow_clone(self):
+        """main has changed a key since the branch began; the branch has not."""
+        self.git("branch", "feature")
+        main = self.commit(WIDE_KEY)
+        self.git("checkout", "--quiet", "feature")
+        self.commit(GROWN)
+        clone = self.path("clone")
+        self.git("config", "uploadpack.allowAnySHA1InWant", "true")
+        self.git("clone", "--quiet", "--depth=1", "--branch=feature", f"file://{self.repository}", clone)
+        for against, status in ((main, 1), (f"{main}...", 0)):
+            done = self.step("Find the base commit", clone, AGAINST=against)
+            self.assertEqual(done.returncode, 0, done.stderr)
+            found = self.read("GITHUB_OUTPUT").splitlines()[-1].removeprefix("against=")
+            done = self.step("Check", clone, AGAINST=found, SCHEMA_PATHS="schemas", SARIF="")
+            self.assertEqual(done.returncode, status, done.stdout + done.stderr)
+
+    def test_path_that_looks_like_an_option(self):
+        base = self.git("rev-parse", "HEAD")
+        self.write(NEW, "--output=x.xml")
+        self.commit(OLD)
+        done = self.step("Check", AGAINST=f"git:{base}", SCHEMA_PATHS="--output=x.xml", SARIF="")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertIn("--output=x.xml", self.read("GITHUB_STEP_SUMMARY"))
+        self.assertFalse(os.path.exists(os.path.join(self.repository, "x.xml")))
 
     def test_no_base(self):
         for against in ("", "0" * 40):
@@ -236,7 +261,7 @@ class Template(Repository):
         self.commit(OLD)
         done = self.run_job(base, paths="schemas/mall.xml")
         self.assertEqual(done.returncode, 0, done.stderr)
-        self.assertIn("nothing was compared: all tables are new", done.stdout)
+        self.assertIn("nothing-compared (all tables are new)", done.stdout)
 
     def test_what_cannot_be_asked_fails_at_once(self):
         done = self.run_job(self.git("rev-parse", "HEAD"), paths="scheams")
@@ -253,6 +278,7 @@ class Hooks(Repository):
         hooks = self.path("hooks")
         os.mkdir(hooks)
         shutil.copy(os.path.join(SOURCE, ".pre-commit-hooks.yaml"), hooks)
+        shutil.copytree(os.path.join(SOURCE, "packaging"), os.path.join(hooks, "packaging"))
         self.git("init", "--quiet", cwd=hooks)
         self.git("add", "--all", cwd=hooks)
         self.git("commit", "--quiet", "-m", "hooks", cwd=hooks)
@@ -299,6 +325,39 @@ class Hooks(Repository):
             done = self.staged(hook)
             self.assertEqual(done.returncode, 1, done.stdout)
             self.assertIn(REFUSAL, done.stdout)
+
+    def committed(self, *options):
+        """Runs the hooks in a pipeline: everything is committed."""
+        return self.run_in(self.repository, ["pre-commit", "run", *options])
+
+    def test_from_ref_is_the_baseline(self):
+        base = self.git("rev-parse", "HEAD")
+        self.commit(WIDE_KEY)
+        done = self.committed("--from-ref", base, "--to-ref", "HEAD")
+        self.assertEqual(done.returncode, 1, done.stdout)
+        self.assertIn(REFUSAL, done.stdout)
+
+    def test_all_files_are_compared_with_the_baseline_of_the_project(self):
+        self.git("tag", "v1")
+        self.write('[schemas]\npaths = ["schemas/*.xml"]\nagainst = "git-tag:v*"\n', "korvelcheck.toml")
+        self.commit(WIDE_KEY)
+        done = self.committed("--all-files")
+        self.assertEqual(done.returncode, 1, done.stdout)
+        self.assertIn(REFUSAL, done.stdout)
+
+    def test_a_commit_compared_with_itself_is_named(self):
+        self.commit(WIDE_KEY)
+        done = self.committed("--all-files")
+        self.assertEqual(done.returncode, 0, done.stdout)
+        self.assertEqual(done.stdout.count("git:HEAD (the commit that is checked out: no selected file differs from it)"), 2)
+
+    def test_file_that_looks_like_an_option(self):
+        self.write(NEW, "--output=x.xml")
+        self.git("add", "--all")
+        done = self.staged("korvelcheck")
+        self.assertEqual(done.returncode, 0, done.stdout)
+        self.assertIn("--output=x.xml", done.stdout)
+        self.assertFalse(os.path.exists(os.path.join(self.repository, "x.xml")))
 
     def test_a_deleted_file_is_seen_by_the_project_hook(self):
         self.write(NEW, "schemas/mall.xml")

@@ -1,9 +1,7 @@
 // Compares a project's schema files with those of a commit or a directory.
 #include <gmock/gmock.h>
 
-#include <nlohmann/json.hpp>
-
-#include "git_repository.h"
+#include "project_repository.h"
 
 namespace tool_test {
 namespace {
@@ -12,42 +10,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 
-class AgainstTest : public GitTest {
- protected:
-  AgainstTest() {
-    for (const char* file : {"old.xml", "same.xml", "wide.xml"}) std::filesystem::remove(PathOf(file));
-    std::filesystem::create_directories(PathOf("schemas/deep"));
-    Write("korvelcheck.toml", "[schemas]\npaths = [\"schemas/**/*.xml\"]\n");
-    Write("schemas/orders.xml", Schema("orders"));
-    Write("schemas/users.xml", Schema("users"));
-    Write("schemas/deep/items.xml", Schema("items"));
-    Commit("first");
-  }
-
-  // A library with one table of the same name.
-  static std::string Schema(const std::string& name, const std::string& key_type = "uint64") {
-    return "<metalib name=\"" + name + "\" version=\"5\" protocol=\"QMX\">\n" + Table({.name = name, .key_type = key_type}) +
-           "\n</metalib>\n";
-  }
-
-  Outcome Against(const std::vector<std::string>& more = {}, const std::string& directory = "") const {
-    std::vector<std::string> arguments = {"check", "--against", "git:HEAD"};
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    return Run(arguments, directory);
-  }
-
-  // "FILE: table status" of each table, in the order of the report.
-  static std::vector<std::string> Tables(const Outcome& outcome) {
-    std::vector<std::string> lines;
-    const auto json = nlohmann::json::parse(outcome.out, nullptr, false);
-    if (json.is_discarded()) return {"no report: " + outcome.err};
-    for (const auto& table : json["tables"]) {
-      lines.push_back(table["location"]["file"].get<std::string>() + ": " + table["table"].get<std::string>() + " " +
-                      table["status"].get<std::string>() + (table.value("removed", false) ? " removed" : ""));
-    }
-    return lines;
-  }
-};
+using AgainstTest = ProjectTest;
 
 TEST_F(AgainstTest, EveryFileOfTheProjectIsCompared) {
   Write("schemas/users.xml", Schema("users", "uint32"));
@@ -148,14 +111,13 @@ TEST_F(AgainstTest, NothingComparedIsAnError) {
 TEST_F(AgainstTest, AllowNewAcceptsOnlyNewTables) {
   Write("new.xml", Schema("new"));
   ExpectOutcome(Against({"new.xml", "--allow-new"}), 0,
-                "verdict: allowed (nothing was compared: all tables are new)\n"
+                "verdict: nothing-compared (all tables are new)\n"
                 "added: new.xml (nothing to compare it with)\n"
                 "new.xml:2:1: new: table new (not compared)\n"
                 "0 tables refused, 0 allowed; 0 compared, 1 new, 0 removed; files: 1 added, 0 deleted, 0 moved\n",
                 "");
   for (const char* format : {"github", "markdown", "html"}) {
-    EXPECT_THAT(Against({"new.xml", "--allow-new", "--format", format}).out,
-                HasSubstr("allowed (nothing was compared: all tables are new)"));
+    EXPECT_THAT(Against({"new.xml", "--allow-new", "--format", format}).out, HasSubstr("nothing-compared (all tables are new)"));
   }
   Write("empty.xml", "<metalib name=\"m\" version=\"1\">\n<meta name=\"a\"><entry name=\"b\" type=\"int8\"/></meta>\n</metalib>");
   ExpectInputError(Against({"empty.xml", "--allow-new"}), "korvelcheck: nothing was compared: no file has a table\n");
@@ -259,10 +221,12 @@ TEST_F(AgainstTest, AcceptsDirectoryAsEarlierState) {
   std::filesystem::remove(PathOf("schemas/users.xml"));
   EXPECT_THAT(Tables(Run({"check", "--against", "../before", "--format", "json"}, "schemas")),
               testing::Contains("../before/schemas/users.xml: users refused removed"));
-  ExpectInputError(Run({"check", "--against", "nowhere"}),
-                   "korvelcheck: nowhere: No such file or directory; allowed: git:REV or a directory\n");
-  ExpectInputError(Run({"check", "--against", "schemas/orders.xml"}),
-                   "korvelcheck: schemas/orders.xml: is not a directory; allowed: git:REV or a directory\n");
+  ExpectInputError(
+      Run({"check", "--against", "nowhere"}),
+      "korvelcheck: nowhere: No such file or directory; allowed: git:REV, git:REV..., git-tag:PATTERN or a directory\n");
+  ExpectInputError(
+      Run({"check", "--against", "schemas/orders.xml"}),
+      "korvelcheck: schemas/orders.xml: is not a directory; allowed: git:REV, git:REV..., git-tag:PATTERN or a directory\n");
 }
 
 TEST_F(AgainstTest, WrongStatesAreRefused) {

@@ -50,7 +50,7 @@ std::string Command(const Issue& issue) {
 std::string RenderGithub(const Report& report) {
   const FoldedReport folded(report);
   const Summary summary = Summarize(folded);
-  std::string message = std::string("verdict: ") + WordOf(OverallStatus(summary)) + RemarkOn(summary) + "\n" + ToText(summary);
+  std::string message = std::string("verdict: ") + WordOf(VerdictOf(summary)) + RemarkOn(summary) + "\n" + ToText(summary);
   for (const FileNote& note : report.files) message += "\n" + ToText(note);
   std::string text = "::notice title=korvelcheck::" + EscapeForCommand(ValidUtf8(message), false) + "\n";
   const Issues issues(folded);

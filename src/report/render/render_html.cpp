@@ -57,16 +57,17 @@ class HtmlReport {
     html +=
         "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<meta name=\"color-scheme\" content=\"light "
         "dark\">\n";
-    html += "<title>" + std::string(WordOf(OverallStatus(summary_))) + " \u2013 " + Title() + "</title>\n<style>";
+    html += "<title>" + std::string(WordOf(VerdictOf(summary_))) + " \u2013 " + Title() + "</title>\n<style>";
     html += kPageStyle.text;
     return html + "</style>\n</head>\n";
   }
 
   std::string Verdict() const {
-    const bool allowed = OverallStatus(summary_) == Status::kAllowed;
-    const StatusText& words = TextOf(allowed ? StatusStyle::kAllowed : StatusStyle::kRefused);
-    std::string html = "<p class=\"verdict " + std::string(words.name) + "\"><span aria-hidden=\"true\">" + words.sign +
-                       "</span> " + "verdict: " + words.word + RemarkOn(summary_) + "</p>\n";
+    constexpr StatusStyle kStyles[] = {StatusStyle::kAllowed, StatusStyle::kRefused, StatusStyle::kNotChecked};
+    const OverallVerdict verdict = VerdictOf(summary_);
+    const StatusText& style = TextOf(kStyles[static_cast<std::size_t>(verdict)]);
+    std::string html = "<p class=\"verdict " + std::string(style.name) + "\"><span aria-hidden=\"true\">" + style.sign +
+                       "</span> " + "verdict: " + WordOf(verdict) + RemarkOn(summary_) + "</p>\n";
     return html + "<h1>" + Title() + "</h1>\n<p>" + Html(ToText(summary_)) + "</p>\n";
   }
 

@@ -107,6 +107,12 @@ Json ToJson(const FileNote& note) {
           {"new_file", NameOrNull(note.new_file)}};
 }
 
+Json ToJson(const ReportBaseline& baseline) {
+  Json json = {{"name", baseline.name}};
+  if (!baseline.origin.empty()) json["origin"] = baseline.origin;
+  return json;
+}
+
 Json ToJson(const ProjectFinding& finding) {
   return {{"rule", finding.rule},
           {"location", {{"file", finding.file}, {"line", finding.position.line}, {"column", finding.position.column}}},
@@ -131,10 +137,11 @@ class JsonReport {
     json_.Add("version", kReportJsonVersion);
     json_.Add("tool", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}});
     json_.Add("command", report_.command);
-    json_.Add("verdict", WordOf(OverallStatus(summary)));
+    json_.Add("verdict", WordOf(VerdictOf(summary)));
     json_.Begin("inputs", '[');
     for (const auto& [role, source] : report_.inputs) json_.Add({{"role", role}, {"file", source->name}});
     json_.End();
+    if (!report_.baselines.empty()) json_.Add("baselines", List(report_.baselines));
     json_.Begin("tables", '[');
     for (std::size_t i = 0; i < folded_.tables().size(); ++i) WriteTable(folded_.tables()[i], edits_[i]);
     json_.End();
@@ -158,6 +165,7 @@ class JsonReport {
   // All members before the changes.
   Json HeadOf(const TableResult& result) const {
     Json json = {{"table", result.table}, {"status", WordOf(result.status)}};
+    if (!result.baseline.empty()) json["baseline"] = result.baseline;
     if (result.status != Status::kNew) {
       json["code"] = result.verdict.code;
       json["code_name"] = CodeNameOf(result.verdict.code);

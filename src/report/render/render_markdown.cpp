@@ -95,9 +95,11 @@ std::string RenderMarkdown(const Report& report) {
   const Summary summary = Summarize(folded);
   const Issues all(folded);
   const std::vector<Issue>& issues = all.all();
-  std::string text = std::string("### korvelcheck: ") + WordOf(OverallStatus(summary)) + RemarkOn(summary) + "\n\n" +
+  std::string text = std::string("### korvelcheck: ") + WordOf(VerdictOf(summary)) + RemarkOn(summary) + "\n\n" +
                      MarkdownText(ToText(summary)) + "\n";
-  if (!report.files.empty()) text += "\n";
+  const std::vector<std::string> baselines = BaselinesOf(report);
+  if (!baselines.empty() || !report.files.empty()) text += "\n";
+  for (const std::string& baseline : baselines) text += "- " + MarkdownText(baseline) + "\n";
   for (const FileNote& note : report.files) text += "- " + MarkdownText(ToText(note)) + "\n";
   text += TableOf(issues);
   const std::size_t detailed = std::min(issues.size(), kMaxDetailed);

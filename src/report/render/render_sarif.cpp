@@ -136,7 +136,7 @@ class SarifLog {
     json.Begin("results", '[');
     for (const Issue& issue : issues_.all()) json.Add(ResultOf(issue));
     json.End();
-    json.Add("properties", {{"verdict", WordOf(OverallStatus(summary))}, {"summary", ToText(summary)}});
+    json.Add("properties", {{"verdict", WordOf(VerdictOf(summary))}, {"summary", ToText(summary)}});
     json.End();
     json.End();
     json.End();

@@ -23,6 +23,11 @@ const char* ColorOf(Status status) {
   return kColors[static_cast<std::size_t>(status)];
 }
 
+const char* ColorOf(OverallVerdict verdict) {
+  constexpr const char* kColors[] = {kGreen, kRed, kYellow};
+  return kColors[static_cast<std::size_t>(verdict)];
+}
+
 std::string Colored(const char* text, const char* color, bool wanted) {
   return wanted ? std::string("\x1b[") + color + "m" + text + "\x1b[0m" : text;
 }
@@ -156,7 +161,9 @@ class TextReport {
 
   std::string Text() {
     const Summary summary = Summarize(folded_);
-    text_ = "verdict: " + Word(OverallStatus(summary)) + RemarkOn(summary) + "\n";
+    const OverallVerdict verdict = VerdictOf(summary);
+    text_ = "verdict: " + Colored(WordOf(verdict), ColorOf(verdict), color_) + RemarkOn(summary) + "\n";
+    for (const std::string& baseline : BaselinesOf(report_)) text_ += baseline + "\n";
     for (const FileNote& note : report_.files) text_ += ToText(note) + "\n";
     for (std::size_t i = 0; i < folded_.tables().size(); ++i) AddTable(folded_.tables()[i], edits_[i]);
     for (const ProjectFinding& finding : report_.project) AddProjectFinding(finding);
@@ -169,7 +176,7 @@ class TextReport {
   void AddTable(const FoldedTable& folded, const FoldedEdits& edits) {
     const TableResult& table = *folded.table;
     const std::span<const FoldedFinding> findings = folded.findings;
-    const std::string name = "table " + OneLine(table.table);
+    const std::string name = TableAndBaseline(table);
     text_ += ToText(*ranges_.Find(table.declared)) + ": " + Word(table.status);
     if (table.status != Status::kRefused) {
       text_ += ": " + name + (table.status == Status::kNew ? " (not compared)" : "") + "\n";

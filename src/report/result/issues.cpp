@@ -112,7 +112,7 @@ std::vector<std::string> DetailsOf(const Issue& issue) {
     const bool is_whole = issue.folded == nullptr;
     const int code = is_whole ? table.verdict.code : issue.folded->finding->verdict.code;
     lines.push_back(CheckerLine(is_whole ? table.verdict.text : issue.folded->finding->verdict.text));
-    lines.push_back("table " + OneLine(table.table) + ": " + std::to_string(code) + " " + CodeNameOf(code) +
+    lines.push_back(TableAndBaseline(table) + ": " + std::to_string(code) + " " + CodeNameOf(code) +
                     (table.removed ? " (removed)" : ""));
   }
   if (issue.folded != nullptr) AddFindingTo(lines, issue);

@@ -27,6 +27,12 @@ struct FileNote {
   std::string new_file;  // empty if deleted
 };
 
+// An earlier state that the command compared with.
+struct ReportBaseline {
+  std::string name;    // "git:main..."
+  std::string origin;  // what the name stands for, for people; may be empty
+};
+
 // A problem of the project file that is not a syntax error: a waiver that is expired, unused or malformed. Always an error: it
 // cannot be waived.
 struct ProjectFinding {
@@ -38,10 +44,11 @@ struct ProjectFinding {
 };
 
 struct Report {
-  std::string command;              // "check"
-  std::vector<ReportInput> inputs;  // in the order of the command line; of a project, old and new of each pair
-  std::vector<TableResult> tables;  // tables of one pair of sources are adjacent
-  std::vector<FileNote> files;      // empty unless the command compared a whole project
+  std::string command;                    // "check"
+  std::vector<ReportInput> inputs;        // in the order of the command line; of a project, old and new of each pair
+  std::vector<ReportBaseline> baselines;  // empty unless the command compared whole states
+  std::vector<TableResult> tables;        // tables of one pair of sources are adjacent
+  std::vector<FileNote> files;            // empty unless the command compared a whole project
   std::vector<ProjectFinding> project;
   std::size_t max_findings = kMaxFindings;  // findings that are listed; see FoldedReport
 };

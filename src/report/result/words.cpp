@@ -20,11 +20,19 @@ const char* WordOf(EditStatus status) {
   return kWords[static_cast<std::size_t>(status)];
 }
 
-Status OverallStatus(const Summary& summary) { return summary.refused == 0 ? Status::kAllowed : Status::kRefused; }
+OverallVerdict VerdictOf(const Summary& summary) {
+  if (summary.compared == 0) return OverallVerdict::kNothingCompared;
+  return summary.refused == 0 ? OverallVerdict::kAllowed : OverallVerdict::kRefused;
+}
+
+const char* WordOf(OverallVerdict verdict) {
+  constexpr const char* kWords[] = {"allowed", "refused", "nothing-compared"};
+  return kWords[static_cast<std::size_t>(verdict)];
+}
 
 const char* RemarkOn(const Summary& summary) {
   if (summary.refused > 0 && summary.failing == 0) return " (all waived)";
-  if (summary.compared == 0 && summary.added > 0) return " (nothing was compared: all tables are new)";
+  if (summary.compared == 0 && summary.added > 0) return " (all tables are new)";
   return "";
 }
 
@@ -73,6 +81,19 @@ std::string CheckerLine(const std::string& text) { return "checker: " + (text.em
 std::string ToText(const TextRange& range) {
   const std::string file = OneLine(range.file);
   return range.begin ? FileLineColumn(file, *range.begin) : file;
+}
+
+std::vector<std::string> BaselinesOf(const Report& report) {
+  std::vector<std::string> lines;
+  for (const auto& [name, origin] : report.baselines) {
+    if (origin.empty() && report.baselines.size() == 1) continue;
+    lines.push_back("baseline: " + OneLine(name) + (origin.empty() ? "" : " (" + origin + ")"));
+  }
+  return lines;
+}
+
+std::string TableAndBaseline(const TableResult& table) {
+  return "table " + OneLine(table.table) + (table.baseline.empty() ? "" : " against " + OneLine(table.baseline));
 }
 
 std::string ToText(const FileNote& note) {

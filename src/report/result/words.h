@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,11 +20,15 @@ const char* WordOf(Status status);
 // "allowed", "refused", "blocked", "not-checked"
 const char* WordOf(EditStatus status);
 
-// The checker's verdict about all tables. Waivers do not change it.
-Status OverallStatus(const Summary& summary);
+// The checker's verdict about all tables. Waivers do not change it. If no table was compared, nothing is allowed.
+enum class OverallVerdict : std::uint8_t { kAllowed, kRefused, kNothingCompared };
+OverallVerdict VerdictOf(const Summary& summary);
 
-// A remark to print after the verdict so that it is not misread: " (all waived)" if every refusal is waived, " (nothing was
-// compared: all tables are new)"; usually "".
+// "allowed", "refused", "nothing-compared"
+const char* WordOf(OverallVerdict verdict);
+
+// A remark to print after the verdict so that it is not misread: " (all waived)" if every refusal is waived, " (all tables are
+// new)" if none was compared; usually "".
 const char* RemarkOn(const Summary& summary);
 
 // "1 table", "2 tables"
@@ -42,6 +47,13 @@ std::string CheckerLine(const std::string& text);
 
 // "FILE:LINE:COLUMN", on one line; "FILE" for a location in an image.
 std::string ToText(const TextRange& range);
+
+// "baseline: git:main... (commit 1a2b3c4d5e6f, the merge base of main and HEAD)" of each baseline that needs to be named: one
+// whose name does not say what it is, or one of several.
+std::vector<std::string> BaselinesOf(const Report& report);
+
+// "table orders", and " against git:v1.2" if the report compares with several baselines.
+std::string TableAndBaseline(const TableResult& table);
 
 // "added: FILE (nothing to compare it with)", on one line.
 std::string ToText(const FileNote& note);

@@ -19,7 +19,8 @@ struct CheckArguments {
   InputFiles inputs;
   TableSelection selection;
   TableSettings settings;
-  std::optional<std::string> against;
+  std::vector<std::string> against;
+  std::optional<std::string> default_against;
   bool allow_new = false;
   FindingLimit limit;
   ReportOptions report;
@@ -31,8 +32,19 @@ struct CheckArguments {
         .is_repeated = true;
     selection.AddTo(arguments);
     settings.AddTo(arguments);
-    arguments.AddText("--against", "git:REV|DIR", against,
-                      "compare the project's schema files with those of a commit or a directory");
+    const auto add_baseline = [this](const std::string& baseline) {
+      against.push_back(baseline);
+      return std::string();
+    };
+    arguments.Add({.names = "--against",
+                   .value = "git:REV|DIR",
+                   .description =
+                       "compare the project's schema files with a commit or a directory; also git:REV... (merge base with "
+                       "HEAD), git-tag:PATTERN (newest tag) or DIR; may be repeated",
+                   .set = add_baseline,
+                   .is_repeated = true});
+    arguments.AddText("--default-against", "git:REV|DIR", default_against, "the same, unless the project file has 'against'")
+        .excludes = "--against";
     arguments.AddFlag("--allow-new", allow_new, "with --against: succeed even if every table is new");
     settings.AddProjectTo(arguments);
     limit.AddTo(arguments);
@@ -61,7 +73,12 @@ CommandResult CheckPair(const CheckArguments& arguments, const CheckOptions& opt
   return result;
 }
 
-void Print(const std::string& message) { static_cast<void>(WriteAll(STDERR_FILENO, ToolMessage(message) + "\n")); }
+void WarnOfRepeated(const std::vector<std::string>& paths) {
+  for (const std::string& path : paths) {
+    const std::string message = ToolMessage(OneLine(path) + " is given twice; it is compared only once") + "\n";
+    static_cast<void>(WriteAll(STDERR_FILENO, message));
+  }
+}
 
 // Shows both phases of a project check, one after the other.
 class ProjectProgress {
@@ -78,24 +95,46 @@ class ProjectProgress {
   std::optional<Progress> bar_;
 };
 
-CommandResult CheckAgainst(const CheckArguments& arguments, const CheckOptions& options) {
-  ProjectCheck check{.states = OpenStates(arguments.against, options.project), .files = {}, .options = options};
+ProjectResult CheckAgainst(const CheckArguments& arguments, const Baseline& baseline, bool is_first,
+                           const CheckOptions& options) {
+  ProjectCheck check{.states = OpenStates(baseline, options.project), .files = {}, .options = options};
   check.files = SelectFiles(arguments.inputs.paths, options.project, check.states);
-  for (const std::string& path : check.files.repeated) Print(OneLine(path) + " is given twice; it is compared only once");
+  if (is_first) WarnOfRepeated(check.files.repeated);
   RefuseOverlaps(ShownFiles(check.files, check.states), arguments.report.output, arguments.report.log);
   check.allow_new = arguments.allow_new;
   check.shows_sources = arguments.report.format->shows_sources;
   ProjectProgress progress;
   check.on_progress = std::ref(progress);
-  ProjectResult found = CheckProject(check);
-  found.report.command = "check";
-  return {.report = std::move(found.report), .project_sources = std::move(found.sources)};
+  return CheckProject(check);
 }
 
-// Two files, any number of paths with --against, or none.
+CommandResult CheckAgainstAll(const CheckArguments& arguments, const std::vector<Baseline>& baselines,
+                              const CheckOptions& options) {
+  ProjectResult all;
+  for (const Baseline& baseline : baselines) {
+    const bool is_first = &baseline == &baselines.front();
+    Append(CheckAgainst(arguments, baseline, is_first, options), baselines.size() > 1, all);
+  }
+  all.report.command = "check";
+  return {.report = std::move(all.report), .project_sources = std::move(all.sources)};
+}
+
+bool NamesBaseline(const CheckArguments& arguments) { return !arguments.against.empty() || arguments.default_against; }
+
+// What a call compares with, as the options or the project file say it; none if it compares two files.
+std::vector<std::string> BaselineArguments(const CheckArguments& arguments, const Project* project) {
+  const bool is_whole = arguments.inputs.paths.empty();
+  const bool has_default = project != nullptr && !project->against.empty();
+  if (!arguments.against.empty()) return arguments.against;
+  if (has_default && (is_whole || arguments.default_against)) return BaselinesOf(*project);
+  if (arguments.default_against) return {*arguments.default_against};
+  return {};
+}
+
+// Two files, any number of paths with a baseline, or none.
 void RequireFiles(const CheckArguments& arguments) {
   const std::vector<std::string>& paths = arguments.inputs.paths;
-  if (!arguments.against) {
+  if (!NamesBaseline(arguments)) {
     if (paths.size() == 1) throw UsageError{"NEW is required"};
     if (paths.size() > 2) throw UsageError{"unexpected argument " + Quote(paths[2])};
   }
@@ -111,11 +150,12 @@ int Run(const CheckArguments& arguments) {
   RequireFiles(arguments);
   const std::optional<Project> project = arguments.settings.ReadProject();
   const bool is_whole = arguments.inputs.paths.empty();
-  const bool has_baseline = arguments.against || (is_whole && project && project->against);
-  RequireBaseline(arguments, has_baseline);
+  const std::vector<std::string> baselines = BaselineArguments(arguments, project ? &*project : nullptr);
+  RequireBaseline(arguments, !baselines.empty());
   return RunReport(arguments.report, arguments.inputs.paths, [&](LPVESKCATEGORYINST log) {
     const CheckOptions options = arguments.OptionsFor(project ? &*project : nullptr, log);
-    CommandResult result = has_baseline ? CheckAgainst(arguments, options) : CheckPair(arguments, options);
+    CommandResult result =
+        baselines.empty() ? CheckPair(arguments, options) : CheckAgainstAll(arguments, ResolveBaselines(baselines), options);
     result.report.max_findings = arguments.limit.max_findings;
     if (project) ApplyWaivers(*project, is_whole && options.tables.empty(), result.report);
     return result;

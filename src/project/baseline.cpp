@@ -1,0 +1,74 @@
+// Tested by tests/tool/baseline_test.cpp.
+#include "project/baseline.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <string_view>
+
+#include "base/text.h"
+#include "project/git.h"
+#include "project/git_call.h"
+
+namespace korvel {
+namespace {
+
+constexpr std::string_view kTagPrefix = "git-tag:";
+constexpr std::string_view kTags = "refs/tags/";
+
+// "v1.10.0" before "v1.9.0", and "v1.10.0" before "v1.10.0-rc1".
+std::string NewestTag(const std::string& pattern, const std::string& argument) {
+  const std::string newest = GitOutput({"-c", "versionsort.suffix=-", "for-each-ref", "--count=1", "--sort=-version:refname",
+                                        "--format=%(refname)", std::string(kTags) + pattern},
+                                       argument);
+  if (!newest.empty()) return newest.substr(0, newest.find('\n'));
+  const std::string depth = Git::IsShallow(argument) ? "--depth=1 " : "";
+  RefuseArgument(argument, "no tag matches " + Quote(pattern) + "; fetch the tags with: git fetch " + depth + "--tags");
+}
+
+Baseline ResolveTag(const std::string& argument) {
+  const std::string pattern = argument.substr(kTagPrefix.size());
+  if (pattern.empty()) RefuseArgument(argument, "the pattern is missing; allowed: git-tag:PATTERN, such as git-tag:v*");
+  const std::string tag = NewestTag(pattern, argument);
+  return {"git:" + tag.substr(kTags.size()), tag, "the newest tag that matches " + OneLine(pattern)};
+}
+
+std::string RelativeTo(const std::string& directory, const std::string& argument) {
+  const bool is_git = argument.starts_with("git:") || argument.starts_with(kTagPrefix);
+  return is_git ? argument : (std::filesystem::path(directory) / argument).string();
+}
+
+}  // namespace
+
+Baseline ResolveBaseline(const std::string& argument) {
+  if (argument.starts_with(kTagPrefix)) return ResolveTag(argument);
+  const std::optional<std::string> revision = ParseGitRevision(argument);
+  if (!revision) return {argument, std::nullopt};
+  const std::optional<std::string> other = MergeBaseArgument(*revision);
+  if (!other) return {argument, revision};
+  const std::string base = Git::MergeBase(*other, argument);
+  return {argument, base, "commit " + base.substr(0, 12) + ", the merge base of " + OneLine(*other) + " and HEAD"};
+}
+
+std::vector<Baseline> ResolveBaselines(const std::vector<std::string>& arguments) {
+  std::vector<Baseline> baselines;
+  std::ranges::transform(arguments, std::back_inserter(baselines), ResolveBaseline);
+  return baselines;
+}
+
+std::vector<std::string> BaselinesOf(const Project& project) {
+  std::vector<std::string> arguments;
+  for (const ProjectText& entry : project.against) arguments.push_back(RelativeTo(project.directory, entry.text));
+  return arguments;
+}
+
+bool IsCheckedOut(const Baseline& baseline) {
+  if (!baseline.revision) return false;
+  const auto commit = [&](const std::string& revision) {
+    return RunGit({"rev-parse", "--verify", "--quiet", "--end-of-options", revision + "^{commit}"}, baseline.name).out;
+  };
+  const std::string checked_out = commit("HEAD");
+  return !checked_out.empty() && commit(*baseline.revision) == checked_out;
+}
+
+}  // namespace korvel
