@@ -91,6 +91,7 @@ TEST_P(SameObjectAtRecord, OuterRunContinuesWithTextInBuffer) {
   const Schema old_schema = Of({{.fields = {{"uid"}, {"zone"}}, .key = {"uid"}}}).Build();
   const Schema new_schema = Of({{.fields = {{"uid"}, {"zone"}}, .key = {"zone"}}}).Build();
   ModifyTable checker;
+  EXPECT_EQ(checker.ComparePrimaryKey(nullptr, nullptr, nullptr), -1);
   CaptureCategory log;
   log.on_record = [&] {
     if (log.records.size() != GetParam()) return;

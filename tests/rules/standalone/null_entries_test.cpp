@@ -145,6 +145,7 @@ TEST_F(NullEntriesInLengths, EndTheSearchForTheOldSize) {
   std::size_t size = 77;
   EXPECT_FALSE(checker.CheckWhiteFieldIsModify(Old({kNull, small_}), 200000, "history", size));
   EXPECT_EQ(size, 77U);
+  size = 0;
   EXPECT_TRUE(checker.CheckWhiteFieldIsModify(Old({small_, kNull}), 200000, "history", size));
   EXPECT_EQ(size, 8U);
 }
