@@ -156,6 +156,7 @@ class Comparison {
       result.sources.insert(result.sources.end(), {pair.first, pair.second});
     }
     AddBaseline(report);
+    for (const std::string& file : check_.files.dropped) AddDropped(file, report);
     const bool is_compared =
         std::ranges::any_of(report.tables, [](const TableResult& one) { return one.status != Status::kNew; });
     if (!is_compared) RequireOnlyNew(report);
@@ -168,6 +169,16 @@ class Comparison {
     const std::string old_file = pair.old_path == nullptr ? "" : states_.old_state->Display(*pair.old_path);
     const std::string new_file = pair.new_path == nullptr ? "" : states_.new_state->Display(*pair.new_path);
     return FileNote{old_file.empty() ? Kind::kAdded : new_file.empty() ? Kind::kDeleted : Kind::kMoved, old_file, new_file};
+  }
+
+  void AddDropped(const std::string& file, Report& report) const {
+    const Project& project = *options_.project;
+    report.project.push_back({.rule = "project.no-longer-checked",
+                              .file = project.file,
+                              .position = project.paths.front().location,
+                              .text = states_.new_state->Display(file) + " is no longer checked: the project file of " +
+                                      states_.baseline.name + " selects it, this one does not",
+                              .suggestion = "select it again in 'paths', or delete the file"});
   }
 
   // Without any change, the wrong baseline may be the reason.

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <system_error>
 #include <utility>
 
@@ -80,9 +81,47 @@ class DiskSeenFrom : public Disk {
   fs::path above_;
 };
 
+// Files of the repository, ordered by path.
+const GitFile* FindFile(const std::vector<GitFile>& files, const std::string& path) {
+  const auto file = std::ranges::lower_bound(files, path, {}, &GitFile::path);
+  return file != files.end() && file->path == path ? &*file : nullptr;
+}
+
+std::vector<std::string> FilesBelow(const std::vector<GitFile>& files, const std::string& directory) {
+  const std::string prefix = directory.empty() ? "" : directory + "/";
+  std::vector<std::string> paths;
+  for (auto file = std::ranges::lower_bound(files, prefix, {}, &GitFile::path); file != files.end(); ++file) {
+    if (!file->path.starts_with(prefix)) break;
+    paths.push_back(file->path);
+  }
+  return paths;
+}
+
+// Files that a sparse checkout leaves out are not deleted: they are as in the index.
 class WorkTree : public DiskSeenFrom {
  public:
-  using DiskSeenFrom::DiskSeenFrom;
+  WorkTree(std::string here, const std::string& top, const std::string& argument)
+      : DiskSeenFrom(std::move(here), top), left_out_(Git::FilesLeftOut(argument)) {
+    std::ranges::sort(left_out_, {}, &GitFile::path);
+  }
+
+  bool HasFile(const std::string& path) const override {
+    return DiskSeenFrom::HasFile(path) || FindFile(left_out_, path) != nullptr;
+  }
+
+  std::vector<std::string> Below(const std::string& directory) const override {
+    std::vector<std::string> files = DiskSeenFrom::Below(directory);
+    std::ranges::copy(FilesBelow(left_out_, directory), std::back_inserter(files));
+    std::ranges::sort(files);
+    const auto repeated = std::ranges::unique(files);
+    files.erase(repeated.begin(), repeated.end());
+    return files;
+  }
+
+  Bytes Read(const std::string& path) override {
+    const GitFile* const file = DiskSeenFrom::HasFile(path) ? nullptr : FindFile(left_out_, path);
+    return file == nullptr ? DiskSeenFrom::Read(path) : git_.ReadFile(*file, Display(path));
+  }
 
  protected:
   // A submodule has its own commits: those of this repository lack its files, which would all be new.
@@ -90,6 +129,10 @@ class WorkTree : public DiskSeenFrom {
     std::error_code ignored;
     return fs::exists(directory / ".git", ignored);
   }
+
+ private:
+  Git git_;
+  std::vector<GitFile> left_out_;
 };
 
 class Commit : public FileTree {
@@ -103,15 +146,7 @@ class Commit : public FileTree {
 
   bool HasFile(const std::string& path) const override { return Find(path) != nullptr; }
 
-  std::vector<std::string> Below(const std::string& directory) const override {
-    const std::string prefix = directory.empty() ? "" : directory + "/";
-    std::vector<std::string> files;
-    for (auto file = std::ranges::lower_bound(files_, prefix, {}, &GitFile::path); file != files_.end(); ++file) {
-      if (!file->path.starts_with(prefix)) break;
-      files.push_back(file->path);
-    }
-    return files;
-  }
+  std::vector<std::string> Below(const std::string& directory) const override { return FilesBelow(files_, directory); }
 
   Bytes Read(const std::string& path) override { return git_.ReadFile(*Find(path), Display(path)); }
 
@@ -124,10 +159,7 @@ class Commit : public FileTree {
   std::string Display(const std::string& path) const override { return argument_ + ":" + path; }
 
  private:
-  const GitFile* Find(const std::string& path) const {
-    const auto file = std::ranges::lower_bound(files_, path, {}, &GitFile::path);
-    return file != files_.end() && file->path == path ? &*file : nullptr;
-  }
+  const GitFile* Find(const std::string& path) const { return FindFile(files_, path); }
 
   std::string argument_;
   Git git_;
@@ -151,8 +183,8 @@ std::unique_ptr<FileTree> DiskTreeSeenFrom(const std::string& here, const std::s
   return std::make_unique<DiskSeenFrom>(here, top);
 }
 
-std::unique_ptr<FileTree> WorkTreeSeenFrom(const std::string& here, const std::string& top) {
-  return std::make_unique<WorkTree>(here, top);
+std::unique_ptr<FileTree> WorkTreeSeenFrom(const std::string& here, const std::string& top, const std::string& argument) {
+  return std::make_unique<WorkTree>(here, top, argument);
 }
 
 std::unique_ptr<FileTree> CommitTree(const std::string& revision, const std::string& argument) {

@@ -34,8 +34,9 @@ std::unique_ptr<FileTree> DiskTree(const std::string& top, const std::string& sh
 // The same, displayed as paths from the directory `here`. Both directories are absolute.
 std::unique_ptr<FileTree> DiskTreeSeenFrom(const std::string& here, const std::string& top);
 
-// The same of a work tree of git, without the repositories in it.
-std::unique_ptr<FileTree> WorkTreeSeenFrom(const std::string& here, const std::string& top);
+// The same of a work tree of git, without the repositories in it, but with the files that a sparse checkout leaves out. Errors of
+// git name `argument`.
+std::unique_ptr<FileTree> WorkTreeSeenFrom(const std::string& here, const std::string& top, const std::string& argument);
 
 // The files of a commit. `argument` ("git:REV") is the prefix of displayed files; errors name it.
 std::unique_ptr<FileTree> CommitTree(const std::string& revision, const std::string& argument);

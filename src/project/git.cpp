@@ -142,6 +142,22 @@ std::vector<GitFile> Git::Files(const std::string& revision, const std::string& 
   return Listed(GitOutput({"ls-tree", "-r", "-z", "--full-tree", TreeOf(revision, argument)}, argument));
 }
 
+// Lines of "git ls-files -t -s -z": "S" SP MODE SP OBJECT SP STAGE TAB PATH NUL; other letters are for files on the disk.
+std::vector<GitFile> Git::FilesLeftOut(const std::string& argument) {
+  std::vector<GitFile> files;
+  if (RunGit({"config", "--type=bool", "core.sparseCheckout"}, argument).out != "true\n") return files;
+  const std::string top = Top(argument);
+  for (const std::string& line : SplitAt(GitOutput({"-C", top, "ls-files", "-t", "-s", "-z"}, argument), '\0')) {
+    const std::size_t mode_end = line.find(' ', 2);
+    const std::size_t object_end = line.find(' ', mode_end + 1);
+    const std::size_t stage_end = line.find('\t', object_end + 1);
+    if (!line.starts_with("S ") || stage_end == std::string::npos) continue;
+    files.push_back(
+        {line.substr(stage_end + 1), line.substr(2, mode_end - 2), line.substr(mode_end + 1, object_end - mode_end - 1)});
+  }
+  return files;
+}
+
 Bytes Git::ReadFile(const GitFile& file, const std::string& argument) {
   RequireFile(file, argument);
   const std::scoped_lock lock(mutex_);

@@ -54,6 +54,10 @@ class Git {
   // All files of the tree of a revision, ordered by path. Errors name `argument`.
   std::vector<GitFile> Files(const std::string& revision, const std::string& argument);
 
+  // The files that are in the index, but not on the disk, because the checkout is sparse. They are as in the index. Ordered by
+  // path.
+  static std::vector<GitFile> FilesLeftOut(const std::string& argument);
+
   // The bytes of a file of a tree. Errors name `argument`.
   Bytes ReadFile(const GitFile& file, const std::string& argument);
 
@@ -64,7 +68,7 @@ class Git {
   std::string Prefix(const std::string& argument);
 
   // The top of the work tree.
-  std::string Top(const std::string& argument);
+  static std::string Top(const std::string& argument);
 
   // Whether the repository may replace objects by others when they are read (git replace).
   static bool HasReplacements(const std::string& argument);

@@ -85,6 +85,46 @@ void AddMatching(const FileTree& state, const Patterns& patterns, const ProjectT
   }
 }
 
+bool IsSchema(FileTree& state, const std::string& path) {
+  try {
+    LoadBytes(path, state.Read(path));
+    return true;
+  } catch (const InputError&) {
+    return false;
+  }
+}
+
+// The project file as it is in the old state; nullopt if it has none there, or a faulty one.
+std::optional<Project> OldProject(const Project& project, const ProjectStates& states) {
+  const std::string path = Below(Absolute(project.file), states.top, project.file);
+  if (!states.old_state->HasFile(path)) return std::nullopt;
+  try {
+    return ParseProject(project.file, project.directory, std::string(states.old_state->Read(path).View()));
+  } catch (const InputError&) {
+    return std::nullopt;
+  }
+}
+
+// Adds what only the patterns of the old state select there: a narrower 'paths' or a new 'exclude' must not hide a change. A file
+// that has gone is compared; one that still exists is only named.
+void AddDropped(const Project& project, const ProjectStates& states, ProjectFiles& files) {
+  const std::optional<Project> old_project = OldProject(project, states);
+  if (!old_project) return;
+  const Patterns patterns(&*old_project, states);
+  for (const ProjectText& pattern : patterns.All()) {
+    std::set<std::string> selected;
+    AddMatching(*states.old_state, patterns, pattern, selected);
+    for (const std::string& file : selected) {
+      if (files.in_old.contains(file) || !IsSchema(*states.old_state, file)) continue;
+      if (!states.new_state->HasFile(file)) {
+        files.in_old.insert(file);
+      } else if (std::ranges::find(files.dropped, file) == files.dropped.end()) {
+        files.dropped.push_back(file);
+      }
+    }
+  }
+}
+
 ProjectFiles FilesOfPatterns(const Patterns& patterns, const ProjectStates& states) {
   ProjectFiles files;
   files.is_whole = true;
@@ -129,11 +169,34 @@ std::vector<std::string> RemovedElsewhere(const ProjectFiles& files, const Patte
   return removed;
 }
 
-std::string Missing(const ProjectStates& states, const std::string& given, const std::string& path) {
+// The nearest directory that contains a path, or is it, and is a repository of its own below the top; "" if there is none, and
+// if the baseline is no commit.
+std::string RepositoryOf(const ProjectStates& states, const std::string& path) {
+  if (!states.baseline.revision) return "";
+  std::error_code ignored;
+  for (std::string directory = path; !directory.empty();) {
+    if (fs::exists(fs::path(states.top) / directory / ".git", ignored)) return directory;
+    const std::size_t slash = directory.rfind('/');
+    directory.resize(slash == std::string::npos ? 0 : slash);
+  }
+  return "";
+}
+
+// Why a path selects nothing.
+std::string Missing(const ProjectStates& states, const Patterns& patterns, const std::string& given, const std::string& path) {
+  const std::string begin = OneLine(given) + ": ";
+  if (const std::string repository = RepositoryOf(states, path); !repository.empty()) {
+    return ToolMessage(begin + "belongs to the repository in " + OneLine(states.new_state->Display(repository)) +
+                       ", such as a submodule; check it there");
+  }
+  if (const std::size_t files = states.new_state->Below(path).size(); files > 0) {
+    const std::string none = patterns.IsEmpty() ? " has the suffix .xml or .qmb" : " matches 'paths' of the project file";
+    return ToolMessage(begin + "none of its " + std::to_string(files) + " files" + none);
+  }
   const std::string directory = path.substr(0, path.rfind('/') == std::string::npos ? 0 : path.rfind('/'));
   std::vector<std::string> files = states.new_state->Below(directory);
   std::vector<std::string_view> near(files.begin(), files.end());
-  return ToolMessage(OneLine(given) + ": no schema file in either state" + DidYouMean(path, near));
+  return ToolMessage(begin + "no schema file in either state" + DidYouMean(path, near));
 }
 
 ProjectFiles FilesOfPaths(const std::vector<std::string>& paths, const Patterns& patterns, const ProjectStates& states) {
@@ -146,24 +209,16 @@ ProjectFiles FilesOfPaths(const std::vector<std::string>& paths, const Patterns&
       files.repeated.push_back(given);
       continue;
     }
-    std::set<std::string> in_old = Named(*states.old_state, patterns, path);
-    std::set<std::string> in_new = Named(*states.new_state, patterns, path);
-    if (in_old.empty() && in_new.empty()) missing.lines.push_back(Missing(states, given, path));
+    const bool is_elsewhere = !RepositoryOf(states, path).empty();
+    std::set<std::string> in_old = is_elsewhere ? std::set<std::string>() : Named(*states.old_state, patterns, path);
+    std::set<std::string> in_new = is_elsewhere ? std::set<std::string>() : Named(*states.new_state, patterns, path);
+    if (in_old.empty() && in_new.empty()) missing.lines.push_back(Missing(states, patterns, given, path));
     files.in_old.merge(in_old);
     files.in_new.merge(in_new);
   }
   if (!missing.lines.empty()) throw missing;
   files.removed_elsewhere = RemovedElsewhere(files, patterns, states);
   return files;
-}
-
-bool IsSchema(FileTree& state, const std::string& path) {
-  try {
-    LoadBytes(path, state.Read(path));
-    return true;
-  } catch (const InputError&) {
-    return false;
-  }
 }
 
 // --- Moved files ---
@@ -190,9 +245,9 @@ ProjectStates OpenStates(const Baseline& baseline, const Project* project) {
   ProjectStates states;
   states.baseline = baseline;
   if (baseline.revision) {
-    states.top = Absolute(Git().Top(name));
+    states.top = Absolute(Git::Top(name));
     states.old_state = CommitTree(*baseline.revision, name);
-    states.new_state = WorkTreeSeenFrom(Absolute(""), states.top);
+    states.new_state = WorkTreeSeenFrom(Absolute(""), states.top, name);
   } else {
     std::error_code error;
     if (!fs::is_directory(name, error)) {
@@ -209,7 +264,11 @@ ProjectStates OpenStates(const Baseline& baseline, const Project* project) {
 ProjectFiles SelectFiles(const std::vector<std::string>& paths, const Project* project, const ProjectStates& states) {
   const Patterns patterns(project, states);
   if (!paths.empty()) return FilesOfPaths(paths, patterns, states);
-  if (!patterns.IsEmpty()) return FilesOfPatterns(patterns, states);
+  if (!patterns.IsEmpty()) {
+    ProjectFiles files = FilesOfPatterns(patterns, states);
+    AddDropped(*project, states, files);
+    return files;
+  }
   throw InputError{
       {ToolMessage("no schema files are selected; allowed: files and directories as arguments, or 'paths' in "
                    "[schemas] of korvelcheck.toml")}};

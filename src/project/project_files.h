@@ -35,6 +35,8 @@ struct ProjectFiles {
   std::set<std::string> in_new;
   // Files of the old state that no path selects and that the new state lacks: a selected file may have been moved from there.
   std::vector<std::string> removed_elsewhere;
+  // Schema files that the project file of the old state selects there and the present one does not, although they still exist.
+  std::vector<std::string> dropped;
   std::vector<std::string> repeated;  // paths as given that select the same as an earlier path
   bool is_whole = false;              // all files of the project, not those of given paths
 };

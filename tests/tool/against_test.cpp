@@ -321,5 +321,73 @@ TEST_F(AgainstTest, ComparesThousandFilesInOrder) {
   EXPECT_EQ(Against({"--format", "json", "schemas/many", "--log", "log"}).out, outcome.out);
 }
 
+// --- Files that the project file no longer selects ---
+
+// Regression: a narrower 'paths' hid every change of the other files.
+TEST_F(AgainstTest, NamesFilesThatAreNoLongerChecked) {
+  Write("schemas/users.xml", Schema("users", "uint32"));
+  const std::string finding =
+      "korvelcheck.toml:2:10: error [project.no-longer-checked] schemas/users.xml is no longer checked: the "
+      "project file of git:HEAD selects it, this one does not\n";
+  Write("korvelcheck.toml", "[schemas]\npaths = [\"schemas/*/*.xml\", \"schemas/orders.xml\"]\n");
+  const Outcome narrowed = Against();
+  EXPECT_EQ(narrowed.exit_code, 1);
+  EXPECT_THAT(narrowed.out, HasSubstr(finding));
+  Write("korvelcheck.toml", "[schemas]\npaths = [\"schemas/**/*.xml\"]\nexclude = [\"**/users.xml\"]\n");
+  const Outcome excluded = Against();
+  EXPECT_EQ(excluded.exit_code, 1);
+  EXPECT_THAT(excluded.out, HasSubstr(finding));
+  EXPECT_EQ(Against({"schemas/orders.xml"}).exit_code, 0);
+}
+
+TEST_F(AgainstTest, ComparesMovedFilesOfPatternsThatMovedWithThem) {
+  std::filesystem::rename(PathOf("schemas"), PathOf("tables"));
+  Write("korvelcheck.toml", "[schemas]\npaths = [\"tables/**/*.xml\"]\n");
+  EXPECT_EQ(Against().exit_code, 0);
+  Write("tables/users.xml", Schema("users", "uint32"));
+  const Outcome changed = Against({"--format", "json"});
+  EXPECT_EQ(changed.exit_code, 1);
+  EXPECT_THAT(Tables(changed), testing::Contains("tables/users.xml: users refused"));
+  std::filesystem::remove(PathOf("tables/users.xml"));
+  EXPECT_THAT(Tables(Against({"--format", "json"})), testing::Contains("git:HEAD:schemas/users.xml: users refused removed"));
+}
+
+TEST_F(AgainstTest, FileThatWasNoSchemaMayBeExcluded) {
+  Write("schemas/note.xml", "<note/>");
+  Commit("a file that does not belong here");
+  Write("korvelcheck.toml", "[schemas]\npaths = [\"schemas/**/*.xml\"]\nexclude = [\"**/note.xml\"]\n");
+  EXPECT_EQ(Against().exit_code, 0);
+}
+
+// --- Files that are not on the disk, or not of this repository ---
+
+// Regression: all of their tables were reported as removed.
+TEST_F(AgainstTest, FilesLeftOutOfASparseCheckoutAreAsInTheIndex) {
+  Write("schemas/users.xml", Schema("users", "uint32"));
+  Commit("second");
+  Git({"sparse-checkout", "set", "--no-cone", "/korvelcheck.toml", "/schemas/deep/"});
+  ASSERT_FALSE(std::filesystem::exists(PathOf("schemas/users.xml")));
+  EXPECT_EQ(Against().exit_code, 0);
+  const Outcome outcome = Run({"check", "--against", "git:HEAD~1", "--format", "json"});
+  EXPECT_THAT(Tables(outcome), ElementsAre("schemas/deep/items.xml: items allowed", "schemas/orders.xml: orders allowed",
+                                           "schemas/users.xml: users refused"));
+  EXPECT_THAT(Tables(Against({"--format", "json", "schemas/users.xml"})), ElementsAre("schemas/users.xml: users allowed"));
+  Git({"rm", "-q", "--sparse", "schemas/users.xml"});
+  EXPECT_THAT(Tables(Against({"--format", "json"})), testing::Contains("git:HEAD:schemas/users.xml: users refused removed"));
+}
+
+TEST_F(AgainstTest, SaysWhyPathSelectsNothing) {
+  std::filesystem::create_directories(PathOf("schemas/module/deep"));
+  GitIn("schemas/module", {"init", "-q"});
+  Write("schemas/module/deep/new.xml", Schema("new"));
+  std::filesystem::create_directory(PathOf("docs"));
+  Write("docs/a.txt", "");
+  ExpectInputError(Against({"schemas/module/deep"}),
+                   "korvelcheck: schemas/module/deep: belongs to the repository in schemas/module, such as a submodule; check it "
+                   "there\n");
+  ExpectInputError(Against({"docs"}), "korvelcheck: docs: none of its 1 files matches 'paths' of the project file\n");
+  ExpectInputError(Against({"--no-project", "docs"}), "korvelcheck: docs: none of its 1 files has the suffix .xml or .qmb\n");
+}
+
 }  // namespace
 }  // namespace tool_test

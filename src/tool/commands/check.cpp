@@ -97,7 +97,9 @@ class ProjectProgress {
 
 ProjectResult CheckAgainst(const CheckArguments& arguments, const Baseline& baseline, bool is_first,
                            const CheckOptions& options) {
-  ProjectCheck check{.states = OpenStates(baseline, options.project), .files = {}, .options = options};
+  ProjectCheck check;
+  check.options = options;
+  check.states = OpenStates(baseline, options.project);
   check.files = SelectFiles(arguments.inputs.paths, options.project, check.states);
   if (is_first) WarnOfRepeated(check.files.repeated);
   RefuseOverlaps(ShownFiles(check.files, check.states), arguments.report.output, arguments.report.log);
