@@ -295,6 +295,27 @@ TEST(Suggestions, BlockedFieldIsAllowedWithTheAlternative) {
   EXPECT_EQ(entries[2].version, 6);
 }
 
+// Regression: the new array had the counter of the old one, so that only arrays of the same length could be stored.
+TEST(Suggestions, NewArrayHasACounterOfItsOwn) {
+  const Fixed fixed =
+      Fix({"<entry name=\"n\" id=\"2\" type=\"uint16\"/>\n"
+           "<entry name=\"list\" id=\"3\" type=\"int8\" count=\"9\" refer=\"n\"/>\n",
+           "<entry name=\"n\" id=\"2\" type=\"uint16\"/>\n"
+           "<entry name=\"list\" id=\"3\" type=\"int32\" count=\"9\" refer=\"n\"/>\n"});
+  ASSERT_TRUE(fixed.suggestion.allowed);
+  const std::vector<EntryModel> expected = {
+      {.name = "uid", .type = "uint32", .id = 1},
+      {.name = "n", .type = "uint16", .id = 2},
+      {.name = "list", .type = "int8", .id = 3, .count = 9, .refer = "n"},
+      {.name = "n_2", .type = "uint16", .id = 5, .version = 6},
+      {.name = "list_2", .type = "int32", .id = 4, .version = 6, .count = 9, .refer = "n_2"}};
+  EXPECT_EQ(fixed.suggestion.model.metas.front().entries, expected);
+  EXPECT_EQ(
+      fixed.changes.findings.front().suggestion,
+      "keep list as it is; add a new field list_2 (int32 x 9, id 4, version 6) for the new values, and a new field n_2 (uint16, "
+      "id 5, version 6) that counts them");
+}
+
 TEST(Suggestions, EachFixAppliesOneAlternative) {
   const Fixed fixed = Fix({"<entry name=\"s\" id=\"2\" type=\"int16\"/>\n",
                            "<entry name=\"s\" id=\"2\" type=\"int8\"/>\n<entry name=\"n\" id=\"3\" type=\"int8\"/>\n"});

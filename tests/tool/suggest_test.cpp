@@ -206,8 +206,8 @@ TEST_F(SuggestTest, ReportsNothingToFix) {
 
 TEST_F(SuggestTest, NamesTableWithoutSuggestionAndPrintsNothing) {
   Write("old.xml", Library(5, {Table({.fields = "<entry name=\"a-b\" type=\"int8\"/>"}), Table({.name = "users"})}));
-  Write("new.xml", Library(5, {Table({.key_type = "int8", .fields = "<entry name=\"a-b\" type=\"int8\"/>"}),
-                               Table({.name = "users", .key_type = "int8"})}));
+  Write("new.xml",
+        Library(5, {Table({.key_type = "int8", .fields = "<entry name=\"a-b\" type=\"int8\"/>"}), Table({.name = "users"})}));
   const Outcome outcome = Korvelcheck({"suggest", "old.xml", "new.xml", "-o", "out"});
   EXPECT_EQ(outcome.exit_code, 1);
   EXPECT_EQ(outcome.out, "");
@@ -264,6 +264,21 @@ TEST_F(SuggestTest, OddLayoutsKeepTheirBytes) {
           tail,
       "");
   ExpectSuggestion({});
+}
+
+// Regression: one table that was refused already withheld the suggestions for all others.
+TEST_F(SuggestTest, TableThatWasAlreadyRefusedDoesNotWithholdOthers) {
+  const std::string bad = Table({.name = "bad", .fields = "<entry name=\"a-b\" type=\"int8\"/>"});
+  Write("old.xml", Library(5, {Table(), bad}));
+  Write("new.xml", Library(5, {Table({.fields = "<entry name=\"note\" type=\"int8\"/>"}), bad}));
+  const Outcome outcome = Korvelcheck({"suggest", "old.xml", "new.xml"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_THAT(outcome.err, StartsWith("new.xml: error: no suggestion: table 'bad' stays refused ["));
+  const std::string fixed = Patched("new.xml", outcome.out);
+  EXPECT_THAT(fixed, HasSubstr("<entry name=\"note\" type=\"int8\" version=\"6\"/>"));
+  EXPECT_EQ(Korvelcheck({"suggest", "old.xml", "new.xml", "--file"}).out, fixed);
+  Write("fixed.xml", fixed);
+  EXPECT_EQ(Korvelcheck({"check", "old.xml", "fixed.xml", "--table", "orders"}).exit_code, 0);
 }
 
 }  // namespace

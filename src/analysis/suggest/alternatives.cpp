@@ -63,6 +63,13 @@ std::vector<Alternative> Combined(const std::vector<Part>& parts) {
 // Whether two fields have the same type, size and count.
 bool HasSameShape(const EntryModel& a, const EntryModel& b) { return a.type == b.type && a.size == b.size && a.count == b.count; }
 
+// "note_2 (string(64), id 9, version 7)"
+std::string Described(const EntryModel& entry) {
+  std::string text = OneLine(entry.name) + " (" + ShapeOf(entry);
+  if (entry.id >= 0) text += ", id " + Text(entry.id);
+  return text + ", version " + Text(entry.version) + ")";
+}
+
 // Replaces the value of one key in "key=value;key=value", if it has one.
 void SetValue(std::string& attributes, const std::string& key, const std::string& value) {
   const std::string pair = key + "=";
@@ -151,14 +158,15 @@ std::vector<Alternative> AlternativeMaker::OfChanged(const Edit& edit) {
   const ReplacementField& replacement = ReplacementFieldOf(edit);
   if (!replacement.is_possible) return {};
   const EntryModel& entry = replacement.entry;
-  std::string text = "keep " + OneLine(edit.item) + " as it is; add a new field " + OneLine(entry.name) + " (" + ShapeOf(entry);
-  if (entry.id >= 0) text += ", id " + Text(entry.id);
-  text += ", version " + Text(entry.version) + ") for the new values";
+  std::string text = "keep " + OneLine(edit.item) + " as it is; add a new field " + Described(entry) + " for the new values";
+  if (replacement.counter) text += ", and a new field " + Described(*replacement.counter) + " that counts them";
   return {{false,
-           [edit, entry, version = replacement.kept_version, &from = difference_.new_model()](ModelEditor& editor) {
+           [edit, entry, counter = replacement.counter, version = replacement.kept_version,
+            &from = difference_.new_model()](ModelEditor& editor) {
              editor.RaiseVersion(entry.version);
              editor.ImportMeta(from, entry.type);
              if (EntryModel* kept = editor.Find(edit.meta, edit.item)) kept->version = version;
+             if (counter) editor.Add(edit.meta, *counter);
              editor.Add(edit.meta, entry);
            },
            text}};
@@ -198,7 +206,20 @@ const AlternativeMaker::ReplacementField& AlternativeMaker::ReplacementFieldOf(c
   replacement.entry.name = new_entry->name == old_entry->name ? UniqueName(edit.meta, name) : name;
   replacement.entry.version = static_cast<std::int32_t>(version_);
   if (new_entry->id >= 0) replacement.entry.id = NextId(edit.meta);
+  replacement.counter = CounterLike(edit.meta, new_entry->refer);
+  if (replacement.counter) replacement.entry.refer = replacement.counter->name;
   return replacement;
+}
+
+std::optional<EntryModel> AlternativeMaker::CounterLike(const std::string& meta, const std::string& refer) {
+  const std::vector<EntryModel>& entries = new_metas_.at(meta)->entries;
+  const auto like = std::ranges::find(entries, refer, &EntryModel::name);
+  if (refer.empty() || like == entries.end()) return std::nullopt;
+  EntryModel counter = *like;
+  counter.name = UniqueName(meta, IdentifierLike(like->name + "_2"));
+  counter.version = static_cast<std::int32_t>(version_);
+  if (like->id >= 0) counter.id = NextId(meta);
+  return counter;
 }
 
 AlternativeMaker::UsedNames& AlternativeMaker::UsedIn(const std::string& meta) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -44,7 +45,8 @@ class AlternativeMaker {
   // A new field that takes the new values, while the old field is kept.
   struct ReplacementField {
     EntryModel entry;
-    std::int32_t kept_version = 1;  // version of the kept field: its new version was meant for the new field
+    std::optional<EntryModel> counter;  // of the new field, if it has one: the old counter counts the old field
+    std::int32_t kept_version = 1;      // version of the kept field: its new version was meant for the new field
     bool is_possible = false;
   };
 
@@ -58,6 +60,8 @@ class AlternativeMaker {
   // An id above all ids of the meta, marked as used; the largest id once none is left.
   std::int32_t NextId(const std::string& meta);
   const ReplacementField& ReplacementFieldOf(const Edit& edit);
+  // A new field that counts the elements of another one, like the field `refer`; nullopt if the new schema has no such field.
+  std::optional<EntryModel> CounterLike(const std::string& meta, const std::string& refer);
   // The entry at a location; null if the location is not an entry of the model.
   const EntryModel* EntryAt(const Model& model, const Location& location) const;
 

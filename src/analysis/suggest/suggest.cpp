@@ -143,6 +143,7 @@ SchemaSuggestion SuggestSchema(const Source& old_source, const Source& new_sourc
     refused = RefusedTables(old_source, source, questions);
   }
   suggestion.text = source.text->bytes;
+  suggestion.is_changed = suggestion.text != new_source.text->bytes;
   for (const RefusedTable& one : refused) {
     const auto& [table, settings] = *one.question;
     suggestion.refused.push_back({table, one.verdict, SuggestionsFor({old_source, source, table, settings}, one.verdict)});

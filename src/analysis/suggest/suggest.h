@@ -24,6 +24,7 @@ struct TableRefusal {
 struct SchemaSuggestion {
   std::string text;                   // a whole file: the text of the new source with the necessary changes
   std::vector<TableRefusal> refused;  // tables that the checker refuses in that file; empty: all are allowed
+  bool is_changed = false;            // whether the text differs from that of the new source
   bool is_rewritten = true;           // false: a change could not be written into this text, and the search ended
 };
 

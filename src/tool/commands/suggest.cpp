@@ -87,12 +87,13 @@ int Run(const SuggestArguments& arguments) {
   const std::vector<TableQuestion> questions = QuestionsOf({inputs.front(), new_input}, arguments, project ? &*project : nullptr);
   const SchemaSuggestion suggestion = Suggest(inputs.front(), new_input, questions);
   for (const Input& input : inputs) RequireUnchanged(input);
-  if (!suggestion.refused.empty()) RefuseAll(new_input, suggestion.refused);
-  const bool is_same = new_input.text && suggestion.text == new_input.text->bytes;
-  if (is_same) PrintNothingToFix(new_input);
+  // A table that stays refused, often for a reason of its own, does not withhold the suggestions for the others.
+  if (!suggestion.is_changed && !suggestion.refused.empty()) RefuseAll(new_input, suggestion.refused);
+  if (!suggestion.is_changed && new_input.text) PrintNothingToFix(new_input);
   const std::string name = OneLine(new_input.name);
   arguments.output.Write(arguments.whole_file ? suggestion.text
                                               : UnifiedDiff(name, new_input.text->bytes, name, suggestion.text));
+  if (!suggestion.refused.empty()) RefuseAll(new_input, suggestion.refused);
   return kAllAllowed;
 }
 
