@@ -110,7 +110,7 @@ class Action(Repository):
     def check(self, text, paths="schemas\n", sarif=""):
         base = self.git("rev-parse", "HEAD")
         self.commit(text)
-        return self.step("Check", AGAINST=f"git:{base}", SCHEMA_PATHS=paths, SARIF=sarif)
+        return self.step("Check", AGAINST=f"git:{base}", PROJECT="", SCHEMA_PATHS=paths, SARIF=sarif)
 
     def test_inputs_are_used(self):
         action = load("action.yml")
@@ -151,7 +151,7 @@ class Action(Repository):
         base = self.git("rev-parse", "HEAD")
         self.write(NEW, "schemas/mall.xml")
         self.commit(OLD)
-        done = self.step("Check", AGAINST=f"git:{base}", SCHEMA_PATHS="schemas/mall.xml", SARIF=self.path("sarif"))
+        done = self.step("Check", AGAINST=f"git:{base}", PROJECT="", SCHEMA_PATHS="schemas/mall.xml", SARIF=self.path("sarif"))
         self.assertEqual(done.returncode, 0, done.stderr)
         self.assertIn("nothing-compared (all tables are new)", self.read("GITHUB_STEP_SUMMARY"))
         self.assertEqual(json.loads(self.read("sarif"))["runs"][0]["results"], [])
@@ -182,7 +182,7 @@ class Action(Repository):
         done = self.step("Find the base commit", clone, AGAINST=base)
         self.assertEqual(done.returncode, 0, done.stderr)
         self.assertEqual(self.read("GITHUB_OUTPUT"), f"against=git:{base}\n")
-        done = self.step("Check", clone, AGAINST=f"git:{base}", SCHEMA_PATHS="schemas", SARIF="")
+        done = self.step("Check", clone, AGAINST=f"git:{base}", PROJECT="", SCHEMA_PATHS="schemas", SARIF="")
         self.assertEqual(done.returncode, 1, done.stderr)
 
     def test_merge_base_in_a_shallow_clone(self):
@@ -198,14 +198,26 @@ class Action(Repository):
             done = self.step("Find the base commit", clone, AGAINST=against)
             self.assertEqual(done.returncode, 0, done.stderr)
             found = self.read("GITHUB_OUTPUT").splitlines()[-1].removeprefix("against=")
-            done = self.step("Check", clone, AGAINST=found, SCHEMA_PATHS="schemas", SARIF="")
+            done = self.step("Check", clone, AGAINST=found, PROJECT="", SCHEMA_PATHS="schemas", SARIF="")
             self.assertEqual(done.returncode, status, done.stdout + done.stderr)
+
+    def test_other_directory_and_project_file(self):
+        self.assertEqual(self.steps()["Check"]["working-directory"], "${{ inputs.working-directory }}")
+        self.write('[defaults]\nserver-version = "3.29.0"\n', "config/strict.toml")
+        long_field = GROWN.replace('type="uint32" version="2"', 'type="string" size="300000" version="2"')
+        base = self.git("rev-parse", "HEAD")
+        self.commit(long_field)
+        directory = os.path.join(self.repository, "schemas")
+        for project, status in (("", 0), ("../config/strict.toml", 1)):
+            done = self.step("Check", directory, AGAINST=f"git:{base}", PROJECT=project, SCHEMA_PATHS="my orders.xml", SARIF="")
+            self.assertEqual(done.returncode, status, done.stdout + done.stderr)
+        self.assertIn("::error file=schemas/my orders.xml,", done.stdout)
 
     def test_path_that_looks_like_an_option(self):
         base = self.git("rev-parse", "HEAD")
         self.write(NEW, "--output=x.xml")
         self.commit(OLD)
-        done = self.step("Check", AGAINST=f"git:{base}", SCHEMA_PATHS="--output=x.xml", SARIF="")
+        done = self.step("Check", AGAINST=f"git:{base}", PROJECT="", SCHEMA_PATHS="--output=x.xml", SARIF="")
         self.assertEqual(done.returncode, 0, done.stderr)
         self.assertIn("--output=x.xml", self.read("GITHUB_STEP_SUMMARY"))
         self.assertFalse(os.path.exists(os.path.join(self.repository, "x.xml")))

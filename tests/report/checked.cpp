@@ -55,6 +55,7 @@ int VersionOf(const std::string& stem) {
 CheckedReport CheckCases(const std::vector<std::string>& names) {
   CheckedReport checked;
   checked.report.command = "check";
+  checked.report.path_prefix = "";
   for (const std::string& name : names) {
     const std::string folder = "tests/cases/" + name;
     const korvel::Pair pair = AddPair(checked, folder + "/old.xml", folder + "/new.xml");
@@ -81,6 +82,7 @@ std::vector<Example> Examples() {
 CheckedReport CheckExample(const Example& example) {
   CheckedReport checked;
   checked.report.command = "check";
+  checked.report.path_prefix = "";
   const korvel::Pair pair = AddPair(checked, example.old_file, example.new_file);
   PartialSettings settings;
   if (example.name == kByServer) settings.server_version = kOldServer;

@@ -61,6 +61,7 @@ Checked Check(const std::string& old_metas, const std::string& new_metas, bool a
   checked.sources.push_back(ReadSource("old.xml", library(5, old_metas)));
   checked.sources.push_back(ReadSource("new.xml", library(6, new_metas)));
   checked.report.command = "check";
+  checked.report.path_prefix = "";
   checked.report.inputs = {{"old", &checked.sources.front()}, {"new", &checked.sources.back()}};
   for (const std::string_view name : checked.sources.front().tables) CheckOperation(checked, std::string(name), ask);
   return checked;

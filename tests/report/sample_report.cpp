@@ -73,6 +73,7 @@ class Maker {
     sample_.old_source = std::make_unique<Source>(ReadSource("old" + suffix + ".xml", kOld));
     sample_.new_source = std::make_unique<Source>(ReadSource("new" + suffix + ".xml", kNew));
     sample_.report.command = "check";
+    sample_.report.path_prefix = "";
     sample_.report.inputs = {{"old", sample_.old_source.get()}, {"new", sample_.new_source.get()}};
   }
 

@@ -88,6 +88,7 @@ SharedReport MakeSharedReport(std::size_t tables, std::size_t fields) {
   made.old_source = std::make_unique<korvel::Source>(ReadSource("old.xml", Schema(1, "int32", tables, fields)));
   made.new_source = std::make_unique<korvel::Source>(ReadSource("new.xml", Schema(2, "int8", tables, fields)));
   made.report.command = "check";
+  made.report.path_prefix = "";
   made.report.inputs = {{"old", made.old_source.get()}, {"new", made.new_source.get()}};
   for (std::size_t i = 0; i < tables; ++i) made.report.tables.push_back(Maker(made).Table(i, fields));
   return made;

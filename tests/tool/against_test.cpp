@@ -1,6 +1,8 @@
 // Compares a project's schema files with those of a commit or a directory.
 #include <gmock/gmock.h>
 
+#include <nlohmann/json.hpp>
+
 #include "project_repository.h"
 
 namespace tool_test {
@@ -387,6 +389,26 @@ TEST_F(AgainstTest, SaysWhyPathSelectsNothing) {
                    "there\n");
   ExpectInputError(Against({"docs"}), "korvelcheck: docs: none of its 1 files matches 'paths' of the project file\n");
   ExpectInputError(Against({"--no-project", "docs"}), "korvelcheck: docs: none of its 1 files has the suffix .xml or .qmb\n");
+}
+
+// --- Paths for services ---
+
+TEST_F(AgainstTest, ServicesGetPathsFromTheTopOfTheRepository) {
+  Write("schemas/users.xml", Schema("users", "uint32"));
+  const auto path_in = [&](const std::vector<std::string>& more) {
+    std::vector<std::string> arguments = {"--format", "gitlab", "../users.xml"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    const auto json = nlohmann::json::parse(Against(arguments, "schemas/deep").out);
+    return json[0]["location"]["path"].get<std::string>();
+  };
+  EXPECT_EQ(path_in({}), "schemas/users.xml");
+  EXPECT_EQ(path_in({"--path-prefix", "a/b/c/"}), "a/b/users.xml");
+  const auto sarif = nlohmann::json::parse(Against({"--format", "sarif", "../users.xml"}, "schemas/deep").out);
+  const auto& result = sarif["runs"][0]["results"][0];
+  for (const auto& location : {result["locations"][0], result["relatedLocations"][0]}) {
+    EXPECT_EQ(location["physicalLocation"]["artifactLocation"]["uri"], "schemas/users.xml");
+    EXPECT_EQ(location["physicalLocation"]["artifactLocation"]["uriBaseId"], "SRCROOT");
+  }
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include "base/characters.h"
 #include "report/render/render.h"
 #include "report/result/issues.h"
+#include "report/result/service_path.h"
 
 namespace korvel {
 namespace {
@@ -26,8 +27,8 @@ std::string Property(const char* name, const std::string& value) {
 }
 
 // `endColumn` is the last marked column; it is allowed only if the range ends on the line where it begins.
-std::string LocationProperties(const TextRange& range) {
-  const std::string path = ServicePath(range.file);
+std::string LocationProperties(const TextRange& range, const ServicePaths& paths) {
+  const std::string path = paths.Of(range.file);
   if (path.empty()) return "";
   std::string text = Property("file", path) + ",";
   if (!range.begin) return text;
@@ -38,10 +39,10 @@ std::string LocationProperties(const TextRange& range) {
          ",";
 }
 
-std::string Command(const Issue& issue) {
+std::string Command(const Issue& issue, const ServicePaths& paths) {
   std::string message = issue.summary;
   for (const std::string& line : DetailsOf(issue)) message += "\n" + line;
-  return std::string("::") + (issue.waived ? "notice " : "error ") + LocationProperties(issue.location) +
+  return std::string("::") + (issue.waived ? "notice " : "error ") + LocationProperties(issue.location, paths) +
          Property("title", "korvelcheck: " + issue.rule) + "::" + EscapeForCommand(ValidUtf8(message), false) + "\n";
 }
 
@@ -54,7 +55,8 @@ std::string RenderGithub(const Report& report) {
   for (const FileNote& note : report.files) message += "\n" + ToText(note);
   std::string text = "::notice title=korvelcheck::" + EscapeForCommand(ValidUtf8(message), false) + "\n";
   const Issues issues(folded);
-  for (const Issue& issue : issues.all()) text += Command(issue);
+  const ServicePaths paths(report.path_prefix);
+  for (const Issue& issue : issues.all()) text += Command(issue, paths);
   return text;
 }
 

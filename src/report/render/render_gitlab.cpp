@@ -4,14 +4,15 @@
 #include "report/render/json_stream.h"
 #include "report/render/render.h"
 #include "report/result/issues.h"
+#include "report/result/service_path.h"
 
 namespace korvel {
 namespace {
 
-nlohmann::ordered_json EntryOf(const Issue& issue) {
+nlohmann::ordered_json EntryOf(const Issue& issue, const ServicePaths& paths) {
   std::string body;
   for (const std::string& line : DetailsOf(issue)) body += "- " + MarkdownText(line) + "\n";
-  const std::string path = ServicePath(issue.location.file);
+  const std::string path = paths.Of(issue.location.file);
   // Every entry needs a line, also that of an image.
   const std::size_t line = issue.location.begin ? issue.location.begin->line : 1;
   const std::size_t end = issue.location.begin ? issue.location.end.line : 1;
@@ -29,9 +30,10 @@ nlohmann::ordered_json EntryOf(const Issue& issue) {
 void WriteGitlab(const Report& report, const TextSink& sink) {
   const FoldedReport folded(report);
   const Issues issues(folded);
+  const ServicePaths paths(report.path_prefix);
   JsonStream json(sink);
   json.Begin('[');
-  for (const Issue& issue : issues.all()) json.Add(EntryOf(issue));
+  for (const Issue& issue : issues.all()) json.Add(EntryOf(issue, paths));
   json.End();
 }
 

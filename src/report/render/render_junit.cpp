@@ -8,6 +8,7 @@
 #include "base/text.h"
 #include "report/render/render.h"
 #include "report/result/issues.h"
+#include "report/result/service_path.h"
 #include "schema/xml_writer.h"
 
 namespace korvel {
@@ -76,7 +77,12 @@ struct Counts {
 class JunitReport {
  public:
   JunitReport(const Report& report, const TextSink& sink)
-      : report_(report), folded_(report), issues_(folded_), next_(issues_.all().begin()), sink_(sink) {}
+      : report_(report),
+        folded_(report),
+        issues_(folded_),
+        next_(issues_.all().begin()),
+        paths_(report.path_prefix),
+        sink_(sink) {}
 
   void Write() {
     sink_("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites" + Attribute("name", "korvelcheck " + report_.command) +
@@ -107,7 +113,7 @@ class JunitReport {
     for (const FoldedTable& table : tables) counts.Add(*table.table);
     sink_("  <testsuite" + Attribute("name", name) + counts.Attributes() + ">\n");
     for (const FoldedTable& table : tables) {
-      sink_(CaseText(name, table.table->table, ServicePath(table.table->declared.source->name), BodyOf(table)));
+      sink_(CaseText(name, table.table->table, paths_.Of(table.table->declared.source->name), BodyOf(table)));
     }
     sink_("  </testsuite>\n");
   }
@@ -127,7 +133,7 @@ class JunitReport {
     const Counts counts{report_.project.size(), report_.project.size(), 0};
     sink_("  <testsuite" + Attribute("name", name) + counts.Attributes() + ">\n");
     for (; next_ != issues_.all().end(); ++next_) {
-      sink_(CaseText(name, next_->rule + " at " + ToText(next_->location), ServicePath(next_->location.file), ProblemOf(*next_)));
+      sink_(CaseText(name, next_->rule + " at " + ToText(next_->location), paths_.Of(next_->location.file), ProblemOf(*next_)));
     }
     sink_("  </testsuite>\n");
   }
@@ -136,6 +142,7 @@ class JunitReport {
   FoldedReport folded_;
   Issues issues_;
   std::vector<Issue>::const_iterator next_;
+  ServicePaths paths_;
   const TextSink& sink_;
 };
 

@@ -7,6 +7,7 @@
 #include "report/render/json_stream.h"
 #include "report/render/render.h"
 #include "report/result/issues.h"
+#include "report/result/service_path.h"
 #include "rule_docs/rule_docs.h"
 
 namespace korvel {
@@ -26,9 +27,14 @@ std::string UriOf(const std::string& path) {
   return uri;
 }
 
-Json ArtifactOf(const std::string& file) {
-  const std::string path = ServicePath(file);
-  return {{"uri", UriOf(path.empty() ? file : path)}};
+// What relative URIs are relative to; services know where that is.
+constexpr char kTop[] = "SRCROOT";
+
+Json ArtifactOf(const std::string& file, const ServicePaths& paths) {
+  const std::string path = paths.Of(file);
+  Json json = {{"uri", UriOf(path.empty() ? file : path)}};
+  if (!path.starts_with('/')) json["uriBaseId"] = kTop;
+  return json;
 }
 
 Json MessageOf(const std::string& text) { return {{"text", text}}; }
@@ -37,8 +43,8 @@ Json RegionOf(const qmx::LineColumn& begin, const qmx::LineColumn& end) {
   return {{"startLine", begin.line}, {"startColumn", begin.column}, {"endLine", end.line}, {"endColumn", end.column}};
 }
 
-Json PhysicalLocation(const TextRange& range) {
-  Json json = {{"artifactLocation", ArtifactOf(range.file)}};
+Json PhysicalLocation(const TextRange& range, const ServicePaths& paths) {
+  Json json = {{"artifactLocation", ArtifactOf(range.file, paths)}};
   if (!range.begin) return json;
   Json& region = json["region"] = RegionOf(*range.begin, range.end);
   const bool is_shown = range.begin->line == range.end.line && !range.line.empty();
@@ -85,6 +91,7 @@ struct OtherRule {
 
 constexpr OtherRule kOtherRules[] = {
     {kLimitRule, "a table has findings that are not listed, because a limit was reached"},
+    {"project.no-longer-checked", "the project file no longer selects a schema file that it selected before"},
     {"refused", "the checker refused the table without a text, or with a text that belongs to no rule"},
     {"waiver.expired", "a waiver in the project file has expired"},
     {"waiver.malformed", "a waiver in the project file is invalid"},
@@ -101,14 +108,20 @@ Json HelpOf(const RuleDoc& doc) {
           {"markdown", doc.protects + "\n\n**Allowed instead:** " + doc.allowed + "\n\n`" + call + "`" + more}};
 }
 
-// A reportingDescriptor. Services show it next to a result. It has no helpUri, because the pages of docs/rules have no fixed
-// address.
+// Where the page of a rule is published: "primary-key.size" is docs/rules/primary-key-size.md.
+std::string PageOf(std::string id) {
+  std::ranges::replace(id, '.', '-');
+  return KORVEL_HOMEPAGE "/blob/main/docs/rules/" + id + ".md";
+}
+
+// A reportingDescriptor. Services show it next to a result.
 Json SarifRule(const std::string& id) {
   Json rule = {{"id", id}};
   if (const RuleDoc* const doc = FindRuleDoc(id)) {
     rule["shortDescription"] = MessageOf(doc->row->summary);
     rule["fullDescription"] = MessageOf(doc->protects);
     rule["help"] = HelpOf(*doc);
+    rule["helpUri"] = PageOf(id);
   } else if (const auto* const other = std::ranges::find(kOtherRules, id, &OtherRule::id); other != std::end(kOtherRules)) {
     rule["shortDescription"] = MessageOf(other->summary);
   }
@@ -120,7 +133,10 @@ Json SarifRule(const std::string& id) {
 
 class SarifLog {
  public:
-  explicit SarifLog(const Report& report) : folded_(report), issues_(folded_), positions_(issues_.all()) { ListRules(); }
+  explicit SarifLog(const Report& report)
+      : folded_(report), issues_(folded_), positions_(issues_.all()), paths_(report.path_prefix) {
+    ListRules();
+  }
 
   void Write(const TextSink& sink) const {
     const Summary summary = Summarize(folded_);
@@ -130,8 +146,11 @@ class SarifLog {
     json.Add("version", "2.1.0");
     json.Begin("runs", '[');
     json.Begin('{');
-    json.Add("tool", {{"driver", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}, {"rules", rules_}}}});
+    json.Add("tool",
+             {{"driver",
+               {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}, {"informationUri", KORVEL_HOMEPAGE}, {"rules", rules_}}}});
     json.Add("invocations", Json::array({InvocationOf(summary)}));
+    json.Add("originalUriBaseIds", {{kTop, {{"description", MessageOf("the top of the repository")}}}});
     json.Add("columnKind", "unicodeCodePoints");
     json.Begin("results", '[');
     for (const Issue& issue : issues_.all()) json.Add(ResultOf(issue));
@@ -166,7 +185,7 @@ class SarifLog {
   Json ResultOf(const Issue& issue) const {
     std::string message = issue.summary;
     for (const std::string& line : DetailsOf(issue)) message += "\n" + line;
-    Json location = {{"physicalLocation", PhysicalLocation(issue.location)}};
+    Json location = {{"physicalLocation", PhysicalLocation(issue.location, paths_)}};
     if (issue.folded != nullptr) location["logicalLocations"] = LogicalLocations(*issue.folded);
     Json json = {{"ruleId", issue.rule},
                  {"ruleIndex", rule_positions_.at(issue.rule)},
@@ -177,7 +196,7 @@ class SarifLog {
     if (issue.old_location) {
       json["relatedLocations"] = Json::array({{{"id", 1},
                                                {"message", MessageOf("was: " + ToText(*issue.old_location))},
-                                               {"physicalLocation", PhysicalLocation(*issue.old_location)}}});
+                                               {"physicalLocation", PhysicalLocation(*issue.old_location, paths_)}}});
     }
     if (issue.folded != nullptr) {
       AddFindingTo(json, issue);
@@ -218,12 +237,13 @@ class SarifLog {
     }
     return {{"description", MessageOf(finding.suggestion)},
             {"artifactChanges",
-             Json::array({{{"artifactLocation", ArtifactOf(source.name)}, {"replacements", std::move(replacements)}}})}};
+             Json::array({{{"artifactLocation", ArtifactOf(source.name, paths_)}, {"replacements", std::move(replacements)}}})}};
   }
 
   FoldedReport folded_;
   Issues issues_;
   FixPositions positions_;
+  ServicePaths paths_;
   Json rules_;
   std::map<std::string, std::size_t> rule_positions_;
 };

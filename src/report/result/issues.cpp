@@ -1,8 +1,7 @@
-// Lists the problems of a report. Tested by tests/report/issues_test.cpp and formats_test.cpp.
+// Lists the problems of a report. Tested by tests/report/formats_test.cpp.
 #include "report/result/issues.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <map>
 
 #include "analysis/findings/finding.h"
@@ -122,21 +121,5 @@ std::vector<std::string> DetailsOf(const Issue& issue) {
 }
 
 std::string RuleIdOf(const Verdict& verdict) { return verdict.rule.empty() ? "refused" : verdict.rule; }
-
-std::string ServicePath(const std::string& file) {
-  if (file == "<stdin>") return "";
-  std::string path = file;
-  constexpr std::string_view kGit = "git:";
-  if (const std::size_t colon = path.find(':', kGit.size()); path.starts_with(kGit) && colon != std::string::npos) {
-    path.erase(0, colon + 1);
-  }
-  namespace fs = std::filesystem;
-  const fs::path normal = fs::path(path).lexically_normal();
-  if (!normal.is_absolute()) return normal.generic_string();
-  std::error_code failed;
-  const fs::path relative = normal.lexically_relative(fs::current_path(failed));
-  const bool is_below = !failed && !relative.empty() && *relative.begin() != "..";
-  return is_below ? relative.generic_string() : normal.generic_string();
-}
 
 }  // namespace korvel

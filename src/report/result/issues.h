@@ -57,8 +57,4 @@ std::vector<std::string> DetailsOf(const Issue& issue);
 // The rule of a refusal; "refused" for one without a rule in the catalog.
 std::string RuleIdOf(const Verdict& verdict);
 
-// The path of a file for services that show reports: relative to the working directory if the file is below it, with '/'; PATH
-// of "git:REV:PATH"; "" for standard input.
-std::string ServicePath(const std::string& file);
-
 }  // namespace korvel

@@ -50,6 +50,7 @@ struct Report {
   std::vector<TableResult> tables;        // tables of one pair of sources are adjacent
   std::vector<FileNote> files;            // empty unless the command compared a whole project
   std::vector<ProjectFinding> project;
+  std::optional<std::string> path_prefix;   // see ServicePaths
   std::size_t max_findings = kMaxFindings;  // findings that are listed; see FoldedReport
 };
 

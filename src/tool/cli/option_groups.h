@@ -81,6 +81,7 @@ struct LogOptions {
 // --format of a report, --output, --log
 struct ReportOptions {
   const Format* format = Formats().data();
+  std::optional<std::string> path_prefix;  // see ServicePaths
   OutputOption output;
   LogOptions log;
 

@@ -44,8 +44,8 @@ int RunReport(const ReportOptions& options, const std::vector<std::string>& inpu
   vesk::ClosedCategory closed;
   // Never destroyed: the end of the process gives the memory of the schemas back faster.
   static std::vector<std::unique_ptr<CommandResult>>& results = *new std::vector<std::unique_ptr<CommandResult>>;
-  const CommandResult& result =
-      *results.emplace_back(std::make_unique<CommandResult>(check(log ? log->handle() : closed.handle())));
+  CommandResult& result = *results.emplace_back(std::make_unique<CommandResult>(check(log ? log->handle() : closed.handle())));
+  result.report.path_prefix = options.path_prefix;
   if (log) log->Close();
   for (const Input& input : result.inputs) RequireUnchanged(input);
   options.output.Write([&](const TextSink& sink) { options.format->write(result.report, options.output.CanColor(), sink); });

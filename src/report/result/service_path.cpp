@@ -1,0 +1,51 @@
+// Tested by tests/report/service_path_test.cpp.
+#include "report/result/service_path.h"
+
+#include <string_view>
+#include <system_error>
+
+namespace korvel {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The nearest directory with an entry .git, as git finds it; the directory itself if there is none.
+fs::path TopOf(const fs::path& directory) {
+  std::error_code ignored;
+  for (fs::path top = directory; top.has_relative_path(); top = top.parent_path()) {
+    if (fs::exists(top / ".git", ignored)) return top;
+  }
+  return directory;
+}
+
+// PATH of "git:REV:PATH"; nullopt for other names.
+std::optional<std::string> PathInCommit(const std::string& file) {
+  constexpr std::string_view kGit = "git:";
+  const std::size_t colon = file.find(':', kGit.size());
+  if (!file.starts_with(kGit) || colon == std::string::npos) return std::nullopt;
+  return file.substr(colon + 1);
+}
+
+bool LeadsOut(const fs::path& path) { return path.empty() || *path.begin() == ".."; }
+
+}  // namespace
+
+ServicePaths::ServicePaths(const std::optional<std::string>& prefix) : prefix_(prefix.value_or("")) {
+  std::error_code ignored;
+  here_ = fs::current_path(ignored);
+  top_ = TopOf(here_);
+  base_ = prefix ? here_ : top_;
+}
+
+std::string ServicePaths::Of(const std::string& file) const {
+  if (file == "<stdin>") return "";
+  const std::optional<std::string> in_commit = PathInCommit(file);
+  const fs::path given = in_commit.value_or(file);
+  const bool is_from_here = !in_commit || in_commit->starts_with("./") || in_commit->starts_with("../");
+  const fs::path whole = ((is_from_here ? here_ : top_) / given).lexically_normal();
+  const fs::path relative = whole.lexically_relative(base_);
+  if (LeadsOut(relative) && given.is_absolute()) return whole.generic_string();
+  return (fs::path(prefix_) / relative).lexically_normal().generic_string();
+}
+
+}  // namespace korvel

@@ -1,0 +1,28 @@
+// Paths of files as services show them: from the top of the repository, whatever the working directory is.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace korvel {
+
+// Finds the top of the repository once. Const operations may run on several threads at once.
+class ServicePaths {
+ public:
+  // With a prefix, paths are relative to the working directory and begin with the prefix. Without one, they are relative to the
+  // top of the work tree of git that contains the working directory, or to the working directory if there is none.
+  explicit ServicePaths(const std::optional<std::string>& prefix);
+
+  // The path of a file of a report, with '/'. Of "git:REV:PATH", which is relative to the top, that of PATH. "" for standard
+  // input. A file outside of the base keeps an absolute path, and a relative path begins with "../".
+  std::string Of(const std::string& file) const;
+
+ private:
+  std::filesystem::path here_;
+  std::filesystem::path top_;
+  std::filesystem::path base_;  // of the paths
+  std::string prefix_;
+};
+
+}  // namespace korvel
