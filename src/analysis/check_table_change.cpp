@@ -2,6 +2,8 @@
 // and tests/report.
 #include "analysis/check_table_change.h"
 
+#include <map>
+
 #include "analysis/findings/findings.h"
 #include "analysis/findings/run_checker.h"
 #include "analysis/suggest/suggestions.h"
@@ -24,34 +26,70 @@ TableResult CheckOperation(const Pair& pair, const TableNames& table, const std:
 
 namespace {
 
-// Compares both sides of a checked table and finds what is refused.
-void AddChanges(const TableCheck& check, const TableContext& context, TableResult& result) {
-  if (!context.new_source.HasMeta(context.table)) {
-    result.changes = FindRemovedTable(context, result.verdict);
-    if (check.wants_suggestions) FindSuggestionsForRemovedTable(context, *result.changes);
-    return;
+// The settings of a result: all are present.
+Settings SettingsOf(const TableResult& result) {
+  const PartialSettings& settings = result.settings;
+  return {*settings.type, *settings.created_as, *settings.server_version, *settings.whitelist, *settings.list_num};
+}
+
+// Searches this table itself. The waivers stay.
+void ReplaceBorrowedTexts(const TableContext& context, const Difference& difference, std::size_t max_findings,
+                          TableResult& result) {
+  std::map<std::string, Waiver> waivers;
+  for (const Finding& finding : result.changes->findings) {
+    if (finding.waiver) waivers.emplace(finding.fingerprint, *finding.waiver);
   }
-  const Difference difference(context.old_source, context.new_source, context.table);
-  result.changes = FindChanges(context, difference, result.verdict, check.max_findings);
-  if (result.verdict.Refused() && check.wants_suggestions) {
-    FindSuggestions(context, difference, *result.changes, check.wants_fixes);
+  result.changes = FindChanges(context, difference, result.verdict, max_findings);
+  for (Finding& finding : result.changes->findings) {
+    if (const auto found = waivers.find(finding.fingerprint); found != waivers.end()) finding.waiver = found->second;
   }
 }
 
 }  // namespace
 
 TableResult CheckTableChange(const TableCheck& check) {
+  TableResult result = CheckVerdict(check);
+  AddChanges(check, nullptr, result);
+  SuggestionWork work;
+  if (check.wants_suggestions) AddSuggestions(result, check.max_findings, check.wants_fixes, work);
+  return result;
+}
+
+void AddChanges(const TableCheck& check, SharedSearches* shared, TableResult& result) {
+  if (result.status != Status::kRefused && !check.wants_allowed_changes) return;
+  const Settings settings = SettingsOf(result);
+  const TableContext context{check.sources.first, check.sources.second, check.table, settings};
+  if (!context.new_source.HasMeta(context.table)) {
+    result.changes = FindRemovedTable(context, result.verdict);
+    return;
+  }
+  const Difference difference(context.old_source, context.new_source, context.table);
+  result.changes = FindChanges(context, difference, result.verdict, check.max_findings, shared);
+}
+
+void AddSuggestions(TableResult& result, std::size_t max_findings, bool with_fixes, SuggestionWork& work) {
+  if (result.status != Status::kRefused || !result.changes) return;
+  const Settings settings = SettingsOf(result);
+  const TableContext context{*result.first, *result.second, result.table, settings};
+  if (!context.new_source.HasMeta(context.table)) {
+    FindSuggestionsForRemovedTable(context, *result.changes);
+    return;
+  }
+  const Difference difference(context.old_source, context.new_source, context.table);
+  if (result.changes->borrows_texts) ReplaceBorrowedTexts(context, difference, max_findings, result);
+  FindSuggestions(context, difference, *result.changes, with_fixes, work);
+}
+
+TableResult CheckVerdict(const TableCheck& check) {
   const Source& old_source = check.sources.first;
   const Source& new_source = check.sources.second;
   const Settings settings = ResolveSettings(check.given, old_source, check.table);
-  const TableContext context{old_source, new_source, check.table, settings};
   TableResult result = CheckOperation(check.sources, {check.table, check.table}, [&](ModifyTable& checker) {
     return checker.KorvelModifyTable(old_source.Library(), new_source.Library(), check.table.c_str(), settings.type,
                                      settings.created_as, check.log, settings.server_version, settings.whitelist,
                                      settings.list_num);
   });
   result.settings = {settings.type, settings.created_as, settings.server_version, settings.whitelist, settings.list_num};
-  if (result.status == Status::kRefused || check.wants_allowed_changes) AddChanges(check, context, result);
   return result;
 }
 

@@ -10,6 +10,8 @@
 #include <string>
 
 #include "analysis/findings/finding.h"
+#include "analysis/findings/shared_searches.h"
+#include "analysis/suggest/work_limit.h"
 #include "base/limits.h"
 #include "common/modify_table.h"
 #include "schema/selection.h"
@@ -48,6 +50,18 @@ struct TableCheck {
 // The whole check of a table. A refused table has changes and findings, and what else `check` wants. An allowed table has changes
 // only if `check` wants them: otherwise the cost is that of the checker alone, and no model of the table is built.
 TableResult CheckTableChange(const TableCheck& check);
+
+// The same in three steps, for the tables of one call. First the verdict alone: a result without changes.
+TableResult CheckVerdict(const TableCheck& check);
+
+// Then the changes, if the table is refused or `check` wants them. `shared` is for the tables of one pair of sources; null: none.
+// Without suggestions.
+void AddChanges(const TableCheck& check, SharedSearches* shared, TableResult& result);
+
+// Then a suggestion for each finding, and its fix with `with_fixes`; nothing for a table without findings. Texts of another table
+// (Changes::borrows_texts) are replaced by those of this one, and all other members stay. REQUIRES: the changes were found with
+// the same `max_findings`.
+void AddSuggestions(TableResult& result, std::size_t max_findings, bool with_fixes, SuggestionWork& work);
 
 // A table's name in each file; the names differ only if the destination has another name.
 struct TableNames {

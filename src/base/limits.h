@@ -7,7 +7,8 @@ namespace korvel {
 
 // Findings that a report lists, and findings of a table after which the search stops, unless a call sets another limit.
 inline constexpr std::size_t kMaxFindings = 1000;
-// Parts of models (PartsOf) that the search for suggestions visits for one table; each run of the checker visits all of them.
+// Parts of models (PartsOf) that a call visits to search suggestions, and as many to make fixes. In the search, each run of the
+// checker visits all parts of a table.
 inline constexpr std::size_t kMaxWork = 10'000'000;
 // Paths from a table to a structure that an edit lists.
 inline constexpr std::size_t kMaxPaths = 8;

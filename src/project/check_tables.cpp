@@ -3,10 +3,14 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
+#include <set>
+#include <span>
 #include <thread>
 #include <unordered_set>
 
 #include "base/parallel.h"
+#include "report/result/fold.h"
 
 namespace korvel {
 
@@ -20,16 +24,55 @@ TableCheck CheckFor(const Pair& pair, const std::string& table, const CheckOptio
           .given = GivenFor(options.given, options.project, table),
           .max_findings = options.max_findings,
           .wants_allowed_changes = options.wants_allowed_changes,
-          .wants_suggestions = options.wants_suggestions,
-          .wants_fixes = options.wants_fixes,
+          .wants_suggestions = false,
           .log = options.log};
 }
 
-std::vector<TableResult> CheckTables(const Pair& pair, const CheckOptions& options) {
-  std::vector<TableResult> results;
-  for (const std::string_view table : pair.first.tables) {
-    if (IsWanted(options, table)) results.push_back(CheckTableChange(CheckFor(pair, std::string(table), options)));
+namespace {
+
+bool IsRefused(const TableResult& result) { return result.status == Status::kRefused; }
+
+std::optional<std::string> KeyOf(const TableCheck& check, const TableResult& result) {
+  if (!IsRefused(result)) return std::nullopt;
+  const Settings settings = ResolveSettings(check.given, check.sources.first, check.table);
+  return SearchKeyOf({check.sources.first, check.sources.second, check.table, settings}, check.max_findings);
+}
+
+// The changes of these results. The first table of each key is searched before the others, so that the result does not depend on
+// the number of threads.
+void AddAllChanges(const std::vector<TableCheck>& checks, std::span<TableResult> results, std::size_t threads) {
+  std::vector<std::size_t> first;
+  std::vector<std::size_t> others;
+  std::set<std::string> keys;
+  const bool is_shared = std::ranges::count_if(results, IsRefused) > 1;
+  for (std::size_t i = 0; i < checks.size(); ++i) {
+    const std::optional<std::string> key = is_shared ? KeyOf(checks[i], results[i]) : std::nullopt;
+    (key && !keys.insert(*key).second ? others : first).push_back(i);
   }
+  SharedSearches shared;
+  for (const std::vector<std::size_t>* tables : {&first, &others}) {
+    ForEach(tables->size(), threads,
+            [&](std::size_t i) { AddChanges(checks[(*tables)[i]], is_shared ? &shared : nullptr, results[(*tables)[i]]); });
+  }
+}
+
+void CheckAll(const std::vector<TableCheck>& checks, std::span<TableResult> results, bool in_order, std::size_t threads) {
+  ForEach(checks.size(), in_order ? 1 : threads, [&](std::size_t i) { results[i] = CheckVerdict(checks[i]); });
+  AddAllChanges(checks, results, threads);
+}
+
+// A large pair is worth several threads.
+std::size_t ThreadsFor(std::size_t bytes) { return bytes >= kWorthAThread ? std::thread::hardware_concurrency() : 1; }
+
+}  // namespace
+
+std::vector<TableResult> CheckTables(const Pair& pair, const CheckOptions& options) {
+  std::vector<TableCheck> checks;
+  for (const std::string_view table : pair.first.tables) {
+    if (IsWanted(options, table)) checks.push_back(CheckFor(pair, std::string(table), options));
+  }
+  std::vector<TableResult> results(checks.size());
+  CheckAll(checks, results, options.in_order, 1);
   std::ranges::move(NewTables(pair.second, pair.first.tables, options), std::back_inserter(results));
   return results;
 }
@@ -50,9 +93,78 @@ void CheckEachTable(Report& report, const std::vector<std::string>& tables, bool
                     const std::function<TableResult(const std::string&)>& check) {
   const std::size_t first = report.tables.size();
   report.tables.resize(first + tables.size());
-  const bool is_worth_threads = !in_order && report.inputs.front().source->metalib.size() >= kWorthAThread;
-  ForEach(tables.size(), is_worth_threads ? std::thread::hardware_concurrency() : 1,
+  ForEach(tables.size(), in_order ? 1 : ThreadsFor(report.inputs.front().source->metalib.size()),
           [&](std::size_t i) { report.tables[first + i] = check(tables[i]); });
+}
+
+void CheckEachTable(Report& report, const Pair& pair, const std::vector<std::string>& tables, const CheckOptions& options) {
+  const std::size_t first = report.tables.size();
+  report.tables.resize(first + tables.size());
+  std::vector<TableCheck> checks;
+  for (const std::string& table : tables) checks.push_back(CheckFor(pair, table, options));
+  CheckAll(checks, std::span(report.tables).subspan(first), options.in_order, ThreadsFor(pair.first.metalib.size()));
+}
+
+namespace {
+
+// The tables with listed findings, in the order of the report.
+std::vector<TableResult*> TablesWithFindings(Report& report) {
+  const FoldedReport folded(report);
+  std::vector<TableResult*> tables;
+  for (std::size_t i = 0; i < report.tables.size(); ++i) {
+    if (!folded.tables()[i].findings.empty()) tables.push_back(&report.tables[i]);
+  }
+  return tables;
+}
+
+// Adds the work of a table that got `given` and left `after`. False, without a change, if it would have been limited by `work`.
+bool TakeDone(const SuggestionWork& given, const SuggestionWork& after, SuggestionWork& work) {
+  SuggestionWork taken = work;
+  const bool is_done = !after.is_reached() && taken.search.Take(given.search.left() - after.search.left()) &&
+                       taken.fixes.Take(given.fixes.left() - after.fixes.left());
+  if (is_done) work = taken;
+  return is_done;
+}
+
+// The tables get all work that is left, several at a time. What was left for a table in fact is known once those before it are
+// done: if it was less than the table has used, its search is repeated. So the result is as if the tables came one after the
+// other.
+class SuggestionSearch {
+ public:
+  SuggestionSearch(std::size_t max_findings, bool with_fixes) : max_findings_(max_findings), with_fixes_(with_fixes) {}
+
+  void Run(std::span<TableResult* const> tables) {
+    const SuggestionWork given = work_;
+    std::vector<SuggestionWork> after(tables.size(), given);
+    if (!given.is_reached()) {
+      ForEach(tables.size(), tables.size(), [&](std::size_t i) { Search(*tables[i], after[i]); });
+    }
+    for (std::size_t i = 0; i < tables.size(); ++i) {
+      const bool was_reached = work_.is_reached();
+      if (!TakeDone(given, after[i], work_)) Search(*tables[i], work_);
+      if (tables[i]->changes) tables[i]->changes->reached_work_limit = work_.is_reached() && !was_reached;
+    }
+  }
+
+ private:
+  void Search(TableResult& table, SuggestionWork& work) const { korvel::AddSuggestions(table, max_findings_, with_fixes_, work); }
+
+  std::size_t max_findings_;
+  bool with_fixes_;
+  SuggestionWork work_;
+};
+
+}  // namespace
+
+void AddSuggestions(Report& report, bool with_fixes) {
+  const std::vector<TableResult*> tables = TablesWithFindings(report);
+  std::size_t bytes = 0;
+  for (const TableResult* table : tables) bytes += table->first->metalib.size();
+  const std::size_t threads = ThreadsFor(bytes);
+  SuggestionSearch search(report.max_findings, with_fixes);
+  for (std::size_t begin = 0; begin < tables.size(); begin += threads) {
+    search.Run(std::span(tables).subspan(begin, std::min(threads, tables.size() - begin)));
+  }
 }
 
 }  // namespace korvel

@@ -20,8 +20,6 @@ struct CheckOptions {
   const Project* project = nullptr;         // null: none
   std::size_t max_findings = kMaxFindings;  // of a table; at least 1
   bool wants_allowed_changes = false;       // the changes of allowed tables
-  bool wants_suggestions = true;            // a suggestion for each finding
-  bool wants_fixes = false;                 // edits of the new file for each finding; they take time to find
   LPVESKCATEGORYINST log = nullptr;         // REQUIRED: not null when tables are checked
   bool in_order = false;  // check one table after the other, so that log records come in the order of the tables
 };
@@ -29,11 +27,11 @@ struct CheckOptions {
 // Whether the options select a table.
 bool IsWanted(const CheckOptions& options, std::string_view table);
 
-// The check of one table of a pair.
+// The check of one table of a pair, without suggestions.
 TableCheck CheckFor(const Pair& pair, const std::string& table, const CheckOptions& options);
 
 // Checks every wanted table of the first source, in its order; then come those that only the second has, as new. A structure that
-// became a table is new. Not in parallel.
+// became a table is new. Not in parallel. Without suggestions: see AddSuggestions.
 std::vector<TableResult> CheckTables(const Pair& pair, const CheckOptions& options);
 
 // The wanted tables of a source that are not among `old_tables`.
@@ -47,5 +45,15 @@ Pair PairOf(const Report& report);
 // `in_order` is set.
 void CheckEachTable(Report& report, const std::vector<std::string>& tables, bool in_order,
                     const std::function<TableResult(const std::string&)>& check);
+
+// The same for the whole check of tables of a pair, without suggestions. Tables that embed the same structures in the same way
+// share one search for findings.
+void CheckEachTable(Report& report, const Pair& pair, const std::vector<std::string>& tables, const CheckOptions& options);
+
+// Finds suggestions for the findings that the report lists, with fixes on request; those of the other tables stay empty, for
+// nobody sees them. The search is limited for the whole report (SuggestionWork): it visits the tables in their order, and
+// Changes::reached_work_limit says where it stopped. Runs on several threads where that pays; the result does not depend on their
+// number. Waivers decide which findings are listed, so they come before.
+void AddSuggestions(Report& report, bool with_fixes);
 
 }  // namespace korvel

@@ -56,8 +56,9 @@ Fixed Fix(const Sides& sides) {
   const Difference difference(old_source, new_source, "t");
   Fixed fixed;
   fixed.changes = FindChanges(context, difference, whole, kMaxFindings);
-  fixed.suggestion = Suggest(context, difference, fixed.changes);
-  FindSuggestions(context, difference, fixed.changes, true);
+  SuggestionWork work;
+  fixed.suggestion = Suggest(context, difference, fixed.changes, work.search);
+  FindSuggestions(context, difference, fixed.changes, true, work);
   const auto built = Build(fixed.suggestion.model);
   EXPECT_TRUE(built);
   const bool refused = RunChecker(old_source.Library(), built->get(), "t", settings).Refused();
@@ -232,7 +233,8 @@ Changes SuggestionsFor(const std::string& before, const Source& new_source) {
   const TableContext context{old_source, new_source, kTable, settings};
   const Difference difference(old_source, new_source, "t");
   Changes changes = FindChanges(context, difference, whole, kMaxFindings);
-  FindSuggestions(context, difference, changes, true);
+  SuggestionWork work;
+  FindSuggestions(context, difference, changes, true, work);
   return changes;
 }
 

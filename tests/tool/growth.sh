@@ -94,11 +94,12 @@ showing_levels() {
   instructions 1 "$program" check --format html "$work/old.xml" "$work/new.xml"
 }
 
-# Every tenth field has another type. Each is refused, and the cost of finding it does not depend on the number of fields.
+# finding_refusals FIELDS FORMAT: every tenth field has another type. Each is refused, and the cost of finding it and, if the format
+# shows fixes, of its fix does not depend on the number of fields.
 finding_refusals() {
   schema 1 "$1" >"$work/old.xml"
   sed 's/9" type="int32"/9" type="int8"/' "$work/old.xml" >"$work/new.xml"
-  instructions 1 "$program" check "$work/old.xml" "$work/new.xml"
+  instructions 1 "$program" check --format "$2" "$work/old.xml" "$work/new.xml"
 }
 
 # sharing_refusals TABLES FIELDS: every second field of a structure that all tables embed is refused.
@@ -154,8 +155,10 @@ entities=$(reading_entities 100000) twice=$(reading_entities 200000)
 doubling 'entities in an attribute' "$entities" "$twice"
 levels=$(showing_levels 50) twice=$(showing_levels 100)
 doubling 'levels of unions, each embedded twice in the next' "$levels" "$twice"
-found=$(finding_refusals 2000) twice=$(finding_refusals 4000)
+found=$(finding_refusals 2000 text) twice=$(finding_refusals 4000 text)
 doubling 'fields of a table, a tenth of which is refused' "$found" "$twice"
+found=$(finding_refusals 1000 json) twice=$(finding_refusals 2000 json)
+doubling 'fields of a table, a tenth of which is refused and gets a fix' "$found" "$twice"
 shared=$(sharing_refusals 5 200) tables=$(sharing_refusals 10 200) fields=$(sharing_refusals 5 400)
 doubling 'tables that share a structure with refused fields' "$shared" "$tables"
 doubling 'refused fields of a shared structure' "$shared" "$fields"

@@ -7,9 +7,6 @@
 namespace korvel {
 namespace {
 
-constexpr EditKinds kIndexKinds =
-    Bit(EditKind::kIndexAdded) | Bit(EditKind::kIndexRemoved) | Bit(EditKind::kIndexColumns) | Bit(EditKind::kIndexMoved);
-
 class Applier {
  public:
   Applier(const DifferenceParts& parts, const std::vector<bool>& chosen)

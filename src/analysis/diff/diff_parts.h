@@ -22,6 +22,9 @@ struct MetaNode {
   std::size_t end_edit = 0;
 };
 
+inline constexpr EditKinds kIndexKinds =
+    Bit(EditKind::kIndexAdded) | Bit(EditKind::kIndexRemoved) | Bit(EditKind::kIndexColumns) | Bit(EditKind::kIndexMoved);
+
 struct DifferenceParts {
   Model old_model;
   Model new_model;
@@ -36,6 +39,9 @@ void ListEdits(const Source& old_source, const Source& new_source, DifferencePar
 
 // Fills `needs`.
 void FindNeeds(DifferenceParts& parts);
+
+// A meta without its entries.
+MetaModel HeadOf(const MetaModel& meta);
 
 // The library after the chosen edits; see Difference::Build.
 std::optional<qmx::Metalib> BuildLibrary(const DifferenceParts& parts, const std::vector<bool>& chosen);

@@ -18,6 +18,12 @@ namespace {
 // Bytes of a filler, unless a single entry has more: less than any limit on the length of a field.
 constexpr std::uint64_t kMaxFiller = std::uint64_t{64} << 10;
 
+// Entries without an id do not have the same one.
+bool IsNoKey(std::int32_t id) { return id < 0; }
+bool IsNoKey(const std::string&) { return false; }
+
+}  // namespace
+
 MetaModel HeadOf(const MetaModel& meta) {
   return {.name = meta.name,
           .kind = meta.kind,
@@ -27,12 +33,6 @@ MetaModel HeadOf(const MetaModel& meta) {
           .indexes = meta.indexes,
           .position = meta.position};
 }
-
-// Entries without an id do not have the same one.
-bool IsNoKey(std::int32_t id) { return id < 0; }
-bool IsNoKey(const std::string&) { return false; }
-
-}  // namespace
 
 MetaOutline::MetaOutline(const MetaNode& node, LPQMXMETA meta)
     : old_meta_(*node.old_meta),

@@ -62,7 +62,10 @@ struct Changes {
   std::vector<Finding> findings;   // empty if and only if the whole change is allowed
   // The verdict about the old schema with all allowed edits and no others. Refused only if the refusal is pre-existing.
   Verdict allowed_together;
-  bool stopped = false;  // the limit of findings was reached
+  bool stopped = false;             // the limit of findings was reached
+  bool reached_work_limit = false;  // the call reached a limit of SuggestionWork at this table
+  // The texts of the findings are those of another table that embeds the same structures (SharedSearches), and may name it.
+  bool borrows_texts = false;
 };
 
 // 16 hexadecimal digits: a hash of a text. Stored in project files: do not change.

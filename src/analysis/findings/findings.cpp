@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <map>
 #include <optional>
+#include <set>
+#include <tuple>
 
 #include "analysis/findings/change_checker.h"
 #include "analysis/findings/run_checker.h"
@@ -153,10 +155,7 @@ SearchInput InputFor(const TableContext& context, const Difference& difference, 
 
 // What is allowed together is checked with the whole table at the end. If the excerpts have missed a refusal, the search is
 // repeated without them.
-SearchResult SearchEdits(const TableContext& context, const Difference& difference, const std::vector<BadField>& bad_fields,
-                         std::size_t limit) {
-  SearchInput input = InputFor(context, difference, bad_fields, limit);
-  ChangeChecker checker(context, difference);
+SearchResult SearchWith(ChangeChecker& checker, SearchInput& input) {
   input.check = [&](const std::vector<EditSet>& sets) { return checker.Check(sets); };
   SearchResult found = Search(input);
   if (!checker.has_excerpts()) return found;
@@ -164,6 +163,54 @@ SearchResult SearchEdits(const TableContext& context, const Difference& differen
   if (together && !together->Refused()) return found;
   checker.DropExcerpts();
   return Search(input);
+}
+
+// Whether the checker refuses the first set of each rule and code, for the same reason.
+bool ConfirmsRefusals(const ChangeChecker& checker, const Difference& difference, const std::vector<RejectedSet>& refusals) {
+  std::set<std::tuple<std::string, int>> seen;
+  std::vector<EditSet> sets;
+  std::vector<const Verdict*> expected;
+  for (const RejectedSet& refusal : refusals) {
+    if (!seen.emplace(refusal.verdict.rule, refusal.verdict.code).second) continue;
+    EditSet& set = sets.emplace_back(difference.edits().size());
+    for (const std::size_t edit : refusal.edits) {
+      set[edit] = true;
+      for (const std::size_t need : difference.Needs(edit)) set[need] = true;
+    }
+    expected.push_back(&refusal.verdict);
+  }
+  const std::vector<CheckAnswer> answers = checker.Check(sets);
+  return std::ranges::equal(answers, expected, [](const CheckAnswer& answer, const Verdict* verdict) {
+    return answer && answer->rule == verdict->rule && answer->code == verdict->code;
+  });
+}
+
+// The division that was found for another table, if the checker confirms it for this one. All edits, and those that are allowed
+// together, are checked with the whole table.
+std::optional<SearchResult> Confirmed(const ChangeChecker& checker, const Difference& difference, const SharedSearch& search) {
+  if (!checker.has_excerpts() || !ConfirmsRefusals(checker, difference, search.refusals)) return std::nullopt;
+  CheckAnswer together = checker.CheckWhole(search.allowed);
+  if (!together || together->Refused()) return std::nullopt;
+  return SearchResult{search.allowed, std::move(together), search.refusals, search.stopped};
+}
+
+// Searches, or takes over what was found for another table. Sets `is_borrowed` if the texts of the refusals are those of another
+// table.
+SearchResult SearchEdits(const TableContext& context, const Difference& difference, const std::vector<BadField>& bad_fields,
+                         std::size_t limit, SharedSearches* shared, bool& is_borrowed) {
+  SearchInput input = InputFor(context, difference, bad_fields, limit);
+  ChangeChecker checker(context, difference);
+  const std::optional<std::string> key =
+      shared != nullptr && bad_fields.empty() && input.preexisting.empty() ? SearchKeyOf(context, limit) : std::nullopt;
+  if (!key) return SearchWith(checker, input);
+  if (const SharedSearch* const search = shared->Find(*key, difference)) {
+    std::optional<SearchResult> confirmed = Confirmed(checker, difference, *search);
+    is_borrowed = confirmed.has_value();
+    if (confirmed) return *std::move(confirmed);
+  }
+  SearchResult found = SearchWith(checker, input);
+  if (checker.has_excerpts()) shared->Add(*key, {difference, found.allowed, found.refusals, found.stopped});
+  return found;
 }
 
 // --- All findings ---
@@ -220,9 +267,9 @@ void AddWholeChange(const TableContext& context, const Verdict& whole, Changes& 
 }
 
 void AddFindings(const TableContext& context, const Difference& difference, const Verdict& whole, std::size_t limit,
-                 Changes& changes) {
+                 SharedSearches* shared, Changes& changes) {
   const std::vector<BadField> bad_fields = FindBadFields(difference, context.table, limit);
-  SearchResult found = SearchEdits(context, difference, bad_fields, limit);
+  SearchResult found = SearchEdits(context, difference, bad_fields, limit, shared, changes.borrows_texts);
   for (RejectedSet& refusal : found.refusals) {
     changes.findings.push_back(AboutEdits(changes.edits, std::move(refusal.edits), refusal.verdict));
   }
@@ -238,11 +285,12 @@ void AddFindings(const TableContext& context, const Difference& difference, cons
 
 }  // namespace
 
-Changes FindChanges(const TableContext& context, const Difference& difference, const Verdict& whole, std::size_t max_findings) {
+Changes FindChanges(const TableContext& context, const Difference& difference, const Verdict& whole, std::size_t max_findings,
+                    SharedSearches* shared) {
   Changes changes;
   changes.edits = difference.edits();
   if (whole.Refused()) {
-    AddFindings(context, difference, whole, max_findings, changes);
+    AddFindings(context, difference, whole, max_findings, shared, changes);
   } else {
     changes.status.assign(changes.edits.size(), EditStatus::kAllowed);
   }

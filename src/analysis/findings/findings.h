@@ -7,6 +7,7 @@
 
 #include "analysis/diff/diff.h"
 #include "analysis/findings/finding.h"
+#include "analysis/findings/shared_searches.h"
 #include "base/limits.h"
 #include "schema/table_context.h"
 
@@ -19,7 +20,12 @@ namespace korvel {
 //
 // The verdict of a finding is the checker's verdict about the old schema with its edits and what they need, and no others. One
 // exception: if another rule hides a bad field name, its verdict is about a table with only such a field (FindBadNames).
-Changes FindChanges(const TableContext& context, const Difference& difference, const Verdict& whole, std::size_t max_findings);
+//
+// With `shared`, the search is left to the first table that embeds the same structures in the same way; the checker confirms the
+// result with a few checks of this table. Then only the texts of the verdicts may be those of the other table
+// (Changes::borrows_texts).
+Changes FindChanges(const TableContext& context, const Difference& difference, const Verdict& whole, std::size_t max_findings,
+                    SharedSearches* shared = nullptr);
 
 // The same for a table that the new source does not have: one finding without edits.
 Changes FindRemovedTable(const TableContext& context, const Verdict& whole);

@@ -3,7 +3,10 @@
 #include "analysis/suggest/rewrite.h"
 
 #include <algorithm>
+#include <map>
+#include <span>
 #include <string_view>
+#include <type_traits>
 #include <unordered_map>
 
 #include "analysis/diff/alignment.h"
@@ -20,8 +23,10 @@ struct MetaText {
   std::string_view text;
   const qmx::SourceMap& offsets;
   std::uint32_t meta;
+  const std::vector<Slot>* positions = nullptr;  // if only some entries are known, their positions
 
   std::optional<std::size_t> Find(Kind kind, std::size_t item = 0, std::size_t column = 0) const {
+    if (kind == Kind::kEntry && positions != nullptr) item = (*positions)[item];
     return offsets.Find({kind, meta, static_cast<std::uint32_t>(item), static_cast<std::uint32_t>(column)});
   }
   // REQUIRES: the element exists.
@@ -127,13 +132,44 @@ std::vector<Slot> MatchItems(const std::vector<EntryModel>& present, const std::
   return partners;
 }
 
+// Whether a part of the entries tells which of the whole list are moved. If one entry passes only one other, either of them may
+// count as moved; if several entries pass others, it depends on how many others there are.
+bool TellsMoves(const Alignment& part) {
+  std::vector<Slot> kept;  // in the new order
+  Slot moved = kNoSlot;
+  for (std::size_t i = 0; i < part.new_count(); ++i) {
+    const Slot slot = part.OfNew(i);
+    if (part.IsAdded(slot)) continue;
+    kept.push_back(slot);
+    if (!part.IsMoved(slot)) continue;
+    if (moved != kNoSlot) return false;
+    moved = slot;
+  }
+  if (moved == kNoSlot) return true;
+  const auto at = std::ranges::find(kept, moved);
+  const auto passed = std::count_if(kept.begin(), at, [&](Slot slot) { return slot > moved; }) +
+                      std::count_if(at, kept.end(), [&](Slot slot) { return slot < moved; });
+  return passed > 1;
+}
+
+const std::vector<EntryModel>& ItemsOf(const OtherMeta& other, const EntryModel&) { return other.meta.entries; }
+const std::vector<IndexModel>& ItemsOf(const OtherMeta& other, const IndexModel&) { return other.meta.indexes; }
+const std::map<std::string_view, Slot>& PositionsOf(const OtherMeta& other, const EntryModel&) { return other.entries; }
+const std::map<std::string_view, Slot>& PositionsOf(const OtherMeta& other, const IndexModel&) { return other.indexes; }
+
+template <class Item>
+std::map<std::string_view, Slot> PositionsByName(const std::vector<Item>& items) {
+  std::map<std::string_view, Slot> positions;
+  for (std::size_t i = 0; i < items.size(); ++i) positions.emplace(items[i].name, static_cast<Slot>(i));
+  return positions;
+}
+
 // Changes one meta of the text.
 class MetaRewrite {
  public:
-  // `other` and `other_meta` are null if the other source has no such meta or no text.
-  MetaRewrite(TextEdits& edits, const MetaText& text, const MetaModel& present, const MetaText* other,
-              const MetaModel* other_meta)
-      : edits_(edits), text_(text), present_(present), other_(other), other_meta_(other_meta) {}
+  // `other` is null if the other source has no such meta or no text.
+  MetaRewrite(TextEdits& edits, const MetaText& text, const MetaModel& present, const OtherMeta* other)
+      : edits_(edits), text_(text), present_(present), other_(other) {}
 
   // False if XML cannot express it.
   bool Run(const MetaModel& wanted) {
@@ -145,16 +181,10 @@ class MetaRewrite {
     return written_;
   }
 
+  // False if only some entries are known, and they do not tell which ones have moved.
+  bool tells_moves() const { return tells_moves_; }
+
  private:
-  // The items of one kind in the other source.
-  template <class Item>
-  struct Others {
-    explicit Others(const std::vector<Item>& items_) : items(items_), positions(items_) {}
-
-    const std::vector<Item>& items;
-    Positions<Item> positions;
-  };
-
   // The last of the entries and keys in the text: added keys and indexes go behind it.
   std::size_t BehindKeys() const {
     std::size_t last = text_.OffsetOf(Kind::kEntry, present_.entries.size() - 1);
@@ -192,12 +222,12 @@ class MetaRewrite {
     if (present == wanted) return;
     const auto offset_of = [&](Slot slot) { return text_.OffsetOf(KindOf(present[slot]), slot); };
     const Alignment alignment(present.size(), MatchItems(present, wanted));
+    const bool is_part = std::is_same_v<Item, EntryModel> && text_.positions != nullptr;
+    if (is_part && !TellsMoves(alignment)) tells_moves_ = false;
     for (Slot slot = 0; slot < present.size(); ++slot) {
       if (alignment.IsRemoved(slot)) edits_.Remove(offset_of(slot));
       if (alignment.IsMoved(slot)) edits_.RemoveWithComments(offset_of(slot));
     }
-    static const std::vector<Item> kNone;
-    const Others<Item> others(other_ == nullptr ? kNone : other_meta_->*items);
     std::optional<std::size_t> anchor;
     for (std::size_t i = 0; i < wanted.size(); ++i) {
       const Slot slot = alignment.OfNew(i);
@@ -207,18 +237,22 @@ class MetaRewrite {
       } else {
         const bool in_front = !anchor && !present.empty();
         const std::size_t neighbour = in_front ? offset_of(0) : anchor.value_or(fallback);
-        const auto text = alignment.IsAdded(slot) ? TextOfAdded(others, wanted[i], LayoutAt(neighbour))
-                                                  : Copied(text_, slot, present[slot], wanted[i]);
+        const auto text =
+            alignment.IsAdded(slot) ? TextOfAdded(wanted[i], LayoutAt(neighbour)) : Copied(text_, slot, present[slot], wanted[i]);
         Insert(text, in_front ? &TextEdits::InsertBefore : &TextEdits::InsertBehind, neighbour);
       }
     }
   }
 
   template <class Item>
-  std::optional<std::string> TextOfAdded(const Others<Item>& others, const Item& wanted, const Layout& layout) {
-    const Slot slot = others.positions.Find(wanted.name);
-    if (slot != kNoSlot && HaveSameShape(others.items[slot], wanted)) {
-      const auto copied = Copied(*other_, slot, others.items[slot], wanted);
+  std::optional<std::string> TextOfAdded(const Item& wanted, const Layout& layout) {
+    if (other_ == nullptr) return Written(wanted, layout);
+    const auto found = PositionsOf(*other_, wanted).find(wanted.name);
+    const std::vector<Item>& items = ItemsOf(*other_, wanted);
+    if (found != PositionsOf(*other_, wanted).end() && HaveSameShape(items[found->second], wanted)) {
+      const SchemaText& text = *other_->source.text;
+      const auto copied =
+          Copied(MetaText{text.bytes, text.source_map, other_->position}, found->second, items[found->second], wanted);
       if (copied) return WithLineEnds(*copied, layout.line_end);
     }
     return Written(wanted, layout);
@@ -227,9 +261,9 @@ class MetaRewrite {
   TextEdits& edits_;
   const MetaText& text_;
   const MetaModel& present_;
-  const MetaText* other_;
-  const MetaModel* other_meta_;
+  const OtherMeta* other_;
   bool written_ = true;
+  bool tells_moves_ = true;
 };
 
 }  // namespace
@@ -237,10 +271,39 @@ class MetaRewrite {
 std::optional<std::vector<Replacement>> Rewriter::Rewrite(const Model& target) {
   if (!source_.text || qmx_get_meta_num(source_.Library()) == 0) return std::nullopt;
   TextEdits edits(source_.text->bytes);
-  const std::size_t outermost = *source_.text->source_map.Find({});
-  bool written = edits.ChangeAttributes(outermost, AttributesOf(present_.head()), AttributesOf(target));
+  bool written = ChangeHead(edits, target);
   for (const MetaModel& meta : target.metas) written = written && RewriteMeta(edits, meta);
   return written ? std::optional(edits.Finish()) : std::nullopt;
+}
+
+std::optional<std::vector<Replacement>> Rewriter::RewritePart(const Model& target, const AppliedPart& part) {
+  TextEdits edits(source_.text->bytes);
+  bool written = ChangeHead(edits, target);
+  const MetaModel& wanted = target.metas.front();
+  if (part.present != wanted) {
+    MetaText text = *TextOf(source_, wanted.name);
+    text.positions = &part.positions;
+    MetaRewrite rewrite(edits, text, part.present, OtherOf(wanted.name));
+    written = rewrite.Run(wanted) && written;
+    if (!rewrite.tells_moves()) return std::nullopt;
+  }
+  for (const MetaModel& meta : std::span(target.metas).subspan(1)) written = written && RewriteMeta(edits, meta);
+  return written ? edits.Finish() : std::vector<Replacement>();
+}
+
+bool Rewriter::ChangeHead(TextEdits& edits, const Model& target) const {
+  const std::size_t outermost = *source_.text->source_map.Find({});
+  return edits.ChangeAttributes(outermost, AttributesOf(present_.head()), AttributesOf(target));
+}
+
+const OtherMeta* Rewriter::OtherOf(const std::string& meta) {
+  const auto [found, is_new] = copied_from_.try_emplace(meta);
+  const MetaModel* const model = is_new && other_.text ? others_.Find(meta) : nullptr;
+  if (model != nullptr) {
+    found->second.emplace(
+        OtherMeta{other_, *PositionOf(other_, meta), *model, PositionsByName(model->entries), PositionsByName(model->indexes)});
+  }
+  return found->second ? &*found->second : nullptr;
 }
 
 bool Rewriter::RewriteMeta(TextEdits& edits, const MetaModel& wanted) {
@@ -248,9 +311,7 @@ bool Rewriter::RewriteMeta(TextEdits& edits, const MetaModel& wanted) {
   if (present == nullptr) return AddMeta(edits, wanted);
   if (*present == wanted) return true;
   const std::optional<MetaText> text = TextOf(source_, wanted.name);
-  const MetaModel* const other_meta = others_.Find(wanted.name);
-  const std::optional<MetaText> other = other_meta == nullptr ? std::nullopt : TextOf(other_, wanted.name);
-  return MetaRewrite(edits, *text, *present, other ? &*other : nullptr, other_meta).Run(wanted);
+  return MetaRewrite(edits, *text, *present, OtherOf(wanted.name)).Run(wanted);
 }
 
 const std::vector<std::optional<std::uint32_t>>& Rewriter::NextPresent() {

@@ -2,14 +2,26 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "analysis/diff/part_applier.h"
 #include "analysis/suggest/element_text.h"
 #include "schema/model.h"
 
 namespace korvel {
+
+// A meta of the source from which elements are copied.
+struct OtherMeta {
+  const Source& source;  // has a text
+  std::uint32_t position;
+  const MetaModel& meta;
+  std::map<std::string_view, Slot> entries;  // the first of each name
+  std::map<std::string_view, Slot> indexes;
+};
 
 // Rewrites one file, any number of times. Borrows both sources. Not for several threads at once.
 class Rewriter {
@@ -26,7 +38,14 @@ class Rewriter {
   // the same entry before them. Linear in the metas of the target, n log n in those that differ.
   std::optional<std::vector<Replacement>> Rewrite(const Model& target);
 
+  // The same for a target of which only a part is known: its first meta is what becomes of `part`, the others are whole. Empty if
+  // XML cannot express the target. nullopt if the part does not tell which entries have moved: then use Rewrite. Linear in the
+  // target, except for the first call. REQUIRES: the source has a text, and `part` is a part of one of its metas.
+  std::optional<std::vector<Replacement>> RewritePart(const Model& target, const AppliedPart& part);
+
  private:
+  bool ChangeHead(TextEdits& edits, const Model& target) const;
+  const OtherMeta* OtherOf(const std::string& meta);
   bool RewriteMeta(TextEdits& edits, const MetaModel& wanted);
   bool AddMeta(TextEdits& edits, const MetaModel& wanted);
 
@@ -37,7 +56,8 @@ class Rewriter {
   const Source& other_;
   MetaCache present_;
   MetaCache others_;
-  std::vector<std::optional<std::uint32_t>> next_present_;  // filled on first use
+  std::map<std::string, std::optional<OtherMeta>> copied_from_;  // nullopt: the other source has no such meta, or no text
+  std::vector<std::optional<std::uint32_t>> next_present_;       // filled on first use
 };
 
 }  // namespace korvel

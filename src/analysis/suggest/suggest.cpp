@@ -82,7 +82,7 @@ void DropUnreached(const Source& source, const std::vector<MetaModel>& reached, 
   std::erase_if(wanted.metas, [&](const MetaModel& meta) { return source.HasMeta(meta.name) && !names.contains(meta.name); });
 }
 
-Suggestion SuggestFor(const TableContext& context, const Verdict& verdict) {
+Suggestion SuggestFor(const TableContext& context, const Verdict& verdict, WorkLimit& work) {
   const Source& source = context.new_source;
   if (!source.HasMeta(context.table)) {
     Changes changes = FindRemovedTable(context, verdict);
@@ -92,17 +92,17 @@ Suggestion SuggestFor(const TableContext& context, const Verdict& verdict) {
   }
   const Difference difference(context.old_source, source, context.table);
   const Changes changes = FindChanges(context, difference, verdict, kMaxFindings);
-  Suggestion suggestion = Suggest(context, difference, changes);
+  Suggestion suggestion = Suggest(context, difference, changes, work);
   DropUnreached(source, difference.new_model().metas, suggestion.model);
   return suggestion;
 }
 
-Round RunRound(const Source& old_source, const Source& source, const std::vector<RefusedTable>& refused) {
+Round RunRound(const Source& old_source, const Source& source, const std::vector<RefusedTable>& refused, WorkLimit& work) {
   MetaCache present(source);
   Merged merged(present);
   for (const RefusedTable& one : refused) {
     const auto& [table, settings] = *one.question;
-    Suggestion suggestion = SuggestFor({old_source, source, table, settings}, one.verdict);
+    Suggestion suggestion = SuggestFor({old_source, source, table, settings}, one.verdict, work);
     if (suggestion.allowed) merged.Add(std::move(suggestion.model));
   }
   const auto replacements = Rewriter(source, old_source).Rewrite(merged.model());
@@ -114,12 +114,12 @@ Round RunRound(const Source& old_source, const Source& source, const std::vector
 }
 
 // The suggestion of each finding.
-std::vector<std::string> SuggestionsFor(const TableContext& context, const Verdict& verdict) {
+std::vector<std::string> SuggestionsFor(const TableContext& context, const Verdict& verdict, SuggestionWork& work) {
   Changes changes;
   if (context.new_source.HasMeta(context.table)) {
     const Difference difference(context.old_source, context.new_source, context.table);
     changes = FindChanges(context, difference, verdict, kMaxFindings);
-    FindSuggestions(context, difference, changes, false);
+    FindSuggestions(context, difference, changes, false, work);
   } else {
     changes = FindRemovedTable(context, verdict);
     FindSuggestionsForRemovedTable(context, changes);
@@ -134,9 +134,10 @@ std::vector<std::string> SuggestionsFor(const TableContext& context, const Verdi
 SchemaSuggestion SuggestSchema(const Source& old_source, const Source& new_source, const std::vector<TableQuestion>& questions) {
   Source source = new_source;
   SchemaSuggestion suggestion;
+  SuggestionWork work;
   std::vector<RefusedTable> refused = RefusedTables(old_source, source, questions);
   for (int round = 0; round < kMaxRounds && !refused.empty(); ++round) {
-    Round fixed = RunRound(old_source, source, refused);
+    Round fixed = RunRound(old_source, source, refused, work.search);
     suggestion.is_rewritten = fixed.is_rewritten;
     if (!fixed.next) break;
     source = std::move(*fixed.next);
@@ -146,7 +147,7 @@ SchemaSuggestion SuggestSchema(const Source& old_source, const Source& new_sourc
   suggestion.is_changed = suggestion.text != new_source.text->bytes;
   for (const RefusedTable& one : refused) {
     const auto& [table, settings] = *one.question;
-    suggestion.refused.push_back({table, one.verdict, SuggestionsFor({old_source, source, table, settings}, one.verdict)});
+    suggestion.refused.push_back({table, one.verdict, SuggestionsFor({old_source, source, table, settings}, one.verdict, work)});
   }
   return suggestion;
 }

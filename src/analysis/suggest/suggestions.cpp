@@ -8,7 +8,7 @@
 
 #include "analysis/findings/run_checker.h"
 #include "analysis/suggest/alternatives.h"
-#include "analysis/suggest/rewrite.h"
+#include "analysis/suggest/fixes.h"
 #include "analysis/suggest/suggestion_text.h"
 #include "base/text.h"
 
@@ -41,8 +41,8 @@ bool IsAllowed(const TableContext& context, const Model& model) {
 // Chooses alternatives for the edits of one table.
 class SuggestionFinder {
  public:
-  SuggestionFinder(const TableContext& context, const Difference& difference, const Changes& changes)
-      : context_(context), difference_(difference), changes_(changes) {
+  SuggestionFinder(const TableContext& context, const Difference& difference, const Changes& changes, WorkLimit& work)
+      : context_(context), difference_(difference), changes_(changes), work_(work) {
     cost_ = PartsOf(difference.old_model()) + PartsOf(difference.new_model());
     AlternativeMaker maker(difference, context.settings);
     for (std::size_t i = 0; i < changes.edits.size(); ++i) {
@@ -72,8 +72,6 @@ class SuggestionFinder {
     }
   }
 
-  std::size_t cost() const { return cost_; }
-
   Suggestion Suggest() const {
     std::optional<Model> model = Compose();
     if (!model) return {difference_.old_model(), false};  // no file can contain the allowed edits alone
@@ -87,19 +85,20 @@ class SuggestionFinder {
     return found == positions_.end() ? nullptr : open_edits_[found->second].Chosen();
   }
 
-  // The new model in which only the edits of this finding have their alternatives; nullopt if no file can contain it.
-  std::optional<Model> FixFor(const Finding& finding) const {
-    std::vector<bool> chosen(changes_.edits.size(), true);
-    std::vector<const Alternative*> alternatives;
+  // The fix after which only the edits of this finding have their alternatives.
+  FixEdits FixFor(const Finding& finding, const FixMaker& fixes) const {
+    FixEdits fix;
     for (const std::size_t edit : finding.edits) {
       if (changes_.status[edit] == EditStatus::kAllowed) continue;
       const Alternative* const alternative = AlternativeOf(edit);
-      chosen[edit] = alternative != nullptr && alternative->makes_edit;
-      if (alternative != nullptr) alternatives.push_back(alternative);
+      fix.replaced.push_back(edit);
+      if (alternative != nullptr) fix.alternatives.push_back(alternative);
+      if (alternative == nullptr || !alternative->makes_edit) fix.left_out.push_back(edit);
     }
-    LeaveOutDependents(chosen);
-    std::optional<Model> model = Apply(chosen, alternatives);
-    return model && CanBeWritten(*model) ? std::move(model) : std::nullopt;
+    for (const std::size_t edit : fixes.DependentsOf(fix.left_out)) {
+      if (changes_.status[edit] != EditStatus::kAllowed) fix.left_out.push_back(edit);
+    }
+    return fix;
   }
 
  private:
@@ -113,8 +112,7 @@ class SuggestionFinder {
   }
 
   void Try(const std::vector<OpenEdit*>& open, std::size_t rank) {
-    if (work_ + cost_ > kMaxWork || IsFinal(*open.front(), rank)) return;
-    work_ += cost_;
+    if (IsFinal(*open.front(), rank) || !work_.Take(cost_)) return;
     for (OpenEdit* edit : open) edit->chosen = rank;
     const std::optional<Model> model = Compose();
     if (model && IsAllowed(context_, *model)) return;
@@ -135,34 +133,16 @@ class SuggestionFinder {
       chosen[open.edit] = alternative->makes_edit;
       alternatives.push_back(alternative);
     }
-    return Apply(chosen, alternatives);
-  }
-
-  std::optional<Model> Apply(const std::vector<bool>& chosen, const std::vector<const Alternative*>& alternatives) const {
-    ModelEditor editor(difference_.Apply(chosen));
-    for (const Alternative* alternative : alternatives) {
-      if (alternative->change) alternative->change(editor);
-    }
-    std::optional<Model> model = editor.Take();
-    // Structures that no alternative accessed may lack what another protocol requires.
-    const bool changes_protocol = difference_.old_model().protocol != difference_.new_model().protocol;
-    return model && (!changes_protocol || CanBeWritten(*model)) ? std::move(model) : std::nullopt;
-  }
-
-  void LeaveOutDependents(std::vector<bool>& chosen) const {
-    for (const OpenEdit& open : open_edits_) {
-      const auto& needs = difference_.Needs(open.edit);
-      if (std::ranges::any_of(needs, [&](std::size_t need) { return !chosen[need]; })) chosen[open.edit] = false;
-    }
+    return ApplyWith(difference_, chosen, alternatives);
   }
 
   const TableContext& context_;
   const Difference& difference_;
   const Changes& changes_;
+  WorkLimit& work_;
   std::vector<OpenEdit> open_edits_;
   std::map<std::size_t, std::size_t> positions_;  // in open_edits_, by edit
   std::size_t cost_ = 0;                          // of one run of the checker
-  std::size_t work_ = 0;
   bool only_for_findings_ = false;
 };
 
@@ -181,18 +161,6 @@ void FillText(const SuggestionFinder& finder, const Changes& changes, Finding& f
   finding.has_fix = !alternatives.empty();
   finding.suggestion = alternatives;
   if (!left_out.empty()) AppendPart(finding.suggestion, "; ", "leave out the change: " + left_out);
-}
-
-void FillFix(const SuggestionFinder& finder, const Difference& difference, const Source& new_source, Rewriter& rewriter,
-             Finding& finding) {
-  const std::optional<Model> fixed = finder.FixFor(finding);
-  if (!fixed) return;
-  std::optional<std::vector<Replacement>> fix = rewriter.Rewrite(*fixed);
-  if (!fix) return;
-  // A protocol is that of all tables, which may lack what it requires.
-  const bool changes_protocol = fixed->protocol != difference.new_model().protocol;
-  if (changes_protocol && !SourceOfText(new_source.name, ApplyReplacements(new_source.text->bytes, *fix))) return;
-  finding.fix = std::move(*fix);
 }
 
 bool HasAllowedEditsOnly(const Finding& finding, const Changes& changes) {
@@ -214,27 +182,25 @@ Suggestion PutBack(const TableContext& context) {
 
 }  // namespace
 
-Suggestion Suggest(const TableContext& context, const Difference& difference, const Changes& changes) {
-  SuggestionFinder finder(context, difference, changes);
+Suggestion Suggest(const TableContext& context, const Difference& difference, const Changes& changes, WorkLimit& work) {
+  SuggestionFinder finder(context, difference, changes, work);
   finder.Run(false);
   return finder.Suggest();
 }
 
-void FindSuggestions(const TableContext& context, const Difference& difference, Changes& changes, bool with_fixes) {
-  const Source& new_source = context.new_source;
-  SuggestionFinder finder(context, difference, changes);
+void FindSuggestions(const TableContext& context, const Difference& difference, Changes& changes, bool with_fixes,
+                     SuggestionWork& work) {
+  SuggestionFinder finder(context, difference, changes, work.search);
   finder.Run(true);
-  Rewriter rewriter(new_source, context.old_source);
-  std::size_t work = 0;
+  std::optional<FixMaker> fixes;
+  if (with_fixes && context.new_source.text) fixes.emplace(context, difference, work.fixes);
   for (Finding& finding : changes.findings) {
     if (HasAllowedEditsOnly(finding, changes)) {
       FillPreexisting(finding);
       continue;
     }
     FillText(finder, changes, finding);
-    work += finder.cost();
-    if (!with_fixes || !new_source.text || work > kMaxWork) continue;
-    FillFix(finder, difference, new_source, rewriter, finding);
+    if (fixes) finding.fix = fixes->Make(finder.FixFor(finding, *fixes));
   }
 }
 

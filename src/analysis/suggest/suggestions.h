@@ -5,7 +5,7 @@
 
 #include "analysis/diff/diff.h"
 #include "analysis/findings/finding.h"
-#include "base/limits.h"
+#include "analysis/suggest/work_limit.h"
 #include "schema/table_context.h"
 
 namespace korvel {
@@ -17,14 +17,14 @@ struct Suggestion {
 };
 
 // The nearest allowed schema. An alternative is chosen only if the checker allows it together with all allowed edits and all
-// other chosen alternatives. The search stops at kMaxWork; edits without an alternative then are left out. REQUIRES: `changes` is
-// the result of FindChanges for the same context and difference.
-Suggestion Suggest(const TableContext& context, const Difference& difference, const Changes& changes);
+// other chosen alternatives. The search stops at the limit; edits without an alternative then are left out. REQUIRES: `changes`
+// is the result of FindChanges for the same context and difference.
+Suggestion Suggest(const TableContext& context, const Difference& difference, const Changes& changes, WorkLimit& work);
 
 // Chooses the same alternatives and sets suggestion, has_fix and, if `with_fixes` and the new source has a text, fix of every
-// finding. A fix changes the new file only for its finding. If all fixes together exceed kMaxWork, the last ones stay empty.
-// REQUIRES: as Suggest.
-void FindSuggestions(const TableContext& context, const Difference& difference, Changes& changes, bool with_fixes);
+// finding. A fix changes the new file only for its finding; above the limit it stays empty. REQUIRES: as Suggest.
+void FindSuggestions(const TableContext& context, const Difference& difference, Changes& changes, bool with_fixes,
+                     SuggestionWork& work);
 
 // For a table that the new source does not have (FindRemovedTable): sets the suggestion of each finding, and returns the table
 // with all that it reaches, as the old source has it.

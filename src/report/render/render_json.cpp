@@ -195,6 +195,7 @@ class JsonReport {
     json_.Add("allowed_together", korvel::ToJson(changes.allowed_together));
     json_.Add("stopped", changes.stopped);
     if (table.left_out > 0) json_.Add("left_out", table.left_out);
+    if (changes.reached_work_limit) json_.Add("reached_work_limit", true);
     json_.End();
   }
 

@@ -177,9 +177,17 @@ std::string NextOf(const SharedItems& items) {
   return "the next " + (items.count == 2 ? "finding" : Counted(items.count - 1, "finding"));
 }
 
+namespace {
+
+constexpr char kWorkLimitText[] =
+    "suggestions are incomplete from this table on: the search has reached the limit on the work of one call";
+
+}  // namespace
+
 std::vector<std::string> LimitsOf(const FoldedTable& table) {
   std::vector<std::string> limits;
   if (table.table->changes && table.table->changes->stopped) limits.push_back(StoppedText(*table.table->changes));
+  if (table.table->changes && table.table->changes->reached_work_limit) limits.emplace_back(kWorkLimitText);
   if (table.left_out > 0) {
     limits.push_back(Counted(table.left_out, "finding") + (table.left_out == 1 ? " is" : " are") +
                      " not listed: the report has as many as --max-findings allows");

@@ -88,7 +88,7 @@ std::string StoppedText(const Changes& changes);
 // The shared findings after the first: "the next 11 findings"; "" if there is only one.
 std::string NextOf(const SharedItems& items);
 
-// The limits that were reached: StoppedText, "5 findings are not listed: ...". Usually empty.
+// The limits that were reached: StoppedText, "suggestions are incomplete ...", "5 findings are not listed: ...". Usually empty.
 std::vector<std::string> LimitsOf(const FoldedTable& table);
 
 std::size_t NumberOf(const Changes& changes, EditStatus status);

@@ -57,7 +57,6 @@ struct CheckArguments {
             .project = project,
             .max_findings = limit.max_findings,
             .wants_allowed_changes = report.format->shows_allowed_changes,
-            .wants_fixes = report.format->shows_fixes,
             .log = log,
             .in_order = report.log.is_open};
   }
@@ -67,8 +66,7 @@ CommandResult CheckPair(const CheckArguments& arguments, const CheckOptions& opt
   CommandResult result = LoadForReport("check", kOldAndNew, arguments.inputs.paths, *arguments.report.format);
   const Pair pair = PairOf(result.report);
   const Selection selection = SelectTables(pair, options.tables);
-  CheckEachTable(result.report, selection.compared, options.in_order,
-                 [&](const std::string& table) { return CheckTableChange(CheckFor(pair, table, options)); });
+  CheckEachTable(result.report, pair, selection.compared, options);
   for (const std::string& table : selection.added) result.report.tables.push_back(NewTable(pair.second, table));
   return result;
 }

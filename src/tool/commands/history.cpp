@@ -57,7 +57,6 @@ int Run(const HistoryArguments& arguments) {
                                                .given = arguments.settings.given,
                                                .project = project ? &*project : nullptr,
                                                .max_findings = arguments.limit.max_findings,
-                                               .wants_suggestions = false,
                                                .log = log.handle()});
   arguments.output.Write(arguments.format.json ? RenderHistoryJson(history)
                                                : RenderHistoryText(history, arguments.output.CanColor()));

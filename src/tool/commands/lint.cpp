@@ -37,9 +37,7 @@ CommandResult Lint(const LintArguments& arguments, const CheckOptions& options) 
   CommandResult result = LoadForReport("lint", kFiles, arguments.inputs.paths, *arguments.report.format);
   RequireTablesInEach(result.inputs);
   for (const Input& input : result.inputs) {
-    CheckEachTable(result.report, {input.tables.begin(), input.tables.end()}, options.in_order, [&](const std::string& table) {
-      return CheckTableChange(CheckFor({input, input}, table, options));
-    });
+    CheckEachTable(result.report, {input, input}, {input.tables.begin(), input.tables.end()}, options);
   }
   result.report.max_findings = options.max_findings;
   if (options.project != nullptr) ApplyWaivers(*options.project, false, result.report);
@@ -53,7 +51,6 @@ int Run(const LintArguments& arguments) {
                             .project = project ? &*project : nullptr,
                             .max_findings = arguments.limit.max_findings,
                             .wants_allowed_changes = arguments.report.format->shows_allowed_changes,
-                            .wants_fixes = arguments.report.format->shows_fixes,
                             .log = log,
                             .in_order = arguments.report.log.is_open});
   });

@@ -46,6 +46,7 @@ int RunReport(const ReportOptions& options, const std::vector<std::string>& inpu
   static std::vector<std::unique_ptr<CommandResult>>& results = *new std::vector<std::unique_ptr<CommandResult>>;
   CommandResult& result = *results.emplace_back(std::make_unique<CommandResult>(check(log ? log->handle() : closed.handle())));
   result.report.path_prefix = options.path_prefix;
+  AddSuggestions(result.report, options.format->shows_fixes);
   if (log) log->Close();
   for (const Input& input : result.inputs) RequireUnchanged(input);
   options.output.Write([&](const TextSink& sink) { options.format->write(result.report, options.output.CanColor(), sink); });

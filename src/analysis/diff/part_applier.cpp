@@ -1,0 +1,305 @@
+// Cuts a meta down to what some edits concern, and applies the others. Tested by tests/report/part_applier_test.cpp, which
+// compares fixes with those of whole models.
+#include "analysis/diff/part_applier.h"
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+
+#include "analysis/diff/diff_parts.h"
+
+namespace korvel {
+
+// One meta of both sides: which entries belong together, and which edits they have.
+class PartApplier::Surroundings {
+ public:
+  Surroundings(const DifferenceParts& parts, const MetaNode& node)
+      : parts_(parts),
+        node_(node),
+        pair_(*node.pair),
+        old_head_(HeadOf(pair_.old_meta())),
+        new_head_(HeadOf(pair_.new_meta())),
+        anchors_(pair_.entries().Anchors()),
+        still_before_(pair_.entries().old_count(), kNoSlot) {
+    all_.entries.resize(pair_.entries().slot_count());
+    all_.indexes.resize(pair_.indexes().slot_count());
+    for (std::size_t edit = node.first_edit; edit < node.end_edit; ++edit) {
+      const EditKinds kind = Bit(parts.edits[edit].kind);
+      if (parts.edits[edit].kind != EditKind::kTableAttribute) *KindsOf(all_, edit) |= kind;
+    }
+    for (Slot j = 0; j < pair_.entries().new_count(); ++j) {
+      const EntryModel& entry = pair_.new_meta().entries[j];
+      names_.emplace(entry.name, j);
+      if (entry.id >= 0) ids_.emplace(entry.id, j);
+    }
+    ListReferrers(pair_.old_references(), false);
+    ListReferrers(pair_.new_references(), true);
+    ListStill();
+    ListFixed();
+  }
+
+  // The position on the new side; kNoSlot if there is none.
+  Slot FindName(const std::string& name) const { return Found(names_, std::string_view(name)); }
+  Slot FindId(std::int32_t id) const { return Found(ids_, id); }
+
+  AppliedPart Apply(const std::vector<std::size_t>& left_out, const std::vector<std::size_t>& touched) const {
+    const EntryPart part = PartAround(SlotsOf(left_out, touched));
+    MetaModel old_meta = old_head_;
+    AppliedPart applied{new_head_, part.new_positions, {}, {}};
+    for (const Slot slot : part.old_slots) old_meta.entries.push_back(pair_.OldEntry(slot));
+    for (const Slot position : part.new_positions) applied.present.entries.push_back(pair_.new_meta().entries[position]);
+    const MatchedMetas cut(pair_, part, old_meta, applied.present);
+    applied.made = ModelOf(cut.Make(ChosenIn(part, left_out)));
+    return applied;
+  }
+
+ private:
+  template <class Map, class Key>
+  static Slot Found(const Map& map, const Key& key) {
+    const auto found = map.find(key);
+    return found == map.end() ? kNoSlot : found->second;
+  }
+
+  // Where the kind of an edit is noted. REQUIRES: the edit is not of an attribute.
+  EditKinds* KindsOf(ChosenEdits& chosen, std::size_t edit) const {
+    const EditKind kind = parts_.edits[edit].kind;
+    if (IsOfEntry(kind)) return &chosen.entries[parts_.slots[edit]];
+    return (Bit(kind) & kIndexKinds) != 0 ? &chosen.indexes[parts_.slots[edit]] : &chosen.meta;
+  }
+
+  void ListReferrers(const References& references, bool is_new) {
+    for (Slot position = 0; position < references.refers.size(); ++position) {
+      const Slot counter = references.refers[position];
+      if (counter == kNoSlot) continue;
+      const Slot slot = is_new ? pair_.entries().OfNew(position) : position;
+      counters_[slot].push_back(counter);
+      referrers_[counter].push_back(slot);
+    }
+  }
+
+  void ListStill() {
+    Slot still = kNoSlot;
+    for (Slot slot = 0; slot < still_before_.size(); ++slot) {
+      still_before_[slot] = still;
+      if (pair_.entries().IsStill(slot)) still = slot;
+    }
+  }
+
+  // Members of keys and indexes, and both ends of the new meta.
+  void ListFixed() {
+    const auto add = [&](const Members& members) {
+      for (const Member& member : members) {
+        if (member.entry != kNoSlot) fixed_.push_back(member.entry);
+      }
+    };
+    for (const References* side : {&pair_.old_references(), &pair_.new_references()}) {
+      add(side->primary_key);
+      add(side->splittable_key);
+      for (const Members& columns : side->columns) add(columns);
+    }
+    const std::size_t count = pair_.entries().new_count();
+    if (count > 0) fixed_.insert(fixed_.end(), {pair_.entries().OfNew(0), pair_.entries().OfNew(count - 1)});
+    std::ranges::sort(fixed_);
+    fixed_.erase(std::unique(fixed_.begin(), fixed_.end()), fixed_.end());
+  }
+
+  // The entries of the edits, and those that an alternative finds by the names of these entries.
+  std::vector<Slot> SlotsOf(const std::vector<std::size_t>& left_out, const std::vector<std::size_t>& touched) const {
+    std::vector<Slot> slots;
+    for (const std::vector<std::size_t>* edits : {&left_out, &touched}) {
+      for (const std::size_t edit : *edits) {
+        if (!IsOfEntry(parts_.edits[edit].kind)) continue;
+        slots.push_back(parts_.slots[edit]);
+        const Slot position = FindName(parts_.edits[edit].item);
+        if (position != kNoSlot) slots.push_back(pair_.entries().OfNew(position));
+      }
+    }
+    return slots;
+  }
+
+  EntryPart PartAround(const std::vector<Slot>& changed) const {
+    std::vector<Slot> kept;
+    std::unordered_set<Slot> visited;
+    const auto add = [&](Slot slot) {
+      if (slot != kNoSlot && visited.insert(slot).second) kept.push_back(slot);
+    };
+    for (const Slot slot : fixed_) add(slot);
+    for (const Slot slot : changed) {
+      add(slot);
+      for (const Slot neighbour : NeighboursOf(slot)) add(neighbour);
+      if (const auto found = referrers_.find(slot); found != referrers_.end()) std::ranges::for_each(found->second, add);
+    }
+    for (std::size_t i = 0; i < kept.size(); ++i) {
+      if (const auto found = counters_.find(kept[i]); found != counters_.end()) std::ranges::for_each(found->second, add);
+      if (!pair_.entries().IsStill(kept[i]) && IsNew(kept[i])) add(anchors_[pair_.entries().NewPosition(kept[i])]);
+    }
+    return PartOf(std::move(kept));
+  }
+
+  bool IsNew(Slot slot) const { return !pair_.entries().IsRemoved(slot); }
+
+  // The entries next to one on the new side; for one that may come back, those between which it does.
+  std::vector<Slot> NeighboursOf(Slot slot) const {
+    std::vector<Slot> neighbours;
+    const Alignment& entries = pair_.entries();
+    const auto add_next = [&](std::size_t position) {
+      if (position + 1 < entries.new_count()) neighbours.push_back(entries.OfNew(position + 1));
+    };
+    if (IsNew(slot)) {
+      const std::size_t position = entries.NewPosition(slot);
+      if (position > 0) neighbours.push_back(entries.OfNew(position - 1));
+      add_next(position);
+    }
+    if (entries.IsAdded(slot) || still_before_[slot] == kNoSlot) return neighbours;
+    neighbours.push_back(still_before_[slot]);
+    add_next(entries.NewPosition(still_before_[slot]));
+    return neighbours;
+  }
+
+  EntryPart PartOf(std::vector<Slot> slots) const {
+    std::ranges::sort(slots);
+    EntryPart part;
+    for (const Slot slot : slots) {
+      if (!pair_.entries().IsAdded(slot)) part.old_slots.push_back(slot);
+      if (IsNew(slot)) part.new_positions.push_back(static_cast<Slot>(pair_.entries().NewPosition(slot)));
+    }
+    std::ranges::sort(part.new_positions);
+    return part;
+  }
+
+  // All edits of the entries of the part, keys and indexes, but those left out.
+  ChosenEdits ChosenIn(const EntryPart& part, const std::vector<std::size_t>& left_out) const {
+    ChosenEdits chosen;
+    chosen.meta = all_.meta;
+    chosen.indexes = all_.indexes;
+    chosen.entries.resize(part.old_slots.size() + part.new_positions.size());
+    const auto slot_in_part = [&](Slot slot) { return pair_.entries().SlotInPart(part.old_slots, part.new_positions, slot); };
+    for (const Slot slot : part.old_slots) chosen.entries[slot_in_part(slot)] = all_.entries[slot];
+    for (const Slot position : part.new_positions) {
+      const Slot slot = pair_.entries().OfNew(position);
+      chosen.entries[slot_in_part(slot)] = all_.entries[slot];
+    }
+    for (const std::size_t edit : left_out) {
+      const EditKind kind = parts_.edits[edit].kind;
+      if (kind == EditKind::kTableAttribute) continue;
+      EditKinds& kinds = IsOfEntry(kind) ? chosen.entries[slot_in_part(parts_.slots[edit])] : *KindsOf(chosen, edit);
+      kinds &= ~Bit(kind);
+    }
+    // Attributes are edits of the meta, and come first.
+    for (std::size_t edit = node_.first_edit; edit < node_.end_edit; ++edit) {
+      const EditKind kind = parts_.edits[edit].kind;
+      if (kind != EditKind::kTableAttribute && kind != EditKind::kMetaKind) break;
+      const bool is_left_out = std::ranges::find(left_out, edit) != left_out.end();
+      if (kind == EditKind::kTableAttribute && !is_left_out) chosen.attributes.push_back(parts_.edits[edit].item);
+    }
+    return chosen;
+  }
+
+  const DifferenceParts& parts_;
+  const MetaNode& node_;
+  const MatchedMetas& pair_;
+  MetaModel old_head_;  // the metas without entries
+  MetaModel new_head_;
+  std::vector<Slot> anchors_;                              // of each new position
+  std::vector<Slot> still_before_;                         // of each old slot
+  ChosenEdits all_;                                        // without attributes
+  std::map<std::string_view, Slot> names_;                 // positions on the new side
+  std::unordered_map<std::int32_t, Slot> ids_;             // likewise
+  std::unordered_map<Slot, std::vector<Slot>> counters_;   // of each entry
+  std::unordered_map<Slot, std::vector<Slot>> referrers_;  // of each counter
+  std::vector<Slot> fixed_;                                // what every part contains
+};
+
+PartApplier::PartApplier(const Difference& difference) : difference_(difference), dependents_(difference.edits().size()) {
+  const DifferenceParts& parts = difference.parts();
+  for (std::size_t i = 0; i < parts.nodes.size(); ++i) {
+    if (parts.nodes[i].new_meta == nullptr) old_only_.emplace(parts.nodes[i].name, i);
+  }
+  for (std::size_t edit = 0; edit < parts.needs.size(); ++edit) {
+    for (const std::size_t need : parts.needs[edit]) dependents_[need].push_back(edit);
+  }
+}
+
+PartApplier::~PartApplier() = default;
+
+std::optional<AppliedPart> PartApplier::ApplyAllBut(const std::vector<std::size_t>& left_out,
+                                                    const std::vector<std::size_t>& touched) {
+  const std::optional<std::size_t> node = NodeOf(left_out, touched);
+  const auto moves = [&](std::size_t edit) { return difference_.edits()[edit].kind == EditKind::kEntryMoved; };
+  if (!node || std::ranges::any_of(left_out, moves)) return std::nullopt;
+  AppliedPart part = SurroundingsOf(*node).Apply(left_out, touched);
+  AddReached(part);
+  return part;
+}
+
+// The meta to which all of these edits belong.
+std::optional<std::size_t> PartApplier::NodeOf(const std::vector<std::size_t>& left_out,
+                                               const std::vector<std::size_t>& touched) const {
+  const std::vector<MetaNode>& nodes = difference_.parts().nodes;
+  std::optional<std::size_t> node;
+  for (const std::vector<std::size_t>* edits : {&left_out, &touched}) {
+    for (const std::size_t edit : *edits) {
+      if (edit < nodes.front().first_edit) return std::nullopt;  // of the library
+      const auto behind = std::ranges::upper_bound(nodes, edit, {}, &MetaNode::first_edit);
+      const auto found = static_cast<std::size_t>(behind - nodes.begin()) - 1;
+      if (node && *node != found) return std::nullopt;
+      node = found;
+    }
+  }
+  return node;
+}
+
+PartApplier::Surroundings& PartApplier::SurroundingsOf(std::size_t node) {
+  const MetaNode& meta = difference_.parts().nodes[node];
+  std::unique_ptr<Surroundings>& surroundings = surroundings_[meta.name];
+  if (surroundings == nullptr) surroundings = std::make_unique<Surroundings>(difference_.parts(), meta);
+  return *surroundings;
+}
+
+// Adds the metas that are missing on the new side and embedded again, depth first in field order.
+void PartApplier::AddReached(AppliedPart& part) const {
+  std::vector<std::size_t> waiting;
+  std::unordered_set<std::size_t> visited;
+  const auto wait_for = [&](const MetaModel& meta) {
+    for (auto entry = meta.entries.rbegin(); entry != meta.entries.rend(); ++entry) {
+      if (const auto found = old_only_.find(entry->type); found != old_only_.end()) waiting.push_back(found->second);
+    }
+  };
+  wait_for(part.made);
+  while (!waiting.empty()) {
+    const std::size_t node = waiting.back();
+    waiting.pop_back();
+    if (!visited.insert(node).second) continue;
+    part.added.push_back(*difference_.parts().nodes[node].old_meta);
+    wait_for(part.added.back());
+  }
+}
+
+bool PartApplier::HasNameOutside(const AppliedPart& part, const std::string& name) const {
+  const Slot position = surroundings_.at(part.present.name)->FindName(name);
+  return position != kNoSlot && !std::ranges::binary_search(part.positions, position);
+}
+
+bool PartApplier::HasIdOutside(const AppliedPart& part, std::int32_t id) const {
+  const Slot position = surroundings_.at(part.present.name)->FindId(id);
+  return position != kNoSlot && !std::ranges::binary_search(part.positions, position);
+}
+
+std::vector<std::size_t> PartApplier::DependentsOf(const std::vector<std::size_t>& edits) const {
+  std::vector<std::size_t> waiting = edits;
+  std::unordered_set<std::size_t> visited(edits.begin(), edits.end());
+  std::vector<std::size_t> found;
+  while (!waiting.empty()) {
+    const std::size_t next = waiting.back();
+    waiting.pop_back();
+    for (const std::size_t dependent : dependents_[next]) {
+      if (!visited.insert(dependent).second) continue;
+      found.push_back(dependent);
+      waiting.push_back(dependent);
+    }
+  }
+  std::ranges::sort(found);
+  return found;
+}
+
+}  // namespace korvel

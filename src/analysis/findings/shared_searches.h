@@ -1,0 +1,45 @@
+// What the search has found about one table, for the other tables of the call that embed the same structures.
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "analysis/diff/diff.h"
+#include "analysis/findings/search.h"
+#include "schema/table_context.h"
+
+namespace korvel {
+
+// The division of the edits of a table whose own declaration is unchanged.
+struct SharedSearch {
+  Difference difference;
+  EditSet allowed;
+  std::vector<RejectedSet> refusals;  // the texts may name the table
+  bool stopped = false;
+};
+
+// What the answers about structures depend on besides the structures: the settings, the kind of the table, and how it embeds
+// them. Its other fields are unchanged, so nothing about them is refused (meta_excerpt.h). nullopt if the declaration of the
+// table itself changes, or the new source does not have it. Linear in the fields of the table, without its structures.
+std::optional<std::string> SearchKeyOf(const TableContext& context, std::size_t max_findings);
+
+// Searches by their keys. Several threads may use it at once; for results that do not depend on the threads, the first table of
+// each key is searched before the others.
+class SharedSearches {
+ public:
+  // Keeps the first search of a key.
+  void Add(const std::string& key, SharedSearch search);
+
+  // Null if there is none, or if it has other edits. Valid as long as this object.
+  const SharedSearch* Find(const std::string& key, const Difference& difference) const;
+
+ private:
+  mutable std::mutex mutex_;
+  std::map<std::string, SharedSearch> searches_;
+};
+
+}  // namespace korvel
