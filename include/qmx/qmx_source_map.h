@@ -33,6 +33,13 @@ struct LineColumn {
   std::size_t column = 1;
 };
 
+// Where a start tag lies: from its '<' to behind its '>'.
+struct TagRange {
+  Span span;
+  LineColumn begin;
+  LineColumn end;
+};
+
 // The line and column of byte `offset` of `text`. An offset past the end is taken as the end; a byte inside a character counts as
 // the character; a byte order mark at the start does not count. Lines end in LF, CR LF or CR. Linear in the offset.
 LineColumn Locate(std::string_view text, std::size_t offset);

@@ -27,6 +27,11 @@ struct Schema {
   SourceMap source_map;
 };
 
+// A schema whose file is no longer in memory.
+struct SchemaWithoutText : Schema {
+  std::vector<TagRange> metas;  // the start tags of its metas
+};
+
 struct ReadResult {
   std::optional<Schema> schema;   // set if and only if `errors` is empty
   std::vector<ReadError> errors;  // in the order of the file
@@ -50,8 +55,12 @@ class XmlBuffer {
   // Where the caller writes the bytes of the file, up to the capacity. They stay unchanged and readable while the buffer lives.
   char* data() const { return bytes_; }
 
-  // Same as ReadXml, for the first `size` bytes. At most one call.
+  // Same as ReadXml, for the first `size` bytes. At most one call of this or of ReadAndRelease.
   ReadResult Read(std::size_t size);
+
+  // Same, but gives the memory of the bytes back to the system while they are parsed: afterwards they are undefined. Nullopt if
+  // the file has errors, or if memory that was given back is needed after all: only Read of the same bytes can tell.
+  std::optional<SchemaWithoutText> ReadAndRelease(std::size_t size);
 
  private:
   std::shared_ptr<void> parser_;

@@ -1,7 +1,7 @@
 // Checks one table: the verdict of the checker and, as far as the caller wants them, changes, findings and suggestions.
 //
 // Functions here may run on several threads at once, with a log category for each. The sources are only read and must outlive the
-// results, which borrow them. Nothing but std::bad_alloc is thrown.
+// results, which borrow them. Thrown are std::bad_alloc and, with `wants_fixes`, what FileText::Bytes throws.
 #pragma once
 
 #include <cstddef>

@@ -13,11 +13,6 @@
 namespace korvel {
 namespace {
 
-// Whether the report shows more of the sources of a table than their names and where it is declared.
-bool ShowsSources(const TableResult& table) {
-  return table.status == Status::kRefused || (table.changes && !table.changes->edits.empty());
-}
-
 std::vector<std::string> NamesOf(const FilePair& pair) {
   std::vector<std::string> names;
   const auto add = [&](const Source& source) { names.insert(names.end(), source.tables.begin(), source.tables.end()); };

@@ -14,11 +14,9 @@
 namespace korvel {
 namespace {
 
-Input Load(const std::string& path, Git& git, Images images) {
+Input Load(const std::string& path, Git& git, Texts texts) {
   const std::optional<GitPath> in_git = ParseGitPath(path);
-  Input input = in_git ? LoadBytes(path, git.Read(*in_git)) : LoadFile(path);
-  if (images == Images::kWithText) AddDump(input);
-  return input;
+  return in_git ? LoadBytes(path, git.Read(*in_git), texts) : LoadFile(path, texts);
 }
 
 // A loaded file, or why it could not be loaded.
@@ -27,9 +25,9 @@ struct Loaded {
   std::exception_ptr fault;
 };
 
-Loaded TryToLoad(const std::string& path, Git& git, Images images) {
+Loaded TryToLoad(const std::string& path, Git& git, Texts texts) {
   try {
-    return {Load(path, git, images), nullptr};
+    return {Load(path, git, texts), nullptr};
   } catch (...) {
     return {std::nullopt, std::current_exception()};
   }
@@ -43,12 +41,12 @@ std::size_t UsefulThreads(const std::vector<std::string>& paths) {
 
 }  // namespace
 
-std::vector<Input> LoadInputs(const std::vector<std::string>& paths, Images images) {
+std::vector<Input> LoadInputs(const std::vector<std::string>& paths, Texts texts) {
   std::vector<Input> inputs;
   InputError faults;
   std::vector<Loaded> files(paths.size());
   Git git;
-  ForEach(paths.size(), UsefulThreads(paths), [&](std::size_t i) { files[i] = TryToLoad(paths[i], git, images); });
+  ForEach(paths.size(), UsefulThreads(paths), [&](std::size_t i) { files[i] = TryToLoad(paths[i], git, texts); });
   for (Loaded& loaded : files) {
     try {
       if (loaded.fault != nullptr) std::rethrow_exception(loaded.fault);

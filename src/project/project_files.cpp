@@ -225,7 +225,7 @@ ProjectFiles FilesOfPaths(const std::vector<std::string>& paths, const Patterns&
 
 // What two files must have in common, strictest first, in addition to the name of the library.
 std::string_view Bytes(const Source& source) {
-  if (source.text && !source.text->is_dump) return source.text->bytes;
+  if (source.text && !source.text->is_dump) return source.text->Bytes();
   return {reinterpret_cast<const char*>(source.Library()), source.metalib.size()};
 }
 

@@ -17,7 +17,7 @@ using Kind = ElementId::Kind;
 
 constexpr std::string_view kBlanks = " \t\r\n";
 
-bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+bool IsBlankCharacter(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
 std::vector<std::string_view> Words(std::string_view text) {
   std::vector<std::string_view> words;
@@ -238,8 +238,10 @@ void SchemaHandler::EndIndex() {
   ++meta_.indexes;
 }
 
+bool SchemaHandler::IsBlank(std::string_view text) { return std::ranges::all_of(text, IsBlankCharacter); }
+
 void SchemaHandler::OnText(std::string_view piece, std::size_t offset) {
-  const auto* const first = std::ranges::find_if_not(piece, IsBlank);
+  const auto* const first = std::ranges::find_if_not(piece, IsBlankCharacter);
   if (first == piece.end() || refused_depth_ > 0 || is_text_reported_) return;
   const auto begin = static_cast<std::size_t>(first - piece.begin());
   is_text_reported_ = true;

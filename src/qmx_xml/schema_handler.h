@@ -4,6 +4,7 @@
 // attribute still counts under its name, so that one mistake does not turn every reference to it into another error.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -20,7 +21,7 @@ namespace qmx {
 
 class SchemaHandler {
  public:
-  // Both must outlive the handler.
+  // Both must outlive the handler. Errors are located in the text: if it is empty, their locations mean nothing.
   SchemaHandler(std::string_view text, ErrorList& errors) : text_(text), errors_(errors) {}
 
   // Events of the parser; offsets are positions in the file.
@@ -28,8 +29,19 @@ class SchemaHandler {
   void OnEnd();
   void OnText(std::string_view piece, std::size_t offset);
 
+  // Whether OnText would ignore the text, as most texts: the line ends and indents between elements.
+  static bool IsBlank(std::string_view text);
+
   // The innermost open element, for messages: "element 'meta'", "a refused element", or empty if none is open.
   std::string InnermostOpen() const;
+
+  // The number of metas so far.
+  std::size_t metas() const { return metas_; }
+
+  // Offsets of the tags of all elements that may be open: the library and the last meta and index.
+  std::array<std::size_t, 3> OpenTags() const {
+    return {source_map_.Find({ElementId::Kind::kMetalib}).value_or(0), meta_.offset, index_.offset};
+  }
 
   // Resolves the elements that were read. REQUIRES: the whole file was read without a syntax error. Nullopt if the file has
   // errors.

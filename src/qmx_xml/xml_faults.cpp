@@ -111,7 +111,9 @@ bool IsAllowedEncoding(std::string_view name) {
 }
 
 void ErrorList::Add(std::size_t offset, std::string text) {
-  if (!IsFull()) errors_.emplace_back(offset, std::move(text));
+  if (IsFull()) return;
+  errors_.emplace_back(offset, std::move(text));
+  --room_;
 }
 
 // Turns all offsets into lines and columns in one pass.
@@ -124,7 +126,7 @@ std::vector<ReadError> ErrorList::Locate(std::string_view text) const {
   for (auto& [offset, what] : sorted) located.push_back({counter.At(offset), std::move(what)});
   if (IsFull()) {
     located.push_back(
-        {located.back().location, "too many errors; only the first " + std::to_string(kMaxErrors) + " found are shown"});
+        {located.back().location, "too many errors; only the first " + std::to_string(errors_.size()) + " found are shown"});
   }
   return located;
 }

@@ -30,19 +30,22 @@ bool IsAllowedEncoding(std::string_view name);
 // Collects the faults of one file by byte offset.
 class ErrorList {
  public:
+  explicit ErrorList(std::size_t max = kMaxErrors) : room_(max) {}
+
   // Ignored if the list is full.
   void Add(std::size_t offset, std::string text);
 
   bool empty() const { return errors_.empty(); }
 
-  // Whether kMaxErrors have been added.
-  bool IsFull() const { return errors_.size() >= kMaxErrors; }
+  // Whether as many errors as allowed have been added.
+  bool IsFull() const { return room_ == 0; }
 
   // The errors in the order of the file; those with the same offset in the order in which they were added. A full list ends in an
   // error that says so.
   std::vector<ReadError> Locate(std::string_view text) const;
 
  private:
+  std::size_t room_;  // for further errors
   std::vector<std::pair<std::size_t, std::string>> errors_;
 };
 

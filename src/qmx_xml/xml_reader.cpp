@@ -7,6 +7,7 @@
 
 #include "base/text.h"
 #include "qmx/qmx_xml.h"
+#include "qmx_xml/parsed_pages.h"
 #include "qmx_xml/schema_handler.h"
 #include "qmx_xml/xml_faults.h"
 
@@ -22,20 +23,50 @@ class XmlReader {
 
   ReadResult Run() {
     ReadResult result;
-    if (const auto fault = FindFileFault(text_)) {
-      errors_.Add(fault->offset, fault->text);
-    } else if (Parse()) {
-      result.schema = handler_.Finish();
-    }
+    result.schema = Parse(OnStart);
     result.errors = errors_.Locate(text_);
     return result;
   }
 
+ protected:
+  // A reader that only finds out whether the file has an error.
+  struct WithoutLocations {};
+  XmlReader(XML_Parser parser, std::string_view text, WithoutLocations)
+      : text_(text), parser_(parser), errors_(1), handler_({}, errors_) {}
+
+  // Nullopt if the file has errors.
+  std::optional<Schema> Parse(XML_StartElementHandler on_start) {
+    if (const auto fault = FindFileFault(text_)) {
+      errors_.Add(fault->offset, fault->text);
+      return std::nullopt;
+    }
+    return ParseXml(on_start) ? handler_.Finish() : std::nullopt;
+  }
+
+  const SchemaHandler& handler() const { return handler_; }
+  bool is_stopped() const { return is_stopped_; }
+
+  void Start(const char* name, const char** attributes, std::size_t offset) {
+    handler_.OnStart(name, attributes, offset);
+    if (errors_.IsFull()) Stop();
+  }
+
+  // Position of the current event; the end of the file if the parser has none.
+  std::size_t Offset() const {
+    const XML_Index index = XML_GetCurrentByteIndex(parser_);
+    return index < 0 ? text_.size() : static_cast<std::size_t>(index);
+  }
+
+  // The bytes of the current event.
+  std::size_t Length() const { return static_cast<std::size_t>(XML_GetCurrentByteCount(parser_)); }
+
+  static XmlReader& Self(void* self) { return *static_cast<XmlReader*>(self); }
+
  private:
   // Returns false if parsing stopped early.
-  bool Parse() {
+  bool ParseXml(XML_StartElementHandler on_start) {
     XML_SetUserData(parser_, this);
-    XML_SetElementHandler(parser_, OnStart, OnEnd);
+    XML_SetElementHandler(parser_, on_start, OnEnd);
     XML_SetCharacterDataHandler(parser_, OnText);
     XML_SetXmlDeclHandler(parser_, OnXmlDeclaration);
     XML_SetStartDoctypeDeclHandler(parser_, OnDoctype);
@@ -50,24 +81,14 @@ class XmlReader {
     return false;
   }
 
-  // Position of the current event; the end of the file if the parser has none.
-  std::size_t Offset() const {
-    const XML_Index index = XML_GetCurrentByteIndex(parser_);
-    return index < 0 ? text_.size() : static_cast<std::size_t>(index);
-  }
-
   void Stop() {
     is_stopped_ = true;
     XML_StopParser(parser_, XML_FALSE);
   }
 
-  static XmlReader& Self(void* self) { return *static_cast<XmlReader*>(self); }
-
   static void OnStart(void* self, const char* name, const char** attributes) {
     XmlReader& reader = Self(self);
-    if (reader.is_stopped_) return;
-    reader.handler_.OnStart(name, attributes, reader.Offset());
-    if (reader.errors_.IsFull()) reader.Stop();
+    if (!reader.is_stopped_) reader.Start(name, attributes, reader.Offset());
   }
 
   static void OnEnd(void* self, const char*) {
@@ -79,8 +100,9 @@ class XmlReader {
 
   static void OnText(void* self, const char* piece, int size) {
     XmlReader& reader = Self(self);
-    if (reader.is_stopped_) return;
-    reader.handler_.OnText({piece, static_cast<std::size_t>(size)}, reader.Offset());
+    const std::string_view text(piece, static_cast<std::size_t>(size));
+    if (reader.is_stopped_ || SchemaHandler::IsBlank(text)) return;
+    reader.handler_.OnText(text, reader.Offset());
     if (reader.errors_.IsFull()) reader.Stop();
   }
 
@@ -114,6 +136,45 @@ class XmlReader {
   bool is_stopped_ = false;
 };
 
+// Gives the memory of the file back while it is parsed, so an error could not be located: stops at the first one.
+class ReleasingReader : private XmlReader {
+ public:
+  ReleasingReader(XML_Parser parser, char* bytes, std::size_t size)
+      : XmlReader(parser, {bytes, size}, WithoutLocations()), lines_({bytes, size}), pages_(bytes) {}
+
+  std::optional<SchemaWithoutText> Run() {
+    std::optional<Schema> schema = Parse(OnStart);
+    if (!schema) return std::nullopt;
+    return SchemaWithoutText{std::move(*schema), std::move(metas_)};
+  }
+
+ private:
+  static void OnStart(void* self, const char* name, const char** attributes) {
+    auto& reader = static_cast<ReleasingReader&>(Self(self));
+    if (reader.is_stopped()) return;
+    const std::size_t offset = reader.Offset();
+    reader.Start(name, attributes, offset);
+    if (reader.handler().metas() > reader.metas_.size()) reader.AddMeta(offset);
+    if (reader.pages_.IsDue(offset)) reader.Release(offset);
+  }
+
+  void AddMeta(std::size_t offset) {
+    const std::size_t end = offset + Length();
+    const LineColumn begin = lines_.At(offset);
+    metas_.push_back({{offset, end}, begin, lines_.At(end)});
+  }
+
+  void Release(std::size_t offset) {
+    // Lines are counted before they are released. The end of a tag of a meta may have been counted.
+    if (metas_.empty() || metas_.back().span.end <= offset) lines_.At(offset);
+    pages_.Release(offset, handler().OpenTags());
+  }
+
+  std::vector<TagRange> metas_;
+  LineCounter lines_;
+  ParsedPages pages_;
+};
+
 }  // namespace
 
 XmlBuffer::XmlBuffer(std::size_t capacity) {
@@ -127,6 +188,10 @@ XmlBuffer::XmlBuffer(std::size_t capacity) {
 XmlBuffer::~XmlBuffer() = default;
 
 ReadResult XmlBuffer::Read(std::size_t size) { return XmlReader(static_cast<XML_Parser>(parser_.get()), {bytes_, size}).Run(); }
+
+std::optional<SchemaWithoutText> XmlBuffer::ReadAndRelease(std::size_t size) {
+  return ReleasingReader(static_cast<XML_Parser>(parser_.get()), bytes_, size).Run();
+}
 
 bool MayBeXml(std::string_view beginning) { return !FindFileFault(beginning); }
 

@@ -80,7 +80,15 @@ void RequireUnchanged(const std::string& name, const FileState& state) {
   if (!StatusOf(state.path, now) || now.st_dev != state.device || now.st_ino != state.number) return;
   const bool is_same = static_cast<std::size_t>(now.st_size) == state.size && now.st_mtim.tv_sec == state.written.tv_sec &&
                        now.st_mtim.tv_nsec == state.written.tv_nsec;
-  if (!is_same) RefuseFile(name, "was modified while it was read; try again");
+  if (!is_same) RefuseModified(name);
+}
+
+void RefuseModified(const std::string& name) { RefuseFile(name, "was modified while it was read; try again"); }
+
+bool CanBeReadAgain(const OpenFile& file) { return file.size > 0 && file.state.path != kStandardInput; }
+
+void Rewind(const OpenFile& file) {
+  if (::lseek(file.descriptor.get(), 0, SEEK_SET) != 0) RefuseFile(file.name, std::strerror(errno));
 }
 
 std::size_t ReadUpTo(const OpenFile& file, char* to, std::size_t capacity) {

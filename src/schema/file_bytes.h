@@ -42,6 +42,15 @@ OpenFile OpenInput(const std::string& path);
 // open.
 void RequireUnchanged(const std::string& name, const FileState& state);
 
+// Throws InputError with one line that says so.
+[[noreturn]] void RefuseModified(const std::string& name);
+
+// Whether the file can be read again through its path: a regular file, but not standard input.
+bool CanBeReadAgain(const OpenFile& file);
+
+// Moves the current position to the start of the file. REQUIRES: CanBeReadAgain.
+void Rewind(const OpenFile& file);
+
 // Bytes of a file. The memory is not initialized before it is read into.
 struct Bytes {
   std::string_view View() const { return {data.get(), size}; }

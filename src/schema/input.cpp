@@ -9,6 +9,7 @@
 #include "base/input_error.h"
 #include "base/text.h"
 #include "common/meta_view.h"
+#include "qmx/checksum.h"
 #include "qmx/qmx_image.h"
 #include "qmx/qmx_metalib_kernel.h"
 #include "qmx/qmx_xml.h"
@@ -31,7 +32,7 @@ Input FromText(const std::string& name, std::shared_ptr<qmx::XmlBuffer> buffer, 
   qmx::ReadResult result = buffer->Read(size);
   if (!result.schema) throw SchemaErrors(name, result.errors);
   const std::string_view bytes(buffer->data(), size);
-  SchemaText schema{std::move(buffer), bytes, std::move(result.schema->source_map)};
+  SchemaText schema = KeptText(std::move(buffer), bytes, std::move(result.schema->source_map));
   return {{name, std::move(result.schema->metalib), std::move(schema), {}}, std::nullopt};
 }
 
@@ -75,9 +76,27 @@ Input ReadStream(const OpenFile& file) {
                    ReadAll(file, [](std::string_view bytes) { return !qmx::IsImage(bytes) && !qmx::MayBeXml(bytes); }));
 }
 
-Input ReadFileAt(const std::string& path) {
+// Does not keep the text. Nullopt if the file has an error: errors are located in the text.
+std::optional<Input> ReadWithoutText(const OpenFile& file) {
+  qmx::XmlBuffer buffer(file.size);
+  const std::size_t size = ReadUpTo(file, buffer.data(), file.size);
+  RequireUnchanged(file.name, file.state);
+  const std::uint64_t checksum = qmx::Checksum(buffer.data(), size);
+  std::optional<qmx::SchemaWithoutText> schema = buffer.ReadAndRelease(size);
+  if (!schema) return std::nullopt;
+  auto text = std::make_shared<FileText>(file.name, file.state.path, size, checksum, std::move(schema->metas));
+  return Input{{file.name, std::move(schema->metalib), SchemaText{std::move(text), std::move(schema->source_map)}, {}},
+               std::nullopt};
+}
+
+Input ReadFileAt(const std::string& path, Texts texts) {
   const OpenFile file = OpenInput(path);
-  return file.is_mappable_image ? MapFile(file) : file.size > 0 ? ReadRegular(file) : ReadStream(file);
+  if (file.is_mappable_image) return MapFile(file);
+  if (texts == Texts::kWhenNeeded && file.size >= kLargeText && CanBeReadAgain(file)) {
+    if (std::optional<Input> input = ReadWithoutText(file)) return std::move(*input);
+    Rewind(file);
+  }
+  return file.size > 0 ? ReadRegular(file) : ReadStream(file);
 }
 
 // --- Schema files ---
@@ -119,14 +138,16 @@ void RequireUnchanged(const Input& input) {
   if (input.mapped) RequireUnchanged(input.name, *input.mapped);
 }
 
-Input LoadBytes(const std::string& name, Bytes bytes) {
+Input LoadBytes(const std::string& name, Bytes bytes, Texts texts) {
   Input input = FromBytes(name, std::move(bytes));
+  if (texts == Texts::kShown) AddDump(input);
   ListTables(input);
   return input;
 }
 
-Input LoadFile(const std::string& path) {
-  Input input = ReadFileAt(path);
+Input LoadFile(const std::string& path, Texts texts) {
+  Input input = ReadFileAt(path, texts);
+  if (texts == Texts::kShown) AddDump(input);
   ListTables(input);
   return input;
 }
@@ -148,10 +169,10 @@ std::string SchemaFile(const Input& input) {
 void AddDump(Input& input) {
   if (input.text) return;
   try {
-    auto bytes = std::make_shared<std::string>(SchemaFile(input));
-    qmx::ReadResult read = qmx::ReadXml(*bytes);
-    const std::string_view view = *bytes;
-    input.text = {std::move(bytes), view, std::move(read.schema->source_map), true};
+    std::string bytes = SchemaFile(input);
+    qmx::ReadResult read = qmx::ReadXml(bytes);
+    input.text = KeptText(std::move(bytes), std::move(read.schema->source_map));
+    input.text->is_dump = true;
   } catch (const InputError&) {
     // The report says that there is no text to show.
   }

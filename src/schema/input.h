@@ -16,14 +16,23 @@ struct Input : Source {
 // Throws InputError if a mapped file has been written to since it was loaded: results based on it may be wrong.
 void RequireUnchanged(const Input& input);
 
-// The schema in the bytes of a file; `name` is used in messages. Throws InputError as LoadFile.
-Input LoadBytes(const std::string& name, Bytes bytes);
+// What becomes of the texts of schema files.
+enum class Texts {
+  kWhenNeeded,  // a large file is read again when its text is needed first: see FileText
+  kShown        // all are in memory, and an image gets the text of its schema file (AddDump)
+};
+
+// Size in bytes from which on the text of a regular file is not kept.
+inline constexpr std::size_t kLargeText = std::size_t{256} << 10;
+
+// The schema in the bytes of a file; `name` is used in messages. Keeps the text. Throws InputError as LoadFile.
+Input LoadBytes(const std::string& name, Bytes bytes, Texts texts = Texts::kWhenNeeded);
 
 // The schema in the file at a path, "-" for standard input. An image in a regular file is mapped. Throws InputError with every
 // error of the file: one line if it cannot be read or is larger than qmx::kMaxFileBytes; one line "FILE: error: WHAT" for a
 // refused image; "FILE:LINE:COLUMN: error: WHAT" for each error of a schema file. Linear. Threads may load different files at
 // once.
-Input LoadFile(const std::string& path);
+Input LoadFile(const std::string& path, Texts texts = Texts::kWhenNeeded);
 
 // The library as a schema file in XML; reading the text gives the same library byte for byte. Descriptions, comments and layout
 // of the original schema file are not part of a library, so they are lost. Linear.

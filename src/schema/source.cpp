@@ -11,6 +11,16 @@
 
 namespace korvel {
 
+SchemaText KeptText(std::shared_ptr<void> keeper, std::string_view bytes, qmx::SourceMap source_map) {
+  return {std::make_shared<FileText>(std::move(keeper), bytes), std::move(source_map)};
+}
+
+SchemaText KeptText(std::string bytes, qmx::SourceMap source_map) {
+  auto keeper = std::make_shared<std::string>(std::move(bytes));
+  const std::string_view view = *keeper;
+  return KeptText(std::move(keeper), view, std::move(source_map));
+}
+
 bool Source::HasMeta(const std::string& meta) const { return qmx_get_meta_by_name(Library(), meta.c_str()) != nullptr; }
 
 void ListTables(Source& source) {
@@ -35,11 +45,9 @@ Location DeclaredAt(const Source& source, const std::string& meta) {
 }
 
 std::optional<Source> SourceOfText(const std::string& name, std::string text) {
-  auto bytes = std::make_shared<std::string>(std::move(text));
-  qmx::ReadResult read = qmx::ReadXml(*bytes);
+  qmx::ReadResult read = qmx::ReadXml(text);
   if (!read.schema) return std::nullopt;
-  const std::string_view view = *bytes;
-  SchemaText schema{std::move(bytes), view, std::move(read.schema->source_map)};
+  SchemaText schema = KeptText(std::move(text), std::move(read.schema->source_map));
   Source source{name, std::move(read.schema->metalib), std::move(schema), {}};
   ListTables(source);
   return source;

@@ -11,16 +11,23 @@
 
 #include "qmx/qmx_builder.h"
 #include "qmx/qmx_source_map.h"
+#include "schema/file_text.h"
 
 namespace korvel {
 
 // The text of a schema file as it was read, in which locations are found.
 struct SchemaText {
-  std::shared_ptr<void> keeper;  // owns the bytes
-  std::string_view bytes;
+  std::shared_ptr<const FileText> file;
   qmx::SourceMap source_map;
   bool is_dump = false;  // not from a file: written for an image, so that reports can show lines
+
+  // See FileText::Bytes.
+  std::string_view Bytes() const { return file->Bytes(); }
 };
+
+// A text in memory, which `keeper` owns.
+SchemaText KeptText(std::shared_ptr<void> keeper, std::string_view bytes, qmx::SourceMap source_map);
+SchemaText KeptText(std::string bytes, qmx::SourceMap source_map);
 
 // Movable and copyable; copies share the bytes. Const operations may run on several threads at once.
 struct Source {

@@ -2,6 +2,8 @@
 // reason and a location in the file.
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -25,11 +27,25 @@ void RequireErrors(const qmx::ReadResult& result, std::string_view text) {
   }
 }
 
+// The reader that does not keep the text accepts the same files, with the same library.
+void RequireSame(const qmx::ReadResult& result, std::string_view text) {
+  qmx::XmlBuffer buffer(std::max<std::size_t>(text.size(), 1));
+  std::ranges::copy(text, buffer.data());
+  const std::optional<qmx::SchemaWithoutText> released = buffer.ReadAndRelease(text.size());
+  fuzz::Require(released.has_value() == result.schema.has_value(), "both readers accept the same files");
+  if (!released) return;
+  const qmx::Metalib& library = result.schema->metalib;
+  fuzz::Require(
+      released->metalib.size() == library.size() && std::memcmp(released->metalib.get(), library.get(), library.size()) == 0,
+      "both readers give the same library");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view text(reinterpret_cast<const char*>(data), size);
   const qmx::ReadResult result = qmx::ReadXml(text);
+  RequireSame(result, text);
   if (!result.schema) {
     RequireErrors(result, text);
     return 0;

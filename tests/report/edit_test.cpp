@@ -57,12 +57,12 @@ std::string TextAt(const Location& location) {
   const std::size_t element = text.source_map.Find(location.element).value();
   const std::string place = location.source->name + " ";
   if (location.attribute.empty()) {
-    const std::size_t length = text.bytes.substr(element).find('"', text.bytes.substr(element).find('"') + 1) + 1;
-    return place + std::string(text.bytes.substr(element, length));
+    const std::size_t length = text.Bytes().substr(element).find('"', text.Bytes().substr(element).find('"') + 1) + 1;
+    return place + std::string(text.Bytes().substr(element, length));
   }
-  const auto value = qmx::FindAttributeValue(text.bytes, element, location.attribute);
+  const auto value = qmx::FindAttributeValue(text.Bytes(), element, location.attribute);
   return value ? place + std::string(location.attribute) + "=" +
-                     std::string(text.bytes.substr(value->begin, value->end - value->begin))
+                     std::string(text.Bytes().substr(value->begin, value->end - value->begin))
                : place + "no " + std::string(location.attribute);
 }
 

@@ -90,7 +90,7 @@ std::vector<Replacement> ExpectedFix(const Difference& difference, const FixEdit
   const std::optional<Model> model = ApplyWith(difference, chosen, fix.alternatives);
   if (!model || !CanBeWritten(*model)) return {};
   const auto made = Rewriter(new_source, old_source).Rewrite(*model);
-  const bool is_readable = made && SourceOfText("new", ApplyReplacements(new_source.text->bytes, *made));
+  const bool is_readable = made && SourceOfText("new", ApplyReplacements(new_source.text->Bytes(), *made));
   return model->protocol == difference.new_model().protocol || is_readable ? made.value_or(std::vector<Replacement>())
                                                                            : std::vector<Replacement>();
 }
@@ -114,7 +114,7 @@ void ExpectSameFixes(const Source& old_source, const Source& new_source, std::mt
     const std::size_t left = work.left();
     const std::vector<Replacement> actual = fixes.Make(fix);
     const std::vector<Replacement> expected = ExpectedFix(difference, fix, new_source, old_source);
-    const std::string& text = std::string(new_source.text->bytes);
+    const std::string& text = std::string(new_source.text->Bytes());
     EXPECT_EQ(ApplyReplacements(text, actual), ApplyReplacements(text, expected)) << text;
     ASSERT_TRUE(std::ranges::equal(actual, expected, [](const Replacement& a, const Replacement& b) {
       return a.span.begin == b.span.begin && a.span.end == b.span.end && a.text == b.text;

@@ -9,12 +9,10 @@
 namespace report_test {
 
 korvel::Source ReadSource(const std::string& name, const std::string& text) {
-  auto bytes = std::make_shared<std::string>(text);
-  qmx::ReadResult read = qmx::ReadXml(*bytes);
+  qmx::ReadResult read = qmx::ReadXml(text);
   for (const qmx::ReadError& error : read.errors) ADD_FAILURE() << name << ":" << error.location.line << ": " << error.text;
   if (!read.schema) throw std::runtime_error(name + " is no schema");
-  const std::string_view view = *bytes;
-  korvel::SchemaText schema{std::move(bytes), view, std::move(read.schema->source_map)};
+  korvel::SchemaText schema = korvel::KeptText(text, std::move(read.schema->source_map));
   korvel::Source source{name, std::move(read.schema->metalib), std::move(schema), {}};
   korvel::ListTables(source);
   return source;

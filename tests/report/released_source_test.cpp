@@ -67,7 +67,7 @@ TEST(ReleasedSource, KeepsTextWithoutItsParser) {
   const auto released = Release(mall, {DeclaredAt(mall, "b")}, true);
   mall.text.reset();
   ASSERT_TRUE(released->text);
-  EXPECT_EQ(released->text->bytes, kMall);
+  EXPECT_EQ(released->text->Bytes(), kMall);
   EXPECT_TRUE(released->text->is_dump);
 }
 

@@ -173,7 +173,7 @@ TableResult Orders(const Maker& maker) {
       maker.MakeFinding(changes, {4}, -3, "field.size", kSmaller, "keep price at 8 bytes", "0000000000000003"),
   };
   changes.findings[0].has_fix = true;
-  const std::string_view bytes = maker.InNew({}, "").source->text->bytes;
+  const std::string_view bytes = maker.InNew({}, "").source->text->Bytes();
   const std::size_t wide = bytes.find("uint64");
   changes.findings[0].fix = {{{wide, wide + 6}, "uint32" + maker.suffix()}};
   Answer(table);

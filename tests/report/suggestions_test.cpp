@@ -64,7 +64,7 @@ Fixed Fix(const Sides& sides) {
   const bool refused = RunChecker(old_source.Library(), built->get(), "t", settings).Refused();
   EXPECT_EQ(fixed.suggestion.allowed, !refused) << "the verdict on the suggestion";
   for (const Finding& finding : fixed.changes.findings) {
-    fixed.fixed.push_back(ApplyReplacements(new_source.text->bytes, finding.fix));
+    fixed.fixed.push_back(ApplyReplacements(new_source.text->Bytes(), finding.fix));
     EXPECT_FALSE(finding.suggestion.empty());
   }
   return fixed;
@@ -268,7 +268,7 @@ TEST(Suggestions, FixLeavesNoStructureWithoutFields) {
   };
   const Source new_source = ReadSource("new.xml", library("9b"));
   for (const Finding& finding : SuggestionsFor(library("a"), new_source).findings) {
-    EXPECT_NE(SourceOfText("fixed.xml", ApplyReplacements(new_source.text->bytes, finding.fix)), std::nullopt)
+    EXPECT_NE(SourceOfText("fixed.xml", ApplyReplacements(new_source.text->Bytes(), finding.fix)), std::nullopt)
         << finding.verdict.text;
   }
 }

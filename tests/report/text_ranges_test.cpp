@@ -32,7 +32,7 @@ std::string ToText(const Source& source, const TextRange& range) {
   if (!range.begin) return range.file;
   const auto place = [](const qmx::LineColumn& at) { return std::to_string(at.line) + ":" + std::to_string(at.column); };
   return place(*range.begin) + "-" + place(range.end) + " " +
-         std::string(source.text->bytes.substr(range.span.begin, range.span.end - range.span.begin));
+         std::string(source.text->Bytes().substr(range.span.begin, range.span.end - range.span.begin));
 }
 
 struct PlaceCase {

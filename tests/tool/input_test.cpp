@@ -123,6 +123,121 @@ TEST_F(InputTest, LocationsFollowEachOther) {
                 "");
 }
 
+// --- Files that are so large that their texts are not kept ---
+
+std::string Padding(std::size_t size) { return "<!--" + std::string(size, '.') + "-->\n"; }
+
+class LargeInputTest : public ToolTest {
+ protected:
+  static constexpr std::size_t kLarge = 300'000;  // bytes
+
+  Outcome RunOnce(std::vector<std::string> arguments, const std::string& format) const {
+    if (!format.empty()) arguments.insert(arguments.end(), {"--format", format});
+    return Korvelcheck(arguments);
+  }
+
+  // Runs the call on the files, and again after each got a large comment behind its last line.
+  void ExpectSameWhenLarge(const std::vector<std::string>& arguments, const std::string& format = "") const {
+    SCOPED_TRACE(arguments.front() + " " + arguments.back() + " " + format);
+    const std::vector<std::string> files = {"old.xml", "same.xml", "wide.xml", "more.xml"};
+    std::vector<std::string> texts;
+    for (const std::string& file : files) texts.push_back(Read(file));
+    const Outcome small = RunOnce(arguments, format);
+    for (std::size_t i = 0; i < files.size(); ++i) Write(files[i], texts[i] + Padding(kLarge));
+    const Outcome large = RunOnce(arguments, format);
+    for (std::size_t i = 0; i < files.size(); ++i) Write(files[i], texts[i]);
+    EXPECT_NE(small.exit_code, 2) << small.err;
+    ExpectOutcome(large, small.exit_code, small.out, small.err);
+  }
+
+  // Runs `check FILE pipe.xml`, and changes the file after it was read and before the pipe was.
+  Outcome CheckWhileChanging(const std::string& file, const std::string& new_text, const std::string& tables) const {
+    EXPECT_EQ(::mkfifo(PathOf("pipe.xml").c_str(), 0600), 0);
+    std::thread writer([&] {
+      std::ofstream pipe(PathOf("pipe.xml"), std::ios::binary);
+      // More than a pipe can buffer: once it is written, the program has read the file.
+      pipe << "<metalib name=\"mall\" version=\"6\">" << Padding(1'000'000) << std::flush;
+      Write(file, new_text);
+      pipe << tables << "</metalib>";
+    });
+    Outcome outcome = Korvelcheck({"check", file, "pipe.xml"});
+    writer.join();
+    std::filesystem::remove(PathOf("pipe.xml"));
+    return outcome;
+  }
+};
+
+TEST_F(LargeInputTest, GivesTheSameReports) {
+  Write("more.xml",
+        Library(6, {Table({.fields = "<entry name=\"more\" type=\"int8\" version=\"6\"/>"}), Table({.name = "users"})}));
+  for (const std::string new_file : {"same.xml", "wide.xml", "more.xml"}) {
+    for (const std::string format : {"text", "json", "sarif", "junit", "github", "gitlab", "markdown"}) {
+      ExpectSameWhenLarge({"check", "old.xml", new_file}, format);
+    }
+    for (const std::string format : {"text", "json"}) {
+      ExpectSameWhenLarge({"diff", "old.xml", new_file}, format);
+      ExpectSameWhenLarge({"layout", "old.xml", new_file}, format);
+    }
+    ExpectSameWhenLarge({"compat", "old.xml", new_file});
+    ExpectSameWhenLarge({"lint", new_file});
+    ExpectSameWhenLarge({"compile", "-o", "-", new_file});
+    ExpectSameWhenLarge({"history", "old.xml", "same.xml", new_file});
+  }
+}
+
+TEST_F(LargeInputTest, IsFixedAsAWhole) {
+  const Outcome small = Korvelcheck({"suggest", "--file", "old.xml", "wide.xml"});
+  ASSERT_EQ(small.exit_code, 0) << small.err;
+  for (const std::string file : {"old.xml", "wide.xml"}) Write(file, Read(file) + Padding(kLarge));
+  const Outcome large = Korvelcheck({"suggest", "--file", "old.xml", "wide.xml"});
+  EXPECT_TRUE(large.out == small.out + Padding(kLarge)) << large.err;
+}
+
+TEST_F(LargeInputTest, ReportsTheSameErrors) {
+  for (const std::string error : {"<meta/>", "text", "</meta>", "&nobody;"}) {
+    const std::string text = Library(5, {Table(), error, Table({.name = "users"})});
+    Write("a.xml", text);
+    const Outcome small = Korvelcheck({"lint", "a.xml"});
+    Write("a.xml", text + Padding(kLarge));
+    ExpectOutcome(Korvelcheck({"lint", "a.xml"}), 2, "", small.err);
+  }
+}
+
+// A report would show lines of a file that was never checked.
+TEST_F(LargeInputTest, RefusesFileThatChangesBeforeItIsShown) {
+  const std::string refused = Table({.key_type = "uint32"});
+  const std::string text = Library(5, {Padding(kLarge) + Table()});
+  std::string other = text;
+  other[other.find("....")] = ',';
+  for (const std::string& changed : {other, text + "\n", text.substr(0, text.size() - 1), std::string()}) {
+    Write("large.xml", text);
+    ExpectOutcome(CheckWhileChanging("large.xml", changed, refused), 2, "",
+                  "korvelcheck: large.xml: was modified while it was read; try again\n");
+  }
+  Write("large.xml", text);
+  EXPECT_EQ(CheckWhileChanging("large.xml", text, refused).exit_code, 1);
+}
+
+// The verdict is about the bytes that were read.
+TEST_F(LargeInputTest, FileMayChangeIfItIsNotShown) {
+  const std::string text = Library(5, {Padding(kLarge) + Table()});
+  Write("large.xml", text);
+  ExpectOutcome(CheckWhileChanging("large.xml", "", Table()), 0,
+                "verdict: allowed\npipe.xml:2:1: allowed: table orders\n"
+                "0 tables refused, 1 allowed; 1 compared, 0 new, 0 removed\n",
+                "");
+}
+
+// Standard input is read from where it is, and only once.
+TEST_F(LargeInputTest, StandardInputMayBeALargeFile) {
+  Write("large.xml", Library(5, {Padding(kLarge) + Table({.key_type = "uint32"})}));
+  Write("small.xml", Library(5, {Table()}));
+  const Outcome outcome = Korvelcheck(
+      Call{.arguments = {"check", "small.xml", "-"}, .launcher = {"/bin/sh", "-c", "exec \"$0\" \"$@\" < large.xml"}});
+  EXPECT_EQ(outcome.exit_code, 1) << outcome.err;
+  EXPECT_THAT(outcome.out, HasSubstr("\n<stdin>:3:52: refused [primary-key.size] "));
+}
+
 // An unexpected failure is an internal error, never a verdict.
 TEST_F(InputTest, OutOfMemoryIsAnInternalError) {
   if (KORVEL_SANITIZED) GTEST_SKIP() << "sanitizers need address space";

@@ -1,5 +1,7 @@
-// The memory of a project check and of a history: a file that is not shown in the report is forgotten after it was compared.
+// The memory of checks: a file that is not shown in the report is forgotten after it was compared, and a large text is not kept.
 #include <gtest/gtest.h>
+
+#include <fstream>
 
 #include "tool_test.h"
 
@@ -74,6 +76,34 @@ TEST_F(HistoryMemoryTest, ForgetsVersions) {
   constexpr int kMany = 60;
   constexpr long kResults = 20;  // KB for the results of a version; its text has 230 KB, and its library more
   EXPECT_LE(peak_of(kMany) - peak_of(kFew), (kMany - kFew) * kResults);
+}
+
+using CheckMemoryTest = ToolTest;
+
+// While a file is parsed, its library takes the place of its text.
+TEST_F(CheckMemoryTest, ForgetsTexts) {
+  if (KORVEL_SANITIZED) GTEST_SKIP() << "sanitizers keep released memory";
+  std::string fields;
+  for (int i = 0; i < 100; ++i) {
+    fields += "\n    <entry name=\"field_" + std::to_string(i) + "\" type=\"uint64\" desc=\"a field of about 90 bytes of XML\"/>";
+  }
+  const auto peak_of = [&](int tables) {
+    for (const std::string file : {"a.xml", "b.xml"}) {
+      // Table by table, because the peak is at least that of the test.
+      std::ofstream text(PathOf(file));
+      text << "<metalib name=\"mall\" version=\"5\" protocol=\"QMX\">\n";
+      for (int i = 0; i < tables; ++i) text << Table({.name = "table_" + std::to_string(i), .fields = fields});
+      text << "</metalib>\n";
+    }
+    const Outcome outcome = Korvelcheck({"check", "a.xml", "b.xml"});
+    EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
+    return outcome.peak_kb;
+  };
+  const auto kb_of_files = [&] { return static_cast<long>(std::filesystem::file_size(PathOf("a.xml")) * 2 / 1024); };
+  const long few = peak_of(300);
+  const long kb_of_few = kb_of_files();
+  const long many = peak_of(900);
+  EXPECT_LE(many - few, (kb_of_files() - kb_of_few) * 4 / 3);  // twice the size of the files if the texts were kept
 }
 
 }  // namespace

@@ -72,7 +72,7 @@ std::vector<Replacement> FixMaker::FromModel(const FixEdits& fix) {
   if (!made) return {};
   // A protocol is that of all tables, which may lack what it requires.
   const bool changes_protocol = model->protocol != difference_.new_model().protocol;
-  if (changes_protocol && !SourceOfText(new_source_.name, ApplyReplacements(new_source_.text->bytes, *made))) return {};
+  if (changes_protocol && !SourceOfText(new_source_.name, ApplyReplacements(new_source_.text->Bytes(), *made))) return {};
   return *std::move(made);
 }
 

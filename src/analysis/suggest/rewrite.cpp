@@ -35,7 +35,7 @@ struct MetaText {
 
 std::optional<MetaText> TextOf(const Source& source, const std::string& meta) {
   if (!source.text) return std::nullopt;
-  return MetaText{source.text->bytes, source.text->source_map, *PositionOf(source, meta)};
+  return MetaText{source.text->Bytes(), source.text->source_map, *PositionOf(source, meta)};
 }
 
 constexpr Kind KindOf(const EntryModel&) { return Kind::kEntry; }
@@ -252,7 +252,7 @@ class MetaRewrite {
     if (found != PositionsOf(*other_, wanted).end() && HaveSameShape(items[found->second], wanted)) {
       const SchemaText& text = *other_->source.text;
       const auto copied =
-          Copied(MetaText{text.bytes, text.source_map, other_->position}, found->second, items[found->second], wanted);
+          Copied(MetaText{text.Bytes(), text.source_map, other_->position}, found->second, items[found->second], wanted);
       if (copied) return WithLineEnds(*copied, layout.line_end);
     }
     return Written(wanted, layout);
@@ -270,14 +270,14 @@ class MetaRewrite {
 
 std::optional<std::vector<Replacement>> Rewriter::Rewrite(const Model& target) {
   if (!source_.text || qmx_get_meta_num(source_.Library()) == 0) return std::nullopt;
-  TextEdits edits(source_.text->bytes);
+  TextEdits edits(source_.text->Bytes());
   bool written = ChangeHead(edits, target);
   for (const MetaModel& meta : target.metas) written = written && RewriteMeta(edits, meta);
   return written ? std::optional(edits.Finish()) : std::nullopt;
 }
 
 std::optional<std::vector<Replacement>> Rewriter::RewritePart(const Model& target, const AppliedPart& part) {
-  TextEdits edits(source_.text->bytes);
+  TextEdits edits(source_.text->Bytes());
   bool written = ChangeHead(edits, target);
   const MetaModel& wanted = target.metas.front();
   if (part.present != wanted) {
@@ -333,14 +333,14 @@ bool Rewriter::AddMeta(TextEdits& edits, const MetaModel& wanted) {
   const std::optional<std::uint32_t> position = PositionOf(other_, wanted.name);
   const std::optional<std::uint32_t> next = position ? NextPresent()[*position] : std::nullopt;
   const auto last = static_cast<std::uint32_t>(qmx_get_meta_num(source_.Library()) - 1);
-  const std::string_view text = source_.text->bytes;
+  const std::string_view text = source_.text->Bytes();
   const std::size_t neighbour = *source_.text->source_map.Find({Kind::kMeta, next.value_or(last)});
   const Layout layout{std::string(IndentOf(text, neighbour).value_or("")), LineEndAt(text, neighbour)};
   std::optional<std::string> added = ElementOf(wanted, layout);
   const MetaModel* const other_meta = others_.Find(wanted.name);
   if (other_meta != nullptr && *other_meta == wanted && other_.text) {
-    added =
-        WithLineEnds(WithComments(other_.text->bytes, *other_.text->source_map.Find({Kind::kMeta, *position})), layout.line_end);
+    added = WithLineEnds(WithComments(other_.text->Bytes(), *other_.text->source_map.Find({Kind::kMeta, *position})),
+                         layout.line_end);
   }
   if (!added) return false;
   next ? edits.InsertBefore(neighbour, *added) : edits.InsertBehind(neighbour, *added);

@@ -108,7 +108,7 @@ Round RunRound(const Source& old_source, const Source& source, const std::vector
   const auto replacements = Rewriter(source, old_source).Rewrite(merged.model());
   if (!replacements) return {std::nullopt, false};
   if (replacements->empty()) return {};
-  std::optional<Source> next = SourceOfText(source.name, ApplyReplacements(source.text->bytes, *replacements));
+  std::optional<Source> next = SourceOfText(source.name, ApplyReplacements(source.text->Bytes(), *replacements));
   if (!next || !Matches(*next, merged.model())) return {std::nullopt, false};
   return {std::move(next), true};
 }
@@ -143,8 +143,8 @@ SchemaSuggestion SuggestSchema(const Source& old_source, const Source& new_sourc
     source = std::move(*fixed.next);
     refused = RefusedTables(old_source, source, questions);
   }
-  suggestion.text = source.text->bytes;
-  suggestion.is_changed = suggestion.text != new_source.text->bytes;
+  suggestion.text = source.text->Bytes();
+  suggestion.is_changed = suggestion.text != new_source.text->Bytes();
   for (const RefusedTable& one : refused) {
     const auto& [table, settings] = *one.question;
     suggestion.refused.push_back({table, one.verdict, SuggestionsFor({old_source, source, table, settings}, one.verdict, work)});

@@ -145,8 +145,8 @@ std::string HtmlSources::Section(std::size_t number) {
   const std::string title = "<h2 id=\"p" + std::to_string(number + 1) + "\">Source" +
                             (page_.pairs().size() > 1 ? ": " + Code(pair.second->name) : "") + "</h2>\n";
   if (const std::string why = WhyNoText(pair); !why.empty()) return title + why;
-  const Lines new_lines = SourceLines(pair.second->text->bytes);
-  const Lines old_lines = pair.IsOne() ? Lines() : SourceLines(pair.first->text->bytes);
+  const Lines new_lines = SourceLines(pair.second->text->Bytes());
+  const Lines old_lines = pair.IsOne() ? Lines() : SourceLines(pair.first->text->Bytes());
   const bool whole = old_lines.size() + new_lines.size() <= page_.limits().whole_lines && page_.pairs().size() == 1;
   const std::vector<LineRow> rows = pair.IsOne() ? OneSide(new_lines.size()) : AlignLines(old_lines, new_lines, pair.known);
   const std::vector<bool> near = Near(rows, pair, whole);

@@ -66,7 +66,7 @@ class FixPositions {
     }
     for (auto& [source, offsets] : offsets_) {
       std::ranges::sort(offsets);
-      positions_[source] = FindPositions(source->text ? source->text->bytes : "", offsets);
+      positions_[source] = FindPositions(source->text ? source->text->Bytes() : "", offsets);
     }
   }
 

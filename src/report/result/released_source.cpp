@@ -10,9 +10,9 @@ namespace {
 
 // The bytes of a text, without the parser that owns them.
 SchemaText CopyOf(const SchemaText& text) {
-  auto bytes = std::make_shared<std::string>(text.bytes);
-  const std::string_view view = *bytes;
-  return {std::move(bytes), view, {}, text.is_dump};
+  SchemaText copy = KeptText(std::string(text.Bytes()), {});
+  copy.is_dump = text.is_dump;
+  return copy;
 }
 
 std::vector<MetaRange> RangesOf(const std::vector<Location>& locations) {
@@ -20,7 +20,7 @@ std::vector<MetaRange> RangesOf(const std::vector<Location>& locations) {
   const std::vector<std::optional<TextRange>> ranges = FindTextRanges(locations);
   for (std::size_t i = 0; i < locations.size(); ++i) {
     const TextRange& range = *ranges[i];
-    if (range.begin) kept.push_back({locations[i].element.meta, range.span, *range.begin, range.end});
+    if (range.begin) kept.push_back({locations[i].element.meta, {range.span, *range.begin, range.end}});
   }
   std::ranges::sort(kept, {}, &MetaRange::meta);
   return kept;
@@ -41,10 +41,7 @@ const ReleasedSource* FindReleased(const Source& source) {
 
 void FillIn(const ReleasedSource& source, std::uint32_t meta, TextRange& range) {
   const auto found = std::ranges::lower_bound(source.kept, meta, {}, &MetaRange::meta);
-  if (found == source.kept.end() || found->meta != meta) return;
-  range.begin = found->begin;
-  range.end = found->end;
-  range.span = found->span;
+  if (found != source.kept.end() && found->meta == meta) FillIn(found->tag, range);
 }
 
 }  // namespace korvel

@@ -13,9 +13,7 @@ namespace korvel {
 // Where a meta was declared in the text that its source had.
 struct MetaRange {
   std::uint32_t meta = 0;  // its position in the library
-  qmx::Span span;          // of its start tag
-  qmx::LineColumn begin;
-  qmx::LineColumn end;
+  qmx::TagRange tag;
 };
 
 // A source without its library and its list of tables: Library() is null. Its text, if it was kept, has no source map. Locations

@@ -43,6 +43,11 @@ struct ProjectFinding {
   std::string suggestion;  // empty for none
 };
 
+// Whether a report shows more of the sources of a table than their names and where it is declared.
+inline bool ShowsSources(const TableResult& table) {
+  return table.status == Status::kRefused || (table.changes && !table.changes->edits.empty());
+}
+
 struct Report {
   std::string command;                    // "check"
   std::vector<ReportInput> inputs;        // in the order of the command line; of a project, old and new of each pair

@@ -24,9 +24,9 @@ qmx::Span SpanOf(const Location& location) {
   const SchemaText& text = *location.source->text;
   const std::size_t element = text.source_map.Find(location.element).value_or(0);
   if (!location.attribute.empty()) {
-    if (const auto value = qmx::FindAttributeValue(text.bytes, element, location.attribute)) return *value;
+    if (const auto value = qmx::FindAttributeValue(text.Bytes(), element, location.attribute)) return *value;
   }
-  return StartTag(text.bytes, element);
+  return StartTag(text.Bytes(), element);
 }
 
 // Finds the lines of ascending offsets; reads each byte of the text at most twice, no matter how many offsets share a line.
@@ -68,8 +68,8 @@ void FillIn(std::vector<Point> points) {
   LineFinder lines{""};
   for (const auto& [of, offset, range, is_end] : points) {
     if (of != source) {
-      counter = qmx::LineCounter(of->text->bytes);
-      lines = LineFinder(of->text->bytes);
+      counter = qmx::LineCounter(of->text->Bytes());
+      lines = LineFinder(of->text->Bytes());
       source = of;
     }
     if (is_end) {
@@ -77,10 +77,18 @@ void FillIn(std::vector<Point> points) {
     } else {
       const qmx::Span line = lines.At(offset);
       range->begin = counter.At(offset);
-      range->line = of->text->bytes.substr(line.begin, line.end - line.begin);
+      range->line = of->text->Bytes().substr(line.begin, line.end - line.begin);
       range->line_begin = line.begin;
     }
   }
+}
+
+bool IsMeta(const Location& location) {
+  return location.element.kind == qmx::ElementId::Kind::kMeta && location.attribute.empty();
+}
+
+bool HasText(const Location& location) {
+  return location && FindReleased(*location.source) == nullptr && location.source->text.has_value();
 }
 
 auto KeyOf(const Location& location) {
@@ -93,6 +101,9 @@ auto KeyOf(const Location& location) {
 std::vector<std::optional<TextRange>> FindTextRanges(const std::vector<Location>& locations) {
   std::vector<std::optional<TextRange>> ranges(locations.size());
   std::vector<Point> points;
+  for (const Location& location : locations) {
+    if (HasText(location) && !IsMeta(location)) location.source->text->Bytes();
+  }
   for (std::size_t i = 0; i < locations.size(); ++i) {
     const Source* const source = locations[i].source;
     if (source == nullptr) continue;
@@ -103,6 +114,10 @@ std::vector<std::optional<TextRange>> FindTextRanges(const std::vector<Location>
       continue;
     }
     if (!source->text) continue;
+    if (!source->text->file->IsInMemory()) {
+      FillIn(source->text->file->MetaTag(locations[i].element.meta), range);
+      continue;
+    }
     range.span = SpanOf(locations[i]);
     points.push_back({source, range.span.begin, &range, false});
     points.push_back({source, range.span.end, &range, true});

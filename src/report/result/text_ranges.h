@@ -23,11 +23,19 @@ struct TextRange {
   std::size_t line_begin = 0;  // offset of `line` in the file
 };
 
+// Fills in all members of `range` but the file and the line.
+inline void FillIn(const qmx::TagRange& tag, TextRange& range) {
+  range.begin = tag.begin;
+  range.end = tag.end;
+  range.span = tag.span;
+}
+
 // Whether two ranges begin at the same place.
 inline bool BeginAlike(const TextRange& a, const TextRange& b) { return a.file == b.file && a.span.begin == b.span.begin; }
 
 // The ranges of locations, in the same order; nullopt for a location without a source. Linear in the sizes of the files, plus
-// sorting the locations.
+// sorting the locations. Reads a text that was not kept if a location is not a meta as a whole; then the call throws as
+// FileText::Bytes. Otherwise the text is left alone, and the lines of the ranges are empty.
 std::vector<std::optional<TextRange>> FindTextRanges(const std::vector<Location>& locations);
 
 // The ranges of many locations: resolved together, looked up one by one.

@@ -24,11 +24,21 @@ std::unique_ptr<vesk::LogCategory> OpenLog(const LogOptions& options) {
   return log;
 }
 
+// Reads the texts that were not kept and that the report shows: if that fails, no part of the report may have been written.
+void ReadShownTexts(const Report& report) {
+  for (const TableResult& table : report.tables) {
+    if (!ShowsSources(table)) continue;
+    for (const Source* const source : {table.first, table.second}) {
+      if (source != nullptr && source->text) source->text->Bytes();
+    }
+  }
+}
+
 }  // namespace
 
 CommandResult LoadForReport(const char* command, const InputRoles& roles, const std::vector<std::string>& paths,
                             const Format& format) {
-  CommandResult result{.inputs = LoadInputs(paths, format.shows_sources ? Images::kWithText : Images::kAsTheyAre)};
+  CommandResult result{.inputs = LoadInputs(paths, format.shows_sources ? Texts::kShown : Texts::kWhenNeeded)};
   result.report.command = command;
   for (std::size_t i = 0; i < result.inputs.size(); ++i) {
     result.report.inputs.push_back({i == 0 ? roles.first : roles.second, &result.inputs[i]});
@@ -49,6 +59,7 @@ int RunReport(const ReportOptions& options, const std::vector<std::string>& inpu
   AddSuggestions(result.report, options.format->shows_fixes);
   if (log) log->Close();
   for (const Input& input : result.inputs) RequireUnchanged(input);
+  ReadShownTexts(result.report);
   options.output.Write([&](const TextSink& sink) { options.format->write(result.report, options.output.CanColor(), sink); });
   if (const std::string failure = log ? log->WriteFailure() : ""; !failure.empty()) throw std::runtime_error(failure);
   return CountFailing(result.report) == 0 ? kAllAllowed : kSomeRefused;

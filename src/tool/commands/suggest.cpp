@@ -92,7 +92,7 @@ int Run(const SuggestArguments& arguments) {
   if (!suggestion.is_changed && new_input.text) PrintNothingToFix(new_input);
   const std::string name = OneLine(new_input.name);
   arguments.output.Write(arguments.whole_file ? suggestion.text
-                                              : UnifiedDiff(name, new_input.text->bytes, name, suggestion.text));
+                                              : UnifiedDiff(name, new_input.text->Bytes(), name, suggestion.text));
   if (!suggestion.refused.empty()) RefuseAll(new_input, suggestion.refused);
   return kAllAllowed;
 }
