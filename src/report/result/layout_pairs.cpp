@@ -99,7 +99,7 @@ class Pairing {
   std::vector<FieldPair>& pairs_;
 };
 
-std::string Difference(std::uint64_t before, std::uint64_t after) {
+std::string Distance(std::uint64_t before, std::uint64_t after) {
   return after < before ? "-" + std::to_string(before - after) : "+" + std::to_string(after - before);
 }
 
@@ -158,7 +158,7 @@ std::string DescribeChange(const FieldPair& pair, bool tlv) {
   if (pair.after == nullptr) return "removed";
   ChangeText words;
   if (const std::string itself = DescribeItself(*pair.before, *pair.after); !itself.empty()) words.Add(itself);
-  if (Moved(pair, tlv)) words.Add("moved by " + Difference(pair.before->offset, pair.after->offset));
+  if (Moved(pair, tlv)) words.Add("moved by " + Distance(pair.before->offset, pair.after->offset));
   return words.text();
 }
 
