@@ -10,7 +10,6 @@
 #include <string>
 
 #include "analysis/findings/finding.h"
-#include "analysis/findings/shared_searches.h"
 #include "analysis/suggest/work_limit.h"
 #include "base/limits.h"
 #include "common/modify_table.h"
@@ -18,6 +17,8 @@
 #include "schema/settings.h"
 
 namespace korvel {
+
+class SharedSearches;
 
 enum class Status { kAllowed, kRefused, kNew };
 

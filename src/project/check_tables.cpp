@@ -9,6 +9,7 @@
 #include <thread>
 #include <unordered_set>
 
+#include "analysis/findings/shared_searches.h"
 #include "base/parallel.h"
 #include "report/result/fold.h"
 
