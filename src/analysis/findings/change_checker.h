@@ -13,7 +13,10 @@ namespace korvel {
 // Borrows the context and the difference, which must outlive it. Const operations may run on several threads at once.
 class ChangeChecker {
  public:
-  ChangeChecker(const TableContext& context, const Difference& difference);
+  // Excerpts take time to prepare: without them, each check visits the whole table, which is faster for a few checks.
+  enum class Use { kExcerpts, kWholeTables };
+
+  ChangeChecker(const TableContext& context, const Difference& difference, Use use = Use::kExcerpts);
 
   // The answer about each set, in order. Uses excerpts of the table where there are some: the time then does not depend on the
   // number of fields. Runs on several threads for large schemas.
@@ -21,6 +24,9 @@ class ChangeChecker {
 
   // The answer about a set, always from the whole table.
   CheckAnswer CheckWhole(const EditSet& set) const;
+
+  // The old schema as it is.
+  const CheckAnswer& unchanged() const { return unchanged_; }
 
   bool has_excerpts() const { return excerpts_.has_value(); }
   void DropExcerpts() { excerpts_.reset(); }

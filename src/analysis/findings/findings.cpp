@@ -185,10 +185,11 @@ bool ConfirmsRefusals(const ChangeChecker& checker, const Difference& difference
   });
 }
 
-// The division that was found for another table, if the checker confirms it for this one. All edits, and those that are allowed
-// together, are checked with the whole table.
-std::optional<SearchResult> Confirmed(const ChangeChecker& checker, const Difference& difference, const SharedSearch& search) {
-  if (!checker.has_excerpts() || !ConfirmsRefusals(checker, difference, search.refusals)) return std::nullopt;
+// The division that was found for another table, if the checker confirms it for this one.
+std::optional<SearchResult> Confirmed(const TableContext& context, const Difference& difference, const SharedSearch& search) {
+  const ChangeChecker checker(context, difference, ChangeChecker::Use::kWholeTables);
+  const bool is_valid = checker.unchanged() && !checker.unchanged()->Refused();
+  if (!is_valid || !ConfirmsRefusals(checker, difference, search.refusals)) return std::nullopt;
   CheckAnswer together = checker.CheckWhole(search.allowed);
   if (!together || together->Refused()) return std::nullopt;
   return SearchResult{search.allowed, std::move(together), search.refusals, search.stopped};
@@ -199,17 +200,16 @@ std::optional<SearchResult> Confirmed(const ChangeChecker& checker, const Differ
 SearchResult SearchEdits(const TableContext& context, const Difference& difference, const std::vector<BadField>& bad_fields,
                          std::size_t limit, SharedSearches* shared, bool& is_borrowed) {
   SearchInput input = InputFor(context, difference, bad_fields, limit);
-  ChangeChecker checker(context, difference);
   const std::optional<std::string> key =
       shared != nullptr && bad_fields.empty() && input.preexisting.empty() ? SearchKeyOf(context, limit) : std::nullopt;
-  if (!key) return SearchWith(checker, input);
-  if (const SharedSearch* const search = shared->Find(*key, difference)) {
-    std::optional<SearchResult> confirmed = Confirmed(checker, difference, *search);
+  if (const SharedSearch* const search = key ? shared->Find(*key, difference) : nullptr) {
+    std::optional<SearchResult> confirmed = Confirmed(context, difference, *search);
     is_borrowed = confirmed.has_value();
     if (confirmed) return *std::move(confirmed);
   }
+  ChangeChecker checker(context, difference);
   SearchResult found = SearchWith(checker, input);
-  if (checker.has_excerpts()) shared->Add(*key, {difference, found.allowed, found.refusals, found.stopped});
+  if (key && checker.has_excerpts()) shared->Add(*key, {difference, found.allowed, found.refusals, found.stopped});
   return found;
 }
 

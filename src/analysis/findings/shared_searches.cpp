@@ -45,12 +45,28 @@ std::vector<std::string_view> StructuresOf(const Model& model) {
   return names;
 }
 
+bool IsFile(const Source& source) { return source.text && !source.text->is_dump; }
+
+// Whether an entry with a structure has the name or id of another entry.
+bool IsAmbiguous(const MetaModel& table) {
+  std::map<std::string_view, int> names;
+  std::map<std::int32_t, int> ids;
+  for (const EntryModel& entry : table.entries) {
+    ++names[entry.name];
+    if (entry.id >= 0) ++ids[entry.id];
+  }
+  return std::ranges::any_of(table.entries, [&](const EntryModel& entry) {
+    return IsCompositeType(entry.type) && (names[entry.name] > 1 || (entry.id >= 0 && ids[entry.id] > 1));
+  });
+}
+
 }  // namespace
 
 std::optional<std::string> SearchKeyOf(const TableContext& context, std::size_t max_findings) {
-  if (!context.new_source.HasMeta(context.table)) return std::nullopt;
+  const bool are_files = IsFile(context.old_source) && IsFile(context.new_source);
+  if (!are_files || !context.new_source.HasMeta(context.table)) return std::nullopt;
   const MetaModel table = TableOf(context, context.old_source);
-  if (table != TableOf(context, context.new_source)) return std::nullopt;
+  if (table != TableOf(context, context.new_source) || IsAmbiguous(table)) return std::nullopt;
   const Settings& settings = context.settings;
   KeyText key;
   key.Add(settings.type).Add(settings.created_as).Add(std::string_view(settings.server_version));
