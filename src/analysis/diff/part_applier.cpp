@@ -1,5 +1,5 @@
-// Cuts a meta down to what some edits concern, and applies the others. Tested by tests/report/part_applier_test.cpp, which
-// compares fixes with those of whole models.
+// Cuts a meta down to what some edits concern, and applies the others. Tested by tests/report/fixes_test.cpp, which compares
+// fixes with those of whole models.
 #include "analysis/diff/part_applier.h"
 
 #include <algorithm>

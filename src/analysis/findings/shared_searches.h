@@ -23,9 +23,10 @@ struct SharedSearch {
 };
 
 // What the answers about structures depend on besides the structures: the settings, the kind of the table, and how it embeds
-// them. Its other fields are unchanged, so nothing about them is refused (meta_excerpt.h). nullopt if the declaration of the table
-// itself changes, if the new source does not have it, if entries that embed structures share their name or id with others, or if a
-// source is an image, which may contain more than is compared here. n log n in the fields of the table, without its structures.
+// them. Its other fields are unchanged, so nothing about them is refused (meta_excerpt.h). nullopt if the declaration of the
+// table itself changes, if the new source does not have it, if entries that embed structures share their name or id with others,
+// or if a source is an image, which may contain more than is compared here. n log n in the fields of the table, without its
+// structures.
 std::optional<std::string> SearchKeyOf(const TableContext& context, std::size_t max_findings);
 
 // Searches by their keys. Several threads may use it at once; for results that do not depend on the threads, the first table of
