@@ -19,6 +19,17 @@ bool Parse(std::string_view text, Number& number) {
   return error == std::errc() && end == text.data() + text.size();
 }
 
+// Not ok() if the text is not a day.
+std::chrono::year_month_day ParseDay(std::string_view text) {
+  unsigned year = 0;
+  unsigned month = 0;
+  unsigned day = 0;
+  const bool is_day = text.size() == 10 && text[4] == '-' && text[7] == '-' && Parse(text.substr(0, 4), year) &&
+                      Parse(text.substr(5, 2), month) && Parse(text.substr(8, 2), day);
+  if (!is_day) return {};
+  return {std::chrono::year(static_cast<int>(year)), std::chrono::month(month), std::chrono::day(day)};
+}
+
 constexpr long long kLastSecond = 253402300799;  // of the year 9999
 
 // In seconds: the ticks of the system clock reach only the year 2262.
@@ -35,14 +46,10 @@ std::chrono::sys_seconds Now() {
 
 }  // namespace
 
-bool IsDay(std::string_view text) {
-  if (text.size() != 10 || text[4] != '-' || text[7] != '-') return false;
-  unsigned year = 0;
-  unsigned month = 0;
-  unsigned day = 0;
-  if (!Parse(text.substr(0, 4), year) || !Parse(text.substr(5, 2), month) || !Parse(text.substr(8, 2), day)) return false;
-  return std::chrono::year_month_day(std::chrono::year(static_cast<int>(year)), std::chrono::month(month), std::chrono::day(day))
-      .ok();
+bool IsDay(std::string_view text) { return ParseDay(text).ok(); }
+
+long long DaysFrom(std::string_view day, std::string_view other) {
+  return (std::chrono::sys_days(ParseDay(other)) - std::chrono::sys_days(ParseDay(day))).count();
 }
 
 std::string Today() {

@@ -10,6 +10,9 @@ namespace korvel {
 // days.
 bool IsDay(std::string_view text);
 
+// The number of days from one day to another, negative if the other is earlier. REQUIRES: both are days (IsDay).
+long long DaysFrom(std::string_view day, std::string_view other);
+
 // The current day in UTC. If the environment variable SOURCE_DATE_EPOCH (seconds since 1970) is set, the day of that time, which
 // makes a call repeatable. Throws InputError if the variable is not such a number.
 std::string Today();

@@ -7,6 +7,7 @@
 
 #include "base/input_error.h"
 #include "base/text.h"
+#include "project/project_path.h"
 #include "report/result/released_source.h"
 #include "schema/model.h"
 
@@ -86,14 +87,16 @@ std::shared_ptr<const Source> FilePairCheck::Share(Input input) const {
 }
 
 std::shared_ptr<const Source> FilePairCheck::LoadFrom(FileTree& state, const std::string& path, Bytes bytes) const {
-  return Share(LoadBytes(state.Display(path), std::move(bytes)));
+  Input input = LoadBytes(state.Display(path), std::move(bytes));
+  input.path_in_project = PathInProject(check_.states.project_directory, path);
+  return Share(std::move(input));
 }
 
 // The side without tables that a deleted file is compared with.
 std::shared_ptr<const Source> FilePairCheck::WithoutTables(const Source& old_source, const std::string& shown) const {
   Model model = ModelOf(old_source, std::string(old_source.tables.front()));
   model.metas.clear();
-  return Share(Input{{shown, std::move(*Build(model)), std::nullopt, {}}, std::nullopt});
+  return Share(Input{{shown, std::move(*Build(model)), std::nullopt, {}, old_source.path_in_project}, std::nullopt});
 }
 
 std::vector<TableResult> FilePairCheck::TablesOf(FilePair& pair) const {

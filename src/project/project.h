@@ -19,13 +19,24 @@ struct ProjectText {
   qmx::LineColumn location;
 };
 
-// A temporary exception for one finding.
+// What a waiver covers.
+enum class WaiverForm {
+  kExact,  // what rule, table, path, change and file name: one change, as it was accepted
+  kWide,   // any change that the rule refuses at an entry of a table
+  kBare,   // nothing: it has only a fingerprint, as earlier versions wrote it
+};
+
+// A temporary exception for a finding: an entry of [[waivers]].
 struct WaiverEntry {
   qmx::LineColumn location = {};
-  std::string fingerprint = {};  // of the finding; empty: table, rule and entry name it
-  std::string table = {};
+  WaiverForm form = WaiverForm::kExact;
   std::string rule = {};
-  std::string entry = {};
+  std::string table = {};
+  std::string path = {};         // kExact: Finding::path in that table
+  std::string change = {};       // kExact: as AcceptedChange gives it
+  std::string file = {};         // kExact: the schema file, a path from the project file
+  std::string fingerprint = {};  // kExact: of the finding, may be empty; kBare: of an earlier version
+  std::string entry = {};        // kWide: the path in the table, "" for the table as a whole
   std::string reason = {};
   std::string until = {};  // the last day of the waiver
   std::string fault = {};  // what is wrong with it and what is allowed; empty if it is valid

@@ -9,7 +9,7 @@
 #include "project/baseline.h"
 #include "project/project.h"
 #include "project/toml_reader.h"
-#include "project/waivers.h"
+#include "project/waiver_entry.h"
 #include "schema/setting_values.h"
 
 namespace korvel {
@@ -151,9 +151,12 @@ void ReadUntil(TomlReader& reader, const Value& value, WaiverEntry& waiver) {
 }
 
 constexpr Key<WaiverEntry> kWaiverKeys[] = {
-    {"fingerprint", ReadText<&WaiverEntry::fingerprint>},
-    {"table", ReadText<&WaiverEntry::table>},
     {"rule", ReadText<&WaiverEntry::rule>},
+    {"table", ReadText<&WaiverEntry::table>},
+    {"path", ReadText<&WaiverEntry::path>},
+    {"change", ReadText<&WaiverEntry::change>},
+    {"file", ReadText<&WaiverEntry::file>},
+    {"fingerprint", ReadText<&WaiverEntry::fingerprint>},
     {"entry", ReadText<&WaiverEntry::entry>},
     {"reason", ReadText<&WaiverEntry::reason>},
     {"until", ReadUntil},
@@ -170,8 +173,10 @@ void ReadWaivers(TomlReader& reader, const Value& value, Project& project) {
     waiver.location = LocationOf(node);
     reader.ReadTable<WaiverEntry>({"[[waivers]]", node}, kWaiverKeys, waiver);
     if (const toml::table* const table = node.as_table()) {
-      const auto has = [&](const char* key) { return table->contains(key); };
-      waiver.fault = FaultOf(waiver, {has("table"), has("rule"), has("entry")}, project);
+      WaiverKeys keys;
+      for (const auto& member : *table) keys.emplace(member.first.str());
+      waiver.form = FormOf(keys);
+      waiver.fault = FaultOf(waiver, keys, project);
     }
     project.waivers.push_back(std::move(waiver));
   }

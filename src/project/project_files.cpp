@@ -12,6 +12,7 @@
 #include "base/input_error.h"
 #include "base/text.h"
 #include "project/glob.h"
+#include "project/project_path.h"
 #include "qmx/qmx_types.h"
 #include "schema/input.h"
 
@@ -19,16 +20,6 @@ namespace korvel {
 namespace {
 
 namespace fs = std::filesystem;
-
-// The directory of a path without links, and its last name as it is: a link to a file is another name of that file.
-fs::path Absolute(const std::string& path) {
-  std::error_code ignored;
-  std::string normal = fs::absolute(path.empty() ? "." : path, ignored).lexically_normal();
-  while (normal.size() > 1 && normal.back() == '/') normal.pop_back();
-  const fs::path whole = normal;
-  return fs::is_directory(whole, ignored) ? fs::weakly_canonical(whole, ignored)
-                                          : fs::weakly_canonical(whole.parent_path(), ignored) / whole.filename();
-}
 
 // The path from a directory to something inside it, "" for itself.
 std::string Below(const fs::path& path, const std::string& top, const std::string& shown) {
@@ -45,7 +36,7 @@ class Patterns {
  public:
   Patterns(const Project* project, const ProjectStates& states) : project_(project) {
     if (project_ == nullptr) return;
-    prefix_ = Below(Absolute(project_->directory), states.top, project_->file);
+    prefix_ = Below(AbsolutePath(project_->directory), states.top, project_->file);
     if (!prefix_.empty()) prefix_ += '/';
   }
 
@@ -96,7 +87,7 @@ bool IsSchema(FileTree& state, const std::string& path) {
 
 // The project file as it is in the old state; nullopt if it has none there, or a faulty one.
 std::optional<Project> OldProject(const Project& project, const ProjectStates& states) {
-  const std::string path = Below(Absolute(project.file), states.top, project.file);
+  const std::string path = Below(AbsolutePath(project.file), states.top, project.file);
   if (!states.old_state->HasFile(path)) return std::nullopt;
   try {
     return ParseProject(project.file, project.directory, std::string(states.old_state->Read(path).View()));
@@ -204,7 +195,7 @@ ProjectFiles FilesOfPaths(const std::vector<std::string>& paths, const Patterns&
   InputError missing;
   std::set<std::string> seen;
   for (const std::string& given : paths) {
-    const std::string path = Below(Absolute(given), states.top, given);
+    const std::string path = Below(AbsolutePath(given), states.top, given);
     if (!seen.insert(path).second) {
       files.repeated.push_back(given);
       continue;
@@ -245,19 +236,20 @@ ProjectStates OpenStates(const Baseline& baseline, const Project* project) {
   ProjectStates states;
   states.baseline = baseline;
   if (baseline.revision) {
-    states.top = Absolute(Git::Top(name));
+    states.top = AbsolutePath(Git::Top(name));
     states.old_state = CommitTree(*baseline.revision, name);
-    states.new_state = WorkTreeSeenFrom(Absolute(""), states.top, name);
+    states.new_state = WorkTreeSeenFrom(AbsolutePath(""), states.top, name);
   } else {
     std::error_code error;
     if (!fs::is_directory(name, error)) {
       const std::string reason = error ? error.message() : "is not a directory";
       throw InputError{{ToolMessage(OneLine(name) + ": " + reason + "; allowed: " + kAllowedBaselines)}};
     }
-    states.top = Absolute(project == nullptr ? "" : project->directory);
+    states.top = AbsolutePath(project == nullptr ? "" : project->directory);
     states.old_state = DiskTree(name, name);
-    states.new_state = DiskTreeSeenFrom(Absolute(""), states.top);
+    states.new_state = DiskTreeSeenFrom(AbsolutePath(""), states.top);
   }
+  states.project_directory = ProjectDirectory(project, states.top);
   return states;
 }
 

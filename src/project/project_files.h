@@ -22,7 +22,8 @@ struct ProjectStates {
   Baseline baseline;
   std::unique_ptr<FileTree> old_state;
   std::unique_ptr<FileTree> new_state;
-  std::string top;  // of the new state on the disk, absolute
+  std::string top;                // of the new state on the disk, absolute
+  std::string project_directory;  // a path from the top; fingerprints contain paths from there
 };
 
 // Opens an earlier state and what is on the disk now. The top is that of the work tree for a revision of git; else the directory

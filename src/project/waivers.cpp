@@ -2,107 +2,211 @@
 #include "project/waivers.h"
 
 #include <algorithm>
-#include <string_view>
-#include <tuple>
-#include <vector>
+#include <iterator>
+#include <set>
+#include <utility>
 
 #include "base/calendar.h"
-#include "base/did_you_mean.h"
 #include "base/text.h"
-#include "rule_docs/rule_docs.h"
+#include "project/waiver_entry.h"
+#include "report/result/issues.h"
 
 namespace korvel {
 namespace {
 
-bool IsFingerprint(std::string_view text) {
-  return text.size() == 16 && text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
+constexpr char kReplace[] = "replace it with these lines";
+
+// A moved file is known by both of its paths.
+bool IsIn(const std::string& file, const TableResult& table) {
+  return file == table.second->path_in_project || (table.first != nullptr && file == table.first->path_in_project);
 }
 
-// Why no finding can have this rule; empty if one can.
-std::string FaultOfRule(const std::string& rule) {
-  if (rule.empty() || FindRefusal(rule) != nullptr) return "";
-  std::vector<std::string_view> known;
-  for (const RefusalRow* row : AllRefusals()) known.emplace_back(row->id);
-  return "rule is " + Quote(rule) + DidYouMean(rule, known) + "; allowed: what 'korvelcheck rules' lists";
+// The fingerprint that a finding has in a file of this path.
+std::string FingerprintIn(const std::string& file, const TableFinding& found) {
+  const TableResult& table = *found.table;
+  if (file == table.second->path_in_project) return found.finding->fingerprint;
+  return FingerprintOf(file, table.first->LibraryName(), *found.finding, table.changes->edits);
 }
 
-bool NamesTheSame(const WaiverEntry& one, const WaiverEntry& other) {
-  return std::tie(one.fingerprint, one.table, one.rule, one.entry) ==
-         std::tie(other.fingerprint, other.table, other.rule, other.entry);
+bool HasOldFingerprint(const TableFinding& found, const std::string& fingerprint) {
+  const TableResult& table = *found.table;
+  return OldFingerprintOf(table.first->LibraryName(), *found.finding, table.changes->edits) == fingerprint;
 }
 
-// Otherwise the second one would be reported as unused, or would hide that the first one has expired.
-std::string FaultOfRepeated(const WaiverEntry& waiver, const Project& project) {
-  const auto other = std::ranges::find_if(project.waivers, [&](const WaiverEntry& one) { return NamesTheSame(one, waiver); });
-  if (other == project.waivers.end()) return "";
-  return project.file + ":" + std::to_string(other->location.line) + " already has a waiver for this finding; allowed: one";
-}
+// Finds what one waiver covers.
+class WaiverMatch {
+ public:
+  WaiverMatch(const std::vector<TableFinding>& findings, const Report& report, WaiverUse& use)
+      : findings_(findings), report_(report), use_(use), waiver_(*use.waiver) {}
 
-// The path of a finding without the table in front, "" for the table itself.
-std::string EntryOf(const std::string& path, const std::string& table) {
-  return path.starts_with(table + ".") ? path.substr(table.size() + 1) : "";
-}
-
-bool Matches(const WaiverEntry& waiver, const std::string& table, const Finding& finding) {
-  if (!waiver.fingerprint.empty()) return waiver.fingerprint == finding.fingerprint;
-  return waiver.table == table && waiver.rule == finding.verdict.rule && waiver.entry == EntryOf(finding.path, table);
-}
-
-// Returns whether the waiver matches a finding.
-bool Apply(const WaiverEntry& waiver, Report& report) {
-  bool is_used = false;
-  for (TableResult& table : report.tables) {
-    if (!table.changes) continue;
-    for (Finding& finding : table.changes->findings) {
-      if (!Matches(waiver, table.table, finding)) continue;
-      is_used = true;
-      if (!finding.waiver) finding.waiver = {waiver.reason, waiver.until};
+  void Find() {
+    if (waiver_.form == WaiverForm::kBare) {
+      FindReplacement();
+    } else if (!waiver_.fault.empty()) {
+      Refuse(waiver_.fault, "complete the waiver or remove it; 'korvelcheck waive' adds valid ones");
+    } else if (waiver_.form == WaiverForm::kWide) {
+      use_.findings = Select([&](const TableFinding& found) {
+        return waiver_.table == found.table->table && HasRule(found) && waiver_.entry == EntryOf(*found.table, *found.finding);
+      });
+    } else {
+      FindExact();
     }
   }
-  return is_used;
-}
 
-// "the waiver of ..."
-std::string Describe(const WaiverEntry& waiver) {
-  if (!waiver.fingerprint.empty()) return "the waiver of " + waiver.fingerprint;
-  const std::string entry = waiver.entry.empty() ? "" : ", entry " + Quote(waiver.entry);
-  return "the waiver of " + Quote(waiver.rule) + " in table " + Quote(waiver.table) + entry;
+ private:
+  std::vector<TableFinding> Select(auto condition) const {
+    std::vector<TableFinding> selected;
+    std::ranges::copy_if(findings_, std::back_inserter(selected), condition);
+    return selected;
+  }
+
+  bool HasRule(const TableFinding& found) const {
+    const std::string& rule = found.finding->verdict.rule;
+    return waiver_.rule == (rule.empty() ? refused_ : rule);
+  }
+  bool IsAtPath(const TableFinding& found) const {
+    return waiver_.table == found.table->table && waiver_.path == found.finding->path;
+  }
+
+  void Refuse(std::string fault, std::string suggestion) {
+    use_.state = WaiverState::kMalformed;
+    use_.fault = std::move(fault);
+    use_.suggestion = std::move(suggestion);
+  }
+
+  void FindExact() {
+    const std::vector<TableFinding> same_rule =
+        Select([&](const TableFinding& found) { return HasRule(found) && IsIn(waiver_.file, *found.table); });
+    std::set<std::string> named;
+    for (const TableFinding& found : same_rule) {
+      if (!IsAtPath(found)) continue;
+      const std::string change = AcceptedChange(*found.table, *found.finding);
+      if (change == waiver_.change) {
+        named.insert(FingerprintIn(waiver_.file, found));
+      } else {
+        use_.instead = change;
+      }
+    }
+    if (!named.empty()) use_.instead.clear();
+    if (!waiver_.fingerprint.empty() && !AgreesWith(named, same_rule)) return;
+    if (!waiver_.fingerprint.empty() && named.empty() && !IsCompared(waiver_.table)) named.insert(waiver_.fingerprint);
+    std::ranges::copy_if(same_rule, std::back_inserter(use_.findings), [&](const TableFinding& found) {
+      return named.contains(FingerprintIn(waiver_.file, found)) && AcceptedChange(*found.table, *found.finding) == waiver_.change;
+    });
+  }
+
+  bool IsCompared(const std::string& table) const {
+    return std::ranges::any_of(report_.tables,
+                               [&](const TableResult& one) { return one.table == table && IsIn(waiver_.file, one); });
+  }
+
+  // Whether the fingerprint and the other keys name the same finding, as far as the report shows.
+  bool AgreesWith(const std::set<std::string>& named, const std::vector<TableFinding>& same_rule) {
+    if (named.contains(waiver_.fingerprint)) return true;
+    if (!named.empty()) {
+      Refuse("its fingerprint is " + waiver_.fingerprint + ", but the finding that it names has " + *named.begin(),
+             "correct the fingerprint, or leave it out");
+      return false;
+    }
+    const auto has_fingerprint = [&](const TableFinding& found) {
+      return found.finding->fingerprint == waiver_.fingerprint ||
+             (IsIn(waiver_.file, *found.table) && FingerprintIn(waiver_.file, found) == waiver_.fingerprint);
+    };
+    const auto other = std::ranges::find_if(findings_, has_fingerprint);
+    if (other == findings_.end()) return true;
+    const bool is_same_change = std::ranges::any_of(same_rule, [&](const TableFinding& found) {
+      return has_fingerprint(found) && AcceptedChange(*found.table, *found.finding) == waiver_.change;
+    });
+    if (is_same_change && !IsCompared(waiver_.table)) return true;
+    Refuse("the finding with its fingerprint is another one", kReplace + Replacement(*other));
+    return false;
+  }
+
+  // A waiver of an earlier version, which covers nothing. The message has what replaces it.
+  void FindReplacement() {
+    Refuse(waiver_.fault, "replace it: 'korvelcheck waive' adds a waiver for a finding of the report; or remove it");
+    std::set<std::string> seen;
+    std::string lines;
+    for (const TableFinding& found : findings_) {
+      const Finding& finding = *found.finding;
+      if (finding.fingerprint != waiver_.fingerprint && !HasOldFingerprint(found, waiver_.fingerprint)) continue;
+      if (seen.insert(finding.fingerprint).second) lines += Replacement(found);
+    }
+    if (!lines.empty()) use_.suggestion = kReplace + lines;
+  }
+
+  // The lines of a waiver that covers a finding, for as long and for the same reason, each with a line end before it.
+  std::string Replacement(const TableFinding& found) const {
+    WaiverEntry entry = EntryFor(*found.table, *found.finding, WaiverForm::kExact);
+    entry.reason = waiver_.reason;
+    entry.until = waiver_.until;
+    return "\n" + Join(LinesOf(entry), "\n");
+  }
+
+  const std::vector<TableFinding>& findings_;
+  const Report& report_;
+  WaiverUse& use_;
+  const WaiverEntry& waiver_;
+  const std::string refused_ = RuleIdOf({});  // the rule of a refusal that has none
+};
+
+// A waiver of exactly this change is shown rather than a wide one.
+void Waive(const WaiverUse& use) {
+  const bool is_wide = use.waiver->form == WaiverForm::kWide;
+  for (const TableFinding& found : use.findings) {
+    std::optional<Waiver>& waiver = found.finding->waiver;
+    if (!waiver || (waiver->is_wide && !is_wide)) waiver = {use.waiver->reason, use.waiver->until, is_wide};
+  }
 }
 
 }  // namespace
 
-std::string FaultOf(const WaiverEntry& waiver, const WaiverKeys& keys, const Project& project) {
-  const bool has_fingerprint = !waiver.fingerprint.empty();
-  const bool has_triple = !waiver.table.empty() && !waiver.rule.empty() && keys.has_entry;
-  if (has_fingerprint && (keys.has_table || keys.has_rule || keys.has_entry))
-    return "it has both a fingerprint and table, rule or entry; allowed: one of the two";
-  if (!has_fingerprint && !has_triple) return "it must name a fingerprint, or table, rule and entry";
-  if (has_fingerprint && !IsFingerprint(waiver.fingerprint)) {
-    return "fingerprint is " + Quote(waiver.fingerprint) + "; allowed: 16 hexadecimal digits, as shown in reports";
+std::vector<TableFinding> FindingsOf(Report& report) {
+  std::vector<TableFinding> findings;
+  for (TableResult& table : report.tables) {
+    if (!table.changes) continue;
+    for (Finding& finding : table.changes->findings) findings.push_back({&table, &finding});
   }
-  if (std::string fault = FaultOfRule(waiver.rule); !fault.empty()) return fault;
-  if (waiver.reason.find_first_not_of(" \t\r\n") == std::string::npos)
-    return "it has no reason; allowed: a string that is not blank";
-  if (waiver.until.empty()) return "it has no last day; allowed: until = \"2027-01-31\"";
-  if (!IsDay(waiver.until)) return "until is " + Quote(waiver.until) + "; allowed: a day like 2027-01-31";
-  return FaultOfRepeated(waiver, project);
+  return findings;
 }
 
-void ApplyWaivers(const Project& project, bool all_compared, Report& report) {
-  const std::string today = project.waivers.empty() ? "" : Today();
+std::vector<WaiverUse> ApplyWaivers(const Project& project, Report& report) {
+  std::vector<WaiverUse> uses;
+  if (project.waivers.empty()) return uses;
+  const std::string today = Today();
+  const std::vector<TableFinding> findings = FindingsOf(report);
   for (const WaiverEntry& waiver : project.waivers) {
-    const auto note = [&](const char* rule, const std::string& text, const char* suggestion) {
-      report.project.push_back({rule, project.file, waiver.location, text, suggestion});
+    WaiverUse& use = uses.emplace_back(WaiverUse{&waiver});
+    WaiverMatch(findings, report, use).Find();
+    if (use.state == WaiverState::kMalformed) continue;
+    use.state = waiver.until < today ? WaiverState::kExpired : use.findings.empty() ? WaiverState::kUnused : WaiverState::kInUse;
+    if (use.state == WaiverState::kInUse) Waive(use);
+  }
+  return uses;
+}
+
+void ReportWaivers(const Project& project, const std::vector<WaiverUse>& uses, WaiverPolicy policy, Report& report) {
+  using Level = ProjectFinding::Level;
+  const Level lenient = policy.is_strict ? Level::kError : Level::kWarning;
+  for (const WaiverUse& use : uses) {
+    const auto note = [&](const char* rule, const std::string& text, const std::string& suggestion, Level level) {
+      report.project.push_back({rule, project.file, use.waiver->location, text, suggestion, level});
     };
-    if (!waiver.fault.empty()) {
-      note("waiver.malformed", "invalid waiver: " + waiver.fault,
-           "complete the waiver or remove it; 'korvelcheck waive' adds valid ones");
-    } else if (waiver.until < today) {
+    const bool is_refused =
+        std::ranges::any_of(use.findings, [](const TableFinding& found) { return !found.finding->waiver.has_value(); });
+    if (use.state == WaiverState::kMalformed) {
+      note("waiver.malformed", "invalid waiver: " + use.fault, use.suggestion, Level::kError);
+    } else if (use.state == WaiverState::kExpired && is_refused) {
       // Without today's date, so that the text is the same tomorrow.
-      note("waiver.expired", Describe(waiver) + " expired on " + waiver.until,
-           "remove the waiver and the change, or set a later day");
-    } else if (!Apply(waiver, report) && all_compared) {
-      note("waiver.unused", Describe(waiver) + " matches no finding", "remove it");
+      note("waiver.expired", Describe(*use.waiver) + " expired on " + use.waiver->until + "; the finding is refused again",
+           "remove the waiver and the change, or set a later day", Level::kError);
+    } else if (use.state == WaiverState::kExpired) {
+      note("waiver.expired", Describe(*use.waiver) + " expired on " + use.waiver->until, "remove it", lenient);
+    } else if (use.state == WaiverState::kUnused && !use.instead.empty()) {
+      note("waiver.unused", Describe(*use.waiver) + " does not cover the change that is there now: " + OneLine(use.instead),
+           "revert the change, or have it accepted anew", lenient);
+    } else if (use.state == WaiverState::kUnused && policy.all_compared) {
+      note("waiver.unused", Describe(*use.waiver) + " matches no finding", "remove it", lenient);
     }
   }
 }

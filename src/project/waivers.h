@@ -1,26 +1,50 @@
-// Waivers of a project: which ones are valid, and which findings they apply to.
+// Waivers of a project: which findings they cover, and what is wrong with them.
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "project/project.h"
 #include "report/result/report.h"
+#include "report/result/waiver_list.h"
 
 namespace korvel {
 
-// Which keys a waiver has. An empty `entry` is meaningful: it names a finding about the table as a whole.
-struct WaiverKeys {
-  bool has_table = false;
-  bool has_rule = false;
-  bool has_entry = false;
+// A finding of a report, in one of the tables that have it.
+struct TableFinding {
+  const TableResult* table;
+  Finding* finding;
 };
 
-// What is wrong with a waiver and what is allowed; empty if it is valid. `project` holds the waivers before it.
-std::string FaultOf(const WaiverEntry& waiver, const WaiverKeys& keys, const Project& project);
+// All findings of a report, table by table.
+std::vector<TableFinding> FindingsOf(Report& report);
 
-// Sets Finding::waiver of every finding that a waiver of the project names, and reports the waivers that are malformed or
-// expired; with `all_compared`, which means that every schema of the project was, also those that match no finding. The verdict
-// does not change. Throws InputError as Today.
-void ApplyWaivers(const Project& project, bool all_compared, Report& report);
+// What became of a waiver in a check. Borrows the project and the report.
+struct WaiverUse {
+  const WaiverEntry* waiver;
+  WaiverState state = WaiverState::kUnused;
+  std::vector<TableFinding> findings = {};  // that it covers, or would cover if it had not expired
+  std::string fault = {};                   // kMalformed: what is wrong
+  std::string suggestion = {};              // may have several lines
+  std::string instead = {};                 // kUnused: another change of the same rule at its path, if there is one
+};
+
+// Finds what each waiver of the project covers, in the order of the project file, and sets Finding::waiver there. The verdict
+// does not change.
+//
+// An exact waiver names one change of one file, found by its rule, table, path and text. It covers the finding in every table of
+// the file: tables that embed a structure share its changes. A fingerprint must be that of the finding; with one, the named
+// table need not be among those of the report. For a moved file, the old path is as good as the new one. Throws InputError as
+// Today.
+std::vector<WaiverUse> ApplyWaivers(const Project& project, Report& report);
+
+struct WaiverPolicy {
+  bool all_compared = false;  // every schema of the project was: a waiver that covers nothing is not needed
+  bool is_strict = false;     // unused and expired waivers are errors, not warnings
+};
+
+// Adds to the report what is wrong with waivers. Malformed ones are errors, and so are expired ones whose finding is refused
+// again. Others that expired, and those that are not needed, are warnings.
+void ReportWaivers(const Project& project, const std::vector<WaiverUse>& uses, WaiverPolicy policy, Report& report);
 
 }  // namespace korvel

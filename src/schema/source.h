@@ -35,6 +35,7 @@ struct Source {
   qmx::Metalib metalib;
   std::optional<SchemaText> text;        // absent for an image without dump
   std::vector<std::string_view> tables;  // metas with a primary key, in declaration order
+  std::string path_in_project = {};      // identifies the file in fingerprints and waivers (PathInProject); may be empty
 
   LPQMXMETALIB Library() const { return metalib.get(); }
   const char* LibraryName() const { return Library()->data + Library()->ptrName; }

@@ -199,7 +199,7 @@ TableResult Users(const Maker& maker) {
   changes.status = {EditStatus::kRefused};
   changes.findings = {
       maker.MakeFinding(changes, {0}, -3, "field.count", "The count of entry can't be modified", "keep 2", "0000000000000004")};
-  changes.findings[0].waiver = {"nobody has mail" + maker.suffix(), "2030-01-31"};
+  changes.findings[0].waiver = {"nobody has mail" + maker.suffix(), "2030-01-31", true};
   Answer(table);
   return table;
 }
@@ -256,7 +256,13 @@ Sample EverythingReport(const std::string& suffix) {
                   {FileNote::Kind::kDeleted, "deleted" + suffix + ".xml", ""},
                   {FileNote::Kind::kMoved, "from" + suffix + ".xml", "to" + suffix + ".xml"}};
   report.project = {
-      {"waiver.expired", "korvelcheck" + suffix + ".toml", {3, 1}, "the waiver expired on 2026-01-01" + suffix, "remove it"}};
+      {"waiver.expired", "korvelcheck" + suffix + ".toml", {3, 1}, "the waiver expired on 2026-01-01" + suffix, "remove it"},
+      {"waiver.unused",
+       "korvelcheck" + suffix + ".toml",
+       {9, 1},
+       "the waiver matches no finding" + suffix,
+       "replace it with these lines\n[[waivers]]\nrule = \"field.count\"",
+       korvel::ProjectFinding::Level::kWarning}};
   return std::move(maker.sample());
 }
 

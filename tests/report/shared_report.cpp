@@ -72,7 +72,7 @@ class Maker {
     finding.old_location = edit.old_location;
     finding.new_location = edit.new_location;
     finding.suggestion = "keep it";
-    finding.fingerprint = korvel::FingerprintOf("mall", finding, edits);
+    finding.fingerprint = korvel::FingerprintOf("new.xml", "mall", finding, edits);
     return finding;
   }
 

@@ -21,7 +21,7 @@ import jsonschema
 # HTML elements without an end tag.
 VOID = {"br", "input", "link", "meta"}
 PROPERTY = r"[a-zA-Z]+=[^,:\n]+"
-COMMAND = re.compile(rf"::(error|notice) {PROPERTY}(,{PROPERTY})*::\S.*")
+COMMAND = re.compile(rf"::(error|warning|notice) {PROPERTY}(,{PROPERTY})*::\S.*")
 
 
 def validator_of(path):

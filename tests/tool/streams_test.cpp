@@ -23,6 +23,7 @@ const ToolMessage kSaid[] = {
     {{"layout", "old.xml", "wide.xml"}, {"text", "json"}},
     {{"rules"}, {"text", "json", "markdown"}},
     {{"explain", "primary-key.size"}, {"text", "json", "markdown"}},
+    {{"waivers", "old.xml", "wide.xml"}, {"text", "json"}},
     {{"suggest", "old.xml", "wide.xml"}, {}},
     {{"suggest", "old.xml", "wide.xml", "--file"}, {}},
     {{"compile", "old.xml", "-o", "-"}, {}},
@@ -36,6 +37,8 @@ const ToolMessage kSaid[] = {
 
 class StreamsTest : public ToolTest {
  protected:
+  StreamsTest() { Write("korvelcheck.toml", ""); }
+
   // Calls `expect` for every call that prints something, with its usual outcome.
   template <class Expect>
   void ForEachCall(Expect expect) const {

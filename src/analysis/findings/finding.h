@@ -30,7 +30,8 @@ struct Verdict {
 // A waiver of the project file that covers a finding.
 struct Waiver {
   std::string reason;
-  std::string until;  // "2027-01-31", the last day on which it holds
+  std::string until;     // "2027-01-31", the last day on which it holds
+  bool is_wide = false;  // covers any change that the rule refuses here, not only the one that was accepted
 };
 
 struct Finding {
@@ -71,10 +72,18 @@ struct Changes {
 // 16 hexadecimal digits: a hash of a text. Stored in project files: do not change.
 std::string FingerprintOf(const std::string& text);
 
-// Identifies a finding across runs. A hash of the library's name, the rule, and the kind, structure and item of each edit, in any
-// order; of the path for a finding without edits. Values, files and tables are left out: the fingerprint stays when a refused
-// type is replaced by another refused one, and is the same in every table that embeds a structure. Stored in project files: do
-// not change.
-std::string FingerprintOf(const std::string& library, const Finding& finding, const std::vector<Edit>& edits);
+// Identifies a finding across runs, and what was changed. A hash of the file (Source::path_in_project), the library's name, the
+// rule, and the kind, structure, item and change (as in ChangeOf) of each edit, in any order; of the path for a finding without
+// edits. Tables and paths to an edit are left out: the fingerprint is the same in every table that embeds a structure. Stored in
+// project files: do not change.
+std::string FingerprintOf(const std::string& file, const std::string& library, const Finding& finding,
+                          const std::vector<Edit>& edits);
+
+// The fingerprint without file and values, as project files of earlier versions contain it. Only for messages about them.
+std::string OldFingerprintOf(const std::string& library, const Finding& finding, const std::vector<Edit>& edits);
+
+// What the edits of a finding change, with old and new values, on one line: "attribute ListNum of orders: 100 -> 99". Several
+// edits are sorted and joined by "; ". Empty for a finding without edits. Stored in project files: do not change.
+std::string ChangeOf(const Finding& finding, const std::vector<Edit>& edits);
 
 }  // namespace korvel

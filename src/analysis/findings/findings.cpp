@@ -294,8 +294,9 @@ Changes FindChanges(const TableContext& context, const Difference& difference, c
   } else {
     changes.status.assign(changes.edits.size(), EditStatus::kAllowed);
   }
+  const std::string& file = context.new_source.path_in_project;
   for (Finding& finding : changes.findings) {
-    finding.fingerprint = FingerprintOf(context.old_source.LibraryName(), finding, changes.edits);
+    finding.fingerprint = FingerprintOf(file, context.old_source.LibraryName(), finding, changes.edits);
   }
   return changes;
 }
@@ -305,7 +306,7 @@ Changes FindRemovedTable(const TableContext& context, const Verdict& whole) {
   changes.findings.push_back(AboutTable(context, whole));
   changes.allowed_together = CheckUnchanged(context);
   Finding& finding = changes.findings.front();
-  finding.fingerprint = FingerprintOf(context.old_source.LibraryName(), finding, {});
+  finding.fingerprint = FingerprintOf(context.new_source.path_in_project, context.old_source.LibraryName(), finding, {});
   return changes;
 }
 

@@ -59,7 +59,9 @@ std::string HtmlItems::Finding(const PageFinding& listed) const {
   html += Term("New", LocationOf(finding.new_location, pair)) + Term("Old", LocationOf(finding.old_location, pair));
   html += Term("Suggestion", Html(finding.suggestion));
   html += Term("Also affected", AlsoItems(listed.folded));
-  if (finding.waiver) html += Term("Waived", Html(finding.waiver->reason) + " (until " + Html(finding.waiver->until) + ")");
+  if (finding.waiver)
+    html += Term("Waived", Html(finding.waiver->reason) + " (until " + Html(finding.waiver->until) +
+                               (finding.waiver->is_wide ? "; wide: any change of this rule here)" : ")"));
   return html + Term("Fingerprint", finding.fingerprint.empty() ? "" : Code(finding.fingerprint)) + "</dl>\n</article>\n";
 }
 

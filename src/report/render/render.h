@@ -14,6 +14,7 @@
 #include "report/result/history.h"
 #include "report/result/listing.h"
 #include "report/result/report.h"
+#include "report/result/waiver_list.h"
 
 namespace korvel {
 
@@ -65,6 +66,10 @@ std::string RenderDiffJson(const Listing& listing);
 // For people: one block for each step, one for each version against the newest, a summary.
 std::string RenderHistoryText(const History& history, bool color);
 std::string RenderHistoryJson(const History& history);
+
+// The output of `waivers`. The JSON object is described by docs/waivers.schema.json.
+std::string RenderWaiversText(const WaiverList& list);
+std::string RenderWaiversJson(const WaiverList& list);
 
 // --- layout ---
 

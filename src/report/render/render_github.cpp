@@ -42,7 +42,7 @@ std::string LocationProperties(const TextRange& range, const ServicePaths& paths
 std::string Command(const Issue& issue, const ServicePaths& paths) {
   std::string message = issue.summary;
   for (const std::string& line : DetailsOf(issue)) message += "\n" + line;
-  return std::string("::") + (issue.waived ? "notice " : "error ") + LocationProperties(issue.location, paths) +
+  return std::string("::") + (issue.waived ? "notice" : WordOf(issue.level)) + " " + LocationProperties(issue.location, paths) +
          Property("title", "korvelcheck: " + issue.rule) + "::" + EscapeForCommand(ValidUtf8(message), false) + "\n";
 }
 

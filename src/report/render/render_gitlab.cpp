@@ -1,5 +1,5 @@
-// A report as GitLab code quality entries. Waived findings have the severity "info". Tested by
-// tests/report/formats_test.cpp.
+// A report as GitLab code quality entries. Waived findings have the severity "info", warnings about
+// the project file "minor". Tested by tests/report/formats_test.cpp.
 #include "base/text.h"
 #include "report/render/json_stream.h"
 #include "report/render/render.h"
@@ -8,6 +8,11 @@
 
 namespace korvel {
 namespace {
+
+const char* SeverityOf(const Issue& issue) {
+  if (issue.waived) return "info";
+  return issue.level == ProjectFinding::Level::kWarning ? "minor" : "major";
+}
 
 nlohmann::ordered_json EntryOf(const Issue& issue, const ServicePaths& paths) {
   std::string body;
@@ -19,7 +24,7 @@ nlohmann::ordered_json EntryOf(const Issue& issue, const ServicePaths& paths) {
   return {{"description", issue.summary},
           {"check_name", issue.rule},
           {"fingerprint", issue.fingerprint},
-          {"severity", issue.waived ? "info" : "major"},
+          {"severity", SeverityOf(issue)},
           {"categories", {"Compatibility"}},
           {"content", {{"body", body}}},
           {"location", {{"path", path.empty() ? issue.location.file : path}, {"lines", {{"begin", line}, {"end", end}}}}}};

@@ -101,6 +101,18 @@ class HtmlReport {
            "search</p>\n</form>\n";
   }
 
+  // A warning is not shown by the filter of any status.
+  static std::string ProjectFindingStart(ProjectFinding::Level level) {
+    const bool is_error = level == ProjectFinding::Level::kError;
+    return std::string("<article class=\"item ") + (is_error ? "refused" : "waived") + "\" tabindex=\"0\" data-status=\"" +
+           (is_error ? "refused" : "warning") + "\">\n<h3>" +
+           (is_error ? Badge(StatusStyle::kRefused) : Badge("waived", "!", "warning"));
+  }
+
+  static std::string HtmlLines(const std::string& suggestion) {
+    return Join(SuggestionLines(suggestion), "<br>", [](const std::string& line) { return Html(line); });
+  }
+
   // Notes about files, and findings about the project file.
   void Notes() {
     if (report_.files.empty() && report_.project.empty()) return;
@@ -109,10 +121,10 @@ class HtmlReport {
     for (const FileNote& note : report_.files) files.push_back(ToText(note));
     html_ += List(files);
     for (const ProjectFinding& finding : report_.project) {
-      html_ += "<article class=\"item refused\" tabindex=\"0\" data-status=\"refused\">\n<h3>" + Badge(StatusStyle::kRefused) +
-               " " + Code(finding.rule) + "</h3>\n<p class=\"problem\">" + Html(finding.text) + "</p>\n<dl>\n" +
+      html_ += ProjectFindingStart(finding.level) + " " + Code(finding.rule) + "</h3>\n<p class=\"problem\">" +
+               Html(finding.text) + "</p>\n<dl>\n" +
                Term("Location", Code(FileLineColumn(OneLine(finding.file), finding.position))) +
-               Term("Suggestion", Html(finding.suggestion)) + "</dl>\n</article>\n";
+               Term("Suggestion", HtmlLines(finding.suggestion)) + "</dl>\n</article>\n";
     }
     html_ += "</section>\n";
   }

@@ -75,6 +75,8 @@ Json PositionsOf(const std::vector<std::size_t>& edits, const FoldedEdits& liste
   return json;
 }
 
+Json ToJson(const Waiver& waiver) { return {{"reason", waiver.reason}, {"until", waiver.until}, {"wide", waiver.is_wide}}; }
+
 Json ToJson(const Finding& finding, const FoldedEdits& edits, const TextRanges& ranges) {
   Json json = {{"edits", PositionsOf(finding.edits, edits)}};
   json.update(ToJson(finding.verdict));
@@ -85,7 +87,7 @@ Json ToJson(const Finding& finding, const FoldedEdits& edits, const TextRanges& 
   json["has_fix"] = finding.has_fix;
   json["fix"] = ToJson(finding.fix);
   json["fingerprint"] = finding.fingerprint;
-  json["waiver"] = finding.waiver ? Json{{"reason", finding.waiver->reason}, {"until", finding.waiver->until}} : Json();
+  json["waiver"] = finding.waiver ? ToJson(*finding.waiver) : Json();
   return json;
 }
 
@@ -117,7 +119,8 @@ Json ToJson(const ProjectFinding& finding) {
   return {{"rule", finding.rule},
           {"location", {{"file", finding.file}, {"line", finding.position.line}, {"column", finding.position.column}}},
           {"text", finding.text},
-          {"suggestion", finding.suggestion}};
+          {"suggestion", finding.suggestion},
+          {"level", WordOf(finding.level)}};
 }
 
 Json List(const auto& values) {

@@ -1,6 +1,6 @@
 // A JUnit report: a suite for each pair of files, a test case for each table, a failure for each of its findings. Findings that
-// are listed with an earlier table are one short failure. A waived finding is not a failure; it is in the output of its test
-// case. Tested by tests/report/formats_test.cpp and shared_findings_test.cpp.
+// are listed with an earlier table are one short failure. A waived finding and a warning are no failure; they are in the output
+// of their test case. Tested by tests/report/formats_test.cpp and shared_findings_test.cpp.
 #include <algorithm>
 #include <span>
 
@@ -30,16 +30,16 @@ std::string Attribute(const char* name, std::string_view value) {
   return std::string(" ") + name + "=\"" + XmlText(value) + "\"";
 }
 
-// A failure, or output if it is waived. `text` is its details, as lines.
-std::string Problem(const std::string& rule, const std::string& summary, const std::string& text, bool waived) {
-  if (waived) return "      <system-out>" + XmlText(text) + "</system-out>\n";
+// A failure, or output if it does not fail. `text` is its details, as lines.
+std::string Problem(const std::string& rule, const std::string& summary, const std::string& text, bool fails) {
+  if (!fails) return "      <system-out>" + XmlText(text) + "</system-out>\n";
   return "      <failure" + Attribute("message", summary) + Attribute("type", rule) + ">" + XmlText(text) + "</failure>\n";
 }
 
 std::string ProblemOf(const Issue& issue) {
   std::string text = ToText(issue.location) + ": " + issue.summary + "\n";
   for (const std::string& line : DetailsOf(issue)) text += line + "\n";
-  return Problem(issue.rule, issue.summary, text, issue.waived);
+  return Problem(issue.rule, issue.summary, text, !issue.waived && issue.level == ProjectFinding::Level::kError);
 }
 
 // Findings that are listed with an earlier table.
@@ -49,7 +49,7 @@ std::string ProblemOf(const FoldedReport& report, const SharedItems& items) {
   const std::string summary = SummaryOf(first.verdict) + (path.empty() ? "" : ": " + OneLine(path));
   const std::string more = items.count == 1 ? "" : " (and " + NextOf(items) + ")";
   const std::string text = "same as in table " + OneLine(items.table->table) + more + ", fingerprint " + first.fingerprint + "\n";
-  return Problem(RuleIdOf(first.verdict), summary + more, text, first.waiver.has_value());
+  return Problem(RuleIdOf(first.verdict), summary + more, text, !first.waiver.has_value());
 }
 
 std::string CaseText(const std::string& suite, const std::string& name, const std::string& file, const std::string& body) {
@@ -98,8 +98,10 @@ class JunitReport {
   }
 
  private:
+  Counts CountProject() const { return {report_.project.size(), CountErrors(report_.project), 0}; }
+
   Counts CountAll() const {
-    Counts counts{report_.project.size(), report_.project.size(), 0};
+    Counts counts = CountProject();
     for (const TableResult& table : report_.tables) counts.Add(table);
     return counts;
   }
@@ -130,8 +132,7 @@ class JunitReport {
 
   void WriteProject() {
     const std::string name = "project file";
-    const Counts counts{report_.project.size(), report_.project.size(), 0};
-    sink_("  <testsuite" + Attribute("name", name) + counts.Attributes() + ">\n");
+    sink_("  <testsuite" + Attribute("name", name) + CountProject().Attributes() + ">\n");
     for (; next_ != issues_.all().end(); ++next_) {
       sink_(CaseText(name, next_->rule + " at " + ToText(next_->location), paths_.Of(next_->location.file), ProblemOf(*next_)));
     }

@@ -13,9 +13,14 @@ namespace {
 constexpr std::size_t kMaxDetailed = 50;  // findings with details
 constexpr std::size_t kMaxListed = 500;   // findings in the table
 
+const char* StatusOf(const Issue& issue) {
+  if (issue.table == nullptr) return WordOf(issue.level);
+  return issue.waived ? "waived" : "refused";
+}
+
 std::string Row(const Issue& issue) {
-  return std::string("| ") + (issue.waived ? "waived" : "refused") + " | " + MarkdownCode(issue.rule) + " | " +
-         MarkdownCode(ToText(issue.location)) + " | " + MarkdownText(issue.summary) + " |\n";
+  return std::string("| ") + StatusOf(issue) + " | " + MarkdownCode(issue.rule) + " | " + MarkdownCode(ToText(issue.location)) +
+         " | " + MarkdownText(issue.summary) + " |\n";
 }
 
 std::string More(std::size_t all, std::size_t shown, const char* what) {

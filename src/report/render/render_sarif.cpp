@@ -125,7 +125,7 @@ Json SarifRule(const std::string& id) {
   } else if (const auto* const other = std::ranges::find(kOtherRules, id, &OtherRule::id); other != std::end(kOtherRules)) {
     rule["shortDescription"] = MessageOf(other->summary);
   }
-  rule["defaultConfiguration"] = {{"level", "error"}};
+  rule["defaultConfiguration"] = {{"level", id == "waiver.unused" ? "warning" : "error"}};
   return rule;
 }
 
@@ -189,7 +189,7 @@ class SarifLog {
     if (issue.folded != nullptr) location["logicalLocations"] = LogicalLocations(*issue.folded);
     Json json = {{"ruleId", issue.rule},
                  {"ruleIndex", rule_positions_.at(issue.rule)},
-                 {"level", "error"},
+                 {"level", WordOf(issue.level)},
                  {"message", MessageOf(message)},
                  {"locations", Json::array({std::move(location)})},
                  {"partialFingerprints", {{"korvelcheck/v1", issue.fingerprint}}}};
@@ -213,7 +213,7 @@ class SarifLog {
     json["suppressions"] = Json::array({{{"kind", "external"},
                                          {"status", "accepted"},
                                          {"justification", finding.waiver->reason},
-                                         {"properties", {{"until", finding.waiver->until}}}}});
+                                         {"properties", {{"until", finding.waiver->until}, {"wide", finding.waiver->is_wide}}}}});
   }
 
   // A change of the library has no path; the table is named instead.

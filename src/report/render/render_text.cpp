@@ -68,9 +68,7 @@ class FindingText {
     text += finding_.waiver ? Colored("waived", kYellow, color) : Colored("refused", kRed, color);
     text += InBrackets(finding_.verdict.rule) + " " + SummaryOf(finding_.verdict) + "\n" + SnippetLines(lead_);
     text += "  " + CheckerLine(finding_.verdict.text) + "\n" + Code() + Cause() + Path() + OtherSide() + Also();
-    if (finding_.waiver) {
-      text += "  waived until " + OneLine(finding_.waiver->until) + ": " + OneLine(finding_.waiver->reason) + "\n";
-    }
+    if (finding_.waiver) text += "  " + ToText(*finding_.waiver) + "\n";
     text += "  suggestion: " + OneLine(finding_.suggestion) + "\n";
     return finding_.fingerprint.empty() ? text : text + "  fingerprint: " + finding_.fingerprint + "\n";
   }
@@ -229,9 +227,14 @@ class TextReport {
   }
 
   void AddProjectFinding(const ProjectFinding& finding) {
-    text_ += FileLineColumn(OneLine(finding.file), finding.position) + ": " + Colored("error", kRed, color_) + " [" +
-             finding.rule + "] " + OneLine(finding.text) + "\n";
-    if (!finding.suggestion.empty()) text_ += "  suggestion: " + OneLine(finding.suggestion) + "\n";
+    const bool is_error = finding.level == ProjectFinding::Level::kError;
+    text_ += FileLineColumn(OneLine(finding.file), finding.position) + ": " +
+             Colored(WordOf(finding.level), is_error ? kRed : kYellow, color_) + " [" + finding.rule + "] " +
+             OneLine(finding.text) + "\n";
+    if (finding.suggestion.empty()) return;
+    const std::vector<std::string> lines = SuggestionLines(finding.suggestion);
+    text_ += "  suggestion: " + lines.front() + "\n";
+    for (std::size_t i = 1; i < lines.size(); ++i) text_ += "    " + lines[i] + "\n";
   }
 
   // Names the command that explains a refusal: a rule of the report, else a result code.

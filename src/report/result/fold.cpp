@@ -37,7 +37,7 @@ void AddShared(std::vector<SharedItems>& items, const TableResult& earlier, std:
 namespace {
 
 using EditNames = std::vector<std::tuple<EditKind, std::string_view, std::string_view, std::string_view, std::string_view>>;
-using WaiverText = std::optional<std::pair<std::string_view, std::string_view>>;
+using WaiverText = std::optional<std::tuple<std::string_view, std::string_view, bool>>;
 
 // Two findings are the same if all of this is: pair of sources, edits, path (only of a finding without edits, which belongs to
 // its table alone), rule, code, waiver.
@@ -52,7 +52,7 @@ MergeKey MergeKeyOf(const TableResult& table, const Finding& finding) {
   std::ranges::sort(edits);
   const std::string_view path = edits.empty() ? std::string_view(finding.path) : std::string_view();
   WaiverText waiver;
-  if (finding.waiver) waiver.emplace(finding.waiver->reason, finding.waiver->until);
+  if (finding.waiver) waiver.emplace(finding.waiver->reason, finding.waiver->until, finding.waiver->is_wide);
   return {table.first, table.second, std::move(edits), path, finding.verdict.rule, finding.verdict.code, waiver};
 }
 

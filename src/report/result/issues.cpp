@@ -2,6 +2,7 @@
 #include "report/result/issues.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 
 #include "analysis/findings/finding.h"
@@ -76,6 +77,7 @@ void Issues::AddProjectFinding(const ProjectFinding& finding) {
   issue.location.begin = finding.position;
   issue.location.end = finding.position;
   issue.suggestion = finding.suggestion;
+  issue.level = finding.level;
   issues_.push_back(std::move(issue));
 }
 
@@ -99,7 +101,7 @@ void AddFindingTo(std::vector<std::string>& lines, const Issue& issue) {
   if (edits.empty() && IsPreexisting(table)) lines.emplace_back(kPreexisting);
   for (const std::string& edit : edits) lines.push_back((edits.size() == 1 ? "change: " : "refused in combination: ") + edit);
   for (const std::string& also : issue.also) lines.push_back("also affected: " + also);
-  if (finding.waiver) lines.push_back("waived until " + OneLine(finding.waiver->until) + ": " + OneLine(finding.waiver->reason));
+  if (finding.waiver) lines.push_back(ToText(*finding.waiver));
 }
 
 }  // namespace
@@ -116,7 +118,11 @@ std::vector<std::string> DetailsOf(const Issue& issue) {
   }
   if (issue.folded != nullptr) AddFindingTo(lines, issue);
   if (issue.old_location) lines.push_back("was: " + ToText(*issue.old_location));
-  if (!issue.suggestion.empty()) lines.push_back("suggestion: " + OneLine(issue.suggestion));
+  if (!issue.suggestion.empty()) {
+    const std::size_t first = lines.size();
+    std::ranges::move(SuggestionLines(issue.suggestion), std::back_inserter(lines));
+    lines[first].insert(0, "suggestion: ");
+  }
   return lines;
 }
 

@@ -13,11 +13,12 @@ struct Issue {
   std::string rule;     // RuleIdOf; for others such as "waiver.expired"
   std::string summary;  // what is wrong, in plain words, and the path: "a field's size was reduced: orders.zone". On one line
   bool waived = false;
-  std::string fingerprint;  // unique in the report
+  ProjectFinding::Level level = ProjectFinding::Level::kError;  // a warning does not fail the call; only about the project file
+  std::string fingerprint;                                      // unique in the report
   // In the new file. Of something that was removed, the nearest enclosing element there; if there is none, in the old file.
   TextRange location;
   std::optional<TextRange> old_location;  // if it differs from `location`
-  std::string suggestion;                 // "" for none
+  std::string suggestion;                 // "" for none; may have several lines
   std::vector<std::string> also;          // AlsoOf
   // Both null for a finding about the project file. `folded` is also null for a table whose changes were not checked one by one,
   // and for a table with findings that are not listed.

@@ -33,14 +33,16 @@ struct ReportBaseline {
   std::string origin;  // what the name stands for, for people; may be empty
 };
 
-// A problem of the project file that is not a syntax error: a waiver that is expired, unused or malformed. Always an error: it
-// cannot be waived.
+// A problem of the project file that is not a syntax error: a waiver that is expired, unused or malformed. It cannot be waived.
 struct ProjectFinding {
+  enum class Level { kError, kWarning };  // an error fails the call
+
   std::string rule;  // "waiver.expired"
   std::string file;
   qmx::LineColumn position;
   std::string text;
-  std::string suggestion;  // empty for none
+  std::string suggestion;  // empty for none; may have several lines, to paste into the project file
+  Level level = Level::kError;
 };
 
 // Whether a report shows more of the sources of a table than their names and where it is declared.

@@ -10,9 +10,13 @@ bool IsWaived(const TableResult& result) {
          std::ranges::all_of(result.changes->findings, [](const Finding& one) { return one.waiver.has_value(); });
 }
 
+std::size_t CountErrors(const std::vector<ProjectFinding>& findings) {
+  return static_cast<std::size_t>(std::ranges::count(findings, ProjectFinding::Level::kError, &ProjectFinding::level));
+}
+
 std::size_t CountFailing(const Report& report) {
   const auto fails = [](const TableResult& result) { return result.status == Status::kRefused && !IsWaived(result); };
-  return report.project.size() + static_cast<std::size_t>(std::ranges::count_if(report.tables, fails));
+  return CountErrors(report.project) + static_cast<std::size_t>(std::ranges::count_if(report.tables, fails));
 }
 
 Summary Summarize(const FoldedReport& folded) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <vector>
 
 #include "report/result/fold.h"
 #include "report/result/report.h"
@@ -28,8 +29,11 @@ struct Summary {
 
 Summary Summarize(const FoldedReport& folded);
 
-// Refused tables that are not waived (IsWaived), plus findings about the project file. 0 means exit code 0.
+// Refused tables that are not waived (IsWaived), plus errors of the project file. 0 means exit code 0.
 std::size_t CountFailing(const Report& report);
+
+// Findings about the project file that are errors, not warnings.
+std::size_t CountErrors(const std::vector<ProjectFinding>& findings);
 
 // Whether every finding of a refused table is waived, also those that are not listed. False if the search for findings stopped at
 // the limit: the next finding may not be waived.

@@ -33,8 +33,25 @@ const char* WordOf(OverallVerdict verdict) {
 const char* RemarkOn(const Summary& summary) {
   if (summary.refused > 0 && summary.failing == 0) return " (all waived)";
   if (summary.compared == 0 && summary.added > 0) return " (all tables are new)";
+  if (summary.refused == 0 && summary.failing > 0) return " (but the project file has an error)";
   return "";
 }
+
+std::string ToText(const Waiver& waiver) {
+  return std::string("waived") + (waiver.is_wide ? " (wide: any change of this rule here)" : "") + " until " +
+         OneLine(waiver.until) + ": " + OneLine(waiver.reason);
+}
+
+std::vector<std::string> SuggestionLines(std::string_view suggestion) {
+  std::vector<std::string> lines;
+  for (std::size_t end = 0; end != std::string_view::npos; suggestion.remove_prefix(std::min(end + 1, suggestion.size()))) {
+    end = suggestion.find('\n');
+    lines.push_back(OneLine(suggestion.substr(0, end)));
+  }
+  return lines;
+}
+
+const char* WordOf(ProjectFinding::Level level) { return level == ProjectFinding::Level::kError ? "error" : "warning"; }
 
 std::string Counted(std::size_t number, const std::string& noun) {
   return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");

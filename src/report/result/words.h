@@ -28,7 +28,7 @@ OverallVerdict VerdictOf(const Summary& summary);
 const char* WordOf(OverallVerdict verdict);
 
 // A remark to print after the verdict so that it is not misread: " (all waived)" if every refusal is waived, " (all tables are
-// new)" if none was compared; usually "".
+// new)" if none was compared, " (but the project file has an error)"; usually "".
 const char* RemarkOn(const Summary& summary);
 
 // "1 table", "2 tables"
@@ -57,6 +57,15 @@ std::string TableAndBaseline(const TableResult& table);
 
 // "added: FILE (nothing to compare it with)", on one line.
 std::string ToText(const FileNote& note);
+
+// "waived until 2027-01-31: the table is empty", on one line. A wide waiver is marked as such.
+std::string ToText(const Waiver& waiver);
+
+// The lines of a suggestion, each on one line.
+std::vector<std::string> SuggestionLines(std::string_view suggestion);
+
+// "error", "warning"
+const char* WordOf(ProjectFinding::Level level);
 
 // "ERROR_VALUE_FIELD"; "" for a number that is no result code.
 std::string CodeNameOf(int code);

@@ -58,9 +58,9 @@ int RunCommand(const Command& command, const std::vector<std::string>& words) {
 
 std::span<const Command* const> Commands() {
   static constexpr const Command* kCommands[] = {
-      &kCheckCommand,    &kSuggestCommand, &kHistoryCommand, &kLintCommand,       &kDiffCommand,   &kLayoutCommand,
-      &kRulesCommand,    &kExplainCommand, &kWaiveCommand,   &kCompatCommand,     &kValuesCommand, &kSameCommand,
-      &kSortlistCommand, &kCompileCommand, &kDumpCommand,    &kCompletionCommand, &kManCommand,
+      &kCheckCommand, &kSuggestCommand,  &kHistoryCommand, &kLintCommand,    &kDiffCommand,       &kLayoutCommand,
+      &kRulesCommand, &kExplainCommand,  &kWaiveCommand,   &kWaiversCommand, &kCompatCommand,     &kValuesCommand,
+      &kSameCommand,  &kSortlistCommand, &kCompileCommand, &kDumpCommand,    &kCompletionCommand, &kManCommand,
   };
   return kCommands;
 }

@@ -39,6 +39,7 @@ extern const Command kLayoutCommand;
 extern const Command kRulesCommand;
 extern const Command kExplainCommand;
 extern const Command kWaiveCommand;
+extern const Command kWaiversCommand;
 extern const Command kCompatCommand;
 extern const Command kValuesCommand;
 extern const Command kSameCommand;

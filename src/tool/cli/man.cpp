@@ -45,7 +45,9 @@ Everything that was compared is allowed.
 .TP
 .B 1
 At least one table is refused, and not all of its findings are waived; or a
-waiver is malformed, expired or unused; or there is no suggestion.
+waiver is malformed, or with
+.B \-\-strict\-waivers
+expired or unused; or there is no suggestion.
 .TP
 .B 2
 Usage or input error: wrong usage, a file that cannot be read, a schema error,

@@ -117,6 +117,10 @@ void FindingLimit::AddTo(ArgumentList& arguments) {
                  .set = set});
 }
 
+void AddStrictWaivers(ArgumentList& arguments, bool& is_strict) {
+  arguments.AddFlag("--strict-waivers", is_strict, "fail if a waiver of the project file is unused or has expired");
+}
+
 void OutputOption::AddTo(ArgumentList& arguments) {
   const auto set = [this](const std::string& path) {
     file.reset();

@@ -56,6 +56,9 @@ struct FindingLimit {
   void AddTo(ArgumentList& arguments);
 };
 
+// --strict-waivers
+void AddStrictWaivers(ArgumentList& arguments, bool& is_strict);
+
 // --output
 struct OutputOption {
   std::optional<std::string> file = {};  // absent: standard output

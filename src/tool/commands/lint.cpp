@@ -4,7 +4,7 @@
 #include "project/check_tables.h"
 #include "project/waivers.h"
 #include "tool/cli/command.h"
-#include "tool/commands/run_report.h"
+#include "tool/commands/run_check.h"
 
 namespace korvel::tool {
 namespace {
@@ -12,6 +12,7 @@ namespace {
 struct LintArguments {
   InputFiles inputs;
   TableSettings settings;
+  bool strict_waivers = false;
   FindingLimit limit;
   ReportOptions report;
 
@@ -19,6 +20,7 @@ struct LintArguments {
     inputs.AddListTo(arguments, "FILE");
     settings.AddTo(arguments);
     settings.AddProjectTo(arguments);
+    AddStrictWaivers(arguments, strict_waivers);
     limit.AddTo(arguments);
     report.AddTo(arguments);
   }
@@ -36,11 +38,17 @@ void RequireTablesInEach(const std::vector<Input>& inputs) {
 CommandResult Lint(const LintArguments& arguments, const CheckOptions& options) {
   CommandResult result = LoadForReport("lint", kFiles, arguments.inputs.paths, *arguments.report.format);
   RequireTablesInEach(result.inputs);
+  for (std::size_t i = 0; i < result.inputs.size(); ++i) {
+    SetPathInProject(options.project, arguments.inputs.paths[i], result.inputs[i]);
+  }
   for (const Input& input : result.inputs) {
     CheckEachTable(result.report, {input, input}, {input.tables.begin(), input.tables.end()}, options);
   }
   result.report.max_findings = options.max_findings;
-  if (options.project != nullptr) ApplyWaivers(*options.project, false, result.report);
+  if (options.project != nullptr) {
+    const std::vector<WaiverUse> uses = ApplyWaivers(*options.project, result.report);
+    ReportWaivers(*options.project, uses, {.is_strict = arguments.strict_waivers}, result.report);
+  }
   return result;
 }
 

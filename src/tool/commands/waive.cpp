@@ -1,69 +1,107 @@
 // Tested by tests/tool/waiver_test.cpp.
+#include <fcntl.h>
+#include <sys/file.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
+#include <iterator>
+#include <set>
 #include <string_view>
 #include <system_error>
 
 #include "base/calendar.h"
+#include "base/did_you_mean.h"
+#include "base/file_descriptor.h"
 #include "base/input_error.h"
 #include "base/text.h"
-#include "project/project.h"
+#include "project/waiver_entry.h"
+#include "project/waivers.h"
 #include "schema/file_bytes.h"
 #include "tool/cli/command.h"
-#include "tool/cli/option_groups.h"
+#include "tool/commands/run_check.h"
 #include "tool/io/exit.h"
 #include "tool/io/output.h"
+#include "vesk/closed_category.h"
 
 namespace korvel::tool {
 namespace {
 
 struct WaiveArguments {
-  std::vector<std::string> fingerprints;
+  std::vector<std::string> words;  // fingerprints and files
   std::optional<std::string> reason;
   std::optional<std::string> until;
+  bool is_wide = false;
+  BaselineOption baseline;
   std::optional<std::string> project_file;
+  TableSettings settings;
+  FindingLimit limit;
   OutputOption output;
 
   void AddTo(ArgumentList& arguments) {
-    arguments.AddPositional("FINGERPRINT", "", fingerprints, "fingerprint of the finding, as shown in reports").is_required =
-        true;
+    Argument& list = arguments.AddPositional("FINGERPRINT", "FILE", words,
+                                             "fingerprints of findings, as shown in reports; then files, as for 'check'");
+    list.is_required = true;
+    list.is_repeated = true;
     arguments.AddText("--reason", "TEXT", reason, "reason for the waiver").is_required = true;
     arguments.AddText("--until", "DAY", until, "last day of the waiver, such as 2027-01-31").is_required = true;
+    arguments.AddFlag("--wide", is_wide, "waive any change that the rule refuses there, not only this one");
+    baseline.AddTo(arguments);
+    settings.AddTo(arguments);
     arguments.AddText("--project", "FILE", project_file,
                       "project file; default: the nearest korvelcheck.toml in this directory or above, else a new one");
+    limit.AddTo(arguments);
     output.AddTo(arguments);
   }
 };
 
 [[noreturn]] void Refuse(const std::string& what) { throw InputError{{ToolMessage("waive: " + what)}}; }
 
-bool IsControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == '\x7f'; }
+// --- Arguments ---
 
-// A TOML string on one line.
-std::string QuoteForToml(std::string_view text) {
-  constexpr char kDigits[] = "0123456789abcdef";
-  std::string quoted = "\"";
-  for (const char c : text) {
-    if (IsControl(c)) {
-      quoted.append("\\u00").append(1, kDigits[(c >> 4) & 0xf]).append(1, kDigits[c & 0xf]);
+struct WaiveWords {
+  std::vector<std::string> fingerprints;  // each once
+  std::vector<std::string> files;
+};
+
+// A file whose name looks like a fingerprint can be given with "./" in front.
+WaiveWords Split(const std::vector<std::string>& words) {
+  WaiveWords split;
+  for (const std::string& word : words) {
+    const bool is_hexadecimal = word.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
+    const bool is_fingerprint = word.size() == 16 && word.find_first_not_of("0123456789abcdef") == std::string::npos;
+    std::error_code ignored;
+    if (is_fingerprint) {
+      if (std::ranges::find(split.fingerprints, word) == split.fingerprints.end()) split.fingerprints.push_back(word);
+    } else if (is_hexadecimal && !std::filesystem::exists(word, ignored)) {
+      Refuse("fingerprint is " + Quote(word) + "; allowed: 16 hexadecimal digits, as shown in reports");
     } else {
-      quoted.append(c == '"' || c == '\\' ? "\\" : "").append(1, c);
+      split.files.push_back(word);
     }
   }
-  return quoted + "\"";
+  if (split.fingerprints.empty()) throw UsageError{"a fingerprint is required"};
+  return split;
 }
 
-// Appends the waiver to the text, with the line ends of the text.
-std::string WithWaiver(const std::string& text, const WaiverEntry& waiver) {
-  const std::size_t line_end = text.find('\n');
-  const std::string end = line_end != std::string::npos && line_end > 0 && text[line_end - 1] == '\r' ? "\r\n" : "\n";
-  std::string longer = text;
-  if (!text.empty()) longer += (text.ends_with('\n') ? "" : end) + end;
-  for (const std::string& line : {std::string("[[waivers]]"), "fingerprint = " + QuoteForToml(waiver.fingerprint),
-                                  "reason = " + QuoteForToml(waiver.reason), "until = " + QuoteForToml(waiver.until)}) {
-    longer += line + end;
+// --- The project file ---
+
+// Calls that change project files of one directory wait for each other, so that no waiver is lost: a file is replaced by a new
+// one, so a lock on the file itself would not last.
+class DirectoryLock {
+ public:
+  explicit DirectoryLock(const std::string& path)
+      : directory_(std::filesystem::weakly_canonical(std::filesystem::absolute(path)).parent_path()),
+        file_(::open(directory_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    int error = file_.IsOpen() ? 0 : errno;
+    while (error == 0 && ::flock(file_.get(), LOCK_EX) != 0) error = errno == EINTR ? 0 : errno;
+    if (error != 0) Refuse("cannot lock " + OneLine(directory_.string()) + ": " + std::strerror(error));
   }
-  return longer;
-}
+
+ private:
+  std::filesystem::path directory_;
+  FileDescriptor file_;
+};
 
 std::string TextOf(const std::string& path) {
   std::error_code ignored;
@@ -71,37 +109,134 @@ std::string TextOf(const std::string& path) {
   return std::string(ReadAll(OpenInput(path)).View());
 }
 
-// Reads the text before it is written: the reader of project files knows what a waiver is, and whether one can follow.
-void RequireWaiver(const std::string& path, const std::string& text, std::size_t number) {
+// Appends the waivers to the text, with the line ends of the text.
+std::string WithWaivers(const std::string& text, const std::vector<WaiverEntry>& waivers) {
+  const std::size_t line_end = text.find('\n');
+  const std::string end = line_end != std::string::npos && line_end > 0 && text[line_end - 1] == '\r' ? "\r\n" : "\n";
+  std::string longer = text;
+  if (!text.empty() && !text.ends_with('\n')) longer += end;
+  for (const WaiverEntry& waiver : waivers) {
+    if (!longer.empty()) longer += end;
+    for (const std::string& line : LinesOf(waiver)) longer += line + end;
+  }
+  return longer;
+}
+
+// Reads the text before it is written: the reader of project files knows what a waiver is, and whether one can follow. The last
+// `added` of its waivers are new.
+void RequireWaivers(const std::string& path, const std::string& text, std::size_t before, std::size_t added) {
   Project project;
   try {
     project = ParseProject(path, "", text);
   } catch (const InputError&) {
-    Refuse(OneLine(path) + " cannot take another waiver: 'waivers' is not a list of [[waivers]], or the reason is not UTF-8");
+    Refuse(OneLine(path) + " cannot take another waiver: 'waivers' is not a list of [[waivers]], or a text is not UTF-8");
   }
-  if (project.waivers.size() != number) Refuse(OneLine(path) + " cannot take another waiver");
-  if (const std::string& fault = project.waivers.back().fault; !fault.empty()) Refuse(fault);
-  const WaiverEntry& waiver = project.waivers.back();
-  if (const std::string today = Today(); waiver.until < today) Refuse(waiver.until + " is in the past (today is " + today + ")");
+  if (project.waivers.size() != before + added) Refuse(OneLine(path) + " cannot take another waiver");
+  const std::string today = Today();
+  for (std::size_t i = before; i < project.waivers.size(); ++i) {
+    const WaiverEntry& waiver = project.waivers[i];
+    if (!waiver.fault.empty()) Refuse(waiver.fault);
+    if (waiver.until < today) Refuse(waiver.until + " is in the past (today is " + today + ")");
+  }
+}
+
+// --- Findings ---
+
+// Names the findings that there are, each once.
+[[noreturn]] void RefuseUnknown(const std::vector<std::string>& unknown, const std::vector<TableFinding>& findings) {
+  constexpr std::size_t kMaxNamed = 20;
+  std::vector<std::string> lines;
+  std::vector<std::string_view> known;
+  for (const auto& [table, finding] : findings) {
+    if (std::ranges::find(known, finding->fingerprint) != known.end()) continue;
+    known.push_back(finding->fingerprint);
+    if (known.size() > kMaxNamed) continue;
+    lines.push_back("  " + finding->fingerprint + "  " + OneLine(table->second->path_in_project) + ": table " +
+                    OneLine(table->table) + ": " + OneLine(AcceptedChange(*table, *finding)));
+  }
+  if (known.size() > kMaxNamed) lines.push_back("  and " + std::to_string(known.size() - kMaxNamed) + " more");
+  InputError error;
+  for (const std::string& fingerprint : unknown) {
+    error.lines.push_back(
+        ToolMessage("waive: no finding has the fingerprint " + Quote(fingerprint) + DidYouMean(fingerprint, known)));
+  }
+  error.lines.push_back(known.empty() ? "The check has no findings." : "The check has these findings:");
+  std::ranges::move(lines, std::back_inserter(error.lines));
+  throw error;
+}
+
+// A waiver of the other form is no obstacle: it may be meant to be replaced.
+void RequireNotWaived(const Project& project, const std::vector<WaiverUse>& uses, const TableFinding& wanted, WaiverForm form) {
+  for (const WaiverUse& use : uses) {
+    const bool is_other = use.state == WaiverState::kMalformed || use.waiver->form != form;
+    const auto is_wanted = [&](const TableFinding& one) { return one.finding == wanted.finding; };
+    if (is_other || std::ranges::none_of(use.findings, is_wanted)) continue;
+    Refuse(OneLine(project.file) + ":" + std::to_string(use.waiver->location.line) + " already has a waiver for " +
+           wanted.finding->fingerprint + ", until " + use.waiver->until + "; change or remove it");
+  }
+}
+
+// The entries that waive the findings: one for each, or, if they are wide, one for each table and path with it.
+std::vector<WaiverEntry> EntriesFor(const WaiveArguments& arguments, const std::vector<std::string>& fingerprints,
+                                    const Project& project, Report& report) {
+  const std::vector<WaiverUse> uses = ApplyWaivers(project, report);
+  const std::vector<TableFinding> findings = FindingsOf(report);
+  const WaiverForm form = arguments.is_wide ? WaiverForm::kWide : WaiverForm::kExact;
+  std::vector<WaiverEntry> entries;
+  std::vector<std::string> unknown;
+  for (const std::string& fingerprint : fingerprints) {
+    bool is_known = false;
+    for (const TableFinding& found : findings) {
+      if (found.finding->fingerprint != fingerprint || (is_known && !arguments.is_wide)) continue;
+      is_known = true;
+      RequireNotWaived(project, uses, found, form);
+      WaiverEntry entry = EntryFor(*found.table, *found.finding, form);
+      entry.reason = arguments.reason.value_or("");
+      entry.until = arguments.until.value_or("");
+      const auto is_same = [&](const WaiverEntry& one) { return NamesTheSame(one, entry); };
+      if (std::ranges::none_of(entries, is_same)) entries.push_back(std::move(entry));
+    }
+    if (!is_known) unknown.push_back(fingerprint);
+  }
+  if (!unknown.empty()) RefuseUnknown(unknown, findings);
+  return entries;
 }
 
 int Run(const WaiveArguments& arguments) {
+  const WaiveWords words = Split(arguments.words);
+  RequireFiles(words.files, arguments.baseline.IsGiven());
   const std::string path = arguments.project_file.value_or(FindProjectFile().value_or(kProjectFileName));
   if (path == "-") Refuse("--project is '-'; allowed: a file");
+  RefuseOverlaps({path}, arguments.output);
+  const DirectoryLock lock(path);
   const std::string text = TextOf(path);
-  const Project project = ParseProject(path, "", text);
-  const WaiverEntry waiver{.fingerprint = arguments.fingerprints.front(),
-                           .reason = arguments.reason.value_or(""),
-                           .until = arguments.until.value_or("")};
-  const std::string longer = WithWaiver(text, waiver);
-  RequireWaiver(path, longer, project.waivers.size() + 1);
+  const Project project = ParseProject(path, std::filesystem::path(path).parent_path(), text);
+  vesk::ClosedCategory log;
+  const CheckRequest request{.command = "waive",
+                             .paths = words.files,
+                             .baselines = arguments.baseline.For(words.files, &project),
+                             .allow_new = true,
+                             .options = {.given = arguments.settings.given,
+                                         .project = &project,
+                                         .max_findings = arguments.limit.max_findings,
+                                         .log = log.handle()}};
+  RequireBaseline(request);
+  CommandResult result = RunCheck(request);
+  const std::vector<WaiverEntry> entries = EntriesFor(arguments, words.fingerprints, project, result.report);
+  const std::string longer = WithWaivers(text, entries);
+  RequireWaivers(path, longer, project.waivers.size(), entries.size());
+  if (TextOf(path) != text) Refuse(OneLine(path) + " was modified meanwhile; nothing was written, run the command again");
   WriteFile(path, AsProducer(longer));
-  arguments.output.Write(OneLine(path) + ": waived " + waiver.fingerprint + " until " + waiver.until + "\n");
+  std::string done;
+  for (const std::string& fingerprint : words.fingerprints) {
+    done += OneLine(path) + ": waived " + fingerprint + " until " + entries.front().until + "\n";
+  }
+  arguments.output.Write(done);
   return kAllAllowed;
 }
 
 }  // namespace
 
-const Command kWaiveCommand{"waive", "add a temporary waiver to the project file", Declare<WaiveArguments, Run>};
+const Command kWaiveCommand{"waive", "add temporary waivers to the project file", Declare<WaiveArguments, Run>};
 
 }  // namespace korvel::tool

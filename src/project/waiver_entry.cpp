@@ -1,0 +1,163 @@
+// Tested by tests/tool/waiver_test.cpp.
+#include "project/waiver_entry.h"
+
+#include <algorithm>
+#include <array>
+#include <tuple>
+
+#include "base/calendar.h"
+#include "base/did_you_mean.h"
+#include "base/text.h"
+#include "report/result/issues.h"
+#include "rule_docs/rule_docs.h"
+
+namespace korvel {
+namespace {
+
+constexpr std::array kExactKeys{"rule", "table", "path", "change", "file"};
+constexpr std::array kWideKeys{"table", "rule", "entry"};
+constexpr char kAllowedKeys[] = "rule, table, path, change and file; or table, rule and entry";
+
+bool IsFingerprint(std::string_view text) {
+  return text.size() == 16 && text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
+}
+
+// The first of the keys that an entry lacks; "" if it has all.
+std::string MissingOf(const WaiverKeys& keys, const auto& required) {
+  const auto missing = std::ranges::find_if(required, [&](const char* key) { return !keys.contains(key); });
+  return missing == required.end() ? "" : *missing;
+}
+
+// Whether the keys name a finding in one of the forms.
+std::string FaultOfKeys(const WaiverEntry& waiver, const WaiverKeys& keys) {
+  const std::string allowed = std::string("; allowed: ") + kAllowedKeys;
+  if (waiver.form == WaiverForm::kExact) {
+    if (keys.contains("entry")) return "it has 'entry' and keys of a waiver of one change" + allowed;
+    const std::string missing = MissingOf(keys, kExactKeys);
+    if (!missing.empty()) return "it has no '" + missing + "'" + allowed;
+  }
+  const bool is_complete = waiver.form != WaiverForm::kWide || MissingOf(keys, kWideKeys).empty();
+  const bool is_empty = waiver.form != WaiverForm::kBare && (waiver.rule.empty() || waiver.table.empty());
+  const bool is_anything = waiver.form == WaiverForm::kExact && (waiver.change.empty() || waiver.file.empty());
+  if (!is_complete || is_empty || is_anything) return std::string("it must have ") + kAllowedKeys;
+  if (keys.contains("fingerprint") && !IsFingerprint(waiver.fingerprint))
+    return "fingerprint is " + Quote(waiver.fingerprint) + "; allowed: 16 hexadecimal digits, as shown in reports";
+  return "";
+}
+
+// Why no finding can have this rule; empty if one can.
+std::string FaultOfRule(const WaiverEntry& waiver) {
+  const std::string& rule = waiver.rule;
+  if (waiver.form == WaiverForm::kBare || rule == RuleIdOf({}) || FindRefusal(rule) != nullptr) return "";
+  std::vector<std::string_view> known;
+  for (const RefusalRow* row : AllRefusals()) known.emplace_back(row->id);
+  return "rule is " + Quote(rule) + DidYouMean(rule, known) + "; allowed: what 'korvelcheck rules' lists";
+}
+
+std::string FaultOfDay(const std::string& until) {
+  if (until.empty()) return "it has no last day; allowed: until = \"2027-01-31\"";
+  return IsDay(until) ? "" : "until is " + Quote(until) + "; allowed: a day like 2027-01-31";
+}
+
+// Otherwise the second one would be reported as unused, or would hide that the first one has expired.
+std::string FaultOfRepeated(const WaiverEntry& waiver, const Project& project) {
+  const auto other = std::ranges::find_if(project.waivers, [&](const WaiverEntry& one) { return NamesTheSame(one, waiver); });
+  if (other == project.waivers.end()) return "";
+  return project.file + ":" + std::to_string(other->location.line) + " already has a waiver for this finding; allowed: one";
+}
+
+bool IsControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == '\x7f'; }
+
+// A TOML string on one line.
+std::string QuoteForToml(std::string_view text) {
+  constexpr char kDigits[] = "0123456789abcdef";
+  std::string quoted = "\"";
+  for (const char c : text) {
+    if (IsControl(c)) {
+      quoted.append("\\u00").append(1, kDigits[(c >> 4) & 0xf]).append(1, kDigits[c & 0xf]);
+    } else {
+      quoted.append(c == '"' || c == '\\' ? "\\" : "").append(1, c);
+    }
+  }
+  return quoted + "\"";
+}
+
+}  // namespace
+
+WaiverForm FormOf(const WaiverKeys& keys) {
+  const auto has = [&](const char* key) { return keys.contains(key); };
+  const bool is_exact = has("path") || has("change") || has("file");
+  const bool is_named = has("rule") || has("table") || has("entry");
+  if (has("fingerprint") && !is_exact && !is_named) return WaiverForm::kBare;
+  return is_exact || has("fingerprint") ? WaiverForm::kExact : WaiverForm::kWide;
+}
+
+std::string FaultOf(const WaiverEntry& waiver, const WaiverKeys& keys, const Project& project) {
+  if (std::string fault = FaultOfKeys(waiver, keys); !fault.empty()) return fault;
+  if (std::string fault = FaultOfRule(waiver); !fault.empty()) return fault;
+  if (waiver.reason.find_first_not_of(" \t\r\n") == std::string::npos)
+    return "it has no reason; allowed: a string that is not blank";
+  if (std::string fault = FaultOfDay(waiver.until); !fault.empty()) return fault;
+  if (waiver.form == WaiverForm::kBare)
+    return std::string("it has only a fingerprint, which does not say what was accepted; allowed: ") + kAllowedKeys;
+  return FaultOfRepeated(waiver, project);
+}
+
+bool NamesTheSame(const WaiverEntry& one, const WaiverEntry& other) {
+  const auto names = [](const WaiverEntry& waiver) {
+    return std::tie(waiver.form, waiver.rule, waiver.table, waiver.path, waiver.change, waiver.file, waiver.entry);
+  };
+  return one.form != WaiverForm::kBare && names(one) == names(other);
+}
+
+std::string AcceptedChange(const TableResult& table, const Finding& finding) {
+  if (!finding.edits.empty()) return ChangeOf(finding, table.changes->edits);
+  return table.removed ? "table removed" : "pre-existing";
+}
+
+std::string EntryOf(const TableResult& table, const Finding& finding) {
+  return finding.path.starts_with(table.table + ".") ? finding.path.substr(table.table.size() + 1) : "";
+}
+
+WaiverEntry EntryFor(const TableResult& table, const Finding& finding, WaiverForm form) {
+  WaiverEntry waiver;
+  waiver.form = form;
+  waiver.rule = RuleIdOf(finding.verdict);
+  waiver.table = table.table;
+  if (form == WaiverForm::kWide) {
+    waiver.entry = EntryOf(table, finding);
+  } else {
+    waiver.path = finding.path;
+    waiver.change = AcceptedChange(table, finding);
+    waiver.file = table.second->path_in_project;
+    waiver.fingerprint = finding.fingerprint;
+  }
+  return waiver;
+}
+
+std::vector<std::string> LinesOf(const WaiverEntry& waiver) {
+  std::vector<std::string> lines = {"[[waivers]]"};
+  const auto add = [&](const char* key, const std::string& value) { lines.push_back(key + (" = " + QuoteForToml(value))); };
+  add("rule", waiver.rule);
+  add("table", waiver.table);
+  if (waiver.form == WaiverForm::kWide) {
+    add("entry", waiver.entry);
+  } else {
+    add("path", waiver.path);
+    add("change", waiver.change);
+    add("file", waiver.file);
+    add("fingerprint", waiver.fingerprint);
+  }
+  add("reason", waiver.reason);
+  add("until", waiver.until);
+  return lines;
+}
+
+std::string Describe(const WaiverEntry& waiver) {
+  if (waiver.form == WaiverForm::kBare) return "the waiver of " + waiver.fingerprint;
+  const std::string table = "the waiver of " + Quote(waiver.rule) + " in table " + Quote(waiver.table);
+  if (waiver.form == WaiverForm::kWide) return table + (waiver.entry.empty() ? "" : ", entry " + Quote(waiver.entry));
+  return table + ", " + Quote(waiver.change) + ", file " + Quote(waiver.file);
+}
+
+}  // namespace korvel

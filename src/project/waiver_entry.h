@@ -1,0 +1,40 @@
+// Entries of [[waivers]]: their forms and faults, those that cover a finding, and their text.
+#pragma once
+
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "project/project.h"
+#include "report/result/report.h"
+
+namespace korvel {
+
+// The keys that an entry has; an empty value may be meaningful.
+using WaiverKeys = std::set<std::string, std::less<>>;
+
+WaiverForm FormOf(const WaiverKeys& keys);
+
+// What is wrong with a waiver and what is allowed; empty if it is valid. `project` holds the waivers before it.
+std::string FaultOf(const WaiverEntry& waiver, const WaiverKeys& keys, const Project& project);
+
+// Whether both name the same finding in the same form.
+bool NamesTheSame(const WaiverEntry& one, const WaiverEntry& other);
+
+// What a waiver of a finding accepts: ChangeOf, or what the finding is about if it has no edits.
+std::string AcceptedChange(const TableResult& table, const Finding& finding);
+
+// The path of a finding without the table in front, "" for the table as a whole.
+std::string EntryOf(const TableResult& table, const Finding& finding);
+
+// The entry that covers a finding of a table, without reason and last day. kExact or kWide.
+WaiverEntry EntryFor(const TableResult& table, const Finding& finding, WaiverForm form);
+
+// The lines of an entry in TOML, "[[waivers]]" first. kExact or kWide.
+std::vector<std::string> LinesOf(const WaiverEntry& waiver);
+
+// "the waiver of 'field.size' at 'orders.items[].price'"
+std::string Describe(const WaiverEntry& waiver);
+
+}  // namespace korvel

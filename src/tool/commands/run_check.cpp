@@ -1,0 +1,124 @@
+// Tested by tests/tool/check_test.cpp and against_test.cpp.
+#include "tool/commands/run_check.h"
+
+#include <unistd.h>
+
+#include <utility>
+
+#include "base/file_descriptor.h"
+#include "base/input_error.h"
+#include "base/text.h"
+#include "project/check_project.h"
+#include "project/project_path.h"
+#include "tool/io/progress.h"
+
+namespace korvel::tool {
+namespace {
+
+CommandResult CheckPair(const CheckRequest& request) {
+  const CheckOptions& options = request.options;
+  CommandResult result = LoadForReport(request.command, kOldAndNew, request.paths, *request.format);
+  SetPathInProject(options.project, request.paths.back(), result.inputs.back());
+  const Pair pair = PairOf(result.report);
+  const Selection selection = SelectTables(pair, options.tables);
+  CheckEachTable(result.report, pair, selection.compared, options);
+  for (const std::string& table : selection.added) result.report.tables.push_back(NewTable(pair.second, table));
+  return result;
+}
+
+void WarnOfRepeated(const std::vector<std::string>& paths) {
+  for (const std::string& path : paths) {
+    const std::string message = ToolMessage(OneLine(path) + " is given twice; it is compared only once") + "\n";
+    static_cast<void>(WriteAll(STDERR_FILENO, message));
+  }
+}
+
+// Shows both phases of a project check, one after the other.
+class ProjectProgress {
+ public:
+  void operator()(ProjectPhase phase, std::size_t done, std::size_t total) {
+    if (done == 0) {
+      bar_.emplace(STDERR_FILENO, total, phase == ProjectPhase::kLoad ? "files" : "files checked");
+    } else {
+      bar_->Step();
+    }
+  }
+
+ private:
+  std::optional<Progress> bar_;
+};
+
+ProjectResult CheckAgainst(const CheckRequest& request, const Baseline& baseline, bool is_first) {
+  ProjectCheck check;
+  check.options = request.options;
+  check.states = OpenStates(baseline, request.options.project);
+  check.files = SelectFiles(request.paths, request.options.project, check.states);
+  if (is_first) WarnOfRepeated(check.files.repeated);
+  if (request.on_files) request.on_files(ShownFiles(check.files, check.states));
+  check.allow_new = request.allow_new;
+  check.shows_sources = request.format->shows_sources;
+  ProjectProgress progress;
+  check.on_progress = std::ref(progress);
+  return CheckProject(check);
+}
+
+CommandResult CheckAgainstAll(const CheckRequest& request) {
+  const std::vector<Baseline> baselines = ResolveBaselines(request.baselines);
+  ProjectResult all;
+  for (const Baseline& baseline : baselines) {
+    const bool is_first = &baseline == &baselines.front();
+    Append(CheckAgainst(request, baseline, is_first), baselines.size() > 1, all);
+  }
+  all.report.command = request.command;
+  return {.report = std::move(all.report), .project_sources = std::move(all.sources)};
+}
+
+}  // namespace
+
+void BaselineOption::AddTo(ArgumentList& arguments) {
+  const auto add = [this](const std::string& baseline) {
+    against.push_back(baseline);
+    return std::string();
+  };
+  arguments.Add({.names = "--against",
+                 .value = "git:REV|DIR",
+                 .description =
+                     "compare the project's schema files with a commit or a directory; also git:REV... (merge base with "
+                     "HEAD) and git-tag:PATTERN (newest tag); may be repeated",
+                 .set = add,
+                 .is_repeated = true});
+  arguments.AddText("--default-against", "git:REV|DIR", default_against, "the same, unless the project file has 'against'")
+      .excludes = "--against";
+}
+
+std::vector<std::string> BaselineOption::For(const std::vector<std::string>& paths, const Project* project) const {
+  const bool has_default = project != nullptr && !project->against.empty();
+  if (!against.empty()) return against;
+  if (has_default && (paths.empty() || default_against)) return BaselinesOf(*project);
+  if (default_against) return {*default_against};
+  return {};
+}
+
+void RequireFiles(const std::vector<std::string>& paths, bool has_baseline) {
+  if (!has_baseline) {
+    if (paths.size() == 1) throw UsageError{"NEW is required"};
+    if (paths.size() > 2) throw UsageError{"unexpected argument " + Quote(paths[2])};
+  }
+  RequireOneStandardInput(paths);
+}
+
+void RequireBaseline(const CheckRequest& request) {
+  if (request.paths.empty() && !request.HasBaseline()) throw UsageError{"OLD and NEW are required, or --against"};
+}
+
+CommandResult RunCheck(const CheckRequest& request) {
+  CommandResult result = request.HasBaseline() ? CheckAgainstAll(request) : CheckPair(request);
+  result.report.max_findings = request.options.max_findings;
+  return result;
+}
+
+void SetPathInProject(const Project* project, const std::string& path, Input& input) {
+  input.path_in_project = PathInProject(project, path);
+}
+
+}  // namespace korvel::tool

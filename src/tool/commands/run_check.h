@@ -1,0 +1,51 @@
+// Runs the whole check for the commands that need its findings: check, waive and waivers.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "project/check_tables.h"
+#include "tool/commands/run_report.h"
+
+namespace korvel::tool {
+
+// --against, --default-against
+struct BaselineOption {
+  std::vector<std::string> against;
+  std::optional<std::string> default_against;  // unless the project file names a baseline
+
+  void AddTo(ArgumentList& arguments);
+  bool IsGiven() const { return !against.empty() || default_against; }
+  // What a call with these paths compares with: the baselines of the options, or those of the project file; none if it compares
+  // two files. `project` may be null.
+  std::vector<std::string> For(const std::vector<std::string>& paths, const Project* project) const;
+};
+
+struct CheckRequest {
+  const char* command;
+  std::vector<std::string> paths;      // OLD and NEW; with a baseline, files and directories, or none
+  std::vector<std::string> baselines;  // see BaselineOption::For
+  bool allow_new = false;
+  const Format* format = Formats().data();
+  CheckOptions options = {};
+  std::function<void(const std::vector<std::string>& files)> on_files = nullptr;  // called with the files of a project
+
+  // Two files are compared without a baseline.
+  bool HasBaseline() const { return !baselines.empty(); }
+};
+
+// Throws UsageError if the paths are neither two files nor, with a baseline, any number.
+void RequireFiles(const std::vector<std::string>& paths, bool has_baseline);
+
+// Throws UsageError if there is nothing to compare with.
+void RequireBaseline(const CheckRequest& request);
+
+// Throws InputError. REQUIRES: a log.
+CommandResult RunCheck(const CheckRequest& request);
+
+// A file that is checked alone or as the new one gets the path that identifies it in waivers.
+void SetPathInProject(const Project* project, const std::string& path, Input& input);
+
+}  // namespace korvel::tool

@@ -1,0 +1,98 @@
+// Tested by tests/tool/waiver_test.cpp.
+#include <algorithm>
+
+#include "base/calendar.h"
+#include "base/input_error.h"
+#include "project/waivers.h"
+#include "report/result/waiver_list.h"
+#include "tool/cli/command.h"
+#include "tool/commands/run_check.h"
+#include "tool/io/exit.h"
+#include "vesk/closed_category.h"
+
+namespace korvel::tool {
+namespace {
+
+struct WaiversArguments {
+  InputFiles inputs;
+  TableSettings settings;
+  BaselineOption baseline;
+  FindingLimit limit;
+  OutputOption output;
+  TextOrJson format;
+
+  void AddTo(ArgumentList& arguments) {
+    arguments
+        .AddPositional("FILES", "FILE", inputs.paths,
+                       "OLD and NEW, schema files or images; with --against, files and directories")
+        .is_repeated = true;
+    settings.AddTo(arguments);
+    baseline.AddTo(arguments);
+    arguments.AddText("--project", "FILE", settings.project_file,
+                      "project file; default: the nearest korvelcheck.toml in this directory or above");
+    limit.AddTo(arguments);
+    output.AddTo(arguments);
+    format.AddTo(arguments);
+  }
+};
+
+WaiverList::Row RowOf(const WaiverUse& use, const std::string& today) {
+  const WaiverEntry& waiver = *use.waiver;
+  WaiverList::Row row;
+  row.position = waiver.location;
+  row.state = use.state;
+  row.is_wide = waiver.form == WaiverForm::kWide;
+  row.rule = waiver.rule;
+  row.table = waiver.table;
+  row.path = waiver.path;
+  row.change = waiver.change;
+  row.file = waiver.file;
+  row.entry = waiver.entry;
+  row.fingerprint = waiver.fingerprint;
+  row.reason = waiver.reason;
+  row.until = waiver.until;
+  if (IsDay(waiver.until)) row.days_left = DaysFrom(today, waiver.until);
+  row.fault = use.fault;
+  row.suggestion = use.suggestion;
+  for (const auto& [table, finding] : use.findings) {
+    row.matches.push_back({table->second->path_in_project, table->table, finding->path, finding->fingerprint});
+  }
+  return row;
+}
+
+CheckRequest RequestOf(const WaiversArguments& arguments, const Project& project, LPVESKCATEGORYINST log) {
+  return {.command = "waivers",
+          .paths = arguments.inputs.paths,
+          .baselines = arguments.baseline.For(arguments.inputs.paths, &project),
+          .allow_new = true,
+          .options = {.given = arguments.settings.given,
+                      .project = &project,
+                      .max_findings = arguments.limit.max_findings,
+                      .log = log},
+          .on_files = [&](const std::vector<std::string>& files) { RefuseOverlaps(files, arguments.output); }};
+}
+
+int Run(const WaiversArguments& arguments) {
+  RequireFiles(arguments.inputs.paths, arguments.baseline.IsGiven());
+  RequireDistinctFiles(arguments.inputs.paths, arguments.output);
+  const std::optional<Project> project = arguments.settings.ReadProject();
+  if (!project) throw InputError{{ToolMessage("waivers: there is no korvelcheck.toml in this directory or above")}};
+  vesk::ClosedCategory log;
+  const CheckRequest request = RequestOf(arguments, *project, log.handle());
+  RequireBaseline(request);
+  CommandResult result = RunCheck(request);
+  const std::string today = Today();
+  WaiverList list{.project_file = project->file, .rows = {}};
+  for (const WaiverUse& use : ApplyWaivers(*project, result.report)) list.rows.push_back(RowOf(use, today));
+  arguments.output.Write(arguments.format.json ? RenderWaiversJson(list) : RenderWaiversText(list));
+  const bool has_malformed =
+      std::ranges::any_of(list.rows, [](const WaiverList::Row& row) { return row.state == WaiverState::kMalformed; });
+  return has_malformed ? kSomeRefused : kAllAllowed;
+}
+
+}  // namespace
+
+const Command kWaiversCommand{"waivers", "list the waivers of the project file and what they match",
+                              Declare<WaiversArguments, Run>};
+
+}  // namespace korvel::tool
