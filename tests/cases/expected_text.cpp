@@ -78,14 +78,15 @@ std::string ResultText(int code, const std::string& text) {
 }
 
 std::string EditsBlock(const Analysis& analysis) {
-  const auto& [edits, status, findings, allowed_together, stopped] = analysis.changes;
+  const korvel::Changes& changes = analysis.changes;
+  const std::vector<Edit>& edits = changes.edits;
   std::string out = "# Edits\n";
   for (std::size_t i = 0; i < edits.size(); ++i) {
-    out += std::string(StatusText(status[i])) + " " + EditText(edits[i]) + "\n" + PathsOf(edits[i]);
+    out += std::string(StatusText(changes.status[i])) + " " + EditText(edits[i]) + "\n" + PathsOf(edits[i]);
     for (const std::size_t needed : analysis.needs[i]) out += "  needs: " + EditName(edits[needed]) + "\n";
   }
-  out += "allowed together: " + ResultText(allowed_together.code, allowed_together.text) + "\n";
-  return stopped ? out + "stopped at the maximum number of findings\n" : out;
+  out += "allowed together: " + ResultText(changes.allowed_together.code, changes.allowed_together.text) + "\n";
+  return changes.stopped ? out + "stopped at the maximum number of findings\n" : out;
 }
 
 // "LINE:COLUMN `source text`"
@@ -97,7 +98,7 @@ std::string LocationText(const korvel::Location& location) {
   const std::optional<korvel::TextRange> range = korvel::FindTextRanges({location}).front();
   if (!range) return "none";
   const auto [begin, end] = range->span;
-  return LocationText(range->begin.value(), location.source->text.value().bytes.substr(begin, end - begin));
+  return LocationText(range->begin.value(), location.source->text.value().Bytes().substr(begin, end - begin));
 }
 
 std::string FixText(const korvel::Replacement& replacement, std::string_view bytes) {
@@ -117,7 +118,7 @@ std::string FindingText(const Finding& finding, const Analysis& analysis) {
   out += "  suggestion: " + ValueOrNone(finding.suggestion) + "\n";
   out += std::string("  has fix: ") + (finding.has_fix ? "yes" : "no") + "\n";
   for (const korvel::Replacement& replacement : finding.fix) {
-    out += "  fix: " + FixText(replacement, analysis.new_source->text.value().bytes) + "\n";
+    out += "  fix: " + FixText(replacement, analysis.new_source->text.value().Bytes()) + "\n";
   }
   if (finding.fix.empty()) out += "  fix: none\n";
   return out + "  fingerprint: " + finding.fingerprint + "\n";

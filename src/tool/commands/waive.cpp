@@ -160,7 +160,7 @@ void RequireWaivers(const std::string& path, const std::string& text, std::size_
     error.lines.push_back(
         ToolMessage("waive: no finding has the fingerprint " + Quote(fingerprint) + DidYouMean(fingerprint, known)));
   }
-  error.lines.push_back(known.empty() ? "The check has no findings." : "The check has these findings:");
+  error.lines.emplace_back(known.empty() ? "The check has no findings." : "The check has these findings:");
   std::ranges::move(lines, std::back_inserter(error.lines));
   throw error;
 }
