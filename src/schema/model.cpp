@@ -113,7 +113,10 @@ Model ModelOf(const Source& source, const std::string& table) {
 const MetaModel* MetaCache::Find(const std::string& name) {
   const auto [found, is_new] = metas_.try_emplace(name);
   if (is_new && source_.HasMeta(name)) {
-    for (MetaModel& meta : ModelOf(source_, name).metas) metas_[meta.name] = std::move(meta);
+    // What was found before stays where it is.
+    for (MetaModel& meta : ModelOf(source_, name).metas) {
+      if (std::optional<MetaModel>& known = metas_[meta.name]; !known) known = std::move(meta);
+    }
   }
   return found->second ? &*found->second : nullptr;
 }

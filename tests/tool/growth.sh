@@ -147,7 +147,7 @@ restored=$(restoring_tables 1000) twice=$(restoring_tables 2000)
 doubling 'restored tables' "$restored" "$twice"
 fixes=$(fixing_one_line 250) twice=$(fixing_one_line 500)
 doubling 'fixed tables on one line' "$fixes" "$twice"
-unknown=$(refusing_attributes 10000) twice=$(refusing_attributes 20000)
+unknown=$(refusing_attributes 25000) twice=$(refusing_attributes 50000)
 doubling 'unknown attributes of an element' "$unknown" "$twice"
 duplicates=$(refusing_duplicates 5000) twice=$(refusing_duplicates 10000)
 doubling 'tables and fields with the same name and id' "$duplicates" "$twice"
