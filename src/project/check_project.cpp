@@ -17,6 +17,7 @@
 #include "base/parallel.h"
 #include "base/text.h"
 #include "project/file_pair.h"
+#include "project/moved_files.h"
 #include "project/project_files.h"
 
 namespace korvel {

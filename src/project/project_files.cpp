@@ -2,9 +2,7 @@
 #include "project/project_files.h"
 
 #include <algorithm>
-#include <cstring>
 #include <filesystem>
-#include <map>
 #include <string_view>
 #include <system_error>
 
@@ -212,23 +210,6 @@ ProjectFiles FilesOfPaths(const std::vector<std::string>& paths, const Patterns&
   return files;
 }
 
-// --- Moved files ---
-
-// What two files must have in common, strictest first, in addition to the name of the library.
-std::string_view Bytes(const Source& source) {
-  if (source.text && !source.text->is_dump) return source.text->Bytes();
-  return {reinterpret_cast<const char*>(source.Library()), source.metalib.size()};
-}
-
-std::string_view LastName(const Source& source) {
-  const std::string_view name = source.name;
-  return name.substr(name.rfind('/') + 1);
-}
-
-std::string_view Nothing(const Source&) { return {}; }
-
-constexpr std::string_view (*kCommon[])(const Source& source) = {Bytes, LastName, Nothing};
-
 }  // namespace
 
 ProjectStates OpenStates(const Baseline& baseline, const Project* project) {
@@ -281,30 +262,6 @@ std::vector<std::string> ShownFiles(const ProjectFiles& files, const ProjectStat
   shown.reserve(paths.size());
   for (const std::string& path : paths) shown.push_back(states.new_state->Display(path));
   return shown;
-}
-
-std::vector<std::pair<std::size_t, std::size_t>> FindMoved(std::span<const Source* const> removed,
-                                                           std::span<const Source* const> added) {
-  using TextRange = std::pair<std::string_view, std::string_view>;
-  std::vector<std::pair<std::size_t, std::size_t>> moved;
-  std::vector<bool> is_paired(added.size());
-  std::vector<bool> is_removed(removed.size(), true);
-  for (const auto common : kCommon) {
-    const auto mark = [&](const Source& source) { return TextRange(source.LibraryName(), common(source)); };
-    std::multimap<TextRange, std::size_t> free;
-    for (std::size_t i = 0; i < added.size(); ++i) {
-      if (!is_paired[i]) free.emplace(mark(*added[i]), i);
-    }
-    for (std::size_t i = 0; i < removed.size(); ++i) {
-      const auto found = is_removed[i] ? free.find(mark(*removed[i])) : free.end();
-      if (found == free.end()) continue;
-      moved.emplace_back(i, found->second);
-      is_removed[i] = false;
-      is_paired[found->second] = true;
-      free.erase(found);
-    }
-  }
-  return moved;
 }
 
 }  // namespace korvel

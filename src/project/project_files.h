@@ -54,10 +54,4 @@ bool HasSchema(const Project* project, const ProjectStates& states);
 // All files that are read, as reports show those of the new state.
 std::vector<std::string> ShownFiles(const ProjectFiles& files, const ProjectStates& states);
 
-// Pairs (index in `removed`, index in `added`) that are one file under two paths: both hold a library of the same name. If
-// several do, those with the same bytes are paired first, then those with the same file name, then the others in their order.
-// Every file is in one pair at most. No member of the lists is null.
-std::vector<std::pair<std::size_t, std::size_t>> FindMoved(std::span<const Source* const> removed,
-                                                           std::span<const Source* const> added);
-
 }  // namespace korvel

@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <map>
 #include <optional>
-#include <set>
-#include <tuple>
 
 #include "analysis/findings/change_checker.h"
 #include "analysis/findings/run_checker.h"
@@ -163,36 +161,6 @@ SearchResult SearchWith(ChangeChecker& checker, SearchInput& input) {
   if (together && !together->Refused()) return found;
   checker.DropExcerpts();
   return Search(input);
-}
-
-// Whether the checker refuses the first set of each rule and code, for the same reason.
-bool ConfirmsRefusals(const ChangeChecker& checker, const Difference& difference, const std::vector<RejectedSet>& refusals) {
-  std::set<std::tuple<std::string, int>> seen;
-  std::vector<EditSet> sets;
-  std::vector<const Verdict*> expected;
-  for (const RejectedSet& refusal : refusals) {
-    if (!seen.emplace(refusal.verdict.rule, refusal.verdict.code).second) continue;
-    EditSet& set = sets.emplace_back(difference.edits().size());
-    for (const std::size_t edit : refusal.edits) {
-      set[edit] = true;
-      for (const std::size_t need : difference.Needs(edit)) set[need] = true;
-    }
-    expected.push_back(&refusal.verdict);
-  }
-  const std::vector<CheckAnswer> answers = checker.Check(sets);
-  return std::ranges::equal(answers, expected, [](const CheckAnswer& answer, const Verdict* verdict) {
-    return answer && answer->rule == verdict->rule && answer->code == verdict->code;
-  });
-}
-
-// The division that was found for another table, if the checker confirms it for this one.
-std::optional<SearchResult> Confirmed(const TableContext& context, const Difference& difference, const SharedSearch& search) {
-  const ChangeChecker checker(context, difference, ChangeChecker::Use::kWholeTables);
-  const bool is_valid = checker.unchanged() && !checker.unchanged()->Refused();
-  if (!is_valid || !ConfirmsRefusals(checker, difference, search.refusals)) return std::nullopt;
-  CheckAnswer together = checker.CheckWhole(search.allowed);
-  if (!together || together->Refused()) return std::nullopt;
-  return SearchResult{search.allowed, std::move(together), search.refusals, search.stopped};
 }
 
 // Searches, or takes over what was found for another table. Sets `is_borrowed` if the texts of the refusals are those of another

@@ -3,9 +3,12 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <set>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
+#include "analysis/findings/change_checker.h"
 #include "qmx/qmx_metalib_kernel.h"
 #include "schema/declaration.h"
 
@@ -60,6 +63,26 @@ bool IsAmbiguous(const MetaModel& table) {
   });
 }
 
+// Whether the checker refuses the first set of each rule and code, for the same reason.
+bool ConfirmsRefusals(const ChangeChecker& checker, const Difference& difference, const std::vector<RejectedSet>& refusals) {
+  std::set<std::tuple<std::string, int>> seen;
+  std::vector<EditSet> sets;
+  std::vector<const Verdict*> expected;
+  for (const RejectedSet& refusal : refusals) {
+    if (!seen.emplace(refusal.verdict.rule, refusal.verdict.code).second) continue;
+    EditSet& set = sets.emplace_back(difference.edits().size());
+    for (const std::size_t edit : refusal.edits) {
+      set[edit] = true;
+      for (const std::size_t need : difference.Needs(edit)) set[need] = true;
+    }
+    expected.push_back(&refusal.verdict);
+  }
+  const std::vector<CheckAnswer> answers = checker.Check(sets);
+  return std::ranges::equal(answers, expected, [](const CheckAnswer& answer, const Verdict* verdict) {
+    return answer && answer->rule == verdict->rule && answer->code == verdict->code;
+  });
+}
+
 }  // namespace
 
 std::optional<std::string> SearchKeyOf(const TableContext& context, std::size_t max_findings) {
@@ -96,6 +119,15 @@ const SharedSearch* SharedSearches::Find(const std::string& key, const Differenc
   const bool has_same_structures = StructuresOf(known.old_model()) == StructuresOf(difference.old_model()) &&
                                    StructuresOf(known.new_model()) == StructuresOf(difference.new_model());
   return has_same_edits && has_same_structures ? &found->second : nullptr;
+}
+
+std::optional<SearchResult> Confirmed(const TableContext& context, const Difference& difference, const SharedSearch& search) {
+  const ChangeChecker checker(context, difference, ChangeChecker::Use::kWholeTables);
+  const bool is_valid = checker.unchanged() && !checker.unchanged()->Refused();
+  if (!is_valid || !ConfirmsRefusals(checker, difference, search.refusals)) return std::nullopt;
+  CheckAnswer together = checker.CheckWhole(search.allowed);
+  if (!together || together->Refused()) return std::nullopt;
+  return SearchResult{search.allowed, std::move(together), search.refusals, search.stopped};
 }
 
 }  // namespace korvel

@@ -29,6 +29,10 @@ struct SharedSearch {
 // structures.
 std::optional<std::string> SearchKeyOf(const TableContext& context, std::size_t max_findings);
 
+// The division that was found for another table, if the checker confirms it for this one: it allows the same edits together, and
+// refuses one set of edits for each rule and code.
+std::optional<SearchResult> Confirmed(const TableContext& context, const Difference& difference, const SharedSearch& search);
+
 // Searches by their keys. Several threads may use it at once; for results that do not depend on the threads, the first table of
 // each key is searched before the others.
 class SharedSearches {

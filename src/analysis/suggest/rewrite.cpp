@@ -7,9 +7,9 @@
 #include <span>
 #include <string_view>
 #include <type_traits>
-#include <unordered_map>
 
 #include "analysis/diff/alignment.h"
+#include "analysis/suggest/match_items.h"
 #include "qmx/qmx_metalib_kernel.h"
 #include "schema/xml_writer.h"
 
@@ -58,10 +58,6 @@ bool Change(TextEdits& edits, std::size_t base, const MetaText& from, std::size_
   return written;
 }
 
-// Whether an element can become another one without adding or removing children.
-bool HaveSameShape(const EntryModel&, const EntryModel&) { return true; }
-bool HaveSameShape(const IndexModel& was, const IndexModel& wanted) { return was.columns.size() == wanted.columns.size(); }
-
 std::optional<std::string> Written(const EntryModel& entry, const Layout&) { return ElementOf(entry); }
 std::optional<std::string> Written(const IndexModel& index, const Layout& layout) { return ElementOf(index, layout); }
 
@@ -73,83 +69,6 @@ std::optional<std::string> Copied(const MetaText& from, std::size_t position, co
   TextEdits edits(text);
   if (!Change(edits, offset, from, position, was, wanted)) return std::nullopt;
   return ApplyReplacements(text, edits.Finish());
-}
-
-template <class Item>
-class Positions {
- public:
-  explicit Positions(const std::vector<Item>& items) {
-    for (std::size_t i = 0; i < items.size(); ++i) positions_.emplace(items[i].name, static_cast<Slot>(i));
-  }
-  Slot Find(const std::string& name) const {
-    const auto found = positions_.find(name);
-    return found == positions_.end() ? kNoSlot : found->second;
-  }
-
- private:
-  std::unordered_map<std::string_view, Slot> positions_;
-};
-
-// For each wanted item the present one with its name, if it has the same shape.
-template <class Item>
-std::vector<Slot> MatchByName(const std::vector<Item>& present, const std::vector<Item>& wanted) {
-  const Positions<Item> positions(present);
-  std::vector<Slot> partners;
-  for (const Item& item : wanted) {
-    const Slot found = positions.Find(item.name);
-    partners.push_back(found != kNoSlot && HaveSameShape(present[found], item) ? found : kNoSlot);
-  }
-  return partners;
-}
-
-std::vector<Slot> MatchItems(const std::vector<IndexModel>& present, const std::vector<IndexModel>& wanted) {
-  return MatchByName(present, wanted);
-}
-
-// Also matches renamed entries.
-std::vector<Slot> MatchItems(const std::vector<EntryModel>& present, const std::vector<EntryModel>& wanted) {
-  std::vector<Slot> partners = MatchByName(present, wanted);
-  std::vector<bool> taken(present.size());
-  for (const Slot partner : partners) {
-    if (partner != kNoSlot) taken[partner] = true;
-  }
-  std::unordered_map<std::int32_t, Slot> by_id;
-  for (std::size_t i = 0; i < present.size(); ++i) {
-    if (!taken[i] && present[i].id >= 0) by_id.emplace(present[i].id, static_cast<Slot>(i));
-  }
-  for (std::size_t i = 0; i < wanted.size(); ++i) {
-    if (partners[i] != kNoSlot) continue;
-    const auto same_id = by_id.find(wanted[i].id);
-    const Slot next = i == 0 ? 0 : partners[i - 1] + (partners[i - 1] == kNoSlot ? 0 : 1);
-    if (same_id != by_id.end() && !taken[same_id->second]) {
-      partners[i] = same_id->second;
-    } else if (next < present.size() && !taken[next] && present[next].id == wanted[i].id &&
-               present[next].type == wanted[i].type) {
-      partners[i] = next;
-    }
-    if (partners[i] != kNoSlot) taken[partners[i]] = true;
-  }
-  return partners;
-}
-
-// Whether a part of the entries tells which of the whole list are moved. If one entry passes only one other, either of them may
-// count as moved; if several entries pass others, it depends on how many others there are.
-bool TellsMoves(const Alignment& part) {
-  std::vector<Slot> kept;  // in the new order
-  Slot moved = kNoSlot;
-  for (std::size_t i = 0; i < part.new_count(); ++i) {
-    const Slot slot = part.OfNew(i);
-    if (part.IsAdded(slot)) continue;
-    kept.push_back(slot);
-    if (!part.IsMoved(slot)) continue;
-    if (moved != kNoSlot) return false;
-    moved = slot;
-  }
-  if (moved == kNoSlot) return true;
-  const auto at = std::ranges::find(kept, moved);
-  const auto passed = std::count_if(kept.begin(), at, [&](Slot slot) { return slot > moved; }) +
-                      std::count_if(at, kept.end(), [&](Slot slot) { return slot < moved; });
-  return passed > 1;
 }
 
 const std::vector<EntryModel>& ItemsOf(const OtherMeta& other, const EntryModel&) { return other.meta.entries; }
