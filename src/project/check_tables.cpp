@@ -102,6 +102,7 @@ void CheckEachTable(Report& report, const Pair& pair, const std::vector<std::str
   const std::size_t first = report.tables.size();
   report.tables.resize(first + tables.size());
   std::vector<TableCheck> checks;
+  checks.reserve(tables.size());
   for (const std::string& table : tables) checks.push_back(CheckFor(pair, table, options));
   CheckAll(checks, std::span(report.tables).subspan(first), options.in_order, ThreadsFor(pair.first.metalib.size()));
 }

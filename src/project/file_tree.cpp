@@ -113,8 +113,7 @@ class WorkTree : public DiskSeenFrom {
     std::vector<std::string> files = DiskSeenFrom::Below(directory);
     std::ranges::copy(FilesBelow(left_out_, directory), std::back_inserter(files));
     std::ranges::sort(files);
-    const auto repeated = std::ranges::unique(files);
-    files.erase(repeated.begin(), repeated.end());
+    files.erase(std::unique(files.begin(), files.end()), files.end());
     return files;
   }
 

@@ -3,17 +3,16 @@
 
 #include <array>
 #include <cstddef>
-#include <cstdint>
 
 namespace qmx {
 
 class ParsedPages {
  public:
   // `bytes` is the memory of the file.
-  explicit ParsedPages(char* bytes) : begin_(reinterpret_cast<std::uintptr_t>(bytes)), rest_(begin_) {}
+  explicit ParsedPages(char* bytes);
 
   // Whether enough was parsed since the last release for another one to pay.
-  bool IsDue(std::size_t offset) const { return begin_ + offset >= rest_ + kStep; }
+  bool IsDue(std::size_t offset) const { return offset >= rest_ + kStep; }
 
   // Releases the whole pages before `offset`, except those of the names of these tags: the parser compares the names of open
   // elements with their end tags. A released byte is zero from then on. `tags` are offsets, in any order.
@@ -23,8 +22,13 @@ class ParsedPages {
  private:
   static constexpr std::size_t kStep = std::size_t{128} << 10;  // bytes
 
-  std::uintptr_t begin_;
-  std::uintptr_t rest_;  // what was parsed before is released or kept
+  // The begin of the page in which an offset lies; 0 if the page begins before the bytes.
+  std::size_t PageOf(std::size_t offset) const;
+  void GiveBack(std::size_t begin, std::size_t end);
+
+  char* bytes_;
+  std::size_t phase_;     // where the bytes begin in their first page
+  std::size_t rest_ = 0;  // what was parsed before is released or kept
 };
 
 }  // namespace qmx

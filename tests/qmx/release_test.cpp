@@ -147,7 +147,7 @@ TEST(Release, FindsErrorsEverywhere) {
   const std::string tables = Tables(kMuch);
   const std::string valid = Library(tables);
   for (const std::string error : {"<a/>", "</meta>", "text", "&nobody;", "\x01", "<<<<<<< HEAD", "<meta name=\"table_0\">"}) {
-    for (const std::size_t percent : {0, 1, 30, 70, 99}) {
+    for (const unsigned percent : {0U, 1U, 30U, 70U, 99U}) {
       const std::size_t at = valid.find("<meta", valid.size() / 100 * percent);
       EXPECT_FALSE(ExpectSame(valid.substr(0, at) + error + valid.substr(at))) << error << " at " << at;
     }

@@ -129,9 +129,10 @@ class PartApplier::Surroundings {
       for (const Slot neighbour : NeighboursOf(slot)) add(neighbour);
       if (const auto found = referrers_.find(slot); found != referrers_.end()) std::ranges::for_each(found->second, add);
     }
-    for (std::size_t i = 0; i < kept.size(); ++i) {
-      if (const auto found = counters_.find(kept[i]); found != counters_.end()) std::ranges::for_each(found->second, add);
-      if (!pair_.entries().IsStill(kept[i]) && IsNew(kept[i])) add(anchors_[pair_.entries().NewPosition(kept[i])]);
+    for (std::size_t next = 0; next < kept.size();) {  // `add` makes the list longer
+      const Slot slot = kept[next++];
+      if (const auto found = counters_.find(slot); found != counters_.end()) std::ranges::for_each(found->second, add);
+      if (!pair_.entries().IsStill(slot) && IsNew(slot)) add(anchors_[pair_.entries().NewPosition(slot)]);
     }
     return PartOf(std::move(kept));
   }
@@ -261,8 +262,8 @@ void PartApplier::AddReached(AppliedPart& part) const {
   std::vector<std::size_t> waiting;
   std::unordered_set<std::size_t> visited;
   const auto wait_for = [&](const MetaModel& meta) {
-    for (auto entry = meta.entries.rbegin(); entry != meta.entries.rend(); ++entry) {
-      if (const auto found = old_only_.find(entry->type); found != old_only_.end()) waiting.push_back(found->second);
+    for (std::size_t i = meta.entries.size(); i > 0; --i) {
+      if (const auto found = old_only_.find(meta.entries[i - 1].type); found != old_only_.end()) waiting.push_back(found->second);
     }
   };
   wait_for(part.made);

@@ -105,9 +105,9 @@ std::optional<std::string> SearchKeyOf(const TableContext& context, std::size_t 
   return key.Take();
 }
 
-void SharedSearches::Add(const std::string& key, SharedSearch search) {
+void SharedSearches::Add(const std::string& key, const SharedSearch& search) {
   const std::scoped_lock lock(mutex_);
-  searches_.try_emplace(key, std::move(search));
+  searches_.try_emplace(key, search);
 }
 
 const SharedSearch* SharedSearches::Find(const std::string& key, const Difference& difference) const {

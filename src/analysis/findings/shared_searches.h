@@ -38,7 +38,7 @@ std::optional<SearchResult> Confirmed(const TableContext& context, const Differe
 class SharedSearches {
  public:
   // Keeps the first search of a key.
-  void Add(const std::string& key, SharedSearch search);
+  void Add(const std::string& key, const SharedSearch& search);
 
   // Null if there is none, or if it has other edits. Valid as long as this object.
   const SharedSearch* Find(const std::string& key, const Difference& difference) const;
