@@ -158,8 +158,8 @@ std::vector<std::string> RemovedElsewhere(const ProjectFiles& files, const Patte
   return removed;
 }
 
-// The nearest directory that contains a path, or is it, and is a repository of its own below the top; "" if there is none, and
-// if the baseline is no commit.
+// The nearest directory that contains a path, or is it, and is a repository of its own below the top. "" without such a
+// directory, and if the baseline is no commit.
 std::string RepositoryOf(const ProjectStates& states, const std::string& path) {
   if (!states.baseline.revision) return "";
   std::error_code ignored;
@@ -178,9 +178,9 @@ std::string Missing(const ProjectStates& states, const Patterns& patterns, const
     return ToolMessage(begin + "belongs to the repository in " + OneLine(states.new_state->Display(repository)) +
                        ", such as a submodule; check it there");
   }
-  if (const std::size_t files = states.new_state->Below(path).size(); files > 0) {
-    const std::string none = patterns.IsEmpty() ? " has the suffix .xml or .qmb" : " matches 'paths' of the project file";
-    return ToolMessage(begin + "none of its " + std::to_string(files) + " files" + none);
+  if (!states.new_state->Below(path).empty()) {
+    const std::string lacks = patterns.IsEmpty() ? "has the suffix .xml or .qmb" : "matches 'paths' of the project file";
+    return ToolMessage(begin + "no file in it " + lacks);
   }
   const std::string directory = path.substr(0, path.rfind('/') == std::string::npos ? 0 : path.rfind('/'));
   std::vector<std::string> files = states.new_state->Below(directory);

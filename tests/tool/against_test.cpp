@@ -387,8 +387,8 @@ TEST_F(AgainstTest, SaysWhyPathSelectsNothing) {
   ExpectInputError(Against({"schemas/module/deep"}),
                    "korvelcheck: schemas/module/deep: belongs to the repository in schemas/module, such as a submodule; check it "
                    "there\n");
-  ExpectInputError(Against({"docs"}), "korvelcheck: docs: none of its 1 files matches 'paths' of the project file\n");
-  ExpectInputError(Against({"--no-project", "docs"}), "korvelcheck: docs: none of its 1 files has the suffix .xml or .qmb\n");
+  ExpectInputError(Against({"docs"}), "korvelcheck: docs: no file in it matches 'paths' of the project file\n");
+  ExpectInputError(Against({"--no-project", "docs"}), "korvelcheck: docs: no file in it has the suffix .xml or .qmb\n");
 }
 
 // --- Paths for services ---

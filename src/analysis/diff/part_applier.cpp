@@ -38,7 +38,7 @@ class PartApplier::Surroundings {
     ListFixed();
   }
 
-  // The position on the new side; kNoSlot if there is none.
+  // The position on the new side, or kNoSlot.
   Slot FindName(const std::string& name) const { return Found(names_, std::string_view(name)); }
   Slot FindId(std::int32_t id) const { return Found(ids_, id); }
 

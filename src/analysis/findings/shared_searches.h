@@ -40,7 +40,7 @@ class SharedSearches {
   // Keeps the first search of a key.
   void Add(const std::string& key, const SharedSearch& search);
 
-  // Null if there is none, or if it has other edits. Valid as long as this object.
+  // Null if the key has no search, or one with other edits. Valid as long as this object.
   const SharedSearch* Find(const std::string& key, const Difference& difference) const;
 
  private:

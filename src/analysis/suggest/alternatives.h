@@ -3,10 +3,10 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <optional>
+#include <set>
 #include <string>
-#include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include "analysis/diff/diff.h"
@@ -26,7 +26,7 @@ struct Alternative {
 // from each other, so alternatives of several edits can be combined.
 //
 // Borrows the difference and the settings. Not for several threads at once. Construction is linear in the models; the first
-// proposal for a structure is linear in its fields, every other one takes constant time. May throw std::bad_alloc.
+// proposal for a structure is n log n in its fields, every other one logarithmic. May throw std::bad_alloc.
 class AlternativeMaker {
  public:
   AlternativeMaker(const Difference& difference, const Settings& settings);
@@ -38,8 +38,8 @@ class AlternativeMaker {
  private:
   // Names and ids that a meta uses, on both sides together.
   struct UsedNames {
-    std::unordered_set<std::string> names;
-    std::unordered_set<std::int32_t> old_ids;
+    std::set<std::string> names;
+    std::set<std::int32_t> old_ids;
     std::int32_t largest_id = -1;
   };
   // A new field that takes the new values, while the old field is kept.
@@ -67,13 +67,13 @@ class AlternativeMaker {
 
   const Difference& difference_;
   const Settings& settings_;
-  std::unordered_map<std::string, const MetaModel*> old_metas_;
-  std::unordered_map<std::string, const MetaModel*> new_metas_;
-  std::unordered_map<std::uint32_t, const MetaModel*> old_positions_;
-  std::unordered_map<std::uint32_t, const MetaModel*> new_positions_;
-  std::unordered_map<std::string, UsedNames> used_;                 // by meta
-  std::unordered_map<std::string, ReplacementField> replacements_;  // by meta and item
-  std::int64_t version_;                                            // of new fields: above the old library's version
+  std::map<std::string, const MetaModel*> old_metas_;
+  std::map<std::string, const MetaModel*> new_metas_;
+  std::map<std::uint32_t, const MetaModel*> old_positions_;
+  std::map<std::uint32_t, const MetaModel*> new_positions_;
+  std::map<std::string, UsedNames> used_;                 // by meta
+  std::map<std::string, ReplacementField> replacements_;  // by meta and item
+  std::int64_t version_;                                  // of new fields: above the old library's version
 };
 
 }  // namespace korvel

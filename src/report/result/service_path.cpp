@@ -9,7 +9,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The nearest directory with an entry .git, as git finds it; the directory itself if there is none.
+// The nearest directory with an entry .git, as git finds it; outside of repositories the directory itself.
 fs::path TopOf(const fs::path& directory) {
   std::error_code ignored;
   for (fs::path top = directory; top.has_relative_path(); top = top.parent_path()) {

@@ -11,7 +11,7 @@ namespace korvel {
 class ServicePaths {
  public:
   // With a prefix, paths are relative to the working directory and begin with the prefix. Without one, they are relative to the
-  // top of the work tree of git that contains the working directory, or to the working directory if there is none.
+  // top of the work tree of git that contains the working directory; outside of work trees, to the working directory.
   explicit ServicePaths(const std::optional<std::string>& prefix);
 
   // The path of a file of a report, with '/'. Of "git:REV:PATH", which is relative to the top, that of PATH. "" for standard
