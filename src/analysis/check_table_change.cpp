@@ -7,6 +7,7 @@
 #include "analysis/findings/findings.h"
 #include "analysis/findings/run_checker.h"
 #include "analysis/suggest/suggestions.h"
+#include "analysis/warnings/warnings.h"
 
 namespace korvel {
 
@@ -56,15 +57,18 @@ TableResult CheckTableChange(const TableCheck& check) {
 }
 
 void AddChanges(const TableCheck& check, SharedSearches* shared, TableResult& result) {
-  if (result.status != Status::kRefused && !check.wants_allowed_changes) return;
+  const bool wants_changes = result.status == Status::kRefused || check.wants_allowed_changes;
   const Settings settings = SettingsOf(result);
   const TableContext context{check.sources.first, check.sources.second, check.table, settings};
   if (!context.new_source.HasMeta(context.table)) {
-    result.changes = FindRemovedTable(context, result.verdict);
+    if (wants_changes) result.changes = FindRemovedTable(context, result.verdict);
     return;
   }
-  const Difference difference(context.old_source, context.new_source, context.table);
-  result.changes = FindChanges(context, difference, result.verdict, check.max_findings, shared);
+  if (wants_changes) {
+    const Difference difference(context.old_source, context.new_source, context.table);
+    result.changes = FindChanges(context, difference, result.verdict, check.max_findings, shared);
+  }
+  result.advice = FindWarnings(context, result.changes ? &*result.changes : nullptr);
 }
 
 void AddSuggestions(TableResult& result, std::size_t max_findings, bool with_fixes, SuggestionWork& work) {

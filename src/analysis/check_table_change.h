@@ -34,6 +34,10 @@ struct TableResult {
   Verdict verdict;                 // of the whole change; allowed unless kRefused
   PartialSettings settings;        // those that the operation takes
   std::optional<Changes> changes;  // what changed and which of it is refused; see CheckTableChange
+  Advice advice;                   // warnings and notes about what is allowed; CheckTableChange and AddChanges only
+
+  // The edits that `finding`, one of this table, refers to.
+  const std::vector<Edit>& EditsFor(const Finding& finding) const { return IsAdvice(finding) ? advice.edits : changes->edits; }
 };
 
 // A table under two schemas, and what to find out about it.
@@ -48,18 +52,19 @@ struct TableCheck {
   LPVESKCATEGORYINST log;                   // not null
 };
 
-// The whole check of a table. A refused table has changes and findings, and what else `check` wants. An allowed table has changes
-// only if `check` wants them: otherwise the cost is that of the checker alone, and no model of the table is built.
+// The whole check of a table, with warnings and notes. A refused table has changes and findings, and what else `check` wants. An
+// allowed table has changes only if `check` wants them: otherwise the cost is that of the checker alone, and no model of the
+// table is built.
 TableResult CheckTableChange(const TableCheck& check);
 
 // The same in three steps, for the tables of one call. First the verdict alone: a result without changes.
 TableResult CheckVerdict(const TableCheck& check);
 
-// Then the changes, if the table is refused or `check` wants them. `shared` is for the tables of one pair of sources; null: none.
-// Without suggestions.
+// Then the changes, if the table is refused or `check` wants them, without suggestions. Then warnings and notes, with theirs.
+// `shared` is for the tables of one pair of sources; null: none.
 void AddChanges(const TableCheck& check, SharedSearches* shared, TableResult& result);
 
-// Then a suggestion for each finding, and its fix with `with_fixes`; nothing for a table without findings. Texts of another table
+// Then a suggestion for each refusal, and its fix with `with_fixes`; nothing for a table without refusals. Texts of another table
 // (Changes::borrows_texts) are replaced by those of this one, and all other members stay. REQUIRES: the changes were found with
 // the same `max_findings`.
 void AddSuggestions(TableResult& result, std::size_t max_findings, bool with_fixes, SuggestionWork& work);

@@ -11,7 +11,9 @@
 #include "base/parallel.h"
 #include "base/text.h"
 #include "project/git.h"
+#include "project/id_history.h"
 #include "project/load_inputs.h"
+#include "project/project_path.h"
 
 namespace korvel {
 namespace {
@@ -38,7 +40,7 @@ constexpr std::size_t kStepsAtOnce = 8;
 class HistoryChecker {
  public:
   HistoryChecker(const std::vector<std::string>& paths, const CheckOptions& options)
-      : paths_(paths), options_(options), newest_(paths.size() - 1), unknown_tables_(options.tables) {
+      : paths_(paths), options_(options), newest_(paths.size() - 1), unknown_tables_(options.tables), ids_(options.tables) {
     for (std::size_t i = 0; i < newest_; ++i) history_.steps.push_back({i, i + 1, {}});
     for (std::size_t i = 0; i + 1 < newest_; ++i) history_.against_newest.push_back({i, newest_, {}});
     history_.versions.resize(paths.size());
@@ -60,6 +62,7 @@ class HistoryChecker {
     RequireUnchanged(newest.front());
     RequireKnown(unknown_tables_);
     RequireCompared(history_);
+    history_.reused_ids = ids_.Take();
     return std::move(history_);
   }
 
@@ -75,6 +78,7 @@ class HistoryChecker {
     }
     for (std::size_t i = 0; i < inputs.size(); ++i) {
       history_.versions[begin + i] = inputs[i].name;
+      inputs[i].path_in_project = PathInProject(options_.project, paths_[begin + i]);
       const auto has = [&](const std::string& table) {
         return std::ranges::find(inputs[i].tables, table) != inputs[i].tables.end();
       };
@@ -95,7 +99,15 @@ class HistoryChecker {
         Check({version, newest}, history_.against_newest[from]);
       }
     });
+    AddIds(begin, end, window, newest);
     for (const Input& version : window) RequireUnchanged(version);
+  }
+
+  void AddIds(std::size_t begin, std::size_t end, const std::vector<Input>& window, const Input& newest) {
+    if (begin == 0) ids_.Add(0, window.front(), nullptr);
+    for (std::size_t i = begin + 1; i <= end; ++i) {
+      ids_.Add(i, i == newest_ ? newest : window[i - begin], &window[i - begin - 1]);
+    }
   }
 
   void Check(const Pair& pair, VersionStep& step) const {
@@ -108,6 +120,7 @@ class HistoryChecker {
   History history_;
   InputError faults_;
   std::vector<std::string> unknown_tables_;  // requested, and in no version so far
+  IdHistory ids_;
 };
 
 }  // namespace

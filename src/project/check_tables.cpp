@@ -39,8 +39,8 @@ std::optional<std::string> KeyOf(const TableCheck& check, const TableResult& res
   return SearchKeyOf({check.sources.first, check.sources.second, check.table, settings}, check.max_findings);
 }
 
-// The changes of these results. The first table of each key is searched before the others, so that the result does not depend on
-// the number of threads.
+// The changes and the advice of these results. The first table of each key is searched before the others, so that the result does
+// not depend on the number of threads.
 void AddAllChanges(const std::vector<TableCheck>& checks, std::span<TableResult> results, std::size_t threads) {
   std::vector<std::size_t> first;
   std::vector<std::size_t> others;
@@ -109,12 +109,14 @@ void CheckEachTable(Report& report, const Pair& pair, const std::vector<std::str
 
 namespace {
 
-// The tables with listed findings, in the order of the report.
+// The tables with listed refusals, in the order of the report. Advice has its suggestions already.
 std::vector<TableResult*> TablesWithFindings(Report& report) {
   const FoldedReport folded(report);
   std::vector<TableResult*> tables;
   for (std::size_t i = 0; i < report.tables.size(); ++i) {
-    if (!folded.tables()[i].findings.empty()) tables.push_back(&report.tables[i]);
+    const std::span<const FoldedFinding> listed = folded.tables()[i].findings;
+    const auto is_refusal = [](const FoldedFinding& one) { return !IsAdvice(*one.finding); };
+    if (std::ranges::any_of(listed, is_refusal)) tables.push_back(&report.tables[i]);
   }
   return tables;
 }

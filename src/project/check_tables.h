@@ -50,7 +50,7 @@ void CheckEachTable(Report& report, const std::vector<std::string>& tables, bool
 // share one search for findings.
 void CheckEachTable(Report& report, const Pair& pair, const std::vector<std::string>& tables, const CheckOptions& options);
 
-// Finds suggestions for the findings that the report lists, with fixes on request; those of the other tables stay empty, for
+// Finds suggestions for the refusals that the report lists, with fixes on request; those of the other tables stay empty, for
 // nobody sees them. The search is limited for the whole report (SuggestionWork): it visits the tables in their order, and
 // Changes::reached_work_limit says where it stopped. Runs on several threads where that pays; the result does not depend on their
 // number. Waivers decide which findings are listed, so they come before.

@@ -28,13 +28,13 @@ constexpr std::string_view (*kCommon[])(const Source& source) = {ContentOf, Last
 
 std::vector<std::pair<std::size_t, std::size_t>> FindMoved(std::span<const Source* const> removed,
                                                            std::span<const Source* const> added) {
-  using TextRange = std::pair<std::string_view, std::string_view>;
+  using FileMark = std::pair<std::string_view, std::string_view>;
   std::vector<std::pair<std::size_t, std::size_t>> moved;
   std::vector<bool> is_paired(added.size());
   std::vector<bool> is_removed(removed.size(), true);
   for (const auto common : kCommon) {
-    const auto mark = [&](const Source& source) { return TextRange(source.LibraryName(), common(source)); };
-    std::multimap<TextRange, std::size_t> free;
+    const auto mark = [&](const Source& source) { return FileMark(source.LibraryName(), common(source)); };
+    std::multimap<FileMark, std::size_t> free;
     for (std::size_t i = 0; i < added.size(); ++i) {
       if (!is_paired[i]) free.emplace(mark(*added[i]), i);
     }

@@ -54,6 +54,7 @@ struct Project {
   std::vector<ProjectText> exclude;  // and of those among them that are none
   std::vector<ProjectText> against;  // baselines; see ResolveBaseline
   PartialSettings defaults;
+  bool fails_on_warnings = false;
   std::map<std::string, TableSettings> tables;
   std::vector<WaiverEntry> waivers;
 };

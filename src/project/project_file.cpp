@@ -128,6 +128,18 @@ void ReadTables(TomlReader& reader, const Value& value, Project& project) {
   }
 }
 
+// --- [report] ---
+
+void ReadFailOn(TomlReader& reader, const Value& value, Project& project) {
+  if (const auto code = ReadChoice(reader, value, kFailOn)) project.fails_on_warnings = *code == kFailOnWarning;
+}
+
+constexpr Key<Project> kReportKeys[] = {{"fail-on", ReadFailOn}};
+
+void ReadReport(TomlReader& reader, const Value& value, Project& project) {
+  reader.ReadTable<Project>({"[report]", value.node}, kReportKeys, project);
+}
+
 // --- [[waivers]] ---
 
 template <std::string WaiverEntry::*kMember>
@@ -183,10 +195,8 @@ void ReadWaivers(TomlReader& reader, const Value& value, Project& project) {
 }
 
 constexpr Key<Project> kKeys[] = {
-    {"schemas", ReadSchemas},
-    {"defaults", ReadDefaults},
-    {"tables", ReadTables},
-    {"waivers", ReadWaivers},
+    {"schemas", ReadSchemas}, {"defaults", ReadDefaults}, {"tables", ReadTables},
+    {"report", ReadReport},   {"waivers", ReadWaivers},
 };
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "base/did_you_mean.h"
 #include "base/text.h"
 #include "report/result/issues.h"
+#include "rule_docs/advice.h"
 #include "rule_docs/rule_docs.h"
 
 namespace korvel {
@@ -48,9 +49,11 @@ std::string FaultOfKeys(const WaiverEntry& waiver, const WaiverKeys& keys) {
 // Why no finding can have this rule; empty if one can.
 std::string FaultOfRule(const WaiverEntry& waiver) {
   const std::string& rule = waiver.rule;
-  if (waiver.form == WaiverForm::kBare || rule == RuleIdOf({}) || FindRefusal(rule) != nullptr) return "";
+  const bool is_known = rule == RuleIdOf({}) || FindRefusal(rule) != nullptr || FindAdvice(rule) != nullptr;
+  if (waiver.form == WaiverForm::kBare || is_known) return "";
   std::vector<std::string_view> known;
   for (const RefusalRow* row : AllRefusals()) known.emplace_back(row->id);
+  for (const AdviceRule* advice : AllAdvice()) known.emplace_back(advice->row.id);
   return "rule is " + Quote(rule) + DidYouMean(rule, known) + "; allowed: what 'korvelcheck rules' lists";
 }
 
@@ -111,7 +114,7 @@ bool NamesTheSame(const WaiverEntry& one, const WaiverEntry& other) {
 }
 
 std::string AcceptedChange(const TableResult& table, const Finding& finding) {
-  if (!finding.edits.empty()) return ChangeOf(finding, table.changes->edits);
+  if (!finding.edits.empty()) return ChangeOf(finding, table.EditsFor(finding));
   return table.removed ? "table removed" : "pre-existing";
 }
 

@@ -10,6 +10,7 @@
 #include "base/text.h"
 #include "project/waiver_entry.h"
 #include "report/result/issues.h"
+#include "report/result/summary.h"
 
 namespace korvel {
 namespace {
@@ -25,12 +26,12 @@ bool IsIn(const std::string& file, const TableResult& table) {
 std::string FingerprintIn(const std::string& file, const TableFinding& found) {
   const TableResult& table = *found.table;
   if (file == table.second->path_in_project) return found.finding->fingerprint;
-  return FingerprintOf(file, table.first->LibraryName(), *found.finding, table.changes->edits);
+  return FingerprintOf(file, table.first->LibraryName(), *found.finding, table.EditsFor(*found.finding));
 }
 
 bool HasOldFingerprint(const TableFinding& found, const std::string& fingerprint) {
   const TableResult& table = *found.table;
-  return OldFingerprintOf(table.first->LibraryName(), *found.finding, table.changes->edits) == fingerprint;
+  return OldFingerprintOf(table.first->LibraryName(), *found.finding, table.EditsFor(*found.finding)) == fingerprint;
 }
 
 // Finds what one waiver covers.
@@ -164,8 +165,11 @@ void Waive(const WaiverUse& use) {
 std::vector<TableFinding> FindingsOf(Report& report) {
   std::vector<TableFinding> findings;
   for (TableResult& table : report.tables) {
-    if (!table.changes) continue;
-    for (Finding& finding : table.changes->findings) findings.push_back({&table, &finding});
+    const auto add = [&](std::vector<Finding>& all) {
+      for (Finding& finding : all) findings.push_back({&table, &finding});
+    };
+    if (table.changes) add(table.changes->findings);
+    add(table.advice.findings);
   }
   return findings;
 }
@@ -186,20 +190,21 @@ std::vector<WaiverUse> ApplyWaivers(const Project& project, Report& report) {
 }
 
 void ReportWaivers(const Project& project, const std::vector<WaiverUse>& uses, WaiverPolicy policy, Report& report) {
-  using Level = ProjectFinding::Level;
-  const Level lenient = policy.is_strict ? Level::kError : Level::kWarning;
+  using Fault = ProjectFinding::Level;
+  const Fault lenient = policy.is_strict ? Fault::kError : Fault::kWarning;
   for (const WaiverUse& use : uses) {
-    const auto note = [&](const char* rule, const std::string& text, const std::string& suggestion, Level level) {
+    const auto note = [&](const char* rule, const std::string& text, const std::string& suggestion, Fault level) {
       report.project.push_back({rule, project.file, use.waiver->location, text, suggestion, level});
     };
-    const bool is_refused =
-        std::ranges::any_of(use.findings, [](const TableFinding& found) { return !found.finding->waiver.has_value(); });
+    const auto failing =
+        std::ranges::find_if(use.findings, [&](const TableFinding& found) { return Fails(report, *found.finding); });
     if (use.state == WaiverState::kMalformed) {
-      note("waiver.malformed", "invalid waiver: " + use.fault, use.suggestion, Level::kError);
-    } else if (use.state == WaiverState::kExpired && is_refused) {
+      note("waiver.malformed", "invalid waiver: " + use.fault, use.suggestion, Fault::kError);
+    } else if (use.state == WaiverState::kExpired && failing != use.findings.end()) {
       // Without today's date, so that the text is the same tomorrow.
-      note("waiver.expired", Describe(*use.waiver) + " expired on " + use.waiver->until + "; the finding is refused again",
-           "remove the waiver and the change, or set a later day", Level::kError);
+      const char* const again = IsAdvice(*failing->finding) ? "; the warning fails again" : "; the finding is refused again";
+      note("waiver.expired", Describe(*use.waiver) + " expired on " + use.waiver->until + again,
+           "remove the waiver and the change, or set a later day", Fault::kError);
     } else if (use.state == WaiverState::kExpired) {
       note("waiver.expired", Describe(*use.waiver) + " expired on " + use.waiver->until, "remove it", lenient);
     } else if (use.state == WaiverState::kUnused && !use.instead.empty()) {

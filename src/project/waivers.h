@@ -43,8 +43,8 @@ struct WaiverPolicy {
   bool is_strict = false;     // unused and expired waivers are errors, not warnings
 };
 
-// Adds to the report what is wrong with waivers. Malformed ones are errors, and so are expired ones whose finding is refused
-// again. Others that expired, and those that are not needed, are warnings.
+// Adds to the report what is wrong with waivers. Malformed ones are errors, and so are expired ones whose finding fails its table
+// again. Others that expired, and those that are not needed, are warnings. REQUIRES: Report::fails_on_warnings is set.
 void ReportWaivers(const Project& project, const std::vector<WaiverUse>& uses, WaiverPolicy policy, Report& report);
 
 }  // namespace korvel

@@ -79,35 +79,57 @@ void TakeCall(PageReader& page, RuleDocExample& example) {
   page.TakeLine();
 }
 
-RuleDocExample TakeExample(PageReader& page) {
+// "`CALL` reports a warning."
+void TakeAdviceCall(PageReader& page, const AdviceRule& advice, RuleDocExample& example) {
+  std::string_view line = page.Line();
+  const bool starts = Skip(line, "`");
+  example.call = line.substr(0, line.find('`'));
+  line.remove_prefix(std::min(example.call.size(), line.size()));
+  const std::string rest = std::string("` reports a ") + WordOf(advice.level) + ".";
+  if (!starts || !example.call.starts_with("korvelcheck ") || line != rest) page.Fail("'`korvelcheck ..." + rest + "'");
+  page.TakeLine();
+}
+
+RuleDocExample TakeExample(PageReader& page, const AdviceRule* advice) {
   RuleDocExample example;
   page.TakeLine("`old.xml`:");
   example.old_schema = page.TakeBlock("xml");
   page.TakeLine("`new.xml`:");
   example.new_schema = page.TakeBlock("xml");
-  TakeCall(page, example);
-  example.answer = page.TakeBlock("text");
-  if (!example.answer.empty()) example.answer.pop_back();  // the line end
+  if (advice != nullptr) {
+    TakeAdviceCall(page, *advice, example);
+  } else {
+    TakeCall(page, example);
+    example.answer = page.TakeBlock("text");
+    if (!example.answer.empty()) example.answer.pop_back();  // the line end
+  }
   if (page.AtEnd()) return example;
-  page.TakeLine("## Allowed `new.xml`");
+  page.TakeLine(advice == nullptr ? "## Allowed `new.xml`" : "## Better `new.xml`");
   example.allowed_schema = page.TakeBlock("xml");
   return example;
 }
 
-// Null if the file is not named after the rule of the heading.
-const RefusalRow* TakeRule(PageReader& page, std::string_view file_name) {
+// Leaves the row null if the file is not named after the rule of the heading.
+void TakeRule(PageReader& page, std::string_view file_name, RuleDoc& doc) {
   std::string_view heading = page.Line();
-  const RefusalRow* const row = Skip(heading, "# ") ? FindRefusal(heading) : nullptr;
+  const bool is_heading = Skip(heading, "# ");
+  const AdviceRule* const advice = is_heading ? FindAdvice(heading) : nullptr;
+  const RefusalRow* const row = advice != nullptr ? &advice->row : is_heading ? FindRefusal(heading) : nullptr;
   if (row == nullptr || file_name != RuleDocFileName(row->id)) {
     page.Fail("'# RULE', the rule that the file is named after");
-    return nullptr;
+    return;
   }
   page.TakeLine();
-  return row;
+  doc.row = row;
+  doc.advice = advice;
 }
 
 void TakeHead(PageReader& page, RuleDoc& doc) {
   page.TakeLine(SentenceOf(doc.row->summary));
+  if (doc.advice != nullptr) {
+    page.TakeLine(std::string("Level: ") + WordOf(doc.advice->level));
+    return;
+  }
   doc.codes = TakeCodes(page);
   page.TakeLine("Message:");
   page.Expect("```text");
@@ -117,16 +139,16 @@ void TakeHead(PageReader& page, RuleDoc& doc) {
 }
 
 void TakeSections(PageReader& page, RuleDoc& doc) {
-  page.TakeLine("## What it protects");
+  page.TakeLine(doc.advice == nullptr ? "## What it protects" : "## What goes wrong");
   doc.protects = page.TakeParagraph();
-  page.TakeLine("## Allowed instead");
+  page.TakeLine(doc.advice == nullptr ? "## Allowed instead" : "## What to do instead");
   doc.allowed = page.TakeParagraph();
   if (page.Line() == "## No example") {
     page.TakeLine();
     doc.no_example_reason = page.TakeParagraph();
   } else {
     page.TakeLine("## Example");
-    doc.example = TakeExample(page);
+    doc.example = TakeExample(page, doc.advice);
   }
 }
 
@@ -162,7 +184,7 @@ ParsedRuleDoc ParseRuleDoc(const RuleDocFile& file) {
   PageReader page(file);
   RuleDoc doc;
   doc.page = file.text;
-  doc.row = TakeRule(page, file.name);
+  TakeRule(page, file.name, doc);
   if (doc.row != nullptr) {
     TakeHead(page, doc);
     TakeSections(page, doc);

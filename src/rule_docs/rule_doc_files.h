@@ -44,8 +44,8 @@ struct ParsedRuleDoc {
 };
 
 // The text of the file must outlive the result.
-// Checked: the file name, the headings and their order, that id, summary, text and code names are those of the catalog, that
-// paragraphs and code blocks are complete. Not checked: whether the example is true.
+// Checked: the file name, the headings and their order, that id, summary, text, level and code names are those of the catalog,
+// that paragraphs and code blocks are complete. Not checked: whether the example is true.
 ParsedRuleDoc ParseRuleDoc(const RuleDocFile& file);
 
 struct ParsedCodeDocs {

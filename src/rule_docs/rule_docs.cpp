@@ -10,15 +10,24 @@ namespace korvel {
 namespace {
 
 // A page that does not parse keeps what could be read; the tests fail on it.
+void AddDoc(const RefusalRow& row, const AdviceRule* advice, std::vector<RuleDoc>& docs) {
+  const auto file = std::ranges::find(RuleDocFiles(), RuleDocFileName(row.id), &RuleDocFile::name);
+  if (file == RuleDocFiles().end()) return;
+  RuleDoc doc = ParseRuleDoc(*file).doc;
+  doc.row = &row;
+  doc.advice = advice;
+  docs.push_back(std::move(doc));
+}
+
 std::vector<RuleDoc> ParseRuleDocs() {
   std::vector<RuleDoc> docs;
-  for (const RefusalRow* row : AllRefusals()) {
-    const auto file = std::ranges::find(RuleDocFiles(), RuleDocFileName(row->id), &RuleDocFile::name);
-    if (file == RuleDocFiles().end()) continue;
-    RuleDoc doc = ParseRuleDoc(*file).doc;
-    doc.row = row;
-    docs.push_back(std::move(doc));
-  }
+  for (const RefusalRow* row : AllRefusals()) AddDoc(*row, nullptr, docs);
+  return docs;
+}
+
+std::vector<RuleDoc> ParseAdviceDocs() {
+  std::vector<RuleDoc> docs;
+  for (const AdviceRule* advice : AllAdvice()) AddDoc(advice->row, advice, docs);
   return docs;
 }
 
@@ -37,9 +46,15 @@ std::span<const RuleDoc> AllRuleDocs() {
   return docs;
 }
 
+std::span<const RuleDoc> AllAdviceDocs() {
+  static const std::vector<RuleDoc> docs = ParseAdviceDocs();
+  return docs;
+}
+
 const RuleDoc* FindRuleDoc(std::string_view rule_id) {
-  const auto found = std::ranges::find_if(AllRuleDocs(), [&](const RuleDoc& doc) { return rule_id == doc.row->id; });
-  return found == AllRuleDocs().end() ? nullptr : &*found;
+  const std::span<const RuleDoc> docs = FindAdvice(rule_id) == nullptr ? AllRuleDocs() : AllAdviceDocs();
+  const auto found = std::ranges::find_if(docs, [&](const RuleDoc& doc) { return rule_id == doc.row->id; });
+  return found == docs.end() ? nullptr : &*found;
 }
 
 std::span<const CodeDoc> AllCodeDocs() {

@@ -13,36 +13,42 @@
 
 #include "common/catalog.h"
 #include "common/result_codes.h"
+#include "rule_docs/advice.h"
 
 namespace korvel {
 
-// A minimal pair of schema files that the rule refuses.
+// A minimal pair of schema files that the rule refuses, or advises against.
 struct RuleDocExample {
   std::string old_schema;      // the text of old.xml
   std::string new_schema;      // the text of new.xml
   std::string call;            // "korvelcheck check old.xml new.xml --type list"
-  int code = 0;                // what the call reports
-  std::string answer;          // the checker's text that it reports
-  std::string allowed_schema;  // the text of a new.xml that is allowed; "" = there is no allowed alternative
+  int code = 0;                // what the call reports; 0 for advice
+  std::string answer;          // the checker's text that it reports; "" for advice
+  std::string allowed_schema;  // the text of a new.xml that is allowed, or without advice; "" = there is no alternative
 };
 
 // Texts are plain: without the backticks of the page.
 struct RuleDoc {
-  const RefusalRow* row = nullptr;  // of the catalog
-  std::string_view page;            // the Markdown file, byte for byte
-  std::vector<int> codes;           // returned with the rule's text; the rule's own code first
-  std::string replaced_by;          // the rule whose text callers get, while this rule's text is only logged; "" = none
-  std::string protects;             // what the rule protects, and why
-  std::string allowed;              // what is allowed instead
+  const RefusalRow* row = nullptr;     // of the catalog
+  const AdviceRule* advice = nullptr;  // of the catalog of advice; null for a refusal
+  std::string_view page;               // the Markdown file, byte for byte
+  std::vector<int> codes;              // returned with the rule's text; the rule's own code first
+  std::string replaced_by;             // the rule whose text callers get, while this rule's text is only logged; "" = none
+  std::string protects;                // what the rule protects, and why; of advice, what goes wrong
+  std::string allowed;                 // what is allowed instead; of advice, what to do instead
   std::optional<RuleDocExample> example;
   std::string no_example_reason;  // why no pair of schema files triggers the rule; "" = there is an example
 };
 
-// All pages, in the order of the catalog.
+// The pages of all refusals, in the order of the catalog.
 std::span<const RuleDoc> AllRuleDocs();
 
-// Null if `rule_id` is not a rule.
+// The pages of all advice, likewise.
+std::span<const RuleDoc> AllAdviceDocs();
+
+// Null if `rule_id` is the id of neither.
 const RuleDoc* FindRuleDoc(std::string_view rule_id);
+
 struct CodeDoc {
   int code = 0;
   std::string meaning;

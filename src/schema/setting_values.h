@@ -20,6 +20,10 @@ struct NamedCode {
 inline constexpr NamedCode kTableTypes[] = {{"generic", 0}, {"list", 1}};
 inline constexpr NamedCode kProtocols[] = {{"qmx", 1}, {"tlv", 2}};
 
+// What fails a call: refusals alone, or warnings, too.
+inline constexpr int kFailOnWarning = 1;
+inline constexpr NamedCode kFailOn[] = {{"refused", 0}, {"warning", kFailOnWarning}};
+
 inline constexpr char kAllowedVersion[] = "numbers joined by dots, like 3.29.0";
 inline constexpr char kAllowedListNum[] = "0 to 2147483647";
 

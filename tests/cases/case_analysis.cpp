@@ -18,30 +18,32 @@ std::unique_ptr<korvel::Source> ReadSource(const std::string& name, const std::s
   return std::make_unique<korvel::Source>(std::move(*source));
 }
 
-korvel::Changes FindChanges(const korvel::Source& old_source, const korvel::Source& new_source, const std::string& table,
-                            const korvel::PartialSettings& given) {
+void FindChanges(const korvel::Source& old_source, const korvel::Source& new_source, const std::string& table,
+                 const korvel::PartialSettings& given, Analysis& analysis) {
   if (!old_source.HasMeta(table)) {
     const korvel::Settings settings = ResolveSettings(given, old_source, table);
     const korvel::Verdict verdict = korvel::RunChecker(old_source.Library(), new_source.Library(), table, settings);
-    return korvel::FindRemovedTable({old_source, new_source, table, settings}, verdict);
+    analysis.changes = korvel::FindRemovedTable({old_source, new_source, table, settings}, verdict);
+    return;
   }
   vesk::ClosedCategory log;
-  return *korvel::CheckTableChange({.sources = {old_source, new_source},
-                                    .table = table,
-                                    .given = given,
-                                    .wants_allowed_changes = true,
-                                    .wants_fixes = true,
-                                    .log = log.handle()})
-              .changes;
+  korvel::TableResult result = korvel::CheckTableChange({.sources = {old_source, new_source},
+                                                         .table = table,
+                                                         .given = given,
+                                                         .wants_allowed_changes = true,
+                                                         .wants_fixes = true,
+                                                         .log = log.handle()});
+  analysis.changes = std::move(*result.changes);
+  analysis.advice = std::move(result.advice);
 }
 
 }  // namespace
 
 Analysis Analyze(const std::string& name, const Settings& settings) {
-  Analysis analysis{ReadSource(name, "old.xml"), ReadSource(name, "new.xml"), {}, {}};
+  Analysis analysis{ReadSource(name, "old.xml"), ReadSource(name, "new.xml"), {}, {}, {}};
   const korvel::Source& old_source = *analysis.old_source;
   const korvel::Source& new_source = *analysis.new_source;
-  analysis.changes = FindChanges(old_source, new_source, settings.table, ToCheckerSettings(settings));
+  FindChanges(old_source, new_source, settings.table, ToCheckerSettings(settings), analysis);
   if (analysis.changes.edits.empty()) return analysis;
   const korvel::Difference difference(old_source, new_source, settings.table);
   for (std::size_t edit = 0; edit < difference.edits().size(); ++edit) analysis.needs.push_back(difference.Needs(edit));

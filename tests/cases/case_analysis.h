@@ -1,4 +1,4 @@
-// The analysis of a case: edits, findings, suggestions and fixes.
+// The analysis of a case: edits, findings, suggestions, fixes, warnings and notes.
 #pragma once
 
 #include <memory>
@@ -14,6 +14,7 @@ struct Analysis {
   std::unique_ptr<korvel::Source> old_source;  // named "old.xml"; `changes` refers to it
   std::unique_ptr<korvel::Source> new_source;  // named "new.xml"
   korvel::Changes changes;
+  korvel::Advice advice;
   std::vector<std::vector<std::size_t>> needs;  // for each edit, the positions of the edits that it needs
 };
 

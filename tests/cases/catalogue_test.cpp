@@ -5,6 +5,7 @@
 #include <map>
 #include <set>
 
+#include "case_analysis.h"
 #include "case_run.h"
 #include "common/refusals.h"
 #include "rule_docs/rule_docs.h"
@@ -79,6 +80,35 @@ TEST(Catalogue, PagesListReturnedCodes) {
           << name << ": " << result.operation << " returns " << *result.code << " with " << row->id;
     }
   }
+}
+
+// Rules of advice that no two schemas trigger.
+const std::set<std::string> kAdviceOfHistories = {"advice.id-reused"};
+
+TEST(Catalogue, EveryAdviceHasACaseAndAPage) {
+  std::set<std::string> found;
+  for (const std::string& name : Names()) {
+    const Analysis analysis = Analyze(name, Load(name).settings);
+    for (const korvel::Finding& finding : analysis.advice.findings) found.insert(finding.verdict.rule);
+  }
+  for (const korvel::AdviceRule* rule : korvel::AllAdvice()) {
+    EXPECT_NE(found.contains(rule->row.id), kAdviceOfHistories.contains(rule->row.id)) << rule->row.id;
+    const korvel::RuleDoc* const doc = korvel::FindRuleDoc(rule->row.id);
+    ASSERT_NE(doc, nullptr) << rule->row.id;
+    EXPECT_EQ(doc->example.has_value(), found.contains(rule->row.id)) << rule->row.id;
+  }
+}
+
+// The name of a case says whether there is a warning: "no-..." says that there is none.
+TEST(Catalogue, NearMissesHaveNoAdvice) {
+  std::size_t count = 0;
+  for (const std::string& name : Names()) {
+    if (!name.starts_with("warnings/")) continue;
+    const bool is_near_miss = name.starts_with("warnings/no-");
+    EXPECT_EQ(Analyze(name, Load(name).settings).advice.findings.empty(), is_near_miss) << name;
+    count += is_near_miss ? 1 : 0;
+  }
+  EXPECT_GT(count, 10u);
 }
 
 TEST(Catalogue, ListedRowsExist) {

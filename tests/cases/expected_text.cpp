@@ -130,6 +130,22 @@ std::string FindingsBlock(const Analysis& analysis) {
   return out + (analysis.changes.findings.empty() ? "none\n" : "");
 }
 
+std::string AdviceText(const Finding& finding, const Edit& edit) {
+  std::string out = std::string(korvel::WordOf(finding.level)) + " [" + finding.verdict.rule + "]\n";
+  out += "  edit: " + EditText(edit) + "\n" + PathsOf(edit);
+  out += "  old: " + LocationText(finding.old_location) + "\n";
+  out += "  new: " + LocationText(finding.new_location) + "\n";
+  out += "  suggestion: " + ValueOrNone(finding.suggestion) + "\n";
+  return out + "  fingerprint: " + finding.fingerprint + "\n";
+}
+
+std::string AdviceBlock(const korvel::Advice& advice) {
+  if (advice.findings.empty()) return "";
+  std::string out = "# Warnings and notes\n";
+  for (const Finding& finding : advice.findings) out += AdviceText(finding, advice.edits[finding.edits.front()]);
+  return out + "\n";
+}
+
 std::string SelfResult(const qmx::Metalib& library, const Settings& settings) {
   const OperationResult result = RunMainCheck(library.get(), library.get(), settings);
   return ResultText(result.code.value(), result.text);
@@ -145,7 +161,8 @@ std::string SelfBlock(const Case& input) {
 std::string ExpectedText(const std::string& name) {
   const Case input = Load(name);
   const Analysis analysis = Analyze(name, input.settings);
-  return OperationsBlock(input) + "\n" + EditsBlock(analysis) + "\n" + FindingsBlock(analysis) + "\n" + SelfBlock(input);
+  return OperationsBlock(input) + "\n" + EditsBlock(analysis) + "\n" + FindingsBlock(analysis) + "\n" +
+         AdviceBlock(analysis.advice) + SelfBlock(input);
 }
 
 }  // namespace cases

@@ -1,4 +1,4 @@
-// Writes the file `expected` of a case: four blocks, each under a heading.
+// Writes the file `expected` of a case: blocks, each under a heading.
 //
 //   # Operations
 //   OPERATION CODE NAME
@@ -21,6 +21,11 @@
 //     has fix: whether an alternative is allowed, apart from leaving the edit out
 //     fix: LINE:COLUMN `source text` -> `replacement`, in new.xml
 //     fingerprint: 16 digits
+//
+//   # Warnings and notes               only if there are any
+//   LEVEL [RULE]
+//     edit: KIND META.ITEM: OLD VALUE -> NEW VALUE
+//     path, old, new, suggestion, fingerprint: as above
 //
 //   # Each schema against itself
 //   old: allowed, or CODE NAME and the text of the checker; new: likewise

@@ -2,10 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "codec/exceptions.h"
+#include "codec/warnings.h"
 
 namespace codec {
 namespace {
@@ -118,6 +120,7 @@ TEST(Exceptions, AreAllowedAndDoNotReadBack) {
     const Exception* exception = ExplanationOf(one.change, *broken);
     ASSERT_NE(exception, nullptr) << broken->where;
     EXPECT_STREQ(exception->id, one.id);
+    EXPECT_EQ(WarningsAbout(one.change), std::set<std::string>{std::string("advice.") + one.id});
   }
 }
 

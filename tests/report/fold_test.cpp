@@ -118,6 +118,50 @@ TEST_F(FoldTest, DifferentValuesAreNotMerged) {
   EXPECT_EQ(Folded(std::move(tables)).size(), 2u);
 }
 
+// Adds a warning about the item with the first path.
+void Warn(TableResult& table, const Edit& edit) {
+  Finding warning;
+  warning.level = korvel::Level::kWarning;
+  warning.edits = {table.advice.edits.size()};
+  warning.verdict.rule = "advice.refer-changed";
+  warning.path = edit.paths.front();
+  table.advice.edits.push_back(edit);
+  table.advice.findings.push_back(warning);
+}
+
+TEST_F(FoldTest, WarningsFollowTheRefusalsOfTheirTable) {
+  std::vector<TableResult> tables = {Table("a", {SizeOf("price", {"a.price"})}), Table("b", {SizeOf("price", {"b.price"})})};
+  for (TableResult& table : tables) Warn(table, SizeOf("count", {table.table + ".count"}));
+  report_.tables = std::move(tables);
+  const FoldedReport folded(report_);
+  ASSERT_EQ(folded.findings().size(), 2u);
+  EXPECT_EQ(folded.findings()[0].finding->level, korvel::Level::kRefused);
+  EXPECT_EQ(folded.findings()[1].finding->level, korvel::Level::kWarning);
+  EXPECT_THAT(Also(folded.findings()[1]), ElementsAre("b: b.count"));
+  // Consecutive, but of different levels: separate items.
+  ASSERT_EQ(folded.tables()[1].shared.size(), 2u);
+  EXPECT_EQ(folded.tables()[1].shared[0].first, 0u);
+  EXPECT_EQ(folded.tables()[1].shared[1].first, 1u);
+}
+
+// Warnings take no place of refusals.
+TEST_F(FoldTest, LimitAppliesToRefusalsAndAdviceSeparately) {
+  std::vector<TableResult> tables = {Table("a", {SizeOf("price", {"a.price"})}), Table("b", {SizeOf("sku", {"b.sku"})})};
+  Warn(tables[0], SizeOf("x", {"a.x"}));
+  Warn(tables[0], SizeOf("y", {"a.y"}));
+  Warn(tables[1], SizeOf("z", {"b.z"}));
+  report_.tables = std::move(tables);
+  report_.max_findings = 2;
+  const FoldedReport folded(report_);
+  EXPECT_EQ(folded.findings().size(), 4u);
+  EXPECT_EQ(folded.Count(korvel::Level::kRefused).all, 2u);
+  EXPECT_EQ(folded.Count(korvel::Level::kRefused).left_out, 0u);
+  EXPECT_EQ(folded.Count(korvel::Level::kWarning).all, 3u);
+  EXPECT_EQ(folded.Count(korvel::Level::kWarning).left_out, 1u);
+  EXPECT_EQ(folded.Count(korvel::Level::kNote).all, 0u);
+  EXPECT_EQ(folded.tables()[1].left_out, 1u);
+}
+
 TEST(PathChangeOf, OmitsTheNamesThatAreTheSame) {
   EXPECT_EQ(PathChangeOf("carts.items[].price", "orders.items[].price"), (PathChange{"carts", "orders"}));
   EXPECT_EQ(PathChangeOf("carts.basket.price", "orders.gift.price"), (PathChange{"carts.basket", "orders.gift"}));

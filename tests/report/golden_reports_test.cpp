@@ -2,7 +2,7 @@
 // the sources and with each other.
 //
 // There are text and JSON for each example, HTML for some examples, and every format for a few cases that differ as much as
-// possible. KORVEL_UPDATE_GOLDENS=1 writes the files instead.
+// possible and for the cases with warnings. KORVEL_UPDATE_GOLDENS=1 writes the files instead.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -72,6 +72,13 @@ TEST(GoldenReports, SomeCasesInEveryFormatButHtml) {
   test_support::ExpectNoOtherGoldens(kGoldens / "handful", known);
 }
 
+TEST(GoldenReports, WarningsInEveryFormat) {
+  std::set<std::string> known;
+  ExpectGoldens(
+      kGoldens / "warnings", "warnings", CheckCases(Families()["warnings"]), [](std::string_view) { return true; }, known);
+  test_support::ExpectNoOtherGoldens(kGoldens / "warnings", known);
+}
+
 // The other formats are tested with the hand-made reports of formats_test.cpp and by AreValidAndAgree.
 TEST(GoldenReports, EveryExampleAsTextAndJson) {
   std::set<std::string> known;
@@ -86,7 +93,9 @@ TEST(GoldenReports, EveryExampleAsTextAndJson) {
 }
 
 // Each of these directories is checked for files that no test reads; no other directory may be added.
-TEST(GoldenReports, EveryDirectoryIsRead) { test_support::ExpectNoOtherGoldens(kGoldens, {"examples", "handful", "samples"}); }
+TEST(GoldenReports, EveryDirectoryIsRead) {
+  test_support::ExpectNoOtherGoldens(kGoldens, {"examples", "handful", "samples", "warnings"});
+}
 
 // A temporary directory of documents NAME.FORMAT.
 class Documents {

@@ -158,7 +158,7 @@ TEST(SharedFindings, LimitCountsThoseThatAreNotWaived) {
   made.report.max_findings = 1;
   for (TableResult& table : made.report.tables) table.changes->findings[0].waiver = {"because", "2999-01-01"};
   const FoldedReport folded(made.report);
-  EXPECT_EQ(folded.left_out(), 2u);
+  EXPECT_EQ(folded.Count(korvel::Level::kRefused).left_out, 2u);
   EXPECT_EQ(folded.tables()[1].left_out, 2u);
   EXPECT_EQ(Summarize(folded).failing, 2u);
   const Issues issues(folded);

@@ -59,6 +59,8 @@ class Reports:
         report = json.loads(self.documents["json"])
         tables = report["tables"]
         self.findings = [tables[at["table"]]["changes"]["findings"][at["finding"]] for at in report["findings"]]
+        self.warnings = [tables[at["table"]]["warnings"][at["warning"]] for at in report.get("warnings", [])]
+        self.all = self.findings + self.warnings
         self.report = report
 
     def expect(self, holds, name, what):
@@ -78,29 +80,32 @@ class Reports:
         """Each finding once. Fingerprints are unique in a document: repeated ones have a number appended."""
         self.expect(len(fingerprints) == len(set(fingerprints)), name, "a fingerprint occurs twice")
         found = collections.Counter(fingerprint.split("-")[0] for fingerprint in fingerprints)
-        self.expect(found == collections.Counter(finding["fingerprint"] for finding in self.findings), name, "other findings than json")
+        self.expect(found == collections.Counter(finding["fingerprint"] for finding in self.all), name, "other findings than json")
 
     def has_all_summaries(self, name, summaries):
         """Each message begins with the plain summary of a finding."""
-        expected = {finding["summary"] for finding in self.findings}
+        expected = {finding["summary"] for finding in self.all}
         for summary in summaries:
             self.expect(any(summary == plain or summary.startswith(plain + ": ") for plain in expected), name, f"no summary: {summary}")
 
     def mentions_all_findings(self, name, text):
         """Identifiers of each finding, which no format escapes."""
-        for finding in self.findings:
-            for word in (finding["fingerprint"], finding["rule"], finding["code_name"]):
+        for finding in self.all:
+            for word in (finding["fingerprint"], finding["rule"], finding.get("code_name")):
                 self.expect(not word or word in text, name, f"{word} is missing")
 
     def check_text(self, text):
         self.mentions_all_findings("text", text)
-        self.expect(text.startswith(f"verdict: {self.report['verdict']}\n"), "text", "another verdict")
-        lines = re.findall(r"^\S.*: (?:refused|waived) (?:\[\S+\] )?(.*)$", text, re.MULTILINE)
-        for finding in self.findings:
+        has_warning = any(warning["level"] == "warning" for warning in self.warnings)
+        remark = " (with warnings)" if has_warning and self.report["verdict"] == "allowed" else ""
+        self.expect(text.startswith(f"verdict: {self.report['verdict']}{remark}\n"), "text", "another verdict")
+        lines = re.findall(r"^\S.*: (?:refused|waived|warning|note) (?:\[\S+\] )?(.*)$", text, re.MULTILINE)
+        for finding in self.all:
             self.expect(finding["summary"] in lines, "text", f"no line starts with {finding['summary']}")
+        for finding in self.findings:
             self.expect(f"  checker: {finding['text'] or '(no text)'}\n" in text or not finding["text"].isprintable(), "text", f"{finding['text']} is missing")
         carets = len(re.findall(r"^ +\| [ \t]*\^~*$", text, re.MULTILINE))
-        self.expect(carets >= len(self.findings), "text", f"{carets} carets for {len(self.findings)} findings")
+        self.expect(carets >= len(self.all), "text", f"{carets} carets for {len(self.all)} findings")
 
     def check_json(self, text):
         self.is_valid("json", json.loads(text))
@@ -111,6 +116,10 @@ class Reports:
             self.expect(summary[status] == statuses[status], "json", f"the summary counts other {status} tables")
         for position, table in enumerate(self.report["tables"]):
             self.check_changes(position, table.get("changes"), table["status"])
+            self.check_warnings(position, table)
+        for level, name in (("warning", "warnings"), ("note", "notes")):
+            number = sum(warning["level"] == level for warning in self.warnings)
+            self.expect(summary.get(name, {"all": 0})["all"] == number, "json", f"the summary counts other {name}")
 
     def check_changes(self, position, changes, status):
         """A table has changes and findings of its own or refers to those of an earlier table; a refused one has a finding."""
@@ -125,6 +134,13 @@ class Reports:
                 findings += shared["count"] if kind == "findings" else 0
         self.expect((findings > 0) == (status == "refused"), "json", "a refused table without findings, or an allowed one with some")
 
+    def check_warnings(self, position, table):
+        """A table has warnings of its own or refers to those of an earlier table."""
+        for shared in table.get("shared_warnings", []):
+            self.expect(shared["table"] < position, "json", "a table shares with a later one")
+            items = self.report["tables"][shared["table"]]["warnings"]
+            self.expect(shared["first"] + shared["count"] <= len(items), "json", "a table shares more than there is")
+
     def check_sarif(self, text):
         log = json.loads(text)
         self.is_valid("sarif", log)
@@ -133,7 +149,9 @@ class Reports:
         self.has_all_findings("sarif", [result["partialFingerprints"]["korvelcheck/v1"] for result in run["results"]])
         self.has_all_summaries("sarif", [result["message"]["text"].split("\n")[0] for result in run["results"]])
         for result in run["results"]:
-            self.expect(rules[result["ruleIndex"]]["id"] == result["ruleId"], "sarif", "a rule at another index")
+            rule = rules[result["ruleIndex"]]
+            self.expect(rule["id"] == result["ruleId"], "sarif", "a rule at another index")
+            self.expect(rule["defaultConfiguration"]["level"] == result["level"], "sarif", "another level than the rule")
             for location in result["locations"] + result.get("relatedLocations", []):
                 self.check_region(location["physicalLocation"])
             for fix in result.get("fixes", []):
@@ -183,7 +201,7 @@ class Reports:
 
     def check_github(self, text):
         lines = text.splitlines()
-        self.expect(len(lines) == 1 + len(self.findings), "github", f"{len(lines)} commands")
+        self.expect(len(lines) == 1 + len(self.all), "github", f"{len(lines)} commands")
         for line in lines:
             self.expect(COMMAND.fullmatch(line), "github", f"not a command: {line}")
         self.has_all_summaries("github", [urllib.parse.unquote(line.split("::", 2)[2]).split("\n")[0] for line in lines[1:]])
@@ -196,10 +214,10 @@ class Reports:
 
     def check_markdown(self, text):
         rows = [line for line in text.splitlines() if line.startswith("| ")][1:]
-        self.expect(len(rows) == len(self.findings), "markdown", f"{len(rows)} rows")
+        self.expect(len(rows) == len(self.all), "markdown", f"{len(rows)} rows")
         for row in rows:
             self.expect(row.count("|") == 5, "markdown", f"not four cells: {row}")
-        if len(self.findings) <= 50:
+        if len(self.all) <= 50:
             self.mentions_all_findings("markdown", text)
 
     def check_html(self, text):

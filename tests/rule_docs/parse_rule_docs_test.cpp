@@ -137,6 +137,21 @@ TEST(ParseRuleDoc, ReadsWhyThereIsNoExample) {
   EXPECT_FALSE(doc.example.has_value());
 }
 
+TEST(ParseRuleDoc, AdvicePageHasElementsOfItsOwn) {
+  const std::string page(FindRuleDoc("advice.table-kind")->page);
+  const auto fault_of = [](const std::string& text) {
+    return ParseRuleDoc({.name = "advice-table-kind.md", .text = text}).fault;
+  };
+  EXPECT_EQ(fault_of(page), "");
+  for (const std::string line : {"Level: warning", "## What goes wrong", "## What to do instead", "reports a warning.",
+                                 "`korvelcheck check", "## Better `new.xml`"}) {
+    std::string changed = page;
+    changed.replace(changed.find(line), line.size(), "Level: note");
+    EXPECT_THAT(fault_of(changed), testing::StartsWith("docs/rules/advice-table-kind.md:")) << line;
+  }
+  EXPECT_EQ(fault_of(page.substr(0, page.find("\n## Better"))), "");
+}
+
 TEST(ParseRuleDoc, ReportsTheFirstFaultWithFileAndLine) {
   EXPECT_EQ(Parse(Changed("# field.size", "# field.type")).fault,
             "docs/rules/field-size.md:1: expected '# RULE', the rule that the file is named after, found '# field.type'");

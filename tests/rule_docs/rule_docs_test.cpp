@@ -27,8 +27,35 @@ TEST(RuleDocs, EveryRuleHasAPage) {
   }
 }
 
+TEST(RuleDocs, EveryAdviceHasAPage) {
+  for (const AdviceRule* rule : AllAdvice()) {
+    const RuleDoc* const doc = FindRuleDoc(rule->row.id);
+    ASSERT_NE(doc, nullptr) << "docs/rules/" << RuleDocFileName(rule->row.id) << " is missing";
+    EXPECT_EQ(doc->advice, rule);
+    EXPECT_EQ(doc->row, &rule->row);
+    EXPECT_NE(doc->example.has_value(), !doc->no_example_reason.empty()) << rule->row.id;
+  }
+  EXPECT_EQ(AllAdviceDocs().size(), AllAdvice().size());
+}
+
+// Reports list warnings first, and no id is that of a refusal.
+TEST(Advice, RowsAreWellFormed) {
+  Level last = Level::kWarning;
+  for (const AdviceRule* rule : AllAdvice()) {
+    EXPECT_TRUE(std::string(rule->row.id).starts_with("advice.")) << rule->row.id;
+    EXPECT_EQ(FindRefusal(rule->row.id), nullptr) << rule->row.id;
+    EXPECT_EQ(FindAdvice(rule->row.id), rule);
+    EXPECT_EQ(rule->row.code, 0) << rule->row.id;
+    EXPECT_GE(rule->level, last) << rule->row.id;
+    last = rule->level;
+  }
+  EXPECT_EQ(FindAdvice("advice.key"), nullptr);
+  EXPECT_EQ(FindAdvice(""), nullptr);
+}
+
 TEST(RuleDocs, EveryRuleHasAFileOfItsOwn) {
   std::set<std::string> files;
+  for (const AdviceRule* rule : AllAdvice()) EXPECT_TRUE(files.insert(RuleDocFileName(rule->row.id)).second) << rule->row.id;
   for (const RefusalRow* row : AllRefusals()) EXPECT_TRUE(files.insert(RuleDocFileName(row->id)).second) << row->id;
 }
 
@@ -99,6 +126,7 @@ TEST(RuleDocFormat, JsonFollowsItsSchema) {
   write(kRuleDocJson.rules());
   write(kRuleDocJson.codes());
   for (const RuleDoc& doc : AllRuleDocs()) write(kRuleDocJson.rule(doc));
+  for (const RuleDoc& doc : AllAdviceDocs()) write(kRuleDocJson.rule(doc));
   for (const CodeDoc& doc : AllCodeDocs()) write(kRuleDocJson.code(doc));
   const std::string source = KORVEL_SOURCE_DIR;
   const std::string command = KORVEL_PYTHON " '" + source + "/tests/report/validate.py' '" + source +

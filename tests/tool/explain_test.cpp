@@ -104,6 +104,44 @@ TEST_P(ExampleTest, AllowedSchemaIsAllowed) {
 
 INSTANTIATE_TEST_SUITE_P(All, ExampleTest, testing::ValuesIn(DocsWithExample()), Id);
 
+std::vector<RuleDoc> AdviceWithExample() {
+  std::vector<RuleDoc> docs;
+  for (const RuleDoc& doc : korvel::AllAdviceDocs()) {
+    if (doc.example) docs.push_back(doc);
+  }
+  return docs;
+}
+
+// The examples of warnings and notes.
+class AdviceExampleTest : public ToolTest, public testing::WithParamInterface<RuleDoc> {
+ protected:
+  // The rules that a check of these schemas reports, with their levels.
+  std::set<std::string> Reported(const std::string& old_schema, const std::string& new_schema) const {
+    Write("old.xml", old_schema);
+    Write("new.xml", new_schema);
+    const Outcome outcome = Korvelcheck(Words(GetParam().example->call.substr(12) + " --format json"));
+    EXPECT_EQ(outcome.exit_code, 0) << outcome.out << outcome.err;
+    const nlohmann::json table = nlohmann::json::parse(outcome.out)["tables"][0];
+    std::set<std::string> rules;
+    for (const auto& warning : table.value("warnings", nlohmann::json::array())) {
+      rules.insert(warning["level"].get<std::string>() + " " + warning["rule"].get<std::string>());
+    }
+    return rules;
+  }
+};
+
+TEST_P(AdviceExampleTest, IsReported) {
+  const std::string expected = std::string(korvel::WordOf(GetParam().advice->level)) + " " + GetParam().row->id;
+  EXPECT_EQ(Reported(GetParam().example->old_schema, GetParam().example->new_schema), std::set<std::string>{expected});
+}
+
+TEST_P(AdviceExampleTest, BetterSchemaIsNotReported) {
+  ASSERT_NE(GetParam().example->allowed_schema, "");
+  EXPECT_EQ(Reported(GetParam().example->old_schema, GetParam().example->allowed_schema), std::set<std::string>());
+}
+
+INSTANTIATE_TEST_SUITE_P(All, AdviceExampleTest, testing::ValuesIn(AdviceWithExample()), Id);
+
 class ExplainTest : public ToolTest {
  protected:
   std::string Printed(const std::vector<std::string>& arguments) const {
@@ -164,6 +202,19 @@ TEST_F(ExplainTest, PrintsTheExampleOfARule) {
                                 "      <primarykey entries=\"uid\"/>\n"
                                 "    </meta>\n"
                                 "  </metalib>\n"));
+}
+
+TEST_F(ExplainTest, PrintsAdvice) {
+  const std::string page = Printed({"explain", "advice.table-kind"});
+  EXPECT_THAT(page, StartsWith("advice.table-kind: a table became a union, or stopped being one\n"
+                               "  level  warning\n\nWhat goes wrong\n  A record of a structure"));
+  EXPECT_THAT(page, HasSubstr("\n\nWhat to do instead\n  Keep the kind"));
+  EXPECT_THAT(page, HasSubstr("\n\n$ korvelcheck check old.xml new.xml\n  warning [advice.table-kind]\n\nBetter new.xml\n"));
+  const auto json = nlohmann::json::parse(Printed({"explain", "advice.id-reused", "--format", "json"}));
+  EXPECT_EQ(json["rule"], "advice.id-reused");
+  EXPECT_EQ(json["level"], "warning");
+  EXPECT_EQ(json["example"], nullptr);
+  EXPECT_THAT(json["no_example_reason"].get<std::string>(), StartsWith("It takes three versions"));
 }
 
 TEST_F(ExplainTest, PrintsACode) {
@@ -228,11 +279,16 @@ TEST_F(ExplainTest, RulesListsEachOnALine) {
   for (std::string line; std::getline(lines, line);) ids.push_back(line.substr(0, line.find(' ')));
   std::vector<std::string> expected;
   for (const korvel::RefusalRow* row : korvel::AllRefusals()) expected.emplace_back(row->id);
+  const std::size_t refusals = expected.size();
+  expected.emplace_back();
+  for (const korvel::AdviceRule* rule : korvel::AllAdvice()) expected.emplace_back(rule->row.id);
   EXPECT_EQ(ids, expected);
+  EXPECT_THAT(Printed({"rules"}), HasSubstr("\nadvice.library-renamed    note     the library was renamed\n"));
   EXPECT_THAT(Printed({"rules"}), HasSubstr("\nprimary-key.size          -3       the size of a primary key field changed\n"));
   const nlohmann::json json = nlohmann::json::parse(Printed({"rules", "--format", "json"}));
   EXPECT_EQ(json["command"], "rules");
-  EXPECT_EQ(json["rules"].size(), expected.size());
+  EXPECT_EQ(json["rules"].size(), refusals);
+  EXPECT_EQ(json["advice"].size(), korvel::AllAdvice().size());
   ExpectInputError(Korvelcheck({"rules", "old.xml"}),
                    "korvelcheck: rules: unexpected argument 'old.xml'\nTry 'korvelcheck rules --help'.\n");
 }
@@ -264,6 +320,9 @@ TEST_F(ExplainTest, DocumentsAreWhatIsPrinted) {
   std::map<std::string, std::string> expected = {{"README.md", Printed({"rules", "--format", "markdown"})},
                                                  {"result-codes.md", Printed({"rules", "--codes", "--format", "markdown"})}};
   for (const RuleDoc& doc : AllRuleDocs()) {
+    expected[korvel::RuleDocFileName(doc.row->id)] = Printed({"explain", doc.row->id, "--format", "markdown"});
+  }
+  for (const RuleDoc& doc : korvel::AllAdviceDocs()) {
     expected[korvel::RuleDocFileName(doc.row->id)] = Printed({"explain", doc.row->id, "--format", "markdown"});
   }
   const std::map<std::string, std::string> documents = Documents();

@@ -218,6 +218,22 @@ TEST_F(LargeInputTest, RefusesFileThatChangesBeforeItIsShown) {
   EXPECT_EQ(CheckWhileChanging("large.xml", text, refused).exit_code, 1);
 }
 
+// The same for a warning about an allowed change.
+TEST_F(LargeInputTest, RefusesFileThatChangesBeforeItsWarningIsShown) {
+  const std::string fields = "<entry name=\"n\" type=\"uint8\"/><entry name=\"a\" type=\"uint8\" count=\"4\"";
+  const std::string counted = Table({.fields = fields + " refer=\"n\"/>"});
+  const std::string fixed = Table({.fields = fields + "/>"});
+  const std::string text = Library(5, {Padding(kLarge) + counted});
+  Write("large.xml", text);
+  ExpectOutcome(CheckWhileChanging("large.xml", text + "\n", fixed), 2, "",
+                "korvelcheck: large.xml: was modified while it was read; try again\n");
+  Write("large.xml", text);
+  const Outcome outcome = CheckWhileChanging("large.xml", text, fixed);
+  EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
+  EXPECT_THAT(outcome.out, HasSubstr("\nlarge.xml:3:"));
+  EXPECT_THAT(outcome.out, HasSubstr(": warning [advice.refer-changed] "));
+}
+
 // The verdict is about the bytes that were read.
 TEST_F(LargeInputTest, FileMayChangeIfItIsNotShown) {
   const std::string text = Library(5, {Padding(kLarge) + Table()});

@@ -85,7 +85,7 @@ TEST_F(ProjectFileTest, OtherCommandsIgnoreIt) {
 TEST_F(ProjectFileTest, ReportsUnknownKeys) {
   ExpectFaults("[schema]\n",
                "korvelcheck.toml:1:2: error: unknown key 'schema' (did you mean 'schemas'?); allowed: schemas, "
-               "defaults, tables, waivers\n");
+               "defaults, tables, report, waivers\n");
   ExpectFaults("[schemas]\npaths = []\n  path = []\n",
                "korvelcheck.toml:3:3: error: unknown key 'path' in [schemas] (did you mean 'paths'?); allowed: paths, exclude, "
                "against\n");

@@ -12,16 +12,9 @@ namespace {
 
 using Kind = qmx::ElementId::Kind;
 
-std::string KindText(const MetaModel& meta) { return meta.kind == QMX_TYPE_UNION ? "union" : "structure"; }
-
 std::string ProtocolText(qmx::Protocol protocol) {
   if (protocol == qmx::Protocol::kUnset) return "";
   return protocol == qmx::Protocol::kTlv ? "TLV" : "QMX";
-}
-
-// "zone desc, uid"
-std::string ColumnsText(const IndexModel& index) {
-  return Join(index.columns, ", ", [](const ColumnModel& column) { return column.entry + (column.descending ? " desc" : ""); });
 }
 
 // The item before a position; "" at the front.

@@ -1,6 +1,7 @@
 // The table of entry attributes. Tested by tests/report/diff_test.cpp.
 #include "analysis/diff/entry_attributes.h"
 
+#include "base/text.h"
 #include "schema/declaration.h"
 
 namespace korvel {
@@ -50,6 +51,12 @@ bool IsSortMark(const EntryModel& entry) { return entry.customattr2 && entry.cus
 
 std::string TypeText(const EntryModel& entry) {
   return entry.size == 0 ? entry.type : entry.type + "(" + std::to_string(entry.size) + ")";
+}
+
+std::string KindText(const MetaModel& meta) { return meta.kind == QMX_TYPE_UNION ? "union" : "structure"; }
+
+std::string ColumnsText(const IndexModel& index) {
+  return Join(index.columns, ", ", [](const ColumnModel& column) { return column.entry + (column.descending ? " desc" : ""); });
 }
 
 }  // namespace korvel

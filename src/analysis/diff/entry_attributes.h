@@ -1,4 +1,4 @@
-// The attributes of an entry that change independently: how each is compared, described and applied.
+// The attributes of an entry that change independently: how each is compared, described and applied. Values of other edits.
 #pragma once
 
 #include <span>
@@ -29,5 +29,11 @@ bool IsSortMark(const EntryModel& entry);
 
 // "uint32", "string(32)"
 std::string TypeText(const EntryModel& entry);
+
+// "structure", "union"
+std::string KindText(const MetaModel& meta);
+
+// "zone desc, uid"
+std::string ColumnsText(const IndexModel& index);
 
 }  // namespace korvel

@@ -9,6 +9,7 @@
 
 #include "analysis/diff/edit.h"
 #include "qmx/qmx_source_map.h"
+#include "rule_docs/advice.h"
 
 namespace korvel {
 
@@ -22,7 +23,7 @@ struct Replacement {
 struct Verdict {
   int code = 0;      // 0 = allowed
   std::string text;  // verbatim; empty if allowed, and for a refusal without a text
-  std::string rule;  // id in the catalog; empty if allowed, and for a refusal without a row there
+  std::string rule;  // id in a catalog, that of advice if allowed; may be empty if allowed, and for a refusal without a row there
 
   bool Refused() const { return code != 0; }
 };
@@ -35,8 +36,10 @@ struct Waiver {
 };
 
 struct Finding {
+  Level level = Level::kRefused;
   // The edits that are refused, by their position in Changes::edits, ascending. One edit; several if they are refused only in
-  // combination, of which none can be left out; none if the refusal is pre-existing or the table was removed.
+  // combination, of which none can be left out; none if the refusal is pre-existing or the table was removed. Of a warning or
+  // note, the one edit that it is about, by its position in Advice::edits.
   std::vector<std::size_t> edits;
   Verdict verdict;   // about exactly these edits and those they need
   std::string path;  // "orders.items[].price"
@@ -48,6 +51,9 @@ struct Finding {
   std::string fingerprint;       // 16 hexadecimal digits; see FingerprintOf
   std::optional<Waiver> waiver;
 };
+
+// Whether a finding is a warning or a note.
+inline bool IsAdvice(const Finding& finding) { return finding.level != Level::kRefused; }
 
 enum class EditStatus : std::uint8_t {
   kAllowed,     // in the set of edits that the checker allowed together
@@ -67,6 +73,12 @@ struct Changes {
   bool reached_work_limit = false;  // the call reached a limit of SuggestionWork at this table
   // The texts of the findings are those of another table that embeds the same structures (SharedSearches), and may name it.
   bool borrows_texts = false;
+};
+
+// Warnings and notes about the allowed edits of one table.
+struct Advice {
+  std::vector<Edit> edits;        // those that the findings are about, one each
+  std::vector<Finding> findings;  // warnings, then notes; without fixes
 };
 
 // 16 hexadecimal digits: a hash of a text. Stored in project files: do not change.

@@ -63,7 +63,9 @@ std::string ValueOf(std::string_view placeholder, const Edit& edit) {
   return OneLine(ValueText(edit.item));
 }
 
-std::string Filled(std::string_view words, const Edit& edit) {
+}  // namespace
+
+std::string FillIn(std::string_view words, const Edit& edit) {
   std::string text;
   while (!words.empty()) {
     const std::size_t begin = std::min(words.find('{'), words.size());
@@ -77,8 +79,6 @@ std::string Filled(std::string_view words, const Edit& edit) {
   return text;
 }
 
-}  // namespace
-
 std::string ShapeOf(const EntryModel& entry) {
   const std::string size = entry.size == 0 ? "" : " of " + std::to_string(entry.size) + " bytes";
   return OneLine(entry.type) + size + (entry.count == 1 ? "" : " x " + std::to_string(entry.count));
@@ -86,8 +86,8 @@ std::string ShapeOf(const EntryModel& entry) {
 
 std::string LeavingOut(const Edit& edit) {
   const auto without_old = std::ranges::find(kWithoutOldValue, edit.kind, &KindWords::kind);
-  if (edit.before.empty() && without_old != std::end(kWithoutOldValue)) return Filled(without_old->text, edit);
-  return Filled(std::ranges::find(kByKind, edit.kind, &KindWords::kind)->text, edit);
+  if (edit.before.empty() && without_old != std::end(kWithoutOldValue)) return FillIn(without_old->text, edit);
+  return FillIn(std::ranges::find(kByKind, edit.kind, &KindWords::kind)->text, edit);
 }
 
 std::string PreexistingSuggestion(const Verdict& verdict) {

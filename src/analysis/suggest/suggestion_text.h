@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "analysis/diff/edit.h"
 #include "analysis/findings/finding.h"
@@ -11,6 +12,9 @@ namespace korvel {
 
 // "uint32", "string of 32 bytes", "int8 x 100"
 std::string ShapeOf(const EntryModel& entry);
+
+// The words with the values of the edit for "{item}", "{meta}", "{before}" and "{after}"; empty values are "none". One line.
+std::string FillIn(std::string_view words, const Edit& edit);
 
 // How to leave out an edit: "keep field zone". One line.
 std::string LeavingOut(const Edit& edit);

@@ -54,7 +54,12 @@ std::string HtmlItems::Finding(const PageFinding& listed) const {
                      "\" tabindex=\"0\" data-status=\"" + status.name + "\" aria-labelledby=\"" + listed.id + "h\">\n<h3 id=\"" +
                      listed.id + "h\">" + Link(listed.id, LabelOf(listed.id)) + " " + Badge(listed.Style()) + " " +
                      (finding.path.empty() ? "the library" : Code(finding.path)) + "</h3>\n";
-  html += Problem(SummaryOf(finding.verdict), finding.verdict.text) + Result(finding.verdict.rule, finding.verdict.code);
+  if (IsAdvice(finding)) {
+    html += "<p class=\"problem\">" + Html(SummaryOf(finding.verdict)) + "</p>\n<p class=\"result\">" +
+            Code(finding.verdict.rule) + "</p>\n";
+  } else {
+    html += Problem(SummaryOf(finding.verdict), finding.verdict.text) + Result(finding.verdict.rule, finding.verdict.code);
+  }
   html += "<dl>\n" + Term(CauseTerm(finding), Cause(listed.folded));
   html += Term("New", LocationOf(finding.new_location, pair)) + Term("Old", LocationOf(finding.old_location, pair));
   html += Term("Suggestion", Html(finding.suggestion));

@@ -9,11 +9,10 @@
 namespace korvel {
 
 const StatusText& TextOf(StatusStyle style) {
-  static constexpr StatusText kWords[] = {{"refused", "\u2717", "refused"},
-                                          {"waived", "~", "waived"},
-                                          {"blocked", "\u2026", "blocked"},
-                                          {"not-checked", "?", "not checked"},
-                                          {"allowed", "\u2713", "allowed"}};
+  static constexpr StatusText kWords[] = {
+      {"refused", "\u2717", "refused"}, {"warning", "!", "warning"},      {"note", "i", "note"},
+      {"waived", "~", "waived"},        {"blocked", "\u2026", "blocked"}, {"not-checked", "?", "not checked"},
+      {"allowed", "\u2713", "allowed"}};
   return kWords[static_cast<std::size_t>(style)];
 }
 
@@ -21,6 +20,11 @@ StatusStyle StyleOf(EditStatus status) {
   constexpr StatusStyle kStyles[] = {StatusStyle::kAllowed, StatusStyle::kRefused, StatusStyle::kBlocked,
                                      StatusStyle::kNotChecked};
   return kStyles[static_cast<std::size_t>(status)];
+}
+
+StatusStyle StyleOf(const Finding& finding) {
+  constexpr StatusStyle kStyles[] = {StatusStyle::kRefused, StatusStyle::kWarning, StatusStyle::kNote};
+  return finding.waiver ? StatusStyle::kWaived : kStyles[static_cast<std::size_t>(finding.level)];
 }
 
 std::string LabelOf(const std::string& id) {

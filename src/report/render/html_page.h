@@ -28,9 +28,10 @@ struct HtmlLimits {
 inline constexpr HtmlLimits kHtmlLimits{};
 
 // How a finding or change is shown, the most severe first.
-enum class StatusStyle { kRefused, kWaived, kBlocked, kNotChecked, kAllowed };
+enum class StatusStyle { kRefused, kWarning, kNote, kWaived, kBlocked, kNotChecked, kAllowed };
 
 StatusStyle StyleOf(EditStatus status);
+StatusStyle StyleOf(const Finding& finding);
 
 struct StatusText {
   const char* name;  // the CSS class, and the value of the filter
@@ -44,8 +45,8 @@ struct PageFinding {
   const FoldedFinding& folded;
   std::string id;  // "f1"; its label is "F1"
 
-  StatusStyle Style() const { return folded.finding->waiver ? StatusStyle::kWaived : StatusStyle::kRefused; }
-  const Edit& EditAt(std::size_t i) const { return folded.table->changes->edits[folded.finding->edits[i]]; }
+  StatusStyle Style() const { return StyleOf(*folded.finding); }
+  const Edit& EditAt(std::size_t i) const { return folded.table->EditsFor(*folded.finding)[folded.finding->edits[i]]; }
 };
 
 // An edit that is not refused.

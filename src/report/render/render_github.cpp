@@ -39,10 +39,15 @@ std::string LocationProperties(const TextRange& range, const ServicePaths& paths
          ",";
 }
 
+const char* CommandOf(const Issue& issue) {
+  if (issue.waived || issue.level == Level::kNote) return "notice";
+  return issue.level == Level::kWarning ? "warning" : "error";
+}
+
 std::string Command(const Issue& issue, const ServicePaths& paths) {
   std::string message = issue.summary;
   for (const std::string& line : DetailsOf(issue)) message += "\n" + line;
-  return std::string("::") + (issue.waived ? "notice" : WordOf(issue.level)) + " " + LocationProperties(issue.location, paths) +
+  return std::string("::") + CommandOf(issue) + " " + LocationProperties(issue.location, paths) +
          Property("title", "korvelcheck: " + issue.rule) + "::" + EscapeForCommand(ValidUtf8(message), false) + "\n";
 }
 

@@ -1,5 +1,5 @@
-// A report as GitLab code quality entries. Waived findings have the severity "info", warnings about
-// the project file "minor". Tested by tests/report/formats_test.cpp.
+// A report as GitLab code quality entries. Warnings have the severity "minor", notes and waived findings "info".
+// Tested by tests/report/formats_test.cpp.
 #include "base/text.h"
 #include "report/render/json_stream.h"
 #include "report/render/render.h"
@@ -10,8 +10,8 @@ namespace korvel {
 namespace {
 
 const char* SeverityOf(const Issue& issue) {
-  if (issue.waived) return "info";
-  return issue.level == ProjectFinding::Level::kWarning ? "minor" : "major";
+  if (issue.waived || issue.level == Level::kNote) return "info";
+  return issue.level == Level::kWarning ? "minor" : "major";
 }
 
 nlohmann::ordered_json EntryOf(const Issue& issue, const ServicePaths& paths) {

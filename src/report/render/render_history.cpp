@@ -4,6 +4,7 @@
 #include "base/text.h"
 #include "report/render/render.h"
 #include "report/result/words.h"
+#include "rule_docs/advice.h"
 
 namespace korvel {
 namespace {
@@ -24,6 +25,7 @@ class HistoryText {
     if (!history_.against_newest.empty())
       text_ += "each version against the newest, " + Name(history_.versions.size() - 1) + ":\n";
     for (const VersionStep& step : history_.against_newest) AgainstNewest(step);
+    AddReusedIds();
     AddTotals();
     return text_;
   }
@@ -45,6 +47,27 @@ class HistoryText {
     for (const StepTable& result : step.tables) {
       if (result.status == Status::kNew) text_ += "  table " + OneLine(result.table) + ": new\n";
       if (result.status == Status::kRefused) text_ += Refusal(result) + "\n";
+      for (const StepAdvice& advice : result.advice) text_ += AdviceText(result, advice);
+    }
+  }
+
+  static std::string AdviceText(const StepTable& result, const StepAdvice& advice) {
+    std::string text = "  table " + OneLine(result.table) + ": " + WordOf(advice.level) + " [" + advice.rule + "] " +
+                       advice.summary + "\n    change: " + advice.change + "\n";
+    if (!advice.new_location.empty()) text += "    new: " + advice.new_location + "\n";
+    if (!advice.old_location.empty()) text += "    was: " + advice.old_location + "\n";
+    return text + "    suggestion: " + OneLine(advice.suggestion) + "\n";
+  }
+
+  void AddReusedIds() {
+    for (const ReusedId& reused : history_.reused_ids) {
+      const auto use = [&](const ReusedId::Use& one) {
+        return OneLine(one.field) + ", " + OneLine(one.type) + ", in " + Name(one.version) +
+               (one.location.empty() ? "" : " (" + one.location + ")") + "\n";
+      };
+      text_ += std::string(WordOf(kIdReusedAdvice.level)) + " [" + kIdReusedAdvice.row.id + "] " + kIdReusedAdvice.row.summary +
+               ": id " + std::to_string(reused.id) + " of " + OneLine(reused.meta) + "\n  new: " + use(reused.after) +
+               "  was: " + use(reused.before) + "  suggestion: " + reused.suggestion + "\n";
     }
   }
 
@@ -77,7 +100,11 @@ class HistoryText {
     const std::size_t steps = history_.steps.size();
     text_ += std::to_string(refused_steps) + " of " + std::to_string(steps) + (steps == 1 ? " step" : " steps") +
              " refused; the newest version is refused from " + std::to_string(refused_versions) + " of " + std::to_string(steps) +
-             (steps == 1 ? " older version\n" : " older versions\n");
+             (steps == 1 ? " older version" : " older versions");
+    for (const Level level : {Level::kWarning, Level::kNote}) {
+      if (const std::size_t count = history_.Count(level); count > 0) text_ += "; " + Counted(count, WordOf(level));
+    }
+    text_ += "\n";
   }
 
   const History& history_;
@@ -87,7 +114,35 @@ class HistoryText {
 
 // --- JSON ---
 
-Json ToJson(const StepTable& result) {
+Json ToJson(const StepAdvice& advice) {
+  const auto or_null = [](const std::string& text) { return text.empty() ? Json() : Json(text); };
+  return {{"level", WordOf(advice.level)},
+          {"rule", advice.rule},
+          {"summary", advice.summary},
+          {"description", advice.change},
+          {"path", advice.path},
+          {"old_location", or_null(advice.old_location)},
+          {"new_location", or_null(advice.new_location)},
+          {"suggestion", advice.suggestion},
+          {"fingerprint", advice.fingerprint}};
+}
+
+Json ToJson(const ReusedId& reused, const History& history) {
+  const auto use = [&](const ReusedId::Use& one) {
+    return Json{{"version", history.versions[one.version]}, {"field", one.field}, {"type", one.type}, {"location", one.location}};
+  };
+  return {{"level", WordOf(kIdReusedAdvice.level)},
+          {"rule", kIdReusedAdvice.row.id},
+          {"summary", kIdReusedAdvice.row.summary},
+          {"meta", reused.meta},
+          {"id", reused.id},
+          {"before", use(reused.before)},
+          {"after", use(reused.after)},
+          {"suggestion", reused.suggestion},
+          {"fingerprint", reused.fingerprint}};
+}
+
+Json StepTableToJson(const StepTable& result) {
   if (result.status == Status::kNew) return {{"table", result.table}, {"status", "new"}};
   const bool refused = result.status == Status::kRefused;
   Json json = {{"table", result.table},
@@ -105,7 +160,10 @@ Json ToJson(const StepTable& result) {
 
 Json ToJson(const VersionStep& step, const History& history) {
   Json tables = Json::array();
-  for (const StepTable& result : step.tables) tables.push_back(ToJson(result));
+  for (const StepTable& result : step.tables) {
+    tables.push_back(StepTableToJson(result));
+    for (const StepAdvice& advice : result.advice) tables.back()["warnings"].push_back(ToJson(advice));
+  }
   return {{"from", history.versions[step.from]},
           {"to", history.versions[step.to]},
           {"verdict", VerdictText(step.Refused())},
@@ -138,6 +196,7 @@ std::string RenderHistoryJson(const History& history) {
   Json& against_newest = json["against_newest"] = Json::array();
   for (const VersionStep& step : history.against_newest) against_newest.push_back(WithSteps(step, history));
   against_newest.push_back(WithSteps(history.steps.back(), history));
+  for (const ReusedId& reused : history.reused_ids) json["reused_ids"].push_back(ToJson(reused, history));
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

@@ -89,8 +89,10 @@ class HtmlReport {
       html += "<label><input type=\"radio\" name=\"status\" value=\"" + name + "\"" + checked + "> " + label + "</label>\n";
     };
     add("all", "all", " checked");
-    for (const StatusStyle style :
-         {StatusStyle::kRefused, StatusStyle::kWaived, StatusStyle::kBlocked, StatusStyle::kNotChecked, StatusStyle::kAllowed}) {
+    for (const StatusStyle style : {StatusStyle::kRefused, StatusStyle::kWarning, StatusStyle::kNote, StatusStyle::kWaived,
+                                    StatusStyle::kBlocked, StatusStyle::kNotChecked, StatusStyle::kAllowed}) {
+      if (style == StatusStyle::kWarning && !HasWarnings()) continue;
+      if (style == StatusStyle::kNote && summary_.notes.all == 0) continue;
       add(TextOf(style).name, std::string(TextOf(style).sign) + " " + TextOf(style).word, "");
     }
     return html +
@@ -101,12 +103,12 @@ class HtmlReport {
            "search</p>\n</form>\n";
   }
 
-  // A warning is not shown by the filter of any status.
+  bool HasWarnings() const { return summary_.warnings.all > 0 || CountErrors(report_.project) < report_.project.size(); }
+
   static std::string ProjectFindingStart(ProjectFinding::Level level) {
-    const bool is_error = level == ProjectFinding::Level::kError;
-    return std::string("<article class=\"item ") + (is_error ? "refused" : "waived") + "\" tabindex=\"0\" data-status=\"" +
-           (is_error ? "refused" : "warning") + "\">\n<h3>" +
-           (is_error ? Badge(StatusStyle::kRefused) : Badge("waived", "!", "warning"));
+    const StatusStyle style = level == ProjectFinding::Level::kError ? StatusStyle::kRefused : StatusStyle::kWarning;
+    const std::string name = TextOf(style).name;
+    return "<article class=\"item " + name + "\" tabindex=\"0\" data-status=\"" + name + "\">\n<h3>" + Badge(style);
   }
 
   static std::string HtmlLines(const std::string& suggestion) {
@@ -148,9 +150,10 @@ class HtmlReport {
     return table.changes && std::ranges::any_of(table.changes->edits, [](const Edit& edit) { return !edit.meta.empty(); });
   }
 
-  // Whether a table needs no section: it is allowed or new, and no change is listed with it.
+  // Whether a table needs no section: it is allowed or new, and no change and no finding is listed with it.
   bool HasNothingToShow(const TableResult& table) const {
-    return table.status != Status::kRefused && !HasOwnEdits(table) && !page_.ListsChangeOf(table);
+    return table.status != Status::kRefused && !HasOwnEdits(table) && !page_.ListsChangeOf(table) &&
+           table.advice.findings.empty();
   }
 
   void Table(const FoldedTable& folded, std::size_t position) {

@@ -1,127 +1,17 @@
 // A report as JSON. docs/report.schema.json lists all members, docs/command-line.md describes them. Tested by
 // tests/report/formats_test.cpp and tests/tool/json_report_test.cpp.
 #include <algorithm>
+#include <span>
 
-#include "common/result_codes.h"
 #include "report/render/json_stream.h"
+#include "report/render/json_values.h"
 #include "report/render/render.h"
 #include "report/result/words.h"
-#include "schema/setting_values.h"
 
 namespace korvel {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-Json ToJson(const PartialSettings& settings) {
-  Json json = Json::object();
-  if (settings.type) json["type"] = NameOf(kTableTypes, *settings.type);
-  if (settings.created_as) json["created_as"] = NameOf(kProtocols, *settings.created_as);
-  if (settings.server_version) json["server_version"] = *settings.server_version;
-  if (settings.whitelist) json["whitelist"] = *settings.whitelist;
-  if (settings.list_num) json["list_num"] = *settings.list_num;
-  return json;
-}
-
-Json NameOrNull(const std::string& name) { return name.empty() ? Json() : Json(name); }
-
-Json ToJson(const TextRange& range) {
-  const auto number = [&](std::size_t qmx::LineColumn::*part) { return range.begin ? Json((*range.begin).*part) : Json(); };
-  return {{"file", range.file}, {"line", number(&qmx::LineColumn::line)}, {"column", number(&qmx::LineColumn::column)}};
-}
-
-// With the end of the range; null for no location.
-Json SpanToJson(const TextRange* range) {
-  if (range == nullptr) return {};
-  Json json = ToJson(*range);
-  json["end_line"] = range->begin ? Json(range->end.line) : Json();
-  json["end_column"] = range->begin ? Json(range->end.column) : Json();
-  return json;
-}
-
-Json ToJson(const Verdict& verdict) {
-  return {{"code", verdict.code},
-          {"code_name", NameOrNull(CodeNameOf(verdict.code))},
-          {"rule", NameOrNull(verdict.rule)},
-          {"summary", verdict.Refused() ? Json(SummaryOf(verdict)) : Json()},
-          {"text", verdict.text}};
-}
-
-Json ToJson(const Edit& edit, EditStatus status, const TextRanges& ranges) {
-  return {{"kind", NameOf(edit.kind)},
-          {"meta", edit.meta},
-          {"item", edit.item},
-          {"before", edit.before},
-          {"after", edit.after},
-          {"description", Describe(edit)},
-          {"status", WordOf(status)},
-          {"paths", edit.paths},
-          {"path_count", edit.path_count},
-          {"old_location", SpanToJson(ranges.Find(edit.old_location))},
-          {"new_location", SpanToJson(ranges.Find(edit.new_location))}};
-}
-
-Json ToJson(const std::vector<Replacement>& fix) {
-  Json json = Json::array();
-  for (const auto& [span, text] : fix)
-    json.push_back({{"offset", span.begin}, {"length", span.end - span.begin}, {"text", text}});
-  return json;
-}
-
-// Positions in the listed edits.
-Json PositionsOf(const std::vector<std::size_t>& edits, const FoldedEdits& listed) {
-  Json json = Json::array();
-  for (const std::size_t edit : edits) json.push_back(std::ranges::lower_bound(listed.listed, edit) - listed.listed.begin());
-  return json;
-}
-
-Json ToJson(const Waiver& waiver) { return {{"reason", waiver.reason}, {"until", waiver.until}, {"wide", waiver.is_wide}}; }
-
-Json ToJson(const Finding& finding, const FoldedEdits& edits, const TextRanges& ranges) {
-  Json json = {{"edits", PositionsOf(finding.edits, edits)}};
-  json.update(ToJson(finding.verdict));
-  json["path"] = finding.path;
-  json["old_location"] = SpanToJson(ranges.Find(finding.old_location));
-  json["new_location"] = SpanToJson(ranges.Find(finding.new_location));
-  json["suggestion"] = finding.suggestion;
-  json["has_fix"] = finding.has_fix;
-  json["fix"] = ToJson(finding.fix);
-  json["fingerprint"] = finding.fingerprint;
-  json["waiver"] = finding.waiver ? ToJson(*finding.waiver) : Json();
-  return json;
-}
-
-Json ToJson(const Summary& summary) {
-  Json json = {{"compared", summary.compared},       {"allowed", summary.allowed},
-               {"refused", summary.refused},         {"new", summary.added},
-               {"removed", summary.removed},         {"failing", summary.failing},
-               {"findings", summary.findings},       {"waived", summary.waived},
-               {"files_added", summary.files_added}, {"files_deleted", summary.files_deleted},
-               {"files_moved", summary.files_moved}};
-  if (summary.left_out > 0) json["left_out"] = summary.left_out;
-  return json;
-}
-
-Json ToJson(const FileNote& note) {
-  constexpr const char* kKinds[] = {"added", "deleted", "moved"};
-  return {{"kind", kKinds[static_cast<std::size_t>(note.kind)]},
-          {"old_file", NameOrNull(note.old_file)},
-          {"new_file", NameOrNull(note.new_file)}};
-}
-
-Json ToJson(const ReportBaseline& baseline) {
-  Json json = {{"name", baseline.name}};
-  if (!baseline.origin.empty()) json["origin"] = baseline.origin;
-  return json;
-}
-
-Json ToJson(const ProjectFinding& finding) {
-  return {{"rule", finding.rule},
-          {"location", {{"file", finding.file}, {"line", finding.position.line}, {"column", finding.position.column}}},
-          {"text", finding.text},
-          {"suggestion", finding.suggestion},
-          {"level", WordOf(finding.level)}};
-}
 
 Json List(const auto& values) {
   Json json = Json::array();
@@ -132,7 +22,10 @@ Json List(const auto& values) {
 class JsonReport {
  public:
   JsonReport(const Report& report, const TextSink& sink)
-      : report_(report), folded_(report), edits_(FoldEdits(folded_)), ranges_(LocationsOf(folded_, edits_)), json_(sink) {}
+      : report_(report), folded_(report), edits_(FoldEdits(folded_)), ranges_(LocationsOf(folded_, edits_)), json_(sink) {
+    std::size_t numbers[2] = {};
+    for (const FoldedFinding& folded : folded_.findings()) listed_as_.push_back(numbers[IsRefusal(folded) ? 1 : 0]++);
+  }
 
   void Write() {
     const Summary summary = Summarize(folded_);
@@ -148,9 +41,7 @@ class JsonReport {
     json_.Begin("tables", '[');
     for (std::size_t i = 0; i < folded_.tables().size(); ++i) WriteTable(folded_.tables()[i], edits_[i]);
     json_.End();
-    json_.Begin("findings", '[');
-    for (const FoldedFinding& folded : folded_.findings()) json_.Add(ToJson(folded));
-    json_.End();
+    WriteFindings();
     json_.Add("files", List(report_.files));
     json_.Add("project", List(report_.project));
     json_.Add("summary", korvel::ToJson(summary));
@@ -158,11 +49,56 @@ class JsonReport {
   }
 
  private:
+  // Where each finding is listed, those that share it included. Without warnings and notes there is no list of them.
+  void WriteFindings() {
+    json_.Begin("findings", '[');
+    for (const FoldedFinding& folded : folded_.findings()) {
+      if (!IsAdvice(*folded.finding)) json_.Add(ToJson(folded));
+    }
+    json_.End();
+    if (std::ranges::none_of(folded_.findings(), [](const FoldedFinding& one) { return IsAdvice(*one.finding); })) return;
+    json_.Begin("warnings", '[');
+    for (const FoldedFinding& folded : folded_.findings()) {
+      if (IsAdvice(*folded.finding)) json_.Add(ToJson(folded));
+    }
+    json_.End();
+  }
+
   void WriteTable(const FoldedTable& table, const FoldedEdits& edits) {
     json_.Begin('{');
     json_.AddMembers(HeadOf(*table.table));
     if (table.table->changes) WriteChanges(table, edits);
+    WriteAdvice(table);
     json_.End();
+  }
+
+  // Warnings and notes, if there are any.
+  void WriteAdvice(const FoldedTable& table) {
+    if (AdviceOf(table).empty() && SharedOf(table, true).empty()) return;
+    json_.Begin("warnings", '[');
+    for (const FoldedFinding& folded : AdviceOf(table)) {
+      const Finding& finding = *folded.finding;
+      json_.Add(AdviceToJson(finding, table.table->EditsFor(finding)[finding.edits.front()], ranges_));
+    }
+    json_.End();
+    WriteShared("shared_warnings", SharedOf(table, true));
+  }
+
+  static bool IsRefusal(const FoldedFinding& folded) { return !IsAdvice(*folded.finding); }
+
+  // The refusals of a table come first.
+  static std::span<const FoldedFinding> RefusalsOf(const FoldedTable& table) {
+    const auto end = std::ranges::partition_point(table.findings, IsRefusal);
+    return table.findings.first(static_cast<std::size_t>(end - table.findings.begin()));
+  }
+  static std::span<const FoldedFinding> AdviceOf(const FoldedTable& table) {
+    return table.findings.subspan(RefusalsOf(table).size());
+  }
+
+  std::vector<SharedItems> SharedOf(const FoldedTable& table, bool is_advice) const {
+    std::vector<SharedItems> shared = table.shared;
+    std::erase_if(shared, [&](const SharedItems& one) { return IsRefusal(folded_.findings()[one.first]) == is_advice; });
+    return shared;
   }
 
   // All members before the changes.
@@ -191,10 +127,10 @@ class JsonReport {
     for (const std::size_t i : edits.listed) json_.Add(korvel::ToJson(changes.edits[i], changes.status[i], ranges_));
     json_.End();
     json_.Begin("findings", '[');
-    for (const FoldedFinding& folded : table.findings) json_.Add(korvel::ToJson(*folded.finding, edits, ranges_));
+    for (const FoldedFinding& folded : RefusalsOf(table)) json_.Add(korvel::ToJson(*folded.finding, edits, ranges_));
     json_.End();
     WriteSharedEdits(edits.shared);
-    WriteSharedFindings(table.shared);
+    WriteShared("shared_findings", SharedOf(table, false));
     json_.Add("allowed_together", korvel::ToJson(changes.allowed_together));
     json_.Add("stopped", changes.stopped);
     if (table.left_out > 0) json_.Add("left_out", table.left_out);
@@ -218,18 +154,19 @@ class JsonReport {
     json_.End();
   }
 
-  void WriteSharedFindings(const std::vector<SharedItems>& parts) {
+  void WriteShared(const char* name, const std::vector<SharedItems>& parts) {
     if (parts.empty()) return;
-    json_.Begin("shared_findings", '[');
+    json_.Begin(name, '[');
     for (const SharedItems& items : parts) json_.Add(PartToJson(items, PositionInTable(folded_.findings()[items.first])));
     json_.End();
   }
 
-  // As positions in "tables" and in the "findings" of the table.
+  // As positions in "tables" and in the "findings" or "warnings" of the table.
   Json ToJson(const FoldedFinding& folded) const {
-    Json json = {{"table", PositionOf(folded.table)}, {"finding", PositionInTable(folded)}};
+    const bool is_refusal = IsRefusal(folded);
+    Json json = {{"table", PositionOf(folded.table)}, {is_refusal ? "finding" : "warning", PositionInTable(folded)}};
     if (folded.also_as) {
-      json["also_as"] = *folded.also_as;
+      json["also_as"] = listed_as_[*folded.also_as];
       return json;
     }
     Json& also = json["also"] = Json::array();
@@ -239,13 +176,16 @@ class JsonReport {
 
   std::size_t PositionOf(const TableResult* table) const { return static_cast<std::size_t>(table - report_.tables.data()); }
   std::size_t PositionInTable(const FoldedFinding& folded) const {
-    return static_cast<std::size_t>(&folded - folded_.tables()[PositionOf(folded.table)].findings.data());
+    const FoldedTable& table = folded_.tables()[PositionOf(folded.table)];
+    const std::span<const FoldedFinding> list = IsRefusal(folded) ? RefusalsOf(table) : AdviceOf(table);
+    return static_cast<std::size_t>(&folded - list.data());
   }
 
   const Report& report_;
   FoldedReport folded_;
   std::vector<FoldedEdits> edits_;
   TextRanges ranges_;
+  std::vector<std::size_t> listed_as_;  // of each folded finding, its position in the document's "findings" or "warnings"
   JsonStream json_;
 };
 

@@ -1,6 +1,6 @@
 // A JUnit report: a suite for each pair of files, a test case for each table, a failure for each of its findings. Findings that
-// are listed with an earlier table are one short failure. A waived finding and a warning are no failure; they are in the output
-// of their test case. Tested by tests/report/formats_test.cpp and shared_findings_test.cpp.
+// are listed with an earlier table are one short failure. A waived finding, a note, and a warning that does not fail the call are
+// no failures; they are in the output of the test case. Tested by tests/report/formats_test.cpp and shared_findings_test.cpp.
 #include <algorithm>
 #include <span>
 
@@ -36,10 +36,17 @@ std::string Problem(const std::string& rule, const std::string& summary, const s
   return "      <failure" + Attribute("message", summary) + Attribute("type", rule) + ">" + XmlText(text) + "</failure>\n";
 }
 
-std::string ProblemOf(const Issue& issue) {
-  std::string text = ToText(issue.location) + ": " + issue.summary + "\n";
+// A warning about the project file never fails the call.
+bool IssueFails(const Report& report, const Issue& issue) {
+  const bool fails_on_warnings = report.fails_on_warnings && issue.table != nullptr;
+  return !issue.waived && (issue.level == Level::kRefused || (issue.level == Level::kWarning && fails_on_warnings));
+}
+
+std::string ProblemOf(const Report& report, const Issue& issue) {
+  const std::string level = issue.level == Level::kRefused ? "" : std::string(WordOf(issue.level)) + " [" + issue.rule + "] ";
+  std::string text = ToText(issue.location) + ": " + level + issue.summary + "\n";
   for (const std::string& line : DetailsOf(issue)) text += line + "\n";
-  return Problem(issue.rule, issue.summary, text, !issue.waived && issue.level == ProjectFinding::Level::kError);
+  return Problem(issue.rule, issue.summary, text, IssueFails(report, issue));
 }
 
 // Findings that are listed with an earlier table.
@@ -49,7 +56,7 @@ std::string ProblemOf(const FoldedReport& report, const SharedItems& items) {
   const std::string summary = SummaryOf(first.verdict) + (path.empty() ? "" : ": " + OneLine(path));
   const std::string more = items.count == 1 ? "" : " (and " + NextOf(items) + ")";
   const std::string text = "same as in table " + OneLine(items.table->table) + more + ", fingerprint " + first.fingerprint + "\n";
-  return Problem(RuleIdOf(first.verdict), summary + more, text, !first.waiver.has_value());
+  return Problem(RuleIdOf(first.verdict), summary + more, text, Fails(report.report(), first));
 }
 
 std::string CaseText(const std::string& suite, const std::string& name, const std::string& file, const std::string& body) {
@@ -62,9 +69,9 @@ std::string CaseText(const std::string& suite, const std::string& name, const st
 struct Counts {
   std::size_t tests = 0, failures = 0, skipped = 0;
 
-  void Add(const TableResult& table) {
+  void Add(const Report& report, const TableResult& table) {
     ++tests;
-    if (table.status == Status::kRefused && !IsWaived(table)) ++failures;
+    if (Fails(report, table)) ++failures;
     if (table.status == Status::kNew) ++skipped;
   }
 
@@ -102,7 +109,7 @@ class JunitReport {
 
   Counts CountAll() const {
     Counts counts = CountProject();
-    for (const TableResult& table : report_.tables) counts.Add(table);
+    for (const TableResult& table : report_.tables) counts.Add(report_, table);
     return counts;
   }
 
@@ -112,7 +119,7 @@ class JunitReport {
     const std::string& second = first.second->name;
     const std::string name = first.first == nullptr || first.first == first.second ? second : first.first->name + " -> " + second;
     Counts counts;
-    for (const FoldedTable& table : tables) counts.Add(*table.table);
+    for (const FoldedTable& table : tables) counts.Add(report_, *table.table);
     sink_("  <testsuite" + Attribute("name", name) + counts.Attributes() + ">\n");
     for (const FoldedTable& table : tables) {
       sink_(CaseText(name, table.table->table, paths_.Of(table.table->declared.source->name), BodyOf(table)));
@@ -125,7 +132,7 @@ class JunitReport {
       return "      <skipped message=\"new table: there is nothing to compare it with\"/>\n";
     }
     std::string body;
-    for (; next_ != issues_.all().end() && next_->table == table.table; ++next_) body += ProblemOf(*next_);
+    for (; next_ != issues_.all().end() && next_->table == table.table; ++next_) body += ProblemOf(report_, *next_);
     for (const SharedItems& items : table.shared) body += ProblemOf(folded_, items);
     return body;
   }
@@ -134,7 +141,8 @@ class JunitReport {
     const std::string name = "project file";
     sink_("  <testsuite" + Attribute("name", name) + CountProject().Attributes() + ">\n");
     for (; next_ != issues_.all().end(); ++next_) {
-      sink_(CaseText(name, next_->rule + " at " + ToText(next_->location), paths_.Of(next_->location.file), ProblemOf(*next_)));
+      sink_(CaseText(name, next_->rule + " at " + ToText(next_->location), paths_.Of(next_->location.file),
+                     ProblemOf(report_, *next_)));
     }
     sink_("  </testsuite>\n");
   }

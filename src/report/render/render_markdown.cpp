@@ -14,8 +14,9 @@ constexpr std::size_t kMaxDetailed = 50;  // findings with details
 constexpr std::size_t kMaxListed = 500;   // findings in the table
 
 const char* StatusOf(const Issue& issue) {
-  if (issue.table == nullptr) return WordOf(issue.level);
-  return issue.waived ? "waived" : "refused";
+  if (issue.waived) return "waived";
+  const bool is_error_of_project = issue.table == nullptr && issue.level == Level::kRefused;
+  return is_error_of_project ? "error" : WordOf(issue.level);
 }
 
 std::string Row(const Issue& issue) {

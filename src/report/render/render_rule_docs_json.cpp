@@ -20,6 +20,10 @@ Json RowJson(const RuleDoc& doc) {
   return {{"rule", doc.row->id}, {"codes", codes}, {"summary", doc.row->summary}, {"text", doc.row->text}};
 }
 
+Json RowJson(const AdviceRule& advice) {
+  return {{"rule", advice.row.id}, {"level", WordOf(advice.level)}, {"summary", advice.row.summary}};
+}
+
 Json ToJson(const CodeDoc& doc) {
   Json json = CodeJson(doc.code);
   json["meaning"] = doc.meaning;
@@ -48,6 +52,8 @@ std::string Rules() {
   Json json = Header("rules");
   Json& rules = json["rules"] = Json::array();
   for (const RuleDoc& doc : AllRuleDocs()) rules.push_back(RowJson(doc));
+  Json& advice = json["advice"] = Json::array();
+  for (const AdviceRule* rule : AllAdvice()) advice.push_back(RowJson(*rule));
   return ToText(json);
 }
 
@@ -58,7 +64,23 @@ std::string Codes() {
   return ToText(json);
 }
 
+std::string Advice(const RuleDoc& doc) {
+  Json json = Header("explain");
+  json.update(RowJson(*doc.advice));
+  json["problem"] = doc.protects;
+  json["instead"] = doc.allowed;
+  json["no_example_reason"] = OrNull(doc.no_example_reason);
+  Json& example = json["example"] = Json();
+  if (!doc.example) return ToText(json);
+  example = {{"call", doc.example->call},
+             {"old", doc.example->old_schema},
+             {"new", doc.example->new_schema},
+             {"instead", OrNull(doc.example->allowed_schema)}};
+  return ToText(json);
+}
+
 std::string Rule(const RuleDoc& doc) {
+  if (doc.advice != nullptr) return Advice(doc);
   Json json = Header("explain");
   json.update(RowJson(doc));
   json["protects"] = doc.protects;

@@ -20,6 +20,17 @@ constexpr char kIndexHead[] =
     "\n"
     "| Rule | Result code | Refused because |\n"
     "|---|---|---|\n";
+constexpr char kAdviceHead[] =
+    "\n"
+    "## Warnings and notes\n"
+    "\n"
+    "About changes that the checker allows. Their ids begin with `advice.`; they do not change the verdict. After a change with "
+    "a "
+    "warning,\n"
+    "records may not read back. `check --fail-on warning` fails for warnings.\n"
+    "\n"
+    "| Rule | Level | Reported because |\n"
+    "|---|---|---|\n";
 constexpr char kCodesHead[] =
     "\n"
     "## Rules by result code\n"
@@ -37,6 +48,10 @@ std::string Rules() {
   std::string text = kIndexHead;
   for (const RuleDoc& doc : AllRuleDocs()) {
     text += "| " + LinkToRule(doc.row->id) + " | " + CodeNumbers(doc.codes) + " | " + doc.row->summary + " |\n";
+  }
+  text += kAdviceHead;
+  for (const AdviceRule* advice : AllAdvice()) {
+    text += "| " + LinkToRule(advice->row.id) + " | " + WordOf(advice->level) + " | " + advice->row.summary + " |\n";
   }
   text += kCodesHead;
   for (const CodeDoc& doc : AllCodeDocs()) {

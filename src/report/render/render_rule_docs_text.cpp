@@ -36,10 +36,24 @@ std::string ExampleText(const RuleDocExample& example) {
   return text;
 }
 
+std::string Advice(const RuleDoc& doc) {
+  std::string text = std::string(doc.row->id) + ": " + doc.row->summary + "\n  level  " + WordOf(doc.advice->level) + "\n" +
+                     Section("What goes wrong", doc.protects) + Section("What to do instead", doc.allowed);
+  if (!doc.example) return text + Section("No example", doc.no_example_reason);
+  const RuleDocExample& example = *doc.example;
+  text += File("old.xml", example.old_schema) + File("new.xml", example.new_schema) + "\n$ " + example.call + "\n  " +
+          WordOf(doc.advice->level) + " [" + doc.row->id + "]\n";
+  return example.allowed_schema.empty() ? text : text + File("Better new.xml", example.allowed_schema);
+}
+
 std::string Rules() {
   std::string text;
   for (const RuleDoc& doc : AllRuleDocs()) {
     text += Padded(doc.row->id, kRuleWidth) + Padded(CodeNumbers(doc.codes), 9) + doc.row->summary + "\n";
+  }
+  text += "\n";
+  for (const AdviceRule* advice : AllAdvice()) {
+    text += Padded(advice->row.id, kRuleWidth) + Padded(WordOf(advice->level), 9) + advice->row.summary + "\n";
   }
   return text;
 }
@@ -55,6 +69,7 @@ std::string Codes() {
 }
 
 std::string Rule(const RuleDoc& doc) {
+  if (doc.advice != nullptr) return Advice(doc);
   std::string text = std::string(doc.row->id) + ": " + doc.row->summary + "\n" + "  code  " + CodesText(doc.codes) + "\n" +
                      "  text  " + doc.row->text + "\n";
   if (!doc.replaced_by.empty()) text += "  Log only: callers get the text of " + doc.replaced_by + ".\n";

@@ -104,8 +104,16 @@ constexpr char kAllWaived[] = "all findings of the table are waived";
 Json HelpOf(const RuleDoc& doc) {
   const std::string call = std::string("korvelcheck explain ") + doc.row->id;
   const std::string more = doc.example ? " shows an example." : " shows the whole page.";
-  return {{"text", doc.protects + "\n\nAllowed instead: " + doc.allowed + "\n\n'" + call + "'" + more},
-          {"markdown", doc.protects + "\n\n**Allowed instead:** " + doc.allowed + "\n\n`" + call + "`" + more}};
+  const std::string instead = doc.advice == nullptr ? "Allowed instead:" : "What to do instead:";
+  return {{"text", doc.protects + "\n\n" + instead + " " + doc.allowed + "\n\n'" + call + "'" + more},
+          {"markdown", doc.protects + "\n\n**" + instead + "** " + doc.allowed + "\n\n`" + call + "`" + more}};
+}
+
+const char* SarifLevel(Level level) { return level == Level::kRefused ? "error" : WordOf(level); }
+
+Level LevelOf(const std::string& id) {
+  if (const AdviceRule* const advice = FindAdvice(id)) return advice->level;
+  return id == "waiver.unused" ? Level::kWarning : Level::kRefused;
 }
 
 // Where the page of a rule is published: "primary-key.size" is docs/rules/primary-key-size.md.
@@ -125,7 +133,7 @@ Json SarifRule(const std::string& id) {
   } else if (const auto* const other = std::ranges::find(kOtherRules, id, &OtherRule::id); other != std::end(kOtherRules)) {
     rule["shortDescription"] = MessageOf(other->summary);
   }
-  rule["defaultConfiguration"] = {{"level", id == "waiver.unused" ? "warning" : "error"}};
+  rule["defaultConfiguration"] = {{"level", SarifLevel(LevelOf(id))}};
   return rule;
 }
 
@@ -189,7 +197,7 @@ class SarifLog {
     if (issue.folded != nullptr) location["logicalLocations"] = LogicalLocations(*issue.folded);
     Json json = {{"ruleId", issue.rule},
                  {"ruleIndex", rule_positions_.at(issue.rule)},
-                 {"level", WordOf(issue.level)},
+                 {"level", SarifLevel(issue.level)},
                  {"message", MessageOf(message)},
                  {"locations", Json::array({std::move(location)})},
                  {"partialFingerprints", {{"korvelcheck/v1", issue.fingerprint}}}};

@@ -8,6 +8,7 @@
 #include "common/catalog.h"
 #include "report/render/render.h"
 #include "report/result/words.h"
+#include "rule_docs/advice.h"
 
 namespace korvel {
 namespace {
@@ -26,6 +27,11 @@ const char* ColorOf(Status status) {
 const char* ColorOf(OverallVerdict verdict) {
   constexpr const char* kColors[] = {kGreen, kRed, kYellow};
   return kColors[static_cast<std::size_t>(verdict)];
+}
+
+const char* ColorOf(const Finding& finding) {
+  if (finding.level == Level::kNote) return kCyan;
+  return finding.waiver || finding.level == Level::kWarning ? kYellow : kRed;
 }
 
 std::string Colored(const char* text, const char* color, bool wanted) {
@@ -65,16 +71,17 @@ class FindingText {
 
   std::string Text(bool color) const {
     std::string text = lead_ == nullptr ? "" : ToText(*lead_) + ": ";
-    text += finding_.waiver ? Colored("waived", kYellow, color) : Colored("refused", kRed, color);
+    text += Colored(WordOf(finding_), ColorOf(finding_), color);
     text += InBrackets(finding_.verdict.rule) + " " + SummaryOf(finding_.verdict) + "\n" + SnippetLines(lead_);
-    text += "  " + CheckerLine(finding_.verdict.text) + "\n" + Code() + Cause() + Path() + OtherSide() + Also();
+    if (!IsAdvice(finding_)) text += "  " + CheckerLine(finding_.verdict.text) + "\n" + Code();
+    text += Cause() + Path() + OtherSide() + Also();
     if (finding_.waiver) text += "  " + ToText(*finding_.waiver) + "\n";
     text += "  suggestion: " + OneLine(finding_.suggestion) + "\n";
     return finding_.fingerprint.empty() ? text : text + "  fingerprint: " + finding_.fingerprint + "\n";
   }
 
  private:
-  const Edit& EditAt(std::size_t i) const { return table_.changes->edits[finding_.edits[i]]; }
+  const Edit& EditAt(std::size_t i) const { return table_.EditsFor(finding_)[finding_.edits[i]]; }
 
   // The code of the table is in the line of the table.
   std::string Code() const {
@@ -178,6 +185,7 @@ class TextReport {
     text_ += ToText(*ranges_.Find(table.declared)) + ": " + Word(table.status);
     if (table.status != Status::kRefused) {
       text_ += ": " + name + (table.status == Status::kNew ? " (not compared)" : "") + "\n";
+      AddFindings(folded);
       return;
     }
     const std::string result = name + ": " + std::to_string(table.verdict.code) + " " + CodeNameOf(table.verdict.code) +
@@ -188,14 +196,17 @@ class TextReport {
     text_ += is_repeated ? ": " + result
                          : InBrackets(table.verdict.rule) + " " + SummaryOf(table) + "\n  " + CheckerLine(table.verdict.text) +
                                "\n  " + result;
-    if (table.changes) AddChanges(folded, edits);
+    AddFindings(folded);
+    if (table.changes) AddChanges(*table.changes, edits);
   }
 
-  void AddChanges(const FoldedTable& folded, const FoldedEdits& edits) {
+  void AddFindings(const FoldedTable& folded) {
     for (const FoldedFinding& finding : folded.findings) text_ += FindingText(folded_, finding, ranges_).Text(color_);
     for (const SharedItems& items : folded.shared) text_ += RepeatedFindings(folded_, items, ranges_);
     for (const std::string& limit : LimitsOf(folded)) text_ += "  " + limit + "\n";
-    const Changes& changes = *folded.table->changes;
+  }
+
+  void AddChanges(const Changes& changes, const FoldedEdits& edits) {
     if (changes.edits.size() > 1) AddEditsByStatus(changes, edits);
   }
 
@@ -237,12 +248,14 @@ class TextReport {
     for (std::size_t i = 1; i < lines.size(); ++i) text_ += "    " + lines[i] + "\n";
   }
 
+  static bool IsRule(const std::string& id) { return FindRefusal(id) != nullptr || FindAdvice(id) != nullptr; }
+
   // Names the command that explains a refusal: a rule of the report, else a result code.
   std::string ExplainHint() const {
     std::set<std::string> rules;
     std::string first;
     const auto add = [&](const std::string& rule, int code) {
-      const std::string id = FindRefusal(rule) == nullptr ? CodeNameOf(code) : rule;
+      const std::string id = IsRule(rule) ? rule : CodeNameOf(code);
       if (first.empty()) first = id;
       if (!id.empty()) rules.insert(id);
     };
@@ -252,8 +265,7 @@ class TextReport {
     }
     if (first.empty()) return "";
     const std::string command = "'korvelcheck explain " + first + "'";
-    if (rules.size() == 1)
-      return "Run " + command + (FindRefusal(first) == nullptr ? " for the result code.\n" : " for the rule.\n");
+    if (rules.size() == 1) return "Run " + command + (IsRule(first) ? " for the rule.\n" : " for the result code.\n");
     return "Run 'korvelcheck explain ID' for a rule, for example " + command + ".\n";
   }
 

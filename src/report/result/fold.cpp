@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <limits>
 #include <map>
 #include <tuple>
@@ -46,7 +47,7 @@ using MergeKey = std::tuple<const Source*, const Source*, EditNames, std::string
 MergeKey MergeKeyOf(const TableResult& table, const Finding& finding) {
   EditNames edits;
   for (const std::size_t i : finding.edits) {
-    const Edit& edit = table.changes->edits[i];
+    const Edit& edit = table.EditsFor(finding)[i];
     edits.emplace_back(edit.kind, edit.meta, edit.item, edit.before, edit.after);
   }
   std::ranges::sort(edits);
@@ -59,7 +60,7 @@ MergeKey MergeKeyOf(const TableResult& table, const Finding& finding) {
 // The paths of a finding other than the one it is named by.
 std::vector<std::string> OtherPaths(const TableResult& table, const Finding& finding) {
   if (finding.edits.empty()) return {};
-  std::vector<std::string> paths = table.changes->edits[finding.edits.front()].paths;
+  std::vector<std::string> paths = table.EditsFor(finding)[finding.edits.front()].paths;
   std::erase(paths, finding.path);
   return paths;
 }
@@ -120,8 +121,10 @@ class FoldedReport::Folder {
   void Add(const TableResult& table) {
     to_.tables_.push_back({.table = &table});
     begins_.push_back(to_.findings_.size());
-    if (!table.changes) return;
-    for (const Finding& finding : table.changes->findings) Add(table, finding);
+    if (table.changes) {
+      for (const Finding& finding : table.changes->findings) Add(table, finding);
+    }
+    for (const Finding& finding : table.advice.findings) Add(table, finding);
   }
 
   void Finish() {
@@ -135,16 +138,20 @@ class FoldedReport::Folder {
 
  private:
   void Add(const TableResult& table, const Finding& finding) {
-    const std::size_t next = to_.findings_.size() < to_.report_.max_findings ? to_.findings_.size() : kLeftOut;
+    std::size_t& listed = IsAdvice(finding) ? advice_ : refusals_;
+    const std::size_t next = listed < to_.report_.max_findings ? to_.findings_.size() : kLeftOut;
     const auto [found, is_new] = known_.try_emplace(MergeKeyOf(table, finding), next);
-    if (is_new && finding.waiver) ++to_.waived_;
-    if (is_new && next == kLeftOut) ++to_.left_out_;
+    LevelCount& count = to_.counts_[static_cast<std::size_t>(finding.level)];
+    if (is_new) ++count.all;
+    if (is_new && finding.waiver) ++count.waived;
+    if (is_new && next == kLeftOut) ++count.left_out;
     if (found->second == kLeftOut) {
       ++to_.tables_.back().left_out;
       return;
     }
     if (is_new) {
       to_.findings_.push_back({.table = &table, .finding = &finding});
+      ++listed;
     } else {
       AddRepeated(table, finding, found->second);
     }
@@ -154,7 +161,12 @@ class FoldedReport::Folder {
   void AddRepeated(const TableResult& table, const Finding& finding, std::size_t listed) {
     const FoldedFinding& folded = to_.findings_[listed];
     AddEmbedding(table, finding.path, listed);
-    AddShared(to_.tables_.back().shared, *folded.table, listed, PathChangeOf(finding.path, folded.finding->path));
+    // Refusals and advice are separate items, even if they follow each other.
+    std::vector<SharedItems>& shared = to_.tables_.back().shared;
+    const bool is_other = !shared.empty() && IsAdvice(*to_.findings_[shared.back().first].finding) != IsAdvice(finding);
+    std::vector<SharedItems> own;
+    AddShared(is_other ? own : shared, *folded.table, listed, PathChangeOf(finding.path, folded.finding->path));
+    std::ranges::move(own, std::back_inserter(shared));
   }
 
   void AddEmbedding(const TableResult& table, const std::string& path, std::size_t listed) {
@@ -162,6 +174,8 @@ class FoldedReport::Folder {
   }
 
   FoldedReport& to_;
+  std::size_t refusals_ = 0;               // that are listed
+  std::size_t advice_ = 0;                 // likewise: warnings and notes
   std::map<MergeKey, std::size_t> known_;  // position of the finding, or kLeftOut
   Embeddings embeddings_;
   std::vector<std::size_t> begins_;  // of the findings of each table

@@ -2,6 +2,7 @@
 // and the others refer to it. So a report about T tables with a structure of F refused fields has T + F parts, not T x F.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <optional>
 #include <span>
@@ -45,10 +46,17 @@ struct FoldedTable {
   std::size_t left_out = 0;                      // its findings that are listed nowhere, because the limit was reached
 };
 
+// Findings of one level, each once, listed or not.
+struct LevelCount {
+  std::size_t all = 0;
+  std::size_t left_out = 0;  // of them: not listed, because the limit was reached
+  std::size_t waived = 0;    // of them
+};
+
 // The findings of all tables, in the order of the report. Findings with the same cause are listed once, at the first table: same
 // pair of sources, same edits, same rule, same code, same waiver. A finding without edits belongs to one table. A finding that is
-// waived for one table only is listed twice, so that the waiver hides nothing. Lists at most Report::max_findings; tables keep
-// their verdict in any case.
+// waived for one table only is listed twice, so that the waiver hides nothing. Lists at most Report::max_findings refusals, and
+// as many warnings and notes; tables keep their verdict in any case. The warnings and notes of a table follow its refusals.
 //
 // Borrows the report.
 class FoldedReport {
@@ -60,8 +68,7 @@ class FoldedReport {
   const Report& report() const { return report_; }
   const std::vector<FoldedFinding>& findings() const { return findings_; }
   const std::vector<FoldedTable>& tables() const { return tables_; }  // those of the report, in its order
-  std::size_t left_out() const { return left_out_; }                  // findings that are not listed; shared ones count once
-  std::size_t waived() const { return waived_; }                      // findings that are waived, listed or not
+  const LevelCount& Count(Level level) const { return counts_[static_cast<std::size_t>(level)]; }
 
   // The finding that has the others of a finding.
   const FoldedFinding& LeaderOf(const FoldedFinding& folded) const {
@@ -74,8 +81,7 @@ class FoldedReport {
   const Report& report_;
   std::vector<FoldedFinding> findings_;
   std::vector<FoldedTable> tables_;
-  std::size_t left_out_ = 0;
-  std::size_t waived_ = 0;
+  std::array<LevelCount, 3> counts_;  // of each level
 };
 
 // How two paths to the same item differ: "orders.items[].price" and "carts.basket.price" begin with "orders.items[]" and

@@ -28,6 +28,7 @@ struct ListedEdit {
 std::vector<bool> InFindings(const FoldedTable& table) {
   std::vector<bool> in(table.table->changes->edits.size());
   for (const FoldedFinding& folded : table.findings) {
+    if (IsAdvice(*folded.finding)) continue;
     for (const std::size_t edit : folded.finding->edits) in[edit] = true;
   }
   return in;

@@ -9,14 +9,44 @@
 
 namespace korvel {
 
+// A warning or note about a step.
+struct StepAdvice {
+  Level level = Level::kWarning;
+  std::string rule;
+  std::string summary;
+  std::string change;        // the edit, on one line
+  std::string path;          // "orders.items[].price"
+  std::string old_location;  // "v1.xml:3:5"; empty for none
+  std::string new_location;
+  std::string suggestion;
+  std::string fingerprint;
+};
+
+// An id of TLV fields that a version uses with another type than an earlier version, after it was not used in between.
+struct ReusedId {
+  struct Use {
+    std::size_t version = 0;  // position in History::versions
+    std::string field;
+    std::string type;      // "uint32"
+    std::string location;  // "v1.xml:3:5"
+  };
+  std::string meta;  // the structure with both fields
+  int id = 0;
+  Use before;  // in the last version before the id was not used
+  Use after;
+  std::string suggestion;
+  std::string fingerprint;
+};
+
 // The result of a table in one step. Borrows nothing: the versions need not be in memory all at once.
 struct StepTable {
   std::string table;
   Status status = Status::kNew;
   Verdict verdict;
-  std::string summary;   // of the refusal; this and the following members only if kRefused
-  std::string cause;     // on one line: the first refused edit, else the checker's text
-  bool removed = false;  // the newer version has no such table
+  std::string summary;                  // of the refusal; this and the following members only if kRefused
+  std::string cause;                    // on one line: the first refused edit, else the checker's text
+  bool removed = false;                 // the newer version has no such table
+  std::vector<StepAdvice> advice = {};  // whatever the status
 };
 
 // What a history keeps of a result.
@@ -36,8 +66,11 @@ struct History {
   std::vector<VersionStep> steps;     // each version to the next one
   // Each version except the last two against the newest. The last step compares the last two already.
   std::vector<VersionStep> against_newest;
+  std::vector<ReusedId> reused_ids;
 
   bool Refused() const;
+  // The number of warnings or notes of all steps and, as warnings, of reused ids. What several tables share counts once for each.
+  std::size_t Count(Level level) const;
 };
 
 // The first step at or after version `from` in which the table is refused. Null if each of these steps is allowed alone.

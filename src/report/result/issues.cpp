@@ -14,6 +14,13 @@ namespace {
 // A fingerprint for issues that have none: of rule and name, without line and file, so that it stays when the schema moves.
 std::string NameFingerprint(const std::string& rule, const std::string& name) { return FingerprintOf(rule + '\0' + name); }
 
+// The level of a table with findings that a limit left out: it fails, or does not fail, like these findings.
+Level LimitLevelOf(const TableResult& table) {
+  if (table.status == Status::kRefused) return Level::kRefused;
+  const auto is_open_warning = [](const Finding& one) { return one.level == Level::kWarning && !one.waiver; };
+  return std::ranges::any_of(table.advice.findings, is_open_warning) ? Level::kWarning : Level::kNote;
+}
+
 }  // namespace
 
 Issues::Issues(const FoldedReport& folded) : folded_(folded), ranges_(LocationsOf(folded)) {
@@ -43,6 +50,7 @@ void Issues::AddLimit(const FoldedTable& table) {
   Issue issue;
   issue.rule = kLimitRule;
   issue.summary = "table " + OneLine(table.table->table) + ": " + Join(limits, "; ");
+  issue.level = LimitLevelOf(*table.table);
   issue.waived = IsWaived(*table.table);
   issue.fingerprint = NameFingerprint(issue.rule, table.table->table);
   issue.location = *ranges_.Find(table.table->declared);
@@ -55,6 +63,7 @@ void Issues::AddFinding(const FoldedFinding& folded) {
   Issue issue;
   issue.rule = RuleIdOf(finding.verdict);
   issue.summary = SummaryOf(finding.verdict) + (finding.path.empty() ? "" : ": " + OneLine(finding.path));
+  issue.level = finding.level;
   issue.waived = finding.waiver.has_value();
   issue.fingerprint = finding.fingerprint.empty() ? NameFingerprint(issue.rule, finding.path) : finding.fingerprint;
   issue.suggestion = finding.suggestion;
@@ -77,7 +86,7 @@ void Issues::AddProjectFinding(const ProjectFinding& finding) {
   issue.location.begin = finding.position;
   issue.location.end = finding.position;
   issue.suggestion = finding.suggestion;
-  issue.level = finding.level;
+  issue.level = finding.level == ProjectFinding::Level::kError ? Level::kRefused : Level::kWarning;
   issues_.push_back(std::move(issue));
 }
 
@@ -95,7 +104,7 @@ namespace {
 void AddFindingTo(std::vector<std::string>& lines, const Issue& issue) {
   const Finding& finding = *issue.folded->finding;
   const TableResult& table = *issue.folded->table;
-  if (table.verdict.text != finding.verdict.text)
+  if (!IsAdvice(finding) && table.verdict.text != finding.verdict.text)
     lines.push_back("whole check: " + SummaryOf(table) + " (" + CheckerLine(table.verdict.text) + ")");
   const std::vector<std::string> edits = EditsOf(table, finding);
   if (edits.empty() && IsPreexisting(table)) lines.emplace_back(kPreexisting);
@@ -111,10 +120,11 @@ std::vector<std::string> DetailsOf(const Issue& issue) {
   if (issue.table != nullptr) {
     const TableResult& table = *issue.table;
     const bool is_whole = issue.folded == nullptr;
-    const int code = is_whole ? table.verdict.code : issue.folded->finding->verdict.code;
-    lines.push_back(CheckerLine(is_whole ? table.verdict.text : issue.folded->finding->verdict.text));
-    lines.push_back(TableAndBaseline(table) + ": " + std::to_string(code) + " " + CodeNameOf(code) +
-                    (table.removed ? " (removed)" : ""));
+    const Verdict& verdict = is_whole ? table.verdict : issue.folded->finding->verdict;
+    const bool is_advice = issue.level != Level::kRefused;
+    if (!is_advice) lines.push_back(CheckerLine(verdict.text));
+    const std::string result = is_advice ? WordOf(table.status) : std::to_string(verdict.code) + " " + CodeNameOf(verdict.code);
+    lines.push_back(TableAndBaseline(table) + ": " + result + (table.removed ? " (removed)" : ""));
   }
   if (issue.folded != nullptr) AddFindingTo(lines, issue);
   if (issue.old_location) lines.push_back("was: " + ToText(*issue.old_location));

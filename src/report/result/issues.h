@@ -12,9 +12,10 @@ namespace korvel {
 struct Issue {
   std::string rule;     // RuleIdOf; for others such as "waiver.expired"
   std::string summary;  // what is wrong, in plain words, and the path: "a field's size was reduced: orders.zone". On one line
+  // Of an error of the project file, kRefused.
+  Level level = Level::kRefused;
   bool waived = false;
-  ProjectFinding::Level level = ProjectFinding::Level::kError;  // a warning does not fail the call; only about the project file
-  std::string fingerprint;                                      // unique in the report
+  std::string fingerprint;  // unique in the report
   // In the new file. Of something that was removed, the nearest enclosing element there; if there is none, in the old file.
   TextRange location;
   std::optional<TextRange> old_location;  // if it differs from `location`

@@ -47,7 +47,7 @@ struct ProjectFinding {
 
 // Whether a report shows more of the sources of a table than their names and where it is declared.
 inline bool ShowsSources(const TableResult& table) {
-  return table.status == Status::kRefused || (table.changes && !table.changes->edits.empty());
+  return table.status == Status::kRefused || !table.advice.findings.empty() || (table.changes && !table.changes->edits.empty());
 }
 
 struct Report {
@@ -59,6 +59,7 @@ struct Report {
   std::vector<ProjectFinding> project;
   std::optional<std::string> path_prefix;   // see ServicePaths
   std::size_t max_findings = kMaxFindings;  // findings that are listed; see FoldedReport
+  bool fails_on_warnings = false;           // whether a warning that is not waived fails its table
 };
 
 }  // namespace korvel

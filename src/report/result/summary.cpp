@@ -14,8 +14,31 @@ std::size_t CountErrors(const std::vector<ProjectFinding>& findings) {
   return static_cast<std::size_t>(std::ranges::count(findings, ProjectFinding::Level::kError, &ProjectFinding::level));
 }
 
+bool Fails(const Report& report, const Finding& finding) {
+  const bool counts = finding.level == Level::kRefused || (finding.level == Level::kWarning && report.fails_on_warnings);
+  return counts && !finding.waiver;
+}
+
+namespace {
+
+bool FailsByRefusal(const TableResult& result) { return result.status == Status::kRefused && !IsWaived(result); }
+
+bool FailsForWarning(const Report& report, const TableResult& result) {
+  const auto fails = [&](const Finding& finding) { return Fails(report, finding); };
+  return !FailsByRefusal(result) && std::ranges::any_of(result.advice.findings, fails);
+}
+
+std::size_t CountFailingForWarnings(const Report& report) {
+  const auto fails = [&](const TableResult& result) { return FailsForWarning(report, result); };
+  return static_cast<std::size_t>(std::ranges::count_if(report.tables, fails));
+}
+
+}  // namespace
+
+bool Fails(const Report& report, const TableResult& table) { return FailsByRefusal(table) || FailsForWarning(report, table); }
+
 std::size_t CountFailing(const Report& report) {
-  const auto fails = [](const TableResult& result) { return result.status == Status::kRefused && !IsWaived(result); };
+  const auto fails = [&](const TableResult& result) { return Fails(report, result); };
   return CountErrors(report.project) + static_cast<std::size_t>(std::ranges::count_if(report.tables, fails));
 }
 
@@ -30,9 +53,13 @@ Summary Summarize(const FoldedReport& folded) {
     if (result.removed) ++summary.removed;
   }
   summary.compared = summary.allowed + summary.refused;
-  summary.findings = folded.findings().size() + folded.left_out();
-  summary.left_out = folded.left_out();
-  summary.waived = folded.waived();
+  summary.failing_for_warnings = CountFailingForWarnings(report);
+  const LevelCount& refusals = folded.Count(Level::kRefused);
+  summary.findings = refusals.all;
+  summary.left_out = refusals.left_out;
+  summary.waived = refusals.waived;
+  summary.warnings = folded.Count(Level::kWarning);
+  summary.notes = folded.Count(Level::kNote);
   for (const FileNote& note : report.files) {
     if (note.kind == FileNote::Kind::kAdded) ++summary.files_added;
     if (note.kind == FileNote::Kind::kDeleted) ++summary.files_deleted;

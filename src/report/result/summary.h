@@ -17,10 +17,14 @@ struct Summary {
   std::size_t added = 0;
   std::size_t removed = 0;
   std::size_t failing = 0;  // CountFailing
-  // Numbers of findings. A finding that several tables share counts once.
+  // Numbers of findings, apart from warnings and notes. A finding that several tables share counts once.
   std::size_t findings = 0;
   std::size_t waived = 0;    // of them
   std::size_t left_out = 0;  // of them: not listed, because the limit was reached
+  // Likewise, numbers of warnings and notes.
+  LevelCount warnings;
+  LevelCount notes;
+  std::size_t failing_for_warnings = 0;  // tables of `failing` that are allowed, or whose refusals are waived
   // Numbers of schema files.
   std::size_t files_added = 0;
   std::size_t files_deleted = 0;
@@ -29,11 +33,18 @@ struct Summary {
 
 Summary Summarize(const FoldedReport& folded);
 
-// Refused tables that are not waived (IsWaived), plus errors of the project file. 0 means exit code 0.
+// Refused tables that are not waived (IsWaived), plus errors of the project file; with Report::fails_on_warnings, plus the other
+// tables with a warning that is not waived. 0 means exit code 0.
 std::size_t CountFailing(const Report& report);
 
 // Findings about the project file that are errors, not warnings.
 std::size_t CountErrors(const std::vector<ProjectFinding>& findings);
+
+// Whether a table is among the failing ones.
+bool Fails(const Report& report, const TableResult& table);
+
+// Whether a finding is refused, or a warning with Report::fails_on_warnings, and is not waived.
+bool Fails(const Report& report, const Finding& finding);
 
 // Whether every finding of a refused table is waived, also those that are not listed. False if the search for findings stopped at
 // the limit: the next finding may not be waived.

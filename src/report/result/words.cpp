@@ -31,10 +31,12 @@ const char* WordOf(OverallVerdict verdict) {
 }
 
 const char* RemarkOn(const Summary& summary) {
+  if (summary.failing_for_warnings > 0) return " (warnings fail this call)";
   if (summary.refused > 0 && summary.failing == 0) return " (all waived)";
   if (summary.compared == 0 && summary.added > 0) return " (all tables are new)";
   if (summary.refused == 0 && summary.failing > 0) return " (but the project file has an error)";
-  return "";
+  const bool has_warnings = summary.warnings.all > summary.warnings.waived;
+  return summary.refused == 0 && has_warnings ? " (with warnings)" : "";
 }
 
 std::string ToText(const Waiver& waiver) {
@@ -53,9 +55,24 @@ std::vector<std::string> SuggestionLines(std::string_view suggestion) {
 
 const char* WordOf(ProjectFinding::Level level) { return level == ProjectFinding::Level::kError ? "error" : "warning"; }
 
+const char* WordOf(const Finding& finding) { return finding.waiver ? "waived" : WordOf(finding.level); }
+
 std::string Counted(std::size_t number, const std::string& noun) {
   return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
 }
+
+namespace {
+
+// "; 2 warnings, 1 waived"
+std::string AdvicePart(const LevelCount& count, const char* noun) {
+  if (count.all == 0) return "";
+  std::string text = "; " + Counted(count.all, noun);
+  if (count.waived > 0) text += ", " + std::to_string(count.waived) + " waived";
+  if (count.left_out > 0) text += ", " + std::to_string(count.left_out) + " not listed (--max-findings raises the limit)";
+  return text;
+}
+
+}  // namespace
 
 std::string ToText(const Summary& summary) {
   const auto number = [](std::size_t n) { return std::to_string(n); };
@@ -64,6 +81,7 @@ std::string ToText(const Summary& summary) {
                      " removed";
   if (summary.findings > 0) text += "; " + Counted(summary.findings, "finding") + ", " + number(summary.waived) + " waived";
   if (summary.left_out > 0) text += ", " + number(summary.left_out) + " not listed (--max-findings raises the limit)";
+  text += AdvicePart(summary.warnings, "warning") + AdvicePart(summary.notes, "note");
   if (summary.files_added + summary.files_deleted + summary.files_moved > 0) {
     text += "; files: " + number(summary.files_added) + " added, " + number(summary.files_deleted) + " deleted, " +
             number(summary.files_moved) + " moved";
@@ -84,8 +102,9 @@ std::string MeaningOf(int code) {
 }  // namespace
 
 std::string SummaryOf(const Verdict& verdict) {
-  const RefusalRow* const row = FindRefusal(verdict.rule);
-  return row == nullptr ? MeaningOf(verdict.code) : row->summary;
+  if (const RefusalRow* const row = FindRefusal(verdict.rule)) return row->summary;
+  const AdviceRule* const advice = FindAdvice(verdict.rule);
+  return advice == nullptr ? MeaningOf(verdict.code) : advice->row.summary;
 }
 
 std::string SummaryOf(const TableResult& table) {
@@ -141,14 +160,14 @@ bool IsRemoval(const Edit& edit) {
 }  // namespace
 
 const Location& LeadOf(const TableResult& table, const Finding& finding) {
-  const bool is_removal = finding.edits.empty() ? table.removed : IsRemoval(table.changes->edits[finding.edits.front()]);
+  const bool is_removal = finding.edits.empty() ? table.removed : IsRemoval(table.EditsFor(finding)[finding.edits.front()]);
   const bool is_old = finding.old_location && (is_removal || !finding.new_location);
   return is_old ? finding.old_location : finding.new_location;
 }
 
 std::vector<std::string> EditsOf(const TableResult& table, const Finding& finding) {
   std::vector<std::string> edits;
-  for (const std::size_t i : finding.edits) edits.push_back(OneLine(Describe(table.changes->edits[i])));
+  for (const std::size_t i : finding.edits) edits.push_back(OneLine(Describe(table.EditsFor(finding)[i])));
   return edits;
 }
 
@@ -222,7 +241,7 @@ std::vector<Location> LocationsOf(const FoldedReport& folded, const std::vector<
     locations.push_back(table.table->declared);
     for (const FoldedFinding& listed : table.findings) {
       add(*listed.finding);
-      for (const std::size_t i : listed.finding->edits) add(table.table->changes->edits[i]);
+      for (const std::size_t i : listed.finding->edits) add(table.table->EditsFor(*listed.finding)[i]);
     }
   }
   for (std::size_t i = 0; i < edits.size(); ++i) {

@@ -27,9 +27,13 @@ OverallVerdict VerdictOf(const Summary& summary);
 // "allowed", "refused", "nothing-compared"
 const char* WordOf(OverallVerdict verdict);
 
-// A remark to print after the verdict so that it is not misread: " (all waived)" if every refusal is waived, " (all tables are
-// new)" if none was compared, " (but the project file has an error)"; usually "".
+// A remark to print after the verdict so that it is not misread: " (warnings fail this call)"; " (all waived)" if every refusal
+// is waived; " (all tables are new)" if none was compared; " (but the project file has an error)"; " (with warnings)"; usually
+// "".
 const char* RemarkOn(const Summary& summary);
+
+// "refused", "warning", "note"; "waived" if it is waived.
+const char* WordOf(const Finding& finding);
 
 // "1 table", "2 tables"
 std::string Counted(std::size_t number, const std::string& noun);

@@ -121,6 +121,16 @@ void AddStrictWaivers(ArgumentList& arguments, bool& is_strict) {
   arguments.AddFlag("--strict-waivers", is_strict, "fail if a waiver of the project file is unused or has expired");
 }
 
+void FailOn::AddTo(ArgumentList& arguments) {
+  arguments.AddChoice(
+      "--fail-on", kFailOn, [this](int code) { warnings = code == kFailOnWarning; },
+      "what exit code 1 means: a refusal, or also a warning; default: from the project file, else refused");
+}
+
+bool FailOn::Warnings(const Project* project) const {
+  return warnings.value_or(project != nullptr && project->fails_on_warnings);
+}
+
 void OutputOption::AddTo(ArgumentList& arguments) {
   const auto set = [this](const std::string& path) {
     file.reset();

@@ -59,6 +59,16 @@ struct FindingLimit {
 // --strict-waivers
 void AddStrictWaivers(ArgumentList& arguments, bool& is_strict);
 
+// --fail-on
+struct FailOn {
+  std::optional<bool> warnings;  // whether warnings fail the call; absent: as the project file says
+
+  void AddTo(ArgumentList& arguments);
+
+  // `project` may be null.
+  bool Warnings(const Project* project) const;
+};
+
 // --output
 struct OutputOption {
   std::optional<std::string> file = {};  // absent: standard output

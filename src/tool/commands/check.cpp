@@ -16,6 +16,7 @@ struct CheckArguments {
   bool allow_new = false;
   bool strict_waivers = false;
   FindingLimit limit;
+  FailOn fail_on;
   ReportOptions report;
 
   void AddTo(ArgumentList& arguments) {
@@ -30,6 +31,7 @@ struct CheckArguments {
     settings.AddProjectTo(arguments);
     AddStrictWaivers(arguments, strict_waivers);
     limit.AddTo(arguments);
+    fail_on.AddTo(arguments);
     report.AddTo(arguments);
   }
 
@@ -64,6 +66,7 @@ int Run(const CheckArguments& arguments) {
   return RunReport(arguments.report, arguments.inputs.paths, [&](LPVESKCATEGORYINST log) {
     request.options.log = log;
     CommandResult result = RunCheck(request);
+    result.report.fails_on_warnings = arguments.fail_on.Warnings(request.options.project);
     if (!project) return result;
     const bool all_compared = request.paths.empty() && request.options.tables.empty();
     const std::vector<WaiverUse> uses = ApplyWaivers(*project, result.report);

@@ -18,6 +18,7 @@ struct HistoryArguments {
   TableSelection selection;
   TableSettings settings;
   FindingLimit limit;
+  FailOn fail_on;
   bool uses_git = false;
   OutputOption output;
   TextOrJson format;
@@ -28,6 +29,7 @@ struct HistoryArguments {
     settings.AddTo(arguments);
     settings.AddProjectTo(arguments);
     limit.AddTo(arguments);
+    fail_on.AddTo(arguments);
     arguments.AddFlag("--git", uses_git, "check all commits that changed the file VERSION");
     output.AddTo(arguments);
     format.AddTo(arguments);
@@ -60,7 +62,9 @@ int Run(const HistoryArguments& arguments) {
                                                .log = log.handle()});
   arguments.output.Write(arguments.format.json ? RenderHistoryJson(history)
                                                : RenderHistoryText(history, arguments.output.CanColor()));
-  return history.Refused() ? kSomeRefused : kAllAllowed;
+  const bool fails_on_warnings = arguments.fail_on.Warnings(project ? &*project : nullptr);
+  const bool fails = history.Refused() || (fails_on_warnings && history.Count(Level::kWarning) > 0);
+  return fails ? kSomeRefused : kAllAllowed;
 }
 
 }  // namespace

@@ -14,6 +14,7 @@ struct LintArguments {
   TableSettings settings;
   bool strict_waivers = false;
   FindingLimit limit;
+  FailOn fail_on;
   ReportOptions report;
 
   void AddTo(ArgumentList& arguments) {
@@ -22,6 +23,7 @@ struct LintArguments {
     settings.AddProjectTo(arguments);
     AddStrictWaivers(arguments, strict_waivers);
     limit.AddTo(arguments);
+    fail_on.AddTo(arguments);
     report.AddTo(arguments);
   }
 };
@@ -45,6 +47,7 @@ CommandResult Lint(const LintArguments& arguments, const CheckOptions& options) 
     CheckEachTable(result.report, {input, input}, {input.tables.begin(), input.tables.end()}, options);
   }
   result.report.max_findings = options.max_findings;
+  result.report.fails_on_warnings = arguments.fail_on.Warnings(options.project);
   if (options.project != nullptr) {
     const std::vector<WaiverUse> uses = ApplyWaivers(*options.project, result.report);
     ReportWaivers(*options.project, uses, {.is_strict = arguments.strict_waivers}, result.report);

@@ -1,0 +1,242 @@
+// Turns matches of the catalog into findings: their edits, paths, locations and suggestions. Tested by tests/cases/warnings.
+#include "analysis/warnings/warnings.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "analysis/diff/entry_attributes.h"
+#include "analysis/diff/meta_paths.h"
+#include "analysis/suggest/suggestion_text.h"
+#include "analysis/warnings/advice_matches.h"
+#include "base/text.h"
+#include "common/meta_view.h"
+#include "schema/model.h"
+
+namespace korvel {
+namespace {
+
+using Kind = qmx::ElementId::Kind;
+
+// --- Edits ---
+
+// The metas of a library as models, each read when it is needed first. By their records: an image may repeat a name.
+class MetaModels {
+ public:
+  explicit MetaModels(LPQMXMETALIB library) : library_(library) {}
+
+  const MetaModel& Of(LPQMXMETA meta) {
+    const auto [found, is_new] = models_.try_emplace(meta);
+    if (is_new) found->second = MetaOf(library_, meta);
+    return found->second;
+  }
+
+ private:
+  LPQMXMETALIB library_;
+  std::map<LPQMXMETA, MetaModel> models_;
+};
+
+// One side of a match.
+struct Side {
+  const Source& source;
+  MetaModels& metas;  // of the source
+  LPQMXMETA meta;
+  LPQMXMETAENTRY entry;
+  LPQMXMETAINDEX index;
+
+  // Position in the list of the meta.
+  std::uint32_t EntryPosition() const { return static_cast<std::uint32_t>(entry - qmx_get_entry_by_index(meta, 0)); }
+  std::uint32_t IndexPosition() const { return static_cast<std::uint32_t>(index - Indexes(meta)[0]); }
+
+  const MetaModel& Meta() const { return metas.Of(meta); }
+  const EntryModel& Entry() const { return Meta().entries[EntryPosition()]; }
+
+  Location At(Kind kind, std::uint32_t item, std::string_view attribute) const {
+    const std::uint32_t position = kind == Kind::kMetalib ? 0 : PositionOf(source, qmx_get_meta_name(meta)).value_or(0);
+    return {&source, {kind, position, item}, attribute};
+  }
+};
+
+// What an edit says about one side: the value, and where it is.
+struct SideValue {
+  std::string text;
+  Location location;
+};
+
+std::string NameOf(LPQMXMETAENTRY entry) { return entry == nullptr ? "" : qmx_get_entry_name(entry); }
+
+std::string NameBefore(const Side& side) {
+  return side.EntryPosition() == 0 ? "" : NameOf(qmx_get_entry_by_index(side.meta, static_cast<int>(side.EntryPosition()) - 1));
+}
+
+// Of an edit of an entry, on a side that has it.
+SideValue EntryValue(EditKind kind, const Side& side) {
+  const auto at = [&](std::string_view attribute) { return side.At(Kind::kEntry, side.EntryPosition(), attribute); };
+  switch (kind) {
+    case EditKind::kEntryRefer: {
+      const std::string counter = NameOf(qmx_get_entry_refer(side.entry));
+      return {counter, at(counter.empty() ? "" : "refer")};
+    }
+    case EditKind::kEntryRenamed:
+      return {NameOf(side.entry), at("name")};
+    case EditKind::kEntryMoved:
+      return {NameBefore(side), at("")};
+    case EditKind::kEntryCount:
+      return {std::to_string(side.Entry().count), at("count")};
+    default:
+      return {TypeText(side.Entry()), at("")};
+  }
+}
+
+// Of an edit of the library, the table or an index.
+SideValue MetaValue(EditKind kind, const Side& side) {
+  switch (kind) {
+    case EditKind::kLibraryName:
+      return {side.source.LibraryName(), side.At(Kind::kMetalib, 0, "name")};
+    case EditKind::kLibraryVersion:
+      return {std::to_string(qmx_get_metalib_version(side.source.Library())), side.At(Kind::kMetalib, 0, "version")};
+    case EditKind::kPrimaryKey:
+      return {Join(side.Meta().primary_key, " "), side.At(Kind::kPrimaryKey, 0, "entries")};
+    case EditKind::kIndexColumns: {
+      const std::uint32_t position = side.IndexPosition();
+      return {ColumnsText(side.Meta().indexes[position]), side.At(Kind::kIndex, position, "")};
+    }
+    default:
+      return {KindText(side.Meta()), side.At(Kind::kMeta, 0, "kind")};
+  }
+}
+
+SideValue ValueOf(EditKind kind, const Side& side) { return IsOfEntry(kind) ? EntryValue(kind, side) : MetaValue(kind, side); }
+
+bool IsOfLibrary(EditKind kind) { return kind <= EditKind::kLibraryProtocol; }
+
+// The name of the item of an edit, on the old side if it has one.
+std::string ItemOf(const AdviceMatch& match) {
+  if (match.old_index != nullptr) return IndexName(match.old_meta, match.old_index);
+  return NameOf(match.old_entry != nullptr ? match.old_entry : match.new_entry);
+}
+
+// --- Findings ---
+
+// The edits that the checker does not allow, to look up edits of the same element.
+class NotAllowed {
+ public:
+  explicit NotAllowed(const Changes* changes) {
+    for (std::size_t i = 0; changes != nullptr && i < changes->edits.size(); ++i) {
+      if (changes->status[i] != EditStatus::kAllowed) elements_.insert(ElementOf(changes->edits[i]));
+    }
+  }
+
+  bool Contains(const Edit& edit) const { return elements_.contains(ElementOf(edit)); }
+
+ private:
+  // An entry, whatever changes about it; or a kind of edit of the library, meta or index.
+  using Element = std::tuple<std::optional<EditKind>, std::string, std::string>;
+
+  static Element ElementOf(const Edit& edit) {
+    return {IsOfEntry(edit.kind) ? std::nullopt : std::optional(edit.kind), edit.meta, edit.item};
+  }
+
+  std::set<Element> elements_;
+};
+
+class AdviceWriter {
+ public:
+  AdviceWriter(const TableContext& context, const Changes* changes)
+      : context_(context),
+        not_allowed_(changes),
+        old_metas_(context.old_source.Library()),
+        new_metas_(context.new_source.Library()),
+        model_(ModelOf(context.old_source, context.table)),
+        paths_(model_) {}
+
+  void Add(const AdviceMatch& match) {
+    Edit edit = EditOf(match);
+    if (not_allowed_.Contains(edit)) return;
+    AddPaths(edit);
+    Finding finding;
+    finding.level = match.rule->level;
+    finding.edits = {advice_.edits.size()};
+    finding.verdict.rule = match.rule->row.id;
+    finding.path = edit.paths.front();
+    finding.old_location = edit.old_location;
+    finding.new_location = edit.new_location;
+    finding.suggestion = match.rule->suggestion == nullptr ? LeavingOut(edit) : FillIn(match.rule->suggestion, edit);
+    advice_.edits.push_back(std::move(edit));
+    finding.fingerprint =
+        FingerprintOf(context_.new_source.path_in_project, context_.old_source.LibraryName(), finding, advice_.edits);
+    advice_.findings.push_back(std::move(finding));
+  }
+
+  Advice Take() { return std::move(advice_); }
+
+ private:
+  // Without paths.
+  Edit EditOf(const AdviceMatch& match) {
+    Edit edit;
+    edit.kind = match.kind;
+    edit.item = ItemOf(match);
+    if (!IsOfLibrary(match.kind)) edit.meta = qmx_get_meta_name(match.old_meta);
+    if (match.kind != EditKind::kEntryAdded) {
+      SideValue value = ValueOf(match.kind, {context_.old_source, old_metas_, match.old_meta, match.old_entry, match.old_index});
+      edit.before = std::move(value.text);
+      edit.old_location = value.location;
+    }
+    const Side new_side{context_.new_source, new_metas_, match.new_meta, match.new_entry, match.new_index};
+    if (match.kind == EditKind::kEntryRemoved) {
+      edit.new_location = new_side.At(Kind::kMeta, 0, "");
+    } else {
+      SideValue value = ValueOf(match.kind, new_side);
+      edit.after = std::move(value.text);
+      edit.new_location = value.location;
+    }
+    return edit;
+  }
+
+  void AddPaths(Edit& edit) const {
+    edit.path_count = 1;
+    edit.paths = {""};
+    if (edit.meta.empty()) return;
+    const auto meta = std::ranges::find(model_.metas, edit.meta, &MetaModel::name);
+    edit.paths = {edit.meta};  // in an image, a structure may be hidden by another one with its name
+    if (meta == model_.metas.end()) return;
+    const auto position = static_cast<std::size_t>(meta - model_.metas.begin());
+    edit.paths = paths_.PathsTo(position);
+    edit.path_count = paths_.CountTo(position);
+    if (!IsOfEntry(edit.kind)) return;
+    for (std::string& path : edit.paths) path += "." + edit.item;
+  }
+
+  const TableContext& context_;
+  NotAllowed not_allowed_;
+  MetaModels old_metas_;
+  MetaModels new_metas_;
+  Model model_;
+  MetaPaths paths_;
+  Advice advice_;
+};
+
+}  // namespace
+
+Advice FindWarnings(const TableContext& context, const Changes* changes) {
+  const LPQMXMETALIB old_lib = context.old_source.Library();
+  const LPQMXMETALIB new_lib = context.new_source.Library();
+  const char* const name = context.table.c_str();
+  const TableMetas table{old_lib, new_lib, qmx_get_meta_by_name(old_lib, name), qmx_get_meta_by_name(new_lib, name),
+                         context.settings.created_as};
+  const std::vector<AdviceMatch> matches = FindAdviceMatches(table);
+  if (matches.empty()) return {};
+  AdviceWriter writer(context, changes);
+  for (const AdviceMatch& match : matches) writer.Add(match);
+  return writer.Take();
+}
+
+}  // namespace korvel

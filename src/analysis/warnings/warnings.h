@@ -1,0 +1,13 @@
+// Warnings and notes about a table: allowed changes after which records may not read back, and probable mistakes.
+#pragma once
+
+#include "analysis/findings/finding.h"
+#include "schema/table_context.h"
+
+namespace korvel {
+
+// The advice about the change of a table. With `changes`, those of the same table, leaves out advice about an edit that is not
+// allowed. Cheap if there is no advice; else a model of the old table is built. REQUIRES: both sources have the table.
+Advice FindWarnings(const TableContext& context, const Changes* changes);
+
+}  // namespace korvel

@@ -1,0 +1,61 @@
+// The catalog of advice: rules about changes that the checker allows although records do not read back, or that are probably
+// mistakes. Ids, levels, summaries and suggestions are here; src/analysis/warnings decides when a rule applies.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "common/catalog.h"
+
+namespace korvel {
+
+// What a finding means: the checker refuses the change; it allows the change, but records may not read back; or neither.
+enum class Level : std::uint8_t { kRefused, kWarning, kNote };
+
+// "refused", "warning", "note"
+const char* WordOf(Level level);
+
+struct AdviceRule {
+  RefusalRow row;  // its id begins with "advice."; no code and no text, because the checker reports nothing
+  Level level;
+  // What to do instead, for FillIn (analysis/suggest/suggestion_text.h). Null: leave out the edit.
+  const char* suggestion = nullptr;
+};
+
+inline constexpr AdviceRule kTableKindAdvice{{"advice.table-kind", 0, "", "a table became a union, or stopped being one"},
+                                             Level::kWarning};
+inline constexpr AdviceRule kKeyMembersAdvice{
+    {"advice.key-members", 0, "", "the fields of the primary key are in another order, or one of them is repeated"},
+    Level::kWarning};
+inline constexpr AdviceRule kKeyStructureAdvice{
+    {"advice.key-structure", 0, "", "a structure in a key changed, and keys get other bytes"},
+    Level::kWarning,
+    "keep {meta} as it is; put new fields in a structure that no key contains"};
+inline constexpr AdviceRule kReferChangedAdvice{
+    {"advice.refer-changed", 0, "", "the elements of a field are counted by another field than before, or by none"},
+    Level::kWarning};
+inline constexpr AdviceRule kReferAddedAdvice{
+    {"advice.refer-added", 0, "", "a new field is counted by a field that old records contain"},
+    Level::kWarning,
+    "add a new field that counts {item}"};
+inline constexpr AdviceRule kIdReusedAdvice{
+    {"advice.id-reused", 0, "", "a field got the id of a removed field with another type"},
+    Level::kWarning,
+    "give {item} an id that no version has used"};
+inline constexpr AdviceRule kVersionNotRaisedAdvice{
+    {"advice.version-not-raised", 0, "", "fields were added, but the version of the library is the same"},
+    Level::kNote,
+    "raise the version of the library when you add a field"};
+inline constexpr AdviceRule kIndexColumnsAdvice{
+    {"advice.index-columns", 0, "", "the columns of an index are in another order, or sorted in another direction"},
+    Level::kNote};
+inline constexpr AdviceRule kLibraryRenamedAdvice{{"advice.library-renamed", 0, "", "the library was renamed"}, Level::kNote};
+
+// All rules: warnings, then notes.
+std::span<const AdviceRule* const> AllAdvice();
+
+// The rule of that id; null if there is none.
+const AdviceRule* FindAdvice(std::string_view id);
+
+}  // namespace korvel

@@ -1,0 +1,354 @@
+// Warnings and notes: the exit code, --fail-on, every format, waivers, and ids that a history uses again.
+#include <gmock/gmock.h>
+
+#include <nlohmann/json.hpp>
+#include <utility>
+
+#include "git_repository.h"
+
+namespace tool_test {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+constexpr char kFixed[] = "<entry name=\"n\" type=\"uint8\"/><entry name=\"a\" type=\"uint8\" count=\"4\"/>";
+constexpr char kCounted[] = "<entry name=\"n\" type=\"uint8\"/><entry name=\"a\" type=\"uint8\" count=\"4\" refer=\"n\"/>";
+
+// The change from counted.xml to fixed.xml has a warning, that from counted.xml to renamed.xml has a note.
+class WarningTest : public GitTest {
+ protected:
+  WarningTest() {
+    environment_.emplace_back("SOURCE_DATE_EPOCH=1767225600");  // 2026-01-01
+    Write("counted.xml", Library(5, {Table({.fields = kCounted})}));
+    Write("fixed.xml", Library(6, {Table({.fields = kFixed})}));
+    std::string renamed = Read("counted.xml");
+    renamed.replace(renamed.find("mall"), 4, "shop");
+    Write("renamed.xml", renamed);
+  }
+
+  Outcome Check(const std::vector<std::string>& more = {}) const {
+    std::vector<std::string> arguments = {"check", "counted.xml", "fixed.xml"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return Run(arguments);
+  }
+  nlohmann::json CheckJson(const std::vector<std::string>& more = {}) const {
+    std::vector<std::string> arguments = {"--format", "json"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return nlohmann::json::parse(Check(arguments).out);
+  }
+};
+
+TEST_F(WarningTest, TextShowsTheWarningAndTheCallSucceeds) {
+  const Outcome outcome = Check();
+  EXPECT_EQ(outcome.exit_code, 0);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_THAT(outcome.out, StartsWith("verdict: allowed (with warnings)\nfixed.xml:2:1: allowed: table orders\ncounted.xml:2:"));
+  EXPECT_THAT(outcome.out, HasSubstr(": warning [advice.refer-changed] the elements of a field are counted by another field than "
+                                     "before, or by none\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("  change: refer of a: n -> none\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("  missing in: fixed.xml:2:"));
+  EXPECT_THAT(outcome.out, HasSubstr("  suggestion: keep the refer of a: n\n  fingerprint: "));
+  EXPECT_THAT(outcome.out, HasSubstr("\n0 tables refused, 1 allowed; 1 compared, 0 new, 0 removed; 1 warning\n"
+                                     "Run 'korvelcheck explain advice.refer-changed' for the rule.\n"));
+}
+
+TEST_F(WarningTest, FailOnWarningFailsTheCall) {
+  const Outcome outcome = Check({"--fail-on", "warning"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_THAT(outcome.out, StartsWith("verdict: allowed (warnings fail this call)\n"));
+  EXPECT_EQ(Check({"--fail-on", "refused"}).exit_code, 0);
+  EXPECT_EQ(CheckJson({"--fail-on", "warning"})["summary"]["failing"], 1);
+  EXPECT_EQ(CheckJson()["summary"]["failing"], 0);
+  EXPECT_EQ(Run({"check", "counted.xml", "counted.xml", "--fail-on", "warning"}).exit_code, 0);
+}
+
+TEST_F(WarningTest, NotesNeverFailACall) {
+  const Outcome outcome = Run({"check", "counted.xml", "renamed.xml", "--fail-on", "warning"});
+  EXPECT_EQ(outcome.exit_code, 0);
+  EXPECT_THAT(outcome.out, StartsWith("verdict: allowed\n"));
+  EXPECT_THAT(outcome.out, HasSubstr(": note [advice.library-renamed] the library was renamed\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("; 1 note\n"));
+}
+
+TEST_F(WarningTest, ProjectFileSetsTheDefault) {
+  Write("korvelcheck.toml", "[report]\nfail-on = \"warning\"\n");
+  EXPECT_EQ(Check().exit_code, 1);
+  EXPECT_EQ(Check({"--fail-on", "refused"}).exit_code, 0);
+  EXPECT_EQ(Check({"--no-project"}).exit_code, 0);
+  EXPECT_EQ(Run({"history", "counted.xml", "fixed.xml"}).exit_code, 1);
+  EXPECT_EQ(Run({"lint", "counted.xml"}).exit_code, 0);
+  Write("korvelcheck.toml", "[report]\nfail-on = \"refused\"\n");
+  EXPECT_EQ(Check().exit_code, 0);
+  Write("korvelcheck.toml", "[report]\nfail-on = \"note\"\n");
+  ExpectInputError(Check(), "korvelcheck.toml:2:11: error: fail-on is 'note'; allowed: refused|warning\n");
+}
+
+TEST_F(WarningTest, WaivedWarningsDoNotFailACall) {
+  const std::string named = "[[waivers]]\ntable = \"orders\"\nrule = \"advice.refer-changed\"\n";
+  const std::string exact = "path = \"orders.a\"\nchange = \"refer of a: n -> none\"\nfile = \"fixed.xml\"\n";
+  const std::string rest = "reason = \"no record has elements\"\nuntil = 2026-01-01\n";
+  const std::pair<std::string, std::string> kForms[] = {{exact, "waived until"},
+                                                        {"entry = \"a\"\n", "waived (wide: any change of this rule here) until"}};
+  for (const auto& [finding, shown] : kForms) {
+    Write("korvelcheck.toml", named + finding + rest);
+    const Outcome outcome = Check({"--fail-on", "warning"});
+    EXPECT_EQ(outcome.exit_code, 0) << outcome.out;
+    EXPECT_THAT(outcome.out, StartsWith("verdict: allowed\n"));
+    EXPECT_THAT(outcome.out, HasSubstr(": waived [advice.refer-changed] "));
+    EXPECT_THAT(outcome.out, HasSubstr("  " + shown + " 2026-01-01: no record has elements\n"));
+    EXPECT_THAT(outcome.out, HasSubstr("; 1 warning, 1 waived\n"));
+  }
+  Write("korvelcheck.toml", "[[waivers]]\ntable = \"orders\"\nrule = \"advice.refer-change\"\nentry = \"a\"\n" + rest);
+  EXPECT_THAT(Check().out, HasSubstr("rule is 'advice.refer-change' (did you mean 'advice.refer-changed'?)"));
+}
+
+TEST_F(WarningTest, WaiveAddsAWaiverOfAWarning) {
+  const std::string fingerprint = CheckJson()["tables"][0]["warnings"][0]["fingerprint"];
+  const Outcome outcome =
+      Run({"waive", fingerprint, "counted.xml", "fixed.xml", "--reason", "no record has elements", "--until", "2026-01-01"});
+  ASSERT_EQ(outcome.exit_code, 0) << outcome.err;
+  EXPECT_THAT(Read("korvelcheck.toml"), HasSubstr("\nchange = \"refer of a: n -> none\"\n"));
+  EXPECT_EQ(Check({"--fail-on", "warning"}).exit_code, 0);
+  Write("fixed.xml", Library(6, {Table({.fields = std::string(kFixed) + "<entry name=\"m\" type=\"uint8\" version=\"6\"/>"})}));
+  EXPECT_EQ(Check({"--fail-on", "warning"}).exit_code, 0);
+}
+
+TEST_F(WarningTest, ExpiredWaiverIsAnErrorIfTheWarningFails) {
+  Write("korvelcheck.toml",
+        "[[waivers]]\ntable = \"orders\"\nrule = \"advice.refer-changed\"\nentry = \"a\"\n"
+        "reason = \"no record has elements\"\nuntil = 2025-12-31\n");
+  const Outcome allowed = Check();
+  EXPECT_EQ(allowed.exit_code, 0);
+  EXPECT_THAT(allowed.out, HasSubstr("korvelcheck.toml:1:"));
+  EXPECT_THAT(allowed.out, HasSubstr(": warning [waiver.expired] "));
+  const Outcome failing = Check({"--fail-on", "warning"});
+  EXPECT_EQ(failing.exit_code, 1);
+  EXPECT_THAT(failing.out, HasSubstr(" expired on 2025-12-31; the warning fails again\n"));
+}
+
+TEST_F(WarningTest, WarningAboutTheProjectFileDoesNotFailACall) {
+  Write("korvelcheck.toml",
+        "[[waivers]]\ntable = \"orders\"\nrule = \"advice.refer-changed\"\nentry = \"a\"\n"
+        "reason = \"no record has elements\"\nuntil = 2025-12-31\n");
+  const std::vector<std::string> same = {"check", "counted.xml", "counted.xml", "--fail-on", "warning", "--format", "junit"};
+  const Outcome outcome = Run(same);
+  EXPECT_EQ(outcome.exit_code, 0);
+  EXPECT_THAT(outcome.out, HasSubstr("waiver.expired"));
+  EXPECT_THAT(outcome.out, Not(HasSubstr("<failure")));
+}
+
+TEST_F(WarningTest, JsonHasLevelLocationsAndSuggestion) {
+  const nlohmann::json report = CheckJson();
+  EXPECT_EQ(report["version"], 2);
+  EXPECT_EQ(report["verdict"], "allowed");
+  const nlohmann::json& warning = report["tables"][0]["warnings"][0];
+  EXPECT_EQ(warning["level"], "warning");
+  EXPECT_EQ(warning["rule"], "advice.refer-changed");
+  EXPECT_EQ(warning["kind"], "entry-refer");
+  EXPECT_EQ(warning["path"], "orders.a");
+  EXPECT_EQ(warning["before"], "n");
+  EXPECT_EQ(warning["after"], "");
+  EXPECT_EQ(warning["old_location"]["file"], "counted.xml");
+  EXPECT_EQ(warning["new_location"]["file"], "fixed.xml");
+  EXPECT_EQ(warning["suggestion"], "keep the refer of a: n");
+  EXPECT_EQ(warning["waiver"], nullptr);
+  EXPECT_EQ(report["warnings"], nlohmann::json::parse(R"([{"table": 0, "warning": 0, "also": []}])"));
+  EXPECT_EQ(report["summary"]["warnings"], nlohmann::json::parse(R"({"all": 1, "waived": 0})"));
+  EXPECT_FALSE(report["summary"].contains("notes"));
+}
+
+TEST_F(WarningTest, PipelineFormatsHaveLevels) {
+  const nlohmann::json sarif = nlohmann::json::parse(Check({"--format", "sarif"}).out)["runs"][0];
+  ASSERT_EQ(sarif["results"].size(), 1u);
+  EXPECT_EQ(sarif["results"][0]["level"], "warning");
+  EXPECT_EQ(sarif["tool"]["driver"]["rules"].back()["id"], "advice.refer-changed");
+  EXPECT_EQ(sarif["tool"]["driver"]["rules"].back()["defaultConfiguration"]["level"], "warning");
+  EXPECT_EQ(sarif["invocations"][0]["exitCode"], 0);
+  EXPECT_THAT(Check({"--format", "github"}).out, HasSubstr("\n::warning file=fixed.xml,line=2,"));
+  EXPECT_EQ(nlohmann::json::parse(Check({"--format", "gitlab"}).out)[0]["severity"], "minor");
+  EXPECT_THAT(Check({"--format", "markdown"}).out, HasSubstr("\n| warning | <code>advice.refer-changed</code> |"));
+  EXPECT_THAT(Check({"--format", "html"}).out, HasSubstr("data-status=\"warning\""));
+  const std::string junit = Check({"--format", "junit"}).out;
+  EXPECT_THAT(junit, HasSubstr("failures=\"0\""));
+  EXPECT_THAT(junit, HasSubstr("<system-out>fixed.xml:2:"));
+  EXPECT_THAT(junit, Not(HasSubstr("<failure")));
+}
+
+TEST_F(WarningTest, FormatsSayWhetherWarningsFail) {
+  const auto sarif = nlohmann::json::parse(Check({"--format", "sarif", "--fail-on", "warning"}).out);
+  EXPECT_EQ(sarif["runs"][0]["invocations"][0]["exitCode"], 1);
+  const std::string junit = Check({"--format", "junit", "--fail-on", "warning"}).out;
+  EXPECT_THAT(junit, HasSubstr("failures=\"1\""));
+  EXPECT_THAT(junit, HasSubstr("<failure"));
+}
+
+TEST_F(WarningTest, NoteHasItsOwnLevel) {
+  const auto note = [&](const char* format) { return Run({"check", "counted.xml", "renamed.xml", "--format", format}).out; };
+  EXPECT_EQ(nlohmann::json::parse(note("sarif"))["runs"][0]["results"][0]["level"], "note");
+  EXPECT_THAT(note("github"), HasSubstr("\n::notice file=renamed.xml,"));
+  EXPECT_EQ(nlohmann::json::parse(note("gitlab"))[0]["severity"], "info");
+  EXPECT_THAT(note("markdown"), HasSubstr("\n| note | <code>advice.library-renamed</code> |"));
+  EXPECT_THAT(note("html"), HasSubstr("data-status=\"note\""));
+}
+
+TEST_F(WarningTest, ProjectCheckShowsLocations) {
+  std::filesystem::create_directory(PathOf("old"));
+  std::filesystem::create_directory(PathOf("new"));
+  Write("old/a.xml", Read("counted.xml"));
+  Write("new/a.xml", Read("fixed.xml"));
+  const Outcome outcome = Run({"check", "--against", "../old", "."}, "new");
+  EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
+  EXPECT_THAT(outcome.out, HasSubstr("/a.xml:2:"));
+  EXPECT_THAT(outcome.out, HasSubstr(": warning [advice.refer-changed] "));
+  EXPECT_EQ(Run({"check", "--against", "../old", ".", "--fail-on", "warning"}, "new").exit_code, 1);
+}
+
+// One warning about a shared structure.
+TEST_F(WarningTest, SharedStructureIsReportedOnce) {
+  const auto library = [](int version, const char* fields) {
+    const std::string item = std::string("<meta name=\"item\">") + fields + "</meta>";
+    const std::string use = "<entry name=\"i\" type=\"item\"/>";
+    return Library(version, {item, Table({.name = "carts", .fields = use}), Table({.name = "orders", .fields = use})});
+  };
+  Write("counted.xml", library(5, kCounted));
+  Write("fixed.xml", library(6, kFixed));
+  const Outcome outcome = Check();
+  EXPECT_THAT(outcome.out, HasSubstr("  path: carts.i.a\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("  also affected: orders.i.a\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("  same as above: counted.xml:2:"));
+  EXPECT_THAT(outcome.out, HasSubstr("; 1 warning\n"));
+  const nlohmann::json report = CheckJson();
+  EXPECT_EQ(report["warnings"],
+            nlohmann::json::parse(R"([{"table": 0, "warning": 0, "also": [{"table": 1, "path": "orders.i.a"}]}])"));
+  EXPECT_EQ(report["tables"][1]["shared_warnings"],
+            nlohmann::json::parse(R"([{"table": 0, "first": 0, "count": 1, "path": "orders", "instead_of": "carts"}])"));
+}
+
+TEST_F(WarningTest, RefusedTableShowsWarningsAfterItsRefusals) {
+  Write("fixed.xml", Library(6, {Table({.key_type = "uint32", .fields = kFixed})}));
+  const Outcome outcome = Check();
+  EXPECT_EQ(outcome.exit_code, 1);
+  const std::size_t refused = outcome.out.find(": refused [primary-key.size]");
+  const std::size_t warning = outcome.out.find(": warning [advice.refer-changed]");
+  ASSERT_NE(warning, std::string::npos) << outcome.out;
+  EXPECT_LT(refused, warning);
+  EXPECT_THAT(outcome.out, HasSubstr("; 1 finding, 0 waived; 1 warning\n"));
+}
+
+TEST_F(WarningTest, ImagesHaveNoLines) {
+  ASSERT_EQ(Run({"compile", "counted.xml", "-o", "counted.qmb"}).exit_code, 0);
+  ASSERT_EQ(Run({"compile", "fixed.xml", "-o", "fixed.qmb"}).exit_code, 0);
+  const Outcome outcome = Run({"check", "counted.qmb", "fixed.qmb"});
+  EXPECT_EQ(outcome.exit_code, 0);
+  EXPECT_THAT(outcome.out, HasSubstr("\ncounted.qmb: warning [advice.refer-changed] "));
+}
+
+TEST_F(WarningTest, HistoryShowsWarningsOfSteps) {
+  const Outcome outcome = Run({"history", "counted.xml", "fixed.xml"});
+  EXPECT_EQ(outcome.exit_code, 0);
+  EXPECT_THAT(outcome.out, HasSubstr("  table orders: warning [advice.refer-changed] the elements of a field are counted by "
+                                     "another field than before, or by none\n    change: refer of a: n -> none\n"
+                                     "    new: fixed.xml:2:"));
+  EXPECT_THAT(outcome.out, HasSubstr("; 1 warning\n"));
+  EXPECT_EQ(Run({"history", "counted.xml", "fixed.xml", "--fail-on", "warning"}).exit_code, 1);
+  const auto json = nlohmann::json::parse(Run({"history", "counted.xml", "fixed.xml", "--format", "json"}).out);
+  EXPECT_EQ(json["steps"][0]["tables"][0]["warnings"][0]["rule"], "advice.refer-changed");
+}
+
+// A structure drops a field, and a later version gives its id to a field of another type.
+class ReusedIdTest : public WarningTest {
+ protected:
+  void WriteVersion(int number, const std::string& fields) const {
+    const std::string item = "<meta name=\"item\"><entry name=\"w\" id=\"1\" type=\"bytes\" size=\"" +
+                             std::to_string(4 * number) + "\"/>" + fields + "</meta>";
+    Write("v" + std::to_string(number) + ".xml",
+          Library(number, {item, Table({.fields = "<entry name=\"i\" id=\"2\" type=\"item\"/>"})}, "TLV"));
+  }
+  Outcome History(const std::vector<std::string>& versions, const std::vector<std::string>& more = {}) const {
+    std::vector<std::string> arguments = {"history"};
+    arguments.insert(arguments.end(), versions.begin(), versions.end());
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return Run(arguments);
+  }
+};
+
+TEST_F(ReusedIdTest, IsReportedAcrossVersionsWithBothLocations) {
+  WriteVersion(1, "<entry name=\"x\" id=\"2\" type=\"uint32\"/>");
+  WriteVersion(2, "");
+  WriteVersion(3, "");
+  WriteVersion(4, "<entry name=\"y\" id=\"2\" type=\"float\"/>");
+  WriteVersion(5, "");
+  const std::vector<std::string> versions = {"v1.xml", "v2.xml", "v3.xml", "v4.xml", "v5.xml"};
+  const Outcome outcome = History(versions);
+  EXPECT_EQ(outcome.exit_code, 0) << outcome.out;
+  EXPECT_THAT(outcome.out,
+              HasSubstr("\nwarning [advice.id-reused] a field got the id of a removed field with another type: id 2 of item\n"
+                        "  new: y, float, in v4.xml (v4.xml:2:"));
+  EXPECT_THAT(outcome.out, HasSubstr(")\n  was: x, uint32, in v1.xml (v1.xml:2:"));
+  EXPECT_THAT(outcome.out, HasSubstr(")\n  suggestion: give y an id that no version has used\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("; 1 warning\n"));
+  EXPECT_EQ(History(versions, {"--fail-on", "warning"}).exit_code, 1);
+  const auto reused = nlohmann::json::parse(History(versions, {"--format", "json"}).out)["reused_ids"];
+  ASSERT_EQ(reused.size(), 1u);
+  EXPECT_EQ(reused[0]["rule"], "advice.id-reused");
+  EXPECT_EQ(reused[0]["id"], 2);
+  EXPECT_EQ(reused[0]["before"]["version"], "v1.xml");
+  EXPECT_EQ(reused[0]["after"]["field"], "y");
+}
+
+TEST_F(ReusedIdTest, SameTypeIsNoReuse) {
+  WriteVersion(1, "<entry name=\"x\" id=\"2\" type=\"uint32\"/>");
+  WriteVersion(2, "");
+  WriteVersion(3, "<entry name=\"y\" id=\"2\" type=\"uint32\"/>");
+  EXPECT_THAT(History({"v1.xml", "v2.xml", "v3.xml"}).out, Not(HasSubstr("advice.id-reused")));
+}
+
+// The refusal of the step says it already.
+TEST_F(ReusedIdTest, ChangeOfTypeInOneStepIsNoReuse) {
+  WriteVersion(1, "<entry name=\"x\" id=\"2\" type=\"uint32\"/>");
+  WriteVersion(2, "<entry name=\"y\" id=\"2\" type=\"float\"/>");
+  const Outcome outcome = History({"v1.xml", "v2.xml"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_THAT(outcome.out, Not(HasSubstr("advice.id-reused")));
+}
+
+// An id that came back with its old type counts as used from then on.
+TEST_F(ReusedIdTest, LastUseCounts) {
+  WriteVersion(1, "<entry name=\"x\" id=\"2\" type=\"uint32\"/>");
+  WriteVersion(2, "");
+  WriteVersion(3, "<entry name=\"z\" id=\"2\" type=\"uint32\"/>");
+  WriteVersion(4, "");
+  WriteVersion(5, "<entry name=\"y\" id=\"2\" type=\"float\"/>");
+  EXPECT_THAT(History({"v1.xml", "v2.xml", "v3.xml", "v4.xml", "v5.xml"}).out, HasSubstr("  was: z, uint32, in v3.xml"));
+}
+
+TEST_F(ReusedIdTest, PackedFieldsHaveNoTags) {
+  for (int number = 1; number <= 3; ++number) {
+    const char* const types[] = {"uint32", "", "float"};
+    const std::string type = types[number - 1];
+    const std::string field = type.empty() ? "" : "<entry name=\"x\" id=\"2\" type=\"" + type + "\"/>";
+    Write("v" + std::to_string(number) + ".xml", Library(number, {Table({.fields = field})}));
+  }
+  EXPECT_THAT(History({"v1.xml", "v2.xml", "v3.xml"}).out, Not(HasSubstr("advice.id-reused")));
+}
+
+TEST_F(ReusedIdTest, OnlyStructuresOfWantedTablesCount) {
+  WriteVersion(1, "<entry name=\"x\" id=\"2\" type=\"uint32\"/>");
+  WriteVersion(2, "");
+  WriteVersion(3, "<entry name=\"y\" id=\"2\" type=\"float\"/>");
+  for (int number = 1; number <= 3; ++number) {
+    std::string text = Read("v" + std::to_string(number) + ".xml");
+    const std::string more =
+        "<meta name=\"users\"><entry name=\"k\" id=\"1\" type=\"uint32\"/><primarykey entries=\"k\"/></meta>\n";
+    text.insert(text.rfind("</metalib>"), more);
+    Write("v" + std::to_string(number) + ".xml", text);
+  }
+  const std::vector<std::string> versions = {"v1.xml", "v2.xml", "v3.xml"};
+  EXPECT_THAT(History(versions, {"--table", "orders"}).out, HasSubstr("advice.id-reused"));
+  EXPECT_THAT(History(versions, {"--table", "users"}).out, Not(HasSubstr("advice.id-reused")));
+}
+
+}  // namespace
+}  // namespace tool_test
