@@ -9,28 +9,18 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "analysis/diff/diff.h"
-#include "analysis/diff/matched_metas.h"
+#include "analysis/diff/meta_surroundings.h"
 
 namespace korvel {
-
-// A part of one meta, and what becomes of it. All other entries are as on the new side.
-struct AppliedPart {
-  MetaModel present;             // the new meta with only some of its entries
-  std::vector<Slot> positions;   // their positions in the new meta, ascending
-  MetaModel made;                // these entries and others after the edits
-  std::vector<MetaModel> added;  // metas that only the old side has, and that `made` embeds; in the order of Difference::Apply
-};
 
 // Borrows the difference. Not for several threads at once. REQUIRES: the entries of each new meta have different names, and
 // different ids in a TLV library, as in every schema file.
 class PartApplier {
  public:
   explicit PartApplier(const Difference& difference);
-  ~PartApplier();
 
   // All edits but `left_out`. The part contains every entry that they change, the entries of the edits `touched`, what both refer
   // to, and the neighbours of all of them: what changes lies next to the same elements as in the whole meta. nullopt if the edits
@@ -46,16 +36,14 @@ class PartApplier {
   std::vector<std::size_t> DependentsOf(const std::vector<std::size_t>& edits) const;
 
  private:
-  class Surroundings;
-
   std::optional<std::size_t> NodeOf(const std::vector<std::size_t>& left_out, const std::vector<std::size_t>& touched) const;
-  Surroundings& SurroundingsOf(std::size_t node);
+  MetaSurroundings& SurroundingsOf(std::size_t node);
   void AddReached(AppliedPart& part) const;
 
   const Difference& difference_;
-  std::map<std::string_view, std::size_t> old_only_;                        // nodes that only the old side has
-  std::vector<std::vector<std::size_t>> dependents_;                        // of each edit: the edits that need it directly
-  std::map<std::string_view, std::unique_ptr<Surroundings>> surroundings_;  // by the name of the meta
+  std::map<std::string_view, std::size_t> old_only_;                            // nodes that only the old side has
+  std::vector<std::vector<std::size_t>> dependents_;                            // of each edit: the edits that need it directly
+  std::map<std::string_view, std::unique_ptr<MetaSurroundings>> surroundings_;  // by the name of the meta
 };
 
 }  // namespace korvel
