@@ -135,7 +135,8 @@ bool TakeDone(const SuggestionWork& given, const SuggestionWork& after, Suggesti
 // other.
 class SuggestionSearch {
  public:
-  SuggestionSearch(std::size_t max_findings, bool with_fixes) : max_findings_(max_findings), with_fixes_(with_fixes) {}
+  SuggestionSearch(std::size_t max_findings, bool with_fixes, SuggestionWork work)
+      : max_findings_(max_findings), with_fixes_(with_fixes), work_(work) {}
 
   void Run(std::span<TableResult* const> tables) {
     const SuggestionWork given = work_;
@@ -160,12 +161,12 @@ class SuggestionSearch {
 
 }  // namespace
 
-void AddSuggestions(Report& report, bool with_fixes) {
+void AddSuggestions(Report& report, bool with_fixes, SuggestionWork work) {
   const std::vector<TableResult*> tables = TablesWithFindings(report);
   std::size_t bytes = 0;
   for (const TableResult* table : tables) bytes += table->first->metalib.size();
   const std::size_t threads = ThreadsFor(bytes);
-  SuggestionSearch search(report.max_findings, with_fixes);
+  SuggestionSearch search(report.max_findings, with_fixes, work);
   for (std::size_t begin = 0; begin < tables.size(); begin += threads) {
     search.Run(std::span(tables).subspan(begin, std::min(threads, tables.size() - begin)));
   }

@@ -54,6 +54,6 @@ void CheckEachTable(Report& report, const Pair& pair, const std::vector<std::str
 // nobody sees them. The search is limited for the whole report (SuggestionWork): it visits the tables in their order, and
 // Changes::reached_work_limit says where it stopped. Runs on several threads where that pays; the result does not depend on their
 // number. Waivers decide which findings are listed, so they come before.
-void AddSuggestions(Report& report, bool with_fixes);
+void AddSuggestions(Report& report, bool with_fixes, SuggestionWork work = {});
 
 }  // namespace korvel

@@ -40,6 +40,7 @@ std::set<LPQMXMETA> Reached(const Source& source, const std::vector<std::string>
 // Sets the locations of fields of a source.
 void Locate(const Source& source, const std::vector<std::pair<qmx::ElementId, std::string*>>& fields) {
   std::vector<Location> locations;
+  locations.reserve(fields.size());
   for (const auto& [element, text] : fields) locations.push_back({&source, element, ""});
   const std::vector<std::optional<TextRange>> ranges = FindTextRanges(locations);
   for (std::size_t i = 0; i < fields.size(); ++i) *fields[i].second = ranges[i] ? ToText(*ranges[i]) : "";

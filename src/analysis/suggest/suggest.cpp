@@ -131,10 +131,10 @@ std::vector<std::string> SuggestionsFor(const TableContext& context, const Verdi
 
 }  // namespace
 
-SchemaSuggestion SuggestSchema(const Source& old_source, const Source& new_source, const std::vector<TableQuestion>& questions) {
+SchemaSuggestion SuggestSchema(const Source& old_source, const Source& new_source, const std::vector<TableQuestion>& questions,
+                               SuggestionWork work) {
   Source source = new_source;
   SchemaSuggestion suggestion;
-  SuggestionWork work;
   std::vector<RefusedTable> refused = RefusedTables(old_source, source, questions);
   for (int round = 0; round < kMaxRounds && !refused.empty(); ++round) {
     Round fixed = RunRound(old_source, source, refused, work.search);
@@ -149,6 +149,7 @@ SchemaSuggestion SuggestSchema(const Source& old_source, const Source& new_sourc
     const auto& [table, settings] = *one.question;
     suggestion.refused.push_back({table, one.verdict, SuggestionsFor({old_source, source, table, settings}, one.verdict, work)});
   }
+  suggestion.reached_work_limit = work.is_reached();
   return suggestion;
 }
 

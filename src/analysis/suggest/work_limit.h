@@ -31,8 +31,8 @@ class WorkLimit {
 
 // The search has its own limit, so that suggestions are the same with and without fixes.
 struct SuggestionWork {
-  WorkLimit search;
-  WorkLimit fixes;
+  WorkLimit search{};
+  WorkLimit fixes{};
 
   bool is_reached() const { return search.is_reached() || fixes.is_reached(); }
 };

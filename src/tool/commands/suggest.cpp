@@ -57,13 +57,16 @@ SchemaSuggestion Suggest(const Input& old_input, const Input& new_input, const s
   return SuggestSchema(old_input, *SourceOfText(new_input.name, SchemaFile(new_input)), questions);
 }
 
-[[noreturn]] void RefuseAll(const Input& new_input, const std::vector<TableRefusal>& refused) {
+[[noreturn]] void RefuseAll(const Input& new_input, const SchemaSuggestion& suggestion) {
   NothingAllowed reasons;
-  for (const TableRefusal& one : refused) {
+  for (const TableRefusal& one : suggestion.refused) {
     const std::string rule = one.verdict.rule.empty() ? "" : " [" + one.verdict.rule + "]";
     reasons.lines.push_back(OneLine(new_input.name + ": error: no suggestion: table " + Quote(one.table) + " stays refused" +
                                     rule + " " + one.verdict.text));
-    for (const std::string& suggestion : one.suggestions) reasons.lines.push_back("   " + OneLine(suggestion));
+    for (const std::string& line : one.suggestions) reasons.lines.push_back("   " + OneLine(line));
+  }
+  if (suggestion.reached_work_limit) {
+    reasons.lines.push_back("   the search has reached the limit on the work of one call: --table searches for one table alone");
   }
   throw reasons;
 }
@@ -88,12 +91,12 @@ int Run(const SuggestArguments& arguments) {
   const SchemaSuggestion suggestion = Suggest(inputs.front(), new_input, questions);
   for (const Input& input : inputs) RequireUnchanged(input);
   // A table that stays refused, often for a reason of its own, does not withhold the suggestions for the others.
-  if (!suggestion.is_changed && !suggestion.refused.empty()) RefuseAll(new_input, suggestion.refused);
+  if (!suggestion.is_changed && !suggestion.refused.empty()) RefuseAll(new_input, suggestion);
   if (!suggestion.is_changed && new_input.text) PrintNothingToFix(new_input);
   const std::string name = OneLine(new_input.name);
   arguments.output.Write(arguments.whole_file ? suggestion.text
                                               : UnifiedDiff(name, new_input.text->Bytes(), name, suggestion.text));
-  if (!suggestion.refused.empty()) RefuseAll(new_input, suggestion.refused);
+  if (!suggestion.refused.empty()) RefuseAll(new_input, suggestion);
   return kAllAllowed;
 }
 
