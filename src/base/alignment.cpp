@@ -3,7 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <unordered_map>
+#include <map>
 #include <vector>
 
 namespace korvel {
@@ -32,7 +32,7 @@ std::vector<LineMatch> UniqueMatches(const Lines& old_lines, const Lines& new_li
   struct Seen {
     std::size_t old_count = 0, new_count = 0, new_line = 0;
   };
-  std::unordered_map<std::string_view, Seen> seen;
+  std::map<std::string_view, Seen> seen;
   for (std::size_t i = gap.old_begin; i < gap.old_end; ++i) ++seen[old_lines[i]].old_count;
   for (std::size_t i = gap.new_begin; i < gap.new_end; ++i) {
     Seen& line = seen[new_lines[i]];

@@ -6,10 +6,10 @@
 #include <atomic>
 #include <iterator>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <thread>
-#include <unordered_set>
 #include <utility>
 
 #include "base/did_you_mean.h"
@@ -135,7 +135,7 @@ class Comparison {
   }
 
   static void AddUnknownSettings(const Project& project, const std::vector<std::string_view>& known, InputError& unknown) {
-    const std::unordered_set<std::string_view> tables(known.begin(), known.end());
+    const std::set<std::string_view> tables(known.begin(), known.end());
     for (const auto& [name, settings] : project.tables) {
       if (tables.contains(name)) continue;
       unknown.lines.push_back(OneLine(FileLineColumn(project.file, settings.location) + ": error: [tables." + Quote(name) +

@@ -7,7 +7,6 @@
 #include <set>
 #include <span>
 #include <thread>
-#include <unordered_set>
 
 #include "analysis/findings/shared_searches.h"
 #include "base/parallel.h"
@@ -80,7 +79,7 @@ std::vector<TableResult> CheckTables(const Pair& pair, const CheckOptions& optio
 
 std::vector<TableResult> NewTables(const Source& source, const std::vector<std::string_view>& old_tables,
                                    const CheckOptions& options) {
-  const std::unordered_set<std::string_view> known(old_tables.begin(), old_tables.end());
+  const std::set<std::string_view> known(old_tables.begin(), old_tables.end());
   std::vector<TableResult> results;
   for (const std::string_view table : source.tables) {
     if (IsWanted(options, table) && !known.contains(table)) results.push_back(NewTable(source, std::string(table)));

@@ -1,8 +1,8 @@
 // Selects the tables that a command compares. Tested by tests/tool/check_test.cpp and pair_commands_test.cpp.
 #include "schema/selection.h"
 
+#include <set>
 #include <string_view>
-#include <unordered_set>
 #include <utility>
 
 #include "base/did_you_mean.h"
@@ -22,7 +22,7 @@ std::string UnknownTable(const Pair& pair, const std::string& name) {
 Selection SelectRequested(const Pair& pair, const std::vector<std::string>& requested) {
   Selection selection;
   InputError unknown;
-  std::unordered_set<std::string_view> seen;
+  std::set<std::string_view> seen;
   for (const std::string& name : requested) {
     if (!seen.insert(name).second) continue;
     if (pair.first.HasMeta(name)) {
@@ -40,7 +40,7 @@ Selection SelectRequested(const Pair& pair, const std::vector<std::string>& requ
 Selection SelectAll(const Pair& pair) {
   Selection selection;
   selection.compared.assign(pair.first.tables.begin(), pair.first.tables.end());
-  const std::unordered_set<std::string_view> known(pair.first.tables.begin(), pair.first.tables.end());
+  const std::set<std::string_view> known(pair.first.tables.begin(), pair.first.tables.end());
   for (const std::string_view name : pair.second.tables) {
     if (!known.contains(name)) selection.added.emplace_back(name);
   }

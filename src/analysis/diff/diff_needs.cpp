@@ -1,6 +1,7 @@
 // Finds what an edit needs so that a schema file can express the result: unique names, existing fields, valid counters. Does not
 // run the checker. Tested by tests/report/diff_needs_test.cpp.
 #include <algorithm>
+#include <set>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -134,8 +135,8 @@ class NodeNeeds {
   std::vector<Slot> anchors_;  // filled on first use
 };
 
-std::unordered_set<std::int32_t> IdsOf(const MetaModel& meta) {
-  std::unordered_set<std::int32_t> ids;
+std::set<std::int32_t> IdsOf(const MetaModel& meta) {
+  std::set<std::int32_t> ids;
   for (const EntryModel& entry : meta.entries) ids.insert(entry.id);
   return ids;
 }
@@ -151,8 +152,8 @@ class ProtocolNeeds {
     const bool from_tlv = parts_.edits[protocol_].before == "TLV";
     for (const MetaNode& node : parts_.nodes) {
       if (!node.pair) continue;
-      const std::unordered_set<std::int32_t> old_ids = IdsOf(node.pair->old_meta());
-      const std::unordered_set<std::int32_t> new_ids = IdsOf(node.pair->new_meta());
+      const std::set<std::int32_t> old_ids = IdsOf(node.pair->old_meta());
+      const std::set<std::int32_t> new_ids = IdsOf(node.pair->new_meta());
       for (std::size_t i = node.first_edit; i < node.end_edit; ++i) {
         if (to_tlv && HelpsTlv(*node.pair, i, new_ids)) parts_.needs[protocol_].push_back(i);
         if (from_tlv && ViolatesTlv(*node.pair, i, old_ids)) parts_.needs[i].push_back(protocol_);
@@ -162,7 +163,7 @@ class ProtocolNeeds {
 
  private:
   // Whether an edit gives an entry an id, or removes an entry without a unique id.
-  bool HelpsTlv(const MatchedMetas& pair, std::size_t edit, const std::unordered_set<std::int32_t>& new_ids) const {
+  bool HelpsTlv(const MatchedMetas& pair, std::size_t edit, const std::set<std::int32_t>& new_ids) const {
     const EditKind kind = parts_.edits[edit].kind;
     if (kind == EditKind::kEntryId) return true;
     if (kind != EditKind::kEntryRemoved) return false;
@@ -171,7 +172,7 @@ class ProtocolNeeds {
   }
 
   // Whether an edit leaves an entry without a unique id.
-  bool ViolatesTlv(const MatchedMetas& pair, std::size_t edit, const std::unordered_set<std::int32_t>& old_ids) const {
+  bool ViolatesTlv(const MatchedMetas& pair, std::size_t edit, const std::set<std::int32_t>& old_ids) const {
     const EditKind kind = parts_.edits[edit].kind;
     if (kind != EditKind::kEntryId && kind != EditKind::kEntryAdded) return false;
     const std::int32_t id = pair.NewEntry(parts_.slots[edit]).id;

@@ -57,7 +57,7 @@ class MetaSurroundings {
   std::vector<Slot> still_before_;                         // of each old slot
   ChosenEdits all_;                                        // without attributes
   std::map<std::string_view, Slot> names_;                 // positions on the new side
-  std::unordered_map<std::int32_t, Slot> ids_;             // likewise
+  std::map<std::int32_t, Slot> ids_;                       // likewise
   std::unordered_map<Slot, std::vector<Slot>> counters_;   // of each entry
   std::unordered_map<Slot, std::vector<Slot>> referrers_;  // of each counter
   std::vector<Slot> fixed_;                                // what every part contains

@@ -3,8 +3,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <map>
 #include <string_view>
-#include <unordered_map>
 
 namespace korvel {
 namespace {
@@ -21,7 +21,7 @@ class Positions {
   }
 
  private:
-  std::unordered_map<std::string_view, Slot> positions_;
+  std::map<std::string_view, Slot> positions_;
 };
 
 // For each wanted item the present one with its name, if it has the same shape.
@@ -49,7 +49,7 @@ std::vector<Slot> MatchItems(const std::vector<EntryModel>& present, const std::
   for (const Slot partner : partners) {
     if (partner != kNoSlot) taken[partner] = true;
   }
-  std::unordered_map<std::int32_t, Slot> by_id;
+  std::map<std::int32_t, Slot> by_id;
   for (std::size_t i = 0; i < present.size(); ++i) {
     if (!taken[i] && present[i].id >= 0) by_id.emplace(present[i].id, static_cast<Slot>(i));
   }

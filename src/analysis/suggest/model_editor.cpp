@@ -17,8 +17,8 @@ void Replace(std::vector<std::string>& names, const std::string& name, const std
 // contain; the final file is read again anyway.
 bool CanBeWritten(const MetaModel& meta, bool needs_ids) {
   if (meta.entries.empty()) return false;
-  std::unordered_set<std::string_view> names;
-  std::unordered_set<std::int32_t> ids;
+  std::set<std::string_view> names;
+  std::set<std::int32_t> ids;
   for (const EntryModel& entry : meta.entries) {
     if (!names.insert(entry.name).second) return false;
     if (needs_ids && (entry.id < 0 || !ids.insert(entry.id).second)) return false;

@@ -2,11 +2,11 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
-#include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include "schema/model.h"
@@ -44,16 +44,16 @@ class ModelEditor {
 
  private:
   struct EditedMeta {
-    std::optional<std::size_t> meta;                         // its position; nullopt: there is no such meta
-    std::unordered_map<std::string, std::size_t> positions;  // of its entries
-    std::unordered_set<std::string> to_end;
+    std::optional<std::size_t> meta;               // its position; nullopt: there is no such meta
+    std::map<std::string, std::size_t> positions;  // of its entries
+    std::set<std::string> to_end;
   };
 
   EditedMeta& MetaFor(const std::string& name);
   MetaModel& MetaOf(const EditedMeta& edited) { return model_.metas[*edited.meta]; }
 
   Model model_;
-  std::unordered_map<std::string, EditedMeta> edited_;
+  std::map<std::string, EditedMeta> edited_;
 };
 
 }  // namespace korvel

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 #include <optional>
+#include <set>
 #include <string_view>
-#include <unordered_set>
 #include <utility>
 
 #include "analysis/findings/findings.h"
@@ -57,7 +57,7 @@ class Merged {
  private:
   MetaCache& present_;
   Model model_;
-  std::unordered_set<std::string> names_;
+  std::set<std::string> names_;
 };
 
 // Whether a source has the metas of a model.
@@ -77,7 +77,7 @@ struct Round {
 // Removes structures that the new source has but this table does not reach there: they belong to other tables. The next round
 // checks whether the result is allowed.
 void DropUnreached(const Source& source, const std::vector<MetaModel>& reached, Model& wanted) {
-  std::unordered_set<std::string_view> names;
+  std::set<std::string_view> names;
   for (const MetaModel& meta : reached) names.insert(meta.name);
   std::erase_if(wanted.metas, [&](const MetaModel& meta) { return source.HasMeta(meta.name) && !names.contains(meta.name); });
 }

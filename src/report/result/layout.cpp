@@ -3,7 +3,7 @@
 #include "report/result/layout.h"
 
 #include <algorithm>
-#include <unordered_set>
+#include <set>
 
 #include "common/check_table.h"
 #include "common/meta_view.h"
@@ -106,7 +106,7 @@ class Walk {
   LPQMXMETALIB library_;
   TableLayout& layout_;
   bool sort_list_ = false;
-  std::unordered_set<std::string> splittable_;
+  std::set<std::string> splittable_;
   std::size_t left_ = kMaxInnerFields;
 };
 

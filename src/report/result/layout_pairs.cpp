@@ -1,7 +1,7 @@
 // Compares two layouts of a table, field by field. Tested by tests/report/layout_test.cpp.
+#include <map>
 #include <optional>
 #include <string_view>
-#include <unordered_map>
 
 #include "base/text.h"
 #include "report/result/layout.h"
@@ -33,7 +33,7 @@ using Matches = std::vector<std::optional<std::size_t>>;  // of each old field, 
 // Matches fields without a partner that have the same key. Of several with one key, the first is taken.
 template <class Key, class KeyOf>
 void Match(const Fields& before, const Fields& after, KeyOf key_of, Matches& partners, std::vector<bool>& taken) {
-  std::unordered_map<Key, std::size_t> known;
+  std::map<Key, std::size_t> known;  // ordered, because a file could choose names or ids whose hashes collide
   for (std::size_t i = 0; i < after.size(); ++i) {
     if (const std::optional<Key> key = key_of(*after[i]); key && !taken[i]) known.emplace(*key, i);
   }

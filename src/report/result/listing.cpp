@@ -2,7 +2,7 @@
 #include "report/result/listing.h"
 
 #include <algorithm>
-#include <unordered_map>
+#include <map>
 #include <utility>
 
 #include "analysis/diff/diff.h"
@@ -83,9 +83,9 @@ class Lister {
   }
 
   Listing listing_;
-  std::unordered_map<std::string, std::size_t> compared_;  // tables of both sides
+  std::map<std::string, std::size_t> compared_;  // tables of both sides
   std::vector<std::vector<Edit>> edits_of_tables_;
-  std::unordered_map<std::string, std::size_t> structures_;
+  std::map<std::string, std::size_t> structures_;
 };
 
 }  // namespace
