@@ -19,7 +19,8 @@ namespace qmx {
 
 struct ReadError {
   LineColumn location;
-  std::string text;  // "what is wrong; what is allowed", one line, without file and location
+  std::string text;        // "what is wrong; what is allowed", one line, without file and location
+  bool is_syntax = false;  // the file is not well-formed XML, or not XML at all
 };
 
 struct Schema {

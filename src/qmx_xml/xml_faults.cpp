@@ -110,20 +110,20 @@ bool IsAllowedEncoding(std::string_view name) {
   return is("UTF-8") || is("US-ASCII");
 }
 
-void ErrorList::Add(std::size_t offset, std::string text) {
+void ErrorList::Add(FileFault fault, bool is_syntax) {
   if (IsFull()) return;
-  errors_.emplace_back(offset, std::move(text));
+  errors_.push_back({std::move(fault), is_syntax});
   --room_;
 }
 
 // Turns all offsets into lines and columns in one pass.
 std::vector<ReadError> ErrorList::Locate(std::string_view text) const {
   auto sorted = errors_;
-  std::ranges::stable_sort(sorted, {}, &std::pair<std::size_t, std::string>::first);
+  std::ranges::stable_sort(sorted, {}, [](const Error& error) { return error.fault.offset; });
   LineCounter counter(text);
   std::vector<ReadError> located;
   located.reserve(sorted.size() + 1);
-  for (auto& [offset, what] : sorted) located.push_back({counter.At(offset), std::move(what)});
+  for (Error& error : sorted) located.push_back({counter.At(error.fault.offset), std::move(error.fault.text), error.is_syntax});
   if (IsFull()) {
     located.push_back(
         {located.back().location, "too many errors; only the first " + std::to_string(errors_.size()) + " found are shown"});

@@ -33,7 +33,9 @@ class ErrorList {
   explicit ErrorList(std::size_t max = kMaxErrors) : room_(max) {}
 
   // Ignored if the list is full.
-  void Add(std::size_t offset, std::string text);
+  void Add(std::size_t offset, std::string text) { Add({offset, std::move(text)}, false); }
+  // The same for a file that is not well-formed XML.
+  void AddSyntax(FileFault fault) { Add(std::move(fault), true); }
 
   bool empty() const { return errors_.empty(); }
 
@@ -45,8 +47,15 @@ class ErrorList {
   std::vector<ReadError> Locate(std::string_view text) const;
 
  private:
+  struct Error {
+    FileFault fault;
+    bool is_syntax;
+  };
+
+  void Add(FileFault fault, bool is_syntax);
+
   std::size_t room_;  // for further errors
-  std::vector<std::pair<std::size_t, std::string>> errors_;
+  std::vector<Error> errors_;
 };
 
 }  // namespace qmx

@@ -36,8 +36,8 @@ class XmlReader {
 
   // Nullopt if the file has errors.
   std::optional<Schema> Parse(XML_StartElementHandler on_start) {
-    if (const auto fault = FindFileFault(text_)) {
-      errors_.Add(fault->offset, fault->text);
+    if (auto fault = FindFileFault(text_)) {
+      errors_.AddSyntax(std::move(*fault));
       return std::nullopt;
     }
     return ParseXml(on_start) ? handler_.Finish() : std::nullopt;
@@ -75,8 +75,7 @@ class XmlReader {
     // Then the file is not at fault.
     if (XML_GetErrorCode(parser_) == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
     if (!is_stopped_) {
-      const FileFault fault = DescribeSyntaxError(XML_GetErrorCode(parser_), text_, Offset(), handler_.InnermostOpen());
-      errors_.Add(fault.offset, fault.text);
+      errors_.AddSyntax(DescribeSyntaxError(XML_GetErrorCode(parser_), text_, Offset(), handler_.InnermostOpen()));
     }
     return false;
   }
@@ -196,7 +195,7 @@ std::optional<SchemaWithoutText> XmlBuffer::ReadAndRelease(std::size_t size) {
 bool MayBeXml(std::string_view beginning) { return !FindFileFault(beginning); }
 
 ReadResult ReadXml(std::string_view text) {
-  if (text.empty() || text.size() > kMaxFileBytes) return {std::nullopt, {{{}, FindFileFault(text)->text}}};
+  if (text.empty() || text.size() > kMaxFileBytes) return {std::nullopt, {{{}, FindFileFault(text)->text, true}}};
   XmlBuffer buffer(text.size());
   std::ranges::copy(text, buffer.data());
   return buffer.Read(text.size());

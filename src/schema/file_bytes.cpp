@@ -10,7 +10,6 @@
 #include <utility>
 
 #include "base/input_error.h"
-#include "base/text.h"
 #include "qmx/qmx_image.h"
 #include "qmx/qmx_xml.h"
 
@@ -23,7 +22,7 @@ constexpr std::size_t kFirstPiece = std::size_t{64} << 10;  // bytes; for pipes,
 std::string DisplayName(const std::string& path) { return path == kStandardInput ? "<stdin>" : path.empty() ? "''" : path; }
 
 [[noreturn]] void RefuseFile(const std::string& name, const std::string& reason) {
-  throw InputError{{ToolMessage(OneLine(name) + ": " + reason)}};
+  throw ErrorOf({FaultAbout(FaultKind::kUnreadable, name, reason)});
 }
 
 [[noreturn]] void RefuseTooLarge(const std::string& name) {

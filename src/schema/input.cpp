@@ -21,11 +21,12 @@ namespace korvel {
 namespace {
 
 InputError SchemaErrors(const std::string& name, const std::vector<qmx::ReadError>& errors) {
-  InputError faults;
-  for (const qmx::ReadError& error : errors) {
-    faults.lines.push_back(OneLine(FileLineColumn(name, error.location) + ": error: " + error.text));
+  std::vector<InputFault> faults;
+  for (const auto& [location, text, is_syntax] : errors) {
+    const FaultKind kind = is_syntax ? FaultKind::kSyntax : FaultKind::kInvalid;
+    faults.push_back(FaultAt(kind, name, location.line, location.column, text));
   }
-  return faults;
+  return ErrorOf(std::move(faults));
 }
 
 Input FromText(const std::string& name, std::shared_ptr<qmx::XmlBuffer> buffer, std::size_t size) {
@@ -37,7 +38,7 @@ Input FromText(const std::string& name, std::shared_ptr<qmx::XmlBuffer> buffer, 
 }
 
 Input FromImage(const std::string& name, qmx::ImageResult result) {
-  if (!result.metalib) throw InputError{{OneLine(name + ": error: " + qmx::Describe(result.error))}};
+  if (!result.metalib) throw ErrorOf({FaultIn(FaultKind::kImage, name, qmx::Describe(result.error))});
   return {{name, std::move(*result.metalib), std::nullopt, {}}, std::nullopt};
 }
 
