@@ -80,31 +80,31 @@ void TakeCall(PageReader& page, RuleDocExample& example) {
 }
 
 // "`CALL` reports a warning."
-void TakeAdviceCall(PageReader& page, const AdviceRule& advice, RuleDocExample& example) {
+void TakeCallWithLevel(PageReader& page, std::string_view level, RuleDocExample& example) {
   std::string_view line = page.Line();
   const bool starts = Skip(line, "`");
   example.call = line.substr(0, line.find('`'));
   line.remove_prefix(std::min(example.call.size(), line.size()));
-  const std::string rest = std::string("` reports a ") + WordOf(advice.level) + ".";
+  const std::string rest = std::string("` reports ") + (level == kFaultLevel ? "an " : "a ") + std::string(level) + ".";
   if (!starts || !example.call.starts_with("korvelcheck ") || line != rest) page.Fail("'`korvelcheck ..." + rest + "'");
   page.TakeLine();
 }
 
-RuleDocExample TakeExample(PageReader& page, const AdviceRule* advice) {
+RuleDocExample TakeExample(PageReader& page, std::string_view level) {
   RuleDocExample example;
   page.TakeLine("`old.xml`:");
   example.old_schema = page.TakeBlock("xml");
   page.TakeLine("`new.xml`:");
   example.new_schema = page.TakeBlock("xml");
-  if (advice != nullptr) {
-    TakeAdviceCall(page, *advice, example);
+  if (!level.empty()) {
+    TakeCallWithLevel(page, level, example);
   } else {
     TakeCall(page, example);
     example.answer = page.TakeBlock("text");
     if (!example.answer.empty()) example.answer.pop_back();  // the line end
   }
   if (page.AtEnd()) return example;
-  page.TakeLine(advice == nullptr ? "## Allowed `new.xml`" : "## Better `new.xml`");
+  page.TakeLine(level.empty() ? "## Allowed `new.xml`" : "## Better `new.xml`");
   example.allowed_schema = page.TakeBlock("xml");
   return example;
 }
@@ -114,7 +114,9 @@ void TakeRule(PageReader& page, std::string_view file_name, RuleDoc& doc) {
   std::string_view heading = page.Line();
   const bool is_heading = Skip(heading, "# ");
   const AdviceRule* const advice = is_heading ? FindAdvice(heading) : nullptr;
-  const RefusalRow* const row = advice != nullptr ? &advice->row : is_heading ? FindRefusal(heading) : nullptr;
+  const RefusalRow* const fault = is_heading ? FindFaultRule(heading) : nullptr;
+  const RefusalRow* const refusal = is_heading ? FindRefusal(heading) : nullptr;
+  const RefusalRow* const row = advice != nullptr ? &advice->row : fault != nullptr ? fault : refusal;
   if (row == nullptr || file_name != RuleDocFileName(row->id)) {
     page.Fail("'# RULE', the rule that the file is named after");
     return;
@@ -122,12 +124,13 @@ void TakeRule(PageReader& page, std::string_view file_name, RuleDoc& doc) {
   page.TakeLine();
   doc.row = row;
   doc.advice = advice;
+  doc.level = advice != nullptr ? WordOf(advice->level) : fault != nullptr ? kFaultLevel : "";
 }
 
 void TakeHead(PageReader& page, RuleDoc& doc) {
   page.TakeLine(SentenceOf(doc.row->summary));
-  if (doc.advice != nullptr) {
-    page.TakeLine(std::string("Level: ") + WordOf(doc.advice->level));
+  if (!doc.level.empty()) {
+    page.TakeLine("Level: " + std::string(doc.level));
     return;
   }
   doc.codes = TakeCodes(page);
@@ -139,16 +142,16 @@ void TakeHead(PageReader& page, RuleDoc& doc) {
 }
 
 void TakeSections(PageReader& page, RuleDoc& doc) {
-  page.TakeLine(doc.advice == nullptr ? "## What it protects" : "## What goes wrong");
+  page.TakeLine(doc.level.empty() ? "## What it protects" : "## What goes wrong");
   doc.protects = page.TakeParagraph();
-  page.TakeLine(doc.advice == nullptr ? "## Allowed instead" : "## What to do instead");
+  page.TakeLine(doc.level.empty() ? "## Allowed instead" : "## What to do instead");
   doc.allowed = page.TakeParagraph();
   if (page.Line() == "## No example") {
     page.TakeLine();
     doc.no_example_reason = page.TakeParagraph();
   } else {
     page.TakeLine("## Example");
-    doc.example = TakeExample(page, doc.advice);
+    doc.example = TakeExample(page, doc.level);
   }
 }
 

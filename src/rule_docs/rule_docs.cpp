@@ -10,24 +10,31 @@ namespace korvel {
 namespace {
 
 // A page that does not parse keeps what could be read; the tests fail on it.
-void AddDoc(const RefusalRow& row, const AdviceRule* advice, std::vector<RuleDoc>& docs) {
+void AddDoc(const RefusalRow& row, const AdviceRule* advice, std::string_view level, std::vector<RuleDoc>& docs) {
   const auto file = std::ranges::find(RuleDocFiles(), RuleDocFileName(row.id), &RuleDocFile::name);
   if (file == RuleDocFiles().end()) return;
   RuleDoc doc = ParseRuleDoc(*file).doc;
   doc.row = &row;
   doc.advice = advice;
+  doc.level = level;
   docs.push_back(std::move(doc));
 }
 
 std::vector<RuleDoc> ParseRuleDocs() {
   std::vector<RuleDoc> docs;
-  for (const RefusalRow* row : AllRefusals()) AddDoc(*row, nullptr, docs);
+  for (const RefusalRow* row : AllRefusals()) AddDoc(*row, nullptr, "", docs);
   return docs;
 }
 
 std::vector<RuleDoc> ParseAdviceDocs() {
   std::vector<RuleDoc> docs;
-  for (const AdviceRule* advice : AllAdvice()) AddDoc(advice->row, advice, docs);
+  for (const AdviceRule* advice : AllAdvice()) AddDoc(advice->row, advice, WordOf(advice->level), docs);
+  return docs;
+}
+
+std::vector<RuleDoc> ParseFaultDocs() {
+  std::vector<RuleDoc> docs;
+  for (const RefusalRow& row : kFaultRules) AddDoc(row, nullptr, kFaultLevel, docs);
   return docs;
 }
 
@@ -51,8 +58,15 @@ std::span<const RuleDoc> AllAdviceDocs() {
   return docs;
 }
 
+std::span<const RuleDoc> AllFaultDocs() {
+  static const std::vector<RuleDoc> docs = ParseFaultDocs();
+  return docs;
+}
+
 const RuleDoc* FindRuleDoc(std::string_view rule_id) {
-  const std::span<const RuleDoc> docs = FindAdvice(rule_id) == nullptr ? AllRuleDocs() : AllAdviceDocs();
+  const bool is_advice = FindAdvice(rule_id) != nullptr;
+  const bool is_fault = FindFaultRule(rule_id) != nullptr;
+  const std::span<const RuleDoc> docs = is_advice ? AllAdviceDocs() : is_fault ? AllFaultDocs() : AllRuleDocs();
   const auto found = std::ranges::find_if(docs, [&](const RuleDoc& doc) { return rule_id == doc.row->id; });
   return found == docs.end() ? nullptr : &*found;
 }

@@ -14,28 +14,30 @@
 #include "common/catalog.h"
 #include "common/result_codes.h"
 #include "rule_docs/advice.h"
+#include "rule_docs/fault_rules.h"
 
 namespace korvel {
 
-// A minimal pair of schema files that the rule refuses, or advises against.
+// A minimal pair of schema files that the rule refuses or advises against, or that has the fault.
 struct RuleDocExample {
   std::string old_schema;      // the text of old.xml
   std::string new_schema;      // the text of new.xml
   std::string call;            // "korvelcheck check old.xml new.xml --type list"
-  int code = 0;                // what the call reports; 0 for advice
-  std::string answer;          // the checker's text that it reports; "" for advice
-  std::string allowed_schema;  // the text of a new.xml that is allowed, or without advice; "" = there is no alternative
+  int code = 0;                // what the call reports; 0 for advice and faults
+  std::string answer;          // the checker's text that it reports; "" for advice and faults
+  std::string allowed_schema;  // the text of a new.xml that is allowed, or without advice or fault; "" = there is no alternative
 };
 
 // Texts are plain: without the backticks of the page.
 struct RuleDoc {
   const RefusalRow* row = nullptr;     // of the catalog
-  const AdviceRule* advice = nullptr;  // of the catalog of advice; null for a refusal
+  const AdviceRule* advice = nullptr;  // of the catalog of advice; null for others
+  std::string_view level;              // of advice "warning" or "note", of a fault "error"; "" for a refusal
   std::string_view page;               // the Markdown file, byte for byte
   std::vector<int> codes;              // returned with the rule's text; the rule's own code first
   std::string replaced_by;             // the rule whose text callers get, while this rule's text is only logged; "" = none
-  std::string protects;                // what the rule protects, and why; of advice, what goes wrong
-  std::string allowed;                 // what is allowed instead; of advice, what to do instead
+  std::string protects;                // what the rule protects, and why; of others, what goes wrong
+  std::string allowed;                 // what is allowed instead; of others, what to do instead
   std::optional<RuleDocExample> example;
   std::string no_example_reason;  // why no pair of schema files triggers the rule; "" = there is an example
 };
@@ -46,7 +48,10 @@ std::span<const RuleDoc> AllRuleDocs();
 // The pages of all advice, likewise.
 std::span<const RuleDoc> AllAdviceDocs();
 
-// Null if `rule_id` is the id of neither.
+// The pages of all faults, likewise.
+std::span<const RuleDoc> AllFaultDocs();
+
+// Null if `rule_id` is the id of none of them.
 const RuleDoc* FindRuleDoc(std::string_view rule_id);
 
 struct CodeDoc {

@@ -38,6 +38,22 @@ TEST(RuleDocs, EveryAdviceHasAPage) {
   EXPECT_EQ(AllAdviceDocs().size(), AllAdvice().size());
 }
 
+TEST(RuleDocs, EveryFaultHasAPage) {
+  for (const RefusalRow& row : kFaultRules) {
+    const RuleDoc* const doc = FindRuleDoc(row.id);
+    ASSERT_NE(doc, nullptr) << "docs/rules/" << RuleDocFileName(row.id) << " is missing";
+    EXPECT_EQ(doc->row, &row);
+    EXPECT_EQ(doc->level, kFaultLevel);
+    EXPECT_NE(doc->example.has_value(), !doc->no_example_reason.empty()) << row.id;
+    EXPECT_EQ(FindRefusal(row.id), nullptr) << row.id;
+    EXPECT_EQ(FindAdvice(row.id), nullptr) << row.id;
+  }
+  EXPECT_EQ(AllFaultDocs().size(), kFaultRules.size());
+  EXPECT_STREQ(RuleOf(FaultKind::kSyntax).id, "schema.syntax");
+  EXPECT_STREQ(RuleOf(FaultKind::kCall).id, "check.failed");
+  EXPECT_EQ(FindFaultRule("schema"), nullptr);
+}
+
 // Reports list warnings first, and no id is that of a refusal.
 TEST(Advice, RowsAreWellFormed) {
   Level last = Level::kWarning;
@@ -56,6 +72,7 @@ TEST(Advice, RowsAreWellFormed) {
 TEST(RuleDocs, EveryRuleHasAFileOfItsOwn) {
   std::set<std::string> files;
   for (const AdviceRule* rule : AllAdvice()) EXPECT_TRUE(files.insert(RuleDocFileName(rule->row.id)).second) << rule->row.id;
+  for (const RefusalRow& row : kFaultRules) EXPECT_TRUE(files.insert(RuleDocFileName(row.id)).second) << row.id;
   for (const RefusalRow* row : AllRefusals()) EXPECT_TRUE(files.insert(RuleDocFileName(row->id)).second) << row->id;
 }
 
@@ -127,6 +144,7 @@ TEST(RuleDocFormat, JsonFollowsItsSchema) {
   write(kRuleDocJson.codes());
   for (const RuleDoc& doc : AllRuleDocs()) write(kRuleDocJson.rule(doc));
   for (const RuleDoc& doc : AllAdviceDocs()) write(kRuleDocJson.rule(doc));
+  for (const RuleDoc& doc : AllFaultDocs()) write(kRuleDocJson.rule(doc));
   for (const CodeDoc& doc : AllCodeDocs()) write(kRuleDocJson.code(doc));
   const std::string source = KORVEL_SOURCE_DIR;
   const std::string command = KORVEL_PYTHON " '" + source + "/tests/report/validate.py' '" + source +

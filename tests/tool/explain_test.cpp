@@ -282,13 +282,17 @@ TEST_F(ExplainTest, RulesListsEachOnALine) {
   const std::size_t refusals = expected.size();
   expected.emplace_back();
   for (const korvel::AdviceRule* rule : korvel::AllAdvice()) expected.emplace_back(rule->row.id);
+  expected.emplace_back();
+  for (const korvel::RefusalRow& row : korvel::kFaultRules) expected.emplace_back(row.id);
   EXPECT_EQ(ids, expected);
+  EXPECT_THAT(Printed({"rules"}), HasSubstr("\nschema.syntax             error    a schema file is not well-formed XML\n"));
   EXPECT_THAT(Printed({"rules"}), HasSubstr("\nadvice.library-renamed    note     the library was renamed\n"));
   EXPECT_THAT(Printed({"rules"}), HasSubstr("\nprimary-key.size          -3       the size of a primary key field changed\n"));
   const nlohmann::json json = nlohmann::json::parse(Printed({"rules", "--format", "json"}));
   EXPECT_EQ(json["command"], "rules");
   EXPECT_EQ(json["rules"].size(), refusals);
   EXPECT_EQ(json["advice"].size(), korvel::AllAdvice().size());
+  EXPECT_EQ(json["faults"].size(), korvel::kFaultRules.size());
   ExpectInputError(Korvelcheck({"rules", "old.xml"}),
                    "korvelcheck: rules: unexpected argument 'old.xml'\nTry 'korvelcheck rules --help'.\n");
 }
@@ -323,6 +327,9 @@ TEST_F(ExplainTest, DocumentsAreWhatIsPrinted) {
     expected[korvel::RuleDocFileName(doc.row->id)] = Printed({"explain", doc.row->id, "--format", "markdown"});
   }
   for (const RuleDoc& doc : korvel::AllAdviceDocs()) {
+    expected[korvel::RuleDocFileName(doc.row->id)] = Printed({"explain", doc.row->id, "--format", "markdown"});
+  }
+  for (const RuleDoc& doc : korvel::AllFaultDocs()) {
     expected[korvel::RuleDocFileName(doc.row->id)] = Printed({"explain", doc.row->id, "--format", "markdown"});
   }
   const std::map<std::string, std::string> documents = Documents();

@@ -20,8 +20,8 @@ Json RowJson(const RuleDoc& doc) {
   return {{"rule", doc.row->id}, {"codes", codes}, {"summary", doc.row->summary}, {"text", doc.row->text}};
 }
 
-Json RowJson(const AdviceRule& advice) {
-  return {{"rule", advice.row.id}, {"level", WordOf(advice.level)}, {"summary", advice.row.summary}};
+Json RowJson(const RefusalRow& row, std::string_view level) {
+  return {{"rule", row.id}, {"level", level}, {"summary", row.summary}};
 }
 
 Json ToJson(const CodeDoc& doc) {
@@ -53,7 +53,9 @@ std::string Rules() {
   Json& rules = json["rules"] = Json::array();
   for (const RuleDoc& doc : AllRuleDocs()) rules.push_back(RowJson(doc));
   Json& advice = json["advice"] = Json::array();
-  for (const AdviceRule* rule : AllAdvice()) advice.push_back(RowJson(*rule));
+  for (const AdviceRule* rule : AllAdvice()) advice.push_back(RowJson(rule->row, WordOf(rule->level)));
+  Json& faults = json["faults"] = Json::array();
+  for (const RefusalRow& row : kFaultRules) faults.push_back(RowJson(row, kFaultLevel));
   return ToText(json);
 }
 
@@ -64,9 +66,9 @@ std::string Codes() {
   return ToText(json);
 }
 
-std::string Advice(const RuleDoc& doc) {
+std::string WithLevel(const RuleDoc& doc) {
   Json json = Header("explain");
-  json.update(RowJson(*doc.advice));
+  json.update(RowJson(*doc.row, doc.level));
   json["problem"] = doc.protects;
   json["instead"] = doc.allowed;
   json["no_example_reason"] = OrNull(doc.no_example_reason);
@@ -80,7 +82,7 @@ std::string Advice(const RuleDoc& doc) {
 }
 
 std::string Rule(const RuleDoc& doc) {
-  if (doc.advice != nullptr) return Advice(doc);
+  if (!doc.level.empty()) return WithLevel(doc);
   Json json = Header("explain");
   json.update(RowJson(doc));
   json["protects"] = doc.protects;

@@ -31,6 +31,16 @@ constexpr char kAdviceHead[] =
     "\n"
     "| Rule | Level | Reported because |\n"
     "|---|---|---|\n";
+constexpr char kFaultsHead[] =
+    "\n"
+    "## Faults\n"
+    "\n"
+    "About files that could not be checked, and calls that could not be carried out: the verdict is `incomplete`, the exit code "
+    "2. They cannot\n"
+    "be waived.\n"
+    "\n"
+    "| Rule | Level | Reported because |\n"
+    "|---|---|---|\n";
 constexpr char kCodesHead[] =
     "\n"
     "## Rules by result code\n"
@@ -53,6 +63,9 @@ std::string Rules() {
   for (const AdviceRule* advice : AllAdvice()) {
     text += "| " + LinkToRule(advice->row.id) + " | " + WordOf(advice->level) + " | " + advice->row.summary + " |\n";
   }
+  text += kFaultsHead;
+  for (const RefusalRow& row : kFaultRules)
+    text += "| " + LinkToRule(row.id) + " | " + kFaultLevel + " | " + row.summary + " |\n";
   text += kCodesHead;
   for (const CodeDoc& doc : AllCodeDocs()) {
     if (!doc.rules.empty()) text += "| `" + CodeWithName(doc.code) + "` | " + Links(doc) + " |\n";

@@ -36,13 +36,14 @@ std::string ExampleText(const RuleDocExample& example) {
   return text;
 }
 
-std::string Advice(const RuleDoc& doc) {
-  std::string text = std::string(doc.row->id) + ": " + doc.row->summary + "\n  level  " + WordOf(doc.advice->level) + "\n" +
+std::string WithLevel(const RuleDoc& doc) {
+  const std::string level(doc.level);
+  std::string text = std::string(doc.row->id) + ": " + doc.row->summary + "\n  level  " + level + "\n" +
                      Section("What goes wrong", doc.protects) + Section("What to do instead", doc.allowed);
   if (!doc.example) return text + Section("No example", doc.no_example_reason);
   const RuleDocExample& example = *doc.example;
-  text += File("old.xml", example.old_schema) + File("new.xml", example.new_schema) + "\n$ " + example.call + "\n  " +
-          WordOf(doc.advice->level) + " [" + doc.row->id + "]\n";
+  text += File("old.xml", example.old_schema) + File("new.xml", example.new_schema) + "\n$ " + example.call + "\n  " + level +
+          " [" + doc.row->id + "]\n";
   return example.allowed_schema.empty() ? text : text + File("Better new.xml", example.allowed_schema);
 }
 
@@ -55,6 +56,8 @@ std::string Rules() {
   for (const AdviceRule* advice : AllAdvice()) {
     text += Padded(advice->row.id, kRuleWidth) + Padded(WordOf(advice->level), 9) + advice->row.summary + "\n";
   }
+  text += "\n";
+  for (const RefusalRow& row : kFaultRules) text += Padded(row.id, kRuleWidth) + Padded(kFaultLevel, 9) + row.summary + "\n";
   return text;
 }
 
@@ -69,7 +72,7 @@ std::string Codes() {
 }
 
 std::string Rule(const RuleDoc& doc) {
-  if (doc.advice != nullptr) return Advice(doc);
+  if (!doc.level.empty()) return WithLevel(doc);
   std::string text = std::string(doc.row->id) + ": " + doc.row->summary + "\n" + "  code  " + CodesText(doc.codes) + "\n" +
                      "  text  " + doc.row->text + "\n";
   if (!doc.replaced_by.empty()) text += "  Log only: callers get the text of " + doc.replaced_by + ".\n";
