@@ -41,13 +41,11 @@ class Comparison {
   ProjectResult Run() {
     EachPair(ProjectPhase::kLoad, [&](FilePair& pair) { LoadFirst(pair); });
     DropCandidates([](const FilePair& pair) { return !pair.faults.empty(); });
-    RefuseFaults();
     PairMoved();
     DropCandidates([](const FilePair&) { return true; });
     std::ranges::sort(pairs_, {}, &FilePair::Path);
     RequireTables();
     EachPair(ProjectPhase::kCheck, [&](FilePair& pair) { CheckRest(pair); });
-    RefuseFaults();
     return Collect();
   }
 
@@ -69,7 +67,7 @@ class Comparison {
   }
 
   // A file with both sides need not wait for the others: it is compared and released at once. With a log it is only released,
-  // and loaded again: records are written in the order of the report, and none if a file has a fault.
+  // and loaded again: records are written in the order of the report.
   void LoadFirst(FilePair& pair) {
     pair_check_.Load(pair);
     const bool may_be_moved = pair.old_path == nullptr || pair.new_path == nullptr;
@@ -82,6 +80,7 @@ class Comparison {
   }
 
   void CheckRest(FilePair& pair) {
+    if (!pair.faults.empty()) return;
     const bool is_loaded = pair.first != nullptr || pair.second != nullptr;
     if (!is_loaded) pair_check_.Load(pair);
     if (pair.faults.empty()) pair_check_.Check(pair);
@@ -92,19 +91,18 @@ class Comparison {
     std::erase_if(pairs_, [&](const FilePair& pair) { return !pair.is_requested && condition(pair); });
   }
 
-  void RefuseFaults() const {
-    InputError faults;
-    for (const FilePair& pair : pairs_) faults.lines.insert(faults.lines.end(), pair.faults.begin(), pair.faults.end());
-    if (!faults.lines.empty()) throw faults;
+  bool HasFaults() const {
+    return std::ranges::any_of(pairs_, [](const FilePair& pair) { return !pair.faults.empty(); });
   }
 
-  // Joins the two paths of each moved file in one pair.
+  // Joins the two paths of each moved file in one pair. A file with faults is in none: nobody knows what it contains.
   void PairMoved() {
     std::vector<std::size_t> removed;
     std::vector<std::size_t> added;
     std::vector<const Source*> removed_sources;
     std::vector<const Source*> added_sources;
     for (std::size_t i = 0; i < pairs_.size(); ++i) {
+      if (!pairs_[i].faults.empty()) continue;
       if (pairs_[i].new_path == nullptr) removed.push_back(i), removed_sources.push_back(pairs_[i].first.get());
       if (pairs_[i].old_path == nullptr) added.push_back(i), added_sources.push_back(pairs_[i].second.get());
     }
@@ -121,8 +119,10 @@ class Comparison {
     std::erase_if(pairs_, [&](const FilePair&) { return is_taken[position++]; });
   }
 
-  // A requested table that no file has is an error. So are settings for such a table: they would have no effect.
+  // A requested table that no file has is an error. So are settings for such a table: they would have no effect. A file with
+  // faults may have any table.
   void RequireTables() const {
+    if (HasFaults()) return;
     std::vector<std::string_view> known;
     for (const FilePair& pair : pairs_) known.insert(known.end(), pair.names.begin(), pair.names.end());
     InputError unknown;
@@ -150,6 +150,7 @@ class Comparison {
     for (const FilePair& pair : pairs_) tables += pair.tables.size();
     report.tables.reserve(tables);
     for (FilePair& pair : pairs_) {
+      std::ranges::move(pair.faults, std::back_inserter(report.faults));
       if (const auto note = NoteOf(pair)) report.files.push_back(*note);
       if (pair.first != nullptr && pair.first != pair.second) report.inputs.push_back({"old", pair.first.get()});
       if (pair.second != nullptr && pair.new_path != nullptr) report.inputs.push_back({"new", pair.second.get()});
@@ -160,7 +161,7 @@ class Comparison {
     for (const std::string& file : check_.files.dropped) AddDropped(file, report);
     const bool is_compared =
         std::ranges::any_of(report.tables, [](const TableResult& one) { return one.status != Status::kNew; });
-    if (!is_compared) RequireOnlyNew(report);
+    if (!is_compared && report.faults.empty()) RequireOnlyNew(report);
     return result;
   }
 
@@ -174,7 +175,7 @@ class Comparison {
 
   void AddDropped(const std::string& file, Report& report) const {
     const Project& project = *options_.project;
-    report.project.push_back({.rule = "project.no-longer-checked",
+    report.project.push_back({.rule = kNoLongerChecked,
                               .file = project.file,
                               .position = project.paths.front().location,
                               .text = states_.new_state->Display(file) + " is no longer checked: the project file of " +
@@ -187,6 +188,7 @@ class Comparison {
     ReportBaseline baseline{states_.baseline.name, states_.baseline.origin};
     const bool is_unchanged = std::ranges::all_of(pairs_, [](const FilePair& pair) { return pair.is_unchanged; });
     if (is_unchanged && IsCheckedOut(states_.baseline)) {
+      baseline.is_same = true;
       AppendPart(baseline.origin, "; ", "the commit that is checked out: no selected file differs from it");
     }
     report.baselines.push_back(std::move(baseline));
@@ -213,6 +215,14 @@ class Comparison {
   std::vector<FilePair> pairs_;
 };
 
+// A fault of the new state is found once for each baseline.
+void AppendNew(std::vector<InputFault> more, std::vector<InputFault>& faults) {
+  for (InputFault& fault : more) {
+    const auto is_same = [&](const InputFault& one) { return one.message == fault.message && one.needed_by == fault.needed_by; };
+    if (std::ranges::none_of(faults, is_same)) faults.push_back(std::move(fault));
+  }
+}
+
 }  // namespace
 
 void Append(ProjectResult more, bool names_baseline, ProjectResult& result) {
@@ -225,6 +235,7 @@ void Append(ProjectResult more, bool names_baseline, ProjectResult& result) {
   append(std::move(more.report.tables), result.report.tables);
   append(std::move(more.report.files), result.report.files);
   append(std::move(more.report.project), result.report.project);
+  AppendNew(std::move(more.report.faults), result.report.faults);
   append(std::move(more.sources), result.sources);
 }
 

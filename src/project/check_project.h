@@ -39,7 +39,8 @@ void Append(ProjectResult more, bool names_baseline, ProjectResult& result);
 
 // Compares a moved file with the file at its old path, a deleted one with a library without its tables. The tables of added files
 // are new. Uses all cores, unless `options.in_order` is set; the report is ordered by path and declaration in any case. Throws
-// InputError with every fault of every file, and if nothing was compared; then nothing was logged.
+// InputError if nothing was compared; then nothing was logged. A file that cannot be read on one of the sides is not checked, and
+// its faults are in the report; all other files are checked.
 //
 // Keeps a file in memory only while it is compared, if the report shows nothing of it but its name and its tables
 // (ReleasedSource), and added and deleted files until all files were read: one of them may have been moved.

@@ -2,6 +2,7 @@
 #include "project/file_pair.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -47,9 +48,10 @@ FilePairCheck::FilePairCheck(const ProjectCheck& check) : check_(check) {
 void FilePairCheck::Load(FilePair& pair) const {
   try {
     LoadSides(pair);
-  } catch (const InputError& fault) {
-    pair.faults.insert(pair.faults.end(), fault.lines.begin(), fault.lines.end());
+  } catch (const InputError& error) {
+    std::ranges::move(FaultsOf(error, check_.states.new_state->Display(pair.Path())), std::back_inserter(pair.faults));
   }
+  if (!pair.faults.empty()) pair.first = pair.second = nullptr;
   if (wants_names_) pair.names = NamesOf(pair);
 }
 
@@ -74,10 +76,9 @@ void FilePairCheck::LoadOld(FilePair& pair, const Bytes& new_bytes) const {
     } else if (std::optional<Bytes> bytes = state.ReadUnless(*pair.old_path, new_bytes.View())) {
       pair.first = LoadFrom(state, *pair.old_path, std::move(*bytes));
     }
-  } catch (const InputError& fault) {
-    pair.faults = fault.lines;
-    const std::string shown = OneLine(check_.states.new_state->Display(pair.Path()));
-    pair.faults.push_back(ToolMessage(shown + ": cannot be compared with " + OneLine(state.Display(*pair.old_path))));
+  } catch (const InputError& error) {
+    pair.faults = FaultsOf(error, state.Display(*pair.old_path));
+    for (InputFault& fault : pair.faults) fault.needed_by = check_.states.new_state->Display(pair.Path());
   }
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/input_error.h"
 #include "project/check_project.h"
 
 namespace korvel {
@@ -17,8 +18,8 @@ struct FilePair {
   std::shared_ptr<const Source> second = nullptr;
   std::vector<std::string> names = {};  // of the tables of both, if wanted; an unchanged file has each once
   std::vector<TableResult> tables = {};
-  std::vector<std::string> faults = {};  // lines of an InputError
-  bool is_requested = true;              // false: only a candidate for the old path of a moved file
+  std::vector<InputFault> faults = {};  // of either side; then its tables are not checked
+  bool is_requested = true;             // false: only a candidate for the old path of a moved file
   bool is_checked = false;
   bool is_unchanged = false;  // the same bytes under the same path on both sides; known once loaded
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -41,22 +42,27 @@ std::size_t UsefulThreads(const std::vector<std::string>& paths) {
 
 }  // namespace
 
-std::vector<Input> LoadInputs(const std::vector<std::string>& paths, Texts texts) {
-  std::vector<Input> inputs;
-  InputError faults;
+LoadedInputs TryToLoadInputs(const std::vector<std::string>& paths, Texts texts) {
+  LoadedInputs result;
   std::vector<Loaded> files(paths.size());
   Git git;
   ForEach(paths.size(), UsefulThreads(paths), [&](std::size_t i) { files[i] = TryToLoad(paths[i], git, texts); });
-  for (Loaded& loaded : files) {
+  for (std::size_t i = 0; i < paths.size(); ++i) {
     try {
-      if (loaded.fault != nullptr) std::rethrow_exception(loaded.fault);
-      inputs.push_back(std::move(*loaded.input));
-    } catch (const InputError& fault) {
-      faults.lines.insert(faults.lines.end(), fault.lines.begin(), fault.lines.end());
+      if (files[i].fault != nullptr) std::rethrow_exception(files[i].fault);
+      result.inputs.push_back(std::move(*files[i].input));
+      result.paths.push_back(paths[i]);
+    } catch (const InputError& error) {
+      std::ranges::move(FaultsOf(error, paths[i]), std::back_inserter(result.faults));
     }
   }
-  if (!faults.lines.empty()) throw faults;
-  return inputs;
+  return result;
+}
+
+std::vector<Input> LoadInputs(const std::vector<std::string>& paths, Texts texts) {
+  LoadedInputs loaded = TryToLoadInputs(paths, texts);
+  if (!loaded.faults.empty()) throw ErrorOf(std::move(loaded.faults));
+  return std::move(loaded.inputs);
 }
 
 }  // namespace korvel

@@ -44,6 +44,7 @@ constexpr NamedReport kReports[] = {
     {"everything", [] { return EverythingReport(); }},
     {"allowed", AllowedReport},
     {"shared", SharedSample},
+    {"faults", [] { return FaultReport(); }},
 };
 
 TEST(Formats, MatchGoldens) {
@@ -125,7 +126,8 @@ testing::AssertionResult AreCommands(const std::string& document) {
 
 TEST_P(DocumentTest, IsWellFormedWithHostileNames) {
   const std::string format = GetParam();
-  for (const Sample& sample : {EverythingReport(kOdd), EverythingReport(), AllowedReport(), SharedSample()}) {
+  for (const Sample& sample :
+       {EverythingReport(kOdd), EverythingReport(), AllowedReport(), SharedSample(), FaultReport(), FaultReport(kOdd)}) {
     const std::string document = Render(sample);
     EXPECT_FALSE(document.empty());
     if (format == "text" || format == "markdown") {

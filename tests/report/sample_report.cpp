@@ -266,6 +266,24 @@ Sample EverythingReport(const std::string& suffix) {
   return std::move(maker.sample());
 }
 
+Sample FaultReport(const std::string& suffix) {
+  using korvel::FaultAt;
+  using korvel::FaultKind;
+  Maker maker(suffix);
+  korvel::Report& report = maker.sample().report;
+  report.tables = {maker.Table("logs", Status::kAllowed, kOldLogs, kNewLogs)};
+  const auto file = [&](const std::string& name) { return "faults/" + name + suffix; };
+  report.faults = {
+      FaultAt(FaultKind::kSyntax, file("syntax.xml"), 3, 7, "an end tag" + suffix + "; allowed: the end tag of the open element"),
+      FaultAt(FaultKind::kInvalid, "git:v1:" + file("old.xml"), 2, 5, "unknown element 'mta'" + suffix + "; allowed: meta"),
+      korvel::FaultIn(FaultKind::kImage, file("image.qmb"), "header: magic at byte 0 is 7" + suffix),
+      korvel::FaultAbout(FaultKind::kNoTable, file("none.xml"), "no table (a meta with a primary key)"),
+      korvel::FaultAbout(FaultKind::kUnreadable, file("missing.xml"), "No such file or directory"),
+      {.text = "git:v2: unknown revision 'v2'" + suffix, .message = "korvelcheck: git:v2: unknown revision 'v2'"}};
+  report.faults[1].needed_by = file("new.xml");
+  return std::move(maker.sample());
+}
+
 Sample AllowedReport() {
   Maker maker("");
   maker.sample().report.tables = {maker.Table("carts", Status::kAllowed, kCarts, kCarts),

@@ -21,6 +21,9 @@ struct Sample {
 // (new), old_style (pre-existing refusal). One file is added, one deleted, one moved; one waiver has expired.
 Sample EverythingReport(const std::string& suffix = "");
 
+// One allowed table, and a fault of each kind: with a location, without one, in a baseline, of the whole call.
+Sample FaultReport(const std::string& suffix = "");
+
 // Two tables, both allowed, nothing else.
 Sample AllowedReport();
 

@@ -78,7 +78,7 @@ void ExpectOutcome(const Outcome& outcome, int exit_code, const std::string& out
 // The same with only the verdicts of the report, and nothing on standard error.
 void ExpectVerdicts(const Outcome& outcome, int exit_code, const std::string& verdicts);
 
-// Exit code 2, nothing on standard output, this on standard error.
+// Exit code 2, this on standard error, nothing on standard output but a JSON report that says that the check is incomplete.
 void ExpectInputError(const Outcome& outcome, const std::string& err);
 
 }  // namespace tool_test

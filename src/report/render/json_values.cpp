@@ -8,6 +8,7 @@
 
 #include "common/result_codes.h"
 #include "report/result/words.h"
+#include "rule_docs/fault_rules.h"
 #include "schema/setting_values.h"
 
 namespace korvel {
@@ -126,6 +127,7 @@ Json ToJson(const Summary& summary) {
                {"findings", summary.findings},       {"waived", summary.waived},
                {"files_added", summary.files_added}, {"files_deleted", summary.files_deleted},
                {"files_moved", summary.files_moved}};
+  if (summary.files_not_checked > 0) json["files_not_checked"] = summary.files_not_checked;
   if (summary.left_out > 0) json["left_out"] = summary.left_out;
   const auto add = [&](const char* name, const LevelCount& count) {
     if (count.all == 0) return;
@@ -142,6 +144,14 @@ Json ToJson(const FileNote& note) {
   return {{"kind", kKinds[static_cast<std::size_t>(note.kind)]},
           {"old_file", NameOrNull(note.old_file)},
           {"new_file", NameOrNull(note.new_file)}};
+}
+
+Json ToJson(const InputFault& fault) {
+  return {{"rule", RuleOf(fault.kind).id},
+          {"location", fault.file.empty() ? Json() : ToJson(LocationOf(fault))},
+          {"text", fault.text},
+          {"allowed", NameOrNull(fault.allowed)},
+          {"needed_by", NameOrNull(fault.needed_by)}};
 }
 
 Json ToJson(const ReportBaseline& baseline) {

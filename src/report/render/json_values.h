@@ -32,5 +32,6 @@ nlohmann::ordered_json ToJson(const Summary& summary);
 nlohmann::ordered_json ToJson(const FileNote& note);
 nlohmann::ordered_json ToJson(const ReportBaseline& baseline);
 nlohmann::ordered_json ToJson(const ProjectFinding& finding);
+nlohmann::ordered_json ToJson(const InputFault& fault);
 
 }  // namespace korvel

@@ -28,7 +28,7 @@ std::string Property(const char* name, const std::string& value) {
 
 // `endColumn` is the last marked column; it is allowed only if the range ends on the line where it begins.
 std::string LocationProperties(const TextRange& range, const ServicePaths& paths) {
-  const std::string path = paths.Of(range.file);
+  const std::string path = range.file.empty() ? "" : paths.Of(range.file);
   if (path.empty()) return "";
   std::string text = Property("file", path) + ",";
   if (!range.begin) return text;

@@ -1,5 +1,5 @@
-// A report as GitLab code quality entries. Warnings have the severity "minor", notes and waived findings "info".
-// Tested by tests/report/formats_test.cpp.
+// A report as GitLab code quality entries. Faults have the severity "critical", warnings "minor", notes and waived findings
+// "info". Tested by tests/report/formats_test.cpp.
 #include "base/text.h"
 #include "report/render/json_stream.h"
 #include "report/render/render.h"
@@ -10,14 +10,22 @@ namespace korvel {
 namespace {
 
 const char* SeverityOf(const Issue& issue) {
+  if (issue.fault != nullptr) return "critical";
   if (issue.waived || issue.level == Level::kNote) return "info";
   return issue.level == Level::kWarning ? "minor" : "major";
+}
+
+// Every entry needs a path, also that of a fault of the whole call.
+std::string PathOf(const Issue& issue, const ServicePaths& paths) {
+  const std::string& file = issue.location.file;
+  if (file.empty()) return kFileOfCall;
+  const std::string path = paths.Of(file);
+  return path.empty() ? file : path;
 }
 
 nlohmann::ordered_json EntryOf(const Issue& issue, const ServicePaths& paths) {
   std::string body;
   for (const std::string& line : DetailsOf(issue)) body += "- " + MarkdownText(line) + "\n";
-  const std::string path = paths.Of(issue.location.file);
   // Every entry needs a line, also that of an image.
   const std::size_t line = issue.location.begin ? issue.location.begin->line : 1;
   const std::size_t end = issue.location.begin ? issue.location.end.line : 1;
@@ -27,7 +35,7 @@ nlohmann::ordered_json EntryOf(const Issue& issue, const ServicePaths& paths) {
           {"severity", SeverityOf(issue)},
           {"categories", {"Compatibility"}},
           {"content", {{"body", body}}},
-          {"location", {{"path", path.empty() ? issue.location.file : path}, {"lines", {{"begin", line}, {"end", end}}}}}};
+          {"location", {{"path", PathOf(issue, paths)}, {"lines", {{"begin", line}, {"end", end}}}}}};
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "report/render/html_text.h"
 #include "report/render/render.h"
 #include "report/result/words.h"
+#include "rule_docs/fault_rules.h"
 
 namespace korvel {
 namespace {
@@ -24,6 +25,7 @@ class HtmlReport {
     html_ = Head();
     html_ += "<body>\n<a class=\"skip\" href=\"#main\">Skip to the findings</a>\n" + LayoutPatterns();
     html_ += "<header>\n" + Verdict() + "</header>\n" + Contents() + Filter() + "<main id=\"main\" tabindex=\"-1\">\n";
+    Faults();
     Notes();
     Libraries();
     for (std::size_t i = 0; i < report_.tables.size(); ++i) Table(page_.folded().tables()[i], i);
@@ -45,6 +47,7 @@ class HtmlReport {
       if (seen.size() == 2) break;
       if (seen.insert(input.source->name).second) AppendPart(files, " \u2192 ", Html(input.source->name));
     }
+    if (files.empty() && !report_.faults.empty()) files = Html(report_.faults.front().file);
     return Html(report_.command) + (files.empty() ? "" : ": " + files);
   }
 
@@ -63,7 +66,8 @@ class HtmlReport {
   }
 
   std::string Verdict() const {
-    constexpr StatusStyle kStyles[] = {StatusStyle::kAllowed, StatusStyle::kRefused, StatusStyle::kNotChecked};
+    constexpr StatusStyle kStyles[] = {StatusStyle::kAllowed, StatusStyle::kRefused, StatusStyle::kNotChecked,
+                                       StatusStyle::kRefused, StatusStyle::kNotChecked};
     const OverallVerdict verdict = VerdictOf(summary_);
     const StatusText& style = TextOf(kStyles[static_cast<std::size_t>(verdict)]);
     std::string html = "<p class=\"verdict " + std::string(style.name) + "\"><span aria-hidden=\"true\">" + style.sign +
@@ -104,6 +108,21 @@ class HtmlReport {
   }
 
   bool HasWarnings() const { return summary_.warnings.all > 0 || CountErrors(report_.project) < report_.project.size(); }
+
+  // Why files were not checked.
+  void Faults() {
+    if (report_.faults.empty()) return;
+    html_ += "<section>\n<h2>Not checked</h2>\n";
+    for (const InputFault& fault : report_.faults) {
+      html_ += "<article class=\"item refused\" tabindex=\"0\" data-status=\"refused\">\n<h3>" +
+               Badge("refused", TextOf(StatusStyle::kRefused).sign, "error") + " " + Code(RuleOf(fault.kind).id) +
+               "</h3>\n<p class=\"problem\">" + Html(fault.text) + "</p>\n<dl>\n" +
+               Term("Location", fault.file.empty() ? "" : Code(ToText(LocationOf(fault)))) +
+               Term("Allowed", Html(fault.allowed)) + Term("Needed by", fault.needed_by.empty() ? "" : Code(fault.needed_by)) +
+               "</dl>\n</article>\n";
+    }
+    html_ += "</section>\n";
+  }
 
   static std::string ProjectFindingStart(ProjectFinding::Level level) {
     const StatusStyle style = level == ProjectFinding::Level::kError ? StatusStyle::kRefused : StatusStyle::kWarning;

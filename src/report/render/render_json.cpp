@@ -44,6 +44,7 @@ class JsonReport {
     WriteFindings();
     json_.Add("files", List(report_.files));
     json_.Add("project", List(report_.project));
+    if (!report_.faults.empty()) json_.Add("faults", List(report_.faults));
     json_.Add("summary", korvel::ToJson(summary));
     json_.End();
   }

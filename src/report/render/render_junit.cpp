@@ -1,6 +1,7 @@
 // A JUnit report: a suite for each pair of files, a test case for each table, a failure for each of its findings. Findings that
 // are listed with an earlier table are one short failure. A waived finding, a note, and a warning that does not fail the call are
-// no failures; they are in the output of the test case. Tested by tests/report/formats_test.cpp and shared_findings_test.cpp.
+// no failures; they are in the output of the test case. A fault is a test case with an error. Tested by
+// tests/report/formats_test.cpp and shared_findings_test.cpp.
 #include <algorithm>
 #include <span>
 
@@ -65,9 +66,9 @@ std::string CaseText(const std::string& suite, const std::string& name, const st
   return body.empty() ? start + "/>\n" : start + ">\n" + body + "    </testcase>\n";
 }
 
-// Tests, and how many of them failed or were skipped.
+// Tests, and how many of them failed, were skipped, or could not run.
 struct Counts {
-  std::size_t tests = 0, failures = 0, skipped = 0;
+  std::size_t tests = 0, failures = 0, skipped = 0, errors = 0;
 
   void Add(const Report& report, const TableResult& table) {
     ++tests;
@@ -77,7 +78,7 @@ struct Counts {
 
   std::string Attributes() const {
     return Attribute("tests", std::to_string(tests)) + Attribute("failures", std::to_string(failures)) +
-           Attribute("errors", "0") + Attribute("skipped", std::to_string(skipped));
+           Attribute("errors", std::to_string(errors)) + Attribute("skipped", std::to_string(skipped));
   }
 };
 
@@ -94,6 +95,7 @@ class JunitReport {
   void Write() {
     sink_("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites" + Attribute("name", "korvelcheck " + report_.command) +
           CountAll().Attributes() + ">\n");
+    if (!report_.faults.empty()) WriteFaults();
     const std::span<const FoldedTable> tables = folded_.tables();
     for (std::size_t begin = 0, end = 0; begin < tables.size(); begin = end) {
       const auto is_other = [&](const FoldedTable& one) { return one.table->second != tables[begin].table->second; };
@@ -109,8 +111,29 @@ class JunitReport {
 
   Counts CountAll() const {
     Counts counts = CountProject();
+    counts.tests += report_.faults.size();
+    counts.errors += report_.faults.size();
     for (const TableResult& table : report_.tables) counts.Add(report_, table);
     return counts;
+  }
+
+  void WriteFaults() {
+    const std::string name = "not checked";
+    const std::size_t number = report_.faults.size();
+    sink_("  <testsuite" + Attribute("name", name) + Counts{.tests = number, .errors = number}.Attributes() + ">\n");
+    for (; next_ != issues_.all().end() && next_->fault != nullptr; ++next_) {
+      const std::string& file = next_->location.file;
+      const std::string at = file.empty() ? "" : " at " + ToText(next_->location);
+      sink_(CaseText(name, next_->rule + at, file.empty() ? "" : paths_.Of(file), ErrorBody(*next_)));
+    }
+    sink_("  </testsuite>\n");
+  }
+
+  static std::string ErrorBody(const Issue& issue) {
+    std::string text = (issue.location.file.empty() ? "" : ToText(issue.location) + ": ") + issue.summary + "\n";
+    for (const std::string& line : DetailsOf(issue)) text += line + "\n";
+    return "      <error" + Attribute("message", issue.summary) + Attribute("type", issue.rule) + ">" + XmlText(text) +
+           "</error>\n";
   }
 
   // The tables of one pair of files.

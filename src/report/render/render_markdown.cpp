@@ -19,9 +19,12 @@ const char* StatusOf(const Issue& issue) {
   return is_error_of_project ? "error" : WordOf(issue.level);
 }
 
+// Empty for a fault of the whole call.
+std::string LocationCode(const Issue& issue) { return issue.location.file.empty() ? "" : MarkdownCode(ToText(issue.location)); }
+
 std::string Row(const Issue& issue) {
-  return std::string("| ") + StatusOf(issue) + " | " + MarkdownCode(issue.rule) + " | " + MarkdownCode(ToText(issue.location)) +
-         " | " + MarkdownText(issue.summary) + " |\n";
+  return std::string("| ") + StatusOf(issue) + " | " + MarkdownCode(issue.rule) + " | " + LocationCode(issue) + " | " +
+         MarkdownText(issue.summary) + " |\n";
 }
 
 std::string More(std::size_t all, std::size_t shown, const char* what) {
@@ -36,8 +39,9 @@ std::string TableOf(const std::vector<Issue>& issues) {
   return text + More(issues.size(), shown, "findings");
 }
 
-// The lines of both sides as a diff.
+// The lines of both sides as a diff. A fault has no sides.
 std::string DiffOf(const Issue& issue) {
+  if (issue.fault != nullptr) return "";
   std::string lines;
   const auto add = [&](char sign, const TextRange& range) {
     if (const auto snippet = SnippetOf(range)) lines += std::string(1, sign) + snippet->text + "\n";
@@ -54,8 +58,8 @@ std::string DiffOf(const Issue& issue) {
 }
 
 std::string DetailsBlock(const Issue& issue) {
-  std::string text = "\n<details>\n<summary>" + MarkdownCode(issue.rule) + " " + MarkdownCode(ToText(issue.location)) +
-                     "</summary>\n\n" + MarkdownText(issue.summary) + "\n";
+  std::string text = "\n<details>\n<summary>" + MarkdownCode(issue.rule) + " " + LocationCode(issue) + "</summary>\n\n" +
+                     MarkdownText(issue.summary) + "\n";
   text += DiffOf(issue) + "\n";
   for (const std::string& line : DetailsOf(issue)) text += "- " + MarkdownText(line) + "\n";
   return text + "- fingerprint " + MarkdownCode(issue.fingerprint) + "\n\n</details>\n";

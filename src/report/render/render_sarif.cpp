@@ -91,7 +91,7 @@ struct OtherRule {
 
 constexpr OtherRule kOtherRules[] = {
     {kLimitRule, "a table has findings that are not listed, because a limit was reached"},
-    {"project.no-longer-checked", "the project file no longer selects a schema file that it selected before"},
+    {kNoLongerChecked, "the project file no longer selects a schema file that it selected before"},
     {"refused", "the checker refused the table without a text, or with a text that belongs to no rule"},
     {"waiver.expired", "a waiver in the project file has expired"},
     {"waiver.malformed", "a waiver in the project file is invalid"},
@@ -104,7 +104,7 @@ constexpr char kAllWaived[] = "all findings of the table are waived";
 Json HelpOf(const RuleDoc& doc) {
   const std::string call = std::string("korvelcheck explain ") + doc.row->id;
   const std::string more = doc.example ? " shows an example." : " shows the whole page.";
-  const std::string instead = doc.advice == nullptr ? "Allowed instead:" : "What to do instead:";
+  const std::string instead = doc.level.empty() ? "Allowed instead:" : "What to do instead:";
   return {{"text", doc.protects + "\n\n" + instead + " " + doc.allowed + "\n\n'" + call + "'" + more},
           {"markdown", doc.protects + "\n\n**" + instead + "** " + doc.allowed + "\n\n`" + call + "`" + more}};
 }
@@ -183,23 +183,44 @@ class SarifLog {
 
   Json InvocationOf(const Summary& summary) const {
     Json notes = Json::array();
+    for (const InputFault& fault : folded_.report().faults) notes.push_back(NotificationOf(fault));
     for (const FileNote& note : folded_.report().files)
       notes.push_back({{"level", "note"}, {"message", MessageOf(ToText(note))}});
-    return {{"executionSuccessful", true},
-            {"exitCode", summary.failing == 0 ? 0 : 1},
+    return {{"executionSuccessful", summary.faults == 0},
+            {"exitCode", summary.faults > 0     ? 2
+                         : summary.failing == 0 ? 0
+                                                : 1},
             {"toolExecutionNotifications", std::move(notes)}};
+  }
+
+  // The rule is one of `rules`, because the fault is a result, too.
+  Json NotificationOf(const InputFault& fault) const {
+    const std::string id = RuleOf(fault.kind).id;
+    Json json = {{"level", "error"},
+                 {"message", MessageOf(fault.message)},
+                 {"associatedRule", {{"id", id}, {"index", rule_positions_.at(id)}}}};
+    if (!fault.file.empty()) {
+      json["locations"] = Json::array({{{"physicalLocation", PhysicalLocation(LocationOf(fault), paths_)}}});
+    }
+    return json;
+  }
+
+  Json LocationsOf(const Issue& issue) const {
+    TextRange place = issue.location;
+    if (place.file.empty()) place.file = kFileOfCall;
+    Json location = {{"physicalLocation", PhysicalLocation(place, paths_)}};
+    if (issue.folded != nullptr) location["logicalLocations"] = LogicalLocations(*issue.folded);
+    return Json::array({std::move(location)});
   }
 
   Json ResultOf(const Issue& issue) const {
     std::string message = issue.summary;
     for (const std::string& line : DetailsOf(issue)) message += "\n" + line;
-    Json location = {{"physicalLocation", PhysicalLocation(issue.location, paths_)}};
-    if (issue.folded != nullptr) location["logicalLocations"] = LogicalLocations(*issue.folded);
     Json json = {{"ruleId", issue.rule},
                  {"ruleIndex", rule_positions_.at(issue.rule)},
                  {"level", SarifLevel(issue.level)},
                  {"message", MessageOf(message)},
-                 {"locations", Json::array({std::move(location)})},
+                 {"locations", LocationsOf(issue)},
                  {"partialFingerprints", {{"korvelcheck/v1", issue.fingerprint}}}};
     if (issue.old_location) {
       json["relatedLocations"] = Json::array({{{"id", 1},

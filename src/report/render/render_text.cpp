@@ -9,6 +9,7 @@
 #include "report/render/render.h"
 #include "report/result/words.h"
 #include "rule_docs/advice.h"
+#include "rule_docs/fault_rules.h"
 
 namespace korvel {
 namespace {
@@ -25,7 +26,7 @@ const char* ColorOf(Status status) {
 }
 
 const char* ColorOf(OverallVerdict verdict) {
-  constexpr const char* kColors[] = {kGreen, kRed, kYellow};
+  constexpr const char* kColors[] = {kGreen, kRed, kYellow, kRed, kYellow};
   return kColors[static_cast<std::size_t>(verdict)];
 }
 
@@ -170,6 +171,7 @@ class TextReport {
     text_ = "verdict: " + Colored(WordOf(verdict), ColorOf(verdict), color_) + RemarkOn(summary) + "\n";
     for (const std::string& baseline : BaselinesOf(report_)) text_ += baseline + "\n";
     for (const FileNote& note : report_.files) text_ += ToText(note) + "\n";
+    for (const InputFault& fault : report_.faults) AddFault(fault);
     for (std::size_t i = 0; i < folded_.tables().size(); ++i) AddTable(folded_.tables()[i], edits_[i]);
     for (const ProjectFinding& finding : report_.project) AddProjectFinding(finding);
     return text_ + ToText(summary) + "\n" + ExplainHint();
@@ -177,6 +179,12 @@ class TextReport {
 
  private:
   std::string Word(Status status) const { return Colored(WordOf(status), ColorOf(status), color_); }
+
+  void AddFault(const InputFault& fault) {
+    text_ += (fault.file.empty() ? "" : ToText(LocationOf(fault)) + ": ") + Colored("error", kRed, color_) + " [" +
+             RuleOf(fault.kind).id + "] " + OneLine(fault.text) + "\n";
+    for (const std::string& line : DetailsOf(fault)) text_ += "  " + line + "\n";
+  }
 
   void AddTable(const FoldedTable& folded, const FoldedEdits& edits) {
     const TableResult& table = *folded.table;
@@ -248,7 +256,9 @@ class TextReport {
     for (std::size_t i = 1; i < lines.size(); ++i) text_ += "    " + lines[i] + "\n";
   }
 
-  static bool IsRule(const std::string& id) { return FindRefusal(id) != nullptr || FindAdvice(id) != nullptr; }
+  static bool IsRule(const std::string& id) {
+    return FindRefusal(id) != nullptr || FindAdvice(id) != nullptr || FindFaultRule(id) != nullptr;
+  }
 
   // Names the command that explains a refusal: a rule of the report, else a result code.
   std::string ExplainHint() const {
@@ -259,6 +269,7 @@ class TextReport {
       if (first.empty()) first = id;
       if (!id.empty()) rules.insert(id);
     };
+    for (const InputFault& fault : report_.faults) add(RuleOf(fault.kind).id, 0);
     for (const FoldedFinding& folded : folded_.findings()) add(folded.finding->verdict.rule, folded.finding->verdict.code);
     for (const TableResult& table : report_.tables) {
       if (table.status == Status::kRefused && !table.changes) add(table.verdict.rule, table.verdict.code);

@@ -7,6 +7,7 @@
 
 #include "analysis/findings/finding.h"
 #include "base/text.h"
+#include "rule_docs/fault_rules.h"
 
 namespace korvel {
 namespace {
@@ -24,6 +25,7 @@ Level LimitLevelOf(const TableResult& table) {
 }  // namespace
 
 Issues::Issues(const FoldedReport& folded) : folded_(folded), ranges_(LocationsOf(folded)) {
+  for (const InputFault& fault : folded.report().faults) AddFault(fault);
   for (const FoldedTable& table : folded.tables()) {
     const TableResult& result = *table.table;
     if (result.status == Status::kRefused && (!result.changes || result.changes->findings.empty())) AddTable(result);
@@ -32,6 +34,16 @@ Issues::Issues(const FoldedReport& folded) : folded_(folded), ranges_(LocationsO
   }
   for (const ProjectFinding& finding : folded.report().project) AddProjectFinding(finding);
   MakeFingerprintsUnique();
+}
+
+void Issues::AddFault(const InputFault& fault) {
+  Issue issue;
+  issue.rule = RuleOf(fault.kind).id;
+  issue.summary = OneLine(fault.text);
+  issue.fingerprint = NameFingerprint(issue.rule, fault.file + '\0' + fault.text);
+  issue.location = LocationOf(fault);
+  issue.fault = &fault;
+  issues_.push_back(std::move(issue));
 }
 
 void Issues::AddTable(const TableResult& table) {
@@ -116,6 +128,7 @@ void AddFindingTo(std::vector<std::string>& lines, const Issue& issue) {
 }  // namespace
 
 std::vector<std::string> DetailsOf(const Issue& issue) {
+  if (issue.fault != nullptr) return DetailsOf(*issue.fault);
   std::vector<std::string> lines;
   if (issue.table != nullptr) {
     const TableResult& table = *issue.table;

@@ -12,7 +12,7 @@ namespace korvel {
 struct Issue {
   std::string rule;     // RuleIdOf; for others such as "waiver.expired"
   std::string summary;  // what is wrong, in plain words, and the path: "a field's size was reduced: orders.zone". On one line
-  // Of an error of the project file, kRefused.
+  // Of a fault and of an error of the project file, kRefused.
   Level level = Level::kRefused;
   bool waived = false;
   std::string fingerprint;  // unique in the report
@@ -21,16 +21,21 @@ struct Issue {
   std::optional<TextRange> old_location;  // if it differs from `location`
   std::string suggestion;                 // "" for none; may have several lines
   std::vector<std::string> also;          // AlsoOf
-  // Both null for a finding about the project file. `folded` is also null for a table whose changes were not checked one by one,
-  // and for a table with findings that are not listed.
+  const InputFault* fault = nullptr;      // null unless the issue is a fault
+  // Both null for a fault and for a finding about the project file. `folded` is also null for a table whose changes were not
+  // checked one by one, and for a table with findings that are not listed.
   const TableResult* table = nullptr;
   const FoldedFinding* folded = nullptr;
 };
 
+// Where services show a fault of the whole call: they require a file for each finding.
+inline constexpr char kFileOfCall[] = "korvelcheck.toml";
+
 // The rule of the issue of a table that has findings which a limit left out: it fails like these findings.
 inline constexpr char kLimitRule[] = "report.limit";
 
-// The issues of a report, in its order. A finding that several tables share is one issue. REQUIRES: the report outlives them.
+// The issues of a report, in its order: faults, tables, the project file. A finding that several tables share is one issue.
+// REQUIRES: the report outlives them.
 class Issues {
  public:
   explicit Issues(const FoldedReport& folded);
@@ -41,6 +46,7 @@ class Issues {
   void all() && = delete;  // the list would dangle
 
  private:
+  void AddFault(const InputFault& fault);
   void AddTable(const TableResult& table);
   void AddLimit(const FoldedTable& table);
   void AddFinding(const FoldedFinding& folded);

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "analysis/check_table_change.h"
+#include "base/input_error.h"
 #include "qmx/qmx_source_map.h"
 
 namespace korvel {
@@ -29,9 +30,13 @@ struct FileNote {
 
 // An earlier state that the command compared with.
 struct ReportBaseline {
-  std::string name;    // "git:main..."
-  std::string origin;  // what the name stands for, for people; may be empty
+  std::string name;      // "git:main..."
+  std::string origin;    // what the name stands for, for people; may be empty
+  bool is_same = false;  // the commit that is checked out, and no selected file differs from it
 };
+
+// The rule of a schema file that the project file of the baseline selects and the present one does not.
+inline constexpr char kNoLongerChecked[] = "project.no-longer-checked";
 
 // A problem of the project file that is not a syntax error: a waiver that is expired, unused or malformed. It cannot be waived.
 struct ProjectFinding {
@@ -57,6 +62,7 @@ struct Report {
   std::vector<TableResult> tables;        // tables of one pair of sources are adjacent
   std::vector<FileNote> files;            // empty unless the command compared a whole project
   std::vector<ProjectFinding> project;
+  std::vector<InputFault> faults;           // why files, or the whole call, could not be checked. They cannot be waived
   std::optional<std::string> path_prefix;   // see ServicePaths
   std::size_t max_findings = kMaxFindings;  // findings that are listed; see FoldedReport
   bool fails_on_warnings = false;           // whether a warning that is not waived fails its table

@@ -2,6 +2,8 @@
 #include "report/result/summary.h"
 
 #include <algorithm>
+#include <set>
+#include <string_view>
 
 namespace korvel {
 
@@ -28,6 +30,16 @@ bool FailsForWarning(const Report& report, const TableResult& result) {
   return !FailsByRefusal(result) && std::ranges::any_of(result.advice.findings, fails);
 }
 
+// A file with faults on both sides counts once.
+std::size_t CountFilesNotChecked(const std::vector<InputFault>& faults) {
+  std::set<std::string_view> files;
+  for (const InputFault& fault : faults) {
+    const std::string& file = fault.needed_by.empty() ? fault.file : fault.needed_by;
+    if (!file.empty()) files.insert(file);
+  }
+  return files.size();
+}
+
 std::size_t CountFailingForWarnings(const Report& report) {
   const auto fails = [&](const TableResult& result) { return FailsForWarning(report, result); };
   return static_cast<std::size_t>(std::ranges::count_if(report.tables, fails));
@@ -39,7 +51,8 @@ bool Fails(const Report& report, const TableResult& table) { return FailsByRefus
 
 std::size_t CountFailing(const Report& report) {
   const auto fails = [&](const TableResult& result) { return Fails(report, result); };
-  return CountErrors(report.project) + static_cast<std::size_t>(std::ranges::count_if(report.tables, fails));
+  return report.faults.size() + CountErrors(report.project) +
+         static_cast<std::size_t>(std::ranges::count_if(report.tables, fails));
 }
 
 Summary Summarize(const FoldedReport& folded) {
@@ -54,6 +67,10 @@ Summary Summarize(const FoldedReport& folded) {
   }
   summary.compared = summary.allowed + summary.refused;
   summary.failing_for_warnings = CountFailingForWarnings(report);
+  summary.faults = report.faults.size();
+  summary.files_dropped = static_cast<std::size_t>(std::ranges::count(report.project, kNoLongerChecked, &ProjectFinding::rule));
+  summary.is_unchanged = !report.baselines.empty() && std::ranges::all_of(report.baselines, &ReportBaseline::is_same);
+  summary.files_not_checked = CountFilesNotChecked(report.faults);
   const LevelCount& refusals = folded.Count(Level::kRefused);
   summary.findings = refusals.all;
   summary.left_out = refusals.left_out;

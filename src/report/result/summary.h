@@ -29,12 +29,16 @@ struct Summary {
   std::size_t files_added = 0;
   std::size_t files_deleted = 0;
   std::size_t files_moved = 0;
+  std::size_t files_not_checked = 0;  // because of a fault
+  std::size_t files_dropped = 0;      // that the project file no longer selects
+  bool is_unchanged = false;          // each baseline is the commit that is checked out, and no selected file differs
+  std::size_t faults = 0;             // number of them; may be above 0 without a file: the whole call failed
 };
 
 Summary Summarize(const FoldedReport& folded);
 
-// Refused tables that are not waived (IsWaived), plus errors of the project file; with Report::fails_on_warnings, plus the other
-// tables with a warning that is not waived. 0 means exit code 0.
+// Refused tables that are not waived (IsWaived), plus errors of the project file, plus faults; with Report::fails_on_warnings,
+// plus the other tables with a warning that is not waived. 0 means exit code 0.
 std::size_t CountFailing(const Report& report);
 
 // Findings about the project file that are errors, not warnings.

@@ -21,20 +21,28 @@ const char* WordOf(EditStatus status) {
 }
 
 OverallVerdict VerdictOf(const Summary& summary) {
+  if (summary.faults > 0 || summary.files_dropped > 0) return OverallVerdict::kIncomplete;
   if (summary.compared == 0) return OverallVerdict::kNothingCompared;
-  return summary.refused == 0 ? OverallVerdict::kAllowed : OverallVerdict::kRefused;
+  if (summary.refused > 0) return OverallVerdict::kRefused;
+  return summary.is_unchanged ? OverallVerdict::kUnchanged : OverallVerdict::kAllowed;
 }
 
 const char* WordOf(OverallVerdict verdict) {
-  constexpr const char* kWords[] = {"allowed", "refused", "nothing-compared"};
+  constexpr const char* kWords[] = {"allowed", "refused", "nothing-compared", "incomplete", "unchanged"};
   return kWords[static_cast<std::size_t>(verdict)];
 }
 
-const char* RemarkOn(const Summary& summary) {
+std::string RemarkOn(const Summary& summary) {
+  const std::size_t files = summary.files_not_checked;
+  if (files > 0) return " (" + Counted(files, "file") + (files == 1 ? " was" : " were") + " not checked)";
+  if (summary.faults > 0) return " (the check failed)";
+  const std::size_t dropped = summary.files_dropped;
+  if (dropped > 0) return " (" + Counted(dropped, "file") + (dropped == 1 ? " is" : " are") + " no longer checked)";
   if (summary.failing_for_warnings > 0) return " (warnings fail this call)";
   if (summary.refused > 0 && summary.failing == 0) return " (all waived)";
   if (summary.compared == 0 && summary.added > 0) return " (all tables are new)";
   if (summary.refused == 0 && summary.failing > 0) return " (but the project file has an error)";
+  if (VerdictOf(summary) == OverallVerdict::kUnchanged) return " (the baseline is the commit that is checked out)";
   const bool has_warnings = summary.warnings.all > summary.warnings.waived;
   return summary.refused == 0 && has_warnings ? " (with warnings)" : "";
 }
@@ -50,6 +58,21 @@ std::vector<std::string> SuggestionLines(std::string_view suggestion) {
     end = suggestion.find('\n');
     lines.push_back(OneLine(suggestion.substr(0, end)));
   }
+  return lines;
+}
+
+TextRange LocationOf(const InputFault& fault) {
+  TextRange range{.file = fault.file, .begin = {}, .end = {}, .span = {}, .line = {}};
+  if (fault.line == 0) return range;
+  range.begin = {fault.line, fault.column};
+  range.end = *range.begin;
+  return range;
+}
+
+std::vector<std::string> DetailsOf(const InputFault& fault) {
+  std::vector<std::string> lines;
+  if (!fault.allowed.empty()) lines.push_back("allowed: " + OneLine(fault.allowed));
+  if (!fault.needed_by.empty()) lines.push_back(OneLine(fault.needed_by) + " cannot be compared with " + OneLine(fault.file));
   return lines;
 }
 
@@ -81,6 +104,7 @@ std::string ToText(const Summary& summary) {
                      " removed";
   if (summary.findings > 0) text += "; " + Counted(summary.findings, "finding") + ", " + number(summary.waived) + " waived";
   if (summary.left_out > 0) text += ", " + number(summary.left_out) + " not listed (--max-findings raises the limit)";
+  if (summary.files_not_checked > 0) text += "; " + Counted(summary.files_not_checked, "file") + " not checked";
   text += AdvicePart(summary.warnings, "warning") + AdvicePart(summary.notes, "note");
   if (summary.files_added + summary.files_deleted + summary.files_moved > 0) {
     text += "; files: " + number(summary.files_added) + " added, " + number(summary.files_deleted) + " deleted, " +
@@ -121,9 +145,10 @@ std::string ToText(const TextRange& range) {
 
 std::vector<std::string> BaselinesOf(const Report& report) {
   std::vector<std::string> lines;
-  for (const auto& [name, origin] : report.baselines) {
+  for (const ReportBaseline& baseline : report.baselines) {
+    const std::string& origin = baseline.origin;
     if (origin.empty() && report.baselines.size() == 1) continue;
-    lines.push_back("baseline: " + OneLine(name) + (origin.empty() ? "" : " (" + origin + ")"));
+    lines.push_back("baseline: " + OneLine(baseline.name) + (origin.empty() ? "" : " (" + origin + ")"));
   }
   return lines;
 }

@@ -20,17 +20,20 @@ const char* WordOf(Status status);
 // "allowed", "refused", "blocked", "not-checked"
 const char* WordOf(EditStatus status);
 
-// The checker's verdict about all tables. Waivers do not change it. If no table was compared, nothing is allowed.
-enum class OverallVerdict : std::uint8_t { kAllowed, kRefused, kNothingCompared };
+// The checker's verdict about all tables. Waivers do not change it. If no table was compared, nothing is allowed. If a file could
+// not be checked, or is no longer selected, the verdict is incomplete, whatever the others are. If the baseline is the commit
+// that is checked out and no file differs, there was no change to allow.
+enum class OverallVerdict : std::uint8_t { kAllowed, kRefused, kNothingCompared, kIncomplete, kUnchanged };
 OverallVerdict VerdictOf(const Summary& summary);
 
-// "allowed", "refused", "nothing-compared"
+// "allowed", "refused", "nothing-compared", "incomplete", "unchanged"
 const char* WordOf(OverallVerdict verdict);
 
-// A remark to print after the verdict so that it is not misread: " (warnings fail this call)"; " (all waived)" if every refusal
-// is waived; " (all tables are new)" if none was compared; " (but the project file has an error)"; " (with warnings)"; usually
-// "".
-const char* RemarkOn(const Summary& summary);
+// A remark to print after the verdict so that it is not misread: " (1 file was not checked)", " (the check failed)" or " (1 file
+// is no longer checked)" if it is incomplete; " (warnings fail this call)"; " (all waived)" if every refusal is waived; " (all
+// tables are new)" if none was compared; " (but the project file has an error)"; " (the baseline is the commit that is checked
+// out)" if it is unchanged; " (with warnings)"; usually "".
+std::string RemarkOn(const Summary& summary);
 
 // "refused", "warning", "note"; "waived" if it is waived.
 const char* WordOf(const Finding& finding);
@@ -67,6 +70,12 @@ std::string ToText(const Waiver& waiver);
 
 // The lines of a suggestion, each on one line.
 std::vector<std::string> SuggestionLines(std::string_view suggestion);
+
+// Where a fault is, without the text of the line.
+TextRange LocationOf(const InputFault& fault);
+
+// What there is to say about a fault besides its text: what is allowed, and which file could not be compared.
+std::vector<std::string> DetailsOf(const InputFault& fault);
 
 // "error", "warning"
 const char* WordOf(ProjectFinding::Level level);

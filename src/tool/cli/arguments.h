@@ -7,8 +7,10 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "base/input_error.h"
 #include "schema/setting_values.h"
 
 namespace korvel::tool {
@@ -37,6 +39,16 @@ struct Argument {
   bool TakesFile() const;
 };
 
+// Thrown if the output would replace a file that the call needs: nothing may be written there, not even that the call failed.
+struct OutputIsInput : InputError {};
+
+// A call that ends without the result of its command.
+struct Failure {
+  const char* command;
+  const std::vector<std::string>& words;  // behind the command's name
+  const InputError* error;                // null for wrong usage and for internal errors
+};
+
 // The arguments of one command, in the order of its help. Declarations keep references to what they set. The returned argument is
 // valid until the next declaration.
 class ArgumentList {
@@ -58,7 +70,14 @@ class ArgumentList {
 
   const std::vector<Argument>& all() const { return arguments_; }
 
+  // What to do if the call fails, before the error is printed; it must not throw. Without it, nothing.
+  void OnFailure(std::function<void(const Failure& failure)> call) { on_failure_ = std::move(call); }
+  void Fail(const Failure& failure) const {
+    if (on_failure_) on_failure_(failure);
+  }
+
  private:
+  std::function<void(const Failure& failure)> on_failure_;
   std::vector<Argument> arguments_;
 };
 

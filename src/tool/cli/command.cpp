@@ -41,16 +41,26 @@ const Command& FindCommand(const std::string& name) {
 
 int RunCommand(const Command& command, const std::vector<std::string>& words) {
   const std::string name = command.name;
+  ArgumentList arguments;
+  const std::function<int()> run = command.declare(arguments);
+  const auto fail = [&](const InputError* error) { arguments.Fail({command.name, words, error}); };
   try {
-    ArgumentList arguments;
-    const std::function<int()> run = command.declare(arguments);
     if (const std::optional<std::string> help = Parse({command.name, command.summary}, arguments, words)) {
       WriteStandardOutput(AsProducer(*help));
       return kAllAllowed;
     }
     return run();
+  } catch (const OutputIsInput&) {
+    throw;
+  } catch (const InputError& error) {
+    fail(&error);
+    throw;
   } catch (const UsageError& error) {
+    fail(nullptr);
     throw InputError{{ToolMessage(name + ": " + OneLine(error.what)), "Try 'korvelcheck " + name + " --help'."}};
+  } catch (...) {
+    fail(nullptr);
+    throw;
   }
 }
 

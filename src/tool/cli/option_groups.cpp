@@ -2,6 +2,7 @@
 #include "tool/cli/option_groups.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 #include "schema/setting_values.h"
@@ -29,6 +30,25 @@ std::string SetServerVersion(PartialSettings& given, const std::string& value) {
   if (!IsVersion(value)) return kAllowedVersion;
   given.server_version = value;
   return "";
+}
+
+// An error that is not about single files is about the call.
+std::vector<InputFault> FaultsOfCall(const InputError& error) {
+  if (!error.faults.empty()) return error.faults;
+  std::vector<InputFault> faults;
+  for (const std::string& line : error.lines) {
+    const std::string prefix = ToolMessage("");
+    faults.push_back({.text = line.starts_with(prefix) ? line.substr(prefix.size()) : line, .message = line});
+  }
+  return faults;
+}
+
+std::string FailureReport(const ReportOptions& options, const Failure& failure) {
+  Report report;
+  report.command = failure.command;
+  report.faults = FaultsOfCall(*failure.error);
+  report.path_prefix = options.path_prefix;
+  return options.format->Render(report, options.output.CanColor());
 }
 
 std::string SetListNum(PartialSettings& given, const std::string& value) {
@@ -143,11 +163,24 @@ void OutputOption::AddTo(ArgumentList& arguments) {
                      std::string("write to FILE atomically; '-'") + (is_required ? "" : ", the default,") + " is standard output",
                  .set = set,
                  .is_required = is_required});
+  if (is_report) arguments.OnFailure([this](const Failure& failure) { Discard(failure); });
 }
 
 void OutputOption::Write(const std::string& text) const { Write(AsProducer(text)); }
 
-void OutputOption::Write(const Producer& produce) const { file ? WriteFile(*file, produce) : WriteStandardOutput(produce); }
+void OutputOption::Write(const Producer& produce) const {
+  file ? WriteFile(*file, produce) : WriteStandardOutput(produce);
+  is_complete = true;
+}
+
+void OutputOption::Discard(const Failure& failure) const {
+  try {
+    const std::string path = file ? *file : FindOutput(failure.words).value_or("-");
+    if (!is_complete && path != "-" && !MayBeInput(path, failure.words)) DiscardFile(path);
+  } catch (const std::exception&) {
+    // Out of memory: the call ends with its own error.
+  }
+}
 
 bool OutputOption::CanColor() const { return !file && tool::CanColor(); }
 
@@ -167,7 +200,9 @@ void LogOptions::AddTo(ArgumentList& arguments) {
 }
 
 void ReportOptions::AddTo(ArgumentList& arguments) {
+  output.is_report = true;
   output.AddTo(arguments);
+  arguments.OnFailure([this](const Failure& failure) { WriteFailure(failure); });
   static const std::vector<NamedCode> choices = ChoicesOf(Formats(), [](const Format& one) { return one.name; });
   arguments.AddChoice(
       "--format", choices, [this](int code) { format = &Formats()[static_cast<std::size_t>(code)]; },
@@ -176,6 +211,18 @@ void ReportOptions::AddTo(ArgumentList& arguments) {
                     "put TEXT in front of the paths in sarif, github, gitlab and junit; default: what leads from the top of the "
                     "repository to the working directory");
   log.AddTo(arguments);
+}
+
+// The report of a call that failed. Nothing is known about the schema files, so it has only faults.
+void ReportOptions::WriteFailure(const Failure& failure) const {
+  const bool is_wanted = failure.error != nullptr && !output.is_complete && !IsForPeople();
+  const bool is_safe = !output.file || !MayBeInput(*output.file, failure.words);
+  try {
+    if (is_wanted && is_safe) output.Write(AsProducer(FailureReport(*this, failure)));
+  } catch (const std::exception&) {
+    // The report cannot be written either.
+  }
+  output.Discard(failure);
 }
 
 void TextOrJson::AddTo(ArgumentList& arguments) {

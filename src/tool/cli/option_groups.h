@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "base/input_error.h"
 #include "base/limits.h"
 #include "project/project.h"
 #include "report/render/render.h"
@@ -73,6 +74,8 @@ struct FailOn {
 struct OutputOption {
   std::optional<std::string> file = {};  // absent: standard output
   bool is_required = false;
+  bool is_report = false;            // a failing call discards the result of an earlier call: see DiscardFile
+  mutable bool is_complete = false;  // the result was written
 
   void AddTo(ArgumentList& arguments);
 
@@ -81,6 +84,8 @@ struct OutputOption {
   void Write(const Producer& produce) const;
   // Whether the result may be colored.
   bool CanColor() const;
+  // Keeps the file of an earlier call from passing for the result of this one. Does not throw.
+  void Discard(const Failure& failure) const;
 };
 
 // --log, --log-format, --log-level
@@ -99,6 +104,13 @@ struct ReportOptions {
   LogOptions log;
 
   void AddTo(ArgumentList& arguments);
+
+  // Whether the report is text on standard output. If it would have nothing but faults, their messages on standard error are
+  // enough.
+  bool IsForPeople() const { return !output.file && format == Formats().data(); }
+
+ private:
+  void WriteFailure(const Failure& failure) const;
 };
 
 // --format text|json
@@ -114,6 +126,12 @@ struct PageFormat {
 
   void AddTo(ArgumentList& arguments);
 };
+
+// The file that the words of a call name with -o, even if other words are wrong.
+std::optional<std::string> FindOutput(const std::vector<std::string>& words);
+
+// Whether the output file of a call may be one that it reads: a project file, a schema, or a file that it names a second time.
+bool MayBeInput(const std::string& file, const std::vector<std::string>& words);
 
 // Throws InputError if the output or the log would replace or change one of the files that are read, or the other one.
 void RefuseOverlaps(const std::vector<std::string>& inputs, const OutputOption& output, const LogOptions& log = {});

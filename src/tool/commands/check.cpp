@@ -46,15 +46,16 @@ struct CheckArguments {
 };
 
 CheckRequest RequestOf(const CheckArguments& arguments, const Project* project) {
-  return {.command = "check",
-          .paths = arguments.inputs.paths,
-          .baselines = arguments.baseline.For(arguments.inputs.paths, project),
-          .allow_new = arguments.allow_new,
-          .format = arguments.report.format,
-          .options = arguments.OptionsFor(project),
-          .on_files = [&](const std::vector<std::string>& files) {
-            RefuseOverlaps(files, arguments.report.output, arguments.report.log);
-          }};
+  return {
+      .command = "check",
+      .paths = arguments.inputs.paths,
+      .baselines = arguments.baseline.For(arguments.inputs.paths, project),
+      .allow_new = arguments.allow_new,
+      .format = arguments.report.format,
+      .options = arguments.OptionsFor(project),
+      .on_files =
+          [&](const std::vector<std::string>& files) { RefuseOverlaps(files, arguments.report.output, arguments.report.log); },
+      .reports_faults = true};
 }
 
 int Run(const CheckArguments& arguments) {
@@ -68,7 +69,7 @@ int Run(const CheckArguments& arguments) {
     CommandResult result = RunCheck(request);
     result.report.fails_on_warnings = arguments.fail_on.Warnings(request.options.project);
     if (!project) return result;
-    const bool all_compared = request.paths.empty() && request.options.tables.empty();
+    const bool all_compared = request.paths.empty() && request.options.tables.empty() && result.report.faults.empty();
     const std::vector<WaiverUse> uses = ApplyWaivers(*project, result.report);
     ReportWaivers(*project, uses, {.all_compared = all_compared, .is_strict = arguments.strict_waivers}, result.report);
     return result;

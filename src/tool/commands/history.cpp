@@ -20,7 +20,7 @@ struct HistoryArguments {
   FindingLimit limit;
   FailOn fail_on;
   bool uses_git = false;
-  OutputOption output;
+  OutputOption output{.is_report = true};
   TextOrJson format;
 
   void AddTo(ArgumentList& arguments) {

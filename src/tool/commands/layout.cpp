@@ -12,7 +12,7 @@ namespace {
 struct LayoutArguments {
   InputFiles inputs;
   TableSelection selection;
-  OutputOption output;
+  OutputOption output{.is_report = true};
   TextOrJson format;
 
   void AddTo(ArgumentList& arguments) {

@@ -1,6 +1,5 @@
 // Tested by tests/tool/lint_test.cpp.
 #include "base/input_error.h"
-#include "base/text.h"
 #include "project/check_tables.h"
 #include "project/waivers.h"
 #include "tool/cli/command.h"
@@ -28,20 +27,20 @@ struct LintArguments {
   }
 };
 
-void RequireTablesInEach(const std::vector<Input>& inputs) {
-  InputError empty;
-  for (const Input& input : inputs) {
-    if (input.tables.empty()) empty.lines.push_back(ToolMessage(OneLine(input.name) + ": no table (a meta with a primary key)"));
+// A file without a table must not pass as checked.
+void RequireTablesInEach(CommandResult& result) {
+  for (const Input& input : result.inputs) {
+    if (!input.tables.empty()) continue;
+    result.report.faults.push_back(FaultAbout(FaultKind::kNoTable, input.name, "no table (a meta with a primary key)"));
   }
-  if (!empty.lines.empty()) throw empty;
 }
 
 // A table is acceptable if it may stay as it is.
 CommandResult Lint(const LintArguments& arguments, const CheckOptions& options) {
-  CommandResult result = LoadForReport("lint", kFiles, arguments.inputs.paths, *arguments.report.format);
-  RequireTablesInEach(result.inputs);
+  CommandResult result = LoadReadable("lint", kFiles, arguments.inputs.paths, *arguments.report.format);
+  RequireTablesInEach(result);
   for (std::size_t i = 0; i < result.inputs.size(); ++i) {
-    SetPathInProject(options.project, arguments.inputs.paths[i], result.inputs[i]);
+    SetPathInProject(options.project, result.paths[i], result.inputs[i]);
   }
   for (const Input& input : result.inputs) {
     CheckEachTable(result.report, {input, input}, {input.tables.begin(), input.tables.end()}, options);

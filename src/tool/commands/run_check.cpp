@@ -113,6 +113,7 @@ void RequireBaseline(const CheckRequest& request) {
 
 CommandResult RunCheck(const CheckRequest& request) {
   CommandResult result = request.HasBaseline() ? CheckAgainstAll(request) : CheckPair(request);
+  if (!request.reports_faults && !result.report.faults.empty()) throw ErrorOf(std::move(result.report.faults));
   result.report.max_findings = request.options.max_findings;
   return result;
 }

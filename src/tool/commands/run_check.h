@@ -31,6 +31,7 @@ struct CheckRequest {
   const Format* format = Formats().data();
   CheckOptions options = {};
   std::function<void(const std::vector<std::string>& files)> on_files = nullptr;  // called with the files of a project
+  bool reports_faults = false;  // faults of files of a project are in the report; otherwise they are an InputError
 
   // Two files are compared without a baseline.
   bool HasBaseline() const { return !baselines.empty(); }

@@ -1,10 +1,13 @@
 // Tested by tests/tool/output_test.cpp and log_test.cpp.
 #include "tool/commands/run_report.h"
 
+#include <unistd.h>
+
 #include <cstddef>
 #include <stdexcept>
 #include <utility>
 
+#include "base/file_descriptor.h"
 #include "base/input_error.h"
 #include "project/check_tables.h"
 #include "project/load_inputs.h"
@@ -34,11 +37,26 @@ void ReadShownTexts(const Report& report) {
   }
 }
 
+void PrintLines(const std::vector<std::string>& lines) {
+  std::string text;
+  for (const std::string& line : lines) text += line + "\n";
+  static_cast<void>(WriteAll(STDERR_FILENO, text));
+}
+
 }  // namespace
 
 CommandResult LoadForReport(const char* command, const InputRoles& roles, const std::vector<std::string>& paths,
                             const Format& format) {
-  CommandResult result{.inputs = LoadInputs(paths, format.shows_sources ? Texts::kShown : Texts::kWhenNeeded)};
+  CommandResult result = LoadReadable(command, roles, paths, format);
+  if (!result.report.faults.empty()) throw ErrorOf(std::move(result.report.faults));
+  return result;
+}
+
+CommandResult LoadReadable(const char* command, const InputRoles& roles, const std::vector<std::string>& paths,
+                           const Format& format) {
+  LoadedInputs loaded = TryToLoadInputs(paths, format.shows_sources ? Texts::kShown : Texts::kWhenNeeded);
+  CommandResult result{.inputs = std::move(loaded.inputs), .paths = std::move(loaded.paths)};
+  result.report.faults = std::move(loaded.faults);
   result.report.command = command;
   for (std::size_t i = 0; i < result.inputs.size(); ++i) {
     result.report.inputs.push_back({i == 0 ? roles.first : roles.second, &result.inputs[i]});
@@ -55,6 +73,8 @@ int RunReport(const ReportOptions& options, const std::vector<std::string>& inpu
   // Never destroyed: the end of the process gives the memory of the schemas back faster.
   static std::vector<std::unique_ptr<CommandResult>>& results = *new std::vector<std::unique_ptr<CommandResult>>;
   CommandResult& result = *results.emplace_back(std::make_unique<CommandResult>(check(log ? log->handle() : closed.handle())));
+  const std::vector<InputFault>& faults = result.report.faults;
+  if (!faults.empty() && result.report.tables.empty() && options.IsForPeople()) throw ErrorOf(faults);
   result.report.path_prefix = options.path_prefix;
   AddSuggestions(result.report, options.format->shows_fixes);
   if (log) log->Close();
@@ -62,6 +82,9 @@ int RunReport(const ReportOptions& options, const std::vector<std::string>& inpu
   ReadShownTexts(result.report);
   options.output.Write([&](const TextSink& sink) { options.format->write(result.report, options.output.CanColor(), sink); });
   if (const std::string failure = log ? log->WriteFailure() : ""; !failure.empty()) throw std::runtime_error(failure);
+  const bool is_visible = options.IsForPeople() && ::isatty(STDOUT_FILENO) == 1;
+  if (!faults.empty() && !is_visible) PrintLines(LinesOf(faults));
+  if (!faults.empty()) return kInputError;
   return CountFailing(result.report) == 0 ? kAllAllowed : kSomeRefused;
 }
 

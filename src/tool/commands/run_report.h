@@ -16,6 +16,7 @@ namespace korvel::tool {
 // What a command found out. The report is about the sources, which the result owns; it may be moved.
 struct CommandResult {
   std::vector<Input> inputs = {};
+  std::vector<std::string> paths = {};  // of the inputs, as given
   Report report = {};
   std::vector<std::shared_ptr<const Source>> project_sources = {};  // of a project check; may hold null
 };
@@ -33,8 +34,14 @@ inline constexpr InputRoles kFiles{"file", "file"};
 CommandResult LoadForReport(const char* command, const InputRoles& roles, const std::vector<std::string>& paths,
                             const Format& format);
 
-// Opens the log, runs `check`, and writes its report. `log` is never null. Returns the exit code. Throws UsageError and
-// InputError about `inputs`, and what `check` throws.
+// The same, but files that cannot be read are faults of the report.
+CommandResult LoadReadable(const char* command, const InputRoles& roles, const std::vector<std::string>& paths,
+                           const Format& format);
+
+// Opens the log, runs `check`, and writes its report. `log` is never null. Returns the exit code. Prints the
+// faults of the report on standard error, unless the report shows them
+// on a terminal. Throws UsageError and InputError about `inputs`, and
+// what `check` throws.
 int RunReport(const ReportOptions& options, const std::vector<std::string>& inputs,
               const std::function<CommandResult(LPVESKCATEGORYINST log)>& check);
 

@@ -18,7 +18,7 @@ struct WaiversArguments {
   TableSettings settings;
   BaselineOption baseline;
   FindingLimit limit;
-  OutputOption output;
+  OutputOption output{.is_report = true};
   TextOrJson format;
 
   void AddTo(ArgumentList& arguments) {

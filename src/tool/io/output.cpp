@@ -159,4 +159,12 @@ void WriteFile(const std::string& path, const Producer& produce) {
   file.Move();
 }
 
+void DiscardFile(const std::string& path) {
+  struct stat status {};
+  const bool is_there = ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+  if (!is_there || ::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) return;
+  const bool is_link = ::lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+  if (is_link || ::unlink(path.c_str()) != 0) static_cast<void>(::truncate(path.c_str(), 0));
+}
+
 }  // namespace korvel::tool

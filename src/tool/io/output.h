@@ -24,7 +24,12 @@ void WriteStandardOutput(const Producer& produce);
 // followed.
 void WriteFile(const std::string& path, const Producer& produce);
 
-// The same for a text.
+// Makes sure that the result of an earlier call does not pass for that of a call that failed. Removes a regular file; empties it
+// if it cannot be removed or is the target of a link, so that the link stays. Leaves write-protected files alone, and everything
+// that is no regular file.
+void DiscardFile(const std::string& path);
+
+// A text as the whole result.
 inline Producer AsProducer(std::string_view text) {
   return [text](const TextSink& sink) { sink(text); };
 }
