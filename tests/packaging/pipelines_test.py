@@ -160,11 +160,31 @@ class Action(Repository):
         done = self.check(WIDE_KEY, paths="\n  \nschemas/my orders.xml\n")
         self.assertEqual(done.returncode, 1, done.stderr)
 
-    def test_what_cannot_be_asked_fails_at_once(self):
-        done = self.check(GROWN, paths="scheams")
+    def test_failed_check_has_reports(self):
+        done = self.check(GROWN, paths="scheams", sarif=self.path("sarif"))
         self.assertEqual(done.returncode, 2)
-        self.assertIn("scheams", done.stderr)
-        self.assertFalse(os.path.exists(self.path("GITHUB_STEP_SUMMARY")))
+        self.assertIn("scheams: no schema file in either state", done.stderr)
+        self.assertIn("::error title=korvelcheck%3A check.failed::scheams: no schema file in either state", done.stdout)
+        self.assertIn("korvelcheck: incomplete (the check failed)", self.read("GITHUB_STEP_SUMMARY"))
+        run = json.loads(self.read("sarif"))["runs"][0]
+        self.assertFalse(run["invocations"][0]["executionSuccessful"])
+        self.assertEqual([result["ruleId"] for result in run["results"]], ["check.failed"])
+
+    def test_broken_file_is_reported_with_the_others(self):
+        """One broken file left the job without a summary and without SARIF."""
+        self.write("<metalib>\n", "schemas/mall.xml")
+        done = self.check(WIDE_KEY, sarif=self.path("sarif"))
+        self.assertEqual(done.returncode, 2)
+        self.assertIn("::error file=schemas/mall.xml,line=", done.stdout)
+        self.assertIn("::error file=schemas/my orders.xml,line=3,", done.stdout)
+        summary = self.read("GITHUB_STEP_SUMMARY")
+        self.assertIn("korvelcheck: incomplete (1 file was not checked)", summary)
+        self.assertIn("primary-key.size", summary)
+        run = json.loads(self.read("sarif"))["runs"][0]
+        self.assertFalse(run["invocations"][0]["executionSuccessful"])
+        rules = {result["ruleId"] for result in run["results"]}
+        self.assertIn("primary-key.size", rules)
+        self.assertTrue(rules & {"schema.syntax", "schema.invalid"}, rules)
 
     def test_base_that_is_here(self):
         base = self.git("rev-parse", "HEAD")
@@ -275,10 +295,25 @@ class Template(Repository):
         self.assertEqual(done.returncode, 0, done.stderr)
         self.assertIn("nothing-compared (all tables are new)", done.stdout)
 
-    def test_what_cannot_be_asked_fails_at_once(self):
+    def test_failed_check_has_a_report(self):
+        """An earlier report without findings stayed in place."""
+        self.write("[]", self.job()["artifacts"]["reports"]["codequality"])
         done = self.run_job(self.git("rev-parse", "HEAD"), paths="scheams")
         self.assertEqual(done.returncode, 2)
-        self.assertNotIn("verdict", done.stdout)
+        self.assertIn("scheams: no schema file in either state", done.stderr)
+        self.assertEqual([finding["check_name"] for finding in self.report()], ["check.failed"])
+
+    def test_broken_file_is_reported_with_the_others(self):
+        base = self.git("rev-parse", "HEAD")
+        self.write("<metalib>\n", "schemas/mall.xml")
+        self.commit(WIDE_KEY)
+        done = self.run_job(base)
+        self.assertEqual(done.returncode, 2)
+        self.assertIn("verdict: incomplete (1 file was not checked)", done.stdout)
+        self.assertIn(REFUSAL, done.stdout)
+        rules = {finding["check_name"] for finding in self.report()}
+        self.assertIn("primary-key.size", rules)
+        self.assertTrue(rules & {"schema.syntax", "schema.invalid"}, rules)
 
 
 @unittest.skipUnless(shutil.which("pre-commit"), "pre-commit is not installed")
