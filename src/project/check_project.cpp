@@ -36,6 +36,7 @@ class Comparison {
       if (!files.in_new.contains(path)) pairs_.push_back({.old_path = &path});
     }
     for (const std::string& path : files.removed_elsewhere) pairs_.push_back({.old_path = &path, .is_requested = false});
+    for (FilePair& pair : pairs_) pair.project = &states_.projects->Of(pair.Path());
   }
 
   ProjectResult Run() {
@@ -111,7 +112,7 @@ class Comparison {
       FilePair& old_pair = pairs_[removed[from]];
       FilePair& moved = pairs_[added[to]];
       moved.old_path = old_pair.old_path;
-      moved.first = std::move(old_pair.first);
+      moved.first = pair_check_.InProjectOf(moved, std::move(old_pair.first));
       moved.names.insert(moved.names.begin(), old_pair.names.begin(), old_pair.names.end());
       is_taken[removed[from]] = true;
     }
@@ -130,16 +131,26 @@ class Comparison {
       if (std::ranges::find(known, name) != known.end()) continue;
       unknown.lines.push_back(ToolMessage("table " + Quote(name) + " is in no file" + DidYouMean(name, known)));
     }
-    if (options_.project != nullptr && check_.files.is_whole) AddUnknownSettings(*options_.project, known, unknown);
+    const ProjectSet& projects = states_.projects->projects();
+    for (std::size_t i = 0; check_.files.is_whole && i < projects.size(); ++i) {
+      if (projects[i] != nullptr && projects.IsCovered(i)) AddUnknownSettings(*projects[i], i, unknown);
+    }
     if (!unknown.lines.empty()) throw unknown;
   }
 
-  static void AddUnknownSettings(const Project& project, const std::vector<std::string_view>& known, InputError& unknown) {
+  // Settings are for the tables of the files that the project file judges.
+  void AddUnknownSettings(const Project& project, std::size_t position, InputError& unknown) const {
+    if (project.tables.empty()) return;
+    std::vector<std::string_view> known;
+    for (const FilePair& pair : pairs_) {
+      if (pair.project->position == position) known.insert(known.end(), pair.names.begin(), pair.names.end());
+    }
     const std::set<std::string_view> tables(known.begin(), known.end());
+    const std::string others = states_.projects->projects().size() > 1 ? " of this project file" : "";
     for (const auto& [name, settings] : project.tables) {
       if (tables.contains(name)) continue;
       unknown.lines.push_back(OneLine(FileLineColumn(project.file, settings.location) + ": error: [tables." + Quote(name) +
-                                      "] is for a table that no schema file has" + DidYouMean(name, known)));
+                                      "] is for a table that no schema file" + others + " has" + DidYouMean(name, known)));
     }
   }
 
@@ -156,9 +167,11 @@ class Comparison {
       if (pair.second != nullptr && pair.new_path != nullptr) report.inputs.push_back({"new", pair.second.get()});
       std::ranges::move(std::exchange(pair.tables, {}), std::back_inserter(report.tables));
       result.sources.insert(result.sources.end(), {pair.first, pair.second});
+      const bool is_one_of_several = states_.projects->projects().size() > 1;
+      if (is_one_of_several) result.judged.emplace_back(pair.project->position, states_.new_state->Display(pair.Path()));
     }
     AddBaseline(report);
-    for (const std::string& file : check_.files.dropped) AddDropped(file, report);
+    for (const DroppedFile& file : check_.files.dropped) AddDropped(file, report);
     const bool is_compared =
         std::ranges::any_of(report.tables, [](const TableResult& one) { return one.status != Status::kNew; });
     if (!is_compared && report.faults.empty()) RequireOnlyNew(report);
@@ -173,14 +186,17 @@ class Comparison {
     return FileNote{old_file.empty() ? Kind::kAdded : new_file.empty() ? Kind::kDeleted : Kind::kMoved, old_file, new_file};
   }
 
-  void AddDropped(const std::string& file, Report& report) const {
-    const Project& project = *options_.project;
+  void AddDropped(const DroppedFile& file, Report& report) const {
+    const std::string& baseline = states_.baseline.name;
+    const std::string reason = file.had_project_file
+                                   ? "the project file of " + baseline + " selects it, this one does not"
+                                   : baseline + " has no project file that leaves it out, this one leaves it out";
     report.project.push_back({.rule = kNoLongerChecked,
-                              .file = project.file,
-                              .position = project.paths.front().location,
-                              .text = states_.new_state->Display(file) + " is no longer checked: the project file of " +
-                                      states_.baseline.name + " selects it, this one does not",
-                              .suggestion = "select it again in 'paths', or delete the file"});
+                              .file = file.project_file,
+                              .position = file.location,
+                              .text = states_.new_state->Display(file.path) + " is no longer checked: " + reason,
+                              .suggestion = file.is_excluded ? "remove it from 'exclude', or delete the file"
+                                                             : "select it again in 'paths', or delete the file"});
   }
 
   // Without any change, the wrong baseline may be the reason.
@@ -198,7 +214,7 @@ class Comparison {
   void RequireOnlyNew(const Report& report) const {
     const auto refuse = [](const std::string& why) { throw InputError{{ToolMessage("nothing was compared: " + why)}}; };
     if (report.tables.empty()) refuse("no file has a table");
-    if (!HasSchema(options_.project, states_)) {
+    if (!HasSchema(states_)) {
       refuse(OneLine(states_.baseline.name) +
              " has no schema file; compare with a state that has some. Check the first schemas of a project with 'korvelcheck "
              "lint'");
@@ -237,6 +253,7 @@ void Append(ProjectResult more, bool names_baseline, ProjectResult& result) {
   append(std::move(more.report.project), result.report.project);
   AppendNew(std::move(more.report.faults), result.report.faults);
   append(std::move(more.sources), result.sources);
+  append(std::move(more.judged), result.judged);
 }
 
 ProjectResult CheckProject(const ProjectCheck& check) { return Comparison(check).Run(); }

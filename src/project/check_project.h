@@ -22,15 +22,16 @@ using ProgressCallback = std::function<void(ProjectPhase phase, std::size_t done
 
 struct ProjectCheck {
   ProjectStates states;
-  ProjectFiles files;  // of these states
-  CheckOptions options;
+  ProjectFiles files;                      // of these states
+  CheckOptions options;                    // their project file is that of the call
   bool allow_new = false;                  // succeed even if every table is new
   bool shows_sources = false;              // give images a text, so that a report can show lines (AddDump)
   ProgressCallback on_progress = nullptr;  // may be empty
 };
 
 struct ProjectResult {
-  Report report;                                       // without a command
+  Report report;                                       // without a command and project files
+  std::vector<JudgedFile> judged;                      // by each project file; empty if there is only one
   std::vector<std::shared_ptr<const Source>> sources;  // of the report; may hold null
 };
 

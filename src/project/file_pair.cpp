@@ -41,8 +41,7 @@ std::shared_ptr<const Source> ReleaseFrom(std::vector<TableResult>& tables, cons
 }  // namespace
 
 FilePairCheck::FilePairCheck(const ProjectCheck& check) : check_(check) {
-  const CheckOptions& options = check.options;
-  wants_names_ = !options.tables.empty() || (options.project != nullptr && !options.project->tables.empty());
+  wants_names_ = !check.options.tables.empty() || check.states.projects->projects().HasTableSettings();
 }
 
 void FilePairCheck::Load(FilePair& pair) const {
@@ -61,7 +60,7 @@ void FilePairCheck::LoadSides(FilePair& pair) const {
   if (pair.new_path != nullptr) new_bytes = state.Read(*pair.new_path);
   if (pair.old_path != nullptr) LoadOld(pair, new_bytes);
   if (pair.new_path == nullptr) return;
-  pair.second = LoadFrom(state, *pair.new_path, std::move(new_bytes));
+  pair.second = LoadFrom(state, pair, *pair.new_path, std::move(new_bytes));
   const bool is_same = pair.old_path != nullptr && pair.first == nullptr && pair.faults.empty();
   if (is_same) pair.first = pair.second;
   pair.is_unchanged = is_same;
@@ -72,9 +71,9 @@ void FilePairCheck::LoadOld(FilePair& pair, const Bytes& new_bytes) const {
   FileTree& state = *check_.states.old_state;
   try {
     if (pair.new_path == nullptr) {
-      pair.first = LoadFrom(state, *pair.old_path, state.Read(*pair.old_path));
+      pair.first = LoadFrom(state, pair, *pair.old_path, state.Read(*pair.old_path));
     } else if (std::optional<Bytes> bytes = state.ReadUnless(*pair.old_path, new_bytes.View())) {
-      pair.first = LoadFrom(state, *pair.old_path, std::move(*bytes));
+      pair.first = LoadFrom(state, pair, *pair.old_path, std::move(*bytes));
     }
   } catch (const InputError& error) {
     pair.faults = FaultsOf(error, state.Display(*pair.old_path));
@@ -87,10 +86,19 @@ std::shared_ptr<const Source> FilePairCheck::Share(Input input) const {
   return std::make_shared<Input>(std::move(input));
 }
 
-std::shared_ptr<const Source> FilePairCheck::LoadFrom(FileTree& state, const std::string& path, Bytes bytes) const {
+std::shared_ptr<const Source> FilePairCheck::LoadFrom(FileTree& state, const FilePair& pair, const std::string& path,
+                                                      Bytes bytes) const {
   Input input = LoadBytes(state.Display(path), std::move(bytes));
-  input.path_in_project = PathInProject(check_.states.project_directory, path);
+  input.path_in_project = PathInProject(pair.project->directory, path);
   return Share(std::move(input));
+}
+
+std::shared_ptr<const Source> FilePairCheck::InProjectOf(const FilePair& pair, std::shared_ptr<const Source> source) {
+  std::string path = PathInProject(pair.project->directory, *pair.old_path);
+  if (path == source->path_in_project) return source;
+  auto own = std::make_shared<Source>(*source);
+  own->path_in_project = std::move(path);
+  return own;
 }
 
 // The side without tables that a deleted file is compared with.
@@ -101,16 +109,19 @@ std::shared_ptr<const Source> FilePairCheck::WithoutTables(const Source& old_sou
 }
 
 std::vector<TableResult> FilePairCheck::TablesOf(FilePair& pair) const {
-  if (pair.old_path == nullptr) return NewTables(*pair.second, {}, check_.options);
+  CheckOptions options = check_.options;
+  options.project = pair.project->project;
+  if (pair.old_path == nullptr) return NewTables(*pair.second, {}, options);
   if (pair.new_path == nullptr) {
     if (pair.first->tables.empty()) return {};
     pair.second = WithoutTables(*pair.first, check_.states.new_state->Display(*pair.old_path));
   }
-  return CheckTables({*pair.first, *pair.second}, check_.options);
+  return CheckTables({*pair.first, *pair.second}, options);
 }
 
 void FilePairCheck::Check(FilePair& pair) const {
   pair.tables = TablesOf(pair);
+  for (TableResult& table : pair.tables) table.project = pair.project->position;
   pair.is_checked = true;
   if (std::ranges::none_of(pair.tables, ShowsSources)) Release(pair);
 }

@@ -23,6 +23,8 @@ struct FilePair {
   bool is_checked = false;
   bool is_unchanged = false;  // the same bytes under the same path on both sides; known once loaded
 
+  const ProjectScope* project = nullptr;  // what judges it: the project file of Path(). Borrowed
+
   const std::string& Path() const { return new_path == nullptr ? *old_path : *new_path; }
 };
 
@@ -35,6 +37,9 @@ class FilePairCheck {
   // Reads the files of both sides, or sets `faults`.
   void Load(FilePair& pair) const;
 
+  // An old source that was loaded as part of another pair, with the path that identifies it in the project of this one.
+  static std::shared_ptr<const Source> InProjectOf(const FilePair& pair, std::shared_ptr<const Source> source);
+
   // Checks the tables of both sides, then releases the sources. REQUIRES: loaded without a fault.
   void Check(FilePair& pair) const;
 
@@ -42,7 +47,7 @@ class FilePairCheck {
   void LoadSides(FilePair& pair) const;
   void LoadOld(FilePair& pair, const Bytes& new_bytes) const;
   std::shared_ptr<const Source> Share(Input input) const;
-  std::shared_ptr<const Source> LoadFrom(FileTree& state, const std::string& path, Bytes bytes) const;
+  std::shared_ptr<const Source> LoadFrom(FileTree& state, const FilePair& pair, const std::string& path, Bytes bytes) const;
   std::shared_ptr<const Source> WithoutTables(const Source& old_source, const std::string& shown) const;
   std::vector<TableResult> TablesOf(FilePair& pair) const;
   void Release(FilePair& pair) const;

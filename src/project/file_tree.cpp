@@ -31,6 +31,11 @@ class Disk : public FileTree {
     return fs::exists(status) && !fs::is_directory(status);
   }
 
+  bool HasName(const std::string& path) const override {
+    std::error_code ignored;
+    return fs::exists(fs::symlink_status(OnDisk(path), ignored));
+  }
+
   std::vector<std::string> Below(const std::string& directory) const override {
     std::vector<std::string> files;
     std::error_code error;
@@ -107,6 +112,10 @@ class WorkTree : public DiskSeenFrom {
 
   bool HasFile(const std::string& path) const override {
     return DiskSeenFrom::HasFile(path) || FindFile(left_out_, path) != nullptr;
+  }
+
+  bool HasName(const std::string& path) const override {
+    return DiskSeenFrom::HasName(path) || FindFile(left_out_, path) != nullptr;
   }
 
   std::vector<std::string> Below(const std::string& directory) const override {

@@ -18,6 +18,8 @@ class FileTree {
   virtual ~FileTree() = default;
 
   virtual bool HasFile(const std::string& path) const = 0;
+  // Whether the path names anything: on the disk also a directory, or a link to nothing.
+  virtual bool HasName(const std::string& path) const { return HasFile(path); }
   // All files below a directory, ordered by path; none if it is no directory. Throws InputError.
   virtual std::vector<std::string> Below(const std::string& directory) const = 0;
   // The bytes of a file. May be called by several threads. Throws InputError with lines that begin with Display(path).

@@ -22,6 +22,13 @@ void FillIn(PartialSettings& settings, const PartialSettings& others) {
   FillIn(settings.list_num, others.list_num);
 }
 
+bool IsThere(const std::filesystem::path& path) {
+  std::error_code ignored;
+  return std::filesystem::exists(std::filesystem::symlink_status(path, ignored));
+}
+
+bool IsRepositoryTop(const std::filesystem::path& directory) { return IsThere(directory / ".git"); }
+
 }  // namespace
 
 Project ReadProject(const std::string& path) {
@@ -32,16 +39,24 @@ Project ReadProject(const std::string& path) {
 // A relative path upwards, which can be opened from the working directory.
 std::optional<std::string> FindProjectFile() {
   std::error_code error;
-  std::error_code ignored;
   std::string up;
   for (std::filesystem::path directory = std::filesystem::current_path(error); !error; directory = directory.parent_path()) {
     const std::string path = up + kProjectFileName;
     // A dangling link counts: opening it is an error, and ignoring it would ignore the project's settings.
-    if (std::filesystem::exists(std::filesystem::symlink_status(path, ignored))) return path;
-    if (directory == directory.parent_path()) break;
+    if (IsThere(path)) return path;
+    if (IsRepositoryTop(directory) || directory == directory.parent_path()) break;
     up += "../";
   }
   return std::nullopt;
+}
+
+std::string RepositoryTop() {
+  std::error_code error;
+  for (std::filesystem::path directory = std::filesystem::current_path(error); !error; directory = directory.parent_path()) {
+    if (IsRepositoryTop(directory)) return directory;
+    if (directory == directory.parent_path()) break;
+  }
+  return "";
 }
 
 PartialSettings GivenFor(const PartialSettings& given, const Project* project, const std::string& table) {

@@ -9,10 +9,10 @@
 #include "base/did_you_mean.h"
 #include "base/input_error.h"
 #include "base/text.h"
-#include "project/glob.h"
+#include "project/dropped_files.h"
+#include "project/file_selection.h"
+#include "project/git.h"
 #include "project/project_path.h"
-#include "qmx/qmx_types.h"
-#include "schema/input.h"
 
 namespace korvel {
 namespace {
@@ -29,131 +29,79 @@ std::string Below(const fs::path& path, const std::string& top, const std::strin
   return below;
 }
 
-// The patterns of the project, from the top of its states.
-class Patterns {
- public:
-  Patterns(const Project* project, const ProjectStates& states) : project_(project) {
-    if (project_ == nullptr) return;
-    prefix_ = Below(AbsolutePath(project_->directory), states.top, project_->file);
-    if (!prefix_.empty()) prefix_ += '/';
-  }
-
-  bool IsEmpty() const { return project_ == nullptr || project_->paths.empty(); }
-  const std::vector<ProjectText>& All() const { return project_->paths; }
-
-  bool Match(const ProjectText& pattern, const std::string& path) const {
-    if (!path.starts_with(prefix_)) return false;
-    const std::string_view below = std::string_view(path).substr(prefix_.size());
-    const auto matches = [&](const ProjectText& one) { return MatchesGlob(one.text, below); };
-    return matches(pattern) && std::ranges::none_of(project_->exclude, matches);
-  }
-
-  bool MatchAny(const std::string& path) const {
-    return std::ranges::any_of(All(), [&](const ProjectText& pattern) { return Match(pattern, path); });
-  }
-
-  // Where the files of a pattern are.
-  std::string Directory(const ProjectText& pattern) const {
-    std::string directory = prefix_ + std::string(FixedDirectory(pattern.text));
-    if (directory.ends_with('/')) directory.pop_back();
-    return directory;
-  }
-
-  std::string LocationOf(const ProjectText& pattern) const { return FileLineColumn(project_->file, pattern.location); }
-
- private:
-  const Project* project_;
-  std::string prefix_;
-};
-
-bool HasSchemaSuffix(const std::string& path) { return path.ends_with(".xml") || path.ends_with(".qmb"); }
-
-void AddMatching(const FileTree& state, const Patterns& patterns, const ProjectText& pattern, std::set<std::string>& files) {
-  for (const std::string& file : state.Below(patterns.Directory(pattern))) {
-    if (patterns.Match(pattern, file)) files.insert(file);
-  }
+std::string NoMatch(const Project& project, const ProjectText& pattern) {
+  return OneLine(FileLineColumn(project.file, pattern.location) + ": error: " + Quote(pattern.text) +
+                 " matches no file; allowed: patterns that match a file of either state");
 }
 
-bool IsSchema(FileTree& state, const std::string& path) {
-  try {
-    LoadBytes(path, state.Read(path));
-    return true;
-  } catch (const InputError&) {
-    return false;
+// Whether the condition holds for any of the files below a directory.
+bool AnyBelow(const std::set<std::string>& files, const std::string& directory, auto condition) {
+  const std::string prefix = directory.empty() ? "" : directory + "/";
+  for (auto file = files.lower_bound(prefix); file != files.end() && file->starts_with(prefix); ++file) {
+    if (condition(*file)) return true;
   }
+  return false;
 }
 
-// The project file as it is in the old state; nullopt if it has none there, or a faulty one.
-std::optional<Project> OldProject(const Project& project, const ProjectStates& states) {
-  const std::string path = Below(AbsolutePath(project.file), states.top, project.file);
-  if (!states.old_state->HasFile(path)) return std::nullopt;
-  try {
-    return ParseProject(project.file, project.directory, std::string(states.old_state->Read(path).View()));
-  } catch (const InputError&) {
-    return std::nullopt;
-  }
-}
-
-// Adds what only the patterns of the old state select there: a narrower 'paths' or a new 'exclude' must not hide a change. A file
-// that has gone is compared; one that still exists is only named.
-void AddDropped(const Project& project, const ProjectStates& states, ProjectFiles& files) {
-  const std::optional<Project> old_project = OldProject(project, states);
-  if (!old_project) return;
-  const Patterns patterns(&*old_project, states);
-  for (const ProjectText& pattern : patterns.All()) {
-    std::set<std::string> selected;
-    AddMatching(*states.old_state, patterns, pattern, selected);
-    for (const std::string& file : selected) {
-      if (files.in_old.contains(file) || !IsSchema(*states.old_state, file)) continue;
-      if (!states.new_state->HasFile(file)) {
-        files.in_old.insert(file);
-      } else if (std::ranges::find(files.dropped, file) == files.dropped.end()) {
-        files.dropped.push_back(file);
-      }
+// Marks the nested project files whose schemas are all selected. Their patterns must match files, too.
+void AddCovered(const WholeProject& whole, const ProjectStates& states, const ProjectFiles& files, InputError& faults) {
+  NearestProjects& projects = *states.projects;
+  projects.projects().SetCovered(0);
+  for (const ProjectScope& scope : projects.nested()) {
+    if (!whole.IsCovered(scope)) continue;
+    projects.projects().SetCovered(scope.position);
+    const Patterns patterns(scope);
+    for (const ProjectText& pattern : scope.project->paths) {
+      const auto matches = [&](const std::string& file) {
+        return projects.Of(file).position == scope.position && patterns.Match(pattern, file);
+      };
+      const bool is_matched =
+          AnyBelow(files.in_new, scope.directory, matches) || AnyBelow(files.in_old, scope.directory, matches);
+      if (!is_matched) faults.lines.push_back(NoMatch(*scope.project, pattern));
     }
   }
 }
 
-ProjectFiles FilesOfPatterns(const Patterns& patterns, const ProjectStates& states) {
+ProjectFiles FilesOfPatterns(WholeProject& whole, const ProjectStates& states) {
   ProjectFiles files;
   files.is_whole = true;
   InputError faults;
+  const Patterns& patterns = whole.OfCall();
   for (const ProjectText& pattern : patterns.All()) {
-    std::set<std::string> in_old;
-    std::set<std::string> in_new;
-    AddMatching(*states.old_state, patterns, pattern, in_old);
-    AddMatching(*states.new_state, patterns, pattern, in_new);
-    if (in_old.empty() && in_new.empty()) {
-      faults.lines.push_back(OneLine(patterns.LocationOf(pattern) + ": error: " + Quote(pattern.text) +
-                                     " matches no file; allowed: patterns that match a file of either state"));
-    }
-    files.in_old.merge(in_old);
-    files.in_new.merge(in_new);
+    bool is_matched = false;
+    const auto add = [&](const FileTree& state, std::set<std::string>& selected) {
+      for (const std::string& file : state.Below(patterns.Directory(pattern))) {
+        is_matched = is_matched || patterns.Match(pattern, file);
+        if (whole.Selects(pattern, file)) selected.insert(file);
+      }
+    };
+    add(*states.old_state, files.in_old);
+    add(*states.new_state, files.in_new);
+    if (!is_matched) faults.lines.push_back(NoMatch(*states.projects->OfCall().project, pattern));
   }
+  states.projects->RequireNoFaults();
+  AddCovered(whole, states, files, faults);
   if (!faults.lines.empty()) throw faults;
   return files;
 }
 
-bool IsSchemaOf(const Patterns& patterns, const std::string& path) {
-  return patterns.IsEmpty() ? HasSchemaSuffix(path) : patterns.MatchAny(path);
-}
-
 // The files that a given path selects in one state.
-std::set<std::string> Named(const FileTree& state, const Patterns& patterns, const std::string& path) {
+std::set<std::string> Named(const FileTree& state, NearestProjects& projects, const std::string& path) {
   if (state.HasFile(path)) return {path};
   std::set<std::string> files;
   for (const std::string& file : state.Below(path)) {
-    if (IsSchemaOf(patterns, file)) files.insert(file);
+    if (IsSchemaName(projects, file)) files.insert(file);
   }
   return files;
 }
 
 // A call may name only the new path of a moved file, as hooks do; the file is not new then.
-std::vector<std::string> RemovedElsewhere(const ProjectFiles& files, const Patterns& patterns, const ProjectStates& states) {
+std::vector<std::string> RemovedElsewhere(const ProjectFiles& files, const ProjectStates& states) {
   std::vector<std::string> removed;
   if (std::ranges::includes(files.in_old, files.in_new)) return removed;
   for (const std::string& file : states.old_state->Below("")) {
-    if (IsSchemaOf(patterns, file) && !files.in_old.contains(file) && !states.new_state->HasFile(file)) removed.push_back(file);
+    const bool is_schema = IsSchemaName(*states.projects, file);
+    if (is_schema && !files.in_old.contains(file) && !states.new_state->HasFile(file)) removed.push_back(file);
   }
   return removed;
 }
@@ -172,14 +120,15 @@ std::string RepositoryOf(const ProjectStates& states, const std::string& path) {
 }
 
 // Why a path selects nothing.
-std::string Missing(const ProjectStates& states, const Patterns& patterns, const std::string& given, const std::string& path) {
+std::string Missing(const ProjectStates& states, const std::string& given, const std::string& path) {
   const std::string begin = OneLine(given) + ": ";
   if (const std::string repository = RepositoryOf(states, path); !repository.empty()) {
     return ToolMessage(begin + "belongs to the repository in " + OneLine(states.new_state->Display(repository)) +
                        ", such as a submodule; check it there");
   }
   if (!states.new_state->Below(path).empty()) {
-    const std::string lacks = patterns.IsEmpty() ? "has the suffix .xml or .qmb" : "matches 'paths' of the project file";
+    const bool has_patterns = !Patterns(states.projects->Of(path + "/")).IsEmpty();
+    const std::string lacks = has_patterns ? "matches 'paths' of the project file" : "has the suffix .xml or .qmb";
     return ToolMessage(begin + "no file in it " + lacks);
   }
   const std::string directory = path.substr(0, path.rfind('/') == std::string::npos ? 0 : path.rfind('/'));
@@ -188,9 +137,23 @@ std::string Missing(const ProjectStates& states, const Patterns& patterns, const
   return ToolMessage(begin + "no schema file in either state" + DidYouMean(path, near));
 }
 
-ProjectFiles FilesOfPaths(const std::vector<std::string>& paths, const Patterns& patterns, const ProjectStates& states) {
-  ProjectFiles files;
+// Of the paths that select nothing, only those with dropped files are allowed.
+void RequireFiles(const std::vector<std::pair<std::string, std::string>>& empty, const ProjectStates& states,
+                  const ProjectFiles& files) {
   InputError missing;
+  if (empty.empty()) return;
+  std::set<std::string> dropped = files.in_old;
+  for (const DroppedFile& file : files.dropped) dropped.insert(file.path);
+  for (const auto& [given, path] : empty) {
+    const bool has_dropped = AnyBelow(dropped, path, [](const std::string&) { return true; });
+    if (!has_dropped) missing.lines.push_back(Missing(states, given, path));
+  }
+  if (!missing.lines.empty()) throw missing;
+}
+
+ProjectFiles FilesOfPaths(const std::vector<std::string>& paths, const ProjectStates& states) {
+  ProjectFiles files;
+  std::vector<std::pair<std::string, std::string>> empty;  // as given, and from the top
   std::set<std::string> seen;
   for (const std::string& given : paths) {
     const std::string path = Below(AbsolutePath(given), states.top, given);
@@ -199,20 +162,24 @@ ProjectFiles FilesOfPaths(const std::vector<std::string>& paths, const Patterns&
       continue;
     }
     const bool is_elsewhere = !RepositoryOf(states, path).empty();
-    std::set<std::string> in_old = is_elsewhere ? std::set<std::string>() : Named(*states.old_state, patterns, path);
-    std::set<std::string> in_new = is_elsewhere ? std::set<std::string>() : Named(*states.new_state, patterns, path);
-    if (in_old.empty() && in_new.empty()) missing.lines.push_back(Missing(states, patterns, given, path));
+    std::set<std::string> in_old = is_elsewhere ? std::set<std::string>() : Named(*states.old_state, *states.projects, path);
+    std::set<std::string> in_new = is_elsewhere ? std::set<std::string>() : Named(*states.new_state, *states.projects, path);
+    if (in_old.empty() && in_new.empty()) empty.emplace_back(given, path);
     files.in_old.merge(in_old);
     files.in_new.merge(in_new);
   }
-  if (!missing.lines.empty()) throw missing;
-  files.removed_elsewhere = RemovedElsewhere(files, patterns, states);
+  for (const std::string& path : seen) states.projects->Of(path);
+  states.projects->RequireNoFaults();
+  AddDroppedBelow({seen.begin(), seen.end()}, states, files);
+  RequireFiles(empty, states, files);
+  files.removed_elsewhere = RemovedElsewhere(files, states);
   return files;
 }
 
 }  // namespace
 
-ProjectStates OpenStates(const Baseline& baseline, const Project* project) {
+ProjectStates OpenStates(const Baseline& baseline, ProjectSet& projects) {
+  const Project* const project = projects.OfCall();
   const std::string& name = baseline.name;
   ProjectStates states;
   states.baseline = baseline;
@@ -230,27 +197,28 @@ ProjectStates OpenStates(const Baseline& baseline, const Project* project) {
     states.old_state = DiskTree(name, name);
     states.new_state = DiskTreeSeenFrom(AbsolutePath(""), states.top);
   }
-  states.project_directory = ProjectDirectory(project, states.top);
+  states.projects = std::make_unique<NearestProjects>(*states.new_state, projects, ProjectDirectory(project, states.top));
   return states;
 }
 
-ProjectFiles SelectFiles(const std::vector<std::string>& paths, const Project* project, const ProjectStates& states) {
-  const Patterns patterns(project, states);
-  if (!paths.empty()) return FilesOfPaths(paths, patterns, states);
-  if (!patterns.IsEmpty()) {
-    ProjectFiles files = FilesOfPatterns(patterns, states);
-    AddDropped(*project, states, files);
-    return files;
+ProjectFiles SelectFiles(const std::vector<std::string>& paths, const ProjectStates& states) {
+  const Project* const project = states.projects->OfCall().project;
+  if (project != nullptr) Below(AbsolutePath(project->directory), states.top, project->file);
+  if (!paths.empty()) return FilesOfPaths(paths, states);
+  if (project == nullptr || project->paths.empty()) {
+    throw InputError{
+        {ToolMessage("no schema files are selected; allowed: files and directories as arguments, or 'paths' in "
+                     "[schemas] of korvelcheck.toml")}};
   }
-  throw InputError{
-      {ToolMessage("no schema files are selected; allowed: files and directories as arguments, or 'paths' in "
-                   "[schemas] of korvelcheck.toml")}};
+  WholeProject whole(*states.projects);
+  ProjectFiles files = FilesOfPatterns(whole, states);
+  AddDropped(whole, states, files);
+  return files;
 }
 
-bool HasSchema(const Project* project, const ProjectStates& states) {
-  const Patterns patterns(project, states);
+bool HasSchema(const ProjectStates& states) {
   return std::ranges::any_of(states.old_state->Below(""), [&](const std::string& path) {
-    return IsSchemaOf(patterns, path) && IsSchema(*states.old_state, path);
+    return IsSchemaName(*states.projects, path) && IsSchema(*states.old_state, path);
   });
 }
 

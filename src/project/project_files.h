@@ -12,6 +12,7 @@
 
 #include "project/baseline.h"
 #include "project/file_tree.h"
+#include "project/nearest_projects.h"
 #include "project/project.h"
 #include "schema/source.h"
 
@@ -22,13 +23,22 @@ struct ProjectStates {
   Baseline baseline;
   std::unique_ptr<FileTree> old_state;
   std::unique_ptr<FileTree> new_state;
-  std::string top;                // of the new state on the disk, absolute
-  std::string project_directory;  // a path from the top; fingerprints contain paths from there
+  std::string top;                            // of the new state on the disk, absolute
+  std::unique_ptr<NearestProjects> projects;  // of the new state; their files judge both states
 };
 
 // Opens an earlier state and what is on the disk now. The top is that of the work tree for a revision of git; else the directory
-// of the project file, else the working directory. `project` may be null. Throws InputError.
-ProjectStates OpenStates(const Baseline& baseline, const Project* project);
+// of the call's project file, else the working directory. `projects` must outlive the states. Throws InputError.
+ProjectStates OpenStates(const Baseline& baseline, ProjectSet& projects);
+
+// A schema file that still exists, but that the project files of the new state do not select any more.
+struct DroppedFile {
+  std::string path = {};          // from the top of both states
+  std::string project_file = {};  // that leaves it out, as shown
+  qmx::LineColumn location = {};  // of the key that leaves it out
+  bool is_excluded = false;       // the key is `exclude`
+  bool had_project_file = true;   // whether it had a project file in the old state
+};
 
 // Paths from the top of both states.
 struct ProjectFiles {
@@ -36,20 +46,25 @@ struct ProjectFiles {
   std::set<std::string> in_new;
   // Files of the old state that no path selects and that the new state lacks: a selected file may have been moved from there.
   std::vector<std::string> removed_elsewhere;
-  // Schema files that the project file of the old state selects there and the present one does not, although they still exist.
-  std::vector<std::string> dropped;
+  // Schema files that the project files of the old state select there and the present ones do not, although they still exist.
+  std::vector<DroppedFile> dropped;
   std::vector<std::string> repeated;  // paths as given that select the same as an earlier path
   bool is_whole = false;              // all files of the project, not those of given paths
 };
 
-// The files that `paths` select, or without paths those that the project's patterns match. A directory selects all files in it
-// that match the patterns; without patterns, for all with the suffix .xml or .qmb. `project` may be null. Throws InputError for a
-// path or pattern that neither state has files for, and if there are neither paths nor patterns.
-ProjectFiles SelectFiles(const std::vector<std::string>& paths, const Project* project, const ProjectStates& states);
+// The files that `paths` select, or without paths those that the patterns of the call's project file match. A file belongs to its
+// nearest project file, whose patterns decide. A directory selects all files in it that match them; without patterns, all with
+// the suffix .xml or .qmb that are not excluded. Without paths, the nested project files in the directories where the patterns of
+// the call's project file begin take part, except for files that it excludes itself; one without patterns uses those of the
+// call's.
+//
+// Marks the project files whose schemas are all selected as covered. Throws InputError for a path or pattern that neither state
+// has files for, if there are neither paths nor patterns, and for project files with errors.
+ProjectFiles SelectFiles(const std::vector<std::string>& paths, const ProjectStates& states);
 
-// Whether any file of the old state is a schema of the project: one that the patterns match, or without patterns, for all one
-// with the suffix .xml or .qmb. Reads files until it finds one. `project` may be null.
-bool HasSchema(const Project* project, const ProjectStates& states);
+// Whether any file of the old state is a schema of the project: one that a directory with all files would select. Reads files
+// until it finds one.
+bool HasSchema(const ProjectStates& states);
 
 // All files that are read, as reports show those of the new state.
 std::vector<std::string> ShownFiles(const ProjectFiles& files, const ProjectStates& states);

@@ -37,8 +37,9 @@ bool HasOldFingerprint(const TableFinding& found, const std::string& fingerprint
 // Finds what one waiver covers.
 class WaiverMatch {
  public:
-  WaiverMatch(const std::vector<TableFinding>& findings, const Report& report, WaiverUse& use)
-      : findings_(findings), report_(report), use_(use), waiver_(*use.waiver) {}
+  // `findings` are those that the project file at this position judges.
+  WaiverMatch(const std::vector<TableFinding>& findings, const Report& report, std::size_t position, WaiverUse& use)
+      : findings_(findings), report_(report), position_(position), use_(use), waiver_(*use.waiver) {}
 
   void Find() {
     if (waiver_.form == WaiverForm::kBare) {
@@ -97,8 +98,9 @@ class WaiverMatch {
   }
 
   bool IsCompared(const std::string& table) const {
-    return std::ranges::any_of(report_.tables,
-                               [&](const TableResult& one) { return one.table == table && IsIn(waiver_.file, one); });
+    return std::ranges::any_of(report_.tables, [&](const TableResult& one) {
+      return one.project == position_ && one.table == table && IsIn(waiver_.file, one);
+    });
   }
 
   // Whether the fingerprint and the other keys name the same finding, as far as the report shows.
@@ -146,6 +148,7 @@ class WaiverMatch {
 
   const std::vector<TableFinding>& findings_;
   const Report& report_;
+  std::size_t position_;
   WaiverUse& use_;
   const WaiverEntry& waiver_;
   const std::string refused_ = RuleIdOf({});  // the rule of a refusal that has none
@@ -174,14 +177,15 @@ std::vector<TableFinding> FindingsOf(Report& report) {
   return findings;
 }
 
-std::vector<WaiverUse> ApplyWaivers(const Project& project, Report& report) {
+std::vector<WaiverUse> ApplyWaivers(const Project& project, std::size_t position, Report& report) {
   std::vector<WaiverUse> uses;
   if (project.waivers.empty()) return uses;
   const std::string today = Today();
-  const std::vector<TableFinding> findings = FindingsOf(report);
+  std::vector<TableFinding> findings = FindingsOf(report);
+  std::erase_if(findings, [&](const TableFinding& found) { return found.table->project != position; });
   for (const WaiverEntry& waiver : project.waivers) {
     WaiverUse& use = uses.emplace_back(WaiverUse{&waiver});
-    WaiverMatch(findings, report, use).Find();
+    WaiverMatch(findings, report, position, use).Find();
     if (use.state == WaiverState::kMalformed) continue;
     use.state = waiver.until < today ? WaiverState::kExpired : use.findings.empty() ? WaiverState::kUnused : WaiverState::kInUse;
     if (use.state == WaiverState::kInUse) Waive(use);
@@ -213,6 +217,15 @@ void ReportWaivers(const Project& project, const std::vector<WaiverUse>& uses, W
     } else if (use.state == WaiverState::kUnused && policy.all_compared) {
       note("waiver.unused", Describe(*use.waiver) + " matches no finding", "remove it", lenient);
     }
+  }
+}
+
+void ApplyAllWaivers(const ProjectSet& projects, WaiverPolicy policy, Report& report) {
+  for (std::size_t i = 0; i < projects.size(); ++i) {
+    if (projects[i] == nullptr) continue;
+    WaiverPolicy own = policy;
+    if (i > 0) own.all_compared = policy.all_compared && projects.IsCovered(i);
+    ReportWaivers(*projects[i], ApplyWaivers(*projects[i], i, report), own, report);
   }
 }
 

@@ -160,6 +160,8 @@ Json ToJson(const ReportBaseline& baseline) {
   return json;
 }
 
+Json ToJson(const ReportProject& project) { return {{"file", project.file}, {"files", project.files}}; }
+
 Json ToJson(const ProjectFinding& finding) {
   return {{"rule", finding.rule},
           {"location", {{"file", finding.file}, {"line", finding.position.line}, {"column", finding.position.column}}},

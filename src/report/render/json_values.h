@@ -31,6 +31,7 @@ nlohmann::ordered_json AdviceToJson(const Finding& finding, const Edit& edit, co
 nlohmann::ordered_json ToJson(const Summary& summary);
 nlohmann::ordered_json ToJson(const FileNote& note);
 nlohmann::ordered_json ToJson(const ReportBaseline& baseline);
+nlohmann::ordered_json ToJson(const ReportProject& project);
 nlohmann::ordered_json ToJson(const ProjectFinding& finding);
 nlohmann::ordered_json ToJson(const InputFault& fault);
 

@@ -134,10 +134,12 @@ class HtmlReport {
     return Join(SuggestionLines(suggestion), "<br>", [](const std::string& line) { return Html(line); });
   }
 
-  // Notes about files, and findings about the project file.
+  // The project files, notes about files, and findings about project files.
   void Notes() {
-    if (report_.files.empty() && report_.project.empty()) return;
+    const std::vector<std::string> projects = ProjectsOf(report_);
+    if (projects.empty() && report_.files.empty() && report_.project.empty()) return;
     html_ += "<section>\n<h2>Project</h2>\n";
+    if (!projects.empty()) html_ += List(projects);
     std::vector<std::string> files;
     for (const FileNote& note : report_.files) files.push_back(ToText(note));
     html_ += List(files);

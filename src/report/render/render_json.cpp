@@ -38,6 +38,7 @@ class JsonReport {
     for (const auto& [role, source] : report_.inputs) json_.Add({{"role", role}, {"file", source->name}});
     json_.End();
     if (!report_.baselines.empty()) json_.Add("baselines", List(report_.baselines));
+    if (!report_.projects.empty()) json_.Add("project_files", List(report_.projects));
     json_.Begin("tables", '[');
     for (std::size_t i = 0; i < folded_.tables().size(); ++i) WriteTable(folded_.tables()[i], edits_[i]);
     json_.End();

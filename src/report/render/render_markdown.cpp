@@ -108,8 +108,10 @@ std::string RenderMarkdown(const Report& report) {
   std::string text = std::string("### korvelcheck: ") + WordOf(VerdictOf(summary)) + RemarkOn(summary) + "\n\n" +
                      MarkdownText(ToText(summary)) + "\n";
   const std::vector<std::string> baselines = BaselinesOf(report);
-  if (!baselines.empty() || !report.files.empty()) text += "\n";
+  const std::vector<std::string> projects = ProjectsOf(report);
+  if (!baselines.empty() || !projects.empty() || !report.files.empty()) text += "\n";
   for (const std::string& baseline : baselines) text += "- " + MarkdownText(baseline) + "\n";
+  for (const std::string& project : projects) text += "- " + MarkdownText(project) + "\n";
   for (const FileNote& note : report.files) text += "- " + MarkdownText(ToText(note)) + "\n";
   text += TableOf(issues);
   const std::size_t detailed = std::min(issues.size(), kMaxDetailed);

@@ -170,6 +170,7 @@ class TextReport {
     const OverallVerdict verdict = VerdictOf(summary);
     text_ = "verdict: " + Colored(WordOf(verdict), ColorOf(verdict), color_) + RemarkOn(summary) + "\n";
     for (const std::string& baseline : BaselinesOf(report_)) text_ += baseline + "\n";
+    for (const std::string& project : ProjectsOf(report_)) text_ += project + "\n";
     for (const FileNote& note : report_.files) text_ += ToText(note) + "\n";
     for (const InputFault& fault : report_.faults) AddFault(fault);
     for (std::size_t i = 0; i < folded_.tables().size(); ++i) AddTable(folded_.tables()[i], edits_[i]);

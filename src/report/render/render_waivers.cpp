@@ -54,9 +54,9 @@ std::string MemberLines(const WaiverList::Row& row) {
   return text;
 }
 
-std::string RowText(const std::string& file, const WaiverList::Row& row) {
-  std::string text =
-      FileLineColumn(OneLine(file), row.position) + ": " + NameOf(row.state).text + DaysText(row) + "\n" + MemberLines(row);
+std::string RowText(const WaiverList::Row& row) {
+  std::string text = FileLineColumn(OneLine(row.project_file), row.position) + ": " + NameOf(row.state).text + DaysText(row) +
+                     "\n" + MemberLines(row);
   for (const WaiverList::Match& match : row.matches) {
     const std::string& path = match.path.empty() ? match.table : match.path;
     text += "  matches: " + OneLine(match.file) + ": " + OneLine(path) + ", fingerprint " + match.fingerprint + "\n";
@@ -70,12 +70,12 @@ std::string RowText(const std::string& file, const WaiverList::Row& row) {
 
 Json TextOrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
 
-Json RowJson(const std::string& file, const WaiverList::Row& row) {
+Json RowJson(const WaiverList::Row& row) {
   Json matches = Json::array();
   for (const auto& [in_file, table, path, fingerprint] : row.matches) {
     matches.push_back({{"file", in_file}, {"table", table}, {"path", path}, {"fingerprint", fingerprint}});
   }
-  return {{"location", {{"file", file}, {"line", row.position.line}, {"column", row.position.column}}},
+  return {{"location", {{"file", row.project_file}, {"line", row.position.line}, {"column", row.position.column}}},
           {"state", NameOf(row.state).json},
           {"wide", row.is_wide},
           {"rule", row.rule},
@@ -97,7 +97,7 @@ Json RowJson(const std::string& file, const WaiverList::Row& row) {
 
 std::string RenderWaiversText(const WaiverList& list) {
   std::string text;
-  for (const WaiverList::Row& row : list.rows) text += RowText(list.project_file, row);
+  for (const WaiverList::Row& row : list.rows) text += RowText(row);
   text += Counted(list.rows.size(), "waiver");
   const char* separator = ": ";
   for (const StateName& name : kStates) {
@@ -113,7 +113,7 @@ std::string RenderWaiversJson(const WaiverList& list) {
                {"command", "waivers"},
                {"project", list.project_file}};
   Json& waivers = json["waivers"] = Json::array();
-  for (const WaiverList::Row& row : list.rows) waivers.push_back(RowJson(list.project_file, row));
+  for (const WaiverList::Row& row : list.rows) waivers.push_back(RowJson(row));
   Json& summary = json["summary"] = {{"waivers", list.rows.size()}};
   for (const StateName& name : kStates) summary[name.json_count] = CountOf(list, name.state);
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";

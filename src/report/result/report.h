@@ -35,6 +35,12 @@ struct ReportBaseline {
   bool is_same = false;  // the commit that is checked out, and no selected file differs from it
 };
 
+// A project file that judged some of the schema files.
+struct ReportProject {
+  std::string file;
+  std::size_t files = 0;  // how many it judged
+};
+
 // The rule of a schema file that the project file of the baseline selects and the present one does not.
 inline constexpr char kNoLongerChecked[] = "project.no-longer-checked";
 
@@ -66,6 +72,7 @@ struct Report {
   std::optional<std::string> path_prefix;   // see ServicePaths
   std::size_t max_findings = kMaxFindings;  // findings that are listed; see FoldedReport
   bool fails_on_warnings = false;           // whether a warning that is not waived fails its table
+  std::vector<ReportProject> projects;      // empty unless several project files took part; the one of the call is first
 };
 
 }  // namespace korvel

@@ -1,4 +1,4 @@
-// The waivers of a project file and what became of them in a check, before they have a format.
+// The waivers of project files and what became of them in a check, before they have a format.
 #pragma once
 
 #include <optional>
@@ -21,6 +21,7 @@ struct WaiverList {
   };
 
   struct Row {
+    std::string project_file;
     qmx::LineColumn position;
     WaiverState state = WaiverState::kUnused;
     bool is_wide = false;
@@ -32,8 +33,8 @@ struct WaiverList {
     std::vector<Match> matches;          // an expired waiver would cover them
   };
 
-  std::string project_file;
-  std::vector<Row> rows;  // in the order of the file
+  std::string project_file;  // of the call, or the first nested one
+  std::vector<Row> rows;     // in the order of each file
 };
 
 }  // namespace korvel

@@ -153,6 +153,14 @@ std::vector<std::string> BaselinesOf(const Report& report) {
   return lines;
 }
 
+std::vector<std::string> ProjectsOf(const Report& report) {
+  std::vector<std::string> lines;
+  for (const auto& [file, files] : report.projects) {
+    lines.push_back("project file: " + OneLine(file) + " (" + Counted(files, "file") + ")");
+  }
+  return lines;
+}
+
 std::string TableAndBaseline(const TableResult& table) {
   return "table " + OneLine(table.table) + (table.baseline.empty() ? "" : " against " + OneLine(table.baseline));
 }

@@ -59,6 +59,9 @@ std::string ToText(const TextRange& range);
 // whose name does not say what it is, or one of several.
 std::vector<std::string> BaselinesOf(const Report& report);
 
+// "project file: svc/korvelcheck.toml (2 files)" of each project file, if there are several.
+std::vector<std::string> ProjectsOf(const Report& report);
+
 // "table orders", and " against git:v1.2" if the report compares with several baselines.
 std::string TableAndBaseline(const TableResult& table);
 

@@ -48,6 +48,8 @@ struct TableSettings {
 
   // The named project file, else the nearest one; nullopt if there is none, and with --no-project. Throws InputError.
   std::optional<Project> ReadProject() const;
+  // Whether nested project files take part: unless the call names a project file, or none.
+  bool SearchesProjects() const { return !no_project && !project_file; }
 };
 
 // --max-findings

@@ -53,6 +53,7 @@ CheckRequest RequestOf(const CheckArguments& arguments, const Project* project) 
       .allow_new = arguments.allow_new,
       .format = arguments.report.format,
       .options = arguments.OptionsFor(project),
+      .searches_projects = arguments.settings.SearchesProjects(),
       .on_files =
           [&](const std::vector<std::string>& files) { RefuseOverlaps(files, arguments.report.output, arguments.report.log); },
       .reports_faults = true};
@@ -68,10 +69,8 @@ int Run(const CheckArguments& arguments) {
     request.options.log = log;
     CommandResult result = RunCheck(request);
     result.report.fails_on_warnings = arguments.fail_on.Warnings(request.options.project);
-    if (!project) return result;
     const bool all_compared = request.paths.empty() && request.options.tables.empty() && result.report.faults.empty();
-    const std::vector<WaiverUse> uses = ApplyWaivers(*project, result.report);
-    ReportWaivers(*project, uses, {.all_compared = all_compared, .is_strict = arguments.strict_waivers}, result.report);
+    ApplyAllWaivers(*result.projects, {.all_compared = all_compared, .is_strict = arguments.strict_waivers}, result.report);
     return result;
   });
 }

@@ -1,6 +1,9 @@
 // Tested by tests/tool/lint_test.cpp.
+#include <span>
+
 #include "base/input_error.h"
 #include "project/check_tables.h"
+#include "project/input_projects.h"
 #include "project/waivers.h"
 #include "tool/cli/command.h"
 #include "tool/commands/run_check.h"
@@ -35,22 +38,38 @@ void RequireTablesInEach(CommandResult& result) {
   }
 }
 
+// Checks the tables of each input with the settings of its own project file.
+void AddTables(const std::vector<std::string>& paths, const CheckOptions& options, ProjectSet& projects, CommandResult& result) {
+  InputProjects input_projects(projects);
+  std::vector<InputProject> nearest;
+  std::vector<JudgedFile> judged;
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    const InputProject& one = nearest.emplace_back(input_projects.Of(paths[i]));
+    result.inputs[i].path_in_project = one.path_in_project;
+    judged.emplace_back(one.position, paths[i]);
+  }
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    const Input& input = result.inputs[i];
+    const std::size_t first = result.report.tables.size();
+    CheckOptions own = options;
+    own.project = nearest[i].project;
+    CheckEachTable(result.report, {input, input}, {input.tables.begin(), input.tables.end()}, own);
+    const auto added = std::span(result.report.tables).subspan(first);
+    for (TableResult& table : added) table.project = nearest[i].position;
+  }
+  result.report.projects = ListOf(projects, std::move(judged));
+}
+
 // A table is acceptable if it may stay as it is.
 CommandResult Lint(const LintArguments& arguments, const CheckOptions& options) {
   CommandResult result = LoadReadable("lint", kFiles, arguments.inputs.paths, *arguments.report.format);
   RequireTablesInEach(result);
-  for (std::size_t i = 0; i < result.inputs.size(); ++i) {
-    SetPathInProject(options.project, result.paths[i], result.inputs[i]);
-  }
-  for (const Input& input : result.inputs) {
-    CheckEachTable(result.report, {input, input}, {input.tables.begin(), input.tables.end()}, options);
-  }
+  const auto projects = std::make_shared<ProjectSet>(options.project, arguments.settings.SearchesProjects());
+  AddTables(result.paths, options, *projects, result);
+  result.projects = projects;
   result.report.max_findings = options.max_findings;
   result.report.fails_on_warnings = arguments.fail_on.Warnings(options.project);
-  if (options.project != nullptr) {
-    const std::vector<WaiverUse> uses = ApplyWaivers(*options.project, result.report);
-    ReportWaivers(*options.project, uses, {.is_strict = arguments.strict_waivers}, result.report);
-  }
+  ApplyAllWaivers(*projects, {.is_strict = arguments.strict_waivers}, result.report);
   return result;
 }
 

@@ -9,20 +9,25 @@
 #include "base/input_error.h"
 #include "base/text.h"
 #include "project/check_project.h"
-#include "project/project_path.h"
+#include "project/input_projects.h"
 #include "tool/io/progress.h"
 
 namespace korvel::tool {
 namespace {
 
-CommandResult CheckPair(const CheckRequest& request) {
-  const CheckOptions& options = request.options;
+CommandResult CheckPair(const CheckRequest& request, ProjectSet& projects) {
   CommandResult result = LoadForReport(request.command, kOldAndNew, request.paths, *request.format);
-  SetPathInProject(options.project, request.paths.back(), result.inputs.back());
+  const std::string& path = request.paths.back();
+  InputProject nearest = InputProjects(projects).Of(path);
+  result.inputs.back().path_in_project = std::move(nearest.path_in_project);
+  CheckOptions options = request.options;
+  options.project = nearest.project;
   const Pair pair = PairOf(result.report);
   const Selection selection = SelectTables(pair, options.tables);
   CheckEachTable(result.report, pair, selection.compared, options);
   for (const std::string& table : selection.added) result.report.tables.push_back(NewTable(pair.second, table));
+  for (TableResult& table : result.report.tables) table.project = nearest.position;
+  result.report.projects = ListOf(projects, {{nearest.position, path}});
   return result;
 }
 
@@ -48,11 +53,11 @@ class ProjectProgress {
   std::optional<Progress> bar_;
 };
 
-ProjectResult CheckAgainst(const CheckRequest& request, const Baseline& baseline, bool is_first) {
+ProjectResult CheckAgainst(const CheckRequest& request, ProjectSet& projects, const Baseline& baseline, bool is_first) {
   ProjectCheck check;
   check.options = request.options;
-  check.states = OpenStates(baseline, request.options.project);
-  check.files = SelectFiles(request.paths, request.options.project, check.states);
+  check.states = OpenStates(baseline, projects);
+  check.files = SelectFiles(request.paths, check.states);
   if (is_first) WarnOfRepeated(check.files.repeated);
   if (request.on_files) request.on_files(ShownFiles(check.files, check.states));
   check.allow_new = request.allow_new;
@@ -62,14 +67,15 @@ ProjectResult CheckAgainst(const CheckRequest& request, const Baseline& baseline
   return CheckProject(check);
 }
 
-CommandResult CheckAgainstAll(const CheckRequest& request) {
+CommandResult CheckAgainstAll(const CheckRequest& request, ProjectSet& projects) {
   const std::vector<Baseline> baselines = ResolveBaselines(request.baselines);
   ProjectResult all;
   for (const Baseline& baseline : baselines) {
     const bool is_first = &baseline == &baselines.front();
-    Append(CheckAgainst(request, baseline, is_first), baselines.size() > 1, all);
+    Append(CheckAgainst(request, projects, baseline, is_first), baselines.size() > 1, all);
   }
   all.report.command = request.command;
+  all.report.projects = ListOf(projects, std::move(all.judged));
   return {.report = std::move(all.report), .project_sources = std::move(all.sources)};
 }
 
@@ -112,14 +118,12 @@ void RequireBaseline(const CheckRequest& request) {
 }
 
 CommandResult RunCheck(const CheckRequest& request) {
-  CommandResult result = request.HasBaseline() ? CheckAgainstAll(request) : CheckPair(request);
+  const auto projects = std::make_shared<ProjectSet>(request.options.project, request.searches_projects);
+  CommandResult result = request.HasBaseline() ? CheckAgainstAll(request, *projects) : CheckPair(request, *projects);
   if (!request.reports_faults && !result.report.faults.empty()) throw ErrorOf(std::move(result.report.faults));
   result.report.max_findings = request.options.max_findings;
+  result.projects = projects;
   return result;
-}
-
-void SetPathInProject(const Project* project, const std::string& path, Input& input) {
-  input.path_in_project = PathInProject(project, path);
 }
 
 }  // namespace korvel::tool

@@ -30,6 +30,7 @@ struct CheckRequest {
   bool allow_new = false;
   const Format* format = Formats().data();
   CheckOptions options = {};
+  bool searches_projects = false;  // nested project files judge the schema files below them
   std::function<void(const std::vector<std::string>& files)> on_files = nullptr;  // called with the files of a project
   bool reports_faults = false;  // faults of files of a project are in the report; otherwise they are an InputError
 
@@ -45,8 +46,5 @@ void RequireBaseline(const CheckRequest& request);
 
 // Throws InputError. REQUIRES: a log.
 CommandResult RunCheck(const CheckRequest& request);
-
-// A file that is checked alone or as the new one gets the path that identifies it in waivers.
-void SetPathInProject(const Project* project, const std::string& path, Input& input);
 
 }  // namespace korvel::tool

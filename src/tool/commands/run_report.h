@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "project/nearest_projects.h"
 #include "report/result/report.h"
 #include "schema/input.h"
 #include "schema/selection.h"
@@ -19,6 +20,7 @@ struct CommandResult {
   std::vector<std::string> paths = {};  // of the inputs, as given
   Report report = {};
   std::vector<std::shared_ptr<const Source>> project_sources = {};  // of a project check; may hold null
+  std::shared_ptr<const ProjectSet> projects = nullptr;             // of a check and lint; TableResult::project is a position
 };
 
 // What reports call the inputs of a command.

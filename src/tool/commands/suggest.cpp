@@ -7,6 +7,7 @@
 #include "base/file_descriptor.h"
 #include "base/input_error.h"
 #include "base/text.h"
+#include "project/input_projects.h"
 #include "project/load_inputs.h"
 #include "project/project.h"
 #include "schema/input.h"
@@ -87,7 +88,9 @@ int Run(const SuggestArguments& arguments) {
   const std::vector<Input> inputs = LoadInputs(arguments.inputs.paths);
   const Input& new_input = inputs.back();
   RequireText(new_input, arguments.whole_file);
-  const std::vector<TableQuestion> questions = QuestionsOf({inputs.front(), new_input}, arguments, project ? &*project : nullptr);
+  ProjectSet projects(project ? &*project : nullptr, arguments.settings.SearchesProjects());
+  const InputProject nearest = InputProjects(projects).Of(arguments.inputs.paths.back());
+  const std::vector<TableQuestion> questions = QuestionsOf({inputs.front(), new_input}, arguments, nearest.project);
   const SchemaSuggestion suggestion = Suggest(inputs.front(), new_input, questions);
   for (const Input& input : inputs) RequireUnchanged(input);
   // A table that stays refused, often for a reason of its own, does not withhold the suggestions for the others.

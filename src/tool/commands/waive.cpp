@@ -176,10 +176,27 @@ void RequireNotWaived(const Project& project, const std::vector<WaiverUse>& uses
   }
 }
 
+// The position of the project file that judges the findings. One call changes one file.
+std::size_t OwnerOf(const std::vector<std::string>& fingerprints, const ProjectSet& projects,
+                    const std::vector<TableFinding>& findings) {
+  std::optional<std::size_t> owner;
+  for (const auto& [table, finding] : findings) {
+    if (std::ranges::find(fingerprints, finding->fingerprint) == fingerprints.end()) continue;
+    if (!owner) owner = table->project;
+    if (*owner == table->project) continue;
+    const auto name = [&](std::size_t position) {
+      return projects[position] == nullptr ? std::string(kProjectFileName) : OneLine(projects[position]->file);
+    };
+    Refuse("the findings belong to " + name(*owner) + " and " + name(table->project) +
+           "; allowed: findings of one project file, which --project selects");
+  }
+  return owner.value_or(0);
+}
+
 // The entries that waive the findings: one for each, or, if they are wide, one for each table and path with it.
 std::vector<WaiverEntry> EntriesFor(const WaiveArguments& arguments, const std::vector<std::string>& fingerprints,
-                                    const Project& project, Report& report) {
-  const std::vector<WaiverUse> uses = ApplyWaivers(project, report);
+                                    const Project& project, std::size_t position, Report& report) {
+  const std::vector<WaiverUse> uses = ApplyWaivers(project, position, report);
   const std::vector<TableFinding> findings = FindingsOf(report);
   const WaiverForm form = arguments.is_wide ? WaiverForm::kWide : WaiverForm::kExact;
   std::vector<WaiverEntry> entries;
@@ -202,29 +219,41 @@ std::vector<WaiverEntry> EntriesFor(const WaiveArguments& arguments, const std::
   return entries;
 }
 
-int Run(const WaiveArguments& arguments) {
-  const WaiveWords words = Split(arguments.words);
-  RequireFiles(words.files, arguments.baseline.IsGiven());
-  const std::string path = arguments.project_file.value_or(FindProjectFile().value_or(kProjectFileName));
-  if (path == "-") Refuse("--project is '-'; allowed: a file");
-  RefuseOverlaps({path}, arguments.output);
-  const DirectoryLock lock(path);
-  const std::string text = TextOf(path);
-  const Project project = ParseProject(path, std::filesystem::path(path).parent_path(), text);
+CommandResult Check(const WaiveArguments& arguments, const std::vector<std::string>& files, const Project& project) {
   vesk::ClosedCategory log;
   const CheckRequest request{.command = "waive",
-                             .paths = words.files,
-                             .baselines = arguments.baseline.For(words.files, &project),
+                             .paths = files,
+                             .baselines = arguments.baseline.For(files, &project),
                              .allow_new = true,
                              .options = {.given = arguments.settings.given,
                                          .project = &project,
                                          .max_findings = arguments.limit.max_findings,
-                                         .log = log.handle()}};
+                                         .log = log.handle()},
+                             .searches_projects = !arguments.project_file};
   RequireBaseline(request);
-  CommandResult result = RunCheck(request);
-  const std::vector<WaiverEntry> entries = EntriesFor(arguments, words.fingerprints, project, result.report);
+  return RunCheck(request);
+}
+
+Project ParseProjectAt(const std::string& path, const std::string& text) {
+  return ParseProject(path, std::filesystem::path(path).parent_path(), text);
+}
+
+// Adds the waivers to the project file at `path`, in which `of_call` is that of the call. Returns nothing, or the path of the
+// nested project file that they belong to instead.
+std::optional<std::string> WaiveIn(const std::string& path, const std::string& of_call, const WaiveArguments& arguments,
+                                   const WaiveWords& words) {
+  RefuseOverlaps({path}, arguments.output);
+  const DirectoryLock lock(path);
+  const std::string text = TextOf(path);
+  const Project project = ParseProjectAt(of_call, path == of_call ? text : TextOf(of_call));
+  CommandResult result = Check(arguments, words.files, project);
+  const ProjectSet& projects = *result.projects;
+  const std::size_t owner = OwnerOf(words.fingerprints, projects, FindingsOf(result.report));
+  const Project& changed = *projects[owner];
+  if (changed.file != path) return changed.file;
+  const std::vector<WaiverEntry> entries = EntriesFor(arguments, words.fingerprints, changed, owner, result.report);
   const std::string longer = WithWaivers(text, entries);
-  RequireWaivers(path, longer, project.waivers.size(), entries.size());
+  RequireWaivers(path, longer, changed.waivers.size(), entries.size());
   if (TextOf(path) != text) Refuse(OneLine(path) + " was modified meanwhile; nothing was written, run the command again");
   WriteFile(path, AsProducer(longer));
   std::string done;
@@ -232,6 +261,18 @@ int Run(const WaiveArguments& arguments) {
     done += OneLine(path) + ": waived " + fingerprint + " until " + entries.front().until + "\n";
   }
   arguments.output.Write(done);
+  return std::nullopt;
+}
+
+int Run(const WaiveArguments& arguments) {
+  const WaiveWords words = Split(arguments.words);
+  RequireFiles(words.files, arguments.baseline.IsGiven());
+  const std::string of_call = arguments.project_file.value_or(FindProjectFile().value_or(kProjectFileName));
+  if (of_call == "-") Refuse("--project is '-'; allowed: a file");
+  const std::optional<std::string> nested = WaiveIn(of_call, of_call, arguments, words);
+  if (!nested) return kAllAllowed;
+  if (nested->starts_with("git:")) Refuse(OneLine(*nested) + " is not on the disk; allowed: --project with a file that is");
+  if (WaiveIn(*nested, of_call, arguments, words)) Refuse(OneLine(*nested) + " was modified meanwhile; run the command again");
   return kAllAllowed;
 }
 

@@ -36,9 +36,10 @@ struct WaiversArguments {
   }
 };
 
-WaiverList::Row RowOf(const WaiverUse& use, const std::string& today) {
+WaiverList::Row RowOf(const Project& project, const WaiverUse& use, const std::string& today) {
   const WaiverEntry& waiver = *use.waiver;
   WaiverList::Row row;
+  row.project_file = project.file;
   row.position = waiver.location;
   row.state = use.state;
   row.is_wide = waiver.form == WaiverForm::kWide;
@@ -60,15 +61,33 @@ WaiverList::Row RowOf(const WaiverUse& use, const std::string& today) {
   return row;
 }
 
-CheckRequest RequestOf(const WaiversArguments& arguments, const Project& project, LPVESKCATEGORYINST log) {
+// The waivers of all project files that took part.
+WaiverList ListOf(const ProjectSet& projects, Report& report) {
+  const std::string today = Today();
+  WaiverList list;
+  for (std::size_t i = 0; i < projects.size(); ++i) {
+    const Project* const project = projects[i];
+    if (project == nullptr) continue;
+    if (list.project_file.empty()) list.project_file = project->file;
+    for (const WaiverUse& use : ApplyWaivers(*project, i, report)) list.rows.push_back(RowOf(*project, use, today));
+  }
+  return list;
+}
+
+[[noreturn]] void RefuseNoProject() {
+  throw InputError{{ToolMessage("waivers: there is no korvelcheck.toml in this directory or above")}};
+}
+
+CheckRequest RequestOf(const WaiversArguments& arguments, const Project* project, LPVESKCATEGORYINST log) {
   return {.command = "waivers",
           .paths = arguments.inputs.paths,
-          .baselines = arguments.baseline.For(arguments.inputs.paths, &project),
+          .baselines = arguments.baseline.For(arguments.inputs.paths, project),
           .allow_new = true,
           .options = {.given = arguments.settings.given,
-                      .project = &project,
+                      .project = project,
                       .max_findings = arguments.limit.max_findings,
                       .log = log},
+          .searches_projects = arguments.settings.SearchesProjects(),
           .on_files = [&](const std::vector<std::string>& files) { RefuseOverlaps(files, arguments.output); }};
 }
 
@@ -76,14 +95,13 @@ int Run(const WaiversArguments& arguments) {
   RequireFiles(arguments.inputs.paths, arguments.baseline.IsGiven());
   RequireDistinctFiles(arguments.inputs.paths, arguments.output);
   const std::optional<Project> project = arguments.settings.ReadProject();
-  if (!project) throw InputError{{ToolMessage("waivers: there is no korvelcheck.toml in this directory or above")}};
+  if (!project && arguments.inputs.paths.empty()) RefuseNoProject();
   vesk::ClosedCategory log;
-  const CheckRequest request = RequestOf(arguments, *project, log.handle());
+  const CheckRequest request = RequestOf(arguments, project ? &*project : nullptr, log.handle());
   RequireBaseline(request);
   CommandResult result = RunCheck(request);
-  const std::string today = Today();
-  WaiverList list{.project_file = project->file, .rows = {}};
-  for (const WaiverUse& use : ApplyWaivers(*project, result.report)) list.rows.push_back(RowOf(use, today));
+  const WaiverList list = ListOf(*result.projects, result.report);
+  if (list.project_file.empty()) RefuseNoProject();
   arguments.output.Write(arguments.format.json ? RenderWaiversJson(list) : RenderWaiversText(list));
   const bool has_malformed =
       std::ranges::any_of(list.rows, [](const WaiverList::Row& row) { return row.state == WaiverState::kMalformed; });

@@ -1,0 +1,90 @@
+// Tested by tests/tool/nested_project_test.cpp.
+#include "project/nearest_projects.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "base/input_error.h"
+
+namespace korvel {
+namespace {
+
+// The directory of a path; "" for the top.
+std::string_view DirectoryOf(std::string_view path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string_view::npos ? std::string_view() : path.substr(0, slash);
+}
+
+}  // namespace
+
+bool ProjectSet::HasTableSettings() const {
+  return std::ranges::any_of(projects_, [](const Project* one) { return one != nullptr && !one->tables.empty(); });
+}
+
+std::optional<std::uint32_t> ProjectSet::Find(const std::string& file) const {
+  const auto found = by_file_.find(file);
+  return found == by_file_.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::uint32_t ProjectSet::Add(Project project) {
+  const auto position = static_cast<std::uint32_t>(projects_.size());
+  by_file_.emplace(project.file, position);
+  projects_.push_back(&nested_.emplace_back(std::move(project)));
+  is_covered_.push_back(false);
+  return position;
+}
+
+NearestProjects::NearestProjects(FileTree& tree, ProjectSet& projects, std::string directory)
+    : tree_(tree), projects_(projects), of_call_{projects.OfCall(), 0, std::move(directory)} {}
+
+const ProjectScope& NearestProjects::Of(const std::string& path) {
+  return projects_.is_searched() ? In(DirectoryOf(path)) : of_call_;
+}
+
+void NearestProjects::RequireNoFaults() const {
+  if (!faults_.empty()) throw InputError{faults_};
+}
+
+const ProjectScope& NearestProjects::In(std::string_view directory) {
+  if (const auto known = directories_.find(directory); known != directories_.end()) return *known->second;
+  const bool is_of_call = of_call_.project != nullptr && directory == of_call_.directory;
+  const ProjectScope* found = is_of_call ? &of_call_ : Read(std::string(directory));
+  if (found == nullptr) found = directory.empty() ? &of_call_ : &In(DirectoryOf(directory));
+  directories_.emplace(directory, found);
+  return *found;
+}
+
+// Null if the directory has no project file, or one with an error.
+const ProjectScope* NearestProjects::Read(const std::string& directory) {
+  const std::string path = directory.empty() ? kProjectFileName : directory + "/" + kProjectFileName;
+  if (!tree_.HasName(path)) return nullptr;
+  const std::string file = tree_.Display(path);
+  try {
+    std::optional<std::uint32_t> position = projects_.Find(file);
+    if (!position) {
+      const std::string text(tree_.Read(path).View());
+      position = projects_.Add(ParseProject(file, std::filesystem::path(file).parent_path(), text));
+    }
+    return &nested_.emplace_back(ProjectScope{projects_[*position], *position, directory});
+  } catch (const InputError& error) {
+    faults_.insert(faults_.end(), error.lines.begin(), error.lines.end());
+    return nullptr;
+  }
+}
+
+std::vector<ReportProject> ListOf(const ProjectSet& projects, std::vector<JudgedFile> judged) {
+  std::ranges::sort(judged);
+  judged.erase(std::unique(judged.begin(), judged.end()), judged.end());
+  std::vector<ReportProject> list;
+  for (std::size_t i = 0; i < projects.size(); ++i) {
+    const auto end = std::ranges::upper_bound(judged, i, {}, &JudgedFile::first);
+    const auto files = static_cast<std::size_t>(end - std::ranges::lower_bound(judged, i, {}, &JudgedFile::first));
+    const bool is_listed = projects[i] != nullptr && (i == 0 || files > 0);
+    if (is_listed) list.push_back({projects[i]->file, files});
+  }
+  std::ranges::sort(list.begin() + (projects.OfCall() == nullptr ? 0 : 1), list.end(), {}, &ReportProject::file);
+  if (list.size() < 2) list.clear();
+  return list;
+}
+
+}  // namespace korvel
