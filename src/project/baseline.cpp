@@ -2,6 +2,7 @@
 #include "project/baseline.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <filesystem>
 #include <iterator>
 #include <string_view>
@@ -16,12 +17,12 @@ namespace {
 constexpr std::string_view kTagPrefix = "git-tag:";
 constexpr std::string_view kTags = "refs/tags/";
 
-// "v1.10.0" before "v1.9.0", and "v1.10.0" before "v1.10.0-rc1".
-std::string NewestTag(const std::string& pattern, const std::string& argument) {
-  const std::string newest = GitOutput({"-c", "versionsort.suffix=-", "for-each-ref", "--count=1", "--sort=-version:refname",
-                                        "--format=%(refname)", std::string(kTags) + pattern},
-                                       argument);
-  if (!newest.empty()) return newest.substr(0, newest.find('\n'));
+// At most `count` tags, 0 for all: "v1.10.0" before "v1.9.0", and "v1.10.0" before "v1.10.0-rc1".
+std::vector<std::string> NewestTags(const std::string& pattern, std::size_t count, const std::string& argument) {
+  const std::string tags = GitOutput({"-c", "versionsort.suffix=-", "for-each-ref", "--count=" + std::to_string(count),
+                                      "--sort=-version:refname", "--format=%(refname)", std::string(kTags) + pattern},
+                                     argument);
+  if (!tags.empty()) return SplitAt(tags, '\n');
   const std::string depth = Git::IsShallow(argument) ? "--depth=1 " : "";
   RefuseArgument(argument, "no tag matches " + Quote(pattern) + "; fetch the tags with: git fetch " + depth + "--tags");
 }
@@ -29,7 +30,7 @@ std::string NewestTag(const std::string& pattern, const std::string& argument) {
 Baseline ResolveTag(const std::string& argument) {
   const std::string pattern = argument.substr(kTagPrefix.size());
   if (pattern.empty()) RefuseArgument(argument, "the pattern is missing; allowed: git-tag:PATTERN, such as git-tag:v*");
-  const std::string tag = NewestTag(pattern, argument);
+  const std::string tag = NewestTags(pattern, 1, argument).front();
   return {"git:" + tag.substr(kTags.size()), tag, "the newest tag that matches " + OneLine(pattern)};
 }
 
@@ -39,6 +40,12 @@ std::string RelativeTo(const std::string& directory, const std::string& argument
 }
 
 }  // namespace
+
+std::vector<std::string> TagsOf(const std::string& pattern) {
+  std::vector<std::string> tags = NewestTags(pattern, 0, "--tags " + pattern);
+  std::ranges::reverse(tags);
+  return tags;
+}
 
 Baseline ResolveBaseline(const std::string& argument) {
   if (argument.starts_with(kTagPrefix)) return ResolveTag(argument);

@@ -1,9 +1,10 @@
-// Tested by tests/tool/history_test.cpp.
+// Tested by tests/tool/history_test.cpp and history_git_test.cpp.
 #include "project/check_history.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
+#include <optional>
 #include <thread>
 #include <utility>
 
@@ -12,11 +13,167 @@
 #include "base/text.h"
 #include "project/git.h"
 #include "project/id_history.h"
-#include "project/load_inputs.h"
-#include "project/project_path.h"
+#include "project/waivers.h"
+#include "report/result/released_tables.h"
+#include "report/result/summary.h"
+#include "report/result/words.h"
+#include "schema/input.h"
 
 namespace korvel {
 namespace {
+
+// Two checks each: enough for the cores of most machines.
+constexpr std::size_t kStepsAtOnce = 8;
+
+Input LoadVersion(const FileVersion& version, Git& git) {
+  if (version.in_git) return LoadBytes(version.name, git.ReadFile(*version.in_git, version.name));
+  const std::optional<GitPath> in_git = ParseGitPath(version.path_on_disk);
+  return in_git ? LoadBytes(version.name, git.Read(*in_git)) : LoadFile(version.path_on_disk);
+}
+
+// A readable version.
+struct LoadedVersion {
+  std::size_t position;  // in History::versions
+  Input input;
+};
+
+// In memory are the newest version and a window of consecutive ones.
+class HistoryChecker {
+ public:
+  HistoryChecker(const FileVersions& file, const HistoryCheck& check, std::vector<std::string>& unknown_tables, Git& git)
+      : file_(file), check_(check), options_(check.options), unknown_tables_(unknown_tables), git_(git), ids_(options_.tables) {
+    history_.file = file.file;
+    history_.notes = file.notes;
+    for (const FileVersion& version : file.versions) history_.versions.push_back({version.name, {}});
+  }
+
+  History Run() {
+    std::size_t end = file_.versions.size();
+    while (!newest_ && end > 0) newest_ = Load(--end);
+    std::vector<LoadedVersion> window;
+    if (end == 0) CheckWindow(window, true);
+    for (std::size_t begin = 0; begin < end; begin += kStepsAtOnce) {
+      const std::size_t stop = std::min(begin + kStepsAtOnce, end);
+      Append(begin, stop, window);
+      // The newest version ends the last window.
+      CheckWindow(window, stop == end);
+      if (!window.empty()) window.erase(window.begin(), window.end() - 1);
+    }
+    if (newest_) RequireUnchanged(newest_->input);
+    history_.reused_ids = ids_.Take();
+    return std::move(history_);
+  }
+
+ private:
+  // nullopt if the version cannot be read; then it has faults.
+  std::optional<LoadedVersion> Load(std::size_t position) {
+    const FileVersion& version = file_.versions[position];
+    try {
+      Input input = LoadVersion(version, git_);
+      input.path_in_project = version.path_in_project;
+      history_.versions[position].name = input.name;  // of standard input, "<stdin>"
+      if (check_.keeps_texts) AddDump(input);
+      return LoadedVersion{position, std::move(input)};
+    } catch (const InputError& faults) {
+      history_.versions[position].faults = faults.lines;
+      return std::nullopt;
+    }
+  }
+
+  void Append(std::size_t begin, std::size_t end, std::vector<LoadedVersion>& window) {
+    std::vector<std::optional<LoadedVersion>> loaded(end - begin);
+    ForEach(loaded.size(), std::thread::hardware_concurrency(), [&](std::size_t i) { loaded[i] = Load(begin + i); });
+    for (std::optional<LoadedVersion>& version : loaded) {
+      if (version) window.push_back(std::move(*version));
+    }
+  }
+
+  // The steps from the versions of the window, and these versions against the newest. The last one has its step in the next
+  // window.
+  void CheckWindow(const std::vector<LoadedVersion>& window, bool is_last) {
+    std::vector<const LoadedVersion*> versions;
+    for (const LoadedVersion& version : window) versions.push_back(&version);
+    if (is_last && newest_) versions.push_back(&*newest_);
+    const std::size_t steps = versions.empty() ? 0 : versions.size() - 1;
+    std::vector<VersionStep> checked(steps);
+    std::vector<NewestCheck> against_newest(steps);
+    ForEach(2 * steps, std::thread::hardware_concurrency(), [&](std::size_t i) {
+      const LoadedVersion& from = *versions[i / 2];
+      const LoadedVersion& to = *versions[i / 2 + 1];
+      if (i % 2 == 0) {
+        checked[i / 2] = CheckStep(from, to);
+      } else if (&to != &*newest_) {
+        against_newest[i / 2] = CheckAgainstNewest(from);
+      }
+    });
+    std::ranges::move(checked, std::back_inserter(history_.steps));
+    for (std::size_t i = 0; i < steps; ++i) {
+      if (versions[i + 1] != &*newest_) history_.against_newest.push_back(std::move(against_newest[i]));
+    }
+    for (std::size_t i = 0; i < versions.size(); ++i) Finish(*versions[i], i == 0 ? nullptr : versions[i - 1]);
+  }
+
+  void Finish(const LoadedVersion& version, const LoadedVersion* previous) {
+    const bool is_known = previous == nullptr && std::exchange(has_ids_, true);
+    if (is_known) return;
+    ids_.Add(version.position, version.input, previous == nullptr ? nullptr : &previous->input);
+    if (check_.keeps_texts && version.input.text) history_.texts.Add(version.position, version.input.text->Bytes());
+    RequireUnchanged(version.input);
+    const auto has = [&](const std::string& table) {
+      return std::ranges::find(version.input.tables, table) != version.input.tables.end();
+    };
+    std::erase_if(unknown_tables_, has);
+  }
+
+  Report ReportFor(const LoadedVersion& from, const LoadedVersion& to) const {
+    Report report;
+    report.command = "history";
+    report.max_findings = options_.max_findings;
+    report.fails_on_warnings = check_.fails_on_warnings;
+    report.tables = CheckTables({from.input, to.input}, options_);
+    if (options_.project == nullptr) return report;
+    const std::vector<WaiverUse> uses = ApplyWaivers(*options_.project, report);
+    ReportWaivers(*options_.project, uses, {.all_compared = false, .is_strict = check_.strict_waivers}, report);
+    return report;
+  }
+
+  VersionStep CheckStep(const LoadedVersion& from, const LoadedVersion& to) const {
+    VersionStep step{from.position, to.position, ReportFor(from, to)};
+    AddSuggestions(step.report, false);
+    for (const TableResult& table : step.report.tables) {
+      step.causes.push_back(table.status == Status::kRefused ? CauseOf(table) : RefusalCause());
+    }
+    step.sources = ReleaseSources(step.report.tables);
+    return step;
+  }
+
+  NewestCheck CheckAgainstNewest(const LoadedVersion& from) const {
+    NewestCheck check{from.position};
+    std::vector<TableResult> refused;
+    for (TableResult& table : ReportFor(from, *newest_).tables) {
+      if (table.status != Status::kRefused) continue;
+      NewestRefusal refusal{{}, SummaryOf(table), CauseOf(table), IsWaived(table)};
+      table.changes.reset();
+      table.advice = {};
+      table.baseline = from.input.name;
+      refused.push_back(std::move(table));
+      check.refused.push_back(std::move(refusal));
+    }
+    check.sources = ReleaseSources(refused);
+    for (std::size_t i = 0; i < refused.size(); ++i) check.refused[i].result = std::move(refused[i]);
+    return check;
+  }
+
+  const FileVersions& file_;
+  const HistoryCheck& check_;
+  const CheckOptions& options_;
+  std::vector<std::string>& unknown_tables_;  // requested, and in no version so far
+  Git& git_;
+  IdHistory ids_;
+  bool has_ids_ = false;                 // of a version
+  std::optional<LoadedVersion> newest_;  // that can be read
+  History history_;
+};
 
 void RequireKnown(const std::vector<std::string>& unknown_tables) {
   InputError unknown;
@@ -25,120 +182,57 @@ void RequireKnown(const std::vector<std::string>& unknown_tables) {
   if (!unknown.lines.empty()) throw unknown;
 }
 
-void RequireCompared(const History& history) {
-  const auto is_old = [](const StepTable& table) { return table.status != Status::kNew; };
-  const auto is_compared = [&](const VersionStep& step) { return std::ranges::any_of(step.tables, is_old); };
-  if (std::ranges::none_of(history.steps, is_compared)) {
-    throw InputError{{ToolMessage("nothing was compared: only the last version has such a table")}};
+void RequireCompared(const Histories& histories) {
+  const auto is_old = [](const TableResult& table) { return table.status != Status::kNew; };
+  for (const History& history : histories.files) {
+    for (const VersionStep& step : history.steps) {
+      if (std::ranges::any_of(step.report.tables, is_old)) return;
+    }
   }
+  if (!histories.Faults().empty()) throw InputError{histories.Faults()};
+  throw InputError{{ToolMessage("nothing was compared: only the last version has such a table")}};
 }
 
-// Two checks each: enough for the cores of most machines.
-constexpr std::size_t kStepsAtOnce = 8;
-
-// In memory are the newest version and a window of consecutive ones.
-class HistoryChecker {
- public:
-  HistoryChecker(const std::vector<std::string>& paths, const CheckOptions& options)
-      : paths_(paths), options_(options), newest_(paths.size() - 1), unknown_tables_(options.tables), ids_(options.tables) {
-    for (std::size_t i = 0; i < newest_; ++i) history_.steps.push_back({i, i + 1, {}});
-    for (std::size_t i = 0; i + 1 < newest_; ++i) history_.against_newest.push_back({i, newest_, {}});
-    history_.versions.resize(paths.size());
-  }
-
-  History Run() {
-    const std::vector<Input> newest = Load(newest_, newest_ + 1);
-    const InputError newest_faults = std::exchange(faults_, {});
-    std::vector<Input> window = Load(0, 1);
-    for (std::size_t begin = 0; begin < newest_; begin += kStepsAtOnce) {
-      const std::size_t end = std::min(begin + kStepsAtOnce, newest_);
-      std::ranges::move(Load(begin + 1, std::min(end + 1, newest_)), std::back_inserter(window));
-      // After a fault, the other versions are loaded only to report theirs.
-      if (newest_faults.lines.empty() && faults_.lines.empty()) CheckSteps(begin, end, window, newest.front());
-      if (!window.empty()) window.erase(window.begin(), window.end() - 1);
-    }
-    std::ranges::copy(newest_faults.lines, std::back_inserter(faults_.lines));
-    if (!faults_.lines.empty()) throw InputError(faults_);
-    RequireUnchanged(newest.front());
-    RequireKnown(unknown_tables_);
-    RequireCompared(history_);
-    history_.reused_ids = ids_.Take();
-    return std::move(history_);
-  }
-
- private:
-  // None of the versions if one of them cannot be loaded.
-  std::vector<Input> Load(std::size_t begin, std::size_t end) {
-    const auto at = [&](std::size_t i) { return paths_.begin() + static_cast<std::ptrdiff_t>(i); };
-    std::vector<Input> inputs;
-    try {
-      inputs = LoadInputs({at(begin), at(end)});
-    } catch (const InputError& faults) {
-      std::ranges::copy(faults.lines, std::back_inserter(faults_.lines));
-    }
-    for (std::size_t i = 0; i < inputs.size(); ++i) {
-      history_.versions[begin + i] = inputs[i].name;
-      inputs[i].path_in_project = PathInProject(options_.project, paths_[begin + i]);
-      const auto has = [&](const std::string& table) {
-        return std::ranges::find(inputs[i].tables, table) != inputs[i].tables.end();
-      };
-      std::erase_if(unknown_tables_, has);
-    }
-    return inputs;
-  }
-
-  // The steps from the versions `begin` to `end` - 1, with which the window begins.
-  void CheckSteps(std::size_t begin, std::size_t end, const std::vector<Input>& window, const Input& newest) {
-    ForEach(2 * (end - begin), std::thread::hardware_concurrency(), [&](std::size_t i) {
-      const std::size_t from = begin + i / 2;
-      const Input& version = window[i / 2];
-      const bool is_last = from + 1 == newest_;
-      if (i % 2 == 0) {
-        Check({version, is_last ? newest : window[i / 2 + 1]}, history_.steps[from]);
-      } else if (!is_last) {
-        Check({version, newest}, history_.against_newest[from]);
+// Moves what is wrong with waivers from the steps to the histories, each once. That a waiver covers nothing in some step means
+// nothing: it is for another one.
+void CollectProjectFindings(Histories& histories) {
+  std::vector<ProjectFinding>& all = histories.project;
+  for (History& history : histories.files) {
+    for (VersionStep& step : history.steps) {
+      for (ProjectFinding& finding : std::exchange(step.report.project, {})) {
+        if (finding.rule == "waiver.unused") continue;
+        const auto is_same = [&](const ProjectFinding& one) {
+          return one.rule == finding.rule && one.position.line == finding.position.line &&
+                 one.position.column == finding.position.column;
+        };
+        const auto known = std::ranges::find_if(all, is_same);
+        if (known == all.end()) {
+          all.push_back(std::move(finding));
+        } else if (finding.level == ProjectFinding::Level::kError && known->level != finding.level) {
+          *known = std::move(finding);
+        }
       }
-    });
-    AddIds(begin, end, window, newest);
-    for (const Input& version : window) RequireUnchanged(version);
-  }
-
-  void AddIds(std::size_t begin, std::size_t end, const std::vector<Input>& window, const Input& newest) {
-    if (begin == 0) ids_.Add(0, window.front(), nullptr);
-    for (std::size_t i = begin + 1; i <= end; ++i) {
-      ids_.Add(i, i == newest_ ? newest : window[i - begin], &window[i - begin - 1]);
     }
   }
-
-  void Check(const Pair& pair, VersionStep& step) const {
-    std::ranges::transform(CheckTables(pair, options_), std::back_inserter(step.tables), StepTableOf);
-  }
-
-  const std::vector<std::string>& paths_;
-  const CheckOptions& options_;
-  const std::size_t newest_;  // position of the newest version
-  History history_;
-  InputError faults_;
-  std::vector<std::string> unknown_tables_;  // requested, and in no version so far
-  IdHistory ids_;
-};
+  std::ranges::stable_sort(all, {}, [](const ProjectFinding& one) { return one.position.line; });
+}
 
 }  // namespace
 
-GitVersions VersionsInGit(const std::string& path) {
-  GitVersions versions;
+Histories CheckHistories(const HistoryCheck& check) {
+  Histories histories;
+  histories.max_findings = check.options.max_findings;
+  histories.fails_on_warnings = check.fails_on_warnings;
+  std::vector<std::string> unknown_tables = check.options.tables;
   Git git;
-  for (const std::string& commit : git.CommitsOf(path, path)) versions.paths.push_back("git:" + commit + ":" + path);
-  versions.is_shallow = Git::IsShallow(path);
-  if (versions.paths.size() >= 2) return versions;
-  const std::string number = versions.paths.empty() ? "no commit" : "only one commit";
-  const std::string clone = versions.is_shallow ? " of this shallow clone" : "";
-  throw InputError{{ToolMessage(OneLine(path) + ": is in " + number + clone + "; allowed: a file with at least two versions")}};
-}
-
-// A version that is given twice is read twice: a step without a change is allowed.
-History CheckHistory(const std::vector<std::string>& paths, const CheckOptions& options) {
-  return HistoryChecker(paths, options).Run();
+  for (const FileVersions& file : check.files) {
+    histories.files.push_back(HistoryChecker(file, check, unknown_tables, git).Run());
+  }
+  if (!check.allows_faults && !histories.Faults().empty()) throw InputError{histories.Faults()};
+  RequireKnown(unknown_tables);
+  RequireCompared(histories);
+  CollectProjectFindings(histories);
+  return histories;
 }
 
 }  // namespace korvel

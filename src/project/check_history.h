@@ -1,28 +1,29 @@
-// Checks every step between several versions of a schema, and each version against the newest.
+// Checks every step between the versions of schema files, and each version against the newest.
 #pragma once
 
-#include <string>
 #include <vector>
 
 #include "project/check_tables.h"
+#include "project/file_versions.h"
 #include "report/result/history.h"
 
 namespace korvel {
 
-// The versions of a file in a repository.
-struct GitVersions {
-  std::vector<std::string> paths;  // "git:REV:PATH", oldest first, at least two
-  bool is_shallow = false;         // the clone is shallow: older versions may be missing
+struct HistoryCheck {
+  std::vector<FileVersions> files;
+  CheckOptions options;  // waivers of the project apply to every step
+  bool fails_on_warnings = false;
+  bool strict_waivers = false;
+  // Whether a version that cannot be read is a fault of the history, which goes on without it. Otherwise the call fails.
+  bool allows_faults = false;
+  bool keeps_texts = false;  // for formats that show them
 };
 
-// The commits that changed a file, along the first parents. Throws InputError as Git, and if there are fewer than two.
-GitVersions VersionsInGit(const std::string& path);
-
-// Loads and checks the versions at these paths, oldest first, at least two. Uses all cores. Has only some of the versions in
-// memory at the same time, so that the memory does not grow with their number.
+// Loads and checks the versions of each file. Uses all cores. Has only some of the versions in memory at the same time: the
+// memory grows with the results, not with the size of the versions.
 //
-// Throws InputError with the errors of every version that cannot be loaded (see LoadInputs); if a mapped file has changed; for a
-// requested table that no version has; and if nothing was compared.
-History CheckHistory(const std::vector<std::string>& paths, const CheckOptions& options);
+// Throws InputError with the errors of every version that cannot be loaded, unless faults are allowed; if a mapped file has
+// changed; for a requested table that no version has; and if nothing was compared.
+Histories CheckHistories(const HistoryCheck& check);
 
 }  // namespace korvel

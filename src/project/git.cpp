@@ -203,17 +203,6 @@ bool Git::IsShallow(const std::string& argument) {
   return RunGit({"rev-parse", "--is-shallow-repository"}, argument).out == "true\n";
 }
 
-std::vector<std::string> Git::CommitsOf(const std::string& path, const std::string& argument) {
-  const std::string from_top = FromTop(path, argument);
-  if (from_top.empty()) RefuseArgument(argument, "is the top of the repository; allowed: a file in it");
-  if (RunGit({"rev-parse", "--verify", "--quiet", "HEAD"}, argument).status != 0) RefuseRevision("HEAD", argument);
-  const std::string top = Top(argument);
-  return SplitAt(
-      GitOutput({"-C", top, "log", "--first-parent", "--diff-filter=AMT", "--reverse", "--format=%h", "HEAD", "--", from_top},
-                argument),
-      '\n');
-}
-
 std::string Git::TreeOf(const std::string& revision, const std::string& argument) {
   std::string& tree = trees_[revision];
   if (tree.empty()) {

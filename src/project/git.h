@@ -76,10 +76,6 @@ class Git {
   // Whether the clone is shallow.
   static bool IsShallow(const std::string& argument);
 
-  // The commits in which a file is as in none before, along the first parents, oldest first, abbreviated as git does. `path`
-  // is as in GitPath. Commits that removed it do not count.
-  std::vector<std::string> CommitsOf(const std::string& path, const std::string& argument);
-
  private:
   std::string TreeOf(const std::string& revision, const std::string& argument);
   std::string FromTop(const std::string& path, const std::string& argument);

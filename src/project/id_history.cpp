@@ -38,12 +38,15 @@ std::set<LPQMXMETA> Reached(const Source& source, const std::vector<std::string>
 }
 
 // Sets the locations of fields of a source.
-void Locate(const Source& source, const std::vector<std::pair<qmx::ElementId, std::string*>>& fields) {
+void Locate(const Source& source, const std::vector<std::pair<qmx::ElementId, ReusedId::Use*>>& fields) {
   std::vector<Location> locations;
   locations.reserve(fields.size());
-  for (const auto& [element, text] : fields) locations.push_back({&source, element, ""});
+  for (const auto& [element, use] : fields) locations.push_back({&source, element, ""});
   const std::vector<std::optional<TextRange>> ranges = FindTextRanges(locations);
-  for (std::size_t i = 0; i < fields.size(); ++i) *fields[i].second = ranges[i] ? ToText(*ranges[i]) : "";
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    fields[i].second->location = ranges[i] ? ToText(*ranges[i]) : "";
+    if (ranges[i] && ranges[i]->begin) fields[i].second->position = *ranges[i]->begin;
+  }
 }
 
 ReusedId ReuseOf(const Source& source, const std::string& meta, int id, const ReusedId::Use& before, const ReusedId::Use& after) {
@@ -91,11 +94,11 @@ void IdHistory::Add(std::size_t version, const Source& source, const Source* pre
   if (is_tlv) uses = UsesOf(version, source);
   // Locations are found while the version with the fields is in memory.
   if (was_tlv_ && previous != nullptr) {
-    std::vector<std::pair<qmx::ElementId, std::string*>> removed;
+    std::vector<std::pair<qmx::ElementId, ReusedId::Use*>> removed;
     for (auto& [key, use] : live_) {
       if (is_tlv && uses.contains(key)) continue;
       Use& gone = gone_.insert_or_assign(key, use).first->second;
-      removed.emplace_back(EntryAt(gone.meta, gone.entry), &gone.use.location);
+      removed.emplace_back(EntryAt(gone.meta, gone.entry), &gone.use);
     }
     Locate(*previous, removed);
   }
@@ -118,8 +121,8 @@ void IdHistory::Compare(const std::map<Key, Use>& uses, const Source& source) {
     }
     gone_.erase(gone);
   }
-  std::vector<std::pair<qmx::ElementId, std::string*>> added;
-  for (std::size_t i = 0; i < elements.size(); ++i) added.emplace_back(elements[i], &reused_[known + i].after.location);
+  std::vector<std::pair<qmx::ElementId, ReusedId::Use*>> added;
+  for (std::size_t i = 0; i < elements.size(); ++i) added.emplace_back(elements[i], &reused_[known + i].after);
   Locate(source, added);
 }
 

@@ -18,7 +18,7 @@ const ToolMessage kSaid[] = {
     {{"values", "old.xml", "wide.xml"}, {"text", "json"}},
     {{"same", "old.xml", "same.xml"}, {"text", "json"}},
     {{"sortlist", "old.xml", "same.xml"}, {"text", "json"}},
-    {{"history", "old.xml", "same.xml", "wide.xml"}, {"text", "json"}},
+    {{"history", "old.xml", "same.xml", "wide.xml"}, {"text", "json", "sarif", "junit", "github", "gitlab", "markdown", "html"}},
     {{"diff", "old.xml", "wide.xml"}, {"text", "json"}},
     {{"layout", "old.xml", "wide.xml"}, {"text", "json"}},
     {{"rules"}, {"text", "json", "markdown"}},

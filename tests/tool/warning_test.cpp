@@ -248,13 +248,13 @@ TEST_F(WarningTest, ImagesHaveNoLines) {
 TEST_F(WarningTest, HistoryShowsWarningsOfSteps) {
   const Outcome outcome = Run({"history", "counted.xml", "fixed.xml"});
   EXPECT_EQ(outcome.exit_code, 0);
-  EXPECT_THAT(outcome.out, HasSubstr("  table orders: warning [advice.refer-changed] the elements of a field are counted by "
-                                     "another field than before, or by none\n    change: refer of a: n -> none\n"
-                                     "    new: fixed.xml:2:"));
+  EXPECT_THAT(outcome.out, HasSubstr(": warning [advice.refer-changed] the elements of a field are counted by another field than "
+                                     "before, or by none\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("    change: refer of a: n -> none\n    missing in: fixed.xml:2:"));
   EXPECT_THAT(outcome.out, HasSubstr("; 1 warning\n"));
   EXPECT_EQ(Run({"history", "counted.xml", "fixed.xml", "--fail-on", "warning"}).exit_code, 1);
   const auto json = nlohmann::json::parse(Run({"history", "counted.xml", "fixed.xml", "--format", "json"}).out);
-  EXPECT_EQ(json["steps"][0]["tables"][0]["warnings"][0]["rule"], "advice.refer-changed");
+  EXPECT_EQ(json["files"][0]["steps"][0]["tables"][0]["warnings"][0]["rule"], "advice.refer-changed");
 }
 
 // A structure drops a field, and a later version gives its id to a field of another type.
@@ -290,7 +290,7 @@ TEST_F(ReusedIdTest, IsReportedAcrossVersionsWithBothLocations) {
   EXPECT_THAT(outcome.out, HasSubstr(")\n  suggestion: give y an id that no version has used\n"));
   EXPECT_THAT(outcome.out, HasSubstr("; 1 warning\n"));
   EXPECT_EQ(History(versions, {"--fail-on", "warning"}).exit_code, 1);
-  const auto reused = nlohmann::json::parse(History(versions, {"--format", "json"}).out)["reused_ids"];
+  const auto reused = nlohmann::json::parse(History(versions, {"--format", "json"}).out)["files"][0]["reused_ids"];
   ASSERT_EQ(reused.size(), 1u);
   EXPECT_EQ(reused[0]["rule"], "advice.id-reused");
   EXPECT_EQ(reused[0]["id"], 2);

@@ -28,5 +28,6 @@ struct Asset {
 
 extern const Asset kPageStyle;
 extern const Asset kPageScript;
+extern const Asset kHistoryScript;
 
 }  // namespace korvel

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -19,13 +20,17 @@
 namespace korvel {
 
 // "version" of JSON documents. Goes up when a member changes its meaning or is removed; new members do not change it.
-inline constexpr int kReportJsonVersion = 2;  // reports
-inline constexpr int kJsonVersion = 1;        // all other documents
+inline constexpr int kReportJsonVersion = 2;   // reports
+inline constexpr int kHistoryJsonVersion = 2;  // history
+inline constexpr int kJsonVersion = 1;         // all other documents
 
 // --- Reports ---
 
 // For people: the verdict, one block for each table, a summary. `color` colors the status words for a terminal.
 std::string RenderText(const Report& report, bool color);
+
+// Of the same text, the blocks of the tables that are refused or new, or have warnings or notes.
+std::string RenderTablesText(const Report& report, bool color);
 
 // For programs: one JSON object as described by docs/report.schema.json, its members in a fixed order. Written table by table.
 void WriteJson(const Report& report, const TextSink& sink);
@@ -63,9 +68,22 @@ std::string RenderDiffJson(const Listing& listing);
 
 // --- history ---
 
-// For people: one block for each step, one for each version against the newest, a summary.
-std::string RenderHistoryText(const History& history, bool color);
-std::string RenderHistoryJson(const History& history);
+// For people: for each file its steps, with the blocks of RenderTablesText, and each version against the newest; a summary.
+std::string RenderHistoryText(const Histories& histories, bool color);
+// The JSON object is described by docs/history.schema.json.
+void WriteHistoryJson(const Histories& histories, const TextSink& sink);
+// For people with a browser: a line of versions, the steps as text, and a comparison of any two versions.
+std::string RenderHistoryHtml(const Histories& histories);
+
+// A value of --format. The formats besides text, json and html list the findings of all steps as one report (ReportOf).
+struct HistoryFormat {
+  const char* name;
+  void (*write)(const Histories& histories, const std::optional<std::string>& path_prefix, bool color, const TextSink& sink);
+  bool shows_texts = false;  // shows the texts of the versions
+};
+
+// The first is the default.
+std::span<const HistoryFormat> HistoryFormats();
 
 // The output of `waivers`. The JSON object is described by docs/waivers.schema.json.
 std::string RenderWaiversText(const WaiverList& list);

@@ -1,62 +1,89 @@
-// The output of `history` as text and JSON; docs/command-line.md describes both. Tested by tests/tool/history_test.cpp.
-#include <nlohmann/json.hpp>
+// The output of `history` as text. Tested by tests/tool/history_test.cpp and history_git_test.cpp.
+#include <algorithm>
 
 #include "base/text.h"
 #include "report/render/render.h"
+#include "report/result/summary.h"
 #include "report/result/words.h"
 #include "rule_docs/advice.h"
 
 namespace korvel {
 namespace {
 
-using Json = nlohmann::ordered_json;
+std::string ColoredVerdict(bool refused, bool color) {
+  const char* const word = refused ? "refused" : "allowed";
+  return color ? std::string("\x1b[") + (refused ? "31" : "32") + "m" + word + "\x1b[0m" : word;
+}
 
-const char* VerdictText(bool refused) { return refused ? "refused" : "allowed"; }
+// Every line with two spaces in front.
+std::string Indented(const std::string& lines) {
+  std::string text;
+  for (std::size_t begin = 0; begin < lines.size();) {
+    const std::size_t end = lines.find('\n', begin) + 1;
+    text += "  " + lines.substr(begin, end - begin);
+    begin = end;
+  }
+  return text;
+}
 
-// --- Text ---
-
+// The history of one file.
 class HistoryText {
  public:
   HistoryText(const History& history, bool color) : history_(history), color_(color) {}
 
   std::string Text() {
-    text_ = "verdict: " + ColoredVerdict(history_.Refused()) + "\n";
-    for (const VersionStep& step : history_.steps) Step(step);
-    if (!history_.against_newest.empty())
-      text_ += "each version against the newest, " + Name(history_.versions.size() - 1) + ":\n";
-    for (const VersionStep& step : history_.against_newest) AgainstNewest(step);
+    if (!history_.file.empty()) AddFile();
+    for (const VersionStep& step : history_.steps) AddStep(step);
+    if (!history_.against_newest.empty()) text_ += "each version against the newest, " + Name(history_.steps.back().to) + ":\n";
+    for (const NewestCheck& check : history_.against_newest) AddAgainstNewest(check);
     AddReusedIds();
-    AddTotals();
-    return text_;
+    if (!history_.steps.empty()) AddTotals();
+    return std::move(text_);
   }
 
  private:
-  std::string Name(std::size_t version) const { return OneLine(history_.versions[version]); }
+  std::string Name(std::size_t version) const { return OneLine(history_.versions[version].name); }
 
-  std::string ColoredVerdict(bool refused) const {
-    const char* const word = VerdictText(refused);
-    return color_ ? std::string("\x1b[") + (refused ? "31" : "32") + "m" + word + "\x1b[0m" : word;
-  }
-
-  std::string Heading(const VersionStep& step) const {
-    return Name(step.from) + " -> " + Name(step.to) + ": " + ColoredVerdict(step.Refused()) + "\n";
-  }
-
-  void Step(const VersionStep& step) {
-    text_ += "step " + std::to_string(step.to) + ": " + Heading(step);
-    for (const StepTable& result : step.tables) {
-      if (result.status == Status::kNew) text_ += "  table " + OneLine(result.table) + ": new\n";
-      if (result.status == Status::kRefused) text_ += Refusal(result) + "\n";
-      for (const StepAdvice& advice : result.advice) text_ += AdviceText(result, advice);
+  void AddFile() {
+    text_ += "history of " + OneLine(history_.file) + ": " + Counted(history_.versions.size(), "version") + "\n";
+    for (const std::string& note : history_.notes) text_ += "  " + note + "\n";
+    for (const VersionInfo& version : history_.versions) {
+      if (!version.faults.empty()) text_ += "  cannot be read: " + OneLine(version.name) + "\n";
     }
+    if (history_.steps.empty()) text_ += "  nothing was compared: there are not two versions\n";
   }
 
-  static std::string AdviceText(const StepTable& result, const StepAdvice& advice) {
-    std::string text = "  table " + OneLine(result.table) + ": " + WordOf(advice.level) + " [" + advice.rule + "] " +
-                       advice.summary + "\n    change: " + advice.change + "\n";
-    if (!advice.new_location.empty()) text += "    new: " + advice.new_location + "\n";
-    if (!advice.old_location.empty()) text += "    was: " + advice.old_location + "\n";
-    return text + "    suggestion: " + OneLine(advice.suggestion) + "\n";
+  std::string Heading(std::size_t from, std::size_t to, bool refused) const {
+    return Name(from) + " -> " + Name(to) + ": " + ColoredVerdict(refused, color_) + "\n";
+  }
+
+  void AddStep(const VersionStep& step) {
+    text_ += "step " + std::to_string(NumberOf(history_, step)) + ": " + Heading(step.from, step.to, step.Refused());
+    text_ += Indented(RenderTablesText(step.report, color_));
+  }
+
+  void AddAgainstNewest(const NewestCheck& check) {
+    text_ += Heading(check.from, history_.steps.back().to, !check.refused.empty());
+    for (const NewestRefusal& refusal : check.refused) AddRefusal(check, refusal);
+  }
+
+  void AddRefusal(const NewestCheck& check, const NewestRefusal& refusal) {
+    const Verdict& verdict = refusal.result.verdict;
+    const RefusalCause& cause = refusal.cause;
+    text_ += "  table " + OneLine(refusal.result.table) + ": " + (refusal.is_waived ? "refused, waived" : "refused") +
+             (verdict.rule.empty() ? "" : " [" + verdict.rule + "]") + " " + refusal.summary + "\n    " +
+             CheckerLine(verdict.text) + "\n    code: " + std::to_string(verdict.code) + " " + CodeNameOf(verdict.code) +
+             "\n    caused by: " + cause.change + Step(check, refusal) + "\n";
+    if (!cause.path.empty()) text_ += "    path: " + OneLine(cause.path) + "\n";
+    if (!cause.new_location.empty()) text_ += "    new: " + cause.new_location + "\n";
+    if (!cause.old_location.empty()) text_ += "    was: " + cause.old_location + "\n";
+  }
+
+  std::string Step(const NewestCheck& check, const NewestRefusal& refusal) const {
+    const auto [step, has_cause] = FindStep(history_, check.from, refusal);
+    if (step == nullptr) return ", although each step alone is allowed";
+    return (has_cause ? ", in step " : "; another change was refused in step ") + std::to_string(NumberOf(history_, *step)) +
+           ": " + Name(step->from) + " -> " + Name(step->to);
   }
 
   void AddReusedIds() {
@@ -71,38 +98,16 @@ class HistoryText {
     }
   }
 
-  static std::string Refusal(const StepTable& result) {
-    const std::string rule = result.verdict.rule.empty() ? "" : " [" + result.verdict.rule + "]";
-    return "  table " + OneLine(result.table) + ": refused" + rule + " " + result.summary + "\n    " +
-           CheckerLine(result.verdict.text) + "\n    code: " + std::to_string(result.verdict.code) + " " +
-           CodeNameOf(result.verdict.code) + "\n    caused by: " + result.cause;
-  }
-
-  void AgainstNewest(const VersionStep& step) {
-    text_ += Heading(step);
-    for (const StepTable& result : step.tables) {
-      if (result.status != Status::kRefused) continue;
-      const VersionStep* const first = FirstRefusedStep(history_, step.from, result.table);
-      text_ +=
-          Refusal(result) +
-          (first == nullptr ? ", although each step alone is allowed"
-                            : ", in step " + std::to_string(first->to) + ": " + Name(first->from) + " -> " + Name(first->to)) +
-          "\n";
-    }
-  }
-
   void AddTotals() {
     std::size_t refused_steps = 0;
-    std::size_t refused_versions = 0;
+    std::size_t refused_versions = history_.steps.back().Refused() ? 1 : 0;
     for (const VersionStep& step : history_.steps) refused_steps += step.Refused() ? 1 : 0;
-    for (const VersionStep& step : history_.against_newest) refused_versions += step.Refused() ? 1 : 0;
-    refused_versions += history_.steps.back().Refused() ? 1 : 0;
+    for (const NewestCheck& check : history_.against_newest) refused_versions += check.refused.empty() ? 0 : 1;
     const std::size_t steps = history_.steps.size();
-    text_ += std::to_string(refused_steps) + " of " + std::to_string(steps) + (steps == 1 ? " step" : " steps") +
-             " refused; the newest version is refused from " + std::to_string(refused_versions) + " of " + std::to_string(steps) +
-             (steps == 1 ? " older version" : " older versions");
+    text_ += std::to_string(refused_steps) + " of " + Counted(steps, "step") + " refused; the newest version is refused from " +
+             std::to_string(refused_versions) + " of " + Counted(steps, "older version");
     for (const Level level : {Level::kWarning, Level::kNote}) {
-      if (const std::size_t count = history_.Count(level); count > 0) text_ += "; " + Counted(count, WordOf(level));
+      if (const std::size_t count = CountAdvice(history_, level); count > 0) text_ += "; " + Counted(count, WordOf(level));
     }
     text_ += "\n";
   }
@@ -112,92 +117,30 @@ class HistoryText {
   std::string text_;
 };
 
-// --- JSON ---
-
-Json ToJson(const StepAdvice& advice) {
-  const auto or_null = [](const std::string& text) { return text.empty() ? Json() : Json(text); };
-  return {{"level", WordOf(advice.level)},
-          {"rule", advice.rule},
-          {"summary", advice.summary},
-          {"description", advice.change},
-          {"path", advice.path},
-          {"old_location", or_null(advice.old_location)},
-          {"new_location", or_null(advice.new_location)},
-          {"suggestion", advice.suggestion},
-          {"fingerprint", advice.fingerprint}};
+std::string Remark(const Histories& histories) {
+  if (histories.Refused()) return histories.Fails() ? "" : " (all waived)";
+  if (CountErrors(histories.project) > 0) return " (but the project file has an error)";
+  return histories.Fails() ? " (warnings fail this call)" : "";
 }
 
-Json ToJson(const ReusedId& reused, const History& history) {
-  const auto use = [&](const ReusedId::Use& one) {
-    return Json{{"version", history.versions[one.version]}, {"field", one.field}, {"type", one.type}, {"location", one.location}};
-  };
-  return {{"level", WordOf(kIdReusedAdvice.level)},
-          {"rule", kIdReusedAdvice.row.id},
-          {"summary", kIdReusedAdvice.row.summary},
-          {"meta", reused.meta},
-          {"id", reused.id},
-          {"before", use(reused.before)},
-          {"after", use(reused.after)},
-          {"suggestion", reused.suggestion},
-          {"fingerprint", reused.fingerprint}};
-}
-
-Json StepTableToJson(const StepTable& result) {
-  if (result.status == Status::kNew) return {{"table", result.table}, {"status", "new"}};
-  const bool refused = result.status == Status::kRefused;
-  Json json = {{"table", result.table},
-               {"status", VerdictText(refused)},
-               {"code", result.verdict.code},
-               {"code_name", CodeNameOf(result.verdict.code)}};
-  if (!refused) return json;
-  json["rule"] = result.verdict.rule.empty() ? Json() : Json(result.verdict.rule);
-  json["summary"] = result.summary;
-  json["text"] = result.verdict.text;
-  json["removed"] = result.removed;
-  json["cause"] = result.cause;
-  return json;
-}
-
-Json ToJson(const VersionStep& step, const History& history) {
-  Json tables = Json::array();
-  for (const StepTable& result : step.tables) {
-    tables.push_back(StepTableToJson(result));
-    for (const StepAdvice& advice : result.advice) tables.back()["warnings"].push_back(ToJson(advice));
-  }
-  return {{"from", history.versions[step.from]},
-          {"to", history.versions[step.to]},
-          {"verdict", VerdictText(step.Refused())},
-          {"tables", std::move(tables)}};
-}
-
-// Adds to each refused table the number of the first refused step, from 1.
-Json WithSteps(const VersionStep& step, const History& history) {
-  Json json = ToJson(step, history);
-  for (std::size_t i = 0; i < step.tables.size(); ++i) {
-    if (step.tables[i].status != Status::kRefused) continue;
-    const VersionStep* const first = FirstRefusedStep(history, step.from, step.tables[i].table);
-    json["tables"][i]["step"] = first == nullptr ? Json() : Json(first->to);
-  }
-  return json;
+std::string ProjectFindingText(const ProjectFinding& finding) {
+  std::string text = FileLineColumn(OneLine(finding.file), finding.position) + ": " + WordOf(finding.level) + " [" +
+                     finding.rule + "] " + OneLine(finding.text) + "\n";
+  if (finding.suggestion.empty()) return text;
+  return text + "  suggestion: " + Join(SuggestionLines(finding.suggestion), "\n    ") + "\n";
 }
 
 }  // namespace
 
-std::string RenderHistoryText(const History& history, bool color) { return HistoryText(history, color).Text(); }
-
-std::string RenderHistoryJson(const History& history) {
-  Json json = {{"version", kJsonVersion},
-               {"tool", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}}},
-               {"command", "history"},
-               {"verdict", VerdictText(history.Refused())}};
-  json["versions"] = history.versions;
-  Json& steps = json["steps"] = Json::array();
-  for (const VersionStep& step : history.steps) steps.push_back(ToJson(step, history));
-  Json& against_newest = json["against_newest"] = Json::array();
-  for (const VersionStep& step : history.against_newest) against_newest.push_back(WithSteps(step, history));
-  against_newest.push_back(WithSteps(history.steps.back(), history));
-  for (const ReusedId& reused : history.reused_ids) json["reused_ids"].push_back(ToJson(reused, history));
-  return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+std::string RenderHistoryText(const Histories& histories, bool color) {
+  std::string text = "verdict: " + ColoredVerdict(histories.Refused(), color) + Remark(histories) + "\n";
+  for (const History& history : histories.files) text += HistoryText(history, color).Text();
+  for (const ProjectFinding& finding : histories.project) text += ProjectFindingText(finding);
+  if (histories.files.size() > 1) {
+    const auto refused = std::ranges::count_if(histories.files, &History::Refused);
+    text += std::to_string(refused) + " of " + Counted(histories.files.size(), "file") + " refused\n";
+  }
+  return text;
 }
 
 }  // namespace korvel

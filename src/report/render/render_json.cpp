@@ -4,6 +4,7 @@
 #include <span>
 
 #include "report/render/json_stream.h"
+#include "report/render/json_tables.h"
 #include "report/render/json_values.h"
 #include "report/render/render.h"
 #include "report/result/words.h"
@@ -21,8 +22,8 @@ Json List(const auto& values) {
 
 class JsonReport {
  public:
-  JsonReport(const Report& report, const TextSink& sink)
-      : report_(report), folded_(report), edits_(FoldEdits(folded_)), ranges_(LocationsOf(folded_, edits_)), json_(sink) {
+  JsonReport(const Report& report, JsonStream& json)
+      : report_(report), folded_(report), edits_(FoldEdits(folded_)), ranges_(LocationsOf(folded_, edits_)), json_(json) {
     std::size_t numbers[2] = {};
     for (const FoldedFinding& folded : folded_.findings()) listed_as_.push_back(numbers[IsRefusal(folded) ? 1 : 0]++);
   }
@@ -39,15 +40,19 @@ class JsonReport {
     json_.End();
     if (!report_.baselines.empty()) json_.Add("baselines", List(report_.baselines));
     if (!report_.projects.empty()) json_.Add("project_files", List(report_.projects));
-    json_.Begin("tables", '[');
-    for (std::size_t i = 0; i < folded_.tables().size(); ++i) WriteTable(folded_.tables()[i], edits_[i]);
-    json_.End();
-    WriteFindings();
+    WriteTables();
     json_.Add("files", List(report_.files));
     json_.Add("project", List(report_.project));
     if (!report_.faults.empty()) json_.Add("faults", List(report_.faults));
     json_.Add("summary", korvel::ToJson(summary));
     json_.End();
+  }
+
+  void WriteTables() {
+    json_.Begin("tables", '[');
+    for (std::size_t i = 0; i < folded_.tables().size(); ++i) WriteTable(folded_.tables()[i], edits_[i]);
+    json_.End();
+    WriteFindings();
   }
 
  private:
@@ -188,11 +193,16 @@ class JsonReport {
   std::vector<FoldedEdits> edits_;
   TextRanges ranges_;
   std::vector<std::size_t> listed_as_;  // of each folded finding, its position in the document's "findings" or "warnings"
-  JsonStream json_;
+  JsonStream& json_;
 };
 
 }  // namespace
 
-void WriteJson(const Report& report, const TextSink& sink) { JsonReport(report, sink).Write(); }
+void WriteJson(const Report& report, const TextSink& sink) {
+  JsonStream json(sink);
+  JsonReport(report, json).Write();
+}
+
+void WriteJsonTables(const Report& report, JsonStream& json) { JsonReport(report, json).WriteTables(); }
 
 }  // namespace korvel

@@ -178,6 +178,15 @@ class TextReport {
     return text_ + ToText(summary) + "\n" + ExplainHint();
   }
 
+  // The blocks of the tables about which there is something to say.
+  std::string Tables() {
+    for (std::size_t i = 0; i < folded_.tables().size(); ++i) {
+      const TableResult& table = *folded_.tables()[i].table;
+      if (table.status != Status::kAllowed || !table.advice.findings.empty()) AddTable(folded_.tables()[i], edits_[i]);
+    }
+    return std::move(text_);
+  }
+
  private:
   std::string Word(Status status) const { return Colored(WordOf(status), ColorOf(status), color_); }
 
@@ -290,6 +299,8 @@ class TextReport {
 };
 
 }  // namespace
+
+std::string RenderTablesText(const Report& report, bool color) { return TextReport(report, color).Tables(); }
 
 std::string RenderText(const Report& report, bool color) { return TextReport(report, color).Text(); }
 

@@ -2,80 +2,181 @@
 #include "report/result/history.h"
 
 #include <algorithm>
+#include <iterator>
+#include <optional>
 
 #include "base/text.h"
+#include "report/result/fold.h"
+#include "report/result/summary.h"
 #include "report/result/words.h"
+#include "rule_docs/advice.h"
 
 namespace korvel {
 namespace {
 
-bool IsRefused(const StepTable& table) { return table.status == Status::kRefused; }
+bool IsRefused(const TableResult& table) { return table.status == Status::kRefused; }
 
-std::string CauseOf(const TableResult& result) {
-  if (result.removed) return "the table was removed";
-  if (result.changes) {
-    for (const Finding& finding : result.changes->findings) {
-      if (!finding.edits.empty()) return OneLine(Describe(result.changes->edits[finding.edits.front()]));
-    }
+// The findings about the refusal that the checker reports for the whole change. It stops at the first refusal, so other findings
+// have other texts. If the text of no finding is the same, because several changes add to it, those of the same rule.
+std::vector<const Finding*> FindCauses(const TableResult& result) {
+  std::vector<const Finding*> same_rule;
+  if (!result.changes) return same_rule;
+  for (const Finding& finding : result.changes->findings) {
+    if (finding.verdict.rule != result.verdict.rule || finding.verdict.code != result.verdict.code) continue;
+    if (finding.verdict.text == result.verdict.text) return {&finding};
+    same_rule.push_back(&finding);
   }
+  return same_rule;
+}
+
+std::string CauseText(const TableResult& result, const std::vector<const Finding*>& findings) {
+  if (result.removed) return "the table was removed";
+  std::string text;
+  for (const Finding* finding : findings) {
+    for (const std::string& edit : EditsOf(result, *finding)) AppendPart(text, "; ", edit);
+  }
+  if (!text.empty()) return text;
   return result.verdict.text.empty() ? "(no text)" : OneLine(result.verdict.text);
 }
 
 }  // namespace
 
+RefusalCause CauseOf(const TableResult& result) {
+  const std::vector<const Finding*> findings = FindCauses(result);
+  RefusalCause cause;
+  cause.change = CauseText(result, findings);
+  cause.path = result.table;
+  Location old_location = result.declared;
+  Location new_location;
+  if (!findings.empty()) {
+    const Finding& first = *findings.front();
+    cause.path = first.path;
+    cause.fingerprint = first.fingerprint;
+    old_location = first.old_location;
+    new_location = first.new_location;
+  }
+  const std::vector<std::optional<TextRange>> ranges = FindTextRanges({old_location, new_location});
+  if (ranges[0]) cause.old_location = ToText(*ranges[0]);
+  if (ranges[1]) cause.new_location = ToText(*ranges[1]);
+  return cause;
+}
+
+bool VersionStep::Refused() const { return std::ranges::any_of(report.tables, IsRefused); }
+
+bool History::Refused() const {
+  return std::ranges::any_of(steps, &VersionStep::Refused) ||
+         std::ranges::any_of(against_newest, [](const NewestCheck& check) { return !check.refused.empty(); });
+}
+
+bool Histories::Refused() const { return std::ranges::any_of(files, &History::Refused); }
+
+bool Histories::Fails() const {
+  const auto step_fails = [](const VersionStep& step) { return CountFailing(step.report) > 0; };
+  const auto is_open = [](const NewestRefusal& refusal) { return !refusal.is_waived; };
+  const auto check_fails = [&](const NewestCheck& check) { return std::ranges::any_of(check.refused, is_open); };
+  const auto fails = [&](const History& history) {
+    return std::ranges::any_of(history.steps, step_fails) || std::ranges::any_of(history.against_newest, check_fails) ||
+           (fails_on_warnings && !history.reused_ids.empty());
+  };
+  return CountErrors(project) > 0 || std::ranges::any_of(files, fails);
+}
+
+std::vector<std::string> Histories::Faults() const {
+  std::vector<std::string> faults;
+  for (const History& history : files) {
+    for (const VersionInfo& version : history.versions) std::ranges::copy(version.faults, std::back_inserter(faults));
+  }
+  return faults;
+}
+
 namespace {
 
-std::vector<StepAdvice> AdviceOf(const TableResult& result) {
-  std::vector<Location> locations;
-  for (const Finding& finding : result.advice.findings) {
-    locations.push_back(finding.old_location);
-    locations.push_back(finding.new_location);
+const VersionStep* LastStep(const History& history, std::size_t from, const std::string& table, auto is_it) {
+  for (auto step = history.steps.rbegin(); step != history.steps.rend() && step->from >= from; ++step) {
+    for (const TableResult& result : step->report.tables) {
+      const bool is_refused = result.table == table && IsRefused(result);
+      if (is_refused && result.changes && std::ranges::any_of(result.changes->findings, is_it)) return &*step;
+    }
   }
-  const std::vector<std::optional<TextRange>> ranges = FindTextRanges(locations);
-  const auto text = [&](std::size_t i) { return ranges[i] ? ToText(*ranges[i]) : std::string(); };
-  std::vector<StepAdvice> advice;
-  for (std::size_t i = 0; i < result.advice.findings.size(); ++i) {
-    const Finding& finding = result.advice.findings[i];
-    advice.push_back({finding.level, finding.verdict.rule, SummaryOf(finding.verdict), EditsOf(result, finding).front(),
-                      finding.path, text(2 * i), text(2 * i + 1), finding.suggestion, finding.fingerprint});
-  }
-  return advice;
+  return nullptr;
 }
 
 }  // namespace
 
-StepTable StepTableOf(const TableResult& result) {
-  StepTable table{result.table, result.status, result.verdict, {}, {}, result.removed, AdviceOf(result)};
-  if (!IsRefused(table)) return table;
-  table.summary = SummaryOf(result);
-  table.cause = CauseOf(result);
-  return table;
+FoundStep FindStep(const History& history, std::size_t from, const NewestRefusal& refusal) {
+  const std::string& table = refusal.result.table;
+  const RefusalCause& cause = refusal.cause;
+  const auto same = [&](const Finding& one) { return !cause.fingerprint.empty() && one.fingerprint == cause.fingerprint; };
+  if (const VersionStep* step = LastStep(history, from, table, same)) return {step, true};
+  const auto similar = [&](const Finding& one) {
+    return one.verdict.rule == refusal.result.verdict.rule && one.path == cause.path;
+  };
+  if (const VersionStep* step = LastStep(history, from, table, similar)) return {step, true};
+  const auto refuses = [&](const VersionStep& step) {
+    const auto is_it = [&](const TableResult& result) { return result.table == table && IsRefused(result); };
+    return step.from >= from && std::ranges::any_of(step.report.tables, is_it);
+  };
+  const auto first = std::ranges::find_if(history.steps, refuses);
+  return {first == history.steps.end() ? nullptr : &*first, false};
 }
 
-bool VersionStep::Refused() const { return std::ranges::any_of(tables, IsRefused); }
-
-bool History::Refused() const {
-  const auto refused = [](const VersionStep& step) { return step.Refused(); };
-  return std::ranges::any_of(steps, refused) || std::ranges::any_of(against_newest, refused);
+std::size_t NumberOf(const History& history, const VersionStep& step) {
+  return static_cast<std::size_t>(&step - history.steps.data()) + 1;
 }
 
-std::size_t History::Count(Level level) const {
-  std::size_t count = level == Level::kWarning ? reused_ids.size() : 0;
-  for (const VersionStep& step : steps) {
-    for (const StepTable& table : step.tables) {
-      count += static_cast<std::size_t>(std::ranges::count(table.advice, level, &StepAdvice::level));
-    }
-  }
+std::size_t CountAdvice(const History& history, Level level) {
+  std::size_t count = level == kIdReusedAdvice.level ? history.reused_ids.size() : 0;
+  for (const VersionStep& step : history.steps) count += FoldedReport(step.report).Count(level).all;
   return count;
 }
 
-const VersionStep* FirstRefusedStep(const History& history, std::size_t from, const std::string& table) {
-  for (std::size_t i = from; i < history.steps.size(); ++i) {
-    const VersionStep& step = history.steps[i];
-    const auto is_it = [&](const StepTable& of_step) { return IsRefused(of_step) && of_step.table == table; };
-    if (std::ranges::any_of(step.tables, is_it)) return &step;
+namespace {
+
+ProjectFinding Unreadable(const VersionInfo& version, const std::string& fault) {
+  return {.rule = "history.unreadable-version", .file = version.name, .position = {}, .text = fault, .suggestion = {}};
+}
+
+ProjectFinding ToProjectFinding(const History& history, const ReusedId& reused, bool fails) {
+  const auto use = [&](const ReusedId::Use& one) {
+    return one.field + ", " + one.type + ", in " + history.versions[one.version].name;
+  };
+  return {.rule = kIdReusedAdvice.row.id,
+          .file = history.versions[reused.after.version].name,
+          .position = reused.after.position,
+          .text = std::string(kIdReusedAdvice.row.summary) + ": id " + std::to_string(reused.id) + " of " + reused.meta + ": " +
+                  use(reused.after) + "; was: " + use(reused.before),
+          .suggestion = reused.suggestion,
+          .level = fails ? ProjectFinding::Level::kError : ProjectFinding::Level::kWarning};
+}
+
+}  // namespace
+
+Report ReportOf(const Histories& histories) {
+  Report report;
+  report.command = "history";
+  report.project = histories.project;
+  report.max_findings = histories.max_findings;
+  report.fails_on_warnings = histories.fails_on_warnings;
+  for (const History& history : histories.files) {
+    for (const VersionInfo& version : history.versions) {
+      for (const std::string& fault : version.faults) report.project.push_back(Unreadable(version, fault));
+    }
+    for (const ReusedId& reused : history.reused_ids) {
+      report.project.push_back(ToProjectFinding(history, reused, report.fails_on_warnings));
+    }
+    for (const VersionStep& step : history.steps) {
+      for (const TableResult& table : step.report.tables) {
+        report.tables.push_back(table);
+        report.tables.back().baseline = history.versions[step.from].name;
+      }
+    }
+    for (const NewestCheck& check : history.against_newest) {
+      for (const NewestRefusal& refusal : check.refused) {
+        if (!refusal.is_waived && FindStep(history, check.from, refusal).step == nullptr) report.tables.push_back(refusal.result);
+      }
+    }
   }
-  return nullptr;
+  return report;
 }
 
 }  // namespace korvel

@@ -1,26 +1,17 @@
-// The result of checking several versions of a schema, one after the other.
+// The result of checking the versions of schema files: the steps from one version to the next, each version against the newest,
+// and ids that were used again. Nothing here needs the versions: they are not in memory all at once.
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
-#include "analysis/check_table_change.h"
+#include "report/result/released_source.h"
+#include "report/result/report.h"
+#include "report/result/version_texts.h"
 
 namespace korvel {
-
-// A warning or note about a step.
-struct StepAdvice {
-  Level level = Level::kWarning;
-  std::string rule;
-  std::string summary;
-  std::string change;        // the edit, on one line
-  std::string path;          // "orders.items[].price"
-  std::string old_location;  // "v1.xml:3:5"; empty for none
-  std::string new_location;
-  std::string suggestion;
-  std::string fingerprint;
-};
 
 // An id of TLV fields that a version uses with another type than an earlier version, after it was not used in between.
 struct ReusedId {
@@ -29,6 +20,7 @@ struct ReusedId {
     std::string field;
     std::string type;      // "uint32"
     std::string location;  // "v1.xml:3:5"
+    qmx::LineColumn position = {};
   };
   std::string meta;  // the structure with both fields
   int id = 0;
@@ -38,42 +30,98 @@ struct ReusedId {
   std::string fingerprint;
 };
 
-// The result of a table in one step. Borrows nothing: the versions need not be in memory all at once.
-struct StepTable {
-  std::string table;
-  Status status = Status::kNew;
-  Verdict verdict;
-  std::string summary;                  // of the refusal; this and the following members only if kRefused
-  std::string cause;                    // on one line: the first refused edit, else the checker's text
-  bool removed = false;                 // the newer version has no such table
-  std::vector<StepAdvice> advice = {};  // whatever the status
+// The change that brought about the refusal of a table: that of the finding whose text is the text of the table. If several
+// changes add to the text, all of them, with the path and the locations of the first.
+struct RefusalCause {
+  std::string change;        // on one line; the checker's text for a refusal without a change
+  std::string path;          // "orders.items[].price"
+  std::string old_location;  // "v1.xml:3:5"; empty for none
+  std::string new_location;
+  std::string fingerprint;  // of the finding; empty for none
 };
 
-// What a history keeps of a result.
-StepTable StepTableOf(const TableResult& result);
+// A refused table. REQUIRES: the sources of the result are in memory.
+RefusalCause CauseOf(const TableResult& result);
 
-// The check of a version against a later one, not necessarily the next.
+// The check of a version against the next one.
 struct VersionStep {
   std::size_t from = 0;  // positions in History::versions
   std::size_t to = 0;
-  std::vector<StepTable> tables;  // those of the older version, then those that only the newer one has
+  // The tables of the older version, then those that only the newer one has. Their sources have no library.
+  Report report = {};
+  std::vector<RefusalCause> causes = {};  // of each table; empty for one that is not refused
+  std::vector<std::shared_ptr<const ReleasedSource>> sources = {};
 
   bool Refused() const;
 };
 
+// A table that is refused from an older version to the newest.
+struct NewestRefusal {
+  TableResult result;  // without changes and advice
+  std::string summary;
+  RefusalCause cause;
+  bool is_waived = false;  // all its findings are
+};
+
+// The check of an older version against the newest.
+struct NewestCheck {
+  std::size_t from = 0;
+  std::vector<NewestRefusal> refused = {};
+  std::vector<std::shared_ptr<const ReleasedSource>> sources = {};
+};
+
+struct VersionInfo {
+  std::string name;                 // as messages show it
+  std::vector<std::string> faults;  // why it could not be read; then no step has it
+};
+
+// The versions of one file.
 struct History {
-  std::vector<std::string> versions;  // names, oldest first, at least two
-  std::vector<VersionStep> steps;     // each version to the next one
-  // Each version except the last two against the newest. The last step compares the last two already.
-  std::vector<VersionStep> against_newest;
+  std::string file;  // as given; empty if the versions are single files
+  // Where the history begins or was cut, and gaps in it; one line each.
+  std::vector<std::string> notes;
+  std::vector<VersionInfo> versions;  // oldest first
+  std::vector<VersionStep> steps;     // each readable version to the next one
+  // Each readable version but the last two against the newest. The last step compares these two.
+  std::vector<NewestCheck> against_newest;
   std::vector<ReusedId> reused_ids;
+  VersionTexts texts;  // only for formats that show them
 
   bool Refused() const;
-  // The number of warnings or notes of all steps and, as warnings, of reused ids. What several tables share counts once for each.
-  std::size_t Count(Level level) const;
 };
 
-// The first step at or after version `from` in which the table is refused. Null if each of these steps is allowed alone.
-const VersionStep* FirstRefusedStep(const History& history, std::size_t from, const std::string& table);
+// The histories of a call.
+struct Histories {
+  std::vector<History> files;
+  std::vector<ProjectFinding> project;  // what is wrong with waivers
+  std::size_t max_findings = kMaxFindings;
+  bool fails_on_warnings = false;
+
+  bool Refused() const;
+  // Whether anything is refused and not waived, or is a warning that fails the call, or the project file has an error.
+  bool Fails() const;
+  // The faults of all versions, in the order of the histories.
+  std::vector<std::string> Faults() const;
+};
+
+struct FoundStep {
+  const VersionStep* step = nullptr;
+  bool has_cause = false;  // whether the step has the refusal; otherwise it has another one of the same table
+};
+
+// The step that a refusal against the newest version comes from: the last one at or after version `from` with the finding of the
+// cause; else the last one in which the same rule refuses the same path of the table; else the first one that refuses the table.
+// No step if each of them allows the table.
+FoundStep FindStep(const History& history, std::size_t from, const NewestRefusal& refusal);
+
+// The number of a step, from 1.
+std::size_t NumberOf(const History& history, const VersionStep& step);
+
+// The warnings or notes of all steps and, as warnings, the reused ids, each once for each step.
+std::size_t CountAdvice(const History& history, Level level);
+
+// All steps as one report, for formats that list findings: the tables name the version that they are compared with. A table that
+// only the comparison with the newest version refuses follows the steps. Borrows the histories.
+Report ReportOf(const Histories& histories);
 
 }  // namespace korvel

@@ -110,7 +110,7 @@ std::vector<std::optional<TextRange>> FindTextRanges(const std::vector<Location>
     TextRange& range = ranges[i].emplace();
     range.file = source->name;
     if (const ReleasedSource* const released = FindReleased(*source)) {
-      FillIn(*released, locations[i].element.meta, range);
+      FillIn(*released, locations[i], range);
       continue;
     }
     if (!source->text) continue;

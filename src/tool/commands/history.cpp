@@ -1,8 +1,8 @@
-// Tested by tests/tool/history_test.cpp.
-#include <unistd.h>
+// Tested by tests/tool/history_test.cpp and history_git_test.cpp.
+#include <utility>
 
-#include "base/file_descriptor.h"
 #include "base/input_error.h"
+#include "base/text.h"
 #include "project/check_history.h"
 #include "report/render/render.h"
 #include "tool/cli/command.h"
@@ -17,54 +17,91 @@ struct HistoryArguments {
   InputFiles inputs;
   TableSelection selection;
   TableSettings settings;
+  bool strict_waivers = false;
   FindingLimit limit;
   FailOn fail_on;
   bool uses_git = false;
+  std::optional<std::string> from;
+  std::optional<std::string> tags;
   OutputOption output{.is_report = true};
-  TextOrJson format;
+  std::optional<std::string> path_prefix;
+  const HistoryFormat* format = HistoryFormats().data();
 
   void AddTo(ArgumentList& arguments) {
-    inputs.AddListTo(arguments, "VERSION");
+    arguments
+        .AddPositional("VERSIONS", "FILE", inputs.paths,
+                       "versions of a schema, oldest first; with --git, files and directories; default: the project's files")
+        .is_repeated = true;
     selection.AddTo(arguments);
     settings.AddTo(arguments);
     settings.AddProjectTo(arguments);
+    AddStrictWaivers(arguments, strict_waivers);
     limit.AddTo(arguments);
     fail_on.AddTo(arguments);
-    arguments.AddFlag("--git", uses_git, "check all commits that changed the file VERSION");
+    arguments.AddFlag("--git", uses_git, "check the commits that changed these files, and what is not committed");
+    arguments.AddText("--from", "REV", from, "with git: begin with the version of this commit");
+    arguments.AddText("--tags", "PATTERN", tags, "with git: the versions are the tags that match, in version order").excludes =
+        "--from";
     output.AddTo(arguments);
-    format.AddTo(arguments);
+    AddFormatTo(arguments);
   }
+
+  void AddFormatTo(ArgumentList& arguments) {
+    static const std::vector<NamedCode> choices = [] {
+      std::vector<NamedCode> names;
+      for (const HistoryFormat& one : HistoryFormats()) names.push_back({one.name, static_cast<int>(names.size())});
+      return names;
+    }();
+    arguments.AddChoice(
+        "--format", choices, [this](int code) { format = &HistoryFormats()[static_cast<std::size_t>(code)]; },
+        "output format; default: text");
+    arguments.AddText("--path-prefix", "TEXT", path_prefix, "put TEXT in front of the paths in sarif, github, gitlab and junit");
+  }
+
+  bool IsInGit() const { return uses_git || from || tags || inputs.paths.empty(); }
 };
 
-// With --git, the path stands for the commits that changed its file.
-std::vector<std::string> PathsOf(const HistoryArguments& arguments) {
-  if (!arguments.uses_git) return arguments.inputs.paths;
-  GitVersions versions = VersionsInGit(arguments.inputs.paths.front());
-  if (versions.is_shallow) {
-    const std::string note = ToolMessage("this clone is shallow: versions before its oldest commit are missing") + "\n";
-    static_cast<void>(WriteAll(STDERR_FILENO, note));
+std::vector<FileVersions> VersionsOf(const HistoryArguments& arguments, const Project* project) {
+  const std::vector<std::string>& paths = arguments.inputs.paths;
+  if (arguments.IsInGit()) return VersionsInGit({paths, arguments.from, arguments.tags}, project);
+  RequireDistinctFiles(paths, arguments.output);
+  if (paths.size() < 2) throw UsageError{"at least two versions are required"};
+  return {NamedVersions(paths, project)};
+}
+
+// The files that are read from the disk.
+std::vector<std::string> FilesOnDisk(const std::vector<FileVersions>& files) {
+  std::vector<std::string> paths;
+  for (const FileVersions& file : files) {
+    for (const FileVersion& version : file.versions) {
+      if (!version.in_git) paths.push_back(version.path_on_disk);
+    }
   }
-  return std::move(versions.paths);
+  return paths;
 }
 
 int Run(const HistoryArguments& arguments) {
   const std::optional<Project> project = arguments.settings.ReadProject();
-  RequireDistinctFiles(arguments.inputs.paths, arguments.output);
-  const std::size_t count = arguments.inputs.paths.size();
-  if (arguments.uses_git && count != 1) throw UsageError{"--git requires exactly one path"};
-  if (!arguments.uses_git && count < 2) throw UsageError{"at least two versions are required"};
-  const std::vector<std::string> paths = PathsOf(arguments);
+  HistoryCheck check;
+  check.files = VersionsOf(arguments, project ? &*project : nullptr);
+  RefuseOverlaps(FilesOnDisk(check.files), arguments.output);
   vesk::ClosedCategory log;
-  const History history = CheckHistory(paths, {.tables = arguments.selection.tables,
-                                               .given = arguments.settings.given,
-                                               .project = project ? &*project : nullptr,
-                                               .max_findings = arguments.limit.max_findings,
-                                               .log = log.handle()});
-  arguments.output.Write(arguments.format.json ? RenderHistoryJson(history)
-                                               : RenderHistoryText(history, arguments.output.CanColor()));
-  const bool fails_on_warnings = arguments.fail_on.Warnings(project ? &*project : nullptr);
-  const bool fails = history.Refused() || (fails_on_warnings && history.Count(Level::kWarning) > 0);
-  return fails ? kSomeRefused : kAllAllowed;
+  check.options = {.tables = arguments.selection.tables,
+                   .given = arguments.settings.given,
+                   .project = project ? &*project : nullptr,
+                   .max_findings = arguments.limit.max_findings,
+                   .log = log.handle()};
+  check.fails_on_warnings = arguments.fail_on.Warnings(check.options.project);
+  check.strict_waivers = arguments.strict_waivers;
+  check.allows_faults = arguments.IsInGit();
+  check.keeps_texts = arguments.format->shows_texts;
+  const Histories histories = CheckHistories(check);
+  arguments.output.Write([&](const TextSink& sink) {
+    arguments.format->write(histories, arguments.path_prefix, arguments.output.CanColor(), sink);
+  });
+  // The other versions were checked, but the result is not complete.
+  if (const std::vector<std::string> faults = histories.Faults(); !faults.empty()) throw InputError{faults};
+  return histories.Fails() ? kSomeRefused : kAllAllowed;
 }
 
 }  // namespace

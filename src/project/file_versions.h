@@ -1,0 +1,48 @@
+// The versions of schema files: files that a call names, or the states of a file in a repository, along its renames.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "project/git.h"
+#include "project/project.h"
+
+namespace korvel {
+
+struct FileVersion {
+  std::string name;               // as messages show it: "v1.xml", "git:1a2b3c4:orders.xml"
+  std::string path_in_project;    // as in Source
+  std::optional<GitFile> in_git;  // of a version in a repository; its path may be another one than today
+  std::string path_on_disk = {};  // otherwise, what LoadInputs reads
+};
+
+// The versions of one file, oldest first.
+struct FileVersions {
+  std::string file;  // as given; empty if the call names the versions
+  std::vector<FileVersion> versions;
+  // Where the history begins or was cut, and gaps in it; one line each, ready to be shown.
+  std::vector<std::string> notes;
+};
+
+// What to take from a repository.
+struct VersionSelection {
+  std::vector<std::string> paths;   // files and directories; empty: all files of the project
+  std::optional<std::string> from;  // REV: the version of REV is the first one
+  std::optional<std::string> tags;  // PATTERN: the versions of the tags that match it, in version order
+};
+
+// Versions that a call names.
+FileVersions NamedVersions(const std::vector<std::string>& paths, const Project* project);
+
+// The versions of files in the repository of the working directory: of each file, the commits that changed it along the first
+// parents, and the file in the work tree if it differs from the last commit. Renames are followed: a file that a commit added
+// under a new path and deleted under an old one is the same file if git finds it similar, or if both hold a library of the same
+// name. Files whose versions are fewer than two are returned, too.
+//
+// The number of git processes does not depend on the number of versions and files: it grows with the number of renames of a file
+// one after the other. `project` may be null. Throws InputError as Git, and if nothing is selected.
+std::vector<FileVersions> VersionsInGit(const VersionSelection& selection, const Project* project);
+
+}  // namespace korvel

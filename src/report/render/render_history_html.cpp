@@ -1,0 +1,159 @@
+// Histories as one HTML page without references to other files. history.js compares versions in the browser. Tested by
+// tests/tool/history_format_test.cpp.
+#include <nlohmann/json.hpp>
+
+#include "base/text.h"
+#include "report/render/html_items.h"
+#include "report/render/html_text.h"
+#include "report/render/render.h"
+#include "report/result/words.h"
+
+namespace korvel {
+namespace {
+
+std::string VersionBadge(bool refused) { return Badge(refused ? StatusStyle::kRefused : StatusStyle::kAllowed); }
+
+// A block of data for the script. No text in it can end the element.
+std::string DataBlock(const History& history) {
+  nlohmann::ordered_json texts = nlohmann::ordered_json::array();
+  for (std::size_t i = 0; i < history.versions.size(); ++i) {
+    const auto found = history.texts.texts().find(i);
+    texts.push_back(found == history.texts.texts().end() ? nlohmann::ordered_json() : nlohmann::ordered_json(found->second));
+  }
+  const nlohmann::ordered_json data = {{"lines", history.texts.lines()}, {"texts", std::move(texts)}};
+  std::string html = "<script type=\"application/json\">";
+  for (const char c : data.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace)) {
+    c == '<' ? html.append("\\u003c") : html.append(1, c);
+  }
+  return html + "</script>\n";
+}
+
+// The section of one file.
+class FileSection {
+ public:
+  FileSection(const History& history, std::size_t number) : history_(history), id_("h" + std::to_string(number)) {}
+
+  std::string Text() {
+    html_ = "<section id=\"" + id_ + "\">\n<h2>" + (history_.file.empty() ? "Versions" : Code(history_.file)) + " " +
+            VersionBadge(history_.Refused()) + "</h2>\n";
+    for (const std::string& note : history_.notes) html_ += "<p class=\"note\">" + Html(note) + "</p>\n";
+    AddVersions();
+    for (const VersionStep& step : history_.steps) AddStep(step);
+    AddAgainstNewest();
+    if (!history_.texts.texts().empty()) AddComparison();
+    return std::move(html_ += "</section>\n");
+  }
+
+ private:
+  std::string StepId(std::size_t to) const { return id_ + "v" + std::to_string(to); }
+
+  const VersionStep* StepTo(std::size_t version) const {
+    for (const VersionStep& step : history_.steps) {
+      if (step.to == version) return &step;
+    }
+    return nullptr;
+  }
+
+  // Each version with the verdict of the step to it.
+  void AddVersions() {
+    html_ += "<ol class=\"versions\" aria-label=\"versions\">\n";
+    for (std::size_t i = 0; i < history_.versions.size(); ++i) {
+      const VersionInfo& version = history_.versions[i];
+      const VersionStep* const step = StepTo(i);
+      const bool is_bad = !version.faults.empty() || (step != nullptr && step->Refused());
+      html_ += std::string("<li") + (is_bad ? " class=\"refused\"" : "") + ">" +
+               Link(step == nullptr ? "" : StepId(i), Code(version.name)) + " ";
+      if (!version.faults.empty()) html_ += "cannot be read: " + Html(Join(version.faults, "; "));
+      html_ += (step == nullptr ? "" : VersionBadge(step->Refused())) + "</li>\n";
+    }
+    html_ += "</ol>\n";
+  }
+
+  void AddStep(const VersionStep& step) {
+    html_ += "<h3 id=\"" + StepId(step.to) + "\">Step " + std::to_string(NumberOf(history_, step)) + ": " +
+             Code(history_.versions[step.from].name) + " \u2192 " + Code(history_.versions[step.to].name) + " " +
+             VersionBadge(step.Refused()) + "</h3>\n";
+    const std::string tables = RenderTablesText(step.report, false);
+    if (!tables.empty()) html_ += "<pre class=\"step\">" + Lines(tables) + "</pre>\n";
+  }
+
+  static std::string Lines(const std::string& text) {
+    std::string html;
+    for (std::size_t begin = 0; begin < text.size();) {
+      const std::size_t end = text.find('\n', begin);
+      html += HtmlLine(std::string_view(text).substr(begin, end - begin)) + "\n";
+      begin = end + 1;
+    }
+    return html;
+  }
+
+  void AddAgainstNewest() {
+    std::vector<std::string> items;
+    for (const NewestCheck& check : history_.against_newest) {
+      for (const NewestRefusal& refusal : check.refused) {
+        items.push_back("from " + history_.versions[check.from].name + ": table " + refusal.result.table + ", " +
+                        refusal.summary + "; caused by: " + refusal.cause.change +
+                        (refusal.cause.new_location.empty() ? "" : " (" + refusal.cause.new_location + ")"));
+      }
+    }
+    if (!items.empty()) html_ += "<h3>Refused from an older version to the newest</h3>\n" + List(items);
+  }
+
+  void AddSelect(const char* label, std::size_t selected) {
+    html_ += std::string("<label>") + label + " <select>\n";
+    for (std::size_t i = 0; i < history_.versions.size(); ++i) {
+      html_ += "<option value=\"" + std::to_string(i) + "\"" + (i == selected ? " selected" : "") + ">" +
+               Html(history_.versions[i].name) + "</option>\n";
+    }
+    html_ += "</select></label>\n";
+  }
+
+  // The form is hidden until the script runs.
+  void AddComparison() {
+    html_ += "<section class=\"compare\">\n<h3>Compare any two versions</h3>\n<form hidden>\n";
+    AddSelect("old", 0);
+    AddSelect("new", history_.versions.size() - 1);
+    html_ +=
+        "</form>\n<output aria-live=\"polite\"></output>\n<p class=\"note\">Lines of text, without a verdict; "
+        "'korvelcheck history OLD NEW' checks two versions.</p>\n" +
+        DataBlock(history_) + "</section>\n";
+  }
+
+  const History& history_;
+  std::string id_;
+  std::string html_;
+};
+
+std::string Head(bool refused) {
+  std::string html = "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n";
+  html +=
+      "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; base-uri 'none'; form-action 'none'; "
+      "style-src '";
+  html.append(kPageStyle.hash).append("'; script-src '").append(kHistoryScript.hash).append("'\">\n");
+  html +=
+      "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<meta name=\"color-scheme\" "
+      "content=\"light dark\">\n<title>";
+  html += std::string(refused ? "refused" : "allowed") + " \u2013 history</title>\n<style>";
+  html += kPageStyle.text;
+  return html + "</style>\n</head>\n";
+}
+
+}  // namespace
+
+std::string RenderHistoryHtml(const Histories& histories) {
+  const bool refused = histories.Refused();
+  std::string html = Head(refused) + "<body>\n<header>\n<p class=\"verdict " + (refused ? "refused" : "allowed") +
+                     "\">verdict: " + (refused ? "refused" : "allowed") + (refused && !histories.Fails() ? " (all waived)" : "") +
+                     "</p>\n<h1>history</h1>\n</header>\n" + "<main id=\"main\" tabindex=\"-1\">\n";
+  for (std::size_t i = 0; i < histories.files.size(); ++i) html += FileSection(histories.files[i], i + 1).Text();
+  std::vector<std::string> project;
+  for (const ProjectFinding& finding : histories.project) {
+    project.push_back(FileLineColumn(finding.file, finding.position) + ": " + WordOf(finding.level) + ": " + finding.text);
+  }
+  if (!project.empty()) html += "<section>\n<h2>Project</h2>\n" + List(project) + "</section>\n";
+  html += "</main>\n<footer><p>korvelcheck " KORVEL_VERSION "</p></footer>\n<script>";
+  html += kHistoryScript.text;
+  return html + "</script>\n</body>\n</html>\n";
+}
+
+}  // namespace korvel

@@ -1,0 +1,135 @@
+// The output of `history` as JSON; docs/history.schema.json describes it. Tested by tests/tool/history_test.cpp and
+// history_git_test.cpp.
+#include <string>
+
+#include "report/render/json_stream.h"
+#include "report/render/json_tables.h"
+#include "report/render/json_values.h"
+#include "report/render/render.h"
+#include "report/result/words.h"
+#include "rule_docs/advice.h"
+
+namespace korvel {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+const char* VerdictText(bool refused) { return refused ? "refused" : "allowed"; }
+
+Json CauseToJson(const RefusalCause& cause) {
+  return {{"description", cause.change},
+          {"path", cause.path},
+          {"old_location", NameOrNull(cause.old_location)},
+          {"new_location", NameOrNull(cause.new_location)},
+          {"fingerprint", NameOrNull(cause.fingerprint)}};
+}
+
+class HistoryJson {
+ public:
+  HistoryJson(const History& history, JsonStream& json) : history_(history), json_(json) {}
+
+  void Write() {
+    json_.Begin('{');
+    json_.Add("file", NameOrNull(history_.file));
+    json_.Add("verdict", VerdictText(history_.Refused()));
+    json_.Add("notes", history_.notes);
+    json_.Begin("versions", '[');
+    for (const VersionInfo& version : history_.versions) json_.Add({{"name", version.name}, {"faults", version.faults}});
+    json_.End();
+    json_.Begin("steps", '[');
+    for (const VersionStep& step : history_.steps) WriteStep(step);
+    json_.End();
+    json_.Begin("against_newest", '[');
+    for (const NewestCheck& check : history_.against_newest) WriteCheck(check);
+    json_.End();
+    json_.Begin("reused_ids", '[');
+    for (const ReusedId& reused : history_.reused_ids) json_.Add(ToJson(reused));
+    json_.End();
+    json_.End();
+  }
+
+ private:
+  const std::string& Name(std::size_t version) const { return history_.versions[version].name; }
+
+  void WriteStep(const VersionStep& step) {
+    json_.Begin('{');
+    json_.Add("from", Name(step.from));
+    json_.Add("to", Name(step.to));
+    json_.Add("verdict", VerdictText(step.Refused()));
+    WriteJsonTables(step.report, json_);
+    json_.Begin("causes", '[');
+    for (std::size_t i = 0; i < step.causes.size(); ++i) {
+      if (step.report.tables[i].status != Status::kRefused) continue;
+      Json cause = {{"table", i}};
+      cause.update(CauseToJson(step.causes[i]));
+      json_.Add(cause);
+    }
+    json_.End();
+    json_.End();
+  }
+
+  void WriteCheck(const NewestCheck& check) {
+    json_.Begin('{');
+    json_.Add("from", Name(check.from));
+    json_.Add("to", Name(history_.steps.back().to));
+    json_.Add("verdict", VerdictText(!check.refused.empty()));
+    json_.Begin("refused", '[');
+    for (const NewestRefusal& refusal : check.refused) json_.Add(ToJson(check, refusal));
+    json_.End();
+    json_.End();
+  }
+
+  Json ToJson(const NewestCheck& check, const NewestRefusal& refusal) const {
+    const TableResult& table = refusal.result;
+    const FoundStep found = FindStep(history_, check.from, refusal);
+    return {{"table", table.table},
+            {"code", table.verdict.code},
+            {"code_name", CodeNameOf(table.verdict.code)},
+            {"rule", NameOrNull(table.verdict.rule)},
+            {"summary", refusal.summary},
+            {"text", table.verdict.text},
+            {"removed", table.removed},
+            {"waived", refusal.is_waived},
+            {"cause", CauseToJson(refusal.cause)},
+            {"step", found.step == nullptr ? Json() : Json(NumberOf(history_, *found.step))},
+            {"step_has_cause", found.has_cause}};
+  }
+
+  Json ToJson(const ReusedId& reused) const {
+    const auto use = [&](const ReusedId::Use& one) {
+      return Json{{"version", Name(one.version)}, {"field", one.field}, {"type", one.type}, {"location", one.location}};
+    };
+    return {{"level", WordOf(kIdReusedAdvice.level)},
+            {"rule", kIdReusedAdvice.row.id},
+            {"summary", kIdReusedAdvice.row.summary},
+            {"meta", reused.meta},
+            {"id", reused.id},
+            {"before", use(reused.before)},
+            {"after", use(reused.after)},
+            {"suggestion", reused.suggestion},
+            {"fingerprint", reused.fingerprint}};
+  }
+
+  const History& history_;
+  JsonStream& json_;
+};
+
+}  // namespace
+
+void WriteHistoryJson(const Histories& histories, const TextSink& sink) {
+  JsonStream json(sink);
+  json.Begin('{');
+  json.Add("version", kHistoryJsonVersion);
+  json.Add("tool", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}});
+  json.Add("command", "history");
+  json.Add("verdict", VerdictText(histories.Refused()));
+  json.Begin("files", '[');
+  for (const History& history : histories.files) HistoryJson(history, json).Write();
+  json.End();
+  json.Begin("project", '[');
+  for (const ProjectFinding& finding : histories.project) json.Add(ToJson(finding));
+  json.End();
+  json.End();
+}
+
+}  // namespace korvel
