@@ -132,7 +132,7 @@ class HistoryChecker {
     report.fails_on_warnings = check_.fails_on_warnings;
     report.tables = CheckTables({from.input, to.input}, options_);
     if (options_.project == nullptr) return report;
-    const std::vector<WaiverUse> uses = ApplyWaivers(*options_.project, report);
+    const std::vector<WaiverUse> uses = ApplyWaivers(*options_.project, 0, report);
     ReportWaivers(*options_.project, uses, {.all_compared = false, .is_strict = check_.strict_waivers}, report);
     return report;
   }

@@ -62,8 +62,9 @@ class PathFinder {
 
 // The files that directories or the project select.
 void AddSelected(const std::vector<std::string>& paths, const Project* project, std::vector<SelectedFile>& files) {
-  const ProjectStates states = OpenStates(ResolveBaseline(kHead), project);
-  const ProjectFiles selected = SelectFiles(paths, project, states);
+  ProjectSet projects(project, false);  // a history is judged by the project file of the call
+  const ProjectStates states = OpenStates(ResolveBaseline(kHead), projects);
+  const ProjectFiles selected = SelectFiles(paths, states);
   std::set<std::string> all = selected.in_old;
   all.insert(selected.in_new.begin(), selected.in_new.end());
   for (const std::string& path : all) files.push_back({path, states.new_state->Display(path)});
