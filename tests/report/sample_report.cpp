@@ -275,7 +275,7 @@ Sample FaultReport(const std::string& suffix) {
   const auto file = [&](const std::string& name) { return "faults/" + name + suffix; };
   report.faults = {
       FaultAt(FaultKind::kSyntax, file("syntax.xml"), 3, 7, "an end tag" + suffix + "; allowed: the end tag of the open element"),
-      FaultAt(FaultKind::kInvalid, "git:v1:" + file("old.xml"), 2, 5, "unknown element 'mta'" + suffix + "; allowed: meta"),
+      FaultAt(FaultKind::kInvalid, "git:v1:./" + file("old.xml"), 2, 5, "unknown element 'mta'" + suffix + "; allowed: meta"),
       korvel::FaultIn(FaultKind::kImage, file("image.qmb"), "header: magic at byte 0 is 7" + suffix),
       korvel::FaultAbout(FaultKind::kNoTable, file("none.xml"), "no table (a meta with a primary key)"),
       korvel::FaultAbout(FaultKind::kUnreadable, file("missing.xml"), "No such file or directory"),

@@ -473,7 +473,8 @@ TEST_F(NestedProjectTest, ReportsListTheProjectFiles) {
   Write("korvelcheck.toml", kAll);
   Write("t.xml", WithBlob("t", kSmall));
   Commit("second");
-  EXPECT_THAT(Run({"check"}).out, testing::StartsWith("verdict: allowed\nbaseline: "));
+  EXPECT_THAT(Run({"check"}).out,
+              testing::StartsWith("verdict: unchanged (the baseline is the commit that is checked out)\nbaseline: "));
   EXPECT_THAT(Run({"check"}).out,
               HasSubstr("\nproject file: korvelcheck.toml (2 files)\nproject file: svc/a/korvelcheck.toml (1 file)\n"));
   EXPECT_THAT(Run({"check", "--format", "markdown"}).out, HasSubstr("\n- project file: svc/a/korvelcheck.toml (1 file)\n"));
