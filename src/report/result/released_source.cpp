@@ -47,8 +47,8 @@ std::vector<KeptRange> ShownRanges(const std::vector<Location>& locations) {
   }
   const auto key = [](const KeptRange& one) { return KeptKeyOf(one); };
   std::ranges::sort(kept, std::less<>(), key);
-  const auto same = std::ranges::unique(kept, std::equal_to<>(), key);
-  kept.erase(same.begin(), same.end());
+  const auto is_same = [&](const KeptRange& a, const KeptRange& b) { return key(a) == key(b); };
+  kept.erase(std::unique(kept.begin(), kept.end(), is_same), kept.end());
   kept.shrink_to_fit();
   return kept;
 }
