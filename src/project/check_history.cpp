@@ -92,6 +92,7 @@ class HistoryChecker {
   // window.
   void CheckWindow(const std::vector<LoadedVersion>& window, bool is_last) {
     std::vector<const LoadedVersion*> versions;
+    versions.reserve(window.size() + 1);
     for (const LoadedVersion& version : window) versions.push_back(&version);
     if (is_last && newest_) versions.push_back(&*newest_);
     const std::size_t steps = versions.empty() ? 0 : versions.size() - 1;

@@ -112,7 +112,7 @@ class Comparison {
       FilePair& old_pair = pairs_[removed[from]];
       FilePair& moved = pairs_[added[to]];
       moved.old_path = old_pair.old_path;
-      moved.first = pair_check_.InProjectOf(moved, std::move(old_pair.first));
+      moved.first = FilePairCheck::InProjectOf(moved, std::move(old_pair.first));
       moved.names.insert(moved.names.begin(), old_pair.names.begin(), old_pair.names.end());
       is_taken[removed[from]] = true;
     }

@@ -50,7 +50,7 @@ class PathFinder {
   }
 
   std::string FromTop(const std::string& given) const {
-    const std::string path = OnDisk(given).lexically_relative(top_).string();
+    std::string path = OnDisk(given).lexically_relative(top_).string();
     if (path.empty() || path == ".." || path.starts_with("../")) RefuseArgument(given, "is outside of the repository");
     return path;
   }

@@ -95,6 +95,7 @@ void EachPart(const std::string& top, const std::vector<std::string>& commits, a
 // The output with whole ids of objects has no short ids of commits.
 void AddShortIds(const std::string& top, std::vector<GitCommit>& commits, const std::string& argument) {
   std::vector<std::string> ids;
+  ids.reserve(commits.size());
   for (const GitCommit& commit : commits) ids.push_back(commit.id);
   std::map<std::string, std::string> short_ids;
   EachPart(top, ids, [&](std::vector<std::string> arguments) {

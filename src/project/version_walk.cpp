@@ -93,6 +93,7 @@ void VersionWalk::FollowRenames(std::vector<Position>& positions, const std::vec
     if (position.adder != nullptr) by_commit[position.adder->id].push_back(&position);
   }
   std::vector<std::string> ids;
+  ids.reserve(by_commit.size());
   for (const auto& [id, of_commit] : by_commit) ids.push_back(id);
   if (ids.empty()) return;
   for (const GitCommit& commit : ChangesOf(top_, ids, argument_)) {

@@ -12,7 +12,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::AnyOf;
-using testing::Not;
 using testing::SizeIs;
 
 struct Script {
