@@ -80,7 +80,7 @@ const Row kRows[] = {
     {"WrongBaseline",
      [](Repository& at) {
        fs::create_directories(at.PathOf("elsewhere/schemas"));
-       at.Write("elsewhere/schemas/zones.xml", at.Schema("zones"));
+       at.Write("elsewhere/schemas/zones.xml", Repository::Schema("zones"));
      },
      {"--allow-new", "--against", "elsewhere"},
      1,
@@ -116,12 +116,12 @@ const Row kRows[] = {
     {"UnknownPath", nullptr, {"--allow-new", "--against", "git:HEAD", "scheams"}, 2, "incomplete"},
     {"UnknownTable", nullptr, {"--allow-new", "--against", "git:HEAD", "--table", "oders"}, 2, "incomplete"},
     {"AllTablesAreNew",
-     [](Repository& at) { at.Write("new.xml", at.Schema("new")); },
+     [](Repository& at) { at.Write("new.xml", Repository::Schema("new")); },
      {"--against", "git:HEAD", "new.xml"},
      2,
      "incomplete"},
     {"AllowNewWithNothingCompared",
-     [](Repository& at) { at.Write("new.xml", at.Schema("new")); },
+     [](Repository& at) { at.Write("new.xml", Repository::Schema("new")); },
      {"--allow-new", "--against", "git:HEAD", "new.xml"},
      0,
      "nothing-compared"},
@@ -143,7 +143,7 @@ const Row kRows[] = {
      [](Repository& at) {
        at.Write("schemas/orders.xml", kBroken);
        at.Commit("second");
-       at.Write("schemas/orders.xml", at.Schema("orders", "uint32"));
+       at.Write("schemas/orders.xml", Repository::Schema("orders", "uint32"));
      },
      {"--against", "git:HEAD"},
      2,
@@ -191,7 +191,7 @@ const Row kRows[] = {
     {"MovedAndChangedFile",
      [](Repository& at) {
        at.Remove("schemas/orders.xml");
-       at.Write("schemas/deep/moved.xml", at.Schema("orders", "uint32"));
+       at.Write("schemas/deep/moved.xml", Repository::Schema("orders", "uint32"));
      },
      {"--allow-new", "--against", "git:HEAD"},
      1,

@@ -9,7 +9,6 @@ namespace tool_test {
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 
 constexpr char kNote[] = "<entry name=\"note\" id=\"2\" type=\"uint32\" version=\"6\"/>";
 
