@@ -164,7 +164,8 @@ void DiscardFile(const std::string& path) {
   const bool is_there = ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
   if (!is_there || ::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) return;
   const bool is_link = ::lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
-  if (is_link || ::unlink(path.c_str()) != 0) static_cast<void>(::truncate(path.c_str(), 0));
+  std::error_code ignored;
+  if (is_link || ::unlink(path.c_str()) != 0) std::filesystem::resize_file(path, 0, ignored);
 }
 
 }  // namespace korvel::tool
