@@ -24,7 +24,7 @@ inline constexpr char kAllowedBaselines[] = "git:REV, git:REV..., git-tag:PATTER
 Baseline ResolveBaseline(const std::string& argument);
 
 // The full names of the tags that match a pattern, "refs/tags/v1.2", oldest first in version order. Throws InputError as Git, and
-// if there is none.
+// if no tag matches.
 std::vector<std::string> TagsOf(const std::string& pattern);
 
 // The baselines of these arguments. Throws as ResolveBaseline.

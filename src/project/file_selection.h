@@ -28,7 +28,7 @@ class Patterns {
   // What a directory that holds the file selects: what the patterns match; without patterns, what has the suffix .xml or .qmb.
   bool IsSchemaName(const std::string& path) const;
 
-  // The pattern of `exclude` that matches; null if there is none.
+  // The pattern of `exclude` that matches, or null.
   const ProjectText* Excluding(const std::string& path) const;
 
   // The directory that holds all files of a pattern.

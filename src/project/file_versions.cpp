@@ -111,7 +111,7 @@ class VersionFinder {
     return argument;
   }
 
-  // The file in the work tree; "" if there is none.
+  // The file in the work tree, or "".
   std::string OnDisk(const SelectedFile& file) const {
     std::error_code ignored;
     const fs::path path = fs::path(finder_.top()) / file.path;

@@ -36,7 +36,7 @@ class ProjectSet {
   // Whether any of them has settings of tables.
   bool HasTableSettings() const;
 
-  // The position of the nested project file that is shown by this name; nullopt if there is none.
+  // The position of the nested project file that is shown by this name, or nullopt.
   std::optional<std::uint32_t> Find(const std::string& file) const;
   // Adds a nested project file. Returns its position.
   std::uint32_t Add(Project project);

@@ -65,11 +65,11 @@ Project ReadProject(const std::string& path);
 // The same of a text.
 Project ParseProject(const std::string& file, const std::string& directory, const std::string& text);
 
-// The path of the project file in the working directory or the nearest one above it, up to the top of its repository; nullopt if
-// there is none.
+// The path of the project file in the working directory or the nearest one above it, up to the top of its repository,
+// or nullopt.
 std::optional<std::string> FindProjectFile();
 
-// The top of the repository that the working directory is in: the nearest directory with .git. "" if there is none.
+// The top of the repository that the working directory is in: the nearest directory with .git. "" outside of repositories.
 std::string RepositoryTop();
 
 // The settings given for a table: those of the call first, then the project's for the table, then the project's defaults.

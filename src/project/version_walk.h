@@ -19,7 +19,7 @@ struct CommittedVersion {
 // One file on the way back.
 struct FileTrack {
   std::string path;                             // from the top; where the walk is, the path at that time
-  std::string path_on_disk;                     // of the file in the work tree; empty if there is none
+  std::string path_on_disk;                     // of the file in the work tree, or empty
   std::vector<CommittedVersion> versions = {};  // newest first
   std::vector<std::string> paths = {};          // all that it had, newest first
   std::vector<std::string> notes = {};          // gaps, newest first
@@ -41,7 +41,7 @@ class VersionWalk {
   struct Position {
     FileTrack* track;
     std::string until = {};            // the commit that was visited last; empty: none
-    const GitCommit* adder = nullptr;  // the commit that added the file; null if there is none in the range
+    const GitCommit* adder = nullptr;  // the commit that added the file, or null: not in the range
     GitFile added = {};
     bool is_finished = false;
   };

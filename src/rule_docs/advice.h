@@ -55,7 +55,7 @@ inline constexpr AdviceRule kLibraryRenamedAdvice{{"advice.library-renamed", 0, 
 // All rules: warnings, then notes.
 std::span<const AdviceRule* const> AllAdvice();
 
-// The rule of that id; null if there is none.
+// The rule of that id, or null.
 const AdviceRule* FindAdvice(std::string_view id);
 
 }  // namespace korvel

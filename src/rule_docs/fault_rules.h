@@ -25,7 +25,7 @@ inline constexpr char kFaultLevel[] = "error";
 
 const RefusalRow& RuleOf(FaultKind kind);
 
-// The rule of that id; null if there is none.
+// The rule of that id, or null.
 const RefusalRow* FindFaultRule(std::string_view id);
 
 }  // namespace korvel

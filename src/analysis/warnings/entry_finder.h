@@ -25,7 +25,7 @@ class EntryFinder {
  public:
   EntryFinder(RecordForm form, LPQMXMETA meta) : form_(form), meta_(meta) {}
 
-  // The first entry that is the same field as `entry`, which has the position `hint` in its own meta; null if there is none.
+  // The first entry that is the same field as `entry`, which has the position `hint` in its own meta; or null.
   LPQMXMETAENTRY Find(LPQMXMETAENTRY entry, int hint) {
     const LPQMXMETAENTRY likely = qmx_get_entry_by_index(meta_, hint);
     if (IsSameField(form_, entry, likely)) return likely;
