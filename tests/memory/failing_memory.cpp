@@ -71,11 +71,11 @@ void FailNever() { left = kNever; }
 
 void CountFailures(long count) { total->count += count; }
 
-long FailEach(const std::function<void()>& work) {
+long FailEach(const std::function<void()>& work, long step) {
   std::atomic<bool> failed = false;
   for (long count = 0;; ++count) {
     bool ended = false;
-    FailAfter(count, Failing::kOne, failed);
+    FailAfter(count * step, Failing::kOne, failed);
     try {
       work();
     } catch (const std::bad_alloc&) {

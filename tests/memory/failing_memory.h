@@ -20,10 +20,10 @@ void FailNever();
 // Adds to the number of failures that the program prints when it ends.
 void CountFailures(long count);
 
-// Runs `work` repeatedly, each time with the next allocation failing, until no allocation is left. Returns the number of
-// failures.
+// Runs `work` repeatedly, each time with a later allocation failing, until no allocation is left: with the next one, or with
+// every `step`-th. Returns the number of failures.
 //
 // `work` must end normally or with std::bad_alloc; any other end fails the test. `work` must not report test failures itself.
-long FailEach(const std::function<void()>& work);
+long FailEach(const std::function<void()>& work, long step = 1);
 
 }  // namespace memory

@@ -215,7 +215,7 @@ class TextReport {
                          : InBrackets(table.verdict.rule) + " " + SummaryOf(table) + "\n  " + CheckerLine(table.verdict.text) +
                                "\n  " + result;
     AddFindings(folded);
-    if (table.changes) AddChanges(*table.changes, edits);
+    if (table.changes && table.changes->edits.size() > 1) AddChanges(*table.changes, edits);
   }
 
   void AddFindings(const FoldedTable& folded) {
@@ -225,10 +225,6 @@ class TextReport {
   }
 
   void AddChanges(const Changes& changes, const FoldedEdits& edits) {
-    if (changes.edits.size() > 1) AddEditsByStatus(changes, edits);
-  }
-
-  void AddEditsByStatus(const Changes& changes, const FoldedEdits& edits) {
     text_ += "  " + AllowedPart(changes) + (NumberOf(changes, EditStatus::kAllowed) == 0 ? "\n" : ":\n");
     AddEdits(changes, edits, EditStatus::kAllowed);
     AddGroup(changes, edits, EditStatus::kRefused, "refused");
