@@ -13,6 +13,7 @@
 #include "report/result/fold.h"
 
 namespace korvel {
+namespace {
 
 bool IsWanted(const CheckOptions& options, std::string_view table) {
   return options.tables.empty() || std::ranges::find(options.tables, table) != options.tables.end();
@@ -27,8 +28,6 @@ TableCheck CheckFor(const Pair& pair, const std::string& table, const CheckOptio
           .wants_suggestions = false,
           .log = options.log};
 }
-
-namespace {
 
 bool IsRefused(const TableResult& result) { return result.status == Status::kRefused; }
 

@@ -24,12 +24,6 @@ struct CheckOptions {
   bool in_order = false;  // check one table after the other, so that log records come in the order of the tables
 };
 
-// Whether the options select a table.
-bool IsWanted(const CheckOptions& options, std::string_view table);
-
-// The check of one table of a pair, without suggestions.
-TableCheck CheckFor(const Pair& pair, const std::string& table, const CheckOptions& options);
-
 // Checks every wanted table of the first source, in its order; then come those that only the second has, as new. A structure that
 // became a table is new. Not in parallel. Without suggestions: see AddSuggestions.
 std::vector<TableResult> CheckTables(const Pair& pair, const CheckOptions& options);

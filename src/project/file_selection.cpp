@@ -73,10 +73,6 @@ bool WholeProject::Selects(const ProjectText& pattern, const std::string& path) 
   return of_call_.Match(pattern, path) && nested.Excluding(path) == nullptr;
 }
 
-bool WholeProject::SelectsByAny(const std::string& path) {
-  return std::ranges::any_of(of_call_.All(), [&](const ProjectText& pattern) { return Selects(pattern, path); });
-}
-
 bool WholeProject::IsCovered(const ProjectScope& scope) const {
   const std::string prefix = scope.directory + "/";
   const auto holds = [&](const ProjectText& pattern) {

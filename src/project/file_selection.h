@@ -55,7 +55,6 @@ class WholeProject {
 
   // Whether a file in the directory of one of the call's patterns is selected.
   bool Selects(const ProjectText& pattern, const std::string& path);
-  bool SelectsByAny(const std::string& path);
 
   // Whether Selects was called for every file below the directory of a nested project file, and the call excludes none of them.
   bool IsCovered(const ProjectScope& scope) const;

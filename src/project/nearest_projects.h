@@ -63,7 +63,7 @@ struct ProjectScope {
 // Finds the project file of each schema file in a tree. Looks each directory up once, and reads each project file once.
 //
 // A file without a project file at or above it is judged by that of the call. A project file with an error is passed over; see
-// Faults. For one thread.
+// RequireNoFaults. For one thread.
 class NearestProjects {
  public:
   // `directory` is the path of the call's project file, or else of the working directory, from the top of the tree. The tree
@@ -79,9 +79,8 @@ class NearestProjects {
   ProjectSet& projects() { return projects_; }
   const std::deque<ProjectScope>& nested() const { return nested_; }
 
-  // The errors of project files, in the order in which they were found: "file:line:column: error: what; allowed".
-  const std::vector<std::string>& faults() const { return faults_; }
-  // Throws InputError if there are errors.
+  // Throws InputError if project files have errors: "file:line:column: error: what; allowed", in the order in which they were
+  // found.
   void RequireNoFaults() const;
 
  private:

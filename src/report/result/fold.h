@@ -70,11 +70,6 @@ class FoldedReport {
   const std::vector<FoldedTable>& tables() const { return tables_; }  // those of the report, in its order
   const LevelCount& Count(Level level) const { return counts_[static_cast<std::size_t>(level)]; }
 
-  // The finding that has the others of a finding.
-  const FoldedFinding& LeaderOf(const FoldedFinding& folded) const {
-    return folded.also_as ? findings_[*folded.also_as] : folded;
-  }
-
  private:
   class Folder;
 
