@@ -18,6 +18,10 @@ using Json = nlohmann::ordered_json;
 
 }  // namespace
 
+Json HeaderToJson(int version, const std::string& command) {
+  return {{"version", version}, {"tool", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}}}, {"command", command}};
+}
+
 Json NameOrNull(const std::string& name) { return name.empty() ? Json() : Json(name); }
 
 Json ToJson(const PartialSettings& settings) {
@@ -33,6 +37,10 @@ Json ToJson(const PartialSettings& settings) {
 Json ToJson(const TextRange& range) {
   const auto number = [&](std::size_t qmx::LineColumn::*part) { return range.begin ? Json((*range.begin).*part) : Json(); };
   return {{"file", range.file}, {"line", number(&qmx::LineColumn::line)}, {"column", number(&qmx::LineColumn::column)}};
+}
+
+Json LocationToJson(const std::string& file, const qmx::LineColumn& position) {
+  return {{"file", file}, {"line", position.line}, {"column", position.column}};
 }
 
 namespace {
@@ -164,7 +172,7 @@ Json ToJson(const ReportProject& project) { return {{"file", project.file}, {"fi
 
 Json ToJson(const ProjectFinding& finding) {
   return {{"rule", finding.rule},
-          {"location", {{"file", finding.file}, {"line", finding.position.line}, {"column", finding.position.column}}},
+          {"location", LocationToJson(finding.file, finding.position)},
           {"text", finding.text},
           {"suggestion", finding.suggestion},
           {"level", WordOf(finding.level)}};

@@ -10,6 +10,9 @@
 
 namespace korvel {
 
+// The members with which every document begins: its version, the program and the command.
+nlohmann::ordered_json HeaderToJson(int version, const std::string& command);
+
 // Null for "".
 nlohmann::ordered_json NameOrNull(const std::string& name);
 
@@ -18,6 +21,7 @@ nlohmann::ordered_json ToJson(const PartialSettings& settings);
 
 // Where the range begins.
 nlohmann::ordered_json ToJson(const TextRange& range);
+nlohmann::ordered_json LocationToJson(const std::string& file, const qmx::LineColumn& position);
 
 nlohmann::ordered_json ToJson(const Verdict& verdict);
 

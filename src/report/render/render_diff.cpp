@@ -1,7 +1,6 @@
 // The output of `diff` as text and JSON; docs/command-line.md describes both. Tested by tests/tool/diff_test.cpp.
-#include <nlohmann/json.hpp>
-
 #include "base/text.h"
+#include "report/render/json_values.h"
 #include "report/render/render.h"
 #include "report/result/text_ranges.h"
 #include "report/result/words.h"
@@ -137,8 +136,7 @@ class DiffJson {
   explicit DiffJson(const Listing& listing) : listing_(listing), ranges_(TextRangesOf(listing)) {}
 
   Json Document() const {
-    Json json = {
-        {"version", kJsonVersion}, {"tool", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}}}, {"command", "diff"}};
+    Json json = HeaderToJson(kJsonVersion, "diff");
     json["inputs"] = {{{"role", "old"}, {"file", listing_.old_source->name}},
                       {{"role", "new"}, {"file", listing_.new_source->name}}};
     json["library"] = EditsJson(listing_.library);

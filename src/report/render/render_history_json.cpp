@@ -119,9 +119,7 @@ class HistoryJson {
 void WriteHistoryJson(const Histories& histories, const TextSink& sink) {
   JsonStream json(sink);
   json.Begin('{');
-  json.Add("version", kHistoryJsonVersion);
-  json.Add("tool", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}});
-  json.Add("command", "history");
+  json.AddMembers(HeaderToJson(kHistoryJsonVersion, "history"));
   json.Add("verdict", VerdictText(histories.Refused()));
   json.Begin("files", '[');
   for (const History& history : histories.files) HistoryJson(history, json).Write();

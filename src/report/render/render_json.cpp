@@ -31,9 +31,7 @@ class JsonReport {
   void Write() {
     const Summary summary = Summarize(folded_);
     json_.Begin('{');
-    json_.Add("version", kReportJsonVersion);
-    json_.Add("tool", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}});
-    json_.Add("command", report_.command);
+    json_.AddMembers(HeaderToJson(kReportJsonVersion, report_.command));
     json_.Add("verdict", WordOf(VerdictOf(summary)));
     json_.Begin("inputs", '[');
     for (const auto& [role, source] : report_.inputs) json_.Add({{"role", role}, {"file", source->name}});

@@ -1,9 +1,9 @@
 // The output of `layout` as text and JSON; docs/command-line.md describes both. Tested by tests/tool/layout_test.cpp.
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
 #include "base/characters.h"
 #include "base/text.h"
+#include "report/render/json_values.h"
 #include "report/render/render.h"
 #include "report/result/layout.h"
 #include "report/result/words.h"
@@ -203,8 +203,7 @@ std::string RenderLayoutText(const LayoutRequest& request) {
 }
 
 std::string RenderLayoutJson(const LayoutRequest& request) {
-  Json json = {
-      {"version", kJsonVersion}, {"tool", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}}}, {"command", "layout"}};
+  Json json = HeaderToJson(kJsonVersion, "layout");
   Json& inputs = json["inputs"] = Json::array();
   if (request.before != nullptr) inputs.push_back({{"role", "old"}, {"file", request.before->name}});
   inputs.push_back({{"role", request.before == nullptr ? "file" : "new"}, {"file", request.after->name}});

@@ -1,7 +1,6 @@
 // Rules and result codes for programs; docs/rules.schema.json lists the members, docs/command-line.md describes them. Tested by
 // tests/rule_docs/rule_docs_test.cpp and tests/tool/explain_test.cpp.
-#include <nlohmann/json.hpp>
-
+#include "report/render/json_values.h"
 #include "report/render/render.h"
 #include "report/render/rule_doc_format.h"
 
@@ -9,8 +8,6 @@ namespace korvel {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-Json OrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
 
 Json CodeJson(int code) { return {{"code", code}, {"code_name", ResultCodeName(code)}}; }
 
@@ -37,16 +34,13 @@ Json ExampleJson(const RuleDocExample& example) {
   Json json = {{"call", example.call}, {"old", example.old_schema}, {"new", example.new_schema}};
   json.update(CodeJson(example.code));
   json["answer"] = example.answer;
-  json["instead"] = OrNull(example.allowed_schema);
+  json["instead"] = NameOrNull(example.allowed_schema);
   return json;
 }
 
 std::string ToText(const Json& json) { return json.dump(2) + "\n"; }
 
-// As reports begin.
-Json Header(const char* command) {
-  return {{"version", kJsonVersion}, {"tool", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}}}, {"command", command}};
-}
+Json Header(const char* command) { return HeaderToJson(kJsonVersion, command); }
 
 std::string Rules() {
   Json json = Header("rules");
@@ -71,13 +65,13 @@ std::string WithLevel(const RuleDoc& doc) {
   json.update(RowJson(*doc.row, doc.level));
   json["problem"] = doc.protects;
   json["instead"] = doc.allowed;
-  json["no_example_reason"] = OrNull(doc.no_example_reason);
+  json["no_example_reason"] = NameOrNull(doc.no_example_reason);
   Json& example = json["example"] = Json();
   if (!doc.example) return ToText(json);
   example = {{"call", doc.example->call},
              {"old", doc.example->old_schema},
              {"new", doc.example->new_schema},
-             {"instead", OrNull(doc.example->allowed_schema)}};
+             {"instead", NameOrNull(doc.example->allowed_schema)}};
   return ToText(json);
 }
 
@@ -87,8 +81,8 @@ std::string Rule(const RuleDoc& doc) {
   json.update(RowJson(doc));
   json["protects"] = doc.protects;
   json["allowed"] = doc.allowed;
-  json["replaced_by"] = OrNull(doc.replaced_by);
-  json["no_example_reason"] = OrNull(doc.no_example_reason);
+  json["replaced_by"] = NameOrNull(doc.replaced_by);
+  json["no_example_reason"] = NameOrNull(doc.no_example_reason);
   json["example"] = doc.example ? ExampleJson(*doc.example) : Json();
   return ToText(json);
 }

@@ -1,8 +1,8 @@
 // The output of `waivers` as text and JSON; docs/command-line.md describes both. Tested by tests/tool/waiver_test.cpp.
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
 #include "base/text.h"
+#include "report/render/json_values.h"
 #include "report/render/render.h"
 #include "report/result/words.h"
 
@@ -68,14 +68,12 @@ std::string RowText(const WaiverList::Row& row) {
   return text;
 }
 
-Json TextOrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
-
 Json RowJson(const WaiverList::Row& row) {
   Json matches = Json::array();
   for (const auto& [in_file, table, path, fingerprint] : row.matches) {
     matches.push_back({{"file", in_file}, {"table", table}, {"path", path}, {"fingerprint", fingerprint}});
   }
-  return {{"location", {{"file", row.project_file}, {"line", row.position.line}, {"column", row.position.column}}},
+  return {{"location", LocationToJson(row.project_file, row.position)},
           {"state", NameOf(row.state).json},
           {"wide", row.is_wide},
           {"rule", row.rule},
@@ -84,12 +82,12 @@ Json RowJson(const WaiverList::Row& row) {
           {"change", row.change},
           {"file", row.file},
           {"entry", row.entry},
-          {"fingerprint", TextOrNull(row.fingerprint)},
+          {"fingerprint", NameOrNull(row.fingerprint)},
           {"reason", row.reason},
           {"until", row.until},
           {"days_left", row.days_left ? Json(*row.days_left) : Json()},
-          {"fault", TextOrNull(row.fault)},
-          {"suggestion", TextOrNull(row.suggestion)},
+          {"fault", NameOrNull(row.fault)},
+          {"suggestion", NameOrNull(row.suggestion)},
           {"matches", std::move(matches)}};
 }
 
@@ -108,10 +106,8 @@ std::string RenderWaiversText(const WaiverList& list) {
 }
 
 std::string RenderWaiversJson(const WaiverList& list) {
-  Json json = {{"version", kJsonVersion},
-               {"tool", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}}},
-               {"command", "waivers"},
-               {"project", list.project_file}};
+  Json json = HeaderToJson(kJsonVersion, "waivers");
+  json["project"] = list.project_file;
   Json& waivers = json["waivers"] = Json::array();
   for (const WaiverList::Row& row : list.rows) waivers.push_back(RowJson(row));
   Json& summary = json["summary"] = {{"waivers", list.rows.size()}};
