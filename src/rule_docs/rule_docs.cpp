@@ -48,6 +48,12 @@ std::vector<CodeDoc> ParseCodes() {
 
 }  // namespace
 
+const RefusalRow* FindRule(std::string_view id) {
+  if (const RefusalRow* const row = FindRefusal(id)) return row;
+  const AdviceRule* const advice = FindAdvice(id);
+  return advice == nullptr ? FindFaultRule(id) : &advice->row;
+}
+
 std::span<const RuleDoc> AllRuleDocs() {
   static const std::vector<RuleDoc> docs = ParseRuleDocs();
   return docs;

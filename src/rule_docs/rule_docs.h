@@ -42,6 +42,9 @@ struct RuleDoc {
   std::string no_example_reason;  // why no pair of schema files triggers the rule; "" = there is an example
 };
 
+// The row of that id in any of the catalogs, or null.
+const RefusalRow* FindRule(std::string_view id);
+
 // The pages of all refusals, in the order of the catalog.
 std::span<const RuleDoc> AllRuleDocs();
 

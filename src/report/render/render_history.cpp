@@ -124,10 +124,8 @@ std::string Remark(const Histories& histories) {
 }
 
 std::string ProjectFindingText(const ProjectFinding& finding) {
-  std::string text = FileLineColumn(OneLine(finding.file), finding.position) + ": " + WordOf(finding.level) + " [" +
-                     finding.rule + "] " + OneLine(finding.text) + "\n";
-  if (finding.suggestion.empty()) return text;
-  return text + "  suggestion: " + Join(SuggestionLines(finding.suggestion), "\n    ") + "\n";
+  return FileLineColumn(OneLine(finding.file), finding.position) + ": " + WordOf(finding.level) + " [" + finding.rule + "] " +
+         OneLine(finding.text) + "\n" + SuggestionText(finding.suggestion);
 }
 
 }  // namespace

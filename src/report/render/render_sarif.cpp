@@ -8,6 +8,7 @@
 #include "report/render/render.h"
 #include "report/result/issues.h"
 #include "report/result/service_path.h"
+#include "rule_docs/rule_doc_files.h"
 #include "rule_docs/rule_docs.h"
 
 namespace korvel {
@@ -116,11 +117,8 @@ Level LevelOf(const std::string& id) {
   return id == "waiver.unused" ? Level::kWarning : Level::kRefused;
 }
 
-// Where the page of a rule is published: "primary-key.size" is docs/rules/primary-key-size.md.
-std::string PageOf(std::string id) {
-  std::ranges::replace(id, '.', '-');
-  return KORVEL_HOMEPAGE "/blob/main/docs/rules/" + id + ".md";
-}
+// Where the page of a rule is published.
+std::string PageOf(const std::string& id) { return KORVEL_HOMEPAGE "/blob/main/docs/rules/" + RuleDocFileName(id); }
 
 // A reportingDescriptor. Services show it next to a result.
 Json SarifRule(const std::string& id) {

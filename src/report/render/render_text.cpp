@@ -5,11 +5,9 @@
 #include <string_view>
 
 #include "base/text.h"
-#include "common/catalog.h"
 #include "report/render/render.h"
 #include "report/result/words.h"
-#include "rule_docs/advice.h"
-#include "rule_docs/fault_rules.h"
+#include "rule_docs/rule_docs.h"
 
 namespace korvel {
 namespace {
@@ -255,15 +253,7 @@ class TextReport {
     const bool is_error = finding.level == ProjectFinding::Level::kError;
     text_ += FileLineColumn(OneLine(finding.file), finding.position) + ": " +
              Colored(WordOf(finding.level), is_error ? kRed : kYellow, color_) + " [" + finding.rule + "] " +
-             OneLine(finding.text) + "\n";
-    if (finding.suggestion.empty()) return;
-    const std::vector<std::string> lines = SuggestionLines(finding.suggestion);
-    text_ += "  suggestion: " + lines.front() + "\n";
-    for (std::size_t i = 1; i < lines.size(); ++i) text_ += "    " + lines[i] + "\n";
-  }
-
-  static bool IsRule(const std::string& id) {
-    return FindRefusal(id) != nullptr || FindAdvice(id) != nullptr || FindFaultRule(id) != nullptr;
+             OneLine(finding.text) + "\n" + SuggestionText(finding.suggestion);
   }
 
   // Names the command that explains a refusal: a rule of the report, else a result code.
@@ -271,7 +261,7 @@ class TextReport {
     std::set<std::string> rules;
     std::string first;
     const auto add = [&](const std::string& rule, int code) {
-      const std::string id = IsRule(rule) ? rule : CodeNameOf(code);
+      const std::string id = FindRule(rule) == nullptr ? CodeNameOf(code) : rule;
       if (first.empty()) first = id;
       if (!id.empty()) rules.insert(id);
     };
@@ -282,7 +272,8 @@ class TextReport {
     }
     if (first.empty()) return "";
     const std::string command = "'korvelcheck explain " + first + "'";
-    if (rules.size() == 1) return "Run " + command + (IsRule(first) ? " for the rule.\n" : " for the result code.\n");
+    if (rules.size() == 1)
+      return "Run " + command + (FindRule(first) == nullptr ? " for the result code.\n" : " for the rule.\n");
     return "Run 'korvelcheck explain ID' for a rule, for example " + command + ".\n";
   }
 

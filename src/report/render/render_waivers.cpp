@@ -61,11 +61,7 @@ std::string RowText(const WaiverList::Row& row) {
     const std::string& path = match.path.empty() ? match.table : match.path;
     text += "  matches: " + OneLine(match.file) + ": " + OneLine(path) + ", fingerprint " + match.fingerprint + "\n";
   }
-  if (row.fault.empty()) return text;
-  const std::vector<std::string> lines = SuggestionLines(row.suggestion);
-  text += "  fault: " + OneLine(row.fault) + "\n  suggestion: " + lines.front() + "\n";
-  for (std::size_t i = 1; i < lines.size(); ++i) text += "    " + lines[i] + "\n";
-  return text;
+  return row.fault.empty() ? text : text + "  fault: " + OneLine(row.fault) + "\n" + SuggestionText(row.suggestion);
 }
 
 Json RowJson(const WaiverList::Row& row) {

@@ -4,7 +4,6 @@
 #include <algorithm>
 
 #include "base/text.h"
-#include "common/catalog.h"
 #include "common/result_codes.h"
 #include "rule_docs/rule_docs.h"
 
@@ -59,6 +58,10 @@ std::vector<std::string> SuggestionLines(std::string_view suggestion) {
     lines.push_back(OneLine(suggestion.substr(0, end)));
   }
   return lines;
+}
+
+std::string SuggestionText(std::string_view suggestion) {
+  return suggestion.empty() ? "" : "  suggestion: " + Join(SuggestionLines(suggestion), "\n    ") + "\n";
 }
 
 TextRange LocationOf(const InputFault& fault) {
@@ -126,9 +129,8 @@ std::string MeaningOf(int code) {
 }  // namespace
 
 std::string SummaryOf(const Verdict& verdict) {
-  if (const RefusalRow* const row = FindRefusal(verdict.rule)) return row->summary;
-  const AdviceRule* const advice = FindAdvice(verdict.rule);
-  return advice == nullptr ? MeaningOf(verdict.code) : advice->row.summary;
+  const RefusalRow* const row = FindRule(verdict.rule);
+  return row == nullptr ? MeaningOf(verdict.code) : row->summary;
 }
 
 std::string SummaryOf(const TableResult& table) {

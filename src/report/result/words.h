@@ -73,6 +73,8 @@ std::string ToText(const Waiver& waiver);
 
 // The lines of a suggestion, each on one line.
 std::vector<std::string> SuggestionLines(std::string_view suggestion);
+// "  suggestion: LINE" with the other lines below it; "" without a suggestion.
+std::string SuggestionText(std::string_view suggestion);
 
 // Where a fault is, without the text of the line.
 TextRange LocationOf(const InputFault& fault);
