@@ -5,22 +5,13 @@
 #include <csignal>
 #include <exception>
 #include <new>
-#include <string>
-#include <vector>
 
-#include "base/file_descriptor.h"
 #include "base/input_error.h"
 #include "tool/cli/command.h"
 #include "tool/io/exit.h"
 
 namespace korvel::tool {
 namespace {
-
-void PrintErrors(const std::vector<std::string>& lines) {
-  std::string text;
-  for (const std::string& line : lines) text += line + "\n";
-  static_cast<void>(WriteAll(STDERR_FILENO, text));  // a failure cannot be reported anywhere
-}
 
 // Opens the numbers of closed standard streams in the wrong direction: using such a stream stays an error, and no file that is
 // opened later gets its number.

@@ -5,11 +5,11 @@
 
 #include <utility>
 
-#include "base/file_descriptor.h"
 #include "base/input_error.h"
 #include "base/text.h"
 #include "project/check_project.h"
 #include "project/input_projects.h"
+#include "tool/io/exit.h"
 #include "tool/io/progress.h"
 
 namespace korvel::tool {
@@ -33,8 +33,7 @@ CommandResult CheckPair(const CheckRequest& request, ProjectSet& projects) {
 
 void WarnOfRepeated(const std::vector<std::string>& paths) {
   for (const std::string& path : paths) {
-    const std::string message = ToolMessage(OneLine(path) + " is given twice; it is compared only once") + "\n";
-    static_cast<void>(WriteAll(STDERR_FILENO, message));
+    PrintErrors({ToolMessage(OneLine(path) + " is given twice; it is compared only once")});
   }
 }
 

@@ -7,7 +7,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include "base/file_descriptor.h"
 #include "base/input_error.h"
 #include "project/check_tables.h"
 #include "project/load_inputs.h"
@@ -35,12 +34,6 @@ void ReadShownTexts(const Report& report) {
       if (source != nullptr && source->text) source->text->Bytes();
     }
   }
-}
-
-void PrintLines(const std::vector<std::string>& lines) {
-  std::string text;
-  for (const std::string& line : lines) text += line + "\n";
-  static_cast<void>(WriteAll(STDERR_FILENO, text));
 }
 
 }  // namespace
@@ -83,7 +76,7 @@ int RunReport(const ReportOptions& options, const std::vector<std::string>& inpu
   options.output.Write([&](const TextSink& sink) { options.format->write(result.report, options.output.CanColor(), sink); });
   if (const std::string failure = log ? log->WriteFailure() : ""; !failure.empty()) throw std::runtime_error(failure);
   const bool is_visible = options.IsForPeople() && ::isatty(STDOUT_FILENO) == 1;
-  if (!faults.empty() && !is_visible) PrintLines(LinesOf(faults));
+  if (!faults.empty() && !is_visible) PrintErrors(LinesOf(faults));
   if (!faults.empty()) return kInputError;
   return CountFailing(result.report) == 0 ? kAllAllowed : kSomeRefused;
 }

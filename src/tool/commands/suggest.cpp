@@ -1,10 +1,7 @@
 // Tested by tests/tool/suggest_test.cpp.
 #include "analysis/suggest/suggest.h"
 
-#include <unistd.h>
-
 #include "base/alignment.h"
-#include "base/file_descriptor.h"
 #include "base/input_error.h"
 #include "base/text.h"
 #include "project/input_projects.h"
@@ -74,8 +71,7 @@ SchemaSuggestion Suggest(const Input& old_input, const Input& new_input, const s
 }
 
 void PrintNothingToFix(const Input& input) {
-  const std::string line = ToolMessage(OneLine(input.name) + ": nothing to fix: every table that was compared is allowed") + "\n";
-  static_cast<void>(WriteAll(STDERR_FILENO, line));  // there is nowhere left to complain
+  PrintErrors({ToolMessage(OneLine(input.name) + ": nothing to fix: every table that was compared is allowed")});
 }
 
 void RequireText(const Input& input, bool whole_file) {

@@ -56,6 +56,12 @@ extern "C" void OnBusError(int) {
 
 }  // namespace
 
+void PrintErrors(const std::vector<std::string>& lines) {
+  std::string text;
+  for (const std::string& line : lines) text += line + "\n";
+  Print(text);  // a failure cannot be reported anywhere
+}
+
 void PrintOutOfMemory() { Print("korvelcheck: out of memory\n"); }
 
 void RemoveAtAbruptEnd(const char* path) { incomplete_file = path; }

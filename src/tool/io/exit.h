@@ -21,6 +21,9 @@ struct NothingAllowed {
   std::vector<std::string> lines;
 };
 
+// Prints lines without line ends on standard error.
+void PrintErrors(const std::vector<std::string>& lines);
+
 // --- When the program cannot go on ---
 
 // Prints on standard error that memory ran out. Allocates nothing.
