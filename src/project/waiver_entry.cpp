@@ -19,10 +19,6 @@ constexpr std::array kExactKeys{"rule", "table", "path", "change", "file"};
 constexpr std::array kWideKeys{"table", "rule", "entry"};
 constexpr char kAllowedKeys[] = "rule, table, path, change and file; or table, rule and entry";
 
-bool IsFingerprint(std::string_view text) {
-  return text.size() == 16 && text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
-}
-
 // The first of the keys that an entry lacks; "" if it has all.
 std::string MissingOf(const WaiverKeys& keys, const auto& required) {
   const auto missing = std::ranges::find_if(required, [&](const char* key) { return !keys.contains(key); });
@@ -86,6 +82,10 @@ std::string QuoteForToml(std::string_view text) {
 }
 
 }  // namespace
+
+bool IsFingerprint(std::string_view text) {
+  return text.size() == 16 && text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
+}
 
 WaiverForm FormOf(const WaiverKeys& keys) {
   const auto has = [&](const char* key) { return keys.contains(key); };

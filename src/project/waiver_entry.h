@@ -11,6 +11,9 @@
 
 namespace korvel {
 
+// "2293271b193a8552"
+bool IsFingerprint(std::string_view text);
+
 // The keys that an entry has; an empty value may be meaningful.
 using WaiverKeys = std::set<std::string, std::less<>>;
 

@@ -18,14 +18,6 @@ constexpr NamedCode kLogFormats[] = {{"text", static_cast<int>(vesk::LineFormat:
 constexpr NamedCode kLogLevels[] = {{"error", VESK_PRIORITY_ERROR}, {"warn", VESK_PRIORITY_WARN}, {"info", VESK_PRIORITY_INFO}};
 constexpr NamedCode kTextOrJson[] = {{"text", 0}, {"json", 1}};
 
-// The names of formats, each with its index as code.
-template <class List, class Name>
-std::vector<NamedCode> ChoicesOf(const List& formats, Name name) {
-  std::vector<NamedCode> choices;
-  for (const auto& format : formats) choices.push_back({name(format), static_cast<int>(choices.size())});
-  return choices;
-}
-
 std::string SetServerVersion(PartialSettings& given, const std::string& value) {
   if (!IsVersion(value)) return kAllowedVersion;
   given.server_version = value;
@@ -73,6 +65,11 @@ void InputFiles::AddListTo(ArgumentList& arguments, const char* name) {
   list.is_repeated = true;
 }
 
+void InputFiles::AddComparedTo(ArgumentList& arguments) {
+  arguments.AddPositional("FILES", "FILE", paths, "OLD and NEW, schema files or images; with --against, files and directories")
+      .is_repeated = true;
+}
+
 void TableSelection::AddTo(ArgumentList& arguments) {
   const auto set = [this](const std::string& table) {
     tables.push_back(table);
@@ -111,9 +108,13 @@ void TableSettings::AddOthersTo(ArgumentList& arguments) {
                  .set = [this](const std::string& value) { return SetListNum(given, value); }});
 }
 
-void TableSettings::AddProjectTo(ArgumentList& arguments) {
+void TableSettings::AddProjectFileTo(ArgumentList& arguments) {
   arguments.AddText("--project", "FILE", project_file,
                     "project file; default: the nearest korvelcheck.toml in this directory or above");
+}
+
+void TableSettings::AddProjectTo(ArgumentList& arguments) {
+  AddProjectFileTo(arguments);
   arguments.AddFlag("--no-project", no_project, "use no project file").excludes = "--project";
 }
 

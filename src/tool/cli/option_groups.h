@@ -26,6 +26,8 @@ struct InputFiles {
   void AddPairTo(ArgumentList& arguments, const char* first, const char* second, bool second_is_required = true);
   void AddOneTo(ArgumentList& arguments, const char* name);
   void AddListTo(ArgumentList& arguments, const char* name);
+  // OLD and NEW, or the files of a project.
+  void AddComparedTo(ArgumentList& arguments);
 };
 
 // --table
@@ -45,6 +47,7 @@ struct TableSettings {
   void AddCreatedAsTo(ArgumentList& arguments);
   void AddOthersTo(ArgumentList& arguments);
   void AddProjectTo(ArgumentList& arguments);
+  void AddProjectFileTo(ArgumentList& arguments);  // without --no-project
 
   // The named project file, else the nearest one; nullopt if there is none, and with --no-project. Throws InputError.
   std::optional<Project> ReadProject() const;
@@ -114,6 +117,14 @@ struct ReportOptions {
  private:
   void WriteFailure(const Failure& failure) const;
 };
+
+// The names of formats, each with its position as code.
+template <class List, class Name>
+std::vector<NamedCode> ChoicesOf(const List& formats, Name name) {
+  std::vector<NamedCode> choices;
+  for (const auto& format : formats) choices.push_back({name(format), static_cast<int>(choices.size())});
+  return choices;
+}
 
 // --format text|json
 struct TextOrJson {

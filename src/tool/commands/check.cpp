@@ -20,10 +20,7 @@ struct CheckArguments {
   ReportOptions report;
 
   void AddTo(ArgumentList& arguments) {
-    arguments
-        .AddPositional("FILES", "FILE", inputs.paths,
-                       "OLD and NEW, schema files or images; with --against, files and directories")
-        .is_repeated = true;
+    inputs.AddComparedTo(arguments);
     selection.AddTo(arguments);
     settings.AddTo(arguments);
     baseline.AddTo(arguments);

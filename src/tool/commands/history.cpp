@@ -47,11 +47,7 @@ struct HistoryArguments {
   }
 
   void AddFormatTo(ArgumentList& arguments) {
-    static const std::vector<NamedCode> choices = [] {
-      std::vector<NamedCode> names;
-      for (const HistoryFormat& one : HistoryFormats()) names.push_back({one.name, static_cast<int>(names.size())});
-      return names;
-    }();
+    static const auto choices = ChoicesOf(HistoryFormats(), [](const HistoryFormat& one) { return one.name; });
     arguments.AddChoice(
         "--format", choices, [this](int code) { format = &HistoryFormats()[static_cast<std::size_t>(code)]; },
         "output format; default: text");

@@ -34,7 +34,6 @@ struct WaiveArguments {
   std::optional<std::string> until;
   bool is_wide = false;
   BaselineOption baseline;
-  std::optional<std::string> project_file;
   TableSettings settings;
   FindingLimit limit;
   OutputOption output;
@@ -49,7 +48,7 @@ struct WaiveArguments {
     arguments.AddFlag("--wide", is_wide, "waive any change that the rule refuses there, not only this one");
     baseline.AddTo(arguments);
     settings.AddTo(arguments);
-    arguments.AddText("--project", "FILE", project_file,
+    arguments.AddText("--project", "FILE", settings.project_file,
                       "project file; default: the nearest korvelcheck.toml in this directory or above, else a new one");
     limit.AddTo(arguments);
     output.AddTo(arguments);
@@ -70,9 +69,8 @@ WaiveWords Split(const std::vector<std::string>& words) {
   WaiveWords split;
   for (const std::string& word : words) {
     const bool is_hexadecimal = word.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
-    const bool is_fingerprint = word.size() == 16 && word.find_first_not_of("0123456789abcdef") == std::string::npos;
     std::error_code ignored;
-    if (is_fingerprint) {
+    if (IsFingerprint(word)) {
       if (std::ranges::find(split.fingerprints, word) == split.fingerprints.end()) split.fingerprints.push_back(word);
     } else if (is_hexadecimal && !std::filesystem::exists(word, ignored)) {
       Refuse("fingerprint is " + Quote(word) + "; allowed: 16 hexadecimal digits, as shown in reports");
@@ -229,7 +227,7 @@ CommandResult Check(const WaiveArguments& arguments, const std::vector<std::stri
                                          .project = &project,
                                          .max_findings = arguments.limit.max_findings,
                                          .log = log.handle()},
-                             .searches_projects = !arguments.project_file};
+                             .searches_projects = arguments.settings.SearchesProjects()};
   RequireBaseline(request);
   return RunCheck(request);
 }
@@ -267,7 +265,7 @@ std::optional<std::string> WaiveIn(const std::string& path, const std::string& o
 int Run(const WaiveArguments& arguments) {
   const WaiveWords words = Split(arguments.words);
   RequireFiles(words.files, arguments.baseline.IsGiven());
-  const std::string of_call = arguments.project_file.value_or(FindProjectFile().value_or(kProjectFileName));
+  const std::string of_call = arguments.settings.project_file.value_or(FindProjectFile().value_or(kProjectFileName));
   if (of_call == "-") Refuse("--project is '-'; allowed: a file");
   const std::optional<std::string> nested = WaiveIn(of_call, of_call, arguments, words);
   if (!nested) return kAllAllowed;

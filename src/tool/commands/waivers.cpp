@@ -22,14 +22,10 @@ struct WaiversArguments {
   TextOrJson format;
 
   void AddTo(ArgumentList& arguments) {
-    arguments
-        .AddPositional("FILES", "FILE", inputs.paths,
-                       "OLD and NEW, schema files or images; with --against, files and directories")
-        .is_repeated = true;
+    inputs.AddComparedTo(arguments);
     settings.AddTo(arguments);
     baseline.AddTo(arguments);
-    arguments.AddText("--project", "FILE", settings.project_file,
-                      "project file; default: the nearest korvelcheck.toml in this directory or above");
+    settings.AddProjectFileTo(arguments);
     limit.AddTo(arguments);
     output.AddTo(arguments);
     format.AddTo(arguments);
