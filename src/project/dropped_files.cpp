@@ -5,22 +5,19 @@
 #include <optional>
 
 #include "base/input_error.h"
+#include "base/paths.h"
 
 namespace korvel {
 namespace {
-
-std::string Below(const std::string& directory, const std::string& name) {
-  return directory.empty() ? name : directory + "/" + name;
-}
 
 // The project file of the call as it is in the old state; nullopt if it has none there, or a faulty one.
 std::optional<Project> OldProject(const ProjectStates& states) {
   const ProjectScope& scope = states.projects->OfCall();
   const Project& project = *scope.project;
-  const std::string path = Below(scope.directory, project.file.substr(project.file.rfind('/') + 1));
+  const std::string path = PrefixOf(scope.directory) + project.file.substr(project.file.rfind('/') + 1);
   if (!states.old_state->HasFile(path)) return std::nullopt;
   try {
-    return ParseProject(project.file, project.directory, std::string(states.old_state->Read(path).View()));
+    return ParseProject(project.file, std::string(states.old_state->Read(path).View()));
   } catch (const InputError&) {
     return std::nullopt;
   }
@@ -66,7 +63,7 @@ class DroppedFiles {
 
   // Where the project file was that selected it.
   std::string FormerFile(const std::string& path) const {
-    return states_.new_state->Display(Below(old_projects_.Of(path).directory, kProjectFileName));
+    return states_.new_state->Display(PrefixOf(old_projects_.Of(path).directory) + kProjectFileName);
   }
 
   NearestProjects& old_projects_;

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "base/input_error.h"
+#include "base/paths.h"
 #include "project/glob.h"
 #include "schema/input.h"
 
@@ -45,7 +46,7 @@ const ProjectText* Patterns::Excluding(const std::string& path) const {
 }
 
 std::string Patterns::Directory(const ProjectText& pattern) const {
-  std::string directory = scope_.directory + (scope_.directory.empty() ? "" : "/") + std::string(FixedDirectory(pattern.text));
+  std::string directory = PrefixOf(scope_.directory) + std::string(FixedDirectory(pattern.text));
   if (directory.ends_with('/')) directory.pop_back();
   return directory;
 }

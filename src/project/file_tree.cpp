@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "base/input_error.h"
+#include "base/paths.h"
 #include "base/text.h"
 
 namespace korvel {
@@ -93,7 +94,7 @@ const GitFile* FindFile(const std::vector<GitFile>& files, const std::string& pa
 }
 
 std::vector<std::string> FilesBelow(const std::vector<GitFile>& files, const std::string& directory) {
-  const std::string prefix = directory.empty() ? "" : directory + "/";
+  const std::string prefix = PrefixOf(directory);
   std::vector<std::string> paths;
   for (auto file = std::ranges::lower_bound(files, prefix, {}, &GitFile::path); file != files.end(); ++file) {
     if (!file->path.starts_with(prefix)) break;

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "base/input_error.h"
+#include "base/paths.h"
 #include "base/text.h"
 #include "project/baseline.h"
 #include "project/git_call.h"
@@ -38,9 +39,6 @@ class PathFinder {
 
   const std::string& top() const { return top_; }
 
-  // As "git:REV:PATH" shows the path: from the working directory only if it was given so.
-  static bool IsFromHere(const std::string& given) { return given.starts_with("./") || given.starts_with("../"); }
-
   // The path from the working directory if it leads to a file there, else from the top.
   fs::path OnDisk(const std::string& given) const {
     std::error_code ignored;
@@ -50,9 +48,9 @@ class PathFinder {
   }
 
   std::string FromTop(const std::string& given) const {
-    std::string path = OnDisk(given).lexically_relative(top_).string();
-    if (path.empty() || path == ".." || path.starts_with("../")) RefuseArgument(given, "is outside of the repository");
-    return path;
+    const fs::path path = OnDisk(given).lexically_relative(top_);
+    if (LeadsOut(path)) RefuseArgument(given, "is outside of the repository");
+    return path.string();
   }
 
  private:
@@ -132,7 +130,7 @@ class VersionFinder {
 
   // The path as it was given, if the file had it then; else from the top.
   std::string NameIn(const std::string& revision, const GitFile& file, const SelectedFile& selected) const {
-    const bool is_given = file.path == selected.path && PathFinder::IsFromHere(selected.shown);
+    const bool is_given = file.path == selected.path && IsFromHere(selected.shown);
     return "git:" + revision + ":" + (is_given ? selected.shown : file.path);
   }
 

@@ -8,6 +8,7 @@
 
 #include "base/did_you_mean.h"
 #include "base/input_error.h"
+#include "base/paths.h"
 #include "base/text.h"
 #include "project/blob_id.h"
 #include "project/git_call.h"
@@ -216,8 +217,7 @@ std::string Git::TreeOf(const std::string& revision, const std::string& argument
 }
 
 std::string Git::FromTop(const std::string& path, const std::string& argument) {
-  const bool is_relative = path.starts_with("./") || path.starts_with("../");
-  const std::optional<std::string> normal = Normal(is_relative ? Prefix(argument) + path : path);
+  const std::optional<std::string> normal = Normal(IsFromHere(path) ? Prefix(argument) + path : path);
   if (!normal) RefuseArgument(argument, "is outside of the repository");
   return *normal;
 }

@@ -5,6 +5,7 @@
 #include <optional>
 #include <utility>
 
+#include "base/paths.h"
 #include "project/baseline.h"
 #include "project/git.h"
 #include "project/project_path.h"
@@ -13,13 +14,6 @@ namespace korvel {
 namespace {
 
 namespace fs = std::filesystem;
-
-// The path from a directory to something below it; nullopt if it is elsewhere.
-std::optional<std::string> PathFrom(const std::string& directory, const fs::path& path) {
-  const fs::path relative = path.lexically_relative(directory);
-  if (relative.empty() || *relative.begin() == "..") return std::nullopt;
-  return relative.string();
-}
 
 std::string TopOf(const Project* project) {
   const std::string repository = RepositoryTop();
@@ -32,31 +26,24 @@ InputProjects::InputProjects(ProjectSet& projects) : projects_(projects), top_(T
 
 InputProject InputProjects::Of(const std::string& given) {
   if (!projects_.is_searched() || given == "-") return OfCall(given);
-  if (const std::optional<GitPath> in_git = ParseGitPath(given)) {
-    const bool is_from_here = in_git->path.starts_with("./") || in_git->path.starts_with("../");
-    const std::optional<std::string> path = is_from_here ? PathFrom(top_, AbsolutePath(in_git->path)) : in_git->path;
-    return path ? Nearest(InCommit(in_git->revision), fs::path(*path).lexically_normal(), given) : OfCall(given);
-  }
-  const std::optional<std::string> path = PathFrom(top_, AbsolutePath(given));
-  return path ? Nearest(OnDisk(), *path, given) : OfCall(given);
+  const std::optional<GitPath> in_git = ParseGitPath(given);
+  const bool is_from_top = in_git && !IsFromHere(in_git->path);
+  const fs::path path = is_from_top ? fs::path(in_git->path).lexically_normal()
+                                    : AbsolutePath(in_git ? in_git->path : given).lexically_relative(top_);
+  if (!is_from_top && LeadsOut(path)) return OfCall(given);
+  return Nearest(StateOf(in_git ? in_git->revision : ""), path.string(), given);
 }
 
-InputProjects::State& InputProjects::OnDisk() {
-  State& state = states_[""];
-  if (state.tree == nullptr) {
-    state.tree = DiskTreeSeenFrom(AbsolutePath(""), top_);
-    state.projects = std::make_unique<NearestProjects>(*state.tree, projects_, ProjectDirectory(projects_.OfCall(), top_));
-  }
-  return state;
-}
-
-InputProjects::State& InputProjects::InCommit(const std::string& revision) {
+InputProjects::State& InputProjects::StateOf(const std::string& revision) {
   State& state = states_[revision];
-  if (state.tree == nullptr) {
+  if (state.tree != nullptr) return state;
+  if (revision.empty()) {
+    state.tree = DiskTreeSeenFrom(AbsolutePath(""), top_);
+  } else {
     const Baseline baseline = ResolveBaseline("git:" + revision);
     state.tree = CommitTree(*baseline.revision, baseline.name);
-    state.projects = std::make_unique<NearestProjects>(*state.tree, projects_, ProjectDirectory(projects_.OfCall(), top_));
   }
+  state.projects = std::make_unique<NearestProjects>(*state.tree, projects_, ProjectDirectory(projects_.OfCall(), top_));
   return state;
 }
 

@@ -35,8 +35,7 @@ class InputProjects {
     std::unique_ptr<NearestProjects> projects;
   };
 
-  State& OnDisk();
-  State& InCommit(const std::string& revision);
+  State& StateOf(const std::string& revision);
   InputProject Nearest(State& state, const std::string& path, const std::string& given);
   InputProject OfCall(const std::string& given) const;
 

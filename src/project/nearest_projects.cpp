@@ -2,9 +2,9 @@
 #include "project/nearest_projects.h"
 
 #include <algorithm>
-#include <filesystem>
 
 #include "base/input_error.h"
+#include "base/paths.h"
 
 namespace korvel {
 namespace {
@@ -56,14 +56,14 @@ const ProjectScope& NearestProjects::In(std::string_view directory) {
 
 // Null if the directory has no project file, or one with an error.
 const ProjectScope* NearestProjects::Read(const std::string& directory) {
-  const std::string path = directory.empty() ? kProjectFileName : directory + "/" + kProjectFileName;
+  const std::string path = PrefixOf(directory) + kProjectFileName;
   if (!tree_.HasName(path)) return nullptr;
   const std::string file = tree_.Display(path);
   try {
     std::optional<std::uint32_t> position = projects_.Find(file);
     if (!position) {
       const std::string text(tree_.Read(path).View());
-      position = projects_.Add(ParseProject(file, std::filesystem::path(file).parent_path(), text));
+      position = projects_.Add(ParseProject(file, text));
     }
     return &nested_.emplace_back(ProjectScope{projects_[*position], *position, directory});
   } catch (const InputError& error) {

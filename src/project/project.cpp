@@ -33,7 +33,7 @@ bool IsRepositoryTop(const std::filesystem::path& directory) { return IsThere(di
 
 Project ReadProject(const std::string& path) {
   const Bytes bytes = ReadAll(OpenInput(path));
-  return ParseProject(path, std::filesystem::path(path).parent_path(), std::string(bytes.View()));
+  return ParseProject(path, std::string(bytes.View()));
 }
 
 // A relative path upwards, which can be opened from the working directory.

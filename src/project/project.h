@@ -63,7 +63,7 @@ struct Project {
 Project ReadProject(const std::string& path);
 
 // The same of a text.
-Project ParseProject(const std::string& file, const std::string& directory, const std::string& text);
+Project ParseProject(const std::string& file, const std::string& text);
 
 // The path of the project file in the working directory or the nearest one above it, up to the top of its repository,
 // or nullopt.

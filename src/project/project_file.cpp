@@ -1,5 +1,6 @@
 // What the keys of korvelcheck.toml mean. Tested by tests/tool/project_file_test.cpp.
 #include <algorithm>
+#include <filesystem>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -201,10 +202,10 @@ constexpr Key<Project> kKeys[] = {
 
 }  // namespace
 
-Project ParseProject(const std::string& file, const std::string& directory, const std::string& text) {
+Project ParseProject(const std::string& file, const std::string& text) {
   Project project;
   project.file = file;
-  project.directory = directory;
+  project.directory = std::filesystem::path(file).parent_path().string();
   TomlReader(file).Read<Project>(text, kKeys, project);
   return project;
 }

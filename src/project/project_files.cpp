@@ -8,6 +8,7 @@
 
 #include "base/did_you_mean.h"
 #include "base/input_error.h"
+#include "base/paths.h"
 #include "base/text.h"
 #include "project/dropped_files.h"
 #include "project/file_selection.h"
@@ -21,12 +22,9 @@ namespace fs = std::filesystem;
 
 // The path from a directory to something inside it, "" for itself.
 std::string Below(const fs::path& path, const std::string& top, const std::string& shown) {
-  std::string below = path.lexically_relative(top);
-  if (below == ".") return "";
-  if (below.empty() || below == ".." || below.starts_with("../")) {
-    throw InputError{{ToolMessage(OneLine(shown) + ": is not inside " + OneLine(top))}};
-  }
-  return below;
+  const fs::path below = path.lexically_relative(top);
+  if (LeadsOut(below)) throw InputError{{ToolMessage(OneLine(shown) + ": is not inside " + OneLine(top))}};
+  return below == "." ? "" : below.string();
 }
 
 std::string NoMatch(const Project& project, const ProjectText& pattern) {
@@ -36,7 +34,7 @@ std::string NoMatch(const Project& project, const ProjectText& pattern) {
 
 // Whether the condition holds for any of the files below a directory.
 bool AnyBelow(const std::set<std::string>& files, const std::string& directory, auto condition) {
-  const std::string prefix = directory.empty() ? "" : directory + "/";
+  const std::string prefix = PrefixOf(directory);
   for (auto file = files.lower_bound(prefix); file != files.end() && file->starts_with(prefix); ++file) {
     if (condition(*file)) return true;
   }

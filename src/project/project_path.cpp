@@ -4,6 +4,7 @@
 #include <optional>
 #include <system_error>
 
+#include "base/paths.h"
 #include "project/git.h"
 
 namespace korvel {
@@ -12,9 +13,6 @@ namespace {
 namespace fs = std::filesystem;
 
 fs::path DirectoryOf(const Project* project) { return AbsolutePath(project == nullptr ? "" : project->directory); }
-
-// Whether it leads out of the directory that it begins in; an empty path leads nowhere.
-bool LeadsOut(const fs::path& relative) { return relative.empty() || *relative.begin() == ".."; }
 
 }  // namespace
 
@@ -40,7 +38,7 @@ std::string PathInProject(const Project* project, const std::string& given) {
   if (given == "-") return "<stdin>";
   const std::optional<GitPath> in_git = ParseGitPath(given);
   const std::string& path = in_git ? in_git->path : given;
-  const bool is_from_top = in_git && !path.starts_with("./") && !path.starts_with("../");
+  const bool is_from_top = in_git && !IsFromHere(path);
   if (is_from_top) return fs::path(path).lexically_normal().string();
   const fs::path absolute = AbsolutePath(path);
   const fs::path relative = absolute.lexically_relative(DirectoryOf(project));

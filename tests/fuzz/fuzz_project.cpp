@@ -9,7 +9,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string text(reinterpret_cast<const char*>(data), size);
   try {
-    const korvel::Project project = korvel::ParseProject("p.toml", "", text);
+    const korvel::Project project = korvel::ParseProject("p.toml", text);
     fuzz::Require(project.file == "p.toml", "a project knows its file");
   } catch (const korvel::InputError& reason) {
     fuzz::Require(!reason.lines.empty(), "an invalid project file has faults");

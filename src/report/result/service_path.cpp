@@ -4,6 +4,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "base/paths.h"
+
 namespace korvel {
 namespace {
 
@@ -26,8 +28,6 @@ std::optional<std::string> PathInCommit(const std::string& file) {
   return file.substr(colon + 1);
 }
 
-bool LeadsOut(const fs::path& path) { return path.empty() || *path.begin() == ".."; }
-
 }  // namespace
 
 ServicePaths::ServicePaths(const std::optional<std::string>& prefix) : prefix_(prefix.value_or("")) {
@@ -41,7 +41,7 @@ std::string ServicePaths::Of(const std::string& file) const {
   if (file == "<stdin>") return "";
   const std::optional<std::string> in_commit = PathInCommit(file);
   const fs::path given = in_commit.value_or(file);
-  const bool is_from_here = !in_commit || in_commit->starts_with("./") || in_commit->starts_with("../");
+  const bool is_from_here = !in_commit || IsFromHere(*in_commit);
   const fs::path whole = ((is_from_here ? here_ : top_) / given).lexically_normal();
   const fs::path relative = whole.lexically_relative(base_);
   if (LeadsOut(relative) && given.is_absolute()) return whole.generic_string();

@@ -125,7 +125,7 @@ std::string WithWaivers(const std::string& text, const std::vector<WaiverEntry>&
 void RequireWaivers(const std::string& path, const std::string& text, std::size_t before, std::size_t added) {
   Project project;
   try {
-    project = ParseProject(path, "", text);
+    project = ParseProject(path, text);
   } catch (const InputError&) {
     Refuse(OneLine(path) + " cannot take another waiver: 'waivers' is not a list of [[waivers]], or a text is not UTF-8");
   }
@@ -232,10 +232,6 @@ CommandResult Check(const WaiveArguments& arguments, const std::vector<std::stri
   return RunCheck(request);
 }
 
-Project ParseProjectAt(const std::string& path, const std::string& text) {
-  return ParseProject(path, std::filesystem::path(path).parent_path(), text);
-}
-
 // Adds the waivers to the project file at `path`, in which `of_call` is that of the call. Returns nothing, or the path of the
 // nested project file that they belong to instead.
 std::optional<std::string> WaiveIn(const std::string& path, const std::string& of_call, const WaiveArguments& arguments,
@@ -243,7 +239,7 @@ std::optional<std::string> WaiveIn(const std::string& path, const std::string& o
   RefuseOverlaps({path}, arguments.output);
   const DirectoryLock lock(path);
   const std::string text = TextOf(path);
-  const Project project = ParseProjectAt(of_call, path == of_call ? text : TextOf(of_call));
+  const Project project = ParseProject(of_call, path == of_call ? text : TextOf(of_call));
   CommandResult result = Check(arguments, words.files, project);
   const ProjectSet& projects = *result.projects;
   const std::size_t owner = OwnerOf(words.fingerprints, projects, FindingsOf(result.report));
