@@ -23,7 +23,7 @@ std::vector<std::string> NewestTags(const std::string& pattern, std::size_t coun
                                       "--sort=-version:refname", "--format=%(refname)", std::string(kTags) + pattern},
                                      argument);
   if (!tags.empty()) return SplitAt(tags, '\n');
-  const std::string depth = Git::IsShallow(argument) ? "--depth=1 " : "";
+  const std::string depth = IsShallow(argument) ? "--depth=1 " : "";
   RefuseArgument(argument, "no tag matches " + Quote(pattern) + "; fetch the tags with: git fetch " + depth + "--tags");
 }
 
@@ -71,11 +71,8 @@ std::vector<std::string> BaselinesOf(const Project& project) {
 
 bool IsCheckedOut(const Baseline& baseline) {
   if (!baseline.revision) return false;
-  const auto commit = [&](const std::string& revision) {
-    return RunGit({"rev-parse", "--verify", "--quiet", "--end-of-options", revision + "^{commit}"}, baseline.name).out;
-  };
-  const std::string checked_out = commit("HEAD");
-  return !checked_out.empty() && commit(*baseline.revision) == checked_out;
+  const std::string checked_out = FindObject("HEAD^{commit}", baseline.name);
+  return !checked_out.empty() && FindObject(*baseline.revision + "^{commit}", baseline.name) == checked_out;
 }
 
 }  // namespace korvel

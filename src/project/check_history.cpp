@@ -13,6 +13,7 @@
 #include "base/text.h"
 #include "project/git.h"
 #include "project/id_history.h"
+#include "project/load_inputs.h"
 #include "project/waivers.h"
 #include "report/result/released_tables.h"
 #include "report/result/summary.h"
@@ -27,8 +28,7 @@ constexpr std::size_t kStepsAtOnce = 8;
 
 Input LoadVersion(const FileVersion& version, Git& git) {
   if (version.in_git) return LoadBytes(version.name, git.ReadFile(*version.in_git, version.name));
-  const std::optional<GitPath> in_git = ParseGitPath(version.path_on_disk);
-  return in_git ? LoadBytes(version.name, git.Read(*in_git)) : LoadFile(version.path_on_disk);
+  return LoadInput(version.path_on_disk, git);
 }
 
 // A readable version.

@@ -105,7 +105,7 @@ class VersionFinder {
 
  private:
   static const std::string& RequireCommit(const std::string& argument) {
-    if (RunGit({"rev-parse", "--verify", "--quiet", "HEAD"}, argument).status != 0) RefuseRevision("HEAD", argument);
+    if (FindObject("HEAD", argument).empty()) RefuseRevision("HEAD", argument);
     return argument;
   }
 
@@ -123,9 +123,9 @@ class VersionFinder {
     for (const GitFile& file : git_.Files(*selection_.from, name)) in_from_.emplace(file.path, file);
     const std::optional<std::string> other = MergeBaseArgument(*selection_.from);
     const std::string commit = other ? Git::MergeBase(*other, name) : *selection_.from;
-    const GitResult id = RunGit({"rev-parse", "--verify", "--quiet", "--end-of-options", commit + "^{commit}"}, name);
-    if (id.status != 0) RefuseArgument(name, "is not a commit");
-    return id.out.substr(0, id.out.find('\n')) + "..HEAD";
+    const std::string id = FindObject(commit + "^{commit}", name);
+    if (id.empty()) RefuseArgument(name, "is not a commit");
+    return id + "..HEAD";
   }
 
   // The path as it was given, if the file had it then; else from the top.
@@ -231,7 +231,7 @@ void RequireTwoVersions(const std::vector<FileVersions>& files, const VersionSel
   for (const FileVersions& file : files) {
     const std::string what = selection.tags ? "tag that matches " + Quote(*selection.tags) : "commit";
     const std::string number = file.versions.empty() ? "no " + what : "only one " + what;
-    const std::string clone = Git::IsShallow(file.file) ? " of this shallow clone" : "";
+    const std::string clone = IsShallow(file.file) ? " of this shallow clone" : "";
     few.lines.push_back(
         ToolMessage(OneLine(file.file) + ": is in " + number + clone + "; allowed: a file with at least two versions"));
   }

@@ -167,10 +167,7 @@ Bytes Git::ReadFile(const GitFile& file, const std::string& argument) {
 
 std::string Git::MergeBase(const std::string& revision, const std::string& argument) {
   for (const std::string& one : {revision, std::string("HEAD")}) {
-    const std::string commit = one + "^{commit}";
-    if (RunGit({"rev-parse", "--verify", "--quiet", "--end-of-options", commit}, argument).status != 0) {
-      RefuseRevision(one, argument);
-    }
+    if (FindObject(one + "^{commit}", argument).empty()) RefuseRevision(one, argument);
   }
   const GitResult result = RunGit({"merge-base", revision, "HEAD"}, argument);
   if (result.status == 0) return WithoutLineEnd(result.out);
@@ -200,18 +197,13 @@ bool Git::HasReplacements(const std::string& argument) {
   return replacements.status != 0 || !replacements.out.empty();
 }
 
-bool Git::IsShallow(const std::string& argument) {
-  return RunGit({"rev-parse", "--is-shallow-repository"}, argument).out == "true\n";
-}
-
 std::string Git::TreeOf(const std::string& revision, const std::string& argument) {
   std::string& tree = trees_[revision];
   if (tree.empty()) {
     const std::optional<std::string> other = MergeBaseArgument(revision);
     const std::string commit = other ? MergeBase(*other, argument) : revision;
-    const GitResult result = RunGit({"rev-parse", "--verify", "--quiet", "--end-of-options", commit + "^{tree}"}, argument);
-    if (result.status != 0) RefuseRevision(revision, argument);
-    tree = WithoutLineEnd(result.out);
+    tree = FindObject(commit + "^{tree}", argument);
+    if (tree.empty()) RefuseRevision(revision, argument);
   }
   return tree;
 }

@@ -73,9 +73,6 @@ class Git {
   // Whether the repository may replace objects by others when they are read (git replace).
   static bool HasReplacements(const std::string& argument);
 
-  // Whether the clone is shallow.
-  static bool IsShallow(const std::string& argument);
-
  private:
   std::string TreeOf(const std::string& revision, const std::string& argument);
   std::string FromTop(const std::string& path, const std::string& argument);

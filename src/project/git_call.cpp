@@ -33,7 +33,7 @@ class Diagnosis {
       : revision_(revision),
         argument_(argument),
         remotes_(SplitAt(RunGit({"remote"}, argument).out, '\n')),
-        is_shallow_(RunGit({"rev-parse", "--is-shallow-repository"}, argument).out == "true\n") {}
+        is_shallow_(IsShallow(argument)) {}
 
   std::string Text() const {
     if (RunGit({"rev-list", "--all", "-n", "1"}, argument_).out.empty() && !IsKnown("HEAD")) {
@@ -51,9 +51,7 @@ class Diagnosis {
 
   std::string Unknown() const { return "unknown revision " + Quote(revision_); }
 
-  bool IsKnown(const std::string& revision) const {
-    return RunGit({"rev-parse", "--verify", "--quiet", "--end-of-options", revision + "^{tree}"}, argument_).status == 0;
-  }
+  bool IsKnown(const std::string& revision) const { return !FindObject(revision + "^{tree}", argument_).empty(); }
 
   bool IsFile() const { return RunGit({"cat-file", "-t", revision_}, argument_).out == "blob\n"; }
 
@@ -144,6 +142,12 @@ std::string GitOutput(const std::vector<std::string>& arguments, const std::stri
   const std::string reason = result.error.empty() ? "exit code " + std::to_string(result.status) : result.error;
   RefuseArgument(argument, "git " + arguments.front() + " fails: " + reason);
 }
+
+std::string FindObject(const std::string& revision, const std::string& argument) {
+  return FirstLine(RunGit({"rev-parse", "--verify", "--quiet", "--end-of-options", revision}, argument).out);
+}
+
+bool IsShallow(const std::string& argument) { return RunGit({"rev-parse", "--is-shallow-repository"}, argument).out == "true\n"; }
 
 void RefuseRevision(const std::string& revision, const std::string& argument) {
   const GitResult repository = RunGit({"rev-parse", "--git-dir"}, argument);

@@ -18,6 +18,12 @@ GitResult RunGit(const std::vector<std::string>& arguments, const std::string& a
 // The standard output of a run that must succeed: throws InputError with git's error otherwise.
 std::string GitOutput(const std::vector<std::string>& arguments, const std::string& argument);
 
+// The id of the object that a revision such as "v1^{commit}" names; "" if there is none.
+std::string FindObject(const std::string& revision, const std::string& argument);
+
+// Whether the clone is shallow.
+bool IsShallow(const std::string& argument);
+
 // Throws InputError: "korvelcheck: ARGUMENT: REASON".
 [[noreturn]] void RefuseArgument(const std::string& argument, const std::string& reason);
 

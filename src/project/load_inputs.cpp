@@ -9,16 +9,10 @@
 
 #include "base/input_error.h"
 #include "base/parallel.h"
-#include "project/git.h"
 #include "schema/input.h"
 
 namespace korvel {
 namespace {
-
-Input Load(const std::string& path, Git& git, Texts texts) {
-  const std::optional<GitPath> in_git = ParseGitPath(path);
-  return in_git ? LoadBytes(path, git.Read(*in_git), texts) : LoadFile(path, texts);
-}
 
 // A loaded file, or why it could not be loaded.
 struct Loaded {
@@ -28,7 +22,7 @@ struct Loaded {
 
 Loaded TryToLoad(const std::string& path, Git& git, Texts texts) {
   try {
-    return {Load(path, git, texts), nullptr};
+    return {LoadInput(path, git, texts), nullptr};
   } catch (...) {
     return {std::nullopt, std::current_exception()};
   }
@@ -41,6 +35,11 @@ std::size_t UsefulThreads(const std::vector<std::string>& paths) {
 }
 
 }  // namespace
+
+Input LoadInput(const std::string& path, Git& git, Texts texts) {
+  const std::optional<GitPath> in_git = ParseGitPath(path);
+  return in_git ? LoadBytes(path, git.Read(*in_git), texts) : LoadFile(path, texts);
+}
 
 LoadedInputs TryToLoadInputs(const std::vector<std::string>& paths, Texts texts) {
   LoadedInputs result;
