@@ -45,6 +45,6 @@ const Model& Difference::old_model() const { return parts_->old_model; }
 const Model& Difference::new_model() const { return parts_->new_model; }
 const std::vector<Edit>& Difference::edits() const { return parts_->edits; }
 
-std::vector<std::size_t> Difference::Needs(std::size_t edit) const { return AllNeeds(*parts_, edit); }
+std::vector<std::size_t> Difference::Needs(std::size_t edit) const { return ReachedFrom({edit}, parts_->needs); }
 
 }  // namespace korvel

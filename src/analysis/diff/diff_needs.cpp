@@ -195,17 +195,17 @@ void FindNeeds(DifferenceParts& parts) {
   ProtocolNeeds(parts, static_cast<std::size_t>(protocol - parts.edits.begin())).Find();
 }
 
-std::vector<std::size_t> AllNeeds(const DifferenceParts& parts, std::size_t edit) {
+std::vector<std::size_t> ReachedFrom(const std::vector<std::size_t>& edits, const std::vector<std::vector<std::size_t>>& next) {
   std::vector<std::size_t> found;
-  std::vector<std::size_t> waiting{edit};
-  std::unordered_set<std::size_t> visited{edit};
+  std::vector<std::size_t> waiting = edits;
+  std::unordered_set<std::size_t> visited(edits.begin(), edits.end());
   while (!waiting.empty()) {
-    const std::size_t next = waiting.back();
+    const std::size_t edit = waiting.back();
     waiting.pop_back();
-    for (const std::size_t need : parts.needs[next]) {
-      if (!visited.insert(need).second) continue;
-      found.push_back(need);
-      waiting.push_back(need);
+    for (const std::size_t reached : next[edit]) {
+      if (!visited.insert(reached).second) continue;
+      found.push_back(reached);
+      waiting.push_back(reached);
     }
   }
   std::ranges::sort(found);

@@ -46,7 +46,8 @@ MetaModel HeadOf(const MetaModel& meta);
 // The library after the chosen edits; see Difference::Build.
 std::optional<qmx::Metalib> BuildLibrary(const DifferenceParts& parts, const std::vector<bool>& chosen);
 
-// The edits that an edit needs, transitively, ascending.
-std::vector<std::size_t> AllNeeds(const DifferenceParts& parts, std::size_t edit);
+// What `next` leads to from these edits, transitively, without them, ascending. `next` has a list for each edit, like
+// DifferenceParts::needs.
+std::vector<std::size_t> ReachedFrom(const std::vector<std::size_t>& edits, const std::vector<std::vector<std::size_t>>& next);
 
 }  // namespace korvel

@@ -256,4 +256,19 @@ class MatchedMetas::Maker {
 
 MetaDecl MatchedMetas::Make(const ChosenEdits& chosen) const { return Maker(*this, chosen).Make(); }
 
+std::vector<Slot> SlotsInKeys(const MatchedMetas& pair) {
+  std::vector<Slot> slots;
+  const auto add = [&](const Members& members) {
+    for (const Member& member : members) {
+      if (member.entry != kNoSlot) slots.push_back(member.entry);
+    }
+  };
+  for (const References* side : {&pair.old_references(), &pair.new_references()}) {
+    add(side->primary_key);
+    add(side->splittable_key);
+    for (const Members& columns : side->columns) add(columns);
+  }
+  return slots;
+}
+
 }  // namespace korvel

@@ -87,4 +87,7 @@ class MatchedMetas {
   References new_references_;
 };
 
+// The entries that keys and indexes of either side name, in no order; some of them several times.
+std::vector<Slot> SlotsInKeys(const MatchedMetas& pair);
+
 }  // namespace korvel

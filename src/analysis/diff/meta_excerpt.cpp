@@ -98,16 +98,7 @@ void MetaOutline::LinkCounters(const References& references, bool is_new) {
 
 void MetaOutline::ListFixed() {
   const Alignment& entries = pair_.entries();
-  const auto add = [&](const Members& members) {
-    for (const Member& member : members) {
-      if (member.entry != kNoSlot) fixed_.push_back(member.entry);
-    }
-  };
-  for (const References* side : {&pair_.old_references(), &pair_.new_references()}) {
-    add(side->primary_key);
-    add(side->splittable_key);
-    for (const Members& columns : side->columns) add(columns);
-  }
+  fixed_ = SlotsInKeys(pair_);
   for (Slot slot = 0; slot < entries.old_count(); ++slot) {
     const bool is_marked = IsSortMark(pair_.OldEntry(slot)) || (!entries.IsRemoved(slot) && IsSortMark(pair_.NewEntry(slot)));
     if (is_marked) fixed_.push_back(slot);

@@ -83,16 +83,7 @@ void MetaSurroundings::ListStill() {
 
 // Members of keys and indexes, and both ends of the new meta.
 void MetaSurroundings::ListFixed() {
-  const auto add = [&](const Members& members) {
-    for (const Member& member : members) {
-      if (member.entry != kNoSlot) fixed_.push_back(member.entry);
-    }
-  };
-  for (const References* side : {&pair_.old_references(), &pair_.new_references()}) {
-    add(side->primary_key);
-    add(side->splittable_key);
-    for (const Members& columns : side->columns) add(columns);
-  }
+  fixed_ = SlotsInKeys(pair_);
   const std::size_t count = pair_.entries().new_count();
   if (count > 0) fixed_.insert(fixed_.end(), {pair_.entries().OfNew(0), pair_.entries().OfNew(count - 1)});
   std::ranges::sort(fixed_);

@@ -83,20 +83,7 @@ bool PartApplier::HasIdOutside(const AppliedPart& part, std::int32_t id) const {
 }
 
 std::vector<std::size_t> PartApplier::DependentsOf(const std::vector<std::size_t>& edits) const {
-  std::vector<std::size_t> waiting = edits;
-  std::unordered_set<std::size_t> visited(edits.begin(), edits.end());
-  std::vector<std::size_t> found;
-  while (!waiting.empty()) {
-    const std::size_t next = waiting.back();
-    waiting.pop_back();
-    for (const std::size_t dependent : dependents_[next]) {
-      if (!visited.insert(dependent).second) continue;
-      found.push_back(dependent);
-      waiting.push_back(dependent);
-    }
-  }
-  std::ranges::sort(found);
-  return found;
+  return ReachedFrom(edits, dependents_);
 }
 
 }  // namespace korvel

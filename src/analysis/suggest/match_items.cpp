@@ -3,35 +3,19 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <map>
-#include <string_view>
 
 namespace korvel {
 namespace {
 
-template <class Item>
-class Positions {
- public:
-  explicit Positions(const std::vector<Item>& items) {
-    for (std::size_t i = 0; i < items.size(); ++i) positions_.emplace(items[i].name, static_cast<Slot>(i));
-  }
-  Slot Find(const std::string& name) const {
-    const auto found = positions_.find(name);
-    return found == positions_.end() ? kNoSlot : found->second;
-  }
-
- private:
-  std::map<std::string_view, Slot> positions_;
-};
-
 // For each wanted item the present one with its name, if it has the same shape.
 template <class Item>
 std::vector<Slot> MatchByName(const std::vector<Item>& present, const std::vector<Item>& wanted) {
-  const Positions<Item> positions(present);
+  const std::map<std::string_view, Slot> positions = PositionsByName(present);
   std::vector<Slot> partners;
   for (const Item& item : wanted) {
-    const Slot found = positions.Find(item.name);
-    partners.push_back(found != kNoSlot && HaveSameShape(present[found], item) ? found : kNoSlot);
+    const auto found = positions.find(item.name);
+    const bool matches = found != positions.end() && HaveSameShape(present[found->second], item);
+    partners.push_back(matches ? found->second : kNoSlot);
   }
   return partners;
 }

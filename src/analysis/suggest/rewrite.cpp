@@ -76,13 +76,6 @@ const std::vector<IndexModel>& ItemsOf(const OtherMeta& other, const IndexModel&
 const std::map<std::string_view, Slot>& PositionsOf(const OtherMeta& other, const EntryModel&) { return other.entries; }
 const std::map<std::string_view, Slot>& PositionsOf(const OtherMeta& other, const IndexModel&) { return other.indexes; }
 
-template <class Item>
-std::map<std::string_view, Slot> PositionsByName(const std::vector<Item>& items) {
-  std::map<std::string_view, Slot> positions;
-  for (std::size_t i = 0; i < items.size(); ++i) positions.emplace(items[i].name, static_cast<Slot>(i));
-  return positions;
-}
-
 // Changes one meta of the text.
 class MetaRewrite {
  public:

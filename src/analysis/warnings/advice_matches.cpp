@@ -25,8 +25,7 @@ using AdviceMatches = std::vector<AdviceMatch>;
 
 bool ChangesKind(const TableMetas& table) { return table.old_meta->iType != table.new_meta->iType; }
 
-// Whether two lists of key members or columns have the same names, in any order and any number of times on the new side. Then
-// the checker allows the new list.
+// Whether all members of a new list of key members or columns have names of the old one, in any order and any number of times.
 template <class Member>
 bool NamesNoOther(const RecordList<Member>& old_list, LPQMXMETA old_meta, const RecordList<Member>& new_list,
                   LPQMXMETA new_meta) {
@@ -39,16 +38,26 @@ bool NamesNoOther(const RecordList<Member>& old_list, LPQMXMETA old_meta, const 
     const char* name = MemberName(new_meta, member);
     if (name == nullptr || !known.contains(name)) return false;
   }
-  return old_list.size() == new_list.size();
+  return true;
+}
+
+// Whether lists of the same length and with the same names differ. Then the checker allows the new list. `is_same` compares what
+// members have besides a name.
+template <class Member, class Same>
+bool Reorders(const RecordList<Member>& old_list, LPQMXMETA old_meta, const RecordList<Member>& new_list, LPQMXMETA new_meta,
+              Same is_same) {
+  if (old_list.size() != new_list.size()) return false;
+  int same = 0;
+  while (same < old_list.size() && SameName(MemberName(old_meta, old_list[same]), MemberName(new_meta, new_list[same])) &&
+         is_same(*old_list[same], *new_list[same])) {
+    ++same;
+  }
+  return same < old_list.size() && NamesNoOther(old_list, old_meta, new_list, new_meta);
 }
 
 bool ReordersKey(const TableMetas& table) {
-  const auto old_list = PrimaryKeyMembers(table.old_meta);
-  const auto new_list = PrimaryKeyMembers(table.new_meta);
-  const int count = std::min(old_list.size(), new_list.size());
-  int same = 0;
-  while (same < count && SameName(MemberName(table.old_meta, old_list[same]), MemberName(table.new_meta, new_list[same]))) ++same;
-  return same < count && NamesNoOther(old_list, table.old_meta, new_list, table.new_meta);
+  return Reorders(PrimaryKeyMembers(table.old_meta), table.old_meta, PrimaryKeyMembers(table.new_meta), table.new_meta,
+                  [](const tagQMXDBKeyInfo&, const tagQMXDBKeyInfo&) { return true; });
 }
 
 bool RenamesLibrary(const TableMetas& table) {
@@ -234,16 +243,9 @@ class AdviceSearch {
   }
 
   bool ReordersColumns(LPQMXMETAINDEX old_index, LPQMXMETAINDEX new_index) const {
-    const auto old_list = Columns(table_.old_meta, old_index);
-    const auto new_list = Columns(table_.new_meta, new_index);
-    const auto is_same = [&](int i) {
-      return SameName(MemberName(table_.old_meta, old_list[i]), MemberName(table_.new_meta, new_list[i])) &&
-             old_list[i]->iIsDesc == new_list[i]->iIsDesc;
-    };
-    const int count = std::min(old_list.size(), new_list.size());
-    int same = 0;
-    while (same < count && is_same(same)) ++same;
-    return same < count && NamesNoOther(old_list, table_.old_meta, new_list, table_.new_meta);
+    const auto is_same = [](const tagQMXColumnInfo& a, const tagQMXColumnInfo& b) { return a.iIsDesc == b.iIsDesc; };
+    return Reorders(Columns(table_.old_meta, old_index), table_.old_meta, Columns(table_.new_meta, new_index), table_.new_meta,
+                    is_same);
   }
 
   const TableMetas& table_;
