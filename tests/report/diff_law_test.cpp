@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <map>
 #include <set>
 
@@ -115,18 +114,12 @@ void ExpectLaws(const ModelPair& models, std::mt19937_64& random) {
 }
 
 TEST(DiffLaws, HoldOnRandomPairs) {
-  const std::uint64_t seed = NumberFrom("KORVEL_SEED", 20261121);
-  const std::uint64_t pairs = NumberFrom("KORVEL_PAIRS", 500);
-  std::printf("seed %llu, %llu pairs\n", static_cast<unsigned long long>(seed), static_cast<unsigned long long>(pairs));
   std::set<EditKind> kinds;
-  for (std::uint64_t i = 0; i < pairs && !testing::Test::HasFailure(); ++i) {
-    SCOPED_TRACE("KORVEL_SEED=" + std::to_string(seed + i) + " KORVEL_PAIRS=1");
-    std::mt19937_64 random(seed + i);
-    const ModelPair models = RandomModels(random);
+  const std::uint64_t pairs = TestRandomModels(20261121, 500, [&](const ModelPair& models, std::mt19937_64& random) {
     ExpectLaws(models, random);
     const Difference difference(SourceOf("old", models.old_model), SourceOf("new", models.new_model), "t");
     for (const korvel::Edit& edit : difference.edits()) kinds.insert(edit.kind);
-  }
+  });
   if (pairs < 500) return;
   EXPECT_EQ(kinds.size(), static_cast<std::size_t>(EditKind::kEntryMeta) + 1) << "every kind of edit occurs";
 }

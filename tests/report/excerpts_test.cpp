@@ -92,17 +92,11 @@ void ExpectSameAnswers(const ModelPair& models, std::mt19937_64& random, Counts&
 }
 
 TEST(Excerpts, GiveTheAnswersOfWholeTables) {
-  const std::uint64_t seed = NumberFrom("KORVEL_SEED", 20261122);
-  const std::uint64_t pairs = NumberFrom("KORVEL_PAIRS", 2000);
-  std::printf("seed %llu, %llu pairs\n", static_cast<unsigned long long>(seed), static_cast<unsigned long long>(pairs));
   Counts counts;
-  for (std::uint64_t i = 0; i < pairs && !testing::Test::HasFailure(); ++i) {
-    SCOPED_TRACE("KORVEL_SEED=" + std::to_string(seed + i) + " KORVEL_PAIRS=1");
-    std::mt19937_64 random(seed + i);
-    ModelPair models = RandomModels(random);
+  const std::uint64_t pairs = TestRandomModels(20261122, 2000, [&](ModelPair& models, std::mt19937_64& random) {
     if (random() % 2 == 0) Widen(models, random);
     ExpectSameAnswers(models, random, counts);
-  }
+  });
   std::printf("%llu answers, %llu refusals, %llu smaller\n", static_cast<unsigned long long>(counts.compared),
               static_cast<unsigned long long>(counts.refused), static_cast<unsigned long long>(counts.smaller));
   if (pairs < 2000) return;

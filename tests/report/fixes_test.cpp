@@ -126,14 +126,8 @@ void ExpectSameFixes(const Source& old_source, const Source& new_source, std::mt
 }
 
 TEST(Fixes, PartsGiveTheFixesOfWholeModels) {
-  const std::uint64_t seed = NumberFrom("KORVEL_SEED", 20261122);
-  const std::uint64_t pairs = NumberFrom("KORVEL_PAIRS", 500);
-  std::printf("seed %llu, %llu pairs\n", static_cast<unsigned long long>(seed), static_cast<unsigned long long>(pairs));
   Counts counts;
-  for (std::uint64_t i = 0; i < pairs && !testing::Test::HasFailure(); ++i) {
-    SCOPED_TRACE("KORVEL_SEED=" + std::to_string(seed + i) + " KORVEL_PAIRS=1");
-    std::mt19937_64 random(seed + i);
-    ModelPair models = RandomModels(random);
+  const std::uint64_t pairs = TestRandomModels(20261122, 500, [&](ModelPair& models, std::mt19937_64& random) {
     if (random() % 2 == 0) Widen(models, random);
     const std::string line_end = random() % 3 == 0 ? "" : "\n";
     const auto source_of = [&](const char* name, const Model& model) {
@@ -142,7 +136,7 @@ TEST(Fixes, PartsGiveTheFixesOfWholeModels) {
     const std::optional<Source> old_source = source_of("old", models.old_model);
     const std::optional<Source> new_source = source_of("new", models.new_model);
     if (old_source && new_source) ExpectSameFixes(*old_source, *new_source, random, counts);
-  }
+  });
   std::printf("%llu fixes, %llu with changes, %llu of parts\n", static_cast<unsigned long long>(counts.compared),
               static_cast<unsigned long long>(counts.changing), static_cast<unsigned long long>(counts.parts));
   if (pairs < 500) return;

@@ -1,6 +1,9 @@
 #include "models.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 #include <utility>
@@ -26,6 +29,20 @@ std::string BytesOf(const qmx::Metalib& metalib) { return {reinterpret_cast<cons
 std::uint64_t NumberFrom(const char* variable, std::uint64_t otherwise) {
   const char* text = std::getenv(variable);
   return text == nullptr ? otherwise : std::strtoull(text, nullptr, 10);
+}
+
+std::uint64_t TestRandomModels(std::uint64_t seed, std::uint64_t pairs,
+                               const std::function<void(ModelPair& models, std::mt19937_64& random)>& test) {
+  seed = NumberFrom("KORVEL_SEED", seed);
+  pairs = NumberFrom("KORVEL_PAIRS", pairs);
+  std::printf("seed %llu, %llu pairs\n", static_cast<unsigned long long>(seed), static_cast<unsigned long long>(pairs));
+  for (std::uint64_t i = 0; i < pairs && !testing::Test::HasFailure(); ++i) {
+    SCOPED_TRACE("KORVEL_SEED=" + std::to_string(seed + i) + " KORVEL_PAIRS=1");
+    std::mt19937_64 random(seed + i);
+    ModelPair models = RandomModels(random);
+    test(models, random);
+  }
+  return pairs;
 }
 
 std::vector<std::string> Lines(const korvel::Difference& difference) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <random>
 #include <string>
 #include <vector>
@@ -27,6 +28,11 @@ ModelPair RandomModels(std::mt19937_64& random);
 
 // A number from an environment variable.
 std::uint64_t NumberFrom(const char* variable, std::uint64_t otherwise);
+
+// Calls `test` with random models until it fails: with KORVEL_PAIRS pairs, or else `pairs`. Each pair has its own seed, from
+// KORVEL_SEED or else `seed` on; a failure names it. Returns the number of pairs.
+std::uint64_t TestRandomModels(std::uint64_t seed, std::uint64_t pairs,
+                               const std::function<void(ModelPair& models, std::mt19937_64& random)>& test);
 
 // "entry-type orders.uid: type of uid: uint32 -> uint64", one line for each edit, with the edits that it needs ("needs 0 2").
 std::vector<std::string> Lines(const korvel::Difference& difference);

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <functional>
 
 #include "models.h"
@@ -269,21 +268,15 @@ bool CanBeRead(const Model& model) {
 }
 
 TEST(RewriteLaws, WritesAnyModelInAnyLayout) {
-  const std::uint64_t seed = NumberFrom("KORVEL_SEED", 20261121);
-  const std::uint64_t pairs = NumberFrom("KORVEL_PAIRS", 500);
-  std::printf("seed %llu, %llu pairs\n", static_cast<unsigned long long>(seed), static_cast<unsigned long long>(pairs));
   std::uint64_t written = 0;
-  for (std::uint64_t i = 0; i < pairs && !testing::Test::HasFailure(); ++i) {
-    SCOPED_TRACE("KORVEL_SEED=" + std::to_string(seed + i) + " KORVEL_PAIRS=1");
-    std::mt19937_64 random(seed + i);
-    const ModelPair models = RandomModels(random);
+  const std::uint64_t pairs = TestRandomModels(20261121, 500, [&](const ModelPair& models, std::mt19937_64& random) {
     OddWriter writer(random);
     const std::string text = writer.Write(ModelOf(SourceOf("new", models.new_model), "t"));
     const std::optional<Source> source = SourceOfText("new", text);
     const Source old_source = SourceOf("old", models.old_model);
-    if (!source) continue;
+    if (!source) return;
     const Model wanted = AnyModel(old_source, *source, random);
-    if (!CanBeRead(wanted)) continue;
+    if (!CanBeRead(wanted)) return;
     ++written;
     const auto replacements = Rewriter(*source, old_source).Rewrite(wanted);
     ASSERT_TRUE(replacements);
@@ -298,7 +291,7 @@ TEST(RewriteLaws, WritesAnyModelInAnyLayout) {
     }
     // A file that matches the model already is unchanged.
     EXPECT_EQ(Rewriter(*again, old_source).Rewrite(wanted)->size(), 0u);
-  }
+  });
   if (pairs >= 500) {
     EXPECT_GT(written, 200u);
   }

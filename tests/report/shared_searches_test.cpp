@@ -105,19 +105,13 @@ void ExpectSameFindings(const Source& old_source, const Source& new_source, std:
 }
 
 TEST(SharedSearches, GiveTheFindingsOfEachTableAlone) {
-  const std::uint64_t seed = NumberFrom("KORVEL_SEED", 20261122);
-  const std::uint64_t pairs = NumberFrom("KORVEL_PAIRS", 150);
-  std::printf("seed %llu, %llu pairs\n", static_cast<unsigned long long>(seed), static_cast<unsigned long long>(pairs));
   Counts counts;
-  for (std::uint64_t i = 0; i < pairs && !testing::Test::HasFailure(); ++i) {
-    SCOPED_TRACE("KORVEL_SEED=" + std::to_string(seed + i) + " KORVEL_PAIRS=1");
-    std::mt19937_64 random(seed + i);
-    ModelPair models = RandomModels(random);
+  const std::uint64_t pairs = TestRandomModels(20261122, 150, [&](ModelPair& models, std::mt19937_64& random) {
     AddTables(models, random);
     const std::optional<Source> old_source = SourceOfText("old", TextOf(models.old_model));
     const std::optional<Source> new_source = SourceOfText("new", TextOf(models.new_model));
     if (old_source && new_source) ExpectSameFindings(*old_source, *new_source, random, counts);
-  }
+  });
   std::printf("%llu tables, %llu of them share a search\n", static_cast<unsigned long long>(counts.tables),
               static_cast<unsigned long long>(counts.shared));
   if (pairs >= 150) {
