@@ -403,9 +403,7 @@ TEST_F(AgainstTest, SaysWhyPathSelectsNothing) {
 TEST_F(AgainstTest, ServicesGetPathsFromTheTopOfTheRepository) {
   Write("schemas/users.xml", Schema("users", "uint32"));
   const auto path_in = [&](const std::vector<std::string>& more) {
-    std::vector<std::string> arguments = {"--format", "gitlab", "../users.xml"};
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    const auto json = nlohmann::json::parse(Against(arguments, "schemas/deep").out);
+    const auto json = nlohmann::json::parse(Against(Joined({"--format", "gitlab", "../users.xml"}, more), "schemas/deep").out);
     return json[0]["location"]["path"].get<std::string>();
   };
   EXPECT_EQ(path_in({}), "schemas/users.xml");

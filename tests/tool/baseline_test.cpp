@@ -17,8 +17,7 @@ class BaselineTest : public ProjectTest {
   Outcome CheckAgainst(const std::vector<std::string>& baselines, const std::vector<std::string>& more = {}) const {
     std::vector<std::string> arguments = {"check"};
     for (const std::string& baseline : baselines) arguments.insert(arguments.end(), {"--against", baseline});
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    return Run(arguments);
+    return Run(Joined(arguments, more));
   }
 
   // A branch that begins here; afterwards main gains a field and is checked out again if `on_main`.

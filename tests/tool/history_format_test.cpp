@@ -23,9 +23,7 @@ class HistoryFormatTest : public ToolTest {
     Write("v3.xml", Library(5, {Table({.key_type = "uint32"})}));
   }
   std::string Formatted(const std::string& format, const std::vector<std::string>& more = {}) const {
-    std::vector<std::string> arguments = {"history", "v1.xml", "v2.xml", "v3.xml", "--format", format};
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    const Outcome outcome = Korvelcheck(arguments);
+    const Outcome outcome = Korvelcheck(Joined({"history", "v1.xml", "v2.xml", "v3.xml", "--format", format}, more));
     EXPECT_EQ(outcome.exit_code, 1) << outcome.err;
     return outcome.out;
   }

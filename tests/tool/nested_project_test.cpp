@@ -45,9 +45,7 @@ class NestedProjectTest : public GitTest {
     Write("svc/b/s.xml", WithBlob("b", size));
   }
   Outcome Against(const std::vector<std::string>& more, const std::string& directory = "") const {
-    std::vector<std::string> arguments = {"check", "--against", "git:HEAD"};
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    return Run(arguments, directory);
+    return Run(Joined({"check", "--against", "git:HEAD"}, more), directory);
   }
   // The report of a call, in JSON.
   json ReportOf(std::vector<std::string> arguments, const std::string& directory = "") const {

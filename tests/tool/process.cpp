@@ -128,6 +128,11 @@ pid_t Spawn(const Call& call, const Actions& actions) {
 
 }  // namespace
 
+std::vector<std::string> Joined(std::vector<std::string> first, const std::vector<std::string>& more) {
+  first.insert(first.end(), more.begin(), more.end());
+  return first;
+}
+
 Outcome RunProgram(const Call& call) {
   const ScratchFile in(call.input);
   const ScratchFile out;

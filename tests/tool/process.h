@@ -37,6 +37,9 @@ struct Call {
   std::function<void(pid_t)> meanwhile = {};  // called after the process, or its launcher, has started
 };
 
+// The arguments `first`, then `more`.
+std::vector<std::string> Joined(std::vector<std::string> first, const std::vector<std::string>& more);
+
 Outcome RunProgram(const Call& call);
 
 }  // namespace tool_test

@@ -11,9 +11,8 @@ using testing::HasSubstr;
 class ProjectFileTest : public ToolTest {
  protected:
   Outcome Check(const std::vector<std::string>& more = {}, const std::string& directory = "") const {
-    std::vector<std::string> arguments = {"check", PathOf("old.xml"), PathOf("same.xml"), "--format", "json"};
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    return RunProgram(Call{.arguments = arguments, .directory = PathOf(directory)});
+    return RunProgram(Call{.arguments = Joined({"check", PathOf("old.xml"), PathOf("same.xml"), "--format", "json"}, more),
+                           .directory = PathOf(directory)});
   }
   // The errors about the file in a check that uses it.
   void ExpectFaults(const std::string& text, const std::string& faults) const {

@@ -29,9 +29,7 @@ class ProjectMemoryTest : public ToolTest {
       const std::string name = "t" + std::to_string(i);
       Write(directory + "/" + name + ".xml", Schema(name));
     }
-    std::vector<std::string> arguments = {"check", "--against", "base", directory};
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    const Outcome outcome = Korvelcheck(arguments);
+    const Outcome outcome = Korvelcheck(Joined({"check", "--against", "base", directory}, more));
     EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
     std::filesystem::remove_all(PathOf(directory));
     return outcome.peak_kb;

@@ -20,9 +20,7 @@ std::string ProjectTest::Schema(const std::string& name, const std::string& key_
 }
 
 Outcome ProjectTest::Against(const std::vector<std::string>& more, const std::string& directory) const {
-  std::vector<std::string> arguments = {"check", "--against", "git:HEAD"};
-  arguments.insert(arguments.end(), more.begin(), more.end());
-  return Run(arguments, directory);
+  return Run(Joined({"check", "--against", "git:HEAD"}, more), directory);
 }
 
 std::vector<std::string> ProjectTest::Tables(const Outcome& outcome) {

@@ -39,9 +39,8 @@ class WaiverTest : public GitTest {
     environment_.emplace_back("SOURCE_DATE_EPOCH=1767225600");  // 2026-01-01
   }
 
-  Outcome With(std::vector<std::string> arguments, const std::vector<std::string>& more) const {
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    return Run(arguments);
+  Outcome With(const std::vector<std::string>& arguments, const std::vector<std::string>& more) const {
+    return Run(Joined(arguments, more));
   }
   Outcome Check(const std::vector<std::string>& more = {}) const {
     return With({"check", "old.xml", "wide.xml", "--format", "json"}, more);

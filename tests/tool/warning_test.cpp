@@ -29,14 +29,10 @@ class WarningTest : public GitTest {
   }
 
   Outcome Check(const std::vector<std::string>& more = {}) const {
-    std::vector<std::string> arguments = {"check", "counted.xml", "fixed.xml"};
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    return Run(arguments);
+    return Run(Joined({"check", "counted.xml", "fixed.xml"}, more));
   }
   nlohmann::json CheckJson(const std::vector<std::string>& more = {}) const {
-    std::vector<std::string> arguments = {"--format", "json"};
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    return nlohmann::json::parse(Check(arguments).out);
+    return nlohmann::json::parse(Check(Joined({"--format", "json"}, more)).out);
   }
 };
 
@@ -267,10 +263,7 @@ class ReusedIdTest : public WarningTest {
           Library(number, {item, Table({.fields = "<entry name=\"i\" id=\"2\" type=\"item\"/>"})}, "TLV"));
   }
   Outcome History(const std::vector<std::string>& versions, const std::vector<std::string>& more = {}) const {
-    std::vector<std::string> arguments = {"history"};
-    arguments.insert(arguments.end(), versions.begin(), versions.end());
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    return Run(arguments);
+    return Run(Joined(Joined({"history"}, versions), more));
   }
 };
 
