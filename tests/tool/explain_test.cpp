@@ -2,20 +2,14 @@
 #include <gmock/gmock.h>
 
 #include <fstream>
-#include <iterator>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <sstream>
 
 #include "report/render/rule_doc_format.h"
 #include "rule_docs/rule_doc_files.h"
+#include "rule_examples.h"
 #include "tool_test.h"
-
-namespace korvel {
-
-inline void PrintTo(const RuleDoc& doc, std::ostream* out) { *out << doc.row->id; }
-
-}  // namespace korvel
 
 namespace tool_test {
 namespace {
@@ -26,25 +20,6 @@ using korvel::RuleDoc;
 using korvel::RuleDocExample;
 using testing::HasSubstr;
 using testing::StartsWith;
-
-std::vector<std::string> Words(const std::string& text) {
-  std::istringstream stream(text);
-  return {std::istream_iterator<std::string>(stream), {}};
-}
-
-std::string Id(const testing::TestParamInfo<RuleDoc>& info) {
-  std::string name = info.param.row->id;
-  for (char& c : name) c = c == '.' || c == '-' ? '_' : c;
-  return name;
-}
-
-std::vector<RuleDoc> DocsWithExample() {
-  std::vector<RuleDoc> docs;
-  for (const RuleDoc& doc : AllRuleDocs()) {
-    if (doc.example) docs.push_back(doc);
-  }
-  return docs;
-}
 
 class ExampleTest : public ToolTest, public testing::WithParamInterface<RuleDoc> {
  protected:
@@ -102,15 +77,7 @@ TEST_P(ExampleTest, AllowedSchemaIsAllowed) {
   EXPECT_EQ(outcome.exit_code, 0) << outcome.out << outcome.err;
 }
 
-INSTANTIATE_TEST_SUITE_P(All, ExampleTest, testing::ValuesIn(DocsWithExample()), Id);
-
-std::vector<RuleDoc> AdviceWithExample() {
-  std::vector<RuleDoc> docs;
-  for (const RuleDoc& doc : korvel::AllAdviceDocs()) {
-    if (doc.example) docs.push_back(doc);
-  }
-  return docs;
-}
+INSTANTIATE_TEST_SUITE_P(All, ExampleTest, testing::ValuesIn(WithExample(korvel::AllRuleDocs())), Id);
 
 // The examples of warnings and notes.
 class AdviceExampleTest : public ToolTest, public testing::WithParamInterface<RuleDoc> {
@@ -140,7 +107,7 @@ TEST_P(AdviceExampleTest, BetterSchemaIsNotReported) {
   EXPECT_EQ(Reported(GetParam().example->old_schema, GetParam().example->allowed_schema), std::set<std::string>());
 }
 
-INSTANTIATE_TEST_SUITE_P(All, AdviceExampleTest, testing::ValuesIn(AdviceWithExample()), Id);
+INSTANTIATE_TEST_SUITE_P(All, AdviceExampleTest, testing::ValuesIn(WithExample(korvel::AllAdviceDocs())), Id);
 
 class ExplainTest : public ToolTest {
  protected:
