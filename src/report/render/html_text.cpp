@@ -56,4 +56,18 @@ std::string Link(const std::string& target, const std::string& content) {
   return target.empty() ? content : "<a href=\"#" + target + "\">" + content + "</a>";
 }
 
+std::string HtmlHead(const Asset& script, const std::string& title) {
+  std::string html =
+      "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+      "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; base-uri 'none'; form-action 'none'; "
+      "style-src '";
+  html.append(kPageStyle.hash).append("'; script-src '").append(script.hash).append("'\">\n");
+  html +=
+      "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<meta name=\"color-scheme\" content=\"light "
+      "dark\">\n<title>" +
+      title + "</title>\n<style>";
+  html += kPageStyle.text;
+  return html + "</style>\n</head>\n";
+}
+
 }  // namespace korvel

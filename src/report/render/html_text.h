@@ -30,4 +30,7 @@ extern const Asset kPageStyle;
 extern const Asset kPageScript;
 extern const Asset kHistoryScript;
 
+// The page up to <body>: it allows the style and `script` only. `title` is markup.
+std::string HtmlHead(const Asset& script, const std::string& title);
+
 }  // namespace korvel

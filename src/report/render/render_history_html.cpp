@@ -124,25 +124,12 @@ class FileSection {
   std::string html_;
 };
 
-std::string Head(bool refused) {
-  std::string html = "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n";
-  html +=
-      "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; base-uri 'none'; form-action 'none'; "
-      "style-src '";
-  html.append(kPageStyle.hash).append("'; script-src '").append(kHistoryScript.hash).append("'\">\n");
-  html +=
-      "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<meta name=\"color-scheme\" "
-      "content=\"light dark\">\n<title>";
-  html += std::string(refused ? "refused" : "allowed") + " \u2013 history</title>\n<style>";
-  html += kPageStyle.text;
-  return html + "</style>\n</head>\n";
-}
-
 }  // namespace
 
 std::string RenderHistoryHtml(const Histories& histories) {
   const bool refused = histories.Refused();
-  std::string html = Head(refused) + "<body>\n<header>\n<p class=\"verdict " + (refused ? "refused" : "allowed") +
+  std::string html = HtmlHead(kHistoryScript, std::string(refused ? "refused" : "allowed") + " \u2013 history") +
+                     "<body>\n<header>\n<p class=\"verdict " + (refused ? "refused" : "allowed") +
                      "\">verdict: " + (refused ? "refused" : "allowed") + (refused && !histories.Fails() ? " (all waived)" : "") +
                      "</p>\n<h1>history</h1>\n</header>\n" + "<main id=\"main\" tabindex=\"-1\">\n";
   for (std::size_t i = 0; i < histories.files.size(); ++i) html += FileSection(histories.files[i], i + 1).Text();

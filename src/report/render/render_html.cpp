@@ -22,7 +22,7 @@ class HtmlReport {
   explicit HtmlReport(const Report& report) : report_(report), page_(report), sources_(page_), items_(page_, sources_) {}
 
   std::string Text() {
-    html_ = Head();
+    html_ = HtmlHead(kPageScript, std::string(WordOf(VerdictOf(summary_))) + " \u2013 " + Title());
     html_ += "<body>\n<a class=\"skip\" href=\"#main\">Skip to the findings</a>\n" + LayoutPatterns();
     html_ += "<header>\n" + Verdict() + "</header>\n" + Contents() + Filter() + "<main id=\"main\" tabindex=\"-1\">\n";
     Faults();
@@ -49,20 +49,6 @@ class HtmlReport {
     }
     if (files.empty() && !report_.faults.empty()) files = Html(report_.faults.front().file);
     return Html(report_.command) + (files.empty() ? "" : ": " + files);
-  }
-
-  std::string Head() const {
-    std::string html = "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n";
-    html +=
-        "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; base-uri 'none'; form-action 'none'; "
-        "style-src '";
-    html.append(kPageStyle.hash).append("'; script-src '").append(kPageScript.hash).append("'\">\n");
-    html +=
-        "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<meta name=\"color-scheme\" content=\"light "
-        "dark\">\n";
-    html += "<title>" + std::string(WordOf(VerdictOf(summary_))) + " \u2013 " + Title() + "</title>\n<style>";
-    html += kPageStyle.text;
-    return html + "</style>\n</head>\n";
   }
 
   std::string Verdict() const {
