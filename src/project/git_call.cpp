@@ -140,7 +140,9 @@ std::string GitOutput(const std::vector<std::string>& arguments, const std::stri
   GitResult result = RunGit(arguments, argument);
   if (result.status == 0) return std::move(result.out);
   const std::string reason = result.error.empty() ? "exit code " + std::to_string(result.status) : result.error;
-  RefuseArgument(argument, "git " + arguments.front() + " fails: " + reason);
+  std::size_t command = 0;
+  while (arguments[command] == "-c" || arguments[command] == "-C") command += 2;  // with what they take
+  RefuseArgument(argument, "git " + arguments[command] + " fails: " + reason);
 }
 
 std::string FindObject(const std::string& revision, const std::string& argument) {

@@ -11,7 +11,7 @@ namespace korvel {
 namespace {
 
 std::string ColoredVerdict(bool refused, bool color) {
-  const char* const word = refused ? "refused" : "allowed";
+  const char* const word = VerdictText(refused);
   return color ? std::string("\x1b[") + (refused ? "31" : "32") + "m" + word + "\x1b[0m" : word;
 }
 
@@ -117,12 +117,6 @@ class HistoryText {
   std::string text_;
 };
 
-std::string Remark(const Histories& histories) {
-  if (histories.Refused()) return histories.Fails() ? "" : " (all waived)";
-  if (CountErrors(histories.project) > 0) return " (but the project file has an error)";
-  return histories.Fails() ? " (warnings fail this call)" : "";
-}
-
 std::string ProjectFindingText(const ProjectFinding& finding) {
   return FileLineColumn(OneLine(finding.file), finding.position) + ": " + WordOf(finding.level) + " [" + finding.rule + "] " +
          OneLine(finding.text) + "\n" + SuggestionText(finding.suggestion);
@@ -131,7 +125,7 @@ std::string ProjectFindingText(const ProjectFinding& finding) {
 }  // namespace
 
 std::string RenderHistoryText(const Histories& histories, bool color) {
-  std::string text = "verdict: " + ColoredVerdict(histories.Refused(), color) + Remark(histories) + "\n";
+  std::string text = "verdict: " + ColoredVerdict(histories.Refused(), color) + RemarkOn(histories) + "\n";
   for (const History& history : histories.files) text += HistoryText(history, color).Text();
   for (const ProjectFinding& finding : histories.project) text += ProjectFindingText(finding);
   if (histories.files.size() > 1) {

@@ -127,11 +127,10 @@ class FileSection {
 }  // namespace
 
 std::string RenderHistoryHtml(const Histories& histories) {
-  const bool refused = histories.Refused();
-  std::string html = HtmlHead(kHistoryScript, std::string(refused ? "refused" : "allowed") + " \u2013 history") +
-                     "<body>\n<header>\n<p class=\"verdict " + (refused ? "refused" : "allowed") +
-                     "\">verdict: " + (refused ? "refused" : "allowed") + (refused && !histories.Fails() ? " (all waived)" : "") +
-                     "</p>\n<h1>history</h1>\n</header>\n" + "<main id=\"main\" tabindex=\"-1\">\n";
+  const std::string verdict = VerdictText(histories.Refused());
+  std::string html = HtmlHead(kHistoryScript, verdict + " \u2013 history") + "<body>\n<header>\n<p class=\"verdict " + verdict +
+                     "\">verdict: " + verdict + RemarkOn(histories) + "</p>\n<h1>history</h1>\n</header>\n" +
+                     "<main id=\"main\" tabindex=\"-1\">\n";
   for (std::size_t i = 0; i < histories.files.size(); ++i) html += FileSection(histories.files[i], i + 1).Text();
   std::vector<std::string> project;
   for (const ProjectFinding& finding : histories.project) {

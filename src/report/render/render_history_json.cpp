@@ -14,8 +14,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-const char* VerdictText(bool refused) { return refused ? "refused" : "allowed"; }
-
 Json CauseToJson(const RefusalCause& cause) {
   return {{"description", cause.change},
           {"path", cause.path},

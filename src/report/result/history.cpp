@@ -89,6 +89,14 @@ std::vector<std::string> Histories::Faults() const {
   return faults;
 }
 
+const char* VerdictText(bool refused) { return refused ? "refused" : "allowed"; }
+
+std::string RemarkOn(const Histories& histories) {
+  if (histories.Refused()) return histories.Fails() ? "" : " (all waived)";
+  if (CountErrors(histories.project) > 0) return " (but the project file has an error)";
+  return histories.Fails() ? " (warnings fail this call)" : "";
+}
+
 namespace {
 
 const VersionStep* LastStep(const History& history, std::size_t from, const std::string& table, auto is_it) {

@@ -104,6 +104,12 @@ struct Histories {
   std::vector<std::string> Faults() const;
 };
 
+// "refused" or "allowed"
+const char* VerdictText(bool refused);
+
+// " (all waived)": what the verdict alone does not say about whether the call fails; or "".
+std::string RemarkOn(const Histories& histories);
+
 struct FoundStep {
   const VersionStep* step = nullptr;
   bool has_cause = false;  // whether the step has the refusal; otherwise it has another one of the same table
