@@ -11,6 +11,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <iterator>
 #include <new>
 #include <system_error>
 
@@ -70,12 +71,21 @@ class Attributes {
   posix_spawnattr_t attributes_{};
 };
 
-std::vector<std::string> EnglishEnvironment() {
-  std::vector<std::string> variables;
+// Messages are in English, and git reads each object and commit as it was stored: not a replacement, and not with other parents.
+constexpr std::string_view kSetVariables[] = {"LC_ALL=C", "GIT_NO_REPLACE_OBJECTS=1", "GIT_GRAFT_FILE=/dev/null"};
+
+// Variables that contradict options of our calls.
+constexpr std::string_view kUnsetVariables[] = {"GIT_GLOB_PATHSPECS=", "GIT_NOGLOB_PATHSPECS=", "GIT_ICASE_PATHSPECS="};
+
+std::vector<std::string> Environment() {
+  const auto is_ours = [](std::string_view variable) {
+    const auto has_name = [&](std::string_view other) { return variable.starts_with(other.substr(0, other.find('=') + 1)); };
+    return std::ranges::any_of(kSetVariables, has_name) || std::ranges::any_of(kUnsetVariables, has_name);
+  };
+  std::vector<std::string> variables(std::begin(kSetVariables), std::end(kSetVariables));
   for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable) {
-    if (!std::string_view(*variable).starts_with("LC_ALL=")) variables.emplace_back(*variable);
+    if (!is_ours(*variable)) variables.emplace_back(*variable);
   }
-  variables.emplace_back("LC_ALL=C");
   return variables;
 }
 
@@ -109,7 +119,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command) : errors_(Er
   actions.Use(errors_, STDERR_FILENO);
   const Attributes attributes;
   std::vector<std::string> arguments = command;
-  std::vector<std::string> environment = EnglishEnvironment();
+  std::vector<std::string> environment = Environment();
   RequireDone(::posix_spawnp(&process_, arguments.front().c_str(), actions.get(), attributes.get(), Pointers(arguments).data(),
                              Pointers(environment).data()),
               "no process");

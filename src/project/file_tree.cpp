@@ -147,9 +147,7 @@ class WorkTree : public DiskSeenFrom {
 class Commit : public FileTree {
  public:
   Commit(const std::string& revision, std::string argument)
-      : argument_(std::move(argument)),
-        files_(git_.Files(revision, argument_)),
-        has_replacements_(Git::HasReplacements(argument_)) {
+      : argument_(std::move(argument)), files_(git_.Files(revision, argument_)) {
     std::ranges::sort(files_, {}, &GitFile::path);
   }
 
@@ -161,7 +159,7 @@ class Commit : public FileTree {
 
   // Most files of a commit are as they are on the disk. Their ids show that without git.
   std::optional<Bytes> ReadUnless(const std::string& path, std::string_view known) override {
-    if (!has_replacements_ && IsBlobOf(*Find(path), known)) return std::nullopt;
+    if (IsBlobOf(*Find(path), known)) return std::nullopt;
     return FileTree::ReadUnless(path, known);
   }
 
@@ -173,7 +171,6 @@ class Commit : public FileTree {
   std::string argument_;
   Git git_;
   std::vector<GitFile> files_;
-  bool has_replacements_;  // an object may have other bytes than its id says
 };
 
 }  // namespace

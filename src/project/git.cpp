@@ -192,11 +192,6 @@ std::string Git::Top(const std::string& argument) {
   return WithoutLineEnd(result.out);
 }
 
-bool Git::HasReplacements(const std::string& argument) {
-  const GitResult replacements = RunGit({"replace", "--list"}, argument);
-  return replacements.status != 0 || !replacements.out.empty();
-}
-
 std::string Git::TreeOf(const std::string& revision, const std::string& argument) {
   std::string& tree = trees_[revision];
   if (tree.empty()) {

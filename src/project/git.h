@@ -70,9 +70,6 @@ class Git {
   // The top of the work tree.
   static std::string Top(const std::string& argument);
 
-  // Whether the repository may replace objects by others when they are read (git replace).
-  static bool HasReplacements(const std::string& argument);
-
  private:
   std::string TreeOf(const std::string& revision, const std::string& argument);
   std::string FromTop(const std::string& path, const std::string& argument);

@@ -120,7 +120,8 @@ void RefuseArgument(const std::string& argument, const std::string& reason) {
 }
 
 GitResult RunGit(const std::vector<std::string>& arguments, const std::string& argument) {
-  std::vector<std::string> command = {"git", "--literal-pathspecs"};
+  // Without a program that a configuration names to watch the work tree.
+  std::vector<std::string> command = {"git", "--literal-pathspecs", "-c", "core.fsmonitor=false"};
   command.insert(command.end(), arguments.begin(), arguments.end());
   try {
     ChildProcess git(command);

@@ -15,7 +15,8 @@ namespace {
 // What a configuration could change about the output.
 const std::vector<std::string> kRaw = {"-z", "--raw", "--no-abbrev", "--no-ext-diff", "--no-textconv", "-O/dev/null"};
 const std::vector<std::string> kRenames = {"-M50%", "-l1000"};
-const std::vector<std::string> kPlain = {"-c", "log.showSignature=false", "-c", "log.follow=false"};
+const std::vector<std::string> kPlain = {"-c", "log.showSignature=false", "-c", "log.follow=false",
+                                         "-c", "log.showRoot=true",       "-c", "i18n.logOutputEncoding=UTF-8"};
 
 void Append(std::vector<std::string>& arguments, const std::vector<std::string>& more) {
   arguments.insert(arguments.end(), more.begin(), more.end());
@@ -139,7 +140,7 @@ std::vector<GitChange> UncommittedChanges(const std::string& top, const std::str
   Append(arguments, {"-C", top, "diff"});
   Append(arguments, kRaw);
   Append(arguments, kRenames);
-  Append(arguments, {"HEAD", "--"});
+  Append(arguments, {"--ignore-submodules=all", "HEAD", "--"});
   return RawReader(GitOutput(arguments, argument)).Changes();
 }
 

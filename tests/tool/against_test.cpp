@@ -278,16 +278,6 @@ TEST_F(AgainstTest, ReadsOnlyChangedFilesFromGit) {
             "korvelcheck: schemas/users.xml: cannot be compared with git:HEAD:schemas/users.xml\n");
 }
 
-// With "git replace", the id of a file is not that of the bytes that git gives.
-TEST_F(AgainstTest, ComparesWithReplacedObject) {
-  const std::string id = Git({"rev-parse", "HEAD:schemas/users.xml"}).substr(0, 40);
-  Write("other.xml", Schema("users", "uint32"));
-  const std::string other = Git({"hash-object", "-w", "other.xml"}).substr(0, 40);
-  EXPECT_EQ(Against().exit_code, 0);
-  Git({"replace", id, other});
-  EXPECT_EQ(Against().exit_code, 1);
-}
-
 TEST_F(AgainstTest, ComparesInRepositoryWithLongIds) {
   std::filesystem::remove_all(PathOf(".git"));
   Git({"init", "-q", "--object-format=sha256"});
