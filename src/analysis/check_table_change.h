@@ -29,7 +29,8 @@ struct TableResult {
   std::string baseline;  // the earlier state that it is compared with; empty unless the call compares with several
   Status status = Status::kNew;
   std::uint32_t project = 0;       // which project file of the call its settings are from, 0-based; see ProjectSet
-  const Source* first = nullptr;   // old; the same as `second` if a schema is checked alone. Null for a new table
+  bool is_alone = false;           // checked against itself only to see whether it may stay as it is
+  const Source* first = nullptr;   // old; the same as `second` if the file is unchanged or alone. Null for a new table
   const Source* second = nullptr;  // new
   Location declared;               // the table's meta in the second file, or in the first if the second has none
   bool removed = false;            // the second file has no such table; kRefused only

@@ -29,6 +29,16 @@ TEST_F(AgainstTest, NothingChangedIsAllowed) {
   EXPECT_THAT(outcome.out, HasSubstr("3 compared"));
 }
 
+// The author of a branch did not cause it.
+TEST_F(AgainstTest, RefusalOfAnUnchangedFileIsPreexisting) {
+  Write("schemas/orders.xml", Library(5, {Table({.name = "orders", .fields = "<entry name=\"a-b\" type=\"uint8\"/>"})}));
+  Commit("refused as it is");
+  const Outcome outcome = Against();
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_THAT(outcome.out, HasSubstr("\n  pre-existing: the old schema already breaks this rule\n"));
+  EXPECT_THAT(Run({"lint", "schemas/orders.xml"}).out, Not(HasSubstr("pre-existing")));
+}
+
 TEST_F(AgainstTest, UsesTheBaselineOfTheProject) {
   Write("korvelcheck.toml", "[schemas]\npaths = [\"schemas/**/*.xml\"]\nagainst = \"git:HEAD\"\n");
   EXPECT_EQ(Run({"check"}).exit_code, 0);

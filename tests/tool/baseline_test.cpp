@@ -53,6 +53,9 @@ TEST_F(BaselineTest, ReportNamesTheMergeBase) {
   const auto json = nlohmann::json::parse(CheckAgainst({"git:main..."}, {"--format", "json"}).out);
   EXPECT_EQ(json["baselines"][0]["name"], "git:main...");
   EXPECT_EQ(json["baselines"][0]["origin"], "commit " + base + ", the merge base of main and HEAD");
+  for (const char* format : {"github", "sarif", "junit", "markdown", "html"}) {
+    EXPECT_THAT(CheckAgainst({"git:main..."}, {"--format", format}).out, HasSubstr("commit " + base)) << format;
+  }
 }
 
 TEST_F(BaselineTest, FileOfTheMergeBaseIsAnInput) {

@@ -5,6 +5,7 @@
 #include "report/render/render.h"
 #include "report/result/issues.h"
 #include "report/result/service_path.h"
+#include "report/result/words.h"
 
 namespace korvel {
 namespace {
@@ -57,6 +58,8 @@ std::string RenderGithub(const Report& report) {
   const FoldedReport folded(report);
   const Summary summary = Summarize(folded);
   std::string message = std::string("verdict: ") + WordOf(VerdictOf(summary)) + RemarkOn(summary) + "\n" + ToText(summary);
+  for (const std::string& line : BaselinesOf(report)) message += "\n" + line;
+  for (const std::string& line : ProjectsOf(report)) message += "\n" + line;
   for (const FileNote& note : report.files) message += "\n" + ToText(note);
   std::string text = "::notice title=korvelcheck::" + EscapeForCommand(ValidUtf8(message), false) + "\n";
   const Issues issues(folded);

@@ -2,6 +2,7 @@
 // contents; html_items.cpp, html_source.cpp and html_layout.cpp render the parts. Tested by tests/report/html_test.cpp and, in
 // a browser, by tests/browser/html_test.py.
 #include <algorithm>
+#include <iterator>
 #include <set>
 
 #include "base/text.h"
@@ -120,12 +121,13 @@ class HtmlReport {
     return Join(SuggestionLines(suggestion), "<br>", [](const std::string& line) { return Html(line); });
   }
 
-  // The project files, notes about files, and findings about project files.
+  // The baselines and project files, notes about files, and findings about project files.
   void Notes() {
-    const std::vector<std::string> projects = ProjectsOf(report_);
-    if (projects.empty() && report_.files.empty() && report_.project.empty()) return;
+    std::vector<std::string> states = BaselinesOf(report_);
+    std::ranges::move(ProjectsOf(report_), std::back_inserter(states));
+    if (states.empty() && report_.files.empty() && report_.project.empty()) return;
     html_ += "<section>\n<h2>Project</h2>\n";
-    if (!projects.empty()) html_ += List(projects);
+    if (!states.empty()) html_ += List(states);
     std::vector<std::string> files;
     for (const FileNote& note : report_.files) files.push_back(ToText(note));
     html_ += List(files);

@@ -140,14 +140,25 @@ class JunitReport {
   void WriteSuite(std::span<const FoldedTable> tables) {
     const TableResult& first = *tables.front().table;
     const std::string& second = first.second->name;
-    const std::string name = first.first == nullptr || first.first == first.second ? second : first.first->name + " -> " + second;
+    const std::string pair = first.first == nullptr || first.first == first.second ? second : first.first->name + " -> " + second;
+    const std::string name = pair + (first.baseline.empty() ? "" : " against " + first.baseline);
     Counts counts;
     for (const FoldedTable& table : tables) counts.Add(report_, *table.table);
-    sink_("  <testsuite" + Attribute("name", name) + counts.Attributes() + ">\n");
+    sink_("  <testsuite" + Attribute("name", name) + counts.Attributes() + ">\n" + Properties());
     for (const FoldedTable& table : tables) {
       sink_(CaseText(name, table.table->table, paths_.Of(table.table->declared.source->name), BodyOf(table)));
     }
     sink_("  </testsuite>\n");
+  }
+
+  std::string Properties() const {
+    std::string properties;
+    for (const ReportBaseline& baseline : report_.baselines) {
+      if (!baseline.origin.empty()) {
+        properties += "      <property" + Attribute("name", baseline.name) + Attribute("value", baseline.origin) + "/>\n";
+      }
+    }
+    return properties.empty() ? "" : "    <properties>\n" + properties + "    </properties>\n";
   }
 
   std::string BodyOf(const FoldedTable& table) {

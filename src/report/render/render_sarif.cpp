@@ -182,8 +182,10 @@ class SarifLog {
   Json InvocationOf(const Summary& summary) const {
     Json notes = Json::array();
     for (const InputFault& fault : folded_.report().faults) notes.push_back(NotificationOf(fault));
-    for (const FileNote& note : folded_.report().files)
-      notes.push_back({{"level", "note"}, {"message", MessageOf(ToText(note))}});
+    const auto add = [&](const std::string& text) { notes.push_back({{"level", "note"}, {"message", MessageOf(text)}}); };
+    for (const std::string& line : BaselinesOf(folded_.report())) add(line);
+    for (const std::string& line : ProjectsOf(folded_.report())) add(line);
+    for (const FileNote& note : folded_.report().files) add(ToText(note));
     return {{"executionSuccessful", summary.faults == 0},
             {"exitCode", summary.faults > 0     ? 2
                          : summary.failing == 0 ? 0

@@ -206,7 +206,7 @@ std::vector<std::string> EditsOf(const TableResult& table, const Finding& findin
   return edits;
 }
 
-bool IsPreexisting(const TableResult& table) { return !table.removed && table.first != table.second; }
+bool IsPreexisting(const TableResult& table) { return !table.removed && !table.is_alone; }
 
 std::vector<std::string> AlsoOf(const FoldedReport& report, const FoldedFinding& folded) {
   if (folded.also_as) {

@@ -94,8 +94,7 @@ const Location& LeadOf(const TableResult& table, const Finding& finding);
 // The edits of a finding, each on one line.
 std::vector<std::string> EditsOf(const TableResult& table, const Finding& finding);
 
-// Whether a finding without edits is pre-existing, that is, the old schema breaks the rule already. A schema that is checked
-// alone has no old side.
+// Whether a finding without edits is pre-existing, that is, the old schema breaks the rule already.
 bool IsPreexisting(const TableResult& table);
 
 inline constexpr char kPreexisting[] = "pre-existing: the old schema already breaks this rule";

@@ -55,7 +55,10 @@ void AddTables(const std::vector<std::string>& paths, const CheckOptions& option
     own.project = nearest[i].project;
     CheckEachTable(result.report, {input, input}, {input.tables.begin(), input.tables.end()}, own);
     const auto added = std::span(result.report.tables).subspan(first);
-    for (TableResult& table : added) table.project = nearest[i].position;
+    for (TableResult& table : added) {
+      table.project = nearest[i].position;
+      table.is_alone = true;
+    }
   }
   result.report.projects = ListOf(projects, std::move(judged));
 }
