@@ -113,6 +113,7 @@ class Comparison {
       FilePair& moved = pairs_[added[to]];
       moved.old_path = old_pair.old_path;
       moved.first = FilePairCheck::InProjectOf(moved, std::move(old_pair.first));
+      moved.older_name = std::move(old_pair.older_name);
       moved.names.insert(moved.names.begin(), old_pair.names.begin(), old_pair.names.end());
       is_taken[removed[from]] = true;
     }
@@ -163,6 +164,9 @@ class Comparison {
     for (FilePair& pair : pairs_) {
       std::ranges::move(pair.faults, std::back_inserter(report.faults));
       if (const auto note = NoteOf(pair)) report.files.push_back(*note);
+      if (!pair.older_name.empty()) {
+        report.files.push_back({FileNote::Kind::kOlder, states_.old_state->Display(*pair.old_path), pair.older_name});
+      }
       if (pair.first != nullptr && pair.first != pair.second) report.inputs.push_back({"old", pair.first.get()});
       if (pair.second != nullptr && pair.new_path != nullptr) report.inputs.push_back({"new", pair.second.get()});
       std::ranges::move(std::exchange(pair.tables, {}), std::back_inserter(report.tables));

@@ -76,9 +76,30 @@ void FilePairCheck::LoadOld(FilePair& pair, const Bytes& new_bytes) const {
       pair.first = LoadFrom(state, pair, *pair.old_path, std::move(*bytes));
     }
   } catch (const InputError& error) {
-    pair.faults = FaultsOf(error, state.Display(*pair.old_path));
+    std::vector<InputFault> faults = FaultsOf(error, state.Display(*pair.old_path));
+    if (LoadEarlier(pair, faults)) return;
+    pair.faults = std::move(faults);
     for (InputFault& fault : pair.faults) fault.needed_by = check_.states.new_state->Display(pair.Path());
   }
+}
+
+// No table was created from a file with a fault. So its last version without one is compared, and who repairs it is not refused.
+bool FilePairCheck::LoadEarlier(FilePair& pair, const std::vector<InputFault>& faults) const {
+  const auto is_of_content = [](const InputFault& fault) {
+    return fault.kind == FaultKind::kSyntax || fault.kind == FaultKind::kInvalid || fault.kind == FaultKind::kImage;
+  };
+  if (!std::ranges::all_of(faults, is_of_content)) return false;
+  return check_.states.old_state->TakeEarlier(*pair.old_path, [&](const std::string& name, Bytes bytes) {
+    try {
+      Input input = LoadBytes(name, std::move(bytes));
+      input.path_in_project = PathInProject(pair.project->directory, *pair.old_path);
+      pair.first = Share(std::move(input));
+    } catch (const InputError&) {
+      return false;
+    }
+    pair.older_name = name;
+    return true;
+  });
 }
 
 std::shared_ptr<const Source> FilePairCheck::Share(Input input) const {

@@ -20,6 +20,7 @@ struct FilePair {
   std::vector<TableResult> tables = {};
   std::vector<InputFault> faults = {};  // of either side; then its tables are not checked
   bool is_requested = true;             // false: only a candidate for the old path of a moved file
+  std::string older_name = {};          // the earlier version that `first` is, if that of the baseline has a fault
   bool is_checked = false;
   bool is_unchanged = false;  // the same bytes under the same path on both sides; known once loaded
 
@@ -46,6 +47,7 @@ class FilePairCheck {
  private:
   void LoadSides(FilePair& pair) const;
   void LoadOld(FilePair& pair, const Bytes& new_bytes) const;
+  bool LoadEarlier(FilePair& pair, const std::vector<InputFault>& faults) const;
   std::shared_ptr<const Source> Share(Input input) const;
   std::shared_ptr<const Source> LoadFrom(FileTree& state, const FilePair& pair, const std::string& path, Bytes bytes) const;
   std::shared_ptr<const Source> WithoutTables(const Source& old_source, const std::string& shown) const;

@@ -10,6 +10,7 @@
 #include "base/input_error.h"
 #include "base/paths.h"
 #include "base/text.h"
+#include "project/git_log.h"
 
 namespace korvel {
 namespace {
@@ -147,7 +148,7 @@ class WorkTree : public DiskSeenFrom {
 class Commit : public FileTree {
  public:
   Commit(const std::string& revision, std::string argument)
-      : argument_(std::move(argument)), files_(git_.Files(revision, argument_)) {
+      : revision_(revision), argument_(std::move(argument)), files_(git_.Files(revision, argument_)) {
     std::ranges::sort(files_, {}, &GitFile::path);
   }
 
@@ -163,11 +164,22 @@ class Commit : public FileTree {
     return FileTree::ReadUnless(path, known);
   }
 
+  bool TakeEarlier(const std::string& path, const TakeVersion& take) override {
+    const std::string commit = Git::PlainRevision(revision_, argument_);
+    for (const GitCommit& one : LogOf(Git::Top(argument_), commit, {path}, argument_)) {
+      const GitFile& file = one.changes.front().after;
+      const std::string name = "git:" + one.short_id + ":" + path;
+      if (!file.object.empty() && take(name, git_.ReadFile(file, name))) return true;
+    }
+    return false;
+  }
+
   std::string Display(const std::string& path) const override { return argument_ + ":" + path; }
 
  private:
   const GitFile* Find(const std::string& path) const { return FindFile(files_, path); }
 
+  std::string revision_;
   std::string argument_;
   Git git_;
   std::vector<GitFile> files_;

@@ -1,6 +1,7 @@
 // A state of a project's files: those on the disk, or those of a commit.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,6 +12,8 @@
 #include "schema/file_bytes.h"
 
 namespace korvel {
+
+using TakeVersion = std::function<bool(const std::string& name, Bytes bytes)>;
 
 // Paths are relative to the top of the tree, of names joined by '/'; "" is the top itself.
 class FileTree {
@@ -26,6 +29,10 @@ class FileTree {
   virtual Bytes Read(const std::string& path) = 0;
   // The same, or nullopt if the file consists of the bytes `known`; then it need not be read.
   virtual std::optional<Bytes> ReadUnless(const std::string& path, std::string_view known);
+  // Calls `take` with the displayed name and the bytes of each earlier version of a file, newest first, until it returns true.
+  // Whether it did. Only a commit has earlier versions: those on the way of first parents, under the same path. May be called by
+  // several threads. Throws InputError.
+  virtual bool TakeEarlier(const std::string& /*path*/, const TakeVersion& /*take*/) { return false; }
   // The file as reports show it.
   virtual std::string Display(const std::string& path) const = 0;
 };

@@ -165,6 +165,11 @@ Bytes Git::ReadFile(const GitFile& file, const std::string& argument) {
   return ReadObject(file.object, argument);
 }
 
+std::string Git::PlainRevision(const std::string& revision, const std::string& argument) {
+  const std::optional<std::string> other = MergeBaseArgument(revision);
+  return other ? MergeBase(*other, argument) : revision;
+}
+
 std::string Git::MergeBase(const std::string& revision, const std::string& argument) {
   for (const std::string& one : {revision, std::string("HEAD")}) {
     if (FindObject(one + "^{commit}", argument).empty()) RefuseRevision(one, argument);
@@ -195,9 +200,7 @@ std::string Git::Top(const std::string& argument) {
 std::string Git::TreeOf(const std::string& revision, const std::string& argument) {
   std::string& tree = trees_[revision];
   if (tree.empty()) {
-    const std::optional<std::string> other = MergeBaseArgument(revision);
-    const std::string commit = other ? MergeBase(*other, argument) : revision;
-    tree = FindObject(commit + "^{tree}", argument);
+    tree = FindObject(PlainRevision(revision, argument) + "^{tree}", argument);
     if (tree.empty()) RefuseRevision(revision, argument);
   }
   return tree;

@@ -61,6 +61,9 @@ class Git {
   // The bytes of a file of a tree. Errors name `argument`.
   Bytes ReadFile(const GitFile& file, const std::string& argument);
 
+  // A revision as git takes it: of "X...", the id of the merge base of X and HEAD; else the revision itself.
+  static std::string PlainRevision(const std::string& revision, const std::string& argument);
+
   // The id of the newest commit that a revision and HEAD have in common.
   static std::string MergeBase(const std::string& revision, const std::string& argument);
 

@@ -183,14 +183,47 @@ TEST_F(AgainstTest, ExcludedFilesAreLeftOut) {
   EXPECT_EQ(Against().exit_code, 0);
 }
 
+// No version of the file is a schema.
 TEST_F(AgainstTest, FaultOfTheOldStateNamesBothFiles) {
-  Write("schemas/orders.xml", "<note/>");
+  Write("schemas/late.xml", "<note/>");
   Commit("second");
-  Write("schemas/orders.xml", Schema("orders"));
+  Write("schemas/late.xml", Schema("late"));
   const Outcome outcome = Against();
   EXPECT_EQ(outcome.exit_code, 2);
-  EXPECT_THAT(outcome.err, testing::StartsWith("git:HEAD:schemas/orders.xml:1:1: error: "));
-  EXPECT_THAT(outcome.err, HasSubstr("\nkorvelcheck: schemas/orders.xml: cannot be compared with git:HEAD:schemas/orders.xml\n"));
+  EXPECT_THAT(outcome.err, testing::StartsWith("git:HEAD:schemas/late.xml:1:1: error: "));
+  EXPECT_THAT(outcome.err, HasSubstr("\nkorvelcheck: schemas/late.xml: cannot be compared with git:HEAD:schemas/late.xml\n"));
+}
+
+// Who repairs a file of the baseline must not be stopped, and must not get by with another change.
+TEST_F(AgainstTest, RepairedFileIsComparedWithItsLastVersionWithoutFaults) {
+  const std::string last = Git({"rev-parse", "HEAD"}).substr(0, 7);
+  Write("schemas/orders.xml", "<note/>");
+  Commit("broken");
+  Write("schemas/orders.xml", "<metalib");
+  Commit("broken differently");
+  Write("schemas/orders.xml", Schema("orders"));
+  const std::string note =
+      "git:HEAD:schemas/orders.xml has faults: compared with git:" + last + ":schemas/orders.xml, the last version without\n";
+  const Outcome repaired = Against();
+  EXPECT_EQ(repaired.exit_code, 0) << repaired.err;
+  EXPECT_THAT(repaired.out, HasSubstr(note));
+  Write("schemas/orders.xml", Schema("orders", "uint32"));
+  EXPECT_EQ(Against().exit_code, 1);
+  std::filesystem::remove(PathOf("schemas/orders.xml"));
+  const Outcome deleted = Against();
+  EXPECT_EQ(deleted.exit_code, 1);
+  EXPECT_THAT(deleted.out, HasSubstr(note));
+}
+
+TEST_F(AgainstTest, RepairedAndMovedFileIsComparedWithItsLastVersionWithoutFaults) {
+  Write("schemas/orders.xml", "<note/>");
+  Commit("broken");
+  std::filesystem::remove(PathOf("schemas/orders.xml"));
+  Write("schemas/moved.xml", Schema("orders", "uint32"));
+  const Outcome outcome = Against();
+  EXPECT_EQ(outcome.exit_code, 1) << outcome.err;
+  EXPECT_THAT(outcome.out, HasSubstr("moved: git:HEAD:schemas/orders.xml -> schemas/moved.xml\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("git:HEAD:schemas/orders.xml has faults: "));
 }
 
 TEST_F(AgainstTest, RefusesLinkInTheCommit) {

@@ -123,18 +123,20 @@ TEST_F(FaultTest, OtherFormatsHaveFaultsAndFindings) {
   }
 }
 
-// Its location is in the baseline.
+// Its location is in the baseline. A service that shows the new files gets no line of it.
 TEST_F(FaultTest, FaultOfTheBaselineNamesItsRevision) {
-  Write("schemas/orders.xml", kBroken);
+  Write("schemas/late.xml", kBroken);
   Commit("second");
-  Write("schemas/orders.xml", Schema("orders"));
+  Write("schemas/late.xml", Schema("late"));
   const Outcome outcome = Against({"--format", "json"});
   EXPECT_EQ(outcome.exit_code, 2);
-  EXPECT_THAT(Faults(outcome), ElementsAre("schema.syntax git:HEAD:schemas/orders.xml:3:3"));
-  EXPECT_EQ(Json::parse(outcome.out)["faults"][0]["needed_by"], "schemas/orders.xml");
-  EXPECT_THAT(Tables(outcome), ElementsAre("schemas/deep/items.xml: items allowed", "schemas/users.xml: users allowed"));
+  EXPECT_THAT(Faults(outcome), ElementsAre("schema.syntax git:HEAD:schemas/late.xml:3:3"));
+  EXPECT_EQ(Json::parse(outcome.out)["faults"][0]["needed_by"], "schemas/late.xml");
+  EXPECT_EQ(Tables(outcome).size(), 3u);
+  EXPECT_THAT(Against({"--format", "github"}).out,
+              HasSubstr("::error file=schemas/late.xml,title=korvelcheck%3A schema.syntax::git:HEAD:schemas/late.xml:3:3: "));
   const Json gitlab = Json::parse(Against({"--format", "gitlab"}).out);
-  EXPECT_EQ(gitlab[0]["location"]["path"], "schemas/orders.xml");
+  EXPECT_EQ(gitlab[0]["location"]["path"], "schemas/late.xml");
   EXPECT_THAT(gitlab[0]["content"]["body"].get<std::string>(), HasSubstr("cannot be compared with"));
 }
 

@@ -65,8 +65,8 @@ TEST_F(GitConfigurationTest, OfOutputHasNoEffect) {
 }
 
 TEST_F(GitConfigurationTest, OfTheEnvironmentHasNoEffect) {
-  for (const char* variable :
-       {"GIT_GLOB_PATHSPECS=1", "GIT_NOGLOB_PATHSPECS=1", "GIT_ICASE_PATHSPECS=1", "GIT_NO_REPLACE_OBJECTS=0", "LC_ALL=de_DE.UTF-8"}) {
+  for (const char* variable : {"GIT_GLOB_PATHSPECS=1", "GIT_NOGLOB_PATHSPECS=1", "GIT_ICASE_PATHSPECS=1",
+                               "GIT_NO_REPLACE_OBJECTS=0", "LC_ALL=de_DE.UTF-8"}) {
     SCOPED_TRACE(variable);
     environment_.emplace_back(variable);
     ExpectSameAnswers();

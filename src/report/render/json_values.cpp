@@ -148,7 +148,7 @@ Json ToJson(const Summary& summary) {
 }
 
 Json ToJson(const FileNote& note) {
-  constexpr const char* kKinds[] = {"added", "deleted", "moved"};
+  constexpr const char* kKinds[] = {"added", "deleted", "moved", "older"};
   return {{"kind", kKinds[static_cast<std::size_t>(note.kind)]},
           {"old_file", NameOrNull(note.old_file)},
           {"new_file", NameOrNull(note.new_file)}};

@@ -199,9 +199,9 @@ class SarifLog {
     Json json = {{"level", "error"},
                  {"message", MessageOf(fault.message)},
                  {"associatedRule", {{"id", id}, {"index", rule_positions_.at(id)}}}};
-    if (!fault.file.empty()) {
-      json["locations"] = Json::array({{{"physicalLocation", PhysicalLocation(LocationOf(fault), paths_)}}});
-    }
+    TextRange place = LocationOf(fault);
+    if (!fault.needed_by.empty()) place = {.file = fault.needed_by};
+    if (!place.file.empty()) json["locations"] = Json::array({{{"physicalLocation", PhysicalLocation(place, paths_)}}});
     return json;
   }
 

@@ -41,7 +41,13 @@ void Issues::AddFault(const InputFault& fault) {
   issue.rule = RuleOf(fault.kind).id;
   issue.summary = OneLine(fault.text);
   issue.fingerprint = NameFingerprint(issue.rule, fault.file + '\0' + fault.text);
-  issue.location = LocationOf(fault);
+  // Services show the new files: a fault of an old one has no line there.
+  if (fault.needed_by.empty()) {
+    issue.location = LocationOf(fault);
+  } else {
+    issue.location.file = fault.needed_by;
+    issue.summary = ToText(LocationOf(fault)) + ": " + issue.summary;
+  }
   issue.fault = &fault;
   issues_.push_back(std::move(issue));
 }

@@ -23,9 +23,9 @@ struct ReportInput {
 
 // A schema file of a project that was added, deleted or moved. An added or deleted file has no counterpart to compare with.
 struct FileNote {
-  enum class Kind { kAdded, kDeleted, kMoved } kind;
-  std::string old_file;  // empty if added
-  std::string new_file;  // empty if deleted
+  enum class Kind { kAdded, kDeleted, kMoved, kOlder } kind;
+  std::string old_file;  // empty if added. If older, the faulty file of the baseline
+  std::string new_file;  // empty if deleted. If older, the earlier version that was compared instead
 };
 
 // An earlier state that the command compared with.

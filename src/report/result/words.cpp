@@ -173,6 +173,8 @@ std::string ToText(const FileNote& note) {
       return "added: " + OneLine(note.new_file) + " (nothing to compare it with)";
     case FileNote::Kind::kDeleted:
       return "deleted: " + OneLine(note.old_file);
+    case FileNote::Kind::kOlder:
+      return OneLine(note.old_file) + " has faults: compared with " + OneLine(note.new_file) + ", the last version without";
     case FileNote::Kind::kMoved:
       break;
   }
