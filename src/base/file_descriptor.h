@@ -12,7 +12,7 @@ namespace korvel {
 // Closes the descriptor at the end of its life, unless it is negative.
 class FileDescriptor {
  public:
-  explicit FileDescriptor(int fd) : fd_(fd) {}
+  explicit FileDescriptor(int fd = -1) : fd_(fd) {}
   FileDescriptor(FileDescriptor&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
   FileDescriptor& operator=(FileDescriptor&&) = delete;
   ~FileDescriptor() { Reset(); }

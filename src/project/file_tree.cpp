@@ -58,7 +58,7 @@ class Disk : public FileTree {
   }
 
   Bytes Read(const std::string& path) override {
-    OpenFile file = OpenInput(OnDisk(path));
+    OpenFile file = OpenRegular(OnDisk(path));
     file.name = Display(path);
     Bytes bytes = ReadAll(file);
     if (file.size > 0) RequireUnchanged(file.name, file.state);

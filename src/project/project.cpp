@@ -32,7 +32,7 @@ bool IsRepositoryTop(const std::filesystem::path& directory) { return IsThere(di
 }  // namespace
 
 Project ReadProject(const std::string& path) {
-  const Bytes bytes = ReadAll(OpenInput(path));
+  const Bytes bytes = ReadAll(OpenRegular(path));
   return ParseProject(path, std::string(bytes.View()));
 }
 

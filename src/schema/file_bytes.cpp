@@ -29,9 +29,10 @@ std::string DisplayName(const std::string& path) { return path == kStandardInput
   RefuseFile(name, "is too large; allowed: at most " + std::to_string(qmx::kMaxFileBytes) + " bytes");
 }
 
-FileDescriptor Open(const std::string& path) {
-  // Opening a pipe waits for its writer.
-  const int fd = path == kStandardInput ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0) : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+// Without O_NONBLOCK among the flags, opening a pipe waits for its writer.
+FileDescriptor Open(const std::string& path, int flags) {
+  const int fd =
+      path == kStandardInput ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0) : ::open(path.c_str(), O_RDONLY | O_CLOEXEC | flags);
   if (fd < 0) RefuseFile(DisplayName(path), std::strerror(errno));
   return FileDescriptor(fd);
 }
@@ -61,8 +62,10 @@ std::size_t SizeOf(const std::string& path) {
   return StatusOf(path, status) && S_ISREG(status.st_mode) ? static_cast<std::size_t>(status.st_size) : 0;
 }
 
-OpenFile OpenInput(const std::string& path) {
-  OpenFile file{DisplayName(path), Open(path)};
+namespace {
+
+OpenFile OpenWith(const std::string& path, int flags) {
+  OpenFile file{DisplayName(path), Open(path, flags)};
   struct stat status {};
   if (::fstat(file.descriptor.get(), &status) != 0) RefuseFile(file.name, std::strerror(errno));
   if (S_ISDIR(status.st_mode)) RefuseFile(file.name, "is a directory; allowed: a file, or '-' for standard input");
@@ -71,6 +74,16 @@ OpenFile OpenInput(const std::string& path) {
   file.size = static_cast<std::size_t>(status.st_size);
   file.state = {path, status.st_dev, status.st_ino, file.size, status.st_mtim};
   file.is_mappable_image = IsMappableImage(file.descriptor.get());
+  return file;
+}
+
+}  // namespace
+
+OpenFile OpenInput(const std::string& path) { return OpenWith(path, 0); }
+
+OpenFile OpenRegular(const std::string& path) {
+  OpenFile file = OpenWith(path, O_NONBLOCK);
+  if (file.state.path.empty()) RefuseFile(file.name, "is not a regular file; allowed: a file");
   return file;
 }
 

@@ -37,6 +37,9 @@ std::size_t SizeOf(const std::string& path);
 // Opens a path, "-" for standard input. Throws InputError with one line if it cannot be opened, is a directory or is too large.
 OpenFile OpenInput(const std::string& path);
 
+// The same, but also refuses pipes and devices, without waiting for their writers: of a file that was not named in the call.
+OpenFile OpenRegular(const std::string& path);
+
 // Throws InputError with one line if the file has been written to since `state`: the bytes read may mix old and new content. A
 // file that was replaced by another one counts as unchanged. Keeps no file open: a call may name more files than a process may
 // open.

@@ -55,6 +55,17 @@ TEST_F(OutputTest, WritesTheReportToAFile) {
   }
 }
 
+// The name of the temporary file must not be longer than a name may be.
+TEST_F(OutputTest, WritesTheReportToAFileWithALongName) {
+  for (const std::size_t length : {248, 249, 255}) {
+    const std::string name(length, 'r');
+    ExpectOutcome(Korvelcheck({"check", "old.xml", "wide.xml", "-o", name}), 1, "", "");
+    EXPECT_EQ(Verdicts(Read(name)), kWideFinding);
+    std::filesystem::remove(PathOf(name));
+  }
+  EXPECT_EQ(Files(), (std::vector<std::string>{"old.xml", "same.xml", "wide.xml"}));
+}
+
 // A report must not replace an input.
 TEST_F(OutputTest, DoesNotReplaceInput) {
   std::filesystem::create_symlink("old.xml", PathOf("link"));

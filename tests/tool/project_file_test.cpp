@@ -1,5 +1,6 @@
 // korvelcheck.toml: where it is found, what it sets, and all its faults.
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include "tool_test.h"
 
@@ -38,6 +39,17 @@ TEST_F(ProjectFileTest, CanBeNamedOrDisabled) {
   EXPECT_THAT(Check({"--no-project"}).out, HasSubstr("\"list_num\": 0"));
   ExpectInputError(Check({"--project", "no.toml"}), "korvelcheck: no.toml: No such file or directory\n");
   EXPECT_EQ(Check({"--project", "other.toml", "--no-project"}).exit_code, 2);
+}
+
+// Opening it would wait for a writer.
+TEST_F(ProjectFileTest, MustBeARegularFile) {
+  ASSERT_EQ(::mkfifo(PathOf("pipe.toml").c_str(), 0600), 0);
+  for (const char* file : {"pipe.toml", "/dev/zero"}) {
+    ExpectInputError(Check({"--project", file}),
+                     std::string("korvelcheck: ") + file + ": is not a regular file; allowed: a file\n");
+  }
+  ASSERT_EQ(::mkfifo(PathOf("korvelcheck.toml").c_str(), 0600), 0);
+  ExpectInputError(Check({}), "korvelcheck: korvelcheck.toml: is not a regular file; allowed: a file\n");
 }
 
 TEST_F(ProjectFileTest, OptionsPrecedeTableDefaultsAndSchema) {

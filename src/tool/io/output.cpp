@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -29,8 +30,12 @@ namespace {
 // A file next to its destination; removed unless it is moved there.
 class TemporaryFile {
  public:
-  explicit TemporaryFile(const std::string& destination)
-      : destination_(destination), path_(destination + ".XXXXXX"), file_(::mkostemp(path_.data(), O_CLOEXEC)) {
+  explicit TemporaryFile(const std::string& destination) : destination_(destination), path_(destination + ".XXXXXX") {
+    file_.Reset(::mkostemp(path_.data(), O_CLOEXEC));
+    if (!file_.IsOpen() && errno == ENAMETOOLONG) {
+      path_ = std::filesystem::path(destination).replace_filename(".korvelcheck.XXXXXX");
+      file_.Reset(::mkostemp(path_.data(), O_CLOEXEC));
+    }
     if (!file_.IsOpen()) Fail(destination_, std::strerror(errno));
     RemoveAtAbruptEnd(path_.c_str());
   }
