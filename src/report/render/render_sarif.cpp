@@ -200,7 +200,10 @@ class SarifLog {
                  {"message", MessageOf(fault.message)},
                  {"associatedRule", {{"id", id}, {"index", rule_positions_.at(id)}}}};
     TextRange place = LocationOf(fault);
-    if (!fault.needed_by.empty()) place = {.file = fault.needed_by};
+    if (!fault.needed_by.empty()) {
+      place = TextRange();
+      place.file = fault.needed_by;
+    }
     if (!place.file.empty()) json["locations"] = Json::array({{{"physicalLocation", PhysicalLocation(place, paths_)}}});
     return json;
   }
