@@ -2,6 +2,8 @@
 // and tests/report.
 #include "analysis/check_table_change.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <map>
 
 #include "analysis/findings/findings.h"
@@ -10,6 +12,10 @@
 #include "analysis/warnings/warnings.h"
 
 namespace korvel {
+
+bool TableResult::IsHidden(const Finding& finding) const {
+  return std::ranges::any_of(finding.refusals, [&](std::size_t refusal) { return !changes->findings[refusal].waiver; });
+}
 
 TableResult CheckOperation(const Pair& pair, const TableNames& table, const std::function<int(ModifyTable&)>& run) {
   TableResult result;

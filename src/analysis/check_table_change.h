@@ -37,10 +37,14 @@ struct TableResult {
   Verdict verdict;                 // of the whole change; allowed unless kRefused
   PartialSettings settings;        // those that the operation takes
   std::optional<Changes> changes;  // what changed and which of it is refused; see CheckTableChange
-  Advice advice;                   // warnings and notes about what is allowed; CheckTableChange and AddChanges only
+  Advice advice;                   // warnings and notes; CheckTableChange and AddChanges only
 
   // The edits that `finding`, one of this table, refers to.
   const std::vector<Edit>& EditsFor(const Finding& finding) const { return IsAdvice(finding) ? advice.edits : changes->edits; }
+
+  // Whether a warning or note is left out of reports: another change of its element is refused, and the refusal is not waived.
+  // A waiver of the refusal does not cover the warning.
+  bool IsHidden(const Finding& finding) const;
 };
 
 // A table under two schemas, and what to find out about it.

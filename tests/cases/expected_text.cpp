@@ -130,6 +130,18 @@ std::string FindingsBlock(const Analysis& analysis) {
   return out + (analysis.changes.findings.empty() ? "none\n" : "");
 }
 
+// The refusals that hide a warning until they are waived.
+std::string RefusalsOf(const Finding& finding, const korvel::Changes& changes) {
+  std::string out;
+  for (const std::size_t refusal : finding.refusals) {
+    const Finding& hiding = changes.findings[refusal];
+    for (const std::size_t edit : hiding.edits) {
+      out += "  hidden by: [" + hiding.verdict.rule + "] " + EditName(changes.edits[edit]) + "\n";
+    }
+  }
+  return out;
+}
+
 std::string AdviceText(const Finding& finding, const Edit& edit) {
   std::string out = std::string(korvel::WordOf(finding.level)) + " [" + finding.verdict.rule + "]\n";
   out += "  edit: " + EditText(edit) + "\n" + PathsOf(edit);
@@ -139,10 +151,13 @@ std::string AdviceText(const Finding& finding, const Edit& edit) {
   return out + "  fingerprint: " + finding.fingerprint + "\n";
 }
 
-std::string AdviceBlock(const korvel::Advice& advice) {
+std::string AdviceBlock(const Analysis& analysis) {
+  const korvel::Advice& advice = analysis.advice;
   if (advice.findings.empty()) return "";
   std::string out = "# Warnings and notes\n";
-  for (const Finding& finding : advice.findings) out += AdviceText(finding, advice.edits[finding.edits.front()]);
+  for (const Finding& finding : advice.findings) {
+    out += AdviceText(finding, advice.edits[finding.edits.front()]) + RefusalsOf(finding, analysis.changes);
+  }
   return out + "\n";
 }
 
@@ -161,8 +176,8 @@ std::string SelfBlock(const Case& input) {
 std::string ExpectedText(const std::string& name) {
   const Case input = Load(name);
   const Analysis analysis = Analyze(name, input.settings);
-  return OperationsBlock(input) + "\n" + EditsBlock(analysis) + "\n" + FindingsBlock(analysis) + "\n" +
-         AdviceBlock(analysis.advice) + SelfBlock(input);
+  return OperationsBlock(input) + "\n" + EditsBlock(analysis) + "\n" + FindingsBlock(analysis) + "\n" + AdviceBlock(analysis) +
+         SelfBlock(input);
 }
 
 }  // namespace cases

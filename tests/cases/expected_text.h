@@ -26,6 +26,7 @@
 //   LEVEL [RULE]
 //     edit: KIND META.ITEM: OLD VALUE -> NEW VALUE
 //     path, old, new, suggestion, fingerprint: as above
+//     hidden by: [RULE] KIND META.ITEM  each refused edit of its element; the warning is not listed until they are waived
 //
 //   # Each schema against itself
 //   old: allowed, or CODE NAME and the text of the checker; new: likewise

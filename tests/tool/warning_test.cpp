@@ -233,6 +233,54 @@ TEST_F(WarningTest, RefusedTableShowsWarningsAfterItsRefusals) {
   EXPECT_THAT(outcome.out, HasSubstr("; 1 finding, 0 waived; 1 warning\n"));
 }
 
+// The refusal of one change of a field hid the warning about another one, even when the refusal was waived.
+TEST_F(WarningTest, WaivedRefusalHidesNoWarning) {
+  const std::string fewer = "<entry name=\"n\" type=\"uint8\"/><entry name=\"a\" type=\"uint8\" count=\"3\"/>";
+  Write("fixed.xml", Library(6, {Table({.fields = fewer})}));
+  const Outcome refused = Check({"--fail-on", "warning"});
+  EXPECT_EQ(refused.exit_code, 1);
+  EXPECT_THAT(refused.out, HasSubstr(": refused [field.count-refer] "));
+  EXPECT_THAT(refused.out, Not(HasSubstr("advice.")));
+  const std::string until = "reason = \"r\"\nuntil = 2026-01-01\n";
+  const std::string waiver = "[[waivers]]\ntable = \"orders\"\nrule = \"field.count-refer\"\nentry = \"a\"\n" + until;
+  Write("korvelcheck.toml", waiver);
+  const Outcome warned = Check({"--fail-on", "warning"});
+  EXPECT_EQ(warned.exit_code, 1);
+  EXPECT_THAT(warned.out, HasSubstr(": waived [field.count-refer] "));
+  EXPECT_THAT(warned.out, HasSubstr(": warning [advice.refer-changed] "));
+  EXPECT_THAT(warned.out, HasSubstr("; 1 finding, 1 waived; 1 warning\n"));
+  EXPECT_EQ(Check().exit_code, 0);
+  EXPECT_EQ(CheckJson()["tables"][0]["warnings"].size(), 1);
+  Write("korvelcheck.toml", waiver + "[[waivers]]\ntable = \"orders\"\nrule = \"advice.refer-changed\"\nentry = \"a\"\n" + until);
+  EXPECT_EQ(Check({"--fail-on", "warning"}).exit_code, 0);
+}
+
+TEST_F(WarningTest, IsListedOnceAllRefusalsOfItsElementAreWaived) {
+  const std::string wide = "<entry name=\"n\" type=\"uint8\"/><entry name=\"a\" type=\"uint16\" count=\"3\"/>";
+  Write("fixed.xml", Library(6, {Table({.fields = wide})}));
+  const auto waive = [](const std::string& rule) {
+    return "[[waivers]]\ntable = \"orders\"\nrule = \"" + rule + "\"\nentry = \"a\"\nreason = \"r\"\nuntil = 2026-01-01\n";
+  };
+  Write("korvelcheck.toml", waive("field.type"));
+  EXPECT_THAT(Check().out, Not(HasSubstr("advice.")));
+  Write("korvelcheck.toml", waive("field.type") + waive("field.count-refer"));
+  EXPECT_EQ(Check().exit_code, 0);
+  EXPECT_EQ(Check({"--fail-on", "warning"}).exit_code, 1);
+}
+
+// A change that needs a refused change was left out, although no waiver accepted it.
+TEST_F(WarningTest, BlockedChangesHaveWarnings) {
+  const std::string fields = "<entry name=\"m\" type=\"uint8\"/><entry name=\"a\" type=\"uint8\" count=\"4\" refer=\"m\"/>";
+  Write("counted.xml", Library(5, {Table({.fields = "<entry name=\"a\" type=\"uint8\" count=\"4\"/>"})}));
+  Write("fixed.xml", Library(6, {Table({.fields = fields})}));
+  Write("korvelcheck.toml",
+        "[[waivers]]\ntable = \"orders\"\nrule = \"field.new-version\"\nentry = \"m\"\nreason = \"r\"\nuntil = 2026-01-01\n");
+  const Outcome outcome = Check({"--fail-on", "warning"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_THAT(outcome.out, HasSubstr(": waived [field.new-version] "));
+  EXPECT_THAT(outcome.out, HasSubstr("  change: refer of a: none -> m\n"));
+}
+
 TEST_F(WarningTest, ImagesHaveNoLines) {
   ASSERT_EQ(Run({"compile", "counted.xml", "-o", "counted.qmb"}).exit_code, 0);
   ASSERT_EQ(Run({"compile", "fixed.xml", "-o", "fixed.qmb"}).exit_code, 0);

@@ -50,6 +50,8 @@ struct Finding {
   std::vector<Replacement> fix;  // edits of the new file in its order, after which the checker allows the change; may be empty
   std::string fingerprint;       // 16 hexadecimal digits; see FingerprintOf
   std::optional<Waiver> waiver;
+  // Of a warning or note: the refusals of changes of the same element, by their position in Changes::findings.
+  std::vector<std::size_t> refusals;
 };
 
 // Whether a finding is a warning or a note.
@@ -75,7 +77,7 @@ struct Changes {
   bool borrows_texts = false;
 };
 
-// Warnings and notes about the allowed edits of one table.
+// Warnings and notes about the edits of one table. Reports leave out some (TableResult::IsHidden).
 struct Advice {
   std::vector<Edit> edits;        // those that the findings are about, one each
   std::vector<Finding> findings;  // warnings, then notes; without fixes

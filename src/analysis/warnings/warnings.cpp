@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -126,16 +125,23 @@ std::string ItemOf(const AdviceMatch& match) {
 
 // --- Findings ---
 
-// The edits that the checker does not allow, to look up edits of the same element.
-class NotAllowed {
+// The findings about refused edits, to look up those of the same element.
+class Refusals {
  public:
-  explicit NotAllowed(const Changes* changes) {
-    for (std::size_t i = 0; changes != nullptr && i < changes->edits.size(); ++i) {
-      if (changes->status[i] != EditStatus::kAllowed) elements_.insert(ElementOf(changes->edits[i]));
+  explicit Refusals(const Changes* changes) {
+    for (std::size_t i = 0; changes != nullptr && i < changes->findings.size(); ++i) {
+      for (const std::size_t edit : changes->findings[i].edits) {
+        std::vector<std::size_t>& refusals = by_element_[ElementOf(changes->edits[edit])];
+        if (refusals.empty() || refusals.back() != i) refusals.push_back(i);
+      }
     }
   }
 
-  bool Contains(const Edit& edit) const { return elements_.contains(ElementOf(edit)); }
+  // Positions in Changes::findings.
+  std::vector<std::size_t> Of(const Edit& edit) const {
+    const auto found = by_element_.find(ElementOf(edit));
+    return found == by_element_.end() ? std::vector<std::size_t>() : found->second;
+  }
 
  private:
   // An entry, whatever changes about it; or a kind of edit of the library, meta or index.
@@ -145,14 +151,14 @@ class NotAllowed {
     return {IsOfEntry(edit.kind) ? std::nullopt : std::optional(edit.kind), edit.meta, edit.item};
   }
 
-  std::set<Element> elements_;
+  std::map<Element, std::vector<std::size_t>> by_element_;
 };
 
 class AdviceWriter {
  public:
   AdviceWriter(const TableContext& context, const Changes* changes)
       : context_(context),
-        not_allowed_(changes),
+        refusals_(changes),
         old_metas_(context.old_source.Library()),
         new_metas_(context.new_source.Library()),
         model_(ModelOf(context.old_source, context.table)),
@@ -160,13 +166,13 @@ class AdviceWriter {
 
   void Add(const AdviceMatch& match) {
     Edit edit = EditOf(match);
-    if (not_allowed_.Contains(edit)) return;
     AddPaths(edit);
     Finding finding;
     finding.level = match.rule->level;
     finding.edits = {advice_.edits.size()};
     finding.verdict.rule = match.rule->row.id;
     finding.path = edit.paths.front();
+    finding.refusals = refusals_.Of(edit);
     finding.old_location = edit.old_location;
     finding.new_location = edit.new_location;
     finding.suggestion = match.rule->suggestion == nullptr ? LeavingOut(edit) : FillIn(match.rule->suggestion, edit);
@@ -216,7 +222,7 @@ class AdviceWriter {
   }
 
   const TableContext& context_;
-  NotAllowed not_allowed_;
+  Refusals refusals_;
   MetaModels old_metas_;
   MetaModels new_metas_;
   Model model_;

@@ -6,8 +6,8 @@
 
 namespace korvel {
 
-// The advice about the change of a table. With `changes`, those of the same table, leaves out advice about an edit that is not
-// allowed. Cheap if there is no advice; else a model of the old table is built. REQUIRES: both sources have the table.
+// The advice about the change of a table. With `changes`, those of the same table, sets Finding::refusals. Cheap if there is no
+// advice; else a model of the old table is built. REQUIRES: both sources have the table.
 Advice FindWarnings(const TableContext& context, const Changes* changes);
 
 }  // namespace korvel

@@ -124,7 +124,9 @@ class FoldedReport::Folder {
     if (table.changes) {
       for (const Finding& finding : table.changes->findings) Add(table, finding);
     }
-    for (const Finding& finding : table.advice.findings) Add(table, finding);
+    for (const Finding& finding : table.advice.findings) {
+      if (!table.IsHidden(finding)) Add(table, finding);
+    }
   }
 
   void Finish() {
