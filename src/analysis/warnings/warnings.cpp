@@ -115,6 +115,33 @@ SideValue MetaValue(EditKind kind, const Side& side) {
 
 SideValue ValueOf(EditKind kind, const Side& side) { return IsOfEntry(kind) ? EntryValue(kind, side) : MetaValue(kind, side); }
 
+// Whether the counter of an entry was replaced by another field with its name.
+bool ReplacesCounter(const AdviceMatch& match) {
+  if (match.kind != EditKind::kEntryRefer) return false;
+  return SameName(EntryName(qmx_get_entry_refer(match.old_entry)), EntryName(qmx_get_entry_refer(match.new_entry)));
+}
+
+std::string IdText(LPQMXMETAENTRY entry) {
+  const int id = qmx_get_entry_id(entry);
+  return id < 0 ? "" : std::to_string(id);
+}
+
+std::string NameAndId(LPQMXMETAENTRY entry) {
+  const std::string id = IdText(entry);
+  return NameOf(entry) + (id.empty() ? " (no id)" : " (id " + id + ")");
+}
+
+std::string SuggestionFor(const AdviceMatch& match, const Edit& edit) {
+  if (match.rule->suggestion != nullptr) return FillIn(match.rule->suggestion, edit);
+  if (!ReplacesCounter(match)) return LeavingOut(edit);
+  const LPQMXMETAENTRY counter = qmx_get_entry_refer(match.old_entry);
+  Edit other_id;
+  other_id.kind = EditKind::kEntryId;
+  other_id.item = NameOf(counter);
+  other_id.before = IdText(counter);
+  return LeavingOut(other_id);
+}
+
 bool IsOfLibrary(EditKind kind) { return kind <= EditKind::kLibraryProtocol; }
 
 // The name of the item of an edit, on the old side if it has one.
@@ -175,7 +202,7 @@ class AdviceWriter {
     finding.refusals = refusals_.Of(edit);
     finding.old_location = edit.old_location;
     finding.new_location = edit.new_location;
-    finding.suggestion = match.rule->suggestion == nullptr ? LeavingOut(edit) : FillIn(match.rule->suggestion, edit);
+    finding.suggestion = SuggestionFor(match, edit);
     advice_.edits.push_back(std::move(edit));
     finding.fingerprint =
         FingerprintOf(context_.new_source.path_in_project, context_.old_source.LibraryName(), finding, advice_.edits);
@@ -203,6 +230,10 @@ class AdviceWriter {
       SideValue value = ValueOf(match.kind, new_side);
       edit.after = std::move(value.text);
       edit.new_location = value.location;
+    }
+    if (ReplacesCounter(match)) {
+      edit.before = NameAndId(qmx_get_entry_refer(match.old_entry));
+      edit.after = NameAndId(qmx_get_entry_refer(match.new_entry));
     }
     return edit;
   }
