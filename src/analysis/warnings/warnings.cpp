@@ -1,7 +1,6 @@
 // Turns matches of the catalog into findings: their edits, paths, locations and suggestions. Tested by tests/cases/warnings.
 #include "analysis/warnings/warnings.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -13,9 +12,9 @@
 #include <vector>
 
 #include "analysis/diff/entry_attributes.h"
-#include "analysis/diff/meta_paths.h"
 #include "analysis/suggest/suggestion_text.h"
 #include "analysis/warnings/advice_matches.h"
+#include "analysis/warnings/advice_paths.h"
 #include "base/text.h"
 #include "common/meta_view.h"
 #include "schema/model.h"
@@ -188,12 +187,11 @@ class AdviceWriter {
         refusals_(changes),
         old_metas_(context.old_source.Library()),
         new_metas_(context.new_source.Library()),
-        model_(ModelOf(context.old_source, context.table)),
-        paths_(model_) {}
+        paths_(context.old_source, context.table) {}
 
   void Add(const AdviceMatch& match) {
     Edit edit = EditOf(match);
-    AddPaths(edit);
+    paths_.AddTo(edit, match.rule == &kKeyStructureAdvice);
     Finding finding;
     finding.level = match.rule->level;
     finding.edits = {advice_.edits.size()};
@@ -238,26 +236,11 @@ class AdviceWriter {
     return edit;
   }
 
-  void AddPaths(Edit& edit) const {
-    edit.path_count = 1;
-    edit.paths = {""};
-    if (edit.meta.empty()) return;
-    const auto meta = std::ranges::find(model_.metas, edit.meta, &MetaModel::name);
-    edit.paths = {edit.meta};  // in an image, a structure may be hidden by another one with its name
-    if (meta == model_.metas.end()) return;
-    const auto position = static_cast<std::size_t>(meta - model_.metas.begin());
-    edit.paths = paths_.PathsTo(position);
-    edit.path_count = paths_.CountTo(position);
-    if (!IsOfEntry(edit.kind)) return;
-    for (std::string& path : edit.paths) path += "." + edit.item;
-  }
-
   const TableContext& context_;
   Refusals refusals_;
   MetaModels old_metas_;
   MetaModels new_metas_;
-  Model model_;
-  MetaPaths paths_;
+  AdvicePaths paths_;
   Advice advice_;
 };
 
