@@ -9,8 +9,8 @@ namespace korvel {
 namespace {
 
 constexpr const AdviceRule* kAdvice[] = {
-    &kTableKindAdvice, &kKeyMembersAdvice,       &kKeyStructureAdvice, &kReferChangedAdvice,   &kReferAddedAdvice,
-    &kIdReusedAdvice,  &kVersionNotRaisedAdvice, &kIndexColumnsAdvice, &kLibraryRenamedAdvice,
+    &kTableKindAdvice, &kKeyMembersAdvice,       &kKeyStructureAdvice, &kReferChangedAdvice, &kReferAddedAdvice,
+    &kIdReusedAdvice,  &kVersionNotRaisedAdvice, &kSortFieldsAdvice,   &kIndexColumnsAdvice, &kLibraryRenamedAdvice,
 };
 
 }  // namespace

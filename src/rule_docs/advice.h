@@ -47,6 +47,8 @@ inline constexpr AdviceRule kVersionNotRaisedAdvice{
     {"advice.version-not-raised", 0, "", "fields were added, but the version of the library is the same"},
     Level::kNote,
     "raise the version of the library when you add a field"};
+inline constexpr AdviceRule kSortFieldsAdvice{
+    {"advice.sort-fields", 0, "", "a sorted list is sorted by other fields than before"}, Level::kNote};
 inline constexpr AdviceRule kIndexColumnsAdvice{
     {"advice.index-columns", 0, "", "the columns of an index are in another order, or sorted in another direction"},
     Level::kNote};

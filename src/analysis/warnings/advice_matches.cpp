@@ -15,6 +15,7 @@
 
 #include "analysis/warnings/entry_finder.h"
 #include "analysis/warnings/key_bytes.h"
+#include "analysis/warnings/sort_fields.h"
 
 namespace korvel {
 namespace {
@@ -172,6 +173,7 @@ class AdviceSearch {
     }
     if (table_.created_as != kCreatedAsTlv) CompareIn(RecordForm::kPacked);
     if (IsTlv(table_.old_lib) && IsTlv(table_.new_lib)) CompareIn(RecordForm::kTlv);
+    CompareSortFields();
     CompareIndexes();
     if (adds_unversioned_) AddOfTable(kVersionNotRaisedAdvice, EditKind::kLibraryVersion);
     std::ranges::stable_sort(matches_, {}, [](const AdviceMatch& match) { return match.rule->level; });
@@ -225,6 +227,14 @@ class AdviceSearch {
     for (const FieldRule& rule : kFieldRules) {
       if (!rule.applies(structures, old_entry, new_entry)) continue;
       Add({rule.rule, rule.kind, structures.old_meta, structures.new_meta, old_entry, new_entry});
+    }
+  }
+
+  void CompareSortFields() {
+    const bool is_tlv = IsTlv(table_.old_lib) && IsTlv(table_.new_lib);
+    const RecordForm form = is_tlv ? RecordForm::kTlv : RecordForm::kPacked;
+    for (const auto& [old_entry, new_entry] : ChangedSortFields(form, table_.old_meta, table_.new_meta)) {
+      Add({&kSortFieldsAdvice, EditKind::kEntryCustomAttr2, table_.old_meta, table_.new_meta, old_entry, new_entry});
     }
   }
 

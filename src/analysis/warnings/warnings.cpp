@@ -87,6 +87,10 @@ SideValue EntryValue(EditKind kind, const Side& side) {
       return {NameOf(side.entry), at("name")};
     case EditKind::kEntryMoved:
       return {NameBefore(side), at("")};
+    case EditKind::kEntryCustomAttr2: {
+      const std::optional<std::string>& attribute = side.Entry().customattr2;
+      return {attribute ? ValueText(*attribute) : "", at(attribute ? "customattr2" : "")};
+    }
     case EditKind::kEntryCount:
       return {std::to_string(side.Entry().count), at("count")};
     default:
