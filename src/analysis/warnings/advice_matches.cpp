@@ -85,7 +85,13 @@ struct Structures {
   Structures(RecordForm record_form, LPQMXMETA old_side, LPQMXMETA new_side)
       : form(record_form), old_meta(old_side), new_meta(new_side), in_old(form, old_meta), in_new(form, new_meta) {}
 
-  // The largest count that records of the old schema have in a counter; nullopt if nothing bounds it.
+  // Whether records of the old schema contain a field: packed ones lack fields with a version above that of the library.
+  bool IsWritten(LPQMXMETAENTRY old_entry) const {
+    return form == RecordForm::kTlv || qmx_get_entry_version(old_entry) <= qmx_get_metalib_version(OwnerOf(old_meta));
+  }
+
+  // The largest count that records of the old schema have in a counter; nullopt if it may be negative, or too large for any
+  // field.
   std::optional<int> LargestCount(LPQMXMETAENTRY counter) {
     if (!counts) {
       counts.emplace();
@@ -98,8 +104,10 @@ struct Structures {
     }
     const auto found = counts->find(counter);
     if (found != counts->end()) return found->second;
-    const bool is_byte = qmx_get_entry_type(counter) == QMX_TYPE_UINT8;
-    return is_byte ? std::optional<int>(std::numeric_limits<std::uint8_t>::max()) : std::nullopt;
+    const int type = qmx_get_entry_type(counter);
+    if (type == QMX_TYPE_UINT8) return std::numeric_limits<std::uint8_t>::max();
+    if (type == QMX_TYPE_UINT16) return std::numeric_limits<std::uint16_t>::max();
+    return std::nullopt;
   }
 
   RecordForm form;
@@ -110,21 +118,27 @@ struct Structures {
   std::optional<std::map<LPQMXMETAENTRY, int>> counts;  // of each counter of the old side, the smallest count of what it counts
 };
 
+// Whether the counter of an entry may have more in old records than the entry can have elements.
+bool IsCountedByOldRecords(Structures& structures, LPQMXMETAENTRY new_entry) {
+  if (!HasRefer(new_entry)) return false;
+  const LPQMXMETAENTRY counter = structures.in_old.Find(qmx_get_entry_refer(new_entry), 0);
+  if (counter == nullptr || !structures.IsWritten(counter)) return false;
+  const std::optional<int> largest = structures.LargestCount(counter);
+  return !largest || *largest > qmx_get_entry_count(new_entry);
+}
+
 bool ChangesCounter(Structures& structures, LPQMXMETAENTRY old_entry, LPQMXMETAENTRY new_entry) {
-  if (old_entry == nullptr || new_entry == nullptr) return false;
+  if (old_entry == nullptr) return false;
   const LPQMXMETAENTRY old_counter = qmx_get_entry_refer(old_entry);
   const LPQMXMETAENTRY new_counter = qmx_get_entry_refer(new_entry);
   if (old_counter == nullptr && new_counter == nullptr) return false;
-  return !IsSameField(structures.form, old_counter, new_counter);
+  if (IsSameField(structures.form, old_counter, new_counter)) return false;
+  // A field that no old record contains is as good as a new one.
+  return structures.IsWritten(old_entry) || IsCountedByOldRecords(structures, new_entry);
 }
 
-// Old records have any number in the counter, unless other fields bound it.
-bool IsCountedByOldField(Structures& structures, LPQMXMETAENTRY old_entry, LPQMXMETAENTRY new_entry) {
-  if (old_entry != nullptr || !HasRefer(new_entry)) return false;
-  const LPQMXMETAENTRY counter = structures.in_old.Find(qmx_get_entry_refer(new_entry), 0);
-  if (counter == nullptr) return false;
-  const std::optional<int> largest = structures.LargestCount(counter);
-  return !largest || *largest > qmx_get_entry_count(new_entry);
+bool AddsCounted(Structures& structures, LPQMXMETAENTRY old_entry, LPQMXMETAENTRY new_entry) {
+  return old_entry == nullptr && IsCountedByOldRecords(structures, new_entry);
 }
 
 struct FieldRule {
@@ -136,7 +150,7 @@ struct FieldRule {
 
 constexpr FieldRule kFieldRules[] = {
     {&kReferChangedAdvice, EditKind::kEntryRefer, ChangesCounter},
-    {&kReferAddedAdvice, EditKind::kEntryAdded, IsCountedByOldField},
+    {&kReferAddedAdvice, EditKind::kEntryAdded, AddsCounted},
 };
 
 // --- The walk ---
