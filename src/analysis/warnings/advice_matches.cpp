@@ -203,8 +203,8 @@ class AdviceSearch {
 
   // Both forms may have the same match.
   void Add(const AdviceMatch& match) {
-    const bool is_new = added_.insert({match.rule, match.kind, match.old_meta, match.old_entry, match.new_entry}).second;
-    if (is_new || match.old_index != nullptr) matches_.push_back(match);
+    const auto known = std::tuple(match.rule, match.kind, match.old_meta, match.old_entry, match.new_entry, match.old_index);
+    if (added_.insert(known).second) matches_.push_back(match);
   }
 
   void CompareIn(RecordForm form) {
@@ -276,7 +276,7 @@ class AdviceSearch {
   const bool is_same_version_;
   bool adds_unversioned_ = false;
   std::set<std::pair<LPQMXMETA, LPQMXMETA>> known_;
-  std::set<std::tuple<const AdviceRule*, EditKind, LPQMXMETA, LPQMXMETAENTRY, LPQMXMETAENTRY>> added_;
+  std::set<std::tuple<const AdviceRule*, EditKind, LPQMXMETA, LPQMXMETAENTRY, LPQMXMETAENTRY, LPQMXMETAINDEX>> added_;
   AdviceMatches matches_;
 };
 
