@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <iterator>
 #include <optional>
+#include <set>
+#include <string>
 #include <thread>
 #include <utility>
 
@@ -29,6 +31,32 @@ constexpr std::size_t kStepsAtOnce = 8;
 Input LoadVersion(const FileVersion& version, Git& git) {
   if (version.in_git) return LoadBytes(version.name, git.ReadFile(*version.in_git, version.name));
   return LoadInput(version.path_on_disk, git);
+}
+
+// The warnings of a table or a step that are not hidden: what changed, whatever the files and libraries are called.
+using WarningKeys = std::vector<std::string>;
+
+// REQUIRES: the sources of the result are in memory.
+WarningKeys WarningKeysOf(const TableResult& table) {
+  WarningKeys keys;
+  for (const Finding& finding : table.advice.findings) {
+    if (table.IsHidden(finding)) continue;
+    keys.push_back(table.table + '\0' + FingerprintOf("", "", finding, table.advice.edits));
+  }
+  return keys;
+}
+
+// Removes warnings with these keys, and tables that have no others. `keys` are those of each table.
+void DropKnownWarnings(const std::set<std::string>& known, const std::vector<WarningKeys>& keys,
+                       std::vector<TableResult>& tables) {
+  for (std::size_t i = 0; i < tables.size(); ++i) {
+    std::vector<Finding> others;
+    for (std::size_t k = 0; k < keys[i].size(); ++k) {
+      if (!known.contains(keys[i][k])) others.push_back(std::move(tables[i].advice.findings[k]));
+    }
+    tables[i].advice.findings = std::move(others);
+  }
+  std::erase_if(tables, [](const TableResult& table) { return table.advice.findings.empty(); });
 }
 
 // A readable version.
@@ -60,6 +88,7 @@ class HistoryChecker {
       if (!window.empty()) window.erase(window.begin(), window.end() - 1);
     }
     if (newest_) RequireUnchanged(newest_->input);
+    DropRepeatedWarnings();
     history_.reused_ids = ids_.Take();
     return std::move(history_);
   }
@@ -96,8 +125,8 @@ class HistoryChecker {
     for (const LoadedVersion& version : window) versions.push_back(&version);
     if (is_last && newest_) versions.push_back(&*newest_);
     const std::size_t steps = versions.empty() ? 0 : versions.size() - 1;
-    std::vector<VersionStep> checked(steps);
-    std::vector<NewestCheck> against_newest(steps);
+    std::vector<CheckedStep> checked(steps);
+    std::vector<CheckedVersion> against_newest(steps);
     ForEach(2 * steps, std::thread::hardware_concurrency(), [&](std::size_t i) {
       const LoadedVersion& from = *versions[i / 2];
       const LoadedVersion& to = *versions[i / 2 + 1];
@@ -107,9 +136,12 @@ class HistoryChecker {
         against_newest[i / 2] = CheckAgainstNewest(from);
       }
     });
-    std::ranges::move(checked, std::back_inserter(history_.steps));
     for (std::size_t i = 0; i < steps; ++i) {
-      if (versions[i + 1] != &*newest_) history_.against_newest.push_back(std::move(against_newest[i]));
+      history_.steps.push_back(std::move(checked[i].step));
+      step_warnings_.push_back(std::move(checked[i].warnings));
+      if (versions[i + 1] == &*newest_) continue;
+      history_.against_newest.push_back(std::move(against_newest[i].check));
+      newest_warnings_.push_back(std::move(against_newest[i].warnings));
     }
     for (std::size_t i = 0; i < versions.size(); ++i) Finish(*versions[i], i == 0 ? nullptr : versions[i - 1]);
   }
@@ -138,31 +170,74 @@ class HistoryChecker {
     return report;
   }
 
-  VersionStep CheckStep(const LoadedVersion& from, const LoadedVersion& to) const {
+  struct CheckedStep {
+    VersionStep step;
+    WarningKeys warnings;
+  };
+
+  struct CheckedVersion {
+    NewestCheck check;
+    std::vector<WarningKeys> warnings;  // of each table of NewestCheck::warned
+  };
+
+  CheckedStep CheckStep(const LoadedVersion& from, const LoadedVersion& to) const {
     VersionStep step{from.position, to.position, ReportFor(from, to)};
     AddSuggestions(step.report, false);
+    WarningKeys warnings;
     for (const TableResult& table : step.report.tables) {
       step.causes.push_back(table.status == Status::kRefused ? CauseOf(table) : RefusalCause());
+      std::ranges::move(WarningKeysOf(table), std::back_inserter(warnings));
     }
     step.sources = ReleaseSources(step.report.tables);
-    return step;
+    return {std::move(step), std::move(warnings)};
   }
 
-  NewestCheck CheckAgainstNewest(const LoadedVersion& from) const {
-    NewestCheck check{from.position};
-    std::vector<TableResult> refused;
-    for (TableResult& table : ReportFor(from, *newest_).tables) {
+  CheckedVersion CheckAgainstNewest(const LoadedVersion& from) const {
+    CheckedVersion checked{{from.position}, {}};
+    NewestCheck& check = checked.check;
+    check.warned = ReportFor(from, *newest_);
+    std::vector<TableResult> results;  // the refused tables, then those with warnings
+    std::vector<TableResult> warned;
+    for (TableResult& table : std::exchange(check.warned.tables, {})) {
+      const auto is_left_out = [&](const Finding& one) { return one.level != Level::kWarning || table.IsHidden(one); };
+      std::erase_if(table.advice.findings, is_left_out);
+      for (Finding& finding : table.advice.findings) finding.refusals.clear();  // all are waived
+      const bool is_waived = IsWaived(table);
+      if (table.status == Status::kRefused) check.refused.push_back({{}, SummaryOf(table), CauseOf(table), is_waived});
+      if (!is_waived) table.changes.reset();
+      if (!table.advice.findings.empty()) {
+        warned.push_back(table);
+        checked.warnings.push_back(WarningKeysOf(table));
+      }
       if (table.status != Status::kRefused) continue;
-      NewestRefusal refusal{{}, SummaryOf(table), CauseOf(table), IsWaived(table)};
       table.changes.reset();
       table.advice = {};
       table.baseline = from.input.name;
-      refused.push_back(std::move(table));
-      check.refused.push_back(std::move(refusal));
+      results.push_back(std::move(table));
     }
-    check.sources = ReleaseSources(refused);
-    for (std::size_t i = 0; i < refused.size(); ++i) check.refused[i].result = std::move(refused[i]);
-    return check;
+    std::ranges::move(warned, std::back_inserter(results));
+    check.sources = ReleaseSources(results);
+    for (std::size_t i = 0; i < results.size(); ++i) {
+      if (i < check.refused.size()) {
+        check.refused[i].result = std::move(results[i]);
+      } else {
+        check.warned.tables.push_back(std::move(results[i]));
+      }
+    }
+    return checked;
+  }
+
+  // A warning of an older version against the newest that a step from the version on has, too, is reported there.
+  void DropRepeatedWarnings() {
+    std::set<std::string> known;
+    std::size_t step = history_.steps.size();
+    for (std::size_t i = history_.against_newest.size(); i-- > 0;) {
+      NewestCheck& check = history_.against_newest[i];
+      for (; step > 0 && history_.steps[step - 1].from >= check.from; --step) {
+        known.insert(step_warnings_[step - 1].begin(), step_warnings_[step - 1].end());
+      }
+      DropKnownWarnings(known, newest_warnings_[i], check.warned.tables);
+    }
   }
 
   const FileVersions& file_;
@@ -174,6 +249,8 @@ class HistoryChecker {
   bool has_ids_ = false;                 // of a version
   std::optional<LoadedVersion> newest_;  // that can be read
   History history_;
+  std::vector<WarningKeys> step_warnings_;                 // of each step
+  std::vector<std::vector<WarningKeys>> newest_warnings_;  // of each check against the newest version, as CheckedVersion
 };
 
 void RequireKnown(const std::vector<std::string>& unknown_tables) {
@@ -194,26 +271,29 @@ void RequireCompared(const Histories& histories) {
   throw InputError{{ToolMessage("nothing was compared: only the last version has such a table")}};
 }
 
-// Moves what is wrong with waivers from the steps to the histories, each once. That a waiver covers nothing in some step means
-// nothing: it is for another one.
+// Moves findings about the project file, each once. That a waiver covers nothing in some check means nothing: it is for another
+// one.
+void MoveProjectFindings(Report& report, std::vector<ProjectFinding>& all) {
+  for (ProjectFinding& finding : std::exchange(report.project, {})) {
+    if (finding.rule == "waiver.unused") continue;
+    const auto is_same = [&](const ProjectFinding& one) {
+      return one.rule == finding.rule && one.position.line == finding.position.line &&
+             one.position.column == finding.position.column;
+    };
+    const auto known = std::ranges::find_if(all, is_same);
+    if (known == all.end()) {
+      all.push_back(std::move(finding));
+    } else if (finding.level == ProjectFinding::Level::kError && known->level != finding.level) {
+      *known = std::move(finding);
+    }
+  }
+}
+
 void CollectProjectFindings(Histories& histories) {
   std::vector<ProjectFinding>& all = histories.project;
   for (History& history : histories.files) {
-    for (VersionStep& step : history.steps) {
-      for (ProjectFinding& finding : std::exchange(step.report.project, {})) {
-        if (finding.rule == "waiver.unused") continue;
-        const auto is_same = [&](const ProjectFinding& one) {
-          return one.rule == finding.rule && one.position.line == finding.position.line &&
-                 one.position.column == finding.position.column;
-        };
-        const auto known = std::ranges::find_if(all, is_same);
-        if (known == all.end()) {
-          all.push_back(std::move(finding));
-        } else if (finding.level == ProjectFinding::Level::kError && known->level != finding.level) {
-          *known = std::move(finding);
-        }
-      }
-    }
+    for (VersionStep& step : history.steps) MoveProjectFindings(step.report, all);
+    for (NewestCheck& check : history.against_newest) MoveProjectFindings(check.warned, all);
   }
   std::ranges::stable_sort(all, {}, [](const ProjectFinding& one) { return one.position.line; });
 }

@@ -301,6 +301,64 @@ TEST_F(WarningTest, HistoryShowsWarningsOfSteps) {
   EXPECT_EQ(json["files"][0]["steps"][0]["tables"][0]["warnings"][0]["rule"], "advice.refer-changed");
 }
 
+// A field is removed and comes back with another counter: no step changes a counter. History was silent.
+class WarningAgainstNewestTest : public WarningTest {
+ protected:
+  WarningAgainstNewestTest() {
+    const std::string n = "<entry name=\"n\" type=\"uint8\" id=\"1\"/>";
+    const std::string items = "<entry name=\"items\" type=\"uint32\" id=\"2\" count=\"4\" refer=";
+    WriteVersion(1, 4, n + items + "\"n\"/>");
+    WriteVersion(2, 40, n);
+    WriteVersion(3, 40, n + "<entry name=\"m\" type=\"uint8\" id=\"3\"/>" + items + "\"m\"/>");
+    WriteVersion(4, 44, n + "<entry name=\"m\" type=\"uint8\" id=\"3\"/>" + items + "\"m\"/>");
+  }
+  void WriteVersion(int number, int size, const std::string& fields) const {
+    const std::string box = "<meta name=\"box\">" + fields + "<entry name=\"pad\" id=\"5\" type=\"bytes\" size=\"" +
+                            std::to_string(size) + "\"/></meta>";
+    Write("v" + std::to_string(number) + ".xml",
+          Library(number, {box, Table({.fields = "<entry name=\"b\" id=\"9\" type=\"box\"/>"})}, "TLV"));
+  }
+  Outcome History(const std::vector<std::string>& more = {}) const {
+    return Run(Joined({"history", "v1.xml", "v2.xml", "v3.xml", "v4.xml"}, more));
+  }
+};
+
+TEST_F(WarningAgainstNewestTest, IsReportedInEveryFormat) {
+  const Outcome outcome = History();
+  EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
+  EXPECT_THAT(outcome.out, HasSubstr("\nv1.xml -> v4.xml: allowed\n  v4.xml:3:1: allowed: table orders\n  v4.xml:2:"));
+  EXPECT_THAT(outcome.out, HasSubstr(": warning [advice.refer-changed] "));
+  EXPECT_THAT(outcome.out, HasSubstr("\nv2.xml -> v4.xml: allowed\n0 of 3 steps refused"));
+  EXPECT_THAT(outcome.out, HasSubstr("; 1 warning\n"));
+  for (const char* const format : {"sarif", "junit", "github", "gitlab", "markdown", "html", "json"}) {
+    EXPECT_THAT(History({"--format", format}).out, HasSubstr("advice.refer-changed")) << format;
+  }
+  const auto json = nlohmann::json::parse(History({"--format", "json"}).out);
+  const auto& warnings = json["files"][0]["against_newest"][0]["warnings"];
+  ASSERT_EQ(warnings.size(), 1u);
+  EXPECT_EQ(warnings[0]["table"], "orders");
+  EXPECT_EQ(warnings[0]["warning"]["path"], "orders.b.items");
+  EXPECT_TRUE(json["files"][0]["against_newest"][1]["warnings"].empty());
+}
+
+TEST_F(WarningAgainstNewestTest, FailsTheCallUnlessItIsWaived) {
+  EXPECT_EQ(History({"--fail-on", "warning"}).exit_code, 1);
+  Write("korvelcheck.toml",
+        "[[waivers]]\ntable = \"orders\"\nrule = \"advice.refer-changed\"\nentry = \"b.items\"\nreason = \"no records\"\n"
+        "until = 2026-01-01\n");
+  const Outcome waived = History({"--fail-on", "warning"});
+  EXPECT_EQ(waived.exit_code, 0) << waived.out;
+  EXPECT_THAT(waived.out, HasSubstr(": waived [advice.refer-changed] "));
+}
+
+// A step with the same change has reported it.
+TEST_F(WarningAgainstNewestTest, IsNotRepeated) {
+  Write("same.xml", Read("fixed.xml"));
+  const Outcome outcome = Run({"history", "counted.xml", "fixed.xml", "same.xml"});
+  EXPECT_THAT(outcome.out, HasSubstr("\ncounted.xml -> same.xml: allowed\n0 of 2 steps refused"));
+  EXPECT_THAT(outcome.out, HasSubstr("; 1 warning\n"));
+}
+
 // A structure drops a field, and a later version gives its id to a field of another type.
 class ReusedIdTest : public WarningTest {
  protected:

@@ -65,6 +65,7 @@ class HistoryText {
   void AddAgainstNewest(const NewestCheck& check) {
     text_ += Heading(check.from, history_.steps.back().to, !check.refused.empty());
     for (const NewestRefusal& refusal : check.refused) AddRefusal(check, refusal);
+    text_ += Indented(RenderTablesText(check.warned, color_));
   }
 
   void AddRefusal(const NewestCheck& check, const NewestRefusal& refusal) {

@@ -73,7 +73,11 @@ class FileSection {
     html_ += "<h3 id=\"" + StepId(step.to) + "\">Step " + std::to_string(NumberOf(history_, step)) + ": " +
              Code(history_.versions[step.from].name) + " \u2192 " + Code(history_.versions[step.to].name) + " " +
              VersionBadge(step.Refused()) + "</h3>\n";
-    const std::string tables = RenderTablesText(step.report, false);
+    AddTables(step.report);
+  }
+
+  void AddTables(const Report& report) {
+    const std::string tables = RenderTablesText(report, false);
     if (!tables.empty()) html_ += "<pre class=\"step\">" + Lines(tables) + "</pre>\n";
   }
 
@@ -97,6 +101,12 @@ class FileSection {
       }
     }
     if (!items.empty()) html_ += "<h3>Refused from an older version to the newest</h3>\n" + List(items);
+    for (const NewestCheck& check : history_.against_newest) {
+      if (check.warned.tables.empty()) continue;
+      html_ += "<h3>Warnings that no step has: " + Code(history_.versions[check.from].name) + " \u2192 " +
+               Code(history_.versions[history_.steps.back().to].name) + "</h3>\n";
+      AddTables(check.warned);
+    }
   }
 
   void AddSelect(const char* label, std::size_t selected) {

@@ -74,7 +74,21 @@ class HistoryJson {
     json_.Begin("refused", '[');
     for (const NewestRefusal& refusal : check.refused) json_.Add(ToJson(check, refusal));
     json_.End();
+    json_.Begin("warnings", '[');
+    WriteWarnings(check.warned);
     json_.End();
+    json_.End();
+  }
+
+  void WriteWarnings(const Report& warned) {
+    const FoldedReport folded(warned);
+    const TextRanges ranges(LocationsOf(folded));
+    for (const FoldedFinding& one : folded.findings()) {
+      const Finding& finding = *one.finding;
+      if (!IsAdvice(finding)) continue;
+      const Edit& edit = one.table->EditsFor(finding)[finding.edits.front()];
+      json_.Add({{"table", one.table->table}, {"warning", AdviceToJson(finding, edit, ranges)}, {"also", AlsoOf(folded, one)}});
+    }
   }
 
   Json ToJson(const NewestCheck& check, const NewestRefusal& refusal) const {

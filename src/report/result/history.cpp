@@ -14,6 +14,12 @@
 namespace korvel {
 namespace {
 
+bool FailsForWarnings(const Report& warned) {
+  return std::ranges::any_of(warned.tables, [&](const TableResult& table) {
+    return std::ranges::any_of(table.advice.findings, [&](const Finding& finding) { return Fails(warned, finding); });
+  });
+}
+
 bool IsRefused(const TableResult& table) { return table.status == Status::kRefused; }
 
 // The findings about the refusal that the checker reports for the whole change. It stops at the first refusal, so other findings
@@ -73,7 +79,9 @@ bool Histories::Refused() const { return std::ranges::any_of(files, &History::Re
 bool Histories::Fails() const {
   const auto step_fails = [](const VersionStep& step) { return CountFailing(step.report) > 0; };
   const auto is_open = [](const NewestRefusal& refusal) { return !refusal.is_waived; };
-  const auto check_fails = [&](const NewestCheck& check) { return std::ranges::any_of(check.refused, is_open); };
+  const auto check_fails = [&](const NewestCheck& check) {
+    return std::ranges::any_of(check.refused, is_open) || FailsForWarnings(check.warned);
+  };
   const auto fails = [&](const History& history) {
     return std::ranges::any_of(history.steps, step_fails) || std::ranges::any_of(history.against_newest, check_fails) ||
            (fails_on_warnings && !history.reused_ids.empty());
@@ -135,6 +143,7 @@ std::size_t NumberOf(const History& history, const VersionStep& step) {
 std::size_t CountAdvice(const History& history, Level level) {
   std::size_t count = level == kIdReusedAdvice.level ? history.reused_ids.size() : 0;
   for (const VersionStep& step : history.steps) count += FoldedReport(step.report).Count(level).all;
+  for (const NewestCheck& check : history.against_newest) count += FoldedReport(check.warned).Count(level).all;
   return count;
 }
 
@@ -155,6 +164,20 @@ ProjectFinding ToProjectFinding(const History& history, const ReusedId& reused, 
                   use(reused.after) + "; was: " + use(reused.before),
           .suggestion = reused.suggestion,
           .level = fails ? ProjectFinding::Level::kError : ProjectFinding::Level::kWarning};
+}
+
+// What no step has: refused tables, and those with warnings.
+void AddAgainstNewest(const History& history, const NewestCheck& check, std::vector<TableResult>& tables) {
+  for (const NewestRefusal& refusal : check.refused) {
+    const auto is_it = [&](const TableResult& table) { return table.table == refusal.result.table; };
+    const bool is_warned = std::ranges::any_of(check.warned.tables, is_it);
+    if (!refusal.is_waived && !is_warned && FindStep(history, check.from, refusal).step == nullptr)
+      tables.push_back(refusal.result);
+  }
+  for (const TableResult& table : check.warned.tables) {
+    tables.push_back(table);
+    tables.back().baseline = history.versions[check.from].name;
+  }
 }
 
 }  // namespace
@@ -178,11 +201,7 @@ Report ReportOf(const Histories& histories) {
         report.tables.back().baseline = history.versions[step.from].name;
       }
     }
-    for (const NewestCheck& check : history.against_newest) {
-      for (const NewestRefusal& refusal : check.refused) {
-        if (!refusal.is_waived && FindStep(history, check.from, refusal).step == nullptr) report.tables.push_back(refusal.result);
-      }
-    }
+    for (const NewestCheck& check : history.against_newest) AddAgainstNewest(history, check, report.tables);
   }
   return report;
 }

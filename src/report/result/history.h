@@ -67,6 +67,9 @@ struct NewestRefusal {
 struct NewestCheck {
   std::size_t from = 0;
   std::vector<NewestRefusal> refused = {};
+  // The tables with warnings that no step from the version on has. Refused ones are in `refused`, too; here, they have changes
+  // only if they are waived. Without notes, which are about the change of one step.
+  Report warned = {};
   std::vector<std::shared_ptr<const ReleasedSource>> sources = {};
 };
 
@@ -123,11 +126,12 @@ FoundStep FindStep(const History& history, std::size_t from, const NewestRefusal
 // The number of a step, from 1.
 std::size_t NumberOf(const History& history, const VersionStep& step);
 
-// The warnings or notes of all steps and, as warnings, the reused ids, each once for each step.
+// The warnings or notes of all steps and comparisons with the newest version, each once for each of them; and, as warnings, the
+// reused ids.
 std::size_t CountAdvice(const History& history, Level level);
 
 // All steps as one report, for formats that list findings: the tables name the version that they are compared with. A table that
-// only the comparison with the newest version refuses follows the steps. Borrows the histories.
+// only the comparison with the newest version refuses, or warns about, follows the steps. Borrows the histories.
 Report ReportOf(const Histories& histories);
 
 }  // namespace korvel
