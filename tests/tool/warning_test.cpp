@@ -404,6 +404,42 @@ TEST_F(ReusedIdTest, SameTypeIsNoReuse) {
   EXPECT_THAT(History({"v1.xml", "v2.xml", "v3.xml"}).out, Not(HasSubstr("advice.id-reused")));
 }
 
+// Only another type was reported: the records of the first version did not read back.
+TEST_F(ReusedIdTest, SmallerSizeOrCountIsReported) {
+  const std::pair<std::string, std::string> kPairs[] = {
+      {"type=\"string\" size=\"64\"", "type=\"string\" size=\"8\""},
+      {"type=\"uint32\" count=\"5\"", "type=\"uint32\" count=\"2\""},
+  };
+  for (const auto& [large, small] : kPairs) {
+    WriteVersion(1, "<entry name=\"x\" id=\"2\" " + large + "/>");
+    WriteVersion(2, "");
+    WriteVersion(3, "<entry name=\"y\" id=\"2\" " + small + "/>");
+    EXPECT_THAT(History({"v1.xml", "v2.xml", "v3.xml"}).out, HasSubstr("[advice.id-reused]")) << small;
+    WriteVersion(1, "<entry name=\"x\" id=\"2\" " + small + "/>");
+    WriteVersion(3, "<entry name=\"y\" id=\"2\" " + large + "/>");
+    EXPECT_THAT(History({"v1.xml", "v2.xml", "v3.xml"}).out, Not(HasSubstr("[advice.id-reused]"))) << large;
+  }
+  WriteVersion(1, "<entry name=\"x\" id=\"2\" type=\"uint32\" count=\"5\"/>");
+  WriteVersion(3, "<entry name=\"y\" id=\"2\" type=\"uint32\"/>");
+  EXPECT_THAT(History({"v1.xml", "v2.xml", "v3.xml"}).out, HasSubstr("\n  was: x, uint32, count 5, in v1.xml (v1.xml:2:"));
+}
+
+// Structures were found by their names, which records do not contain.
+TEST_F(ReusedIdTest, RenamedStructureIsTheSame) {
+  const auto rename = [&](const std::string& file) {
+    std::string text = Read(file);
+    for (std::size_t at = 0; (at = text.find("\"item\"", at)) != std::string::npos;) text.replace(at, 6, "\"part\"");
+    Write(file, text);
+  };
+  WriteVersion(1, "<entry name=\"x\" id=\"2\" type=\"uint32\"/>");
+  WriteVersion(2, "");
+  WriteVersion(3, "<entry name=\"y\" id=\"2\" type=\"float\"/>");
+  rename("v2.xml");
+  rename("v3.xml");
+  EXPECT_THAT(History({"v1.xml", "v2.xml", "v3.xml"}).out,
+              HasSubstr("[advice.id-reused] a field got the id of a removed field with another type: id 2 of part\n"));
+}
+
 // The refusal of the step says it already.
 TEST_F(ReusedIdTest, ChangeOfTypeInOneStepIsNoReuse) {
   WriteVersion(1, "<entry name=\"x\" id=\"2\" type=\"uint32\"/>");

@@ -13,21 +13,31 @@
 
 namespace korvel {
 
-// An id of TLV fields that a version uses with another type than an earlier version, after it was not used in between.
+// A path from a table to a field or a structure, as in Finding::path.
+struct FieldPath {
+  std::string table;
+  std::string path;  // "orders.items[].price"
+};
+
+// An id of TLV fields that a version uses with another type than an earlier version, or with a smaller size or count, after it
+// was not used in between.
 struct ReusedId {
   struct Use {
     std::size_t version = 0;  // position in History::versions
     std::string field;
-    std::string type;      // "uint32"
+    std::string type;      // "string(16), count 4"
     std::string location;  // "v1.xml:3:5"
     qmx::LineColumn position = {};
   };
-  std::string meta;  // the structure with both fields
+  std::string meta;  // the structure with the later field
   int id = 0;
   Use before;  // in the last version before the id was not used
   Use after;
-  std::string suggestion;
-  std::string fingerprint;
+  std::vector<FieldPath> paths = {};  // to the later field; at least 1, at most kMaxPaths
+  std::string file = {};              // of the later version, as Source::path_in_project
+  std::string change = {};            // "id 2 of box: note, string(16) -> memo, uint32"
+  std::string suggestion = {};
+  std::string fingerprint = {};  // of file, library, rule and change
 };
 
 // The change that brought about the refusal of a table: that of the finding whose text is the text of the table. If several
