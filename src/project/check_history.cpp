@@ -16,6 +16,7 @@
 #include "project/git.h"
 #include "project/id_history.h"
 #include "project/load_inputs.h"
+#include "project/reused_id_waivers.h"
 #include "project/waivers.h"
 #include "report/result/released_tables.h"
 #include "report/result/summary.h"
@@ -90,6 +91,7 @@ class HistoryChecker {
     if (newest_) RequireUnchanged(newest_->input);
     DropRepeatedWarnings();
     history_.reused_ids = ids_.Take();
+    if (options_.project != nullptr) WaiveReusedIds(*options_.project, history_.reused_ids);
     return std::move(history_);
   }
 

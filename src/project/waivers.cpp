@@ -214,7 +214,7 @@ void ReportWaivers(const Project& project, const std::vector<WaiverUse>& uses, W
     } else if (use.state == WaiverState::kUnused && !use.instead.empty()) {
       note("waiver.unused", Describe(*use.waiver) + " does not cover the change that is there now: " + OneLine(use.instead),
            "revert the change, or have it accepted anew", lenient);
-    } else if (use.state == WaiverState::kUnused && policy.all_compared) {
+    } else if (use.state == WaiverState::kUnused && policy.all_compared && use.waiver->rule != kIdReusedAdvice.row.id) {
       note("waiver.unused", Describe(*use.waiver) + " matches no finding", "remove it", lenient);
     }
   }

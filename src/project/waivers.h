@@ -46,7 +46,8 @@ struct WaiverPolicy {
 };
 
 // Adds to the report what is wrong with waivers. Malformed ones are errors, and so are expired ones whose finding fails its table
-// again. Others that expired, and those that are not needed, are warnings. REQUIRES: Report::fails_on_warnings is set.
+// again. Others that expired, and those that are not needed, are warnings; a waiver of a reused id may be for a history.
+// REQUIRES: Report::fails_on_warnings is set.
 void ReportWaivers(const Project& project, const std::vector<WaiverUse>& uses, WaiverPolicy policy, Report& report);
 
 // Both for all project files of a call. `policy` is for the first; the others compare all schemas only if they are covered, too.

@@ -386,7 +386,8 @@ TEST_F(ReusedIdTest, IsReportedAcrossVersionsWithBothLocations) {
               HasSubstr("\nwarning [advice.id-reused] a field got the id of a removed field with another type: id 2 of item\n"
                         "  new: y, float, in v4.xml (v4.xml:2:"));
   EXPECT_THAT(outcome.out, HasSubstr(")\n  was: x, uint32, in v1.xml (v1.xml:2:"));
-  EXPECT_THAT(outcome.out, HasSubstr(")\n  suggestion: give y an id that no version has used\n"));
+  EXPECT_THAT(outcome.out, HasSubstr(")\n  path: orders.i.y\n  change: id 2 of item: x, uint32 -> y, float\n"
+                                     "  suggestion: give y an id that no version has used\n  fingerprint: "));
   EXPECT_THAT(outcome.out, HasSubstr("; 1 warning\n"));
   EXPECT_EQ(History(versions, {"--fail-on", "warning"}).exit_code, 1);
   const auto reused = nlohmann::json::parse(History(versions, {"--format", "json"}).out)["files"][0]["reused_ids"];
@@ -438,6 +439,55 @@ TEST_F(ReusedIdTest, RenamedStructureIsTheSame) {
   rename("v3.xml");
   EXPECT_THAT(History({"v1.xml", "v2.xml", "v3.xml"}).out,
               HasSubstr("[advice.id-reused] a field got the id of a removed field with another type: id 2 of part\n"));
+}
+
+// Reused ids failed histories for ever.
+TEST_F(ReusedIdTest, CanBeWaived) {
+  WriteVersion(1, "<entry name=\"x\" id=\"2\" type=\"uint32\"/>");
+  WriteVersion(2, "");
+  WriteVersion(3, "<entry name=\"y\" id=\"2\" type=\"float\"/>");
+  WriteVersion(4, "");
+  const std::vector<std::string> versions = {"v1.xml", "v2.xml", "v3.xml", "v4.xml"};
+  const auto reused = nlohmann::json::parse(History(versions, {"--format", "json"}).out)["files"][0]["reused_ids"][0];
+  EXPECT_EQ(reused["path"], "orders.i.y");
+  EXPECT_EQ(reused["change"], "id 2 of item: x, uint32 -> y, float");
+  const std::string named = "[[waivers]]\ntable = \"orders\"\nrule = \"advice.id-reused\"\n";
+  const std::string exact = "path = \"orders.i.y\"\nchange = \"id 2 of item: x, uint32 -> y, float\"\nfile = \"v3.xml\"\n";
+  const std::string fingerprint = "fingerprint = \"" + reused["fingerprint"].get<std::string>() + "\"\n";
+  const std::string reason = "reason = \"no records\"\nuntil = ";
+  for (const std::string& finding : {exact, exact + fingerprint, std::string("entry = \"i.y\"\n")}) {
+    Write("korvelcheck.toml", named + finding + reason + "2026-01-01\n");
+    const Outcome outcome = History(versions, {"--fail-on", "warning"});
+    EXPECT_EQ(outcome.exit_code, 0) << outcome.out;
+    EXPECT_THAT(outcome.out, HasSubstr("\nwaived [advice.id-reused] "));
+    EXPECT_THAT(History(versions, {"--format", "html"}).out, HasSubstr("waived [advice.id-reused] "));
+    EXPECT_EQ(History(versions, {"--fail-on", "warning", "--format", "sarif"}).exit_code, 0);
+  }
+  const std::string other = "path = \"orders.i.y\"\nchange = \"id 2 of item: x, uint32 -> y, double\"\nfile = \"v3.xml\"\n";
+  for (const std::string& text : {named + other + reason + "2026-01-01\n", named + exact + reason + "2025-12-31\n"}) {
+    Write("korvelcheck.toml", text);
+    EXPECT_EQ(History(versions, {"--fail-on", "warning"}).exit_code, 1) << text;
+  }
+}
+
+TEST_F(ReusedIdTest, IsOnTheHtmlPage) {
+  WriteVersion(1, "<entry name=\"x\" id=\"2\" type=\"uint32\"/>");
+  WriteVersion(2, "");
+  WriteVersion(3, "<entry name=\"y\" id=\"2\" type=\"float\"/>");
+  EXPECT_THAT(History({"v1.xml", "v2.xml", "v3.xml"}, {"--format", "html"}).out,
+              HasSubstr("<h3>Reused ids</h3>\nwarning [advice.id-reused] "));
+}
+
+// A waiver for a history was reported as unused.
+TEST_F(ReusedIdTest, ItsWaiverIsNoConcernOfCheck) {
+  WriteVersion(1, "");
+  Write("korvelcheck.toml",
+        "[schemas]\npaths = [\"v1.xml\"]\n[[waivers]]\ntable = \"orders\"\nrule = \"advice.id-reused\"\nentry = \"i.y\"\n"
+        "reason = \"no records\"\nuntil = 2026-01-01\n");
+  Commit("first");
+  const Outcome outcome = Run({"check", "--against", "git:HEAD", "--strict-waivers"});
+  EXPECT_EQ(outcome.exit_code, 0) << outcome.out;
+  EXPECT_THAT(outcome.out, Not(HasSubstr("waiver.unused")));
 }
 
 // The refusal of the step says it already.

@@ -68,11 +68,11 @@ Json PositionsOf(const std::vector<std::size_t>& edits, const FoldedEdits& liste
   return json;
 }
 
+}  // namespace
+
 Json ToJson(const std::optional<Waiver>& waiver) {
   return waiver ? Json{{"reason", waiver->reason}, {"until", waiver->until}, {"wide", waiver->is_wide}} : Json();
 }
-
-}  // namespace
 
 Json ToJson(const Verdict& verdict) {
   return {{"code", verdict.code},

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 
 #include "report/result/fold_edits.h"
@@ -24,6 +25,9 @@ nlohmann::ordered_json ToJson(const TextRange& range);
 nlohmann::ordered_json LocationToJson(const std::string& file, const qmx::LineColumn& position);
 
 nlohmann::ordered_json ToJson(const Verdict& verdict);
+
+// Null for none.
+nlohmann::ordered_json ToJson(const std::optional<Waiver>& waiver);
 
 // `ranges` has the locations of the edit or finding.
 nlohmann::ordered_json ToJson(const Edit& edit, EditStatus status, const TextRanges& ranges);

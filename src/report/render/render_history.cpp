@@ -93,9 +93,12 @@ class HistoryText {
         return OneLine(one.field) + ", " + OneLine(one.type) + ", in " + Name(one.version) +
                (one.location.empty() ? "" : " (" + one.location + ")") + "\n";
       };
-      text_ += std::string(WordOf(kIdReusedAdvice.level)) + " [" + kIdReusedAdvice.row.id + "] " + kIdReusedAdvice.row.summary +
-               ": id " + std::to_string(reused.id) + " of " + OneLine(reused.meta) + "\n  new: " + use(reused.after) +
-               "  was: " + use(reused.before) + "  suggestion: " + reused.suggestion + "\n";
+      const char* const word = reused.waiver ? "waived" : WordOf(kIdReusedAdvice.level);
+      text_ += std::string(word) + " [" + kIdReusedAdvice.row.id + "] " + kIdReusedAdvice.row.summary + ": id " +
+               std::to_string(reused.id) + " of " + OneLine(reused.meta) + "\n  new: " + use(reused.after) +
+               "  was: " + use(reused.before) + "  path: " + OneLine(reused.Path().path) + "\n  change: " + reused.change + "\n" +
+               (reused.waiver ? "  " + ToText(*reused.waiver) + "\n" : "") + "  suggestion: " + reused.suggestion +
+               "\n  fingerprint: " + reused.fingerprint + "\n";
     }
   }
 

@@ -7,6 +7,7 @@
 #include "report/render/html_text.h"
 #include "report/render/render.h"
 #include "report/result/words.h"
+#include "rule_docs/advice.h"
 
 namespace korvel {
 namespace {
@@ -40,6 +41,7 @@ class FileSection {
     AddVersions();
     for (const VersionStep& step : history_.steps) AddStep(step);
     AddAgainstNewest();
+    AddReusedIds();
     if (!history_.texts.texts().empty()) AddComparison();
     return std::move(html_ += "</section>\n");
   }
@@ -107,6 +109,16 @@ class FileSection {
                Code(history_.versions[history_.steps.back().to].name) + "</h3>\n";
       AddTables(check.warned);
     }
+  }
+
+  void AddReusedIds() {
+    std::vector<std::string> items;
+    for (const ReusedId& reused : history_.reused_ids) {
+      const std::string word = reused.waiver ? "waived" : WordOf(kIdReusedAdvice.level);
+      items.push_back(word + " [" + kIdReusedAdvice.row.id + "] " + DescriptionOf(history_, reused) +
+                      "; suggestion: " + reused.suggestion + (reused.waiver ? "; " + ToText(*reused.waiver) : ""));
+    }
+    if (!items.empty()) html_ += "<h3>Reused ids</h3>\n" + List(items);
   }
 
   void AddSelect(const char* label, std::size_t selected) {

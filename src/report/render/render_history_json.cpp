@@ -118,8 +118,13 @@ class HistoryJson {
             {"id", reused.id},
             {"before", use(reused.before)},
             {"after", use(reused.after)},
+            {"table", reused.Path().table},
+            {"path", reused.Path().path},
+            {"change", reused.change},
+            {"file", reused.file},
             {"suggestion", reused.suggestion},
-            {"fingerprint", reused.fingerprint}};
+            {"fingerprint", reused.fingerprint},
+            {"waiver", korvel::ToJson(reused.waiver)}};
   }
 
   const History& history_;

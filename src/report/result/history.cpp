@@ -82,9 +82,10 @@ bool Histories::Fails() const {
   const auto check_fails = [&](const NewestCheck& check) {
     return std::ranges::any_of(check.refused, is_open) || FailsForWarnings(check.warned);
   };
+  const auto is_open_reuse = [](const ReusedId& reused) { return !reused.waiver; };
   const auto fails = [&](const History& history) {
     return std::ranges::any_of(history.steps, step_fails) || std::ranges::any_of(history.against_newest, check_fails) ||
-           (fails_on_warnings && !history.reused_ids.empty());
+           (fails_on_warnings && std::ranges::any_of(history.reused_ids, is_open_reuse));
   };
   return CountErrors(project) > 0 || std::ranges::any_of(files, fails);
 }
@@ -95,6 +96,14 @@ std::vector<std::string> Histories::Faults() const {
     for (const VersionInfo& version : history.versions) std::ranges::copy(version.faults, std::back_inserter(faults));
   }
   return faults;
+}
+
+std::string DescriptionOf(const History& history, const ReusedId& reused) {
+  const auto use = [&](const ReusedId::Use& one) {
+    return one.field + ", " + one.type + ", in " + history.versions[one.version].name;
+  };
+  return std::string(kIdReusedAdvice.row.summary) + ": id " + std::to_string(reused.id) + " of " + reused.meta + ": " +
+         use(reused.after) + "; was: " + use(reused.before);
 }
 
 const char* VerdictText(bool refused) { return refused ? "refused" : "allowed"; }
@@ -154,16 +163,12 @@ ProjectFinding Unreadable(const VersionInfo& version, const std::string& fault) 
 }
 
 ProjectFinding ToProjectFinding(const History& history, const ReusedId& reused, bool fails) {
-  const auto use = [&](const ReusedId::Use& one) {
-    return one.field + ", " + one.type + ", in " + history.versions[one.version].name;
-  };
   return {.rule = kIdReusedAdvice.row.id,
           .file = history.versions[reused.after.version].name,
           .position = reused.after.position,
-          .text = std::string(kIdReusedAdvice.row.summary) + ": id " + std::to_string(reused.id) + " of " + reused.meta + ": " +
-                  use(reused.after) + "; was: " + use(reused.before),
+          .text = DescriptionOf(history, reused) + (reused.waiver ? "; " + ToText(*reused.waiver) : ""),
           .suggestion = reused.suggestion,
-          .level = fails ? ProjectFinding::Level::kError : ProjectFinding::Level::kWarning};
+          .level = fails && !reused.waiver ? ProjectFinding::Level::kError : ProjectFinding::Level::kWarning};
 }
 
 // What no step has: refused tables, and those with warnings.

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -38,6 +39,9 @@ struct ReusedId {
   std::string change = {};            // "id 2 of box: note, string(16) -> memo, uint32"
   std::string suggestion = {};
   std::string fingerprint = {};  // of file, library, rule and change
+  std::optional<Waiver> waiver = {};
+
+  const FieldPath& Path() const { return paths.front(); }
 };
 
 // The change that brought about the refusal of a table: that of the finding whose text is the text of the table. If several
@@ -116,6 +120,9 @@ struct Histories {
   // The faults of all versions, in the order of the histories.
   std::vector<std::string> Faults() const;
 };
+
+// "a field got the id of a removed field with another type: id 2 of box: memo, uint32, in v3.xml; was: ..."
+std::string DescriptionOf(const History& history, const ReusedId& reused);
 
 // "refused" or "allowed"
 const char* VerdictText(bool refused);
