@@ -90,6 +90,34 @@ TEST_F(HistoryTest, NamesTheChangeThatTheTextIsAbout) {
   EXPECT_EQ(refused["step_has_cause"], true);
 }
 
+// The checker refuses the whole change by another rule than the change alone. Then the change was not found in the step, and the
+// place of the table in the new file was shown as the old one.
+TEST_F(HistoryTest, NamesTheChangeIfAnotherRuleRefusesItAlone) {
+  const auto version = [](int number, int count, int size, const std::string& more) {
+    const std::string b = "<meta name=\"b\"><entry name=\"p\" type=\"uint8\" count=\"" + std::to_string(count) +
+                          "\" id=\"1\"/><entry name=\"q\" type=\"bytes\" size=\"" + std::to_string(size) + "\" id=\"2\"/></meta>";
+    return Library(number, {b, Table({.fields = "<entry name=\"b\" id=\"2\" type=\"b\"/>" + more})}, "TLV");
+  };
+  Write("t1.xml", version(1, 8, 8, ""));
+  Write("t2.xml", version(2, 4, 64, ""));
+  Write("t3.xml", version(3, 4, 64, "<entry name=\"more\" id=\"3\" type=\"uint8\" version=\"3\"/>"));
+  const Outcome outcome = Run({"history", "t1.xml", "t2.xml", "t3.xml"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_THAT(outcome.out, HasSubstr("table orders: refused [field.count-tlv] "));
+  EXPECT_THAT(outcome.out, HasSubstr("\n    caused by: count of p: 8 -> 4, in step 1: t1.xml -> t2.xml\n    path: orders.b.p\n"
+                                     "    new: t3.xml:2:"));
+  EXPECT_THAT(outcome.out, HasSubstr("\n    was: t1.xml:2:"));
+}
+
+// The step was said to have refused something else, because it also lowered the version.
+TEST_F(HistoryTest, NamesTheStepThatRemovedATable) {
+  Write("more.xml", Library(6, {Table(), Table({.name = "carts"})}));
+  Write("v0.xml", Library(5, {Table()}));
+  Write("last.xml", Library(7, {Table()}));
+  EXPECT_THAT(Run({"history", "more.xml", "v0.xml", "last.xml"}).out,
+              HasSubstr("\n    caused by: the table was removed, in step 1: more.xml -> v0.xml\n"));
+}
+
 TEST_F(HistoryTest, JsonMatchesText) {
   const Outcome outcome = Run({"history", "v1.xml", "v2.xml", "v3.xml", "--format", "json"});
   EXPECT_EQ(outcome.exit_code, 1);

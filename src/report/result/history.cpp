@@ -22,17 +22,28 @@ bool FailsForWarnings(const Report& warned) {
 
 bool IsRefused(const TableResult& table) { return table.status == Status::kRefused; }
 
-// The findings about the refusal that the checker reports for the whole change. It stops at the first refusal, so other findings
-// have other texts. If the text of no finding is the same, because several changes add to it, those of the same rule.
-std::vector<const Finding*> FindCauses(const TableResult& result) {
-  std::vector<const Finding*> same_rule;
-  if (!result.changes) return same_rule;
-  for (const Finding& finding : result.changes->findings) {
-    if (finding.verdict.rule != result.verdict.rule || finding.verdict.code != result.verdict.code) continue;
-    if (finding.verdict.text == result.verdict.text) return {&finding};
-    same_rule.push_back(&finding);
+std::vector<const Finding*> Select(const std::vector<Finding>& findings, auto condition) {
+  std::vector<const Finding*> selected;
+  for (const Finding& finding : findings) {
+    if (condition(finding)) selected.push_back(&finding);
   }
-  return same_rule;
+  return selected;
+}
+
+// The findings about the refusal that the checker reports for the whole change. It stops at the first refusal, so other findings
+// have other texts. If the text of no finding is the same, because several changes add to it, those of the same rule; if other
+// rules refuse the changes alone, those of the same code, else all.
+std::vector<const Finding*> FindCauses(const TableResult& result) {
+  if (!result.changes) return {};
+  const std::vector<Finding>& findings = result.changes->findings;
+  const Verdict& whole = result.verdict;
+  const auto has_code = [&](const Finding& one) { return one.verdict.code == whole.code; };
+  const auto has_rule = [&](const Finding& one) { return has_code(one) && one.verdict.rule == whole.rule; };
+  const auto has_text = [&](const Finding& one) { return has_rule(one) && one.verdict.text == whole.text; };
+  if (auto same_text = Select(findings, has_text); !same_text.empty()) return {same_text.front()};
+  if (auto same_rule = Select(findings, has_rule); !same_rule.empty()) return same_rule;
+  if (auto same_code = Select(findings, has_code); !same_code.empty()) return same_code;
+  return Select(findings, [](const Finding&) { return true; });
 }
 
 std::string CauseText(const TableResult& result, const std::vector<const Finding*>& findings) {
@@ -52,11 +63,14 @@ RefusalCause CauseOf(const TableResult& result) {
   RefusalCause cause;
   cause.change = CauseText(result, findings);
   cause.path = result.table;
-  Location old_location = result.declared;
+  cause.rule = result.verdict.rule;
+  Location old_location;
   Location new_location;
+  (result.removed ? old_location : new_location) = result.declared;
   if (!findings.empty()) {
     const Finding& first = *findings.front();
     cause.path = first.path;
+    cause.rule = first.verdict.rule;
     cause.fingerprint = first.fingerprint;
     old_location = first.old_location;
     new_location = first.new_location;
@@ -116,14 +130,18 @@ std::string RemarkOn(const Histories& histories) {
 
 namespace {
 
+// The last step at or after version `from` that refuses the table in such a way.
 const VersionStep* LastStep(const History& history, std::size_t from, const std::string& table, auto is_it) {
   for (auto step = history.steps.rbegin(); step != history.steps.rend() && step->from >= from; ++step) {
     for (const TableResult& result : step->report.tables) {
-      const bool is_refused = result.table == table && IsRefused(result);
-      if (is_refused && result.changes && std::ranges::any_of(result.changes->findings, is_it)) return &*step;
+      if (result.table == table && IsRefused(result) && is_it(result)) return &*step;
     }
   }
   return nullptr;
+}
+
+bool HasFinding(const TableResult& result, auto condition) {
+  return result.changes && std::ranges::any_of(result.changes->findings, condition);
 }
 
 }  // namespace
@@ -131,12 +149,19 @@ const VersionStep* LastStep(const History& history, std::size_t from, const std:
 FoundStep FindStep(const History& history, std::size_t from, const NewestRefusal& refusal) {
   const std::string& table = refusal.result.table;
   const RefusalCause& cause = refusal.cause;
-  const auto same = [&](const Finding& one) { return !cause.fingerprint.empty() && one.fingerprint == cause.fingerprint; };
-  if (const VersionStep* step = LastStep(history, from, table, same)) return {step, true};
-  const auto similar = [&](const Finding& one) {
-    return one.verdict.rule == refusal.result.verdict.rule && one.path == cause.path;
+  const auto removes = [](const TableResult& result) { return result.removed; };
+  const auto has_same = [&](const TableResult& result) {
+    return HasFinding(result,
+                      [&](const Finding& one) { return !cause.fingerprint.empty() && one.fingerprint == cause.fingerprint; });
   };
-  if (const VersionStep* step = LastStep(history, from, table, similar)) return {step, true};
+  const auto has_similar = [&](const TableResult& result) {
+    return HasFinding(result, [&](const Finding& one) { return one.verdict.rule == cause.rule && one.path == cause.path; });
+  };
+  // Whatever else the step that removed the table was refused for.
+  const VersionStep* const removing = refusal.result.removed ? LastStep(history, from, table, removes) : nullptr;
+  if (removing != nullptr) return {removing, true};
+  if (const VersionStep* step = LastStep(history, from, table, has_same)) return {step, true};
+  if (const VersionStep* step = LastStep(history, from, table, has_similar)) return {step, true};
   const auto refuses = [&](const VersionStep& step) {
     const auto is_it = [&](const TableResult& result) { return result.table == table && IsRefused(result); };
     return step.from >= from && std::ranges::any_of(step.report.tables, is_it);

@@ -44,14 +44,16 @@ struct ReusedId {
   const FieldPath& Path() const { return paths.front(); }
 };
 
-// The change that brought about the refusal of a table: that of the finding whose text is the text of the table. If several
-// changes add to the text, all of them, with the path and the locations of the first.
+// The change that brought about the refusal of a table: that of the finding whose text is the text of the table. If no finding
+// has this text, because several changes add to it, or because another rule refuses each of them alone, all of these changes,
+// with the rule, the path and the locations of the first.
 struct RefusalCause {
   std::string change;        // on one line; the checker's text for a refusal without a change
   std::string path;          // "orders.items[].price"
   std::string old_location;  // "v1.xml:3:5"; empty for none
   std::string new_location;
   std::string fingerprint;  // of the finding; empty for none
+  std::string rule;         // likewise; without a finding, that of the table
 };
 
 // A refused table. REQUIRES: the sources of the result are in memory.
@@ -135,9 +137,9 @@ struct FoundStep {
   bool has_cause = false;  // whether the step has the refusal; otherwise it has another one of the same table
 };
 
-// The step that a refusal against the newest version comes from: the last one at or after version `from` with the finding of the
-// cause; else the last one in which the same rule refuses the same path of the table; else the first one that refuses the table.
-// No step if each of them allows the table.
+// The step that a refusal against the newest version comes from: for a removed table, the last one at or after version `from`
+// that removed it; else the last one with the finding of the cause; else the last one in which the same rule refuses the same
+// path of the table; else the first one that refuses the table. No step if each of them allows the table.
 FoundStep FindStep(const History& history, std::size_t from, const NewestRefusal& refusal);
 
 // The number of a step, from 1.
