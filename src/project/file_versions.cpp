@@ -148,6 +148,7 @@ class VersionFinder {
       result.versions.push_back(InGit(version.commit, version.file, selected));
     });
     result.notes.insert(result.notes.end(), track.notes.rbegin(), track.notes.rend());
+    if (result.versions.empty() && !track.directory_until.empty()) result.missing = ReasonOfDirectory(track);
     AddUncommitted(track, selected, result);
     return result;
   }
@@ -159,15 +160,21 @@ class VersionFinder {
       return;
     }
     result.notes.clear();
-    result.notes.push_back("begins with " + OneLine(*selection_.from) + ", as --from says");
+    result.notes.push_back("begins with " + OneLine(*selection_.from) + " (--from)");
     result.versions.push_back(InGit(*selection_.from, found->second, selected));
+  }
+
+  // Why there is no file at a path at which there was a directory.
+  std::string ReasonOfDirectory(const FileTrack& track) const {
+    if (!FindObject("HEAD:" + track.path, argument_).empty()) return "is a directory that the work tree no longer has";
+    return "was a directory until commit " + track.directory_until + " removed or renamed it";
   }
 
   // A work tree that differs from the last commit is the last version.
   void AddUncommitted(const FileTrack& track, const SelectedFile& selected, FileVersions& result) {
     const bool is_in_head = !result.versions.empty() && !track.is_deleted;
     if (track.path_on_disk.empty()) {
-      if (is_in_head && !IsLeftOut(selected.path)) result.notes.emplace_back("the work tree does not have the file any more");
+      if (is_in_head && !IsLeftOut(selected.path)) result.notes.emplace_back("the work tree no longer has the file");
       return;
     }
     if (is_in_head) {
@@ -229,6 +236,10 @@ void RequireTwoVersions(const std::vector<FileVersions>& files, const VersionSel
   if (std::ranges::any_of(files, [](const FileVersions& file) { return file.versions.size() >= 2; })) return;
   InputError few;
   for (const FileVersions& file : files) {
+    if (!file.missing.empty()) {
+      few.lines.push_back(ToolMessage(OneLine(file.file) + ": " + file.missing + "; allowed: a file or directory that exists"));
+      continue;
+    }
     const std::string what = selection.tags ? "tag that matches " + Quote(*selection.tags) : "commit";
     const std::string number = file.versions.empty() ? "no " + what : "only one " + what;
     const std::string clone = IsShallow(file.file) ? " of this shallow clone" : "";
@@ -239,6 +250,15 @@ void RequireTwoVersions(const std::vector<FileVersions>& files, const VersionSel
 }
 
 }  // namespace
+
+bool IsInHead(const std::string& path) {
+  if (fs::path(path).is_absolute()) return false;
+  try {
+    return !FindObject("HEAD:./" + path, path).empty();
+  } catch (const InputError&) {
+    return false;  // without git
+  }
+}
 
 FileVersions NamedVersions(const std::vector<std::string>& paths, const Project* project) {
   FileVersions named;

@@ -24,6 +24,7 @@ struct FileVersions {
   std::vector<FileVersion> versions;
   // Where the history begins or was cut, and gaps in it; one line each, ready to be shown.
   std::vector<std::string> notes;
+  std::string missing = {};  // why there are no versions, if that is known: "was a directory until commit 1a2b3c4 ..."
 };
 
 // What to take from a repository.
@@ -32,6 +33,10 @@ struct VersionSelection {
   std::optional<std::string> from;  // REV: the version of REV is the first one
   std::optional<std::string> tags;  // PATTERN: the versions of the tags that match it, in version order
 };
+
+// Whether the last commit has a file or directory at this path, which is relative to the working directory. False outside of
+// repositories.
+bool IsInHead(const std::string& path);
 
 // Versions that a call names.
 FileVersions NamedVersions(const std::vector<std::string>& paths, const Project* project);

@@ -49,6 +49,8 @@ void VersionWalk::Visit(Position& position, const std::vector<GitCommit>& commit
       continue;
     }
     for (const GitChange& change : commit.changes) {
+      if (track.directory_until.empty() && change.before.path.starts_with(track.path + "/"))
+        track.directory_until = commit.short_id;
       if (change.before.path != track.path) continue;
       position.until = commit.id;
       if (change.status == 'D') {
@@ -117,10 +119,11 @@ void VersionWalk::FollowRenames(std::vector<Position>& positions, const std::vec
 std::string VersionWalk::BeginningAt(const GitCommit& commit) const {
   const std::string start = "commit " + commit.short_id;
   if (commit.parents == 0 && ShallowCommits(argument_).contains(commit.id)) {
-    return "cut at " + start + ", the oldest of this shallow clone; fetch older versions with: git fetch --unshallow";
+    return "begins with " + start + ", the oldest of this shallow clone; fetch older versions with: git fetch --unshallow";
   }
   if (commit.parents > 1) {
-    return "cut at " + start + ", a merge whose first parent does not have the file: versions of the merged branch are missing";
+    return "begins with " + start +
+           ", a merge whose first parent does not have the file: versions of the merged branch are missing";
   }
   return "begins with " + start + ", which added the file";
 }

@@ -25,6 +25,7 @@ struct FileTrack {
   std::vector<std::string> notes = {};          // gaps, newest first
   std::string beginning = {};                   // how the oldest version came to be; empty if the range ends before
   bool is_deleted = false;                      // in HEAD
+  std::string directory_until = {};             // the last commit that changed files below the path, as if it were a directory
 };
 
 // Fills in the tracks with the commits of a range. Renames are searched for round by round, so that one git process serves all

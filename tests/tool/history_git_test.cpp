@@ -107,11 +107,31 @@ TEST_F(HistoryGitTest, FollowsAnUncommittedRename) {
   EXPECT_EQ(json["verdict"], "refused");
 }
 
+// "is in no commit" was false.
+TEST_F(HistoryGitTest, SaysThatADirectoryWasRenamed) {
+  std::filesystem::create_directory(PathOf("old"));
+  CommitVersion(1, "old/orders.xml");
+  std::filesystem::rename(PathOf("old"), PathOf("new"));
+  ExpectInputError(
+      History({"--git", "old"}),
+      "korvelcheck: old: is a directory that the work tree no longer has; allowed: a file or directory that exists\n");
+  const std::string rename = Commit("rename").substr(0, 7);
+  ExpectInputError(History({"--git", "old"}), "korvelcheck: old: was a directory until commit " + rename +
+                                                  " removed or renamed it; allowed: a file or directory that exists\n");
+}
+
+TEST_F(HistoryGitTest, SuggestsGitForACommittedFile) {
+  CommitVersion(1);
+  ExpectInputError(History({"orders.xml"}),
+                   "korvelcheck: history: at least two versions are required; --git checks the commits that changed the file\n"
+                   "Try 'korvelcheck history --help'.\n");
+}
+
 TEST_F(HistoryGitTest, ReportsThatTheWorkTreeLacksTheFile) {
   CommitVersion(1);
   CommitVersion(2);
   std::filesystem::remove(PathOf("orders.xml"));
-  EXPECT_THAT(History({"--git", "orders.xml"}).out, HasSubstr("\n  the work tree does not have the file any more\n"));
+  EXPECT_THAT(History({"--git", "orders.xml"}).out, HasSubstr("\n  the work tree no longer has the file\n"));
 }
 
 TEST_F(HistoryGitTest, SaysThatAShallowCloneCutsTheHistory) {
@@ -121,7 +141,7 @@ TEST_F(HistoryGitTest, SaysThatAShallowCloneCutsTheHistory) {
   Git({"clone", "-q", "--depth=2", "file://" + PathOf("").string(), "clone"});
   const Outcome outcome = History({"--git", "orders.xml"}, "clone");
   EXPECT_EQ(outcome.exit_code, 1);
-  EXPECT_THAT(outcome.out, HasSubstr("\n  cut at commit " + second +
+  EXPECT_THAT(outcome.out, HasSubstr("\n  begins with commit " + second +
                                      ", the oldest of this shallow clone; fetch older versions "
                                      "with: git fetch --unshallow\n"));
 }
@@ -135,7 +155,7 @@ TEST_F(HistoryGitTest, SaysThatAMergedBranchIsMissing) {
   Git({"merge", "-q", "--no-ff", "-m", "merge", "side"});
   const std::string merge = Git({"rev-parse", "--short=7", "HEAD"}).substr(0, 7);
   CommitVersion(2);
-  EXPECT_THAT(History({"--git", "orders.xml"}).out, HasSubstr("\n  cut at commit " + merge +
+  EXPECT_THAT(History({"--git", "orders.xml"}).out, HasSubstr("\n  begins with commit " + merge +
                                                               ", a merge whose first parent does not "
                                                               "have the file: versions of the merged branch are missing\n"));
 }
@@ -161,7 +181,7 @@ TEST_F(HistoryGitTest, BeginsWithARevision) {
   const std::string third = CommitVersion(3, "shop.xml");
   const auto json = JsonOf({"--from", "start", "shop.xml"});
   EXPECT_EQ(Names(json["files"][0]), (Versions{"git:start:orders.xml", "git:" + third + ":shop.xml"}));
-  EXPECT_EQ(json["files"][0]["notes"][0], "begins with start, as --from says");
+  EXPECT_EQ(json["files"][0]["notes"][0], "begins with start (--from)");
   const Outcome unknown = History({"--from", "strat", "shop.xml"});
   ExpectInputError(unknown, "korvelcheck: git:strat: unknown revision 'strat' (did you mean 'start'?)\n");
 }

@@ -50,7 +50,7 @@ class HistoryText {
     for (const VersionInfo& version : history_.versions) {
       if (!version.faults.empty()) text_ += "  cannot be read: " + OneLine(version.name) + "\n";
     }
-    if (history_.steps.empty()) text_ += "  nothing was compared: there are not two versions\n";
+    if (history_.steps.empty()) text_ += "  nothing was compared: there are fewer than two versions\n";
   }
 
   std::string Heading(std::size_t from, std::size_t to, bool refused) const {

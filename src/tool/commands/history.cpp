@@ -38,7 +38,7 @@ struct HistoryArguments {
     AddStrictWaivers(arguments, strict_waivers);
     limit.AddTo(arguments);
     fail_on.AddTo(arguments);
-    arguments.AddFlag("--git", uses_git, "check the commits that changed these files, and what is not committed");
+    arguments.AddFlag("--git", uses_git, "check the commits that changed these files, and uncommitted changes");
     arguments.AddText("--from", "REV", from, "with git: begin with the version of this commit");
     arguments.AddText("--tags", "PATTERN", tags, "with git: the versions are the tags that match, in version order").excludes =
         "--from";
@@ -61,7 +61,11 @@ std::vector<FileVersions> VersionsOf(const HistoryArguments& arguments, const Pr
   const std::vector<std::string>& paths = arguments.inputs.paths;
   if (arguments.IsInGit()) return VersionsInGit({paths, arguments.from, arguments.tags}, project);
   RequireDistinctFiles(paths, arguments.output);
-  if (paths.size() < 2) throw UsageError{"at least two versions are required"};
+  if (paths.size() < 2) {
+    const bool is_committed = paths.front() != "-" && IsInHead(paths.front());
+    throw UsageError{std::string("at least two versions are required") +
+                     (is_committed ? "; --git checks the commits that changed the file" : "")};
+  }
   return {NamedVersions(paths, project)};
 }
 
