@@ -14,37 +14,23 @@
 #include "base/parallel.h"
 #include "base/text.h"
 #include "project/git.h"
+#include "project/history_limit.h"
 #include "project/id_history.h"
 #include "project/load_inputs.h"
 #include "project/reused_id_waivers.h"
-#include "project/waivers.h"
-#include "report/result/released_tables.h"
-#include "report/result/summary.h"
-#include "report/result/words.h"
+#include "project/step_index.h"
+#include "project/version_checks.h"
 #include "schema/input.h"
 
 namespace korvel {
 namespace {
 
-// Two checks each: enough for the cores of most machines.
-constexpr std::size_t kStepsAtOnce = 8;
+// Two checks each: enough for all cores. The results of so many steps are in memory before the limit on findings applies.
+std::size_t StepsAtOnce() { return std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, 8); }
 
 Input LoadVersion(const FileVersion& version, Git& git) {
   if (version.in_git) return LoadBytes(version.name, git.ReadFile(*version.in_git, version.name));
   return LoadInput(version.path_on_disk, git);
-}
-
-// The warnings of a table or a step that are not hidden: what changed, whatever the files and libraries are called.
-using WarningKeys = std::vector<std::string>;
-
-// REQUIRES: the sources of the result are in memory.
-WarningKeys WarningKeysOf(const TableResult& table) {
-  WarningKeys keys;
-  for (const Finding& finding : table.advice.findings) {
-    if (table.IsHidden(finding)) continue;
-    keys.push_back(table.table + '\0' + FingerprintOf("", "", finding, table.advice.edits));
-  }
-  return keys;
 }
 
 // Removes warnings with these keys, and tables that have no others. `keys` are those of each table.
@@ -60,17 +46,19 @@ void DropKnownWarnings(const std::set<std::string>& known, const std::vector<War
   std::erase_if(tables, [](const TableResult& table) { return table.advice.findings.empty(); });
 }
 
-// A readable version.
-struct LoadedVersion {
-  std::size_t position;  // in History::versions
-  Input input;
-};
-
 // In memory are the newest version and a window of consecutive ones.
 class HistoryChecker {
  public:
-  HistoryChecker(const FileVersions& file, const HistoryCheck& check, std::vector<std::string>& unknown_tables, Git& git)
-      : file_(file), check_(check), options_(check.options), unknown_tables_(unknown_tables), git_(git), ids_(options_.tables) {
+  HistoryChecker(const FileVersions& file, const HistoryCheck& check, std::vector<std::string>& unknown_tables,
+                 HistoryLimit& limit, Git& git)
+      : file_(file),
+        check_(check),
+        options_(check.options),
+        unknown_tables_(unknown_tables),
+        limit_(limit),
+        git_(git),
+        checks_(check),
+        ids_(options_.tables) {
     history_.file = file.file;
     history_.notes = file.notes;
     for (const FileVersion& version : file.versions) history_.versions.push_back({version.name, {}});
@@ -81,8 +69,9 @@ class HistoryChecker {
     while (!newest_ && end > 0) newest_ = Load(--end);
     std::vector<LoadedVersion> window;
     if (end == 0) CheckWindow(window, true);
-    for (std::size_t begin = 0; begin < end; begin += kStepsAtOnce) {
-      const std::size_t stop = std::min(begin + kStepsAtOnce, end);
+    const std::size_t at_once = StepsAtOnce();
+    for (std::size_t begin = 0; begin < end; begin += at_once) {
+      const std::size_t stop = std::min(begin + at_once, end);
       Append(begin, stop, window);
       // The newest version ends the last window.
       CheckWindow(window, stop == end);
@@ -90,6 +79,9 @@ class HistoryChecker {
     }
     if (newest_) RequireUnchanged(newest_->input);
     DropRepeatedWarnings();
+    for (NewestCheck& check : history_.against_newest) {
+      for (NewestRefusal& refusal : check.refused) step_index_.FindStep(check.from, refusal);
+    }
     history_.reused_ids = ids_.Take();
     if (options_.project != nullptr) WaiveReusedIds(*options_.project, history_.reused_ids);
     return std::move(history_);
@@ -128,22 +120,33 @@ class HistoryChecker {
     if (is_last && newest_) versions.push_back(&*newest_);
     const std::size_t steps = versions.empty() ? 0 : versions.size() - 1;
     std::vector<CheckedStep> checked(steps);
-    std::vector<CheckedVersion> against_newest(steps);
-    ForEach(2 * steps, std::thread::hardware_concurrency(), [&](std::size_t i) {
-      const LoadedVersion& from = *versions[i / 2];
-      const LoadedVersion& to = *versions[i / 2 + 1];
-      if (i % 2 == 0) {
-        checked[i / 2] = CheckStep(from, to);
-      } else if (&to != &*newest_) {
-        against_newest[i / 2] = CheckAgainstNewest(from);
-      }
-    });
-    for (std::size_t i = 0; i < steps; ++i) {
-      history_.steps.push_back(std::move(checked[i].step));
-      step_warnings_.push_back(std::move(checked[i].warnings));
-      if (versions[i + 1] == &*newest_) continue;
-      history_.against_newest.push_back(std::move(against_newest[i].check));
-      newest_warnings_.push_back(std::move(against_newest[i].warnings));
+    std::vector<CheckedVersion> against_newest(is_last && steps > 0 ? steps - 1 : steps);
+    const bool lists_findings = limit_.ListsFindings();
+    const auto for_each_check = [&](auto check_step, auto check_version) {
+      ForEach(steps + against_newest.size(), std::thread::hardware_concurrency(), [&](std::size_t i) {
+        const std::size_t position = i / 2;
+        if (i % 2 == 0) {
+          check_step(position);
+        } else {
+          check_version(position);
+        }
+      });
+    };
+    for_each_check([&](std::size_t i) { checked[i] = checks_.CheckStep(*versions[i], *versions[i + 1], lists_findings); },
+                   [&](std::size_t i) { against_newest[i] = checks_.CheckAgainstNewest(*versions[i], *newest_); });
+    for (CheckedStep& one : checked) {
+      step_index_.Add(one.step.from, std::move(one.refusals));
+      limit_.Apply(one.step.report);
+    }
+    for (CheckedVersion& one : against_newest) limit_.Apply(step_index_, one.check);
+    for_each_check([&](std::size_t i) { Release(checked[i].step); }, [&](std::size_t i) { Release(against_newest[i].check); });
+    for (CheckedStep& one : checked) {
+      history_.steps.push_back(std::move(one.step));
+      step_warnings_.push_back(std::move(one.warnings));
+    }
+    for (CheckedVersion& one : against_newest) {
+      history_.against_newest.push_back(std::move(one.check));
+      newest_warnings_.push_back(std::move(one.warnings));
     }
     for (std::size_t i = 0; i < versions.size(); ++i) Finish(*versions[i], i == 0 ? nullptr : versions[i - 1]);
   }
@@ -158,75 +161,6 @@ class HistoryChecker {
       return std::ranges::find(version.input.tables, table) != version.input.tables.end();
     };
     std::erase_if(unknown_tables_, has);
-  }
-
-  Report ReportFor(const LoadedVersion& from, const LoadedVersion& to) const {
-    Report report;
-    report.command = "history";
-    report.max_findings = options_.max_findings;
-    report.fails_on_warnings = check_.fails_on_warnings;
-    report.tables = CheckTables({from.input, to.input}, options_);
-    if (options_.project == nullptr) return report;
-    const std::vector<WaiverUse> uses = ApplyWaivers(*options_.project, 0, report);
-    ReportWaivers(*options_.project, uses, {.all_compared = false, .is_strict = check_.strict_waivers}, report);
-    return report;
-  }
-
-  struct CheckedStep {
-    VersionStep step;
-    WarningKeys warnings;
-  };
-
-  struct CheckedVersion {
-    NewestCheck check;
-    std::vector<WarningKeys> warnings;  // of each table of NewestCheck::warned
-  };
-
-  CheckedStep CheckStep(const LoadedVersion& from, const LoadedVersion& to) const {
-    VersionStep step{from.position, to.position, ReportFor(from, to)};
-    AddSuggestions(step.report, false);
-    WarningKeys warnings;
-    for (const TableResult& table : step.report.tables) {
-      step.causes.push_back(table.status == Status::kRefused ? CauseOf(table) : RefusalCause());
-      std::ranges::move(WarningKeysOf(table), std::back_inserter(warnings));
-    }
-    step.sources = ReleaseSources(step.report.tables);
-    return {std::move(step), std::move(warnings)};
-  }
-
-  CheckedVersion CheckAgainstNewest(const LoadedVersion& from) const {
-    CheckedVersion checked{{from.position}, {}};
-    NewestCheck& check = checked.check;
-    check.warned = ReportFor(from, *newest_);
-    std::vector<TableResult> results;  // the refused tables, then those with warnings
-    std::vector<TableResult> warned;
-    for (TableResult& table : std::exchange(check.warned.tables, {})) {
-      const auto is_left_out = [&](const Finding& one) { return one.level != Level::kWarning || table.IsHidden(one); };
-      std::erase_if(table.advice.findings, is_left_out);
-      for (Finding& finding : table.advice.findings) finding.refusals.clear();  // all are waived
-      const bool is_waived = IsWaived(table);
-      if (table.status == Status::kRefused) check.refused.push_back({{}, SummaryOf(table), CauseOf(table), is_waived});
-      if (!is_waived) table.changes.reset();
-      if (!table.advice.findings.empty()) {
-        warned.push_back(table);
-        checked.warnings.push_back(WarningKeysOf(table));
-      }
-      if (table.status != Status::kRefused) continue;
-      table.changes.reset();
-      table.advice = {};
-      table.baseline = from.input.name;
-      results.push_back(std::move(table));
-    }
-    std::ranges::move(warned, std::back_inserter(results));
-    check.sources = ReleaseSources(results);
-    for (std::size_t i = 0; i < results.size(); ++i) {
-      if (i < check.refused.size()) {
-        check.refused[i].result = std::move(results[i]);
-      } else {
-        check.warned.tables.push_back(std::move(results[i]));
-      }
-    }
-    return checked;
   }
 
   // A warning of an older version against the newest that a step from the version on has, too, is reported there.
@@ -246,7 +180,10 @@ class HistoryChecker {
   const HistoryCheck& check_;
   const CheckOptions& options_;
   std::vector<std::string>& unknown_tables_;  // requested, and in no version so far
+  HistoryLimit& limit_;
   Git& git_;
+  VersionChecks checks_;
+  StepIndex step_index_;
   IdHistory ids_;
   bool has_ids_ = false;                 // of a version
   std::optional<LoadedVersion> newest_;  // that can be read
@@ -307,9 +244,10 @@ Histories CheckHistories(const HistoryCheck& check) {
   histories.max_findings = check.options.max_findings;
   histories.fails_on_warnings = check.fails_on_warnings;
   std::vector<std::string> unknown_tables = check.options.tables;
+  HistoryLimit limit(check.options.max_findings);
   Git git;
   for (const FileVersions& file : check.files) {
-    histories.files.push_back(HistoryChecker(file, check, unknown_tables, git).Run());
+    histories.files.push_back(HistoryChecker(file, check, unknown_tables, limit, git).Run());
   }
   if (!check.allows_faults && !histories.Faults().empty()) throw InputError{histories.Faults()};
   RequireKnown(unknown_tables);

@@ -63,28 +63,32 @@ class HistoryText {
   }
 
   void AddAgainstNewest(const NewestCheck& check) {
-    text_ += Heading(check.from, history_.steps.back().to, !check.refused.empty());
-    for (const NewestRefusal& refusal : check.refused) AddRefusal(check, refusal);
+    text_ += Heading(check.from, history_.steps.back().to, check.Refused());
+    for (const NewestRefusal& refusal : check.refused) AddRefusal(refusal);
+    if (check.left_out > 0) {
+      text_ += "  " + Counted(check.left_out, "refused table") + (check.left_out == 1 ? " is" : " are") +
+               " not listed: the report has as many as --max-findings allows\n";
+    }
     text_ += Indented(RenderTablesText(check.warned, color_));
   }
 
-  void AddRefusal(const NewestCheck& check, const NewestRefusal& refusal) {
+  void AddRefusal(const NewestRefusal& refusal) {
     const Verdict& verdict = refusal.result.verdict;
     const RefusalCause& cause = refusal.cause;
     text_ += "  table " + OneLine(refusal.result.table) + ": " + (refusal.is_waived ? "refused, waived" : "refused") +
              (verdict.rule.empty() ? "" : " [" + verdict.rule + "]") + " " + refusal.summary + "\n    " +
              CheckerLine(verdict.text) + "\n    code: " + std::to_string(verdict.code) + " " + CodeNameOf(verdict.code) +
-             "\n    caused by: " + cause.change + Step(check, refusal) + "\n";
+             "\n    caused by: " + cause.change + Step(refusal) + "\n";
     if (!cause.path.empty()) text_ += "    path: " + OneLine(cause.path) + "\n";
     if (!cause.new_location.empty()) text_ += "    new: " + cause.new_location + "\n";
     if (!cause.old_location.empty()) text_ += "    was: " + cause.old_location + "\n";
   }
 
-  std::string Step(const NewestCheck& check, const NewestRefusal& refusal) const {
-    const auto [step, has_cause] = FindStep(history_, check.from, refusal);
-    if (step == nullptr) return ", although each step alone is allowed";
-    return (has_cause ? ", in step " : "; another change was refused in step ") + std::to_string(NumberOf(history_, *step)) +
-           ": " + Name(step->from) + " -> " + Name(step->to);
+  std::string Step(const NewestRefusal& refusal) const {
+    if (!refusal.step) return ", although each step alone is allowed";
+    const VersionStep& step = history_.steps[*refusal.step];
+    return (refusal.has_cause ? ", in step " : "; another change was refused in step ") +
+           std::to_string(NumberOf(history_, step)) + ": " + Name(step.from) + " -> " + Name(step.to);
   }
 
   void AddReusedIds() {
@@ -106,7 +110,7 @@ class HistoryText {
     std::size_t refused_steps = 0;
     std::size_t refused_versions = history_.steps.back().Refused() ? 1 : 0;
     for (const VersionStep& step : history_.steps) refused_steps += step.Refused() ? 1 : 0;
-    for (const NewestCheck& check : history_.against_newest) refused_versions += check.refused.empty() ? 0 : 1;
+    for (const NewestCheck& check : history_.against_newest) refused_versions += check.Refused() ? 1 : 0;
     const std::size_t steps = history_.steps.size();
     text_ += std::to_string(refused_steps) + " of " + Counted(steps, "step") + " refused; the newest version is refused from " +
              std::to_string(refused_versions) + " of " + Counted(steps, "older version");

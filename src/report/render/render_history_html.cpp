@@ -102,6 +102,9 @@ class FileSection {
                         (refusal.cause.new_location.empty() ? "" : " (" + refusal.cause.new_location + ")"));
       }
     }
+    std::size_t left_out = 0;
+    for (const NewestCheck& check : history_.against_newest) left_out += check.left_out;
+    if (left_out > 0) items.push_back(Counted(left_out, "refused table") + " not listed, because of --max-findings");
     if (!items.empty()) html_ += "<h3>Refused from an older version to the newest</h3>\n" + List(items);
     for (const NewestCheck& check : history_.against_newest) {
       if (check.warned.tables.empty()) continue;

@@ -56,11 +56,10 @@ class HistoryJson {
     json_.Add("verdict", VerdictText(step.Refused()));
     WriteJsonTables(step.report, json_);
     json_.Begin("causes", '[');
-    for (std::size_t i = 0; i < step.causes.size(); ++i) {
-      if (step.report.tables[i].status != Status::kRefused) continue;
-      Json cause = {{"table", i}};
-      cause.update(CauseToJson(step.causes[i]));
-      json_.Add(cause);
+    for (const auto& [table, cause] : step.causes) {
+      Json json = {{"table", table}};
+      json.update(CauseToJson(cause));
+      json_.Add(json);
     }
     json_.End();
     json_.End();
@@ -70,10 +69,11 @@ class HistoryJson {
     json_.Begin('{');
     json_.Add("from", Name(check.from));
     json_.Add("to", Name(history_.steps.back().to));
-    json_.Add("verdict", VerdictText(!check.refused.empty()));
+    json_.Add("verdict", VerdictText(check.Refused()));
     json_.Begin("refused", '[');
-    for (const NewestRefusal& refusal : check.refused) json_.Add(ToJson(check, refusal));
+    for (const NewestRefusal& refusal : check.refused) json_.Add(ToJson(refusal));
     json_.End();
+    if (check.left_out > 0) json_.Add("left_out", check.left_out);
     json_.Begin("warnings", '[');
     WriteWarnings(check.warned);
     json_.End();
@@ -91,9 +91,8 @@ class HistoryJson {
     }
   }
 
-  Json ToJson(const NewestCheck& check, const NewestRefusal& refusal) const {
+  static Json ToJson(const NewestRefusal& refusal) {
     const TableResult& table = refusal.result;
-    const FoundStep found = FindStep(history_, check.from, refusal);
     return {{"table", table.table},
             {"code", table.verdict.code},
             {"code_name", CodeNameOf(table.verdict.code)},
@@ -103,8 +102,8 @@ class HistoryJson {
             {"removed", table.removed},
             {"waived", refusal.is_waived},
             {"cause", CauseToJson(refusal.cause)},
-            {"step", found.step == nullptr ? Json() : Json(NumberOf(history_, *found.step))},
-            {"step_has_cause", found.has_cause}};
+            {"step", refusal.step ? Json(*refusal.step + 1) : Json()},
+            {"step_has_cause", refusal.has_cause}};
   }
 
   Json ToJson(const ReusedId& reused) const {

@@ -22,6 +22,9 @@ bool FailsForWarnings(const Report& warned) {
 
 bool IsRefused(const TableResult& table) { return table.status == Status::kRefused; }
 
+// Whether the limit on findings has dropped the changes. Otherwise findings have fingerprints.
+bool IsUnlisted(const Changes& changes) { return !changes.findings.empty() && changes.findings.front().fingerprint.empty(); }
+
 std::vector<const Finding*> Select(const std::vector<Finding>& findings, auto condition) {
   std::vector<const Finding*> selected;
   for (const Finding& finding : findings) {
@@ -34,7 +37,7 @@ std::vector<const Finding*> Select(const std::vector<Finding>& findings, auto co
 // have other texts. If the text of no finding is the same, because several changes add to it, those of the same rule; if other
 // rules refuse the changes alone, those of the same code, else all.
 std::vector<const Finding*> FindCauses(const TableResult& result) {
-  if (!result.changes) return {};
+  if (!result.changes || IsUnlisted(*result.changes)) return {};
   const std::vector<Finding>& findings = result.changes->findings;
   const Verdict& whole = result.verdict;
   const auto has_code = [&](const Finding& one) { return one.verdict.code == whole.code; };
@@ -58,34 +61,38 @@ std::string CauseText(const TableResult& result, const std::vector<const Finding
 
 }  // namespace
 
-RefusalCause CauseOf(const TableResult& result) {
-  const std::vector<const Finding*> findings = FindCauses(result);
-  RefusalCause cause;
-  cause.change = CauseText(result, findings);
-  cause.path = result.table;
-  cause.rule = result.verdict.rule;
-  Location old_location;
-  Location new_location;
-  (result.removed ? old_location : new_location) = result.declared;
-  if (!findings.empty()) {
-    const Finding& first = *findings.front();
-    cause.path = first.path;
-    cause.rule = first.verdict.rule;
-    cause.fingerprint = first.fingerprint;
-    old_location = first.old_location;
-    new_location = first.new_location;
+std::vector<RefusalCause> CausesOf(const std::vector<TableResult>& tables) {
+  std::vector<RefusalCause> causes(tables.size());
+  std::vector<Location> locations;
+  for (std::size_t i = 0; i < tables.size(); ++i) {
+    const TableResult& table = tables[i];
+    Location old_location;
+    Location new_location;
+    const std::vector<const Finding*> findings = FindCauses(table);
+    if (!findings.empty()) {
+      const Finding& first = *findings.front();
+      causes[i] = {CauseText(table, findings), first.path, "", "", first.fingerprint, first.verdict.rule};
+      old_location = first.old_location;
+      new_location = first.new_location;
+    } else if (IsRefused(table) && !table.changes) {
+      causes[i] = {CauseText(table, findings), table.table, "", "", "", table.verdict.rule};
+      (table.removed ? old_location : new_location) = table.declared;
+    }
+    locations.push_back(old_location);
+    locations.push_back(new_location);
   }
-  const std::vector<std::optional<TextRange>> ranges = FindTextRanges({old_location, new_location});
-  if (ranges[0]) cause.old_location = ToText(*ranges[0]);
-  if (ranges[1]) cause.new_location = ToText(*ranges[1]);
-  return cause;
+  const std::vector<std::optional<TextRange>> ranges = FindTextRanges(locations);
+  for (std::size_t i = 0; i < tables.size(); ++i) {
+    if (ranges[2 * i]) causes[i].old_location = ToText(*ranges[2 * i]);
+    if (ranges[2 * i + 1]) causes[i].new_location = ToText(*ranges[2 * i + 1]);
+  }
+  return causes;
 }
 
 bool VersionStep::Refused() const { return std::ranges::any_of(report.tables, IsRefused); }
 
 bool History::Refused() const {
-  return std::ranges::any_of(steps, &VersionStep::Refused) ||
-         std::ranges::any_of(against_newest, [](const NewestCheck& check) { return !check.refused.empty(); });
+  return std::ranges::any_of(steps, &VersionStep::Refused) || std::ranges::any_of(against_newest, &NewestCheck::Refused);
 }
 
 bool Histories::Refused() const { return std::ranges::any_of(files, &History::Refused); }
@@ -94,7 +101,7 @@ bool Histories::Fails() const {
   const auto step_fails = [](const VersionStep& step) { return CountFailing(step.report) > 0; };
   const auto is_open = [](const NewestRefusal& refusal) { return !refusal.is_waived; };
   const auto check_fails = [&](const NewestCheck& check) {
-    return std::ranges::any_of(check.refused, is_open) || FailsForWarnings(check.warned);
+    return check.left_out_fails || std::ranges::any_of(check.refused, is_open) || FailsForWarnings(check.warned);
   };
   const auto is_open_reuse = [](const ReusedId& reused) { return !reused.waiver; };
   const auto fails = [&](const History& history) {
@@ -128,48 +135,6 @@ std::string RemarkOn(const Histories& histories) {
   return histories.Fails() ? " (warnings fail this call)" : "";
 }
 
-namespace {
-
-// The last step at or after version `from` that refuses the table in such a way.
-const VersionStep* LastStep(const History& history, std::size_t from, const std::string& table, auto is_it) {
-  for (auto step = history.steps.rbegin(); step != history.steps.rend() && step->from >= from; ++step) {
-    for (const TableResult& result : step->report.tables) {
-      if (result.table == table && IsRefused(result) && is_it(result)) return &*step;
-    }
-  }
-  return nullptr;
-}
-
-bool HasFinding(const TableResult& result, auto condition) {
-  return result.changes && std::ranges::any_of(result.changes->findings, condition);
-}
-
-}  // namespace
-
-FoundStep FindStep(const History& history, std::size_t from, const NewestRefusal& refusal) {
-  const std::string& table = refusal.result.table;
-  const RefusalCause& cause = refusal.cause;
-  const auto removes = [](const TableResult& result) { return result.removed; };
-  const auto has_same = [&](const TableResult& result) {
-    return HasFinding(result,
-                      [&](const Finding& one) { return !cause.fingerprint.empty() && one.fingerprint == cause.fingerprint; });
-  };
-  const auto has_similar = [&](const TableResult& result) {
-    return HasFinding(result, [&](const Finding& one) { return one.verdict.rule == cause.rule && one.path == cause.path; });
-  };
-  // Whatever else the step that removed the table was refused for.
-  const VersionStep* const removing = refusal.result.removed ? LastStep(history, from, table, removes) : nullptr;
-  if (removing != nullptr) return {removing, true};
-  if (const VersionStep* step = LastStep(history, from, table, has_same)) return {step, true};
-  if (const VersionStep* step = LastStep(history, from, table, has_similar)) return {step, true};
-  const auto refuses = [&](const VersionStep& step) {
-    const auto is_it = [&](const TableResult& result) { return result.table == table && IsRefused(result); };
-    return step.from >= from && std::ranges::any_of(step.report.tables, is_it);
-  };
-  const auto first = std::ranges::find_if(history.steps, refuses);
-  return {first == history.steps.end() ? nullptr : &*first, false};
-}
-
 std::size_t NumberOf(const History& history, const VersionStep& step) {
   return static_cast<std::size_t>(&step - history.steps.data()) + 1;
 }
@@ -201,8 +166,7 @@ void AddAgainstNewest(const History& history, const NewestCheck& check, std::vec
   for (const NewestRefusal& refusal : check.refused) {
     const auto is_it = [&](const TableResult& table) { return table.table == refusal.result.table; };
     const bool is_warned = std::ranges::any_of(check.warned.tables, is_it);
-    if (!refusal.is_waived && !is_warned && FindStep(history, check.from, refusal).step == nullptr)
-      tables.push_back(refusal.result);
+    if (!refusal.is_waived && !is_warned && !refusal.step) tables.push_back(refusal.result);
   }
   for (const TableResult& table : check.warned.tables) {
     tables.push_back(table);

@@ -56,8 +56,14 @@ struct RefusalCause {
   std::string rule;         // likewise; without a finding, that of the table
 };
 
-// A refused table. REQUIRES: the sources of the result are in memory.
-RefusalCause CauseOf(const TableResult& result);
+// Of these tables; empty for one that is not refused or whose findings were dropped. REQUIRES: the sources of the results are in
+// memory.
+std::vector<RefusalCause> CausesOf(const std::vector<TableResult>& tables);
+
+struct TableCause {
+  std::size_t table = 0;  // position in the report of the step
+  RefusalCause cause = {};
+};
 
 // The check of a version against the next one.
 struct VersionStep {
@@ -65,7 +71,7 @@ struct VersionStep {
   std::size_t to = 0;
   // The tables of the older version, then those that only the newer one has. Their sources have no library.
   Report report = {};
-  std::vector<RefusalCause> causes = {};  // of each table; empty for one that is not refused
+  std::vector<TableCause> causes = {};  // of the refused tables whose findings were not dropped
   std::vector<std::shared_ptr<const ReleasedSource>> sources = {};
 
   bool Refused() const;
@@ -77,16 +83,25 @@ struct NewestRefusal {
   std::string summary;
   RefusalCause cause;
   bool is_waived = false;  // all its findings are
+  // The step that it comes from, by its position in History::steps: for a removed table, the last one at or after the older
+  // version that removed it; else the last one with the finding of the cause; else the last one in which the same rule refuses
+  // the same path of the table; else the first one that refuses the table. No value if each of them allows it.
+  std::optional<std::size_t> step = {};
+  bool has_cause = false;  // whether the step has the refusal; otherwise it has another one of the same table
 };
 
 // The check of an older version against the newest.
 struct NewestCheck {
   std::size_t from = 0;
   std::vector<NewestRefusal> refused = {};
+  std::size_t left_out = 0;  // refused tables that are not listed, because the limit was reached; some step refuses each of them
+  bool left_out_fails = false;  // whether one of them is not waived
   // The tables with warnings that no step from the version on has. Refused ones are in `refused`, too; here, they have changes
   // only if they are waived. Without notes, which are about the change of one step.
   Report warned = {};
   std::vector<std::shared_ptr<const ReleasedSource>> sources = {};
+
+  bool Refused() const { return !refused.empty() || left_out > 0; }
 };
 
 struct VersionInfo {
@@ -131,16 +146,6 @@ const char* VerdictText(bool refused);
 
 // " (all waived)": what the verdict alone does not say about whether the call fails; or "".
 std::string RemarkOn(const Histories& histories);
-
-struct FoundStep {
-  const VersionStep* step = nullptr;
-  bool has_cause = false;  // whether the step has the refusal; otherwise it has another one of the same table
-};
-
-// The step that a refusal against the newest version comes from: for a removed table, the last one at or after version `from`
-// that removed it; else the last one with the finding of the cause; else the last one in which the same rule refuses the same
-// path of the table; else the first one that refuses the table. No step if each of them allows the table.
-FoundStep FindStep(const History& history, std::size_t from, const NewestRefusal& refusal);
 
 // The number of a step, from 1.
 std::size_t NumberOf(const History& history, const VersionStep& step);
