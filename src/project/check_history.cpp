@@ -98,7 +98,7 @@ class HistoryChecker {
       if (check_.keeps_texts) AddDump(input);
       return LoadedVersion{position, std::move(input)};
     } catch (const InputError& faults) {
-      history_.versions[position].faults = faults.lines;
+      history_.versions[position].faults = FaultsOf(faults, version.name);
       return std::nullopt;
     }
   }
@@ -206,7 +206,7 @@ void RequireCompared(const Histories& histories) {
       if (std::ranges::any_of(step.report.tables, is_old)) return;
     }
   }
-  if (!histories.Faults().empty()) throw InputError{histories.Faults()};
+  if (!histories.Faults().empty()) throw ErrorOf(histories.Faults());
   throw InputError{{ToolMessage("nothing was compared: only the last version has such a table")}};
 }
 
@@ -249,7 +249,7 @@ Histories CheckHistories(const HistoryCheck& check) {
   for (const FileVersions& file : check.files) {
     histories.files.push_back(HistoryChecker(file, check, unknown_tables, limit, git).Run());
   }
-  if (!check.allows_faults && !histories.Faults().empty()) throw InputError{histories.Faults()};
+  if (!check.allows_faults && !histories.Faults().empty()) throw ErrorOf(histories.Faults());
   RequireKnown(unknown_tables);
   RequireCompared(histories);
   CollectProjectFindings(histories);

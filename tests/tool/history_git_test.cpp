@@ -213,7 +213,7 @@ TEST_F(HistoryGitTest, ChecksAllFilesOfTheProject) {
   EXPECT_EQ(outcome.exit_code, 1) << outcome.err;
   EXPECT_THAT(outcome.out, HasSubstr("history of schemas/orders.xml: 3 versions\n"));
   EXPECT_THAT(outcome.out, HasSubstr("history of schemas/users.xml: 1 version\n"));
-  EXPECT_THAT(outcome.out, HasSubstr("\n1 of 2 files refused\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("\n1 of 2 files refused; 1 with a single version, not compared\n"));
   const auto json = JsonOf({"--git", "schemas"});
   EXPECT_EQ(json["files"].size(), 2);
   EXPECT_EQ(json["files"][0]["file"], "schemas/orders.xml");

@@ -6,13 +6,19 @@
 #include "report/result/summary.h"
 #include "report/result/words.h"
 #include "rule_docs/advice.h"
+#include "rule_docs/fault_rules.h"
 
 namespace korvel {
 namespace {
 
+std::string ColoredVerdict(OverallVerdict verdict, bool color) {
+  const bool is_bad = verdict == OverallVerdict::kRefused || verdict == OverallVerdict::kIncomplete;
+  const char* const sgr = is_bad ? "31" : verdict == OverallVerdict::kAllowed ? "32" : "33";
+  return color ? std::string("\x1b[") + sgr + "m" + WordOf(verdict) + "\x1b[0m" : WordOf(verdict);
+}
+
 std::string ColoredVerdict(bool refused, bool color) {
-  const char* const word = VerdictText(refused);
-  return color ? std::string("\x1b[") + (refused ? "31" : "32") + "m" + word + "\x1b[0m" : word;
+  return ColoredVerdict(refused ? OverallVerdict::kRefused : OverallVerdict::kAllowed, color);
 }
 
 // Every line with two spaces in front.
@@ -130,17 +136,30 @@ std::string ProjectFindingText(const ProjectFinding& finding) {
          OneLine(finding.text) + "\n" + SuggestionText(finding.suggestion);
 }
 
+std::string FaultText(const InputFault& fault) {
+  std::string text = (fault.file.empty() ? "" : ToText(LocationOf(fault)) + ": ") + "error [" + RuleOf(fault.kind).id + "] " +
+                     OneLine(fault.text) + "\n";
+  for (const std::string& line : DetailsOf(fault)) text += "  " + line + "\n";
+  return text;
+}
+
+// "1 of 3 files refused; 1 with a single version, not compared"
+std::string FilesText(const Histories& histories) {
+  const auto refused = std::ranges::count_if(histories.files, &History::Refused);
+  const auto is_single = [](const History& history) { return VerdictOf(history) == OverallVerdict::kNothingCompared; };
+  const auto single = std::ranges::count_if(histories.files, is_single);
+  return std::to_string(refused) + " of " + Counted(histories.files.size(), "file") + " refused" +
+         (single == 0 ? "" : "; " + std::to_string(single) + " with a single version, not compared") + "\n";
+}
+
 }  // namespace
 
 std::string RenderHistoryText(const Histories& histories, bool color) {
-  std::string text = "verdict: " + ColoredVerdict(histories.Refused(), color) + RemarkOn(histories) + "\n";
+  std::string text = "verdict: " + ColoredVerdict(VerdictOf(histories), color) + RemarkOn(histories) + "\n";
+  for (const InputFault& fault : histories.faults) text += FaultText(fault);
   for (const History& history : histories.files) text += HistoryText(history, color).Text();
   for (const ProjectFinding& finding : histories.project) text += ProjectFindingText(finding);
-  if (histories.files.size() > 1) {
-    const auto refused = std::ranges::count_if(histories.files, &History::Refused);
-    text += std::to_string(refused) + " of " + Counted(histories.files.size(), "file") + " refused\n";
-  }
-  return text;
+  return histories.files.size() > 1 ? text + FilesText(histories) : text;
 }
 
 }  // namespace korvel

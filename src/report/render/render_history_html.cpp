@@ -12,6 +12,17 @@
 namespace korvel {
 namespace {
 
+StatusStyle VerdictStyle(OverallVerdict verdict) {
+  if (verdict == OverallVerdict::kAllowed) return StatusStyle::kAllowed;
+  const bool is_bad = verdict == OverallVerdict::kRefused || verdict == OverallVerdict::kIncomplete;
+  return is_bad ? StatusStyle::kRefused : StatusStyle::kNotChecked;
+}
+
+std::string VersionBadge(OverallVerdict verdict) {
+  const StatusText& style = TextOf(VerdictStyle(verdict));
+  return Badge(style.name, style.sign, WordOf(verdict));
+}
+
 std::string VersionBadge(bool refused) { return Badge(refused ? StatusStyle::kRefused : StatusStyle::kAllowed); }
 
 // A block of data for the script. No text in it can end the element.
@@ -36,7 +47,7 @@ class FileSection {
 
   std::string Text() {
     html_ = "<section id=\"" + id_ + "\">\n<h2>" + (history_.file.empty() ? "Versions" : Code(history_.file)) + " " +
-            VersionBadge(history_.Refused()) + "</h2>\n";
+            VersionBadge(VerdictOf(history_)) + "</h2>\n";
     for (const std::string& note : history_.notes) html_ += "<p class=\"note\">" + Html(note) + "</p>\n";
     AddVersions();
     for (const VersionStep& step : history_.steps) AddStep(step);
@@ -65,7 +76,7 @@ class FileSection {
       const bool is_bad = !version.faults.empty() || (step != nullptr && step->Refused());
       html_ += std::string("<li") + (is_bad ? " class=\"refused\"" : "") + ">" +
                Link(step == nullptr ? "" : StepId(i), Code(version.name)) + " ";
-      if (!version.faults.empty()) html_ += "cannot be read: " + Html(Join(version.faults, "; "));
+      if (!version.faults.empty()) html_ += "cannot be read: " + Html(Join(LinesOf(version.faults), "; "));
       html_ += (step == nullptr ? "" : VersionBadge(step->Refused())) + "</li>\n";
     }
     html_ += "</ol>\n";
@@ -152,11 +163,14 @@ class FileSection {
 }  // namespace
 
 std::string RenderHistoryHtml(const Histories& histories) {
-  const std::string verdict = VerdictText(histories.Refused());
-  std::string html = HtmlHead(kHistoryScript, verdict + " \u2013 history") + "<body>\n<header>\n<p class=\"verdict " + verdict +
-                     "\">verdict: " + verdict + RemarkOn(histories) + "</p>\n<h1>history</h1>\n</header>\n" +
-                     "<main id=\"main\" tabindex=\"-1\">\n";
+  const std::string verdict = WordOf(VerdictOf(histories));
+  std::string html = HtmlHead(kHistoryScript, verdict + " \u2013 history") + "<body>\n<header>\n<p class=\"verdict " +
+                     TextOf(VerdictStyle(VerdictOf(histories))).name + "\">verdict: " + verdict + RemarkOn(histories) +
+                     "</p>\n<h1>history</h1>\n</header>\n" + "<main id=\"main\" tabindex=\"-1\">\n";
   for (std::size_t i = 0; i < histories.files.size(); ++i) html += FileSection(histories.files[i], i + 1).Text();
+  std::vector<std::string> faults;
+  for (const InputFault& fault : histories.faults) faults.push_back(fault.message);
+  if (!faults.empty()) html += "<section>\n<h2>Not checked</h2>\n" + List(faults) + "</section>\n";
   std::vector<std::string> project;
   for (const ProjectFinding& finding : histories.project) {
     project.push_back(FileLineColumn(finding.file, finding.position) + ": " + WordOf(finding.level) + ": " + finding.text);

@@ -29,10 +29,10 @@ class HistoryJson {
   void Write() {
     json_.Begin('{');
     json_.Add("file", NameOrNull(history_.file));
-    json_.Add("verdict", VerdictText(history_.Refused()));
+    json_.Add("verdict", WordOf(VerdictOf(history_)));
     json_.Add("notes", history_.notes);
     json_.Begin("versions", '[');
-    for (const VersionInfo& version : history_.versions) json_.Add({{"name", version.name}, {"faults", version.faults}});
+    for (const VersionInfo& version : history_.versions) json_.Add({{"name", version.name}, {"faults", LinesOf(version.faults)}});
     json_.End();
     json_.Begin("steps", '[');
     for (const VersionStep& step : history_.steps) WriteStep(step);
@@ -130,19 +130,28 @@ class HistoryJson {
   JsonStream& json_;
 };
 
+// Absent if there are none.
+void WriteFaults(const std::vector<InputFault>& faults, JsonStream& json) {
+  if (faults.empty()) return;
+  json.Begin("faults", '[');
+  for (const InputFault& fault : faults) json.Add(ToJson(fault));
+  json.End();
+}
+
 }  // namespace
 
 void WriteHistoryJson(const Histories& histories, const TextSink& sink) {
   JsonStream json(sink);
   json.Begin('{');
   json.AddMembers(HeaderToJson(kHistoryJsonVersion, "history"));
-  json.Add("verdict", VerdictText(histories.Refused()));
+  json.Add("verdict", WordOf(VerdictOf(histories)));
   json.Begin("files", '[');
   for (const History& history : histories.files) HistoryJson(history, json).Write();
   json.End();
   json.Begin("project", '[');
   for (const ProjectFinding& finding : histories.project) json.Add(ToJson(finding));
   json.End();
+  WriteFaults(histories.Faults(), json);
   json.End();
 }
 

@@ -95,6 +95,10 @@ bool History::Refused() const {
   return std::ranges::any_of(steps, &VersionStep::Refused) || std::ranges::any_of(against_newest, &NewestCheck::Refused);
 }
 
+bool History::IsComplete() const {
+  return std::ranges::all_of(versions, [](const VersionInfo& version) { return version.faults.empty(); });
+}
+
 bool Histories::Refused() const { return std::ranges::any_of(files, &History::Refused); }
 
 bool Histories::Fails() const {
@@ -111,12 +115,12 @@ bool Histories::Fails() const {
   return CountErrors(project) > 0 || std::ranges::any_of(files, fails);
 }
 
-std::vector<std::string> Histories::Faults() const {
-  std::vector<std::string> faults;
+std::vector<InputFault> Histories::Faults() const {
+  std::vector<InputFault> all = faults;
   for (const History& history : files) {
-    for (const VersionInfo& version : history.versions) std::ranges::copy(version.faults, std::back_inserter(faults));
+    for (const VersionInfo& version : history.versions) std::ranges::copy(version.faults, std::back_inserter(all));
   }
-  return faults;
+  return all;
 }
 
 std::string DescriptionOf(const History& history, const ReusedId& reused) {
@@ -129,7 +133,28 @@ std::string DescriptionOf(const History& history, const ReusedId& reused) {
 
 const char* VerdictText(bool refused) { return refused ? "refused" : "allowed"; }
 
+OverallVerdict VerdictOf(const History& history) {
+  if (!history.IsComplete()) return OverallVerdict::kIncomplete;
+  if (history.steps.empty()) return OverallVerdict::kNothingCompared;
+  return history.Refused() ? OverallVerdict::kRefused : OverallVerdict::kAllowed;
+}
+
+OverallVerdict VerdictOf(const Histories& histories) {
+  const auto is_complete = [](const History& history) { return history.IsComplete(); };
+  const auto is_compared = [](const History& history) { return !history.steps.empty(); };
+  if (!histories.faults.empty() || !std::ranges::all_of(histories.files, is_complete)) return OverallVerdict::kIncomplete;
+  if (std::ranges::none_of(histories.files, is_compared)) return OverallVerdict::kNothingCompared;
+  return histories.Refused() ? OverallVerdict::kRefused : OverallVerdict::kAllowed;
+}
+
 std::string RemarkOn(const Histories& histories) {
+  std::size_t unreadable = 0;
+  for (const History& history : histories.files) {
+    unreadable += static_cast<std::size_t>(
+        std::ranges::count_if(history.versions, [](const VersionInfo& version) { return !version.faults.empty(); }));
+  }
+  if (unreadable > 0) return " (" + Counted(unreadable, "version") + " cannot be read)";
+  if (!histories.faults.empty()) return " (the check failed)";
   if (histories.Refused()) return histories.Fails() ? "" : " (all waived)";
   if (CountErrors(histories.project) > 0) return " (but the project file has an error)";
   return histories.Fails() ? " (warnings fail this call)" : "";
@@ -147,10 +172,6 @@ std::size_t CountAdvice(const History& history, Level level) {
 }
 
 namespace {
-
-ProjectFinding Unreadable(const VersionInfo& version, const std::string& fault) {
-  return {.rule = "history.unreadable-version", .file = version.name, .position = {}, .text = fault, .suggestion = {}};
-}
 
 ProjectFinding ToProjectFinding(const History& history, const ReusedId& reused, bool fails) {
   return {.rule = kIdReusedAdvice.row.id,
@@ -180,12 +201,10 @@ Report ReportOf(const Histories& histories) {
   Report report;
   report.command = "history";
   report.project = histories.project;
+  report.faults = histories.Faults();
   report.max_findings = histories.max_findings;
   report.fails_on_warnings = histories.fails_on_warnings;
   for (const History& history : histories.files) {
-    for (const VersionInfo& version : history.versions) {
-      for (const std::string& fault : version.faults) report.project.push_back(Unreadable(version, fault));
-    }
     for (const ReusedId& reused : history.reused_ids) {
       report.project.push_back(ToProjectFinding(history, reused, report.fails_on_warnings));
     }

@@ -11,6 +11,7 @@
 #include "report/result/released_source.h"
 #include "report/result/report.h"
 #include "report/result/version_texts.h"
+#include "report/result/words.h"
 
 namespace korvel {
 
@@ -105,8 +106,8 @@ struct NewestCheck {
 };
 
 struct VersionInfo {
-  std::string name;                 // as messages show it
-  std::vector<std::string> faults;  // why it could not be read; then no step has it
+  std::string name;                // as messages show it
+  std::vector<InputFault> faults;  // why it could not be read; then no step has it
 };
 
 // The versions of one file.
@@ -122,11 +123,14 @@ struct History {
   VersionTexts texts;  // only for formats that show them
 
   bool Refused() const;
+  // Whether each version could be read.
+  bool IsComplete() const;
 };
 
 // The histories of a call.
 struct Histories {
   std::vector<History> files;
+  std::vector<InputFault> faults = {};  // why the whole call failed; then there are no files
   std::vector<ProjectFinding> project;  // what is wrong with waivers
   std::size_t max_findings = kMaxFindings;
   bool fails_on_warnings = false;
@@ -134,17 +138,22 @@ struct Histories {
   bool Refused() const;
   // Whether anything is refused and not waived, or is a warning that fails the call, or the project file has an error.
   bool Fails() const;
-  // The faults of all versions, in the order of the histories.
-  std::vector<std::string> Faults() const;
+  // The faults of the call and of all versions, in the order of the histories.
+  std::vector<InputFault> Faults() const;
 };
 
 // "a field got the id of a removed field with another type: id 2 of box: memo, uint32, in v3.xml; was: ..."
 std::string DescriptionOf(const History& history, const ReusedId& reused);
 
-// "refused" or "allowed"
+// "refused" or "allowed", of a step
 const char* VerdictText(bool refused);
 
-// " (all waived)": what the verdict alone does not say about whether the call fails; or "".
+// The verdict of all steps together. If a version cannot be read, it is incomplete, whatever the others are.
+OverallVerdict VerdictOf(const History& history);
+OverallVerdict VerdictOf(const Histories& histories);
+
+// What the verdict alone does not say: " (1 version cannot be read)", " (the check failed)", " (all waived)", why the call fails;
+// or "".
 std::string RemarkOn(const Histories& histories);
 
 // The number of a step, from 1.

@@ -100,7 +100,7 @@ int Run(const HistoryArguments& arguments) {
     arguments.format->write(histories, arguments.path_prefix, arguments.output.CanColor(), sink);
   });
   // The other versions were checked, but the result is not complete.
-  if (const std::vector<std::string> faults = histories.Faults(); !faults.empty()) throw InputError{faults};
+  if (std::vector<InputFault> faults = histories.Faults(); !faults.empty()) throw ErrorOf(std::move(faults));
   return histories.Fails() ? kSomeRefused : kAllAllowed;
 }
 

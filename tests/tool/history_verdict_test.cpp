@@ -1,0 +1,117 @@
+// Histories that must not pass for allowed: versions that cannot be read, calls that fail, files that were deleted.
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+
+#include <nlohmann/json.hpp>
+
+#include "git_repository.h"
+
+namespace tool_test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+using Json = nlohmann::json;
+
+constexpr char kNote[] = "<entry name=\"note\" id=\"2\" type=\"uint32\" version=\"6\"/>";
+constexpr char kProject[] = "[schemas]\npaths = [\"s/*.xml\"]\n";
+
+class HistoryVerdictTest : public GitTest {
+ protected:
+  // A library and a table of one name.
+  static std::string Schema(const std::string& name, const std::string& fields = "", const std::string& key_type = "uint64") {
+    return "<metalib name=\"" + name + "\" version=\"" + (fields.empty() ? "5" : "6") + "\" protocol=\"QMX\">\n" +
+           Table({.name = name, .key_type = key_type, .fields = fields}) + "</metalib>\n";
+  }
+  std::string CommitFile(const std::string& file, const std::string& text) const {
+    std::filesystem::create_directories(PathOf(file).parent_path());
+    Write(file, text);
+    return Commit("change").substr(0, 7);
+  }
+  std::string CommitRemoval(const std::string& file) const {
+    std::filesystem::remove(PathOf(file));
+    return Commit("remove").substr(0, 7);
+  }
+  // A project of two files: a.xml has an allowed change after the tag v1.
+  std::string StartProject() const {
+    Write("korvelcheck.toml", kProject);
+    std::filesystem::create_directory(PathOf("s"));
+    Write("s/a.xml", Schema("a"));
+    Write("s/b.xml", Schema("b"));
+    const std::string first = Commit("start").substr(0, 7);
+    Git({"tag", "v1"});
+    CommitFile("s/a.xml", Schema("a", kNote));
+    return first;
+  }
+  Outcome History(std::vector<std::string> arguments, const std::string& format = "text") const {
+    arguments.insert(arguments.begin(), "history");
+    arguments.insert(arguments.end(), {"--format", format});
+    return Run(arguments);
+  }
+  static Json Parsed(const Outcome& outcome) { return Json::parse(outcome.out, nullptr, false); }
+};
+
+// --- Versions that cannot be read ---
+
+class UnreadableVersionTest : public HistoryVerdictTest {
+ protected:
+  UnreadableVersionTest() {
+    CommitFile("a.xml", Schema("a"));
+    broken_ = CommitFile("a.xml", "<x");
+    CommitFile("a.xml", Schema("a", kNote));
+    Write("a.xml", "<x");
+  }
+  Outcome Formatted(const std::string& format) const {
+    Outcome outcome = History({"--git", "a.xml"}, format);
+    EXPECT_EQ(outcome.exit_code, 2) << format;
+    EXPECT_THAT(outcome.err, HasSubstr("git:" + broken_ + ":a.xml:1:")) << format;
+    return outcome;
+  }
+  std::string broken_;
+};
+
+// The verdict was allowed, and SARIF said that the run was successful with exit code 1.
+TEST_F(UnreadableVersionTest, VerdictIsIncompleteInEveryFormat) {
+  EXPECT_THAT(Formatted("text").out, testing::StartsWith("verdict: incomplete (2 versions cannot be read)\n"));
+  EXPECT_THAT(Formatted("html").out,
+              HasSubstr("<p class=\"verdict refused\">verdict: incomplete (2 versions cannot be read)</p>"));
+  EXPECT_THAT(Formatted("markdown").out, HasSubstr("### korvelcheck: incomplete"));
+  EXPECT_THAT(Formatted("github").out, HasSubstr("verdict: incomplete"));
+  EXPECT_THAT(Formatted("junit").out, HasSubstr("errors=\"2\""));
+  const Json gitlab = Parsed(Formatted("gitlab"));
+  ASSERT_EQ(gitlab.size(), 2u);
+  EXPECT_EQ(gitlab[0]["check_name"], "schema.syntax");
+  EXPECT_EQ(gitlab[0]["location"]["path"], "a.xml");
+}
+
+TEST_F(UnreadableVersionTest, JsonListsTheFaults) {
+  const Json json = Parsed(Formatted("json"));
+  EXPECT_EQ(json["verdict"], "incomplete");
+  EXPECT_EQ(json["files"][0]["verdict"], "incomplete");
+  EXPECT_EQ(json["files"][0]["steps"][0]["verdict"], "allowed");
+  EXPECT_EQ(json["files"][0]["versions"][1]["faults"].size(), 1u);
+  ASSERT_EQ(json["faults"].size(), 2u);
+  EXPECT_EQ(json["faults"][0]["rule"], "schema.syntax");
+  EXPECT_EQ(json["faults"][0]["location"]["file"], "git:" + broken_ + ":a.xml");
+  EXPECT_EQ(json["faults"][1]["location"]["file"], "a.xml");
+}
+
+TEST_F(UnreadableVersionTest, SarifSaysThatTheRunFailed) {
+  const Json run = Parsed(Formatted("sarif"))["runs"][0];
+  EXPECT_EQ(run["invocations"][0]["executionSuccessful"], false);
+  EXPECT_EQ(run["invocations"][0]["exitCode"], 2);
+  EXPECT_EQ(run["properties"]["verdict"], "incomplete");
+  EXPECT_EQ(run["results"][0]["ruleId"], "schema.syntax");
+}
+
+// As for check, a refusal does not replace the verdict.
+TEST_F(UnreadableVersionTest, VerdictIsIncompleteIfSomethingIsRefused) {
+  CommitFile("a.xml", Schema("a", kNote, "uint32"));
+  EXPECT_EQ(Parsed(Formatted("json"))["verdict"], "incomplete");
+  EXPECT_EQ(Parsed(Formatted("json"))["files"][0]["steps"][1]["verdict"], "refused");
+}
+
+}  // namespace
+}  // namespace tool_test
