@@ -113,5 +113,69 @@ TEST_F(UnreadableVersionTest, VerdictIsIncompleteIfSomethingIsRefused) {
   EXPECT_EQ(Parsed(Formatted("json"))["files"][0]["steps"][1]["verdict"], "refused");
 }
 
+// --- Calls that fail ---
+
+class FailedHistoryTest : public HistoryVerdictTest {
+ protected:
+  // The report has one fault of the rule; standard error has its message.
+  void ExpectFault(const std::vector<std::string>& arguments, const std::string& rule, const std::string& text) const {
+    const Outcome outcome = History(arguments, "json");
+    EXPECT_EQ(outcome.exit_code, 2);
+    EXPECT_THAT(outcome.err, HasSubstr(text));
+    const Json json = Parsed(outcome);
+    ASSERT_TRUE(json.is_object()) << outcome.out;
+    EXPECT_EQ(json["command"], "history");
+    EXPECT_EQ(json["verdict"], "incomplete");
+    EXPECT_EQ(json["files"].size(), 0u);
+    ASSERT_EQ(json["faults"].size(), 1u);
+    EXPECT_EQ(json["faults"][0]["rule"], rule);
+    const Json run = Parsed(History(arguments, "sarif"))["runs"][0];
+    EXPECT_EQ(run["invocations"][0]["executionSuccessful"], false);
+    EXPECT_EQ(run["results"][0]["ruleId"], rule);
+    EXPECT_THAT(History(arguments, "junit").out, HasSubstr("errors=\"1\""));
+    EXPECT_THAT(History(arguments, "html").out, HasSubstr("verdict: incomplete (the check failed)"));
+    EXPECT_EQ(History(arguments).out, "");
+  }
+};
+
+// There was no report.
+TEST_F(FailedHistoryTest, ReportHasTheFault) {
+  CommitFile("a.xml", Schema("a"));
+  CommitFile("a.xml", Schema("a", kNote));
+  ExpectFault({"--tags", "v*", "a.xml"}, "check.failed", "no tag matches");
+  ExpectFault({"--from", "v1", "a.xml"}, "check.failed", "unknown revision");
+  ExpectFault({"--from", "HEAD", "a.xml"}, "check.failed", "only one commit");
+  Write("broken.xml", "<x");
+  ExpectFault({"a.xml", "broken.xml"}, "schema.syntax", "broken.xml:1:");
+  ExpectFault({"a.xml", "missing.xml"}, "schema.unreadable", "missing.xml");
+}
+
+TEST_F(FailedHistoryTest, OutputFileHasTheReport) {
+  CommitFile("a.xml", Schema("a"));
+  Write("report.txt", "verdict: allowed\n");
+  EXPECT_EQ(History({"--tags", "v*", "a.xml", "-o", "report.txt"}).exit_code, 2);
+  EXPECT_THAT(Read("report.txt"), testing::StartsWith("verdict: incomplete (the check failed)\nerror [check.failed] "));
+}
+
+TEST_F(FailedHistoryTest, WrongUsageHasNoReport) {
+  const Outcome outcome = History({"a.xml"}, "json");
+  EXPECT_EQ(outcome.exit_code, 2);
+  EXPECT_EQ(outcome.out, "");
+}
+
+TEST_F(FailedHistoryTest, JsonMatchesItsSchema) {
+  CommitFile("a.xml", Schema("a"));
+  Write("failed.json", History({"--tags", "v*", "a.xml"}, "json").out);
+  CommitFile("a.xml", "<x");
+  CommitFile("a.xml", Schema("a", kNote));
+  Write("unreadable.json", History({"--git", "a.xml"}, "json").out);
+  const std::string source = KORVEL_SOURCE_DIR;
+  for (const char* const file : {"failed.json", "unreadable.json"}) {
+    const std::string command = KORVEL_PYTHON " '" + source + "/tests/report/validate.py' '" + source +
+                                "/docs/history.schema.json' '" + PathOf(file).string() + "'";
+    EXPECT_EQ(std::system(command.c_str()), 0) << command;
+  }
+}
+
 }  // namespace
 }  // namespace tool_test

@@ -24,17 +24,6 @@ std::string SetServerVersion(PartialSettings& given, const std::string& value) {
   return "";
 }
 
-// An error that is not about single files is about the call.
-std::vector<InputFault> FaultsOfCall(const InputError& error) {
-  if (!error.faults.empty()) return error.faults;
-  std::vector<InputFault> faults;
-  for (const std::string& line : error.lines) {
-    const std::string prefix = ToolMessage("");
-    faults.push_back({.text = line.starts_with(prefix) ? line.substr(prefix.size()) : line, .message = line});
-  }
-  return faults;
-}
-
 std::string FailureReport(const ReportOptions& options, const Failure& failure) {
   Report report;
   report.command = failure.command;
@@ -49,6 +38,16 @@ std::string SetListNum(PartialSettings& given, const std::string& value) {
 }
 
 }  // namespace
+
+std::vector<InputFault> FaultsOfCall(const InputError& error) {
+  if (!error.faults.empty()) return error.faults;
+  std::vector<InputFault> faults;
+  for (const std::string& line : error.lines) {
+    const std::string prefix = ToolMessage("");
+    faults.push_back({.text = line.starts_with(prefix) ? line.substr(prefix.size()) : line, .message = line});
+  }
+  return faults;
+}
 
 void InputFiles::AddPairTo(ArgumentList& arguments, const char* first, const char* second, bool second_is_required) {
   arguments.AddPositional(first, "FILE", paths, kInput).is_required = true;
@@ -174,6 +173,17 @@ void OutputOption::Write(const Producer& produce) const {
   is_complete = true;
 }
 
+void OutputOption::WriteFailure(const Failure& failure, bool is_for_people, const std::function<std::string()>& render) const {
+  const bool is_wanted = failure.error != nullptr && !is_complete && !is_for_people;
+  const bool is_safe = !file || !MayBeInput(*file, failure.words);
+  try {
+    if (is_wanted && is_safe) Write(AsProducer(render()));
+  } catch (const std::exception&) {
+    // The report cannot be written either.
+  }
+  Discard(failure);
+}
+
 void OutputOption::Discard(const Failure& failure) const {
   try {
     const std::string path = file ? *file : FindOutput(failure.words).value_or("-");
@@ -214,16 +224,8 @@ void ReportOptions::AddTo(ArgumentList& arguments) {
   log.AddTo(arguments);
 }
 
-// The report of a call that failed. Nothing is known about the schema files, so it has only faults.
 void ReportOptions::WriteFailure(const Failure& failure) const {
-  const bool is_wanted = failure.error != nullptr && !output.is_complete && !IsForPeople();
-  const bool is_safe = !output.file || !MayBeInput(*output.file, failure.words);
-  try {
-    if (is_wanted && is_safe) output.Write(AsProducer(FailureReport(*this, failure)));
-  } catch (const std::exception&) {
-    // The report cannot be written either.
-  }
-  output.Discard(failure);
+  output.WriteFailure(failure, IsForPeople(), [&] { return FailureReport(*this, failure); });
 }
 
 void TextOrJson::AddTo(ArgumentList& arguments) {

@@ -89,6 +89,9 @@ struct OutputOption {
   void Write(const Producer& produce) const;
   // Whether the result may be colored.
   bool CanColor() const;
+  // Writes the report of a call that failed, unless it is text for people on standard output, whom the messages on standard
+  // error tell the same. Discards the file of an earlier call otherwise. Does not throw.
+  void WriteFailure(const Failure& failure, bool is_for_people, const std::function<std::string()>& render) const;
   // Keeps the file of an earlier call from passing for the result of this one. Does not throw.
   void Discard(const Failure& failure) const;
 };
@@ -117,6 +120,10 @@ struct ReportOptions {
  private:
   void WriteFailure(const Failure& failure) const;
 };
+
+// What is wrong with a call that failed: nothing is known about the schema files, so its report has only faults. An error that is
+// not about single files is about the call.
+std::vector<InputFault> FaultsOfCall(const InputError& error);
 
 // The names of formats, each with its position as code.
 template <class List, class Name>

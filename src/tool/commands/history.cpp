@@ -24,7 +24,7 @@ struct HistoryArguments {
   std::optional<std::string> from;
   std::optional<std::string> tags;
   OutputOption output{.is_report = true};
-  std::optional<std::string> path_prefix;
+  std::optional<std::string> path_prefix;  // see ServicePaths
   const HistoryFormat* format = HistoryFormats().data();
 
   void AddTo(ArgumentList& arguments) {
@@ -43,6 +43,9 @@ struct HistoryArguments {
     arguments.AddText("--tags", "PATTERN", tags, "with git: the versions are the tags that match, in version order").excludes =
         "--from";
     output.AddTo(arguments);
+    arguments.OnFailure([this](const Failure& failure) {
+      output.WriteFailure(failure, IsForPeople(), [&] { return FailureReport(*failure.error); });
+    });
     AddFormatTo(arguments);
   }
 
@@ -52,6 +55,17 @@ struct HistoryArguments {
         "--format", choices, [this](int code) { format = &HistoryFormats()[static_cast<std::size_t>(code)]; },
         "output format; default: text");
     arguments.AddText("--path-prefix", "TEXT", path_prefix, "put TEXT in front of the paths in sarif, github, gitlab and junit");
+  }
+
+  // Whether the result is text on standard output.
+  bool IsForPeople() const { return !output.file && format == HistoryFormats().data(); }
+
+  std::string FailureReport(const InputError& error) const {
+    Histories failed;
+    failed.faults = FaultsOfCall(error);
+    std::string report;
+    format->write(failed, path_prefix, output.CanColor(), [&](std::string_view piece) { report += piece; });
+    return report;
   }
 
   bool IsInGit() const { return uses_git || from || tags || inputs.paths.empty(); }
