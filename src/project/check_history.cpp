@@ -13,6 +13,7 @@
 #include "base/input_error.h"
 #include "base/parallel.h"
 #include "base/text.h"
+#include "project/file_pair.h"
 #include "project/git.h"
 #include "project/history_limit.h"
 #include "project/id_history.h"
@@ -61,7 +62,7 @@ class HistoryChecker {
         ids_(options_.tables) {
     history_.file = file.file;
     history_.notes = file.notes;
-    for (const FileVersion& version : file.versions) history_.versions.push_back({version.name, {}});
+    for (const FileVersion& version : file.versions) history_.versions.push_back({version.name, {}, version.is_removed});
   }
 
   History Run() {
@@ -91,6 +92,7 @@ class HistoryChecker {
   // nullopt if the version cannot be read; then it has faults.
   std::optional<LoadedVersion> Load(std::size_t position) {
     const FileVersion& version = file_.versions[position];
+    if (version.is_removed) return LoadRemoved(position);
     try {
       Input input = LoadVersion(version, git_);
       input.path_in_project = version.path_in_project;
@@ -101,6 +103,15 @@ class HistoryChecker {
       history_.versions[position].faults = FaultsOf(faults, version.name);
       return std::nullopt;
     }
+  }
+
+  // The last version that can be read and has a table, without its tables; nullopt if there is none.
+  std::optional<LoadedVersion> LoadRemoved(std::size_t position) {
+    for (std::size_t i = position; i > 0; --i) {
+      const std::optional<LoadedVersion> last = Load(i - 1);
+      if (last && !last->input.tables.empty()) return {{position, WithoutTables(last->input, file_.versions[position].name)}};
+    }
+    return std::nullopt;
   }
 
   void Append(std::size_t begin, std::size_t end, std::vector<LoadedVersion>& window) {

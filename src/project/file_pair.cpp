@@ -40,6 +40,12 @@ std::shared_ptr<const Source> ReleaseFrom(std::vector<TableResult>& tables, cons
 
 }  // namespace
 
+Input WithoutTables(const Source& old_source, const std::string& shown) {
+  Model model = ModelOf(old_source, std::string(old_source.tables.front()));
+  model.metas.clear();
+  return {{shown, std::move(*Build(model)), std::nullopt, {}, old_source.path_in_project}, std::nullopt};
+}
+
 FilePairCheck::FilePairCheck(const ProjectCheck& check) : check_(check) {
   wants_names_ = !check.options.tables.empty() || check.states.projects->projects().HasTableSettings();
 }
@@ -122,20 +128,13 @@ std::shared_ptr<const Source> FilePairCheck::InProjectOf(const FilePair& pair, s
   return own;
 }
 
-// The side without tables that a deleted file is compared with.
-std::shared_ptr<const Source> FilePairCheck::WithoutTables(const Source& old_source, const std::string& shown) const {
-  Model model = ModelOf(old_source, std::string(old_source.tables.front()));
-  model.metas.clear();
-  return Share(Input{{shown, std::move(*Build(model)), std::nullopt, {}, old_source.path_in_project}, std::nullopt});
-}
-
 std::vector<TableResult> FilePairCheck::TablesOf(FilePair& pair) const {
   CheckOptions options = check_.options;
   options.project = pair.project->project;
   if (pair.old_path == nullptr) return NewTables(*pair.second, {}, options);
   if (pair.new_path == nullptr) {
     if (pair.first->tables.empty()) return {};
-    pair.second = WithoutTables(*pair.first, check_.states.new_state->Display(*pair.old_path));
+    pair.second = Share(WithoutTables(*pair.first, check_.states.new_state->Display(*pair.old_path)));
   }
   return CheckTables({*pair.first, *pair.second}, options);
 }

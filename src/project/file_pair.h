@@ -29,6 +29,9 @@ struct FilePair {
   const std::string& Path() const { return new_path == nullptr ? *old_path : *new_path; }
 };
 
+// A library without the tables of the old one: what a removed file is compared with. REQUIRES: the old one has a table.
+Input WithoutTables(const Source& old_source, const std::string& shown);
+
 // What happens to the pairs of a project. Threads may work on different pairs at once.
 class FilePairCheck {
  public:
@@ -50,7 +53,6 @@ class FilePairCheck {
   bool LoadEarlier(FilePair& pair, const std::vector<InputFault>& faults) const;
   std::shared_ptr<const Source> Share(Input input) const;
   std::shared_ptr<const Source> LoadFrom(FileTree& state, const FilePair& pair, const std::string& path, Bytes bytes) const;
-  std::shared_ptr<const Source> WithoutTables(const Source& old_source, const std::string& shown) const;
   std::vector<TableResult> TablesOf(FilePair& pair) const;
   void Release(FilePair& pair) const;
 

@@ -12,8 +12,9 @@
 #include "base/paths.h"
 #include "base/text.h"
 #include "project/baseline.h"
+#include "project/continued_files.h"
 #include "project/git_call.h"
-#include "project/project_files.h"
+#include "project/history_selection.h"
 #include "project/project_path.h"
 #include "project/version_walk.h"
 #include "schema/file_bytes.h"
@@ -25,66 +26,6 @@ namespace fs = std::filesystem;
 
 constexpr char kHead[] = "git:HEAD";
 
-// A file of the call.
-struct SelectedFile {
-  std::string path;   // from the top
-  std::string shown;  // on the disk
-};
-
-// Paths of the call, from the top of the repository.
-class PathFinder {
- public:
-  PathFinder(const std::string& argument, Git& git)
-      : top_(AbsolutePath(Git::Top(argument))), is_top_(git.Prefix(argument).empty()) {}
-
-  const std::string& top() const { return top_; }
-
-  // The path from the working directory if it leads to a file there, else from the top.
-  fs::path OnDisk(const std::string& given) const {
-    std::error_code ignored;
-    const fs::path from_here = AbsolutePath(given);
-    const bool is_here = is_top_ || IsFromHere(given) || fs::path(given).is_absolute() || fs::exists(from_here, ignored);
-    return is_here ? from_here : AbsolutePath((fs::path(top_) / given).string());
-  }
-
-  std::string FromTop(const std::string& given) const {
-    const fs::path path = OnDisk(given).lexically_relative(top_);
-    if (LeadsOut(path)) RefuseArgument(given, "is outside of the repository");
-    return path.string();
-  }
-
- private:
-  std::string top_;
-  bool is_top_;
-};
-
-// The files that directories or the project select.
-void AddSelected(const std::vector<std::string>& paths, const Project* project, std::vector<SelectedFile>& files) {
-  ProjectSet projects(project, false);  // a history is judged by the project file of the call
-  const ProjectStates states = OpenStates(ResolveBaseline(kHead), projects);
-  const ProjectFiles selected = SelectFiles(paths, states);
-  std::set<std::string> all = selected.in_old;
-  all.insert(selected.in_new.begin(), selected.in_new.end());
-  for (const std::string& path : all) files.push_back({path, states.new_state->Display(path)});
-}
-
-std::vector<SelectedFile> Select(const VersionSelection& selection, const Project* project, const PathFinder& finder) {
-  std::vector<SelectedFile> files;
-  if (selection.paths.empty()) AddSelected({}, project, files);
-  for (const std::string& given : selection.paths) {
-    std::error_code ignored;
-    const fs::path on_disk = finder.OnDisk(given);
-    if (fs::is_directory(on_disk, ignored)) {
-      AddSelected({on_disk.string()}, project, files);
-    } else {
-      files.push_back({finder.FromTop(given), given});
-    }
-  }
-  std::set<std::string> seen;
-  std::erase_if(files, [&](const SelectedFile& file) { return !seen.insert(file.path).second; });
-  return files;
-}
-
 // The versions of the files of one call.
 class VersionFinder {
  public:
@@ -92,14 +33,23 @@ class VersionFinder {
       : selection_(selection),
         argument_(selection.paths.empty() ? std::string(kHead) : selection.paths.front()),
         finder_(RequireCommit(argument_), git_),
-        files_(Select(selection, project, finder_)),
+        range_(Range()),
+        tags_(selection.tags ? TagsOf(*selection.tags) : std::vector<std::string>()),
+        files_(Select(project)),
         directory_(ProjectDirectory(project, finder_.top())) {}
 
   std::vector<FileVersions> Run() {
     for (const SelectedFile& file : files_) tracks_.push_back({.path = file.path, .path_on_disk = OnDisk(file)});
-    VersionWalk(finder_.top(), Range(), argument_).Run(tracks_, git_);
+    VersionWalk(finder_.top(), range_, argument_).Run(tracks_, git_);
+    std::vector<FoundVersions> found;
+    for (std::size_t i = 0; i < files_.size(); ++i) found.push_back(selection_.tags ? Tagged(i) : Committed(i));
+    for (std::size_t i = 0; i < files_.size(); ++i) found[i].is_continued = IsRenamed(i);
+    JoinContinued(
+        found, [&] { return Order(); }, git_);
     std::vector<FileVersions> all;
-    for (std::size_t i = 0; i < files_.size(); ++i) all.push_back(selection_.tags ? Tagged(i) : Committed(i));
+    for (FoundVersions& one : found) {
+      if (!one.is_continued) all.push_back(std::move(one.file));
+    }
     return all;
   }
 
@@ -107,6 +57,15 @@ class VersionFinder {
   static const std::string& RequireCommit(const std::string& argument) {
     if (FindObject("HEAD", argument).empty()) RefuseRevision("HEAD", argument);
     return argument;
+  }
+
+  std::vector<SelectedFile> Select(const Project* project) {
+    std::vector<std::string> revisions;
+    if (selection_.from) revisions.push_back(*selection_.from);
+    for (const std::string& tag : tags_) {
+      if (!FindObject(tag + "^{tree}", argument_).empty()) revisions.push_back(tag);
+    }
+    return SelectHistoryFiles({selection_.paths, revisions, selection_.tags ? "" : range_, argument_}, project, finder_, git_);
   }
 
   // The file in the work tree, or "".
@@ -138,27 +97,38 @@ class VersionFinder {
     return {NameIn(revision, file, selected), PathInProject(directory_, file.path), file};
   }
 
-  FileVersions Committed(std::size_t i) {
+  // What a removed file is compared with.
+  FileVersion Removed(const std::string& name, const std::string& path) const {
+    return {.name = name, .path_in_project = PathInProject(directory_, path), .in_git = std::nullopt, .is_removed = true};
+  }
+
+  FoundVersions Committed(std::size_t i) {
     const FileTrack& track = tracks_[i];
     const SelectedFile& selected = files_[i];
-    FileVersions result{selected.shown, {}, {}};
+    FoundVersions found{{selected.shown, {}, {}}};
+    FileVersions& result = found.file;
     if (!track.beginning.empty()) result.notes.push_back(track.beginning);
-    if (selection_.from) AddFrom(track, selected, result);
+    if (!track.begun_by.empty()) found.added_by = track.begun_by;
+    if (selection_.from) AddFrom(track, selected, found);
+    found.beginning_notes = result.notes.size();
     std::for_each(track.versions.rbegin(), track.versions.rend(), [&](const CommittedVersion& version) {
       result.versions.push_back(InGit(version.commit, version.file, selected));
     });
     result.notes.insert(result.notes.end(), track.notes.rbegin(), track.notes.rend());
     if (result.versions.empty() && !track.directory_until.empty()) result.missing = ReasonOfDirectory(track);
-    AddUncommitted(track, selected, result);
-    return result;
+    AddUncommitted(track, selected, found);
+    AddRemoved(selected, found);
+    return found;
   }
 
-  void AddFrom(const FileTrack& track, const SelectedFile& selected, FileVersions& result) const {
+  void AddFrom(const FileTrack& track, const SelectedFile& selected, FoundVersions& found_versions) const {
+    FileVersions& result = found_versions.file;
     const auto found = in_from_.find(track.path);
     if (found == in_from_.end()) {
       result.notes.insert(result.notes.begin(), OneLine(*selection_.from) + " does not have the file");
       return;
     }
+    found_versions.added_by.reset();
     result.notes.clear();
     result.notes.push_back("begins with " + OneLine(*selection_.from) + " (--from)");
     result.versions.push_back(InGit(*selection_.from, found->second, selected));
@@ -171,12 +141,17 @@ class VersionFinder {
   }
 
   // A work tree that differs from the last commit is the last version.
-  void AddUncommitted(const FileTrack& track, const SelectedFile& selected, FileVersions& result) {
-    const bool is_in_head = !result.versions.empty() && !track.is_deleted;
+  void AddUncommitted(const FileTrack& track, const SelectedFile& selected, FoundVersions& found) {
+    FileVersions& result = found.file;
+    const bool is_in_head = !result.versions.empty() && !track.removal;
     if (track.path_on_disk.empty()) {
-      if (is_in_head && !IsLeftOut(selected.path)) result.notes.emplace_back("the work tree no longer has the file");
+      found.removal = track.removal;
+      if (!is_in_head || IsLeftOut(selected.path)) return;
+      result.notes.emplace_back("the work tree no longer has the file");
+      found.removal = LostPath{"", selected.path};
       return;
     }
+    if (result.versions.empty()) found.added_by = "";
     if (is_in_head) {
       const Bytes bytes = ReadAll(OpenInput(track.path_on_disk));
       const GitFile& last = *result.versions.back().in_git;
@@ -184,6 +159,33 @@ class VersionFinder {
     }
     const std::string shown = fs::path(track.path_on_disk).lexically_relative(AbsolutePath("")).string();
     result.versions.push_back({shown, PathInProject(directory_, selected.path), std::nullopt, shown});
+  }
+
+  // The last version of a file that was removed.
+  void AddRemoved(const SelectedFile& selected, FoundVersions& found) const {
+    if (!found.removal || found.file.versions.empty()) return;
+    const LostPath& removal = *found.removal;
+    const GitFile file{removal.path, "", ""};
+    const std::string name = removal.commit.empty() ? selected.shown : NameIn(removal.short_commit, file, selected);
+    found.file.versions.push_back(Removed(name, removal.path));
+  }
+
+  // Whether another file is this one under a new path.
+  bool IsRenamed(std::size_t i) const {
+    const FileTrack& track = tracks_[i];
+    const bool is_on_disk = !track.path_on_disk.empty();
+    if (is_on_disk) return false;
+    const LostPath lost = track.removal.value_or(LostPath{"", track.paths.front()});
+    const auto is_it = [&](const LostPath& moved) { return moved.IsSame(lost); };
+    return std::ranges::any_of(tracks_, [&](const FileTrack& other) { return std::ranges::any_of(other.moved_from, is_it); });
+  }
+
+  // Commits or tags, oldest first.
+  std::vector<std::string> Order() const {
+    if (selection_.tags) return tags_;
+    std::vector<std::string> order = CommitsOf(finder_.top(), range_, argument_);
+    std::ranges::reverse(order);
+    return order;
   }
 
   // A sparse checkout lacks files that are in the index.
@@ -195,9 +197,9 @@ class VersionFinder {
     return left_out_->contains(path);
   }
 
-  FileVersions Tagged(std::size_t i) {
-    FileVersions result{files_[i].shown, {}, {}};
-    if (tags_.empty()) tags_ = TagsOf(*selection_.tags);
+  FoundVersions Tagged(std::size_t i) {
+    FoundVersions found{{files_[i].shown, {}, {}}};
+    FileVersions& result = found.file;
     if (!objects_) objects_.emplace();
     std::vector<std::string> missing;
     for (const std::string& tag : tags_) {
@@ -208,25 +210,30 @@ class VersionFinder {
       }
       if (!file) {
         missing.push_back(OneLine(name));
+        if (!found.removal && !result.versions.empty()) found.removal = LostPath{tag, result.versions.back().in_git->path, name};
         continue;
       }
+      found.removal.reset();
+      if (result.versions.empty() && tag != tags_.front()) found.added_by = tag;
       const bool is_same = !result.versions.empty() && result.versions.back().in_git->object == file->object &&
                            result.versions.back().in_git->path == file->path;
       if (!is_same) result.versions.push_back(InGit(name, *file, files_[i]));
     }
     if (!missing.empty()) result.notes.push_back("not in " + Join(missing, ", "));
-    return result;
+    AddRemoved(files_[i], found);
+    return found;
   }
 
   const VersionSelection& selection_;
   std::string argument_;
   Git git_;
   PathFinder finder_;
+  std::map<std::string, GitFile> in_from_;  // the files of --from
+  std::string range_;
+  std::vector<std::string> tags_;  // oldest first
   std::vector<SelectedFile> files_;
   std::string directory_;  // of the project, from the top
   std::vector<FileTrack> tracks_;
-  std::map<std::string, GitFile> in_from_;  // the files of --from
-  std::vector<std::string> tags_;
   std::optional<ObjectFinder> objects_;
   std::optional<std::set<std::string>> left_out_;
 };

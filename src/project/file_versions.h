@@ -16,6 +16,7 @@ struct FileVersion {
   std::string path_in_project;    // as in Source
   std::optional<GitFile> in_git;  // of a version in a repository; its path may be another one than today
   std::string path_on_disk = {};  // otherwise, what LoadInputs reads
+  bool is_removed = false;        // the file was removed: a version without a table, which is compared with the last one
 };
 
 // The versions of one file, oldest first.
@@ -44,10 +45,12 @@ FileVersions NamedVersions(const std::vector<std::string>& paths, const Project*
 // The versions of files in the repository of the working directory: of each file, the commits that changed it along the first
 // parents, and the file in the work tree if it differs from the last commit. Renames are followed: a file that a commit added
 // under a new path and deleted under an old one is the same file if git finds it similar, or if both hold a library of the same
-// name. Files whose versions are fewer than two are returned, too.
+// name; also if a later commit added it. A file that is removed in the end has a last version without tables. Directories and
+// projects also select files of `from`, of each tag, or that a commit of the range deleted. Files whose versions are fewer than
+// two are returned, too.
 //
 // The number of git processes does not depend on the number of versions and files: it grows with the number of renames of a file
-// one after the other. `project` may be null. Throws InputError as Git, and if nothing is selected.
+// one after the other, and with that of the tags. `project` may be null. Throws InputError as Git, and if nothing is selected.
 std::vector<FileVersions> VersionsInGit(const VersionSelection& selection, const Project* project);
 
 }  // namespace korvel

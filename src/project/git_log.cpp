@@ -123,6 +123,24 @@ std::vector<GitCommit> LogOf(const std::string& top, const std::string& range, c
   return commits;
 }
 
+std::vector<std::string> DeletedPaths(const std::string& top, const std::string& range,
+                                      const std::vector<std::string>& directories, const std::string& argument) {
+  std::vector<std::string> arguments = kPlain;
+  Append(arguments, {"-C", top, "log", "--first-parent", "-m", "--no-renames", "--diff-filter=D", kFormat});
+  Append(arguments, kRaw);
+  Append(arguments, {range, "--"});
+  Append(arguments, directories);
+  std::vector<std::string> paths;
+  for (const GitCommit& commit : RawReader(GitOutput(arguments, argument)).Commits()) {
+    for (const GitChange& change : commit.changes) paths.push_back(change.before.path);
+  }
+  return paths;
+}
+
+std::vector<std::string> CommitsOf(const std::string& top, const std::string& range, const std::string& argument) {
+  return SplitAt(GitOutput({"-C", top, "rev-list", "--first-parent", range, "--"}, argument), '\n');
+}
+
 std::vector<GitCommit> ChangesOf(const std::string& top, const std::vector<std::string>& commits, const std::string& argument) {
   std::vector<GitCommit> all;
   EachPart(top, commits, [&](std::vector<std::string> arguments) {

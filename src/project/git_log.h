@@ -32,6 +32,13 @@ struct GitCommit {
 std::vector<GitCommit> LogOf(const std::string& top, const std::string& range, const std::vector<std::string>& paths,
                              const std::string& argument);
 
+// The paths that commits of a range deleted in these directories (none: anywhere), along the first parents.
+std::vector<std::string> DeletedPaths(const std::string& top, const std::string& range,
+                                      const std::vector<std::string>& directories, const std::string& argument);
+
+// The ids of the commits of a range, newest first, along the first parents.
+std::vector<std::string> CommitsOf(const std::string& top, const std::string& range, const std::string& argument);
+
 // All changes of these commits, with renames, without short ids.
 std::vector<GitCommit> ChangesOf(const std::string& top, const std::vector<std::string>& commits, const std::string& argument);
 

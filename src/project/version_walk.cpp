@@ -54,7 +54,7 @@ void VersionWalk::Visit(Position& position, const std::vector<GitCommit>& commit
       if (change.before.path != track.path) continue;
       position.until = commit.id;
       if (change.status == 'D') {
-        track.is_deleted = track.versions.empty();
+        if (track.versions.empty()) track.removal = LostPath{commit.id, track.path, commit.short_id};
         track.notes.push_back("commit " + commit.short_id + " removed " + OneLine(track.path));
         continue;
       }
@@ -85,6 +85,7 @@ void VersionWalk::FollowUncommitted(std::vector<Position>& positions, Git& git) 
     if (found == old_files.end()) continue;
     position.track->path = found->second.path;
     position.track->paths.push_back(found->second.path);
+    position.track->moved_from.push_back({"", found->second.path});
     position.is_finished = false;
   }
 }
@@ -108,8 +109,10 @@ void VersionWalk::FollowRenames(std::vector<Position>& positions, const std::vec
       if (found != old_files.end()) {
         track.path = found->second.path;
         track.paths.push_back(track.path);
+        track.moved_from.push_back({commit.id, track.path});
       } else if (!WasChangedBefore(track.path, *position->adder, commits)) {
         track.beginning = BeginningAt(*position->adder);
+        track.begun_by = commit.id;
         position->is_finished = true;
       }
     }

@@ -1,6 +1,7 @@
 // Walks back through the commits that changed files, and along their renames.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,6 +17,15 @@ struct CommittedVersion {
   GitFile file;        // with its path at that time
 };
 
+// A path that a file lost in a commit; an empty commit is the work tree.
+struct LostPath {
+  std::string commit;
+  std::string path;
+  std::string short_commit = {};
+
+  bool IsSame(const LostPath& other) const { return commit == other.commit && path == other.path; }
+};
+
 // One file on the way back.
 struct FileTrack {
   std::string path;                             // from the top; where the walk is, the path at that time
@@ -24,7 +34,9 @@ struct FileTrack {
   std::vector<std::string> paths = {};          // all that it had, newest first
   std::vector<std::string> notes = {};          // gaps, newest first
   std::string beginning = {};                   // how the oldest version came to be; empty if the range ends before
-  bool is_deleted = false;                      // in HEAD
+  std::string begun_by = {};                    // the commit that added the file, if the walk ended there
+  std::vector<LostPath> moved_from = {};        // renames that the walk followed
+  std::optional<LostPath> removal = {};         // of a file that HEAD does not have any more
   std::string directory_until = {};             // the last commit that changed files below the path, as if it were a directory
 };
 

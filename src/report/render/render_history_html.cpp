@@ -77,6 +77,7 @@ class FileSection {
       html_ += std::string("<li") + (is_bad ? " class=\"refused\"" : "") + ">" +
                Link(step == nullptr ? "" : StepId(i), Code(version.name)) + " ";
       if (!version.faults.empty()) html_ += "cannot be read: " + Html(Join(LinesOf(version.faults), "; "));
+      if (version.is_removed) html_ += "removed ";
       html_ += (step == nullptr ? "" : VersionBadge(step->Refused())) + "</li>\n";
     }
     html_ += "</ol>\n";

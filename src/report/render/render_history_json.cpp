@@ -32,7 +32,9 @@ class HistoryJson {
     json_.Add("verdict", WordOf(VerdictOf(history_)));
     json_.Add("notes", history_.notes);
     json_.Begin("versions", '[');
-    for (const VersionInfo& version : history_.versions) json_.Add({{"name", version.name}, {"faults", LinesOf(version.faults)}});
+    for (const VersionInfo& version : history_.versions) {
+      json_.Add({{"name", version.name}, {"removed", version.is_removed}, {"faults", LinesOf(version.faults)}});
+    }
     json_.End();
     json_.Begin("steps", '[');
     for (const VersionStep& step : history_.steps) WriteStep(step);

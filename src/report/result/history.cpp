@@ -205,6 +205,7 @@ Report ReportOf(const Histories& histories) {
   report.max_findings = histories.max_findings;
   report.fails_on_warnings = histories.fails_on_warnings;
   for (const History& history : histories.files) {
+    if (history.IsRemoved()) report.files.push_back({FileNote::Kind::kDeleted, history.file, ""});
     for (const ReusedId& reused : history.reused_ids) {
       report.project.push_back(ToProjectFinding(history, reused, report.fails_on_warnings));
     }

@@ -108,6 +108,7 @@ struct NewestCheck {
 struct VersionInfo {
   std::string name;                // as messages show it
   std::vector<InputFault> faults;  // why it could not be read; then no step has it
+  bool is_removed = false;         // the file was removed: the version has no tables
 };
 
 // The versions of one file.
@@ -125,6 +126,8 @@ struct History {
   bool Refused() const;
   // Whether each version could be read.
   bool IsComplete() const;
+  // Whether the file was removed in the end.
+  bool IsRemoved() const { return !versions.empty() && versions.back().is_removed; }
 };
 
 // The histories of a call.

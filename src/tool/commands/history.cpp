@@ -88,7 +88,7 @@ std::vector<std::string> FilesOnDisk(const std::vector<FileVersions>& files) {
   std::vector<std::string> paths;
   for (const FileVersions& file : files) {
     for (const FileVersion& version : file.versions) {
-      if (!version.in_git) paths.push_back(version.path_on_disk);
+      if (!version.in_git && !version.is_removed) paths.push_back(version.path_on_disk);
     }
   }
   return paths;
