@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <filesystem>
-#include <iterator>
 #include <string_view>
+#include <utility>
 
 #include "base/text.h"
 #include "project/git.h"
@@ -34,6 +34,11 @@ Baseline ResolveTag(const std::string& argument) {
   return {"git:" + tag.substr(kTags.size()), tag, "the newest tag that matches " + OneLine(pattern)};
 }
 
+// The id of the commit; "" for a directory, for a tree without a commit, and if there is none.
+std::string CommitOf(const Baseline& baseline) {
+  return baseline.revision ? FindObject(*baseline.revision + "^{commit}", baseline.name) : "";
+}
+
 std::string RelativeTo(const std::string& directory, const std::string& argument) {
   const bool is_git = argument.starts_with("git:") || argument.starts_with(kTagPrefix);
   return is_git ? argument : (std::filesystem::path(directory) / argument).string();
@@ -59,7 +64,18 @@ Baseline ResolveBaseline(const std::string& argument) {
 
 std::vector<Baseline> ResolveBaselines(const std::vector<std::string>& arguments) {
   std::vector<Baseline> baselines;
-  std::ranges::transform(arguments, std::back_inserter(baselines), ResolveBaseline);
+  std::vector<std::string> commits;
+  for (const std::string& argument : arguments) {
+    Baseline baseline = ResolveBaseline(argument);
+    std::string commit = CommitOf(baseline);
+    const auto same = std::ranges::find(commits, commit);
+    if (!commit.empty() && same != commits.end()) {
+      AppendPart(baselines[static_cast<std::size_t>(same - commits.begin())].origin, "; ", "also " + OneLine(argument));
+      continue;
+    }
+    baselines.push_back(std::move(baseline));
+    commits.push_back(std::move(commit));
+  }
   return baselines;
 }
 
@@ -70,9 +86,8 @@ std::vector<std::string> BaselinesOf(const Project& project) {
 }
 
 bool IsCheckedOut(const Baseline& baseline) {
-  if (!baseline.revision) return false;
-  const std::string checked_out = FindObject("HEAD^{commit}", baseline.name);
-  return !checked_out.empty() && FindObject(*baseline.revision + "^{commit}", baseline.name) == checked_out;
+  const std::string commit = CommitOf(baseline);
+  return !commit.empty() && FindObject("HEAD^{commit}", baseline.name) == commit;
 }
 
 }  // namespace korvel

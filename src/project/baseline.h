@@ -27,7 +27,8 @@ Baseline ResolveBaseline(const std::string& argument);
 // if no tag matches.
 std::vector<std::string> TagsOf(const std::string& pattern);
 
-// The baselines of these arguments. Throws as ResolveBaseline.
+// The baselines of these arguments. A commit that several of them name is one baseline, whose origin lists the others. Throws as
+// ResolveBaseline.
 std::vector<Baseline> ResolveBaselines(const std::vector<std::string>& arguments);
 
 // The arguments that a project file names; a directory is relative to the project file there, and to the working directory in

@@ -179,6 +179,32 @@ TEST_F(SeveralBaselinesTest, EmptyBaselineIsAFaultOfTheProjectFile) {
                    "directory\n");
 }
 
+// Regression: jobs that named the base of a pull request did not compare with the baselines of the project file.
+TEST_F(SeveralBaselinesTest, OneMoreIsComparedInAdditionToThoseOfTheProjectFile) {
+  const auto also = [this](const std::vector<std::string>& more) {
+    return Run(Joined({"check", "--also-against", "git:HEAD"}, more)).out;
+  };
+  EXPECT_THAT(also({}), HasSubstr("allowed: table orders\n"));
+  EXPECT_THAT(also({"--against", "git:v1"}), HasSubstr("refused: table orders against git:v1: "));
+  EXPECT_THAT(also({"--default-against", "git:v1"}), HasSubstr("refused: table orders against git:v1: "));
+  Write("korvelcheck.toml", "[schemas]\npaths = [\"schemas/**/*.xml\"]\nagainst = \"git-tag:v*\"\n");
+  for (const std::vector<std::string>& paths : {std::vector<std::string>{}, {"schemas"}}) {
+    const std::string text = also(paths);
+    EXPECT_THAT(text, HasSubstr("refused: table orders against git:v1: "));
+    EXPECT_THAT(text, HasSubstr("allowed: table orders against git:HEAD\n"));
+  }
+}
+
+// Regression: each finding was reported twice.
+TEST_F(SeveralBaselinesTest, OneCommitIsOneBaseline) {
+  Git({"branch", "deployed", "v1"});
+  const Outcome outcome = CheckAgainst({"git-tag:v*", "git:deployed", "git:HEAD", "git:v1..."});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_THAT(outcome.out, HasSubstr("\nbaseline: git:v1 (the newest tag that matches v*; also git:deployed; also git:v1...)\n"
+                                     "baseline: git:HEAD\n"));
+  EXPECT_THAT(CheckAgainst({"git:v1", "git:deployed"}).out, HasSubstr("refused: table orders: "));
+}
+
 // --- Nothing to compare with ---
 
 // Regression: with --allow-new, "0 compared, 3 new" was allowed.

@@ -81,27 +81,35 @@ CommandResult CheckAgainstAll(const CheckRequest& request, ProjectSet& projects)
 }  // namespace
 
 void BaselineOption::AddTo(ArgumentList& arguments) {
-  const auto add = [this](const std::string& baseline) {
-    against.push_back(baseline);
-    return std::string();
+  const auto adder = [](std::vector<std::string>& baselines) {
+    return [&baselines](const std::string& baseline) {
+      baselines.push_back(baseline);
+      return std::string();
+    };
   };
   arguments.Add({.names = "--against",
                  .value = "git:REV|DIR",
                  .description =
                      "compare the project's schema files with a commit or a directory; also git:REV... (merge base with "
                      "HEAD) and git-tag:PATTERN (newest tag); may be repeated",
-                 .set = add,
+                 .set = adder(against),
                  .is_repeated = true});
   arguments.AddText("--default-against", "git:REV|DIR", default_against, "the same, unless the project file has 'against'")
       .excludes = "--against";
+  arguments.Add({.names = "--also-against",
+                 .value = "git:REV|DIR",
+                 .description = "the same, in addition to --against or to 'against' of the project file; may be repeated",
+                 .set = adder(also_against),
+                 .is_repeated = true});
 }
 
 std::vector<std::string> BaselineOption::For(const std::vector<std::string>& paths, const Project* project) const {
   const bool has_default = project != nullptr && !project->against.empty();
-  if (!against.empty()) return against;
-  if (has_default && (paths.empty() || default_against)) return BaselinesOf(*project);
-  if (default_against) return {*default_against};
-  return {};
+  std::vector<std::string> baselines = against;
+  if (baselines.empty() && has_default && (paths.empty() || IsGiven())) baselines = BaselinesOf(*project);
+  if (baselines.empty() && default_against) baselines.push_back(*default_against);
+  baselines.insert(baselines.end(), also_against.begin(), also_against.end());
+  return baselines;
 }
 
 void RequireFiles(const std::vector<std::string>& paths, bool has_baseline) {

@@ -11,13 +11,14 @@
 
 namespace korvel::tool {
 
-// --against, --default-against
+// --against, --default-against, --also-against
 struct BaselineOption {
   std::vector<std::string> against;
   std::optional<std::string> default_against;  // unless the project file names a baseline
+  std::vector<std::string> also_against;       // in addition to all others
 
   void AddTo(ArgumentList& arguments);
-  bool IsGiven() const { return !against.empty() || default_against; }
+  bool IsGiven() const { return !against.empty() || default_against || !also_against.empty(); }
   // What a call with these paths compares with: the baselines of the options, or those of the project file; none if it compares
   // two files. `project` may be null.
   std::vector<std::string> For(const std::vector<std::string>& paths, const Project* project) const;
