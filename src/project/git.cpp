@@ -177,9 +177,9 @@ std::string Git::MergeBase(const std::string& revision, const std::string& argum
   const GitResult result = RunGit({"merge-base", revision, "HEAD"}, argument);
   if (result.status == 0) return WithoutLineEnd(result.out);
   if (!result.error.empty()) RefuseArgument(argument, result.error);
-  const bool is_shallow = IsShallow(argument);
-  RefuseArgument(argument, Quote(revision) + " and HEAD have no commit in common" +
-                               (is_shallow ? " in this shallow clone; fetch the others with: git fetch --unshallow" : ""));
+  const std::string text = Quote(revision) + " and HEAD have no commit in common";
+  if (!IsShallow(argument)) RefuseArgument(argument, text);
+  RefuseArgument(argument, text + " in this shallow clone; fetch the others with: " + FetchAllCommand(revision, argument));
 }
 
 std::string Git::Prefix(const std::string& argument) {

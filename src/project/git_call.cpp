@@ -1,4 +1,4 @@
-// Runs the git program, and explains why it failed. Tested by tests/tool/git_test.cpp.
+// Runs the git program, and explains why it failed. Tested by tests/tool/git_test.cpp and shallow_clone_test.cpp.
 #include "project/git_call.h"
 
 #include <algorithm>
@@ -41,15 +41,19 @@ class Diagnosis {
     }
     if (IsFile()) return Quote(revision_) + " is a file; allowed: a commit, or a tree of one";
     if (IsObjectId(revision_)) return "commit " + revision_ + " is not in this clone" + FetchOfObject();
-    if (IsBeyondShallow()) return Quote(revision_) + " is older than the oldest commit of this shallow clone; " + kFetchAll;
-    if (const std::string fetch = FetchOfBranch(); !fetch.empty()) return Unknown() + "; fetch it with: " + fetch;
-    return Unknown() + SimilarReference();
+    if (IsBeyondShallow()) {
+      return Quote(revision_) +
+             " is older than the oldest commit of this shallow clone; fetch it with: " + FetchAllCommand(revision_, argument_);
+    }
+    const std::string unknown = "unknown revision " + Quote(revision_);
+    if (const std::string name = OnRemote(); !name.empty()) return unknown + Meant(name);
+    return unknown + SimilarReference() + HowToFetch();
   }
 
  private:
-  static constexpr const char* kFetchAll = "fetch it with: git fetch --unshallow";
+  static std::string Meant(const std::string& name) { return " (did you mean " + Quote(name) + "?)"; }
 
-  std::string Unknown() const { return "unknown revision " + Quote(revision_); }
+  std::string Depth() const { return is_shallow_ ? "--depth=1 " : ""; }
 
   bool IsKnown(const std::string& revision) const { return !FindObject(revision + "^{tree}", argument_).empty(); }
 
@@ -63,31 +67,75 @@ class Diagnosis {
 
   std::string FetchOfObject() const {
     if (remotes_.empty()) return "";
-    const std::string depth = is_shallow_ ? "--depth=1 " : "";
-    return "; fetch it with: git fetch " + depth + OneLine(remotes_.front()) + " " + revision_;
+    return "; fetch it with: git fetch " + Depth() + OneLine(remotes_.front()) + " " + revision_;
   }
+
+  bool IsName() const { return RunGit({"check-ref-format", "refs/heads/" + revision_}, argument_).status == 0; }
+
+  std::string CommandForBranch(const std::string& remote, const std::string& branch) const {
+    return OneLine("git fetch " + Depth() + remote + " " + branch + ":refs/remotes/" + remote + "/" + branch);
+  }
+
+  std::string HowToFetch() const {
+    if (!HasOrigin() && revision_.starts_with(kOrigin)) {
+      if (remotes_.empty()) return "; the repository has no remote";
+      return "; no remote has the name 'origin'; the remotes are: " + OneLine(Join(remotes_, ", "));
+    }
+    const std::string fetch = FetchOfBranch();
+    return fetch.empty() ? FetchOfName() : fetch;
+  }
+
+  bool HasOrigin() const { return std::ranges::find(remotes_, "origin") != remotes_.end(); }
 
   // A clone of one branch lacks the others; fetching one by name leaves a reference only if the command says so.
   std::string FetchOfBranch() const {
     for (const std::string& remote : remotes_) {
-      const std::string branch = revision_.starts_with(remote + "/") ? revision_.substr(remote.size() + 1) : "";
-      if (branch.empty() || RunGit({"check-ref-format", "--branch", branch}, argument_).status != 0) continue;
-      if (!SimilarReference().empty()) return "";
-      const std::string depth = is_shallow_ ? "--depth=1 " : "";
-      return OneLine("git fetch " + depth + remote + " " + branch + ":refs/remotes/" + remote + "/" + branch);
+      const bool is_branch = revision_.starts_with(remote + "/") && IsName();
+      if (is_branch) return "; fetch it with: " + CommandForBranch(remote, revision_.substr(remote.size() + 1));
     }
     return "";
   }
 
-  std::string SimilarReference() const {
-    std::vector<std::string> names = SplitAt(RunGit({"for-each-ref", "--format=%(refname:short)"}, argument_).out, '\n');
-    // A clone of a pipeline has other branches only as branches of its remote.
-    for (const std::string& name : names) {
-      if (name.ends_with("/" + revision_)) return " (did you mean " + Quote(name) + "?)";
-    }
-    if (revision_.find_first_of("~^@") == std::string::npos) names.emplace_back("HEAD");
-    return DidYouMean(revision_, std::vector<std::string_view>(names.begin(), names.end()));
+  // A shallow clone, and one of a single branch, lacks tags and branches that the remote has.
+  std::string FetchOfName() const {
+    if (remotes_.empty() || !IsPartialClone() || !IsName() || revision_.ends_with("HEAD")) return "";
+    const std::string& remote = remotes_.front();
+    return OneLine("; if it is a tag, fetch it with: git fetch " + Depth() + remote + " tag " + revision_ +
+                   "; if it is a branch, fetch it with: " + CommandForBranch(remote, revision_) + " and use " + remote + "/" +
+                   revision_);
   }
+
+  bool IsPartialClone() const {
+    const GitResult branches = RunGit({"config", "--get-all", "remote." + remotes_.front() + ".fetch"}, argument_);
+    return is_shallow_ || branches.out.find("refs/heads/*:") == std::string::npos;
+  }
+
+  std::vector<std::string> References() const {
+    return SplitAt(RunGit({"for-each-ref", "--format=%(refname:short)"}, argument_).out, '\n');
+  }
+
+  // A clone of a pipeline has other branches only as branches of its remote, which may have another name than usual.
+  std::string OnRemote() const {
+    const bool is_renamed = !HasOrigin() && revision_.starts_with(kOrigin);
+    const std::string branch = is_renamed ? revision_.substr(kOrigin.size()) : revision_;
+    for (const std::string& name : References()) {
+      if (name == branch || name.ends_with("/" + branch)) return name;
+    }
+    return "";
+  }
+
+  // The nearest name, or a tag of a version with more numbers: v1.0.2 for v1.0.
+  std::string SimilarReference() const {
+    std::vector<std::string> names = References();
+    if (revision_.find_first_of("~^@") == std::string::npos) names.emplace_back("HEAD");
+    const std::string nearest = DidYouMean(revision_, std::vector<std::string_view>(names.begin(), names.end()));
+    if (!nearest.empty()) return nearest;
+    const auto longer =
+        std::ranges::find_if(names, [this](const std::string& name) { return name.starts_with(revision_ + "."); });
+    return longer == names.end() ? "" : Meant(*longer);
+  }
+
+  static constexpr std::string_view kOrigin = "origin/";
 
   const std::string& revision_;
   const std::string& argument_;
@@ -148,6 +196,14 @@ std::string GitOutput(const std::vector<std::string>& arguments, const std::stri
 
 std::string FindObject(const std::string& revision, const std::string& argument) {
   return FirstLine(RunGit({"rev-parse", "--verify", "--quiet", "--end-of-options", revision}, argument).out);
+}
+
+std::string FetchAllCommand(const std::string& revision, const std::string& argument) {
+  constexpr std::string_view kFetched = "FETCH_HEAD";
+  const std::string command = "git fetch --unshallow";
+  const std::vector<std::string> remotes = SplitAt(RunGit({"remote"}, argument).out, '\n');
+  if (!revision.starts_with(kFetched) || remotes.empty()) return command;
+  return OneLine(command + " " + remotes.front() + " ") + FindObject(std::string(kFetched), argument);
 }
 
 bool IsShallow(const std::string& argument) { return RunGit({"rev-parse", "--is-shallow-repository"}, argument).out == "true\n"; }

@@ -21,6 +21,10 @@ std::string GitOutput(const std::vector<std::string>& arguments, const std::stri
 // The id of the object that a revision such as "v1^{commit}" names; "" if there is none.
 std::string FindObject(const std::string& revision, const std::string& argument);
 
+// The command that fetches the rest of the history of a shallow clone. It sets FETCH_HEAD, so if the revision is FETCH_HEAD, it
+// names the commit.
+std::string FetchAllCommand(const std::string& revision, const std::string& argument);
+
 // Whether the clone is shallow.
 bool IsShallow(const std::string& argument);
 

@@ -94,6 +94,23 @@ TEST_F(BaselineTest, ShallowCloneSaysWhatToFetch) {
                    "clone; fetch the others with: git fetch --unshallow\n");
 }
 
+// Regression: the printed command set FETCH_HEAD to the commit that is checked out, and the branch was compared with itself.
+TEST_F(BaselineTest, PrintedCommandKeepsTheFetchedCommit) {
+  BranchBehindMain();
+  Write("schemas/orders.xml", Schema("orders", "uint32"));
+  Commit("refused on the branch");
+  GitIn("", {"clone", "-q", "--depth=1", "--branch=feature", "file://" + PathOf("").string(), "clone"});
+  GitIn("clone", {"fetch", "-q", "origin", "main"});
+  std::string id = GitIn("clone", {"rev-parse", "FETCH_HEAD"});
+  id.pop_back();
+  ExpectInputError(Run({"check", "--against", "git:FETCH_HEAD..."}, "clone"),
+                   "korvelcheck: git:FETCH_HEAD...: 'FETCH_HEAD' and HEAD have no commit in common in this shallow clone; fetch "
+                   "the others with: git fetch --unshallow origin " +
+                       id + "\n");
+  GitIn("clone", {"fetch", "-q", "--unshallow", "origin", id});
+  EXPECT_EQ(Run({"check", "--against", "git:FETCH_HEAD..."}, "clone").exit_code, 1);
+}
+
 // --- Tags ---
 
 TEST_F(BaselineTest, ComparesWithTheNewestTagInVersionOrder) {

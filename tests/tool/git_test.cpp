@@ -135,6 +135,27 @@ TEST_F(GitInputTest, SuggestsSimilarRevision) {
                 "korvelcheck: git:stable:old.xml: unknown revision 'stable' (did you mean 'origin/stable'?)\n");
 }
 
+TEST_F(GitInputTest, SuggestsLongerVersion) {
+  Commit("first");
+  Git({"tag", "v1.0.0"});
+  ExpectRefused({"lint", "git:v1.0:old.xml"},
+                "korvelcheck: git:v1.0:old.xml: unknown revision 'v1.0' (did you mean 'v1.0.0'?)\n");
+}
+
+TEST_F(GitInputTest, NamesTheRemotes) {
+  Commit("first");
+  const std::string main = "korvelcheck: git:origin/main:old.xml: unknown revision 'origin/main' (did you mean '";
+  ExpectRefused({"lint", "git:origin/main:old.xml"}, main + "main'?)\n");
+  const std::string next = "korvelcheck: git:origin/next:old.xml: unknown revision 'origin/next'; ";
+  ExpectRefused({"lint", "git:origin/next:old.xml"}, next + "the repository has no remote\n");
+  Git({"remote", "add", "upstream", "nowhere"});
+  Git({"remote", "add", "fork", "nowhere"});
+  Git({"update-ref", "refs/remotes/upstream/stable", "HEAD"});
+  ExpectRefused({"lint", "git:origin/next:old.xml"}, next + "no remote has the name 'origin'; the remotes are: fork, upstream\n");
+  ExpectRefused({"lint", "git:origin/stable:old.xml"},
+                "korvelcheck: git:origin/stable:old.xml: unknown revision 'origin/stable' (did you mean 'upstream/stable'?)\n");
+}
+
 // Regression: the error said that it was not in the clone.
 TEST_F(GitInputTest, RefusesIdOfAFile) {
   Commit("first");
@@ -162,47 +183,6 @@ TEST_F(GitInputTest, ReportsMissingCommit) {
   ExpectRefused({"lint", argument}, text + "\n");
   Git({"remote", "add", "upstream", "nowhere"});
   ExpectRefused({"lint", argument}, text + "; fetch it with: git fetch upstream " + id + "\n");
-}
-
-// A clone with depth 1, as in pipelines.
-class ShallowTest : public GitInputTest {
- protected:
-  ShallowTest() {
-    first_ = Commit("first");
-    Git({"branch", "base"});
-    Commit("second");
-    Git({"clone", "-q", "--depth=1", "file://" + PathOf("").string(), "clone"});
-  }
-  void ExpectHelped(const std::string& revision, const std::string& what, const std::string& command) const {
-    const std::string argument = "git:" + revision + ":old.xml";
-    ExpectInputError(Run({"lint", argument}, "clone"),
-                     "korvelcheck: " + argument + ": " + what + "; fetch it with: " + command + "\n");
-    GitIn("clone", Words(command.substr(4)));
-    EXPECT_EQ(Run({"lint", argument}, "clone").exit_code, 0) << command;
-  }
-  static std::vector<std::string> Words(std::string text) {
-    std::vector<std::string> words;
-    for (std::size_t end = text.find(' '); end != std::string::npos; end = text.find(' ')) {
-      words.push_back(text.substr(0, end));
-      text.erase(0, end + 1);
-    }
-    words.push_back(text);
-    return words;
-  }
-
-  std::string first_;
-};
-
-TEST_F(ShallowTest, PrintedCommandFetchesMissingCommit) {
-  ExpectHelped(first_, "commit " + first_ + " is not in this clone", "git fetch --depth=1 origin " + first_);
-}
-
-TEST_F(ShallowTest, PrintedCommandFetchesRestOfHistory) {
-  ExpectHelped("HEAD~1", "'HEAD~1' is older than the oldest commit of this shallow clone", "git fetch --unshallow");
-}
-
-TEST_F(ShallowTest, PrintedCommandFetchesAnotherBranch) {
-  ExpectHelped("origin/base", "unknown revision 'origin/base'", "git fetch --depth=1 origin base:refs/remotes/origin/base");
 }
 
 TEST_F(GitInputTest, SuggestsSimilarPathInCommit) {
