@@ -67,6 +67,7 @@ class DocumentedCommandsTest : public GitTest {
     Write("remote/korvelcheck.toml", "[schemas]\npaths = [\"schemas/**/*.xml\"]\nagainst = \"git:origin/main\"\n");
     GitIn("remote", {"init", "-q", "-b", "main"});
     CommitRemote("first schema");
+    GitIn("remote", {"tag", "v0.9"});
     Write("remote/schemas/orders.xml", Orders(5, "uint64", 8));
     CommitRemote("release");
     GitIn("remote", {"tag", "v1.0"});
