@@ -36,6 +36,7 @@ class Comparison {
       if (!files.in_new.contains(path)) pairs_.push_back({.old_path = &path});
     }
     for (const std::string& path : files.removed_elsewhere) pairs_.push_back({.old_path = &path, .is_requested = false});
+    for (const std::string& path : files.added_elsewhere) pairs_.push_back({.new_path = &path, .is_requested = false});
     for (FilePair& pair : pairs_) pair.project = &states_.projects->Of(pair.Path());
   }
 
@@ -112,6 +113,7 @@ class Comparison {
       FilePair& old_pair = pairs_[removed[from]];
       FilePair& moved = pairs_[added[to]];
       moved.old_path = old_pair.old_path;
+      moved.is_requested = moved.is_requested || old_pair.is_requested;
       moved.first = FilePairCheck::InProjectOf(moved, std::move(old_pair.first));
       moved.older_name = std::move(old_pair.older_name);
       moved.names.insert(moved.names.begin(), old_pair.names.begin(), old_pair.names.end());

@@ -1,42 +1,29 @@
-// Tested by tests/tool/against_test.cpp and nested_project_test.cpp.
+// Tested by tests/tool/dropped_files_test.cpp, against_test.cpp and nested_project_test.cpp.
 #include "project/dropped_files.h"
 
-#include <algorithm>
-#include <optional>
+#include <set>
+#include <utility>
 
-#include "base/input_error.h"
 #include "base/paths.h"
 
 namespace korvel {
 namespace {
 
-// The project file of the call as it is in the old state; nullopt if it has none there, or a faulty one.
-std::optional<Project> OldProject(const ProjectStates& states) {
-  const ProjectScope& scope = states.projects->OfCall();
-  const Project& project = *scope.project;
-  const std::string path = PrefixOf(scope.directory) + project.file.substr(project.file.rfind('/') + 1);
-  if (!states.old_state->HasFile(path)) return std::nullopt;
-  try {
-    return ParseProject(project.file, std::string(states.old_state->Read(path).View()));
-  } catch (const InputError&) {
-    return std::nullopt;
-  }
-}
-
 class DroppedFiles {
  public:
-  DroppedFiles(NearestProjects& old_projects, const ProjectStates& states, ProjectFiles& files)
-      : old_projects_(old_projects), states_(states), files_(files) {}
+  DroppedFiles(const ProjectStates& states, ProjectFiles& files) : states_(states), files_(files) {}
 
   // A file that the old state selects.
   void Add(const std::string& path) {
-    if (files_.in_old.contains(path) || !IsSchema(*states_.old_state, path)) return;
+    if (files_.in_old.contains(path) || !seen_.insert(path).second) return;
+    const bool was_schema = IsSchema(*states_.old_state, path);
     if (!states_.new_state->HasFile(path)) {
-      files_.in_old.insert(path);
-    } else if (std::ranges::find(files_.dropped, path, &DroppedFile::path) == files_.dropped.end()) {
+      // Nobody knows what a file with a fault contained.
+      if (was_schema || !Patterns(OldScope(path)).IsEmpty()) files_.in_old.insert(path);
+    } else if (was_schema || IsSchema(*states_.new_state, path)) {
       DroppedFile dropped = Reason(path);
       dropped.path = path;
-      dropped.had_project_file = old_projects_.Of(path).project != nullptr;
+      dropped.had_project_file = OldScope(path).project != nullptr;
       files_.dropped.push_back(std::move(dropped));
     }
   }
@@ -63,21 +50,21 @@ class DroppedFiles {
 
   // Where the project file was that selected it.
   std::string FormerFile(const std::string& path) const {
-    return states_.new_state->Display(PrefixOf(old_projects_.Of(path).directory) + kProjectFileName);
+    return states_.new_state->Display(PrefixOf(OldScope(path).directory) + kProjectFileName);
   }
 
-  NearestProjects& old_projects_;
+  const ProjectScope& OldScope(const std::string& path) const { return states_.old_projects->nearest().Of(path); }
+
   const ProjectStates& states_;
   ProjectFiles& files_;
+  std::set<std::string> seen_;
 };
 
 }  // namespace
 
 void AddDropped(WholeProject& whole, const ProjectStates& states, ProjectFiles& files) {
-  const std::optional<Project> old_project = OldProject(states);
-  ProjectSet old_set(old_project ? &*old_project : nullptr, states.projects->projects().is_searched());
-  NearestProjects old_projects(*states.old_state, old_set, states.projects->OfCall().directory);
-  DroppedFiles dropped(old_projects, states, files);
+  NearestProjects& old_projects = states.old_projects->nearest();
+  DroppedFiles dropped(states, files);
   WholeProject old_whole(old_projects);
   if (!old_whole.OfCall().IsEmpty()) {
     for (const ProjectText& pattern : old_whole.OfCall().All()) {
@@ -87,7 +74,6 @@ void AddDropped(WholeProject& whole, const ProjectStates& states, ProjectFiles& 
     }
   }
   // Where the call looks now, there may be nested project files that the old one did not reach.
-  if (!old_set.is_searched()) return;
   for (const ProjectText& pattern : whole.OfCall().All()) {
     for (const std::string& file : states.old_state->Below(whole.OfCall().Directory(pattern))) {
       const ProjectScope& scope = old_projects.Of(file);
@@ -95,23 +81,23 @@ void AddDropped(WholeProject& whole, const ProjectStates& states, ProjectFiles& 
       if (!Patterns(scope).IsEmpty() && Patterns(scope).MatchAny(file)) dropped.Add(file);
     }
   }
+  files.old_faults = states.old_projects->Faults();
 }
 
-void AddDroppedBelow(const std::vector<std::string>& directories, const ProjectStates& states, ProjectFiles& files) {
+void AddDroppedBelow(const std::vector<std::string>& paths, const ProjectStates& states, ProjectFiles& files) {
   NearestProjects& projects = *states.projects;
-  if (!projects.projects().is_searched()) return;
-  ProjectSet old_set(nullptr, true);
-  NearestProjects old_projects(*states.old_state, old_set, projects.OfCall().directory);
-  DroppedFiles dropped(old_projects, states, files);
-  for (const std::string& directory : directories) {
-    for (const std::string& file : states.old_state->Below(directory)) {
+  NearestProjects& old_projects = states.old_projects->nearest();
+  DroppedFiles dropped(states, files);
+  for (const std::string& path : paths) {
+    for (const std::string& file : states.old_state->Below(path)) {
       if (files.in_old.contains(file)) continue;
       const ProjectScope& old_scope = old_projects.Of(file);
-      const bool was_nested = old_scope.project != nullptr && old_scope.directory != projects.OfCall().directory;
-      const bool takes_part = was_nested || projects.IsNested(projects.Of(file));
+      const bool takes_part = old_scope.project != nullptr || projects.IsNested(projects.Of(file));
       if (takes_part && Patterns(old_scope).IsSchemaName(file)) dropped.Add(file);
     }
+    old_projects.Of(path);
   }
+  files.old_faults = states.old_projects->Faults();
 }
 
 }  // namespace korvel

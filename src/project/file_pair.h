@@ -19,7 +19,7 @@ struct FilePair {
   std::vector<std::string> names = {};  // of the tables of both, if wanted; an unchanged file has each once
   std::vector<TableResult> tables = {};
   std::vector<InputFault> faults = {};  // of either side; then its tables are not checked
-  bool is_requested = true;             // false: only a candidate for the old path of a moved file
+  bool is_requested = true;             // false: only a candidate for the other path of a moved file
   std::string older_name = {};          // the earlier version that `first` is, if that of the baseline has a fault
   bool is_checked = false;
   bool is_unchanged = false;  // the same bytes under the same path on both sides; known once loaded

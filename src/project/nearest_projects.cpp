@@ -42,7 +42,9 @@ const ProjectScope& NearestProjects::Of(const std::string& path) {
 }
 
 void NearestProjects::RequireNoFaults() const {
-  if (!faults_.empty()) throw InputError{faults_};
+  InputError error;
+  for (const ProjectFault& fault : faults_) error.lines.insert(error.lines.end(), fault.lines.begin(), fault.lines.end());
+  if (!error.lines.empty()) throw error;
 }
 
 const ProjectScope& NearestProjects::In(std::string_view directory) {
@@ -67,7 +69,7 @@ const ProjectScope* NearestProjects::Read(const std::string& directory) {
     }
     return &nested_.emplace_back(ProjectScope{projects_[*position], *position, directory});
   } catch (const InputError& error) {
-    faults_.insert(faults_.end(), error.lines.begin(), error.lines.end());
+    faults_.push_back({path, error.lines});
     return nullptr;
   }
 }

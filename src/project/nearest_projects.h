@@ -60,6 +60,12 @@ struct ProjectScope {
   std::string directory = {};        // a path from the top; paths in fingerprints and waivers start there
 };
 
+// Why a project file cannot be read.
+struct ProjectFault {
+  std::string path;                // from the top
+  std::vector<std::string> lines;  // "FILE:LINE:COLUMN: error: what; allowed"
+};
+
 // Finds the project file of each schema file in a tree. Looks each directory up once, and reads each project file once.
 //
 // A file without a project file at or above it is judged by that of the call. A project file with an error is passed over; see
@@ -79,8 +85,9 @@ class NearestProjects {
   ProjectSet& projects() { return projects_; }
   const std::deque<ProjectScope>& nested() const { return nested_; }
 
-  // Throws InputError if project files have errors: "file:line:column: error: what; allowed", in the order in which they were
-  // found.
+  // The project files with errors, in the order in which they were found.
+  const std::vector<ProjectFault>& faults() const { return faults_; }
+  // Throws InputError if there are any, with all of their lines.
   void RequireNoFaults() const;
 
  private:
@@ -92,7 +99,7 @@ class NearestProjects {
   ProjectScope of_call_;
   std::deque<ProjectScope> nested_;
   std::map<std::string, const ProjectScope*, std::less<>> directories_;
-  std::vector<std::string> faults_;
+  std::vector<ProjectFault> faults_;
 };
 
 // Which project file of a set judged which file.

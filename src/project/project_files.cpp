@@ -93,15 +93,31 @@ std::set<std::string> Named(const FileTree& state, NearestProjects& projects, co
   return files;
 }
 
+// Whether the project files of either state select a file of the old one: its patterns may have moved with it.
+bool WasSchemaName(const ProjectStates& states, const std::string& path) {
+  return IsSchemaName(*states.projects, path) || IsSchemaName(states.old_projects->nearest(), path);
+}
+
 // A call may name only the new path of a moved file, as hooks do; the file is not new then.
 std::vector<std::string> RemovedElsewhere(const ProjectFiles& files, const ProjectStates& states) {
   std::vector<std::string> removed;
   if (std::ranges::includes(files.in_old, files.in_new)) return removed;
   for (const std::string& file : states.old_state->Below("")) {
-    const bool is_schema = IsSchemaName(*states.projects, file);
-    if (is_schema && !files.in_old.contains(file) && !states.new_state->HasFile(file)) removed.push_back(file);
+    const bool is_removed = !files.in_old.contains(file) && !states.new_state->HasFile(file);
+    if (is_removed && WasSchemaName(states, file)) removed.push_back(file);
   }
   return removed;
+}
+
+// A call may also name only the old path; the file is not deleted then.
+std::vector<std::string> AddedElsewhere(const ProjectFiles& files, const ProjectStates& states) {
+  std::vector<std::string> added;
+  if (std::ranges::includes(files.in_new, files.in_old)) return added;
+  for (const std::string& file : states.new_state->Below("")) {
+    const bool is_added = !files.in_new.contains(file) && !states.old_state->HasFile(file);
+    if (is_added && IsSchemaName(*states.projects, file)) added.push_back(file);
+  }
+  return added;
 }
 
 // The nearest directory that contains a path, or is it, and is a repository of its own below the top. "" without such a
@@ -171,6 +187,7 @@ ProjectFiles FilesOfPaths(const std::vector<std::string>& paths, const ProjectSt
   AddDroppedBelow({seen.begin(), seen.end()}, states, files);
   RequireFiles(empty, states, files);
   files.removed_elsewhere = RemovedElsewhere(files, states);
+  files.added_elsewhere = AddedElsewhere(files, states);
   return files;
 }
 
@@ -196,6 +213,8 @@ ProjectStates OpenStates(const Baseline& baseline, ProjectSet& projects) {
     states.new_state = DiskTreeSeenFrom(AbsolutePath(""), states.top);
   }
   states.projects = std::make_unique<NearestProjects>(*states.new_state, projects, ProjectDirectory(project, states.top));
+  states.old_projects =
+      std::make_unique<OldProjects>(*states.old_state, *states.new_state, states.projects->OfCall(), projects.is_searched());
   return states;
 }
 
@@ -216,7 +235,7 @@ ProjectFiles SelectFiles(const std::vector<std::string>& paths, const ProjectSta
 
 bool HasSchema(const ProjectStates& states) {
   return std::ranges::any_of(states.old_state->Below(""), [&](const std::string& path) {
-    return IsSchemaName(*states.projects, path) && IsSchema(*states.old_state, path);
+    return WasSchemaName(states, path) && IsSchema(*states.old_state, path);
   });
 }
 
@@ -224,6 +243,7 @@ std::vector<std::string> ShownFiles(const ProjectFiles& files, const ProjectStat
   std::set<std::string> paths = files.in_old;
   paths.insert(files.in_new.begin(), files.in_new.end());
   paths.insert(files.removed_elsewhere.begin(), files.removed_elsewhere.end());
+  paths.insert(files.added_elsewhere.begin(), files.added_elsewhere.end());
   std::vector<std::string> shown;
   shown.reserve(paths.size());
   for (const std::string& path : paths) shown.push_back(states.new_state->Display(path));

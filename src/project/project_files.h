@@ -13,6 +13,7 @@
 #include "project/baseline.h"
 #include "project/file_tree.h"
 #include "project/nearest_projects.h"
+#include "project/old_projects.h"
 #include "project/project.h"
 #include "schema/source.h"
 
@@ -25,6 +26,7 @@ struct ProjectStates {
   std::unique_ptr<FileTree> new_state;
   std::string top;                            // of the new state on the disk, absolute
   std::unique_ptr<NearestProjects> projects;  // of the new state; their files judge both states
+  std::unique_ptr<OldProjects> old_projects;  // say which files the old state selected
 };
 
 // Opens an earlier state and what is on the disk now. The top is that of the work tree for a revision of git; else the directory
@@ -46,8 +48,12 @@ struct ProjectFiles {
   std::set<std::string> in_new;
   // Files of the old state that no path selects and that the new state lacks: a selected file may have been moved from there.
   std::vector<std::string> removed_elsewhere;
+  // Files of the new state that no path selects and that the old state lacks: a selected file may have been moved there.
+  std::vector<std::string> added_elsewhere;
   // Schema files that the project files of the old state select there and the present ones do not, although they still exist.
   std::vector<DroppedFile> dropped;
+  // Project files of the old state that cannot be read: nobody knows which files they selected.
+  std::vector<ProjectFault> old_faults;
   std::vector<std::string> repeated;  // paths as given that select the same as an earlier path
   bool is_whole = false;              // all files of the project, not those of given paths
 };
@@ -62,8 +68,8 @@ struct ProjectFiles {
 // has files for, if there are neither paths nor patterns, and for project files with errors.
 ProjectFiles SelectFiles(const std::vector<std::string>& paths, const ProjectStates& states);
 
-// Whether any file of the old state is a schema of the project: one that a directory with all files would select. Reads files
-// until it finds one.
+// Whether any file of the old state is a schema of the project: one that a directory with all files would select, with the
+// project files of either state. Reads files until it finds one.
 bool HasSchema(const ProjectStates& states);
 
 // All files that are read, as reports show those of the new state.

@@ -1,0 +1,49 @@
+// Tested by tests/tool/dropped_files_test.cpp.
+#include "project/old_projects.h"
+
+#include <algorithm>
+
+#include "base/input_error.h"
+#include "base/paths.h"
+
+namespace korvel {
+namespace {
+
+// The text of a file in the old state. It is not read there if it is the same in the new one.
+std::string TextIn(FileTree& old_state, FileTree& new_state, const std::string& path) {
+  if (!new_state.HasFile(path)) return std::string(old_state.Read(path).View());
+  const Bytes present = new_state.Read(path);
+  const std::optional<Bytes> other = old_state.ReadUnless(path, present.View());
+  return std::string(other ? other->View() : present.View());
+}
+
+}  // namespace
+
+OldProjects::OldProjects(FileTree& old_state, FileTree& new_state, const ProjectScope& of_call, bool is_searched)
+    : of_call_(ReadOfCall(old_state, new_state, of_call)),
+      set_(of_call_ ? &*of_call_ : nullptr, is_searched),
+      nearest_(old_state, set_, of_call.directory) {}
+
+std::vector<ProjectFault> OldProjects::Faults() const {
+  std::vector<ProjectFault> faults = faults_;
+  for (const ProjectFault& fault : nearest_.faults()) {
+    const bool is_known = std::ranges::find(faults, fault.path, &ProjectFault::path) != faults.end();
+    if (!is_known) faults.push_back(fault);
+  }
+  return faults;
+}
+
+std::optional<Project> OldProjects::ReadOfCall(FileTree& old_state, FileTree& new_state, const ProjectScope& of_call) {
+  if (of_call.project == nullptr) return std::nullopt;
+  const std::string& file = of_call.project->file;
+  const std::string path = PrefixOf(of_call.directory) + file.substr(file.rfind('/') + 1);
+  if (!old_state.HasName(path)) return std::nullopt;
+  try {
+    return ParseProject(old_state.Display(path), TextIn(old_state, new_state, path));
+  } catch (const InputError& error) {
+    faults_.push_back({path, error.lines});
+    return std::nullopt;
+  }
+}
+
+}  // namespace korvel
