@@ -17,6 +17,7 @@
 #include "base/parallel.h"
 #include "base/text.h"
 #include "project/file_pair.h"
+#include "project/hidden_changes.h"
 #include "project/moved_files.h"
 #include "project/project_files.h"
 
@@ -177,10 +178,11 @@ class Comparison {
       if (is_one_of_several) result.judged.emplace_back(pair.project->position, states_.new_state->Display(pair.Path()));
     }
     AddBaseline(report);
-    for (const DroppedFile& file : check_.files.dropped) AddDropped(file, report);
+    report.project = FindHiddenFiles(check_.files, states_);
     const bool is_compared =
         std::ranges::any_of(report.tables, [](const TableResult& one) { return one.status != Status::kNew; });
-    if (!is_compared && report.faults.empty()) RequireOnlyNew(report);
+    const bool has_nothing_else = report.faults.empty() && (report.project.empty() || !report.tables.empty());
+    if (!is_compared && has_nothing_else) RequireOnlyNew(report);
     return result;
   }
 
@@ -190,19 +192,6 @@ class Comparison {
     const std::string old_file = pair.old_path == nullptr ? "" : states_.old_state->Display(*pair.old_path);
     const std::string new_file = pair.new_path == nullptr ? "" : states_.new_state->Display(*pair.new_path);
     return FileNote{old_file.empty() ? Kind::kAdded : new_file.empty() ? Kind::kDeleted : Kind::kMoved, old_file, new_file};
-  }
-
-  void AddDropped(const DroppedFile& file, Report& report) const {
-    const std::string& baseline = states_.baseline.name;
-    const std::string reason = file.had_project_file
-                                   ? "the project file of " + baseline + " selects it, this one does not"
-                                   : baseline + " has no project file that leaves it out, this one leaves it out";
-    report.project.push_back({.rule = kNoLongerChecked,
-                              .file = file.project_file,
-                              .position = file.location,
-                              .text = states_.new_state->Display(file.path) + " is no longer checked: " + reason,
-                              .suggestion = file.is_excluded ? "remove it from 'exclude', or delete the file"
-                                                             : "select it again in 'paths', or delete the file"});
   }
 
   // Without any change, the wrong baseline may be the reason.

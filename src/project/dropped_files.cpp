@@ -1,6 +1,7 @@
 // Tested by tests/tool/dropped_files_test.cpp, against_test.cpp and nested_project_test.cpp.
 #include "project/dropped_files.h"
 
+#include <algorithm>
 #include <set>
 #include <utility>
 
@@ -24,6 +25,7 @@ class DroppedFiles {
       DroppedFile dropped = Reason(path);
       dropped.path = path;
       dropped.had_project_file = OldScope(path).project != nullptr;
+      dropped.selected_by = SelectedBy(path);
       files_.dropped.push_back(std::move(dropped));
     }
   }
@@ -37,15 +39,27 @@ class DroppedFiles {
     if (files_.is_whole && projects.IsNested(*scope) && !LeavesOut(*scope, path)) scope = &projects.OfCall();
     if (scope->project == nullptr) return {.project_file = FormerFile(path), .location = {1, 1}};
     const Patterns patterns(*scope);
-    if (!patterns.IsEmpty()) return {.project_file = scope->project->file, .location = patterns.All().front().location};
     const ProjectText* const excluding = patterns.Excluding(path);
-    if (excluding == nullptr) return {.project_file = scope->project->file, .location = {1, 1}};
-    return {.project_file = scope->project->file, .location = excluding->location, .is_excluded = true};
+    if (excluding != nullptr && (patterns.IsEmpty() || patterns.MatchAnyBeforeExclude(path))) {
+      return {.project_file = scope->project->file, .location = excluding->location, .is_excluded = true};
+    }
+    const bool has_patterns = !patterns.IsEmpty();
+    return {.project_file = scope->project->file,
+            .location = has_patterns ? patterns.All().front().location : qmx::LineColumn{1, 1}};
   }
 
   static bool LeavesOut(const ProjectScope& scope, const std::string& path) {
     const Patterns patterns(scope);
     return patterns.IsEmpty() ? patterns.Excluding(path) != nullptr : !patterns.MatchAny(path);
+  }
+
+  // The pattern of the old project file.
+  std::string SelectedBy(const std::string& path) const {
+    const Patterns patterns(OldScope(path));
+    if (patterns.IsEmpty()) return "";
+    const auto matches = [&](const ProjectText& pattern) { return patterns.Match(pattern, path); };
+    const auto found = std::ranges::find_if(patterns.All(), matches);
+    return found == patterns.All().end() ? "" : found->text;
   }
 
   // Where the project file was that selected it.

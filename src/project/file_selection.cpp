@@ -20,17 +20,21 @@ std::optional<std::string_view> PathBelow(const std::string& directory, std::str
 
 }  // namespace
 
-bool Patterns::IsMatch(const ProjectText& pattern, const std::string& path) const {
+bool Patterns::MatchBeforeExclude(const ProjectText& pattern, const std::string& path) const {
   const std::optional<std::string_view> below = PathBelow(scope_.directory, path);
   return below && MatchesGlob(pattern.text, *below);
 }
 
 bool Patterns::Match(const ProjectText& pattern, const std::string& path) const {
-  return IsMatch(pattern, path) && Excluding(path) == nullptr;
+  return MatchBeforeExclude(pattern, path) && Excluding(path) == nullptr;
 }
 
 bool Patterns::MatchAny(const std::string& path) const {
   return std::ranges::any_of(All(), [&](const ProjectText& pattern) { return Match(pattern, path); });
+}
+
+bool Patterns::MatchAnyBeforeExclude(const std::string& path) const {
+  return std::ranges::any_of(All(), [&](const ProjectText& pattern) { return MatchBeforeExclude(pattern, path); });
 }
 
 bool Patterns::IsSchemaName(const std::string& path) const {
@@ -41,7 +45,7 @@ bool Patterns::IsSchemaName(const std::string& path) const {
 const ProjectText* Patterns::Excluding(const std::string& path) const {
   if (scope_.project == nullptr) return nullptr;
   const std::vector<ProjectText>& exclude = scope_.project->exclude;
-  const auto found = std::ranges::find_if(exclude, [&](const ProjectText& one) { return IsMatch(one, path); });
+  const auto found = std::ranges::find_if(exclude, [&](const ProjectText& one) { return MatchBeforeExclude(one, path); });
   return found == exclude.end() ? nullptr : &*found;
 }
 

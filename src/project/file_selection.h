@@ -25,6 +25,10 @@ class Patterns {
   bool Match(const ProjectText& pattern, const std::string& path) const;
   bool MatchAny(const std::string& path) const;
 
+  // The same for what the patterns match before `exclude` takes files away.
+  bool MatchBeforeExclude(const ProjectText& pattern, const std::string& path) const;
+  bool MatchAnyBeforeExclude(const std::string& path) const;
+
   // What a directory that holds the file selects: what the patterns match; without patterns, what has the suffix .xml or .qmb.
   bool IsSchemaName(const std::string& path) const;
 
@@ -35,8 +39,6 @@ class Patterns {
   std::string Directory(const ProjectText& pattern) const;
 
  private:
-  bool IsMatch(const ProjectText& pattern, const std::string& path) const;
-
   const ProjectScope& scope_;
 };
 

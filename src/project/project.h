@@ -23,6 +23,7 @@ struct ProjectText {
 enum class WaiverForm {
   kExact,  // what rule, table, path, change and file name: one change, as it was accepted
   kWide,   // any change that the rule refuses at an entry of a table
+  kFile,   // what a change of project files hides in one file, or in the files of a directory
   kBare,   // nothing: it has only a fingerprint, as earlier versions wrote it
 };
 
@@ -31,11 +32,11 @@ struct WaiverEntry {
   qmx::LineColumn location = {};
   WaiverForm form = WaiverForm::kExact;
   std::string rule = {};
-  std::string table = {};
+  std::string table = {};        // kExact, kWide
   std::string path = {};         // kExact: Finding::path in that table
   std::string change = {};       // kExact: as AcceptedChange gives it
-  std::string file = {};         // kExact: the schema file, a path from the project file
-  std::string fingerprint = {};  // kExact: of the finding, may be empty; kBare: of an earlier version
+  std::string file = {};         // kExact: the schema file, a path from the project file; kFile: or a directory
+  std::string fingerprint = {};  // kExact, kFile: of the finding, may be empty; kBare: of an earlier version
   std::string entry = {};        // kWide: the path in the table, "" for the table as a whole
   std::string reason = {};
   std::string until = {};  // the last day of the waiver

@@ -188,7 +188,7 @@ void ReadWaivers(TomlReader& reader, const Value& value, Project& project) {
     if (const toml::table* const table = node.as_table()) {
       WaiverKeys keys;
       for (const auto& member : *table) keys.emplace(member.first.str());
-      waiver.form = FormOf(keys);
+      waiver.form = FormOf(waiver.rule, keys);
       waiver.fault = FaultOf(waiver, keys, project);
     }
     project.waivers.push_back(std::move(waiver));

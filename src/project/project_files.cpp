@@ -27,9 +27,10 @@ std::string Below(const fs::path& path, const std::string& top, const std::strin
   return below == "." ? "" : below.string();
 }
 
-std::string NoMatch(const Project& project, const ProjectText& pattern) {
-  return OneLine(FileLineColumn(project.file, pattern.location) + ": error: " + Quote(pattern.text) +
-                 " matches no file; allowed: patterns that match a file of either state");
+std::string NoMatch(const Project& project, const ProjectText& pattern, bool is_excluded) {
+  const std::string what = is_excluded ? " matches only files that 'exclude' leaves out" : " matches no file";
+  return OneLine(FileLineColumn(project.file, pattern.location) + ": error: " + Quote(pattern.text) + what +
+                 "; allowed: patterns that match a file of either state");
 }
 
 // Whether the condition holds for any of the files below a directory.
@@ -55,7 +56,11 @@ void AddCovered(const WholeProject& whole, const ProjectStates& states, const Pr
       };
       const bool is_matched =
           AnyBelow(files.in_new, scope.directory, matches) || AnyBelow(files.in_old, scope.directory, matches);
-      if (!is_matched) faults.lines.push_back(NoMatch(*scope.project, pattern));
+      if (is_matched) continue;
+      const bool is_excluded = std::ranges::any_of(states.new_state->Below(scope.directory), [&](const std::string& file) {
+        return patterns.MatchBeforeExclude(pattern, file);
+      });
+      faults.lines.push_back(NoMatch(*scope.project, pattern, is_excluded));
     }
   }
 }
@@ -67,15 +72,17 @@ ProjectFiles FilesOfPatterns(WholeProject& whole, const ProjectStates& states) {
   const Patterns& patterns = whole.OfCall();
   for (const ProjectText& pattern : patterns.All()) {
     bool is_matched = false;
+    bool is_excluded = false;
     const auto add = [&](const FileTree& state, std::set<std::string>& selected) {
       for (const std::string& file : state.Below(patterns.Directory(pattern))) {
         is_matched = is_matched || patterns.Match(pattern, file);
+        is_excluded = is_excluded || patterns.MatchBeforeExclude(pattern, file);
         if (whole.Selects(pattern, file)) selected.insert(file);
       }
     };
     add(*states.old_state, files.in_old);
     add(*states.new_state, files.in_new);
-    if (!is_matched) faults.lines.push_back(NoMatch(*states.projects->OfCall().project, pattern));
+    if (!is_matched) faults.lines.push_back(NoMatch(*states.projects->OfCall().project, pattern, is_excluded));
   }
   states.projects->RequireNoFaults();
   AddCovered(whole, states, files, faults);

@@ -40,6 +40,7 @@ struct DroppedFile {
   qmx::LineColumn location = {};  // of the key that leaves it out
   bool is_excluded = false;       // the key is `exclude`
   bool had_project_file = true;   // whether it had a project file in the old state
+  std::string selected_by = {};   // the pattern that selected it there; "" without patterns
 };
 
 // Paths from the top of both states.

@@ -8,8 +8,10 @@
 #include "base/calendar.h"
 #include "base/did_you_mean.h"
 #include "base/text.h"
+#include "project/hidden_changes.h"
 #include "report/result/issues.h"
 #include "rule_docs/advice.h"
+#include "rule_docs/project_rules.h"
 #include "rule_docs/rule_docs.h"
 
 namespace korvel {
@@ -17,6 +19,7 @@ namespace {
 
 constexpr std::array kExactKeys{"rule", "table", "path", "change", "file"};
 constexpr std::array kWideKeys{"table", "rule", "entry"};
+constexpr std::array kKeysOfTables{"table", "path", "change", "entry"};
 constexpr char kAllowedKeys[] = "rule, table, path, change and file; or table, rule and entry";
 
 // The first of the keys that an entry lacks; "" if it has all.
@@ -25,7 +28,15 @@ std::string MissingOf(const WaiverKeys& keys, const auto& required) {
   return missing == required.end() ? "" : *missing;
 }
 
-// Whether the keys name a finding in one of the forms.
+// Whether the keys name a finding about the project file.
+std::string FaultOfFileKeys(const WaiverEntry& waiver, const WaiverKeys& keys) {
+  const std::string allowed = "; allowed for this rule: rule and file";
+  const auto* const other = std::ranges::find_if(kKeysOfTables, [&](const char* key) { return keys.contains(key); });
+  if (other != kKeysOfTables.end()) return "it has " + Quote(*other) + allowed;
+  return waiver.file.empty() ? "it has no 'file'" + allowed : "";
+}
+
+// Whether the keys name a finding in one of the other forms.
 std::string FaultOfKeys(const WaiverEntry& waiver, const WaiverKeys& keys) {
   const std::string allowed = std::string("; allowed: ") + kAllowedKeys;
   if (waiver.form == WaiverForm::kExact) {
@@ -37,19 +48,25 @@ std::string FaultOfKeys(const WaiverEntry& waiver, const WaiverKeys& keys) {
   const bool is_empty = waiver.form != WaiverForm::kBare && (waiver.rule.empty() || waiver.table.empty());
   const bool is_anything = waiver.form == WaiverForm::kExact && (waiver.change.empty() || waiver.file.empty());
   if (!is_complete || is_empty || is_anything) return std::string("it must have ") + kAllowedKeys;
-  if (keys.contains("fingerprint") && !IsFingerprint(waiver.fingerprint))
-    return "fingerprint is " + Quote(waiver.fingerprint) + "; allowed: 16 hexadecimal digits, as shown in reports";
   return "";
+}
+
+std::string FaultOfFingerprint(const WaiverEntry& waiver, const WaiverKeys& keys) {
+  if (!keys.contains("fingerprint") || IsFingerprint(waiver.fingerprint)) return "";
+  return "fingerprint is " + Quote(waiver.fingerprint) + "; allowed: 16 hexadecimal digits, as shown in reports";
 }
 
 // Why no finding can have this rule; empty if one can.
 std::string FaultOfRule(const WaiverEntry& waiver) {
   const std::string& rule = waiver.rule;
   const bool is_known = rule == RuleIdOf({}) || FindRefusal(rule) != nullptr || FindAdvice(rule) != nullptr;
-  if (waiver.form == WaiverForm::kBare || is_known) return "";
+  if (waiver.form == WaiverForm::kBare || waiver.form == WaiverForm::kFile || is_known) return "";
   std::vector<std::string_view> known;
   for (const RefusalRow* row : AllRefusals()) known.emplace_back(row->id);
   for (const AdviceRule* advice : AllAdvice()) known.emplace_back(advice->row.id);
+  for (const ProjectRule* project : kProjectRules) {
+    if (project->can_be_waived) known.emplace_back(project->row.id);
+  }
   return "rule is " + Quote(rule) + DidYouMean(rule, known) + "; allowed: what 'korvelcheck rules' lists";
 }
 
@@ -87,7 +104,9 @@ bool IsFingerprint(std::string_view text) {
   return text.size() == 16 && text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
 }
 
-WaiverForm FormOf(const WaiverKeys& keys) {
+WaiverForm FormOf(const std::string& rule, const WaiverKeys& keys) {
+  const ProjectRule* const project = FindProjectRule(rule);
+  if (project != nullptr && project->can_be_waived) return WaiverForm::kFile;
   const auto has = [&](const char* key) { return keys.contains(key); };
   const bool is_exact = has("path") || has("change") || has("file");
   const bool is_named = has("rule") || has("table") || has("entry");
@@ -96,7 +115,9 @@ WaiverForm FormOf(const WaiverKeys& keys) {
 }
 
 std::string FaultOf(const WaiverEntry& waiver, const WaiverKeys& keys, const Project& project) {
-  if (std::string fault = FaultOfKeys(waiver, keys); !fault.empty()) return fault;
+  const bool is_file = waiver.form == WaiverForm::kFile;
+  if (std::string fault = is_file ? FaultOfFileKeys(waiver, keys) : FaultOfKeys(waiver, keys); !fault.empty()) return fault;
+  if (std::string fault = FaultOfFingerprint(waiver, keys); !fault.empty()) return fault;
   if (std::string fault = FaultOfRule(waiver); !fault.empty()) return fault;
   if (waiver.reason.find_first_not_of(" \t\r\n") == std::string::npos)
     return "it has no reason; allowed: a string that is not blank";
@@ -110,6 +131,8 @@ bool NamesTheSame(const WaiverEntry& one, const WaiverEntry& other) {
   const auto names = [](const WaiverEntry& waiver) {
     return std::tie(waiver.form, waiver.rule, waiver.table, waiver.path, waiver.change, waiver.file, waiver.entry);
   };
+  // One directory may have several findings of the rule.
+  if (one.form == WaiverForm::kFile && one.fingerprint != other.fingerprint) return false;
   return one.form != WaiverForm::kBare && names(one) == names(other);
 }
 
@@ -138,16 +161,27 @@ WaiverEntry EntryFor(const TableResult& table, const Finding& finding, WaiverFor
   return waiver;
 }
 
+WaiverEntry EntryFor(const ProjectFinding& finding) {
+  WaiverEntry waiver;
+  waiver.form = WaiverForm::kFile;
+  waiver.rule = finding.rule;
+  waiver.file = PlaceOf(finding);
+  waiver.fingerprint = finding.fingerprint;
+  return waiver;
+}
+
 std::vector<std::string> LinesOf(const WaiverEntry& waiver) {
   std::vector<std::string> lines = {"[[waivers]]"};
   const auto add = [&](const char* key, const std::string& value) { lines.push_back(key + (" = " + QuoteForToml(value))); };
   add("rule", waiver.rule);
-  add("table", waiver.table);
+  if (waiver.form != WaiverForm::kFile) add("table", waiver.table);
   if (waiver.form == WaiverForm::kWide) {
     add("entry", waiver.entry);
   } else {
-    add("path", waiver.path);
-    add("change", waiver.change);
+    if (waiver.form == WaiverForm::kExact) {
+      add("path", waiver.path);
+      add("change", waiver.change);
+    }
     add("file", waiver.file);
     add("fingerprint", waiver.fingerprint);
   }
@@ -158,6 +192,7 @@ std::vector<std::string> LinesOf(const WaiverEntry& waiver) {
 
 std::string Describe(const WaiverEntry& waiver) {
   if (waiver.form == WaiverForm::kBare) return "the waiver of " + waiver.fingerprint;
+  if (waiver.form == WaiverForm::kFile) return "the waiver of " + Quote(waiver.rule) + " for " + Quote(waiver.file);
   const std::string table = "the waiver of " + Quote(waiver.rule) + " in table " + Quote(waiver.table);
   if (waiver.form == WaiverForm::kWide) return table + (waiver.entry.empty() ? "" : ", entry " + Quote(waiver.entry));
   return table + ", " + Quote(waiver.change) + ", file " + Quote(waiver.file);

@@ -17,7 +17,7 @@ bool IsFingerprint(std::string_view text);
 // The keys that an entry has; an empty value may be meaningful.
 using WaiverKeys = std::set<std::string, std::less<>>;
 
-WaiverForm FormOf(const WaiverKeys& keys);
+WaiverForm FormOf(const std::string& rule, const WaiverKeys& keys);
 
 // What is wrong with a waiver and what is allowed; empty if it is valid. `project` holds the waivers before it.
 std::string FaultOf(const WaiverEntry& waiver, const WaiverKeys& keys, const Project& project);
@@ -34,7 +34,10 @@ std::string EntryOf(const TableResult& table, const Finding& finding);
 // The entry that covers a finding of a table, without reason and last day. kExact or kWide.
 WaiverEntry EntryFor(const TableResult& table, const Finding& finding, WaiverForm form);
 
-// The lines of an entry in TOML, "[[waivers]]" first. kExact or kWide.
+// The same for a finding about the project file. kFile.
+WaiverEntry EntryFor(const ProjectFinding& finding);
+
+// The lines of an entry in TOML, "[[waivers]]" first. Not kBare.
 std::vector<std::string> LinesOf(const WaiverEntry& waiver);
 
 // "the waiver of 'field.size' at 'orders.items[].price'"

@@ -46,6 +46,8 @@ class WaiverMatch {
       FindReplacement();
     } else if (!waiver_.fault.empty()) {
       Refuse(waiver_.fault, "complete the waiver or remove it; 'korvelcheck waive' adds valid ones");
+    } else if (waiver_.form == WaiverForm::kFile) {
+      FindProject();
     } else if (waiver_.form == WaiverForm::kWide) {
       use_.findings = Select([&](const TableFinding& found) {
         return waiver_.table == found.table->table && HasRule(found) && waiver_.entry == EntryOf(*found.table, *found.finding);
@@ -68,6 +70,25 @@ class WaiverMatch {
   }
   bool IsAtPath(const TableFinding& found) const {
     return waiver_.table == found.table->table && waiver_.path == found.finding->path;
+  }
+
+  // Whether the waiver names the file, or a directory above it.
+  bool IsInPlace(const std::string& file) const {
+    return waiver_.file == "." || waiver_.file == file || file.starts_with(waiver_.file + "/");
+  }
+
+  void FindProject() {
+    for (std::size_t i = 0; i < report_.project.size(); ++i) {
+      const ProjectFinding& finding = report_.project[i];
+      if (finding.rule != waiver_.rule || finding.project != position_) continue;
+      if (!std::ranges::all_of(finding.files, [&](const std::string& file) { return IsInPlace(file); })) continue;
+      if (waiver_.fingerprint.empty() || waiver_.fingerprint == finding.fingerprint) {
+        use_.project.push_back(i);
+      } else {
+        use_.instead = finding.text;
+      }
+    }
+    if (!use_.project.empty()) use_.instead.clear();
   }
 
   void Refuse(std::string fault, std::string suggestion) {
@@ -155,12 +176,21 @@ class WaiverMatch {
 };
 
 // A waiver of exactly this change is shown rather than a wide one.
-void Waive(const WaiverUse& use) {
+void Waive(const WaiverUse& use, Report& report) {
+  for (const std::size_t i : use.project) {
+    std::optional<Waiver>& waiver = report.project[i].waiver;
+    if (!waiver) waiver = {use.waiver->reason, use.waiver->until};
+  }
   const bool is_wide = use.waiver->form == WaiverForm::kWide;
   for (const TableFinding& found : use.findings) {
     std::optional<Waiver>& waiver = found.finding->waiver;
     if (!waiver || (waiver->is_wide && !is_wide)) waiver = {use.waiver->reason, use.waiver->until, is_wide};
   }
+}
+
+// Whether it expired for a finding about the project file that fails the call now.
+bool FailsAgain(const Report& report, const WaiverUse& use) {
+  return std::ranges::any_of(use.project, [&](std::size_t i) { return Fails(report, report.project[i]); });
 }
 
 }  // namespace
@@ -187,8 +217,9 @@ std::vector<WaiverUse> ApplyWaivers(const Project& project, std::size_t position
     WaiverUse& use = uses.emplace_back(WaiverUse{&waiver});
     WaiverMatch(findings, report, position, use).Find();
     if (use.state == WaiverState::kMalformed) continue;
-    use.state = waiver.until < today ? WaiverState::kExpired : use.findings.empty() ? WaiverState::kUnused : WaiverState::kInUse;
-    if (use.state == WaiverState::kInUse) Waive(use);
+    const bool is_unused = use.findings.empty() && use.project.empty();
+    use.state = waiver.until < today ? WaiverState::kExpired : is_unused ? WaiverState::kUnused : WaiverState::kInUse;
+    if (use.state == WaiverState::kInUse) Waive(use, report);
   }
   return uses;
 }
@@ -204,6 +235,9 @@ void ReportWaivers(const Project& project, const std::vector<WaiverUse>& uses, W
         std::ranges::find_if(use.findings, [&](const TableFinding& found) { return Fails(report, *found.finding); });
     if (use.state == WaiverState::kMalformed) {
       note("waiver.malformed", "invalid waiver: " + use.fault, use.suggestion, Fault::kError);
+    } else if (use.state == WaiverState::kExpired && FailsAgain(report, use)) {
+      note("waiver.expired", Describe(*use.waiver) + " expired on " + use.waiver->until + "; the finding fails again",
+           "remove the waiver, and undo the change of the project file, or set a later day", Fault::kError);
     } else if (use.state == WaiverState::kExpired && failing != use.findings.end()) {
       // Without today's date, so that the text is the same tomorrow.
       const char* const again = IsAdvice(*failing->finding) ? "; the warning fails again" : "; the finding is refused again";

@@ -26,6 +26,7 @@ struct WaiverUse {
   const WaiverEntry* waiver;
   WaiverState state = WaiverState::kUnused;
   std::vector<TableFinding> findings = {};  // that it covers, or would cover if it had not expired
+  std::vector<std::size_t> project = {};    // the same, as positions in Report::project. Only of kFile
   std::string fault = {};                   // kMalformed: what is wrong
   std::string suggestion = {};              // may have several lines
   std::string instead = {};                 // kUnused: another change of the same rule at its path, if there is one
@@ -36,8 +37,8 @@ struct WaiverUse {
 //
 // An exact waiver names one change of one file, found by its rule, table, path and text. It covers the finding in every table of
 // the file: tables that embed a structure share its changes. A fingerprint must be that of the finding; with one, the named
-// table need not be among those of the report. For a moved file, the old path is as good as the new one. Throws InputError as
-// Today.
+// table need not be among those of the report. For a moved file, the old path is as good as the new one. A waiver of a finding
+// about the project file names its file, or a directory that contains all of its files. Throws InputError as Today.
 std::vector<WaiverUse> ApplyWaivers(const Project& project, std::size_t position, Report& report);
 
 struct WaiverPolicy {

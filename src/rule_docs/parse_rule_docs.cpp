@@ -115,8 +115,8 @@ void TakeRule(PageReader& page, std::string_view file_name, RuleDoc& doc) {
   const bool is_heading = Skip(heading, "# ");
   const AdviceRule* const advice = is_heading ? FindAdvice(heading) : nullptr;
   const RefusalRow* const fault = is_heading ? FindFaultRule(heading) : nullptr;
-  const RefusalRow* const refusal = is_heading ? FindRefusal(heading) : nullptr;
-  const RefusalRow* const row = advice != nullptr ? &advice->row : fault != nullptr ? fault : refusal;
+  const ProjectRule* const project = is_heading ? FindProjectRule(heading) : nullptr;
+  const RefusalRow* const row = is_heading ? FindRule(heading) : nullptr;
   if (row == nullptr || file_name != RuleDocFileName(row->id)) {
     page.Fail("'# RULE', the rule that the file is named after");
     return;
@@ -124,7 +124,9 @@ void TakeRule(PageReader& page, std::string_view file_name, RuleDoc& doc) {
   page.TakeLine();
   doc.row = row;
   doc.advice = advice;
-  doc.level = advice != nullptr ? WordOf(advice->level) : fault != nullptr ? kFaultLevel : "";
+  if (advice != nullptr) doc.level = WordOf(advice->level);
+  if (fault != nullptr) doc.level = kFaultLevel;
+  if (project != nullptr) doc.level = project->level;
 }
 
 void TakeHead(PageReader& page, RuleDoc& doc) {

@@ -38,6 +38,12 @@ std::vector<RuleDoc> ParseFaultDocs() {
   return docs;
 }
 
+std::vector<RuleDoc> ParseProjectDocs() {
+  std::vector<RuleDoc> docs;
+  for (const ProjectRule* rule : kProjectRules) AddDoc(rule->row, nullptr, rule->level, docs);
+  return docs;
+}
+
 std::vector<CodeDoc> ParseCodes() {
   std::vector<CodeDoc> codes = ParseCodeDocs(ResultCodesFile()).codes;
   for (const RuleDoc& doc : AllRuleDocs()) {
@@ -50,8 +56,9 @@ std::vector<CodeDoc> ParseCodes() {
 
 const RefusalRow* FindRule(std::string_view id) {
   if (const RefusalRow* const row = FindRefusal(id)) return row;
-  const AdviceRule* const advice = FindAdvice(id);
-  return advice == nullptr ? FindFaultRule(id) : &advice->row;
+  if (const AdviceRule* const advice = FindAdvice(id)) return &advice->row;
+  const ProjectRule* const rule = FindProjectRule(id);
+  return rule == nullptr ? FindFaultRule(id) : &rule->row;
 }
 
 std::span<const RuleDoc> AllRuleDocs() {
@@ -69,10 +76,24 @@ std::span<const RuleDoc> AllFaultDocs() {
   return docs;
 }
 
+std::span<const RuleDoc> AllProjectDocs() {
+  static const std::vector<RuleDoc> docs = ParseProjectDocs();
+  return docs;
+}
+
+namespace {
+
+// Those among which the page of the rule is.
+std::span<const RuleDoc> DocsWith(std::string_view rule_id) {
+  if (FindAdvice(rule_id) != nullptr) return AllAdviceDocs();
+  if (FindFaultRule(rule_id) != nullptr) return AllFaultDocs();
+  return FindProjectRule(rule_id) != nullptr ? AllProjectDocs() : AllRuleDocs();
+}
+
+}  // namespace
+
 const RuleDoc* FindRuleDoc(std::string_view rule_id) {
-  const bool is_advice = FindAdvice(rule_id) != nullptr;
-  const bool is_fault = FindFaultRule(rule_id) != nullptr;
-  const std::span<const RuleDoc> docs = is_advice ? AllAdviceDocs() : is_fault ? AllFaultDocs() : AllRuleDocs();
+  const std::span<const RuleDoc> docs = DocsWith(rule_id);
   const auto found = std::ranges::find_if(docs, [&](const RuleDoc& doc) { return rule_id == doc.row->id; });
   return found == docs.end() ? nullptr : &*found;
 }

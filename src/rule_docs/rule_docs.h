@@ -15,6 +15,7 @@
 #include "common/result_codes.h"
 #include "rule_docs/advice.h"
 #include "rule_docs/fault_rules.h"
+#include "rule_docs/project_rules.h"
 
 namespace korvel {
 
@@ -32,7 +33,7 @@ struct RuleDocExample {
 struct RuleDoc {
   const RefusalRow* row = nullptr;     // of the catalog
   const AdviceRule* advice = nullptr;  // of the catalog of advice; null for others
-  std::string_view level;              // of advice "warning" or "note", of a fault "error"; "" for a refusal
+  std::string_view level;              // "error", "warning" or "note"; "" for a refusal
   std::string_view page;               // the Markdown file, byte for byte
   std::vector<int> codes;              // returned with the rule's text; the rule's own code first
   std::string replaced_by;             // the rule whose text callers get, while this rule's text is only logged; "" = none
@@ -53,6 +54,9 @@ std::span<const RuleDoc> AllAdviceDocs();
 
 // The pages of all faults, likewise.
 std::span<const RuleDoc> AllFaultDocs();
+
+// The pages of all rules about project files, likewise.
+std::span<const RuleDoc> AllProjectDocs();
 
 // Null if `rule_id` is the id of none of them.
 const RuleDoc* FindRuleDoc(std::string_view rule_id);

@@ -192,12 +192,11 @@ TEST(Sarif, EveryRuleIsDescribed) {
       EXPECT_THAT(rule["help"][form].get<std::string>(), testing::HasSubstr(doc->allowed)) << form;
     }
   }
-  EXPECT_EQ(pages, korvel::AllRuleDocs().size());
-  EXPECT_GT(rules.size(), pages) << "the report has an expired waiver";
+  EXPECT_GT(pages, korvel::AllRuleDocs().size()) << "the report has an expired waiver";
 }
 
 TEST(Sarif, DescribesRulesThatAreNotInTheCatalog) {
-  for (const char* id : {"refused", "report.limit", "waiver.expired", "waiver.malformed", "waiver.unused"}) {
+  for (const char* id : {"refused", "report.limit", "project.no-longer-checked", "waiver.expired", "waiver.unused"}) {
     Sample sample = AllowedReport();
     sample.report.project = {{id, "korvelcheck.toml", {3, 1}, "text", ""}};
     EXPECT_TRUE(Parsed("sarif", sample)["runs"][0]["tool"]["driver"]["rules"].back().contains("shortDescription")) << id;

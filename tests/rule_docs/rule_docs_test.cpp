@@ -54,6 +54,22 @@ TEST(RuleDocs, EveryFaultHasAPage) {
   EXPECT_EQ(FindFaultRule("schema"), nullptr);
 }
 
+TEST(RuleDocs, EveryProjectRuleHasAPage) {
+  for (const ProjectRule* rule : kProjectRules) {
+    const RuleDoc* const doc = FindRuleDoc(rule->row.id);
+    ASSERT_NE(doc, nullptr) << "docs/rules/" << RuleDocFileName(rule->row.id) << " is missing";
+    EXPECT_EQ(doc->row, &rule->row);
+    EXPECT_EQ(doc->level, rule->level);
+    EXPECT_NE(doc->no_example_reason, "");
+    EXPECT_EQ(FindRule(rule->row.id), &rule->row);
+    EXPECT_EQ(FindRefusal(rule->row.id), nullptr) << rule->row.id;
+  }
+  EXPECT_EQ(AllProjectDocs().size(), kProjectRules.size());
+  EXPECT_TRUE(FindProjectRule("waiver.unused")->IsWarning());
+  EXPECT_FALSE(FindProjectRule("waiver.expired")->IsWarning());
+  EXPECT_EQ(FindProjectRule("waiver"), nullptr);
+}
+
 // Reports list warnings first, and no id is that of a refusal.
 TEST(Advice, RowsAreWellFormed) {
   Level last = Level::kWarning;
@@ -73,6 +89,7 @@ TEST(RuleDocs, EveryRuleHasAFileOfItsOwn) {
   std::set<std::string> files;
   for (const AdviceRule* rule : AllAdvice()) EXPECT_TRUE(files.insert(RuleDocFileName(rule->row.id)).second) << rule->row.id;
   for (const RefusalRow& row : kFaultRules) EXPECT_TRUE(files.insert(RuleDocFileName(row.id)).second) << row.id;
+  for (const ProjectRule* rule : kProjectRules) EXPECT_TRUE(files.insert(RuleDocFileName(rule->row.id)).second) << rule->row.id;
   for (const RefusalRow* row : AllRefusals()) EXPECT_TRUE(files.insert(RuleDocFileName(row->id)).second) << row->id;
 }
 
@@ -145,6 +162,7 @@ TEST(RuleDocFormat, JsonFollowsItsSchema) {
   for (const RuleDoc& doc : AllRuleDocs()) write(kRuleDocJson.rule(doc));
   for (const RuleDoc& doc : AllAdviceDocs()) write(kRuleDocJson.rule(doc));
   for (const RuleDoc& doc : AllFaultDocs()) write(kRuleDocJson.rule(doc));
+  for (const RuleDoc& doc : AllProjectDocs()) write(kRuleDocJson.rule(doc));
   for (const CodeDoc& doc : AllCodeDocs()) write(kRuleDocJson.code(doc));
   const std::string source = KORVEL_SOURCE_DIR;
   const std::string command = KORVEL_PYTHON " '" + source + "/tests/report/validate.py' '" + source +

@@ -79,7 +79,7 @@ TEST_F(DroppedFilesTest, PathsNameFilesThatAreNoLongerChecked) {
     SelectOnly(keys);
     for (const Paths& paths : {Paths{}, {"schemas"}, {"."}, {"schemas/deep"}, {"schemas/users.xml", "schemas/deep"}}) {
       SCOPED_TRACE(keys + testing::PrintToString(paths));
-      EXPECT_NE(AllowNew(paths).exit_code, 0);
+      EXPECT_EQ(AllowNew(paths).exit_code, 2);
       json report = ReportOf(paths);
       EXPECT_EQ(report["verdict"], "incomplete");
       ASSERT_EQ(report["project"].size(), 1U);
@@ -126,7 +126,7 @@ TEST_F(DroppedFilesTest, RepairedFileIsNotDroppedSilently) {
   SelectOnly("paths = [\"schemas/*.xml\"]");
   Write("schemas/deep/items.xml", Schema("items"));
   for (const Paths& paths : {Paths{}, {"schemas"}}) {
-    EXPECT_NE(AllowNew(paths).exit_code, 0);
+    EXPECT_EQ(AllowNew(paths).exit_code, 2);
     EXPECT_EQ(ReportOf(paths)["verdict"], "incomplete");
     ASSERT_EQ(ReportOf(paths)["project"].size(), 1U);
   }
@@ -135,6 +135,141 @@ TEST_F(DroppedFilesTest, RepairedFileIsNotDroppedSilently) {
     EXPECT_EQ(AllowNew(paths).exit_code, 2);
     EXPECT_EQ(ReportOf(paths)["faults"][0]["location"]["file"], "git:HEAD:schemas/deep/items.xml");
   }
+}
+
+// Regression: the project file of the baseline was ignored, and with it the files that it selected.
+TEST_F(DroppedFilesTest, UnreadableProjectFileOfTheBaselineIsReported) {
+  SelectOnly("path = [\"schemas/**/*.xml\"]");
+  Commit("second");
+  SelectOnly("paths = [\"schemas/*.xml\"]");
+  for (const Paths& paths : {Paths{}, {"schemas"}, {"schemas/users.xml"}}) {
+    SCOPED_TRACE(testing::PrintToString(paths));
+    EXPECT_EQ(AllowNew(paths).exit_code, 2);
+    json report = ReportOf(paths);
+    EXPECT_EQ(report["verdict"], "incomplete");
+    ASSERT_EQ(report["project"].size(), 1U);
+    EXPECT_EQ(report["project"][0]["rule"], "project.unreadable");
+    EXPECT_EQ(report["project"][0]["location"]["file"], "korvelcheck.toml");
+    EXPECT_THAT(report["project"][0]["text"],
+                testing::StartsWith("it is not known which files git:HEAD checks: git:HEAD:korvelcheck.toml:2:1: error: unknown "
+                                    "key 'path' in [schemas]"));
+  }
+  EXPECT_THAT(Against().out, testing::StartsWith("verdict: incomplete (a project file of the baseline cannot be read)\n"));
+  Write("korvelcheck.toml", Read("korvelcheck.toml") +
+                                "[[waivers]]\nrule = \"project.unreadable\"\nfile = \"korvelcheck.toml\"\nreason = \"corrects "
+                                "it\"\nuntil = 2027-01-31\n");
+  EXPECT_EQ(AllowNew({}).exit_code, 0);
+}
+
+// --- Groups and waivers ---
+
+// Regression: every file was a finding of its own.
+TEST_F(DroppedFilesTest, FilesOfOnePatternAreOneFinding) {
+  constexpr int kFiles = 30;
+  for (int i = 10; i < 10 + kFiles; ++i) Write("schemas/deep/t" + std::to_string(i) + ".xml", Schema("t" + std::to_string(i)));
+  SelectOnly("paths = [\"schemas/*.xml\", \"schemas/deep/*.xml\"]");
+  Commit("second");
+  SelectOnly("paths = [\"schemas/*.xml\"]");
+  json report = ReportOf();
+  ASSERT_EQ(report["project"].size(), 1U);
+  EXPECT_EQ(report["project"][0]["files"].size(), kFiles + 1U);
+  EXPECT_EQ(report["project"][0]["text"],
+            "31 files are no longer checked (schemas/deep/items.xml, schemas/deep/t10.xml, schemas/deep/t11.xml, "
+            "schemas/deep/t12.xml, schemas/deep/t13.xml, schemas/deep/t14.xml, schemas/deep/t15.xml, schemas/deep/t16.xml, "
+            "schemas/deep/t17.xml, schemas/deep/t18.xml and 21 more): the project file of git:HEAD selects them with "
+            "'schemas/deep/*.xml', but this one does not");
+  EXPECT_THAT(Against().out, testing::StartsWith("verdict: incomplete (31 files are no longer checked)\n"));
+}
+
+class WaivedDropTest : public DroppedFilesTest {
+ protected:
+  WaivedDropTest() {
+    environment_.emplace_back("SOURCE_DATE_EPOCH=1767225600");  // 2026-01-01
+    Write("schemas/deep/carts.xml", Schema("carts"));
+    SelectOnly("paths = [\"schemas/*.xml\", \"schemas/deep/*.xml\"]");
+    Commit("second");
+    SelectOnly("paths = [\"schemas/*.xml\"]");
+  }
+
+  void WaiveFile(const std::string& keys, const std::string& until = "2027-01-31") const {
+    SelectOnly("paths = [\"schemas/*.xml\"]\n[[waivers]]\nrule = \"project.no-longer-checked\"\n" + keys +
+               "\nreason = \"an experiment\"\nuntil = " + until);
+  }
+  std::string Fingerprint() const { return ReportOf()["project"][0]["fingerprint"]; }
+};
+
+TEST_F(WaivedDropTest, WaiveWritesTheWaiver) {
+  const std::vector<std::string> waive = {"waive",    Fingerprint(), "--against", "git:HEAD",
+                                          "--reason", "an end",      "--until",   "2027-01-31"};
+  const Outcome outcome = Run(waive);
+  EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
+  EXPECT_THAT(Read("korvelcheck.toml"), HasSubstr("[[waivers]]\nrule = \"project.no-longer-checked\"\nfile = "
+                                                  "\"schemas/deep\"\nfingerprint = \""));
+  EXPECT_EQ(AllowNew({}).exit_code, 0);
+  EXPECT_EQ(AllowNew({"schemas"}).exit_code, 0);
+  json report = ReportOf();
+  EXPECT_EQ(report["verdict"], "incomplete");
+  EXPECT_EQ(report["summary"]["failing"], 0);
+  EXPECT_EQ(report["project"][0]["waiver"]["reason"], "an end");
+  EXPECT_THAT(Against().out, testing::StartsWith("verdict: incomplete (2 files are no longer checked; waived)\n"));
+  EXPECT_THAT(Against().out, HasSubstr("  waived until 2027-01-31: an end\n"));
+  json sarif = json::parse(Against({"--format", "sarif"}).out)["runs"][0];
+  EXPECT_EQ(sarif["invocations"][0]["exitCode"], 0);
+  EXPECT_EQ(sarif["results"][0]["suppressions"][0]["justification"], "an end");
+  EXPECT_THAT(Against({"--format", "github"}).out, HasSubstr("\n::notice file=korvelcheck.toml,line=2"));
+  EXPECT_THAT(Against({"--format", "junit"}).out, testing::Not(HasSubstr("<failure")));
+  EXPECT_THAT(Against({"--format", "html"}).out, HasSubstr("waived until 2027-01-31: an end"));
+  EXPECT_THAT(Run({"waivers", "--against", "git:HEAD"}).out, HasSubstr("  matches: schemas/deep, fingerprint "));
+  EXPECT_THAT(Run(waive).err, HasSubstr("korvelcheck.toml:4 already has a waiver for "));
+}
+
+TEST_F(WaivedDropTest, WaiverNamesTheFileOrADirectory) {
+  WaiveFile("file = \"schemas/deep\"");
+  EXPECT_EQ(AllowNew({}).exit_code, 0);
+  WaiveFile("file = \".\"");
+  EXPECT_EQ(AllowNew({}).exit_code, 0);
+  for (const char* file : {"schemas/deep/carts.xml", "schemas/de", "deep"}) {
+    WaiveFile("file = \"" + std::string(file) + "\"");
+    EXPECT_EQ(AllowNew({}).exit_code, 2) << file;
+    EXPECT_EQ(ReportOf()["project"][1]["rule"], "waiver.unused");
+  }
+  std::filesystem::remove(PathOf("schemas/deep/items.xml"));
+  Commit("third");
+  Write("korvelcheck.toml", "[schemas]\npaths = [\"schemas/**/*.xml\"]\n");
+  Commit("fourth");
+  WaiveFile("file = \"schemas/deep/carts.xml\"");
+  EXPECT_EQ(AllowNew({}).exit_code, 0);
+}
+
+TEST_F(WaivedDropTest, FingerprintPinsTheFiles) {
+  const std::string waiver = "file = \"schemas/deep\"\nfingerprint = \"" + Fingerprint() + "\"";
+  WaiveFile(waiver);
+  EXPECT_EQ(AllowNew({}).exit_code, 0);
+  WaiveFile("file = \"schemas/deep\"\nfingerprint = \"0123456789abcdef\"");
+  EXPECT_EQ(AllowNew({}).exit_code, 2);
+  EXPECT_THAT(ReportOf()["project"][1]["text"], HasSubstr("does not cover the change that is there now: 2 files are no longer"));
+}
+
+TEST_F(WaivedDropTest, ExpiredAndMalformedWaiversFail) {
+  WaiveFile("file = \"schemas/deep\"", "2025-12-31");
+  EXPECT_EQ(AllowNew({}).exit_code, 2);
+  EXPECT_EQ(ReportOf()["project"][1]["level"], "error");
+  EXPECT_THAT(ReportOf()["project"][1]["text"],
+              testing::EndsWith("for 'schemas/deep' expired on 2025-12-31; the finding fails again"));
+  WaiveFile("file = \"schemas/deep\"\ntable = \"items\"");
+  EXPECT_EQ(ReportOf()["project"][1]["rule"], "waiver.malformed");
+  EXPECT_THAT(ReportOf()["project"][1]["text"], HasSubstr("it has 'table'; allowed for this rule: rule and file"));
+  WaiveFile("fingerprint = \"0123456789abcdef\"");
+  EXPECT_THAT(ReportOf()["project"][1]["text"], HasSubstr("it has no 'file'; allowed for this rule: rule and file"));
+}
+
+// --- Texts ---
+
+TEST_F(DroppedFilesTest, PatternWhoseFilesAreAllExcludedSaysSo) {
+  SelectOnly("paths = [\"schemas/*.xml\", \"schemas/deep/*.xml\"]\nexclude = [\"schemas/deep/**\"]");
+  ExpectInputError(Against(),
+                   "korvelcheck.toml:2:27: error: 'schemas/deep/*.xml' matches only files that 'exclude' leaves out; allowed: "
+                   "patterns that match a file of either state\n");
 }
 
 }  // namespace

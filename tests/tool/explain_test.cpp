@@ -251,6 +251,8 @@ TEST_F(ExplainTest, RulesListsEachOnALine) {
   for (const korvel::AdviceRule* rule : korvel::AllAdvice()) expected.emplace_back(rule->row.id);
   expected.emplace_back();
   for (const korvel::RefusalRow& row : korvel::kFaultRules) expected.emplace_back(row.id);
+  expected.emplace_back();
+  for (const korvel::ProjectRule* rule : korvel::kProjectRules) expected.emplace_back(rule->row.id);
   EXPECT_EQ(ids, expected);
   EXPECT_THAT(Printed({"rules"}), HasSubstr("\nschema.syntax             error    a schema file is not well-formed XML\n"));
   EXPECT_THAT(Printed({"rules"}), HasSubstr("\nadvice.library-renamed    note     the library was renamed\n"));
@@ -260,6 +262,7 @@ TEST_F(ExplainTest, RulesListsEachOnALine) {
   EXPECT_EQ(json["rules"].size(), refusals);
   EXPECT_EQ(json["advice"].size(), korvel::AllAdvice().size());
   EXPECT_EQ(json["faults"].size(), korvel::kFaultRules.size());
+  EXPECT_EQ(json["project"].size(), korvel::kProjectRules.size());
   ExpectInputError(Korvelcheck({"rules", "old.xml"}),
                    "korvelcheck: rules: unexpected argument 'old.xml'\nTry 'korvelcheck rules --help'.\n");
 }
@@ -297,6 +300,9 @@ TEST_F(ExplainTest, DocumentsAreWhatIsPrinted) {
     expected[korvel::RuleDocFileName(doc.row->id)] = Printed({"explain", doc.row->id, "--format", "markdown"});
   }
   for (const RuleDoc& doc : korvel::AllFaultDocs()) {
+    expected[korvel::RuleDocFileName(doc.row->id)] = Printed({"explain", doc.row->id, "--format", "markdown"});
+  }
+  for (const RuleDoc& doc : korvel::AllProjectDocs()) {
     expected[korvel::RuleDocFileName(doc.row->id)] = Printed({"explain", doc.row->id, "--format", "markdown"});
   }
   const std::map<std::string, std::string> documents = Documents();

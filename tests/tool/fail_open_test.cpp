@@ -101,12 +101,53 @@ const Row kRows[] = {
     {"NarrowedPaths",
      [](Repository& at) { at.SelectOnly("paths = [\"schemas/*.xml\"]"); },
      {"--allow-new", "--against", "git:HEAD"},
-     1,
+     2,
      "incomplete"},
     {"NewExclude",
      [](Repository& at) { at.SelectOnly("paths = [\"schemas/**/*.xml\"]\nexclude = [\"**/items.xml\"]"); },
      {"--allow-new", "--against", "git:HEAD"},
+     2,
+     "incomplete"},
+    {"NarrowedPathsWithPath",
+     [](Repository& at) { at.SelectOnly("paths = [\"schemas/*.xml\"]"); },
+     {"--allow-new", "--against", "git:HEAD", "schemas"},
+     2,
+     "incomplete"},
+    {"PatternMovedWithChangedFile",
+     [](Repository& at) {
+       fs::rename(at.PathOf("schemas"), at.PathOf("tables"));
+       at.Write("tables/orders.xml", Repository::Schema("orders", "uint32"));
+       at.SelectOnly("paths = [\"tables/**/*.xml\"]");
+     },
+     {"--allow-new", "--against", "git:HEAD", "tables/orders.xml"},
      1,
+     "refused"},
+    {"FileDeletedWithItsPattern",
+     [](Repository& at) {
+       fs::remove_all(at.PathOf("schemas/deep"));
+       at.SelectOnly("paths = [\"schemas/*.xml\"]");
+     },
+     {"--allow-new", "--against", "git:HEAD", "schemas"},
+     1,
+     "refused"},
+    {"RepairedAndNoLongerSelected",
+     [](Repository& at) {
+       at.Write("schemas/deep/items.xml", kBroken);
+       at.Commit("second");
+       at.Write("schemas/deep/items.xml", Repository::Schema("items"));
+       at.SelectOnly("paths = [\"schemas/*.xml\"]");
+     },
+     {"--allow-new", "--against", "git:HEAD"},
+     2,
+     "incomplete"},
+    {"BrokenProjectFileOfTheBaseline",
+     [](Repository& at) {
+       at.Write("korvelcheck.toml", "[schemas\n");
+       at.Commit("second");
+       at.SelectOnly("paths = [\"schemas/*.xml\"]");
+     },
+     {"--allow-new", "--against", "git:HEAD"},
+     2,
      "incomplete"},
     {"PatternWithoutFiles",
      [](Repository& at) { at.SelectOnly("paths = [\"schema/*.xml\"]"); },

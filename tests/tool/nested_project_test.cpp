@@ -315,14 +315,14 @@ TEST_F(NestedProjectTest, AddedProjectFileHidesNothing) {
   Commit("second");
   Write("svc/b/korvelcheck.toml", "[schemas]\nexclude = [\"*.xml\"]\n");
   const std::string start = "svc/b/korvelcheck.toml:2 error project.no-longer-checked: svc/b/s.xml is no longer checked: ";
-  const std::string finding = start + "the project file of git:HEAD selects it, this one does not";
+  const std::string finding = start + "the project file of git:HEAD selects it, but this one does not";
   for (const std::vector<std::string>& paths : {std::vector<std::string>{}, {"svc"}, {"svc/b", "svc/a"}}) {
     std::vector<std::string> call = {"check", "--against", "git:HEAD"};
     call.insert(call.end(), paths.begin(), paths.end());
     const json report = ReportOf(call);
     EXPECT_THAT(ProjectFindings(report), ElementsAre(finding));
     EXPECT_EQ(report["project"][0]["suggestion"], "remove it from 'exclude', or delete the file");
-    EXPECT_EQ(Run(call).exit_code, 1);
+    EXPECT_EQ(Run(call).exit_code, 2);
   }
   Write("svc/b/korvelcheck.toml", "[schemas]\npaths = [\"v2/*.xml\"]\n");
   std::filesystem::create_directory(PathOf("svc/b/v2"));
@@ -333,7 +333,7 @@ TEST_F(NestedProjectTest, AddedProjectFileHidesNothing) {
   Git({"rm", "-q", "--cached", "svc/b/korvelcheck.toml"});
   Git({"commit", "-q", "-m", "and none in svc/b"});
   EXPECT_THAT(ProjectFindings(ReportOf({"check", "--against", "git:HEAD", "svc"})),
-              ElementsAre(start + "git:HEAD has no project file that leaves it out, this one leaves it out"));
+              ElementsAre(start + "no project file of git:HEAD leaves it out, but this one does"));
 }
 
 TEST_F(NestedProjectTest, NarrowerProjectFileHidesNothing) {
@@ -342,8 +342,8 @@ TEST_F(NestedProjectTest, NarrowerProjectFileHidesNothing) {
   Write("svc/a/korvelcheck.toml", "[schemas]\npaths = [\"*.xml\", \"*.schema\"]\n");
   Commit("second");
   const std::string rest =
-      "error project.no-longer-checked: svc/a/t.schema is no longer checked: the project file of git:HEAD selects it, this one "
-      "does not";
+      "error project.no-longer-checked: svc/a/t.schema is no longer checked: the project file of git:HEAD selects it, but this "
+      "one does not";
   Write("svc/a/korvelcheck.toml", "[schemas]\npaths = [\"*.xml\"]\n");
   EXPECT_THAT(ProjectFindings(ReportOf({"check"})), ElementsAre("svc/a/korvelcheck.toml:2 " + rest));
   EXPECT_THAT(ProjectFindings(ReportOf({"check", "--against", "git:HEAD", "svc"})),
@@ -362,7 +362,7 @@ TEST_F(NestedProjectTest, CallThatNoLongerReachesAProjectFileSaysSo) {
   Write("korvelcheck.toml", "[schemas]\npaths = [\"svc/b/*.xml\"]\nagainst = \"git:HEAD\"\n");
   EXPECT_THAT(ProjectFindings(ReportOf({"check"})),
               ElementsAre("korvelcheck.toml:2 error project.no-longer-checked: svc/a/t.schema is no longer checked: the project "
-                          "file of git:HEAD selects it, this one does not"));
+                          "file of git:HEAD selects it, but this one does not"));
 }
 
 // --- Waivers ---

@@ -171,11 +171,16 @@ Json ToJson(const ReportBaseline& baseline) {
 Json ToJson(const ReportProject& project) { return {{"file", project.file}, {"files", project.files}}; }
 
 Json ToJson(const ProjectFinding& finding) {
-  return {{"rule", finding.rule},
-          {"location", LocationToJson(finding.file, finding.position)},
-          {"text", finding.text},
-          {"suggestion", finding.suggestion},
-          {"level", WordOf(finding.level)}};
+  Json json = {{"rule", finding.rule},
+               {"location", LocationToJson(finding.file, finding.position)},
+               {"text", finding.text},
+               {"suggestion", finding.suggestion},
+               {"level", WordOf(finding.level)}};
+  if (finding.fingerprint.empty()) return json;
+  json["files"] = finding.files;
+  json["fingerprint"] = finding.fingerprint;
+  json["waiver"] = ToJson(finding.waiver);
+  return json;
 }
 
 }  // namespace korvel

@@ -111,8 +111,9 @@ class HtmlReport {
     html_ += "</section>\n";
   }
 
-  static std::string ProjectFindingStart(ProjectFinding::Level level) {
-    const StatusStyle style = level == ProjectFinding::Level::kError ? StatusStyle::kRefused : StatusStyle::kWarning;
+  static std::string ProjectFindingStart(const ProjectFinding& finding) {
+    const bool is_error = finding.level == ProjectFinding::Level::kError;
+    const StatusStyle style = finding.waiver ? StatusStyle::kWaived : is_error ? StatusStyle::kRefused : StatusStyle::kWarning;
     const std::string name = TextOf(style).name;
     return "<article class=\"item " + name + "\" tabindex=\"0\" data-status=\"" + name + "\">\n<h3>" + Badge(style);
   }
@@ -132,10 +133,11 @@ class HtmlReport {
     for (const FileNote& note : report_.files) files.push_back(ToText(note));
     html_ += List(files);
     for (const ProjectFinding& finding : report_.project) {
-      html_ += ProjectFindingStart(finding.level) + " " + Code(finding.rule) + "</h3>\n<p class=\"problem\">" +
-               Html(finding.text) + "</p>\n<dl>\n" +
-               Term("Location", Code(FileLineColumn(OneLine(finding.file), finding.position))) +
-               Term("Suggestion", HtmlLines(finding.suggestion)) + "</dl>\n</article>\n";
+      html_ += ProjectFindingStart(finding) + " " + Code(finding.rule) + "</h3>\n<p class=\"problem\">" + Html(finding.text) +
+               "</p>\n<dl>\n" + Term("Location", Code(FileLineColumn(OneLine(finding.file), finding.position))) +
+               Term("Waived", finding.waiver ? Html(ToText(*finding.waiver)) : "") +
+               Term("Suggestion", HtmlLines(finding.suggestion)) +
+               Term("Fingerprint", finding.fingerprint.empty() ? "" : Code(finding.fingerprint)) + "</dl>\n</article>\n";
     }
     html_ += "</section>\n";
   }

@@ -37,8 +37,9 @@ std::string Problem(const std::string& rule, const std::string& summary, const s
   return "      <failure" + Attribute("message", summary) + Attribute("type", rule) + ">" + XmlText(text) + "</failure>\n";
 }
 
-// A warning about the project file never fails the call.
+// A warning about a waiver never fails the call.
 bool IssueFails(const Report& report, const Issue& issue) {
+  if (issue.project != nullptr) return Fails(report, *issue.project);
   const bool fails_on_warnings = report.fails_on_warnings && issue.table != nullptr;
   return !issue.waived && (issue.level == Level::kRefused || (issue.level == Level::kWarning && fails_on_warnings));
 }
@@ -107,7 +108,7 @@ class JunitReport {
   }
 
  private:
-  Counts CountProject() const { return {report_.project.size(), CountErrors(report_.project), 0}; }
+  Counts CountProject() const { return {report_.project.size(), CountFailingProject(report_), 0}; }
 
   Counts CountAll() const {
     Counts counts = CountProject();

@@ -50,6 +50,8 @@ std::string Rules() {
   for (const AdviceRule* rule : AllAdvice()) advice.push_back(RowJson(rule->row, WordOf(rule->level)));
   Json& faults = json["faults"] = Json::array();
   for (const RefusalRow& row : kFaultRules) faults.push_back(RowJson(row, kFaultLevel));
+  Json& project = json["project"] = Json::array();
+  for (const ProjectRule* rule : kProjectRules) project.push_back(RowJson(rule->row, rule->level));
   return ToText(json);
 }
 

@@ -41,6 +41,14 @@ constexpr char kFaultsHead[] =
     "\n"
     "| Rule | Level | Reported because |\n"
     "|---|---|---|\n";
+constexpr char kProjectHead[] =
+    "\n"
+    "## Project files, waivers and limits\n"
+    "\n"
+    "About `korvelcheck.toml`, and about what a report leaves out.\n"
+    "\n"
+    "| Rule | Level | Reported because |\n"
+    "|---|---|---|\n";
 constexpr char kCodesHead[] =
     "\n"
     "## Rules by result code\n"
@@ -66,6 +74,10 @@ std::string Rules() {
   text += kFaultsHead;
   for (const RefusalRow& row : kFaultRules)
     text += "| " + LinkToRule(row.id) + " | " + kFaultLevel + " | " + row.summary + " |\n";
+  text += kProjectHead;
+  for (const ProjectRule* rule : kProjectRules) {
+    text += "| " + LinkToRule(rule->row.id) + " | " + std::string(rule->level) + " | " + rule->row.summary + " |\n";
+  }
   text += kCodesHead;
   for (const CodeDoc& doc : AllCodeDocs()) {
     if (!doc.rules.empty()) text += "| `" + CodeWithName(doc.code) + "` | " + Links(doc) + " |\n";

@@ -58,6 +58,10 @@ std::string Rules() {
   }
   text += "\n";
   for (const RefusalRow& row : kFaultRules) text += Padded(row.id, kRuleWidth) + Padded(kFaultLevel, 9) + row.summary + "\n";
+  text += "\n";
+  for (const ProjectRule* rule : kProjectRules) {
+    text += Padded(rule->row.id, kRuleWidth) + Padded(std::string(rule->level), 9) + rule->row.summary + "\n";
+  }
   return text;
 }
 

@@ -84,20 +84,8 @@ class FixPositions {
 
 // --- Rules ---
 
-// The rules of findings that are not refusals of the catalog.
-struct OtherRule {
-  std::string_view id;
-  const char* summary;
-};
-
-constexpr OtherRule kOtherRules[] = {
-    {kLimitRule, "a table has findings that are not listed, because a limit was reached"},
-    {kNoLongerChecked, "the project file no longer selects a schema file that it selected before"},
-    {"refused", "the checker refused the table without a text, or with a text that belongs to no rule"},
-    {"waiver.expired", "a waiver in the project file has expired"},
-    {"waiver.malformed", "a waiver in the project file is invalid"},
-    {"waiver.unused", "a waiver in the project file matches no finding"},
-};
+// The only rule without a page: "refused".
+constexpr char kNoRule[] = "the checker refused the table without a text, or with a text that belongs to no rule";
 
 constexpr char kAllWaived[] = "all findings of the table are waived";
 
@@ -114,7 +102,8 @@ const char* SarifLevel(Level level) { return level == Level::kRefused ? "error" 
 
 Level LevelOf(const std::string& id) {
   if (const AdviceRule* const advice = FindAdvice(id)) return advice->level;
-  return id == "waiver.unused" ? Level::kWarning : Level::kRefused;
+  const ProjectRule* const rule = FindProjectRule(id);
+  return rule != nullptr && rule->IsWarning() ? Level::kWarning : Level::kRefused;
 }
 
 // Where the page of a rule is published.
@@ -128,8 +117,8 @@ Json SarifRule(const std::string& id) {
     rule["fullDescription"] = MessageOf(doc->protects);
     rule["help"] = HelpOf(*doc);
     rule["helpUri"] = PageOf(id);
-  } else if (const auto* const other = std::ranges::find(kOtherRules, id, &OtherRule::id); other != std::end(kOtherRules)) {
-    rule["shortDescription"] = MessageOf(other->summary);
+  } else {
+    rule["shortDescription"] = MessageOf(kNoRule);
   }
   rule["defaultConfiguration"] = {{"level", SarifLevel(LevelOf(id))}};
   return rule;
@@ -187,9 +176,7 @@ class SarifLog {
     for (const std::string& line : ProjectsOf(folded_.report())) add(line);
     for (const FileNote& note : folded_.report().files) add(ToText(note));
     return {{"executionSuccessful", summary.faults == 0},
-            {"exitCode", summary.faults > 0     ? 2
-                         : summary.failing == 0 ? 0
-                                                : 1},
+            {"exitCode", ExitCodeOf(folded_.report())},
             {"toolExecutionNotifications", std::move(notes)}};
   }
 
@@ -232,6 +219,8 @@ class SarifLog {
     }
     if (issue.folded != nullptr) {
       AddFindingTo(json, issue);
+    } else if (issue.project != nullptr) {
+      AddSuppressionTo(json, issue.project->waiver);
     } else if (issue.waived) {
       json["suppressions"] = Json::array({{{"kind", "external"}, {"status", "accepted"}, {"justification", kAllWaived}}});
     }
@@ -241,11 +230,15 @@ class SarifLog {
   void AddFindingTo(Json& json, const Issue& issue) const {
     const Finding& finding = *issue.folded->finding;
     if (!finding.fix.empty()) json["fixes"] = Json::array({FixOf(*issue.table->second, finding)});
-    if (!finding.waiver) return;
+    AddSuppressionTo(json, finding.waiver);
+  }
+
+  static void AddSuppressionTo(Json& json, const std::optional<Waiver>& waiver) {
+    if (!waiver) return;
     json["suppressions"] = Json::array({{{"kind", "external"},
                                          {"status", "accepted"},
-                                         {"justification", finding.waiver->reason},
-                                         {"properties", {{"until", finding.waiver->until}, {"wide", finding.waiver->is_wide}}}}});
+                                         {"justification", waiver->reason},
+                                         {"properties", {{"until", waiver->until}, {"wide", waiver->is_wide}}}}});
   }
 
   // A change of the library has no path; the table is named instead.

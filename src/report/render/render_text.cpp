@@ -250,10 +250,10 @@ class TextReport {
   }
 
   void AddProjectFinding(const ProjectFinding& finding) {
-    const bool is_error = finding.level == ProjectFinding::Level::kError;
+    const bool is_error = finding.level == ProjectFinding::Level::kError && !finding.waiver;
     text_ += FileLineColumn(OneLine(finding.file), finding.position) + ": " +
-             Colored(WordOf(finding.level), is_error ? kRed : kYellow, color_) + " [" + finding.rule + "] " +
-             OneLine(finding.text) + "\n" + SuggestionText(finding.suggestion);
+             Colored(WordOf(finding), is_error ? kRed : kYellow, color_) + " [" + finding.rule + "] " + OneLine(finding.text) +
+             "\n" + EndOf(finding);
   }
 
   // Names the command that explains a refusal: a rule of the report, else a result code.

@@ -59,7 +59,8 @@ std::string RowText(const WaiverList::Row& row) {
                      "\n" + MemberLines(row);
   for (const WaiverList::Match& match : row.matches) {
     const std::string& path = match.path.empty() ? match.table : match.path;
-    text += "  matches: " + OneLine(match.file) + ": " + OneLine(path) + ", fingerprint " + match.fingerprint + "\n";
+    text += "  matches: " + OneLine(match.file) + (path.empty() ? "" : ": " + OneLine(path)) + ", fingerprint " +
+            match.fingerprint + "\n";
   }
   return row.fault.empty() ? text : text + "  fault: " + OneLine(row.fault) + "\n" + SuggestionText(row.suggestion);
 }

@@ -99,7 +99,9 @@ void Issues::AddProjectFinding(const ProjectFinding& finding) {
   Issue issue;
   issue.rule = finding.rule;
   issue.summary = OneLine(finding.text);
-  issue.fingerprint = NameFingerprint(finding.rule, finding.text);
+  issue.fingerprint = finding.fingerprint.empty() ? NameFingerprint(finding.rule, finding.text) : finding.fingerprint;
+  issue.waived = finding.waiver.has_value();
+  issue.project = &finding;
   issue.location.file = finding.file;
   issue.location.begin = finding.position;
   issue.location.end = finding.position;
@@ -146,6 +148,7 @@ std::vector<std::string> DetailsOf(const Issue& issue) {
     lines.push_back(TableAndBaseline(table) + ": " + result + (table.removed ? " (removed)" : ""));
   }
   if (issue.folded != nullptr) AddFindingTo(lines, issue);
+  if (issue.project != nullptr && issue.project->waiver) lines.push_back(ToText(*issue.project->waiver));
   if (issue.old_location) lines.push_back("was: " + ToText(*issue.old_location));
   if (!issue.suggestion.empty()) {
     const std::size_t first = lines.size();

@@ -26,6 +26,7 @@ struct Issue {
   // checked one by one, and for a table with findings that are not listed.
   const TableResult* table = nullptr;
   const FoldedFinding* folded = nullptr;
+  const ProjectFinding* project = nullptr;  // null unless the issue is about the project file
 };
 
 // Where services show a fault of the whole call: they require a file for each finding.

@@ -41,12 +41,10 @@ struct ReportProject {
   std::size_t files = 0;  // how many it judged
 };
 
-// The rule of a schema file that the project file of the baseline selects and the present one does not.
-inline constexpr char kNoLongerChecked[] = "project.no-longer-checked";
-
-// A problem of the project file that is not a syntax error: a waiver that is expired, unused or malformed. It cannot be waived.
+// A problem of the project file that is not a syntax error: a waiver that is expired, unused or malformed, or a change that hides
+// changes of schema files.
 struct ProjectFinding {
-  enum class Level { kError, kWarning };  // an error fails the call
+  enum class Level { kError, kWarning };  // an error fails the call, unless it is waived
 
   std::string rule;  // "waiver.expired"
   std::string file;
@@ -54,6 +52,12 @@ struct ProjectFinding {
   std::string text;
   std::string suggestion;  // empty for none; may have several lines, to paste into the project file
   Level level = Level::kError;
+
+  // Only of rules that can be waived (ProjectRule). Paths are from the project file whose waivers apply.
+  std::vector<std::string> files = {};  // that it is about, at least one, in order
+  std::size_t project = 0;              // the position of that project file in the set of the call
+  std::string fingerprint = {};
+  std::optional<Waiver> waiver = {};
 };
 
 // Whether a report shows more of the sources of a table than their names and where it is declared.

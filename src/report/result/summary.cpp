@@ -4,8 +4,22 @@
 #include <algorithm>
 #include <set>
 #include <string_view>
+#include <utility>
+
+#include "rule_docs/project_rules.h"
 
 namespace korvel {
+
+namespace {
+
+// Whether nobody notices changes of some file because of it.
+bool HidesFiles(const ProjectFinding& finding) {
+  return finding.rule == kNoLongerCheckedRule.row.id || finding.rule == kUnreadableProjectRule.row.id;
+}
+
+bool ChangesSettings(const ProjectFinding& finding) { return finding.rule == kSettingsChangedRule.row.id; }
+
+}  // namespace
 
 bool IsWaived(const TableResult& result) {
   return result.changes && !result.changes->findings.empty() && !result.changes->stopped &&
@@ -13,7 +27,8 @@ bool IsWaived(const TableResult& result) {
 }
 
 std::size_t CountErrors(const std::vector<ProjectFinding>& findings) {
-  return static_cast<std::size_t>(std::ranges::count(findings, ProjectFinding::Level::kError, &ProjectFinding::level));
+  const auto is_error = [](const ProjectFinding& one) { return one.level == ProjectFinding::Level::kError && !one.waiver; };
+  return static_cast<std::size_t>(std::ranges::count_if(findings, is_error));
 }
 
 bool Fails(const Report& report, const Finding& finding) {
@@ -40,9 +55,20 @@ std::size_t CountFilesNotChecked(const std::vector<InputFault>& faults) {
   return files.size();
 }
 
+// A file that several baselines select counts once.
+std::size_t CountDropped(const std::vector<ProjectFinding>& findings) {
+  std::set<std::pair<std::size_t, std::string_view>> files;
+  for (const ProjectFinding& finding : findings) {
+    if (finding.rule != kNoLongerCheckedRule.row.id) continue;
+    for (const std::string& file : finding.files) files.emplace(finding.project, file);
+  }
+  return files.size();
+}
+
 std::size_t CountFailingForWarnings(const Report& report) {
   const auto fails = [&](const TableResult& result) { return FailsForWarning(report, result); };
-  return static_cast<std::size_t>(std::ranges::count_if(report.tables, fails));
+  return static_cast<std::size_t>(std::ranges::count_if(report.tables, fails)) + CountFailingProject(report) -
+         CountErrors(report.project);
 }
 
 }  // namespace
@@ -51,8 +77,24 @@ bool Fails(const Report& report, const TableResult& table) { return FailsByRefus
 
 std::size_t CountFailing(const Report& report) {
   const auto fails = [&](const TableResult& result) { return Fails(report, result); };
-  return report.faults.size() + CountErrors(report.project) +
+  return report.faults.size() + CountFailingProject(report) +
          static_cast<std::size_t>(std::ranges::count_if(report.tables, fails));
+}
+
+bool Fails(const Report& report, const ProjectFinding& finding) {
+  if (finding.waiver) return false;
+  return finding.level == ProjectFinding::Level::kError || (report.fails_on_warnings && ChangesSettings(finding));
+}
+
+std::size_t CountFailingProject(const Report& report) {
+  const auto fails = [&](const ProjectFinding& finding) { return Fails(report, finding); };
+  return static_cast<std::size_t>(std::ranges::count_if(report.project, fails));
+}
+
+int ExitCodeOf(const Report& report) {
+  const auto hides_files = [](const ProjectFinding& one) { return HidesFiles(one) && !one.waiver; };
+  if (!report.faults.empty() || std::ranges::any_of(report.project, hides_files)) return 2;
+  return CountFailing(report) == 0 ? 0 : 1;
 }
 
 Summary Summarize(const FoldedReport& folded) {
@@ -68,7 +110,11 @@ Summary Summarize(const FoldedReport& folded) {
   summary.compared = summary.allowed + summary.refused;
   summary.failing_for_warnings = CountFailingForWarnings(report);
   summary.faults = report.faults.size();
-  summary.files_dropped = static_cast<std::size_t>(std::ranges::count(report.project, kNoLongerChecked, &ProjectFinding::rule));
+  summary.files_dropped = CountDropped(report.project);
+  for (const ProjectFinding& finding : report.project) {
+    if (finding.rule == kUnreadableProjectRule.row.id) ++summary.projects_unreadable;
+    if (ChangesSettings(finding) && !finding.waiver) ++summary.settings_changed;
+  }
   summary.is_unchanged = !report.baselines.empty() && std::ranges::all_of(report.baselines, &ReportBaseline::is_same);
   summary.files_not_checked = CountFilesNotChecked(report.faults);
   const LevelCount& refusals = folded.Count(Level::kRefused);

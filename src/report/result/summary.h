@@ -29,10 +29,12 @@ struct Summary {
   std::size_t files_added = 0;
   std::size_t files_deleted = 0;
   std::size_t files_moved = 0;
-  std::size_t files_not_checked = 0;  // because of a fault
-  std::size_t files_dropped = 0;      // that the project file no longer selects
-  bool is_unchanged = false;          // each baseline is the commit that is checked out, and no selected file differs
-  std::size_t faults = 0;             // number of them; may be above 0 without a file: the whole call failed
+  std::size_t files_not_checked = 0;    // because of a fault
+  std::size_t files_dropped = 0;        // that the project file no longer selects
+  std::size_t projects_unreadable = 0;  // project files of the baseline
+  std::size_t settings_changed = 0;     // findings about changed settings that are not waived
+  bool is_unchanged = false;            // each baseline is the commit that is checked out, and no selected file differs
+  std::size_t faults = 0;               // number of them; may be above 0 without a file: the whole call failed
 };
 
 Summary Summarize(const FoldedReport& folded);
@@ -41,8 +43,18 @@ Summary Summarize(const FoldedReport& folded);
 // plus the other tables with a warning that is not waived. 0 means exit code 0.
 std::size_t CountFailing(const Report& report);
 
-// Findings about the project file that are errors, not warnings.
+// Findings about the project file that are errors, not warnings, and are not waived.
 std::size_t CountErrors(const std::vector<ProjectFinding>& findings);
+
+// The exit code of the report: 0; 1 if anything fails; 2 if a file was not checked, or is no longer checked without a waiver.
+int ExitCodeOf(const Report& report);
+
+// Findings about the project file that fail.
+std::size_t CountFailingProject(const Report& report);
+
+// Whether a finding about the project file is an error, or a warning that Report::fails_on_warnings applies to, and is not
+// waived.
+bool Fails(const Report& report, const ProjectFinding& finding);
 
 // Whether a table is among the failing ones.
 bool Fails(const Report& report, const TableResult& table);

@@ -20,7 +20,7 @@ const char* WordOf(EditStatus status) {
 }
 
 OverallVerdict VerdictOf(const Summary& summary) {
-  if (summary.faults > 0 || summary.files_dropped > 0) return OverallVerdict::kIncomplete;
+  if (summary.faults + summary.files_dropped + summary.projects_unreadable > 0) return OverallVerdict::kIncomplete;
   if (summary.compared == 0) return OverallVerdict::kNothingCompared;
   if (summary.refused > 0) return OverallVerdict::kRefused;
   return summary.is_unchanged ? OverallVerdict::kUnchanged : OverallVerdict::kAllowed;
@@ -36,13 +36,15 @@ std::string RemarkOn(const Summary& summary) {
   if (files > 0) return " (" + Counted(files, "file") + (files == 1 ? " was" : " were") + " not checked)";
   if (summary.faults > 0) return " (the check failed)";
   const std::size_t dropped = summary.files_dropped;
-  if (dropped > 0) return " (" + Counted(dropped, "file") + (dropped == 1 ? " is" : " are") + " no longer checked)";
+  const std::string end = summary.failing == 0 ? "; waived)" : ")";
+  if (dropped > 0) return " (" + Counted(dropped, "file") + (dropped == 1 ? " is" : " are") + " no longer checked" + end;
+  if (summary.projects_unreadable > 0) return " (a project file of the baseline cannot be read" + end;
   if (summary.failing_for_warnings > 0) return " (warnings fail this call)";
   if (summary.refused > 0 && summary.failing == 0) return " (all waived)";
   if (summary.compared == 0 && summary.added > 0) return " (all tables are new)";
   if (summary.refused == 0 && summary.failing > 0) return " (but the project file has an error)";
   if (VerdictOf(summary) == OverallVerdict::kUnchanged) return " (the baseline is the commit that is checked out)";
-  const bool has_warnings = summary.warnings.all > summary.warnings.waived;
+  const bool has_warnings = summary.warnings.all > summary.warnings.waived || summary.settings_changed > 0;
   return summary.refused == 0 && has_warnings ? " (with warnings)" : "";
 }
 
@@ -80,6 +82,14 @@ std::vector<std::string> DetailsOf(const InputFault& fault) {
 }
 
 const char* WordOf(ProjectFinding::Level level) { return level == ProjectFinding::Level::kError ? "error" : "warning"; }
+
+const char* WordOf(const ProjectFinding& finding) { return finding.waiver ? "waived" : WordOf(finding.level); }
+
+std::string EndOf(const ProjectFinding& finding) {
+  const std::string waiver = finding.waiver ? "  " + ToText(*finding.waiver) + "\n" : "";
+  const std::string& fingerprint = finding.fingerprint;
+  return waiver + SuggestionText(finding.suggestion) + (fingerprint.empty() ? "" : "  fingerprint: " + fingerprint + "\n");
+}
 
 const char* WordOf(const Finding& finding) { return finding.waiver ? "waived" : WordOf(finding.level); }
 

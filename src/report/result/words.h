@@ -82,8 +82,12 @@ TextRange LocationOf(const InputFault& fault);
 // What there is to say about a fault besides its text: what is allowed, and which file could not be compared.
 std::vector<std::string> DetailsOf(const InputFault& fault);
 
-// "error", "warning"
+// "error", "warning"; "waived" if it is waived.
 const char* WordOf(ProjectFinding::Level level);
+const char* WordOf(const ProjectFinding& finding);
+
+// The lines of a finding about the project file after its text, as text reports show them: waiver, suggestion, fingerprint.
+std::string EndOf(const ProjectFinding& finding);
 
 // "ERROR_VALUE_FIELD"; "" for a number that is no result code.
 std::string CodeNameOf(int code);

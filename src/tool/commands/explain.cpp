@@ -62,6 +62,7 @@ std::vector<std::string> Words() {
   for (const RefusalRow* row : AllRefusals()) words.emplace_back(row->id);
   for (const AdviceRule* advice : AllAdvice()) words.emplace_back(advice->row.id);
   for (const RefusalRow& row : kFaultRules) words.emplace_back(row.id);
+  for (const ProjectRule* rule : kProjectRules) words.emplace_back(rule->row.id);
   for (int code = 0; code > -kResultCodeCount; --code) words.emplace_back(ResultCodeName(code));
   return words;
 }

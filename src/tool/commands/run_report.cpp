@@ -77,8 +77,7 @@ int RunReport(const ReportOptions& options, const std::vector<std::string>& inpu
   if (const std::string failure = log ? log->WriteFailure() : ""; !failure.empty()) throw std::runtime_error(failure);
   const bool is_visible = options.IsForPeople() && ::isatty(STDOUT_FILENO) == 1;
   if (!faults.empty() && !is_visible) PrintErrors(LinesOf(faults));
-  if (!faults.empty()) return kInputError;
-  return CountFailing(result.report) == 0 ? kAllAllowed : kSomeRefused;
+  return ExitCodeOf(result.report);
 }
 
 int RunPairReport(const PairArguments& arguments, const PairCommand& command) {

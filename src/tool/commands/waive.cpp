@@ -141,7 +141,8 @@ void RequireWaivers(const std::string& path, const std::string& text, std::size_
 // --- Findings ---
 
 // Names the findings that there are, each once.
-[[noreturn]] void RefuseUnknown(const std::vector<std::string>& unknown, const std::vector<TableFinding>& findings) {
+[[noreturn]] void RefuseUnknown(const std::vector<std::string>& unknown, const std::vector<TableFinding>& findings,
+                                const std::vector<ProjectFinding>& about_project) {
   constexpr std::size_t kMaxNamed = 20;
   std::vector<std::string> lines;
   std::vector<std::string_view> known;
@@ -151,6 +152,11 @@ void RequireWaivers(const std::string& path, const std::string& text, std::size_
     if (known.size() > kMaxNamed) continue;
     lines.push_back("  " + finding->fingerprint + "  " + OneLine(table->second->path_in_project) + ": table " +
                     OneLine(table->table) + ": " + OneLine(AcceptedChange(*table, *finding)));
+  }
+  for (const ProjectFinding& finding : about_project) {
+    if (finding.fingerprint.empty()) continue;
+    known.push_back(finding.fingerprint);
+    if (known.size() <= kMaxNamed) lines.push_back("  " + finding.fingerprint + "  " + OneLine(finding.text));
   }
   if (known.size() > kMaxNamed) lines.push_back("  and " + std::to_string(known.size() - kMaxNamed) + " more");
   InputError error;
@@ -163,32 +169,50 @@ void RequireWaivers(const std::string& path, const std::string& text, std::size_
   throw error;
 }
 
+[[noreturn]] void RefuseWaived(const Project& project, const WaiverEntry& waiver, const std::string& fingerprint) {
+  Refuse(OneLine(project.file) + ":" + std::to_string(waiver.location.line) + " already has a waiver for " + fingerprint +
+         ", until " + waiver.until + "; change or remove it");
+}
+
 // A waiver of the other form is no obstacle: it may be meant to be replaced.
 void RequireNotWaived(const Project& project, const std::vector<WaiverUse>& uses, const TableFinding& wanted, WaiverForm form) {
   for (const WaiverUse& use : uses) {
     const bool is_other = use.state == WaiverState::kMalformed || use.waiver->form != form;
     const auto is_wanted = [&](const TableFinding& one) { return one.finding == wanted.finding; };
     if (is_other || std::ranges::none_of(use.findings, is_wanted)) continue;
-    Refuse(OneLine(project.file) + ":" + std::to_string(use.waiver->location.line) + " already has a waiver for " +
-           wanted.finding->fingerprint + ", until " + use.waiver->until + "; change or remove it");
+    RefuseWaived(project, *use.waiver, wanted.finding->fingerprint);
   }
 }
 
 // The position of the project file that judges the findings. One call changes one file.
-std::size_t OwnerOf(const std::vector<std::string>& fingerprints, const ProjectSet& projects,
-                    const std::vector<TableFinding>& findings) {
+std::size_t OwnerOf(const std::vector<std::string>& fingerprints, const ProjectSet& projects, Report& report) {
   std::optional<std::size_t> owner;
-  for (const auto& [table, finding] : findings) {
-    if (std::ranges::find(fingerprints, finding->fingerprint) == fingerprints.end()) continue;
-    if (!owner) owner = table->project;
-    if (*owner == table->project) continue;
-    const auto name = [&](std::size_t position) {
-      return projects[position] == nullptr ? std::string(kProjectFileName) : OneLine(projects[position]->file);
+  const auto add = [&](const std::string& fingerprint, std::size_t position) {
+    if (std::ranges::find(fingerprints, fingerprint) == fingerprints.end()) return;
+    if (!owner) owner = position;
+    if (*owner == position) return;
+    const auto name = [&](std::size_t one) {
+      return projects[one] == nullptr ? std::string(kProjectFileName) : OneLine(projects[one]->file);
     };
-    Refuse("the findings belong to " + name(*owner) + " and " + name(table->project) +
+    Refuse("the findings belong to " + name(*owner) + " and " + name(position) +
            "; allowed: findings of one project file, which --project selects");
-  }
+  };
+  for (const auto& [table, finding] : FindingsOf(report)) add(finding->fingerprint, table->project);
+  for (const ProjectFinding& finding : report.project) add(finding.fingerprint, finding.project);
   return owner.value_or(0);
+}
+
+// The entry for a finding about the project file, or nullopt if none has the fingerprint.
+std::optional<WaiverEntry> EntryOfProject(const std::string& fingerprint, const Project& project,
+                                          const std::vector<WaiverUse>& uses, const Report& report) {
+  const auto found = std::ranges::find(report.project, fingerprint, &ProjectFinding::fingerprint);
+  if (found == report.project.end()) return std::nullopt;
+  const auto position = static_cast<std::size_t>(found - report.project.begin());
+  for (const WaiverUse& use : uses) {
+    if (use.state == WaiverState::kMalformed || std::ranges::find(use.project, position) == use.project.end()) continue;
+    RefuseWaived(project, *use.waiver, fingerprint);
+  }
+  return EntryFor(*found);
 }
 
 // The entries that waive the findings: one for each, or, if they are wide, one for each table and path with it.
@@ -200,20 +224,26 @@ std::vector<WaiverEntry> EntriesFor(const WaiveArguments& arguments, const std::
   std::vector<WaiverEntry> entries;
   std::vector<std::string> unknown;
   for (const std::string& fingerprint : fingerprints) {
-    bool is_known = false;
-    for (const TableFinding& found : findings) {
-      if (found.finding->fingerprint != fingerprint || (is_known && !arguments.is_wide)) continue;
-      is_known = true;
-      RequireNotWaived(project, uses, found, form);
-      WaiverEntry entry = EntryFor(*found.table, *found.finding, form);
+    const auto add = [&](WaiverEntry entry) {
       entry.reason = arguments.reason.value_or("");
       entry.until = arguments.until.value_or("");
       const auto is_same = [&](const WaiverEntry& one) { return NamesTheSame(one, entry); };
       if (std::ranges::none_of(entries, is_same)) entries.push_back(std::move(entry));
+    };
+    bool is_known = false;
+    if (std::optional<WaiverEntry> entry = EntryOfProject(fingerprint, project, uses, report)) {
+      is_known = true;
+      add(*std::move(entry));
+    }
+    for (const TableFinding& found : findings) {
+      if (found.finding->fingerprint != fingerprint || (is_known && !arguments.is_wide)) continue;
+      is_known = true;
+      RequireNotWaived(project, uses, found, form);
+      add(EntryFor(*found.table, *found.finding, form));
     }
     if (!is_known) unknown.push_back(fingerprint);
   }
-  if (!unknown.empty()) RefuseUnknown(unknown, findings);
+  if (!unknown.empty()) RefuseUnknown(unknown, findings, report.project);
   return entries;
 }
 
@@ -242,7 +272,7 @@ std::optional<std::string> WaiveIn(const std::string& path, const std::string& o
   const Project project = ParseProject(of_call, path == of_call ? text : TextOf(of_call));
   CommandResult result = Check(arguments, words.files, project);
   const ProjectSet& projects = *result.projects;
-  const std::size_t owner = OwnerOf(words.fingerprints, projects, FindingsOf(result.report));
+  const std::size_t owner = OwnerOf(words.fingerprints, projects, result.report);
   const Project& changed = *projects[owner];
   if (changed.file != path) return changed.file;
   const std::vector<WaiverEntry> entries = EntriesFor(arguments, words.fingerprints, changed, owner, result.report);

@@ -3,6 +3,7 @@
 
 #include "base/calendar.h"
 #include "base/input_error.h"
+#include "project/hidden_changes.h"
 #include "project/waivers.h"
 #include "report/result/waiver_list.h"
 #include "tool/cli/command.h"
@@ -32,7 +33,7 @@ struct WaiversArguments {
   }
 };
 
-WaiverList::Row RowOf(const Project& project, const WaiverUse& use, const std::string& today) {
+WaiverList::Row RowOf(const Project& project, const WaiverUse& use, const Report& report, const std::string& today) {
   const WaiverEntry& waiver = *use.waiver;
   WaiverList::Row row;
   row.project_file = project.file;
@@ -54,6 +55,10 @@ WaiverList::Row RowOf(const Project& project, const WaiverUse& use, const std::s
   for (const auto& [table, finding] : use.findings) {
     row.matches.push_back({table->second->path_in_project, table->table, finding->path, finding->fingerprint});
   }
+  for (const std::size_t i : use.project) {
+    const ProjectFinding& finding = report.project[i];
+    row.matches.push_back({.file = PlaceOf(finding), .table = "", .path = "", .fingerprint = finding.fingerprint});
+  }
   return row;
 }
 
@@ -65,7 +70,7 @@ WaiverList ListOf(const ProjectSet& projects, Report& report) {
     const Project* const project = projects[i];
     if (project == nullptr) continue;
     if (list.project_file.empty()) list.project_file = project->file;
-    for (const WaiverUse& use : ApplyWaivers(*project, i, report)) list.rows.push_back(RowOf(*project, use, today));
+    for (const WaiverUse& use : ApplyWaivers(*project, i, report)) list.rows.push_back(RowOf(*project, use, report, today));
   }
   return list;
 }
