@@ -20,6 +20,7 @@
 #include "project/hidden_changes.h"
 #include "project/moved_files.h"
 #include "project/project_files.h"
+#include "project/settings_changes.h"
 
 namespace korvel {
 namespace {
@@ -161,6 +162,7 @@ class Comparison {
   ProjectResult Collect() {
     ProjectResult result;
     Report& report = result.report;
+    SettingsChanges settings(states_, options_.given);
     std::size_t tables = 0;
     for (const FilePair& pair : pairs_) tables += pair.tables.size();
     report.tables.reserve(tables);
@@ -172,6 +174,9 @@ class Comparison {
       }
       if (pair.first != nullptr && pair.first != pair.second) report.inputs.push_back({"old", pair.first.get()});
       if (pair.second != nullptr && pair.new_path != nullptr) report.inputs.push_back({"new", pair.second.get()});
+      if (pair.old_path != nullptr && pair.new_path != nullptr) {
+        for (const TableResult& table : pair.tables) settings.Add(*pair.old_path, *pair.new_path, table.table);
+      }
       std::ranges::move(std::exchange(pair.tables, {}), std::back_inserter(report.tables));
       result.sources.insert(result.sources.end(), {pair.first, pair.second});
       const bool is_one_of_several = states_.projects->projects().size() > 1;
@@ -179,6 +184,7 @@ class Comparison {
     }
     AddBaseline(report);
     report.project = FindHiddenFiles(check_.files, states_);
+    std::ranges::move(settings.Findings(), std::back_inserter(report.project));
     const bool is_compared =
         std::ranges::any_of(report.tables, [](const TableResult& one) { return one.status != Status::kNew; });
     const bool has_nothing_else = report.faults.empty() && (report.project.empty() || !report.tables.empty());
