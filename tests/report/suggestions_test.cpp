@@ -57,7 +57,7 @@ Fixed Fix(const Sides& sides) {
   Fixed fixed;
   fixed.changes = FindChanges(context, difference, whole, kMaxFindings);
   SuggestionWork work;
-  fixed.suggestion = Suggest(context, difference, fixed.changes, work.search);
+  fixed.suggestion = Suggest(context, difference, fixed.changes, WarningsOf(context, &fixed.changes), work.search);
   FindSuggestions(context, difference, fixed.changes, true, work);
   const auto built = Build(fixed.suggestion.model);
   EXPECT_TRUE(built);

@@ -63,6 +63,11 @@ std::vector<Alternative> Combined(const std::vector<Part>& parts) {
 // Whether two fields have the same type, size and count.
 bool HasSameShape(const EntryModel& a, const EntryModel& b) { return a.type == b.type && a.size == b.size && a.count == b.count; }
 
+// Whether an edit of this kind changes the name or an attribute of a field.
+bool ChangesField(EditKind kind) {
+  return IsOfEntry(kind) && kind != EditKind::kEntryAdded && kind != EditKind::kEntryRemoved && kind != EditKind::kEntryMoved;
+}
+
 // "note_2 (string(64), id 9, version 7)"
 std::string Described(const EntryModel& entry) {
   std::string text = OneLine(entry.name) + " (" + ShapeOf(entry);
@@ -97,6 +102,11 @@ AlternativeMaker::AlternativeMaker(const Difference& difference, const Settings&
   for (const MetaModel& meta : new_model.metas) {
     new_metas_.emplace(meta.name, &meta);
     new_positions_.emplace(meta.position, &meta);
+  }
+  for (std::size_t i = 0; i < difference.edits().size(); ++i) {
+    const Edit& edit = difference.edits()[i];
+    if (edit.kind == EditKind::kEntryAdded) added_.insert({edit.meta, edit.item});
+    if (ChangesField(edit.kind)) edits_of_[{edit.meta, edit.item}].push_back(i);
   }
 }
 
@@ -134,7 +144,7 @@ std::vector<Alternative> AlternativeMaker::OfAdded(const Edit& edit) {
   }
   if (new_metas_.at(edit.meta)->entries.back().name != edit.item) {
     parts.push_back(
-        {[edit](ModelEditor& editor) { editor.MoveToEnd(edit.meta, edit.item); }, "move " + name + " behind all other fields"});
+        {[edit](ModelEditor& editor) { editor.MoveToEnd(edit.meta, edit.item); }, "move " + name + " after all other fields"});
   }
   const bool needs_id = entry->id < 0 && difference_.old_model().protocol == qmx::Protocol::kTlv;
   if (needs_id || (entry->id >= 0 && UsedIn(edit.meta).old_ids.contains(entry->id))) {
@@ -143,6 +153,15 @@ std::vector<Alternative> AlternativeMaker::OfAdded(const Edit& edit) {
                        if (EntryModel* field = editor.Find(edit.meta, edit.item)) field->id = id;
                      },
                      "set the id of " + name + " to " + Text(id) + ", which no field has used"});
+  }
+  if (const auto counter = version_ <= kMaxNumber ? CounterLike(edit.meta, entry->refer) : std::nullopt) {
+    parts.push_back({[edit, counter = *counter](ModelEditor& editor) {
+                       editor.RaiseVersion(counter.version);
+                       editor.Add(edit.meta, counter);
+                       if (EntryModel* field = editor.Find(edit.meta, edit.item)) field->refer = counter.name;
+                       editor.MoveToEnd(edit.meta, edit.item);  // a counter comes before what it counts
+                     },
+                     "add a new field " + Described(*counter) + " that counts " + name});
   }
   // Last, because the other parts find the field by its old name.
   if (const std::string like = IdentifierLike(edit.item); like != edit.item) {
@@ -153,7 +172,7 @@ std::vector<Alternative> AlternativeMaker::OfAdded(const Edit& edit) {
   return Combined(parts);
 }
 
-// Keeps the old field as it is, and adds a new one with the new shape.
+// Leaves out all changes of the old field, and adds a new one with the new shape.
 std::vector<Alternative> AlternativeMaker::OfChanged(const Edit& edit) {
   const ReplacementField& replacement = ReplacementFieldOf(edit);
   if (!replacement.is_possible) return {};
@@ -161,15 +180,14 @@ std::vector<Alternative> AlternativeMaker::OfChanged(const Edit& edit) {
   std::string text = "keep " + OneLine(edit.item) + " as it is; add a new field " + Described(entry) + " for the new values";
   if (replacement.counter) text += ", and a new field " + Described(*replacement.counter) + " that counts them";
   return {{false,
-           [edit, entry, counter = replacement.counter, version = replacement.kept_version,
-            &from = difference_.new_model()](ModelEditor& editor) {
+           [meta = edit.meta, entry, counter = replacement.counter, &from = difference_.new_model()](ModelEditor& editor) {
              editor.RaiseVersion(entry.version);
              editor.ImportMeta(from, entry.type);
-             if (EntryModel* kept = editor.Find(edit.meta, edit.item)) kept->version = version;
-             if (counter) editor.Add(edit.meta, *counter);
-             editor.Add(edit.meta, entry);
+             if (counter) editor.Add(meta, *counter);
+             editor.Add(meta, entry);
+             editor.MoveToEnd(meta, entry.name);  // its counter may be a new field that is moved, too
            },
-           text}};
+           text, edits_of_[{edit.meta, edit.item}]}};
 }
 
 // New attributes of a table must match what the server has stored.
@@ -200,10 +218,10 @@ const AlternativeMaker::ReplacementField& AlternativeMaker::ReplacementFieldOf(c
       (new_entry->size < old_entry->size || (new_entry->size == old_entry->size && new_entry->count < old_entry->count));
   if (HasSameShape(*old_entry, *new_entry) || shrinks) return replacement;
   replacement.is_possible = true;
-  replacement.kept_version = old_entry->version;
   replacement.entry = *new_entry;
-  const std::string name = new_entry->name == old_entry->name ? IdentifierLike(new_entry->name + "_2") : new_entry->name;
-  replacement.entry.name = new_entry->name == old_entry->name ? UniqueName(edit.meta, name) : name;
+  // A name of the old schema belongs to a field that may be kept, too.
+  const bool is_free = !UsedIn(edit.meta).old_names.contains(new_entry->name);
+  if (!is_free) replacement.entry.name = UniqueName(edit.meta, IdentifierLike(new_entry->name + "_2"));
   replacement.entry.version = static_cast<std::int32_t>(version_);
   if (new_entry->id >= 0) replacement.entry.id = NextId(edit.meta);
   replacement.counter = CounterLike(edit.meta, new_entry->refer);
@@ -214,7 +232,7 @@ const AlternativeMaker::ReplacementField& AlternativeMaker::ReplacementFieldOf(c
 std::optional<EntryModel> AlternativeMaker::CounterLike(const std::string& meta, const std::string& refer) {
   const std::vector<EntryModel>& entries = new_metas_.at(meta)->entries;
   const auto like = std::ranges::find(entries, refer, &EntryModel::name);
-  if (refer.empty() || like == entries.end()) return std::nullopt;
+  if (refer.empty() || like == entries.end() || added_.contains({meta, refer})) return std::nullopt;
   EntryModel counter = *like;
   counter.name = UniqueName(meta, IdentifierLike(like->name + "_2"));
   counter.version = static_cast<std::int32_t>(version_);
@@ -232,7 +250,9 @@ AlternativeMaker::UsedNames& AlternativeMaker::UsedIn(const std::string& meta) {
     for (const EntryModel& entry : side->second->entries) {
       used.names.insert(entry.name);
       used.largest_id = std::max(used.largest_id, entry.id);
-      if (metas == &old_metas_) used.old_ids.insert(entry.id);
+      if (metas != &old_metas_) continue;
+      used.old_names.insert(entry.name);
+      used.old_ids.insert(entry.id);
     }
   }
   return used;

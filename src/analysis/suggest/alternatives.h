@@ -7,6 +7,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "analysis/diff/diff.h"
@@ -20,6 +21,7 @@ struct Alternative {
   bool makes_edit = true;                    // whether the edit itself is made, too; if not, `change` replaces it
   std::function<void(ModelEditor&)> change;  // applied after the edits; may be empty
   std::string text;                          // for people, one line: "set the version of note to 6"; empty: the edit as it is
+  std::vector<std::size_t> left_out = {};    // further edits that are not made: all that change the same field
 };
 
 // Proposes alternatives for the edits of one difference. Names and ids that it proposes differ from those of both schemas and
@@ -39,14 +41,14 @@ class AlternativeMaker {
   // Names and ids that a meta uses, on both sides together.
   struct UsedNames {
     std::set<std::string> names;
+    std::set<std::string> old_names;
     std::set<std::int32_t> old_ids;
     std::int32_t largest_id = -1;
   };
   // A new field that takes the new values, while the old field is kept.
   struct ReplacementField {
     EntryModel entry;
-    std::optional<EntryModel> counter;  // of the new field, if it has one: the old counter counts the old field
-    std::int32_t kept_version = 1;      // version of the kept field: its new version was meant for the new field
+    std::optional<EntryModel> counter;  // of the new field, if it needs one: the old counter counts the old field
     bool is_possible = false;
   };
 
@@ -60,7 +62,8 @@ class AlternativeMaker {
   // An id above all ids of the meta, marked as used; the largest id once none is left.
   std::int32_t NextId(const std::string& meta);
   const ReplacementField& ReplacementFieldOf(const Edit& edit);
-  // A new field that counts the elements of another one, like the field `refer`; nullopt if the new schema has no such field.
+  // A new field that counts the elements of a new one, like the field `refer` counts others. nullopt if the new schema has no
+  // field `refer`, or if that is a new field itself.
   std::optional<EntryModel> CounterLike(const std::string& meta, const std::string& refer);
   // The entry at a location; null if the location is not an entry of the model.
   const EntryModel* EntryAt(const Model& model, const Location& location) const;
@@ -71,9 +74,11 @@ class AlternativeMaker {
   std::map<std::string, const MetaModel*> new_metas_;
   std::map<std::uint32_t, const MetaModel*> old_positions_;
   std::map<std::uint32_t, const MetaModel*> new_positions_;
-  std::map<std::string, UsedNames> used_;                 // by meta
-  std::map<std::string, ReplacementField> replacements_;  // by meta and item
-  std::int64_t version_;                                  // of new fields: above the old library's version
+  std::map<std::pair<std::string, std::string>, std::vector<std::size_t>> edits_of_;  // of old fields, by meta and name
+  std::set<std::pair<std::string, std::string>> added_;                               // new fields, likewise
+  std::map<std::string, UsedNames> used_;                                             // by meta
+  std::map<std::string, ReplacementField> replacements_;                              // by meta and item
+  std::int64_t version_;  // of new fields: above the old library's version
 };
 
 }  // namespace korvel

@@ -61,7 +61,11 @@ EntryModel* ModelEditor::Find(const std::string& meta, const std::string& entry)
 
 void ModelEditor::Add(const std::string& meta, EntryModel entry) {
   EditedMeta& edited = MetaFor(meta);
-  if (!edited.meta || edited.positions.contains(entry.name)) return;
+  const EntryModel* const present = Find(meta, entry.name);
+  if (!edited.meta || present != nullptr) {
+    has_failed_ = has_failed_ || present == nullptr || *present != entry;
+    return;
+  }
   edited.positions.emplace(entry.name, MetaOf(edited).entries.size());
   MetaOf(edited).entries.push_back(std::move(entry));
 }
@@ -99,6 +103,7 @@ void ModelEditor::Rename(const std::string& meta, const std::string& entry, cons
 }
 
 std::optional<Model> ModelEditor::Take() {
+  if (has_failed_) return std::nullopt;
   for (const auto& item : edited_) {
     const EditedMeta& edited = item.second;
     if (!edited.meta) continue;

@@ -17,8 +17,7 @@ namespace korvel {
 // every counter is valid. Linear.
 bool CanBeWritten(const Model& model);
 
-// Operations on a meta or entry that does not exist do nothing: the checker then refuses the alternative, which lacks its field.
-// Not for several threads at once.
+// Operations on a meta or entry that does not exist do nothing, except for Add. Not for several threads at once.
 class ModelEditor {
  public:
   explicit ModelEditor(Model model) : model_(std::move(model)) {}
@@ -30,16 +29,18 @@ class ModelEditor {
   MetaModel* FindMeta(const std::string& meta);
   EntryModel* Find(const std::string& meta, const std::string& entry);
 
-  // Appends an entry, unless the meta has one of that name.
+  // Appends an entry, unless the meta has the same one. If there is no such meta, or if it has another entry of that name, Take
+  // returns nullopt.
   void Add(const std::string& meta, EntryModel entry);
   // Adds the meta that a type names and those that it reaches, as `from` has them, as far as they are missing.
   void ImportMeta(const Model& from, const std::string& type);
-  // Moves an entry behind all others when the model is taken. Entries moved this way keep their order.
+  // Moves an entry after all others when the model is taken. Entries moved this way keep their order.
   void MoveToEnd(const std::string& meta, const std::string& entry);
   // Renames an entry, also in keys, columns and refers.
   void Rename(const std::string& meta, const std::string& entry, const std::string& name);
 
-  // The model, which leaves the editor empty; nullopt if one of the metas that were accessed cannot be written.
+  // The model, which leaves the editor empty; nullopt if an entry could not be added, or if one of the metas that were accessed
+  // cannot be written.
   std::optional<Model> Take();
 
  private:
@@ -54,6 +55,7 @@ class ModelEditor {
 
   Model model_;
   std::map<std::string, EditedMeta> edited_;
+  bool has_failed_ = false;
 };
 
 }  // namespace korvel

@@ -3,6 +3,7 @@
 #include "analysis/suggest/suggest.h"
 
 #include <algorithm>
+#include <map>
 #include <optional>
 #include <set>
 #include <string_view>
@@ -10,6 +11,7 @@
 
 #include "analysis/findings/findings.h"
 #include "analysis/findings/run_checker.h"
+#include "analysis/suggest/known_warnings.h"
 #include "analysis/suggest/rewrite.h"
 #include "analysis/suggest/suggestions.h"
 #include "schema/model.h"
@@ -19,21 +21,6 @@ namespace {
 
 // Tables that share structures usually settle in two or three rounds.
 constexpr int kMaxRounds = 8;
-
-struct RefusedTable {
-  const TableQuestion* question;
-  Verdict verdict;
-};
-
-std::vector<RefusedTable> RefusedTables(const Source& old_source, const Source& source,
-                                        const std::vector<TableQuestion>& questions) {
-  std::vector<RefusedTable> refused;
-  for (const TableQuestion& question : questions) {
-    Verdict verdict = RunChecker(old_source.Library(), source.Library(), question.table, question.settings);
-    if (verdict.Refused()) refused.push_back({&question, std::move(verdict)});
-  }
-  return refused;
-}
 
 // The models of several tables as one. If two tables want to change a structure, the first one wins; the next round checks the
 // other table against the result.
@@ -82,36 +69,91 @@ void DropUnreached(const Source& source, const std::vector<MetaModel>& reached, 
   std::erase_if(wanted.metas, [&](const MetaModel& meta) { return source.HasMeta(meta.name) && !names.contains(meta.name); });
 }
 
-Suggestion SuggestFor(const TableContext& context, const Verdict& verdict, WorkLimit& work) {
-  const Source& source = context.new_source;
-  if (!source.HasMeta(context.table)) {
-    Changes changes = FindRemovedTable(context, verdict);
-    Suggestion suggestion = FindSuggestionsForRemovedTable(context, changes);
-    DropUnreached(source, {}, suggestion.model);
-    return suggestion;
+// A table that needs another suggestion.
+struct OpenTable {
+  const TableQuestion* question;
+  Verdict verdict;  // if it allows the change, this brings new warnings
+};
+
+std::vector<OpenTable> RefusedTables(const Source& old_source, const Source& source,
+                                     const std::vector<TableQuestion>& questions) {
+  std::vector<OpenTable> refused;
+  for (const TableQuestion& question : questions) {
+    Verdict verdict = RunChecker(old_source.Library(), source.Library(), question.table, question.settings);
+    if (verdict.Refused()) refused.push_back({&question, std::move(verdict)});
   }
-  const Difference difference(context.old_source, source, context.table);
-  const Changes changes = FindChanges(context, difference, verdict, kMaxFindings);
-  Suggestion suggestion = Suggest(context, difference, changes, work);
-  DropUnreached(source, difference.new_model().metas, suggestion.model);
-  return suggestion;
+  return refused;
 }
 
-Round RunRound(const Source& old_source, const Source& source, const std::vector<RefusedTable>& refused, WorkLimit& work) {
-  MetaCache present(source);
-  Merged merged(present);
-  for (const RefusedTable& one : refused) {
-    const auto& [table, settings] = *one.question;
-    Suggestion suggestion = SuggestFor({old_source, source, table, settings}, one.verdict, work);
-    if (suggestion.allowed) merged.Add(std::move(suggestion.model));
+// Makes the suggestions for all tables, round by round. Borrows its arguments.
+class Rounds {
+ public:
+  Rounds(const Source& old_source, const Source& new_source, const std::vector<TableQuestion>& questions, WorkLimit& work)
+      : old_source_(old_source), new_source_(new_source), questions_(questions), work_(work) {}
+
+  Round Run(const Source& source, const std::vector<OpenTable>& tables) {
+    MetaCache present(source);
+    Merged merged(present);
+    for (const OpenTable& table : tables) {
+      Suggestion suggestion = SuggestFor(source, table);
+      if (suggestion.allowed) merged.Add(std::move(suggestion.model));
+    }
+    const auto replacements = Rewriter(source, old_source_).Rewrite(merged.model());
+    if (!replacements) return {std::nullopt, false};
+    if (replacements->empty()) return {};
+    std::optional<Source> next = SourceOfText(source.name, ApplyReplacements(source.text->Bytes(), *replacements));
+    if (!next || !Matches(*next, merged.model())) return {std::nullopt, false};
+    return {std::move(next), true};
   }
-  const auto replacements = Rewriter(source, old_source).Rewrite(merged.model());
-  if (!replacements) return {std::nullopt, false};
-  if (replacements->empty()) return {};
-  std::optional<Source> next = SourceOfText(source.name, ApplyReplacements(source.text->Bytes(), *replacements));
-  if (!next || !Matches(*next, merged.model())) return {std::nullopt, false};
-  return {std::move(next), true};
-}
+
+  // The tables that the checker refuses after a round, and those with new warnings: the suggestion for another table may have
+  // changed a structure of theirs.
+  std::vector<OpenTable> OpenTables(const Source& source) {
+    std::vector<OpenTable> open = RefusedTables(old_source_, source, questions_);
+    for (const TableQuestion& question : questions_) {
+      const bool is_refused = std::ranges::any_of(open, [&](const OpenTable& one) { return one.question == &question; });
+      if (!is_refused && HasNewWarnings(source, question)) open.push_back({&question, {}});
+    }
+    return open;
+  }
+
+ private:
+  bool HasNewWarnings(const Source& source, const TableQuestion& question) {
+    if (!source.HasMeta(question.table)) return false;
+    const TableContext context{old_source_, source, question.table, question.settings};
+    return !NewWarnings(context, source.Library(), KnownWarningsOf(question, nullptr)).empty();
+  }
+
+  // The warnings about the change of the author. `changes` are those of the first round if the table was refused in it.
+  const KnownWarnings& KnownWarningsOf(const TableQuestion& question, const Changes* changes) {
+    const auto [found, is_new] = known_.try_emplace(question.table);
+    if (is_new && new_source_.HasMeta(question.table)) {
+      found->second = WarningsOf({old_source_, new_source_, question.table, question.settings}, changes);
+    }
+    return found->second;
+  }
+
+  Suggestion SuggestFor(const Source& source, const OpenTable& table) {
+    const TableContext context{old_source_, source, table.question->table, table.question->settings};
+    if (!source.HasMeta(context.table)) {
+      Changes changes = FindRemovedTable(context, table.verdict);
+      Suggestion suggestion = FindSuggestionsForRemovedTable(context, changes);
+      DropUnreached(source, {}, suggestion.model);
+      return suggestion;
+    }
+    const Difference difference(old_source_, source, context.table);
+    const Changes changes = FindChanges(context, difference, table.verdict, kMaxFindings);
+    Suggestion suggestion = Suggest(context, difference, changes, KnownWarningsOf(*table.question, &changes), work_);
+    DropUnreached(source, difference.new_model().metas, suggestion.model);
+    return suggestion;
+  }
+
+  const Source& old_source_;
+  const Source& new_source_;
+  const std::vector<TableQuestion>& questions_;
+  WorkLimit& work_;
+  std::map<std::string, KnownWarnings> known_;  // by table
+};
 
 // The suggestion of each finding.
 std::vector<std::string> SuggestionsFor(const TableContext& context, const Verdict& verdict, SuggestionWork& work) {
@@ -135,17 +177,22 @@ SchemaSuggestion SuggestSchema(const Source& old_source, const Source& new_sourc
                                SuggestionWork work) {
   Source source = new_source;
   SchemaSuggestion suggestion;
-  std::vector<RefusedTable> refused = RefusedTables(old_source, source, questions);
-  for (int round = 0; round < kMaxRounds && !refused.empty(); ++round) {
-    Round fixed = RunRound(old_source, source, refused, work.search);
+  Rounds rounds(old_source, new_source, questions, work.search);
+  std::vector<OpenTable> open = RefusedTables(old_source, source, questions);
+  for (int round = 0; round < kMaxRounds && !open.empty(); ++round) {
+    Round fixed = rounds.Run(source, open);
     suggestion.is_rewritten = fixed.is_rewritten;
     if (!fixed.next) break;
     source = std::move(*fixed.next);
-    refused = RefusedTables(old_source, source, questions);
+    open = rounds.OpenTables(source);
+  }
+  if (std::ranges::any_of(open, [](const OpenTable& one) { return !one.verdict.Refused(); })) {
+    source = new_source;  // rather than a file that is allowed, but loses data
+    open = RefusedTables(old_source, source, questions);
   }
   suggestion.text = source.text->Bytes();
   suggestion.is_changed = suggestion.text != new_source.text->Bytes();
-  for (const RefusedTable& one : refused) {
+  for (const OpenTable& one : open) {
     const auto& [table, settings] = *one.question;
     suggestion.refused.push_back({table, one.verdict, SuggestionsFor({old_source, source, table, settings}, one.verdict, work)});
   }

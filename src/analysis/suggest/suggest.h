@@ -30,10 +30,11 @@ struct SchemaSuggestion {
   bool is_rewritten = true;           // false: a change could not be written into this text, and the search ended
 };
 
-// Changes the new file so that the checker allows it after the old one: allowed changes stay, refused ones are replaced by their
-// nearest allowed alternative or left out. Tables that share structures may need several rounds, at most eight; the verdicts are
-// about the final text, read again. Linear in the files for each round, plus the cost of FindSuggestions for each refused table.
-// Only reads the sources. `work` limits all rounds together. REQUIRES: the new source has a text; the old source has every table.
+// Changes the new file so that the checker allows it after the old one, with no warnings that the new file does not have: allowed
+// changes stay, refused ones are replaced by their nearest allowed alternative or left out. Tables that share structures may need
+// several rounds, at most eight; the verdicts are about the final text, read again. Linear in the files for each round, plus the
+// cost of FindSuggestions for each refused table. Only reads the sources. `work` limits all rounds together. REQUIRES: the new
+// source has a text; the old source has every table.
 SchemaSuggestion SuggestSchema(const Source& old_source, const Source& new_source, const std::vector<TableQuestion>& questions,
                                SuggestionWork work = {});
 

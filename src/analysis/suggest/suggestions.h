@@ -5,6 +5,7 @@
 
 #include "analysis/diff/diff.h"
 #include "analysis/findings/finding.h"
+#include "analysis/suggest/known_warnings.h"
 #include "analysis/suggest/work_limit.h"
 #include "schema/table_context.h"
 
@@ -13,16 +14,19 @@ namespace korvel {
 // The new schema of a table with all allowed edits, and for each refused edit the alternative that was chosen, if any.
 struct Suggestion {
   Model model;
-  bool allowed = false;  // the checker's verdict about the model
+  bool allowed = false;  // whether the checker allows the model, and it brings no new warnings
 };
 
-// The nearest allowed schema. An alternative is chosen only if the checker allows it together with all allowed edits and all
-// other chosen alternatives. The search stops at the limit; edits without an alternative then are left out. REQUIRES: `changes`
-// is the result of FindChanges for the same context and difference.
-Suggestion Suggest(const TableContext& context, const Difference& difference, const Changes& changes, WorkLimit& work);
+// The nearest allowed schema without warnings that are not `known`: usually those of the author's change. An alternative is
+// chosen only if the checker allows it together with all allowed edits and all other chosen alternatives. An allowed edit that
+// brings a new warning without the refused ones is replaced or left out, too. The search stops at the limit; edits without an
+// alternative then are left out. REQUIRES: `changes` is the result of FindChanges for the same context and difference.
+Suggestion Suggest(const TableContext& context, const Difference& difference, const Changes& changes, const KnownWarnings& known,
+                   WorkLimit& work);
 
-// Chooses the same alternatives and sets suggestion, has_fix and, if `with_fixes` and the new source has a text, fix of every
-// finding. A fix changes the new file only for its finding; above the limit it stays empty. REQUIRES: as Suggest.
+// Chooses the same alternatives, the warnings of the change being known, and sets suggestion, has_fix and, if `with_fixes` and
+// the new source has a text, fix of every finding. A fix changes the new file only for its finding; above the limit it stays
+// empty. REQUIRES: as Suggest.
 void FindSuggestions(const TableContext& context, const Difference& difference, Changes& changes, bool with_fixes,
                      SuggestionWork& work);
 
