@@ -114,7 +114,7 @@ const std::vector<Mutation> kMutations = {
     {"first field moved to the end",
      {{"    <entry name=\"uid\" id=\"1\" type=\"uint32\"/>\n", ""},
       {"<primarykey", "<entry name=\"uid\" id=\"1\" type=\"uint32\"/><primarykey"}},
-     {"entry-moved orders.uid: field uid moved behind gift"}},
+     {"entry-moved orders.uid: field uid moved after gift"}},
     {"names of two fields swapped, ids kept",
      {{"name=\"uid\" id=\"1\"", "name=\"x\" id=\"1\""},
       {"name=\"zone\" id=\"2\"", "name=\"uid\" id=\"2\""},
@@ -294,7 +294,7 @@ TEST_F(PartialChange, AddsTrailingFieldAtTheEnd) {
 TEST_F(PartialChange, MovesFieldsOneByOne) {
   const Difference difference = Between("abcdefg", "gabcfde");
   EXPECT_EQ(Fields(difference, {"field g moved to the front"}), "gabcdef");
-  EXPECT_EQ(Fields(difference, {"field f moved behind c"}), "abcfdeg");
+  EXPECT_EQ(Fields(difference, {"field f moved after c"}), "abcfdeg");
 }
 
 }  // namespace

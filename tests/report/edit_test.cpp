@@ -41,7 +41,7 @@ TEST(Edit, IsDescribedOnOneLine) {
   EXPECT_EQ(describe(EditKind::kTableAttribute, "", "a", "b"), "attribute of orders: a -> b");
   EXPECT_EQ(describe(EditKind::kPrimaryKey, "", "uid", "uid zone"), "primary key of orders: uid -> uid zone");
   EXPECT_EQ(describe(EditKind::kEntryType, "uid", "uint32", "uint64"), "type of uid: uint32 -> uint64");
-  EXPECT_EQ(describe(EditKind::kEntryMoved, "zone", "uid", "n_items"), "field zone moved behind n_items");
+  EXPECT_EQ(describe(EditKind::kEntryMoved, "zone", "uid", "n_items"), "field zone moved after n_items");
   EXPECT_EQ(describe(EditKind::kEntryMoved, "zone", "uid", ""), "field zone moved to the front");
   EXPECT_EQ(describe(EditKind::kEntryAdded, "a\nb", "", "int8"), "field a\\nb added");
   EXPECT_EQ(describe(EditKind::kEntryAdded, "", "", "int8"), "field \"\" added");

@@ -103,11 +103,11 @@ TEST(AcceptedChange, HasOldAndNewValues) {
       {EditOf(EditKind::kEntryAdded, "orders", "note", "", "string(64)"), "field note added: string(64)"},
       {EditOf(EditKind::kEntryRemoved, "orders", "note", "string(64)", ""), "field note removed: string(64)"},
       {EditOf(EditKind::kEntryRenamed, "orders", "note", "note", "memo"), "field note renamed to memo"},
-      {EditOf(EditKind::kEntryMoved, "orders", "note", "a", "b"), "field note moved behind b (was behind a)"},
-      {EditOf(EditKind::kEntryMoved, "orders", "note", "", "b"), "field note moved behind b (was at the front)"},
+      {EditOf(EditKind::kEntryMoved, "orders", "note", "a", "b"), "field note moved after b (was after a)"},
+      {EditOf(EditKind::kEntryMoved, "orders", "note", "", "b"), "field note moved after b (was at the front)"},
       {EditOf(EditKind::kIndexAdded, "orders", "by_uid", "", "uid desc"), "index by_uid added: uid desc"},
       {EditOf(EditKind::kIndexRemoved, "orders", "by_uid", "uid", ""), "index by_uid removed: uid"},
-      {EditOf(EditKind::kIndexMoved, "orders", "by_uid", "a", ""), "index by_uid moved to the front (was behind a)"},
+      {EditOf(EditKind::kIndexMoved, "orders", "by_uid", "a", ""), "index by_uid moved to the front (was after a)"},
   };
   for (const auto& [edit, text] : kRows) EXPECT_EQ(korvel::ChangeOf(FindingOf({0}, "a"), {edit}), text);
 }

@@ -68,7 +68,7 @@ std::string Event(const Edit& edit, const Wording& wording) {
   std::string text = std::string(wording.thing) + " " + ValueText(edit.item) + " " + std::string(wording.event);
   if (wording.event == "renamed") return text + " to " + ValueText(edit.after);
   if (wording.event != "moved") return text;
-  return text + (edit.after.empty() ? " to the front" : " behind " + edit.after);
+  return text + (edit.after.empty() ? " to the front" : " after " + edit.after);
 }
 
 std::string Change(const Edit& edit, const Wording& wording) {

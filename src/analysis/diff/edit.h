@@ -73,7 +73,7 @@ inline std::string ValueText(std::string_view text) { return text.empty() ? "\"\
 // Whether the new side has no such element any more; then `new_location` is the element that contained it.
 bool RemovesElement(const Edit& edit);
 
-// One line: "type of uid: uint32 -> uint64", "field note added", "field zone moved behind n_items".
+// One line: "type of uid: uint32 -> uint64", "field note added", "field zone moved after n_items".
 std::string Describe(const Edit& edit);
 
 }  // namespace korvel

@@ -54,7 +54,7 @@ std::string ChangeText(const Edit& edit) {
       return Describe(edit) + ": " + OneLine(edit.before);
     case EditKind::kEntryMoved:
     case EditKind::kIndexMoved:
-      return Describe(edit) + " (was " + (edit.before.empty() ? "at the front" : "behind " + OneLine(edit.before)) + ")";
+      return Describe(edit) + " (was " + (edit.before.empty() ? "at the front" : "after " + OneLine(edit.before)) + ")";
     default:
       return Describe(edit);
   }

@@ -21,7 +21,8 @@ struct KindWords {
 constexpr KindWords kByKind[] = {
     {EditKind::kLibraryName, "keep the library's name {before}"},
     {EditKind::kLibraryVersion, "keep the library's version {before} or raise it"},
-    {EditKind::kLibraryProtocol, "keep the library's protocol {before}; records in another one need new tables and a copy"},
+    {EditKind::kLibraryProtocol,
+     "keep the library's protocol {before}; another protocol needs new tables and a copy of the records"},
     {EditKind::kMetaKind, "keep {meta} a {before}"},
     {EditKind::kTableAttribute, "keep {item} of table {meta}: {before}"},
     {EditKind::kPrimaryKey, "keep the primary key {before}; another key needs a new table and a copy of the records"},
@@ -35,7 +36,7 @@ constexpr KindWords kByKind[] = {
     {EditKind::kEntryRenamed, "keep the name {item}"},
     {EditKind::kEntryMoved, "leave field {item} where it is"},
     {EditKind::kEntryId, "keep the id of {item}: {before}"},
-    {EditKind::kEntryVersion, "keep version {before} of {item}, in which it was added"},
+    {EditKind::kEntryVersion, "keep the version of {item}: {before}, in which it was added"},
     {EditKind::kEntryType, "keep {item} as {before}"},
     {EditKind::kEntrySize, "keep {item} at {before} bytes"},
     {EditKind::kEntryCount, "keep {item} at a count of {before}"},
@@ -46,7 +47,8 @@ constexpr KindWords kByKind[] = {
 
 // Texts for edits of values that the old side does not have, where they differ.
 constexpr KindWords kWithoutOldValue[] = {
-    {EditKind::kLibraryProtocol, "leave the library without a protocol; records in another one need new tables and a copy"},
+    {EditKind::kLibraryProtocol,
+     "leave the library without a protocol; another protocol needs new tables and a copy of the records"},
     {EditKind::kTableAttribute, "do not add {item} to table {meta}"},
     {EditKind::kSplittableKey, "do not add a splittable key; a new table may have one"},
     {EditKind::kEntryId, "leave {item} without an id"},
