@@ -1,9 +1,17 @@
-// What is suggested loses no data: no warning that the author's change does not have.
+// What is suggested loses no data: no warning that the author's change does not have, and no field that is left out silently.
+// KORVEL_SEED and KORVEL_PAIRS select another run.
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <cctype>
+#include <cstdint>
+#include <cstdio>
+#include <iterator>
+#include <optional>
 #include <set>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "analysis/findings/findings.h"
@@ -13,7 +21,9 @@
 #include "analysis/suggest/suggestions.h"
 #include "analysis/warnings/warnings.h"
 #include "base/text.h"
+#include "models.h"
 #include "read_source.h"
+#include "schema/xml_writer.h"
 
 namespace report_test {
 namespace {
@@ -190,6 +200,123 @@ TEST(SuggestionWarnings, SuggestionForOneTableKeepsTheKeysOfOthers) {
   const SchemaSuggestion suggestion = SuggestSchema(old_source, new_source, {{"a", settings}, {kTable, settings}});
   EXPECT_THAT(suggestion.refused, IsEmpty());
   EXPECT_EQ(suggestion.text, library(6, "uint32"));
+}
+
+// --- The law ---
+
+std::string TextOf(const Model& model) {
+  std::string text = "<metalib name=\"lib\" version=\"" + std::to_string(model.version) + "\"" +
+                     (model.protocol == qmx::Protocol::kTlv ? " protocol=\"TLV\"" : "") + ">\n";
+  for (const MetaModel& meta : model.metas) text += *ElementOf(meta, {"", "\n"}) + "\n";
+  return text + "</metalib>";
+}
+
+// The words of all suggestions. They call a renamed field by its old name.
+std::set<std::string> WordsOf(const Changes& changes) {
+  std::set<std::string> words;
+  std::string word;
+  for (const Finding& finding : changes.findings) {
+    for (const char c : finding.suggestion + " ") {
+      if (std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_') {
+        word += c;
+      } else {
+        words.insert(std::exchange(word, {}));
+      }
+    }
+  }
+  for (const Edit& edit : changes.edits) {
+    if (edit.kind == EditKind::kEntryRenamed && words.contains(edit.item)) words.insert(edit.after);
+  }
+  return words;
+}
+
+// The new fields that reports list as blocked by a refused change.
+std::set<std::pair<std::string, std::string>> BlockedFields(const Changes& changes) {
+  std::set<std::pair<std::string, std::string>> blocked;
+  for (std::size_t i = 0; i < changes.edits.size(); ++i) {
+    if (changes.status[i] == EditStatus::kBlocked) blocked.emplace(changes.edits[i].meta, changes.edits[i].item);
+  }
+  return blocked;
+}
+
+struct LawCounts {
+  std::uint64_t refused = 0;
+  std::uint64_t suggested = 0;
+  std::uint64_t with_warnings = 0;
+  std::uint64_t fixes = 0;
+};
+
+// Every field of the author's new schema is in the suggested one, with its type, or a suggestion names it, or it is listed as
+// blocked.
+void ExpectFieldsOrWords(const Model& wanted, const Model& suggested, const Changes& changes) {
+  const std::set<std::string> words = WordsOf(changes);
+  const auto blocked = BlockedFields(changes);
+  for (const MetaModel& meta : wanted.metas) {
+    const auto kept = std::ranges::find(suggested.metas, meta.name, &MetaModel::name);
+    if (kept == suggested.metas.end()) continue;  // the field that contained it is another one
+    for (const EntryModel& entry : meta.entries) {
+      const auto same = std::ranges::find(kept->entries, entry.name, &EntryModel::name);
+      const bool is_kept = same != kept->entries.end() && same->type == entry.type;
+      const bool is_listed = words.contains(entry.name) || blocked.contains({meta.name, entry.name});
+      EXPECT_TRUE(is_kept || is_listed) << meta.name << "." << entry.name << " " << entry.type;
+    }
+  }
+}
+
+void ExpectLaw(const Source& old_source, const Source& new_source, LawCounts& counts) {
+  const Settings settings = ResolveSettings({}, old_source, kTable);
+  const Verdict whole = RunChecker(old_source.Library(), new_source.Library(), kTable, settings);
+  if (!whole.Refused()) return;
+  ++counts.refused;
+  const Warnings before = WarningsAfter(old_source, new_source, kTable, settings);
+  counts.with_warnings += before.empty() ? 0 : 1;
+  const auto is_refused = [&](const Source& source) {
+    return RunChecker(old_source.Library(), source.Library(), kTable, settings).Refused();
+  };
+  const auto expect_no_new_warnings = [&](const Source& source) {
+    Warnings added;
+    std::ranges::set_difference(WarningsAfter(old_source, source, kTable, settings), before, std::inserter(added, added.end()));
+    EXPECT_THAT(TextsOf(added), IsEmpty()) << source.text->Bytes();
+  };
+  const TableContext context{old_source, new_source, kTable, settings};
+  const Difference difference(old_source, new_source, kTable);
+  Changes changes = FindChanges(context, difference, whole, kMaxFindings);
+  SuggestionWork work;
+  FindSuggestions(context, difference, changes, true, work);
+  for (const Finding& finding : changes.findings) {
+    if (finding.fix.empty()) continue;
+    const Source fixed = ReadSource("fixed.xml", ApplyReplacements(new_source.text->Bytes(), finding.fix));
+    if (is_refused(fixed)) continue;  // other changes are still there
+    ++counts.fixes;
+    expect_no_new_warnings(fixed);
+  }
+  const SchemaSuggestion suggestion = SuggestSchema(old_source, new_source, {{kTable, settings}});
+  if (!suggestion.refused.empty()) return;
+  ++counts.suggested;
+  const Source suggested = ReadSource("suggested.xml", suggestion.text);
+  EXPECT_FALSE(is_refused(suggested));
+  expect_no_new_warnings(suggested);
+  ExpectFieldsOrWords(difference.new_model(), ModelOf(suggested, kTable), changes);
+}
+
+TEST(SuggestionWarnings, RandomSuggestionsLoseNoData) {
+  LawCounts counts;
+  const std::uint64_t pairs = TestRandomModels(20261122, 2000, [&](ModelPair& models, std::mt19937_64&) {
+    const auto source_of = [&](const char* name, const Model& model) {
+      return SourceOfText(name, TextOf(ModelOf(SourceOf(name, model), kTable)));
+    };
+    const std::optional<Source> old_source = source_of("old.xml", models.old_model);
+    const std::optional<Source> new_source = source_of("new.xml", models.new_model);
+    if (!old_source || !new_source || !new_source->HasMeta(kTable)) return;
+    SCOPED_TRACE(std::string(old_source->text->Bytes()) + "\n-->\n" + std::string(new_source->text->Bytes()));
+    ExpectLaw(*old_source, *new_source, counts);
+  });
+  std::printf("%llu refused, %llu with warnings, %llu suggestions, %llu fixes\n", static_cast<unsigned long long>(counts.refused),
+              static_cast<unsigned long long>(counts.with_warnings), static_cast<unsigned long long>(counts.suggested),
+              static_cast<unsigned long long>(counts.fixes));
+  if (pairs < 2000) return;
+  EXPECT_GT(counts.suggested, counts.refused / 2);
+  EXPECT_GT(counts.with_warnings, counts.refused / 20);
 }
 
 }  // namespace
