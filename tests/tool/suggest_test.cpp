@@ -59,7 +59,10 @@ class SuggestTest : public ToolTest {
     return after;
   }
 
-  // Requires that the suggestion is allowed, and that patch and whole file agree. `old.xml` and `new.xml` are in the directory.
+  bool HasWarnings(const Outcome& check) const { return check.out.find(": warning [") != std::string::npos; }
+
+  // Requires that the suggestion is allowed, without warnings that the change does not have, and that patch and whole file agree.
+  // `old.xml` and `new.xml` are in the directory.
   void ExpectSuggestion(const std::vector<std::string>& options) const {
     const Outcome file = Run("suggest", {"old.xml", "new.xml", "--file"}, options);
     ASSERT_EQ(file.exit_code, 0) << file.err;
@@ -70,6 +73,7 @@ class SuggestTest : public ToolTest {
     Write("suggested.xml", file.out);
     const Outcome check = Run("check", {"old.xml", "suggested.xml"}, options);
     EXPECT_EQ(check.exit_code, 0) << check.out << file.out;
+    EXPECT_TRUE(!HasWarnings(check) || HasWarnings(Run("check", {"old.xml", "new.xml"}, options))) << check.out;
   }
 };
 
@@ -264,6 +268,18 @@ TEST_F(SuggestTest, OddLayoutsKeepTheirBytes) {
           tail,
       "");
   ExpectSuggestion({});
+}
+
+// Regression: the suggestion changed a structure in a key, so that the keys of old records were lost.
+TEST_F(SuggestTest, KeepsStructuresInKeys) {
+  const auto library = [](int version, const std::string& type) {
+    return Library(version, {"<meta name=\"p\"><entry name=\"x\" type=\"" + type + "\"/></meta>",
+                             Table({.fields = "<entry name=\"p\" type=\"p\"/><splittablekey entries=\"p\"/>"})});
+  };
+  Write("old.xml", library(5, "uint32"));
+  Write("new.xml", library(6, "uint64"));
+  ExpectSuggestion({});
+  EXPECT_EQ(Read("suggested.xml"), library(6, "uint32"));
 }
 
 // Regression: one table that was refused already withheld the suggestions for all others.
