@@ -79,6 +79,19 @@ class Hooks(Repository):
         self.assertEqual(done.returncode, 1, done.stdout)
         self.assertIn(REFUSAL, done.stdout)
 
+    def test_a_branch_that_is_not_checked_out_is_not_checked(self):
+        # Regression: the files of the branch that was checked out were checked instead.
+        self.git("checkout", "--quiet", "-b", "feature")
+        self.commit(WIDE_KEY)
+        self.git("checkout", "--quiet", "main")
+        options = ["--from-ref", "main", "--to-ref", "feature"]
+        done = self.committed(*options)
+        self.assertEqual(done.returncode, 1, done.stdout)
+        self.assertIn("exit code: 2", done.stdout)
+        self.assertIn("is not checked out; check out feature to check it", done.stdout)
+        self.git("checkout", "--quiet", "feature")
+        self.assertIn(REFUSAL, self.committed(*options).stdout)
+
     def test_all_files_are_compared_with_the_baseline_of_the_project(self):
         self.git("tag", "v1")
         self.write('[schemas]\npaths = ["schemas/*.xml"]\nagainst = "git-tag:v*"\n', "korvelcheck.toml")
