@@ -137,8 +137,10 @@ bool NamesTheSame(const WaiverEntry& one, const WaiverEntry& other) {
 }
 
 std::string AcceptedChange(const TableResult& table, const Finding& finding) {
-  if (!finding.edits.empty()) return ChangeOf(finding, table.EditsFor(finding));
-  return table.removed ? "table removed" : "pre-existing";
+  if (table.removed) return "table removed";
+  std::string change = ChangeOf(finding, table.EditsFor(finding));
+  if (finding.edits.empty()) return change.empty() ? "pre-existing" : "pre-existing; " + change;
+  return change;
 }
 
 std::string EntryOf(const TableResult& table, const Finding& finding) {

@@ -25,7 +25,7 @@ std::string FaultOf(const WaiverEntry& waiver, const WaiverKeys& keys, const Pro
 // Whether both name the same finding in the same form.
 bool NamesTheSame(const WaiverEntry& one, const WaiverEntry& other);
 
-// What a waiver of a finding accepts: ChangeOf, or what the finding is about if it has no edits.
+// What a waiver of a finding accepts: ChangeOf; "table removed"; "pre-existing", followed by the changes that it may hide.
 std::string AcceptedChange(const TableResult& table, const Finding& finding);
 
 // The path of a finding without the table in front, "" for the table as a whole.

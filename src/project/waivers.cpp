@@ -49,9 +49,7 @@ class WaiverMatch {
     } else if (waiver_.form == WaiverForm::kFile) {
       FindProject();
     } else if (waiver_.form == WaiverForm::kWide) {
-      use_.findings = Select([&](const TableFinding& found) {
-        return waiver_.table == found.table->table && HasRule(found) && waiver_.entry == EntryOf(*found.table, *found.finding);
-      });
+      FindWide();
     } else {
       FindExact();
     }
@@ -95,6 +93,22 @@ class WaiverMatch {
     use_.state = WaiverState::kMalformed;
     use_.fault = std::move(fault);
     use_.suggestion = std::move(suggestion);
+  }
+
+  // The changes that a pre-existing refusal hides are not changes that its rule refuses.
+  void FindWide() {
+    use_.findings = Select([&](const TableFinding& found) {
+      return waiver_.table == found.table->table && HasRule(found) && waiver_.entry == EntryOf(*found.table, *found.finding);
+    });
+    const auto hides_changes = [](const TableFinding& found) {
+      const Finding& finding = *found.finding;
+      return finding.edits.empty() && !found.table->removed && !ChangeOf(finding, found.table->EditsFor(finding)).empty();
+    };
+    for (const TableFinding& found : use_.findings) {
+      if (hides_changes(found)) use_.instead = AcceptedChange(*found.table, *found.finding);
+    }
+    std::erase_if(use_.findings, hides_changes);
+    if (!use_.findings.empty()) use_.instead.clear();
   }
 
   void FindExact() {

@@ -112,7 +112,11 @@ class Laws {
 
   void ExpectTogether() const {
     std::vector<bool> allowed;
-    for (const EditStatus status : changes_.status) allowed.push_back(status == EditStatus::kAllowed);
+    const bool is_hidden = changes_.allowed_together.Refused();
+    EXPECT_TRUE(!is_hidden || std::ranges::count(changes_.status, EditStatus::kAllowed) == 0);
+    if (is_hidden && changes_.stopped) return;  // which edits were tried together is not known
+    const EditStatus together = is_hidden ? EditStatus::kNotChecked : EditStatus::kAllowed;
+    for (const EditStatus status : changes_.status) allowed.push_back(status == together);
     if (check_.WholeVerdict().Refused()) {
       const std::optional<Verdict> verdict = VerdictOn(allowed);
       ASSERT_TRUE(verdict);
@@ -152,7 +156,9 @@ class Laws {
       const std::optional<Verdict> verdict = VerdictWithNeeds(rest);
       if (!verdict || IsPreexisting(*verdict)) continue;
       // The edit compensates for another one, so that without it the allowed part would be refused.
-      std::erase_if(rest, [&](std::size_t one) { return changes_.status[one] != EditStatus::kAllowed; });
+      std::erase_if(rest, [&](std::size_t one) {
+        return changes_.status[one] == EditStatus::kRefused || changes_.status[one] == EditStatus::kBlocked;
+      });
       const std::optional<Verdict> without = VerdictWithNeeds(rest);
       EXPECT_TRUE(!without || !IsPreexisting(*without)) << "edit " << edit << " can be left out";
     }
@@ -164,7 +170,8 @@ class Laws {
       for (const std::size_t edit : finding.edits) found[edit] = true;
     }
     for (std::size_t i = 0; i < found.size(); ++i) {
-      if (changes_.status[i] == EditStatus::kAllowed) continue;  // it may be part of a combination
+      const bool is_hidden = changes_.allowed_together.Refused() && changes_.status[i] == EditStatus::kNotChecked;
+      if (is_hidden || changes_.status[i] == EditStatus::kAllowed) continue;  // it may be part of a combination
       EXPECT_EQ(found[i], changes_.status[i] == EditStatus::kRefused) << "edit " << i;
       EXPECT_TRUE(changes_.stopped || changes_.status[i] != EditStatus::kNotChecked) << "edit " << i;
     }

@@ -115,7 +115,17 @@ TEST(AcceptedChange, HasOldAndNewValues) {
 TEST(AcceptedChange, OfSeveralEditsIsSorted) {
   const std::vector<Edit> edits = {EditOf(EditKind::kEntryType, "orders", "uid"), EditOf(EditKind::kEntryCount, "orders", "a")};
   EXPECT_EQ(korvel::ChangeOf(FindingOf({0, 1}, "a"), edits), "count of a: int64 -> int32; type of uid: int64 -> int32");
-  EXPECT_EQ(korvel::ChangeOf(FindingOf({}, "a"), edits), "");
+}
+
+// A pre-existing refusal may hide all of them.
+TEST(AcceptedChange, WithoutEditsNamesAllExceptTheVersionOfTheLibrary) {
+  const std::vector<Edit> edits = {EditOf(EditKind::kLibraryVersion, "", "", "5", "6"),
+                                   EditOf(EditKind::kEntryType, "orders", "uid"), EditOf(EditKind::kEntryCount, "orders", "a")};
+  const Finding preexisting = FindingOf({}, "a");
+  EXPECT_EQ(korvel::ChangeOf(preexisting, edits), "count of a: int64 -> int32; type of uid: int64 -> int32");
+  EXPECT_EQ(korvel::ChangeOf(preexisting, {}), "");
+  EXPECT_EQ(FingerprintOf("s.xml", "mall", preexisting, {edits[0]}), FingerprintOf("s.xml", "mall", preexisting, {}));
+  EXPECT_NE(FingerprintOf("s.xml", "mall", preexisting, edits), FingerprintOf("s.xml", "mall", preexisting, {}));
 }
 
 }  // namespace

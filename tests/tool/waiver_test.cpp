@@ -135,6 +135,22 @@ TEST_F(WaiverTest, CoversOnlyTheAcceptedField) {
   }
 }
 
+// Regression: a structure with any content was waived.
+TEST_F(WaiverTest, CoversOnlyTheAcceptedStructure) {
+  const auto with_structure = [](const std::string& structure, const std::string& members) {
+    return Library(5, {"<meta name=\"money\"><entry name=\"value\" type=\"int64\"/></meta>",
+                       "<meta name=\"cents\"><entry name=\"value\" type=\"int32\"/>" + members + "</meta>",
+                       "<meta name=\"price\"><entry name=\"of\" type=\"" + structure + "\"/></meta>",
+                       Table({.fields = "<entry name=\"cost\" type=\"price\"/>"})});
+  };
+  AcceptChange(with_structure("money", ""), with_structure("cents", ""));
+  EXPECT_THAT(Read("korvelcheck.toml"), HasSubstr("change = \"structure of of: money -> cents (content "));
+  Write("a.xml", with_structure("cents", "<entry name=\"unit\" type=\"int32\"/>"));
+  EXPECT_EQ(Run({"check"}).exit_code, 1);
+  Write("a.xml", with_structure("cents", ""));
+  EXPECT_EQ(Run({"check"}).exit_code, 0);
+}
+
 // Regression: a library of the same name in another file was waived, too.
 TEST_F(WaiverTest, CoversOnlyTheAcceptedFile) {
   for (const char* directory : {"eu", "us"}) {
@@ -322,6 +338,69 @@ TEST_F(WaiverTest, SharedFindingIsWaivedForTheTableThatAWideWaiverNames) {
                 HasSubstr("failure message=\"a field's size was reduced: " + std::string(refused)));
     EXPECT_THAT(Run({"check", "old.xml", "wide.xml", "--format", "github"}).out, HasSubstr("::error "));
   }
+}
+
+// A list table that its old schema already breaks a rule with, by an index or by a wrong attribute.
+std::string Legacy(const std::string& attributes, const std::string& types, const std::string& index) {
+  return "<meta name=\"t\" customattr=\"" + attributes + "\"><entry name=\"uid\" type=\"" + types +
+         "\"/><entry name=\"a\" type=\"" + types + "\"/><primarykey entries=\"uid\"/>" + index + "</meta>";
+}
+
+constexpr char kIndex[] = "<index name=\"i\"><column entry=\"a\"/></index>";
+
+struct LegacyRow {
+  const char* rule;
+  std::string old_table;
+  std::vector<std::string> new_tables;
+};
+
+// Regression: the checker stops at a pre-existing refusal, so that a waiver of it let every change of the table pass, and the
+// report called the changes verified.
+TEST_F(WaiverTest, WaiverOfAPreexistingRefusalCoversNoChange) {
+  const LegacyRow kRows[] = {
+      {"index.list-table",
+       Legacy("TableType=LIST;ListNum=100", "uint64", kIndex),
+       {Legacy("TableType=LIST;ListNum=1", "uint64", kIndex), Legacy("TableType=LIST;ListNum=100", "uint8", kIndex)}},
+      {"table.attributes",
+       Legacy("TableType=BAD", "uint64", ""),
+       {Legacy("TableType=BAD;ListNum=1", "uint64", ""), Legacy("TableType=BAD", "uint64", kIndex),
+        "<meta name=\"t\" customattr=\"TableType=BAD\"><entry name=\"uid\" type=\"uint64\"/><primarykey "
+        "entries=\"uid\"/></meta>"}},
+      {"table.attributes", Legacy("TableType=LIST", "uint64", ""), {Legacy("TableType=LIST", "int64", "")}},
+  };
+  Write("korvelcheck.toml", "");
+  Commit("project");
+  for (const LegacyRow& row : kRows) {
+    for (const bool is_wide : {false, true}) {
+      const std::string rule = "rule = \"" + std::string(row.rule) + "\"\ntable = \"t\"\n";
+      Waive(rule + (is_wide ? "entry = \"\"\n" : "path = \"t\"\nchange = \"pre-existing\"\nfile = \"wide.xml\"\n") + kRest);
+      Write("old.xml", Library(5, {row.old_table}));
+      Write("wide.xml", Library(6, {row.old_table}));
+      EXPECT_EQ(Check().exit_code, 0) << "only the version of the library: " << Check().out;
+      EXPECT_EQ(About(Check()), "");
+      for (const std::string& new_table : row.new_tables) {
+        Write("wide.xml", Library(6, {new_table}));
+        EXPECT_EQ(Check().exit_code, 1) << row.rule << ": " << new_table;
+        EXPECT_THAT(About(Check()), HasSubstr("does not cover the change that is there now: pre-existing; "));
+        EXPECT_EQ(Run({"history", "old.xml", "wide.xml"}).exit_code, 1);
+        const std::string text = Run({"check", "old.xml", "wide.xml"}).out;
+        EXPECT_THAT(text, HasSubstr(" not checked: the checker stops at a pre-existing refusal: "));
+        EXPECT_THAT(text, Not(HasSubstr("verified")));
+        EXPECT_THAT(Check().out, HasSubstr("\"status\": \"not-checked\""));
+        EXPECT_THAT(Check().out, Not(HasSubstr("\"status\": \"allowed\"")));
+      }
+    }
+  }
+}
+
+TEST_F(WaiverTest, ChangeUnderAPreexistingRefusalCanBeAccepted) {
+  const auto with_list_num = [](const char* number) {
+    return Library(5, {Legacy(std::string("TableType=LIST;ListNum=") + number, "uint64", kIndex)});
+  };
+  AcceptChange(with_list_num("100"), with_list_num("99"));
+  EXPECT_THAT(Read("korvelcheck.toml"), HasSubstr("change = \"pre-existing; attribute ListNum of t: 100 -> 99\"\n"));
+  Write("a.xml", with_list_num("98"));
+  EXPECT_EQ(Run({"check"}).exit_code, 1);
 }
 
 // Regression: the finding is the same in both, but lint ignored the waiver.

@@ -9,6 +9,7 @@
 
 #include "base/text.h"
 #include "qmx/qmx_metalib_kernel.h"
+#include "schema/model.h"
 
 namespace korvel {
 namespace {
@@ -20,14 +21,28 @@ std::string RuleOf(const Verdict& verdict) { return verdict.rule.empty() ? std::
 
 std::string ItemText(const Edit& edit) { return std::string(NameOf(edit.kind)) + kEnd + edit.meta + kEnd + edit.item + kEnd; }
 
-// The library, the rule and the edits, each as `text_of` gives it.
+// The edits of a finding, sorted, each as `text_of` gives it.
 template <class TextOf>
-std::string HashedText(const std::string& library, const Finding& finding, const std::vector<Edit>& edits, TextOf text_of) {
-  std::vector<std::string> parts;
-  for (const std::size_t i : finding.edits) parts.push_back(text_of(edits[i]));
-  std::ranges::sort(parts);
-  if (parts.empty()) parts.push_back(finding.path + kEnd);
-  return library + kEnd + RuleOf(finding.verdict) + kEnd + Join(parts, "");
+std::vector<std::string> TextsOf(const Finding& finding, const std::vector<Edit>& edits, TextOf text_of) {
+  std::vector<std::string> texts;
+  for (const std::size_t i : finding.edits) texts.push_back(text_of(edits[i]));
+  std::ranges::sort(texts);
+  return texts;
+}
+
+// The edits that a pre-existing refusal may hide: all of the table, for the checker stops at the refusal. The version of the
+// library is checked before the tables, and rises with a change of any of them.
+Finding WithHiddenEdits(const Finding& finding, const std::vector<Edit>& edits) {
+  Finding with_edits;
+  for (std::size_t i = 0; i < edits.size(); ++i) {
+    if (edits[i].kind != EditKind::kLibraryVersion) with_edits.edits.push_back(i);
+  }
+  return finding.edits.empty() ? with_edits : finding;
+}
+
+// The library, the rule, the path if the finding has no edits, and these texts.
+std::string HashedText(const std::string& library, const Finding& finding, const std::vector<std::string>& texts) {
+  return library + kEnd + RuleOf(finding.verdict) + kEnd + (finding.edits.empty() ? finding.path + kEnd : "") + Join(texts, "");
 }
 
 // ", id 7, version 6, count 3": attributes of an added entry. Its type is the new value of the edit.
@@ -42,11 +57,40 @@ std::string AddedAttributes(const Edit& edit) {
          (count == 1 ? "" : ", count " + std::to_string(count));
 }
 
+// What a structure contains, with all structures in it.
+std::string ContentOf(const Source& source, const std::string& structure) {
+  std::string content;
+  const auto add = [&](const auto&... values) { ((content += values + kEnd), ...); };
+  for (const MetaModel& meta : ModelOf(source, structure).metas) {
+    add(meta.name, std::to_string(static_cast<int>(meta.kind)), std::to_string(meta.entries.size()));
+    for (const EntryModel& entry : meta.entries) {
+      add(entry.name, entry.type, std::to_string(entry.size), std::to_string(entry.id), std::to_string(entry.version),
+          std::to_string(entry.count), entry.refer, entry.customattr2 ? "=" + *entry.customattr2 : std::string());
+    }
+  }
+  return content;
+}
+
+// " (content 1f0c...)" if an edit gives an entry a structure: its declaration is no edit of the table.
+std::string StructureContent(const Edit& edit) {
+  if (!edit.new_location) return "";
+  const Source& source = *edit.new_location.source;
+  const qmx::ElementId& element = edit.new_location.element;
+  const LPQMXMETA meta = qmx_get_meta_by_index(source.Library(), static_cast<int>(element.meta));
+  const LPQMXMETAENTRY entry = qmx_get_entry_by_index(meta, static_cast<int>(element.item));
+  const LPQMXMETA structure = qmx_get_entry_type_meta(source.Library(), entry);
+  if (structure == nullptr) return "";
+  return " (content " + FingerprintOf(ContentOf(source, qmx_get_meta_name(structure))) + ")";
+}
+
 // The description of an edit with the values that it leaves out.
 std::string ChangeText(const Edit& edit) {
   switch (edit.kind) {
     case EditKind::kEntryAdded:
-      return Describe(edit) + ": " + OneLine(edit.after) + AddedAttributes(edit);
+      return Describe(edit) + ": " + OneLine(edit.after) + AddedAttributes(edit) + StructureContent(edit);
+    case EditKind::kEntryType:
+    case EditKind::kEntryMeta:
+      return Describe(edit) + StructureContent(edit);
     case EditKind::kIndexAdded:
       return Describe(edit) + ": " + OneLine(edit.after);
     case EditKind::kEntryRemoved:
@@ -72,20 +116,16 @@ std::string FingerprintOf(const std::string& text) {
 
 std::string FingerprintOf(const std::string& file, const std::string& library, const Finding& finding,
                           const std::vector<Edit>& edits) {
-  return FingerprintOf(file + kEnd + HashedText(library, finding, edits, [](const Edit& edit) {
-                         return ItemText(edit) + ChangeText(edit) + kEnd;
-                       }));
+  const auto text_of = [](const Edit& edit) { return ItemText(edit) + ChangeText(edit) + kEnd; };
+  return FingerprintOf(file + kEnd + HashedText(library, finding, TextsOf(WithHiddenEdits(finding, edits), edits, text_of)));
 }
 
 std::string OldFingerprintOf(const std::string& library, const Finding& finding, const std::vector<Edit>& edits) {
-  return FingerprintOf(HashedText(library, finding, edits, ItemText));
+  return FingerprintOf(HashedText(library, finding, TextsOf(finding, edits, ItemText)));
 }
 
 std::string ChangeOf(const Finding& finding, const std::vector<Edit>& edits) {
-  std::vector<std::string> texts;
-  for (const std::size_t i : finding.edits) texts.push_back(ChangeText(edits[i]));
-  std::ranges::sort(texts);
-  return Join(texts, "; ");
+  return Join(TextsOf(WithHiddenEdits(finding, edits), edits, ChangeText), "; ");
 }
 
 }  // namespace korvel

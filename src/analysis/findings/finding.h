@@ -61,7 +61,7 @@ enum class EditStatus : std::uint8_t {
   kAllowed,     // in the set of edits that the checker allowed together
   kRefused,     // in a finding
   kBlocked,     // needs a refused edit
-  kNotChecked,  // left out because the search stopped at the limit of findings
+  kNotChecked,  // left out because the search stopped at the limit of findings, or hidden by a pre-existing refusal
 };
 
 // What changed in one table, and what of it the checker refuses.
@@ -69,7 +69,9 @@ struct Changes {
   std::vector<Edit> edits;         // in the order of Difference::edits
   std::vector<EditStatus> status;  // of each edit
   std::vector<Finding> findings;   // empty if and only if the whole change is allowed
-  // The verdict about the old schema with all allowed edits and no others. Refused only if the refusal is pre-existing.
+  // The verdict about the old schema with all allowed edits and no others. Refused only if the refusal is pre-existing; then it
+  // is about all edits that cause no other refusal. The checker stops at the first refusal, so they are not checked, and no edit
+  // is allowed.
   Verdict allowed_together;
   bool stopped = false;             // the limit of findings was reached
   bool reached_work_limit = false;  // the call reached a limit of SuggestionWork at this table
@@ -87,9 +89,9 @@ struct Advice {
 std::string FingerprintOf(const std::string& text);
 
 // Identifies a finding across runs, and what was changed. A hash of the file (Source::path_in_project), the library's name, the
-// rule, and the kind, structure, item and change (as in ChangeOf) of each edit, in any order; of the path for a finding without
-// edits. Tables and paths to an edit are left out: the fingerprint is the same in every table that embeds a structure. Stored in
-// project files: do not change.
+// rule, and the kind, structure, item and change (as in ChangeOf) of each edit, in any order. For a finding without edits, of its
+// path and the edits that it may hide (as in ChangeOf). Tables and paths to an edit are left out: the fingerprint is the same in
+// every table that embeds a structure. Stored in project files: do not change.
 std::string FingerprintOf(const std::string& file, const std::string& library, const Finding& finding,
                           const std::vector<Edit>& edits);
 
@@ -97,7 +99,8 @@ std::string FingerprintOf(const std::string& file, const std::string& library, c
 std::string OldFingerprintOf(const std::string& library, const Finding& finding, const std::vector<Edit>& edits);
 
 // What the edits of a finding change, with old and new values, on one line: "attribute ListNum of orders: 100 -> 99". Several
-// edits are sorted and joined by "; ". Empty for a finding without edits. Stored in project files: do not change.
+// edits are sorted and joined by "; ". For a finding without edits, `edits`, which it may hide, except for the version of the
+// library. A structure that an entry gets is described by a hash of its content. Stored in project files: do not change.
 std::string ChangeOf(const Finding& finding, const std::vector<Edit>& edits);
 
 }  // namespace korvel

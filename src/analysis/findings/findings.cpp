@@ -203,14 +203,15 @@ void AddPreexisting(const TableContext& context, const CheckAnswer& together, st
   if (!is_known) findings.insert(findings.begin(), AboutTable(context, *together));
 }
 
-void SetStatuses(const Difference& difference, const EditSet& allowed, Changes& changes) {
+// Edits that cause no other refusal than a pre-existing one (`is_hidden`) are not known to be allowed.
+void SetStatuses(const Difference& difference, const EditSet& allowed, bool is_hidden, Changes& changes) {
   std::vector<EditStatus>& status = changes.status;
   status.assign(allowed.size(), changes.stopped ? EditStatus::kNotChecked : EditStatus::kBlocked);
   for (const Finding& finding : changes.findings) {
     for (const std::size_t edit : finding.edits) status[edit] = EditStatus::kRefused;
   }
   for (std::size_t i = 0; i < allowed.size(); ++i) {
-    if (allowed[i]) status[i] = EditStatus::kAllowed;
+    if (allowed[i]) status[i] = is_hidden ? EditStatus::kNotChecked : EditStatus::kAllowed;
   }
   if (!changes.stopped) return;
   const auto is_refused = [&](std::size_t edit) { return status[edit] == EditStatus::kRefused; };
@@ -246,7 +247,7 @@ void AddFindings(const TableContext& context, const Difference& difference, cons
   AddPreexisting(context, found.together, changes.findings);
   changes.stopped = found.stopped || changes.findings.size() > limit;
   if (changes.findings.size() > limit) changes.findings.resize(limit);
-  SetStatuses(difference, found.allowed, changes);
+  SetStatuses(difference, found.allowed, found.together && found.together->Refused(), changes);
   if (found.together) changes.allowed_together = *found.together;
   if (changes.findings.empty()) AddWholeChange(context, whole, changes);
 }

@@ -88,13 +88,12 @@ std::string OtherEdits(const TableResult& table, const FoldedEdits& edits, bool 
   if (!table.changes || table.status != Status::kRefused) return "";
   const Changes& changes = *table.changes;
   const std::string start = "\n" + NameOf(table, with_file) + ": ";
+  const std::string allowed = EditList(changes, edits, EditStatus::kAllowed, "allowed changes");
+  const std::string not_checked = EditList(changes, edits, EditStatus::kNotChecked, "changes not checked");
+  const bool has_hidden = changes.allowed_together.Refused();
   std::string text;
-  if (!changes.edits.empty()) {
-    text += start + MarkdownText(AllowedPart(changes)) + EditList(changes, edits, EditStatus::kAllowed, "allowed changes");
-  }
-  if (changes.stopped) {
-    text += start + MarkdownText(StoppedText(changes)) + EditList(changes, edits, EditStatus::kNotChecked, "changes not checked");
-  }
+  if (!changes.edits.empty()) text += start + MarkdownText(AllowedPart(changes)) + (has_hidden ? not_checked : allowed);
+  if (changes.stopped) text += start + MarkdownText(StoppedText(changes)) + (has_hidden ? "\n\n" : not_checked);
   return text;
 }
 

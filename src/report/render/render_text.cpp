@@ -213,7 +213,9 @@ class TextReport {
                          : InBrackets(table.verdict.rule) + " " + SummaryOf(table) + "\n  " + CheckerLine(table.verdict.text) +
                                "\n  " + result;
     AddFindings(folded);
-    if (table.changes && table.changes->edits.size() > 1) AddChanges(*table.changes, edits);
+    if (!table.changes) return;
+    const bool has_unchecked = NumberOf(*table.changes, EditStatus::kNotChecked) > 0;
+    if (table.changes->edits.size() > 1 || has_unchecked) AddChanges(*table.changes, edits);
   }
 
   void AddFindings(const FoldedTable& folded) {

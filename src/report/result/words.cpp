@@ -238,16 +238,21 @@ std::size_t NumberOf(const Changes& changes, EditStatus status) {
 
 std::string AllowedPart(const Changes& changes) {
   const std::size_t allowed = NumberOf(changes, EditStatus::kAllowed);
-  const std::size_t checked = changes.edits.size() - NumberOf(changes, EditStatus::kNotChecked);
+  const std::size_t not_checked = NumberOf(changes, EditStatus::kNotChecked);
+  const std::size_t checked = changes.edits.size() - not_checked;
+  const Verdict& together = changes.allowed_together;
+  if (together.Refused() && not_checked > 0) {
+    return std::to_string(not_checked) + " of " + Counted(changes.edits.size(), "change") +
+           (not_checked == 1 ? " was" : " were") +
+           " not checked: the checker stops at a pre-existing refusal: " + SummaryOf(together) + " (" +
+           CheckerLine(together.text) + ")";
+  }
   if (checked == 0) return "no change was checked";
   const std::string change = checked == changes.edits.size() ? "change" : "checked change";
   if (allowed == 0 && checked == 1) return "the only " + change + " is refused";
   if (allowed == 0) return "none of " + Counted(checked, change) + " is allowed on its own";
   const std::string part = std::to_string(allowed) + " of " + Counted(checked, change);
-  const Verdict& together = changes.allowed_together;
-  if (!together.Refused()) return part + (allowed == 1 ? " is allowed on its own" : " are allowed on their own") + " (verified)";
-  return part + (allowed == 1 ? " breaks" : " break") +
-         " no further rule (verified); pre-existing refusal: " + SummaryOf(together) + " (" + CheckerLine(together.text) + ")";
+  return part + (allowed == 1 ? " is allowed on its own" : " are allowed on their own") + " (verified)";
 }
 
 std::string StoppedText(const Changes& changes) {
