@@ -39,6 +39,30 @@ std::string CommitOf(const Baseline& baseline) {
   return baseline.revision ? FindObject(*baseline.revision + "^{commit}", baseline.name) : "";
 }
 
+// X of "git:X...".
+std::optional<std::string> ParseMergeBase(const std::string& argument) {
+  const std::optional<std::string> revision = argument.starts_with(kTagPrefix) ? std::nullopt : ParseGitRevision(argument);
+  return revision ? MergeBaseArgument(*revision) : std::nullopt;
+}
+
+// A merge base of X and HEAD. One of several is named by its id.
+Baseline MergeBaseOf(const std::string& other, const std::string& base, const std::string& argument, bool is_only) {
+  const std::string id = base.substr(0, 12);
+  const std::string origin = "merge base of " + OneLine(other) + " and HEAD";
+  if (is_only) return {argument, base, "commit " + id + ", the " + origin};
+  return {"git:" + id, base, "a " + origin};
+}
+
+// The baselines that an argument names: several if REV of "git:REV..." and HEAD have several merge bases.
+std::vector<Baseline> AllOf(const std::string& argument) {
+  const std::optional<std::string> other = ParseMergeBase(argument);
+  if (!other) return {ResolveBaseline(argument)};
+  const std::vector<std::string> bases = Git::MergeBases(*other, argument);
+  std::vector<Baseline> baselines;
+  for (const std::string& base : bases) baselines.push_back(MergeBaseOf(*other, base, argument, bases.size() == 1));
+  return baselines;
+}
+
 std::string RelativeTo(const std::string& directory, const std::string& argument) {
   const bool is_git = argument.starts_with("git:") || argument.starts_with(kTagPrefix);
   return is_git ? argument : (std::filesystem::path(directory) / argument).string();
@@ -54,27 +78,26 @@ std::vector<std::string> TagsOf(const std::string& pattern) {
 
 Baseline ResolveBaseline(const std::string& argument) {
   if (argument.starts_with(kTagPrefix)) return ResolveTag(argument);
-  const std::optional<std::string> revision = ParseGitRevision(argument);
-  if (!revision) return {argument, std::nullopt};
-  const std::optional<std::string> other = MergeBaseArgument(*revision);
-  if (!other) return {argument, revision};
-  const std::string base = Git::MergeBase(*other, argument);
-  return {argument, base, "commit " + base.substr(0, 12) + ", the merge base of " + OneLine(*other) + " and HEAD"};
+  if (const auto other = ParseMergeBase(argument)) {
+    return MergeBaseOf(*other, Git::MergeBase(*other, argument), argument, true);
+  }
+  return {argument, ParseGitRevision(argument)};
 }
 
 std::vector<Baseline> ResolveBaselines(const std::vector<std::string>& arguments) {
   std::vector<Baseline> baselines;
   std::vector<std::string> commits;
   for (const std::string& argument : arguments) {
-    Baseline baseline = ResolveBaseline(argument);
-    std::string commit = CommitOf(baseline);
-    const auto same = std::ranges::find(commits, commit);
-    if (!commit.empty() && same != commits.end()) {
-      AppendPart(baselines[static_cast<std::size_t>(same - commits.begin())].origin, "; ", "also " + OneLine(argument));
-      continue;
+    for (Baseline& baseline : AllOf(argument)) {
+      std::string commit = CommitOf(baseline);
+      const auto same = std::ranges::find(commits, commit);
+      if (!commit.empty() && same != commits.end()) {
+        AppendPart(baselines[static_cast<std::size_t>(same - commits.begin())].origin, "; ", "also " + OneLine(argument));
+        continue;
+      }
+      baselines.push_back(std::move(baseline));
+      commits.push_back(std::move(commit));
     }
-    baselines.push_back(std::move(baseline));
-    commits.push_back(std::move(commit));
   }
   return baselines;
 }
@@ -86,8 +109,10 @@ std::vector<std::string> BaselinesOf(const Project& project) {
 }
 
 bool IsCheckedOut(const Baseline& baseline) {
+  if (!baseline.revision) return false;
   const std::string commit = CommitOf(baseline);
-  return !commit.empty() && FindObject("HEAD^{commit}", baseline.name) == commit;
+  const std::string object = commit.empty() ? FindObject(*baseline.revision + "^{tree}", baseline.name) : commit;
+  return !object.empty() && object == FindObject(commit.empty() ? "HEAD^{tree}" : "HEAD^{commit}", baseline.name);
 }
 
 }  // namespace korvel

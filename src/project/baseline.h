@@ -20,14 +20,15 @@ inline constexpr char kAllowedBaselines[] = "git:REV, git:REV..., git-tag:PATTER
 
 // The baseline of an argument. "git:REV" is a commit or a tree; "git:REV..." the merge base of REV and HEAD; "git-tag:v*" the
 // newest tag in version order that matches the pattern; everything else a directory. Throws InputError, with one line, for an
-// argument of a wrong form, and as Git.
+// argument of a wrong form, if there are several merge bases, and as Git.
 Baseline ResolveBaseline(const std::string& argument);
 
 // The full names of the tags that match a pattern, "refs/tags/v1.2", oldest first in version order. Throws InputError as Git, and
 // if no tag matches.
 std::vector<std::string> TagsOf(const std::string& pattern);
 
-// The baselines of these arguments. A commit that several of them name is one baseline, whose origin lists the others. Throws as
+// The baselines of these arguments. If REV and HEAD have several merge bases, "git:REV..." is all of them. A commit that several
+// arguments name is one baseline, whose origin lists the others. Throws as
 // ResolveBaseline.
 std::vector<Baseline> ResolveBaselines(const std::vector<std::string>& arguments);
 
@@ -35,8 +36,8 @@ std::vector<Baseline> ResolveBaselines(const std::vector<std::string>& arguments
 // the result.
 std::vector<std::string> BaselinesOf(const Project& project);
 
-// Whether a baseline is the commit that is checked out: then only changes that are not committed are compared. False if it is
-// not known.
+// Whether a baseline is the commit that is checked out, or its tree: then only changes that are not committed are compared. False
+// if it is not known.
 bool IsCheckedOut(const Baseline& baseline);
 
 }  // namespace korvel

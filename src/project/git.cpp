@@ -170,16 +170,23 @@ std::string Git::PlainRevision(const std::string& revision, const std::string& a
   return other ? MergeBase(*other, argument) : revision;
 }
 
-std::string Git::MergeBase(const std::string& revision, const std::string& argument) {
+std::vector<std::string> Git::MergeBases(const std::string& revision, const std::string& argument) {
   for (const std::string& one : {revision, std::string("HEAD")}) {
     if (FindObject(one + "^{commit}", argument).empty()) RefuseRevision(one, argument);
   }
-  const GitResult result = RunGit({"merge-base", revision, "HEAD"}, argument);
-  if (result.status == 0) return WithoutLineEnd(result.out);
+  const GitResult result = RunGit({"merge-base", "--all", revision, "HEAD"}, argument);
+  if (result.status == 0) return SplitAt(WithoutLineEnd(result.out), '\n');
   if (!result.error.empty()) RefuseArgument(argument, result.error);
   const std::string text = Quote(revision) + " and HEAD have no commit in common";
   if (!IsShallow(argument)) RefuseArgument(argument, text);
   RefuseArgument(argument, text + " in this shallow clone; fetch the others with: " + FetchAllCommand(revision, argument));
+}
+
+std::string Git::MergeBase(const std::string& revision, const std::string& argument) {
+  const std::vector<std::string> bases = MergeBases(revision, argument);
+  if (bases.size() == 1) return bases.front();
+  RefuseArgument(argument, Quote(revision) + " and HEAD have " + std::to_string(bases.size()) +
+                               " merge bases; allowed: one of them: " + Join(bases, ", "));
 }
 
 std::string Git::Prefix(const std::string& argument) {

@@ -64,7 +64,11 @@ class Git {
   // A revision as git takes it: of "X...", the id of the merge base of X and HEAD; else the revision itself.
   static std::string PlainRevision(const std::string& revision, const std::string& argument);
 
-  // The id of the newest commit that a revision and HEAD have in common.
+  // The ids of the newest commits that a revision and HEAD have in common: those that are in no other common commit. Usually one;
+  // several if branches were merged into each other.
+  static std::vector<std::string> MergeBases(const std::string& revision, const std::string& argument);
+
+  // The same if there is only one. Otherwise it throws InputError.
   static std::string MergeBase(const std::string& revision, const std::string& argument);
 
   // The path from the top of the work tree to the working directory: "" or "sub/dir/".

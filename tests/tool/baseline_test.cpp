@@ -111,6 +111,41 @@ TEST_F(BaselineTest, PrintedCommandKeepsTheFetchedCommit) {
   EXPECT_EQ(Run({"check", "--against", "git:FETCH_HEAD..."}, "clone").exit_code, 1);
 }
 
+// Regression: the check compared with any one of the merge bases, and missed what it lacked.
+TEST_F(BaselineTest, ComparesWithEveryMergeBase) {
+  const auto with_field = [](const std::string& table) {
+    return Library(6, {Table({.name = table, .fields = "<entry name=\"mail\" type=\"int8\" version=\"6\"/>"})});
+  };
+  const auto commit = [&](const std::string& table) {
+    Write("schemas/" + table + ".xml", with_field(table));
+    Commit(table);
+    return Git({"rev-parse", "HEAD"}).substr(0, 40);
+  };
+  for (const char* table : {"orders", "users"})
+    Write("schemas/" + std::string(table) + ".xml", Library(5, {Table({.name = table})}));
+  Commit("second");
+  Git({"checkout", "-q", "-b", "feature"});
+  const std::string one = commit("orders");
+  Git({"checkout", "-q", "main"});
+  const std::string two = commit("users");
+  Git({"merge", "-q", "-m", "one into main", one});
+  Git({"checkout", "-q", "feature"});
+  Git({"merge", "-q", "-m", "two into feature", two});
+  const Outcome unchanged = CheckAgainst({"git:main..."});
+  EXPECT_EQ(unchanged.exit_code, 0) << unchanged.err;
+  for (const std::string& base : {one, two}) {
+    EXPECT_THAT(unchanged.out, HasSubstr("baseline: git:" + base.substr(0, 12) + " (a merge base of main and HEAD)\n"));
+  }
+  for (const char* table : {"orders", "users"}) {
+    Write("schemas/" + std::string(table) + ".xml", Library(7, {Table({.name = table})}));
+    EXPECT_EQ(CheckAgainst({"git:main..."}).exit_code, 1) << table;
+    Write("schemas/" + std::string(table) + ".xml", with_field(table));
+  }
+  const Outcome file = Run({"check", "git:main...:schemas/users.xml", "schemas/users.xml"});
+  EXPECT_EQ(file.exit_code, 2);
+  EXPECT_THAT(file.err, HasSubstr("'main' and HEAD have 2 merge bases; allowed: one of them: "));
+}
+
 // --- Tags ---
 
 TEST_F(BaselineTest, ComparesWithTheNewestTagInVersionOrder) {
@@ -269,6 +304,7 @@ TEST_F(BaselineTest, SaysThatBothSidesAreTheSameCommit) {
   constexpr char kSame[] = "baseline: git:HEAD (the commit that is checked out: no selected file differs from it)\n";
   EXPECT_THAT(Against().out, HasSubstr(kSame));
   EXPECT_THAT(Against({"schemas/users.xml"}).out, HasSubstr(kSame));
+  EXPECT_THAT(CheckAgainst({"git:HEAD^{tree}"}).out, testing::StartsWith("verdict: unchanged"));
   Write("schemas/users.xml", Schema("users", "uint32"));
   EXPECT_THAT(Against().out, Not(HasSubstr("baseline:")));
   EXPECT_THAT(Against({"schemas/orders.xml"}).out, HasSubstr(kSame));
