@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <filesystem>
 #include <iterator>
 #include <optional>
 #include <set>
@@ -15,11 +16,13 @@
 #include "base/did_you_mean.h"
 #include "base/input_error.h"
 #include "base/parallel.h"
+#include "base/paths.h"
 #include "base/text.h"
 #include "project/file_pair.h"
 #include "project/hidden_changes.h"
 #include "project/moved_files.h"
 #include "project/project_files.h"
+#include "project/project_path.h"
 #include "project/settings_changes.h"
 
 namespace korvel {
@@ -73,6 +76,7 @@ class Comparison {
   // A file with both sides need not wait for the others: it is compared and released at once. With a log it is only released,
   // and loaded again: records are written in the order of the report.
   void LoadFirst(FilePair& pair) {
+    if (IsInOtherRepository(pair)) return;
     pair_check_.Load(pair);
     const bool may_be_moved = pair.old_path == nullptr || pair.new_path == nullptr;
     if (may_be_moved || !pair.faults.empty()) return;
@@ -81,6 +85,17 @@ class Comparison {
     } else {
       pair_check_.Check(pair);
     }
+  }
+
+  // A file that seems to be deleted, because its directory has become a submodule, gets a fault.
+  bool IsInOtherRepository(FilePair& pair) const {
+    const std::string repository = pair.new_path == nullptr ? RepositoryOf(states_, *pair.old_path) : "";
+    pair.is_elsewhere = !repository.empty();
+    if (repository.empty()) return false;
+    pair.faults.push_back(FaultAbout(FaultKind::kUnreadable, states_.new_state->Display(*pair.old_path),
+                                     "belongs to the repository in " + OneLine(states_.new_state->Display(repository)) +
+                                         ", such as a submodule; check it there"));
+    return true;
   }
 
   void CheckRest(FilePair& pair) {
@@ -99,14 +114,29 @@ class Comparison {
     return std::ranges::any_of(pairs_, [](const FilePair& pair) { return !pair.faults.empty(); });
   }
 
+  // The added files that do not replace a deleted one: those that git ignores, for other clones lack them, and those of the
+  // baseline itself.
+  std::set<std::string> CopiesOnly() const {
+    std::set<std::string> copies = states_.new_state->IgnoredFiles();
+    if (states_.baseline.revision) return copies;
+    const std::filesystem::path baseline = AbsolutePath(states_.baseline.name).lexically_relative(states_.top);
+    if (LeadsOut(baseline)) return copies;
+    for (const std::string& path : states_.new_state->Below(baseline.string())) copies.insert(path);
+    return copies;
+  }
+
   // Joins the two paths of each moved file in one pair. A file with faults is in none: nobody knows what it contains.
   void PairMoved() {
     std::vector<std::size_t> removed;
     std::vector<std::size_t> added;
     std::vector<const Source*> removed_sources;
     std::vector<const Source*> added_sources;
+    const auto is_deleted = [](const FilePair& pair) { return pair.new_path == nullptr; };
+    const auto is_added = [](const FilePair& pair) { return pair.old_path == nullptr; };
+    if (std::ranges::none_of(pairs_, is_deleted) || std::ranges::none_of(pairs_, is_added)) return;
+    const std::set<std::string> copies = CopiesOnly();
     for (std::size_t i = 0; i < pairs_.size(); ++i) {
-      if (!pairs_[i].faults.empty()) continue;
+      if (!pairs_[i].faults.empty() || (is_added(pairs_[i]) && copies.contains(*pairs_[i].new_path))) continue;
       if (pairs_[i].new_path == nullptr) removed.push_back(i), removed_sources.push_back(pairs_[i].first.get());
       if (pairs_[i].old_path == nullptr) added.push_back(i), added_sources.push_back(pairs_[i].second.get());
     }
@@ -194,6 +224,7 @@ class Comparison {
 
   std::optional<FileNote> NoteOf(const FilePair& pair) const {
     using Kind = FileNote::Kind;
+    if (pair.is_elsewhere) return std::nullopt;
     if (pair.old_path != nullptr && pair.new_path != nullptr && *pair.old_path == *pair.new_path) return std::nullopt;
     const std::string old_file = pair.old_path == nullptr ? "" : states_.old_state->Display(*pair.old_path);
     const std::string new_file = pair.new_path == nullptr ? "" : states_.new_state->Display(*pair.new_path);

@@ -23,6 +23,7 @@ struct FilePair {
   std::string older_name = {};          // the earlier version that `first` is, if that of the baseline has a fault
   bool is_checked = false;
   bool is_unchanged = false;  // the same bytes under the same path on both sides; known once loaded
+  bool is_elsewhere = false;  // the old path is in another repository now, such as a submodule
 
   const ProjectScope* project = nullptr;  // what judges it: the project file of Path(). Borrowed
 

@@ -10,6 +10,7 @@
 #include "base/input_error.h"
 #include "base/paths.h"
 #include "base/text.h"
+#include "project/git_call.h"
 #include "project/git_log.h"
 
 namespace korvel {
@@ -40,6 +41,7 @@ class Disk : public FileTree {
 
   std::vector<std::string> Below(const std::string& directory) const override {
     std::vector<std::string> files;
+    if (IsNotSearched(directory)) return files;
     std::error_code error;
     fs::recursive_directory_iterator entry(OnDisk(directory), error);
     if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory) return files;
@@ -72,6 +74,15 @@ class Disk : public FileTree {
 
  private:
   std::string OnDisk(const std::string& path) const { return JoinPaths(top_, path); }
+
+  // Whether a directory, or one above it below the top, is a link or left out.
+  bool IsNotSearched(const std::string& directory) const {
+    fs::path path = top_;
+    return std::ranges::any_of(fs::path(directory), [&](const fs::path& name) {
+      std::error_code ignored;
+      return fs::is_symlink(path /= name, ignored) || IsLeftOut(path);
+    });
+  }
 
   std::string top_;
   std::string shown_;
@@ -107,8 +118,11 @@ std::vector<std::string> FilesBelow(const std::vector<GitFile>& files, const std
 // Files that a sparse checkout leaves out are not deleted: they are as in the index.
 class WorkTree : public DiskSeenFrom {
  public:
-  WorkTree(std::string here, const std::string& top, const std::string& argument)
-      : DiskSeenFrom(std::move(here), top), left_out_(Git::FilesLeftOut(argument)) {
+  WorkTree(std::string here, std::string top, std::string argument)
+      : DiskSeenFrom(std::move(here), top),
+        left_out_(Git::FilesLeftOut(argument)),
+        top_(std::move(top)),
+        argument_(std::move(argument)) {
     std::ranges::sort(left_out_, {}, &GitFile::path);
   }
 
@@ -128,6 +142,12 @@ class WorkTree : public DiskSeenFrom {
     return files;
   }
 
+  std::set<std::string> IgnoredFiles() const override {
+    const std::string files = GitOutput({"-C", top_, "ls-files", "--others", "--ignored", "--exclude-standard", "-z"}, argument_);
+    const std::vector<std::string> paths = SplitAt(files, '\0');
+    return {paths.begin(), paths.end()};
+  }
+
   Bytes Read(const std::string& path) override {
     const GitFile* const file = DiskSeenFrom::HasFile(path) ? nullptr : FindFile(left_out_, path);
     return file == nullptr ? DiskSeenFrom::Read(path) : git_.ReadFile(*file, Display(path));
@@ -143,6 +163,8 @@ class WorkTree : public DiskSeenFrom {
  private:
   Git git_;
   std::vector<GitFile> left_out_;
+  std::string top_;
+  std::string argument_;
 };
 
 class Commit : public FileTree {

@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,11 +34,14 @@ class FileTree {
   // Whether it did. Only a commit has earlier versions: those on the way of first parents, under the same path. May be called by
   // several threads. Throws InputError.
   virtual bool TakeEarlier(const std::string& /*path*/, const TakeVersion& /*take*/) { return false; }
+  // The files that git ignores; none of a state that is no work tree. Runs git. Throws InputError.
+  virtual std::set<std::string> IgnoredFiles() const { return {}; }
   // The file as reports show it.
   virtual std::string Display(const std::string& path) const = 0;
 };
 
-// The files on the disk below a directory, displayed with `shown` in front. Links to directories and .git are skipped.
+// The files on the disk below a directory, displayed with `shown` in front. Links to directories and .git are skipped, so that
+// there are no files below a link either; `top` itself may be one.
 std::unique_ptr<FileTree> DiskTree(const std::string& top, const std::string& shown);
 
 // The same, displayed as paths from the directory `here`. Both directories are absolute.

@@ -116,28 +116,17 @@ std::vector<std::string> RemovedElsewhere(const ProjectFiles& files, const Proje
   return removed;
 }
 
-// A call may also name only the old path; the file is not deleted then.
+// A call may name only the directory that a file was moved from; its tables are not removed then. Files that git ignores are no
+// part of the project. Without git, any file may be a copy of the baseline.
 std::vector<std::string> AddedElsewhere(const ProjectFiles& files, const ProjectStates& states) {
   std::vector<std::string> added;
-  if (std::ranges::includes(files.in_new, files.in_old)) return added;
+  if (!states.baseline.revision || std::ranges::includes(files.in_new, files.in_old)) return added;
+  const std::set<std::string> ignored = states.new_state->IgnoredFiles();
   for (const std::string& file : states.new_state->Below("")) {
-    const bool is_added = !files.in_new.contains(file) && !states.old_state->HasFile(file);
-    if (is_added && IsSchemaName(*states.projects, file)) added.push_back(file);
+    if (files.in_new.contains(file) || ignored.contains(file) || states.old_state->HasFile(file)) continue;
+    if (IsSchemaName(*states.projects, file)) added.push_back(file);
   }
   return added;
-}
-
-// The nearest directory that contains a path, or is it, and is a repository of its own below the top. "" without such a
-// directory, and if the baseline is no commit.
-std::string RepositoryOf(const ProjectStates& states, const std::string& path) {
-  if (!states.baseline.revision) return "";
-  std::error_code ignored;
-  for (std::string directory = path; !directory.empty();) {
-    if (fs::exists(fs::path(states.top) / directory / ".git", ignored)) return directory;
-    const std::size_t slash = directory.rfind('/');
-    directory.resize(slash == std::string::npos ? 0 : slash);
-  }
-  return "";
 }
 
 // Why a path selects nothing.
@@ -216,6 +205,9 @@ ProjectStates OpenStates(const Baseline& baseline, ProjectSet& projects) {
       throw InputError{{ToolMessage(OneLine(name) + ": " + reason + "; allowed: " + kAllowedBaselines)}};
     }
     states.top = AbsolutePath(project == nullptr ? "" : project->directory);
+    if (fs::equivalent(name, states.top, error)) {
+      throw InputError{{ToolMessage(OneLine(name) + ": is the directory that is checked; allowed: an earlier state of it")}};
+    }
     states.old_state = DiskTree(name, name);
     states.new_state = DiskTreeSeenFrom(AbsolutePath(""), states.top);
   }
@@ -238,6 +230,17 @@ ProjectFiles SelectFiles(const std::vector<std::string>& paths, const ProjectSta
   ProjectFiles files = FilesOfPatterns(whole, states);
   AddDropped(whole, states, files);
   return files;
+}
+
+std::string RepositoryOf(const ProjectStates& states, const std::string& path) {
+  if (!states.baseline.revision) return "";
+  std::error_code ignored;
+  for (std::string directory = path; !directory.empty();) {
+    if (fs::exists(fs::path(states.top) / directory / ".git", ignored)) return directory;
+    const std::size_t slash = directory.rfind('/');
+    directory.resize(slash == std::string::npos ? 0 : slash);
+  }
+  return "";
 }
 
 bool HasSchema(const ProjectStates& states) {

@@ -69,6 +69,10 @@ struct ProjectFiles {
 // has files for, if there are neither paths nor patterns, and for project files with errors.
 ProjectFiles SelectFiles(const std::vector<std::string>& paths, const ProjectStates& states);
 
+// The nearest directory that contains a path, or is it, and is a repository of its own below the top, such as a submodule. ""
+// without such a directory, and if the baseline is no commit.
+std::string RepositoryOf(const ProjectStates& states, const std::string& path);
+
 // Whether any file of the old state is a schema of the project: one that a directory with all files would select, with the
 // project files of either state. Reads files until it finds one.
 bool HasSchema(const ProjectStates& states);

@@ -104,6 +104,92 @@ TEST_F(AgainstTest, MatchesMovedFilesByBytesBeforeNames) {
   EXPECT_EQ(Against().exit_code, 0);
 }
 
+// A library named shop with one table.
+std::string ShopTable(const std::string& table, const std::string& fields = "") {
+  return "<metalib name=\"shop\" version=\"6\">\n" + Table({.name = table, .fields = fields}) + "\n</metalib>\n";
+}
+
+constexpr char kNewField[] = "<entry name=\"extra\" type=\"int8\" version=\"7\"/>";
+
+// Regression: of libraries with the same name, changed files were matched in the order of their names.
+TEST_F(AgainstTest, MatchesMovedFilesByTablesBeforeNames) {
+  Write("schemas/a.xml", ShopTable("a"));
+  Write("schemas/b.xml", ShopTable("b"));
+  Commit("second");
+  std::filesystem::remove(PathOf("schemas/a.xml"));
+  std::filesystem::remove(PathOf("schemas/b.xml"));
+  Write("schemas/deep/z.xml", ShopTable("a", kNewField));
+  Write("schemas/deep/a.xml", ShopTable("b", kNewField));
+  const Outcome outcome = Against({"--format", "json"});
+  EXPECT_EQ(outcome.exit_code, 0) << outcome.out;
+  EXPECT_THAT(Tables(outcome), testing::Contains("schemas/deep/z.xml: a allowed"));
+  EXPECT_THAT(Tables(outcome), testing::Contains("schemas/deep/a.xml: b allowed"));
+}
+
+TEST_F(AgainstTest, NewFileIsNotMatchedWithAMovedOneOfTheSameLibrary) {
+  Write("schemas/m.xml", ShopTable("m"));
+  Commit("second");
+  std::filesystem::rename(PathOf("schemas/m.xml"), PathOf("schemas/z.xml"));
+  Write("schemas/z.xml", ShopTable("m", kNewField));
+  Write("schemas/n.xml", ShopTable("n"));
+  const Outcome outcome = Against({"--format", "json"});
+  EXPECT_THAT(Tables(outcome), testing::Contains("schemas/z.xml: m allowed"));
+  EXPECT_THAT(Tables(outcome), testing::Contains("schemas/n.xml: n new"));
+}
+
+// Regression: file names are the same in directories that were renamed.
+TEST_F(AgainstTest, MatchesMovedFilesOfTheSameTablesByContent) {
+  for (const char* directory : {"schemas/eu", "schemas/us"}) std::filesystem::create_directory(PathOf(directory));
+  const std::string eu = "<entry name=\"vat\" type=\"uint16\"/>";
+  const std::string us = "<entry name=\"state\" type=\"uint8\"/>";
+  Write("schemas/eu/s.xml", ShopTable("t", eu));
+  Write("schemas/us/s.xml", ShopTable("t", us));
+  Commit("second");
+  std::filesystem::rename(PathOf("schemas/eu"), PathOf("schemas/z"));
+  std::filesystem::rename(PathOf("schemas/us"), PathOf("schemas/a"));
+  Write("schemas/z/s.xml", ShopTable("t", eu + kNewField));
+  Write("schemas/a/s.xml", ShopTable("t", us + kNewField));
+  EXPECT_EQ(Against().exit_code, 0) << Against().out;
+}
+
+// Regression: what a build leaves behind hid that the file itself was deleted.
+TEST_F(AgainstTest, IgnoredCopyDoesNotReplaceADeletedFile) {
+  Write(".gitignore", "/schemas/build/\n");
+  Commit("second");
+  std::filesystem::create_directory(PathOf("schemas/build"));
+  std::filesystem::rename(PathOf("schemas/users.xml"), PathOf("schemas/build/users.xml"));
+  const Outcome outcome = Against({"--format", "json"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_THAT(Tables(outcome), testing::Contains("git:HEAD:schemas/users.xml: users refused removed"));
+  EXPECT_EQ(Against({"schemas/users.xml"}).exit_code, 1);
+}
+
+TEST_F(AgainstTest, BaselineInsideOfTheProjectDoesNotReplaceADeletedFile) {
+  std::filesystem::create_directory(PathOf("schemas/before"));
+  Write("schemas/before/gone.xml", Schema("gone"));
+  Write("korvelcheck.toml", "");
+  const Outcome outcome = Run({"check", "--against", "schemas/before", "--format", "json", "gone.xml", "schemas"});
+  EXPECT_THAT(Tables(outcome), testing::Contains("schemas/before/gone.xml: gone refused removed"));
+}
+
+// Regression: it was reported as deleted.
+TEST_F(AgainstTest, FileThatWasMovedOutOfTheGivenDirectoryIsFound) {
+  Write("korvelcheck.toml", "[schemas]\npaths = [\"schemas/**/*.xml\", \"other/*.xml\"]\n");
+  std::filesystem::create_directory(PathOf("other"));
+  std::filesystem::rename(PathOf("schemas/users.xml"), PathOf("other/people.xml"));
+  Write("other/new.xml", Schema("new"));
+  const std::vector<std::string> tables = {"other/people.xml: users allowed", "schemas/deep/items.xml: items allowed",
+                                           "schemas/orders.xml: orders allowed"};
+  const Outcome outcome = Against({"--format", "json", "schemas"});
+  EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
+  EXPECT_EQ(Tables(outcome), tables);
+  Write("other/people.xml", Schema("users", "uint32"));
+  EXPECT_EQ(Against({"schemas"}).exit_code, 1);
+  EXPECT_EQ(Against({"schemas/users.xml"}).exit_code, 1);
+  ExpectInputError(Against({"schemas/users.xml", "-o", "other/people.xml"}),
+                   "korvelcheck: -o other/people.xml would replace an input\n");
+}
+
 TEST_F(AgainstTest, SelectsTablesInAllFiles) {
   EXPECT_THAT(Tables(Against({"--format", "json", "--table", "orders"})), ElementsAre("schemas/orders.xml: orders allowed"));
   ExpectInputError(Against({"--table", "oders"}), "korvelcheck: table 'oders' is in no file (did you mean 'orders'?)\n");
@@ -247,6 +333,32 @@ TEST_F(AgainstTest, SkipsNestedRepository) {
                                            "schemas/users.xml: users allowed"));
 }
 
+// Regression: its files seemed to be deleted.
+TEST_F(AgainstTest, DirectoryThatBecameARepositoryIsAFault) {
+  GitIn("schemas/deep", {"init", "-q"});
+  const Outcome outcome = Against();
+  EXPECT_EQ(outcome.exit_code, 2);
+  EXPECT_EQ(outcome.err,
+            "korvelcheck: schemas/deep/items.xml: belongs to the repository in schemas/deep, such as a submodule; check it "
+            "there\n");
+  EXPECT_THAT(outcome.out, HasSubstr("2 compared"));
+  EXPECT_THAT(outcome.out, Not(HasSubstr("deleted")));
+}
+
+// Regression: the files at their end were new.
+TEST_F(AgainstTest, PatternsDoNotLeadThroughLinks) {
+  std::filesystem::rename(PathOf("schemas"), PathOf("real"));
+  Write("korvelcheck.toml", "[schemas]\npaths = [\"real/**/*.xml\"]\n");
+  Commit("second");
+  std::filesystem::create_directory_symlink("real", PathOf("schemas"));
+  for (const char* pattern : {"schemas/*.xml", "schemas/deep/*.xml"}) {
+    Write("korvelcheck.toml", "[schemas]\npaths = [\"real/**/*.xml\", \"" + std::string(pattern) + "\"]\n");
+    const Outcome outcome = Against({"--allow-new"});
+    EXPECT_EQ(outcome.exit_code, 2) << outcome.out;
+    EXPECT_THAT(outcome.err, HasSubstr("'" + std::string(pattern) + "' matches no file"));
+  }
+}
+
 TEST_F(AgainstTest, OddNamesAreCompared) {
   for (const char* name : {"schemas/a b.xml", "schemas/new\nline.xml", "schemas/\xff.xml", "schemas/-x.xml", "schemas/:y.xml"}) {
     Write(name, Schema("odd"));
@@ -269,6 +381,11 @@ TEST_F(AgainstTest, AcceptsDirectoryAsEarlierState) {
   std::filesystem::remove(PathOf("schemas/users.xml"));
   EXPECT_THAT(Tables(Run({"check", "--against", "../before", "--format", "json"}, "schemas")),
               testing::Contains("../before/schemas/users.xml: users refused removed"));
+  const std::string is_top = ": is the directory that is checked; allowed: an earlier state of it\n";
+  ExpectInputError(Run({"check", "--against", "."}), "korvelcheck: ." + is_top);
+  std::filesystem::create_directory_symlink(".", PathOf("link"));
+  ExpectInputError(Run({"check", "--against", "link"}), "korvelcheck: link" + is_top);
+  std::filesystem::remove(PathOf("link"));
   ExpectInputError(
       Run({"check", "--against", "nowhere"}),
       "korvelcheck: nowhere: No such file or directory; allowed: git:REV, git:REV..., git-tag:PATTERN or a directory\n");

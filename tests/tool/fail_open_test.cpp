@@ -97,7 +97,17 @@ const Row kRows[] = {
      "clone"},
     {"SameCommitOnBothSides", nullptr, {"--allow-new", "--default-against", "git:HEAD"}, 0, "unchanged"},
     {"SameCommitAsMergeBase", nullptr, {"--allow-new", "--against", "git:HEAD..."}, 0, "unchanged"},
+    {"DirectoryComparedWithItself", nullptr, {"--allow-new", "--against", "."}, 2, "incomplete"},
+    {"TreeOfTheSameCommit", nullptr, {"--allow-new", "--against", "git:HEAD^{tree}"}, 0, "unchanged"},
     // What is selected
+    {"PatternThroughALink",
+     [](Repository& at) {
+       fs::create_directory_symlink("schemas", at.PathOf("link"));
+       at.SelectOnly("paths = [\"schemas/**/*.xml\", \"link/*.xml\"]");
+     },
+     {"--allow-new", "--against", "git:HEAD"},
+     2,
+     "incomplete"},
     {"NarrowedPaths",
      [](Repository& at) { at.SelectOnly("paths = [\"schemas/*.xml\"]"); },
      {"--allow-new", "--against", "git:HEAD"},
@@ -233,6 +243,37 @@ const Row kRows[] = {
      [](Repository& at) {
        at.Remove("schemas/orders.xml");
        at.Write("schemas/deep/moved.xml", Repository::Schema("orders", "uint32"));
+     },
+     {"--allow-new", "--against", "git:HEAD"},
+     1,
+     "refused"},
+    {"DeletedFileWithAnIgnoredCopy",
+     [](Repository& at) {
+       at.Write(".gitignore", "copy.xml\n");
+       at.Commit("second");
+       fs::rename(at.PathOf("schemas/orders.xml"), at.PathOf("schemas/copy.xml"));
+     },
+     {"--allow-new", "--against", "git:HEAD"},
+     1,
+     "refused"},
+    {"DirectoryThatBecameARepository",
+     [](Repository& at) {
+       at.GitIn("schemas/deep", {"init", "-q"});
+     },
+     {"--allow-new", "--against", "git:HEAD"},
+     2,
+     "incomplete"},
+    {"ChangeUnderAWaivedPreexistingRefusal",
+     [](Repository& at) {
+       const auto legacy = [](const std::string& type) {
+         return Library(5, {Table({.name = "orders", .attributes = "TableType=BAD", .key_type = type})});
+       };
+       at.Write("schemas/orders.xml", legacy("uint64"));
+       at.Write("korvelcheck.toml",
+                "[schemas]\npaths = [\"schemas/**/*.xml\"]\n[[waivers]]\nrule = \"table.attributes\"\ntable = \"orders\"\npath = "
+                "\"orders\"\nchange = \"pre-existing\"\nfile = \"schemas/orders.xml\"\nreason = \"r\"\nuntil = 2999-01-31\n");
+       at.Commit("second");
+       at.Write("schemas/orders.xml", legacy("uint32"));
      },
      {"--allow-new", "--against", "git:HEAD"},
      1,
