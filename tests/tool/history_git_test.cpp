@@ -107,17 +107,19 @@ TEST_F(HistoryGitTest, FollowsAnUncommittedRename) {
   EXPECT_EQ(json["verdict"], "refused");
 }
 
-// "is in no commit" was false.
-TEST_F(HistoryGitTest, SaysThatADirectoryWasRenamed) {
+// "is in no commit" was false. As for check, the files of the directory were removed.
+TEST_F(HistoryGitTest, RefusesADirectoryThatWasRenamed) {
   std::filesystem::create_directory(PathOf("old"));
   CommitVersion(1, "old/orders.xml");
   std::filesystem::rename(PathOf("old"), PathOf("new"));
-  ExpectInputError(
-      History({"--git", "old"}),
-      "korvelcheck: old: is a directory that the work tree no longer has; allowed: a file or directory that exists\n");
+  const Outcome uncommitted = History({"--git", "old"});
+  EXPECT_EQ(uncommitted.exit_code, 1) << uncommitted.err;
+  EXPECT_THAT(uncommitted.out, HasSubstr("history of old/orders.xml: 2 versions\n"));
   const std::string rename = Commit("rename").substr(0, 7);
-  ExpectInputError(History({"--git", "old"}), "korvelcheck: old: was a directory until commit " + rename +
-                                                  " removed or renamed it; allowed: a file or directory that exists\n");
+  const Outcome committed = History({"--git", "old"});
+  EXPECT_EQ(committed.exit_code, 1) << committed.err;
+  EXPECT_THAT(committed.out, HasSubstr("\n  commit " + rename + " removed old/orders.xml\n"));
+  EXPECT_THAT(committed.out, HasSubstr("refused [library.table]"));
 }
 
 TEST_F(HistoryGitTest, SuggestsGitForACommittedFile) {
