@@ -63,6 +63,11 @@ std::vector<Case> AllowedButUnreadable() {
   const std::vector<Field> two = {Byte("a", 1), Byte("b", 2)};
   const Table counted = T({Byte("n", 1), Bytes("a", 2, 2, "n")}, {"n"});
   const Table fixed = T({Byte("n", 1), Bytes("a", 2, 2)}, {"n"});
+  const auto unwritten = [](const char* counter) {
+    Field field = Bytes("a", 2, 2, counter);
+    field.version = 6;
+    return T({Byte("n", 1), field}, {"n", "a"});
+  };
   Field added = Bytes("a", 2, 1, "n");
   added.version = 6;
   Field grown = Byte("y", 2);
@@ -81,6 +86,8 @@ std::vector<Case> AllowedButUnreadable() {
        Packed({{.name = "s", .fields = {Byte("x", 1)}}, either, T({key_union}, {"k"})},
               {{.name = "s", .fields = {Byte("x", 1), grown}}, either, T({key_union}, {"k"})})},
       {"no longer counted", "refer-changed", Packed({counted}, {fixed})},
+      {"a field of the key that no record contains, no longer counted", "refer-changed",
+       Packed({unwritten("n")}, {unwritten("")})},
       {"newly counted", "refer-changed", Packed({fixed}, {counted})},
       {"newly counted, in TLV", "refer-changed", Tlv({fixed}, {counted})},
       {"a new field counted by an old one", "refer-added", Packed({T({Byte("n", 1)}, {"n"})}, {T({Byte("n", 1), added}, {"n"})})},

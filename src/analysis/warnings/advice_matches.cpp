@@ -132,9 +132,8 @@ bool ChangesCounter(Structures& structures, LPQMXMETAENTRY old_entry, LPQMXMETAE
   const LPQMXMETAENTRY old_counter = qmx_get_entry_refer(old_entry);
   const LPQMXMETAENTRY new_counter = qmx_get_entry_refer(new_entry);
   if (old_counter == nullptr && new_counter == nullptr) return false;
-  if (IsSameField(structures.form, old_counter, new_counter)) return false;
-  // A field that no old record contains is as good as a new one.
-  return structures.IsWritten(old_entry) || IsCountedByOldRecords(structures, new_entry);
+  // Also of a field that no old record contains: it may be in a key, which has as many default elements.
+  return !IsSameField(structures.form, old_counter, new_counter);
 }
 
 bool AddsCounted(Structures& structures, LPQMXMETAENTRY old_entry, LPQMXMETAENTRY new_entry) {
@@ -247,7 +246,7 @@ class AdviceSearch {
   void CompareSortFields() {
     const bool is_tlv = IsTlv(table_.old_lib) && IsTlv(table_.new_lib);
     const RecordForm form = is_tlv ? RecordForm::kTlv : RecordForm::kPacked;
-    for (const auto& [old_entry, new_entry] : ChangedSortFields(form, table_.old_meta, table_.new_meta)) {
+    for (const auto& [old_entry, new_entry] : LostSortFields(form, table_.old_meta, table_.new_meta)) {
       Add({&kSortFieldsAdvice, EditKind::kEntryCustomAttr2, table_.old_meta, table_.new_meta, old_entry, new_entry});
     }
   }

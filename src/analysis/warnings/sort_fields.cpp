@@ -17,7 +17,7 @@ bool IsSortedList(LPQMXMETA table) {
   int sort_field_num = 0;
   int sort_rule = 0;
   char protocol[8] = "";
-  // Every result except 0 leaves the values above unchanged.
+  // Every result except 0 leaves the values above unlost.
   CheckTable().CheckTableTypeByCustomAttr(OwnerOf(table), qmx_get_meta_name(table), type, list_num, sort_field_num, sort_rule,
                                           protocol, false, nullptr);
   return type == TABLE_TYPE_SORTLIST;
@@ -30,19 +30,16 @@ bool IsSortField(LPQMXMETALIB library, LPQMXMETAENTRY entry) {
 
 }  // namespace
 
-std::vector<std::pair<LPQMXMETAENTRY, LPQMXMETAENTRY>> ChangedSortFields(RecordForm form, LPQMXMETA old_table,
-                                                                         LPQMXMETA new_table) {
-  std::vector<std::pair<LPQMXMETAENTRY, LPQMXMETAENTRY>> changed;
-  if (!IsSortedList(old_table) || !IsSortedList(new_table)) return changed;
+std::vector<std::pair<LPQMXMETAENTRY, LPQMXMETAENTRY>> LostSortFields(RecordForm form, LPQMXMETA old_table, LPQMXMETA new_table) {
+  std::vector<std::pair<LPQMXMETAENTRY, LPQMXMETAENTRY>> lost;
+  if (!IsSortedList(old_table) || !IsSortedList(new_table)) return lost;
   EntryFinder in_new(form, new_table);
   for (const auto [index, old_entry] : Entries(old_table)) {
     if (!IsSortField(OwnerOf(old_table), old_entry)) continue;
     const LPQMXMETAENTRY new_entry = in_new.Find(old_entry, index);
-    if (new_entry == nullptr) continue;
-    if (!SameCustomAttr2(OwnerOf(old_table), old_entry, OwnerOf(new_table), new_entry))
-      changed.emplace_back(old_entry, new_entry);
+    if (new_entry != nullptr && !IsSortField(OwnerOf(new_table), new_entry)) lost.emplace_back(old_entry, new_entry);
   }
-  return changed;
+  return lost;
 }
 
 }  // namespace korvel

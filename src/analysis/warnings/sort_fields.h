@@ -1,5 +1,5 @@
-// Finds sort fields of a sorted list that lost or changed their place in the order. The checker compares their attributes only
-// where both schemas have one.
+// Finds sort fields of a sorted list that are none in the new schema. The checker compares the attributes of a field only if both
+// schemas have one.
 #pragma once
 
 #include <utility>
@@ -9,8 +9,7 @@
 
 namespace korvel {
 
-// The old and the new entry of each sort field whose second custom attribute changed. Empty unless both tables are sorted lists.
-std::vector<std::pair<LPQMXMETAENTRY, LPQMXMETAENTRY>> ChangedSortFields(RecordForm form, LPQMXMETA old_table,
-                                                                         LPQMXMETA new_table);
+// The old and the new entry of each field that was a sort field. None unless both tables are sorted lists.
+std::vector<std::pair<LPQMXMETAENTRY, LPQMXMETAENTRY>> LostSortFields(RecordForm form, LPQMXMETA old_table, LPQMXMETA new_table);
 
 }  // namespace korvel
