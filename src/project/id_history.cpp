@@ -12,7 +12,7 @@
 
 #include "analysis/diff/entry_attributes.h"
 #include "analysis/findings/finding.h"
-#include "analysis/suggest/suggestion_text.h"
+#include "analysis/findings/suggestion_text.h"
 #include "base/limits.h"
 #include "base/text.h"
 #include "common/meta_view.h"

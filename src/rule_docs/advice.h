@@ -19,7 +19,7 @@ const char* WordOf(Level level);
 struct AdviceRule {
   RefusalRow row;  // its id begins with "advice."; no code and no text, because the checker reports nothing
   Level level;
-  // What to do instead, for FillIn (analysis/suggest/suggestion_text.h). Null: leave out the edit.
+  // What to do instead, for FillIn (analysis/findings/suggestion_text.h). Null: leave out the edit.
   const char* suggestion = nullptr;
 };
 

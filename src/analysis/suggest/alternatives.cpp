@@ -8,7 +8,7 @@
 #include <string_view>
 #include <utility>
 
-#include "analysis/suggest/suggestion_text.h"
+#include "analysis/findings/suggestion_text.h"
 #include "base/text.h"
 #include "common/check_table.h"
 

@@ -6,10 +6,10 @@
 #include <optional>
 #include <utility>
 
+#include "analysis/findings/suggestion_text.h"
 #include "analysis/suggest/alternatives.h"
 #include "analysis/suggest/fixes.h"
 #include "analysis/suggest/suggestion_finder.h"
-#include "analysis/suggest/suggestion_text.h"
 #include "base/text.h"
 
 namespace korvel {

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "analysis/diff/entry_attributes.h"
-#include "analysis/suggest/suggestion_text.h"
+#include "analysis/findings/suggestion_text.h"
 #include "analysis/warnings/advice_matches.h"
 #include "analysis/warnings/advice_paths.h"
 #include "base/text.h"

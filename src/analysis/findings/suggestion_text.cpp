@@ -1,6 +1,6 @@
 // The words of suggestions, as tables. Contains no rules: what is allowed is decided by the checker alone.
 // Tested by tests/report/suggestions_test.cpp.
-#include "analysis/suggest/suggestion_text.h"
+#include "analysis/findings/suggestion_text.h"
 
 #include <algorithm>
 #include <iterator>
