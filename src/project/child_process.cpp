@@ -72,7 +72,8 @@ class Attributes {
 };
 
 // Messages are in English, and git reads each object and commit as it was stored: not a replacement, and not with other parents.
-constexpr std::string_view kSetVariables[] = {"LC_ALL=C", "GIT_NO_REPLACE_OBJECTS=1", "GIT_GRAFT_FILE=/dev/null"};
+// The file of other parents cannot exist; for an empty one, git would give advice.
+constexpr std::string_view kSetVariables[] = {"LC_ALL=C", "GIT_NO_REPLACE_OBJECTS=1", "GIT_GRAFT_FILE=/dev/null/none"};
 
 // Variables that contradict options of our calls.
 constexpr std::string_view kUnsetVariables[] = {"GIT_GLOB_PATHSPECS=", "GIT_NOGLOB_PATHSPECS=", "GIT_ICASE_PATHSPECS="};

@@ -156,7 +156,7 @@ class WaiverMatch {
       return has_fingerprint(found) && AcceptedChange(*found.table, *found.finding) == waiver_.change;
     });
     if (is_same_change && !IsCompared(waiver_.table)) return true;
-    Refuse("the finding with its fingerprint is another one", kReplace + Replacement(*other));
+    Refuse("its fingerprint belongs to another finding", kReplace + Replacement(*other));
     return false;
   }
 
@@ -261,7 +261,7 @@ void ReportWaivers(const Project& project, const std::vector<WaiverUse>& uses, W
       note("waiver.expired", Describe(*use.waiver) + " expired on " + use.waiver->until, "remove it", lenient);
     } else if (use.state == WaiverState::kUnused && !use.instead.empty()) {
       note("waiver.unused", Describe(*use.waiver) + " does not cover the change that is there now: " + OneLine(use.instead),
-           "revert the change, or have it accepted anew", lenient);
+           "revert the change, or waive it again", lenient);
     } else if (use.state == WaiverState::kUnused && policy.all_compared && use.waiver->rule != kIdReusedAdvice.row.id) {
       note("waiver.unused", Describe(*use.waiver) + " matches no finding", "remove it", lenient);
     }

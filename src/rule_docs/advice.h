@@ -10,7 +10,7 @@
 
 namespace korvel {
 
-// What a finding means: the checker refuses the change; it allows the change, but records may not read back; or neither.
+// What a finding means: the checker refuses the change; it allows the change, but records might not read back; or neither.
 enum class Level : std::uint8_t { kRefused, kWarning, kNote };
 
 // "refused", "warning", "note"
@@ -26,17 +26,16 @@ struct AdviceRule {
 inline constexpr AdviceRule kTableKindAdvice{{"advice.table-kind", 0, "", "a table became a union, or stopped being one"},
                                              Level::kWarning};
 inline constexpr AdviceRule kKeyMembersAdvice{
-    {"advice.key-members", 0, "", "the fields of the primary key are in another order, or one of them is repeated"},
+    {"advice.key-members", 0, "", "the fields of the primary key are in a different order, or one of them is repeated"},
     Level::kWarning};
 inline constexpr AdviceRule kKeyStructureAdvice{
-    {"advice.key-structure", 0, "", "a structure in a key changed, and keys get other bytes"},
+    {"advice.key-structure", 0, "", "a structure in a key changed, so keys have different bytes"},
     Level::kWarning,
     "keep {meta} as it is; put new fields in a structure that no key contains"};
 inline constexpr AdviceRule kReferChangedAdvice{
-    {"advice.refer-changed", 0, "", "the elements of a field are counted by another field than before, or by none"},
-    Level::kWarning};
+    {"advice.refer-changed", 0, "", "the refer of a field was added, removed or changed"}, Level::kWarning};
 inline constexpr AdviceRule kReferAddedAdvice{
-    {"advice.refer-added", 0, "", "a new field is counted by a field that old records contain"},
+    {"advice.refer-added", 0, "", "a new field has a counter that old records already contain"},
     Level::kWarning,
     "add a new field that counts {item}"};
 inline constexpr AdviceRule kIdReusedAdvice{
@@ -50,7 +49,7 @@ inline constexpr AdviceRule kVersionNotRaisedAdvice{
 inline constexpr AdviceRule kSortFieldsAdvice{
     {"advice.sort-fields", 0, "", "a sorted list is sorted by other fields than before"}, Level::kNote};
 inline constexpr AdviceRule kIndexColumnsAdvice{
-    {"advice.index-columns", 0, "", "the columns of an index are in another order, or sorted in another direction"},
+    {"advice.index-columns", 0, "", "the columns of an index are in a different order, or sorted in a different direction"},
     Level::kNote};
 inline constexpr AdviceRule kLibraryRenamedAdvice{{"advice.library-renamed", 0, "", "the library was renamed"}, Level::kNote};
 

@@ -197,8 +197,8 @@ const Row kRows[] = {
        at.Write("schemas/orders.xml", Repository::Schema("orders", "uint32"));
      },
      {"--against", "git:HEAD"},
-     2,
-     "incomplete"},
+     1,
+     "refused"},
     {"FileBrokenOnBothSides",
      [](Repository& at) {
        at.Write("schemas/orders.xml", kBroken);
@@ -215,8 +215,8 @@ const Row kRows[] = {
        at.Remove("schemas/orders.xml");
      },
      {"--against", "git:HEAD"},
-     2,
-     "incomplete"},
+     1,
+     "refused"},
     {"UnreadableFile",
      [](Repository& at) {
        fs::create_symlink("orders.xml", at.PathOf("schemas/link.xml"));

@@ -229,7 +229,7 @@ TEST_F(GitInputTest, ReportsGitThatEndsUnexpectedly) {
 
 TEST_F(GitInputTest, ReportsGitFailures) {
   Commit("first");
-  ReplaceGit("[ \"$2\" = ls-tree ] || exec \"$REAL_GIT\" \"$@\"\necho 'fatal: out of luck' >&2; exit 128");
+  ReplaceGit("case \"$*\" in *' ls-tree '*) echo 'fatal: out of luck' >&2; exit 128;; esac\nexec \"$REAL_GIT\" \"$@\"");
   ExpectRefused({"lint", "git:HEAD:old.xml"}, "korvelcheck: git:HEAD:old.xml: git ls-tree fails: out of luck\n");
 }
 

@@ -73,7 +73,7 @@ TEST_F(RemovedFileTest, WorkTreeMayHaveDeletedTheFile) {
   std::filesystem::remove(PathOf("s/b.xml"));
   ExpectRemoved({}, "s/b.xml");
   ExpectRemoved({"--from", "v1"}, "s/b.xml");
-  EXPECT_THAT(History({}).out, HasSubstr("\n  the work tree does not have the file any more\n"));
+  EXPECT_THAT(History({}).out, HasSubstr("\n  the work tree no longer has the file\n"));
 }
 
 TEST_F(RemovedFileTest, WholeDirectoryMayBeDeleted) {

@@ -265,7 +265,7 @@ TEST_F(WaiverTest, FingerprintMustAgree) {
   std::string other = named;
   other.replace(other.find("uint32"), 6, "uint16");
   Waive(other + fingerprint + "\"" + rest);
-  EXPECT_EQ(About(Check()), "error waiver.malformed: invalid waiver: the finding with its fingerprint is another one\n");
+  EXPECT_EQ(About(Check()), "error waiver.malformed: invalid waiver: its fingerprint belongs to another finding\n");
 }
 
 // Tables share the changes of a structure: who accepts one accepts it in every table of the file.
@@ -384,7 +384,7 @@ TEST_F(WaiverTest, WaiverOfAPreexistingRefusalCoversNoChange) {
         EXPECT_THAT(About(Check()), HasSubstr("does not cover the change that is there now: pre-existing; "));
         EXPECT_EQ(Run({"history", "old.xml", "wide.xml"}).exit_code, 1);
         const std::string text = Run({"check", "old.xml", "wide.xml"}).out;
-        EXPECT_THAT(text, HasSubstr(" not checked: the checker stops at a pre-existing refusal: "));
+        EXPECT_THAT(text, HasSubstr("  the checker stops at a pre-existing refusal: "));
         EXPECT_THAT(text, Not(HasSubstr("verified")));
         EXPECT_THAT(Check().out, HasSubstr("\"status\": \"not-checked\""));
         EXPECT_THAT(Check().out, Not(HasSubstr("\"status\": \"allowed\"")));
@@ -810,8 +810,8 @@ TEST_F(WaiverTest, DoesNotReplaceAFileThatWasModifiedMeanwhile) {
   const std::string fingerprint = Fingerprint({});
   ReplaceGit("echo '# edited' >> korvelcheck.toml\nexec \"$REAL_GIT\" \"$@\"");
   const Outcome outcome = WaiveFinding({fingerprint});
-  ExpectInputError(outcome,
-                   "korvelcheck: waive: korvelcheck.toml was modified meanwhile; nothing was written, run the command again\n");
+  ExpectInputError(
+      outcome, "korvelcheck: waive: korvelcheck.toml was modified in the meantime; nothing was written; run the command again\n");
   EXPECT_THAT(Read("korvelcheck.toml"), testing::StartsWith(project + "# edited\n"));
   EXPECT_THAT(Read("korvelcheck.toml"), Not(HasSubstr("[[waivers]]")));
 }

@@ -1,4 +1,4 @@
-// Warnings and notes about a table: allowed changes after which records may not read back, and probable mistakes.
+// Warnings and notes about a table: allowed changes after which records might not read back, and probable mistakes.
 #pragma once
 
 #include "analysis/findings/finding.h"

@@ -141,8 +141,9 @@ class JunitReport {
   void WriteSuite(std::span<const FoldedTable> tables) {
     const TableResult& first = *tables.front().table;
     const std::string& second = first.second->name;
-    const std::string pair = first.first == nullptr || first.first == first.second ? second : first.first->name + " -> " + second;
-    const std::string name = pair + (first.baseline.empty() ? "" : " against " + first.baseline);
+    const bool has_old = first.first != nullptr && first.first != first.second;
+    const std::string against = first.baseline.empty() ? "" : " against " + first.baseline;
+    const std::string name = has_old ? first.first->name + " -> " + second : second + against;
     Counts counts;
     for (const FoldedTable& table : tables) counts.Add(report_, *table.table);
     sink_("  <testsuite" + Attribute("name", name) + counts.Attributes() + ">\n" + Properties());

@@ -87,8 +87,8 @@ const char* WordOf(const ProjectFinding& finding) { return finding.waiver ? "wai
 
 std::string EndOf(const ProjectFinding& finding) {
   const std::string waiver = finding.waiver ? "  " + ToText(*finding.waiver) + "\n" : "";
-  const std::string& fingerprint = finding.fingerprint;
-  return waiver + SuggestionText(finding.suggestion) + (fingerprint.empty() ? "" : "  fingerprint: " + fingerprint + "\n");
+  const std::string fingerprint = finding.fingerprint.empty() ? "" : "  fingerprint: " + finding.fingerprint + "\n";
+  return waiver + SuggestionText(finding.suggestion) + fingerprint;
 }
 
 const char* WordOf(const Finding& finding) { return finding.waiver ? "waived" : WordOf(finding.level); }
@@ -238,14 +238,10 @@ std::size_t NumberOf(const Changes& changes, EditStatus status) {
 
 std::string AllowedPart(const Changes& changes) {
   const std::size_t allowed = NumberOf(changes, EditStatus::kAllowed);
-  const std::size_t not_checked = NumberOf(changes, EditStatus::kNotChecked);
-  const std::size_t checked = changes.edits.size() - not_checked;
+  const std::size_t checked = changes.edits.size() - NumberOf(changes, EditStatus::kNotChecked);
   const Verdict& together = changes.allowed_together;
-  if (together.Refused() && not_checked > 0) {
-    return std::to_string(not_checked) + " of " + Counted(changes.edits.size(), "change") +
-           (not_checked == 1 ? " was" : " were") +
-           " not checked: the checker stops at a pre-existing refusal: " + SummaryOf(together) + " (" +
-           CheckerLine(together.text) + ")";
+  if (together.Refused() && checked < changes.edits.size()) {
+    return "the checker stops at a pre-existing refusal: " + SummaryOf(together) + " (" + CheckerLine(together.text) + ")";
   }
   if (checked == 0) return "no change was checked";
   const std::string change = checked == changes.edits.size() ? "change" : "checked change";
@@ -267,8 +263,7 @@ std::string NextOf(const SharedItems& items) {
 
 namespace {
 
-constexpr char kWorkLimitText[] =
-    "suggestions are incomplete from this table on: the search has reached the limit on the work of one call";
+constexpr char kWorkLimitText[] = "suggestions are incomplete from this table on: the search reached its limit for one call";
 
 }  // namespace
 

@@ -144,7 +144,7 @@ void AddStrictWaivers(ArgumentList& arguments, bool& is_strict) {
 void FailOn::AddTo(ArgumentList& arguments) {
   arguments.AddChoice(
       "--fail-on", kFailOn, [this](int code) { warnings = code == kFailOnWarning; },
-      "what exit code 1 means: a refusal, or also a warning; default: from the project file, else refused");
+      "what makes the exit code 1: refusals only, or warnings as well; default: from the project file, else refused");
 }
 
 bool FailOn::Warnings(const Project* project) const {

@@ -90,6 +90,7 @@ int Run(const LintArguments& arguments) {
 
 }  // namespace
 
-const Command kLintCommand{"lint", "check that schemas are well formed and their tables acceptable", Declare<LintArguments, Run>};
+const Command kLintCommand{"lint", "check that files are well formed and that the checker accepts their tables",
+                           Declare<LintArguments, Run>};
 
 }  // namespace korvel::tool

@@ -64,8 +64,7 @@ SchemaSuggestion Suggest(const Input& old_input, const Input& new_input, const s
     for (const std::string& line : one.suggestions) reasons.lines.push_back("   " + OneLine(line));
   }
   if (suggestion.reached_work_limit) {
-    reasons.lines.emplace_back(
-        "   the search has reached the limit on the work of one call: --table searches for one table alone");
+    reasons.lines.emplace_back("   the search reached its limit for one call; use --table to search for one table at a time");
   }
   throw reasons;
 }

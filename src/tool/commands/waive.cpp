@@ -1,9 +1,5 @@
 // Tested by tests/tool/waiver_test.cpp.
-#include <fcntl.h>
-#include <sys/file.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <iterator>
@@ -13,7 +9,6 @@
 
 #include "base/calendar.h"
 #include "base/did_you_mean.h"
-#include "base/file_descriptor.h"
 #include "base/input_error.h"
 #include "base/text.h"
 #include "project/waiver_entry.h"
@@ -21,6 +16,7 @@
 #include "schema/file_bytes.h"
 #include "tool/cli/command.h"
 #include "tool/commands/run_check.h"
+#include "tool/io/directory_lock.h"
 #include "tool/io/exit.h"
 #include "tool/io/output.h"
 #include "vesk/closed_category.h"
@@ -83,23 +79,6 @@ WaiveWords Split(const std::vector<std::string>& words) {
 }
 
 // --- The project file ---
-
-// Calls that change project files of one directory wait for each other, so that no waiver is lost: a file is replaced by a new
-// one, so a lock on the file itself would not last.
-class DirectoryLock {
- public:
-  explicit DirectoryLock(const std::string& path)
-      : directory_(std::filesystem::weakly_canonical(std::filesystem::absolute(path)).parent_path()),
-        file_(::open(directory_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-    int error = file_.IsOpen() ? 0 : errno;
-    while (error == 0 && ::flock(file_.get(), LOCK_EX) != 0) error = errno == EINTR ? 0 : errno;
-    if (error != 0) Refuse("cannot lock " + OneLine(directory_.string()) + ": " + std::strerror(error));
-  }
-
- private:
-  std::filesystem::path directory_;
-  FileDescriptor file_;
-};
 
 std::string TextOf(const std::string& path) {
   std::error_code ignored;
@@ -267,7 +246,8 @@ CommandResult Check(const WaiveArguments& arguments, const std::vector<std::stri
 std::optional<std::string> WaiveIn(const std::string& path, const std::string& of_call, const WaiveArguments& arguments,
                                    const WaiveWords& words) {
   RefuseOverlaps({path}, arguments.output);
-  const DirectoryLock lock(path);
+  const DirectoryLock lock(path);  // so that no waiver of another call is lost
+  if (lock.error() != 0) Refuse("cannot lock " + OneLine(lock.directory().string()) + ": " + std::strerror(lock.error()));
   const std::string text = TextOf(path);
   const Project project = ParseProject(of_call, path == of_call ? text : TextOf(of_call));
   CommandResult result = Check(arguments, words.files, project);
@@ -278,7 +258,7 @@ std::optional<std::string> WaiveIn(const std::string& path, const std::string& o
   const std::vector<WaiverEntry> entries = EntriesFor(arguments, words.fingerprints, changed, owner, result.report);
   const std::string longer = WithWaivers(text, entries);
   RequireWaivers(path, longer, changed.waivers.size(), entries.size());
-  if (TextOf(path) != text) Refuse(OneLine(path) + " was modified meanwhile; nothing was written, run the command again");
+  if (TextOf(path) != text) Refuse(OneLine(path) + " was modified in the meantime; nothing was written; run the command again");
   WriteFile(path, AsProducer(longer));
   std::string done;
   for (const std::string& fingerprint : words.fingerprints) {
@@ -296,7 +276,8 @@ int Run(const WaiveArguments& arguments) {
   const std::optional<std::string> nested = WaiveIn(of_call, of_call, arguments, words);
   if (!nested) return kAllAllowed;
   if (nested->starts_with("git:")) Refuse(OneLine(*nested) + " is not on the disk; allowed: --project with a file that is");
-  if (WaiveIn(*nested, of_call, arguments, words)) Refuse(OneLine(*nested) + " was modified meanwhile; run the command again");
+  if (WaiveIn(*nested, of_call, arguments, words))
+    Refuse(OneLine(*nested) + " was modified in the meantime; run the command again");
   return kAllAllowed;
 }
 
