@@ -5,6 +5,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -34,7 +35,9 @@ class SettingsChanges {
     std::string project_file;
     std::uint32_t position;
     std::string change;
-    auto operator<=>(const Key&) const = default;
+    bool operator<(const Key& other) const {
+      return std::tie(project_file, position, change) < std::tie(other.project_file, other.position, other.change);
+    }
   };
 
   bool HaveSameSettings(const Project* old_project, const Project* new_project);

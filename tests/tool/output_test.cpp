@@ -57,7 +57,7 @@ TEST_F(OutputTest, WritesTheReportToAFile) {
 
 // The name of the temporary file must not be longer than a name may be.
 TEST_F(OutputTest, WritesTheReportToAFileWithALongName) {
-  for (const std::size_t length : {248, 249, 255}) {
+  for (const std::size_t length : {248U, 249U, 255U}) {
     const std::string name(length, 'r');
     ExpectOutcome(Korvelcheck({"check", "old.xml", "wide.xml", "-o", name}), 1, "", "");
     EXPECT_EQ(Verdicts(Read(name)), kWideFinding);

@@ -19,9 +19,12 @@ using Element = std::tuple<EditKind, std::string, std::string>;
 
 Element ElementOf(const Edit& edit) { return {IsOfEntry(edit.kind) ? EditKind::kEntryAdded : edit.kind, edit.meta, edit.item}; }
 
+// In an image, a name may be missing.
+std::string TextOf(const char* name) { return name == nullptr ? "" : name; }
+
 KnownWarning WarningAt(const AdviceMatch& match) {
   const LPQMXMETAENTRY entry = match.old_entry != nullptr ? match.old_entry : match.new_entry;
-  return {match.rule->row.id, qmx_get_meta_name(match.old_meta), entry == nullptr ? "" : qmx_get_entry_name(entry)};
+  return {match.rule->row.id, TextOf(qmx_get_meta_name(match.old_meta)), TextOf(EntryName(entry))};
 }
 
 }  // namespace

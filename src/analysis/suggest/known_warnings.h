@@ -1,9 +1,9 @@
 // The warnings that a report shows about a change. What is suggested instead must not bring others.
 #pragma once
 
-#include <compare>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "analysis/findings/finding.h"
@@ -18,7 +18,9 @@ struct KnownWarning {
   std::string meta;
   std::string item;  // the name of the field, the old one if it has one
 
-  auto operator<=>(const KnownWarning&) const = default;
+  bool operator<(const KnownWarning& other) const {
+    return std::tie(rule, meta, item) < std::tie(other.rule, other.meta, other.item);
+  }
 };
 
 using KnownWarnings = std::set<KnownWarning>;
