@@ -59,6 +59,7 @@ std::vector<Baseline> AllOf(const std::string& argument) {
   if (!other) return {ResolveBaseline(argument)};
   const std::vector<std::string> bases = Git::MergeBases(*other, argument);
   std::vector<Baseline> baselines;
+  baselines.reserve(bases.size());
   for (const std::string& base : bases) baselines.push_back(MergeBaseOf(*other, base, argument, bases.size() == 1));
   return baselines;
 }
