@@ -128,7 +128,7 @@ class Diagnosis {
   std::string SimilarReference() const {
     std::vector<std::string> names = References();
     if (revision_.find_first_of("~^@") == std::string::npos) names.emplace_back("HEAD");
-    const std::string nearest = DidYouMean(revision_, std::vector<std::string_view>(names.begin(), names.end()));
+    std::string nearest = DidYouMean(revision_, std::vector<std::string_view>(names.begin(), names.end()));
     if (!nearest.empty()) return nearest;
     const auto longer =
         std::ranges::find_if(names, [this](const std::string& name) { return name.starts_with(revision_ + "."); });
@@ -200,7 +200,7 @@ std::string FindObject(const std::string& revision, const std::string& argument)
 
 std::string FetchAllCommand(const std::string& revision, const std::string& argument) {
   constexpr std::string_view kFetched = "FETCH_HEAD";
-  const std::string command = "git fetch --unshallow";
+  std::string command = "git fetch --unshallow";
   const std::vector<std::string> remotes = SplitAt(RunGit({"remote"}, argument).out, '\n');
   if (!revision.starts_with(kFetched) || remotes.empty()) return command;
   return OneLine(command + " " + remotes.front() + " ") + FindObject(std::string(kFetched), argument);
