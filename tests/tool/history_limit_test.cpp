@@ -89,7 +89,7 @@ TEST_F(HistoryLimitTest, ForgetsFindingsThatAreNotListed) {
   constexpr long kBytes = 2500;  // of a table in a step; with its changes and findings, 5.5 KB
   const auto peak_of = [&](int versions) { return History(WriteVersions(versions, kTables), {"--max-findings", "1"}).peak_kb; };
   const long few = peak_of(kFew);
-  EXPECT_LE((peak_of(kMany) - few) * 1024 / (kTables * (kMany - kFew)), kBytes);
+  EXPECT_LE((peak_of(kMany) - few) * 1024 / (static_cast<long>(kTables) * (kMany - kFew)), kBytes);
 }
 
 }  // namespace
