@@ -34,7 +34,7 @@ Baseline ResolveTag(const std::string& argument) {
   return {"git:" + tag.substr(kTags.size()), tag, "the newest tag that matches " + OneLine(pattern)};
 }
 
-// The id of the commit; "" for a directory, for a tree without a commit, and if there is none.
+// The id of the commit, or "" for a directory, a tree without a commit and an unknown revision.
 std::string CommitOf(const Baseline& baseline) {
   return baseline.revision ? FindObject(*baseline.revision + "^{commit}", baseline.name) : "";
 }

@@ -105,7 +105,7 @@ class HistoryChecker {
     }
   }
 
-  // The last version that can be read and has a table, without its tables; nullopt if there is none.
+  // The last version that can be read and has a table, without its tables, or nullopt.
   std::optional<LoadedVersion> LoadRemoved(std::size_t position) {
     for (std::size_t i = position; i > 0; --i) {
       const std::optional<LoadedVersion> last = Load(i - 1);

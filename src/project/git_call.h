@@ -18,7 +18,7 @@ GitResult RunGit(const std::vector<std::string>& arguments, const std::string& a
 // The standard output of a run that must succeed: throws InputError with git's error otherwise.
 std::string GitOutput(const std::vector<std::string>& arguments, const std::string& argument);
 
-// The id of the object that a revision such as "v1^{commit}" names; "" if there is none.
+// The id of the object that a revision such as "v1^{commit}" names, or "".
 std::string FindObject(const std::string& revision, const std::string& argument);
 
 // The command that fetches the rest of the history of a shallow clone. It sets FETCH_HEAD, so if the revision is FETCH_HEAD, it
