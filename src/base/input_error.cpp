@@ -33,13 +33,13 @@ InputFault FaultAt(FaultKind kind, const std::string& file, std::size_t line, st
   InputFault fault = Split(kind, file, what);
   fault.line = line;
   fault.column = column;
-  fault.message = OneLine(FileLineColumn(file, Position{line, column}) + ": error: " + what);
+  fault.message = OneLine(FileLineColumn(PathText(file), Position{line, column}) + ": error: " + what);
   return fault;
 }
 
 InputFault FaultIn(FaultKind kind, const std::string& file, const std::string& what) {
   InputFault fault = Split(kind, file, what);
-  fault.message = OneLine(file + ": error: " + what);
+  fault.message = OneLine(PathText(file) + ": error: " + what);
   return fault;
 }
 

@@ -1,112 +1,84 @@
-// Decodes UTF-8 and escapes. OneLine leaves everything else as it is, because the checker's texts are part of its interface.
-// Tested by tests/qmx/text_test.cpp, tests/report/edit_test.cpp and tests/report/markdown_text_test.cpp.
+// Escapes text for people, shells, JSON and Markdown. Tested by tests/qmx/text_test.cpp, tests/report/characters_test.cpp,
+// edit_test.cpp and markdown_text_test.cpp.
 #include "base/text.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 
 #include "base/characters.h"
 
 namespace korvel {
 namespace {
 
-// --- OneLine ---
+// Bytes that stay as they are wherever they are: printable ASCII without '#'.
+constexpr std::array<bool, 256> kIsPlain = [] {
+  std::array<bool, 256> plain{};
+  for (std::size_t byte = ' '; byte <= '~'; ++byte) plain[byte] = byte != '#';
+  return plain;
+}();
 
-// Length of the control character at the start of `text`, 0 without one: C0, DEL, C1 (U+0080 to U+009F), the line and
-// paragraph separators and the marks that change the direction of writing (U+2028 to U+202E, U+2066 to U+2069).
-std::size_t ControlLength(std::string_view text) {
-  const auto byte = static_cast<unsigned char>(text.front());
-  if (byte < 0x20 || byte == 0x7f) return 1;
-  if (byte == 0xc2 && text.size() > 1) return static_cast<unsigned char>(text[1]) < 0xa0 ? 2 : 0;
-  if (byte != 0xe2 || text.size() < 3) return 0;
-  const auto last = static_cast<unsigned char>(text[2]);
-  const bool is_mark = (text[1] == '\x80' && last >= 0xa8 && last <= 0xae) || (text[1] == '\x81' && last >= 0xa6 && last <= 0xa9);
-  return is_mark ? 3 : 0;
+bool IsPlainByte(char c) { return kIsPlain[static_cast<unsigned char>(c)]; }
+
+// --- OneLine and PathText ---
+
+// Length in bytes of a blank at the start of the text: a space, or one of the others that programs skip at the start of a line.
+std::size_t BlankLength(std::string_view text) {
+  const auto [length, code] = FirstCharacter(text);
+  const bool is_blank = code == ' ' || code == 0xA0 || code == 0x1680 || (code >= 0x2000 && code <= 0x200A) || code == 0x202F ||
+                        code == 0x205F || code == 0x3000;
+  return is_blank ? length : 0;
 }
 
-std::string EscapeControl(char c) {
-  switch (c) {
-    case '\n':
-      return "\\n";
-    case '\r':
-      return "\\r";
-    case '\t':
-      return "\\t";
-    default:
-      break;
-  }
-  constexpr char kDigits[] = "0123456789abcdef";
-  const auto byte = static_cast<unsigned char>(c);
-  return {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 0xf]};
-}
-
-// --- Quote ---
-
-struct Utf8Form {
-  std::uint8_t mask, lead;  // a first byte belongs to the form if (byte & mask) == lead
-  std::size_t length;
-  std::uint32_t lowest;  // smaller code points have a shorter form
-};
-
-constexpr Utf8Form kUtf8Forms[] = {{0x80, 0x00, 1, 0}, {0xE0, 0xC0, 2, 0x80}, {0xF0, 0xE0, 3, 0x800}, {0xF8, 0xF0, 4, 0x10000}};
-
-struct Character {
-  std::size_t length = 0;  // in bytes; 0: no character
-  std::uint32_t code_point = 0;
-};
-
-std::uint8_t Byte(std::string_view text, std::size_t at) { return static_cast<std::uint8_t>(text[at]); }
-
-Character Decode(std::string_view text, const Utf8Form& form) {
-  if (text.size() < form.length) return {};
-  std::uint32_t code_point = Byte(text, 0) & static_cast<std::uint8_t>(~form.mask);
-  for (std::size_t i = 1; i < form.length; ++i) {
-    if ((Byte(text, i) & 0xC0) != 0x80) return {};
-    code_point = code_point << 6 | (Byte(text, i) & 0x3Fu);
-  }
-  const bool is_surrogate = code_point >= 0xD800 && code_point <= 0xDFFF;
-  if (code_point < form.lowest || code_point > 0x10FFFF || is_surrogate) return {};
-  return {form.length, code_point};
-}
-
-Character FirstCharacter(std::string_view text) {
-  if (text.empty()) return {};
-  for (const Utf8Form& form : kUtf8Forms) {
-    if ((Byte(text, 0) & form.mask) == form.lead) return Decode(text, form);
-  }
-  return {};
-}
-
-// False for characters that would break the line, hide text or change its direction.
-bool IsDisplayable(std::uint32_t code_point) {
-  const auto within = [code_point](std::uint32_t low, std::uint32_t high) { return code_point >= low && code_point <= high; };
-  return !(code_point < 0x20 || within(0x7F, 0x9F) || within(0x200B, 0x200F) || within(0x2028, 0x202E) ||
-           within(0x2060, 0x2069) || code_point == 0xFEFF);
-}
-
-std::string FormatEscape(const char* format, unsigned value) {
-  char text[16];
-  std::snprintf(text, sizeof text, format, value);
+std::string_view WithoutBlanks(std::string_view text) {
+  while (const std::size_t length = BlankLength(text)) text.remove_prefix(length);
   return text;
 }
 
-std::string Display(std::string_view text, const Character& first) {
-  if (first.length == 0) return FormatEscape("\\x%02X", Byte(text, 0));
-  if (IsDisplayable(first.code_point)) return std::string(text.substr(0, first.length));
-  if (first.code_point == '\n') return "\\n";
-  if (first.code_point == '\r') return "\\r";
-  if (first.code_point == '\t') return "\\t";
-  return FormatEscape(first.code_point < 0x80 ? "\\x%02X" : "\\u%04X", first.code_point);
+bool IsPlainLine(std::string_view text) {
+  if (!std::ranges::all_of(text, IsPlainByte)) return false;
+  const auto* const first = std::ranges::find_if_not(text, [](char c) { return c == ' '; });
+  return text.end() - first < 2 || first[0] != ':' || first[1] != ':';
+}
+
+// --- ShellWord ---
+
+bool IsShellPlain(char c) {
+  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+         std::string_view("%+,-./:=@_").find(c) != std::string_view::npos;
+}
+
+// As a format of printf: every other byte is written as a number, in octal.
+std::string PrintedWord(std::string_view text) {
+  std::string word = "\"$(printf '";
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    const auto digit = [byte](unsigned shift) { return static_cast<char>('0' + (byte >> shift & 7U)); };
+    IsShellPlain(c) && c != '%' && c != '-' ? word.append(1, c) : word.append({'\\', digit(6), digit(3), digit(0)});
+  }
+  return word + "')\"";
+}
+
+// --- EscapeInJson ---
+
+// Appends the first character, and returns its length.
+std::size_t AppendInJson(std::string& json, std::string_view text) {
+  const Character first = FirstCharacter(text);
+  if (IsHidden(first.code_point) || BeginsLogCommand(text)) {
+    AppendJsonEscape(json, first.code_point);
+  } else {
+    json.append(text.substr(0, first.length));
+  }
+  return CharacterLength(text);
 }
 
 // --- Markdown ---
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-bool IsWord(char c) {
-  return IsDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || static_cast<unsigned char>(c) >= 0x80;
-}
+bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+bool IsHexDigit(char c) { return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
+bool IsWord(char c) { return IsDigit(c) || IsLetter(c) || static_cast<unsigned char>(c) >= 0x80; }
 
 // Whether the character at `at` has no special meaning wherever the text is used. Doubtful ones are escaped.
 bool IsPlain(std::string_view text, std::size_t at) {
@@ -144,36 +116,82 @@ bool IsPlain(std::string_view text, std::size_t at) {
   }
 }
 
-std::string EscapeForMarkdown(std::string_view text, bool is_code) {
-  std::string markdown;
-  const std::string valid = ValidUtf8(OneLine(text));
-  for (std::size_t at = 0; at < valid.size(); ++at) {
-    const char c = valid[at];
-    const std::string reference = "&#" + std::to_string(static_cast<int>(static_cast<unsigned char>(c))) + ";";
-    if (IsPlain(valid, at) || (is_code && (c == '.' || c == ':'))) {
+// Whether the word characters at the end of the text begin with a letter: "GH" of "GH-1", but no part of a date.
+bool EndsInName(std::string_view text) {
+  std::size_t begin = text.size();
+  while (begin > 0 && (IsWord(text[begin - 1]) || text[begin - 1] == '_')) --begin;
+  return begin < text.size() && !IsDigit(text[begin]);
+}
+
+// ":100:", ":+1:"
+bool BeginsWithPicture(std::string_view text) {
+  const auto is_part = [](char c) { return IsWord(c) || c == '_' || c == '+' || c == '-'; };
+  const auto* const end = std::ranges::find_if_not(text.substr(1), is_part);
+  return end != text.end() && end != text.begin() + 1 && *end == ':';
+}
+
+// Whether services could turn a word, which has no blanks, into a link or a picture: "@user", "#12", "!12", "~label", "GH-1", the
+// id of a commit, "www.", "://", ":100:".
+bool IsReference(std::string_view word) {
+  constexpr std::size_t kShortestId = 7;
+  if (word.find_first_of("@#") != std::string_view::npos || word.find("://") != std::string_view::npos) return true;
+  if (word.find("www.") != std::string_view::npos) return true;
+  for (std::size_t at = 0; at < word.size(); ++at) {
+    const std::string_view rest = word.substr(at);
+    const char c = rest.front();
+    const char after = rest.size() > 1 ? rest[1] : ' ';
+    if ((c == '!' || c == '&' || c == '$') && IsDigit(after)) return true;
+    if ((c == '%' || c == '~') && (IsWord(after) || after == '"')) return true;
+    if (c == '-' && IsDigit(after) && EndsInName(word.substr(0, at))) return true;
+    if (c == ':' && BeginsWithPicture(rest)) return true;
+    const bool begins = IsHexDigit(c) && (at == 0 || !IsWord(word[at - 1]));
+    if (!begins) continue;
+    const auto* const end = std::ranges::find_if_not(rest, IsHexDigit);
+    const auto length = static_cast<std::size_t>(end - rest.begin());
+    if (length >= kShortestId && (end == rest.end() || !IsWord(*end))) return true;
+    at += length - 1;
+  }
+  return false;
+}
+
+// The bytes of `text` from `begin` to `end`.
+void AppendMarkdown(std::string& markdown, std::string_view text, std::size_t begin, std::size_t end, bool is_code) {
+  for (std::size_t at = begin; at < end; ++at) {
+    const char c = text[at];
+    if (IsPlain(text, at) || (is_code && (c == '.' || c == ':'))) {
       markdown += c;
-    } else if (!is_code && (c == '@' || c == '#')) {
-      markdown += "<code>" + reference + "</code>";  // even a reference would notify a user or link to an issue
     } else {
-      markdown += reference;
+      markdown += "&#" + std::to_string(static_cast<int>(static_cast<unsigned char>(c))) + ";";
     }
   }
-  return markdown;
 }
 
 }  // namespace
 
 std::string OneLine(std::string_view text) {
-  // Nearly every text stays as it is.
-  if (std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~'; })) return std::string(text);
+  if (IsPlainLine(text)) return std::string(text);  // nearly every text
   std::string line;
-  while (!text.empty()) {
-    const std::size_t control = ControlLength(text);
-    for (const char c : text.substr(0, control)) line += EscapeControl(c);
-    if (control == 0) line += text.front();
-    text.remove_prefix(control == 0 ? 1 : control);
+  if (const std::string_view rest = WithoutBlanks(text); rest.starts_with("::")) {
+    line.append(text.substr(0, text.size() - rest.size())).append("\\x3a");
+    text = rest.substr(1);
   }
+  while (!text.empty()) text.remove_prefix(AppendShown(line, text));
   return line;
+}
+
+std::string PathText(std::string_view path) {
+  if (!path.empty() && IsWord(path.front()) && IsPlainLine(path)) return std::string(path);  // nearly every path
+  const std::string_view start = WithoutBlanks(path);
+  const bool is_special = path.starts_with('-') || start.starts_with("::") || start.starts_with("##");
+  return OneLine(is_special ? "./" + std::string(path) : std::string(path));
+}
+
+std::string ShellWord(std::string_view text) {
+  if (OneLine(text) != text) return PrintedWord(text);
+  if (!text.empty() && std::ranges::all_of(text, IsShellPlain)) return std::string(text);
+  std::string word = "'";
+  for (const char c : text) c == '\'' ? word.append("'\\''") : word.append(1, c);
+  return word + "'";
 }
 
 std::size_t Utf8Length(std::string_view text) { return FirstCharacter(text).length; }
@@ -182,13 +200,26 @@ std::string Quote(std::string_view text) {
   std::string quoted = "'";
   std::size_t taken = 0;
   while (taken < text.size()) {
-    const Character first = FirstCharacter(text.substr(taken));
-    const std::size_t length = first.length == 0 ? 1 : first.length;
+    std::string shown;
+    const std::size_t length = AppendShown(shown, text.substr(taken));
     if (taken + length > kMaxQuoted) return quoted + "...'";
-    quoted += Display(text.substr(taken), first);
+    quoted += shown;
     taken += length;
   }
   return quoted + "'";
+}
+
+std::string EscapeInJson(std::string json) {
+  const auto is_plain = [](char c) { return IsPlainByte(c) || c == '\n'; };
+  std::string escaped;
+  for (std::string_view rest = json;;) {
+    const auto length = static_cast<std::size_t>(std::ranges::find_if_not(rest, is_plain) - rest.begin());
+    if (length == json.size()) return json;  // nearly every document
+    escaped.append(rest.substr(0, length));
+    rest.remove_prefix(length);
+    if (rest.empty()) return escaped;
+    rest.remove_prefix(AppendInJson(escaped, rest));
+  }
 }
 
 std::string EscapeWith(std::string_view text, std::string_view characters, std::string_view escape) {
@@ -198,9 +229,27 @@ std::string EscapeWith(std::string_view text, std::string_view characters, std::
 }
 
 // A character reference is never markup, in any parser; parsers differ about backslashes.
-std::string MarkdownText(std::string_view text) { return EscapeForMarkdown(text, false); }
+std::string MarkdownText(std::string_view text) {
+  const std::string line = OneLine(ValidUtf8(text));
+  std::string markdown;
+  for (std::size_t begin = 0; begin < line.size();) {
+    const std::size_t end = std::min(line.find(' ', begin), line.size());
+    const bool is_code = IsReference(std::string_view(line).substr(begin, end - begin));
+    markdown += is_code ? "<code>" : "";
+    AppendMarkdown(markdown, line, begin, end, is_code);
+    markdown += is_code ? "</code>" : "";
+    markdown.append(end < line.size() ? " " : "");
+    begin = end + 1;
+  }
+  return markdown;
+}
 
-std::string MarkdownCode(std::string_view text) { return "<code>" + EscapeForMarkdown(text, true) + "</code>"; }
+std::string MarkdownCode(std::string_view text) {
+  const std::string line = OneLine(ValidUtf8(text));
+  std::string markdown = "<code>";
+  AppendMarkdown(markdown, line, 0, line.size(), true);
+  return markdown + "</code>";
+}
 
 std::string MarkdownBlock(std::string_view language, std::string_view lines) {
   std::size_t longest = 0;

@@ -40,27 +40,41 @@ std::string FileLineColumn(std::string_view file, const LineColumn& location) {
 
 // --- Text from schemas and files, made safe to show ---
 
-// The text with control characters, line separators and marks that change the direction of writing escaped (\n, \r, \t, \x1b),
-// every other byte unchanged. Names of schemas and files may contain any of them. Not cut: see Quote. Linear.
+// The text on one line: hidden characters (IsHidden), bytes that are not UTF-8, and what a service could take for a command in a
+// log are escaped as by AppendShown; every other character is unchanged. A text that begins with "::", after blanks if any,
+// begins with "\x3a:". Names of schemas and files may contain all of this. Not cut: see Quote. Linear.
 std::string OneLine(std::string_view text);
+
+// A path as text output shows it, by OneLine. One that begins with "::", "##" (after blanks if any) or "-" has "./" in front, so
+// that it is neither a command in a log nor an option of a copied command.
+std::string PathText(std::string_view path);
+
+// A word of a command that people copy to a POSIX shell, which passes exactly this text: the text itself, in single quotes, or,
+// if it has hidden characters or bytes that are not UTF-8, as the output of printf. Shown on one line. An empty text is ''.
+std::string ShellWord(std::string_view text);
 
 // Longest piece of a text that a message shows, in bytes of the original text.
 inline constexpr std::size_t kMaxQuoted = 60;
 
-// The text in single quotes, on one line: control characters, invisible ones, those that change the direction of writing, and
-// bytes that are not UTF-8 are escaped. A text longer than kMaxQuoted is cut between characters and ends in "...".
+// The text in single quotes, its characters as AppendShown shows them. A text longer than kMaxQuoted is cut between characters
+// and ends in "...".
 std::string Quote(std::string_view text);
 
 // Length in bytes of the UTF-8 character at the start of `text`: 1 to 4. 0 for an empty text, invalid bytes, overlong forms and
 // surrogates.
 std::size_t Utf8Length(std::string_view text);
 
+// A JSON document with hidden characters as \uXXXX, and "##[" and "##word[" with the first '#' as \u0023. Its line ends and its
+// values stay as they are. REQUIRES: valid UTF-8.
+std::string EscapeInJson(std::string json);
+
 // The text with `escape` in front of each of these characters.
 std::string EscapeWith(std::string_view text, std::string_view characters, std::string_view escape);
 
 // --- Markdown; bytes that are not UTF-8 become U+FFFD ---
 
-// The text as plain text: nothing in it becomes markup, a tag, a link, a mention, or the end of a table cell or line. One line.
+// The text as plain text: nothing in it becomes markup, a tag, a link, a mention, or the end of a table cell or line. Words that
+// a service could turn into a link or a picture are inline code: GH-1, #1, @all, commit ids, addresses. One line.
 std::string MarkdownText(std::string_view text);
 
 // A name or a piece of a schema as inline code, also inside a table cell. One line.

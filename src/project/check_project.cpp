@@ -184,8 +184,9 @@ class Comparison {
     const std::string others = states_.projects->projects().size() > 1 ? " of this project file" : "";
     for (const auto& [name, settings] : project.tables) {
       if (tables.contains(name)) continue;
-      unknown.lines.push_back(OneLine(FileLineColumn(project.file, settings.location) + ": error: [tables." + Quote(name) +
-                                      "] is for a table that no schema file" + others + " has" + DidYouMean(name, known)));
+      unknown.lines.push_back(OneLine(FileLineColumn(PathText(project.file), settings.location) + ": error: [tables." +
+                                      Quote(name) + "] is for a table that no schema file" + others + " has" +
+                                      DidYouMean(name, known)));
     }
   }
 

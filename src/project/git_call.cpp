@@ -26,14 +26,18 @@ bool IsHexadecimal(std::string_view text) { return text.find_first_not_of("01234
 // Whether a revision is the id of an object, in full.
 bool IsObjectId(std::string_view revision) { return (revision.size() == 40 || revision.size() == 64) && IsHexadecimal(revision); }
 
+// A name that begins with '-' would be an option of the commands that name it.
+std::vector<std::string> RemotesOf(const std::string& argument) {
+  std::vector<std::string> remotes = SplitAt(RunGit({"remote"}, argument).out, '\n');
+  std::erase_if(remotes, [](const std::string& remote) { return remote.starts_with('-'); });
+  return remotes;
+}
+
 // Finds out why a revision does not exist, and which remote may have it.
 class Diagnosis {
  public:
   Diagnosis(const std::string& revision, const std::string& argument)
-      : revision_(revision),
-        argument_(argument),
-        remotes_(SplitAt(RunGit({"remote"}, argument).out, '\n')),
-        is_shallow_(IsShallow(argument)) {}
+      : revision_(revision), argument_(argument), remotes_(RemotesOf(argument)), is_shallow_(IsShallow(argument)) {}
 
   std::string Text() const {
     if (RunGit({"rev-list", "--all", "-n", "1"}, argument_).out.empty() && !IsKnown("HEAD")) {
@@ -67,13 +71,14 @@ class Diagnosis {
 
   std::string FetchOfObject() const {
     if (remotes_.empty()) return "";
-    return "; fetch it with: git fetch " + Depth() + OneLine(remotes_.front()) + " " + revision_;
+    return "; fetch it with: git fetch " + Depth() + ShellWord(remotes_.front()) + " " + revision_;
   }
 
   bool IsName() const { return RunGit({"check-ref-format", "refs/heads/" + revision_}, argument_).status == 0; }
 
   std::string CommandForBranch(const std::string& remote, const std::string& branch) const {
-    return OneLine("git fetch " + Depth() + remote + " " + branch + ":refs/remotes/" + remote + "/" + branch);
+    const std::string source = branch.starts_with('-') ? "refs/heads/" + branch : branch;  // which is no option
+    return "git fetch " + Depth() + ShellWord(remote) + " " + ShellWord(source + ":refs/remotes/" + remote + "/" + branch);
   }
 
   std::string HowToFetch() const {
@@ -100,9 +105,9 @@ class Diagnosis {
   std::string FetchOfName() const {
     if (remotes_.empty() || !IsPartialClone() || !IsName() || revision_.ends_with("HEAD")) return "";
     const std::string& remote = remotes_.front();
-    return OneLine("; if it is a tag, fetch it with: git fetch " + Depth() + remote + " tag " + revision_ +
-                   "; if it is a branch, fetch it with: " + CommandForBranch(remote, revision_) + " and use " + remote + "/" +
-                   revision_);
+    return "; if it is a tag, fetch it with: git fetch " + Depth() + ShellWord(remote) + " tag " + ShellWord(revision_) +
+           "; if it is a branch, fetch it with: " + CommandForBranch(remote, revision_) + " and use " +
+           OneLine(remote + "/" + revision_);
   }
 
   bool IsPartialClone() const {
@@ -201,9 +206,9 @@ std::string FindObject(const std::string& revision, const std::string& argument)
 std::string FetchAllCommand(const std::string& revision, const std::string& argument) {
   constexpr std::string_view kFetched = "FETCH_HEAD";
   std::string command = "git fetch --unshallow";
-  const std::vector<std::string> remotes = SplitAt(RunGit({"remote"}, argument).out, '\n');
+  const std::vector<std::string> remotes = RemotesOf(argument);
   if (!revision.starts_with(kFetched) || remotes.empty()) return command;
-  return OneLine(command + " " + remotes.front() + " ") + FindObject(std::string(kFetched), argument);
+  return command + " " + ShellWord(remotes.front()) + " " + FindObject(std::string(kFetched), argument);
 }
 
 bool IsShallow(const std::string& argument) { return RunGit({"rev-parse", "--is-shallow-repository"}, argument).out == "true\n"; }

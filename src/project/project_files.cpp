@@ -29,7 +29,7 @@ std::string Below(const fs::path& path, const std::string& top, const std::strin
 
 std::string NoMatch(const Project& project, const ProjectText& pattern, bool is_excluded) {
   const std::string what = is_excluded ? " matches only files that 'exclude' leaves out" : " matches no file";
-  return OneLine(FileLineColumn(project.file, pattern.location) + ": error: " + Quote(pattern.text) + what +
+  return OneLine(FileLineColumn(PathText(project.file), pattern.location) + ": error: " + Quote(pattern.text) + what +
                  "; allowed: patterns that match a file of either state");
 }
 

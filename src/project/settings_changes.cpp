@@ -65,7 +65,7 @@ std::vector<ProjectFinding> SettingsChanges::Findings() const {
         .rule = kSettingsChangedRule.row.id,
         .file = key.project_file,
         .position = {1, 1},
-        .text = which + " checked with other settings than in " + states_.baseline.name + ": " + key.change,
+        .text = which + " checked with different settings than in " + states_.baseline.name + ": " + key.change,
         .suggestion = "unless this is intended, restore the settings; a nested project file repeats those that apply",
         .level = ProjectFinding::Level::kWarning});
     SetFiles(paths, key.change, states_, finding);

@@ -72,7 +72,8 @@ class TomlReader {
   }
 
   void Fault(qmx::LineColumn location, const std::string& text) {
-    faults_.emplace(std::pair(location.line, location.column), OneLine(FileLineColumn(file_, location) + ": error: " + text));
+    faults_.emplace(std::pair(location.line, location.column),
+                    OneLine(FileLineColumn(PathText(file_), location) + ": error: " + text));
   }
 
   void Refuse(const Value& value, const std::string& found, const std::string& allowed) {

@@ -3,9 +3,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <tuple>
 
 #include "base/calendar.h"
+#include "base/characters.h"
 #include "base/did_you_mean.h"
 #include "base/text.h"
 #include "project/hidden_changes.h"
@@ -82,18 +84,20 @@ std::string FaultOfRepeated(const WaiverEntry& waiver, const Project& project) {
   return project.file + ":" + std::to_string(other->location.line) + " already has a waiver for this finding; allowed: one";
 }
 
-bool IsControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == '\x7f'; }
-
-// A TOML string on one line.
+// A TOML string on one line, hidden characters as \uXXXX or \UXXXXXXXX.
 std::string QuoteForToml(std::string_view text) {
-  constexpr char kDigits[] = "0123456789abcdef";
   std::string quoted = "\"";
-  for (const char c : text) {
-    if (IsControl(c)) {
-      quoted.append("\\u00").append(1, kDigits[(c >> 4) & 0xf]).append(1, kDigits[c & 0xf]);
+  while (!text.empty()) {
+    const Character first = FirstCharacter(text);
+    if ((first.length != 0 && IsHidden(first.code_point)) || BeginsLogCommand(text)) {
+      char escape[16];
+      std::snprintf(escape, sizeof escape, first.code_point <= 0xFFFF ? "\\u%04x" : "\\U%08x", unsigned{first.code_point});
+      quoted += escape;
     } else {
-      quoted.append(c == '"' || c == '\\' ? "\\" : "").append(1, c);
+      if (text.front() == '"' || text.front() == '\\') quoted += '\\';
+      quoted.append(text.substr(0, CharacterLength(text)));
     }
+    text.remove_prefix(CharacterLength(text));
   }
   return quoted + "\"";
 }

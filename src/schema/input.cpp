@@ -105,7 +105,7 @@ Input ReadFileAt(const std::string& path, Texts texts) {
 constexpr char kHead[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
 
 [[noreturn]] void Refuse(const Input& input, const std::string& fault) {
-  throw InputError{{OneLine(input.name + ": error: cannot be written as XML: " + fault)}};
+  throw InputError{{OneLine(PathText(input.name) + ": error: cannot be written as XML: " + fault)}};
 }
 
 // The order of texts in the library is the order of declarations in the file: an index may come between entries.

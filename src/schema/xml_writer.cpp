@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/characters.h"
 #include "base/text.h"
 #include "qmx/qmx_xml.h"
 
@@ -60,6 +61,14 @@ const char* ReferenceFor(char c, char quote) {
   }
 }
 
+// Whether the first character of the text deceives readers or services. Other control characters are not in XML, or have a
+// reference.
+bool MustNotBeShown(std::string_view text) {
+  const auto byte = static_cast<unsigned char>(text.front());
+  if (byte < 0x7F && byte != '#') return false;
+  return IsHidden(FirstCharacter(text).code_point) || BeginsLogCommand(text);
+}
+
 std::optional<std::string> TextOf(XmlWriter& writer) {
   return writer.fault().empty() ? std::optional(writer.Take()) : std::nullopt;
 }
@@ -72,8 +81,13 @@ std::optional<std::string> EscapeForXml(std::string_view value, char quote) {
   while (!value.empty()) {
     const std::size_t length = XmlCharacterLength(value);
     if (length == 0) return std::nullopt;
-    const char* const reference = ReferenceFor(value.front(), quote);
-    reference == nullptr ? text.append(value.substr(0, length)) : text.append(reference);
+    if (const char* const reference = ReferenceFor(value.front(), quote)) {
+      text.append(reference);
+    } else if (MustNotBeShown(value)) {
+      text.append("&#").append(std::to_string(FirstCharacter(value).code_point)).append(";");
+    } else {
+      text.append(value.substr(0, length));
+    }
     value.remove_prefix(length);
   }
   return text;

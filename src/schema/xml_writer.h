@@ -28,7 +28,8 @@ std::vector<AttributeText> AttributesOf(const ColumnModel& column);
 // Of a primary or splittable key; nullopt if a member is empty or contains white space, which separates members.
 std::optional<std::vector<AttributeText>> KeyAttributes(const std::vector<std::string>& members);
 
-// `value` as it is written between two `quote`s (' or "); nullopt if it contains a character that XML 1.0 in UTF-8 does not have.
+// `value` as it is written between two `quote`s (' or "), hidden characters (IsHidden) and the first '#' of "##[" as references;
+// nullopt if it contains a character that XML 1.0 in UTF-8 does not have.
 std::optional<std::string> EscapeForXml(std::string_view value, char quote = '"');
 
 // How the lines of an element are laid out.

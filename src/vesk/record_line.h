@@ -18,12 +18,12 @@ struct Record {
 // "ERROR" for priorities up to 300, "WARN" up to 400, "INFO" above.
 std::string_view PriorityName(int priority);
 
-// `ERROR src/common/modify_table.cpp:42 KorvelModifyTable: message`. A backslash is doubled; new line, carriage return and tab
-// become \n, \r, \t; each byte of other control characters, line separators and invalid UTF-8 becomes \xHH.
+// `ERROR src/common/modify_table.cpp:42 KorvelModifyTable: message`. A backslash is doubled; characters that are never printed,
+// and bytes that are not UTF-8, are escaped as by korvel::AppendShown (\n, \x1b, \u202e).
 std::string TextLine(const Record& record);
 
 // `"priority":300,"level":"ERROR","file":"...","line":42,"function":"...","message":"..."`: the members of an object, without its
-// braces. Each byte that is not part of a UTF-8 character becomes U+FFFD.
+// braces. Characters that are never printed are escaped (\u202e). Each byte that is not part of a UTF-8 character becomes U+FFFD.
 std::string JsonMembers(const Record& record);
 
 }  // namespace vesk

@@ -2,6 +2,7 @@
 """Runs what packaging/gitlab/korvelcheck.yml would run: gitlab_test.py SOURCE_DIRECTORY KORVELCHECK"""
 
 import json
+import os
 import sys
 import unittest
 
@@ -52,6 +53,16 @@ class Template(Repository):
         done = self.run_job(base, paths="schemas/mall.xml")
         self.assertEqual(done.returncode, 0, done.stderr)
         self.assertIn("nothing-compared (all tables are new)", done.stdout)
+
+    def test_path_that_looks_like_an_option(self):
+        base = self.git("rev-parse", "HEAD")
+        self.write(NEW, "--output=x.xml")
+        self.commit(OLD)
+        for paths in ("--output=x.xml", "*.xml"):
+            done = self.run_job(base, paths=paths)
+            self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+            self.assertIn("added: --output=x.xml", done.stdout)
+            self.assertFalse(os.path.exists(os.path.join(self.repository, "x.xml")))
 
     def test_failed_check_has_a_report(self):
         """An earlier report without findings stayed in place."""

@@ -456,7 +456,7 @@ TEST(Refusals, NestingOver128Levels) {
 TEST(Refusals, UntrustedTextIsTruncatedAndEscaped) {
   const std::string longer(70, 'y');
   EXPECT_EQ(ErrorsOf(Entry("type='" + longer + "'")), (Errors{"3:23: unknown type '" + std::string(60, 'y') + "...'" + kTypes}));
-  EXPECT_EQ(ErrorsOf(Entry("type='&#10;\x7F&#x202E;'")), (Errors{std::string("3:23: unknown type '\\n\\x7F\\u202E'") + kTypes}));
+  EXPECT_EQ(ErrorsOf(Entry("type='&#10;\x7F&#x202E;'")), (Errors{std::string("3:23: unknown type '\\n\\x7f\\u202e'") + kTypes}));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // Tests the parts of messages: quoting and suggestions.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <string>
 
 #include "base/did_you_mean.h"
@@ -16,7 +17,7 @@ TEST(Quote, PlainText) {
 
 TEST(Quote, KeepsTextOnOneLine) {
   EXPECT_EQ(korvel::Quote("a\n\r\tb"), "'a\\n\\r\\tb'");
-  EXPECT_EQ(korvel::Quote("\x01\x1B[31m\x7F"), "'\\x01\\x1B[31m\\x7F'");
+  EXPECT_EQ(korvel::Quote("\x01\x1B[31m\x7F"), "'\\x01\\x1b[31m\\x7f'");
   EXPECT_EQ(korvel::Quote(std::string_view("\0", 1)), "'\\x00'");
 }
 
@@ -24,16 +25,16 @@ TEST(Quote, EscapesInvisibleAndDirectionCharacters) {
   // In pieces, so that no literal in this file changes the text direction.
   const std::string turn = "\xE2\x80";
   EXPECT_EQ(korvel::Quote("\xC2\x85"), "'\\u0085'");
-  EXPECT_EQ(korvel::Quote("\xE2\x80\xA8" + turn + "\xAE"), "'\\u2028\\u202E'");
-  EXPECT_EQ(korvel::Quote("\xE2\x81" + std::string("\xA6\xEF\xBB\xBF\xE2\x80\x8B")), "'\\u2066\\uFEFF\\u200B'");
+  EXPECT_EQ(korvel::Quote("\xE2\x80\xA8" + turn + "\xAE"), "'\\u2028\\u202e'");
+  EXPECT_EQ(korvel::Quote("\xE2\x81" + std::string("\xA6\xEF\xBB\xBF\xE2\x80\x8B")), "'\\u2066\\ufeff\\u200b'");
 }
 
 TEST(Quote, EscapesInvalidUtf8) {
-  EXPECT_EQ(korvel::Quote("\xFF\x80"), "'\\xFF\\x80'");
-  EXPECT_EQ(korvel::Quote("\xE2\x82"), "'\\xE2\\x82'") << "cut off";
-  EXPECT_EQ(korvel::Quote("\xC0\xAF"), "'\\xC0\\xAF'") << "overlong";
-  EXPECT_EQ(korvel::Quote("\xED\xA0\x80"), "'\\xED\\xA0\\x80'") << "surrogate";
-  EXPECT_EQ(korvel::Quote("\xF4\x90\x80\x80"), "'\\xF4\\x90\\x80\\x80'") << "past the last character";
+  EXPECT_EQ(korvel::Quote("\xFF\x80"), "'\\xff\\x80'");
+  EXPECT_EQ(korvel::Quote("\xE2\x82"), "'\\xe2\\x82'") << "cut off";
+  EXPECT_EQ(korvel::Quote("\xC0\xAF"), "'\\xc0\\xaf'") << "overlong";
+  EXPECT_EQ(korvel::Quote("\xED\xA0\x80"), "'\\xed\\xa0\\x80'") << "surrogate";
+  EXPECT_EQ(korvel::Quote("\xF4\x90\x80\x80"), "'\\xf4\\x90\\x80\\x80'") << "past the last character";
 }
 
 TEST(Quote, TruncatesLongTextBetweenCharacters) {
@@ -41,6 +42,64 @@ TEST(Quote, TruncatesLongTextBetweenCharacters) {
   EXPECT_EQ(korvel::Quote(std::string(61, 'a')), "'" + std::string(60, 'a') + "...'");
   EXPECT_EQ(korvel::Quote(std::string(59, 'a') + "ä"), "'" + std::string(59, 'a') + "...'");
   EXPECT_EQ(korvel::Quote(std::string(58, 'a') + "ä"), "'" + std::string(58, 'a') + "ä'");
+}
+
+TEST(OneLine, EscapesWhatMustNotBeShown) {
+  EXPECT_EQ(korvel::OneLine(""), "");
+  EXPECT_EQ(korvel::OneLine("a \\ ä€😀 # ##"), "a \\ ä€😀 # ##");
+  EXPECT_EQ(korvel::OneLine("a\n\xC2\xAD"
+                            "b\xFF"),
+            "a\\n\\u00adb\\xff");
+  EXPECT_EQ(korvel::OneLine("ä ##[error]b ##x[c"), "ä \\x23#[error]b \\x23#x[c");
+}
+
+// A service takes a line that begins with "::", after blanks of any kind, for a command.
+TEST(OneLine, BeginsNoCommand) {
+  EXPECT_EQ(korvel::OneLine("::error::a"), "\\x3a:error::a");
+  EXPECT_EQ(korvel::OneLine("  ::a"), "  \\x3a:a");
+  EXPECT_EQ(korvel::OneLine("\xC2\xA0 \xE3\x80\x80::a"), "\xC2\xA0 \xE3\x80\x80\\x3a:a");
+  EXPECT_EQ(korvel::OneLine("a::b"), "a::b");
+  EXPECT_EQ(korvel::OneLine(korvel::OneLine("::a ##[b]")), korvel::OneLine("::a ##[b]"));
+}
+
+TEST(PathText, IsNeitherCommandNorOption) {
+  EXPECT_EQ(korvel::PathText("a/-b::c.xml"), "a/-b::c.xml");
+  EXPECT_EQ(korvel::PathText("::error::a.xml"), "./::error::a.xml");
+  EXPECT_EQ(korvel::PathText(" ::a.xml"), "./ ::a.xml");
+  EXPECT_EQ(korvel::PathText("-a.xml"), "./-a.xml");
+  EXPECT_EQ(korvel::PathText("##[error]a.xml"), "./\\x23#[error]a.xml");
+  EXPECT_EQ(korvel::PathText(""), "");
+}
+
+TEST(EscapeInJson, KeepsTheDocument) {
+  EXPECT_EQ(korvel::EscapeInJson(""), "");
+  EXPECT_EQ(korvel::EscapeInJson("{\n  \"#\": \"ä\"\n}"), "{\n  \"#\": \"ä\"\n}");
+  EXPECT_EQ(korvel::EscapeInJson("[\"\x7F \xC2\x85 \xE2\x80\xAE\"]"), "[\"\\u007f \\u0085 \\u202e\"]");
+  EXPECT_EQ(korvel::EscapeInJson("\"\xF3\xA0\x81\x81\""), "\"\\udb40\\udc41\"");
+  EXPECT_EQ(korvel::EscapeInJson("\"##[a] ##\""), "\"\\u0023#[a] ##\"");
+}
+
+std::string OutputOf(const std::string& command) {
+  std::FILE* const pipe = ::popen(command.c_str(), "r");
+  if (pipe == nullptr) return "(no shell)";
+  std::string output;
+  char block[256];
+  while (const std::size_t size = std::fread(block, 1, sizeof block, pipe)) output.append(block, size);
+  ::pclose(pipe);
+  return output;
+}
+
+TEST(ShellWord, ShellPassesTheText) {
+  EXPECT_EQ(korvel::ShellWord("origin/main:refs/heads/a@1"), "origin/main:refs/heads/a@1");
+  EXPECT_EQ(korvel::ShellWord("a b"), "'a b'");
+  EXPECT_EQ(korvel::ShellWord(""), "''");
+  EXPECT_EQ(korvel::ShellWord("a\xE2\x80\xAE%-"), "\"$(printf 'a\\342\\200\\256\\045\\055')\"");
+  for (const std::string text : {"", "a", "a;b", "it's", "$(touch x)", "`a`", "\"a\" $b\\n", "~", "a\n b", "%s\xE2\x80\xAE'\\",
+                                 "\xFF", "ä", "-n\x1B", "::a", "##[a]", "!a", "{a,b}", "*", "#a"}) {
+    const std::string word = korvel::ShellWord(text);
+    EXPECT_EQ(OutputOf("/bin/sh -c 'printf %s \"$1\"' sh " + word), text) << word;
+    EXPECT_EQ(korvel::OneLine(word), word);
+  }
 }
 
 std::string Suggested(std::string_view word, std::vector<std::string_view> candidates) {

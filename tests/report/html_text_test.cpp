@@ -19,7 +19,7 @@ constexpr char kTurned[] = {'\xE2', '\x80', '\xAE', 'x', '\0'};
 
 TEST(HtmlText, ControlCharactersAreShown) {
   EXPECT_EQ(Html("a\nb\tc\x1b[31m\x7f"), "a\\nb\\tc\\x1b[31m\\x7f");
-  EXPECT_EQ(Html(kTurned), "\\xe2\\x80\\xaex");
+  EXPECT_EQ(Html(kTurned), "\\u202ex");
   EXPECT_EQ(Html(std::string_view("a\0b", 3)), "a\\x00b");
 }
 

@@ -50,6 +50,17 @@ TEST_F(ServicePathsTest, OmitTheCommit) {
   EXPECT_EQ(paths.Of("<stdin>"), "");
 }
 
+TEST_F(ServicePathsTest, ShownInTextsWithTheCommit) {
+  const ServicePaths paths(std::nullopt);
+  EXPECT_EQ(paths.Shown("a.xml"), "sub/deep/a.xml");
+  EXPECT_EQ(paths.Shown("git:main...:./a.xml"), "git:main...:sub/deep/a.xml");
+  EXPECT_EQ(paths.Shown("<stdin>"), "<stdin>");
+  EXPECT_EQ(paths.Shown(""), "");
+  EXPECT_EQ(ServicePaths("shop/").Shown("git:HEAD:sub/deep/a.xml"), "git:HEAD:shop/a.xml");
+  EXPECT_EQ(korvel::ShownName("a\n.xml", &paths), "sub/deep/a\\n.xml");
+  EXPECT_EQ(korvel::ShownName("a.xml", nullptr), "a.xml");
+}
+
 TEST_F(ServicePathsTest, PrefixReplacesTheTop) {
   const ServicePaths paths("services/shop/");
   EXPECT_EQ(paths.Of("a.xml"), "services/shop/a.xml");

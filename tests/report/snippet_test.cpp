@@ -53,7 +53,7 @@ constexpr CaretCase kCarets[] = {
     {"a combining accent", "e\xcc\x81x", "x", "e\xcc\x81x", " ^"},
     {"control characters", "a\x1b[31mx", "x", "a\\x1b[31mx", "         ^"},
     {"invalid UTF-8", "\xff\xc3x", "x", "\\xff\\xc3x", "        ^"},
-    {"a line separator", "a\xe2\x80\xa8x", "x", "a\\xe2\\x80\\xa8x", "             ^"},
+    {"a line separator", "a\xe2\x80\xa8x", "x", "a\\u2028x", "       ^"},
 };
 
 TEST(Snippet, CaretIsAlignedBelowAnyText) {

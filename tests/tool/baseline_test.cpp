@@ -54,7 +54,7 @@ TEST_F(BaselineTest, ReportNamesTheMergeBase) {
   EXPECT_EQ(json["baselines"][0]["name"], "git:main...");
   EXPECT_EQ(json["baselines"][0]["origin"], "commit " + base + ", the merge base of main and HEAD");
   for (const char* format : {"github", "sarif", "junit", "markdown", "html"}) {
-    EXPECT_THAT(CheckAgainst({"git:main..."}, {"--format", format}).out, HasSubstr("commit " + base)) << format;
+    EXPECT_THAT(CheckAgainst({"git:main..."}, {"--format", format}).out, HasSubstr(base)) << format;
   }
 }
 

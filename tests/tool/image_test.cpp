@@ -313,8 +313,8 @@ TEST_F(ImageTest, ReportsImageThatCannotBeWrittenAsXml) {
   };
   const std::string characters = "; allowed: characters of XML 1.0 in UTF-8";
   expect({.name = "a\x01z", .type = "int8"}, "'name' is 'a\\x01z'" + characters);
-  expect({.name = "a\xff", .type = "int8"}, "'name' is 'a\\xFF'" + characters);
-  expect({.name = "a\xed\xa0\x80", .type = "int8"}, "'name' is 'a\\xED\\xA0\\x80'" + characters);
+  expect({.name = "a\xff", .type = "int8"}, "'name' is 'a\\xff'" + characters);
+  expect({.name = "a\xed\xa0\x80", .type = "int8"}, "'name' is 'a\\xed\\xa0\\x80'" + characters);
   expect({.name = "a\xef\xbf\xbf", .type = "int8"}, "'name' is 'a\xef\xbf\xbf'" + characters);
   expect({.name = "a b", .type = "int8"}, "'primarykey' names 'a b'; allowed: names without blanks", true);
   expect({.name = "", .type = "int8"}, "'primarykey' names ''; allowed: names without blanks", true);

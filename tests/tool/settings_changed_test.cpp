@@ -44,7 +44,7 @@ class SettingsChangedTest : public ProjectTest {
 TEST_F(SettingsChangedTest, NestedProjectFileIsReported) {
   Write("schemas/deep/korvelcheck.toml", "");
   const std::string text =
-      "schemas/deep/items.xml is checked with other settings than in git:HEAD: server-version: '3.29.0' -> none";
+      "schemas/deep/items.xml is checked with different settings than in git:HEAD: server-version: '3.29.0' -> none";
   for (const std::vector<std::string>& paths : {std::vector<std::string>{}, {"schemas"}, {"schemas/deep/items.xml"}}) {
     EXPECT_THAT(Findings(paths), ElementsAre("schemas/deep/korvelcheck.toml warning: " + text));
     EXPECT_EQ(Against(paths).exit_code, 0);
@@ -60,7 +60,7 @@ TEST_F(SettingsChangedTest, NestedProjectFileIsReported) {
   for (const char* format : {"text", "github", "sarif", "junit", "gitlab", "markdown", "html"}) {
     const Outcome outcome = Against({"--format", format});
     EXPECT_THAT(outcome.out, HasSubstr("project.settings-changed")) << format;
-    EXPECT_THAT(outcome.out, HasSubstr("schemas/deep/items.xml is checked with other settings than in git")) << format;
+    EXPECT_THAT(outcome.out, HasSubstr("is checked with different settings than in")) << format;
   }
   EXPECT_THAT(Against({"--format", "github"}).out, HasSubstr("\n::warning file=schemas/deep/korvelcheck.toml,line=1"));
   EXPECT_THAT(Against({"--format", "junit"}).out, Not(HasSubstr("<failure")));
@@ -74,21 +74,23 @@ TEST_F(SettingsChangedTest, NestedProjectFileThatRepeatsTheSettingsIsNotReported
 
 TEST_F(SettingsChangedTest, FilesWithTheSameChangeAreOneFinding) {
   Write("korvelcheck.toml", std::string(kPaths) + "[defaults]\nlist-num = 5\n[tables.users]\nserver-version = \"3.29.0\"\n");
-  EXPECT_THAT(Findings(),
-              ElementsAre("korvelcheck.toml warning: schemas/users.xml is checked with other settings than in git:HEAD: "
-                          "list-num: none -> 5",
-                          "korvelcheck.toml warning: 2 files (schemas/deep/items.xml, schemas/orders.xml) are checked with other "
-                          "settings than in git:HEAD: server-version: '3.29.0' -> none, list-num: none -> 5"));
+  EXPECT_THAT(
+      Findings(),
+      ElementsAre("korvelcheck.toml warning: schemas/users.xml is checked with different settings than in git:HEAD: "
+                  "list-num: none -> 5",
+                  "korvelcheck.toml warning: 2 files (schemas/deep/items.xml, schemas/orders.xml) are checked with different "
+                  "settings than in git:HEAD: server-version: '3.29.0' -> none, list-num: none -> 5"));
 }
 
 TEST_F(SettingsChangedTest, MovedFileIsComparedWithItsOldProjectFile) {
   Write("schemas/deep/korvelcheck.toml", "[defaults]\ntype = \"list\"\ncreated-as = \"tlv\"\nwhitelist = [\"a\"]\n");
   Commit("third");
   std::filesystem::rename(PathOf("schemas/users.xml"), PathOf("schemas/deep/users.xml"));
-  EXPECT_THAT(Findings({"schemas/deep/users.xml"}),
-              ElementsAre("schemas/deep/korvelcheck.toml warning: schemas/deep/users.xml is checked with other settings than in "
-                          "git:HEAD: type: none -> list, created-as: none -> tlv, server-version: '3.29.0' -> none, whitelist: "
-                          "none -> 'a'"));
+  EXPECT_THAT(
+      Findings({"schemas/deep/users.xml"}),
+      ElementsAre("schemas/deep/korvelcheck.toml warning: schemas/deep/users.xml is checked with different settings than in "
+                  "git:HEAD: type: none -> list, created-as: none -> tlv, server-version: '3.29.0' -> none, whitelist: "
+                  "none -> 'a'"));
 }
 
 TEST_F(SettingsChangedTest, FirstProjectFileIsNotReported) {
@@ -97,7 +99,7 @@ TEST_F(SettingsChangedTest, FirstProjectFileIsNotReported) {
   Write("korvelcheck.toml", std::string(kPaths) + kLimited);
   EXPECT_THAT(Findings({"schemas"}), IsEmpty());
   Write("schemas/deep/korvelcheck.toml", "[defaults]\nlist-num = 5\n");
-  EXPECT_THAT(Findings({"schemas"}), ElementsAre(HasSubstr("schemas/deep/items.xml is checked with other settings")));
+  EXPECT_THAT(Findings({"schemas"}), ElementsAre(HasSubstr("schemas/deep/items.xml is checked with different settings")));
 }
 
 TEST_F(SettingsChangedTest, CanBeWaived) {

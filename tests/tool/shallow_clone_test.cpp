@@ -1,6 +1,9 @@
 // The commands that errors suggest in clones that lack commits, tags or branches: they must work.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <string_view>
+
 #include "git_repository.h"
 
 namespace tool_test {
@@ -66,6 +69,24 @@ TEST_F(ShallowTest, PrintedCommandsFetchATagOrABranch) {
   Git({"clone", "-q", "file://" + PathOf("").string(), "full"});
   ExpectInputError(Run({"lint", "git:elsewhere:old.xml"}, "full"),
                    "korvelcheck: git:elsewhere:old.xml: unknown revision 'elsewhere'\n");
+}
+
+// Regression: names of remotes and branches were not quoted, so a pasted command ran what a name contained.
+TEST_F(ShallowTest, PrintedCommandsAreQuotedForTheShell) {
+  const std::string branch = "it's;touch$IFS'x'&\xE2\x80\xAE";
+  Git({"branch", branch});
+  GitIn("clone", {"remote", "rename", "origin", "o;'$(touch${IFS}x)"});
+  const std::string argument = "git:o;'$(touch${IFS}x)/" + branch + ":old.xml";
+  const std::string error = Run({"lint", argument}, "clone").err;
+  constexpr std::string_view kBefore = "; fetch it with: ";
+  const std::size_t begin = error.find(kBefore);
+  ASSERT_NE(begin, std::string::npos) << error;
+  const std::string command = error.substr(begin + kBefore.size());
+  const Outcome done = RunProgram(
+      Call{.arguments = {}, .directory = PathOf("clone"), .launcher = {"/bin/sh", "-c", command}, .environment = environment_});
+  EXPECT_EQ(done.exit_code, 0) << command << done.err;
+  EXPECT_EQ(Run({"lint", argument}, "clone").exit_code, 0);
+  EXPECT_FALSE(std::filesystem::exists(PathOf("clone/x")));
 }
 
 }  // namespace

@@ -146,7 +146,7 @@ TEST_F(UsageTest, EscapesOddArguments) {
   ExpectInputError(Korvelcheck({"lint", ""}), "korvelcheck: '': No such file or directory\n");
   ExpectInputError(Korvelcheck({"lint", "a\nb\x1b[31m"}), "korvelcheck: a\\nb\\x1b[31m: No such file or directory\n");
   ExpectInputError(Korvelcheck({"lint", std::string("a\xe2\x80") + "\xaelmx"}),
-                   "korvelcheck: a\\xe2\\x80\\xaelmx: No such file or directory\n");
+                   "korvelcheck: a\\u202elmx: No such file or directory\n");
 }
 
 }  // namespace

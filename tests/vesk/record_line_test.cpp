@@ -51,8 +51,15 @@ TEST(TextLine, KeepsReadableText) {
 TEST(TextLine, EscapesLineBreaks) {
   EXPECT_EQ(TextOf("a\nb\rc\td\\n"), "a\\nb\\rc\\td\\\\n");
   EXPECT_EQ(TextOf(std::string_view("\0\x1b[31m\x1f\x7f", 8)), "\\x00\\x1b[31m\\x1f\\x7f");
-  EXPECT_EQ(TextOf("\xC2\x85 \xC2\x9F \xC2\xA0"), "\\xc2\\x85 \\xc2\\x9f \xC2\xA0");
-  EXPECT_EQ(TextOf("\xE2\x80\xA7\xE2\x80\xA8\xE2\x80\xA9"), "\xE2\x80\xA7\\xe2\\x80\\xa8\\xe2\\x80\\xa9");
+  EXPECT_EQ(TextOf("\xC2\x85 \xC2\x9F \xC2\xA0"), "\\u0085 \\u009f \xC2\xA0");
+  EXPECT_EQ(TextOf("\xE2\x80\xA7\xE2\x80\xA8\xE2\x80\xA9"), "\xE2\x80\xA7\\u2028\\u2029");
+}
+
+TEST(TextLine, EscapesHiddenCharactersAndCommandsOfServices) {
+  EXPECT_EQ(TextOf("a\xE2\x80\xAE"
+                   "b\xEF\xBB\xBF \xF3\xA0\x81\x81"),
+            "a\\u202eb\\ufeff \\U000e0041");
+  EXPECT_EQ(TextOf("a ##[error]b # ##"), "a \\x23#[error]b # ##");
 }
 
 TEST(TextLine, EscapesInvalidUtf8) {
@@ -71,6 +78,13 @@ TEST(JsonMembers, HasMembersInOrder) {
   EXPECT_EQ(JsonMembers(WithMessage("say \"no\"\n")),
             "\"priority\":300,\"level\":\"ERROR\",\"file\":\"src/common/modify_table.cpp\",\"line\":42,"
             "\"function\":\"KorvelModifyTable\",\"message\":\"say \\\"no\\\"\\n\"");
+}
+
+TEST(JsonMembers, EscapesHiddenCharactersAndCommandsOfServices) {
+  const std::string message = "a\x7F \xC2\x85 \xE2\x80\xAE \xF3\xA0\x81\x81 ##[error]";
+  const std::string members = JsonMembers(WithMessage(message));
+  EXPECT_TRUE(members.ends_with("\"a\\u007f \\u0085 \\u202e \\udb40\\udc41 \\u0023#[error]\"")) << members;
+  EXPECT_EQ(ReadBack(message), message);
 }
 
 TEST(JsonMembers, PreservesAscii) {

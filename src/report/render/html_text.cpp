@@ -39,15 +39,21 @@ std::string Html(std::string_view text) {
   return html;
 }
 
-std::string HtmlLine(std::string_view text) {
-  std::string html;
+std::string SourceLine(std::string_view text) {
+  std::string line;
   for (;;) {
     const std::size_t tab = text.find('\t');
-    html += Html(text.substr(0, tab));
-    if (tab == std::string_view::npos) return html;
-    html += '\t';
+    line += OneLine(ValidUtf8(text.substr(0, tab)));
+    if (tab == std::string_view::npos) return line;
+    line += '\t';
     text.remove_prefix(tab + 1);
   }
+}
+
+std::string HtmlLine(std::string_view text) {
+  std::string html;
+  AppendEscaped(html, SourceLine(text));
+  return html;
 }
 
 std::string Code(std::string_view text) { return "<code>" + Html(text) + "</code>"; }

@@ -11,7 +11,10 @@ namespace korvel {
 // characters and writing-direction marks are shown as by OneLine, invalid UTF-8 as U+FFFD.
 std::string Html(std::string_view text);
 
-// The same for a line of source: tabs stay.
+// A line of source, its hidden characters shown as by OneLine; tabs stay. Not yet HTML.
+std::string SourceLine(std::string_view text);
+
+// The same as HTML.
 std::string HtmlLine(std::string_view text);
 
 // <code>text</code>

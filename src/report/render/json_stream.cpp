@@ -1,12 +1,16 @@
 // Tested by tests/report/json_stream_test.cpp.
 #include "report/render/json_stream.h"
 
+#include <algorithm>
+#include <string_view>
+
+#include "base/text.h"
+
 namespace korvel {
-namespace {
 
-std::string Dump(const JsonStream::Json& value) { return value.dump(2, ' ', false, JsonStream::Json::error_handler_t::replace); }
-
-}  // namespace
+std::string JsonText(const JsonStream::Json& value, int indent) {
+  return EscapeInJson(value.dump(indent, ' ', false, JsonStream::Json::error_handler_t::replace));
+}
 
 void JsonStream::StartItem() {
   if (open_.empty()) return;
@@ -16,10 +20,14 @@ void JsonStream::StartItem() {
 
 // A line end in a dumped value is always between two items: in strings it is escaped.
 void JsonStream::Write(const Json& value) {
-  const std::string text = Dump(value);
+  const std::string text = JsonText(value);
   const std::string indent = Indent();
   std::string indented;
-  for (const char c : text) c == '\n' ? indented.append(indent) : indented.append(1, c);
+  for (std::string_view rest = text; !rest.empty();) {
+    const std::size_t end = std::min(rest.find('\n'), rest.size());
+    indented.append(rest.substr(0, end)).append(end < rest.size() ? indent : "");
+    rest.remove_prefix(std::min(end + 1, rest.size()));
+  }
   sink_(indented);
 }
 
@@ -31,7 +39,7 @@ void JsonStream::Begin(char open) {
 
 void JsonStream::Begin(const char* name, char open) {
   StartItem();
-  sink_(Dump(name) + ": " + open);
+  sink_(JsonText(name) + ": " + open);
   open_.push_back({open == '{' ? '}' : ']', true});
 }
 
@@ -50,7 +58,7 @@ void JsonStream::Add(const Json& value) {
 
 void JsonStream::Add(const char* name, const Json& value) {
   StartItem();
-  sink_(Dump(name) + ": ");
+  sink_(JsonText(name) + ": ");
   Write(value);
 }
 

@@ -1,5 +1,4 @@
-// Writes a JSON document piece by piece: the document has the bytes that nlohmann::ordered_json::dump(2) would give for the
-// whole, with invalid UTF-8 replaced by U+FFFD.
+// Writes JSON documents, as a whole or piece by piece.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -10,6 +9,7 @@
 
 namespace korvel {
 
+// Writes a document piece by piece: it has the bytes that JsonText would give for the whole.
 class JsonStream {
  public:
   using Json = nlohmann::ordered_json;
@@ -41,5 +41,9 @@ class JsonStream {
   TextSink sink_;
   std::vector<Container> open_;
 };
+
+// A value as nlohmann::ordered_json::dump would give it, with invalid UTF-8 replaced by U+FFFD and hidden characters escaped
+// (EscapeInJson). `indent` is that of dump: -1 for one line.
+std::string JsonText(const JsonStream::Json& value, int indent = 2);
 
 }  // namespace korvel

@@ -1,5 +1,6 @@
 // The output of `diff` as text and JSON; docs/command-line.md describes both. Tested by tests/tool/diff_test.cpp.
 #include "base/text.h"
+#include "report/render/json_stream.h"
 #include "report/render/json_values.h"
 #include "report/render/render.h"
 #include "report/result/text_ranges.h"
@@ -202,8 +203,6 @@ class DiffJson {
 
 std::string RenderDiffText(const Listing& listing) { return DiffText(listing).Text(); }
 
-std::string RenderDiffJson(const Listing& listing) {
-  return DiffJson(listing).Document().dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
-}
+std::string RenderDiffJson(const Listing& listing) { return JsonText(DiffJson(listing).Document()) + "\n"; }
 
 }  // namespace korvel

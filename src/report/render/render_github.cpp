@@ -10,21 +10,31 @@
 namespace korvel {
 namespace {
 
-// Escapes what the runner unescapes: '%' and line ends everywhere, ':' and ',' in properties. Also escapes other control
-// characters, which the runner leaves escaped.
+void AppendPercent(std::string& escaped, std::string_view bytes) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  for (const char c : bytes) {
+    const auto byte = static_cast<unsigned char>(c);
+    escaped.append({'%', kDigits[byte >> 4U], kDigits[byte & 0xfU]});
+  }
+}
+
+// Escapes what the runner unescapes: '%' and line ends everywhere, ':' and ',' in properties. Also escapes hidden characters and
+// commands of the form "##[", which the runner leaves escaped. Bytes that are not UTF-8 become U+FFFD.
 std::string EscapeForCommand(std::string_view text, bool is_property) {
   std::string escaped;
-  for (const char c : text) {
-    constexpr char kDigits[] = "0123456789ABCDEF";
-    const auto byte = static_cast<unsigned char>(c);
-    const bool is_special = c == '%' || byte < 0x20 || byte == 0x7f || (is_property && (c == ':' || c == ','));
-    is_special ? escaped.append({'%', kDigits[byte >> 4U], kDigits[byte & 0xfU]}) : escaped.append(1, c);
+  const std::string valid = ValidUtf8(text);
+  for (std::string_view rest = valid; !rest.empty();) {
+    const auto [length, code] = FirstCharacter(rest);
+    const bool is_special = code == '%' || (is_property && (code == ':' || code == ','));
+    const std::string_view bytes = rest.substr(0, length);
+    is_special || IsHidden(code) || BeginsLogCommand(rest) ? AppendPercent(escaped, bytes) : static_cast<void>(escaped += bytes);
+    rest.remove_prefix(length);
   }
   return escaped;
 }
 
 std::string Property(const char* name, const std::string& value) {
-  return std::string(name) + "=" + EscapeForCommand(ValidUtf8(value), true);
+  return std::string(name) + "=" + EscapeForCommand(value, true);
 }
 
 // `endColumn` is the last marked column; it is allowed only if the range ends on the line where it begins.

@@ -132,7 +132,7 @@ class HistoryText {
 };
 
 std::string ProjectFindingText(const ProjectFinding& finding) {
-  return FileLineColumn(OneLine(finding.file), finding.position) + ": " + WordOf(finding.level) + " [" + finding.rule + "] " +
+  return FileLineColumn(PathText(finding.file), finding.position) + ": " + WordOf(finding.level) + " [" + finding.rule + "] " +
          OneLine(finding.text) + "\n" + SuggestionText(finding.suggestion);
 }
 

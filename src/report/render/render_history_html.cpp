@@ -5,6 +5,7 @@
 #include "base/text.h"
 #include "report/render/html_items.h"
 #include "report/render/html_text.h"
+#include "report/render/json_stream.h"
 #include "report/render/render.h"
 #include "report/result/words.h"
 #include "rule_docs/advice.h"
@@ -32,9 +33,11 @@ std::string DataBlock(const History& history) {
     const auto found = history.texts.texts().find(i);
     texts.push_back(found == history.texts.texts().end() ? nlohmann::ordered_json() : nlohmann::ordered_json(found->second));
   }
-  const nlohmann::ordered_json data = {{"lines", history.texts.lines()}, {"texts", std::move(texts)}};
+  nlohmann::ordered_json lines = nlohmann::ordered_json::array();
+  for (const auto& line : history.texts.lines()) lines.push_back(SourceLine(line));
+  const nlohmann::ordered_json data = {{"lines", std::move(lines)}, {"texts", std::move(texts)}};
   std::string html = "<script type=\"application/json\">";
-  for (const char c : data.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace)) {
+  for (const char c : JsonText(data, -1)) {
     c == '<' ? html.append("\\u003c") : html.append(1, c);
   }
   return html + "</script>\n";

@@ -15,20 +15,20 @@
 namespace korvel {
 namespace {
 
-// Lines as content or as the value of an attribute. Characters that XML cannot contain are escaped ("\x1b") or become U+FFFD.
+// Lines as content. Hidden characters are escaped ("\x1b"); other bytes that XML cannot contain become U+FFFD.
 std::string XmlText(std::string_view text) {
   std::string xml;
   const std::string valid = ValidUtf8(text);
   for (std::string_view rest = valid; !rest.empty(); rest.remove_prefix(CharacterLength(rest))) {
     const std::string_view character = rest.substr(0, CharacterLength(rest));
     // U+FFFE and U+FFFF are valid UTF-8 but not allowed in XML.
-    xml += character == "\n" ? "\n" : EscapeForXml(VisibleCharacter(character)).value_or("\xef\xbf\xbd");
+    xml += character == "\n" ? "\n" : EscapeForXml(VisibleCharacter(rest)).value_or("\xef\xbf\xbd");
   }
   return xml;
 }
 
 std::string Attribute(const char* name, std::string_view value) {
-  return std::string(" ") + name + "=\"" + XmlText(value) + "\"";
+  return std::string(" ") + name + "=\"" + XmlText(OneLine(ValidUtf8(value))) + "\"";
 }
 
 // A failure, or output if it does not fail. `text` is its details, as lines.

@@ -3,6 +3,7 @@
 
 #include "base/characters.h"
 #include "base/text.h"
+#include "report/render/json_stream.h"
 #include "report/render/json_values.h"
 #include "report/render/render.h"
 #include "report/result/layout.h"
@@ -212,7 +213,7 @@ std::string RenderLayoutJson(const LayoutRequest& request) {
     const TableLayout after = LayoutOf(*request.after, table);
     tables.push_back(request.before == nullptr ? SingleJson(after) : PairJson(LayoutOf(*request.before, table), after));
   }
-  return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  return JsonText(json) + "\n";
 }
 
 }  // namespace korvel

@@ -1,5 +1,6 @@
 // Rules and result codes for programs; docs/rules.schema.json lists the members, docs/command-line.md describes them. Tested by
 // tests/rule_docs/rule_docs_test.cpp and tests/tool/explain_test.cpp.
+#include "report/render/json_stream.h"
 #include "report/render/json_values.h"
 #include "report/render/render.h"
 #include "report/render/rule_doc_format.h"
@@ -38,7 +39,7 @@ Json ExampleJson(const RuleDocExample& example) {
   return json;
 }
 
-std::string ToText(const Json& json) { return json.dump(2) + "\n"; }
+std::string ToText(const Json& json) { return JsonText(json) + "\n"; }
 
 Json Header(const char* command) { return HeaderToJson(kJsonVersion, command); }
 

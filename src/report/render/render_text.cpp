@@ -253,7 +253,7 @@ class TextReport {
 
   void AddProjectFinding(const ProjectFinding& finding) {
     const bool is_error = finding.level == ProjectFinding::Level::kError && !finding.waiver;
-    text_ += FileLineColumn(OneLine(finding.file), finding.position) + ": " +
+    text_ += FileLineColumn(PathText(finding.file), finding.position) + ": " +
              Colored(WordOf(finding), is_error ? kRed : kYellow, color_) + " [" + finding.rule + "] " + OneLine(finding.text) +
              "\n" + EndOf(finding);
   }

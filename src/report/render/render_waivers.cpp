@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "report/render/json_stream.h"
 #include "report/render/json_values.h"
 #include "report/render/render.h"
 #include "report/result/words.h"
@@ -55,7 +56,7 @@ std::string MemberLines(const WaiverList::Row& row) {
 }
 
 std::string RowText(const WaiverList::Row& row) {
-  std::string text = FileLineColumn(OneLine(row.project_file), row.position) + ": " + NameOf(row.state).text + DaysText(row) +
+  std::string text = FileLineColumn(PathText(row.project_file), row.position) + ": " + NameOf(row.state).text + DaysText(row) +
                      "\n" + MemberLines(row);
   for (const WaiverList::Match& match : row.matches) {
     const std::string& path = match.path.empty() ? match.table : match.path;
@@ -109,7 +110,7 @@ std::string RenderWaiversJson(const WaiverList& list) {
   for (const WaiverList::Row& row : list.rows) waivers.push_back(RowJson(row));
   Json& summary = json["summary"] = {{"waivers", list.rows.size()}};
   for (const StateName& name : kStates) summary[name.json_count] = CountOf(list, name.state);
-  return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  return JsonText(json) + "\n";
 }
 
 }  // namespace korvel

@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "base/paths.h"
+#include "base/text.h"
 
 namespace korvel {
 namespace {
@@ -46,6 +47,17 @@ std::string ServicePaths::Of(const std::string& file) const {
   const fs::path relative = whole.lexically_relative(base_);
   if (LeadsOut(relative) && given.is_absolute()) return whole.generic_string();
   return (fs::path(prefix_) / relative).lexically_normal().generic_string();
+}
+
+std::string ServicePaths::Shown(const std::string& file) const {
+  const std::string path = file.empty() ? "" : Of(file);
+  if (path.empty()) return file;
+  const std::optional<std::string> in_commit = PathInCommit(file);
+  return in_commit ? file.substr(0, file.size() - in_commit->size()) + path : path;
+}
+
+std::string ShownName(const std::string& file, const ServicePaths* paths) {
+  return paths == nullptr ? OneLine(file) : OneLine(paths->Shown(file));
 }
 
 }  // namespace korvel

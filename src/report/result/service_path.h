@@ -18,11 +18,17 @@ class ServicePaths {
   // input. A file outside of the base keeps an absolute path, and a relative path begins with "../".
   std::string Of(const std::string& file) const;
 
+  // The same in a text: "git:REV:" stays in front of the path, and standard input has its name.
+  std::string Shown(const std::string& file) const;
+
  private:
   std::filesystem::path here_;
   std::filesystem::path top_;
   std::filesystem::path base_;  // of the paths
   std::string prefix_;
 };
+
+// The name of a file in a text, on one line. With `paths`, as services show it.
+std::string ShownName(const std::string& file, const ServicePaths* paths);
 
 }  // namespace korvel

@@ -39,8 +39,9 @@ class SnippetBuilder {
  public:
   SnippetBuilder(Snippet& snippet, qmx::Span marked) : snippet_(snippet), marked_(marked) {}
 
-  void Add(std::string_view character, std::size_t at) {
-    const std::string shown = character == "\t" ? "\t" : VisibleCharacter(character);
+  // `rest` begins with the character.
+  void Add(std::string_view character, std::string_view rest, std::size_t at) {
+    const std::string shown = character == "\t" ? "\t" : VisibleCharacter(rest);
     snippet_.text += shown;
     AddUnder(at, shown, shown == character ? CellsOf(character) : shown.size());
   }
@@ -73,7 +74,7 @@ std::optional<Snippet> SnippetOf(const TextRange& range) {
   SnippetBuilder builder(snippet, marked);
   for (std::size_t at = window.begin; at < window.end;) {
     const std::string_view character = line.substr(at, CharacterLength(line.substr(at)));
-    builder.Add(character, at);
+    builder.Add(character, line.substr(at), at);
     at += character.size();
   }
   if (window.end < line.size()) snippet.text += kCut;

@@ -150,8 +150,8 @@ std::string SummaryOf(const TableResult& table) {
 
 std::string CheckerLine(const std::string& text) { return "checker: " + (text.empty() ? "(no text)" : OneLine(text)); }
 
-std::string ToText(const TextRange& range) {
-  const std::string file = OneLine(range.file);
+std::string ToText(const TextRange& range, const ServicePaths* paths) {
+  const std::string file = paths == nullptr ? PathText(range.file) : PathText(paths->Shown(range.file));
   return range.begin ? FileLineColumn(file, *range.begin) : file;
 }
 

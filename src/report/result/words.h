@@ -9,6 +9,7 @@
 
 #include "report/result/fold.h"
 #include "report/result/fold_edits.h"
+#include "report/result/service_path.h"
 #include "report/result/summary.h"
 #include "report/result/text_ranges.h"
 
@@ -52,8 +53,9 @@ std::string SummaryOf(const TableResult& table);
 // "checker: TEXT", the checker's own text on one line. "checker: (no text)" for the few refusals without a text.
 std::string CheckerLine(const std::string& text);
 
-// "FILE:LINE:COLUMN", on one line; "FILE" for a location in an image.
-std::string ToText(const TextRange& range);
+// "FILE:LINE:COLUMN", on one line, FILE by PathText; "FILE" for a location in an image. With `paths`, the file as services show
+// it.
+std::string ToText(const TextRange& range, const ServicePaths* paths = nullptr);
 
 // "baseline: git:main... (commit 1a2b3c4d5e6f, the merge base of main and HEAD)" of each baseline that needs to be named: one
 // whose name does not say what it is, or one of several.

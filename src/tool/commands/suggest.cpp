@@ -59,8 +59,8 @@ SchemaSuggestion Suggest(const Input& old_input, const Input& new_input, const s
   NothingAllowed reasons;
   for (const TableRefusal& one : suggestion.refused) {
     const std::string rule = one.verdict.rule.empty() ? "" : " [" + one.verdict.rule + "]";
-    reasons.lines.push_back(OneLine(new_input.name + ": error: no suggestion: table " + Quote(one.table) + " stays refused" +
-                                    rule + " " + one.verdict.text));
+    reasons.lines.push_back(OneLine(PathText(new_input.name) + ": error: no suggestion: table " + Quote(one.table) +
+                                    " stays refused" + rule + " " + one.verdict.text));
     for (const std::string& line : one.suggestions) reasons.lines.push_back("   " + OneLine(line));
   }
   if (suggestion.reached_work_limit) {
@@ -92,7 +92,7 @@ int Run(const SuggestArguments& arguments) {
   // A table that stays refused, often for a reason of its own, does not withhold the suggestions for the others.
   if (!suggestion.is_changed && !suggestion.refused.empty()) RefuseAll(new_input, suggestion);
   if (!suggestion.is_changed && new_input.text) PrintNothingToFix(new_input);
-  const std::string name = OneLine(new_input.name);
+  const std::string name = PathText(new_input.name);
   arguments.output.Write(arguments.whole_file ? suggestion.text
                                               : UnifiedDiff(name, new_input.text->Bytes(), name, suggestion.text));
   if (!suggestion.refused.empty()) RefuseAll(new_input, suggestion);

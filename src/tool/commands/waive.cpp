@@ -262,7 +262,7 @@ std::optional<std::string> WaiveIn(const std::string& path, const std::string& o
   WriteFile(path, AsProducer(longer));
   std::string done;
   for (const std::string& fingerprint : words.fingerprints) {
-    done += OneLine(path) + ": waived " + fingerprint + " until " + entries.front().until + "\n";
+    done += PathText(path) + ": waived " + fingerprint + " until " + entries.front().until + "\n";
   }
   arguments.output.Write(done);
   return std::nullopt;

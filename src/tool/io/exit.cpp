@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "base/file_descriptor.h"
+#include "base/text.h"
 
 namespace korvel::tool {
 namespace {
@@ -58,7 +59,7 @@ extern "C" void OnBusError(int) {
 
 void PrintErrors(const std::vector<std::string>& lines) {
   std::string text;
-  for (const std::string& line : lines) text += line + "\n";
+  for (const std::string& line : lines) text += OneLine(line) + "\n";
   Print(text);  // a failure cannot be reported anywhere
 }
 

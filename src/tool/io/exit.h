@@ -21,7 +21,7 @@ struct NothingAllowed {
   std::vector<std::string> lines;
 };
 
-// Prints lines without line ends on standard error.
+// Prints lines without line ends on standard error, each by OneLine: whatever they contain, each stays one line.
 void PrintErrors(const std::vector<std::string>& lines);
 
 // --- When the program cannot go on ---
