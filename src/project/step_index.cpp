@@ -2,9 +2,10 @@
 #include "project/step_index.h"
 
 #include <algorithm>
-#include <functional>
 #include <string>
 #include <utility>
+
+#include "base/keyed_hash.h"
 
 namespace korvel {
 namespace {
@@ -15,8 +16,8 @@ constexpr char kRemovedKey = 'x';  // likewise
 constexpr char kFindingKey = 'f';  // a table and a fingerprint
 constexpr char kPathKey = 'p';     // a table, a rule and a path
 
-std::size_t KeyOf(char kind, const std::string& table, const std::string& first = "", const std::string& second = "") {
-  return std::hash<std::string>{}(kind + table + '\0' + first + '\0' + second);
+std::uint64_t KeyOf(char kind, const std::string& table, const std::string& first = "", const std::string& second = "") {
+  return KeyedHash(kind + table + '\0' + first + '\0' + second);
 }
 
 }  // namespace
@@ -37,7 +38,7 @@ StepIndex::Keys StepIndex::KeysOf(const std::vector<TableResult>& tables) {
   return keys;
 }
 
-bool StepIndex::Step::Has(std::size_t key) const { return std::ranges::binary_search(keys, key); }
+bool StepIndex::Step::Has(std::uint64_t key) const { return std::ranges::binary_search(keys, key); }
 
 void StepIndex::Add(std::size_t from, Keys keys) { steps_.push_back({from, std::move(keys)}); }
 
@@ -46,7 +47,7 @@ bool StepIndex::Refuses(std::size_t from, const std::string& table) const {
   return std::ranges::any_of(steps_, [&](const Step& step) { return step.from >= from && step.Has(key); });
 }
 
-bool StepIndex::FindLast(std::size_t from, std::size_t key, NewestRefusal& refusal) const {
+bool StepIndex::FindLast(std::size_t from, std::uint64_t key, NewestRefusal& refusal) const {
   for (std::size_t i = steps_.size(); i-- > 0 && steps_[i].from >= from;) {
     if (!steps_[i].Has(key)) continue;
     refusal.step = i;
@@ -63,7 +64,7 @@ void StepIndex::FindStep(std::size_t from, NewestRefusal& refusal) const {
   if (refusal.result.removed && FindLast(from, KeyOf(kRemovedKey, table), refusal)) return;
   if (!cause.fingerprint.empty() && FindLast(from, KeyOf(kFindingKey, table, cause.fingerprint), refusal)) return;
   if (FindLast(from, KeyOf(kPathKey, table, cause.rule, cause.path), refusal)) return;
-  const std::size_t key = KeyOf(kRefusedKey, table);
+  const std::uint64_t key = KeyOf(kRefusedKey, table);
   const auto first = std::ranges::find_if(steps_, [&](const Step& step) { return step.from >= from && step.Has(key); });
   if (first != steps_.end()) refusal.step = static_cast<std::size_t>(first - steps_.begin());
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 #include "report/result/history.h"
@@ -12,7 +13,7 @@ namespace korvel {
 class StepIndex {
  public:
   // What identifies the refusals of a step, as hashes, sorted.
-  using Keys = std::vector<std::size_t>;
+  using Keys = std::vector<std::uint64_t>;
   static Keys KeysOf(const std::vector<TableResult>& tables);
 
   // Adds the next step, which begins at version `from`.
@@ -29,10 +30,10 @@ class StepIndex {
     std::size_t from;
     Keys keys;
 
-    bool Has(std::size_t key) const;
+    bool Has(std::uint64_t key) const;
   };
 
-  bool FindLast(std::size_t from, std::size_t key, NewestRefusal& refusal) const;
+  bool FindLast(std::size_t from, std::uint64_t key, NewestRefusal& refusal) const;
 
   std::vector<Step> steps_;
 };

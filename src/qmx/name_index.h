@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "base/keyed_hash.h"
+
 namespace qmx {
 
 // `name_at(position)` returns the name that was added at a position. Each operation takes it as an argument.
@@ -46,8 +48,8 @@ class NameIndex {
     std::uint32_t end = 0;  // position + 1; 0 = free
   };
 
-  // Hashes with a number that differs from run to run, so that no file can be constructed to collide.
-  static std::uint32_t HashOf(std::string_view name);
+  // No file can be constructed whose names collide.
+  static std::uint32_t HashOf(std::string_view name) { return static_cast<std::uint32_t>(korvel::KeyedHash(name)); }
 
   // The slot of the name, or the free one where it belongs.
   template <class NameAt>

@@ -3,7 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <set>
 #include <string>
+
+#include "base/keyed_hash.h"
 
 namespace {
 
@@ -51,6 +57,44 @@ TEST_F(NameIndexTest, ForgetsAllNames) {
   EXPECT_EQ(Find("name7"), std::nullopt);
   EXPECT_TRUE(Add("name7"));
   EXPECT_EQ(Find("name7"), 0u);
+}
+
+// Names that collide under one seed do not collide under another, so a file cannot be written for a seed that nobody knows.
+TEST(KeyedHash, DependsOnSeedAndText) {
+  std::set<std::uint64_t> hashes;
+  for (std::uint64_t seed = 0; seed < 100; ++seed) {
+    for (const char* text : {"", "a", "b", "sixteen bytes ..", "a text that is longer than sixteen bytes"}) {
+      EXPECT_TRUE(hashes.insert(korvel::HashWithSeed(text, seed)).second) << text << " with seed " << seed;
+    }
+  }
+  EXPECT_NE(korvel::KeyedHash("a"), korvel::KeyedHash("b"));
+}
+
+// The hash of a name in a process of its own.
+std::string HashInAnotherProcess() {
+  const std::string program = std::filesystem::read_symlink("/proc/self/exe");
+  // Shards are those of this process.
+  const std::string command =
+      "env -u GTEST_TOTAL_SHARDS -u GTEST_SHARD_INDEX " + program + " --gtest_filter=KeyedHash.StaysTheSameInARun";
+  std::FILE* const pipe = ::popen(command.c_str(), "r");
+  if (pipe == nullptr) return "";
+  std::string output;
+  char block[256];
+  while (const std::size_t size = std::fread(block, 1, sizeof block, pipe)) output.append(block, size);
+  ::pclose(pipe);
+  const std::size_t begin = output.find("hash ");
+  return begin == std::string::npos ? "" : output.substr(begin, output.find('\n', begin) - begin);
+}
+
+TEST(KeyedHash, StaysTheSameInARun) {
+  EXPECT_EQ(korvel::KeyedHash("name"), korvel::KeyedHash("name"));
+  std::printf("hash %016llx\n", static_cast<unsigned long long>(korvel::KeyedHash("name")));
+}
+
+TEST(KeyedHash, DiffersFromRunToRun) {
+  const std::string first = HashInAnotherProcess();
+  EXPECT_EQ(first.size(), 21u) << first;
+  EXPECT_NE(first, HashInAnotherProcess());
 }
 
 }  // namespace
