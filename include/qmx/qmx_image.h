@@ -1,4 +1,4 @@
-// Compiled schema libraries: written to a file in their memory layout, mapped and used in place. docs/formats/image.md describes
+// Compiled schema libraries: written to a file in their memory layout, read and used in place. docs/formats/image.md describes
 // the bytes.
 //
 // An image from outside is not trusted: it is verified completely before any of it is used. The checksum detects accidental
@@ -22,7 +22,7 @@ namespace qmx {
 inline constexpr std::string_view kImageMagic = "QMXIMAGE";
 // Version of the format, for reading and writing. Raised with every change of the header or of a record in qmx_types.h.
 inline constexpr std::uint32_t kImageVersion = 1;
-// Bytes of the header in front of the block. A multiple of 8, so that the block of a mapped file is aligned.
+// Bytes of the header in front of the block. A multiple of 8, so that the block is aligned if the image is.
 inline constexpr std::size_t kImageHeaderSize = 64;
 
 // Limits for images that are read.
@@ -71,13 +71,10 @@ struct ImageResult {
 // to 8 bytes, as memory from new[] is.
 ImageResult LoadImage(std::unique_ptr<char[]> bytes, std::size_t size, const Limits& limits = {});
 
-// Maps an image from a file, from its first byte to its last, and uses it in place; the descriptor may be closed afterwards. The
-// library is read-only: writing to a record ends the process.
-//
-// The file must not change while the library lives: replacing it by a rename is fine, writing into it is not. If the file becomes
-// shorter, the next access beyond its end ends the process with SIGBUS unless the program handles that; other changes become
-// visible without verification.
-ImageResult MapImage(int fd, const Limits& limits = {});
-ImageResult MapImage(const std::string& path, const Limits& limits = {});
+// Reads an image from a file, from its first byte to its last, into memory of its own; the descriptor may be closed afterwards. A
+// file that is written to at the same time is read as it was, as it becomes, or as a mixture that is refused: what is verified
+// cannot change any more, which is why the file is not mapped.
+ImageResult ReadImage(int fd, const Limits& limits = {});
+ImageResult ReadImage(const std::string& path, const Limits& limits = {});
 
 }  // namespace qmx

@@ -78,7 +78,6 @@ class HistoryChecker {
       CheckWindow(window, stop == end);
       if (!window.empty()) window.erase(window.begin(), window.end() - 1);
     }
-    if (newest_) RequireUnchanged(newest_->input);
     DropRepeatedWarnings();
     for (NewestCheck& check : history_.against_newest) {
       for (NewestRefusal& refusal : check.refused) step_index_.FindStep(check.from, refusal);
@@ -167,7 +166,6 @@ class HistoryChecker {
     if (is_known) return;
     ids_.Add(version.position, version.input, previous == nullptr ? nullptr : &previous->input);
     if (check_.keeps_texts && version.input.text) history_.texts.Add(version.position, version.input.text->Bytes());
-    RequireUnchanged(version.input);
     const auto has = [&](const std::string& table) {
       return std::ranges::find(version.input.tables, table) != version.input.tables.end();
     };

@@ -22,8 +22,8 @@ struct HistoryCheck {
 // Loads and checks the versions of each file. Uses all cores. Has only some of the versions in memory at the same time: the
 // memory grows with the results, not with the size of the versions.
 //
-// Throws InputError with the errors of every version that cannot be loaded, unless faults are allowed; if a mapped file has
-// changed; for a requested table that no version has; and if nothing was compared.
+// Throws InputError with the errors of every version that cannot be loaded, unless faults are allowed; for a requested table that
+// no version has; and if nothing was compared.
 Histories CheckHistories(const HistoryCheck& check);
 
 }  // namespace korvel

@@ -43,7 +43,7 @@ std::shared_ptr<const Source> ReleaseFrom(std::vector<TableResult>& tables, cons
 Input WithoutTables(const Source& old_source, const std::string& shown) {
   Model model = ModelOf(old_source, std::string(old_source.tables.front()));
   model.metas.clear();
-  return {{shown, std::move(*Build(model)), std::nullopt, {}, old_source.path_in_project}, std::nullopt};
+  return {shown, std::move(*Build(model)), std::nullopt, {}, old_source.path_in_project};
 }
 
 FilePairCheck::FilePairCheck(const ProjectCheck& check) : check_(check) {

@@ -1,4 +1,4 @@
-// Writes and opens images, mapped or in memory. The contents of the block are verified in image_verify.cpp.
+// Writes and opens images. The contents of the block are verified in image_verify.cpp.
 // Tested by tests/qmx/image_test.cpp.
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -6,7 +6,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
+#include <new>
 #include <utility>
 
 #include "base/text.h"
@@ -98,6 +100,17 @@ ImageResult Open(std::shared_ptr<void> owner, std::size_t size, const Limits& li
   return {Metalib(std::move(owner), library, size - kImageHeaderSize), {}};
 }
 
+// Large pages are faster to provide and to fill than small ones. The request is a hint, which may fail.
+std::shared_ptr<void> Allocate(std::size_t size) {
+  constexpr std::size_t kLargePage = std::size_t{2} << 20;
+  const std::size_t unit = size < kLargePage ? alignof(std::max_align_t) : kLargePage;
+  const std::size_t rounded = (size + unit - 1) / unit * unit;
+  std::shared_ptr<void> memory(std::aligned_alloc(unit, rounded), std::free);
+  if (memory == nullptr) throw std::bad_alloc();
+  if (unit == kLargePage) static_cast<void>(::madvise(memory.get(), rounded, MADV_HUGEPAGE));
+  return memory;
+}
+
 ImageResult CannotRead() { return {std::nullopt, {"file", 0, std::string("cannot be read: ") + std::strerror(errno)}}; }
 
 }  // namespace
@@ -112,22 +125,28 @@ ImageResult LoadImage(std::unique_ptr<char[]> bytes, std::size_t size, const Lim
   return Open(std::shared_ptr<char[]>(std::move(bytes)), size, limits);
 }
 
-ImageResult MapImage(int fd, const Limits& limits) {
+ImageResult ReadImage(int fd, const Limits& limits) {
   struct stat status {};
   if (::fstat(fd, &status) != 0) return CannotRead();
   const auto size = static_cast<std::size_t>(status.st_size);
-  // An empty file cannot be mapped, and a file that is refused by its size need not be.
+  // A file that is refused by its size need not be read.
   if (size < kImageHeaderSize || size > limits.max_bytes) return {std::nullopt, *CheckImage(nullptr, size, limits)};
-  // The whole file is read below: load its pages now.
-  void* const mapping = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, fd, 0);
-  if (mapping == MAP_FAILED) return CannotRead();
-  return Open(std::shared_ptr<void>(mapping, [size](void* begin) { ::munmap(begin, size); }), size, limits);
+  std::shared_ptr<void> memory = Allocate(size);
+  std::size_t count = 0;
+  while (count < size) {
+    const ssize_t got = ::pread(fd, static_cast<char*>(memory.get()) + count, size - count, static_cast<off_t>(count));
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) return CannotRead();
+    if (got == 0) break;
+    count += static_cast<std::size_t>(got);
+  }
+  return Open(std::move(memory), count, limits);
 }
 
-ImageResult MapImage(const std::string& path, const Limits& limits) {
+ImageResult ReadImage(const std::string& path, const Limits& limits) {
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) return CannotRead();
-  ImageResult result = MapImage(fd, limits);
+  ImageResult result = ReadImage(fd, limits);
   ::close(fd);
   return result;
 }

@@ -42,7 +42,7 @@ bool StatusOf(const std::string& path, struct stat& status) {
 }
 
 // Standard input may be a file of which a part has been read already.
-bool IsMappableImage(int fd) {
+bool IsWholeImage(int fd) {
   char first[qmx::kImageMagic.size()];
   const ssize_t got = ::pread(fd, first, sizeof(first), 0);
   return got == static_cast<ssize_t>(sizeof(first)) && qmx::IsImage({first, sizeof(first)}) && ::lseek(fd, 0, SEEK_CUR) == 0;
@@ -72,8 +72,8 @@ OpenFile OpenWith(const std::string& path, int flags) {
   if (!S_ISREG(status.st_mode)) return file;
   if (static_cast<std::uintmax_t>(status.st_size) > qmx::kMaxFileBytes) RefuseTooLarge(file.name);
   file.size = static_cast<std::size_t>(status.st_size);
-  file.state = {path, status.st_dev, status.st_ino, file.size, status.st_mtim};
-  file.is_mappable_image = IsMappableImage(file.descriptor.get());
+  file.state = {path, status.st_uid, status.st_dev, status.st_ino, file.size, status.st_mtim, status.st_ctim};
+  file.is_whole_image = IsWholeImage(file.descriptor.get());
   return file;
 }
 
@@ -87,11 +87,17 @@ OpenFile OpenRegular(const std::string& path) {
   return file;
 }
 
+namespace {
+
+bool IsSame(const timespec& a, const timespec& b) { return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec; }
+
+}  // namespace
+
 void RequireUnchanged(const std::string& name, const FileState& state) {
   struct stat now {};
   if (!StatusOf(state.path, now) || now.st_dev != state.device || now.st_ino != state.number) return;
-  const bool is_same = static_cast<std::size_t>(now.st_size) == state.size && now.st_mtim.tv_sec == state.written.tv_sec &&
-                       now.st_mtim.tv_nsec == state.written.tv_nsec;
+  const bool is_same = static_cast<std::size_t>(now.st_size) == state.size && IsSame(now.st_mtim, state.written) &&
+                       IsSame(now.st_ctim, state.changed);
   if (!is_same) RefuseModified(name);
 }
 

@@ -13,22 +13,25 @@
 
 namespace korvel {
 
-// The file that a path led to, and the time of its last change.
+// The file that a path led to, and its last change. A program can set the time of the last write as it likes, but not that of the
+// last change of the inode.
 struct FileState {
   std::string path;
+  uid_t owner = 0;
   dev_t device = 0;
   ino_t number = 0;
   std::size_t size = 0;  // bytes
   timespec written = {};
+  timespec changed = {};
 };
 
 // An open file.
 struct OpenFile {
   std::string name;  // as messages show it
   FileDescriptor descriptor;
-  std::size_t size = 0;            // bytes; 0 if unknown before the end is read: pipes, devices
-  bool is_mappable_image = false;  // a regular file, at its first byte, that begins like an image
-  FileState state = {};            // of a regular file
+  std::size_t size = 0;         // bytes; 0 if unknown before the end is read: pipes, devices
+  bool is_whole_image = false;  // a regular file, at its first byte, that begins like an image
+  FileState state = {};         // of a regular file
 };
 
 // Size in bytes of the regular file at a path, "-" for standard input; 0 for everything else.

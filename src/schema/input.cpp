@@ -34,12 +34,12 @@ Input FromText(const std::string& name, std::shared_ptr<qmx::XmlBuffer> buffer, 
   if (!result.schema) throw SchemaErrors(name, result.errors);
   const std::string_view bytes(buffer->data(), size);
   SchemaText schema = KeptText(std::move(buffer), bytes, std::move(result.schema->source_map));
-  return {{name, std::move(result.schema->metalib), std::move(schema), {}}, std::nullopt};
+  return {name, std::move(result.schema->metalib), std::move(schema), {}};
 }
 
 Input FromImage(const std::string& name, qmx::ImageResult result) {
   if (!result.metalib) throw ErrorOf({FaultIn(FaultKind::kImage, name, qmx::Describe(result.error))});
-  return {{name, std::move(*result.metalib), std::nullopt, {}}, std::nullopt};
+  return {name, std::move(*result.metalib), std::nullopt, {}};
 }
 
 Input FromBytes(const std::string& name, Bytes bytes) {
@@ -50,10 +50,10 @@ Input FromBytes(const std::string& name, Bytes bytes) {
   return FromText(name, std::move(buffer), bytes.size);
 }
 
-Input MapFile(const OpenFile& file) {
-  Input input = FromImage(file.name, qmx::MapImage(file.descriptor.get()));
-  input.mapped = file.state;
-  return input;
+Input ReadImageFile(const OpenFile& file) {
+  qmx::ImageResult result = qmx::ReadImage(file.descriptor.get());
+  RequireUnchanged(file.name, file.state);
+  return FromImage(file.name, std::move(result));
 }
 
 Input FromImageBytes(const OpenFile& file, std::string_view bytes) {
@@ -86,13 +86,12 @@ std::optional<Input> ReadWithoutText(const OpenFile& file) {
   std::optional<qmx::SchemaWithoutText> schema = buffer.ReadAndRelease(size);
   if (!schema) return std::nullopt;
   auto text = std::make_shared<FileText>(file.name, file.state.path, size, checksum, std::move(schema->metas));
-  return Input{{file.name, std::move(schema->metalib), SchemaText{std::move(text), std::move(schema->source_map)}, {}},
-               std::nullopt};
+  return Input{file.name, std::move(schema->metalib), SchemaText{std::move(text), std::move(schema->source_map)}, {}};
 }
 
 Input ReadFileAt(const std::string& path, Texts texts) {
   const OpenFile file = OpenInput(path);
-  if (file.is_mappable_image) return MapFile(file);
+  if (file.is_whole_image) return ReadImageFile(file);
   if (texts == Texts::kWhenNeeded && file.size >= kLargeText && CanBeReadAgain(file)) {
     if (std::optional<Input> input = ReadWithoutText(file)) return std::move(*input);
     Rewind(file);
@@ -134,10 +133,6 @@ void RequireSame(const Input& input, const std::string& text) {
 }
 
 }  // namespace
-
-void RequireUnchanged(const Input& input) {
-  if (input.mapped) RequireUnchanged(input.name, *input.mapped);
-}
 
 Input LoadBytes(const std::string& name, Bytes bytes, Texts texts) {
   Input input = FromBytes(name, std::move(bytes));

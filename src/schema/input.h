@@ -1,7 +1,6 @@
 // Loads schemas from schema files and images, and writes them as schema files. The first bytes decide which of the two a file is.
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "schema/file_bytes.h"
@@ -9,12 +8,7 @@
 
 namespace korvel {
 
-struct Input : Source {
-  std::optional<FileState> mapped;  // the file that is mapped as the library; nullopt if the library is in memory
-};
-
-// Throws InputError if a mapped file has been written to since it was loaded: results based on it may be wrong.
-void RequireUnchanged(const Input& input);
+using Input = Source;
 
 // What becomes of the texts of schema files.
 enum class Texts {
@@ -28,10 +22,10 @@ inline constexpr std::size_t kLargeText = std::size_t{256} << 10;
 // The schema in the bytes of a file; `name` is used in messages. Keeps the text. Throws InputError as LoadFile.
 Input LoadBytes(const std::string& name, Bytes bytes, Texts texts = Texts::kWhenNeeded);
 
-// The schema in the file at a path, "-" for standard input. An image in a regular file is mapped. Throws InputError with every
-// error of the file: one line if it cannot be read or is larger than qmx::kMaxFileBytes; one line "FILE: error: WHAT" for a
-// refused image; "FILE:LINE:COLUMN: error: WHAT" for each error of a schema file. Linear. Threads may load different files at
-// once.
+// The schema in the file at a path, "-" for standard input. Throws InputError with every error of the
+// file: one line if it cannot be read, was written to meanwhile or is larger than qmx::kMaxFileBytes; one line "FILE: error:
+// WHAT" for a refused image; "FILE:LINE:COLUMN: error: WHAT" for each error of a schema file. Linear. Threads may load different
+// files at once.
 Input LoadFile(const std::string& path, Texts texts = Texts::kWhenNeeded);
 
 // The library as a schema file in XML; reading the text gives the same library byte for byte. Descriptions, comments and layout

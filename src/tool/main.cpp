@@ -25,7 +25,6 @@ void PrepareProcess() {
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);  // a file at its size limit is a failed write
   InstallTerminateHandler();
-  InstallSigbusHandler();
   OccupyClosedStreams();
 }
 

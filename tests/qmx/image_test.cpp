@@ -45,16 +45,31 @@ TEST(Image, ReadsBackWrittenImage) {
   EXPECT_EQ(qmx::WriteImage(*loaded.metalib), written);
 }
 
-TEST(Image, MappedFileOutlivesItsName) {
+TEST(Image, LibraryOutlivesItsFile) {
   const qmx::Metalib library = image::FullLibrary();
-  ImageResult mapped;
+  ImageResult read_image;
   {
     const ImageFile file(qmx::WriteImage(library));
-    mapped = qmx::MapImage(file.path());
+    read_image = qmx::ReadImage(file.path());
   }
-  ASSERT_TRUE(mapped.metalib) << Why(mapped);
-  EXPECT_EQ(Bytes(*mapped.metalib), Bytes(library));
-  EXPECT_EQ(image::ReadEverything(mapped.metalib->get()), image::ReadEverything(library.get()));
+  ASSERT_TRUE(read_image.metalib) << Why(read_image);
+  EXPECT_EQ(Bytes(*read_image.metalib), Bytes(library));
+  EXPECT_EQ(image::ReadEverything(read_image.metalib->get()), image::ReadEverything(library.get()));
+}
+
+// Memory of such a size comes in large pages.
+TEST(Image, ReadsLargeImages) {
+  qmx::MetalibBuilder builder("large", 1, qmx::Protocol::kQmx);
+  for (int i = 0; i < 20'000; ++i) {
+    builder.AddMeta("table_" + std::to_string(i));
+    builder.AddEntry({.name = "uid", .type = "uint64"});
+  }
+  const std::string written = qmx::WriteImage(*builder.Finish().metalib);
+  ASSERT_GT(written.size(), std::size_t{2} << 20);
+  const ImageFile file(written);
+  const ImageResult read = qmx::ReadImage(file.path());
+  ASSERT_TRUE(read.metalib) << Why(read);
+  EXPECT_TRUE(qmx::WriteImage(*read.metalib) == written);
 }
 
 TEST(Image, EqualLibrariesGiveEqualBytes) {
@@ -173,12 +188,12 @@ TEST(Image, EnforcesLimits) {
   EXPECT_NE(load({.max_depth = 2}).find("structures nested up to 2 levels deep"), std::string::npos);
 }
 
-TEST(Image, ReportsFilesThatCannotBeMapped) {
-  EXPECT_EQ(Why(qmx::MapImage("no such file")), "file at byte 0 cannot be read: No such file or directory");
-  EXPECT_EQ(Why(qmx::MapImage(-1)), "file at byte 0 cannot be read: Bad file descriptor");
-  EXPECT_EQ(Why(qmx::MapImage(testing::TempDir())), "file at byte 0 cannot be read: No such device");
+TEST(Image, ReportsFilesThatCannotBeRead) {
+  EXPECT_EQ(Why(qmx::ReadImage("no such file")), "file at byte 0 cannot be read: No such file or directory");
+  EXPECT_EQ(Why(qmx::ReadImage(-1)), "file at byte 0 cannot be read: Bad file descriptor");
+  EXPECT_EQ(Why(qmx::ReadImage(testing::TempDir())), "file at byte 0 cannot be read: Is a directory");
   const ImageFile empty("");
-  EXPECT_EQ(Why(qmx::MapImage(empty.path())), "header at byte 0 is truncated; allowed: 64 bytes");
+  EXPECT_EQ(Why(qmx::ReadImage(empty.path())), "header at byte 0 is truncated; allowed: 64 bytes");
 }
 
 }  // namespace

@@ -71,7 +71,6 @@ int RunReport(const ReportOptions& options, const std::vector<std::string>& inpu
   result.report.path_prefix = options.path_prefix;
   AddSuggestions(result.report, options.format->shows_fixes);
   if (log) log->Close();
-  for (const Input& input : result.inputs) RequireUnchanged(input);
   ReadShownTexts(result.report);
   options.output.Write([&](const TextSink& sink) { options.format->write(result.report, options.output.CanColor(), sink); });
   if (const std::string failure = log ? log->WriteFailure() : ""; !failure.empty()) throw std::runtime_error(failure);

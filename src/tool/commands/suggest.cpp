@@ -88,7 +88,6 @@ int Run(const SuggestArguments& arguments) {
   const InputProject nearest = InputProjects(projects).Of(arguments.inputs.paths.back());
   const std::vector<TableQuestion> questions = QuestionsOf({inputs.front(), new_input}, arguments, nearest.project);
   const SchemaSuggestion suggestion = Suggest(inputs.front(), new_input, questions);
-  for (const Input& input : inputs) RequireUnchanged(input);
   // A table that stays refused, often for a reason of its own, does not withhold the suggestions for the others.
   if (!suggestion.is_changed && !suggestion.refused.empty()) RefuseAll(new_input, suggestion);
   if (!suggestion.is_changed && new_input.text) PrintNothingToFix(new_input);

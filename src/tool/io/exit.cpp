@@ -1,10 +1,9 @@
-// Tested by tests/memory/tool_memory_test.cpp, tests/tool/image_test.cpp and sigbus_handler_test.cpp.
+// Tested by tests/memory/tool_memory_test.cpp and tests/tool/abrupt_end_test.cpp.
 #include "tool/io/exit.h"
 
 #include <unistd.h>
 
 #include <atomic>
-#include <csignal>
 #include <exception>
 #include <initializer_list>
 #include <new>
@@ -48,13 +47,6 @@ void Print(std::string_view text) { static_cast<void>(WriteAll(STDERR_FILENO, te
   End();
 }
 
-// Only calls that are safe in a signal handler.
-extern "C" void OnBusError(int) {
-  WaitUnlessFirst();
-  Print("korvelcheck: a file became shorter while it was read\n");
-  End();
-}
-
 }  // namespace
 
 void PrintErrors(const std::vector<std::string>& lines) {
@@ -68,11 +60,5 @@ void PrintOutOfMemory() { Print("korvelcheck: out of memory\n"); }
 void RemoveAtAbruptEnd(const char* path) { incomplete_file = path; }
 
 void InstallTerminateHandler() { std::set_terminate(OnUncaught); }
-
-void InstallSigbusHandler() {
-  struct sigaction action {};
-  action.sa_handler = OnBusError;
-  ::sigaction(SIGBUS, &action, nullptr);
-}
 
 }  // namespace korvel::tool

@@ -36,8 +36,4 @@ void RemoveAtAbruptEnd(const char* path);
 // From now on, an exception that nothing can catch (for example if memory runs out in a destructor) ends the program in this way.
 void InstallTerminateHandler();
 
-// From now on, a mapped file that becomes shorter while it is read (SIGBUS) ends the program in this way. May be called
-// repeatedly and by several threads.
-void InstallSigbusHandler();
-
 }  // namespace korvel::tool
