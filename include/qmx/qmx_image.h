@@ -43,13 +43,13 @@ std::string Describe(const VerifyError& error);
 
 // Checks bytes [0, size) of a library, so that every qmx_get_... operation and every rule stays inside them and terminates.
 //
-// Checked: sizes and counts without overflow; lists in the place that their meta requires, without overlaps; texts inside their
-// meta, terminated, texts of one kind without overlaps; names present; the stored own offsets of entries and metas; counters, key
-// members and columns are entries of the same meta, and a counter precedes the entry that it counts; how often members and
-// columns repeat long names; known types, composite types refer to a meta of that kind, without cycles and at most
-// limits.max_depth levels deep; unit sizes; the hash table of metas, which must equal the one that the builder makes of the names
-// under the seed of the library. NOT checked: whether names are legal or unique, ids unique, versions, counts and attributes
-// meaningful, and bytes that nothing uses; the reader of schema files and the rules check these.
+// Checked: sizes and counts without overflow; at least one entry in each meta; lists in the place that their meta requires,
+// without overlaps; texts inside their meta, terminated, texts of one kind without overlaps; names present; the stored own
+// offsets of entries and metas; counters, key members and columns are entries of the same meta, and a counter precedes the entry
+// that it counts; how often members and columns repeat long names; known types, composite types refer to a meta of that kind,
+// without cycles and at most limits.max_depth levels deep; unit sizes; the hash table of metas, which must equal the one that the
+// builder makes of the names under the seed of the library. NOT checked: whether names are legal or unique, ids unique, versions,
+// counts and attributes meaningful, and bytes that nothing uses; the reader of schema files and the rules check these.
 //
 // One pass over the block, linear in `size` for every input. Memory: a table of one sixtieth of the size and up to 48 bytes for
 // each meta. Throws nothing but std::bad_alloc. Returns nullopt, or the first fault.
@@ -58,7 +58,8 @@ std::optional<VerifyError> Verify(const void* block, std::size_t size, const Lim
 // Whether a file that begins with these bytes is an image, valid or not. kImageMagic.size() bytes are enough.
 bool IsImage(std::string_view bytes);
 
-// The image of a library. Equal libraries give equal bytes.
+// The image of a library. Equal libraries give equal bytes. The library is not verified: what Verify refuses (a meta without
+// entries, for example, which the builder accepts) cannot be loaded again.
 std::string WriteImage(const Metalib& metalib);
 
 // The result of opening an image.

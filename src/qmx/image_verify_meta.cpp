@@ -50,8 +50,9 @@ bool MetaVerifier::CheckList(const char* field, const std::int64_t& list, const 
 bool MetaVerifier::CheckLists() {
   const tagQMXMeta& meta = *meta_;
   texts_ = begin_ + kMetaSize;
-  if (meta.iEntriesNum > static_cast<std::int64_t>(kMaxEntries)) {
-    return state_.Refuse(Part(), "iEntriesNum", meta.iEntriesNum, "0 to " + std::to_string(kMaxEntries));
+  // The checker logs each visit to a structure without entries, and with a log it visits a structure once for each path to it.
+  if (meta.iEntriesNum < 1 || meta.iEntriesNum > static_cast<std::int64_t>(kMaxEntries)) {
+    return state_.Refuse(Part(), "iEntriesNum", meta.iEntriesNum, "1 to " + std::to_string(kMaxEntries));
   }
   return CheckList<tagQMXMetaEntry>("ptrEntries", meta.ptrEntries, "iEntriesNum", meta.iEntriesNum) &&
          CheckList<tagQMXDBKeyInfo>("ptrPrimayKeyBase", meta.ptrPrimayKeyBase, "nPrimayKeyMemberNum", meta.nPrimayKeyMemberNum) &&

@@ -131,6 +131,7 @@ const Corruption kCorruptions[] = {
      "meta 1: ptrEntries"},
     {"entries missing", [](Block& b) { return Put(b.Meta(1).ptrEntries, -1); }, "meta 1: ptrEntries"},
     {"number of entries negative", [](Block& b) { return Put(b.Meta(1).iEntriesNum, -1); }, "meta 1: iEntriesNum"},
+    {"no entries", [](Block& b) { return Put(b.Meta(1).iEntriesNum, 0); }, "meta 1: iEntriesNum"},
     {"number of entries huge", [](Block& b) { return Put(b.Meta(1).iEntriesNum, 2147483647); }, "meta 1: iEntriesNum"},
     {"key at another offset", [](Block& b) { return Put(b.Meta(2).ptrPrimayKeyBase, 0); }, "meta 2: ptrPrimayKeyBase"},
     {"key list without a key", [](Block& b) { return Put(b.Meta(0).ptrPrimayKeyBase, 120); }, "meta 0: ptrPrimayKeyBase"},
@@ -254,6 +255,16 @@ TEST(Verify, ReportsWhatIsAllowed) {
   Block block(image::FullLibrary());
   block.Entry(kOrders, kItems).iType = 99;
   EXPECT_EQ(block.Fault(), "meta 2, entry 3: iType is 99; allowed: 0 to 15");
+}
+
+// Regression: with a log, the checker took exponential time for structures that lead to a structure without entries.
+TEST(Verify, RefusesMetaWithoutEntries) {
+  qmx::MetalibBuilder builder("empty", 1, qmx::Protocol::kQmx);
+  builder.AddMeta("nothing");
+  builder.AddMeta("table");
+  builder.AddEntry({.name = "inner", .type = "nothing"});
+  Block block(*builder.Finish().metalib);
+  EXPECT_EQ(block.Fault(), "meta 0: iEntriesNum is 0; allowed: 1 to 1000000");
 }
 
 TEST(Verify, RefusesBlockWithoutHeader) {
