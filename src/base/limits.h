@@ -21,5 +21,8 @@ inline constexpr std::size_t kMaxAttributePairs = 64;
 inline constexpr std::size_t kMaxInnerFields = 10'000;
 // Characters of a source line that are shown.
 inline constexpr std::size_t kMaxSnippet = 160;
+// Bytes that a call writes to its log, besides the line that says so. With a log, the checker visits a structure that logs once
+// for each path to it, and the number of paths can be exponential.
+inline constexpr std::size_t kMaxLogBytes = std::size_t{64} << 20;
 
 }  // namespace korvel

@@ -13,12 +13,19 @@
 //   - A refusal that is named below as without a text leaves the buffer as it was.
 //   - A null pointer for which an operation names no result matches nothing and is skipped. So a field without a name is found by
 //     no other; the check of field names treats it as one with an empty name (ERROR_FIELD_NAME_EMPTY).
+//   - The libraries stay unchanged during a call, and each qmx_get_... operation returns the same result for the same arguments:
+//     the checker calls it again for what it has seen before. Otherwise, behavior is undefined.
+//   - A pair of structures is checked once for each rule, so the cost is linear in the number of fields. But a pair whose check
+//     comes to a record that the bounds of the log category let through is checked again for each path to it. So with a category
+//     that lets records through, structures that contain each other several times may cost a time exponential in the depth of
+//     their nesting. Bounds are read before each record: a category that closes them (low bound 0) ends this.
 //
 // What a log category may do while it writes a record, or says whether it would:
 //   - Use another ModifyTable, on the same libraries or others. Neither check affects the other.
 //   - Use the same ModifyTable. The outer operation goes on with what the buffer, printVec and whiteVec then hold. Its result is
 //     not affected; its text is in the buffer afterwards only if it was written after the record.
 //   - Switch to another stack and come back, in any order, also to one on which another check is under way.
+//   - Change its bounds. Neither result codes nor texts in the buffer depend on them.
 //   - Throw, or leave by longjmp, or never come back. The object can be used again, and holds what the operation had written.
 //     Except after an exception, the memory that the operation had allocated is leaked; nothing else.
 //   - Not: change the libraries of a check that is under way, or use one object on two threads at the same time.

@@ -109,8 +109,8 @@ Record MakeRecord(const tagVeskEvent& event, std::string_view message) {
 // The destination of the records of an open category.
 class LogWriter {
  public:
-  LogWriter(LineFormat format, std::FILE* stream)
-      : format_(format), sink_(std::make_shared<StreamSink>(stream)), logger_(std::string(), sink_) {
+  LogWriter(LineFormat format, std::optional<std::size_t> max_bytes, std::FILE* stream)
+      : format_(format), max_bytes_(max_bytes), sink_(std::make_shared<StreamSink>(stream)), logger_(std::string(), sink_) {
     logger_.set_level(spdlog::level::trace);
     logger_.flush_on(spdlog::level::err);
     logger_.set_pattern(format == LineFormat::kJson ? kJsonPattern : kTextPattern, spdlog::pattern_time_type::utc);
@@ -118,11 +118,15 @@ class LogWriter {
   }
 
   bool IsOpen() const { return open_; }
+  bool IsFull() const { return is_full_; }
 
+  // Writes the record. If it does not fit any more, writes that the log stops, and nothing from then on.
   void Write(const Record& record) {
-    // spdlog's level is only used for flushing: the checker's priorities are finer, and are part of the line.
-    const auto level = record.priority <= VESK_PRIORITY_ERROR ? spdlog::level::err : spdlog::level::info;
-    logger_.log(level, format_ == LineFormat::kJson ? JsonMembers(record) : TextLine(record));
+    if (is_full_) return;
+    const std::string text = Format(record);
+    bytes_ += text.size() + (format_ == LineFormat::kJson ? kJsonPatternBytes : kTextPatternBytes);
+    is_full_ = max_bytes_ && bytes_ > *max_bytes_;
+    is_full_ ? WriteEnd() : WriteLine(record.priority, text);
   }
 
   void Close() {
@@ -134,7 +138,28 @@ class LogWriter {
   std::string Failure() const { return failure_.Text(); }
 
  private:
+  // What the patterns and the line end add to a record.
+  static constexpr std::size_t kTextPatternBytes = 26;
+  static constexpr std::size_t kJsonPatternBytes = 37;
+
+  std::string Format(const Record& record) const { return format_ == LineFormat::kJson ? JsonMembers(record) : TextLine(record); }
+
+  void WriteLine(int priority, const std::string& text) {
+    // spdlog's level is only used for flushing: the checker's priorities are finer, and are part of the line.
+    logger_.log(priority <= VESK_PRIORITY_ERROR ? spdlog::level::err : spdlog::level::info, text);
+  }
+
+  void WriteEnd() {
+    const std::string message = "the log stops here: at most " + std::to_string(*max_bytes_) + " bytes are written";
+    const int priority = VESK_PRIORITY_WARN;
+    WriteLine(priority,
+              Format({.priority = priority, .file = __FILE__, .line = __LINE__, .function = __func__, .message = message}));
+  }
+
   LineFormat format_;
+  std::optional<std::size_t> max_bytes_;
+  std::atomic<std::size_t> bytes_{0};  // of all lines so far
+  std::atomic<bool> is_full_{false};
   std::shared_ptr<StreamSink> sink_;
   spdlog::logger logger_;
   FirstFailure failure_;
@@ -149,9 +174,15 @@ struct LogCategory::Instance : VESKCATEGORYINST {
       : VESKCATEGORYINST{nullptr, nullptr},
         min_priority(settings.min_priority.value_or(0)),
         max_priority(settings.max_priority.value_or(0)),
-        writer(settings.format, stream) {
+        writer(settings.format, settings.max_bytes, stream) {
     if (settings.min_priority) piPriorityHigh = &min_priority;
     if (settings.max_priority) piPriorityLow = &max_priority;
+  }
+
+  // From now on, the checker neither formats records nor takes the paths that only serve the log.
+  void CloseBounds() {
+    max_priority = 0;
+    piPriorityLow = &max_priority;
   }
 
   bool CanWrite(int priority) const {
@@ -181,6 +212,8 @@ LPVESKCATEGORYINST LogCategory::handle() { return instance_.get(); }
 
 void LogCategory::Close() { instance_->writer.Close(); }
 
+bool LogCategory::ReachedLimit() const { return instance_->writer.IsFull(); }
+
 std::string LogCategory::WriteFailure() const { return instance_->writer.Failure(); }
 
 }  // namespace vesk
@@ -191,9 +224,11 @@ int vesk_category_can_write(LPVESKCATEGORYINST category, int priority, int /*id*
 
 void vesk_category_logv(LPVESKCATEGORYINST category, const tagVeskEvent* event, const char* format, va_list arguments) {
   if (category == nullptr || event == nullptr || format == nullptr) return;
-  vesk::LogWriter& writer = static_cast<vesk::LogCategory::Instance*>(category)->writer;
+  auto& instance = *static_cast<vesk::LogCategory::Instance*>(category);
+  vesk::LogWriter& writer = instance.writer;
   try {
     writer.Write(vesk::MakeRecord(*event, vesk::FormatMessage(format, arguments)));
+    if (writer.IsFull()) instance.CloseBounds();
   } catch (const std::bad_alloc&) {
     writer.NoteFailure("out of memory");
   } catch (const std::exception& failure) {

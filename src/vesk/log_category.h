@@ -13,6 +13,7 @@
 // A record is always one line of valid UTF-8; record_line.h describes how other bytes are written.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -28,10 +29,14 @@ struct LogSettings {
   LineFormat format = LineFormat::kText;
   std::optional<int> min_priority;  // smallest number that is written; absent = no bound
   std::optional<int> max_priority;  // largest number that is written; absent or -1 = no bound
+  // Bytes of lines after which the category stops itself: it writes a last line that says so, and closes the bounds behind its
+  // handle, so that the checker goes on as without a log. With this limit, only one thread at a time may use the category, and
+  // the caller must leave the bounds alone. Absent = no limit.
+  std::optional<std::size_t> max_bytes = {};
 };
 
-// An open category. Several threads may use it at once while it lives. The caller may change the bounds behind its handle between
-// checks. Lines reach the file with the next ERROR at the latest, or with Close().
+// An open category. Several threads may use it at once while it lives, unless it has a limit. The caller may change the bounds
+// behind its handle between checks. Lines reach the file with the next ERROR at the latest, or with Close().
 class LogCategory {
  public:
   // Opens a category. If the file cannot be opened, returns null and sets `error` to the reason; otherwise leaves `error`
@@ -48,6 +53,9 @@ class LogCategory {
 
   // Writes pending lines and closes the file; standard error stays open. Nothing can be written afterwards.
   void Close();
+
+  // Whether records were left out because of LogSettings::max_bytes.
+  bool ReachedLimit() const;
 
   // The first write failure ("cannot write the log: No space left on device"); empty if there was none so far. Later lines are
   // still tried. Complete only after Close(), because lines may be pending before.

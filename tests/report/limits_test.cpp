@@ -34,6 +34,7 @@ const std::map<std::string, std::uint64_t> kLimits = {
     {"kMaxAttributePairs", kMaxAttributePairs},
     {"kMaxInnerFields", kMaxInnerFields},
     {"kMaxSnippet", kMaxSnippet},
+    {"kMaxLogBytes", kMaxLogBytes},
 };
 
 // The matches of a pattern in a text: the second group of each, by the first.

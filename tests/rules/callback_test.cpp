@@ -1,5 +1,5 @@
-// What a log category may do while a record is written: start another check, throw, leave by longjmp, switch stacks. State of an
-// interrupted or abandoned run must not affect another run.
+// What a log category may do while a record is written: start another check, close its bounds, throw, leave by longjmp, switch
+// stacks. State of an interrupted or abandoned run must not affect another run.
 
 #include <ucontext.h>
 
@@ -121,6 +121,32 @@ TEST(Callback, UsingTheSameObjectAtTheLastRecordLeavesItsText) {
   EXPECT_EQ(Check(checker, change, &log), kAllowed);
   EXPECT_STREQ(checker.GetErrType(), "Invalid parameter, meta is null");
   EXPECT_EQ(checker.GetRefusal(), nullptr) << "the operation that ended last was a success";
+}
+
+// --- Bounds ---
+
+// Structures that each contain the next one twice, so that 2^60 paths lead to the last one.
+Library Paths() {
+  constexpr int kLevels = 60;
+  Library library = Of({{.name = "t", .fields = {{"k", "int32"}, {"s", "s0"}}, .key = {"k"}}});
+  for (int i = 0; i < kLevels; ++i) {
+    const std::string inner = i + 1 < kLevels ? "s" + std::to_string(i + 1) : "int8";
+    library.tables.push_back({.name = "s" + std::to_string(i), .fields = {{"a", inner}, {"b", inner}}});
+  }
+  return library;
+}
+
+// A log that stays open gets a record for each path.
+TEST(Callback, MayCloseItsBoundsToEndTheWalk) {
+  const Schema old_schema = Paths().Build();
+  const Schema new_schema = Paths().Build();
+  ModifyTable checker;
+  CaptureCategory log;
+  log.on_record = [&] {
+    if (log.records.size() == 1000U) log.SetLow(0);
+  };
+  EXPECT_EQ(checker.CompareTableField(old_schema.Meta(), new_schema.Meta(), &log), 0);
+  EXPECT_EQ(log.records.size(), 1000U);
 }
 
 // --- Throw ---

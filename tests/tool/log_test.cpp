@@ -98,5 +98,40 @@ TEST_F(LogTest, LogThatCannotBeWrittenIsAnInternalError) {
   EXPECT_EQ(outcome.err, "korvelcheck: cannot write the log: No space left on device\n");
 }
 
+// A table with a structure to which 2^levels paths lead.
+std::string ManyPaths(int levels) {
+  std::vector<std::string> metas = {Table({.fields = "<entry name=\"v\" type=\"s0\"/>"})};
+  for (int i = 0; i < levels; ++i) {
+    const std::string type = i + 1 < levels ? "s" + std::to_string(i + 1) : "int8";
+    metas.push_back("<meta name=\"s" + std::to_string(i) + "\"><entry name=\"a\" type=\"" + type +
+                    "\"/><entry name=\"b\" type=\"" + type + "\"/></meta>");
+  }
+  return Library(5, metas);
+}
+
+// Regression: with a log, each path was followed, and the call did not end.
+TEST_F(LogTest, StopsAtItsLimit) {
+  Write("deep.xml", ManyPaths(60));
+  Write("log", "first\n");
+  const Outcome outcome = Korvelcheck({"same", "deep.xml", "deep.xml", "--log", "log"});
+  EXPECT_EQ(outcome.exit_code, 0);
+  EXPECT_EQ(outcome.out, Korvelcheck({"same", "deep.xml", "deep.xml"}).out);
+  EXPECT_EQ(outcome.err, "korvelcheck: the log stops after 67108864 bytes; the report is complete\n");
+  const std::string log = Read("log");
+  EXPECT_GT(log.size(), 67'108'864u - 300);
+  EXPECT_LT(log.size(), 67'108'864u + 300);
+  const std::string last = log.substr(log.rfind('\n', log.size() - 2) + 1);
+  EXPECT_THAT(last, HasSubstr(" WARN src/vesk/log_category.cpp:"));
+  EXPECT_THAT(last, EndsWith(" the log stops here: at most 67108864 bytes are written\n"));
+}
+
+// A log that fails must not cost more than one that is written.
+TEST_F(LogTest, LogThatCannotBeWrittenStopsAtItsLimit) {
+  Write("deep.xml", ManyPaths(60));
+  const Outcome outcome = Korvelcheck({"same", "deep.xml", "deep.xml", "--log", "/dev/full"});
+  EXPECT_EQ(outcome.exit_code, 3);
+  EXPECT_EQ(outcome.err, "korvelcheck: cannot write the log: No space left on device\n");
+}
+
 }  // namespace
 }  // namespace tool_test

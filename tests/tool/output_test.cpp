@@ -85,6 +85,21 @@ TEST_F(OutputTest, DoesNotReplaceInput) {
   EXPECT_EQ(Files(), (std::vector<std::string>{"link", "old.xml", "same.xml", "wide.xml"}));
 }
 
+// Regression: the log created the file that a link named, and the report then replaced it.
+TEST_F(OutputTest, LogMustNotLeadToTheReport) {
+  std::filesystem::create_directory(PathOf("sub"));
+  std::filesystem::create_symlink("out", PathOf("link"));
+  std::filesystem::create_symlink("../link", PathOf("sub/link"));
+  std::filesystem::create_symlink(PathOf("sub") / "link", PathOf("chain"));
+  for (const char* log : {"link", "./sub/link", "chain"}) {
+    ExpectInputError(Korvelcheck({"check", "old.xml", "wide.xml", "-o", "out", "--log", log}),
+                     "korvelcheck: -o and --log are the same file: out\n");
+    EXPECT_FALSE(std::filesystem::exists(PathOf("out")));
+  }
+  EXPECT_EQ(Korvelcheck({"check", "old.xml", "wide.xml", "-o", "report", "--log", "chain"}).exit_code, 1);
+  EXPECT_TRUE(std::filesystem::exists(PathOf("out")));
+}
+
 TEST_F(OutputTest, RefusesDanglingLink) {
   std::filesystem::create_symlink("nowhere", PathOf("dangling"));
   std::filesystem::create_symlink("loop", PathOf("loop"));

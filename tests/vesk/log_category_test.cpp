@@ -242,6 +242,58 @@ TEST_F(LogCategoryTest, WritesLineForUnformattableMessage) {
   EXPECT_NE(Written().find("KorvelModifyTable: (a message that cannot be formatted)\n"), std::string::npos) << Written();
 }
 
+TEST_F(LogCategoryTest, StopsAtItsLimit) {
+  constexpr std::size_t kMaxBytes = 10'000;
+  for (const LineFormat format : {LineFormat::kText, LineFormat::kJson}) {
+    LogSettings settings = ToFile(format);
+    std::filesystem::remove(*settings.file);
+    settings.max_bytes = kMaxBytes;
+    const auto category = OpenOrFail(settings);
+    std::size_t records = 0;
+    for (; !category->ReachedLimit() && records < kMaxBytes; ++records) {
+      EXPECT_EQ(vesk_category_can_write(category->handle(), VESK_PRIORITY_INFO, 0, 0), 1);
+      LogAt(category->handle(), &kHere, VESK_PRIORITY_INFO, "record %d", 7);
+    }
+    // The checker tests this bound first, and takes no further path that only serves the log.
+    ASSERT_NE(category->handle()->piPriorityLow, nullptr);
+    EXPECT_EQ(*category->handle()->piPriorityLow, 0);
+    EXPECT_EQ(vesk_category_can_write(category->handle(), VESK_PRIORITY_ERROR, 0, 0), 0);
+    LogAt(category->handle(), &kHere, VESK_PRIORITY_ERROR, "too late");
+    category->Close();
+
+    const std::vector<std::string> lines = Lines();
+    ASSERT_EQ(lines.size(), records);  // the last one is replaced
+    const std::size_t last = lines.back().size() + 1;
+    EXPECT_LE(Written().size() - last, kMaxBytes);
+    EXPECT_GT(Written().size() - last, kMaxBytes - 200);
+    EXPECT_TRUE(Written().ends_with('\n'));
+    EXPECT_NE(lines.back().find("the log stops here: at most 10000 bytes are written"), std::string::npos) << lines.back();
+    const auto object = nlohmann::json::parse(lines.back(), nullptr, false);
+    EXPECT_EQ(object.is_object() && object["level"] == "WARN", format == LineFormat::kJson);
+    EXPECT_EQ(category->WriteFailure(), "");
+  }
+}
+
+// A record that is larger than the limit is left out completely.
+TEST_F(LogCategoryTest, CutsNoRecordAtItsLimit) {
+  LogSettings settings = ToFile();
+  settings.max_priority = VESK_PRIORITY_INFO;
+  settings.max_bytes = 1000;
+  const auto category = OpenOrFail(settings);
+  LogAt(category->handle(), &kHere, VESK_PRIORITY_INFO, "%s", std::string(2000, 'x').c_str());
+  category->Close();
+  ASSERT_EQ(Lines().size(), 1U);
+  EXPECT_EQ(Lines()[0].find('x'), std::string::npos);
+}
+
+TEST_F(LogCategoryTest, HasNoLimitByDefault) {
+  const auto category = OpenOrFail(ToFile());
+  for (int i = 0; i < 100; ++i) LogAt(category->handle(), &kHere, VESK_PRIORITY_INFO, "%s", std::string(10'000, 'x').c_str());
+  EXPECT_FALSE(category->ReachedLimit());
+  category->Close();
+  EXPECT_EQ(Lines().size(), 100U);
+}
+
 TEST_F(LogCategoryTest, ThreadsDoNotMixLines) {
   constexpr int kLinesEach = 2000;
   const auto category = OpenOrFail(ToFile(LineFormat::kJson));

@@ -5,6 +5,7 @@
 #include <exception>
 #include <utility>
 
+#include "base/limits.h"
 #include "schema/setting_values.h"
 #include "tool/io/output.h"
 
@@ -197,6 +198,7 @@ bool OutputOption::CanColor() const { return !file && tool::CanColor(); }
 
 void LogOptions::AddTo(ArgumentList& arguments) {
   settings.max_priority = VESK_PRIORITY_INFO;
+  settings.max_bytes = kMaxLogBytes;
   const auto set = [this](const std::string& path) {
     is_open = true;
     if (path != "-") settings.file = path;

@@ -14,13 +14,21 @@
 namespace korvel::tool {
 namespace {
 
+// The file that a path leads to, or would if it existed: a link to a missing file is followed, too.
+std::filesystem::path Resolved(const std::string& path) {
+  constexpr int kMaxLinks = 40;  // as the system: then it is a loop, which cannot be opened
+  std::error_code ignored;
+  std::filesystem::path target = std::filesystem::absolute(path, ignored);
+  for (int links = 0; links < kMaxLinks && std::filesystem::is_symlink(target, ignored); ++links) {
+    target = target.parent_path() / std::filesystem::read_symlink(target, ignored);
+  }
+  return std::filesystem::weakly_canonical(target, ignored);
+}
+
 // Whether two paths name the same file, or would if it existed.
 bool IsSameFile(const std::string& a, const std::string& b) {
   std::error_code ignored;
-  const auto resolved = [&](const std::string& path) {
-    return std::filesystem::weakly_canonical(std::filesystem::absolute(path, ignored), ignored);
-  };
-  return std::filesystem::equivalent(a, b, ignored) || resolved(a) == resolved(b);
+  return std::filesystem::equivalent(a, b, ignored) || Resolved(a) == Resolved(b);
 }
 
 // Whether the file that -o names is given a second time, as an input or as the value of another option.

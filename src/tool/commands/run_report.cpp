@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "base/input_error.h"
+#include "base/limits.h"
 #include "project/check_tables.h"
 #include "project/load_inputs.h"
 #include "report/result/summary.h"
@@ -24,6 +25,13 @@ std::unique_ptr<vesk::LogCategory> OpenLog(const LogOptions& options) {
   std::unique_ptr<vesk::LogCategory> log = vesk::LogCategory::Open(options.settings, error);
   if (log == nullptr) throw InputError{{ToolMessage(error)}};
   return log;
+}
+
+// Throws std::runtime_error if a record could not be written.
+void ReportLog(const vesk::LogCategory& log) {
+  if (const std::string failure = log.WriteFailure(); !failure.empty()) throw std::runtime_error(failure);
+  if (!log.ReachedLimit()) return;
+  PrintErrors({ToolMessage("the log stops after " + std::to_string(kMaxLogBytes) + " bytes; the report is complete")});
 }
 
 // Reads the texts that were not kept and that the report shows: if that fails, no part of the report may have been written.
@@ -73,7 +81,7 @@ int RunReport(const ReportOptions& options, const std::vector<std::string>& inpu
   if (log) log->Close();
   ReadShownTexts(result.report);
   options.output.Write([&](const TextSink& sink) { options.format->write(result.report, options.output.CanColor(), sink); });
-  if (const std::string failure = log ? log->WriteFailure() : ""; !failure.empty()) throw std::runtime_error(failure);
+  if (log) ReportLog(*log);
   const bool is_visible = options.IsForPeople() && ::isatty(STDOUT_FILENO) == 1;
   if (!faults.empty() && !is_visible) PrintErrors(LinesOf(faults));
   return ExitCodeOf(result.report);
