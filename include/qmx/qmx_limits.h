@@ -21,6 +21,10 @@ inline constexpr int kMaxNesting = 128;
 
 // --- Schema files ---
 
+// Maximum number of bytes before the outermost element: an endless stream of comments is refused early.
+inline constexpr std::size_t kMaxPrologBytes = std::size_t{1} << 20;
+// Maximum nesting of elements. A valid file has four levels; elements that are refused as a whole may contain others.
+inline constexpr std::size_t kMaxElementDepth = 64;
 // Longest name of a library, meta, entry or index, in bytes. The checker has its own limit for names of fields.
 inline constexpr std::size_t kMaxNameBytes = 65'535;
 // Longest value of any other stored attribute, in bytes.

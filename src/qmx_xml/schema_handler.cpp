@@ -43,6 +43,12 @@ std::int32_t Int32Of(std::optional<std::uint64_t> number, std::int32_t default_v
 
 void SchemaHandler::OnStart(const char* name, const char** attributes, std::size_t offset) {
   is_text_reported_ = false;
+  if (open_.size() + refused_depth_ == kMaxElementDepth) {
+    errors_.Add(offset, "elements nest more than " + std::to_string(kMaxElementDepth) + " levels deep; allowed: at most " +
+                            std::to_string(kMaxElementDepth));
+    is_too_deep_ = true;
+    return;
+  }
   const ElementForm* form = refused_depth_ > 0 ? nullptr : FindElement(name);
   if (refused_depth_ > 0 || Refuses(form, name, offset)) {
     ++refused_depth_;
@@ -62,7 +68,9 @@ bool SchemaHandler::Refuses(const ElementForm* form, std::string_view name, std:
   meta_.is_empty = index_.is_empty = false;
   const std::vector<std::string_view> allowed = ChildNames(parent);
   const std::string where = parent == nullptr ? " as the outermost element" : " in element " + Quote(parent->name);
-  errors_.Add(offset, (form == nullptr ? "unknown element " + Quote(name) + DidYouMean(name, allowed)
+  const std::string similar = form == nullptr ? DidYouMean(name, allowed) : "";
+  const bool is_shown = HasLibrary() || form != nullptr || !similar.empty();  // see xml_faults.h
+  errors_.Add(offset, (form == nullptr ? "unknown element" + (is_shown ? " " + Quote(name) : "") + similar
                                        : "element " + Quote(name) + " in the wrong place") +
                           "; allowed" + where + ": " + Listed(allowed));
   return true;

@@ -35,6 +35,12 @@ class SchemaHandler {
   // The innermost open element, for messages: "element 'meta'", "a refused element", or empty if none is open.
   std::string InnermostOpen() const;
 
+  // Whether elements nest too deep. Then there is an error, and parsing must stop: the parser keeps each open element in memory.
+  bool is_too_deep() const { return is_too_deep_; }
+
+  // Whether the library has begun: then the file is a schema, although it may have errors.
+  bool HasLibrary() const { return builder_.has_value(); }
+
   // The number of metas so far.
   std::size_t metas() const { return metas_; }
 
@@ -96,6 +102,7 @@ class SchemaHandler {
   ErrorList& errors_;
   std::vector<const ElementForm*> open_;
   std::size_t refused_depth_ = 0;  // number of open elements, counted from the refused one
+  bool is_too_deep_ = false;
   bool has_root_ = false;
   bool is_text_reported_ = false;  // since the last tag
   std::optional<MetalibBuilder> builder_;

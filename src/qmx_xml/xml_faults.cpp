@@ -14,6 +14,7 @@ namespace {
 using korvel::Quote;
 using korvel::Utf8Length;
 
+constexpr std::string_view kXmlBlanks = " \t\r\n";
 constexpr char kZeroByte[] = "a zero byte; allowed: text in UTF-8";
 
 struct SyntaxText {
@@ -41,7 +42,7 @@ std::string MissingEnd(std::string_view open_element) {
 }
 
 // For a reference inside a value the parser reports the location of the tag: find the first reference to an unknown entity.
-FileFault UndefinedEntity(std::string_view text, std::size_t offset) {
+FileFault UndefinedEntity(std::string_view text, std::size_t offset, bool is_schema) {
   constexpr std::string_view kKnown[] = {"&#", "&lt;", "&gt;", "&amp;", "&apos;", "&quot;"};
   const auto is_known = [&](std::size_t at) {
     return std::ranges::any_of(kKnown, [&](std::string_view known) { return text.substr(at).starts_with(known); });
@@ -50,7 +51,7 @@ FileFault UndefinedEntity(std::string_view text, std::size_t offset) {
   while (at != std::string_view::npos && is_known(at)) at = text.find('&', at + 1);
   if (at == std::string_view::npos) at = offset;
   const std::size_t end = std::min(text.find(';', at), text.size());
-  return {at, "undefined entity " + Quote(text.substr(at, end + 1 - at)) +
+  return {at, "undefined entity" + (is_schema ? " " + Quote(text.substr(at, end + 1 - at)) : "") +
                   "; allowed: &lt; &gt; &amp; &apos; &quot; and character references"};
 }
 
@@ -60,10 +61,56 @@ bool IsMergeMark(std::string_view text, std::size_t offset) {
   return text.substr(before == std::string_view::npos ? 0 : before + 1).starts_with("<<<<<<<");
 }
 
+// Whether the tag at an offset, or around it, is that of a library.
+bool IsInLibraryTag(std::string_view text, std::size_t offset) {
+  const std::size_t tag = text.rfind('<', offset);
+  return tag != std::string_view::npos && text.substr(tag).starts_with("<metalib");
+}
+
 std::string HexByte(char byte) {
   constexpr char kDigits[] = "0123456789ABCDEF";
   const auto value = static_cast<unsigned char>(byte);
   return {'0', 'x', kDigits[value >> 4], kDigits[value & 15]};
+}
+
+// The position of the first byte that is not part of a blank, comment or instruction. One that is not complete ends with the
+// text.
+std::size_t EndOfProlog(std::string_view text, std::size_t begin) {
+  for (std::size_t at = begin;;) {
+    at = std::min(text.find_first_not_of(kXmlBlanks, at), text.size());
+    const std::string_view rest = text.substr(at);
+    const bool is_comment = rest.starts_with("<!--");
+    if (at > kMaxPrologBytes || (!is_comment && !rest.starts_with("<?"))) return at;
+    const std::string_view end = is_comment ? "-->" : "?>";
+    const std::size_t found = rest.find(end, is_comment ? 4 : 2);
+    if (found == std::string_view::npos) return text.size();
+    at += found + end.size();
+  }
+}
+
+// How files begin that are given by mistake. Only the kind is shown: such a file may contain secrets.
+struct FileKind {
+  std::string_view beginning;
+  const char* name;
+};
+
+constexpr FileKind kFileKinds[] = {
+    {"{", "JSON"},
+    {"#!", "a script"},
+    {"-----BEGIN ", "PEM data"},
+    {"\x7F"
+     "ELF",
+     "an ELF file"},
+    {"\x1F\x8B", "gzip data"},
+    {"PK\x03\x04", "a zip archive"},
+    {"%PDF-", "a PDF document"},
+};
+
+std::string NotXml(std::string_view text) {
+  const auto is_it = [&](const FileKind& kind) { return text.starts_with(kind.beginning); };
+  const auto* const kind = std::ranges::find_if(kFileKinds, is_it);
+  const std::string what = kind == std::end(kFileKinds) ? "does not begin with '<'" : std::string("begins like ") + kind->name;
+  return "not XML: the file " + what + "; allowed: XML 1.0 in UTF-8";
 }
 
 char Upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
@@ -81,20 +128,28 @@ std::optional<FileFault> FindFileFault(std::string_view text) {
   }
   // UTF-16 and UTF-32 without a byte order mark; the parser reports zero bytes in other files.
   if (const std::size_t zero = text.substr(0, 4).find('\0'); zero != std::string_view::npos) return FileFault{zero, kZeroByte};
-  const std::size_t begin = text.find_first_not_of(" \t\r\n", text.starts_with("\xEF\xBB\xBF") ? 3 : 0);
+  const std::size_t mark = text.starts_with("\xEF\xBB\xBF") ? 3 : 0;
+  const std::size_t begin = text.find_first_not_of(kXmlBlanks, mark);
   if (begin != std::string_view::npos && text[begin] != '<') {
-    return FileFault{begin, "not XML, the file begins with " + Quote(text.substr(begin)) + "; allowed: XML 1.0 in UTF-8"};
+    return FileFault{begin, NotXml(text.substr(begin))};
+  }
+  if (EndOfProlog(text, mark) > kMaxPrologBytes) {
+    const std::string most = std::to_string(kMaxPrologBytes);
+    return FileFault{0, "more than " + most + " bytes before the outermost element; allowed: at most " + most};
   }
   return std::nullopt;
 }
 
-FileFault DescribeSyntaxError(int code, std::string_view text, std::size_t offset, std::string_view open_element) {
+FileFault DescribeSyntaxError(int code, std::string_view text, std::size_t offset, std::string_view open_element,
+                              bool has_library) {
   const std::string_view rest = text.substr(std::min(offset, text.size()));
+  const bool is_schema = has_library || IsInLibraryTag(text, offset);
   if (code == XML_ERROR_NO_ELEMENTS) return {offset, MissingEnd(open_element)};
-  if (code == XML_ERROR_UNDEFINED_ENTITY) return UndefinedEntity(text, offset);
+  if (code == XML_ERROR_UNDEFINED_ENTITY) return UndefinedEntity(text, offset, is_schema);
   if (code == XML_ERROR_INVALID_TOKEN && rest.starts_with('\0')) return {offset, kZeroByte};
   if (code == XML_ERROR_INVALID_TOKEN && !rest.empty() && Utf8Length(rest) == 0) {
-    return {offset, "byte " + HexByte(rest.front()) + " is not UTF-8; allowed: UTF-8"};
+    return {offset,
+            (is_schema ? "byte " + HexByte(rest.front()) + " is" : std::string("a byte that is")) + " not UTF-8; allowed: UTF-8"};
   }
   if (code == XML_ERROR_INVALID_TOKEN && IsMergeMark(text, offset)) {
     return {offset, "unresolved merge conflict marker; allowed: XML 1.0 in UTF-8"};

@@ -1,4 +1,8 @@
 // The errors of one file: texts for files that are not well-formed XML, or not XML at all, and the list that collects errors.
+//
+// A file that is given by mistake, or by somebody else through a link, may contain secrets, and errors appear in public logs. So
+// no error shows content of a file in which no library ('metalib') has begun, except for the version and the encoding of an XML
+// declaration, and for the name of an outermost element that is nearly 'metalib'.
 #pragma once
 
 #include <cstddef>
@@ -17,12 +21,13 @@ struct FileFault {
   std::string text;
 };
 
-// Checks the bytes only: size, byte order marks, and whether the file begins like XML.
+// Checks the bytes only: size, byte order marks, whether the file begins like XML, and how far before its outermost element.
 std::optional<FileFault> FindFileFault(std::string_view text);
 
 // The meaning of an error code of the parser at a position of the file. `open_element` describes the innermost open element, or
-// is empty.
-FileFault DescribeSyntaxError(int code, std::string_view text, std::size_t offset, std::string_view open_element);
+// is empty. The text quotes the file only if `has_library`, or if the position is in the tag of the library.
+FileFault DescribeSyntaxError(int code, std::string_view text, std::size_t offset, std::string_view open_element,
+                              bool has_library);
 
 // Whether files may declare this encoding.
 bool IsAllowedEncoding(std::string_view name);

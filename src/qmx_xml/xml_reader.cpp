@@ -48,7 +48,7 @@ class XmlReader {
 
   void Start(const char* name, const char** attributes, std::size_t offset) {
     handler_.OnStart(name, attributes, offset);
-    if (errors_.IsFull()) Stop();
+    if (errors_.IsFull() || handler_.is_too_deep()) Stop();
   }
 
   // Position of the current event; the end of the file if the parser has none.
@@ -75,7 +75,8 @@ class XmlReader {
     // Then the file is not at fault.
     if (XML_GetErrorCode(parser_) == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
     if (!is_stopped_) {
-      errors_.AddSyntax(DescribeSyntaxError(XML_GetErrorCode(parser_), text_, Offset(), handler_.InnermostOpen()));
+      errors_.AddSyntax(
+          DescribeSyntaxError(XML_GetErrorCode(parser_), text_, Offset(), handler_.InnermostOpen(), handler_.HasLibrary()));
     }
     return false;
   }

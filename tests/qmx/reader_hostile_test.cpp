@@ -139,10 +139,53 @@ TEST(Hostile, RandomPiecesOfSyntax) {
   }
 }
 
-TEST(Hostile, DeepUnknownElements) {
-  std::string text = "<metalib name='m' version='1'>";
-  for (int i = 0; i < 100'000; ++i) text += "<a>";
-  ExpectRefused(text);
+// Regression: the parser kept every open element in memory, 46 bytes for each byte of a file.
+TEST(Hostile, StopsAtDeepElements) {
+  std::string text = "<metalib name='m' version='1'>\n";
+  for (int i = 0; i < 100'000; ++i) text += "<a>\n";
+  const qmx::ReadResult result = qmx::ReadXml(text);
+  ASSERT_EQ(result.errors.size(), 2u);
+  EXPECT_EQ(result.errors[0].text, "unknown element 'a'; allowed in element 'metalib': meta");
+  EXPECT_EQ(result.errors[1].text, "elements nest more than 64 levels deep; allowed: at most 64");
+  EXPECT_EQ(result.errors[1].location.line, qmx::kMaxElementDepth + 1);
+}
+
+TEST(Hostile, MaximumDepthOfElementsIsNotTooDeep) {
+  std::string begin = "<metalib name='m' version='1'>";
+  std::string end = "</metalib>";
+  for (std::size_t depth = 2; depth <= qmx::kMaxElementDepth; ++depth) {
+    begin += "<a>";
+    end.insert(0, "</a>");
+  }
+  EXPECT_EQ(qmx::ReadXml(begin + end).errors.size(), 1u);
+  EXPECT_EQ(qmx::ReadXml(begin + "<a/>" + end).errors.size(), 2u);
+}
+
+constexpr char kLongProlog[] = "more than 1048576 bytes before the outermost element; allowed: at most 1048576";
+
+// Regression: an endless stream of comments was read up to the maximum size of a file.
+TEST(Hostile, LongProlog) {
+  const std::string schema = "<metalib name='m' version='1'><meta name='t'><entry name='a' type='int8'/></meta></metalib>";
+  const std::string comment(qmx::kMaxPrologBytes - 7, 'c');
+  for (const std::string& prolog :
+       {std::string(qmx::kMaxPrologBytes, '\n'), "<!--" + comment + "-->", "<?cc" + comment + "c?>"}) {
+    ASSERT_EQ(prolog.size(), qmx::kMaxPrologBytes);
+    EXPECT_TRUE(qmx::ReadXml(prolog + schema).schema);
+    const qmx::ReadResult result = qmx::ReadXml(prolog + " " + schema);
+    ASSERT_EQ(result.errors.size(), 1u);
+    EXPECT_EQ(result.errors[0].text, kLongProlog);
+    EXPECT_EQ(result.errors[0].location.line, 1u);
+  }
+}
+
+// As the bytes of a stream come: each beginning of a file is accepted until it is certain that the file is refused.
+TEST(Hostile, LongPrologIsRecognizedByItsBeginning) {
+  for (const char* const piece : {"<!-- x -->\n", "<?x y?>\n", "<!-- -", " \n"}) {
+    std::string text;
+    while (text.size() <= qmx::kMaxPrologBytes) text += piece;
+    EXPECT_TRUE(qmx::MayBeXml(text.substr(0, qmx::kMaxPrologBytes))) << piece;
+    EXPECT_FALSE(qmx::MayBeXml(text + "<!-- ")) << piece;
+  }
 }
 
 TEST(Hostile, DeepComposites) {

@@ -23,6 +23,8 @@ const std::map<std::string, std::uint64_t> kLimits = {
     {"kMaxEntries", qmx::kMaxEntries},
     {"kMaxPrimaryKeyMembers", qmx::kMaxPrimaryKeyMembers},
     {"kMaxNesting", qmx::kMaxNesting},
+    {"kMaxPrologBytes", qmx::kMaxPrologBytes},
+    {"kMaxElementDepth", qmx::kMaxElementDepth},
     {"kMaxNameBytes", qmx::kMaxNameBytes},
     {"kMaxAttributeBytes", qmx::kMaxAttributeBytes},
     {"kMaxErrors", qmx::kMaxErrors},

@@ -110,7 +110,7 @@ TEST_F(ImageTest, RefusesDamagedImages) {
   };
   std::string foreign = image;
   std::reverse(foreign.begin() + 8, foreign.begin() + 12);
-  expect(damaged(0, 'X'), ":1:1: error: not XML, the file begins with 'XMXIMAGE");  // not an image, so it is read as text
+  expect(damaged(0, 'X'), ":1:1: error: not XML: the file does not begin with '<'");  // not an image, so it is read as text
   expect(foreign, ": error: header: byte order at byte 8 is big-endian; allowed: little-endian, that of this machine\n");
   expect(damaged(12, 9), ": error: header: format version at byte 12 is 9; allowed: 1\n");
   expect(damaged(image.size() - 1, 'x'), ": error: header: checksum at byte 32 is ");

@@ -1,5 +1,5 @@
 // Limits of schema files and images: the limit itself is accepted, also as an image; one more is refused with its own error text.
-// Limits of file size and of errors are tested by input_test.cpp and tests/qmx/reader_hostile_test.cpp.
+// Limits of file size, of errors and of nested elements are tested by input_test.cpp and tests/qmx/reader_hostile_test.cpp.
 #include <ostream>
 
 #include "qmx/qmx_builder.h"
@@ -49,6 +49,7 @@ std::string Nested(std::size_t levels) {
 }
 
 std::string Members(std::size_t count) { return OneMeta("name='t'", "<primarykey entries='" + Repeated("a ", count) + "'/>"); }
+std::string Prolog(std::size_t bytes) { return "<!--" + std::string(bytes - 7, '.') + "-->" + OneMeta("name='t'"); }
 std::string Name(std::size_t bytes) { return OneMeta("name='" + std::string(bytes, 'n') + "'"); }
 std::string Attribute(std::size_t bytes) { return OneMeta("name='t' customattr='" + std::string(bytes, 'x') + "'"); }
 
@@ -66,6 +67,8 @@ const Limit kLimits[] = {
     {"Entries", Entries, qmx::kMaxEntries, "1000002:1: error: too many entries in meta 't'; allowed: at most 1000000"},
     {"KeyMembers", Members, qmx::kMaxPrimaryKeyMembers, "2:66: error: the primary key has 32768 members; allowed: at most 32767"},
     {"Nesting", Nested, qmx::kMaxNesting, "2:39: error: meta 'm0' nests structures 129 levels deep; allowed: at most 128"},
+    {"PrologBytes", Prolog, qmx::kMaxPrologBytes,
+     "1:1: error: more than 1048576 bytes before the outermost element; allowed: at most 1048576"},
     {"NameBytes", Name, qmx::kMaxNameBytes, "2:13: error: 'name' has 65536 bytes; allowed: at most 65535"},
     {"AttributeBytes", Attribute, qmx::kMaxAttributeBytes,
      "2:28: error: 'customattr' has 16777217 bytes; allowed: at most 16777216"},

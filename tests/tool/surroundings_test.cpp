@@ -70,7 +70,14 @@ TEST_F(SurroundingsTest, RefusesEndlessFileThatIsNotASchema) {
   ExpectInputError(Korvelcheck({"lint", "/dev/zero"}), "/dev/zero:1:1: error: a zero byte; allowed: text in UTF-8\n");
   const Outcome outcome = Behind("yes 'no schema' | \"$0\" \"$@\"", {"lint", "-"});
   EXPECT_EQ(outcome.exit_code, 2);
-  EXPECT_THAT(outcome.err, testing::StartsWith("<stdin>:1:1: error: not XML, the file begins with 'no schema"));
+  EXPECT_THAT(outcome.err, testing::StartsWith("<stdin>:1:1: error: not XML: the file does not begin with '<'; allowed"));
+}
+
+// Regression: such a stream was read up to the maximum size of a file.
+TEST_F(SurroundingsTest, RefusesEndlessComments) {
+  const Outcome outcome = Behind("yes '<!-- x -->' | \"$0\" \"$@\"", {"lint", "-"});
+  EXPECT_EQ(outcome.exit_code, 2);
+  EXPECT_EQ(outcome.err, "<stdin>:1:1: error: more than 1048576 bytes before the outermost element; allowed: at most 1048576\n");
 }
 
 TEST_F(SurroundingsTest, ReportsFileWithoutReadPermission) {
