@@ -9,6 +9,7 @@
 #include "analysis/findings/findings.h"
 #include "analysis/findings/run_checker.h"
 #include "analysis/suggest/suggestions.h"
+#include "analysis/warnings/new_table.h"
 #include "analysis/warnings/warnings.h"
 
 namespace korvel {
@@ -103,12 +104,14 @@ TableResult CheckVerdict(const TableCheck& check) {
   return result;
 }
 
-TableResult NewTable(const Source& source, const std::string& table) {
+TableResult NewTable(const Source& source, const std::string& table, const PartialSettings& given) {
   TableResult result;
   result.table = table;
   result.status = Status::kNew;
   result.second = &source;
   result.declared = DeclaredAt(source, table);
+  const Settings settings = ResolveSettings(given, source, table);
+  result.advice = FindNewTableWarning({source, source, result.table, settings});
   return result;
 }
 

@@ -86,7 +86,8 @@ struct TableNames {
 // result has no changes and no settings.
 TableResult CheckOperation(const Pair& pair, const TableNames& table, const std::function<int(ModifyTable&)>& run);
 
-// The result for a table that only the new file has.
-TableResult NewTable(const Source& source, const std::string& table);
+// The result for a table that only the new file has: nothing to compare it with, and a warning if the checker refuses it as it
+// is. Absent settings are found in the source.
+TableResult NewTable(const Source& source, const std::string& table, const PartialSettings& given);
 
 }  // namespace korvel

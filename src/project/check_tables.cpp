@@ -81,9 +81,13 @@ std::vector<TableResult> NewTables(const Source& source, const std::vector<std::
   const std::set<std::string_view> known(old_tables.begin(), old_tables.end());
   std::vector<TableResult> results;
   for (const std::string_view table : source.tables) {
-    if (IsWanted(options, table) && !known.contains(table)) results.push_back(NewTable(source, std::string(table)));
+    if (IsWanted(options, table) && !known.contains(table)) results.push_back(CheckNewTable(source, std::string(table), options));
   }
   return results;
+}
+
+TableResult CheckNewTable(const Source& source, const std::string& table, const CheckOptions& options) {
+  return NewTable(source, table, GivenFor(options.given, options.project, table));
 }
 
 Pair PairOf(const Report& report) { return {*report.inputs[0].source, *report.inputs[1].source}; }

@@ -32,6 +32,9 @@ std::vector<TableResult> CheckTables(const Pair& pair, const CheckOptions& optio
 std::vector<TableResult> NewTables(const Source& source, const std::vector<std::string_view>& old_tables,
                                    const CheckOptions& options);
 
+// One of them.
+TableResult CheckNewTable(const Source& source, const std::string& table, const CheckOptions& options);
+
 // The two inputs of a report, which must outlive the pair.
 Pair PairOf(const Report& report);
 

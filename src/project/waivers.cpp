@@ -22,16 +22,19 @@ bool IsIn(const std::string& file, const TableResult& table) {
   return file == table.second->path_in_project || (table.first != nullptr && file == table.first->path_in_project);
 }
 
+// A new table has only the new library.
+std::string LibraryOf(const TableResult& table) { return (table.first == nullptr ? table.second : table.first)->LibraryName(); }
+
 // The fingerprint that a finding has in a file of this path.
 std::string FingerprintIn(const std::string& file, const TableFinding& found) {
   const TableResult& table = *found.table;
   if (file == table.second->path_in_project) return found.finding->fingerprint;
-  return FingerprintOf(file, table.first->LibraryName(), *found.finding, table.EditsFor(*found.finding));
+  return FingerprintOf(file, LibraryOf(table), *found.finding, table.EditsFor(*found.finding));
 }
 
 bool HasOldFingerprint(const TableFinding& found, const std::string& fingerprint) {
   const TableResult& table = *found.table;
-  return OldFingerprintOf(table.first->LibraryName(), *found.finding, table.EditsFor(*found.finding)) == fingerprint;
+  return OldFingerprintOf(LibraryOf(table), *found.finding, table.EditsFor(*found.finding)) == fingerprint;
 }
 
 // Finds what one waiver covers.

@@ -1,5 +1,6 @@
 // The catalog of advice: rules about changes that the checker allows although records do not read back, or that are probably
-// mistakes. Ids, levels, summaries and suggestions are here; src/analysis/warnings decides when a rule applies.
+// mistakes, and about new tables, which it does not check. Ids, levels, summaries and suggestions are here; src/analysis/warnings
+// decides when a rule applies.
 #pragma once
 
 #include <cstdint>
@@ -42,12 +43,14 @@ inline constexpr AdviceRule kIdReusedAdvice{
     {"advice.id-reused", 0, "", "a field got the id of a removed field with another type"},
     Level::kWarning,
     "give {item} an id that no version has used"};
+inline constexpr AdviceRule kNewTableAdvice{
+    {"advice.new-table", 0, "", "the checker refuses a new table even if nothing changes in it"}, Level::kWarning};
 inline constexpr AdviceRule kVersionNotRaisedAdvice{
     {"advice.version-not-raised", 0, "", "fields were added, but the version of the library is the same"},
     Level::kNote,
     "raise the version of the library when you add a field"};
 inline constexpr AdviceRule kSortFieldsAdvice{
-    {"advice.sort-fields", 0, "", "a sorted list is sorted by other fields than before"}, Level::kNote};
+    {"advice.sort-fields", 0, "", "a sorted list is sorted by different fields than before"}, Level::kNote};
 inline constexpr AdviceRule kIndexColumnsAdvice{
     {"advice.index-columns", 0, "", "the columns of an index are in a different order, or sorted in a different direction"},
     Level::kNote};

@@ -85,6 +85,9 @@ TEST(Catalogue, PagesListReturnedCodes) {
 // Rules of advice that no two schemas trigger.
 const std::set<std::string> kAdviceOfHistories = {"advice.id-reused"};
 
+// Rules about tables that only the new schema has. The tables of cases are in both.
+const std::set<std::string> kAdviceOfNewTables = {"advice.new-table"};
+
 TEST(Catalogue, EveryAdviceHasACaseAndAPage) {
   std::set<std::string> found;
   for (const std::string& name : Names()) {
@@ -92,10 +95,11 @@ TEST(Catalogue, EveryAdviceHasACaseAndAPage) {
     for (const korvel::Finding& finding : analysis.advice.findings) found.insert(finding.verdict.rule);
   }
   for (const korvel::AdviceRule* rule : korvel::AllAdvice()) {
-    EXPECT_NE(found.contains(rule->row.id), kAdviceOfHistories.contains(rule->row.id)) << rule->row.id;
+    const bool has_case = !kAdviceOfHistories.contains(rule->row.id) && !kAdviceOfNewTables.contains(rule->row.id);
+    EXPECT_EQ(found.contains(rule->row.id), has_case) << rule->row.id;
     const korvel::RuleDoc* const doc = korvel::FindRuleDoc(rule->row.id);
     ASSERT_NE(doc, nullptr) << rule->row.id;
-    EXPECT_EQ(doc->example.has_value(), found.contains(rule->row.id)) << rule->row.id;
+    EXPECT_EQ(doc->example.has_value(), !kAdviceOfHistories.contains(rule->row.id)) << rule->row.id;
   }
 }
 

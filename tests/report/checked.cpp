@@ -40,7 +40,7 @@ void AddTable(CheckedReport& checked, const korvel::Pair& pair, const std::strin
                                                                                         .wants_allowed_changes = true,
                                                                                         .wants_fixes = true,
                                                                                         .log = log.handle()})
-                                                            : korvel::NewTable(pair.second, table));
+                                                            : korvel::NewTable(pair.second, table, given));
 }
 
 // "v13-reused-id" -> 13

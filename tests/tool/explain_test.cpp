@@ -88,10 +88,12 @@ class AdviceExampleTest : public ToolTest, public testing::WithParamInterface<Ru
     Write("new.xml", new_schema);
     const Outcome outcome = Korvelcheck(Words(GetParam().example->call.substr(12) + " --format json"));
     EXPECT_EQ(outcome.exit_code, 0) << outcome.out << outcome.err;
-    const nlohmann::json table = nlohmann::json::parse(outcome.out)["tables"][0];
+    const nlohmann::json report = nlohmann::json::parse(outcome.out);
     std::set<std::string> rules;
-    for (const auto& warning : table.value("warnings", nlohmann::json::array())) {
-      rules.insert(warning["level"].get<std::string>() + " " + warning["rule"].get<std::string>());
+    for (const nlohmann::json& table : report["tables"]) {
+      for (const auto& warning : table.value("warnings", nlohmann::json::array())) {
+        rules.insert(warning["level"].get<std::string>() + " " + warning["rule"].get<std::string>());
+      }
     }
     return rules;
   }

@@ -19,7 +19,8 @@ GitTest::GitTest()
                    "GIT_AUTHOR_DATE=2026-01-01T00:00:00Z",
                    "GIT_COMMITTER_NAME=C",
                    "GIT_COMMITTER_EMAIL=c@example.org",
-                   "GIT_COMMITTER_DATE=2026-01-01T00:00:00Z"} {
+                   "GIT_COMMITTER_DATE=2026-01-01T00:00:00Z",
+                   "SOURCE_DATE_EPOCH=1767225600"} {  // 2026-01-01
   Git({"init", "-q", "-b", "main"});
 }
 

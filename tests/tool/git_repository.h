@@ -17,7 +17,7 @@ class GitTest : public ToolTest {
   std::string GitIn(const std::string& directory, const std::vector<std::string>& arguments) const;
   // Commits all files. Returns the id of the commit.
   std::string Commit(const std::string& subject) const;
-  // Runs the program with git's settings, in a subdirectory.
+  // Runs the program with git's settings, in a subdirectory. Today is 2026-01-01.
   Outcome Run(const std::vector<std::string>& arguments, const std::string& directory = "") const;
   // The messages of the program for an input error.
   void ExpectRefused(const std::vector<std::string>& arguments, const std::string& err) const;

@@ -32,7 +32,6 @@ std::string WithBlob(const std::string& library, std::size_t size) {
 class NestedProjectTest : public GitTest {
  protected:
   NestedProjectTest() {
-    environment_.emplace_back("SOURCE_DATE_EPOCH=1767225600");  // 2026-01-01
     for (const char* file : {"old.xml", "same.xml", "wide.xml"}) std::filesystem::remove(PathOf(file));
     for (const char* directory : {"svc/a", "svc/b"}) std::filesystem::create_directories(PathOf(directory));
     Write("svc/a/korvelcheck.toml", kLimited);

@@ -20,7 +20,6 @@ constexpr char kLimited[] = "[defaults]\nserver-version = \"3.29.0\"\n";
 class SettingsChangedTest : public ProjectTest {
  protected:
   SettingsChangedTest() {
-    environment_.emplace_back("SOURCE_DATE_EPOCH=1767225600");  // 2026-01-01
     Write("korvelcheck.toml", std::string(kPaths) + kLimited);
     Commit("with a server version");
   }

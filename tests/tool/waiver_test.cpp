@@ -35,10 +35,6 @@ std::string WithSharedPrice(const std::string& type) {
 // In the constructor, wide.xml narrows the key of orders: one refused table, one finding.
 class WaiverTest : public GitTest {
  protected:
-  WaiverTest() {
-    environment_.emplace_back("SOURCE_DATE_EPOCH=1767225600");  // 2026-01-01
-  }
-
   Outcome With(const std::vector<std::string>& arguments, const std::vector<std::string>& more) const {
     return Run(Joined(arguments, more));
   }

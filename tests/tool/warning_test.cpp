@@ -20,7 +20,6 @@ constexpr char kCounted[] = "<entry name=\"n\" type=\"uint8\"/><entry name=\"a\"
 class WarningTest : public GitTest {
  protected:
   WarningTest() {
-    environment_.emplace_back("SOURCE_DATE_EPOCH=1767225600");  // 2026-01-01
     Write("counted.xml", Library(5, {Table({.fields = kCounted})}));
     Write("fixed.xml", Library(6, {Table({.fields = kFixed})}));
     std::string renamed = Read("counted.xml");

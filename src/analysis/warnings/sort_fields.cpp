@@ -17,7 +17,7 @@ bool IsSortedList(LPQMXMETA table) {
   int sort_field_num = 0;
   int sort_rule = 0;
   char protocol[8] = "";
-  // Every result except 0 leaves the values above unlost.
+  // Every result except 0 leaves these values unchanged.
   CheckTable().CheckTableTypeByCustomAttr(OwnerOf(table), qmx_get_meta_name(table), type, list_num, sort_field_num, sort_rule,
                                           protocol, false, nullptr);
   return type == TABLE_TYPE_SORTLIST;

@@ -175,7 +175,7 @@ class HtmlReport {
              "<p class=\"location\">" + items_.LocationOf(table.declared, page_.PairOf(table)) + "</p>\n";
     if (table.status == Status::kRefused)
       html_ += Problem("whole change: " + SummaryOf(table), table.verdict.text) + Result(table.verdict.rule, table.verdict.code);
-    if (table.changes) Changed(folded, *table.changes);
+    Changed(folded);
     const bool has_layout = HasOwnEdits(table) && table.first != table.second && !table.removed;
     if (has_layout && pictures_++ < page_.limits().pictures) html_ += WithLegend(LayoutSection(table, id));
     html_ += "</section>\n";
@@ -188,10 +188,12 @@ class HtmlReport {
     return needs_legend ? std::move(layout += LayoutLegend()) : std::move(layout);
   }
 
-  void Changed(const FoldedTable& table, const Changes& changes) {
+  void Changed(const FoldedTable& table) {
     for (const std::string& limit : LimitsOf(table)) html_ += "<p class=\"note\">" + Html(limit) + "</p>\n";
     for (const PageFinding& finding : page_.FindingsOf(table)) html_ += items_.Finding(finding);
     SharedFindings(table);
+    if (!table.table->changes) return;
+    const Changes& changes = *table.table->changes;
     if (!changes.edits.empty()) html_ += "<p class=\"part\">" + Html(AllowedPart(changes)) + ".</p>\n";
     std::string items;
     for (const PageChange& change : page_.changes()) {

@@ -73,8 +73,11 @@ struct Counts {
 
   void Add(const Report& report, const TableResult& table) {
     ++tests;
-    if (Fails(report, table)) ++failures;
-    if (table.status == Status::kNew) ++skipped;
+    if (Fails(report, table)) {
+      ++failures;
+    } else if (table.status == Status::kNew) {
+      ++skipped;
+    }
   }
 
   std::string Attributes() const {
@@ -164,10 +167,8 @@ class JunitReport {
   }
 
   std::string BodyOf(const FoldedTable& table) {
-    if (table.table->status == Status::kNew) {
-      return "      <skipped message=\"new table: there is nothing to compare it with\"/>\n";
-    }
-    std::string body;
+    const bool is_skipped = table.table->status == Status::kNew && !Fails(report_, *table.table);
+    std::string body = is_skipped ? "      <skipped message=\"new table: there is nothing to compare it with\"/>\n" : "";
     for (; next_ != issues_.all().end() && next_->table == table.table; ++next_) body += ProblemOf(report_, *next_);
     for (const SharedItems& items : table.shared) body += ProblemOf(folded_, items);
     return body;

@@ -25,7 +25,7 @@ CommandResult CheckPair(const CheckRequest& request, ProjectSet& projects) {
   const Pair pair = PairOf(result.report);
   const Selection selection = SelectTables(pair, options.tables);
   CheckEachTable(result.report, pair, selection.compared, options);
-  for (const std::string& table : selection.added) result.report.tables.push_back(NewTable(pair.second, table));
+  for (const std::string& table : selection.added) result.report.tables.push_back(CheckNewTable(pair.second, table, options));
   for (TableResult& table : result.report.tables) table.project = nearest.position;
   result.report.projects = ListOf(projects, {{nearest.position, path}});
   return result;
