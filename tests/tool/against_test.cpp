@@ -8,6 +8,7 @@
 namespace tool_test {
 namespace {
 
+using testing::AnyOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
@@ -288,8 +289,8 @@ TEST_F(AgainstTest, RepairedFileIsComparedWithItsLastVersionWithoutFaults) {
   Write("schemas/orders.xml", "<metalib");
   Commit("broken differently");
   Write("schemas/orders.xml", Schema("orders"));
-  const std::string note =
-      "git:HEAD:schemas/orders.xml has faults: compared with git:" + last + ":schemas/orders.xml, the last version without\n";
+  const std::string note = "git:HEAD:schemas/orders.xml has faults: compared with git:" + last +
+                           ":schemas/orders.xml, its last version without faults\n";
   const Outcome repaired = Against();
   EXPECT_EQ(repaired.exit_code, 0) << repaired.err;
   EXPECT_THAT(repaired.out, HasSubstr(note));
@@ -564,6 +565,27 @@ TEST_F(AgainstTest, ServicesGetPathsFromTheTopOfTheRepository) {
     EXPECT_EQ(location["physicalLocation"]["artifactLocation"]["uri"], "schemas/users.xml");
     EXPECT_EQ(location["physicalLocation"]["artifactLocation"]["uriBaseId"], "SRCROOT");
   }
+}
+
+// The names of files in texts were relative to the working directory.
+TEST_F(AgainstTest, TextsForServicesNameFilesFromTheTopOfTheRepository) {
+  Write("schemas/users.xml", Schema("users", "uint32"));
+  Write("schemas/deep/more.xml", Schema("more"));
+  const auto report = [&](const char* format, const std::vector<std::string>& more) {
+    return Against(Joined({"--format", format, "..", "--allow-new"}, more), "schemas/deep").out;
+  };
+  for (const char* const format : {"github", "markdown", "sarif"}) {
+    EXPECT_THAT(report(format, {}), HasSubstr("added: schemas/deep/more.xml (nothing")) << format;
+    EXPECT_THAT(report(format, {"--path-prefix", "a/b/"}), HasSubstr("added: a/b/more.xml (nothing")) << format;
+  }
+  for (const char* const format : {"github", "gitlab", "junit", "markdown", "sarif"}) {
+    EXPECT_THAT(report(format, {}),
+                AnyOf(HasSubstr("was: git:HEAD:schemas/users.xml:2:"), HasSubstr("was: <code>git:HEAD:schemas/users.xml:2:")))
+        << format;
+    EXPECT_THAT(report(format, {}), Not(HasSubstr("../users.xml"))) << format;
+  }
+  EXPECT_THAT(report("markdown", {}), HasSubstr("| <code>schemas/users.xml:2:"));
+  EXPECT_THAT(report("junit", {}), HasSubstr(">schemas/users.xml:2:"));
 }
 
 }  // namespace

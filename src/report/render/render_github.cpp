@@ -4,6 +4,7 @@
 #include "base/characters.h"
 #include "report/render/render.h"
 #include "report/result/issues.h"
+#include "report/result/notes.h"
 #include "report/result/service_path.h"
 #include "report/result/words.h"
 
@@ -57,9 +58,9 @@ const char* CommandOf(const Issue& issue) {
 
 std::string Command(const Issue& issue, const ServicePaths& paths) {
   std::string message = issue.summary;
-  for (const std::string& line : DetailsOf(issue)) message += "\n" + line;
+  for (const std::string& line : DetailsOf(issue, paths)) message += "\n" + line;
   return std::string("::") + CommandOf(issue) + " " + LocationProperties(issue.location, paths) +
-         Property("title", "korvelcheck: " + issue.rule) + "::" + EscapeForCommand(ValidUtf8(message), false) + "\n";
+         Property("title", "korvelcheck: " + issue.rule) + "::" + EscapeForCommand(message, false) + "\n";
 }
 
 }  // namespace
@@ -68,13 +69,10 @@ std::string RenderGithub(const Report& report) {
   const FoldedReport folded(report);
   const Summary summary = Summarize(folded);
   std::string message = std::string("verdict: ") + WordOf(VerdictOf(summary)) + RemarkOn(summary) + "\n" + ToText(summary);
-  for (const std::string& line : BaselinesOf(report)) message += "\n" + line;
-  for (const std::string& line : ProjectsOf(report)) message += "\n" + line;
-  for (const FileNote& note : report.files) message += "\n" + ToText(note);
-  std::string text = "::notice title=korvelcheck::" + EscapeForCommand(ValidUtf8(message), false) + "\n";
   const Issues issues(folded);
-  const ServicePaths paths(report.path_prefix);
-  for (const Issue& issue : issues.all()) text += Command(issue, paths);
+  for (const std::string& line : NotesOf(report, &issues.paths())) message += "\n" + line;
+  std::string text = "::notice title=korvelcheck::" + EscapeForCommand(message, false) + "\n";
+  for (const Issue& issue : issues.all()) text += Command(issue, issues.paths());
   return text;
 }
 

@@ -25,7 +25,7 @@ std::string PathOf(const Issue& issue, const ServicePaths& paths) {
 
 nlohmann::ordered_json EntryOf(const Issue& issue, const ServicePaths& paths) {
   std::string body;
-  for (const std::string& line : DetailsOf(issue)) body += "- " + MarkdownText(line) + "\n";
+  for (const std::string& line : DetailsOf(issue, paths)) body += "- " + MarkdownText(line) + "\n";
   // Every entry needs a line, also that of an image.
   const std::size_t line = issue.location.begin ? issue.location.begin->line : 1;
   const std::size_t end = issue.location.begin ? issue.location.end.line : 1;
@@ -43,10 +43,9 @@ nlohmann::ordered_json EntryOf(const Issue& issue, const ServicePaths& paths) {
 void WriteGitlab(const Report& report, const TextSink& sink) {
   const FoldedReport folded(report);
   const Issues issues(folded);
-  const ServicePaths paths(report.path_prefix);
   JsonStream json(sink);
   json.Begin('[');
-  for (const Issue& issue : issues.all()) json.Add(EntryOf(issue, paths));
+  for (const Issue& issue : issues.all()) json.Add(EntryOf(issue, issues.paths()));
   json.End();
 }
 

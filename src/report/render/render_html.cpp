@@ -12,6 +12,7 @@
 #include "report/render/html_source.h"
 #include "report/render/html_text.h"
 #include "report/render/render.h"
+#include "report/result/notes.h"
 #include "report/result/words.h"
 #include "rule_docs/fault_rules.h"
 
@@ -125,7 +126,7 @@ class HtmlReport {
   // The baselines and project files, notes about files, and findings about project files.
   void Notes() {
     std::vector<std::string> states = BaselinesOf(report_);
-    std::ranges::move(ProjectsOf(report_), std::back_inserter(states));
+    std::ranges::move(ProjectsOf(report_.projects), std::back_inserter(states));
     if (states.empty() && report_.files.empty() && report_.project.empty()) return;
     html_ += "<section>\n<h2>Project</h2>\n";
     if (!states.empty()) html_ += List(states);

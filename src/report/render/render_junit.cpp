@@ -44,10 +44,10 @@ bool IssueFails(const Report& report, const Issue& issue) {
   return !issue.waived && (issue.level == Level::kRefused || (issue.level == Level::kWarning && fails_on_warnings));
 }
 
-std::string ProblemOf(const Report& report, const Issue& issue) {
+std::string ProblemOf(const Report& report, const Issue& issue, const ServicePaths& paths) {
   const std::string level = issue.level == Level::kRefused ? "" : std::string(WordOf(issue.level)) + " [" + issue.rule + "] ";
-  std::string text = ToText(issue.location) + ": " + level + issue.summary + "\n";
-  for (const std::string& line : DetailsOf(issue)) text += line + "\n";
+  std::string text = ToText(issue.location, &paths) + ": " + level + issue.summary + "\n";
+  for (const std::string& line : DetailsOf(issue, paths)) text += line + "\n";
   return Problem(issue.rule, issue.summary, text, IssueFails(report, issue));
 }
 
@@ -89,12 +89,7 @@ struct Counts {
 class JunitReport {
  public:
   JunitReport(const Report& report, const TextSink& sink)
-      : report_(report),
-        folded_(report),
-        issues_(folded_),
-        next_(issues_.all().begin()),
-        paths_(report.path_prefix),
-        sink_(sink) {}
+      : report_(report), folded_(report), issues_(folded_), next_(issues_.all().begin()), paths_(issues_.paths()), sink_(sink) {}
 
   void Write() {
     sink_("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites" + Attribute("name", "korvelcheck " + report_.command) +
@@ -127,15 +122,15 @@ class JunitReport {
     sink_("  <testsuite" + Attribute("name", name) + Counts{.tests = number, .errors = number}.Attributes() + ">\n");
     for (; next_ != issues_.all().end() && next_->fault != nullptr; ++next_) {
       const std::string& file = next_->location.file;
-      const std::string at = file.empty() ? "" : " at " + ToText(next_->location);
+      const std::string at = file.empty() ? "" : " at " + ToText(next_->location, &paths_);
       sink_(CaseText(name, next_->rule + at, file.empty() ? "" : paths_.Of(file), ErrorBody(*next_)));
     }
     sink_("  </testsuite>\n");
   }
 
-  static std::string ErrorBody(const Issue& issue) {
-    std::string text = (issue.location.file.empty() ? "" : ToText(issue.location) + ": ") + issue.summary + "\n";
-    for (const std::string& line : DetailsOf(issue)) text += line + "\n";
+  std::string ErrorBody(const Issue& issue) const {
+    std::string text = (issue.location.file.empty() ? "" : ToText(issue.location, &paths_) + ": ") + issue.summary + "\n";
+    for (const std::string& line : DetailsOf(issue, paths_)) text += line + "\n";
     return "      <error" + Attribute("message", issue.summary) + Attribute("type", issue.rule) + ">" + XmlText(text) +
            "</error>\n";
   }
@@ -143,10 +138,10 @@ class JunitReport {
   // The tables of one pair of files.
   void WriteSuite(std::span<const FoldedTable> tables) {
     const TableResult& first = *tables.front().table;
-    const std::string& second = first.second->name;
+    const std::string second = paths_.Shown(first.second->name);
     const bool has_old = first.first != nullptr && first.first != first.second;
     const std::string against = first.baseline.empty() ? "" : " against " + first.baseline;
-    const std::string name = has_old ? first.first->name + " -> " + second : second + against;
+    const std::string name = has_old ? paths_.Shown(first.first->name) + " -> " + second : second + against;
     Counts counts;
     for (const FoldedTable& table : tables) counts.Add(report_, *table.table);
     sink_("  <testsuite" + Attribute("name", name) + counts.Attributes() + ">\n" + Properties());
@@ -169,7 +164,7 @@ class JunitReport {
   std::string BodyOf(const FoldedTable& table) {
     const bool is_skipped = table.table->status == Status::kNew && !Fails(report_, *table.table);
     std::string body = is_skipped ? "      <skipped message=\"new table: there is nothing to compare it with\"/>\n" : "";
-    for (; next_ != issues_.all().end() && next_->table == table.table; ++next_) body += ProblemOf(report_, *next_);
+    for (; next_ != issues_.all().end() && next_->table == table.table; ++next_) body += ProblemOf(report_, *next_, paths_);
     for (const SharedItems& items : table.shared) body += ProblemOf(folded_, items);
     return body;
   }
@@ -178,8 +173,8 @@ class JunitReport {
     const std::string name = "project file";
     sink_("  <testsuite" + Attribute("name", name) + CountProject().Attributes() + ">\n");
     for (; next_ != issues_.all().end(); ++next_) {
-      sink_(CaseText(name, next_->rule + " at " + ToText(next_->location), paths_.Of(next_->location.file),
-                     ProblemOf(report_, *next_)));
+      sink_(CaseText(name, next_->rule + " at " + ToText(next_->location, &paths_), paths_.Of(next_->location.file),
+                     ProblemOf(report_, *next_, paths_)));
     }
     sink_("  </testsuite>\n");
   }
@@ -188,7 +183,7 @@ class JunitReport {
   FoldedReport folded_;
   Issues issues_;
   std::vector<Issue>::const_iterator next_;
-  ServicePaths paths_;
+  const ServicePaths& paths_;
   const TextSink& sink_;
 };
 

@@ -5,6 +5,7 @@
 #include "base/text.h"
 #include "report/render/render.h"
 #include "report/result/issues.h"
+#include "report/result/notes.h"
 
 namespace korvel {
 namespace {
@@ -20,10 +21,12 @@ const char* StatusOf(const Issue& issue) {
 }
 
 // Empty for a fault of the whole call.
-std::string LocationCode(const Issue& issue) { return issue.location.file.empty() ? "" : MarkdownCode(ToText(issue.location)); }
+std::string LocationCode(const Issue& issue, const ServicePaths& paths) {
+  return issue.location.file.empty() ? "" : MarkdownCode(ToText(issue.location, &paths));
+}
 
-std::string Row(const Issue& issue) {
-  return std::string("| ") + StatusOf(issue) + " | " + MarkdownCode(issue.rule) + " | " + LocationCode(issue) + " | " +
+std::string Row(const Issue& issue, const ServicePaths& paths) {
+  return std::string("| ") + StatusOf(issue) + " | " + MarkdownCode(issue.rule) + " | " + LocationCode(issue, paths) + " | " +
          MarkdownText(issue.summary) + " |\n";
 }
 
@@ -31,11 +34,11 @@ std::string More(std::size_t all, std::size_t shown, const char* what) {
   return all <= shown ? "" : "\n" + std::to_string(all - shown) + " more " + what + ".\n";
 }
 
-std::string TableOf(const std::vector<Issue>& issues) {
+std::string TableOf(const std::vector<Issue>& issues, const ServicePaths& paths) {
   if (issues.empty()) return "";
   std::string text = "\n| | rule | location | problem |\n|---|---|---|---|\n";
   const std::size_t shown = std::min(issues.size(), kMaxListed);
-  for (std::size_t i = 0; i < shown; ++i) text += Row(issues[i]);
+  for (std::size_t i = 0; i < shown; ++i) text += Row(issues[i], paths);
   return text + More(issues.size(), shown, "findings");
 }
 
@@ -57,17 +60,18 @@ std::string DiffOf(const Issue& issue) {
   return lines.empty() ? "" : "\n" + MarkdownBlock("diff", lines);
 }
 
-std::string DetailsBlock(const Issue& issue) {
-  std::string text = "\n<details>\n<summary>" + MarkdownCode(issue.rule) + " " + LocationCode(issue) + "</summary>\n\n" +
+std::string DetailsBlock(const Issue& issue, const ServicePaths& paths) {
+  std::string text = "\n<details>\n<summary>" + MarkdownCode(issue.rule) + " " + LocationCode(issue, paths) + "</summary>\n\n" +
                      MarkdownText(issue.summary) + "\n";
   text += DiffOf(issue) + "\n";
-  for (const std::string& line : DetailsOf(issue)) text += "- " + MarkdownText(line) + "\n";
+  for (const std::string& line : DetailsOf(issue, paths)) text += "- " + MarkdownText(line) + "\n";
   return text + "- fingerprint " + MarkdownCode(issue.fingerprint) + "\n\n</details>\n";
 }
 
-// Tables of several pairs of files may have the same name.
-std::string NameOf(const TableResult& table, bool with_file) {
-  return "**Table " + MarkdownText(table.table) + "**" + (with_file ? " of " + MarkdownCode(table.second->name) : "");
+// Tables of several pairs of files may have the same name. Without `paths`, there is one pair.
+std::string NameOf(const TableResult& table, const ServicePaths* paths) {
+  return "**Table " + MarkdownText(table.table) + "**" +
+         (paths == nullptr ? "" : " of " + MarkdownCode(paths->Shown(table.second->name)));
 }
 
 // Edits that were listed with an earlier table are only counted.
@@ -84,10 +88,10 @@ std::string EditList(const Changes& changes, const FoldedEdits& edits, EditStatu
 }
 
 // The allowed changes, and those that were not checked. The others are in findings, or blocked by them.
-std::string OtherEdits(const TableResult& table, const FoldedEdits& edits, bool with_file) {
+std::string OtherEdits(const TableResult& table, const FoldedEdits& edits, const ServicePaths* paths) {
   if (!table.changes || table.status != Status::kRefused) return "";
   const Changes& changes = *table.changes;
-  const std::string start = "\n" + NameOf(table, with_file) + ": ";
+  const std::string start = "\n" + NameOf(table, paths) + ": ";
   const std::string allowed = EditList(changes, edits, EditStatus::kAllowed, "allowed changes");
   const std::string not_checked = EditList(changes, edits, EditStatus::kNotChecked, "changes not checked");
   const bool has_hidden = changes.allowed_together.Refused();
@@ -106,18 +110,17 @@ std::string RenderMarkdown(const Report& report) {
   const std::vector<Issue>& issues = all.all();
   std::string text = std::string("### korvelcheck: ") + WordOf(VerdictOf(summary)) + RemarkOn(summary) + "\n\n" +
                      MarkdownText(ToText(summary)) + "\n";
-  const std::vector<std::string> baselines = BaselinesOf(report);
-  const std::vector<std::string> projects = ProjectsOf(report);
-  if (!baselines.empty() || !projects.empty() || !report.files.empty()) text += "\n";
-  for (const std::string& baseline : baselines) text += "- " + MarkdownText(baseline) + "\n";
-  for (const std::string& project : projects) text += "- " + MarkdownText(project) + "\n";
-  for (const FileNote& note : report.files) text += "- " + MarkdownText(ToText(note)) + "\n";
-  text += TableOf(issues);
+  const ServicePaths& paths = all.paths();
+  const std::vector<std::string> notes = NotesOf(report, &paths);
+  if (!notes.empty()) text += "\n";
+  for (const std::string& note : notes) text += "- " + MarkdownText(note) + "\n";
+  text += TableOf(issues, paths);
   const std::size_t detailed = std::min(issues.size(), kMaxDetailed);
-  for (std::size_t i = 0; i < detailed; ++i) text += DetailsBlock(issues[i]);
+  for (std::size_t i = 0; i < detailed; ++i) text += DetailsBlock(issues[i], paths);
   text += More(issues.size(), detailed, "findings without details here");
   const std::vector<FoldedEdits> edits = FoldEdits(folded);
-  for (std::size_t i = 0; i < edits.size(); ++i) text += OtherEdits(report.tables[i], edits[i], report.inputs.size() > 2);
+  const ServicePaths* const several = report.inputs.size() > 2 ? &paths : nullptr;
+  for (std::size_t i = 0; i < edits.size(); ++i) text += OtherEdits(report.tables[i], edits[i], several);
   return text;
 }
 

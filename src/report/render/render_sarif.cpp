@@ -7,6 +7,7 @@
 #include "report/render/json_stream.h"
 #include "report/render/render.h"
 #include "report/result/issues.h"
+#include "report/result/notes.h"
 #include "report/result/service_path.h"
 #include "rule_docs/rule_doc_files.h"
 #include "rule_docs/rule_docs.h"
@@ -129,7 +130,7 @@ Json SarifRule(const std::string& id) {
 class SarifLog {
  public:
   explicit SarifLog(const Report& report)
-      : folded_(report), issues_(folded_), positions_(issues_.all()), paths_(report.path_prefix) {
+      : folded_(report), issues_(folded_), positions_(issues_.all()), paths_(issues_.paths()) {
     ListRules();
   }
 
@@ -171,10 +172,9 @@ class SarifLog {
   Json InvocationOf(const Summary& summary) const {
     Json notes = Json::array();
     for (const InputFault& fault : folded_.report().faults) notes.push_back(NotificationOf(fault));
-    const auto add = [&](const std::string& text) { notes.push_back({{"level", "note"}, {"message", MessageOf(text)}}); };
-    for (const std::string& line : BaselinesOf(folded_.report())) add(line);
-    for (const std::string& line : ProjectsOf(folded_.report())) add(line);
-    for (const FileNote& note : folded_.report().files) add(ToText(note));
+    for (const std::string& line : NotesOf(folded_.report(), &paths_)) {
+      notes.push_back({{"level", "note"}, {"message", MessageOf(line)}});
+    }
     return {{"executionSuccessful", summary.faults == 0},
             {"exitCode", ExitCodeOf(folded_.report())},
             {"toolExecutionNotifications", std::move(notes)}};
@@ -205,7 +205,7 @@ class SarifLog {
 
   Json ResultOf(const Issue& issue) const {
     std::string message = issue.summary;
-    for (const std::string& line : DetailsOf(issue)) message += "\n" + line;
+    for (const std::string& line : DetailsOf(issue, paths_)) message += "\n" + line;
     Json json = {{"ruleId", issue.rule},
                  {"ruleIndex", rule_positions_.at(issue.rule)},
                  {"level", SarifLevel(issue.level)},
@@ -214,7 +214,7 @@ class SarifLog {
                  {"partialFingerprints", {{"korvelcheck/v1", issue.fingerprint}}}};
     if (issue.old_location) {
       json["relatedLocations"] = Json::array({{{"id", 1},
-                                               {"message", MessageOf("was: " + ToText(*issue.old_location))},
+                                               {"message", MessageOf("was: " + ToText(*issue.old_location, &paths_))},
                                                {"physicalLocation", PhysicalLocation(*issue.old_location, paths_)}}});
     }
     if (issue.folded != nullptr) {
@@ -268,7 +268,7 @@ class SarifLog {
   FoldedReport folded_;
   Issues issues_;
   FixPositions positions_;
-  ServicePaths paths_;
+  const ServicePaths& paths_;
   Json rules_;
   std::map<std::string, std::size_t> rule_positions_;
 };

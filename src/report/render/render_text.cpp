@@ -6,6 +6,7 @@
 
 #include "base/text.h"
 #include "report/render/render.h"
+#include "report/result/notes.h"
 #include "report/result/words.h"
 #include "rule_docs/rule_docs.h"
 
@@ -167,9 +168,7 @@ class TextReport {
     const Summary summary = Summarize(folded_);
     const OverallVerdict verdict = VerdictOf(summary);
     text_ = "verdict: " + Colored(WordOf(verdict), ColorOf(verdict), color_) + RemarkOn(summary) + "\n";
-    for (const std::string& baseline : BaselinesOf(report_)) text_ += baseline + "\n";
-    for (const std::string& project : ProjectsOf(report_)) text_ += project + "\n";
-    for (const FileNote& note : report_.files) text_ += ToText(note) + "\n";
+    for (const std::string& note : NotesOf(report_)) text_ += note + "\n";
     for (const InputFault& fault : report_.faults) AddFault(fault);
     for (std::size_t i = 0; i < folded_.tables().size(); ++i) AddTable(folded_.tables()[i], edits_[i]);
     for (const ProjectFinding& finding : report_.project) AddProjectFinding(finding);

@@ -24,7 +24,7 @@ Level LimitLevelOf(const TableResult& table) {
 
 }  // namespace
 
-Issues::Issues(const FoldedReport& folded) : folded_(folded), ranges_(LocationsOf(folded)) {
+Issues::Issues(const FoldedReport& folded) : folded_(folded), paths_(folded.report().path_prefix), ranges_(LocationsOf(folded)) {
   for (const InputFault& fault : folded.report().faults) AddFault(fault);
   for (const FoldedTable& table : folded.tables()) {
     const TableResult& result = *table.table;
@@ -46,7 +46,7 @@ void Issues::AddFault(const InputFault& fault) {
     issue.location = LocationOf(fault);
   } else {
     issue.location.file = fault.needed_by;
-    issue.summary = ToText(LocationOf(fault)) + ": " + issue.summary;
+    issue.summary = ToText(LocationOf(fault), &paths_) + ": " + issue.summary;
   }
   issue.fault = &fault;
   issues_.push_back(std::move(issue));
@@ -135,8 +135,8 @@ void AddFindingTo(std::vector<std::string>& lines, const Issue& issue) {
 
 }  // namespace
 
-std::vector<std::string> DetailsOf(const Issue& issue) {
-  if (issue.fault != nullptr) return DetailsOf(*issue.fault);
+std::vector<std::string> DetailsOf(const Issue& issue, const ServicePaths& paths) {
+  if (issue.fault != nullptr) return DetailsOf(*issue.fault, &paths);
   std::vector<std::string> lines;
   if (issue.table != nullptr) {
     const TableResult& table = *issue.table;
@@ -149,7 +149,7 @@ std::vector<std::string> DetailsOf(const Issue& issue) {
   }
   if (issue.folded != nullptr) AddFindingTo(lines, issue);
   if (issue.project != nullptr && issue.project->waiver) lines.push_back(ToText(*issue.project->waiver));
-  if (issue.old_location) lines.push_back("was: " + ToText(*issue.old_location));
+  if (issue.old_location) lines.push_back("was: " + ToText(*issue.old_location, &paths));
   if (!issue.suggestion.empty()) {
     const std::size_t first = lines.size();
     std::ranges::move(SuggestionLines(issue.suggestion), std::back_inserter(lines));

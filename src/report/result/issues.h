@@ -43,6 +43,8 @@ class Issues {
   Issues(const Issues&) = delete;
   Issues& operator=(const Issues&) = delete;
 
+  // For the files of the issues and of the report.
+  const ServicePaths& paths() const { return paths_; }
   const std::vector<Issue>& all() const& { return issues_; }
   void all() && = delete;  // the list would dangle
 
@@ -55,13 +57,14 @@ class Issues {
   void MakeFingerprintsUnique();
 
   const FoldedReport& folded_;
+  ServicePaths paths_;
   TextRanges ranges_;
   std::vector<Issue> issues_;
 };
 
 // All details of an issue besides its summary, as lines of text: the checker's text, table and result code, change, paths,
 // waiver, old location, suggestion.
-std::vector<std::string> DetailsOf(const Issue& issue);
+std::vector<std::string> DetailsOf(const Issue& issue, const ServicePaths& paths);
 
 // The rule of a refusal; "refused" for one without a rule in the catalog.
 std::string RuleIdOf(const Verdict& verdict);

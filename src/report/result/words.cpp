@@ -74,10 +74,12 @@ TextRange LocationOf(const InputFault& fault) {
   return range;
 }
 
-std::vector<std::string> DetailsOf(const InputFault& fault) {
+std::vector<std::string> DetailsOf(const InputFault& fault, const ServicePaths* paths) {
   std::vector<std::string> lines;
   if (!fault.allowed.empty()) lines.push_back("allowed: " + OneLine(fault.allowed));
-  if (!fault.needed_by.empty()) lines.push_back(OneLine(fault.needed_by) + " cannot be compared with " + OneLine(fault.file));
+  if (!fault.needed_by.empty()) {
+    lines.push_back(ShownName(fault.needed_by, paths) + " cannot be compared with " + ShownName(fault.file, paths));
+  }
   return lines;
 }
 
@@ -155,40 +157,8 @@ std::string ToText(const TextRange& range, const ServicePaths* paths) {
   return range.begin ? FileLineColumn(file, *range.begin) : file;
 }
 
-std::vector<std::string> BaselinesOf(const Report& report) {
-  std::vector<std::string> lines;
-  for (const ReportBaseline& baseline : report.baselines) {
-    const std::string& origin = baseline.origin;
-    if (origin.empty() && report.baselines.size() == 1) continue;
-    lines.push_back("baseline: " + OneLine(baseline.name) + (origin.empty() ? "" : " (" + origin + ")"));
-  }
-  return lines;
-}
-
-std::vector<std::string> ProjectsOf(const Report& report) {
-  std::vector<std::string> lines;
-  for (const auto& [file, files] : report.projects) {
-    lines.push_back("project file: " + OneLine(file) + " (" + Counted(files, "file") + ")");
-  }
-  return lines;
-}
-
 std::string TableAndBaseline(const TableResult& table) {
   return "table " + OneLine(table.table) + (table.baseline.empty() ? "" : " against " + OneLine(table.baseline));
-}
-
-std::string ToText(const FileNote& note) {
-  switch (note.kind) {
-    case FileNote::Kind::kAdded:
-      return "added: " + OneLine(note.new_file) + " (nothing to compare it with)";
-    case FileNote::Kind::kDeleted:
-      return "deleted: " + OneLine(note.old_file);
-    case FileNote::Kind::kOlder:
-      return OneLine(note.old_file) + " has faults: compared with " + OneLine(note.new_file) + ", the last version without";
-    case FileNote::Kind::kMoved:
-      break;
-  }
-  return "moved: " + OneLine(note.old_file) + " -> " + OneLine(note.new_file);
 }
 
 std::string CodeNameOf(int code) {
@@ -197,6 +167,8 @@ std::string CodeNameOf(int code) {
 }
 
 namespace {
+
+constexpr char kWorkLimitText[] = "suggestions are incomplete from this table on: the search reached its limit for one call";
 
 // Whether the element of the edit is missing from the new side. `after` of an element that moved to the front is empty, too.
 bool IsRemoval(const Edit& edit) {
@@ -260,12 +232,6 @@ std::string NextOf(const SharedItems& items) {
   if (items.count == 1) return "";
   return "the next " + (items.count == 2 ? "finding" : Counted(items.count - 1, "finding"));
 }
-
-namespace {
-
-constexpr char kWorkLimitText[] = "suggestions are incomplete from this table on: the search reached its limit for one call";
-
-}  // namespace
 
 std::vector<std::string> LimitsOf(const FoldedTable& table) {
   std::vector<std::string> limits;

@@ -57,18 +57,8 @@ std::string CheckerLine(const std::string& text);
 // it.
 std::string ToText(const TextRange& range, const ServicePaths* paths = nullptr);
 
-// "baseline: git:main... (commit 1a2b3c4d5e6f, the merge base of main and HEAD)" of each baseline that needs to be named: one
-// whose name does not say what it is, or one of several.
-std::vector<std::string> BaselinesOf(const Report& report);
-
-// "project file: svc/korvelcheck.toml (2 files)" of each project file, if there are several.
-std::vector<std::string> ProjectsOf(const Report& report);
-
 // "table orders", and " against git:v1.2" if the report compares with several baselines.
 std::string TableAndBaseline(const TableResult& table);
-
-// "added: FILE (nothing to compare it with)", on one line.
-std::string ToText(const FileNote& note);
 
 // "waived until 2027-01-31: the table is empty", on one line. A wide waiver is marked as such.
 std::string ToText(const Waiver& waiver);
@@ -82,7 +72,7 @@ std::string SuggestionText(std::string_view suggestion);
 TextRange LocationOf(const InputFault& fault);
 
 // What there is to say about a fault besides its text: what is allowed, and which file could not be compared.
-std::vector<std::string> DetailsOf(const InputFault& fault);
+std::vector<std::string> DetailsOf(const InputFault& fault, const ServicePaths* paths = nullptr);
 
 // "error", "warning"; "waived" if it is waived.
 const char* WordOf(ProjectFinding::Level level);

@@ -220,9 +220,10 @@ void ReportOptions::AddTo(ArgumentList& arguments) {
   arguments.AddChoice(
       "--format", choices, [this](int code) { format = &Formats()[static_cast<std::size_t>(code)]; },
       "output format; default: text");
-  arguments.AddText("--path-prefix", "TEXT", path_prefix,
-                    "put TEXT in front of the paths in sarif, github, gitlab and junit; default: what leads from the top of the "
-                    "repository to the working directory");
+  arguments.AddText(
+      "--path-prefix", "TEXT", path_prefix,
+      "put TEXT in front of the paths in sarif, github, gitlab, junit and markdown; default: what leads from the top of "
+      "the repository to the working directory");
   log.AddTo(arguments);
 }
 

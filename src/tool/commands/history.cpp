@@ -54,7 +54,8 @@ struct HistoryArguments {
     arguments.AddChoice(
         "--format", choices, [this](int code) { format = &HistoryFormats()[static_cast<std::size_t>(code)]; },
         "output format; default: text");
-    arguments.AddText("--path-prefix", "TEXT", path_prefix, "put TEXT in front of the paths in sarif, github, gitlab and junit");
+    arguments.AddText("--path-prefix", "TEXT", path_prefix,
+                      "put TEXT in front of the paths in sarif, github, gitlab, junit and markdown");
   }
 
   // Whether the result is text on standard output.
