@@ -22,6 +22,7 @@ class FileDescriptor {
     if (fd_ >= 0) ::close(fd_);
     fd_ = fd;
   }
+  void Swap(FileDescriptor& other) { std::swap(fd_, other.fd_); }
   bool IsOpen() const { return fd_ >= 0; }
   int get() const { return fd_; }
 

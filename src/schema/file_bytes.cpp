@@ -21,10 +21,6 @@ constexpr std::size_t kFirstPiece = std::size_t{64} << 10;  // bytes; for pipes,
 
 std::string DisplayName(const std::string& path) { return path == kStandardInput ? "<stdin>" : path.empty() ? "''" : path; }
 
-[[noreturn]] void RefuseFile(const std::string& name, const std::string& reason) {
-  throw ErrorOf({FaultAbout(FaultKind::kUnreadable, name, reason)});
-}
-
 [[noreturn]] void RefuseTooLarge(const std::string& name) {
   RefuseFile(name, "is too large; allowed: at most " + std::to_string(qmx::kMaxFileBytes) + " bytes");
 }
@@ -57,6 +53,10 @@ void Grow(Bytes& bytes, std::size_t capacity) {
 
 }  // namespace
 
+void RefuseFile(const std::string& name, const std::string& reason) {
+  throw ErrorOf({FaultAbout(FaultKind::kUnreadable, name, reason)});
+}
+
 std::size_t SizeOf(const std::string& path) {
   struct stat status {};
   return StatusOf(path, status) && S_ISREG(status.st_mode) ? static_cast<std::size_t>(status.st_size) : 0;
@@ -64,8 +64,8 @@ std::size_t SizeOf(const std::string& path) {
 
 namespace {
 
-OpenFile OpenWith(const std::string& path, int flags) {
-  OpenFile file{DisplayName(path), Open(path, flags)};
+OpenFile Take(FileDescriptor descriptor, std::string name, const std::string& path) {
+  OpenFile file{std::move(name), std::move(descriptor)};
   struct stat status {};
   if (::fstat(file.descriptor.get(), &status) != 0) RefuseFile(file.name, std::strerror(errno));
   if (S_ISDIR(status.st_mode)) RefuseFile(file.name, "is a directory; allowed: a file, or '-' for standard input");
@@ -79,10 +79,12 @@ OpenFile OpenWith(const std::string& path, int flags) {
 
 }  // namespace
 
-OpenFile OpenInput(const std::string& path) { return OpenWith(path, 0); }
+OpenFile OpenInput(const std::string& path) { return Take(Open(path, 0), DisplayName(path), path); }
 
-OpenFile OpenRegular(const std::string& path) {
-  OpenFile file = OpenWith(path, O_NONBLOCK);
+OpenFile OpenRegular(const std::string& path) { return TakeRegular(Open(path, O_NONBLOCK), DisplayName(path), path); }
+
+OpenFile TakeRegular(FileDescriptor descriptor, std::string name, const std::string& path) {
+  OpenFile file = Take(std::move(descriptor), std::move(name), path);
   if (file.state.path.empty()) RefuseFile(file.name, "is not a regular file; allowed: a file");
   return file;
 }

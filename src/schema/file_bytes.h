@@ -43,6 +43,12 @@ OpenFile OpenInput(const std::string& path);
 // The same, but also refuses pipes and devices, without waiting for their writers: of a file that was not named in the call.
 OpenFile OpenRegular(const std::string& path);
 
+// The file behind a descriptor that was opened without waiting (O_NONBLOCK). `path` leads to it. Throws as OpenRegular.
+OpenFile TakeRegular(FileDescriptor descriptor, std::string name, const std::string& path);
+
+// Throws InputError with one line about a file that cannot be read.
+[[noreturn]] void RefuseFile(const std::string& name, const std::string& reason);
+
 // Throws InputError with one line if the file has been written to since `state`: the bytes read may mix old and new content. A
 // file that was replaced by another one counts as unchanged. Keeps no file open: a call may name more files than a process may
 // open.
