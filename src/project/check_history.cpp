@@ -31,6 +31,7 @@ std::size_t StepsAtOnce() { return std::clamp<std::size_t>(std::thread::hardware
 
 Input LoadVersion(const FileVersion& version, Git& git) {
   if (version.in_git) return LoadBytes(version.name, git.ReadFile(*version.in_git, version.name));
+  if (version.is_link) RefuseLink(version.name);
   return LoadInput(version.path_on_disk, git);
 }
 

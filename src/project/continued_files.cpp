@@ -8,6 +8,7 @@
 #include "base/input_error.h"
 #include "base/text.h"
 #include "project/moved_files.h"
+#include "project/removed_files.h"
 #include "schema/input.h"
 
 namespace korvel {
@@ -28,7 +29,8 @@ class Joiner {
     times_[""] = order.size();
   }
 
-  // Later removals come last, so that a file may be continued several times.
+  // Later removals come last, so that a file may be continued several times. Among files that are equally similar to it, the
+  // first that was added continues it.
   void Run(const std::vector<FoundVersions*>& removed, const std::vector<FoundVersions*>& added) {
     std::vector<FileEnd> old_files;
     std::vector<FileEnd> new_files;
@@ -38,11 +40,13 @@ class Joiner {
     }
     for (FoundVersions* const one : added) Load(*one, one->file.versions.front(), *one->added_by, new_files);
     std::ranges::stable_sort(old_files, {}, &FileEnd::time);
+    std::ranges::stable_sort(new_files, {}, &FileEnd::time);
     for (const FileEnd& old_file : old_files) Continue(old_file, new_files);
   }
 
  private:
   void Load(FoundVersions& found, const FileVersion& version, const std::string& when, std::vector<FileEnd>& ends) {
+    if (version.is_link) return;
     try {
       Input input =
           version.in_git ? LoadBytes(version.name, git_.ReadFile(*version.in_git, version.name)) : LoadFile(version.path_on_disk);
@@ -85,7 +89,38 @@ class Joiner {
   std::map<std::string, std::size_t> times_;
 };
 
+// The file was moved to a path whose versions are not here.
+void EndAt(const LostPath& lost, const std::string& new_path, FoundVersions& found) {
+  FileVersions& file = found.file;
+  const std::string by = lost.commit.empty() ? "the work tree" : "commit " + lost.short_commit;
+  file.versions.pop_back();
+  found.removal.reset();
+  const std::string removed = by + " removed " + OneLine(lost.path);
+  std::erase_if(file.notes, [&](const std::string& note) { return note == removed || note == kLostInWorkTree; });
+  file.notes.push_back(by + " moved " + OneLine(lost.path) + " to " + OneLine(new_path) +
+                       ", which is not selected: the history ends here");
+  if (file.versions.size() < 2) file.moved = "was moved to " + OneLine(new_path) + " by " + by;
+}
+
 }  // namespace
+
+void EndMoved(const std::set<std::string>& paths, const std::string& top, const std::string& argument, Git& git,
+              std::vector<FoundVersions>& found) {
+  std::vector<FoundVersions*> removed;
+  std::vector<LostPath> lost;
+  for (FoundVersions& one : found) {
+    if (one.is_continued || !one.removal || !one.lost || one.lost->path != one.removal->path) continue;
+    removed.push_back(&one);
+    lost.push_back(*one.lost);
+  }
+  if (lost.empty()) return;
+  const std::vector<std::string> new_paths = NewPathsOf(lost, top, argument, git);
+  for (std::size_t i = 0; i < lost.size(); ++i) {
+    if (new_paths[i].empty() || paths.contains(new_paths[i])) continue;
+    EndAt(lost[i], new_paths[i], *removed[i]);
+    removed[i]->is_continued = !removed[i]->is_selected;
+  }
+}
 
 void JoinContinued(std::vector<FoundVersions>& found, const std::function<std::vector<std::string>()>& order, Git& git) {
   std::vector<FoundVersions*> removed;

@@ -8,6 +8,7 @@
 
 #include "project/git.h"
 #include "project/project.h"
+#include "schema/file_below.h"
 
 namespace korvel {
 
@@ -16,6 +17,7 @@ struct FileVersion {
   std::string path_in_project;    // as in Source
   std::optional<GitFile> in_git;  // of a version in a repository; its path may be another one than today
   std::string path_on_disk = {};  // otherwise, what LoadInputs reads
+  bool is_link = false;           // a link in the work tree, which is not followed: the version cannot be read
   bool is_removed = false;        // the file was removed: a version without a table, which is compared with the last one
 };
 
@@ -25,7 +27,8 @@ struct FileVersions {
   std::vector<FileVersion> versions;
   // Where the history begins or was cut, and gaps in it; one line each, ready to be shown.
   std::vector<std::string> notes;
-  std::string missing = {};  // why there are no versions, if that is known: "was a directory until commit 1a2b3c4 ..."
+  std::string moved =
+      {};  // where the file went, if it has fewer than two versions: "was moved to old/orders.xml by commit 1a2b3c4"
 };
 
 // What to take from a repository.
@@ -33,6 +36,7 @@ struct VersionSelection {
   std::vector<std::string> paths;   // files and directories; empty: all files of the project
   std::optional<std::string> from;  // REV: the version of REV is the first one
   std::optional<std::string> tags;  // PATTERN: the versions of the tags that match it, in version order
+  Links links = Links::kRefuse;     // to files in the work tree
 };
 
 // Whether the last commit has a file or directory at this path, which is relative to the working directory. False outside of

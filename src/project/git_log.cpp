@@ -123,18 +123,18 @@ std::vector<GitCommit> LogOf(const std::string& top, const std::string& range, c
   return commits;
 }
 
-std::vector<std::string> DeletedPaths(const std::string& top, const std::string& range,
-                                      const std::vector<std::string>& directories, const std::string& argument) {
+std::vector<GitFile> DeletedFiles(const std::string& top, const std::string& range, const std::vector<std::string>& directories,
+                                  const std::string& argument) {
   std::vector<std::string> arguments = kPlain;
   Append(arguments, {"-C", top, "log", "--first-parent", "-m", "--no-renames", "--diff-filter=D", kFormat});
   Append(arguments, kRaw);
   Append(arguments, {range, "--"});
   Append(arguments, directories);
-  std::vector<std::string> paths;
+  std::vector<GitFile> files;
   for (const GitCommit& commit : RawReader(GitOutput(arguments, argument)).Commits()) {
-    for (const GitChange& change : commit.changes) paths.push_back(change.before.path);
+    for (const GitChange& change : commit.changes) files.push_back(change.before);
   }
-  return paths;
+  return files;
 }
 
 std::vector<std::string> CommitsOf(const std::string& top, const std::string& range, const std::string& argument) {

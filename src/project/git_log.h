@@ -32,9 +32,10 @@ struct GitCommit {
 std::vector<GitCommit> LogOf(const std::string& top, const std::string& range, const std::vector<std::string>& paths,
                              const std::string& argument);
 
-// The paths that commits of a range deleted in these directories (none: anywhere), along the first parents.
-std::vector<std::string> DeletedPaths(const std::string& top, const std::string& range,
-                                      const std::vector<std::string>& directories, const std::string& argument);
+// The files that commits of a range deleted in these directories (none: anywhere), along the first parents, newest first, each as
+// it was before.
+std::vector<GitFile> DeletedFiles(const std::string& top, const std::string& range, const std::vector<std::string>& directories,
+                                  const std::string& argument);
 
 // The ids of the commits of a range, newest first, along the first parents.
 std::vector<std::string> CommitsOf(const std::string& top, const std::string& range, const std::string& argument);

@@ -63,6 +63,11 @@ class HistorySelection {
         files_.push_back({finder_.FromTop(given), given});
       }
     }
+    std::set<std::string> named;
+    for (const SelectedFile& file : files_) {
+      if (!file.is_by_suffix) named.insert(file.path);
+    }
+    for (SelectedFile& file : files_) file.is_by_suffix = !named.contains(file.path);
     std::set<std::string> seen;
     std::erase_if(files_, [&](const SelectedFile& file) { return !seen.insert(file.path).second; });
     return std::move(files_);
@@ -80,7 +85,8 @@ class HistorySelection {
     const ProjectFiles selected = SelectFiles(paths, States());
     std::set<std::string> all = selected.in_old;
     all.insert(selected.in_new.begin(), selected.in_new.end());
-    for (const std::string& path : all) files_.push_back({path, States().new_state->Display(path)});
+    const bool is_by_suffix = Patterns(States().projects->OfCall()).IsEmpty();
+    for (const std::string& path : all) files_.push_back({path, States().new_state->Display(path), is_by_suffix});
   }
 
   // Opened for the first directory.
@@ -98,8 +104,8 @@ class HistorySelection {
       for (const GitFile& file : git_.Files(revision, "git:" + revision)) past.insert(file.path);
     }
     if (!request_.range.empty()) {
-      for (std::string& path : DeletedPaths(finder_.top(), request_.range, Directories(), request_.argument)) {
-        past.insert(std::move(path));
+      for (GitFile& file : DeletedFiles(finder_.top(), request_.range, Directories(), request_.argument)) {
+        past.insert(std::move(file.path));
       }
     }
     return past;

@@ -7,6 +7,7 @@
 
 #include "project/git.h"
 #include "project/project.h"
+#include "schema/file_below.h"
 
 namespace korvel {
 
@@ -14,6 +15,8 @@ namespace korvel {
 struct SelectedFile {
   std::string path;   // from the top
   std::string shown;  // on the disk
+  // Whether only a directory of the call has it, and no project file says which of its files are schemas.
+  bool is_by_suffix = false;
 };
 
 // Paths of the call, from the top of the repository.
@@ -39,6 +42,7 @@ struct HistoryRequest {
   const std::vector<std::string>& revisions;  // files of these are selected, too
   std::string range;                          // and those that a commit of this range deleted; empty: none
   std::string argument;                       // errors of git name it
+  Links links;                                // to files in the work tree
 };
 
 // Each file once. A directory may be one that no longer exists. `project` may be null. Throws InputError.

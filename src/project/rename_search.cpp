@@ -9,6 +9,7 @@
 
 #include "base/input_error.h"
 #include "project/moved_files.h"
+#include "project/removed_files.h"
 #include "schema/input.h"
 
 namespace korvel {
@@ -21,11 +22,6 @@ std::optional<Input> LoadIfReadable(const AddedFile& added, Git& git) {
   } catch (const InputError&) {
     return std::nullopt;
   }
-}
-
-std::string_view SuffixOf(std::string_view path) {
-  const std::size_t dot = path.rfind('.');
-  return dot == std::string_view::npos ? std::string_view() : path.substr(dot);
 }
 
 // Schemas that could be read, with pointers to them.

@@ -49,8 +49,6 @@ void VersionWalk::Visit(Position& position, const std::vector<GitCommit>& commit
       continue;
     }
     for (const GitChange& change : commit.changes) {
-      if (track.directory_until.empty() && change.before.path.starts_with(track.path + "/"))
-        track.directory_until = commit.short_id;
       if (change.before.path != track.path) continue;
       position.until = commit.id;
       if (change.status == 'D') {
@@ -112,7 +110,7 @@ void VersionWalk::FollowRenames(std::vector<Position>& positions, const std::vec
         track.moved_from.push_back({commit.id, track.path});
       } else if (!WasChangedBefore(track.path, *position->adder, commits)) {
         track.beginning = BeginningAt(*position->adder);
-        track.begun_by = commit.id;
+        if (position->adder->parents > 0) track.begun_by = commit.id;
         position->is_finished = true;
       }
     }

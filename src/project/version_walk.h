@@ -30,14 +30,14 @@ struct LostPath {
 struct FileTrack {
   std::string path;                             // from the top; where the walk is, the path at that time
   std::string path_on_disk;                     // of the file in the work tree, or empty
+  bool is_link_on_disk = false;                 // the work tree has a link there, which is not followed
   std::vector<CommittedVersion> versions = {};  // newest first
   std::vector<std::string> paths = {};          // all that it had, newest first
   std::vector<std::string> notes = {};          // gaps, newest first
   std::string beginning = {};                   // how the oldest version came to be; empty if the range ends before
-  std::string begun_by = {};                    // the commit that added the file, if the walk ended there
+  std::string begun_by = {};                    // the commit that added the file, if the walk ended there and it has a parent
   std::vector<LostPath> moved_from = {};        // renames that the walk followed
   std::optional<LostPath> removal = {};         // of a file that HEAD does not have any more
-  std::string directory_until = {};             // the last commit that changed files below the path, as if it were a directory
 };
 
 // Fills in the tracks with the commits of a range. Renames are searched for round by round, so that one git process serves all
