@@ -26,17 +26,19 @@ std::string JoinPaths(const std::string& directory, const std::string& path) {
 
 class Disk : public FileTree {
  public:
-  Disk(std::string top, std::string shown) : top_(std::move(top)), shown_(std::move(shown)) {}
+  Disk(std::string top, std::string shown, Links links) : top_(std::move(top)), shown_(std::move(shown)), links_(links) {}
 
   bool HasFile(const std::string& path) const override {
+    if (IsOutOfReach(path)) return false;
     std::error_code ignored;
-    const fs::file_status status = fs::status(OnDisk(path), ignored);
+    const fs::file_status status =
+        links_ == Links::kFollow ? fs::status(OnDisk(path), ignored) : fs::symlink_status(OnDisk(path), ignored);
     return fs::exists(status) && !fs::is_directory(status);
   }
 
   bool HasName(const std::string& path) const override {
     std::error_code ignored;
-    return fs::exists(fs::symlink_status(OnDisk(path), ignored));
+    return !IsOutOfReach(path) && fs::exists(fs::symlink_status(OnDisk(path), ignored));
   }
 
   std::vector<std::string> Below(const std::string& directory) const override {
@@ -49,7 +51,7 @@ class Disk : public FileTree {
       std::error_code ignored;
       const bool is_directory = entry->is_directory(ignored);
       if (is_directory && (entry->path().filename() == ".git" || IsLeftOut(entry->path()))) entry.disable_recursion_pending();
-      if (!entry->is_regular_file(ignored)) continue;
+      if (!IsListed(*entry)) continue;
       files.push_back(JoinPaths(directory, entry->path().lexically_relative(OnDisk(directory)).string()));
     }
     if (error) {
@@ -60,8 +62,7 @@ class Disk : public FileTree {
   }
 
   Bytes Read(const std::string& path) override {
-    OpenFile file = OpenRegular(OnDisk(path));
-    file.name = Display(path);
+    const OpenFile file = OpenBelow(top_, path, Display(path), links_);
     Bytes bytes = ReadAll(file);
     if (file.size > 0) RequireUnchanged(file.name, file.state);
     return bytes;
@@ -71,9 +72,20 @@ class Disk : public FileTree {
 
  protected:
   virtual bool IsLeftOut(const fs::path&) const { return false; }
+  Links links() const { return links_; }
 
  private:
   std::string OnDisk(const std::string& path) const { return JoinPaths(top_, path); }
+
+  // Whether only a link leads to the directory of a file.
+  bool IsOutOfReach(const std::string& path) const { return links_ == Links::kRefuse && IsBelowLink(top_, path); }
+
+  // Reading a link that is not followed fails: a file that became one must not seem to be deleted.
+  bool IsListed(const fs::directory_entry& entry) const {
+    std::error_code ignored;
+    if (entry.is_symlink(ignored)) return links_ == Links::kRefuse || !entry.is_directory(ignored);
+    return entry.is_regular_file(ignored);
+  }
 
   // Whether a directory, or one above it below the top, is a link or left out.
   bool IsNotSearched(const std::string& directory) const {
@@ -86,11 +98,13 @@ class Disk : public FileTree {
 
   std::string top_;
   std::string shown_;
+  Links links_;
 };
 
 class DiskSeenFrom : public Disk {
  public:
-  DiskSeenFrom(std::string here, const std::string& top) : Disk(top, ""), here_(std::move(here)), above_(top) {}
+  DiskSeenFrom(std::string here, const std::string& top, Links links)
+      : Disk(top, "", links), here_(std::move(here)), above_(top) {}
 
   std::string Display(const std::string& path) const override { return (above_ / path).lexically_relative(here_).string(); }
 
@@ -118,8 +132,8 @@ std::vector<std::string> FilesBelow(const std::vector<GitFile>& files, const std
 // Files that a sparse checkout leaves out are not deleted: they are as in the index.
 class WorkTree : public DiskSeenFrom {
  public:
-  WorkTree(std::string here, std::string top, std::string argument)
-      : DiskSeenFrom(std::move(here), top),
+  WorkTree(std::string here, std::string top, std::string argument, Links links)
+      : DiskSeenFrom(std::move(here), top, links),
         left_out_(Git::FilesLeftOut(argument)),
         top_(std::move(top)),
         argument_(std::move(argument)) {
@@ -191,7 +205,8 @@ class Commit : public FileTree {
     for (const GitCommit& one : LogOf(Git::Top(argument_), commit, {path}, argument_)) {
       const GitFile& file = one.changes.front().after;
       const std::string name = "git:" + one.short_id + ":" + path;
-      if (!file.object.empty() && take(name, git_.ReadFile(file, name))) return true;
+      const bool is_file = file.mode.starts_with("100");  // not deleted, no link, no submodule
+      if (is_file && take(name, git_.ReadFile(file, name))) return true;
     }
     return false;
   }
@@ -215,16 +230,17 @@ std::optional<Bytes> FileTree::ReadUnless(const std::string& path, std::string_v
   return bytes;
 }
 
-std::unique_ptr<FileTree> DiskTree(const std::string& top, const std::string& shown) {
-  return std::make_unique<Disk>(top, shown);
+std::unique_ptr<FileTree> DiskTree(const std::string& top, const std::string& shown, Links links) {
+  return std::make_unique<Disk>(top, shown, links);
 }
 
-std::unique_ptr<FileTree> DiskTreeSeenFrom(const std::string& here, const std::string& top) {
-  return std::make_unique<DiskSeenFrom>(here, top);
+std::unique_ptr<FileTree> DiskTreeSeenFrom(const std::string& here, const std::string& top, Links links) {
+  return std::make_unique<DiskSeenFrom>(here, top, links);
 }
 
-std::unique_ptr<FileTree> WorkTreeSeenFrom(const std::string& here, const std::string& top, const std::string& argument) {
-  return std::make_unique<WorkTree>(here, top, argument);
+std::unique_ptr<FileTree> WorkTreeSeenFrom(const std::string& here, const std::string& top, const std::string& argument,
+                                           Links links) {
+  return std::make_unique<WorkTree>(here, top, argument, links);
 }
 
 std::unique_ptr<FileTree> CommitTree(const std::string& revision, const std::string& argument) {

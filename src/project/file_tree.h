@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "project/git.h"
+#include "schema/file_below.h"
 #include "schema/file_bytes.h"
 
 namespace korvel {
@@ -22,7 +23,7 @@ class FileTree {
   virtual ~FileTree() = default;
 
   virtual bool HasFile(const std::string& path) const = 0;
-  // Whether the path names anything: on the disk also a directory, or a link to nothing.
+  // Whether the path names anything: on the disk also a directory, or a link to nothing, but not a file below a link.
   virtual bool HasName(const std::string& path) const { return HasFile(path); }
   // All files below a directory, ordered by path; none if it is no directory. Throws InputError.
   virtual std::vector<std::string> Below(const std::string& directory) const = 0;
@@ -40,18 +41,21 @@ class FileTree {
   virtual std::string Display(const std::string& path) const = 0;
 };
 
-// The files on the disk below a directory, displayed with `shown` in front. Links to directories and .git are skipped, so that
-// there are no files below a link either; `top` itself may be one.
-std::unique_ptr<FileTree> DiskTree(const std::string& top, const std::string& shown);
+// The files on the disk below a directory, displayed with `shown` in front. `top` itself may be a link. Below it, links count as
+// files, which cannot be read, as in a commit. If links are followed, a link to a directory is no file, but is not searched
+// either. .git is skipped.
+std::unique_ptr<FileTree> DiskTree(const std::string& top, const std::string& shown, Links links);
 
 // The same, displayed as paths from the directory `here`. Both directories are absolute.
-std::unique_ptr<FileTree> DiskTreeSeenFrom(const std::string& here, const std::string& top);
+std::unique_ptr<FileTree> DiskTreeSeenFrom(const std::string& here, const std::string& top, Links links);
 
 // The same of a work tree of git, without the repositories in it, but with the files that a sparse checkout leaves out. Errors of
 // git name `argument`.
-std::unique_ptr<FileTree> WorkTreeSeenFrom(const std::string& here, const std::string& top, const std::string& argument);
+std::unique_ptr<FileTree> WorkTreeSeenFrom(const std::string& here, const std::string& top, const std::string& argument,
+                                           Links links);
 
-// The files of a commit. `argument` ("git:REV") is the prefix of displayed files; errors name it.
+// The files of a commit. A link cannot be read: it may lead out of the commit. `argument` ("git:REV") is the prefix of displayed
+// files; errors name it.
 std::unique_ptr<FileTree> CommitTree(const std::string& revision, const std::string& argument);
 
 }  // namespace korvel

@@ -92,7 +92,7 @@ class HistorySelection {
   // Opened for the first directory.
   const ProjectStates& States() {
     if (!states_) {
-      states_ = OpenStates(ResolveBaseline(kHead), projects_);
+      states_ = OpenStates(ResolveBaseline(kHead), projects_, request_.links);
       states_->old_state = std::make_unique<PastTree>(std::move(states_->old_state), Past());
     }
     return *states_;

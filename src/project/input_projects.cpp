@@ -22,7 +22,8 @@ std::string TopOf(const Project* project) {
 
 }  // namespace
 
-InputProjects::InputProjects(ProjectSet& projects) : projects_(projects), top_(TopOf(projects.OfCall())) {}
+InputProjects::InputProjects(ProjectSet& projects, Links links)
+    : projects_(projects), links_(links), top_(TopOf(projects.OfCall())) {}
 
 InputProject InputProjects::Of(const std::string& given) {
   if (!projects_.is_searched() || given == "-") return OfCall(given);
@@ -38,7 +39,7 @@ InputProjects::State& InputProjects::StateOf(const std::string& revision) {
   State& state = states_[revision];
   if (state.tree != nullptr) return state;
   if (revision.empty()) {
-    state.tree = DiskTreeSeenFrom(AbsolutePath(""), top_);
+    state.tree = DiskTreeSeenFrom(AbsolutePath(""), top_, links_);
   } else {
     const Baseline baseline = ResolveBaseline("git:" + revision);
     state.tree = CommitTree(*baseline.revision, baseline.name);

@@ -23,8 +23,8 @@ struct InputProject {
 // The project file of the call judges everything else: files elsewhere, standard input, and files without a project file.
 class InputProjects {
  public:
-  // `projects` must outlive it.
-  explicit InputProjects(ProjectSet& projects);
+  // `projects` must outlive it. `links` is for project files on the disk.
+  InputProjects(ProjectSet& projects, Links links);
 
   // `given` is a path as in a call. Throws InputError for a project file with errors, and as Git.
   InputProject Of(const std::string& given);
@@ -40,6 +40,7 @@ class InputProjects {
   InputProject OfCall(const std::string& given) const;
 
   ProjectSet& projects_;
+  Links links_;
   std::string top_;                      // absolute
   std::map<std::string, State> states_;  // by revision; "" is the disk
 };

@@ -9,12 +9,21 @@
 namespace korvel {
 namespace {
 
+// The bytes of a file, or nullopt if it cannot be read: --project may name a link.
+std::optional<Bytes> ReadIfPossible(FileTree& state, const std::string& path) {
+  try {
+    return state.HasFile(path) ? std::optional(state.Read(path)) : std::nullopt;
+  } catch (const InputError&) {
+    return std::nullopt;
+  }
+}
+
 // The text of a file in the old state. It is not read there if it is the same in the new one.
 std::string TextIn(FileTree& old_state, FileTree& new_state, const std::string& path) {
-  if (!new_state.HasFile(path)) return std::string(old_state.Read(path).View());
-  const Bytes present = new_state.Read(path);
-  const std::optional<Bytes> other = old_state.ReadUnless(path, present.View());
-  return std::string(other ? other->View() : present.View());
+  const std::optional<Bytes> present = ReadIfPossible(new_state, path);
+  if (!present) return std::string(old_state.Read(path).View());
+  const std::optional<Bytes> other = old_state.ReadUnless(path, present->View());
+  return std::string(other ? other->View() : present->View());
 }
 
 }  // namespace

@@ -189,7 +189,7 @@ ProjectFiles FilesOfPaths(const std::vector<std::string>& paths, const ProjectSt
 
 }  // namespace
 
-ProjectStates OpenStates(const Baseline& baseline, ProjectSet& projects) {
+ProjectStates OpenStates(const Baseline& baseline, ProjectSet& projects, Links links) {
   const Project* const project = projects.OfCall();
   const std::string& name = baseline.name;
   ProjectStates states;
@@ -197,7 +197,7 @@ ProjectStates OpenStates(const Baseline& baseline, ProjectSet& projects) {
   if (baseline.revision) {
     states.top = AbsolutePath(Git::Top(name));
     states.old_state = CommitTree(*baseline.revision, name);
-    states.new_state = WorkTreeSeenFrom(AbsolutePath(""), states.top, name);
+    states.new_state = WorkTreeSeenFrom(AbsolutePath(""), states.top, name, links);
   } else {
     std::error_code error;
     if (!fs::is_directory(name, error)) {
@@ -208,8 +208,8 @@ ProjectStates OpenStates(const Baseline& baseline, ProjectSet& projects) {
     if (fs::equivalent(name, states.top, error)) {
       throw InputError{{ToolMessage(OneLine(name) + ": is the directory that is checked; allowed: an earlier state of it")}};
     }
-    states.old_state = DiskTree(name, name);
-    states.new_state = DiskTreeSeenFrom(AbsolutePath(""), states.top);
+    states.old_state = DiskTree(name, name, links);
+    states.new_state = DiskTreeSeenFrom(AbsolutePath(""), states.top, links);
   }
   states.projects = std::make_unique<NearestProjects>(*states.new_state, projects, ProjectDirectory(project, states.top));
   states.old_projects =

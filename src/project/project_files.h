@@ -30,8 +30,9 @@ struct ProjectStates {
 };
 
 // Opens an earlier state and what is on the disk now. The top is that of the work tree for a revision of git; else the directory
-// of the call's project file, else the working directory. `projects` must outlive the states. Throws InputError.
-ProjectStates OpenStates(const Baseline& baseline, ProjectSet& projects);
+// of the call's project file, else the working directory. `links` is for files on the disk. `projects` must outlive the states.
+// Throws InputError.
+ProjectStates OpenStates(const Baseline& baseline, ProjectSet& projects, Links links);
 
 // A schema file that still exists, but that the project files of the new state do not select any more.
 struct DroppedFile {

@@ -288,6 +288,12 @@ TEST_F(AgainstTest, RepairedFileIsComparedWithItsLastVersionWithoutFaults) {
   Commit("broken");
   Write("schemas/orders.xml", "<metalib");
   Commit("broken differently");
+  std::filesystem::remove(PathOf("schemas/orders.xml"));
+  std::filesystem::create_symlink("users.xml", PathOf("schemas/orders.xml"));
+  Commit("a link");
+  std::filesystem::remove(PathOf("schemas/orders.xml"));
+  Write("schemas/orders.xml", "<metalib");
+  Commit("broken again");
   Write("schemas/orders.xml", Schema("orders"));
   const std::string note = "git:HEAD:schemas/orders.xml has faults: compared with git:" + last +
                            ":schemas/orders.xml, its last version without faults\n";
@@ -316,6 +322,8 @@ TEST_F(AgainstTest, RepairedAndMovedFileIsComparedWithItsLastVersionWithoutFault
 TEST_F(AgainstTest, RefusesLinkInTheCommit) {
   std::filesystem::create_symlink("orders.xml", PathOf("schemas/link.xml"));
   Commit("second");
+  std::filesystem::remove(PathOf("schemas/link.xml"));
+  Write("schemas/link.xml", Schema("orders"));
   const Outcome outcome = Against();
   EXPECT_EQ(outcome.exit_code, 2);
   EXPECT_EQ(outcome.err,

@@ -149,6 +149,8 @@ TEST_F(FaultTest, EveryKindHasItsRule) {
   std::filesystem::remove(PathOf("schemas/deep/items.qmb"));
   Git({"add", "schemas/link.xml"});
   Git({"commit", "-q", "-m", "link"});
+  std::filesystem::remove(PathOf("schemas/link.xml"));
+  Write("schemas/link.xml", Schema("link"));
   const std::vector<std::string> faults = Faults(Against({"--format", "json"}));
   EXPECT_THAT(faults, testing::IsSupersetOf({"schema.image schemas/users.xml", "schema.unreadable git:HEAD:schemas/link.xml"}));
   EXPECT_THAT(faults, testing::Contains("schema.invalid schemas/orders.xml:1:31"));

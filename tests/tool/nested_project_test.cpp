@@ -229,7 +229,7 @@ TEST_F(NestedProjectTest, BrokenProjectFileIsAnError) {
   std::filesystem::create_symlink("nowhere", PathOf("svc/a/korvelcheck.toml"));
   const Outcome dangling = Against({"svc"});
   EXPECT_EQ(dangling.exit_code, 2);
-  EXPECT_THAT(dangling.err, HasSubstr("svc/a/korvelcheck.toml: No such file or directory\n"));
+  EXPECT_THAT(dangling.err, HasSubstr("svc/a/korvelcheck.toml: is a symbolic link; "));
 }
 
 // The number of runs of git does not depend on the number of directories.

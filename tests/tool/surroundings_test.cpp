@@ -137,7 +137,7 @@ TEST_F(SurroundingsTest, NeedsOnlyFewOpenFiles) {
     std::filesystem::copy_file(PathOf("old.xml"), PathOf("base") / name);
   }
   Write("korvelcheck.toml", "[schemas]\npaths = [\"p*.xml\"]\n");
-  const Outcome outcome = Behind(Limited("-n 12"), {"check", "--against", "base"});
+  const Outcome outcome = Behind(Limited("-n 16"), {"check", "--against", "base"});
   EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
   EXPECT_THAT(outcome.out, HasSubstr("0 tables refused, 200 allowed; 200 compared"));
 }

@@ -111,6 +111,11 @@ void TableSettings::AddOthersTo(ArgumentList& arguments) {
 void TableSettings::AddProjectFileTo(ArgumentList& arguments) {
   arguments.AddText("--project", "FILE", project_file,
                     "project file; default: the nearest korvelcheck.toml in this directory or above");
+  AddFollowTo(arguments);
+}
+
+void TableSettings::AddFollowTo(ArgumentList& arguments) {
+  arguments.AddFlag("--follow-symlinks", follows_symlinks, "follow symbolic links to files of the project");
 }
 
 void TableSettings::AddProjectTo(ArgumentList& arguments) {

@@ -12,6 +12,7 @@
 #include "project/project.h"
 #include "report/render/render.h"
 #include "report/render/rule_doc_format.h"
+#include "schema/file_below.h"
 #include "schema/settings.h"
 #include "tool/cli/arguments.h"
 #include "tool/io/output.h"
@@ -37,22 +38,26 @@ struct TableSelection {
   void AddTo(ArgumentList& arguments);
 };
 
-// --created-as; --type, --server-version, --whitelist, --list-num; --project, --no-project
+// --created-as; --type, --server-version, --whitelist, --list-num; --project, --no-project, --follow-symlinks
 struct TableSettings {
   PartialSettings given;
   std::optional<std::string> project_file;
   bool no_project = false;
+  bool follows_symlinks = false;
 
   void AddTo(ArgumentList& arguments);
   void AddCreatedAsTo(ArgumentList& arguments);
   void AddOthersTo(ArgumentList& arguments);
   void AddProjectTo(ArgumentList& arguments);
   void AddProjectFileTo(ArgumentList& arguments);  // without --no-project
+  void AddFollowTo(ArgumentList& arguments);       // a part of the other two
 
   // The named project file, else the nearest one; nullopt if there is none, and with --no-project. Throws InputError.
   std::optional<Project> ReadProject() const;
   // Whether nested project files take part: unless the call names a project file, or none.
   bool SearchesProjects() const { return !no_project && !project_file; }
+  // To files that the call does not name.
+  Links links() const { return follows_symlinks ? Links::kFollow : Links::kRefuse; }
 };
 
 // --max-findings

@@ -51,6 +51,7 @@ CheckRequest RequestOf(const CheckArguments& arguments, const Project* project) 
       .format = arguments.report.format,
       .options = arguments.OptionsFor(project),
       .searches_projects = arguments.settings.SearchesProjects(),
+      .links = arguments.settings.links(),
       .on_files =
           [&](const std::vector<std::string>& files) { RefuseOverlaps(files, arguments.report.output, arguments.report.log); },
       .reports_faults = true};

@@ -74,7 +74,9 @@ struct HistoryArguments {
 
 std::vector<FileVersions> VersionsOf(const HistoryArguments& arguments, const Project* project) {
   const std::vector<std::string>& paths = arguments.inputs.paths;
-  if (arguments.IsInGit()) return VersionsInGit({paths, arguments.from, arguments.tags}, project);
+  if (arguments.IsInGit()) {
+    return VersionsInGit({paths, arguments.from, arguments.tags, arguments.settings.links()}, project);
+  }
   RequireDistinctFiles(paths, arguments.output);
   if (paths.size() < 2) {
     const bool is_committed = paths.front() != "-" && IsInHead(paths.front());

@@ -39,8 +39,9 @@ void RequireTablesInEach(CommandResult& result) {
 }
 
 // Checks the tables of each input with the settings of its own project file.
-void AddTables(const std::vector<std::string>& paths, const CheckOptions& options, ProjectSet& projects, CommandResult& result) {
-  InputProjects input_projects(projects);
+void AddTables(const std::vector<std::string>& paths, const CheckOptions& options, ProjectSet& projects, Links links,
+               CommandResult& result) {
+  InputProjects input_projects(projects, links);
   std::vector<InputProject> nearest;
   std::vector<JudgedFile> judged;
   for (std::size_t i = 0; i < paths.size(); ++i) {
@@ -68,7 +69,7 @@ CommandResult Lint(const LintArguments& arguments, const CheckOptions& options) 
   CommandResult result = LoadReadable("lint", kFiles, arguments.inputs.paths, *arguments.report.format);
   RequireTablesInEach(result);
   const auto projects = std::make_shared<ProjectSet>(options.project, arguments.settings.SearchesProjects());
-  AddTables(result.paths, options, *projects, result);
+  AddTables(result.paths, options, *projects, arguments.settings.links(), result);
   result.projects = projects;
   result.report.max_findings = options.max_findings;
   result.report.fails_on_warnings = arguments.fail_on.Warnings(options.project);

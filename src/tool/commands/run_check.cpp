@@ -18,7 +18,7 @@ namespace {
 CommandResult CheckPair(const CheckRequest& request, ProjectSet& projects) {
   CommandResult result = LoadForReport(request.command, kOldAndNew, request.paths, *request.format);
   const std::string& path = request.paths.back();
-  InputProject nearest = InputProjects(projects).Of(path);
+  InputProject nearest = InputProjects(projects, request.links).Of(path);
   result.inputs.back().path_in_project = std::move(nearest.path_in_project);
   CheckOptions options = request.options;
   options.project = nearest.project;
@@ -55,7 +55,7 @@ class ProjectProgress {
 ProjectResult CheckAgainst(const CheckRequest& request, ProjectSet& projects, const Baseline& baseline, bool is_first) {
   ProjectCheck check;
   check.options = request.options;
-  check.states = OpenStates(baseline, projects);
+  check.states = OpenStates(baseline, projects, request.links);
   check.files = SelectFiles(request.paths, check.states);
   if (is_first) WarnOfRepeated(check.files.repeated);
   if (request.on_files) request.on_files(ShownFiles(check.files, check.states));

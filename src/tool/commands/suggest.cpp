@@ -85,7 +85,7 @@ int Run(const SuggestArguments& arguments) {
   const Input& new_input = inputs.back();
   RequireText(new_input, arguments.whole_file);
   ProjectSet projects(project ? &*project : nullptr, arguments.settings.SearchesProjects());
-  const InputProject nearest = InputProjects(projects).Of(arguments.inputs.paths.back());
+  const InputProject nearest = InputProjects(projects, arguments.settings.links()).Of(arguments.inputs.paths.back());
   const std::vector<TableQuestion> questions = QuestionsOf({inputs.front(), new_input}, arguments, nearest.project);
   const SchemaSuggestion suggestion = Suggest(inputs.front(), new_input, questions);
   // A table that stays refused, often for a reason of its own, does not withhold the suggestions for the others.

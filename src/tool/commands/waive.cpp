@@ -46,6 +46,7 @@ struct WaiveArguments {
     settings.AddTo(arguments);
     arguments.AddText("--project", "FILE", settings.project_file,
                       "project file; default: the nearest korvelcheck.toml in this directory or above, else a new one");
+    settings.AddFollowTo(arguments);
     limit.AddTo(arguments);
     output.AddTo(arguments);
   }
@@ -236,7 +237,8 @@ CommandResult Check(const WaiveArguments& arguments, const std::vector<std::stri
                                          .project = &project,
                                          .max_findings = arguments.limit.max_findings,
                                          .log = log.handle()},
-                             .searches_projects = arguments.settings.SearchesProjects()};
+                             .searches_projects = arguments.settings.SearchesProjects(),
+                             .links = arguments.settings.links()};
   RequireBaseline(request);
   return RunCheck(request);
 }

@@ -89,6 +89,7 @@ CheckRequest RequestOf(const WaiversArguments& arguments, const Project* project
                       .max_findings = arguments.limit.max_findings,
                       .log = log},
           .searches_projects = arguments.settings.SearchesProjects(),
+          .links = arguments.settings.links(),
           .on_files = [&](const std::vector<std::string>& files) { RefuseOverlaps(files, arguments.output); }};
 }
 
