@@ -253,6 +253,7 @@ Histories CheckHistories(const HistoryCheck& check) {
   Histories histories;
   histories.max_findings = check.options.max_findings;
   histories.fails_on_warnings = check.fails_on_warnings;
+  if (check.options.project != nullptr) histories.projects.push_back({check.options.project->file, check.files.size()});
   std::vector<std::string> unknown_tables = check.options.tables;
   HistoryLimit limit(check.options.max_findings);
   Git git;

@@ -194,6 +194,8 @@ class Comparison {
     ProjectResult result;
     Report& report = result.report;
     SettingsChanges settings(states_, options_.given);
+    const ProjectSet& projects = states_.projects->projects();
+    const bool has_projects = projects.size() > 1 || projects.OfCall() != nullptr;
     std::size_t tables = 0;
     for (const FilePair& pair : pairs_) tables += pair.tables.size();
     report.tables.reserve(tables);
@@ -210,8 +212,7 @@ class Comparison {
       }
       std::ranges::move(std::exchange(pair.tables, {}), std::back_inserter(report.tables));
       result.sources.insert(result.sources.end(), {pair.first, pair.second});
-      const bool is_one_of_several = states_.projects->projects().size() > 1;
-      if (is_one_of_several) result.judged.emplace_back(pair.project->position, states_.new_state->Display(pair.Path()));
+      if (has_projects) result.judged.emplace_back(pair.project->position, states_.new_state->Display(pair.Path()));
     }
     AddBaseline(report);
     report.project = FindHiddenFiles(check_.files, states_);

@@ -31,7 +31,7 @@ struct ProjectCheck {
 
 struct ProjectResult {
   Report report;                                       // without a command and project files
-  std::vector<JudgedFile> judged;                      // by each project file; empty if there is only one
+  std::vector<JudgedFile> judged;                      // by each project file; empty without one
   std::vector<std::shared_ptr<const Source>> sources;  // of the report; may hold null
 };
 

@@ -10,6 +10,7 @@
 #include "base/input_error.h"
 #include "base/paths.h"
 #include "base/text.h"
+#include "project/found_project.h"
 #include "project/git_call.h"
 #include "project/git_log.h"
 
@@ -106,6 +107,9 @@ class DiskSeenFrom : public Disk {
   DiskSeenFrom(std::string here, const std::string& top, Links links)
       : Disk(top, "", links), here_(std::move(here)), above_(top) {}
 
+  // Not of a baseline: the call names it.
+  Bytes ReadProject(const std::string& path) override { return ReadFoundProject(above_, path, Display(path), links()); }
+
   std::string Display(const std::string& path) const override { return (above_ / path).lexically_relative(here_).string(); }
 
  private:
@@ -163,8 +167,12 @@ class WorkTree : public DiskSeenFrom {
   }
 
   Bytes Read(const std::string& path) override {
-    const GitFile* const file = DiskSeenFrom::HasFile(path) ? nullptr : FindFile(left_out_, path);
+    const GitFile* const file = FindLeftOut(path);
     return file == nullptr ? DiskSeenFrom::Read(path) : git_.ReadFile(*file, Display(path));
+  }
+
+  Bytes ReadProject(const std::string& path) override {
+    return FindLeftOut(path) == nullptr ? DiskSeenFrom::ReadProject(path) : Read(path);
   }
 
  protected:
@@ -175,6 +183,10 @@ class WorkTree : public DiskSeenFrom {
   }
 
  private:
+  const GitFile* FindLeftOut(const std::string& path) const {
+    return DiskSeenFrom::HasFile(path) ? nullptr : FindFile(left_out_, path);
+  }
+
   Git git_;
   std::vector<GitFile> left_out_;
   std::string top_;

@@ -29,7 +29,9 @@ class FileTree {
   virtual std::vector<std::string> Below(const std::string& directory) const = 0;
   // The bytes of a file. May be called by several threads. Throws InputError with lines that begin with Display(path).
   virtual Bytes Read(const std::string& path) = 0;
-  // The same, or nullopt if the file consists of the bytes `known`; then it need not be read.
+  // The bytes of a project file, which the call does not name: see ReadFoundProject. Throws as Read.
+  virtual Bytes ReadProject(const std::string& path) { return Read(path); }
+  // The same as Read, or nullopt if the file consists of the bytes `known`; then it need not be read.
   virtual std::optional<Bytes> ReadUnless(const std::string& path, std::string_view known);
   // Calls `take` with the displayed name and the bytes of each earlier version of a file, newest first, until it returns true.
   // Whether it did. Only a commit has earlier versions: those on the way of first parents, under the same path. May be called by

@@ -7,15 +7,6 @@
 #include "base/paths.h"
 
 namespace korvel {
-namespace {
-
-// The directory of a path; "" for the top.
-std::string_view DirectoryOf(std::string_view path) {
-  const std::size_t slash = path.rfind('/');
-  return slash == std::string_view::npos ? std::string_view() : path.substr(0, slash);
-}
-
-}  // namespace
 
 bool ProjectSet::HasTableSettings() const {
   return std::ranges::any_of(projects_, [](const Project* one) { return one != nullptr && !one->tables.empty(); });
@@ -64,7 +55,7 @@ const ProjectScope* NearestProjects::Read(const std::string& directory) {
   try {
     std::optional<std::uint32_t> position = projects_.Find(file);
     if (!position) {
-      const std::string text(tree_.Read(path).View());
+      const std::string text(tree_.ReadProject(path).View());
       position = projects_.Add(ParseProject(file, text));
     }
     return &nested_.emplace_back(ProjectScope{projects_[*position], *position, directory});
@@ -85,7 +76,6 @@ std::vector<ReportProject> ListOf(const ProjectSet& projects, std::vector<Judged
     if (is_listed) list.push_back({projects[i]->file, files});
   }
   std::ranges::sort(list.begin() + (projects.OfCall() == nullptr ? 0 : 1), list.end(), {}, &ReportProject::file);
-  if (list.size() < 2) list.clear();
   return list;
 }
 

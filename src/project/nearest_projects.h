@@ -105,8 +105,8 @@ class NearestProjects {
 // Which project file of a set judged which file.
 using JudgedFile = std::pair<std::uint32_t, std::string>;
 
-// The project files of a call with the number of files that each judged; empty unless there are several. A nested project file
-// that judged nothing is not among them. Every file counts once, however often it is listed.
+// The project files of a call with the number of files that each judged. A nested project file that judged nothing is not among
+// them. Every file counts once, however often it is listed.
 std::vector<ReportProject> ListOf(const ProjectSet& projects, std::vector<JudgedFile> judged);
 
 }  // namespace korvel

@@ -1,9 +1,11 @@
-// Finds project files; project_file.cpp reads them. Tested by tests/tool/project_file_test.cpp.
+// Finds project files; project_file.cpp interprets them. Tested by tests/tool/project_file_test.cpp.
 #include "project/project.h"
 
 #include <filesystem>
 #include <system_error>
 
+#include "project/found_project.h"
+#include "project/project_search.h"
 #include "schema/file_bytes.h"
 
 namespace korvel {
@@ -22,13 +24,6 @@ void FillIn(PartialSettings& settings, const PartialSettings& others) {
   FillIn(settings.list_num, others.list_num);
 }
 
-bool IsThere(const std::filesystem::path& path) {
-  std::error_code ignored;
-  return std::filesystem::exists(std::filesystem::symlink_status(path, ignored));
-}
-
-bool IsRepositoryTop(const std::filesystem::path& directory) { return IsThere(directory / ".git"); }
-
 }  // namespace
 
 Project ReadProject(const std::string& path) {
@@ -36,24 +31,22 @@ Project ReadProject(const std::string& path) {
   return ParseProject(path, std::string(bytes.View()));
 }
 
-// A relative path upwards, which can be opened from the working directory.
 std::optional<std::string> FindProjectFile() {
   std::error_code error;
-  std::string up;
-  for (std::filesystem::path directory = std::filesystem::current_path(error); !error; directory = directory.parent_path()) {
-    const std::string path = up + kProjectFileName;
-    // A dangling link counts: opening it is an error, and ignoring it would ignore the project's settings.
-    if (IsThere(path)) return path;
-    if (IsRepositoryTop(directory) || directory == directory.parent_path()) break;
-    up += "../";
+  const std::filesystem::path here = std::filesystem::current_path(error);
+  if (error) return std::nullopt;
+  const std::optional<FoundProjectFile> found = SearchProjectFile(here, InspectOnDisk);
+  if (!found) return std::nullopt;
+  if (found->is_on_other_file_system) {
+    RefuseFile(found->path, std::string("is on another file system than the working directory; allowed: ") + kAllowedProjects);
   }
-  return std::nullopt;
+  return found->path;
 }
 
 std::string RepositoryTop() {
   std::error_code error;
   for (std::filesystem::path directory = std::filesystem::current_path(error); !error; directory = directory.parent_path()) {
-    if (IsRepositoryTop(directory)) return directory;
+    if (InspectOnDisk(directory).is_repository_top) return directory;
     if (directory == directory.parent_path()) break;
   }
   return "";

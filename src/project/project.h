@@ -60,14 +60,16 @@ struct Project {
   std::vector<WaiverEntry> waivers;
 };
 
-// Reads a project file. Throws InputError with all of its errors, one line each: "file:line:column: error: what; allowed".
+// Reads the project file that the call names. Throws InputError with all of its errors, one line each: "file:line:column: error:
+// what; allowed".
 Project ReadProject(const std::string& path);
 
 // The same of a text.
 Project ParseProject(const std::string& file, const std::string& text);
 
 // The path of the project file in the working directory or the nearest one above it, up to the top of its repository,
-// or nullopt.
+// or nullopt. Throws InputError if it is on another file system than the working directory: such a file is not used unless it is
+// named, and ignoring it could turn refused into allowed. See ReadFoundProject.
 std::optional<std::string> FindProjectFile();
 
 // The top of the repository that the working directory is in: the nearest directory with .git. "" outside of repositories.

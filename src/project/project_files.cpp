@@ -141,8 +141,7 @@ std::string Missing(const ProjectStates& states, const std::string& given, const
     const std::string lacks = has_patterns ? "matches 'paths' of the project file" : "has the suffix .xml or .qmb";
     return ToolMessage(begin + "no file in it " + lacks);
   }
-  const std::string directory = path.substr(0, path.rfind('/') == std::string::npos ? 0 : path.rfind('/'));
-  std::vector<std::string> files = states.new_state->Below(directory);
+  std::vector<std::string> files = states.new_state->Below(std::string(DirectoryOf(path)));
   std::vector<std::string_view> near(files.begin(), files.end());
   return ToolMessage(begin + "no schema file in either state" + DidYouMean(path, near));
 }
@@ -237,8 +236,7 @@ std::string RepositoryOf(const ProjectStates& states, const std::string& path) {
   std::error_code ignored;
   for (std::string directory = path; !directory.empty();) {
     if (fs::exists(fs::path(states.top) / directory / ".git", ignored)) return directory;
-    const std::size_t slash = directory.rfind('/');
-    directory.resize(slash == std::string::npos ? 0 : slash);
+    directory.resize(DirectoryOf(directory).size());
   }
   return "";
 }

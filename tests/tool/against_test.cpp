@@ -211,6 +211,7 @@ TEST_F(AgainstTest, AllowNewAcceptsOnlyNewTables) {
   Write("new.xml", Schema("new"));
   ExpectOutcome(Against({"new.xml", "--allow-new"}), 0,
                 "verdict: nothing-compared (all tables are new)\n"
+                "project file: korvelcheck.toml (1 file)\n"
                 "added: new.xml (nothing to compare it with)\n"
                 "new.xml:2:1: new: table new (not compared)\n"
                 "0 tables refused, 0 allowed; 0 compared, 1 new, 0 removed; files: 1 added, 0 deleted, 0 moved\n",

@@ -66,6 +66,7 @@ TEST_F(FaultTest, TextReportListsFaultsFirst) {
   EXPECT_THAT(outcome.err, HasSubstr("schemas/orders.xml:3:3: error: "));
   EXPECT_THAT(outcome.out,
               testing::StartsWith("verdict: incomplete (1 file was not checked)\n"
+                                  "project file: korvelcheck.toml (3 files)\n"
                                   "schemas/orders.xml:3:3: error [schema.syntax] the end tag does not match its start tag\n"
                                   "  allowed: the end tag of the innermost open element\n"
                                   "schemas/deep/items.xml:2:1: allowed: table items\n"
@@ -79,7 +80,8 @@ TEST_F(FaultTest, SarifSaysThatTheRunFailed) {
   const Json& invocation = run["invocations"][0];
   EXPECT_EQ(invocation["executionSuccessful"], false);
   EXPECT_EQ(invocation["exitCode"], 2);
-  ASSERT_EQ(invocation["toolExecutionNotifications"].size(), 1u);
+  ASSERT_EQ(invocation["toolExecutionNotifications"].size(), 2u);
+  EXPECT_EQ(invocation["toolExecutionNotifications"][1]["message"]["text"], "project file: korvelcheck.toml (3 files)");
   EXPECT_EQ(invocation["toolExecutionNotifications"][0]["level"], "error");
   ASSERT_EQ(run["results"].size(), 2u);
   const Json& fault = run["results"][0];

@@ -465,8 +465,8 @@ TEST_F(NestedProjectTest, MovedFileBelongsToItsNewProject) {
 // --- Reports ---
 
 TEST_F(NestedProjectTest, ReportsListTheProjectFiles) {
-  EXPECT_THAT(Against({"svc"}).out, Not(HasSubstr("project file:")));
-  EXPECT_FALSE(ReportOf({"check", "--against", "git:HEAD", "svc"}).contains("project_files"));
+  EXPECT_THAT(Against({"svc"}).out, HasSubstr("\nproject file: svc/a/korvelcheck.toml (1 file)\nsvc/"));
+  EXPECT_FALSE(ReportOf({"check", "--against", "git:HEAD", "svc", "--no-project"}).contains("project_files"));
   Write("korvelcheck.toml", kAll);
   Write("t.xml", WithBlob("t", kSmall));
   Commit("second");

@@ -153,7 +153,13 @@ TEST_F(ProjectFileTest, ReportsAllFaultsInTheOrderOfTheFile) {
 // Regression: the link was ignored, and the file in a parent directory was used, or none.
 TEST_F(ProjectFileTest, DanglingLinkIsAnError) {
   std::filesystem::create_symlink("nowhere", PathOf("korvelcheck.toml"));
-  ExpectInputError(Check(), "korvelcheck: korvelcheck.toml: No such file or directory\n");
+  ExpectInputError(Check(),
+                   "korvelcheck: korvelcheck.toml: is a symbolic link; allowed: a file, or any link with "
+                   "--follow-symlinks\n");
+  ExpectInputError(Check({"--follow-symlinks"}), "korvelcheck: korvelcheck.toml: No such file or directory\n");
+  Write("nowhere", kList);
+  EXPECT_THAT(Check({"--follow-symlinks"}).out, HasSubstr("\"list_num\": 77"));
+  EXPECT_THAT(Check({"--project", "korvelcheck.toml"}).out, HasSubstr("\"list_num\": 77"));
 }
 
 TEST_F(ProjectFileTest, LocatesSyntaxErrors) {

@@ -90,7 +90,8 @@ Call Redirected(const std::vector<std::string>& arguments, const std::string& re
 
 // A file opened next would get the number of the closed stream, and error messages would go there.
 TEST_F(StreamsTest, ClosedStreamsHarmNoFile) {
-  ExpectOutcome(Korvelcheck(Redirected({"check", "old.xml", "wide.xml", "-o", "report"}, "<&- >&- 2>&-")), 1, "", "");
+  ExpectOutcome(Korvelcheck(Redirected({"check", "old.xml", "wide.xml", "--no-project", "-o", "report"}, "<&- >&- 2>&-")), 1, "",
+                "");
   EXPECT_EQ(Verdicts(Read("report")), kWideFinding);
   const std::string before = Read("old.xml");
   ExpectOutcome(Korvelcheck(Redirected({"check", "old.xml", "none.xml", "--log", "log"}, "<&- >&- 2>&-")), 2, "", "");

@@ -3,6 +3,7 @@
 
 #include "base/text.h"
 #include "report/render/render.h"
+#include "report/result/notes.h"
 #include "report/result/summary.h"
 #include "report/result/words.h"
 #include "rule_docs/advice.h"
@@ -156,6 +157,7 @@ std::string FilesText(const Histories& histories) {
 
 std::string RenderHistoryText(const Histories& histories, bool color) {
   std::string text = "verdict: " + ColoredVerdict(VerdictOf(histories), color) + RemarkOn(histories) + "\n";
+  for (const std::string& project : ProjectsOf(histories.projects)) text += project + "\n";
   for (const InputFault& fault : histories.faults) text += FaultText(fault);
   for (const History& history : histories.files) text += HistoryText(history, color).Text();
   for (const ProjectFinding& finding : histories.project) text += ProjectFindingText(finding);

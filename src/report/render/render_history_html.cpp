@@ -7,6 +7,7 @@
 #include "report/render/html_text.h"
 #include "report/render/json_stream.h"
 #include "report/render/render.h"
+#include "report/result/notes.h"
 #include "report/result/words.h"
 #include "rule_docs/advice.h"
 
@@ -164,13 +165,20 @@ class FileSection {
   std::string html_;
 };
 
+std::string ProjectLines(const Histories& histories) {
+  std::string html;
+  for (const std::string& line : ProjectsOf(histories.projects)) html += "<p class=\"note\">" + Html(line) + "</p>\n";
+  return html;
+}
+
 }  // namespace
 
 std::string RenderHistoryHtml(const Histories& histories) {
   const std::string verdict = WordOf(VerdictOf(histories));
   std::string html = HtmlHead(kHistoryScript, verdict + " \u2013 history") + "<body>\n<header>\n<p class=\"verdict " +
                      TextOf(VerdictStyle(VerdictOf(histories))).name + "\">verdict: " + verdict + RemarkOn(histories) +
-                     "</p>\n<h1>history</h1>\n</header>\n" + "<main id=\"main\" tabindex=\"-1\">\n";
+                     "</p>\n<h1>history</h1>\n" + ProjectLines(histories) + "</header>\n" +
+                     "<main id=\"main\" tabindex=\"-1\">\n";
   for (std::size_t i = 0; i < histories.files.size(); ++i) html += FileSection(histories.files[i], i + 1).Text();
   std::vector<std::string> faults;
   for (const InputFault& fault : histories.faults) faults.push_back(fault.message);

@@ -147,6 +147,11 @@ void WriteHistoryJson(const Histories& histories, const TextSink& sink) {
   json.Begin('{');
   json.AddMembers(HeaderToJson(kHistoryJsonVersion, "history"));
   json.Add("verdict", WordOf(VerdictOf(histories)));
+  if (!histories.projects.empty()) {
+    json.Begin("project_files", '[');
+    for (const ReportProject& project : histories.projects) json.Add(ToJson(project));
+    json.End();
+  }
   json.Begin("files", '[');
   for (const History& history : histories.files) HistoryJson(history, json).Write();
   json.End();

@@ -201,6 +201,7 @@ Report ReportOf(const Histories& histories) {
   Report report;
   report.command = "history";
   report.project = histories.project;
+  report.projects = histories.projects;
   report.faults = histories.Faults();
   report.max_findings = histories.max_findings;
   report.fails_on_warnings = histories.fails_on_warnings;

@@ -135,6 +135,7 @@ struct Histories {
   std::vector<History> files;
   std::vector<InputFault> faults = {};  // why the whole call failed; then there are no files
   std::vector<ProjectFinding> project;  // what is wrong with waivers
+  std::vector<ReportProject> projects;  // the project file of the call, if it has one
   std::size_t max_findings = kMaxFindings;
   bool fails_on_warnings = false;
 

@@ -76,7 +76,7 @@ struct Report {
   std::optional<std::string> path_prefix;   // see ServicePaths
   std::size_t max_findings = kMaxFindings;  // findings that are listed; see FoldedReport
   bool fails_on_warnings = false;           // whether a warning that is not waived fails its table
-  std::vector<ReportProject> projects;      // empty unless several project files took part; the one of the call is first
+  std::vector<ReportProject> projects;      // that took part; the one of the call is first
 };
 
 }  // namespace korvel

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/limits.h"
+#include "project/found_project.h"
 #include "schema/setting_values.h"
 #include "tool/io/output.h"
 
@@ -125,9 +126,10 @@ void TableSettings::AddProjectTo(ArgumentList& arguments) {
 
 std::optional<Project> TableSettings::ReadProject() const {
   if (no_project) return std::nullopt;
-  const std::optional<std::string> path = project_file ? project_file : FindProjectFile();
+  if (project_file) return korvel::ReadProject(*project_file);
+  const std::optional<std::string> path = FindProjectFile();
   if (!path) return std::nullopt;
-  return korvel::ReadProject(*path);
+  return ParseProject(*path, std::string(ReadFoundProject("", *path, *path, links()).View()));
 }
 
 void FindingLimit::AddTo(ArgumentList& arguments) {

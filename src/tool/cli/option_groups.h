@@ -52,7 +52,7 @@ struct TableSettings {
   void AddProjectFileTo(ArgumentList& arguments);  // without --no-project
   void AddFollowTo(ArgumentList& arguments);       // a part of the other two
 
-  // The named project file, else the nearest one; nullopt if there is none, and with --no-project. Throws InputError.
+  // The named project file, else the nearest one. Nullopt without one, and with --no-project. Throws InputError.
   std::optional<Project> ReadProject() const;
   // Whether nested project files take part: unless the call names a project file, or none.
   bool SearchesProjects() const { return !no_project && !project_file; }

@@ -90,6 +90,7 @@ int RunReport(const ReportOptions& options, const std::vector<std::string>& inpu
 int RunPairReport(const PairArguments& arguments, const PairCommand& command) {
   return RunReport(arguments.report, arguments.inputs.paths, [&](LPVESKCATEGORYINST log) {
     CommandResult result = LoadForReport(command.name, command.roles, arguments.inputs.paths, *arguments.report.format);
+    if (command.project != nullptr) result.report.projects.push_back({command.project->file, 1});
     const Pair pair = PairOf(result.report);
     const std::vector<std::string> tables = command.select(pair, arguments.selection.tables);
     CheckEachTable(result.report, tables, arguments.report.log.is_open,

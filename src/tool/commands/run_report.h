@@ -62,6 +62,7 @@ struct PairCommand {
   std::function<std::vector<std::string>(const Pair& pair, const std::vector<std::string>& requested)> select;
   // Checks one of them. May be called by several threads.
   std::function<TableResult(const Pair& pair, const std::string& table, LPVESKCATEGORYINST log)> check;
+  const Project* project = nullptr;  // whose settings it uses
 };
 
 // Runs it. Returns and throws as RunReport.

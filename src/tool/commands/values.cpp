@@ -37,7 +37,7 @@ int Run(const ValuesArguments& arguments) {
   const auto check = [&](const Pair& pair, const std::string& table, LPVESKCATEGORYINST log) {
     return CheckValues(pair, table, GivenFor(arguments.settings.given, project ? &*project : nullptr, table), log);
   };
-  return RunPairReport(arguments, {"values", kSourceAndDestination, SelectFromBoth, check});
+  return RunPairReport(arguments, {"values", kSourceAndDestination, SelectFromBoth, check, project ? &*project : nullptr});
 }
 
 }  // namespace

@@ -11,9 +11,9 @@
 #include "base/did_you_mean.h"
 #include "base/input_error.h"
 #include "base/text.h"
+#include "project/found_project.h"
 #include "project/waiver_entry.h"
 #include "project/waivers.h"
-#include "schema/file_bytes.h"
 #include "tool/cli/command.h"
 #include "tool/commands/run_check.h"
 #include "tool/io/directory_lock.h"
@@ -81,10 +81,8 @@ WaiveWords Split(const std::vector<std::string>& words) {
 
 // --- The project file ---
 
-std::string TextOf(const std::string& path) {
-  std::error_code ignored;
-  if (!std::filesystem::exists(path, ignored)) return "";
-  return std::string(ReadAll(OpenInput(path)).View());
+std::string TextOf(const std::string& path, const TableSettings& settings) {
+  return TextOfProject(path, settings.project_file.has_value(), settings.links());
 }
 
 // Appends the waivers to the text, with the line ends of the text.
@@ -250,8 +248,8 @@ std::optional<std::string> WaiveIn(const std::string& path, const std::string& o
   RefuseOverlaps({path}, arguments.output);
   const DirectoryLock lock(path);  // so that no waiver of another call is lost
   if (lock.error() != 0) Refuse("cannot lock " + OneLine(lock.directory().string()) + ": " + std::strerror(lock.error()));
-  const std::string text = TextOf(path);
-  const Project project = ParseProject(of_call, path == of_call ? text : TextOf(of_call));
+  const std::string text = TextOf(path, arguments.settings);
+  const Project project = ParseProject(of_call, path == of_call ? text : TextOf(of_call, arguments.settings));
   CommandResult result = Check(arguments, words.files, project);
   const ProjectSet& projects = *result.projects;
   const std::size_t owner = OwnerOf(words.fingerprints, projects, result.report);
@@ -260,7 +258,8 @@ std::optional<std::string> WaiveIn(const std::string& path, const std::string& o
   const std::vector<WaiverEntry> entries = EntriesFor(arguments, words.fingerprints, changed, owner, result.report);
   const std::string longer = WithWaivers(text, entries);
   RequireWaivers(path, longer, changed.waivers.size(), entries.size());
-  if (TextOf(path) != text) Refuse(OneLine(path) + " was modified in the meantime; nothing was written; run the command again");
+  if (TextOf(path, arguments.settings) != text)
+    Refuse(OneLine(path) + " was modified in the meantime; nothing was written; run the command again");
   WriteFile(path, AsProducer(longer));
   std::string done;
   for (const std::string& fingerprint : words.fingerprints) {
