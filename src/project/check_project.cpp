@@ -209,13 +209,14 @@ class Comparison {
       if (pair.second != nullptr && pair.new_path != nullptr) report.inputs.push_back({"new", pair.second.get()});
       if (pair.old_path != nullptr && pair.new_path != nullptr) {
         for (const TableResult& table : pair.tables) settings.Add(*pair.old_path, *pair.new_path, table.table);
+        if (auto moved = FindMovedOut(*pair.old_path, *pair.new_path, check_.files, states_)) report.project.push_back(*moved);
       }
       std::ranges::move(std::exchange(pair.tables, {}), std::back_inserter(report.tables));
       result.sources.insert(result.sources.end(), {pair.first, pair.second});
       if (has_projects) result.judged.emplace_back(pair.project->position, states_.new_state->Display(pair.Path()));
     }
     AddBaseline(report);
-    report.project = FindHiddenFiles(check_.files, states_);
+    std::ranges::move(FindHiddenFiles(check_.files, states_), std::back_inserter(report.project));
     std::ranges::move(settings.Findings(), std::back_inserter(report.project));
     const bool is_compared =
         std::ranges::any_of(report.tables, [](const TableResult& one) { return one.status != Status::kNew; });

@@ -10,6 +10,7 @@
 
 #include "analysis/findings/finding.h"
 #include "base/text.h"
+#include "project/file_selection.h"
 #include "project/project_path.h"
 #include "report/result/words.h"
 #include "rule_docs/project_rules.h"
@@ -72,6 +73,23 @@ std::vector<ProjectFinding> FindHiddenFiles(const ProjectFiles& files, const Pro
   }
   for (const ProjectFault& fault : files.old_faults) findings.push_back(FindingOf(fault, states));
   return findings;
+}
+
+std::optional<ProjectFinding> FindMovedOut(const std::string& old_path, const std::string& new_path, const ProjectFiles& files,
+                                           const ProjectStates& states) {
+  // A single file that is given by name is meant as it is.
+  const bool is_given = files.given.contains(old_path) || !std::ranges::binary_search(files.added_elsewhere, new_path);
+  const Patterns patterns(states.projects->Of(new_path));
+  if (is_given || (!patterns.IsEmpty() && patterns.MatchAny(new_path))) return std::nullopt;
+  const std::string file = states.new_state->Display(new_path);
+  ProjectFinding finding{.rule = kNoLongerCheckedRule.row.id,
+                         .file = file,
+                         .position = {1, 1},
+                         .text = file + " is no longer checked after this call: it was moved from " +
+                                 states.old_state->Display(old_path) + ", and the given paths do not select it",
+                         .suggestion = "give its new path, too, or select it in 'paths' of a project file"};
+  SetFiles({new_path}, "", states, finding);
+  return finding;
 }
 
 std::string PlaceOf(const ProjectFinding& finding) {

@@ -1,6 +1,7 @@
 // What a change of project files may hide, as findings of a report.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,6 +14,11 @@ namespace korvel {
 // Schema files that are no longer checked: one finding for all files that the same key leaves out and the same pattern selected
 // before. Then the project files of the old state that cannot be read.
 std::vector<ProjectFinding> FindHiddenFiles(const ProjectFiles& files, const ProjectStates& states);
+
+// A file that was moved to where neither the given paths nor the patterns of a project file select it, so that no later call with
+// these paths checks it; nullopt for other files. The paths are from the top.
+std::optional<ProjectFinding> FindMovedOut(const std::string& old_path, const std::string& new_path, const ProjectFiles& files,
+                                           const ProjectStates& states);
 
 // The nearest directory that contains all of the files of a finding, or its only file: what a waiver names. "." is the directory
 // of the project file.

@@ -26,12 +26,27 @@ std::string TextIn(FileTree& old_state, FileTree& new_state, const std::string& 
   return std::string(other ? other->View() : present->View());
 }
 
+// The path of the project file of the call in the old state, or "". One further up counts only if it is gone: otherwise the call
+// has a project file of its own now, and the other one still selects the other files.
+std::string PathOfCall(const FileTree& old_state, const FileTree& new_state, const ProjectScope& of_call, bool is_searched) {
+  if (of_call.project == nullptr) return "";
+  const std::string path = PrefixOf(of_call.directory) + FileNameOf(of_call.project->file);
+  if (old_state.HasName(path) || !is_searched) return old_state.HasName(path) ? path : "";
+  for (std::string directory = of_call.directory; !directory.empty();) {
+    directory.resize(DirectoryOf(directory).size());
+    const std::string above = PrefixOf(directory) + kProjectFileName;
+    if (old_state.HasName(above)) return new_state.HasName(above) ? "" : above;
+  }
+  return "";
+}
+
 }  // namespace
 
 OldProjects::OldProjects(FileTree& old_state, FileTree& new_state, const ProjectScope& of_call, bool is_searched)
-    : of_call_(ReadOfCall(old_state, new_state, of_call)),
+    : path_of_call_(PathOfCall(old_state, new_state, of_call, is_searched)),
+      of_call_(ReadOfCall(old_state, new_state, path_of_call_)),
       set_(of_call_ ? &*of_call_ : nullptr, is_searched),
-      nearest_(old_state, set_, of_call.directory) {}
+      nearest_(old_state, set_, path_of_call_.empty() ? of_call.directory : std::string(DirectoryOf(path_of_call_))) {}
 
 std::vector<ProjectFault> OldProjects::Faults() const {
   std::vector<ProjectFault> faults = faults_;
@@ -42,11 +57,8 @@ std::vector<ProjectFault> OldProjects::Faults() const {
   return faults;
 }
 
-std::optional<Project> OldProjects::ReadOfCall(FileTree& old_state, FileTree& new_state, const ProjectScope& of_call) {
-  if (of_call.project == nullptr) return std::nullopt;
-  const std::string& file = of_call.project->file;
-  const std::string path = PrefixOf(of_call.directory) + file.substr(file.rfind('/') + 1);
-  if (!old_state.HasName(path)) return std::nullopt;
+std::optional<Project> OldProjects::ReadOfCall(FileTree& old_state, FileTree& new_state, const std::string& path) {
+  if (path.empty()) return std::nullopt;
   try {
     return ParseProject(old_state.Display(path), TextIn(old_state, new_state, path));
   } catch (const InputError& error) {

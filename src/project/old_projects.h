@@ -12,7 +12,7 @@
 namespace korvel {
 
 // Which project file of the old state applied to a schema file there. The project file of the call is looked for at its path in
-// the new state; if the old state has none there, the nearest ones are used alone.
+// the new state, and then above it, for it may have been moved down. If the old state has none, the nearest ones are used alone.
 class OldProjects {
  public:
   // `of_call` is the scope in the new state. The old tree must outlive this.
@@ -26,9 +26,10 @@ class OldProjects {
   std::vector<ProjectFault> Faults() const;
 
  private:
-  std::optional<Project> ReadOfCall(FileTree& old_state, FileTree& new_state, const ProjectScope& of_call);
+  std::optional<Project> ReadOfCall(FileTree& old_state, FileTree& new_state, const std::string& path);
 
   std::vector<ProjectFault> faults_;  // of the call's project file. Before `of_call_`, which fills it
+  std::string path_of_call_;          // "" if the old state has none
   std::optional<Project> of_call_;
   ProjectSet set_;
   NearestProjects nearest_;

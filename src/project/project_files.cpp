@@ -33,6 +33,13 @@ std::string NoMatch(const Project& project, const ProjectText& pattern, bool is_
                  "; allowed: patterns that match a file of either state");
 }
 
+// Whether a directory is, or contains, another one; through links as well.
+bool Contains(const fs::path& directory, const fs::path& other) {
+  std::error_code error;
+  const fs::path below = fs::relative(other, directory, error);
+  return !error && !LeadsOut(below);
+}
+
 // Whether the condition holds for any of the files below a directory.
 bool AnyBelow(const std::set<std::string>& files, const std::string& directory, auto condition) {
   const std::string prefix = PrefixOf(directory);
@@ -183,6 +190,7 @@ ProjectFiles FilesOfPaths(const std::vector<std::string>& paths, const ProjectSt
   RequireFiles(empty, states, files);
   files.removed_elsewhere = RemovedElsewhere(files, states);
   files.added_elsewhere = AddedElsewhere(files, states);
+  files.given = std::move(seen);
   return files;
 }
 
@@ -204,8 +212,9 @@ ProjectStates OpenStates(const Baseline& baseline, ProjectSet& projects, Links l
       throw InputError{{ToolMessage(OneLine(name) + ": " + reason + "; allowed: " + kAllowedBaselines)}};
     }
     states.top = AbsolutePath(project == nullptr ? "" : project->directory);
-    if (fs::equivalent(name, states.top, error)) {
-      throw InputError{{ToolMessage(OneLine(name) + ": is the directory that is checked; allowed: an earlier state of it")}};
+    if (Contains(name, states.top)) {
+      throw InputError{
+          {ToolMessage(OneLine(name) + ": is the directory that is checked, or contains it; allowed: an earlier state of it")}};
     }
     states.old_state = DiskTree(name, name, links);
     states.new_state = DiskTreeSeenFrom(AbsolutePath(""), states.top, links);

@@ -52,6 +52,7 @@ struct ProjectFiles {
   std::vector<std::string> removed_elsewhere;
   // Files of the new state that no path selects and that the old state lacks: a selected file may have been moved there.
   std::vector<std::string> added_elsewhere;
+  std::set<std::string> given;  // the given paths
   // Schema files that the project files of the old state select there and the present ones do not, although they still exist.
   std::vector<DroppedFile> dropped;
   // Project files of the old state that cannot be read: nobody knows which files they selected.

@@ -5,6 +5,7 @@
 #include <optional>
 #include <span>
 #include <tuple>
+#include <utility>
 
 #include "base/paths.h"
 #include "base/text.h"
@@ -40,6 +41,22 @@ std::string ChangeOf(const PartialSettings& before, const PartialSettings& after
   return change;
 }
 
+std::string ListOf(const std::vector<ProjectText>& texts) {
+  std::string list;
+  for (const ProjectText& text : texts) AppendPart(list, " ", text.text);
+  return list.empty() ? "none" : list;
+}
+
+// How a call compares other states, or fails less often, than the project file said before; "" if it does not.
+std::string ChangeOfCall(const Project& before, const Project& after) {
+  std::string change;
+  const std::string was = ListOf(before.against);
+  const std::string is = ListOf(after.against);
+  if (!before.against.empty() && was != is) change = "against: " + was + " -> " + is;
+  if (before.fails_on_warnings && !after.fails_on_warnings) AppendPart(change, ", ", "fail-on: warning -> refused");
+  return change;
+}
+
 }  // namespace
 
 void SettingsChanges::Add(const std::string& old_path, const std::string& new_path, const std::string& table) {
@@ -56,7 +73,7 @@ void SettingsChanges::Add(const std::string& old_path, const std::string& new_pa
 }
 
 std::vector<ProjectFinding> SettingsChanges::Findings() const {
-  std::vector<ProjectFinding> findings;
+  std::vector<ProjectFinding> findings = OfCall();
   for (const auto& [key, files] : files_) {
     const std::vector<std::string> paths(files.begin(), files.end());
     const std::string list = ListOfFiles(paths, states_);
@@ -71,6 +88,22 @@ std::vector<ProjectFinding> SettingsChanges::Findings() const {
     SetFiles(paths, key.change, states_, finding);
   }
   return findings;
+}
+
+std::vector<ProjectFinding> SettingsChanges::OfCall() const {
+  const ProjectScope& scope = states_.projects->OfCall();
+  const Project* const before = states_.old_projects->nearest().OfCall().project;
+  if (scope.project == nullptr || before == nullptr) return {};
+  const std::string change = ChangeOfCall(*before, *scope.project);
+  if (change.empty()) return {};
+  ProjectFinding finding{.rule = kSettingsChangedRule.row.id,
+                         .file = scope.project->file,
+                         .position = {1, 1},
+                         .text = "calls have different settings than in " + states_.baseline.name + ": " + change,
+                         .suggestion = "unless this is intended, restore the settings",
+                         .level = ProjectFinding::Level::kWarning};
+  SetFiles({PrefixOf(scope.directory) + FileNameOf(scope.project->file)}, change, states_, finding);
+  return {std::move(finding)};
 }
 
 bool SettingsChanges::HaveSameSettings(const Project* old_project, const Project* new_project) {

@@ -1,4 +1,4 @@
-// Schema files that project files give other settings than before.
+// Schema files that project files give different settings than before, and calls that they make compare or fail differently.
 #pragma once
 
 #include <cstdint>
@@ -26,7 +26,7 @@ class SettingsChanges {
   // A table that was compared, with the paths of its file from the top.
   void Add(const std::string& old_path, const std::string& new_path, const std::string& table);
 
-  // One finding for all files of a project file with the same change.
+  // One finding about the settings of calls; then one for all files of a project file with the same change.
   std::vector<ProjectFinding> Findings() const;
 
  private:
@@ -40,6 +40,7 @@ class SettingsChanges {
     }
   };
 
+  std::vector<ProjectFinding> OfCall() const;
   bool HaveSameSettings(const Project* old_project, const Project* new_project);
 
   const ProjectStates& states_;

@@ -26,7 +26,7 @@ inline constexpr ProjectRule kNoLongerCheckedRule{
 inline constexpr ProjectRule kUnreadableProjectRule{
     {"project.unreadable", 0, "", "a project file of the baseline cannot be read"}, "error", true};
 inline constexpr ProjectRule kSettingsChangedRule{
-    {"project.settings-changed", 0, "", "the project file gives a schema file other settings than before"}, "warning", true};
+    {"project.settings-changed", 0, "", "a project file has different settings than before"}, "warning", true};
 inline constexpr ProjectRule kWaiverExpiredRule{{"waiver.expired", 0, "", "a waiver in the project file has expired"}, "error"};
 inline constexpr ProjectRule kWaiverMalformedRule{{"waiver.malformed", 0, "", "a waiver in the project file is invalid"},
                                                   "error"};

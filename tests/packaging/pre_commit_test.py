@@ -79,6 +79,19 @@ class Hooks(Repository):
         self.assertEqual(done.returncode, 1, done.stdout)
         self.assertIn(REFUSAL, done.stdout)
 
+    def test_from_ref_does_not_replace_the_baselines_of_the_project(self):
+        # Regression: what differs from the released schema passed if the branch did not change it.
+        self.git("tag", "v1")
+        self.write('[schemas]\npaths = ["schemas/*.xml"]\nagainst = "git-tag:v*"\n', "korvelcheck.toml")
+        self.commit(WIDE_KEY)
+        base = self.git("rev-parse", "HEAD")
+        self.write("text\n", "notes.txt")
+        self.git("add", "--all")
+        self.git("commit", "--quiet", "-m", "notes")
+        done = self.committed("korvelcheck-project", "--from-ref", base, "--to-ref", "HEAD")
+        self.assertEqual(done.returncode, 1, done.stdout)
+        self.assertIn(REFUSAL, done.stdout)
+
     def test_a_branch_that_is_not_checked_out_is_not_checked(self):
         # Regression: the files of the branch that was checked out were checked instead.
         self.git("checkout", "--quiet", "-b", "feature")

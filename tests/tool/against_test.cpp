@@ -391,8 +391,9 @@ TEST_F(AgainstTest, AcceptsDirectoryAsEarlierState) {
   std::filesystem::remove(PathOf("schemas/users.xml"));
   EXPECT_THAT(Tables(Run({"check", "--against", "../before", "--format", "json"}, "schemas")),
               testing::Contains("../before/schemas/users.xml: users refused removed"));
-  const std::string is_top = ": is the directory that is checked; allowed: an earlier state of it\n";
+  const std::string is_top = ": is the directory that is checked, or contains it; allowed: an earlier state of it\n";
   ExpectInputError(Run({"check", "--against", "."}), "korvelcheck: ." + is_top);
+  ExpectInputError(Run({"check", "--no-project", "--against", "..", "orders.xml"}, "schemas"), "korvelcheck: .." + is_top);
   std::filesystem::create_directory_symlink(".", PathOf("link"));
   ExpectInputError(Run({"check", "--against", "link"}), "korvelcheck: link" + is_top);
   std::filesystem::remove(PathOf("link"));

@@ -45,6 +45,44 @@ TEST_F(DroppedFilesTest, PathsOfMovedDirectoryAreCompared) {
   }
 }
 
+// Regression: a file that left the given paths was compared once, and never again.
+TEST_F(DroppedFilesTest, FileMovedOutOfTheGivenPathsIsReported) {
+  std::filesystem::remove(PathOf("korvelcheck.toml"));
+  Commit("no project file");
+  fs::create_directory(PathOf("other"));
+  fs::rename(PathOf("schemas/users.xml"), PathOf("other/users.xml"));
+  const json report = ReportOf({"schemas"});
+  EXPECT_EQ(AllowNew({"schemas"}).exit_code, 2);
+  ASSERT_EQ(report["project"].size(), 1) << report;
+  EXPECT_EQ(report["project"][0]["rule"], "project.no-longer-checked");
+  EXPECT_EQ(
+      report["project"][0]["text"],
+      "other/users.xml is no longer checked after this call: it was moved from git:HEAD:schemas/users.xml, and the given paths "
+      "do not select it");
+  for (const Paths& paths : {Paths{"schemas", "other"}, {"."}, {"schemas/users.xml"}, {"other"}}) {
+    SCOPED_TRACE(testing::PrintToString(paths));
+    EXPECT_EQ(AllowNew(paths).exit_code, 0);
+  }
+  SelectOnly("paths = [\"*/**/*.xml\"]");
+  EXPECT_EQ(AllowNew({"schemas"}).exit_code, 0);
+}
+
+// Regression: the project file further up had selected files that nobody checked afterwards.
+TEST_F(DroppedFilesTest, ProjectFileMayMoveDown) {
+  fs::create_directory(PathOf("other"));
+  Write("other/extra.xml", Schema("extra"));
+  SelectOnly("paths = [\"**/*.xml\"]");
+  Commit("all files");
+  fs::rename(PathOf("korvelcheck.toml"), PathOf("schemas/korvelcheck.toml"));
+  Write("other/extra.xml", Schema("extra", "uint32"));
+  const Outcome outcome = Run({"check", "--against", "git:HEAD", "--format", "json"}, "schemas");
+  EXPECT_EQ(outcome.exit_code, 2);
+  EXPECT_THAT(outcome.out, HasSubstr("../other/extra.xml is no longer checked: "));
+  // The project file above still selects the other files.
+  Write("korvelcheck.toml", "[schemas]\npaths = [\"**/*.xml\"]\n");
+  EXPECT_EQ(Run({"check", "--against", "git:HEAD"}, "schemas").exit_code, 0);
+}
+
 // Regression: the file was new, although the call names the directory in which it was, too.
 TEST_F(DroppedFilesTest, PathOfSubdirectoryThatMovedIsCompared) {
   SelectOnly("paths = [\"schemas/*.xml\", \"schemas/deep/*.xml\"]");
@@ -220,6 +258,22 @@ TEST_F(WaivedDropTest, WaiveWritesTheWaiver) {
   EXPECT_THAT(Against({"--format", "html"}).out, HasSubstr("waived until 2027-01-31: an end"));
   EXPECT_THAT(Run({"waivers", "--against", "git:HEAD"}).out, HasSubstr("  matches: schemas/deep, fingerprint "));
   EXPECT_THAT(Run(waive).err, HasSubstr("korvelcheck.toml:4 already has a waiver for "));
+}
+
+// Regression: the verdict was incomplete, without "waived", although the exit code was that of the refusal.
+TEST_F(WaivedDropTest, RefusalOfAnotherTableIsTheVerdict) {
+  WaiveFile("file = \"schemas/deep\"");
+  Write("schemas/users.xml", Schema("users", "uint32"));
+  EXPECT_EQ(AllowNew({}).exit_code, 1);
+  EXPECT_EQ(ReportOf()["verdict"], "refused");
+  EXPECT_THAT(Against().out, testing::StartsWith("verdict: refused (2 files are no longer checked; waived)\n"));
+  Write("schemas/deep/other.xml", Schema("other"));
+  Commit("third");
+  Write("korvelcheck.toml", "[schemas]\npaths = [\"schemas/*.xml\", \"schemas/deep/*.xml\"]\n");
+  Commit("fourth");
+  WaiveFile("file = \"schemas/deep/carts.xml\"");
+  EXPECT_EQ(AllowNew({}).exit_code, 2);
+  EXPECT_EQ(ReportOf()["verdict"], "incomplete");
 }
 
 TEST_F(WaivedDropTest, WaiverNamesTheFileOrADirectory) {

@@ -117,5 +117,23 @@ TEST_F(SettingsChangedTest, CanBeWaived) {
   EXPECT_EQ(Against({"--fail-on", "warning"}).exit_code, 1);
 }
 
+// Regression: one commit could bring a warning and stop warnings from failing, or choose what it is compared with.
+TEST_F(SettingsChangedTest, SettingsOfCallsAreReported) {
+  Write("korvelcheck.toml",
+        "[report]\nfail-on = \"warning\"\n" + std::string(kPaths) + "against = [\"git:HEAD~1\", \"git-tag:v*\"]\n" + kLimited);
+  Commit("stricter");
+  const std::string begin = "korvelcheck.toml warning: calls have different settings than in git:HEAD: ";
+  EXPECT_THAT(Findings(), IsEmpty());
+  Write("korvelcheck.toml", kPaths + std::string("against = [\"git:HEAD\"]\n") + kLimited);
+  EXPECT_THAT(Findings(), ElementsAre(begin + "against: git:HEAD~1 git-tag:v* -> git:HEAD, fail-on: warning -> refused"));
+  EXPECT_THAT(Findings({"schemas"}).size(), 1);
+  EXPECT_EQ(Against({"--fail-on", "warning"}).exit_code, 1);
+  Write("korvelcheck.toml", kPaths + std::string(kLimited));
+  EXPECT_THAT(Findings(), ElementsAre(begin + "against: git:HEAD~1 git-tag:v* -> none, fail-on: warning -> refused"));
+  Commit("weaker");
+  Write("korvelcheck.toml", "[report]\nfail-on = \"warning\"\n" + std::string(kPaths) + "against = [\"git:HEAD\"]\n" + kLimited);
+  EXPECT_THAT(Findings(), IsEmpty());
+}
+
 }  // namespace
 }  // namespace tool_test

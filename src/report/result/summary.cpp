@@ -113,6 +113,7 @@ Summary Summarize(const FoldedReport& folded) {
   summary.files_dropped = CountDropped(report.project);
   for (const ProjectFinding& finding : report.project) {
     if (finding.rule == kUnreadableProjectRule.row.id) ++summary.projects_unreadable;
+    if (HidesFiles(finding) && !finding.waiver) ++summary.hiding;
     if (ChangesSettings(finding) && !finding.waiver) ++summary.settings_changed;
   }
   summary.is_unchanged = !report.baselines.empty() && std::ranges::all_of(report.baselines, &ReportBaseline::is_same);

@@ -32,6 +32,7 @@ struct Summary {
   std::size_t files_not_checked = 0;    // because of a fault
   std::size_t files_dropped = 0;        // that the project file no longer selects
   std::size_t projects_unreadable = 0;  // project files of the baseline
+  std::size_t hiding = 0;               // findings about such files that are not waived
   std::size_t settings_changed = 0;     // findings about changed settings that are not waived
   bool is_unchanged = false;            // each baseline is the commit that is checked out, and no selected file differs
   std::size_t faults = 0;               // number of them; may be above 0 without a file: the whole call failed

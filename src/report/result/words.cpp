@@ -20,7 +20,8 @@ const char* WordOf(EditStatus status) {
 }
 
 OverallVerdict VerdictOf(const Summary& summary) {
-  if (summary.faults + summary.files_dropped + summary.projects_unreadable > 0) return OverallVerdict::kIncomplete;
+  const bool hides_files = summary.files_dropped + summary.projects_unreadable > 0;
+  if (summary.faults > 0 || (hides_files && (summary.hiding > 0 || summary.failing == 0))) return OverallVerdict::kIncomplete;
   if (summary.compared == 0) return OverallVerdict::kNothingCompared;
   if (summary.refused > 0) return OverallVerdict::kRefused;
   return summary.is_unchanged ? OverallVerdict::kUnchanged : OverallVerdict::kAllowed;
@@ -35,15 +36,17 @@ std::string RemarkOn(const Summary& summary) {
   const std::size_t files = summary.files_not_checked;
   if (files > 0) return " (" + Counted(files, "file") + (files == 1 ? " was" : " were") + " not checked)";
   if (summary.faults > 0) return " (the check failed)";
-  const std::size_t dropped = summary.files_dropped;
-  const std::string end = summary.failing == 0 ? "; waived)" : ")";
+  const OverallVerdict verdict = VerdictOf(summary);
+  const bool names_files = verdict == OverallVerdict::kIncomplete || verdict == OverallVerdict::kRefused;
+  const std::size_t dropped = names_files ? summary.files_dropped : 0;
+  const std::string end = summary.hiding == 0 ? "; waived)" : ")";
   if (dropped > 0) return " (" + Counted(dropped, "file") + (dropped == 1 ? " is" : " are") + " no longer checked" + end;
-  if (summary.projects_unreadable > 0) return " (a project file of the baseline cannot be read" + end;
+  if (names_files && summary.projects_unreadable > 0) return " (a project file of the baseline cannot be read" + end;
   if (summary.failing_for_warnings > 0) return " (warnings fail this call)";
   if (summary.refused > 0 && summary.failing == 0) return " (all waived)";
   if (summary.compared == 0 && summary.added > 0) return " (all tables are new)";
   if (summary.refused == 0 && summary.failing > 0) return " (but the project file has an error)";
-  if (VerdictOf(summary) == OverallVerdict::kUnchanged) return " (the baseline is the commit that is checked out)";
+  if (verdict == OverallVerdict::kUnchanged) return " (the baseline is the commit that is checked out)";
   const bool has_warnings = summary.warnings.all > summary.warnings.waived || summary.settings_changed > 0;
   return summary.refused == 0 && has_warnings ? " (with warnings)" : "";
 }

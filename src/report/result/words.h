@@ -22,8 +22,9 @@ const char* WordOf(Status status);
 const char* WordOf(EditStatus status);
 
 // The checker's verdict about all tables. Waivers do not change it. If no table was compared, nothing is allowed. If a file could
-// not be checked, or is no longer selected, the verdict is incomplete, whatever the others are. If the baseline is the commit
-// that is checked out and no file differs, there was no change to allow.
+// not be checked, or is no longer selected, the verdict is incomplete, whatever the others are; unless all such files are waived
+// and the call fails for another reason. If the baseline is the commit that is checked out and no file differs, there was no
+// change to allow.
 enum class OverallVerdict : std::uint8_t { kAllowed, kRefused, kNothingCompared, kIncomplete, kUnchanged };
 OverallVerdict VerdictOf(const Summary& summary);
 
@@ -31,9 +32,9 @@ OverallVerdict VerdictOf(const Summary& summary);
 const char* WordOf(OverallVerdict verdict);
 
 // A remark to print after the verdict so that it is not misread: " (1 file was not checked)", " (the check failed)" or " (1 file
-// is no longer checked)" if it is incomplete; " (warnings fail this call)"; " (all waived)" if every refusal is waived; " (all
-// tables are new)" if none was compared; " (but the project file has an error)"; " (the baseline is the commit that is checked
-// out)" if it is unchanged; " (with warnings)"; usually "".
+// is no longer checked)", also with "; waived", if it is incomplete or refused; " (warnings fail this call)"; " (all waived)" if
+// every refusal is waived; " (all tables are new)" if none was compared; " (but the project file has an error)"; " (the baseline
+// is the commit that is checked out)" if it is unchanged; " (with warnings)"; usually "".
 std::string RemarkOn(const Summary& summary);
 
 // "refused", "warning", "note"; "waived" if it is waived.
