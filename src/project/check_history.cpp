@@ -84,6 +84,7 @@ class HistoryChecker {
       for (NewestRefusal& refusal : check.refused) step_index_.FindStep(check.from, refusal);
     }
     history_.reused_ids = ids_.Take();
+    AddWaiverEntries(history_.reused_ids);
     if (options_.project != nullptr) WaiveReusedIds(*options_.project, history_.reused_ids);
     return std::move(history_);
   }
@@ -222,8 +223,8 @@ void RequireCompared(const Histories& histories) {
 
 // Moves findings about the project file, each once. That a waiver covers nothing in some check means nothing: it is for another
 // one.
-void MoveProjectFindings(Report& report, std::vector<ProjectFinding>& all) {
-  for (ProjectFinding& finding : std::exchange(report.project, {})) {
+void MoveProjectFindings(std::vector<ProjectFinding> findings, std::vector<ProjectFinding>& all) {
+  for (ProjectFinding& finding : findings) {
     if (finding.rule == "waiver.unused") continue;
     const auto is_same = [&](const ProjectFinding& one) {
       return one.rule == finding.rule && one.position.line == finding.position.line &&
@@ -238,11 +239,14 @@ void MoveProjectFindings(Report& report, std::vector<ProjectFinding>& all) {
   }
 }
 
-void CollectProjectFindings(Histories& histories) {
+void CollectProjectFindings(const HistoryCheck& check, Histories& histories) {
   std::vector<ProjectFinding>& all = histories.project;
   for (History& history : histories.files) {
-    for (VersionStep& step : history.steps) MoveProjectFindings(step.report, all);
-    for (NewestCheck& check : history.against_newest) MoveProjectFindings(check.warned, all);
+    for (VersionStep& step : history.steps) MoveProjectFindings(std::exchange(step.report.project, {}), all);
+    for (NewestCheck& newest : history.against_newest) MoveProjectFindings(std::exchange(newest.warned.project, {}), all);
+    if (check.fails_on_warnings && check.options.project != nullptr) {
+      MoveProjectFindings(ExpiredWaivers(*check.options.project, history.reused_ids), all);
+    }
   }
   std::ranges::stable_sort(all, {}, [](const ProjectFinding& one) { return one.position.line; });
 }
@@ -263,7 +267,7 @@ Histories CheckHistories(const HistoryCheck& check) {
   if (!check.allows_faults && !histories.Faults().empty()) throw ErrorOf(histories.Faults());
   RequireKnown(unknown_tables);
   RequireCompared(histories);
-  CollectProjectFindings(histories);
+  CollectProjectFindings(check, histories);
   return histories;
 }
 

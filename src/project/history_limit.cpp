@@ -63,7 +63,7 @@ void HistoryLimit::Apply(Report& report) {
 void HistoryLimit::Apply(const StepIndex& steps, NewestCheck& check) {
   std::vector<NewestRefusal> kept;
   for (NewestRefusal& refusal : check.refused) {
-    if (newest_ == 0 && steps.Refuses(check.from, refusal.result.table)) {
+    if (newest_ == 0 && steps.Refuses(check.from, refusal.result.table, refusal.is_waived)) {
       ++check.left_out;
       check.left_out_fails = check.left_out_fails || !refusal.is_waived;
       continue;

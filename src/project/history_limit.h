@@ -20,7 +20,8 @@ class HistoryLimit {
   // none of their refusals: nobody sees them. What a report counts stays. A table with a waiver keeps its changes.
   void Apply(Report& report);
 
-  // Drops refused tables that exceed the limit, unless no step so far refuses them.
+  // Drops refused tables that exceed the limit, unless no step so far refuses them, or the refusals of the steps are waived and
+  // those of the table are not.
   void Apply(const StepIndex& steps, NewestCheck& check);
 
  private:

@@ -6,12 +6,14 @@
 #include <utility>
 
 #include "base/keyed_hash.h"
+#include "report/result/summary.h"
 
 namespace korvel {
 namespace {
 
 // What a key is about.
 constexpr char kRefusedKey = 'r';  // a table
+constexpr char kOpenKey = 'o';     // likewise, not waived
 constexpr char kRemovedKey = 'x';  // likewise
 constexpr char kFindingKey = 'f';  // a table and a fingerprint
 constexpr char kPathKey = 'p';     // a table, a rule and a path
@@ -27,6 +29,7 @@ StepIndex::Keys StepIndex::KeysOf(const std::vector<TableResult>& tables) {
   for (const TableResult& table : tables) {
     if (table.status != Status::kRefused) continue;
     keys.push_back(KeyOf(kRefusedKey, table.table));
+    if (!IsWaived(table)) keys.push_back(KeyOf(kOpenKey, table.table));
     if (table.removed) keys.push_back(KeyOf(kRemovedKey, table.table));
     if (!table.changes) continue;
     for (const Finding& finding : table.changes->findings) {
@@ -42,8 +45,8 @@ bool StepIndex::Step::Has(std::uint64_t key) const { return std::ranges::binary_
 
 void StepIndex::Add(std::size_t from, Keys keys) { steps_.push_back({from, std::move(keys)}); }
 
-bool StepIndex::Refuses(std::size_t from, const std::string& table) const {
-  const std::size_t key = KeyOf(kRefusedKey, table);
+bool StepIndex::Refuses(std::size_t from, const std::string& table, bool is_waived) const {
+  const std::uint64_t key = KeyOf(is_waived ? kRefusedKey : kOpenKey, table);
   return std::ranges::any_of(steps_, [&](const Step& step) { return step.from >= from && step.Has(key); });
 }
 

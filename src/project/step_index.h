@@ -19,8 +19,9 @@ class StepIndex {
   // Adds the next step, which begins at version `from`.
   void Add(std::size_t from, Keys keys);
 
-  // Whether a step at or after version `from` refuses the table.
-  bool Refuses(std::size_t from, const std::string& table) const;
+  // Whether a step at or after version `from` refuses the table. Unless `is_waived`, only steps count in which the refusals are
+  // not waived.
+  bool Refuses(std::size_t from, const std::string& table, bool is_waived) const;
 
   // Sets NewestRefusal::step and has_cause.
   void FindStep(std::size_t from, NewestRefusal& refusal) const;

@@ -147,6 +147,10 @@ std::string AcceptedChange(const TableResult& table, const Finding& finding) {
   return change;
 }
 
+bool HidesChanges(const TableResult& table, const Finding& finding) {
+  return finding.edits.empty() && !table.removed && !ChangeOf(finding, table.EditsFor(finding)).empty();
+}
+
 std::string EntryOf(const TableResult& table, const Finding& finding) {
   return finding.path.starts_with(table.table + ".") ? finding.path.substr(table.table.size() + 1) : "";
 }

@@ -28,6 +28,9 @@ bool NamesTheSame(const WaiverEntry& one, const WaiverEntry& other);
 // What a waiver of a finding accepts: ChangeOf; "table removed"; "pre-existing", followed by the changes that it may hide.
 std::string AcceptedChange(const TableResult& table, const Finding& finding);
 
+// Whether a finding is a pre-existing refusal that hides changes: the checker stops there, so they are not checked.
+bool HidesChanges(const TableResult& table, const Finding& finding);
+
 // The path of a finding without the table in front, "" for the table as a whole.
 std::string EntryOf(const TableResult& table, const Finding& finding);
 

@@ -103,10 +103,7 @@ class WaiverMatch {
     use_.findings = Select([&](const TableFinding& found) {
       return waiver_.table == found.table->table && HasRule(found) && waiver_.entry == EntryOf(*found.table, *found.finding);
     });
-    const auto hides_changes = [](const TableFinding& found) {
-      const Finding& finding = *found.finding;
-      return finding.edits.empty() && !found.table->removed && !ChangeOf(finding, found.table->EditsFor(finding)).empty();
-    };
+    const auto hides_changes = [](const TableFinding& found) { return HidesChanges(*found.table, *found.finding); };
     for (const TableFinding& found : use_.findings) {
       if (hides_changes(found)) use_.instead = AcceptedChange(*found.table, *found.finding);
     }
@@ -192,17 +189,16 @@ class WaiverMatch {
   const std::string refused_ = RuleIdOf({});  // the rule of a refusal that has none
 };
 
-// A waiver of exactly this change is shown rather than a wide one.
+// A waiver of exactly this change is shown rather than a wide one. One for a file or directory without a fingerprint is wide: it
+// covers what the rule reports there later, too.
 void Waive(const WaiverUse& use, Report& report) {
-  for (const std::size_t i : use.project) {
-    std::optional<Waiver>& waiver = report.project[i].waiver;
-    if (!waiver) waiver = {use.waiver->reason, use.waiver->until};
-  }
-  const bool is_wide = use.waiver->form == WaiverForm::kWide;
-  for (const TableFinding& found : use.findings) {
-    std::optional<Waiver>& waiver = found.finding->waiver;
-    if (!waiver || (waiver->is_wide && !is_wide)) waiver = {use.waiver->reason, use.waiver->until, is_wide};
-  }
+  const WaiverEntry& entry = *use.waiver;
+  const bool is_wide = entry.form == WaiverForm::kWide || (entry.form == WaiverForm::kFile && entry.fingerprint.empty());
+  const auto waive = [&](std::optional<Waiver>& waiver) {
+    if (!waiver || (waiver->is_wide && !is_wide)) waiver = {entry.reason, entry.until, is_wide};
+  };
+  for (const std::size_t i : use.project) waive(report.project[i].waiver);
+  for (const TableFinding& found : use.findings) waive(found.finding->waiver);
 }
 
 // Whether it expired for a finding about the project file that fails the call now.

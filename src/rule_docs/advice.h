@@ -40,7 +40,7 @@ inline constexpr AdviceRule kReferAddedAdvice{
     Level::kWarning,
     "add a new field that counts {item}"};
 inline constexpr AdviceRule kIdReusedAdvice{
-    {"advice.id-reused", 0, "", "a field got the id of a removed field with another type"},
+    {"advice.id-reused", 0, "", "a field got the id of a removed field with a different or smaller type"},
     Level::kWarning,
     "give {item} an id that no version has used"};
 inline constexpr AdviceRule kNewTableAdvice{

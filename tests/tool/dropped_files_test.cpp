@@ -294,6 +294,13 @@ TEST_F(WaivedDropTest, WaiverNamesTheFileOrADirectory) {
   EXPECT_EQ(AllowNew({}).exit_code, 0);
 }
 
+// Such a waiver also covers files that are dropped later, but looked like one of exactly these files.
+TEST_F(WaivedDropTest, WaiverWithoutFingerprintIsMarkedAsWide) {
+  WaiveFile("file = \"schemas/deep\"");
+  EXPECT_THAT(Against().out, HasSubstr("  waived (wide: any change of this rule here) until 2027-01-31: an experiment\n"));
+  EXPECT_EQ(ReportOf()["project"][0]["waiver"]["wide"], true);
+}
+
 TEST_F(WaivedDropTest, FingerprintPinsTheFiles) {
   const std::string waiver = "file = \"schemas/deep\"\nfingerprint = \"" + Fingerprint() + "\"";
   WaiveFile(waiver);

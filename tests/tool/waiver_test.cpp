@@ -399,6 +399,19 @@ TEST_F(WaiverTest, ChangeUnderAPreexistingRefusalCanBeAccepted) {
   EXPECT_EQ(Run({"check"}).exit_code, 1);
 }
 
+// `waive` added an entry without effect.
+TEST_F(WaiverTest, WideWaiverOfAPreexistingRefusalThatHidesChangesIsRefused) {
+  Write("old.xml", Library(5, {Legacy("TableType=LIST;ListNum=100", "uint64", kIndex)}));
+  Write("wide.xml", Library(6, {Legacy("TableType=LIST;ListNum=99", "uint64", kIndex)}));
+  const std::string fingerprint = Fingerprint();
+  const std::vector<std::string> waive = {fingerprint, "--wide", "old.xml", "wide.xml"};
+  ExpectInputError(WaiveFinding(waive), "korvelcheck: waive: --wide does not cover " + fingerprint +
+                                            ": the checker stops at this pre-existing refusal, which hides changes of table t; "
+                                            "allowed: without --wide, which accepts these changes\n");
+  EXPECT_EQ(WaiveFinding({fingerprint, "old.xml", "wide.xml"}).exit_code, 0);
+  EXPECT_EQ(Check().exit_code, 0);
+}
+
 // Regression: the finding is the same in both, but lint ignored the waiver.
 TEST_F(WaiverTest, LintAppliesWaivers) {
   Write("odd.xml", Library(5, {Table({.fields = "<entry name=\"2nd\" type=\"int8\"/>"})}));
@@ -689,16 +702,18 @@ TEST_F(WaiverTest, WideWaiversNameEveryTableWithTheFinding) {
 // Regression: a fingerprint with a mistake was written, and the finding stayed refused.
 TEST_F(WaiverTest, RefusesFingerprintsThatNoFindingHas) {
   const std::string fingerprint = Fingerprint();
+  const std::string hint = "'korvelcheck history' prints the entries that waive its findings about reused ids.\n";
   const std::string list =
-      "The check has these findings:\n  " + fingerprint + "  wide.xml: table orders: type of uid: uint64 -> uint32\n";
+      "The check has these findings:\n  " + fingerprint + "  wide.xml: table orders: type of uid: uint64 -> uint32\n" + hint;
   std::string near = fingerprint;
   near.back() = near.back() == '0' ? '1' : '0';
   ExpectInputError(WaiveFinding({near, "old.xml", "wide.xml"}), "korvelcheck: waive: no finding has the fingerprint '" + near +
                                                                     "' (did you mean '" + fingerprint + "'?)\n" + list);
   ExpectInputError(WaiveFinding({"0123456789abcdef", fingerprint, "old.xml", "wide.xml"}),
                    "korvelcheck: waive: no finding has the fingerprint '0123456789abcdef'\n" + list);
-  ExpectInputError(WaiveFinding({fingerprint, "old.xml", "same.xml"}),
-                   "korvelcheck: waive: no finding has the fingerprint '" + fingerprint + "'\nThe check has no findings.\n");
+  ExpectInputError(
+      WaiveFinding({fingerprint, "old.xml", "same.xml"}),
+      "korvelcheck: waive: no finding has the fingerprint '" + fingerprint + "'\nThe check has no findings.\n" + hint);
   EXPECT_THAT(Files(), Not(testing::Contains("korvelcheck.toml")));
 }
 

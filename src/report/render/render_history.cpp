@@ -110,6 +110,8 @@ class HistoryText {
                "  was: " + use(reused.before) + "  path: " + OneLine(reused.Path().path) + "\n  change: " + reused.change + "\n" +
                (reused.waiver ? "  " + ToText(*reused.waiver) + "\n" : "") + "  suggestion: " + reused.suggestion +
                "\n  fingerprint: " + reused.fingerprint + "\n";
+      if (!reused.waiver)
+        text_ += "  to waive it, add this to the project file:\n    " + Join(reused.waiver_entry, "\n    ") + "\n";
     }
   }
 

@@ -205,9 +205,12 @@ class TextReport {
     }
     const std::string result = name + ": " + std::to_string(table.verdict.code) + " " + CodeNameOf(table.verdict.code) +
                                (table.removed ? " (removed)" : "") + "\n";
-    // The first finding usually has the same text, with a more exact location.
-    const bool is_repeated =
+    // A history has listed the refusal of a table without changes above its warnings. The first finding usually has the same
+    // text, with a more exact location.
+    const bool is_listed = !table.changes && !table.advice.findings.empty();
+    const bool has_text =
         !findings.empty() && findings.front().finding->verdict.text == table.verdict.text && !table.verdict.text.empty();
+    const bool is_repeated = is_listed || has_text;
     text_ += is_repeated ? ": " + result
                          : InBrackets(table.verdict.rule) + " " + SummaryOf(table) + "\n  " + CheckerLine(table.verdict.text) +
                                "\n  " + result;

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <iterator>
 #include <optional>
+#include <set>
+#include <string_view>
 
 #include "base/text.h"
 #include "report/result/fold.h"
@@ -25,20 +27,26 @@ bool IsRefused(const TableResult& table) { return table.status == Status::kRefus
 // Whether the limit on findings has dropped the changes. Otherwise findings have fingerprints.
 bool IsUnlisted(const Changes& changes) { return !changes.findings.empty() && changes.findings.front().fingerprint.empty(); }
 
-std::vector<const Finding*> Select(const std::vector<Finding>& findings, auto condition) {
+std::vector<const Finding*> Select(const std::vector<const Finding*>& findings, auto condition) {
   std::vector<const Finding*> selected;
-  for (const Finding& finding : findings) {
-    if (condition(finding)) selected.push_back(&finding);
-  }
+  std::ranges::copy_if(findings, std::back_inserter(selected), [&](const Finding* finding) { return condition(*finding); });
   return selected;
+}
+
+// Those without a waiver; all if each has one.
+std::vector<const Finding*> OpenFindings(const std::vector<Finding>& findings) {
+  std::vector<const Finding*> all;
+  for (const Finding& finding : findings) all.push_back(&finding);
+  std::vector<const Finding*> open = Select(all, [](const Finding& one) { return !one.waiver; });
+  return open.empty() ? all : open;
 }
 
 // The findings about the refusal that the checker reports for the whole change. It stops at the first refusal, so other findings
 // have other texts. If the text of no finding is the same, because several changes add to it, those of the same rule; if other
-// rules refuse the changes alone, those of the same code, else all.
+// rules refuse the changes alone, those of the same code, else all. Waived findings count only if all are waived.
 std::vector<const Finding*> FindCauses(const TableResult& result) {
   if (!result.changes || IsUnlisted(*result.changes)) return {};
-  const std::vector<Finding>& findings = result.changes->findings;
+  std::vector<const Finding*> findings = OpenFindings(result.changes->findings);
   const Verdict& whole = result.verdict;
   const auto has_code = [&](const Finding& one) { return one.verdict.code == whole.code; };
   const auto has_rule = [&](const Finding& one) { return has_code(one) && one.verdict.rule == whole.rule; };
@@ -46,7 +54,7 @@ std::vector<const Finding*> FindCauses(const TableResult& result) {
   if (auto same_text = Select(findings, has_text); !same_text.empty()) return {same_text.front()};
   if (auto same_rule = Select(findings, has_rule); !same_rule.empty()) return same_rule;
   if (auto same_code = Select(findings, has_code); !same_code.empty()) return same_code;
-  return Select(findings, [](const Finding&) { return true; });
+  return findings;
 }
 
 std::string CauseText(const TableResult& result, const std::vector<const Finding*>& findings) {
@@ -177,21 +185,37 @@ ProjectFinding ToProjectFinding(const History& history, const ReusedId& reused, 
   return {.rule = kIdReusedAdvice.row.id,
           .file = history.versions[reused.after.version].name,
           .position = reused.after.position,
-          .text = DescriptionOf(history, reused) + (reused.waiver ? "; " + ToText(*reused.waiver) : ""),
+          .text = DescriptionOf(history, reused),
           .suggestion = reused.suggestion,
-          .level = fails && !reused.waiver ? ProjectFinding::Level::kError : ProjectFinding::Level::kWarning};
+          .level = fails && !reused.waiver ? ProjectFinding::Level::kError : ProjectFinding::Level::kWarning,
+          .files = {reused.file},
+          .fingerprint = reused.fingerprint,
+          .waiver = reused.waiver};
 }
 
-// What no step has: refused tables, and those with warnings.
+// Whether its step lists a refusal of the table that is not waived.
+bool FailsInStep(const History& history, const NewestRefusal& refusal) {
+  if (!refusal.step) return false;
+  const auto is_it = [&](const TableResult& table) { return table.table == refusal.result.table && !IsWaived(table); };
+  return std::ranges::any_of(history.steps[*refusal.step].report.tables, is_it);
+}
+
+// What no step has: refused tables, and those with warnings. A refusal that a step lists is not repeated with the warnings.
 void AddAgainstNewest(const History& history, const NewestCheck& check, std::vector<TableResult>& tables) {
+  std::set<std::string_view> refused;
   for (const NewestRefusal& refusal : check.refused) {
     const auto is_it = [&](const TableResult& table) { return table.table == refusal.result.table; };
     const bool is_warned = std::ranges::any_of(check.warned.tables, is_it);
-    if (!refusal.is_waived && !is_warned && !refusal.step) tables.push_back(refusal.result);
+    if (refusal.is_waived || FailsInStep(history, refusal)) continue;
+    refused.insert(refusal.result.table);
+    if (!is_warned) tables.push_back(refusal.result);
   }
   for (const TableResult& table : check.warned.tables) {
-    tables.push_back(table);
-    tables.back().baseline = history.versions[check.from].name;
+    TableResult& added = tables.emplace_back(table);
+    added.baseline = history.versions[check.from].name;
+    if (IsWaived(added) || refused.contains(table.table)) continue;
+    added.status = Status::kAllowed;
+    added.verdict = {};
   }
 }
 

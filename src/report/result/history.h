@@ -41,13 +41,14 @@ struct ReusedId {
   std::string suggestion = {};
   std::string fingerprint = {};  // of file, library, rule and change
   std::optional<Waiver> waiver = {};
+  std::vector<std::string> waiver_entry = {};  // the lines of the project file that waive it; reason and last day are empty
 
   const FieldPath& Path() const { return paths.front(); }
 };
 
 // The change that brought about the refusal of a table: that of the finding whose text is the text of the table. If no finding
 // has this text, because several changes add to it, or because another rule refuses each of them alone, all of these changes,
-// with the rule, the path and the locations of the first.
+// with the rule, the path and the locations of the first. Changes that are waived count only if all are.
 struct RefusalCause {
   std::string change;        // on one line; the checker's text for a refusal without a change
   std::string path;          // "orders.items[].price"
@@ -168,7 +169,8 @@ std::size_t NumberOf(const History& history, const VersionStep& step);
 std::size_t CountAdvice(const History& history, Level level);
 
 // All steps as one report, for formats that list findings: the tables name the version that they are compared with. A table that
-// only the comparison with the newest version refuses, or warns about, follows the steps. Borrows the histories.
+// only the comparison with the newest version refuses, or warns about, follows the steps; also one whose refusals are waived in
+// the step, but not all of them against the newest version. Borrows the histories.
 Report ReportOf(const Histories& histories);
 
 }  // namespace korvel

@@ -144,6 +144,7 @@ void RequireWaivers(const std::string& path, const std::string& text, std::size_
   }
   error.lines.emplace_back(known.empty() ? "The check has no findings." : "The check has these findings:");
   std::ranges::move(lines, std::back_inserter(error.lines));
+  error.lines.emplace_back("'korvelcheck history' prints the entries that waive its findings about reused ids.");
   throw error;
 }
 
@@ -216,6 +217,11 @@ std::vector<WaiverEntry> EntriesFor(const WaiveArguments& arguments, const std::
     for (const TableFinding& found : findings) {
       if (found.finding->fingerprint != fingerprint || (is_known && !arguments.is_wide)) continue;
       is_known = true;
+      if (form == WaiverForm::kWide && HidesChanges(*found.table, *found.finding)) {
+        Refuse("--wide does not cover " + fingerprint +
+               ": the checker stops at this pre-existing refusal, which hides changes of table " + OneLine(found.table->table) +
+               "; allowed: without --wide, which accepts these changes");
+      }
       RequireNotWaived(project, uses, found, form);
       add(EntryFor(*found.table, *found.finding, form));
     }
