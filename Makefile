@@ -8,10 +8,10 @@ SEED ?= 1
 PAIRS ?= 5000000
 
 .DEFAULT_GOAL := help
-.PHONY: help example test model bench clang sanitize thread memcheck fuzz mutants coverage case goldens docs lint format install
+.PHONY: help example test model bench clang sanitize thread memcheck fuzz fuzz-tool mutants coverage case goldens docs lint format install
 
 help: ## list these commands
-	@sed -n 's/^\([a-z]*\):.* ## /\1\t/p' $(MAKEFILE_LIST) | expand -t 12
+	@sed -n 's/^\([a-z-]*\):.* ## /\1\t/p' $(MAKEFILE_LIST) | expand -t 12
 
 example: ## install missing packages, build, check the shipped example
 	$(INSTALL_DEPS) example
@@ -57,6 +57,10 @@ memcheck: ## run the tests of the checker and of the metadata library under valg
 fuzz: ## run every fuzzer for TIME seconds (60), starting from SEED, and print a summary; fail if one finds a bug
 	$(INSTALL_DEPS) ci
 	SEED=$(SEED) scripts/fuzz $(or $(TIME),60) $(JOBS)
+
+fuzz-tool: ## run whole calls under a second fuzzing engine for TIME seconds (60), starting from SEED, and print a summary
+	$(INSTALL_DEPS) fuzz-tool
+	SEED=$(SEED) scripts/fuzz-tool $(or $(TIME),60) $(JOBS)
 
 mutants: ## run the mutation tests: a test must fail for each small change to the rules. MUTANTS_ARGS go to scripts/mutants
 	$(INSTALL_DEPS) ci
