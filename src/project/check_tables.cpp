@@ -31,21 +31,21 @@ TableCheck CheckFor(const Pair& pair, const std::string& table, const CheckOptio
 
 bool IsRefused(const TableResult& result) { return result.status == Status::kRefused; }
 
-std::optional<std::string> KeyOf(const TableCheck& check, const TableResult& result) {
-  if (!IsRefused(result)) return std::nullopt;
+std::optional<std::string> KeyOf(const TableCheck& check) {
   const Settings settings = ResolveSettings(check.given, check.sources.first, check.table);
   return SearchKeyOf({check.sources.first, check.sources.second, check.table, settings}, check.max_findings);
 }
 
-// The changes and the advice of these results. The first table of each key is searched before the others, so that the result does
-// not depend on the number of threads.
-void AddAllChanges(const std::vector<TableCheck>& checks, std::span<TableResult> results, std::size_t threads) {
+// The changes and the advice of the refused tables. The first table of each key is searched before the others, so that the result
+// does not depend on the number of threads.
+void AddChangesOfRefused(const std::vector<TableCheck>& checks, std::span<TableResult> results, std::size_t threads) {
   std::vector<std::size_t> first;
   std::vector<std::size_t> others;
   std::set<std::string> keys;
   const bool is_shared = std::ranges::count_if(results, IsRefused) > 1;
   for (std::size_t i = 0; i < checks.size(); ++i) {
-    const std::optional<std::string> key = is_shared ? KeyOf(checks[i], results[i]) : std::nullopt;
+    if (!IsRefused(results[i])) continue;
+    const std::optional<std::string> key = is_shared ? KeyOf(checks[i]) : std::nullopt;
     (key && !keys.insert(*key).second ? others : first).push_back(i);
   }
   SharedSearches shared;
@@ -56,8 +56,11 @@ void AddAllChanges(const std::vector<TableCheck>& checks, std::span<TableResult>
 }
 
 void CheckAll(const std::vector<TableCheck>& checks, std::span<TableResult> results, bool in_order, std::size_t threads) {
-  ForEach(checks.size(), in_order ? 1 : threads, [&](std::size_t i) { results[i] = CheckVerdict(checks[i]); });
-  AddAllChanges(checks, results, threads);
+  ForEach(checks.size(), in_order ? 1 : threads, [&](std::size_t i) {
+    results[i] = CheckVerdict(checks[i]);
+    if (!IsRefused(results[i])) AddChanges(checks[i], nullptr, results[i]);
+  });
+  AddChangesOfRefused(checks, results, threads);
 }
 
 // A large pair is worth several threads.

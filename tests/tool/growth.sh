@@ -1,26 +1,27 @@
 #!/bin/sh
-# Requires that the cost of reading and of a whole check grows linearly with the size of the files:
-# tests/tool/growth.sh PROGRAM
+# Requires that the cost of reading and of a whole check grows linearly with the size of the files: instructions, bytes of output and
+# memory. Each of the three may become 2.2 times as large if the size is doubled. tests/tool/growth.sh PROGRAM
 set -eu
-program=${1:?usage: tests/tool/growth.sh PROGRAM}
+program=$(realpath "${1:?usage: tests/tool/growth.sh PROGRAM}")
 . "$(dirname "$0")/instructions.sh"
 require_valgrind
+[ -x /usr/bin/time ] || skip time
 status=0
 
 check_of() {
   schema "$1" "$2" >"$work/old.xml"
   cp "$work/old.xml" "$work/new.xml"
-  instructions 0 "$program" check "$work/old.xml" "$work/new.xml"
+  cost 0 "$program" check "$work/old.xml" "$work/new.xml"
 }
 
 reading_of_wide() {
   wide "$1" >"$work/wide.xml"
-  instructions 0 "$program" compile "$work/wide.xml" -o "$work/wide.qmb"
+  cost 0 "$program" compile "$work/wide.xml" -o "$work/wide.qmb"
 }
 
 refusing_counts() {
   counted_by_structure "$1" >"$work/wrong.xml"
-  instructions 2 "$program" lint "$work/wrong.xml"
+  cost 2 "$program" lint "$work/wrong.xml"
 }
 
 # tables TABLES TYPE BETWEEN: prints a library of tables with a key and a field of that type, each table on its own line, or, if
@@ -39,14 +40,14 @@ tables() {
 restoring_tables() {
   tables "$1" int8 '\n' >"$work/old.xml"
   tables 1 int16 '\n' >"$work/new.xml"
-  instructions 0 "$program" suggest "$work/old.xml" "$work/new.xml"
+  cost 0 "$program" suggest "$work/old.xml" "$work/new.xml"
 }
 
 # Every table is refused and gets a fix, all on one long line.
 fixing_one_line() {
   tables "$1" int16 '' >"$work/old.xml"
   sed 's/type="int16"/type="int8"/g' "$work/old.xml" >"$work/new.xml"
-  instructions 1 "$program" check --format json "$work/old.xml" "$work/new.xml"
+  cost 1 "$program" check --format json "$work/old.xml" "$work/new.xml"
 }
 
 # Unknown attributes, the first 1000 of which are reported.
@@ -56,7 +57,7 @@ refusing_attributes() {
     for (a = 0; a < attributes; ++a) printf " attribute_%d=\"\"", a
     print "/>"
   }' >"$work/wrong.xml"
-  instructions 2 "$program" lint "$work/wrong.xml"
+  cost 2 "$program" lint "$work/wrong.xml"
 }
 
 # Tables, and fields of a table, that all have the same name and id.
@@ -68,7 +69,7 @@ refusing_duplicates() {
     for (e = 0; e < copies; ++e) print "<entry name=\"a\" id=\"1\" type=\"int8\"/>"
     print "</meta></metalib>"
   }' >"$work/wrong.xml"
-  instructions 2 "$program" lint "$work/wrong.xml"
+  cost 2 "$program" lint "$work/wrong.xml"
 }
 
 # A description with that many entities, followed by an error on the same line.
@@ -78,7 +79,7 @@ reading_entities() {
     for (e = 0; e < entities; ++e) printf "&amp;"
     print "\"><entry name=\"a\" type=\"none\"/></meta></metalib>"
   }' >"$work/wrong.xml"
-  instructions 2 "$program" lint "$work/wrong.xml"
+  cost 2 "$program" lint "$work/wrong.xml"
 }
 
 # Unions with two members of the union below: the number of paths to the lowest doubles with every level.
@@ -91,7 +92,7 @@ showing_levels() {
     print "</metalib>"
   }' >"$work/old.xml"
   sed 's/type="int8"/type="int16"/' "$work/old.xml" >"$work/new.xml"
-  instructions 1 "$program" check --format html "$work/old.xml" "$work/new.xml"
+  cost 1 "$program" check --format html "$work/old.xml" "$work/new.xml"
 }
 
 # finding_refusals FIELDS FORMAT: every tenth field has another type. Each is refused, and the cost of finding it and, if the format
@@ -99,7 +100,7 @@ showing_levels() {
 finding_refusals() {
   schema 1 "$1" >"$work/old.xml"
   sed 's/9" type="int32"/9" type="int8"/' "$work/old.xml" >"$work/new.xml"
-  instructions 1 "$program" check --format "$2" "$work/old.xml" "$work/new.xml"
+  cost 1 "$program" check --format "$2" "$work/old.xml" "$work/new.xml"
 }
 
 # sharing_refusals TABLES FIELDS: every second field of a structure that all tables embed is refused.
@@ -114,7 +115,45 @@ sharing_refusals() {
     print "</metalib>"
   }' >"$work/old.xml"
   sed 's/type="int32"/type="int16"/' "$work/old.xml" >"$work/new.xml"
-  instructions 1 "$program" check "$work/old.xml" "$work/new.xml"
+  cost 1 "$program" check "$work/old.xml" "$work/new.xml"
+}
+
+# colliding TABLES FIELDS: writes old.xml and new.xml with tables, and fields of the last one, whose names all have the same
+# std::hash; every tenth has another type. Each line of colliding_parts has two parts that lead to the same state of the hash at its
+# place in the name, so a choice of one of each line is such a name. tests/qmx/colliding_parts_test.cpp checks that.
+colliding() {
+  awk -v tables="$1" -v fields="$2" '
+    { first[NR] = $1; second[NR] = $2 }
+    function name(number, result, part) {
+      result = ""
+      for (part = 1; part <= NR; ++part) {
+        result = result (number % 2 ? second[part] : first[part])
+        number = int(number / 2)
+      }
+      return result
+    }
+    function entry(field, number) { return "<entry name=\"" field "\" type=\"int" (number % 10 ? 32 : 16) "\"/>\n" }
+    END {
+      print "<metalib name=\"colliding\" version=\"1\" protocol=\"QMX\">"
+      for (t = 0; t < tables; ++t) {
+        print "<meta name=\"" name(t) "\"><entry name=\"k\" type=\"int32\"/>" entry("f", t)
+        for (f = 0; t == tables - 1 && f < fields; ++f) printf "%s", entry(name(f), f)
+        print "<primarykey entries=\"k\"/></meta>"
+      }
+      print "</metalib>"
+    }' "$(dirname "$0")/colliding_parts" >"$work/old.xml"
+  sed 's/type="int16"/type="int8"/' "$work/old.xml" >"$work/new.xml"
+}
+
+refusing_colliding_tables() {
+  colliding "$1" 0
+  cost 1 "$program" check "$work/old.xml" "$work/new.xml"
+}
+
+# The checker refuses such long names of fields, whether they collide or not.
+listing_colliding_fields() {
+  colliding 1 "$1"
+  cost 0 "$program" diff "$work/old.xml" "$work/new.xml"
 }
 
 # A project in which every tenth of so many files has another description than in its last commit. The instructions of git do not count.
@@ -126,13 +165,58 @@ checking_files() {
   git -C "$work/project" add .
   git -C "$work/project" -c user.name=A -c user.email=a@example.org commit --quiet --message old
   for file in $(seq 10 10 "$1"); do schema 1 20 | sed 's/table 0/other/' >"$work/project/t$file.xml"; done
-  (cd "$work/project" && instructions 0 "$program" check --no-project --against git:HEAD .)
+  (cd "$work/project" && cost 0 "$program" check --no-project --against git:HEAD .)
 }
 
-# doubling WHAT SMALL LARGE: compares the numbers of instructions for a size and for twice that size.
+# refusing_all TABLES FIELDS: every field of every table but the key is refused.
+refusing_all() {
+  schema "$1" "$2" >"$work/old.xml"
+  sed '/field_0"/!s/type="int32"/type="int8"/' "$work/old.xml" >"$work/new.xml"
+  cost 1 "$program" check --format json "$work/old.xml" "$work/new.xml"
+}
+
+# refusing_more FIELDS: refuses that many changes of a table that is already refused without them: its fields have long names.
+refusing_more() {
+  awk -v fields="$1" 'BEGIN {
+    for (name = "n"; length(name) < 1000; name = name "n");
+    print "<metalib name=\"long\" version=\"1\"><meta name=\"table\"><entry name=\"key\" type=\"int8\"/>"
+    for (f = 0; f < fields; ++f) print "<entry name=\"" name "_" f "\" type=\"int32\"/>"
+    print "<primarykey entries=\"key\"/></meta></metalib>"
+  }' >"$work/old.xml"
+  sed 's/type="int32"/type="int8"/' "$work/old.xml" >"$work/new.xml"
+  cost 1 "$program" check "$work/old.xml" "$work/new.xml"
+}
+
+# versions VERSIONS FORMAT: a history in which each step refuses every table.
+versions() {
+  rm -rf "$work/versions"
+  mkdir "$work/versions"
+  for version in $(seq "$1"); do
+    schema 5 10 | sed "s/version=\"1\" protocol/version=\"$version\" protocol/; /field_9/s/type=\"int32\"/type=\"string\" size=\"$((9999 - version))\"/" \
+      >"$work/versions/v$version.xml"
+  done
+  (cd "$work/versions" && cost 1 "$program" history --no-project --format "$2" $(seq -f v%g.xml "$1"))
+}
+
+# at_most TIMES SMALL LARGE SLACK
+at_most() {
+  [ "$3" -le $(($2 * $1 / 10 + $4)) ] || status=1
+}
+
+# growth WHAT TIMES SMALL LARGE: compares the costs of a size and of a larger size. TIMES is in tenths. The memory that a process takes
+# without doing anything differs a little from run to run.
+growth() {
+  what=$1 times=$2
+  set -- $3 $4
+  echo "$what: $1 -> $4 instructions, $2 -> $5 bytes of output, $3 -> $6 KiB of memory;" \
+    "allowed: $((times / 10)).$((times % 10)) times"
+  at_most "$times" "$1" "$4" 0
+  at_most "$times" "$2" "$5" 100
+  at_most "$times" "$3" "$6" 2048
+}
+
 doubling() {
-  echo "twice the $1: $2 -> $3 instructions; allowed: 2.2 times"
-  [ "$3" -le $(($2 * 22 / 10)) ] || status=1
+  growth "twice the $1" 22 "$2" "$3"
 }
 
 fields=$(check_of 1 2000) twice=$(check_of 1 4000)
@@ -162,6 +246,23 @@ doubling 'fields of a table, a tenth of which is refused and gets a fix' "$found
 shared=$(sharing_refusals 5 200) tables=$(sharing_refusals 10 200) fields=$(sharing_refusals 5 400)
 doubling 'tables that share a structure with refused fields' "$shared" "$tables"
 doubling 'refused fields of a shared structure' "$shared" "$fields"
+names=$(refusing_colliding_tables 1000) twice=$(refusing_colliding_tables 2000)
+doubling 'tables with colliding names' "$names" "$twice"
+names=$(listing_colliding_fields 1000) twice=$(listing_colliding_fields 2000)
+doubling 'fields with colliding names' "$names" "$twice"
 files=$(checking_files 200) twice=$(checking_files 400)
 doubling 'files of a project' "$files" "$twice"
+steps=$(versions 20 text) twice=$(versions 40 text)
+doubling 'versions of a history' "$steps" "$twice"
+steps=$(versions 20 html) twice=$(versions 40 html)
+doubling 'versions of a history, as a page' "$steps" "$twice"
+checked=$(check_of 20 100) four=$(check_of 40 200)
+growth 'twice the tables, each with twice the fields' 44 "$checked" "$four"
+refused=$(refusing_all 5 40) four=$(refusing_all 10 80)
+growth 'twice the tables, each with twice the fields, all refused' 44 "$refused" "$four"
+shared=$(sharing_refusals 10 100) four=$(sharing_refusals 20 200)
+growth 'twice the tables that share a structure, with twice the fields' 44 "$shared" "$four"
+# Each change is checked with the whole table.
+refused=$(refusing_more 25) four=$(refusing_more 50)
+growth 'twice the changes of a table that is refused without them' 44 "$refused" "$four"
 exit "$status"

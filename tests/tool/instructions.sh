@@ -1,10 +1,13 @@
 # Counts the instructions of a program: unlike times, they do not depend on the load of the machine. Sourced by the tests here.
 
 # Status 77 tells ctest that a test was skipped.
-require_valgrind() {
-  command -v valgrind >/dev/null && return
-  echo 'skipped: valgrind is not installed'
+skip() {
+  echo "skipped: $1 is not installed"
   exit 77
+}
+
+require_valgrind() {
+  command -v valgrind >/dev/null || skip valgrind
 }
 
 # instructions STATUS COMMAND...: prints the number. The command must end with that status.
@@ -19,6 +22,15 @@ instructions() {
     return 1
   }
   sed -n 's/.*I *refs: *\([0-9,]*\).*/\1/p' "$work/valgrind.log" | tr -d ,
+}
+
+# cost STATUS COMMAND...: prints the number of instructions, the bytes of output and the peak of resident memory in KiB.
+cost() {
+  count=$(instructions "$@")
+  bytes=$(wc -c <"$work/output")
+  shift
+  /usr/bin/time --quiet -f %M -o "$work/memory" "$@" >/dev/null 2>&1 || true
+  echo "$count $bytes $(cat "$work/memory")"
 }
 
 # schema METAS FIELDS [added|refused]: prints a library of tables with so many fields each; with one more field in each table, or
