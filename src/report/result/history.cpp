@@ -35,8 +35,8 @@ std::vector<const Finding*> Select(const std::vector<const Finding*>& findings, 
 
 // Those without a waiver; all if each has one.
 std::vector<const Finding*> OpenFindings(const std::vector<Finding>& findings) {
-  std::vector<const Finding*> all;
-  for (const Finding& finding : findings) all.push_back(&finding);
+  std::vector<const Finding*> all(findings.size());
+  std::ranges::transform(findings, all.begin(), [](const Finding& finding) { return &finding; });
   std::vector<const Finding*> open = Select(all, [](const Finding& one) { return !one.waiver; });
   return open.empty() ? all : open;
 }
