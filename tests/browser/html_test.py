@@ -63,6 +63,15 @@ def wide_pair(fields=10_000, step=100):
     return library(1, table(False)), library(2, table(True))
 
 
+def many_pair(tables=500):
+    """Tables with a wider key and a removed field each."""
+    def table(number, is_new):
+        lines = [f'  <meta name="table_{number:03}">', f'    <entry name="uid" type="{"uint64" if is_new else "uint32"}"/>',
+                 '    <entry name="note" type="uint32"/>', '    <entry name="total" type="uint32"/>']
+        return "\n".join(lines[:2 if is_new and number % 2 else 3] + lines[3:] + ['    <primarykey entries="uid"/>', "  </meta>", ""])
+    return [library(version, "".join(table(i, version == 2) for i in range(tables))) for version in (1, 2)]
+
+
 def shop(old, new):
     return SOURCE / "examples/shop" / old, SOURCE / "examples/shop" / new
 
@@ -151,8 +160,14 @@ class Browser(unittest.TestCase):
     def resize(self, width, height=900):
         self.command("Emulation.setDeviceMetricsOverride", width=width, height=height, deviceScaleFactor=1, mobile=width < 500)
 
-    def scheme(self, value):
-        self.command("Emulation.setEmulatedMedia", features=[{"name": "prefers-color-scheme", "value": value}])
+    def scheme(self, value, media=""):
+        self.command("Emulation.setEmulatedMedia", media=media, features=[{"name": "prefers-color-scheme", "value": value}])
+
+    def is_visible(self, element):
+        return DRIVER.execute_script("return arguments[0].checkVisibility()", element)
+
+    def top_of(self, selector):
+        return DRIVER.execute_script("return document.querySelector(arguments[0]).getBoundingClientRect().top", selector)
 
     def tearDown(self):
         self.command("Emulation.clearDeviceMetricsOverride")
@@ -260,10 +275,35 @@ class Refused(Browser):
             self.command("Emulation.setScriptExecutionDisabled", value=False)
 
     def test_fits_wide_and_narrow_windows(self):
-        for width in (1280, 390):
+        for width in (1280, 768, 390):
             self.resize(width)
             found = DRIVER.execute_script("return document.documentElement.scrollWidth")
             self.assertLessEqual(found, width)
+
+    def test_wide_parts_say_that_they_scroll(self):
+        for width, hint in ((1280, "none"), (390, '"scrolls sideways \u2192"')):
+            self.resize(width)
+            scroll = self.one(".scroll")
+            found = DRIVER.execute_script("return [getComputedStyle(arguments[0], '::before').content, "
+                                          "arguments[0].scrollWidth > arguments[0].clientWidth]", scroll)
+            self.assertEqual(found, [hint, width == 390])
+
+    def test_rules_are_explained_in_the_page(self):
+        link = self.one("article.item .result a")
+        section = self.one("[id='" + link.get_attribute("href").split("#")[1] + "']")
+        self.assertIn(link.text, section.text)
+        self.assertIn("Allowed instead", section.text)
+
+    def test_print_shows_everything(self):
+        closed = self.one("main details:not([open]) td")
+        self.assertFalse(self.is_visible(closed))
+        self.scheme("light", "print")
+        self.assertTrue(self.is_visible(closed))
+        for hidden in ("nav", "form"):
+            self.assertFalse(self.one(hidden).is_displayed())
+        looked, bad = DRIVER.execute_script(CONTRAST)
+        self.assertGreater(looked, 100)
+        self.assertEqual(bad, [])
 
     def test_text_has_contrast_in_both_schemes(self):
         for scheme in ("light", "dark"):
@@ -273,14 +313,42 @@ class Refused(Browser):
             self.assertEqual(bad, [], scheme)
 
     def test_screenshots(self):
-        for name, width, scheme in (("wide-light", 1280, "light"), ("wide-dark", 1280, "dark"), ("narrow", 390, "light")):
-            self.scheme(scheme)
+        for name, width, scheme, media in (("wide-light", 1280, "light", ""), ("wide-dark", 1280, "dark", ""),
+                                           ("tablet", 768, "light", ""), ("narrow", 390, "light", ""),
+                                           ("printed", 1280, "light", "print")):
+            self.scheme(scheme, media)
             self.resize(width)
             height = DRIVER.execute_script("return document.documentElement.scrollHeight")
             self.resize(width, min(height, 6000))
             path = OUTPUT / f"report-{name}.png"
             self.assertTrue(DRIVER.save_screenshot(str(path)))
             self.assertGreater(path.stat().st_size, 10_000)
+
+
+class Many(Browser):
+    def setUp(self):
+        self.open(PAGES["many"])
+
+    def test_first_screen_shows_the_first_finding(self):
+        for width, height in ((1280, 800), (768, 1024), (390, 844)):
+            self.resize(width, height)
+            self.assertLess(self.top_of("#f1 .problem"), height - 100, width)
+
+    def test_lists_of_tables_and_rules_open(self):
+        for label, items in (("tables", 500), ("rules", 2)):
+            summary = self.one(f"nav[aria-label={label}] summary")
+            links = self.all(f"nav[aria-label={label}] li")
+            self.assertEqual(len(links), items)
+            self.assertFalse(self.is_visible(links[0]))
+            summary.click()
+            self.assertTrue(self.is_visible(links[0]))
+        self.assertEqual([link.text.split()[:2] for link in links], [["500", "primary-key.size"], ["250", "field.missing"]])
+
+    def test_search_also_applies_to_the_list_of_tables(self):
+        self.one("nav[aria-label=tables] summary").click()
+        self.one("#search").send_keys("table_123")
+        shown = [link.text for link in self.all("nav[aria-label=tables] a") if link.is_displayed()]
+        self.assertEqual(shown, ["table_123"])
 
 
 class Others(Browser):
@@ -310,7 +378,7 @@ class Others(Browser):
         self.open(PAGES["large"])
         self.assertIn("Only lines near a finding or change are shown", self.one("main").text)
         self.assertLess(DRIVER.execute_script("return document.querySelectorAll('*').length"), 300_000)
-        for item in ("c1", "f1"):  # the library's version, then the first refused field
+        for item in ("f1", "f2"):
             self.type("n")
             self.assertEqual(self.focused(), item)
 
@@ -332,6 +400,7 @@ if __name__ == "__main__":
         "allowed": make_page("allowed", *shop("v6.xml", "v7.xml"), 0),
         "hostile": make_page("hostile", *hostile_pair(), 1),
         "large": make_page("large", *wide_pair(), 1),
+        "many": make_page("many", *many_pair(), 1),
     }
     # A separate profile, so that the user's profile is neither read nor written.
     with tempfile.TemporaryDirectory() as home:

@@ -1,6 +1,7 @@
 // Findings and changes as HTML. Tested by tests/report/html_test.cpp and tests/browser/html_test.py.
 #include "report/render/html_items.h"
 
+#include "report/render/html_rules.h"
 #include "report/render/html_text.h"
 #include "report/result/words.h"
 
@@ -38,8 +39,8 @@ std::string List(const std::vector<std::string>& items) {
 }
 
 std::string Result(const std::string& rule, int code) {
-  return "<p class=\"result\">" + (rule.empty() ? "" : Code(rule) + " ") + std::to_string(code) + " " + Html(CodeNameOf(code)) +
-         "</p>\n";
+  return "<p class=\"result\">" + (rule.empty() ? "" : RuleLink(rule) + " ") + std::to_string(code) + " " +
+         Html(CodeNameOf(code)) + "</p>\n";
 }
 
 std::string Problem(const std::string& summary, const std::string& checker_text) {
@@ -56,7 +57,7 @@ std::string HtmlItems::Finding(const PageFinding& listed) const {
                      (finding.path.empty() ? "the library" : Code(finding.path)) + "</h3>\n";
   if (IsAdvice(finding)) {
     html += "<p class=\"problem\">" + Html(SummaryOf(finding.verdict)) + "</p>\n<p class=\"result\">" +
-            Code(finding.verdict.rule) + "</p>\n";
+            RuleLink(finding.verdict.rule) + "</p>\n";
   } else {
     html += Problem(SummaryOf(finding.verdict), finding.verdict.text) + Result(finding.verdict.rule, finding.verdict.code);
   }

@@ -9,6 +9,7 @@
 #include "report/render/html_items.h"
 #include "report/render/html_layout.h"
 #include "report/render/html_page.h"
+#include "report/render/html_rules.h"
 #include "report/render/html_source.h"
 #include "report/render/html_text.h"
 #include "report/render/render.h"
@@ -21,18 +22,21 @@ namespace {
 
 class HtmlReport {
  public:
-  explicit HtmlReport(const Report& report) : report_(report), page_(report), sources_(page_), items_(page_, sources_) {}
+  explicit HtmlReport(const Report& report)
+      : report_(report), page_(report), sources_(page_), items_(page_, sources_), rules_(page_) {}
 
   std::string Text() {
     html_ = HtmlHead(kPageScript, std::string(WordOf(VerdictOf(summary_))) + " \u2013 " + Title());
     html_ += "<body>\n<a class=\"skip\" href=\"#main\">Skip to the findings</a>\n" + LayoutPatterns();
-    html_ += "<header>\n" + Verdict() + "</header>\n" + Contents() + Filter() + "<main id=\"main\" tabindex=\"-1\">\n";
+    html_ += "<header>\n" + Verdict() + "</header>\n" + Contents() + rules_.Index() + Filter() +
+             "<main id=\"main\" tabindex=\"-1\">\n";
     Faults();
     Notes();
-    Libraries();
     for (std::size_t i = 0; i < report_.tables.size(); ++i) Table(page_.folded().tables()[i], i);
+    Libraries();
     OtherTables();
     LeftOut();
+    html_ += rules_.Explanations();
     for (std::size_t i = 0; i < page_.pairs().size(); ++i) html_ += sources_.SectionOf(i);
     html_ += "</main>\n<footer><p>korvelcheck " KORVEL_VERSION "</p></footer>\n<script>";
     html_ += kPageScript.text;
@@ -63,14 +67,20 @@ class HtmlReport {
     return html + "<h1>" + Title() + "</h1>\n<p>" + Html(ToText(summary_)) + "</p>\n";
   }
 
+  // Open if it leaves room for the first finding on the first screen.
   std::string Contents() const {
+    constexpr std::size_t kMaxOpen = 12;
+    std::size_t count = 0;
     std::string items;
     for (std::size_t i = 0; i < report_.tables.size(); ++i) {
       const TableResult& table = report_.tables[i];
       if (HasNothingToShow(table)) continue;
+      ++count;
       items += "<li><a href=\"#t" + std::to_string(i + 1) + "\">" + Html(table.table) + "</a> " + StatusBadge(table) + "</li>\n";
     }
-    return items.empty() ? "" : "<nav aria-label=\"tables\"><ul>\n" + items + "</ul></nav>\n";
+    return count == 0 ? ""
+                      : "<nav aria-label=\"tables\"><details" + std::string(count <= kMaxOpen ? " open" : "") + ">\n<summary>" +
+                            Counted(count, "table") + "</summary>\n<ul>\n" + items + "</ul></details></nav>\n";
   }
 
   // Hidden until the script runs.
@@ -103,7 +113,7 @@ class HtmlReport {
     html_ += "<section>\n<h2>Not checked</h2>\n";
     for (const InputFault& fault : report_.faults) {
       html_ += "<article class=\"item refused\" tabindex=\"0\" data-status=\"refused\">\n<h3>" +
-               Badge("refused", TextOf(StatusStyle::kRefused).sign, "error") + " " + Code(RuleOf(fault.kind).id) +
+               Badge("refused", TextOf(StatusStyle::kRefused).sign, "error") + " " + RuleLink(RuleOf(fault.kind).id) +
                "</h3>\n<p class=\"problem\">" + Html(fault.text) + "</p>\n<dl>\n" +
                Term("Location", fault.file.empty() ? "" : Code(ToText(LocationOf(fault)))) +
                Term("Allowed", Html(fault.allowed)) + Term("Needed by", fault.needed_by.empty() ? "" : Code(fault.needed_by)) +
@@ -134,7 +144,7 @@ class HtmlReport {
     for (const FileNote& note : report_.files) files.push_back(ToText(note));
     html_ += List(files);
     for (const ProjectFinding& finding : report_.project) {
-      html_ += ProjectFindingStart(finding) + " " + Code(finding.rule) + "</h3>\n<p class=\"problem\">" + Html(finding.text) +
+      html_ += ProjectFindingStart(finding) + " " + RuleLink(finding.rule) + "</h3>\n<p class=\"problem\">" + Html(finding.text) +
                "</p>\n<dl>\n" + Term("Location", Code(FileLineColumn(OneLine(finding.file), finding.position))) +
                Term("Waived", finding.waiver ? Html(ToText(*finding.waiver)) : "") +
                Term("Suggestion", HtmlLines(finding.suggestion)) +
@@ -174,12 +184,21 @@ class HtmlReport {
     const std::string id = "t" + std::to_string(position + 1);
     html_ += "<section class=\"table\" id=\"" + id + "\">\n<h2>" + Code(table.table) + " " + StatusBadge(table) + "</h2>\n" +
              "<p class=\"location\">" + items_.LocationOf(table.declared, page_.PairOf(table)) + "</p>\n";
-    if (table.status == Status::kRefused)
+    if (table.status == Status::kRefused && !IsRepeatedByFirst(folded))
       html_ += Problem("whole change: " + SummaryOf(table), table.verdict.text) + Result(table.verdict.rule, table.verdict.code);
     Changed(folded);
     const bool has_layout = HasOwnEdits(table) && table.first != table.second && !table.removed;
     if (has_layout && pictures_++ < page_.limits().pictures) html_ += WithLegend(LayoutSection(table, id));
     html_ += "</section>\n";
+  }
+
+  // Whether the first finding says the same as the verdict on the whole table.
+  bool IsRepeatedByFirst(const FoldedTable& folded) const {
+    const std::span<const PageFinding> findings = page_.FindingsOf(folded);
+    if (findings.empty()) return false;
+    const korvel::Verdict& first = findings.front().folded.finding->verdict;
+    const korvel::Verdict& whole = folded.table->verdict;
+    return first.code == whole.code && first.text == whole.text;
   }
 
   // The legend follows the first picture.
@@ -254,6 +273,7 @@ class HtmlReport {
   Page page_;
   HtmlSources sources_;
   HtmlItems items_;
+  HtmlRules rules_;
   Summary summary_ = Summarize(page_.folded());
   std::size_t pictures_ = 0;  // so far, including those left out
   bool has_legend_ = false;

@@ -5,6 +5,7 @@
   if (!form) return;
   const items = [...document.querySelectorAll('.item')];
   const sections = [...document.querySelectorAll('main section.table')];
+  const links = [...document.querySelectorAll('nav[aria-label=tables] li')];
   const search = document.getElementById('search');
   const count = document.getElementById('count');
 
@@ -19,6 +20,7 @@
     }
     const isFiltered = status !== 'all' || wanted.length > 0;
     for (const section of sections) section.hidden = isFiltered && !section.querySelector('.item:not([hidden])');
+    for (const link of links) link.hidden = document.getElementById(link.firstChild.hash.slice(1)).hidden;
     count.textContent = items.filter((item) => !item.hidden).length + ' of ' + items.length + ' shown';
   }
 
