@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
@@ -55,6 +56,26 @@ class Actions {
 
  private:
   posix_spawn_file_actions_t actions_;
+};
+
+// Lets signals end the process even if they are ignored here, as they are below nohup.
+class DefaultSignals {
+ public:
+  DefaultSignals() {
+    ::posix_spawnattr_init(&attributes_);
+    sigset_t all;
+    ::sigfillset(&all);
+    ::posix_spawnattr_setsigdefault(&attributes_, &all);
+    ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF);
+  }
+  DefaultSignals(const DefaultSignals&) = delete;
+  DefaultSignals& operator=(const DefaultSignals&) = delete;
+  ~DefaultSignals() { ::posix_spawnattr_destroy(&attributes_); }
+
+  const posix_spawnattr_t* get() const { return &attributes_; }
+
+ private:
+  posix_spawnattr_t attributes_;
 };
 
 std::vector<char*> Pointers(std::vector<std::string>& texts) {
@@ -120,8 +141,8 @@ pid_t Spawn(const Call& call, const Actions& actions) {
   std::vector<std::string> environment = {"ASAN_OPTIONS=exitcode=99", "UBSAN_OPTIONS=exitcode=99", "LSAN_OPTIONS=exitcode=99"};
   environment.insert(environment.end(), call.environment.begin(), call.environment.end());
   pid_t process = 0;
-  const int error = ::posix_spawn(&process, arguments.front().c_str(), actions.get(), nullptr, Pointers(arguments).data(),
-                                  Pointers(environment).data());
+  const int error = ::posix_spawn(&process, arguments.front().c_str(), actions.get(), DefaultSignals().get(),
+                                  Pointers(arguments).data(), Pointers(environment).data());
   EXPECT_EQ(error, 0) << "cannot start " << arguments.front();
   return error == 0 ? process : -1;
 }
