@@ -99,6 +99,19 @@ class ActionReports(Action):
         results = json.loads(self.read("sarif"))["runs"][0]["results"]
         self.assertEqual([result["ruleId"] for result in results], ["primary-key.size"])
 
+    def test_checks_once(self):
+        """Each format was a check of its own."""
+        self.log_calls()
+        done = self.check(WIDE_KEY, sarif=self.path("sarif"))
+        self.assert_status(done, 1)
+        self.assertEqual(self.read("calls"), "check\n")
+
+    def test_summary_of_earlier_commands_stays(self):
+        with open(self.path("GITHUB_STEP_SUMMARY"), "w", encoding="utf-8") as file:
+            file.write("before\n")
+        self.check(GROWN)
+        self.assertRegex(self.read("GITHUB_STEP_SUMMARY"), "^before\n.*korvelcheck: allowed")
+
     def test_a_new_file_alone_passes(self):
         base = self.git("rev-parse", "HEAD")
         self.write(NEW, "schemas/mall.xml")

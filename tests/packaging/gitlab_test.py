@@ -46,6 +46,14 @@ class Template(Repository):
         self.assertEqual([finding["check_name"] for finding in self.report()], ["primary-key.size"])
         self.assertEqual(self.report()[0]["location"]["path"], self.SCHEMA_FILE)
 
+    def test_checks_once(self):
+        """The text for the log was a check of its own."""
+        base = self.git("rev-parse", "HEAD")
+        self.commit(WIDE_KEY)
+        self.log_calls()
+        self.assertEqual(self.run_job(base).returncode, 1)
+        self.assertEqual(self.read("calls"), "check\n")
+
     def test_a_new_file_alone_passes(self):
         base = self.git("rev-parse", "HEAD")
         self.write(NEW, "schemas/mall.xml")

@@ -69,6 +69,14 @@ class Repository(unittest.TestCase):
             command, cwd=directory, env=self.environment | environment, capture_output=True, text=True, check=False
         )
 
+    def log_calls(self):
+        """From now on, each call of korvelcheck adds a line to the file calls."""
+        tool = self.path("tools/korvelcheck")
+        os.remove(tool)
+        with open(tool, "w", encoding="utf-8") as file:
+            file.write(f"#!/bin/sh\necho \"$1\" >>'{self.path('calls')}'\nexec '{TOOL}' \"$@\"\n")
+        os.chmod(tool, 0o755)
+
     def write(self, text, file=SCHEMA_FILE):
         path = os.path.join(self.repository, file)
         os.makedirs(os.path.dirname(path), exist_ok=True)

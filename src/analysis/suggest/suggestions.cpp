@@ -118,7 +118,8 @@ void FindSuggestions(const TableContext& context, const Difference& difference, 
   SuggestionFinder finder(context, difference, changes, known, work.search);
   finder.Run(true);
   std::optional<FixMaker> fixes;
-  if (with_fixes && context.new_source.text) fixes.emplace(context, difference, work.fixes);
+  const std::optional<SchemaText>& text = context.new_source.text;
+  if (with_fixes && text && !text->is_dump) fixes.emplace(context, difference, work.fixes);
   SuggestionWriter(finder, changes).Write(fixes ? &*fixes : nullptr);
 }
 

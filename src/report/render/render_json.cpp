@@ -23,7 +23,11 @@ Json List(const auto& values) {
 class JsonReport {
  public:
   JsonReport(const Report& report, JsonStream& json)
-      : report_(report), folded_(report), edits_(FoldEdits(folded_)), ranges_(LocationsOf(folded_, edits_)), json_(json) {
+      : report_(report),
+        folded_(report),
+        edits_(FoldEdits(folded_)),
+        ranges_(LocationsOf(folded_, edits_), Dumps::kHidden),
+        json_(json) {
     std::size_t numbers[2] = {};
     for (const FoldedFinding& folded : folded_.findings()) listed_as_.push_back(numbers[IsRefusal(folded) ? 1 : 0]++);
   }

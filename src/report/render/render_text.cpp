@@ -161,8 +161,8 @@ std::string RepeatedFindings(const FoldedReport& report, const SharedItems& item
 
 class TextReport {
  public:
-  TextReport(const Report& report, bool color)
-      : report_(report), color_(color), folded_(report), edits_(FoldEdits(folded_)), ranges_(LocationsOf(folded_)) {}
+  TextReport(const Report& report, bool color, Dumps dumps)
+      : report_(report), color_(color), folded_(report), edits_(FoldEdits(folded_)), ranges_(LocationsOf(folded_), dumps) {}
 
   std::string Text() {
     const Summary summary = Summarize(folded_);
@@ -291,8 +291,8 @@ class TextReport {
 
 }  // namespace
 
-std::string RenderTablesText(const Report& report, bool color) { return TextReport(report, color).Tables(); }
+std::string RenderTablesText(const Report& report, bool color) { return TextReport(report, color, Dumps::kShown).Tables(); }
 
-std::string RenderText(const Report& report, bool color) { return TextReport(report, color).Text(); }
+std::string RenderText(const Report& report, bool color) { return TextReport(report, color, Dumps::kHidden).Text(); }
 
 }  // namespace korvel

@@ -24,7 +24,8 @@ Level LimitLevelOf(const TableResult& table) {
 
 }  // namespace
 
-Issues::Issues(const FoldedReport& folded) : folded_(folded), paths_(folded.report().path_prefix), ranges_(LocationsOf(folded)) {
+Issues::Issues(const FoldedReport& folded)
+    : folded_(folded), paths_(folded.report().path_prefix), ranges_(LocationsOf(folded), Dumps::kHidden) {
   for (const InputFault& fault : folded.report().faults) AddFault(fault);
   for (const FoldedTable& table : folded.tables()) {
     const TableResult& result = *table.table;

@@ -98,7 +98,7 @@ auto KeyOf(const Location& location) {
 
 }  // namespace
 
-std::vector<std::optional<TextRange>> FindTextRanges(const std::vector<Location>& locations) {
+std::vector<std::optional<TextRange>> FindTextRanges(const std::vector<Location>& locations, Dumps dumps) {
   std::vector<std::optional<TextRange>> ranges(locations.size());
   std::vector<Point> points;
   for (const Location& location : locations) {
@@ -109,6 +109,7 @@ std::vector<std::optional<TextRange>> FindTextRanges(const std::vector<Location>
     if (source == nullptr) continue;
     TextRange& range = ranges[i].emplace();
     range.file = source->name;
+    if (dumps == Dumps::kHidden && source->text && source->text->is_dump) continue;
     if (const ReleasedSource* const released = FindReleased(*source)) {
       FillIn(*released, locations[i], range);
       continue;
@@ -126,11 +127,11 @@ std::vector<std::optional<TextRange>> FindTextRanges(const std::vector<Location>
   return ranges;
 }
 
-TextRanges::TextRanges(std::vector<Location> locations) : locations_(std::move(locations)) {
+TextRanges::TextRanges(std::vector<Location> locations, Dumps dumps) : locations_(std::move(locations)) {
   std::ranges::sort(locations_, std::less<>(), KeyOf);
   const auto is_same = [](const Location& one, const Location& other) { return KeyOf(one) == KeyOf(other); };
   locations_.erase(std::unique(locations_.begin(), locations_.end(), is_same), locations_.end());
-  ranges_ = FindTextRanges(locations_);
+  ranges_ = FindTextRanges(locations_, dumps);
 }
 
 const TextRange* TextRanges::Find(const Location& location) const {

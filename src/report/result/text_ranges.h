@@ -33,15 +33,18 @@ inline void FillIn(const qmx::TagRange& tag, TextRange& range) {
 // Whether two ranges begin at the same place.
 inline bool BeginAlike(const TextRange& a, const TextRange& b) { return a.file == b.file && a.span.begin == b.span.begin; }
 
+// Whether images have the text that was written for them (SchemaText::is_dump).
+enum class Dumps { kShown, kHidden };
+
 // The ranges of locations, in the same order; nullopt for a location without a source. Linear in the sizes of the files, plus
 // sorting the locations. Reads a text that was not kept if a location is not a meta as a whole; then the call throws as
 // FileText::Bytes. Otherwise the text is left alone, and the lines of the ranges are empty.
-std::vector<std::optional<TextRange>> FindTextRanges(const std::vector<Location>& locations);
+std::vector<std::optional<TextRange>> FindTextRanges(const std::vector<Location>& locations, Dumps dumps = Dumps::kShown);
 
 // The ranges of many locations: resolved together, looked up one by one.
 class TextRanges {
  public:
-  explicit TextRanges(std::vector<Location> locations);
+  explicit TextRanges(std::vector<Location> locations, Dumps dumps = Dumps::kShown);
 
   // Null for a location without a source. REQUIRES: the location was passed to the constructor. Logarithmic.
   const TextRange* Find(const Location& location) const;

@@ -28,7 +28,11 @@ std::vector<std::string> Argument::Choices() const {
   return std::ranges::all_of(words, IsWord) ? words : std::vector<std::string>();
 }
 
-bool Argument::TakesFile() const { return value.find("FILE") != std::string::npos || value.find("DIR") != std::string::npos; }
+// What begins with a format is no name of a file.
+bool Argument::TakesFile() const {
+  return value.find('=') == std::string::npos &&
+         (value.find("FILE") != std::string::npos || value.find("DIR") != std::string::npos);
+}
 
 Argument& ArgumentList::Add(Argument argument) {
   arguments_.push_back(std::move(argument));

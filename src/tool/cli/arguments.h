@@ -39,9 +39,6 @@ struct Argument {
   bool TakesFile() const;
 };
 
-// Thrown if the output would replace a file that the call needs: nothing may be written there, not even that the call failed.
-struct OutputIsInput : InputError {};
-
 // A call that ends without the result of its command.
 struct Failure {
   const char* command;

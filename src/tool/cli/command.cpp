@@ -50,8 +50,6 @@ int RunCommand(const Command& command, const std::vector<std::string>& words) {
       return kAllAllowed;
     }
     return run();
-  } catch (const OutputIsInput&) {
-    throw;
   } catch (const InputError& error) {
     fail(&error);
     throw;

@@ -26,12 +26,12 @@ std::string SetServerVersion(PartialSettings& given, const std::string& value) {
   return "";
 }
 
-std::string FailureReport(const ReportOptions& options, const Failure& failure) {
+std::string FailureReport(const ReportOptions& options, const Failure& failure, const Format& format, bool color) {
   Report report;
   report.command = failure.command;
   report.faults = FaultsOfCall(*failure.error);
   report.path_prefix = options.path_prefix;
-  return options.format->Render(report, options.output.CanColor());
+  return format.Render(report, color);
 }
 
 std::string SetListNum(PartialSettings& given, const std::string& value) {
@@ -183,7 +183,7 @@ void OutputOption::Write(const Producer& produce) const {
 
 void OutputOption::WriteFailure(const Failure& failure, bool is_for_people, const std::function<std::string()>& render) const {
   const bool is_wanted = failure.error != nullptr && !is_complete && !is_for_people;
-  const bool is_safe = !file || !MayBeInput(*file, failure.words);
+  const bool is_safe = !file || (!is_needed && !MayBeInput(*file, failure.words));
   try {
     if (is_wanted && is_safe) Write(AsProducer(render()));
   } catch (const std::exception&) {
@@ -195,7 +195,7 @@ void OutputOption::WriteFailure(const Failure& failure, bool is_for_people, cons
 void OutputOption::Discard(const Failure& failure) const {
   try {
     const std::string path = file ? *file : FindOutput(failure.words).value_or("-");
-    if (!is_complete && path != "-" && !MayBeInput(path, failure.words)) DiscardFile(path);
+    if (!is_complete && !is_needed && path != "-" && !MayBeInput(path, failure.words)) DiscardFile(path);
   } catch (const std::exception&) {
     // Out of memory: the call ends with its own error.
   }
@@ -227,6 +227,7 @@ void ReportOptions::AddTo(ArgumentList& arguments) {
   arguments.AddChoice(
       "--format", choices, [this](int code) { format = &Formats()[static_cast<std::size_t>(code)]; },
       "output format; default: text");
+  files.AddTo(arguments, choices);
   arguments.AddText(
       "--path-prefix", "TEXT", path_prefix,
       "put TEXT in front of the paths in sarif, github, gitlab, junit and markdown; default: what leads from the top of "
@@ -235,7 +236,19 @@ void ReportOptions::AddTo(ArgumentList& arguments) {
 }
 
 void ReportOptions::WriteFailure(const Failure& failure) const {
-  output.WriteFailure(failure, IsForPeople(), [&] { return FailureReport(*this, failure); });
+  output.WriteFailure(failure, IsForPeople(), [&] { return FailureReport(*this, failure, *format, output.CanColor()); });
+  files.WriteFailure(failure, [&](std::size_t one) { return FailureReport(*this, failure, Formats()[one], false); });
+}
+
+bool ReportOptions::AnyFormat(bool Format::*property) const {
+  return format->*property ||
+         std::ranges::any_of(files.files, [&](const ReportFiles::File& file) { return Formats()[file.format].*property; });
+}
+
+Outputs ReportOptions::AllOutputs() const {
+  Outputs outputs{&output};
+  files.AppendTo(outputs);
+  return outputs;
 }
 
 void TextOrJson::AddTo(ArgumentList& arguments) {
@@ -256,7 +269,7 @@ void RequireOneStandardInput(const std::vector<std::string>& inputs) {
 
 void RequireDistinctFiles(const std::vector<std::string>& inputs, const OutputOption& output) {
   RequireOneStandardInput(inputs);
-  RefuseOverlaps(inputs, output);
+  RefuseOverlaps(inputs, {&output});
 }
 
 }  // namespace korvel::tool

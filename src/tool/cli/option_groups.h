@@ -2,8 +2,10 @@
 #pragma once
 
 #include <cstddef>
+#include <deque>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -13,6 +15,7 @@
 #include "report/render/render.h"
 #include "report/render/rule_doc_format.h"
 #include "schema/file_below.h"
+#include "schema/input.h"
 #include "schema/settings.h"
 #include "tool/cli/arguments.h"
 #include "tool/io/output.h"
@@ -86,6 +89,8 @@ struct OutputOption {
   bool is_required = false;
   bool is_report = false;            // a failing call discards the result of an earlier call: see DiscardFile
   mutable bool is_complete = false;  // the result was written
+  mutable bool is_needed = false;    // the call needs the old file: nothing may be written there, not even that the call failed
+  const char* option = "-o";         // as messages name it
 
   void AddTo(ArgumentList& arguments);
 
@@ -101,6 +106,24 @@ struct OutputOption {
   void Discard(const Failure& failure) const;
 };
 
+// Files that a call writes.
+using Outputs = std::vector<const OutputOption*>;
+
+// --report: the same report in further formats, each in a file of its own
+struct ReportFiles {
+  struct File {
+    std::size_t format;  // its position in the list of formats
+    OutputOption output;
+  };
+  std::deque<File> files = {};
+
+  void AddTo(ArgumentList& arguments, std::span<const NamedCode> formats);
+
+  void AppendTo(Outputs& outputs) const;
+  // Writes the report of a call that failed to each file, as OutputOption::WriteFailure. Does not throw.
+  void WriteFailure(const Failure& failure, const std::function<std::string(std::size_t format)>& render) const;
+};
+
 // --log, --log-format, --log-level
 struct LogOptions {
   bool is_open = false;  // --log was given
@@ -109,14 +132,20 @@ struct LogOptions {
   void AddTo(ArgumentList& arguments);
 };
 
-// --format of a report, --output, --log
+// --format of a report, --output, --report, --log
 struct ReportOptions {
   const Format* format = Formats().data();
   std::optional<std::string> path_prefix;  // see ServicePaths
   OutputOption output;
+  ReportFiles files;
   LogOptions log;
 
   void AddTo(ArgumentList& arguments);
+
+  // Whether one of the requested formats has a property: &Format::shows_fixes.
+  bool AnyFormat(bool Format::*property) const;
+  Texts texts() const { return AnyFormat(&Format::shows_sources) ? Texts::kShown : Texts::kWhenNeeded; }
+  Outputs AllOutputs() const;
 
   // Whether the report is text on standard output. If it would have nothing but faults, their messages on standard error are
   // enough.
@@ -155,11 +184,14 @@ struct PageFormat {
 // The file that the words of a call name with -o, even if other words are wrong.
 std::optional<std::string> FindOutput(const std::vector<std::string>& words);
 
+// The files that they name with --report.
+std::vector<std::string> FindReportFiles(const std::vector<std::string>& words);
+
 // Whether the output file of a call may be one that it reads: a project file, a schema, or a file that it names a second time.
 bool MayBeInput(const std::string& file, const std::vector<std::string>& words);
 
-// Throws InputError if the output or the log would replace or change one of the files that are read, or the other one.
-void RefuseOverlaps(const std::vector<std::string>& inputs, const OutputOption& output, const LogOptions& log = {});
+// Throws InputError if an output or the log would replace or change one of the files that are read, or another one of them.
+void RefuseOverlaps(const std::vector<std::string>& inputs, const Outputs& outputs, const LogOptions& log = {});
 
 // Throws UsageError if standard input is read twice.
 void RequireOneStandardInput(const std::vector<std::string>& inputs);

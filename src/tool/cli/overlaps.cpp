@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "base/input_error.h"
 #include "base/text.h"
@@ -56,6 +57,30 @@ bool IsSchema(const std::string& file) {
   }
 }
 
+// The path of an input; that of standard input may be a link to a file.
+std::string OnDisk(const std::string& input) { return input == "-" ? "/dev/stdin" : input; }
+
+// What is wrong with an output that an input or the log needs; "" if none does. Marks the output.
+std::string OverlapOf(const OutputOption& output, const std::vector<std::string>& inputs, const std::string& log_file) {
+  if (!output.file) return "";
+  const auto is_same = [&](const std::string& input) { return IsSameFile(*output.file, OnDisk(input)); };
+  const std::string option = output.option;
+  const bool is_input = std::ranges::any_of(inputs, is_same);
+  const bool is_log = !log_file.empty() && IsSameFile(*output.file, log_file);
+  output.is_needed = output.is_needed || is_input || is_log;
+  if (is_input) return option + " " + OneLine(*output.file) + " would replace an input";
+  return is_log ? option + " and --log are the same file: " + OneLine(*output.file) : "";
+}
+
+void RefuseRepeatedOutput(const Outputs& outputs) {
+  for (auto second = outputs.begin(); second != outputs.end(); ++second) {
+    for (auto first = outputs.begin(); first != second; ++first) {
+      if (!(*first)->file || !(*second)->file || !IsSameFile(*(*first)->file, *(*second)->file)) continue;
+      throw UsageError{std::string("two reports in the same file: ") + (*second)->option + " " + OneLine(*(*second)->file)};
+    }
+  }
+}
+
 }  // namespace
 
 std::optional<std::string> FindOutput(const std::vector<std::string>& words) {
@@ -71,26 +96,35 @@ std::optional<std::string> FindOutput(const std::vector<std::string>& words) {
   return file;
 }
 
+std::vector<std::string> FindReportFiles(const std::vector<std::string>& words) {
+  constexpr std::string_view kOption = "--report";
+  std::vector<std::string> files;
+  for (std::size_t i = 0; i < words.size() && words[i] != "--"; ++i) {
+    const bool is_joined = words[i].starts_with(kOption) && words[i].substr(kOption.size()).starts_with('=');
+    const std::string value = is_joined ? words[i].substr(kOption.size() + 1) : i > 0 && words[i - 1] == kOption ? words[i] : "";
+    const std::size_t at = value.find('=');
+    if (at != std::string::npos && at + 1 < value.size()) files.push_back(value.substr(at + 1));
+  }
+  return files;
+}
+
 bool MayBeInput(const std::string& file, const std::vector<std::string>& words) {
   const bool is_project_file = std::filesystem::path(file).filename() == kProjectFileName;
   return is_project_file || IsNamedTwice(words, file) || IsSchema(file);
 }
 
-void RefuseOverlaps(const std::vector<std::string>& inputs, const OutputOption& output, const LogOptions& log) {
+void RefuseOverlaps(const std::vector<std::string>& inputs, const Outputs& outputs, const LogOptions& log) {
+  std::vector<std::string> errors;
   const std::string log_file = log.settings.file.value_or("");
-  const std::string output_file = output.file.value_or("");
+  for (const OutputOption* const output : outputs) {
+    if (std::string error = OverlapOf(*output, inputs, log_file); !error.empty()) errors.push_back(std::move(error));
+  }
   for (const std::string& path : inputs) {
-    const std::string input = path == "-" ? "/dev/stdin" : path;  // which may be a link to a file
-    if (!output_file.empty() && IsSameFile(output_file, input)) {
-      throw OutputIsInput{{{ToolMessage("-o " + OneLine(output_file) + " would replace an input")}}};
-    }
-    if (!log_file.empty() && IsSameFile(log_file, input)) {
-      throw InputError{{ToolMessage("--log " + OneLine(log_file) + " would change an input")}};
-    }
+    if (log_file.empty() || !IsSameFile(log_file, OnDisk(path))) continue;
+    errors.push_back("--log " + OneLine(log_file) + " would change an input");
   }
-  if (!output_file.empty() && !log_file.empty() && IsSameFile(output_file, log_file)) {
-    throw OutputIsInput{{{ToolMessage("-o and --log are the same file: " + OneLine(output_file))}}};
-  }
+  if (!errors.empty()) throw InputError{{ToolMessage(errors.front())}};
+  RefuseRepeatedOutput(outputs);
 }
 
 }  // namespace korvel::tool

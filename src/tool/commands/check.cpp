@@ -37,24 +37,25 @@ struct CheckArguments {
             .given = settings.given,
             .project = project,
             .max_findings = limit.max_findings,
-            .wants_allowed_changes = report.format->shows_allowed_changes,
+            .wants_allowed_changes = report.AnyFormat(&Format::shows_allowed_changes),
             .in_order = report.log.is_open};
   }
 };
 
 CheckRequest RequestOf(const CheckArguments& arguments, const Project* project) {
-  return {
-      .command = "check",
-      .paths = arguments.inputs.paths,
-      .baselines = arguments.baseline.For(arguments.inputs.paths, project),
-      .allow_new = arguments.allow_new,
-      .format = arguments.report.format,
-      .options = arguments.OptionsFor(project),
-      .searches_projects = arguments.settings.SearchesProjects(),
-      .links = arguments.settings.links(),
-      .on_files =
-          [&](const std::vector<std::string>& files) { RefuseOverlaps(files, arguments.report.output, arguments.report.log); },
-      .reports_faults = true};
+  return {.command = "check",
+          .paths = arguments.inputs.paths,
+          .baselines = arguments.baseline.For(arguments.inputs.paths, project),
+          .allow_new = arguments.allow_new,
+          .texts = arguments.report.texts(),
+          .options = arguments.OptionsFor(project),
+          .searches_projects = arguments.settings.SearchesProjects(),
+          .links = arguments.settings.links(),
+          .on_files =
+              [&](const std::vector<std::string>& files) {
+                RefuseOverlaps(files, arguments.report.AllOutputs(), arguments.report.log);
+              },
+          .reports_faults = true};
 }
 
 int Run(const CheckArguments& arguments) {

@@ -1,4 +1,5 @@
 // Tested by tests/tool/history_test.cpp and history_git_test.cpp.
+#include <algorithm>
 #include <utility>
 
 #include "base/input_error.h"
@@ -24,6 +25,7 @@ struct HistoryArguments {
   std::optional<std::string> from;
   std::optional<std::string> tags;
   OutputOption output{.is_report = true};
+  ReportFiles files;
   std::optional<std::string> path_prefix;  // see ServicePaths
   const HistoryFormat* format = HistoryFormats().data();
 
@@ -44,7 +46,8 @@ struct HistoryArguments {
         "--from";
     output.AddTo(arguments);
     arguments.OnFailure([this](const Failure& failure) {
-      output.WriteFailure(failure, IsForPeople(), [&] { return FailureReport(*failure.error); });
+      output.WriteFailure(failure, IsForPeople(), [&] { return FailureReport(*failure.error, *format, output.CanColor()); });
+      files.WriteFailure(failure, [&](std::size_t one) { return FailureReport(*failure.error, HistoryFormats()[one], false); });
     });
     AddFormatTo(arguments);
   }
@@ -54,6 +57,7 @@ struct HistoryArguments {
     arguments.AddChoice(
         "--format", choices, [this](int code) { format = &HistoryFormats()[static_cast<std::size_t>(code)]; },
         "output format; default: text");
+    files.AddTo(arguments, choices);
     arguments.AddText("--path-prefix", "TEXT", path_prefix,
                       "put TEXT in front of the paths in sarif, github, gitlab, junit and markdown");
   }
@@ -61,12 +65,24 @@ struct HistoryArguments {
   // Whether the result is text on standard output.
   bool IsForPeople() const { return !output.file && format == HistoryFormats().data(); }
 
-  std::string FailureReport(const InputError& error) const {
+  std::string FailureReport(const InputError& error, const HistoryFormat& one, bool color) const {
     Histories failed;
     failed.faults = FaultsOfCall(error);
     std::string report;
-    format->write(failed, path_prefix, output.CanColor(), [&](std::string_view piece) { report += piece; });
+    one.write(failed, path_prefix, color, [&](std::string_view piece) { report += piece; });
     return report;
+  }
+
+  Outputs AllOutputs() const {
+    Outputs outputs{&output};
+    files.AppendTo(outputs);
+    return outputs;
+  }
+
+  bool ShowsTexts() const {
+    return format->shows_texts || std::ranges::any_of(files.files, [](const ReportFiles::File& file) {
+             return HistoryFormats()[file.format].shows_texts;
+           });
   }
 
   bool IsInGit() const { return uses_git || from || tags || inputs.paths.empty(); }
@@ -77,7 +93,8 @@ std::vector<FileVersions> VersionsOf(const HistoryArguments& arguments, const Pr
   if (arguments.IsInGit()) {
     return VersionsInGit({paths, arguments.from, arguments.tags, arguments.settings.links()}, project);
   }
-  RequireDistinctFiles(paths, arguments.output);
+  RequireOneStandardInput(paths);
+  RefuseOverlaps(paths, arguments.AllOutputs());
   if (paths.size() < 2) {
     const bool is_committed = paths.front() != "-" && IsInHead(paths.front());
     throw UsageError{std::string("at least two versions are required") +
@@ -101,7 +118,7 @@ int Run(const HistoryArguments& arguments) {
   const std::optional<Project> project = arguments.settings.ReadProject();
   HistoryCheck check;
   check.files = VersionsOf(arguments, project ? &*project : nullptr);
-  RefuseOverlaps(FilesOnDisk(check.files), arguments.output);
+  RefuseOverlaps(FilesOnDisk(check.files), arguments.AllOutputs());
   vesk::ClosedCategory log;
   check.options = {.tables = arguments.selection.tables,
                    .given = arguments.settings.given,
@@ -111,8 +128,12 @@ int Run(const HistoryArguments& arguments) {
   check.fails_on_warnings = arguments.fail_on.Warnings(check.options.project);
   check.strict_waivers = arguments.strict_waivers;
   check.allows_faults = arguments.IsInGit();
-  check.keeps_texts = arguments.format->shows_texts;
+  check.keeps_texts = arguments.ShowsTexts();
   const Histories histories = CheckHistories(check);
+  for (const ReportFiles::File& file : arguments.files.files) {
+    file.output.Write(
+        [&](const TextSink& sink) { HistoryFormats()[file.format].write(histories, arguments.path_prefix, false, sink); });
+  }
   arguments.output.Write([&](const TextSink& sink) {
     arguments.format->write(histories, arguments.path_prefix, arguments.output.CanColor(), sink);
   });

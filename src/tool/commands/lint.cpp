@@ -66,7 +66,7 @@ void AddTables(const std::vector<std::string>& paths, const CheckOptions& option
 
 // A table is acceptable if it may stay as it is.
 CommandResult Lint(const LintArguments& arguments, const CheckOptions& options) {
-  CommandResult result = LoadReadable("lint", kFiles, arguments.inputs.paths, *arguments.report.format);
+  CommandResult result = LoadReadable("lint", kFiles, arguments.inputs.paths, arguments.report.texts());
   RequireTablesInEach(result);
   const auto projects = std::make_shared<ProjectSet>(options.project, arguments.settings.SearchesProjects());
   AddTables(result.paths, options, *projects, arguments.settings.links(), result);
@@ -83,7 +83,7 @@ int Run(const LintArguments& arguments) {
     return Lint(arguments, {.given = arguments.settings.given,
                             .project = project ? &*project : nullptr,
                             .max_findings = arguments.limit.max_findings,
-                            .wants_allowed_changes = arguments.report.format->shows_allowed_changes,
+                            .wants_allowed_changes = arguments.report.AnyFormat(&Format::shows_allowed_changes),
                             .log = log,
                             .in_order = arguments.report.log.is_open});
   });

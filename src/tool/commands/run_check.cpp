@@ -16,7 +16,7 @@ namespace korvel::tool {
 namespace {
 
 CommandResult CheckPair(const CheckRequest& request, ProjectSet& projects) {
-  CommandResult result = LoadForReport(request.command, kOldAndNew, request.paths, *request.format);
+  CommandResult result = LoadForReport(request.command, kOldAndNew, request.paths, request.texts);
   const std::string& path = request.paths.back();
   InputProject nearest = InputProjects(projects, request.links).Of(path);
   result.inputs.back().path_in_project = std::move(nearest.path_in_project);
@@ -60,7 +60,7 @@ ProjectResult CheckAgainst(const CheckRequest& request, ProjectSet& projects, co
   if (is_first) WarnOfRepeated(check.files.repeated);
   if (request.on_files) request.on_files(ShownFiles(check.files, check.states));
   check.allow_new = request.allow_new;
-  check.shows_sources = request.format->shows_sources;
+  check.shows_sources = request.texts == Texts::kShown;
   ProjectProgress progress;
   check.on_progress = std::ref(progress);
   return CheckProject(check);

@@ -29,7 +29,7 @@ struct CheckRequest {
   std::vector<std::string> paths;      // OLD and NEW; with a baseline, files and directories, or none
   std::vector<std::string> baselines;  // see BaselineOption::For
   bool allow_new = false;
-  const Format* format = Formats().data();
+  Texts texts = Texts::kWhenNeeded;
   CheckOptions options = {};
   bool searches_projects = false;  // nested project files judge the schema files below them
   Links links = Links::kRefuse;    // to files of the project

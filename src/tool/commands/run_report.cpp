@@ -46,16 +46,14 @@ void ReadShownTexts(const Report& report) {
 
 }  // namespace
 
-CommandResult LoadForReport(const char* command, const InputRoles& roles, const std::vector<std::string>& paths,
-                            const Format& format) {
-  CommandResult result = LoadReadable(command, roles, paths, format);
+CommandResult LoadForReport(const char* command, const InputRoles& roles, const std::vector<std::string>& paths, Texts texts) {
+  CommandResult result = LoadReadable(command, roles, paths, texts);
   if (!result.report.faults.empty()) throw ErrorOf(std::move(result.report.faults));
   return result;
 }
 
-CommandResult LoadReadable(const char* command, const InputRoles& roles, const std::vector<std::string>& paths,
-                           const Format& format) {
-  LoadedInputs loaded = TryToLoadInputs(paths, format.shows_sources ? Texts::kShown : Texts::kWhenNeeded);
+CommandResult LoadReadable(const char* command, const InputRoles& roles, const std::vector<std::string>& paths, Texts texts) {
+  LoadedInputs loaded = TryToLoadInputs(paths, texts);
   CommandResult result{.inputs = std::move(loaded.inputs), .paths = std::move(loaded.paths)};
   result.report.faults = std::move(loaded.faults);
   result.report.command = command;
@@ -68,18 +66,21 @@ CommandResult LoadReadable(const char* command, const InputRoles& roles, const s
 int RunReport(const ReportOptions& options, const std::vector<std::string>& inputs,
               const std::function<CommandResult(LPVESKCATEGORYINST log)>& check) {
   RequireOneStandardInput(inputs);
-  RefuseOverlaps(inputs, options.output, options.log);
+  RefuseOverlaps(inputs, options.AllOutputs(), options.log);
   const std::unique_ptr<vesk::LogCategory> log = OpenLog(options.log);
   vesk::ClosedCategory closed;
   // Never destroyed: the end of the process gives the memory of the schemas back faster.
   static std::vector<std::unique_ptr<CommandResult>>& results = *new std::vector<std::unique_ptr<CommandResult>>;
   CommandResult& result = *results.emplace_back(std::make_unique<CommandResult>(check(log ? log->handle() : closed.handle())));
   const std::vector<InputFault>& faults = result.report.faults;
-  if (!faults.empty() && result.report.tables.empty() && options.IsForPeople()) throw ErrorOf(faults);
   result.report.path_prefix = options.path_prefix;
-  AddSuggestions(result.report, options.format->shows_fixes);
+  AddSuggestions(result.report, options.AnyFormat(&Format::shows_fixes));
   if (log) log->Close();
   ReadShownTexts(result.report);
+  for (const ReportFiles::File& file : options.files.files) {
+    file.output.Write([&](const TextSink& sink) { Formats()[file.format].write(result.report, false, sink); });
+  }
+  if (!faults.empty() && result.report.tables.empty() && options.IsForPeople()) throw ErrorOf(faults);
   options.output.Write([&](const TextSink& sink) { options.format->write(result.report, options.output.CanColor(), sink); });
   if (log) ReportLog(*log);
   const bool is_visible = options.IsForPeople() && ::isatty(STDOUT_FILENO) == 1;
@@ -89,7 +90,7 @@ int RunReport(const ReportOptions& options, const std::vector<std::string>& inpu
 
 int RunPairReport(const PairArguments& arguments, const PairCommand& command) {
   return RunReport(arguments.report, arguments.inputs.paths, [&](LPVESKCATEGORYINST log) {
-    CommandResult result = LoadForReport(command.name, command.roles, arguments.inputs.paths, *arguments.report.format);
+    CommandResult result = LoadForReport(command.name, command.roles, arguments.inputs.paths, arguments.report.texts());
     if (command.project != nullptr) result.report.projects.push_back({command.project->file, 1});
     const Pair pair = PairOf(result.report);
     const std::vector<std::string> tables = command.select(pair, arguments.selection.tables);

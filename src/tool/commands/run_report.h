@@ -33,12 +33,10 @@ inline constexpr InputRoles kSourceAndDestination{"source", "destination"};
 inline constexpr InputRoles kFiles{"file", "file"};
 
 // Loads the inputs of a report without tables yet. Throws InputError.
-CommandResult LoadForReport(const char* command, const InputRoles& roles, const std::vector<std::string>& paths,
-                            const Format& format);
+CommandResult LoadForReport(const char* command, const InputRoles& roles, const std::vector<std::string>& paths, Texts texts);
 
 // The same, but files that cannot be read are faults of the report.
-CommandResult LoadReadable(const char* command, const InputRoles& roles, const std::vector<std::string>& paths,
-                           const Format& format);
+CommandResult LoadReadable(const char* command, const InputRoles& roles, const std::vector<std::string>& paths, Texts texts);
 
 // Opens the log, runs `check`, and writes its report. `log` is never null. Returns the exit code. Prints the
 // faults of the report on standard error, unless the report shows them

@@ -251,7 +251,7 @@ CommandResult Check(const WaiveArguments& arguments, const std::vector<std::stri
 // nested project file that they belong to instead.
 std::optional<std::string> WaiveIn(const std::string& path, const std::string& of_call, const WaiveArguments& arguments,
                                    const WaiveWords& words) {
-  RefuseOverlaps({path}, arguments.output);
+  RefuseOverlaps({path}, {&arguments.output});
   const DirectoryLock lock(path);  // so that no waiver of another call is lost
   if (lock.error() != 0) Refuse("cannot lock " + OneLine(lock.directory().string()) + ": " + std::strerror(lock.error()));
   const std::string text = TextOf(path, arguments.settings);

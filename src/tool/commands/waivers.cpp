@@ -90,7 +90,7 @@ CheckRequest RequestOf(const WaiversArguments& arguments, const Project* project
                       .log = log},
           .searches_projects = arguments.settings.SearchesProjects(),
           .links = arguments.settings.links(),
-          .on_files = [&](const std::vector<std::string>& files) { RefuseOverlaps(files, arguments.output); }};
+          .on_files = [&](const std::vector<std::string>& files) { RefuseOverlaps(files, {&arguments.output}); }};
 }
 
 int Run(const WaiversArguments& arguments) {
