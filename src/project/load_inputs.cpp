@@ -9,6 +9,8 @@
 
 #include "base/input_error.h"
 #include "base/parallel.h"
+#include "project/revision_hint.h"
+#include "schema/file_bytes.h"
 #include "schema/input.h"
 
 namespace korvel {
@@ -20,9 +22,21 @@ struct Loaded {
   std::exception_ptr fault;
 };
 
-Loaded TryToLoad(const std::string& path, Git& git, Texts texts) {
+// `paths` are those of the call.
+Input Load(const std::string& path, const std::vector<std::string>& paths, Git& git, Texts texts) {
+  if (const std::optional<GitPath> in_git = ParseGitPath(path)) return LoadBytes(path, git.Read(*in_git), texts);
   try {
-    return {LoadInput(path, git, texts), nullptr};
+    return LoadFile(path, texts);
+  } catch (const InputError&) {
+    const std::string hint = HintForFile(path, paths);
+    if (hint.empty()) throw;
+    RefuseFile(path, "No such file or directory" + hint);
+  }
+}
+
+Loaded TryToLoad(const std::string& path, const std::vector<std::string>& paths, Git& git, Texts texts) {
+  try {
+    return {Load(path, paths, git, texts), nullptr};
   } catch (...) {
     return {std::nullopt, std::current_exception()};
   }
@@ -36,16 +50,13 @@ std::size_t UsefulThreads(const std::vector<std::string>& paths) {
 
 }  // namespace
 
-Input LoadInput(const std::string& path, Git& git, Texts texts) {
-  const std::optional<GitPath> in_git = ParseGitPath(path);
-  return in_git ? LoadBytes(path, git.Read(*in_git), texts) : LoadFile(path, texts);
-}
+Input LoadInput(const std::string& path, Git& git, Texts texts) { return Load(path, {}, git, texts); }
 
 LoadedInputs TryToLoadInputs(const std::vector<std::string>& paths, Texts texts) {
   LoadedInputs result;
   std::vector<Loaded> files(paths.size());
   Git git;
-  ForEach(paths.size(), UsefulThreads(paths), [&](std::size_t i) { files[i] = TryToLoad(paths[i], git, texts); });
+  ForEach(paths.size(), UsefulThreads(paths), [&](std::size_t i) { files[i] = TryToLoad(paths[i], paths, git, texts); });
   for (std::size_t i = 0; i < paths.size(); ++i) {
     try {
       if (files[i].fault != nullptr) std::rethrow_exception(files[i].fault);

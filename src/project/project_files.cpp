@@ -13,7 +13,9 @@
 #include "project/dropped_files.h"
 #include "project/file_selection.h"
 #include "project/git.h"
+#include "project/near_pattern.h"
 #include "project/project_path.h"
+#include "project/revision_hint.h"
 
 namespace korvel {
 namespace {
@@ -27,9 +29,10 @@ std::string Below(const fs::path& path, const std::string& top, const std::strin
   return below == "." ? "" : below.string();
 }
 
-std::string NoMatch(const Project& project, const ProjectText& pattern, bool is_excluded) {
-  const std::string what = is_excluded ? " matches only files that 'exclude' leaves out" : " matches no file";
-  return OneLine(FileLineColumn(PathText(project.file), pattern.location) + ": error: " + Quote(pattern.text) + what +
+std::string NoMatch(const ProjectScope& scope, const ProjectText& pattern, bool is_excluded, FileTree& state) {
+  const std::string what = is_excluded ? " matches only files that 'exclude' leaves out"
+                                       : " matches no file" + ToText(FindNearPattern(pattern.text, scope, state));
+  return OneLine(FileLineColumn(PathText(scope.project->file), pattern.location) + ": error: " + Quote(pattern.text) + what +
                  "; allowed: patterns that match a file of either state");
 }
 
@@ -67,7 +70,7 @@ void AddCovered(const WholeProject& whole, const ProjectStates& states, const Pr
       const bool is_excluded = std::ranges::any_of(states.new_state->Below(scope.directory), [&](const std::string& file) {
         return patterns.MatchBeforeExclude(pattern, file);
       });
-      faults.lines.push_back(NoMatch(*scope.project, pattern, is_excluded));
+      faults.lines.push_back(NoMatch(scope, pattern, is_excluded, *states.new_state));
     }
   }
 }
@@ -89,7 +92,7 @@ ProjectFiles FilesOfPatterns(WholeProject& whole, const ProjectStates& states) {
     };
     add(*states.old_state, files.in_old);
     add(*states.new_state, files.in_new);
-    if (!is_matched) faults.lines.push_back(NoMatch(*states.projects->OfCall().project, pattern, is_excluded));
+    if (!is_matched) faults.lines.push_back(NoMatch(states.projects->OfCall(), pattern, is_excluded, *states.new_state));
   }
   states.projects->RequireNoFaults();
   AddCovered(whole, states, files, faults);
@@ -136,6 +139,17 @@ std::vector<std::string> AddedElsewhere(const ProjectFiles& files, const Project
   return added;
 }
 
+// The files and directories in a directory, also those deeper in it.
+std::set<std::string> NamesIn(const FileTree& state, const std::string& directory) {
+  std::set<std::string> names;
+  for (const std::string& file : state.Below(directory)) {
+    for (std::string_view name = file; name.size() > directory.size(); name = DirectoryOf(name)) {
+      if (!names.emplace(name).second) break;
+    }
+  }
+  return names;
+}
+
 // Why a path selects nothing.
 std::string Missing(const ProjectStates& states, const std::string& given, const std::string& path) {
   const std::string begin = OneLine(given) + ": ";
@@ -144,13 +158,18 @@ std::string Missing(const ProjectStates& states, const std::string& given, const
                        ", such as a submodule; check it there");
   }
   if (!states.new_state->Below(path).empty()) {
-    const bool has_patterns = !Patterns(states.projects->Of(path + "/")).IsEmpty();
-    const std::string lacks = has_patterns ? "matches 'paths' of the project file" : "has the suffix .xml or .qmb";
-    return ToolMessage(begin + "no file in it " + lacks);
+    const ProjectScope& scope = states.projects->Of(path + "/");
+    const std::optional<NearPattern> near = FindPatternFor(path, scope, *states.new_state);
+    if (!Patterns(scope).IsEmpty())
+      return ToolMessage(begin + "no file in it matches 'paths' of the project file" + ToText(near));
+    const std::string file = near ? states.new_state->Display(PrefixOf(scope.directory) + near->file) : "";
+    return ToolMessage(
+        begin + "no file in it has the suffix .xml or .qmb" +
+        (near ? "; " + PathText(file) + " is a schema file: name it, or select it by 'paths' of a project file" : ""));
   }
-  std::vector<std::string> files = states.new_state->Below(std::string(DirectoryOf(path)));
-  std::vector<std::string_view> near(files.begin(), files.end());
-  return ToolMessage(begin + "no schema file in either state" + DidYouMean(path, near));
+  const std::set<std::string> names = NamesIn(*states.new_state, std::string(DirectoryOf(path)));
+  const std::vector<std::string_view> near(names.begin(), names.end());
+  return ToolMessage(begin + "no schema file in either state" + DidYouMean(path, near) + HintForPath(given));
 }
 
 // Of the paths that select nothing, only those with dropped files are allowed.
@@ -209,7 +228,7 @@ ProjectStates OpenStates(const Baseline& baseline, ProjectSet& projects, Links l
     std::error_code error;
     if (!fs::is_directory(name, error)) {
       const std::string reason = error ? error.message() : "is not a directory";
-      throw InputError{{ToolMessage(OneLine(name) + ": " + reason + "; allowed: " + kAllowedBaselines)}};
+      throw InputError{{ToolMessage(OneLine(name) + ": " + reason + HintForBaseline(name) + "; allowed: " + kAllowedBaselines)}};
     }
     states.top = AbsolutePath(project == nullptr ? "" : project->directory);
     if (Contains(name, states.top)) {

@@ -21,7 +21,9 @@ TableResult CheckReadability(const Pair& pair, const std::string& table, LPVESKC
 }
 
 int Run(const CompatArguments& arguments) {
-  return RunPairReport(arguments, {"compat", kOldAndNew, SelectFromFirst, CheckReadability});
+  return RunPairReport(
+      arguments,
+      {.name = "compat", .roles = kOldAndNew, .select = SelectFromFirst, .check = CheckReadability, .prints_notes = true});
 }
 
 }  // namespace

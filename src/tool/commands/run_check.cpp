@@ -9,6 +9,7 @@
 #include "base/text.h"
 #include "project/check_project.h"
 #include "project/input_projects.h"
+#include "tool/commands/pair_notes.h"
 #include "tool/io/exit.h"
 #include "tool/io/progress.h"
 
@@ -23,6 +24,7 @@ CommandResult CheckPair(const CheckRequest& request, ProjectSet& projects) {
   CheckOptions options = request.options;
   options.project = nearest.project;
   const Pair pair = PairOf(result.report);
+  if (request.prints_pair_notes) PrintPairNotes(request.command, pair, request.paths);
   const Selection selection = SelectTables(pair, options.tables);
   CheckEachTable(result.report, pair, selection.compared, options);
   for (const std::string& table : selection.added) result.report.tables.push_back(CheckNewTable(pair.second, table, options));

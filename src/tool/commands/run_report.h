@@ -61,6 +61,7 @@ struct PairCommand {
   // Checks one of them. May be called by several threads.
   std::function<TableResult(const Pair& pair, const std::string& table, LPVESKCATEGORYINST log)> check;
   const Project* project = nullptr;  // whose settings it uses
+  bool prints_notes = false;         // see PrintPairNotes
 };
 
 // Runs it. Returns and throws as RunReport.

@@ -12,6 +12,7 @@
 #include "schema/source.h"
 #include "tool/cli/command.h"
 #include "tool/cli/option_groups.h"
+#include "tool/commands/pair_notes.h"
 #include "tool/io/exit.h"
 
 namespace korvel::tool {
@@ -84,6 +85,7 @@ int Run(const SuggestArguments& arguments) {
   const std::vector<Input> inputs = LoadInputs(arguments.inputs.paths);
   const Input& new_input = inputs.back();
   RequireText(new_input, arguments.whole_file);
+  PrintPairNotes("suggest", {inputs.front(), new_input}, arguments.inputs.paths);
   ProjectSet projects(project ? &*project : nullptr, arguments.settings.SearchesProjects());
   const InputProject nearest = InputProjects(projects, arguments.settings.links()).Of(arguments.inputs.paths.back());
   const std::vector<TableQuestion> questions = QuestionsOf({inputs.front(), new_input}, arguments, nearest.project);
