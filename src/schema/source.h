@@ -48,11 +48,12 @@ void ListTables(Source& source);
 // Position of a meta in declaration order, 0-based; nullopt if the library has no meta of the name. Logarithmic.
 std::optional<std::uint32_t> PositionOf(const Source& source, const std::string& name);
 
-// An element of a source, or one attribute of it. Borrows the source.
+// An element of a source, one attribute of it, or a part of the attribute's value. Borrows the source.
 struct Location {
   const Source* source = nullptr;  // null: no location
   qmx::ElementId element;
   std::string_view attribute;  // its name in schema files, a constant; empty: the element as a whole
+  qmx::Span part = {};         // bytes of the attribute's value in the library; empty: the value as a whole
 
   explicit operator bool() const { return source != nullptr; }
 };

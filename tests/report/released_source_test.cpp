@@ -21,7 +21,9 @@ constexpr char kMall[] =
     "  <meta\n    name=\"c\"><entry name=\"k\" type=\"int8\"/></meta>\n"
     "</metalib>\n";
 
-Location In(const Source& source, const Location& location) { return {&source, location.element, location.attribute}; }
+Location In(const Source& source, const Location& location) {
+  return {&source, location.element, location.attribute, location.part};
+}
 
 TEST(ReleasedSource, KeepsNameAndChosenLocations) {
   const Source mall = ReadSource("mall.xml", kMall);
@@ -51,6 +53,18 @@ TEST(ReleasedSource, ShowsOnlyTheFileOfOtherLocations) {
     ASSERT_TRUE(range);
     EXPECT_EQ(ToText(*range), "mall.xml");
   }
+}
+
+TEST(ReleasedSource, KeepsPartsOfAnAttribute) {
+  const Source mall = ReadSource("mall.xml",
+                                 "<metalib name=\"m\" version=\"1\"><meta name=\"t\" customattr=\"A=1;B=2\">"
+                                 "<entry name=\"a\" type=\"int8\"/></meta></metalib>");
+  const Location meta = DeclaredAt(mall, "t");
+  const Location first{&mall, meta.element, "customattr", {0, 3}};
+  const Location second{&mall, meta.element, "customattr", {4, 7}};
+  const auto released = korvel::ReleaseExcept(mall, {second, first});
+  EXPECT_EQ(ToText(*FindTextRanges({In(*released, first)}).at(0)), "mall.xml:1:58");
+  EXPECT_EQ(ToText(*FindTextRanges({In(*released, second)}).at(0)), "mall.xml:1:62");
 }
 
 TEST(ReleasedSource, OfImageShowsOnlyTheFile) {

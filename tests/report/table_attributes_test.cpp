@@ -26,7 +26,18 @@ TEST(TableAttributes, SplitIntoPairsWithUniqueKeys) {
   EXPECT_EQ(SplitAttributes("")->size(), 0u);
   EXPECT_EQ(SplitAttributes("A=1;B=")->size(), 2u);
   EXPECT_EQ(SplitAttributes("A=1=2")->front().value, "1=2");
-  for (const char* text : {"A", "=1", "A=1;", ";A=1", "A=1;;B=2", "A=1;A=2"}) EXPECT_FALSE(SplitAttributes(text)) << text;
+  for (const char* text : {"A", "=1", " =1", "A=1;", ";A=1", "A=1;;B=2", "A=1;A=2", "A=1; a =2"}) {
+    EXPECT_FALSE(SplitAttributes(text)) << text;
+  }
+}
+
+TEST(TableAttributes, KnowTheirPlacesInTheText) {
+  const Text text = "A=1; B = 2;C=";
+  std::string parts;
+  for (const korvel::AttributePair& pair : *SplitAttributes(text)) {
+    parts += "[" + text->substr(pair.span.begin, pair.span.end - pair.span.begin) + "]";
+  }
+  EXPECT_EQ(parts, "[A=1][ B = 2][C=]");
 }
 
 // A text that is constructed to be slow is compared as a whole.
@@ -43,6 +54,30 @@ TEST(TableAttributes, ChangeKeyByKey) {
   EXPECT_EQ(Changes(std::nullopt, "A=1;B=2"), "A:  -> 1, B:  -> 2");
   EXPECT_EQ(Changes("A=", "B="), "A: \"\" -> , B:  -> \"\"");
   EXPECT_EQ(Changes("A=1;B=2", "C=3"), "A: 1 -> , B: 2 -> , C:  -> 3");
+}
+
+// A key that is only spelled differently is not removed and added.
+TEST(TableAttributes, ChangeOfSpellingIsOneChange) {
+  EXPECT_EQ(Changes("ListNum=4", " ListNum = 5"), "ListNum: 4 ->  ListNum = 5");
+  EXPECT_EQ(Changes("listnum =4", "ListNum=4"), "listnum: 4 -> ListNum=4");
+  EXPECT_EQ(Changes("ListNum=4", "ListNum= 4"), "ListNum: 4 ->  4");
+  EXPECT_EQ(ChangeAttributes("A=1;B=2", " a =1;B=3", {"A"}), " a =1;B=2");
+  EXPECT_EQ(ChangeAttributes(" a =1;B=2", "A=1;B=3", {"B"}), " a =1;B=3");
+}
+
+TEST(TableAttributes, ChangesHaveBothPlaces) {
+  const auto places = [](const char* old_text, const char* new_text) {
+    std::string text;
+    for (const AttributeChange& change : CompareAttributes(old_text, new_text)) {
+      const auto part = [](const char* of, const qmx::Span& span) {
+        return std::string(of).substr(span.begin, span.end - span.begin);
+      };
+      text += "[" + part(old_text, change.old_part) + "|" + part(new_text, change.new_part) + "]";
+    }
+    return text;
+  };
+  EXPECT_EQ(places("A=1;B=2;C=3", "D=4;C=5;A=1"), "[B=2|][C=3|C=5][|D=4]");
+  EXPECT_EQ(places("odd", "A=1"), "[|]") << "the text as a whole";
 }
 
 TEST(TableAttributes, ChangeAsAWholeIfNoKeyDiffers) {

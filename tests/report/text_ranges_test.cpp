@@ -67,6 +67,36 @@ TEST(FindTextRanges, ResolvesLocations) {
   }
 }
 
+// Parts of a value are bytes of the library; the text may have references for them.
+TEST(FindTextRanges, ResolvesPartsOfAnAttribute) {
+  const Source mall =
+      ReadSource("mall.xml",
+                 "<metalib name=\"m\" version=\"1\">\n"
+                 "<meta name=\"t\" customattr='A=&lt;&#x3b;B=\xc3\xa9;\n C=1'><entry name=\"a\" type=\"int8\"/></meta>\n"
+                 "</metalib>");
+  const auto text_of = [&](const qmx::Span& part) {
+    return ToText(mall, *FindTextRanges({Location{&mall, {Kind::kMeta}, "customattr", part}}).at(0));
+  };
+  EXPECT_EQ(text_of({0, 3}), "2:28-2:34 A=&lt;");
+  EXPECT_EQ(text_of({4, 8}), "2:40-2:43 B=\xc3\xa9");
+  EXPECT_EQ(text_of({9, 14}), "2:44-3:5 \n C=1");
+  EXPECT_EQ(text_of({}), "2:28-3:5 A=&lt;&#x3b;B=\xc3\xa9;\n C=1");
+  EXPECT_EQ(text_of({9, 15}), "2:28-3:5 A=&lt;&#x3b;B=\xc3\xa9;\n C=1") << "not inside the value: the value as a whole";
+}
+
+TEST(TextRanges, FindPartsByLocation) {
+  const Source mall = ReadSource("mall.xml",
+                                 "<metalib name=\"m\" version=\"1\"><meta name=\"t\" customattr=\"A=1;B=2\">"
+                                 "<entry name=\"a\" type=\"int8\"/></meta></metalib>");
+  const Location whole{&mall, {Kind::kMeta}, "customattr"};
+  const Location first{&mall, {Kind::kMeta}, "customattr", {0, 3}};
+  const Location second{&mall, {Kind::kMeta}, "customattr", {4, 7}};
+  const TextRanges ranges({second, whole, first});
+  EXPECT_EQ(ToText(mall, *ranges.Find(first)), "1:58-1:61 A=1");
+  EXPECT_EQ(ToText(mall, *ranges.Find(second)), "1:62-1:65 B=2");
+  EXPECT_EQ(ToText(mall, *ranges.Find(whole)), "1:58-1:65 A=1;B=2");
+}
+
 TEST(FindTextRanges, ManyAtOnceEqualOneByOne) {
   const Source mall = ReadSource("mall.xml", kMall);
   const Source other = ReadSource("other.xml", kMall);

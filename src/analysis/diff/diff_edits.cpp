@@ -76,7 +76,9 @@ class PairEdits {
       edit.before = std::move(change.before);
       edit.after = std::move(change.after);
       edit.old_location = OldLocation(Kind::kMeta, 0, old_meta.customattr ? "customattr" : "");
+      edit.old_location.part = change.old_part;
       edit.new_location = NewLocation(Kind::kMeta, 0, new_meta.customattr ? "customattr" : "");
+      edit.new_location.part = change.new_part;
     }
   }
 

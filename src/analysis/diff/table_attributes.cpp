@@ -12,34 +12,49 @@ namespace {
 
 using Pairs = std::vector<AttributePair>;
 
+char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+bool IsSameKey(std::string_view a, std::string_view b) { return std::ranges::equal(BareKey(a), BareKey(b), {}, Lower, Lower); }
+
 const AttributePair* Find(const Pairs& pairs, std::string_view key) {
-  const auto found = std::ranges::find(pairs, key, &AttributePair::key);
+  const auto found = std::ranges::find_if(pairs, [&](const AttributePair& pair) { return IsSameKey(pair.key, key); });
   return found == pairs.end() ? nullptr : &*found;
 }
 
 bool HasUniqueKeys(const Pairs& pairs) {
-  std::vector<std::string_view> keys;
-  for (const AttributePair& pair : pairs) keys.push_back(pair.key);
-  std::ranges::sort(keys);
-  return std::ranges::adjacent_find(keys) == keys.end();
+  return std::ranges::all_of(pairs, [&](const AttributePair& pair) { return Find(pairs, pair.key) == &pair; });
 }
 
 std::string ValueOrEmpty(const std::optional<std::string>& text) { return text ? ValueText(*text) : ""; }
 
+std::string NewValue(const AttributePair& before, const AttributePair& after) {
+  const std::string_view whole(after.key.data(), after.span.end - after.span.begin);
+  return ValueText(after.key == before.key ? after.value : whole);
+}
+
 std::vector<AttributeChange> ComparePairs(const Pairs& old_pairs, const Pairs& new_pairs) {
   std::vector<AttributeChange> changes;
-  for (const auto& [key, value] : old_pairs) {
-    const AttributePair* const after = Find(new_pairs, key);
-    if (after != nullptr && after->value == value) continue;
-    changes.push_back({std::string(key), ValueText(value), after == nullptr ? "" : ValueText(after->value)});
+  for (const AttributePair& before : old_pairs) {
+    const AttributePair* const after = Find(new_pairs, before.key);
+    if (after != nullptr && after->key == before.key && after->value == before.value) continue;
+    changes.push_back({std::string(BareKey(before.key)), ValueText(before.value),
+                       after == nullptr ? "" : NewValue(before, *after), before.span,
+                       after == nullptr ? qmx::Span() : after->span});
   }
-  for (const auto& [key, value] : new_pairs) {
-    if (Find(old_pairs, key) == nullptr) changes.push_back({std::string(key), "", ValueText(value)});
+  for (const AttributePair& after : new_pairs) {
+    if (Find(old_pairs, after.key) == nullptr) {
+      changes.push_back({std::string(BareKey(after.key)), "", ValueText(after.value), {}, after.span});
+    }
   }
   return changes;
 }
 
 }  // namespace
+
+std::string_view BareKey(std::string_view key) {
+  const std::size_t begin = std::min(key.find_first_not_of(' '), key.size());
+  return key.substr(begin, key.find_last_not_of(' ') + 1 - begin);
+}
 
 std::optional<Pairs> SplitAttributes(const std::optional<std::string>& text) {
   Pairs pairs;
@@ -47,8 +62,10 @@ std::optional<Pairs> SplitAttributes(const std::optional<std::string>& text) {
   for (std::string_view rest = *text;;) {
     const std::string_view pair = rest.substr(0, rest.find(';'));
     const std::size_t sign = pair.find('=');
-    if (sign == std::string_view::npos || sign == 0 || pairs.size() == kMaxAttributePairs) return std::nullopt;
-    pairs.push_back({pair.substr(0, sign), pair.substr(sign + 1)});
+    if (sign == std::string_view::npos || pairs.size() == kMaxAttributePairs) return std::nullopt;
+    if (BareKey(pair.substr(0, sign)).empty()) return std::nullopt;
+    const std::size_t begin = text->size() - rest.size();
+    pairs.push_back({pair.substr(0, sign), pair.substr(sign + 1), {begin, begin + pair.size()}});
     if (pair.size() == rest.size()) break;
     rest.remove_prefix(pair.size() + 1);
   }
@@ -62,7 +79,7 @@ std::vector<AttributeChange> CompareAttributes(const std::optional<std::string>&
   const std::optional<Pairs> new_pairs = SplitAttributes(new_text);
   std::vector<AttributeChange> changes;
   if (old_pairs && new_pairs) changes = ComparePairs(*old_pairs, *new_pairs);
-  if (changes.empty()) changes.push_back({"", ValueOrEmpty(old_text), ValueOrEmpty(new_text)});
+  if (changes.empty()) changes.push_back({"", ValueOrEmpty(old_text), ValueOrEmpty(new_text), {}, {}});
   return changes;
 }
 
@@ -74,7 +91,9 @@ std::optional<std::string> ChangeAttributes(const std::optional<std::string>& ol
   // Only changes of single keys can be chosen partially, so both texts split.
   const Pairs old_pairs = *SplitAttributes(old_text);
   const Pairs new_pairs = *SplitAttributes(new_text);
-  const auto is_chosen = [&](std::string_view key) { return std::ranges::find(chosen_keys, key) != chosen_keys.end(); };
+  const auto is_chosen = [&](std::string_view key) {
+    return std::ranges::any_of(chosen_keys, [&](std::string_view chosen) { return IsSameKey(chosen, key); });
+  };
   std::string text;
   const auto add = [&text](const AttributePair& pair) {
     AppendPart(text, ";", pair.key);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/limits.h"
+#include "qmx/qmx_source_map.h"
 
 namespace korvel {
 
@@ -15,17 +16,23 @@ namespace korvel {
 struct AttributePair {
   std::string_view key;
   std::string_view value;
+  qmx::Span span;  // of both in the text
 };
 
+// The key without the spaces around it, which is how people mean it. The checker does not remove them.
+std::string_view BareKey(std::string_view key);
+
 // The pairs of "key=value;key=value"; none for an absent or empty text. nullopt if the text does not split into pairs with unique
-// keys, or has more than kMaxAttributePairs.
+// keys, or has more than kMaxAttributePairs. Keys that differ only in case and in the spaces around them count as equal.
 std::optional<std::vector<AttributePair>> SplitAttributes(const std::optional<std::string>& text);
 
-// A key whose value differs; the empty key means the whole text.
+// A key whose value or spelling differs; the empty key means the whole text.
 struct AttributeChange {
-  std::string key;
+  std::string key;     // as the old text has it, or else the new one, without the spaces around it
   std::string before;  // as in Edit; "" for an absent value
-  std::string after;
+  std::string after;   // likewise; the whole pair if the key is spelled differently
+  qmx::Span old_part;  // of the pair in each text; empty for an absent pair, and for the whole text
+  qmx::Span new_part;
 };
 
 // The changed keys: those of the old text in its order, then those that only the new text has. One change of the whole text if

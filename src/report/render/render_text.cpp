@@ -101,7 +101,8 @@ class FindingText {
   bool IsChangeVisible() const {
     const Edit& edit = EditAt(0);
     const bool has_both = !leads_old_ && lead_ != nullptr && other_ != nullptr && !OldValue().empty();
-    return has_both && edit.kind != EditKind::kEntryRenamed && TextAt(*lead_) == edit.after;
+    const std::string key = edit.kind == EditKind::kTableAttribute && !edit.item.empty() ? edit.item + "=" : "";
+    return has_both && edit.kind != EditKind::kEntryRenamed && TextAt(*lead_) == key + edit.after;
   }
 
   std::string Cause() const {

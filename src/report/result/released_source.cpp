@@ -30,7 +30,7 @@ std::vector<MetaRange> RangesOf(const std::vector<Location>& locations) {
 
 auto KeptKeyOf(const auto& kept) {
   const qmx::ElementId& id = kept.element;
-  return std::tuple(id.kind, id.meta, id.item, id.column, kept.attribute);
+  return std::tuple(id.kind, id.meta, id.item, id.column, kept.attribute, kept.part.begin, kept.part.end);
 }
 
 std::vector<KeptRange> ShownRanges(const std::vector<Location>& locations) {
@@ -41,6 +41,7 @@ std::vector<KeptRange> ShownRanges(const std::vector<Location>& locations) {
     if (!range.begin) continue;
     kept.push_back({locations[i].element,
                     locations[i].attribute,
+                    locations[i].part,
                     {range.span, *range.begin, range.end},
                     std::string(range.line),
                     range.line_begin});

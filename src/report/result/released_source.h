@@ -22,6 +22,7 @@ struct MetaRange {
 struct KeptRange {
   qmx::ElementId element;
   std::string_view attribute;  // as in Location
+  qmx::Span part;              // likewise
   qmx::TagRange tag;
   std::string line;
   std::size_t line_begin = 0;  // as in TextRange

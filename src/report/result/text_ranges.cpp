@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "qmx/tag_scanner.h"
+#include "qmx/value_part.h"
 #include "report/result/released_source.h"
 
 namespace korvel {
@@ -24,7 +25,10 @@ qmx::Span SpanOf(const Location& location) {
   const SchemaText& text = *location.source->text;
   const std::size_t element = text.source_map.Find(location.element).value_or(0);
   if (!location.attribute.empty()) {
-    if (const auto value = qmx::FindAttributeValue(text.Bytes(), element, location.attribute)) return *value;
+    if (const auto value = qmx::FindAttributeValue(text.Bytes(), element, location.attribute)) {
+      const bool is_whole = location.part.begin == location.part.end;
+      return is_whole ? *value : qmx::FindValuePart(text.Bytes(), *value, location.part).value_or(*value);
+    }
   }
   return StartTag(text.Bytes(), element);
 }
@@ -93,7 +97,8 @@ bool HasText(const Location& location) {
 
 auto KeyOf(const Location& location) {
   const qmx::ElementId& id = location.element;
-  return std::tuple(location.source, id.kind, id.meta, id.item, id.column, location.attribute);
+  return std::tuple(location.source, id.kind, id.meta, id.item, id.column, location.attribute, location.part.begin,
+                    location.part.end);
 }
 
 }  // namespace

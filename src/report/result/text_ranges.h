@@ -18,7 +18,7 @@ struct TextRange {
   // Unset for a location in an image, which has no text. Then the other members mean nothing.
   std::optional<qmx::LineColumn> begin;
   qmx::LineColumn end;         // after the last character
-  qmx::Span span;              // the value of the attribute (between its quotes); else the start tag of the element
+  qmx::Span span;              // the value of the attribute (between its quotes) or its part; else the element's start tag
   std::string_view line;       // the text of the line in which it begins, without its end and a byte order mark
   std::size_t line_begin = 0;  // offset of `line` in the file
 };
