@@ -12,6 +12,7 @@ namespace report_test {
 namespace {
 
 using korvel::Describe;
+using korvel::DescribeIn;
 using korvel::Difference;
 using korvel::Edit;
 using korvel::EditKind;
@@ -48,6 +49,24 @@ TEST(Edit, IsDescribedOnOneLine) {
   EXPECT_EQ(describe(EditKind::kEntryRenamed, "note", "note", ""), "field note renamed to \"\"");
   EXPECT_EQ(describe(EditKind::kEntryType, "", "uint32", "uint64"), "type of \"\": uint32 -> uint64");
   EXPECT_EQ(describe(EditKind::kIndexColumns, "by_zone", "zone", "zone desc"), "columns of index by_zone: zone -> zone desc");
+}
+
+TEST(Edit, NamesItsStructureInAListAboutAnotherTable) {
+  const auto describe = [](EditKind kind, const char* table) {
+    Edit edit;
+    edit.kind = kind;
+    edit.meta = kind == EditKind::kLibraryVersion ? "" : "item";
+    edit.item = kind < EditKind::kIndexAdded ? "" : "price";
+    edit.before = "1";
+    edit.after = "2";
+    return DescribeIn(table, edit);
+  };
+  EXPECT_EQ(describe(EditKind::kEntryVersion, "item"), "version of price: 1 -> 2");
+  EXPECT_EQ(describe(EditKind::kEntryVersion, "orders"), "version of item.price: 1 -> 2");
+  EXPECT_EQ(describe(EditKind::kEntryRemoved, "orders"), "field item.price removed");
+  EXPECT_EQ(describe(EditKind::kIndexColumns, "orders"), "columns of index item.price: 1 -> 2");
+  EXPECT_EQ(describe(EditKind::kMetaKind, "orders"), "kind of item: 1 -> 2");
+  EXPECT_EQ(describe(EditKind::kLibraryVersion, "orders"), "version of the library: 1 -> 2");
 }
 
 // The text at a location: the value of its attribute, or the name of its element.

@@ -93,4 +93,11 @@ std::string Describe(const Edit& edit) {
   return OneLine(wording.event.empty() ? Change(edit, wording) : Event(edit, wording));
 }
 
+std::string DescribeIn(const std::string& table, const Edit& edit) {
+  if (edit.kind < EditKind::kIndexAdded || edit.meta == table) return Describe(edit);
+  Edit qualified = edit;
+  qualified.item = edit.meta + "." + ValueText(edit.item);
+  return Describe(qualified);
+}
+
 }  // namespace korvel

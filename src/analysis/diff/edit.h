@@ -77,4 +77,7 @@ bool RemovesElement(const Edit& edit);
 // One line: "type of uid: uint32 -> uint64", "field note added", "field zone moved after n_items".
 std::string Describe(const Edit& edit);
 
+// The same in a list about `table`. An item of another structure has its name in front: "type of item.price: int32 -> int64".
+std::string DescribeIn(const std::string& table, const Edit& edit);
+
 }  // namespace korvel

@@ -3,6 +3,7 @@
 
 #include "base/text.h"
 #include "report/render/render.h"
+#include "report/render/text_color.h"
 #include "report/result/notes.h"
 #include "report/result/summary.h"
 #include "report/result/words.h"
@@ -12,11 +13,7 @@
 namespace korvel {
 namespace {
 
-std::string ColoredVerdict(OverallVerdict verdict, bool color) {
-  const bool is_bad = verdict == OverallVerdict::kRefused || verdict == OverallVerdict::kIncomplete;
-  const char* const sgr = is_bad ? "31" : verdict == OverallVerdict::kAllowed ? "32" : "33";
-  return color ? std::string("\x1b[") + sgr + "m" + WordOf(verdict) + "\x1b[0m" : WordOf(verdict);
-}
+std::string ColoredVerdict(OverallVerdict verdict, bool color) { return Colored(WordOf(verdict), ColorOf(verdict), color); }
 
 std::string ColoredVerdict(bool refused, bool color) {
   return ColoredVerdict(refused ? OverallVerdict::kRefused : OverallVerdict::kAllowed, color);

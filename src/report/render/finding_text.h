@@ -1,0 +1,20 @@
+// The findings of a text report. Every line ends with a newline.
+#pragma once
+
+#include <string>
+
+#include "report/result/fold.h"
+#include "report/result/text_ranges.h"
+
+namespace korvel {
+
+// " [primary-key.size]"; "" without a rule.
+std::string InBrackets(const std::string& rule);
+
+// A finding with all its lines. `ranges` has its locations (LocationsOf).
+std::string FindingText(const FoldedReport& report, const FoldedFinding& folded, const TextRanges& ranges, bool color);
+
+// One line for consecutive findings that are listed with an earlier table.
+std::string RepeatedFindingsText(const FoldedReport& report, const SharedItems& items, const TextRanges& ranges);
+
+}  // namespace korvel
