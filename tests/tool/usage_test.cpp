@@ -77,9 +77,12 @@ struct WrongUsage {
 TEST_F(UsageTest, WrongOptionsAreRefusedBeforeAnyFileIsRead) {
   const WrongUsage kCases[] = {
       {{"check"}, "OLD and NEW are required, or --against"},
-      {{"check", "no.xml"}, "NEW is required"},
+      {{"check", "no.xml"}, "NEW is required, or --against"},
       {{"check", "a", "b", "c"}, "unexpected argument 'c'"},
-      {{"check", "a", "--project", "none.toml"}, "NEW is required"},
+      {{"suggest"}, "OLD and NEW are required, or --against"},
+      {{"suggest", "a", "b", "c"}, "unexpected argument 'c'"},
+      {{"suggest", "a", "b", "--dry-run"}, "--dry-run requires --write"},
+      {{"suggest", "a", "b", "--write", "--file"}, "--file excludes --write"},
       {{"check", "a", "b", "c", "--project", "none.toml"}, "unexpected argument 'c'"},
       {{"check", "-", "-", "--project", "none.toml"}, "'-' (standard input) is given twice; allowed: once"},
       {{"check", "--tabel", "x", "a", "b"}, "unknown option '--tabel' (did you mean '--table'?)"},

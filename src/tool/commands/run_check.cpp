@@ -108,22 +108,20 @@ void BaselineOption::AddTo(ArgumentList& arguments) {
 std::vector<std::string> BaselineOption::For(const std::vector<std::string>& paths, const Project* project) const {
   const bool has_default = project != nullptr && !project->against.empty();
   std::vector<std::string> baselines = against;
-  if (baselines.empty() && has_default && (paths.empty() || IsGiven())) baselines = BaselinesOf(*project);
+  if (baselines.empty() && has_default && (paths.size() < 2 || IsGiven())) baselines = BaselinesOf(*project);
   if (baselines.empty() && default_against) baselines.push_back(*default_against);
   baselines.insert(baselines.end(), also_against.begin(), also_against.end());
   return baselines;
 }
 
 void RequireFiles(const std::vector<std::string>& paths, bool has_baseline) {
-  if (!has_baseline) {
-    if (paths.size() == 1) throw UsageError{"NEW is required"};
-    if (paths.size() > 2) throw UsageError{"unexpected argument " + Quote(paths[2])};
-  }
+  if (!has_baseline && paths.size() > 2) throw UsageError{"unexpected argument " + Quote(paths[2])};
   RequireOneStandardInput(paths);
 }
 
 void RequireBaseline(const CheckRequest& request) {
-  if (request.paths.empty() && !request.HasBaseline()) throw UsageError{"OLD and NEW are required, or --against"};
+  if (request.HasBaseline() || request.paths.size() == 2) return;
+  throw UsageError{std::string(request.paths.empty() ? "OLD and NEW are" : "NEW is") + " required, or --against"};
 }
 
 CommandResult RunCheck(const CheckRequest& request) {

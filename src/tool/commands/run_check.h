@@ -41,10 +41,11 @@ struct CheckRequest {
   bool HasBaseline() const { return !baselines.empty(); }
 };
 
-// Throws UsageError if the paths are neither two files nor, with a baseline, any number.
+// Throws UsageError if there are more than two paths without a baseline, or if standard input is among them twice. A project file
+// may name the baseline of fewer paths.
 void RequireFiles(const std::vector<std::string>& paths, bool has_baseline);
 
-// Throws UsageError if there is nothing to compare with.
+// Throws UsageError if there is nothing to compare with: neither a baseline nor two paths.
 void RequireBaseline(const CheckRequest& request);
 
 // Throws InputError. REQUIRES: a log.

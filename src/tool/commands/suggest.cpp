@@ -1,19 +1,24 @@
-// Tested by tests/tool/suggest_test.cpp.
-#include "analysis/suggest/suggest.h"
+// Tested by tests/tool/suggest_test.cpp and suggest_project_test.cpp.
+#include <algorithm>
+#include <utility>
 
 #include "base/alignment.h"
 #include "base/input_error.h"
 #include "base/text.h"
+#include "project/baseline.h"
 #include "project/input_projects.h"
 #include "project/load_inputs.h"
 #include "project/project.h"
 #include "schema/input.h"
 #include "schema/selection.h"
-#include "schema/source.h"
 #include "tool/cli/command.h"
 #include "tool/cli/option_groups.h"
 #include "tool/commands/pair_notes.h"
+#include "tool/commands/run_check.h"
+#include "tool/commands/suggest_files.h"
+#include "tool/commands/suggest_project.h"
 #include "tool/io/exit.h"
+#include "vesk/closed_category.h"
 
 namespace korvel::tool {
 namespace {
@@ -22,18 +27,25 @@ struct SuggestArguments {
   InputFiles inputs;
   TableSelection selection;
   TableSettings settings;
+  std::optional<std::string> against;
   OutputOption output;
   bool whole_file = false;
   bool is_diff = false;  // the default
+  bool writes = false;
+  bool is_dry_run = false;
 
   void AddTo(ArgumentList& arguments) {
-    inputs.AddPairTo(arguments, "OLD", "NEW");
+    inputs.AddComparedTo(arguments);
     selection.AddTo(arguments);
     settings.AddTo(arguments);
+    arguments.AddText("--against", "git:REV|DIR", against,
+                      "fix the project's schema files, compared with a commit or a directory as 'check --against' does");
     settings.AddProjectTo(arguments);
     output.AddTo(arguments);
     arguments.AddFlag("--file", whole_file, "print the whole fixed schema file");
-    arguments.AddFlag("--diff", is_diff, "print a unified diff from NEW to the fixed version (default)").excludes = "--file";
+    arguments.AddFlag("--diff", is_diff, "print a unified diff to the fixed version (default)").excludes = "--file";
+    arguments.AddFlag("--write", writes, "replace NEW, or the files of the project, by the fixed version").excludes = "--file";
+    arguments.AddFlag("--dry-run", is_dry_run, "with --write: print the diff and write nothing").needs = "--write";
   }
 };
 
@@ -46,57 +58,88 @@ std::vector<TableQuestion> QuestionsOf(const Pair& pair, const SuggestArguments&
   return questions;
 }
 
-// Edits the text of the file if possible; else writes a new one.
-SchemaSuggestion Suggest(const Input& old_input, const Input& new_input, const std::vector<TableQuestion>& questions) {
-  if (new_input.text) {
-    SchemaSuggestion suggestion = SuggestSchema(old_input, new_input, questions);
-    if (suggestion.is_rewritten) return suggestion;
-  }
-  // SchemaFile has checked that its text can be read.
-  return SuggestSchema(old_input, *SourceOfText(new_input.name, SchemaFile(new_input)), questions);
+// An image is written as a schema file in any case.
+void PrintNothingToFix(const std::vector<FixedFile>& files) {
+  if (!files.empty() && !files.front().input.text) return;
+  const std::string name = files.empty() ? "" : OneLine(files.front().input.name) + ": ";
+  PrintErrors({ToolMessage(name + "nothing to fix: every table that was compared is allowed")});
 }
 
-[[noreturn]] void RefuseAll(const Input& new_input, const SchemaSuggestion& suggestion) {
-  NothingAllowed reasons;
-  for (const TableRefusal& one : suggestion.refused) {
-    const std::string rule = one.verdict.rule.empty() ? "" : " [" + one.verdict.rule + "]";
-    reasons.lines.push_back(OneLine(PathText(new_input.name) + ": error: no suggestion: table " + Quote(one.table) +
-                                    " stays refused" + rule + " " + one.verdict.text));
-    for (const std::string& line : one.suggestions) reasons.lines.push_back("   " + OneLine(line));
-  }
-  if (suggestion.reached_work_limit) {
-    reasons.lines.emplace_back("   the search reached its limit for one call; use --table to search for one table at a time");
-  }
-  throw reasons;
+void RequireText(const Input& input, const SuggestArguments& arguments) {
+  if (input.text || arguments.whole_file) return;
+  const bool is_in_place = arguments.writes;
+  throw InputError{
+      {ToolMessage(OneLine(input.name) + (is_in_place ? " is an image; allowed with --write: a schema file"
+                                                      : " is an image, which has no lines to compare; allowed: --file"))}};
 }
 
-void PrintNothingToFix(const Input& input) {
-  PrintErrors({ToolMessage(OneLine(input.name) + ": nothing to fix: every table that was compared is allowed")});
+FixedFile FixPair(const SuggestArguments& arguments, const Project* project) {
+  const std::vector<std::string>& paths = arguments.inputs.paths;
+  if (arguments.writes) RequireReplaceable(paths.back());
+  std::vector<Input> inputs = LoadInputs(paths);
+  RequireText(inputs.back(), arguments);
+  PrintPairNotes("suggest", {inputs.front(), inputs.back()}, paths);
+  ProjectSet projects(project, arguments.settings.SearchesProjects());
+  const InputProject nearest = InputProjects(projects, arguments.settings.links()).Of(paths.back());
+  const std::vector<TableQuestion> questions = QuestionsOf({inputs.front(), inputs.back()}, arguments, nearest.project);
+  SchemaSuggestion suggestion = FixSchema(inputs.front(), inputs.back(), questions);
+  return {std::move(inputs.back()), paths.back(), std::move(suggestion)};
 }
 
-void RequireText(const Input& input, bool whole_file) {
-  if (input.text || whole_file) return;
-  throw InputError{{ToolMessage(OneLine(input.name) + " is an image, which has no lines to compare; allowed: --file")}};
+std::string ResultFor(const std::vector<FixedFile>& files, const SuggestArguments& arguments) {
+  if (arguments.whole_file) return files.front().suggestion.text;
+  if (arguments.writes && !arguments.is_dry_run) return WriteInPlace(files, false);
+  if (arguments.writes) WriteInPlace(files, true);
+  std::string diffs;
+  for (const FixedFile& file : files) {
+    const std::string name = PathText(file.input.name);
+    diffs += UnifiedDiff(name, file.input.text->Bytes(), name, file.suggestion.text);
+  }
+  return diffs;
+}
+
+// What to compare the files of the project with; none for OLD and NEW.
+std::vector<std::string> BaselinesFor(const SuggestArguments& arguments, const Project* project) {
+  if (arguments.against) return {*arguments.against};
+  return project == nullptr || arguments.inputs.paths.size() > 1 ? std::vector<std::string>() : BaselinesOf(*project);
+}
+
+std::vector<FixedFile> FixFiles(const SuggestArguments& arguments, const Project* project, NothingAllowed& reasons) {
+  vesk::ClosedCategory log;
+  const CheckRequest request{
+      .command = "suggest",
+      .paths = arguments.inputs.paths,
+      .baselines = BaselinesFor(arguments, project),
+      .options = {.tables = arguments.selection.tables,
+                  .given = arguments.settings.given,
+                  .project = project,
+                  .log = log.handle()},
+      .searches_projects = arguments.settings.SearchesProjects(),
+      .links = arguments.settings.links(),
+      .on_files = [&](const std::vector<std::string>& files) { RefuseOverlaps(files, {&arguments.output}); }};
+  RequireBaseline(request);
+  if (request.HasBaseline()) {
+    if (arguments.whole_file) throw UsageError{"--file requires OLD and NEW"};
+    return FixProject(request, reasons);
+  }
+  RequireDistinctFiles(request.paths, arguments.output);
+  std::vector<FixedFile> files;
+  files.push_back(FixPair(arguments, project));
+  AddReasons(files.front(), reasons);
+  return files;
 }
 
 int Run(const SuggestArguments& arguments) {
+  RequireFiles(arguments.inputs.paths, arguments.against.has_value());
   const std::optional<Project> project = arguments.settings.ReadProject();
-  RequireDistinctFiles(arguments.inputs.paths, arguments.output);
-  const std::vector<Input> inputs = LoadInputs(arguments.inputs.paths);
-  const Input& new_input = inputs.back();
-  RequireText(new_input, arguments.whole_file);
-  PrintPairNotes("suggest", {inputs.front(), new_input}, arguments.inputs.paths);
-  ProjectSet projects(project ? &*project : nullptr, arguments.settings.SearchesProjects());
-  const InputProject nearest = InputProjects(projects, arguments.settings.links()).Of(arguments.inputs.paths.back());
-  const std::vector<TableQuestion> questions = QuestionsOf({inputs.front(), new_input}, arguments, nearest.project);
-  const SchemaSuggestion suggestion = Suggest(inputs.front(), new_input, questions);
+  NothingAllowed reasons;
+  const std::vector<FixedFile> files = FixFiles(arguments, project ? &*project : nullptr, reasons);
+  const bool is_changed = std::ranges::any_of(files, [](const FixedFile& file) { return file.suggestion.is_changed; });
   // A table that stays refused, often for a reason of its own, does not withhold the suggestions for the others.
-  if (!suggestion.is_changed && !suggestion.refused.empty()) RefuseAll(new_input, suggestion);
-  if (!suggestion.is_changed && new_input.text) PrintNothingToFix(new_input);
-  const std::string name = PathText(new_input.name);
-  arguments.output.Write(arguments.whole_file ? suggestion.text
-                                              : UnifiedDiff(name, new_input.text->Bytes(), name, suggestion.text));
-  if (!suggestion.refused.empty()) RefuseAll(new_input, suggestion);
+  if (!is_changed && !reasons.lines.empty()) throw reasons;
+  if (!is_changed) PrintNothingToFix(files);
+  arguments.output.Write(ResultFor(files, arguments));
+  if (!reasons.lines.empty()) throw reasons;
   return kAllAllowed;
 }
 

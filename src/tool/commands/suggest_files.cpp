@@ -1,0 +1,76 @@
+// Tested by tests/tool/suggest_test.cpp and suggest_project_test.cpp.
+#include "tool/commands/suggest_files.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "base/input_error.h"
+#include "base/text.h"
+#include "project/git.h"
+#include "schema/file_bytes.h"
+#include "schema/source.h"
+#include "tool/io/output.h"
+
+namespace korvel::tool {
+namespace {
+
+void RequireUnmodified(const FixedFile& file) {
+  RequireReplaceable(file.path);
+  const Bytes now = ReadAll(OpenRegular(file.path));
+  if (now.View() == file.input.text->Bytes()) return;
+  throw InputError{
+      {ToolMessage(OneLine(file.input.name) + " was modified in the meantime; nothing was written; run the command again")}};
+}
+
+}  // namespace
+
+SchemaSuggestion FixSchema(const Input& old_input, const Input& new_input, const std::vector<TableQuestion>& questions) {
+  if (new_input.text) {
+    SchemaSuggestion suggestion = SuggestSchema(old_input, new_input, questions);
+    if (suggestion.is_rewritten) return suggestion;
+  }
+  // SchemaFile has checked that its text can be read.
+  return SuggestSchema(old_input, *SourceOfText(new_input.name, SchemaFile(new_input)), questions);
+}
+
+void AddReasons(const FixedFile& file, NothingAllowed& reasons) {
+  for (const TableRefusal& one : file.suggestion.refused) {
+    const std::string rule = one.verdict.rule.empty() ? "" : " [" + one.verdict.rule + "]";
+    reasons.lines.push_back(OneLine(PathText(file.input.name) + ": error: no suggestion: table " + Quote(one.table) +
+                                    " stays refused" + rule + " " + one.verdict.text));
+    for (const std::string& line : one.suggestions) reasons.lines.push_back("   " + OneLine(line));
+  }
+  if (file.suggestion.reached_work_limit && !file.suggestion.refused.empty()) {
+    reasons.lines.emplace_back("   the search reached its limit for one call; use --table to search for one table at a time");
+  }
+}
+
+void RequireReplaceable(const std::string& path) {
+  std::error_code ignored;
+  const std::filesystem::file_status status = std::filesystem::symlink_status(path, ignored);
+  std::string fault;
+  if (path == "-") fault = "is standard input";
+  if (ParseGitPath(path)) fault = "is a file of a commit";
+  if (std::filesystem::is_symlink(status)) fault = "is a symbolic link";
+  if (fault.empty() && std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+    fault = "is not a regular file";
+  if (fault.empty()) return;
+  throw InputError{{ToolMessage(OneLine(path) + " " + fault + "; allowed with --write: a regular file on the disk")}};
+}
+
+std::string WriteInPlace(const std::vector<FixedFile>& files, bool is_dry_run) {
+  for (const FixedFile& file : files) {
+    if (!file.input.text)
+      throw InputError{{ToolMessage(OneLine(file.input.name) + " is an image; allowed with --write: a schema file")}};
+    if (file.suggestion.is_changed) RequireUnmodified(file);
+  }
+  std::string done;
+  for (const FixedFile& file : files) {
+    if (!file.suggestion.is_changed || is_dry_run) continue;
+    WriteFile(file.path, AsProducer(file.suggestion.text));
+    done += PathText(file.input.name) + ": fixed\n";
+  }
+  return done;
+}
+
+}  // namespace korvel::tool

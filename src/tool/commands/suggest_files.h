@@ -1,0 +1,35 @@
+// Finds the fixed versions of schema files, and writes them in place.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "analysis/suggest/suggest.h"
+#include "schema/input.h"
+#include "tool/io/exit.h"
+
+namespace korvel::tool {
+
+// A new schema file and its fixed version.
+struct FixedFile {
+  Input input;
+  std::string path;  // to the file, as the call or the project names it
+  SchemaSuggestion suggestion;
+};
+
+// Edits the text of the new file if possible; else writes a new one.
+SchemaSuggestion FixSchema(const Input& old_input, const Input& new_input, const std::vector<TableQuestion>& questions);
+
+// Adds why tables of a file stay refused.
+void AddReasons(const FixedFile& file, NothingAllowed& reasons);
+
+// Throws InputError if the path does not lead to a regular file that can be replaced: links, standard input and files of commits
+// are refused. A file that does not exist passes; reading it fails.
+void RequireReplaceable(const std::string& path);
+
+// Replaces the files that have changes, each atomically, and returns a line for each. Throws InputError and writes nothing if one
+// of them is an image, or is not as it was when it was read. With `is_dry_run`, only checks them.
+std::string WriteInPlace(const std::vector<FixedFile>& files, bool is_dry_run);
+
+}  // namespace korvel::tool
