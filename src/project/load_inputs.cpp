@@ -23,7 +23,8 @@ struct Loaded {
 };
 
 // `paths` are those of the call.
-Input Load(const std::string& path, const std::vector<std::string>& paths, Git& git, Texts texts) {
+Input Load(const std::string& path, const std::vector<std::string>& paths, Git& git, Texts texts, const ReadFound& read_found) {
+  if (std::optional<Bytes> found = read_found ? read_found(path) : std::nullopt) return LoadBytes(path, std::move(*found), texts);
   if (const std::optional<GitPath> in_git = ParseGitPath(path)) return LoadBytes(path, git.Read(*in_git), texts);
   try {
     return LoadFile(path, texts);
@@ -34,9 +35,10 @@ Input Load(const std::string& path, const std::vector<std::string>& paths, Git& 
   }
 }
 
-Loaded TryToLoad(const std::string& path, const std::vector<std::string>& paths, Git& git, Texts texts) {
+Loaded TryToLoad(const std::string& path, const std::vector<std::string>& paths, Git& git, Texts texts,
+                 const ReadFound& read_found) {
   try {
-    return {Load(path, paths, git, texts), nullptr};
+    return {Load(path, paths, git, texts, read_found), nullptr};
   } catch (...) {
     return {std::nullopt, std::current_exception()};
   }
@@ -50,13 +52,14 @@ std::size_t UsefulThreads(const std::vector<std::string>& paths) {
 
 }  // namespace
 
-Input LoadInput(const std::string& path, Git& git, Texts texts) { return Load(path, {}, git, texts); }
+Input LoadInput(const std::string& path, Git& git, Texts texts) { return Load(path, {}, git, texts, nullptr); }
 
-LoadedInputs TryToLoadInputs(const std::vector<std::string>& paths, Texts texts) {
+LoadedInputs TryToLoadInputs(const std::vector<std::string>& paths, Texts texts, const ReadFound& read_found) {
   LoadedInputs result;
   std::vector<Loaded> files(paths.size());
   Git git;
-  ForEach(paths.size(), UsefulThreads(paths), [&](std::size_t i) { files[i] = TryToLoad(paths[i], paths, git, texts); });
+  ForEach(paths.size(), UsefulThreads(paths),
+          [&](std::size_t i) { files[i] = TryToLoad(paths[i], paths, git, texts, read_found); });
   for (std::size_t i = 0; i < paths.size(); ++i) {
     try {
       if (files[i].fault != nullptr) std::rethrow_exception(files[i].fault);

@@ -29,11 +29,11 @@ std::string Below(const fs::path& path, const std::string& top, const std::strin
   return below == "." ? "" : below.string();
 }
 
-std::string NoMatch(const ProjectScope& scope, const ProjectText& pattern, bool is_excluded, FileTree& state) {
+std::string NoMatch(const ProjectScope& scope, const ProjectText& pattern, bool is_excluded, const ProjectStates& states) {
   const std::string what = is_excluded ? " matches only files that 'exclude' leaves out"
-                                       : " matches no file" + ToText(FindNearPattern(pattern.text, scope, state));
+                                       : " matches no file" + ToText(FindNearPattern(pattern.text, scope, *states.new_state));
   return OneLine(FileLineColumn(PathText(scope.project->file), pattern.location) + ": error: " + Quote(pattern.text) + what +
-                 "; allowed: patterns that match a file of either state");
+                 "; allowed: patterns that match a file" + (states.has_old ? " of either state" : ""));
 }
 
 // Whether a directory is, or contains, another one; through links as well.
@@ -70,7 +70,7 @@ void AddCovered(const WholeProject& whole, const ProjectStates& states, const Pr
       const bool is_excluded = std::ranges::any_of(states.new_state->Below(scope.directory), [&](const std::string& file) {
         return patterns.MatchBeforeExclude(pattern, file);
       });
-      faults.lines.push_back(NoMatch(scope, pattern, is_excluded, *states.new_state));
+      faults.lines.push_back(NoMatch(scope, pattern, is_excluded, states));
     }
   }
 }
@@ -92,7 +92,7 @@ ProjectFiles FilesOfPatterns(WholeProject& whole, const ProjectStates& states) {
     };
     add(*states.old_state, files.in_old);
     add(*states.new_state, files.in_new);
-    if (!is_matched) faults.lines.push_back(NoMatch(states.projects->OfCall(), pattern, is_excluded, *states.new_state));
+    if (!is_matched) faults.lines.push_back(NoMatch(states.projects->OfCall(), pattern, is_excluded, states));
   }
   states.projects->RequireNoFaults();
   AddCovered(whole, states, files, faults);
@@ -169,7 +169,8 @@ std::string Missing(const ProjectStates& states, const std::string& given, const
   }
   const std::set<std::string> names = NamesIn(*states.new_state, std::string(DirectoryOf(path)));
   const std::vector<std::string_view> near(names.begin(), names.end());
-  return ToolMessage(begin + "no schema file in either state" + DidYouMean(path, near) + HintForPath(given));
+  return ToolMessage(begin + "no schema file" + (states.has_old ? " in either state" : "") + DidYouMean(path, near) +
+                     HintForPath(given));
 }
 
 // Of the paths that select nothing, only those with dropped files are allowed.

@@ -22,6 +22,7 @@ namespace korvel {
 // The two states of a project, with the same top.
 struct ProjectStates {
   Baseline baseline;
+  bool has_old = true;  // false: there is no earlier state, and messages do not mention it
   std::unique_ptr<FileTree> old_state;
   std::unique_ptr<FileTree> new_state;
   std::string top;                            // of the new state on the disk, absolute

@@ -25,6 +25,8 @@ inline constexpr ProjectRule kNoLongerCheckedRule{
     true};
 inline constexpr ProjectRule kUnreadableProjectRule{
     {"project.unreadable", 0, "", "a project file of the baseline cannot be read"}, "error", true};
+inline constexpr ProjectRule kRepeatedTableRule{
+    {"project.repeated-table", 0, "", "two schema files of a project declare the same table"}, "warning"};
 inline constexpr ProjectRule kSettingsChangedRule{
     {"project.settings-changed", 0, "", "a project file has different settings than before"}, "warning", true};
 inline constexpr ProjectRule kWaiverExpiredRule{{"waiver.expired", 0, "", "a waiver in the project file has expired"}, "error"};
@@ -34,9 +36,9 @@ inline constexpr ProjectRule kWaiverUnusedRule{{"waiver.unused", 0, "", "a waive
                                                "warning"};
 
 // All of them.
-inline constexpr std::array kProjectRules{&kNoLongerCheckedRule, &kSettingsChangedRule, &kUnreadableProjectRule,
-                                          &kReportLimitRule,     &kWaiverExpiredRule,   &kWaiverMalformedRule,
-                                          &kWaiverUnusedRule};
+inline constexpr std::array kProjectRules{&kNoLongerCheckedRule,   &kRepeatedTableRule, &kSettingsChangedRule,
+                                          &kUnreadableProjectRule, &kReportLimitRule,   &kWaiverExpiredRule,
+                                          &kWaiverMalformedRule,   &kWaiverUnusedRule};
 
 // The rule of that id, or null.
 const ProjectRule* FindProjectRule(std::string_view id);

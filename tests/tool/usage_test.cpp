@@ -106,7 +106,6 @@ TEST_F(UsageTest, WrongOptionsAreRefusedBeforeAnyFileIsRead) {
       {{"check", "a", "b", "--log", "-", "--log-level", "all"}, "--log-level: 'all' is not allowed; allowed: error|warn|info"},
       {{"sortlist", "a", "b", "--dst-table", "x"}, "--dst-table requires --table"},
       {{"sortlist", "a", "b", "--dst-table", "x", "--table", "y", "--table", "z"}, "--dst-table requires exactly one --table"},
-      {{"lint"}, "FILE is required"},
       {{"compile", "a"}, "--output is required"},
       {{"compile", "-o", "b"}, "FILE is required"},
       {{"compile", "a", "b", "-o", "c"}, "unexpected argument 'b'"},

@@ -60,10 +60,11 @@ void InputFiles::AddOneTo(ArgumentList& arguments, const char* name) {
   arguments.AddPositional(name, "FILE", paths, kInput).is_required = true;
 }
 
-void InputFiles::AddListTo(ArgumentList& arguments, const char* name) {
-  Argument& list = arguments.AddPositional(name, "FILE", paths, "schema files or images, or '-' for standard input");
-  list.is_required = true;
-  list.is_repeated = true;
+void InputFiles::AddListTo(ArgumentList& arguments) {
+  arguments
+      .AddPositional("FILES", "FILE", paths,
+                     "schema files, images and directories, or '-' for standard input; default: the project's files")
+      .is_repeated = true;
 }
 
 void InputFiles::AddComparedTo(ArgumentList& arguments) {

@@ -29,7 +29,7 @@ struct InputFiles {
 
   void AddPairTo(ArgumentList& arguments, const char* first, const char* second, bool second_is_required = true);
   void AddOneTo(ArgumentList& arguments, const char* name);
-  void AddListTo(ArgumentList& arguments, const char* name);
+  void AddListTo(ArgumentList& arguments);
   // OLD and NEW, or the files of a project.
   void AddComparedTo(ArgumentList& arguments);
 };

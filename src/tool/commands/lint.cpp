@@ -4,6 +4,8 @@
 #include "base/input_error.h"
 #include "project/check_tables.h"
 #include "project/input_projects.h"
+#include "project/repeated_tables.h"
+#include "project/schema_finder.h"
 #include "project/waivers.h"
 #include "tool/cli/command.h"
 #include "tool/commands/run_check.h"
@@ -20,7 +22,7 @@ struct LintArguments {
   ReportOptions report;
 
   void AddTo(ArgumentList& arguments) {
-    inputs.AddListTo(arguments, "FILE");
+    inputs.AddListTo(arguments);
     settings.AddTo(arguments);
     settings.AddProjectTo(arguments);
     AddStrictWaivers(arguments, strict_waivers);
@@ -66,11 +68,16 @@ void AddTables(const std::vector<std::string>& paths, const CheckOptions& option
 
 // A table is acceptable if it may stay as it is.
 CommandResult Lint(const LintArguments& arguments, const CheckOptions& options) {
-  CommandResult result = LoadReadable("lint", kFiles, arguments.inputs.paths, arguments.report.texts());
-  RequireTablesInEach(result);
   const auto projects = std::make_shared<ProjectSet>(options.project, arguments.settings.SearchesProjects());
+  SchemaFinder finder(*projects, arguments.settings.links());
+  const std::vector<std::string> paths = finder.Select(arguments.inputs.paths);
+  RefuseOverlaps(paths, arguments.report.AllOutputs(), arguments.report.log);
+  CommandResult result =
+      LoadReadable("lint", kFiles, paths, arguments.report.texts(), [&](const std::string& path) { return finder.Read(path); });
+  RequireTablesInEach(result);
   AddTables(result.paths, options, *projects, arguments.settings.links(), result);
   result.projects = projects;
+  if (arguments.inputs.paths.empty()) result.report.project = FindRepeatedTables(result.report.tables);
   result.report.max_findings = options.max_findings;
   result.report.fails_on_warnings = arguments.fail_on.Warnings(options.project);
   ApplyAllWaivers(*projects, {.is_strict = arguments.strict_waivers}, result.report);

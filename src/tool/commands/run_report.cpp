@@ -53,8 +53,9 @@ CommandResult LoadForReport(const char* command, const InputRoles& roles, const 
   return result;
 }
 
-CommandResult LoadReadable(const char* command, const InputRoles& roles, const std::vector<std::string>& paths, Texts texts) {
-  LoadedInputs loaded = TryToLoadInputs(paths, texts);
+CommandResult LoadReadable(const char* command, const InputRoles& roles, const std::vector<std::string>& paths, Texts texts,
+                           const ReadFound& read_found) {
+  LoadedInputs loaded = TryToLoadInputs(paths, texts, read_found);
   CommandResult result{.inputs = std::move(loaded.inputs), .paths = std::move(loaded.paths)};
   result.report.faults = std::move(loaded.faults);
   result.report.command = command;

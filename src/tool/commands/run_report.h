@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "project/load_inputs.h"
 #include "project/nearest_projects.h"
 #include "report/result/report.h"
 #include "schema/input.h"
@@ -36,7 +37,8 @@ inline constexpr InputRoles kFiles{"file", "file"};
 CommandResult LoadForReport(const char* command, const InputRoles& roles, const std::vector<std::string>& paths, Texts texts);
 
 // The same, but files that cannot be read are faults of the report.
-CommandResult LoadReadable(const char* command, const InputRoles& roles, const std::vector<std::string>& paths, Texts texts);
+CommandResult LoadReadable(const char* command, const InputRoles& roles, const std::vector<std::string>& paths, Texts texts,
+                           const ReadFound& read_found = nullptr);
 
 // Opens the log, runs `check`, and writes its report. `log` is never null. Returns the exit code. Prints the
 // faults of the report on standard error, unless the report shows them

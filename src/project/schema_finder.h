@@ -1,0 +1,36 @@
+// Which schema files a call selects that compares no states.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "project/project_files.h"
+
+namespace korvel {
+
+// The schema files of a call: those that it names itself, and those that its directories, or the patterns of the project file,
+// select.
+class SchemaFinder {
+ public:
+  // `projects` must outlive it. `links` is for files that the call does not name.
+  SchemaFinder(ProjectSet& projects, Links links) : projects_(projects), links_(links) {}
+
+  // The paths to read, in order: a given file stays as it is, a directory becomes its files, and no path at all becomes the files
+  // of the project. Each found file is selected once. Throws InputError as SelectFiles.
+  std::vector<std::string> Select(const std::vector<std::string>& paths);
+
+  // The bytes of a file that was found; nullopt for one that the call names. May be called by several threads. Throws InputError.
+  std::optional<Bytes> Read(const std::string& path);
+
+ private:
+  std::vector<std::string> Found(const std::vector<std::string>& paths);
+
+  ProjectSet& projects_;
+  Links links_;
+  std::optional<ProjectStates> states_;
+  std::map<std::string, std::string> found_;  // from the paths to read to those from the top
+};
+
+}  // namespace korvel
