@@ -159,6 +159,8 @@ TEST(RuleDocFormat, JsonFollowsItsSchema) {
   const auto write = [&](const std::string& json) { std::ofstream(directory / (std::to_string(++number) + ".json")) << json; };
   write(kRuleDocJson.rules());
   write(kRuleDocJson.codes());
+  write(
+      kRuleDocJson.list({&AllRuleDocs().front(), &AllAdviceDocs().front(), &AllFaultDocs().front(), &AllProjectDocs().front()}));
   for (const RuleDoc& doc : AllRuleDocs()) write(kRuleDocJson.rule(doc));
   for (const RuleDoc& doc : AllAdviceDocs()) write(kRuleDocJson.rule(doc));
   for (const RuleDoc& doc : AllFaultDocs()) write(kRuleDocJson.rule(doc));

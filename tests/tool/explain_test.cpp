@@ -226,6 +226,38 @@ TEST_F(ExplainTest, JsonHasTheSame) {
   EXPECT_EQ(code["rules"], nlohmann::json::array());
 }
 
+TEST_F(ExplainTest, ListsTheRulesOfAFamily) {
+  EXPECT_EQ(Printed({"explain", "field-set"}),
+            "field-set.count           -33      the structures have different numbers of fields\n"
+            "field-set.missing         -34      a field is missing in the other structure\n"
+            "field-set.shape           -34      a field has a different type, count or size\n");
+  EXPECT_EQ(Printed({"explain", "waiver", "--format", "markdown"}),
+            "| Rule | Code or level | Reported because |\n"
+            "|---|---|---|\n"
+            "| [waiver.expired](waiver-expired.md) | error | a waiver in the project file has expired |\n"
+            "| [waiver.malformed](waiver-malformed.md) | error | a waiver in the project file is invalid |\n"
+            "| [waiver.unused](waiver-unused.md) | warning | a waiver in the project file matches no finding |\n");
+  const nlohmann::json json = nlohmann::json::parse(Printed({"explain", "field-set", "--format", "json"}));
+  EXPECT_EQ(json["command"], "explain");
+  ASSERT_EQ(json["matches"].size(), 3u);
+  EXPECT_EQ(json["matches"][0]["rule"], "field-set.count");
+}
+
+TEST_F(ExplainTest, ListsTheRulesAboutAWord) {
+  EXPECT_EQ(Printed({"explain", "Renamed"}),
+            "index.name                -6       an index was renamed or replaced\n"
+            "field.missing             -3       a field was removed or renamed (record format)\n"
+            "field.missing-tlv         -3       a field was removed or renamed, or its id changed (TLV)\n"
+            "advice.library-renamed    note     the library was renamed\n");
+  EXPECT_EQ(Printed({"explain", "whitelist"}), Printed({"explain", "WhiteList"}));
+}
+
+// A list of one rule says less than its page.
+TEST_F(ExplainTest, TheOnlyMatchIsExplained) {
+  EXPECT_EQ(Printed({"explain", "check"}), Printed({"explain", "check.failed"}));
+  EXPECT_EQ(Printed({"explain", "union"}), Printed({"explain", "advice.table-kind"}));
+}
+
 TEST_F(ExplainTest, UnknownWordsAreRefused) {
   const std::string hint = "\n'korvelcheck rules' lists the rules, 'korvelcheck rules --codes' the codes: 0 to -51.\n";
   const std::string what = " is neither a rule nor a result code nor a text of the checker";
@@ -233,7 +265,9 @@ TEST_F(ExplainTest, UnknownWordsAreRefused) {
                    "korvelcheck: explain: 'primary-key.sise'" + what + " (did you mean 'primary-key.size'?)" + hint);
   ExpectInputError(Korvelcheck({"explain", "ERROR_EXIST_FIELD"}),
                    "korvelcheck: explain: 'ERROR_EXIST_FIELD'" + what + " (did you mean 'ERROR_EIXST_FIELD'?)" + hint);
-  for (const std::string word : {"52", "-52", "4x", "99999999999999999999", "-2147483648", ""}) {
+  ExpectInputError(Korvelcheck({"explain", "primary-kye"}),
+                   "korvelcheck: explain: 'primary-kye'" + what + " (did you mean 'primary-key'?)" + hint);
+  for (const std::string word : {"ta", "52", "-52", "4x", "99999999999999999999", "-2147483648", ""}) {
     ExpectInputError(Korvelcheck({"explain", word}), "korvelcheck: explain: '" + word + "'" + what + hint);
   }
   ExpectInputError(Korvelcheck({"explain"}),

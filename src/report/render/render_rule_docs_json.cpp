@@ -43,6 +43,13 @@ std::string ToText(const Json& json) { return JsonText(json) + "\n"; }
 
 Json Header(const char* command) { return HeaderToJson(kJsonVersion, command); }
 
+std::string List(const std::vector<const RuleDoc*>& docs) {
+  Json json = Header("explain");
+  Json& matches = json["matches"] = Json::array();
+  for (const RuleDoc* doc : docs) matches.push_back(doc->level.empty() ? RowJson(*doc) : RowJson(*doc->row, doc->level));
+  return ToText(json);
+}
+
 std::string Rules() {
   Json json = Header("rules");
   Json& rules = json["rules"] = Json::array();
@@ -98,6 +105,6 @@ std::string Code(const CodeDoc& doc) {
 
 }  // namespace
 
-const RuleDocFormat kRuleDocJson{"json", Rules, Codes, Rule, Code};
+const RuleDocFormat kRuleDocJson{"json", Rules, Codes, Rule, Code, List};
 
 }  // namespace korvel

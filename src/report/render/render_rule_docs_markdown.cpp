@@ -84,6 +84,15 @@ std::string Rules() {
   return text;
 }
 
+std::string List(const std::vector<const RuleDoc*>& docs) {
+  std::string text = "| Rule | Code or level | Reported because |\n|---|---|---|\n";
+  for (const RuleDoc* doc : docs) {
+    const std::string level = doc->level.empty() ? CodeNumbers(doc->codes) : std::string(doc->level);
+    text += "| " + LinkToRule(doc->row->id) + " | " + level + " | " + doc->row->summary + " |\n";
+  }
+  return text;
+}
+
 std::string Codes() { return std::string(ResultCodesFile().text); }
 
 std::string Rule(const RuleDoc& doc) { return std::string(doc.page); }
@@ -97,6 +106,6 @@ std::string Code(const CodeDoc& doc) {
 
 }  // namespace
 
-const RuleDocFormat kRuleDocMarkdown{"markdown", Rules, Codes, Rule, Code};
+const RuleDocFormat kRuleDocMarkdown{"markdown", Rules, Codes, Rule, Code, List};
 
 }  // namespace korvel

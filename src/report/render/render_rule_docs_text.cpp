@@ -47,6 +47,15 @@ std::string WithLevel(const RuleDoc& doc) {
   return example.allowed_schema.empty() ? text : text + File("Better new.xml", example.allowed_schema);
 }
 
+std::string List(const std::vector<const RuleDoc*>& docs) {
+  std::string text;
+  for (const RuleDoc* doc : docs) {
+    const std::string level = doc->level.empty() ? CodeNumbers(doc->codes) : std::string(doc->level);
+    text += Padded(doc->row->id, kRuleWidth) + Padded(level, 9) + doc->row->summary + "\n";
+  }
+  return text;
+}
+
 std::string Rules() {
   std::string text;
   for (const RuleDoc& doc : AllRuleDocs()) {
@@ -94,6 +103,6 @@ std::string Code(const CodeDoc& doc) {
 
 }  // namespace
 
-const RuleDocFormat kRuleDocText{"text", Rules, Codes, Rule, Code};
+const RuleDocFormat kRuleDocText{"text", Rules, Codes, Rule, Code, List};
 
 }  // namespace korvel

@@ -16,6 +16,7 @@ struct RuleDocFormat {
   std::string (*codes)();                   // all result codes
   std::string (*rule)(const RuleDoc& doc);  // one of them
   std::string (*code)(const CodeDoc& doc);
+  std::string (*list)(const std::vector<const RuleDoc*>& docs);  // some rules of any kind
 };
 
 // For people, the default.

@@ -1,6 +1,10 @@
 // rules and explain: the pages about the rules and result codes of the checker. Tested by tests/tool/explain_test.cpp.
+#include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cstdlib>
+#include <optional>
+#include <string_view>
 
 #include "base/did_you_mean.h"
 #include "base/input_error.h"
@@ -36,7 +40,9 @@ struct ExplainArguments {
   PageFormat page;
 
   void AddTo(ArgumentList& arguments) {
-    arguments.AddPositional("RULE-OR-CODE", "", words, "a rule, a result code or its name, or a text of the checker")
+    arguments
+        .AddPositional("RULE-OR-CODE", "", words,
+                       "a rule, a family of rules, a result code or its name, a text of the checker, or a word")
         .is_required = true;
     output.AddTo(arguments);
     page.AddTo(arguments);
@@ -67,8 +73,24 @@ std::vector<std::string> Words() {
   return words;
 }
 
+// The pages of all rules, in the order of `rules`.
+std::vector<const RuleDoc*> AllDocs() {
+  std::vector<const RuleDoc*> docs;
+  for (const auto all : {AllRuleDocs(), AllAdviceDocs(), AllFaultDocs(), AllProjectDocs()}) {
+    for (const RuleDoc& doc : all) docs.push_back(&doc);
+  }
+  return docs;
+}
+
+// "primary-key" of "primary-key.size"
+std::string FamilyOf(const RuleDoc& doc) {
+  const std::string id = doc.row->id;
+  return id.substr(0, id.find('.'));
+}
+
 [[noreturn]] void RefuseWord(const std::string& word) {
-  const std::vector<std::string> words = Words();
+  std::vector<std::string> words = Words();
+  for (const RuleDoc* doc : AllDocs()) words.push_back(FamilyOf(*doc));
   const std::vector<std::string_view> known(words.begin(), words.end());
   throw InputError{{ToolMessage("explain: " + Quote(word) + " is neither a rule nor a result code nor a text of the checker" +
                                 DidYouMean(word, known)),
@@ -76,11 +98,31 @@ std::vector<std::string> Words() {
                         std::to_string(1 - kResultCodeCount) + "."}};
 }
 
+bool ContainsIgnoringCase(std::string_view text, std::string_view word) {
+  const auto is_same = [](unsigned char a, unsigned char b) { return std::tolower(a) == std::tolower(b); };
+  return std::ranges::search(text, word, is_same).begin() != text.end();
+}
+
+// The rules of a family, else those whose id or summary contains the word. A word of one or two characters says too little.
+std::vector<const RuleDoc*> Matches(const std::string& word) {
+  constexpr std::size_t kMinWord = 3;
+  std::vector<const RuleDoc*> family = AllDocs();
+  std::erase_if(family, [&](const RuleDoc* doc) { return FamilyOf(*doc) != word; });
+  if (!family.empty() || word.size() < kMinWord) return family;
+  std::vector<const RuleDoc*> docs = AllDocs();
+  std::erase_if(docs, [&](const RuleDoc* doc) {
+    return !ContainsIgnoringCase(doc->row->id, word) && !ContainsIgnoringCase(doc->row->summary, word);
+  });
+  return docs;
+}
+
 std::string PageOf(const RuleDocFormat& format, const std::string& word) {
   if (const RuleDoc* doc = FindRuleDoc(word)) return format.rule(*doc);
   if (const std::optional<int> code = ParseCode(word)) return format.code(FindCodeDoc(*code));
   if (const RefusalRow* row = Identify(word)) return format.rule(*FindRuleDoc(row->id));
-  RefuseWord(word);
+  const std::vector<const RuleDoc*> docs = Matches(word);
+  if (docs.empty()) RefuseWord(word);
+  return docs.size() == 1 ? format.rule(*docs.front()) : format.list(docs);
 }
 
 int Explain(const ExplainArguments& arguments) {
