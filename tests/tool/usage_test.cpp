@@ -31,6 +31,15 @@ TEST_F(UsageTest, EveryCommandHasHelp) {
   }
 }
 
+TEST_F(UsageTest, HelpIsAlsoACommand) {
+  ExpectOutcome(Korvelcheck({"help"}), 0, Korvelcheck({"--help"}).out, "");
+  for (const std::string& command : CommandNames()) {
+    ExpectOutcome(Korvelcheck({"help", command}), 0, Korvelcheck({command, "--help"}).out, "");
+  }
+  ExpectInputError(Korvelcheck({"help", "chek"}),
+                   "korvelcheck: unknown command 'chek' (did you mean 'check'?)\nTry 'korvelcheck --help'.\n");
+}
+
 TEST_F(UsageTest, HelpShowsOnlyTheOptionsThatACommandTakes) {
   EXPECT_THAT(Korvelcheck({"check", "--help"}).out, HasSubstr("--list-num N"));
   EXPECT_THAT(Korvelcheck({"compat", "--help"}).out, Not(HasSubstr("--list-num")));

@@ -14,31 +14,6 @@
 namespace korvel::tool {
 namespace {
 
-std::string Help() {
-  std::string text =
-      "korvelcheck: check schema changes of the Korvel table store\n\n"
-      "Usage: korvelcheck COMMAND [OPTIONS] FILES\n\n"
-      "  korvelcheck check old.xml new.xml               compare two schema files\n"
-      "  korvelcheck check --against git:origin/main     compare all schema files of a project\n\n"
-      "Commands:\n";
-  for (const Command* command : Commands()) {
-    const std::string name = command->name;
-    text += "  " + name + std::string(12 - name.size(), ' ') + command->summary + "\n";
-  }
-  return text +
-         "\n'korvelcheck COMMAND --help' shows the options of a command, 'korvelcheck --version' the version.\n"
-         "Exit codes: 0 all allowed, 1 something refused, 2 usage or input error, 3 internal error.\n";
-}
-
-const Command& FindCommand(const std::string& name) {
-  std::vector<std::string_view> known;
-  for (const Command* command : Commands()) {
-    if (name == command->name) return *command;
-    known.emplace_back(command->name);
-  }
-  throw InputError{{ToolMessage("unknown command " + Quote(name) + DidYouMean(name, known)), "Try 'korvelcheck --help'."}};
-}
-
 int RunCommand(const Command& command, const std::vector<std::string>& words) {
   const std::string name = command.name;
   ArgumentList arguments;
@@ -66,18 +41,50 @@ int RunCommand(const Command& command, const std::vector<std::string>& words) {
 
 std::span<const Command* const> Commands() {
   static constexpr const Command* kCommands[] = {
-      &kCheckCommand, &kSuggestCommand,  &kHistoryCommand, &kLintCommand,    &kDiffCommand,       &kLayoutCommand,
-      &kRulesCommand, &kExplainCommand,  &kWaiveCommand,   &kWaiversCommand, &kCompatCommand,     &kValuesCommand,
-      &kSameCommand,  &kSortlistCommand, &kCompileCommand, &kDumpCommand,    &kCompletionCommand, &kManCommand,
+      &kCheckCommand,  &kSuggestCommand,    &kHistoryCommand, &kLintCommand,     &kDiffCommand,
+      &kLayoutCommand, &kRulesCommand,      &kExplainCommand, &kWaiveCommand,    &kWaiversCommand,
+      &kCompatCommand, &kValuesCommand,     &kSameCommand,    &kSortlistCommand, &kCompileCommand,
+      &kDumpCommand,   &kCompletionCommand, &kManCommand,     &kHelpCommand,
   };
   return kCommands;
+}
+
+std::string HelpOfProgram() {
+  std::string text =
+      "korvelcheck: check schema changes of the Korvel table store\n\n"
+      "Usage: korvelcheck COMMAND [OPTIONS] FILES\n\n"
+      "  korvelcheck check old.xml new.xml               compare two schema files\n"
+      "  korvelcheck check --against git:origin/main     compare all schema files of a project\n\n"
+      "Commands:\n";
+  for (const Command* command : Commands()) {
+    const std::string name = command->name;
+    text += "  " + name + std::string(12 - name.size(), ' ') + command->summary + "\n";
+  }
+  return text +
+         "\n'korvelcheck COMMAND --help' shows the options of a command, 'korvelcheck --version' the version.\n"
+         "Exit codes: 0 all allowed, 1 something refused, 2 usage or input error, 3 internal error.\n";
+}
+
+const Command& FindCommand(const std::string& name) {
+  std::vector<std::string_view> known;
+  for (const Command* command : Commands()) {
+    if (name == command->name) return *command;
+    known.emplace_back(command->name);
+  }
+  throw InputError{{ToolMessage("unknown command " + Quote(name) + DidYouMean(name, known)), "Try 'korvelcheck --help'."}};
+}
+
+std::string HelpOf(const Command& command) {
+  ArgumentList arguments;
+  static_cast<void>(command.declare(arguments));
+  return Parse({command.name, command.summary}, arguments, {"--help"}).value();
 }
 
 int RunCommandLine(const std::vector<std::string>& arguments) {
   if (arguments.empty()) throw InputError{{ToolMessage("a command is missing"), "Try 'korvelcheck --help'."}};
   const std::string& first = arguments.front();
   if (first == "--help" || first == "-h") {
-    WriteStandardOutput(AsProducer(Help()));
+    WriteStandardOutput(AsProducer(HelpOfProgram()));
     return kAllAllowed;
   }
   if (first == "--version") {

@@ -48,9 +48,17 @@ extern const Command kCompileCommand;
 extern const Command kDumpCommand;
 extern const Command kCompletionCommand;
 extern const Command kManCommand;
+extern const Command kHelpCommand;
 
 // In the order in which help shows them: everyday commands first.
 std::span<const Command* const> Commands();
+
+// Throws InputError for an unknown name.
+const Command& FindCommand(const std::string& name);
+
+// The help of the program, and of one command.
+std::string HelpOfProgram();
+std::string HelpOf(const Command& command);
 
 // Runs the command line behind the program's name: a command, --help or --version. Returns the exit code. Throws InputError, also
 // for wrong usage, and whatever the command throws.
