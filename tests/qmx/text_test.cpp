@@ -5,6 +5,7 @@
 #include <string>
 
 #include "base/did_you_mean.h"
+#include "base/similar_names.h"
 #include "base/text.h"
 
 namespace {
@@ -143,6 +144,57 @@ TEST(DidYouMean, HasLimits) {
   EXPECT_EQ(Suggested("work", many), "");
   many.erase(many.begin());
   EXPECT_EQ(Suggested("work", many), " (did you mean 'word'?)");
+}
+
+// Whatever the order of the names.
+std::optional<std::size_t> Spelling(std::string_view a, std::string_view b) {
+  EXPECT_EQ(korvel::SpellingDistance(a, b), korvel::SpellingDistance(b, a));
+  return korvel::SpellingDistance(a, b);
+}
+
+TEST(SpellingDistance, CountsEditsOfMisspelledNames) {
+  EXPECT_EQ(Spelling("field_07", "feild_07"), 1u);
+  EXPECT_EQ(Spelling("customer", "custmer"), 1u);
+  EXPECT_EQ(Spelling("adress_line_2", "address_line_2"), 1u);
+  EXPECT_EQ(Spelling("quantity", "quanttiyy"), 2u);
+  EXPECT_EQ(Spelling("first_adress_line", "frist_address_line"), 2u);
+  EXPECT_EQ(Spelling("note", "notes"), 1u);
+  EXPECT_EQ(Spelling("stra\u00dfe", "strasse"), std::nullopt) << "the character has two bytes";
+  EXPECT_EQ(Spelling("gr\u00f6\u00dfe_1", "gr\u00f6\u00dffe_1"), 1u);
+}
+
+TEST(SpellingDistance, IgnoresCaseSeparatorsAndLeadingZeros) {
+  EXPECT_EQ(Spelling("user_name", "userName"), 0u);
+  EXPECT_EQ(Spelling("order_no", "ORDERNO"), 0u);
+  EXPECT_EQ(Spelling("field-1", "field_1"), 0u);
+  EXPECT_EQ(Spelling("field_7", "field_07"), 0u);
+  EXPECT_EQ(Spelling("userNmae", "userName"), 1u);
+  EXPECT_EQ(Spelling("same", "same"), 0u);
+}
+
+TEST(SpellingDistance, TellsNamesOfDifferentThingsApart) {
+  EXPECT_EQ(Spelling("min_price", "max_price"), std::nullopt);
+  EXPECT_EQ(Spelling("pos_x", "pos_y"), std::nullopt);
+  EXPECT_EQ(Spelling("x1", "y1"), std::nullopt);
+  EXPECT_EQ(Spelling("lat", "lon"), std::nullopt);
+  EXPECT_EQ(Spelling("note_1", "note_2"), std::nullopt);
+  EXPECT_EQ(Spelling("field_12", "field_21"), std::nullopt);
+  EXPECT_EQ(Spelling("price", "price_2"), std::nullopt);
+  EXPECT_EQ(Spelling("price", "unit_price"), std::nullopt);
+  EXPECT_EQ(Spelling("zone", "note"), std::nullopt);
+  EXPECT_EQ(Spelling("", "a"), std::nullopt);
+  EXPECT_EQ(Spelling("one_misspeled_nmae_too_mcuh", "one_misspelled_name_too_much"), std::nullopt) << "three edits";
+}
+
+TEST(SpellingDistance, HasLimits) {
+  const std::string half(10000, 'x');
+  EXPECT_EQ(Spelling(half + "ab" + half, half + "ba" + half), 1u) << "a long word with one edit";
+  EXPECT_EQ(Spelling(half, half + std::string(64, 'x')), std::nullopt);
+  EXPECT_EQ(Spelling("a" + half + "a", "b" + half + "b"), std::nullopt) << "the edits are too far apart";
+  std::string words;
+  for (int i = 0; i < 4000; ++i) words += "word_";
+  EXPECT_EQ(Spelling(words + "last", words + "lsat"), 1u);
+  EXPECT_EQ(Spelling(words, words + "more"), std::nullopt);
 }
 
 }  // namespace

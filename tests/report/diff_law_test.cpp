@@ -124,5 +124,42 @@ TEST(DiffLaws, HoldOnRandomPairs) {
   EXPECT_EQ(kinds.size(), static_cast<std::size_t>(EditKind::kEntryMeta)) << "every kind of edit occurs, except kTableAdded";
 }
 
+// Gives every field of a meta, and every reference to it, another name.
+template <class NameOf>
+void RenameAll(MetaModel& meta, NameOf name_of) {
+  for (EntryModel& entry : meta.entries) {
+    entry.name = name_of(entry.name);
+    entry.refer = entry.refer.empty() ? "" : name_of(entry.refer);
+    entry.id = -1;
+  }
+  for (std::string& name : meta.primary_key) name = name_of(name);
+  for (std::string& name : meta.splittable_key) name = name_of(name);
+  for (auto& index : meta.indexes) {
+    for (auto& column : index.columns) column.entry = name_of(column.entry);
+  }
+}
+
+// Fields without ids; a third of the fields of the new side are misspelled.
+TEST(DiffLaws, HoldForMisspelledFields) {
+  std::size_t renamed = 0;
+  const std::uint64_t pairs = TestRandomModels(20261123, 300, [&](ModelPair& models, std::mt19937_64& random) {
+    models.old_model.protocol = models.new_model.protocol = qmx::Protocol::kQmx;
+    const std::uint64_t third = random();
+    for (MetaModel& meta : models.old_model.metas) {
+      RenameAll(meta, [](const std::string& name) { return "field_" + name.substr(1); });
+    }
+    for (MetaModel& meta : models.new_model.metas) {
+      RenameAll(meta, [&](const std::string& name) {
+        const bool is_misspelled = (std::stoul(name.substr(1)) + third) % 3 == 0;
+        return (is_misspelled ? "feild_" : "field_") + name.substr(1);
+      });
+    }
+    ExpectLaws(models, random);
+    const Difference difference(SourceOf("old", models.old_model), SourceOf("new", models.new_model), "t");
+    renamed += static_cast<std::size_t>(std::ranges::count(difference.edits(), EditKind::kEntryRenamed, &korvel::Edit::kind));
+  });
+  EXPECT_GT(renamed, pairs) << "more than one renamed field in each pair";
+}
+
 }  // namespace
 }  // namespace report_test

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "analysis/diff/entry_attributes.h"
+#include "analysis/diff/renamed_entries.h"
 #include "analysis/diff/table_attributes.h"
 
 namespace korvel {
@@ -78,7 +79,8 @@ class Matcher {
 };
 
 // For each new entry the position of the matching old one, kNoSlot if there is none. Entries match by name and id; the others by
-// name, then by id, or by id first. Entries with the same name or id match in order. n log n.
+// name, then by id, or by id first, and what is left by place and similar names. Entries with the same name or id match in
+// order. n log n.
 std::vector<Slot> PairEntries(const MetaModel& old_meta, const MetaModel& new_meta, bool id_first) {
   Matcher matcher(old_meta.entries, new_meta.entries);
   const auto name = [](const EntryModel& entry) { return std::string_view(entry.name); };
@@ -91,7 +93,9 @@ std::vector<Slot> PairEntries(const MetaModel& old_meta, const MetaModel& new_me
   if (id_first) pair_by_id();
   matcher.Pair(name);
   if (!id_first) pair_by_id();
-  return matcher.TakeMatches();
+  std::vector<Slot> partners = matcher.TakeMatches();
+  PairRenamed(old_meta.entries, new_meta.entries, partners);
+  return partners;
 }
 
 // The same for indexes, which match by name.

@@ -93,6 +93,12 @@ std::string LeavingOut(const Edit& edit) {
   return FillIn(std::ranges::find(kByKind, edit.kind, &KindWords::kind)->text, edit);
 }
 
+std::string KeepingName(const Edit& edit) { return FillIn("keep {before} instead of {after}", edit); }
+
+std::string RenamedSuggestion(const std::string& things, const std::string& kept) {
+  return "renamed? " + things + " are matched by name; " + kept;
+}
+
 std::string PreexistingSuggestion(const Verdict& verdict) {
   const RuleDoc* const doc = FindRuleDoc(verdict.rule);
   const std::string why = "the old schema already breaks this rule";

@@ -19,6 +19,12 @@ std::string FillIn(std::string_view words, const Edit& edit);
 // How to leave out an edit: "keep field zone". One line.
 std::string LeavingOut(const Edit& edit);
 
+// How to leave out another name of a field: "keep zone instead of zoen". One line.
+std::string KeepingName(const Edit& edit);
+
+// "renamed? fields are matched by name; keep zone instead of zoen", for "fields" and the last words.
+std::string RenamedSuggestion(const std::string& things, const std::string& kept);
+
 // What to say about a pre-existing refusal, which no change of the new schema can remove. One line.
 std::string PreexistingSuggestion(const Verdict& verdict);
 

@@ -32,7 +32,12 @@ KnownWarning WarningAt(const AdviceMatch& match) {
 KnownWarnings WarningsOf(const TableContext& context, const Changes* changes) {
   std::set<Element> refused;
   for (std::size_t i = 0; changes != nullptr && i < changes->edits.size(); ++i) {
-    if (changes->status[i] != EditStatus::kAllowed) refused.insert(ElementOf(changes->edits[i]));
+    if (changes->status[i] == EditStatus::kAllowed) continue;
+    Element element = ElementOf(changes->edits[i]);
+    refused.insert(element);
+    if (changes->edits[i].kind != EditKind::kEntryRenamed) continue;
+    std::get<2>(element) = changes->edits[i].after;  // a warning may be about either name
+    refused.insert(std::move(element));
   }
   const Advice advice = FindWarnings(context, nullptr);
   KnownWarnings warnings;

@@ -18,7 +18,9 @@ namespace {
 // Sets the suggestions and fixes of the findings of one table.
 class SuggestionWriter {
  public:
-  SuggestionWriter(const SuggestionFinder& finder, Changes& changes) : finder_(finder), changes_(changes) {
+  // `by_name`: whether fields are matched by name, not by id.
+  SuggestionWriter(const SuggestionFinder& finder, bool by_name, Changes& changes)
+      : finder_(finder), by_name_(by_name), changes_(changes) {
     for (const std::size_t edit : finder.ReplacedAlthoughAllowed()) also_[OwnerOf(edit)].push_back(edit);
   }
 
@@ -51,8 +53,12 @@ class SuggestionWriter {
     return owner;
   }
 
+  // Whether an edit gives a field another name, which makes it another field.
+  bool IsRename(std::size_t edit) const { return by_name_ && changes_.edits[edit].kind == EditKind::kEntryRenamed; }
+
   std::string WordsFor(std::size_t edit) const {
     const Alternative* const alternative = finder_.AlternativeOf(edit);
+    if (alternative == nullptr && IsRename(edit)) return KeepingName(changes_.edits[edit]);
     if (alternative == nullptr) return LeavingOut(changes_.edits[edit]);
     const bool is_unchanged = alternative->text.empty();
     return is_unchanged ? "keep it unchanged; it is allowed once the changes that it needs are replaced" : alternative->text;
@@ -62,12 +68,15 @@ class SuggestionWriter {
   void FillText(Finding& finding) const {
     std::string alternatives;
     std::string left_out;
+    std::string old_names;
     for (const std::size_t i : finding.edits) {
       if (changes_.status[i] == EditStatus::kAllowed) continue;
-      AppendPart(finder_.AlternativeOf(i) == nullptr ? left_out : alternatives, "; ", WordsFor(i));
+      const bool is_left_out = finder_.AlternativeOf(i) == nullptr;
+      AppendPart(!is_left_out ? alternatives : IsRename(i) ? old_names : left_out, "; ", WordsFor(i));
     }
     finding.has_fix = !alternatives.empty();
     finding.suggestion = alternatives;
+    if (!old_names.empty()) AppendPart(finding.suggestion, "; ", RenamedSuggestion("fields", old_names));
     if (!left_out.empty()) AppendPart(finding.suggestion, "; ", "leave out the change: " + left_out);
     if (const auto also = also_.find(&finding); also != also_.end()) {
       const std::string words = Join(also->second, "; ", [&](std::size_t i) { return WordsFor(i); });
@@ -87,6 +96,7 @@ class SuggestionWriter {
   }
 
   const SuggestionFinder& finder_;
+  bool by_name_;
   Changes& changes_;
   std::map<const Finding*, std::vector<std::size_t>> also_;  // allowed edits that a suggestion replaces, too
 };
@@ -120,7 +130,9 @@ void FindSuggestions(const TableContext& context, const Difference& difference, 
   std::optional<FixMaker> fixes;
   const std::optional<SchemaText>& text = context.new_source.text;
   if (with_fixes && text && !text->is_dump) fixes.emplace(context, difference, work.fixes);
-  SuggestionWriter(finder, changes).Write(fixes ? &*fixes : nullptr);
+  const bool by_id =
+      difference.old_model().protocol == qmx::Protocol::kTlv && difference.new_model().protocol == qmx::Protocol::kTlv;
+  SuggestionWriter(finder, !by_id, changes).Write(fixes ? &*fixes : nullptr);
 }
 
 Suggestion FindSuggestionsForRemovedTable(const TableContext& context, Changes& changes) {

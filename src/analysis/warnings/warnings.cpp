@@ -160,16 +160,14 @@ class Refusals {
  public:
   explicit Refusals(const Changes* changes) {
     for (std::size_t i = 0; changes != nullptr && i < changes->findings.size(); ++i) {
-      for (const std::size_t edit : changes->findings[i].edits) {
-        std::vector<std::size_t>& refusals = by_element_[ElementOf(changes->edits[edit])];
-        if (refusals.empty() || refusals.back() != i) refusals.push_back(i);
-      }
+      for (const std::size_t edit : changes->findings[i].edits) AddRefusal(changes->edits[edit], i);
     }
   }
 
   // Positions in Changes::findings.
   std::vector<std::size_t> Of(const Edit& edit) const {
-    const auto found = by_element_.find(ElementOf(edit));
+    auto found = by_element_.find(ElementOf(edit));
+    if (found == by_element_.end() && edit.kind == EditKind::kEntryRefer) found = by_element_.find(CounterOf(edit));
     return found == by_element_.end() ? std::vector<std::size_t>() : found->second;
   }
 
@@ -179,6 +177,24 @@ class Refusals {
 
   static Element ElementOf(const Edit& edit) {
     return {IsOfEntry(edit.kind) ? std::nullopt : std::optional(edit.kind), edit.meta, edit.item};
+  }
+
+  // A counter with another name. `edit` renames it, or gives an entry the counter of the new name instead of that of the old one.
+  static Element CounterOf(const Edit& edit) { return {EditKind::kEntryRefer, edit.meta, edit.before + '\0' + edit.after}; }
+
+  // A warning may be about the old or the new name of a renamed entry, or about an entry that it counts.
+  void AddRefusal(const Edit& edit, std::size_t finding) {
+    Element element = ElementOf(edit);
+    Add(element, finding);
+    if (edit.kind != EditKind::kEntryRenamed) return;
+    std::get<2>(element) = edit.after;
+    Add(element, finding);
+    Add(CounterOf(edit), finding);
+  }
+
+  void Add(const Element& element, std::size_t finding) {
+    std::vector<std::size_t>& refusals = by_element_[element];
+    if (refusals.empty() || refusals.back() != finding) refusals.push_back(finding);
   }
 
   std::map<Element, std::vector<std::size_t>> by_element_;
