@@ -8,6 +8,7 @@
 
 #include "analysis/findings/findings.h"
 #include "analysis/findings/run_checker.h"
+#include "analysis/findings/shared_searches.h"
 #include "analysis/suggest/suggestions.h"
 #include "analysis/warnings/new_table.h"
 #include "analysis/warnings/warnings.h"
@@ -68,7 +69,10 @@ void AddChanges(const TableCheck& check, SharedSearches* shared, TableResult& re
   const Settings settings = SettingsOf(result);
   const TableContext context{check.sources.first, check.sources.second, check.table, settings};
   if (!context.new_source.HasMeta(context.table)) {
-    if (wants_changes) result.changes = FindRemovedTable(context, result.verdict);
+    if (!wants_changes) return;
+    result.changes = FindRemovedTable(context, result.verdict);
+    SharedSearches alone;
+    result.renamed_to = (shared == nullptr ? alone : *shared).NewNameOf(context.old_source, context.new_source, context.table);
     return;
   }
   if (wants_changes) {
@@ -83,7 +87,7 @@ void AddSuggestions(TableResult& result, std::size_t max_findings, bool with_fix
   const Settings settings = SettingsOf(result);
   const TableContext context{*result.first, *result.second, result.table, settings};
   if (!context.new_source.HasMeta(context.table)) {
-    FindSuggestionsForRemovedTable(context, *result.changes);
+    FindSuggestionsForRemovedTable(context, result.renamed_to, *result.changes);
     return;
   }
   const Difference difference(context.old_source, context.new_source, context.table);

@@ -34,6 +34,7 @@ struct TableResult {
   const Source* second = nullptr;  // new
   Location declared;               // the table's meta in the second file, or in the first if the second has none
   bool removed = false;            // the second file has no such table; kRefused only
+  std::string renamed_to;          // of a removed table: the new table that it probably became; may be empty
   Verdict verdict;                 // of the whole change; allowed unless kRefused
   PartialSettings settings;        // those that the operation takes
   std::optional<Changes> changes;  // what changed and which of it is refused; see CheckTableChange

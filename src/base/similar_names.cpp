@@ -36,13 +36,14 @@ std::string_view TakeWord(std::string_view& name) {
   return word;
 }
 
-// Whether two names differ only by case and separators.
-bool SameLetters(std::string_view a, std::string_view b) {
+// Whether two names are equal apart from case and what is skipped.
+template <class IsSkipped>
+bool AreEqualWithout(IsSkipped is_skipped, std::string_view a, std::string_view b) {
   auto i = a.begin();
   auto j = b.begin();
   while (true) {
-    i = std::find_if_not(i, a.end(), IsSeparator);
-    j = std::find_if_not(j, b.end(), IsSeparator);
+    i = std::find_if_not(i, a.end(), is_skipped);
+    j = std::find_if_not(j, b.end(), is_skipped);
     if (i == a.end() || j == b.end()) return i == a.end() && j == b.end();
     if (!SameLetter(*i++, *j++)) return false;
   }
@@ -100,7 +101,7 @@ std::size_t EditDistance(std::string_view a, std::string_view b, std::size_t lim
 }
 
 std::optional<std::size_t> SpellingDistance(std::string_view a, std::string_view b) {
-  if (SameLetters(a, b)) return 0;
+  if (AreEqualWithout(IsSeparator, a, b)) return 0;
   std::size_t edits = 0;
   while (true) {
     const std::string_view word = TakeWord(a);
@@ -110,6 +111,10 @@ std::optional<std::size_t> SpellingDistance(std::string_view a, std::string_view
     if (!distance) return std::nullopt;
     edits += *distance;
   }
+}
+
+bool HaveSameLetters(std::string_view a, std::string_view b) {
+  return AreEqualWithout([](char c) { return !IsLetter(c); }, a, b);
 }
 
 }  // namespace korvel

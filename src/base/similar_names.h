@@ -20,4 +20,8 @@ std::size_t EditDistance(std::string_view a, std::string_view b, std::size_t lim
 // together by two. Numbers must be equal. Case and separators are ignored. Linear.
 std::optional<std::size_t> SpellingDistance(std::string_view a, std::string_view b);
 
+// Whether two names have the same letters, case aside, and differ at most by numbers and separators: "orders_2025", "orders_2026"
+// and "orders". Linear.
+bool HaveSameLetters(std::string_view a, std::string_view b);
+
 }  // namespace korvel

@@ -365,7 +365,7 @@ TEST(Suggestions, RemovedTableIsRestored) {
   const Verdict whole = RunChecker(old_source.Library(), new_source.Library(), "t", settings);
   const TableContext context{old_source, new_source, kTable, settings};
   Changes changes = FindRemovedTable(context, whole);
-  const Suggestion suggestion = FindSuggestionsForRemovedTable(context, changes);
+  const Suggestion suggestion = FindSuggestionsForRemovedTable(context, "", changes);
   EXPECT_TRUE(suggestion.allowed);
   EXPECT_EQ(suggestion.model.version, 6);
   EXPECT_EQ(changes.findings.at(0).suggestion, "no allowed alternative: keep table t, even if it is unused");

@@ -1,4 +1,4 @@
-// Renamed fields: one finding, and a suggestion that restores the old name everywhere.
+// Renamed fields and tables: one finding, and a suggestion that restores the old name everywhere.
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
@@ -130,6 +130,107 @@ TEST_F(RenamedTest, AllowedNamesStayAllowed) {
   const Outcome outcome = Check({"--created-as", "tlv"});
   EXPECT_EQ(outcome.exit_code, 0) << outcome.out;
   EXPECT_THAT(outcome.out, Not(HasSubstr("renamed?")));
+}
+
+// --- Tables ---
+
+// old.xml has orders, new.xml has oders instead.
+class RenamedTableTest : public ToolTest {
+ protected:
+  static std::string With(int version, const std::string& name, const std::string& more = "") {
+    return Library(version, {Table({.name = name, .fields = kFields + more}), Table({.name = "users"})});
+  }
+
+  RenamedTableTest() {
+    Write("old.xml", With(5, "orders"));
+    Write("new.xml", With(6, "oders"));
+  }
+
+  Outcome Suggest(const std::vector<std::string>& more = {}) const {
+    std::vector<std::string> arguments = {"suggest", "old.xml", "new.xml", "--file"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return Korvelcheck(arguments);
+  }
+
+  static inline const std::string kFields = "<entry name=\"zone\" type=\"uint32\"/><entry name=\"note\" type=\"int8\"/>";
+};
+
+TEST_F(RenamedTableTest, FindingNamesTheNewTable) {
+  for (const std::string format : {"text", "json", "sarif", "junit", "github", "gitlab", "markdown", "html"}) {
+    const Outcome outcome = Korvelcheck({"check", "old.xml", "new.xml", "--format", format});
+    EXPECT_EQ(outcome.exit_code, 1);
+    EXPECT_THAT(outcome.out, HasSubstr("tables are matched by name; keep orders instead of oders")) << format;
+  }
+  const std::string text = Korvelcheck({"check", "old.xml", "new.xml"}).out;
+  EXPECT_THAT(text, HasSubstr(": refused [library.table] "));
+  EXPECT_THAT(text, HasSubstr(": new: table oders (not compared)\n"));
+}
+
+// The whole old table was added beside the new one.
+TEST_F(RenamedTableTest, SuggestRestoresTheName) { EXPECT_EQ(Suggest().out, With(6, "orders")); }
+
+TEST_F(RenamedTableTest, SuggestKeepsAllowedChangesOfTheTable) {
+  const std::string added = "<entry name=\"added\" type=\"int8\" version=\"6\"/>";
+  Write("new.xml", With(6, "oders", added));
+  EXPECT_EQ(Suggest().out, With(6, "orders", added));
+}
+
+TEST_F(RenamedTableTest, SuggestFixesRefusedChangesOfTheTable) {
+  Write("new.xml", With(6, "oders", "<entry name=\"added\" type=\"int8\"/>"));
+  EXPECT_EQ(Suggest().out, With(6, "orders", "<entry name=\"added\" type=\"int8\" version=\"6\"/>"));
+}
+
+TEST_F(RenamedTableTest, SuggestFixesOtherTables) {
+  Write("new.xml", Library(6, {Table({.name = "oders", .fields = kFields}), Table({.name = "users", .key_type = "int8"})}));
+  EXPECT_EQ(Korvelcheck(Call{.arguments = {"check", "old.xml", "-"}, .input = Suggest().out}).exit_code, 0);
+  EXPECT_THAT(Suggest().out, Not(HasSubstr("oders")));
+  EXPECT_THAT(Suggest({"--table", "users"}).out, HasSubstr("oders"));
+}
+
+TEST_F(RenamedTableTest, OtherTableIsAddedBesideTheRestoredOne) {
+  Write("new.xml",
+        Library(6, {Table({.name = "carts", .fields = "<entry name=\"sum\" type=\"int8\"/>"}), Table({.name = "users"})}));
+  EXPECT_THAT(Korvelcheck({"check", "old.xml", "new.xml"}).out, HasSubstr("keep table orders, even if it is unused"));
+  EXPECT_THAT(Suggest().out, HasSubstr("carts"));
+  EXPECT_THAT(Suggest().out, HasSubstr("orders"));
+}
+
+// The restored name does not make it allowed: the old table is refused as it is.
+TEST_F(RenamedTableTest, RefusedTableStaysRefused) {
+  const std::string bad = "<entry name=\"unit-price\" type=\"int8\"/>";
+  Write("old.xml", With(5, "orders", bad));
+  Write("new.xml", With(6, "oders", bad));
+  EXPECT_THAT(Korvelcheck({"check", "old.xml", "new.xml"}).out,
+              HasSubstr("no allowed alternative: the old schema already breaks"));
+  EXPECT_EQ(Suggest().exit_code, 1);
+}
+
+TEST_F(RenamedTableTest, SettingsAreThoseOfTheOldTable) {
+  const auto library = [](int version, const std::string& name, int list_num) {
+    return Library(
+        version, {Table({.name = name, .attributes = "TableType=LIST;ListNum=" + std::to_string(list_num), .fields = kFields})});
+  };
+  Write("old.xml", library(5, "orders", 9));
+  Write("new.xml", library(6, "oders", 12));
+  EXPECT_EQ(Suggest().out, library(6, "orders", 12));
+  Write("new.xml", library(6, "oders", 8));
+  EXPECT_EQ(Suggest().out, library(6, "orders", 9));
+}
+
+TEST_F(RenamedTableTest, HundredsOfTables) {
+  const auto library = [](int version, const std::string& prefix) {
+    std::vector<std::string> tables;
+    for (int i = 0; i < 300; ++i) tables.push_back(Table({.name = prefix + std::to_string(i), .fields = kFields}));
+    return Library(version, tables);
+  };
+  Write("old.xml", library(5, "table_"));
+  Write("new.xml", library(6, "talbe_"));
+  EXPECT_EQ(Suggest().out, library(6, "table_"));
+  EXPECT_THAT(Korvelcheck({"check", "old.xml", "new.xml"}).out, HasSubstr("keep table_299 instead of talbe_299"));
+}
+
+TEST_F(RenamedTableTest, HistoryNamesTheNewTable) {
+  EXPECT_THAT(Korvelcheck({"history", "old.xml", "new.xml"}).out, HasSubstr("keep orders instead of oders"));
 }
 
 }  // namespace

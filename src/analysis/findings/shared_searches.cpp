@@ -121,6 +121,13 @@ const SharedSearch* SharedSearches::Find(const std::string& key, const Differenc
   return has_same_edits && has_same_structures ? &found->second : nullptr;
 }
 
+std::string SharedSearches::NewNameOf(const Source& old_source, const Source& new_source, const std::string& table) {
+  const std::scoped_lock lock(mutex_);
+  if (!renamed_) renamed_ = FindRenamedTables(old_source, new_source);
+  const auto found = renamed_->find(table);
+  return found == renamed_->end() ? "" : found->second;
+}
+
 std::optional<SearchResult> Confirmed(const TableContext& context, const Difference& difference, const SharedSearch& search) {
   const ChangeChecker checker(context, difference, ChangeChecker::Use::kWholeTables);
   const bool is_valid = checker.unchanged() && !checker.unchanged()->Refused();

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "analysis/diff/diff.h"
+#include "analysis/diff/renamed_metas.h"
 #include "analysis/findings/search.h"
 #include "schema/table_context.h"
 
@@ -43,9 +44,13 @@ class SharedSearches {
   // Null if the key has no search, or one with other edits. Valid as long as this object.
   const SharedSearch* Find(const std::string& key, const Difference& difference) const;
 
+  // The new name of a table that the new source does not have; "" if it has none. REQUIRES: the same sources in every call.
+  std::string NewNameOf(const Source& old_source, const Source& new_source, const std::string& table);
+
  private:
   mutable std::mutex mutex_;
   std::map<std::string, SharedSearch> searches_;
+  std::optional<RenamedMetas> renamed_;  // tables; filled on first use
 };
 
 }  // namespace korvel

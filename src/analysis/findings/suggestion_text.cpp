@@ -93,7 +93,9 @@ std::string LeavingOut(const Edit& edit) {
   return FillIn(std::ranges::find(kByKind, edit.kind, &KindWords::kind)->text, edit);
 }
 
-std::string KeepingName(const Edit& edit) { return FillIn("keep {before} instead of {after}", edit); }
+std::string KeepingName(const std::string& old_name, const std::string& new_name) {
+  return "keep " + OneLine(ValueText(old_name)) + " instead of " + OneLine(ValueText(new_name));
+}
 
 std::string RenamedSuggestion(const std::string& things, const std::string& kept) {
   return "renamed? " + things + " are matched by name; " + kept;

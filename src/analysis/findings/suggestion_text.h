@@ -19,8 +19,8 @@ std::string FillIn(std::string_view words, const Edit& edit);
 // How to leave out an edit: "keep field zone". One line.
 std::string LeavingOut(const Edit& edit);
 
-// How to leave out another name of a field: "keep zone instead of zoen". One line.
-std::string KeepingName(const Edit& edit);
+// How to leave out another name: "keep zone instead of zoen". One line.
+std::string KeepingName(const std::string& old_name, const std::string& new_name);
 
 // "renamed? fields are matched by name; keep zone instead of zoen", for "fields" and the last words.
 std::string RenamedSuggestion(const std::string& things, const std::string& kept);

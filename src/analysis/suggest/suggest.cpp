@@ -9,9 +9,11 @@
 #include <string_view>
 #include <utility>
 
+#include "analysis/diff/renamed_metas.h"
 #include "analysis/findings/findings.h"
 #include "analysis/findings/run_checker.h"
 #include "analysis/suggest/known_warnings.h"
+#include "analysis/suggest/restored_names.h"
 #include "analysis/suggest/rewrite.h"
 #include "analysis/suggest/suggestions.h"
 #include "schema/model.h"
@@ -137,7 +139,7 @@ class Rounds {
     const TableContext context{old_source_, source, table.question->table, table.question->settings};
     if (!source.HasMeta(context.table)) {
       Changes changes = FindRemovedTable(context, table.verdict);
-      Suggestion suggestion = FindSuggestionsForRemovedTable(context, changes);
+      Suggestion suggestion = FindSuggestionsForRemovedTable(context, "", changes);
       DropUnreached(source, {}, suggestion.model);
       return suggestion;
     }
@@ -164,17 +166,16 @@ std::vector<std::string> SuggestionsFor(const TableContext& context, const Verdi
     FindSuggestions(context, difference, changes, false, work);
   } else {
     changes = FindRemovedTable(context, verdict);
-    FindSuggestionsForRemovedTable(context, changes);
+    FindSuggestionsForRemovedTable(context, "", changes);
   }
   std::vector<std::string> suggestions;
   for (Finding& finding : changes.findings) suggestions.push_back(std::move(finding.suggestion));
   return suggestions;
 }
 
-}  // namespace
-
-SchemaSuggestion SuggestSchema(const Source& old_source, const Source& new_source, const std::vector<TableQuestion>& questions,
-                               SuggestionWork work) {
+// Without restoring names.
+SchemaSuggestion SuggestFrom(const Source& old_source, const Source& new_source, const std::vector<TableQuestion>& questions,
+                             SuggestionWork work) {
   Source source = new_source;
   SchemaSuggestion suggestion;
   Rounds rounds(old_source, new_source, questions, work.search);
@@ -198,6 +199,29 @@ SchemaSuggestion SuggestSchema(const Source& old_source, const Source& new_sourc
   }
   suggestion.reached_work_limit = work.is_reached();
   return suggestion;
+}
+
+// Those of the tables that were probably renamed.
+RenamedMetas RenamedAmong(const std::vector<TableQuestion>& questions, const Source& old_source, const Source& new_source) {
+  RenamedMetas renamed = FindRenamedTables(old_source, new_source);
+  std::erase_if(renamed, [&](const auto& names) {
+    return std::ranges::none_of(questions, [&](const TableQuestion& question) { return question.table == names.first; });
+  });
+  return renamed;
+}
+
+}  // namespace
+
+SchemaSuggestion SuggestSchema(const Source& old_source, const Source& new_source, const std::vector<TableQuestion>& questions,
+                               SuggestionWork work) {
+  const RenamedMetas renamed = RenamedAmong(questions, old_source, new_source);
+  if (const std::optional<Source> restored = renamed.empty() ? std::nullopt : WithOldNames(new_source, renamed)) {
+    SchemaSuggestion suggestion = SuggestFrom(old_source, *restored, questions, work);
+    suggestion.is_changed = true;
+    const auto is_renamed = [&](const TableRefusal& refusal) { return renamed.contains(refusal.table); };
+    if (std::ranges::none_of(suggestion.refused, is_renamed)) return suggestion;
+  }
+  return SuggestFrom(old_source, new_source, questions, work);
 }
 
 }  // namespace korvel

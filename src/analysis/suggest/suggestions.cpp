@@ -58,7 +58,7 @@ class SuggestionWriter {
 
   std::string WordsFor(std::size_t edit) const {
     const Alternative* const alternative = finder_.AlternativeOf(edit);
-    if (alternative == nullptr && IsRename(edit)) return KeepingName(changes_.edits[edit]);
+    if (alternative == nullptr && IsRename(edit)) return KeepingName(changes_.edits[edit].before, changes_.edits[edit].after);
     if (alternative == nullptr) return LeavingOut(changes_.edits[edit]);
     const bool is_unchanged = alternative->text.empty();
     return is_unchanged ? "keep it unchanged; it is allowed once the changes that it needs are replaced" : alternative->text;
@@ -135,12 +135,16 @@ void FindSuggestions(const TableContext& context, const Difference& difference, 
   SuggestionWriter(finder, !by_id, changes).Write(fixes ? &*fixes : nullptr);
 }
 
-Suggestion FindSuggestionsForRemovedTable(const TableContext& context, Changes& changes) {
+Suggestion FindSuggestionsForRemovedTable(const TableContext& context, const std::string& renamed_to, Changes& changes) {
   Suggestion suggestion = PutBack(context);
   for (Finding& finding : changes.findings) {
-    finding.suggestion =
-        "no allowed alternative: " + (suggestion.allowed ? "keep table " + OneLine(context.table) + ", even if it is unused"
-                                                         : PreexistingSuggestion(finding.verdict));
+    if (!suggestion.allowed) {
+      finding.suggestion = "no allowed alternative: " + PreexistingSuggestion(finding.verdict);
+    } else if (renamed_to.empty()) {
+      finding.suggestion = "no allowed alternative: keep table " + OneLine(context.table) + ", even if it is unused";
+    } else {
+      finding.suggestion = RenamedSuggestion("tables", KeepingName(context.table, renamed_to));
+    }
   }
   return suggestion;
 }

@@ -3,6 +3,8 @@
 // Functions here may run on several threads at once; sources are only read. They may throw std::bad_alloc.
 #pragma once
 
+#include <string>
+
 #include "analysis/diff/diff.h"
 #include "analysis/findings/finding.h"
 #include "analysis/suggest/known_warnings.h"
@@ -31,7 +33,7 @@ void FindSuggestions(const TableContext& context, const Difference& difference, 
                      SuggestionWork& work);
 
 // For a table that the new source does not have (FindRemovedTable): sets the suggestion of each finding, and returns the table
-// with all that it reaches, as the old source has it.
-Suggestion FindSuggestionsForRemovedTable(const TableContext& context, Changes& changes);
+// with all that it reaches, as the old source has it. `renamed_to` is the new table that it probably became, or empty.
+Suggestion FindSuggestionsForRemovedTable(const TableContext& context, const std::string& renamed_to, Changes& changes);
 
 }  // namespace korvel

@@ -1,0 +1,63 @@
+// Compares what only one side has. Tested by tests/report/renamed_metas_test.cpp.
+#include "analysis/diff/renamed_metas.h"
+
+#include <algorithm>
+#include <string_view>
+#include <vector>
+
+#include "analysis/diff/nearby_pairs.h"
+#include "base/similar_names.h"
+#include "qmx/qmx_metalib_kernel.h"
+
+namespace korvel {
+namespace {
+
+// The tables of a source that the other one does not have, in declaration order.
+std::vector<MetaModel> TablesOnlyIn(const Source& source, const Source& other) {
+  std::vector<MetaModel> metas;
+  for (const std::string_view table : source.tables) {
+    const std::string name(table);
+    if (!other.HasMeta(name)) metas.push_back(MetaOf(source.Library(), qmx_get_meta_by_name(source.Library(), name.c_str())));
+  }
+  return metas;
+}
+
+// The number of entries that both metas have.
+std::size_t CommonEntries(const MetaModel& a, const MetaModel& b) {
+  std::map<std::string_view, const EntryModel*> by_name;
+  for (const EntryModel& entry : a.entries) by_name.emplace(entry.name, &entry);
+  return static_cast<std::size_t>(std::ranges::count_if(b.entries, [&](const EntryModel& entry) {
+    const auto found = by_name.find(entry.name);
+    return found != by_name.end() && *found->second == entry;
+  }));
+}
+
+}  // namespace
+
+std::optional<std::size_t> RenameDifference(const MetaModel& old_meta, const MetaModel& new_meta) {
+  constexpr std::size_t kOtherName = 3;  // after the number of edits of a misspelled name
+  constexpr std::size_t kScale = 1000;
+  if (old_meta.kind != new_meta.kind || old_meta.primary_key != new_meta.primary_key) return std::nullopt;
+  const std::size_t all = std::max(old_meta.entries.size(), new_meta.entries.size());
+  const std::size_t name = SpellingDistance(old_meta.name, new_meta.name).value_or(kOtherName);
+  if (name == kOtherName && (all < 2 || HaveSameLetters(old_meta.name, new_meta.name))) return std::nullopt;
+  const std::size_t fewest = name == kOtherName ? all - all / 4 : all - all / 2;
+  if (std::min(old_meta.entries.size(), new_meta.entries.size()) < fewest) return std::nullopt;
+  const std::size_t common = CommonEntries(old_meta, new_meta);
+  if (common < fewest) return std::nullopt;
+  return ((all - common) * kScale / all) * (kOtherName + 1) + name;
+}
+
+RenamedMetas FindRenamedTables(const Source& old_source, const Source& new_source) {
+  const std::vector<MetaModel> old_tables = TablesOnlyIn(old_source, new_source);
+  if (old_tables.empty()) return {};
+  const std::vector<MetaModel> new_tables = TablesOnlyIn(new_source, old_source);
+  const auto difference = [&](std::size_t i, std::size_t j) { return RenameDifference(old_tables[i], new_tables[j]); };
+  RenamedMetas renamed;
+  for (const NearbyPair& pair : PairNearby(old_tables.size(), new_tables.size(), difference)) {
+    renamed.emplace(old_tables[pair.old_place].name, new_tables[pair.new_place].name);
+  }
+  return renamed;
+}
+
+}  // namespace korvel
