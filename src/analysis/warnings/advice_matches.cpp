@@ -231,9 +231,16 @@ class AdviceSearch {
     }
     for (const auto [index, new_entry] : Entries(new_meta)) {
       if (structures.in_old.Find(new_entry, index) != nullptr) continue;
-      adds_unversioned_ = adds_unversioned_ || is_same_version_;
+      adds_unversioned_ =
+          adds_unversioned_ || (is_same_version_ && (form == RecordForm::kTlv || !ReplacesField(structures, old_meta, index)));
       Apply(structures, nullptr, new_entry);
     }
+  }
+
+  // Whether a removed field was at this position. In packed records, an added one may be the same field with another name.
+  static bool ReplacesField(Structures& structures, LPQMXMETA old_meta, int index) {
+    const LPQMXMETAENTRY old_entry = qmx_get_entry_by_index(old_meta, index);
+    return old_entry != nullptr && structures.in_new.Find(old_entry, index) == nullptr;
   }
 
   void Apply(Structures& structures, LPQMXMETAENTRY old_entry, LPQMXMETAENTRY new_entry) {
