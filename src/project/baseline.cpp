@@ -116,4 +116,12 @@ bool IsCheckedOut(const Baseline& baseline) {
   return !object.empty() && object == FindObject(commit.empty() ? "HEAD^{tree}" : "HEAD^{commit}", baseline.name);
 }
 
+bool IsAheadOfHead(const Baseline& baseline) {
+  if (!baseline.revision || !baseline.origin.empty() || IsShallow(baseline.name)) return false;
+  const std::string commit = CommitOf(baseline);
+  if (commit.empty()) return false;
+  const GitResult base = RunGit({"merge-base", commit, "HEAD"}, baseline.name);
+  return base.status == 0 && base.out != commit + "\n";
+}
+
 }  // namespace korvel

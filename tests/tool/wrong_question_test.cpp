@@ -175,5 +175,25 @@ TEST_F(NearPatternTest, DirectoriesOfACall) {
                 "korvelcheck: scheams: no schema file in either state (did you mean 'schemas'?)\n");
 }
 
+// A branch that is behind main seems to remove what main has gained.
+TEST_F(ProjectTest, BranchIsBehind) {
+  Git({"checkout", "--quiet", "-b", "branch"});
+  Git({"checkout", "--quiet", "main"});
+  Write("schemas/new.xml", Schema("gained"));
+  Commit("gained");
+  Git({"checkout", "--quiet", "branch"});
+  const std::string note =
+      "korvelcheck: note: git:main has commits that HEAD does not contain; to check only what HEAD has changed: --against "
+      "git:main...\n";
+  const Outcome behind = Run({"check", "--against", "git:main", "schemas"});
+  EXPECT_EQ(behind.exit_code, 1);
+  EXPECT_EQ(behind.err, note);
+  EXPECT_EQ(Run({"check", "--against", "git:main...", "schemas"}).err, "");
+  EXPECT_EQ(Run({"check", "--against", "git:main", "schemas", "--table", "orders"}).err, "");  // nothing is refused
+  Write("schemas/orders.xml", Schema("orders", "uint32"));
+  EXPECT_EQ(Run({"check", "--against", "git:HEAD", "schemas"}).err, "");
+  EXPECT_EQ(Run({"check", "--against", "git:main", "schemas"}).err, note);
+}
+
 }  // namespace
 }  // namespace tool_test

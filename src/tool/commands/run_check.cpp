@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "base/input_error.h"
@@ -68,12 +69,24 @@ ProjectResult CheckAgainst(const CheckRequest& request, ProjectSet& projects, co
   return CheckProject(check);
 }
 
+// A branch that is behind seems to remove what its base has gained.
+void NoteBehind(const Baseline& baseline, const Report& report) {
+  const bool is_refused =
+      std::ranges::any_of(report.tables, [](const TableResult& table) { return table.status == Status::kRefused; });
+  if (!is_refused || !IsAheadOfHead(baseline)) return;
+  PrintErrors({ToolMessage("note: " + OneLine(baseline.name) +
+                           " has commits that HEAD does not contain; to check only what HEAD has changed: --against " +
+                           ShellWord(baseline.name + "..."))});
+}
+
 CommandResult CheckAgainstAll(const CheckRequest& request, ProjectSet& projects) {
   const std::vector<Baseline> baselines = ResolveBaselines(request.baselines);
   ProjectResult all;
   for (const Baseline& baseline : baselines) {
     const bool is_first = &baseline == &baselines.front();
-    Append(CheckAgainst(request, projects, baseline, is_first), baselines.size() > 1, all);
+    ProjectResult result = CheckAgainst(request, projects, baseline, is_first);
+    NoteBehind(baseline, result.report);
+    Append(std::move(result), baselines.size() > 1, all);
   }
   all.report.command = request.command;
   all.report.projects = ListOf(projects, std::move(all.judged));
