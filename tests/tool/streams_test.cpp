@@ -30,6 +30,7 @@ const ToolMessage kSaid[] = {
     {{"dump", "old.xml"}, {}},
     {{"completion", "bash"}, {}},
     {{"man"}, {}},
+    {{"help"}, {}},
     {{"check", "--help"}, {}},
     {{"--help"}, {}},
     {{"--version"}, {}},

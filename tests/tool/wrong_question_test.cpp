@@ -27,6 +27,14 @@ TEST_F(PairNotesTest, OldAndNewAreSwapped) {
   EXPECT_THAT(Run({"suggest", "newer.xml", "old.xml"}).err, HasSubstr(note + "suggest old.xml newer.xml\n"));
 }
 
+// A log in JSON has one record on each line.
+TEST_F(PairNotesTest, ALogOnStandardErrorHasNoNotes) {
+  for (const std::string command : {"check", "compat"}) {
+    EXPECT_THAT(Run({command, "newer.xml", "old.xml", "--log", "-"}).err, Not(HasSubstr("note: ")));
+    EXPECT_THAT(Run({command, "newer.xml", "old.xml", "--log", "log"}).err, HasSubstr("note: "));
+  }
+}
+
 TEST_F(PairNotesTest, PathsAreQuotedForTheShell) {
   Write("it's new.xml", Read("newer.xml"));
   Write("-old.xml", Read("old.xml"));

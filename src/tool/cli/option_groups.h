@@ -130,6 +130,9 @@ struct LogOptions {
   vesk::LogSettings settings;
 
   void AddTo(ArgumentList& arguments);
+
+  // Then nothing but the log should go there.
+  bool IsOnStandardError() const { return is_open && !settings.file; }
 };
 
 // --format of a report, --output, --report, --log

@@ -55,7 +55,7 @@ CheckRequest RequestOf(const CheckArguments& arguments, const Project* project) 
               [&](const std::vector<std::string>& files) {
                 RefuseOverlaps(files, arguments.report.AllOutputs(), arguments.report.log);
               },
-          .prints_pair_notes = true,
+          .prints_pair_notes = !arguments.report.log.IsOnStandardError(),
           .reports_faults = true};
 }
 

@@ -100,7 +100,7 @@ std::string FamilyOf(const RuleDoc& doc) {
 
 bool ContainsIgnoringCase(std::string_view text, std::string_view word) {
   const auto is_same = [](unsigned char a, unsigned char b) { return std::tolower(a) == std::tolower(b); };
-  return std::ranges::search(text, word, is_same).begin() != text.end();
+  return std::search(text.begin(), text.end(), word.begin(), word.end(), is_same) != text.end();
 }
 
 // The rules of a family, else those whose id or summary contains the word. A word of one or two characters says too little.

@@ -85,7 +85,7 @@ CommandResult CheckAgainstAll(const CheckRequest& request, ProjectSet& projects)
   for (const Baseline& baseline : baselines) {
     const bool is_first = &baseline == &baselines.front();
     ProjectResult result = CheckAgainst(request, projects, baseline, is_first);
-    NoteBehind(baseline, result.report);
+    if (request.prints_pair_notes) NoteBehind(baseline, result.report);
     Append(std::move(result), baselines.size() > 1, all);
   }
   all.report.command = request.command;

@@ -95,7 +95,8 @@ int RunPairReport(const PairArguments& arguments, const PairCommand& command) {
     CommandResult result = LoadForReport(command.name, command.roles, arguments.inputs.paths, arguments.report.texts());
     if (command.project != nullptr) result.report.projects.push_back({command.project->file, 1});
     const Pair pair = PairOf(result.report);
-    if (command.prints_notes) PrintPairNotes(command.name, pair, arguments.inputs.paths);
+    if (command.prints_notes && !arguments.report.log.IsOnStandardError())
+      PrintPairNotes(command.name, pair, arguments.inputs.paths);
     const std::vector<std::string> tables = command.select(pair, arguments.selection.tables);
     CheckEachTable(result.report, tables, arguments.report.log.is_open,
                    [&](const std::string& table) { return command.check(pair, table, log); });
