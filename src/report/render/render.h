@@ -66,6 +66,10 @@ std::span<const Format> Formats();
 std::string RenderDiffText(const Listing& listing);
 std::string RenderDiffJson(const Listing& listing);
 
+// The same for the changed files of a project. The report says what was compared.
+std::string RenderProjectDiffText(const Report& report, const std::vector<Listing>& listings);
+std::string RenderProjectDiffJson(const Report& report, const std::vector<Listing>& listings);
+
 // --- history ---
 
 // For people: for each file its steps, with the blocks of RenderTablesText, and each version against the newest; a summary.

@@ -3,6 +3,7 @@
 #include "report/render/json_stream.h"
 #include "report/render/json_values.h"
 #include "report/render/render.h"
+#include "report/result/notes.h"
 #include "report/result/text_ranges.h"
 #include "report/result/words.h"
 
@@ -136,8 +137,9 @@ class DiffJson {
  public:
   explicit DiffJson(const Listing& listing) : listing_(listing), ranges_(TextRangesOf(listing)) {}
 
+  // All members but the header.
   Json Document() const {
-    Json json = HeaderToJson(kJsonVersion, "diff");
+    Json json;
     json["inputs"] = {{{"role", "old"}, {"file", listing_.old_source->name}},
                       {{"role", "new"}, {"file", listing_.new_source->name}}};
     json["library"] = EditsJson(listing_.library);
@@ -203,6 +205,31 @@ class DiffJson {
 
 std::string RenderDiffText(const Listing& listing) { return DiffText(listing).Text(); }
 
-std::string RenderDiffJson(const Listing& listing) { return JsonText(DiffJson(listing).Document()) + "\n"; }
+std::string RenderDiffJson(const Listing& listing) {
+  Json json = HeaderToJson(kJsonVersion, "diff");
+  json.update(DiffJson(listing).Document());
+  return JsonText(json) + "\n";
+}
+
+std::string RenderProjectDiffText(const Report& report, const std::vector<Listing>& listings) {
+  std::string text;
+  for (const std::string& note : NotesOf(report)) text += note + "\n";
+  for (const Listing& listing : listings) {
+    text += OneLine(PathText(listing.old_source->name)) + " -> " + OneLine(listing.new_source->name) + ":\n" +
+            RenderDiffText(listing);
+  }
+  return text + Counted(listings.size(), "file") + " changed\n";
+}
+
+std::string RenderProjectDiffJson(const Report& report, const std::vector<Listing>& listings) {
+  Json json = HeaderToJson(kJsonVersion, "diff");
+  Json& baselines = json["baselines"] = Json::array();
+  for (const ReportBaseline& baseline : report.baselines) baselines.push_back(ToJson(baseline));
+  Json& files = json["files"] = Json::array();
+  for (const FileNote& note : report.files) files.push_back(ToJson(note));
+  Json& diffs = json["diffs"] = Json::array();
+  for (const Listing& listing : listings) diffs.push_back(DiffJson(listing).Document());
+  return JsonText(json) + "\n";
+}
 
 }  // namespace korvel

@@ -1,10 +1,18 @@
-// Tested by tests/tool/diff_test.cpp.
+// Tested by tests/tool/diff_test.cpp and diff_project_test.cpp.
+#include <algorithm>
+#include <deque>
+#include <utility>
+
+#include "project/baseline.h"
 #include "project/load_inputs.h"
 #include "report/render/render.h"
 #include "schema/selection.h"
 #include "tool/cli/command.h"
 #include "tool/cli/option_groups.h"
+#include "tool/commands/project_pairs.h"
+#include "tool/commands/run_check.h"
 #include "tool/io/exit.h"
+#include "vesk/closed_category.h"
 
 namespace korvel::tool {
 namespace {
@@ -12,24 +20,86 @@ namespace {
 struct DiffArguments {
   InputFiles inputs;
   TableSelection selection;
+  TableSettings settings;  // only the project file
+  std::optional<std::string> against;
   OutputOption output{.is_report = true};
   TextOrJson format;
 
   void AddTo(ArgumentList& arguments) {
-    inputs.AddPairTo(arguments, "OLD", "NEW");
+    inputs.AddComparedTo(arguments);
     selection.AddTo(arguments);
+    arguments.AddText("--against", "git:REV|DIR", against,
+                      "list the changes of the project's schema files since a commit or a directory, as for 'check --against'");
+    settings.AddProjectTo(arguments);
     output.AddTo(arguments);
     format.AddTo(arguments);
   }
 };
 
-int Run(const DiffArguments& arguments) {
+std::string DiffOfPair(const DiffArguments& arguments) {
   RequireDistinctFiles(arguments.inputs.paths, arguments.output);
   const std::vector<Input> inputs = LoadInputs(arguments.inputs.paths);
   const Selection selection = SelectTables({inputs[0], inputs[1]}, arguments.selection.tables);
   const Listing listing = ListChanges(inputs[0], inputs[1], selection.compared, selection.added);
-  const std::string text = arguments.format.json ? RenderDiffJson(listing) : RenderDiffText(listing);
-  arguments.output.Write(text);
+  return arguments.format.json ? RenderDiffJson(listing) : RenderDiffText(listing);
+}
+
+CheckRequest RequestOf(const DiffArguments& arguments, const Project* project, LPVESKCATEGORYINST log) {
+  std::vector<std::string> baselines;
+  if (project != nullptr) baselines = BaselinesOf(*project);
+  if (arguments.against) baselines = {*arguments.against};
+  return {.command = "diff",
+          .paths = arguments.inputs.paths,
+          .baselines = std::move(baselines),
+          .allow_new = true,
+          .options = {.tables = arguments.selection.tables, .project = project, .log = log},
+          .searches_projects = arguments.settings.SearchesProjects(),
+          .links = arguments.settings.links(),
+          .on_files = [&](const std::vector<std::string>& files) { RefuseOverlaps(files, {&arguments.output}); }};
+}
+
+// The changes of a file, which the sources own.
+Listing ListingOf(const ChangedPair& pair, Git& git, std::deque<Input>& sources) {
+  const Input& old_input = sources.emplace_back(LoadInput(pair.old_name, git));
+  const Input& new_input = sources.emplace_back(LoadNew(pair, git));
+  std::vector<std::string> compared;
+  std::vector<std::string> added;
+  for (const TableResult* const table : pair.tables) {
+    (table->status == Status::kNew ? added : compared).push_back(table->table);
+  }
+  return ListChanges(old_input, new_input, compared, added);
+}
+
+// Comments and descriptions are no part of a schema.
+bool HasChanges(const Listing& listing) {
+  return !listing.library.empty() || std::ranges::any_of(listing.tables, [](const TableEdits& table) {
+    return table.status != TableEdits::Status::kCompared || table.HasEdits();
+  });
+}
+
+// The check finds the files that belong together; its verdict does not matter.
+std::string DiffOfProject(const DiffArguments& arguments) {
+  const std::optional<Project> project = arguments.settings.ReadProject();
+  vesk::ClosedCategory log;
+  const CheckRequest request = RequestOf(arguments, project ? &*project : nullptr, log.handle());
+  RequireBaseline(request);
+  const CommandResult result = RunCheck(request);
+  RequireOneCompleteState("diff", result.report);
+  Git git;
+  std::deque<Input> sources;
+  std::vector<Listing> listings;
+  for (const ChangedPair& pair : ChangedPairsOf(result.report)) {
+    if (pair.is_deleted) continue;
+    Listing listing = ListingOf(pair, git, sources);
+    if (HasChanges(listing)) listings.push_back(std::move(listing));
+  }
+  return arguments.format.json ? RenderProjectDiffJson(result.report, listings) : RenderProjectDiffText(result.report, listings);
+}
+
+int Run(const DiffArguments& arguments) {
+  RequireFiles(arguments.inputs.paths, arguments.against.has_value());
+  const bool is_pair = !arguments.against && arguments.inputs.paths.size() == 2;
+  arguments.output.Write(is_pair ? DiffOfPair(arguments) : DiffOfProject(arguments));
   return kAllAllowed;
 }
 

@@ -1,0 +1,98 @@
+// diff of the schema files of a project.
+#include <gmock/gmock.h>
+
+#include <nlohmann/json.hpp>
+
+#include "project_repository.h"
+
+namespace tool_test {
+namespace {
+
+using testing::HasSubstr;
+
+class DiffProjectTest : public ProjectTest {
+ protected:
+  // users.xml changes, items.xml gets a comment, orders.xml stays.
+  DiffProjectTest() {
+    Write("schemas/users.xml", Schema("users", "uint32"));
+    Write("schemas/deep/items.xml", Schema("items") + "<!-- a comment -->\n");
+  }
+
+  // The outcome with the exit code 0 and an empty standard error.
+  std::string Diff(const std::vector<std::string>& more, const std::string& directory = "") const {
+    std::vector<std::string> call = {"diff"};
+    call.insert(call.end(), more.begin(), more.end());
+    const Outcome outcome = Run(call, directory);
+    EXPECT_EQ(outcome.exit_code, 0);
+    EXPECT_EQ(outcome.err, "");
+    return outcome.out;
+  }
+};
+
+TEST_F(DiffProjectTest, ListsChangedFiles) {
+  const std::string users = Diff({"git:HEAD:schemas/users.xml", "schemas/users.xml"});
+  EXPECT_EQ(Diff({"--against", "git:HEAD"}),
+            "project file: korvelcheck.toml (3 files)\n"
+            "git:HEAD:schemas/users.xml -> schemas/users.xml:\n" +
+                users + "1 file changed\n");
+  EXPECT_THAT(users, HasSubstr("type of uid: uint64 -> uint32"));
+}
+
+TEST_F(DiffProjectTest, TheProjectFileNamesTheBaseline) {
+  Write("korvelcheck.toml", "[schemas]\npaths = ['schemas/**/*.xml']\nagainst = 'git:HEAD'\n");
+  EXPECT_EQ(Diff({}), Diff({"--against", "git:HEAD"}));
+  EXPECT_THAT(Diff({"users.xml"}, "schemas"), HasSubstr("git:HEAD:schemas/users.xml -> users.xml:\n"));
+  EXPECT_THAT(Diff({"schemas/orders.xml"}), testing::EndsWith("0 files changed\n"));
+  ExpectRefused({"diff", "--no-project"},
+                "korvelcheck: diff: OLD and NEW are required, or --against\nTry 'korvelcheck diff --help'.\n");
+}
+
+TEST_F(DiffProjectTest, ListsAddedDeletedAndMovedFiles) {
+  std::filesystem::remove(PathOf("schemas/orders.xml"));
+  std::filesystem::rename(PathOf("schemas/users.xml"), PathOf("schemas/people.xml"));
+  Write("schemas/carts.xml", Schema("carts"));
+  const std::string text = Diff({"--against", "git:HEAD"});
+  EXPECT_THAT(text, HasSubstr("\ndeleted: git:HEAD:schemas/orders.xml\n"));
+  EXPECT_THAT(text, HasSubstr("\nadded: schemas/carts.xml (nothing to compare it with)\n"));
+  EXPECT_THAT(text, HasSubstr("\ngit:HEAD:schemas/users.xml -> schemas/people.xml:\n"));
+  EXPECT_THAT(text, testing::EndsWith("1 file changed\n"));
+}
+
+TEST_F(DiffProjectTest, ListsNewAndRemovedTables) {
+  Write("schemas/users.xml",
+        "<metalib name=\"users\" version=\"5\" protocol=\"QMX\">\n" + Table({.name = "people"}) + "\n</metalib>\n");
+  const std::string text = Diff({"--against", "git:HEAD"});
+  EXPECT_THAT(text, HasSubstr("git:HEAD:schemas/users.xml:2:1: table users: removed\n"));
+  EXPECT_THAT(text, HasSubstr("schemas/users.xml:2:1: table people: new\n"));
+}
+
+TEST_F(DiffProjectTest, PrintsJson) {
+  const auto json = nlohmann::json::parse(Diff({"--against", "git:HEAD", "--format", "json"}));
+  EXPECT_EQ(json["command"], "diff");
+  EXPECT_EQ(json["baselines"][0]["name"], "git:HEAD");
+  EXPECT_EQ(json["files"].size(), 0u);
+  ASSERT_EQ(json["diffs"].size(), 1u);
+  const auto pair = nlohmann::json::parse(Diff({"git:HEAD:schemas/users.xml", "schemas/users.xml", "--format", "json"}));
+  for (const char* member : {"inputs", "library", "tables", "structures", "summary"}) {
+    EXPECT_EQ(json["diffs"][0][member], pair[member]) << member;
+  }
+}
+
+// A list that lacks files would look complete.
+TEST_F(DiffProjectTest, IncompleteListsAreRefused) {
+  Write("schemas/users.xml", "<metalib>");
+  EXPECT_EQ(Run({"diff", "--against", "git:HEAD"}).exit_code, 2);
+  Write("schemas/users.xml", Schema("users"));
+  Write("korvelcheck.toml", "[schemas]\npaths = ['schemas/*.xml']\n");
+  ExpectRefused({"diff", "--against", "git:HEAD"},
+                "korvelcheck: diff: the check is incomplete; 'korvelcheck check' with the same baseline says why\n");
+}
+
+// Two files need no project file, not even a valid one.
+TEST_F(DiffProjectTest, TwoFilesAreComparedWithoutAProject) {
+  Write("korvelcheck.toml", "[schemas\n");
+  EXPECT_THAT(Diff({"schemas/orders.xml", "schemas/orders.xml"}), HasSubstr("table orders: no change\n"));
+}
+
+}  // namespace
+}  // namespace tool_test
