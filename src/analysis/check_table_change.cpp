@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <map>
 
+#include "analysis/diff/same_table.h"
 #include "analysis/findings/findings.h"
 #include "analysis/findings/run_checker.h"
 #include "analysis/findings/shared_searches.h"
@@ -78,6 +79,10 @@ void AddChanges(const TableCheck& check, SharedSearches* shared, TableResult& re
   if (wants_changes) {
     const Difference difference(context.old_source, context.new_source, context.table);
     result.changes = FindChanges(context, difference, result.verdict, check.max_findings, shared);
+  }
+  if (result.status == Status::kAllowed) {
+    result.is_unchanged = result.changes ? CountOwnEdits(result.changes->edits) == 0
+                                         : IsUnchanged(context.old_source, context.new_source, context.table);
   }
   result.advice = FindWarnings(context, result.changes ? &*result.changes : nullptr);
 }

@@ -28,17 +28,19 @@ struct TableResult {
   std::string table;
   std::string baseline;  // the earlier state that it is compared with; empty unless the call compares with several
   Status status = Status::kNew;
-  std::uint32_t project = 0;       // which project file of the call its settings are from, 0-based; see ProjectSet
-  bool is_alone = false;           // checked against itself only to see whether it may stay as it is
-  const Source* first = nullptr;   // old; the same as `second` if the file is unchanged or alone. Null for a new table
-  const Source* second = nullptr;  // new
-  Location declared;               // the table's meta in the second file, or in the first if the second has none
-  bool removed = false;            // the second file has no such table; kRefused only
-  std::string renamed_to;          // of a removed table: the new table that it probably became; may be empty
-  Verdict verdict;                 // of the whole change; allowed unless kRefused
-  PartialSettings settings;        // those that the operation takes
-  std::optional<Changes> changes;  // what changed and which of it is refused; see CheckTableChange
-  Advice advice;                   // warnings and notes; CheckTableChange and AddChanges only
+  std::uint32_t project = 0;         // which project file of the call its settings are from, 0-based; see ProjectSet
+  bool is_alone = false;             // checked against itself only to see whether it may stay as it is
+  const Source* first = nullptr;     // old; the same as `second` if the file is unchanged or alone. Null for a new table
+  const Source* second = nullptr;    // new
+  Location declared;                 // the table's meta in the second file, or in the first if the second has none
+  bool removed = false;              // the second file has no such table; kRefused only
+  std::string renamed_to;            // of a removed table: the new table that it probably became; may be empty
+  Verdict verdict;                   // of the whole change; allowed unless kRefused
+  PartialSettings settings;          // those that the operation takes
+  std::optional<bool> is_unchanged;  // whether it differs in nothing but the version of the library (IsUnchanged); absent if the
+                                     // table is not allowed, or the operation does not find out
+  std::optional<Changes> changes;    // what changed and which of it is refused; see CheckTableChange
+  Advice advice;                     // warnings and notes; CheckTableChange and AddChanges only
 
   // The edits that `finding`, one of this table, refers to.
   const std::vector<Edit>& EditsFor(const Finding& finding) const { return IsAdvice(finding) ? advice.edits : changes->edits; }

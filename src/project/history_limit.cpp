@@ -53,7 +53,8 @@ void HistoryLimit::Apply(Report& report) {
     const FoldedReport folded(report);
     for (std::size_t i = 0; i < report.tables.size(); ++i) {
       std::optional<Changes>& changes = report.tables[i].changes;
-      if (changes && !ListsRefusal(folded, folded.tables()[i]) && !HasWaiver(*changes)) unlisted.push_back(&*changes);
+      if (!changes || changes->findings.empty()) continue;  // of an allowed table, its number of changes is shown
+      if (!ListsRefusal(folded, folded.tables()[i]) && !HasWaiver(*changes)) unlisted.push_back(&*changes);
     }
     findings_ -= CountRefusals(folded);
   }

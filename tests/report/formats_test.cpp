@@ -65,7 +65,8 @@ TEST(Formats, MatchGoldens) {
 }
 
 TEST(Formats, TextIsColoredOnRequest) {
-  const Sample sample = EverythingReport();
+  Sample sample = EverythingReport();
+  sample.report.detail = korvel::Detail::kVerbose;
   const std::string text = Formats().front().Render(sample.report, true);
   EXPECT_THAT(text, testing::StartsWith("verdict: \x1b[31mrefused\x1b[0m\n"));
   EXPECT_THAT(text, testing::HasSubstr(": \x1b[33mwaived\x1b[0m [field.count]"));

@@ -41,21 +41,20 @@ TEST_F(CheckTest, RefusesRemovedTable) {
   Write("new.xml", Library(5, {Table()}));
   ExpectVerdicts(Korvelcheck({"check", "old.xml", "new.xml"}), 1,
                  "verdict: refused\n"
-                 "new.xml:2:1: allowed: table orders\n"
                  "old.xml:3:1: refused: table users: -2 CHECK_TABLE_ERROR_SYSTEM_ERROR (removed)\n"
                  "old.xml:3:1: refused [library.table] the table is missing in one of the libraries\n"
                  "  checker: Get meta info failed, please check the table name ! table:'users'\n"
-                 "1 table refused, 1 allowed; 2 compared, 0 new, 1 removed; 1 finding, 0 waived\n");
+                 "1 table refused, 1 allowed (0 changed, 1 unchanged); 2 compared, 0 new, 1 removed; 1 finding, 0 waived\n");
 }
 
 TEST_F(CheckTest, ReportsNewTableWithoutComparingIt) {
   Write("new.xml", Library(5, {Table({.name = "zones"}), Table({.name = "users"}), Table()}));
-  ExpectOutcome(Korvelcheck({"check", "old.xml", "new.xml"}), 0,
+  ExpectOutcome(Korvelcheck({"check", "old.xml", "new.xml", "--verbose"}), 0,
                 "verdict: allowed\n"
-                "new.xml:4:1: allowed: table orders\n"
-                "new.xml:3:1: allowed: table users\n"
+                "new.xml:4:1: unchanged: table orders\n"
+                "new.xml:3:1: unchanged: table users\n"
                 "new.xml:2:1: new: table zones (not compared)\n"
-                "0 tables refused, 2 allowed; 2 compared, 1 new, 0 removed\n",
+                "0 tables refused, 2 allowed (0 changed, 2 unchanged); 2 compared, 1 new, 0 removed\n",
                 "");
 }
 
@@ -73,12 +72,11 @@ TEST_F(CheckTest, ReportsAllStatuses) {
                  "old.xml:3:1: refused: table users: -2 CHECK_TABLE_ERROR_SYSTEM_ERROR (removed)\n"
                  "old.xml:3:1: refused [library.table] the table is missing in one of the libraries\n"
                  "  checker: Get meta info failed, please check the table name ! table:'users'\n"
-                 "new.xml:4:1: allowed: table carts\n"
                  "new.xml:3:1: refused: table stock: -3 ERROR_VALUE_FIELD\n"
                  "new.xml:3:51: refused [primary-key.size] the size of a primary key field changed\n"
                  "  checker: The size of primarykey can't be modified! entry:'uid' metaname:'stock'\n"
                  "new.xml:5:1: new: table zones (not compared)\n"
-                 "3 tables refused, 1 allowed; 4 compared, 1 new, 1 removed; 3 findings, 0 waived\n");
+                 "3 tables refused, 1 allowed (0 changed, 1 unchanged); 4 compared, 1 new, 1 removed; 3 findings, 0 waived\n");
   const auto report = nlohmann::json::parse(Korvelcheck({"check", "old.xml", "new.xml", "--format", "json"}).out);
   std::vector<std::string> fates;
   for (const auto& table : report["tables"]) {
@@ -95,23 +93,25 @@ TEST_F(CheckTest, ReportsAllStatuses) {
 }
 
 TEST_F(CheckTest, ComparesOnlyRequestedTables) {
-  ExpectOutcome(
-      Korvelcheck({"check", "old.xml", "wide.xml", "--table", "users"}), 0,
-      "verdict: allowed\nwide.xml:3:1: allowed: table users\n0 tables refused, 1 allowed; 1 compared, 0 new, 0 removed\n", "");
+  ExpectOutcome(Korvelcheck({"check", "old.xml", "wide.xml", "--table", "users", "-v"}), 0,
+                "verdict: allowed\nwide.xml:3:1: unchanged: table users\n"
+                "0 tables refused, 1 allowed (0 changed, 1 unchanged); 1 compared, 0 new, 0 removed\n",
+                "");
 }
 
 TEST_F(CheckTest, ComparesRequestedTablesInOrderAndOnce) {
-  ExpectOutcome(Korvelcheck({"check", "old.xml", "same.xml", "--table", "users", "--table", "orders", "--table", "users"}), 0,
-                "verdict: allowed\nsame.xml:3:1: allowed: table users\nsame.xml:2:1: allowed: table orders\n"
-                "0 tables refused, 2 allowed; 2 compared, 0 new, 0 removed\n",
+  ExpectOutcome(Korvelcheck({"check", "old.xml", "same.xml", "--table", "users", "--table", "orders", "--table", "users", "-v"}),
+                0,
+                "verdict: allowed\nsame.xml:3:1: unchanged: table users\nsame.xml:2:1: unchanged: table orders\n"
+                "0 tables refused, 2 allowed (0 changed, 2 unchanged); 2 compared, 0 new, 0 removed\n",
                 "");
 }
 
 TEST_F(CheckTest, ReportsRequestedTableOfTheNewFileAsNew) {
   Write("new.xml", Library(5, {Table(), Table({.name = "zones"})}));
   ExpectOutcome(Korvelcheck({"check", "old.xml", "new.xml", "--table", "zones", "--table", "orders"}), 0,
-                "verdict: allowed\nnew.xml:2:1: allowed: table orders\nnew.xml:3:1: new: table zones (not compared)\n"
-                "0 tables refused, 1 allowed; 1 compared, 1 new, 0 removed\n",
+                "verdict: allowed\nnew.xml:3:1: new: table zones (not compared)\n"
+                "0 tables refused, 1 allowed (0 changed, 1 unchanged); 1 compared, 1 new, 0 removed\n",
                 "");
 }
 
@@ -202,7 +202,7 @@ TEST_F(GrowthTest, ChecksEveryTableByItself) {
   Write("new.xml", Library(5, {WithHistory(524288), users}));
   const Outcome outcome = Korvelcheck({"check", "old.xml", "new.xml", "--server-version", "3.29.0", "--whitelist", "history"});
   EXPECT_EQ(outcome.exit_code, 1);
-  EXPECT_THAT(outcome.out, HasSubstr("new.xml:3:1: allowed: table users\n1 table refused, 1 allowed;"));
+  EXPECT_THAT(outcome.out, HasSubstr("\n1 table refused, 1 allowed (0 changed, 1 unchanged);"));
 }
 
 // The result depends only on the bytes of the files.

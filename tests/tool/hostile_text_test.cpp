@@ -253,11 +253,11 @@ TEST_F(HostileTextTest, PathsAreNeitherCommandsNorOptions) {
   Write("::error::a.xml", Library(5, {Table()}));
   Write("##[error]b.xml", Library(5, {Table()}));
   Write("-c.xml", Library(5, {Table()}));
-  EXPECT_THAT(Run({"lint", "--no-project", "--", "::error::a.xml"}).out, HasSubstr("\n./::error::a.xml:2:1: allowed"));
-  EXPECT_THAT(Run({"lint", "--no-project", "--", "##[error]b.xml"}).out, HasSubstr("\n./\\x23#[error]b.xml:2:1: allowed"));
-  EXPECT_THAT(Run({"lint", "--no-project", "--", "-c.xml"}).out, HasSubstr("\n./-c.xml:2:1: allowed"));
+  EXPECT_THAT(Run({"lint", "-v", "--no-project", "--", "::error::a.xml"}).out, HasSubstr("\n./::error::a.xml:2:1: allowed"));
+  EXPECT_THAT(Run({"lint", "-v", "--no-project", "--", "##[error]b.xml"}).out, HasSubstr("\n./\\x23#[error]b.xml:2:1: allowed"));
+  EXPECT_THAT(Run({"lint", "-v", "--no-project", "--", "-c.xml"}).out, HasSubstr("\n./-c.xml:2:1: allowed"));
   Write("::error::a.xml", "<");
-  EXPECT_THAT(Run({"lint", "--no-project", "--", "::error::a.xml"}).err, testing::StartsWith("./::error::a.xml:1:"));
+  EXPECT_THAT(Run({"lint", "-v", "--no-project", "--", "::error::a.xml"}).err, testing::StartsWith("./::error::a.xml:1:"));
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ using testing::HasSubstr;
 class LintTest : public ToolTest {};
 
 TEST_F(LintTest, ReportsSeveralFilesTogether) {
-  ExpectOutcome(Korvelcheck({"lint", "old.xml", "wide.xml"}), 0,
+  ExpectOutcome(Korvelcheck({"lint", "old.xml", "wide.xml", "-v"}), 0,
                 "verdict: allowed\n"
                 "old.xml:2:1: allowed: table orders\n"
                 "old.xml:3:1: allowed: table users\n"
@@ -23,7 +23,7 @@ TEST_F(LintTest, ReportsSeveralFilesTogether) {
 
 TEST_F(LintTest, RefusedTableEndsWithOne) {
   Write("bad.xml", Library(5, {Table({.fields = "<entry name=\"a-b\" id=\"2\" type=\"int8\"/>"})}));
-  ExpectVerdicts(Korvelcheck({"lint", "old.xml", "bad.xml"}), 1,
+  ExpectVerdicts(Korvelcheck({"lint", "old.xml", "bad.xml", "-v"}), 1,
                  "verdict: refused\n"
                  "old.xml:2:1: allowed: table orders\n"
                  "old.xml:3:1: allowed: table users\n"
@@ -77,7 +77,7 @@ TEST_F(LintTest, MalformedAttributesAreRefusedWithTheirText) {
 TEST_F(LintTest, ErrorsOfEveryFileAreShown) {
   Write("one.xml", "<metalib");
   Write("two.xml", "<metalib name=\"m\" version=\"1\" colour=\"red\"/>");
-  const Outcome outcome = Korvelcheck({"lint", "one.xml", "old.xml", "missing.xml", "two.xml"});
+  const Outcome outcome = Korvelcheck({"lint", "one.xml", "old.xml", "missing.xml", "two.xml", "-v"});
   EXPECT_EQ(outcome.exit_code, 2);
   EXPECT_THAT(outcome.out, testing::StartsWith("verdict: incomplete (3 files were not checked)\none.xml:1:"));
   EXPECT_THAT(outcome.out, HasSubstr("old.xml:2:1: allowed: table orders\n"));

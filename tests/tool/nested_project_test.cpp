@@ -465,7 +465,7 @@ TEST_F(NestedProjectTest, MovedFileBelongsToItsNewProject) {
 // --- Reports ---
 
 TEST_F(NestedProjectTest, ReportsListTheProjectFiles) {
-  EXPECT_THAT(Against({"svc"}).out, HasSubstr("\nproject file: svc/a/korvelcheck.toml (1 file)\nsvc/"));
+  EXPECT_THAT(Against({"svc", "-v"}).out, HasSubstr("\nproject file: svc/a/korvelcheck.toml (1 file)\nsvc/"));
   EXPECT_FALSE(ReportOf({"check", "--against", "git:HEAD", "svc", "--no-project"}).contains("project_files"));
   Write("korvelcheck.toml", kAll);
   Write("t.xml", WithBlob("t", kSmall));

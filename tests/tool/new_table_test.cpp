@@ -40,7 +40,8 @@ TEST_F(NewTableTest, IsReportedIfTheCheckerRefusesItAsItIs) {
                                      "changes in it\n"));
   EXPECT_THAT(outcome.out, HasSubstr(std::string("\n  change: ") + kRefused + "\n  suggestion: change the table until "));
   EXPECT_THAT(outcome.out, HasSubstr("; allowed: Use ASCII letters, digits and underscores, "));
-  EXPECT_THAT(outcome.out, HasSubstr("\n0 tables refused, 1 allowed; 1 compared, 1 new, 0 removed; 1 warning\n"));
+  EXPECT_THAT(outcome.out,
+              HasSubstr("\n0 tables refused, 1 allowed (0 changed, 1 unchanged); 1 compared, 1 new, 0 removed; 1 warning\n"));
 }
 
 TEST_F(NewTableTest, IsNotReportedIfItIsAcceptable) {

@@ -196,7 +196,7 @@ TEST_F(OutputTest, FailedWriteKeepsTheOldFileAndLeavesNothing) {
 TEST_F(OutputTest, FailedWriteDiscardsTheOldReport) {
   Write("report", "old");
   Write("many.xml", Library(5, {Table({.name = std::string(5000, 'n')})}));
-  const Outcome outcome = Korvelcheck(Call{.arguments = {"lint", "many.xml", "-o", "report"}, .launcher = kSmallFiles});
+  const Outcome outcome = Korvelcheck(Call{.arguments = {"lint", "-v", "many.xml", "-o", "report"}, .launcher = kSmallFiles});
   EXPECT_EQ(outcome.exit_code, 3);
   EXPECT_THAT(outcome.err, testing::EndsWith("/report: File too large\n"));
   EXPECT_EQ(Files(), (std::vector<std::string>{"many.xml", "old.xml", "same.xml", "wide.xml"}));

@@ -48,16 +48,14 @@ class ToolTest : public testing::Test {
 
 // The text reports about the usual files.
 inline constexpr char kAllowedReport[] =
-    "verdict: allowed\n"
-    "same.xml:2:1: allowed: table orders\n"
-    "same.xml:3:1: allowed: table users\n"
-    "0 tables refused, 2 allowed; 2 compared, 0 new, 0 removed\n";
+    "verdict: allowed\n0 tables refused, 2 allowed (0 changed, 2 unchanged); 2 compared, 0 new, 0 removed\n";
+// The same for a command that does not find out which tables changed.
+inline constexpr char kAllowedPairReport[] = "verdict: allowed\n0 tables refused, 2 allowed; 2 compared, 0 new, 0 removed\n";
 inline constexpr char kWideReport[] =
     "verdict: refused\n"
     "wide.xml:2:1: refused [primary-key.size] the size of a primary key field changed\n"
     "  checker: The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
     "  table orders: -3 ERROR_VALUE_FIELD\n"
-    "wide.xml:3:1: allowed: table users\n"
     "1 table refused, 1 allowed; 2 compared, 0 new, 0 removed\n"
     "Run 'korvelcheck explain primary-key.size' for the rule.\n";
 // The same for a command that checks changes one by one, as Verdicts returns it.
@@ -66,8 +64,7 @@ inline constexpr char kWideFinding[] =
     "wide.xml:2:1: refused: table orders: -3 ERROR_VALUE_FIELD\n"
     "wide.xml:2:52: refused [primary-key.size] the size of a primary key field changed\n"
     "  checker: The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
-    "wide.xml:3:1: allowed: table users\n"
-    "1 table refused, 1 allowed; 2 compared, 0 new, 0 removed; 1 finding, 0 waived\n";
+    "1 table refused, 1 allowed (0 changed, 1 unchanged); 2 compared, 0 new, 0 removed; 1 finding, 0 waived\n";
 
 // The lines of a text report with the verdicts and texts of the checker, without details and the hint at the end.
 std::string Verdicts(const std::string& report);

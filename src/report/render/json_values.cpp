@@ -129,12 +129,17 @@ Json ToJson(const Finding& finding, const FoldedEdits& edits, const TextRanges& 
 }
 
 Json ToJson(const Summary& summary) {
-  Json json = {{"compared", summary.compared},       {"allowed", summary.allowed},
-               {"refused", summary.refused},         {"new", summary.added},
-               {"removed", summary.removed},         {"failing", summary.failing},
-               {"findings", summary.findings},       {"waived", summary.waived},
-               {"files_added", summary.files_added}, {"files_deleted", summary.files_deleted},
-               {"files_moved", summary.files_moved}};
+  Json json = {{"compared", summary.compared}, {"allowed", summary.allowed}};
+  if (summary.unchanged) json["unchanged"] = *summary.unchanged;
+  json.update(Json{{"refused", summary.refused},
+                   {"new", summary.added},
+                   {"removed", summary.removed},
+                   {"failing", summary.failing},
+                   {"findings", summary.findings},
+                   {"waived", summary.waived},
+                   {"files_added", summary.files_added},
+                   {"files_deleted", summary.files_deleted},
+                   {"files_moved", summary.files_moved}});
   if (summary.files_not_checked > 0) json["files_not_checked"] = summary.files_not_checked;
   if (summary.left_out > 0) json["left_out"] = summary.left_out;
   const auto add = [&](const char* name, const LevelCount& count) {

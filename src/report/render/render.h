@@ -26,11 +26,12 @@ inline constexpr int kJsonVersion = 1;         // all other documents
 
 // --- Reports ---
 
-// For people: the verdict, one block for each table, a summary. `color` colors the status words for a terminal.
+// For people: the verdict, one block for each table that Report::detail shows, a summary. `color` colors the status words for a
+// terminal.
 std::string RenderText(const Report& report, bool color);
 
-// Of the same text, the blocks of the tables that are refused or new, or have warnings or notes.
-std::string RenderTablesText(const Report& report, bool color);
+// Of the same text, the blocks of the tables.
+std::string RenderTablesText(const Report& report, Detail detail, bool color);
 
 // For programs: one JSON object as described by docs/report.schema.json, its members in a fixed order. Written table by table.
 void WriteJson(const Report& report, const TextSink& sink);

@@ -33,24 +33,33 @@ std::string Indented(const std::string& lines) {
 // The history of one file.
 class HistoryText {
  public:
-  HistoryText(const History& history, bool color) : history_(history), color_(color) {}
+  HistoryText(const History& history, const Histories& all, bool color)
+      : history_(history), detail_(all.detail), color_(color), fails_on_warnings_(all.fails_on_warnings) {}
 
   std::string Text() {
     if (!history_.file.empty()) AddFile();
-    for (const VersionStep& step : history_.steps) AddStep(step);
-    if (!history_.against_newest.empty()) text_ += "each version against the newest, " + Name(history_.steps.back().to) + ":\n";
-    for (const NewestCheck& check : history_.against_newest) AddAgainstNewest(check);
+    for (const VersionStep& step : history_.steps) {
+      if (!IsQuiet() || Fails(step)) AddStep(step);
+    }
+    if (!history_.against_newest.empty() && !IsQuiet()) {
+      text_ += "each version against the newest, " + Name(history_.steps.back().to) + ":\n";
+    }
+    for (const NewestCheck& check : history_.against_newest) {
+      if (!IsQuiet() || Fails(check)) AddAgainstNewest(check);
+    }
     AddReusedIds();
-    if (!history_.steps.empty()) AddTotals();
+    if (!history_.steps.empty() && !IsQuiet()) AddTotals();
     return std::move(text_);
   }
 
  private:
   std::string Name(std::size_t version) const { return OneLine(history_.versions[version].name); }
 
+  bool IsQuiet() const { return detail_ == Detail::kQuiet; }
+
   void AddFile() {
     text_ += "history of " + OneLine(history_.file) + ": " + Counted(history_.versions.size(), "version") + "\n";
-    for (const std::string& note : history_.notes) text_ += "  " + note + "\n";
+    for (const std::string& note : history_.notes) text_ += IsQuiet() ? "" : "  " + note + "\n";
     for (const VersionInfo& version : history_.versions) {
       if (!version.faults.empty()) text_ += "  cannot be read: " + OneLine(version.name) + "\n";
     }
@@ -63,17 +72,19 @@ class HistoryText {
 
   void AddStep(const VersionStep& step) {
     text_ += "step " + std::to_string(NumberOf(history_, step)) + ": " + Heading(step.from, step.to, step.Refused());
-    text_ += Indented(RenderTablesText(step.report, color_));
+    text_ += Indented(RenderTablesText(step.report, detail_, color_));
   }
 
   void AddAgainstNewest(const NewestCheck& check) {
     text_ += Heading(check.from, history_.steps.back().to, check.Refused());
-    for (const NewestRefusal& refusal : check.refused) AddRefusal(refusal);
+    for (const NewestRefusal& refusal : check.refused) {
+      if (!IsQuiet() || !refusal.is_waived) AddRefusal(refusal);
+    }
     if (check.left_out > 0) {
       text_ += "  " + Counted(check.left_out, "refused table") + (check.left_out == 1 ? " is" : " are") +
                " not listed: the report has as many as --max-findings allows\n";
     }
-    text_ += Indented(RenderTablesText(check.warned, color_));
+    text_ += Indented(RenderTablesText(check.warned, detail_, color_));
   }
 
   void AddRefusal(const NewestRefusal& refusal) {
@@ -97,6 +108,7 @@ class HistoryText {
 
   void AddReusedIds() {
     for (const ReusedId& reused : history_.reused_ids) {
+      if (IsQuiet() && (reused.waiver || !fails_on_warnings_)) continue;
       const auto use = [&](const ReusedId::Use& one) {
         return OneLine(one.field) + ", " + OneLine(one.type) + ", in " + Name(one.version) +
                (one.location.empty() ? "" : " (" + one.location + ")") + "\n";
@@ -127,7 +139,9 @@ class HistoryText {
   }
 
   const History& history_;
+  Detail detail_;
   bool color_;
+  bool fails_on_warnings_;
   std::string text_;
 };
 
@@ -135,6 +149,8 @@ std::string ProjectFindingText(const ProjectFinding& finding) {
   return FileLineColumn(PathText(finding.file), finding.position) + ": " + WordOf(finding.level) + " [" + finding.rule + "] " +
          OneLine(finding.text) + "\n" + SuggestionText(finding.suggestion);
 }
+
+bool IsError(const ProjectFinding& finding) { return finding.level == ProjectFinding::Level::kError && !finding.waiver; }
 
 std::string FaultText(const InputFault& fault) {
   std::string text = (fault.file.empty() ? "" : ToText(LocationOf(fault)) + ": ") + "error [" + RuleOf(fault.kind).id + "] " +
@@ -156,11 +172,16 @@ std::string FilesText(const Histories& histories) {
 
 std::string RenderHistoryText(const Histories& histories, bool color) {
   std::string text = "verdict: " + ColoredVerdict(VerdictOf(histories), color) + RemarkOn(histories) + "\n";
-  for (const std::string& project : ProjectsOf(histories.projects)) text += project + "\n";
+  const bool is_quiet = histories.detail == Detail::kQuiet;
+  for (const std::string& project : ProjectsOf(histories.projects)) text += is_quiet ? "" : project + "\n";
   for (const InputFault& fault : histories.faults) text += FaultText(fault);
-  for (const History& history : histories.files) text += HistoryText(history, color).Text();
-  for (const ProjectFinding& finding : histories.project) text += ProjectFindingText(finding);
-  return histories.files.size() > 1 ? text + FilesText(histories) : text;
+  for (const History& history : histories.files) {
+    if (!is_quiet || histories.Fails(history) || !history.IsComplete()) text += HistoryText(history, histories, color).Text();
+  }
+  for (const ProjectFinding& finding : histories.project) {
+    if (!is_quiet || IsError(finding)) text += ProjectFindingText(finding);
+  }
+  return histories.files.size() > 1 && !is_quiet ? text + FilesText(histories) : text;
 }
 
 }  // namespace korvel

@@ -95,7 +95,7 @@ class FileSection {
   }
 
   void AddTables(const Report& report) {
-    const std::string tables = RenderTablesText(report, false);
+    const std::string tables = RenderTablesText(report, Detail::kNormal, false);
     if (!tables.empty()) html_ += "<pre class=\"step\">" + Lines(tables) + "</pre>\n";
   }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <span>
 
+#include "analysis/diff/same_table.h"
 #include "report/render/json_stream.h"
 #include "report/render/json_tables.h"
 #include "report/render/json_values.h"
@@ -132,6 +133,7 @@ class JsonReport {
   void WriteChanges(const FoldedTable& table, const FoldedEdits& edits) {
     const Changes& changes = *table.table->changes;
     json_.Begin("changes", '{');
+    json_.Add("count", CountOwnEdits(changes.edits));
     json_.Begin("edits", '[');
     for (const std::size_t i : edits.listed) json_.Add(korvel::ToJson(changes.edits[i], changes.status[i], ranges_));
     json_.End();

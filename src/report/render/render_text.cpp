@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <set>
 
+#include "analysis/diff/same_table.h"
 #include "base/text.h"
 #include "report/render/finding_text.h"
 #include "report/render/render.h"
@@ -25,30 +26,52 @@ bool AllowsOnlyLibraryVersion(const Changes& changes) {
 
 class TextReport {
  public:
-  TextReport(const Report& report, bool color)
-      : report_(report), color_(color), folded_(report), edits_(FoldEdits(folded_)), ranges_(LocationsOf(folded_)) {}
+  TextReport(const Report& report, Detail detail, bool color)
+      : report_(report),
+        detail_(detail),
+        color_(color),
+        folded_(report),
+        edits_(FoldEdits(folded_)),
+        ranges_(LocationsOf(folded_)) {}
 
   std::string Text() {
     const Summary summary = Summarize(folded_);
     const OverallVerdict verdict = VerdictOf(summary);
     text_ = "verdict: " + Colored(WordOf(verdict), ColorOf(verdict), color_) + RemarkOn(summary) + "\n";
-    for (const std::string& note : NotesOf(report_)) text_ += note + "\n";
+    if (!IsQuiet()) AddNotes();
     for (const InputFault& fault : report_.faults) AddFault(fault);
-    for (std::size_t i = 0; i < folded_.tables().size(); ++i) AddTable(folded_.tables()[i], edits_[i]);
-    for (const ProjectFinding& finding : report_.project) AddProjectFinding(finding);
-    return text_ + ToText(summary) + "\n" + ExplainHint();
+    AddTables();
+    for (const ProjectFinding& finding : report_.project) {
+      if (!IsQuiet() || Fails(report_, finding)) AddProjectFinding(finding);
+    }
+    return IsQuiet() ? std::move(text_) : text_ + ToDetailedText(summary) + "\n" + ExplainHint();
   }
 
-  // The blocks of the tables about which there is something to say.
   std::string Tables() {
-    for (std::size_t i = 0; i < folded_.tables().size(); ++i) {
-      const TableResult& table = *folded_.tables()[i].table;
-      if (table.status != Status::kAllowed || !table.advice.findings.empty()) AddTable(folded_.tables()[i], edits_[i]);
-    }
+    AddTables();
     return std::move(text_);
   }
 
  private:
+  bool IsQuiet() const { return detail_ == Detail::kQuiet; }
+
+  bool IsShown(const TableResult& table) const {
+    if (IsQuiet()) return Fails(report_, table);
+    return detail_ == Detail::kVerbose || table.status != Status::kAllowed || !table.advice.findings.empty();
+  }
+
+  bool IsShown(const FoldedFinding& folded) const { return !IsQuiet() || Fails(report_, *folded.finding); }
+
+  void AddNotes() {
+    for (const std::string& note : NotesOf(report_)) text_ += note + "\n";
+  }
+
+  void AddTables() {
+    for (std::size_t i = 0; i < folded_.tables().size(); ++i) {
+      if (IsShown(*folded_.tables()[i].table)) AddTable(folded_.tables()[i], edits_[i]);
+    }
+  }
+
   std::string Word(Status status) const { return Colored(WordOf(status), ColorOf(status), color_); }
 
   void AddFault(const InputFault& fault) {
@@ -59,33 +82,57 @@ class TextReport {
 
   void AddTable(const FoldedTable& folded, const FoldedEdits& edits) {
     const TableResult& table = *folded.table;
-    const std::span<const FoldedFinding> findings = folded.findings;
-    const std::string name = TableAndBaseline(table);
-    text_ += ToText(*ranges_.Find(table.declared)) + ": " + Word(table.status);
-    if (table.status != Status::kRefused) {
-      text_ += ": " + name + (table.status == Status::kNew ? " (not compared)" : "") + "\n";
-      AddFindings(folded);
-      return;
-    }
-    const std::string result = name + ": " + std::to_string(table.verdict.code) + " " + CodeNameOf(table.verdict.code) +
-                               (table.removed ? " (removed)" : "") + "\n";
+    text_ += ToText(*ranges_.Find(table.declared)) + ": ";
+    table.status == Status::kRefused ? AddRefused(folded) : AddOther(table);
+    AddFindings(folded);
+    if (table.changes && table.status == Status::kRefused && !IsQuiet()) AddChanges(table, edits);
+  }
+
+  // The heading of a table that is allowed or new.
+  void AddOther(const TableResult& table) {
+    const bool is_unchanged = table.is_unchanged.value_or(false) && !table.is_alone;
+    text_ += (is_unchanged ? Colored("unchanged", kGreen, color_) : Word(table.status)) + ": " + TableAndBaseline(table);
+    if (table.status == Status::kNew) text_ += " (not compared)";
+    if (!is_unchanged && table.changes) text_ += ", " + Counted(CountOwnEdits(table.changes->edits), "change");
+    text_ += "\n";
+  }
+
+  void AddRefused(const FoldedTable& folded) {
+    const TableResult& table = *folded.table;
+    const std::string result = TableAndBaseline(table) + ": " + std::to_string(table.verdict.code) + " " +
+                               CodeNameOf(table.verdict.code) + (table.removed ? " (removed)" : "") + "\n";
     // A history has listed the refusal of a table without changes above its warnings. The first finding usually has the same
     // text, with a more exact location.
     const bool is_listed = !table.changes && !table.advice.findings.empty();
-    const bool has_text =
-        !findings.empty() && findings.front().finding->verdict.text == table.verdict.text && !table.verdict.text.empty();
-    const bool is_repeated = is_listed || has_text;
+    const auto first = std::ranges::find_if(folded.findings, [&](const FoldedFinding& one) { return IsShown(one); });
+    const bool has_text = first != folded.findings.end() && first->finding->verdict.text == table.verdict.text;
+    const bool is_repeated = is_listed || (has_text && !table.verdict.text.empty());
+    text_ += Word(table.status);
     text_ += is_repeated ? ": " + result
                          : InBrackets(table.verdict.rule) + " " + SummaryOf(table) + "\n  " + CheckerLine(table.verdict.text) +
                                "\n  " + result;
-    AddFindings(folded);
-    if (table.changes) AddChanges(table, edits);
   }
 
   void AddFindings(const FoldedTable& folded) {
-    for (const FoldedFinding& finding : folded.findings) text_ += FindingText(folded_, finding, ranges_, color_);
-    for (const SharedItems& items : folded.shared) text_ += RepeatedFindingsText(folded_, items, ranges_);
+    for (const FoldedFinding& finding : folded.findings) {
+      if (IsShown(finding)) text_ += FindingText(folded_, finding, ranges_, color_);
+    }
+    for (const SharedItems& items : folded.shared) AddShared(items);
     for (const std::string& limit : LimitsOf(folded)) text_ += "  " + limit + "\n";
+  }
+
+  // Those that are shown: one line for consecutive ones.
+  void AddShared(const SharedItems& items) {
+    SharedItems shown = items;
+    shown.count = 0;
+    for (std::size_t i = items.first; i <= items.first + items.count; ++i) {
+      if (i < items.first + items.count && IsShown(folded_.findings()[i])) {
+        if (shown.count++ == 0) shown.first = i;
+      } else if (shown.count > 0) {
+        text_ += RepeatedFindingsText(folded_, shown, ranges_);
+        shown.count = 0;
+      }
+    }
   }
 
   // Unless the findings say everything.
@@ -151,6 +198,7 @@ class TextReport {
   }
 
   const Report& report_;
+  Detail detail_;
   bool color_;
   FoldedReport folded_;
   std::vector<FoldedEdits> edits_;
@@ -160,8 +208,10 @@ class TextReport {
 
 }  // namespace
 
-std::string RenderTablesText(const Report& report, bool color) { return TextReport(report, color).Tables(); }
+std::string RenderTablesText(const Report& report, Detail detail, bool color) {
+  return TextReport(report, detail, color).Tables();
+}
 
-std::string RenderText(const Report& report, bool color) { return TextReport(report, color).Text(); }
+std::string RenderText(const Report& report, bool color) { return TextReport(report, report.detail, color).Text(); }
 
 }  // namespace korvel

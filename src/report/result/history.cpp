@@ -109,18 +109,22 @@ bool History::IsComplete() const {
 
 bool Histories::Refused() const { return std::ranges::any_of(files, &History::Refused); }
 
-bool Histories::Fails() const {
-  const auto step_fails = [](const VersionStep& step) { return CountFailing(step.report) > 0; };
+bool Fails(const VersionStep& step) { return CountFailing(step.report) > 0; }
+
+bool Fails(const NewestCheck& check) {
   const auto is_open = [](const NewestRefusal& refusal) { return !refusal.is_waived; };
-  const auto check_fails = [&](const NewestCheck& check) {
-    return check.left_out_fails || std::ranges::any_of(check.refused, is_open) || FailsForWarnings(check.warned);
-  };
+  return check.left_out_fails || std::ranges::any_of(check.refused, is_open) || FailsForWarnings(check.warned);
+}
+
+bool Histories::Fails(const History& history) const {
   const auto is_open_reuse = [](const ReusedId& reused) { return !reused.waiver; };
-  const auto fails = [&](const History& history) {
-    return std::ranges::any_of(history.steps, step_fails) || std::ranges::any_of(history.against_newest, check_fails) ||
-           (fails_on_warnings && std::ranges::any_of(history.reused_ids, is_open_reuse));
-  };
-  return CountErrors(project) > 0 || std::ranges::any_of(files, fails);
+  const auto fails = [](const auto& part) { return korvel::Fails(part); };
+  return std::ranges::any_of(history.steps, fails) || std::ranges::any_of(history.against_newest, fails) ||
+         (fails_on_warnings && std::ranges::any_of(history.reused_ids, is_open_reuse));
+}
+
+bool Histories::Fails() const {
+  return CountErrors(project) > 0 || std::ranges::any_of(files, [&](const History& history) { return Fails(history); });
 }
 
 std::vector<InputFault> Histories::Faults() const {

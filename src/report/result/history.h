@@ -139,16 +139,23 @@ struct Histories {
   std::vector<ReportProject> projects;  // the project file of the call, if it has one
   std::size_t max_findings = kMaxFindings;
   bool fails_on_warnings = false;
+  Detail detail = Detail::kNormal;  // of text
 
   bool Refused() const;
   // Whether anything is refused and not waived, or is a warning that fails the call, or the project file has an error.
   bool Fails() const;
+  // The same for one of the histories, without the project file.
+  bool Fails(const History& history) const;
   // The faults of the call and of all versions, in the order of the histories.
   std::vector<InputFault> Faults() const;
 };
 
 // "a field got the id of a removed field with another type: id 2 of box: memo, uint32, in v3.xml; was: ..."
 std::string DescriptionOf(const History& history, const ReusedId& reused);
+
+// Whether a part of a history has a refusal that is not waived, or a warning that fails the call.
+bool Fails(const VersionStep& step);
+bool Fails(const NewestCheck& check);
 
 // "refused" or "allowed", of a step
 const char* VerdictText(bool refused);

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -65,6 +66,13 @@ inline bool ShowsSources(const TableResult& table) {
   return table.status == Status::kRefused || !table.advice.findings.empty() || (table.changes && !table.changes->edits.empty());
 }
 
+// How much a text report lists.
+enum class Detail : std::uint8_t {
+  kQuiet,   // the verdict, and what fails the call
+  kNormal,  // also everything else there is something to say about
+  kVerbose  // also allowed tables
+};
+
 struct Report {
   std::string command;                    // "check"
   std::vector<ReportInput> inputs;        // in the order of the command line; of a project, old and new of each pair
@@ -76,6 +84,7 @@ struct Report {
   std::optional<std::string> path_prefix;   // see ServicePaths
   std::size_t max_findings = kMaxFindings;  // findings that are listed; see FoldedReport
   bool fails_on_warnings = false;           // whether a warning that is not waived fails its table
+  Detail detail = Detail::kNormal;          // of text
   std::vector<ReportProject> projects;      // that took part; the one of the call is first
 };
 

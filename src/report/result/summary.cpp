@@ -71,6 +71,17 @@ std::size_t CountFailingForWarnings(const Report& report) {
          CountErrors(report.project);
 }
 
+// Absent without an allowed table, and if it is not known whether each of them changed: a table alone is not compared.
+std::optional<std::size_t> CountUnchanged(const std::vector<TableResult>& tables) {
+  std::optional<std::size_t> count;
+  for (const TableResult& table : tables) {
+    if (table.status != Status::kAllowed) continue;
+    if (!table.is_unchanged || table.is_alone) return std::nullopt;
+    count = count.value_or(0) + (*table.is_unchanged ? 1 : 0);
+  }
+  return count;
+}
+
 }  // namespace
 
 bool Fails(const Report& report, const TableResult& table) { return FailsByRefusal(table) || FailsForWarning(report, table); }
@@ -108,6 +119,7 @@ Summary Summarize(const FoldedReport& folded) {
     if (result.removed) ++summary.removed;
   }
   summary.compared = summary.allowed + summary.refused;
+  summary.unchanged = CountUnchanged(report.tables);
   summary.failing_for_warnings = CountFailingForWarnings(report);
   summary.faults = report.faults.size();
   summary.files_dropped = CountDropped(report.project);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 #include "report/result/fold.h"
@@ -13,6 +14,7 @@ struct Summary {
   // Numbers of tables. compared = allowed + refused; removed tables are among the refused.
   std::size_t compared = 0;
   std::size_t allowed = 0;
+  std::optional<std::size_t> unchanged = {};  // of the allowed ones; absent if it is not known of each, or if none is allowed
   std::size_t refused = 0;
   std::size_t added = 0;
   std::size_t removed = 0;

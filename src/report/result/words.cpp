@@ -113,13 +113,11 @@ std::string AdvicePart(const LevelCount& count, const char* noun) {
   return text;
 }
 
-}  // namespace
-
-std::string ToText(const Summary& summary) {
+std::string SummaryText(const Summary& summary, const std::string& parts_of_allowed) {
   const auto number = [](std::size_t n) { return std::to_string(n); };
-  std::string text = Counted(summary.refused, "table") + " refused, " + number(summary.allowed) + " allowed; " +
-                     number(summary.compared) + " compared, " + number(summary.added) + " new, " + number(summary.removed) +
-                     " removed";
+  std::string text = Counted(summary.refused, "table") + " refused, " + number(summary.allowed) + " allowed" + parts_of_allowed +
+                     "; " + number(summary.compared) + " compared, " + number(summary.added) + " new, " +
+                     number(summary.removed) + " removed";
   if (summary.findings > 0) text += "; " + Counted(summary.findings, "finding") + ", " + number(summary.waived) + " waived";
   if (summary.left_out > 0) text += ", " + number(summary.left_out) + " not listed (--max-findings raises the limit)";
   if (summary.files_not_checked > 0) text += "; " + Counted(summary.files_not_checked, "file") + " not checked";
@@ -129,6 +127,16 @@ std::string ToText(const Summary& summary) {
             number(summary.files_moved) + " moved";
   }
   return text;
+}
+
+}  // namespace
+
+std::string ToText(const Summary& summary) { return SummaryText(summary, ""); }
+
+std::string ToDetailedText(const Summary& summary) {
+  if (!summary.unchanged) return ToText(summary);
+  return SummaryText(summary, " (" + std::to_string(summary.allowed - *summary.unchanged) + " changed, " +
+                                  std::to_string(*summary.unchanged) + " unchanged)");
 }
 
 namespace {

@@ -46,6 +46,9 @@ std::string Counted(std::size_t number, const std::string& noun);
 // "1 table refused, 2 allowed; 3 compared, 0 new, 1 removed", then findings, waivers and files, if there are any.
 std::string ToText(const Summary& summary);
 
+// The same, with how many of the allowed tables changed if that is known: "... 3 allowed (1 changed, 2 unchanged); ...".
+std::string ToDetailedText(const Summary& summary);
+
 // What is refused, in plain words: the summary of the rule in the catalog. A refusal without a rule is described by its result
 // code: "CHECK_TABLE_ERROR_SYSTEM_ERROR: ...".
 std::string SummaryOf(const Verdict& verdict);

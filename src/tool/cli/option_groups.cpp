@@ -31,6 +31,7 @@ std::string FailureReport(const ReportOptions& options, const Failure& failure, 
   report.command = failure.command;
   report.faults = FaultsOfCall(*failure.error);
   report.path_prefix = options.path_prefix;
+  report.detail = options.detail.detail();
   return format.Render(report, color);
 }
 
@@ -220,6 +221,11 @@ void LogOptions::AddTo(ArgumentList& arguments) {
   arguments.AddChoice("--log-level", kLogLevels, set_level, "minimum log level, with --log; default: info").needs = "--log";
 }
 
+void DetailOption::AddTo(ArgumentList& arguments) {
+  arguments.AddFlag("-v,--verbose", is_verbose, "in text: list allowed tables, too");
+  arguments.AddFlag("-q,--quiet", is_quiet, "in text: print only the verdict and what fails the call").excludes = "--verbose";
+}
+
 void ReportOptions::AddTo(ArgumentList& arguments) {
   output.is_report = true;
   output.AddTo(arguments);
@@ -233,6 +239,7 @@ void ReportOptions::AddTo(ArgumentList& arguments) {
       "--path-prefix", "TEXT", path_prefix,
       "put TEXT in front of the paths in sarif, github, gitlab, junit and markdown; default: what leads from the top of "
       "the repository to the working directory");
+  detail.AddTo(arguments);
   log.AddTo(arguments);
 }
 

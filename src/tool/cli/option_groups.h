@@ -135,12 +135,22 @@ struct LogOptions {
   bool IsOnStandardError() const { return is_open && !settings.file; }
 };
 
-// --format of a report, --output, --report, --log
+// --verbose, --quiet
+struct DetailOption {
+  bool is_verbose = false;
+  bool is_quiet = false;
+
+  void AddTo(ArgumentList& arguments);
+  Detail detail() const { return is_quiet ? Detail::kQuiet : is_verbose ? Detail::kVerbose : Detail::kNormal; }
+};
+
+// --format of a report, --output, --report, --verbose, --quiet, --log
 struct ReportOptions {
   const Format* format = Formats().data();
   std::optional<std::string> path_prefix;  // see ServicePaths
   OutputOption output;
   ReportFiles files;
+  DetailOption detail;
   LogOptions log;
 
   void AddTo(ArgumentList& arguments);
@@ -150,6 +160,8 @@ struct ReportOptions {
   Texts texts() const { return AnyFormat(&Format::shows_sources) ? Texts::kShown : Texts::kWhenNeeded; }
   Outputs AllOutputs() const;
 
+  // Whether a report shows the changes of allowed tables, or their number.
+  bool ShowsAllowedChanges() const { return detail.is_verbose || AnyFormat(&Format::shows_allowed_changes); }
   // Whether the report is text on standard output. If it would have nothing but faults, their messages on standard error are
   // enough.
   bool IsForPeople() const { return !output.file && format == Formats().data(); }

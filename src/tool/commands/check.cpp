@@ -37,7 +37,7 @@ struct CheckArguments {
             .given = settings.given,
             .project = project,
             .max_findings = limit.max_findings,
-            .wants_allowed_changes = report.AnyFormat(&Format::shows_allowed_changes),
+            .wants_allowed_changes = report.ShowsAllowedChanges(),
             .in_order = report.log.is_open};
   }
 };

@@ -26,6 +26,7 @@ struct HistoryArguments {
   std::optional<std::string> tags;
   OutputOption output{.is_report = true};
   ReportFiles files;
+  DetailOption detail;
   std::optional<std::string> path_prefix;  // see ServicePaths
   const HistoryFormat* format = HistoryFormats().data();
 
@@ -50,6 +51,7 @@ struct HistoryArguments {
       files.WriteFailure(failure, [&](std::size_t one) { return FailureReport(*failure.error, HistoryFormats()[one], false); });
     });
     AddFormatTo(arguments);
+    detail.AddTo(arguments);
   }
 
   void AddFormatTo(ArgumentList& arguments) {
@@ -68,6 +70,7 @@ struct HistoryArguments {
   std::string FailureReport(const InputError& error, const HistoryFormat& one, bool color) const {
     Histories failed;
     failed.faults = FaultsOfCall(error);
+    failed.detail = detail.detail();
     std::string report;
     one.write(failed, path_prefix, color, [&](std::string_view piece) { report += piece; });
     return report;
@@ -124,12 +127,14 @@ int Run(const HistoryArguments& arguments) {
                    .given = arguments.settings.given,
                    .project = project ? &*project : nullptr,
                    .max_findings = arguments.limit.max_findings,
+                   .wants_allowed_changes = arguments.detail.is_verbose && arguments.format == HistoryFormats().data(),
                    .log = log.handle()};
   check.fails_on_warnings = arguments.fail_on.Warnings(check.options.project);
   check.strict_waivers = arguments.strict_waivers;
   check.allows_faults = arguments.IsInGit();
   check.keeps_texts = arguments.ShowsTexts();
-  const Histories histories = CheckHistories(check);
+  Histories histories = CheckHistories(check);
+  histories.detail = arguments.detail.detail();
   for (const ReportFiles::File& file : arguments.files.files) {
     file.output.Write(
         [&](const TextSink& sink) { HistoryFormats()[file.format].write(histories, arguments.path_prefix, false, sink); });

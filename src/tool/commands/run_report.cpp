@@ -76,6 +76,7 @@ int RunReport(const ReportOptions& options, const std::vector<std::string>& inpu
   CommandResult& result = *results.emplace_back(std::make_unique<CommandResult>(check(log ? log->handle() : closed.handle())));
   const std::vector<InputFault>& faults = result.report.faults;
   result.report.path_prefix = options.path_prefix;
+  result.report.detail = options.detail.detail();
   AddSuggestions(result.report, options.AnyFormat(&Format::shows_fixes));
   if (log) log->Close();
   ReadShownTexts(result.report);
