@@ -63,7 +63,8 @@ class TextReport {
   bool IsShown(const FoldedFinding& folded) const { return !IsQuiet() || Fails(report_, *folded.finding); }
 
   void AddNotes() {
-    for (const std::string& note : NotesOf(report_)) text_ += note + "\n";
+    const bool is_short = detail_ != Detail::kVerbose;
+    for (const std::string& note : is_short ? ShortNotesOf(report_) : NotesOf(report_)) text_ += note + "\n";
   }
 
   void AddTables() {

@@ -23,4 +23,8 @@ std::string ToText(const FileNote& note, const ServicePaths* paths = nullptr);
 // All of them, in this order.
 std::vector<std::string> NotesOf(const Report& report, const ServicePaths* paths = nullptr);
 
+// The same for text. Files that moved from one directory to another under their names are one line: "moved: shop/ -> db/shop/
+// (31 files)".
+std::vector<std::string> ShortNotesOf(const Report& report);
+
 }  // namespace korvel

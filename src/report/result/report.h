@@ -70,7 +70,7 @@ inline bool ShowsSources(const TableResult& table) {
 enum class Detail : std::uint8_t {
   kQuiet,   // the verdict, and what fails the call
   kNormal,  // also everything else there is something to say about
-  kVerbose  // also allowed tables
+  kVerbose  // also allowed tables and single files
 };
 
 struct Report {

@@ -222,7 +222,7 @@ void LogOptions::AddTo(ArgumentList& arguments) {
 }
 
 void DetailOption::AddTo(ArgumentList& arguments) {
-  arguments.AddFlag("-v,--verbose", is_verbose, "in text: list allowed tables, too");
+  arguments.AddFlag("-v,--verbose", is_verbose, "in text: list allowed tables and moved files, too");
   arguments.AddFlag("-q,--quiet", is_quiet, "in text: print only the verdict and what fails the call").excludes = "--verbose";
 }
 
