@@ -40,10 +40,14 @@ class OneFinding {
         lead_(ranges.Find(LeadOf(table_, finding_))),
         other_(ranges.Find(leads_old_ ? finding_.new_location : finding_.old_location)) {}
 
+  // The first line, without its end.
+  std::string Heading(bool color) const {
+    return (lead_ == nullptr ? "" : ToText(*lead_) + ": ") + Colored(WordOf(finding_), ColorOf(finding_), color) +
+           InBrackets(finding_.verdict.rule) + " " + SummaryOf(finding_.verdict);
+  }
+
   std::string Text(bool color) const {
-    std::string text = lead_ == nullptr ? "" : ToText(*lead_) + ": ";
-    text += Colored(WordOf(finding_), ColorOf(finding_), color);
-    text += InBrackets(finding_.verdict.rule) + " " + SummaryOf(finding_.verdict) + "\n" + SnippetLines(lead_);
+    std::string text = Heading(color) + "\n" + SnippetLines(lead_);
     if (!IsAdvice(finding_)) text += "  " + CheckerLine(finding_.verdict.text) + "\n" + Code();
     text += Cause() + Path() + OtherSide() + Also();
     if (finding_.waiver) text += "  " + ToText(*finding_.waiver) + "\n";
@@ -125,6 +129,11 @@ std::string InBrackets(const std::string& rule) { return rule.empty() ? "" : " [
 
 std::string FindingText(const FoldedReport& report, const FoldedFinding& folded, const TextRanges& ranges, bool color) {
   return OneFinding(report, folded, ranges).Text(color);
+}
+
+std::string KnownFindingText(const FoldedReport& report, const FoldedFinding& folded, const TextRanges& ranges, std::size_t step,
+                             bool color) {
+  return OneFinding(report, folded, ranges).Heading(color) + ": same as in step " + std::to_string(step) + "\n";
 }
 
 std::string RepeatedFindingsText(const FoldedReport& report, const SharedItems& items, const TextRanges& ranges) {

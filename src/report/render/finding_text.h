@@ -1,6 +1,7 @@
 // The findings of a text report. Every line ends with a newline.
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 #include "report/result/fold.h"
@@ -13,6 +14,10 @@ std::string InBrackets(const std::string& rule);
 
 // A finding with all its lines. `ranges` has its locations (LocationsOf).
 std::string FindingText(const FoldedReport& report, const FoldedFinding& folded, const TextRanges& ranges, bool color);
+
+// One line for a finding that an earlier step of a history lists.
+std::string KnownFindingText(const FoldedReport& report, const FoldedFinding& folded, const TextRanges& ranges, std::size_t step,
+                             bool color);
 
 // One line for consecutive findings that are listed with an earlier table.
 std::string RepeatedFindingsText(const FoldedReport& report, const SharedItems& items, const TextRanges& ranges);

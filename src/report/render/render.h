@@ -19,6 +19,8 @@
 
 namespace korvel {
 
+class SeenFindings;
+
 // "version" of JSON documents. Goes up when a member changes its meaning or is removed; new members do not change it.
 inline constexpr int kReportJsonVersion = 2;   // reports
 inline constexpr int kHistoryJsonVersion = 2;  // history
@@ -30,8 +32,8 @@ inline constexpr int kJsonVersion = 1;         // all other documents
 // terminal.
 std::string RenderText(const Report& report, bool color);
 
-// Of the same text, the blocks of the tables.
-std::string RenderTablesText(const Report& report, Detail detail, bool color);
+// Of the same text, the blocks of the tables. With `seen`, of a step of a history: refers to findings of earlier steps.
+std::string RenderTablesText(const Report& report, Detail detail, bool color, SeenFindings* seen = nullptr, std::size_t step = 0);
 
 // For programs: one JSON object as described by docs/report.schema.json, its members in a fixed order. Written table by table.
 void WriteJson(const Report& report, const TextSink& sink);

@@ -2,7 +2,9 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "report/render/newest_text.h"
 #include "report/render/render.h"
+#include "report/render/seen_findings.h"
 #include "report/render/text_color.h"
 #include "report/result/notes.h"
 #include "report/result/summary.h"
@@ -34,7 +36,7 @@ std::string Indented(const std::string& lines) {
 class HistoryText {
  public:
   HistoryText(const History& history, const Histories& all, bool color)
-      : history_(history), detail_(all.detail), color_(color), fails_on_warnings_(all.fails_on_warnings) {}
+      : history_(history), detail_(all.detail), color_(color), fails_on_warnings_(all.fails_on_warnings), newest_(history) {}
 
   std::string Text() {
     if (!history_.file.empty()) AddFile();
@@ -71,39 +73,19 @@ class HistoryText {
   }
 
   void AddStep(const VersionStep& step) {
-    text_ += "step " + std::to_string(NumberOf(history_, step)) + ": " + Heading(step.from, step.to, step.Refused());
-    text_ += Indented(RenderTablesText(step.report, detail_, color_));
+    const std::size_t number = NumberOf(history_, step);
+    text_ += "step " + std::to_string(number) + ": " + Heading(step.from, step.to, step.Refused());
+    text_ += Indented(RenderTablesText(step.report, detail_, color_, &seen_, number));
   }
 
   void AddAgainstNewest(const NewestCheck& check) {
     text_ += Heading(check.from, history_.steps.back().to, check.Refused());
-    for (const NewestRefusal& refusal : check.refused) {
-      if (!IsQuiet() || !refusal.is_waived) AddRefusal(refusal);
-    }
+    text_ += newest_.Refusals(check, IsQuiet());
     if (check.left_out > 0) {
       text_ += "  " + Counted(check.left_out, "refused table") + (check.left_out == 1 ? " is" : " are") +
                " not listed: the report has as many as --max-findings allows\n";
     }
     text_ += Indented(RenderTablesText(check.warned, detail_, color_));
-  }
-
-  void AddRefusal(const NewestRefusal& refusal) {
-    const Verdict& verdict = refusal.result.verdict;
-    const RefusalCause& cause = refusal.cause;
-    text_ += "  table " + OneLine(refusal.result.table) + ": " + (refusal.is_waived ? "refused, waived" : "refused") +
-             (verdict.rule.empty() ? "" : " [" + verdict.rule + "]") + " " + refusal.summary + "\n    " +
-             CheckerLine(verdict.text) + "\n    code: " + std::to_string(verdict.code) + " " + CodeNameOf(verdict.code) +
-             "\n    caused by: " + cause.change + Step(refusal) + "\n";
-    if (!cause.path.empty()) text_ += "    path: " + OneLine(cause.path) + "\n";
-    if (!cause.new_location.empty()) text_ += "    new: " + cause.new_location + "\n";
-    if (!cause.old_location.empty()) text_ += "    was: " + cause.old_location + "\n";
-  }
-
-  std::string Step(const NewestRefusal& refusal) const {
-    if (!refusal.step) return ", although each step alone is allowed";
-    const VersionStep& step = history_.steps[*refusal.step];
-    return (refusal.has_cause ? ", in step " : "; another change was refused in step ") +
-           std::to_string(NumberOf(history_, step)) + ": " + Name(step.from) + " -> " + Name(step.to);
   }
 
   void AddReusedIds() {
@@ -113,10 +95,10 @@ class HistoryText {
         return OneLine(one.field) + ", " + OneLine(one.type) + ", in " + Name(one.version) +
                (one.location.empty() ? "" : " (" + one.location + ")") + "\n";
       };
-      const char* const word = reused.waiver ? "waived" : WordOf(kIdReusedAdvice.level);
-      text_ += std::string(word) + " [" + kIdReusedAdvice.row.id + "] " + kIdReusedAdvice.row.summary + ": id " +
-               std::to_string(reused.id) + " of " + OneLine(reused.meta) + "\n  new: " + use(reused.after) +
-               "  was: " + use(reused.before) + "  path: " + OneLine(reused.Path().path) + "\n  change: " + reused.change + "\n" +
+      const std::string word = reused.waiver ? "waived" : WordOf(kIdReusedAdvice.level);
+      text_ += word + " [" + kIdReusedAdvice.row.id + "] " + kIdReusedAdvice.row.summary + ": id " + std::to_string(reused.id) +
+               " of " + OneLine(reused.meta) + "\n  new: " + use(reused.after) + "  was: " + use(reused.before) +
+               "  path: " + OneLine(reused.Path().path) + "\n  change: " + reused.change + "\n" +
                (reused.waiver ? "  " + ToText(*reused.waiver) + "\n" : "") + "  suggestion: " + reused.suggestion +
                "\n  fingerprint: " + reused.fingerprint + "\n";
       if (!reused.waiver)
@@ -142,6 +124,8 @@ class HistoryText {
   Detail detail_;
   bool color_;
   bool fails_on_warnings_;
+  SeenFindings seen_;
+  NewestText newest_;
   std::string text_;
 };
 

@@ -2,11 +2,13 @@
 // tests/tool/text_report_test.cpp.
 #include <algorithm>
 #include <set>
+#include <span>
 
 #include "analysis/diff/same_table.h"
 #include "base/text.h"
 #include "report/render/finding_text.h"
 #include "report/render/render.h"
+#include "report/render/seen_findings.h"
 #include "report/render/text_color.h"
 #include "report/result/notes.h"
 #include "report/result/words.h"
@@ -47,7 +49,8 @@ class TextReport {
     return IsQuiet() ? std::move(text_) : text_ + ToDetailedText(summary) + "\n" + ExplainHint();
   }
 
-  std::string Tables() {
+  std::string Tables(SeenFindings* seen, std::size_t step) {
+    if (seen != nullptr) first_steps_ = seen->Add(folded_, step);
     AddTables();
     return std::move(text_);
   }
@@ -67,10 +70,53 @@ class TextReport {
     for (const std::string& note : is_short ? ShortNotesOf(report_) : NotesOf(report_)) text_ += note + "\n";
   }
 
+  // The earlier step of a history that lists a finding; 0 for none.
+  std::size_t FirstStepOf(const FoldedFinding& folded) const {
+    return first_steps_.empty() ? 0 : first_steps_[static_cast<std::size_t>(&folded - folded_.findings().data())];
+  }
+
+  // Whether earlier tables or steps list everything about the table: its findings, and changes worth a line.
+  bool IsRepeated(const FoldedTable& folded, const FoldedEdits& edits) const {
+    const TableResult& table = *folded.table;
+    const auto is_known = [&](const FoldedFinding& one) { return FirstStepOf(one) > 0; };
+    if (folded.left_out > 0 || !std::ranges::all_of(folded.findings, is_known)) return false;
+    const auto explains = [&](const FoldedFinding& one) {
+      const Verdict& verdict = one.finding->verdict;
+      return table.status == Status::kAllowed || (verdict.rule == table.verdict.rule && verdict.code == table.verdict.code);
+    };
+    const auto any_explains = [&](const SharedItems& items) {
+      return std::ranges::any_of(std::span(folded_.findings()).subspan(items.first, items.count), explains);
+    };
+    if (std::ranges::none_of(folded.findings, explains) && std::ranges::none_of(folded.shared, any_explains)) return false;
+    return !table.changes || (!table.changes->stopped && !table.changes->reached_work_limit && !ListsChanges(table, edits));
+  }
+
+  // Whether an edit of the table is listed that belongs to no finding.
+  static bool ListsChanges(const TableResult& table, const FoldedEdits& edits) {
+    return std::ranges::any_of(edits.listed, [&](std::size_t i) {
+      return table.changes->status[i] != EditStatus::kRefused && table.changes->edits[i].kind != EditKind::kLibraryVersion;
+    });
+  }
+
   void AddTables() {
+    std::vector<std::string> repeated;
     for (std::size_t i = 0; i < folded_.tables().size(); ++i) {
-      if (IsShown(*folded_.tables()[i].table)) AddTable(folded_.tables()[i], edits_[i]);
+      const FoldedTable& table = folded_.tables()[i];
+      if (!IsShown(*table.table)) continue;
+      if (detail_ != Detail::kVerbose && IsRepeated(table, edits_[i])) {
+        repeated.push_back(OneLine(table.table->table));
+      } else {
+        AddTable(table, edits_[i]);
+      }
     }
+    if (!repeated.empty() && !IsQuiet()) AddRepeated(repeated);
+  }
+
+  void AddRepeated(std::vector<std::string>& tables) {
+    const std::size_t number = tables.size();
+    tables.resize(std::min(number, kMaxAlso));
+    text_ += Counted(number, "more table") + (number == 1 ? " has" : " have") +
+             " only findings that are listed above: " + Join(tables, ", ") + (number > kMaxAlso ? ", ...\n" : "\n");
   }
 
   std::string Word(Status status) const { return Colored(WordOf(status), ColorOf(status), color_); }
@@ -116,7 +162,10 @@ class TextReport {
 
   void AddFindings(const FoldedTable& folded) {
     for (const FoldedFinding& finding : folded.findings) {
-      if (IsShown(finding)) text_ += FindingText(folded_, finding, ranges_, color_);
+      if (!IsShown(finding)) continue;
+      const std::size_t step = FirstStepOf(finding);
+      text_ +=
+          step == 0 ? FindingText(folded_, finding, ranges_, color_) : KnownFindingText(folded_, finding, ranges_, step, color_);
     }
     for (const SharedItems& items : folded.shared) AddShared(items);
     for (const std::string& limit : LimitsOf(folded)) text_ += "  " + limit + "\n";
@@ -204,13 +253,14 @@ class TextReport {
   FoldedReport folded_;
   std::vector<FoldedEdits> edits_;
   TextRanges ranges_;
+  std::vector<std::size_t> first_steps_;  // see SeenFindings; empty unless it is a step of a history
   std::string text_;
 };
 
 }  // namespace
 
-std::string RenderTablesText(const Report& report, Detail detail, bool color) {
-  return TextReport(report, detail, color).Tables();
+std::string RenderTablesText(const Report& report, Detail detail, bool color, SeenFindings* seen, std::size_t step) {
+  return TextReport(report, detail, color).Tables(seen, step);
 }
 
 std::string RenderText(const Report& report, bool color) { return TextReport(report, report.detail, color).Text(); }

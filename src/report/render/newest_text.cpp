@@ -1,0 +1,111 @@
+// Tested by tests/tool/history_text_test.cpp.
+#include "report/render/newest_text.h"
+
+#include <map>
+#include <utility>
+
+#include "base/text.h"
+#include "report/render/finding_text.h"
+#include "report/result/words.h"
+
+namespace korvel {
+namespace {
+
+// "path orders.items[].price and 28 others"; a change of the library has no path.
+std::string PlacesText(const std::vector<const NewestRefusal*>& group) {
+  const NewestRefusal& first = *group.front();
+  const std::string& path = first.cause.path;
+  const std::string place = path.empty() ? "table " + OneLine(first.result.table) : "path " + OneLine(path);
+  if (group.size() == 1) return place;
+  return place + " and " + Counted(group.size() - 1, "other");
+}
+
+std::string WordFor(const NewestRefusal& refusal) { return refusal.is_waived ? "refused, waived" : "refused"; }
+
+// As in RefusalCause.
+std::string ChangeOf(const TableResult& table, const Finding& finding) {
+  if (table.removed) return "the table was removed";
+  return finding.edits.empty() ? OneLine(finding.verdict.text) : Join(EditsOf(table, finding), "; ");
+}
+
+}  // namespace
+
+NewestText::NewestText(const History& history) : history_(history) {
+  for (const VersionStep& step : history.steps) {
+    std::set<TableFinding>& listed = listed_.emplace_back();
+    for (const TableResult& table : step.report.tables) {
+      if (!table.changes) continue;
+      for (const Finding& finding : table.changes->findings) {
+        listed.emplace(table.table, finding.verdict.rule, finding.path, ChangeOf(table, finding));
+      }
+    }
+  }
+}
+
+std::string NewestText::Refusals(const NewestCheck& check, bool only_open) {
+  std::vector<Group> groups;
+  std::map<std::pair<CauseKey, bool>, std::size_t> positions;
+  for (const NewestRefusal& refusal : check.refused) {
+    if (only_open && refusal.is_waived) continue;
+    const auto key = std::pair(KeyOf(refusal), IsListedInStep(refusal));
+    const auto [found, is_new] = positions.try_emplace(key, groups.size());
+    if (is_new) groups.emplace_back();
+    groups[found->second].push_back(&refusal);
+  }
+  std::string text;
+  for (const Group& group : groups) {
+    const NewestRefusal& first = *group.front();
+    if (IsListedInStep(first)) {
+      text += ReferenceText(group, "in step " + std::to_string(*first.step + 1));
+    } else {
+      text += known_.insert(KeyOf(first)).second ? BlockText(group) : ReferenceText(group, "above");
+    }
+  }
+  return text;
+}
+
+NewestText::CauseKey NewestText::KeyOf(const NewestRefusal& refusal) const {
+  // A refusal without a step, and one with another cause than its step, differ from all others.
+  const std::size_t step = refusal.step ? 2 * *refusal.step + (refusal.has_cause ? 1 : 0) : 2 * history_.steps.size();
+  const RefusalCause& cause = refusal.cause;
+  return {step, cause.rule, cause.change, cause.new_location, refusal.is_waived};
+}
+
+bool NewestText::IsListedInStep(const NewestRefusal& refusal) const {
+  if (!refusal.step || !refusal.has_cause) return false;
+  const RefusalCause& cause = refusal.cause;
+  return listed_[*refusal.step].contains({refusal.result.table, cause.rule, cause.path, cause.change});
+}
+
+std::string NewestText::ReferenceText(const Group& group, const std::string& to) const {
+  const NewestRefusal& first = *group.front();
+  return "  same as " + to + ": " + WordFor(first) + InBrackets(first.cause.rule) + " " + first.cause.change + ", " +
+         PlacesText(group) + "\n";
+}
+
+std::string NewestText::BlockText(const Group& group) const {
+  const NewestRefusal& first = *group.front();
+  const Verdict& verdict = first.result.verdict;
+  const RefusalCause& cause = first.cause;
+  std::string text = "  table " + OneLine(first.result.table) + ": " + WordFor(first) + InBrackets(verdict.rule) + " " +
+                     first.summary + "\n    " + CheckerLine(verdict.text) + "\n    code: " + std::to_string(verdict.code) + " " +
+                     CodeNameOf(verdict.code) + "\n    caused by: " + cause.change + StepText(first) + "\n";
+  if (!cause.path.empty()) text += "    path: " + OneLine(cause.path) + "\n";
+  if (!cause.new_location.empty()) text += "    new: " + cause.new_location + "\n";
+  if (!cause.old_location.empty()) text += "    was: " + cause.old_location + "\n";
+  const auto place = [](const NewestRefusal* one) {
+    return OneLine(one->cause.path.empty() ? "table " + one->result.table : one->cause.path);
+  };
+  const Group others(group.begin() + 1, group.end());
+  return others.empty() ? text : text + "    also affected: " + Join(others, ", ", place) + "\n";
+}
+
+std::string NewestText::StepText(const NewestRefusal& refusal) const {
+  if (!refusal.step) return ", although each step alone is allowed";
+  const VersionStep& step = history_.steps[*refusal.step];
+  const auto name = [&](std::size_t version) { return OneLine(history_.versions[version].name); };
+  return (refusal.has_cause ? ", in step " : "; another change was refused in step ") + std::to_string(NumberOf(history_, step)) +
+         ": " + name(step.from) + " -> " + name(step.to);
+}
+
+}  // namespace korvel

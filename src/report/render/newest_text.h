@@ -1,0 +1,43 @@
+// The part of the text of a history that compares each version with the newest one.
+#pragma once
+
+#include <cstddef>
+#include <set>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <vector>
+
+#include "report/result/history.h"
+
+namespace korvel {
+
+// Reports each cause once: refusals of several tables with one cause are one block, and a cause that a step or an earlier check
+// lists is one line. Borrows the history.
+class NewestText {
+ public:
+  explicit NewestText(const History& history);
+
+  // The refusals of the next check, every line with a newline. With `only_open`, without waived ones.
+  std::string Refusals(const NewestCheck& check, bool only_open);
+
+ private:
+  // Refusals with one cause, in their order; at least one.
+  using Group = std::vector<const NewestRefusal*>;
+  // What refusals with one cause have in common: step, rule, change, new location, and whether they are waived.
+  using CauseKey = std::tuple<std::size_t, std::string_view, std::string_view, std::string_view, bool>;
+  // A table, and the rule, the path and the change of one of its findings. Fingerprints do not do: they depend on the file.
+  using TableFinding = std::tuple<std::string_view, std::string_view, std::string_view, std::string>;
+
+  CauseKey KeyOf(const NewestRefusal& refusal) const;
+  bool IsListedInStep(const NewestRefusal& refusal) const;
+  std::string ReferenceText(const Group& group, const std::string& to) const;
+  std::string BlockText(const Group& group) const;
+  std::string StepText(const NewestRefusal& refusal) const;
+
+  const History& history_;
+  std::vector<std::set<TableFinding>> listed_;  // of each step
+  std::set<CauseKey> known_;                    // causes of earlier checks
+};
+
+}  // namespace korvel
