@@ -65,8 +65,8 @@ TEST_F(TextReportTest, ColorsStatusWordsOnATerminal) {
   const Outcome outcome = OnTerminal({"TERM=xterm"});
   EXPECT_EQ(outcome.exit_code, 1);
   EXPECT_THAT(outcome.out, HasSubstr("verdict: \x1b[31mrefused\x1b[0m\r\n"));
-  EXPECT_THAT(outcome.out, HasSubstr("wide.xml:2:52: \x1b[31mrefused\x1b[0m [primary-key.size]"));
-  EXPECT_THAT(outcome.out, HasSubstr("wide.xml:3:1: \x1b[32munchanged\x1b[0m: table users"));
+  EXPECT_THAT(outcome.out, HasSubstr("\x1b[1mwide.xml:2:52\x1b[0m: \x1b[31mrefused\x1b[0m [primary-key.size]"));
+  EXPECT_THAT(outcome.out, HasSubstr("\x1b[1mwide.xml:3:1\x1b[0m: \x1b[32munchanged\x1b[0m: table users"));
 }
 
 TEST_F(TextReportTest, DisablesColorOnRequest) {

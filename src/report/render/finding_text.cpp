@@ -7,6 +7,7 @@
 #include "base/text.h"
 #include "report/render/text_color.h"
 #include "report/result/words.h"
+#include "rule_docs/fault_rules.h"
 
 namespace korvel {
 namespace {
@@ -42,8 +43,9 @@ class OneFinding {
 
   // The first line, without its end.
   std::string Heading(bool color) const {
-    return (lead_ == nullptr ? "" : ToText(*lead_) + ": ") + Colored(WordOf(finding_), ColorOf(finding_), color) +
-           InBrackets(finding_.verdict.rule) + " " + SummaryOf(finding_.verdict);
+    return (lead_ == nullptr ? "" : Colored(ToText(*lead_), kBold, color) + ": ") +
+           Colored(WordOf(finding_), ColorOf(finding_), color) + InBrackets(finding_.verdict.rule) + " " +
+           SummaryOf(finding_.verdict);
   }
 
   std::string Text(bool color) const {
@@ -129,6 +131,20 @@ std::string InBrackets(const std::string& rule) { return rule.empty() ? "" : " [
 
 std::string FindingText(const FoldedReport& report, const FoldedFinding& folded, const TextRanges& ranges, bool color) {
   return OneFinding(report, folded, ranges).Text(color);
+}
+
+std::string FaultText(const InputFault& fault, bool color) {
+  const std::string location = fault.file.empty() ? "" : Colored(ToText(LocationOf(fault)), kBold, color) + ": ";
+  std::string text =
+      location + Colored("error", kRed, color) + InBrackets(RuleOf(fault.kind).id) + " " + OneLine(fault.text) + "\n";
+  for (const std::string& line : DetailsOf(fault)) text += "  " + line + "\n";
+  return text;
+}
+
+std::string ProjectFindingText(const ProjectFinding& finding, bool color) {
+  return Colored(FileLineColumn(PathText(finding.file), finding.position), kBold, color) + ": " +
+         Colored(WordOf(finding), ColorOf(finding), color) + InBrackets(finding.rule) + " " + OneLine(finding.text) + "\n" +
+         EndOf(finding);
 }
 
 std::string KnownFindingText(const FoldedReport& report, const FoldedFinding& folded, const TextRanges& ranges, std::size_t step,

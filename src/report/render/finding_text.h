@@ -4,7 +4,9 @@
 #include <cstddef>
 #include <string>
 
+#include "base/input_error.h"
 #include "report/result/fold.h"
+#include "report/result/report.h"
 #include "report/result/text_ranges.h"
 
 namespace korvel {
@@ -14,6 +16,10 @@ std::string InBrackets(const std::string& rule);
 
 // A finding with all its lines. `ranges` has its locations (LocationsOf).
 std::string FindingText(const FoldedReport& report, const FoldedFinding& folded, const TextRanges& ranges, bool color);
+
+// A fault, and a finding about the project file, with all their lines.
+std::string FaultText(const InputFault& fault, bool color);
+std::string ProjectFindingText(const ProjectFinding& finding, bool color);
 
 // One line for a finding that an earlier step of a history lists.
 std::string KnownFindingText(const FoldedReport& report, const FoldedFinding& folded, const TextRanges& ranges, std::size_t step,

@@ -6,6 +6,7 @@
 
 #include "base/text.h"
 #include "report/render/finding_text.h"
+#include "report/render/text_color.h"
 #include "report/result/words.h"
 
 namespace korvel {
@@ -20,8 +21,6 @@ std::string PlacesText(const std::vector<const NewestRefusal*>& group) {
   return place + " and " + Counted(group.size() - 1, "other");
 }
 
-std::string WordFor(const NewestRefusal& refusal) { return refusal.is_waived ? "refused, waived" : "refused"; }
-
 // As in RefusalCause.
 std::string ChangeOf(const TableResult& table, const Finding& finding) {
   if (table.removed) return "the table was removed";
@@ -30,7 +29,8 @@ std::string ChangeOf(const TableResult& table, const Finding& finding) {
 
 }  // namespace
 
-NewestText::NewestText(const History& history) : history_(history) {
+NewestText::NewestText(const History& history, bool only_open, bool color)
+    : history_(history), only_open_(only_open), color_(color) {
   for (const VersionStep& step : history.steps) {
     std::set<TableFinding>& listed = listed_.emplace_back();
     for (const TableResult& table : step.report.tables) {
@@ -42,11 +42,11 @@ NewestText::NewestText(const History& history) : history_(history) {
   }
 }
 
-std::string NewestText::Refusals(const NewestCheck& check, bool only_open) {
+std::string NewestText::Refusals(const NewestCheck& check) {
   std::vector<Group> groups;
   std::map<std::pair<CauseKey, bool>, std::size_t> positions;
   for (const NewestRefusal& refusal : check.refused) {
-    if (only_open && refusal.is_waived) continue;
+    if (only_open_ && refusal.is_waived) continue;
     const auto key = std::pair(KeyOf(refusal), IsListedInStep(refusal));
     const auto [found, is_new] = positions.try_emplace(key, groups.size());
     if (is_new) groups.emplace_back();
@@ -79,7 +79,7 @@ bool NewestText::IsListedInStep(const NewestRefusal& refusal) const {
 
 std::string NewestText::ReferenceText(const Group& group, const std::string& to) const {
   const NewestRefusal& first = *group.front();
-  return "  same as " + to + ": " + WordFor(first) + InBrackets(first.cause.rule) + " " + first.cause.change + ", " +
+  return "  same as " + to + ": " + Word(first) + InBrackets(first.cause.rule) + " " + first.cause.change + ", " +
          PlacesText(group) + "\n";
 }
 
@@ -87,7 +87,7 @@ std::string NewestText::BlockText(const Group& group) const {
   const NewestRefusal& first = *group.front();
   const Verdict& verdict = first.result.verdict;
   const RefusalCause& cause = first.cause;
-  std::string text = "  table " + OneLine(first.result.table) + ": " + WordFor(first) + InBrackets(verdict.rule) + " " +
+  std::string text = "  table " + OneLine(first.result.table) + ": " + Word(first) + InBrackets(verdict.rule) + " " +
                      first.summary + "\n    " + CheckerLine(verdict.text) + "\n    code: " + std::to_string(verdict.code) + " " +
                      CodeNameOf(verdict.code) + "\n    caused by: " + cause.change + StepText(first) + "\n";
   if (!cause.path.empty()) text += "    path: " + OneLine(cause.path) + "\n";
@@ -98,6 +98,10 @@ std::string NewestText::BlockText(const Group& group) const {
   };
   const Group others(group.begin() + 1, group.end());
   return others.empty() ? text : text + "    also affected: " + Join(others, ", ", place) + "\n";
+}
+
+std::string NewestText::Word(const NewestRefusal& refusal) const {
+  return refusal.is_waived ? Colored("refused, waived", kYellow, color_) : Colored("refused", kRed, color_);
 }
 
 std::string NewestText::StepText(const NewestRefusal& refusal) const {

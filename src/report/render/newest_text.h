@@ -16,10 +16,11 @@ namespace korvel {
 // lists is one line. Borrows the history.
 class NewestText {
  public:
-  explicit NewestText(const History& history);
+  // With `only_open`, leaves out waived refusals.
+  NewestText(const History& history, bool only_open, bool color);
 
-  // The refusals of the next check, every line with a newline. With `only_open`, without waived ones.
-  std::string Refusals(const NewestCheck& check, bool only_open);
+  // The refusals of the next check, every line with a newline.
+  std::string Refusals(const NewestCheck& check);
 
  private:
   // Refusals with one cause, in their order; at least one.
@@ -33,9 +34,12 @@ class NewestText {
   bool IsListedInStep(const NewestRefusal& refusal) const;
   std::string ReferenceText(const Group& group, const std::string& to) const;
   std::string BlockText(const Group& group) const;
+  std::string Word(const NewestRefusal& refusal) const;
   std::string StepText(const NewestRefusal& refusal) const;
 
   const History& history_;
+  bool only_open_;
+  bool color_;
   std::vector<std::set<TableFinding>> listed_;  // of each step
   std::set<CauseKey> known_;                    // causes of earlier checks
 };

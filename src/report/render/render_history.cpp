@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "report/render/finding_text.h"
 #include "report/render/newest_text.h"
 #include "report/render/render.h"
 #include "report/render/seen_findings.h"
@@ -10,7 +11,6 @@
 #include "report/result/summary.h"
 #include "report/result/words.h"
 #include "rule_docs/advice.h"
-#include "rule_docs/fault_rules.h"
 
 namespace korvel {
 namespace {
@@ -36,7 +36,11 @@ std::string Indented(const std::string& lines) {
 class HistoryText {
  public:
   HistoryText(const History& history, const Histories& all, bool color)
-      : history_(history), detail_(all.detail), color_(color), fails_on_warnings_(all.fails_on_warnings), newest_(history) {}
+      : history_(history),
+        detail_(all.detail),
+        color_(color),
+        fails_on_warnings_(all.fails_on_warnings),
+        newest_(history, all.detail == Detail::kQuiet, color) {}
 
   std::string Text() {
     if (!history_.file.empty()) AddFile();
@@ -80,7 +84,7 @@ class HistoryText {
 
   void AddAgainstNewest(const NewestCheck& check) {
     text_ += Heading(check.from, history_.steps.back().to, check.Refused());
-    text_ += newest_.Refusals(check, IsQuiet());
+    text_ += newest_.Refusals(check);
     if (check.left_out > 0) {
       text_ += "  " + Counted(check.left_out, "refused table") + (check.left_out == 1 ? " is" : " are") +
                " not listed: the report has as many as --max-findings allows\n";
@@ -95,7 +99,7 @@ class HistoryText {
         return OneLine(one.field) + ", " + OneLine(one.type) + ", in " + Name(one.version) +
                (one.location.empty() ? "" : " (" + one.location + ")") + "\n";
       };
-      const std::string word = reused.waiver ? "waived" : WordOf(kIdReusedAdvice.level);
+      const std::string word = Colored(reused.waiver ? "waived" : WordOf(kIdReusedAdvice.level), kYellow, color_);
       text_ += word + " [" + kIdReusedAdvice.row.id + "] " + kIdReusedAdvice.row.summary + ": id " + std::to_string(reused.id) +
                " of " + OneLine(reused.meta) + "\n  new: " + use(reused.after) + "  was: " + use(reused.before) +
                "  path: " + OneLine(reused.Path().path) + "\n  change: " + reused.change + "\n" +
@@ -129,19 +133,7 @@ class HistoryText {
   std::string text_;
 };
 
-std::string ProjectFindingText(const ProjectFinding& finding) {
-  return FileLineColumn(PathText(finding.file), finding.position) + ": " + WordOf(finding.level) + " [" + finding.rule + "] " +
-         OneLine(finding.text) + "\n" + SuggestionText(finding.suggestion);
-}
-
 bool IsError(const ProjectFinding& finding) { return finding.level == ProjectFinding::Level::kError && !finding.waiver; }
-
-std::string FaultText(const InputFault& fault) {
-  std::string text = (fault.file.empty() ? "" : ToText(LocationOf(fault)) + ": ") + "error [" + RuleOf(fault.kind).id + "] " +
-                     OneLine(fault.text) + "\n";
-  for (const std::string& line : DetailsOf(fault)) text += "  " + line + "\n";
-  return text;
-}
 
 // "1 of 3 files refused; 1 with a single version, not compared"
 std::string FilesText(const Histories& histories) {
@@ -158,12 +150,12 @@ std::string RenderHistoryText(const Histories& histories, bool color) {
   std::string text = "verdict: " + ColoredVerdict(VerdictOf(histories), color) + RemarkOn(histories) + "\n";
   const bool is_quiet = histories.detail == Detail::kQuiet;
   for (const std::string& project : ProjectsOf(histories.projects)) text += is_quiet ? "" : project + "\n";
-  for (const InputFault& fault : histories.faults) text += FaultText(fault);
+  for (const InputFault& fault : histories.faults) text += FaultText(fault, color);
   for (const History& history : histories.files) {
     if (!is_quiet || histories.Fails(history) || !history.IsComplete()) text += HistoryText(history, histories, color).Text();
   }
   for (const ProjectFinding& finding : histories.project) {
-    if (!is_quiet || IsError(finding)) text += ProjectFindingText(finding);
+    if (!is_quiet || IsError(finding)) text += ProjectFindingText(finding, color);
   }
   return histories.files.size() > 1 && !is_quiet ? text + FilesText(histories) : text;
 }

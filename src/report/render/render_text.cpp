@@ -41,10 +41,10 @@ class TextReport {
     const OverallVerdict verdict = VerdictOf(summary);
     text_ = "verdict: " + Colored(WordOf(verdict), ColorOf(verdict), color_) + RemarkOn(summary) + "\n";
     if (!IsQuiet()) AddNotes();
-    for (const InputFault& fault : report_.faults) AddFault(fault);
+    for (const InputFault& fault : report_.faults) text_ += FaultText(fault, color_);
     AddTables();
     for (const ProjectFinding& finding : report_.project) {
-      if (!IsQuiet() || Fails(report_, finding)) AddProjectFinding(finding);
+      if (!IsQuiet() || Fails(report_, finding)) text_ += ProjectFindingText(finding, color_);
     }
     return IsQuiet() ? std::move(text_) : text_ + ToDetailedText(summary) + "\n" + ExplainHint();
   }
@@ -121,15 +121,9 @@ class TextReport {
 
   std::string Word(Status status) const { return Colored(WordOf(status), ColorOf(status), color_); }
 
-  void AddFault(const InputFault& fault) {
-    text_ += (fault.file.empty() ? "" : ToText(LocationOf(fault)) + ": ") + Colored("error", kRed, color_) + " [" +
-             RuleOf(fault.kind).id + "] " + OneLine(fault.text) + "\n";
-    for (const std::string& line : DetailsOf(fault)) text_ += "  " + line + "\n";
-  }
-
   void AddTable(const FoldedTable& folded, const FoldedEdits& edits) {
     const TableResult& table = *folded.table;
-    text_ += ToText(*ranges_.Find(table.declared)) + ": ";
+    text_ += Colored(ToText(*ranges_.Find(table.declared)), kBold, color_) + ": ";
     table.status == Status::kRefused ? AddRefused(folded) : AddOther(table);
     AddFindings(folded);
     if (table.changes && table.status == Status::kRefused && !IsQuiet()) AddChanges(table, edits);
@@ -218,12 +212,6 @@ class TextReport {
     if (listed > kMaxListed) text_ += "    ... and " + std::to_string(listed - kMaxListed) + " more (--format json lists all)\n";
     const std::size_t above = NumberOf(changes, status) - listed;
     if (above > 0) text_ += "    " + std::to_string(above) + " listed above, with another table\n";
-  }
-
-  void AddProjectFinding(const ProjectFinding& finding) {
-    text_ += FileLineColumn(PathText(finding.file), finding.position) + ": " +
-             Colored(WordOf(finding), ColorOf(finding), color_) + " [" + finding.rule + "] " + OneLine(finding.text) + "\n" +
-             EndOf(finding);
   }
 
   // Names the command that explains a refusal: a rule of the report, else a result code.

@@ -8,7 +8,7 @@
 namespace korvel {
 
 // SGR codes.
-inline constexpr char kRed[] = "31", kGreen[] = "32", kYellow[] = "33", kCyan[] = "36";
+inline constexpr char kBold[] = "1", kRed[] = "31", kGreen[] = "32", kYellow[] = "33", kCyan[] = "36";
 
 const char* ColorOf(Status status);
 const char* ColorOf(OverallVerdict verdict);

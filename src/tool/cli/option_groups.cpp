@@ -18,6 +18,9 @@ constexpr char kInput[] = "schema file or image, or '-' for standard input";
 constexpr NamedCode kLogFormats[] = {{"text", static_cast<int>(vesk::LineFormat::kText)},
                                      {"json", static_cast<int>(vesk::LineFormat::kJson)}};
 constexpr NamedCode kLogLevels[] = {{"error", VESK_PRIORITY_ERROR}, {"warn", VESK_PRIORITY_WARN}, {"info", VESK_PRIORITY_INFO}};
+constexpr NamedCode kColors[] = {{"auto", static_cast<int>(ColorOption::When::kAuto)},
+                                 {"always", static_cast<int>(ColorOption::When::kAlways)},
+                                 {"never", static_cast<int>(ColorOption::When::kNever)}};
 constexpr NamedCode kTextOrJson[] = {{"text", 0}, {"json", 1}};
 
 std::string SetServerVersion(PartialSettings& given, const std::string& value) {
@@ -203,8 +206,6 @@ void OutputOption::Discard(const Failure& failure) const {
   }
 }
 
-bool OutputOption::CanColor() const { return !file && tool::CanColor(); }
-
 void LogOptions::AddTo(ArgumentList& arguments) {
   settings.max_priority = VESK_PRIORITY_INFO;
   settings.max_bytes = kMaxLogBytes;
@@ -219,6 +220,16 @@ void LogOptions::AddTo(ArgumentList& arguments) {
   arguments.AddChoice("--log-format", kLogFormats, set_format, "log format, with --log; default: text").needs = "--log";
   const auto set_level = [this](int code) { settings.max_priority = code; };
   arguments.AddChoice("--log-level", kLogLevels, set_level, "minimum log level, with --log; default: info").needs = "--log";
+}
+
+void ColorOption::AddTo(ArgumentList& arguments) {
+  arguments.AddChoice(
+      "--color", kColors, [this](int code) { when = static_cast<When>(code); },
+      "in text: use colors; default: auto, on a terminal unless NO_COLOR is set");
+}
+
+bool ColorOption::IsWanted(const OutputOption& output) const {
+  return when == When::kAlways || (when == When::kAuto && !output.file && CanColor());
 }
 
 void DetailOption::AddTo(ArgumentList& arguments) {
@@ -240,11 +251,12 @@ void ReportOptions::AddTo(ArgumentList& arguments) {
       "put TEXT in front of the paths in sarif, github, gitlab, junit and markdown; default: what leads from the top of "
       "the repository to the working directory");
   detail.AddTo(arguments);
+  color.AddTo(arguments);
   log.AddTo(arguments);
 }
 
 void ReportOptions::WriteFailure(const Failure& failure) const {
-  output.WriteFailure(failure, IsForPeople(), [&] { return FailureReport(*this, failure, *format, output.CanColor()); });
+  output.WriteFailure(failure, IsForPeople(), [&] { return FailureReport(*this, failure, *format, color.IsWanted(output)); });
   files.WriteFailure(failure, [&](std::size_t one) { return FailureReport(*this, failure, Formats()[one], false); });
 }
 

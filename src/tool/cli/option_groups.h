@@ -97,8 +97,6 @@ struct OutputOption {
   // Writes the result of a command. Throws std::runtime_error.
   void Write(const std::string& text) const;
   void Write(const Producer& produce) const;
-  // Whether the result may be colored.
-  bool CanColor() const;
   // Writes the report of a call that failed, unless it is text for people on standard output, whom the messages on standard
   // error tell the same. Discards the file of an earlier call otherwise. Does not throw.
   void WriteFailure(const Failure& failure, bool is_for_people, const std::function<std::string()>& render) const;
@@ -135,6 +133,15 @@ struct LogOptions {
   bool IsOnStandardError() const { return is_open && !settings.file; }
 };
 
+// --color
+struct ColorOption {
+  enum class When { kAuto, kAlways, kNever } when = When::kAuto;
+
+  void AddTo(ArgumentList& arguments);
+  // Whether a result that goes there is colored: by default, on a terminal with colors, unless NO_COLOR is set.
+  bool IsWanted(const OutputOption& output) const;
+};
+
 // --verbose, --quiet
 struct DetailOption {
   bool is_verbose = false;
@@ -144,13 +151,14 @@ struct DetailOption {
   Detail detail() const { return is_quiet ? Detail::kQuiet : is_verbose ? Detail::kVerbose : Detail::kNormal; }
 };
 
-// --format of a report, --output, --report, --verbose, --quiet, --log
+// --format of a report, --output, --report, --verbose, --quiet, --color, --log
 struct ReportOptions {
   const Format* format = Formats().data();
   std::optional<std::string> path_prefix;  // see ServicePaths
   OutputOption output;
   ReportFiles files;
   DetailOption detail;
+  ColorOption color;
   LogOptions log;
 
   void AddTo(ArgumentList& arguments);

@@ -27,6 +27,7 @@ struct HistoryArguments {
   OutputOption output{.is_report = true};
   ReportFiles files;
   DetailOption detail;
+  ColorOption color;
   std::optional<std::string> path_prefix;  // see ServicePaths
   const HistoryFormat* format = HistoryFormats().data();
 
@@ -47,11 +48,12 @@ struct HistoryArguments {
         "--from";
     output.AddTo(arguments);
     arguments.OnFailure([this](const Failure& failure) {
-      output.WriteFailure(failure, IsForPeople(), [&] { return FailureReport(*failure.error, *format, output.CanColor()); });
+      output.WriteFailure(failure, IsForPeople(), [&] { return FailureReport(*failure.error, *format, color.IsWanted(output)); });
       files.WriteFailure(failure, [&](std::size_t one) { return FailureReport(*failure.error, HistoryFormats()[one], false); });
     });
     AddFormatTo(arguments);
     detail.AddTo(arguments);
+    color.AddTo(arguments);
   }
 
   void AddFormatTo(ArgumentList& arguments) {
@@ -67,12 +69,12 @@ struct HistoryArguments {
   // Whether the result is text on standard output.
   bool IsForPeople() const { return !output.file && format == HistoryFormats().data(); }
 
-  std::string FailureReport(const InputError& error, const HistoryFormat& one, bool color) const {
+  std::string FailureReport(const InputError& error, const HistoryFormat& one, bool is_colored) const {
     Histories failed;
     failed.faults = FaultsOfCall(error);
     failed.detail = detail.detail();
     std::string report;
-    one.write(failed, path_prefix, color, [&](std::string_view piece) { report += piece; });
+    one.write(failed, path_prefix, is_colored, [&](std::string_view piece) { report += piece; });
     return report;
   }
 
@@ -140,7 +142,7 @@ int Run(const HistoryArguments& arguments) {
         [&](const TextSink& sink) { HistoryFormats()[file.format].write(histories, arguments.path_prefix, false, sink); });
   }
   arguments.output.Write([&](const TextSink& sink) {
-    arguments.format->write(histories, arguments.path_prefix, arguments.output.CanColor(), sink);
+    arguments.format->write(histories, arguments.path_prefix, arguments.color.IsWanted(arguments.output), sink);
   });
   // The other versions were checked, but the result is not complete.
   if (std::vector<InputFault> faults = histories.Faults(); !faults.empty()) throw ErrorOf(std::move(faults));

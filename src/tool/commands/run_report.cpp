@@ -84,7 +84,8 @@ int RunReport(const ReportOptions& options, const std::vector<std::string>& inpu
     file.output.Write([&](const TextSink& sink) { Formats()[file.format].write(result.report, false, sink); });
   }
   if (!faults.empty() && result.report.tables.empty() && options.IsForPeople()) throw ErrorOf(faults);
-  options.output.Write([&](const TextSink& sink) { options.format->write(result.report, options.output.CanColor(), sink); });
+  const bool is_colored = options.color.IsWanted(options.output);
+  options.output.Write([&](const TextSink& sink) { options.format->write(result.report, is_colored, sink); });
   if (log) ReportLog(*log);
   const bool is_visible = options.IsForPeople() && ::isatty(STDOUT_FILENO) == 1;
   if (!faults.empty() && !is_visible) PrintErrors(LinesOf(faults));
