@@ -95,6 +95,10 @@ void AddSuggestions(TableResult& result, std::size_t max_findings, bool with_fix
     FindSuggestionsForRemovedTable(context, result.renamed_to, *result.changes);
     return;
   }
+  if (result.is_alone) {
+    FindLintSuggestions(context, *result.changes);
+    return;
+  }
   const Difference difference(context.old_source, context.new_source, context.table);
   if (result.changes->borrows_texts) ReplaceBorrowedTexts(context, difference, max_findings, result);
   FindSuggestions(context, difference, *result.changes, with_fixes, work);
@@ -109,6 +113,7 @@ TableResult CheckVerdict(const TableCheck& check) {
                                      settings.created_as, check.log, settings.server_version, settings.whitelist,
                                      settings.list_num);
   });
+  result.is_alone = check.is_alone;
   result.settings = {settings.type, settings.created_as, settings.server_version, settings.whitelist, settings.list_num};
   return result;
 }

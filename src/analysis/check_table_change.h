@@ -29,7 +29,7 @@ struct TableResult {
   std::string baseline;  // the earlier state that it is compared with; empty unless the call compares with several
   Status status = Status::kNew;
   std::uint32_t project = 0;         // which project file of the call its settings are from, 0-based; see ProjectSet
-  bool is_alone = false;             // checked against itself only to see whether it may stay as it is
+  bool is_alone = false;             // as in TableCheck
   const Source* first = nullptr;     // old; the same as `second` if the file is unchanged or alone. Null for a new table
   const Source* second = nullptr;    // new
   Location declared;                 // the table's meta in the second file, or in the first if the second has none
@@ -55,6 +55,7 @@ struct TableCheck {
   Pair sources;  // the first has the table
   std::string table;
   PartialSettings given;                    // absent settings are found in the old source (ResolveSettings)
+  bool is_alone = false;                    // checked against itself only to see whether it may stay as it is
   std::size_t max_findings = kMaxFindings;  // at least 1
   bool wants_allowed_changes = false;       // the changes of an allowed table; the verdict alone is much cheaper
   bool wants_suggestions = true;            // a suggestion for each finding

@@ -14,7 +14,7 @@ constexpr std::size_t kMaxCandidates = 1000;
 
 }  // namespace
 
-std::string DidYouMean(std::string_view word, std::span<const std::string_view> candidates) {
+std::string_view Nearest(std::string_view word, std::span<const std::string_view> candidates) {
   if (word.empty() || word.size() > kMaxComparedWord) return "";
   std::size_t limit = word.size() == 1 ? 0 : word.size() <= 5 ? 1 : 2;
   std::string_view nearest;
@@ -28,6 +28,11 @@ std::string DidYouMean(std::string_view word, std::span<const std::string_view> 
     if (distance == 0) break;
     limit = distance - 1;
   }
+  return nearest;
+}
+
+std::string DidYouMean(std::string_view word, std::span<const std::string_view> candidates) {
+  const std::string_view nearest = Nearest(word, candidates);
   return nearest.empty() ? "" : " (did you mean " + Quote(nearest) + "?)";
 }
 

@@ -23,6 +23,7 @@ TableCheck CheckFor(const Pair& pair, const std::string& table, const CheckOptio
   return {.sources = pair,
           .table = table,
           .given = GivenFor(options.given, options.project, table),
+          .is_alone = options.is_alone,
           .max_findings = options.max_findings,
           .wants_allowed_changes = options.wants_allowed_changes,
           .wants_suggestions = false,

@@ -20,6 +20,7 @@ struct CheckOptions {
   const Project* project = nullptr;         // null: none
   std::size_t max_findings = kMaxFindings;  // of a table; at least 1
   bool wants_allowed_changes = false;       // the changes of allowed tables
+  bool is_alone = false;                    // as in TableCheck
   LPVESKCATEGORYINST log = nullptr;         // REQUIRED: not null when tables are checked
   bool in_order = false;  // check one table after the other, so that log records come in the order of the tables
 };

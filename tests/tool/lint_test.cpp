@@ -69,7 +69,7 @@ TEST_F(LintTest, MalformedAttributesAreRefusedWithTheirText) {
   ExpectVerdicts(Korvelcheck({"lint", "bad.xml"}), 1,
                  "verdict: refused\n"
                  "bad.xml:2:1: refused: table orders: -1 CHECK_TABLE_ERROR_INVALID_PARAMETER\n"
-                 "bad.xml:2:1: refused [table.attributes] the table attributes are invalid\n"
+                 "bad.xml:2:33: refused [table.attributes] the table attributes are invalid\n"
                  "  checker: Table attributes are invalid! table:'orders', ListNum is missing; a list table needs it\n"
                  "1 table refused, 0 allowed; 1 compared, 0 new, 0 removed; 1 finding, 0 waived\n");
 }

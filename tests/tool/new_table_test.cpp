@@ -39,7 +39,7 @@ TEST_F(NewTableTest, IsReportedIfTheCheckerRefusesItAsItIs) {
                                      "new.xml:3:1: warning [advice.new-table] the checker refuses a new table even if nothing "
                                      "changes in it\n"));
   EXPECT_THAT(outcome.out, HasSubstr(std::string("\n  change: ") + kRefused + "\n  suggestion: change the table until "));
-  EXPECT_THAT(outcome.out, HasSubstr("; allowed: Use ASCII letters, digits and underscores, "));
+  EXPECT_THAT(outcome.out, HasSubstr("accepts it: Use ASCII letters, digits and underscores, "));
   EXPECT_THAT(outcome.out,
               HasSubstr("\n0 tables refused, 1 allowed (0 changed, 1 unchanged); 1 compared, 1 new, 0 removed; 1 warning\n"));
 }

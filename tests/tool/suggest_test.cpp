@@ -194,6 +194,21 @@ TEST_F(SuggestTest, RestoredStructureKeepsAllowedRemovals) {
   EXPECT_THAT(Read("suggested.xml"), AllOf(HasSubstr(added), HasSubstr("name=\"prize\" type=\"item\"")));
 }
 
+// Attributes that are probably only misspelled keep their new values.
+TEST_F(SuggestTest, CorrectsTheSpellingOfAttributes) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"TableType=LIST;ListNum = 20", "TableType=LIST;ListNum=20"}, {"TableType=list;ListNum=10", "TableType=LIST;ListNum=10"},
+      {"TableType=LIST;ListNumm=20", "TableType=LIST;ListNum=20"},  {"TableType=LIST;;ListNum=20;", "TableType=LIST;ListNum=20"},
+      {"TableType=LIST;ListNum=ten", "TableType=LIST;ListNum=10"},
+  };
+  Write("old.xml", Library(5, {Table({.attributes = "TableType=LIST;ListNum=10"})}));
+  for (const auto& [given, suggested] : cases) {
+    Write("new.xml", Library(6, {Table({.attributes = given})}));
+    EXPECT_EQ(Korvelcheck({"suggest", "old.xml", "new.xml", "--file"}).out, Library(6, {Table({.attributes = suggested})}))
+        << given;
+  }
+}
+
 TEST_F(SuggestTest, FixesOnlyRequestedTables) {
   Write("old.xml", kOld);
   Write("new.xml", kNew);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "analysis/diff/attribute_spelling.h"
 #include "analysis/diff/edit.h"
 #include "base/text.h"
 
@@ -12,17 +13,21 @@ namespace {
 
 using Pairs = std::vector<AttributePair>;
 
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+char LowerCase(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
-bool IsSameKey(std::string_view a, std::string_view b) { return std::ranges::equal(BareKey(a), BareKey(b), {}, Lower, Lower); }
+bool IsSameKey(const AttributePair& a, const AttributePair& b) {
+  if (!a.meant_key.empty() || !b.meant_key.empty()) return a.meant_key == b.meant_key;
+  return std::ranges::equal(WithoutOuterSpaces(a.key), WithoutOuterSpaces(b.key), {}, LowerCase, LowerCase);
+}
 
-const AttributePair* Find(const Pairs& pairs, std::string_view key) {
-  const auto found = std::ranges::find_if(pairs, [&](const AttributePair& pair) { return IsSameKey(pair.key, key); });
+// The pair with the same key, or null.
+const AttributePair* Find(const Pairs& pairs, const AttributePair& like) {
+  const auto found = std::ranges::find_if(pairs, [&](const AttributePair& pair) { return IsSameKey(pair, like); });
   return found == pairs.end() ? nullptr : &*found;
 }
 
 bool HasUniqueKeys(const Pairs& pairs) {
-  return std::ranges::all_of(pairs, [&](const AttributePair& pair) { return Find(pairs, pair.key) == &pair; });
+  return std::ranges::all_of(pairs, [&](const AttributePair& pair) { return Find(pairs, pair) == &pair; });
 }
 
 std::string ValueOrEmpty(const std::optional<std::string>& text) { return text ? ValueText(*text) : ""; }
@@ -35,26 +40,21 @@ std::string NewValue(const AttributePair& before, const AttributePair& after) {
 std::vector<AttributeChange> ComparePairs(const Pairs& old_pairs, const Pairs& new_pairs) {
   std::vector<AttributeChange> changes;
   for (const AttributePair& before : old_pairs) {
-    const AttributePair* const after = Find(new_pairs, before.key);
+    const AttributePair* const after = Find(new_pairs, before);
     if (after != nullptr && after->key == before.key && after->value == before.value) continue;
-    changes.push_back({std::string(BareKey(before.key)), ValueText(before.value),
+    changes.push_back({std::string(WithoutOuterSpaces(before.key)), ValueText(before.value),
                        after == nullptr ? "" : NewValue(before, *after), before.span,
                        after == nullptr ? qmx::Span() : after->span});
   }
   for (const AttributePair& after : new_pairs) {
-    if (Find(old_pairs, after.key) == nullptr) {
-      changes.push_back({std::string(BareKey(after.key)), "", ValueText(after.value), {}, after.span});
+    if (Find(old_pairs, after) == nullptr) {
+      changes.push_back({std::string(WithoutOuterSpaces(after.key)), "", ValueText(after.value), {}, after.span});
     }
   }
   return changes;
 }
 
 }  // namespace
-
-std::string_view BareKey(std::string_view key) {
-  const std::size_t begin = std::min(key.find_first_not_of(' '), key.size());
-  return key.substr(begin, key.find_last_not_of(' ') + 1 - begin);
-}
 
 std::optional<Pairs> SplitAttributes(const std::optional<std::string>& text) {
   Pairs pairs;
@@ -63,9 +63,9 @@ std::optional<Pairs> SplitAttributes(const std::optional<std::string>& text) {
     const std::string_view pair = rest.substr(0, rest.find(';'));
     const std::size_t sign = pair.find('=');
     if (sign == std::string_view::npos || pairs.size() == kMaxAttributePairs) return std::nullopt;
-    if (BareKey(pair.substr(0, sign)).empty()) return std::nullopt;
+    if (WithoutOuterSpaces(pair.substr(0, sign)).empty()) return std::nullopt;
     const std::size_t begin = text->size() - rest.size();
-    pairs.push_back({pair.substr(0, sign), pair.substr(sign + 1), {begin, begin + pair.size()}});
+    pairs.push_back({pair.substr(0, sign), pair.substr(sign + 1), {begin, begin + pair.size()}, MeantKey(pair)});
     if (pair.size() == rest.size()) break;
     rest.remove_prefix(pair.size() + 1);
   }
@@ -92,7 +92,7 @@ std::optional<std::string> ChangeAttributes(const std::optional<std::string>& ol
   const Pairs old_pairs = *SplitAttributes(old_text);
   const Pairs new_pairs = *SplitAttributes(new_text);
   const auto is_chosen = [&](std::string_view key) {
-    return std::ranges::any_of(chosen_keys, [&](std::string_view chosen) { return IsSameKey(chosen, key); });
+    return std::ranges::find(chosen_keys, WithoutOuterSpaces(key)) != chosen_keys.end();
   };
   std::string text;
   const auto add = [&text](const AttributePair& pair) {
@@ -100,14 +100,26 @@ std::optional<std::string> ChangeAttributes(const std::optional<std::string>& ol
     text.append("=").append(pair.value);
   };
   for (const AttributePair& pair : old_pairs) {
-    const AttributePair* const after = Find(new_pairs, pair.key);
+    const AttributePair* const after = Find(new_pairs, pair);
     if (!is_chosen(pair.key)) add(pair);
     if (is_chosen(pair.key) && after != nullptr) add(*after);
   }
   for (const AttributePair& pair : new_pairs) {
-    if (Find(old_pairs, pair.key) == nullptr && is_chosen(pair.key)) add(pair);
+    if (Find(old_pairs, pair) == nullptr && is_chosen(pair.key)) add(pair);
   }
   return text.empty() ? std::nullopt : std::optional(text);
+}
+
+void SetAttribute(std::string& attributes, const std::string& key, const std::string& value) {
+  const std::string pair = key + "=";
+  std::size_t at = 0;
+  while (attributes.compare(at, pair.size(), pair) != 0) {
+    at = attributes.find(';', at);
+    if (at == std::string::npos) return;
+    ++at;
+  }
+  const std::size_t begin = at + pair.size();
+  attributes.replace(begin, std::min(attributes.find(';', begin), attributes.size()) - begin, value);
 }
 
 }  // namespace korvel

@@ -16,14 +16,13 @@ namespace korvel {
 struct AttributePair {
   std::string_view key;
   std::string_view value;
-  qmx::Span span;  // of both in the text
+  qmx::Span span;              // of both in the text
+  std::string_view meant_key;  // see MeantKey
 };
 
-// The key without the spaces around it, which is how people mean it. The checker does not remove them.
-std::string_view BareKey(std::string_view key);
-
 // The pairs of "key=value;key=value"; none for an absent or empty text. nullopt if the text does not split into pairs with unique
-// keys, or has more than kMaxAttributePairs. Keys that differ only in case and in the spaces around them count as equal.
+// keys, or has more than kMaxAttributePairs. Keys are equal if they differ only in case and in the spaces around them, or if
+// the same known key is meant.
 std::optional<std::vector<AttributePair>> SplitAttributes(const std::optional<std::string>& text);
 
 // A key whose value or spelling differs; the empty key means the whole text.
@@ -44,5 +43,8 @@ std::vector<AttributeChange> CompareAttributes(const std::optional<std::string>&
 std::optional<std::string> ChangeAttributes(const std::optional<std::string>& old_text,
                                             const std::optional<std::string>& new_text,
                                             const std::vector<std::string_view>& chosen_keys);
+
+// Replaces the value of one key in "key=value;key=value", if it has one.
+void SetAttribute(std::string& attributes, const std::string& key, const std::string& value);
 
 }  // namespace korvel

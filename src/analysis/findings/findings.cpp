@@ -6,15 +6,18 @@
 #include <map>
 #include <optional>
 
+#include "analysis/findings/attribute_fault.h"
 #include "analysis/findings/change_checker.h"
+#include "analysis/findings/refusal_location.h"
 #include "analysis/findings/run_checker.h"
 #include "analysis/findings/search.h"
+#include "common/refusals.h"
 
 namespace korvel {
 namespace {
 
-Location LocationOf(const Source& source, const std::string& table) {
-  return source.HasMeta(table) ? DeclaredAt(source, table) : Location{&source, {}, {}};
+Location LocationOf(const Source& source, const std::string& table, const Verdict& verdict) {
+  return source.HasMeta(table) ? LocateRefusal(source, table, verdict) : Location{&source, {}, {}};
 }
 
 // The old schema against itself.
@@ -28,8 +31,8 @@ Finding AboutTable(const TableContext& context, const Verdict& verdict) {
   Finding finding;
   finding.verdict = verdict;
   finding.path = context.table;
-  finding.old_location = LocationOf(context.old_source, context.table);
-  finding.new_location = LocationOf(context.new_source, context.table);
+  finding.old_location = LocationOf(context.old_source, context.table, verdict);
+  finding.new_location = LocationOf(context.new_source, context.table, verdict);
   return finding;
 }
 
@@ -42,6 +45,14 @@ Finding AboutEdits(const std::vector<Edit>& edits, std::vector<std::size_t> refu
   finding.old_location = first.old_location;
   finding.new_location = first.new_location;
   return finding;
+}
+
+// A change of table attributes is refused because of one of them, if the new schema has the same fault.
+void PointAtFaultyAttribute(const TableContext& context, const std::vector<Edit>& edits, Finding& finding) {
+  const RefusalRow& row = kTableAttributes;
+  if (finding.verdict.rule != row.id || edits[finding.edits.front()].kind != EditKind::kTableAttribute) return;
+  const std::optional<AttributeFault> fault = FindAttributeFault(context.new_source, context.table, finding.verdict.text);
+  if (fault) finding.new_location = fault->location;
 }
 
 // --- Names ---
@@ -241,6 +252,7 @@ void AddFindings(const TableContext& context, const Difference& difference, cons
   SearchResult found = SearchEdits(context, difference, bad_fields, limit, shared, changes.borrows_texts);
   for (RejectedSet& refusal : found.refusals) {
     changes.findings.push_back(AboutEdits(changes.edits, std::move(refusal.edits), refusal.verdict));
+    PointAtFaultyAttribute(context, changes.edits, changes.findings.back());
   }
   for (const BadField& field : bad_fields) AddOrReplace(changes.findings, AboutBadField(context, difference, field));
   std::ranges::stable_sort(changes.findings, {}, &Finding::edits);

@@ -47,13 +47,6 @@ void Collect(const std::string& table, std::span<const std::string> names, std::
   Collect(table, names.subspan(half), first + half, limit, found);
 }
 
-// The list "a|b|" in the text of a refusal for oversized fields; empty for other refusals.
-std::string_view OversizedFields(const Verdict& verdict) {
-  const RefusalRow& row = kOversized;
-  if (verdict.rule != row.id) return {};
-  return std::string_view(verdict.text).substr(std::string_view(row.text).find('%'));
-}
-
 }  // namespace
 
 Verdict VerdictOf(int code, const ModifyTable& checker) {
@@ -72,6 +65,12 @@ Verdict RunChecker(LPQMXMETALIB old_library, LPQMXMETALIB new_library, const std
   const int code = checker.KorvelModifyTable(old_library, new_library, table.c_str(), settings.type, settings.created_as,
                                              log.handle(), settings.server_version, settings.whitelist, settings.list_num);
   return VerdictOf(code, checker);
+}
+
+std::string_view OversizedFields(const Verdict& verdict) {
+  const RefusalRow& row = kOversized;
+  if (verdict.rule != row.id) return {};
+  return std::string_view(verdict.text).substr(std::string_view(row.text).find('%'));
 }
 
 bool ListsNoOtherOversizedField(const Verdict& known, const Verdict& later) {

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "analysis/findings/finding.h"
@@ -18,6 +19,9 @@ Verdict VerdictOf(int code, const ModifyTable& checker);
 
 // The whole check of `table`.
 Verdict RunChecker(LPQMXMETALIB old_library, LPQMXMETALIB new_library, const std::string& table, const Settings& settings);
+
+// The list "a|b|" in the text of a refusal for oversized fields, which it borrows; empty for other refusals.
+std::string_view OversizedFields(const Verdict& verdict);
 
 // Whether both refusals list oversized fields, and the later one lists none that the known one does not list.
 bool ListsNoOtherOversizedField(const Verdict& known, const Verdict& later);

@@ -8,7 +8,9 @@
 #include <string_view>
 #include <utility>
 
+#include "analysis/diff/table_attributes.h"
 #include "analysis/findings/suggestion_text.h"
+#include "analysis/suggest/respelling.h"
 #include "base/text.h"
 #include "common/check_table.h"
 
@@ -73,19 +75,6 @@ std::string Described(const EntryModel& entry) {
   std::string text = OneLine(entry.name) + " (" + ShapeOf(entry);
   if (entry.id >= 0) text += ", id " + Text(entry.id);
   return text + ", version " + Text(entry.version) + ")";
-}
-
-// Replaces the value of one key in "key=value;key=value", if it has one.
-void SetValue(std::string& attributes, const std::string& key, const std::string& value) {
-  const std::string pair = key + "=";
-  std::size_t at = 0;
-  while (attributes.compare(at, pair.size(), pair) != 0) {
-    at = attributes.find(';', at);
-    if (at == std::string::npos) return;
-    ++at;
-  }
-  const std::size_t begin = at + pair.size();
-  attributes.replace(begin, std::min(attributes.find(';', begin), attributes.size()) - begin, value);
 }
 
 }  // namespace
@@ -190,15 +179,21 @@ std::vector<Alternative> AlternativeMaker::OfChanged(const Edit& edit) {
            text, edits_of_[{edit.meta, edit.item}]}};
 }
 
-// New attributes of a table must match what the server has stored.
+// An attribute may be misspelled. New attributes of a table must match what the server has stored.
 std::vector<Alternative> AlternativeMaker::OfAttribute(const Edit& edit) const {
-  if (!edit.before.empty()) return {};
   std::vector<Part> parts;
+  const auto change = [&edit](auto change_text) {
+    return [meta = edit.meta, change_text](ModelEditor& editor) {
+      MetaModel* const table = editor.FindMeta(meta);
+      if (table != nullptr && table->customattr) change_text(*table->customattr);
+    };
+  };
+  if (const auto respelling = FindRespelling(edit, new_metas_.at(edit.meta)->customattr)) {
+    parts.push_back({change([respelling](std::string& text) { Apply(*respelling, text); }), respelling->text});
+  }
+  if (!edit.before.empty()) return Combined(parts);
   const auto set = [&](const std::string& key, const std::string& value) {
-    parts.push_back({[meta = edit.meta, key, value](ModelEditor& editor) {
-                       MetaModel* const table = editor.FindMeta(meta);
-                       if (table != nullptr && table->customattr) SetValue(*table->customattr, key, value);
-                     },
+    parts.push_back({change([key, value](std::string& text) { SetAttribute(text, key, value); }),
                      "set " + key + "=" + value + ", the value on the server"});
   };
   if (settings_.list_num > 0) set("ListNum", Text(settings_.list_num));

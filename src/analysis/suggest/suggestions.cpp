@@ -6,6 +6,7 @@
 #include <optional>
 #include <utility>
 
+#include "analysis/findings/refusal_location.h"
 #include "analysis/findings/suggestion_text.h"
 #include "analysis/suggest/alternatives.h"
 #include "analysis/suggest/fixes.h"
@@ -133,6 +134,12 @@ void FindSuggestions(const TableContext& context, const Difference& difference, 
   const bool by_id =
       difference.old_model().protocol == qmx::Protocol::kTlv && difference.new_model().protocol == qmx::Protocol::kTlv;
   SuggestionWriter(finder, !by_id, changes).Write(fixes ? &*fixes : nullptr);
+}
+
+void FindLintSuggestions(const TableContext& context, Changes& changes) {
+  for (Finding& finding : changes.findings) {
+    finding.suggestion = LintSuggestion(context.new_source, context.table, finding.verdict);
+  }
 }
 
 Suggestion FindSuggestionsForRemovedTable(const TableContext& context, const std::string& renamed_to, Changes& changes) {

@@ -32,6 +32,10 @@ Suggestion Suggest(const TableContext& context, const Difference& difference, co
 void FindSuggestions(const TableContext& context, const Difference& difference, Changes& changes, bool with_fixes,
                      SuggestionWork& work);
 
+// For a table that is compared with itself only to see whether it may stay as it is: sets the suggestion of each finding to what
+// is allowed instead. REQUIRES: both sources of the context are the same.
+void FindLintSuggestions(const TableContext& context, Changes& changes);
+
 // For a table that the new source does not have (FindRemovedTable): sets the suggestion of each finding, and returns the table
 // with all that it reaches, as the old source has it. `renamed_to` is the new table that it probably became, or empty.
 Suggestion FindSuggestionsForRemovedTable(const TableContext& context, const std::string& renamed_to, Changes& changes);

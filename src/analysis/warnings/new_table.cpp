@@ -4,8 +4,8 @@
 #include <string>
 #include <utility>
 
+#include "analysis/findings/refusal_location.h"
 #include "analysis/findings/run_checker.h"
-#include "rule_docs/rule_docs.h"
 
 namespace korvel {
 namespace {
@@ -14,12 +14,6 @@ namespace {
 std::string RefusalText(const Verdict& verdict) {
   const std::string rule = verdict.rule.empty() ? "code " + std::to_string(verdict.code) : verdict.rule;
   return verdict.text.empty() ? rule : rule + ": " + verdict.text;
-}
-
-std::string SuggestionFor(const Verdict& verdict) {
-  const RuleDoc* const doc = FindRuleDoc(verdict.rule);
-  const std::string change = "change the table until 'korvelcheck lint' accepts it";
-  return doc == nullptr ? change : change + "; allowed: " + doc->allowed;
 }
 
 }  // namespace
@@ -35,14 +29,14 @@ Advice FindNewTableWarning(const TableContext& context) {
   edit.after = RefusalText(verdict);
   edit.paths = {context.table};
   edit.path_count = 1;
-  edit.new_location = DeclaredAt(source, context.table);
+  edit.new_location = LocateRefusal(source, context.table, verdict);
   Finding finding;
   finding.level = kNewTableAdvice.level;
   finding.edits = {0};
   finding.verdict.rule = kNewTableAdvice.row.id;
   finding.path = context.table;
   finding.new_location = edit.new_location;
-  finding.suggestion = SuggestionFor(verdict);
+  finding.suggestion = "change the table until 'korvelcheck lint' accepts it: " + LintSuggestion(source, context.table, verdict);
   Advice advice;
   advice.edits.push_back(std::move(edit));
   finding.fingerprint = FingerprintOf(source.path_in_project, source.LibraryName(), finding, advice.edits);

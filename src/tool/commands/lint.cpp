@@ -58,10 +58,7 @@ void AddTables(const std::vector<std::string>& paths, const CheckOptions& option
     own.project = nearest[i].project;
     CheckEachTable(result.report, {input, input}, {input.tables.begin(), input.tables.end()}, own);
     const auto added = std::span(result.report.tables).subspan(first);
-    for (TableResult& table : added) {
-      table.project = nearest[i].position;
-      table.is_alone = true;
-    }
+    for (TableResult& table : added) table.project = nearest[i].position;
   }
   result.report.projects = ListOf(projects, std::move(judged));
 }
@@ -91,6 +88,7 @@ int Run(const LintArguments& arguments) {
                             .project = project ? &*project : nullptr,
                             .max_findings = arguments.limit.max_findings,
                             .wants_allowed_changes = arguments.report.AnyFormat(&Format::shows_allowed_changes),
+                            .is_alone = true,
                             .log = log,
                             .in_order = arguments.report.log.is_open});
   });
