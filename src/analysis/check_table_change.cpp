@@ -84,7 +84,8 @@ void AddChanges(const TableCheck& check, SharedSearches* shared, TableResult& re
     result.is_unchanged = result.changes ? CountOwnEdits(result.changes->edits) == 0
                                          : IsUnchanged(context.old_source, context.new_source, context.table);
   }
-  result.advice = FindWarnings(context, result.changes ? &*result.changes : nullptr);
+  const AdviceSubject subject = check.is_alone ? AdviceSubject::kTable : AdviceSubject::kChange;
+  result.advice = FindWarnings(context, result.changes ? &*result.changes : nullptr, subject);
 }
 
 void AddSuggestions(TableResult& result, std::size_t max_findings, bool with_fixes, SuggestionWork& work) {
@@ -125,7 +126,9 @@ TableResult NewTable(const Source& source, const std::string& table, const Parti
   result.second = &source;
   result.declared = DeclaredAt(source, table);
   const Settings settings = ResolveSettings(given, source, table);
-  result.advice = FindNewTableWarning({source, source, result.table, settings});
+  const TableContext context{source, source, result.table, settings};
+  result.advice = FindNewTableWarning(context);
+  if (result.advice.findings.empty()) result.advice = FindWarnings(context, nullptr, AdviceSubject::kNewTable);
   return result;
 }
 

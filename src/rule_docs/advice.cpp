@@ -9,9 +9,9 @@ namespace korvel {
 namespace {
 
 constexpr const AdviceRule* kAdvice[] = {
-    &kTableKindAdvice,  &kKeyMembersAdvice,   &kKeyStructureAdvice,   &kReferChangedAdvice,
-    &kReferAddedAdvice, &kIdReusedAdvice,     &kNewTableAdvice,       &kVersionNotRaisedAdvice,
-    &kSortFieldsAdvice, &kIndexColumnsAdvice, &kLibraryRenamedAdvice,
+    &kTableKindAdvice,        &kKeyMembersAdvice, &kKeyStructureAdvice, &kReferChangedAdvice,
+    &kReferAddedAdvice,       &kIdReusedAdvice,   &kNewTableAdvice,     &kAttributeIgnoredAdvice,
+    &kVersionNotRaisedAdvice, &kSortFieldsAdvice, &kIndexColumnsAdvice, &kLibraryRenamedAdvice,
 };
 
 }  // namespace

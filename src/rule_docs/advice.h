@@ -1,6 +1,6 @@
 // The catalog of advice: rules about changes that the checker allows although records do not read back, or that are probably
-// mistakes, and about new tables, which it does not check. Ids, levels, summaries and suggestions are here; src/analysis/warnings
-// decides when a rule applies.
+// mistakes, about new tables, which it does not check, and about attributes that it ignores. Ids, levels, summaries and
+// suggestions are here; src/analysis/warnings decides when a rule applies.
 #pragma once
 
 #include <cstdint>
@@ -45,6 +45,10 @@ inline constexpr AdviceRule kIdReusedAdvice{
     "give {item} an id that no version has used"};
 inline constexpr AdviceRule kNewTableAdvice{
     {"advice.new-table", 0, "", "the checker refuses a new table even if nothing changes in it"}, Level::kWarning};
+inline constexpr AdviceRule kAttributeIgnoredAdvice{
+    {"advice.attribute-ignored", 0, "", "the checker ignores an attribute of a table"},
+    Level::kWarning,
+    "add TableType to the attributes of table {meta}, or remove {item}"};
 inline constexpr AdviceRule kVersionNotRaisedAdvice{
     {"advice.version-not-raised", 0, "", "fields were added, but the version of the library is the same"},
     Level::kNote,

@@ -39,6 +39,7 @@ TEST(Edit, IsDescribedOnOneLine) {
   };
   EXPECT_EQ(describe(EditKind::kLibraryVersion, "", "5", "6"), "version of the library: 5 -> 6");
   EXPECT_EQ(describe(EditKind::kTableAttribute, "ListNum", "5", ""), "attribute ListNum of orders: 5 -> none");
+  EXPECT_EQ(describe(EditKind::kTableAttribute, "ListNum", "5", "5"), "attribute ListNum of orders: 5") << "checked alone";
   EXPECT_EQ(describe(EditKind::kTableAttribute, "", "a", "b"), "attribute of orders: a -> b");
   EXPECT_EQ(describe(EditKind::kPrimaryKey, "", "uid", "uid zone"), "primary key of orders: uid -> uid zone");
   EXPECT_EQ(describe(EditKind::kEntryType, "uid", "uint32", "uint64"), "type of uid: uint32 -> uint64");

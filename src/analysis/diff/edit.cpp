@@ -75,8 +75,11 @@ std::string Event(const Edit& edit, const Wording& wording) {
 
 std::string Change(const Edit& edit, const Wording& wording) {
   const std::string key = edit.kind == EditKind::kTableAttribute && !edit.item.empty() ? " " + edit.item : "";
-  return std::string(wording.attribute) + key + " of " + Owner(edit, wording) + ": " + Value(edit.before) + " -> " +
-         Value(edit.after);
+  const std::string what = std::string(wording.attribute) + key + " of " + Owner(edit, wording) + ": ";
+  // Of a table that is checked alone. Other edits with one value are changes: the same name may mean another field.
+  const bool is_attribute = edit.kind == EditKind::kTableAttribute || edit.kind == EditKind::kEntryCustomAttr2;
+  if (is_attribute && edit.before == edit.after) return what + Value(edit.after);
+  return what + Value(edit.before) + " -> " + Value(edit.after);
 }
 
 }  // namespace

@@ -74,7 +74,8 @@ inline std::string ValueText(std::string_view text) { return text.empty() ? "\"\
 // Whether the new side has no such element any more; then `new_location` is the element that contained it.
 bool RemovesElement(const Edit& edit);
 
-// One line: "type of uid: uint32 -> uint64", "field note added", "field zone moved after n_items".
+// One line: "type of uid: uint32 -> uint64", "field note added", "field zone moved after n_items". Advice about a table that is
+// checked alone has edits of attributes with one value on both sides: "attribute ListNum of orders: 5".
 std::string Describe(const Edit& edit);
 
 // The same in a list about `table`. An item of another structure has its name in front: "type of item.price: int32 -> int64".

@@ -2,6 +2,7 @@
 // difference: an allowed check must stay cheap.
 #pragma once
 
+#include <string_view>
 #include <vector>
 
 #include "analysis/diff/edit.h"
@@ -14,13 +15,14 @@ namespace korvel {
 struct AdviceMatch {
   const AdviceRule* rule;
   EditKind kind;       // of the edit that causes it
-  LPQMXMETA old_meta;  // the declaration that changes, on both sides; the table for a change of the library
+  LPQMXMETA old_meta;  // the declaration that changes, on both sides; the table for a change of the library. Null in a new table
   LPQMXMETA new_meta;
   // The entry that changes: both sides, or one if it was added or removed. Null for a change of the meta or the library.
   LPQMXMETAENTRY old_entry;
   LPQMXMETAENTRY new_entry;
   LPQMXMETAINDEX old_index = nullptr;  // likewise, the index
   LPQMXMETAINDEX new_index = nullptr;
+  std::string_view attribute = {};  // of a change of a table attribute, its key
 };
 
 // A table under two schemas. Neither meta is null.

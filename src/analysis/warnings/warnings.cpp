@@ -12,9 +12,11 @@
 #include <vector>
 
 #include "analysis/diff/entry_attributes.h"
+#include "analysis/diff/table_attributes.h"
 #include "analysis/findings/suggestion_text.h"
 #include "analysis/warnings/advice_matches.h"
 #include "analysis/warnings/advice_paths.h"
+#include "analysis/warnings/ignored_attributes.h"
 #include "base/text.h"
 #include "common/meta_view.h"
 #include "schema/model.h"
@@ -49,6 +51,7 @@ struct Side {
   LPQMXMETA meta;
   LPQMXMETAENTRY entry;
   LPQMXMETAINDEX index;
+  std::string_view key;  // of an attribute
 
   // Position in the list of the meta.
   std::uint32_t EntryPosition() const { return static_cast<std::uint32_t>(entry - qmx_get_entry_by_index(meta, 0)); }
@@ -98,6 +101,18 @@ SideValue EntryValue(EditKind kind, const Side& side) {
   }
 }
 
+// Of an edit of one table attribute.
+SideValue AttributeValue(const Side& side) {
+  const std::optional<std::string>& attributes = side.Meta().customattr;
+  SideValue value{"", side.At(Kind::kMeta, 0, attributes ? "customattr" : "")};
+  for (const AttributePair& pair : SplitAttributes(attributes).value_or(std::vector<AttributePair>())) {
+    if (pair.key != side.key) continue;
+    value.text = ValueText(pair.value);
+    value.location.part = pair.span;
+  }
+  return value;
+}
+
 // Of an edit of the library, the table or an index.
 SideValue MetaValue(EditKind kind, const Side& side) {
   switch (kind) {
@@ -111,6 +126,8 @@ SideValue MetaValue(EditKind kind, const Side& side) {
       const std::uint32_t position = side.IndexPosition();
       return {ColumnsText(side.Meta().indexes[position]), side.At(Kind::kIndex, position, "")};
     }
+    case EditKind::kTableAttribute:
+      return AttributeValue(side);
     default:
       return {KindText(side.Meta()), side.At(Kind::kMeta, 0, "kind")};
   }
@@ -135,6 +152,9 @@ std::string NameAndId(LPQMXMETAENTRY entry) {
 }
 
 std::string SuggestionFor(const AdviceMatch& match, const Edit& edit) {
+  if (match.rule == &kAttributeIgnoredAdvice && match.new_entry != nullptr) {
+    return "write '" + OneLine(SortMarkLike(qmx_get_entry_customattr2(OwnerOf(match.new_meta), match.new_entry))) + "'";
+  }
   if (match.rule->suggestion != nullptr) return FillIn(match.rule->suggestion, edit);
   if (!ReplacesCounter(match)) return LeavingOut(edit);
   const LPQMXMETAENTRY counter = qmx_get_entry_refer(match.old_entry);
@@ -149,6 +169,7 @@ bool IsOfLibrary(EditKind kind) { return kind <= EditKind::kLibraryProtocol; }
 
 // The name of the item of an edit, on the old side if it has one.
 std::string ItemOf(const AdviceMatch& match) {
+  if (!match.attribute.empty()) return std::string(match.attribute);
   if (match.old_index != nullptr) return IndexName(match.old_meta, match.old_index);
   return NameOf(match.old_entry != nullptr ? match.old_entry : match.new_entry);
 }
@@ -235,13 +256,14 @@ class AdviceWriter {
     Edit edit;
     edit.kind = match.kind;
     edit.item = ItemOf(match);
-    if (!IsOfLibrary(match.kind)) edit.meta = qmx_get_meta_name(match.old_meta);
-    if (match.kind != EditKind::kEntryAdded) {
-      SideValue value = ValueOf(match.kind, {context_.old_source, old_metas_, match.old_meta, match.old_entry, match.old_index});
+    if (!IsOfLibrary(match.kind)) edit.meta = qmx_get_meta_name(match.new_meta);
+    if (match.kind != EditKind::kEntryAdded && match.old_meta != nullptr) {
+      SideValue value = ValueOf(
+          match.kind, {context_.old_source, old_metas_, match.old_meta, match.old_entry, match.old_index, match.attribute});
       edit.before = std::move(value.text);
       edit.old_location = value.location;
     }
-    const Side new_side{context_.new_source, new_metas_, match.new_meta, match.new_entry, match.new_index};
+    const Side new_side{context_.new_source, new_metas_, match.new_meta, match.new_entry, match.new_index, match.attribute};
     if (match.kind == EditKind::kEntryRemoved) {
       edit.new_location = new_side.At(Kind::kMeta, 0, "");
     } else {
@@ -249,6 +271,7 @@ class AdviceWriter {
       edit.after = std::move(value.text);
       edit.new_location = value.location;
     }
+    if (match.rule == &kAttributeIgnoredAdvice && match.new_entry != nullptr) edit.new_location.attribute = "customattr2";
     if (ReplacesCounter(match)) {
       edit.before = NameAndId(qmx_get_entry_refer(match.old_entry));
       edit.after = NameAndId(qmx_get_entry_refer(match.new_entry));
@@ -266,13 +289,19 @@ class AdviceWriter {
 
 }  // namespace
 
-Advice FindWarnings(const TableContext& context, const Changes* changes) {
+Advice FindWarnings(const TableContext& context, const Changes* changes, AdviceSubject subject) {
   const LPQMXMETALIB old_lib = context.old_source.Library();
   const LPQMXMETALIB new_lib = context.new_source.Library();
   const char* const name = context.table.c_str();
   const TableMetas table{old_lib, new_lib, qmx_get_meta_by_name(old_lib, name), qmx_get_meta_by_name(new_lib, name),
                          context.settings.created_as};
-  const std::vector<AdviceMatch> matches = FindAdviceMatches(table);
+  const bool is_new = subject == AdviceSubject::kNewTable;
+  std::vector<AdviceMatch> matches;
+  if (!is_new) matches = FindAdviceMatches(table);
+  if (subject != AdviceSubject::kChange || old_lib != new_lib) {
+    const std::vector<AdviceMatch> ignored = FindIgnoredAttributes(is_new ? nullptr : table.old_meta, table.new_meta);
+    matches.insert(matches.begin(), ignored.begin(), ignored.end());
+  }
   if (matches.empty()) return {};
   AdviceWriter writer(context, changes);
   for (const AdviceMatch& match : matches) writer.Add(match);

@@ -24,10 +24,9 @@ constexpr char kAdviceHead[] =
     "\n"
     "## Warnings and notes\n"
     "\n"
-    "These rules are about changes that the checker allows, and about new tables, which it has nothing to compare with. Their "
-    "ids\n"
-    "begin with `advice.`; they do not change the verdict. After a change with a warning, records might not read back. With\n"
-    "`--fail-on warning`, a warning makes `check` fail.\n"
+    "These rules are about changes that the checker allows, about new tables, which it has nothing to compare with, and about\n"
+    "attributes that it ignores. Their ids begin with `advice.`; they do not change the verdict. After a change with a warning,\n"
+    "records might not read back. With `--fail-on warning`, a warning makes `check` fail.\n"
     "\n"
     "| Rule | Level | Reported because |\n"
     "|---|---|---|\n";

@@ -197,6 +197,7 @@ const Location& LeadOf(const TableResult& table, const Finding& finding) {
 
 std::vector<std::string> EditsOf(const TableResult& table, const Finding& finding) {
   std::vector<std::string> edits;
+  if (table.is_alone) return edits;
   for (const std::size_t i : finding.edits) edits.push_back(OneLine(Describe(table.EditsFor(finding)[i])));
   return edits;
 }

@@ -91,7 +91,7 @@ std::string CodeNameOf(int code);
 // The location at which a finding is reported: the old one for something that was removed, else the new one.
 const Location& LeadOf(const TableResult& table, const Finding& finding);
 
-// The edits of a finding, each on one line.
+// The edits of a finding, each on one line. None for a table that is checked alone: nothing changes in it.
 std::vector<std::string> EditsOf(const TableResult& table, const Finding& finding);
 
 // Whether a finding without edits is pre-existing, that is, the old schema breaks the rule already.
