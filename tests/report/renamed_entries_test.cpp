@@ -154,7 +154,7 @@ TEST(RenamedEntries, HundredsOfFields) {
   }
   const std::vector<std::string> edits = Edits(before, after);
   ASSERT_EQ(edits.size(), 800u);
-  for (int i = 0; i < 800; ++i) EXPECT_EQ(edits[i], "field " + before[i] + " renamed to " + after[i]);
+  for (std::size_t i = 0; i < 800; ++i) EXPECT_EQ(edits[i], "field " + before[i] + " renamed to " + after[i]);
 }
 
 TEST(RenamedEntries, LongNames) {
