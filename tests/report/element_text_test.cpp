@@ -152,5 +152,19 @@ TEST(TextEdits, InsertionsAtOneOffsetKeepTheirOrderAndPrecedeRemovals) {
   EXPECT_EQ(text.Result(), "<m>\n  <e name=\"x\"/>\n  <n/>\n  <o/>\n</m>");
 }
 
+TEST(ReplacementBetween, IsTheSmallestPart) {
+  const auto expect = [](const std::string& before, const std::string& after, std::size_t begin, std::size_t end) {
+    const korvel::Replacement made = korvel::ReplacementBetween(before, after);
+    EXPECT_EQ(made.span.begin, begin);
+    EXPECT_EQ(made.span.end, end);
+    EXPECT_EQ(korvel::ApplyReplacements(before, {made}), after);
+  };
+  expect("a name b", "a mane b", 2, 5);
+  expect("aa", "aaa", 2, 2);
+  expect("aaa", "aa", 2, 3);
+  expect("", "a", 0, 0);
+  expect("same", "same", 4, 4);
+}
+
 }  // namespace
 }  // namespace report_test

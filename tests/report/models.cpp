@@ -226,4 +226,13 @@ class ModelMaker {
 
 ModelPair RandomModels(std::mt19937_64& random) { return ModelMaker(random).Make(); }
 
+void RenameStructure(Model& model, std::mt19937_64& random) {
+  if (model.metas.size() < 2) return;
+  MetaModel& renamed = model.metas[1 + random() % (model.metas.size() - 1)];
+  const std::string before = std::exchange(renamed.name, "other_" + renamed.name);
+  for (MetaModel& meta : model.metas) {
+    for (EntryModel& entry : meta.entries) entry.type = entry.type == before ? "other_" + before : entry.type;
+  }
+}
+
 }  // namespace report_test

@@ -26,6 +26,9 @@ struct ModelPair {
 // Table "t" and up to six structures, which may be shared; the new side is the old one after a few changes of any kind.
 ModelPair RandomModels(std::mt19937_64& random);
 
+// Gives a structure of the model another name; no change for a table without structures.
+void RenameStructure(korvel::Model& model, std::mt19937_64& random);
+
 // A number from an environment variable.
 std::uint64_t NumberFrom(const char* variable, std::uint64_t otherwise);
 

@@ -42,6 +42,19 @@ TEST(RenameDifference, SimilarNamesNeedLessContent) {
   EXPECT_TRUE(RenameDifference(Meta("orders", {"a"}), Meta("oders", {"a"})));
 }
 
+// The structure may have been renamed, too.
+TEST(RenameDifference, NamesOfStructuresAreNotCompared) {
+  MetaModel before = Meta("items", {"a", "b"});
+  MetaModel after = Meta("goods", {"a", "b"});
+  before.entries[1].type = "size";
+  after.entries[1].type = "szie";
+  EXPECT_EQ(RenameDifference(before, after), 3u);
+  after.entries[1].count = 2;
+  EXPECT_FALSE(RenameDifference(before, after));
+  after.entries[1] = {.name = "b", .type = "int32"};
+  EXPECT_FALSE(RenameDifference(before, after));
+}
+
 TEST(RenameDifference, OtherThings) {
   EXPECT_FALSE(RenameDifference(Meta("items", {"a"}), Meta("goods", {"a"}))) << "one field is too little";
   EXPECT_FALSE(RenameDifference(Meta("orders_2025", {"a", "b"}), Meta("orders_2026", {"a", "b"}))) << "only a number differs";

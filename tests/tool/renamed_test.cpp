@@ -1,4 +1,4 @@
-// Renamed fields and tables: one finding, and a suggestion that restores the old name everywhere.
+// Renamed fields, tables and structures: one finding, and a suggestion that restores the old name everywhere.
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
@@ -231,6 +231,101 @@ TEST_F(RenamedTableTest, HundredsOfTables) {
 
 TEST_F(RenamedTableTest, HistoryNamesTheNewTable) {
   EXPECT_THAT(Korvelcheck({"history", "old.xml", "new.xml"}).out, HasSubstr("keep orders instead of oders"));
+}
+
+// --- Structures ---
+
+// Two tables embed the structure item, one of them twice; new.xml calls it itm.
+class RenamedStructureTest : public ToolTest {
+ protected:
+  static std::string With(int version, const std::string& name, const std::string& protocol = "QMX", const std::string& more = "",
+                          const std::string& fields = "") {
+    const std::string type = "\" type=\"" + name + "\"/>";
+    const std::string key = "<entry name=\"uid\" id=\"1\" type=\"uint64\"/>";
+    const std::string last = "<primarykey entries=\"uid\"/></meta>";
+    return Library(version,
+                   {"<meta name=\"" + name + "\"><entry name=\"sku\" id=\"1\" type=\"int32\"/><entry name=\"price\" id=\"2\" " +
+                        "type=\"int32\"/>" + more + "</meta>",
+                    "<meta name=\"orders\">" + key + "<entry name=\"gift\" id=\"2" + type + "<entry name=\"main\" id=\"3" + type +
+                        fields + last,
+                    "<meta name=\"carts\">" + key + "<entry name=\"main\" id=\"2" + type + last},
+                   protocol);
+  }
+
+  RenamedStructureTest() {
+    Write("old.xml", With(5, "item"));
+    Write("new.xml", With(6, "itm"));
+  }
+
+  Outcome Suggest(const std::vector<std::string>& more = {}) const {
+    std::vector<std::string> arguments = {"suggest", "old.xml", "new.xml", "--file"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return Korvelcheck(arguments);
+  }
+};
+
+// There was one finding for each field of the structure.
+TEST_F(RenamedStructureTest, IsOneFinding) {
+  const Outcome outcome = Korvelcheck({"check", "old.xml", "new.xml"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_THAT(outcome.out, HasSubstr("\nnew.xml:2:13: refused [field.structure] "));
+  EXPECT_THAT(outcome.out, HasSubstr("\n  change: structure item renamed to itm\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("\n  suggestion: renamed? structures are matched by name; keep item instead of itm\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("; 1 finding, 0 waived\n"));
+}
+
+TEST_F(RenamedStructureTest, JsonHasKindAndFix) {
+  const auto json = nlohmann::json::parse(Korvelcheck({"check", "old.xml", "new.xml", "--format", "json"}).out);
+  const nlohmann::json& changes = json["tables"][0]["changes"];
+  EXPECT_EQ(changes["edits"][1]["kind"], "meta-renamed");
+  EXPECT_EQ(changes["edits"][1]["meta"], "item");
+  EXPECT_EQ(changes["edits"][1]["after"], "itm");
+  EXPECT_EQ(changes["findings"][0]["fix"].size(), 4u) << "the structure and three fields";
+}
+
+TEST_F(RenamedStructureTest, DiffListsOneChange) {
+  const Outcome outcome = Korvelcheck({"diff", "old.xml", "new.xml"});
+  EXPECT_THAT(outcome.out, HasSubstr("structure item: 1 change; embedded as orders.gift, orders.main, carts.main\n"
+                                     "  new.xml:2:13: structure item renamed to itm (was at old.xml:2:13)\n"
+                                     "2 changes; "));
+}
+
+TEST_F(RenamedStructureTest, SuggestRestoresTheNameEverywhere) {
+  const Outcome outcome = Suggest();
+  EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
+  EXPECT_EQ(outcome.out, With(6, "item"));
+}
+
+TEST_F(RenamedStructureTest, SuggestKeepsAllowedChangesOfTheStructure) {
+  const std::string note = "<entry name=\"note\" id=\"3\" type=\"int32\" version=\"6\"/>";
+  Write("new.xml", With(6, "itm", "QMX", note));
+  EXPECT_EQ(Suggest().out, With(6, "item", "QMX", note));
+}
+
+TEST_F(RenamedStructureTest, SuggestFixesRefusedChangesOfTheStructure) {
+  Write("new.xml", With(6, "itm", "QMX", "<entry name=\"note\" id=\"3\" type=\"int32\"/>"));
+  EXPECT_EQ(Suggest().out, With(6, "item", "QMX", "<entry name=\"note\" id=\"3\" type=\"int32\" version=\"6\"/>"));
+  EXPECT_THAT(Korvelcheck({"check", "old.xml", "new.xml"}).out,
+              HasSubstr("\n  suggestion: set the version of note to 6, above "));
+}
+
+TEST_F(RenamedStructureTest, TableAndStructureRenamed) {
+  std::string text = With(6, "itm");
+  text.replace(text.find("\"carts\""), 7, "\"crats\"");
+  text.replace(text.find("\"orders\""), 8, "\"oders\"");
+  Write("new.xml", text);
+  EXPECT_EQ(Suggest().out, With(6, "item"));
+}
+
+TEST_F(RenamedStructureTest, AllowedNamesStayAllowed) {
+  const std::vector<std::string> tlv = {"--created-as", "tlv"};
+  Write("old.xml", With(5, "item", "TLV"));
+  Write("new.xml", With(6, "itm", "TLV"));
+  EXPECT_EQ(Korvelcheck({"check", "old.xml", "new.xml", "--created-as", "tlv"}).exit_code, 0);
+  EXPECT_EQ(Suggest(tlv).out, With(6, "itm", "TLV"));
+  Write("old.xml", With(5, "item", "TLV", "", "<entry name=\"n\" id=\"4\" type=\"int8\"/>"));
+  EXPECT_EQ(Suggest(tlv).out, With(6, "itm", "TLV", "", "<entry name=\"n\" id=\"4\" type=\"int8\"/>"))
+      << "only the field comes back";
 }
 
 }  // namespace

@@ -20,11 +20,12 @@ class Difference {
   // Compares the table on both sides. Borrows the sources: the locations of edits refer to them.
   // REQUIRES: both sources have the table. n log n in what the table reaches.
   //
-  // Metas match by name; a composite entry that gets a meta of another name is one edit, whatever the meta contains. Metas that
-  // only the new side reaches are added by the edit that reaches them. Entries match by name and id, else by name, else by id; in
-  // two TLV libraries id comes before name. What is left matches if it is at the same place and only a misspelled name differs
-  // (PairRenamed). As few entries as possible count as moved. Consequences of an edit are no edits: a
-  // renamed field stays in its keys, a removed one leaves them, and an index disappears with its last field.
+  // Metas match by name, and if the library has lost the name, by content (FindRenamedStructures): one edit, of which other names
+  // in the types of entries are consequences. A composite entry that gets another meta is one edit, whatever the meta contains.
+  // Metas that only the new side reaches are added by the edit that reaches them. Entries match by name and id, else by name,
+  // else by id; in two TLV libraries id comes before name. What is left matches if it is at the same place and only a misspelled
+  // name differs (PairRenamed). As few entries as possible count as moved. Consequences of an edit are no edits: a renamed field
+  // stays in its keys, a removed one leaves them, and an index disappears with its last field.
   Difference(const Source& old_source, const Source& new_source, const std::string& table);
 
   const Model& old_model() const;

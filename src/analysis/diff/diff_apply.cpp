@@ -1,5 +1,8 @@
 // Applies chosen edits. Tested by tests/report/diff_law_test.cpp.
 #include <algorithm>
+#include <map>
+#include <string>
+#include <string_view>
 #include <utility>
 
 #include "analysis/diff/diff_parts.h"
@@ -10,7 +13,11 @@ namespace {
 class Applier {
  public:
   Applier(const DifferenceParts& parts, const std::vector<bool>& chosen)
-      : parts_(parts), chosen_(chosen), kinds_(LibraryKinds()), finder_(parts.nodes) {}
+      : parts_(parts), chosen_(chosen), kinds_(LibraryKinds()), finder_(parts.nodes) {
+    for (const MetaNode& node : parts.nodes) {
+      if (IsRenamed(node)) new_names_.emplace(node.name, parts.renamed.at(std::string(node.name)));
+    }
+  }
 
   const Model& Side(EditKind kind) const { return (kinds_ & Bit(kind)) != 0 ? parts_.new_model : parts_.old_model; }
 
@@ -31,6 +38,7 @@ class Applier {
         if (const std::size_t inner = finder_.Find(entry.type); inner != kNowhere && !is_visited[inner]) waiting.push_back(inner);
       }
       std::reverse(waiting.begin() + first, waiting.end());
+      UseNewNames(decl);
       take(decl);
     }
   }
@@ -42,6 +50,23 @@ class Applier {
       if (chosen_[i]) kinds |= Bit(parts_.edits[i].kind);
     }
     return kinds;
+  }
+
+  // Whether one of the chosen edits gives the structure another name.
+  bool IsRenamed(const MetaNode& node) const {
+    for (std::size_t i = node.first_edit; i < node.end_edit && !parts_.renamed.empty(); ++i) {
+      if (chosen_[i] && parts_.edits[i].kind == EditKind::kMetaRenamed) return true;
+    }
+    return false;
+  }
+
+  void UseNewNames(MetaDecl& decl) const {
+    if (new_names_.empty()) return;
+    const auto rename = [&](std::string_view& name) {
+      if (const auto found = new_names_.find(name); found != new_names_.end()) name = found->second;
+    };
+    rename(decl.name);
+    for (qmx::EntryDecl& entry : decl.entries) rename(entry.type);
   }
 
   MetaDecl Make(const MetaNode& node) const {
@@ -76,6 +101,7 @@ class Applier {
   const std::vector<bool>& chosen_;
   EditKinds kinds_;  // of the library
   NameFinder<MetaNode> finder_;
+  std::map<std::string_view, std::string_view> new_names_;  // of renamed structures, by their old ones
 };
 
 }  // namespace

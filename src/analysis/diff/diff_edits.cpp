@@ -65,6 +65,12 @@ class PairEdits {
   void AddMetaEdits() {
     const MetaModel& old_meta = pair_.old_meta();
     const MetaModel& new_meta = pair_.new_meta();
+    if (const auto renamed = parts_.renamed.find(old_meta.name); renamed != parts_.renamed.end()) {
+      Edit& edit = Add(EditKind::kMetaRenamed, "");
+      edit.before = old_meta.name;
+      edit.after = renamed->second;
+      Point(edit, Kind::kMeta, 0, 0, "name");
+    }
     if (old_meta.kind != new_meta.kind) {
       Edit& edit = Add(EditKind::kMetaKind, "");
       edit.before = KindText(old_meta);

@@ -9,6 +9,7 @@
 
 #include "analysis/diff/diff.h"
 #include "analysis/diff/matched_metas.h"
+#include "analysis/diff/renamed_metas.h"
 
 namespace korvel {
 
@@ -27,8 +28,10 @@ inline constexpr EditKinds kIndexKinds =
 
 struct DifferenceParts {
   Model old_model;
-  Model new_model;
-  std::vector<MetaNode> nodes;  // metas of the new model in its order, then those of the old one only; the table first
+  Model new_model;                       // renamed structures have their old names
+  RenamedMetas renamed;                  // structures of which the new side has other names
+  std::optional<Model> new_model_as_is;  // with the new names, if structures are renamed
+  std::vector<MetaNode> nodes;           // metas of the new model in its order, then those of the old one only; the table first
   std::vector<Edit> edits;
   std::vector<Slot> slots;                      // of each edit: its entry or index in the pair; 0 if it has none
   std::vector<std::vector<std::size_t>> needs;  // of each edit: the edits that it needs directly

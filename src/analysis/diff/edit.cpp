@@ -22,6 +22,7 @@ constexpr std::array kWordings{
     Wording{EditKind::kLibraryVersion, "library-version", "version", "", ""},
     Wording{EditKind::kLibraryProtocol, "library-protocol", "protocol", "", ""},
     Wording{EditKind::kTableAdded, "table-added", "", "table", "added"},
+    Wording{EditKind::kMetaRenamed, "meta-renamed", "", "structure", "renamed"},
     Wording{EditKind::kMetaKind, "meta-kind", "kind", "", ""},
     Wording{EditKind::kTableAttribute, "table-attribute", "attribute", "", ""},
     Wording{EditKind::kPrimaryKey, "primary-key", "primary key", "", ""},
@@ -66,7 +67,8 @@ std::string Owner(const Edit& edit, const Wording& wording) {
 }
 
 std::string Event(const Edit& edit, const Wording& wording) {
-  std::string text = std::string(wording.thing) + " " + ValueText(edit.item) + " " + std::string(wording.event);
+  const std::string& item = edit.kind == EditKind::kMetaRenamed ? edit.meta : edit.item;
+  std::string text = std::string(wording.thing) + " " + ValueText(item) + " " + std::string(wording.event);
   if (wording.event == "renamed") return text + " to " + ValueText(edit.after);
   if (edit.kind == EditKind::kTableAdded) return text + " (refused by " + edit.after + ")";
   if (wording.event != "moved") return text;

@@ -20,6 +20,7 @@ enum class EditKind : std::uint8_t {
   kLibraryProtocol,
   // Of a meta.
   kTableAdded,      // only in advice: a difference is that of a table which both schemas have
+  kMetaRenamed,     // of a structure, also in the types of entries
   kMetaKind,        // struct <-> union
   kTableAttribute,  // one key of customattr ("ListNum"); or all of it where it does not split into key=value pairs
   kPrimaryKey,      // its members, except for consequences of removed and renamed entries

@@ -17,7 +17,8 @@ namespace korvel {
 namespace {
 
 bool NeedsWholeTable(EditKind kind) {
-  return kind == EditKind::kMetaKind || kind == EditKind::kEntryMoved || kind == EditKind::kEntryMeta;
+  return kind == EditKind::kMetaRenamed || kind == EditKind::kMetaKind || kind == EditKind::kEntryMoved ||
+         kind == EditKind::kEntryMeta;
 }
 
 // Whether a meta of two libraries is the same for the checker.

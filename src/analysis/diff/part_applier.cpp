@@ -33,6 +33,7 @@ std::optional<AppliedPart> PartApplier::ApplyAllBut(const std::vector<std::size_
 std::optional<std::size_t> PartApplier::NodeOf(const std::vector<std::size_t>& left_out,
                                                const std::vector<std::size_t>& touched) const {
   const std::vector<MetaNode>& nodes = difference_.parts().nodes;
+  if (!difference_.parts().renamed.empty()) return std::nullopt;  // nodes have the old names
   std::optional<std::size_t> node;
   for (const std::vector<std::size_t>* edits : {&left_out, &touched}) {
     for (const std::size_t edit : *edits) {

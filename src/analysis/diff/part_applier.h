@@ -24,8 +24,8 @@ class PartApplier {
 
   // All edits but `left_out`. The part contains every entry that they change, the entries of the edits `touched`, what both refer
   // to, and the neighbours of all of them: what changes lies next to the same elements as in the whole meta. nullopt if the edits
-  // belong to more than one meta or to the library, or if an entry is moved back: then use Difference::Apply. Linear in the part,
-  // in keys and indexes; the first call for a meta is linear in it.
+  // belong to more than one meta or to the library, if an entry is moved back, or if structures are renamed: then use
+  // Difference::Apply. Linear in the part, in keys and indexes; the first call for a meta is linear in it.
   std::optional<AppliedPart> ApplyAllBut(const std::vector<std::size_t>& left_out, const std::vector<std::size_t>& touched);
 
   // Whether the new meta has an entry of that name, or with that id, outside of the part. REQUIRES: the part is of this object.

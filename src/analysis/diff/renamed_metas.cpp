@@ -2,12 +2,14 @@
 #include "analysis/diff/renamed_metas.h"
 
 #include <algorithm>
+#include <span>
 #include <string_view>
 #include <vector>
 
 #include "analysis/diff/nearby_pairs.h"
 #include "base/similar_names.h"
 #include "qmx/qmx_metalib_kernel.h"
+#include "schema/declaration.h"
 
 namespace korvel {
 namespace {
@@ -22,14 +24,40 @@ std::vector<MetaModel> TablesOnlyIn(const Source& source, const Source& other) {
   return metas;
 }
 
+// The metas that a table of a source reaches and the other source does not have.
+std::vector<MetaModel> ReachedOnlyIn(const Model& model, const Source& other) {
+  std::vector<MetaModel> metas;
+  for (const MetaModel& meta : std::span(model.metas).subspan(1)) {
+    if (!other.HasMeta(meta.name)) metas.push_back(meta);
+  }
+  return metas;
+}
+
+// Whether two entries are equal, except that the structure of an entry may have been renamed, too.
+bool AreEqual(const EntryModel& a, const EntryModel& b) {
+  if (a.type == b.type || !IsCompositeType(a.type) || !IsCompositeType(b.type)) return a == b;
+  EntryModel with_type = b;
+  with_type.type = a.type;
+  return a == with_type;
+}
+
 // The number of entries that both metas have.
 std::size_t CommonEntries(const MetaModel& a, const MetaModel& b) {
   std::map<std::string_view, const EntryModel*> by_name;
   for (const EntryModel& entry : a.entries) by_name.emplace(entry.name, &entry);
   return static_cast<std::size_t>(std::ranges::count_if(b.entries, [&](const EntryModel& entry) {
     const auto found = by_name.find(entry.name);
-    return found != by_name.end() && *found->second == entry;
+    return found != by_name.end() && AreEqual(*found->second, entry);
   }));
+}
+
+RenamedMetas PairMetas(const std::vector<MetaModel>& old_metas, const std::vector<MetaModel>& new_metas) {
+  const auto difference = [&](std::size_t i, std::size_t j) { return RenameDifference(old_metas[i], new_metas[j]); };
+  RenamedMetas renamed;
+  for (const NearbyPair& pair : PairNearby(old_metas.size(), new_metas.size(), difference)) {
+    renamed.emplace(old_metas[pair.old_place].name, new_metas[pair.new_place].name);
+  }
+  return renamed;
 }
 
 }  // namespace
@@ -49,15 +77,24 @@ std::optional<std::size_t> RenameDifference(const MetaModel& old_meta, const Met
 }
 
 RenamedMetas FindRenamedTables(const Source& old_source, const Source& new_source) {
-  const std::vector<MetaModel> old_tables = TablesOnlyIn(old_source, new_source);
-  if (old_tables.empty()) return {};
-  const std::vector<MetaModel> new_tables = TablesOnlyIn(new_source, old_source);
-  const auto difference = [&](std::size_t i, std::size_t j) { return RenameDifference(old_tables[i], new_tables[j]); };
-  RenamedMetas renamed;
-  for (const NearbyPair& pair : PairNearby(old_tables.size(), new_tables.size(), difference)) {
-    renamed.emplace(old_tables[pair.old_place].name, new_tables[pair.new_place].name);
+  return PairMetas(TablesOnlyIn(old_source, new_source), TablesOnlyIn(new_source, old_source));
+}
+
+RenamedMetas FindRenamedStructures(const Source& old_source, const Model& old_model, const Source& new_source,
+                                   const Model& new_model) {
+  return PairMetas(ReachedOnlyIn(old_model, new_source), ReachedOnlyIn(new_model, old_source));
+}
+
+void UseOldNames(const RenamedMetas& renamed, Model& model) {
+  std::map<std::string_view, std::string_view> old_names;
+  for (const auto& [old_name, new_name] : renamed) old_names.emplace(new_name, old_name);
+  const auto restore = [&](std::string& name) {
+    if (const auto found = old_names.find(name); found != old_names.end()) name = found->second;
+  };
+  for (MetaModel& meta : model.metas) {
+    restore(meta.name);
+    for (EntryModel& entry : meta.entries) restore(entry.type);
   }
-  return renamed;
 }
 
 }  // namespace korvel

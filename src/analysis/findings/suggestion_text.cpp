@@ -24,6 +24,7 @@ constexpr KindWords kByKind[] = {
     {EditKind::kLibraryProtocol,
      "keep the library's protocol {before}; another protocol needs new tables and a copy of the records"},
     {EditKind::kTableAdded, "do not add table {item}"},
+    {EditKind::kMetaRenamed, "keep the name {before}"},
     {EditKind::kMetaKind, "keep {meta} a {before}"},
     {EditKind::kTableAttribute, "keep {item} of table {meta}: {before}"},
     {EditKind::kPrimaryKey, "keep the primary key {before}; another key needs a new table and a copy of the records"},

@@ -94,6 +94,7 @@ AlternativeMaker::AlternativeMaker(const Difference& difference, const Settings&
   }
   for (std::size_t i = 0; i < difference.edits().size(); ++i) {
     const Edit& edit = difference.edits()[i];
+    if (edit.kind == EditKind::kMetaRenamed) new_metas_.emplace(edit.before, new_metas_.at(edit.after));
     if (edit.kind == EditKind::kEntryAdded) added_.insert({edit.meta, edit.item});
     if (ChangesField(edit.kind)) edits_of_[{edit.meta, edit.item}].push_back(i);
   }

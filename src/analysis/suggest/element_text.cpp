@@ -203,6 +203,14 @@ std::string ApplyReplacements(std::string_view text, const std::vector<Replaceme
   return result.append(text.substr(at));
 }
 
+Replacement ReplacementBetween(std::string_view before, std::string_view after) {
+  const auto front = static_cast<std::size_t>(std::ranges::mismatch(before, after).in1 - before.begin());
+  std::size_t back = 0;
+  const std::size_t most = std::min(before.size(), after.size()) - front;
+  while (back < most && before[before.size() - 1 - back] == after[after.size() - 1 - back]) ++back;
+  return {{front, before.size() - back}, std::string(after.substr(front, after.size() - back - front))};
+}
+
 std::string_view WithComments(std::string_view text, std::size_t element) {
   const std::size_t behind = BehindComments(text, ElementEnd(text, element));
   const bool ends_line = EndsLine(text, SkipBlanks(text, behind));

@@ -52,6 +52,9 @@ class TextEdits {
 // The text after the replacements. REQUIRES: they are in text order and do not overlap.
 std::string ApplyReplacements(std::string_view text, const std::vector<Replacement>& replacements);
 
+// The smallest replacement of a part of `before` that gives `after`.
+Replacement ReplacementBetween(std::string_view before, std::string_view after);
+
 // The bytes of an element and of the comments behind it on its line. Borrowed from the text.
 std::string_view WithComments(std::string_view text, std::size_t element);
 

@@ -6,6 +6,7 @@
 
 #include "analysis/suggest/element_text.h"
 #include "analysis/suggest/model_editor.h"
+#include "analysis/suggest/restored_names.h"
 #include "schema/model.h"
 
 namespace korvel {
@@ -23,7 +24,8 @@ std::optional<Model> ApplyWith(const Difference& difference, const std::vector<b
 }
 
 FixMaker::FixMaker(const TableContext& context, const Difference& difference, WorkLimit& work)
-    : new_source_(context.new_source),
+    : old_source_(context.old_source),
+      new_source_(context.new_source),
       difference_(difference),
       work_(work),
       applier_(difference),
@@ -65,15 +67,32 @@ bool FixMaker::IsValid(const AppliedPart& part, const Model& changed) const {
 std::vector<Replacement> FixMaker::FromModel(const FixEdits& fix) {
   if (!work_.Take(PartsOf(difference_.old_model()) + PartsOf(difference_.new_model()))) return {};
   std::vector<bool> chosen(difference_.edits().size(), true);
-  for (const std::size_t edit : fix.left_out) chosen[edit] = false;
+  RenamedMetas renamed;
+  for (const std::size_t edit : fix.left_out) {
+    chosen[edit] = false;
+    const Edit& one = difference_.edits()[edit];
+    if (one.kind == EditKind::kMetaRenamed) renamed.emplace(one.before, one.after);
+  }
   const std::optional<Model> model = ApplyWith(difference_, chosen, fix.alternatives);
   if (!model || !CanBeWritten(*model)) return {};
-  std::optional<std::vector<Replacement>> made = rewriter_.Rewrite(*model);
+  std::optional<std::vector<Replacement>> made = RewriteNamed(*model, renamed);
   if (!made) return {};
   // A protocol is that of all tables, which may lack what it requires.
   const bool changes_protocol = model->protocol != difference_.new_model().protocol;
   if (changes_protocol && !SourceOfText(new_source_.name, ApplyReplacements(new_source_.text->Bytes(), *made))) return {};
   return *std::move(made);
+}
+
+std::optional<std::vector<Replacement>> FixMaker::RewriteNamed(const Model& model, const RenamedMetas& renamed) {
+  if (renamed.empty()) return rewriter_.Rewrite(model);
+  std::optional<std::vector<Replacement>> names = RestoreNames(new_source_, renamed);
+  if (!names) return std::nullopt;
+  const std::optional<Source> restored = SourceOfText(new_source_.name, ApplyReplacements(new_source_.text->Bytes(), *names));
+  if (!restored) return std::nullopt;
+  const auto others = Rewriter(*restored, old_source_).Rewrite(model);
+  if (!others || others->empty()) return others ? names : std::nullopt;
+  const std::string text = ApplyReplacements(restored->text->Bytes(), *others);
+  return std::vector{ReplacementBetween(new_source_.text->Bytes(), text)};
 }
 
 }  // namespace korvel

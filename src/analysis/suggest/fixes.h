@@ -44,7 +44,10 @@ class FixMaker {
   std::optional<std::vector<Replacement>> FromPart(const FixEdits& fix);
   bool IsValid(const AppliedPart& part, const Model& changed) const;
   std::vector<Replacement> FromModel(const FixEdits& fix);
+  // The changes after which the new file describes the model, in which these structures have their old names.
+  std::optional<std::vector<Replacement>> RewriteNamed(const Model& model, const RenamedMetas& renamed);
 
+  const Source& old_source_;
   const Source& new_source_;
   const Difference& difference_;
   WorkLimit& work_;

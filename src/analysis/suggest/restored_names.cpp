@@ -40,7 +40,7 @@ class NameRestorer {
     return written;
   }
 
-  std::string Text() { return ApplyReplacements(text_.Bytes(), edits_.Finish()); }
+  std::vector<Replacement> Take() { return edits_.Finish(); }
 
  private:
   const SchemaText& text_;
@@ -50,14 +50,19 @@ class NameRestorer {
 
 }  // namespace
 
-std::optional<Source> WithOldNames(const Source& source, const RenamedMetas& renamed) {
+std::optional<std::vector<Replacement>> RestoreNames(const Source& source, const RenamedMetas& renamed) {
   NameRestorer restorer(*source.text, renamed);
   const LPQMXMETALIB library = source.Library();
   for (int i = 0; i < qmx_get_meta_num(library); ++i) {
     const MetaModel meta = MetaOf(library, qmx_get_meta_by_index(library, i));
     if (!restorer.Restore(meta, static_cast<std::uint32_t>(i))) return std::nullopt;
   }
-  return SourceOfText(source.name, restorer.Text());
+  return restorer.Take();
+}
+
+std::optional<Source> WithOldNames(const Source& source, const RenamedMetas& renamed) {
+  const std::optional<std::vector<Replacement>> made = RestoreNames(source, renamed);
+  return made ? SourceOfText(source.name, ApplyReplacements(source.text->Bytes(), *made)) : std::nullopt;
 }
 
 }  // namespace korvel

@@ -202,7 +202,7 @@ SchemaSuggestion SuggestFrom(const Source& old_source, const Source& new_source,
 }
 
 // Those of the tables that were probably renamed.
-RenamedMetas RenamedAmong(const std::vector<TableQuestion>& questions, const Source& old_source, const Source& new_source) {
+RenamedMetas RenamedTables(const Source& old_source, const Source& new_source, const std::vector<TableQuestion>& questions) {
   RenamedMetas renamed = FindRenamedTables(old_source, new_source);
   std::erase_if(renamed, [&](const auto& names) {
     return std::ranges::none_of(questions, [&](const TableQuestion& question) { return question.table == names.first; });
@@ -210,15 +210,35 @@ RenamedMetas RenamedAmong(const std::vector<TableQuestion>& questions, const Sou
   return renamed;
 }
 
+// The renamed structures of refused tables. Records in TLV do not depend on their names.
+RenamedMetas RenamedStructures(const Source& old_source, const Source& new_source, const std::vector<TableQuestion>& questions) {
+  RenamedMetas renamed;
+  std::set<std::string> new_names;
+  const auto is_tlv = [](const Source& source) { return HeadOf(source.Library()).protocol == qmx::Protocol::kTlv; };
+  if (is_tlv(old_source) && is_tlv(new_source)) return renamed;
+  for (const OpenTable& open : RefusedTables(old_source, new_source, questions)) {
+    const std::string& table = open.question->table;
+    if (!new_source.HasMeta(table)) continue;
+    for (const auto& [old_name, new_name] :
+         FindRenamedStructures(old_source, ModelOf(old_source, table), new_source, ModelOf(new_source, table))) {
+      if (!renamed.contains(old_name) && new_names.insert(new_name).second) renamed.emplace(old_name, new_name);
+    }
+  }
+  return renamed;
+}
+
 }  // namespace
 
 SchemaSuggestion SuggestSchema(const Source& old_source, const Source& new_source, const std::vector<TableQuestion>& questions,
                                SuggestionWork work) {
-  const RenamedMetas renamed = RenamedAmong(questions, old_source, new_source);
-  if (const std::optional<Source> restored = renamed.empty() ? std::nullopt : WithOldNames(new_source, renamed)) {
+  const RenamedMetas tables = RenamedTables(old_source, new_source, questions);
+  std::optional<Source> restored = tables.empty() ? new_source : WithOldNames(new_source, tables);
+  const RenamedMetas structures = restored ? RenamedStructures(old_source, *restored, questions) : RenamedMetas();
+  if (!structures.empty()) restored = WithOldNames(*restored, structures);
+  if (restored && !(tables.empty() && structures.empty())) {
     SchemaSuggestion suggestion = SuggestFrom(old_source, *restored, questions, work);
     suggestion.is_changed = true;
-    const auto is_renamed = [&](const TableRefusal& refusal) { return renamed.contains(refusal.table); };
+    const auto is_renamed = [&](const TableRefusal& refusal) { return tables.contains(refusal.table); };
     if (std::ranges::none_of(suggestion.refused, is_renamed)) return suggestion;
   }
   return SuggestFrom(old_source, new_source, questions, work);

@@ -54,8 +54,11 @@ class SuggestionWriter {
     return owner;
   }
 
-  // Whether an edit gives a field another name, which makes it another field.
-  bool IsRename(std::size_t edit) const { return by_name_ && changes_.edits[edit].kind == EditKind::kEntryRenamed; }
+  // Whether an edit gives a field or structure another name, which makes it another one.
+  bool IsRename(std::size_t edit) const {
+    const EditKind kind = changes_.edits[edit].kind;
+    return kind == EditKind::kMetaRenamed || (by_name_ && kind == EditKind::kEntryRenamed);
+  }
 
   std::string WordsFor(std::size_t edit) const {
     const Alternative* const alternative = finder_.AlternativeOf(edit);
@@ -69,15 +72,18 @@ class SuggestionWriter {
   void FillText(Finding& finding) const {
     std::string alternatives;
     std::string left_out;
-    std::string old_names;
+    std::string fields;
+    std::string structures;
     for (const std::size_t i : finding.edits) {
       if (changes_.status[i] == EditStatus::kAllowed) continue;
       const bool is_left_out = finder_.AlternativeOf(i) == nullptr;
-      AppendPart(!is_left_out ? alternatives : IsRename(i) ? old_names : left_out, "; ", WordsFor(i));
+      std::string& renamed = changes_.edits[i].kind == EditKind::kMetaRenamed ? structures : fields;
+      AppendPart(!is_left_out ? alternatives : IsRename(i) ? renamed : left_out, "; ", WordsFor(i));
     }
     finding.has_fix = !alternatives.empty();
     finding.suggestion = alternatives;
-    if (!old_names.empty()) AppendPart(finding.suggestion, "; ", RenamedSuggestion("fields", old_names));
+    if (!structures.empty()) AppendPart(finding.suggestion, "; ", RenamedSuggestion("structures", structures));
+    if (!fields.empty()) AppendPart(finding.suggestion, "; ", RenamedSuggestion("fields", fields));
     if (!left_out.empty()) AppendPart(finding.suggestion, "; ", "leave out the change: " + left_out);
     if (const auto also = also_.find(&finding); also != also_.end()) {
       const std::string words = Join(also->second, "; ", [&](std::size_t i) { return WordsFor(i); });

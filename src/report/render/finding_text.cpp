@@ -79,7 +79,8 @@ class OneFinding {
     const Edit& edit = EditAt(0);
     const bool has_both = !leads_old_ && lead_ != nullptr && other_ != nullptr && !OldValue().empty();
     const std::string key = edit.kind == EditKind::kTableAttribute && !edit.item.empty() ? edit.item + "=" : "";
-    return has_both && edit.kind != EditKind::kEntryRenamed && TextAt(*lead_) == key + edit.after;
+    const bool is_rename = edit.kind == EditKind::kEntryRenamed || edit.kind == EditKind::kMetaRenamed;
+    return has_both && !is_rename && TextAt(*lead_) == key + edit.after;
   }
 
   std::string Cause() const {
