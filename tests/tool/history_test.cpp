@@ -112,7 +112,7 @@ TEST_F(HistoryTest, NamesTheStepThatRemovedATable) {
   Write("v0.xml", Library(5, {Table()}));
   Write("last.xml", Library(7, {Table()}));
   EXPECT_THAT(Run({"history", "more.xml", "v0.xml", "last.xml"}).out,
-              HasSubstr("\n  same as in step 1: refused [library.table] the table was removed, path carts\n"));
+              HasSubstr("\n    caused by: the table was removed, in step 1: more.xml -> v0.xml\n"));
 }
 
 TEST_F(HistoryTest, JsonMatchesText) {

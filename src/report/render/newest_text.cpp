@@ -16,9 +16,8 @@ namespace {
 std::string PlacesText(const std::vector<const NewestRefusal*>& group) {
   const NewestRefusal& first = *group.front();
   const std::string& path = first.cause.path;
-  const std::string place = path.empty() ? "table " + OneLine(first.result.table) : "path " + OneLine(path);
-  if (group.size() == 1) return place;
-  return place + " and " + Counted(group.size() - 1, "other");
+  std::string place = path.empty() ? "table " + OneLine(first.result.table) : "path " + OneLine(path);
+  return group.size() == 1 ? place : place + " and " + Counted(group.size() - 1, "other");
 }
 
 // As in RefusalCause.
