@@ -27,10 +27,12 @@ using Words = std::vector<std::string>;
 
 constexpr std::string_view kNextFile = "@@FILE@@";
 
-constexpr std::size_t kReportFormats = 8;
+constexpr std::size_t kReportFormats = 10;
+constexpr std::size_t kHistoryFormats = 8;
 constexpr std::size_t kTextOrJson = 2;
-const Words kFormats = {"text", "json", "sarif", "gitlab", "junit", "github", "markdown", "html"};
-const Words kJsonFormats = {"json", "sarif", "gitlab"};
+const Words kFormats = {"text",   "json",     "sarif", "gitlab",        "junit",
+                        "github", "markdown", "html",  "github-review", "gitlab-review"};
+const Words kJsonFormats = {"json", "sarif", "gitlab", "github-review", "gitlab-review"};
 
 struct FuzzedCall {
   Words words;
@@ -45,7 +47,7 @@ const std::vector<FuzzedCall> kCalls = {
     {{"check", "old", "new", "--created-as", "tlv", "--server-version", "2", "--allow-new"}, kReportFormats},
     {{"compat", "old", "new"}, kReportFormats},
     {{"lint", "old", "new", "--project", "project.toml"}, kReportFormats},
-    {{"history", "old", "new", "old"}, kReportFormats},
+    {{"history", "old", "new", "old"}, kHistoryFormats},
     {{"diff", "old", "new"}, kTextOrJson},
     {{"layout", "old", "new"}, kTextOrJson},
     {{"suggest", "old", "new"}},

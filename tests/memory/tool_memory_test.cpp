@@ -195,6 +195,7 @@ const Command kCommands[] = {
     {"CheckJson", 1, {"check", "old.xml", "wide.xml", "-o", "out", "--format", "json"}},
     {"CheckSarif", 1, {"check", "old.xml", "wide.xml", "--format", "sarif"}},
     {"CheckGitlab", 1, {"check", "old.xml", "wide.xml", "-o", "out", "--format", "gitlab"}},
+    {"CheckReview", 1, {"check", "old.xml", "wide.xml", "-o", "out", "--format", "github-review"}},
     {"CheckJunit", 1, {"check", "old.xml", "wide.xml", "--format", "junit"}},
     {"CheckMarkdown", 1, {"check", "old.xml", "wide.xml", "--format", "markdown"}},
     {"CheckHtml", 1, {"check", "old.xml", "wide.xml", "-o", "out", "--format", "html"}},

@@ -146,6 +146,8 @@ TEST_P(DocumentTest, IsWellFormedWithHostileNames) {
       EXPECT_TRUE(IsValid(kHere / "schemas" / "sarif-2.1.0.json", document));
     } else if (format == "gitlab") {
       EXPECT_TRUE(IsValid(kHere / "schemas" / "gitlab-code-quality.json", document));
+    } else if (format.ends_with("-review")) {
+      EXPECT_TRUE(IsValid(fs::path(KORVEL_SOURCE_DIR) / "docs" / "review.schema.json", document));
     } else if (format == "junit") {
       EXPECT_TRUE(IsAcceptedBy("xmllint --noout", document));
     } else if (format == "github") {
@@ -163,7 +165,7 @@ std::vector<std::string> NamesOfFormats() {
 }
 
 INSTANTIATE_TEST_SUITE_P(Every, DocumentTest, testing::ValuesIn(NamesOfFormats()),
-                         [](const auto& format) { return format.param; });
+                         [](const auto& format) { return TestNameOf(format.param); });
 
 // --- Members that other programs rely on ---
 

@@ -1,5 +1,6 @@
 #include "golden_text.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <string_view>
 #include <utility>
@@ -39,6 +40,11 @@ std::string WithoutRules(const std::string& text) {
 std::string GoldenText(const korvel::Format& format, const korvel::Report& report) {
   const std::string text = WithoutAssets(WithoutVersion(format.Render(report, false)));
   return std::string_view(format.name) == "sarif" ? WithoutRules(text) : text;
+}
+
+std::string TestNameOf(std::string format) {
+  std::ranges::replace(format, '-', '_');
+  return format;
 }
 
 }  // namespace report_test

@@ -11,4 +11,7 @@ namespace report_test {
 // of a SARIF log (Sarif.EveryRuleIsDescribed).
 std::string GoldenText(const korvel::Format& format, const korvel::Report& report);
 
+// A format as a part of the name of a test, which has no '-'.
+std::string TestNameOf(std::string format);
+
 }  // namespace report_test

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <regex>
 
+#include "golden_text.h"
 #include "report/render/render.h"
 #include "report/result/fold_edits.h"
 #include "report/result/issues.h"
@@ -48,17 +49,23 @@ std::size_t TestsWith(const std::string& element, const std::string& junit) {
   return static_cast<std::size_t>(std::distance(std::sregex_iterator(junit.begin(), junit.end(), test), {}));
 }
 
+// What a reader sees as one text: of a review, the comment on the whole change. It has the findings again as comments on lines.
+std::string Shown(const std::string& format, const Report& report) {
+  const std::string text = Render(format, report);
+  return format.ends_with("-review") ? Json::parse(text)["body"].get<std::string>() : text;
+}
+
 class EveryFormat : public testing::TestWithParam<std::string> {};
 
 TEST_P(EveryFormat, ReportsEachCauseOnce) {
   const SharedReport made = MakeSharedReport(20, 12);
-  const std::string text = Render(GetParam(), made.report);
+  const std::string text = Shown(GetParam(), made.report);
   for (std::size_t i = 0; i < 12; ++i) EXPECT_EQ(CountOf(TextOfField(i), text), 1u) << TextOfField(i);
 }
 
 TEST_P(EveryFormat, NamesEveryTable) {
   const SharedReport made = MakeSharedReport(20, 12);
-  const std::string text = Render(GetParam(), made.report);
+  const std::string text = Shown(GetParam(), made.report);
   for (std::size_t i = 0; i < 20; ++i) {
     EXPECT_TRUE(HasWord("t" + std::to_string(i), text)) << i;
   }
@@ -67,7 +74,7 @@ TEST_P(EveryFormat, NamesEveryTable) {
 // Twice as many tables with twice as many fields give twice the output, not four times.
 TEST_P(EveryFormat, GrowsWithTablesPlusFindings) {
   const auto size = [](std::size_t tables, std::size_t fields) {
-    return Render(GetParam(), MakeSharedReport(tables, fields).report).size();
+    return Shown(GetParam(), MakeSharedReport(tables, fields).report).size();
   };
   const std::size_t once = size(64, 64);
   const std::size_t twice = size(128, 128);
@@ -78,7 +85,7 @@ TEST_P(EveryFormat, GrowsWithTablesPlusFindings) {
 TEST_P(EveryFormat, ListsAFindingThatIsWaivedForOneTableOnlyTwice) {
   SharedReport made = MakeSharedReport(3, 1);
   made.report.tables[0].changes->findings[0].waiver = {"because", "2999-01-01"};
-  const std::string text = Render(GetParam(), made.report);
+  const std::string text = Shown(GetParam(), made.report);
   EXPECT_EQ(CountOf(TextOfField(0), text), 2u) << text;
   EXPECT_EQ(CountFailing(made.report), 2u);
 }
@@ -87,7 +94,7 @@ TEST_P(EveryFormat, ListsAFindingThatIsWaivedForOneTableOnlyTwice) {
 TEST_P(EveryFormat, SaysHowManyFindingsAreNotListed) {
   SharedReport made = MakeSharedReport(3, 12);
   made.report.max_findings = 2;
-  const std::string text = Render(GetParam(), made.report);
+  const std::string text = Shown(GetParam(), made.report);
   for (std::size_t i = 0; i < 12; ++i) EXPECT_EQ(CountOf(TextOfField(i), text), i < 2 ? 1u : 0u) << TextOfField(i);
   for (std::size_t i = 0; i < 3; ++i) EXPECT_TRUE(HasWord("t" + std::to_string(i), text)) << i;
   if (GetParam() == "json") return;  // has numbers, see below
@@ -100,7 +107,7 @@ std::vector<std::string> Names() {
   return names;
 }
 
-INSTANTIATE_TEST_SUITE_P(Every, EveryFormat, testing::ValuesIn(Names()), [](const auto& name) { return name.param; });
+INSTANTIATE_TEST_SUITE_P(Every, EveryFormat, testing::ValuesIn(Names()), [](const auto& name) { return TestNameOf(name.param); });
 
 // --- What is listed where ---
 
@@ -250,7 +257,7 @@ TEST(SharedFindings, SarifSuppressesTheLimitOfAWaivedTable) {
 
 TEST(JsonDocuments, HaveTheBytesOfTheWholeDocument) {
   for (const SharedReport& made : {MakeSharedReport(0, 1), MakeSharedReport(1, 1), MakeSharedReport(3, 2)}) {
-    for (const char* format : {"json", "sarif", "gitlab"}) {
+    for (const char* format : {"json", "sarif", "gitlab", "github-review"}) {
       const std::string text = Render(format, made.report);
       EXPECT_EQ(text, Json::parse(text).dump(2) + "\n") << format;
     }

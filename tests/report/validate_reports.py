@@ -66,10 +66,11 @@ class Reports:
     def expect(self, holds, name, what):
         if not holds:
             self.faults.append(f"{self.name}.{name}: {what}")
+        return holds
 
     def check(self):
         for name in self.documents:
-            getattr(self, "check_" + name)(self.documents[name])
+            getattr(self, "check_" + name.replace("-", "_"))(self.documents[name])
         return self.faults
 
     def is_valid(self, name, document):
@@ -220,11 +221,68 @@ class Reports:
         if len(self.all) <= 50:
             self.mentions_all_findings("markdown", text)
 
+    def check_github_review(self, text):
+        self.check_review("github-review", text, lambda first, line, last: "suggestion")
+
+    def check_gitlab_review(self, text):
+        self.check_review("gitlab-review", text, lambda first, line, last: f"suggestion:-{line - first}+{last - line}")
+
+    def check_review(self, name, text, language_of):
+        review = json.loads(text)
+        self.is_valid(name, review)
+        self.expect(review["verdict"] == self.report["verdict"], name, "another verdict")
+        self.expect(len(review["body"].encode()) <= 50100, name, "a long summary")
+        fingerprints = [comment["fingerprint"] for comment in review["comments"]]
+        self.expect(len(fingerprints) == len(set(fingerprints)), name, "a fingerprint occurs twice")
+        fixes = collections.defaultdict(list)  # files may have findings with the same fingerprint
+        for finding in self.all:
+            fixes[finding["fingerprint"]].append(finding.get("fix", []))
+        if len(self.all) <= 20:
+            for finding in self.all:
+                waive = f"korvelcheck waive {finding['fingerprint']} "
+                self.expect(waive in review["body"], name, f"{waive} is missing")
+        for comment in review["comments"]:
+            self.expect(len(comment["body"].encode()) <= 10000, name, "a long comment")
+            fingerprint = comment["fingerprint"].split("-")[0]
+            if self.expect(fingerprint in fixes, name, f"unknown finding {fingerprint}"):
+                self.check_block(name, comment, fixes[fingerprint], language_of)
+
+    def check_block(self, name, comment, fixes, language_of):
+        """The lines of the suggestion give the bytes of a fix."""
+        suggestion = comment["suggestion"]
+        if suggestion is None:
+            self.expect([] in fixes or "The fix is not shown" in comment["body"], name, "a fix is missing")
+            return
+        source = self.source_of({"uri": urllib.parse.quote(comment["path"])})
+        first, last = suggestion["start_line"], suggestion["line"]
+        language, block, rest = lines_of_block(suggestion["block"])
+        line = min(max(comment["line"], first), last)
+        self.expect(language == language_of(first, line, last) and block and not rest, name, f"no block of this language: {language}")
+        lines = source.decode().splitlines(keepends=True)
+        self.expect("".join(lines[:first - 1] + block + lines[last:]).encode() in [fixed(source, fix) for fix in fixes], name, f"another fix of {comment['fingerprint']}")
+
     def check_html(self, text):
         tags = Tags()
         tags.feed(text)
         self.expect(not tags.open and not tags.faults, "html", f"{tags.open} {tags.faults[:3]}")
         self.mentions_all_findings("html", text)
+
+
+def fixed(source, fix):
+    """The bytes after a fix."""
+    text, at = b"", 0
+    for part in fix:
+        text += source[at:part["offset"]] + part["text"].encode()
+        at = part["offset"] + part["length"]
+    return text + source[at:]
+
+
+def lines_of_block(block):
+    """The language of a fenced block of code, and the lines in it with their ends, as CommonMark defines them."""
+    begin, *lines = block.splitlines(keepends=True)
+    fence = re.match("`+", begin)[0]
+    end = next(i for i, line in enumerate(lines) if re.fullmatch("`{%d,}\\s*" % len(fence), line))
+    return begin[len(fence):].strip(), lines[:end], lines[end + 1:]
 
 
 def main():
@@ -234,6 +292,8 @@ def main():
         "json": validator_of(top / "docs/report.schema.json"),
         "sarif": validator_of(schemas / "sarif-2.1.0.json"),
         "gitlab": validator_of(schemas / "gitlab-code-quality.json"),
+        "github-review": validator_of(top / "docs/review.schema.json"),
+        "gitlab-review": validator_of(top / "docs/review.schema.json"),
     }
     faults = []
     for path in sorted(directory.glob("*.json")):

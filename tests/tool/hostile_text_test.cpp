@@ -127,6 +127,22 @@ TEST_F(HostileTextTest, NoFormatOfAReportShowsIt) {
   }
 }
 
+TEST_F(HostileTextTest, ReviewsDoNotShowIt) {
+  for (const char* const format : {"github-review", "gitlab-review"}) {
+    const json review = json::parse(ExpectReport({"check", "--", old_, new_}, format).out, nullptr, false);
+    ASSERT_FALSE(review["comments"].empty());
+    for (const json& comment : review["comments"]) {
+      const std::string body = comment["body"];
+      EXPECT_EQ(Hidden(body), "");
+      EXPECT_EQ(body.find("\n/"), std::string::npos) << "a command to the service";
+      EXPECT_EQ(comment["suggestion"], nullptr) << "the service may change the names";
+    }
+    const std::string body = review["body"];
+    EXPECT_EQ(Hidden(body), "");
+    EXPECT_EQ(body.find("\n/"), std::string::npos);
+  }
+}
+
 // Regression: JSON had C1 controls and line separators as they are.
 TEST_F(HostileTextTest, JsonHasTheSameValues) {
   const json report = json::parse(ExpectReport({"check", "--", old_, new_}, "json").out, nullptr, false);

@@ -171,7 +171,8 @@ TEST_F(LargeInputTest, GivesTheSameReports) {
   Write("more.xml",
         Library(6, {Table({.fields = "<entry name=\"more\" type=\"int8\" version=\"6\"/>"}), Table({.name = "users"})}));
   for (const std::string new_file : {"same.xml", "wide.xml", "more.xml"}) {
-    for (const std::string format : {"text", "json", "sarif", "junit", "github", "gitlab", "markdown"}) {
+    for (const std::string format :
+         {"text", "json", "sarif", "junit", "github", "gitlab", "markdown", "github-review", "gitlab-review"}) {
       ExpectSameWhenLarge({"check", "old.xml", new_file}, format);
     }
     for (const std::string format : {"text", "json"}) {

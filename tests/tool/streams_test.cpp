@@ -11,10 +11,13 @@ struct ToolMessage {
   std::vector<std::string> formats = {"text"};
 };
 
+const std::vector<std::string> kReportFormats = {"text",   "json",     "sarif", "junit",         "github",
+                                                 "gitlab", "markdown", "html",  "github-review", "gitlab-review"};
+
 const ToolMessage kSaid[] = {
-    {{"check", "old.xml", "wide.xml"}, {"text", "json", "sarif", "junit", "github", "gitlab", "markdown", "html"}},
-    {{"lint", "old.xml"}, {"text", "json", "sarif", "junit", "github", "gitlab", "markdown", "html"}},
-    {{"compat", "old.xml", "wide.xml"}, {"text", "json", "sarif", "junit", "github", "gitlab", "markdown", "html"}},
+    {{"check", "old.xml", "wide.xml"}, kReportFormats},
+    {{"lint", "old.xml"}, kReportFormats},
+    {{"compat", "old.xml", "wide.xml"}, kReportFormats},
     {{"values", "old.xml", "wide.xml"}, {"text", "json"}},
     {{"same", "old.xml", "same.xml"}, {"text", "json"}},
     {{"sortlist", "old.xml", "same.xml"}, {"text", "json"}},

@@ -44,7 +44,8 @@ TEST_F(SurroundingsTest, AcceptsNamesThatAreNotUtf8) {
   const std::string odd = "o\xffld\xc3.xml";
   std::filesystem::copy_file(PathOf("wide.xml"), PathOf(odd));
   EXPECT_THAT(Korvelcheck({"check", "old.xml", odd}).out, HasSubstr("\no\\xffld\\xc3.xml:2:1: refused: table orders"));
-  for (const char* const format : {"text", "json", "sarif", "junit", "github", "gitlab", "markdown", "html"}) {
+  for (const char* const format :
+       {"text", "json", "sarif", "junit", "github", "gitlab", "markdown", "html", "github-review", "gitlab-review"}) {
     const Outcome outcome = Korvelcheck({"check", "old.xml", odd, "--format", format});
     EXPECT_EQ(outcome.exit_code, 1) << outcome.err;
     EXPECT_TRUE(IsUtf8(outcome.out)) << format;

@@ -103,7 +103,7 @@ TEST_F(UsageTest, WrongOptionsAreRefusedBeforeAnyFileIsRead) {
       {{"check", "a", "b", "--type", "heap"}, "--type: 'heap' is not allowed; allowed: generic|list"},
       {{"check", "a", "b", "--created-as", "QMX"}, "--created-as: 'QMX' is not allowed; allowed: qmx|tlv"},
       {{"check", "a", "b", "--format", "xml"},
-       "--format: 'xml' is not allowed; allowed: text|json|sarif|junit|github|gitlab|markdown|html"},
+       "--format: 'xml' is not allowed; allowed: text|json|sarif|junit|github|gitlab|markdown|html|github-review|gitlab-review"},
       {{"check", "a", "b", "--list-num", "-1"}, "--list-num: '-1' is not allowed; allowed: 0 to 2147483647"},
       {{"check", "a", "b", "--list-num", "2147483648"}, "--list-num: '2147483648' is not allowed; allowed: 0 to 2147483647"},
       {{"check", "a", "b", "--list-num", "7x"}, "--list-num: '7x' is not allowed; allowed: 0 to 2147483647"},

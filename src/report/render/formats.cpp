@@ -36,6 +36,8 @@ std::span<const Format> Formats() {
       {"gitlab", Pieces<WriteGitlab>},
       {"markdown", Whole<RenderMarkdown>},
       {.name = "html", .write = Whole<RenderHtml>, .shows_allowed_changes = true, .shows_sources = true},
+      {.name = "github-review", .write = Pieces<WriteGithubReview>, .shows_fixes = true},
+      {.name = "gitlab-review", .write = Pieces<WriteGitlabReview>, .shows_fixes = true},
   };
   return kFormats;
 }

@@ -45,6 +45,11 @@ void WriteGitlab(const Report& report, const TextSink& sink);  // a code quality
 std::string RenderGithub(const Report& report);                // workflow commands, one a line
 std::string RenderMarkdown(const Report& report);              // for the description of a merge request
 
+// The comments on a pull request or merge request: one on the whole, one on each line with a finding. Fixes are blocks of code
+// that the service can apply. One JSON object as described by docs/review.schema.json.
+void WriteGithubReview(const Report& report, const TextSink& sink);
+void WriteGitlabReview(const Report& report, const TextSink& sink);
+
 // For people with a browser: one page without references to other files.
 std::string RenderHtml(const Report& report);
 

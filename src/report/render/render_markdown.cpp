@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "report/render/markdown_items.h"
 #include "report/render/render.h"
 #include "report/result/issues.h"
 #include "report/result/notes.h"
@@ -14,24 +15,9 @@ namespace {
 constexpr std::size_t kMaxDetailed = 50;  // findings with details
 constexpr std::size_t kMaxListed = 500;   // findings in the table
 
-const char* StatusOf(const Issue& issue) {
-  if (issue.waived) return "waived";
-  const bool is_error_of_project = issue.table == nullptr && issue.level == Level::kRefused;
-  return is_error_of_project ? "error" : WordOf(issue.level);
-}
-
-// Empty for a fault of the whole call.
-std::string LocationCode(const Issue& issue, const ServicePaths& paths) {
-  return issue.location.file.empty() ? "" : MarkdownCode(ToText(issue.location, &paths));
-}
-
 std::string Row(const Issue& issue, const ServicePaths& paths) {
   return std::string("| ") + StatusOf(issue) + " | " + MarkdownCode(issue.rule) + " | " + LocationCode(issue, paths) + " | " +
          MarkdownText(issue.summary) + " |\n";
-}
-
-std::string More(std::size_t all, std::size_t shown, const char* what) {
-  return all <= shown ? "" : "\n" + std::to_string(all - shown) + " more " + what + ".\n";
 }
 
 std::string TableOf(const std::vector<Issue>& issues, const ServicePaths& paths) {
