@@ -9,6 +9,7 @@ import sys
 import unittest
 
 from repository import GROWN, NEW, OLD, PROJECT_FILE, REFUSAL, SOURCE, WIDE_KEY, Repository, load
+from stand_in import TOKEN, Github
 
 
 class Action(Repository):
@@ -17,21 +18,19 @@ class Action(Repository):
     def steps(self):
         return {step["name"]: step for step in load("action.yml")["runs"]["steps"]}
 
-    def step(self, directory=None, against="", base="", paths="schemas\n", project="", sarif=""):
+    def step(self, directory=None, against="", base="", paths="schemas\n", project="", sarif="", review=""):
         """Runs the step Check as the runner does: with these inputs, after an event with this base."""
         step = self.steps()["Check"]
         self.assertEqual(step["working-directory"], "${{ inputs.working-directory }}")
         self.assertEqual(step["shell"], "bash")
-        inputs = {"AGAINST": against, "BASE": base, "SCHEMA_PATHS": paths, "PROJECT": project, "SARIF": sarif}
+        inputs = {"AGAINST": against, "BASE": base, "SCHEMA_PATHS": paths, "PROJECT": project, "SARIF": sarif, "REVIEW": review}
         self.assertEqual(set(step["env"]), set(inputs), "the variables of the step")
         script = self.path("step")
         with open(script, "w", encoding="utf-8") as file:
             file.write(step["run"])
         command = ["bash", "--noprofile", "--norc", "-eo", "pipefail", script]
-        summary = self.path("GITHUB_STEP_SUMMARY")
-        return self.run_in(
-            directory or self.repository, command, GITHUB_ACTION_PATH=SOURCE, GITHUB_STEP_SUMMARY=summary, **inputs
-        )
+        files = {name: self.path(name) for name in ("GITHUB_STEP_SUMMARY", "GITHUB_OUTPUT")}
+        return self.run_in(directory or self.repository, command, GITHUB_ACTION_PATH=SOURCE, **files, **inputs)
 
     def check(self, text, paths="schemas\n", sarif=""):
         base = self.git("rev-parse", "HEAD")
@@ -162,6 +161,82 @@ class ActionReports(Action):
         self.assert_status(self.step(base=base, paths="--output=x.xml"), 0)
         self.assertIn("--output=x.xml", self.read("GITHUB_STEP_SUMMARY"))
         self.assertFalse(os.path.exists(os.path.join(self.repository, "x.xml")))
+
+
+class ActionReview(Action):
+    """The review of a pull request."""
+
+    def setUp(self):
+        super().setUp()
+        self.server = Github(self.repository, self.git("rev-parse", "HEAD"), "")
+        self.addCleanup(self.server.close)
+
+    def post(self, token=TOKEN):
+        """Runs the step as the runner does, also after a failed step."""
+        step = self.steps()["Post the review"]
+        self.assertTrue(step["if"].startswith("${{ always() && "), "a comment of an earlier commit would stay after a failure")
+        output = self.path("GITHUB_OUTPUT")
+        outputs = dict(line.split("=", 1) for line in self.read("GITHUB_OUTPUT").splitlines()) if os.path.exists(output) else {}
+        inputs = {
+            "HEAD_SHA": self.server.head, "PULL_REQUEST": "7", "REVIEW": self.path("review"), "REVIEW_NAME": "w/j/.",
+            "REVIEW_STATUS": outputs.get("status", ""), "REVIEW_TOKEN": token,
+        }  # fmt: skip
+        self.assertEqual(set(step["env"]), set(inputs), "the variables of the step")
+        command = ["bash", "--noprofile", "--norc", "-eo", "pipefail", "-c", step["run"]]
+        done = self.run_in(
+            self.repository, command, GITHUB_ACTION_PATH=SOURCE, GITHUB_API_URL=self.server.url,
+            GITHUB_GRAPHQL_URL=self.server.url + "/graphql", GITHUB_REPOSITORY="korvel/shop", **inputs
+        )  # fmt: skip
+        self.assertNotIn(TOKEN, done.stdout + done.stderr)
+        return done
+
+    def check_and_post(self, text, status, **options):
+        base = self.git("rev-parse", "HEAD")
+        self.server.head = self.commit(text)
+        self.assert_status(self.step(base=base, review=self.path("review"), **options), status)
+        done = self.post()
+        self.assertEqual(self.server.violations, [])
+        return done
+
+    def test_refused_change(self):
+        done = self.check_and_post(WIDE_KEY, 1)
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+        self.assertIn("### korvelcheck: refused", self.server.bodies()[0])
+        self.assertIn("```suggestion\n", self.server.line_bodies()[0])
+
+    def test_failed_check(self):
+        done = self.check_and_post(GROWN, 2, paths="scheams")
+        self.assertEqual((done.returncode, done.stdout), (0, ""), done.stderr)
+        self.assertIn("### korvelcheck: incomplete (the check failed)", self.server.bodies()[0])
+
+    def test_baselines_that_cannot_be_fetched(self):
+        """The check exits with 2, although its report knows nothing of this."""
+        self.release_and_force()
+        clone = self.clone("--depth=1", "--branch=feature")
+        self.git("tag", "v3", cwd=clone)
+        self.git("remote", "set-url", "origin", "file:///nowhere", cwd=clone)
+        self.server.head = self.git("rev-parse", "HEAD")
+        self.assert_status(self.step(clone, against="git-tag:v*", paths="", review=self.path("review")), 2)
+        self.assertIn("::warning::korvelcheck: the review is not complete", self.post().stdout)
+        self.assertIn("### korvelcheck: the check failed", self.server.bodies()[0])
+
+    def test_step_that_was_never_reached(self):
+        """The build failed: the comment of an earlier commit said 'allowed'."""
+        self.check_and_post(GROWN, 0)
+        self.assertIn("### korvelcheck: allowed", self.server.bodies()[0])
+        os.remove(self.path("GITHUB_OUTPUT"))
+        done = self.post()
+        self.assertEqual(done.returncode, 0)
+        self.assertIn("::warning::korvelcheck: the review is not complete", done.stdout)
+        self.assertEqual(len(self.server.bodies()), 1)
+        self.assertIn("### korvelcheck: the check failed", self.server.bodies()[0])
+
+    def test_review_that_cannot_be_posted_changes_no_result(self):
+        self.check_and_post(GROWN, 0)
+        for token in ("wrong", ""):
+            done = self.post(token)
+            self.assertEqual(done.returncode, 0)
+            self.assertIn("::warning::korvelcheck: the review is not complete, or could not be posted", done.stdout)
 
 
 class ActionBaselines(Action):

@@ -6,11 +6,14 @@ import os
 import sys
 import unittest
 
-from repository import GROWN, NEW, OLD, PROJECT_FILE, REFUSAL, WIDE_KEY, Repository, load
+from repository import GROWN, NEW, OLD, PROJECT_FILE, REFUSAL, SOURCE, WIDE_KEY, Repository, load
+from stand_in import TOKEN, Gitlab
 
 
 class Template(Repository):
     """packaging/gitlab/korvelcheck.yml"""
+
+    job_id = "41"
 
     def job(self):
         return load("packaging/gitlab/korvelcheck.yml")["korvelcheck"]
@@ -19,13 +22,14 @@ class Template(Repository):
         lines = self.job()["before_script"] + self.job()["script"]
         script = "set -e\n" + "\n".join(lines)
         variables |= {"KORVELCHECK_AGAINST": against, "KORVELCHECK_PATHS": paths, "CI_MERGE_REQUEST_DIFF_BASE_SHA": base}
+        variables |= {"CI_JOB_ID": self.job_id}
         return self.run_in(directory or self.repository, [shell, "-c", script], **variables)
 
     def report(self):
         return json.loads(self.read("repository/" + self.job()["artifacts"]["reports"]["codequality"]))
 
     def test_variables_are_used(self):
-        script = "\n".join(self.job()["before_script"] + self.job()["script"])
+        script = "\n".join(self.job()["before_script"] + self.job()["script"] + self.job()["after_script"])
         for name in self.job()["variables"]:
             self.assertIn(f"${name}", script)
 
@@ -141,6 +145,48 @@ class Template(Repository):
         self.assertEqual(self.run_job(gone, directory=self.clone()).returncode, 2)
         with open(self.path("clone/gl-code-quality.json"), encoding="utf-8") as file:
             self.assertEqual([finding["check_name"] for finding in json.load(file)], ["check.failed"])
+
+    def post(self, server, token=TOKEN):
+        """Runs what the job runs after its script, in a shell of its own."""
+        done = self.run_in(
+            self.repository, ["dash", "-c", "\n".join(self.job()["after_script"])], CI_JOB_ID=self.job_id, CI_JOB_NAME="korvelcheck",
+            KORVELCHECK_POST_REVIEW=os.path.join(SOURCE, "packaging/review/post-review"), KORVELCHECK_REVIEW_TOKEN=token,
+            CI_API_V4_URL=server.url, CI_MERGE_REQUEST_PROJECT_ID="9", CI_MERGE_REQUEST_IID="7", CI_COMMIT_SHA=server.head,
+        )  # fmt: skip
+        self.assertNotIn(TOKEN, done.stdout + done.stderr)
+        return done
+
+    def test_review(self):
+        base = self.git("rev-parse", "HEAD")
+        server = Gitlab(self.repository, base, self.commit(WIDE_KEY))
+        self.addCleanup(server.close)
+        self.assertEqual(self.run_job(base, KORVELCHECK_REVIEW_TOKEN=TOKEN).returncode, 1)
+        done = self.post(server)
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+        self.assertIn("### korvelcheck: refused", server.bodies()[0])
+        self.assertIn("```suggestion:-", server.line_bodies()[0])
+        self.assertEqual(server.violations, [])
+
+    def test_job_that_ends_early_has_a_review(self):
+        """The comment of an earlier commit said 'allowed'."""
+        base = self.git("rev-parse", "HEAD")
+        server = Gitlab(self.repository, base, self.commit(GROWN))
+        self.addCleanup(server.close)
+        self.assertEqual(self.run_job(base, KORVELCHECK_REVIEW_TOKEN=TOKEN).returncode, 0)
+        self.post(server)
+        self.assertIn("### korvelcheck: allowed", server.bodies()[0])
+        self.job_id = "42"
+        self.assertEqual(self.post(server).returncode, 1)
+        self.assertEqual(len(server.bodies()), 1)
+        self.assertIn("### korvelcheck: the check failed", server.bodies()[0])
+
+    def test_no_review_without_a_token(self):
+        base = self.git("rev-parse", "HEAD")
+        server = Gitlab(self.repository, base, base)
+        self.addCleanup(server.close)
+        self.assertEqual(self.run_job(base).returncode, 0)
+        self.assertEqual(self.post(server, "").returncode, 0)
+        self.assertEqual((server.requests, os.path.exists(self.path("repository/.git/korvelcheck-41.json"))), ([], False))
 
     def test_runs_in_a_shell_without_arrays(self):
         """An image may have no bash."""
