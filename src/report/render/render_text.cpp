@@ -46,7 +46,7 @@ class TextReport {
     for (const ProjectFinding& finding : report_.project) {
       if (!IsQuiet() || Fails(report_, finding)) text_ += ProjectFindingText(finding, color_);
     }
-    return IsQuiet() ? std::move(text_) : text_ + ToDetailedText(summary) + "\n" + ExplainHint();
+    return IsQuiet() ? std::move(text_) : text_ + ToDetailedText(summary) + "\n" + ExplainHint() + FixHint();
   }
 
   std::string Tables(SeenFindings* seen, std::size_t step) {
@@ -233,6 +233,17 @@ class TextReport {
     if (rules.size() == 1)
       return "Run " + command + (FindRule(first) == nullptr ? " for the result code.\n" : " for the rule.\n");
     return "Run 'korvelcheck explain ID' for a rule, for example " + command + ".\n";
+  }
+
+  // Names the command that fixes the refused changes of `check` against one state. It cannot fix what is refused without them.
+  std::string FixHint() const {
+    const auto is_fixable = [](const FoldedFinding& one) {
+      const bool has_change = !one.finding->edits.empty() || one.table->removed;
+      return has_change && !IsAdvice(*one.finding) && !one.finding->waiver;
+    };
+    if (report_.command != "check" || report_.baselines.size() > 1) return "";
+    if (std::ranges::none_of(folded_.findings(), is_fixable)) return "";
+    return "Run 'korvelcheck suggest --write' with the same files and settings to fix what is refused.\n";
   }
 
   const Report& report_;
