@@ -6,6 +6,7 @@ JOBS ?= $(shell nproc)
 PREFIX ?= /usr/local
 SEED ?= 1
 PAIRS ?= 5000000
+EXECUTED_PAGES := docs/mistakes.md docs/schema-from-types.md docs/tutorial.md
 
 .DEFAULT_GOAL := help
 .PHONY: help example test model bench clang sanitize thread memcheck fuzz fuzz-tool mutants coverage case goldens docs lint format install
@@ -73,13 +74,15 @@ coverage: ## measure coverage: a test must take every line and branch of src/com
 case: ## create the directory of a case with template schemas: make case NAME=FAMILY/CASE
 	@scripts/new-case '$(NAME)'
 
-goldens: ## regenerate the golden files (tests/cases, tests/report, tests/tool); review the diff before you commit it
+goldens: ## regenerate golden files and the output of commands in documents; review the diff before you commit it
 	$(INSTALL_DEPS) test
 	cmake --preset test
 	cmake --build --preset test -j $(JOBS) --target cases_test --target report_test --target tool_test
 	KORVEL_UPDATE_GOLDENS=1 build/test/tests/cases/cases_test
 	KORVEL_UPDATE_GOLDENS=1 build/test/tests/report/report_test
-	KORVEL_UPDATE_GOLDENS=1 build/test/tests/tool/tool_test --gtest_filter='Hostile*'
+	KORVEL_UPDATE_GOLDENS=1 build/test/tests/tool/tool_test --gtest_filter='Hostile*:DocumentTest.*'
+	examples/check.sh build/test/src/tool/korvelcheck --update
+	for page in $(EXECUTED_PAGES); do tests/documents/run_document.py $$page build/test/src/tool/korvelcheck --update; done
 
 docs: ## write the index of docs/rules, and the summary of each page from the catalog
 	$(INSTALL_DEPS) example
