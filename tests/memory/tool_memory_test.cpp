@@ -1,7 +1,7 @@
 // The program when memory runs out: every command ends with its result or with exit code 3 and one line, never with a signal, and
 // its output file is complete or absent.
 //
-// To save time, only each KORVEL_STEP-th allocation fails. KORVEL_STEP=1 takes minutes.
+// To save time, only each KORVEL_STEP-th allocation fails. KORVEL_STEP=1 takes half an hour or more.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/mman.h>
