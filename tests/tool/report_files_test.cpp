@@ -84,7 +84,7 @@ TEST_F(ReportFilesTest, AnyNumberOfFiles) {
 }
 
 TEST_F(ReportFilesTest, WrongValuesAreRefused) {
-  const std::string allowed = "FORMAT=FILE with text|json|sarif|junit|github|gitlab|markdown|html";
+  const std::string allowed = "FORMAT=FILE with text|json|sarif|junit|github|gitlab|markdown|html|github-review|gitlab-review";
   const std::pair<const char*, std::string> kCases[] = {
       {"sraif=x", allowed + " (did you mean 'sarif'?)"},
       {"xml=x", allowed},

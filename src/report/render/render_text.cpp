@@ -28,13 +28,13 @@ bool AllowsOnlyLibraryVersion(const Changes& changes) {
 
 class TextReport {
  public:
-  TextReport(const Report& report, Detail detail, bool color)
+  TextReport(const Report& report, Detail detail, bool color, Dumps dumps)
       : report_(report),
         detail_(detail),
         color_(color),
         folded_(report),
         edits_(FoldEdits(folded_)),
-        ranges_(LocationsOf(folded_)) {}
+        ranges_(LocationsOf(folded_), dumps) {}
 
   std::string Text() {
     const Summary summary = Summarize(folded_);
@@ -259,9 +259,11 @@ class TextReport {
 }  // namespace
 
 std::string RenderTablesText(const Report& report, Detail detail, bool color, SeenFindings* seen, std::size_t step) {
-  return TextReport(report, detail, color).Tables(seen, step);
+  return TextReport(report, detail, color, Dumps::kShown).Tables(seen, step);
 }
 
-std::string RenderText(const Report& report, bool color) { return TextReport(report, report.detail, color).Text(); }
+std::string RenderText(const Report& report, bool color) {
+  return TextReport(report, report.detail, color, Dumps::kHidden).Text();
+}
 
 }  // namespace korvel
