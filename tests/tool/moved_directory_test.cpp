@@ -8,9 +8,7 @@
 namespace tool_test {
 namespace {
 
-using testing::AllOf;
 using testing::HasSubstr;
-using testing::Not;
 
 class MovedDirectoryTest : public ProjectTest {
  protected:

@@ -2,9 +2,9 @@
 #pragma once
 
 #include <algorithm>
-#include <compare>
 #include <cstddef>
 #include <optional>
+#include <tuple>
 #include <vector>
 
 namespace korvel {
@@ -28,7 +28,6 @@ std::vector<NearbyPair> PairNearby(std::size_t old_count, std::size_t new_count,
     std::size_t shift;
     std::size_t new_place;
     std::size_t old_place;
-    auto operator<=>(const Candidate&) const = default;
   };
   std::vector<Candidate> candidates;
   const auto compare_around = [&](std::size_t new_place, std::size_t around) {
@@ -42,7 +41,8 @@ std::vector<NearbyPair> PairNearby(std::size_t old_count, std::size_t new_count,
     compare_around(place, place);
     if (old_count != new_count && place + old_count >= new_count) compare_around(place, place + old_count - new_count);
   }
-  std::sort(candidates.begin(), candidates.end());
+  std::ranges::sort(candidates, {},
+                    [](const Candidate& one) { return std::tuple(one.difference, one.shift, one.new_place, one.old_place); });
   std::vector<NearbyPair> pairs;
   std::vector<bool> old_taken(old_count);
   std::vector<bool> new_taken(new_count);
