@@ -81,8 +81,9 @@ void AddChanges(const TableCheck& check, SharedSearches* shared, TableResult& re
     result.changes = FindChanges(context, difference, result.verdict, check.max_findings, shared);
   }
   if (result.status == Status::kAllowed) {
-    result.is_unchanged = result.changes ? CountOwnEdits(result.changes->edits) == 0
-                                         : IsUnchanged(context.old_source, context.new_source, context.table);
+    result.is_unchanged = result.changes
+                              ? CountOwnEdits(result.changes->edits) == 0
+                              : check.is_unchanged || IsUnchanged(context.old_source, context.new_source, context.table);
   }
   const AdviceSubject subject = check.is_alone ? AdviceSubject::kTable : AdviceSubject::kChange;
   result.advice = FindWarnings(context, result.changes ? &*result.changes : nullptr, subject);

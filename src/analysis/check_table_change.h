@@ -56,6 +56,7 @@ struct TableCheck {
   std::string table;
   PartialSettings given;                    // absent settings are found in the old source (ResolveSettings)
   bool is_alone = false;                    // checked against itself only to see whether it may stay as it is
+  bool is_unchanged = false;                // known from AreAllUnchanged
   std::size_t max_findings = kMaxFindings;  // at least 1
   bool wants_allowed_changes = false;       // the changes of an allowed table; the verdict alone is much cheaper
   bool wants_suggestions = true;            // a suggestion for each finding

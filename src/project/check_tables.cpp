@@ -8,6 +8,7 @@
 #include <span>
 #include <thread>
 
+#include "analysis/diff/same_table.h"
 #include "analysis/findings/shared_searches.h"
 #include "base/parallel.h"
 #include "report/result/fold.h"
@@ -19,15 +20,22 @@ bool IsWanted(const CheckOptions& options, std::string_view table) {
   return options.tables.empty() || std::ranges::find(options.tables, table) != options.tables.end();
 }
 
-TableCheck CheckFor(const Pair& pair, const std::string& table, const CheckOptions& options) {
-  return {.sources = pair,
-          .table = table,
-          .given = GivenFor(options.given, options.project, table),
-          .is_alone = options.is_alone,
-          .max_findings = options.max_findings,
-          .wants_allowed_changes = options.wants_allowed_changes,
-          .wants_suggestions = false,
-          .log = options.log};
+std::vector<TableCheck> ChecksFor(const Pair& pair, const std::vector<std::string>& tables, const CheckOptions& options) {
+  const bool is_unchanged = AreAllUnchanged(pair.first, pair.second);
+  std::vector<TableCheck> checks;
+  checks.reserve(tables.size());
+  for (const std::string& table : tables) {
+    checks.push_back({.sources = pair,
+                      .table = table,
+                      .given = GivenFor(options.given, options.project, table),
+                      .is_alone = options.is_alone,
+                      .is_unchanged = is_unchanged,
+                      .max_findings = options.max_findings,
+                      .wants_allowed_changes = options.wants_allowed_changes,
+                      .wants_suggestions = false,
+                      .log = options.log});
+  }
+  return checks;
 }
 
 bool IsRefused(const TableResult& result) { return result.status == Status::kRefused; }
@@ -70,10 +78,11 @@ std::size_t ThreadsFor(std::size_t bytes) { return bytes >= kWorthAThread ? std:
 }  // namespace
 
 std::vector<TableResult> CheckTables(const Pair& pair, const CheckOptions& options) {
-  std::vector<TableCheck> checks;
+  std::vector<std::string> tables;
   for (const std::string_view table : pair.first.tables) {
-    if (IsWanted(options, table)) checks.push_back(CheckFor(pair, std::string(table), options));
+    if (IsWanted(options, table)) tables.emplace_back(table);
   }
+  const std::vector<TableCheck> checks = ChecksFor(pair, tables, options);
   std::vector<TableResult> results(checks.size());
   CheckAll(checks, results, options.in_order, 1);
   std::ranges::move(NewTables(pair.second, pair.first.tables, options), std::back_inserter(results));
@@ -107,9 +116,7 @@ void CheckEachTable(Report& report, const std::vector<std::string>& tables, bool
 void CheckEachTable(Report& report, const Pair& pair, const std::vector<std::string>& tables, const CheckOptions& options) {
   const std::size_t first = report.tables.size();
   report.tables.resize(first + tables.size());
-  std::vector<TableCheck> checks;
-  checks.reserve(tables.size());
-  for (const std::string& table : tables) checks.push_back(CheckFor(pair, table, options));
+  const std::vector<TableCheck> checks = ChecksFor(pair, tables, options);
   CheckAll(checks, std::span(report.tables).subspan(first), options.in_order, ThreadsFor(pair.first.metalib.size()));
 }
 

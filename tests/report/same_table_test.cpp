@@ -9,6 +9,7 @@
 namespace report_test {
 namespace {
 
+using korvel::AreAllUnchanged;
 using korvel::CountOwnEdits;
 using korvel::Difference;
 using korvel::IsUnchanged;
@@ -22,6 +23,8 @@ TEST(SameTable, AgreesWithTheDifferenceOfRandomPairs) {
     const Difference difference(old_source, new_source, "t");
     EXPECT_EQ(IsUnchanged(old_source, new_source, "t"), CountOwnEdits(difference.edits()) == 0) << Lines(difference).size();
     EXPECT_TRUE(IsUnchanged(old_source, SourceOf("copy", models.old_model), "t"));
+    EXPECT_TRUE(AreAllUnchanged(old_source, SourceOf("copy", models.old_model)));
+    EXPECT_TRUE(!AreAllUnchanged(old_source, new_source) || IsUnchanged(old_source, new_source, "t"));
     changed += CountOwnEdits(difference.edits()) > 0 ? 1 : 0;
   });
   EXPECT_GT(changed, pairs / 4);
@@ -42,6 +45,7 @@ TEST(SameTable, SeesEveryKindOfEdit) {
     const Source new_source = ReadSource("new", changed);
     const bool is_same = IsUnchanged(old_source, new_source, "t");
     EXPECT_EQ(is_same, CountOwnEdits(Difference(old_source, new_source, "t").edits()) == 0) << to;
+    EXPECT_EQ(AreAllUnchanged(old_source, new_source), from == "version=\"5\"") << to;
     return is_same;
   };
   EXPECT_TRUE(is_unchanged("version=\"5\"", "version=\"6\""));

@@ -33,8 +33,10 @@ TEST(TableAttributes, SplitIntoPairsWithUniqueKeys) {
 
 TEST(TableAttributes, KnowTheirPlacesInTheText) {
   const Text text = "A=1; B = 2;C=";
+  const auto pairs = SplitAttributes(text);
+  ASSERT_TRUE(pairs);
   std::string parts;
-  for (const korvel::AttributePair& pair : *SplitAttributes(text)) {
+  for (const korvel::AttributePair& pair : *pairs) {
     parts += "[" + text->substr(pair.span.begin, pair.span.end - pair.span.begin) + "]";
   }
   EXPECT_EQ(parts, "[A=1][ B = 2][C=]");

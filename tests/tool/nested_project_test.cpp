@@ -14,7 +14,6 @@ namespace {
 using nlohmann::json;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::Not;
 
 // With the setting, the server limits the length of a field.
 constexpr char kLimited[] = "[defaults]\nserver-version = \"3.39.0\"\n";

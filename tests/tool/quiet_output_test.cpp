@@ -10,7 +10,6 @@ namespace tool_test {
 namespace {
 
 using testing::AllOf;
-using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 

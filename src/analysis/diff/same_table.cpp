@@ -133,6 +133,14 @@ bool IsUnchanged(const Source& old_source, const Source& new_source, const std::
          Comparison(old_source.Library(), new_source.Library()).IsSame(table.c_str());
 }
 
+bool AreAllUnchanged(const Source& old_source, const Source& new_source) {
+  const tagQMXMetaLib& a = *old_source.Library();
+  const tagQMXMetaLib& b = *new_source.Library();
+  return a.iFlag == b.iFlag && a.iDataSize == b.iDataSize && a.ptrName == b.ptrName && a.ptrMetas == b.ptrMetas &&
+         a.ptrMetaSlots == b.ptrMetaSlots && a.iMetaNum == b.iMetaNum && a.iMetaSlotNum == b.iMetaSlotNum &&
+         a.iMetaSlotSeed == b.iMetaSlotSeed && std::memcmp(a.data, b.data, static_cast<std::size_t>(a.iDataSize)) == 0;
+}
+
 std::size_t CountOwnEdits(const std::vector<Edit>& edits) {
   return static_cast<std::size_t>(
       std::ranges::count_if(edits, [](const Edit& edit) { return edit.kind != EditKind::kLibraryVersion; }));

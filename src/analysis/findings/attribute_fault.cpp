@@ -112,6 +112,7 @@ std::vector<SortField> SortFieldsOf(const MetaModel& table) {
 std::vector<EntryModel> EntriesOf(std::vector<SortField> fields) {
   std::ranges::sort(fields, {}, &SortField::position);
   std::vector<EntryModel> entries;
+  entries.reserve(fields.size());
   for (SortField& field : fields) entries.push_back(std::move(field.entry));
   return entries;
 }

@@ -22,6 +22,7 @@ std::vector<std::string> BaselinesOf(const Report& report) {
 
 std::vector<std::string> ProjectsOf(const std::vector<ReportProject>& projects, const ServicePaths* paths) {
   std::vector<std::string> lines;
+  lines.reserve(projects.size());
   for (const auto& [file, files] : projects) {
     lines.push_back("project file: " + ShownName(file, paths) + " (" + Counted(files, "file") + ")");
   }
