@@ -40,8 +40,8 @@ std::vector<std::string> BaselinesOf(const Project& project);
 // if it is not known.
 bool IsCheckedOut(const Baseline& baseline);
 
-// Whether HEAD began at an earlier commit of the revision, so that it seems to undo what the revision has gained since. False for a
-// merge base, a tag that a pattern found, a tree and a directory, in a shallow clone, and if it is not known.
+// Whether HEAD began at an earlier commit of the revision, so that it seems to undo what the revision has gained since. False for
+// a merge base, a tag that a pattern found, a tree and a directory, in a shallow clone, and if it is not known.
 bool IsAheadOfHead(const Baseline& baseline);
 
 }  // namespace korvel

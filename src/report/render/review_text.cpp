@@ -16,7 +16,7 @@ constexpr std::size_t kMaxSummary = 50'000;  // bytes
 constexpr std::size_t kMaxDetails = 4'000;   // bytes of the details of one finding
 constexpr std::size_t kMaxHead = 4'000;      // bytes of its location and summary
 constexpr std::size_t kMaxCommand = 1'500;   // bytes of the command that waives it
-constexpr std::size_t kMaxDetailed = 20;       // findings with details
+constexpr std::size_t kMaxDetailed = 20;     // findings with details
 constexpr std::size_t kMaxRules = 20;        // rules with their number of findings
 constexpr std::size_t kMaxNotes = 10;        // files that were added, and others
 
