@@ -328,5 +328,21 @@ TEST_F(RenamedStructureTest, AllowedNamesStayAllowed) {
       << "only the field comes back";
 }
 
+// A new structure with the same content, in a new field, was taken for the structure of a removed field.
+TEST_F(RenamedTest, StructureOfANewFieldIsAnotherOne) {
+  const auto library = [](const std::string& version, const std::string& structure, const std::string& field) {
+    return "<metalib name=\"s\" version=\"" + version + "\" protocol=\"QMX\">\n<meta name=\"" + structure +
+           "\"><entry name=\"x\" type=\"int32\"/><entry name=\"y\" type=\"int32\"/></meta>\n<meta name=\"b\"><entry name=\"k\" "
+           "type=\"uint32\"/>" +
+           field + "<primarykey entries=\"k\"/></meta>\n</metalib>\n";
+  };
+  Write("before.xml", library("1", "pos", "<entry name=\"p\" type=\"pos\"/>"));
+  Write("after.xml", library("2", "velocity", "<entry name=\"v\" type=\"velocity\" version=\"2\"/>"));
+  EXPECT_THAT(Korvelcheck({"check", "before.xml", "after.xml"}).out, Not(HasSubstr("renamed to")));
+  EXPECT_THAT(Korvelcheck({"suggest", "before.xml", "after.xml", "--file"}).out, HasSubstr("type=\"velocity\""));
+  Write("after.xml", library("1", "velocity", "<entry name=\"p\" type=\"velocity\"/>"));
+  EXPECT_THAT(Korvelcheck({"check", "before.xml", "after.xml"}).out, HasSubstr("structure pos renamed to velocity"));
+}
+
 }  // namespace
 }  // namespace tool_test

@@ -2,8 +2,10 @@
 #include "analysis/diff/renamed_metas.h"
 
 #include <algorithm>
+#include <set>
 #include <span>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "analysis/diff/nearby_pairs.h"
@@ -51,6 +53,42 @@ std::size_t CommonEntries(const MetaModel& a, const MetaModel& b) {
   }));
 }
 
+// Whether an entry of one meta is that of another: it has the same name, or a misspelled one at the same place.
+bool IsSameEntry(const EntryModel& a, const EntryModel& b, bool is_same_place) {
+  return a.name == b.name || (is_same_place && SpellingDistance(a.name, b.name));
+}
+
+using TypeChanges = std::set<std::pair<std::string_view, std::string_view>>;
+
+// Adds the structures that an entry of both metas has: the old one and the new one.
+void AddTypeChanges(const MetaModel& old_meta, const MetaModel& new_meta, TypeChanges& changes) {
+  std::map<std::string_view, const EntryModel*> by_name;
+  for (const EntryModel& entry : old_meta.entries) by_name.emplace(entry.name, &entry);
+  for (std::size_t i = 0; i < new_meta.entries.size(); ++i) {
+    const EntryModel& entry = new_meta.entries[i];
+    const auto found = by_name.find(entry.name);
+    if (found != by_name.end()) changes.emplace(found->second->type, entry.type);
+    const bool has_place = i < old_meta.entries.size() && IsSameEntry(old_meta.entries[i], entry, true);
+    if (has_place) changes.emplace(old_meta.entries[i].type, entry.type);
+  }
+}
+
+// Those that an entry has under its old name in the old model and under its new name in the new one. Others are different
+// structures with the same content.
+RenamedMetas InSameEntries(const RenamedMetas& candidates, const Model& old_model, const Model& new_model) {
+  std::map<std::string_view, const MetaModel*> new_metas;
+  for (const MetaModel& meta : new_model.metas) new_metas.emplace(meta.name, &meta);
+  TypeChanges changes;
+  for (const MetaModel& meta : old_model.metas) {
+    const auto renamed = candidates.find(meta.name);
+    const auto found = new_metas.find(renamed == candidates.end() ? meta.name : renamed->second);
+    if (found != new_metas.end()) AddTypeChanges(meta, *found->second, changes);
+  }
+  RenamedMetas renamed = candidates;
+  std::erase_if(renamed, [&](const auto& one) { return !changes.contains({one.first, one.second}); });
+  return renamed;
+}
+
 RenamedMetas PairMetas(const std::vector<MetaModel>& old_metas, const std::vector<MetaModel>& new_metas) {
   const auto difference = [&](std::size_t i, std::size_t j) { return RenameDifference(old_metas[i], new_metas[j]); };
   RenamedMetas renamed;
@@ -82,7 +120,8 @@ RenamedMetas FindRenamedTables(const Source& old_source, const Source& new_sourc
 
 RenamedMetas FindRenamedStructures(const Source& old_source, const Model& old_model, const Source& new_source,
                                    const Model& new_model) {
-  return PairMetas(ReachedOnlyIn(old_model, new_source), ReachedOnlyIn(new_model, old_source));
+  return InSameEntries(PairMetas(ReachedOnlyIn(old_model, new_source), ReachedOnlyIn(new_model, old_source)), old_model,
+                       new_model);
 }
 
 void UseOldNames(const RenamedMetas& renamed, Model& model) {

@@ -18,7 +18,8 @@ using RenamedMetas = std::map<std::string, std::string>;
 // source has.
 RenamedMetas FindRenamedTables(const Source& old_source, const Source& new_source);
 
-// The same for the structures that a table reaches in both sources. REQUIRES: the models are those of the table.
+// The same for the structures that a table reaches in both sources, if an entry has the old one and then the new one. REQUIRES:
+// the models are those of the table.
 RenamedMetas FindRenamedStructures(const Source& old_source, const Model& old_model, const Source& new_source,
                                    const Model& new_model);
 

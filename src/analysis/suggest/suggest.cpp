@@ -214,6 +214,7 @@ RenamedMetas RenamedTables(const Source& old_source, const Source& new_source, c
 RenamedMetas RenamedStructures(const Source& old_source, const Source& new_source, const std::vector<TableQuestion>& questions) {
   RenamedMetas renamed;
   std::set<std::string> new_names;
+  std::set<std::string> ambiguous;
   const auto is_tlv = [](const Source& source) { return HeadOf(source.Library()).protocol == qmx::Protocol::kTlv; };
   if (is_tlv(old_source) && is_tlv(new_source)) return renamed;
   for (const OpenTable& open : RefusedTables(old_source, new_source, questions)) {
@@ -221,9 +222,13 @@ RenamedMetas RenamedStructures(const Source& old_source, const Source& new_sourc
     if (!new_source.HasMeta(table)) continue;
     for (const auto& [old_name, new_name] :
          FindRenamedStructures(old_source, ModelOf(old_source, table), new_source, ModelOf(new_source, table))) {
-      if (!renamed.contains(old_name) && new_names.insert(new_name).second) renamed.emplace(old_name, new_name);
+      const auto [found, is_new] = renamed.try_emplace(old_name, new_name);
+      const bool is_taken = is_new ? !new_names.insert(new_name).second : found->second != new_name;
+      if (is_taken) ambiguous.insert(old_name);
     }
   }
+  // Of two new names, neither is the one that replaced the old one.
+  std::erase_if(renamed, [&](const auto& one) { return ambiguous.contains(one.first); });
   return renamed;
 }
 
