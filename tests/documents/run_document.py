@@ -5,7 +5,7 @@
 
 A block ```console has commands ("$ ..." with lines "> ..." that continue them), each followed by its output. The commands run one after
 the other in one empty directory, on a terminal. Any other block below a line such as "Save this as `schemas/shop.xml`:" is written to
-this file before the next command; below a line that ends with "(not run)", a block ```console is not run. --update replaces the output in the
+this file before the next command; below a line with "(not run)", a block ```console is not run. --update replaces the output in the
 page.
 """
 
@@ -43,7 +43,6 @@ class Terminal:
             "GIT_AUTHOR_NAME": "A", "GIT_AUTHOR_EMAIL": "a@example.org", "GIT_AUTHOR_DATE": "2026-06-01T12:00:00Z",
             "GIT_COMMITTER_NAME": "A", "GIT_COMMITTER_EMAIL": "a@example.org", "GIT_COMMITTER_DATE": "2026-06-01T12:00:00Z",
         }  # fmt: skip
-        subprocess.run(["git", "config", "--global", "init.defaultBranch", "main"], env=self.environment, check=True)
 
     def write(self, name, lines):
         path = self.directory / name
@@ -103,7 +102,7 @@ def run(page, terminal):
         elif line != "```":
             block.append(line)
         else:
-            if language == "console" and not title.endswith("(not run)"):
+            if language == "console" and "(not run)" not in title:
                 blocks += 1
                 block = typed(block, terminal)
             elif named := NAMED_FILE.search(title):
