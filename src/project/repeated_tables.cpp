@@ -19,7 +19,7 @@ std::string PlaceText(const TextRange& range) {
 
 }  // namespace
 
-std::vector<ProjectFinding> FindRepeatedTables(const std::vector<TableResult>& tables) {
+std::vector<ProjectFinding> FindRepeatedTables(const std::vector<TableResult>& tables, bool fails_on_warnings) {
   std::map<std::pair<std::uint32_t, std::string>, const TableResult*> first_ones;
   std::vector<ProjectFinding> findings;
   for (const TableResult& table : tables) {
@@ -32,7 +32,7 @@ std::vector<ProjectFinding> FindRepeatedTables(const std::vector<TableResult>& t
                         .position = ranges[1]->begin.value_or(qmx::LineColumn{}),
                         .text = "table " + Quote(table.table) + " is also declared at " + PlaceText(*ranges[0]),
                         .suggestion = "remove one of the two, or leave out its file with 'exclude' in the project file",
-                        .level = ProjectFinding::Level::kWarning});
+                        .level = fails_on_warnings ? ProjectFinding::Level::kError : ProjectFinding::Level::kWarning});
   }
   return findings;
 }

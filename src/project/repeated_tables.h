@@ -8,7 +8,7 @@
 namespace korvel {
 
 // A warning for each table that a second file of the same project file declares, at its declaration there, in the order of the
-// tables.
-std::vector<ProjectFinding> FindRepeatedTables(const std::vector<TableResult>& tables);
+// tables. An error if warnings fail the call.
+std::vector<ProjectFinding> FindRepeatedTables(const std::vector<TableResult>& tables, bool fails_on_warnings);
 
 }  // namespace korvel

@@ -82,6 +82,8 @@ TEST_F(LintProjectTest, ReportsTablesThatTwoFilesDeclare) {
               HasSubstr("\nschemas/users.xml:2:1: warning [project.repeated-table] table 'users' is also declared at "
                         "schemas/copy.xml:2:1\n"));
   EXPECT_THAT(Run({"lint", "--format", "json"}).out, HasSubstr("\"rule\": \"project.repeated-table\""));
+  EXPECT_EQ(Run({"lint"}).exit_code, 0);
+  EXPECT_EQ(Run({"lint", "--fail-on", "warning"}).exit_code, 1);
   // Files that are named may be versions of each other.
   EXPECT_THAT(Run({"lint", "schemas"}).out, Not(HasSubstr("repeated-table")));
 }

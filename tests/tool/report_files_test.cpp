@@ -84,18 +84,21 @@ TEST_F(ReportFilesTest, AnyNumberOfFiles) {
 }
 
 TEST_F(ReportFilesTest, WrongValuesAreRefused) {
-  const std::string allowed = "FORMAT=FILE with text|json|sarif|junit|github|gitlab|markdown|html|github-review|gitlab-review";
-  const std::pair<const char*, std::string> kCases[] = {
-      {"sraif=x", allowed + " (did you mean 'sarif'?)"},
-      {"xml=x", allowed},
-      {"=x", allowed},
-      {"junit", allowed},
-      {"", allowed},
-      {"junit=", "a file behind '='; -o and --format are for standard output"},
-      {"junit=-", "a file behind '='; -o and --format are for standard output"},
-  };
-  for (const std::string command : {"check", "history"}) {
-    for (const auto& [value, text] : kCases) {
+  const std::string formats = "FORMAT=FILE with text|json|sarif|junit|github|gitlab|markdown|html";
+  const std::pair<const char*, std::string> kCommands[] = {{"check", formats + "|github-review|gitlab-review"},
+                                                           {"history", formats}};
+  for (const auto& [name, allowed] : kCommands) {
+    const std::string command = name;
+    const std::pair<const char*, std::string> cases[] = {
+        {"sraif=x", allowed + " (did you mean 'sarif'?)"},
+        {"xml=x", allowed},
+        {"=x", allowed},
+        {"junit", allowed},
+        {"", allowed},
+        {"junit=", "a file behind '='; -o and --format are for standard output"},
+        {"junit=-", "a file behind '='; -o and --format are for standard output"},
+    };
+    for (const auto& [value, text] : cases) {
       ExpectInputError(Korvelcheck({command, "old.xml", "same.xml", "--report", value}),
                        "korvelcheck: " + command + ": --report: '" + value + "' is not allowed; allowed: " + text +
                            "\nTry 'korvelcheck " + command + " --help'.\n");

@@ -178,5 +178,33 @@ TEST_F(SuggestProjectTest, CheckOfOneFileUsesTheBaselineOfTheProject) {
   ExpectRefused({"check", "schemas/users.xml", "--no-project"}, "korvelcheck: check: NEW is required, or --against\n" + usage);
 }
 
+// A refused table of an unchanged file read as allowed.
+TEST_F(SuggestProjectTest, RefusalOfAnUnchangedFileIsNamed) {
+  Write("schemas/broken.xml", Library(1, {Table({.name = "broken", .attributes = "TableType=LIST;ListNum=x"})}));
+  Commit("broken");
+  const Outcome outcome = Run({"suggest", "--against", "git:HEAD", "schemas/broken.xml"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_THAT(outcome.err,
+              StartsWith("schemas/broken.xml: error: no suggestion: table 'broken' stays refused [table.attributes] "));
+  EXPECT_THAT(outcome.err, Not(HasSubstr("nothing to fix")));
+}
+
+// An output replaced the project file, with its waivers.
+TEST_F(SuggestProjectTest, OutputDoesNotReplaceTheProjectFile) {
+  const std::string before = Read("korvelcheck.toml");
+  for (const std::vector<std::string>& call :
+       {std::vector<std::string>{"check", "--against", "git:HEAD", "-o", "korvelcheck.toml"},
+        {"check", "--against", "git:HEAD", "--report", "json=korvelcheck.toml"},
+        {"lint", "--report", "json=korvelcheck.toml"},
+        {"diff", "--against", "git:HEAD", "-o", "korvelcheck.toml"},
+        {"history", "--git", "--report", "json=korvelcheck.toml"},
+        {"suggest", "--against", "git:HEAD", "-o", "korvelcheck.toml"}}) {
+    const Outcome outcome = Run(call);
+    EXPECT_EQ(outcome.exit_code, 2) << call.front();
+    EXPECT_THAT(outcome.err, HasSubstr("korvelcheck.toml would replace an input"));
+  }
+  EXPECT_EQ(Read("korvelcheck.toml"), before);
+}
+
 }  // namespace
 }  // namespace tool_test

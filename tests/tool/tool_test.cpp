@@ -83,7 +83,8 @@ std::string Verdicts(const std::string& report) {
   std::istringstream lines(report);
   for (std::string line; std::getline(lines, line);) {
     const bool is_shown = line.starts_with("  table ") || line.starts_with("  checker: ") || !line.starts_with(" ");
-    if (is_shown && !line.starts_with("Run ")) verdicts += line + "\n";
+    const bool is_hint = line.starts_with("Run ") || line.starts_with("To fix ");
+    if (is_shown && !is_hint) verdicts += line + "\n";
   }
   return verdicts;
 }

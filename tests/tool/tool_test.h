@@ -66,7 +66,7 @@ inline constexpr char kWideFinding[] =
     "  checker: The size of primarykey can't be modified! entry:'uid' metaname:'orders'\n"
     "1 table refused, 1 allowed (0 changed, 1 unchanged); 2 compared, 0 new, 0 removed; 1 finding, 0 waived\n";
 
-// The lines of a text report with the verdicts and texts of the checker, without details and the hint at the end.
+// The lines of a text report with the verdicts and texts of the checker, without details and the hints at the end.
 std::string Verdicts(const std::string& report);
 
 // The whole outcome at once.

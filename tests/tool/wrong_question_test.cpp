@@ -191,11 +191,13 @@ TEST_F(ProjectTest, BranchIsBehind) {
   Commit("gained");
   Git({"checkout", "--quiet", "branch"});
   const std::string note =
-      "korvelcheck: note: git:main has commits that HEAD does not contain; to check only what HEAD has changed: --against "
-      "git:main...\n";
+      "korvelcheck: note: git:main has commits that are not in HEAD, and this branch seems to undo them; to compare with the "
+      "merge "
+      "base: korvelcheck check --against git:main...\n";
   const Outcome behind = Run({"check", "--against", "git:main", "schemas"});
   EXPECT_EQ(behind.exit_code, 1);
   EXPECT_EQ(behind.err, note);
+  EXPECT_THAT(behind.out, Not(HasSubstr("To fix")));
   EXPECT_EQ(Run({"check", "--against", "git:main...", "schemas"}).err, "");
   EXPECT_EQ(Run({"check", "--against", "git:main", "schemas", "--table", "orders"}).err, "");  // nothing is refused
   Write("schemas/orders.xml", Schema("orders", "uint32"));

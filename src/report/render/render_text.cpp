@@ -46,7 +46,7 @@ class TextReport {
     for (const ProjectFinding& finding : report_.project) {
       if (!IsQuiet() || Fails(report_, finding)) text_ += ProjectFindingText(finding, color_);
     }
-    return IsQuiet() ? std::move(text_) : text_ + ToDetailedText(summary) + "\n" + ExplainHint() + FixHint();
+    return IsQuiet() ? std::move(text_) : text_ + ToDetailedText(summary) + "\n" + ExplainHint() + FixHint(verdict);
   }
 
   std::string Tables(SeenFindings* seen, std::size_t step) {
@@ -109,7 +109,7 @@ class TextReport {
         AddTable(table, edits_[i]);
       }
     }
-    if (!repeated.empty() && !IsQuiet()) AddRepeated(repeated);
+    if (!repeated.empty()) AddRepeated(repeated);
   }
 
   void AddRepeated(std::vector<std::string>& tables) {
@@ -235,15 +235,18 @@ class TextReport {
     return "Run 'korvelcheck explain ID' for a rule, for example " + command + ".\n";
   }
 
-  // Names the command that fixes the refused changes of `check` against one state. It cannot fix what is refused without them.
-  std::string FixHint() const {
-    const auto is_fixable = [](const FoldedFinding& one) {
-      const bool has_change = !one.finding->edits.empty() || one.table->removed;
-      return has_change && !IsAdvice(*one.finding) && !one.finding->waiver;
+  // Names the command that fixes the refused changes. It cannot fix what is refused without them, nor restore a deleted file.
+  std::string FixHint(OverallVerdict verdict) const {
+    const auto is_fixable = [&](const FoldedFinding& one) {
+      const bool is_restored = one.table->removed && (report_.baselines.empty() || !one.table->renamed_to.empty());
+      return (!one.finding->edits.empty() || is_restored) && !IsAdvice(*one.finding) && !one.finding->waiver;
     };
-    if (report_.command != "check" || report_.baselines.size() > 1) return "";
+    // The call for two files knows no waivers, and would undo what they accept.
+    const auto is_waived = [](const FoldedFinding& one) { return one.finding->waiver.has_value(); };
+    const bool undoes_waived = report_.baselines.empty() && std::ranges::any_of(folded_.findings(), is_waived);
+    if (report_.fix_command.empty() || verdict != OverallVerdict::kRefused || undoes_waived) return "";
     if (std::ranges::none_of(folded_.findings(), is_fixable)) return "";
-    return "Run 'korvelcheck suggest --write' with the same files and settings to fix what is refused.\n";
+    return "To fix what is refused: " + report_.fix_command + "\n";
   }
 
   const Report& report_;

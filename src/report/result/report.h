@@ -82,6 +82,7 @@ struct Report {
   std::vector<ProjectFinding> project;
   std::vector<InputFault> faults;           // why files, or the whole call, could not be checked. They cannot be waived
   std::optional<std::string> path_prefix;   // see ServicePaths
+  std::string fix_command;                  // the call that fixes what is refused; may be empty
   std::size_t max_findings = kMaxFindings;  // findings that are listed; see FoldedReport
   bool fails_on_warnings = false;           // whether a warning that is not waived fails its table
   Detail detail = Detail::kNormal;          // of text

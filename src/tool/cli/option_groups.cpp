@@ -248,8 +248,8 @@ void ReportOptions::AddTo(ArgumentList& arguments) {
   files.AddTo(arguments, choices);
   arguments.AddText(
       "--path-prefix", "TEXT", path_prefix,
-      "put TEXT in front of the paths in sarif, github, gitlab, junit and markdown; default: what leads from the top of "
-      "the repository to the working directory");
+      "put TEXT in front of the paths in sarif, github, gitlab, junit, markdown and reviews; default: what leads from the "
+      "top of the repository to the working directory");
   detail.AddTo(arguments);
   color.AddTo(arguments);
   log.AddTo(arguments);

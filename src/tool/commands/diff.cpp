@@ -80,6 +80,7 @@ bool HasChanges(const Listing& listing) {
 // The check finds the files that belong together; its verdict does not matter.
 std::string DiffOfProject(const DiffArguments& arguments) {
   const std::optional<Project> project = arguments.settings.ReadProject();
+  if (project) RefuseOverlaps({project->file}, {&arguments.output});
   vesk::ClosedCategory log;
   const CheckRequest request = RequestOf(arguments, project ? &*project : nullptr, log.handle());
   RequireBaseline(request);

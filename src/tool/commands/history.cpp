@@ -121,6 +121,7 @@ std::vector<std::string> FilesOnDisk(const std::vector<FileVersions>& files) {
 
 int Run(const HistoryArguments& arguments) {
   const std::optional<Project> project = arguments.settings.ReadProject();
+  if (project) RefuseOverlaps({project->file}, arguments.AllOutputs());
   HistoryCheck check;
   check.files = VersionsOf(arguments, project ? &*project : nullptr);
   RefuseOverlaps(FilesOnDisk(check.files), arguments.AllOutputs());

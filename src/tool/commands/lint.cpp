@@ -74,15 +74,18 @@ CommandResult Lint(const LintArguments& arguments, const CheckOptions& options) 
   RequireTablesInEach(result);
   AddTables(result.paths, options, *projects, arguments.settings.links(), result);
   result.projects = projects;
-  if (arguments.inputs.paths.empty()) result.report.project = FindRepeatedTables(result.report.tables);
   result.report.max_findings = options.max_findings;
   result.report.fails_on_warnings = arguments.fail_on.Warnings(options.project);
+  if (arguments.inputs.paths.empty()) {
+    result.report.project = FindRepeatedTables(result.report.tables, result.report.fails_on_warnings);
+  }
   ApplyAllWaivers(*projects, {.is_strict = arguments.strict_waivers}, result.report);
   return result;
 }
 
 int Run(const LintArguments& arguments) {
   const std::optional<Project> project = arguments.settings.ReadProject();
+  if (project) RefuseOverlaps({project->file}, arguments.report.AllOutputs(), arguments.report.log);
   return RunReport(arguments.report, arguments.inputs.paths, [&](LPVESKCATEGORYINST log) {
     return Lint(arguments, {.given = arguments.settings.given,
                             .project = project ? &*project : nullptr,

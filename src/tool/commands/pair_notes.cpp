@@ -17,12 +17,6 @@ namespace {
 
 void Note(const std::string& text) { PrintErrors({ToolMessage("note: " + text)}); }
 
-// A path as a word of a copied command, which must not be an option.
-std::string PathWord(const std::string& path) {
-  const bool looks_like_option = path.size() > 1 && path.starts_with('-');
-  return ShellWord(looks_like_option ? "./" + path : path);
-}
-
 std::string CallOf(const std::string& command, const std::string& first, const std::string& second) {
   return "korvelcheck " + command + " " + PathWord(first) + " " + PathWord(second);
 }
@@ -55,6 +49,11 @@ void NoteSwapped(const std::string& command, const Pair& pair, const std::vector
 }
 
 }  // namespace
+
+std::string PathWord(const std::string& path) {
+  const bool looks_like_option = path.size() > 1 && path.starts_with('-');
+  return ShellWord(looks_like_option ? "./" + path : path);
+}
 
 void PrintPairNotes(const std::string& command, const Pair& pair, const std::vector<std::string>& paths) {
   if (AreSameFile(paths)) return NoteSameFile(command, paths);

@@ -13,4 +13,7 @@ namespace korvel::tool {
 // legitimate. `paths` are OLD and NEW as given.
 void PrintPairNotes(const std::string& command, const Pair& pair, const std::vector<std::string>& paths);
 
+// A path as a word of a command to copy; it is no option there.
+std::string PathWord(const std::string& path);
+
 }  // namespace korvel::tool

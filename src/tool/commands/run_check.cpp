@@ -31,6 +31,8 @@ CommandResult CheckPair(const CheckRequest& request, ProjectSet& projects) {
   for (const std::string& table : selection.added) result.report.tables.push_back(CheckNewTable(pair.second, table, options));
   for (TableResult& table : result.report.tables) table.project = nearest.position;
   result.report.projects = ListOf(projects, {{nearest.position, path}});
+  // An image has no text to fix.
+  if (pair.second.text && !pair.second.text->is_dump) result.report.fix_command = request.fix_command;
   return result;
 }
 
@@ -69,26 +71,30 @@ ProjectResult CheckAgainst(const CheckRequest& request, ProjectSet& projects, co
   return CheckProject(check);
 }
 
-// A branch that is behind seems to remove what its base has gained.
-void NoteBehind(const Baseline& baseline, const Report& report) {
+// A branch that is behind seems to remove what its base has gained. Returns whether it may be so.
+bool NoteBehind(const Baseline& baseline, const Report& report) {
   const bool is_refused =
       std::ranges::any_of(report.tables, [](const TableResult& table) { return table.status == Status::kRefused; });
-  if (!is_refused || !IsAheadOfHead(baseline)) return;
+  if (!is_refused || !IsAheadOfHead(baseline)) return false;
   PrintErrors({ToolMessage("note: " + OneLine(baseline.name) +
-                           " has commits that HEAD does not contain; to check only what HEAD has changed: --against " +
+                           " has commits that are not in HEAD, and this branch seems to undo them; to compare with the merge "
+                           "base: korvelcheck check --against " +
                            ShellWord(baseline.name + "..."))});
+  return true;
 }
 
 CommandResult CheckAgainstAll(const CheckRequest& request, ProjectSet& projects) {
   const std::vector<Baseline> baselines = ResolveBaselines(request.baselines);
   ProjectResult all;
+  bool is_behind = false;
   for (const Baseline& baseline : baselines) {
     const bool is_first = &baseline == &baselines.front();
     ProjectResult result = CheckAgainst(request, projects, baseline, is_first);
-    if (request.prints_pair_notes) NoteBehind(baseline, result.report);
+    is_behind = (request.prints_pair_notes && NoteBehind(baseline, result.report)) || is_behind;
     Append(std::move(result), baselines.size() > 1, all);
   }
   all.report.command = request.command;
+  if (!is_behind) all.report.fix_command = request.fix_command;
   all.report.projects = ListOf(projects, std::move(all.judged));
   return {.report = std::move(all.report), .project_sources = std::move(all.sources)};
 }

@@ -35,6 +35,7 @@ struct CheckRequest {
   Links links = Links::kRefuse;    // to files of the project
   std::function<void(const std::vector<std::string>& files)> on_files = nullptr;  // called with the files of a project
   bool prints_pair_notes = false;                                                 // see PrintPairNotes
+  std::string fix_command = {};                                                   // see Report::fix_command
   bool reports_faults = false;  // faults of files of a project are in the report; otherwise they are an InputError
 
   // Two files are compared without a baseline.

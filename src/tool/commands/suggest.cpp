@@ -132,12 +132,13 @@ std::vector<FixedFile> FixFiles(const SuggestArguments& arguments, const Project
 int Run(const SuggestArguments& arguments) {
   RequireFiles(arguments.inputs.paths, arguments.against.has_value());
   const std::optional<Project> project = arguments.settings.ReadProject();
+  if (project) RefuseOverlaps({project->file}, {&arguments.output});
   NothingAllowed reasons;
   const std::vector<FixedFile> files = FixFiles(arguments, project ? &*project : nullptr, reasons);
   const bool is_changed = std::ranges::any_of(files, [](const FixedFile& file) { return file.suggestion.is_changed; });
   // A table that stays refused, often for a reason of its own, does not withhold the suggestions for the others.
   if (!is_changed && !reasons.lines.empty()) throw reasons;
-  if (!is_changed) PrintNothingToFix(files);
+  if (!is_changed && reasons.lines.empty()) PrintNothingToFix(files);
   arguments.output.Write(ResultFor(files, arguments));
   if (!reasons.lines.empty()) throw reasons;
   return kAllAllowed;
@@ -145,7 +146,7 @@ int Run(const SuggestArguments& arguments) {
 
 }  // namespace
 
-const Command kSuggestCommand{"suggest", "print a fixed version of NEW, as a patch or a whole file",
+const Command kSuggestCommand{"suggest", "print a fixed version of NEW, as a patch or a whole file, or write it",
                               Declare<SuggestArguments, Run>};
 
 }  // namespace korvel::tool

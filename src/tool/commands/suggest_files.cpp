@@ -9,6 +9,7 @@
 #include "project/git.h"
 #include "schema/file_bytes.h"
 #include "schema/source.h"
+#include "tool/io/exit.h"
 #include "tool/io/output.h"
 
 namespace korvel::tool {
@@ -64,13 +65,19 @@ std::string WriteInPlace(const std::vector<FixedFile>& files, bool is_dry_run) {
       throw InputError{{ToolMessage(OneLine(file.input.name) + " is an image; allowed with --write: a schema file")}};
     if (file.suggestion.is_changed) RequireUnmodified(file);
   }
-  std::string done;
+  std::vector<std::string> done;
   for (const FixedFile& file : files) {
     if (!file.suggestion.is_changed || is_dry_run) continue;
-    WriteFile(file.path, AsProducer(file.suggestion.text));
-    done += PathText(file.input.name) + ": fixed\n";
+    try {
+      WriteFile(file.path, AsProducer(file.suggestion.text));
+    } catch (...) {
+      for (std::string& line : done) line = ToolMessage("written before the error: " + line);
+      PrintErrors(done);
+      throw;
+    }
+    done.push_back(PathText(file.input.name) + ": fixed");
   }
-  return done;
+  return Join(done, "", [](const std::string& line) { return line + "\n"; });
 }
 
 }  // namespace korvel::tool

@@ -2,6 +2,7 @@
 #include "tool/commands/suggest_project.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 #include "base/text.h"
@@ -31,6 +32,19 @@ FixedFile Fix(const ChangedPair& pair, Git& git) {
   return file;
 }
 
+// The refused tables of files that have not changed: their old schemas or settings break a rule.
+void AddReasonsOfUnchanged(const Report& report, const std::vector<ChangedPair>& pairs, NothingAllowed& reasons) {
+  std::set<const TableResult*> changed;
+  for (const ChangedPair& pair : pairs) changed.insert(pair.tables.begin(), pair.tables.end());
+  for (const TableResult& table : report.tables) {
+    if (table.status != Status::kRefused || IsWaived(table) || changed.contains(&table)) continue;
+    const std::string file = table.second == nullptr ? "" : PathText(table.second->name);
+    const std::string rule = table.verdict.rule.empty() ? "" : " [" + table.verdict.rule + "]";
+    reasons.lines.push_back(OneLine(file + ": error: no suggestion: table " + Quote(table.table) + " stays refused" + rule + " " +
+                                    table.verdict.text));
+  }
+}
+
 }  // namespace
 
 std::vector<FixedFile> FixProject(const CheckRequest& request, NothingAllowed& reasons) {
@@ -39,7 +53,9 @@ std::vector<FixedFile> FixProject(const CheckRequest& request, NothingAllowed& r
   RequireOneCompleteState("suggest", result.report);
   Git git;
   std::vector<FixedFile> files;
-  for (const ChangedPair& pair : ChangedPairsOf(result.report)) {
+  const std::vector<ChangedPair> pairs = ChangedPairsOf(result.report);
+  AddReasonsOfUnchanged(result.report, pairs, reasons);
+  for (const ChangedPair& pair : pairs) {
     if (!HasRefused(pair)) continue;
     const std::string start = OneLine(PathText(pair.new_name)) + ": error: no suggestion: ";
     if (pair.is_deleted) {
