@@ -1,4 +1,4 @@
-"""What to post: the review that korvelcheck has written, or that there is none; and how it replaces what was posted before."""
+"""What to post: the review that korvelcheck has written, or that it is missing; and how it replaces what was posted before."""
 
 import json
 import re
