@@ -53,14 +53,10 @@ std::size_t CommonEntries(const MetaModel& a, const MetaModel& b) {
   }));
 }
 
-// Whether an entry of one meta is that of another: it has the same name, or a misspelled one at the same place.
-bool IsSameEntry(const EntryModel& a, const EntryModel& b, bool is_same_place) {
-  return a.name == b.name || (is_same_place && SpellingDistance(a.name, b.name));
-}
-
 using TypeChanges = std::set<std::pair<std::string_view, std::string_view>>;
 
-// Adds the structures that an entry of both metas has: the old one and the new one.
+// Adds the structures that an entry of both metas has: the old one and the new one. The entry has the same name, or a misspelled
+// one at the same place.
 void AddTypeChanges(const MetaModel& old_meta, const MetaModel& new_meta, TypeChanges& changes) {
   std::map<std::string_view, const EntryModel*> by_name;
   for (const EntryModel& entry : old_meta.entries) by_name.emplace(entry.name, &entry);
@@ -68,8 +64,8 @@ void AddTypeChanges(const MetaModel& old_meta, const MetaModel& new_meta, TypeCh
     const EntryModel& entry = new_meta.entries[i];
     const auto found = by_name.find(entry.name);
     if (found != by_name.end()) changes.emplace(found->second->type, entry.type);
-    const bool has_place = i < old_meta.entries.size() && IsSameEntry(old_meta.entries[i], entry, true);
-    if (has_place) changes.emplace(old_meta.entries[i].type, entry.type);
+    const bool is_misspelled = i < old_meta.entries.size() && SpellingDistance(old_meta.entries[i].name, entry.name);
+    if (is_misspelled) changes.emplace(old_meta.entries[i].type, entry.type);
   }
 }
 

@@ -34,11 +34,14 @@ SchemaSuggestion FixSchema(const Input& old_input, const Input& new_input, const
   return SuggestSchema(old_input, *SourceOfText(new_input.name, SchemaFile(new_input)), questions);
 }
 
+std::string StaysRefused(const std::string& file, const std::string& table, const Verdict& verdict) {
+  const std::string rule = verdict.rule.empty() ? "" : " [" + verdict.rule + "]";
+  return OneLine(PathText(file) + ": error: no suggestion: table " + Quote(table) + " stays refused" + rule + " " + verdict.text);
+}
+
 void AddReasons(const FixedFile& file, NothingAllowed& reasons) {
   for (const TableRefusal& one : file.suggestion.refused) {
-    const std::string rule = one.verdict.rule.empty() ? "" : " [" + one.verdict.rule + "]";
-    reasons.lines.push_back(OneLine(PathText(file.input.name) + ": error: no suggestion: table " + Quote(one.table) +
-                                    " stays refused" + rule + " " + one.verdict.text));
+    reasons.lines.push_back(StaysRefused(file.input.name, one.table, one.verdict));
     for (const std::string& line : one.suggestions) reasons.lines.push_back("   " + OneLine(line));
   }
   if (file.suggestion.reached_work_limit && !file.suggestion.refused.empty()) {

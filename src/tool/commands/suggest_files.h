@@ -21,6 +21,9 @@ struct FixedFile {
 // Edits the text of the new file if possible; else writes a new one.
 SchemaSuggestion FixSchema(const Input& old_input, const Input& new_input, const std::vector<TableQuestion>& questions);
 
+// The line about a table without an allowed form.
+std::string StaysRefused(const std::string& file, const std::string& table, const Verdict& verdict);
+
 // Adds why tables of a file stay refused.
 void AddReasons(const FixedFile& file, NothingAllowed& reasons);
 

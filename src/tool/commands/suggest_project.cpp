@@ -38,10 +38,7 @@ void AddReasonsOfUnchanged(const Report& report, const std::vector<ChangedPair>&
   for (const ChangedPair& pair : pairs) changed.insert(pair.tables.begin(), pair.tables.end());
   for (const TableResult& table : report.tables) {
     if (table.status != Status::kRefused || IsWaived(table) || changed.contains(&table)) continue;
-    const std::string file = table.second == nullptr ? "" : PathText(table.second->name);
-    const std::string rule = table.verdict.rule.empty() ? "" : " [" + table.verdict.rule + "]";
-    reasons.lines.push_back(OneLine(file + ": error: no suggestion: table " + Quote(table.table) + " stays refused" + rule + " " +
-                                    table.verdict.text));
+    reasons.lines.push_back(StaysRefused(table.second == nullptr ? "" : table.second->name, table.table, table.verdict));
   }
 }
 
