@@ -77,16 +77,16 @@ def shop(old, new):
 
 
 def make_page(name, old, new, expected):
-    """Writes a report and returns its address. `old` and `new` are paths or texts."""
-    paths = []
+    """Writes a report and returns its path. `old` and `new` are paths or texts.
+
+    The pages show relative paths, so that their layout does not depend on the directory of the build.
+    """
     for role, schema in (("old", old), ("new", new)):
-        path = schema
-        if isinstance(schema, str):
-            path = OUTPUT / f"{name}-{role}.xml"
-            path.write_text(schema, encoding="utf-8")
-        paths.append(str(path))
+        text = schema if isinstance(schema, str) else schema.read_text(encoding="utf-8")
+        (OUTPUT / f"{name}-{role}.xml").write_text(text, encoding="utf-8")
     page = OUTPUT / f"{name}.html"
-    run = subprocess.run([KORVELCHECK, "check", *paths, "--format", "html", "-o", str(page)], capture_output=True, text=True)
+    run = subprocess.run([KORVELCHECK, "check", f"{name}-old.xml", f"{name}-new.xml", "--format", "html", "-o", page.name],
+                         capture_output=True, text=True, cwd=OUTPUT)
     assert run.returncode == expected, run
     return page
 
@@ -393,7 +393,7 @@ if __name__ == "__main__":
         MISSING = MISSING or (None if shutil.which(program) else program)
     if MISSING:
         need(f"{MISSING} is missing")
-    KORVELCHECK, SOURCE, OUTPUT = sys.argv[1], pathlib.Path(sys.argv[2]), pathlib.Path(sys.argv[3]).resolve()
+    KORVELCHECK, SOURCE, OUTPUT = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]), pathlib.Path(sys.argv[3]).resolve()
     OUTPUT.mkdir(parents=True, exist_ok=True)
     PAGES = {
         "refused": make_page("refused", *shop("v6.xml", "v7-several-changes.xml"), 1),
