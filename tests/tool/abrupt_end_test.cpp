@@ -8,6 +8,7 @@
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -38,15 +39,22 @@ TEST(AbruptEnd, IsReportedOnce) {
 
 [[noreturn]] void EndWhileWriting(const std::string& path) {
   korvel::tool::InstallTerminateHandler();
-  korvel::tool::RemoveAtAbruptEnd(path.c_str());
+  const std::string complete = path + ".complete";
+  const std::string other = path + ".other";
+  const korvel::tool::IncompleteFile first(path.c_str());
+  std::optional<korvel::tool::IncompleteFile> second(complete.c_str());
+  const korvel::tool::IncompleteFile third(other.c_str());
+  second.reset();
   std::terminate();
 }
 
 TEST(AbruptEnd, LeavesNoIncompleteFile) {
   const std::string path = std::filesystem::temp_directory_path() / "korvel_incomplete_report";
-  std::ofstream(path) << "half of a report";
+  for (const char* const suffix : {"", ".complete", ".other"}) std::ofstream(path + suffix) << "half of a report";
   EXPECT_EXIT(EndWhileWriting(path), testing::ExitedWithCode(3), "internal error");
   EXPECT_FALSE(std::filesystem::exists(path));
+  EXPECT_FALSE(std::filesystem::exists(path + ".other"));
+  EXPECT_TRUE(std::filesystem::remove(path + ".complete"));
 }
 
 }  // namespace

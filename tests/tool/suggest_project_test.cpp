@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include "project_repository.h"
+#include "unprivileged.h"
 
 namespace tool_test {
 namespace {
@@ -140,6 +141,43 @@ TEST_F(SuggestProjectTest, ModifiedFilesAreKept) {
             "korvelcheck: schemas/orders.xml was modified in the meantime; nothing was written; run the command again\n");
   EXPECT_EQ(Read("schemas/users.xml"), Schema("users", "uint32"));
   EXPECT_THAT(Read("schemas/orders.xml"), StartsWith(Schema("orders", "uint32") + " "));
+}
+
+// A part of the fixed versions must not stay.
+TEST_F(SuggestProjectTest, WritesAllFilesOrNone) {
+  Write("schemas/users.xml", Schema("users", "uint32") + "<!--" + std::string(3000, '.') + "-->\n");
+  const std::vector<std::string> before = Files();
+  const Outcome outcome = Korvelcheck(Call{.arguments = {"suggest", "--against", "git:HEAD", "--write"},
+                                           .launcher = {"/bin/sh", "-c", "ulimit -f 1; exec \"$0\" \"$@\""},
+                                           .environment = environment_});
+  EXPECT_EQ(outcome.exit_code, 3);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_THAT(outcome.err, testing::EndsWith("/schemas/users.xml: File too large\n"));
+  EXPECT_EQ(Read("schemas/orders.xml"), Schema("orders", "uint32"));
+  EXPECT_EQ(Files(), before);
+}
+
+TEST_F(SuggestProjectTest, FindsWriteProtectedFilesFirst) {
+  const auto launcher = Unprivileged();
+  if (!launcher) GTEST_SKIP() << "root may write everywhere";
+  ::chmod(PathOf("schemas/users.xml").c_str(), 0400);
+  for (const std::vector<std::string>& more : {std::vector<std::string>{}, {"--dry-run"}}) {
+    const Outcome outcome = Korvelcheck(Call{.arguments = Joined({"suggest", "--against", "git:HEAD", "--write"}, more),
+                                             .launcher = *launcher,
+                                             .environment = environment_});
+    EXPECT_EQ(outcome.exit_code, 3);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_THAT(outcome.err, testing::EndsWith("/schemas/users.xml: Permission denied\n"));
+  }
+  ::chmod(PathOf("schemas/users.xml").c_str(), 0600);
+  ::chmod(PathOf("schemas").c_str(), 0500);
+  const Outcome outcome = Korvelcheck(Call{.arguments = {"suggest", "--against", "git:HEAD", "--write", "--dry-run"},
+                                           .launcher = *launcher,
+                                           .environment = environment_});
+  ::chmod(PathOf("schemas").c_str(), 0700);
+  EXPECT_EQ(outcome.exit_code, 3);
+  EXPECT_THAT(outcome.err, testing::EndsWith("/schemas/orders.xml: Permission denied\n"));
+  EXPECT_EQ(Read("schemas/orders.xml"), Schema("orders", "uint32"));
 }
 
 TEST_F(SuggestProjectTest, SeveralBaselinesAreRefused) {

@@ -15,12 +15,31 @@
 namespace korvel::tool {
 namespace {
 
-void RequireUnmodified(const FixedFile& file) {
-  RequireReplaceable(file.path);
-  const Bytes now = ReadAll(OpenRegular(file.path));
-  if (now.View() == file.input.text->Bytes()) return;
-  throw InputError{
-      {ToolMessage(OneLine(file.input.name) + " was modified in the meantime; nothing was written; run the command again")}};
+void RequireUnmodified(const std::vector<const FixedFile*>& files) {
+  for (const FixedFile* const file : files) {
+    RequireReplaceable(file->path);
+    const Bytes now = ReadAll(OpenRegular(file->path));
+    if (now.View() == file->input.text->Bytes()) continue;
+    throw InputError{
+        {ToolMessage(OneLine(file->input.name) + " was modified in the meantime; nothing was written; run the command again")}};
+  }
+}
+
+// Returns a line for each file. If an error leaves some of them written, prints their lines.
+std::string WriteAllOf(const std::vector<const FixedFile*>& files) {
+  std::vector<FileToWrite> contents;
+  for (const FixedFile* const file : files) contents.push_back({file->path, file->suggestion.text});
+  std::vector<std::string> done;
+  try {
+    WriteFiles(
+        contents, [&] { RequireUnmodified(files); },
+        [&](std::size_t i) { done.push_back(PathText(files[i]->input.name) + ": fixed"); });
+  } catch (...) {
+    for (std::string& line : done) line = ToolMessage("written before the error: " + line);
+    PrintErrors(done);
+    throw;
+  }
+  return Join(done, "", [](const std::string& line) { return line + "\n"; });
 }
 
 }  // namespace
@@ -63,24 +82,15 @@ void RequireReplaceable(const std::string& path) {
 }
 
 std::string WriteInPlace(const std::vector<FixedFile>& files, bool is_dry_run) {
+  std::vector<const FixedFile*> changed;
   for (const FixedFile& file : files) {
     if (!file.input.text)
       throw InputError{{ToolMessage(OneLine(file.input.name) + " is an image; allowed with --write: a schema file")}};
-    if (file.suggestion.is_changed) RequireUnmodified(file);
+    if (file.suggestion.is_changed) changed.push_back(&file);
   }
-  std::vector<std::string> done;
-  for (const FixedFile& file : files) {
-    if (!file.suggestion.is_changed || is_dry_run) continue;
-    try {
-      WriteFile(file.path, AsProducer(file.suggestion.text));
-    } catch (...) {
-      for (std::string& line : done) line = ToolMessage("written before the error: " + line);
-      PrintErrors(done);
-      throw;
-    }
-    done.push_back(PathText(file.input.name) + ": fixed");
-  }
-  return Join(done, "", [](const std::string& line) { return line + "\n"; });
+  RequireUnmodified(changed);
+  for (const FixedFile* const file : changed) RequireWritable(file->path);
+  return is_dry_run ? "" : WriteAllOf(changed);
 }
 
 }  // namespace korvel::tool

@@ -31,8 +31,9 @@ void AddReasons(const FixedFile& file, NothingAllowed& reasons);
 // are refused. A file that does not exist passes; reading it fails.
 void RequireReplaceable(const std::string& path);
 
-// Replaces the files that have changes, each atomically, and returns a line for each. Throws InputError and writes nothing if one
-// of them is an image, or is not as it was when it was read. With `is_dry_run`, only checks them.
+// Replaces the files that have changes, as WriteFiles does, and returns a line for each. Throws InputError and writes nothing if
+// one of them is an image, or is not as it was when it was read; std::runtime_error if one cannot be written. With `is_dry_run`,
+// only checks them.
 std::string WriteInPlace(const std::vector<FixedFile>& files, bool is_dry_run);
 
 }  // namespace korvel::tool

@@ -16,7 +16,7 @@ namespace korvel::tool {
 namespace {
 
 std::atomic_flag is_ending;
-std::atomic<const char*> incomplete_file;
+std::atomic<IncompleteFile*> incomplete_files;
 
 // Several threads may get here: the first one prints, the others wait for the end.
 void WaitUnlessFirst() {
@@ -24,7 +24,7 @@ void WaitUnlessFirst() {
 }
 
 [[noreturn]] void End() {
-  if (const char* const path = incomplete_file) ::unlink(path);
+  IncompleteFile::RemoveAll();
   ::_exit(kInternalError);
 }
 
@@ -57,7 +57,21 @@ void PrintErrors(const std::vector<std::string>& lines) {
 
 void PrintOutOfMemory() { Print("korvelcheck: out of memory\n"); }
 
-void RemoveAtAbruptEnd(const char* path) { incomplete_file = path; }
+IncompleteFile::IncompleteFile(const char* path) : path_(path), next_(incomplete_files) { incomplete_files = this; }
+
+IncompleteFile::~IncompleteFile() {
+  if (incomplete_files == this) {
+    incomplete_files = next_;
+    return;
+  }
+  for (IncompleteFile* file = incomplete_files; file != nullptr; file = file->next_) {
+    if (file->next_ == this) file->next_ = next_;
+  }
+}
+
+void IncompleteFile::RemoveAll() {
+  for (const IncompleteFile* file = incomplete_files; file != nullptr; file = file->next_) ::unlink(file->path_);
+}
 
 void InstallTerminateHandler() { std::set_terminate(OnUncaught); }
 

@@ -29,9 +29,22 @@ void PrintErrors(const std::vector<std::string>& lines);
 // Prints on standard error that memory ran out. Allocates nothing.
 void PrintOutOfMemory();
 
-// A file that is removed before the program ends in one of the ways below: one that is not complete. Null for none. The text must
-// stay where it is.
-void RemoveAtAbruptEnd(const char* path);
+// A file that is not complete: it is removed if the program ends in one of the ways below during the life of this. The text must
+// stay where it is. Not for several threads at once.
+class IncompleteFile {
+ public:
+  explicit IncompleteFile(const char* path);
+  IncompleteFile(const IncompleteFile&) = delete;
+  IncompleteFile& operator=(const IncompleteFile&) = delete;
+  ~IncompleteFile();
+
+  // Removes all of them. Allocates nothing.
+  static void RemoveAll();
+
+ private:
+  const char* path_;
+  IncompleteFile* next_;
+};
 
 // From now on, an exception that nothing can catch (for example if memory runs out in a destructor) ends the program in this way.
 void InstallTerminateHandler();

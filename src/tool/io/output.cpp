@@ -10,7 +10,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <deque>
 #include <filesystem>
+#include <optional>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
@@ -37,12 +39,11 @@ class TemporaryFile {
       file_.Reset(::mkostemp(path_.data(), O_CLOEXEC));
     }
     if (!file_.IsOpen()) Fail(destination_, std::strerror(errno));
-    RemoveAtAbruptEnd(path_.c_str());
+    incomplete_.emplace(path_.c_str());
   }
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
   ~TemporaryFile() {
-    RemoveAtAbruptEnd(nullptr);
     if (!moved_) ::unlink(path_.c_str());
   }
 
@@ -50,8 +51,10 @@ class TemporaryFile {
     if (const int error = WriteAll(file_.get(), text); error != 0) Fail(destination_, std::strerror(error));
   }
 
-  void Complete(mode_t mode) const {
+  // Closes the file.
+  void Complete(mode_t mode) {
     if (::fchmod(file_.get(), mode) != 0 || ::fsync(file_.get()) != 0) Fail(destination_, std::strerror(errno));
+    file_.Reset(-1);
   }
 
   void Move() {
@@ -63,6 +66,7 @@ class TemporaryFile {
   std::string destination_;
   std::string path_;
   FileDescriptor file_;
+  std::optional<IncompleteFile> incomplete_;
   bool moved_ = false;
 };
 
@@ -164,6 +168,32 @@ void WriteFile(const std::string& path, const Producer& produce) {
   Buffer([&](std::string_view text) { file.Write(text); }).Produce(produce);
   file.Complete(mode);
   file.Move();
+}
+
+void RequireWritable(const std::string& path) {
+  const std::string destination = ResolveLinks(path);
+  ModeFor(destination);
+  const std::string directory = std::filesystem::path(destination).parent_path();
+  const char* const name = directory.empty() ? "." : directory.c_str();
+  if (::faccessat(AT_FDCWD, name, W_OK | X_OK, AT_EACCESS) != 0) Fail(path, std::strerror(errno));
+}
+
+void WriteFiles(const std::vector<FileToWrite>& files, const std::function<void()>& confirm,
+                const std::function<void(std::size_t position)>& on_written) {
+  const BlockedSignals signals;
+  std::deque<TemporaryFile> written;
+  for (const auto& [path, text] : files) {
+    const std::string destination = ResolveLinks(path);
+    const mode_t mode = ModeFor(destination);
+    TemporaryFile& file = written.emplace_back(destination);
+    file.Write(text);
+    file.Complete(mode);
+  }
+  confirm();
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    written[i].Move();
+    on_written(i);
+  }
 }
 
 void DiscardFile(const std::string& path) {

@@ -1,9 +1,11 @@
 // Writes results to standard output or to files.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/text_sink.h"
 
@@ -23,6 +25,20 @@ void WriteStandardOutput(const Producer& produce);
 // is thrown as std::runtime_error, or `produce` throws. The new file takes over the permission bits of the old one. A link is
 // followed.
 void WriteFile(const std::string& path, const Producer& produce);
+
+// Throws as WriteFile if it is already known that the file, or its directory, cannot be written to.
+void RequireWritable(const std::string& path);
+
+struct FileToWrite {
+  std::string path;
+  std::string_view text;
+};
+
+// Writes several files, all or none as far as possible: each as WriteFile does, but moves them to their places only after all are
+// complete and `confirm` has returned. Calls `on_written` with the position of each moved file. Throws as WriteFile, and what
+// `confirm` throws.
+void WriteFiles(const std::vector<FileToWrite>& files, const std::function<void()>& confirm,
+                const std::function<void(std::size_t position)>& on_written);
 
 // Makes sure that the result of an earlier call does not pass for that of a call that failed. Removes a regular file; empties it
 // if it cannot be removed or is the target of a link, so that the link stays. Leaves write-protected files alone, and everything
