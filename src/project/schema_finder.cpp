@@ -38,13 +38,12 @@ ProjectStates OpenDisk(ProjectSet& projects, Links links) {
   return states;
 }
 
-// A directory named "git:..." needs "./" in front, as a file does.
-bool IsDirectory(const std::string& path) {
+}  // namespace
+
+bool NamesDirectory(const std::string& path) {
   std::error_code ignored;
   return path != "-" && !path.starts_with("git:") && std::filesystem::is_directory(path, ignored);
 }
-
-}  // namespace
 
 std::vector<std::string> SchemaFinder::Found(const std::vector<std::string>& paths) {
   if (!states_) states_ = OpenDisk(projects_, links_);
@@ -60,11 +59,11 @@ std::vector<std::string> SchemaFinder::Select(const std::vector<std::string>& pa
   if (paths.empty()) return Found({});
   std::set<std::string> named;
   for (const std::string& path : paths) {
-    if (!IsDirectory(path)) named.insert(AbsolutePath(path).string());
+    if (!NamesDirectory(path)) named.insert(AbsolutePath(path).string());
   }
   std::vector<std::string> files;
   for (const std::string& path : paths) {
-    if (!IsDirectory(path)) {
+    if (!NamesDirectory(path)) {
       files.push_back(path);
       continue;
     }

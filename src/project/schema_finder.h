@@ -10,6 +10,9 @@
 
 namespace korvel {
 
+// Whether an argument is a directory. One named "git:..." needs "./" in front, as a file does.
+bool NamesDirectory(const std::string& path);
+
 // The schema files of a call: those that it names itself, and those that its directories, or the patterns of the project file,
 // select.
 class SchemaFinder {
@@ -23,6 +26,9 @@ class SchemaFinder {
 
   // The bytes of a file that was found; nullopt for one that the call names. May be called by several threads. Throws InputError.
   std::optional<Bytes> Read(const std::string& path);
+
+  // Whether a selected path is that of a file that the call does not name.
+  bool IsFound(const std::string& path) const { return found_.contains(path); }
 
  private:
   std::vector<std::string> Found(const std::vector<std::string>& paths);

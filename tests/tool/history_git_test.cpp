@@ -131,6 +131,16 @@ TEST_F(HistoryGitTest, FileInPlaceOfADirectoryIsNew) {
                    "korvelcheck: old: is in only one commit; allowed: a file with at least two versions\n");
 }
 
+// A directory is no version of a schema.
+TEST_F(HistoryGitTest, DirectoriesNeedNoOption) {
+  std::filesystem::create_directory(PathOf("old"));
+  CommitVersion(1, "old/orders.xml");
+  CommitVersion(2, "old/orders.xml");
+  const Outcome named = History({"--git", "old"});
+  EXPECT_EQ(named.exit_code, 0);
+  ExpectOutcome(History({"old"}), 0, named.out, named.err);
+}
+
 TEST_F(HistoryGitTest, SuggestsGitForACommittedFile) {
   CommitVersion(1);
   ExpectInputError(History({"orders.xml"}),

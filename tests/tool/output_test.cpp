@@ -182,13 +182,13 @@ TEST_F(OutputTest, UnwritableDirectoryLeavesNoOldReport) {
 
 // A limit on the size of files fails the write itself, for every user. Nothing but a report is discarded.
 TEST_F(OutputTest, FailedWriteKeepsTheOldFileAndLeavesNothing) {
-  Write("result", "old");
+  Write("result", "QMXIMAGE old");
   Write("many.xml", Library(5, {Table({.name = std::string(5000, 'n')})}));
   const std::vector<std::string> before = Files();
   const Outcome outcome = Korvelcheck(Call{.arguments = {"compile", "many.xml", "-o", "result"}, .launcher = kSmallFiles});
   EXPECT_EQ(outcome.exit_code, 3);
   EXPECT_THAT(outcome.err, testing::EndsWith("/result: File too large\n"));
-  EXPECT_EQ(Read("result"), "old");
+  EXPECT_EQ(Read("result"), "QMXIMAGE old");
   EXPECT_EQ(Files(), before);
 }
 

@@ -113,6 +113,10 @@ struct LayoutRequest {
 std::string RenderLayoutText(const LayoutRequest& request);
 std::string RenderLayoutJson(const LayoutRequest& request);
 
+// The same for several files, each with its name.
+std::string RenderLayoutsText(const std::vector<LayoutRequest>& requests);
+std::string RenderLayoutsJson(const std::vector<LayoutRequest>& requests);
+
 // "98.1": the part of a record that a field takes, in percent; "0.0" of an empty record. Independent of the locale.
 std::string Percent(std::uint64_t part, std::uint64_t whole);
 

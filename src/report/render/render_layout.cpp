@@ -192,6 +192,20 @@ Json PairJson(const TableLayout& before, const TableLayout& after) {
   return json;
 }
 
+// All members but the header.
+Json FileJson(const LayoutRequest& request) {
+  Json json;
+  Json& inputs = json["inputs"] = Json::array();
+  if (request.before != nullptr) inputs.push_back({{"role", "old"}, {"file", request.before->name}});
+  inputs.push_back({{"role", request.before == nullptr ? "file" : "new"}, {"file", request.after->name}});
+  Json& tables = json["tables"] = Json::array();
+  for (const std::string& table : request.tables) {
+    const TableLayout after = LayoutOf(*request.after, table);
+    tables.push_back(request.before == nullptr ? SingleJson(after) : PairJson(LayoutOf(*request.before, table), after));
+  }
+  return json;
+}
+
 }  // namespace
 
 std::string Percent(std::uint64_t part, std::uint64_t whole) {
@@ -205,14 +219,22 @@ std::string RenderLayoutText(const LayoutRequest& request) {
 
 std::string RenderLayoutJson(const LayoutRequest& request) {
   Json json = HeaderToJson(kJsonVersion, "layout");
-  Json& inputs = json["inputs"] = Json::array();
-  if (request.before != nullptr) inputs.push_back({{"role", "old"}, {"file", request.before->name}});
-  inputs.push_back({{"role", request.before == nullptr ? "file" : "new"}, {"file", request.after->name}});
-  Json& tables = json["tables"] = Json::array();
-  for (const std::string& table : request.tables) {
-    const TableLayout after = LayoutOf(*request.after, table);
-    tables.push_back(request.before == nullptr ? SingleJson(after) : PairJson(LayoutOf(*request.before, table), after));
-  }
+  json.update(FileJson(request));
+  return JsonText(json) + "\n";
+}
+
+std::string RenderLayoutsText(const std::vector<LayoutRequest>& requests) {
+  return Join(requests, "\n", [](const LayoutRequest& request) {
+    const std::string before = request.before == nullptr ? "" : OneLine(PathText(request.before->name)) + " -> ";
+    const std::string name = before + OneLine(PathText(request.after->name));
+    return name + (request.tables.empty() ? ": no table\n" : ":\n" + RenderLayoutText(request));
+  });
+}
+
+std::string RenderLayoutsJson(const std::vector<LayoutRequest>& requests) {
+  Json json = HeaderToJson(kJsonVersion, "layout");
+  Json& layouts = json["layouts"] = Json::array();
+  for (const LayoutRequest& request : requests) layouts.push_back(FileJson(request));
   return JsonText(json) + "\n";
 }
 

@@ -1,56 +1,60 @@
-// Tested by tests/tool/image_test.cpp.
+// Tested by tests/tool/image_test.cpp and compile_project_test.cpp.
 #include <unistd.h>
 
-#include <utility>
+#include <optional>
 
 #include "base/input_error.h"
 #include "base/text.h"
 #include "project/load_inputs.h"
-#include "qmx/qmx_image.h"
 #include "tool/cli/command.h"
 #include "tool/cli/option_groups.h"
+#include "tool/commands/image_files.h"
+#include "tool/commands/selected_inputs.h"
 #include "tool/io/exit.h"
+#include "tool/io/output.h"
 
 namespace korvel::tool {
 namespace {
 
 struct CompileArguments {
   InputFiles inputs;
+  TableSettings settings;  // only the project file
   OutputOption output{.is_required = true};
 
   void AddTo(ArgumentList& arguments) {
-    inputs.AddOneTo(arguments, "FILE");
+    inputs.AddListTo(arguments);
+    settings.AddProjectTo(arguments);
     output.AddTo(arguments);
   }
+
+  bool WritesOneFile() const { return inputs.paths.size() == 1 && !SelectsFiles(inputs.paths); }
 };
 
-// A library may be too large for an image, or have contents that readers of images refuse.
-void RequireValidImage(const std::string& name, const qmx::Metalib& metalib, const std::string& image) {
-  const qmx::Limits limits;
-  std::string fault;
-  if (image.size() > limits.max_bytes) {
-    fault =
-        "the image would have " + std::to_string(image.size()) + " bytes; allowed: at most " + std::to_string(limits.max_bytes);
-  } else if (const auto error = qmx::Verify(metalib.get(), metalib.size(), limits)) {
-    fault = "cannot be written as an image: " + qmx::Describe(*error);
-  }
-  if (!fault.empty()) throw InputError{{ToolMessage(OneLine(name) + ": " + fault)}};
-}
-
-int Run(const CompileArguments& arguments) {
+void CompileOne(const CompileArguments& arguments) {
   RequireDistinctFiles(arguments.inputs.paths, arguments.output);
   if (!arguments.output.file && ::isatty(STDOUT_FILENO) == 1) {
     throw InputError{{ToolMessage("compile: standard output is a terminal; allowed: a file or a pipe")}};
   }
-  const Input input = std::move(LoadInputs(arguments.inputs.paths).front());
-  const std::string image = qmx::WriteImage(input.metalib);
-  RequireValidImage(input.name, input.metalib, image);
+  const std::string image = ImageOf(LoadInputs(arguments.inputs.paths).front());
+  if (arguments.output.file) RequireNoOther(*arguments.output.file);
   arguments.output.Write(image);
+}
+
+void CompileAll(const CompileArguments& arguments) {
+  if (!arguments.output.file) throw UsageError{"several images are written to a directory; allowed: -o DIR"};
+  const std::optional<Project> project = arguments.settings.ReadProject();
+  const Project* const of_call = project ? &*project : nullptr;
+  const SelectedInputs selected = LoadSelected(arguments.inputs.paths, arguments.settings, of_call, arguments.output);
+  WriteStandardOutput(AsProducer(WriteImages(selected, of_call, *arguments.output.file)));
+}
+
+int Run(const CompileArguments& arguments) {
+  arguments.WritesOneFile() ? CompileOne(arguments) : CompileAll(arguments);
   return kAllAllowed;
 }
 
 }  // namespace
 
-const Command kCompileCommand{"compile", "write a schema as an image", Declare<CompileArguments, Run>};
+const Command kCompileCommand{"compile", "write schemas as images", Declare<CompileArguments, Run>};
 
 }  // namespace korvel::tool

@@ -8,6 +8,7 @@
 #include "report/render/render.h"
 #include "tool/cli/command.h"
 #include "tool/cli/option_groups.h"
+#include "tool/commands/selected_inputs.h"
 #include "tool/io/exit.h"
 #include "vesk/closed_category.h"
 
@@ -34,7 +35,7 @@ struct HistoryArguments {
   void AddTo(ArgumentList& arguments) {
     arguments
         .AddPositional("VERSIONS", "FILE", inputs.paths,
-                       "versions of a schema, oldest first; with --git, files and directories; default: the project's files")
+                       "versions of a schema, oldest first; or directories; with --git, also files; default: the project's files")
         .is_repeated = true;
     selection.AddTo(arguments);
     settings.AddTo(arguments);
@@ -90,7 +91,8 @@ struct HistoryArguments {
            });
   }
 
-  bool IsInGit() const { return uses_git || from || tags || inputs.paths.empty(); }
+  // A directory is no version of a schema.
+  bool IsInGit() const { return uses_git || from || tags || SelectsFiles(inputs.paths); }
 };
 
 std::vector<FileVersions> VersionsOf(const HistoryArguments& arguments, const Project* project) {

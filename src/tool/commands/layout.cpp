@@ -1,9 +1,18 @@
-// Tested by tests/tool/layout_test.cpp.
+// Tested by tests/tool/layout_test.cpp and layout_project_test.cpp.
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "base/did_you_mean.h"
+#include "base/input_error.h"
+#include "base/text.h"
 #include "project/load_inputs.h"
 #include "report/render/render.h"
 #include "schema/selection.h"
 #include "tool/cli/command.h"
 #include "tool/cli/option_groups.h"
+#include "tool/commands/run_check.h"
+#include "tool/commands/selected_inputs.h"
 #include "tool/io/exit.h"
 
 namespace korvel::tool {
@@ -12,12 +21,17 @@ namespace {
 struct LayoutArguments {
   InputFiles inputs;
   TableSelection selection;
+  TableSettings settings;  // only the project file
   OutputOption output{.is_report = true};
   TextOrJson format;
 
   void AddTo(ArgumentList& arguments) {
-    inputs.AddPairTo(arguments, "FILE", "NEW", false);
+    arguments
+        .AddPositional("FILES", "FILE", inputs.paths,
+                       "a schema file or image, or OLD and NEW side by side, or directories; default: the project's files")
+        .is_repeated = true;
     selection.AddTo(arguments);
+    settings.AddProjectTo(arguments);
     output.AddTo(arguments);
     format.AddTo(arguments);
   }
@@ -34,14 +48,51 @@ LayoutRequest RequestFor(const Input& before, const Input& after, const std::vec
   return {&before, &after, std::move(selection.compared)};
 }
 
-int Run(const LayoutArguments& arguments) {
+std::string LayoutOfFiles(const LayoutArguments& arguments) {
+  RequireFiles(arguments.inputs.paths, false);
   RequireDistinctFiles(arguments.inputs.paths, arguments.output);
   const std::vector<Input> inputs = LoadInputs(arguments.inputs.paths);
   const std::vector<std::string>& tables = arguments.selection.tables;
   const LayoutRequest request =
       inputs.size() == 1 ? RequestFor(inputs.front(), tables) : RequestFor(inputs.front(), inputs.back(), tables);
-  const std::string text = arguments.format.json ? RenderLayoutJson(request) : RenderLayoutText(request);
-  arguments.output.Write(text);
+  return arguments.format.json ? RenderLayoutJson(request) : RenderLayoutText(request);
+}
+
+void RequireTablesInAny(const std::vector<Input>& inputs, const std::vector<std::string>& names) {
+  InputError missing;
+  for (const std::string& name : names) {
+    if (std::ranges::any_of(inputs, [&](const Input& input) { return input.HasMeta(name); })) continue;
+    std::vector<std::string_view> known;
+    for (const Input& input : inputs) known.insert(known.end(), input.tables.begin(), input.tables.end());
+    missing.lines.push_back(ToolMessage("table " + Quote(name) + " is in no file" + DidYouMean(name, known)));
+  }
+  if (!missing.lines.empty()) throw missing;
+}
+
+// Each file by itself. With --table, those that have one of the tables.
+std::vector<LayoutRequest> RequestsFor(const std::vector<Input>& inputs, const std::vector<std::string>& tables) {
+  RequireTablesInAny(inputs, tables);
+  std::vector<LayoutRequest> requests;
+  for (const Input& input : inputs) {
+    std::vector<std::string> present;
+    std::ranges::copy_if(tables, std::back_inserter(present), [&](const std::string& name) { return input.HasMeta(name); });
+    if (!present.empty()) present = SelectTables({input, input}, present).compared;
+    if (tables.empty()) present.assign(input.tables.begin(), input.tables.end());
+    if (tables.empty() || !present.empty()) requests.push_back({nullptr, &input, std::move(present)});
+  }
+  return requests;
+}
+
+std::string LayoutOfProject(const LayoutArguments& arguments) {
+  const std::optional<Project> project = arguments.settings.ReadProject();
+  const SelectedInputs selected =
+      LoadSelected(arguments.inputs.paths, arguments.settings, project ? &*project : nullptr, arguments.output);
+  const std::vector<LayoutRequest> requests = RequestsFor(selected.inputs, arguments.selection.tables);
+  return arguments.format.json ? RenderLayoutsJson(requests) : RenderLayoutsText(requests);
+}
+
+int Run(const LayoutArguments& arguments) {
+  arguments.output.Write(SelectsFiles(arguments.inputs.paths) ? LayoutOfProject(arguments) : LayoutOfFiles(arguments));
   return kAllAllowed;
 }
 

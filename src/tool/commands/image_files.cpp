@@ -1,0 +1,136 @@
+// Tested by tests/tool/compile_project_test.cpp.
+#include "tool/commands/image_files.h"
+
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "base/input_error.h"
+#include "base/paths.h"
+#include "base/text.h"
+#include "project/project_path.h"
+#include "qmx/qmx_image.h"
+#include "schema/file_bytes.h"
+#include "tool/cli/option_groups.h"
+#include "tool/io/exit.h"
+#include "tool/io/output.h"
+
+namespace korvel::tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+// An image to write.
+struct ImageFile {
+  const Input* input;
+  fs::path path;
+  std::string bytes = {};
+};
+
+// A path below a directory, or nullopt.
+std::optional<fs::path> PathBelow(const std::string& directory, const std::string& path) {
+  fs::path below = AbsolutePath(path).lexically_relative(AbsolutePath(directory));
+  return LeadsOut(below) ? std::nullopt : std::optional(std::move(below));
+}
+
+fs::path ImagePath(const std::string& path, const Project* project, const std::string& directory) {
+  std::optional<fs::path> below = PathBelow(project == nullptr ? "" : project->directory, path);
+  if (path == "-" || path.starts_with("git:") || !below) {
+    throw InputError{{ToolMessage(OneLine(path) + ": has no path below the directory of the " +
+                                  (project == nullptr ? "call" : "project file") +
+                                  " that its image could have; allowed with several files: those below it")}};
+  }
+  return (directory / below->replace_extension(".qmb")).lexically_normal();
+}
+
+std::vector<ImageFile> ImagesOf(const SelectedInputs& selected, const Project* project, const std::string& directory) {
+  std::vector<ImageFile> images;
+  std::map<fs::path, const Input*> by_path;
+  for (std::size_t i = 0; i < selected.inputs.size(); ++i) {
+    const Input& input = selected.inputs[i];
+    const std::string& path = selected.paths[i];
+    if (!input.text && selected.is_found[i] && PathBelow(directory, path)) continue;
+    const ImageFile& image = images.emplace_back(ImageFile{&input, ImagePath(path, project, directory)});
+    const auto [same, is_first] = by_path.emplace(image.path, &input);
+    if (is_first) continue;
+    throw InputError{{ToolMessage(OneLine(same->second->name) + " and " + OneLine(input.name) + " would have the same image, " +
+                                  OneLine(image.path.string()) + "; leave one of them out")}};
+  }
+  if (images.empty())
+    throw InputError{{ToolMessage("nothing to compile: only images in " + OneLine(directory) + " are selected")}};
+  return images;
+}
+
+// Removes directories again that were created for nothing.
+class CreatedDirectories {
+ public:
+  CreatedDirectories() = default;
+  CreatedDirectories(const CreatedDirectories&) = delete;
+  CreatedDirectories& operator=(const CreatedDirectories&) = delete;
+  ~CreatedDirectories() {
+    std::error_code ignored;
+    for (; !created_.empty(); created_.pop_back()) fs::remove(created_.back(), ignored);
+  }
+
+  void Create(const fs::path& directory) {
+    std::error_code error;
+    if (directory.empty() || fs::is_directory(directory, error)) return;
+    Create(directory.parent_path());
+    const std::string fault = fs::exists(directory, error)             ? "is no directory"
+                              : fs::create_directory(directory, error) ? ""
+                                                                       : error.message();
+    if (!fault.empty()) throw InputError{{ToolMessage(OneLine(directory.string()) + ": " + fault + "; nothing was written")}};
+    created_.push_back(directory);
+  }
+
+  void Keep() { created_.clear(); }
+
+ private:
+  std::vector<fs::path> created_;
+};
+
+}  // namespace
+
+std::string ImageOf(const Input& input) {
+  const qmx::Limits limits;
+  std::string image = qmx::WriteImage(input.metalib);
+  std::string fault;
+  if (image.size() > limits.max_bytes) {
+    fault =
+        "the image would have " + std::to_string(image.size()) + " bytes; allowed: at most " + std::to_string(limits.max_bytes);
+  } else if (const auto error = qmx::Verify(input.metalib.get(), input.metalib.size(), limits)) {
+    fault = "cannot be written as an image: " + qmx::Describe(*error);
+  }
+  if (!fault.empty()) throw InputError{{ToolMessage(OneLine(input.name) + ": " + fault)}};
+  return image;
+}
+
+void RequireNoOther(const std::string& path) {
+  if (SizeOf(path) == 0 || qmx::IsImage(ReadAll(OpenRegular(path)).View())) return;
+  throw InputError{{ToolMessage(OneLine(path) + " exists and is no image; allowed: an image or a new file")}};
+}
+
+std::string WriteImages(const SelectedInputs& selected, const Project* project, const std::string& directory) {
+  std::vector<ImageFile> images = ImagesOf(selected, project, directory);
+  std::vector<FileToWrite> files;
+  for (ImageFile& image : images) {
+    RequireNoOther(image.path.string());
+    image.bytes = ImageOf(*image.input);
+    files.push_back({image.path.string(), image.bytes});
+  }
+  CreatedDirectories directories;
+  for (const ImageFile& image : images) directories.Create(image.path.parent_path());
+  std::vector<std::string> done;
+  WriteFiles(
+      files, [] {},
+      [&](std::size_t i) {
+        directories.Keep();
+        done.push_back(OneLine(PathText(images[i].input->name)) + " -> " + OneLine(PathText(files[i].path)) + "\n");
+      });
+  return Join(done, "");
+}
+
+}  // namespace korvel::tool
