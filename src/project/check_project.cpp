@@ -211,6 +211,7 @@ class Comparison {
         for (const TableResult& table : pair.tables) settings.Add(*pair.old_path, *pair.new_path, table.table);
         if (auto moved = FindMovedOut(*pair.old_path, *pair.new_path, check_.files, states_)) report.project.push_back(*moved);
       }
+      if (pair.faults.empty()) result.compared.push_back(ComparedOf(pair, report.tables.size()));
       std::ranges::move(std::exchange(pair.tables, {}), std::back_inserter(report.tables));
       result.sources.insert(result.sources.end(), {pair.first, pair.second});
       if (has_projects) result.judged.emplace_back(pair.project->position, states_.new_state->Display(pair.Path()));
@@ -223,6 +224,17 @@ class Comparison {
     const bool has_nothing_else = report.faults.empty() && (report.project.empty() || !report.tables.empty());
     if (!is_compared && has_nothing_else) RequireOnlyNew(report);
     return result;
+  }
+
+  ComparedFile ComparedOf(const FilePair& pair, std::size_t first_table) const {
+    std::string old_name = pair.older_name;
+    if (old_name.empty() && pair.old_path != nullptr) old_name = states_.old_state->Display(*pair.old_path);
+    return {.old_name = std::move(old_name),
+            .new_name = states_.new_state->Display(pair.Path()),
+            .is_deleted = pair.new_path == nullptr,
+            .is_unchanged = pair.is_unchanged,
+            .first_table = first_table,
+            .table_count = pair.tables.size()};
   }
 
   std::optional<FileNote> NoteOf(const FilePair& pair) const {
@@ -266,30 +278,7 @@ class Comparison {
   std::vector<FilePair> pairs_;
 };
 
-// A fault of the new state is found once for each baseline.
-void AppendNew(std::vector<InputFault> more, std::vector<InputFault>& faults) {
-  for (InputFault& fault : more) {
-    const auto is_same = [&](const InputFault& one) { return one.message == fault.message && one.needed_by == fault.needed_by; };
-    if (std::ranges::none_of(faults, is_same)) faults.push_back(std::move(fault));
-  }
-}
-
 }  // namespace
-
-void Append(ProjectResult more, bool names_baseline, ProjectResult& result) {
-  const auto append = [](auto from, auto& to) { std::ranges::move(from, std::back_inserter(to)); };
-  if (names_baseline) {
-    for (TableResult& table : more.report.tables) table.baseline = more.report.baselines.front().name;
-  }
-  append(std::move(more.report.baselines), result.report.baselines);
-  append(std::move(more.report.inputs), result.report.inputs);
-  append(std::move(more.report.tables), result.report.tables);
-  append(std::move(more.report.files), result.report.files);
-  append(std::move(more.report.project), result.report.project);
-  AppendNew(std::move(more.report.faults), result.report.faults);
-  append(std::move(more.sources), result.sources);
-  append(std::move(more.judged), result.judged);
-}
 
 ProjectResult CheckProject(const ProjectCheck& check) { return Comparison(check).Run(); }
 

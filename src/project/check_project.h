@@ -29,8 +29,20 @@ struct ProjectCheck {
   ProgressCallback on_progress = nullptr;  // may be empty
 };
 
+// A file that was compared, and its names as reports show them.
+struct ComparedFile {
+  std::string old_name = {};  // empty if it was added; if the file of the baseline has a fault, that of an earlier version
+  std::string new_name = {};  // of a deleted file, where it was
+  bool is_deleted = false;
+  bool is_unchanged = false;    // the same bytes under the same path
+  std::size_t baseline = 0;     // position in Report::baselines
+  std::size_t first_table = 0;  // of its tables in Report::tables
+  std::size_t table_count = 0;
+};
+
 struct ProjectResult {
   Report report;                                       // without a command and project files
+  std::vector<ComparedFile> compared;                  // in the order of the report
   std::vector<JudgedFile> judged;                      // by each project file; empty without one
   std::vector<std::shared_ptr<const Source>> sources;  // of the report; may hold null
 };

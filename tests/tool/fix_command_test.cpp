@@ -38,10 +38,18 @@ TEST_F(FixCommandTest, IsThatOfTheCall) {
   EXPECT_EQ(FixOf({"check"}), "");
 }
 
+TEST_F(FixCommandTest, NamesEachBaseline) {
+  Write("schemas/orders.xml", Schema("orders", "uint32"));
+  std::filesystem::create_directories(PathOf("old dir/schemas"));
+  Write("old dir/schemas/orders.xml", Schema("orders"));
+  EXPECT_EQ(FixOf({"check", "--against", "git:HEAD", "--also-against", "old dir", "schemas"}),
+            "korvelcheck suggest --write --against git:HEAD --against 'old dir' schemas\n");
+  EXPECT_EQ(Run({"suggest", "--write", "--against", "git:HEAD", "--against", "old dir", "schemas"}).exit_code, 0);
+}
+
 TEST_F(FixCommandTest, IsLeftOutIfSuggestCannotWrite) {
   Write("schemas/orders.xml", Schema("orders", "uint32"));
   Git({"branch", "other"});
-  EXPECT_EQ(FixOf({"check", "--against", "git:HEAD", "--also-against", "schemas/deep", "schemas"}), "");
   EXPECT_EQ(FixOf({"check", "schemas/orders.xml", "git:HEAD:schemas/orders.xml"}), "");
   EXPECT_EQ(FixOf({"check", "it's new.xml", "-"}), "");
   EXPECT_EQ(FixOf({"check", "old.xml", "it's new.xml", "-q"}), "");

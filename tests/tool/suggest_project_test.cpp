@@ -180,13 +180,6 @@ TEST_F(SuggestProjectTest, FindsWriteProtectedFilesFirst) {
   EXPECT_EQ(Read("schemas/orders.xml"), Schema("orders", "uint32"));
 }
 
-TEST_F(SuggestProjectTest, SeveralBaselinesAreRefused) {
-  Commit("second");
-  Write("schemas/orders.xml", Schema("orders"));
-  Write("korvelcheck.toml", "[schemas]\npaths = ['schemas/**/*.xml']\nagainst = ['git:HEAD', 'git:HEAD~1']\n");
-  ExpectRefused({"suggest"}, "korvelcheck: suggest: there are several baselines; allowed: one, such as --against git:HEAD\n");
-}
-
 // A file that is no longer checked must not pass as one that needs no fix.
 TEST_F(SuggestProjectTest, IncompleteChecksAreRefused) {
   Write("korvelcheck.toml", "[schemas]\npaths = ['schemas/*.xml']\n");

@@ -5,6 +5,7 @@
 // format. Text output shows invalid UTF-8 and control characters escaped; other formats replace invalid UTF-8 by U+FFFD.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -74,9 +75,16 @@ std::span<const Format> Formats();
 std::string RenderDiffText(const Listing& listing);
 std::string RenderDiffJson(const Listing& listing);
 
-// The same for the changed files of a project. The report says what was compared.
-std::string RenderProjectDiffText(const Report& report, const std::vector<Listing>& listings);
-std::string RenderProjectDiffJson(const Report& report, const std::vector<Listing>& listings);
+// The changes of a file of a project since one of the baselines.
+struct FileListing {
+  enum class Kind { kChanged, kAdded, kDeleted } kind;
+  std::size_t baseline;  // position in Report::baselines
+  Listing listing;       // of an added or deleted file, the other source has no tables
+};
+
+// The same for the changed files of a project, in the order of their baselines. The report says what was compared.
+std::string RenderProjectDiffText(const Report& report, const std::vector<FileListing>& listings);
+std::string RenderProjectDiffJson(const Report& report, const std::vector<FileListing>& listings);
 
 // --- history ---
 

@@ -1,4 +1,6 @@
 // The output of `diff` as text and JSON; docs/command-line.md describes both. Tested by tests/tool/diff_test.cpp.
+#include <array>
+
 #include "base/text.h"
 #include "report/render/json_stream.h"
 #include "report/render/json_values.h"
@@ -201,6 +203,40 @@ class DiffJson {
   TextRanges ranges_;
 };
 
+// --- Projects ---
+
+// What the files of a project have together.
+class ProjectTotals {
+ public:
+  void Add(const FileListing& file) {
+    ++files_[static_cast<std::size_t>(file.kind)];
+    const Totals totals = TotalsOf(file.listing);
+    changed_ += totals.changed;
+    added_ += totals.added;
+    removed_ += totals.removed;
+  }
+
+  std::string Text() const {
+    return Counted(files_[0], "file") + " changed, " + std::to_string(files_[1]) + " added, " + std::to_string(files_[2]) +
+           " deleted; " + Counted(changed_, "table") + " changed, " + std::to_string(added_) + " new, " +
+           std::to_string(removed_) + " removed";
+  }
+
+ private:
+  std::array<std::size_t, 3> files_ = {};  // by FileListing::Kind
+  std::size_t changed_ = 0;
+  std::size_t added_ = 0;
+  std::size_t removed_ = 0;
+};
+
+std::string HeadOf(const FileListing& file) {
+  const std::string old_name = OneLine(PathText(file.listing.old_source->name));
+  const std::string new_name = OneLine(PathText(file.listing.new_source->name));
+  if (file.kind == FileListing::Kind::kAdded) return new_name + ": added\n";
+  if (file.kind == FileListing::Kind::kDeleted) return old_name + ": deleted\n";
+  return old_name + " -> " + new_name + ":\n";
+}
+
 }  // namespace
 
 std::string RenderDiffText(const Listing& listing) { return DiffText(listing).Text(); }
@@ -211,24 +247,34 @@ std::string RenderDiffJson(const Listing& listing) {
   return JsonText(json) + "\n";
 }
 
-std::string RenderProjectDiffText(const Report& report, const std::vector<Listing>& listings) {
+std::string RenderProjectDiffText(const Report& report, const std::vector<FileListing>& listings) {
   std::string text;
   for (const std::string& note : NotesOf(report)) text += note + "\n";
-  for (const Listing& listing : listings) {
-    text += OneLine(PathText(listing.old_source->name)) + " -> " + OneLine(listing.new_source->name) + ":\n" +
-            RenderDiffText(listing);
+  for (std::size_t i = 0; i < report.baselines.size(); ++i) {
+    ProjectTotals totals;
+    for (const FileListing& file : listings) {
+      if (file.baseline != i) continue;
+      text += HeadOf(file) + RenderDiffText(file.listing);
+      totals.Add(file);
+    }
+    text += (report.baselines.size() > 1 ? "since " + OneLine(report.baselines[i].name) + ": " : "") + totals.Text() + "\n";
   }
-  return text + Counted(listings.size(), "file") + " changed\n";
+  return text;
 }
 
-std::string RenderProjectDiffJson(const Report& report, const std::vector<Listing>& listings) {
+std::string RenderProjectDiffJson(const Report& report, const std::vector<FileListing>& listings) {
   Json json = HeaderToJson(kJsonVersion, "diff");
   Json& baselines = json["baselines"] = Json::array();
   for (const ReportBaseline& baseline : report.baselines) baselines.push_back(ToJson(baseline));
   Json& files = json["files"] = Json::array();
   for (const FileNote& note : report.files) files.push_back(ToJson(note));
   Json& diffs = json["diffs"] = Json::array();
-  for (const Listing& listing : listings) diffs.push_back(DiffJson(listing).Document());
+  for (const FileListing& file : listings) {
+    Json& diff = diffs.emplace_back(Json{{"baseline", report.baselines[file.baseline].name}});
+    diff.update(DiffJson(file.listing).Document());
+    if (file.kind == FileListing::Kind::kAdded) diff["inputs"].erase(0);
+    if (file.kind == FileListing::Kind::kDeleted) diff["inputs"].erase(1);
+  }
   return JsonText(json) + "\n";
 }
 

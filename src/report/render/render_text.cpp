@@ -241,10 +241,7 @@ class TextReport {
       const bool is_restored = one.table->removed && (report_.baselines.empty() || !one.table->renamed_to.empty());
       return (!one.finding->edits.empty() || is_restored) && !IsAdvice(*one.finding) && !one.finding->waiver;
     };
-    // The call for two files knows no waivers, and would undo what they accept.
-    const auto is_waived = [](const FoldedFinding& one) { return one.finding->waiver.has_value(); };
-    const bool undoes_waived = report_.baselines.empty() && std::ranges::any_of(folded_.findings(), is_waived);
-    if (report_.fix_command.empty() || verdict != OverallVerdict::kRefused || undoes_waived) return "";
+    if (report_.fix_command.empty() || verdict != OverallVerdict::kRefused) return "";
     if (std::ranges::none_of(folded_.findings(), is_fixable)) return "";
     return "To fix what is refused: " + report_.fix_command + "\n";
   }

@@ -47,16 +47,18 @@ struct CheckArguments {
   }
 };
 
-// The call that fixes what this one refuses; "" if there are several states to compare with, or NEW is not a file to write to.
+// The call that fixes what this one refuses; "" if NEW is not a file to write to.
 std::string FixCommand(const CheckArguments& arguments, const CheckRequest& request) {
   const std::vector<std::string>& paths = request.paths;
   std::error_code ignored;
   const auto is_file = [&](const std::string& path) {
     return path != "-" && !ParseGitPath(path) && std::filesystem::is_regular_file(std::filesystem::symlink_status(path, ignored));
   };
-  if (request.baselines.size() > 1 || (!request.HasBaseline() && !(is_file(paths.back()) && paths.front() != "-"))) return "";
+  if (!request.HasBaseline() && !(is_file(paths.back()) && paths.front() != "-")) return "";
   std::string call = "korvelcheck suggest --write";
-  if (arguments.baseline.IsGiven()) call += " --against " + ShellWord(request.baselines.front());
+  if (arguments.baseline.IsGiven()) {
+    for (const std::string& baseline : request.baselines) call += " --against " + ShellWord(baseline);
+  }
   for (const std::string& table : arguments.selection.tables) call += " --table " + ShellWord(table);
   for (const std::string& path : paths) call += " " + PathWord(path);
   const PartialSettings& given = arguments.settings.given;

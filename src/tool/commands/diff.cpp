@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "project/baseline.h"
+#include "project/file_pair.h"
 #include "project/load_inputs.h"
 #include "report/render/render.h"
 #include "schema/selection.h"
@@ -21,15 +22,16 @@ struct DiffArguments {
   InputFiles inputs;
   TableSelection selection;
   TableSettings settings;  // only the project file
-  std::optional<std::string> against;
+  std::vector<std::string> against;
   OutputOption output{.is_report = true};
   TextOrJson format;
 
   void AddTo(ArgumentList& arguments) {
     inputs.AddComparedTo(arguments);
     selection.AddTo(arguments);
-    arguments.AddText("--against", "git:REV|DIR", against,
-                      "list the changes of the project's schema files since a commit or a directory, as for 'check --against'");
+    AddBaselines(arguments, against,
+                 "list the changes of the project's schema files since a commit or a directory, as for 'check --against'; may be "
+                 "repeated");
     settings.AddProjectTo(arguments);
     output.AddTo(arguments);
     format.AddTo(arguments);
@@ -45,9 +47,8 @@ std::string DiffOfPair(const DiffArguments& arguments) {
 }
 
 CheckRequest RequestOf(const DiffArguments& arguments, const Project* project, LPVESKCATEGORYINST log) {
-  std::vector<std::string> baselines;
-  if (project != nullptr) baselines = BaselinesOf(*project);
-  if (arguments.against) baselines = {*arguments.against};
+  std::vector<std::string> baselines = arguments.against;
+  if (baselines.empty() && project != nullptr) baselines = BaselinesOf(*project);
   return {.command = "diff",
           .paths = arguments.inputs.paths,
           .baselines = std::move(baselines),
@@ -58,16 +59,19 @@ CheckRequest RequestOf(const DiffArguments& arguments, const Project* project, L
           .on_files = [&](const std::vector<std::string>& files) { RefuseOverlaps(files, {&arguments.output}); }};
 }
 
-// The changes of a file, which the sources own.
-Listing ListingOf(const ChangedPair& pair, Git& git, std::deque<Input>& sources) {
-  const Input& old_input = sources.emplace_back(LoadInput(pair.old_name, git));
-  const Input& new_input = sources.emplace_back(LoadNew(pair, git));
+// The changes of a file, which the sources own. An added or deleted file is compared with a library without tables.
+FileListing ListingOf(const ComparedFile& file, const Report& report, Git& git, std::deque<Input>& sources) {
+  using Kind = FileListing::Kind;
+  const Kind kind = file.is_deleted ? Kind::kDeleted : file.old_name.empty() ? Kind::kAdded : Kind::kChanged;
+  const Input& present = sources.emplace_back(kind == Kind::kDeleted ? LoadOld(file, git) : LoadNew(file, git));
+  const Input& other = sources.emplace_back(kind == Kind::kChanged ? LoadOld(file, git) : WithoutTables(present, present.name));
   std::vector<std::string> compared;
   std::vector<std::string> added;
-  for (const TableResult* const table : pair.tables) {
-    (table->status == Status::kNew ? added : compared).push_back(table->table);
+  for (const TableResult& table : TablesOf(file, report)) {
+    (table.status == Status::kNew ? added : compared).push_back(table.table);
   }
-  return ListChanges(old_input, new_input, compared, added);
+  const bool is_old = kind == Kind::kDeleted;
+  return {kind, file.baseline, ListChanges(is_old ? present : other, is_old ? other : present, compared, added)};
 }
 
 // Comments and descriptions are no part of a schema.
@@ -85,21 +89,21 @@ std::string DiffOfProject(const DiffArguments& arguments) {
   const CheckRequest request = RequestOf(arguments, project ? &*project : nullptr, log.handle());
   RequireBaseline(request);
   const CommandResult result = RunCheck(request);
-  RequireOneCompleteState("diff", result.report);
+  RequireCompleteState("diff", result.report);
   Git git;
   std::deque<Input> sources;
-  std::vector<Listing> listings;
-  for (const ChangedPair& pair : ChangedPairsOf(result.report)) {
-    if (pair.is_deleted) continue;
-    Listing listing = ListingOf(pair, git, sources);
-    if (HasChanges(listing)) listings.push_back(std::move(listing));
+  std::vector<FileListing> listings;
+  for (const ComparedFile& file : result.compared) {
+    if (file.is_unchanged || file.table_count == 0) continue;
+    FileListing listing = ListingOf(file, result.report, git, sources);
+    if (HasChanges(listing.listing)) listings.push_back(std::move(listing));
   }
   return arguments.format.json ? RenderProjectDiffJson(result.report, listings) : RenderProjectDiffText(result.report, listings);
 }
 
 int Run(const DiffArguments& arguments) {
-  RequireFiles(arguments.inputs.paths, arguments.against.has_value());
-  const bool is_pair = !arguments.against && arguments.inputs.paths.size() == 2;
+  RequireFiles(arguments.inputs.paths, !arguments.against.empty());
+  const bool is_pair = arguments.against.empty() && arguments.inputs.paths.size() == 2;
   arguments.output.Write(is_pair ? DiffOfPair(arguments) : DiffOfProject(arguments));
   return kAllAllowed;
 }

@@ -1,33 +1,27 @@
-// The pairs of files that the check of a project compared, for commands that need the files themselves.
+// The files that the check of a project compared, for commands that need the files themselves.
 #pragma once
 
+#include <span>
 #include <string>
-#include <vector>
 
+#include "project/check_project.h"
 #include "project/git.h"
 #include "report/result/report.h"
 #include "schema/input.h"
 
 namespace korvel::tool {
 
-// A file that changed, in both states, with its tables. Borrows the report.
-struct ChangedPair {
-  std::string old_name;  // as reports show them
-  std::string new_name;
-  bool is_deleted = false;  // the new state has no such file
-  std::vector<const TableResult*> tables;
-};
+// The results of a file's tables.
+std::span<const TableResult> TablesOf(const ComparedFile& file, const Report& report);
 
-// In the order of the report, without added files.
-std::vector<ChangedPair> ChangedPairsOf(const Report& report);
-
-// Throws InputError unless the report is about one baseline, and about every file of the project.
-void RequireOneCompleteState(const char* command, const Report& report);
+// Throws InputError unless the report is about every file of the project.
+void RequireCompleteState(const char* command, const Report& report);
 
 // The path of a file of a project: it must not be taken for standard input or for a file of a commit.
 std::string PathOnDisk(const std::string& name);
 
-// Reads the new file of a pair again. Throws InputError.
-Input LoadNew(const ChangedPair& pair, Git& git);
+// Read a file again, in the old and in the new state. Throw InputError.
+Input LoadOld(const ComparedFile& file, Git& git);
+Input LoadNew(const ComparedFile& file, Git& git);
 
 }  // namespace korvel::tool

@@ -96,32 +96,32 @@ CommandResult CheckAgainstAll(const CheckRequest& request, ProjectSet& projects)
   all.report.command = request.command;
   if (!is_behind) all.report.fix_command = request.fix_command;
   all.report.projects = ListOf(projects, std::move(all.judged));
-  return {.report = std::move(all.report), .project_sources = std::move(all.sources)};
+  return {.report = std::move(all.report), .project_sources = std::move(all.sources), .compared = std::move(all.compared)};
+}
+
+// An option that names baselines.
+void AddRepeated(ArgumentList& arguments, const char* name, std::vector<std::string>& baselines, std::string description) {
+  const auto add = [&baselines](const std::string& baseline) {
+    baselines.push_back(baseline);
+    return std::string();
+  };
+  arguments.Add({.names = name, .value = "git:REV|DIR", .description = std::move(description), .set = add, .is_repeated = true});
 }
 
 }  // namespace
 
+void AddBaselines(ArgumentList& arguments, std::vector<std::string>& against, std::string description) {
+  AddRepeated(arguments, "--against", against, std::move(description));
+}
+
 void BaselineOption::AddTo(ArgumentList& arguments) {
-  const auto adder = [](std::vector<std::string>& baselines) {
-    return [&baselines](const std::string& baseline) {
-      baselines.push_back(baseline);
-      return std::string();
-    };
-  };
-  arguments.Add({.names = "--against",
-                 .value = "git:REV|DIR",
-                 .description =
-                     "compare the project's schema files with a commit or a directory; also git:REV... (merge base with "
-                     "HEAD) and git-tag:PATTERN (newest tag); may be repeated",
-                 .set = adder(against),
-                 .is_repeated = true});
+  AddBaselines(arguments, against,
+               "compare the project's schema files with a commit or a directory; also git:REV... (merge base with "
+               "HEAD) and git-tag:PATTERN (newest tag); may be repeated");
   arguments.AddText("--default-against", "git:REV|DIR", default_against, "the same, unless the project file has 'against'")
       .excludes = "--against";
-  arguments.Add({.names = "--also-against",
-                 .value = "git:REV|DIR",
-                 .description = "the same, in addition to --against or to 'against' of the project file; may be repeated",
-                 .set = adder(also_against),
-                 .is_repeated = true});
+  AddRepeated(arguments, "--also-against", also_against,
+              "the same, in addition to --against or to 'against' of the project file; may be repeated");
 }
 
 std::vector<std::string> BaselineOption::For(const std::vector<std::string>& paths, const Project* project) const {

@@ -24,6 +24,9 @@ struct BaselineOption {
   std::vector<std::string> For(const std::vector<std::string>& paths, const Project* project) const;
 };
 
+// --against of commands that take several, as it is
+void AddBaselines(ArgumentList& arguments, std::vector<std::string>& against, std::string description);
+
 struct CheckRequest {
   const char* command;
   std::vector<std::string> paths;      // OLD and NEW; with a baseline, files and directories, or none

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "project/check_project.h"
 #include "project/load_inputs.h"
 #include "project/nearest_projects.h"
 #include "report/result/report.h"
@@ -21,6 +22,7 @@ struct CommandResult {
   std::vector<std::string> paths = {};  // of the inputs, as given
   Report report = {};
   std::vector<std::shared_ptr<const Source>> project_sources = {};  // of a project check; may hold null
+  std::vector<ComparedFile> compared = {};                          // of a project check
   std::shared_ptr<const ProjectSet> projects = nullptr;             // of a check and lint; TableResult::project is a position
 };
 

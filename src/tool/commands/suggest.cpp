@@ -6,14 +6,10 @@
 #include "base/input_error.h"
 #include "base/text.h"
 #include "project/baseline.h"
-#include "project/input_projects.h"
-#include "project/load_inputs.h"
 #include "project/project.h"
 #include "schema/input.h"
-#include "schema/selection.h"
 #include "tool/cli/command.h"
 #include "tool/cli/option_groups.h"
-#include "tool/commands/pair_notes.h"
 #include "tool/commands/run_check.h"
 #include "tool/commands/suggest_files.h"
 #include "tool/commands/suggest_project.h"
@@ -27,7 +23,7 @@ struct SuggestArguments {
   InputFiles inputs;
   TableSelection selection;
   TableSettings settings;
-  std::optional<std::string> against;
+  std::vector<std::string> against;
   OutputOption output;
   bool whole_file = false;
   bool is_diff = false;  // the default
@@ -38,8 +34,9 @@ struct SuggestArguments {
     inputs.AddComparedTo(arguments);
     selection.AddTo(arguments);
     settings.AddTo(arguments);
-    arguments.AddText("--against", "git:REV|DIR", against,
-                      "fix the project's schema files, compared with a commit or a directory as 'check --against' does");
+    AddBaselines(arguments, against,
+                 "fix the project's schema files, compared with a commit or a directory as 'check --against' does; may be "
+                 "repeated");
     settings.AddProjectTo(arguments);
     output.AddTo(arguments);
     arguments.AddFlag("--file", whole_file, "print the whole fixed schema file");
@@ -49,20 +46,13 @@ struct SuggestArguments {
   }
 };
 
-std::vector<TableQuestion> QuestionsOf(const Pair& pair, const SuggestArguments& arguments, const Project* project) {
-  std::vector<TableQuestion> questions;
-  for (const std::string& table : SelectTables(pair, arguments.selection.tables).compared) {
-    const PartialSettings given = GivenFor(arguments.settings.given, project, table);
-    questions.push_back({table, ResolveSettings(given, pair.first, table)});
-  }
-  return questions;
-}
-
 // An image is written as a schema file in any case.
-void PrintNothingToFix(const std::vector<FixedFile>& files) {
+void PrintNothingToFix(const FixedFiles& fixed) {
+  const std::vector<FixedFile>& files = fixed.files;
   if (!files.empty() && !files.front().input.text) return;
   const std::string name = files.empty() ? "" : OneLine(files.front().input.name) + ": ";
-  PrintErrors({ToolMessage(name + "nothing to fix: every table that was compared is allowed")});
+  PrintErrors(
+      {ToolMessage(name + "nothing to fix: every table that was compared is allowed" + (fixed.has_waived ? " or waived" : ""))});
 }
 
 void RequireText(const Input& input, const SuggestArguments& arguments) {
@@ -71,19 +61,6 @@ void RequireText(const Input& input, const SuggestArguments& arguments) {
   throw InputError{
       {ToolMessage(OneLine(input.name) + (is_in_place ? " is an image; allowed with --write: a schema file"
                                                       : " is an image, which has no lines to compare; allowed: --file"))}};
-}
-
-FixedFile FixPair(const SuggestArguments& arguments, const Project* project) {
-  const std::vector<std::string>& paths = arguments.inputs.paths;
-  if (arguments.writes) RequireReplaceable(paths.back());
-  std::vector<Input> inputs = LoadInputs(paths);
-  RequireText(inputs.back(), arguments);
-  PrintPairNotes("suggest", {inputs.front(), inputs.back()}, paths);
-  ProjectSet projects(project, arguments.settings.SearchesProjects());
-  const InputProject nearest = InputProjects(projects, arguments.settings.links()).Of(paths.back());
-  const std::vector<TableQuestion> questions = QuestionsOf({inputs.front(), inputs.back()}, arguments, nearest.project);
-  SchemaSuggestion suggestion = FixSchema(inputs.front(), inputs.back(), questions);
-  return {std::move(inputs.back()), paths.back(), std::move(suggestion)};
 }
 
 std::string ResultFor(const std::vector<FixedFile>& files, const SuggestArguments& arguments) {
@@ -100,45 +77,48 @@ std::string ResultFor(const std::vector<FixedFile>& files, const SuggestArgument
 
 // What to compare the files of the project with; none for OLD and NEW.
 std::vector<std::string> BaselinesFor(const SuggestArguments& arguments, const Project* project) {
-  if (arguments.against) return {*arguments.against};
+  if (!arguments.against.empty()) return arguments.against;
   return project == nullptr || arguments.inputs.paths.size() > 1 ? std::vector<std::string>() : BaselinesOf(*project);
 }
 
-std::vector<FixedFile> FixFiles(const SuggestArguments& arguments, const Project* project, NothingAllowed& reasons) {
+FixedFiles FixFiles(const SuggestArguments& arguments, const Project* project, NothingAllowed& reasons) {
   vesk::ClosedCategory log;
+  std::vector<std::string> baselines = BaselinesFor(arguments, project);
+  const bool is_pair = baselines.empty();
   const CheckRequest request{
       .command = "suggest",
       .paths = arguments.inputs.paths,
-      .baselines = BaselinesFor(arguments, project),
+      .baselines = std::move(baselines),
       .options = {.tables = arguments.selection.tables,
                   .given = arguments.settings.given,
                   .project = project,
                   .log = log.handle()},
       .searches_projects = arguments.settings.SearchesProjects(),
       .links = arguments.settings.links(),
-      .on_files = [&](const std::vector<std::string>& files) { RefuseOverlaps(files, {&arguments.output}); }};
+      .on_files = [&](const std::vector<std::string>& files) { RefuseOverlaps(files, {&arguments.output}); },
+      .prints_pair_notes = is_pair};
   RequireBaseline(request);
   if (request.HasBaseline()) {
     if (arguments.whole_file) throw UsageError{"--file requires OLD and NEW"};
     return FixProject(request, reasons);
   }
   RequireDistinctFiles(request.paths, arguments.output);
-  std::vector<FixedFile> files;
-  files.push_back(FixPair(arguments, project));
-  AddReasons(files.front(), reasons);
-  return files;
+  if (arguments.writes) RequireReplaceable(request.paths.back());
+  return FixPair(
+      request, [&](const Input& new_input) { RequireText(new_input, arguments); }, reasons);
 }
 
 int Run(const SuggestArguments& arguments) {
-  RequireFiles(arguments.inputs.paths, arguments.against.has_value());
+  RequireFiles(arguments.inputs.paths, !arguments.against.empty());
   const std::optional<Project> project = arguments.settings.ReadProject();
   if (project) RefuseOverlaps({project->file}, {&arguments.output});
   NothingAllowed reasons;
-  const std::vector<FixedFile> files = FixFiles(arguments, project ? &*project : nullptr, reasons);
+  const FixedFiles fixed = FixFiles(arguments, project ? &*project : nullptr, reasons);
+  const std::vector<FixedFile>& files = fixed.files;
   const bool is_changed = std::ranges::any_of(files, [](const FixedFile& file) { return file.suggestion.is_changed; });
   // A table that stays refused, often for a reason of its own, does not withhold the suggestions for the others.
   if (!is_changed && !reasons.lines.empty()) throw reasons;
-  if (!is_changed && reasons.lines.empty()) PrintNothingToFix(files);
+  if (!is_changed && reasons.lines.empty()) PrintNothingToFix(fixed);
   arguments.output.Write(ResultFor(files, arguments));
   if (!reasons.lines.empty()) throw reasons;
   return kAllAllowed;

@@ -1,73 +1,106 @@
-// Tested by tests/tool/suggest_project_test.cpp.
+// Tested by tests/tool/suggest_project_test.cpp and suggest_baselines_test.cpp.
 #include "tool/commands/suggest_project.h"
 
 #include <algorithm>
-#include <set>
+#include <map>
 #include <utility>
 
 #include "base/text.h"
 #include "project/git.h"
-#include "project/load_inputs.h"
 #include "project/waivers.h"
 #include "report/result/summary.h"
+#include "tool/commands/fix_file.h"
 #include "tool/commands/project_pairs.h"
 
 namespace korvel::tool {
 namespace {
 
-bool HasRefused(const ChangedPair& pair) {
-  return std::ranges::any_of(pair.tables,
-                             [](const TableResult* table) { return table->status == Status::kRefused && !IsWaived(*table); });
+bool IsOpen(const TableResult& table) { return table.status == Status::kRefused && !IsWaived(table); }
+
+// A file of the new state with its counterparts in the states of the baselines.
+using FileStates = std::vector<const ComparedFile*>;
+
+// In the order of the check.
+std::vector<FileStates> FilesOf(const std::vector<ComparedFile>& compared) {
+  std::vector<FileStates> files;
+  std::map<std::string_view, std::size_t> positions;
+  for (const ComparedFile& file : compared) {
+    const auto [found, is_new] = positions.emplace(file.new_name, files.size());
+    if (is_new) files.emplace_back();
+    files[found->second].push_back(&file);
+  }
+  return files;
 }
 
-FixedFile Fix(const ChangedPair& pair, Git& git) {
-  FixedFile file{LoadNew(pair, git), PathOnDisk(pair.new_name), {}};
-  const Input old_input = LoadInput(pair.old_name, git);
-  std::vector<TableQuestion> questions;
-  for (const TableResult* const table : pair.tables) {
-    if (table->status == Status::kNew || IsWaived(*table)) continue;
-    questions.push_back({table->table, ResolveSettings(table->settings, old_input, table->table)});
-  }
-  if (file.input.text) file.suggestion = FixSchema(old_input, file.input, questions);
-  return file;
+// Whether the change of the file since one of the states has a refused table that is not waived.
+bool NeedsFix(const FileStates& states, const Report& report) {
+  return std::ranges::any_of(states, [&](const ComparedFile* file) {
+    return !file->is_unchanged && std::ranges::any_of(TablesOf(*file, report), IsOpen);
+  });
 }
 
 // The refused tables of files that have not changed: their old schemas or settings break a rule.
-void AddReasonsOfUnchanged(const Report& report, const std::vector<ChangedPair>& pairs, NothingAllowed& reasons) {
-  std::set<const TableResult*> changed;
-  for (const ChangedPair& pair : pairs) changed.insert(pair.tables.begin(), pair.tables.end());
-  for (const TableResult& table : report.tables) {
-    if (table.status != Status::kRefused || IsWaived(table) || changed.contains(&table)) continue;
-    reasons.lines.push_back(StaysRefused(table.second == nullptr ? "" : table.second->name, table.table, table.verdict));
+void AddReasonsOfUnchanged(const CommandResult& result, NothingAllowed& reasons) {
+  for (const ComparedFile& file : result.compared) {
+    if (!file.is_unchanged) continue;
+    for (const TableResult& table : TablesOf(file, result.report)) {
+      if (IsOpen(table)) reasons.lines.push_back(StaysRefused(file.new_name, table.table, table.verdict));
+    }
   }
+}
+
+// Without the tables that are refused in an unchanged file.
+std::vector<EarlierState> EarlierStatesOf(const FileStates& states, const Report& report, Git& git) {
+  std::vector<EarlierState> earlier;
+  for (const ComparedFile* const file : states) {
+    std::vector<const TableResult*> tables;
+    for (const TableResult& table : TablesOf(*file, report)) {
+      if (!(file->is_unchanged && table.status == Status::kRefused)) tables.push_back(&table);
+    }
+    if (!file->old_name.empty() && !tables.empty()) earlier.push_back({LoadOld(*file, git), std::move(tables)});
+  }
+  return earlier;
 }
 
 }  // namespace
 
-std::vector<FixedFile> FixProject(const CheckRequest& request, NothingAllowed& reasons) {
+FixedFiles FixProject(const CheckRequest& request, NothingAllowed& reasons) {
   CommandResult result = RunCheck(request);
   ApplyAllWaivers(*result.projects, {}, result.report);
-  RequireOneCompleteState("suggest", result.report);
+  RequireCompleteState("suggest", result.report);
+  FixedFiles fixed{.has_waived = std::ranges::any_of(result.report.tables, IsWaived)};
   Git git;
-  std::vector<FixedFile> files;
-  const std::vector<ChangedPair> pairs = ChangedPairsOf(result.report);
-  AddReasonsOfUnchanged(result.report, pairs, reasons);
-  for (const ChangedPair& pair : pairs) {
-    if (!HasRefused(pair)) continue;
-    const std::string start = OneLine(PathText(pair.new_name)) + ": error: no suggestion: ";
-    if (pair.is_deleted) {
+  AddReasonsOfUnchanged(result, reasons);
+  for (const FileStates& states : FilesOf(result.compared)) {
+    if (!NeedsFix(states, result.report)) continue;
+    const ComparedFile& file = *states.front();
+    const std::string start = OneLine(PathText(file.new_name)) + ": error: no suggestion: ";
+    if (file.is_deleted) {
       reasons.lines.push_back(start + "the file was deleted; allowed: restore it, or move it");
       continue;
     }
-    FixedFile file = Fix(pair, git);
-    if (!file.input.text) {
+    Input input = LoadNew(file, git);
+    if (!input.text) {
       reasons.lines.push_back(start + "it is an image, which has no lines to change");
       continue;
     }
-    AddReasons(file, reasons);
-    files.push_back(std::move(file));
+    fixed.files.push_back(FixFile(EarlierStatesOf(states, result.report, git), std::move(input), PathOnDisk(file.new_name),
+                                  request.options, *result.projects, reasons));
   }
-  return files;
+  return fixed;
+}
+
+FixedFiles FixPair(const CheckRequest& request, const std::function<void(const Input& new_input)>& on_loaded,
+                   NothingAllowed& reasons) {
+  CommandResult result = RunCheck(request);
+  on_loaded(result.inputs.back());
+  ApplyAllWaivers(*result.projects, {}, result.report);
+  EarlierState state{result.inputs.front(), {}};
+  for (const TableResult& table : result.report.tables) state.tables.push_back(&table);
+  FixedFiles fixed{.has_waived = std::ranges::any_of(result.report.tables, IsWaived)};
+  fixed.files.push_back(
+      FixFile({std::move(state)}, result.inputs.back(), request.paths.back(), request.options, *result.projects, reasons));
+  return fixed;
 }
 
 }  // namespace korvel::tool

@@ -1,0 +1,65 @@
+// Tested by tests/tool/suggest_waiver_test.cpp.
+#include "analysis/suggest/accepted_changes.h"
+
+#include <cstddef>
+#include <utility>
+
+#include "analysis/diff/diff.h"
+#include "analysis/suggest/rewrite.h"
+#include "schema/model.h"
+
+namespace korvel {
+namespace {
+
+Model ApplyAccepted(const Difference& difference, const std::set<AcceptedEdit>& accepted) {
+  const std::vector<Edit>& edits = difference.edits();
+  std::vector<bool> chosen(edits.size());
+  for (std::size_t i = 0; i < edits.size(); ++i) {
+    if (!accepted.contains(AcceptedEditOf(edits[i]))) continue;
+    chosen[i] = true;
+    for (const std::size_t need : difference.Needs(i)) chosen[need] = true;
+  }
+  return difference.Apply(chosen);
+}
+
+// What differs from a source in any of several tables.
+class ChangedParts {
+ public:
+  explicit ChangedParts(const Source& source) : present_(source), model_(present_.head()) {}
+
+  void Add(Model wanted) {
+    const Model& head = present_.head();
+    if (wanted.name != head.name) model_.name = std::move(wanted.name);
+    if (wanted.version != head.version) model_.version = wanted.version;
+    if (wanted.protocol != head.protocol) model_.protocol = wanted.protocol;
+    for (MetaModel& meta : wanted.metas) {
+      const MetaModel* const present = present_.Find(meta.name);
+      if (present != nullptr && *present == meta) continue;
+      if (names_.insert(meta.name).second) model_.metas.push_back(std::move(meta));
+    }
+  }
+
+  const Model& model() const { return model_; }
+
+ private:
+  MetaCache present_;
+  Model model_;
+  std::set<std::string> names_;
+};
+
+}  // namespace
+
+AcceptedEdit AcceptedEditOf(const Edit& edit) { return {edit.kind, edit.meta, edit.item, edit.before, edit.after}; }
+
+std::optional<Source> WithAccepted(const Source& old_source, const Source& new_source, const std::vector<std::string>& tables,
+                                   const std::set<AcceptedEdit>& accepted) {
+  ChangedParts changed(old_source);
+  for (const std::string& table : tables) changed.Add(ApplyAccepted(Difference(old_source, new_source, table), accepted));
+  const auto replacements = Rewriter(old_source, new_source).Rewrite(changed.model());
+  if (!replacements) return std::nullopt;
+  std::optional<Source> result = SourceOfText(old_source.name, ApplyReplacements(old_source.text->Bytes(), *replacements));
+  if (result) result->path_in_project = old_source.path_in_project;
+  return result;
+}
+
+}  // namespace korvel

@@ -1,0 +1,33 @@
+// Applies accepted changes to an old source: what is suggested for the result keeps them.
+#pragma once
+
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "analysis/diff/edit.h"
+#include "schema/source.h"
+
+namespace korvel {
+
+// An edit, in each table that has it: its kind, structure, item and values.
+struct AcceptedEdit {
+  EditKind kind;
+  std::string meta;
+  std::string item;
+  std::string before;
+  std::string after;
+
+  auto operator<=>(const AcceptedEdit& other) const = default;
+};
+
+AcceptedEdit AcceptedEditOf(const Edit& edit);
+
+// The old source after these edits, and those that they need, of the tables; other edits to the new source are not made. nullopt
+// if no schema file can contain the result. Linear in the tables, except for that of the differences. REQUIRES: both sources have
+// the tables, and the old one has a text.
+std::optional<Source> WithAccepted(const Source& old_source, const Source& new_source, const std::vector<std::string>& tables,
+                                   const std::set<AcceptedEdit>& accepted);
+
+}  // namespace korvel
