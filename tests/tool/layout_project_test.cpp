@@ -52,6 +52,21 @@ TEST_F(LayoutProjectTest, NamesFilesWithoutTables) {
   EXPECT_THAT(Layout({"schemas"}), HasSubstr("\n\nschemas/types.xml: no table\n\nschemas/users.xml:\n"));
 }
 
+TEST_F(LayoutProjectTest, ShowsChangedTablesSinceABaseline) {
+  Write("schemas/users.xml", Schema("users", "uint32"));
+  Write("schemas/deep/items.xml", Schema("items") + "<!-- a comment -->\n");
+  Write("schemas/carts.xml", Schema("carts"));
+  std::filesystem::remove(PathOf("schemas/orders.xml"));
+  const std::string text = Layout({"--against", "git:HEAD"});
+  EXPECT_THAT(text, testing::StartsWith("schemas/carts.xml:\ntable carts: new, 8 bytes per packed record; "));
+  EXPECT_THAT(text, HasSubstr("\n\ngit:HEAD:schemas/orders.xml -> schemas/orders.xml:\ntable orders: removed, was 8 bytes"));
+  EXPECT_THAT(text, testing::EndsWith("\n\ngit:HEAD:schemas/users.xml -> schemas/users.xml:\n" +
+                                      Layout({"git:HEAD:schemas/users.xml", "schemas/users.xml"})));
+  EXPECT_EQ(Json::parse(Layout({"--against", "git:HEAD", "--format", "json"}))["layouts"].size(), 3u);
+  EXPECT_EQ(Layout({"--against", "git:HEAD", "schemas/users.xml"}), Layout({"--against", "git:HEAD", "--table", "users"}));
+  ExpectOutcome(Run({"layout", "--against", "git:HEAD", "schemas/deep"}), 0, "", "korvelcheck: no table has changed\n");
+}
+
 // A part of the files would look like all of them.
 TEST_F(LayoutProjectTest, ShowsNothingIfAFileHasAFault) {
   Write("schemas/orders.xml", "<metalib>");

@@ -225,7 +225,8 @@ std::string RenderLayoutJson(const LayoutRequest& request) {
 
 std::string RenderLayoutsText(const std::vector<LayoutRequest>& requests) {
   return Join(requests, "\n", [](const LayoutRequest& request) {
-    const std::string before = request.before == nullptr ? "" : OneLine(PathText(request.before->name)) + " -> ";
+    const bool is_pair = request.before != nullptr && request.before->name != request.after->name;
+    const std::string before = is_pair ? OneLine(PathText(request.before->name)) + " -> " : "";
     const std::string name = before + OneLine(PathText(request.after->name));
     return name + (request.tables.empty() ? ": no table\n" : ":\n" + RenderLayoutText(request));
   });

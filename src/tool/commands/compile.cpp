@@ -43,6 +43,7 @@ void CompileOne(const CompileArguments& arguments) {
 void CompileAll(const CompileArguments& arguments) {
   if (!arguments.output.file) throw UsageError{"several images are written to a directory; allowed: -o DIR"};
   const std::optional<Project> project = arguments.settings.ReadProject();
+  if (project) RefuseOverlaps({project->file}, {&arguments.output});
   const Project* const of_call = project ? &*project : nullptr;
   const SelectedInputs selected = LoadSelected(arguments.inputs.paths, arguments.settings, of_call, arguments.output);
   WriteStandardOutput(AsProducer(WriteImages(selected, of_call, *arguments.output.file)));

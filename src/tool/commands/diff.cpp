@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "project/baseline.h"
-#include "project/file_pair.h"
 #include "project/load_inputs.h"
 #include "report/render/render.h"
 #include "schema/selection.h"
@@ -59,19 +58,19 @@ CheckRequest RequestOf(const DiffArguments& arguments, const Project* project, L
           .on_files = [&](const std::vector<std::string>& files) { RefuseOverlaps(files, {&arguments.output}); }};
 }
 
-// The changes of a file, which the sources own. An added or deleted file is compared with a library without tables.
-FileListing ListingOf(const ComparedFile& file, const Report& report, Git& git, std::deque<Input>& sources) {
+// The changes of a file.
+FileListing ListingOf(const ComparedFile& file, const FileInBoth& states, const Report& report) {
   using Kind = FileListing::Kind;
-  const Kind kind = file.is_deleted ? Kind::kDeleted : file.old_name.empty() ? Kind::kAdded : Kind::kChanged;
-  const Input& present = sources.emplace_back(kind == Kind::kDeleted ? LoadOld(file, git) : LoadNew(file, git));
-  const Input& other = sources.emplace_back(kind == Kind::kChanged ? LoadOld(file, git) : WithoutTables(present, present.name));
   std::vector<std::string> compared;
   std::vector<std::string> added;
   for (const TableResult& table : TablesOf(file, report)) {
     (table.status == Status::kNew ? added : compared).push_back(table.table);
   }
-  const bool is_old = kind == Kind::kDeleted;
-  return {kind, file.baseline, ListChanges(is_old ? present : other, is_old ? other : present, compared, added)};
+  return {.kind = file.is_deleted         ? Kind::kDeleted
+                  : file.old_name.empty() ? Kind::kAdded
+                                          : Kind::kChanged,
+          .baseline = file.baseline,
+          .listing = ListChanges(states.old_input, states.new_input, compared, added)};
 }
 
 // Comments and descriptions are no part of a schema.
@@ -91,11 +90,11 @@ std::string DiffOfProject(const DiffArguments& arguments) {
   const CommandResult result = RunCheck(request);
   RequireCompleteState("diff", result.report);
   Git git;
-  std::deque<Input> sources;
+  std::deque<FileInBoth> sources;
   std::vector<FileListing> listings;
   for (const ComparedFile& file : result.compared) {
     if (file.is_unchanged || file.table_count == 0) continue;
-    FileListing listing = ListingOf(file, result.report, git, sources);
+    FileListing listing = ListingOf(file, sources.emplace_back(LoadBoth(file, git)), result.report);
     if (HasChanges(listing.listing)) listings.push_back(std::move(listing));
   }
   return arguments.format.json ? RenderProjectDiffJson(result.report, listings) : RenderProjectDiffText(result.report, listings);

@@ -1,5 +1,6 @@
 // Tested by tests/tool/layout_test.cpp and layout_project_test.cpp.
 #include <algorithm>
+#include <deque>
 #include <iterator>
 #include <utility>
 
@@ -11,9 +12,11 @@
 #include "schema/selection.h"
 #include "tool/cli/command.h"
 #include "tool/cli/option_groups.h"
+#include "tool/commands/project_pairs.h"
 #include "tool/commands/run_check.h"
 #include "tool/commands/selected_inputs.h"
 #include "tool/io/exit.h"
+#include "vesk/closed_category.h"
 
 namespace korvel::tool {
 namespace {
@@ -22,6 +25,7 @@ struct LayoutArguments {
   InputFiles inputs;
   TableSelection selection;
   TableSettings settings;  // only the project file
+  std::vector<std::string> against;
   OutputOption output{.is_report = true};
   TextOrJson format;
 
@@ -31,9 +35,16 @@ struct LayoutArguments {
                        "a schema file or image, or OLD and NEW side by side, or directories; default: the project's files")
         .is_repeated = true;
     selection.AddTo(arguments);
+    AddBaselines(
+        arguments, against,
+        "show the changed tables of the project's schema files since a commit or a directory side by side; may be repeated");
     settings.AddProjectTo(arguments);
     output.AddTo(arguments);
     format.AddTo(arguments);
+  }
+
+  std::string Render(const std::vector<LayoutRequest>& requests) const {
+    return format.json ? RenderLayoutsJson(requests) : RenderLayoutsText(requests);
   }
 };
 
@@ -83,16 +94,56 @@ std::vector<LayoutRequest> RequestsFor(const std::vector<Input>& inputs, const s
   return requests;
 }
 
-std::string LayoutOfProject(const LayoutArguments& arguments) {
+std::string LayoutOfProject(const LayoutArguments& arguments, const Project* project) {
+  const SelectedInputs selected = LoadSelected(arguments.inputs.paths, arguments.settings, project, arguments.output);
+  return arguments.Render(RequestsFor(selected.inputs, arguments.selection.tables));
+}
+
+// The tables of a file that have changed.
+std::vector<std::string> ChangedTables(const ComparedFile& file, const Report& report) {
+  std::vector<std::string> changed;
+  for (const TableResult& table : TablesOf(file, report)) {
+    if (!table.is_unchanged.value_or(false)) changed.push_back(table.table);
+  }
+  return changed;
+}
+
+// The check finds the files and tables that changed; its verdict does not matter.
+std::string LayoutOfChanges(const LayoutArguments& arguments, const Project* project) {
+  vesk::ClosedCategory log;
+  const CommandResult result =
+      RunCheck({.command = "layout",
+                .paths = arguments.inputs.paths,
+                .baselines = arguments.against,
+                .allow_new = true,
+                .options = {.tables = arguments.selection.tables, .project = project, .log = log.handle()},
+                .searches_projects = arguments.settings.SearchesProjects(),
+                .links = arguments.settings.links(),
+                .on_files = [&](const std::vector<std::string>& files) { RefuseOverlaps(files, {&arguments.output}); }});
+  RequireCompleteState("layout", result.report);
+  Git git;
+  std::deque<FileInBoth> sources;
+  std::vector<LayoutRequest> requests;
+  for (const ComparedFile& file : result.compared) {
+    std::vector<std::string> tables = ChangedTables(file, result.report);
+    if (tables.empty()) continue;
+    const FileInBoth& states = sources.emplace_back(LoadBoth(file, git));
+    requests.push_back({&states.old_input, &states.new_input, std::move(tables)});
+  }
+  if (requests.empty()) PrintErrors({ToolMessage("no table has changed")});
+  return arguments.Render(requests);
+}
+
+std::string LayoutOf(const LayoutArguments& arguments) {
+  if (arguments.against.empty() && !SelectsFiles(arguments.inputs.paths)) return LayoutOfFiles(arguments);
   const std::optional<Project> project = arguments.settings.ReadProject();
-  const SelectedInputs selected =
-      LoadSelected(arguments.inputs.paths, arguments.settings, project ? &*project : nullptr, arguments.output);
-  const std::vector<LayoutRequest> requests = RequestsFor(selected.inputs, arguments.selection.tables);
-  return arguments.format.json ? RenderLayoutsJson(requests) : RenderLayoutsText(requests);
+  if (project) RefuseOverlaps({project->file}, {&arguments.output});
+  const Project* const of_call = project ? &*project : nullptr;
+  return arguments.against.empty() ? LayoutOfProject(arguments, of_call) : LayoutOfChanges(arguments, of_call);
 }
 
 int Run(const LayoutArguments& arguments) {
-  arguments.output.Write(SelectsFiles(arguments.inputs.paths) ? LayoutOfProject(arguments) : LayoutOfFiles(arguments));
+  arguments.output.Write(LayoutOf(arguments));
   return kAllAllowed;
 }
 

@@ -24,4 +24,11 @@ std::string PathOnDisk(const std::string& name);
 Input LoadOld(const ComparedFile& file, Git& git);
 Input LoadNew(const ComparedFile& file, Git& git);
 
+// The same in both states. An added or deleted file is a library without tables in the other state. REQUIRES: it has a table.
+struct FileInBoth {
+  Input old_input;
+  Input new_input;
+};
+FileInBoth LoadBoth(const ComparedFile& file, Git& git);
+
 }  // namespace korvel::tool

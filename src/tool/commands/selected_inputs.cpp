@@ -16,7 +16,6 @@ bool SelectsFiles(const std::vector<std::string>& paths) { return paths.empty() 
 SelectedInputs LoadSelected(const std::vector<std::string>& paths, const TableSettings& settings, const Project* project,
                             const OutputOption& output) {
   RequireOneStandardInput(paths);
-  if (project != nullptr) RefuseOverlaps({project->file}, {&output});
   ProjectSet projects(project, settings.SearchesProjects());
   SchemaFinder finder(projects, settings.links());
   const std::vector<std::string> files = finder.Select(paths);
