@@ -20,6 +20,7 @@
 #include "base/text.h"
 #include "project/file_pair.h"
 #include "project/hidden_changes.h"
+#include "project/inner_repository.h"
 #include "project/moved_files.h"
 #include "project/project_files.h"
 #include "project/project_path.h"
@@ -93,8 +94,7 @@ class Comparison {
     pair.is_elsewhere = !repository.empty();
     if (repository.empty()) return false;
     pair.faults.push_back(FaultAbout(FaultKind::kUnreadable, states_.new_state->Display(*pair.old_path),
-                                     "belongs to the repository in " + OneLine(states_.new_state->Display(repository)) +
-                                         ", such as a submodule; check it there"));
+                                     "belongs to " + Describe(states_, repository)));
     return true;
   }
 

@@ -13,6 +13,7 @@
 #include "project/dropped_files.h"
 #include "project/file_selection.h"
 #include "project/git.h"
+#include "project/inner_repository.h"
 #include "project/near_pattern.h"
 #include "project/project_path.h"
 #include "project/revision_hint.h"
@@ -30,8 +31,16 @@ std::string Below(const fs::path& path, const std::string& top, const std::strin
 }
 
 std::string NoMatch(const ProjectScope& scope, const ProjectText& pattern, bool is_excluded, const ProjectStates& states) {
-  const std::string what = is_excluded ? " matches only files that 'exclude' leaves out"
-                                       : " matches no file" + ToText(FindNearPattern(pattern.text, scope, *states.new_state));
+  const std::string directory = Patterns(scope).Directory(pattern);
+  const std::string repository = directory.empty() ? "" : RepositoryAt(states, directory);
+  std::string what = " matches no file";
+  if (is_excluded) {
+    what = " matches only files that 'exclude' leaves out";
+  } else if (!repository.empty()) {
+    what += " outside " + Describe(states, repository);
+  } else {
+    what += ToText(FindNearPattern(pattern.text, scope, *states.new_state));
+  }
   return OneLine(FileLineColumn(PathText(scope.project->file), pattern.location) + ": error: " + Quote(pattern.text) + what +
                  "; allowed: patterns that match a file" + (states.has_old ? " of either state" : ""));
 }
@@ -154,8 +163,7 @@ std::set<std::string> NamesIn(const FileTree& state, const std::string& director
 std::string Missing(const ProjectStates& states, const std::string& given, const std::string& path) {
   const std::string begin = OneLine(given) + ": ";
   if (const std::string repository = RepositoryOf(states, path); !repository.empty()) {
-    return ToolMessage(begin + "belongs to the repository in " + OneLine(states.new_state->Display(repository)) +
-                       ", such as a submodule; check it there");
+    return ToolMessage(begin + "belongs to " + Describe(states, repository));
   }
   if (!states.new_state->Below(path).empty()) {
     const ProjectScope& scope = states.projects->Of(path + "/");
@@ -166,6 +174,9 @@ std::string Missing(const ProjectStates& states, const std::string& given, const
     return ToolMessage(
         begin + "no file in it has the suffix .xml or .qmb" +
         (near ? "; " + PathText(file) + " is a schema file: name it, or select it by 'paths' of a project file" : ""));
+  }
+  if (const std::string repository = RepositoryAt(states, path); !repository.empty()) {
+    return ToolMessage(begin + "no schema file outside " + Describe(states, repository));
   }
   const std::set<std::string> names = NamesIn(*states.new_state, std::string(DirectoryOf(path)));
   const std::vector<std::string_view> near(names.begin(), names.end());
@@ -223,6 +234,7 @@ ProjectStates OpenStates(const Baseline& baseline, ProjectSet& projects, Links l
   states.baseline = baseline;
   if (baseline.revision) {
     states.top = AbsolutePath(Git::Top(name));
+    states.is_work_tree = true;
     states.old_state = CommitTree(*baseline.revision, name);
     states.new_state = WorkTreeSeenFrom(AbsolutePath(""), states.top, name, links);
   } else {
@@ -258,16 +270,6 @@ ProjectFiles SelectFiles(const std::vector<std::string>& paths, const ProjectSta
   ProjectFiles files = FilesOfPatterns(whole, states);
   AddDropped(whole, states, files);
   return files;
-}
-
-std::string RepositoryOf(const ProjectStates& states, const std::string& path) {
-  if (!states.baseline.revision) return "";
-  std::error_code ignored;
-  for (std::string directory = path; !directory.empty();) {
-    if (fs::exists(fs::path(states.top) / directory / ".git", ignored)) return directory;
-    directory.resize(DirectoryOf(directory).size());
-  }
-  return "";
 }
 
 bool HasSchema(const ProjectStates& states) {

@@ -22,7 +22,8 @@ namespace korvel {
 // The two states of a project, with the same top.
 struct ProjectStates {
   Baseline baseline;
-  bool has_old = true;  // false: there is no earlier state, and messages do not mention it
+  bool has_old = true;        // false: there is no earlier state, and messages do not mention it
+  bool is_work_tree = false;  // the new state is that of a git repository, without the repositories in it
   std::unique_ptr<FileTree> old_state;
   std::unique_ptr<FileTree> new_state;
   std::string top;                            // of the new state on the disk, absolute
@@ -71,10 +72,6 @@ struct ProjectFiles {
 // Marks the project files whose schemas are all selected as covered. Throws InputError for a path or pattern that neither state
 // has files for, if there are neither paths nor patterns, and for project files with errors.
 ProjectFiles SelectFiles(const std::vector<std::string>& paths, const ProjectStates& states);
-
-// The nearest directory that contains a path, or is it, and is a repository of its own below the top, such as a submodule. ""
-// without such a directory, and if the baseline is no commit.
-std::string RepositoryOf(const ProjectStates& states, const std::string& path);
 
 // Whether any file of the old state is a schema of the project: one that a directory with all files would select, with the
 // project files of either state. Reads files until it finds one.

@@ -28,6 +28,7 @@ ProjectStates OpenDisk(ProjectSet& projects, Links links) {
   const std::string here = AbsolutePath("");
   ProjectStates states;
   states.has_old = false;
+  states.is_work_tree = !repository.empty();
   states.top = AbsolutePath(repository.empty() && project != nullptr ? project->directory : repository);
   states.old_state = std::make_unique<NoFiles>();
   states.new_state = repository.empty() ? DiskTreeSeenFrom(here, states.top, links)

@@ -62,6 +62,24 @@ TEST_F(LintProjectTest, NothingToCheckIsAnError) {
   ExpectRefused({"lint"}, "korvelcheck.toml:2:10: error: 'none/*.xml' matches no file; allowed: patterns that match a file\n");
 }
 
+// The message said only that there is no schema file.
+TEST_F(LintProjectTest, RepositoriesInsideAreNamed) {
+  std::filesystem::create_directories(PathOf("vendor/lib/deep"));
+  GitIn("vendor/lib", {"init", "-q"});
+  Write("vendor/lib/deep/a.xml", Schema("a"));
+  const std::string repository = "the repository in vendor/lib, such as a submodule; run the command there, or name its files";
+  for (const std::string command : {"lint", "layout"}) {
+    ExpectRefused({command, "vendor/lib"}, "korvelcheck: vendor/lib: belongs to " + repository + "\n");
+    ExpectRefused({command, "vendor/lib/deep"}, "korvelcheck: vendor/lib/deep: belongs to " + repository + "\n");
+    ExpectRefused({command, "vendor"}, "korvelcheck: vendor: no schema file outside " + repository + "\n");
+  }
+  EXPECT_THAT(Linted({"vendor/lib/deep/a.xml"}), ElementsAre("vendor/lib/deep/a.xml: a allowed"));
+  EXPECT_THAT(Linted({"deep"}, "vendor/lib"), ElementsAre("deep/a.xml: a allowed"));
+  Write("korvelcheck.toml", "[schemas]\npaths = ['vendor/**/*.xml']\n");
+  ExpectRefused({"lint"}, "korvelcheck.toml:2:10: error: 'vendor/**/*.xml' matches no file outside " + repository +
+                              "; allowed: patterns that match a file\n");
+}
+
 // Who adds a file to a project must not make the program read files elsewhere.
 TEST_F(LintProjectTest, FoundLinksAreNotFollowed) {
   std::filesystem::create_symlink("users.xml", PathOf("schemas/link.xml"));
