@@ -8,6 +8,14 @@
 
 namespace korvel {
 
+std::vector<std::string> ProjectSet::Files() const {
+  std::vector<std::string> files;
+  for (const Project* const project : projects_) {
+    if (project != nullptr) files.push_back(project->file);
+  }
+  return files;
+}
+
 bool ProjectSet::HasTableSettings() const {
   return std::ranges::any_of(projects_, [](const Project* one) { return one != nullptr && !one->tables.empty(); });
 }

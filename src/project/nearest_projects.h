@@ -33,6 +33,9 @@ class ProjectSet {
   const Project* operator[](std::size_t position) const { return projects_[position]; }
   const Project* OfCall() const { return projects_.front(); }
 
+  // As shown, without a missing project file of the call.
+  std::vector<std::string> Files() const;
+
   // Whether any of them has settings of tables.
   bool HasTableSettings() const;
 

@@ -220,22 +220,5 @@ TEST_F(SuggestProjectTest, RefusalOfAnUnchangedFileIsNamed) {
   EXPECT_THAT(outcome.err, Not(HasSubstr("nothing to fix")));
 }
 
-// An output replaced the project file, with its waivers.
-TEST_F(SuggestProjectTest, OutputDoesNotReplaceTheProjectFile) {
-  const std::string before = Read("korvelcheck.toml");
-  for (const std::vector<std::string>& call :
-       {std::vector<std::string>{"check", "--against", "git:HEAD", "-o", "korvelcheck.toml"},
-        {"check", "--against", "git:HEAD", "--report", "json=korvelcheck.toml"},
-        {"lint", "--report", "json=korvelcheck.toml"},
-        {"diff", "--against", "git:HEAD", "-o", "korvelcheck.toml"},
-        {"history", "--git", "--report", "json=korvelcheck.toml"},
-        {"suggest", "--against", "git:HEAD", "-o", "korvelcheck.toml"}}) {
-    const Outcome outcome = Run(call);
-    EXPECT_EQ(outcome.exit_code, 2) << call.front();
-    EXPECT_THAT(outcome.err, HasSubstr("korvelcheck.toml would replace an input"));
-  }
-  EXPECT_EQ(Read("korvelcheck.toml"), before);
-}
-
 }  // namespace
 }  // namespace tool_test

@@ -57,6 +57,14 @@ bool IsSchema(const std::string& file) {
   }
 }
 
+// Whether a path leads to a project file: this call, or another one, depends on it.
+bool IsProjectFile(const std::string& file) {
+  std::error_code ignored;
+  const bool has_name =
+      std::filesystem::path(file).filename() == kProjectFileName || Resolved(file).filename() == kProjectFileName;
+  return has_name && std::filesystem::exists(file, ignored);
+}
+
 // The path of an input; that of standard input may be a link to a file.
 std::string OnDisk(const std::string& input) { return input == "-" ? "/dev/stdin" : input; }
 
@@ -69,6 +77,7 @@ std::string OverlapOf(const OutputOption& output, const std::vector<std::string>
   const bool is_log = !log_file.empty() && IsSameFile(*output.file, log_file);
   output.is_needed = output.is_needed || is_input || is_log;
   if (is_input) return option + " " + OneLine(*output.file) + " would replace an input";
+  if (IsProjectFile(*output.file)) return option + " " + OneLine(*output.file) + " would replace a project file";
   return is_log ? option + " and --log are the same file: " + OneLine(*output.file) : "";
 }
 
@@ -109,8 +118,7 @@ std::vector<std::string> FindReportFiles(const std::vector<std::string>& words) 
 }
 
 bool MayBeInput(const std::string& file, const std::vector<std::string>& words) {
-  const bool is_project_file = std::filesystem::path(file).filename() == kProjectFileName;
-  return is_project_file || IsNamedTwice(words, file) || IsSchema(file);
+  return IsProjectFile(file) || IsNamedTwice(words, file) || IsSchema(file);
 }
 
 void RefuseOverlaps(const std::vector<std::string>& inputs, const Outputs& outputs, const LogOptions& log) {
@@ -118,6 +126,9 @@ void RefuseOverlaps(const std::vector<std::string>& inputs, const Outputs& outpu
   const std::string log_file = log.settings.file.value_or("");
   for (const OutputOption* const output : outputs) {
     if (std::string error = OverlapOf(*output, inputs, log_file); !error.empty()) errors.push_back(std::move(error));
+  }
+  if (!log_file.empty() && IsProjectFile(log_file)) {
+    errors.push_back("--log " + OneLine(log_file) + " would change a project file");
   }
   for (const std::string& path : inputs) {
     if (log_file.empty() || !IsSameFile(log_file, OnDisk(path))) continue;

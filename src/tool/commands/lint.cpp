@@ -73,6 +73,7 @@ CommandResult Lint(const LintArguments& arguments, const CheckOptions& options) 
       LoadReadable("lint", kFiles, paths, arguments.report.texts(), [&](const std::string& path) { return finder.Read(path); });
   RequireTablesInEach(result);
   AddTables(result.paths, options, *projects, arguments.settings.links(), result);
+  RefuseOverlaps(projects->Files(), arguments.report.AllOutputs(), arguments.report.log);
   result.projects = projects;
   result.report.max_findings = options.max_findings;
   result.report.fails_on_warnings = arguments.fail_on.Warnings(options.project);

@@ -22,6 +22,7 @@ CommandResult CheckPair(const CheckRequest& request, ProjectSet& projects) {
   const std::string& path = request.paths.back();
   InputProject nearest = InputProjects(projects, request.links).Of(path);
   result.inputs.back().path_in_project = std::move(nearest.path_in_project);
+  if (request.on_files) request.on_files(projects.Files());
   CheckOptions options = request.options;
   options.project = nearest.project;
   const Pair pair = PairOf(result.report);
@@ -63,7 +64,10 @@ ProjectResult CheckAgainst(const CheckRequest& request, ProjectSet& projects, co
   check.states = OpenStates(baseline, projects, request.links);
   check.files = SelectFiles(request.paths, check.states);
   if (is_first) WarnOfRepeated(check.files.repeated);
-  if (request.on_files) request.on_files(ShownFiles(check.files, check.states));
+  if (request.on_files) {
+    request.on_files(ShownFiles(check.files, check.states));
+    request.on_files(projects.Files());
+  }
   check.allow_new = request.allow_new;
   check.shows_sources = request.texts == Texts::kShown;
   ProjectProgress progress;

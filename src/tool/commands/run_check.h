@@ -36,7 +36,7 @@ struct CheckRequest {
   CheckOptions options = {};
   bool searches_projects = false;  // nested project files judge the schema files below them
   Links links = Links::kRefuse;    // to files of the project
-  std::function<void(const std::vector<std::string>& files)> on_files = nullptr;  // called with the files of a project
+  std::function<void(const std::vector<std::string>& files)> on_files = nullptr;  // called with the files that are read
   bool prints_pair_notes = false;                                                 // see PrintPairNotes
   std::string fix_command = {};                                                   // see Report::fix_command
   bool reports_faults = false;  // faults of files of a project are in the report; otherwise they are an InputError

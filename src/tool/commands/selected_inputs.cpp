@@ -20,6 +20,7 @@ SelectedInputs LoadSelected(const std::vector<std::string>& paths, const TableSe
   SchemaFinder finder(projects, settings.links());
   const std::vector<std::string> files = finder.Select(paths);
   RefuseOverlaps(files, {&output});
+  RefuseOverlaps(projects.Files(), {&output});
   LoadedInputs loaded = TryToLoadInputs(files, Texts::kWhenNeeded, [&](const std::string& path) { return finder.Read(path); });
   if (!loaded.faults.empty()) throw ErrorOf(std::move(loaded.faults));
   std::vector<bool> is_found;

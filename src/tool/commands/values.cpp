@@ -34,6 +34,7 @@ TableResult CheckValues(const Pair& pair, const std::string& table, const Partia
 
 int Run(const ValuesArguments& arguments) {
   const std::optional<Project> project = arguments.settings.ReadProject();
+  if (project) RefuseOverlaps({project->file}, arguments.report.AllOutputs(), arguments.report.log);
   const auto check = [&](const Pair& pair, const std::string& table, LPVESKCATEGORYINST log) {
     return CheckValues(pair, table, GivenFor(arguments.settings.given, project ? &*project : nullptr, table), log);
   };

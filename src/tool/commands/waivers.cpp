@@ -97,6 +97,7 @@ int Run(const WaiversArguments& arguments) {
   RequireFiles(arguments.inputs.paths, arguments.baseline.IsGiven());
   RequireDistinctFiles(arguments.inputs.paths, arguments.output);
   const std::optional<Project> project = arguments.settings.ReadProject();
+  if (project) RefuseOverlaps({project->file}, {&arguments.output});
   if (!project && arguments.inputs.paths.empty()) RefuseNoProject();
   vesk::ClosedCategory log;
   const CheckRequest request = RequestOf(arguments, project ? &*project : nullptr, log.handle());
