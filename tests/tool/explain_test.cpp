@@ -270,10 +270,10 @@ TEST_F(ExplainTest, UnknownWordsAreRefused) {
   for (const std::string word : {"ta", "52", "-52", "4x", "99999999999999999999", "-2147483648", ""}) {
     ExpectInputError(Korvelcheck({"explain", word}), "korvelcheck: explain: '" + word + "'" + what + hint);
   }
-  ExpectInputError(Korvelcheck({"explain"}),
-                   "korvelcheck: explain: RULE-OR-CODE is required\nTry 'korvelcheck explain --help'.\n");
+  ExpectInputError(Korvelcheck({"explain"}), "korvelcheck: explain: TOPIC is required\nTry 'korvelcheck explain --help'.\n");
   ExpectInputError(Korvelcheck({"explain", "4", "5"}),
-                   "korvelcheck: explain: unexpected argument '5'\nTry 'korvelcheck explain --help'.\n");
+                   "korvelcheck: explain: '4' is not a fingerprint; allowed with files and --against: at least four hexadecimal "
+                   "digits\nTry 'korvelcheck explain --help'.\n");
 }
 
 TEST_F(ExplainTest, RulesListsEachOnALine) {

@@ -10,6 +10,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/text_sink.h"
@@ -35,6 +36,16 @@ std::string RenderText(const Report& report, bool color);
 
 // Of the same text, the blocks of the tables. With `seen`, of a step of a history: refers to findings of earlier steps.
 std::string RenderTablesText(const Report& report, Detail detail, bool color, SeenFindings* seen = nullptr, std::size_t step = 0);
+
+// One finding for people, in each table and for each baseline that it is listed with, and the call that fixes it.
+struct ExplainedFinding {
+  std::string text;
+  std::string rule;  // "" without one
+  int code = 0;
+  bool is_waived = false;
+};
+// REQUIRES: the report lists a finding with this fingerprint.
+ExplainedFinding RenderFinding(const Report& report, std::string_view fingerprint);
 
 // For programs: one JSON object as described by docs/report.schema.json, its members in a fixed order. Written table by table.
 void WriteJson(const Report& report, const TextSink& sink);

@@ -7,6 +7,7 @@
 #include "analysis/diff/same_table.h"
 #include "base/text.h"
 #include "report/render/finding_text.h"
+#include "report/render/fix_hint.h"
 #include "report/render/render.h"
 #include "report/render/seen_findings.h"
 #include "report/render/text_color.h"
@@ -46,7 +47,8 @@ class TextReport {
     for (const ProjectFinding& finding : report_.project) {
       if (!IsQuiet() || Fails(report_, finding)) text_ += ProjectFindingText(finding, color_);
     }
-    return IsQuiet() ? std::move(text_) : text_ + ToDetailedText(summary) + "\n" + ExplainHint() + FixHint(verdict);
+    return IsQuiet() ? std::move(text_)
+                     : text_ + ToDetailedText(summary) + "\n" + ExplainHint() + FixHint(folded_, folded_.findings());
   }
 
   std::string Tables(SeenFindings* seen, std::size_t step) {
@@ -233,17 +235,6 @@ class TextReport {
     if (rules.size() == 1)
       return "Run " + command + (FindRule(first) == nullptr ? " for the result code.\n" : " for the rule.\n");
     return "Run 'korvelcheck explain ID' for a rule, for example " + command + ".\n";
-  }
-
-  // Names the command that fixes the refused changes. It cannot fix what is refused without them, nor restore a deleted file.
-  std::string FixHint(OverallVerdict verdict) const {
-    const auto is_fixable = [&](const FoldedFinding& one) {
-      const bool is_restored = one.table->removed && (report_.baselines.empty() || !one.table->renamed_to.empty());
-      return (!one.finding->edits.empty() || is_restored) && !IsAdvice(*one.finding) && !one.finding->waiver;
-    };
-    if (report_.fix_command.empty() || verdict != OverallVerdict::kRefused) return "";
-    if (std::ranges::none_of(folded_.findings(), is_fixable)) return "";
-    return "To fix what is refused: " + report_.fix_command + "\n";
   }
 
   const Report& report_;

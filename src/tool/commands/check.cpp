@@ -1,13 +1,9 @@
 // Tested by tests/tool/check_test.cpp and against_test.cpp.
-#include <filesystem>
 #include <optional>
-#include <system_error>
 
-#include "base/text.h"
-#include "project/git.h"
 #include "project/waivers.h"
 #include "tool/cli/command.h"
-#include "tool/commands/pair_notes.h"
+#include "tool/commands/next_commands.h"
 #include "tool/commands/run_check.h"
 
 namespace korvel::tool {
@@ -47,26 +43,6 @@ struct CheckArguments {
   }
 };
 
-// The call that fixes what this one refuses; "" if NEW is not a file to write to.
-std::string FixCommand(const CheckArguments& arguments, const CheckRequest& request) {
-  const std::vector<std::string>& paths = request.paths;
-  std::error_code ignored;
-  const auto is_file = [&](const std::string& path) {
-    return path != "-" && !ParseGitPath(path) && std::filesystem::is_regular_file(std::filesystem::symlink_status(path, ignored));
-  };
-  if (!request.HasBaseline() && !(is_file(paths.back()) && paths.front() != "-")) return "";
-  std::string call = "korvelcheck suggest --write";
-  if (arguments.baseline.IsGiven()) {
-    for (const std::string& baseline : request.baselines) call += " --against " + ShellWord(baseline);
-  }
-  for (const std::string& table : arguments.selection.tables) call += " --table " + ShellWord(table);
-  for (const std::string& path : paths) call += " " + PathWord(path);
-  const PartialSettings& given = arguments.settings.given;
-  const bool has_settings = given.type || given.created_as || given.server_version || given.whitelist || given.list_num ||
-                            !arguments.settings.SearchesProjects() || arguments.settings.follows_symlinks;
-  return has_settings ? call + " (with the same settings)" : call;
-}
-
 CheckRequest RequestOf(const CheckArguments& arguments, const Project* project) {
   return {.command = "check",
           .paths = arguments.inputs.paths,
@@ -90,7 +66,7 @@ int Run(const CheckArguments& arguments) {
   if (project) RefuseOverlaps({project->file}, arguments.report.AllOutputs(), arguments.report.log);
   CheckRequest request = RequestOf(arguments, project ? &*project : nullptr);
   RequireBaseline(request);
-  request.fix_command = FixCommand(arguments, request);
+  request.fix_command = FixCommand(request, arguments.baseline.IsGiven());
   if (arguments.allow_new && !request.HasBaseline()) throw UsageError{"--allow-new requires --against"};
   return RunReport(arguments.report, arguments.inputs.paths, [&](LPVESKCATEGORYINST log) {
     request.options.log = log;

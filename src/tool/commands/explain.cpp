@@ -11,6 +11,7 @@
 #include "base/text.h"
 #include "tool/cli/command.h"
 #include "tool/cli/option_groups.h"
+#include "tool/commands/explain_finding.h"
 #include "tool/io/exit.h"
 
 namespace korvel::tool {
@@ -36,14 +37,18 @@ int ListRules(const RulesArguments& arguments) {
 
 struct ExplainArguments {
   std::vector<std::string> words;
+  ExplainedCheck check;
   OutputOption output;
   PageFormat page;
 
   void AddTo(ArgumentList& arguments) {
     arguments
-        .AddPositional("RULE-OR-CODE", "", words,
-                       "a rule, a family of rules, a result code or its name, a text of the checker, or a word")
+        .AddPositional(
+            "TOPIC", "", words,
+            "a rule, a family of rules, a result code or its name, a text of the checker, a word, or the fingerprint of "
+            "a finding")
         .is_required = true;
+    check.AddTo(arguments);
     output.AddTo(arguments);
     page.AddTo(arguments);
   }
@@ -92,10 +97,15 @@ std::string FamilyOf(const RuleDoc& doc) {
   std::vector<std::string> words = Words();
   for (const RuleDoc* doc : AllDocs()) words.push_back(FamilyOf(*doc));
   const std::vector<std::string_view> known(words.begin(), words.end());
-  throw InputError{{ToolMessage("explain: " + Quote(word) + " is neither a rule nor a result code nor a text of the checker" +
+  InputError error{{ToolMessage("explain: " + Quote(word) + " is neither a rule nor a result code nor a text of the checker" +
                                 DidYouMean(word, known)),
                     "'korvelcheck rules' lists the rules, 'korvelcheck rules --codes' the codes: 0 to " +
                         std::to_string(1 - kResultCodeCount) + "."}};
+  if (MayBeFingerprint(word)) {
+    error.lines.emplace_back(
+        "A fingerprint, from a report of 'korvelcheck check', requires what that check compared: OLD and NEW, or --against.");
+  }
+  throw error;
 }
 
 bool ContainsIgnoringCase(std::string_view text, std::string_view word) {
@@ -116,23 +126,45 @@ std::vector<const RuleDoc*> Matches(const std::string& word) {
   return docs;
 }
 
-std::string PageOf(const RuleDocFormat& format, const std::string& word) {
+// The page of a rule or code, or a list of rules; nullopt for an unknown word.
+std::optional<std::string> PageOf(const RuleDocFormat& format, const std::string& word) {
   if (const RuleDoc* doc = FindRuleDoc(word)) return format.rule(*doc);
   if (const std::optional<int> code = ParseCode(word)) return format.code(FindCodeDoc(*code));
   if (const RefusalRow* row = Identify(word)) return format.rule(*FindRuleDoc(row->id));
   const std::vector<const RuleDoc*> docs = Matches(word);
-  if (docs.empty()) RefuseWord(word);
+  if (docs.empty()) return std::nullopt;
   return docs.size() == 1 ? format.rule(*docs.front()) : format.list(docs);
 }
 
+// A word that is not one of the catalog may be a fingerprint, if there is anything to check.
+std::optional<std::string> TextOf(const ExplainArguments& arguments) {
+  const std::string& topic = arguments.words.front();
+  const bool is_fingerprint = MayBeFingerprint(topic);
+  if (arguments.check.IsGiven() && !is_fingerprint) {
+    throw UsageError{Quote(topic) + " is not a fingerprint; allowed with files and --against: at least four hexadecimal digits"};
+  }
+  if (!arguments.check.IsGiven()) {
+    if (std::optional<std::string> page = PageOf(*arguments.page.format, topic)) return page;
+    if (!is_fingerprint) return std::nullopt;
+  }
+  if (arguments.page.format != &kRuleDocText) {
+    throw UsageError{"a finding is explained as text; 'korvelcheck check' has it in other formats"};
+  }
+  return ExplainFinding(arguments.check, topic);
+}
+
 int Explain(const ExplainArguments& arguments) {
-  arguments.output.Write(PageOf(*arguments.page.format, arguments.words.front()));
+  const std::optional<std::string> text = TextOf(arguments);
+  if (!text) RefuseWord(arguments.words.front());
+  arguments.output.Write(*text);
   return kAllAllowed;
 }
 
 }  // namespace
 
 const Command kRulesCommand{"rules", "list the rules of the checker, or its result codes", Declare<RulesArguments, ListRules>};
-const Command kExplainCommand{"explain", "explain a rule or a result code", Declare<ExplainArguments, Explain>, Words};
+const Command kExplainCommand{"explain",
+                              "explain a rule, a family of rules, a result code, a word, or a finding by its fingerprint",
+                              Declare<ExplainArguments, Explain>, Words};
 
 }  // namespace korvel::tool

@@ -15,6 +15,7 @@
 #include "project/waiver_entry.h"
 #include "project/waivers.h"
 #include "tool/cli/command.h"
+#include "tool/commands/finding_list.h"
 #include "tool/commands/run_check.h"
 #include "tool/io/directory_lock.h"
 #include "tool/io/exit.h"
@@ -118,32 +119,15 @@ void RequireWaivers(const std::string& path, const std::string& text, std::size_
 
 // --- Findings ---
 
-// Names the findings that there are, each once.
-[[noreturn]] void RefuseUnknown(const std::vector<std::string>& unknown, const std::vector<TableFinding>& findings,
-                                const std::vector<ProjectFinding>& about_project) {
-  constexpr std::size_t kMaxNamed = 20;
-  std::vector<std::string> lines;
-  std::vector<std::string_view> known;
-  for (const auto& [table, finding] : findings) {
-    if (std::ranges::find(known, finding->fingerprint) != known.end()) continue;
-    known.push_back(finding->fingerprint);
-    if (known.size() > kMaxNamed) continue;
-    lines.push_back("  " + finding->fingerprint + "  " + OneLine(table->second->path_in_project) + ": table " +
-                    OneLine(table->table) + ": " + OneLine(AcceptedChange(*table, *finding)));
-  }
-  for (const ProjectFinding& finding : about_project) {
-    if (finding.fingerprint.empty()) continue;
-    known.push_back(finding.fingerprint);
-    if (known.size() <= kMaxNamed) lines.push_back("  " + finding.fingerprint + "  " + OneLine(finding.text));
-  }
-  if (known.size() > kMaxNamed) lines.push_back("  and " + std::to_string(known.size() - kMaxNamed) + " more");
+// Names the findings that there are.
+[[noreturn]] void RefuseUnknown(const std::vector<std::string>& unknown, Report& report) {
+  const FindingList findings(report);
   InputError error;
   for (const std::string& fingerprint : unknown) {
-    error.lines.push_back(
-        ToolMessage("waive: no finding has the fingerprint " + Quote(fingerprint) + DidYouMean(fingerprint, known)));
+    error.lines.push_back(ToolMessage("waive: no finding has the fingerprint " + Quote(fingerprint) +
+                                      DidYouMean(fingerprint, findings.fingerprints())));
   }
-  error.lines.emplace_back(known.empty() ? "The check has no findings." : "The check has these findings:");
-  std::ranges::move(lines, std::back_inserter(error.lines));
+  std::ranges::move(findings.Lines(), std::back_inserter(error.lines));
   error.lines.emplace_back("'korvelcheck history' prints the entries that waive its findings about reused ids.");
   throw error;
 }
@@ -227,7 +211,7 @@ std::vector<WaiverEntry> EntriesFor(const WaiveArguments& arguments, const std::
     }
     if (!is_known) unknown.push_back(fingerprint);
   }
-  if (!unknown.empty()) RefuseUnknown(unknown, findings, report.project);
+  if (!unknown.empty()) RefuseUnknown(unknown, report);
   return entries;
 }
 

@@ -1,0 +1,101 @@
+// Tested by tests/tool/explain_finding_test.cpp.
+#include "tool/commands/explain_finding.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <limits>
+#include <utility>
+
+#include "base/did_you_mean.h"
+#include "base/input_error.h"
+#include "base/text.h"
+#include "project/waivers.h"
+#include "report/render/rule_doc_format.h"
+#include "tool/commands/finding_list.h"
+#include "tool/commands/next_commands.h"
+#include "vesk/closed_category.h"
+
+namespace korvel::tool {
+namespace {
+
+constexpr std::size_t kMinPrefix = 4;  // digits; shorter numbers are result codes
+constexpr std::size_t kDigits = 16;
+
+[[noreturn]] void Refuse(const std::string& what, const FindingList& findings, const std::string& prefix) {
+  InputError error{{ToolMessage("explain: " + what)}};
+  std::ranges::move(findings.Lines(prefix), std::back_inserter(error.lines));
+  error.lines.emplace_back(
+      "Reports of 'korvelcheck check' print the fingerprint of each finding; name the same files and baselines.");
+  throw error;
+}
+
+// The only fingerprint of the report that begins so.
+std::string FullFingerprint(const std::string& prefix, Report& report) {
+  const FindingList findings(report);
+  const std::vector<std::string_view>& known = findings.fingerprints();
+  const auto begins = [&](std::string_view one) { return one.starts_with(prefix); };
+  const auto found = std::ranges::find_if(known, begins);
+  if (found == known.end()) {
+    if (!report.faults.empty()) throw ErrorOf(std::move(report.faults));
+    Refuse("no finding has the fingerprint " + Quote(prefix) + DidYouMean(prefix, known), findings, "");
+  }
+  if (std::ranges::count_if(known, begins) > 1) Refuse("several fingerprints begin with " + Quote(prefix), findings, prefix);
+  return std::string(*found);
+}
+
+CheckRequest RequestOf(const ExplainedCheck& check, const Project* project, LPVESKCATEGORYINST log) {
+  return {.command = "explain",
+          .paths = check.inputs.paths,
+          .baselines = check.baseline.For(check.inputs.paths, project),
+          .allow_new = true,
+          .options = {.given = check.settings.given, .project = project, .max_findings = check.limit.max_findings, .log = log},
+          .searches_projects = check.settings.SearchesProjects(),
+          .links = check.settings.links(),
+          .reports_faults = true};
+}
+
+std::string PageOf(const ExplainedFinding& finding) {
+  if (const RuleDoc* doc = FindRuleDoc(finding.rule)) return "\n" + kRuleDocText.rule(*doc);
+  return ResultCodeName(finding.code) == nullptr ? "" : "\n" + kRuleDocText.code(FindCodeDoc(finding.code));
+}
+
+}  // namespace
+
+void ExplainedCheck::AddTo(ArgumentList& arguments) {
+  arguments
+      .AddPositional("FILES", "FILE", inputs.paths,
+                     "for a fingerprint: what the check compares, as for 'check'; default: the project's files")
+      .is_repeated = true;
+  baseline.AddTo(arguments);
+  settings.AddTo(arguments);
+  settings.AddProjectTo(arguments);
+  limit.AddTo(arguments);
+}
+
+bool MayBeFingerprint(std::string_view word) {
+  return word.size() >= kMinPrefix && word.size() <= kDigits &&
+         word.find_first_not_of("0123456789abcdef") == std::string_view::npos;
+}
+
+std::optional<std::string> ExplainFinding(const ExplainedCheck& check, const std::string& fingerprint) {
+  RequireFiles(check.inputs.paths, check.baseline.IsGiven());
+  const std::optional<Project> project = check.settings.ReadProject();
+  vesk::ClosedCategory log;
+  const CheckRequest request = RequestOf(check, project ? &*project : nullptr, log.handle());
+  if (!check.IsGiven() && !request.HasBaseline()) return std::nullopt;
+  RequireBaseline(request);
+  CommandResult result = RunCheck(request);
+  result.report.max_findings = std::numeric_limits<std::size_t>::max();  // whichever finding it is
+  ApplyAllWaivers(*result.projects, {}, result.report);
+  AddSuggestions(result.report, false);
+  const std::string full = FullFingerprint(fingerprint, result.report);
+  const bool names_baseline = check.baseline.IsGiven();
+  result.report.fix_command = FixCommand(request, names_baseline);
+  const ExplainedFinding finding = RenderFinding(result.report, full);
+  const bool can_waive = !finding.is_waived && !check.settings.no_project;
+  return finding.text + (can_waive ? "To accept it temporarily: " + WaiveCommand(request, names_baseline, full) + "\n" : "") +
+         PageOf(finding);
+}
+
+}  // namespace korvel::tool
