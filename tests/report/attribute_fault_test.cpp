@@ -71,6 +71,7 @@ TEST(AttributeFault, IsASemicolon) {
   EXPECT_EQ(FaultOf(";TableType=GENERIC"), "[;] remove the extra ';'");
   EXPECT_EQ(FaultOf(";"), "[;] remove the extra ';'");
   EXPECT_EQ(FaultOf("TableType=GENERIC; "), "[ ] remove the extra ';'");
+  EXPECT_EQ(FaultOf(" "), "[ ] remove the spaces, or the whole customattr");
 }
 
 TEST(AttributeFault, OfMissingListNumIsTheTableType) {

@@ -82,6 +82,7 @@ qmx::Span MarkOf(std::string_view attribute, std::string_view text) {
 
 // `attribute` is one of `attributes`.
 std::string SuggestionForAttribute(const std::string_view* attribute, const std::vector<std::string_view>& attributes) {
+  if (attributes.size() == 1 && WithoutOuterSpaces(*attribute).empty()) return "remove the spaces, or the whole customattr";
   const std::string key(MeantKey(*attribute));
   if (!key.empty() && FirstWithKey(attributes, key) != attribute) return "give " + key + " only once";
   return IsKnownAttribute(*attribute) ? "add the number of slots: ListNum=NUMBER" : AttributeSuggestion(*attribute);
