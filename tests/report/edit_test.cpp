@@ -1,7 +1,7 @@
 // Names, descriptions and locations of edits.
 #include "analysis/diff/edit.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <set>
 
@@ -68,6 +68,48 @@ TEST(Edit, NamesItsStructureInAListAboutAnotherTable) {
   EXPECT_EQ(describe(EditKind::kIndexColumns, "orders"), "columns of index item.price: 1 -> 2");
   EXPECT_EQ(describe(EditKind::kMetaKind, "orders"), "kind of item: 1 -> 2");
   EXPECT_EQ(describe(EditKind::kLibraryVersion, "orders"), "version of the library: 1 -> 2");
+}
+
+std::vector<std::string> DescribeAll(const std::string& protocol, const std::string& old_fields, const std::string& new_fields) {
+  const auto source = [&](const char* name, const std::string& fields) {
+    return ReadSource(name, R"(<metalib name="m" version="1" protocol=")" + protocol + R"("><meta name="t">)" + fields +
+                                R"(<entry name="uid" id="1" type="int8"/><primarykey entries="uid"/></meta></metalib>)");
+  };
+  const korvel::Source old_source = source("old", old_fields);
+  const korvel::Source new_source = source("new", new_fields);
+  std::vector<std::string> texts;
+  const Difference difference(old_source, new_source, "t");
+  for (const Edit& edit : difference.edits()) texts.push_back(Describe(edit));
+  return texts;
+}
+
+// Regression: it was a renamed field, and nothing said why its size was refused, too.
+TEST(Edit, SaysThatAnIdIsReused) {
+  const std::string guild = R"(<entry name="guild" id="3" type="string" size="30"/>)";
+  const std::string clan = R"(<entry name="clan" id="3" type="uint32"/>)";
+  EXPECT_THAT(DescribeAll("TLV", guild, clan),
+              testing::ElementsAre("field guild removed; its id 3 is reused by clan (uint32)",
+                                   "type of guild: string(30) -> uint32; its id 3 is reused by clan (uint32)"));
+}
+
+TEST(Edit, ChangedFieldsReuseNoId) {
+  const auto field = [](const std::string& name, int id, const std::string& type) {
+    return "<entry name=\"" + name + "\" id=\"" + std::to_string(id) + "\" type=\"" + type + "\"/>";
+  };
+  const auto all = [](const std::vector<std::string>& texts) { return testing::PrintToString(texts); };
+  const std::string reused = "is reused by";
+  for (const auto& [old_fields, new_fields] : {
+           std::pair(field("guild", 3, "int32"), field("clan", 3, "int32")),        // only the name
+           std::pair(field("guild_id", 3, "int32"), field("guildId", 3, "int64")),  // a spelling of the name
+           std::pair(field("guild", 3, "int32"), field("guild", 3, "int64")),       // only the type
+           std::pair(field("a", 3, "int32") + field("b", 4, "int8"),
+                     field("b", 3, "int8") + field("a", 4, "int32")),  // both stay
+       }) {
+    EXPECT_THAT(all(DescribeAll("TLV", old_fields, new_fields)), testing::Not(testing::HasSubstr(reused)));
+  }
+  EXPECT_THAT(all(DescribeAll("QMX", field("guild", 3, "int32"), field("clan", 3, "int64"))),
+              testing::Not(testing::HasSubstr(reused)))
+      << "ids do not identify fields";
 }
 
 // The text at a location: the value of its attribute, or the name of its element.

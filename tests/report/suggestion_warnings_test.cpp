@@ -130,14 +130,14 @@ const LossRow kLossRows[] = {
     {"an array with another name, type and count", "TLV",
      Counted("<entry name=\"a\" id=\"2\" type=\"uint16\" count=\"4\" refer=\"n\"/>\n"),
      Counted("<entry name=\"z\" id=\"2\" type=\"uint32\" count=\"8\" refer=\"n\"/>\n"), kBoxTable,
-     "keep a as it is; add a new field z (uint32 x 8, id 3, version 6) for the new values, and a new field n_2 (uint8, id 4, "
+     "keep a with id 2; give z an id of its own (uint32 x 8, id 3, version 6), and a new field n_2 (uint8, id 4, "
      "version 6) that counts them",
      Counted("<entry name=\"a\" id=\"2\" type=\"uint16\" count=\"4\" refer=\"n\"/>\n"
              "<entry name=\"n_2\" id=\"4\" type=\"uint8\" version=\"6\"/>\n"
              "<entry name=\"z\" id=\"3\" type=\"uint32\" version=\"6\" count=\"8\" refer=\"n_2\"/>\n")},
     {"a field with another name and type", "TLV", Counted("<entry name=\"y\" id=\"2\" type=\"uint32\"/>\n"),
      Counted("<entry name=\"z\" id=\"2\" type=\"uint64\"/>\n"), kBoxTable,
-     "keep y as it is; add a new field z (uint64, id 3, version 6) for the new values",
+     "keep y with id 2; give z an id of its own (uint64, id 3, version 6)",
      Counted("<entry name=\"y\" id=\"2\" type=\"uint32\"/>\n<entry name=\"z\" id=\"3\" type=\"uint64\" version=\"6\"/>\n")},
     {"two fields with other types, one with the name of the other", "TLV",
      Counted("<entry name=\"a\" id=\"2\" type=\"uint32\"/>\n<entry name=\"b\" id=\"3\" type=\"double\"/>\n"),

@@ -60,10 +60,10 @@ TEST(TableAttributes, ChangeKeyByKey) {
 
 // A key that is only spelled differently is not removed and added.
 TEST(TableAttributes, ChangeOfSpellingIsOneChange) {
-  EXPECT_EQ(Changes("ListNum=4", " ListNum = 5"), "ListNum: 4 ->  ListNum = 5");
-  EXPECT_EQ(Changes("listnum =4", "ListNum=4"), "listnum: 4 -> ListNum=4");
+  EXPECT_EQ(Changes("ListNum=4", " ListNum = 5"), "ListNum: ListNum=4 ->  ListNum = 5");
+  EXPECT_EQ(Changes("listnum =4", "ListNum=4"), "listnum: listnum =4 -> ListNum=4");
   EXPECT_EQ(Changes("ListNum=4", "ListNum= 4"), "ListNum: 4 ->  4");
-  EXPECT_EQ(Changes("ListNum=4;x=1", "LisNum=5;X=1"), "ListNum: 4 -> LisNum=5, x: 1 -> X=1");
+  EXPECT_EQ(Changes("ListNum=4;x=1", "LisNum=5;X=1"), "ListNum: ListNum=4 -> LisNum=5, x: x=1 -> X=1");
   EXPECT_EQ(ChangeAttributes("A=1;B=2", " a =1;B=3", {"A"}), " a =1;B=2");
   EXPECT_EQ(ChangeAttributes(" a =1;B=2", "A=1;B=3", {"B"}), " a =1;B=3");
 }

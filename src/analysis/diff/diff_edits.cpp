@@ -3,6 +3,7 @@
 
 #include "analysis/diff/diff_parts.h"
 #include "analysis/diff/entry_attributes.h"
+#include "analysis/diff/id_reuse.h"
 #include "analysis/diff/meta_paths.h"
 #include "analysis/diff/table_attributes.h"
 #include "base/text.h"
@@ -27,7 +28,7 @@ std::string NameBefore(const std::vector<Item>& items, std::size_t position) {
 class PairEdits {
  public:
   PairEdits(const Source& old_source, const Source& new_source, const MatchedMetas& pair, DifferenceParts& parts)
-      : old_source_(old_source), new_source_(new_source), pair_(pair), parts_(parts) {}
+      : old_source_(old_source), new_source_(new_source), pair_(pair), parts_(parts), reuse_(pair.old_meta(), pair.new_meta()) {}
 
   void List() {
     AddMetaEdits();
@@ -131,11 +132,14 @@ class PairEdits {
     const EntryModel& old_entry = pair_.OldEntry(slot);
     const EntryModel& new_entry = pair_.NewEntry(slot);
     if (old_entry == new_entry) return;
+    const bool by_id = parts_.old_model.protocol == qmx::Protocol::kTlv && parts_.new_model.protocol == qmx::Protocol::kTlv;
+    const std::string reuse = by_id ? reuse_.Describe(old_entry, new_entry) : "";
     for (const EntryAttribute& attribute : EntryAttributes()) {
       if (!attribute.differs(old_entry, new_entry)) continue;
       Edit& edit = Add(attribute.kind, old_entry.name, slot);
       edit.before = attribute.text(old_entry);
       edit.after = attribute.text(new_entry);
+      edit.reuse = reuse;
       Point(edit, Kind::kEntry, slot, pair_.entries().NewPosition(slot), attribute.name);
     }
   }
@@ -196,6 +200,7 @@ class PairEdits {
   const Source& new_source_;
   const MatchedMetas& pair_;
   DifferenceParts& parts_;
+  IdReuse reuse_;
 };
 
 void ListLibraryEdits(const Source& old_source, const Source& new_source, DifferenceParts& parts) {

@@ -69,6 +69,7 @@ std::string Owner(const Edit& edit, const Wording& wording) {
 std::string Event(const Edit& edit, const Wording& wording) {
   const std::string& item = edit.kind == EditKind::kMetaRenamed ? edit.meta : edit.item;
   std::string text = std::string(wording.thing) + " " + ValueText(item) + " " + std::string(wording.event);
+  if (!edit.reuse.empty()) return "field " + ValueText(item) + " removed; " + edit.reuse;
   if (wording.event == "renamed") return text + " to " + ValueText(edit.after);
   if (edit.kind == EditKind::kTableAdded) return text + " (refused by " + edit.after + ")";
   if (wording.event != "moved") return text;
@@ -81,7 +82,7 @@ std::string Change(const Edit& edit, const Wording& wording) {
   // Of a table that is checked alone. Other edits with one value are changes: the same name may mean another field.
   const bool is_attribute = edit.kind == EditKind::kTableAttribute || edit.kind == EditKind::kEntryCustomAttr2;
   if (is_attribute && edit.before == edit.after) return what + Value(edit.after);
-  return what + Value(edit.before) + " -> " + Value(edit.after);
+  return what + Value(edit.before) + " -> " + Value(edit.after) + (edit.reuse.empty() ? "" : "; " + edit.reuse);
 }
 
 }  // namespace

@@ -67,6 +67,7 @@ struct Edit {
   std::size_t path_count = 0;  // of all paths; 1 unless the meta is embedded more than once. Counted up to 2^32
   Location old_location;       // nowhere for an added item
   Location new_location;       // for a removed item, the element that contained it
+  std::string reuse = {};      // of an entry whose id another field has taken: see IdReuse
 };
 
 // An attribute in the form of `before` and `after`.
@@ -75,7 +76,8 @@ inline std::string ValueText(std::string_view text) { return text.empty() ? "\"\
 // Whether the new side has no such element any more; then `new_location` is the element that contained it.
 bool RemovesElement(const Edit& edit);
 
-// One line: "type of uid: uint32 -> uint64", "field note added", "field zone moved after n_items". Advice about a table that is
+// One line: "type of uid: uint32 -> uint64", "field note added", "field zone moved after n_items", "field guild removed; its id 3
+// is reused by clan (uint32)". Advice about a table that is
 // checked alone has edits of attributes with one value on both sides: "attribute ListNum of orders: 5".
 std::string Describe(const Edit& edit);
 

@@ -32,9 +32,10 @@ bool HasUniqueKeys(const Pairs& pairs) {
 
 std::string ValueOrEmpty(const std::optional<std::string>& text) { return text ? ValueText(*text) : ""; }
 
-std::string NewValue(const AttributePair& before, const AttributePair& after) {
-  const std::string_view whole(after.key.data(), after.span.end - after.span.begin);
-  return ValueText(after.key == before.key ? after.value : whole);
+// The value, or the whole pair if the key of the other one is spelled differently. Both are parts of one text.
+std::string ValueOf(const AttributePair& pair, const AttributePair& other) {
+  const std::string_view whole(pair.key.data(), pair.span.end - pair.span.begin);
+  return ValueText(pair.key == other.key ? pair.value : whole);
 }
 
 std::vector<AttributeChange> ComparePairs(const Pairs& old_pairs, const Pairs& new_pairs) {
@@ -42,8 +43,8 @@ std::vector<AttributeChange> ComparePairs(const Pairs& old_pairs, const Pairs& n
   for (const AttributePair& before : old_pairs) {
     const AttributePair* const after = Find(new_pairs, before);
     if (after != nullptr && after->key == before.key && after->value == before.value) continue;
-    changes.push_back({std::string(WithoutOuterSpaces(before.key)), ValueText(before.value),
-                       after == nullptr ? "" : NewValue(before, *after), before.span,
+    changes.push_back({std::string(WithoutOuterSpaces(before.key)), ValueOf(before, after == nullptr ? before : *after),
+                       after == nullptr ? "" : ValueOf(*after, before), before.span,
                        after == nullptr ? qmx::Span() : after->span});
   }
   for (const AttributePair& after : new_pairs) {

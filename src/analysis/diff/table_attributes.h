@@ -28,8 +28,8 @@ std::optional<std::vector<AttributePair>> SplitAttributes(const std::optional<st
 // A key whose value or spelling differs; the empty key means the whole text.
 struct AttributeChange {
   std::string key;     // as the old text has it, or else the new one, without the spaces around it
-  std::string before;  // as in Edit; "" for an absent value
-  std::string after;   // likewise; the whole pair if the key is spelled differently
+  std::string before;  // as in Edit; "" for an absent value; the whole pair if the key is spelled differently
+  std::string after;   // likewise
   qmx::Span old_part;  // of the pair in each text; empty for an absent pair, and for the whole text
   qmx::Span new_part;
 };

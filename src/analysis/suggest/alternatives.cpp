@@ -70,12 +70,14 @@ bool ChangesField(EditKind kind) {
   return IsOfEntry(kind) && kind != EditKind::kEntryAdded && kind != EditKind::kEntryRemoved && kind != EditKind::kEntryMoved;
 }
 
-// "note_2 (string(64), id 9, version 7)"
-std::string Described(const EntryModel& entry) {
-  std::string text = OneLine(entry.name) + " (" + ShapeOf(entry);
-  if (entry.id >= 0) text += ", id " + Text(entry.id);
-  return text + ", version " + Text(entry.version) + ")";
+// "(string(64), id 9, version 7)"
+std::string DetailsOf(const EntryModel& entry) {
+  const std::string id = entry.id < 0 ? "" : ", id " + Text(entry.id);
+  return "(" + ShapeOf(entry) + id + ", version " + Text(entry.version) + ")";
 }
+
+// "note_2 (string(64), id 9, version 7)"
+std::string Described(const EntryModel& entry) { return OneLine(entry.name) + " " + DetailsOf(entry); }
 
 }  // namespace
 
@@ -95,6 +97,7 @@ AlternativeMaker::AlternativeMaker(const Difference& difference, const Settings&
   for (std::size_t i = 0; i < difference.edits().size(); ++i) {
     const Edit& edit = difference.edits()[i];
     if (edit.kind == EditKind::kMetaRenamed) new_metas_.emplace(edit.before, new_metas_.at(edit.after));
+    if (edit.kind == EditKind::kPrimaryKey) changed_keys_.insert(edit.meta);
     if (edit.kind == EditKind::kEntryAdded) added_.insert({edit.meta, edit.item});
     if (ChangesField(edit.kind)) edits_of_[{edit.meta, edit.item}].push_back(i);
   }
@@ -167,8 +170,15 @@ std::vector<Alternative> AlternativeMaker::OfChanged(const Edit& edit) {
   const ReplacementField& replacement = ReplacementFieldOf(edit);
   if (!replacement.is_possible) return {};
   const EntryModel& entry = replacement.entry;
-  std::string text = "keep " + OneLine(edit.item) + " as it is; add a new field " + Described(entry) + " for the new values";
+  std::string text = "keep " + OneLine(edit.item);
+  if (edit.reuse.empty()) {
+    text += " as it is; add a new field " + Described(entry) + " for the new values";
+  } else {
+    text += " with id " + Text(EntryAt(difference_.old_model(), edit.old_location)->id) + "; give " + OneLine(entry.name) +
+            " an id of its own " + DetailsOf(entry);
+  }
   if (replacement.counter) text += ", and a new field " + Described(*replacement.counter) + " that counts them";
+  if (KeepsKey(edit)) text += "; the key does not change";
   return {{false,
            [meta = edit.meta, entry, counter = replacement.counter, &from = difference_.new_model()](ModelEditor& editor) {
              editor.RaiseVersion(entry.version);
@@ -223,6 +233,22 @@ const AlternativeMaker::ReplacementField& AlternativeMaker::ReplacementFieldOf(c
   replacement.counter = CounterLike(edit.meta, new_entry->refer);
   if (replacement.counter) replacement.entry.refer = replacement.counter->name;
   return replacement;
+}
+
+bool AlternativeMaker::KeepsKey(const Edit& edit) const {
+  const std::vector<std::string>& members = old_metas_.at(edit.meta)->primary_key;
+  if (changed_keys_.contains(edit.meta) || std::ranges::find(members, edit.item) == members.end()) return false;
+  const auto entry_in = [&](const std::map<std::string, const MetaModel*>& metas, const std::string& name) {
+    const std::vector<EntryModel>& entries = metas.at(edit.meta)->entries;
+    const auto found = std::ranges::find(entries, name, &EntryModel::name);
+    return found == entries.end() ? nullptr : &*found;
+  };
+  return std::ranges::all_of(members, [&](const std::string& member) {
+    const EntryModel* const before = entry_in(old_metas_, member);
+    const EntryModel* const after = entry_in(new_metas_, member);
+    const bool is_same = after != nullptr && *before == *after;
+    return member == edit.item || (is_same && !IsCompositeType(before->type));
+  });
 }
 
 std::optional<EntryModel> AlternativeMaker::CounterLike(const std::string& meta, const std::string& refer) {

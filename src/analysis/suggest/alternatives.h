@@ -62,6 +62,9 @@ class AlternativeMaker {
   // An id above all ids of the meta, marked as used; the largest id once none is left.
   std::int32_t NextId(const std::string& meta);
   const ReplacementField& ReplacementFieldOf(const Edit& edit);
+  // Whether the primary key of the table, which has the old field of the edit, is as before if this field is kept: nothing else
+  // changes it.
+  bool KeepsKey(const Edit& edit) const;
   // A new field that counts the elements of a new one, like the field `refer` counts others. nullopt if the new schema has no
   // field `refer`, or if that is a new field itself.
   std::optional<EntryModel> CounterLike(const std::string& meta, const std::string& refer);
@@ -76,6 +79,7 @@ class AlternativeMaker {
   std::map<std::uint32_t, const MetaModel*> new_positions_;
   std::map<std::pair<std::string, std::string>, std::vector<std::size_t>> edits_of_;  // of old fields, by meta and name
   std::set<std::pair<std::string, std::string>> added_;                               // new fields, likewise
+  std::set<std::string> changed_keys_;                                                // metas with an edit of the primary key
   std::map<std::string, UsedNames> used_;                                             // by meta
   std::map<std::string, ReplacementField> replacements_;                              // by meta and item
   std::int64_t version_;  // of new fields: above the old library's version

@@ -80,7 +80,7 @@ class OneFinding {
     const bool has_both = !leads_old_ && lead_ != nullptr && other_ != nullptr && !OldValue().empty();
     const std::string key = edit.kind == EditKind::kTableAttribute && !edit.item.empty() ? edit.item + "=" : "";
     const bool is_rename = edit.kind == EditKind::kEntryRenamed || edit.kind == EditKind::kMetaRenamed;
-    return has_both && !is_rename && TextAt(*lead_) == key + edit.after;
+    return has_both && !is_rename && edit.reuse.empty() && TextAt(*lead_) == key + edit.after;
   }
 
   std::string Cause() const {
