@@ -99,6 +99,8 @@ TEST_F(LintProjectTest, ReportsTablesThatTwoFilesDeclare) {
   EXPECT_THAT(outcome.out,
               HasSubstr("\nschemas/users.xml:2:1: warning [project.repeated-table] table 'users' is also declared at "
                         "schemas/copy.xml:2:1\n"));
+  EXPECT_THAT(outcome.out, HasSubstr(" 0 removed; 1 warning\n")) << "it was not counted";
+  EXPECT_THAT(Run({"lint", "--fail-on", "warning"}).out, HasSubstr(" 0 removed; 1 error\n"));
   EXPECT_THAT(Run({"lint", "--format", "json"}).out, HasSubstr("\"rule\": \"project.repeated-table\""));
   EXPECT_EQ(Run({"lint"}).exit_code, 0);
   EXPECT_EQ(Run({"lint", "--fail-on", "warning"}).exit_code, 1);

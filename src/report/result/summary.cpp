@@ -127,6 +127,9 @@ Summary Summarize(const FoldedReport& folded) {
     if (finding.rule == kUnreadableProjectRule.row.id) ++summary.projects_unreadable;
     if (HidesFiles(finding) && !finding.waiver) ++summary.hiding;
     if (ChangesSettings(finding) && !finding.waiver) ++summary.settings_changed;
+    LevelCount& level = finding.level == ProjectFinding::Level::kError ? summary.project_errors : summary.project_warnings;
+    ++level.all;
+    if (finding.waiver) ++level.waived;
   }
   summary.is_unchanged = !report.baselines.empty() && std::ranges::all_of(report.baselines, &ReportBaseline::is_same);
   summary.files_not_checked = CountFilesNotChecked(report.faults);

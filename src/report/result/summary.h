@@ -26,6 +26,9 @@ struct Summary {
   // Likewise, numbers of warnings and notes.
   LevelCount warnings;
   LevelCount notes;
+  // Numbers of findings about project files, and about tables that a project has twice.
+  LevelCount project_errors;
+  LevelCount project_warnings;
   std::size_t failing_for_warnings = 0;  // tables of `failing` that are allowed, or whose refusals are waived
   // Numbers of schema files.
   std::size_t files_added = 0;

@@ -121,7 +121,10 @@ std::string SummaryText(const Summary& summary, const std::string& parts_of_allo
   if (summary.findings > 0) text += "; " + Counted(summary.findings, "finding") + ", " + number(summary.waived) + " waived";
   if (summary.left_out > 0) text += ", " + number(summary.left_out) + " not listed (--max-findings raises the limit)";
   if (summary.files_not_checked > 0) text += "; " + Counted(summary.files_not_checked, "file") + " not checked";
-  text += AdvicePart(summary.warnings, "warning") + AdvicePart(summary.notes, "note");
+  LevelCount warnings = summary.warnings;
+  warnings.all += summary.project_warnings.all;
+  warnings.waived += summary.project_warnings.waived;
+  text += AdvicePart(summary.project_errors, "error") + AdvicePart(warnings, "warning") + AdvicePart(summary.notes, "note");
   if (summary.files_added + summary.files_deleted + summary.files_moved > 0) {
     text += "; files: " + number(summary.files_added) + " added, " + number(summary.files_deleted) + " deleted, " +
             number(summary.files_moved) + " moved";
