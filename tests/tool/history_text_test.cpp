@@ -109,11 +109,42 @@ TEST_F(HistoryTextTest, FindingOfAnEarlierStepIsALine) {
   for (int i = 1; i <= 4; ++i) Write("v" + std::to_string(i) + ".xml", version(i));
   const std::string report = History({"v1.xml", "v2.xml", "v3.xml", "v4.xml"});
   EXPECT_EQ(CountOf("\n    checker: CheckFieldNameValidate failed!", report), 1u) << report;
-  EXPECT_THAT(report,
-              HasSubstr("step 3: v3.xml -> v4.xml: refused\n  1 more table has only findings that are listed above: orders\n"));
+  EXPECT_THAT(
+      report,
+      HasSubstr(
+          "step 3: v3.xml -> v4.xml: refused\n  1 more table has only findings that are listed above, in step 1: orders\n"));
   EXPECT_THAT(History({"v1.xml", "v2.xml", "v3.xml"}, {"-v"}),
               HasSubstr("[field-name.invalid] a field name is not a valid identifier: "
                         "same as in step 1\n"));
+}
+
+// Regression: a version referred to step 3, which itself only referred to step 1.
+TEST_F(HistoryTextTest, ReferencesNameTheStepThatListsTheFinding) {
+  WriteVersion("v1.xml", 1, "int64", "int64");
+  WriteVersion("v2.xml", 2, "int32", "int64");
+  WriteVersion("v3.xml", 3, "int64", "int64");
+  WriteVersion("v4.xml", 4, "int32", "int64");
+  for (const std::vector<std::string>& more : {std::vector<std::string>(), {"-q"}}) {
+    EXPECT_THAT(
+        History({"v1.xml", "v2.xml", "v3.xml", "v4.xml"}, more),
+        AllOf(HasSubstr(
+                  "\nstep 3: v3.xml -> v4.xml: refused\n  40 more tables have only findings that are listed above, in step 1: "),
+              HasSubstr("\nv1.xml -> v4.xml: refused\n  same as in step 1: refused [field.size] ")));
+  }
+}
+
+// Regression: with -q, a version referred to a step that was left out because it is waived.
+TEST_F(HistoryTextTest, QuietRefersToNoWaivedStep) {
+  WriteVersion("v1.xml", 1, "int64", "int64");
+  WriteVersion("v2.xml", 2, "int32", "int64");
+  WriteVersion("v3.xml", 3, "int32", "int64");
+  Write("korvelcheck.toml",
+        "[[waivers]]\nrule = \"field.size\"\ntable = \"t0\"\npath = \"t0.a.price\"\nfile = \"v2.xml\"\n"
+        "change = \"type of price: int64 -> int32\"\nreason = \"empty\"\nuntil = 2999-01-01\n");
+  EXPECT_THAT(History({"v1.xml", "v2.xml", "v3.xml"}), HasSubstr(": waived [field.size] "));
+  const std::string quiet = History({"v1.xml", "v2.xml", "v3.xml"}, {"-q"});
+  EXPECT_THAT(quiet, AllOf(HasSubstr("verdict: refused\nv1.xml -> v3.xml: refused\n  table t0: refused [field.size] "),
+                           Not(HasSubstr("same as"))));
 }
 
 // A finding of another table, or with another value, is not the same.

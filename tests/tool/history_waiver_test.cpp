@@ -76,7 +76,10 @@ TEST_F(OpenAgainstNewestTest, IsListedIfTheLimitIsReached) { ExpectListed({"--ma
 
 // The waived change of the step was named.
 TEST_F(OpenAgainstNewestTest, NamesTheOpenChangeAsCause) {
-  EXPECT_THAT(HistoryOf({}).out, HasSubstr("caused by: type of y: uint32 -> string(9); another change was refused in step 1: "));
+  EXPECT_THAT(
+      HistoryOf({}).out,
+      HasSubstr("caused by: type of y: uint32 -> string(9); its id 2 is reused by w (string(9)); another change was refused "
+                "in step 1: "));
 }
 
 // --- Refused in a step, with a warning against the newest version ---

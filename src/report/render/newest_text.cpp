@@ -31,11 +31,13 @@ std::string ChangeOf(const TableResult& table, const Finding& finding) {
 NewestText::NewestText(const History& history, bool only_open, bool color)
     : history_(history), only_open_(only_open), color_(color) {
   for (const VersionStep& step : history.steps) {
-    std::set<TableFinding>& listed = listed_.emplace_back();
     for (const TableResult& table : step.report.tables) {
       if (!table.changes) continue;
       for (const Finding& finding : table.changes->findings) {
-        listed.emplace(table.table, finding.verdict.rule, finding.path, ChangeOf(table, finding));
+        const bool is_waived = finding.waiver.has_value();
+        if (finding.fingerprint.empty() || (only_open && is_waived)) continue;  // dropped by the limit, or not shown
+        listed_.try_emplace({table.table, finding.verdict.rule, finding.path, ChangeOf(table, finding), is_waived},
+                            NumberOf(history, step));
       }
     }
   }
@@ -43,10 +45,10 @@ NewestText::NewestText(const History& history, bool only_open, bool color)
 
 std::string NewestText::Refusals(const NewestCheck& check) {
   std::vector<Group> groups;
-  std::map<std::pair<CauseKey, bool>, std::size_t> positions;
+  std::map<std::pair<CauseKey, std::size_t>, std::size_t> positions;
   for (const NewestRefusal& refusal : check.refused) {
     if (only_open_ && refusal.is_waived) continue;
-    const auto key = std::pair(KeyOf(refusal), IsListedInStep(refusal));
+    const auto key = std::pair(KeyOf(refusal), ListingStep(refusal));
     const auto [found, is_new] = positions.try_emplace(key, groups.size());
     if (is_new) groups.emplace_back();
     groups[found->second].push_back(&refusal);
@@ -54,8 +56,8 @@ std::string NewestText::Refusals(const NewestCheck& check) {
   std::string text;
   for (const Group& group : groups) {
     const NewestRefusal& first = *group.front();
-    if (IsListedInStep(first)) {
-      text += ReferenceText(group, "in step " + std::to_string(*first.step + 1));
+    if (const std::size_t step = ListingStep(first); step > 0) {
+      text += ReferenceText(group, "in step " + std::to_string(step));
     } else {
       text += known_.insert(KeyOf(first)).second ? BlockText(group) : ReferenceText(group, "above");
     }
@@ -70,10 +72,11 @@ NewestText::CauseKey NewestText::KeyOf(const NewestRefusal& refusal) const {
   return {step, cause.rule, cause.change, cause.new_location, refusal.is_waived};
 }
 
-bool NewestText::IsListedInStep(const NewestRefusal& refusal) const {
-  if (!refusal.step || !refusal.has_cause) return false;
+std::size_t NewestText::ListingStep(const NewestRefusal& refusal) const {
+  if (!refusal.step || !refusal.has_cause) return 0;
   const RefusalCause& cause = refusal.cause;
-  return listed_[*refusal.step].contains({refusal.result.table, cause.rule, cause.path, cause.change});
+  const auto found = listed_.find({refusal.result.table, cause.rule, cause.path, cause.change, refusal.is_waived});
+  return found == listed_.end() ? 0 : found->second;
 }
 
 std::string NewestText::ReferenceText(const Group& group, const std::string& to) const {

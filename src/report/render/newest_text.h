@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
@@ -27,11 +28,13 @@ class NewestText {
   using Group = std::vector<const NewestRefusal*>;
   // What refusals with one cause have in common: step, rule, change, new location, and whether they are waived.
   using CauseKey = std::tuple<std::size_t, std::string_view, std::string_view, std::string_view, bool>;
-  // A table, and the rule, the path and the change of one of its findings. Fingerprints do not do: they depend on the file.
-  using TableFinding = std::tuple<std::string_view, std::string_view, std::string_view, std::string>;
+  // A table, the rule, the path and the change of one of its findings, and whether it is waived. Fingerprints do not do: they
+  // depend on the file.
+  using TableFinding = std::tuple<std::string_view, std::string_view, std::string_view, std::string, bool>;
 
   CauseKey KeyOf(const NewestRefusal& refusal) const;
-  bool IsListedInStep(const NewestRefusal& refusal) const;
+  // The number of the step whose text has the finding of the cause; 0 for none.
+  std::size_t ListingStep(const NewestRefusal& refusal) const;
   std::string ReferenceText(const Group& group, const std::string& to) const;
   std::string BlockText(const Group& group) const;
   std::string Word(const NewestRefusal& refusal) const;
@@ -40,7 +43,7 @@ class NewestText {
   const History& history_;
   bool only_open_;
   bool color_;
-  std::vector<std::set<TableFinding>> listed_;  // of each step
+  std::map<TableFinding, std::size_t> listed_;  // the number of the first step: later ones refer to it
   std::set<CauseKey> known_;                    // causes of earlier checks
 };
 

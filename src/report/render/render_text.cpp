@@ -102,23 +102,26 @@ class TextReport {
 
   void AddTables() {
     std::vector<std::string> repeated;
+    std::set<std::size_t> steps;  // that list the findings of these tables
     for (std::size_t i = 0; i < folded_.tables().size(); ++i) {
       const FoldedTable& table = folded_.tables()[i];
       if (!IsShown(*table.table)) continue;
       if (detail_ != Detail::kVerbose && IsRepeated(table, edits_[i])) {
         repeated.push_back(OneLine(table.table->table));
+        for (const FoldedFinding& one : table.findings) steps.insert(FirstStepOf(one));
       } else {
         AddTable(table, edits_[i]);
       }
     }
-    if (!repeated.empty()) AddRepeated(repeated);
+    if (!repeated.empty()) AddRepeated(repeated, steps);
   }
 
-  void AddRepeated(std::vector<std::string>& tables) {
+  void AddRepeated(std::vector<std::string>& tables, const std::set<std::size_t>& steps) {
+    const std::string numbers = Join(steps, ", ", [](std::size_t step) { return std::to_string(step); });
     const std::size_t number = tables.size();
     tables.resize(std::min(number, kMaxAlso));
-    text_ += Counted(number, "more table") + (number == 1 ? " has" : " have") +
-             " only findings that are listed above: " + Join(tables, ", ") + (number > kMaxAlso ? ", ...\n" : "\n");
+    text_ += Counted(number, "more table") + (number == 1 ? " has" : " have") + " only findings that are listed above" +
+             (steps.empty() ? "" : ", in step " + numbers) + ": " + Join(tables, ", ") + (number > kMaxAlso ? ", ...\n" : "\n");
   }
 
   std::string Word(Status status) const { return Colored(WordOf(status), ColorOf(status), color_); }
