@@ -198,6 +198,9 @@ TEST_F(ProjectTest, BranchIsBehind) {
   EXPECT_EQ(behind.exit_code, 1);
   EXPECT_EQ(behind.err, note);
   EXPECT_THAT(behind.out, Not(HasSubstr("To fix")));
+  const Outcome logged = Run({"check", "--against", "git:main", "schemas", "--log", "-"});
+  EXPECT_THAT(logged.err, Not(HasSubstr("seems to undo"))) << "standard error has the log only";
+  EXPECT_THAT(logged.out, Not(HasSubstr("To fix"))) << "the fix would be as wrong as without a log";
   EXPECT_EQ(Run({"check", "--against", "git:main...", "schemas"}).err, "");
   EXPECT_EQ(Run({"check", "--against", "git:main", "schemas", "--table", "orders"}).err, "");  // nothing is refused
   Write("schemas/orders.xml", Schema("orders", "uint32"));

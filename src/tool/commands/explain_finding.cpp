@@ -82,16 +82,16 @@ std::optional<std::string> ExplainFinding(const ExplainedCheck& check, const std
   RequireFiles(check.inputs.paths, check.baseline.IsGiven());
   const std::optional<Project> project = check.settings.ReadProject();
   vesk::ClosedCategory log;
-  const CheckRequest request = RequestOf(check, project ? &*project : nullptr, log.handle());
+  CheckRequest request = RequestOf(check, project ? &*project : nullptr, log.handle());
   if (!check.IsGiven() && !request.HasBaseline()) return std::nullopt;
   RequireBaseline(request);
+  const bool names_baseline = check.baseline.IsGiven();
+  request.fix_command = FixCommand(request, names_baseline);
   CommandResult result = RunCheck(request);
   result.report.max_findings = std::numeric_limits<std::size_t>::max();  // whichever finding it is
   ApplyAllWaivers(*result.projects, {}, result.report);
   AddSuggestions(result.report, false);
   const std::string full = FullFingerprint(fingerprint, result.report);
-  const bool names_baseline = check.baseline.IsGiven();
-  result.report.fix_command = FixCommand(request, names_baseline);
   const ExplainedFinding finding = RenderFinding(result.report, full);
   const bool can_waive = !finding.is_waived && !check.settings.no_project;
   return finding.text + (can_waive ? "To accept it temporarily: " + WaiveCommand(request, names_baseline, full) + "\n" : "") +

@@ -75,26 +75,31 @@ ProjectResult CheckAgainst(const CheckRequest& request, ProjectSet& projects, co
   return CheckProject(check);
 }
 
-// A branch that is behind seems to remove what its base has gained. Returns whether it may be so.
-bool NoteBehind(const Baseline& baseline, const Report& report) {
-  const bool is_refused =
-      std::ranges::any_of(report.tables, [](const TableResult& table) { return table.status == Status::kRefused; });
-  if (!is_refused || !IsAheadOfHead(baseline)) return false;
+// A branch that is behind seems to remove what its base has gained. Whether it may be so.
+bool IsBehind(const Baseline& baseline, const Report& report) {
+  const auto is_refused = [](const TableResult& table) { return table.status == Status::kRefused; };
+  return std::ranges::any_of(report.tables, is_refused) && IsAheadOfHead(baseline);
+}
+
+void PrintBehindNote(const Baseline& baseline) {
   PrintErrors({ToolMessage("note: " + OneLine(baseline.name) +
                            " has commits that are not in HEAD, and this branch seems to undo them; to compare with the merge "
                            "base: korvelcheck check --against " +
                            ShellWord(baseline.name + "..."))});
-  return true;
 }
 
 CommandResult CheckAgainstAll(const CheckRequest& request, ProjectSet& projects) {
   const std::vector<Baseline> baselines = ResolveBaselines(request.baselines);
   ProjectResult all;
+  const bool looks_behind = request.prints_pair_notes || !request.fix_command.empty();
   bool is_behind = false;
   for (const Baseline& baseline : baselines) {
     const bool is_first = &baseline == &baselines.front();
     ProjectResult result = CheckAgainst(request, projects, baseline, is_first);
-    is_behind = (request.prints_pair_notes && NoteBehind(baseline, result.report)) || is_behind;
+    if (looks_behind && IsBehind(baseline, result.report)) {
+      is_behind = true;
+      if (request.prints_pair_notes) PrintBehindNote(baseline);
+    }
     Append(std::move(result), baselines.size() > 1, all);
   }
   all.report.command = request.command;
