@@ -6,7 +6,7 @@ JOBS ?= $(shell nproc)
 PREFIX ?= /usr/local
 SEED ?= 1
 PAIRS ?= 5000000
-EXECUTED_PAGES := docs/mistakes.md docs/schema-from-types.md docs/tutorial.md
+EXECUTED_PAGES := docs/how-to/*.md docs/mistakes.md docs/schema-from-types.md docs/tutorial.md
 
 .DEFAULT_GOAL := help
 .PHONY: help example test model bench clang sanitize thread memcheck fuzz fuzz-tool mutants coverage case goldens docs lint format install
