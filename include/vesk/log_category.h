@@ -10,7 +10,7 @@
 // Text line:  2031-05-04T09:30:00.125Z ERROR src/common/modify_table.cpp:42 KorvelModifyTable: message
 // JSON line:  {"time":"2031-05-04T09:30:00.125Z","priority":300,"level":"ERROR","file":"...","line":42,"function":"...",
 //              "message":"..."}                                                                            (one line, UTC)
-// A record is always one line of valid UTF-8; record_line.h describes how other bytes are written.
+// A record is always one line of valid UTF-8; src/vesk/record_line.h describes how other bytes are written.
 #pragma once
 
 #include <cstddef>
