@@ -98,7 +98,7 @@ format: ## format every C++ file
 	$(INSTALL_DEPS) ci
 	scripts/cxx-files | xargs clang-format -i
 
-install: ## build and install the tool under PREFIX (/usr/local)
+install: ## build and install the tool and the libraries under PREFIX (/usr/local)
 	$(INSTALL_DEPS) example
 	cmake --preset release
 	cmake --build --preset release -j $(JOBS)

@@ -24,7 +24,7 @@ if(KORVEL_LINKS_STATIC)
     unset(EXPAT_LIBRARY CACHE)  # cached by an earlier configuration with other options
   endif()
   # Drop unreachable functions and data.
-  target_compile_options(korvel_flags INTERFACE -fPIE -ffunction-sections -fdata-sections)
+  target_compile_options(korvel_flags INTERFACE -ffunction-sections -fdata-sections)
   list(APPEND KORVEL_PROGRAM_LINK_OPTIONS -static-pie -Wl,--gc-sections)
 else()
   message(WARNING "A static library is missing on this system: the tool will use shared libraries and start more slowly.")

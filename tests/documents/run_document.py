@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
 """Runs the commands of a page of the documentation, and compares what they print with what the page says.
 
-    tests/documents/run_document.py PAGE KORVELCHECK [--update]
+    tests/documents/run_document.py PAGE KORVELCHECK [--install BUILD_TREE] [--update]
 
 A block ```console has commands ("$ ..." with lines "> ..." that continue them), each followed by its output. The commands run one after
 the other in one empty directory, on a terminal. Any other block below a line such as "Save this as `schemas/shop.xml`:" is written to
-this file before the next command; below a line with "(not run)", a block ```console is not run. --update replaces the output in the
-page.
+this file before the next command; below a line with "(not run)", a block ```console is not run. Below a line with "(output not
+shown)", the commands must succeed, and may print anything. --install installs a build tree to $HOME/korvelcheck first. --update
+replaces the output in the page.
 """
 
 import os
@@ -65,6 +66,11 @@ class Terminal:
         self.directory = pathlib.Path(state.read_text(encoding="utf-8").strip())
         return printed.decode("utf-8").replace("\r\n", "\n").splitlines()
 
+    def install(self, build_tree):
+        """Installs elsewhere and moves the result: an installation contains no path of its own."""
+        subprocess.run(["cmake", "--install", build_tree, "--prefix", self.home / "elsewhere"], check=True, stdout=subprocess.DEVNULL)
+        (self.home / "elsewhere").rename(self.home / "korvelcheck")
+
     def remove(self):
         shutil.rmtree(self.home)
 
@@ -77,15 +83,18 @@ def read(terminal):
         return b""
 
 
-def typed(block, terminal):
-    """The block with the current output of its commands."""
+def typed(block, terminal, shows_output):
+    """The block with the current output of its commands, if it shows any."""
     lines = []
     commands = [i for i, line in enumerate(block) if line.startswith("$ ")]
     for i in commands:
         end = i + 1
         while end < len(block) and block[end].startswith("> "):
             end += 1
-        lines += block[i:end] + terminal.run("\n".join(line[2:] for line in block[i:end]))
+        output = terminal.run("\n".join(line[2:] for line in block[i:end]))
+        if not shows_output and terminal.status != 0:
+            sys.exit("\n".join(block[i:end] + output))
+        lines += block[i:end] + (output if shows_output else [])
     return lines
 
 
@@ -104,7 +113,7 @@ def run(page, terminal):
         else:
             if language == "console" and "(not run)" not in title:
                 blocks += 1
-                block = typed(block, terminal)
+                block = typed(block, terminal, "(output not shown)" not in title)
             elif named := NAMED_FILE.search(title):
                 terminal.write(named[1], block)
             lines += block + [line]
@@ -117,6 +126,8 @@ def main():
     lines = page.read_text(encoding="utf-8").splitlines()
     terminal = Terminal(tool)
     try:
+        if "--install" in sys.argv:
+            terminal.install(sys.argv[sys.argv.index("--install") + 1])
         current, blocks = run(lines, terminal)
     finally:
         terminal.remove()
