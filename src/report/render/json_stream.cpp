@@ -8,9 +8,7 @@
 
 namespace korvel {
 
-std::string JsonText(const JsonStream::Json& value, int indent) {
-  return EscapeInJson(value.dump(indent, ' ', false, JsonStream::Json::error_handler_t::replace));
-}
+std::string JsonText(const Json& value, int indent) { return EscapeInJson(value.dump(indent)); }
 
 void JsonStream::StartItem() {
   if (open_.empty()) return;
@@ -63,7 +61,7 @@ void JsonStream::Add(const char* name, const Json& value) {
 }
 
 void JsonStream::AddMembers(const Json& object) {
-  for (const auto& [name, value] : object.items()) Add(name.c_str(), value);
+  for (std::size_t i = 0; i < object.names().size(); ++i) Add(object.names()[i].c_str(), object.values()[i]);
 }
 
 }  // namespace korvel

@@ -1,19 +1,18 @@
 // Writes JSON documents, as a whole or piece by piece.
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/text_sink.h"
+#include "report/render/json_value.h"
 
 namespace korvel {
 
 // Writes a document piece by piece: it has the bytes that JsonText would give for the whole.
 class JsonStream {
  public:
-  using Json = nlohmann::ordered_json;
-
   explicit JsonStream(TextSink sink) : sink_(std::move(sink)) {}
 
   // Begins an object ('{') or array ('['): the document, an element of an array, or, with a name, a member of an object.
@@ -42,8 +41,7 @@ class JsonStream {
   std::vector<Container> open_;
 };
 
-// A value as nlohmann::ordered_json::dump would give it, with invalid UTF-8 replaced by U+FFFD and hidden characters escaped
-// (EscapeInJson). `indent` is that of dump: -1 for one line.
-std::string JsonText(const JsonStream::Json& value, int indent = 2);
+// A value as Json::dump gives it, with hidden characters escaped (EscapeInJson). `indent` is that of dump: -1 for one line.
+std::string JsonText(const Json& value, int indent = 2);
 
 }  // namespace korvel

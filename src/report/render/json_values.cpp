@@ -12,12 +12,6 @@
 #include "schema/setting_values.h"
 
 namespace korvel {
-namespace {
-
-using Json = nlohmann::ordered_json;
-
-}  // namespace
-
 Json HeaderToJson(int version, const std::string& command) {
   return {{"version", version}, {"tool", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}}}, {"command", command}};
 }

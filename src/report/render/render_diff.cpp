@@ -1,5 +1,6 @@
 // The output of `diff` as text and JSON; docs/command-line.md describes both. Tested by tests/tool/diff_test.cpp.
 #include <array>
+#include <utility>
 
 #include "base/text.h"
 #include "report/render/json_stream.h"
@@ -11,8 +12,6 @@
 
 namespace korvel {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 struct Totals {
   std::size_t changed = 0;
@@ -237,6 +236,14 @@ std::string HeadOf(const FileListing& file) {
   return old_name + " -> " + new_name + ":\n";
 }
 
+// The schemas of a file: an added or deleted one has only one.
+Json InputsOf(const FileListing& file) {
+  Json inputs = Json::array();
+  if (file.kind != FileListing::Kind::kAdded) inputs.push_back({{"role", "old"}, {"file", file.listing.old_source->name}});
+  if (file.kind != FileListing::Kind::kDeleted) inputs.push_back({{"role", "new"}, {"file", file.listing.new_source->name}});
+  return inputs;
+}
+
 }  // namespace
 
 std::string RenderDiffText(const Listing& listing) { return DiffText(listing).Text(); }
@@ -270,10 +277,10 @@ std::string RenderProjectDiffJson(const Report& report, const std::vector<FileLi
   for (const FileNote& note : report.files) files.push_back(ToJson(note));
   Json& diffs = json["diffs"] = Json::array();
   for (const FileListing& file : listings) {
-    Json& diff = diffs.emplace_back(Json{{"baseline", report.baselines[file.baseline].name}});
+    Json diff{{"baseline", report.baselines[file.baseline].name}};
     diff.update(DiffJson(file.listing).Document());
-    if (file.kind == FileListing::Kind::kAdded) diff["inputs"].erase(0);
-    if (file.kind == FileListing::Kind::kDeleted) diff["inputs"].erase(1);
+    diff["inputs"] = InputsOf(file);
+    diffs.push_back(std::move(diff));
   }
   return JsonText(json) + "\n";
 }

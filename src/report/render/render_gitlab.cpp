@@ -23,7 +23,7 @@ std::string PathOf(const Issue& issue, const ServicePaths& paths) {
   return path.empty() ? file : path;
 }
 
-nlohmann::ordered_json EntryOf(const Issue& issue, const ServicePaths& paths) {
+Json EntryOf(const Issue& issue, const ServicePaths& paths) {
   std::string body;
   for (const std::string& line : DetailsOf(issue, paths)) body += "- " + MarkdownText(line) + "\n";
   // Every entry needs a line, also that of an image.

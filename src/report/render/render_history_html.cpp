@@ -1,6 +1,5 @@
 // Histories as one HTML page without references to other files. history.js compares versions in the browser. Tested by
 // tests/tool/history_format_test.cpp.
-#include <nlohmann/json.hpp>
 
 #include "base/text.h"
 #include "report/render/html_items.h"
@@ -29,14 +28,14 @@ std::string VersionBadge(bool refused) { return Badge(refused ? StatusStyle::kRe
 
 // A block of data for the script. No text in it can end the element.
 std::string DataBlock(const History& history) {
-  nlohmann::ordered_json texts = nlohmann::ordered_json::array();
+  Json texts = Json::array();
   for (std::size_t i = 0; i < history.versions.size(); ++i) {
     const auto found = history.texts.texts().find(i);
-    texts.push_back(found == history.texts.texts().end() ? nlohmann::ordered_json() : nlohmann::ordered_json(found->second));
+    texts.push_back(found == history.texts.texts().end() ? Json() : Json(found->second));
   }
-  nlohmann::ordered_json lines = nlohmann::ordered_json::array();
+  Json lines = Json::array();
   for (const auto& line : history.texts.lines()) lines.push_back(SourceLine(line));
-  const nlohmann::ordered_json data = {{"lines", std::move(lines)}, {"texts", std::move(texts)}};
+  const Json data = {{"lines", std::move(lines)}, {"texts", std::move(texts)}};
   std::string html = "<script type=\"application/json\">";
   for (const char c : JsonText(data, -1)) {
     c == '<' ? html.append("\\u003c") : html.append(1, c);

@@ -12,8 +12,6 @@
 namespace korvel {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 Json CauseToJson(const RefusalCause& cause) {
   return {{"description", cause.change},
           {"path", cause.path},

@@ -13,8 +13,6 @@
 namespace korvel {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 Json List(const auto& values) {
   Json json = Json::array();
   for (const auto& value : values) json.push_back(ToJson(value));

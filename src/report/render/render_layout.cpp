@@ -12,7 +12,6 @@
 namespace korvel {
 namespace {
 
-using Json = nlohmann::ordered_json;
 using Row = std::vector<std::string>;
 
 // The part of a whole in tenths of a percent, rounded to the nearest.
@@ -154,7 +153,7 @@ Json ToJson(const FieldLayout& field, const TableLayout& layout) {
                {"offset", layout.tlv ? Json() : Json(field.offset)},
                {"offset_from", layout.tlv ? Json() : Json(field.in_element ? "element" : "record")},
                {"in_record", field.in_record},
-               {"percent", static_cast<double>(PerMille(field.in_record, layout.size)) / 10},
+               {"percent", Json::number(Percent(field.in_record, layout.size))},
                {"key", field.key},
                {"splittable", field.splittable},
                {"sort", field.sort.empty() ? Json() : Json(field.sort)},

@@ -14,8 +14,6 @@
 namespace korvel {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 // The language of a block of code that the service offers to apply to the lines of the fix. GitHub applies it to the lines of the
 // comment; GitLab to its line and to a number of lines above and below. That line is the one of the fix that is next to `line`.
 using BlockLanguage = std::string (*)(const LineFix& fix, std::size_t line);
@@ -71,7 +69,7 @@ class ReviewWriter {
     if (issue.folded == nullptr || issue.folded->finding->fix.empty()) return;
     const LineFix fix = LinesOf(*issue.table->second).Fixed(issue.folded->finding->fix);
     if (fix.problem != nullptr) {
-      json["body"] = json["body"].get<std::string>() + "\nThe fix is not shown as a block to apply: " + fix.problem +
+      json["body"] = json["body"].text() + "\nThe fix is not shown as a block to apply: " + fix.problem +
                      ". `korvelcheck suggest` prints it.\n";
       return;
     }

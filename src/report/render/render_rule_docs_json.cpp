@@ -8,8 +8,6 @@
 namespace korvel {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 Json CodeJson(int code) { return {{"code", code}, {"code_name", ResultCodeName(code)}}; }
 
 Json RowJson(const RuleDoc& doc) {

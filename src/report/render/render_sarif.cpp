@@ -15,8 +15,6 @@
 namespace korvel {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 // A path as a URI: percent-encodes all characters except letters, digits and "-._~/".
 std::string UriOf(const std::string& path) {
   constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";

@@ -10,8 +10,6 @@
 namespace korvel {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 // What a state is called in text and in JSON.
 struct StateName {
   WaiverState state;
