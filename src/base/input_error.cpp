@@ -60,6 +60,15 @@ std::vector<InputFault> FaultsOf(const InputError& error, const std::string& fil
   return faults;
 }
 
+std::vector<InputFault> FaultsOfCall(const InputError& error) {
+  if (!error.faults.empty()) return error.faults;
+  std::vector<InputFault> faults;
+  for (const std::string& line : error.lines) {
+    faults.push_back({.text = WithoutPrefix(line, ToolMessage("")), .message = line});
+  }
+  return faults;
+}
+
 std::vector<std::string> LinesOf(const std::vector<InputFault>& faults) {
   std::vector<std::string> lines;
   for (std::size_t i = 0; i < faults.size(); ++i) {

@@ -50,6 +50,9 @@ InputFault FaultAbout(FaultKind kind, const std::string& file, const std::string
 // What an error means for `file`, which it kept from being read: its faults, or its lines as kUnreadable.
 std::vector<InputFault> FaultsOf(const InputError& error, const std::string& file);
 
+// What is wrong with a call that failed: the faults of the error, or its lines as kCall.
+std::vector<InputFault> FaultsOfCall(const InputError& error);
+
 // The messages, one a line. A file that could not be compared is named behind the faults of the file that it needs.
 std::vector<std::string> LinesOf(const std::vector<InputFault>& faults);
 

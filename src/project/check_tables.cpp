@@ -103,6 +103,10 @@ TableResult CheckNewTable(const Source& source, const std::string& table, const 
   return NewTable(source, table, GivenFor(options.given, options.project, table));
 }
 
+InputFault NoTableFault(const Source& source) {
+  return FaultAbout(FaultKind::kNoTable, source.name, "no table (a meta with a primary key)");
+}
+
 Pair PairOf(const Report& report) { return {*report.inputs[0].source, *report.inputs[1].source}; }
 
 void CheckEachTable(Report& report, const std::vector<std::string>& tables, bool in_order,
@@ -118,6 +122,12 @@ void CheckEachTable(Report& report, const Pair& pair, const std::vector<std::str
   report.tables.resize(first + tables.size());
   const std::vector<TableCheck> checks = ChecksFor(pair, tables, options);
   CheckAll(checks, std::span(report.tables).subspan(first), options.in_order, ThreadsFor(pair.first.metalib.size()));
+}
+
+void CheckWantedTables(Report& report, const Pair& pair, const CheckOptions& options) {
+  const Selection selection = SelectTables(pair, options.tables);
+  CheckEachTable(report, pair, selection.compared, options);
+  for (const std::string& table : selection.added) report.tables.push_back(CheckNewTable(pair.second, table, options));
 }
 
 namespace {

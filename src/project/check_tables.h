@@ -39,6 +39,9 @@ TableResult CheckNewTable(const Source& source, const std::string& table, const 
 // The two inputs of a report, which must outlive the pair.
 Pair PairOf(const Report& report);
 
+// A file without a table must not pass as checked: the fault of such a file.
+InputFault NoTableFault(const Source& source);
+
 // Checks tables and adds the results to the report in the order of the tables. Runs on several threads where that pays, unless
 // `in_order` is set.
 void CheckEachTable(Report& report, const std::vector<std::string>& tables, bool in_order,
@@ -47,6 +50,10 @@ void CheckEachTable(Report& report, const std::vector<std::string>& tables, bool
 // The same for the whole check of tables of a pair, without suggestions. Tables that embed the same structures in the same way
 // share one search for findings.
 void CheckEachTable(Report& report, const Pair& pair, const std::vector<std::string>& tables, const CheckOptions& options);
+
+// The same for the tables of a pair that `options` want, as SelectTables finds them; then come those that are new. Throws
+// InputError as SelectTables.
+void CheckWantedTables(Report& report, const Pair& pair, const CheckOptions& options);
 
 // Finds suggestions for the refusals that the report lists, with fixes on request; those of the other tables stay empty, for
 // nobody sees them. The search is limited for the whole report (SuggestionWork): it visits the tables in their order, and

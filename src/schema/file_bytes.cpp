@@ -21,10 +21,6 @@ constexpr std::size_t kFirstPiece = std::size_t{64} << 10;  // bytes; for pipes,
 
 std::string DisplayName(const std::string& path) { return path == kStandardInput ? "<stdin>" : path.empty() ? "''" : path; }
 
-[[noreturn]] void RefuseTooLarge(const std::string& name) {
-  RefuseFile(name, "is too large; allowed: at most " + std::to_string(qmx::kMaxFileBytes) + " bytes");
-}
-
 // Without O_NONBLOCK among the flags, opening a pipe waits for its writer.
 FileDescriptor Open(const std::string& path, int flags) {
   const int fd =
@@ -55,6 +51,10 @@ void Grow(Bytes& bytes, std::size_t capacity) {
 
 void RefuseFile(const std::string& name, const std::string& reason) {
   throw ErrorOf({FaultAbout(FaultKind::kUnreadable, name, reason)});
+}
+
+void RefuseTooLarge(const std::string& name) {
+  RefuseFile(name, "is too large; allowed: at most " + std::to_string(qmx::kMaxFileBytes) + " bytes");
 }
 
 std::size_t SizeOf(const std::string& path) {

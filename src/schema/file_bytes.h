@@ -49,6 +49,9 @@ OpenFile TakeRegular(FileDescriptor descriptor, std::string name, const std::str
 // Throws InputError with one line about a file that cannot be read.
 [[noreturn]] void RefuseFile(const std::string& name, const std::string& reason);
 
+// The same about a file of more than qmx::kMaxFileBytes.
+[[noreturn]] void RefuseTooLarge(const std::string& name);
+
 // Throws InputError with one line if the file has been written to since `state`: the bytes read may mix old and new content. A
 // file that was replaced by another one counts as unchanged. Keeps no file open: a call may name more files than a process may
 // open.

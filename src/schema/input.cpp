@@ -162,6 +162,20 @@ std::string SchemaFile(const Input& input) {
   return text;
 }
 
+std::string ImageOf(const Input& input) {
+  const qmx::Limits limits;
+  std::string image = qmx::WriteImage(input.metalib);
+  std::string fault;
+  if (image.size() > limits.max_bytes) {
+    fault =
+        "the image would have " + std::to_string(image.size()) + " bytes; allowed: at most " + std::to_string(limits.max_bytes);
+  } else if (const auto error = qmx::Verify(input.Library(), input.metalib.size(), limits)) {
+    fault = "cannot be written as an image: " + qmx::Describe(*error);
+  }
+  if (!fault.empty()) throw InputError{{ToolMessage(OneLine(input.name) + ": " + fault)}};
+  return image;
+}
+
 void AddDump(Input& input) {
   if (input.text) return;
   try {

@@ -35,6 +35,10 @@ Input LoadFile(const std::string& path, Texts texts = Texts::kWhenNeeded);
 // duplicate names, and more that the reader of schema files refuses.
 std::string SchemaFile(const Input& input);
 
+// The library as an image. Throws InputError with one line if it is too large for an image, or has contents that readers of
+// images refuse. Linear.
+std::string ImageOf(const Input& input);
+
 // Gives an image the text of its schema file, marked as SchemaText::is_dump; locations in the input then refer to this text. Does
 // nothing if the input has a text, or if it cannot be written as XML.
 void AddDump(Input& input);

@@ -36,4 +36,10 @@ std::optional<int> ParseCount(std::string_view text) {
   return value;
 }
 
+std::optional<std::size_t> ParseMaxFindings(std::string_view text) {
+  const std::optional<int> count = ParseCount(text);
+  if (count.value_or(0) == 0) return std::nullopt;
+  return static_cast<std::size_t>(*count);
+}
+
 }  // namespace korvel

@@ -1,6 +1,7 @@
 // The values that settings of a table may have, on the command line and in a project file.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <span>
 #include <string>
@@ -26,6 +27,7 @@ inline constexpr NamedCode kFailOn[] = {{"refused", 0}, {"warning", kFailOnWarni
 
 inline constexpr char kAllowedVersion[] = "numbers joined by dots, like 3.29.0";
 inline constexpr char kAllowedListNum[] = "0 to 2147483647";
+inline constexpr char kAllowedMaxFindings[] = "1 to 2147483647";
 
 // The code of a name; nullopt for an unknown name.
 std::optional<int> CodeOf(std::span<const NamedCode> codes, std::string_view name);
@@ -41,5 +43,8 @@ bool IsVersion(std::string_view text);
 
 // A number of list slots, 0 to 2147483647; nullopt if `text` is not such a number.
 std::optional<int> ParseCount(std::string_view text);
+
+// How many findings a report lists, 1 to 2147483647; nullopt if `text` is not such a number.
+std::optional<std::size_t> ParseMaxFindings(std::string_view text);
 
 }  // namespace korvel

@@ -22,6 +22,15 @@ struct ReportInput {
   const Source* source;
 };
 
+// What reports call the inputs of a command.
+struct InputRoles {
+  const char* first;
+  const char* second;
+};
+inline constexpr InputRoles kOldAndNew{"old", "new"};
+inline constexpr InputRoles kSourceAndDestination{"source", "destination"};
+inline constexpr InputRoles kFiles{"file", "file"};
+
 // A schema file of a project that was added, deleted or moved. An added or deleted file has no counterpart to compare with.
 struct FileNote {
   enum class Kind { kAdded, kDeleted, kMoved, kOlder } kind;

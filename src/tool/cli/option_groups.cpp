@@ -7,6 +7,7 @@
 
 #include "base/limits.h"
 #include "project/found_project.h"
+#include "schema/setting_keys.h"
 #include "schema/setting_values.h"
 #include "tool/io/output.h"
 
@@ -23,12 +24,6 @@ constexpr NamedCode kColors[] = {{"auto", static_cast<int>(ColorOption::When::kA
                                  {"never", static_cast<int>(ColorOption::When::kNever)}};
 constexpr NamedCode kTextOrJson[] = {{"text", 0}, {"json", 1}};
 
-std::string SetServerVersion(PartialSettings& given, const std::string& value) {
-  if (!IsVersion(value)) return kAllowedVersion;
-  given.server_version = value;
-  return "";
-}
-
 std::string FailureReport(const ReportOptions& options, const Failure& failure, const Format& format, bool color) {
   Report report;
   report.command = failure.command;
@@ -38,22 +33,7 @@ std::string FailureReport(const ReportOptions& options, const Failure& failure, 
   return format.Render(report, color);
 }
 
-std::string SetListNum(PartialSettings& given, const std::string& value) {
-  given.list_num = ParseCount(value);
-  return given.list_num ? "" : kAllowedListNum;
-}
-
 }  // namespace
-
-std::vector<InputFault> FaultsOfCall(const InputError& error) {
-  if (!error.faults.empty()) return error.faults;
-  std::vector<InputFault> faults;
-  for (const std::string& line : error.lines) {
-    const std::string prefix = ToolMessage("");
-    faults.push_back({.text = line.starts_with(prefix) ? line.substr(prefix.size()) : line, .message = line});
-  }
-  return faults;
-}
 
 void InputFiles::AddPairTo(ArgumentList& arguments, const char* first, const char* second, bool second_is_required) {
   arguments.AddPositional(first, "FILE", paths, kInput).is_required = true;
@@ -106,12 +86,12 @@ void TableSettings::AddOthersTo(ArgumentList& arguments) {
   arguments.Add({.names = "--server-version",
                  .value = "VERSION",
                  .description = "oldest server that runs the table; without it, field lengths are not checked",
-                 .set = [this](const std::string& value) { return SetServerVersion(given, value); }});
+                 .set = [this](const std::string& value) { return SetSetting(given, "server-version", value); }});
   arguments.AddText("--whitelist", "A;B", given.whitelist, "fields that may exceed the length limit, separated by ';'");
   arguments.Add({.names = "--list-num",
                  .value = "N",
                  .description = "list length on the server; default: from the old schema's attributes, else 0",
-                 .set = [this](const std::string& value) { return SetListNum(given, value); }});
+                 .set = [this](const std::string& value) { return SetSetting(given, "list-num", value); }});
 }
 
 void TableSettings::AddProjectFileTo(ArgumentList& arguments) {
@@ -139,9 +119,9 @@ std::optional<Project> TableSettings::ReadProject() const {
 
 void FindingLimit::AddTo(ArgumentList& arguments) {
   const auto set = [this](const std::string& value) -> std::string {
-    const std::optional<int> count = ParseCount(value);
-    if (count.value_or(0) == 0) return "1 to 2147483647";
-    max_findings = static_cast<std::size_t>(*count);
+    const std::optional<std::size_t> count = ParseMaxFindings(value);
+    if (!count) return kAllowedMaxFindings;
+    max_findings = *count;
     return "";
   };
   arguments.Add({.names = "--max-findings",

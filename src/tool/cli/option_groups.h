@@ -178,10 +178,6 @@ struct ReportOptions {
   void WriteFailure(const Failure& failure) const;
 };
 
-// What is wrong with a call that failed: nothing is known about the schema files, so its report has only faults. An error that is
-// not about single files is about the call.
-std::vector<InputFault> FaultsOfCall(const InputError& error);
-
 // The names of formats, each with its position as code.
 template <class List, class Name>
 std::vector<NamedCode> ChoicesOf(const List& formats, Name name) {

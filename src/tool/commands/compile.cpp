@@ -4,8 +4,8 @@
 #include <optional>
 
 #include "base/input_error.h"
-#include "base/text.h"
 #include "project/load_inputs.h"
+#include "schema/input.h"
 #include "tool/cli/command.h"
 #include "tool/cli/option_groups.h"
 #include "tool/commands/image_files.h"

@@ -94,20 +94,6 @@ class CreatedDirectories {
 
 }  // namespace
 
-std::string ImageOf(const Input& input) {
-  const qmx::Limits limits;
-  std::string image = qmx::WriteImage(input.metalib);
-  std::string fault;
-  if (image.size() > limits.max_bytes) {
-    fault =
-        "the image would have " + std::to_string(image.size()) + " bytes; allowed: at most " + std::to_string(limits.max_bytes);
-  } else if (const auto error = qmx::Verify(input.metalib.get(), input.metalib.size(), limits)) {
-    fault = "cannot be written as an image: " + qmx::Describe(*error);
-  }
-  if (!fault.empty()) throw InputError{{ToolMessage(OneLine(input.name) + ": " + fault)}};
-  return image;
-}
-
 void RequireNoOther(const std::string& path) {
   if (SizeOf(path) == 0 || qmx::IsImage(ReadAll(OpenRegular(path)).View())) return;
   throw InputError{{ToolMessage(OneLine(path) + " exists and is no image; allowed: an image or a new file")}};

@@ -9,9 +9,6 @@
 
 namespace korvel::tool {
 
-// Throws InputError if the library is too large for an image, or has contents that readers of images refuse.
-std::string ImageOf(const Input& input);
-
 // Throws InputError if an image would replace a file with other content, such as a schema file.
 void RequireNoOther(const std::string& path);
 

@@ -32,11 +32,9 @@ struct LintArguments {
   }
 };
 
-// A file without a table must not pass as checked.
 void RequireTablesInEach(CommandResult& result) {
   for (const Input& input : result.inputs) {
-    if (!input.tables.empty()) continue;
-    result.report.faults.push_back(FaultAbout(FaultKind::kNoTable, input.name, "no table (a meta with a primary key)"));
+    if (input.tables.empty()) result.report.faults.push_back(NoTableFault(input));
   }
 }
 

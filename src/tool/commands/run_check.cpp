@@ -27,9 +27,7 @@ CommandResult CheckPair(const CheckRequest& request, ProjectSet& projects) {
   options.project = nearest.project;
   const Pair pair = PairOf(result.report);
   if (request.prints_pair_notes) PrintPairNotes(request.command, pair, request.paths);
-  const Selection selection = SelectTables(pair, options.tables);
-  CheckEachTable(result.report, pair, selection.compared, options);
-  for (const std::string& table : selection.added) result.report.tables.push_back(CheckNewTable(pair.second, table, options));
+  CheckWantedTables(result.report, pair, options);
   for (TableResult& table : result.report.tables) table.project = nearest.position;
   result.report.projects = ListOf(projects, {{nearest.position, path}});
   // An image has no text to fix.

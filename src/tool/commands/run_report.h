@@ -26,15 +26,6 @@ struct CommandResult {
   std::shared_ptr<const ProjectSet> projects = nullptr;             // of a check and lint; TableResult::project is a position
 };
 
-// What reports call the inputs of a command.
-struct InputRoles {
-  const char* first;
-  const char* second;
-};
-inline constexpr InputRoles kOldAndNew{"old", "new"};
-inline constexpr InputRoles kSourceAndDestination{"source", "destination"};
-inline constexpr InputRoles kFiles{"file", "file"};
-
 // Loads the inputs of a report without tables yet. Throws InputError.
 CommandResult LoadForReport(const char* command, const InputRoles& roles, const std::vector<std::string>& paths, Texts texts);
 
