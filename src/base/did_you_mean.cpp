@@ -33,7 +33,7 @@ std::string_view Nearest(std::string_view word, std::span<const std::string_view
 
 std::string DidYouMean(std::string_view word, std::span<const std::string_view> candidates) {
   const std::string_view nearest = Nearest(word, candidates);
-  return nearest.empty() ? "" : " (did you mean " + Quote(nearest) + "?)";
+  return nearest.empty() ? "" : " (did you mean " + QuoteWhole(nearest) + "?)";
 }
 
 }  // namespace korvel

@@ -166,6 +166,19 @@ void AppendMarkdown(std::string& markdown, std::string_view text, std::size_t be
   }
 }
 
+std::string QuoteUpTo(std::size_t limit, std::string_view text) {
+  std::string quoted = "'";
+  std::size_t taken = 0;
+  while (taken < text.size()) {
+    std::string shown;
+    const std::size_t length = AppendShown(shown, text.substr(taken));
+    if (taken + length > limit) return quoted + "...'";
+    quoted += shown;
+    taken += length;
+  }
+  return quoted + "'";
+}
+
 }  // namespace
 
 std::string OneLine(std::string_view text) {
@@ -196,18 +209,9 @@ std::string ShellWord(std::string_view text) {
 
 std::size_t Utf8Length(std::string_view text) { return FirstCharacter(text).length; }
 
-std::string Quote(std::string_view text) {
-  std::string quoted = "'";
-  std::size_t taken = 0;
-  while (taken < text.size()) {
-    std::string shown;
-    const std::size_t length = AppendShown(shown, text.substr(taken));
-    if (taken + length > kMaxQuoted) return quoted + "...'";
-    quoted += shown;
-    taken += length;
-  }
-  return quoted + "'";
-}
+std::string Quote(std::string_view text) { return QuoteUpTo(kMaxQuoted, text); }
+
+std::string QuoteWhole(std::string_view text) { return QuoteUpTo(text.size(), text); }
 
 std::string EscapeInJson(std::string json) {
   const auto is_plain = [](char c) { return IsPlainByte(c) || c == '\n'; };

@@ -57,8 +57,11 @@ std::string ShellWord(std::string_view text);
 inline constexpr std::size_t kMaxQuoted = 60;
 
 // The text in single quotes, its characters as AppendShown shows them. A text longer than kMaxQuoted is cut between characters
-// and ends in "...".
+// and ends in "...". For texts that the reader has already, such as a wrong value in a file.
 std::string Quote(std::string_view text);
+
+// The same, but never cut: for names that the reader may copy.
+std::string QuoteWhole(std::string_view text);
 
 // Length in bytes of the UTF-8 character at the start of `text`: 1 to 4. 0 for an empty text, invalid bytes, overlong forms and
 // surrogates.

@@ -185,7 +185,7 @@ class Comparison {
     for (const auto& [name, settings] : project.tables) {
       if (tables.contains(name)) continue;
       unknown.lines.push_back(OneLine(FileLineColumn(PathText(project.file), settings.location) + ": error: [tables." +
-                                      Quote(name) + "] is for a table that no schema file" + others + " has" +
+                                      QuoteWhole(name) + "] is for a table that no schema file" + others + " has" +
                                       DidYouMean(name, known)));
     }
   }
@@ -227,10 +227,11 @@ class Comparison {
   }
 
   ComparedFile ComparedOf(const FilePair& pair, std::size_t first_table) const {
+    std::string new_name = states_.new_state->Display(pair.Path());
     std::string old_name = pair.older_name;
     if (old_name.empty() && pair.old_path != nullptr) old_name = states_.old_state->Display(*pair.old_path);
     return {.old_name = std::move(old_name),
-            .new_name = states_.new_state->Display(pair.Path()),
+            .new_name = std::move(new_name),
             .is_deleted = pair.new_path == nullptr,
             .is_unchanged = pair.is_unchanged,
             .first_table = first_table,

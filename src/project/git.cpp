@@ -75,7 +75,7 @@ std::string_view NameOf(std::string_view path) { return path.substr(path.rfind('
 std::string SimilarPath(const std::string& path, const std::vector<GitFile>& files) {
   std::vector<std::string_view> near;
   for (const GitFile& file : files) {
-    if (NameOf(file.path) == NameOf(path)) return " (did you mean " + Quote(file.path) + "?)";
+    if (NameOf(file.path) == NameOf(path)) return " (did you mean " + QuoteWhole(file.path) + "?)";
     const bool may_be_near = file.path.size() <= path.size() + 2 && path.size() <= file.path.size() + 2;
     if (may_be_near) near.emplace_back(file.path);
   }

@@ -55,7 +55,7 @@ class Diagnosis {
   }
 
  private:
-  static std::string Meant(const std::string& name) { return " (did you mean " + Quote(name) + "?)"; }
+  static std::string Meant(const std::string& name) { return " (did you mean " + QuoteWhole(name) + "?)"; }
 
   std::string Depth() const { return is_shallow_ ? "--depth=1 " : ""; }
 

@@ -28,7 +28,7 @@ std::string TextOf(const DroppedFile& first, const std::vector<std::string>& pat
   const std::string what =
       is_one ? files + " is no longer checked: " : Counted(paths.size(), "file") + " are no longer checked (" + files + "): ";
   if (!first.had_project_file) return what + "no project file of " + baseline + " leaves " + them + " out, but this one does";
-  const std::string pattern = is_one || first.selected_by.empty() ? "" : " with " + Quote(first.selected_by);
+  const std::string pattern = is_one || first.selected_by.empty() ? "" : " with " + QuoteWhole(first.selected_by);
   return what + "the project file of " + baseline + " selects " + them + pattern + ", but this one does not";
 }
 

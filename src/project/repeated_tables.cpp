@@ -30,7 +30,7 @@ std::vector<ProjectFinding> FindRepeatedTables(const std::vector<TableResult>& t
     findings.push_back({.rule = kRepeatedTableRule.row.id,
                         .file = ranges[1]->file,
                         .position = ranges[1]->begin.value_or(qmx::LineColumn{}),
-                        .text = "table " + Quote(table.table) + " is also declared at " + PlaceText(*ranges[0]),
+                        .text = "table " + QuoteWhole(table.table) + " is also declared at " + PlaceText(*ranges[0]),
                         .suggestion = "remove one of the two, or leave out its file with 'exclude' in the project file",
                         .level = fails_on_warnings ? ProjectFinding::Level::kError : ProjectFinding::Level::kWarning});
   }

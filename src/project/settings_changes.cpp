@@ -25,7 +25,7 @@ std::string ValueOf(const std::optional<int>& code, std::span<const NamedCode> n
   return code ? NameOf(names, *code) : "none";
 }
 std::string ValueOf(const std::optional<int>& number) { return number ? std::to_string(*number) : "none"; }
-std::string ValueOf(const std::optional<std::string>& text) { return text ? Quote(*text) : "none"; }
+std::string ValueOf(const std::optional<std::string>& text) { return text ? QuoteWhole(*text) : "none"; }
 
 // "server-version: '3.29.0' -> none, list-num: none -> 5"; "" if nothing differs.
 std::string ChangeOf(const PartialSettings& before, const PartialSettings& after) {

@@ -202,10 +202,10 @@ std::vector<std::string> LinesOf(const WaiverEntry& waiver) {
 
 std::string Describe(const WaiverEntry& waiver) {
   if (waiver.form == WaiverForm::kBare) return "the waiver of " + waiver.fingerprint;
-  if (waiver.form == WaiverForm::kFile) return "the waiver of " + Quote(waiver.rule) + " for " + Quote(waiver.file);
-  const std::string table = "the waiver of " + Quote(waiver.rule) + " in table " + Quote(waiver.table);
-  if (waiver.form == WaiverForm::kWide) return table + (waiver.entry.empty() ? "" : ", entry " + Quote(waiver.entry));
-  return table + ", " + Quote(waiver.change) + ", file " + Quote(waiver.file);
+  if (waiver.form == WaiverForm::kFile) return "the waiver of " + QuoteWhole(waiver.rule) + " for " + QuoteWhole(waiver.file);
+  const std::string table = "the waiver of " + QuoteWhole(waiver.rule) + " in table " + QuoteWhole(waiver.table);
+  if (waiver.form == WaiverForm::kWide) return table + (waiver.entry.empty() ? "" : ", entry " + QuoteWhole(waiver.entry));
+  return table + ", " + QuoteWhole(waiver.change) + ", file " + QuoteWhole(waiver.file);
 }
 
 }  // namespace korvel

@@ -16,6 +16,11 @@ TEST(Quote, PlainText) {
   EXPECT_EQ(korvel::Quote("ä€😀"), "'ä€😀'");
 }
 
+TEST(QuoteWhole, CutsNothing) {
+  EXPECT_EQ(korvel::QuoteWhole(std::string(300, 'n') + "\n"), "'" + std::string(300, 'n') + "\\n'");
+  EXPECT_EQ(korvel::QuoteWhole(""), "''");
+}
+
 TEST(Quote, KeepsTextOnOneLine) {
   EXPECT_EQ(korvel::Quote("a\n\r\tb"), "'a\\n\\r\\tb'");
   EXPECT_EQ(korvel::Quote("\x01\x1B[31m\x7F"), "'\\x01\\x1b[31m\\x7f'");

@@ -49,6 +49,18 @@ TEST_F(SuggestWaiverTest, KeepsTheWaivedChangeOfATable) {
   EXPECT_EQ(Run({"check", "--against", "git:HEAD", "--no-project", "schemas/orders.xml"}).exit_code, 1);
 }
 
+TEST_F(SuggestWaiverTest, KeepsTheChangeThatAnExactWaiverNames) {
+  Write("korvelcheck.toml", "[schemas]\npaths = ['schemas/**/*.xml']\n");
+  const std::string json = Run({"check", "--against", "git:HEAD", "--format", "json"}).out;
+  const std::string before = "\"path\": \"orders.a\"";
+  const std::string key = "\"fingerprint\": \"";
+  const std::string fingerprint = json.substr(json.find(key, json.find(before)) + key.size(), 16);
+  ASSERT_EQ(Run({"waive", fingerprint, "--against", "git:HEAD", "--reason", "r", "--until", "2026-12-31"}).exit_code, 0);
+  const std::string fixed = Fixed();
+  EXPECT_THAT(fixed, HasSubstr(R"(<entry name="a" type="uint16"/>)"));
+  EXPECT_THAT(fixed, HasSubstr(R"(<entry name="b" type="uint32"/>)"));
+}
+
 TEST_F(SuggestWaiverTest, WithoutAProjectFileNothingIsWaived) {
   const Outcome outcome = Run({"suggest", "--no-project", "git:HEAD:schemas/orders.xml", "schemas/orders.xml", "--file"});
   EXPECT_EQ(outcome.exit_code, 0);

@@ -79,7 +79,7 @@ std::optional<std::string> CorrectedAttributes(std::string_view text) {
 std::string AttributeSuggestion(std::string_view pair) {
   if (WithoutOuterSpaces(pair).empty()) return "remove the extra ';'";
   if (const std::optional<std::string> corrected = CorrectedAttribute(pair)) {
-    return "write " + Quote(*corrected) + (WithoutSpaces(pair) == *corrected ? ", without spaces" : "");
+    return "write " + QuoteWhole(*corrected) + (WithoutSpaces(pair) == *corrected ? ", without spaces" : "");
   }
   const std::string key(MeantKey(pair));
   if (key.empty()) return "remove it; known attributes are " + Join(kKeys, ", ");

@@ -4,6 +4,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "analysis/diff/edit.h"
@@ -19,7 +20,9 @@ struct AcceptedEdit {
   std::string before;
   std::string after;
 
-  auto operator<=>(const AcceptedEdit& other) const = default;
+  bool operator<(const AcceptedEdit& other) const {
+    return std::tie(kind, meta, item, before, after) < std::tie(other.kind, other.meta, other.item, other.before, other.after);
+  }
 };
 
 AcceptedEdit AcceptedEditOf(const Edit& edit);

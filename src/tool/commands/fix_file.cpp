@@ -127,6 +127,7 @@ bool FixForAll(const std::vector<FixTask>& tasks, const Input& new_input, Schema
 FixedFile FixFile(const std::vector<EarlierState>& states, Input new_input, std::string path, const CheckOptions& options,
                   const ProjectSet& projects, NothingAllowed& reasons) {
   std::vector<FixTask> tasks;
+  tasks.reserve(states.size());
   for (const EarlierState& state : states) tasks.push_back(TaskFor(state, new_input));
   FixedFile file{std::move(new_input), std::move(path), {}};
   if (!FixForAll(tasks, file.input, file.suggestion)) {

@@ -28,6 +28,7 @@ void RequireUnmodified(const std::vector<const FixedFile*>& files) {
 // Returns a line for each file. If an error leaves some of them written, prints their lines.
 std::string WriteAllOf(const std::vector<const FixedFile*>& files) {
   std::vector<FileToWrite> contents;
+  contents.reserve(files.size());
   for (const FixedFile* const file : files) contents.push_back({file->path, file->suggestion.text});
   std::vector<std::string> done;
   try {
@@ -55,7 +56,8 @@ SchemaSuggestion FixSchema(const Input& old_input, const Input& new_input, const
 
 std::string StaysRefused(const std::string& file, const std::string& table, const Verdict& verdict) {
   const std::string rule = verdict.rule.empty() ? "" : " [" + verdict.rule + "]";
-  return OneLine(PathText(file) + ": error: no suggestion: table " + Quote(table) + " stays refused" + rule + " " + verdict.text);
+  return OneLine(PathText(file) + ": error: no suggestion: table " + QuoteWhole(table) + " stays refused" + rule + " " +
+                 verdict.text);
 }
 
 void AddReasons(const FixedFile& file, NothingAllowed& reasons) {
