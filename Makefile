@@ -9,7 +9,7 @@ PAIRS ?= 5000000
 EXECUTED_PAGES := docs/how-to/*.md docs/mistakes.md docs/schema-from-types.md docs/tutorial.md
 
 .DEFAULT_GOAL := help
-.PHONY: help example test model bench clang sanitize thread memcheck fuzz fuzz-tool mutants coverage case goldens docs lint format install
+.PHONY: help example test model bench clang sanitize thread memcheck fuzz fuzz-tool mutants coverage case goldens docs lint format install dist release-check
 
 help: ## list these commands
 	@sed -n 's/^\([a-z-]*\):.* ## /\1\t/p' $(MAKEFILE_LIST) | expand -t 12
@@ -103,3 +103,11 @@ install: ## build and install the tool and the libraries under PREFIX (/usr/loca
 	cmake --preset release
 	cmake --build --preset release -j $(JOBS)
 	cmake --install build/release --prefix $(PREFIX)
+
+dist: ## build the release archive, without shared libraries, with its SBOM and checksums, in dist/
+	$(INSTALL_DEPS) example
+	scripts/dist $(JOBS)
+
+release-check: ## check that HEAD can be released: version, changelog, two identical builds, the archive; see RELEASE.md
+	$(INSTALL_DEPS) release
+	scripts/release-check $(JOBS)

@@ -25,7 +25,9 @@ if(KORVEL_LINKS_STATIC)
   endif()
   # Drop unreachable functions and data.
   target_compile_options(korvel_flags INTERFACE -ffunction-sections -fdata-sections)
-  list(APPEND KORVEL_PROGRAM_LINK_OPTIONS -static-pie -Wl,--gc-sections)
+  # The linker lists the libraries that it read, for the list of contents of releases (scripts/sbom).
+  list(APPEND KORVEL_PROGRAM_LINK_OPTIONS
+    -static-pie -Wl,--gc-sections "-Wl,--dependency-file=${PROJECT_BINARY_DIR}/korvelcheck.d")
 else()
   message(WARNING "A static library is missing on this system: the tool will use shared libraries and start more slowly.")
 endif()

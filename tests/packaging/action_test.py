@@ -66,7 +66,7 @@ class ActionSteps(Action):
                 self.assertEqual((done.returncode, done.stderr), (0, ""))
 
     def test_the_build_step_builds_what_is_there(self):
-        words = self.steps()["Build korvelcheck"]["run"]
+        words = self.steps()["Install korvelcheck"]["run"]
         with open(os.path.join(SOURCE, "CMakePresets.json"), encoding="utf-8") as file:
             presets = json.load(file)
         self.assertIn("release", [preset["name"] for preset in presets["buildPresets"]])
