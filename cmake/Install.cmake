@@ -33,12 +33,13 @@ function(korvel_install library description)
   cmake_path(APPEND libraries "\${prefix}" ${CMAKE_INSTALL_LIBDIR})
   list(JOIN pc_REQUIRES " " requires)
   list(JOIN pc_LIBS " " libs)
-  configure_file(cmake/library.pc.in ${PROJECT_BINARY_DIR}/${output}.pc @ONLY)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/library.pc.in ${PROJECT_BINARY_DIR}/${output}.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/${output}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endfunction()
 
 install(DIRECTORY include/qmx include/vesk ${PROJECT_BINARY_DIR}/include/common DESTINATION ${KORVEL_INSTALL_HEADERS})
-install(DIRECTORY examples/embed-cpp examples/embed-own-store examples/shop DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
+install(DIRECTORY examples/embed examples/embed-cpp examples/embed-go examples/embed-java examples/embed-own-store
+  examples/embed-python examples/shop DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
 configure_package_config_file(cmake/korvelcheckConfig.cmake.in ${PROJECT_BINARY_DIR}/korvelcheckConfig.cmake
   INSTALL_DESTINATION ${KORVEL_INSTALL_PACKAGE} NO_SET_AND_CHECK_MACRO)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/korvelcheckConfigVersion.cmake COMPATIBILITY SameMinorVersion)

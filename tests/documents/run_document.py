@@ -6,8 +6,8 @@
 A block ```console has commands ("$ ..." with lines "> ..." that continue them), each followed by its output. The commands run one after
 the other in one empty directory, on a terminal. Any other block below a line such as "Save this as `schemas/shop.xml`:" is written to
 this file before the next command; below a line with "(not run)", a block ```console is not run. Below a line with "(output not
-shown)", the commands must succeed, and may print anything. --install installs a build tree to $HOME/korvelcheck first. --update
-replaces the output in the page.
+shown)", the commands must succeed, and may print anything. --install first installs a build tree to $HOME/korvelcheck, and puts the Python
+wheel into $HOME. --update replaces the output in the page.
 """
 
 import os
@@ -67,9 +67,12 @@ class Terminal:
         return printed.decode("utf-8").replace("\r\n", "\n").splitlines()
 
     def install(self, build_tree):
-        """Installs elsewhere and moves the result: an installation contains no path of its own."""
+        """Installs elsewhere and moves the result: an installation contains no path of its own. Puts the Python wheel into $HOME."""
         subprocess.run(["cmake", "--install", build_tree, "--prefix", self.home / "elsewhere"], check=True, stdout=subprocess.DEVNULL)
         (self.home / "elsewhere").rename(self.home / "korvelcheck")
+        wheel = pathlib.Path(__file__).resolve().parent.parent.parent / "scripts/wheel"
+        library = pathlib.Path(build_tree, "src/capi/libkorvelcheck.so")
+        subprocess.run([wheel, library, self.home], check=True, stdout=subprocess.DEVNULL)
 
     def remove(self):
         shutil.rmtree(self.home)

@@ -69,7 +69,8 @@ class Installed(unittest.TestCase):
 class Files(Installed):
     def test_installs_public_headers_only(self):
         installed = {str(path.relative_to(self.prefix / "include")) for path in self.prefix.glob("include/**/*.h")}
-        public = {f"korvelcheck/{path.relative_to(SOURCE / 'include')}" for path in SOURCE.glob("include/*/*.h")}
+        public = {str(path.relative_to(SOURCE / "include")) for path in SOURCE.glob("include/*/*.h")}
+        public = {path if path.startswith("korvelcheck/") else f"korvelcheck/{path}" for path in public}
         self.assertEqual(installed, public | {f"korvelcheck/common/{name}" for name in CHECKER_HEADERS})
         self.assertEqual(os.listdir(self.prefix / "include"), ["korvelcheck"])
 
@@ -131,10 +132,11 @@ class Programs(Installed):
         return run("cmake", "-S", project, "-B", project / "build", f"-DCMAKE_PREFIX_PATH={self.prefix}", status=status)
 
     def test_components(self):
-        self.assertIn("-- core;qmx;vesk\n", self.find_package("0.1 CONFIG REQUIRED", 0))
+        self.assertIn("-- core;qmx;vesk;korvelcheck\n", self.find_package("0.1 CONFIG REQUIRED", 0))
         core = self.find_package("0.1.0 CONFIG REQUIRED COMPONENTS core", 0)
         self.assertIn("-- core\n", core)
         self.assertNotIn("EXPAT", core)
+        self.assertNotIn("EXPAT", self.find_package("0.1 CONFIG REQUIRED COMPONENTS korvelcheck", 0))
         self.assertIn("no component 'other'", self.find_package("0.1 CONFIG REQUIRED COMPONENTS core other", 1))
         for version in ("0.2", "1.0"):
             self.assertIn(f'requested version "{version}"', self.find_package(f"{version} CONFIG REQUIRED", 1))

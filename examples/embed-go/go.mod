@@ -1,0 +1,3 @@
+module example.org/embed
+
+go 1.19
