@@ -15,21 +15,21 @@
  * Common to all functions:
  *
  * Results. A function that can fail returns KC_OK or one of the results below, and never changes an output on failure except as
- * follows: a handle becomes NULL, a text NULL, a size 0. NULL for a required argument is KC_ERROR_ARGUMENT.
+ * follows: a handle or string becomes NULL, a size 0, a struct all zeros. NULL for a required argument is KC_ERROR_ARGUMENT.
  *
  * Errors. The last argument, `error`, may be NULL. Otherwise it is set to NULL on success and to a new error on failure, also
- * when memory runs out; what it pointed to before is lost, not freed. The caller frees it.
+ * when memory runs out; the previous value is overwritten, not freed. The caller frees the error.
  *
  * Ownership. The caller frees every handle that it gets, in any order: reports keep what they need of their schemas, settings are
- * copied. NULL may be freed. Texts and bytes that a function gives out belong to the handle that it was called with and are valid
- * until that handle is freed, unless said otherwise. Arguments are borrowed for the call.
+ * copied. NULL may be freed. Strings and bytes that a function gives out belong to the handle that it was called with and are
+ * valid until that handle is freed, unless said otherwise. Arguments are borrowed for the call.
  *
- * Texts end with a zero byte and are never NULL in a filled struct. Names come from schemas as they are: they may contain line
- * ends and, from images, invalid UTF-8. Everything else is UTF-8. Escape names before you print them, or print a report format.
+ * Strings are null-terminated and never NULL in a filled struct. Names come from schemas as they are: they may contain newlines
+ * and, from images, invalid UTF-8. Everything else is UTF-8. Escape names before you print them, or print a report format.
  *
  * Structs. Functions that fill a struct take its size: sizeof in the caller. Later versions only append members. Members that the
  * library does not know are set to zero; members that the caller does not know are left out. A size of 0 or above KC_MAX_STRUCT
- * is KC_ERROR_ARGUMENT. A struct in which nothing was filled never says that a change is allowed.
+ * is KC_ERROR_ARGUMENT and changes nothing. In a struct of zeros, no change is allowed: 0 is no verdict.
  *
  * Threads. Schemas, reports and errors never change: threads may use one at once, except to free it. Settings must not be changed
  * while another thread uses them. There is no other shared state. A large check starts threads of its own, at most one for each
@@ -70,7 +70,7 @@ enum {
   KC_ERROR_INPUT = 2,    /* a schema cannot be read or is not valid, a table is unknown, nothing can be compared */
   KC_ERROR_MEMORY = 3,   /* out of memory; the handles of the call can still be used and freed */
   KC_ERROR_INTERNAL = 4, /* a fault of the library */
-  KC_END = 5             /* the position is behind the last element; no error is set */
+  KC_END = 5             /* the position is past the last element; no error is set */
 };
 
 /* Largest size of a struct that a function accepts, in bytes. */
@@ -98,7 +98,7 @@ typedef struct kc_location {
   const char* file;    /* the name of the schema; "" for no location at all */
   uint64_t line;       /* from 1; 0 in an image, which has no lines: then the other numbers are 0, too */
   uint64_t column;     /* from 1, in characters */
-  uint64_t end_line;   /* of the end, which is behind the last character */
+  uint64_t end_line;   /* of the end, which is past the last character */
   uint64_t end_column; /* likewise */
 } kc_location;
 
@@ -126,7 +126,7 @@ KC_API int kc_schema_load_file(const char* path, kc_schema** schema, kc_error** 
 
 KC_API int kc_schema_get(const kc_schema* schema, kc_schema_info* info, size_t size);
 
-/* The name of a table, from 0 in the order of their declaration. NULL behind the last one, and for a NULL schema. */
+/* The name of a table, from 0 in the order of their declaration. NULL past the last one, and for a NULL schema. */
 KC_API const char* kc_schema_table(const kc_schema* schema, size_t index);
 
 /* The schema as an image: the bytes that `korvelcheck compile` writes. Equal schemas give equal bytes. Made by the first call,
@@ -140,7 +140,7 @@ KC_API void kc_schema_free(kc_schema* schema);
 /* Settings without a value: what they do not say comes from the attributes of the old schema's tables, else a default applies. */
 KC_API int kc_settings_new(kc_settings** settings, kc_error** error);
 
-/* Sets a setting by the key and value of the project file (docs/project-file.md), as text. `table` NULL: for every table; a
+/* Sets a setting by the key and value of the project file (docs/project-file.md), as strings. `table` NULL: for every table; a
  * setting of a single table takes precedence. A later value replaces an earlier one.
  *
  *   type            "generic" or "list"
@@ -201,50 +201,50 @@ typedef struct kc_table {
   kc_location location;  /* of the table in the new schema; of a removed one in the old schema */
 } kc_table;
 
-/* Fills in a table, from 0 in the order of the report. KC_END behind the last one. Constant time, like all functions below that
+/* Fills in a table, from 0 in the order of the report. KC_END past the last one. Constant time, like all functions below that
  * fill a struct. */
 KC_API int kc_report_table(const kc_report* report, size_t index, kc_table* table, size_t size);
 
 typedef struct kc_finding {
-  int32_t level;           /* KC_LEVEL_... */
-  int32_t code;            /* of the checker, about this finding alone; 0 for a warning or note */
-  uint64_t table;          /* position of the table; with kc_report_place, of the first of several */
-  const char* rule;        /* "primary-key.size"; kc_explain gives its page */
-  const char* summary;     /* what is wrong, in plain words */
-  const char* text;        /* the checker's own text; "" for a warning or note */
-  const char* change;      /* what changed, a line for each edit; "" if no single edit is to blame */
-  const char* path;        /* of the element: "orders.items[].price" */
-  const char* suggestion;  /* what to do instead; may have several lines */
-  const char* fingerprint; /* identifies the finding across runs, 16 hexadecimal digits */
-  int32_t has_fix;         /* 1: something besides leaving the change out is allowed */
-  uint64_t edit_count;     /* of kc_report_edit */
-  uint64_t place_count;    /* of kc_report_place */
-  kc_location location;    /* where to report it: in the new schema, or in the old one for something that was removed */
-  kc_location old_location;
-  kc_location new_location;
+  int32_t level;            /* KC_LEVEL_... */
+  int32_t code;             /* of the checker, about this finding alone; 0 for a warning or note */
+  uint64_t table;           /* position of the table; of the first, if kc_report_affected lists others */
+  const char* rule;         /* "primary-key.size"; kc_explain gives its page */
+  const char* summary;      /* what is wrong, in plain words */
+  const char* text;         /* the checker's own text; "" for a warning or note */
+  const char* change;       /* what changed, a line for each change; "" if no single change is to blame */
+  const char* path;         /* of the element: "orders.items[].price" */
+  const char* suggestion;   /* what to do instead; may have several lines */
+  const char* fingerprint;  /* identifies the finding across runs, 16 hexadecimal digits */
+  int32_t has_alternative;  /* 1: there is something to do instead of leaving the change out */
+  uint64_t fix_count;       /* of kc_report_fix */
+  uint64_t affected_count;  /* of kc_report_affected */
+  kc_location location;     /* where to report it: in the new schema, or in the old one for something that was removed */
+  kc_location old_location; /* of the element in the old schema, if it is there */
+  kc_location new_location; /* of the element in the new schema; of a removed one, that of its structure */
 } kc_finding;
 
 /* Fills in a finding, from 0: for each table its refusals, then its warnings and notes. A finding that several tables share,
- * because they contain the same structure, is listed once. KC_END behind the last one. */
+ * because they contain the same structure, is listed once. KC_END past the last one. */
 KC_API int kc_report_finding(const kc_report* report, size_t index, kc_finding* finding, size_t size);
 
-typedef struct kc_place {
+typedef struct kc_affected {
   uint64_t table;   /* position of a table */
   const char* path; /* of the element in that table; "" for a change of the library */
-} kc_place;
+} kc_affected;
 
-/* Fills in another table and path that share a finding, from 0. KC_END behind the last finding or place. */
-KC_API int kc_report_place(const kc_report* report, size_t finding, size_t index, kc_place* place, size_t size);
+/* Fills in another table and path that share a finding, from 0. KC_END past the last finding or element. */
+KC_API int kc_report_affected(const kc_report* report, size_t finding, size_t index, kc_affected* affected, size_t size);
 
-typedef struct kc_edit {
+typedef struct kc_fix {
   uint64_t offset;  /* bytes from the start of the new schema file */
   uint64_t length;  /* bytes that are replaced */
   const char* text; /* what replaces them */
-} kc_edit;
+} kc_fix;
 
 /* Fills in a part of the fix of a finding, from 0 in the order of the file: after all of them, the checker allows the change. A
- * finding without a fix in the file has none. KC_END behind the last finding or edit. */
-KC_API int kc_report_edit(const kc_report* report, size_t finding, size_t index, kc_edit* edit, size_t size);
+ * finding that no change of the file fixes has none. KC_END past the last finding or part. */
+KC_API int kc_report_fix(const kc_report* report, size_t finding, size_t index, kc_fix* fix, size_t size);
 
 /* The report in a format of kc_format_name: the bytes that the program prints for schema files of the same names without a
  * project file, except that a text does not name the call that fixes the file. `size` may be NULL. Made by the first call for
@@ -255,7 +255,7 @@ KC_API void kc_report_free(kc_report* report);
 
 /* --- Errors --- */
 
-/* All lines of the error, joined by line ends. "" for NULL. */
+/* All lines of the error, joined by newlines. "" for NULL. */
 KC_API const char* kc_error_message(const kc_error* error);
 
 typedef struct kc_fault {
@@ -266,7 +266,7 @@ typedef struct kc_fault {
   kc_location location; /* end_line and end_column are 0 */
 } kc_fault;
 
-/* Fills in a fault, from 0: a schema file is reported with all of its faults. There is at least one. KC_END behind the last one.
+/* Fills in a fault, from 0: a schema file is reported with all of its faults. There is at least one. KC_END past the last one.
  */
 KC_API int kc_error_fault(const kc_error* error, size_t index, kc_fault* fault, size_t size);
 
@@ -274,14 +274,14 @@ KC_API void kc_error_free(kc_error* error);
 
 /* --- The library --- */
 
-/* "0.1.0". The text is valid until the library is unloaded, like all texts below. */
+/* "0.1.0". The string is valid until the library is unloaded, like all strings below. */
 KC_API const char* kc_version(void);
 
 /* Version and build as a JSON object: "version", "abi" (the number in the name of the shared library), "report_version" (of the
  * JSON report), "image_version" (of images), "compiler" and "build_type". Later versions may add members. */
 KC_API const char* kc_build_info(void);
 
-/* The name of a report format, from 0: "text", "json", "sarif", ... NULL behind the last one. */
+/* The name of a report format, from 0: "text", "json", "sarif", ... NULL past the last one. */
 KC_API const char* kc_format_name(size_t index);
 
 /* The page about a rule in Markdown, as `korvelcheck explain RULE --format markdown` prints it: what the rule protects, an

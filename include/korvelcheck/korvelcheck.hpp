@@ -22,7 +22,7 @@ namespace korvelcheck {
 // A call failed. what() is kc_error_message.
 class Error : public std::runtime_error {
  public:
-  // Takes the error.
+  // Takes ownership of the error.
   Error(int result, kc_error* error)
       : std::runtime_error(kc_error_message(error)), result_(result), error_(error, kc_error_free) {}
 
@@ -49,13 +49,27 @@ void Call(Function function, Arguments... arguments) {
   if (const int result = function(arguments..., &error); result != KC_OK) throw Error(result, error);
 }
 
+// Throws std::logic_error for an object whose handle was moved to another one.
+template <class Handle, class Struct>
+Struct Filled(int (*function)(const Handle*, Struct*, std::size_t), const Handle* handle) {
+  Struct filled = {};
+  if (function(handle, &filled, sizeof(filled)) != KC_OK) throw std::logic_error("korvelcheck: a handle that was moved from");
+  return filled;
+}
+
+// A zero byte would silently end a name.
+inline const char* Name(const std::string& name) {
+  if (name.find('\0') != std::string::npos) throw std::invalid_argument("korvelcheck: a name with a zero byte");
+  return name.c_str();
+}
+
 template <class Handle, void (*free)(Handle*)>
-struct Freed {
+struct Deleter {
   void operator()(Handle* handle) const { free(handle); }
 };
 
 template <class Handle, void (*free)(Handle*)>
-using Owned = std::unique_ptr<Handle, Freed<Handle, free>>;
+using Owned = std::unique_ptr<Handle, Deleter<Handle, free>>;
 
 }  // namespace internal
 
@@ -63,22 +77,18 @@ class Schema {
  public:
   static Schema FromMemory(const std::string& name, std::string_view bytes) {
     kc_schema* schema = nullptr;
-    internal::Call(kc_schema_load, name.c_str(), static_cast<const void*>(bytes.data()), bytes.size(), &schema);
+    internal::Call(kc_schema_load, internal::Name(name), static_cast<const void*>(bytes.data()), bytes.size(), &schema);
     return Schema(schema);
   }
   static Schema FromFile(const std::string& path) {
     kc_schema* schema = nullptr;
-    internal::Call(kc_schema_load_file, path.c_str(), &schema);
+    internal::Call(kc_schema_load_file, internal::Name(path), &schema);
     return Schema(schema);
   }
 
   const kc_schema* get() const { return schema_.get(); }
 
-  kc_schema_info Info() const {
-    kc_schema_info info;
-    kc_schema_get(get(), &info, sizeof(info));
-    return info;
-  }
+  kc_schema_info Info() const { return internal::Filled(kc_schema_get, get()); }
   std::vector<std::string> Tables() const {
     std::vector<std::string> tables;
     while (const char* const table = kc_schema_table(get(), tables.size())) tables.emplace_back(table);
@@ -109,12 +119,12 @@ class Settings {
   // For every table.
   Settings& Set(const std::string& key, const std::string& value) { return Set(nullptr, key, value); }
   Settings& SetFor(const std::string& table, const std::string& key, const std::string& value) {
-    return Set(table.c_str(), key, value);
+    return Set(internal::Name(table), key, value);
   }
 
  private:
   Settings& Set(const char* table, const std::string& key, const std::string& value) {
-    internal::Call(kc_settings_set, settings_.get(), table, key.c_str(), value.c_str());
+    internal::Call(kc_settings_set, settings_.get(), table, internal::Name(key), internal::Name(value));
     return *this;
   }
   internal::Owned<kc_settings, kc_settings_free> settings_;
@@ -122,16 +132,12 @@ class Settings {
 
 class Report {
  public:
-  // Takes the report.
+  // Takes ownership of the report.
   explicit Report(kc_report* report) : report_(report) {}
 
   const kc_report* get() const { return report_.get(); }
 
-  kc_report_info Info() const {
-    kc_report_info info;
-    kc_report_get(get(), &info, sizeof(info));
-    return info;
-  }
+  kc_report_info Info() const { return internal::Filled(kc_report_get, get()); }
   bool IsAllowed() const { return Info().verdict == KC_VERDICT_ALLOWED; }
   bool Passes() const { return Info().passes == 1; }
 
@@ -141,17 +147,18 @@ class Report {
   std::vector<kc_finding> Findings() const {
     return List<kc_finding>([this](std::size_t i, kc_finding* to) { return kc_report_finding(get(), i, to, sizeof(*to)); });
   }
-  std::vector<kc_place> Places(std::size_t finding) const {
-    return List<kc_place>([&](std::size_t i, kc_place* to) { return kc_report_place(get(), finding, i, to, sizeof(*to)); });
+  std::vector<kc_affected> Affected(std::size_t finding) const {
+    return List<kc_affected>(
+        [&](std::size_t i, kc_affected* to) { return kc_report_affected(get(), finding, i, to, sizeof(*to)); });
   }
-  std::vector<kc_edit> Edits(std::size_t finding) const {
-    return List<kc_edit>([&](std::size_t i, kc_edit* to) { return kc_report_edit(get(), finding, i, to, sizeof(*to)); });
+  std::vector<kc_fix> Fixes(std::size_t finding) const {
+    return List<kc_fix>([&](std::size_t i, kc_fix* to) { return kc_report_fix(get(), finding, i, to, sizeof(*to)); });
   }
 
   std::string_view Text(const std::string& format) const {
     const char* text = nullptr;
     std::size_t size = 0;
-    internal::Call(kc_report_text, get(), format.c_str(), &text, &size);
+    internal::Call(kc_report_text, get(), internal::Name(format), &text, &size);
     return {text, size};
   }
 
@@ -170,7 +177,7 @@ class Report {
 inline Report Check(const Schema& old_schema, const Schema& new_schema, const std::vector<std::string>& tables = {},
                     const kc_settings* settings = nullptr) {
   std::vector<const char*> names;
-  for (const std::string& table : tables) names.push_back(table.c_str());
+  for (const std::string& table : tables) names.push_back(internal::Name(table));
   kc_report* report = nullptr;
   internal::Call(kc_check, old_schema.get(), new_schema.get(),
                  static_cast<const char* const*>(names.empty() ? nullptr : names.data()), names.size(), settings, &report);

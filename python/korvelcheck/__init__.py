@@ -14,11 +14,12 @@ Every function may be called from several threads at once. A call releases the i
 """
 
 from ._errors import ArgumentError, Error, Fault, InternalError, SchemaError
-from ._model import Finding, Fix, Location, Place, Report, Table
+from ._model import Affected, Finding, Fix, Location, Report, Table
 from ._schema import Schema
 from ._calls import build_info, check, explain, lint, version
 
 __all__ = [
+    "Affected",
     "ArgumentError",
     "Error",
     "Fault",
@@ -26,7 +27,6 @@ __all__ = [
     "Fix",
     "InternalError",
     "Location",
-    "Place",
     "Report",
     "Schema",
     "SchemaError",

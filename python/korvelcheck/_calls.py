@@ -2,46 +2,55 @@
 
 import json
 import os
-import weakref
 from collections.abc import Iterable, Mapping
-from ctypes import byref, c_char_p, c_size_t, c_void_p, string_at
+from ctypes import byref, c_char_p, c_size_t, c_void_p, sizeof, string_at
 from typing import Any
 
 from ._errors import check_result
-from ._library import decode, encode, library
+from ._handles import Handle
+from ._library import CReportInfo, decode, encode, library
 from ._model import Report, read_report
 from ._schema import Schema
 
 AnySchema = Schema | str | os.PathLike[str]
 
 
-class _Settings:
-    def __init__(self, settings: Mapping[str, str], table_settings: Mapping[str, Mapping[str, str]]) -> None:
-        self.handle, error = c_void_p(), c_void_p()
-        check_result(library.kc_settings_new(byref(self.handle), byref(error)), error)
-        weakref.finalize(self, library.kc_settings_free, self.handle)
-        for key, value in settings.items():
-            self._set(None, key, value)
-        for table, values in table_settings.items():
-            for key, value in values.items():
-                self._set(encode(table), key, value)
-
-    def _set(self, table: bytes | None, key: str, value: str) -> None:
-        error = c_void_p()
-        check_result(library.kc_settings_set(self.handle, table, encode(key), encode(value), byref(error)), error)
+def _settings(settings: Mapping[str, str], table_settings: Mapping[str, Mapping[str, str]]) -> Handle:
+    pointer, error = c_void_p(), c_void_p()
+    check_result(library.kc_settings_new(byref(pointer), byref(error)), error)
+    handle = Handle(pointer, library.kc_settings_free)
+    for table, values in [(None, settings), *((encode(name), values) for name, values in table_settings.items())]:
+        for key, value in values.items():
+            error = c_void_p()
+            check_result(library.kc_settings_set(pointer, table, encode(key), encode(value), byref(error)), error)
+    return handle
 
 
-class _Handle:
-    """A report of the library, which renders it."""
+class _Renderer:
+    """A report of the library."""
 
-    def __init__(self, handle: c_void_p) -> None:
-        self.handle = handle
-        weakref.finalize(self, library.kc_report_free, handle)
+    def __init__(self, pointer: c_void_p) -> None:
+        self._handle = Handle(pointer, library.kc_report_free)
 
-    def render(self, name: str) -> str:
+    def __call__(self, name: str) -> str:
         text, size, error = c_void_p(), c_size_t(), c_void_p()
-        check_result(library.kc_report_text(self.handle, encode(name), byref(text), byref(size), byref(error)), error)
+        check_result(library.kc_report_text(self._handle.pointer, encode(name), byref(text), byref(size), byref(error)), error)
         return decode(string_at(text, size.value))
+
+    def info(self) -> CReportInfo:
+        info = CReportInfo()
+        check_result(library.kc_report_get(self._handle.pointer, byref(info), sizeof(info)), c_void_p())
+        return info
+
+    def __reduce__(self) -> tuple[Any, ...]:
+        return _LostRenderer, ()
+
+
+class _LostRenderer:
+    """Of a report that was sent to another process."""
+
+    def __call__(self, name: str) -> str:
+        raise RuntimeError("a report from another process has no other formats; render them there")
 
 
 def _load(schema: AnySchema) -> Schema:
@@ -50,8 +59,8 @@ def _load(schema: AnySchema) -> Schema:
 
 def _report(result: int, handle: c_void_p, error: c_void_p) -> Report:
     check_result(result, error)
-    report = _Handle(handle)
-    return read_report(report.render("json"), report.render)
+    render = _Renderer(handle)
+    return read_report(render("json"), render.info(), render)
 
 
 def check(
@@ -77,10 +86,10 @@ def check(
         raise ValueError("tables must not be empty; leave it out to check all tables")
     array = None if names is None else (c_char_p * len(names))(*names)
     old_schema, new_schema = _load(old), _load(new)
-    chosen = _Settings(settings or {}, table_settings or {})
+    chosen = _settings(settings or {}, table_settings or {})
     handle, error = c_void_p(), c_void_p()
     result = library.kc_check(
-        old_schema.handle, new_schema.handle, array, len(names or ()), chosen.handle, byref(handle), byref(error)
+        old_schema.pointer, new_schema.pointer, array, len(names or ()), chosen.pointer, byref(handle), byref(error)
     )
     return _report(result, handle, error)
 
@@ -88,9 +97,9 @@ def check(
 def lint(schema: AnySchema, *, settings: Mapping[str, str] | None = None) -> Report:
     """Checks whether the checker accepts every table of a schema as it is. A table that it does not accept can never be changed."""
     loaded = _load(schema)
-    chosen = _Settings(settings or {}, {})
+    chosen = _settings(settings or {}, {})
     handle, error = c_void_p(), c_void_p()
-    return _report(library.kc_lint(loaded.handle, chosen.handle, byref(handle), byref(error)), handle, error)
+    return _report(library.kc_lint(loaded.pointer, chosen.pointer, byref(handle), byref(error)), handle, error)
 
 
 def explain(rule: str) -> str:

@@ -31,8 +31,11 @@ class Error(Exception):
     """A call failed. `str()` gives all lines of the error, and `faults` each of them."""
 
     def __init__(self, message: str, faults: tuple[Fault, ...]) -> None:
-        super().__init__(message)
+        super().__init__(message, faults)
         self.faults = faults
+
+    def __str__(self) -> str:
+        return str(self.args[0])
 
 
 class SchemaError(Error):

@@ -1,6 +1,7 @@
 """The functions of libkorvelcheck.so, declared as korvelcheck/korvelcheck.h declares them."""
 
 import ctypes
+import os
 import pathlib
 from ctypes import POINTER, c_char_p, c_int, c_int32, c_size_t, c_uint64, c_void_p
 
@@ -33,6 +34,19 @@ class CSchemaInfo(ctypes.Structure):
     ]
 
 
+class CReportInfo(ctypes.Structure):
+    """kc_report_info"""
+
+    _fields_ = [
+        ("verdict", c_int32),
+        ("passes", c_int32),
+        ("table_count", c_uint64),
+        ("finding_count", c_uint64),
+        ("left_out_count", c_uint64),
+        ("summary", c_char_p),
+    ]
+
+
 class CFault(ctypes.Structure):
     """kc_fault"""
 
@@ -60,6 +74,7 @@ _FUNCTIONS = {
     "kc_settings_free": (None, c_void_p),
     "kc_check": (c_int, c_void_p, c_void_p, POINTER(c_char_p), c_size_t, c_void_p, _HANDLE, _HANDLE),
     "kc_lint": (c_int, c_void_p, c_void_p, _HANDLE, _HANDLE),
+    "kc_report_get": (c_int, c_void_p, POINTER(CReportInfo), c_size_t),
     "kc_report_text": (c_int, c_void_p, c_char_p, _HANDLE, POINTER(c_size_t), _HANDLE),
     "kc_report_free": (None, c_void_p),
     "kc_error_message": (c_char_p, c_void_p),
@@ -86,13 +101,23 @@ library = _load()
 
 
 def decode(text: bytes | None) -> str:
-    """A text of the library. Bytes that are not UTF-8, which names in images may contain, survive a round trip."""
+    """A string of the library. Bytes that are not UTF-8, which names in images may contain, become surrogates, as in os.fsdecode."""
     return (text or b"").decode("utf-8", "surrogateescape")
 
 
 def encode(text: str) -> bytes:
     """The inverse of decode."""
-    encoded = text.encode("utf-8", "surrogateescape")
+    if not isinstance(text, str):
+        raise TypeError(f"expected a string, not {text!r}")
+    return _terminated(text.encode("utf-8", "surrogateescape"))
+
+
+def encode_path(path: str | os.PathLike[str]) -> bytes:
+    """A path as the library takes it."""
+    return _terminated(os.fsencode(path))
+
+
+def _terminated(encoded: bytes) -> bytes:
     if b"\0" in encoded:
-        raise ValueError(f"a text with a zero character: {text!r}")
+        raise ValueError(f"a string with a zero byte: {encoded!r}")
     return encoded

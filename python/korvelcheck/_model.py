@@ -2,13 +2,16 @@
 
 import dataclasses
 import json
+import os
 from collections.abc import Callable
 from typing import Any, Literal
+
+from ._library import CReportInfo, decode
 
 
 @dataclasses.dataclass(frozen=True)
 class Location:
-    """A place in a schema. Lines and columns count from 1; an image has none. The end is behind the last character."""
+    """Where something is in a schema. Lines and columns count from 1; an image has none. The end is one past the last character."""
 
     file: str
     line: int | None
@@ -30,7 +33,7 @@ class Fix:
 
 
 @dataclasses.dataclass(frozen=True)
-class Place:
+class Affected:
     """Another table that contains the same finding, and the path of the element in it."""
 
     table: str
@@ -74,18 +77,18 @@ class Finding:
     path: str
     """The element, as in "orders.items[].price"."""
     old_location: Location | None
+    """Of the element in the old schema, if it is there."""
     new_location: Location | None
+    """Of the element in the new schema; of a removed one, that of its structure."""
     suggestion: str
     fix: tuple[Fix, ...]
     """Edits of the new schema file, in the order of the file, after which the checker allows the change. May be empty."""
     fingerprint: str
     """Identifies the finding across runs."""
-    also: tuple[Place, ...]
+    also: tuple[Affected, ...]
 
-    @property
-    def location(self) -> Location | None:
-        """Where to show the finding: in the new schema, or in the old one for something that was removed."""
-        return self.new_location or self.old_location
+    location: Location | None
+    """Where to report it: in the new schema, or in the old one for something that was removed."""
 
 
 @dataclasses.dataclass(frozen=True)
@@ -98,8 +101,14 @@ class Report:
     """The refused changes."""
     warnings: tuple[Finding, ...]
     """Warnings and notes about changes that are allowed."""
+    passes: bool
+    """Whether nothing is refused; with the setting "fail-on" = "warning" also whether there is no warning."""
+    left_out: int
+    """The number of findings that are not listed, because there are more than the setting "max-findings" allows."""
+    summary: str
+    """The counts on one line."""
     json: str = dataclasses.field(repr=False)
-    """The report in JSON, the same as `korvelcheck check --format json` prints."""
+    """The report in JSON, the same as `korvelcheck check OLD NEW --no-project --format json` prints; of `lint`, as that command."""
     _render: Callable[[str], str] = dataclasses.field(repr=False, compare=False)
 
     @property
@@ -113,10 +122,16 @@ class Report:
 
 
 def _location(data: Any) -> Location | None:
-    return None if data is None else Location(**data)
+    # Later versions may have more members.
+    return None if data is None else Location(**{name: data.get(name) for name in _LOCATION})
+
+
+_LOCATION = [field.name for field in dataclasses.fields(Location)]
 
 
 def _table(data: Any) -> Table:
+    location = _location(data["location"])
+    assert location is not None
     return Table(
         name=data["table"],
         status=data["status"],
@@ -126,66 +141,81 @@ def _table(data: Any) -> Table:
         summary=data.get("summary") or "",
         text=data.get("text") or "",
         removed=data.get("removed", False),
-        location=Location(**data["location"]),
+        location=location,
     )
 
 
-def _places(reference: Any, tables: Any) -> tuple[Place, ...]:
-    return tuple(Place(tables[place["table"]]["table"], place["path"]) for place in reference.get("also", ()))
+def _is_removal(edit: Any) -> bool:
+    if edit["kind"].endswith("-moved"):
+        return False
+    return edit["kind"].endswith("-removed") or bool(edit["before"] and not edit["after"])
 
 
-def _finding(reference: Any, tables: Any) -> Finding:
-    table = tables[reference["table"]]
-    changes = table["changes"]
-    data = changes["findings"][reference["finding"]]
-    return Finding(
-        level="refused",
-        table=table["table"],
-        rule=data["rule"],
-        code=data["code"],
-        summary=data["summary"],
-        text=data["text"],
-        changes=tuple(changes["edits"][edit]["description"] for edit in data["edits"]),
-        path=data["path"],
-        old_location=_location(data["old_location"]),
-        new_location=_location(data["new_location"]),
-        suggestion=data["suggestion"],
-        fix=tuple(Fix(**edit) for edit in data["fix"]),
-        fingerprint=data["fingerprint"],
-        also=_places(reference, tables),
-    )
+def _in_other(known: str, other: str, path: str) -> str:
+    """The path that corresponds to `path` as `other` does to `known`."""
+    same = len(os.path.commonprefix([known[::-1], other[::-1]]))
+    return other[: len(other) - same] + path[len(known) - same :]
 
 
-def _warning(reference: Any, tables: Any) -> Finding:
-    table = tables[reference["table"]]
-    data = table["warnings"][reference["warning"]]
-    return Finding(
-        level=data["level"],
-        table=table["table"],
-        rule=data["rule"],
-        code=0,
-        summary=data["summary"],
-        text="",
-        changes=(data["description"],),
-        path=data["path"],
-        old_location=_location(data["old_location"]),
-        new_location=_location(data["new_location"]),
-        suggestion=data["suggestion"],
-        fix=(),
-        fingerprint=data["fingerprint"],
-        also=_places(reference, tables),
-    )
+class _Reader:
+    """Reads the findings, or the warnings, of a report."""
+
+    def __init__(self, data: Any, kind: str) -> None:
+        self.tables = data["tables"]
+        self.references = data.get(f"{kind}s", ())
+        self.kind = kind
+
+    def item(self, reference: Any) -> Any:
+        table = self.tables[reference["table"]]
+        return (table["changes"]["findings"] if self.kind == "finding" else table["warnings"])[reference[self.kind]]
+
+    def also(self, reference: Any) -> tuple[Affected, ...]:
+        """An item may refer to an earlier one, whose other paths differ from its own path in the same way."""
+        leader = self.references[reference["also_as"]] if "also_as" in reference else reference
+        known, path = self.item(leader)["path"], self.item(reference)["path"]
+        return tuple(
+            Affected(self.tables[other["table"]]["table"], _in_other(known, other["path"], path)) for other in leader.get("also", ())
+        )
+
+    def finding(self, reference: Any) -> Finding:
+        table, data = self.tables[reference["table"]], self.item(reference)
+        is_refusal = self.kind == "finding"
+        edits = [table["changes"]["edits"][edit] for edit in data["edits"]] if is_refusal else [data]
+        old, new = _location(data["old_location"]), _location(data["new_location"])
+        is_removal = _is_removal(edits[0]) if edits else table.get("removed", False)
+        return Finding(
+            level="refused" if is_refusal else data["level"],
+            table=table["table"],
+            rule=data["rule"],
+            code=data.get("code", 0),
+            summary=data["summary"],
+            text=data.get("text", ""),
+            changes=tuple(edit["description"] for edit in edits),
+            path=data["path"],
+            old_location=old,
+            new_location=new,
+            suggestion=data["suggestion"],
+            fix=tuple(Fix(edit["offset"], edit["length"], edit["text"]) for edit in data.get("fix", ())),
+            fingerprint=data["fingerprint"],
+            also=self.also(reference),
+            location=old if old and (is_removal or not new) else new,
+        )
+
+    def read(self) -> tuple[Finding, ...]:
+        return tuple(self.finding(reference) for reference in self.references)
 
 
-def read_report(text: str, render: Callable[[str], str]) -> Report:
+def read_report(text: str, info: CReportInfo, render: Callable[[str], str]) -> Report:
     """The report in a JSON text."""
     data = json.loads(text)
-    tables = data["tables"]
     return Report(
         verdict=data["verdict"],
-        tables=tuple(_table(table) for table in tables),
-        findings=tuple(_finding(reference, tables) for reference in data["findings"]),
-        warnings=tuple(_warning(reference, tables) for reference in data.get("warnings", ())),
+        tables=tuple(_table(table) for table in data["tables"]),
+        findings=_Reader(data, "finding").read(),
+        warnings=_Reader(data, "warning").read(),
+        passes=info.passes == 1,
+        left_out=info.left_out_count,
+        summary=decode(info.summary),
         json=text,
         _render=render,
     )

@@ -1,11 +1,11 @@
 """Schema libraries."""
 
 import os
-import weakref
 from ctypes import byref, c_size_t, c_void_p, sizeof, string_at
 
 from ._errors import check_result
-from ._library import CSchemaInfo, decode, encode, library
+from ._handles import Handle
+from ._library import CSchemaInfo, decode, encode, encode_path, library
 
 
 class Schema:
@@ -21,11 +21,12 @@ class Schema:
     def __init__(self, path: str | os.PathLike[str]) -> None:
         """Reads the schema file (XML) or image at `path`; the first bytes decide. Raises SchemaError with all of its faults."""
         handle, error = c_void_p(), c_void_p()
-        self._take(library.kc_schema_load_file(os.fsencode(path), byref(handle), byref(error)), handle, error)
+        self._take(library.kc_schema_load_file(encode_path(path), byref(handle), byref(error)), handle, error)
 
     @classmethod
     def parse(cls, name: str, data: bytes) -> "Schema":
         """The schema in `data`. `name` stands for the path of a file in messages, locations and fingerprints."""
+        data = bytes(memoryview(data))
         schema = cls.__new__(cls)
         handle, error = c_void_p(), c_void_p()
         schema._take(library.kc_schema_load(encode(name), data, len(data), byref(handle), byref(error)), handle, error)
@@ -33,12 +34,16 @@ class Schema:
 
     def _take(self, result: int, handle: c_void_p, error: c_void_p) -> None:
         check_result(result, error)
-        self.handle = handle
-        weakref.finalize(self, library.kc_schema_free, handle)
+        self._handle = Handle(handle, library.kc_schema_free)
+
+    @property
+    def pointer(self) -> c_void_p:
+        """For calls of the library."""
+        return self._handle.pointer
 
     def _info(self) -> CSchemaInfo:
         info = CSchemaInfo()
-        check_result(library.kc_schema_get(self.handle, byref(info), sizeof(info)), c_void_p())
+        check_result(library.kc_schema_get(self.pointer, byref(info), sizeof(info)), c_void_p())
         return info
 
     @property
@@ -64,12 +69,12 @@ class Schema:
     @property
     def tables(self) -> tuple[str, ...]:
         """The names of the tables, in the order of their declaration."""
-        return tuple(decode(library.kc_schema_table(self.handle, index)) for index in range(self._info().table_count))
+        return tuple(decode(library.kc_schema_table(self.pointer, index)) for index in range(self._info().table_count))
 
     def image(self) -> bytes:
         """The schema as an image: the bytes that `korvelcheck compile` writes."""
         data, size, error = c_void_p(), c_size_t(), c_void_p()
-        check_result(library.kc_schema_image(self.handle, byref(data), byref(size), byref(error)), error)
+        check_result(library.kc_schema_image(self.pointer, byref(data), byref(size), byref(error)), error)
         return string_at(data, size.value)
 
     def __repr__(self) -> str:

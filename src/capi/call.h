@@ -37,11 +37,19 @@ int Call(kc_error** error, const Body& body) noexcept {
   }
 }
 
+inline bool IsSize(std::size_t size) { return size > 0 && size <= KC_MAX_STRUCT; }
+
+// Zeroes a struct of the caller: a failed call leaves no verdict in it.
+inline int Clear(void* to, std::size_t size, int result) noexcept {
+  if (to != nullptr && IsSize(size)) std::memset(to, 0, size);
+  return result;
+}
+
 // Copies `value` to a struct of the caller, which may be that of an earlier or later version.
 template <class Struct>
 int Fill(const Struct& value, void* to, std::size_t size) noexcept {
   static_assert(std::is_trivially_copyable_v<Struct> && sizeof(Struct) <= KC_MAX_STRUCT);
-  if (to == nullptr || size == 0 || size > KC_MAX_STRUCT) return KC_ERROR_ARGUMENT;
+  if (to == nullptr || !IsSize(size)) return KC_ERROR_ARGUMENT;
   std::memset(to, 0, size);
   std::memcpy(to, &value, std::min(size, sizeof(value)));
   return KC_OK;
@@ -50,8 +58,8 @@ int Fill(const Struct& value, void* to, std::size_t size) noexcept {
 // Fills in an element of a list; KC_END behind the last one.
 template <class List, class ValueOf>
 int FillElement(const List& list, std::size_t index, const ValueOf& value_of, void* to, std::size_t size) noexcept {
-  if (to == nullptr || size == 0 || size > KC_MAX_STRUCT) return KC_ERROR_ARGUMENT;
-  return index < list.size() ? Fill(value_of(list[index]), to, size) : KC_END;
+  if (to == nullptr || !IsSize(size)) return KC_ERROR_ARGUMENT;
+  return index < list.size() ? Fill(value_of(list[index]), to, size) : Clear(to, size, KC_END);
 }
 
 }  // namespace korvel::capi

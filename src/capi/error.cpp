@@ -74,7 +74,7 @@ const char* kc_error_message(const kc_error* error) { return error == nullptr ? 
 
 int kc_error_fault(const kc_error* error, size_t index, kc_fault* fault, size_t size) {
   using namespace korvel::capi;
-  if (error == nullptr) return KC_ERROR_ARGUMENT;
+  if (error == nullptr) return Clear(fault, size, KC_ERROR_ARGUMENT);
   if (error == &kOutOfMemory && index == 0) {
     const char* const text = error->message.c_str();
     return Fill(kc_fault{"", text, "", text, {"", 0, 0, 0, 0}}, fault, size);

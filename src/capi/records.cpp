@@ -1,6 +1,7 @@
 // Tested by tests/capi/check_test.cpp.
 #include "capi/records.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/text.h"
@@ -33,10 +34,16 @@ std::int32_t LevelOf(const Finding& finding) {
   return 0;
 }
 
-std::vector<kc_edit> EditsOf(const Finding& finding) {
-  std::vector<kc_edit> edits;
-  for (const auto& [span, text] : finding.fix) edits.push_back({span.begin, span.end - span.begin, text.c_str()});
-  return edits;
+std::vector<kc_fix> FixesOf(const Finding& finding) {
+  std::vector<kc_fix> fixes;
+  for (const auto& [span, text] : finding.fix) fixes.push_back({span.begin, span.end - span.begin, text.c_str()});
+  return fixes;
+}
+
+// The path that corresponds to `path` as `other` does to `known`: "b.x.two" for "a.x.one", "b.x.one" and "a.x.two".
+std::string InOther(const std::string& known, const std::string& other, const std::string& path) {
+  const auto differ = std::mismatch(known.rbegin(), known.rend(), other.rbegin(), other.rend());
+  return std::string(other.begin(), differ.second.base()) + path.substr(static_cast<std::size_t>(known.rend() - differ.first));
 }
 
 }  // namespace
@@ -45,7 +52,7 @@ Records::Records(const Report& report) : report_(report), ranges_(LocationsOf(Fo
   const FoldedReport folded(report);
   info_ = InfoOf(folded);
   for (const TableResult& table : report.tables) tables_.push_back(TableOf(table));
-  for (const FoldedFinding& one : folded.findings()) findings_.push_back(FindingOf(one));
+  for (const FoldedFinding& one : folded.findings()) findings_.push_back(FindingOf(one, folded));
 }
 
 kc_report_info Records::InfoOf(const FoldedReport& folded) {
@@ -74,9 +81,9 @@ kc_table Records::TableOf(const TableResult& table) {
           .location = ToLocation(table.declared)};
 }
 
-FindingRecord Records::FindingOf(const FoldedFinding& one) {
+FindingRecord Records::FindingOf(const FoldedFinding& one, const FoldedReport& folded) {
   const Finding& finding = *one.finding;
-  FindingRecord record{.finding = {}, .places = PlacesOf(one), .edits = EditsOf(finding)};
+  FindingRecord record{.finding = {}, .affected = AffectedOf(one, folded), .fixes = FixesOf(finding)};
   record.finding = {.level = LevelOf(finding),
                     .code = finding.verdict.code,
                     .table = PositionOf(one.table),
@@ -87,21 +94,23 @@ FindingRecord Records::FindingOf(const FoldedFinding& one) {
                     .path = finding.path.c_str(),
                     .suggestion = finding.suggestion.c_str(),
                     .fingerprint = finding.fingerprint.c_str(),
-                    .has_fix = finding.has_fix ? 1 : 0,
-                    .edit_count = record.edits.size(),
-                    .place_count = record.places.size(),
+                    .has_alternative = finding.has_fix ? 1 : 0,
+                    .fix_count = record.fixes.size(),
+                    .affected_count = record.affected.size(),
                     .location = ToLocation(LeadOf(*one.table, finding)),
                     .old_location = ToLocation(finding.old_location),
                     .new_location = ToLocation(finding.new_location)};
   return record;
 }
 
-// Of findings with the same places, only the first lists them.
-std::vector<kc_place> Records::PlacesOf(const FoldedFinding& one) {
-  if (one.also_as) return findings_[*one.also_as].places;
-  std::vector<kc_place> places;
-  for (const auto& [table, path] : one.also) places.push_back({PositionOf(table), Keep(path)});
-  return places;
+// A finding may refer to an earlier one of its table, the leader, whose other paths differ from its own path in the same way.
+std::vector<kc_affected> Records::AffectedOf(const FoldedFinding& one, const FoldedReport& folded) {
+  std::vector<kc_affected> affected;
+  const FoldedFinding& leader = one.also_as ? folded.findings()[*one.also_as] : one;
+  for (const auto& [table, path] : leader.also) {
+    affected.push_back({PositionOf(table), Keep(InOther(leader.finding->path, path, one.finding->path))});
+  }
+  return affected;
 }
 
 kc_location Records::ToLocation(const Location& location) {

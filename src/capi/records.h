@@ -13,8 +13,8 @@ namespace korvel::capi {
 
 struct FindingRecord {
   kc_finding finding;
-  std::vector<kc_place> places;
-  std::vector<kc_edit> edits;
+  std::vector<kc_affected> affected;
+  std::vector<kc_fix> fixes;
 };
 
 // Borrows the report.
@@ -31,8 +31,8 @@ class Records {
  private:
   kc_report_info InfoOf(const FoldedReport& folded);
   kc_table TableOf(const TableResult& table);
-  FindingRecord FindingOf(const FoldedFinding& one);
-  std::vector<kc_place> PlacesOf(const FoldedFinding& one);
+  FindingRecord FindingOf(const FoldedFinding& one, const FoldedReport& folded);
+  std::vector<kc_affected> AffectedOf(const FoldedFinding& one, const FoldedReport& folded);
   kc_location ToLocation(const Location& location);
   std::uint64_t PositionOf(const TableResult* table) const;
   const char* Keep(std::string text) { return texts_.emplace_back(std::move(text)).c_str(); }

@@ -4,6 +4,7 @@
 #include <map>
 #include <mutex>
 
+#include "base/text.h"
 #include "capi/call.h"
 #include "capi/check.h"
 #include "capi/records.h"
@@ -28,7 +29,7 @@ const Format& FindFormat(const std::string& name) {
   for (const Format& format : Formats()) {
     if (name == format.name) return format;
   }
-  throw ArgumentError{"kc_report_text: unknown format '" + name + "'; kc_format_name lists them"};
+  throw ArgumentError{"kc_report_text: unknown format " + Quote(name) + "; kc_format_name lists them"};
 }
 
 // A format that shows whole files needs texts that images do not have.
@@ -67,6 +68,7 @@ CheckSettings SettingsOf(const kc_settings* settings) { return settings == nullp
 }  // namespace korvel::capi
 
 using korvel::capi::Call;
+using korvel::capi::Clear;
 using korvel::capi::FillElement;
 using korvel::capi::Require;
 
@@ -93,17 +95,17 @@ int kc_lint(const kc_schema* schema, const kc_settings* settings, kc_report** re
 }
 
 int kc_report_get(const kc_report* report, kc_report_info* info, size_t size) {
-  return report == nullptr ? static_cast<int>(KC_ERROR_ARGUMENT) : korvel::capi::Fill(report->records.info(), info, size);
+  return report == nullptr ? Clear(info, size, KC_ERROR_ARGUMENT) : korvel::capi::Fill(report->records.info(), info, size);
 }
 
 int kc_report_table(const kc_report* report, size_t index, kc_table* table, size_t size) {
-  if (report == nullptr) return KC_ERROR_ARGUMENT;
+  if (report == nullptr) return Clear(table, size, KC_ERROR_ARGUMENT);
   const auto same = [](const kc_table& one) { return one; };
   return FillElement(report->records.tables(), index, same, table, size);
 }
 
 int kc_report_finding(const kc_report* report, size_t index, kc_finding* finding, size_t size) {
-  if (report == nullptr) return KC_ERROR_ARGUMENT;
+  if (report == nullptr) return Clear(finding, size, KC_ERROR_ARGUMENT);
   const auto finding_of = [](const korvel::capi::FindingRecord& one) { return one.finding; };
   return FillElement(report->records.findings(), index, finding_of, finding, size);
 }
@@ -114,7 +116,7 @@ namespace {
 template <class Element>
 int FillPart(const kc_report* report, size_t finding, std::vector<Element> korvel::capi::FindingRecord::*list, size_t index,
              Element* to, size_t size) {
-  if (report == nullptr) return KC_ERROR_ARGUMENT;
+  if (report == nullptr) return Clear(to, size, KC_ERROR_ARGUMENT);
   static const std::vector<Element> kNone;
   const auto& findings = report->records.findings();
   const auto same = [](const Element& one) { return one; };
@@ -123,12 +125,12 @@ int FillPart(const kc_report* report, size_t finding, std::vector<Element> korve
 
 }  // namespace
 
-int kc_report_place(const kc_report* report, size_t finding, size_t index, kc_place* place, size_t size) {
-  return FillPart(report, finding, &korvel::capi::FindingRecord::places, index, place, size);
+int kc_report_affected(const kc_report* report, size_t finding, size_t index, kc_affected* affected, size_t size) {
+  return FillPart(report, finding, &korvel::capi::FindingRecord::affected, index, affected, size);
 }
 
-int kc_report_edit(const kc_report* report, size_t finding, size_t index, kc_edit* edit, size_t size) {
-  return FillPart(report, finding, &korvel::capi::FindingRecord::edits, index, edit, size);
+int kc_report_fix(const kc_report* report, size_t finding, size_t index, kc_fix* fix, size_t size) {
+  return FillPart(report, finding, &korvel::capi::FindingRecord::fixes, index, fix, size);
 }
 
 int kc_report_text(const kc_report* report, const char* format, const char** text, size_t* size, kc_error** error) {

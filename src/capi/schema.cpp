@@ -68,7 +68,7 @@ int kc_schema_load_file(const char* path, kc_schema** schema, kc_error** error) 
 }
 
 int kc_schema_get(const kc_schema* schema, kc_schema_info* info, size_t size) {
-  if (schema == nullptr) return KC_ERROR_ARGUMENT;
+  if (schema == nullptr) return korvel::capi::Clear(info, size, KC_ERROR_ARGUMENT);
   const korvel::Input& input = schema->loaded->input;
   const kc_schema_info value{.name = input.name.c_str(),
                              .library = input.LibraryName(),

@@ -47,16 +47,20 @@ sed -i 's/^kc_table.code 12 4$/kc_table.code 16 4/' "$work/lists/structs.list"
 fails 'a member has another offset' 'not in structs.list: kc_table.code 12 4'
 
 copy_lists
-sed -i '/^kc_edit size /d' "$work/lists/structs.list"
-fails 'a struct has another size' 'not in structs.list: kc_edit size 24'
+sed -i 's/^KC_VERDICT_ALLOWED 1$/KC_VERDICT_ALLOWED 2/' "$work/lists/structs.list"
+fails 'a constant has another value' 'not in structs.list: KC_VERDICT_ALLOWED 1'
+
+copy_lists
+sed -i '/^kc_fix size /d' "$work/lists/structs.list"
+fails 'a struct has another size' 'not in structs.list: kc_fix size 24'
 
 copy_lists
 echo 'KORVELCHECK_0.1 kc_old' >>"$work/released/symbols.list"
 fails 'a function of a release was removed' 'removed or changed since the release: KORVELCHECK_0.1 kc_old'
 
 copy_lists
-sed -i 's/^kc_place.path 8 8$/kc_place.path 16 8/' "$work/released/structs.list"
-fails 'a member moved since a release' 'removed or changed since the release: kc_place.path 16 8'
+sed -i 's/^kc_affected.path 8 8$/kc_affected.path 16 8/' "$work/released/structs.list"
+fails 'a member moved since a release' 'removed or changed since the release: kc_affected.path 16 8'
 
 copy_lists
 sed -i 's/^kc_location size .*/kc_location size 24/' "$work/released/structs.list"

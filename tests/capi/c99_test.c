@@ -34,8 +34,8 @@ static void use_report(const kc_report* report) {
   kc_report_info info;
   kc_table table;
   kc_finding finding;
-  kc_place place;
-  kc_edit edit;
+  kc_affected affected;
+  kc_fix fix;
   const char* text = NULL;
   size_t i, j, size = 0;
   require(kc_report_get(report, &info, sizeof info) == KC_OK, "kc_report_get");
@@ -43,8 +43,9 @@ static void use_report(const kc_report* report) {
   require(i == info.table_count, "kc_report_table");
   for (i = 0; kc_report_finding(report, i, &finding, sizeof finding) == KC_OK; ++i) {
     printf("finding %s\n", finding.rule);
-    for (j = 0; kc_report_place(report, i, j, &place, sizeof place) == KC_OK; ++j) printf("place %s\n", place.path);
-    for (j = 0; kc_report_edit(report, i, j, &edit, sizeof edit) == KC_OK; ++j) printf("edit %s\n", edit.text);
+    for (j = 0; kc_report_affected(report, i, j, &affected, sizeof affected) == KC_OK; ++j)
+      printf("affected %s\n", affected.path);
+    for (j = 0; kc_report_fix(report, i, j, &fix, sizeof fix) == KC_OK; ++j) printf("fix %s\n", fix.text);
   }
   require(i == info.finding_count, "kc_report_finding");
   require(kc_report_text(report, "json", &text, &size, NULL) == KC_OK && size == strlen(text), "kc_report_text");

@@ -72,8 +72,8 @@ TEST(CApiCheck, FixMakesChangeAllowed) {
   const Report report = RefusedReport();
   std::string text = cases::ReadFile(kShop + "v7-wider-key.xml");
   for (std::size_t finding = report.Findings().size(); finding-- > 0;) {
-    const std::vector<kc_edit> edits = report.Edits(finding);
-    ASSERT_EQ(edits.size(), report.Findings().at(finding).edit_count);
+    const std::vector<kc_fix> edits = report.Fixes(finding);
+    ASSERT_EQ(edits.size(), report.Findings().at(finding).fix_count);
     ASSERT_FALSE(edits.empty());
     for (std::size_t i = edits.size(); i-- > 0;) text.replace(edits[i].offset, edits[i].length, edits[i].text);
   }
@@ -119,12 +119,12 @@ TEST(CApiCheck, OnlyNewTablesAreAnError) {
 }
 
 // A finding in a structure that is used twice names the other path.
-TEST(CApiCheck, ListsPlacesOfSharedFindings) {
+TEST(CApiCheck, ListsOtherPathsOfSharedFindings) {
   const Report report = Check(Example("v6.xml"), Example("v7-several-changes.xml"));
   std::string places;
   for (std::size_t i = 0; i < report.Findings().size(); ++i) {
-    EXPECT_EQ(report.Places(i).size(), report.Findings()[i].place_count);
-    for (const auto& [table, path] : report.Places(i)) {
+    EXPECT_EQ(report.Affected(i).size(), report.Findings()[i].affected_count);
+    for (const auto& [table, path] : report.Affected(i)) {
       places += std::string(report.Tables().at(table).name) + " " + path + "\n";
     }
   }
@@ -157,6 +157,50 @@ TEST(CApiCheck, UnknownTableIsAnError) {
     EXPECT_EQ(error.result(), KC_ERROR_INPUT);
     EXPECT_STREQ(error.what(), "korvelcheck: table 'oders' is neither in v6.xml nor in v7.xml (did you mean 'orders'?)");
   }
+}
+
+// Two fields of a structure in ten tables: the second finding refers to the tables of the first, but its paths are its own.
+TEST(CApiCheck, ListsOwnPathsOfManyTables) {
+  const auto library = [](const char* type) {
+    std::string text = "<metalib name='m' version='1' protocol='QMX'>\n<meta name='x'>";
+    for (const char* name : {"a", "b"}) text += std::string("<entry name='") + name + "' type='" + type + "'/>";
+    text += "</meta>\n";
+    for (int i = 0; i < 10; ++i) {
+      const std::string name = "t" + std::to_string(i);
+      text += "<meta name='" + name +
+              "'><entry name='id' type='uint32'/><entry name='x' type='x'/><primarykey entries='id'/></meta>\n";
+    }
+    return text + "</metalib>\n";
+  };
+  std::vector<std::string> tables;
+  for (int i = 0; i < 10; ++i) tables.push_back("t" + std::to_string(i));
+  const Report report =
+      Check(Schema::FromMemory("old.xml", library("uint32")), Schema::FromMemory("new.xml", library("uint8")), tables);
+  ASSERT_EQ(report.Findings().size(), 2U);
+  for (const std::size_t finding : {0U, 1U}) {
+    ASSERT_EQ(report.Affected(finding).size(), 9U);
+    EXPECT_STREQ(report.Affected(finding)[0].path, finding == 0 ? "t1.x.a" : "t1.x.b");
+  }
+}
+
+TEST(CApiCheck, MovedReportHasNoVerdict) {
+  Report report = Check(Example("v6.xml"), Example("v7.xml"));
+  const Report moved = std::move(report);
+  EXPECT_TRUE(moved.IsAllowed());
+  EXPECT_THROW(report.IsAllowed(), std::logic_error);  // NOLINT(bugprone-use-after-move): this is the subject of the test
+}
+
+TEST(CApiCheck, FailedCallLeavesNoVerdict) {
+  kc_report_info info = {KC_VERDICT_ALLOWED, 1, 1, 0, 0, "left"};
+  EXPECT_EQ(kc_report_get(nullptr, &info, sizeof(info)), KC_ERROR_ARGUMENT);
+  EXPECT_EQ(info.verdict, 0);
+  EXPECT_EQ(info.passes, 0);
+}
+
+TEST(CApiCheck, NamesWithAZeroByteAreErrors) {
+  const std::string name("v6.xml\0.new", 11);
+  EXPECT_THROW(Schema::FromFile(name), std::invalid_argument);
+  EXPECT_THROW(Check(Example("v6.xml"), Example("v7.xml"), {name}), std::invalid_argument);
 }
 
 }  // namespace

@@ -150,10 +150,10 @@ void ExpectSizes(const Fill& fill, std::size_t known) {
 TEST(CApiHostile, SizesOfStructs) {
   const korvelcheck::Schema schema = Example("v6.xml");
   const korvelcheck::Report report = korvelcheck::Check(schema, Example("v7-several-changes.xml"));
-  std::size_t with_place = 0;
-  while (report.Places(with_place).empty()) ++with_place;
-  std::size_t with_edit = 0;
-  while (report.Edits(with_edit).empty()) ++with_edit;
+  std::size_t with_affected = 0;
+  while (report.Affected(with_affected).empty()) ++with_affected;
+  std::size_t with_fix = 0;
+  while (report.Fixes(with_fix).empty()) ++with_fix;
   kc_schema* none = nullptr;
   kc_error* error = nullptr;
   ASSERT_EQ(kc_schema_load("x", "x", 1, &none, &error), KC_ERROR_INPUT);
@@ -166,11 +166,13 @@ TEST(CApiHostile, SizesOfStructs) {
   ExpectSizes([&](void* to, std::size_t size) { return kc_report_finding(report.get(), 0, static_cast<kc_finding*>(to), size); },
               sizeof(kc_finding));
   ExpectSizes(
-      [&](void* to, std::size_t size) { return kc_report_place(report.get(), with_place, 0, static_cast<kc_place*>(to), size); },
-      sizeof(kc_place));
+      [&](void* to, std::size_t size) {
+        return kc_report_affected(report.get(), with_affected, 0, static_cast<kc_affected*>(to), size);
+      },
+      sizeof(kc_affected));
   ExpectSizes(
-      [&](void* to, std::size_t size) { return kc_report_edit(report.get(), with_edit, 0, static_cast<kc_edit*>(to), size); },
-      sizeof(kc_edit));
+      [&](void* to, std::size_t size) { return kc_report_fix(report.get(), with_fix, 0, static_cast<kc_fix*>(to), size); },
+      sizeof(kc_fix));
   ExpectSizes([&](void* to, std::size_t size) { return kc_error_fault(error, 0, static_cast<kc_fault*>(to), size); },
               sizeof(kc_fault));
   kc_error_free(error);
@@ -180,15 +182,15 @@ TEST(CApiHostile, ListsEnd) {
   const korvelcheck::Report report = RefusedReport();
   kc_table table;
   kc_finding finding;
-  kc_place place;
-  kc_edit edit;
+  kc_affected affected;
+  kc_fix fix;
   for (const std::size_t behind : {std::size_t{7}, kHuge, SIZE_MAX}) {
     EXPECT_EQ(kc_report_table(report.get(), behind, &table, sizeof(table)), KC_END);
     EXPECT_EQ(kc_report_finding(report.get(), behind, &finding, sizeof(finding)), KC_END);
-    EXPECT_EQ(kc_report_place(report.get(), 0, behind, &place, sizeof(place)), KC_END);
-    EXPECT_EQ(kc_report_place(report.get(), behind, 0, &place, sizeof(place)), KC_END);
-    EXPECT_EQ(kc_report_edit(report.get(), 0, behind, &edit, sizeof(edit)), KC_END);
-    EXPECT_EQ(kc_report_edit(report.get(), behind, 0, &edit, sizeof(edit)), KC_END);
+    EXPECT_EQ(kc_report_affected(report.get(), 0, behind, &affected, sizeof(affected)), KC_END);
+    EXPECT_EQ(kc_report_affected(report.get(), behind, 0, &affected, sizeof(affected)), KC_END);
+    EXPECT_EQ(kc_report_fix(report.get(), 0, behind, &fix, sizeof(fix)), KC_END);
+    EXPECT_EQ(kc_report_fix(report.get(), behind, 0, &fix, sizeof(fix)), KC_END);
   }
   kc_report_info info;
   kc_schema_info schema_info;
@@ -197,8 +199,8 @@ TEST(CApiHostile, ListsEnd) {
   EXPECT_EQ(kc_schema_get(nullptr, &schema_info, sizeof(schema_info)), KC_ERROR_ARGUMENT);
   EXPECT_EQ(kc_report_table(nullptr, 0, &table, sizeof(table)), KC_ERROR_ARGUMENT);
   EXPECT_EQ(kc_report_finding(nullptr, 0, &finding, sizeof(finding)), KC_ERROR_ARGUMENT);
-  EXPECT_EQ(kc_report_place(nullptr, 0, 0, &place, sizeof(place)), KC_ERROR_ARGUMENT);
-  EXPECT_EQ(kc_report_edit(nullptr, 0, 0, &edit, sizeof(edit)), KC_ERROR_ARGUMENT);
+  EXPECT_EQ(kc_report_affected(nullptr, 0, 0, &affected, sizeof(affected)), KC_ERROR_ARGUMENT);
+  EXPECT_EQ(kc_report_fix(nullptr, 0, 0, &fix, sizeof(fix)), KC_ERROR_ARGUMENT);
   EXPECT_EQ(kc_error_fault(nullptr, 0, &fault, sizeof(fault)), KC_ERROR_ARGUMENT);
 }
 

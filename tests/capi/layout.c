@@ -1,9 +1,10 @@
-/* Prints where the members of the public structs are: STRUCT.MEMBER OFFSET SIZE, and STRUCT size SIZE. */
+/* Prints where the members of the public structs are (STRUCT.MEMBER OFFSET SIZE and STRUCT size SIZE), and the constants. */
 #include <korvelcheck/korvelcheck.h>
 #include <stdio.h>
 
 #define MEMBER(type, member) \
   printf("%s.%s %lu %lu\n", #type, #member, (unsigned long)offsetof(type, member), (unsigned long)sizeof(((type*)0)->member))
+#define CONSTANT(name) printf("%s %d\n", #name, (int)(name))
 #define SIZE(type) printf("%s size %lu\n", #type, (unsigned long)sizeof(type))
 
 static void print_location(void) {
@@ -59,22 +60,22 @@ static void print_finding(void) {
   MEMBER(kc_finding, path);
   MEMBER(kc_finding, suggestion);
   MEMBER(kc_finding, fingerprint);
-  MEMBER(kc_finding, has_fix);
-  MEMBER(kc_finding, edit_count);
-  MEMBER(kc_finding, place_count);
+  MEMBER(kc_finding, has_alternative);
+  MEMBER(kc_finding, fix_count);
+  MEMBER(kc_finding, affected_count);
   MEMBER(kc_finding, location);
   MEMBER(kc_finding, old_location);
   MEMBER(kc_finding, new_location);
 }
 
 static void print_parts(void) {
-  SIZE(kc_place);
-  MEMBER(kc_place, table);
-  MEMBER(kc_place, path);
-  SIZE(kc_edit);
-  MEMBER(kc_edit, offset);
-  MEMBER(kc_edit, length);
-  MEMBER(kc_edit, text);
+  SIZE(kc_affected);
+  MEMBER(kc_affected, table);
+  MEMBER(kc_affected, path);
+  SIZE(kc_fix);
+  MEMBER(kc_fix, offset);
+  MEMBER(kc_fix, length);
+  MEMBER(kc_fix, text);
 }
 
 static void print_fault(void) {
@@ -86,6 +87,23 @@ static void print_fault(void) {
   MEMBER(kc_fault, location);
 }
 
+static void print_constants(void) {
+  CONSTANT(KC_OK);
+  CONSTANT(KC_ERROR_ARGUMENT);
+  CONSTANT(KC_ERROR_INPUT);
+  CONSTANT(KC_ERROR_MEMORY);
+  CONSTANT(KC_ERROR_INTERNAL);
+  CONSTANT(KC_END);
+  CONSTANT(KC_VERDICT_ALLOWED);
+  CONSTANT(KC_VERDICT_REFUSED);
+  CONSTANT(KC_TABLE_ALLOWED);
+  CONSTANT(KC_TABLE_REFUSED);
+  CONSTANT(KC_TABLE_NEW);
+  CONSTANT(KC_LEVEL_REFUSED);
+  CONSTANT(KC_LEVEL_WARNING);
+  CONSTANT(KC_LEVEL_NOTE);
+}
+
 int main(void) {
   print_location();
   print_schema_info();
@@ -94,5 +112,6 @@ int main(void) {
   print_finding();
   print_parts();
   print_fault();
+  print_constants();
   return 0;
 }

@@ -29,7 +29,7 @@ struct Question {
 // What the program prints: the report, or the errors of a call that fails. All calls are made in the top of the project, where
 // files have the same names.
 std::string Program(std::vector<std::string> arguments) {
-  arguments.push_back("--no-project");
+  arguments.emplace_back("--no-project");
   const tool_test::Outcome outcome = tool_test::RunProgram({.arguments = arguments, .directory = KORVEL_SOURCE_DIR});
   EXPECT_TRUE(outcome.exit_code >= 0 && outcome.exit_code <= 2) << outcome.err;
   return outcome.exit_code == 2 ? outcome.err : outcome.out;

@@ -2,11 +2,13 @@
 """Tests the Python package: package_test.py SOURCE_DIRECTORY KORVELCHECK LIBRARY"""
 
 import concurrent.futures
+import copy
 import dataclasses
 import doctest
 import gc
 import os
 import pathlib
+import pickle
 import shutil
 import subprocess
 import sys
@@ -65,6 +67,33 @@ class Check(unittest.TestCase):
         report = korvelcheck.check(schema(OLD), schema(OLD[: OLD.index(b"  <meta name=\"stock")] + b"</metalib>\n"))
         self.assertEqual([table.name for table in report.tables if table.removed], ["stock"])
 
+    def test_removed_field_is_reported_where_it_was(self):
+        old = OLD.replace(b"<primarykey", b'<entry name="note" type="uint32"/><primarykey', 1)
+        [finding] = korvelcheck.check(schema(old, "old.xml"), schema(OLD, "new.xml")).findings
+        self.assertEqual((finding.rule, str(finding.location)), ("field.missing", "old.xml:2:56"))
+
+    def test_other_tables_of_a_shared_structure(self):
+        def library(kind):
+            fields = "".join(f'<entry name="{name}" type="{kind}"/>' for name in "ab")
+            tables = "".join(f'<meta name="t{i}"><entry name="id" type="uint32"/><entry name="x" type="x"/><primarykey entries="id"/></meta>\n'
+                             for i in range(10))
+            return f'<metalib name="m" version="1" protocol="QMX"><meta name="x">{fields}</meta>\n{tables}</metalib>'.encode()
+        tables = [f"t{i}" for i in range(10)]
+        report = korvelcheck.check(schema(library("uint32")), schema(library("uint8")), tables=tables)
+        paths = [[other.path for other in finding.also] for finding in report.findings]
+        self.assertEqual(paths, [[f"t{i}.x.{name}" for i in range(1, 10)] for name in "ab"])
+
+    def test_warnings_may_fail(self):
+        case = SOURCE / "tests/cases/warnings/key-members-allowed"
+        report = korvelcheck.check(case / "old.xml", case / "new.xml", settings={"fail-on": "warning"})
+        self.assertEqual((report.allowed, report.passes), (True, False))
+        self.assertTrue(korvelcheck.check(case / "old.xml", case / "new.xml").passes)
+
+    def test_left_out_findings_are_counted(self):
+        both = NEW.replace(b'name="id" type="uint32"', b'name="id" type="uint64"')
+        report = korvelcheck.check(schema(OLD), schema(both), settings={"max-findings": "1"})
+        self.assertEqual((len(report.findings), report.left_out), (1, 1))
+
     def test_warning(self):
         case = SOURCE / "tests/cases/warnings/key-members-allowed"
         report = korvelcheck.check(case / "old.xml", case / "new.xml")
@@ -94,6 +123,15 @@ class Check(unittest.TestCase):
         with self.assertRaises(dataclasses.FrozenInstanceError):
             reports[0].verdict = "allowed"
 
+    def test_reports_can_be_copied_and_sent(self):
+        report = korvelcheck.check(schema(OLD), schema(NEW))
+        self.assertEqual(copy.deepcopy(report), report)
+        self.assertEqual(dataclasses.asdict(report)["verdict"], "refused")
+        sent = pickle.loads(pickle.dumps(report))
+        self.assertEqual(sent, report)
+        with self.assertRaises(RuntimeError):
+            sent.render("html")
+
     def test_report_outlives_its_schemas(self):
         report = korvelcheck.check(schema(OLD), schema(NEW))
         gc.collect()
@@ -117,6 +155,25 @@ class Errors(unittest.TestCase):
         with self.assertRaisesRegex(korvelcheck.ArgumentError, "no.rule"):
             korvelcheck.explain("no.rule")
 
+    def test_errors_can_be_sent(self):
+        with self.assertRaises(korvelcheck.SchemaError) as caught:
+            korvelcheck.Schema("no/such.xml")
+        sent = pickle.loads(pickle.dumps(caught.exception))
+        self.assertEqual((type(sent), str(sent), sent.faults), (korvelcheck.SchemaError, str(caught.exception), caught.exception.faults))
+
+    def test_wrong_types(self):
+        with self.assertRaises(TypeError):
+            korvelcheck.check(schema(OLD), schema(OLD), settings={"max-findings": 1})
+        with self.assertRaises(TypeError):
+            korvelcheck.check(schema(OLD), schema(OLD), tables=[b"orders"])
+        with self.assertRaises(TypeError):
+            schema("text")
+
+    def test_zero_byte_does_not_end_a_path(self):
+        path = SOURCE / "examples/shop/v6.xml"
+        with self.assertRaises(ValueError):
+            korvelcheck.Schema(f"{path}\0.new")
+
     def test_all_are_errors_of_the_package(self):
         for name in ("ArgumentError", "InternalError", "SchemaError"):
             self.assertTrue(issubclass(getattr(korvelcheck, name), korvelcheck.Error))
@@ -132,6 +189,22 @@ class Schemas(unittest.TestCase):
         self.assertTrue(image.is_image)
         self.assertEqual(image.image(), schema(OLD).image())
         self.assertEqual(korvelcheck.check(image, schema(NEW)).verdict, "refused")
+
+    def test_copy_is_the_same_schema(self):
+        one = schema(OLD)
+        other = copy.copy(one)
+        del one
+        gc.collect()
+        self.assertEqual((other.name, copy.deepcopy(other).tables), ("shop.xml", ("orders", "stock")))
+        with self.assertRaises(TypeError):
+            pickle.dumps(other)
+
+    def test_can_be_used_while_the_interpreter_exits(self):
+        program = ("import atexit, korvelcheck\nshop = 'examples/shop/'\natexit.register(lambda: print(report.render('text')[:8]))\n"
+                   "report = korvelcheck.check(shop + 'v6.xml', shop + 'v7.xml')\n")
+        done = subprocess.run([sys.executable, "-B", "-c", program], cwd=SOURCE, env={"PYTHONPATH": str(PACKAGE)}, capture_output=True,
+                              text=True, check=False)
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "verdict:\n", ""))
 
     def test_file_that_shrinks_does_no_harm(self):
         with tempfile.TemporaryDirectory() as directory:

@@ -13,6 +13,7 @@
 #include "analysis/suggest/respelling.h"
 #include "base/text.h"
 #include "common/check_table.h"
+#include "schema/declaration.h"
 
 namespace korvel {
 namespace {

@@ -1,4 +1,5 @@
 // The output of `diff` as text and JSON; docs/command-line.md describes both. Tested by tests/tool/diff_test.cpp.
+#include <algorithm>
 #include <array>
 #include <utility>
 
