@@ -1,4 +1,4 @@
-// Runs a check. The judgement is that of src/project and the libraries below it.
+// Runs a check. src/project and the libraries below it do the check.
 #pragma once
 
 #include <memory>

@@ -23,10 +23,10 @@ cd /shop
 korvelcheck check v6.xml v7-wider-key.xml --table orders | sed -n '/refused \\[/p; /suggestion/p'
 python3 -c 'import korvelcheck; print(korvelcheck.check("v6.xml", "v7-wider-key.xml", tables=["orders"]).verdict)'
 for example in embed embed-cpp; do
-  cmake -S /examples/$example -B /build/$example >/log 2>&1 && cmake --build /build/$example >>/log 2>&1 || { cat /log; exit 1; }
+  cmake -S /usr/share/doc/libkorvelcheck-dev/examples/$example -B /build/$example >/log 2>&1 && cmake --build /build/$example >>/log 2>&1 || { cat /log; exit 1; }
 done
 /build/embed/embed v6.xml v7-wider-key.xml || true
-/build/embed-cpp/embed-cpp v6.xml v7-wider-key.xml || true
+/build/embed-cpp/embed_cpp v6.xml v7-wider-key.xml orders || true
 test -s /usr/share/man/man1/korvelcheck.1.gz -a -s /usr/share/bash-completion/completions/korvelcheck
 """
 
@@ -59,18 +59,18 @@ class Packages(unittest.TestCase):
             base = pathlib.Path(directory)
             base.chmod(0o755)
             shutil.copytree(PACKAGES, base / "packages")
-            shutil.copytree(SOURCE / "examples", base / "examples")
             shutil.copytree(SOURCE / "examples/shop", base / "shop")
             (base / "script").write_text(SCRIPT)
             done = subprocess.run(
                 ["mmdebstrap", "--mode=unshare", "--variant=apt", "--quiet", "bookworm", "/dev/null",
-                 *(f"--customize-hook=copy-in {base / name} /" for name in ("packages", "examples", "shop", "script")),
+                 *(f"--customize-hook=copy-in {base / name} /" for name in ("packages", "shop", "script")),
                  '--customize-hook=chroot "$1" sh /script >&2'],
                 capture_output=True, text=True, check=False)  # fmt: skip
             self.assertEqual(done.returncode, 0, done.stderr)
             self.assertIn("refused [primary-key.size]", done.stderr)
             self.assertIn("\nrefused\n", done.stderr)
-            self.assertEqual(done.stderr.count("keep order_no as it is"), 3, done.stderr)
+            self.assertGreaterEqual(done.stderr.count("keep order_no as it is"), 2, done.stderr)
+            self.assertIn("refused: -3 ERROR_VALUE_FIELD: The size of primarykey", done.stderr)
 
 
 if __name__ == "__main__":

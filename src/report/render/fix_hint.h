@@ -9,7 +9,7 @@
 namespace korvel {
 
 // "To fix what is refused: korvelcheck suggest --write", with its line end; "" if the command (Report::fix_command) fixes none of
-// these findings of the report, or would undo waived changes.
+// these findings of the report.
 std::string FixHint(const FoldedReport& report, std::span<const FoldedFinding> findings);
 
 }  // namespace korvel

@@ -1,5 +1,4 @@
-// A JSON value. Unlike the JSON libraries that we know, destroying it allocates nothing: when memory runs out, the exception
-// reaches the caller.
+// A JSON value. Destroying it allocates nothing: when memory runs out, the exception reaches the caller.
 #pragma once
 
 #include <concepts>
