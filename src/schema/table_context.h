@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "schema/reserved_fields.h"
 #include "schema/settings.h"
 #include "schema/source.h"
 
@@ -13,6 +14,7 @@ struct TableContext {
   const Source& new_source;
   const std::string& table;
   const Settings& settings;
+  const ReservedFields* reserved = nullptr;  // null: none
 };
 
 }  // namespace korvel

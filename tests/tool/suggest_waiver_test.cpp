@@ -111,6 +111,21 @@ TEST_F(SuggestWaiverTest, ChangesThatATableDoesNotAcceptAreUndone) {
   EXPECT_EQ(Run({"check", "--against", "git:HEAD"}).exit_code, 0);
 }
 
+// A new field with the id of a removed one would read what is stored for that one.
+TEST_F(SuggestWaiverTest, FieldsOfWaivedRemovalsStayReserved) {
+  const auto library = [](const std::string& fields) { return Library(5, {Table({.name = "orders", .fields = fields})}, "TLV"); };
+  Write("schemas/orders.xml", library(R"(<entry name="a" id="2" type="uint32"/><entry name="a_2" id="3" type="int64"/>)"));
+  Commit("fields");
+  Write("schemas/orders.xml", library(R"(<entry name="a" id="2" type="int64"/>)"));
+  Write("korvelcheck.toml",
+        "[schemas]\npaths = ['schemas/**/*.xml']\n[[waivers]]\ntable = 'orders'\nrule = 'field.missing-tlv'\nentry = "
+        "'a_2'\nreason = 'r'\nuntil = 2026-12-31\n");
+  const std::string fixed = Fixed();
+  EXPECT_THAT(fixed, HasSubstr(R"(<entry name="a" id="2" type="uint32"/>)"));
+  EXPECT_THAT(fixed, HasSubstr(R"(<entry name="a_2_2" id="4" type="int64" version="6"/>)"));
+  EXPECT_EQ(Run({"check", "--against", "git:HEAD"}).exit_code, 0);
+}
+
 // A new structure is part of the change that needs it.
 TEST_F(SuggestWaiverTest, KeepsStructuresOfWaivedChanges) {
   const std::string item = "<meta name=\"item\"><entry name=\"p\" type=\"uint32\"/></meta>";

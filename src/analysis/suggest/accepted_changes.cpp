@@ -2,6 +2,7 @@
 #include "analysis/suggest/accepted_changes.h"
 
 #include <cstddef>
+#include <map>
 #include <utility>
 
 #include "analysis/diff/diff.h"
@@ -47,6 +48,11 @@ class ChangedParts {
   std::set<std::string> names_;
 };
 
+void Add(const UsedFields& used, UsedFields& all) {
+  all.names.insert(used.names.begin(), used.names.end());
+  all.ids.insert(used.ids.begin(), used.ids.end());
+}
+
 }  // namespace
 
 AcceptedEdit AcceptedEditOf(const Edit& edit) { return {edit.kind, edit.meta, edit.item, edit.before, edit.after}; }
@@ -60,6 +66,27 @@ std::optional<Source> WithAccepted(const Source& old_source, const Source& new_s
   std::optional<Source> result = SourceOfText(old_source.name, ApplyReplacements(old_source.text->Bytes(), *replacements));
   if (result) result->path_in_project = old_source.path_in_project;
   return result;
+}
+
+void Reserve(const Source& old_source, const Source& new_source, const std::vector<std::string>& tables,
+             ReservedFields& reserved) {
+  for (const std::string& table : tables) {
+    const Difference difference(old_source, new_source, table);
+    std::map<std::string, std::string> new_names;
+    for (const Edit& edit : difference.edits()) {
+      if (edit.kind == EditKind::kMetaRenamed) new_names.emplace(edit.before, edit.after);
+    }
+    for (const MetaModel& meta : difference.old_model().metas) {
+      UsedFields used;
+      for (const EntryModel& entry : meta.entries) {
+        used.names.insert(entry.name);
+        used.ids.insert(entry.id);
+      }
+      const auto renamed = new_names.find(meta.name);
+      if (renamed != new_names.end()) Add(used, reserved[renamed->second]);
+      Add(used, reserved[meta.name]);
+    }
+  }
 }
 
 }  // namespace korvel

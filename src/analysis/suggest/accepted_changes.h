@@ -1,4 +1,5 @@
-// Applies accepted changes to an old source: what is suggested for the result keeps them.
+// Applies accepted changes to an old source: what is suggested for the result keeps them. The fields that they remove are
+// reserved.
 #pragma once
 
 #include <optional>
@@ -8,6 +9,7 @@
 #include <vector>
 
 #include "analysis/diff/edit.h"
+#include "schema/reserved_fields.h"
 #include "schema/source.h"
 
 namespace korvel {
@@ -32,5 +34,9 @@ AcceptedEdit AcceptedEditOf(const Edit& edit);
 // the tables, and the old one has a text.
 std::optional<Source> WithAccepted(const Source& old_source, const Source& new_source, const std::vector<std::string>& tables,
                                    const std::set<AcceptedEdit>& accepted);
+
+// Adds the fields of the old source, also by the new names of their structures. REQUIRES: both sources have the tables.
+void Reserve(const Source& old_source, const Source& new_source, const std::vector<std::string>& tables,
+             ReservedFields& reserved);
 
 }  // namespace korvel

@@ -82,8 +82,8 @@ std::string Described(const EntryModel& entry) { return OneLine(entry.name) + " 
 
 }  // namespace
 
-AlternativeMaker::AlternativeMaker(const Difference& difference, const Settings& settings)
-    : difference_(difference), settings_(settings) {
+AlternativeMaker::AlternativeMaker(const Difference& difference, const Settings& settings, const ReservedFields* reserved)
+    : difference_(difference), settings_(settings), reserved_(reserved) {
   const Model& old_model = difference.old_model();
   const Model& new_model = difference.new_model();
   version_ = std::max<std::int64_t>(new_model.version, std::int64_t{old_model.version} + 1);
@@ -278,6 +278,12 @@ AlternativeMaker::UsedNames& AlternativeMaker::UsedIn(const std::string& meta) {
       used.old_ids.insert(entry.id);
     }
   }
+  if (reserved_ == nullptr || !reserved_->contains(meta)) return used;
+  const auto& [names, ids] = reserved_->at(meta);
+  used.names.insert(names.begin(), names.end());
+  used.old_names.insert(names.begin(), names.end());
+  used.old_ids.insert(ids.begin(), ids.end());
+  if (!ids.empty()) used.largest_id = std::max(used.largest_id, *ids.rbegin());
   return used;
 }
 

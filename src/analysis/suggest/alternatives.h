@@ -12,6 +12,7 @@
 
 #include "analysis/diff/diff.h"
 #include "analysis/suggest/model_editor.h"
+#include "schema/reserved_fields.h"
 #include "schema/settings.h"
 
 namespace korvel {
@@ -24,21 +25,21 @@ struct Alternative {
   std::vector<std::size_t> left_out = {};    // further edits that are not made: all that change the same field
 };
 
-// Proposes alternatives for the edits of one difference. Names and ids that it proposes differ from those of both schemas and
-// from each other, so alternatives of several edits can be combined.
+// Proposes alternatives for the edits of one difference. Names and ids that it proposes differ from those of both schemas, from
+// the reserved ones and from each other, so alternatives of several edits can be combined.
 //
-// Borrows the difference and the settings. Not for several threads at once. Construction is linear in the models; the first
+// Borrows its arguments. Not for several threads at once. Construction is linear in the models; the first
 // proposal for a structure is n log n in its fields, every other one logarithmic. May throw std::bad_alloc.
 class AlternativeMaker {
  public:
-  AlternativeMaker(const Difference& difference, const Settings& settings);
+  AlternativeMaker(const Difference& difference, const Settings& settings, const ReservedFields* reserved = nullptr);
 
   // The alternatives to an edit of the difference, those that change least first. Empty for kinds of edits that can only be made
   // or left out. A repeated call for an edit may propose another name or id.
   std::vector<Alternative> AlternativesOf(const Edit& edit);
 
  private:
-  // Names and ids that a meta uses, on both sides together.
+  // Names and ids that a meta uses, on both sides together, or that are reserved, which counts as old.
   struct UsedNames {
     std::set<std::string> names;
     std::set<std::string> old_names;
@@ -73,6 +74,7 @@ class AlternativeMaker {
 
   const Difference& difference_;
   const Settings& settings_;
+  const ReservedFields* reserved_;
   std::map<std::string, const MetaModel*> old_metas_;
   std::map<std::string, const MetaModel*> new_metas_;
   std::map<std::uint32_t, const MetaModel*> old_positions_;

@@ -90,8 +90,9 @@ std::vector<OpenTable> RefusedTables(const Source& old_source, const Source& sou
 // Makes the suggestions for all tables, round by round. Borrows its arguments.
 class Rounds {
  public:
-  Rounds(const Source& old_source, const Source& new_source, const std::vector<TableQuestion>& questions, WorkLimit& work)
-      : old_source_(old_source), new_source_(new_source), questions_(questions), work_(work) {}
+  Rounds(const Source& old_source, const Source& new_source, const std::vector<TableQuestion>& questions,
+         const ReservedFields& reserved, WorkLimit& work)
+      : old_source_(old_source), new_source_(new_source), questions_(questions), reserved_(reserved), work_(work) {}
 
   Round Run(const Source& source, const std::vector<OpenTable>& tables) {
     MetaCache present(source);
@@ -136,7 +137,7 @@ class Rounds {
   }
 
   Suggestion SuggestFor(const Source& source, const OpenTable& table) {
-    const TableContext context{old_source_, source, table.question->table, table.question->settings};
+    const TableContext context{old_source_, source, table.question->table, table.question->settings, &reserved_};
     if (!source.HasMeta(context.table)) {
       Changes changes = FindRemovedTable(context, table.verdict);
       Suggestion suggestion = FindSuggestionsForRemovedTable(context, "", changes);
@@ -153,6 +154,7 @@ class Rounds {
   const Source& old_source_;
   const Source& new_source_;
   const std::vector<TableQuestion>& questions_;
+  const ReservedFields& reserved_;
   WorkLimit& work_;
   std::map<std::string, KnownWarnings> known_;  // by table
 };
@@ -175,10 +177,10 @@ std::vector<std::string> SuggestionsFor(const TableContext& context, const Verdi
 
 // Without restoring names.
 SchemaSuggestion SuggestFrom(const Source& old_source, const Source& new_source, const std::vector<TableQuestion>& questions,
-                             SuggestionWork work) {
+                             const ReservedFields& reserved, SuggestionWork work) {
   Source source = new_source;
   SchemaSuggestion suggestion;
-  Rounds rounds(old_source, new_source, questions, work.search);
+  Rounds rounds(old_source, new_source, questions, reserved, work.search);
   std::vector<OpenTable> open = RefusedTables(old_source, source, questions);
   for (int round = 0; round < kMaxRounds && !open.empty(); ++round) {
     Round fixed = rounds.Run(source, open);
@@ -195,7 +197,8 @@ SchemaSuggestion SuggestFrom(const Source& old_source, const Source& new_source,
   suggestion.is_changed = suggestion.text != new_source.text->Bytes();
   for (const OpenTable& one : open) {
     const auto& [table, settings] = *one.question;
-    suggestion.refused.push_back({table, one.verdict, SuggestionsFor({old_source, source, table, settings}, one.verdict, work)});
+    suggestion.refused.push_back(
+        {table, one.verdict, SuggestionsFor({old_source, source, table, settings, &reserved}, one.verdict, work)});
   }
   suggestion.reached_work_limit = work.is_reached();
   return suggestion;
@@ -235,18 +238,18 @@ RenamedMetas RenamedStructures(const Source& old_source, const Source& new_sourc
 }  // namespace
 
 SchemaSuggestion SuggestSchema(const Source& old_source, const Source& new_source, const std::vector<TableQuestion>& questions,
-                               SuggestionWork work) {
+                               SuggestionWork work, const ReservedFields& reserved) {
   const RenamedMetas tables = RenamedTables(old_source, new_source, questions);
   std::optional<Source> restored = tables.empty() ? new_source : WithOldNames(new_source, tables);
   const RenamedMetas structures = restored ? RenamedStructures(old_source, *restored, questions) : RenamedMetas();
   if (!structures.empty()) restored = WithOldNames(*restored, structures);
   if (restored && !(tables.empty() && structures.empty())) {
-    SchemaSuggestion suggestion = SuggestFrom(old_source, *restored, questions, work);
+    SchemaSuggestion suggestion = SuggestFrom(old_source, *restored, questions, reserved, work);
     suggestion.is_changed = true;
     const auto is_renamed = [&](const TableRefusal& refusal) { return tables.contains(refusal.table); };
     if (std::ranges::none_of(suggestion.refused, is_renamed)) return suggestion;
   }
-  return SuggestFrom(old_source, new_source, questions, work);
+  return SuggestFrom(old_source, new_source, questions, reserved, work);
 }
 
 }  // namespace korvel

@@ -6,6 +6,7 @@
 
 #include "analysis/findings/finding.h"
 #include "analysis/suggest/work_limit.h"
+#include "schema/reserved_fields.h"
 #include "schema/settings.h"
 
 namespace korvel {
@@ -33,9 +34,9 @@ struct SchemaSuggestion {
 // Changes the new file so that the checker allows it after the old one, with no warnings that the new file does not have: allowed
 // changes stay, refused ones are replaced by their nearest allowed alternative or left out. Tables that share structures may need
 // several rounds, at most eight; the verdicts are about the final text, read again. Linear in the files for each round, plus the
-// cost of FindSuggestions for each refused table. Only reads the sources. `work` limits all rounds together. REQUIRES: the new
-// source has a text; the old source has every table.
+// cost of FindSuggestions for each refused table. Only reads the sources. `work` limits all rounds together. No new field gets a
+// reserved name or id. REQUIRES: the new source has a text; the old source has every table.
 SchemaSuggestion SuggestSchema(const Source& old_source, const Source& new_source, const std::vector<TableQuestion>& questions,
-                               SuggestionWork work = {});
+                               SuggestionWork work = {}, const ReservedFields& reserved = {});
 
 }  // namespace korvel

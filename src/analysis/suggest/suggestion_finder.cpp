@@ -30,7 +30,7 @@ SuggestionFinder::SuggestionFinder(const TableContext& context, const Difference
       changes_(changes),
       known_(known),
       work_(work),
-      maker_(difference, context.settings),
+      maker_(difference, context.settings, context.reserved),
       cost_(PartsOf(difference.old_model()) + PartsOf(difference.new_model())) {
   for (std::size_t i = 0; i < changes.edits.size(); ++i) {
     if (changes.status[i] == EditStatus::kAllowed) continue;

@@ -46,17 +46,22 @@ std::set<AcceptedEdit> WaivedEdits(const std::vector<const TableResult*>& tables
   return waived;
 }
 
-// The state after the waived changes, so that they are no changes any more.
-std::optional<Source> WithWaived(const EarlierState& state, const Source& new_source) {
-  const std::set<AcceptedEdit> waived = WaivedEdits(state.tables);
-  if (waived.empty()) return std::nullopt;
+// Those that both the state and the new source have.
+std::vector<std::string> ComparedTables(const EarlierState& state, const Source& new_source) {
   std::vector<std::string> tables;
   for (const TableResult* const table : state.tables) {
     if (table->status != Status::kNew && new_source.HasMeta(table->table)) tables.push_back(table->table);
   }
+  return tables;
+}
+
+// The state after the waived changes, so that they are no changes any more.
+std::optional<Source> WithWaived(const EarlierState& state, const Source& new_source) {
+  const std::set<AcceptedEdit> waived = WaivedEdits(state.tables);
+  if (waived.empty()) return std::nullopt;
   std::optional<Source> in_text = state.input;
   if (!in_text->text) in_text = SourceOfText(state.input.name, SchemaFile(state.input));
-  std::optional<Source> result = WithAccepted(*in_text, new_source, tables, waived);
+  std::optional<Source> result = WithAccepted(*in_text, new_source, ComparedTables(state, new_source), waived);
   if (result) return result;
   throw InputError{{ToolMessage(OneLine(new_source.name) + ": no suggestion can keep the waived changes")}};
 }
@@ -101,14 +106,25 @@ std::vector<TableRefusal> NotWaived(const EarlierState& state, const SchemaSugge
   return refused;
 }
 
+// The fields of the states themselves, which a waived change or another state may lack.
+ReservedFields ReservedBy(const std::vector<FixTask>& tasks, const Source& new_source) {
+  ReservedFields reserved;
+  for (const FixTask& task : tasks) {
+    if (tasks.size() == 1 && !task.with_waived) continue;
+    Reserve(task.state->input, new_source, ComparedTables(*task.state, new_source), reserved);
+  }
+  return reserved;
+}
+
 // Whether the file settled. Otherwise the states need different versions of it.
 bool FixForAll(const std::vector<FixTask>& tasks, const Input& new_input, SchemaSuggestion& fixed) {
+  const ReservedFields reserved = ReservedBy(tasks, new_input);
   Source current = new_input;
   for (int round = 0; round < kMaxRounds; ++round) {
     bool is_settled = true;
     fixed.refused.clear();
     for (const FixTask& task : tasks) {
-      SchemaSuggestion one = FixSchema(task.OldSource(), current, task.questions);
+      SchemaSuggestion one = FixSchema(task.OldSource(), current, task.questions, reserved);
       AddRefused(std::move(one.refused), fixed.refused);
       fixed.reached_work_limit = fixed.reached_work_limit || one.reached_work_limit;
       fixed.text = std::move(one.text);

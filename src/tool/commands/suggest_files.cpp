@@ -45,13 +45,14 @@ std::string WriteAllOf(const std::vector<const FixedFile*>& files) {
 
 }  // namespace
 
-SchemaSuggestion FixSchema(const Input& old_input, const Input& new_input, const std::vector<TableQuestion>& questions) {
+SchemaSuggestion FixSchema(const Input& old_input, const Input& new_input, const std::vector<TableQuestion>& questions,
+                           const ReservedFields& reserved) {
   if (new_input.text) {
-    SchemaSuggestion suggestion = SuggestSchema(old_input, new_input, questions);
+    SchemaSuggestion suggestion = SuggestSchema(old_input, new_input, questions, {}, reserved);
     if (suggestion.is_rewritten) return suggestion;
   }
   // SchemaFile has checked that its text can be read.
-  return SuggestSchema(old_input, *SourceOfText(new_input.name, SchemaFile(new_input)), questions);
+  return SuggestSchema(old_input, *SourceOfText(new_input.name, SchemaFile(new_input)), questions, {}, reserved);
 }
 
 std::string StaysRefused(const std::string& file, const std::string& table, const Verdict& verdict) {

@@ -19,7 +19,8 @@ struct FixedFile {
 };
 
 // Edits the text of the new file if possible; else writes a new one.
-SchemaSuggestion FixSchema(const Input& old_input, const Input& new_input, const std::vector<TableQuestion>& questions);
+SchemaSuggestion FixSchema(const Input& old_input, const Input& new_input, const std::vector<TableQuestion>& questions,
+                           const ReservedFields& reserved);
 
 // The line about a table without an allowed form.
 std::string StaysRefused(const std::string& file, const std::string& table, const Verdict& verdict);
