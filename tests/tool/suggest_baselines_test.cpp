@@ -6,7 +6,10 @@
 namespace tool_test {
 namespace {
 
+using testing::EndsWith;
 using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
 
 class SuggestBaselinesTest : public ProjectTest {
  protected:
@@ -46,9 +49,50 @@ TEST_F(SuggestBaselinesTest, FixesWhatEachBaselineRefuses) {
 TEST_F(SuggestBaselinesTest, BaselinesMayNeedDifferentVersions) {
   CommitBoth(Schema("orders", "uint64"), Schema("orders", "uint32"));
   const std::string before = Read("schemas/orders.xml");
-  ExpectOutcome(Suggest({"--write"}), 1, "",
-                "schemas/orders.xml: error: no suggestion: found no version that is allowed after each baseline\n");
+  const Outcome outcome = Suggest({"--write"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_THAT(outcome.err, StartsWith("schemas/orders.xml: error: no suggestion: table 'orders' stays refused ["));
+  EXPECT_THAT(outcome.err, EndsWith("\n   found no version that is allowed after each baseline\n"));
   EXPECT_EQ(Read("schemas/orders.xml"), before);
+}
+
+TEST_F(SuggestBaselinesTest, OneTableDoesNotWithholdTheFixesOfOthers) {
+  const auto library = [](const std::string& key_type, const std::string& type) {
+    const std::string field = "<entry name=\"a\" type=\"" + type + "\"/>";
+    return Library(5, {Table({.name = "orders", .key_type = key_type}), Table({.name = "carts", .fields = field})});
+  };
+  CommitBoth(library("uint64", "uint32"), library("uint32", "uint32"));
+  Write("schemas/orders.xml", library("uint32", "uint16"));
+  const Outcome outcome = Suggest({"--write"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_EQ(outcome.out, "schemas/orders.xml: fixed\n");
+  EXPECT_THAT(outcome.err, StartsWith("schemas/orders.xml: error: no suggestion: table 'orders' stays refused ["));
+  EXPECT_THAT(outcome.err, EndsWith("\n   found no version that is allowed after each baseline\n"));
+  EXPECT_THAT(outcome.err, Not(HasSubstr("carts")));
+  const std::string fixed = Read("schemas/orders.xml");
+  EXPECT_THAT(fixed, HasSubstr(Table({.name = "orders", .key_type = "uint32"})));
+  EXPECT_THAT(fixed, HasSubstr(std::string(kA) + R"(<entry name="a_2" type="uint16" version="6"/>)"));
+  EXPECT_EQ(Suggest({"--write"}).out, "");
+}
+
+// The first baseline accepts the new type only with a waiver, which no other type has.
+TEST_F(SuggestBaselinesTest, KeepsWhatOneBaselineAccepts) {
+  const auto field = [](const std::string& type) { return Fields(5, "<entry name=\"f\" type=\"" + type + "\"/>"); };
+  CommitBoth(field("uint64"), field("uint16"));
+  const std::string changed = field("uint32");
+  Write("schemas/orders.xml", changed);
+  const std::string json = Run({"check", "--against", "git:HEAD~1", "--format", "json"}).out;
+  const std::string key = "\"fingerprint\": \"";
+  const std::string fingerprint = json.substr(json.find(key, json.find("\"path\": \"orders.f\"")) + key.size(), 16);
+  ASSERT_EQ(Run({"waive", fingerprint, "--against", "git:HEAD~1", "--reason", "r", "--until", "2026-12-31"}).exit_code, 0);
+  ASSERT_EQ(Run({"check", "--against", "git:HEAD~1"}).exit_code, 0);
+  const Outcome outcome = Suggest({"--write"});
+  EXPECT_EQ(outcome.exit_code, 1);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_THAT(outcome.err, HasSubstr("table 'orders' stays refused ["));
+  EXPECT_THAT(outcome.err, EndsWith("\n   found no version that is allowed after each baseline\n"));
+  EXPECT_EQ(Read("schemas/orders.xml"), changed);
 }
 
 TEST_F(SuggestBaselinesTest, TheProjectFileMayNameThem) {

@@ -126,6 +126,30 @@ TEST_F(SuggestWaiverTest, FieldsOfWaivedRemovalsStayReserved) {
   EXPECT_EQ(Run({"check", "--against", "git:HEAD"}).exit_code, 0);
 }
 
+// To undo the change for carts would change what the waiver of orders names.
+TEST_F(SuggestWaiverTest, WaivedTablesStayWaived) {
+  const auto library = [](const std::string& size) {
+    const std::string address = R"(<entry name="address" type="address"/>)";
+    return Library(
+        5, {"<meta name=\"address\"><entry name=\"street\" type=\"string\" size=\"" + size + "\"/></meta>",
+            Table({.name = "orders", .attributes = " ", .fields = address}), Table({.name = "carts", .fields = address})});
+  };
+  Write("schemas/orders.xml", library("90"));
+  Commit("address");
+  Write("schemas/orders.xml", library("80"));
+  Write("korvelcheck.toml", "[schemas]\npaths = ['schemas/**/*.xml']\n");
+  const std::string json = Run({"check", "--against", "git:HEAD", "--table", "orders", "--format", "json"}).out;
+  const std::string key = "\"fingerprint\": \"";
+  const std::string fingerprint = json.substr(json.find(key, json.find("table.attributes")) + key.size(), 16);
+  ASSERT_EQ(Run({"waive", fingerprint, "--against", "git:HEAD", "--reason", "r", "--until", "2026-12-31"}).exit_code, 0);
+  ASSERT_EQ(Run({"check", "--against", "git:HEAD", "--table", "orders"}).exit_code, 0);
+  EXPECT_EQ(Fixed(1), library("80"));
+  const Outcome outcome = Run({"suggest", "--against", "git:HEAD"});
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_THAT(outcome.err, HasSubstr("table 'carts' stays refused ["));
+  EXPECT_THAT(outcome.err, HasSubstr("\n   found no version after which all other tables stay allowed or waived\n"));
+}
+
 // A new structure is part of the change that needs it.
 TEST_F(SuggestWaiverTest, KeepsStructuresOfWaivedChanges) {
   const std::string item = "<meta name=\"item\"><entry name=\"p\" type=\"uint32\"/></meta>";

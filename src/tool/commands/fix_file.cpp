@@ -21,6 +21,9 @@ namespace {
 // Each round fixes the file for each state. Usually the first one settles it.
 constexpr int kMaxRounds = 4;
 
+// Each attempt withholds more tables. Usually the second one succeeds.
+constexpr int kMaxAttempts = 4;
+
 // A state with the waived changes made, and what to fix after it.
 struct FixTask {
   const EarlierState* state;
@@ -138,6 +141,64 @@ bool FixForAll(const std::vector<FixTask>& tasks, const Input& new_input, Schema
   return false;
 }
 
+bool HasWaiver(const EarlierState& state) {
+  return std::ranges::any_of(state.tables, [](const TableResult* table) {
+    return table->changes &&
+           std::ranges::any_of(table->changes->findings, [](const Finding& one) { return one.waiver.has_value(); });
+  });
+}
+
+// Whether the state allows the table of the new file, or waivers accept its change.
+bool Accepts(const EarlierState& state, const std::string& table) {
+  const auto found = std::ranges::find(state.tables, table, &TableResult::table);
+  return found != state.tables.end() && ((*found)->status != Status::kRefused || IsWaived(**found));
+}
+
+// Adds the tables that the states themselves refuse. Returns those for which this version must not be written: it did not settle,
+// or a state refuses them that accepted the new file, or for which they seemed to be fixed.
+std::set<std::string> CheckFixed(const std::vector<FixTask>& tasks, bool is_settled, const std::set<std::string>& withheld,
+                                 const CheckOptions& options, const ProjectSet& projects, SchemaSuggestion& fixed) {
+  std::set<std::string> expected = withheld;
+  for (const TableRefusal& one : fixed.refused) expected.insert(one.table);
+  std::set<std::string> broken;
+  for (const FixTask& task : tasks) {
+    if (tasks.size() == 1 && !HasWaiver(*task.state)) continue;
+    std::vector<TableRefusal> refused = NotWaived(*task.state, fixed, options, projects);
+    for (const TableRefusal& one : refused) {
+      const bool is_expected = is_settled && (tasks.size() == 1 || expected.contains(one.table));
+      if (!is_expected || Accepts(*task.state, one.table)) broken.insert(one.table);
+    }
+    AddRefused(std::move(refused), fixed.refused);
+  }
+  return broken;
+}
+
+// Tables without a version for all states are withheld: they keep their text, and the others are fixed. If that does not help,
+// the file stays as it is.
+SchemaSuggestion FixWherePossible(std::vector<FixTask> tasks, const Input& new_input, const CheckOptions& options,
+                                  const ProjectSet& projects) {
+  std::set<std::string> withheld;
+  bool gives_up = false;
+  for (int attempt = 1;; ++attempt) {
+    SchemaSuggestion fixed;
+    const bool is_settled = FixForAll(tasks, new_input, fixed);
+    std::set<std::string> broken = CheckFixed(tasks, is_settled, withheld, options, projects, fixed);
+    if (gives_up || (is_settled && broken.empty())) {
+      for (TableRefusal& one : fixed.refused) {
+        if (!one.suggestions.empty() || !(gives_up || withheld.contains(one.table))) continue;
+        one.suggestions.emplace_back(tasks.size() > 1 ? "found no version that is allowed after each baseline"
+                                                      : "found no version after which all other tables stay allowed or waived");
+      }
+      return fixed;
+    }
+    gives_up = attempt == kMaxAttempts || std::ranges::includes(withheld, broken);
+    withheld.merge(broken);
+    for (FixTask& task : tasks) {
+      std::erase_if(task.questions, [&](const TableQuestion& one) { return gives_up || withheld.contains(one.table); });
+    }
+  }
+}
+
 }  // namespace
 
 FixedFile FixFile(const std::vector<EarlierState>& states, Input new_input, std::string path, const CheckOptions& options,
@@ -146,15 +207,7 @@ FixedFile FixFile(const std::vector<EarlierState>& states, Input new_input, std:
   tasks.reserve(states.size());
   for (const EarlierState& state : states) tasks.push_back(TaskFor(state, new_input));
   FixedFile file{std::move(new_input), std::move(path), {}};
-  if (!FixForAll(tasks, file.input, file.suggestion)) {
-    reasons.lines.push_back(OneLine(PathText(file.input.name)) +
-                            ": error: no suggestion: found no version that is allowed after each baseline");
-    file.suggestion = {};
-    return file;
-  }
-  for (const FixTask& task : tasks) {
-    if (task.with_waived) AddRefused(NotWaived(*task.state, file.suggestion, options, projects), file.suggestion.refused);
-  }
+  file.suggestion = FixWherePossible(std::move(tasks), file.input, options, projects);
   AddReasons(file, reasons);
   return file;
 }

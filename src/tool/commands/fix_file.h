@@ -16,7 +16,8 @@ struct EarlierState {
 };
 
 // The fixed version of a new file, which the checker allows after each of the states, except for changes that waivers accept:
-// they stay. Adds the reasons why tables stay refused. `options` and `projects` are those of the check. Throws InputError.
+// they stay. A table without such a version stays as it is, and no table becomes refused after a state that accepts it.
+// Adds the reasons why tables stay refused. `options` and `projects` are those of the check. Throws InputError.
 FixedFile FixFile(const std::vector<EarlierState>& states, Input new_input, std::string path, const CheckOptions& options,
                   const ProjectSet& projects, NothingAllowed& reasons);
 
