@@ -154,6 +154,24 @@ TEST_F(ExplainFindingTest, RefusesAmbiguousPrefixes) {
                     HasSubstr("  " + *first + "  new.xml: table t"), HasSubstr("  " + *std::next(first) + "  ")));
 }
 
+TEST_F(ExplainFindingTest, ReplacesNothingThatItReads) {
+  const auto expect_kept = [&](const std::vector<std::string>& call, const std::string& file, const std::string& error) {
+    const std::string before = Read(file);
+    ExpectRefused(Joined(call, {"-o", file}), "korvelcheck: -o " + file + " would replace " + error + "\n");
+    EXPECT_EQ(Read(file), before);
+  };
+  const std::string of_project = Fingerprints().front();
+  expect_kept({"explain", of_project}, "schemas/orders.xml", "an input");
+  expect_kept({"explain", of_project}, "korvelcheck.toml", "an input");
+  Write("own.toml", Read("korvelcheck.toml"));
+  expect_kept({"explain", of_project, "--project", "own.toml"}, "own.toml", "an input");
+  Write("old.xml", Schema("orders"));
+  Write("new.xml", Schema("orders", "uint32"));
+  const std::string of_files = Fingerprints({"old.xml", "new.xml"}).front();
+  expect_kept({"explain", of_files, "old.xml", "new.xml"}, "new.xml", "an input");
+  expect_kept({"explain", of_files, "old.xml", "new.xml"}, "old.xml", "an input");
+}
+
 TEST_F(ExplainFindingTest, WrongCallsAreRefused) {
   const std::string hint = "\nTry 'korvelcheck explain --help'.\n";
   ExpectRefused({"explain", "sort", "--against", "git:HEAD"},

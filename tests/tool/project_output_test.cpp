@@ -46,6 +46,11 @@ const std::vector<std::vector<std::string>> kCalls = {
     {"waivers", "--against", "git:HEAD", "-o"},
     {"compile", "schemas/users.xml", "-o"},
     {"dump", "schemas/users.xml", "-o"},
+    {"rules", "-o"},
+    {"explain", "primary-key.size", "-o"},
+    {"man", "-o"},
+    {"completion", "bash", "-o"},
+    {"help", "-o"},
 };
 
 std::vector<std::string> WithFile(std::vector<std::string> call, const std::string& file) {

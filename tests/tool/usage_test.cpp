@@ -100,6 +100,7 @@ TEST_F(UsageTest, WrongOptionsAreRefusedBeforeAnyFileIsRead) {
       {{"same", "a", "b", "--type", "list"}, "unknown option '--type'"},
       {{"check", "-", "-"}, "'-' (standard input) is given twice; allowed: once"},
       {{"lint", "-", "a", "-"}, "'-' (standard input) is given twice; allowed: once"},
+      {{"check", "a", "b", "-o", ""}, "--output: '' is not allowed; allowed: a file, or '-' for standard output"},
       {{"check", "a", "b", "--type", "heap"}, "--type: 'heap' is not allowed; allowed: generic|list"},
       {{"check", "a", "b", "--created-as", "QMX"}, "--created-as: 'QMX' is not allowed; allowed: qmx|tlv"},
       {{"check", "a", "b", "--format", "xml"},

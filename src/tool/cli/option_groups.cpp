@@ -148,7 +148,7 @@ void OutputOption::AddTo(ArgumentList& arguments) {
   const auto set = [this](const std::string& path) {
     file.reset();
     if (path != "-") file = path;
-    return std::string();
+    return std::string(path.empty() ? "a file, or '-' for standard output" : "");
   };
   arguments.Add({.names = "-o,--output",
                  .value = "FILE",
@@ -162,6 +162,7 @@ void OutputOption::AddTo(ArgumentList& arguments) {
 void OutputOption::Write(const std::string& text) const { Write(AsProducer(text)); }
 
 void OutputOption::Write(const Producer& produce) const {
+  RefuseOverlaps({}, {this});
   file ? WriteFile(*file, produce) : WriteStandardOutput(produce);
   is_complete = true;
 }

@@ -94,7 +94,7 @@ struct OutputOption {
 
   void AddTo(ArgumentList& arguments);
 
-  // Writes the result of a command. Throws std::runtime_error.
+  // Writes the result of a command. Throws InputError if it would replace a project file; std::runtime_error.
   void Write(const std::string& text) const;
   void Write(const Producer& produce) const;
   // Writes the report of a call that failed, unless it is text for people on standard output, whom the messages on standard

@@ -150,7 +150,7 @@ std::optional<std::string> TextOf(const ExplainArguments& arguments) {
   if (arguments.page.format != &kRuleDocText) {
     throw UsageError{"a finding is explained as text; 'korvelcheck check' has it in other formats"};
   }
-  return ExplainFinding(arguments.check, topic);
+  return ExplainFinding(arguments.check, topic, arguments.output);
 }
 
 int Explain(const ExplainArguments& arguments) {

@@ -44,7 +44,7 @@ std::string FullFingerprint(const std::string& prefix, Report& report) {
   return std::string(*found);
 }
 
-CheckRequest RequestOf(const ExplainedCheck& check, const Project* project, LPVESKCATEGORYINST log) {
+CheckRequest RequestOf(const ExplainedCheck& check, const Project* project, const OutputOption& output, LPVESKCATEGORYINST log) {
   return {.command = "explain",
           .paths = check.inputs.paths,
           .baselines = check.baseline.For(check.inputs.paths, project),
@@ -52,6 +52,7 @@ CheckRequest RequestOf(const ExplainedCheck& check, const Project* project, LPVE
           .options = {.given = check.settings.given, .project = project, .max_findings = check.limit.max_findings, .log = log},
           .searches_projects = check.settings.SearchesProjects(),
           .links = check.settings.links(),
+          .on_files = [&output](const std::vector<std::string>& files) { RefuseOverlaps(files, {&output}); },
           .reports_faults = true};
 }
 
@@ -78,11 +79,14 @@ bool MayBeFingerprint(std::string_view word) {
          word.find_first_not_of("0123456789abcdef") == std::string_view::npos;
 }
 
-std::optional<std::string> ExplainFinding(const ExplainedCheck& check, const std::string& fingerprint) {
+std::optional<std::string> ExplainFinding(const ExplainedCheck& check, const std::string& fingerprint,
+                                          const OutputOption& output) {
   RequireFiles(check.inputs.paths, check.baseline.IsGiven());
   const std::optional<Project> project = check.settings.ReadProject();
+  if (project) RefuseOverlaps({project->file}, {&output});
+  RefuseOverlaps(check.inputs.paths, {&output});
   vesk::ClosedCategory log;
-  CheckRequest request = RequestOf(check, project ? &*project : nullptr, log.handle());
+  CheckRequest request = RequestOf(check, project ? &*project : nullptr, output, log.handle());
   if (!check.IsGiven() && !request.HasBaseline()) return std::nullopt;
   RequireBaseline(request);
   const bool names_baseline = check.baseline.IsGiven();

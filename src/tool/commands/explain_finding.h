@@ -28,7 +28,9 @@ bool MayBeFingerprint(std::string_view word);
 
 // Checks, and returns the finding with this fingerprint, or with the only one that begins so: what the report of `check` says
 // about it, the calls that fix and waive it, and the page of its rule. Nullopt if nothing was checked because the call names
-// nothing to compare with, and neither does a project file. Throws InputError if there is no such finding, or several.
-std::optional<std::string> ExplainFinding(const ExplainedCheck& check, const std::string& fingerprint);
+// nothing to compare with, and neither does a project file. Throws InputError if there is no such finding, or several, and if the
+// output would replace a file that is read.
+std::optional<std::string> ExplainFinding(const ExplainedCheck& check, const std::string& fingerprint,
+                                          const OutputOption& output);
 
 }  // namespace korvel::tool
