@@ -64,6 +64,20 @@ TEST_F(CompileProjectTest, ReplacesNothingElse) {
   EXPECT_EQ(Read("schemas/users.xml"), Schema("users"));
 }
 
+// An image of an earlier call is an input if the call names it.
+TEST_F(CompileProjectTest, ReplacesNoInput) {
+  ASSERT_EQ(Run({"compile", "schemas/users.xml", "schemas/orders.xml", "-o", "out"}).exit_code, 0);
+  const std::string image = Read("out/schemas/users.qmb");
+  Write("schemas/users.xml", Schema("users", "uint32"));
+  const std::string error =
+      "korvelcheck: out/schemas/users.qmb, the image of schemas/users.xml, would replace an input; nothing was written\n";
+  ExpectRefused({"compile", "out/schemas/users.qmb", "schemas/users.xml", "-o", "out"}, error);
+  std::filesystem::create_symlink("out/schemas/users.qmb", PathOf("link.qmb"));
+  ExpectRefused({"compile", "link.qmb", "schemas/users.xml", "-o", "out"}, error);
+  EXPECT_EQ(Read("out/schemas/users.qmb"), image);
+  EXPECT_FALSE(Exists("out/out"));
+}
+
 TEST_F(CompileProjectTest, TwoFilesWithOneImageAreRefused) {
   Write("schemas/users.txt", Schema("users"));
   ExpectRefused(

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <map>
 #include <optional>
+#include <set>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -26,6 +27,7 @@ namespace fs = std::filesystem;
 // An image to write.
 struct ImageFile {
   const Input* input;
+  std::string input_path;
   fs::path path;
   std::string bytes = {};
 };
@@ -53,7 +55,7 @@ std::vector<ImageFile> ImagesOf(const SelectedInputs& selected, const Project* p
     const Input& input = selected.inputs[i];
     const std::string& path = selected.paths[i];
     if (!input.text && selected.is_found[i] && PathBelow(directory, path)) continue;
-    const ImageFile& image = images.emplace_back(ImageFile{&input, ImagePath(path, project, directory)});
+    const ImageFile& image = images.emplace_back(ImageFile{&input, path, ImagePath(path, project, directory)});
     const auto [same, is_first] = by_path.emplace(image.path, &input);
     if (is_first) continue;
     throw InputError{{ToolMessage(OneLine(same->second->name) + " and " + OneLine(input.name) + " would have the same image, " +
@@ -62,6 +64,22 @@ std::vector<ImageFile> ImagesOf(const SelectedInputs& selected, const Project* p
   if (images.empty())
     throw InputError{{ToolMessage("nothing to compile: only images in " + OneLine(directory) + " are selected")}};
   return images;
+}
+
+// The file that a path leads to, or would if it existed.
+fs::path TargetOf(const fs::path& path) {
+  std::error_code ignored;
+  return fs::weakly_canonical(AbsolutePath(path.string()), ignored);
+}
+
+void RequireNoInput(const std::vector<ImageFile>& images) {
+  std::set<fs::path> inputs;
+  for (const ImageFile& image : images) inputs.insert(TargetOf(image.input_path));
+  for (const ImageFile& image : images) {
+    if (!inputs.contains(TargetOf(image.path))) continue;
+    throw InputError{{ToolMessage(OneLine(image.path.string()) + ", the image of " + OneLine(image.input_path) +
+                                  ", would replace an input; nothing was written")}};
+  }
 }
 
 // Removes directories again that were created for nothing.
@@ -101,6 +119,7 @@ void RequireNoOther(const std::string& path) {
 
 std::string WriteImages(const SelectedInputs& selected, const Project* project, const std::string& directory) {
   std::vector<ImageFile> images = ImagesOf(selected, project, directory);
+  RequireNoInput(images);
   std::vector<FileToWrite> files;
   for (ImageFile& image : images) {
     RequireNoOther(image.path.string());

@@ -16,7 +16,7 @@ void RequireNoOther(const std::string& path);
 // file below the directory of the project, without a project below the working directory, with the suffix .qmb. Creates the
 // directories that it needs. Images that were found in the directory are results of an earlier call: they are not compiled again.
 // `project` may be null. Throws InputError if a file is not below that directory, if two files would have the same image, if an
-// image would replace something else than an image, and as ImageOf.
+// image would replace a file that is compiled or something else than an image, and as ImageOf.
 std::string WriteImages(const SelectedInputs& selected, const Project* project, const std::string& directory);
 
 }  // namespace korvel::tool
