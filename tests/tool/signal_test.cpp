@@ -9,6 +9,7 @@
 #include <array>
 #include <csignal>
 #include <cstdlib>
+#include <map>
 
 #include "tool_test.h"
 
@@ -84,6 +85,68 @@ TEST_F(SignalTest, WaitsForFileThatIsBeingWritten) {
     EXPECT_EQ(Files(), files);
     EXPECT_TRUE(Read("report") == Read("whole"));
   }
+}
+
+// Schema files of a project, changed against those in a directory.
+class SignalProjectTest : public ToolTest {
+ protected:
+  SignalProjectTest() {
+    Write("korvelcheck.toml", "[schemas]\npaths = ['schemas/*.xml']\nagainst = 'old'\n");
+    for (const char* directory : {"schemas", "old/schemas", "out/schemas"})
+      std::filesystem::create_directories(PathOf(directory));
+    for (int i = 0; i < kFiles; ++i) {
+      const std::string table = "t" + std::to_string(i);
+      Write("old/schemas/" + table + ".xml", Library(5, {Table({.name = table})}));
+      Write("schemas/" + table + ".xml", Library(6, {Table({.name = table, .key_type = "uint32"})}));
+    }
+  }
+
+  // Sends a signal when the call creates its first file in the directory. The call lists what it writes, all or nothing.
+  void ExpectAllOrNothing(const std::vector<std::string>& call, const std::string& directory, int signal) const {
+    const std::map<std::string, std::string> before = ContentOf(directory);
+    const Creation temporary(PathOf(directory));
+    const auto send = [&](pid_t process) {
+      temporary.Wait();
+      ::kill(process, signal);
+    };
+    const Outcome outcome = Korvelcheck(Call{.arguments = call, .meanwhile = send});
+    EXPECT_THAT(outcome.signal, testing::AnyOf(signal, 0)) << outcome.err;  // 0: it finished before the signal
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_THAT(std::ranges::count(outcome.out, '\n'), testing::AnyOf(0, kFiles));
+    EXPECT_EQ(ContentOf(directory) == before, outcome.out.empty());
+  }
+
+ private:
+  static constexpr int kFiles = 60;
+
+  std::map<std::string, std::string> ContentOf(const std::string& directory) const {
+    std::map<std::string, std::string> content;
+    for (const auto& file : std::filesystem::directory_iterator(PathOf(directory))) {
+      content.emplace(file.path().filename(), Read(file.path()));
+    }
+    return content;
+  }
+};
+
+// Regression: all files were written, but not listed.
+TEST_F(SignalProjectTest, WritesAndListsAllFilesOrNone) {
+  for (const int signal : kSignals) {
+    ExpectAllOrNothing({"compile", "-o", "out"}, "out/schemas", signal);
+    ExpectAllOrNothing({"suggest", "--write"}, "schemas", signal);
+  }
+}
+
+// As below nohup.
+TEST_F(SignalProjectTest, IgnoredSignalsStopNothing) {
+  const Creation temporary(PathOf("out/schemas"));
+  const auto send = [&](pid_t process) {
+    temporary.Wait();
+    ::kill(process, SIGHUP);
+  };
+  const std::vector<std::string> ignoring = {"/bin/sh", "-c", "trap '' HUP; exec \"$0\" \"$@\""};
+  const Outcome outcome = Korvelcheck(Call{.arguments = {"compile", "-o", "out"}, .launcher = ignoring, .meanwhile = send});
+  EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
+  EXPECT_THAT(outcome.out, testing::HasSubstr("schemas/t9.xml -> out/schemas/t9.qmb\n"));
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "tool/cli/option_groups.h"
 #include "tool/commands/image_files.h"
 #include "tool/commands/selected_inputs.h"
+#include "tool/io/blocked_signals.h"
 #include "tool/io/exit.h"
 #include "tool/io/output.h"
 
@@ -46,7 +47,8 @@ void CompileAll(const CompileArguments& arguments) {
   if (project) RefuseOverlaps({project->file}, {&arguments.output});
   const Project* const of_call = project ? &*project : nullptr;
   const SelectedInputs selected = LoadSelected(arguments.inputs.paths, arguments.settings, of_call, arguments.output);
-  WriteStandardOutput(AsProducer(WriteImages(selected, of_call, *arguments.output.file)));
+  const BlockedSignals signals;  // until the images are listed
+  WriteStandardOutput(AsProducer(WriteImages(selected, of_call, *arguments.output.file, signals)));
 }
 
 int Run(const CompileArguments& arguments) {

@@ -117,7 +117,8 @@ void RequireNoOther(const std::string& path) {
   throw InputError{{ToolMessage(OneLine(path) + " exists and is no image; allowed: an image or a new file")}};
 }
 
-std::string WriteImages(const SelectedInputs& selected, const Project* project, const std::string& directory) {
+std::string WriteImages(const SelectedInputs& selected, const Project* project, const std::string& directory,
+                        const BlockedSignals& signals) {
   std::vector<ImageFile> images = ImagesOf(selected, project, directory);
   RequireNoInput(images);
   std::vector<FileToWrite> files;
@@ -130,7 +131,7 @@ std::string WriteImages(const SelectedInputs& selected, const Project* project, 
   for (const ImageFile& image : images) directories.Create(image.path.parent_path());
   std::vector<std::string> done;
   WriteFiles(
-      files, [] {},
+      files, signals, [] {},
       [&](std::size_t i) {
         directories.Keep();
         done.push_back(OneLine(PathText(images[i].input->name)) + " -> " + OneLine(PathText(files[i].path)) + "\n");

@@ -6,6 +6,7 @@
 #include "project/project.h"
 #include "schema/input.h"
 #include "tool/commands/selected_inputs.h"
+#include "tool/io/blocked_signals.h"
 
 namespace korvel::tool {
 
@@ -17,6 +18,7 @@ void RequireNoOther(const std::string& path);
 // directories that it needs. Images that were found in the directory are results of an earlier call: they are not compiled again.
 // `project` may be null. Throws InputError if a file is not below that directory, if two files would have the same image, if an
 // image would replace a file that is compiled or something else than an image, and as ImageOf.
-std::string WriteImages(const SelectedInputs& selected, const Project* project, const std::string& directory);
+std::string WriteImages(const SelectedInputs& selected, const Project* project, const std::string& directory,
+                        const BlockedSignals& signals);
 
 }  // namespace korvel::tool

@@ -13,6 +13,7 @@
 #include "tool/commands/run_check.h"
 #include "tool/commands/suggest_files.h"
 #include "tool/commands/suggest_project.h"
+#include "tool/io/blocked_signals.h"
 #include "tool/io/exit.h"
 #include "vesk/closed_category.h"
 
@@ -65,14 +66,19 @@ void RequireText(const Input& input, const SuggestArguments& arguments) {
 
 std::string ResultFor(const std::vector<FixedFile>& files, const SuggestArguments& arguments) {
   if (arguments.whole_file) return files.front().suggestion.text;
-  if (arguments.writes && !arguments.is_dry_run) return WriteInPlace(files, false);
-  if (arguments.writes) WriteInPlace(files, true);
+  if (arguments.writes) FilesToReplace(files);  // a dry run fails as the call would
   std::string diffs;
   for (const FixedFile& file : files) {
     const std::string name = PathText(file.input.name);
     diffs += UnifiedDiff(name, file.input.text->Bytes(), name, file.suggestion.text);
   }
   return diffs;
+}
+
+void WriteResult(const std::vector<FixedFile>& files, const SuggestArguments& arguments) {
+  if (!arguments.writes || arguments.is_dry_run) return arguments.output.Write(ResultFor(files, arguments));
+  const BlockedSignals signals;  // until the files are listed
+  arguments.output.Write(WriteInPlace(files, signals));
 }
 
 // What to compare the files of the project with; none for OLD and NEW.
@@ -119,7 +125,7 @@ int Run(const SuggestArguments& arguments) {
   // A table that stays refused, often for a reason of its own, does not withhold the suggestions for the others.
   if (!is_changed && !reasons.lines.empty()) throw reasons;
   if (!is_changed && reasons.lines.empty()) PrintNothingToFix(fixed);
-  arguments.output.Write(ResultFor(files, arguments));
+  WriteResult(files, arguments);
   if (!reasons.lines.empty()) throw reasons;
   return kAllAllowed;
 }

@@ -26,14 +26,14 @@ void RequireUnmodified(const std::vector<const FixedFile*>& files) {
 }
 
 // Returns a line for each file. If an error leaves some of them written, prints their lines.
-std::string WriteAllOf(const std::vector<const FixedFile*>& files) {
+std::string WriteAllOf(const std::vector<const FixedFile*>& files, const BlockedSignals& signals) {
   std::vector<FileToWrite> contents;
   contents.reserve(files.size());
   for (const FixedFile* const file : files) contents.push_back({file->path, file->suggestion.text});
   std::vector<std::string> done;
   try {
     WriteFiles(
-        contents, [&] { RequireUnmodified(files); },
+        contents, signals, [&] { RequireUnmodified(files); },
         [&](std::size_t i) { done.push_back(PathText(files[i]->input.name) + ": fixed"); });
   } catch (...) {
     for (std::string& line : done) line = ToolMessage("written before the error: " + line);
@@ -84,7 +84,7 @@ void RequireReplaceable(const std::string& path) {
   throw InputError{{ToolMessage(OneLine(path) + " " + fault + "; allowed with --write: a regular file on the disk")}};
 }
 
-std::string WriteInPlace(const std::vector<FixedFile>& files, bool is_dry_run) {
+std::vector<const FixedFile*> FilesToReplace(const std::vector<FixedFile>& files) {
   std::vector<const FixedFile*> changed;
   for (const FixedFile& file : files) {
     if (!file.input.text)
@@ -93,7 +93,11 @@ std::string WriteInPlace(const std::vector<FixedFile>& files, bool is_dry_run) {
   }
   RequireUnmodified(changed);
   for (const FixedFile* const file : changed) RequireWritable(file->path);
-  return is_dry_run ? "" : WriteAllOf(changed);
+  return changed;
+}
+
+std::string WriteInPlace(const std::vector<FixedFile>& files, const BlockedSignals& signals) {
+  return WriteAllOf(FilesToReplace(files), signals);
 }
 
 }  // namespace korvel::tool

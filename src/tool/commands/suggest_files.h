@@ -7,6 +7,7 @@
 
 #include "analysis/suggest/suggest.h"
 #include "schema/input.h"
+#include "tool/io/blocked_signals.h"
 #include "tool/io/exit.h"
 
 namespace korvel::tool {
@@ -32,9 +33,11 @@ void AddReasons(const FixedFile& file, NothingAllowed& reasons);
 // are refused. A file that does not exist passes; reading it fails.
 void RequireReplaceable(const std::string& path);
 
-// Replaces the files that have changes, as WriteFiles does, and returns a line for each. Throws InputError and writes nothing if
-// one of them is an image, or is not as it was when it was read; std::runtime_error if one cannot be written. With `is_dry_run`,
-// only checks them.
-std::string WriteInPlace(const std::vector<FixedFile>& files, bool is_dry_run);
+// The files that have changes. Throws InputError if one of them is an image, or is not as it was when it was read;
+// std::runtime_error if one cannot be written.
+std::vector<const FixedFile*> FilesToReplace(const std::vector<FixedFile>& files);
+
+// Replaces these files, as WriteFiles does, and returns a line for each. Throws as both.
+std::string WriteInPlace(const std::vector<FixedFile>& files, const BlockedSignals& signals);
 
 }  // namespace korvel::tool

@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -20,6 +19,7 @@
 
 #include "base/file_descriptor.h"
 #include "base/text.h"
+#include "tool/io/blocked_signals.h"
 #include "tool/io/exit.h"
 
 namespace korvel::tool {
@@ -110,23 +110,6 @@ std::string ResolveLinks(const std::string& path) {
   return target;
 }
 
-// Blocks the signals that end a program while a temporary file exists: it would be left behind.
-class BlockedSignals {
- public:
-  BlockedSignals() {
-    sigset_t signals;
-    ::sigemptyset(&signals);
-    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) ::sigaddset(&signals, signal);
-    ::sigprocmask(SIG_BLOCK, &signals, &before_);
-  }
-  BlockedSignals(const BlockedSignals&) = delete;
-  BlockedSignals& operator=(const BlockedSignals&) = delete;
-  ~BlockedSignals() { ::sigprocmask(SIG_SETMASK, &before_, nullptr); }
-
- private:
-  sigset_t before_{};
-};
-
 // The permission bits of the file that is replaced, or those of any new file.
 mode_t ModeFor(const std::string& path) {
   struct stat status {};
@@ -163,7 +146,7 @@ void WriteStandardOutput(const Producer& produce) {
 void WriteFile(const std::string& path, const Producer& produce) {
   const std::string destination = ResolveLinks(path);
   const mode_t mode = ModeFor(destination);
-  const BlockedSignals signals;
+  const BlockedSignals signals;  // the temporary file would be left behind
   TemporaryFile file(destination);
   Buffer([&](std::string_view text) { file.Write(text); }).Produce(produce);
   file.Complete(mode);
@@ -178,9 +161,11 @@ void RequireWritable(const std::string& path) {
   if (::faccessat(AT_FDCWD, name, W_OK | X_OK, AT_EACCESS) != 0) Fail(path, std::strerror(errno));
 }
 
-void WriteFiles(const std::vector<FileToWrite>& files, const std::function<void()>& confirm,
+void WriteFiles(const std::vector<FileToWrite>& files, const BlockedSignals& signals, const std::function<void()>& confirm,
                 const std::function<void(std::size_t position)>& on_written) {
-  const BlockedSignals signals;
+  const auto stop_if_pending = [&signals] {
+    if (signals.IsPending()) throw std::runtime_error("ended by a signal; nothing was written");
+  };
   std::deque<TemporaryFile> written;
   for (const auto& [path, text] : files) {
     const std::string destination = ResolveLinks(path);
@@ -188,8 +173,10 @@ void WriteFiles(const std::vector<FileToWrite>& files, const std::function<void(
     TemporaryFile& file = written.emplace_back(destination);
     file.Write(text);
     file.Complete(mode);
+    stop_if_pending();
   }
   confirm();
+  stop_if_pending();
   for (std::size_t i = 0; i < files.size(); ++i) {
     written[i].Move();
     on_written(i);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/text_sink.h"
+#include "tool/io/blocked_signals.h"
 
 namespace korvel::tool {
 
@@ -35,9 +36,10 @@ struct FileToWrite {
 };
 
 // Writes several files, all or none as far as possible: each as WriteFile does, but moves them to their places only after all are
-// complete and `confirm` has returned. Calls `on_written` with the position of each moved file. Throws as WriteFile, and what
-// `confirm` throws.
-void WriteFiles(const std::vector<FileToWrite>& files, const std::function<void()>& confirm,
+// complete and `confirm` has returned. Calls `on_written` with the position of each moved file. A signal that arrives before the
+// first file is moved stops it: it throws, and nothing was written. Then the caller's `signals` ends the program; until then, the
+// caller can print what was written. Throws as WriteFile, and what `confirm` throws.
+void WriteFiles(const std::vector<FileToWrite>& files, const BlockedSignals& signals, const std::function<void()>& confirm,
                 const std::function<void(std::size_t position)>& on_written);
 
 // Makes sure that the result of an earlier call does not pass for that of a call that failed. Removes a regular file; empties it
