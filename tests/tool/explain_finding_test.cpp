@@ -96,6 +96,30 @@ TEST_F(ExplainFindingTest, WaivedFindingHasNoNextCall) {
               AllOf(HasSubstr("  waived until 2027-01-31: empty\n"), Not(HasSubstr("To fix")), Not(HasSubstr("To accept"))));
 }
 
+// `waive` refuses a second exact waiver.
+TEST_F(ExplainFindingTest, ExpiredWaiverIsToBeExtended) {
+  const std::string fingerprint = Fingerprints().front();
+  const std::string waive = "To accept it temporarily: korvelcheck waive " + fingerprint;
+  ASSERT_EQ(Run({"waive", fingerprint, "--reason", "empty", "--until", "2099-01-31"}).exit_code, 0);
+  const std::string waived = Read("korvelcheck.toml");
+  const std::size_t day = waived.find("2099");
+  ASSERT_NE(day, std::string::npos);
+  std::string expired = waived;
+  expired.replace(day, 4, "2020");
+  Write("korvelcheck.toml", expired);
+  EXPECT_EQ(Run({"waive", fingerprint, "--reason", "empty", "--until", "2099-01-31"}).exit_code, 2);
+  EXPECT_THAT(Explained({fingerprint}), AllOf(HasSubstr("\nTo accept it temporarily: change 'until' of the waiver in "
+                                                        "korvelcheck.toml:5, 2020-01-31, to a later day\n\nprimary-key.size: "),
+                                              Not(HasSubstr(waive))));
+  // A wide one is no obstacle.
+  Write("korvelcheck.toml", waived.substr(0, waived.find("\n[[")));
+  ASSERT_EQ(Run({"waive", fingerprint, "--wide", "--reason", "empty", "--until", "2099-01-31"}).exit_code, 0);
+  expired = Read("korvelcheck.toml");
+  expired.replace(expired.find("2099"), 4, "2020");
+  Write("korvelcheck.toml", expired);
+  EXPECT_THAT(Explained({fingerprint}), HasSubstr(waive));
+}
+
 TEST_F(ExplainFindingTest, ExplainsFindingsAboutTheProjectFile) {
   Git({"checkout", "--quiet", "schemas"});
   Write("korvelcheck.toml", "[schemas]\npaths = ['schemas/**/*.xml']\nexclude = ['schemas/users.xml']\nagainst = 'git:HEAD'\n");
@@ -109,7 +133,12 @@ TEST_F(ExplainFindingTest, ExplainsFindingsAboutTheProjectFile) {
 TEST_F(ExplainFindingTest, OtherFilesMayHaveFaults) {
   const std::string fingerprint = Fingerprints().front();
   Write("schemas/users.xml", "<metalib");
-  EXPECT_THAT(Explained({fingerprint}), HasSubstr("[primary-key.size]"));
+  const Outcome explained = Run({"explain", fingerprint});
+  EXPECT_EQ(explained.exit_code, 0);
+  EXPECT_THAT(explained.out, HasSubstr("[primary-key.size]"));
+  EXPECT_THAT(explained.err, StartsWith("schemas/users.xml:1:1: error: "));
+  // `suggest --write` and `waive` would fail.
+  EXPECT_THAT(explained.out, AllOf(Not(HasSubstr("To fix")), Not(HasSubstr("To accept"))));
   const Outcome outcome = Run({"explain", "0123456789abcdef"});
   EXPECT_EQ(outcome.exit_code, 2);
   EXPECT_THAT(outcome.err, StartsWith("schemas/users.xml:1:1: error: "));

@@ -14,6 +14,7 @@
 #include "report/render/rule_doc_format.h"
 #include "tool/commands/finding_list.h"
 #include "tool/commands/next_commands.h"
+#include "tool/io/exit.h"
 #include "vesk/closed_category.h"
 
 namespace korvel::tool {
@@ -56,6 +57,37 @@ CheckRequest RequestOf(const ExplainedCheck& check, const Project* project, cons
           .reports_faults = true};
 }
 
+struct ExpiredWaiver {
+  std::string place;  // "korvelcheck.toml:5"
+  std::string until;
+};
+
+// The expired waiver of the finding that keeps `waive` from adding another one, or nullopt.
+std::optional<ExpiredWaiver> FindExpired(const ProjectSet& projects, Report& report, const std::string& fingerprint) {
+  for (std::size_t i = 0; i < projects.size(); ++i) {
+    if (projects[i] == nullptr) continue;
+    for (const WaiverUse& use : ApplyWaivers(*projects[i], i, report)) {
+      const auto of_table = [&](const TableFinding& one) { return one.finding->fingerprint == fingerprint; };
+      const auto of_project = [&](std::size_t position) { return report.project[position].fingerprint == fingerprint; };
+      const bool covers = std::ranges::any_of(use.findings, of_table) || std::ranges::any_of(use.project, of_project);
+      if (!covers || use.state != WaiverState::kExpired || use.waiver->form == WaiverForm::kWide) continue;
+      return ExpiredWaiver{OneLine(projects[i]->file) + ":" + std::to_string(use.waiver->location.line), use.waiver->until};
+    }
+  }
+  return std::nullopt;
+}
+
+std::string WaiveHint(const CheckRequest& request, bool names_baseline, const ExplainedFinding& finding, CommandResult& result,
+                      const std::string& fingerprint) {
+  // `waive` fails if a file has a fault.
+  if (finding.is_waived || !result.report.faults.empty()) return "";
+  const std::optional<ExpiredWaiver> expired = FindExpired(*result.projects, result.report, fingerprint);
+  return "To accept it temporarily: " +
+         (expired ? "change 'until' of the waiver in " + expired->place + ", " + expired->until + ", to a later day"
+                  : WaiveCommand(request, names_baseline, fingerprint)) +
+         "\n";
+}
+
 std::string PageOf(const ExplainedFinding& finding) {
   if (const RuleDoc* doc = FindRuleDoc(finding.rule)) return "\n" + kRuleDocText.rule(*doc);
   return ResultCodeName(finding.code) == nullptr ? "" : "\n" + kRuleDocText.code(FindCodeDoc(finding.code));
@@ -96,10 +128,13 @@ std::optional<std::string> ExplainFinding(const ExplainedCheck& check, const std
   ApplyAllWaivers(*result.projects, {}, result.report);
   AddSuggestions(result.report, false);
   const std::string full = FullFingerprint(fingerprint, result.report);
+  if (!result.report.faults.empty()) {
+    PrintErrors(ErrorOf(result.report.faults).lines);
+    result.report.fix_command.clear();  // it fails, too
+  }
   const ExplainedFinding finding = RenderFinding(result.report, full);
-  const bool can_waive = !finding.is_waived && !check.settings.no_project;
-  return finding.text + (can_waive ? "To accept it temporarily: " + WaiveCommand(request, names_baseline, full) + "\n" : "") +
-         PageOf(finding);
+  const std::string hint = check.settings.no_project ? "" : WaiveHint(request, names_baseline, finding, result, full);
+  return finding.text + hint + PageOf(finding);
 }
 
 }  // namespace korvel::tool
