@@ -54,13 +54,14 @@ TEST_F(CompileProjectTest, ReplacesTheImagesOfAnEarlierCall) {
 TEST_F(CompileProjectTest, ReplacesNothingElse) {
   std::filesystem::create_directories(PathOf("out/schemas"));
   Write("out/schemas/users.qmb", Schema("users"));
-  ExpectRefused({"compile", "-o", "out"},
-                "korvelcheck: out/schemas/users.qmb exists and is no image; allowed: an image or a new file\n");
+  ExpectRefused(
+      {"compile", "-o", "out"},
+      "korvelcheck: out/schemas/users.qmb exists and is not an image; allowed: an image, an empty file or a new file\n");
   EXPECT_EQ(Read("out/schemas/users.qmb"), Schema("users"));
   EXPECT_FALSE(Exists("out/schemas/orders.qmb"));
   EXPECT_FALSE(Exists("out/schemas/deep"));
   ExpectRefused({"compile", "schemas/orders.xml", "-o", "schemas/users.xml"},
-                "korvelcheck: schemas/users.xml exists and is no image; allowed: an image or a new file\n");
+                "korvelcheck: schemas/users.xml exists and is not an image; allowed: an image, an empty file or a new file\n");
   EXPECT_EQ(Read("schemas/users.xml"), Schema("users"));
 }
 
@@ -115,13 +116,20 @@ TEST_F(CompileProjectTest, WritesAllImagesOrNone) {
   EXPECT_FALSE(Exists("out/schemas/deep"));
 }
 
+TEST_F(CompileProjectTest, OneImageNeedsAFile) {
+  ExpectRefused({"compile", "schemas/users.xml", "-o", "schemas"},
+                "korvelcheck: compile: schemas is a directory; allowed with one file: a file\nTry 'korvelcheck compile "
+                "--help'.\n");
+  EXPECT_THAT(Run({"compile", "--help"}).out, HasSubstr("is standard output; with several files, a directory"));
+}
+
 TEST_F(CompileProjectTest, SeveralImagesNeedADirectory) {
   ExpectRefused({"compile", "-o", "-"},
                 "korvelcheck: compile: several images are written to a directory; allowed: -o DIR\nTry 'korvelcheck compile "
                 "--help'.\n");
   ExpectRefused({"compile", "-o", "schemas/users.xml"}, "korvelcheck: -o schemas/users.xml would replace an input\n");
   Write("file", "");
-  ExpectRefused({"compile", "-o", "file"}, "korvelcheck: file: is no directory; nothing was written\n");
+  ExpectRefused({"compile", "-o", "file"}, "korvelcheck: file: is not a directory; nothing was written\n");
 }
 
 }  // namespace

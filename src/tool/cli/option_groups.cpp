@@ -152,8 +152,8 @@ void OutputOption::AddTo(ArgumentList& arguments) {
   };
   arguments.Add({.names = "-o,--output",
                  .value = "FILE",
-                 .description =
-                     std::string("write to FILE atomically; '-'") + (is_required ? "" : ", the default,") + " is standard output",
+                 .description = std::string("write to FILE atomically; '-'") + (is_required ? "" : ", the default,") +
+                                " is standard output" + remark,
                  .set = set,
                  .is_required = is_required});
   if (is_report) arguments.OnFailure([this](const Failure& failure) { Discard(failure); });

@@ -91,6 +91,7 @@ struct OutputOption {
   mutable bool is_complete = false;  // the result was written
   mutable bool is_needed = false;    // the call needs the old file: nothing may be written there, not even that the call failed
   const char* option = "-o";         // as messages name it
+  const char* remark = "";           // in the help, behind the description
 
   void AddTo(ArgumentList& arguments);
 

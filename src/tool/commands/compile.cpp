@@ -5,6 +5,7 @@
 
 #include "base/input_error.h"
 #include "project/load_inputs.h"
+#include "project/schema_finder.h"
 #include "schema/input.h"
 #include "tool/cli/command.h"
 #include "tool/cli/option_groups.h"
@@ -20,7 +21,7 @@ namespace {
 struct CompileArguments {
   InputFiles inputs;
   TableSettings settings;  // only the project file
-  OutputOption output{.is_required = true};
+  OutputOption output{.is_required = true, .remark = "; with several files, a directory"};
 
   void AddTo(ArgumentList& arguments) {
     inputs.AddListTo(arguments);
@@ -32,6 +33,9 @@ struct CompileArguments {
 };
 
 void CompileOne(const CompileArguments& arguments) {
+  if (arguments.output.file && NamesDirectory(*arguments.output.file)) {
+    throw UsageError{OneLine(*arguments.output.file) + " is a directory; allowed with one file: a file"};
+  }
   RequireDistinctFiles(arguments.inputs.paths, arguments.output);
   if (!arguments.output.file && ::isatty(STDOUT_FILENO) == 1) {
     throw InputError{{ToolMessage("compile: standard output is a terminal; allowed: a file or a pipe")}};

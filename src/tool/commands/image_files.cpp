@@ -97,7 +97,7 @@ class CreatedDirectories {
     std::error_code error;
     if (directory.empty() || fs::is_directory(directory, error)) return;
     Create(directory.parent_path());
-    const std::string fault = fs::exists(directory, error)             ? "is no directory"
+    const std::string fault = fs::exists(directory, error)             ? "is not a directory"
                               : fs::create_directory(directory, error) ? ""
                                                                        : error.message();
     if (!fault.empty()) throw InputError{{ToolMessage(OneLine(directory.string()) + ": " + fault + "; nothing was written")}};
@@ -114,7 +114,7 @@ class CreatedDirectories {
 
 void RequireNoOther(const std::string& path) {
   if (SizeOf(path) == 0 || qmx::IsImage(ReadAll(OpenRegular(path)).View())) return;
-  throw InputError{{ToolMessage(OneLine(path) + " exists and is no image; allowed: an image or a new file")}};
+  throw InputError{{ToolMessage(OneLine(path) + " exists and is not an image; allowed: an image, an empty file or a new file")}};
 }
 
 std::string WriteImages(const SelectedInputs& selected, const Project* project, const std::string& directory,
