@@ -80,6 +80,11 @@ std::string DetailsOf(const EntryModel& entry) {
 // "note_2 (string(64), id 9, version 7)"
 std::string Described(const EntryModel& entry) { return OneLine(entry.name) + " " + DetailsOf(entry); }
 
+// Whether a respelling writes a key, and with it a value.
+bool Writes(const Respelling& respelling, const std::string& key) {
+  return std::ranges::any_of(respelling.pairs, [&](const auto& pair) { return pair.second.starts_with(key + "="); });
+}
+
 }  // namespace
 
 AlternativeMaker::AlternativeMaker(const Difference& difference, const Settings& settings, const ReservedFields* reserved)
@@ -191,7 +196,8 @@ std::vector<Alternative> AlternativeMaker::OfChanged(const Edit& edit) {
            text, edits_of_[{edit.meta, edit.item}]}};
 }
 
-// An attribute may be misspelled. New attributes of a table must match what the server has stored.
+// An attribute may be misspelled. New attributes of a table must match what the server has stored. A value that is only
+// misspelled is not set to another one.
 std::vector<Alternative> AlternativeMaker::OfAttribute(const Edit& edit) const {
   std::vector<Part> parts;
   const auto change = [&edit](auto change_text) {
@@ -200,11 +206,13 @@ std::vector<Alternative> AlternativeMaker::OfAttribute(const Edit& edit) const {
       if (table != nullptr && table->customattr) change_text(*table->customattr);
     };
   };
-  if (const auto respelling = FindRespelling(edit, new_metas_.at(edit.meta)->customattr)) {
+  const std::optional<Respelling> respelling = FindRespelling(edit, new_metas_.at(edit.meta)->customattr);
+  if (respelling) {
     parts.push_back({change([respelling](std::string& text) { Apply(*respelling, text); }), respelling->text});
   }
   if (!edit.before.empty()) return Combined(parts);
   const auto set = [&](const std::string& key, const std::string& value) {
+    if (respelling && Writes(*respelling, key)) return;
     parts.push_back({change([key, value](std::string& text) { SetAttribute(text, key, value); }),
                      "set " + key + "=" + value + ", the value on the server"});
   };
