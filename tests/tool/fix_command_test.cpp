@@ -59,6 +59,18 @@ TEST_F(FixCommandTest, IsLeftOutIfSuggestCannotWrite) {
   EXPECT_EQ(FixOf({"check", "--against", "git:HEAD"}), "");
 }
 
+// `suggest --write` refuses links, and then writes nothing.
+TEST_F(FixCommandTest, IsLeftOutIfALinkIsRefused) {
+  Write("schemas/orders.xml", Schema("orders", "uint32"));
+  const std::vector<std::string> check = {"check", "--against", "git:HEAD", "--follow-symlinks"};
+  EXPECT_EQ(FixOf(check), "korvelcheck suggest --write --against git:HEAD (with the same settings)\n");
+  Write("users.txt", Schema("users", "uint32"));
+  std::filesystem::remove(PathOf("schemas/users.xml"));
+  std::filesystem::create_symlink("../users.txt", PathOf("schemas/users.xml"));
+  EXPECT_THAT(Run(check).out, HasSubstr("table users: -3"));
+  EXPECT_EQ(FixOf(check), "");
+}
+
 TEST_F(FixCommandTest, IsThatOfCheckOnly) {
   EXPECT_EQ(FixOf({"compat", "old.xml", "it's new.xml"}), "");
   EXPECT_THAT(Run({"compat", "old.xml", "it's new.xml"}).out, EndsWith("for the rule.\n"));

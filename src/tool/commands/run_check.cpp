@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "base/input_error.h"
@@ -11,6 +13,7 @@
 #include "project/check_project.h"
 #include "project/input_projects.h"
 #include "tool/commands/pair_notes.h"
+#include "tool/commands/project_pairs.h"
 #include "tool/io/exit.h"
 #include "tool/io/progress.h"
 
@@ -79,6 +82,14 @@ bool IsBehind(const Baseline& baseline, const Report& report) {
   return std::ranges::any_of(report.tables, is_refused) && IsAheadOfHead(baseline);
 }
 
+// Whether a refused file is a symbolic link, for which `suggest --write` fails as a whole.
+bool IsRefusedLink(const ComparedFile& file, const Report& report) {
+  std::error_code ignored;
+  const auto is_refused = [](const TableResult& table) { return table.status == Status::kRefused; };
+  return !file.is_deleted && std::ranges::any_of(TablesOf(file, report), is_refused) &&
+         std::filesystem::is_symlink(PathOnDisk(file.new_name), ignored);
+}
+
 void PrintBehindNote(const Baseline& baseline) {
   PrintErrors({ToolMessage("note: " + OneLine(baseline.name) +
                            " has commits that are not in HEAD, and this branch seems to undo them; to compare with the merge "
@@ -101,7 +112,9 @@ CommandResult CheckAgainstAll(const CheckRequest& request, ProjectSet& projects)
     Append(std::move(result), baselines.size() > 1, all);
   }
   all.report.command = request.command;
-  if (!is_behind) all.report.fix_command = request.fix_command;
+  const bool has_link =
+      std::ranges::any_of(all.compared, [&](const ComparedFile& file) { return IsRefusedLink(file, all.report); });
+  if (!is_behind && !has_link) all.report.fix_command = request.fix_command;
   all.report.projects = ListOf(projects, std::move(all.judged));
   return {.report = std::move(all.report), .project_sources = std::move(all.sources), .compared = std::move(all.compared)};
 }
