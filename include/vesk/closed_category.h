@@ -1,5 +1,5 @@
-// A log category to which nothing is written, for callers that want no log: without a category, a call with a server version fails.
-// Header only; needs no logging library.
+// A log category to which nothing is written, for callers that want no log: without a category, a call with a server version
+// fails. Header only; needs no logging library.
 #pragma once
 
 #include "vesk/vesk_category.h"
