@@ -9,7 +9,7 @@ PAIRS ?= 5000000
 EXECUTED_PAGES := docs/how-to/*.md docs/mistakes.md docs/schema-from-types.md docs/tutorial.md
 
 .DEFAULT_GOAL := help
-.PHONY: help example test model bench clang sanitize thread memcheck fuzz fuzz-tool mutants coverage case goldens docs lint format install dist release-check
+.PHONY: help example test model bench clang sanitize thread memcheck fuzz fuzz-tool mutants coverage case goldens docs lint format install dist debian-packages release-check
 
 help: ## list these commands
 	@sed -n 's/^\([a-z-]*\):.* ## /\1\t/p' $(MAKEFILE_LIST) | expand -t 12
@@ -107,6 +107,12 @@ install: ## build and install the tool and the libraries under PREFIX (/usr/loca
 dist: ## build the release archive, without shared libraries, with its SBOM and checksums, in dist/
 	$(INSTALL_DEPS) example
 	scripts/dist $(JOBS)
+
+debian-packages: ## build the Debian packages of HEAD in build/debian, check them and install them in a new system
+	$(INSTALL_DEPS) release
+	rm -rf build/debian
+	scripts/debian-packages build/debian $(JOBS)
+	/usr/bin/python3 -B tests/packaging/debian_test.py . build/debian
 
 release-check: ## check that HEAD can be released: version, changelog, two identical builds, the archive; see RELEASE.md
 	$(INSTALL_DEPS) release
