@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <span>
 #include <vector>
 
 #include "project/check_tables.h"
@@ -39,6 +40,11 @@ struct ComparedFile {
   std::size_t first_table = 0;  // of its tables in Report::tables
   std::size_t table_count = 0;
 };
+
+// The results of its tables.
+inline std::span<const TableResult> TablesOf(const ComparedFile& file, const Report& report) {
+  return std::span(report.tables).subspan(file.first_table, file.table_count);
+}
 
 struct ProjectResult {
   Report report;                                       // without a command and project files

@@ -200,6 +200,18 @@ std::vector<std::string> LinesOf(const WaiverEntry& waiver) {
   return lines;
 }
 
+std::string WithWaivers(const std::string& text, const std::vector<WaiverEntry>& waivers) {
+  const std::size_t line_end = text.find('\n');
+  const std::string end = line_end != std::string::npos && line_end > 0 && text[line_end - 1] == '\r' ? "\r\n" : "\n";
+  std::string longer = text;
+  if (!text.empty() && !text.ends_with('\n')) longer += end;
+  for (const WaiverEntry& waiver : waivers) {
+    if (!longer.empty()) longer += end;
+    for (const std::string& line : LinesOf(waiver)) longer += line + end;
+  }
+  return longer;
+}
+
 std::string Describe(const WaiverEntry& waiver) {
   if (waiver.form == WaiverForm::kBare) return "the waiver of " + waiver.fingerprint;
   if (waiver.form == WaiverForm::kFile) return "the waiver of " + QuoteWhole(waiver.rule) + " for " + QuoteWhole(waiver.file);

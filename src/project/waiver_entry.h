@@ -43,6 +43,9 @@ WaiverEntry EntryFor(const ProjectFinding& finding);
 // The lines of an entry in TOML, "[[waivers]]" first. Not kBare.
 std::vector<std::string> LinesOf(const WaiverEntry& waiver);
 
+// The text of a project file with these waivers at its end, with the line ends of the text.
+std::string WithWaivers(const std::string& text, const std::vector<WaiverEntry>& waivers);
+
 // "the waiver of 'field.size' at 'orders.items[].price'"
 std::string Describe(const WaiverEntry& waiver);
 

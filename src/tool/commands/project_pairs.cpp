@@ -13,10 +13,6 @@
 
 namespace korvel::tool {
 
-std::span<const TableResult> TablesOf(const ComparedFile& file, const Report& report) {
-  return std::span(report.tables).subspan(file.first_table, file.table_count);
-}
-
 void RequireCompleteState(const char* command, const Report& report) {
   if (ExitCodeOf(report) != kInputError) return;
   throw InputError{

@@ -1,7 +1,6 @@
 // The files that the check of a project compared, for commands that need the files themselves.
 #pragma once
 
-#include <span>
 #include <string>
 
 #include "project/check_project.h"
@@ -10,9 +9,6 @@
 #include "schema/input.h"
 
 namespace korvel::tool {
-
-// The results of a file's tables.
-std::span<const TableResult> TablesOf(const ComparedFile& file, const Report& report);
 
 // Throws InputError unless the report is about every file of the project.
 void RequireCompleteState(const char* command, const Report& report);

@@ -45,16 +45,6 @@ std::string WriteAllOf(const std::vector<const FixedFile*>& files, const Blocked
 
 }  // namespace
 
-SchemaSuggestion FixSchema(const Input& old_input, const Input& new_input, const std::vector<TableQuestion>& questions,
-                           const ReservedFields& reserved) {
-  if (new_input.text) {
-    SchemaSuggestion suggestion = SuggestSchema(old_input, new_input, questions, {}, reserved);
-    if (suggestion.is_rewritten) return suggestion;
-  }
-  // SchemaFile has checked that its text can be read.
-  return SuggestSchema(old_input, *SourceOfText(new_input.name, SchemaFile(new_input)), questions, {}, reserved);
-}
-
 std::string StaysRefused(const std::string& file, const std::string& table, const Verdict& verdict) {
   const std::string rule = verdict.rule.empty() ? "" : " [" + verdict.rule + "]";
   return OneLine(PathText(file) + ": error: no suggestion: table " + QuoteWhole(table) + " stays refused" + rule + " " +

@@ -1,4 +1,4 @@
-// Finds the fixed versions of schema files, and writes them in place.
+// Writes the fixed versions of schema files in place.
 #pragma once
 
 #include <optional>
@@ -18,10 +18,6 @@ struct FixedFile {
   std::string path;  // to the file, as the call or the project names it
   SchemaSuggestion suggestion;
 };
-
-// Edits the text of the new file if possible; else writes a new one.
-SchemaSuggestion FixSchema(const Input& old_input, const Input& new_input, const std::vector<TableQuestion>& questions,
-                           const ReservedFields& reserved);
 
 // The line about a table without an allowed form.
 std::string StaysRefused(const std::string& file, const std::string& table, const Verdict& verdict);

@@ -6,10 +6,10 @@
 #include <utility>
 
 #include "base/text.h"
+#include "project/fix_file.h"
 #include "project/git.h"
 #include "project/waivers.h"
 #include "report/result/summary.h"
-#include "tool/commands/fix_file.h"
 #include "tool/commands/project_pairs.h"
 
 namespace korvel::tool {
@@ -49,17 +49,12 @@ void AddReasonsOfUnchanged(const CommandResult& result, NothingAllowed& reasons)
   }
 }
 
-// Without the tables that are refused in an unchanged file.
-std::vector<EarlierState> EarlierStatesOf(const FileStates& states, const Report& report, Git& git) {
-  std::vector<EarlierState> earlier;
-  for (const ComparedFile* const file : states) {
-    std::vector<const TableResult*> tables;
-    for (const TableResult& table : TablesOf(*file, report)) {
-      if (!(file->is_unchanged && table.status == Status::kRefused)) tables.push_back(&table);
-    }
-    if (!file->old_name.empty() && !tables.empty()) earlier.push_back({LoadOld(*file, git), std::move(tables)});
-  }
-  return earlier;
+FixedFile FixedOf(const std::vector<EarlierState>& states, Input input, std::string path, const CommandResult& result,
+                  const CheckRequest& request, NothingAllowed& reasons) {
+  FixedFile file{std::move(input), std::move(path), {}};
+  file.suggestion = FixFile(states, file.input, request.options, *result.projects);
+  AddReasons(file, reasons);
+  return file;
 }
 
 }  // namespace
@@ -84,8 +79,8 @@ FixedFiles FixProject(const CheckRequest& request, NothingAllowed& reasons) {
       reasons.lines.push_back(start + "it is an image, which has no lines to change");
       continue;
     }
-    fixed.files.push_back(FixFile(EarlierStatesOf(states, result.report, git), std::move(input), PathOnDisk(file.new_name),
-                                  request.options, *result.projects, reasons));
+    fixed.files.push_back(FixedOf(EarlierStatesOf(states, result.report, git), std::move(input), PathOnDisk(file.new_name),
+                                  result, request, reasons));
   }
   return fixed;
 }
@@ -98,8 +93,7 @@ FixedFiles FixPair(const CheckRequest& request, const std::function<void(const I
   EarlierState state{result.inputs.front(), {}};
   for (const TableResult& table : result.report.tables) state.tables.push_back(&table);
   FixedFiles fixed{.has_waived = std::ranges::any_of(result.report.tables, IsWaived)};
-  fixed.files.push_back(
-      FixFile({std::move(state)}, result.inputs.back(), request.paths.back(), request.options, *result.projects, reasons));
+  fixed.files.push_back(FixedOf({std::move(state)}, result.inputs.back(), request.paths.back(), result, request, reasons));
   return fixed;
 }
 

@@ -86,19 +86,6 @@ std::string TextOf(const std::string& path, const TableSettings& settings) {
   return TextOfProject(path, settings.project_file.has_value(), settings.links());
 }
 
-// Appends the waivers to the text, with the line ends of the text.
-std::string WithWaivers(const std::string& text, const std::vector<WaiverEntry>& waivers) {
-  const std::size_t line_end = text.find('\n');
-  const std::string end = line_end != std::string::npos && line_end > 0 && text[line_end - 1] == '\r' ? "\r\n" : "\n";
-  std::string longer = text;
-  if (!text.empty() && !text.ends_with('\n')) longer += end;
-  for (const WaiverEntry& waiver : waivers) {
-    if (!longer.empty()) longer += end;
-    for (const std::string& line : LinesOf(waiver)) longer += line + end;
-  }
-  return longer;
-}
-
 // Reads the text before it is written: the reader of project files knows what a waiver is, and whether one can follow. The last
 // `added` of its waivers are new.
 void RequireWaivers(const std::string& path, const std::string& text, std::size_t before, std::size_t added) {

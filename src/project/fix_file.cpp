@@ -1,5 +1,5 @@
 // Tested by tests/tool/suggest_test.cpp, suggest_baselines_test.cpp and suggest_waiver_test.cpp.
-#include "tool/commands/fix_file.h"
+#include "project/fix_file.h"
 
 #include <algorithm>
 #include <iterator>
@@ -11,11 +11,11 @@
 #include "analysis/suggest/accepted_changes.h"
 #include "base/input_error.h"
 #include "base/text.h"
+#include "project/load_inputs.h"
 #include "project/waivers.h"
-#include "report/result/report.h"
 #include "report/result/summary.h"
 
-namespace korvel::tool {
+namespace korvel {
 namespace {
 
 // Each round fixes the file for each state. Usually the first one settles it.
@@ -32,6 +32,17 @@ struct FixTask {
 
   const Source& OldSource() const { return with_waived ? *with_waived : state->input; }
 };
+
+// Edits the text of the new file if possible; else writes a new one.
+SchemaSuggestion FixSchema(const Input& old_input, const Input& new_input, const std::vector<TableQuestion>& questions,
+                           const ReservedFields& reserved) {
+  if (new_input.text) {
+    SchemaSuggestion suggestion = SuggestSchema(old_input, new_input, questions, {}, reserved);
+    if (suggestion.is_rewritten) return suggestion;
+  }
+  // SchemaFile has checked that its text can be read.
+  return SuggestSchema(old_input, *SourceOfText(new_input.name, SchemaFile(new_input)), questions, {}, reserved);
+}
 
 // The changes of which all findings are waived, in every table.
 std::set<AcceptedEdit> WaivedEdits(const std::vector<const TableResult*>& tables) {
@@ -201,15 +212,24 @@ SchemaSuggestion FixWherePossible(std::vector<FixTask> tasks, const Input& new_i
 
 }  // namespace
 
-FixedFile FixFile(const std::vector<EarlierState>& states, Input new_input, std::string path, const CheckOptions& options,
-                  const ProjectSet& projects, NothingAllowed& reasons) {
+std::vector<EarlierState> EarlierStatesOf(const std::vector<const ComparedFile*>& states, const Report& report, Git& git) {
+  std::vector<EarlierState> earlier;
+  for (const ComparedFile* const file : states) {
+    std::vector<const TableResult*> tables;
+    for (const TableResult& table : TablesOf(*file, report)) {
+      if (!(file->is_unchanged && table.status == Status::kRefused)) tables.push_back(&table);
+    }
+    if (!file->old_name.empty() && !tables.empty()) earlier.push_back({LoadInput(file->old_name, git), std::move(tables)});
+  }
+  return earlier;
+}
+
+SchemaSuggestion FixFile(const std::vector<EarlierState>& states, const Input& new_input, const CheckOptions& options,
+                         const ProjectSet& projects) {
   std::vector<FixTask> tasks;
   tasks.reserve(states.size());
   for (const EarlierState& state : states) tasks.push_back(TaskFor(state, new_input));
-  FixedFile file{std::move(new_input), std::move(path), {}};
-  file.suggestion = FixWherePossible(std::move(tasks), file.input, options, projects);
-  AddReasons(file, reasons);
-  return file;
+  return FixWherePossible(std::move(tasks), new_input, options, projects);
 }
 
-}  // namespace korvel::tool
+}  // namespace korvel
