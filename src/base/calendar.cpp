@@ -44,6 +44,13 @@ std::chrono::sys_seconds Now() {
   return std::chrono::sys_seconds(std::chrono::seconds(seconds));
 }
 
+std::string ToText(const std::chrono::year_month_day& day) {
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%04d-%02u-%02u", static_cast<int>(day.year()), static_cast<unsigned>(day.month()),
+                static_cast<unsigned>(day.day()));
+  return text.data();
+}
+
 }  // namespace
 
 bool IsDay(std::string_view text) { return ParseDay(text).ok(); }
@@ -52,12 +59,10 @@ long long DaysFrom(std::string_view day, std::string_view other) {
   return (std::chrono::sys_days(ParseDay(other)) - std::chrono::sys_days(ParseDay(day))).count();
 }
 
-std::string Today() {
-  const std::chrono::year_month_day day(std::chrono::floor<std::chrono::days>(Now()));
-  std::array<char, 32> text{};
-  std::snprintf(text.data(), text.size(), "%04d-%02u-%02u", static_cast<int>(day.year()), static_cast<unsigned>(day.month()),
-                static_cast<unsigned>(day.day()));
-  return text.data();
+std::string DayAfter(std::string_view day, int days) {
+  return ToText(std::chrono::sys_days(ParseDay(day)) + std::chrono::days(days));
 }
+
+std::string Today() { return ToText(std::chrono::floor<std::chrono::days>(Now())); }
 
 }  // namespace korvel

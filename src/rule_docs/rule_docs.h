@@ -61,6 +61,9 @@ std::span<const RuleDoc> AllProjectDocs();
 // Null if `rule_id` is the id of none of them.
 const RuleDoc* FindRuleDoc(std::string_view rule_id);
 
+// Where the page of a rule is published.
+std::string RulePageUrl(std::string_view rule_id);
+
 struct CodeDoc {
   int code = 0;
   std::string meaning;

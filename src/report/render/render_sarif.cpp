@@ -3,29 +3,17 @@
 #include <algorithm>
 #include <map>
 
+#include "base/uri.h"
 #include "common/catalog.h"
 #include "report/render/json_stream.h"
 #include "report/render/render.h"
 #include "report/result/issues.h"
 #include "report/result/notes.h"
 #include "report/result/service_path.h"
-#include "rule_docs/rule_doc_files.h"
 #include "rule_docs/rule_docs.h"
 
 namespace korvel {
 namespace {
-
-// A path as a URI: percent-encodes all characters except letters, digits and "-._~/".
-std::string UriOf(const std::string& path) {
-  constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
-  constexpr char kDigits[] = "0123456789ABCDEF";
-  std::string uri = path.starts_with('/') ? "file://" : "";
-  for (const char c : path) {
-    const auto byte = static_cast<unsigned char>(c);
-    kPlain.find(c) != std::string_view::npos ? uri.append(1, c) : uri.append({'%', kDigits[byte >> 4U], kDigits[byte & 0xfU]});
-  }
-  return uri;
-}
 
 // What relative URIs are relative to; services know where that is.
 constexpr char kTop[] = "SRCROOT";
@@ -105,9 +93,6 @@ Level LevelOf(const std::string& id) {
   return rule != nullptr && rule->IsWarning() ? Level::kWarning : Level::kRefused;
 }
 
-// Where the page of a rule is published.
-std::string PageOf(const std::string& id) { return KORVEL_HOMEPAGE "/blob/main/docs/rules/" + RuleDocFileName(id); }
-
 // A reportingDescriptor. Services show it next to a result.
 Json SarifRule(const std::string& id) {
   Json rule = {{"id", id}};
@@ -115,7 +100,7 @@ Json SarifRule(const std::string& id) {
     rule["shortDescription"] = MessageOf(doc->row->summary);
     rule["fullDescription"] = MessageOf(doc->protects);
     rule["help"] = HelpOf(*doc);
-    rule["helpUri"] = PageOf(id);
+    rule["helpUri"] = RulePageUrl(id);
   } else {
     rule["shortDescription"] = MessageOf(kNoRule);
   }
