@@ -227,7 +227,7 @@ ProjectFiles FilesOfPaths(const std::vector<std::string>& paths, const ProjectSt
 
 }  // namespace
 
-ProjectStates OpenStates(const Baseline& baseline, ProjectSet& projects, Links links) {
+ProjectStates OpenStates(const Baseline& baseline, ProjectSet& projects, Links links, const ReplaceTree& replace) {
   const Project* const project = projects.OfCall();
   const std::string& name = baseline.name;
   ProjectStates states;
@@ -251,6 +251,7 @@ ProjectStates OpenStates(const Baseline& baseline, ProjectSet& projects, Links l
     states.old_state = DiskTree(name, name, links);
     states.new_state = DiskTreeSeenFrom(AbsolutePath(""), states.top, links);
   }
+  if (replace) states.new_state = replace(std::move(states.new_state), states.top);
   states.projects = std::make_unique<NearestProjects>(*states.new_state, projects, ProjectDirectory(project, states.top));
   states.old_projects =
       std::make_unique<OldProjects>(*states.old_state, *states.new_state, states.projects->OfCall(), projects.is_searched());

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
@@ -34,7 +35,11 @@ struct ProjectStates {
 // Opens an earlier state and what is on the disk now. The top is that of the work tree for a revision of git; else the directory
 // of the call's project file, else the working directory. `links` is for files on the disk. `projects` must outlive the states.
 // Throws InputError.
-ProjectStates OpenStates(const Baseline& baseline, ProjectSet& projects, Links links);
+//
+// `replace`, if given, gets the files on the disk and the top of the states, and returns the new state: for files that an editor
+// has open.
+using ReplaceTree = std::function<std::unique_ptr<FileTree>(std::unique_ptr<FileTree> disk, const std::string& top)>;
+ProjectStates OpenStates(const Baseline& baseline, ProjectSet& projects, Links links, const ReplaceTree& replace = nullptr);
 
 // A schema file that still exists, but that the project files of the new state do not select any more.
 struct DroppedFile {

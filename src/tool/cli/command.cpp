@@ -41,10 +41,10 @@ int RunCommand(const Command& command, const std::vector<std::string>& words) {
 
 std::span<const Command* const> Commands() {
   static constexpr const Command* kCommands[] = {
-      &kCheckCommand,  &kSuggestCommand,    &kHistoryCommand, &kLintCommand,     &kDiffCommand,
-      &kLayoutCommand, &kRulesCommand,      &kExplainCommand, &kWaiveCommand,    &kWaiversCommand,
-      &kCompatCommand, &kValuesCommand,     &kSameCommand,    &kSortlistCommand, &kCompileCommand,
-      &kDumpCommand,   &kCompletionCommand, &kManCommand,     &kHelpCommand,
+      &kCheckCommand,  &kSuggestCommand, &kHistoryCommand,    &kLintCommand,     &kDiffCommand,
+      &kLayoutCommand, &kRulesCommand,   &kExplainCommand,    &kWaiveCommand,    &kWaiversCommand,
+      &kCompatCommand, &kValuesCommand,  &kSameCommand,       &kSortlistCommand, &kCompileCommand,
+      &kDumpCommand,   &kLspCommand,     &kCompletionCommand, &kManCommand,      &kHelpCommand,
   };
   return kCommands;
 }

@@ -34,6 +34,7 @@ extern const Command kCheckCommand;
 extern const Command kSuggestCommand;
 extern const Command kHistoryCommand;
 extern const Command kLintCommand;
+extern const Command kLspCommand;
 extern const Command kDiffCommand;
 extern const Command kLayoutCommand;
 extern const Command kRulesCommand;

@@ -1,0 +1,29 @@
+// The problems of a document as diagnostics of the protocol.
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "lsp/document_check.h"
+#include "lsp/json.h"
+
+namespace korvel::lsp {
+
+// Lists of diagnostics by the address of the document that they are shown in.
+using Diagnostics = std::map<std::string, Json>;
+
+// What a check of a document shows: its own diagnostics, and those about the project files that judged it. The document has a
+// list in any case. Waived findings are information, with reason and last day.
+Diagnostics DiagnosticsOf(const DocumentCheck& check, const Document& document, const Documents& documents);
+
+// The errors of a project file that is being edited. Of one without errors, an empty list.
+Json DiagnosticsOfProjectFile(const Document& document);
+
+// The address of a file of an earlier state: that of the file on the disk, or one that BaselineText reads.
+std::string UriOfEarlier(const std::string& root, const std::string& name);
+
+// The text behind such an address, if it begins with "korvelcheck:". Changes the working directory. Throws RequestError,
+// InputError.
+std::string BaselineText(const std::string& uri);
+
+}  // namespace korvel::lsp

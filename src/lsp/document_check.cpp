@@ -1,0 +1,123 @@
+// Tested by tests/lsp/server_test.cpp.
+#include "lsp/document_check.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <iterator>
+#include <utility>
+
+#include "base/input_error.h"
+#include "base/paths.h"
+#include "lsp/open_files.h"
+#include "project/check_tables.h"
+#include "project/file_selection.h"
+#include "project/input_projects.h"
+#include "project/project_path.h"
+#include "project/waivers.h"
+#include "schema/input.h"
+
+namespace korvel::lsp {
+namespace {
+
+enum class Kind {
+  kOther,     // no schema, or one that the project excludes
+  kSelected,  // a schema file of the project
+  kAlone      // a schema that no project file selects
+};
+
+bool LooksLikeSchema(const Text& text) { return text.bytes().find("<metalib") != std::string::npos; }
+
+// With patterns, the project file says what is a schema; else the text does.
+Kind KindOf(const Document& document, OpenProject& project) {
+  const Kind by_text = LooksLikeSchema(document.text) ? Kind::kAlone : Kind::kOther;
+  if (project.checks().empty()) return by_text;
+  const ProjectStates& states = project.checks().front().states;
+  const std::filesystem::path path = std::filesystem::path(document.path).lexically_relative(states.top);
+  if (LeadsOut(path)) return by_text;
+  const Patterns patterns(states.projects->Of(path.string()));
+  if (patterns.Excluding(path.string()) != nullptr) return Kind::kOther;
+  if (!patterns.IsSchemaName(path.string())) return by_text;
+  return patterns.IsEmpty() && by_text == Kind::kOther ? Kind::kOther : Kind::kSelected;
+}
+
+void Compare(DocumentCheck& check) {
+  ProjectResult all;
+  std::vector<ProjectCheck>& checks = check.project->checks();
+  for (ProjectCheck& one : checks) {
+    one.files = SelectFiles({check.name}, one.states);
+    Append(CheckProject(one), checks.size() > 1, all);
+  }
+  check.report = std::move(all.report);
+  check.report.projects = ListOf(check.project->set(), std::move(all.judged));
+  check.sources = std::move(all.sources);
+  check.compared = std::move(all.compared);
+}
+
+void Lint(const Document& document, DocumentCheck& check) {
+  InputProject nearest = InputProjects(check.project->set(), check.project->links()).Of(check.name);
+  Input input = LoadBytes(check.name, BytesOf(document.text.bytes()));
+  if (input.tables.empty()) throw ErrorOf({NoTableFault(input)});
+  input.path_in_project = std::move(nearest.path_in_project);
+  const Source& source = *check.sources.emplace_back(std::make_shared<const Source>(std::move(input)));
+  CheckOptions options = check.project->options();
+  options.project = nearest.project;
+  options.is_alone = true;
+  check.report.inputs.push_back({kFiles.first, &source});
+  CheckEachTable(check.report, {source, source}, {source.tables.begin(), source.tables.end()}, options);
+  for (TableResult& table : check.report.tables) table.project = nearest.position;
+}
+
+// Adds the faults of a step that failed.
+void KeepFaults(DocumentCheck& check, const std::function<void()>& step) {
+  try {
+    step();
+  } catch (const InputError& error) {
+    std::ranges::move(FaultsOfCall(error), std::back_inserter(check.report.faults));
+  }
+}
+
+}  // namespace
+
+std::shared_ptr<OpenProject> DocumentChecks::ProjectAt(const std::string& root) {
+  std::shared_ptr<OpenProject>& project = projects_[root];
+  if (project == nullptr || !project->IsCurrent()) {
+    project.reset();
+    project = std::make_shared<OpenProject>(options_, documents_);
+  }
+  return project;
+}
+
+void DocumentChecks::Run(const Document& document, DocumentCheck& check) {
+  check.root = EnterProjectOf(document.path);
+  check.name = std::filesystem::path(document.path).lexically_relative(check.root).string();
+  check.project = ProjectAt(check.root);
+  const Kind kind = KindOf(document, *check.project);
+  check.is_schema = kind != Kind::kOther;
+  if (!check.is_schema) return;
+  Report& report = check.report;
+  report.command = kind == Kind::kSelected ? "check" : "lint";
+  if (kind == Kind::kSelected) KeepFaults(check, [&] { Compare(check); });
+  // What could not be compared can still be checked by itself.
+  const bool is_compared = !report.tables.empty() || std::ranges::any_of(report.faults, &InputFault::line);
+  if (!is_compared) KeepFaults(check, [&] { Lint(document, check); });
+  const Project* const project = check.project->project();
+  report.fails_on_warnings = project != nullptr && project->fails_on_warnings;
+  ApplyAllWaivers(check.project->set(), {}, report);
+  AddSuggestions(report, true);
+  check.project->RememberFiles();
+}
+
+std::shared_ptr<const DocumentCheck> DocumentChecks::Check(const Document& document) {
+  auto check = std::make_shared<DocumentCheck>();
+  check->version = document.version;
+  check->is_schema = !document.path.empty() && LooksLikeSchema(document.text);
+  if (!document.path.empty()) KeepFaults(*check, [&] { Run(document, *check); });
+  if (!check->is_schema) check->report = {};
+  check->report.max_findings = kMaxFindings;
+  check->folded = std::make_unique<FoldedReport>(check->report);
+  check->issues = std::make_unique<Issues>(*check->folded);
+  return check;
+}
+
+}  // namespace korvel::lsp

@@ -1,0 +1,65 @@
+// Tested by tests/lsp/documents_test.cpp.
+#include "lsp/documents.h"
+
+#include <utility>
+
+#include "base/paths.h"
+#include "base/text.h"
+#include "base/uri.h"
+#include "project/project.h"
+#include "project/project_path.h"
+
+namespace korvel::lsp {
+
+bool Document::IsProjectFile() const { return FileNameOf(path) == kProjectFileName; }
+
+Document& Documents::Open(const Json& item) {
+  const auto& uri = item.at("uri").get_ref<const std::string&>();
+  if (by_uri_.size() >= kMaxDocuments && !by_uri_.contains(uri)) {
+    throw RequestError(kRequestFailed, "too many documents; allowed: " + std::to_string(kMaxDocuments));
+  }
+  const std::optional<std::string> path = PathOf(uri);
+  Document document{.uri = uri,
+                    .path = path ? AbsolutePath(*path).string() : "",
+                    .version = item.at("version").get<std::int64_t>(),
+                    .text = Text(item.at("text").get<std::string>())};
+  return by_uri_.insert_or_assign(uri, std::move(document)).first->second;
+}
+
+Document& Documents::Change(const Json& params) {
+  const Json& id = params.at("textDocument");
+  const auto found = by_uri_.find(id.at("uri").get_ref<const std::string&>());
+  if (found == by_uri_.end()) throw RequestError(kInvalidParams, "the document is not open");
+  Document& document = found->second;
+  for (const Json& change : params.at("contentChanges")) {
+    const auto& text = change.at("text").get_ref<const std::string&>();
+    if (change.contains("range")) {
+      document.text.Replace(SpanOf(document.text, change.at("range")), text);
+    } else {
+      document.text = Text(text);
+    }
+  }
+  document.version = id.at("version").get<std::int64_t>();
+  return document;
+}
+
+const Document* Documents::Find(const std::string& uri) const {
+  const auto found = by_uri_.find(uri);
+  return found == by_uri_.end() ? nullptr : &found->second;
+}
+
+const Document* Documents::FindPath(const std::string& path) const {
+  for (const auto& [uri, document] : by_uri_) {
+    if (document.path == path) return &document;
+  }
+  return nullptr;
+}
+
+const Document& Documents::Of(const Json& params) const {
+  const auto& uri = params.at("textDocument").at("uri").get_ref<const std::string&>();
+  const Document* const document = Find(uri);
+  if (document == nullptr) throw RequestError(kInvalidParams, "the document is not open: " + Quote(uri));
+  return *document;
+}
+
+}  // namespace korvel::lsp

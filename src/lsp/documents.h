@@ -1,0 +1,47 @@
+// The documents that are open in the editor.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "lsp/json.h"
+#include "lsp/text.h"
+
+namespace korvel::lsp {
+
+inline constexpr std::size_t kMaxDocuments = 1000;
+
+struct Document {
+  std::string uri;
+  std::string path;  // absolute, without links in its directory; empty for a document that is no file
+  std::int64_t version = 0;
+  Text text;
+  std::string good_text = {};  // of a project file: the last text without an error, else that with which it was opened
+
+  // Whether it is a project file (korvelcheck.toml), not a schema.
+  bool IsProjectFile() const;
+};
+
+class Documents {
+ public:
+  // Takes `textDocument` of a notification. Throws RequestError if too many are open.
+  Document& Open(const Json& item);
+  // Applies the changes of a notification in their order. Returns the document.
+  Document& Change(const Json& params);
+  void Close(const std::string& uri) { by_uri_.erase(uri); }
+
+  // Null if it is not open.
+  const Document* Find(const std::string& uri) const;
+  const Document* FindPath(const std::string& path) const;
+  // The document of a request, which has a `textDocument`. Throws RequestError if it is not open.
+  const Document& Of(const Json& params) const;
+
+  const std::map<std::string, Document>& all() const { return by_uri_; }
+
+ private:
+  std::map<std::string, Document> by_uri_;
+};
+
+}  // namespace korvel::lsp

@@ -1,0 +1,51 @@
+// Tested by tests/lsp/server_test.cpp.
+#include "lsp/open_files.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace korvel::lsp {
+namespace {
+
+class OpenFiles : public FileTree {
+ public:
+  OpenFiles(std::unique_ptr<FileTree> disk, std::string top, const Documents& documents)
+      : disk_(std::move(disk)), top_(std::move(top)), documents_(documents) {}
+
+  bool HasFile(const std::string& path) const override { return Find(path) != nullptr || disk_->HasFile(path); }
+  bool HasName(const std::string& path) const override { return Find(path) != nullptr || disk_->HasName(path); }
+  std::vector<std::string> Below(const std::string& directory) const override { return disk_->Below(directory); }
+  std::set<std::string> IgnoredFiles() const override { return disk_->IgnoredFiles(); }
+  std::string Display(const std::string& path) const override { return disk_->Display(path); }
+
+  Bytes Read(const std::string& path) override {
+    const Document* const document = Find(path);
+    return document == nullptr ? disk_->Read(path) : BytesOf(document->text.bytes());
+  }
+
+  Bytes ReadProject(const std::string& path) override {
+    const Document* const document = Find(path);
+    return document == nullptr ? disk_->ReadProject(path) : BytesOf(document->good_text);
+  }
+
+ private:
+  const Document* Find(const std::string& path) const { return documents_.FindPath(top_ + "/" + path); }
+
+  std::unique_ptr<FileTree> disk_;
+  std::string top_;
+  const Documents& documents_;
+};
+
+}  // namespace
+
+std::unique_ptr<FileTree> WithOpenFiles(std::unique_ptr<FileTree> disk, const std::string& top, const Documents& documents) {
+  return std::make_unique<OpenFiles>(std::move(disk), top, documents);
+}
+
+Bytes BytesOf(const std::string& text) {
+  Bytes bytes{std::make_unique_for_overwrite<char[]>(text.size()), text.size()};
+  std::ranges::copy(text, bytes.data.get());
+  return bytes;
+}
+
+}  // namespace korvel::lsp

@@ -1,0 +1,108 @@
+// Tested by tests/lsp/server_test.cpp.
+#include "lsp/open_project.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+#include "base/input_error.h"
+#include "base/paths.h"
+#include "base/text.h"
+#include "lsp/open_files.h"
+#include "project/found_project.h"
+#include "project/git_call.h"
+#include "project/project_path.h"
+
+namespace korvel::lsp {
+namespace {
+
+namespace fs = std::filesystem;
+
+void Enter(const fs::path& directory) {
+  std::error_code error;
+  fs::current_path(directory, error);
+  if (error) throw InputError{{ToolMessage(OneLine(directory.string()) + ": " + error.message())}};
+}
+
+// A new document may be in a directory that does not exist yet.
+fs::path ExistingDirectoryOf(const std::string& path) {
+  std::error_code ignored;
+  fs::path directory = fs::path(path).parent_path();
+  while (!fs::is_directory(directory, ignored) && directory != directory.parent_path()) directory = directory.parent_path();
+  return directory;
+}
+
+// HEAD and all branches and tags with their commits; "" outside of repositories.
+std::string References() {
+  try {
+    return RunGit({"show-ref", "--head"}, "HEAD").out;
+  } catch (const InputError&) {
+    return "";  // there is no git
+  }
+}
+
+// Changes with every write to the file.
+std::string StateOfDisk(const std::string& path) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) != 0) return "";
+  return std::to_string(status.st_ino) + " " + std::to_string(status.st_size) + " " + std::to_string(status.st_mtim.tv_sec) +
+         " " + std::to_string(status.st_mtim.tv_nsec);
+}
+
+}  // namespace
+
+std::string EnterProjectOf(const std::string& path) {
+  Enter(ExistingDirectoryOf(path));
+  const std::string top = RepositoryTop();
+  std::string root = top;
+  for (std::optional<std::string> file = FindProjectFile(); file; file = FindProjectFile()) {
+    Enter(AbsolutePath(std::string(DirectoryOf(*file))));
+    root = fs::current_path();
+    if (top.empty() || root == top) break;
+    Enter("..");
+  }
+  if (root.empty()) root = fs::current_path();
+  Enter(root);
+  return root;
+}
+
+OpenProject::OpenProject(const Options& call, const Documents& documents) : options_(call), documents_(documents) {
+  const std::optional<std::string> file = call.uses_projects ? FindProjectFile() : std::nullopt;
+  if (file) project_ = ParseProject(*file, TextOfProjectFile(*file));
+  set_ = std::make_unique<ProjectSet>(project(), call.uses_projects);
+  references_ = References();
+  for (const Baseline& baseline : ResolveBaselines(call.baselines(project()))) {
+    ProjectCheck& check = checks_.emplace_back();
+    check.states = OpenStates(baseline, *set_, call.links, [&](std::unique_ptr<FileTree> disk, const std::string& top) {
+      return WithOpenFiles(std::move(disk), top, documents);
+    });
+    check.options = options();
+    check.allow_new = true;
+  }
+  RememberFiles();
+}
+
+CheckOptions OpenProject::options() { return {.project = project(), .log = log_.handle()}; }
+
+std::string OpenProject::TextOfProjectFile(const std::string& path) const {
+  const Document* const document = documents_.FindPath(AbsolutePath(path).string());
+  return document == nullptr ? TextOfProject(path, false, options_.links) : document->good_text;
+}
+
+std::string OpenProject::StateOf(const std::string& file) const {
+  const Document* const document = documents_.FindPath(AbsolutePath(file).string());
+  return document == nullptr ? StateOfDisk(file) : document->good_text;
+}
+
+void OpenProject::RememberFiles() {
+  for (const std::string& file : set_->Files()) files_.emplace(file, StateOf(file));
+}
+
+bool OpenProject::IsCurrent() const {
+  const auto is_same = [&](const auto& file) { return StateOf(file.first) == file.second; };
+  return std::ranges::all_of(files_, is_same) && references_ == References();
+}
+
+}  // namespace korvel::lsp

@@ -1,0 +1,40 @@
+// Tested by tests/lsp/server_test.cpp.
+#include "lsp/requests.h"
+
+#include "lsp/code_actions.h"
+
+namespace korvel::lsp {
+namespace {
+
+// The text of a file of the baseline, to which diagnostics refer.
+Json TextOfBaseline(Session& /*session*/, const Json& params) {
+  return {{"text", BaselineText(params.at("uri").get<std::string>())}};
+}
+
+}  // namespace
+
+std::span<const Request> Requests() {
+  static constexpr Request kRequests[] = {
+      {"codeAction/resolve", ResolveCodeAction},
+      {"textDocument/codeAction", CodeActions},
+      {"workspace/textDocumentContent", TextOfBaseline},
+  };
+  return kRequests;
+}
+
+Json Capabilities(const Client& client) {
+  constexpr int kIncremental = 2;
+  Json capabilities = {
+      {"positionEncoding", "utf-16"},
+      {"textDocumentSync", {{"openClose", true}, {"change", kIncremental}, {"save", true}}},
+      {"codeActionProvider", {{"codeActionKinds", {"quickfix", "source.fixAll"}}, {"resolveProvider", true}}},
+      {"workspace", {{"textDocumentContent", {{"schemes", {"korvelcheck"}}}}}},
+  };
+  if (client.pulls_diagnostics) {
+    capabilities["diagnosticProvider"] = {
+        {"identifier", "korvelcheck"}, {"interFileDependencies", true}, {"workspaceDiagnostics", false}};
+  }
+  return capabilities;
+}
+
+}  // namespace korvel::lsp

@@ -1,0 +1,243 @@
+// Tested by tests/lsp/server_test.cpp and tests/lsp/client.
+#include "lsp/server.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/input_error.h"
+#include "base/text.h"
+#include "lsp/requests.h"
+#include "project/project.h"
+
+namespace korvel::lsp {
+namespace {
+
+// A capability of the client: "textDocument.diagnostic".
+bool Has(const Json& params, const char* pointer) {
+  const Json capabilities = params.value("capabilities", Json::object());
+  const Json::json_pointer path(pointer);
+  return capabilities.contains(path) && capabilities[path] != false && !capabilities[path].is_null();
+}
+
+std::string LinesOf(const InputError& error) { return Join(error.lines, "\n"); }
+
+}  // namespace
+
+constexpr Server::Notification Server::kNotifications[] = {
+    {"textDocument/didOpen", &Server::Open},
+    {"textDocument/didChange", &Server::Change},
+    {"textDocument/didSave", &Server::Save},
+    {"textDocument/didClose", &Server::Close},
+    {"workspace/didChangeWatchedFiles", &Server::ChangeFiles},
+};
+
+bool Server::Run() {
+  while (!has_exited_) {
+    connection_.Wait(UntilNextCheck());
+    while (const std::optional<std::string> message = connection_.Next()) Receive(*message);
+    if (queue_.empty()) {
+      if (connection_.HasEnded()) return false;
+      CheckDue();
+    } else {
+      const Json message = std::move(queue_.front());
+      queue_.pop_front();
+      Dispatch(message);
+    }
+  }
+  return is_shut_down_;
+}
+
+// --- Messages ---
+
+// A request that waits is answered at once if the client cancels it.
+void Server::Receive(const std::string& message) {
+  Json json = Json::parse(message, nullptr, false);
+  if (json.is_discarded()) return SendError(nullptr, kParseError, "the message is not JSON");
+  if (!json.is_object()) return SendError(nullptr, kInvalidRequest, "the message is not an object");
+  if (json.value("method", Json()) != "$/cancelRequest") return queue_.push_back(std::move(json));
+  const Json id = json.value("params", Json::object()).value("id", Json());
+  const auto waiting = std::ranges::find_if(queue_, [&](const Json& one) { return one.contains("id") && one["id"] == id; });
+  if (waiting == queue_.end()) return;
+  queue_.erase(waiting);
+  SendError(id, kRequestCancelled, "cancelled");
+}
+
+void Server::Dispatch(const Json& message) {
+  const Json method = message.value("method", Json());
+  if (!method.is_string()) {
+    // Answers of the client need no action.
+    if (!message.contains("result") && !message.contains("error")) {
+      SendError(message.value("id", Json()), kInvalidRequest, "the message has no method");
+    }
+    return;
+  }
+  const Json params = message.value("params", Json::object());
+  if (message.contains("id")) {
+    Answer(message["id"], method, params);
+  } else {
+    Notify(method, params);
+  }
+}
+
+void Server::Notify(const std::string& method, const Json& params) {
+  if (method == "exit") has_exited_ = true;
+  const auto* const known = std::ranges::find(kNotifications, method, &Notification::method);
+  if (!is_initialized_ || is_shut_down_ || known == std::end(kNotifications)) return;
+  try {
+    (this->*known->run)(params);
+  } catch (const RequestError& error) {
+    Send({{"method", "window/logMessage"}, {"params", {{"type", 1}, {"message", method + ": " + error.what()}}}});
+  } catch (const Json::exception& error) {
+    Send({{"method", "window/logMessage"}, {"params", {{"type", 1}, {"message", method + ": " + error.what()}}}});
+  }
+}
+
+void Server::Answer(const Json& id, const std::string& method, const Json& params) {
+  try {
+    if (is_shut_down_) throw RequestError(kInvalidRequest, "the server is shut down");
+    if (!is_initialized_ && method != "initialize") throw RequestError(kNotInitialized, "the server is not initialized");
+    Json result;
+    if (method == "initialize") {
+      result = Initialize(params);
+    } else if (method == "shutdown") {
+      is_shut_down_ = true;
+    } else if (method == "textDocument/diagnostic") {
+      result = PullDiagnostics(params);
+    } else {
+      const auto known = std::ranges::find(Requests(), method, &Request::method);
+      if (known == Requests().end()) throw RequestError(kMethodNotFound, "unknown method " + Quote(method));
+      result = known->answer(session_, params);
+    }
+    Send({{"id", id}, {"result", std::move(result)}});
+  } catch (const RequestError& error) {
+    SendError(id, error.code, error.what());
+  } catch (const InputError& error) {
+    SendError(id, kRequestFailed, LinesOf(error));
+  } catch (const Json::exception& error) {
+    SendError(id, kInvalidParams, error.what());
+  }
+}
+
+// Texts of the client may contain bytes that are not UTF-8; they become U+FFFD.
+void Server::Send(Json message) {
+  message["jsonrpc"] = "2.0";
+  connection_.Write(message.dump(-1, ' ', false, Json::error_handler_t::replace));
+}
+
+void Server::SendError(const Json& id, ErrorCode code, const std::string& text) {
+  Send({{"id", id}, {"error", {{"code", code}, {"message", text}}}});
+}
+
+// --- Notifications ---
+
+void Server::Open(const Json& params) {
+  Document& document = session_.documents.Open(params.at("textDocument"));
+  if (document.IsProjectFile()) {
+    document.good_text = document.text.bytes();
+    ScheduleAll();
+  }
+  Schedule(document.uri, Clock::now());
+}
+
+void Server::Change(const Json& params) {
+  Document& document = session_.documents.Change(params);
+  if (document.IsProjectFile()) TakeProjectFile(document);
+  Schedule(document.uri, Clock::now() + kPause);
+}
+
+// Schemas are checked with the last text of a project file that has no error.
+void Server::TakeProjectFile(Document& document) {
+  try {
+    ParseProject(kProjectFileName, document.text.bytes());
+  } catch (const InputError&) {
+    return;
+  }
+  document.good_text = document.text.bytes();
+  ScheduleAll();
+}
+
+void Server::Save(const Json& /*params*/) { ScheduleAll(); }
+
+void Server::ChangeFiles(const Json& /*params*/) { ScheduleAll(); }
+
+void Server::Close(const Json& params) {
+  const std::string uri = params.at("textDocument").at("uri");
+  const std::set<std::string> addresses = session_.AddressesOf(uri);
+  const Document* const document = session_.documents.Find(uri);
+  const bool is_project_file = document != nullptr && document->IsProjectFile();
+  session_.documents.Close(uri);
+  session_.Forget(uri);
+  due_.erase(uri);
+  if (is_project_file) ScheduleAll();
+  for (const std::string& address : addresses) Publish(address, std::nullopt);
+}
+
+// --- Requests ---
+
+Json Server::Initialize(const Json& params) {
+  if (is_initialized_) throw RequestError(kInvalidRequest, "the server is initialized already");
+  is_initialized_ = true;
+  Client& client = session_.client;
+  client.pulls_diagnostics = Has(params, "/textDocument/diagnostic");
+  client.takes_snippets = Has(params, "/textDocument/completion/completionItem/snippetSupport");
+  client.shows_documents = Has(params, "/window/showDocument/support");
+  return {{"capabilities", Capabilities(client)}, {"serverInfo", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}}}};
+}
+
+Json Server::PullDiagnostics(const Json& params) {
+  const Document& document = session_.documents.Of(params);
+  session_.Check(document);
+  due_.erase(document.uri);
+  Json result = {{"kind", "full"}, {"items", session_.DiagnosticsAt(document.uri)}};
+  for (const std::string& address : session_.AddressesOf(document.uri)) {
+    if (address == document.uri) continue;
+    result["relatedDocuments"][address] = {{"kind", "full"}, {"items", session_.DiagnosticsAt(address)}};
+  }
+  return result;
+}
+
+// --- Diagnostics ---
+
+std::optional<std::chrono::milliseconds> Server::UntilNextCheck() const {
+  using std::chrono::milliseconds;
+  if (!queue_.empty()) return milliseconds(0);
+  if (due_.empty()) return std::nullopt;
+  const auto next = std::ranges::min_element(due_, {}, [](const auto& one) { return one.second; });
+  return std::max(milliseconds(0), std::chrono::ceil<milliseconds>(next->second - Clock::now()));
+}
+
+void Server::ScheduleAll() {
+  session_.ForgetChecks();
+  for (const auto& [uri, document] : session_.documents.all()) due_.try_emplace(uri, Clock::now());
+}
+
+// One document at a time: between two of them, messages are received.
+void Server::CheckDue() {
+  const auto due = std::ranges::find_if(due_, [now = Clock::now()](const auto& one) { return one.second <= now; });
+  if (due == due_.end()) return;
+  const Document* const document = session_.documents.Find(due->first);
+  due_.erase(due);
+  if (document == nullptr) return;
+  std::set<std::string> addresses = session_.AddressesOf(document->uri);
+  session_.Check(*document);
+  addresses.merge(session_.AddressesOf(document->uri));
+  for (const std::string& address : addresses) {
+    Publish(address, address == document->uri ? std::optional(document->version) : std::nullopt);
+  }
+}
+
+// Sends nothing that the client shows already.
+void Server::Publish(const std::string& address, std::optional<std::int64_t> version) {
+  Json params = {{"uri", address}, {"diagnostics", session_.DiagnosticsAt(address)}};
+  if (version) params["version"] = *version;
+  if (std::exchange(published_[address], params) == params) return;
+  if (params["diagnostics"].empty() && session_.documents.Find(address) == nullptr) published_.erase(address);
+  Send({{"method", "textDocument/publishDiagnostics"}, {"params", std::move(params)}});
+}
+
+bool Serve(int input, int output, const Options& options) {
+  Connection connection(input, output);
+  return Server(connection, options).Run();
+}
+
+}  // namespace korvel::lsp

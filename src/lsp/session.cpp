@@ -1,0 +1,52 @@
+// Tested by tests/lsp/server_test.cpp.
+#include "lsp/session.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace korvel::lsp {
+
+void Session::Check(const Document& document) {
+  Result result;
+  if (document.IsProjectFile()) {
+    result.diagnostics.emplace(document.uri, DiagnosticsOfProjectFile(document));
+  } else {
+    result.check = checks_.Check(document);
+    result.diagnostics = DiagnosticsOf(*result.check, document, documents);
+  }
+  results_.insert_or_assign(document.uri, std::move(result));
+}
+
+const DocumentCheck& Session::CheckOf(const Document& document) {
+  if (document.IsProjectFile()) throw RequestError(kRequestFailed, "this is a project file, not a schema");
+  const auto known = results_.find(document.uri);
+  if (known == results_.end() || known->second.check == nullptr || known->second.check->version != document.version)
+    Check(document);
+  return *results_.find(document.uri)->second.check;
+}
+
+void Session::ForgetChecks() {
+  for (auto& [uri, result] : results_) result.check = nullptr;
+}
+
+std::set<std::string> Session::AddressesOf(const std::string& uri) const {
+  std::set<std::string> addresses;
+  const auto known = results_.find(uri);
+  if (known == results_.end()) return addresses;
+  for (const auto& [address, diagnostics] : known->second.diagnostics) addresses.insert(address);
+  return addresses;
+}
+
+Json Session::DiagnosticsAt(const std::string& uri) const {
+  Json all = Json::array();
+  for (const auto& [document, result] : results_) {
+    const auto found = result.diagnostics.find(uri);
+    if (found == result.diagnostics.end()) continue;
+    for (const Json& one : found->second) {
+      if (std::ranges::find(all, one) == all.end()) all.push_back(one);
+    }
+  }
+  return all;
+}
+
+}  // namespace korvel::lsp

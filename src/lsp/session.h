@@ -1,0 +1,60 @@
+// What the server knows between messages.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+
+#include "lsp/diagnostics.h"
+#include "lsp/document_check.h"
+#include "lsp/documents.h"
+#include "lsp/json.h"
+#include "lsp/open_project.h"
+
+namespace korvel::lsp {
+
+// What the editor can do.
+struct Client {
+  bool pulls_diagnostics = false;  // requests diagnostics itself
+  bool takes_snippets = false;
+  bool shows_documents = false;  // opens an address outside of the editor
+};
+
+class Session {
+ public:
+  // `options` must outlive the session.
+  explicit Session(const Options& options) : checks_(options, documents) {}
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  Documents documents = {};
+  Client client = {};
+
+  // Checks a document anew.
+  void Check(const Document& document);
+
+  // The check of the document as it is now, done before or now.
+  const DocumentCheck& CheckOf(const Document& document);
+
+  void Forget(const std::string& uri) { results_.erase(uri); }
+  // Something besides the documents has changed: their checks are not used any more.
+  void ForgetChecks();
+
+  // The addresses that the last check of a document shows diagnostics in; none without a check.
+  std::set<std::string> AddressesOf(const std::string& uri) const;
+
+  // The diagnostics of all documents checked so far in one address, each once.
+  Json DiagnosticsAt(const std::string& uri) const;
+
+ private:
+  struct Result {
+    std::shared_ptr<const DocumentCheck> check;  // null: not checked since the last change
+    Diagnostics diagnostics;
+  };
+
+  DocumentChecks checks_;
+  std::map<std::string, Result> results_;  // by the address of the document
+};
+
+}  // namespace korvel::lsp

@@ -1,0 +1,72 @@
+// The protocol: begin and end of a session, and what is no valid message.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "lsp/json.h"
+#include "server_fixture.h"
+
+namespace lsp_test {
+namespace {
+
+using korvel::lsp::ErrorCode;
+
+TEST(ProtocolTest, RefusesRequestsBeforeTheSessionBegins) {
+  Client client;
+  EXPECT_EQ(client.Error("textDocument/hover", Json::object())["code"], ErrorCode::kNotInitialized);
+  client.Initialize();
+  EXPECT_EQ(client.Error("initialize", Json::object())["code"], ErrorCode::kInvalidRequest);
+}
+
+TEST(ProtocolTest, RefusesRequestsAfterTheSessionEnded) {
+  Client client;
+  client.Initialize();
+  client.Result("shutdown", nullptr);
+  EXPECT_EQ(client.Error("textDocument/codeAction", Json::object())["code"], ErrorCode::kInvalidRequest);
+  client.Notify("exit", nullptr);
+  EXPECT_EQ(client.End(), true);
+}
+
+TEST(ProtocolTest, NoticesAnEndThatWasNotAnnounced) {
+  Client client;
+  client.Initialize();
+  EXPECT_EQ(client.End(), false);
+}
+
+TEST(ProtocolTest, EndsWithAStreamThatHasNoMessages) {
+  Client client;
+  client.SendBytes("GET / HTTP/1.1\r\n\r\n");
+  EXPECT_EQ(client.End(), std::nullopt);
+}
+
+TEST(ProtocolTest, AnswersMessagesOfAWrongForm) {
+  Client client;
+  client.Initialize();
+  EXPECT_EQ(client.Error("no/method", Json::object())["code"], ErrorCode::kMethodNotFound);
+  EXPECT_EQ(client.Error("textDocument/codeAction", Json::object())["code"], ErrorCode::kInvalidParams);
+  EXPECT_EQ(client.Error("textDocument/codeAction", 7)["code"], ErrorCode::kInvalidParams);
+  // Without a number, the answer has none.
+  for (const auto& [message, code] : {std::pair{"{", ErrorCode::kParseError},
+                                      {"\xFF", ErrorCode::kParseError},
+                                      {"[]", ErrorCode::kInvalidRequest},
+                                      {"{}", ErrorCode::kInvalidRequest}}) {
+    client.SendBytes(korvel::lsp::Framed(message));
+    EXPECT_EQ(client.AnswerTo(nullptr)["error"]["code"], code) << message;
+  }
+}
+
+TEST(ProtocolTest, AnswersARequestThatIsCancelledBeforeItRuns) {
+  Client client;
+  client.Initialize();
+  // Both arrive together.
+  const Json request = {{"jsonrpc", "2.0"}, {"id", "a"}, {"method", "textDocument/hover"}, {"params", Json::object()}};
+  const Json cancel = {{"jsonrpc", "2.0"}, {"method", "$/cancelRequest"}, {"params", {{"id", "a"}}}};
+  client.SendBytes(korvel::lsp::Framed(request.dump()) + korvel::lsp::Framed(cancel.dump()));
+  EXPECT_EQ(client.AnswerTo("a")["error"]["code"], ErrorCode::kRequestCancelled);
+}
+
+}  // namespace
+}  // namespace lsp_test

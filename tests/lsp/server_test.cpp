@@ -1,0 +1,181 @@
+// Diagnostics: when they are sent, for what, and what they say.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "server_fixture.h"
+
+namespace lsp_test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+// "LINE:CHARACTER-LINE:CHARACTER SEVERITY CODE" of each diagnostic.
+std::vector<std::string> Summaries(const Json& diagnostics) {
+  std::vector<std::string> summaries;
+  for (const Json& one : diagnostics) {
+    const auto position = [&](const char* end) {
+      const Json& at = one["range"][end];
+      return std::to_string(at["line"].get<int>()) + ":" + std::to_string(at["character"].get<int>());
+    };
+    summaries.push_back(position("start") + "-" + position("end") + " " + std::to_string(one["severity"].get<int>()) + " " +
+                        one["code"].get<std::string>());
+  }
+  return summaries;
+}
+
+constexpr char kSmallPrice[] = "3:30-3:35 1 field.size";
+
+class DiagnosticsTest : public ServerTest {
+ protected:
+  Client client_;
+};
+
+TEST_F(DiagnosticsTest, ShowRefusedChangesWhileTyping) {
+  client_.Initialize();
+  client_.Open(Uri("shop.xml"), kShop);
+  EXPECT_EQ(client_.Diagnostics(Uri("shop.xml")), Json::array());
+  client_.Change(Uri("shop.xml"), SmallPrice());
+  const Json diagnostics = client_.Diagnostics(Uri("shop.xml"));
+  ASSERT_THAT(Summaries(diagnostics), ElementsAre(kSmallPrice));
+  const Json& one = diagnostics[0];
+  EXPECT_EQ(one["source"], "korvelcheck");
+  EXPECT_THAT(one["codeDescription"]["href"], testing::EndsWith("/docs/rules/field-size.md"));
+  EXPECT_THAT(one["message"], StartsWith("a field's size was reduced: items.price\n"
+                                         "checker: The size of entry can't be reduced! entry:'price' metaname:'items'\n"));
+  EXPECT_THAT(one["message"], HasSubstr("\nsuggestion: keep price as it is; add a new field price_2"));
+  const Json& related = one["relatedInformation"][0];
+  EXPECT_EQ(related["location"]["range"], one["range"]);
+  const std::string uri = related["location"]["uri"];
+  EXPECT_EQ(client_.Result("workspace/textDocumentContent", {{"uri", uri}})["text"], kShop);
+  client_.Change(Uri("shop.xml"), kShop);
+  EXPECT_EQ(client_.Diagnostics(Uri("shop.xml")), Json::array());
+}
+
+TEST_F(DiagnosticsTest, ShowFaultsOfTheText) {
+  client_.Initialize();
+  client_.Open(Uri("shop.xml"), Replaced(kShop, "uint32", "unit32"));
+  const Json diagnostics = client_.Diagnostics(Uri("shop.xml"));
+  ASSERT_THAT(Summaries(diagnostics), ElementsAre("2:28-2:34 1 schema.invalid"));
+  EXPECT_THAT(diagnostics[0]["message"], HasSubstr("unit32"));
+  client_.Change(Uri("shop.xml"), Replaced(kShop, "<meta ", "<meta <"));
+  EXPECT_THAT(Summaries(client_.Diagnostics(Uri("shop.xml"))), ElementsAre(testing::EndsWith(" 1 schema.syntax")));
+}
+
+TEST_F(DiagnosticsTest, CountUtf16CodeUnitsBehindACharacterOfFourBytes) {
+  client_.Initialize();
+  const std::string text = Replaced(kShop, "<entry name=\"price\"", "<!-- \xF0\x9F\x9A\x97 --><entry name=\"price\"");
+  client_.Open(Uri("shop.xml"), Replaced(text, "int64", "int32"));
+  EXPECT_THAT(Summaries(client_.Diagnostics(Uri("shop.xml"))), ElementsAre("3:41-3:46 1 field.size"));
+}
+
+TEST_F(DiagnosticsTest, TakeEditsOfPieces) {
+  client_.Initialize();
+  client_.Open(Uri("shop.xml"), Replaced(kShop, "shop", "\xF0\x9F\x9A\x97"));
+  client_.Diagnostics(Uri("shop.xml"));
+  const auto range = [](int line, int begin, int end) {
+    return Json{{"start", {{"line", line}, {"character", begin}}}, {"end", {{"line", line}, {"character", end}}}};
+  };
+  client_.Notify(
+      "textDocument/didChange",
+      {{"textDocument", {{"uri", Uri("shop.xml")}, {"version", 2}}},
+       {"contentChanges", {{{"range", range(0, 15, 17)}, {"text", "shop"}}, {{"range", range(3, 30, 35)}, {"text", "int32"}}}}});
+  const Json params = client_.Notification("textDocument/publishDiagnostics");
+  EXPECT_EQ(params["version"], 2);
+  EXPECT_THAT(Summaries(params["diagnostics"]), ElementsAre(kSmallPrice));
+}
+
+TEST_F(DiagnosticsTest, AreClearedWhenTheDocumentIsClosed) {
+  client_.Initialize();
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  EXPECT_THAT(Summaries(client_.Diagnostics(Uri("shop.xml"))), ElementsAre(kSmallPrice));
+  client_.Close(Uri("shop.xml"));
+  EXPECT_EQ(client_.DiagnosticsAt(Uri("shop.xml")), Json::array());
+}
+
+TEST_F(DiagnosticsTest, AreGivenOnRequest) {
+  const Json capabilities = client_.Initialize({{"textDocument", {{"diagnostic", Json::object()}}}});
+  EXPECT_EQ(capabilities["diagnosticProvider"]["identifier"], "korvelcheck");
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  const Json report = client_.Result("textDocument/diagnostic", {{"textDocument", {{"uri", Uri("shop.xml")}}}});
+  EXPECT_EQ(report["kind"], "full");
+  EXPECT_THAT(Summaries(report["items"]), ElementsAre(kSmallPrice));
+}
+
+TEST_F(DiagnosticsTest, ShowWaivedFindingsAsInformation) {
+  Write("korvelcheck.toml", std::string(kProject) +
+                                "[[waivers]]\nrule = \"field.size\"\ntable = \"items\"\nentry = \"price\"\n"
+                                "reason = \"no records yet\"\nuntil = \"2999-01-31\"\n");
+  client_.Initialize();
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  const Json diagnostics = client_.Diagnostics(Uri("shop.xml"));
+  ASSERT_THAT(Summaries(diagnostics), ElementsAre("3:30-3:35 3 field.size"));
+  EXPECT_THAT(diagnostics[0]["message"], HasSubstr("until 2999-01-31: no records yet"));
+}
+
+TEST_F(DiagnosticsTest, FollowTheProjectFileThatIsBeingEdited) {
+  client_.Initialize();
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  EXPECT_THAT(Summaries(client_.Diagnostics(Uri("shop.xml"))), ElementsAre(kSmallPrice));
+  client_.Open(Uri("korvelcheck.toml"), kProject);
+  EXPECT_EQ(client_.Diagnostics(Uri("korvelcheck.toml")), Json::array());
+  // An error does not change how schemas are checked.
+  client_.Change(Uri("korvelcheck.toml"), "[schemas]\npath = [\"*.xml\"]\n");
+  const Json diagnostics = client_.Diagnostics(Uri("korvelcheck.toml"));
+  ASSERT_THAT(Summaries(diagnostics), ElementsAre("1:0-1:4 1 project.invalid"));
+  EXPECT_THAT(diagnostics[0]["message"], HasSubstr("did you mean 'paths'?"));
+  client_.Change(Uri("korvelcheck.toml"), Replaced(kProject, "*.xml", "other/*.xml") + "exclude = [\"shop.xml\"]\n");
+  EXPECT_EQ(client_.Diagnostics(Uri("shop.xml")), Json::array());
+}
+
+TEST_F(DiagnosticsTest, FollowTheBaseline) {
+  client_.Initialize();
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  EXPECT_THAT(Summaries(client_.Diagnostics(Uri("shop.xml"))), ElementsAre(kSmallPrice));
+  Write("shop.xml", SmallPrice());
+  Commit("Reduce the price");
+  client_.Notify("textDocument/didSave", {{"textDocument", {{"uri", Uri("shop.xml")}}}});
+  EXPECT_EQ(client_.Diagnostics(Uri("shop.xml")), Json::array());
+}
+
+TEST_F(DiagnosticsTest, SayThatTheBaselineIsUnknown) {
+  Write("korvelcheck.toml", Replaced(kProject, "git:HEAD", "git:nowhere"));
+  client_.Initialize();
+  client_.Open(Uri("shop.xml"), kShop);
+  const Json diagnostics = client_.Diagnostics(Uri("shop.xml"));
+  ASSERT_THAT(Summaries(diagnostics), ElementsAre("0:0-0:0 1 check.failed"));
+  EXPECT_THAT(diagnostics[0]["message"], HasSubstr("git:nowhere"));
+}
+
+TEST_F(DiagnosticsTest, CheckANewFileByItself) {
+  client_.Initialize();
+  client_.Open(Uri("new.xml"), kShop);
+  EXPECT_EQ(client_.Diagnostics(Uri("new.xml")), Json::array());
+  client_.Change(Uri("new.xml"), Replaced(kShop, "sku\"/", "nothing\"/"));
+  EXPECT_THAT(Summaries(client_.Diagnostics(Uri("new.xml"))), ElementsAre("4:25-4:32 1 schema.invalid"));
+}
+
+TEST_F(DiagnosticsTest, LeaveOtherFilesAlone) {
+  client_.Initialize();
+  Write("korvelcheck.toml", "[schemas]\nagainst = [\"git:HEAD\"]\n");
+  client_.Open(Uri("pom.xml"), "<project><!-- no schema --></project>\n");
+  EXPECT_EQ(client_.Diagnostics(Uri("pom.xml")), Json::array());
+  client_.Open("untitled:1", SmallPrice());
+  EXPECT_EQ(client_.Diagnostics("untitled:1"), Json::array());
+}
+
+TEST_F(DiagnosticsTest, NeedNoProject) {
+  Git({"rm", "-q", "korvelcheck.toml"});
+  client_.Initialize();
+  client_.Open(Uri("shop.xml"), Replaced(kShop, "uint32", "unit32"));
+  EXPECT_THAT(Summaries(client_.Diagnostics(Uri("shop.xml"))), ElementsAre("2:28-2:34 1 schema.invalid"));
+  client_.Change(Uri("shop.xml"), SmallPrice());
+  EXPECT_EQ(client_.Diagnostics(Uri("shop.xml")), Json::array());
+}
+
+}  // namespace
+}  // namespace lsp_test
