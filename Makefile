@@ -84,10 +84,11 @@ goldens: ## regenerate golden files and the output of commands in documents; rev
 	examples/check.sh build/test/src/tool/korvelcheck --update
 	for page in $(EXECUTED_PAGES); do tests/documents/run_document.py $$page build/test/src/tool/korvelcheck --update; done
 
-docs: ## write the index of docs/rules, and the summary of each page from the catalog
+docs: ## write the grammar of schema files, the index of docs/rules, and the summary of each page from the catalog
 	$(INSTALL_DEPS) example
 	cmake --preset release
-	cmake --build --preset release -j $(JOBS) --target korvelcheck
+	cmake --build --preset release -j $(JOBS) --target korvelcheck --target write_grammar
+	build/release/src/grammar/write_grammar docs
 	scripts/make-docs build/release/src/tool/korvelcheck
 
 lint: ## check formatting, clang-tidy, include dependencies and self-contained headers

@@ -26,6 +26,7 @@ struct SimpleType {
   std::string_view name;  // "int32"
   enQMXType code;
   std::uint64_t unit_size;  // bytes; 0 = each entry gives its own ("string", "bytes")
+  std::string_view doc;     // one sentence without markup, for editors
 };
 
 // All simple types; the type with a given name or code (null if there is none).

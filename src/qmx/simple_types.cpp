@@ -9,20 +9,20 @@ namespace qmx {
 namespace {
 
 constexpr std::array<SimpleType, 14> kTypes = {{
-    {"int8", QMX_TYPE_INT8, 1},
-    {"uint8", QMX_TYPE_UINT8, 1},
-    {"int16", QMX_TYPE_INT16, 2},
-    {"uint16", QMX_TYPE_UINT16, 2},
-    {"int32", QMX_TYPE_INT32, 4},
-    {"uint32", QMX_TYPE_UINT32, 4},
-    {"int64", QMX_TYPE_INT64, 8},
-    {"uint64", QMX_TYPE_UINT64, 8},
-    {"float", QMX_TYPE_FLOAT, 4},
-    {"double", QMX_TYPE_DOUBLE, 8},
-    {"bool", QMX_TYPE_BOOL, 1},
-    {"datetime", QMX_TYPE_DATETIME, 8},
-    {"string", QMX_TYPE_STRING, 0},
-    {"bytes", QMX_TYPE_BYTES, 0},
+    {"int8", QMX_TYPE_INT8, 1, "Signed integer of 8 bits, 1 byte."},
+    {"uint8", QMX_TYPE_UINT8, 1, "Unsigned integer of 8 bits, 1 byte."},
+    {"int16", QMX_TYPE_INT16, 2, "Signed integer of 16 bits, 2 bytes."},
+    {"uint16", QMX_TYPE_UINT16, 2, "Unsigned integer of 16 bits, 2 bytes."},
+    {"int32", QMX_TYPE_INT32, 4, "Signed integer of 32 bits, 4 bytes."},
+    {"uint32", QMX_TYPE_UINT32, 4, "Unsigned integer of 32 bits, 4 bytes."},
+    {"int64", QMX_TYPE_INT64, 8, "Signed integer of 64 bits, 8 bytes."},
+    {"uint64", QMX_TYPE_UINT64, 8, "Unsigned integer of 64 bits, 8 bytes."},
+    {"float", QMX_TYPE_FLOAT, 4, "Floating-point number of 32 bits, 4 bytes."},
+    {"double", QMX_TYPE_DOUBLE, 8, "Floating-point number of 64 bits, 8 bytes."},
+    {"bool", QMX_TYPE_BOOL, 1, "Truth value, 1 byte."},
+    {"datetime", QMX_TYPE_DATETIME, 8, "Date and time, 8 bytes."},
+    {"string", QMX_TYPE_STRING, 0, "Text; its size includes the terminating zero."},
+    {"bytes", QMX_TYPE_BYTES, 0, "Bytes of any value, as many as its size says."},
 }};
 
 constexpr auto kShortNames = [] {

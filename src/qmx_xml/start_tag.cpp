@@ -83,9 +83,10 @@ bool StartTag::TakeNumber(const AttributeForm& attribute, const char* value) {
 
 bool StartTag::TakeChoice(const AttributeForm& attribute, std::string_view value) {
   texts_[Index(attribute.id)] = value;
-  if (std::ranges::find(attribute.choices, value) != attribute.choices.end()) return true;
-  Refuse(attribute.id, Quote(attribute.name) + " is " + Quote(value) + DidYouMean(value, attribute.choices) +
-                           "; allowed: " + Listed(attribute.choices));
+  if (std::ranges::find(attribute.choices, value, &ChoiceForm::value) != attribute.choices.end()) return true;
+  const std::vector<std::string_view> allowed = ChoiceValues(attribute);
+  Refuse(attribute.id,
+         Quote(attribute.name) + " is " + Quote(value) + DidYouMean(value, allowed) + "; allowed: " + Listed(allowed));
   return false;
 }
 
