@@ -1,15 +1,20 @@
 // Tests what must hold of every text: everything ends, and all spans lie in the text and in each other.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "lsp/outline.h"
 #include "lsp/schema_files.h"
+#include "lsp/symbols.h"
 
 namespace {
 
+using korvel::lsp::DocumentSymbol;
+using korvel::lsp::DocumentSymbolsOf;
 using korvel::lsp::Element;
 using korvel::lsp::ElementIndex;
 using korvel::lsp::kNoElement;
@@ -46,6 +51,20 @@ TEST(BrokenTextTest, ElementsNest) {
     elements += outline.elements().size();
   });
   EXPECT_GT(elements, 1'000'000U);
+}
+
+bool AreNested(const std::vector<DocumentSymbol>& symbols, const qmx::Span& outer) {
+  return std::ranges::all_of(symbols, [&](const DocumentSymbol& symbol) {
+    return IsInside(symbol.span, outer) && IsInside(symbol.name_span, symbol.span) && !symbol.name.empty() &&
+           AreNested(symbol.children, symbol.span);
+  });
+}
+
+TEST(BrokenTextTest, SymbolsNest) {
+  ForEachBrokenExample([](std::string_view text, std::size_t at) {
+    if (at % 4 != 0) return;
+    ASSERT_TRUE(AreNested(DocumentSymbolsOf(Outline(text)), {0, text.size()})) << text;
+  });
 }
 
 }  // namespace
