@@ -3,11 +3,13 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
 
 #include "lsp/outline.h"
+#include "lsp/rename.h"
 #include "lsp/schema_files.h"
 #include "lsp/symbols.h"
 
@@ -19,7 +21,11 @@ using korvel::lsp::Element;
 using korvel::lsp::ElementIndex;
 using korvel::lsp::kNoElement;
 using korvel::lsp::Outline;
+using korvel::lsp::RenameEdits;
+using korvel::lsp::Symbol;
+using korvel::lsp::SymbolAt;
 using korvel::lsp::TagAttribute;
+using korvel::lsp::TextEdit;
 using lsp_test::ForEachBrokenExample;
 
 bool IsInside(const qmx::Span& inner, const qmx::Span& outer) {
@@ -65,6 +71,33 @@ TEST(BrokenTextTest, SymbolsNest) {
     if (at % 4 != 0) return;
     ASSERT_TRUE(AreNested(DocumentSymbolsOf(Outline(text)), {0, text.size()})) << text;
   });
+}
+
+// Offsets near the one where the text is broken, and a few others.
+std::vector<std::size_t> OffsetsNear(std::size_t at, std::size_t size) {
+  std::vector<std::size_t> offsets;
+  for (std::size_t offset = at < 2 ? 0 : at - 2; offset <= at + 2; ++offset) offsets.push_back(std::min(offset, size));
+  for (std::size_t offset = at % 997; offset <= size; offset += 997) offsets.push_back(offset);
+  return offsets;
+}
+
+TEST(BrokenTextTest, EditsAreInOrder) {
+  std::size_t edits = 0;
+  ForEachBrokenExample([&](std::string_view text, std::size_t at) {
+    const Outline outline(text);
+    for (const std::size_t offset : OffsetsNear(at, text.size())) {
+      const std::optional<Symbol> symbol = SymbolAt(outline, offset);
+      if (!symbol) continue;
+      ASSERT_TRUE(IsInside({offset, offset}, symbol->span)) << text << "\noffset " << offset;
+      std::size_t end = 0;
+      for (const TextEdit& edit : RenameEdits(outline, *symbol, "name")) {
+        ASSERT_TRUE(IsInside(edit.span, {end, text.size()})) << text << "\noffset " << offset;
+        end = edit.span.end;
+        ++edits;
+      }
+    }
+  });
+  EXPECT_GT(edits, 10'000U);
 }
 
 }  // namespace
