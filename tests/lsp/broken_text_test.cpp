@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "lsp/completion.h"
 #include "lsp/outline.h"
 #include "lsp/rename.h"
 #include "lsp/schema_files.h"
@@ -15,6 +16,9 @@
 
 namespace {
 
+using korvel::lsp::CompletionFacts;
+using korvel::lsp::Completions;
+using korvel::lsp::CompletionsAt;
 using korvel::lsp::DocumentSymbol;
 using korvel::lsp::DocumentSymbolsOf;
 using korvel::lsp::Element;
@@ -98,6 +102,23 @@ TEST(BrokenTextTest, EditsAreInOrder) {
     }
   });
   EXPECT_GT(edits, 10'000U);
+}
+
+TEST(BrokenTextTest, CompletionsReplaceTheWordAtTheOffset) {
+  CompletionFacts facts;
+  facts.baseline_version = 5;
+  facts.used["orders"] = {{"uid"}, {1}};
+  std::size_t items = 0;
+  ForEachBrokenExample([&](std::string_view text, std::size_t at) {
+    const Outline outline(text);
+    for (const std::size_t offset : OffsetsNear(at, text.size())) {
+      const Completions completions = CompletionsAt(outline, offset, facts);
+      ASSERT_TRUE(IsInside({offset, offset}, completions.replace)) << text << "\noffset " << offset;
+      ASSERT_TRUE(IsInside(completions.replace, {0, text.size()})) << text << "\noffset " << offset;
+      items += completions.items.size();
+    }
+  });
+  EXPECT_GT(items, 100'000U);
 }
 
 }  // namespace
