@@ -14,7 +14,6 @@
 namespace korvel::lsp {
 namespace {
 
-using Kind = qmx::ElementId::Kind;
 using Place = Context::Place;
 
 const qmx::ElementForm* FormNamed(std::string_view name) { return qmx::FindElement(std::string(name).c_str()); }
@@ -80,12 +79,13 @@ class Completer {
       const qmx::ElementForm& form = *FormNamed(name);
       if (IsUsedUp(form, parent, self)) continue;
       CompletionItem& item = items_.emplace_back(ItemOf(CompletionKind::kElement, name, 0, items_.size()));
+      item.documentation = form.doc;
       ElementText(form, parent, self).MoveTo(item);
     }
   }
 
   bool IsUsedUp(const qmx::ElementForm& form, ElementIndex parent, ElementIndex self) const {
-    const bool is_single = form.IsOutermost() || form.kind == Kind::kPrimaryKey || form.kind == Kind::kSplittableKey;
+    const bool is_single = form.occurs == qmx::Occurs::kOnce || form.occurs == qmx::Occurs::kAtMostOnce;
     const ElementIndex begin = parent == kNoElement ? 0 : parent + 1;
     const ElementIndex end =
         parent == kNoElement ? static_cast<ElementIndex>(outline_.elements().size()) : outline_.EndOfContent(parent);
@@ -148,6 +148,7 @@ class Completer {
     CompletionItem& item =
         items_.emplace_back(ItemOf(CompletionKind::kAttribute, attribute.name, is_required ? 0 : 1, items_.size()));
     item.detail = is_required ? "required" : "optional";
+    item.documentation = attribute.doc;
     if (context_.attribute != nullptr && context_.attribute->HasValue()) {
       item.insert_text = item.label;
       return;

@@ -26,7 +26,10 @@ class ValueCompleter {
       : outline_(outline), context_(context), facts_(facts) {}
 
   std::vector<CompletionItem> Run(const qmx::ElementForm& element, const qmx::AttributeForm& attribute) {
-    for (const std::string_view choice : attribute.choices) Add(CompletionKind::kChoice, choice, 0);
+    for (const qmx::ChoiceForm& choice : attribute.choices) {
+      CompletionItem* const item = Add(CompletionKind::kChoice, choice.value, 0);
+      if (item != nullptr) item->documentation = choice.doc;
+    }
     switch (attribute.id) {
       case qmx::Attribute::kType:
         AddSimpleTypes();

@@ -219,6 +219,22 @@ TEST(CompletionTest, ShowsWhatAnEntryIs) {
   EXPECT_EQ(completions.items[0].documentation, "the user");
 }
 
+// The documentation of the item with that label.
+std::string DocumentationOf(const MarkedText& at, const std::string& label) {
+  for (const CompletionItem& item : At(at).items) {
+    if (item.label == label) return item.documentation;
+  }
+  return "no " + label;
+}
+
+TEST(CompletionTest, ShowsTheDocumentationOfTheFormat) {
+  const qmx::ElementForm& entry = *qmx::FindElement("entry");
+  EXPECT_EQ(DocumentationOf(InMeta("<|"), "entry"), entry.doc);
+  EXPECT_EQ(DocumentationOf(InMeta("<entry |/>"), "refer"), entry.Find("refer")->doc);
+  const qmx::AttributeForm& protocol = *qmx::FindElement("metalib")->Find("protocol");
+  EXPECT_EQ(DocumentationOf(MarkedText("<metalib protocol='|'>"), "TLV"), protocol.choices[1].doc);
+}
+
 TEST(CompletionTest, NextIdIsAboveAllThatWereUsed) {
   const std::string entries = "<entry name='a' id='3'/><entry name='b' id='9'/>";
   EXPECT_THAT(Labels(InMeta("<entry name='a' id='|'/>")), ElementsAre("1"));
