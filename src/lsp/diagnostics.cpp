@@ -72,13 +72,13 @@ Json RelatedTo(const TextRange& location, const std::string& root) {
 }
 
 // Where a diagnostic is shown.
-struct Place {
+struct DiagnosticPlace {
   std::string uri;
   Json range;
 };
 
 // What is about no line of the document, or of its project file, is shown at the begin of the document.
-Place PlaceOf(const Issue& issue, const DocumentCheck& check, const Document& document, const Documents& documents) {
+DiagnosticPlace PlaceOf(const Issue& issue, const DocumentCheck& check, const Document& document, const Documents& documents) {
   const std::string& file = issue.location.file;
   if (file == check.name) return {document.uri, RangeOf(document.text, issue.location)};
   const bool is_project_file = issue.project != nullptr && std::filesystem::path(file).filename() == kProjectFileName;
@@ -132,7 +132,7 @@ std::string BaselineText(const std::string& uri) {
 Diagnostics DiagnosticsOf(const DocumentCheck& check, const Document& document, const Documents& documents) {
   Diagnostics diagnostics{{document.uri, Json::array()}};
   for (const Issue& issue : check.issues->all()) {
-    const Place place = PlaceOf(issue, check, document, documents);
+    const DiagnosticPlace place = PlaceOf(issue, check, document, documents);
     Json diagnostic = Diagnostic(place.range, SeverityOf(issue), issue.rule, MessageOf(issue, check.issues->paths()));
     diagnostic["data"] = {{"fingerprint", issue.fingerprint}};
     if (issue.old_location && issue.old_location->begin) {

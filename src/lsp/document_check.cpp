@@ -15,12 +15,11 @@
 #include "project/input_projects.h"
 #include "project/project_path.h"
 #include "project/waivers.h"
-#include "schema/input.h"
 
 namespace korvel::lsp {
 namespace {
 
-enum class Kind {
+enum class CheckKind {
   kOther,     // no schema, or one that the project excludes
   kSelected,  // a schema file of the project
   kAlone      // a schema that no project file selects
@@ -29,23 +28,24 @@ enum class Kind {
 bool LooksLikeSchema(const Text& text) { return text.bytes().find("<metalib") != std::string::npos; }
 
 // With patterns, the project file says what is a schema; else the text does.
-Kind KindOf(const Document& document, OpenProject& project) {
-  const Kind by_text = LooksLikeSchema(document.text) ? Kind::kAlone : Kind::kOther;
+CheckKind CheckKindOf(const Document& document, OpenProject& project) {
+  const CheckKind by_text = LooksLikeSchema(document.text) ? CheckKind::kAlone : CheckKind::kOther;
   if (project.checks().empty()) return by_text;
   const ProjectStates& states = project.checks().front().states;
   const std::filesystem::path path = std::filesystem::path(document.path).lexically_relative(states.top);
   if (LeadsOut(path)) return by_text;
   const Patterns patterns(states.projects->Of(path.string()));
-  if (patterns.Excluding(path.string()) != nullptr) return Kind::kOther;
+  if (patterns.Excluding(path.string()) != nullptr) return CheckKind::kOther;
   if (!patterns.IsSchemaName(path.string())) return by_text;
-  return patterns.IsEmpty() && by_text == Kind::kOther ? Kind::kOther : Kind::kSelected;
+  return patterns.IsEmpty() && by_text == CheckKind::kOther ? CheckKind::kOther : CheckKind::kSelected;
 }
 
-void Compare(DocumentCheck& check) {
+void Compare(Texts texts, DocumentCheck& check) {
   ProjectResult all;
   std::vector<ProjectCheck>& checks = check.project->checks();
   for (ProjectCheck& one : checks) {
     one.files = SelectFiles({check.name}, one.states);
+    one.shows_sources = texts == Texts::kShown;
     Append(CheckProject(one), checks.size() > 1, all);
   }
   check.report = std::move(all.report);
@@ -88,16 +88,16 @@ std::shared_ptr<OpenProject> DocumentChecks::ProjectAt(const std::string& root) 
   return project;
 }
 
-void DocumentChecks::Run(const Document& document, DocumentCheck& check) {
+void DocumentChecks::Run(const Document& document, Texts texts, DocumentCheck& check) {
   check.root = EnterProjectOf(document.path);
   check.name = std::filesystem::path(document.path).lexically_relative(check.root).string();
   check.project = ProjectAt(check.root);
-  const Kind kind = KindOf(document, *check.project);
-  check.is_schema = kind != Kind::kOther;
+  const CheckKind kind = CheckKindOf(document, *check.project);
+  check.is_schema = kind != CheckKind::kOther;
   if (!check.is_schema) return;
   Report& report = check.report;
-  report.command = kind == Kind::kSelected ? "check" : "lint";
-  if (kind == Kind::kSelected) KeepFaults(check, [&] { Compare(check); });
+  report.command = kind == CheckKind::kSelected ? "check" : "lint";
+  if (kind == CheckKind::kSelected) KeepFaults(check, [&] { Compare(texts, check); });
   // What could not be compared can still be checked by itself.
   const bool is_compared = !report.tables.empty() || std::ranges::any_of(report.faults, &InputFault::line);
   if (!is_compared) KeepFaults(check, [&] { Lint(document, check); });
@@ -108,11 +108,11 @@ void DocumentChecks::Run(const Document& document, DocumentCheck& check) {
   check.project->RememberFiles();
 }
 
-std::shared_ptr<const DocumentCheck> DocumentChecks::Check(const Document& document) {
+std::shared_ptr<const DocumentCheck> DocumentChecks::Check(const Document& document, Texts texts) {
   auto check = std::make_shared<DocumentCheck>();
   check->version = document.version;
   check->is_schema = !document.path.empty() && LooksLikeSchema(document.text);
-  if (!document.path.empty()) KeepFaults(*check, [&] { Run(document, *check); });
+  if (!document.path.empty()) KeepFaults(*check, [&] { Run(document, texts, *check); });
   if (!check->is_schema) check->report = {};
   check->report.max_findings = kMaxFindings;
   check->folded = std::make_unique<FoldedReport>(check->report);

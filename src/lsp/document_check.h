@@ -12,6 +12,7 @@
 #include "lsp/open_project.h"
 #include "report/result/fold.h"
 #include "report/result/issues.h"
+#include "schema/input.h"
 
 namespace korvel::lsp {
 
@@ -35,12 +36,12 @@ class DocumentChecks {
   // Both must outlive it.
   DocumentChecks(const Options& options, const Documents& documents) : options_(options), documents_(documents) {}
 
-  // Changes the working directory. Faults of every kind are in the report.
-  std::shared_ptr<const DocumentCheck> Check(const Document& document);
+  // Changes the working directory. Faults of every kind are in the report. A report that shows whole files needs Texts::kShown.
+  std::shared_ptr<const DocumentCheck> Check(const Document& document, Texts texts = Texts::kWhenNeeded);
 
  private:
   std::shared_ptr<OpenProject> ProjectAt(const std::string& root);
-  void Run(const Document& document, DocumentCheck& check);
+  void Run(const Document& document, Texts texts, DocumentCheck& check);
 
   const Options& options_;
   const Documents& documents_;

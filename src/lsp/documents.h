@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <utility>
 
 #include "lsp/json.h"
 #include "lsp/text.h"
@@ -30,6 +31,8 @@ class Documents {
   Document& Open(const Json& item);
   // Applies the changes of a notification in their order. Returns the document.
   Document& Change(const Json& params);
+  // Exchanges the text of an open document.
+  void SwapText(const std::string& uri, Text& text) { std::swap(by_uri_.at(uri).text, text); }
   void Close(const std::string& uri) { by_uri_.erase(uri); }
 
   // Null if it is not open.

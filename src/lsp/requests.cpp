@@ -2,6 +2,10 @@
 #include "lsp/requests.h"
 
 #include "lsp/code_actions.h"
+#include "lsp/code_lens.h"
+#include "lsp/complete.h"
+#include "lsp/hover.h"
+#include "lsp/navigation.h"
 
 namespace korvel::lsp {
 namespace {
@@ -17,6 +21,14 @@ std::span<const Request> Requests() {
   static constexpr Request kRequests[] = {
       {"codeAction/resolve", ResolveCodeAction},
       {"textDocument/codeAction", CodeActions},
+      {"textDocument/codeLens", CodeLenses},
+      {"textDocument/completion", Complete},
+      {"textDocument/definition", Definition},
+      {"textDocument/documentSymbol", DocumentSymbols},
+      {"textDocument/hover", Hover},
+      {"textDocument/prepareRename", PrepareRename},
+      {"textDocument/references", References},
+      {"textDocument/rename", Rename},
       {"workspace/textDocumentContent", TextOfBaseline},
   };
   return kRequests;
@@ -27,6 +39,14 @@ Json Capabilities(const Client& client) {
   Json capabilities = {
       {"positionEncoding", "utf-16"},
       {"textDocumentSync", {{"openClose", true}, {"change", kIncremental}, {"save", true}}},
+      {"hoverProvider", true},
+      {"completionProvider", {{"triggerCharacters", {"<", " ", "\"", "'"}}}},
+      {"definitionProvider", true},
+      {"referencesProvider", true},
+      {"documentSymbolProvider", true},
+      {"renameProvider", {{"prepareProvider", true}}},
+      {"codeLensProvider", {{"resolveProvider", false}}},
+      {"executeCommandProvider", {{"commands", {kReportCommand}}}},
       {"codeActionProvider", {{"codeActionKinds", {"quickfix", "source.fixAll"}}, {"resolveProvider", true}}},
       {"workspace", {{"textDocumentContent", {{"schemes", {"korvelcheck"}}}}}},
   };

@@ -6,6 +6,8 @@
 
 #include "base/input_error.h"
 #include "base/text.h"
+#include "base/uri.h"
+#include "lsp/code_lens.h"
 #include "lsp/requests.h"
 #include "project/project.h"
 
@@ -103,6 +105,8 @@ void Server::Answer(const Json& id, const std::string& method, const Json& param
       is_shut_down_ = true;
     } else if (method == "textDocument/diagnostic") {
       result = PullDiagnostics(params);
+    } else if (method == "workspace/executeCommand") {
+      result = Execute(params);
     } else {
       const auto known = std::ranges::find(Requests(), method, &Request::method);
       if (known == Requests().end()) throw RequestError(kMethodNotFound, "unknown method " + Quote(method));
@@ -113,6 +117,8 @@ void Server::Answer(const Json& id, const std::string& method, const Json& param
     SendError(id, error.code, error.what());
   } catch (const InputError& error) {
     SendError(id, kRequestFailed, LinesOf(error));
+  } catch (const std::system_error& error) {
+    SendError(id, kRequestFailed, error.what());
   } catch (const Json::exception& error) {
     SendError(id, kInvalidParams, error.what());
   }
@@ -194,6 +200,22 @@ Json Server::PullDiagnostics(const Json& params) {
     result["relatedDocuments"][address] = {{"kind", "full"}, {"items", session_.DiagnosticsAt(address)}};
   }
   return result;
+}
+
+// Opens the report about a document. The result is the address of the page, for clients that have to open it themselves.
+Json Server::Execute(const Json& params) {
+  const Json command = params.at("command");
+  if (command != kReportCommand) throw RequestError(kInvalidParams, "unknown command; allowed: " + std::string(kReportCommand));
+  const Document& document = session_.documents.Of({{"textDocument", {{"uri", params.at("arguments").at(0)}}}});
+  const std::string uri = UriOf(pages_.Write(document.path, session_.PageOf(document)));
+  if (session_.client.shows_documents) {
+    Send({{"id", "korvelcheck-" + std::to_string(++requests_)},
+          {"method", "window/showDocument"},
+          {"params", {{"uri", uri}, {"external", true}}}});
+  } else {
+    Send({{"method", "window/showMessage"}, {"params", {{"type", 3}, {"message", "The report is " + uri}}}});
+  }
+  return uri;
 }
 
 // --- Diagnostics ---

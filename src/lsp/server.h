@@ -11,6 +11,7 @@
 #include <string>
 
 #include "lsp/frames.h"
+#include "lsp/report_pages.h"
 #include "lsp/session.h"
 
 namespace korvel::lsp {
@@ -53,6 +54,7 @@ class Server {
   // --- Requests that change the server ---
   Json Initialize(const Json& params);
   Json PullDiagnostics(const Json& params);
+  Json Execute(const Json& params);
 
   // --- Diagnostics ---
   std::optional<std::chrono::milliseconds> UntilNextCheck() const;
@@ -70,7 +72,8 @@ class Server {
   bool is_initialized_ = false;
   bool is_shut_down_ = false;
   bool has_exited_ = false;
-  int next_request_ = 1;  // to the client
+  int requests_ = 0;  // sent to the client
+  ReportPages pages_;
 };
 
 }  // namespace korvel::lsp

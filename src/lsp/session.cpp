@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "report/render/render.h"
+
 namespace korvel::lsp {
 
 void Session::Check(const Document& document) {
@@ -23,6 +25,27 @@ const DocumentCheck& Session::CheckOf(const Document& document) {
   if (known == results_.end() || known->second.check == nullptr || known->second.check->version != document.version)
     Check(document);
   return *results_.find(document.uri)->second.check;
+}
+
+std::shared_ptr<const DocumentCheck> Session::CheckWith(const Document& document, const std::string& text) {
+  Text other(text);
+  documents.SwapText(document.uri, other);
+  std::shared_ptr<const DocumentCheck> check = checks_.Check(document);
+  documents.SwapText(document.uri, other);
+  return check;
+}
+
+std::string Session::PageOf(const Document& document) { return RenderHtml(checks_.Check(document, Texts::kShown)->report); }
+
+const WellFormed* Session::StateOf(const Document& document) {
+  CheckOf(document);
+  states_.Take(document, results_.find(document.uri)->second.check);
+  return states_.Of(document.uri);
+}
+
+void Session::Forget(const std::string& uri) {
+  results_.erase(uri);
+  states_.Forget(uri);
 }
 
 void Session::ForgetChecks() {

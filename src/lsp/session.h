@@ -11,6 +11,7 @@
 #include "lsp/documents.h"
 #include "lsp/json.h"
 #include "lsp/open_project.h"
+#include "lsp/well_formed.h"
 
 namespace korvel::lsp {
 
@@ -37,7 +38,16 @@ class Session {
   // The check of the document as it is now, done before or now.
   const DocumentCheck& CheckOf(const Document& document);
 
-  void Forget(const std::string& uri) { results_.erase(uri); }
+  // What the check would be with another text.
+  std::shared_ptr<const DocumentCheck> CheckWith(const Document& document, const std::string& text);
+
+  // The report about the document as a page.
+  std::string PageOf(const Document& document);
+
+  // The last state of the document without a fault; null without one.
+  const WellFormed* StateOf(const Document& document);
+
+  void Forget(const std::string& uri);
   // Something besides the documents has changed: their checks are not used any more.
   void ForgetChecks();
 
@@ -54,6 +64,7 @@ class Session {
   };
 
   DocumentChecks checks_;
+  WellFormedStates states_;
   std::map<std::string, Result> results_;  // by the address of the document
 };
 

@@ -1,0 +1,18 @@
+// Moves between names and what they stand for, and renames them.
+#pragma once
+
+#include "lsp/session.h"
+
+namespace korvel::lsp {
+
+// textDocument/definition, references and documentSymbol.
+Json Definition(Session& session, const Json& params);
+Json References(Session& session, const Json& params);
+Json DocumentSymbols(Session& session, const Json& params);
+
+// textDocument/prepareRename and rename. Refused if the checker refuses the result, or warns of it: records and clients know the
+// names that a baseline has.
+Json PrepareRename(Session& session, const Json& params);
+Json Rename(Session& session, const Json& params);
+
+}  // namespace korvel::lsp
