@@ -25,7 +25,7 @@ std::size_t NewEntries(const WellFormed& state, const std::string& table) {
     std::set<std::string> known;
     for (EntryModel& entry : entries(one.source)) known.insert(std::move(entry.name));
     return static_cast<std::size_t>(
-        std::ranges::count_if(entries(state.source), [&](const EntryModel& entry) { return !known.contains(entry.name); }));
+        std::ranges::count_if(entries(*state.source), [&](const EntryModel& entry) { return !known.contains(entry.name); }));
   }
   return 0;
 }
@@ -45,7 +45,7 @@ std::size_t NumberOf(const DocumentCheck& check, const std::string& table, Level
 }
 
 std::string TitleOf(const WellFormed& state, const std::string& table) {
-  std::string title = Counted(qmx_get_meta_by_name(state.source.Library(), table.c_str())->iUnitSize, "byte");
+  std::string title = Counted(qmx_get_meta_by_name(state.source->Library(), table.c_str())->iUnitSize, "byte");
   const auto add = [&](std::size_t number, const std::string& what) {
     if (number > 0) title += ", " + what;
   };
@@ -64,11 +64,11 @@ Json CodeLenses(Session& session, const Json& params) {
   const Document& document = session.documents.Of(params);
   Json lenses = Json::array();
   const WellFormed* const state = document.IsProjectFile() ? nullptr : session.StateOf(document);
-  if (state == nullptr) return lenses;
+  if (state == nullptr || !state->source) return lenses;
   const Outline outline(document.text.bytes());
   for (const ElementIndex structure : StructuresOf(outline)) {
     const std::string table = outline.ValueOf(structure, "name");
-    if (std::ranges::find(state->source.tables, table) == state->source.tables.end()) continue;
+    if (std::ranges::find(state->source->tables, table) == state->source->tables.end()) continue;
     lenses.push_back(
         {{"range", ToJson(document.text, outline.elements()[structure].tag())},
          {"command", {{"title", TitleOf(*state, table)}, {"command", kReportCommand}, {"arguments", {document.uri}}}}});

@@ -97,6 +97,7 @@ class ValueCompleter {
       if (item == nullptr) continue;
       item->detail =
           type.unit_size == 0 ? "its size in bytes" : std::to_string(type.unit_size) + (type.unit_size == 1 ? " byte" : " bytes");
+      item->documentation = type.doc;
     }
   }
 

@@ -68,12 +68,12 @@ std::string AboutEntry(const WellFormed& state, const std::string& meta, const s
   const auto model = [](const Source& source, const std::string& of) {
     return MetaOf(source.Library(), qmx_get_meta_by_name(source.Library(), of.c_str()));
   };
-  if (!state.source.HasMeta(meta)) return "";
-  const MetaModel now = model(state.source, meta);
+  if (!state.source->HasMeta(meta)) return "";
+  const MetaModel now = model(*state.source, meta);
   const EntryModel* const entry = Find(now, name);
   if (entry == nullptr) return "";
   std::string text = "**" + CodeOf(meta + "." + name) + "** " + CodeOf(entry->type) + kParagraph;
-  text += SizeOf(LayoutOf(state.source, meta), name) + ", version " + std::to_string(entry->version);
+  text += SizeOf(LayoutOf(*state.source, meta), name) + ", version " + std::to_string(entry->version);
   if (entry->id >= 0) text += ", id " + std::to_string(entry->id);
   const auto describe = [&](const Source& source) -> std::string {
     if (!source.HasMeta(meta)) return "new";
@@ -88,7 +88,7 @@ std::string AboutEntry(const WellFormed& state, const std::string& meta, const s
 }
 
 std::string AboutStructure(const WellFormed& state, const std::string& name) {
-  LPQMXMETA meta = qmx_get_meta_by_name(state.source.Library(), name.c_str());
+  LPQMXMETA meta = qmx_get_meta_by_name(state.source->Library(), name.c_str());
   if (meta == nullptr) return "";
   const auto fields = [](LPQMXMETA one) {
     return Counted(static_cast<std::size_t>(qmx_get_entry_num(one)), "field") + ", " + Counted(one->iUnitSize, "byte");
@@ -105,7 +105,8 @@ std::string AboutStructure(const WellFormed& state, const std::string& name) {
 
 // About the element itself, or what a name in it stands for.
 std::string AboutSymbol(const WellFormed* state, const Outline& outline, std::size_t offset) {
-  const std::optional<Symbol> symbol = state == nullptr ? std::nullopt : SymbolAt(outline, offset);
+  const bool is_known = state != nullptr && state->source;
+  const std::optional<Symbol> symbol = is_known ? SymbolAt(outline, offset) : std::nullopt;
   if (!symbol) return "";
   if (symbol->kind == Kind::kEntry) return AboutEntry(*state, symbol->structure, symbol->name);
   return symbol->kind == Kind::kMeta ? AboutStructure(*state, symbol->name) : "";

@@ -73,7 +73,7 @@ void RequireAllowed(Session& session, const Document& document, const std::strin
   for (const Issue& issue : now.issues->all()) known.insert(issue.rule + issue.summary);
   const std::shared_ptr<const DocumentCheck> then = session.CheckWith(document, renamed);
   for (const Issue& issue : then->issues->all()) {
-    if (issue.waived || issue.level == Level::kNote || known.contains(issue.rule + issue.summary)) continue;
+    if (issue.waived || known.contains(issue.rule + issue.summary)) continue;
     throw RequestError(kRequestFailed,
                        issue.summary + " [" + issue.rule + "]; allowed: renaming what the baseline does not have");
   }

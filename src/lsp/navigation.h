@@ -10,7 +10,7 @@ Json Definition(Session& session, const Json& params);
 Json References(Session& session, const Json& params);
 Json DocumentSymbols(Session& session, const Json& params);
 
-// textDocument/prepareRename and rename. Refused if the checker refuses the result, or warns of it: records and clients know the
+// textDocument/prepareRename and rename. Refused if a check of the result reports more than now: records and clients know the
 // names that a baseline has.
 Json PrepareRename(Session& session, const Json& params);
 Json Rename(Session& session, const Json& params);

@@ -44,7 +44,7 @@ class Session {
   // The report about the document as a page.
   std::string PageOf(const Document& document);
 
-  // The last state of the document without a fault; null without one.
+  // The last state of the document without a fault; null for one that is no schema.
   const WellFormed* StateOf(const Document& document);
 
   void Forget(const std::string& uri);

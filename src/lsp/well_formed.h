@@ -1,9 +1,9 @@
-// The last state of a document without a fault: while its text is broken, this state answers questions about it.
+// The last state of a document without a fault, and its baselines: while its text is broken, they answer questions about it.
 #pragma once
 
-#include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,18 +20,17 @@ struct BaselineFile {
 };
 
 struct WellFormed {
-  std::int64_t version = 0;  // of the document
-  std::shared_ptr<const DocumentCheck> check;
-  Source source;
-  std::vector<BaselineFile> baselines;  // those that have the file
+  std::shared_ptr<const DocumentCheck> check;  // of this state
+  std::optional<Source> source;                // nullopt if no text of the document was without a fault since it was opened
+  std::vector<BaselineFile> baselines;         // those that have the file
 };
 
 class WellFormedStates {
  public:
-  // Takes the state of a document if it has no fault. Changes the working directory.
+  // Takes the state of a document if it has no fault, or if it is the first one. Changes the working directory.
   void Take(const Document& document, const std::shared_ptr<const DocumentCheck>& check);
 
-  // Null if no text of the document was without a fault since it was opened.
+  // Null for a document that was never taken, and for one that is no schema.
   const WellFormed* Of(const std::string& uri) const;
 
   void Forget(const std::string& uri) { states_.erase(uri); }

@@ -107,7 +107,7 @@ std::set<std::string> Matches(const std::string& text, const std::string& patter
   return {std::sregex_token_iterator(text.begin(), text.end(), word, 1), std::sregex_token_iterator()};
 }
 
-// The options of each command, by the tables with a column "commands".
+// The options of each command, by the tables with a column "commands": some commands, "every", or "every but" some.
 std::map<std::string, std::set<std::string>> DocumentedOptions(const std::vector<std::string>& commands) {
   std::map<std::string, std::set<std::string>> options;
   const std::regex row("[|] (`-.*?`) [|] ([^|]*) [|].*");
@@ -116,7 +116,8 @@ std::map<std::string, std::set<std::string>> DocumentedOptions(const std::vector
     if (!std::regex_match(line, cells, row)) continue;
     const std::set<std::string> named = Matches(cells[2], "`([a-z]+)`");
     for (const std::string& command : commands) {
-      if (cells[2] == "every" || named.contains(command)) options[command].merge(Matches(cells[1], "(--[a-z-]+)"));
+      if (cells[2].str().starts_with("every") != named.contains(command))
+        options[command].merge(Matches(cells[1], "(--[a-z-]+)"));
     }
   }
   return options;

@@ -27,7 +27,8 @@ TEST_F(UsageTest, EveryCommandHasHelp) {
     EXPECT_EQ(outcome.exit_code, 0);
     EXPECT_EQ(outcome.err, "");
     EXPECT_THAT(outcome.out, HasSubstr("Usage: korvelcheck " + command + " [OPTIONS]"));
-    EXPECT_THAT(outcome.out, HasSubstr("--output FILE"));
+    const bool writes_file = command != "lsp";
+    EXPECT_EQ(outcome.out.find("--output FILE") != std::string::npos, writes_file);
   }
 }
 
