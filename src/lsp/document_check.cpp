@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <functional>
 #include <iterator>
+#include <system_error>
 #include <utility>
 
 #include "base/input_error.h"
@@ -74,6 +75,9 @@ void KeepFaults(DocumentCheck& check, const std::function<void()>& step) {
     step();
   } catch (const InputError& error) {
     std::ranges::move(FaultsOfCall(error), std::back_inserter(check.report.faults));
+  } catch (const std::system_error& error) {
+    const InputError as_input{{ToolMessage(error.what())}};
+    std::ranges::move(FaultsOfCall(as_input), std::back_inserter(check.report.faults));
   }
 }
 

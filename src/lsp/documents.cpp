@@ -10,6 +10,15 @@
 #include "project/project_path.h"
 
 namespace korvel::lsp {
+namespace {
+
+// Some clients send no version.
+std::int64_t VersionOf(const Json& document) {
+  const Json version = document.value("version", Json());
+  return version.is_number_integer() ? version.get<std::int64_t>() : 0;
+}
+
+}  // namespace
 
 bool Document::IsProjectFile() const { return FileNameOf(path) == kProjectFileName; }
 
@@ -21,7 +30,7 @@ Document& Documents::Open(const Json& item) {
   const std::optional<std::string> path = PathOf(uri);
   Document document{.uri = uri,
                     .path = path ? AbsolutePath(*path).string() : "",
-                    .version = item.at("version").get<std::int64_t>(),
+                    .version = VersionOf(item),
                     .text = Text(item.at("text").get<std::string>())};
   return by_uri_.insert_or_assign(uri, std::move(document)).first->second;
 }
@@ -39,7 +48,7 @@ Document& Documents::Change(const Json& params) {
       document.text = Text(text);
     }
   }
-  document.version = id.at("version").get<std::int64_t>();
+  document.version = VersionOf(id);
   return document;
 }
 

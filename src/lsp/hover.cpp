@@ -58,7 +58,7 @@ std::string SinceBaselines(const WellFormed& state, const Describe& describe) {
 std::string SizeOf(const TableLayout& layout, const std::string& entry) {
   const auto field = std::ranges::find(layout.fields, entry, &FieldLayout::path);
   if (field == layout.fields.end()) return "";
-  const std::string size = Counted(field->size, "byte");
+  std::string size = Counted(field->size, "byte");
   if (layout.tlv) return size;
   return "offset " + std::to_string(field->offset) + ", " + size + ", " + Percent(field->in_record, layout.size) + " % of " +
          Counted(layout.size, "byte");

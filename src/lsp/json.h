@@ -1,9 +1,11 @@
 // Values of messages.
 #pragma once
 
+#include <cstdint>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace korvel::lsp {
 
@@ -15,7 +17,6 @@ enum ErrorCode : int {
   kInvalidRequest = -32600,
   kMethodNotFound = -32601,
   kInvalidParams = -32602,
-  kInternalFailure = -32603,
   kNotInitialized = -32002,
   kRequestFailed = -32803,
   kRequestCancelled = -32800,
@@ -27,5 +28,14 @@ struct RequestError : std::runtime_error {
 
   ErrorCode code;
 };
+
+// Lists and objects inside each other in a message. Values are copied and written by recursion.
+inline constexpr int kMaxNesting = 100;
+
+// The value of a message. Throws RequestError if it is not JSON, or nested too deep.
+Json ParseMessage(std::string_view message);
+
+// A whole number, at least 0. Throws RequestError for another value.
+std::uint64_t Natural(const Json& value);
 
 }  // namespace korvel::lsp

@@ -43,7 +43,9 @@ std::unique_ptr<FileTree> WithOpenFiles(std::unique_ptr<FileTree> disk, const st
 }
 
 Bytes BytesOf(const std::string& text) {
-  Bytes bytes{std::make_unique_for_overwrite<char[]>(text.size()), text.size()};
+  Bytes bytes;
+  bytes.size = text.size();
+  bytes.data = std::make_unique_for_overwrite<char[]>(bytes.size);
   std::ranges::copy(text, bytes.data.get());
   return bytes;
 }

@@ -51,13 +51,21 @@ bool Server::Run() {
 
 // --- Messages ---
 
-// A request that waits is answered at once if the client cancels it.
 void Server::Receive(const std::string& message) {
-  Json json = Json::parse(message, nullptr, false);
-  if (json.is_discarded()) return SendError(nullptr, kParseError, "the message is not JSON");
-  if (!json.is_object()) return SendError(nullptr, kInvalidRequest, "the message is not an object");
-  if (json.value("method", Json()) != "$/cancelRequest") return queue_.push_back(std::move(json));
-  const Json id = json.value("params", Json::object()).value("id", Json());
+  try {
+    Json json = ParseMessage(message);
+    if (!json.is_object()) throw RequestError(kInvalidRequest, "the message is not an object");
+    if (json.value("id", Json()).is_structured())
+      throw RequestError(kInvalidRequest, "the id of the message is not a number or string");
+    if (json.value("method", Json()) == "$/cancelRequest") return Cancel(json.value(Json::json_pointer("/params/id"), Json()));
+    queue_.push_back(std::move(json));
+  } catch (const RequestError& error) {
+    SendError(nullptr, error.code, error.what());
+  }
+}
+
+// A request that waits is answered at once.
+void Server::Cancel(const Json& id) {
   const auto waiting = std::ranges::find_if(queue_, [&](const Json& one) { return one.contains("id") && one["id"] == id; });
   if (waiting == queue_.end()) return;
   queue_.erase(waiting);
@@ -182,11 +190,11 @@ void Server::Close(const Json& params) {
 
 Json Server::Initialize(const Json& params) {
   if (is_initialized_) throw RequestError(kInvalidRequest, "the server is initialized already");
-  is_initialized_ = true;
   Client& client = session_.client;
   client.pulls_diagnostics = Has(params, "/textDocument/diagnostic");
   client.takes_snippets = Has(params, "/textDocument/completion/completionItem/snippetSupport");
   client.shows_documents = Has(params, "/window/showDocument/support");
+  is_initialized_ = true;
   return {{"capabilities", Capabilities(client)}, {"serverInfo", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}}}};
 }
 
@@ -204,7 +212,7 @@ Json Server::PullDiagnostics(const Json& params) {
 
 // Opens the report about a document. The result is the address of the page, for clients that have to open it themselves.
 Json Server::Execute(const Json& params) {
-  const Json command = params.at("command");
+  const Json& command = params.at("command");
   if (command != kReportCommand) throw RequestError(kInvalidParams, "unknown command; allowed: " + std::string(kReportCommand));
   const Document& document = session_.documents.Of({{"textDocument", {{"uri", params.at("arguments").at(0)}}}});
   const std::string uri = UriOf(pages_.Write(document.path, session_.PageOf(document)));

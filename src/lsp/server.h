@@ -38,6 +38,7 @@ class Server {
 
   // --- Messages ---
   void Receive(const std::string& message);
+  void Cancel(const Json& id);
   void Dispatch(const Json& message);
   void Notify(const std::string& method, const Json& params);
   void Answer(const Json& id, const std::string& method, const Json& params);

@@ -90,7 +90,7 @@ Json ToJson(const Text& text, qmx::Span span) {
   return {{"start", ToJson(text.At(span.begin))}, {"end", ToJson(text.At(span.end))}};
 }
 
-Position PositionOf(const Json& json) { return {json.at("line").get<std::size_t>(), json.at("character").get<std::size_t>()}; }
+Position PositionOf(const Json& json) { return {Natural(json.at("line")), Natural(json.at("character"))}; }
 
 qmx::Span SpanOf(const Text& text, const Json& range) {
   const std::size_t begin = text.OffsetOf(PositionOf(range.at("start")));

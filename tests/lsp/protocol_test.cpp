@@ -58,6 +58,31 @@ TEST(ProtocolTest, AnswersMessagesOfAWrongForm) {
   }
 }
 
+TEST(ProtocolTest, LimitsTheNestingOfMessages) {
+  Client client;
+  client.Initialize();
+  const auto nested = [](std::size_t levels) {
+    return R"({"id":7,"method":"a","params":)" + std::string(levels, '[') + std::string(levels, ']') + "}";
+  };
+  client.SendBytes(korvel::lsp::Framed(nested(99)));
+  EXPECT_EQ(client.AnswerTo(7)["error"]["code"], ErrorCode::kMethodNotFound);
+  client.SendBytes(korvel::lsp::Framed(nested(1'000'000)));
+  EXPECT_EQ(client.AnswerTo(nullptr)["error"]["code"], ErrorCode::kParseError);
+  // Brackets in texts are none.
+  client.SendBytes(korvel::lsp::Framed(R"({"id":8,"method":"\"[[","params":[]})"));
+  EXPECT_EQ(client.AnswerTo(8)["error"]["code"], ErrorCode::kMethodNotFound);
+}
+
+TEST(ProtocolTest, RefusesNumbersThatAreNoPositions) {
+  Client client;
+  client.Initialize();
+  client.Open("file:///nowhere.xml", "<metalib/>");
+  for (const Json& number : {Json(-1), Json(1e300), Json(0.5), Json("1"), Json()}) {
+    const Json params = {{"textDocument", {{"uri", "file:///nowhere.xml"}}}, {"position", {{"line", number}, {"character", 0}}}};
+    EXPECT_EQ(client.Error("textDocument/definition", params)["code"], ErrorCode::kInvalidParams) << number;
+  }
+}
+
 TEST(ProtocolTest, AnswersARequestThatIsCancelledBeforeItRuns) {
   Client client;
   client.Initialize();
