@@ -138,6 +138,11 @@ void Server::Send(Json message) {
   connection_.Write(message.dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 
+// The answer is not needed.
+void Server::SendRequest(const char* method, Json params) {
+  Send({{"id", "korvelcheck-" + std::to_string(++requests_)}, {"method", method}, {"params", std::move(params)}});
+}
+
 void Server::SendError(const Json& id, ErrorCode code, const std::string& text) {
   Send({{"id", id}, {"error", {{"code", code}, {"message", text}}}});
 }
@@ -192,6 +197,7 @@ Json Server::Initialize(const Json& params) {
   if (is_initialized_) throw RequestError(kInvalidRequest, "the server is initialized already");
   Client& client = session_.client;
   client.pulls_diagnostics = Has(params, "/textDocument/diagnostic");
+  client.refreshes_diagnostics = client.pulls_diagnostics && Has(params, "/workspace/diagnostics/refreshSupport");
   client.takes_snippets = Has(params, "/textDocument/completion/completionItem/snippetSupport");
   client.shows_documents = Has(params, "/window/showDocument/support");
   is_initialized_ = true;
@@ -201,7 +207,6 @@ Json Server::Initialize(const Json& params) {
 Json Server::PullDiagnostics(const Json& params) {
   const Document& document = session_.documents.Of(params);
   session_.Check(document);
-  due_.erase(document.uri);
   Json result = {{"kind", "full"}, {"items", session_.DiagnosticsAt(document.uri)}};
   for (const std::string& address : session_.AddressesOf(document.uri)) {
     if (address == document.uri) continue;
@@ -217,9 +222,7 @@ Json Server::Execute(const Json& params) {
   const Document& document = session_.documents.Of({{"textDocument", {{"uri", params.at("arguments").at(0)}}}});
   const std::string uri = UriOf(pages_.Write(document.path, session_.PageOf(document)));
   if (session_.client.shows_documents) {
-    Send({{"id", "korvelcheck-" + std::to_string(++requests_)},
-          {"method", "window/showDocument"},
-          {"params", {{"uri", uri}, {"external", true}}}});
+    SendRequest("window/showDocument", {{"uri", uri}, {"external", true}});
   } else {
     Send({{"method", "window/showMessage"}, {"params", {{"type", 3}, {"message", "The report is " + uri}}}});
   }
@@ -236,8 +239,14 @@ std::optional<std::chrono::milliseconds> Server::UntilNextCheck() const {
   return std::max(milliseconds(0), std::chrono::ceil<milliseconds>(next->second - Clock::now()));
 }
 
+void Server::Schedule(const std::string& uri, Clock::time_point when) {
+  if (!session_.client.pulls_diagnostics) due_.insert_or_assign(uri, when);
+}
+
 void Server::ScheduleAll() {
   session_.ForgetChecks();
+  if (session_.client.refreshes_diagnostics) SendRequest("workspace/diagnostic/refresh", nullptr);
+  if (session_.client.pulls_diagnostics) return;
   for (const auto& [uri, document] : session_.documents.all()) due_.try_emplace(uri, Clock::now());
 }
 

@@ -43,6 +43,7 @@ class Server {
   void Notify(const std::string& method, const Json& params);
   void Answer(const Json& id, const std::string& method, const Json& params);
   void Send(Json message);
+  void SendRequest(const char* method, Json params);
   void SendError(const Json& id, ErrorCode code, const std::string& text);
 
   // --- Notifications ---
@@ -60,7 +61,7 @@ class Server {
   // --- Diagnostics ---
   std::optional<std::chrono::milliseconds> UntilNextCheck() const;
   void TakeProjectFile(Document& document);
-  void Schedule(const std::string& uri, Clock::time_point when) { due_.insert_or_assign(uri, when); }
+  void Schedule(const std::string& uri, Clock::time_point when);
   void ScheduleAll();
   void CheckDue();
   void Publish(const std::string& address, std::optional<std::int64_t> version);

@@ -17,7 +17,8 @@ namespace korvel::lsp {
 
 // What the editor can do.
 struct Client {
-  bool pulls_diagnostics = false;  // requests diagnostics itself
+  bool pulls_diagnostics = false;      // requests diagnostics itself, so none are sent
+  bool refreshes_diagnostics = false;  // requests them again when told to
   bool takes_snippets = false;
   bool shows_documents = false;  // opens an address outside of the editor
 };

@@ -95,6 +95,10 @@ Json Client::Notification(const std::string& method) {
   return Next([&](const Json& message) { return message.value("method", "") == method; }).at("params");
 }
 
+bool Client::HasReceived(const std::string& method) const {
+  return std::ranges::any_of(received_, [&](const Json& message) { return message.value("method", "") == method; });
+}
+
 void Client::Open(const std::string& uri, const std::string& text) {
   versions_[uri] = 1;
   Notify("textDocument/didOpen", {{"textDocument", {{"uri", uri}, {"languageId", "xml"}, {"version", 1}, {"text", text}}}});

@@ -45,6 +45,9 @@ class Client {
   // The parameters of the next notification of that method.
   Json Notification(const std::string& method);
 
+  // Whether it arrived before the last answer.
+  bool HasReceived(const std::string& method) const;
+
   void Open(const std::string& uri, const std::string& text);
   // Replaces the whole text.
   void Change(const std::string& uri, const std::string& text);

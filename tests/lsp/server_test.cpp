@@ -104,6 +104,20 @@ TEST_F(DiagnosticsTest, AreGivenOnRequest) {
   const Json report = client_.Result("textDocument/diagnostic", {{"textDocument", {{"uri", Uri("shop.xml")}}}});
   EXPECT_EQ(report["kind"], "full");
   EXPECT_THAT(Summaries(report["items"]), ElementsAre(kSmallPrice));
+  client_.Notify("textDocument/didSave", {{"textDocument", {{"uri", Uri("shop.xml")}}}});
+  client_.Result("textDocument/diagnostic", {{"textDocument", {{"uri", Uri("shop.xml")}}}});
+  EXPECT_FALSE(client_.HasReceived("textDocument/publishDiagnostics"));
+  EXPECT_FALSE(client_.HasReceived("workspace/diagnostic/refresh"));
+}
+
+TEST_F(DiagnosticsTest, AreRequestedAgainWhenTheProjectFileChanges) {
+  client_.Initialize(
+      {{"textDocument", {{"diagnostic", Json::object()}}}, {"workspace", {{"diagnostics", {{"refreshSupport", true}}}}}});
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  client_.Open(Uri("korvelcheck.toml"), kProject);
+  EXPECT_EQ(client_.Notification("workspace/diagnostic/refresh"), nullptr);
+  const Json report = client_.Result("textDocument/diagnostic", {{"textDocument", {{"uri", Uri("korvelcheck.toml")}}}});
+  EXPECT_EQ(report["items"], Json::array());
 }
 
 TEST_F(DiagnosticsTest, ShowWaivedFindingsAsInformation) {
