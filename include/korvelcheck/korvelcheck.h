@@ -154,8 +154,8 @@ KC_API int kc_settings_new(kc_settings** settings, kc_error** error);
  *   fail-on         "refused", the default, or "warning": what makes kc_report_info.passes 0
  *   max-findings    "1000", the default: how many findings a report lists
  *
- * A table that is in neither schema has no effect. KC_ERROR_ARGUMENT: an unknown key, or a value that is not allowed; then the
- * settings stay as they were. */
+ * A check fails with KC_ERROR_INPUT if a table with settings is in none of its schemas. KC_ERROR_ARGUMENT: an unknown key, or a
+ * value that is not allowed; then the settings stay as they were. */
 KC_API int kc_settings_set(kc_settings* settings, const char* table, const char* key, const char* value, kc_error** error);
 
 KC_API void kc_settings_free(kc_settings* settings);
@@ -166,9 +166,9 @@ KC_API void kc_settings_free(kc_settings* settings);
  * names, each once; all tables of both schemas if `tables` is NULL and `table_count` is 0. A table that only the old schema has
  * is refused as removed. `settings` may be NULL.
  *
- * KC_OK means that there is a report, not that the change is allowed: see kc_report_info. KC_ERROR_INPUT: a table is in neither
- * schema, or nothing can be compared because no wanted table is in the old schema. Checking allowed tables is linear in their
- * size; a refused table is checked again for each part of its change. */
+ * KC_OK means that there is a report, not that the change is allowed: see kc_report_info. KC_ERROR_INPUT: a table that is named
+ * in `tables` or in the settings is in neither schema, or nothing can be compared because no wanted table is in the old schema.
+ * Checking allowed tables is linear in their size; a refused table is checked again for each part of its change. */
 KC_API int kc_check(const kc_schema* old_schema, const kc_schema* new_schema, const char* const* tables, size_t table_count,
                     const kc_settings* settings, kc_report** report, kc_error** error);
 

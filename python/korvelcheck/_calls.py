@@ -76,7 +76,8 @@ def check(
     Schemas are paths of schema files or images, or Schema objects. A refused change is a report, not an exception. `settings` has keys
     and values of the project file, such as {"created-as": "tlv"}; `table_settings` has settings for single tables by their names.
 
-    Raises SchemaError if a schema cannot be read or is not valid, if a table is in neither schema, or if there is nothing to compare.
+    Raises SchemaError if a schema cannot be read or is not valid, if a table of `tables` or `table_settings` is in neither schema, or if
+    there is nothing to compare.
     Raises ArgumentError for an unknown setting or value.
     """
     if isinstance(tables, str):

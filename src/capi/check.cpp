@@ -3,6 +3,7 @@
 
 #include "base/input_error.h"
 #include "project/check_tables.h"
+#include "schema/selection.h"
 #include "vesk/closed_category.h"
 
 namespace korvel::capi {
@@ -27,18 +28,27 @@ Report NewReport(const Request& request, const std::vector<const Input*>& inputs
   return report;
 }
 
+// Without their settings, tables that are misspelled there would be checked by others.
+void RequireTablesOf(const CheckSettings& settings, const Pair& pair) {
+  std::vector<std::string> names;
+  for (const auto& [name, own] : settings.project.tables) names.push_back(name);
+  RequireTablesOfSettings(pair, names);
+}
+
 }  // namespace
 
 Report RunCheck(const Request& request, const std::vector<const Input*>& inputs) {
   vesk::ClosedCategory log;
   const CheckOptions options = OptionsFor(request, log.handle());
   Report report = NewReport(request, inputs);
+  const Pair pair{*inputs.front(), *inputs.back()};
+  RequireTablesOf(request.settings, pair);
   if (request.IsLint()) {
-    const Input& input = *inputs.front();
-    if (input.tables.empty()) throw ErrorOf({NoTableFault(input)});
-    CheckEachTable(report, {input, input}, {input.tables.begin(), input.tables.end()}, options);
+    const std::vector<std::string_view>& tables = pair.first.tables;
+    if (tables.empty()) throw ErrorOf({NoTableFault(pair.first)});
+    CheckEachTable(report, pair, {tables.begin(), tables.end()}, options);
   } else {
-    CheckWantedTables(report, PairOf(report), options);
+    CheckWantedTables(report, pair, options);
   }
   AddSuggestions(report, true);
   return report;

@@ -12,11 +12,13 @@
 namespace korvel {
 namespace {
 
-std::string UnknownTable(const Pair& pair, const std::string& name) {
+std::string UnknownTable(const Pair& pair, const std::string& name, const std::string& of = "") {
+  const std::string where = &pair.first == &pair.second
+                                ? " is not in " + OneLine(pair.first.name)
+                                : " is neither in " + OneLine(pair.first.name) + " nor in " + OneLine(pair.second.name);
   std::vector<std::string_view> known = pair.first.tables;
   known.insert(known.end(), pair.second.tables.begin(), pair.second.tables.end());
-  return ToolMessage("table " + Quote(name) + " is neither in " + OneLine(pair.first.name) + " nor in " +
-                     OneLine(pair.second.name) + DidYouMean(name, known));
+  return ToolMessage("table " + Quote(name) + of + where + DidYouMean(name, known));
 }
 
 Selection SelectRequested(const Pair& pair, const std::vector<std::string>& requested) {
@@ -66,6 +68,15 @@ std::vector<std::string> SelectFromBoth(const Pair& pair, const std::vector<std:
   std::vector<std::string> tables = SelectFromFirst(pair, requested);
   RequireTables(pair.second, tables);
   return tables;
+}
+
+void RequireTablesOfSettings(const Pair& pair, const std::vector<std::string>& names) {
+  InputError unknown;
+  for (const std::string& name : names) {
+    if (pair.first.HasMeta(name) || pair.second.HasMeta(name)) continue;
+    unknown.lines.push_back(UnknownTable(pair, name, " of the settings"));
+  }
+  if (!unknown.lines.empty()) throw unknown;
 }
 
 void RequireTables(const Source& input, const std::vector<std::string>& names) {

@@ -29,6 +29,9 @@ std::vector<std::string> SelectFromFirst(const Pair& pair, const std::vector<std
 // The same from both files: throws InputError as well if the second file lacks one of the tables.
 std::vector<std::string> SelectFromBoth(const Pair& pair, const std::vector<std::string>& requested);
 
+// Throws InputError if neither schema has a meta of one of these names, for which there are settings, with one line for each.
+void RequireTablesOfSettings(const Pair& pair, const std::vector<std::string>& names);
+
 // Throws InputError if `input` has no meta of one of the names, with one line for each.
 void RequireTables(const Source& input, const std::vector<std::string>& names);
 

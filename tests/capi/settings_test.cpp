@@ -54,6 +54,43 @@ TEST(CApiSettings, TableTakesPrecedence) {
   EXPECT_FALSE(CheckLongerReplays(settings).IsAllowed());
 }
 
+// What a check with settings for a table answers.
+template <class Check>
+std::string ErrorWithTable(const std::string& table, const Check& check) {
+  Settings settings;
+  settings.SetFor("orders", "type", "generic").SetFor(table, "created-as", "tlv");
+  try {
+    check(settings.get());
+  } catch (const korvelcheck::Error& error) {
+    EXPECT_EQ(error.result(), KC_ERROR_INPUT);
+    return error.what();
+  }
+  return "";
+}
+
+// The table would be checked without the settings that are meant for it.
+TEST(CApiSettings, TablesMustExist) {
+  const auto check = [](const kc_settings* settings) {
+    korvelcheck::Check(Example("v6.xml"), Example("v7.xml"), {"customers"}, settings);
+  };
+  const auto lint = [](const kc_settings* settings) { korvelcheck::Lint(Example("v6.xml"), settings); };
+  const auto check_alone = [](const kc_settings* settings) {
+    const korvelcheck::Schema schema = Example("v6.xml");
+    korvelcheck::Check(schema, schema, {}, settings);
+  };
+  EXPECT_EQ(ErrorWithTable("paymets", check),
+            "korvelcheck: table 'paymets' of the settings is neither in v6.xml nor in v7.xml (did you mean 'payments'?)");
+  for (const std::string& error : {ErrorWithTable("paymets", lint), ErrorWithTable("paymets", check_alone)}) {
+    EXPECT_EQ(error, "korvelcheck: table 'paymets' of the settings is not in v6.xml (did you mean 'payments'?)");
+  }
+}
+
+// The old schema has no shipments.
+TEST(CApiSettings, TableMayBeNew) {
+  const auto check = [](const kc_settings* settings) { korvelcheck::Check(Example("v6.xml"), Example("v7.xml"), {}, settings); };
+  EXPECT_EQ(ErrorWithTable("shipments", check), "");
+}
+
 TEST(CApiSettings, InvalidValueChangesNothing) {
   Settings settings;
   settings.Set("server-version", "3.28.0");
