@@ -64,11 +64,11 @@ std::size_t SizeOf(const std::string& path) {
 
 namespace {
 
-OpenFile Take(FileDescriptor descriptor, std::string name, const std::string& path) {
+OpenFile Take(FileDescriptor descriptor, std::string name, const std::string& path, const std::string& allowed) {
   OpenFile file{std::move(name), std::move(descriptor)};
   struct stat status {};
   if (::fstat(file.descriptor.get(), &status) != 0) RefuseFile(file.name, std::strerror(errno));
-  if (S_ISDIR(status.st_mode)) RefuseFile(file.name, "is a directory; allowed: a file, or '-' for standard input");
+  if (S_ISDIR(status.st_mode)) RefuseFile(file.name, "is a directory; allowed: " + allowed);
   if (!S_ISREG(status.st_mode)) return file;
   if (static_cast<std::uintmax_t>(status.st_size) > qmx::kMaxFileBytes) RefuseTooLarge(file.name);
   file.size = static_cast<std::size_t>(status.st_size);
@@ -79,12 +79,14 @@ OpenFile Take(FileDescriptor descriptor, std::string name, const std::string& pa
 
 }  // namespace
 
-OpenFile OpenInput(const std::string& path) { return Take(Open(path, 0), DisplayName(path), path); }
+OpenFile OpenInput(const std::string& path) {
+  return Take(Open(path, 0), DisplayName(path), path, "a file, or '-' for standard input");
+}
 
 OpenFile OpenRegular(const std::string& path) { return TakeRegular(Open(path, O_NONBLOCK), DisplayName(path), path); }
 
 OpenFile TakeRegular(FileDescriptor descriptor, std::string name, const std::string& path) {
-  OpenFile file = Take(std::move(descriptor), std::move(name), path);
+  OpenFile file = Take(std::move(descriptor), std::move(name), path, "a file");
   if (file.state.path.empty()) RefuseFile(file.name, "is not a regular file; allowed: a file");
   return file;
 }
