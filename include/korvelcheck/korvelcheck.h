@@ -113,10 +113,12 @@ typedef struct kc_schema_info {
 } kc_schema_info;
 
 /* Loads the schema in bytes [0, size) of `data`, a schema file in XML or an image; the first bytes decide. Copies the bytes.
- * `name` is used in messages and locations. Relative to the working directory of a program, it also identifies the schema in
- * fingerprints of findings: keep it when a schema moves to another machine, for example "schemas/orders.xml". `data` may be NULL
- * if `size` is 0; that is an invalid schema. KC_ERROR_INPUT: all faults of the schema, with lines and columns. Linear in the
- * size. */
+ * `name` is used in messages and locations, and identifies the schema in fingerprints of findings: keep it when a schema moves to
+ * another machine. The fingerprints are those of the program if `name` is the path of the schema file from the directory of the
+ * project file, or without one from the working directory, as in "schemas/orders.xml": relative, and without symbolic links to
+ * directories. No file is looked up, so other paths to the same file give other fingerprints: of a name that is absolute or leads
+ * out with "..", only the last part counts. `data` may be NULL if `size` is 0; that is an invalid schema. KC_ERROR_INPUT: all
+ * faults of the schema, with lines and columns. Linear in the size. */
 KC_API int kc_schema_load(const char* name, const void* data, size_t size, kc_schema** schema, kc_error** error);
 
 /* The same for the regular file at `path`. The file is read, not mapped: if it shrinks or changes later, the schema stays as it

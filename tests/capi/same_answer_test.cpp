@@ -151,6 +151,48 @@ TEST_F(SameAnswer, ForFilesAndImages) {
   }
 }
 
+// The fingerprint of a refused change between old.xml and new.xml in a directory, as the C interface and the program give it to
+// files of these names; of the C interface, only the names count.
+std::string CApiFingerprint(const std::string& directory) {
+  const auto load = [&](const std::string& name, const char* example) {
+    return Schema::FromMemory(directory + name, cases::ReadFile(kShop + example));
+  };
+  return korvelcheck::Check(load("old.xml", "v6.xml"), load("new.xml", "v7-wider-key.xml")).Findings().at(0).fingerprint;
+}
+
+std::string ProgramFingerprint(const std::string& directory) {
+  const std::string json = tool_test::RunProgram({.arguments = {"check", directory + "old.xml", directory + "new.xml",
+                                                                "--no-project", "--format", "json"},
+                                                  .directory = fs::current_path()})
+                               .out;
+  const std::string key = "\"fingerprint\": \"";
+  const std::size_t begin = json.find(key);
+  return begin == std::string::npos ? "none" : json.substr(begin + key.size(), 16);
+}
+
+TEST_F(SameAnswer, FingerprintsOfNames) {
+  const TemporaryDirectory directory;
+  for (const std::string top : {"/work", "/other"}) {
+    fs::create_directories(directory.path() + top + "/schemas");
+    fs::copy(kShop + "v6.xml", directory.path() + top + "/schemas/old.xml");
+    fs::copy(kShop + "v7-wider-key.xml", directory.path() + top + "/schemas/new.xml");
+  }
+  fs::current_path(directory.path() + "/work");
+  fs::create_symlink("schemas", "link");
+  // Relative paths below the working directory, and all paths of files elsewhere.
+  for (const std::string& name : {std::string("schemas/"), std::string("./schemas/../schemas/"), std::string("../other/schemas/"),
+                                  directory.path() + "/other/schemas/"}) {
+    EXPECT_EQ(CApiFingerprint(name), ProgramFingerprint(name)) << name;
+  }
+  // Other paths to files below the working directory: the program finds out where the file is.
+  for (const std::string& name : {std::string("link/"), std::string("../work/schemas/"), directory.path() + "/work/schemas/"}) {
+    EXPECT_EQ(ProgramFingerprint(name), CApiFingerprint("schemas/")) << name;
+    EXPECT_NE(CApiFingerprint(name), CApiFingerprint("schemas/")) << name;
+  }
+  EXPECT_EQ(CApiFingerprint("/anywhere/"), CApiFingerprint("../"));
+  fs::current_path(KORVEL_SOURCE_DIR);
+}
+
 TEST_F(SameAnswer, ToLint) {
   for (const char* project : {"examples/game", "examples/shop"}) {
     for (const auto& file : fs::directory_iterator(project)) {
