@@ -33,7 +33,7 @@
  *
  * Threads. Schemas, reports and errors never change: threads may use one at once, except to free it. Settings must not be changed
  * while another thread uses them. There is no other shared state. A large check starts threads of its own, at most one for each
- * processor, and waits for them. A thread must not be cancelled inside a call.
+ * processor, and waits for them. A thread must not be cancelled inside a call. A stack of 128 KiB suffices for every call.
  *
  * The library prints nothing, reads no environment variable (its XML parser, expat, reads EXPAT_... for debugging), changes no
  * process-wide state and starts no other program. It reads files in kc_schema_load_file only. Report formats that name files for
