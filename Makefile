@@ -105,8 +105,8 @@ install: ## build and install the tool and the libraries under PREFIX (/usr/loca
 	cmake --build --preset release -j $(JOBS)
 	cmake --install build/release --prefix $(PREFIX)
 
-dist: ## build the release archive, without shared libraries, with its SBOM and checksums, in dist/
-	$(INSTALL_DEPS) example
+dist: ## build the release archive, without shared libraries, with its SBOM, the Python wheel and checksums, in dist/
+	$(INSTALL_DEPS) release
 	scripts/dist $(JOBS)
 
 debian-packages: ## build the Debian packages of HEAD in build/debian, check them and install them in a new system

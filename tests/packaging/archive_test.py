@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tests the release archive that scripts/dist has written: archive_test.py SOURCE_DIRECTORY DIST_DIRECTORY
+"""Tests the release archive and the wheel that scripts/dist has written: archive_test.py SOURCE_DIRECTORY DIST_DIRECTORY
 
 Downloads the schemas of CycloneDX documents with npm, below build/.
 """
@@ -7,13 +7,16 @@ Downloads the schemas of CycloneDX documents with npm, below build/.
 import hashlib
 import json
 import pathlib
+import platform
 import re
 import shutil
 import subprocess
 import sys
 import tarfile
 import tempfile
+import time
 import unittest
+import zipfile
 
 import jsonschema
 
@@ -64,7 +67,8 @@ class Archive(unittest.TestCase):
         sums = dict(reversed(line.split("  ")) for line in (DIST / "SHA256SUMS").read_text().splitlines())
         found = {path.name: hashlib.sha256(path.read_bytes()).hexdigest() for path in DIST.iterdir() if path.name != "SHA256SUMS"}
         self.assertEqual(sums, found)
-        self.assertEqual(set(found), {"COMMIT", self.archive.name, f"{self.name}.cdx.json"})
+        wheel = f"korvelcheck-{self.version}-py3-none-linux_{platform.machine()}.whl"
+        self.assertEqual(set(found), {"COMMIT", self.archive.name, f"{self.name}.cdx.json", wheel})
 
     def test_names_the_commit(self):
         commit = run("git", "describe", "--always", "--abbrev=40", "--exclude=*", "--dirty", cwd=SOURCE)
@@ -127,6 +131,54 @@ class Archive(unittest.TestCase):
         self.assertLessEqual({"libc6-dev", "libstdc++-12-dev"}, names)
         for name in names:
             self.assertTrue((self.tree / f"share/doc/korvelcheck/licenses/{name}.copyright").stat().st_size > 100, name)
+
+
+# Prints the rule that refuses, and where the package is.
+PROGRAM = """
+import korvelcheck, sys
+print([finding.rule for finding in korvelcheck.check(sys.argv[1], sys.argv[2], tables=["orders"]).findings], korvelcheck.__file__)
+"""
+
+
+class Wheel(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.directory = pathlib.Path(tempfile.mkdtemp()).resolve()
+        cls.addClassCleanup(shutil.rmtree, cls.directory)
+        [wheel] = DIST.glob("korvelcheck-*.whl")
+        with zipfile.ZipFile(wheel) as archive:
+            cls.entries = archive.infolist()
+            archive.extractall(cls.directory)
+        cls.library = cls.directory / "korvelcheck/libkorvelcheck.so.0"
+
+    def test_entries_are_those_of_any_machine(self):
+        committed = int(run("git", "log", "-1", "--format=%ct", cwd=SOURCE))
+        for entry in self.entries:
+            self.assertEqual(entry.date_time, time.gmtime(committed - committed % 2)[:6], entry.filename)  # zip counts in steps of 2 s
+            self.assertIn(entry.external_attr >> 16 & 0o777, (0o644, 0o755, 0o664), entry.filename)
+        names = [entry.filename for entry in self.entries if ".dist-info/" not in entry.filename]
+        self.assertEqual(names, sorted(names))
+        self.assertIn("korvelcheck/libkorvelcheck.so.0", names)
+
+    def test_library_needs_only_the_c_and_cpp_libraries(self):
+        needed = re.findall(r"NEEDED.*\[(.*?)\.so", run("readelf", "-d", self.library))
+        self.assertLessEqual(set(needed), {"libstdc++", "libm", "libgcc_s", "libc", "ld-linux-x86-64"})
+        self.assertNotIn(bytes(SOURCE) + b"/", self.library.read_bytes())
+
+    def test_contains_the_licenses_of_the_archive(self):
+        [information] = self.directory.glob("*.dist-info")
+        [archive] = DIST.glob("korvelcheck-*.tar.gz")
+        with tarfile.open(archive) as files:
+            licenses = {pathlib.Path(name).name for name in files.getnames() if "/licenses/" in name}
+        self.assertGreater(len(licenses), 5)
+        for name in licenses | {"LICENSE"}:
+            self.assertGreater((information / name).stat().st_size, 100, name)
+
+    def test_checks_a_change(self):
+        shop = SOURCE / "examples/shop"
+        output = run("/usr/bin/python3", "-B", "-c", PROGRAM, shop / "v6.xml", shop / "v7-wider-key.xml", cwd=self.directory,
+                     env={"PYTHONPATH": str(self.directory)})
+        self.assertEqual(output, f"['primary-key.size'] {self.directory}/korvelcheck/__init__.py\n")
 
 
 if __name__ == "__main__":
