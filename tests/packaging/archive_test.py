@@ -18,6 +18,7 @@ import time
 import unittest
 import zipfile
 
+import counted
 import jsonschema
 
 SOURCE, DIST = (pathlib.Path(path).resolve() for path in sys.argv[1:3])
@@ -182,4 +183,4 @@ class Wheel(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=["archive_test.py"])
+    counted.main("archive_test.py")

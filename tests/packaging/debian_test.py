@@ -11,6 +11,8 @@ import sys
 import tempfile
 import unittest
 
+import counted
+
 SOURCE, PACKAGES = (pathlib.Path(path).resolve() for path in sys.argv[1:3])
 NAMES = ["korvelcheck", "libkorvelcheck-dev", "libkorvelcheck0", "python3-korvelcheck"]
 
@@ -60,7 +62,9 @@ class Packages(unittest.TestCase):
         with tempfile.TemporaryDirectory() as directory:
             base = pathlib.Path(directory)
             base.chmod(0o755)
-            shutil.copytree(PACKAGES, base / "packages")
+            (base / "packages").mkdir()
+            for package in PACKAGES.glob("*.deb"):
+                shutil.copy(package, base / "packages")
             shutil.copytree(SOURCE / "examples/shop", base / "shop")
             (base / "script").write_text(SCRIPT)
             done = subprocess.run(
@@ -76,4 +80,4 @@ class Packages(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=["debian_test.py"])
+    counted.main("debian_test.py")
