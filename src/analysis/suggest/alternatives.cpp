@@ -2,10 +2,8 @@
 #include "analysis/suggest/alternatives.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <limits>
-#include <string_view>
 #include <utility>
 
 #include "analysis/diff/table_attributes.h"
@@ -18,19 +16,7 @@
 namespace korvel {
 namespace {
 
-constexpr std::size_t kMaxNameBytes = 31;
 constexpr std::int32_t kMaxNumber = std::numeric_limits<std::int32_t>::max();
-
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-bool IsNameCharacter(char c) { return IsDigit(c) || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_'; }
-
-// The name with every character that identifiers may not contain replaced.
-std::string IdentifierLike(const std::string& name) {
-  std::string like = name.empty() ? "field" : name;
-  for (char& c : like) c = IsNameCharacter(c) ? c : '_';
-  if (IsDigit(like.front())) like.insert(0, "_");
-  return like.substr(0, kMaxNameBytes);
-}
 
 std::string Text(std::int64_t number) { return std::to_string(number); }
 
@@ -88,7 +74,7 @@ bool Writes(const Respelling& respelling, const std::string& key) {
 }  // namespace
 
 AlternativeMaker::AlternativeMaker(const Difference& difference, const Settings& settings, const ReservedFields* reserved)
-    : difference_(difference), settings_(settings), reserved_(reserved) {
+    : difference_(difference), settings_(settings), names_(old_metas_, new_metas_, reserved) {
   const Model& old_model = difference.old_model();
   const Model& new_model = difference.new_model();
   version_ = std::max<std::int64_t>(new_model.version, std::int64_t{old_model.version} + 1);
@@ -146,8 +132,8 @@ std::vector<Alternative> AlternativeMaker::OfAdded(const Edit& edit) {
         {[edit](ModelEditor& editor) { editor.MoveToEnd(edit.meta, edit.item); }, "move " + name + " after all other fields"});
   }
   const bool needs_id = entry->id < 0 && difference_.old_model().protocol == qmx::Protocol::kTlv;
-  if (needs_id || (entry->id >= 0 && UsedIn(edit.meta).old_ids.contains(entry->id))) {
-    const std::int32_t id = NextId(edit.meta);
+  if (needs_id || (entry->id >= 0 && names_.IsOldId(edit.meta, entry->id))) {
+    const std::int32_t id = names_.NextId(edit.meta);
     parts.push_back({[edit, id](ModelEditor& editor) {
                        if (EntryModel* field = editor.Find(edit.meta, edit.item)) field->id = id;
                      },
@@ -164,7 +150,7 @@ std::vector<Alternative> AlternativeMaker::OfAdded(const Edit& edit) {
   }
   // Last, because the other parts find the field by its old name.
   if (const std::string like = IdentifierLike(edit.item); like != edit.item) {
-    const std::string unused = UniqueName(edit.meta, like);
+    const std::string unused = names_.UniqueName(edit.meta, like);
     parts.push_back(
         {[edit, unused](ModelEditor& editor) { editor.Rename(edit.meta, edit.item, unused); }, "rename it to " + unused});
   }
@@ -235,10 +221,10 @@ const AlternativeMaker::ReplacementField& AlternativeMaker::ReplacementFieldOf(c
   replacement.is_possible = true;
   replacement.entry = *new_entry;
   // A name of the old schema belongs to a field that may be kept, too.
-  const bool is_free = !UsedIn(edit.meta).old_names.contains(new_entry->name);
-  if (!is_free) replacement.entry.name = UniqueName(edit.meta, IdentifierLike(new_entry->name + "_2"));
+  const bool is_free = !names_.IsOldName(edit.meta, new_entry->name);
+  if (!is_free) replacement.entry.name = names_.UniqueName(edit.meta, IdentifierLike(new_entry->name + "_2"));
   replacement.entry.version = static_cast<std::int32_t>(version_);
-  if (new_entry->id >= 0) replacement.entry.id = NextId(edit.meta);
+  if (new_entry->id >= 0) replacement.entry.id = names_.NextId(edit.meta);
   replacement.counter = CounterLike(edit.meta, new_entry->refer);
   if (replacement.counter) replacement.entry.refer = replacement.counter->name;
   return replacement;
@@ -265,50 +251,10 @@ std::optional<EntryModel> AlternativeMaker::CounterLike(const std::string& meta,
   const auto like = std::ranges::find(entries, refer, &EntryModel::name);
   if (refer.empty() || like == entries.end() || added_.contains({meta, refer})) return std::nullopt;
   EntryModel counter = *like;
-  counter.name = UniqueName(meta, IdentifierLike(like->name + "_2"));
+  counter.name = names_.UniqueName(meta, IdentifierLike(like->name + "_2"));
   counter.version = static_cast<std::int32_t>(version_);
-  if (like->id >= 0) counter.id = NextId(meta);
+  if (like->id >= 0) counter.id = names_.NextId(meta);
   return counter;
-}
-
-AlternativeMaker::UsedNames& AlternativeMaker::UsedIn(const std::string& meta) {
-  const auto [found, is_new] = used_.try_emplace(meta);
-  UsedNames& used = found->second;
-  if (!is_new) return used;
-  for (const auto* metas : {&old_metas_, &new_metas_}) {
-    const auto side = metas->find(meta);
-    if (side == metas->end()) continue;
-    for (const EntryModel& entry : side->second->entries) {
-      used.names.insert(entry.name);
-      used.largest_id = std::max(used.largest_id, entry.id);
-      if (metas != &old_metas_) continue;
-      used.old_names.insert(entry.name);
-      used.old_ids.insert(entry.id);
-    }
-  }
-  if (reserved_ == nullptr || !reserved_->contains(meta)) return used;
-  const auto& [names, ids] = reserved_->at(meta);
-  used.names.insert(names.begin(), names.end());
-  used.old_names.insert(names.begin(), names.end());
-  used.old_ids.insert(ids.begin(), ids.end());
-  if (!ids.empty()) used.largest_id = std::max(used.largest_id, *ids.rbegin());
-  return used;
-}
-
-std::string AlternativeMaker::UniqueName(const std::string& meta, const std::string& wanted) {
-  UsedNames& used = UsedIn(meta);
-  std::string name = wanted;
-  for (std::int64_t number = 2; !used.names.insert(name).second; ++number) {
-    const std::string suffix = "_" + Text(number);
-    name = wanted.substr(0, kMaxNameBytes - suffix.size()) + suffix;
-  }
-  return name;
-}
-
-std::int32_t AlternativeMaker::NextId(const std::string& meta) {
-  UsedNames& used = UsedIn(meta);
-  if (used.largest_id < kMaxNumber) ++used.largest_id;
-  return used.largest_id;
 }
 
 const EntryModel* AlternativeMaker::EntryAt(const Model& model, const Location& location) const {

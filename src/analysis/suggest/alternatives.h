@@ -12,6 +12,7 @@
 
 #include "analysis/diff/diff.h"
 #include "analysis/suggest/model_editor.h"
+#include "analysis/suggest/unused_names.h"
 #include "schema/reserved_fields.h"
 #include "schema/settings.h"
 
@@ -33,19 +34,14 @@ struct Alternative {
 class AlternativeMaker {
  public:
   AlternativeMaker(const Difference& difference, const Settings& settings, const ReservedFields* reserved = nullptr);
+  AlternativeMaker(const AlternativeMaker&) = delete;
+  AlternativeMaker& operator=(const AlternativeMaker&) = delete;
 
   // The alternatives to an edit of the difference, those that change least first. Empty for kinds of edits that can only be made
   // or left out. A repeated call for an edit may propose another name or id.
   std::vector<Alternative> AlternativesOf(const Edit& edit);
 
  private:
-  // Names and ids that a meta uses, on both sides together, or that are reserved, which counts as old.
-  struct UsedNames {
-    std::set<std::string> names;
-    std::set<std::string> old_names;
-    std::set<std::int32_t> old_ids;
-    std::int32_t largest_id = -1;
-  };
   // A new field that takes the new values, while the old field is kept.
   struct ReplacementField {
     EntryModel entry;
@@ -57,11 +53,6 @@ class AlternativeMaker {
   std::vector<Alternative> OfChanged(const Edit& edit);
   std::vector<Alternative> OfAttribute(const Edit& edit) const;
 
-  UsedNames& UsedIn(const std::string& meta);
-  // `wanted` if it is unused, else with a number appended, cut to the longest allowed length. Marks the result as used.
-  std::string UniqueName(const std::string& meta, const std::string& wanted);
-  // An id above all ids of the meta, marked as used; the largest id once none is left.
-  std::int32_t NextId(const std::string& meta);
   const ReplacementField& ReplacementFieldOf(const Edit& edit);
   // Whether the primary key of the table, which has the old field of the edit, is as before if this field is kept: nothing else
   // changes it.
@@ -74,15 +65,14 @@ class AlternativeMaker {
 
   const Difference& difference_;
   const Settings& settings_;
-  const ReservedFields* reserved_;
-  std::map<std::string, const MetaModel*> old_metas_;
-  std::map<std::string, const MetaModel*> new_metas_;
+  MetasByName old_metas_;
+  MetasByName new_metas_;
+  UnusedNames names_;  // reads old_metas_ and new_metas_
   std::map<std::uint32_t, const MetaModel*> old_positions_;
   std::map<std::uint32_t, const MetaModel*> new_positions_;
   std::map<std::pair<std::string, std::string>, std::vector<std::size_t>> edits_of_;  // of old fields, by meta and name
   std::set<std::pair<std::string, std::string>> added_;                               // new fields, likewise
   std::set<std::string> changed_keys_;                                                // metas with an edit of the primary key
-  std::map<std::string, UsedNames> used_;                                             // by meta
   std::map<std::string, ReplacementField> replacements_;                              // by meta and item
   std::int64_t version_;  // of new fields: above the old library's version
 };

@@ -1,13 +1,11 @@
 // Turns matches of the catalog into findings: their edits, paths, locations and suggestions. Tested by tests/cases/warnings.
 #include "analysis/warnings/warnings.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -16,6 +14,7 @@
 #include "analysis/findings/suggestion_text.h"
 #include "analysis/warnings/advice_matches.h"
 #include "analysis/warnings/advice_paths.h"
+#include "analysis/warnings/element_refusals.h"
 #include "analysis/warnings/ignored_attributes.h"
 #include "base/text.h"
 #include "common/meta_view.h"
@@ -176,51 +175,6 @@ std::string ItemOf(const AdviceMatch& match) {
 
 // --- Findings ---
 
-// The findings about refused edits, to look up those of the same element.
-class Refusals {
- public:
-  explicit Refusals(const Changes* changes) {
-    for (std::size_t i = 0; changes != nullptr && i < changes->findings.size(); ++i) {
-      for (const std::size_t edit : changes->findings[i].edits) AddRefusal(changes->edits[edit], i);
-    }
-  }
-
-  // Positions in Changes::findings.
-  std::vector<std::size_t> Of(const Edit& edit) const {
-    auto found = by_element_.find(ElementOf(edit));
-    if (found == by_element_.end() && edit.kind == EditKind::kEntryRefer) found = by_element_.find(CounterOf(edit));
-    return found == by_element_.end() ? std::vector<std::size_t>() : found->second;
-  }
-
- private:
-  // An entry, whatever changes about it; or a kind of edit of the library, meta or index.
-  using Element = std::tuple<std::optional<EditKind>, std::string, std::string>;
-
-  static Element ElementOf(const Edit& edit) {
-    return {IsOfEntry(edit.kind) ? std::nullopt : std::optional(edit.kind), edit.meta, edit.item};
-  }
-
-  // A counter with another name. `edit` renames it, or gives an entry the counter of the new name instead of that of the old one.
-  static Element CounterOf(const Edit& edit) { return {EditKind::kEntryRefer, edit.meta, edit.before + '\0' + edit.after}; }
-
-  // A warning may be about the old or the new name of a renamed entry, or about an entry that it counts.
-  void AddRefusal(const Edit& edit, std::size_t finding) {
-    Element element = ElementOf(edit);
-    Add(element, finding);
-    if (edit.kind != EditKind::kEntryRenamed) return;
-    std::get<2>(element) = edit.after;
-    Add(element, finding);
-    Add(CounterOf(edit), finding);
-  }
-
-  void Add(const Element& element, std::size_t finding) {
-    std::vector<std::size_t>& refusals = by_element_[element];
-    if (refusals.empty() || refusals.back() != finding) refusals.push_back(finding);
-  }
-
-  std::map<Element, std::vector<std::size_t>> by_element_;
-};
-
 class AdviceWriter {
  public:
   AdviceWriter(const TableContext& context, const Changes* changes)
@@ -280,7 +234,7 @@ class AdviceWriter {
   }
 
   const TableContext& context_;
-  Refusals refusals_;
+  ElementRefusals refusals_;
   MetaModels old_metas_;
   MetaModels new_metas_;
   AdvicePaths paths_;
