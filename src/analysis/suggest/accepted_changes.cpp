@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "analysis/diff/diff.h"
+#include "analysis/suggest/merged_model.h"
 #include "analysis/suggest/rewrite.h"
 #include "schema/model.h"
 
@@ -23,30 +24,15 @@ Model ApplyAccepted(const Difference& difference, const std::set<AcceptedEdit>& 
   return difference.Apply(chosen);
 }
 
-// What differs from a source in any of several tables.
-class ChangedParts {
- public:
-  explicit ChangedParts(const Source& source) : present_(source), model_(present_.head()) {}
-
-  void Add(Model wanted) {
-    const Model& head = present_.head();
-    if (wanted.name != head.name) model_.name = std::move(wanted.name);
-    if (wanted.version != head.version) model_.version = wanted.version;
-    if (wanted.protocol != head.protocol) model_.protocol = wanted.protocol;
-    for (MetaModel& meta : wanted.metas) {
-      const MetaModel* const present = present_.Find(meta.name);
-      if (present != nullptr && *present == meta) continue;
-      if (names_.insert(meta.name).second) model_.metas.push_back(std::move(meta));
-    }
-  }
-
-  const Model& model() const { return model_; }
-
- private:
-  MetaCache present_;
-  Model model_;
-  std::set<std::string> names_;
-};
+// Adds what differs from the source in a table.
+void Add(Model wanted, MergedModel& changed) {
+  Model& model = changed.model();
+  const Model& head = changed.head();
+  if (wanted.name != head.name) model.name = std::move(wanted.name);
+  if (wanted.version != head.version) model.version = wanted.version;
+  if (wanted.protocol != head.protocol) model.protocol = wanted.protocol;
+  changed.AddChanged(std::move(wanted.metas));
+}
 
 void Add(const UsedFields& used, UsedFields& all) {
   all.names.insert(used.names.begin(), used.names.end());
@@ -59,8 +45,9 @@ AcceptedEdit AcceptedEditOf(const Edit& edit) { return {edit.kind, edit.meta, ed
 
 std::optional<Source> WithAccepted(const Source& old_source, const Source& new_source, const std::vector<std::string>& tables,
                                    const std::set<AcceptedEdit>& accepted) {
-  ChangedParts changed(old_source);
-  for (const std::string& table : tables) changed.Add(ApplyAccepted(Difference(old_source, new_source, table), accepted));
+  MetaCache present(old_source);
+  MergedModel changed(present);
+  for (const std::string& table : tables) Add(ApplyAccepted(Difference(old_source, new_source, table), accepted), changed);
   const auto replacements = Rewriter(old_source, new_source).Rewrite(changed.model());
   if (!replacements) return std::nullopt;
   std::optional<Source> result = SourceOfText(old_source.name, ApplyReplacements(old_source.text->Bytes(), *replacements));

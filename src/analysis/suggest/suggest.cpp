@@ -13,6 +13,7 @@
 #include "analysis/findings/findings.h"
 #include "analysis/findings/run_checker.h"
 #include "analysis/suggest/known_warnings.h"
+#include "analysis/suggest/merged_model.h"
 #include "analysis/suggest/restored_names.h"
 #include "analysis/suggest/rewrite.h"
 #include "analysis/suggest/suggestions.h"
@@ -24,30 +25,15 @@ namespace {
 // Tables that share structures usually settle in two or three rounds.
 constexpr int kMaxRounds = 8;
 
-// The models of several tables as one. If two tables want to change a structure, the first one wins; the next round checks the
-// other table against the result.
-class Merged {
- public:
-  explicit Merged(MetaCache& present) : present_(present), model_(present.head()) {}
-
-  void Add(Model wanted) {
-    if (model_.protocol == present_.head().protocol) model_.protocol = wanted.protocol;
-    if (model_.name == present_.head().name) model_.name = wanted.name;
-    model_.version = std::max(model_.version, wanted.version);
-    for (MetaModel& meta : wanted.metas) {
-      const MetaModel* const present = present_.Find(meta.name);
-      if (present != nullptr && *present == meta) continue;
-      if (names_.insert(meta.name).second) model_.metas.push_back(std::move(meta));
-    }
-  }
-
-  const Model& model() const { return model_; }
-
- private:
-  MetaCache& present_;
-  Model model_;
-  std::set<std::string> names_;
-};
+// Adds the model of a table. If two tables want to change a structure, the first one wins; the next round checks the other table
+// against the result.
+void Add(Model wanted, MergedModel& merged) {
+  Model& model = merged.model();
+  if (model.protocol == merged.head().protocol) model.protocol = wanted.protocol;
+  if (model.name == merged.head().name) model.name = wanted.name;
+  model.version = std::max(model.version, wanted.version);
+  merged.AddChanged(std::move(wanted.metas));
+}
 
 // Whether a source has the metas of a model.
 bool Matches(const Source& source, const Model& wanted) {
@@ -96,10 +82,10 @@ class Rounds {
 
   Round Run(const Source& source, const std::vector<OpenTable>& tables) {
     MetaCache present(source);
-    Merged merged(present);
+    MergedModel merged(present);
     for (const OpenTable& table : tables) {
       Suggestion suggestion = SuggestFor(source, table);
-      if (suggestion.allowed) merged.Add(std::move(suggestion.model));
+      if (suggestion.allowed) Add(std::move(suggestion.model), merged);
     }
     const auto replacements = Rewriter(source, old_source_).Rewrite(merged.model());
     if (!replacements) return {std::nullopt, false};
