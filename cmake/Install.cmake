@@ -37,9 +37,23 @@ function(korvel_install library description)
   install(FILES ${PROJECT_BINARY_DIR}/${output}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endfunction()
 
-install(DIRECTORY include/qmx include/vesk ${PROJECT_BINARY_DIR}/include/common DESTINATION ${KORVEL_INSTALL_HEADERS})
-install(DIRECTORY examples/embed examples/embed-cpp examples/embed-go examples/embed-java examples/embed-own-store
-  examples/embed-python examples/shop DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
+# The headers and examples of the libraries that are built. The checker alone needs what a store implements.
+install(DIRECTORY ${PROJECT_BINARY_DIR}/include/common DESTINATION ${KORVEL_INSTALL_HEADERS})
+set(examples embed-own-store)
+if(KORVEL_CORE_ONLY)
+  foreach(header qmx/qmx_metalib_kernel.h qmx/qmx_types.h vesk/closed_category.h vesk/vesk_category.h vesk/vesk_event.h)
+    cmake_path(GET header PARENT_PATH directory)
+    install(FILES include/${header} DESTINATION ${KORVEL_INSTALL_HEADERS}/${directory})
+  endforeach()
+else()
+  install(DIRECTORY include/qmx include/vesk DESTINATION ${KORVEL_INSTALL_HEADERS})
+  list(APPEND examples embed-cpp shop)
+  if(KORVEL_PROGRAM)  # with the C interface
+    list(APPEND examples embed embed-go embed-java embed-python)
+  endif()
+endif()
+list(TRANSFORM examples PREPEND examples/)
+install(DIRECTORY ${examples} DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
 configure_package_config_file(cmake/korvelcheckConfig.cmake.in ${PROJECT_BINARY_DIR}/korvelcheckConfig.cmake
   INSTALL_DESTINATION ${KORVEL_INSTALL_PACKAGE} NO_SET_AND_CHECK_MACRO)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/korvelcheckConfigVersion.cmake COMPATIBILITY SameMinorVersion)

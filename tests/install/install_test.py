@@ -219,5 +219,35 @@ class Subdirectory(unittest.TestCase):
         self.assertIn(REFUSAL, run(build / "embed_own_store", status=1))
 
 
+class CoreOnly(unittest.TestCase):
+    """An installation of the checker alone."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.home = pathlib.Path(tempfile.mkdtemp()).resolve()
+        cls.addClassCleanup(shutil.rmtree, cls.home)
+        cls.prefix = cls.home / "prefix"
+        run("cmake", "-G", "Ninja", "-S", SOURCE, "-B", cls.home / "build", "-DKORVEL_CORE_ONLY=ON", "-DCMAKE_BUILD_TYPE=Debug")
+        run("ninja", "-C", cls.home / "build")
+        run("cmake", "--install", cls.home / "build", "--prefix", cls.prefix)
+
+    def test_installs_what_the_checker_needs(self):
+        headers = self.prefix / "include/korvelcheck"
+        installed = {str(path.relative_to(headers)) for path in self.prefix.glob("include/**/*.h")}
+        store = {"qmx/qmx_metalib_kernel.h", "qmx/qmx_types.h", "vesk/closed_category.h", "vesk/vesk_category.h", "vesk/vesk_event.h"}
+        self.assertEqual(installed, store | {f"common/{name}" for name in CHECKER_HEADERS})
+        for path in installed:
+            run(OTHER_COMPILER, *WARNINGS, "-fsyntax-only", "-I", headers, "-include", path, "-x", "c++", os.devnull)
+        self.assertEqual(os.listdir(self.prefix / "lib/pkgconfig"), ["korvelcheck-core.pc"])
+
+    def test_every_example_works(self):
+        examples = self.prefix / "share/doc/korvelcheck/examples"
+        self.assertEqual(os.listdir(examples), ["embed-own-store"])
+        build = self.home / "build-example"
+        run("cmake", "-S", examples / "embed-own-store", "-B", build, f"-DCMAKE_PREFIX_PATH={self.prefix}")
+        run("cmake", "--build", build)
+        self.assertIn(REFUSAL, run(build / "embed_own_store", status=1))
+
+
 if __name__ == "__main__":
     unittest.main(argv=[sys.argv[0], *sys.argv[3:]])
