@@ -3,7 +3,7 @@
 include(${CMAKE_CURRENT_LIST_DIR}/Install.cmake)
 
 # The public headers of src/common, apart from the private ones.
-foreach(header check_table.h modify_table.h result_codes.h text_helpers.h)
+foreach(header check_table.h modify_table.h refusal_row.h result_codes.h text_helpers.h)
   configure_file(src/common/${header} ${PROJECT_BINARY_DIR}/include/common/${header} COPYONLY)
 endforeach()
 

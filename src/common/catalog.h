@@ -4,14 +4,9 @@
 #include <span>
 #include <string_view>
 
-namespace korvel {
+#include "common/refusal_row.h"
 
-struct RefusalRow {
-  const char* id;       // "primary-key.count"
-  int code;             // what the refusing operation returns; 0 = the code of the rule it reports
-  const char* text;     // a format
-  const char* summary;  // one line: what is refused
-};
+namespace korvel {
 
 // All rows, ordered by family.
 std::span<const RefusalRow* const> AllRefusals();

@@ -18,7 +18,7 @@ COMPILERS = [compiler for compiler in ("g++", "clang++") if shutil.which(compile
 OTHER_COMPILER = COMPILERS[-1]  # docs/embedding.md uses gcc
 WARNINGS = "-std=c++17 -pedantic-errors -Wall -Wextra -Wconversion -Wshadow -Werror".split()
 COMPONENTS = ["korvelcheck-core", "korvelcheck-qmx", "korvelcheck-vesk"]
-CHECKER_HEADERS = ["check_table.h", "modify_table.h", "result_codes.h", "text_helpers.h"]
+CHECKER_HEADERS = ["check_table.h", "modify_table.h", "refusal_row.h", "result_codes.h", "text_helpers.h"]
 
 SHOP = SOURCE / "examples/shop"
 CHANGE = [SHOP / "v6.xml", SHOP / "v7-wider-key.xml", "orders"]
@@ -32,6 +32,19 @@ foreach(name core qmx vesk korvelcheck)
   endif()
 endforeach()
 message(STATUS "${found}")
+"""
+# Prints the rule that refused.
+RULE = """#include <cstdio>
+
+#include "common/modify_table.h"
+#include "common/refusal_row.h"
+
+int main() {
+  ModifyTable checker;
+  checker.ComparePrimaryKey(nullptr, nullptr, nullptr);
+  const korvel::RefusalRow* const rule = checker.GetRefusal();
+  std::printf("%s: %s", rule->id, rule->summary);
+}
 """
 # Calls the main function of an example that was compiled into a library.
 CALLER = "int Check(int, char**);\nint main(int argc, char** argv) { return Check(argc, argv); }\n"
@@ -152,6 +165,13 @@ class Programs(Installed):
                 "-Wl,--no-whole-archive", "-o", library)  # fmt: skip
             run(compiler, *WARNINGS, caller, library, "-o", program)
             self.assertEqual(run(program, *CHANGE, cwd=self.home, status=1), REFUSAL)
+
+    def test_names_the_rule_that_refused(self):
+        program = self.home / "rule"
+        source = program.with_suffix(".cpp")
+        source.write_text(RULE, encoding="utf-8")
+        run("g++", *WARNINGS, source, *self.pkg_config("--cflags", "--libs", *COMPONENTS), "-o", program)
+        self.assertEqual(run(program), "arguments.meta: a structure is missing, or a field no longer holds a structure")
 
     def test_checker_alone_with_pkg_config(self):
         sources = sorted((self.home / "embed-own-store").glob("*.cpp"))
