@@ -96,13 +96,20 @@ std::string OpenProject::StateOf(const std::string& file) const {
   return document == nullptr ? StateOfDisk(file) : document->good_text;
 }
 
+// A directory without a project file may get one.
 void OpenProject::RememberFiles() {
-  for (const std::string& file : set_->Files()) files_.emplace(file, StateOf(file));
+  const auto remember = [&](const std::string& file) { files_.emplace(file, StateOf(file)); };
+  remember(kProjectFileName);
+  std::ranges::for_each(set_->Files(), remember);
+  for (const ProjectCheck& check : checks_) {
+    for (const std::string& path : check.states.projects->LookedFor()) remember((fs::path(check.states.top) / path).string());
+  }
 }
 
 bool OpenProject::IsCurrent() const {
   const auto is_same = [&](const auto& file) { return StateOf(file.first) == file.second; };
-  return std::ranges::all_of(files_, is_same) && references_ == References();
+  const auto is_commit = [](const ProjectCheck& check) { return check.states.baseline.revision.has_value(); };
+  return std::ranges::all_of(files_, is_same) && (std::ranges::none_of(checks_, is_commit) || references_ == References());
 }
 
 }  // namespace korvel::lsp

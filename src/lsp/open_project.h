@@ -28,7 +28,8 @@ class OpenProject {
   OpenProject(const OpenProject&) = delete;
   OpenProject& operator=(const OpenProject&) = delete;
 
-  // Whether nothing it was loaded from has changed: commits, branches and tags, project files. Runs git.
+  // Whether nothing it was loaded from has changed: project files; commits, branches and tags if a baseline is one of them. Then
+  // it runs git.
   bool IsCurrent() const;
 
   // Null without one.
@@ -41,7 +42,7 @@ class OpenProject {
   std::vector<ProjectCheck>& checks() { return checks_; }
   Links links() const { return options_.links; }
 
-  // A check may have found nested project files, which count from now on.
+  // A check may have looked for nested project files, which count from now on.
   void RememberFiles();
 
  private:
@@ -56,7 +57,7 @@ class OpenProject {
   std::unique_ptr<ProjectSet> set_;
   std::vector<ProjectCheck> checks_;
   std::string references_;                    // of the repository
-  std::map<std::string, std::string> files_;  // project files with their states
+  std::map<std::string, std::string> files_;  // project files with their states: existing and possible ones
 };
 
 }  // namespace korvel::lsp

@@ -40,6 +40,12 @@ const ProjectScope& NearestProjects::Of(const std::string& path) {
   return projects_.is_searched() ? In(DirectoryOf(path)) : of_call_;
 }
 
+std::vector<std::string> NearestProjects::LookedFor() const {
+  std::vector<std::string> paths;
+  for (const auto& [directory, scope] : directories_) paths.push_back(PrefixOf(directory) + kProjectFileName);
+  return paths;
+}
+
 void NearestProjects::RequireNoFaults() const {
   InputError error;
   for (const ProjectFault& fault : faults_) error.lines.insert(error.lines.end(), fault.lines.begin(), fault.lines.end());

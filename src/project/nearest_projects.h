@@ -88,6 +88,9 @@ class NearestProjects {
   ProjectSet& projects() { return projects_; }
   const std::deque<ProjectScope>& nested() const { return nested_; }
 
+  // The paths of the project files that it has looked for so far, from the top, whether they exist or not.
+  std::vector<std::string> LookedFor() const;
+
   // The project files with errors, in the order in which they were found.
   const std::vector<ProjectFault>& faults() const { return faults_; }
   // Throws InputError if there are any, with all of their lines.

@@ -1,0 +1,186 @@
+// Diagnostics while the repository, the project files and the files on the disk change, and in repositories of unusual forms.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "server_fixture.h"
+
+namespace lsp_test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr char kRefused[] = "3:30 1 field.size";
+constexpr char kFailed[] = "0:0 1 check.failed";
+
+class SituationsTest : public ServerTest {
+ protected:
+  SituationsTest() { client_.Initialize(); }
+
+  Json Pull(const std::string& file) {
+    return client_.Result("textDocument/diagnostic", {{"textDocument", {{"uri", Uri(file)}}}}).at("items");
+  }
+
+  // "LINE:CHARACTER SEVERITY CODE" of each diagnostic, requested now.
+  std::vector<std::string> Found(const std::string& file) {
+    std::vector<std::string> found;
+    for (const Json& one : Pull(file)) {
+      const Json& begin = one.at("range").at("start");
+      found.push_back(std::to_string(begin.at("line").get<int>()) + ":" + std::to_string(begin.at("character").get<int>()) + " " +
+                      std::to_string(one.at("severity").get<int>()) + " " + one.at("code").get<std::string>());
+    }
+    return found;
+  }
+
+  void MakeDirectory(const std::string& directory) const { std::filesystem::create_directories(PathOf(directory)); }
+  void Remove(const std::string& file) const { std::filesystem::remove_all(PathOf(file)); }
+
+  Client client_;
+};
+
+TEST_F(SituationsTest, FollowsCommits) {
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  EXPECT_THAT(Found("shop.xml"), ElementsAre(kRefused));
+  Write("shop.xml", SmallPrice());
+  Commit("Reduce the price");
+  EXPECT_THAT(Found("shop.xml"), IsEmpty());
+  Git({"checkout", "-q", "-b", "other", "HEAD~1"});
+  EXPECT_THAT(Found("shop.xml"), ElementsAre(kRefused));
+  Write("shop.xml", SmallPrice());
+  Git({"commit", "-q", "-a", "--amend", "-m", "Add shop with a small price"});
+  EXPECT_THAT(Found("shop.xml"), IsEmpty());
+  Git({"checkout", "-q", "--detach", "main~1"});
+  EXPECT_THAT(Found("shop.xml"), ElementsAre(kRefused));
+}
+
+TEST_F(SituationsTest, FollowsTags) {
+  Write("korvelcheck.toml", Replaced(kProject, "git:HEAD", "git-tag:v*"));
+  Git({"tag", "v1"});
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  EXPECT_THAT(Found("shop.xml"), ElementsAre(kRefused));
+  Write("shop.xml", SmallPrice());
+  Commit("Reduce the price");
+  EXPECT_THAT(Found("shop.xml"), ElementsAre(kRefused));
+  Git({"tag", "v2"});
+  EXPECT_THAT(Found("shop.xml"), IsEmpty());
+}
+
+TEST_F(SituationsTest, FollowsProjectFilesOnTheDisk) {
+  Remove("korvelcheck.toml");
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  EXPECT_THAT(Found("shop.xml"), IsEmpty());
+  Write("korvelcheck.toml", kProject);
+  EXPECT_THAT(Found("shop.xml"), ElementsAre(kRefused));
+  Write("korvelcheck.toml", "[schemas]\nagainst = 7\n");
+  EXPECT_THAT(Found("shop.xml"), ElementsAre(kFailed));
+  Write("korvelcheck.toml", kProject);
+  EXPECT_THAT(Found("shop.xml"), ElementsAre(kRefused));
+  Remove("korvelcheck.toml");
+  EXPECT_THAT(Found("shop.xml"), IsEmpty());
+}
+
+constexpr char kWaiver[] =
+    "[schemas]\npaths = [\"*.xml\"]\n"
+    "[[waivers]]\nrule = \"field.size\"\ntable = \"items\"\nentry = \"price\"\nreason = \"no records yet\"\nuntil = "
+    "\"2999-01-31\"\n";
+
+TEST_F(SituationsTest, FollowsNestedProjectFiles) {
+  MakeDirectory("sub");
+  Write("korvelcheck.toml", Replaced(kProject, "*.xml", "**/*.xml"));
+  Write("sub/shop.xml", kShop);
+  Commit("Add another shop");
+  client_.Open(Uri("sub/shop.xml"), SmallPrice());
+  EXPECT_THAT(Found("sub/shop.xml"), ElementsAre(kRefused));
+  Write("sub/korvelcheck.toml", kWaiver);
+  EXPECT_THAT(Found("sub/shop.xml"), ElementsAre("3:30 3 field.size"));
+  Write("sub/korvelcheck.toml", Replaced(kWaiver, "price", "number"));
+  EXPECT_THAT(Found("sub/shop.xml"), ElementsAre(kRefused));
+  Write("sub/korvelcheck.toml", kWaiver);
+  EXPECT_THAT(Found("sub/shop.xml"), ElementsAre("3:30 3 field.size"));
+  // It judges only the files below it.
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  EXPECT_THAT(Found("shop.xml"), ElementsAre(kRefused));
+  Remove("sub/korvelcheck.toml");
+  EXPECT_THAT(Found("sub/shop.xml"), ElementsAre(kRefused));
+}
+
+TEST_F(SituationsTest, ComparesAMovedFileWithItsOldPath) {
+  Git({"mv", "shop.xml", "market.xml"});
+  client_.Open(Uri("market.xml"), SmallPrice());
+  EXPECT_THAT(Found("market.xml"), ElementsAre(kRefused));
+}
+
+TEST_F(SituationsTest, ChecksAFileThatWasOpenedThroughALink) {
+  MakeDirectory("elsewhere");
+  std::filesystem::create_directory_symlink(PathOf(""), PathOf("elsewhere/link"));
+  client_.Open(Uri("elsewhere/link/shop.xml"), SmallPrice());
+  EXPECT_THAT(Found("elsewhere/link/shop.xml"), ElementsAre(kRefused));
+}
+
+TEST_F(SituationsTest, ComparesWithADirectory) {
+  MakeDirectory("store");
+  MakeDirectory("released");
+  Remove("korvelcheck.toml");
+  Write("store/korvelcheck.toml", Replaced(kProject, "git:HEAD", "../released"));
+  Write("released/shop.xml", kShop);
+  Write("store/shop.xml", kShop);
+  client_.Open(Uri("store/shop.xml"), SmallPrice());
+  EXPECT_THAT(Found("store/shop.xml"), ElementsAre(kRefused));
+  Write("released/shop.xml", SmallPrice());
+  EXPECT_THAT(Found("store/shop.xml"), IsEmpty());
+  Remove("released");
+  EXPECT_THAT(Found("store/shop.xml"), ElementsAre(kFailed));
+}
+
+TEST_F(SituationsTest, SaysThatTheRepositoryIsBroken) {
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  const std::string head = Read(".git/HEAD");
+  Write(".git/HEAD", "nothing\n");
+  EXPECT_THAT(Found("shop.xml"), ElementsAre(kFailed));
+  Write(".git/HEAD", head);
+  EXPECT_THAT(Found("shop.xml"), ElementsAre(kRefused));
+  Write(".git/HEAD", "nothing\n");
+  EXPECT_THAT(Found("shop.xml"), ElementsAre(kFailed));
+}
+
+TEST_F(SituationsTest, SaysThatGitIsMissing) {
+  const std::string path = std::getenv("PATH");
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  EXPECT_THAT(Found("shop.xml"), ElementsAre(kRefused));
+  ::setenv("PATH", "/nonexistent", 1);
+  const Json diagnostics = Pull("shop.xml");
+  ::setenv("PATH", path.c_str(), 1);
+  ASSERT_EQ(diagnostics.size(), 1U);
+  EXPECT_THAT(diagnostics[0]["message"], testing::HasSubstr("needs git, which is not installed"));
+  EXPECT_THAT(Found("shop.xml"), ElementsAre(kRefused));
+}
+
+TEST_F(SituationsTest, ChecksANewFileInANewDirectory) {
+  client_.Open(Uri("a/b/new.xml"), kShop);
+  EXPECT_THAT(Found("a/b/new.xml"), IsEmpty());
+  client_.Change(Uri("a/b/new.xml"), Replaced(kShop, "uint32", "unit32"));
+  EXPECT_THAT(Found("a/b/new.xml"), ElementsAre("2:28 1 schema.invalid"));
+}
+
+TEST_F(SituationsTest, ChecksFilesOfSeveralRepositories) {
+  MakeDirectory("other");
+  GitIn("other", {"init", "-q", "-b", "main"});
+  Write("other/korvelcheck.toml", kProject);
+  Write("other/shop.xml", SmallPrice());
+  GitIn("other", {"add", "-A"});
+  GitIn("other", {"commit", "-q", "-m", "Add another shop"});
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  client_.Open(Uri("other/shop.xml"), SmallPrice());
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_THAT(Found("shop.xml"), ElementsAre(kRefused));
+    EXPECT_THAT(Found("other/shop.xml"), IsEmpty());
+  }
+}
+
+}  // namespace
+}  // namespace lsp_test
