@@ -88,7 +88,7 @@ class Archive(unittest.TestCase):
         for path in ("bin/korvelcheck", "share/man/man1/korvelcheck.1", "share/bash-completion/completions/korvelcheck",
                      "share/zsh/site-functions/_korvelcheck", "share/fish/vendor_completions.d/korvelcheck.fish",
                      "share/doc/korvelcheck/LICENSE", "share/doc/korvelcheck/sbom.cdx.json", "share/korvelcheck/review/post-review",
-                     "share/korvelcheck/qmx.rng", "share/korvelcheck/qmx.rnc"):
+                     "share/korvelcheck/qmx.rng", "share/korvelcheck/qmx.rnc", "share/korvelcheck/korvelcheck.lua"):
             self.assertTrue((self.tree / path).is_file(), path)
 
     def test_program_runs_without_environment(self):

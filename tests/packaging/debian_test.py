@@ -30,7 +30,7 @@ done
 /build/embed/embed v6.xml v7-wider-key.xml || true
 /build/embed-cpp/embed_cpp v6.xml v7-wider-key.xml orders || true
 test -s /usr/share/man/man1/korvelcheck.1.gz -a -s /usr/share/bash-completion/completions/korvelcheck
-test -s /usr/share/korvelcheck/qmx.rng -a -s /usr/share/korvelcheck/qmx.rnc
+test -s /usr/share/korvelcheck/qmx.rng -a -s /usr/share/korvelcheck/qmx.rnc -a -s /usr/share/korvelcheck/korvelcheck.lua
 """
 
 

@@ -13,6 +13,7 @@ import unittest
 from repository import GROWN, OLD, SOURCE, WIDE_KEY, Repository
 
 INSTALLED = "/usr/local/share/korvelcheck"
+DIRECTORIES = {"qmx.rng": "docs", "qmx.rnc": "docs", "korvelcheck.lua": "editors/nvim"}
 KEY_REFUSED = "[primary-key.size] the size of a primary key field changed"
 KEY_SUGGESTED = "  suggestion: keep uid as it is; add a new field uid_2 (uint64, version 2) for the new values; the key does not change"
 
@@ -23,8 +24,10 @@ with open(os.path.join(SOURCE, "docs/editors.md"), encoding="utf-8") as page:
 
 
 def blocks(language):
-    """The code blocks of the page in a language."""
-    return [found.replace(INSTALLED, os.path.join(SOURCE, "docs")) for found in re.findall(rf"```{language}\n(.*?)```", PAGE, re.DOTALL)]
+    """The code blocks of the page in a language, with the paths of the sources of installed files."""
+    def source(found):
+        return os.path.join(SOURCE, DIRECTORIES[found[1]], found[1])
+    return [re.sub(INSTALLED + r"/([\w.]+)", source, found) for found in re.findall(rf"```{language}\n(.*?)```", PAGE, re.DOTALL)]
 
 
 class EditorTest(Repository):
