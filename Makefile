@@ -81,6 +81,7 @@ goldens: ## regenerate golden files and the output of commands in documents; rev
 	KORVEL_UPDATE_GOLDENS=1 build/test/tests/cases/cases_test
 	KORVEL_UPDATE_GOLDENS=1 build/test/tests/report/report_test
 	KORVEL_UPDATE_GOLDENS=1 build/test/tests/tool/tool_test --gtest_filter='Hostile*:DocumentTest.*'
+	KORVEL_UPDATE_GOLDENS=1 tests/lsp/client/run build/test/src/tool/korvelcheck
 	examples/check.sh build/test/src/tool/korvelcheck --update
 	for page in $(EXECUTED_PAGES); do tests/documents/run_document.py $$page build/test/src/tool/korvelcheck --update; done
 
