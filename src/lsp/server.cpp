@@ -21,6 +21,13 @@ bool Has(const Json& params, const char* pointer) {
   return capabilities.contains(path) && capabilities[path] != false && !capabilities[path].is_null();
 }
 
+// The id of the request that a message cancels; null if it is no such message.
+Json CancelledId(const Json& message) {
+  if (message.value("method", Json()) != "$/cancelRequest" || message.contains("id")) return nullptr;
+  const Json params = message.value("params", Json());
+  return params.is_object() ? params.value("id", Json()) : nullptr;
+}
+
 std::string LinesOf(const InputError& error) { return Join(error.lines, "\n"); }
 
 }  // namespace
@@ -57,7 +64,8 @@ void Server::Receive(const std::string& message) {
     if (!json.is_object()) throw RequestError(kInvalidRequest, "the message is not an object");
     if (json.value("id", Json()).is_structured())
       throw RequestError(kInvalidRequest, "the id of the message is not a number or string");
-    if (json.value("method", Json()) == "$/cancelRequest") return Cancel(json.value(Json::json_pointer("/params/id"), Json()));
+    const Json id = CancelledId(json);
+    if (!id.is_null()) return Cancel(id);
     queue_.push_back(std::move(json));
   } catch (const RequestError& error) {
     SendError(nullptr, error.code, error.what());

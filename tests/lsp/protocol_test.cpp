@@ -73,6 +73,14 @@ TEST(ProtocolTest, LimitsTheNestingOfMessages) {
   EXPECT_EQ(client.AnswerTo(8)["error"]["code"], ErrorCode::kMethodNotFound);
 }
 
+// Those whose parameters are a list ended the server.
+TEST(ProtocolTest, IgnoresCancellationsOfAWrongForm) {
+  Client client;
+  client.Initialize();
+  for (const Json& params : {Json(), Json(1), Json({1}), Json::object()}) client.Notify("$/cancelRequest", params);
+  EXPECT_EQ(client.Error("$/cancelRequest", Json::object())["code"], ErrorCode::kMethodNotFound);
+}
+
 TEST(ProtocolTest, RefusesNumbersThatAreNoPositions) {
   Client client;
   client.Initialize();
