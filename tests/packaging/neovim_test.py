@@ -31,19 +31,19 @@ class Neovim(EditorTest):
         self.configure(".config/nvim/plugin/language_server_keys.lua", keys)
         self.commit(SHOP)
 
-    def edit(self, file):
-        terminal = Terminal(["nvim", file], self.repository, self.environment)
+    def edit(self, file, *size):
+        terminal = Terminal(["nvim", file], self.repository, self.environment, *size)
         self.addCleanup(terminal.close)
         return terminal
 
-    def edit_unchanged(self):
-        terminal = self.edit(self.SCHEMA_FILE)
+    def edit_unchanged(self, *size):
+        terminal = self.edit(self.SCHEMA_FILE, *size)
         terminal.wait(lambda screen: 'type="int64"' in screen)
         return terminal
 
-    def edit_refused(self):
+    def edit_refused(self, *size):
         """The field is narrower than in the baseline, and the reason is on the screen."""
-        terminal = self.edit_unchanged()
+        terminal = self.edit_unchanged(*size)
         terminal.type("/int64\rcwint32\x1b")
         terminal.wait(lambda screen: REFUSED in screen)
         return terminal
