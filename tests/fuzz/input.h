@@ -14,6 +14,8 @@ class Input {
  public:
   Input(const std::uint8_t* data, std::size_t size) : rest_(reinterpret_cast<const char*>(data), size) {}
 
+  bool IsEmpty() const { return rest_.empty(); }
+
   std::uint8_t Byte() {
     if (rest_.empty()) return 0;
     const auto byte = static_cast<std::uint8_t>(rest_.front());
