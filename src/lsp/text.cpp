@@ -29,9 +29,9 @@ Text::Text(std::string bytes) : bytes_(std::move(bytes)) { FindLines(); }
 
 void Text::FindLines() {
   lines_.assign(1, 0);
-  for (std::size_t at = bytes_.find_first_of("\r\n"); at != std::string::npos; at = bytes_.find_first_of("\r\n", at)) {
-    at += bytes_.compare(at, 2, "\r\n") == 0 ? 2 : 1;
-    lines_.push_back(at);
+  for (std::size_t i = 0; i < bytes_.size(); ++i) {
+    const bool is_end = bytes_[i] == '\n' || (bytes_[i] == '\r' && bytes_.compare(i + 1, 1, "\n") != 0);
+    if (is_end) lines_.push_back(i + 1);
   }
 }
 

@@ -72,6 +72,7 @@ void AddTypeChanges(const MetaModel& old_meta, const MetaModel& new_meta, TypeCh
 // Those that an entry has under its old name in the old model and under its new name in the new one. Others are different
 // structures with the same content.
 RenamedMetas InSameEntries(const RenamedMetas& candidates, const Model& old_model, const Model& new_model) {
+  if (candidates.empty()) return {};
   std::map<std::string_view, const MetaModel*> new_metas;
   for (const MetaModel& meta : new_model.metas) new_metas.emplace(meta.name, &meta);
   TypeChanges changes;
