@@ -87,7 +87,7 @@ std::shared_ptr<OpenProject> DocumentChecks::ProjectAt(const std::string& root) 
   std::shared_ptr<OpenProject>& project = projects_[root];
   if (project == nullptr || !project->IsCurrent()) {
     project.reset();
-    project = std::make_shared<OpenProject>(options_, documents_);
+    project = std::make_shared<OpenProject>(options_, documents_, baseline_files_);
   }
   return project;
 }

@@ -45,6 +45,7 @@ class DocumentChecks {
 
   const Options& options_;
   const Documents& documents_;
+  SourceCache baseline_files_;
   std::map<std::string, std::shared_ptr<OpenProject>> projects_;  // by root
 };
 

@@ -68,7 +68,8 @@ std::string EnterProjectOf(const std::string& path) {
   return root;
 }
 
-OpenProject::OpenProject(const Options& call, const Documents& documents) : options_(call), documents_(documents) {
+OpenProject::OpenProject(const Options& call, const Documents& documents, SourceCache& baseline_files)
+    : options_(call), documents_(documents) {
   const std::optional<std::string> file = call.uses_projects ? FindProjectFile() : std::nullopt;
   if (file) project_ = ParseProject(*file, TextOfProjectFile(*file));
   set_ = std::make_unique<ProjectSet>(project(), call.uses_projects);
@@ -80,6 +81,7 @@ OpenProject::OpenProject(const Options& call, const Documents& documents) : opti
     });
     check.options = options();
     check.allow_new = true;
+    check.old_files = &baseline_files;
   }
   RememberFiles();
 }

@@ -23,8 +23,9 @@ std::string EnterProjectOf(const std::string& path);
 // Everything relative begins at the working directory, which must be that of the project in every call.
 class OpenProject {
  public:
-  // Both must outlive the project. Throws InputError for project files with errors and unknown baselines.
-  OpenProject(const Options& call, const Documents& documents);
+  // All must outlive the project; `baseline_files` keeps files of commits. Throws InputError for project files with errors and
+  // unknown baselines.
+  OpenProject(const Options& call, const Documents& documents, SourceCache& baseline_files);
   OpenProject(const OpenProject&) = delete;
   OpenProject& operator=(const OpenProject&) = delete;
 

@@ -11,6 +11,7 @@
 
 #include "project/check_tables.h"
 #include "project/project_files.h"
+#include "project/source_cache.h"
 #include "schema/input.h"
 
 namespace korvel {
@@ -28,6 +29,7 @@ struct ProjectCheck {
   bool allow_new = false;                  // succeed even if every table is new
   bool shows_sources = false;              // give images a text, so that a report can show lines (AddDump)
   ProgressCallback on_progress = nullptr;  // may be empty
+  SourceCache* old_files = nullptr;        // keeps files of the old state for the next check; may be null
 };
 
 // A file that was compared, and its names as reports show them.

@@ -78,8 +78,8 @@ void FilePairCheck::LoadOld(FilePair& pair, const Bytes& new_bytes) const {
   try {
     if (pair.new_path == nullptr) {
       pair.first = LoadFrom(state, pair, *pair.old_path, state.Read(*pair.old_path));
-    } else if (std::optional<Bytes> bytes = state.ReadUnless(*pair.old_path, new_bytes.View())) {
-      pair.first = LoadFrom(state, pair, *pair.old_path, std::move(*bytes));
+    } else {
+      LoadOldOfPair(pair, new_bytes);
     }
   } catch (const InputError& error) {
     std::vector<InputFault> faults = FaultsOf(error, state.Display(*pair.old_path));
@@ -87,6 +87,22 @@ void FilePairCheck::LoadOld(FilePair& pair, const Bytes& new_bytes) const {
     pair.faults = std::move(faults);
     for (InputFault& fault : pair.faults) fault.needed_by = check_.states.new_state->Display(pair.Path());
   }
+}
+
+// A file that is kept need not be read.
+void FilePairCheck::LoadOldOfPair(FilePair& pair, const Bytes& new_bytes) const {
+  FileTree& state = *check_.states.old_state;
+  const std::string& path = *pair.old_path;
+  const CachedFile file{state.ObjectOf(path), state.Display(path), PathInProject(pair.project->directory, path)};
+  SourceCache* const cache = file.object.empty() || check_.shows_sources ? nullptr : check_.old_files;
+  if (const std::shared_ptr<const Source> known = cache == nullptr ? nullptr : cache->Find(file)) {
+    if (known->text->Bytes() != new_bytes.View()) pair.first = known;
+    return;
+  }
+  std::optional<Bytes> bytes = state.ReadUnless(path, new_bytes.View());
+  if (!bytes) return;
+  pair.first = LoadFrom(state, pair, path, std::move(*bytes));
+  if (cache != nullptr) cache->Keep(file, pair.first);
 }
 
 // No table was created from a file with a fault. So its last version without one is compared, and who repairs it is not refused.

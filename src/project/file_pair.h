@@ -51,6 +51,7 @@ class FilePairCheck {
  private:
   void LoadSides(FilePair& pair) const;
   void LoadOld(FilePair& pair, const Bytes& new_bytes) const;
+  void LoadOldOfPair(FilePair& pair, const Bytes& new_bytes) const;
   bool LoadEarlier(FilePair& pair, const std::vector<InputFault>& faults) const;
   std::shared_ptr<const Source> Share(Input input) const;
   std::shared_ptr<const Source> LoadFrom(FileTree& state, const FilePair& pair, const std::string& path, Bytes bytes) const;

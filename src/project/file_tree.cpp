@@ -212,6 +212,8 @@ class Commit : public FileTree {
     return FileTree::ReadUnless(path, known);
   }
 
+  std::string ObjectOf(const std::string& path) const override { return Find(path)->object; }
+
   bool TakeEarlier(const std::string& path, const TakeVersion& take) override {
     const std::string commit = Git::PlainRevision(revision_, argument_);
     for (const GitCommit& one : LogOf(Git::Top(argument_), commit, {path}, argument_)) {

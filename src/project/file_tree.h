@@ -33,6 +33,8 @@ class FileTree {
   virtual Bytes ReadProject(const std::string& path) { return Read(path); }
   // The same as Read, or nullopt if the file consists of the bytes `known`; then it need not be read.
   virtual std::optional<Bytes> ReadUnless(const std::string& path, std::string_view known);
+  // The id of the content of a file; "" if it is not known before the file was read.
+  virtual std::string ObjectOf(const std::string& /*path*/) const { return ""; }
   // Calls `take` with the displayed name and the bytes of each earlier version of a file, newest first, until it returns true.
   // Whether it did. Only a commit has earlier versions: those on the way of first parents, under the same path. May be called by
   // several threads. Throws InputError.
