@@ -1,9 +1,11 @@
-// Tested by tests/lsp/code_lens_test.cpp.
+// Tested by tests/lsp/features_test.cpp.
 #include "lsp/code_lens.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <set>
 #include <string>
+#include <utility>
 
 #include "base/text.h"
 #include "lsp/outline.h"

@@ -1,4 +1,4 @@
-// Tested by tests/lsp/complete_test.cpp; the items by tests/lsp/completion_test.cpp.
+// Tested by tests/lsp/features_test.cpp; the items by tests/lsp/completion_test.cpp.
 #include "lsp/complete.h"
 
 #include <algorithm>

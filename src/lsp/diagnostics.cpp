@@ -131,6 +131,10 @@ std::string BaselineText(const std::string& uri) {
 
 Diagnostics DiagnosticsOf(const DocumentCheck& check, const Document& document, const Documents& documents) {
   Diagnostics diagnostics{{document.uri, Json::array()}};
+  if (!check.excluded_by.empty()) {
+    diagnostics[document.uri].push_back(Diagnostic(ToJson(document.text, {0, 0}), kInformation, "project.excluded",
+                                                   "not checked: " + check.excluded_by + " excludes this file"));
+  }
   for (const Issue& issue : check.issues->all()) {
     const DiagnosticPlace place = PlaceOf(issue, check, document, documents);
     Json diagnostic = Diagnostic(place.range, SeverityOf(issue), issue.rule, MessageOf(issue, check.issues->paths()));

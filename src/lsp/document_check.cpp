@@ -4,12 +4,12 @@
 #include <algorithm>
 #include <filesystem>
 #include <functional>
-#include <iterator>
 #include <system_error>
 #include <utility>
 
 #include "base/input_error.h"
 #include "base/paths.h"
+#include "base/text.h"
 #include "lsp/open_files.h"
 #include "project/check_tables.h"
 #include "project/file_selection.h"
@@ -21,24 +21,33 @@ namespace korvel::lsp {
 namespace {
 
 enum class CheckKind {
-  kOther,     // no schema, or one that the project excludes
-  kSelected,  // a schema file of the project
-  kAlone      // a schema that no project file selects
+  kNone,   // no schema, or one that the project excludes
+  kAlone,  // without a baseline
+  kCompared
 };
 
-bool LooksLikeSchema(const Text& text) { return text.bytes().find("<metalib") != std::string::npos; }
+// Whether a file is a schema although its text does not look like one: a key press may have made it something else.
+bool IsSchemaByName(const std::string& path, const Patterns& patterns, std::vector<ProjectCheck>& checks) {
+  if (!patterns.IsEmpty() && patterns.IsSchemaName(path)) return true;
+  return std::ranges::any_of(checks, [&](const ProjectCheck& one) {
+    return one.states.old_state->HasFile(path) && IsSchema(*one.states.old_state, path);
+  });
+}
 
-// With patterns, the project file says what is a schema; else the text does.
-CheckKind CheckKindOf(const Document& document, OpenProject& project) {
-  const CheckKind by_text = LooksLikeSchema(document.text) ? CheckKind::kAlone : CheckKind::kOther;
-  if (project.checks().empty()) return by_text;
-  const ProjectStates& states = project.checks().front().states;
-  const std::filesystem::path path = std::filesystem::path(document.path).lexically_relative(states.top);
+CheckKind CheckKindOf(const Document& document, DocumentCheck& check) {
+  const CheckKind by_text = document.was_schema ? CheckKind::kAlone : CheckKind::kNone;
+  std::vector<ProjectCheck>& checks = check.project->checks();
+  if (checks.empty()) return by_text;
+  const ProjectStates& states = checks.front().states;
+  const std::string path = std::filesystem::path(document.path).lexically_relative(states.top).string();
   if (LeadsOut(path)) return by_text;
-  const Patterns patterns(states.projects->Of(path.string()));
-  if (patterns.Excluding(path.string()) != nullptr) return CheckKind::kOther;
-  if (!patterns.IsSchemaName(path.string())) return by_text;
-  return patterns.IsEmpty() && by_text == CheckKind::kOther ? CheckKind::kOther : CheckKind::kSelected;
+  const ProjectScope& scope = states.projects->Of(path);
+  const Patterns patterns(scope);
+  if (!document.was_schema && !IsSchemaByName(path, patterns, checks)) return CheckKind::kNone;
+  const ProjectText* const excluding = patterns.Excluding(path);
+  if (excluding == nullptr) return CheckKind::kCompared;
+  check.excluded_by = FileLineColumn(PathText(scope.project->file), excluding->location);
+  return CheckKind::kNone;
 }
 
 void Compare(Texts texts, DocumentCheck& check) {
@@ -69,15 +78,22 @@ void Lint(const Document& document, DocumentCheck& check) {
   for (TableResult& table : check.report.tables) table.project = nearest.position;
 }
 
+// Each fault once: several steps may fail for the same reason.
+void AddFaults(const InputError& error, Report& report) {
+  for (InputFault& fault : FaultsOfCall(error)) {
+    const auto is_same = [&](const InputFault& one) { return one.message == fault.message; };
+    if (std::ranges::none_of(report.faults, is_same)) report.faults.push_back(std::move(fault));
+  }
+}
+
 // Adds the faults of a step that failed.
 void KeepFaults(DocumentCheck& check, const std::function<void()>& step) {
   try {
     step();
   } catch (const InputError& error) {
-    std::ranges::move(FaultsOfCall(error), std::back_inserter(check.report.faults));
+    AddFaults(error, check.report);
   } catch (const std::system_error& error) {
-    const InputError as_input{{ToolMessage(error.what())}};
-    std::ranges::move(FaultsOfCall(as_input), std::back_inserter(check.report.faults));
+    AddFaults({{ToolMessage(error.what())}}, check.report);
   }
 }
 
@@ -96,12 +112,12 @@ void DocumentChecks::Run(const Document& document, Texts texts, DocumentCheck& c
   check.root = EnterProjectOf(document.path);
   check.name = std::filesystem::path(document.path).lexically_relative(check.root).string();
   check.project = ProjectAt(check.root);
-  const CheckKind kind = CheckKindOf(document, *check.project);
-  check.is_schema = kind != CheckKind::kOther;
+  const CheckKind kind = CheckKindOf(document, check);
+  check.is_schema = kind != CheckKind::kNone;
   if (!check.is_schema) return;
   Report& report = check.report;
-  report.command = kind == CheckKind::kSelected ? "check" : "lint";
-  if (kind == CheckKind::kSelected) KeepFaults(check, [&] { Compare(texts, check); });
+  report.command = kind == CheckKind::kCompared ? "check" : "lint";
+  if (kind == CheckKind::kCompared) KeepFaults(check, [&] { Compare(texts, check); });
   // What could not be compared can still be checked by itself.
   const bool is_compared = !report.tables.empty() || std::ranges::any_of(report.faults, &InputFault::line);
   if (!is_compared) KeepFaults(check, [&] { Lint(document, check); });
@@ -114,8 +130,8 @@ void DocumentChecks::Run(const Document& document, Texts texts, DocumentCheck& c
 
 std::shared_ptr<const DocumentCheck> DocumentChecks::Check(const Document& document, Texts texts) {
   auto check = std::make_shared<DocumentCheck>();
-  check->version = document.version;
-  check->is_schema = !document.path.empty() && LooksLikeSchema(document.text);
+  check->revision = document.revision;
+  check->is_schema = !document.path.empty() && document.was_schema;
   if (!document.path.empty()) KeepFaults(*check, [&] { Run(document, texts, *check); });
   if (!check->is_schema) check->report = {};
   check->report.max_findings = kMaxFindings;

@@ -18,10 +18,11 @@ namespace korvel::lsp {
 
 // The result of a check, and what it borrows.
 struct DocumentCheck {
-  std::int64_t version = 0;  // of the document
-  bool is_schema = true;     // false: nothing was checked, the document is something else
-  std::string root;          // the working directory of the check
-  std::string name;          // of the document in the report
+  std::uint64_t revision = 0;    // of the document
+  bool is_schema = true;         // false: nothing was checked, the document is something else
+  std::string excluded_by = {};  // the location in the project file that excludes the document; then it is no schema
+  std::string root;              // the working directory of the check
+  std::string name;              // of the document in the report
   std::shared_ptr<OpenProject> project = nullptr;
   std::vector<std::shared_ptr<const Source>> sources = {};
   std::vector<ComparedFile> compared = {};

@@ -1,4 +1,4 @@
-// Tested by tests/lsp/documents_test.cpp.
+// Tested by tests/lsp/server_test.cpp and edits_test.cpp.
 #include "lsp/documents.h"
 
 #include <utility>
@@ -12,11 +12,12 @@
 namespace korvel::lsp {
 namespace {
 
-// Some clients send no version.
-std::int64_t VersionOf(const Json& document) {
+std::optional<std::int64_t> VersionOf(const Json& document) {
   const Json version = document.value("version", Json());
-  return version.is_number_integer() ? version.get<std::int64_t>() : 0;
+  return version.is_number_integer() ? std::optional(version.get<std::int64_t>()) : std::nullopt;
 }
+
+bool HasLibrary(const Text& text) { return text.bytes().find("<metalib") != std::string::npos; }
 
 }  // namespace
 
@@ -30,8 +31,10 @@ Document& Documents::Open(const Json& item) {
   const std::optional<std::string> path = PathOf(uri);
   Document document{.uri = uri,
                     .path = path ? AbsolutePath(*path).string() : "",
+                    .revision = ++revisions_,
                     .version = VersionOf(item),
                     .text = Text(item.at("text").get<std::string>())};
+  document.was_schema = HasLibrary(document.text);
   return by_uri_.insert_or_assign(uri, std::move(document)).first->second;
 }
 
@@ -40,6 +43,7 @@ Document& Documents::Change(const Json& params) {
   const auto found = by_uri_.find(id.at("uri").get_ref<const std::string&>());
   if (found == by_uri_.end()) throw RequestError(kInvalidParams, "the document is not open");
   Document& document = found->second;
+  document.revision = ++revisions_;
   for (const Json& change : params.at("contentChanges")) {
     const auto& text = change.at("text").get_ref<const std::string&>();
     if (change.contains("range")) {
@@ -49,6 +53,7 @@ Document& Documents::Change(const Json& params) {
     }
   }
   document.version = VersionOf(id);
+  document.was_schema = document.was_schema || HasLibrary(document.text);
   return document;
 }
 

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -16,9 +17,11 @@ inline constexpr std::size_t kMaxDocuments = 1000;
 
 struct Document {
   std::string uri;
-  std::string path;  // absolute, without links in its directory; empty for a document that is no file
-  std::int64_t version = 0;
+  std::string path;                     // absolute, without links in its directory; empty for a document that is no file
+  std::uint64_t revision = 0;           // different for each text of the document
+  std::optional<std::int64_t> version;  // as the client counts; some do not
   Text text;
+  bool was_schema = false;     // whether it has contained a library since it was opened
   std::string good_text = {};  // of a project file: the last text without an error, else that with which it was opened
 
   // Whether it is a project file (korvelcheck.toml), not a schema.
@@ -45,6 +48,7 @@ class Documents {
 
  private:
   std::map<std::string, Document> by_uri_;
+  std::uint64_t revisions_ = 0;
 };
 
 }  // namespace korvel::lsp

@@ -81,14 +81,14 @@ std::string Framed(std::string_view message) {
 bool Connection::IsReadable(std::optional<std::chrono::milliseconds> timeout) const {
   pollfd input{.fd = input_, .events = POLLIN, .revents = 0};
   const int ready = ::poll(&input, 1, timeout ? static_cast<int>(timeout->count()) : -1);
-  if (ready < 0 && errno != EINTR) throw std::system_error(errno, std::generic_category(), "cannot wait for messages");
+  if (ready < 0 && errno != EINTR) throw ConnectionError(errno, std::generic_category(), "cannot wait for messages");
   return ready > 0;
 }
 
 void Connection::ReadSome() {
   std::array<char, std::size_t{64} << 10> piece;
   const ssize_t size = ::read(input_, piece.data(), piece.size());
-  if (size < 0 && errno != EINTR) throw std::system_error(errno, std::generic_category(), "cannot read messages");
+  if (size < 0 && errno != EINTR) throw ConnectionError(errno, std::generic_category(), "cannot read messages");
   if (size == 0) {
     has_ended_ = true;
     if (!parser_.IsBetweenMessages()) throw FrameError("the input ends inside a message");
@@ -119,7 +119,7 @@ std::optional<std::string> Connection::Next() {
 
 void Connection::Write(std::string_view message) {
   const int error = WriteAll(output_, Framed(message));
-  if (error != 0) throw std::system_error(error, std::generic_category(), "cannot write a message");
+  if (error != 0) throw ConnectionError(error, std::generic_category(), "cannot write a message");
 }
 
 }  // namespace korvel::lsp

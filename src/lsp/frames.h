@@ -45,7 +45,7 @@ class Connection {
   Connection(int input, int output) : input_(input), output_(output) {}
 
   // Waits until a message is complete, the input ends, or `timeout` has passed; without one, as long as it takes. Reads what has
-  // arrived. Throws FrameError, std::system_error.
+  // arrived. Throws FrameError, ConnectionError.
   void Wait(std::optional<std::chrono::milliseconds> timeout);
 
   // The next message that has arrived. Does not wait. Throws FrameError.
@@ -53,7 +53,7 @@ class Connection {
 
   bool HasEnded() const { return has_ended_; }
 
-  // Throws std::system_error, for example if nobody reads any more.
+  // Throws ConnectionError, for example if nobody reads any more.
   void Write(std::string_view message);
 
  private:

@@ -1,4 +1,4 @@
-// Tested by tests/lsp/hover_test.cpp.
+// Tested by tests/lsp/features_test.cpp.
 #include "lsp/hover.h"
 
 #include <algorithm>
@@ -27,7 +27,24 @@ constexpr char kParagraph[] = "\n\n";
 // A name or value as Markdown that is also easy to read as it is, as some editors show it.
 std::string CodeOf(std::string_view text) {
   const std::string shown = OneLine(text);
-  return shown.find('`') == std::string::npos ? "`" + shown + "`" : "`` " + shown + " ``";
+  std::size_t longest = 0;  // run of backticks
+  for (std::size_t i = 0, run = 0; i < shown.size(); ++i) {
+    run = shown[i] == '`' ? run + 1 : 0;
+    longest = std::max(longest, run);
+  }
+  const std::string fence(longest + 1, '`');
+  return longest == 0 ? fence + shown + fence : fence + " " + shown + " " + fence;
+}
+
+// A page with links that lead to where it is published: those to other pages are relative.
+std::string WithWholeLinks(std::string_view page) {
+  std::string text;
+  for (std::size_t link = page.find("]("); link != std::string_view::npos; link = page.find("](")) {
+    text.append(page.substr(0, link + 2));
+    page.remove_prefix(link + 2);
+    if (!page.starts_with("http")) text.append(RulePagesUrl());
+  }
+  return text.append(page);
 }
 
 // "type: int64 -> int32, version: 1 -> 2"; "" for the same attributes.
@@ -151,7 +168,7 @@ std::string RulesAt(const DocumentCheck& check, std::size_t offset) {
     const bool is_here =
         issue.location.file == check.name && issue.location.span.end > 0 && Contains(issue.location.span, offset);
     const RuleDoc* const doc = is_here && seen.insert(issue.rule).second ? FindRuleDoc(issue.rule) : nullptr;
-    if (doc != nullptr) AppendPart(text, "\n\n---\n\n", doc->page);
+    if (doc != nullptr) AppendPart(text, "\n\n---\n\n", WithWholeLinks(doc->page));
   }
   return text;
 }

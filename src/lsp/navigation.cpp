@@ -1,9 +1,10 @@
-// Tested by tests/lsp/navigation_test.cpp.
+// Tested by tests/lsp/features_test.cpp.
 #include "lsp/navigation.h"
 
+#include <algorithm>
+#include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -65,18 +66,31 @@ Json ToJson(const std::vector<DocumentSymbol>& symbols, const Text& text) {
   return list;
 }
 
-// A name that a baseline has is known to records and clients: the checker decides what changes without it. Throws RequestError
-// for a problem that the document does not have now.
-void RequireAllowed(Session& session, const Document& document, const std::string& renamed) {
-  std::set<std::string> known;
-  const DocumentCheck& now = session.CheckOf(document);
-  for (const Issue& issue : now.issues->all()) known.insert(issue.rule + issue.summary);
-  const std::shared_ptr<const DocumentCheck> then = session.CheckWith(document, renamed);
-  for (const Issue& issue : then->issues->all()) {
-    if (issue.waived || known.contains(issue.rule + issue.summary)) continue;
-    throw RequestError(kRequestFailed,
-                       issue.summary + " [" + issue.rule + "]; allowed: renaming what the baseline does not have");
+// The problems of each rule.
+std::map<std::string, std::size_t> CountByRule(const DocumentCheck& check) {
+  std::map<std::string, std::size_t> counts;
+  for (const Issue& issue : check.issues->all()) {
+    if (!issue.waived) ++counts[issue.rule];
   }
+  return counts;
+}
+
+// A name that a baseline has is known to records and clients: the checker decides what changes without it. Throws RequestError if
+// the document gets more problems of a rule, or if that is not known.
+void RequireAllowed(Session& session, const Document& document, const std::string& renamed) {
+  const DocumentCheck& now = session.CheckOf(document);
+  if (!now.report.faults.empty()) {
+    throw RequestError(kRequestFailed, "this file cannot be checked: " + now.report.faults.front().message +
+                                           "; allowed: renaming in a file that can be checked");
+  }
+  std::map<std::string, std::size_t> before = CountByRule(now);
+  const std::shared_ptr<const DocumentCheck> then = session.CheckWith(document, renamed);
+  const std::map<std::string, std::size_t> after = CountByRule(*then);
+  const auto more = std::ranges::find_if(after, [&](const auto& rule) { return rule.second > before[rule.first]; });
+  if (more == after.end()) return;
+  const auto issue = std::ranges::find(then->issues->all(), more->first, &Issue::rule);
+  throw RequestError(kRequestFailed,
+                     issue->summary + " [" + issue->rule + "]; allowed: renaming what the baseline does not have");
 }
 
 std::string Applied(const std::string& text, const std::vector<TextEdit>& edits) {

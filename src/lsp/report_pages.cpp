@@ -1,4 +1,4 @@
-// Tested by tests/lsp/code_lens_test.cpp.
+// Tested by tests/lsp/features_test.cpp.
 #include "lsp/report_pages.h"
 
 #include <fcntl.h>

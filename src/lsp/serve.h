@@ -4,6 +4,7 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "project/project.h"
@@ -23,9 +24,14 @@ struct FrameError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// A message could not be read or written.
+struct ConnectionError : std::system_error {
+  using std::system_error::system_error;
+};
+
 // Reads messages of the language server protocol from one descriptor and writes answers and diagnostics to another one, until the
 // client ends the connection. Whether it announced the end. Changes the working directory; nothing else may write to `output`.
-// Throws FrameError, and std::system_error if a message cannot be read or written.
+// Throws FrameError and ConnectionError.
 bool Serve(int input, int output, const Options& options);
 
 }  // namespace korvel::lsp

@@ -2,6 +2,9 @@
 #include "lsp/server.h"
 
 #include <algorithm>
+#include <exception>
+#include <functional>
+#include <new>
 #include <utility>
 
 #include "base/input_error.h"
@@ -28,7 +31,30 @@ Json CancelledId(const Json& message) {
   return params.is_object() ? params.value("id", Json()) : nullptr;
 }
 
-std::string LinesOf(const InputError& error) { return Join(error.lines, "\n"); }
+struct RequestFailure {
+  ErrorCode code;
+  std::string text;
+};
+
+// Why a step failed; nullopt if it did not. A failed step must not end the session, unless the connection or the memory fails.
+std::optional<RequestFailure> FailureOf(const std::function<void()>& step) {
+  try {
+    step();
+    return std::nullopt;
+  } catch (const ConnectionError&) {
+    throw;
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const RequestError& error) {
+    return RequestFailure{error.code, error.what()};
+  } catch (const InputError& error) {
+    return RequestFailure{kRequestFailed, Join(error.lines, "\n")};
+  } catch (const Json::exception&) {
+    return RequestFailure{kInvalidParams, "the parameters lack a member, or one has a wrong type"};
+  } catch (const std::exception& error) {
+    return RequestFailure{kRequestFailed, error.what()};
+  }
+}
 
 }  // namespace
 
@@ -62,8 +88,9 @@ void Server::Receive(const std::string& message) {
   try {
     Json json = ParseMessage(message);
     if (!json.is_object()) throw RequestError(kInvalidRequest, "the message is not an object");
-    if (json.value("id", Json()).is_structured())
-      throw RequestError(kInvalidRequest, "the id of the message is not a number or string");
+    const Json request = json.value("id", Json());
+    if (!(request.is_null() || request.is_number_integer() || request.is_string()))
+      throw RequestError(kInvalidRequest, "the id of the message is not a whole number or string");
     const Json id = CancelledId(json);
     if (!id.is_null()) return Cancel(id);
     queue_.push_back(std::move(json));
@@ -101,43 +128,28 @@ void Server::Notify(const std::string& method, const Json& params) {
   if (method == "exit") has_exited_ = true;
   const auto* const known = std::ranges::find(kNotifications, method, &Notification::method);
   if (!is_initialized_ || is_shut_down_ || known == std::end(kNotifications)) return;
-  try {
-    (this->*known->run)(params);
-  } catch (const RequestError& error) {
-    Send({{"method", "window/logMessage"}, {"params", {{"type", 1}, {"message", method + ": " + error.what()}}}});
-  } catch (const Json::exception& error) {
-    Send({{"method", "window/logMessage"}, {"params", {{"type", 1}, {"message", method + ": " + error.what()}}}});
-  }
+  if (const auto failure = FailureOf([&] { (this->*known->run)(params); })) Log(method + ": " + failure->text);
 }
 
 void Server::Answer(const Json& id, const std::string& method, const Json& params) {
-  try {
-    if (is_shut_down_) throw RequestError(kInvalidRequest, "the server is shut down");
-    if (!is_initialized_ && method != "initialize") throw RequestError(kNotInitialized, "the server is not initialized");
-    Json result;
-    if (method == "initialize") {
-      result = Initialize(params);
-    } else if (method == "shutdown") {
-      is_shut_down_ = true;
-    } else if (method == "textDocument/diagnostic") {
-      result = PullDiagnostics(params);
-    } else if (method == "workspace/executeCommand") {
-      result = Execute(params);
-    } else {
-      const auto known = std::ranges::find(Requests(), method, &Request::method);
-      if (known == Requests().end()) throw RequestError(kMethodNotFound, "unknown method " + Quote(method));
-      result = known->answer(session_, params);
-    }
+  Json result;
+  if (const auto failure = FailureOf([&] { result = ResultOf(method, params); })) {
+    SendError(id, failure->code, failure->text);
+  } else {
     Send({{"id", id}, {"result", std::move(result)}});
-  } catch (const RequestError& error) {
-    SendError(id, error.code, error.what());
-  } catch (const InputError& error) {
-    SendError(id, kRequestFailed, LinesOf(error));
-  } catch (const std::system_error& error) {
-    SendError(id, kRequestFailed, error.what());
-  } catch (const Json::exception& error) {
-    SendError(id, kInvalidParams, error.what());
   }
+}
+
+Json Server::ResultOf(const std::string& method, const Json& params) {
+  if (is_shut_down_) throw RequestError(kInvalidRequest, "the server is shut down");
+  if (method == "initialize") return Initialize(params);
+  if (!is_initialized_) throw RequestError(kNotInitialized, "the server is not initialized");
+  if (method == "shutdown") return Shutdown();
+  if (method == "textDocument/diagnostic") return PullDiagnostics(params);
+  if (method == "workspace/executeCommand") return Execute(params);
+  const auto known = std::ranges::find(Requests(), method, &Request::method);
+  if (known == Requests().end()) throw RequestError(kMethodNotFound, "unknown method " + Quote(method));
+  return known->answer(session_, params);
 }
 
 // Texts of the client may contain bytes that are not UTF-8; they become U+FFFD.
@@ -149,6 +161,11 @@ void Server::Send(Json message) {
 // The answer is not needed.
 void Server::SendRequest(const char* method, Json params) {
   Send({{"id", "korvelcheck-" + std::to_string(++requests_)}, {"method", method}, {"params", std::move(params)}});
+}
+
+void Server::Log(const std::string& text) {
+  constexpr int kErrorMessage = 1;
+  Send({{"method", "window/logMessage"}, {"params", {{"type", kErrorMessage}, {"message", text}}}});
 }
 
 void Server::SendError(const Json& id, ErrorCode code, const std::string& text) {
@@ -200,6 +217,11 @@ void Server::Close(const Json& params) {
 }
 
 // --- Requests ---
+
+Json Server::Shutdown() {
+  is_shut_down_ = true;
+  return nullptr;
+}
 
 Json Server::Initialize(const Json& params) {
   if (is_initialized_) throw RequestError(kInvalidRequest, "the server is initialized already");
@@ -266,10 +288,10 @@ void Server::CheckDue() {
   due_.erase(due);
   if (document == nullptr) return;
   std::set<std::string> addresses = session_.AddressesOf(document->uri);
-  session_.Check(*document);
+  if (const auto failure = FailureOf([&] { session_.Check(*document); })) return Log(document->uri + ": " + failure->text);
   addresses.merge(session_.AddressesOf(document->uri));
   for (const std::string& address : addresses) {
-    Publish(address, address == document->uri ? std::optional(document->version) : std::nullopt);
+    Publish(address, address == document->uri ? document->version : std::nullopt);
   }
 }
 

@@ -24,7 +24,7 @@ class Server {
   // Both must outlive the server.
   Server(Connection& connection, const Options& options) : connection_(connection), session_(options) {}
 
-  // Serves until the client ends the connection. Whether it said so before, as it should. Throws FrameError, std::system_error.
+  // Serves until the client ends the connection. Whether it said so before, as it should. Throws FrameError, ConnectionError.
   bool Run();
 
  private:
@@ -42,7 +42,9 @@ class Server {
   void Dispatch(const Json& message);
   void Notify(const std::string& method, const Json& params);
   void Answer(const Json& id, const std::string& method, const Json& params);
+  Json ResultOf(const std::string& method, const Json& params);
   void Send(Json message);
+  void Log(const std::string& text);
   void SendRequest(const char* method, Json params);
   void SendError(const Json& id, ErrorCode code, const std::string& text);
 
@@ -55,6 +57,7 @@ class Server {
 
   // --- Requests that change the server ---
   Json Initialize(const Json& params);
+  Json Shutdown();
   Json PullDiagnostics(const Json& params);
   Json Execute(const Json& params);
 

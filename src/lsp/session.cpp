@@ -22,17 +22,26 @@ void Session::Check(const Document& document) {
 const DocumentCheck& Session::CheckOf(const Document& document) {
   if (document.IsProjectFile()) throw RequestError(kRequestFailed, "this is a project file, not a schema");
   const auto known = results_.find(document.uri);
-  if (known == results_.end() || known->second.check == nullptr || known->second.check->version != document.version)
+  if (known == results_.end() || known->second.check == nullptr || known->second.check->revision != document.revision)
     Check(document);
   return *results_.find(document.uri)->second.check;
 }
 
 std::shared_ptr<const DocumentCheck> Session::CheckWith(const Document& document, const std::string& text) {
-  Text other(text);
-  documents.SwapText(document.uri, other);
-  std::shared_ptr<const DocumentCheck> check = checks_.Check(document);
-  documents.SwapText(document.uri, other);
-  return check;
+  // Exchanges the texts for as long as the check takes.
+  struct OtherText {
+    OtherText(Documents& all, const std::string& of, const std::string& bytes) : documents(all), uri(of), other(bytes) {
+      documents.SwapText(uri, other);
+    }
+    OtherText(const OtherText&) = delete;
+    OtherText& operator=(const OtherText&) = delete;
+    ~OtherText() { documents.SwapText(uri, other); }
+    Documents& documents;
+    const std::string& uri;
+    Text other;
+  };
+  const OtherText other(documents, document.uri, text);
+  return checks_.Check(document);
 }
 
 std::string Session::PageOf(const Document& document) { return RenderHtml(checks_.Check(document, Texts::kShown)->report); }

@@ -1,4 +1,4 @@
-// Tested by tests/lsp/hover_test.cpp and completion_request_test.cpp.
+// Tested by tests/lsp/features_test.cpp.
 #include "lsp/well_formed.h"
 
 #include <algorithm>

@@ -98,7 +98,9 @@ const RuleDoc* FindRuleDoc(std::string_view rule_id) {
   return found == docs.end() ? nullptr : &*found;
 }
 
-std::string RulePageUrl(std::string_view rule_id) { return KORVEL_HOMEPAGE "/blob/main/docs/rules/" + RuleDocFileName(rule_id); }
+std::string RulePagesUrl() { return KORVEL_HOMEPAGE "/blob/main/docs/rules/"; }
+
+std::string RulePageUrl(std::string_view rule_id) { return RulePagesUrl() + RuleDocFileName(rule_id); }
 
 std::span<const CodeDoc> AllCodeDocs() {
   static const std::vector<CodeDoc> codes = ParseCodes();

@@ -61,7 +61,8 @@ std::span<const RuleDoc> AllProjectDocs();
 // Null if `rule_id` is the id of none of them.
 const RuleDoc* FindRuleDoc(std::string_view rule_id);
 
-// Where the page of a rule is published.
+// Where the pages of all rules are published, with a slash at the end, and where that of one rule is.
+std::string RulePagesUrl();
 std::string RulePageUrl(std::string_view rule_id);
 
 struct CodeDoc {

@@ -99,6 +99,15 @@ TEST_F(CodeActionsTest, FixTheWholeFile) {
   ExpectAllowed(fixed);
 }
 
+TEST_F(CodeActionsTest, FitTheTextOfClientsWithoutVersions) {
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  EXPECT_EQ(Actions({"quickfix"}).size(), 2U);
+  const std::string text = "<!-- a line -->" + SmallPrice();
+  client_.Notify("textDocument/didChange",
+                 {{"textDocument", {{"uri", Uri("shop.xml")}, {"version", nullptr}}}, {"contentChanges", {{{"text", text}}}}});
+  ExpectAllowed(Applied(Actions({"quickfix"})[0], "shop.xml", text));
+}
+
 TEST_F(CodeActionsTest, BelongToTheirDiagnostics) {
   client_.Open(Uri("shop.xml"), SmallPrice());
   const Json diagnostics = client_.Diagnostics(Uri("shop.xml"));

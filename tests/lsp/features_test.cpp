@@ -99,7 +99,8 @@ TEST_F(FeaturesTest, HoverShowsTheMeaningOfTheFormat) {
 
 TEST_F(FeaturesTest, HoverShowsTheRuleOfADiagnostic) {
   Open(SmallPrice());
-  EXPECT_THAT(Hover("int32\"/>\n    <primary"), AllOf(HasSubstr("# field.size\n"), HasSubstr("## Allowed instead\n")));
+  EXPECT_THAT(Hover("int32\"/>\n    <primary"), AllOf(HasSubstr("# field.size\n"), HasSubstr("## Allowed instead\n"),
+                                                      HasSubstr("[Result code](https://"), Not(HasSubstr("](result-codes"))));
   EXPECT_THAT(Hover("price"), AllOf(HasSubstr("Since `git:HEAD`: type: `int64` -> `int32`"), Not(HasSubstr("# field.size"))));
 }
 
@@ -225,6 +226,28 @@ TEST_F(FeaturesTest, RefusesToRenameWhatTheBaselineHas) {
               HasSubstr("there is no name here"));
   client_.Change(Uri("shop.xml"), kShop);
   EXPECT_EQ(client_.Diagnostics(Uri("shop.xml")), Json::array());  // a refused rename left nothing behind
+}
+
+TEST_F(FeaturesTest, RenamesWhatIsRefusedForAnotherReason) {
+  // The new entry lacks its version.
+  Open(Replaced(kShop, "    <primarykey", "    <entry name=\"stock\" type=\"uint16\"/>\n    <primarykey"));
+  Json params = At("stock");
+  params["newName"] = "amount";
+  EXPECT_EQ(client_.Result("textDocument/rename", params)["changes"][Uri("shop.xml")].size(), 1U);
+}
+
+TEST_F(FeaturesTest, RefusesToRenameInAFileThatCannotBeChecked) {
+  Open(Replaced(kShop, "</metalib>", ""));
+  Json params = At("price");
+  params["newName"] = "cost";
+  EXPECT_THAT(client_.Error("textDocument/rename", params)["message"],
+              StartsWith("this file cannot be checked: shop.xml:8:1: error: "));
+}
+
+TEST_F(FeaturesTest, HoverShowsNamesAsTheyAre) {
+  const std::string name = "a`` ![x](http://example.org/x.png) ``b";
+  Open(Replaced(kShop, "\"price\"", "\"" + name + "\""));
+  EXPECT_THAT(Hover("![x]"), StartsWith("**``` items." + name + " ```** `int64`"));
 }
 
 // --- The line above each table ---

@@ -81,6 +81,15 @@ TEST(ProtocolTest, IgnoresCancellationsOfAWrongForm) {
   EXPECT_EQ(client.Error("$/cancelRequest", Json::object())["code"], ErrorCode::kMethodNotFound);
 }
 
+TEST(ProtocolTest, RefusesIdsThatAreNone) {
+  Client client;
+  client.Initialize();
+  for (const char* const id : {"true", "1.5", "[]", "{}"}) {
+    client.SendBytes(korvel::lsp::Framed(R"({"method":"no/method","id":)" + std::string(id) + "}"));
+    EXPECT_EQ(client.AnswerTo(nullptr)["error"]["code"], ErrorCode::kInvalidRequest) << id;
+  }
+}
+
 TEST(ProtocolTest, RefusesNumbersThatAreNoPositions) {
   Client client;
   client.Initialize();

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -143,7 +144,7 @@ TEST_F(DiagnosticsTest, FollowTheProjectFileThatIsBeingEdited) {
   ASSERT_THAT(Summaries(diagnostics), ElementsAre("1:0-1:4 1 project.invalid"));
   EXPECT_THAT(diagnostics[0]["message"], HasSubstr("did you mean 'paths'?"));
   client_.Change(Uri("korvelcheck.toml"), Replaced(kProject, "*.xml", "other/*.xml") + "exclude = [\"shop.xml\"]\n");
-  EXPECT_EQ(client_.Diagnostics(Uri("shop.xml")), Json::array());
+  EXPECT_THAT(Summaries(client_.Diagnostics(Uri("shop.xml"))), ElementsAre("0:0-0:0 3 project.excluded"));
 }
 
 TEST_F(DiagnosticsTest, FollowTheBaseline) {
@@ -171,6 +172,36 @@ TEST_F(DiagnosticsTest, CheckANewFileByItself) {
   EXPECT_EQ(client_.Diagnostics(Uri("new.xml")), Json::array());
   client_.Change(Uri("new.xml"), Replaced(kShop, "sku\"/", "nothing\"/"));
   EXPECT_THAT(Summaries(client_.Diagnostics(Uri("new.xml"))), ElementsAre("4:25-4:32 1 schema.invalid"));
+}
+
+TEST_F(DiagnosticsTest, StayWhenTheRootElementIsMisspelled) {
+  Write("korvelcheck.toml", "[schemas]\nagainst = [\"git:HEAD\"]\n");
+  client_.Initialize();
+  client_.Open(Uri("shop.xml"), Replaced(kShop, "<metalib", "<metalb"));  // a schema, for the baseline has it as one
+  EXPECT_THAT(Summaries(client_.Diagnostics(Uri("shop.xml"))),
+              ElementsAre("0:0-0:7 1 schema.invalid", "6:2-6:9 1 schema.syntax"));
+  client_.Open(Uri("new.xml"), kShop);
+  client_.Diagnostics(Uri("new.xml"));
+  client_.Change(Uri("new.xml"), "");  // a schema, for it was one
+  EXPECT_THAT(Summaries(client_.Diagnostics(Uri("new.xml"))), ElementsAre("0:0-0:0 1 schema.syntax"));
+}
+
+TEST_F(DiagnosticsTest, CompareAFileThatNoPatternSelects) {
+  std::filesystem::create_directory(PathOf("other"));
+  Write("other/shop.xml", kShop);
+  Commit("Add another shop");
+  client_.Initialize();
+  client_.Open(Uri("other/shop.xml"), SmallPrice());
+  EXPECT_THAT(Summaries(client_.Diagnostics(Uri("other/shop.xml"))), ElementsAre(kSmallPrice));
+}
+
+TEST_F(DiagnosticsTest, SayThatAFileIsExcluded) {
+  Write("korvelcheck.toml", std::string(kProject) + "exclude = [\"shop.xml\"]\n");
+  client_.Initialize();
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  const Json diagnostics = client_.Diagnostics(Uri("shop.xml"));
+  ASSERT_THAT(Summaries(diagnostics), ElementsAre("0:0-0:0 3 project.excluded"));
+  EXPECT_EQ(diagnostics[0]["message"], "not checked: korvelcheck.toml:4:12 excludes this file");
 }
 
 TEST_F(DiagnosticsTest, LeaveOtherFilesAlone) {
