@@ -134,7 +134,7 @@ std::shared_ptr<const DocumentCheck> DocumentChecks::Check(const Document& docum
   check->is_schema = !document.path.empty() && document.was_schema;
   if (!document.path.empty()) KeepFaults(*check, [&] { Run(document, texts, *check); });
   if (!check->is_schema) check->report = {};
-  check->report.max_findings = kMaxFindings;
+  check->report.max_findings = kMaxDocumentFindings;
   check->folded = std::make_unique<FoldedReport>(check->report);
   check->issues = std::make_unique<Issues>(*check->folded);
   return check;

@@ -86,7 +86,7 @@ OpenProject::OpenProject(const Options& call, const Documents& documents, Source
   RememberFiles();
 }
 
-CheckOptions OpenProject::options() { return {.project = project(), .log = log_.handle()}; }
+CheckOptions OpenProject::options() { return {.project = project(), .max_findings = kMaxDocumentFindings, .log = log_.handle()}; }
 
 std::string OpenProject::TextOfProjectFile(const std::string& path) const {
   const Document* const document = documents_.FindPath(AbsolutePath(path).string());

@@ -1,6 +1,7 @@
 // A project whose files are open: its project files and baselines, loaded once for many checks.
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <optional>
@@ -14,6 +15,9 @@
 #include "vesk/closed_category.h"
 
 namespace korvel::lsp {
+
+// Findings of a document: an author fixes the first ones first, and all that a check might find would take many seconds.
+inline constexpr std::size_t kMaxDocumentFindings = 100;
 
 // The directory that a file is checked from, as by a call there: that of the outermost project file above the file in its
 // repository; without a repository, that of the nearest one; without a project file, the top of the repository, else the

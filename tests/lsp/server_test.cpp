@@ -204,6 +204,21 @@ TEST_F(DiagnosticsTest, SayThatAFileIsExcluded) {
   EXPECT_EQ(diagnostics[0]["message"], "not checked: korvelcheck.toml:4:12 excludes this file");
 }
 
+TEST_F(DiagnosticsTest, AreLimited) {
+  const auto schema = [](const std::string& type) {
+    std::string entries;
+    for (int i = 0; i < 150; ++i) entries += "<entry name=\"e" + std::to_string(i) + "\" type=\"" + type + "\"/>\n";
+    return Replaced(kShop, "    <entry name=\"price\" type=\"int64\"/>\n", entries);
+  };
+  Write("shop.xml", schema("int64"));
+  Commit("Add entries");
+  client_.Initialize();
+  client_.Open(Uri("shop.xml"), schema("int32"));
+  const std::vector<std::string> summaries = Summaries(client_.Diagnostics(Uri("shop.xml")));
+  ASSERT_EQ(summaries.size(), 101U);
+  EXPECT_THAT(summaries.back(), testing::EndsWith(" 1 report.limit"));
+}
+
 TEST_F(DiagnosticsTest, LeaveOtherFilesAlone) {
   client_.Initialize();
   Write("korvelcheck.toml", "[schemas]\nagainst = [\"git:HEAD\"]\n");
