@@ -2,6 +2,8 @@
 #include "lsp/json.h"
 
 #include <algorithm>
+#include <charconv>
+#include <optional>
 
 namespace korvel::lsp {
 namespace {
@@ -21,6 +23,29 @@ int NestingOf(std::string_view message) {
   return deepest;
 }
 
+// The code unit of an escape "\\uXXXX" at an offset; nullopt for other text.
+std::optional<unsigned> CodeUnitAt(std::string_view text, std::size_t offset) {
+  unsigned unit = 0;
+  if (text.substr(offset, 2) != "\\u" || text.size() < offset + 6) return std::nullopt;
+  const char* const end = text.data() + offset + 6;
+  return std::from_chars(text.data() + offset + 2, end, unit, 16).ptr == end ? std::optional(unit) : std::nullopt;
+}
+
+// The message with U+FFFD for each half of a character. Editors send halves if an edit splits a character; each is one code unit,
+// as is what replaces it.
+std::string WithWholeCharacters(std::string_view message) {
+  const auto is_high = [](std::optional<unsigned> unit) { return unit && *unit >= 0xD800 && *unit < 0xDC00; };
+  const auto is_low = [](std::optional<unsigned> unit) { return unit && *unit >= 0xDC00 && *unit < 0xE000; };
+  std::string whole(message);
+  for (std::size_t i = whole.find('\\'); i != std::string::npos; i = whole.find('\\', i)) {
+    const std::optional<unsigned> unit = CodeUnitAt(whole, i);
+    const bool is_pair = is_high(unit) && is_low(CodeUnitAt(whole, i + 6));
+    if (!is_pair && (is_high(unit) || is_low(unit))) whole.replace(i, 6, "\\ufffd");
+    i += is_pair ? 12 : 2;
+  }
+  return whole;
+}
+
 }  // namespace
 
 Json ParseMessage(std::string_view message) {
@@ -28,6 +53,7 @@ Json ParseMessage(std::string_view message) {
     throw RequestError(kParseError, "the message is nested too deep; allowed: " + std::to_string(kMaxNesting) + " levels");
   }
   Json json = Json::parse(message, nullptr, false);
+  if (json.is_discarded()) json = Json::parse(WithWholeCharacters(message), nullptr, false);
   if (json.is_discarded()) throw RequestError(kParseError, "the message is not JSON");
   return json;
 }

@@ -81,6 +81,24 @@ TEST(ProtocolTest, IgnoresCancellationsOfAWrongForm) {
   EXPECT_EQ(client.Error("$/cancelRequest", Json::object())["code"], ErrorCode::kMethodNotFound);
 }
 
+// An editor may split a character of two code units.
+TEST(ProtocolTest, TakesHalvesOfCharacters) {
+  Client client;
+  client.Initialize();
+  const auto symbol_of = [&](const std::string& name) {
+    client.SendBytes(korvel::lsp::Framed(
+        R"({"method":"textDocument/didOpen","params":{"textDocument":{"uri":"untitled:a","languageId":"xml","version":1,"text":"<metalib name=')" +
+        name + R"('/>"}}})"));
+    const Json symbols = client.Result("textDocument/documentSymbol", {{"textDocument", {{"uri", "untitled:a"}}}});
+    return symbols.at(0).at("name").get<std::string>();
+  };
+  EXPECT_EQ(symbol_of(R"(a\ud83db)"),
+            "a\xEF\xBF\xBD"
+            "b");
+  EXPECT_EQ(symbol_of(R"(\ude97\ud83d\ude97\ud83d)"), "\xEF\xBF\xBD\xF0\x9F\x9A\x97\xEF\xBF\xBD");
+  EXPECT_EQ(symbol_of(R"(\\ud83d)"), R"(\ud83d)");  // no escape of a character
+}
+
 TEST(ProtocolTest, RefusesIdsThatAreNone) {
   Client client;
   client.Initialize();
