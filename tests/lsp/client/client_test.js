@@ -12,7 +12,8 @@ const { Range } = require('vscode-languageserver-protocol/node');
 const { Editor } = require('./editor');
 const { Repository } = require('./repository');
 
-const [program, ...selected] = process.argv.slice(2);
+const [named, ...selected] = process.argv.slice(2);
+const program = path.resolve(named);
 const directory = (name) => path.join(__dirname, name);
 const namesIn = (name, extension) => fs.readdirSync(directory(name)).map((file) => path.basename(file, extension)).sort();
 
