@@ -2,6 +2,7 @@
 #include "project/git_call.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <string_view>
 #include <system_error>
 
@@ -12,6 +13,10 @@
 
 namespace korvel {
 namespace {
+
+constexpr char kNoFetch[] = "GIT_NO_LAZY_FETCH";
+constexpr char kLacksObject[] =
+    "this partial clone lacks an object, and the network is not used; fetch it by a call of 'korvelcheck check'";
 
 std::string FirstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
 
@@ -161,11 +166,20 @@ std::vector<std::string> SplitAt(const std::string& text, char separator) {
 }
 
 std::string FirstComplaint(const std::string& text) {
+  const bool lacks_object = text.find(" from promisor remote") != std::string::npos;
+  if (lacks_object && std::getenv(kNoFetch) != nullptr) return kLacksObject;
   std::string line = FirstLine(text);
   for (const std::string_view word : {"fatal: ", "error: "}) {
     if (line.starts_with(word)) line.erase(0, word.size());
   }
   return OneLine(line);
+}
+
+// The list of protocols also overrides what the configuration of a repository allows. Versions of git before 2.45 know only it.
+void KeepGitOffline() {
+  ::setenv(kNoFetch, "1", 1);
+  ::setenv("GIT_ALLOW_PROTOCOL", "", 1);
+  ::setenv("GIT_TERMINAL_PROMPT", "0", 1);
 }
 
 void RefuseArgument(const std::string& argument, const std::string& reason) {
@@ -216,6 +230,8 @@ bool IsShallow(const std::string& argument) { return RunGit({"rev-parse", "--is-
 void RefuseRevision(const std::string& revision, const std::string& argument) {
   const GitResult repository = RunGit({"rev-parse", "--git-dir"}, argument);
   if (repository.status != 0) RefuseArgument(argument, repository.error);
+  const GitResult tree = RunGit({"cat-file", "-e", revision + "^{tree}"}, argument);
+  if (tree.error == kLacksObject) RefuseArgument(argument, tree.error);
   RefuseArgument(argument, Diagnosis(revision, argument).Text());
 }
 

@@ -37,6 +37,10 @@ bool IsShallow(const std::string& argument);
 // The first complaint among the lines of a program's standard error.
 std::string FirstComplaint(const std::string& text);
 
+// From now on, git fails where it would use the network, as for an object that a partial clone lacks, or ask for a password. For
+// a program with one thread.
+void KeepGitOffline();
+
 // The parts between the separators, the last of which ends the text.
 std::vector<std::string> SplitAt(const std::string& text, char separator);
 

@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include "lsp/serve.h"
+#include "project/git_call.h"
 #include "tool/cli/command.h"
 #include "tool/cli/option_groups.h"
 #include "tool/commands/run_check.h"
@@ -30,6 +31,7 @@ int Run(const LspArguments& arguments) {
       .uses_projects = !arguments.no_project,
       .links = arguments.links.links(),
   };
+  KeepGitOffline();
   try {
     return lsp::Serve(STDIN_FILENO, STDOUT_FILENO, options) ? kAllAllowed : kSomeRefused;
   } catch (const lsp::FrameError& error) {
