@@ -38,12 +38,24 @@ class Text {
   void Replace(qmx::Span span, std::string_view text);
 
  private:
+  // The begin of a character, and how much of its line is before it.
+  struct Mark {
+    std::size_t offset = 0;
+    std::size_t units = 0;       // UTF-16
+    std::size_t characters = 0;  // each byte that is not UTF-8 is one
+  };
+
   void FindLines();
+  void MarkLine(std::size_t begin, std::size_t end);
+  void Step(Mark& mark) const;
+  // The last mark of a line of which a member is at most `limit`, else the begin of the line.
+  Mark LastMark(std::size_t line, std::size_t Mark::*member, std::size_t limit) const;
   // The line without its end.
   std::string_view Line(std::size_t line) const;
 
   std::string bytes_;
   std::vector<std::size_t> lines_;  // offsets of their first bytes; lines end in LF, CR LF or CR
+  std::vector<Mark> marks_;         // in long lines, so that nothing counts a whole one
 };
 
 Json ToJson(Position position);

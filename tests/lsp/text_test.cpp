@@ -58,6 +58,25 @@ TEST(TextTest, ClampsPositionsBehindTheText) {
   EXPECT_EQ(Text("").OffsetOf(Position{0, 1}), 0U);
 }
 
+// Regression: each conversion counted from the begin of its line. This takes hours if it still does.
+TEST(TextTest, ConvertsEveryPositionOfALongLine) {
+  std::string line = "\xEF\xBB\xBF";
+  while (line.size() < 2'000'000) line += std::string("ab") + kFourBytes + "\xFF" + kThreeBytes;
+  const Text text(line + "\r\n" + line + "\n");
+  std::size_t units = 1;
+  std::size_t column = 2;
+  for (std::size_t offset = 3; offset < line.size(); offset += 10, units += 6, column += 5) {
+    ASSERT_EQ(text.At(offset).character, units);
+    ASSERT_EQ(text.OffsetOf(Position{0, units}), offset);
+    ASSERT_EQ(text.At(line.size() + 2 + offset + 7).character, units + 5);
+    ASSERT_EQ(text.OffsetOf(Position{1, units + 3}), line.size() + 2 + offset + 2);  // inside of the character of 4 bytes
+    ASSERT_EQ(text.OffsetOf(qmx::LineColumn{1, column - 1}), offset);
+    ASSERT_EQ(text.OffsetOf(qmx::LineColumn{2, column + 3}), line.size() + 2 + offset + 6);
+  }
+  EXPECT_EQ(text.OffsetOf(Position{0, line.size()}), line.size());
+  EXPECT_EQ(text.OffsetOf(qmx::LineColumn{1, line.size()}), line.size());
+}
+
 TEST(TextTest, FindsLinesAndCharactersOfMessages) {
   const Text text(std::string("\xEF\xBB\xBF<a>\n") + kFourBytes + "b");
   EXPECT_EQ(text.OffsetOf(qmx::LineColumn{1, 1}), 3U);  // a byte order mark is no column
