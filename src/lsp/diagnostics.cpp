@@ -9,6 +9,7 @@
 #include "base/input_error.h"
 #include "base/text.h"
 #include "base/uri.h"
+#include "project/found_project.h"
 #include "project/git.h"
 #include "project/project_path.h"
 #include "report/result/words.h"
@@ -27,8 +28,12 @@ Severity SeverityOf(const Issue& issue) {
   return issue.level == Level::kRefused ? kError : kWarning;
 }
 
-std::string MessageOf(const Issue& issue, const ServicePaths& paths) {
-  return issue.summary + Join(DetailsOf(issue, paths), "", [](const std::string& line) { return "\n" + line; });
+// A fault of another file, such as a refused project file, is shown in the document: the message names the file.
+std::string MessageOf(const Issue& issue, const DocumentCheck& check) {
+  const InputFault* const fault = issue.fault;
+  const bool is_elsewhere = fault != nullptr && fault->needed_by.empty() && !fault->file.empty() && fault->file != check.name;
+  return (is_elsewhere ? ToText(issue.location) + ": " : "") + issue.summary +
+         Join(DetailsOf(issue, check.issues->paths()), "", [](const std::string& line) { return "\n" + line; });
 }
 
 // From a fault to the end of what is wrong: a name, a value, a tag.
@@ -137,7 +142,7 @@ Diagnostics DiagnosticsOf(const DocumentCheck& check, const Document& document, 
   }
   for (const Issue& issue : check.issues->all()) {
     const DiagnosticPlace place = PlaceOf(issue, check, document, documents);
-    Json diagnostic = Diagnostic(place.range, SeverityOf(issue), issue.rule, MessageOf(issue, check.issues->paths()));
+    Json diagnostic = Diagnostic(place.range, SeverityOf(issue), issue.rule, MessageOf(issue, check));
     diagnostic["data"] = {{"fingerprint", issue.fingerprint}};
     if (issue.old_location && issue.old_location->begin) {
       diagnostic["relatedInformation"] = {RelatedTo(*issue.old_location, check.root)};
@@ -147,9 +152,10 @@ Diagnostics DiagnosticsOf(const DocumentCheck& check, const Document& document, 
   return diagnostics;
 }
 
-Json DiagnosticsOfProjectFile(const Document& document) {
+Json DiagnosticsOfProjectFile(const Document& document, Links links) {
   Json diagnostics = Json::array();
   try {
+    TextOfProject(document.path, false, links);  // which may refuse the file on the disk
     ParseProject(kProjectFileName, document.text.bytes());
   } catch (const InputError& error) {
     for (const std::string& line : error.lines) {

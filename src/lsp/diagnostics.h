@@ -16,8 +16,8 @@ using Diagnostics = std::map<std::string, Json>;
 // list in any case. Waived findings are information, with reason and last day.
 Diagnostics DiagnosticsOf(const DocumentCheck& check, const Document& document, const Documents& documents);
 
-// The errors of a project file that is being edited. Of one without errors, an empty list.
-Json DiagnosticsOfProjectFile(const Document& document);
+// The errors of a project file that is being edited, or why the file on the disk is refused. Without errors, an empty list.
+Json DiagnosticsOfProjectFile(const Document& document, Links links);
 
 // The address of a file of an earlier state: that of the file on the disk, or one that BaselineText reads.
 std::string UriOfEarlier(const std::string& root, const std::string& name);

@@ -9,8 +9,8 @@ namespace {
 
 class OpenFiles : public FileTree {
  public:
-  OpenFiles(std::unique_ptr<FileTree> disk, std::string top, const Documents& documents)
-      : disk_(std::move(disk)), top_(std::move(top)), documents_(documents) {}
+  OpenFiles(std::unique_ptr<FileTree> disk, std::string top, Links links, const Documents& documents)
+      : disk_(std::move(disk)), top_(std::move(top)), links_(links), documents_(documents) {}
 
   bool HasFile(const std::string& path) const override { return Find(path) != nullptr || disk_->HasFile(path); }
   bool HasName(const std::string& path) const override { return Find(path) != nullptr || disk_->HasName(path); }
@@ -20,12 +20,15 @@ class OpenFiles : public FileTree {
 
   Bytes Read(const std::string& path) override {
     const Document* const document = Find(path);
-    return document == nullptr ? disk_->Read(path) : BytesOf(document->text.bytes());
+    const bool is_refused = KindBelow(top_, path, links_) == EntryKind::kLink;
+    return document == nullptr || is_refused ? disk_->Read(path) : BytesOf(document->text.bytes());
   }
 
   Bytes ReadProject(const std::string& path) override {
     const Document* const document = Find(path);
-    return document == nullptr ? disk_->ReadProject(path) : BytesOf(document->good_text);
+    if (document == nullptr) return disk_->ReadProject(path);
+    if (disk_->HasName(path)) disk_->ReadProject(path);  // which may refuse it
+    return BytesOf(document->good_text);
   }
 
  private:
@@ -33,13 +36,15 @@ class OpenFiles : public FileTree {
 
   std::unique_ptr<FileTree> disk_;
   std::string top_;
+  Links links_;
   const Documents& documents_;
 };
 
 }  // namespace
 
-std::unique_ptr<FileTree> WithOpenFiles(std::unique_ptr<FileTree> disk, const std::string& top, const Documents& documents) {
-  return std::make_unique<OpenFiles>(std::move(disk), top, documents);
+std::unique_ptr<FileTree> WithOpenFiles(std::unique_ptr<FileTree> disk, const std::string& top, Links links,
+                                        const Documents& documents) {
+  return std::make_unique<OpenFiles>(std::move(disk), top, links, documents);
 }
 
 Bytes BytesOf(const std::string& text) {

@@ -10,8 +10,9 @@
 namespace korvel::lsp {
 
 // `disk` with the texts of the documents, which must outlive the tree. `top` is the directory of the tree. Of a project file with
-// an error, the last text without one is used.
-std::unique_ptr<FileTree> WithOpenFiles(std::unique_ptr<FileTree> disk, const std::string& top, const Documents& documents);
+// an error, the last text without one is used. What is refused on the disk, such as a link, is also refused if it is open.
+std::unique_ptr<FileTree> WithOpenFiles(std::unique_ptr<FileTree> disk, const std::string& top, Links links,
+                                        const Documents& documents);
 
 Bytes BytesOf(const std::string& text);
 

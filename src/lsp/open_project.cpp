@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <system_error>
 
@@ -43,12 +44,22 @@ std::string References() {
   }
 }
 
-// Changes with every write to the file.
+std::string ToText(const struct stat& status) {
+  std::string text;
+  for (const auto number : {std::uint64_t{status.st_ino}, static_cast<std::uint64_t>(status.st_size),
+                            static_cast<std::uint64_t>(status.st_mtim.tv_sec), static_cast<std::uint64_t>(status.st_mtim.tv_nsec),
+                            std::uint64_t{status.st_uid}}) {
+    text += std::to_string(number) + " ";
+  }
+  return text;
+}
+
+// Changes with every write to the file, with its owner, and if it becomes a link.
 std::string StateOfDisk(const std::string& path) {
-  struct stat status {};
-  if (::stat(path.c_str(), &status) != 0) return "";
-  return std::to_string(status.st_ino) + " " + std::to_string(status.st_size) + " " + std::to_string(status.st_mtim.tv_sec) +
-         " " + std::to_string(status.st_mtim.tv_nsec);
+  struct stat entry {};
+  struct stat target {};
+  if (::lstat(path.c_str(), &entry) != 0) return "";
+  return ToText(entry) + (::stat(path.c_str(), &target) == 0 ? ToText(target) : "");
 }
 
 }  // namespace
@@ -77,7 +88,7 @@ OpenProject::OpenProject(const Options& call, const Documents& documents, Source
   for (const Baseline& baseline : ResolveBaselines(call.baselines(project()))) {
     ProjectCheck& check = checks_.emplace_back();
     check.states = OpenStates(baseline, *set_, call.links, [&](std::unique_ptr<FileTree> disk, const std::string& top) {
-      return WithOpenFiles(std::move(disk), top, documents);
+      return WithOpenFiles(std::move(disk), top, call.links, documents);
     });
     check.options = options();
     check.allow_new = true;
@@ -90,12 +101,13 @@ CheckOptions OpenProject::options() { return {.project = project(), .max_finding
 
 std::string OpenProject::TextOfProjectFile(const std::string& path) const {
   const Document* const document = documents_.FindPath(AbsolutePath(path).string());
-  return document == nullptr ? TextOfProject(path, false, options_.links) : document->good_text;
+  std::string saved = TextOfProject(path, false, options_.links);  // which may refuse it
+  return document == nullptr ? saved : document->good_text;
 }
 
 std::string OpenProject::StateOf(const std::string& file) const {
   const Document* const document = documents_.FindPath(AbsolutePath(file).string());
-  return document == nullptr ? StateOfDisk(file) : document->good_text;
+  return StateOfDisk(file) + (document == nullptr ? "" : "\n" + document->good_text);
 }
 
 // A directory without a project file may get one.

@@ -11,7 +11,7 @@ namespace korvel::lsp {
 void Session::Check(const Document& document) {
   Result result;
   if (document.IsProjectFile()) {
-    result.diagnostics.emplace(document.uri, DiagnosticsOfProjectFile(document));
+    result.diagnostics.emplace(document.uri, DiagnosticsOfProjectFile(document, links_));
   } else {
     result.check = checks_.Check(document);
     result.diagnostics = DiagnosticsOf(*result.check, document, documents);

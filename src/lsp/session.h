@@ -26,7 +26,7 @@ struct Client {
 class Session {
  public:
   // `options` must outlive the session.
-  explicit Session(const Options& options) : checks_(options, documents) {}
+  explicit Session(const Options& options) : links_(options.links), checks_(options, documents) {}
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
@@ -64,6 +64,7 @@ class Session {
     Diagnostics diagnostics;
   };
 
+  Links links_;
   DocumentChecks checks_;
   WellFormedStates states_;
   std::map<std::string, Result> results_;  // by the address of the document

@@ -1,6 +1,7 @@
 // Diagnostics while the repository, the project files and the files on the disk change, and in repositories of unusual forms.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -13,10 +14,13 @@ namespace lsp_test {
 namespace {
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 constexpr char kRefused[] = "3:30 1 field.size";
 constexpr char kFailed[] = "0:0 1 check.failed";
+constexpr char kUnreadable[] = "0:0 1 schema.unreadable";
 
 class SituationsTest : public ServerTest {
  protected:
@@ -35,6 +39,17 @@ class SituationsTest : public ServerTest {
                       std::to_string(one.at("severity").get<int>()) + " " + one.at("code").get<std::string>());
     }
     return found;
+  }
+
+  std::string FirstMessage(const std::string& file) {
+    const Json diagnostics = Pull(file);
+    return diagnostics.empty() ? "" : diagnostics[0].at("message").get<std::string>();
+  }
+
+  // Moves the file away and leaves a link to it.
+  void ReplaceByLink(const std::string& file) const {
+    std::filesystem::rename(PathOf(file), PathOf(file + ".moved"));
+    std::filesystem::create_symlink(PathOf(file + ".moved"), PathOf(file));
   }
 
   void MakeDirectory(const std::string& directory) const { std::filesystem::create_directories(PathOf(directory)); }
@@ -109,6 +124,58 @@ TEST_F(SituationsTest, FollowsNestedProjectFiles) {
   EXPECT_THAT(Found("sub/shop.xml"), ElementsAre(kRefused));
 }
 
+// Regression: the text of an open project file was used, whatever is on the disk.
+TEST_F(SituationsTest, RefusesAnOpenProjectFileThatIsALink) {
+  client_.Open(Uri("korvelcheck.toml"), kProject);
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  EXPECT_THAT(Found("shop.xml"), ElementsAre(kRefused));
+  ReplaceByLink("korvelcheck.toml");
+  EXPECT_THAT(Found("shop.xml"), ElementsAre(kUnreadable));
+  EXPECT_THAT(FirstMessage("shop.xml"), StartsWith("korvelcheck.toml: is a symbolic link"));
+  EXPECT_THAT(Found("korvelcheck.toml"), ElementsAre("0:0 1 project.invalid"));
+  EXPECT_THAT(FirstMessage("korvelcheck.toml"), HasSubstr("is a symbolic link"));
+  Remove("korvelcheck.toml");
+  Write("korvelcheck.toml", kProject);
+  EXPECT_THAT(Found("shop.xml"), ElementsAre(kRefused));
+  EXPECT_THAT(Found("korvelcheck.toml"), IsEmpty());
+}
+
+TEST_F(SituationsTest, RefusesAnOpenNestedProjectFileThatIsALink) {
+  MakeDirectory("sub");
+  Write("korvelcheck.toml", Replaced(kProject, "*.xml", "**/*.xml"));
+  Write("sub/korvelcheck.toml", kWaiver);
+  Write("sub/shop.xml", kShop);
+  Commit("Add another shop");
+  client_.Open(Uri("sub/korvelcheck.toml"), kWaiver);
+  client_.Open(Uri("sub/shop.xml"), SmallPrice());
+  EXPECT_THAT(Found("sub/shop.xml"), ElementsAre("3:30 3 field.size"));
+  ReplaceByLink("sub/korvelcheck.toml");
+  EXPECT_THAT(FirstMessage("sub/shop.xml"), StartsWith("sub/korvelcheck.toml: is a symbolic link"));
+}
+
+TEST_F(SituationsTest, RefusesAnOpenProjectFileOfAnotherUser) {
+  constexpr uid_t kOther = 12345;
+  if (::geteuid() != 0) GTEST_SKIP() << "only root can give a file to another user";
+  client_.Open(Uri("korvelcheck.toml"), kProject);
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  EXPECT_THAT(Found("shop.xml"), ElementsAre(kRefused));
+  ASSERT_EQ(::chown(PathOf("korvelcheck.toml").c_str(), kOther, static_cast<gid_t>(-1)), 0);
+  EXPECT_THAT(Found("shop.xml"), ElementsAre(kUnreadable));
+  EXPECT_THAT(FirstMessage("shop.xml"), StartsWith("korvelcheck.toml: belongs to user id 12345"));
+  EXPECT_THAT(FirstMessage("korvelcheck.toml"), HasSubstr("belongs to user id 12345"));
+}
+
+// Regression: the text of the document was compared, or the message said that the baseline has no schema file.
+TEST_F(SituationsTest, RefusesASchemaThatIsALink) {
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  ReplaceByLink("shop.xml");
+  EXPECT_THAT(Found("shop.xml"), ElementsAre(kUnreadable));
+  EXPECT_THAT(FirstMessage("shop.xml"), StartsWith("is a symbolic link\nallowed: a file"));
+  Commit("Use a link");
+  EXPECT_THAT(Found("shop.xml"), ElementsAre(kUnreadable));
+  EXPECT_THAT(FirstMessage("shop.xml"), StartsWith("is a symbolic link\nallowed: a file"));
+}
+
 TEST_F(SituationsTest, ComparesAMovedFileWithItsOldPath) {
   Git({"mv", "shop.xml", "market.xml"});
   client_.Open(Uri("market.xml"), SmallPrice());
@@ -156,7 +223,7 @@ TEST_F(SituationsTest, SaysThatGitIsMissing) {
   const Json diagnostics = Pull("shop.xml");
   ::setenv("PATH", path.c_str(), 1);
   ASSERT_EQ(diagnostics.size(), 1U);
-  EXPECT_THAT(diagnostics[0]["message"], testing::HasSubstr("needs git, which is not installed"));
+  EXPECT_THAT(diagnostics[0]["message"], HasSubstr("needs git, which is not installed"));
   EXPECT_THAT(Found("shop.xml"), ElementsAre(kRefused));
 }
 
