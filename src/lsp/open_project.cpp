@@ -110,12 +110,13 @@ std::string OpenProject::StateOf(const std::string& file) const {
   return StateOfDisk(file) + (document == nullptr ? "" : "\n" + document->good_text);
 }
 
-// A directory without a project file may get one.
+// A directory without a project file may get one, and that of a baseline may go.
 void OpenProject::RememberFiles() {
   const auto remember = [&](const std::string& file) { files_.emplace(file, StateOf(file)); };
   remember(kProjectFileName);
   std::ranges::for_each(set_->Files(), remember);
   for (const ProjectCheck& check : checks_) {
+    if (!check.states.baseline.revision) remember(check.states.baseline.name);
     for (const std::string& path : check.states.projects->LookedFor()) remember((fs::path(check.states.top) / path).string());
   }
 }

@@ -33,8 +33,8 @@ class OpenProject {
   OpenProject(const OpenProject&) = delete;
   OpenProject& operator=(const OpenProject&) = delete;
 
-  // Whether nothing it was loaded from has changed: project files; commits, branches and tags if a baseline is one of them. Then
-  // it runs git.
+  // Whether nothing it was loaded from has changed: project files; directories that are baselines; commits, branches and
+  // tags if a baseline is one of them. Then it runs git.
   bool IsCurrent() const;
 
   // Null without one.
@@ -62,7 +62,7 @@ class OpenProject {
   std::unique_ptr<ProjectSet> set_;
   std::vector<ProjectCheck> checks_;
   std::string references_;                    // of the repository
-  std::map<std::string, std::string> files_;  // project files with their states: existing and possible ones
+  std::map<std::string, std::string> files_;  // with their states: existing and possible project files, baselines
 };
 
 }  // namespace korvel::lsp

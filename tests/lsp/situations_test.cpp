@@ -16,6 +16,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::StartsWith;
 
 constexpr char kRefused[] = "3:30 1 field.size";
@@ -202,6 +203,22 @@ TEST_F(SituationsTest, ComparesWithADirectory) {
   EXPECT_THAT(Found("store/shop.xml"), IsEmpty());
   Remove("released");
   EXPECT_THAT(Found("store/shop.xml"), ElementsAre(kFailed));
+}
+
+// Regression: the message said that the removed directory has no schema file.
+TEST_F(SituationsTest, FollowsABaselineDirectory) {
+  Write("korvelcheck.toml", Replaced(kProject, "git:HEAD", "released"));
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  const std::string missing = FirstMessage("shop.xml");
+  EXPECT_THAT(missing, HasSubstr("released"));
+  EXPECT_THAT(missing, Not(HasSubstr("nothing was compared")));
+  for (int i = 0; i < 2; ++i) {
+    MakeDirectory("released");
+    Write("released/shop.xml", kShop);
+    EXPECT_THAT(Found("shop.xml"), ElementsAre(kRefused));
+    Remove("released");
+    EXPECT_EQ(FirstMessage("shop.xml"), missing);
+  }
 }
 
 TEST_F(SituationsTest, SaysThatTheRepositoryIsBroken) {
