@@ -63,10 +63,13 @@ const Document* Documents::Find(const std::string& uri) const {
 }
 
 const Document* Documents::FindPath(const std::string& path) const {
+  const Document* last = nullptr;
   for (const auto& [uri, document] : by_uri_) {
-    if (document.path == path) return &document;
+    if (document.path != path) continue;
+    if (uri == checked_) return &document;
+    if (last == nullptr || last->revision < document.revision) last = &document;
   }
-  return nullptr;
+  return last;
 }
 
 const Document& Documents::Of(const Json& params) const {

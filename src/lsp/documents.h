@@ -18,7 +18,7 @@ inline constexpr std::size_t kMaxDocuments = 1000;
 struct Document {
   std::string uri;
   std::string path;                     // absolute, without links in its directory; empty for a document that is no file
-  std::uint64_t revision = 0;           // different for each text of the document
+  std::uint64_t revision = 0;           // grows with each change of any document
   std::optional<std::int64_t> version;  // as the client counts; some do not
   Text text;
   bool was_schema = false;     // whether it has contained a library since it was opened
@@ -36,10 +36,13 @@ class Documents {
   Document& Change(const Json& params);
   // Exchanges the text of an open document.
   void SwapText(const std::string& uri, Text& text) { std::swap(by_uri_.at(uri).text, text); }
+  // The document that is being checked.
+  void SetChecked(const std::string& uri) { checked_ = uri; }
   void Close(const std::string& uri) { by_uri_.erase(uri); }
 
   // Null if it is not open.
   const Document* Find(const std::string& uri) const;
+  // Several addresses may lead to one file. Then it is the document that is being checked, else that which was changed last.
   const Document* FindPath(const std::string& path) const;
   // The document of a request, which has a `textDocument`. Throws RequestError if it is not open.
   const Document& Of(const Json& params) const;
@@ -49,6 +52,7 @@ class Documents {
  private:
   std::map<std::string, Document> by_uri_;
   std::uint64_t revisions_ = 0;
+  std::string checked_;  // address
 };
 
 }  // namespace korvel::lsp

@@ -8,12 +8,17 @@
 
 namespace korvel::lsp {
 
+std::shared_ptr<const DocumentCheck> Session::Run(const Document& document, Texts texts) {
+  documents.SetChecked(document.uri);
+  return checks_.Check(document, texts);
+}
+
 void Session::Check(const Document& document) {
   Result result;
   if (document.IsProjectFile()) {
     result.diagnostics.emplace(document.uri, DiagnosticsOfProjectFile(document, links_));
   } else {
-    result.check = checks_.Check(document);
+    result.check = Run(document);
     result.diagnostics = DiagnosticsOf(*result.check, document, documents);
   }
   results_.insert_or_assign(document.uri, std::move(result));
@@ -41,10 +46,10 @@ std::shared_ptr<const DocumentCheck> Session::CheckWith(const Document& document
     Text other;
   };
   const OtherText other(documents, document.uri, text);
-  return checks_.Check(document);
+  return Run(document);
 }
 
-std::string Session::PageOf(const Document& document) { return RenderHtml(checks_.Check(document, Texts::kShown)->report); }
+std::string Session::PageOf(const Document& document) { return RenderHtml(Run(document, Texts::kShown)->report); }
 
 const WellFormed* Session::StateOf(const Document& document) {
   CheckOf(document);

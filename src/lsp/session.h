@@ -64,6 +64,8 @@ class Session {
     Diagnostics diagnostics;
   };
 
+  std::shared_ptr<const DocumentCheck> Run(const Document& document, Texts texts = Texts::kWhenNeeded);
+
   Links links_;
   DocumentChecks checks_;
   WellFormedStates states_;

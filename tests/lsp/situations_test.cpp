@@ -190,6 +190,32 @@ TEST_F(SituationsTest, ChecksAFileThatWasOpenedThroughALink) {
   EXPECT_THAT(Found("elsewhere/link/shop.xml"), ElementsAre(kRefused));
 }
 
+// Regression: the text of the first address in alphabetical order was checked for each of them.
+TEST_F(SituationsTest, ChecksEachTextOfAFileWithSeveralAddresses) {
+  MakeDirectory("elsewhere");
+  std::filesystem::create_directory_symlink(PathOf(""), PathOf("elsewhere/link"));
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  client_.Open(Uri("elsewhere/link/shop.xml"), kShop);
+  EXPECT_THAT(Found("shop.xml"), ElementsAre(kRefused));
+  EXPECT_THAT(Found("elsewhere/link/shop.xml"), IsEmpty());
+  client_.Change(Uri("shop.xml"), kShop);
+  client_.Change(Uri("elsewhere/link/shop.xml"), SmallPrice());
+  EXPECT_THAT(Found("shop.xml"), IsEmpty());
+  EXPECT_THAT(Found("elsewhere/link/shop.xml"), ElementsAre(kRefused));
+}
+
+TEST_F(SituationsTest, UsesTheProjectFileThatWasChangedLast) {
+  MakeDirectory("elsewhere");
+  std::filesystem::create_directory_symlink(PathOf(""), PathOf("elsewhere/link"));
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  for (const std::string directory : {"", "elsewhere/link/", ""}) {
+    client_.Open(Uri(directory + "korvelcheck.toml"), kProject);
+    EXPECT_THAT(Found("shop.xml"), ElementsAre(kRefused));
+    client_.Change(Uri(directory + "korvelcheck.toml"), kWaiver);
+    EXPECT_THAT(Found("shop.xml"), IsEmpty());
+  }
+}
+
 TEST_F(SituationsTest, ComparesWithADirectory) {
   MakeDirectory("store");
   MakeDirectory("released");
