@@ -78,14 +78,20 @@ std::string Framed(std::string_view message) {
   return "Content-Length: " + std::to_string(message.size()) + "\r\n\r\n" + std::string(message);
 }
 
-bool Connection::IsReadable(std::optional<std::chrono::milliseconds> timeout) const {
-  pollfd input{.fd = input_, .events = POLLIN, .revents = 0};
-  const int ready = ::poll(&input, 1, timeout ? static_cast<int>(timeout->count()) : -1);
+bool Connection::ReadSome(std::optional<std::chrono::milliseconds> timeout) {
+  std::array<pollfd, 2> files{{{.fd = input_, .events = POLLIN, .revents = 0}, {.fd = stop_, .events = POLLIN, .revents = 0}}};
+  const int ready = ::poll(files.data(), files.size(), timeout ? static_cast<int>(timeout->count()) : -1);
   if (ready < 0 && errno != EINTR) throw ConnectionError(errno, std::generic_category(), "cannot wait for messages");
-  return ready > 0;
+  if (ready <= 0) return false;
+  if (files[1].revents != 0) {
+    has_ended_ = true;
+  } else {
+    Read();
+  }
+  return true;
 }
 
-void Connection::ReadSome() {
+void Connection::Read() {
   std::array<char, std::size_t{64} << 10> piece;
   const ssize_t size = ::read(input_, piece.data(), piece.size());
   if (size < 0 && errno != EINTR) throw ConnectionError(errno, std::generic_category(), "cannot read messages");
@@ -104,11 +110,7 @@ void Connection::Wait(std::optional<std::chrono::milliseconds> timeout) {
     if (next_) return;
     if (timeout)
       timeout = std::max(std::chrono::milliseconds(0), std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()));
-    if (IsReadable(timeout)) {
-      ReadSome();
-    } else if (timeout) {
-      return;
-    }
+    if (!ReadSome(timeout) && timeout) return;
   }
 }
 

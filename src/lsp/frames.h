@@ -39,10 +39,11 @@ class FrameParser {
 // The bytes of a message with its header.
 std::string Framed(std::string_view message);
 
-// A pair of descriptors that messages are read from and written to. Owns neither.
+// A pair of descriptors that messages are read from and written to. When `stop` can be read, the input counts as ended. Owns none
+// of them.
 class Connection {
  public:
-  Connection(int input, int output) : input_(input), output_(output) {}
+  Connection(int input, int output, int stop = -1) : input_(input), output_(output), stop_(stop) {}
 
   // Waits until a message is complete, the input ends, or `timeout` has passed; without one, as long as it takes. Reads what has
   // arrived. Throws FrameError, ConnectionError.
@@ -57,11 +58,13 @@ class Connection {
   void Write(std::string_view message);
 
  private:
-  bool IsReadable(std::optional<std::chrono::milliseconds> timeout) const;
-  void ReadSome();
+  // Whether something could be read or has ended the input.
+  bool ReadSome(std::optional<std::chrono::milliseconds> timeout);
+  void Read();
 
   int input_;
   int output_;
+  int stop_;
   FrameParser parser_;
   std::optional<std::string> next_;  // read ahead by Wait
   bool has_ended_ = false;

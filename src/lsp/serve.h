@@ -17,6 +17,7 @@ struct Options {
   std::function<std::vector<std::string>(const Project*)> baselines;
   bool uses_projects = true;  // false: schemas are checked without project files
   Links links = Links::kRefuse;
+  int stop = -1;  // a descriptor; when it can be read, the server ends as at the end of the input
 };
 
 // The input is no sequence of messages. Nobody knows where the next one begins, so reading cannot go on.

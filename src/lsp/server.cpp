@@ -250,7 +250,8 @@ Json Server::Execute(const Json& params) {
   const Json& command = params.at("command");
   if (command != kReportCommand) throw RequestError(kInvalidParams, "unknown command; allowed: " + std::string(kReportCommand));
   const Document& document = session_.documents.Of({{"textDocument", {{"uri", params.at("arguments").at(0)}}}});
-  const std::string uri = UriOf(pages_.Write(document.path, session_.PageOf(document)));
+  const std::string page = session_.PageOf(document);
+  const std::string uri = UriOf(pages_.Write(document.path, page));
   if (session_.client.shows_documents) {
     SendRequest("window/showDocument", {{"uri", uri}, {"external", true}});
   } else {
@@ -305,7 +306,7 @@ void Server::Publish(const std::string& address, std::optional<std::int64_t> ver
 }
 
 bool Serve(int input, int output, const Options& options) {
-  Connection connection(input, output);
+  Connection connection(input, output, options.stop);
   return Server(connection, options).Run();
 }
 

@@ -7,6 +7,13 @@
 #include "report/render/render.h"
 
 namespace korvel::lsp {
+namespace {
+
+void RequireSchema(const Document& document) {
+  if (document.IsProjectFile()) throw RequestError(kRequestFailed, "this is a project file, not a schema");
+}
+
+}  // namespace
 
 std::shared_ptr<const DocumentCheck> Session::Run(const Document& document, Texts texts) {
   documents.SetChecked(document.uri);
@@ -25,7 +32,7 @@ void Session::Check(const Document& document) {
 }
 
 const DocumentCheck& Session::CheckOf(const Document& document) {
-  if (document.IsProjectFile()) throw RequestError(kRequestFailed, "this is a project file, not a schema");
+  RequireSchema(document);
   const auto known = results_.find(document.uri);
   if (known == results_.end() || known->second.check == nullptr || known->second.check->revision != document.revision)
     Check(document);
@@ -49,7 +56,13 @@ std::shared_ptr<const DocumentCheck> Session::CheckWith(const Document& document
   return Run(document);
 }
 
-std::string Session::PageOf(const Document& document) { return RenderHtml(Run(document, Texts::kShown)->report); }
+std::string Session::PageOf(const Document& document) {
+  if (document.path.empty()) throw RequestError(kRequestFailed, "the document is not a file; allowed: a file with a schema");
+  RequireSchema(document);
+  const std::shared_ptr<const DocumentCheck> check = Run(document, Texts::kShown);
+  if (!check->is_schema) throw RequestError(kRequestFailed, "this file is not checked; allowed: a schema of the project");
+  return RenderHtml(check->report);
+}
 
 const WellFormed* Session::StateOf(const Document& document) {
   CheckOf(document);

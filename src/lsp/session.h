@@ -42,7 +42,7 @@ class Session {
   // What the check would be with another text.
   std::shared_ptr<const DocumentCheck> CheckWith(const Document& document, const std::string& text);
 
-  // The report about the document as a page.
+  // The report about the document as a page. Throws RequestError for one that is not a file with a schema.
   std::string PageOf(const Document& document);
 
   // The last state of the document without a fault; null for one that is no schema.

@@ -279,6 +279,33 @@ TEST_F(FeaturesTest, TheLineOpensTheReport) {
   EXPECT_FALSE(std::filesystem::exists(page));
 }
 
+TEST_F(FeaturesTest, EachFileHasItsOwnReport) {
+  const auto page_of = [&](const std::string& file) {
+    client_.Open(Uri(file), SmallPrice());
+    const Json result =
+        client_.Result("workspace/executeCommand", {{"command", "korvelcheck.report"}, {"arguments", {Uri(file)}}});
+    return std::filesystem::path(korvel::PathOf(result.get<std::string>()).value());
+  };
+  const std::filesystem::path page = page_of("shop.xml");
+  EXPECT_EQ(page_of("a/shop.xml"), page.parent_path() / "shop.xml-2.html");
+  EXPECT_EQ(page_of("b/shop.xml"), page.parent_path() / "shop.xml-3.html");
+  EXPECT_EQ(page_of("shop.xml"), page);
+  // At most 100 bytes of the name, without half a character.
+  EXPECT_EQ(page_of(std::string(99, 'x') + "\xC3\xA4" + std::string(150, 'y')).filename(), std::string(99, 'x') + ".html");
+}
+
+TEST_F(FeaturesTest, OnlyFilesWithASchemaHaveAReport) {
+  const auto error = [&](const std::string& uri, const std::string& text) {
+    client_.Open(uri, text);
+    return client_.Error("workspace/executeCommand", {{"command", "korvelcheck.report"}, {"arguments", {uri}}})["message"];
+  };
+  EXPECT_EQ(error("untitled:1", SmallPrice()), "the document is not a file; allowed: a file with a schema");
+  EXPECT_EQ(error(Uri("korvelcheck.toml"), kProject), "this is a project file, not a schema");
+  Write("korvelcheck.toml", std::string(kProject) + "exclude = [\"pom.xml\"]\n");
+  client_.Close(Uri("korvelcheck.toml"));
+  EXPECT_EQ(error(Uri("pom.xml"), "<project/>"), "this file is not checked; allowed: a schema of the project");
+}
+
 TEST_F(FeaturesTest, OnlyKnownCommandsRun) {
   Open(kShop);
   EXPECT_EQ(client_.Error("workspace/executeCommand", {{"command", "rm"}, {"arguments", {Uri("shop.xml")}}})["code"],

@@ -7,6 +7,7 @@
 #include "tool/cli/option_groups.h"
 #include "tool/commands/run_check.h"
 #include "tool/io/exit.h"
+#include "tool/io/termination.h"
 
 namespace korvel::tool {
 namespace {
@@ -26,10 +27,12 @@ struct LspArguments {
 };
 
 int Run(const LspArguments& arguments) {
+  const TerminationSignals signals;  // editors send them, and pages of reports must be removed
   const lsp::Options options{
       .baselines = [&](const Project* project) { return arguments.baseline.For({}, project); },
       .uses_projects = !arguments.no_project,
       .links = arguments.links.links(),
+      .stop = signals.descriptor(),
   };
   KeepGitOffline();
   try {
