@@ -117,6 +117,8 @@ LocatedText SplitLine(const std::string& line) {
 
 }  // namespace
 
+Json FailedCheck(const std::string& message) { return Diagnostic(ToJson(Text(), {0, 0}), kError, "check.failed", message); }
+
 std::string UriOfEarlier(const std::string& root, const std::string& name) {
   if (!ParseGitPath(name)) return UriOf((std::filesystem::path(root) / name).lexically_normal().string());
   return std::string(kEarlier) + UriOf(root).substr(std::string_view("file:").size()) + "?" +

@@ -19,6 +19,9 @@ Diagnostics DiagnosticsOf(const DocumentCheck& check, const Document& document, 
 // The errors of a project file that is being edited, or why the file on the disk is refused. Without errors, an empty list.
 Json DiagnosticsOfProjectFile(const Document& document, Links links);
 
+// The diagnostic at the begin of a document that could not be checked.
+Json FailedCheck(const std::string& message);
+
 // The address of a file of an earlier state: that of the file on the disk, or one that BaselineText reads.
 std::string UriOfEarlier(const std::string& root, const std::string& name);
 

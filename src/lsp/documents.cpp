@@ -25,9 +25,6 @@ bool Document::IsProjectFile() const { return FileNameOf(path) == kProjectFileNa
 
 Document& Documents::Open(const Json& item) {
   const auto& uri = item.at("uri").get_ref<const std::string&>();
-  if (by_uri_.size() >= kMaxDocuments && !by_uri_.contains(uri)) {
-    throw RequestError(kRequestFailed, "too many documents; allowed: " + std::to_string(kMaxDocuments));
-  }
   const std::optional<std::string> path = PathOf(uri);
   Document document{.uri = uri,
                     .path = path ? AbsolutePath(*path).string() : "",

@@ -30,7 +30,9 @@ struct Document {
 
 class Documents {
  public:
-  // Takes `textDocument` of a notification. Throws RequestError if too many are open.
+  // Whether a document can be opened, or is open.
+  bool HasRoomFor(const std::string& uri) const { return by_uri_.size() < kMaxDocuments || by_uri_.contains(uri); }
+  // Takes `textDocument` of a notification. REQUIRES: HasRoomFor it.
   Document& Open(const Json& item);
   // Applies the changes of a notification in their order. Returns the document.
   Document& Change(const Json& params);

@@ -145,7 +145,7 @@ Json Server::ResultOf(const std::string& method, const Json& params) {
   if (method == "initialize") return Initialize(params);
   if (!is_initialized_) throw RequestError(kNotInitialized, "the server is not initialized");
   if (method == "shutdown") return Shutdown();
-  if (method == "textDocument/diagnostic") return PullDiagnostics(params);
+  if (method == "textDocument/diagnostic") return shown_.Pull(params);
   if (method == "workspace/executeCommand") return Execute(params);
   const auto known = std::ranges::find(Requests(), method, &Request::method);
   if (known == Requests().end()) throw RequestError(kMethodNotFound, "unknown method " + Quote(method));
@@ -158,9 +158,11 @@ void Server::Send(Json message) {
   connection_.Write(message.dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 
-// The answer is not needed.
+// The answer is not needed. Parameters that are null are left out.
 void Server::SendRequest(const char* method, Json params) {
-  Send({{"id", "korvelcheck-" + std::to_string(++requests_)}, {"method", method}, {"params", std::move(params)}});
+  Json request = {{"id", "korvelcheck-" + std::to_string(++requests_)}, {"method", method}};
+  if (!params.is_null()) request["params"] = std::move(params);
+  Send(std::move(request));
 }
 
 void Server::Log(const std::string& text) {
@@ -175,12 +177,24 @@ void Server::SendError(const Json& id, ErrorCode code, const std::string& text) 
 // --- Notifications ---
 
 void Server::Open(const Json& params) {
-  Document& document = session_.documents.Open(params.at("textDocument"));
+  const Json& item = params.at("textDocument");
+  if (!session_.documents.HasRoomFor(item.at("uri"))) return RefuseDocument(item.at("uri"));
+  Document& document = session_.documents.Open(item);
+  shown_.Accept(document.uri);
   if (document.IsProjectFile()) {
     document.good_text = document.text.bytes();
     ScheduleAll();
   }
   Schedule(document.uri, Clock::now());
+}
+
+// Without diagnostics, it would look allowed.
+void Server::RefuseDocument(const std::string& uri) {
+  Publish(shown_.Refuse(uri));
+  if (std::exchange(has_refused_document_, true)) return;
+  const std::string text =
+      "korvelcheck checks at most " + std::to_string(kMaxDocuments) + " open documents; close some, then open this one again";
+  Send({{"method", "window/showMessage"}, {"params", {{"type", 1}, {"message", text}}}});
 }
 
 void Server::Change(const Json& params) {
@@ -206,20 +220,20 @@ void Server::ChangeFiles(const Json& /*params*/) { ScheduleAll(); }
 
 void Server::Close(const Json& params) {
   const std::string uri = params.at("textDocument").at("uri");
-  const std::set<std::string> addresses = session_.AddressesOf(uri);
   const Document* const document = session_.documents.Find(uri);
   const bool is_project_file = document != nullptr && document->IsProjectFile();
   session_.documents.Close(uri);
   session_.Forget(uri);
   due_.erase(uri);
   if (is_project_file) ScheduleAll();
-  for (const std::string& address : addresses) Publish(address, std::nullopt);
+  Publish(shown_.Close(uri));
 }
 
 // --- Requests ---
 
 Json Server::Shutdown() {
   is_shut_down_ = true;
+  due_.clear();
   return nullptr;
 }
 
@@ -227,22 +241,12 @@ Json Server::Initialize(const Json& params) {
   if (is_initialized_) throw RequestError(kInvalidRequest, "the server is initialized already");
   Client& client = session_.client;
   client.pulls_diagnostics = Has(params, "/textDocument/diagnostic");
+  client.takes_related_documents = Has(params, "/textDocument/diagnostic/relatedDocumentSupport");
   client.refreshes_diagnostics = client.pulls_diagnostics && Has(params, "/workspace/diagnostics/refreshSupport");
   client.takes_snippets = Has(params, "/textDocument/completion/completionItem/snippetSupport");
   client.shows_documents = Has(params, "/window/showDocument/support");
   is_initialized_ = true;
   return {{"capabilities", Capabilities(client)}, {"serverInfo", {{"name", "korvelcheck"}, {"version", KORVEL_VERSION}}}};
-}
-
-Json Server::PullDiagnostics(const Json& params) {
-  const Document& document = session_.documents.Of(params);
-  session_.Check(document);
-  Json result = {{"kind", "full"}, {"items", session_.DiagnosticsAt(document.uri)}};
-  for (const std::string& address : session_.AddressesOf(document.uri)) {
-    if (address == document.uri) continue;
-    result["relatedDocuments"][address] = {{"kind", "full"}, {"items", session_.DiagnosticsAt(address)}};
-  }
-  return result;
 }
 
 // Opens the report about a document. The result is the address of the page, for clients that have to open it themselves.
@@ -288,21 +292,13 @@ void Server::CheckDue() {
   const Document* const document = session_.documents.Find(due->first);
   due_.erase(due);
   if (document == nullptr) return;
-  std::set<std::string> addresses = session_.AddressesOf(document->uri);
-  if (const auto failure = FailureOf([&] { session_.Check(*document); })) return Log(document->uri + ": " + failure->text);
-  addresses.merge(session_.AddressesOf(document->uri));
-  for (const std::string& address : addresses) {
-    Publish(address, address == document->uri ? document->version : std::nullopt);
-  }
+  std::vector<Json> changes;
+  if (const auto failure = FailureOf([&] { changes = shown_.Check(*document); })) return Log(document->uri + ": " + failure->text);
+  Publish(std::move(changes));
 }
 
-// Sends nothing that the client shows already.
-void Server::Publish(const std::string& address, std::optional<std::int64_t> version) {
-  Json params = {{"uri", address}, {"diagnostics", session_.DiagnosticsAt(address)}};
-  if (version) params["version"] = *version;
-  if (std::exchange(published_[address], params) == params) return;
-  if (params["diagnostics"].empty() && session_.documents.Find(address) == nullptr) published_.erase(address);
-  Send({{"method", "textDocument/publishDiagnostics"}, {"params", std::move(params)}});
+void Server::Publish(std::vector<Json> changes) {
+  for (Json& params : changes) Send({{"method", "textDocument/publishDiagnostics"}, {"params", std::move(params)}});
 }
 
 bool Serve(int input, int output, const Options& options) {

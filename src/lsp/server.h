@@ -13,6 +13,7 @@
 #include "lsp/frames.h"
 #include "lsp/report_pages.h"
 #include "lsp/session.h"
+#include "lsp/shown_diagnostics.h"
 
 namespace korvel::lsp {
 
@@ -50,6 +51,7 @@ class Server {
 
   // --- Notifications ---
   void Open(const Json& params);
+  void RefuseDocument(const std::string& uri);
   void Change(const Json& params);
   void Save(const Json& params);
   void Close(const Json& params);
@@ -58,7 +60,6 @@ class Server {
   // --- Requests that change the server ---
   Json Initialize(const Json& params);
   Json Shutdown();
-  Json PullDiagnostics(const Json& params);
   Json Execute(const Json& params);
 
   // --- Diagnostics ---
@@ -67,16 +68,17 @@ class Server {
   void Schedule(const std::string& uri, Clock::time_point when);
   void ScheduleAll();
   void CheckDue();
-  void Publish(const std::string& address, std::optional<std::int64_t> version);
+  void Publish(std::vector<Json> changes);
 
   Connection& connection_;
   Session session_;
   std::deque<Json> queue_;
   std::map<std::string, Clock::time_point> due_;  // documents to check, by their addresses
-  std::map<std::string, Json> published_;         // diagnostics that the client shows
+  ShownDiagnostics shown_{session_};
   bool is_initialized_ = false;
   bool is_shut_down_ = false;
   bool has_exited_ = false;
+  bool has_refused_document_ = false;
   int requests_ = 0;  // sent to the client
   ReportPages pages_;
 };

@@ -87,6 +87,13 @@ std::set<std::string> Session::AddressesOf(const std::string& uri) const {
   return addresses;
 }
 
+Json Session::DiagnosticsFrom(const std::string& document, const std::string& address) const {
+  const auto known = results_.find(document);
+  if (known == results_.end()) return Json::array();
+  const auto found = known->second.diagnostics.find(address);
+  return found == known->second.diagnostics.end() ? Json::array() : found->second;
+}
+
 Json Session::DiagnosticsAt(const std::string& uri) const {
   Json all = Json::array();
   for (const auto& [document, result] : results_) {

@@ -17,8 +17,10 @@ namespace korvel::lsp {
 
 // What the editor can do.
 struct Client {
-  bool pulls_diagnostics = false;      // requests diagnostics itself, so none are sent
-  bool refreshes_diagnostics = false;  // requests them again when told to
+  bool pulls_diagnostics = false;        // requests diagnostics itself, so none are sent
+  bool refreshes_diagnostics = false;    // requests them again when told to
+  bool takes_related_documents = false;  // takes diagnostics about other files with those of a document
+  bool resolves_edits = false;           // requests the edit of a code action when it is chosen
   bool takes_snippets = false;
   bool shows_documents = false;  // opens an address outside of the editor
 };
@@ -57,6 +59,8 @@ class Session {
 
   // The diagnostics of all documents checked so far in one address, each once.
   Json DiagnosticsAt(const std::string& uri) const;
+  // Those of one document.
+  Json DiagnosticsFrom(const std::string& document, const std::string& address) const;
 
  private:
   struct Result {

@@ -91,12 +91,20 @@ Json Client::Error(const std::string& method, const Json& params) {
   return answer.value("error", Json());
 }
 
-Json Client::Notification(const std::string& method) {
-  return Next([&](const Json& message) { return message.value("method", "") == method; }).at("params");
+Json Client::Message(const std::string& method) {
+  return Next([&](const Json& message) { return message.value("method", "") == method; });
 }
+
+Json Client::Notification(const std::string& method) { return Message(method).at("params"); }
 
 bool Client::HasReceived(const std::string& method) const {
   return std::ranges::any_of(received_, [&](const Json& message) { return message.value("method", "") == method; });
+}
+
+bool Client::HasReceivedAtEnd(const std::string& method) {
+  connection_->Wait(kPatience);
+  while (const std::optional<std::string> message = connection_->Next()) received_.push_back(Json::parse(*message));
+  return HasReceived(method);
 }
 
 void Client::Open(const std::string& uri, const std::string& text) {

@@ -42,11 +42,14 @@ class Client {
   // The result of a request, which must succeed; the error of one that must fail.
   Json Result(const std::string& method, const Json& params);
   Json Error(const std::string& method, const Json& params);
-  // The parameters of the next notification of that method.
+  // The next notification or request of that method; its parameters.
+  Json Message(const std::string& method);
   Json Notification(const std::string& method);
 
   // Whether it arrived before the last answer.
   bool HasReceived(const std::string& method) const;
+  // The same after End.
+  bool HasReceivedAtEnd(const std::string& method);
 
   void Open(const std::string& uri, const std::string& text);
   // Replaces the whole text.

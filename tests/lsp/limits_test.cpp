@@ -41,10 +41,20 @@ class LimitsTest : public ServerTest {
   Client client_;
 };
 
-TEST_F(LimitsTest, RefusesTooManyDocuments) {
-  for (std::size_t i = 0; i <= korvel::lsp::kMaxDocuments; ++i) client_.Open("untitled:" + std::to_string(i), "");
-  EXPECT_EQ(NextLog(), "textDocument/didOpen: too many documents; allowed: 1000");
+TEST_F(LimitsTest, ShowsThatADocumentTooManyIsNotChecked) {
+  for (std::size_t i = 0; i < korvel::lsp::kMaxDocuments; ++i) client_.Open("untitled:" + std::to_string(i), "");
+  client_.Open(Uri("other.xml"), SmallPrice());
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  EXPECT_EQ(client_.Notification("window/showMessage")["message"],
+            "korvelcheck checks at most 1000 open documents; close some, then open this one again");
+  const Json diagnostic = client_.DiagnosticsAt(Uri("shop.xml")).at(0);
+  EXPECT_EQ(diagnostic["message"], "not checked: too many documents are open; allowed: 1000");
+  EXPECT_EQ(diagnostic["severity"], 1);
+  EXPECT_EQ(CountNow(Uri("shop.xml")), 1U);  // the same on request
+  EXPECT_FALSE(client_.HasReceived("window/showMessage"));
   client_.Close("untitled:0");
+  client_.Close(Uri("shop.xml"));
+  EXPECT_EQ(client_.DiagnosticsAt(Uri("shop.xml")), Json::array());
   client_.Open(Uri("shop.xml"), SmallPrice());
   EXPECT_EQ(CountNow(Uri("shop.xml")), 1U);
 }

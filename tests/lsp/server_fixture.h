@@ -20,6 +20,10 @@ class ServerTest : public tool_test::GitTest {
   ~ServerTest() override { std::filesystem::current_path(directory_); }
 
   static constexpr char kProject[] = "[schemas]\npaths = [\"*.xml\"]\nagainst = [\"git:HEAD\"]\n";
+  // A waiver of the smaller price, for the end of the project file.
+  static constexpr char kExpired[] =
+      "[[waivers]]\nrule = \"field.size\"\ntable = \"items\"\nentry = \"price\"\nreason = \"no records yet\"\nuntil = "
+      "\"2020-01-31\"\n";
   static constexpr char kShop[] =
       "<metalib name=\"shop\" version=\"1\">\n"
       "  <meta name=\"items\">\n"

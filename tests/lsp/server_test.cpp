@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "diagnostic_summaries.h"
+#include "lsp/frames.h"
 #include "server_fixture.h"
 
 namespace lsp_test {
@@ -14,20 +16,6 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
-
-// "LINE:CHARACTER-LINE:CHARACTER SEVERITY CODE" of each diagnostic.
-std::vector<std::string> Summaries(const Json& diagnostics) {
-  std::vector<std::string> summaries;
-  for (const Json& one : diagnostics) {
-    const auto position = [&](const char* end) {
-      const Json& at = one["range"][end];
-      return std::to_string(at["line"].get<int>()) + ":" + std::to_string(at["character"].get<int>());
-    };
-    summaries.push_back(position("start") + "-" + position("end") + " " + std::to_string(one["severity"].get<int>()) + " " +
-                        one["code"].get<std::string>());
-  }
-  return summaries;
-}
 
 constexpr char kSmallPrice[] = "3:30-3:35 1 field.size";
 
@@ -98,27 +86,28 @@ TEST_F(DiagnosticsTest, AreClearedWhenTheDocumentIsClosed) {
   EXPECT_EQ(client_.DiagnosticsAt(Uri("shop.xml")), Json::array());
 }
 
-TEST_F(DiagnosticsTest, AreGivenOnRequest) {
-  const Json capabilities = client_.Initialize({{"textDocument", {{"diagnostic", Json::object()}}}});
-  EXPECT_EQ(capabilities["diagnosticProvider"]["identifier"], "korvelcheck");
-  client_.Open(Uri("shop.xml"), SmallPrice());
-  const Json report = client_.Result("textDocument/diagnostic", {{"textDocument", {{"uri", Uri("shop.xml")}}}});
-  EXPECT_EQ(report["kind"], "full");
-  EXPECT_THAT(Summaries(report["items"]), ElementsAre(kSmallPrice));
-  client_.Notify("textDocument/didSave", {{"textDocument", {{"uri", Uri("shop.xml")}}}});
-  client_.Result("textDocument/diagnostic", {{"textDocument", {{"uri", Uri("shop.xml")}}}});
-  EXPECT_FALSE(client_.HasReceived("textDocument/publishDiagnostics"));
-  EXPECT_FALSE(client_.HasReceived("workspace/diagnostic/refresh"));
+TEST_F(DiagnosticsTest, AreNotSentAfterShutdown) {
+  client_.Initialize();
+  const Json document = {{"uri", Uri("shop.xml")}, {"languageId", "xml"}, {"version", 1}, {"text", SmallPrice()}};
+  const Json open = {{"jsonrpc", "2.0"}, {"method", "textDocument/didOpen"}, {"params", {{"textDocument", document}}}};
+  const Json shutdown = {{"jsonrpc", "2.0"}, {"id", 100}, {"method", "shutdown"}};
+  client_.SendBytes(korvel::lsp::Framed(open.dump()) + korvel::lsp::Framed(shutdown.dump()));  // arrive together
+  EXPECT_EQ(client_.AnswerTo(100)["result"], nullptr);
+  client_.Notify("exit", nullptr);
+  EXPECT_EQ(client_.End(), true);
+  EXPECT_FALSE(client_.HasReceivedAtEnd("textDocument/publishDiagnostics"));
 }
 
-TEST_F(DiagnosticsTest, AreRequestedAgainWhenTheProjectFileChanges) {
-  client_.Initialize(
-      {{"textDocument", {{"diagnostic", Json::object()}}}, {"workspace", {{"diagnostics", {{"refreshSupport", true}}}}}});
+// Regression: a request between the change and the check hid that the other file had a diagnostic.
+TEST_F(DiagnosticsTest, AreClearedInTheProjectFile) {
+  Write("korvelcheck.toml", std::string(kProject) + kExpired);
+  client_.Initialize();
   client_.Open(Uri("shop.xml"), SmallPrice());
-  client_.Open(Uri("korvelcheck.toml"), kProject);
-  EXPECT_EQ(client_.Notification("workspace/diagnostic/refresh"), nullptr);
-  const Json report = client_.Result("textDocument/diagnostic", {{"textDocument", {{"uri", Uri("korvelcheck.toml")}}}});
-  EXPECT_EQ(report["items"], Json::array());
+  EXPECT_THAT(Summaries(client_.DiagnosticsAt(Uri("korvelcheck.toml"))), ElementsAre(testing::EndsWith(" 1 waiver.expired")));
+  Write("korvelcheck.toml", kProject);
+  client_.Change(Uri("shop.xml"), kShop);
+  client_.Result("textDocument/codeLens", {{"textDocument", {{"uri", Uri("shop.xml")}}}});
+  EXPECT_EQ(client_.DiagnosticsAt(Uri("korvelcheck.toml")), Json::array());
 }
 
 TEST_F(DiagnosticsTest, ShowWaivedFindingsAsInformation) {

@@ -25,7 +25,7 @@ constexpr char kUnreadable[] = "0:0 1 schema.unreadable";
 
 class SituationsTest : public ServerTest {
  protected:
-  SituationsTest() { client_.Initialize(); }
+  SituationsTest() { client_.Initialize({{"textDocument", {{"diagnostic", {{"relatedDocumentSupport", true}}}}}}); }
 
   Json Pull(const std::string& file) {
     return client_.Result("textDocument/diagnostic", {{"textDocument", {{"uri", Uri(file)}}}}).at("items");
