@@ -4,17 +4,16 @@
 #include <algorithm>
 #include <filesystem>
 #include <optional>
+#include <set>
+#include <utility>
 #include <vector>
 
-#include "base/calendar.h"
+#include "analysis/suggest/element_text.h"
 #include "base/input_error.h"
 #include "base/text.h"
-#include "base/uri.h"
 #include "lsp/open_files.h"
+#include "lsp/waiver_action.h"
 #include "project/fix_file.h"
-#include "project/found_project.h"
-#include "project/project_path.h"
-#include "project/waiver_entry.h"
 #include "report/result/summary.h"
 
 namespace korvel::lsp {
@@ -26,13 +25,18 @@ constexpr char kFixAll[] = "source.fixAll";
 bool IsWanted(const Json& params, std::string_view kind) {
   const Json only = params.value("context", Json::object()).value("only", Json());
   return !only.is_array() || std::ranges::any_of(only, [&](const Json& one) {
-    return one.is_string() && (kind == one || kind.starts_with(one.get<std::string>() + "."));
+    if (!one.is_string()) return false;
+    const auto& wanted = one.get_ref<const std::string&>();
+    return wanted.empty() || kind == wanted || kind.starts_with(wanted + ".");
   });
 }
 
 Json EditOf(const std::string& uri, Json edits) { return {{"changes", {{uri, std::move(edits)}}}}; }
 
 // --- The suggestion of a finding ---
+
+// The issues of one rule at one place: one for each baseline.
+using IssueGroup = std::vector<const Issue*>;
 
 Json FixOf(const Issue& issue, const Document& document) {
   Json edits = Json::array();
@@ -45,46 +49,48 @@ Json FixOf(const Issue& issue, const Document& document) {
           {"edit", EditOf(document.uri, std::move(edits))}};
 }
 
-// --- A waiver ---
+std::string ProblemOf(const Issue& issue) { return issue.rule + " " + issue.summary; }
 
-Text TextOfProjectFile(const std::string& path, const Documents& documents) {
-  if (const Document* const open = documents.FindPath(path)) return open->text;
-  return Text(korvel::TextOfProject(path, false, Links::kRefuse));
-}
-
-// Whether the project file takes this many waivers.
-bool HasWaivers(const std::string& text, std::size_t count) {
-  try {
-    return ParseProject(kProjectFileName, text).waivers.size() == count;
-  } catch (const InputError&) {
-    return false;
+std::set<std::string> RefusedIn(const DocumentCheck& check) {
+  std::set<std::string> refused;
+  for (const Issue& issue : check.issues->all()) {
+    if (!issue.waived && issue.level == Level::kRefused) refused.insert(ProblemOf(issue));
   }
+  return refused;
 }
 
-// Nothing without a project file, and if it cannot take another waiver.
-std::optional<Json> WaiverOf(const Issue& issue, const DocumentCheck& check, const Documents& documents) {
-  const Project* const project = check.project->set()[issue.folded->table->project];
-  if (project == nullptr) return std::nullopt;
-  WaiverEntry entry = EntryFor(*issue.folded->table, *issue.folded->finding, WaiverForm::kExact);
-  entry.reason = "TODO: why this change is acceptable";
-  entry.until = DayAfter(Today(), kWaiverDays);
-  const std::string path = (std::filesystem::path(check.root) / project->file).lexically_normal().string();
-  const Text text = TextOfProjectFile(path, documents);
-  const std::string longer = WithWaivers(text.bytes(), {entry});
-  if (!HasWaivers(longer, project->waivers.size() + 1)) return std::nullopt;
-  const std::size_t end = text.bytes().size();
-  const Document* const open = documents.FindPath(path);
-  return Json{{"title", "Waive until " + entry.until + " (give the reason in " + OneLine(project->file) + ")"},
-              {"kind", kQuickFix},
-              {"edit", EditOf(open == nullptr ? UriOf(path) : open->uri,
-                              {{{"range", ToJson(text, {end, end})}, {"newText", longer.substr(end)}}})}};
+// A fix was found for one baseline. Whether the others do not refuse it.
+bool IsAccepted(Session& session, const Document& document, const DocumentCheck& check, const Issue& issue) {
+  if (check.project->checks().size() <= 1) return true;
+  const std::string fixed = ApplyReplacements(document.text.bytes(), issue.folded->finding->fix);
+  std::set<std::string> known = RefusedIn(check);
+  known.erase(ProblemOf(issue));
+  return std::ranges::includes(known, RefusedIn(*session.CheckWith(document, fixed)));
+}
+
+// Nullopt without a fix that all baselines accept.
+std::optional<Json> FixOf(Session& session, const Document& document, const DocumentCheck& check, const IssueGroup& group) {
+  const auto fixed = std::ranges::find_if(
+      group, [&](const Issue* one) { return !one->folded->finding->fix.empty() && IsAccepted(session, document, check, *one); });
+  return fixed == group.end() ? std::nullopt : std::optional(FixOf(**fixed, document));
+}
+
+// --- Waivers ---
+
+// Different ones.
+std::vector<Json> WaiversOf(const IssueGroup& group, const DocumentCheck& check, const Documents& documents) {
+  std::vector<Json> actions;
+  for (const Issue* const issue : group) {
+    std::optional<WaiverAction> waiver = WaiverActionFor(*issue, check, documents);
+    if (!waiver) continue;
+    Json action = {
+        {"title", waiver->title}, {"kind", kQuickFix}, {"edit", EditOf(waiver->uri, Json::array({std::move(waiver->edit)}))}};
+    if (std::ranges::find(actions, action) == actions.end()) actions.push_back(std::move(action));
+  }
+  return actions;
 }
 
 // --- The whole file ---
-
-Json FixAll(const Document& document) {
-  return {{"title", "Fix all refused changes of this file"}, {"kind", kFixAll}, {"data", {{"uri", document.uri}}}};
-}
 
 // The lines that differ.
 Json Difference(const Document& document, const std::string& fixed) {
@@ -106,17 +112,44 @@ std::string ReasonsOf(const SchemaSuggestion& suggestion) {
          });
 }
 
+void AddFixAll(Session& session, const Document& document, Json& actions) {
+  Json action = {{"title", "Fix all refused changes of this file"}, {"kind", kFixAll}, {"data", {{"uri", document.uri}}}};
+  try {
+    actions.push_back(session.client.resolves_edits ? std::move(action) : ResolveCodeAction(session, action));
+  } catch (const RequestError&) {  // no version of the file is allowed
+  } catch (const InputError&) {
+  }
+}
+
+// --- Selection ---
+
 // The diagnostics of the request that the action is about.
-Json WithDiagnostics(Json action, const Issue& issue, const Json& params) {
+Json WithDiagnostics(Json action, const IssueGroup& group, const Json& params) {
   for (const Json& diagnostic : params.value(Json::json_pointer("/context/diagnostics"), Json::array())) {
     const Json fingerprint = diagnostic.value(Json::json_pointer("/data/fingerprint"), Json());
-    if (fingerprint == issue.fingerprint) action["diagnostics"].push_back(diagnostic);
+    const bool is_here = std::ranges::any_of(group, [&](const Issue* one) { return fingerprint == one->fingerprint; });
+    if (is_here) action["diagnostics"].push_back(diagnostic);
   }
   return action;
 }
 
 bool IsOpen(const Issue& issue) {
   return issue.folded != nullptr && !issue.waived && issue.location.begin && issue.level == Level::kRefused;
+}
+
+// The findings at a place that are not waived.
+std::vector<IssueGroup> GroupsAt(qmx::Span wanted, const DocumentCheck& check) {
+  std::vector<IssueGroup> groups;
+  for (const Issue& issue : check.issues->all()) {
+    const qmx::Span span = issue.location.span;
+    const bool is_here = issue.location.file == check.name && span.begin <= wanted.end && wanted.begin <= span.end;
+    if (!is_here || issue.folded == nullptr || issue.waived) continue;
+    const auto same = std::ranges::find_if(groups, [&](const IssueGroup& group) {
+      return group.front()->location.span.begin == span.begin && ProblemOf(*group.front()) == ProblemOf(issue);
+    });
+    (same == groups.end() ? groups.emplace_back() : *same).push_back(&issue);
+  }
+  return groups;
 }
 
 }  // namespace
@@ -127,18 +160,15 @@ Json CodeActions(Session& session, const Json& params) {
   if (document.IsProjectFile()) return actions;
   const DocumentCheck& check = session.CheckOf(document);
   const qmx::Span wanted = SpanOf(document.text, params.at("range"));
-  bool is_refused = false;
-  for (const Issue& issue : check.issues->all()) {
-    is_refused = is_refused || IsOpen(issue);
-    const bool is_here =
-        issue.location.file == check.name && issue.location.span.begin <= wanted.end && wanted.begin <= issue.location.span.end;
-    if (!is_here || issue.folded == nullptr || issue.waived || !IsWanted(params, kQuickFix)) continue;
-    if (!issue.folded->finding->fix.empty()) actions.push_back(WithDiagnostics(FixOf(issue, document), issue, params));
-    if (auto waiver = WaiverOf(issue, check, session.documents)) {
-      actions.push_back(WithDiagnostics(*std::move(waiver), issue, params));
+  const std::vector<IssueGroup> groups = IsWanted(params, kQuickFix) ? GroupsAt(wanted, check) : std::vector<IssueGroup>();
+  for (const IssueGroup& group : groups) {
+    if (auto fix = FixOf(session, document, check, group)) actions.push_back(WithDiagnostics(*std::move(fix), group, params));
+    for (Json& waiver : WaiversOf(group, check, session.documents)) {
+      actions.push_back(WithDiagnostics(std::move(waiver), group, params));
     }
   }
-  if (is_refused && !check.compared.empty() && IsWanted(params, kFixAll)) actions.push_back(FixAll(document));
+  const bool can_fix_all = std::ranges::any_of(check.issues->all(), IsOpen) && !check.compared.empty();
+  if (can_fix_all && IsWanted(params, kFixAll)) AddFixAll(session, document, actions);
   return actions;
 }
 

@@ -5,10 +5,8 @@
 
 namespace korvel::lsp {
 
-// How long a waiver lasts that is added in the editor, in days.
-inline constexpr int kWaiverDays = 30;
-
-// textDocument/codeAction. The fixed version of the file takes time, so it has no edit: see ResolveCodeAction.
+// textDocument/codeAction. The fixed version of the file takes time, so it has an edit only for clients that do not
+// resolve it: see ResolveCodeAction.
 Json CodeActions(Session& session, const Json& params);
 
 // codeAction/resolve: adds the edit. Throws RequestError with the reasons if no version of the file is allowed.

@@ -24,6 +24,12 @@ bool Has(const Json& params, const char* pointer) {
   return capabilities.contains(path) && capabilities[path] != false && !capabilities[path].is_null();
 }
 
+bool ResolvesEdits(const Json& params) {
+  const Json::json_pointer path("/capabilities/textDocument/codeAction/resolveSupport/properties");
+  const Json properties = params.contains(path) ? params[path] : Json();
+  return properties.is_array() && std::ranges::find(properties, "edit") != properties.end();
+}
+
 // The id of the request that a message cancels; null if it is no such message.
 Json CancelledId(const Json& message) {
   if (message.value("method", Json()) != "$/cancelRequest" || message.contains("id")) return nullptr;
@@ -243,6 +249,7 @@ Json Server::Initialize(const Json& params) {
   client.pulls_diagnostics = Has(params, "/textDocument/diagnostic");
   client.takes_related_documents = Has(params, "/textDocument/diagnostic/relatedDocumentSupport");
   client.refreshes_diagnostics = client.pulls_diagnostics && Has(params, "/workspace/diagnostics/refreshSupport");
+  client.resolves_edits = ResolvesEdits(params);
   client.takes_snippets = Has(params, "/textDocument/completion/completionItem/snippetSupport");
   client.shows_documents = Has(params, "/window/showDocument/support");
   is_initialized_ = true;

@@ -2,7 +2,7 @@
 'use strict';
 
 module.exports = async (editor) => {
-  await editor.start();
+  await editor.start({ textDocument: { codeAction: { resolveSupport: { properties: ['edit'] } } } });
   await editor.open('shop.xml');
   await editor.diagnostics('shop.xml');
   await editor.replace('shop.xml', '    <entry name="sku" type="uint32"/>', '    <!-- \u{1f697} --> <entry name="sku" type="uint16"/>');
