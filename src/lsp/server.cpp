@@ -2,15 +2,13 @@
 #include "lsp/server.h"
 
 #include <algorithm>
-#include <exception>
-#include <functional>
-#include <new>
 #include <utility>
 
 #include "base/input_error.h"
 #include "base/text.h"
 #include "base/uri.h"
 #include "lsp/code_lens.h"
+#include "lsp/request_failure.h"
 #include "lsp/requests.h"
 #include "project/project.h"
 
@@ -35,31 +33,6 @@ Json CancelledId(const Json& message) {
   if (message.value("method", Json()) != "$/cancelRequest" || message.contains("id")) return nullptr;
   const Json params = message.value("params", Json());
   return params.is_object() ? params.value("id", Json()) : nullptr;
-}
-
-struct RequestFailure {
-  ErrorCode code;
-  std::string text;
-};
-
-// Why a step failed; nullopt if it did not. A failed step must not end the session, unless the connection or the memory fails.
-std::optional<RequestFailure> FailureOf(const std::function<void()>& step) {
-  try {
-    step();
-    return std::nullopt;
-  } catch (const ConnectionError&) {
-    throw;
-  } catch (const std::bad_alloc&) {
-    throw;
-  } catch (const RequestError& error) {
-    return RequestFailure{error.code, error.what()};
-  } catch (const InputError& error) {
-    return RequestFailure{kRequestFailed, Join(error.lines, "\n")};
-  } catch (const Json::exception&) {
-    return RequestFailure{kInvalidParams, "the parameters lack a member, or one has a wrong type"};
-  } catch (const std::exception& error) {
-    return RequestFailure{kRequestFailed, error.what()};
-  }
 }
 
 }  // namespace
@@ -300,7 +273,8 @@ void Server::CheckDue() {
   due_.erase(due);
   if (document == nullptr) return;
   std::vector<Json> changes;
-  if (const auto failure = FailureOf([&] { changes = shown_.Check(*document); })) return Log(document->uri + ": " + failure->text);
+  if (const auto failure = FailureOf([&] { changes = shown_.Check(*document); }))
+    return Log(document->uri + ": " + failure->text);
   Publish(std::move(changes));
 }
 

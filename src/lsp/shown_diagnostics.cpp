@@ -38,7 +38,7 @@ std::vector<Json> ShownDiagnostics::Changes(const std::set<std::string>& address
   if (session_.client.pulls_diagnostics) return changes;
   for (const std::string& address : addresses) {
     Json params = {{"uri", address}, {"diagnostics", ListAt(address)}};
-    if (document != nullptr && document->uri == address) params["version"] = document->version;
+    if (document != nullptr && document->uri == address && document->version) params["version"] = *document->version;
     if (std::exchange(published_[address], params) == params) continue;
     if (params["diagnostics"].empty() && session_.documents.Find(address) == nullptr) published_.erase(address);
     changes.push_back(std::move(params));
