@@ -25,7 +25,7 @@ SUGGESTED = "suggestion: keep price as it is; add a new field price_2 (int32, ve
 class Neovim(EditorTest):
     def setUp(self):
         super().setUp()
-        install, _ = blocks("sh")
+        (install,) = blocks("sh")
         self.assertEqual(self.run_in(self.directory, ["sh", "-eu", "-c", install]).returncode, 0)
         [keys] = blocks("lua")
         self.configure(".config/nvim/plugin/language_server_keys.lua", keys)

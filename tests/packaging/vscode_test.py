@@ -21,7 +21,7 @@ SKIPPED = 77
 
 def package(directory):
     """The status of the first line of the page, which packages the extension."""
-    line = blocks("sh")[1].splitlines()[0].replace("build/extension.vsix", f"{directory}/extension.vsix")
+    line = blocks("shell")[0].splitlines()[0].replace("build/korvelcheck.vsix", f"{directory}/korvelcheck.vsix")
     done = subprocess.run(["sh", "-c", line], cwd=SOURCE, capture_output=True, text=True, check=False)
     if done.returncode not in (0, SKIPPED):
         raise AssertionError(done.stdout + done.stderr)
@@ -33,7 +33,7 @@ class Extension(unittest.TestCase):
 
     def setUp(self):
         self.tree = os.path.join(self.DIRECTORY, "extension")
-        with zipfile.ZipFile(os.path.join(self.DIRECTORY, "extension.vsix")) as archive:
+        with zipfile.ZipFile(os.path.join(self.DIRECTORY, "korvelcheck.vsix")) as archive:
             archive.extractall(self.DIRECTORY)
         with open(os.path.join(self.tree, "package.json"), encoding="utf-8") as file:
             self.manifest = json.load(file)
