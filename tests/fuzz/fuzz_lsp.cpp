@@ -123,7 +123,7 @@ std::map<Json, int> Requests(const std::vector<std::string>& messages) {
       const Json id = message.value("id", Json());
       if (method == "exit" && id.is_null()) break;
       const bool is_answer = !method.is_string() && (message.contains("result") || message.contains("error"));
-      if (!is_answer && (id.is_string() || id.is_number())) ++requests[id];
+      if (!is_answer && (id.is_string() || id.is_number_integer())) ++requests[id];
     } catch (const korvel::lsp::RequestError&) {
       // Its answer has no id.
     }
