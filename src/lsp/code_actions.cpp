@@ -102,8 +102,8 @@ Json Difference(const Document& document, const std::string& fixed) {
   const std::size_t most = std::min(text.size(), fixed.size()) - begin;
   while (same < most && text[text.size() - 1 - same] == fixed[fixed.size() - 1 - same]) ++same;
   while (same > 0 && text[text.size() - 1 - same] != '\n') --same;
-  return {{{"range", ToJson(document.text, {begin, text.size() - same})},
-           {"newText", fixed.substr(begin, fixed.size() - same - begin)}}};
+  return Json::array({{{"range", ToJson(document.text, {begin, text.size() - same})},
+                       {"newText", fixed.substr(begin, fixed.size() - same - begin)}}});
 }
 
 std::string ReasonsOf(const SchemaSuggestion& suggestion) {

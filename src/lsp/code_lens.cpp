@@ -73,7 +73,8 @@ Json CodeLenses(Session& session, const Json& params) {
     if (std::ranges::find(state->source->tables, table) == state->source->tables.end()) continue;
     lenses.push_back(
         {{"range", ToJson(document.text, outline.elements()[structure].tag())},
-         {"command", {{"title", TitleOf(*state, table)}, {"command", kReportCommand}, {"arguments", {document.uri}}}}});
+         {"command",
+          {{"title", TitleOf(*state, table)}, {"command", kReportCommand}, {"arguments", Json::array({document.uri})}}}});
   }
   return lenses;
 }

@@ -147,7 +147,7 @@ Diagnostics DiagnosticsOf(const DocumentCheck& check, const Document& document, 
     Json diagnostic = Diagnostic(place.range, SeverityOf(issue), issue.rule, MessageOf(issue, check));
     diagnostic["data"] = {{"fingerprint", issue.fingerprint}};
     if (issue.old_location && issue.old_location->begin) {
-      diagnostic["relatedInformation"] = {RelatedTo(*issue.old_location, check.root)};
+      diagnostic["relatedInformation"] = Json::array({RelatedTo(*issue.old_location, check.root)});
     }
     diagnostics.try_emplace(place.uri, Json::array()).first->second.push_back(std::move(diagnostic));
   }

@@ -9,6 +9,7 @@
 
 namespace korvel::lsp {
 
+// A list of one value is written Json::array({value}): of {value}, compilers make a list or a copy.
 using Json = nlohmann::json;
 
 // Error codes of the protocol.

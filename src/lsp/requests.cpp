@@ -46,9 +46,9 @@ Json Capabilities(const Client& client) {
       {"documentSymbolProvider", true},
       {"renameProvider", {{"prepareProvider", true}}},
       {"codeLensProvider", {{"resolveProvider", false}}},
-      {"executeCommandProvider", {{"commands", {kReportCommand}}}},
+      {"executeCommandProvider", {{"commands", Json::array({kReportCommand})}}},
       {"codeActionProvider", {{"codeActionKinds", {"quickfix", "source.fixAll"}}, {"resolveProvider", true}}},
-      {"workspace", {{"textDocumentContent", {{"schemes", {"korvelcheck"}}}}}},
+      {"workspace", {{"textDocumentContent", {{"schemes", Json::array({"korvelcheck"})}}}}},
   };
   if (client.pulls_diagnostics) {
     capabilities["diagnosticProvider"] = {

@@ -20,7 +20,6 @@ namespace {
 
 using korvel::FileDescriptor;
 using korvel::lsp::Connection;
-using korvel::lsp::Framed;
 
 class LspSignalTest : public ServerTest {
  protected:
