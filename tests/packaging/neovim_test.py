@@ -21,6 +21,17 @@ SHOP = """<metalib name="shop" version="1" protocol="QMX">
 REFUSED = "a field's size was reduced: orders.price"
 SUGGESTED = "suggestion: keep price as it is; add a new field price_2 (int32, version 2) for the new values"
 
+# Requests are lost before the server has started.
+READY = """
+local function is_ready()
+  local client = vim.lsp.get_active_clients()[1]
+  return client and client.initialized
+end
+vim.api.nvim_create_user_command('Ready', function()
+  if vim.wait(100000, is_ready) then print('the server answers') end
+end, {})
+"""
+
 
 class Neovim(EditorTest):
     def setUp(self):
@@ -29,6 +40,7 @@ class Neovim(EditorTest):
         self.assertEqual(self.run_in(self.directory, ["sh", "-eu", "-c", install]).returncode, 0)
         [keys] = blocks("lua")
         self.configure(".config/nvim/plugin/language_server_keys.lua", keys)
+        self.configure(".config/nvim/plugin/ready.lua", READY)
         self.commit(SHOP)
 
     def edit(self, file, *size):
@@ -39,6 +51,8 @@ class Neovim(EditorTest):
     def edit_unchanged(self, *size):
         terminal = self.edit(self.SCHEMA_FILE, *size)
         terminal.wait(lambda screen: 'type="int64"' in screen)
+        terminal.type(":Ready\r")
+        terminal.wait(lambda screen: "the server answers" in screen)
         return terminal
 
     def edit_refused(self, *size):
