@@ -172,12 +172,12 @@ std::string ProgramFingerprint(const std::string& directory) {
 
 TEST_F(SameAnswer, FingerprintsOfNames) {
   const TemporaryDirectory directory;
-  for (const std::string top : {"/work", "/other"}) {
+  for (const std::string top : {"/shop", "/other"}) {
     fs::create_directories(directory.path() + top + "/schemas");
     fs::copy(kShop + "v6.xml", directory.path() + top + "/schemas/old.xml");
     fs::copy(kShop + "v7-wider-key.xml", directory.path() + top + "/schemas/new.xml");
   }
-  fs::current_path(directory.path() + "/work");
+  fs::current_path(directory.path() + "/shop");
   fs::create_symlink("schemas", "link");
   // Relative paths below the working directory, and all paths of files elsewhere.
   for (const std::string& name : {std::string("schemas/"), std::string("./schemas/../schemas/"), std::string("../other/schemas/"),
@@ -185,7 +185,7 @@ TEST_F(SameAnswer, FingerprintsOfNames) {
     EXPECT_EQ(CApiFingerprint(name), ProgramFingerprint(name)) << name;
   }
   // Other paths to files below the working directory: the program finds out where the file is.
-  for (const std::string& name : {std::string("link/"), std::string("../work/schemas/"), directory.path() + "/work/schemas/"}) {
+  for (const std::string& name : {std::string("link/"), std::string("../shop/schemas/"), directory.path() + "/shop/schemas/"}) {
     EXPECT_EQ(ProgramFingerprint(name), CApiFingerprint("schemas/")) << name;
     EXPECT_NE(CApiFingerprint(name), CApiFingerprint("schemas/")) << name;
   }
