@@ -9,7 +9,7 @@ refused, or undoes that. Prints one line for each number of entries:
 
 open     from the notification that the file is open until its first diagnostics
 pause    from a change until its diagnostics, without the 150 ms for which the server waits
-request  the same if the editor requests the diagnostics at once
+request  the same in a session of an editor that requests the diagnostics, at once after each change
 idle MB  resident memory of the server afterwards, with the file open
 
 `open` is one measurement. The others are medians with the highest in brackets: of changes that are refused, and of their undoing,
@@ -48,10 +48,10 @@ def commit(directory, entries):
 
 
 class Server:
-    def __init__(self, tool, directory):
+    def __init__(self, tool, directory, capabilities):
         self.process = subprocess.Popen([tool, "lsp"], cwd=directory, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
         self.requests = 0
-        self.request("initialize", {"capabilities": {}})
+        self.request("initialize", {"capabilities": capabilities})
         self.notify("initialized", {})
 
     def send(self, message):
@@ -145,13 +145,18 @@ def summary(times):
 
 def measure(tool, directory, entries, changes):
     commit(directory, entries)
-    server = Server(tool, directory)
+    server = Server(tool, directory, {})
     editor = Editor(server, directory, entries)
     first = editor.open()
     pauses = [editor.pause() for _ in range(2 * changes)]
-    requests = [editor.ask() for _ in range(2 * changes)]
-    print(f"| {entries} | {first:.1f} | {summary(pauses)} | {summary(requests)} | {server.memory():.1f} |", flush=True)
+    memory = server.memory()
     server.end()
+    server = Server(tool, directory, {"textDocument": {"diagnostic": {}}})
+    editor = Editor(server, directory, entries)
+    server.notify("textDocument/didOpen", editor.open_message)
+    requests = [editor.ask() for _ in range(2 * changes)]
+    server.end()
+    print(f"| {entries} | {first:.1f} | {summary(pauses)} | {summary(requests)} | {memory:.1f} |", flush=True)
 
 
 def main():
@@ -163,7 +168,7 @@ def main():
     columns = ("entries", "open ms", "pause ms, refused", "undone", "request ms, refused", "undone", "idle MB")
     print("| " + " | ".join(columns) + " |\n" + "| --- " * len(columns) + "|")
     with tempfile.TemporaryDirectory() as directory:
-        server = Server(arguments.tool, directory)
+        server = Server(arguments.tool, directory, {})
         print(f"| none | | | | | | {server.memory():.1f} |", flush=True)
         server.end()
     for entries in arguments.entries or [1000, 100000]:
