@@ -178,6 +178,8 @@ Json ResolveCodeAction(Session& session, const Json& action) {
   const Document* const document = session.documents.Find(uri);
   if (document == nullptr) return resolved;
   const DocumentCheck& check = session.CheckOf(*document);
+  // What was offered for an earlier state may not be possible any more.
+  if (check.compared.empty()) throw RequestError(kRequestFailed, "this file is not compared with a baseline any more");
   std::vector<const ComparedFile*> states;
   for (const ComparedFile& file : check.compared) states.push_back(&file);
   std::filesystem::current_path(check.root);

@@ -207,6 +207,15 @@ TEST_F(CodeActionsTest, FixTheWholeFile) {
   ExpectAllowed(fixed);
 }
 
+// The server ended if the project could not be loaded any more.
+TEST_F(CodeActionsTest, CannotFixAFileThatIsNotComparedAnyMore) {
+  client_.Open(Uri("shop.xml"), SmallPrice());
+  const Json action = Actions({"source.fixAll"})[0];
+  Write("korvelcheck.toml", "[schemas");
+  client_.Notify("textDocument/didSave", {{"textDocument", {{"uri", Uri("shop.xml")}}}});
+  EXPECT_EQ(client_.Error("codeAction/resolve", action)["message"], "this file is not compared with a baseline any more");
+}
+
 TEST_F(CodeActionsTest, FitTheTextOfClientsWithoutVersions) {
   client_.Open(Uri("shop.xml"), SmallPrice());
   EXPECT_EQ(Actions({"quickfix"}).size(), 2U);
