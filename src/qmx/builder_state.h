@@ -11,8 +11,8 @@
 #include <utility>
 #include <vector>
 
+#include "base/name_index.h"
 #include "qmx/block.h"
-#include "qmx/name_index.h"
 #include "qmx/qmx_builder.h"
 
 namespace qmx {
@@ -69,7 +69,7 @@ struct OpenMeta {
   std::size_t first_composite = 0;  // of this meta, in Library::composites
   Texts texts;  // for the block; ptrName and ptrCustomAttr are relative to their start until the meta is closed
   Texts words;  // names of entries that something refers to
-  NameIndex entry_names, index_names;
+  korvel::NameIndex entry_names, index_names;
   std::vector<Refer> refers;
   std::vector<Texts::Place> primary_key, splittable_key;
   std::vector<Index> indexes;
@@ -112,7 +112,7 @@ struct Library {
   std::vector<std::int64_t> metas;       // offsets of their records
   std::vector<Texts::Place> meta_names;  // in `names`
   Texts names;
-  NameIndex meta_index;
+  korvel::NameIndex meta_index;
   std::vector<CompositeEntry> composites;  // in declaration order
   Texts types;
   OpenMeta open;

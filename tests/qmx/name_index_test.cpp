@@ -1,5 +1,6 @@
-// Tests the index of a growing list: it finds the first of equal names, for any number of names, and after it was cleared.
-#include "qmx/name_index.h"
+// Tests the index of a growing list: it finds the first of equal names, for any number of names, and after it was cleared; and
+// what finds items by it.
+#include "base/name_index.h"
 
 #include <gtest/gtest.h>
 
@@ -10,6 +11,7 @@
 #include <string>
 
 #include "base/keyed_hash.h"
+#include "base/name_finder.h"
 
 namespace {
 
@@ -26,7 +28,7 @@ class NameIndexTest : public ::testing::Test {
   }
 
   std::vector<std::string> names_;
-  qmx::NameIndex index_;
+  korvel::NameIndex index_;
 };
 
 TEST_F(NameIndexTest, FindsFirst) {
@@ -57,6 +59,37 @@ TEST_F(NameIndexTest, ForgetsAllNames) {
   EXPECT_EQ(Find("name7"), std::nullopt);
   EXPECT_TRUE(Add("name7"));
   EXPECT_EQ(Find("name7"), 0u);
+}
+
+struct Named {
+  std::string name;
+};
+
+// The first searches read the list, later ones the index.
+TEST(NameFinder, FindsFirstWhetherItScansOrNot) {
+  const std::vector<Named> items{{"b"}, {"a"}, {"b"}, {""}};
+  korvel::NameFinder finder(items);
+  for (int i = 0; i < 10; ++i) {
+    EXPECT_EQ(finder.Find("a"), 1u) << i;
+    EXPECT_EQ(finder.Find("b"), 0u) << i;
+    EXPECT_EQ(finder.Find(""), 3u) << i;
+    EXPECT_EQ(finder.Find("c"), korvel::kNowhere) << i;
+  }
+}
+
+TEST(NameFinder, FindsNothingInEmptyList) {
+  const std::vector<Named> items;
+  korvel::NameFinder finder(items);
+  for (int i = 0; i < 10; ++i) EXPECT_EQ(finder.Find(""), korvel::kNowhere) << i;
+}
+
+TEST(HaveUniqueNames, ComparesAllNames) {
+  std::vector<Named> items;
+  EXPECT_TRUE(korvel::HaveUniqueNames(items));
+  for (int i = 0; i < 1'000; ++i) items.push_back({"name" + std::to_string(i)});
+  EXPECT_TRUE(korvel::HaveUniqueNames(items));
+  items.push_back({"name0"});
+  EXPECT_FALSE(korvel::HaveUniqueNames(items));
 }
 
 // Names that collide under one seed do not collide under another, so a file cannot be written for a seed that nobody knows.

@@ -9,10 +9,14 @@
 namespace korvel {
 namespace {
 
-template <class Map, class Key>
-Slot Found(const Map& map, const Key& key) {
-  const auto found = map.find(key);
-  return found == map.end() ? kNoSlot : found->second;
+// The ids of entries with their positions, ascending.
+std::vector<std::pair<std::int32_t, Slot>> IdsOf(const std::vector<EntryModel>& entries) {
+  std::vector<std::pair<std::int32_t, Slot>> ids;
+  for (Slot position = 0; position < entries.size(); ++position) {
+    if (entries[position].id >= 0) ids.emplace_back(entries[position].id, position);
+  }
+  std::ranges::sort(ids);
+  return ids;
 }
 
 }  // namespace
@@ -24,17 +28,14 @@ MetaSurroundings::MetaSurroundings(const DifferenceParts& parts, const MetaNode&
       old_head_(HeadOf(pair_.old_meta())),
       new_head_(HeadOf(pair_.new_meta())),
       anchors_(pair_.entries().Anchors()),
-      still_before_(pair_.entries().old_count(), kNoSlot) {
+      still_before_(pair_.entries().old_count(), kNoSlot),
+      names_(pair_.new_meta().entries),
+      ids_(IdsOf(pair_.new_meta().entries)) {
   all_.entries.resize(pair_.entries().slot_count());
   all_.indexes.resize(pair_.indexes().slot_count());
   for (std::size_t edit = node.first_edit; edit < node.end_edit; ++edit) {
     const EditKinds kind = Bit(parts.edits[edit].kind);
     if (parts.edits[edit].kind != EditKind::kTableAttribute) *KindsOf(all_, edit) |= kind;
-  }
-  for (Slot j = 0; j < pair_.entries().new_count(); ++j) {
-    const EntryModel& entry = pair_.new_meta().entries[j];
-    names_.emplace(entry.name, j);
-    if (entry.id >= 0) ids_.emplace(entry.id, j);
   }
   ListReferrers(pair_.old_references(), false);
   ListReferrers(pair_.new_references(), true);
@@ -42,10 +43,17 @@ MetaSurroundings::MetaSurroundings(const DifferenceParts& parts, const MetaNode&
   ListFixed();
 }
 
-Slot MetaSurroundings::FindName(const std::string& name) const { return Found(names_, std::string_view(name)); }
-Slot MetaSurroundings::FindId(std::int32_t id) const { return Found(ids_, id); }
+Slot MetaSurroundings::FindName(const std::string& name) {
+  const std::size_t position = names_.Find(name);
+  return position == kNowhere ? kNoSlot : static_cast<Slot>(position);
+}
 
-AppliedPart MetaSurroundings::Apply(const std::vector<std::size_t>& left_out, const std::vector<std::size_t>& touched) const {
+Slot MetaSurroundings::FindId(std::int32_t id) const {
+  const auto found = std::ranges::lower_bound(ids_, std::pair(id, Slot{0}));
+  return found == ids_.end() || found->first != id ? kNoSlot : found->second;
+}
+
+AppliedPart MetaSurroundings::Apply(const std::vector<std::size_t>& left_out, const std::vector<std::size_t>& touched) {
   const EntryPart part = PartAround(SlotsOf(left_out, touched));
   MetaModel old_meta = old_head_;
   AppliedPart applied{new_head_, part.new_positions, {}, {}};
@@ -91,8 +99,7 @@ void MetaSurroundings::ListFixed() {
 }
 
 // The entries of the edits, and those that an alternative finds by the names of these entries.
-std::vector<Slot> MetaSurroundings::SlotsOf(const std::vector<std::size_t>& left_out,
-                                            const std::vector<std::size_t>& touched) const {
+std::vector<Slot> MetaSurroundings::SlotsOf(const std::vector<std::size_t>& left_out, const std::vector<std::size_t>& touched) {
   std::vector<Slot> slots;
   for (const std::vector<std::size_t>* edits : {&left_out, &touched}) {
     for (const std::size_t edit : *edits) {

@@ -3,14 +3,14 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <map>
 #include <string>
-#include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "analysis/diff/diff_parts.h"
 #include "analysis/diff/matched_metas.h"
+#include "base/name_finder.h"
 
 namespace korvel {
 
@@ -22,26 +22,26 @@ struct AppliedPart {
   std::vector<MetaModel> added;  // metas that only the old side has, and that `made` embeds; in the order of Difference::Apply
 };
 
-// Borrows both arguments. Immutable.
+// Borrows both arguments. Not for several threads at once.
 class MetaSurroundings {
  public:
   // Linear in the meta.
   MetaSurroundings(const DifferenceParts& parts, const MetaNode& node);
 
   // The position on the new side, or kNoSlot.
-  Slot FindName(const std::string& name) const;
+  Slot FindName(const std::string& name);
   Slot FindId(std::int32_t id) const;
 
   // All edits of the meta but `left_out`, for the entries around these and `touched`; without `added`. REQUIRES: all of these
   // edits are of this meta. Linear in the part, in keys and indexes.
-  AppliedPart Apply(const std::vector<std::size_t>& left_out, const std::vector<std::size_t>& touched) const;
+  AppliedPart Apply(const std::vector<std::size_t>& left_out, const std::vector<std::size_t>& touched);
 
  private:
   EditKinds* KindsOf(ChosenEdits& chosen, std::size_t edit) const;
   void ListReferrers(const References& references, bool is_new);
   void ListStill();
   void ListFixed();
-  std::vector<Slot> SlotsOf(const std::vector<std::size_t>& left_out, const std::vector<std::size_t>& touched) const;
+  std::vector<Slot> SlotsOf(const std::vector<std::size_t>& left_out, const std::vector<std::size_t>& touched);
   EntryPart PartAround(const std::vector<Slot>& changed) const;
   bool IsNew(Slot slot) const;
   std::vector<Slot> NeighboursOf(Slot slot) const;
@@ -56,8 +56,8 @@ class MetaSurroundings {
   std::vector<Slot> anchors_;                              // of each new position
   std::vector<Slot> still_before_;                         // of each old slot
   ChosenEdits all_;                                        // without attributes
-  std::map<std::string_view, Slot> names_;                 // positions on the new side
-  std::map<std::int32_t, Slot> ids_;                       // likewise
+  NameFinder<EntryModel> names_;                           // of the new side
+  std::vector<std::pair<std::int32_t, Slot>> ids_;         // likewise, with positions, ascending
   std::unordered_map<Slot, std::vector<Slot>> counters_;   // of each entry
   std::unordered_map<Slot, std::vector<Slot>> referrers_;  // of each counter
   std::vector<Slot> fixed_;                                // what every part contains

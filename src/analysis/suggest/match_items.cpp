@@ -2,7 +2,11 @@
 #include "analysis/suggest/match_items.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <map>
+
+#include "base/name_finder.h"
 
 namespace korvel {
 namespace {
@@ -10,12 +14,12 @@ namespace {
 // For each wanted item the present one with its name, if it has the same shape.
 template <class Item>
 std::vector<Slot> MatchByName(const std::vector<Item>& present, const std::vector<Item>& wanted) {
-  const std::map<std::string_view, Slot> positions = PositionsByName(present);
+  NameFinder positions(present);
   std::vector<Slot> partners;
   for (const Item& item : wanted) {
-    const auto found = positions.find(item.name);
-    const bool matches = found != positions.end() && HaveSameShape(present[found->second], item);
-    partners.push_back(matches ? found->second : kNoSlot);
+    const std::size_t found = positions.Find(item.name);
+    const bool matches = found != kNowhere && HaveSameShape(present[found], item);
+    partners.push_back(matches ? static_cast<Slot>(found) : kNoSlot);
   }
   return partners;
 }

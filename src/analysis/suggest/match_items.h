@@ -1,9 +1,6 @@
 // Which entries and indexes of a file are those of a model.
 #pragma once
 
-#include <cstddef>
-#include <map>
-#include <string_view>
 #include <vector>
 
 #include "analysis/diff/alignment.h"
@@ -14,14 +11,6 @@ namespace korvel {
 // Whether an element can become another one without adding or removing children.
 inline bool HaveSameShape(const EntryModel&, const EntryModel&) { return true; }
 inline bool HaveSameShape(const IndexModel& was, const IndexModel& wanted) { return was.columns.size() == wanted.columns.size(); }
-
-// The position of each name; of a repeated one, the first.
-template <class Item>
-std::map<std::string_view, Slot> PositionsByName(const std::vector<Item>& items) {
-  std::map<std::string_view, Slot> positions;
-  for (std::size_t i = 0; i < items.size(); ++i) positions.emplace(items[i].name, static_cast<Slot>(i));
-  return positions;
-}
 
 // For each wanted item the present one that can become it, kNoSlot for none. Entries match by name, else by id.
 std::vector<Slot> MatchItems(const std::vector<IndexModel>& present, const std::vector<IndexModel>& wanted);

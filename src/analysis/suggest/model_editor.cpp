@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/name_finder.h"
 #include "schema/declaration.h"
 
 namespace korvel {
@@ -13,16 +14,20 @@ void Replace(std::vector<std::string>& names, const std::string& name, const std
   std::ranges::replace(names, name, by);
 }
 
+// Whether each entry has an id, and no other entry the same.
+bool HaveUniqueIds(const MetaModel& meta) {
+  std::vector<std::int32_t> ids;
+  ids.reserve(meta.entries.size());
+  for (const EntryModel& entry : meta.entries) ids.push_back(entry.id);
+  std::ranges::sort(ids);
+  return ids.front() >= 0 && std::ranges::adjacent_find(ids) == ids.end();
+}
+
 // The rules of the reader of schema files that alternatives can break. Saves runs of the checker on models that no file can
 // contain; the final file is read again anyway.
 bool CanBeWritten(const MetaModel& meta, bool needs_ids) {
   if (meta.entries.empty()) return false;
-  std::set<std::string_view> names;
-  std::set<std::int32_t> ids;
-  for (const EntryModel& entry : meta.entries) {
-    if (!names.insert(entry.name).second) return false;
-    if (needs_ids && (entry.id < 0 || !ids.insert(entry.id).second)) return false;
-  }
+  if (!HaveUniqueNames(meta.entries) || (needs_ids && !HaveUniqueIds(meta))) return false;
   MetaDecl decl = DeclOf(meta);
   DropLooseReferences(decl);
   return ModelOf(decl) == meta;
@@ -44,8 +49,13 @@ ModelEditor::EditedMeta& ModelEditor::MetaFor(const std::string& name) {
   const auto meta = std::ranges::find(model_.metas, name, &MetaModel::name);
   if (meta == model_.metas.end()) return edited;
   edited.meta = static_cast<std::size_t>(meta - model_.metas.begin());
-  for (std::size_t i = 0; i < meta->entries.size(); ++i) edited.positions.emplace(meta->entries[i].name, i);
+  for (std::size_t i = 0; i < meta->entries.size(); ++i) AddPosition(edited, i);
   return edited;
+}
+
+void ModelEditor::AddPosition(EditedMeta& edited, std::size_t position) {
+  const std::vector<EntryModel>& entries = MetaOf(edited).entries;
+  edited.positions.Add(entries[position].name, static_cast<std::uint32_t>(position), NamesOf(entries));
 }
 
 MetaModel* ModelEditor::FindMeta(const std::string& meta) {
@@ -55,8 +65,10 @@ MetaModel* ModelEditor::FindMeta(const std::string& meta) {
 
 EntryModel* ModelEditor::Find(const std::string& meta, const std::string& entry) {
   const EditedMeta& edited = MetaFor(meta);
-  const auto found = edited.positions.find(entry);
-  return found == edited.positions.end() ? nullptr : &MetaOf(edited).entries[found->second];
+  if (!edited.meta) return nullptr;
+  std::vector<EntryModel>& entries = MetaOf(edited).entries;
+  const std::optional<std::uint32_t> found = edited.positions.Find(entry, NamesOf(entries));
+  return found ? &entries[*found] : nullptr;
 }
 
 void ModelEditor::Add(const std::string& meta, EntryModel entry) {
@@ -66,8 +78,8 @@ void ModelEditor::Add(const std::string& meta, EntryModel entry) {
     has_failed_ = has_failed_ || present == nullptr || *present != entry;
     return;
   }
-  edited.positions.emplace(entry.name, MetaOf(edited).entries.size());
   MetaOf(edited).entries.push_back(std::move(entry));
+  AddPosition(edited, MetaOf(edited).entries.size() - 1);
 }
 
 void ModelEditor::ImportMeta(const Model& from, const std::string& type) {
@@ -82,13 +94,12 @@ void ModelEditor::ImportMeta(const Model& from, const std::string& type) {
 void ModelEditor::MoveToEnd(const std::string& meta, const std::string& entry) { MetaFor(meta).to_end.insert(entry); }
 
 void ModelEditor::Rename(const std::string& meta, const std::string& entry, const std::string& name) {
+  EntryModel* const renamed = Find(meta, entry);
+  if (renamed == nullptr) return;
   EditedMeta& edited = MetaFor(meta);
-  auto node = edited.positions.extract(entry);
-  if (node.empty()) return;
   MetaModel& owner = MetaOf(edited);
-  owner.entries[node.mapped()].name = name;
-  node.key() = name;
-  edited.positions.insert(std::move(node));
+  renamed->name = name;
+  AddPosition(edited, static_cast<std::size_t>(renamed - owner.entries.data()));  // the old name is not found any more
   if (edited.to_end.erase(entry) > 0) edited.to_end.insert(name);
   for (EntryModel& other : owner.entries) {
     if (!other.refer.empty() && other.refer == entry) other.refer = name;

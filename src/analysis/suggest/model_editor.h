@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/name_index.h"
 #include "schema/model.h"
 
 namespace korvel {
@@ -45,13 +46,15 @@ class ModelEditor {
 
  private:
   struct EditedMeta {
-    std::optional<std::size_t> meta;               // its position; nullopt: there is no such meta
-    std::map<std::string, std::size_t> positions;  // of its entries
-    std::set<std::string> to_end;
+    std::optional<std::size_t> meta;  // its position; nullopt: there is no such meta
+    NameIndex positions = {};         // of its entries
+    std::set<std::string> to_end = {};
   };
 
   EditedMeta& MetaFor(const std::string& name);
   MetaModel& MetaOf(const EditedMeta& edited) { return model_.metas[*edited.meta]; }
+  // Adds the position of an entry; does nothing if an entry of that name has one.
+  void AddPosition(EditedMeta& edited, std::size_t position);
 
   Model model_;
   std::map<std::string, EditedMeta> edited_;

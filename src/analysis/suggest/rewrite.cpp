@@ -73,14 +73,14 @@ std::optional<std::string> Copied(const MetaText& from, std::size_t position, co
 
 const std::vector<EntryModel>& ItemsOf(const OtherMeta& other, const EntryModel&) { return other.meta.entries; }
 const std::vector<IndexModel>& ItemsOf(const OtherMeta& other, const IndexModel&) { return other.meta.indexes; }
-const std::map<std::string_view, Slot>& PositionsOf(const OtherMeta& other, const EntryModel&) { return other.entries; }
-const std::map<std::string_view, Slot>& PositionsOf(const OtherMeta& other, const IndexModel&) { return other.indexes; }
+std::size_t Find(OtherMeta& other, const EntryModel& entry) { return other.entries.Find(entry.name); }
+std::size_t Find(OtherMeta& other, const IndexModel& index) { return other.indexes.Find(index.name); }
 
 // Changes one meta of the text.
 class MetaRewrite {
  public:
   // `other` is null if the other source has no such meta or no text.
-  MetaRewrite(TextEdits& edits, const MetaText& text, const MetaModel& present, const OtherMeta* other)
+  MetaRewrite(TextEdits& edits, const MetaText& text, const MetaModel& present, OtherMeta* other)
       : edits_(edits), text_(text), present_(present), other_(other) {}
 
   // False if XML cannot express it.
@@ -159,12 +159,11 @@ class MetaRewrite {
   template <class Item>
   std::optional<std::string> TextOfAdded(const Item& wanted, const Layout& layout) {
     if (other_ == nullptr) return Written(wanted, layout);
-    const auto found = PositionsOf(*other_, wanted).find(wanted.name);
+    const std::size_t found = Find(*other_, wanted);
     const std::vector<Item>& items = ItemsOf(*other_, wanted);
-    if (found != PositionsOf(*other_, wanted).end() && HaveSameShape(items[found->second], wanted)) {
+    if (found != kNowhere && HaveSameShape(items[found], wanted)) {
       const SchemaText& text = *other_->source.text;
-      const auto copied =
-          Copied(MetaText{text.Bytes(), text.source_map, other_->position}, found->second, items[found->second], wanted);
+      const auto copied = Copied(MetaText{text.Bytes(), text.source_map, other_->position}, found, items[found], wanted);
       if (copied) return WithLineEnds(*copied, layout.line_end);
     }
     return Written(wanted, layout);
@@ -173,7 +172,7 @@ class MetaRewrite {
   TextEdits& edits_;
   const MetaText& text_;
   const MetaModel& present_;
-  const OtherMeta* other_;
+  OtherMeta* other_;
   bool written_ = true;
   bool tells_moves_ = true;
 };
@@ -208,12 +207,12 @@ bool Rewriter::ChangeHead(TextEdits& edits, const Model& target) const {
   return edits.ChangeAttributes(outermost, AttributesOf(present_.head()), AttributesOf(target));
 }
 
-const OtherMeta* Rewriter::OtherOf(const std::string& meta) {
+OtherMeta* Rewriter::OtherOf(const std::string& meta) {
   const auto [found, is_new] = copied_from_.try_emplace(meta);
   const MetaModel* const model = is_new && other_.text ? others_.Find(meta) : nullptr;
   if (model != nullptr) {
     found->second.emplace(
-        OtherMeta{other_, *PositionOf(other_, meta), *model, PositionsByName(model->entries), PositionsByName(model->indexes)});
+        OtherMeta{other_, *PositionOf(other_, meta), *model, NameFinder(model->entries), NameFinder(model->indexes)});
   }
   return found->second ? &*found->second : nullptr;
 }

@@ -5,11 +5,11 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "analysis/diff/part_applier.h"
 #include "analysis/suggest/element_text.h"
+#include "base/name_finder.h"
 #include "schema/model.h"
 
 namespace korvel {
@@ -19,8 +19,8 @@ struct OtherMeta {
   const Source& source;  // has a text
   std::uint32_t position;
   const MetaModel& meta;
-  std::map<std::string_view, Slot> entries;  // the first of each name
-  std::map<std::string_view, Slot> indexes;
+  NameFinder<EntryModel> entries;
+  NameFinder<IndexModel> indexes;
 };
 
 // Rewrites one file, any number of times. Borrows both sources. Not for several threads at once.
@@ -45,7 +45,7 @@ class Rewriter {
 
  private:
   bool ChangeHead(TextEdits& edits, const Model& target) const;
-  const OtherMeta* OtherOf(const std::string& meta);
+  OtherMeta* OtherOf(const std::string& meta);
   bool RewriteMeta(TextEdits& edits, const MetaModel& wanted);
   bool AddMeta(TextEdits& edits, const MetaModel& wanted);
 

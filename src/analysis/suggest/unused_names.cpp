@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <limits>
+#include <utility>
 
 namespace korvel {
 namespace {
@@ -22,13 +23,21 @@ std::string IdentifierLike(const std::string& name) {
   return like.substr(0, kMaxNameBytes);
 }
 
+bool UnusedNames::IsOldName(const std::string& meta, const std::string& name) { return UsedIn(meta).IsOldName(name); }
+
+bool UnusedNames::IsOldId(const std::string& meta, std::int32_t id) {
+  const Used& used = UsedIn(meta);
+  return std::ranges::binary_search(used.old_ids, id) || used.reserved.ids.contains(id);
+}
+
 std::string UnusedNames::UniqueName(const std::string& meta, const std::string& wanted) {
   Used& used = UsedIn(meta);
   std::string name = wanted;
-  for (std::int64_t number = 2; !used.names.insert(name).second; ++number) {
+  for (std::int64_t number = 2; used.IsUsedName(name); ++number) {
     const std::string suffix = "_" + std::to_string(number);
     name = wanted.substr(0, kMaxNameBytes - suffix.size()) + suffix;
   }
+  used.proposed.insert(name);
   return name;
 }
 
@@ -39,27 +48,24 @@ std::int32_t UnusedNames::NextId(const std::string& meta) {
 }
 
 UnusedNames::Used& UnusedNames::UsedIn(const std::string& meta) {
-  const auto [found, is_new] = used_.try_emplace(meta);
-  Used& used = found->second;
-  if (!is_new) return used;
-  for (const auto* metas : {&old_metas_, &new_metas_}) {
-    const auto side = metas->find(meta);
-    if (side == metas->end()) continue;
-    for (const EntryModel& entry : side->second->entries) {
-      used.names.insert(entry.name);
-      used.largest_id = std::max(used.largest_id, entry.id);
-      if (metas != &old_metas_) continue;
-      used.old_names.insert(entry.name);
-      used.old_ids.insert(entry.id);
-    }
-  }
-  if (reserved_ == nullptr || !reserved_->contains(meta)) return used;
-  const auto& [names, ids] = reserved_->at(meta);
-  used.names.insert(names.begin(), names.end());
-  used.old_names.insert(names.begin(), names.end());
-  used.old_ids.insert(ids.begin(), ids.end());
-  if (!ids.empty()) used.largest_id = std::max(used.largest_id, *ids.rbegin());
-  return used;
+  static const std::vector<EntryModel> kNoEntries;
+  static const UsedFields kNoFields;
+  if (const auto found = used_.find(meta); found != used_.end()) return found->second;
+  const auto entries_in = [&](const MetasByName& metas) -> const std::vector<EntryModel>& {
+    const auto side = metas.find(meta);
+    return side == metas.end() ? kNoEntries : side->second->entries;
+  };
+  const std::vector<EntryModel>& old_entries = entries_in(old_metas_);
+  const std::vector<EntryModel>& new_entries = entries_in(new_metas_);
+  const bool has_reserved = reserved_ != nullptr && reserved_->contains(meta);
+  Used used{NameFinder(old_entries), NameFinder(new_entries), has_reserved ? reserved_->at(meta) : kNoFields};
+  used.old_ids.reserve(old_entries.size());
+  for (const EntryModel& entry : old_entries) used.old_ids.push_back(entry.id);
+  std::ranges::sort(used.old_ids);
+  if (!used.old_ids.empty()) used.largest_id = std::max(used.largest_id, used.old_ids.back());
+  for (const EntryModel& entry : new_entries) used.largest_id = std::max(used.largest_id, entry.id);
+  if (!used.reserved.ids.empty()) used.largest_id = std::max(used.largest_id, *used.reserved.ids.rbegin());
+  return used_.emplace(meta, std::move(used)).first->second;
 }
 
 }  // namespace korvel

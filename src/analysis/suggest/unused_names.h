@@ -5,7 +5,9 @@
 #include <map>
 #include <set>
 #include <string>
+#include <vector>
 
+#include "base/name_finder.h"
 #include "schema/model.h"
 #include "schema/reserved_fields.h"
 
@@ -25,8 +27,8 @@ class UnusedNames {
       : old_metas_(old_metas), new_metas_(new_metas), reserved_(reserved) {}
 
   // Whether a field of the old meta has it, or it is reserved.
-  bool IsOldName(const std::string& meta, const std::string& name) { return UsedIn(meta).old_names.contains(name); }
-  bool IsOldId(const std::string& meta, std::int32_t id) { return UsedIn(meta).old_ids.contains(id); }
+  bool IsOldName(const std::string& meta, const std::string& name);
+  bool IsOldId(const std::string& meta, std::int32_t id);
 
   // `wanted` if it is unused, else with a number appended, cut to the longest allowed length. Marks the result as used.
   std::string UniqueName(const std::string& meta, const std::string& wanted);
@@ -35,11 +37,18 @@ class UnusedNames {
   std::int32_t NextId(const std::string& meta);
 
  private:
-  // What a meta uses on both sides together, or what is reserved, which counts as old.
+  // What one meta uses.
   struct Used {
-    std::set<std::string> names;
-    std::set<std::string> old_names;
-    std::set<std::int32_t> old_ids;
+    bool IsOldName(const std::string& name) { return old_names.Find(name) != kNowhere || reserved.names.contains(name); }
+    bool IsUsedName(const std::string& name) {
+      return IsOldName(name) || new_names.Find(name) != kNowhere || proposed.contains(name);
+    }
+
+    NameFinder<EntryModel> old_names;
+    NameFinder<EntryModel> new_names;
+    const UsedFields& reserved;
+    std::set<std::string> proposed = {};
+    std::vector<std::int32_t> old_ids = {};  // ascending, without those that are reserved
     std::int32_t largest_id = -1;
   };
 

@@ -1,9 +1,9 @@
 // The growth of the table. Tested by tests/qmx/name_index_test.cpp.
-#include "qmx/name_index.h"
+#include "base/name_index.h"
 
 #include <utility>
 
-namespace qmx {
+namespace korvel {
 
 void NameIndex::Double() {
   const std::vector<Slot> old = std::exchange(slots_, std::vector<Slot>(2 * slots_.size()));
@@ -15,4 +15,4 @@ void NameIndex::Double() {
   }
 }
 
-}  // namespace qmx
+}  // namespace korvel

@@ -8,7 +8,7 @@
 
 #include "base/keyed_hash.h"
 
-namespace qmx {
+namespace korvel {
 
 // `name_at(position)` returns the name that was added at a position. Each operation takes it as an argument.
 class NameIndex {
@@ -49,7 +49,7 @@ class NameIndex {
   };
 
   // No file can be constructed whose names collide.
-  static std::uint32_t HashOf(std::string_view name) { return static_cast<std::uint32_t>(korvel::KeyedHash(name)); }
+  static std::uint32_t HashOf(std::string_view name) { return static_cast<std::uint32_t>(KeyedHash(name)); }
 
   // The slot of the name, or the free one where it belongs.
   template <class NameAt>
@@ -67,4 +67,10 @@ class NameIndex {
   std::size_t used_ = 0;
 };
 
-}  // namespace qmx
+// What an index calls for the names of a list, whose items have a member `name`. Borrows the list.
+template <class Item>
+auto NamesOf(const std::vector<Item>& items) {
+  return [&items](std::uint32_t position) { return std::string_view(items[position].name); };
+}
+
+}  // namespace korvel
