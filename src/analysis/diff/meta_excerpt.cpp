@@ -5,11 +5,12 @@
 #include <algorithm>
 #include <iterator>
 #include <string>
-#include <tuple>
+#include <string_view>
 #include <unordered_set>
 #include <utility>
 
 #include "analysis/diff/entry_attributes.h"
+#include "base/name_index.h"
 #include "common/meta_view.h"
 
 namespace korvel {
@@ -17,10 +18,6 @@ namespace {
 
 // Bytes of a filler, unless a single entry has more: less than any limit on the length of a field.
 constexpr std::uint64_t kMaxFiller = std::uint64_t{64} << 10;
-
-// Entries without an id do not have the same one.
-bool IsNoKey(std::int32_t id) { return id < 0; }
-bool IsNoKey(const std::string&) { return false; }
 
 }  // namespace
 
@@ -45,8 +42,8 @@ MetaOutline::MetaOutline(const MetaNode& node, LPQMXMETA meta)
     if (entry->iCount > 0) end += entry->iUnitSize * static_cast<std::uint64_t>(entry->iCount);
     ends_.push_back(end);
   }
-  LinkEqual(&EntryModel::name);
-  LinkEqual(&EntryModel::id);
+  LinkEqualNames();
+  LinkEqualIds();
   LinkCounters(pair_.old_references(), false);
   LinkCounters(pair_.new_references(), true);
   const std::vector<Slot> anchors = pair_.entries().Anchors();
@@ -63,27 +60,47 @@ bool MetaOutline::HasStructure(Slot slot) const {
          (!entries.IsRemoved(slot) && IsCompositeType(pair_.NewEntry(slot).type));
 }
 
-// Links entries that have the same name or id on any side, so that a search finds the same entry as in the whole meta.
-template <class Key>
-void MetaOutline::LinkEqual(Key EntryModel::*key) {
-  struct Keyed {
-    const Key* key;
+// Calls `take` with the key and the slot of each entry of either side; once if both sides have the same key.
+template <class Key, class Take>
+void MetaOutline::ForEachKey(Key EntryModel::*key, Take take) const {
+  for (Slot i = 0; i < pair_.old_meta().entries.size(); ++i) take(pair_.OldEntry(i).*key, i);
+  for (Slot j = 0; j < pair_.new_meta().entries.size(); ++j) {
+    const Slot slot = pair_.entries().OfNew(j);
+    const bool is_same = !pair_.entries().IsAdded(slot) && pair_.OldEntry(slot).*key == pair_.NewEntry(slot).*key;
+    if (!is_same) take(pair_.NewEntry(slot).*key, slot);
+  }
+}
+
+void MetaOutline::LinkEqualNames() {
+  struct Named {
+    std::string_view name;
     Slot slot;
   };
-  std::vector<Keyed> items;
-  for (Slot i = 0; i < pair_.old_meta().entries.size(); ++i) items.push_back({&(pair_.old_meta().entries[i].*key), i});
-  for (Slot j = 0; j < pair_.new_meta().entries.size(); ++j) {
-    items.push_back({&(pair_.new_meta().entries[j].*key), pair_.entries().OfNew(j)});
+  std::vector<Named> items;
+  ForEachKey(&EntryModel::name, [&](const std::string& name, Slot slot) { items.push_back({name, slot}); });
+  NameIndex index;
+  for (std::uint32_t i = 0; i < items.size(); ++i) {
+    if (index.Add(items[i].name, i, NamesOf(items))) continue;
+    LinkEqual(items[*index.Find(items[i].name, NamesOf(items))].slot, items[i].slot);
   }
-  std::ranges::sort(items, {}, [](const Keyed& item) { return std::tie(*item.key, item.slot); });
+}
+
+void MetaOutline::LinkEqualIds() {
+  std::vector<std::pair<std::int32_t, Slot>> items;
+  ForEachKey(&EntryModel::id, [&](std::int32_t id, Slot slot) {
+    if (id >= 0) items.emplace_back(id, slot);
+  });
+  std::ranges::sort(items);
   for (std::size_t i = 1; i < items.size(); ++i) {
-    const Slot a = items[i - 1].slot;
-    const Slot b = items[i].slot;
-    if (a == b || *items[i - 1].key != *items[i].key || IsNoKey(*items[i].key)) continue;
-    linked_[a].push_back(b);
-    linked_[b].push_back(a);
-    has_ambiguous_structure_ = has_ambiguous_structure_ || HasStructure(a) || HasStructure(b);
+    if (items[i - 1].first == items[i].first) LinkEqual(items[i - 1].second, items[i].second);
   }
+}
+
+// Links entries that have the same name or id on any side, so that a search finds the same entry as in the whole meta.
+void MetaOutline::LinkEqual(Slot a, Slot b) {
+  linked_[a].push_back(b);
+  linked_[b].push_back(a);
+  has_ambiguous_structure_ = has_ambiguous_structure_ || HasStructure(a) || HasStructure(b);
 }
 
 void MetaOutline::LinkCounters(const References& references, bool is_new) {

@@ -48,8 +48,11 @@ class MetaOutline {
 
  private:
   bool HasStructure(Slot slot) const;
-  template <class Key>
-  void LinkEqual(Key EntryModel::*key);
+  template <class Key, class Take>
+  void ForEachKey(Key EntryModel::*key, Take take) const;
+  void LinkEqualNames();
+  void LinkEqualIds();
+  void LinkEqual(Slot a, Slot b);
   void LinkCounters(const References& references, bool is_new);
   void ListFixed();
   void AddLinked(std::vector<Slot>& slots) const;

@@ -186,7 +186,8 @@ SearchResult SearchEdits(const TableContext& context, const Difference& differen
     is_borrowed = confirmed.has_value();
     if (confirmed) return *std::move(confirmed);
   }
-  ChangeChecker checker(context, difference);
+  const bool is_single = !key && difference.edits().size() == 1;
+  ChangeChecker checker(context, difference, is_single ? ChangeChecker::Use::kWholeTables : ChangeChecker::Use::kExcerpts);
   SearchResult found = SearchWith(checker, input);
   if (key && checker.has_excerpts()) shared->Add(*key, {difference, found.allowed, found.refusals, found.stopped});
   return found;
