@@ -34,6 +34,15 @@ TEST(BadNames, IgnoresGoodNames) {
 
 TEST(BadNames, ReportsRepeatedNameTwice) { EXPECT_THAT(Found({"9x", "9x", "x"}), ElementsAre("0: -17", "1: -17")); }
 
+// The names are checked in tables of 1,000.
+TEST(BadNames, FindsAllInLongLists) {
+  std::vector<std::string> names;
+  for (int i = 0; i < 2'500; ++i) names.push_back("field_" + std::to_string(i));
+  for (const std::size_t bad : {0u, 999u, 1'000u, 2'499u}) names[bad] = "9x";
+  EXPECT_THAT(Found(names), ElementsAre("0: -17", "999: -17", "1000: -17", "2499: -17"));
+  EXPECT_THAT(Found(names, 3), ElementsAre("0: -17", "999: -17", "1000: -17"));
+}
+
 TEST(BadNames, StopsAtLimit) { EXPECT_THAT(Found({"a", "1", "2", "3"}, 2), ElementsAre("1: -17", "2: -17")); }
 
 }  // namespace
