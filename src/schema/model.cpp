@@ -96,6 +96,7 @@ MetaModel MetaOf(LPQMXMETALIB library, LPQMXMETA meta) {
   model.name = qmx_get_meta_name(meta);
   model.kind = static_cast<enQMXType>(meta->iType);
   if (const char* text = qmx_get_meta_customattr(meta)) model.customattr = text;
+  model.entries.reserve(static_cast<std::size_t>(EntryCount(meta)));
   for (const auto [index, entry] : Entries(meta)) model.entries.push_back(ReadEntry(library, entry));
   model.primary_key = ReadKey(meta, PrimaryKeyMembers(meta));
   model.splittable_key = ReadKey(meta, {meta, meta->ptrSplitTableKeyBase, meta->iSplitTableKeyMemberNum});
