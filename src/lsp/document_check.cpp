@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <functional>
-#include <system_error>
+#include <stdexcept>
 #include <utility>
 
 #include "base/input_error.h"
@@ -92,7 +92,7 @@ void KeepFaults(DocumentCheck& check, const std::function<void()>& step) {
     step();
   } catch (const InputError& error) {
     AddFaults(error, check.report);
-  } catch (const std::system_error& error) {
+  } catch (const std::runtime_error& error) {
     AddFaults({{ToolMessage(error.what())}}, check.report);
   }
 }

@@ -2,6 +2,7 @@
 #include "project/child_process.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <spawn.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
@@ -17,6 +18,8 @@
 
 namespace korvel {
 namespace {
+
+int silence_limit = -1;  // in milliseconds
 
 void RequireDone(int error, const char* what) {
   if (error == ENOMEM) throw std::bad_alloc();
@@ -107,7 +110,7 @@ FileDescriptor ErrorFile() {
 
 }  // namespace
 
-ChildProcess::ChildProcess(const std::vector<std::string>& command) : errors_(ErrorFile()) {
+ChildProcess::ChildProcess(const std::vector<std::string>& command) : name_(command.front()), errors_(ErrorFile()) {
   const Pipe to_program;
   const FileDescriptor its_input(to_program.reading);
   input_.Reset(to_program.writing);
@@ -127,7 +130,12 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command) : errors_(Er
 }
 
 ChildProcess::~ChildProcess() {
-  if (process_ < 0) return;
+  if (process_ >= 0) End();
+}
+
+void ChildProcess::LimitSilence(std::chrono::milliseconds limit) { silence_limit = static_cast<int>(limit.count()); }
+
+void ChildProcess::End() {
   ::kill(process_, SIGKILL);
   Wait();
 }
@@ -154,7 +162,19 @@ std::string ChildProcess::ReadAll() {
   return text;
 }
 
+void ChildProcess::WaitForOutput() {
+  pollfd output{output_.get(), POLLIN, 0};
+  int ready = 0;
+  do {
+    ready = ::poll(&output, 1, silence_limit);
+  } while (ready < 0 && errno == EINTR);
+  if (ready != 0) return;
+  End();
+  throw SilenceError(name_ + " did not answer in time and was ended");
+}
+
 bool ChildProcess::ReadAhead() {
+  WaitForOutput();
   ssize_t got = 0;
   do {
     got = ::read(output_.get(), piece_.data(), piece_.size());

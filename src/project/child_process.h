@@ -4,7 +4,9 @@
 #include <sys/types.h>
 
 #include <array>
+#include <chrono>
 #include <cstddef>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,9 +15,18 @@
 
 namespace korvel {
 
+// A program gave no output for too long and was ended.
+struct SilenceError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
 // Starts a program with pipes at its standard input and output. Its messages are in English, whatever the locale is.
 class ChildProcess {
  public:
+  // From now on, a program that is read and gives no output for this long is ended, and Read and ReadAll throw SilenceError. -1
+  // ms: no limit, as at the start. Not while other threads use programs.
+  static void LimitSilence(std::chrono::milliseconds limit);
+
   // Looks the first word up in PATH. Throws std::system_error if it cannot be started.
   explicit ChildProcess(const std::vector<std::string>& command);
   ChildProcess(const ChildProcess&) = delete;
@@ -37,7 +48,11 @@ class ChildProcess {
  private:
   // Reads the next piece of the output. Returns false at its end.
   bool ReadAhead();
+  // Returns when there is output, or its end.
+  void WaitForOutput();
+  void End();
 
+  std::string name_;
   std::array<char, std::size_t{16} << 10> piece_ = {};
   std::string_view ahead_;  // the part of it that was not returned yet
   FileDescriptor errors_;

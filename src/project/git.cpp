@@ -234,7 +234,7 @@ Bytes Git::ReadObject(const std::string& object, const std::string& argument) {
   const std::size_t size = RequestObject(object, argument);
   bytes.data = std::make_unique_for_overwrite<char[]>(size + 1);
   // The object is followed by the end of a line.
-  if (objects_->Read(bytes.data.get(), size + 1) != size + 1) RefuseEnded(argument);
+  if (ReadNext(bytes.data.get(), size + 1) != size + 1) RefuseEnded(argument);
   bytes.size = size;
   return bytes;
 }
@@ -245,7 +245,7 @@ std::size_t Git::RequestObject(const std::string& object, const std::string& arg
   if (!objects_->Write(object + "\n")) RefuseEnded(argument);
   std::string header;  // OBJECT SP TYPE SP SIZE, or OBJECT SP "missing"
   for (char byte = 0;; header += byte) {
-    if (objects_->Read(&byte, 1) == 0) RefuseEnded(argument);
+    if (ReadNext(&byte, 1) == 0) RefuseEnded(argument);
     if (byte == '\n') break;
   }
   std::size_t size = 0;
@@ -256,6 +256,16 @@ std::size_t Git::RequestObject(const std::string& object, const std::string& arg
   if (size <= qmx::kMaxFileBytes) return size;
   objects_.reset();  // which would write all of it first
   RefuseArgument(argument, "is too large; allowed: at most " + std::to_string(qmx::kMaxFileBytes) + " bytes");
+}
+
+// The next bytes about objects. A program that was ended because of its silence is not used again.
+std::size_t Git::ReadNext(char* to, std::size_t size) {
+  try {
+    return objects_->Read(to, size);
+  } catch (const SilenceError&) {
+    objects_.reset();
+    throw;
+  }
 }
 
 void Git::RefuseEnded(const std::string& argument) {

@@ -83,6 +83,7 @@ class Git {
   GitFile Find(const GitPath& path, const std::string& argument);
   Bytes ReadObject(const std::string& object, const std::string& argument);
   std::size_t RequestObject(const std::string& object, const std::string& argument);
+  std::size_t ReadNext(char* to, std::size_t size);
   [[noreturn]] void RefuseEnded(const std::string& argument);
 
   std::mutex mutex_;

@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include "lsp/serve.h"
+#include "project/child_process.h"
 #include "project/git_call.h"
 #include "tool/cli/command.h"
 #include "tool/cli/option_groups.h"
@@ -11,6 +12,8 @@
 
 namespace korvel::tool {
 namespace {
+
+constexpr std::chrono::seconds kLongestSilence{30};  // of git, which may wait for a file system
 
 struct LspArguments {
   BaselineOption baseline;
@@ -35,6 +38,7 @@ int Run(const LspArguments& arguments) {
       .stop = signals.descriptor(),
   };
   KeepGitOffline();
+  ChildProcess::LimitSilence(kLongestSilence);
   try {
     return lsp::Serve(STDIN_FILENO, STDOUT_FILENO, options) ? kAllAllowed : kSomeRefused;
   } catch (const lsp::FrameError& error) {

@@ -1,0 +1,73 @@
+// A git that does not answer, as on a file system that hangs.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "project/child_process.h"
+#include "project/git.h"
+#include "server_fixture.h"
+
+namespace lsp_test {
+namespace {
+
+using korvel::ChildProcess;
+
+class SilentGitTest : public ServerTest {
+ protected:
+  SilentGitTest() : path_(std::getenv("PATH")) { ReplaceGit("kill -STOP $$"); }
+  ~SilentGitTest() override { RestoreGit(); }
+
+  // From here on, git stops itself.
+  void StopGit() {
+    SetPath(PathOf("bin").string() + ":" + path_);
+    ChildProcess::LimitSilence(std::chrono::milliseconds(100));
+  }
+
+  // The real one has no limit: it may take longer on a busy machine.
+  void RestoreGit() {
+    SetPath(path_);
+    ChildProcess::LimitSilence(std::chrono::milliseconds(-1));
+  }
+
+ private:
+  static void SetPath(const std::string& path) { ::setenv("PATH", path.c_str(), 1); }
+
+  std::string path_;
+};
+
+TEST_F(SilentGitTest, IsAnErrorUntilGitAnswersAgain) {
+  Client client;
+  client.Initialize({{"textDocument", {{"diagnostic", Json::object()}}}});
+  StopGit();
+  client.Open(Uri("shop.xml"), SmallPrice());
+  const Json document = {{"textDocument", {{"uri", Uri("shop.xml")}}}};
+  const Json failed = client.Result("textDocument/diagnostic", document).at("items");
+  ASSERT_EQ(failed.size(), 1U) << failed;
+  EXPECT_EQ(failed[0]["severity"], 1);
+  EXPECT_EQ(failed[0]["message"], "git did not answer in time and was ended");
+  RestoreGit();
+  client.Change(Uri("shop.xml"), SmallPrice() + "\n");
+  const Json refused = client.Result("textDocument/diagnostic", document).at("items");
+  ASSERT_EQ(refused.size(), 1U) << refused;
+  EXPECT_EQ(refused[0]["code"], "field.size");
+}
+
+TEST_F(SilentGitTest, ReadsTheNextFileByAnotherProcess) {
+  std::filesystem::current_path(PathOf(""));
+  korvel::Git git;
+  const std::vector<korvel::GitFile> files = git.Files("HEAD", "git:HEAD");
+  const auto shop = std::ranges::find(files, "shop.xml", &korvel::GitFile::path);
+  ASSERT_NE(shop, files.end());
+  StopGit();
+  EXPECT_THROW(git.ReadFile(*shop, "git:HEAD"), korvel::SilenceError);
+  RestoreGit();
+  EXPECT_EQ(git.ReadFile(*shop, "git:HEAD").View(), kShop);
+}
+
+}  // namespace
+}  // namespace lsp_test
