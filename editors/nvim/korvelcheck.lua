@@ -11,3 +11,12 @@ vim.api.nvim_create_autocmd({ 'BufReadPost', 'BufWritePost' }, {
     vim.bo[event.buf].omnifunc = 'v:lua.vim.lsp.omnifunc'
   end,
 })
+
+-- Shows the summary of each table when the server has checked the file.
+vim.api.nvim_create_autocmd('DiagnosticChanged', {
+  pattern = '*.xml',
+  callback = function(event)
+    local is_current = event.match == vim.api.nvim_buf_get_name(0)
+    if is_current and client and vim.lsp.buf_is_attached(0, client) then vim.lsp.codelens.refresh() end
+  end,
+})

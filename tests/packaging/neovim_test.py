@@ -4,8 +4,10 @@
 Types real keys in a terminal and reads its screen.
 """
 
+import html
 import re
 import unittest
+import urllib.request
 
 from editors_test import PAGE, EditorTest, blocks
 from terminal import Terminal
@@ -118,6 +120,14 @@ class Neovim(EditorTest):
         terminal = self.edit_unchanged()
         terminal.type("/entries=.uid\rf\"lgd")
         terminal.wait(lambda screen: re.search(r" 3,\d+ ", screen))
+
+    def test_shows_summary_and_report_of_a_table(self):
+        terminal = self.edit_refused()
+        terminal.wait(lambda screen: re.search(r'(?m)<meta name="orders">.* 8 bytes, 1 refused$', screen))
+        terminal.type("/<meta name\rgrx")
+        screen = terminal.wait(lambda screen: re.search(r"file://\S+\.html", screen))
+        with urllib.request.urlopen(re.search(r"file://\S+\.html", screen)[0]) as page:
+            self.assertIn("a field's size was reduced", html.unescape(page.read().decode()))
 
     def test_completes(self):
         terminal = self.edit_unchanged()
