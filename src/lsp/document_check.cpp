@@ -128,6 +128,14 @@ void DocumentChecks::Run(const Document& document, Texts texts, DocumentCheck& c
   check.project->RememberFiles();
 }
 
+void DocumentChecks::ForgetUnusedProjects() {
+  std::erase_if(projects_, [this](const auto& project) {
+    return std::ranges::all_of(documents_.all(), [&](const auto& document) {
+      return LeadsOut(std::filesystem::path(document.second.path).lexically_relative(project.first));
+    });
+  });
+}
+
 std::shared_ptr<const DocumentCheck> DocumentChecks::Check(const Document& document, Texts texts) {
   auto check = std::make_shared<DocumentCheck>();
   check->revision = document.revision;

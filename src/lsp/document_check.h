@@ -31,7 +31,7 @@ struct DocumentCheck {
   std::unique_ptr<Issues> issues = nullptr;
 };
 
-// Checks documents. Keeps the projects that they belong to.
+// Checks documents. Keeps the projects that they belong to, each with a process of git.
 class DocumentChecks {
  public:
   // Both must outlive it.
@@ -39,6 +39,9 @@ class DocumentChecks {
 
   // Changes the working directory. Faults of every kind are in the report. A report that shows whole files needs Texts::kShown.
   std::shared_ptr<const DocumentCheck> Check(const Document& document, Texts texts = Texts::kWhenNeeded);
+
+  // Forgets the projects in whose directories no document is open.
+  void ForgetUnusedProjects();
 
  private:
   std::shared_ptr<OpenProject> ProjectAt(const std::string& root);

@@ -73,6 +73,7 @@ const WellFormed* Session::StateOf(const Document& document) {
 void Session::Forget(const std::string& uri) {
   results_.erase(uri);
   states_.Forget(uri);
+  checks_.ForgetUnusedProjects();
 }
 
 void Session::ForgetChecks() {
