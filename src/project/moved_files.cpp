@@ -17,7 +17,7 @@ using Indexes = std::vector<std::size_t>;
 using Words = std::vector<std::string_view>;
 
 std::string_view ContentOf(const Source& source) {
-  if (source.text && !source.text->is_dump) return source.text->Bytes();
+  if (source.IsFromText()) return source.text->Bytes();
   return {reinterpret_cast<const char*>(source.Library()), source.metalib.size()};
 }
 

@@ -40,6 +40,8 @@ struct Source {
   LPQMXMETALIB Library() const { return metalib.get(); }
   const char* LibraryName() const { return Library()->data + Library()->ptrName; }
   bool HasMeta(const std::string& meta) const;
+  // Whether it was read from a schema file, not from an image.
+  bool IsFromText() const { return text && !text->is_dump; }
 };
 
 // Fills `tables`.

@@ -17,11 +17,18 @@ bool IsSame(const CheckAnswer& a, const CheckAnswer& b) { return a && b && a->co
 // A schema that is refused as it is has no excerpts: what is unchanged can be refused, too. Excerpts are also not used if they
 // give another answer about all edits than the whole table.
 ChangeChecker::ChangeChecker(const TableContext& context, const Difference& difference, Use use)
-    : context_(context), difference_(difference), unchanged_(CheckWhole(EditSet(difference.edits().size()))) {
+    : context_(context), difference_(difference), unchanged_(CheckUnchanged()) {
   if (use == Use::kWholeTables || !unchanged_ || unchanged_->Refused()) return;
   excerpts_ = Excerpts::Of(difference, context.old_source.Library());
   const EditSet all(difference.edits().size(), true);
   if (excerpts_ && !IsSame(Check(all), CheckWhole(all))) excerpts_.reset();
+}
+
+// The library of a file has nothing that its models lack, so it need not be built again.
+CheckAnswer ChangeChecker::CheckUnchanged() const {
+  const Source& source = context_.old_source;
+  if (!source.IsFromText()) return CheckWhole(EditSet(difference_.edits().size()));
+  return RunChecker(source.Library(), source.Library(), context_.table, context_.settings);
 }
 
 std::vector<CheckAnswer> ChangeChecker::Check(const std::vector<EditSet>& sets) const {

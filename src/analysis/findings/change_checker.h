@@ -32,6 +32,7 @@ class ChangeChecker {
   void DropExcerpts() { excerpts_.reset(); }
 
  private:
+  CheckAnswer CheckUnchanged() const;
   CheckAnswer Check(const EditSet& set) const;
 
   const TableContext& context_;

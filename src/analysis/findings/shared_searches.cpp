@@ -48,8 +48,6 @@ std::vector<std::string_view> StructuresOf(const Model& model) {
   return names;
 }
 
-bool IsFile(const Source& source) { return source.text && !source.text->is_dump; }
-
 // Whether an entry with a structure has the name or id of another entry.
 bool IsAmbiguous(const MetaModel& table) {
   std::map<std::string_view, int> names;
@@ -86,7 +84,7 @@ bool ConfirmsRefusals(const ChangeChecker& checker, const Difference& difference
 }  // namespace
 
 std::optional<std::string> SearchKeyOf(const TableContext& context, std::size_t max_findings) {
-  const bool are_files = IsFile(context.old_source) && IsFile(context.new_source);
+  const bool are_files = context.old_source.IsFromText() && context.new_source.IsFromText();
   if (!are_files || !context.new_source.HasMeta(context.table)) return std::nullopt;
   const MetaModel table = TableOf(context, context.old_source);
   if (table != TableOf(context, context.new_source) || IsAmbiguous(table)) return std::nullopt;

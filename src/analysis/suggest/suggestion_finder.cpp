@@ -114,6 +114,7 @@ void SuggestionFinder::OpenCausesOfWarnings() {
 std::vector<KnownWarning> SuggestionFinder::WarningsOfAllowedEdits() const {
   std::vector<bool> chosen(changes_.edits.size());
   for (std::size_t i = 0; i < chosen.size(); ++i) chosen[i] = !open_edits_.contains(i);
+  if (std::ranges::find(chosen, true) == chosen.end()) return {};
   const std::optional<qmx::Metalib> built = difference_.Build(chosen);
   return built ? NewWarnings(context_, built->get(), known_) : std::vector<KnownWarning>();
 }

@@ -135,8 +135,7 @@ void FindSuggestions(const TableContext& context, const Difference& difference, 
   SuggestionFinder finder(context, difference, changes, known, work.search);
   finder.Run(true);
   std::optional<FixMaker> fixes;
-  const std::optional<SchemaText>& text = context.new_source.text;
-  if (with_fixes && text && !text->is_dump) fixes.emplace(context, difference, work.fixes);
+  if (with_fixes && context.new_source.IsFromText()) fixes.emplace(context, difference, work.fixes);
   const bool by_id =
       difference.old_model().protocol == qmx::Protocol::kTlv && difference.new_model().protocol == qmx::Protocol::kTlv;
   SuggestionWriter(finder, !by_id, changes).Write(fixes ? &*fixes : nullptr);

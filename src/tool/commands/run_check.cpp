@@ -34,7 +34,7 @@ CommandResult CheckPair(const CheckRequest& request, ProjectSet& projects) {
   for (TableResult& table : result.report.tables) table.project = nearest.position;
   result.report.projects = ListOf(projects, {{nearest.position, path}});
   // An image has no text to fix.
-  if (pair.second.text && !pair.second.text->is_dump) result.report.fix_command = request.fix_command;
+  if (pair.second.IsFromText()) result.report.fix_command = request.fix_command;
   return result;
 }
 
