@@ -9,8 +9,8 @@
 #include "base/input_error.h"
 #include "base/text.h"
 #include "base/uri.h"
+#include "lsp/baseline_address.h"
 #include "project/found_project.h"
-#include "project/git.h"
 #include "project/project_path.h"
 #include "report/result/words.h"
 #include "rule_docs/rule_docs.h"
@@ -73,7 +73,7 @@ Json RelatedTo(const TextRange& location, const std::string& root) {
   end.character = Utf16Length(location.line.substr(0, location.span.end - location.line_begin));
   return {
       {"message", "was: " + ToText(location)},
-      {"location", {{"uri", UriOfEarlier(root, location.file)}, {"range", {{"start", ToJson(begin)}, {"end", ToJson(end)}}}}}};
+      {"location", {{"uri", BaselineAddress(root, location.file)}, {"range", {{"start", ToJson(begin)}, {"end", ToJson(end)}}}}}};
 }
 
 // Where a diagnostic is shown.
@@ -92,8 +92,6 @@ DiagnosticPlace PlaceOf(const Issue& issue, const DocumentCheck& check, const Do
   const Document* const open = documents.FindPath(path);
   return {open == nullptr ? UriOf(path) : open->uri, RangeOf(TextOf(path, documents), issue.location)};
 }
-
-constexpr std::string_view kEarlier = "korvelcheck:";
 
 struct LocatedText {
   qmx::LineColumn location;
@@ -118,23 +116,6 @@ LocatedText SplitLine(const std::string& line) {
 }  // namespace
 
 Json FailedCheck(const std::string& message) { return Diagnostic(ToJson(Text(), {0, 0}), kError, "check.failed", message); }
-
-std::string UriOfEarlier(const std::string& root, const std::string& name) {
-  if (!ParseGitPath(name)) return UriOf((std::filesystem::path(root) / name).lexically_normal().string());
-  return std::string(kEarlier) + UriOf(root).substr(std::string_view("file:").size()) + "?" +
-         UriOf("/" + name).substr(std::string_view("file:///").size());
-}
-
-std::string BaselineText(const std::string& uri) {
-  const std::size_t query = uri.find('?');
-  const bool is_earlier = uri.starts_with(kEarlier) && query != std::string::npos;
-  const auto root = is_earlier ? PathOf("file:" + uri.substr(kEarlier.size(), query - kEarlier.size())) : std::nullopt;
-  const auto name = is_earlier ? PathOf("file:///" + uri.substr(query + 1)) : std::nullopt;
-  const auto path = name ? ParseGitPath(name->substr(1)) : std::nullopt;
-  if (!root || !path) throw RequestError(kInvalidParams, "not a file of a baseline: " + Quote(uri));
-  std::filesystem::current_path(*root);
-  return std::string(Git().Read(*path).View());
-}
 
 Diagnostics DiagnosticsOf(const DocumentCheck& check, const Document& document, const Documents& documents) {
   Diagnostics diagnostics{{document.uri, Json::array()}};

@@ -22,11 +22,4 @@ Json DiagnosticsOfProjectFile(const Document& document, Links links);
 // The diagnostic at the begin of a document that could not be checked.
 Json FailedCheck(const std::string& message);
 
-// The address of a file of an earlier state: that of the file on the disk, or one that BaselineText reads.
-std::string UriOfEarlier(const std::string& root, const std::string& name);
-
-// The text behind such an address, if it begins with "korvelcheck:". Changes the working directory. Throws RequestError,
-// InputError.
-std::string BaselineText(const std::string& uri);
-
 }  // namespace korvel::lsp

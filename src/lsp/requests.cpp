@@ -1,6 +1,7 @@
 // Tested by tests/lsp/server_test.cpp.
 #include "lsp/requests.h"
 
+#include "lsp/baseline_address.h"
 #include "lsp/code_actions.h"
 #include "lsp/code_lens.h"
 #include "lsp/complete.h"

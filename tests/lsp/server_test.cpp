@@ -45,6 +45,21 @@ TEST_F(DiagnosticsTest, ShowRefusedChangesWhileTyping) {
   EXPECT_EQ(client_.Diagnostics(Uri("shop.xml")), Json::array());
 }
 
+// Regression: VS Code removes "//" in front of the path and escapes '/' behind '?', and got no text. It shows the end of the
+// path.
+TEST_F(DiagnosticsTest, NameFilesOfTheBaselineByAddressesThatEditorsKeep) {
+  Write("korvelcheck.toml", Replaced(kProject, "*.xml", "sub/*.xml"));
+  std::filesystem::create_directory(PathOf("sub"));
+  Write("sub/a shop.xml", kShop);
+  Commit("Add another shop");
+  client_.Initialize();
+  client_.Open(Uri("sub/a shop.xml"), SmallPrice());
+  const std::string uri = client_.Diagnostics(Uri("sub/a shop.xml")).at(0)["relatedInformation"][0]["location"]["uri"];
+  EXPECT_THAT(uri, testing::MatchesRegex("korvelcheck:/[^/].*/sub/a%20shop[.]xml[?]git%3AHEAD%3Asub/a%20shop[.]xml"));
+  const std::string escaped = Replaced(uri, "%3Asub/", "%3Asub%2F");
+  EXPECT_EQ(client_.Result("workspace/textDocumentContent", {{"uri", escaped}})["text"], kShop);
+}
+
 TEST_F(DiagnosticsTest, ShowFaultsOfTheText) {
   client_.Initialize();
   client_.Open(Uri("shop.xml"), Replaced(kShop, "uint32", "unit32"));
