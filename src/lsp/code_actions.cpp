@@ -13,6 +13,7 @@
 #include "base/text.h"
 #include "lsp/open_files.h"
 #include "lsp/waiver_action.h"
+#include "project/child_process.h"
 #include "project/fix_file.h"
 #include "report/result/summary.h"
 
@@ -118,6 +119,7 @@ void AddFixAll(Session& session, const Document& document, Json& actions) {
     actions.push_back(session.client.resolves_edits ? std::move(action) : ResolveCodeAction(session, action));
   } catch (const RequestError&) {  // no version of the file is allowed
   } catch (const InputError&) {
+  } catch (const SilenceError&) {
   }
 }
 

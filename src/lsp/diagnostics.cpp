@@ -10,6 +10,7 @@
 #include "base/text.h"
 #include "base/uri.h"
 #include "lsp/baseline_address.h"
+#include "project/child_process.h"
 #include "project/found_project.h"
 #include "project/project_path.h"
 #include "report/result/words.h"
@@ -145,6 +146,8 @@ Json DiagnosticsOfProjectFile(const Document& document, Links links) {
       const auto [location, what] = SplitLine(line);
       diagnostics.push_back(Diagnostic(ToJson(document.text, WordAt(document.text, location)), kError, "project.invalid", what));
     }
+  } catch (const SilenceError& error) {
+    diagnostics.push_back(FailedCheck(error.what()));
   }
   return diagnostics;
 }

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/input_error.h"
+#include "project/child_process.h"
 #include "project/git.h"
 #include "project/load_inputs.h"
 
@@ -33,11 +34,11 @@ std::vector<BaselineFile> BaselinesOf(const DocumentCheck& check, const std::str
   std::filesystem::current_path(check.root);
   Git git;
   for (std::size_t i = 0; i < check.project->checks().size(); ++i) {
-    const std::string name = OldNameOf(check, path, i);
-    if (name.empty()) continue;
     try {
-      baselines.push_back({check.project->checks()[i].states.baseline.name, LoadInput(name, git)});
+      const std::string name = OldNameOf(check, path, i);
+      if (!name.empty()) baselines.push_back({check.project->checks()[i].states.baseline.name, LoadInput(name, git)});
     } catch (const InputError&) {
+    } catch (const SilenceError&) {
     }
   }
   return baselines;

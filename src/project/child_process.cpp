@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <iterator>
@@ -19,7 +20,12 @@
 namespace korvel {
 namespace {
 
-int silence_limit = -1;  // in milliseconds
+using Clock = std::chrono::steady_clock;
+
+std::chrono::milliseconds silence_limit{-1};
+std::atomic<Clock::time_point> first_start = Clock::time_point::min();  // of the next program
+
+SilenceError Silent(const std::string& program) { return SilenceError(program + " did not answer in time and was ended"); }
 
 void RequireDone(int error, const char* what) {
   if (error == ENOMEM) throw std::bad_alloc();
@@ -111,6 +117,7 @@ FileDescriptor ErrorFile() {
 }  // namespace
 
 ChildProcess::ChildProcess(const std::vector<std::string>& command) : name_(command.front()), errors_(ErrorFile()) {
+  if (Clock::now() < first_start.load()) throw Silent(name_);
   const Pipe to_program;
   const FileDescriptor its_input(to_program.reading);
   input_.Reset(to_program.writing);
@@ -133,7 +140,10 @@ ChildProcess::~ChildProcess() {
   if (process_ >= 0) End();
 }
 
-void ChildProcess::LimitSilence(std::chrono::milliseconds limit) { silence_limit = static_cast<int>(limit.count()); }
+void ChildProcess::LimitSilence(std::chrono::milliseconds limit) {
+  silence_limit = limit;
+  first_start = Clock::time_point::min();
+}
 
 void ChildProcess::End() {
   ::kill(process_, SIGKILL);
@@ -166,11 +176,12 @@ void ChildProcess::WaitForOutput() {
   pollfd output{output_.get(), POLLIN, 0};
   int ready = 0;
   do {
-    ready = ::poll(&output, 1, silence_limit);
+    ready = ::poll(&output, 1, static_cast<int>(silence_limit.count()));
   } while (ready < 0 && errno == EINTR);
   if (ready != 0) return;
+  first_start = Clock::now() + silence_limit;
   End();
-  throw SilenceError(name_ + " did not answer in time and was ended");
+  throw Silent(name_);
 }
 
 bool ChildProcess::ReadAhead() {

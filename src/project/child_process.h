@@ -15,7 +15,7 @@
 
 namespace korvel {
 
-// A program gave no output for too long and was ended.
+// A program gave no output for too long and was ended, or was not started because of that.
 struct SilenceError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
@@ -23,11 +23,12 @@ struct SilenceError : std::runtime_error {
 // Starts a program with pipes at its standard input and output. Its messages are in English, whatever the locale is.
 class ChildProcess {
  public:
-  // From now on, a program that is read and gives no output for this long is ended, and Read and ReadAll throw SilenceError. -1
-  // ms: no limit, as at the start. Not while other threads use programs.
+  // From now on, a program that is read and gives no output for this long is ended: Read and ReadAll throw SilenceError. For as
+  // long again, so does the constructor, so that other programs are not waited for, too. -1 ms: no limit, as at the start. Not
+  // while other threads use programs.
   static void LimitSilence(std::chrono::milliseconds limit);
 
-  // Looks the first word up in PATH. Throws std::system_error if it cannot be started.
+  // Looks the first word up in PATH. Throws std::system_error if it cannot be started, and SilenceError.
   explicit ChildProcess(const std::vector<std::string>& command);
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;

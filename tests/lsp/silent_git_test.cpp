@@ -23,9 +23,9 @@ class SilentGitTest : public ServerTest {
   ~SilentGitTest() override { RestoreGit(); }
 
   // From here on, git stops itself.
-  void StopGit() {
+  void StopGit(std::chrono::milliseconds limit = std::chrono::milliseconds(100)) {
     SetPath(PathOf("bin").string() + ":" + path_);
-    ChildProcess::LimitSilence(std::chrono::milliseconds(100));
+    ChildProcess::LimitSilence(limit);
   }
 
   // The real one has no limit: it may take longer on a busy machine.
@@ -67,6 +67,15 @@ TEST_F(SilentGitTest, ReadsTheNextFileByAnotherProcess) {
   EXPECT_THROW(git.ReadFile(*shop, "git:HEAD"), korvel::SilenceError);
   RestoreGit();
   EXPECT_EQ(git.ReadFile(*shop, "git:HEAD").View(), kShop);
+}
+
+// So that a check of many files does not wait for each of them.
+TEST_F(SilentGitTest, IsNotStartedAgainAtOnce) {
+  StopGit(std::chrono::seconds(1));
+  EXPECT_THROW(ChildProcess({"git"}).ReadAll(), korvel::SilenceError);
+  EXPECT_THROW(ChildProcess({"true"}), korvel::SilenceError);
+  RestoreGit();
+  EXPECT_EQ(ChildProcess({"true"}).ReadAll(), "");
 }
 
 }  // namespace
