@@ -1,12 +1,12 @@
 -- Starts the language server of korvelcheck for schema files and project files, in Neovim 0.7 and later.
-local config = { name = 'korvelcheck', cmd = { 'korvelcheck', 'lsp' } }
 local client -- its number
+local config = { name = 'korvelcheck', cmd = { 'korvelcheck', 'lsp' }, on_exit = function() client = nil end }
 
 vim.api.nvim_create_autocmd({ 'BufReadPost', 'BufWritePost' }, {
   pattern = { '*.xml', 'korvelcheck.toml' },
   callback = function(event)
     if event.match:match('%.xml$') and vim.fn.search('<metalib\\>', 'cnw') == 0 then return end
-    if not client or vim.lsp.client_is_stopped(client) then client = vim.lsp.start_client(config) end
+    client = client or vim.lsp.start_client(config)
     vim.lsp.buf_attach_client(event.buf, client)
     vim.bo[event.buf].omnifunc = 'v:lua.vim.lsp.omnifunc'
   end,
@@ -16,7 +16,12 @@ vim.api.nvim_create_autocmd({ 'BufReadPost', 'BufWritePost' }, {
 vim.api.nvim_create_autocmd('DiagnosticChanged', {
   pattern = '*.xml',
   callback = function(event)
-    local is_current = event.match == vim.api.nvim_buf_get_name(0)
-    if is_current and client and vim.lsp.buf_is_attached(0, client) then vim.lsp.codelens.refresh() end
+    local server = client and vim.lsp.get_client_by_id(client)
+    if not server or not server.initialized then return end
+    for _, buffer in ipairs(vim.api.nvim_list_bufs()) do
+      if vim.api.nvim_buf_get_name(buffer) == event.match and vim.lsp.buf_is_attached(buffer, client) then
+        vim.api.nvim_buf_call(buffer, function() vim.lsp.codelens.refresh({ bufnr = 0 }) end)
+      end
+    end
   end,
 })

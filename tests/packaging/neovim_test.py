@@ -45,13 +45,13 @@ class Neovim(EditorTest):
         self.configure(".config/nvim/plugin/ready.lua", READY)
         self.commit(SHOP)
 
-    def edit(self, file, *size):
-        terminal = Terminal(["nvim", file], self.repository, self.environment, *size)
+    def edit(self, *arguments, size=()):
+        terminal = Terminal(["nvim", *arguments], self.repository, self.environment, *size)
         self.addCleanup(terminal.close)
         return terminal
 
     def edit_unchanged(self, *size):
-        terminal = self.edit(self.SCHEMA_FILE, *size)
+        terminal = self.edit(self.SCHEMA_FILE, size=size)
         terminal.wait(lambda screen: 'type="int64"' in screen)
         terminal.type(":Ready\r")
         terminal.wait(lambda screen: "the server answers" in screen)
@@ -128,6 +128,13 @@ class Neovim(EditorTest):
         screen = terminal.wait(lambda screen: re.search(r"file://\S+\.html", screen))
         with urllib.request.urlopen(re.search(r"file://\S+\.html", screen)[0]) as page:
             self.assertIn("a field's size was reduced", html.unescape(page.read().decode()))
+
+    def test_shows_summaries_of_all_windows(self):
+        self.write(SHOP.replace("int64", "int16"), "other.xml")
+        terminal = self.edit(self.SCHEMA_FILE, "-O", "other.xml")
+        terminal.wait(lambda screen: re.search(r'(?m)<meta name="orders"> 12 bytes .*<meta name="orders"> 6 bytes$', screen))
+        terminal.type(":echo 'clients:' luaeval('#vim.lsp.get_active_clients()')\r")
+        terminal.wait(lambda screen: "clients: 1" in screen)
 
     def test_completes(self):
         terminal = self.edit_unchanged()
