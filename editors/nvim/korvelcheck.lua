@@ -1,5 +1,6 @@
 -- Starts the language server of korvelcheck for schema files and project files, in Neovim 0.7 and later.
-local client -- its number
+local client -- the id of the running server's client, or nil
+-- `on_exit` instead of `client_is_stopped`, which in Neovim 0.7 is also true while a client starts.
 local config = { name = 'korvelcheck', cmd = { 'korvelcheck', 'lsp' }, on_exit = function() client = nil end }
 
 vim.api.nvim_create_autocmd({ 'BufReadPost', 'BufWritePost' }, {
@@ -12,7 +13,8 @@ vim.api.nvim_create_autocmd({ 'BufReadPost', 'BufWritePost' }, {
   end,
 })
 
--- Shows the summary of each table when the server has checked the file.
+-- Shows the summary of each table, a code lens, when the server has checked the file. Neovim 0.7 does not request code lenses by
+-- itself, and requests no more of them if one request was made before the server was initialized.
 vim.api.nvim_create_autocmd('DiagnosticChanged', {
   pattern = '*.xml',
   callback = function(event)

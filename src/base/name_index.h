@@ -67,7 +67,7 @@ class NameIndex {
   std::size_t used_ = 0;
 };
 
-// What an index calls for the names of a list, whose items have a member `name`. Borrows the list.
+// The argument `name_at` of NameIndex for a list whose items have a member `name`. Borrows the list.
 template <class Item>
 auto NamesOf(const std::vector<Item>& items) {
   return [&items](std::uint32_t position) { return std::string_view(items[position].name); };

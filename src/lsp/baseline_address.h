@@ -5,8 +5,9 @@
 
 namespace korvel::lsp {
 
-// The address of a file of an earlier state, as a report names it: that of the file on the disk, or one that BaselineText reads,
-// "korvelcheck:/ROOT/PATH?git%3AREV%3APATH". Editors show its last part and use it to find out the language.
+// The address of a file of a baseline. `name` is as in reports: a path from `root` gives that of the file on the disk, and
+// "git:REV:PATH" gives "korvelcheck:/ROOT/PATH?git%3AREV%3APATH", which BaselineText reads. The file name is at the end of the
+// path because editors show it there and derive the language from it.
 std::string BaselineAddress(const std::string& root, const std::string& name);
 
 // The text behind such an address, if it begins with "korvelcheck:". Changes the working directory. Throws RequestError,

@@ -119,7 +119,7 @@ void AddFixAll(Session& session, const Document& document, Json& actions) {
     actions.push_back(session.client.resolves_edits ? std::move(action) : ResolveCodeAction(session, action));
   } catch (const RequestError&) {  // no version of the file is allowed
   } catch (const InputError&) {
-  } catch (const SilenceError&) {
+  } catch (const OutputTimeoutError&) {  // the other actions do not need git
   }
 }
 

@@ -146,7 +146,7 @@ Json DiagnosticsOfProjectFile(const Document& document, Links links) {
       const auto [location, what] = SplitLine(line);
       diagnostics.push_back(Diagnostic(ToJson(document.text, WordAt(document.text, location)), kError, "project.invalid", what));
     }
-  } catch (const SilenceError& error) {
+  } catch (const OutputTimeoutError& error) {
     diagnostics.push_back(FailedCheck(error.what()));
   }
   return diagnostics;

@@ -50,7 +50,7 @@ class Session {
   // The last state of the document without a fault; null for one that is no schema.
   const WellFormed* StateOf(const Document& document);
 
-  // After the document was closed.
+  // Drops everything about a document. REQUIRES: it was closed.
   void Forget(const std::string& uri);
   // Something besides the documents has changed: their checks are not used any more.
   void ForgetChecks();

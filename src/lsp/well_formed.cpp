@@ -27,7 +27,7 @@ std::string OldNameOf(const DocumentCheck& check, const std::string& path, std::
   return states.old_state->HasFile(from_top) ? states.old_state->Display(from_top) : "";
 }
 
-// A baseline that cannot be read is left out: the check reports it.
+// A baseline that cannot be read, also because git hangs, is left out: the check reports it.
 std::vector<BaselineFile> BaselinesOf(const DocumentCheck& check, const std::string& path) {
   std::vector<BaselineFile> baselines;
   if (check.project == nullptr) return baselines;
@@ -38,7 +38,7 @@ std::vector<BaselineFile> BaselinesOf(const DocumentCheck& check, const std::str
       const std::string name = OldNameOf(check, path, i);
       if (!name.empty()) baselines.push_back({check.project->checks()[i].states.baseline.name, LoadInput(name, git)});
     } catch (const InputError&) {
-    } catch (const SilenceError&) {
+    } catch (const OutputTimeoutError&) {
     }
   }
   return baselines;

@@ -22,10 +22,12 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-std::chrono::milliseconds silence_limit{-1};
-std::atomic<Clock::time_point> first_start = Clock::time_point::min();  // of the next program
+std::chrono::milliseconds output_timeout{-1};
+std::atomic<Clock::time_point> no_start_before = Clock::time_point::min();
 
-SilenceError Silent(const std::string& program) { return SilenceError(program + " did not answer in time and was ended"); }
+std::string Seconds(std::chrono::milliseconds time) {
+  return std::to_string(std::chrono::duration_cast<std::chrono::seconds>(time).count()) + " s";
+}
 
 void RequireDone(int error, const char* what) {
   if (error == ENOMEM) throw std::bad_alloc();
@@ -117,7 +119,9 @@ FileDescriptor ErrorFile() {
 }  // namespace
 
 ChildProcess::ChildProcess(const std::vector<std::string>& command) : name_(command.front()), errors_(ErrorFile()) {
-  if (Clock::now() < first_start.load()) throw Silent(name_);
+  if (Clock::now() < no_start_before.load()) {
+    throw OutputTimeoutError(name_ + " was not started again, because it hung a short time ago");
+  }
   const Pipe to_program;
   const FileDescriptor its_input(to_program.reading);
   input_.Reset(to_program.writing);
@@ -140,9 +144,9 @@ ChildProcess::~ChildProcess() {
   if (process_ >= 0) End();
 }
 
-void ChildProcess::LimitSilence(std::chrono::milliseconds limit) {
-  silence_limit = limit;
-  first_start = Clock::time_point::min();
+void ChildProcess::SetOutputTimeout(std::chrono::milliseconds timeout) {
+  output_timeout = timeout;
+  no_start_before = Clock::time_point::min();
 }
 
 void ChildProcess::End() {
@@ -176,12 +180,12 @@ void ChildProcess::WaitForOutput() {
   pollfd output{output_.get(), POLLIN, 0};
   int ready = 0;
   do {
-    ready = ::poll(&output, 1, static_cast<int>(silence_limit.count()));
+    ready = ::poll(&output, 1, static_cast<int>(output_timeout.count()));
   } while (ready < 0 && errno == EINTR);
   if (ready != 0) return;
-  first_start = Clock::now() + silence_limit;
+  no_start_before = Clock::now() + output_timeout;
   End();
-  throw Silent(name_);
+  throw OutputTimeoutError(name_ + " hung and was ended: it gave no output for " + Seconds(output_timeout));
 }
 
 bool ChildProcess::ReadAhead() {

@@ -15,20 +15,21 @@
 
 namespace korvel {
 
-// A program gave no output for too long and was ended, or was not started because of that.
-struct SilenceError : std::runtime_error {
+// A program hung and was ended, or was not started because one hung before.
+struct OutputTimeoutError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
 // Starts a program with pipes at its standard input and output. Its messages are in English, whatever the locale is.
 class ChildProcess {
  public:
-  // From now on, a program that is read and gives no output for this long is ended: Read and ReadAll throw SilenceError. For as
-  // long again, so does the constructor, so that other programs are not waited for, too. -1 ms: no limit, as at the start. Not
-  // while other threads use programs.
-  static void LimitSilence(std::chrono::milliseconds limit);
+  // Limits how long a program may give no output while it is read: then it is ended, and Read and ReadAll throw. For the same
+  // time afterwards, the constructor throws without starting anything, so that a series of calls waits only once. -1 ms: no
+  // limit, as at the start. REQUIRES: no other thread uses a ChildProcess.
+  static void SetOutputTimeout(std::chrono::milliseconds timeout);
 
-  // Looks the first word up in PATH. Throws std::system_error if it cannot be started, and SilenceError.
+  // Looks the first word up in PATH. Throws std::system_error if it cannot be started, and
+  // OutputTimeoutError.
   explicit ChildProcess(const std::vector<std::string>& command);
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;

@@ -258,11 +258,11 @@ std::size_t Git::RequestObject(const std::string& object, const std::string& arg
   RefuseArgument(argument, "is too large; allowed: at most " + std::to_string(qmx::kMaxFileBytes) + " bytes");
 }
 
-// The next bytes about objects. A program that was ended because of its silence is not used again.
+// Reads from git cat-file. If that hung, it was ended: the next request starts another one.
 std::size_t Git::ReadNext(char* to, std::size_t size) {
   try {
     return objects_->Read(to, size);
-  } catch (const SilenceError&) {
+  } catch (const OutputTimeoutError&) {
     objects_.reset();
     throw;
   }

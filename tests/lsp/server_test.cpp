@@ -45,9 +45,9 @@ TEST_F(DiagnosticsTest, ShowRefusedChangesWhileTyping) {
   EXPECT_EQ(client_.Diagnostics(Uri("shop.xml")), Json::array());
 }
 
-// Regression: VS Code removes "//" in front of the path and escapes '/' behind '?', and got no text. It shows the end of the
-// path.
-TEST_F(DiagnosticsTest, NameFilesOfTheBaselineByAddressesThatEditorsKeep) {
+// Regression: VS Code removes an empty "//" and escapes '/' in the query, so the server did not find the text. It shows the last
+// part of the path as the name of the file.
+TEST_F(DiagnosticsTest, GiveFilesOfTheBaselineAddressesThatEditorsKeep) {
   Write("korvelcheck.toml", Replaced(kProject, "*.xml", "sub/*.xml"));
   std::filesystem::create_directory(PathOf("sub"));
   Write("sub/a shop.xml", kShop);

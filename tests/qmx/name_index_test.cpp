@@ -1,5 +1,5 @@
-// Tests the index of a growing list: it finds the first of equal names, for any number of names, and after it was cleared; and
-// what finds items by it.
+// Tests the index of a growing list: it finds the first of equal names, for any number of names, and after it was cleared. Also
+// tests NameFinder and HaveUniqueNames, which use it.
 #include "base/name_index.h"
 
 #include <gtest/gtest.h>
@@ -66,7 +66,7 @@ struct Named {
 };
 
 // The first searches read the list, later ones the index.
-TEST(NameFinder, FindsFirstWhetherItScansOrNot) {
+TEST(NameFinder, FindsFirstByScanAndByIndex) {
   const std::vector<Named> items{{"b"}, {"a"}, {"b"}, {""}};
   korvel::NameFinder finder(items);
   for (int i = 0; i < 10; ++i) {

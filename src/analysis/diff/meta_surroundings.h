@@ -22,7 +22,7 @@ struct AppliedPart {
   std::vector<MetaModel> added;  // metas that only the old side has, and that `made` embeds; in the order of Difference::Apply
 };
 
-// Borrows both arguments. Not for several threads at once.
+// Borrows both arguments. Not for several threads at once: FindName builds an index.
 class MetaSurroundings {
  public:
   // Linear in the meta.

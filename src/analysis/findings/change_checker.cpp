@@ -24,7 +24,7 @@ ChangeChecker::ChangeChecker(const TableContext& context, const Difference& diff
   if (excerpts_ && !IsSame(Check(all), CheckWhole(all))) excerpts_.reset();
 }
 
-// The library of a file has nothing that its models lack, so it need not be built again.
+// A library read from a schema file contains only what a model expresses, so it is used as it is. An image can contain more.
 CheckAnswer ChangeChecker::CheckUnchanged() const {
   const Source& source = context_.old_source;
   if (!source.IsFromText()) return CheckWhole(EditSet(difference_.edits().size()));

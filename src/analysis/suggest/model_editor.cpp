@@ -14,7 +14,7 @@ void Replace(std::vector<std::string>& names, const std::string& name, const std
   std::ranges::replace(names, name, by);
 }
 
-// Whether each entry has an id, and no other entry the same.
+// Whether every entry has an id, and all ids are different. REQUIRES: the meta has entries.
 bool HaveUniqueIds(const MetaModel& meta) {
   std::vector<std::int32_t> ids;
   ids.reserve(meta.entries.size());
@@ -99,7 +99,9 @@ void ModelEditor::Rename(const std::string& meta, const std::string& entry, cons
   EditedMeta& edited = MetaFor(meta);
   MetaModel& owner = MetaOf(edited);
   renamed->name = name;
-  AddPosition(edited, static_cast<std::size_t>(renamed - owner.entries.data()));  // the old name is not found any more
+  AddPosition(edited,
+              static_cast<std::size_t>(
+                  renamed - owner.entries.data()));  // the index compares present names, so the old one is no longer found
   if (edited.to_end.erase(entry) > 0) edited.to_end.insert(name);
   for (EntryModel& other : owner.entries) {
     if (!other.refer.empty() && other.refer == entry) other.refer = name;

@@ -13,7 +13,7 @@
 namespace korvel::tool {
 namespace {
 
-constexpr std::chrono::seconds kLongestSilence{30};  // of git, which may wait for a file system
+constexpr std::chrono::seconds kGitOutputTimeout{30};  // a file system may hang
 
 struct LspArguments {
   BaselineOption baseline;
@@ -38,7 +38,7 @@ int Run(const LspArguments& arguments) {
       .stop = signals.descriptor(),
   };
   KeepGitOffline();
-  ChildProcess::LimitSilence(kLongestSilence);
+  ChildProcess::SetOutputTimeout(kGitOutputTimeout);
   try {
     return lsp::Serve(STDIN_FILENO, STDOUT_FILENO, options) ? kAllAllowed : kSomeRefused;
   } catch (const lsp::FrameError& error) {
