@@ -6,12 +6,13 @@
 # together with bench/README.md (measure that page again). --update writes new numbers and bounds; run it on the commit that the
 # page names.
 set -eu
-tree=${1:?usage: tests/tool/cost.sh BUILD_TREE [--update]}
+tree=$(realpath "${1:?usage: tests/tool/cost.sh BUILD_TREE [--update]}")
 program=$tree/src/tool/korvelcheck
 bounds=$tree/bench/process/korvel_bound_
 top=$(cd "$(dirname "$0")/../.." && pwd)
 table=$top/bench/instructions.txt
 . "$top/tests/tool/instructions.sh"
+enter_repository
 require_valgrind
 # The checksum of images and the C library take other instructions without it.
 grep -qw avx2 /proc/cpuinfo || {

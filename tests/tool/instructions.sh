@@ -10,6 +10,13 @@ require_valgrind() {
   command -v valgrind >/dev/null || skip valgrind
 }
 
+# enter_repository: changes to a directory in which the search for project files ends. Elsewhere, it takes as long as there are
+# directories above.
+enter_repository() {
+  mkdir -p "$work/repository/.git"
+  cd "$work/repository"
+}
+
 # instructions STATUS COMMAND...: prints the number. The command must end with that status.
 instructions() {
   wanted=$1 ended=0

@@ -4,8 +4,9 @@
 # A typical call checks one table of 20 fields before a commit: it finishes before a loader of shared libraries would have
 # resolved the program's symbols.
 set -eu
-program=${1:?usage: tests/tool/startup.sh PROGRAM}
+program=$(realpath "${1:?usage: tests/tool/startup.sh PROGRAM}")
 . "$(dirname "$0")/instructions.sh"
+enter_repository
 status=0
 
 # at_most LIMIT WHAT COMMAND...
