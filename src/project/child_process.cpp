@@ -120,7 +120,7 @@ FileDescriptor ErrorFile() {
 
 ChildProcess::ChildProcess(const std::vector<std::string>& command) : name_(command.front()), errors_(ErrorFile()) {
   if (Clock::now() < no_start_before.load()) {
-    throw OutputTimeoutError(name_ + " was not started again, because it hung a short time ago");
+    throw OutputTimeoutError(name_ + " was not started, because a program hung a short time ago");
   }
   const Pipe to_program;
   const FileDescriptor its_input(to_program.reading);

@@ -28,8 +28,7 @@ class ChildProcess {
   // limit, as at the start. REQUIRES: no other thread uses a ChildProcess.
   static void SetOutputTimeout(std::chrono::milliseconds timeout);
 
-  // Looks the first word up in PATH. Throws std::system_error if it cannot be started, and
-  // OutputTimeoutError.
+  // Looks the first word up in PATH. Throws std::system_error if it cannot be started, or OutputTimeoutError.
   explicit ChildProcess(const std::vector<std::string>& command);
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;

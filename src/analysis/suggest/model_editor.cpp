@@ -99,9 +99,8 @@ void ModelEditor::Rename(const std::string& meta, const std::string& entry, cons
   EditedMeta& edited = MetaFor(meta);
   MetaModel& owner = MetaOf(edited);
   renamed->name = name;
-  AddPosition(edited,
-              static_cast<std::size_t>(
-                  renamed - owner.entries.data()));  // the index compares present names, so the old one is no longer found
+  // The index compares present names, so the old one is no longer found.
+  AddPosition(edited, static_cast<std::size_t>(renamed - owner.entries.data()));
   if (edited.to_end.erase(entry) > 0) edited.to_end.insert(name);
   for (EntryModel& other : owner.entries) {
     if (!other.refer.empty() && other.refer == entry) other.refer = name;

@@ -73,8 +73,8 @@ std::optional<std::string> Copied(const MetaText& from, std::size_t position, co
 
 const std::vector<EntryModel>& ItemsOf(const OtherMeta& other, const EntryModel&) { return other.meta.entries; }
 const std::vector<IndexModel>& ItemsOf(const OtherMeta& other, const IndexModel&) { return other.meta.indexes; }
-std::size_t Find(OtherMeta& other, const EntryModel& entry) { return other.entries.Find(entry.name); }
-std::size_t Find(OtherMeta& other, const IndexModel& index) { return other.indexes.Find(index.name); }
+std::size_t Find(OtherMeta& other, const EntryModel& entry) { return other.entry_finder.Find(entry.name); }
+std::size_t Find(OtherMeta& other, const IndexModel& index) { return other.index_finder.Find(index.name); }
 
 // Changes one meta of the text.
 class MetaRewrite {

@@ -19,8 +19,8 @@ struct OtherMeta {
   const Source& source;  // has a text
   std::uint32_t position;
   const MetaModel& meta;
-  NameFinder<EntryModel> entries;
-  NameFinder<IndexModel> indexes;
+  NameFinder<EntryModel> entry_finder;
+  NameFinder<IndexModel> index_finder;
 };
 
 // Rewrites one file, any number of times. Borrows both sources. Not for several threads at once.
