@@ -64,6 +64,8 @@ for change in added refused; do
   [ $change = added ] && expected=0 || expected=1
   for form in xml qmb; do count $expected $form "1000 x 100, $change, $form"; done
 done
+files 1 10000 refused
+count 1 xml '1 x 10000, refused, xml'
 files 1000 100 ''
 for form in xml qmb; do count 0 $form "1000 x 100, identical, $form"; done
 
